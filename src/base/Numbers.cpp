@@ -1,0 +1,129 @@
+#include "base/Numbers.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string>
+
+#include "base/WideText.h"
+
+namespace {
+
+bool IsDigit(wchar_t character) { return character >= L'0' && character <= L'9'; }
+
+// A number's shape at the front of a text: where its digits lie and whether a minus stands before.
+struct Digits {
+    const wchar_t* first;
+    const wchar_t* last;
+    bool negative;
+};
+
+Digits FindDigits(const wchar_t* text, const wchar_t* end) {
+    while (text != end && IsWideSpace(*text)) {
+        ++text;
+    }
+    bool negative = false;
+    if (text != end && (*text == L'-' || *text == L'+')) {
+        negative = *text == L'-';
+        ++text;
+    }
+    const wchar_t* const last = std::find_if_not(text, end, IsDigit);
+    return {text, last, negative};
+}
+
+// The magnitude of the digits, no greater than limit + 1, which stands for "too great".
+uint64_t Magnitude(const Digits& digits, uint64_t limit) {
+    uint64_t magnitude = 0;
+    for (const wchar_t* digit = digits.first; digit != digits.last; ++digit) {
+        magnitude = magnitude * 10 + static_cast<uint64_t>(*digit - L'0');
+        if (magnitude > limit) {
+            return limit + 1;
+        }
+    }
+    return magnitude;
+}
+
+}  // namespace
+
+bool ParseWholeNumber(const wxString& text, int32_t& value) {
+    if (text.empty()) {
+        value = 0;
+        return true;
+    }
+    const wchar_t* const begin = text.wc_str();
+    const wchar_t* const end = begin + text.length();
+    const Digits digits = FindDigits(begin, end);
+    if (digits.first == digits.last || digits.last != end) {
+        return false;
+    }
+    constexpr uint64_t kLimit = std::numeric_limits<uint32_t>::max();
+    const uint64_t magnitude = Magnitude(digits, kLimit);
+    uint32_t bits = std::numeric_limits<uint32_t>::max();
+    if (magnitude <= kLimit) {
+        bits = static_cast<uint32_t>(magnitude);
+        if (digits.negative) {
+            bits = 0U - bits;
+        }
+    }
+    value = static_cast<int32_t>(bits);
+    return true;
+}
+
+bool ParseDecimal(const wxString& text, double& value) {
+    if (text.empty()) {
+        value = 0.0;
+        return true;
+    }
+    const wchar_t* const begin = text.wc_str();
+    const wchar_t* const end = begin + text.length();
+    const wchar_t* at = std::find_if_not(begin, end, IsWideSpace);
+    bool negative = false;
+    if (at != end && (*at == L'-' || *at == L'+')) {
+        negative = *at == L'-';
+        ++at;
+    }
+    std::string ascii;
+    for (; at != end; ++at) {
+        const bool plain = IsDigit(*at) || *at == L'.' || *at == L'e' || *at == L'E' ||
+                           *at == L'+' || *at == L'-';
+        if (!plain) {
+            return false;
+        }
+        ascii.push_back(static_cast<char>(*at));
+    }
+    // from_chars takes no leading sign but a minus, and ours is already read.
+    if (ascii.empty() || ascii.front() == '-') {
+        return false;
+    }
+    double number = 0.0;
+    const auto result = std::from_chars(ascii.data(), ascii.data() + ascii.size(), number);
+    if (result.ptr != ascii.data() + ascii.size()) {
+        return false;
+    }
+    if (result.ec == std::errc::result_out_of_range) {
+        // Too small to tell from nothing is 0; too great has no value.
+        const size_t exponent = ascii.find_first_of("eE");
+        if (exponent == std::string::npos || ascii[exponent + 1] != '-') {
+            return false;
+        }
+        number = 0.0;
+    } else if (result.ec != std::errc()) {
+        return false;
+    }
+    value = negative ? -number : number;
+    return true;
+}
+
+bool ParseLeadingInteger(const wxString& text, int32_t& value, size_t& rest) {
+    const wchar_t* const begin = text.wc_str();
+    const Digits digits = FindDigits(begin, begin + text.length());
+    if (digits.first == digits.last) {
+        return false;
+    }
+    const uint64_t limit = static_cast<uint64_t>(std::numeric_limits<int32_t>::max()) +
+                           (digits.negative ? 1U : 0U);
+    const int64_t magnitude = static_cast<int64_t>(std::min(Magnitude(digits, limit), limit));
+    value = static_cast<int32_t>(digits.negative ? -magnitude : magnitude);
+    rest = static_cast<size_t>(digits.last - begin);
+    return true;
+}

@@ -1,0 +1,3 @@
+#include "base/Trace.h"
+
+TraceHook gTraceHook = nullptr;

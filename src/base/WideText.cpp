@@ -1,0 +1,36 @@
+#include "base/WideText.h"
+
+#include <cwctype>
+
+bool IsWideSpace(wchar_t character) {
+    switch (character) {
+        case L'\u00A0':
+        case L'\u2007':
+        case L'\u202F':
+        case L'\u3000':
+            return true;
+        default:
+            return std::iswspace(static_cast<std::wint_t>(character)) != 0;
+    }
+}
+
+wxString TrimWide(const wxString& text) {
+    const wchar_t* const begin = text.wc_str();
+    const wchar_t* first = begin;
+    const wchar_t* last = begin + text.length();
+    while (first != last && IsWideSpace(*first)) {
+        ++first;
+    }
+    while (last != first && IsWideSpace(last[-1])) {
+        --last;
+    }
+    return wxString(first, static_cast<size_t>(last - first));
+}
+
+wxString LowerWide(const wxString& text) {
+    std::wstring lower = text.ToStdWstring();
+    for (wchar_t& character : lower) {
+        character = static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
+    }
+    return wxString(lower);
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <wx/string.h>
+
+// White space as the whole program sees it: what the platform's wide classification calls space,
+// and with it U+00A0, U+2007, U+202F and U+3000, which some platforms leave out.
+bool IsWideSpace(wchar_t character);
+
+// The text without the white space at both of its ends.
+wxString TrimWide(const wxString& text);
+
+// The text with every letter in lower case, character by character (towlower), whatever the script.
+wxString LowerWide(const wxString& text);

@@ -1,0 +1,10 @@
+#pragma once
+
+// A set of study directions: which side of a card is shown first.
+enum ReviewDirection : int {
+    kReviewNone = 0,
+    // The front is shown, the back to be recalled.
+    kReviewForward = 1,
+    // The back is shown, the front to be recalled.
+    kReviewReverse = 2
+};

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "base/Clock.h"
+#include "scheduler/CardHistory.h"
+#include "scheduler/CategorySource.h"
+#include "scheduler/MaintenancePrompt.h"
+#include "scheduler/ReviewDirection.h"
+#include "scheduler/ReviewRandom.h"
+#include "store/Database.h"
+#include "store/FlashCard.h"
+
+// Which card now, in which direction, and what a score does to it. Keeps one current card until it
+// is scored, and the history of the cards scored last. Lives on the main thread, and is the only
+// writer of scheduling fields during study.
+class Scheduler {
+  public:
+    // Called with 1 when a score or a change of directions has brought up another card, else 0.
+    using Listener = std::function<void(int)>;
+
+    // What the Scheduler needs from outside. None is owned, and each must outlive it.
+    struct Sources {
+        CategorySource& Categories;
+        MaintenancePrompt& Maintenance;
+        const Clock& Time;
+        ReviewRandom& Random;
+    };
+
+    Scheduler(Database& database, const Sources& sources);
+
+    // Listeners are called in the order in which they were added.
+    void AddListener(Listener listener);
+
+    // Takes the current category, forgets the history and loads a card.
+    void Initialise();
+
+    // Both take effect at the next selection.
+    void SetEarlyIntroduction(bool early) { mEarlyIntroduction = early; }
+    void SetEarlyIntroductionInterval(int32_t seconds) { mEarlyIntroductionInterval = seconds; }
+    // The directions to study. The current card stays if its direction is among them.
+    void SetDirections(ReviewDirection mask);
+
+    // -1 is the live card, 0 the card scored last, larger is older. Clamped to what there is.
+    void SetHistoryIndex(int index);
+    int GetHistoryIndex() const { return mHistoryPosition; }
+    int GetHistoryCount() const { return mHistory.GetCount(); }
+
+    // The last score of a card of the history in the direction in which it is shown; -1 at the live
+    // card.
+    int GetShownScore() const;
+
+    // Why no card can be shown; all false while one is.
+    bool IsStoreEmpty() const { return mStoreEmpty; }
+    bool IsCategoryEmpty() const { return mCategoryEmpty; }
+    bool IsAllExcluded() const { return mAllExcluded; }
+    bool HasCard() const { return !mStoreEmpty && !mCategoryEmpty && !mAllExcluded; }
+
+    FlashCard GetCurrentCard() const { return mCurrentCard; }
+    const CardUuid& GetCurrentCardId() const { return mCurrentCard.CardId; }
+
+    // A live card is shown that is not due yet.
+    bool IsBreakTime() const;
+    // How many cards of the category are due, over all directions studied.
+    int GetReadyCount();
+
+    // Looks at the store again after cards or the current category changed elsewhere.
+    void Refresh();
+
+    // Scores the current card, 0 to 5: rewrites its schedule, stores it, and at the live card brings
+    // up the next. At a card of the history the caller moves on by itself. Only while HasCard.
+    void ScoreCard(int score);
+
+  private:
+    // (private parts belong to the author of scheduler/)
+    Database& mDatabase;
+    Sources mSources;
+    std::vector<Listener> mListeners;
+    bool mEarlyIntroduction = false;
+    int32_t mEarlyIntroductionInterval = 180;
+    ReviewDirection mStudyMask = kReviewForward;
+    FlashCard mCurrentCard;
+    ReviewDirection mCurrentDirection = kReviewNone;
+    bool mStoreEmpty = false;
+    bool mCategoryEmpty = false;
+    bool mAllExcluded = false;
+    int mLastResult = 0;
+    CardUuid mLiveCardId;
+    ReviewDirection mLiveDirection = kReviewNone;
+    int mHistoryPosition = -1;
+    CardHistory mHistory;
+    int32_t mCategoryId = -1;
+};

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <wx/defs.h>
+
+// The program's own command ids. Ids of the windowing library are used wherever one exists.
+// The library takes no id of 32767 or more, so the windows' ids lie together below that.
+enum CommandId : int {
+    ID_WINDOW_STUDY = 28000,
+    ID_WINDOW_LIST = 28001,
+    ID_WINDOW_EDIT = 28002,
+    ID_WINDOW_FIRST = 28000,
+    ID_WINDOW_LAST = 28999,
+
+    ID_STUDY_FORWARD = 30000,
+    ID_NEW_CATEGORY = 30001,
+    ID_IMPORT = 30002,
+    ID_STATUS_BAR = 30003,
+    ID_LEARNING_PROGRESS = 30004,
+    ID_STUDY_REVERSE = 30005,
+    ID_MINIMIZE = 30006,
+    ID_MINIMIZE_ALL = 30007,
+    ID_BRING_ALL_TO_FRONT = 30009,
+    ID_ZOOM = 30010,
+    ID_EXPORT = 30011,
+    ID_LAYOUT_HORIZONTAL = 30012,
+    ID_LAYOUT_VERTICAL = 30013,
+    ID_RENAME_CATEGORY = 30020,
+    ID_COMPACT_SCORING = 30034,
+    ID_QUICK_HELP = 30040,
+    ID_FEEDBACK = 30041,
+    ID_FORUMS = 30042,
+    ID_SUPPORT = 30043,
+    ID_TEST_MENU = 30095,
+    ID_CRASH_TEST = 30096,
+    ID_SAVE_CLOSE = 30109,
+    ID_SAVE_NEW = 30110,
+    ID_RENAME = 30112,
+    ID_CUSTOMIZE_MENU = 30122,
+    ID_COLUMN_AUTO_SIZE = 32000,
+    ID_COLUMN_AUTO_SIZE_ALL = 32001,
+    ID_COLUMN_AUTHOR = 32003,
+    ID_COLUMN_CHAPTER = 32004,
+    ID_COLUMN_FORWARD_EXCLUDE = 32005,
+    ID_COLUMN_REVERSE_EXCLUDE = 32006,
+    ID_COLUMN_NOTES = 32007
+};

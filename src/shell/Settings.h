@@ -1,0 +1,53 @@
+#pragma once
+
+#include <wx/colour.h>
+#include <wx/font.h>
+#include <wx/string.h>
+
+#include <cstdint>
+#include <memory>
+
+class wxConfigBase;
+class wxListCtrl;
+class wxTopLevelWindow;
+
+// The named values of the user's configuration. Each access opens the configuration, does its work
+// and closes it, so a write is at once visible to the next read and nothing is cached. Reading never
+// fails: a text that makes no sense gives the default. Main thread only.
+
+// A fresh configuration object, for keys that have no accessor of their own.
+std::unique_ptr<wxConfigBase> OpenSettings();
+
+// The system's default GUI font when absent or refused.
+wxFont ReadFontSetting(const wxString& key);
+void WriteFontSetting(const wxString& key, const wxFont& font);
+// The key's system colour when absent or refused, or an invalid colour for an unknown key.
+wxColour ReadColourSetting(const wxString& key);
+void WriteColourSetting(const wxString& key, const wxColour& colour);
+// The key's default when absent, or 0.
+int32_t ReadIntegerSetting(const wxString& key);
+void WriteIntegerSetting(const wxString& key, int32_t value);
+// The key's default when absent, or false.
+bool ReadBooleanSetting(const wxString& key);
+void WriteBooleanSetting(const wxString& key, bool value);
+// The key's default when absent, or the empty text.
+wxString ReadStringSetting(const wxString& key);
+void WriteStringSetting(const wxString& key, const wxString& value);
+
+// The text form of a colour, "R128G128B128".
+wxString FormatColourText(const wxColour& colour);
+// Returns false, with colour unchanged, unless the text is exactly of that form.
+bool ParseColourText(const wxString& text, wxColour& colour);
+
+// The place of a window on the screen, in pixels, "x,y,w,h" under its key. Restore clamps it to a
+// screen that exists and returns false when none is stored. The application names the settings.
+bool RestoreWindowPosition(const wxString& key, const wxString& application,
+                           wxTopLevelWindow& window);
+void SaveWindowPosition(const wxString& key, const wxString& application,
+                        const wxTopLevelWindow& window);
+
+// Column widths in pixels, joined by commas. Applied only when there are as many as columns, else
+// the defaults are, when given.
+void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
+                      const int* defaults, int count);
+void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list);

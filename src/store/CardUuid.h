@@ -1,0 +1,29 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <array>
+#include <cstdint>
+
+// The identity of a card: 16 bytes in the order in which its text reads. All zero means "no card".
+class CardUuid {
+  public:
+    std::array<uint8_t, 16> Bytes{};
+
+    bool IsZero() const { return *this == CardUuid(); }
+
+    bool operator==(const CardUuid& other) const { return Bytes == other.Bytes; }
+    bool operator!=(const CardUuid& other) const { return Bytes != other.Bytes; }
+    bool operator<(const CardUuid& other) const { return Bytes < other.Bytes; }
+};
+
+// 36 characters, lower-case hexadecimal, with dashes.
+wxString FormatUuid(const CardUuid& uuid);
+
+// Reads 32 bare digits, the dashed form, or the dashed form inside braces or parentheses, in either
+// case of letters. Returns 0, or 3 with uuid unchanged when the text is no identity.
+int ParseUuid(const wxString& text, CardUuid& uuid);
+
+// Fills uuid with a fresh random version 4 value. Returns 0, or 2 with uuid unchanged when the
+// platform's random source fails.
+int GenerateUuid(CardUuid& uuid);

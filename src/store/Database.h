@@ -1,0 +1,156 @@
+#pragma once
+
+#include <sqlite3.h>
+#include <wx/string.h>
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <mutex>
+#include <set>
+#include <vector>
+
+#include "base/FatalErrorReport.h"
+#include "store/Category.h"
+#include "store/FlashCard.h"
+#include "store/StatementRun.h"
+#include "store/Subject.h"
+#include "store/UpgradeWait.h"
+
+// A due card as the selection sees it while it steps the rows: the schedule columns of one
+// direction, and the identity only for whoever asks.
+class ReadyRow {
+  public:
+    ReadyRow(const StatementRun& run, bool reverse) : mRun(run), mReverse(reverse) {}
+    wxDateTime LastReview() const;
+    float ReviewInterval() const;
+    // 0, or -1 on a bad text.
+    int CardId(CardUuid& uuid) const { return mRun.ColumnUuid(0, uuid); }
+
+  private:
+    const StatementRun& mRun;
+    bool mReverse;
+};
+using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
+
+// The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
+// fails without touching anything. All operations return 0 or more on success and a negative value
+// on failure, with results through out arguments. Every statement commits by itself.
+//
+// Whoever changes cards or categories calls Notify once the change is complete. One operation runs
+// at a time: a recursive mutex is held inside each, because update handlers of windows behind a
+// modal dialog may run while a worker writes.
+class Database : public Subject {
+  public:
+    // The report is not owned and must outlive the Database.
+    explicit Database(FatalErrorReport& report);
+    ~Database() override;
+
+    // Opens or creates the store file, and upgrades one of the first schema while wait keeps the
+    // person informed. The path is made absolute; an empty path and one that begins with "file:"
+    // are refused. Returns 0, or a negative value and a closed Database with the file as it was.
+    int Open(const wxString& path, UpgradeWait& wait);
+    // Finalises every statement and closes the handle. Harmless on a closed Database.
+    void Close();
+    bool IsOpen() const { return mpHandle != nullptr; }
+
+    // Card writes.
+    int InsertFlashCard(const FlashCard& card);
+    int UpdateFlashCard(const FlashCard& card);
+    int DeleteCard(const CardUuid& id);
+    int CardDeleteByRowId(int64_t rowId);
+    int CardUpdateCategory(int64_t rowId, int32_t categoryId);
+    // Moves every card of one category into another.
+    int UpdateFlashCardCategory(int32_t fromId, int32_t toId);
+
+    // Card reads. The list is cleared first; no match is an empty list and success.
+    int SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards);
+    int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
+    int SelectCardsByFrontBack(const wxString& front, const wxString& back,
+                               std::list<FlashCard>& cards);
+    // The first card only.
+    int SelectEarlyForward(int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectEarlyReverse(int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNewForward(int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNewReverse(int32_t categoryId, std::list<FlashCard>& cards);
+    // Each introduced, not excluded card of the category whose stored next review lies before the
+    // limit, in that order. The visitor must not use the Database.
+    int SelectReadySortByNextReview(int32_t categoryId, const wxDateTime& limit,
+                                    const ReadyRowVisitor& visit);
+    int SelectRReadySortByRNextReview(int32_t categoryId, const wxDateTime& limit,
+                                      const ReadyRowVisitor& visit);
+    // The greatest ERC of either direction over the category's introduced, not excluded cards;
+    // 0 when there is none.
+    int SelectMaxErc(int32_t categoryId, int32_t& erc);
+
+    // Counts.
+    int CountAllCards(int32_t& count);
+    int SelectCategoryIdCount(int32_t categoryId, int32_t& count);
+    int CountForward(int32_t categoryId, int32_t& count);
+    int CountReverse(int32_t categoryId, int32_t& count);
+    int CountIntroducedForward(int32_t categoryId, int32_t& count);
+    int CountIntroducedReverse(int32_t categoryId, int32_t& count);
+    int SelectCardIdCount(const CardUuid& id, int32_t& count);
+    int SelectReadyCountForward(int32_t categoryId, const wxDateTime& now, int32_t& count);
+    int SelectReadyCountReverse(int32_t categoryId, const wxDateTime& now, int32_t& count);
+    // True also when the cards cannot be counted.
+    bool IsEmpty();
+
+    // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
+    int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
+
+    // Row ids for a list view, in the order of any ORDER BY list. Each order is a statement of its
+    // own, prepared once. A search text is a LIKE pattern that is not escaped.
+    int CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds);
+    int CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
+                              std::vector<int64_t>& rowIds);
+    int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
+    int SearchRowIdsOrder(const wxString& text, const wxString& order,
+                          std::vector<int64_t>& rowIds);
+    int SearchRowIdsOrder(int32_t categoryId, const wxString& text, const wxString& order,
+                          std::vector<int64_t>& rowIds);
+
+    // Categories.
+    int SelectAllCategories(std::list<Category>& categories);
+    int SelectCategoryById(int32_t id, std::list<Category>& categories);
+    // The column's numeric affinity makes "007" the name 7; this lookup sees names as the store
+    // does, so ask it before an insert or a rename.
+    int SelectCategoryByName(const wxString& name, std::list<Category>& categories);
+    // Gives the new row the smallest unused id; stray cards of that id go to -1 first. A name that
+    // exists fails in the engine: ask SelectCategoryByName first.
+    int CategoryInsert(const wxString& name);
+    int UpdateCategory(const Category& category);
+    // Refused with -1 while cards are in it.
+    int DeleteCategory(int32_t id);
+
+    // Store-wide values. A missing key is an empty list and success.
+    int GetGlobal(const wxString& key, std::list<wxString>& values);
+    int GetGlobalInt(const wxString& key, std::list<int32_t>& values);
+    // Writes nothing when the value stands already.
+    int SetGlobal(const wxString& key, const wxString& value);
+    int SetGlobalInt(const wxString& key, int32_t value);
+
+    // Runs any SQL text: 0 or -1.
+    int Execute(const wxString& sql);
+    // The engine's text and number of the last failure.
+    wxString GetLastError();
+    int GetLastErrorCode();
+
+    // For StatementRun. GetStatement prepares a text once; when that fails the whole store closes.
+    sqlite3_stmt* GetStatement(const wxString& sql);
+    int MarkStatement(sqlite3_stmt* statement, bool inUse);
+    // Tells the report of a failed step and gives the step's negative result. While a store is
+    // being opened a failed step is only a failed open, and nothing is reported.
+    int ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result);
+
+  private:
+    using Lock = std::lock_guard<std::recursive_mutex>;
+    // (private parts belong to Database.cpp's author)
+
+    FatalErrorReport& mReport;
+    sqlite3* mpHandle = nullptr;
+    std::map<wxString, sqlite3_stmt*> mStatements;
+    std::set<sqlite3_stmt*> mStatementsInUse;
+    std::recursive_mutex mMutex;
+};

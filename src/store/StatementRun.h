@@ -1,0 +1,50 @@
+#pragma once
+
+#include <sqlite3.h>
+#include <wx/datetime.h>
+#include <wx/string.h>
+
+#include <cstdint>
+
+class CardUuid;
+class Database;
+
+// One execution of a prepared statement. It marks the statement as in use while it lives and resets
+// it at its end, so a statement stepped for one row only is ready again at once. A second run on a
+// statement in use gets an empty handle, and each of its operations fails harmlessly.
+class StatementRun {
+  public:
+    StatementRun(Database& database, sqlite3_stmt* statement);
+    ~StatementRun();
+    StatementRun(const StatementRun&) = delete;
+    StatementRun& operator=(const StatementRun&) = delete;
+
+    // Parameters count from 1. Each gives 0 or -1.
+    int BindInt(int index, int32_t value);
+    int BindInt64(int index, int64_t value);
+    int BindDouble(int index, double value);
+    int BindText(int index, const wxString& text);
+    // Whole seconds since 1970, or -1 where the time lies outside 0 to 2147483646.
+    int BindTime(int index, const wxDateTime& time);
+    int BindUuid(int index, const CardUuid& uuid);
+
+    // Runs to the next row or to the end: 0 in both cases, and IsDone tells which. The label names
+    // the operation in messages. An engine failure goes to the FatalErrorReport of the Database;
+    // if that returns, the result is negative.
+    int Step(const wxString& label);
+    bool IsDone() const { return mDone; }
+
+    // Columns count from 0.
+    int32_t ColumnInt(int index) const;
+    int64_t ColumnInt64(int index) const;
+    double ColumnDouble(int index) const;
+    wxString ColumnText(int index) const;
+    wxDateTime ColumnTime(int index) const;
+    // 0, or -1 when the column's text is no identity.
+    int ColumnUuid(int index, CardUuid& uuid) const;
+
+  private:
+    Database& mDatabase;
+    sqlite3_stmt* mpStatement;
+    bool mDone = false;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <list>
+
+class Subject;
+
+// Someone who is told when a Subject has changed.
+class Observer {
+  public:
+    virtual ~Observer() = default;
+    virtual void Update(Subject* subject) = 0;
+};
+
+// Something that changes and tells its observers, in the order in which they were added. An
+// observer may remove itself or others, and may be added, while a notice is under way.
+class Subject {
+  public:
+    Subject() = default;
+    virtual ~Subject() = default;
+    Subject(const Subject&) = delete;
+    Subject& operator=(const Subject&) = delete;
+
+    virtual void AddObserver(Observer* observer);
+    // Removes the first match.
+    virtual void RemoveObserver(Observer* observer);
+    virtual void Notify();
+
+  private:
+    std::list<Observer*> mObservers;
+    // How many notices are under way, and whether one of them left a gap behind.
+    int mNotifying = 0;
+};
+
+// Keeps an observer attached to a Subject for as long as it lives, so that no destructor can forget
+// to detach. The subject must outlive the attachment or be reset first.
+class SubjectAttachment {
+  public:
+    SubjectAttachment() = default;
+    SubjectAttachment(Subject* subject, Observer* observer) { Attach(subject, observer); }
+    ~SubjectAttachment() { Detach(); }
+    SubjectAttachment(const SubjectAttachment&) = delete;
+    SubjectAttachment& operator=(const SubjectAttachment&) = delete;
+
+    // Leaves the present subject, if any, and observes another; null for none.
+    void Attach(Subject* subject, Observer* observer);
+    void Detach();
+
+  private:
+    Subject* mpSubject = nullptr;
+    Observer* mpObserver = nullptr;
+};

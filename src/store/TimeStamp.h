@@ -1,0 +1,11 @@
+#pragma once
+
+#include <wx/datetime.h>
+#include <wx/string.h>
+
+// The text of a time in files: UTC, "2005-01-02 03:04:05Z".
+wxString FormatTimeStamp(const wxDateTime& time);
+
+// Reads such a text; the digits of a component are not counted and the final Z may be missing.
+// A day past the end of its month rolls over into the next. Returns 0, or -1 with time unchanged.
+int ParseTimeStamp(const wxString& text, wxDateTime& time);

@@ -1,0 +1,14 @@
+#include <gtest/gtest.h>
+#include <wx/init.h>
+
+#include <clocale>
+
+// The library without windows, in the locale that the program itself sets.
+int main(int argc, char** argv) {
+    if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+    }
+    ::testing::InitGoogleTest(&argc, argv);
+    const wxInitializer library;
+    return library.IsOk() ? RUN_ALL_TESTS() : 1;
+}

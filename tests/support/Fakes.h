@@ -1,0 +1,78 @@
+#pragma once
+
+#include <wx/string.h>
+#include <wx/thread.h>
+
+#include <cstdint>
+#include <deque>
+#include <vector>
+
+#include "base/Clock.h"
+#include "base/FatalErrorReport.h"
+#include "scheduler/CategorySource.h"
+#include "scheduler/MaintenancePrompt.h"
+#include "scheduler/ReviewRandom.h"
+#include "store/UpgradeWait.h"
+
+// A clock that stands still until it is moved.
+class FakeClock : public Clock {
+  public:
+    explicit FakeClock(int64_t seconds = 1700000000) : mSeconds(seconds) {}
+    wxDateTime Now() const override { return wxDateTime(static_cast<time_t>(mSeconds)); }
+    void Advance(int64_t seconds) { mSeconds += seconds; }
+    void Set(int64_t seconds) { mSeconds = seconds; }
+
+  private:
+    int64_t mSeconds;
+};
+
+// Gives the numbers that it was fed, then one half.
+class FakeRandom : public ReviewRandom {
+  public:
+    float Next() override {
+        if (mNumbers.empty()) {
+            return 0.5f;
+        }
+        const float number = mNumbers.front();
+        mNumbers.pop_front();
+        return number;
+    }
+    void Feed(float number) { mNumbers.push_back(number); }
+
+  private:
+    std::deque<float> mNumbers;
+};
+
+// Keeps what was reported and lets the failing operation return.
+class RecordingReport : public FatalErrorReport {
+  public:
+    void Report(const wxString& text) override { Texts.push_back(text); }
+    void DeliverPending() override {}
+    std::vector<wxString> Texts;
+};
+
+// Waits for the upgrade without a window.
+class SilentUpgradeWait : public UpgradeWait {
+  public:
+    void WaitFor(wxThread& worker) override {
+        while (worker.IsRunning()) {
+            wxMilliSleep(1);
+        }
+        ++Waits;
+    }
+    int Waits = 0;
+};
+
+class FakeCategorySource : public CategorySource {
+  public:
+    int32_t GetCurrentCategoryId(Database&) override { return Current; }
+    int32_t Current = 0;
+};
+
+class SilentMaintenance : public MaintenancePrompt {
+  public:
+    void ConfirmStart() override { ++Starts; }
+    void TellComplete() override { ++Completions; }
+    int Starts = 0;
+    int Completions = 0;
+};

@@ -1,0 +1,82 @@
+#include "support/StoreFixture.h"
+
+#include <sqlite3.h>
+#include <wx/filename.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+TemporaryDirectory::TemporaryDirectory() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "velomind-XXXXXX").string();
+    mPath = wxString::FromUTF8(mkdtemp(pattern.data()));
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(mPath.utf8_string(), ignored);
+}
+
+wxString TemporaryDirectory::Path(const wxString& name) const { return mPath + "/" + name; }
+
+void WriteBytes(const wxString& path, const std::string& bytes) {
+    std::ofstream file(path.utf8_string(), std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string ReadBytes(const wxString& path) {
+    std::ifstream file(path.utf8_string(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+FlashCard MakeCard(const wxString& front, const wxString& back, int32_t categoryId) {
+    FlashCard card;
+    GenerateUuid(card.CardId);
+    card.Front = front;
+    card.Back = back;
+    card.CategoryId = categoryId;
+    return card;
+}
+
+StoreFixture::StoreFixture() {
+    EXPECT_EQ(mDatabase.Open(StorePath(), mWait), 0);
+    EXPECT_EQ(mDatabase.CategoryInsert("Default"), 0);
+}
+
+StoreFixture::~StoreFixture() = default;
+
+FlashCard StoreFixture::Insert(const FlashCard& card) {
+    EXPECT_EQ(mDatabase.InsertFlashCard(card), 0);
+    return card;
+}
+
+FlashCard StoreFixture::Stored(const CardUuid& id) {
+    std::list<FlashCard> cards;
+    EXPECT_EQ(mDatabase.SelectCardById(id, cards), 0);
+    EXPECT_EQ(cards.size(), 1U);
+    return cards.empty() ? FlashCard() : cards.front();
+}
+
+void StoreFixture::Reopen() {
+    mDatabase.Close();
+    ASSERT_EQ(mDatabase.Open(StorePath(), mWait), 0);
+}
+
+std::vector<std::string> StoreFixture::Query(const std::string& sql) {
+    sqlite3* handle = nullptr;
+    EXPECT_EQ(sqlite3_open(StorePath().utf8_str(), &handle), SQLITE_OK);
+    std::vector<std::string> rows;
+    const auto collect = [](void* out, int count, char** values, char**) {
+        std::string row;
+        for (int i = 0; i < count; ++i) {
+            row += (i == 0 ? "" : "|");
+            row += values[i] == nullptr ? "NULL" : values[i];
+        }
+        static_cast<std::vector<std::string>*>(out)->push_back(row);
+        return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), collect, &rows, nullptr), SQLITE_OK) << sql;
+    sqlite3_close(handle);
+    return rows;
+}

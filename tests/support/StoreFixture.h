@@ -1,0 +1,54 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <wx/string.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "store/Database.h"
+#include "support/Fakes.h"
+
+// A fresh directory for one test, removed with everything in it.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    wxString Path(const wxString& name) const;
+
+  private:
+    wxString mPath;
+};
+
+// Writes bytes to a file, and reads a whole file as bytes.
+void WriteBytes(const wxString& path, const std::string& bytes);
+std::string ReadBytes(const wxString& path);
+
+// A card with an id of its own and texts; the fields are public, so a test changes what it wants.
+FlashCard MakeCard(const wxString& front, const wxString& back, int32_t categoryId = 0);
+
+// A real store file with one category "Default" (id 0), open.
+class StoreFixture : public ::testing::Test {
+  protected:
+    StoreFixture();
+    ~StoreFixture() override;
+
+    // Puts the card into the store and gives it back.
+    FlashCard Insert(const FlashCard& card);
+    // The stored card of that id; the test fails when there is none.
+    FlashCard Stored(const CardUuid& id);
+    // Runs a query on the file through a connection of its own and gives the rows, columns joined
+    // by "|".
+    std::vector<std::string> Query(const std::string& sql);
+    wxString StorePath() const { return mDirectory.Path("store.vlm"); }
+    void Reopen();
+
+    TemporaryDirectory mDirectory;
+    RecordingReport mReport;
+    SilentUpgradeWait mWait;
+    Database mDatabase{mReport};
+};
