@@ -2,6 +2,7 @@
 
 #include <wx/string.h>
 #include <wx/thread.h>
+#include <wx/utils.h>
 
 #include <cstdint>
 #include <deque>

@@ -18,7 +18,9 @@ TemporaryDirectory::~TemporaryDirectory() {
     std::filesystem::remove_all(mPath.utf8_string(), ignored);
 }
 
-wxString TemporaryDirectory::Path(const wxString& name) const { return mPath + "/" + name; }
+wxString TemporaryDirectory::Path(const wxString& name) const {
+    return mPath + "/" + name;
+}
 
 void WriteBytes(const wxString& path, const std::string& bytes) {
     std::ofstream file(path.utf8_string(), std::ios::binary | std::ios::trunc);

@@ -1,0 +1,139 @@
+#include "support/GuiTest.h"
+
+#include <wx/app.h>
+#include <wx/dialog.h>
+#include <wx/evtloop.h>
+#include <wx/msgdlg.h>
+#include <wx/stopwatch.h>
+#include <wx/toplevel.h>
+#include <wx/utils.h>
+
+#include <utility>
+
+namespace {
+
+void UseSettingsIn(const TemporaryDirectory& directory) {
+    wxSetEnv("XDG_CONFIG_HOME", directory.Path("config"));
+}
+
+// Deletes what a test left open, so that the next one starts with no window.
+void DestroyAllWindows() {
+    for (wxWindow* window :
+         std::vector<wxWindow*>(wxTopLevelWindows.begin(), wxTopLevelWindows.end())) {
+        if (!window->IsBeingDeleted()) {
+            window->Destroy();
+        }
+    }
+    DrainEvents();
+}
+
+wxKeyEvent MakeKeyEvent(wxEventType type, wxWindow& window, int keyCode, int modifiers) {
+    wxKeyEvent event(type);
+    event.SetEventObject(&window);
+    event.SetId(window.GetId());
+    event.m_keyCode = keyCode;
+    event.m_uniChar = keyCode < WXK_START ? static_cast<wxChar>(keyCode) : wxChar(0);
+    event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
+    event.SetShiftDown((modifiers & wxMOD_SHIFT) != 0);
+    event.SetAltDown((modifiers & wxMOD_ALT) != 0);
+    return event;
+}
+
+}  // namespace
+
+void DrainEvents() {
+    wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
+    for (int round = 0; round < 3; ++round) {
+        while (loop->Pending()) {
+            loop->Dispatch();
+        }
+        wxTheApp->ProcessPendingEvents();
+        loop->ProcessIdle();
+    }
+}
+
+bool WaitFor(const std::function<bool()>& condition, int limitMilliseconds) {
+    wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
+    const wxStopWatch watch;
+    while (!condition()) {
+        if (watch.Time() > limitMilliseconds) {
+            return false;
+        }
+        if (loop->DispatchTimeout(10) == -1) {
+            wxTheApp->ProcessPendingEvents();
+            loop->ProcessIdle();
+        }
+    }
+    return true;
+}
+
+wxWindow* FindNamed(wxWindow& parent, const wxString& name) {
+    wxWindow* const found = wxWindow::FindWindowByName(name, &parent);
+    EXPECT_NE(found, nullptr) << "no window named " << name;
+    return found;
+}
+
+wxWindow* FindById(wxWindow& parent, int id) {
+    wxWindow* const found = parent.FindWindow(id);
+    EXPECT_NE(found, nullptr) << "no window of id " << id;
+    return found;
+}
+
+void SendKeyDown(wxWindow& window, int keyCode, int modifiers) {
+    wxKeyEvent event = MakeKeyEvent(wxEVT_KEY_DOWN, window, keyCode, modifiers);
+    window.GetEventHandler()->ProcessEvent(event);
+}
+
+void SendKeyUp(wxWindow& window, int keyCode, int modifiers) {
+    wxKeyEvent event = MakeKeyEvent(wxEVT_KEY_UP, window, keyCode, modifiers);
+    window.GetEventHandler()->ProcessEvent(event);
+}
+
+void SendKey(wxWindow& window, int keyCode, int modifiers) {
+    SendKeyDown(window, keyCode, modifiers);
+    SendKeyUp(window, keyCode, modifiers);
+}
+
+ModalAnswers::~ModalAnswers() {
+    EXPECT_TRUE(mAnswers.empty()) << "a dialog that was expected did not open";
+    Unregister();
+}
+
+void ModalAnswers::Expect(int answer) {
+    mAnswers.emplace_back([answer](wxDialog&) { return answer; });
+}
+
+void ModalAnswers::Expect(std::function<int(wxDialog&)> answer) {
+    mAnswers.push_back(std::move(answer));
+}
+
+int ModalAnswers::Enter(wxDialog* dialog) {
+    Seen seen{dialog->GetTitle(), wxString()};
+    if (const auto* const box = dynamic_cast<wxMessageDialogBase*>(dialog)) {
+        seen.Message = box->GetMessage();
+    }
+    Dialogs.push_back(seen);
+    if (mAnswers.empty()) {
+        ADD_FAILURE() << "unexpected dialog: " << seen.Title << ": " << seen.Message;
+        return wxID_CANCEL;
+    }
+    const std::function<int(wxDialog&)> answer = std::move(mAnswers.front());
+    mAnswers.pop_front();
+    return answer(*dialog);
+}
+
+GuiTest::GuiTest() {
+    UseSettingsIn(mSettingsDirectory);
+}
+
+GuiTest::~GuiTest() {
+    DestroyAllWindows();
+}
+
+GuiStoreTest::GuiStoreTest() {
+    UseSettingsIn(mSettingsDirectory);
+}
+
+GuiStoreTest::~GuiStoreTest() {
+    DestroyAllWindows();
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <wx/modalhook.h>
+#include <wx/window.h>
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/StoreFixture.h"
+
+class wxDialog;
+
+// Handles events until the condition holds; false when that takes longer than the limit.
+bool WaitFor(const std::function<bool()>& condition, int limitMilliseconds = 5000);
+
+// Handles the events that are waiting, idle events included.
+void DrainEvents();
+
+// Finds a child, at any depth, by its window name or by its id; the test fails when there is none.
+wxWindow* FindNamed(wxWindow& parent, const wxString& name);
+wxWindow* FindById(wxWindow& parent, int id);
+
+// A key pressed and released, as events straight to a window: a character or a WXK_ code.
+void SendKey(wxWindow& window, int keyCode, int modifiers = 0);
+void SendKeyDown(wxWindow& window, int keyCode, int modifiers = 0);
+void SendKeyUp(wxWindow& window, int keyCode, int modifiers = 0);
+
+// Answers modal dialogs in the order in which they open, without showing them, and keeps what they
+// said. A dialog that nobody expected fails the test and is answered with wxID_CANCEL.
+class ModalAnswers : public wxModalDialogHook {
+  public:
+    struct Seen {
+        wxString Title;
+        // Of a message box; empty for others.
+        wxString Message;
+    };
+
+    ModalAnswers() { Register(); }
+    ~ModalAnswers() override;
+
+    // The next dialog ends with this code.
+    void Expect(int answer);
+    // The next dialog is handed to the function, whose result ends it.
+    void Expect(std::function<int(wxDialog&)> answer);
+
+    std::vector<Seen> Dialogs;
+
+  protected:
+    int Enter(wxDialog* dialog) override;
+
+  private:
+    std::deque<std::function<int(wxDialog&)>> mAnswers;
+};
+
+// A test with windows: settings of its own in a fresh directory, and no window left behind.
+class GuiTest : public ::testing::Test {
+  protected:
+    GuiTest();
+    ~GuiTest() override;
+
+    TemporaryDirectory mSettingsDirectory;
+};
+
+// The same with a real, open store that has one category "Default" (id 0).
+class GuiStoreTest : public StoreFixture {
+  protected:
+    GuiStoreTest();
+    ~GuiStoreTest() override;
+
+    TemporaryDirectory mSettingsDirectory;
+};

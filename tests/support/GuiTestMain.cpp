@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+#include <wx/app.h>
+#include <wx/cshelp.h>
+#include <wx/evtloop.h>
+#include <wx/filename.h>
+#include <wx/image.h>
+#include <wx/log.h>
+#include <wx/utils.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// Runs the tests inside an active event loop, so that windows behave as in the program.
+class TestApp : public wxApp {
+  public:
+    bool OnInit() override {
+        SetVendorName("Ostrel");
+        SetAppName("Velomind");
+        SetExitOnFrameDelete(false);
+        wxImage::AddHandler(new wxPNGHandler);
+        wxHelpProvider::Set(new wxSimpleHelpProvider);
+        return true;
+    }
+
+    int OnRun() override {
+        wxEventLoop loop;
+        const wxEventLoopActivator activator(&loop);
+        return RUN_ALL_TESTS();
+    }
+
+    void OnAssertFailure(const wxChar* file, int line, const wxChar* function,
+                         const wxChar* condition, const wxChar* message) override {
+        ADD_FAILURE() << "toolkit assertion " << wxString(condition) << " in " << wxString(function)
+                      << " (" << wxString(file) << ":" << line
+                      << "): " << (message == nullptr ? wxString() : wxString(message));
+    }
+};
+
+bool OnlyListsTests(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--gtest_list_tests") == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Listing needs no display.
+    const bool listing = OnlyListsTests(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    if (listing) {
+        return RUN_ALL_TESTS();
+    }
+    if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+    }
+    wxApp::SetInstance(new TestApp);
+    if (!wxEntryStart(argc, argv)) {
+        return 1;
+    }
+    // Messages of the library go to the test's output and not into a dialog.
+    delete wxLog::SetActiveTarget(new wxLogStderr);
+    int result = 1;
+    if (wxTheApp->CallOnInit()) {
+        result = wxTheApp->OnRun();
+    }
+    wxTheApp->OnExit();
+    wxEntryCleanup();
+    return result;
+}
