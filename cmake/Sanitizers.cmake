@@ -3,6 +3,6 @@ set(VELOMIND_SANITIZE "" CACHE STRING "Sanitizers to build with, as gcc's -fsani
 if(VELOMIND_SANITIZE)
   target_compile_options(velomind_flags INTERFACE
     -fsanitize=${VELOMIND_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1
-    -Wno-null-dereference -Wno-maybe-uninitialized)
+    -Wno-maybe-uninitialized)
   target_link_options(velomind_flags INTERFACE -fsanitize=${VELOMIND_SANITIZE})
 endif()

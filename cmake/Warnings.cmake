@@ -4,7 +4,7 @@ add_library(velomind_flags INTERFACE)
 target_compile_options(velomind_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wduplicated-cond -Wlogical-op
-  -Wnull-dereference -Wformat=2 -Wundef -Werror
+  -Wformat=2 -Wundef -Werror
   -ffp-contract=off)
 target_compile_options(velomind_flags INTERFACE
   $<$<CONFIG:Release>:-fstack-protector-strong;-fPIE;-D_FORTIFY_SOURCE=2>)
