@@ -1,0 +1,56 @@
+#include "resources/ResourceBitmap.h"
+
+#include <wx/bitmap.h>
+#include <wx/filename.h>
+#include <wx/icon.h>
+#include <wx/image.h>
+#include <wx/imagpng.h>
+#include <wx/mstream.h>
+#include <wx/vector.h>
+
+#include "resources/EmbeddedPictures.h"
+
+namespace {
+
+const char kApplicationIconName[] = "velomind";
+
+// Every size of the picture of that lower-case name; empty when there is none.
+wxVector<wxBitmap> LoadPictures(const wxString& name) {
+    wxVector<wxBitmap> bitmaps;
+    for (size_t i = 0; i < kEmbeddedPictureCount; ++i) {
+        const EmbeddedPicture& picture = kEmbeddedPictures[i];
+        if (name != picture.Name) {
+            continue;
+        }
+        // A handler of its own: the pictures do not depend on what the program registered before.
+        wxPNGHandler handler;
+        wxMemoryInputStream stream(picture.Bytes, picture.Length);
+        wxImage image;
+        if (handler.LoadFile(&image, stream, false)) {
+            bitmaps.push_back(wxBitmap(image));
+        }
+    }
+    return bitmaps;
+}
+
+}  // namespace
+
+wxBitmapBundle LoadResourceBitmap(const wxString& path) {
+    wxString menuPath = path;
+    menuPath.Replace("tool", "menu");
+    const wxString name = wxFileName(menuPath).GetName().Lower();
+    if (name == kApplicationIconName) {
+        return wxBitmapBundle();
+    }
+    return wxBitmapBundle::FromBitmaps(LoadPictures(name));
+}
+
+wxIconBundle LoadApplicationIcon() {
+    wxIconBundle icons;
+    for (const wxBitmap& bitmap : LoadPictures(kApplicationIconName)) {
+        wxIcon icon;
+        icon.CopyFromBitmap(bitmap);
+        icons.AddIcon(icon);
+    }
+    return icons;
+}

@@ -1,0 +1,84 @@
+#include "resources/ResourceBitmap.h"
+
+#include <gtest/gtest.h>
+#include <wx/bitmap.h>
+#include <wx/icon.h>
+#include <wx/image.h>
+
+#include <cstring>
+
+namespace {
+
+bool ShowsSomething(const wxBitmap& bitmap) {
+    const wxImage image = bitmap.ConvertToImage();
+    for (int y = 0; y < image.GetHeight(); ++y) {
+        for (int x = 0; x < image.GetWidth(); ++x) {
+            if (!image.HasAlpha() || image.GetAlpha(x, y) > 0) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+TEST(ResourceBitmap, EveryCommandHasItsPictureInBothSizes) {
+    const char* const names[] = {"about_menu",
+                                 "back_menu",
+                                 "blank_menu",
+                                 "browse_menu",
+                                 "category_list",
+                                 "copy_menu",
+                                 "cut_menu",
+                                 "delete_menu",
+                                 "editcard_menu",
+                                 "export_menu",
+                                 "forum_menu",
+                                 "forward_menu",
+                                 "help_menu",
+                                 "import_menu",
+                                 "newcard_menu",
+                                 "newcategory_menu",
+                                 "paste_menu",
+                                 "preferences_menu",
+                                 "progress_menu",
+                                 "save_menu",
+                                 "save_new_menu",
+                                 "search_field_cancel",
+                                 "search_menu",
+                                 "search_field_search",
+                                 "sendfeedback_menu",
+                                 "undo_menu",
+                                 "search_field_search_menu"};
+    for (const wxString name : names) {
+        SCOPED_TRACE(name);
+        const wxBitmapBundle bundle = LoadResourceBitmap("icons/" + name + ".png");
+        ASSERT_TRUE(bundle.IsOk());
+        EXPECT_EQ(wxSize(16, 16), bundle.GetDefaultSize());
+        const wxBitmap large = bundle.GetBitmap(wxSize(32, 32));
+        EXPECT_EQ(wxSize(32, 32), large.GetSize());
+        EXPECT_EQ(name != "blank_menu", ShowsSomething(large));
+    }
+}
+
+TEST(ResourceBitmap, AToolShowsThePictureOfItsMenuEntry) {
+    const wxSize size(16, 16);
+    const wxImage menu = LoadResourceBitmap("BACK_MENU").GetBitmap(size).ConvertToImage();
+    const wxImage tool = LoadResourceBitmap("icons/back_tool.png").GetBitmap(size).ConvertToImage();
+    ASSERT_TRUE(menu.IsOk() && tool.IsOk());
+    EXPECT_EQ(0, std::memcmp(menu.GetData(), tool.GetData(), 16 * 16 * 3));
+}
+
+TEST(ResourceBitmap, AnUnknownNameGivesNoPicture) {
+    for (const char* path : {"icons/print_menu.png", "icons/quickhelp_menu.png", "velomind", ""}) {
+        EXPECT_FALSE(LoadResourceBitmap(path).IsOk()) << path;
+    }
+}
+
+TEST(ResourceBitmap, TheProgramsIconComesInTheSizesOfWindowManagers) {
+    const wxIconBundle icons = LoadApplicationIcon();
+    for (const int size : {16, 32, 48, 64, 128}) {
+        EXPECT_TRUE(icons.GetIconOfExactSize(wxSize(size, size)).IsOk()) << size;
+    }
+}
+
+}  // namespace
