@@ -1,0 +1,108 @@
+#pragma once
+
+#include <wx/bitmap.h>
+#include <wx/colour.h>
+#include <wx/scrolwin.h>
+#include <wx/string.h>
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "study/TextWrap.h"
+
+class wxDC;
+
+// One of the two texts that a CardViewer shows.
+struct CardViewerSide {
+    wxString Text;
+    std::vector<wxString> Lines;
+    std::vector<int32_t> LineWidths;
+    wxColour TextColour = *wxBLACK;
+    // When valid, drawn stretched over the whole rectangle instead of the background.
+    wxBitmap Cover;
+    // In virtual coordinates.
+    wxRect Rect;
+};
+
+// The scrolled panel that shows both sides of a card, divided by a thin line, one above the other
+// or side by side. It wraps and centres the texts by itself; a click on it goes to the parent as a
+// button event with this window's id. It knows texts, colours and a cover, but no cards. The owner
+// sets the scroll rate: none horizontally, one pixel vertically.
+class CardViewer : public wxScrolledWindow {
+  public:
+    CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position = wxDefaultPosition,
+               const wxSize& size = wxDefaultSize, long style = wxHSCROLL | wxVSCROLL,
+               const wxString& name = wxASCII_STR(wxPanelNameStr));
+
+    void SetFirstText(const wxString& text);
+    void SetSecondText(const wxString& text);
+    const wxString& GetFirstText() const { return mFirst.Text; }
+    const wxString& GetSecondText() const { return mSecond.Text; }
+
+    // Colours and the cover are only stored: the caller refreshes.
+    void SetFirstColour(const wxColour& colour);
+    void SetSecondColour(const wxColour& colour);
+    // A null bitmap takes the cover away.
+    void SetSecondCover(const wxBitmap& cover);
+    bool IsSecondCovered() const { return mSecond.Cover.IsOk(); }
+
+    // Words on what the window shows. Nothing draws them.
+    void SetHint(const wxString& text);
+    const wxString& GetHint() const { return mHint; }
+
+    // wxVERTICAL (the first side above the second) or wxHORIZONTAL.
+    void SetLayout(int32_t orientation);
+    int32_t GetLayout() const { return mLayout; }
+
+    bool SetFont(const wxFont& font) override;
+
+    void ScrollToTop();
+    // Puts the dividing line at the top, when there is anything to scroll.
+    void ScrollToSecond();
+    void PageUp();
+    void PageDown();
+
+    const CardViewerSide& GetFirst() const { return mFirst; }
+    const CardViewerSide& GetSecond() const { return mSecond; }
+    bool IsScrollNeeded() const { return mScrollNeeded; }
+
+  private:
+    // The lines of a text as wrapped at a width, kept until the text, the font or the width
+    // changes.
+    struct WrapCache {
+        WrappedText Wrapped;
+        int32_t Width = -1;
+    };
+    // Without and with the scroll bar.
+    using WrapCaches = std::array<WrapCache, 2>;
+
+    void SetText(CardViewerSide& side, WrapCaches& caches, const wxString& text);
+    void Relayout();
+    const WrappedText& Wrap(const CardViewerSide& side, WrapCaches& caches, int32_t width,
+                            size_t lineLimit, const TextMeasure& measure) const;
+    void ForgetWraps();
+    int32_t FullClientWidth() const;
+
+    void PaintDivider(wxDC& dc) const;
+    void PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const;
+    void PaintLines(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const;
+    void ScrollBySteps(int32_t direction);
+
+    void OnPaint(wxPaintEvent& event);
+    void OnSize(wxSizeEvent& event);
+    void OnLeftDown(wxMouseEvent& event);
+    void OnLeftUp(wxMouseEvent& event);
+    void OnContextMenu(wxContextMenuEvent& event);
+
+    int32_t mLayout = wxVERTICAL;
+    int32_t mColumnWidth = 0;
+    CardViewerSide mFirst;
+    CardViewerSide mSecond;
+    wxString mHint;
+    int32_t mLineHeight = 0;
+    bool mScrollNeeded = false;
+
+    WrapCaches mFirstWraps;
+    WrapCaches mSecondWraps;
+};
