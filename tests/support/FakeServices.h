@@ -1,0 +1,59 @@
+#pragma once
+
+#include <wx/frame.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "shell/AppServices.h"
+#include "store/FlashCard.h"
+#include "support/Fakes.h"
+
+// The application as a window sees it: everything is to be had unless a test says otherwise, and
+// every call is kept.
+class FakeServices : public AppServices {
+  public:
+    struct CardsTaken {
+        std::vector<int64_t> RowIds;
+        bool Cut = false;
+    };
+
+    int32_t GetCurrentCategoryId(Database&) override { return CurrentCategory; }
+    void SetCurrentCategoryId(Database&, int32_t id) override { CurrentCategory = id; }
+    Subject& GetSettingsNotifier() override { return SettingsNotifier; }
+    const Clock& GetClock() override { return Time; }
+    ReviewRandom& GetReviewRandom() override { return Random; }
+    MaintenancePrompt& GetMaintenancePrompt() override { return Maintenance; }
+
+    void FrameActivated(wxFrame& frame) override { Activated.push_back(&frame); }
+    void FrameClosed(wxFrame& frame) override { Closed.push_back(&frame); }
+
+    bool CanOpenEditor() const override { return HasEditor; }
+    void OpenEditor(const FlashCard& card) override { Edited.push_back(card); }
+    bool CanExportCards() const override { return HasExport; }
+    void ExportCards(wxWindow&, const std::vector<int64_t>& rowIds) override {
+        Exported.push_back(rowIds);
+    }
+    bool CanPutCardsOnClipboard() const override { return HasClipboard; }
+    void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
+        Taken.push_back({rowIds, cut});
+    }
+    void SetStudyMessage(const wxString& text) override { StudyMessage = text; }
+
+    int32_t CurrentCategory = 0;
+    Subject SettingsNotifier;
+    FakeClock Time;
+    FakeRandom Random;
+    SilentMaintenance Maintenance;
+
+    bool HasEditor = true;
+    bool HasExport = true;
+    bool HasClipboard = true;
+
+    std::vector<wxFrame*> Activated;
+    std::vector<wxFrame*> Closed;
+    std::vector<FlashCard> Edited;
+    std::vector<std::vector<int64_t>> Exported;
+    std::vector<CardsTaken> Taken;
+    wxString StudyMessage;
+};
