@@ -1,0 +1,609 @@
+#include "study/StudyFrame.h"
+
+#include <wx/cshelp.h>
+#include <wx/msgdlg.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/statusbr.h>
+#include <wx/toolbar.h>
+#include <wx/utils.h>
+
+#include <list>
+
+#include "base/Trace.h"
+#include "resources/ResourceBitmap.h"
+#include "shell/AppServices.h"
+#include "shell/CommandIds.h"
+#include "shell/MenuBar.h"
+#include "shell/Settings.h"
+#include "study/CardViewer.h"
+#include "study/QuickScore.h"
+#include "study/RescoreMessageBox.h"
+#include "study/StudyCover.h"
+#include "study/StudyStatus.h"
+#include "study/StudyTexts.h"
+
+namespace {
+
+constexpr int kQuickScoreId = 10006;
+constexpr int kRescoreId = 10052;
+constexpr int kStatusBarId = 10099;
+// The tool bar and the viewer share it.
+constexpr int kPanelId = 12000;
+
+constexpr int kHighestScore = kScoreCount - 1;
+constexpr int kStartScore = 3;
+
+constexpr int kMessageWidth = 230;
+constexpr int kNormalMargin = 1;
+constexpr int kCompactMargin = 3;
+
+const char* const kSettingsName = "Velomind";
+const char* const kPositionKey = "StudyFramePosition";
+const char* const kLayoutKey = "CardLayout";
+const char* const kCompactKey = "CompactScoring";
+
+constexpr long kHandheldStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
+
+wxString FindHelp(wxWindow* window, const wxPoint& pointer) {
+    // What has no help of its own shows that of the window around it.
+    wxString help;
+    for (; window != nullptr && help.empty(); window = window->GetParent()) {
+        help = window->GetHelpTextAtPoint(window->ScreenToClient(pointer),
+                                          wxHelpEvent::Origin_Unknown);
+    }
+    return help;
+}
+
+}  // namespace
+
+wxBEGIN_EVENT_TABLE(StudyFrame, wxFrame) EVT_CLOSE(StudyFrame::OnClose)
+    EVT_ACTIVATE(StudyFrame::OnActivate) EVT_LISTBOX(kQuickScoreId, StudyFrame::OnScoreCursor)
+        EVT_LISTBOX_DCLICK(kQuickScoreId,
+                           StudyFrame::OnScoreChosen) EVT_COMMAND(kQuickScoreId,
+                                                                  EVT_QUICKSCORE_PAGE_UP,
+                                                                  StudyFrame::OnScorePageUp)
+            EVT_COMMAND(kQuickScoreId, EVT_QUICKSCORE_PAGE_DOWN,
+                        StudyFrame::OnScorePageDown) EVT_MENU(wxID_BACKWARD, StudyFrame::OnBack)
+                EVT_MENU(wxID_FORWARD,
+                         StudyFrame::OnForward) EVT_BUTTON(kPanelId, StudyFrame::OnViewerClicked)
+                    EVT_SET_FOCUS(StudyFrame::OnSetFocus) EVT_CHILD_FOCUS(StudyFrame::OnChildFocus)
+                        EVT_NAVIGATION_KEY(StudyFrame::OnNavigationKey) EVT_IDLE(StudyFrame::OnIdle)
+                            EVT_SYS_COLOUR_CHANGED(StudyFrame::OnSystemColours) wxEND_EVENT_TABLE()
+
+                                StudyFrame::StudyFrame(AppServices& services, wxWindow* parent,
+                                                       wxWindowID id, const wxString& title,
+                                                       const wxPoint& position, const wxSize& size,
+                                                       long style)
+    : mServices(services) {
+    SetExtraStyle(wxFRAME_EX_METAL);
+    Create(parent, id, title, position, size, style & ~kHandheldStyle);
+    InitFrame(*this, "study_window");
+    RemoveMenuItem(*GetMenuBar(), ID_SAVE_CLOSE);
+    RemoveMenuItem(*GetMenuBar(), ID_SAVE_NEW);
+    AddStudyCommands();
+    AddCardCommands();
+    AddAppearanceCommands();
+    RebuildCover();
+    CreateBars();
+    CreateContent();
+    ApplySettings();
+    RestoreLayout();
+    mpChildFocus = mpQuickScore;
+    Centre(wxBOTH);
+    RestoreWindowPosition(kPositionKey, kSettingsName, *this);
+    mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), &mObserver);
+}
+
+StudyFrame::~StudyFrame() = default;
+
+void StudyFrame::CreateBars() {
+    mpToolBar = new wxToolBar(this, kPanelId, wxDefaultPosition, wxDefaultSize,
+                              wxTB_HORIZONTAL | wxTB_TEXT | wxTB_NODIVIDER, "toolbar");
+    mpToolBar->SetToolBitmapSize(wxSize(16, 16));
+    // The same words as a tip at the tool and as help in the status bar.
+    const wxString backHelp = _("View the previous flash card");
+    mpToolBar->AddTool(wxID_BACKWARD, _("Back"), LoadResourceBitmap("icons/back_tool.png"),
+                       wxBitmapBundle(), wxITEM_NORMAL, backHelp, backHelp);
+    const wxString forwardHelp = _("View the next flash card");
+    mpToolBar->AddTool(wxID_FORWARD, _("Forward"), LoadResourceBitmap("icons/forward_tool.png"),
+                       wxBitmapBundle(), wxITEM_NORMAL, forwardHelp, forwardHelp);
+    mpToolBar->Realize();
+    SetToolBar(mpToolBar);
+
+    mpStatusBar = new wxStatusBar(this, kStatusBarId, wxSTB_DEFAULT_STYLE, "statusBar");
+    mpStatusBar->SetFieldsCount(2);
+    SetStatusBar(mpStatusBar);
+    mpStatusBar->Bind(wxEVT_SIZE, &StudyFrame::OnStatusBarSize, this);
+}
+
+void StudyFrame::CreateContent() {
+    auto* const sizer = new wxBoxSizer(wxVERTICAL);
+    SetSizer(sizer);
+
+    mpCardSizer = new wxBoxSizer(wxVERTICAL);
+    sizer->Add(mpCardSizer, wxSizerFlags(1).Expand());
+
+    mpCardViewer = new CardViewer(this, kPanelId, wxDefaultPosition, wxDefaultSize,
+                                  wxBORDER_NONE | wxHSCROLL | wxVSCROLL, "panel");
+    mpCardViewer->SetScrollRate(0, 1);
+    mpCardSizer->Add(mpCardViewer, wxSizerFlags(1).Expand());
+
+    mpQuickScore = new QuickScore(this, kQuickScoreId, wxDefaultPosition, wxSize(100, 100),
+                                  wxBORDER_NONE | wxWANTS_CHARS, "panel");
+    mpCardSizer->Add(mpQuickScore, wxSizerFlags().Right().Border(wxALL, 1));
+
+    mpMessageText = new wxStaticText(this, wxID_STATIC, _("Static text"), wxDefaultPosition,
+                                     wxDefaultSize, wxALIGN_CENTRE, "staticText");
+    mpMessageText->Hide();
+    sizer->Add(mpMessageText, wxSizerFlags(1).Expand().Border(wxALL, 5));
+    mpMessageText->Wrap(kMessageWidth);
+
+    mpQuickScore->SetMargin(kNormalMargin);
+    const ScoreLabels labels = GetScoreLabels(false);
+    mpQuickScore->SetItems(labels.data(), labels.size());
+}
+
+void StudyFrame::RestoreLayout() {
+    const std::unique_ptr<wxConfigBase> settings = OpenSettings();
+    wxString layout;
+    // Only the layout in which the viewer starts anyway is acted upon: every start opens in it.
+    if (settings->Read(kLayoutKey, &layout) && layout.CmpNoCase("vertical") == 0) {
+        SetCardLayout(wxVERTICAL);
+    }
+    SetCompactScoring(settings->ReadBool(kCompactKey, false));
+}
+
+void StudyFrame::RebuildCover() {
+    mCoverBitmap = MakeStudyCover(wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOW),
+                                  wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+}
+
+void StudyFrame::SetDatabase(Database* database) {
+    if (database == mpDatabase) {
+        return;
+    }
+    mStoreAttachment.Detach();
+    mpDatabase = database;
+    if (database == nullptr) {
+        mpScheduler.reset();
+        return;
+    }
+    const Scheduler::Sources sources{mServices, mServices.GetMaintenancePrompt(),
+                                     mServices.GetClock(), mServices.GetReviewRandom()};
+    mpScheduler = std::make_unique<Scheduler>(*database, sources);
+    ApplyIntroduction();
+    if (mReverseStudy) {
+        mpScheduler->SetDirections(kReviewReverse);
+    }
+    mpScheduler->AddListener([this](int change) { UpdateCard(change == 1); });
+    mStoreAttachment.Attach(database, &mObserver);
+    UpdateCard(false);
+}
+
+void StudyFrame::UpdateCard(bool newCard) {
+    const bool hasCard = HasCard();
+    ShowCardOrMessage(hasCard);
+    if (hasCard) {
+        const FlashCard card = mpScheduler->GetCurrentCard();
+        if (!IsRecent() && (card.CardId != mCurrentCardId || newCard)) {
+            mDefaultScore = kStartScore;
+            mBackShown = false;
+            mCurrentCardId = card.CardId;
+        }
+        UpdateScoreLabels();
+        UpdateScorePosition();
+        UpdateStatusTexts();
+        UpdateSides(card);
+    } else {
+        UpdateMessage();
+    }
+    const wxWindow* const focus = FindFocus();
+    if (focus == nullptr || focus == this) {
+        mpQuickScore->SetFocus();
+    }
+}
+
+void StudyFrame::ShowCardOrMessage(bool hasCard) {
+    wxSizer* const sizer = GetSizer();
+    if (sizer->IsShown(mpCardSizer) != hasCard || mpMessageText->IsShown() == hasCard) {
+        sizer->Show(mpCardSizer, hasCard);
+        sizer->Show(mpMessageText, !hasCard);
+        Layout();
+    }
+}
+
+void StudyFrame::UpdateMessage() {
+    wxString message;
+    if (mpScheduler->IsStoreEmpty()) {
+        message = StoreEmptyMessage();
+    } else if (mpScheduler->IsCategoryEmpty()) {
+        message = CategoryEmptyMessage();
+    } else {
+        std::list<Category> categories;
+        mpDatabase->SelectAllCategories(categories);
+        message = categories.size() < 2 ? AllExcludedMessage() : CategoryExcludedMessage();
+    }
+    mpMessageText->SetLabel(message);
+    mpMessageText->Wrap(kMessageWidth);
+    Layout();
+    mServices.SetStudyMessage(message);
+}
+
+void StudyFrame::UpdateScoreLabels() {
+    if (!IsBackVisible()) {
+        mpQuickScore->SetAllStrings(ShowBackLabel(IsCompact()));
+        mpQuickScore->SetToolTip(_("Show the back side of this flash card."));
+        return;
+    }
+    const ScoreLabels labels = GetScoreLabels(IsCompact());
+    for (unsigned int i = 0; i < labels.size(); ++i) {
+        mpQuickScore->SetString(i, labels[i]);
+    }
+    mpQuickScore->SetToolTip(
+        _("Select a score that indicates your familiarity with this flash card."));
+}
+
+void StudyFrame::UpdateScorePosition() {
+    if (IsRecent()) {
+        const int recorded = kHighestScore - mpScheduler->GetShownScore();
+        // A card that was never scored in this direction has no position.
+        const int position = recorded < kScoreCount ? recorded : wxNOT_FOUND;
+        mpQuickScore->SetSelection(position);
+        mpQuickScore->SetMark(position);
+        return;
+    }
+    mpQuickScore->SetSelection(kHighestScore - mDefaultScore);
+    mpQuickScore->ClearMark();
+    mpCardViewer->SetHint(mBackShown ? _("This is the back of a flash card")
+                                     : _("The back side of this flash card is hidden"));
+}
+
+void StudyFrame::UpdateStatusTexts() {
+    mpStatusBar->SetStatusText(StudyStepText(*mpScheduler, mBackShown, *mpStatusBar), kStepField);
+    const wxString ready = StudyReadyText(*mpScheduler, *mpStatusBar);
+    SetHelpText(ready);
+    mpQuickScore->SetHelpText(ready);
+    mpCardViewer->SetHelpText(ready);
+    mpStatusBar->SetHelpText(ready);
+}
+
+void StudyFrame::UpdateSides(const FlashCard& card) {
+    mpCardViewer->SetFirstText(mReverseStudy ? card.Back : card.Front);
+    if (IsBackVisible()) {
+        mpCardViewer->SetSecondText(mReverseStudy ? card.Front : card.Back);
+        mpCardViewer->SetSecondCover(wxNullBitmap);
+    } else {
+        mpCardViewer->SetSecondText(wxString());
+        mpCardViewer->SetSecondCover(mCoverBitmap);
+    }
+    // The cover does not paint itself.
+    mpCardViewer->Refresh();
+}
+
+void StudyFrame::ShowBack() {
+    if (!mBackShown && HasCard()) {
+        mBackShown = true;
+        UpdateCard(false);
+        mpCardViewer->ScrollToSecond();
+    }
+}
+
+void StudyFrame::ApplySettings() {
+    mpCardViewer->SetFont(ReadFontSetting("Font"));
+    const wxColour text = ReadColourSetting("FontColor");
+    mpCardViewer->SetFirstColour(text);
+    mpCardViewer->SetSecondColour(text);
+    mpCardViewer->SetBackgroundColour(ReadColourSetting("StudyBgColor"));
+    mpCardViewer->Refresh();
+    ApplyIntroduction();
+}
+
+void StudyFrame::ApplyIntroduction() {
+    if (mpScheduler != nullptr) {
+        mpScheduler->SetEarlyIntroduction(ReadBooleanSetting("EarlyIntroduction"));
+        mpScheduler->SetEarlyIntroductionInterval(ReadIntegerSetting("EarlyIntroductionInterval"));
+    }
+}
+
+bool StudyFrame::IsCompact() const {
+    return mpCardSizer->GetOrientation() == wxHORIZONTAL;
+}
+
+void StudyFrame::SetCardLayout(int orientation) {
+    if (orientation != mpCardViewer->GetLayout()) {
+        WriteStringSetting(kLayoutKey, orientation == wxHORIZONTAL ? "horizontal" : "vertical");
+        mpCardViewer->SetLayout(orientation);
+        Layout();
+    }
+}
+
+void StudyFrame::SetCompactScoring(bool compact) {
+    if (compact == IsCompact()) {
+        return;
+    }
+    mpCardSizer->SetOrientation(compact ? wxHORIZONTAL : wxVERTICAL);
+    mpQuickScore->SetMargin(compact ? kCompactMargin : kNormalMargin);
+    const ScoreLabels labels = GetScoreLabels(compact);
+    mpQuickScore->SetItems(labels.data(), labels.size());
+    if (mpScheduler == nullptr || !IsBackVisible()) {
+        mpQuickScore->SetAllStrings(ShowBackLabel(compact));
+    }
+    GrowToFit();
+    Layout();
+    mpQuickScore->Refresh();
+    WriteBooleanSetting(kCompactKey, compact);
+}
+
+void StudyFrame::GrowToFit() {
+    // Never smaller: the viewer asks for next to nothing, and the frame has no border to pull.
+    wxSize size = GetSize();
+    size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
+    SetSize(size);
+}
+
+void StudyFrame::OnChange(Subject* subject) {
+    if (subject == mpDatabase && mpScheduler != nullptr) {
+        mpScheduler->Refresh();
+    } else if (subject == &mServices.GetSettingsNotifier()) {
+        ApplySettings();
+    }
+}
+
+void StudyFrame::OnClose(wxCloseEvent& event) {
+    event.Skip();
+    mServices.FrameClosed(*this);
+    SaveWindowPosition(kPositionKey, kSettingsName, *this);
+    WriteStringSetting("LastWindow", "Study");
+    // The frame itself lives on until the next idle moment, the store perhaps not.
+    SetDatabase(nullptr);
+    mSettingsAttachment.Detach();
+}
+
+void StudyFrame::OnActivate(wxActivateEvent& event) {
+    event.Skip();
+    if (event.GetActive() && !IsBeingDeleted()) {
+        mServices.FrameActivated(*this);
+        mpChildFocus->SetFocus();
+    }
+}
+
+void StudyFrame::OnSetFocus(wxFocusEvent& /*event*/) {
+    mpChildFocus->SetFocus();
+}
+
+void StudyFrame::OnChildFocus(wxChildFocusEvent& event) {
+    wxWindow* const window = event.GetWindow() == this ? mpQuickScore : event.GetWindow();
+    if (window != mpChildFocus) {
+        VELOMIND_TRACE("StudyFrame::OnChildFocus updating mpChildFocus %s",
+                       window->GetClassInfo()->GetClassName());
+        mpChildFocus = window;
+    }
+}
+
+void StudyFrame::OnNavigationKey(wxNavigationKeyEvent& /*event*/) {
+    mpQuickScore->SetFocus();
+}
+
+void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
+    event.Skip();
+    SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+    RebuildCover();
+    ApplySettings();
+    if (mpScheduler != nullptr) {
+        UpdateCard(false);
+    }
+}
+
+void StudyFrame::OnStatusBarSize(wxSizeEvent& event) {
+    event.Skip();
+    if (HasCard()) {
+        UpdateStatusTexts();
+    }
+}
+
+void StudyFrame::DoGiveHelp(const wxString& help, bool show) {
+    mGivingHelp = show;
+    wxFrame::DoGiveHelp(help, show);
+}
+
+void StudyFrame::OnIdle(wxIdleEvent& event) {
+    event.Skip();
+    if (mGivingHelp) {
+        return;
+    }
+    const wxPoint pointer = wxGetMousePosition();
+    wxWindow* window = wxFindWindowAtPoint(pointer);
+    // Geometry alone finds windows, also those of a frame that lies below.
+    if (window == nullptr || !IsDescendant(window)) {
+        window = this;
+    }
+    if (mpToolBar->IsDescendant(window)) {
+        return;
+    }
+    const wxString help = FindHelp(window, pointer);
+    if (mpStatusBar->GetStatusText(kReadyField) != help) {
+        mpStatusBar->SetStatusText(help, kReadyField);
+    }
+}
+
+void StudyFrame::OnScoreCursor(wxCommandEvent& /*event*/) {
+    if (mpScheduler != nullptr && !mpScheduler->GetCurrentCardId().IsZero() && !IsRecent()) {
+        mDefaultScore = kHighestScore - mpQuickScore->GetSelection();
+    }
+}
+
+void StudyFrame::OnScoreChosen(wxCommandEvent& event) {
+    if (mpScheduler == nullptr || mpScheduler->GetCurrentCardId().IsZero()) {
+        return;
+    }
+    if (!IsBackVisible()) {
+        ShowBack();
+        return;
+    }
+    if (IsRecent()) {
+        RescoreMessageBox question(this, kRescoreId, _("Rescore"), wxDefaultPosition,
+                                   wxSize(400, 300));
+        if (question.ShowModal() == wxNO) {
+            UpdateCard(false);
+            return;
+        }
+    }
+    const wxBusyCursor busy(wxHOURGLASS_CURSOR);
+    mpScheduler->ScoreCard(kHighestScore - mpQuickScore->GetSelection());
+    if (IsRecent()) {
+        const int step = event.GetExtraLong() == wxID_FORWARD ? -1 : 1;
+        mpScheduler->SetHistoryIndex(mpScheduler->GetHistoryIndex() + step);
+    }
+    mpCardViewer->ScrollToTop();
+}
+
+void StudyFrame::OnScorePageUp(wxCommandEvent& /*event*/) {
+    mpCardViewer->PageUp();
+}
+
+void StudyFrame::OnScorePageDown(wxCommandEvent& /*event*/) {
+    mpCardViewer->PageDown();
+}
+
+void StudyFrame::OnViewerClicked(wxCommandEvent& /*event*/) {
+    ShowBack();
+}
+
+void StudyFrame::OnBack(wxCommandEvent& /*event*/) {
+    if (mpScheduler != nullptr) {
+        mpScheduler->SetHistoryIndex(mpScheduler->GetHistoryIndex() + 1);
+        mpCardViewer->ScrollToTop();
+    }
+}
+
+void StudyFrame::OnForward(wxCommandEvent& /*event*/) {
+    if (mpScheduler == nullptr) {
+        return;
+    }
+    if (!IsBackVisible()) {
+        ShowBack();
+        return;
+    }
+    mpScheduler->SetHistoryIndex(mpScheduler->GetHistoryIndex() - 1);
+    mpCardViewer->ScrollToTop();
+}
+
+void StudyFrame::AddCommand(int id, const std::function<void(bool checked)>& run,
+                            const std::function<void(wxUpdateUIEvent&)>& rule) {
+    Bind(
+        wxEVT_MENU, [run](wxCommandEvent& event) { run(event.IsChecked()); }, id);
+    Bind(wxEVT_UPDATE_UI, rule, id);
+}
+
+void StudyFrame::AddStudyCommands() {
+    AddCommand(
+        ID_STUDY_REVERSE, [this](bool checked) { OnDirection(checked); },
+        [this](wxUpdateUIEvent& event) { event.Check(mReverseStudy); });
+    AddCommand(
+        ID_STUDY_FORWARD, [this](bool checked) { OnDirection(!checked); },
+        [this](wxUpdateUIEvent& event) { event.Check(!mReverseStudy); });
+    Bind(
+        wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_STUDY);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
+}
+
+void StudyFrame::AddCardCommands() {
+    AddCommand(
+        ID_EXPORT, [this](bool) { OnExport(); },
+        [this](wxUpdateUIEvent& event) {
+            // A card on show spares the count of all cards.
+            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
+                         (HasCard() || !mpDatabase->IsEmpty()));
+        });
+    AddCommand(
+        wxID_OPEN, [this](bool) { OnEdit(); },
+        [this](wxUpdateUIEvent& event) { event.Enable(HasCard() && mServices.CanOpenEditor()); });
+    const auto clipboardRule = [this](wxUpdateUIEvent& event) {
+        event.Enable(HasCard() && mServices.CanPutCardsOnClipboard());
+    };
+    AddCommand(
+        wxID_CUT, [this](bool) { PutCardOnClipboard(true); }, clipboardRule);
+    AddCommand(
+        wxID_COPY, [this](bool) { PutCardOnClipboard(false); }, clipboardRule);
+    AddCommand(
+        wxID_DELETE, [this](bool) { OnDeleteCard(); },
+        [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
+    // Taken here and dropped, so that the application's commands of text fields never run.
+    for (const int id : {wxID_UNDO, wxID_PASTE, wxID_SELECTALL}) {
+        AddCommand(
+            id, [](bool) {}, [](wxUpdateUIEvent& event) { event.Enable(false); });
+    }
+}
+
+void StudyFrame::AddAppearanceCommands() {
+    AddCommand(
+        ID_COMPACT_SCORING, [this](bool) { SetCompactScoring(!IsCompact()); },
+        [this](wxUpdateUIEvent& event) { event.Check(IsCompact()); });
+    AddCommand(
+        ID_STATUS_BAR, [this](bool checked) { ShowStatusBar(checked); },
+        [this](wxUpdateUIEvent& event) { event.Check(mpStatusBar->IsShown()); });
+    AddCommand(
+        ID_LAYOUT_HORIZONTAL, [this](bool) { SetCardLayout(wxHORIZONTAL); },
+        [this](wxUpdateUIEvent& event) { event.Check(mpCardViewer->GetLayout() == wxHORIZONTAL); });
+    AddCommand(
+        ID_LAYOUT_VERTICAL, [this](bool) { SetCardLayout(wxVERTICAL); },
+        [this](wxUpdateUIEvent& event) { event.Check(mpCardViewer->GetLayout() == wxVERTICAL); });
+}
+
+void StudyFrame::OnDirection(bool reverse) {
+    if (mpScheduler == nullptr) {
+        return;
+    }
+    mpScheduler->SetHistoryIndex(-1);
+    mpCardViewer->ScrollToTop();
+    if (mReverseStudy != reverse) {
+        mReverseStudy = reverse;
+        mpScheduler->SetDirections(reverse ? kReviewReverse : kReviewForward);
+    }
+}
+
+std::vector<int64_t> StudyFrame::FindCurrentRow() {
+    std::vector<int64_t> rowIds;
+    if (HasCard()) {
+        mpDatabase->SelectRowIdById(mpScheduler->GetCurrentCardId(), rowIds);
+    }
+    return rowIds;
+}
+
+void StudyFrame::OnExport() {
+    mServices.ExportCards(*this, FindCurrentRow());
+}
+
+void StudyFrame::OnEdit() {
+    if (HasCard()) {
+        mServices.OpenEditor(mpScheduler->GetCurrentCard());
+    }
+}
+
+void StudyFrame::PutCardOnClipboard(bool cut) {
+    const std::vector<int64_t> rowIds = FindCurrentRow();
+    if (!rowIds.empty()) {
+        mServices.PutCardsOnClipboard(rowIds, cut);
+    }
+}
+
+void StudyFrame::OnDeleteCard() {
+    if (!HasCard()) {
+        return;
+    }
+    const int answer = wxMessageBox(_("Do you really want to delete this card?"), _("Delete Card"),
+                                    wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
+    if (answer == wxOK) {
+        mpDatabase->DeleteCard(mpScheduler->GetCurrentCardId());
+        mpDatabase->Notify();
+    }
+}
+
+void StudyFrame::ShowStatusBar(bool show) {
+    mpStatusBar->Show(show);
+    SendSizeEvent();
+    Layout();
+}

@@ -1,0 +1,141 @@
+#pragma once
+
+#include <wx/bitmap.h>
+#include <wx/frame.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "scheduler/Scheduler.h"
+#include "store/CardUuid.h"
+#include "store/Subject.h"
+
+class AppServices;
+class CardViewer;
+class Database;
+class QuickScore;
+class wxBoxSizer;
+class wxStaticText;
+
+// The window in which the user works through the cards: the front of a card, its back, a score, the
+// next card, and the way back through the cards scored last. Owns the Scheduler and is its only
+// listener; the study step itself is never stored, it follows from the Scheduler and two fields
+// here. At most one exists, made by the application and owned by nobody, as any frame.
+class StudyFrame : public wxFrame {
+  public:
+    // Neither resizable nor minimized or maximized, whatever the style says. The services are not
+    // owned and must outlive the frame.
+    StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id, const wxString& title,
+               const wxPoint& position = wxDefaultPosition, const wxSize& size = wxDefaultSize,
+               long style = wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL);
+    ~StudyFrame() override;
+
+    // Takes over another store, with a Scheduler of its own and an empty history. The Database is
+    // not owned. Null lets go of the present one.
+    void SetDatabase(Database* database);
+
+    // Draws everything anew from the state of the Scheduler. newCard says that it has selected
+    // anew, so that the back is covered even when the same card came again.
+    void UpdateCard(bool newCard);
+
+    // Uncovers the back of the current card.
+    void ShowBack();
+
+    // Takes over font, colours and early introduction.
+    void ApplySettings();
+
+    // Keeps what menus and the tool bar explain in the status bar until they are done.
+    void DoGiveHelp(const wxString& help, bool show) override;
+
+  private:
+    // Hears of changes in the store and in the settings, and hands them to the frame.
+    class ChangeObserver : public Observer {
+      public:
+        explicit ChangeObserver(StudyFrame& frame) : mFrame(frame) {}
+        void Update(Subject* subject) override { mFrame.OnChange(subject); }
+
+      private:
+        StudyFrame& mFrame;
+    };
+
+    // What a command of the menus does, and the rule by which its entry is enabled or checked.
+    void AddCommand(int id, const std::function<void(bool checked)>& run,
+                    const std::function<void(wxUpdateUIEvent&)>& rule);
+    void AddStudyCommands();
+    void AddCardCommands();
+    void AddAppearanceCommands();
+
+    void CreateBars();
+    void CreateContent();
+    void RestoreLayout();
+    void RebuildCover();
+
+    bool HasCard() const { return mpScheduler != nullptr && mpScheduler->HasCard(); }
+    bool IsRecent() const { return mpScheduler->GetHistoryIndex() >= 0; }
+    bool IsBackVisible() const { return mBackShown || IsRecent(); }
+    bool IsCompact() const;
+    std::vector<int64_t> FindCurrentRow();
+
+    void ShowCardOrMessage(bool hasCard);
+    void UpdateMessage();
+    void UpdateScoreLabels();
+    void UpdateScorePosition();
+    void UpdateStatusTexts();
+    void UpdateSides(const FlashCard& card);
+
+    void ApplyIntroduction();
+    void SetCardLayout(int orientation);
+    void SetCompactScoring(bool compact);
+    void GrowToFit();
+    void OnDirection(bool reverse);
+    void PutCardOnClipboard(bool cut);
+    void ShowStatusBar(bool show);
+    void OnChange(Subject* subject);
+
+    void OnClose(wxCloseEvent& event);
+    void OnActivate(wxActivateEvent& event);
+    void OnSetFocus(wxFocusEvent& event);
+    void OnChildFocus(wxChildFocusEvent& event);
+    void OnNavigationKey(wxNavigationKeyEvent& event);
+    void OnIdle(wxIdleEvent& event);
+    void OnSystemColours(wxSysColourChangedEvent& event);
+    void OnStatusBarSize(wxSizeEvent& event);
+    void OnScoreCursor(wxCommandEvent& event);
+    void OnScoreChosen(wxCommandEvent& event);
+    void OnScorePageUp(wxCommandEvent& event);
+    void OnScorePageDown(wxCommandEvent& event);
+    void OnViewerClicked(wxCommandEvent& event);
+    void OnBack(wxCommandEvent& event);
+    void OnForward(wxCommandEvent& event);
+    void OnExport();
+    void OnEdit();
+    void OnDeleteCard();
+
+    AppServices& mServices;
+    wxToolBar* mpToolBar = nullptr;
+    wxStatusBar* mpStatusBar = nullptr;
+    // Its orientation is the compact scoring mode: horizontal while compact.
+    wxBoxSizer* mpCardSizer = nullptr;
+    CardViewer* mpCardViewer = nullptr;
+    QuickScore* mpQuickScore = nullptr;
+    wxStaticText* mpMessageText = nullptr;
+    Database* mpDatabase = nullptr;
+    std::unique_ptr<Scheduler> mpScheduler;
+    // The card for which mDefaultScore and mBackShown hold.
+    CardUuid mCurrentCardId;
+    // The score on which the cursor rests while the current card is studied.
+    int32_t mDefaultScore = 3;
+    bool mBackShown = false;
+    bool mReverseStudy = false;
+    // The child that last held the keyboard focus.
+    wxWindow* mpChildFocus = nullptr;
+    wxBitmap mCoverBitmap;
+    bool mGivingHelp = false;
+    ChangeObserver mObserver{*this};
+    SubjectAttachment mSettingsAttachment;
+    SubjectAttachment mStoreAttachment;
+
+    wxDECLARE_EVENT_TABLE();
+};
