@@ -2,6 +2,10 @@
 
 #include <ctime>
 
-wxDateTime CurrentTime() { return wxDateTime(std::time(nullptr)); }
+wxDateTime CurrentTime() {
+    return wxDateTime(std::time(nullptr));
+}
 
-wxDateTime SystemClock::Now() const { return CurrentTime(); }
+wxDateTime SystemClock::Now() const {
+    return CurrentTime();
+}

@@ -9,7 +9,9 @@
 
 namespace {
 
-bool IsDigit(wchar_t character) { return character >= L'0' && character <= L'9'; }
+bool IsDigit(wchar_t character) {
+    return character >= L'0' && character <= L'9';
+}
 
 // A number's shape at the front of a text: where its digits lie and whether a minus stands before.
 struct Digits {
@@ -43,6 +45,17 @@ uint64_t Magnitude(const Digits& digits, uint64_t limit) {
     return magnitude;
 }
 
+// The number as a 32-bit unsigned conversion gives it: saturated, and negated modulo 2^32.
+uint32_t UnsignedValue(const Digits& digits) {
+    constexpr uint64_t kLimit = std::numeric_limits<uint32_t>::max();
+    const uint64_t magnitude = Magnitude(digits, kLimit);
+    if (magnitude > kLimit) {
+        return std::numeric_limits<uint32_t>::max();
+    }
+    const auto bits = static_cast<uint32_t>(magnitude);
+    return digits.negative ? 0U - bits : bits;
+}
+
 }  // namespace
 
 bool ParseWholeNumber(const wxString& text, int32_t& value) {
@@ -56,16 +69,7 @@ bool ParseWholeNumber(const wxString& text, int32_t& value) {
     if (digits.first == digits.last || digits.last != end) {
         return false;
     }
-    constexpr uint64_t kLimit = std::numeric_limits<uint32_t>::max();
-    const uint64_t magnitude = Magnitude(digits, kLimit);
-    uint32_t bits = std::numeric_limits<uint32_t>::max();
-    if (magnitude <= kLimit) {
-        bits = static_cast<uint32_t>(magnitude);
-        if (digits.negative) {
-            bits = 0U - bits;
-        }
-    }
-    value = static_cast<int32_t>(bits);
+    value = static_cast<int32_t>(UnsignedValue(digits));
     return true;
 }
 
@@ -84,8 +88,8 @@ bool ParseDecimal(const wxString& text, double& value) {
     }
     std::string ascii;
     for (; at != end; ++at) {
-        const bool plain = IsDigit(*at) || *at == L'.' || *at == L'e' || *at == L'E' ||
-                           *at == L'+' || *at == L'-';
+        const bool plain =
+            IsDigit(*at) || *at == L'.' || *at == L'e' || *at == L'E' || *at == L'+' || *at == L'-';
         if (!plain) {
             return false;
         }
@@ -120,10 +124,20 @@ bool ParseLeadingInteger(const wxString& text, int32_t& value, size_t& rest) {
     if (digits.first == digits.last) {
         return false;
     }
-    const uint64_t limit = static_cast<uint64_t>(std::numeric_limits<int32_t>::max()) +
-                           (digits.negative ? 1U : 0U);
+    const uint64_t limit =
+        static_cast<uint64_t>(std::numeric_limits<int32_t>::max()) + (digits.negative ? 1U : 0U);
     const int64_t magnitude = static_cast<int64_t>(std::min(Magnitude(digits, limit), limit));
     value = static_cast<int32_t>(digits.negative ? -magnitude : magnitude);
     rest = static_cast<size_t>(digits.last - begin);
     return true;
+}
+
+uint32_t ReadUnsigned(const wxString& text, size_t& position) {
+    const wchar_t* const begin = text.wc_str();
+    const Digits digits = FindDigits(begin + position, begin + text.length());
+    if (digits.first == digits.last) {
+        return 0;
+    }
+    position = static_cast<size_t>(digits.last - begin);
+    return UnsignedValue(digits);
 }

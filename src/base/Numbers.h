@@ -19,3 +19,9 @@ bool ParseDecimal(const wxString& text, double& value);
 // space, one sign, digits. Returns false when there is no digit; rest then is unchanged.
 // On success rest holds the position behind the last digit. Saturates at the ends of the range.
 bool ParseLeadingInteger(const wxString& text, int32_t& value, size_t& rest);
+
+// Reads an unsigned number in base 10 from position on, by the rules of a 32-bit conversion that
+// stops at the first character that is no digit: white space, one sign, digits. position then lies
+// behind the last digit; without a digit the result is 0 and position stays. A magnitude beyond
+// 4294967295 gives 4294967295, and a minus negates modulo 2^32.
+uint32_t ReadUnsigned(const wxString& text, size_t& position);

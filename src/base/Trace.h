@@ -7,9 +7,9 @@
 using TraceHook = void (*)(const wxString& line);
 extern TraceHook gTraceHook;
 
-#define VELOMIND_TRACE(...)                             \
-    do {                                                \
-        if (gTraceHook != nullptr) {                    \
-            gTraceHook(wxString::Format(__VA_ARGS__));  \
-        }                                               \
+#define VELOMIND_TRACE(...)                            \
+    do {                                               \
+        if (gTraceHook != nullptr) {                   \
+            gTraceHook(wxString::Format(__VA_ARGS__)); \
+        }                                              \
     } while (false)

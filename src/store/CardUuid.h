@@ -3,6 +3,7 @@
 #include <wx/string.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 // The identity of a card: 16 bytes in the order in which its text reads. All zero means "no card".
@@ -27,3 +28,7 @@ int ParseUuid(const wxString& text, CardUuid& uuid);
 // Fills uuid with a fresh random version 4 value. Returns 0, or 2 with uuid unchanged when the
 // platform's random source fails.
 int GenerateUuid(CardUuid& uuid);
+
+// The same from another source, which fills count bytes or gives false.
+using RandomSource = bool (*)(uint8_t* bytes, size_t count);
+int GenerateUuid(CardUuid& uuid, RandomSource source);

@@ -8,7 +8,6 @@
 #include <list>
 #include <map>
 #include <mutex>
-#include <set>
 #include <vector>
 
 #include "base/FatalErrorReport.h"
@@ -53,7 +52,8 @@ class Database : public Subject {
     int Open(const wxString& path, UpgradeWait& wait);
     // Finalises every statement and closes the handle. Harmless on a closed Database.
     void Close();
-    bool IsOpen() const { return mpHandle != nullptr; }
+    // False also while a file is only being opened.
+    bool IsOpen() const;
 
     // Card writes.
     int InsertFlashCard(const FlashCard& card);
@@ -100,8 +100,8 @@ class Database : public Subject {
     // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
 
-    // Row ids for a list view, in the order of any ORDER BY list. Each order is a statement of its
-    // own, prepared once. A search text is a LIKE pattern that is not escaped.
+    // Row ids for a list view, in the order of any ORDER BY list, appended to rowIds. Each order is
+    // a statement of its own, prepared once. A search text is a LIKE pattern that is not escaped.
     int CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds);
     int CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
                               std::vector<int64_t>& rowIds);
@@ -139,18 +139,105 @@ class Database : public Subject {
 
     // For StatementRun. GetStatement prepares a text once; when that fails the whole store closes.
     sqlite3_stmt* GetStatement(const wxString& sql);
-    int MarkStatement(sqlite3_stmt* statement, bool inUse);
+    // Marks the statement as used by that run, or as free with null. Gives -1 and changes nothing
+    // when the statement is empty or is so already.
+    int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
     // Tells the report of a failed step and gives the step's negative result. While a store is
     // being opened a failed step is only a failed open, and nothing is reported.
     int ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result);
 
   private:
     using Lock = std::lock_guard<std::recursive_mutex>;
-    // (private parts belong to Database.cpp's author)
+
+    // A statement member and the text that it is prepared from.
+    struct PreparedText {
+        sqlite3_stmt* Database::*Member;
+        const char* Head;
+        const char* Tail;
+    };
+    static const std::vector<PreparedText>& GlobalTexts();
+    static const std::vector<PreparedText>& CardTexts();
+    void Prepare(const std::vector<PreparedText>& texts);
+    void ForgetStatements(const std::vector<PreparedText>& texts);
+
+    // The steps of Open, in their order. Each gives 0 or a negative value.
+    int OpenSteps(const wxString& path, UpgradeWait& wait);
+    int OpenHandle(const wxString& path);
+    int FindTable(const char* sql, bool& found);
+    // A file whose tables cannot serve the store is left as it is.
+    int CheckCardTables();
+    int CreateCardTables();
+    int EnsureGlobals();
+    int BringToVersion(UpgradeWait& wait);
+    int UpgradeFirstSchema(UpgradeWait& wait);
+
+    // Shapes that several operations share. A missing row is -1 for ReadInt.
+    int ReadInt(StatementRun& run, int32_t& value, const wxString& label);
+    int SelectInt(sqlite3_stmt* statement, int32_t& value);
+    int SelectIntBindInt(sqlite3_stmt* statement, int32_t parameter, int32_t& value,
+                         const wxString& label = "SelectIntBindInt");
+    int SelectStringBindString(sqlite3_stmt* statement, const wxString& parameter,
+                               std::list<wxString>& values);
+    int SelectFirstCard(sqlite3_stmt* statement, int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectReadyCount(sqlite3_stmt* statement, int32_t categoryId, const wxDateTime& now,
+                         int32_t& count, const wxString& label);
+    int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
+                   const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
+    sqlite3_stmt* OrderedStatement(const wxString& selection, const wxString& order);
+    // Keeps the engine's number and text for GetLastError, whatever runs after.
+    void KeepError();
 
     FatalErrorReport& mReport;
     sqlite3* mpHandle = nullptr;
+    // Open runs: a failed step is then no fatal error, and nobody else may use the handle.
+    bool mOpening = false;
+    // Prepared texts. They live until the store closes.
     std::map<wxString, sqlite3_stmt*> mStatements;
-    std::set<sqlite3_stmt*> mStatementsInUse;
-    std::recursive_mutex mMutex;
+    // Statements in use, with the run that uses each.
+    std::map<sqlite3_stmt*, StatementRun*> mStatementsInUse;
+    int mLastErrorCode = SQLITE_OK;
+    wxString mLastErrorText;
+    mutable std::recursive_mutex mMutex;
+
+    // One statement for each fixed text, named after the operation that runs it.
+    sqlite3_stmt* mpGetGlobalStmt = nullptr;
+    sqlite3_stmt* mpInsertGlobalStmt = nullptr;
+    sqlite3_stmt* mpUpdateGlobalStmt = nullptr;
+    sqlite3_stmt* mpInsertFlashCardStmt = nullptr;
+    sqlite3_stmt* mpUpdateFlashCardStmt = nullptr;
+    sqlite3_stmt* mpDeleteCardStmt = nullptr;
+    sqlite3_stmt* mpCardDeleteByRowIdStmt = nullptr;
+    sqlite3_stmt* mpCardUpdateCategoryStmt = nullptr;
+    sqlite3_stmt* mpUpdateFlashCardCategoryStmt = nullptr;
+    sqlite3_stmt* mpDeleteAllCardsStmt = nullptr;
+    sqlite3_stmt* mpSelectAllCardsStmt = nullptr;
+    sqlite3_stmt* mpSelectAllCardsOrderStmt = nullptr;
+    sqlite3_stmt* mpSelectCardByRowIdStmt = nullptr;
+    sqlite3_stmt* mpSelectCardByIdStmt = nullptr;
+    sqlite3_stmt* mpSelectCardsByFrontBackStmt = nullptr;
+    sqlite3_stmt* mpSelectEarlyForwardStmt = nullptr;
+    sqlite3_stmt* mpSelectEarlyReverseStmt = nullptr;
+    sqlite3_stmt* mpSelectNewForwardStmt = nullptr;
+    sqlite3_stmt* mpSelectNewReverseStmt = nullptr;
+    sqlite3_stmt* mpSelectReadySortByNextReviewStmt = nullptr;
+    sqlite3_stmt* mpSelectRReadySortByRNextReviewStmt = nullptr;
+    sqlite3_stmt* mpSelectMaxErcForwardStmt = nullptr;
+    sqlite3_stmt* mpSelectMaxErcReverseStmt = nullptr;
+    sqlite3_stmt* mpCountAllCardsStmt = nullptr;
+    sqlite3_stmt* mpSelectCategoryIdCountStmt = nullptr;
+    sqlite3_stmt* mpCountForwardStmt = nullptr;
+    sqlite3_stmt* mpCountReverseStmt = nullptr;
+    sqlite3_stmt* mpCountIntroducedForwardStmt = nullptr;
+    sqlite3_stmt* mpCountIntroducedReverseStmt = nullptr;
+    sqlite3_stmt* mpSelectCardIdCountStmt = nullptr;
+    sqlite3_stmt* mpSelectReadyCountForwardStmt = nullptr;
+    sqlite3_stmt* mpSelectReadyCountReverseStmt = nullptr;
+    sqlite3_stmt* mpSelectMaxIntroductionOrderStmt = nullptr;
+    sqlite3_stmt* mpSelectRowIdByIdStmt = nullptr;
+    sqlite3_stmt* mpSelectAllCategoriesStmt = nullptr;
+    sqlite3_stmt* mpSelectCategoryByIdStmt = nullptr;
+    sqlite3_stmt* mpSelectCategoryByNameStmt = nullptr;
+    sqlite3_stmt* mpCategoryInsertStmt = nullptr;
+    sqlite3_stmt* mpUpdateCategoryStmt = nullptr;
+    sqlite3_stmt* mpDeleteCategoryStmt = nullptr;
 };

@@ -34,6 +34,9 @@ class StatementRun {
     int Step(const wxString& label);
     bool IsDone() const { return mDone; }
 
+    // For the Database alone: its closing takes the handle away from a run that still lives.
+    void Forget() { mpStatement = nullptr; }
+
     // Columns count from 0.
     int32_t ColumnInt(int index) const;
     int64_t ColumnInt64(int index) const;

@@ -27,7 +27,7 @@ class Subject {
 
   private:
     std::list<Observer*> mObservers;
-    // How many notices are under way, and whether one of them left a gap behind.
+    // How many notices are under way. While any is, a removed observer leaves a null behind.
     int mNotifying = 0;
 };
 

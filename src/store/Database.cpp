@@ -1,0 +1,155 @@
+// The statement layer: prepared texts, marks of use, failures, and the shapes that the operations
+// share.
+
+#include "store/Database.h"
+
+#include <wx/intl.h>
+
+#include "base/Trace.h"
+#include "base/Utf8.h"
+
+Database::Database(FatalErrorReport& report)
+    : mReport(report), mLastErrorText(FromUtf8(sqlite3_errstr(SQLITE_OK))) {}
+
+Database::~Database() {
+    Close();
+}
+
+bool Database::IsOpen() const {
+    const Lock lock(mMutex);
+    return mpHandle != nullptr && !mOpening;
+}
+
+void Database::Close() {
+    const Lock lock(mMutex);
+    for (const auto& [statement, run] : mStatementsInUse) {
+        run->Forget();
+    }
+    mStatementsInUse.clear();
+    // A connection with a living statement would refuse to close.
+    for (const auto& [sql, statement] : mStatements) {
+        sqlite3_finalize(statement);
+    }
+    mStatements.clear();
+    ForgetStatements(GlobalTexts());
+    ForgetStatements(CardTexts());
+    sqlite3_close(mpHandle);
+    mpHandle = nullptr;
+}
+
+sqlite3_stmt* Database::GetStatement(const wxString& sql) {
+    const Lock lock(mMutex);
+    if (mpHandle == nullptr) {
+        return nullptr;
+    }
+    const auto known = mStatements.find(sql);
+    if (known != mStatements.end()) {
+        return known->second;
+    }
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare(mpHandle, ToUtf8(sql).c_str(), -1, &statement, nullptr) != SQLITE_OK) {
+        KeepError();
+        VELOMIND_TRACE("cannot prepare \"%s\" (%s)", sql, mLastErrorText);
+        Close();
+        return nullptr;
+    }
+    mStatements.emplace(sql, statement);
+    return statement;
+}
+
+int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
+    const Lock lock(mMutex);
+    if (statement == nullptr) {
+        return -1;
+    }
+    if (run != nullptr) {
+        return mStatementsInUse.emplace(statement, run).second ? 0 : -1;
+    }
+    return mStatementsInUse.erase(statement) == 1 ? 0 : -1;
+}
+
+int Database::ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result) {
+    const Lock lock(mMutex);
+    // The engine knows the true error of such a statement only after its reset.
+    sqlite3_reset(statement);
+    KeepError();
+    wxString text;
+    if ((result & 0xFF) == SQLITE_ERROR) {
+        VELOMIND_TRACE("%s: unexpected result from sqlite3_step SQLITE_ERROR (%s)", label,
+                       mLastErrorText);
+        text = wxString::Format(_("Problem accessing flash cards (%s/%s)"), mLastErrorText, label);
+    } else {
+        VELOMIND_TRACE("%s: unexpected result from sqlite3_step %i", label, result);
+        text = wxString::Format(_("Problem accessing flash cards (%i/%s)"), result, label);
+    }
+    if (!mOpening) {
+        mReport.Report(text);
+    }
+    return -result;
+}
+
+void Database::KeepError() {
+    mLastErrorCode = sqlite3_extended_errcode(mpHandle);
+    mLastErrorText = FromUtf8(sqlite3_errmsg(mpHandle));
+}
+
+int Database::Execute(const wxString& sql) {
+    const Lock lock(mMutex);
+    if (mpHandle == nullptr) {
+        return -1;
+    }
+    if (sqlite3_exec(mpHandle, ToUtf8(sql).c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+        KeepError();
+        return -1;
+    }
+    return 0;
+}
+
+wxString Database::GetLastError() {
+    const Lock lock(mMutex);
+    return mLastErrorText;
+}
+
+int Database::GetLastErrorCode() {
+    const Lock lock(mMutex);
+    return mLastErrorCode;
+}
+
+int Database::SelectInt(sqlite3_stmt* statement, int32_t& value) {
+    StatementRun run(*this, statement);
+    return ReadInt(run, value, "SelectInt");
+}
+
+int Database::SelectIntBindInt(sqlite3_stmt* statement, int32_t parameter, int32_t& value,
+                               const wxString& label) {
+    StatementRun run(*this, statement);
+    if (run.BindInt(1, parameter) < 0) {
+        return -1;
+    }
+    return ReadInt(run, value, label);
+}
+
+int Database::ReadInt(StatementRun& run, int32_t& value, const wxString& label) {
+    const int result = run.Step(label);
+    if (result < 0) {
+        return result;
+    }
+    if (run.IsDone()) {
+        return -1;
+    }
+    value = run.ColumnInt(0);
+    return 0;
+}
+
+int Database::SelectStringBindString(sqlite3_stmt* statement, const wxString& parameter,
+                                     std::list<wxString>& values) {
+    values.clear();
+    StatementRun run(*this, statement);
+    if (run.BindText(1, parameter) < 0 || run.Step("SelectStringBindString") < 0) {
+        return -1;
+    }
+    if (!run.IsDone()) {
+        values.push_back(run.ColumnText(0));
+    }
+    return 0;
+}

@@ -1,0 +1,68 @@
+// Row ids for list views, whole or searched, in any order.
+
+#include "base/WideText.h"
+#include "store/CardRows.h"
+#include "store/Database.h"
+
+namespace {
+
+constexpr char kSearchColumns[] =
+    "LOWER(Front) LIKE ? OR LOWER(Back) LIKE ? OR LOWER(Author) LIKE ? OR LOWER(Chapter) LIKE ?"
+    " OR LOWER(Notes) LIKE ?";
+
+// Binds the pattern of a search from a parameter on to all searched columns.
+int BindSearch(StatementRun& run, int first, const wxString& text) {
+    const wxString pattern = "%" + LowerWide(text) + "%";
+    for (int index = first; index < first + 5; ++index) {
+        if (run.BindText(index, pattern) < 0) {
+            return -1;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+sqlite3_stmt* Database::OrderedStatement(const wxString& selection, const wxString& order) {
+    return IsOpen() ? GetStatement(selection + " ORDER BY " + order + ";") : nullptr;
+}
+
+int Database::CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds) {
+    const Lock lock(mMutex);
+    StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards", order));
+    return ReadInt64Rows(run, rowIds);
+}
+
+int Database::CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
+                                    std::vector<int64_t>& rowIds) {
+    const Lock lock(mMutex);
+    StatementRun run(*this,
+                     OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order));
+    if (run.BindInt(1, categoryId) < 0) {
+        return -1;
+    }
+    return ReadInt64Rows(run, rowIds);
+}
+
+int Database::SearchRowIdsOrder(const wxString& text, const wxString& order,
+                                std::vector<int64_t>& rowIds) {
+    const Lock lock(mMutex);
+    const wxString selection = wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns;
+    StatementRun run(*this, OrderedStatement(selection, order));
+    if (BindSearch(run, 1, text) < 0) {
+        return -1;
+    }
+    return ReadInt64Rows(run, rowIds);
+}
+
+int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, const wxString& order,
+                                std::vector<int64_t>& rowIds) {
+    const Lock lock(mMutex);
+    const wxString selection =
+        wxString("SELECT ROWID FROM Cards WHERE CategoryId=? AND ( ") + kSearchColumns + " )";
+    StatementRun run(*this, OrderedStatement(selection, order));
+    if (run.BindInt(1, categoryId) < 0 || BindSearch(run, 2, text) < 0) {
+        return -1;
+    }
+    return ReadInt64Rows(run, rowIds);
+}

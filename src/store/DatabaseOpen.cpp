@@ -1,0 +1,213 @@
+// Opening a store file: recognising it, creating it, and bringing it to the present schema.
+
+#include <wx/filefn.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+
+#include <array>
+#include <filesystem>
+#include <string>
+
+#include "base/Numbers.h"
+#include "base/Utf8.h"
+#include "store/Database.h"
+#include "store/DatabaseUpgradeThread.h"
+#include "store/StoreSchema.h"
+
+namespace {
+
+// The absolute form of a path, or the empty text for one that names no store: nothing at all, an
+// address of the engine's own kind, or a text that no file name can hold as it stands.
+wxString StorePath(const wxString& path) {
+    const bool named =
+        !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos;
+    if (!named || FromUtf8(ToUtf8(path)) != path) {
+        return wxString();
+    }
+    if (wxIsAbsolutePath(path)) {
+        return path;
+    }
+    const wxString directory = wxGetCwd();
+    return directory.empty() ? wxString() : directory + wxFILE_SEP_PATH + path;
+}
+
+// False for what the engine would treat as an empty file or wait on: a device, a pipe, a directory.
+bool CanBeStore(const wxString& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(std::filesystem::u8path(ToUtf8(path)), error);
+    return status.type() == std::filesystem::file_type::not_found ||
+           status.type() == std::filesystem::file_type::regular;
+}
+
+std::u16string ToUtf16(const wxString& text) {
+    std::u16string units;
+    for (const wchar_t character : text.ToStdWstring()) {
+        const auto point = static_cast<uint32_t>(character);
+        if (point < 0x10000) {
+            units.push_back(static_cast<char16_t>(point));
+        } else {
+            units.push_back(static_cast<char16_t>(0xD7C0 + (point >> 10)));
+            units.push_back(static_cast<char16_t>(0xDC00 + (point & 0x3FF)));
+        }
+    }
+    return units;
+}
+
+// True when the file does not end with a whole page. The engine looks only at the number of pages,
+// counts a cut one as whole, and would then read zeros in the place of cards. It is read through
+// the connection, as another handle of ours on the file would drop the engine's locks when it is
+// closed.
+bool IsCutOff(sqlite3* handle) {
+    sqlite3_file* file = nullptr;
+    sqlite3_int64 size = 0;
+    std::array<unsigned char, 18> header{};
+    if (sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+        file == nullptr || file->pMethods == nullptr ||
+        file->pMethods->xFileSize(file, &size) != SQLITE_OK ||
+        file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0) !=
+            SQLITE_OK) {
+        return true;
+    }
+    const int stored = header[16] << 8 | header[17];
+    // 65536 does not fit into the two bytes and is written as 1.
+    const int pageSize = stored == 1 ? 65536 : stored;
+    return pageSize == 0 || size % pageSize != 0;
+}
+
+wxString IndexName(wxString columns) {
+    columns.Replace(" ", "");
+    columns.Replace(",", "_");
+    return "Cards_" + columns;
+}
+
+}  // namespace
+
+int Database::Open(const wxString& path, UpgradeWait& wait) {
+    const Lock lock(mMutex);
+    Close();
+    mOpening = true;
+    const int result = OpenSteps(path, wait);
+    if (result < 0) {
+        Close();
+    }
+    mOpening = false;
+    return result;
+}
+
+int Database::OpenSteps(const wxString& path, UpgradeWait& wait) {
+    if (OpenHandle(path) < 0) {
+        return -1;
+    }
+    bool hasCards = false;
+    if (FindTable(kFindCardsTable, hasCards) < 0) {
+        return -1;
+    }
+    if ((hasCards ? CheckCardTables() : CreateCardTables()) < 0) {
+        return -1;
+    }
+    const int globals = EnsureGlobals();
+    if (globals < 0) {
+        return globals;
+    }
+    Prepare(GlobalTexts());
+    if (BringToVersion(wait) < 0) {
+        return -1;
+    }
+    Prepare(CardTexts());
+    return mpHandle != nullptr ? 0 : -1;
+}
+
+int Database::OpenHandle(const wxString& path) {
+    const wxString file = StorePath(path);
+    if (file.empty() || !CanBeStore(file)) {
+        return -1;
+    }
+    const int result = sqlite3_open16(ToUtf16(file).c_str(), &mpHandle);
+    if (result != SQLITE_OK) {
+        KeepError();
+        return -1;
+    }
+    sqlite3_extended_result_codes(mpHandle, 1);
+    return 0;
+}
+
+int Database::FindTable(const char* sql, bool& found) {
+    StatementRun run(*this, GetStatement(sql));
+    const int result = run.Step("FindTable");
+    found = !run.IsDone();
+    return result;
+}
+
+int Database::CheckCardTables() {
+    if (IsCutOff(mpHandle)) {
+        return -1;
+    }
+    // Not through the cache: the schema may still change under these.
+    for (const PreparedText& text : CardTexts()) {
+        sqlite3_stmt* statement = nullptr;
+        const std::string sql = std::string(text.Head) + text.Tail;
+        const int result = sqlite3_prepare(mpHandle, sql.c_str(), -1, &statement, nullptr);
+        sqlite3_finalize(statement);
+        if (result != SQLITE_OK) {
+            KeepError();
+            return -1;
+        }
+    }
+    return 0;
+}
+
+int Database::CreateCardTables() {
+    if (Execute(kCreateCards) < 0 || Execute(kCreateCategories) < 0) {
+        return -1;
+    }
+    for (const char* const columns : kCardIndexes) {
+        if (Execute("CREATE INDEX " + IndexName(columns) + " ON Cards (" + columns + ")") < 0) {
+            return -1;
+        }
+    }
+    return 0;
+}
+
+int Database::EnsureGlobals() {
+    bool found = false;
+    const int result = FindTable(kFindGlobalsTable, found);
+    if (result < 0) {
+        return result;
+    }
+    return found ? 0 : Execute(kCreateGlobals);
+}
+
+int Database::BringToVersion(UpgradeWait& wait) {
+    std::list<int32_t> versions;
+    if (GetGlobalInt(kVersionKey, versions) < 0) {
+        return -1;
+    }
+    if (!versions.empty() && versions.front() > kSchemaVersion) {
+        return -1;
+    }
+    if (versions.empty() && UpgradeFirstSchema(wait) < 0) {
+        return -1;
+    }
+    if (SetGlobalInt(kVersionKey, kSchemaVersion) < 0) {
+        wxLogError("%s",
+                   _("The selected flash card store file has been modified by a newer version "
+                     "of Velomind and cannot be opened by this version"));
+        return -1;
+    }
+    return 0;
+}
+
+int Database::UpgradeFirstSchema(UpgradeWait& wait) {
+    int result = SQLITE_ERROR;
+    DatabaseUpgradeThread worker(mpHandle, result);
+    if (worker.Run() != wxTHREAD_NO_ERROR) {
+        return -1;
+    }
+    wait.WaitFor(worker);
+    worker.Wait();
+    if (result != SQLITE_OK) {
+        KeepError();
+        return -1;
+    }
+    return 0;
+}

@@ -1,0 +1,117 @@
+#include "store/StatementRun.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+#include "base/Utf8.h"
+#include "store/CardUuid.h"
+#include "store/Database.h"
+
+namespace {
+
+int BindResult(int result) {
+    return result == SQLITE_OK ? 0 : -1;
+}
+
+}  // namespace
+
+StatementRun::StatementRun(Database& database, sqlite3_stmt* statement)
+    : mDatabase(database), mpStatement(statement) {
+    if (mDatabase.MarkStatement(mpStatement, this) != 0) {
+        mpStatement = nullptr;
+    }
+}
+
+StatementRun::~StatementRun() {
+    if (mpStatement != nullptr) {
+        // The result repeats that of the last step, which was looked at there.
+        sqlite3_reset(mpStatement);
+        mDatabase.MarkStatement(mpStatement, nullptr);
+    }
+}
+
+int StatementRun::BindInt(int index, int32_t value) {
+    return BindResult(sqlite3_bind_int(mpStatement, index, value));
+}
+
+int StatementRun::BindInt64(int index, int64_t value) {
+    return BindResult(sqlite3_bind_int64(mpStatement, index, value));
+}
+
+int StatementRun::BindDouble(int index, double value) {
+    return BindResult(sqlite3_bind_double(mpStatement, index, value));
+}
+
+int StatementRun::BindText(int index, const wxString& text) {
+    const std::string bytes = ToUtf8(text);
+    if (bytes.length() > static_cast<size_t>(std::numeric_limits<int>::max())) {
+        return -1;
+    }
+    // The length is given, so that a text with a NUL in it is stored whole.
+    return BindResult(sqlite3_bind_text(mpStatement, index, bytes.data(),
+                                        static_cast<int>(bytes.length()), SQLITE_TRANSIENT));
+}
+
+int StatementRun::BindTime(int index, const wxDateTime& time) {
+    if (!time.IsValid()) {
+        return BindInt64(index, -1);
+    }
+    const int64_t milliseconds = time.GetValue().GetValue();
+    const int64_t seconds = milliseconds / 1000;
+    const bool inRange = milliseconds >= 0 && seconds < 0x7FFFFFFF;
+    return BindInt64(index, inRange ? seconds : -1);
+}
+
+int StatementRun::BindUuid(int index, const CardUuid& uuid) {
+    return BindText(index, FormatUuid(uuid));
+}
+
+int StatementRun::Step(const wxString& label) {
+    if (mpStatement == nullptr) {
+        return -1;
+    }
+    const int result = sqlite3_step(mpStatement);
+    switch (result & 0xFF) {
+        case SQLITE_DONE:
+            mDone = true;
+            return 0;
+        case SQLITE_ROW:
+            mDone = false;
+            return 0;
+        default:
+            return mDatabase.ReportStepFailure(mpStatement, label, result);
+    }
+}
+
+int32_t StatementRun::ColumnInt(int index) const {
+    return sqlite3_column_int(mpStatement, index);
+}
+
+int64_t StatementRun::ColumnInt64(int index) const {
+    return sqlite3_column_int64(mpStatement, index);
+}
+
+double StatementRun::ColumnDouble(int index) const {
+    return sqlite3_column_double(mpStatement, index);
+}
+
+wxString StatementRun::ColumnText(int index) const {
+    const unsigned char* const text = sqlite3_column_text(mpStatement, index);
+    if (text == nullptr) {
+        return wxString();
+    }
+    const int length = sqlite3_column_bytes(mpStatement, index);
+    return FromUtf8(reinterpret_cast<const char*>(text), static_cast<size_t>(length));
+}
+
+wxDateTime StatementRun::ColumnTime(int index) const {
+    // A number in a damaged row must not overflow, nor become the one that stands for "no time".
+    constexpr int64_t kGreatest = std::numeric_limits<int64_t>::max() / 1000;
+    const int64_t seconds = std::clamp(ColumnInt64(index), -kGreatest, kGreatest);
+    return wxDateTime(wxLongLong(seconds * 1000));
+}
+
+int StatementRun::ColumnUuid(int index, CardUuid& uuid) const {
+    return ParseUuid(ColumnText(index), uuid) == 0 ? 0 : -1;
+}
