@@ -1,0 +1,81 @@
+#include "app/CurrentCategory.h"
+
+#include <wx/confbase.h>
+#include <wx/translation.h>
+
+#include <list>
+#include <memory>
+
+#include "shell/Settings.h"
+#include "store/Database.h"
+
+namespace {
+
+constexpr char kKey[] = "CurrentCategoryId";
+
+int32_t ReadChoice() {
+    return static_cast<int32_t>(OpenSettings()->ReadLong(kKey, -1));
+}
+
+void WriteChoice(int32_t id) {
+    OpenSettings()->Write(kKey, static_cast<long>(id));
+}
+
+bool HasCategory(Database& database, int32_t id) {
+    std::list<Category> found;
+    return database.SelectCategoryById(id, found) >= 0 && !found.empty();
+}
+
+// The id of the first category, after "Default" was made in a store that had none; else -1.
+int32_t FirstCategory(Database& database) {
+    std::list<Category> all;
+    if (database.SelectAllCategories(all) < 0) {
+        return -1;
+    }
+    if (all.empty() &&
+        (database.CategoryInsert("Default") < 0 || database.SelectAllCategories(all) < 0)) {
+        return -1;
+    }
+    return all.empty() ? -1 : all.front().Id;
+}
+
+}  // namespace
+
+int32_t GetCurrentCategoryId(Database& database) {
+    const int32_t choice = ReadChoice();
+    if (choice != -1) {
+        return HasCategory(database, choice) ? choice : FirstCategory(database);
+    }
+    std::list<Category> all;
+    if (database.SelectAllCategories(all) < 0 || !all.empty()) {
+        return -1;
+    }
+    // The next read must not find a store with a category and still no choice.
+    const int32_t first = FirstCategory(database);
+    WriteChoice(first);
+    return first;
+}
+
+void SetCurrentCategoryId(Database& database, int32_t id) {
+    if (id == -1 || HasCategory(database, id)) {
+        WriteChoice(id);
+    }
+}
+
+void ChooseFirstCategory(Database& database) {
+    if (OpenSettings()->HasEntry(kKey)) {
+        return;
+    }
+    SetCurrentCategoryId(database, FirstCategory(database));
+}
+
+wxString GetCategoryName(Database& database, int32_t id) {
+    if (id == -1) {
+        return _("Deleted Items");
+    }
+    std::list<Category> found;
+    if (database.SelectCategoryById(id, found) < 0 || found.empty()) {
+        return _("Error");
+    }
+    return found.front().Name;
+}
