@@ -1,0 +1,150 @@
+#include "app/SingleInstance.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <wx/evtloop.h>
+#include <wx/stopwatch.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr long kPatienceMilliseconds = 2000;
+constexpr unsigned long kRetryMilliseconds = 20;
+constexpr char kCallToFront = 'f';
+
+bool IsPrivateDirectory(const std::string& path) {
+    struct stat info {};
+    return lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == geteuid() &&
+           (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+// False when the path is too long for the address of a socket.
+bool FillAddress(const wxString& path, sockaddr_un& address) {
+    const std::string bytes = path.utf8_string();
+    address = sockaddr_un();
+    address.sun_family = AF_UNIX;
+    if (bytes.size() >= sizeof(address.sun_path)) {
+        return false;
+    }
+    std::copy(bytes.begin(), bytes.end(), address.sun_path);
+    return true;
+}
+
+// Datagrams: one message is one call, whole or not at all, and nobody waits for anybody.
+FileDescriptor OpenSocket() {
+    return FileDescriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
+
+const sockaddr* Generic(const sockaddr_un& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+}  // namespace
+
+wxString FindRuntimeDirectory() {
+    wxString session;
+    if (wxGetEnv("XDG_RUNTIME_DIR", &session) && IsPrivateDirectory(session.utf8_string())) {
+        return session;
+    }
+    const std::string own = "/tmp/velomind-" + std::to_string(geteuid());
+    // It may be there already; whose it is and who may enter is looked at in any case.
+    mkdir(own.c_str(), S_IRWXU);
+    return IsPrivateDirectory(own) ? wxString::FromUTF8(own) : wxString();
+}
+
+SingleInstance::~SingleInstance() {
+    StopListening();
+}
+
+bool SingleInstance::BecomeFirst(Greeting greeting) {
+    const wxStopWatch watch;
+    while (!TakeLock()) {
+        if (Greet(greeting) || watch.Time() > kPatienceMilliseconds) {
+            return false;
+        }
+        wxMilliSleep(kRetryMilliseconds);
+    }
+    return true;
+}
+
+bool SingleInstance::TakeLock() {
+    if (mLock.IsOpen() || mDirectory.empty()) {
+        return true;
+    }
+    const std::string path = (mDirectory + "/velomind.lock").utf8_string();
+    // Never removed: a process that waits for a removed file would lock nothing.
+    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
+        // A file system without locks cannot tell of another process.
+        return errno != EWOULDBLOCK;
+    }
+    mLock = std::move(file);
+    return true;
+}
+
+bool SingleInstance::Greet(Greeting greeting) const {
+    sockaddr_un address;
+    const FileDescriptor caller = OpenSocket();
+    if (!caller.IsOpen() || !FillAddress(SocketPath(), address) ||
+        connect(caller.Get(), Generic(address), sizeof(address)) != 0) {
+        return false;
+    }
+    if (greeting == Greeting::CallToFront) {
+        // A full queue holds calls enough already.
+        send(caller.Get(), &kCallToFront, sizeof(kCallToFront), MSG_NOSIGNAL);
+    }
+    return true;
+}
+
+wxString SingleInstance::SocketPath() const {
+    return mDirectory + "/velomind.socket";
+}
+
+void SingleInstance::Listen(std::function<void()> onCalled) {
+    sockaddr_un address;
+    if (!mLock.IsOpen() || mSocket.IsOpen() || !FillAddress(SocketPath(), address)) {
+        return;
+    }
+    FileDescriptor listener = OpenSocket();
+    // What lies there is left from a process that broke down: the lock is ours.
+    unlink(address.sun_path);
+    const mode_t before = umask(S_IXUSR | S_IRWXG | S_IRWXO);
+    const bool isBound = bind(listener.Get(), Generic(address), sizeof(address)) == 0;
+    umask(before);
+    if (!isBound) {
+        return;
+    }
+    mSocket = std::move(listener);
+    mOnCalled = std::move(onCalled);
+    mpSource.reset(wxEventLoopBase::AddSourceForFD(mSocket.Get(), this, wxEVENT_SOURCE_INPUT));
+}
+
+void SingleInstance::StopListening() {
+    if (!mSocket.IsOpen()) {
+        return;
+    }
+    mpSource.reset();
+    mSocket.Close();
+    unlink(SocketPath().utf8_str());
+}
+
+void SingleInstance::OnReadWaiting() {
+    bool isCalled = false;
+    char message = 0;
+    while (recv(mSocket.Get(), &message, sizeof(message), 0) > 0) {
+        isCalled = isCalled || message == kCallToFront;
+    }
+    if (isCalled) {
+        mOnCalled();
+    }
+}
