@@ -1,0 +1,31 @@
+#include "app/AddCategory.h"
+
+#include <wx/intl.h>
+#include <wx/msgdlg.h>
+#include <wx/textdlg.h>
+
+#include <list>
+
+#include "store/Database.h"
+
+void AddCategory(wxWindow* parent, Database& database) {
+    const wxString caption = _("Add Category");
+    const wxString name = wxGetTextFromUser(
+        _("Please enter the name of the category you want to add."), caption, wxString(), parent);
+    if (name.empty()) {
+        return;
+    }
+    // The store knows names that differ in their spelling only, such as numbers, as the same.
+    std::list<Category> same;
+    if (database.SelectCategoryByName(name, same) >= 0 && !same.empty()) {
+        wxMessageBox(
+            wxString::Format(_("There is already a category named \"%s\"."), same.front().Name),
+            caption, wxOK | wxCENTRE, parent);
+        return;
+    }
+    if (database.CategoryInsert(name) < 0) {
+        wxMessageBox(_("Unable to add the category."), caption, wxOK | wxICON_ERROR, parent);
+        return;
+    }
+    database.Notify();
+}

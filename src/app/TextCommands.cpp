@@ -1,0 +1,78 @@
+#include "app/TextCommands.h"
+
+#include <wx/event.h>
+#include <wx/textentry.h>
+#include <wx/window.h>
+
+namespace {
+
+// Text field, search field or combo box.
+wxTextEntry* FocusedText() {
+    return dynamic_cast<wxTextEntry*>(wxWindow::FindFocus());
+}
+
+void DeleteSelection(wxTextEntry& text) {
+    long from = 0;
+    long to = 0;
+    text.GetSelection(&from, &to);
+    if (from == to) {
+        // Nothing is selected: the character to the right.
+        to = from + 1;
+    }
+    if (text.IsEditable() && from < text.GetLastPosition()) {
+        text.Remove(from, to);
+    }
+}
+
+void SelectAll(wxTextEntry& text) {
+    text.SetSelection(-1, -1);
+}
+
+bool HasText(const wxTextEntry& text) {
+    return text.GetLastPosition() > 0;
+}
+
+bool CanDelete(const wxTextEntry& text) {
+    return text.IsEditable();
+}
+
+struct TextCommand {
+    int Id;
+    void (*Run)(wxTextEntry&);
+    bool (*IsEnabled)(const wxTextEntry&);
+};
+
+constexpr TextCommand kCommands[] = {{wxID_UNDO, [](wxTextEntry& text) { text.Undo(); },
+                                      [](const wxTextEntry& text) { return text.CanUndo(); }},
+                                     {wxID_CUT, [](wxTextEntry& text) { text.Cut(); },
+                                      [](const wxTextEntry& text) { return text.CanCut(); }},
+                                     {wxID_COPY, [](wxTextEntry& text) { text.Copy(); },
+                                      [](const wxTextEntry& text) { return text.CanCopy(); }},
+                                     {wxID_PASTE, [](wxTextEntry& text) { text.Paste(); },
+                                      [](const wxTextEntry& text) { return text.CanPaste(); }},
+                                     {wxID_DELETE, DeleteSelection, CanDelete},
+                                     {wxID_SELECTALL, SelectAll, HasText}};
+
+}  // namespace
+
+void BindTextCommands(wxEvtHandler& handler) {
+    for (const TextCommand& command : kCommands) {
+        handler.Bind(
+            wxEVT_MENU,
+            [&command](wxCommandEvent& event) {
+                if (wxTextEntry* const text = FocusedText()) {
+                    command.Run(*text);
+                } else {
+                    event.Skip();
+                }
+            },
+            command.Id);
+        handler.Bind(
+            wxEVT_UPDATE_UI,
+            [&command](wxUpdateUIEvent& event) {
+                const wxTextEntry* const text = FocusedText();
+                event.Enable(text != nullptr && command.IsEnabled(*text));
+            },
+            command.Id);
+    }
+}
