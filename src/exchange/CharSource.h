@@ -1,0 +1,50 @@
+#pragma once
+
+#include <wx/filefn.h>
+#include <wx/fontenc.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "exchange/TextDecoder.h"
+
+class wxInputStream;
+
+// The characters of a text file, decoded block by block from a byte stream that it does not own.
+// Holds one block however long the file is. No byte of a file ends it early: characters are never
+// 0, whatever the file holds, so 0 tells the end.
+class CharSource {
+  public:
+    // The stream is seekable and stands behind its mark, whose encoding DetectTextEncoding gave.
+    // For a text without a mark the encoding is found by a look at the whole text.
+    CharSource(wxInputStream& stream, wxFontEncoding encoding);
+
+    bool AtEnd() { return mNext == mText.size() && !Fill(); }
+    // The next character, or 0 at the end.
+    wchar_t GetChar() { return AtEnd() ? L'\0' : mText[mNext++]; }
+    // The text up to the next CR, LF, CR LF or the end, without that line break.
+    void ReadLine(std::wstring& line);
+
+    // The part of the bytes whose characters were delivered, 0 to 1.
+    float GetProgress() const;
+    // The stream ended because reading it failed.
+    bool HasFailed() const { return mFailed; }
+
+  private:
+    bool Fill();
+
+    wxInputStream& mStream;
+    TextDecoder mDecoder;
+    wxFileOffset mLength;
+    // Position in the file of the first byte of the present block.
+    wxFileOffset mBlockStart;
+    // Bytes of the present block, and behind them the beginning of a character yet to come.
+    std::vector<uint8_t> mBytes;
+    size_t mBlockSize = 0;
+    size_t mHeld = 0;
+    std::wstring mText;
+    size_t mNext = 0;
+    bool mEnded = false;
+    bool mFailed = false;
+};
