@@ -1,0 +1,199 @@
+#include "shell/Settings.h"
+
+#include <wx/config.h>
+#include <wx/listctrl.h>
+#include <wx/settings.h>
+#include <wx/tokenzr.h>
+#include <wx/toplevel.h>
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <vector>
+
+#include "base/Numbers.h"
+#include "shell/Makers.h"
+#include "shell/SettingsFile.h"
+#include "shell/WindowPlace.h"
+
+namespace {
+
+// A greater size can only come from an accident in the file, and would fill the screen.
+constexpr double kLargestFont = 999.0;
+// No column is wider than the widest window.
+constexpr long kWidestColumn = 32767;
+
+template <typename Value>
+struct DefaultRow {
+    const char* Key;
+    Value Default;
+};
+
+constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {{"FontColor", wxSYS_COLOUR_WINDOWTEXT},
+                                                          {"StudyBgColor", wxSYS_COLOUR_WINDOW}};
+constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{"EarlyIntroductionInterval", 180}};
+constexpr DefaultRow<bool> kBooleanDefaults[] = {{"EarlyIntroduction", false}, {"Test", false}};
+constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"}};
+
+// The row of a key, or null.
+template <typename Value, size_t kCount>
+const DefaultRow<Value>* FindDefault(const DefaultRow<Value> (&table)[kCount],
+                                     const wxString& key) {
+    const auto* const row =
+        std::find_if(std::begin(table), std::end(table),
+                     [&key](const DefaultRow<Value>& candidate) { return key == candidate.Key; });
+    return row == std::end(table) ? nullptr : row;
+}
+
+template <typename Value, size_t kCount>
+Value DefaultOf(const DefaultRow<Value> (&table)[kCount], const wxString& key, Value otherwise) {
+    const DefaultRow<Value>* const row = FindDefault(table, key);
+    return row == nullptr ? otherwise : row->Default;
+}
+
+wxColour DefaultColour(const wxString& key) {
+    const DefaultRow<wxSystemColour>* const row = FindDefault(kColourDefaults, key);
+    return row == nullptr ? wxColour() : wxSystemSettings::GetColour(row->Default);
+}
+
+// One letter and three characters that are a number of at most 255, at a position of the text.
+bool ParseColourGroup(const wxString& text, size_t position, char letter, unsigned char& part) {
+    int32_t value = 0;
+    size_t used = 0;
+    if (position >= text.length() || text[position] != letter ||
+        !ParseLeadingInteger(text.Mid(position + 1), value, used) || used != 3 || value < 0 ||
+        value > 255) {
+        return false;
+    }
+    part = static_cast<unsigned char>(value);
+    return true;
+}
+
+// The widths as far as the tokens are numbers that a width can be.
+std::vector<int> ParseWidths(const wxString& text) {
+    std::vector<int> widths;
+    wxStringTokenizer tokens(text, ",", wxTOKEN_RET_EMPTY_ALL);
+    while (tokens.HasMoreTokens()) {
+        long width = 0;
+        if (!tokens.GetNextToken().ToLong(&width) || width < 0 || width > kWidestColumn) {
+            break;
+        }
+        widths.push_back(static_cast<int>(width));
+    }
+    return widths;
+}
+
+}  // namespace
+
+std::unique_ptr<wxConfigBase> OpenSettings() {
+    return OpenSettingsFile(kApplicationName);
+}
+
+wxFont ReadFontSetting(const wxString& key) {
+    static const wxFont standard = wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT);
+    wxFont font;
+    const wxString text = OpenSettings()->Read(key, wxString());
+    const bool taken = font.SetNativeFontInfo(text) && font.IsOk();
+    return taken && font.GetFractionalPointSize() <= kLargestFont ? font : standard;
+}
+
+void WriteFontSetting(const wxString& key, const wxFont& font) {
+    OpenSettings()->Write(key, font.GetNativeFontInfoDesc());
+}
+
+wxColour ReadColourSetting(const wxString& key) {
+    wxColour colour;
+    const bool taken = ParseColourText(OpenSettings()->Read(key, wxString()), colour);
+    return taken ? colour : DefaultColour(key);
+}
+
+void WriteColourSetting(const wxString& key, const wxColour& colour) {
+    OpenSettings()->Write(key, FormatColourText(colour));
+}
+
+int32_t ReadIntegerSetting(const wxString& key) {
+    long value = 0;
+    const bool taken = OpenSettings()->Read(key, &value) &&
+                       value >= std::numeric_limits<int32_t>::min() &&
+                       value <= std::numeric_limits<int32_t>::max();
+    return taken ? static_cast<int32_t>(value) : DefaultOf(kIntegerDefaults, key, 0);
+}
+
+void WriteIntegerSetting(const wxString& key, int32_t value) {
+    OpenSettings()->Write(key, static_cast<long>(value));
+}
+
+bool ReadBooleanSetting(const wxString& key) {
+    return OpenSettings()->ReadBool(key, DefaultOf(kBooleanDefaults, key, false));
+}
+
+void WriteBooleanSetting(const wxString& key, bool value) {
+    OpenSettings()->Write(key, value);
+}
+
+wxString ReadStringSetting(const wxString& key) {
+    return OpenSettings()->Read(key, wxString(DefaultOf(kStringDefaults, key, "")));
+}
+
+void WriteStringSetting(const wxString& key, const wxString& value) {
+    OpenSettings()->Write(key, value);
+}
+
+wxString FormatColourText(const wxColour& colour) {
+    return wxString::Format("R%03iG%03iB%03i", colour.Red(), colour.Green(), colour.Blue());
+}
+
+bool ParseColourText(const wxString& text, wxColour& colour) {
+    unsigned char red = 0;
+    unsigned char green = 0;
+    unsigned char blue = 0;
+    if (text.length() != 12 || !ParseColourGroup(text, 0, 'R', red) ||
+        !ParseColourGroup(text, 4, 'G', green) || !ParseColourGroup(text, 8, 'B', blue)) {
+        return false;
+    }
+    colour.Set(red, green, blue);
+    return true;
+}
+
+bool RestoreWindowPosition(const wxString& key, const wxString& application,
+                           wxTopLevelWindow& window) {
+    WatchPlace(window);
+    wxRect place;
+    if (!ParsePlace(OpenSettingsFile(application)->Read(key, wxString()), place)) {
+        return false;
+    }
+    // A maximised window keeps the screen; it goes to its place when the person restores it.
+    if (!window.IsMaximized() && !window.IsFullScreen()) {
+        window.SetSize(ClampPlace(place, ScreenAreas()));
+    }
+    return true;
+}
+
+void SaveWindowPosition(const wxString& key, const wxString& application,
+                        const wxTopLevelWindow& window) {
+    OpenSettingsFile(application)->Write(key, FormatPlace(GetNormalPlace(window)));
+}
+
+void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
+                      const int* defaults, int count) {
+    const int columns = list.GetColumnCount();
+    const std::vector<int> stored =
+        ParseWidths(OpenSettingsFile(application)->Read(key, wxString()));
+    if (columns > 0 && stored.size() == static_cast<size_t>(columns)) {
+        for (int i = 0; i < columns; ++i) {
+            list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
+        }
+    } else if (defaults != nullptr) {
+        for (int i = 0; i < std::min(count, columns); ++i) {
+            list.SetColumnWidth(i, defaults[i]);
+        }
+    }
+}
+
+void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list) {
+    wxString text;
+    for (int i = 0; i < list.GetColumnCount(); ++i) {
+        text << (i == 0 ? "" : ",") << list.GetColumnWidth(i);
+    }
+    OpenSettingsFile(application)->Write(key, text);
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <memory>
+
+class wxConfigBase;
+
+// Opens the configuration file of an application for a single access; the end of the object writes
+// what was changed. The file lies in the user's configuration directory (XDG_CONFIG_HOME, else
+// ~/.config), which the first write makes. A file that is not a plain, readable one counts as empty
+// and is never replaced. Nothing is said about what cannot be read; that settings cannot be kept is
+// said once while the program runs, through the log.
+std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application);
