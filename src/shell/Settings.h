@@ -12,8 +12,8 @@ class wxListCtrl;
 class wxTopLevelWindow;
 
 // The named values of the user's configuration. Each access opens the configuration, does its work
-// and closes it, so a write is at once visible to the next read and nothing is cached. Reading never
-// fails: a text that makes no sense gives the default. Main thread only.
+// and closes it, so a write is at once visible to the next read and nothing is cached. Reading
+// never fails: a text that makes no sense gives the default. Main thread only.
 
 // A fresh configuration object, for keys that have no accessor of their own.
 std::unique_ptr<wxConfigBase> OpenSettings();

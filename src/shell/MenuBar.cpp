@@ -1,0 +1,228 @@
+#include "shell/MenuBar.h"
+
+#include <wx/frame.h>
+#include <wx/menu.h>
+#include <wx/settings.h>
+#include <wx/translation.h>
+
+#include <iterator>
+
+#include "resources/ResourceBitmap.h"
+#include "shell/CommandIds.h"
+#include "shell/MenuPictures.h"
+#include "shell/Settings.h"
+
+namespace {
+
+struct MenuRow {
+    // A command, a submenu's own id, or wxID_SEPARATOR for a line.
+    int Id;
+    const char* Label = "";
+    // Of the resources, for normal entries; null for none.
+    const char* Picture = nullptr;
+    wxItemKind Kind = wxITEM_NORMAL;
+    const char* Help = "";
+    // The rows of a submenu.
+    const MenuRow* SubmenuFirst = nullptr;
+    const MenuRow* SubmenuEnd = nullptr;
+};
+
+constexpr MenuRow kLine = {wxID_SEPARATOR};
+
+constexpr MenuRow kFileRows[] = {
+    {wxID_NEW, wxTRANSLATE("&New Card\tCtrl+N"), "icons/newcard_menu.png", wxITEM_NORMAL,
+     wxTRANSLATE("Creates a new flash card.")},
+    {ID_NEW_CATEGORY, wxTRANSLATE("New &Category\tCtrl+Shift+N"), "icons/newcategory_menu.png"},
+    {wxID_OPEN, wxTRANSLATE("&Edit...\tCtrl+E"), "icons/editcard_menu.png"},
+    kLine,
+    {ID_SAVE_CLOSE, wxTRANSLATE("&Save and Close\tCtrl+Enter"), "icons/save_menu.png"},
+    {ID_SAVE_NEW, wxTRANSLATE("Save and New\tAlt+Enter"), "icons/save_new_menu.png"},
+    kLine,
+    {ID_IMPORT, wxTRANSLATE("&Import...\tCtrl+I"), "icons/import_menu.png"},
+    {ID_EXPORT, wxTRANSLATE("Export..."), "icons/export_menu.png"},
+    kLine,
+    {wxID_PRINT, wxTRANSLATE("Print...\tCtrl+P"), "icons/print_menu.png"},
+    kLine,
+    {wxID_CLOSE, wxTRANSLATE("Close\tCtrl+W"), "icons/blank_menu.png"}};
+
+constexpr MenuRow kEditRows[] = {
+    {wxID_UNDO, wxTRANSLATE("&Undo\tCtrl+Z"), "icons/undo_menu.png"},
+    kLine,
+    {wxID_CUT, wxTRANSLATE("Cu&t\tCtrl+X"), "icons/cut_menu.png"},
+    {wxID_COPY, wxTRANSLATE("&Copy\tCtrl+C"), "icons/copy_menu.png"},
+    {wxID_PASTE, wxTRANSLATE("&Paste\tCtrl+V"), "icons/paste_menu.png"},
+    {wxID_DELETE, wxTRANSLATE("&Delete\tDelete"), "icons/delete_menu.png"},
+    kLine,
+    {wxID_SELECTALL, wxTRANSLATE("&Select All\tCtrl+A"), "icons/blank_menu.png"},
+    kLine,
+    {ID_RENAME, wxTRANSLATE("&Rename\tCtrl+R"), "icons/blank_menu.png"},
+    kLine,
+    {wxID_FIND, wxTRANSLATE("&Find\tCtrl+F"), "icons/search_menu.png"}};
+
+constexpr MenuRow kViewRows[] = {
+    {ID_WINDOW_LIST, wxTRANSLATE("List View\tCtrl+1"), nullptr, wxITEM_RADIO},
+    {ID_WINDOW_STUDY, wxTRANSLATE("Study\tCtrl+2"), nullptr, wxITEM_RADIO}};
+
+constexpr MenuRow kCustomizeRows[] = {
+    {ID_COMPACT_SCORING, wxTRANSLATE("Compact Scoring Controls"), nullptr, wxITEM_CHECK},
+    {ID_STATUS_BAR, wxTRANSLATE("Show Status Bar"), nullptr, wxITEM_CHECK},
+    kLine,
+    {ID_LAYOUT_HORIZONTAL, wxTRANSLATE("Horizontal Card Layout"), nullptr, wxITEM_RADIO},
+    {ID_LAYOUT_VERTICAL, wxTRANSLATE("Vertical Card Layout"), nullptr, wxITEM_RADIO}};
+
+constexpr MenuRow kTestRows[] = {{ID_CRASH_TEST, wxTRANSLATE("Crash Test")}};
+
+constexpr MenuRow kToolsRows[] = {
+    {ID_STUDY_FORWARD, wxTRANSLATE("Study Front to Back"), nullptr, wxITEM_RADIO},
+    {ID_STUDY_REVERSE, wxTRANSLATE("Study Back to Front"), nullptr, wxITEM_RADIO},
+    kLine,
+    {ID_LEARNING_PROGRESS, wxTRANSLATE("Learning &Progress...\tCtrl+L"), "icons/progress_menu.png"},
+    {wxID_PREFERENCES, wxTRANSLATE("Options..."), "icons/preferences_menu.png"},
+    {ID_CUSTOMIZE_MENU, wxTRANSLATE("Customize"), nullptr, wxITEM_NORMAL, "",
+     std::begin(kCustomizeRows), std::end(kCustomizeRows)},
+    {ID_TEST_MENU, wxTRANSLATE("Test"), nullptr, wxITEM_NORMAL, "", std::begin(kTestRows),
+     std::end(kTestRows)}};
+
+constexpr MenuRow kWindowRows[] = {
+    {ID_MINIMIZE, wxTRANSLATE("Minimize\tCtrl+M")},
+    {ID_MINIMIZE_ALL, wxTRANSLATE("Minimize All\tCtrl+Alt+M")},
+    {ID_ZOOM, wxTRANSLATE("Zoom")},
+    {ID_BRING_ALL_TO_FRONT, wxTRANSLATE("Bring All to Front")},
+    {ID_WINDOW_LIST, wxTRANSLATE("List View\tCtrl+1"), nullptr, wxITEM_CHECK},
+    {ID_WINDOW_STUDY, wxTRANSLATE("Study\tCtrl+2"), nullptr, wxITEM_CHECK}};
+
+constexpr MenuRow kHelpRows[] = {
+    {ID_QUICK_HELP, wxTRANSLATE("&Quick Help..."), "icons/quickhelp_menu.png"},
+    {wxID_HELP, wxTRANSLATE("&User Guide...\tF1"), "icons/help_menu.png"},
+    kLine,
+    {ID_SUPPORT, wxTRANSLATE("Support..."), "icons/sendfeedback_menu.png"},
+    {ID_FEEDBACK, wxTRANSLATE("&Feedback..."), "icons/sendfeedback_menu.png"},
+    {ID_FORUMS, wxTRANSLATE("Forums"), "icons/forum_menu.png"},
+    kLine,
+    {wxID_ABOUT, wxTRANSLATE("&About..."), "icons/about_menu.png"}};
+
+constexpr MenuRow kCardRows[] = {{wxID_NEW, wxTRANSLATE("&New"), "icons/newcard_menu.png",
+                                  wxITEM_NORMAL, wxTRANSLATE("Creates a new flash card.")},
+                                 {wxID_OPEN, wxTRANSLATE("&Edit"), "icons/editcard_menu.png"},
+                                 kLine,
+                                 {wxID_CUT, wxTRANSLATE("Cu&t"), "icons/cut_menu.png"},
+                                 {wxID_COPY, wxTRANSLATE("&Copy"), "icons/copy_menu.png"},
+                                 {wxID_PASTE, wxTRANSLATE("&Paste"), "icons/paste_menu.png"},
+                                 {wxID_DELETE, wxTRANSLATE("&Delete"), "icons/delete_menu.png"}};
+
+// The translation of a text of the tables; the empty text would give the header of the catalog.
+wxString Translated(const char* text) {
+    return *text == '\0' ? wxString() : wxGetTranslation(text);
+}
+
+std::unique_ptr<wxMenu> BuildMenu(const MenuRow* first, const MenuRow* end);
+
+std::unique_ptr<wxMenuItem> BuildItem(wxMenu& menu, const MenuRow& row) {
+    std::unique_ptr<wxMenu> submenu;
+    if (row.SubmenuFirst != nullptr) {
+        submenu = BuildMenu(row.SubmenuFirst, row.SubmenuEnd);
+    }
+    auto item = std::make_unique<wxMenuItem>(&menu, row.Id, Translated(row.Label),
+                                             Translated(row.Help), row.Kind, submenu.release());
+    if (row.Picture != nullptr) {
+        const wxBitmapBundle picture = LoadResourceBitmap(row.Picture);
+        if (picture.IsOk()) {
+            item->SetBitmap(picture);
+        }
+    }
+    return item;
+}
+
+std::unique_ptr<wxMenu> BuildMenu(const MenuRow* first, const MenuRow* end) {
+    auto menu = std::make_unique<wxMenu>();
+    for (const MenuRow* row = first; row != end; ++row) {
+        if (row->Id == wxID_SEPARATOR) {
+            menu->AppendSeparator();
+        } else {
+            menu->Append(BuildItem(*menu, *row).release());
+        }
+    }
+    return menu;
+}
+
+template <size_t kCount>
+std::unique_ptr<wxMenu> BuildMenu(const MenuRow (&rows)[kCount]) {
+    return BuildMenu(std::begin(rows), std::end(rows));
+}
+
+void RemoveMenuOf(wxMenuBar& bar, int id) {
+    for (size_t i = 0; i < bar.GetMenuCount(); ++i) {
+        if (bar.GetMenu(i)->FindChildItem(id) != nullptr) {
+            delete bar.Remove(i);
+            return;
+        }
+    }
+}
+
+// A line that parts nothing: at the top, at the end or behind another line.
+bool IsLooseLine(const wxMenu& menu, size_t position) {
+    const wxMenuItem* const item = menu.FindItemByPosition(position);
+    return item->IsSeparator() && (position == 0 || position + 1 == menu.GetMenuItemCount() ||
+                                   menu.FindItemByPosition(position - 1)->IsSeparator());
+}
+
+// The colour is a copy, so it is taken anew whenever the desktop's colours change.
+void UseFaceColour(wxFrame& frame) {
+    frame.SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+    frame.Bind(wxEVT_SYS_COLOUR_CHANGED, [&frame](wxSysColourChangedEvent& event) {
+        event.Skip();
+        frame.SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+        frame.Refresh();
+    });
+}
+
+}  // namespace
+
+wxMenuBar* BuildMenuBar() {
+    ShowMenuPictures();
+    auto bar = std::make_unique<wxMenuBar>();
+    bar->Append(BuildMenu(kFileRows).release(), _("&File"));
+    bar->Append(BuildMenu(kEditRows).release(), _("&Edit"));
+    bar->Append(BuildMenu(kViewRows).release(), _("View"));
+    bar->Append(BuildMenu(kToolsRows).release(), _("&Tools"));
+    bar->Append(BuildMenu(kWindowRows).release(), _("Window"));
+    bar->Append(BuildMenu(kHelpRows).release(), _("&Help"));
+    return bar.release();
+}
+
+std::unique_ptr<wxMenu> BuildCardMenu() {
+    ShowMenuPictures();
+    return BuildMenu(kCardRows);
+}
+
+void InitFrame(wxFrame& frame, const wxString&) {
+    static const wxFont font = wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT);
+    frame.SetFont(font);
+    std::unique_ptr<wxMenuBar> bar(BuildMenuBar());
+    for (const int id : {int{wxID_PRINT}, int{wxID_CLOSE}, int{ID_QUICK_HELP}}) {
+        RemoveMenuItem(*bar, id);
+    }
+    RemoveMenuOf(*bar, ID_MINIMIZE);
+    if (!ReadBooleanSetting("Test")) {
+        wxMenu* menu = nullptr;
+        wxMenuItem* const test = bar->FindItem(ID_TEST_MENU, &menu);
+        menu->Destroy(test);
+    }
+    frame.SetMenuBar(bar.release());
+    UseFaceColour(frame);
+}
+
+void RemoveMenuItem(wxMenuBar& bar, int id) {
+    wxMenu* menu = nullptr;
+    wxMenuItem* const item = bar.FindItem(id, &menu);
+    if (item == nullptr) {
+        return;
+    }
+    menu->Destroy(item);
+    for (size_t i = 0; i < menu->GetMenuItemCount(); ++i) {
+        if (IsLooseLine(*menu, i)) {
+            menu->Destroy(menu->FindItemByPosition(i));
+            return;
+        }
+    }
+}

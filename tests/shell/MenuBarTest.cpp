@@ -1,0 +1,143 @@
+#include "shell/MenuBar.h"
+
+#include <gmock/gmock.h>
+#include <wx/frame.h>
+#include <wx/menu.h>
+
+#include <string>
+#include <vector>
+
+#include "shell/CommandIds.h"
+#include "shell/Settings.h"
+#include "support/GuiTest.h"
+
+namespace {
+
+// The entries of a menu in one line: labels less mnemonics and keys, "-" for a separator, a
+// submenu's entries in brackets.
+std::string Describe(const wxMenu& menu) {
+    std::string text;
+    for (const wxMenuItem* item : menu.GetMenuItems()) {
+        text += text.empty() ? "" : ", ";
+        text += item->IsSeparator() ? "-" : item->GetItemLabelText().utf8_string();
+        if (item->IsSubMenu()) {
+            text += " [" + Describe(*item->GetSubMenu()) + "]";
+        }
+    }
+    return text;
+}
+
+std::vector<std::string> Describe(const wxMenuBar& bar) {
+    std::vector<std::string> menus;
+    for (size_t i = 0; i < bar.GetMenuCount(); ++i) {
+        menus.push_back(bar.GetMenuLabel(i).utf8_string() + ": " + Describe(*bar.GetMenu(i)));
+    }
+    return menus;
+}
+
+const char* const kViewMenu = "View: List View, Study";
+const char* const kEditMenu =
+    "&Edit: Undo, -, Cut, Copy, Paste, Delete, -, Select All, -, Rename, -, Find";
+const std::string kToolsMenu =
+    "&Tools: Study Front to Back, Study Back to Front, -, Learning Progress..., Options..., "
+    "Customize [Compact Scoring Controls, Show Status Bar, -, Horizontal Card Layout, Vertical "
+    "Card Layout]";
+
+}  // namespace
+
+class MenuBarTest : public GuiTest {
+  protected:
+    wxFrame* MakeFrame() {
+        auto* const frame = new wxFrame(nullptr, wxID_ANY, "Window");
+        InitFrame(*frame, "study_window");
+        return frame;
+    }
+};
+
+TEST_F(MenuBarTest, TheFullBarHasEveryMenu) {
+    const std::unique_ptr<wxMenuBar> bar(BuildMenuBar());
+    EXPECT_THAT(Describe(*bar),
+                ::testing::ElementsAre(
+                    "&File: New Card, New Category, Edit..., -, Save and Close, Save and New, -, "
+                    "Import..., Export..., -, Print..., -, Close",
+                    kEditMenu, kViewMenu, kToolsMenu + ", Test [Crash Test]",
+                    "Window: Minimize, Minimize All, Zoom, Bring All to Front, List View, Study",
+                    "&Help: Quick Help..., User Guide..., -, Support..., Feedback..., Forums, -, "
+                    "About..."));
+}
+
+TEST_F(MenuBarTest, AWindowsBarHasOnlyWhatWindowsOffer) {
+    const wxFrame* const frame = MakeFrame();
+    EXPECT_THAT(Describe(*frame->GetMenuBar()),
+                ::testing::ElementsAre(
+                    "&File: New Card, New Category, Edit..., -, Save and Close, Save and New, -, "
+                    "Import..., Export...",
+                    kEditMenu, kViewMenu, kToolsMenu,
+                    "&Help: User Guide..., -, Support..., Feedback..., Forums, -, About..."));
+}
+
+TEST_F(MenuBarTest, TheTestMenuIsThereWhenAskedFor) {
+    WriteBooleanSetting("Test", true);
+    EXPECT_EQ(Describe(*MakeFrame()->GetMenuBar())[3], kToolsMenu + ", Test [Crash Test]");
+}
+
+TEST_F(MenuBarTest, ARemovalTakesOneSeparatorThatPartsNothing) {
+    const struct {
+        std::vector<int> Removed;
+        const char* Expected;
+    } cases[] = {
+        {{1}, "2, -, 3, -, 4"},     {{1, 2}, "3, -, 4"}, {{3}, "1, 2, -, 4"},
+        {{4}, "1, 2, -, 3"},        {{3, 4}, "1, 2"},    {{1, 2, 3, 4}, ""},
+        {{99}, "1, 2, -, 3, -, 4"},
+    };
+    for (const auto& row : cases) {
+        auto* const menu = new wxMenu;
+        for (const int id : {1, 2, 0, 3, 0, 4}) {
+            id == 0 ? menu->AppendSeparator() : menu->Append(id, wxString::Format("%i", id));
+        }
+        wxMenuBar bar;
+        bar.Append(menu, "Menu");
+        for (const int id : row.Removed) {
+            RemoveMenuItem(bar, id);
+        }
+        EXPECT_EQ(Describe(*menu), row.Expected);
+    }
+}
+
+TEST_F(MenuBarTest, CommandsHaveTheirKeysAndPictures) {
+    const wxFrame* const frame = MakeFrame();
+    const struct {
+        int Id;
+        const char* Label;
+        bool HasPicture;
+    } cases[] = {
+        {wxID_OPEN, "&Edit...\tCtrl+E", true},
+        {ID_SAVE_CLOSE, "&Save and Close\tCtrl+Enter", true},
+        {ID_SAVE_NEW, "Save and New\tAlt+Enter", true},
+        {wxID_DELETE, "&Delete\tDelete", true},
+        {wxID_PREFERENCES, "Options...", true},
+        {ID_WINDOW_STUDY, "Study\tCtrl+2", false},
+        {ID_CUSTOMIZE_MENU, "Customize", false},
+    };
+    for (const auto& row : cases) {
+        const wxMenuItem* const item = frame->GetMenuBar()->FindItem(row.Id);
+        ASSERT_NE(item, nullptr) << row.Label;
+        EXPECT_EQ(item->GetItemLabel(), row.Label);
+        EXPECT_EQ(item->GetBitmapBundle().IsOk(), row.HasPicture) << row.Label;
+    }
+    const wxMenuItem* const enter = frame->GetMenuBar()->FindItem(ID_SAVE_NEW);
+    const std::unique_ptr<wxAcceleratorEntry> key(enter->GetAccel());
+    ASSERT_NE(key, nullptr);
+    EXPECT_EQ(key->GetKeyCode(), WXK_RETURN);
+    EXPECT_EQ(key->GetFlags(), wxACCEL_ALT);
+}
+
+TEST_F(MenuBarTest, TheCardMenuIsShortAndHasNoKeys) {
+    const std::unique_ptr<wxMenu> menu = BuildCardMenu();
+    EXPECT_EQ(Describe(*menu), "New, Edit, -, Cut, Copy, Paste, Delete");
+    EXPECT_EQ(menu->FindItem(wxID_NEW)->GetHelp(), "Creates a new flash card.");
+    for (const wxMenuItem* item : menu->GetMenuItems()) {
+        EXPECT_EQ(item->GetItemLabel().Find('\t'), wxNOT_FOUND);
+        EXPECT_EQ(item->GetBitmapBundle().IsOk(), !item->IsSeparator());
+    }
+}
