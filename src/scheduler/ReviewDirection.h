@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/FlashCard.h"
+
 // A set of study directions: which side of a card is shown first.
 enum ReviewDirection : int {
     kReviewNone = 0,
@@ -8,3 +10,11 @@ enum ReviewDirection : int {
     // The back is shown, the front to be recalled.
     kReviewReverse = 2
 };
+
+// The card's schedule for one direction.
+inline CardSchedule& ScheduleOf(FlashCard& card, ReviewDirection direction) {
+    return direction == kReviewForward ? card.Forward : card.Reverse;
+}
+inline const CardSchedule& ScheduleOf(const FlashCard& card, ReviewDirection direction) {
+    return direction == kReviewForward ? card.Forward : card.Reverse;
+}

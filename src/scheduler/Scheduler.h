@@ -2,10 +2,11 @@
 
 #include <cstdint>
 #include <functional>
-#include <vector>
+#include <list>
 
 #include "base/Clock.h"
 #include "scheduler/CardHistory.h"
+#include "scheduler/CardSelection.h"
 #include "scheduler/CategorySource.h"
 #include "scheduler/MaintenancePrompt.h"
 #include "scheduler/ReviewDirection.h"
@@ -38,8 +39,10 @@ class Scheduler {
     void Initialise();
 
     // Both take effect at the next selection.
-    void SetEarlyIntroduction(bool early) { mEarlyIntroduction = early; }
-    void SetEarlyIntroductionInterval(int32_t seconds) { mEarlyIntroductionInterval = seconds; }
+    void SetEarlyIntroduction(bool early) { mOptions.EarlyIntroduction = early; }
+    void SetEarlyIntroductionInterval(int32_t seconds) {
+        mOptions.EarlyIntroductionInterval = seconds;
+    }
     // The directions to study. The current card stays if its direction is among them.
     void SetDirections(ReviewDirection mask);
 
@@ -69,27 +72,45 @@ class Scheduler {
     // Looks at the store again after cards or the current category changed elsewhere.
     void Refresh();
 
-    // Scores the current card, 0 to 5: rewrites its schedule, stores it, and at the live card brings
-    // up the next. At a card of the history the caller moves on by itself. Only while HasCard.
+    // Scores the current card, 0 to 5: rewrites its schedule, stores it, and at the live card
+    // brings up the next. At a card of the history the caller moves on by itself. Only while
+    // HasCard.
     void ScoreCard(int score);
 
   private:
-    // (private parts belong to the author of scheduler/)
+    // Brings up the card at the history position, or the live card, or else a new choice. The live
+    // card stays until it is scored, vanishes or is excluded.
+    void LoadCurrentCard();
+    // Makes a new choice the live card, or finds out why there is none.
+    void SelectLiveCard();
+    void ShowPlaceholder(const wxString& word);
+    // By the direction of the card that was current so far.
+    bool IsExcluded(const FlashCard& card) const;
+    const CardSchedule& CurrentSchedule() const {
+        return ScheduleOf(mCurrentCard, mCurrentDirection);
+    }
+    bool IsInHistory() const {
+        return mHistoryPosition >= 0 && mHistoryPosition < GetHistoryCount();
+    }
+    // Before a score: puts a live card's schedule into the history, or takes a card of the history
+    // back to where it stood before its first score, unless the score stays the same.
+    void KeepOrRestoreSchedule(int score);
+    void PurgeHistory();
+    void ClearLiveCard();
+    void Tell(int value);
+
     Database& mDatabase;
     Sources mSources;
-    std::vector<Listener> mListeners;
-    bool mEarlyIntroduction = false;
-    int32_t mEarlyIntroductionInterval = 180;
-    ReviewDirection mStudyMask = kReviewForward;
+    // A list, as a listener may add another.
+    std::list<Listener> mListeners;
+    StudyOptions mOptions;
     FlashCard mCurrentCard;
     ReviewDirection mCurrentDirection = kReviewNone;
     bool mStoreEmpty = false;
     bool mCategoryEmpty = false;
     bool mAllExcluded = false;
-    int mLastResult = 0;
     CardUuid mLiveCardId;
     ReviewDirection mLiveDirection = kReviewNone;
     int mHistoryPosition = -1;
     CardHistory mHistory;
-    int32_t mCategoryId = -1;
 };

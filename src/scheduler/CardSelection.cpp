@@ -1,0 +1,167 @@
+#include "scheduler/CardSelection.h"
+
+#include <limits>
+#include <utility>
+
+#include "base/Trace.h"
+
+namespace {
+
+int64_t Milliseconds(const wxDateTime& time) {
+    return time.GetValue().GetValue();
+}
+
+// The walk over the due cards of one or both directions.
+class ReadySearch {
+  public:
+    explicit ReadySearch(const wxDateTime& now) : mNow(Milliseconds(now)) {}
+
+    // Among equals the card that was met first stays.
+    void Visit(const ReadyRow& row, ReviewDirection direction) {
+        const float interval = row.ReviewInterval();
+        if (!(mLeastInterval < interval)) {
+            mLeastInterval = interval;
+        }
+        const int64_t lastReview = Milliseconds(row.LastReview());
+        const int64_t nextReview = lastReview + int64_t{WholeSeconds(interval)} * 1000;
+        if (nextReview >= mNow) {
+            return;
+        }
+        const float elapsed = static_cast<float>((mNow - lastReview) / 1000);
+        const float ratio = interval < 1.0f ? kGreatest : elapsed / interval;
+        if (mDirection == kReviewNone || ratio > mBestRatio) {
+            mDirection = direction;
+            mBestRatio = ratio;
+            mResult = row.CardId(mCardId);
+        }
+    }
+
+    // Negative when the card chosen has no readable identity.
+    int Result() const { return mResult; }
+    const CardUuid& CardId() const { return mCardId; }
+    ReviewDirection Direction() const { return mDirection; }
+    float LeastInterval() const { return mLeastInterval; }
+
+  private:
+    static constexpr float kGreatest = std::numeric_limits<float>::max();
+
+    const int64_t mNow;
+    float mLeastInterval = kGreatest;
+    float mBestRatio = 0.0f;
+    CardUuid mCardId;
+    ReviewDirection mDirection = kReviewNone;
+    int mResult = 0;
+};
+
+std::pair<int64_t, int64_t> IntroductionKey(const FlashCard& card, ReviewDirection) {
+    return {card.IntroductionOrder, 0};
+}
+
+std::pair<int64_t, int64_t> EarlyReviewKey(const FlashCard& card, ReviewDirection direction) {
+    const CardSchedule& schedule = ScheduleOf(card, direction);
+    return {schedule.ERC, Milliseconds(schedule.NextReview())};
+}
+
+}  // namespace
+
+int CardSelection::GetReviewCard(ReviewCard& chosen) {
+    const bool early = mOptions.EarlyIntroduction;
+    const int32_t interval = mOptions.EarlyIntroductionInterval;
+    ReadyCard ready{};
+    if (FindReadyCard(early ? interval : 0, ready) < 0) {
+        return -1;
+    }
+    ReviewCard card;
+    if (early && ready.LeastInterval > static_cast<float>(interval) && IntroduceCard(card) < 0) {
+        return -1;
+    }
+    if (card.Direction == kReviewNone && ready.Direction != kReviewNone &&
+        ReadCard(ready, card) < 0) {
+        return -1;
+    }
+    if (card.Direction == kReviewNone) {
+        VELOMIND_TRACE("no cards are ready for review");
+        // A failure in either is no card, and so no reason not to go on.
+        IntroduceCard(card);
+    }
+    if (card.Direction == kReviewNone) {
+        PickEarlyReviewCard(card);
+    }
+    if (card.Direction == kReviewNone) {
+        return -1;
+    }
+    chosen = std::move(card);
+    return 0;
+}
+
+int CardSelection::FindReadyCard(int32_t horizon, ReadyCard& ready) {
+    const wxDateTime now = mTime.Now();
+    const wxDateTime limit = now + wxTimeSpan::Seconds(horizon);
+    ReadySearch search(now);
+    const auto visitForward = [&search](const ReadyRow& row) { search.Visit(row, kReviewForward); };
+    const auto visitReverse = [&search](const ReadyRow& row) { search.Visit(row, kReviewReverse); };
+    if (Studies(kReviewForward) &&
+        mDatabase.SelectReadySortByNextReview(mOptions.CategoryId, limit, visitForward) < 0) {
+        return -1;
+    }
+    if (Studies(kReviewReverse) &&
+        mDatabase.SelectRReadySortByRNextReview(mOptions.CategoryId, limit, visitReverse) < 0) {
+        return -1;
+    }
+    ready = {search.CardId(), search.Direction(), search.LeastInterval()};
+    return search.Result();
+}
+
+int CardSelection::ReadCard(const ReadyCard& ready, ReviewCard& chosen) {
+    std::list<FlashCard> cards;
+    if (mDatabase.SelectCardById(ready.CardId, cards) < 0 || cards.empty()) {
+        return -1;
+    }
+    chosen = {std::move(cards.front()), ready.Direction};
+    return 0;
+}
+
+int CardSelection::IntroduceCard(ReviewCard& chosen) {
+    const int result = ChooseFirst(&Database::SelectNewForward, &Database::SelectNewReverse,
+                                   IntroductionKey, chosen);
+    if (chosen.Direction != kReviewNone) {
+        VELOMIND_TRACE("introducing a card %s", FormatUuid(chosen.Card.CardId));
+    }
+    return result;
+}
+
+int CardSelection::PickEarlyReviewCard(ReviewCard& chosen) {
+    const int result = ChooseFirst(&Database::SelectEarlyForward, &Database::SelectEarlyReverse,
+                                   EarlyReviewKey, chosen);
+    if (chosen.Direction != kReviewNone) {
+        VELOMIND_TRACE("selected a card for early review %s", FormatUuid(chosen.Card.CardId));
+    }
+    return result;
+}
+
+int CardSelection::ChooseFirst(FirstCard selectForward, FirstCard selectReverse, SortKey key,
+                               ReviewCard& chosen) {
+    std::list<FlashCard> forward;
+    std::list<FlashCard> reverse;
+    if (Studies(kReviewForward) && (mDatabase.*selectForward)(mOptions.CategoryId, forward) < 0) {
+        return -1;
+    }
+    if (Studies(kReviewReverse) && (mDatabase.*selectReverse)(mOptions.CategoryId, reverse) < 0) {
+        return -1;
+    }
+    if (forward.empty() && reverse.empty()) {
+        return 0;
+    }
+    bool takeForward = reverse.empty();
+    if (!forward.empty() && !reverse.empty()) {
+        const auto forwardKey = key(forward.front(), kReviewForward);
+        const auto reverseKey = key(reverse.front(), kReviewReverse);
+        takeForward = forwardKey == reverseKey ? mRandom.Next() < 0.5f : forwardKey < reverseKey;
+    }
+    if (takeForward) {
+        chosen = {std::move(forward.front()), kReviewForward};
+    } else {
+        chosen = {std::move(reverse.front()), kReviewReverse};
+    }
+    return 0;
+}

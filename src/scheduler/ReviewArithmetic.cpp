@@ -1,0 +1,128 @@
+#include "scheduler/ReviewArithmetic.h"
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace {
+
+constexpr float kLeastInterval = 1.0f;
+constexpr float kElapsedOfNewCard = 5.0f;
+
+constexpr uint8_t kNeutralDifficulty = 16;
+constexpr uint8_t kGreatestDifficulty = 32;
+constexpr float kEasingStep = 1.1f;
+// The float with bits 0x3F68BA2E.
+constexpr float kHardeningStep = 0.9090909f;
+constexpr float kGreatestFactor = 5.0f;
+constexpr float kLeastFactor = 0.2f;
+
+constexpr int kSpreadCount = 31;
+
+// The least interval of a first pass with score 3, 4 and 5: one, four and sixteen hours.
+constexpr std::array<float, 3> kFirstPassFloors{3600.0f, 14400.0f, 57600.0f};
+constexpr int kLeastGoodScore = 3;
+
+std::array<float, kSpreadCount> MakeSpreadTable() {
+    std::array<float, kSpreadCount> table{};
+    for (int i = 0; i < kSpreadCount; ++i) {
+        table.at(static_cast<size_t>(i)) = static_cast<float>(std::pow(2.0, (i - 15) / 50.0));
+    }
+    return table;
+}
+
+float ElapsedSeconds(const CardSchedule& schedule, const wxDateTime& now) {
+    if (!schedule.Introduced) {
+        return kElapsedOfNewCard;
+    }
+    const int64_t milliseconds = (now.GetValue() - schedule.LastReview.GetValue()).GetValue();
+    return static_cast<float>(milliseconds / 1000);
+}
+
+float NextInterval(float multiplier, float elapsed, float old, ReviewRandom& random) {
+    const float target = multiplier * elapsed;
+    const bool good = multiplier >= 1.0f;
+    // A good score never shortens an interval, and a bad one never lengthens it.
+    if ((good && target < old) || (!good && target > old)) {
+        return old;
+    }
+    const float interval = SpreadFactor(random.Next()) * target;
+    return kLeastInterval > interval ? kLeastInterval : interval;
+}
+
+uint8_t NextDifficulty(uint8_t difficulty, int score, float elapsed, float old) {
+    // A card scored 5 before it was due does not become easier.
+    if (score == 5 && elapsed >= old && difficulty != 0) {
+        return static_cast<uint8_t>(difficulty - 1);
+    }
+    // A card forgotten long after its due time is not made harder.
+    if (score < kLeastGoodScore && elapsed < 2.0f * old) {
+        if (difficulty < kNeutralDifficulty) {
+            return kNeutralDifficulty;
+        }
+        if (difficulty < kGreatestDifficulty) {
+            return static_cast<uint8_t>(difficulty + 1);
+        }
+    }
+    return difficulty;
+}
+
+}  // namespace
+
+float DifficultyFactor(int difficulty) {
+    float factor = 1.0f;
+    for (int d = difficulty; d < kNeutralDifficulty; ++d) {
+        factor *= kEasingStep;
+    }
+    for (int d = difficulty; d > kNeutralDifficulty; --d) {
+        factor *= kHardeningStep;
+    }
+    if (factor > kGreatestFactor) {
+        return kGreatestFactor;
+    }
+    return factor < kLeastFactor ? kLeastFactor : factor;
+}
+
+float ScoreMultiplier(int score, int difficulty) {
+    switch (score) {
+        case 0:
+            return 0.0f;
+        case 1:
+            return 0.25f;
+        case 2:
+            return 0.5f;
+        case 3:
+            return 1.0f;
+        case 4:
+            return 1.0f + 0.5f * DifficultyFactor(difficulty);
+        default:
+            return 1.0f + DifficultyFactor(difficulty);
+    }
+}
+
+float SpreadFactor(float random) {
+    static const std::array<float, kSpreadCount> kTable = MakeSpreadTable();
+    const int index = static_cast<int>(random * static_cast<float>(kSpreadCount));
+    // A random number of exactly 1 would lie one past the end.
+    return kTable.at(static_cast<size_t>(index < kSpreadCount ? index : kSpreadCount - 1));
+}
+
+ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& now,
+                    ReviewRandom& random) {
+    ReviewResult result{};
+    const float stored = schedule.ReviewInterval;
+    result.OldInterval = kLeastInterval > stored ? kLeastInterval : stored;
+    result.Elapsed = ElapsedSeconds(schedule, now);
+    result.NewInterval = NextInterval(ScoreMultiplier(score, schedule.Difficulty), result.Elapsed,
+                                      result.OldInterval, random);
+    result.Difficulty =
+        NextDifficulty(schedule.Difficulty, score, result.Elapsed, result.OldInterval);
+    result.FirstPass = !schedule.Introduced && score >= kLeastGoodScore;
+    if (result.FirstPass) {
+        const float floor = kFirstPassFloors.at(static_cast<size_t>(score - kLeastGoodScore));
+        if (!(result.NewInterval > floor)) {
+            result.NewInterval = floor;
+        }
+    }
+    return result;
+}

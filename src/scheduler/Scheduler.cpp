@@ -1,0 +1,228 @@
+#include "scheduler/Scheduler.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Trace.h"
+#include "scheduler/ReviewArithmetic.h"
+#include "scheduler/ReviewBlocks.h"
+
+namespace {
+
+void TraceReview(const FlashCard& card, int score, const ReviewResult& result) {
+    if (result.FirstPass) {
+        VELOMIND_TRACE("%s/%s Introduction Score %i ReviewInterval %f", card.Front, card.Back,
+                       score, result.NewInterval);
+        return;
+    }
+    VELOMIND_TRACE("Score %i ReviewInterval %f->%f", score, result.OldInterval, result.NewInterval);
+    VELOMIND_TRACE("%s/%s Elapsed %f Score %i ReviewInterval %f->%f", card.Front, card.Back,
+                   result.Elapsed, score, result.OldInterval, result.NewInterval);
+}
+
+}  // namespace
+
+Scheduler::Scheduler(Database& database, const Sources& sources)
+    : mDatabase(database), mSources(sources) {
+    Initialise();
+}
+
+void Scheduler::AddListener(Listener listener) {
+    mListeners.push_back(std::move(listener));
+}
+
+void Scheduler::Initialise() {
+    mOptions.CategoryId = mSources.Categories.GetCurrentCategoryId(mDatabase);
+    mHistoryPosition = -1;
+    mHistory.Clear();
+    if (mOptions.CategoryId == -1) {
+        std::list<Category> categories;
+        if (mDatabase.SelectAllCategories(categories) >= 0 && !categories.empty()) {
+            mOptions.CategoryId = categories.front().Id;
+        }
+    }
+    LoadCurrentCard();
+    Tell(0);
+}
+
+void Scheduler::SetDirections(ReviewDirection mask) {
+    mOptions.Directions = mask;
+    if ((mLiveDirection & mask) != 0) {
+        return;
+    }
+    ClearLiveCard();
+    LoadCurrentCard();
+    Tell(1);
+}
+
+void Scheduler::SetHistoryIndex(int index) {
+    mHistoryPosition = std::min(std::max(index, -1), GetHistoryCount() - 1);
+    LoadCurrentCard();
+    Tell(0);
+}
+
+int Scheduler::GetShownScore() const {
+    return mHistoryPosition == -1 ? -1 : CurrentSchedule().LastScore;
+}
+
+bool Scheduler::IsBreakTime() const {
+    const CardSchedule& schedule = CurrentSchedule();
+    return !mStoreEmpty && schedule.Introduced && schedule.NextReview() > mSources.Time.Now() &&
+           mHistoryPosition == -1;
+}
+
+int Scheduler::GetReadyCount() {
+    const wxDateTime now = mSources.Time.Now();
+    int32_t forward = 0;
+    int32_t reverse = 0;
+    if ((mOptions.Directions & kReviewForward) != 0 &&
+        mDatabase.SelectReadyCountForward(mOptions.CategoryId, now, forward) < 0) {
+        forward = 0;
+    }
+    if ((mOptions.Directions & kReviewReverse) != 0 &&
+        mDatabase.SelectReadyCountReverse(mOptions.CategoryId, now, reverse) < 0) {
+        reverse = 0;
+    }
+    return forward + reverse;
+}
+
+void Scheduler::Refresh() {
+    mOptions.CategoryId = mSources.Categories.GetCurrentCategoryId(mDatabase);
+    int32_t count = 0;
+    if (mDatabase.SelectCardIdCount(mLiveCardId, count) < 0 || count == 0) {
+        ClearLiveCard();
+    }
+    LoadCurrentCard();
+    if (mCurrentCard.CategoryId != mOptions.CategoryId) {
+        ClearLiveCard();
+    }
+    LoadCurrentCard();
+    PurgeHistory();
+    Tell(0);
+}
+
+void Scheduler::ScoreCard(int score) {
+    KeepOrRestoreSchedule(score);
+    CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
+    const ReviewResult result = Review(schedule, score, mSources.Time.Now(), mSources.Random);
+    TraceReview(mCurrentCard, score, result);
+    schedule.Introduced = true;
+    schedule.ReviewInterval = result.NewInterval;
+    schedule.LastReview = mSources.Time.Now();
+    schedule.LastScore = static_cast<uint8_t>(score);
+    schedule.Difficulty = result.Difficulty;
+    schedule.ERC = NextErc(mDatabase, mOptions.CategoryId, schedule.ERC, mSources.Maintenance,
+                           mSources.Random);
+    VELOMIND_TRACE("ERC==%08x", schedule.ERC);
+    // A failed step has ended the program already.
+    mDatabase.UpdateFlashCard(mCurrentCard);
+    mCurrentCard = FlashCard();
+    if (mHistoryPosition != -1) {
+        return;
+    }
+    mLiveCardId = CardUuid();
+    LoadCurrentCard();
+    Tell(1);
+}
+
+void Scheduler::KeepOrRestoreSchedule(int score) {
+    const CardSchedule& schedule = CurrentSchedule();
+    if (mHistoryPosition == -1) {
+        mHistory.Add({mCurrentCard.CardId, schedule, mCurrentDirection});
+    } else if (IsInHistory() && score != schedule.LastScore) {
+        const HistoryEntry& entry = mHistory.At(mHistoryPosition);
+        ScheduleOf(mCurrentCard, entry.Direction) = entry.Schedule;
+    }
+}
+
+void Scheduler::LoadCurrentCard() {
+    mStoreEmpty = mCategoryEmpty = mAllExcluded = false;
+    for (;;) {
+        CardUuid id = mLiveCardId;
+        ReviewDirection direction = mLiveDirection;
+        if (mHistoryPosition != -1) {
+            const HistoryEntry entry =
+                IsInHistory() ? mHistory.At(mHistoryPosition) : HistoryEntry();
+            id = entry.CardId;
+            direction = entry.Direction;
+        }
+        std::list<FlashCard> cards;
+        if (!id.IsZero() && mDatabase.SelectCardById(id, cards) < 0) {
+            ShowPlaceholder("Error");
+            return;
+        }
+        if (!cards.empty() && !IsExcluded(cards.front())) {
+            mCurrentCard = std::move(cards.front());
+            mCurrentDirection = direction;
+            return;
+        }
+        if (mHistoryPosition == -1) {
+            SelectLiveCard();
+            return;
+        }
+        // The entry is stale, or the position has come to lie past the end.
+        if (IsInHistory()) {
+            mHistory.EraseAt(mHistoryPosition);
+        }
+        --mHistoryPosition;
+    }
+}
+
+void Scheduler::SelectLiveCard() {
+    ReviewCard chosen;
+    CardSelection selection(mDatabase, mOptions, mSources.Time, mSources.Random);
+    if (selection.GetReviewCard(chosen) >= 0) {
+        mCurrentCard = std::move(chosen.Card);
+        mCurrentDirection = chosen.Direction;
+        mLiveCardId = mCurrentCard.CardId;
+        mLiveDirection = mCurrentDirection;
+        return;
+    }
+    ShowPlaceholder("Empty");
+    int32_t count = 0;
+    mStoreEmpty = mDatabase.IsEmpty();
+    if (!mStoreEmpty) {
+        mCategoryEmpty =
+            mDatabase.SelectCategoryIdCount(mOptions.CategoryId, count) >= 0 && count == 0;
+        mAllExcluded = !mCategoryEmpty;
+    }
+}
+
+// The other fields stay as they were: whoever shows a card looks at the flags first.
+void Scheduler::ShowPlaceholder(const wxString& word) {
+    mCurrentCard.CardId = CardUuid();
+    mCurrentCard.Front = word;
+    mCurrentCard.Back = word;
+}
+
+bool Scheduler::IsExcluded(const FlashCard& card) const {
+    return ((mCurrentDirection & kReviewForward) != 0 && card.ForwardX) ||
+           ((mCurrentDirection & kReviewReverse) != 0 && card.ReverseX);
+}
+
+void Scheduler::PurgeHistory() {
+    // The counter runs over all entries that there were; it is not corrected after an erase.
+    int index = 0;
+    for (int counter = 0; index < GetHistoryCount(); ++counter) {
+        int32_t count = 0;
+        if (mDatabase.SelectCardIdCount(mHistory.At(index).CardId, count) >= 0 && count > 0) {
+            ++index;
+            continue;
+        }
+        mHistory.EraseAt(index);
+        if (counter <= mHistoryPosition) {
+            --mHistoryPosition;
+        }
+    }
+}
+
+void Scheduler::ClearLiveCard() {
+    mLiveCardId = CardUuid();
+    mLiveDirection = kReviewNone;
+}
+
+void Scheduler::Tell(int value) {
+    for (const Listener& listener : mListeners) {
+        listener(value);
+    }
+}
