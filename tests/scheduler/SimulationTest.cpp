@@ -1,0 +1,369 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <filesystem>
+#include <limits>
+#include <random>
+
+#include "scheduler/Scheduler.h"
+#include "support/StoreFixture.h"
+
+// Years of study on a real store beside a second, plain telling of the rules over structs: after
+// each step both must show the same card and have left the same bits.
+namespace {
+
+constexpr int32_t kTop = 0x7FFF0000;
+constexpr int32_t kGone = -99;
+constexpr float kGreatest = std::numeric_limits<float>::max();
+
+float FromBits(uint32_t bits) {
+    float number = 0.0f;
+    std::memcpy(&number, &bits, sizeof number);
+    return number;
+}
+
+// 2 to the power (i - 15) / 50, calculated with 50 digits.
+const uint32_t kSpread[31] = {
+    0x3F4FEFC6, 0x3F52D6DC, 0x3F55C852, 0x3F58C44D, 0x3F5BCAF2, 0x3F5EDC67, 0x3F61F8D3, 0x3F65205D,
+    0x3F68532D, 0x3F6B916B, 0x3F6EDB40, 0x3F7230D5, 0x3F759255, 0x3F78FFEA, 0x3F7C79BF, 0x3F800000,
+    0x3F81C96D, 0x3F83993C, 0x3F856F85, 0x3F874C5E, 0x3F892FDF, 0x3F8B1A21, 0x3F8D0B3A, 0x3F8F0344,
+    0x3F910257, 0x3F93088C, 0x3F9515FD, 0x3F972AC4, 0x3F9946FB, 0x3F9B6ABD, 0x3F9D9624};
+
+int64_t Next(const CardSchedule& s) {
+    return s.LastReview.GetTicks() +
+           static_cast<int64_t>(std::min(s.ReviewInterval, 2147483520.0f));
+}
+int64_t StoredNext(const CardSchedule& s) {
+    return Next(s) < 0x7FFFFFFF ? Next(s) : -1;
+}
+
+// A card and the side from which it is asked: 0 forward, 1 reverse.
+struct Pick {
+    FlashCard* Card = nullptr;
+    int Side = -1;
+
+    CardSchedule& Schedule() const { return Side == 0 ? Card->Forward : Card->Reverse; }
+    bool IsExcluded() const { return Side == 0 ? Card->ForwardX : Card->ReverseX; }
+};
+
+class Model {
+  public:
+    std::deque<FlashCard> Cards;
+    std::deque<std::pair<Pick, CardSchedule>> History;
+    Pick Live;
+    Pick Shown;
+    int Position = -1;
+    int Mask = 1;
+    int Category = 0;
+    bool Early = false;
+    int Horizon = 180;
+    int64_t Now = 0;
+    int Maintained = 0;
+
+    void Load() {
+        for (; Position >= 0; --Position) {
+            if (Position < Count() && TryShow(History[static_cast<size_t>(Position)].first)) {
+                return;
+            }
+            if (Position < Count()) {
+                History.erase(History.begin() + Position);
+            }
+        }
+        if (!TryShow(Live)) {
+            const Pick pick = Select();
+            Shown.Card = pick.Card;  // Without a card the side stays, for the next TryShow.
+            if (pick.Card != nullptr) {
+                Live = Shown = pick;
+            }
+        }
+    }
+
+    void Refresh() {
+        Live = Live.Card != nullptr && Live.Card->CategoryId == kGone ? Pick() : Live;
+        Load();
+        Live = Shown.Card != nullptr && Shown.Card->CategoryId != Category ? Pick() : Live;
+        Load();
+        int looked = 0;
+        for (auto it = History.begin(); it != History.end(); ++looked) {
+            const bool gone = it->first.Card->CategoryId == kGone;
+            it = gone ? History.erase(it) : it + 1;
+            Position -= gone && looked <= Position ? 1 : 0;
+        }
+    }
+
+    void Score(int score) {
+        CardSchedule s = Shown.Schedule();
+        if (Position < 0) {
+            const auto same = [this](const auto& entry) { return entry.first.Card == Shown.Card; };
+            History.erase(std::remove_if(History.begin(), History.end(), same), History.end());
+            History.emplace_front(Shown, s);
+            History.resize(std::min<size_t>(History.size(), 20));
+        } else if (score != s.LastScore && Position < Count()) {
+            s = History[static_cast<size_t>(Position)].second;
+        }
+        Reschedule(s, score);
+        s.LastScore = static_cast<uint8_t>(score);
+        s.LastReview = wxDateTime(static_cast<time_t>(Now));
+        s.ERC = Renumber(s.ERC);
+        s.Introduced = true;
+        Shown.Schedule() = s;
+        if (Position < 0) {
+            Live.Card = nullptr;
+            Load();
+        }
+    }
+
+    int Count() const { return static_cast<int>(History.size()); }
+
+  private:
+    float Random() {
+        mChance = mChance * 214013 + 2531011;
+        return static_cast<float>(mChance >> 16 & 32767) * FromBits(0x38000100);
+    }
+
+    bool TryShow(Pick pick) {
+        const bool shows = pick.Card != nullptr && pick.Card->CategoryId != kGone &&
+                           !(Shown.Side >= 0 && Pick{pick.Card, Shown.Side}.IsExcluded());
+        Shown = shows ? pick : Shown;
+        return shows;
+    }
+
+    // The cards of one side that may be asked, in the order of the key and then of insertion.
+    template <typename Key>
+    std::vector<Pick> Sorted(int side, bool introduced, Key key) {
+        std::vector<Pick> picks;
+        for (FlashCard& card : Cards) {
+            const Pick pick{&card, side};
+            if ((Mask & (1 << side)) != 0 && card.CategoryId == Category && !pick.IsExcluded() &&
+                pick.Schedule().Introduced == introduced) {
+                picks.push_back(pick);
+            }
+        }
+        const auto less = [&key](Pick a, Pick b) { return key(a) < key(b); };
+        std::stable_sort(picks.begin(), picks.end(), less);
+        return picks;
+    }
+
+    template <typename Key>
+    Pick First(bool introduced, Key key) {
+        const std::vector<Pick> f = Sorted(0, introduced, key);
+        const std::vector<Pick> r = Sorted(1, introduced, key);
+        if (f.empty() || r.empty()) {
+            return f.empty() ? (r.empty() ? Pick() : r[0]) : f[0];
+        }
+        const bool chance = key(f[0]) == key(r[0]);
+        return (chance ? Random() < 0.5f : key(f[0]) < key(r[0])) ? f[0] : r[0];
+    }
+    Pick FirstNew() {
+        return First(false, [](Pick p) { return p.Card->IntroductionOrder; });
+    }
+
+    Pick Select() {
+        Pick ready;
+        float best = 0.0f;
+        float least = kGreatest;
+        for (int side = 0; side < 2; ++side) {
+            const auto due = [](Pick p) { return StoredNext(p.Schedule()); };
+            for (const Pick pick : Sorted(side, true, due)) {
+                const CardSchedule& s = pick.Schedule();
+                if (StoredNext(s) >= Now + (Early ? Horizon : 0)) {
+                    continue;
+                }
+                least = std::min(least, s.ReviewInterval);
+                const int64_t elapsed = Now - s.LastReview.GetTicks();
+                const float ratio = static_cast<float>(elapsed) / s.ReviewInterval;
+                if (Next(s) < Now && (ready.Card == nullptr || ratio > best)) {
+                    ready = pick;
+                    best = ratio;
+                }
+            }
+        }
+        if (ready.Card == nullptr || (Early && least > static_cast<float>(Horizon))) {
+            const Pick fresh = FirstNew();
+            ready = fresh.Card != nullptr ? fresh : ready;
+        }
+        if (ready.Card == nullptr) {
+            ready = First(
+                true, [](Pick p) { return std::make_pair(p.Schedule().ERC, Next(p.Schedule())); });
+        }
+        return ready;
+    }
+
+    void Reschedule(CardSchedule& s, int score) {
+        const float old = std::max(s.ReviewInterval, 1.0f);
+        const float elapsed =
+            s.Introduced ? static_cast<float>(Now - s.LastReview.GetTicks()) : 5.0f;
+        int d = s.Difficulty;
+        float factor = 1.0f;
+        for (int i = std::abs(16 - d); i > 0; --i) {
+            factor = factor * FromBits(d < 16 ? 0x3F8CCCCD : 0x3F68BA2E);
+        }
+        const float multipliers[] = {0.0f, 0.25f, 0.5f, 1.0f, 1.0f + 0.5f * factor, 1.0f + factor};
+        float next = multipliers[score] * elapsed;
+        if ((score > 2 && next < old) || (score < 3 && next > old)) {
+            next = old;
+        } else {
+            next = FromBits(kSpread[std::min(static_cast<int>(Random() * 31.0f), 30)]) * next;
+        }
+        const float floors[] = {1.0f, 1.0f, 1.0f, 3600.0f, 14400.0f, 57600.0f};
+        next = std::max(next, s.Introduced ? 1.0f : floors[score]);
+        if (score == 5 && !(elapsed < old)) {
+            d = std::max(d - 1, 0);
+        } else if (score < 3 && elapsed < old + old) {
+            d = d < 16 ? 16 : std::min(d + 1, 32);
+        }
+        s.Difficulty = static_cast<uint8_t>(d);
+        s.ReviewInterval = next;
+    }
+
+    int32_t Renumber(int32_t own) {
+        int32_t block = 0;
+        for (FlashCard& card : Cards) {
+            for (const Pick pick : {Pick{&card, 0}, Pick{&card, 1}}) {
+                const CardSchedule& s = pick.Schedule();
+                if (card.CategoryId == Category && s.Introduced && !pick.IsExcluded()) {
+                    block = std::max(block, s.ERC & ~4095);
+                }
+            }
+        }
+        if (own >= block && block >= kTop) {
+            ++Maintained;
+            for (FlashCard& card : Cards) {
+                card.Forward.ERC = card.Reverse.ERC = 0;
+            }
+            block = 0;
+        } else if (own >= block) {
+            block += 4096;
+        }
+        return block + static_cast<int32_t>(Random() * 4095.0f);
+    }
+
+    uint32_t mChance = 1;
+};
+
+class SimulationTest : public StoreFixture {
+  protected:
+    // Thousands of commits: in memory where the system offers that.
+    static void SetUpTestSuite() {
+        if (std::filesystem::is_directory("/dev/shm")) {
+            setenv("TMPDIR", "/dev/shm", 0);
+        }
+    }
+    SimulationTest() {
+        mModel.Now = mClock.Now().GetTicks();
+        for (int i = 0; i < 120; ++i) {
+            FlashCard card = MakeCard("front", "back", i % 3);
+            card.IntroductionOrder = i / 2;
+            card.Forward.LastReview = card.Reverse.LastReview = mClock.Now();
+            // Near the end of the block numbers, so that they run out on the way.
+            card.Forward.Introduced = i == 0;
+            card.Forward.ERC = i == 0 ? kTop - 40 * 4096 : 0;
+            mModel.Cards.push_back(Insert(card));
+        }
+    }
+
+    void ChangeDirections() {
+        mModel.Mask = 1 + Draw(3);
+        if (mModel.Live.Side < 0 || (mModel.Mask & (1 << mModel.Live.Side)) == 0) {
+            mModel.Live = Pick();
+            mModel.Load();
+        }
+        mScheduler.SetDirections(static_cast<ReviewDirection>(mModel.Mask));
+    }
+    void ChangeEarlyIntroduction() {
+        mModel.Early = Draw(2) != 0;
+        mModel.Horizon = Draw(4000);
+        mScheduler.SetEarlyIntroduction(mModel.Early);
+        mScheduler.SetEarlyIntroductionInterval(mModel.Horizon);
+    }
+    // Another category, a card deleted, or one excluded or no longer so.
+    void ChangeStore() {
+        FlashCard& card = mModel.Cards[static_cast<size_t>(Draw(120))];
+        if (Draw(2) == 0 || card.CategoryId == kGone) {
+            mModel.Category = mCategory.Current = Draw(3);
+        } else if (Draw(6) == 0) {
+            card.CategoryId = kGone;
+            mDatabase.DeleteCard(card.CardId);
+        } else {
+            card.ForwardX = !card.ForwardX && Draw(4) == 0;
+            card.ReverseX = !card.ReverseX && Draw(4) == 0;
+            mDatabase.UpdateFlashCard(card);
+        }
+        mModel.Refresh();
+        mScheduler.Refresh();
+    }
+    void MoveInHistory(int index) {
+        mModel.Position = std::max(std::min(index, mModel.Count() - 1), -1);
+        mModel.Load();
+        mScheduler.SetHistoryIndex(index);
+    }
+    void Score() {
+        const FlashCard& card = *mModel.Shown.Card;
+        const int score = Draw(5) == 0 ? Draw(3) : 2 + Draw(4);
+        const bool live = mModel.Position < 0;
+        mModel.Score(score);
+        mScheduler.ScoreCard(score);
+        const FlashCard stored = Stored(card.CardId);
+        EXPECT_EQ(stored.Forward, card.Forward);
+        EXPECT_EQ(stored.Reverse, card.Reverse);
+        if (!live) {
+            MoveInHistory(mModel.Position - 1);  // Whoever scores in the history moves on.
+            ++mRescores;
+        }
+    }
+    void Compare() {
+        EXPECT_EQ(mScheduler.GetHistoryIndex(), mModel.Position);
+        EXPECT_EQ(mScheduler.GetHistoryCount(), mModel.Count());
+        ASSERT_EQ(mScheduler.HasCard(), mModel.Shown.Card != nullptr);
+        if (mScheduler.HasCard()) {
+            const FlashCard card = mScheduler.GetCurrentCard();
+            EXPECT_EQ(FormatUuid(card.CardId), FormatUuid(mModel.Shown.Card->CardId));
+            EXPECT_EQ(card.Forward, mModel.Shown.Card->Forward);
+            EXPECT_EQ(card.Reverse, mModel.Shown.Card->Reverse);
+        }
+    }
+    int Draw(unsigned count) { return static_cast<int>(mDice() % count); }
+
+    std::mt19937 mDice{20250101};
+    FakeClock mClock{1000000000};
+    SequenceRandom mRandom;
+    FakeCategorySource mCategory;
+    SilentMaintenance mMaintenance;
+    Model mModel;
+    Scheduler mScheduler{mDatabase, {mCategory, mMaintenance, mClock, mRandom}};
+    int mRescores = 0;
+};
+
+TEST_F(SimulationTest, TenThousandReviewsMatchThePlainRules) {
+    mScheduler.SetDirections(kReviewForward);
+    mModel.Load();
+    for (int reviews = 0; reviews < 10000 && !HasFailure();) {
+        const int span = Draw(100);
+        const int64_t seconds = span < 80 ? Draw(30) : span < 97 ? Draw(20000) : Draw(900000);
+        mClock.Advance(seconds);
+        mModel.Now += seconds;
+        const int action = Draw(100);
+        if (action < 12) {
+            MoveInHistory(Draw(24) - 2);
+        } else if (action < 14) {
+            ChangeDirections();
+        } else if (action < 15) {
+            ChangeEarlyIntroduction();
+        } else if (action < 18) {
+            ChangeStore();
+        } else if (mModel.Shown.Card != nullptr) {
+            Score();
+            ++reviews;
+        }
+        Compare();
+        ASSERT_FALSE(HasFailure()) << "after review " << reviews << ", action " << action;
+    }
+    EXPECT_GT(mRescores, 500);
+    EXPECT_GT(mModel.Maintained, 0);
+    EXPECT_EQ(mMaintenance.Starts, mModel.Maintained);
+}
+
+}  // namespace
