@@ -6,6 +6,7 @@
 #include <wx/string.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -68,26 +69,26 @@ class CardViewer : public wxScrolledWindow {
     bool IsScrollNeeded() const { return mScrollNeeded; }
 
   private:
-    // The lines of a text as wrapped at a width, kept until the text, the font or the width
-    // changes.
+    // The lines of a text at a width, kept until the text or the font changes. Beyond the limit of
+    // lines they were not looked for.
     struct WrapCache {
         WrappedText Wrapped;
         int32_t Width = -1;
+        size_t LineLimit = 0;
     };
     // Without and with the scroll bar.
     using WrapCaches = std::array<WrapCache, 2>;
 
     void SetText(CardViewerSide& side, WrapCaches& caches, const wxString& text);
-    void Relayout();
-    const WrappedText& Wrap(const CardViewerSide& side, WrapCaches& caches, int32_t width,
-                            size_t lineLimit, const TextMeasure& measure) const;
-    void ForgetWraps();
     int32_t FullClientWidth() const;
+    // The lines of the side at mColumnWidth.
+    const WrappedText& Wrap(const CardViewerSide& side, WrapCache& cache, size_t lineLimit,
+                            const TextMeasure& measure) const;
+    void Relayout();
 
     void PaintDivider(wxDC& dc) const;
     void PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const;
-    void PaintLines(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const;
-    void ScrollBySteps(int32_t direction);
+    void ScrollByPage(int32_t direction);
 
     void OnPaint(wxPaintEvent& event);
     void OnSize(wxSizeEvent& event);

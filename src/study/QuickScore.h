@@ -72,25 +72,29 @@ class QuickScore : public wxControlWithItems {
     void DoDeleteOneItem(unsigned int pos) override;
 
   private:
+    void ForgetPositions();
     void UpdateMetrics();
     void EnsureBitmaps();
     void RefreshItem(int32_t n);
     const wxBitmap& ItemBitmap(int32_t n) const;
     void PaintItem(wxDC& dc, int32_t n);
     void PaintBitmap(wxDC& dc, const wxBitmap& bitmap, const wxRect& item) const;
+    void PaintFocus(wxDC& dc, const wxRect& rect);
 
     void MoveCursor(int32_t n, bool notify);
+    // Moves the mark; with a direction other than 0 that is a choice of the user.
     void Activate(int32_t n, int direction);
     void SetPressed(int32_t n);
     void ClearPressed();
     // A key or a mouse button holds an item down.
     bool IsHeld() const;
-    void Press(const wxKeyEvent& event);
-    void PressDigit(const wxKeyEvent& event, int32_t digit);
     void EndHold();
-    void SendToParent(wxEvent& event);
-    void SendCommand(wxEventType type, int id);
+    void Press(int32_t key);
+    void PressDigit(int32_t key, int32_t digit);
+    void SendCommand(wxEventType type, int id, int item = -1, long extra = 0);
     void Navigate(bool forward);
+    // False when the control does not know the key.
+    bool HandleKey(int key, bool shift);
 
     void OnKeyDown(wxKeyEvent& event);
     void OnKeyUp(wxKeyEvent& event);
@@ -124,6 +128,8 @@ class QuickScore : public wxControlWithItems {
     wxBitmap mSelectedBitmap;
     wxBitmap mPressedBitmap;
     wxBitmap mDisabledBitmap;
+    // What the four pictures were painted for.
+    wxColour mBitmapBackground;
     int32_t mMargin = 3;
     int32_t mPadX = 0;
     int32_t mPadY = 0;

@@ -15,7 +15,7 @@ using TextMeasure = std::function<wxSize(const wxString& text)>;
 struct WrappedText {
     std::vector<wxString> Lines;
     std::vector<int32_t> LineWidths;
-    // Of the last line; 0 without lines.
+    // Of the highest line; 0 without lines.
     int32_t LineHeight = 0;
 };
 

@@ -1,0 +1,257 @@
+#include "study/CardViewer.h"
+
+#include <wx/dcbuffer.h>
+#include <wx/dcclient.h>
+#include <wx/dcmemory.h>
+#include <wx/menu.h>
+#include <wx/settings.h>
+
+#include <algorithm>
+
+#include "shell/MenuBar.h"
+#include "study/CardLayout.h"
+
+namespace {
+
+constexpr int32_t kNarrowest = 32;
+
+int32_t ScrollBarWidth(const wxWindow& window) {
+    return std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, &window), 0);
+}
+
+int32_t TextHeight(const WrappedText& wrapped, int32_t lineHeight) {
+    return static_cast<int32_t>(wrapped.Lines.size()) * lineHeight;
+}
+
+void TakeLines(CardViewerSide& side, const WrappedText& wrapped) {
+    side.Lines = wrapped.Lines;
+    side.LineWidths = wrapped.LineWidths;
+}
+
+// The default pen is black, which a dark background would swallow.
+wxColour DividerColour(const wxColour& background) {
+    return background.GetLuminance() < 0.5 ? *wxWHITE : *wxBLACK;
+}
+
+}  // namespace
+
+CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position, const wxSize& size,
+                       long style, const wxString& name) {
+    SetBackgroundStyle(wxBG_STYLE_PAINT);
+    wxScrolledWindow::Create(parent, id, position, size, style, name);
+    Bind(wxEVT_PAINT, &CardViewer::OnPaint, this);
+    Bind(wxEVT_SIZE, &CardViewer::OnSize, this);
+    Bind(wxEVT_LEFT_DOWN, &CardViewer::OnLeftDown, this);
+    Bind(wxEVT_LEFT_DCLICK, &CardViewer::OnLeftDown, this);
+    Bind(wxEVT_LEFT_UP, &CardViewer::OnLeftUp, this);
+    Bind(wxEVT_CONTEXT_MENU, &CardViewer::OnContextMenu, this);
+    // A press that loses the mouse is a press without a release: there is nothing to undo.
+    Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
+}
+
+void CardViewer::SetFirstText(const wxString& text) {
+    SetText(mFirst, mFirstWraps, text);
+}
+
+void CardViewer::SetSecondText(const wxString& text) {
+    SetText(mSecond, mSecondWraps, text);
+}
+
+void CardViewer::SetText(CardViewerSide& side, WrapCaches& caches, const wxString& text) {
+    if (side.Text == text) {
+        return;
+    }
+    side.Text = text;
+    caches = {};
+    Relayout();
+}
+
+void CardViewer::SetFirstColour(const wxColour& colour) {
+    mFirst.TextColour = colour;
+}
+
+void CardViewer::SetSecondColour(const wxColour& colour) {
+    mSecond.TextColour = colour;
+}
+
+void CardViewer::SetSecondCover(const wxBitmap& cover) {
+    mSecond.Cover = cover;
+}
+
+void CardViewer::SetHint(const wxString& text) {
+    mHint = text;
+}
+
+void CardViewer::SetLayout(int32_t orientation) {
+    if (mLayout == orientation) {
+        return;
+    }
+    mLayout = orientation;
+    Relayout();
+}
+
+bool CardViewer::SetFont(const wxFont& font) {
+    if (font == GetFont()) {
+        return true;
+    }
+    const bool isSet = wxScrolledWindow::SetFont(font);
+    mFirstWraps = {};
+    mSecondWraps = {};
+    Relayout();
+    return isSet;
+}
+
+// The width that the window has for its text while there is no scroll bar.
+int32_t CardViewer::FullClientWidth() const {
+    // Where the width of the bar is unknown, only the space that is left beside it is known.
+    return ScrollBarWidth(*this) == 0 ? GetClientSize().x : GetSize().x - GetWindowBorderSize().x;
+}
+
+const WrappedText& CardViewer::Wrap(const CardViewerSide& side, WrapCache& cache, size_t lineLimit,
+                                    const TextMeasure& measure) const {
+    const bool isWhole = cache.Wrapped.Lines.size() <= cache.LineLimit;
+    if (cache.Width != mColumnWidth || (!isWhole && cache.LineLimit < lineLimit)) {
+        cache.Wrapped = WrapText(side.Text, mColumnWidth, measure, lineLimit);
+        cache.Width = mColumnWidth;
+        cache.LineLimit = lineLimit;
+    }
+    return cache.Wrapped;
+}
+
+void CardViewer::Relayout() {
+    wxClientDC dc(this);
+    dc.SetFont(GetFont());
+    const TextMeasure measure = [&dc](const wxString& text) { return dc.GetTextExtent(text); };
+    const wxSize client(FullClientWidth(), GetClientSize().y);
+    const auto orientation = static_cast<wxOrientation>(mLayout);
+    int32_t width = 0;
+    int32_t firstHeight = 0;
+    int32_t secondHeight = 0;
+    mScrollNeeded = false;
+    for (;;) {
+        width = std::max(client.x - (mScrollNeeded ? ScrollBarWidth(*this) : 0), kNarrowest);
+        mColumnWidth = CardColumnWidth(orientation, width);
+        // More lines than the window has pixels need the scroll bar, however many more there are.
+        const size_t limit = mScrollNeeded ? SIZE_MAX : static_cast<size_t>(std::max(client.y, 0));
+        const WrappedText& first = Wrap(mFirst, mFirstWraps[mScrollNeeded], limit, measure);
+        const WrappedText& second = Wrap(mSecond, mSecondWraps[mScrollNeeded], limit, measure);
+        mLineHeight = std::max(first.LineHeight, second.LineHeight);
+        firstHeight = TextHeight(first, mLineHeight);
+        secondHeight = TextHeight(second, mLineHeight);
+        if (mScrollNeeded || CardHeightNeeded(orientation, firstHeight, secondHeight) <= client.y) {
+            TakeLines(mFirst, first);
+            TakeLines(mSecond, second);
+            break;
+        }
+        mScrollNeeded = true;
+    }
+    const CardLayout layout =
+        ArrangeCard(orientation, wxSize(width, client.y), firstHeight, secondHeight);
+    mFirst.Rect = layout.First;
+    mSecond.Rect = layout.Second;
+    SetVirtualSize(width, layout.VirtualHeight);
+    Refresh();
+}
+
+void CardViewer::ScrollToTop() {
+    Scroll(wxDefaultCoord, 0);
+}
+
+void CardViewer::ScrollToSecond() {
+    if (mLayout == wxHORIZONTAL) {
+        ScrollToTop();
+    } else if (GetVirtualSize().y != GetClientSize().y) {
+        Scroll(wxDefaultCoord, mFirst.Rect.height);
+    }
+}
+
+void CardViewer::PageUp() {
+    ScrollByPage(-1);
+}
+
+void CardViewer::PageDown() {
+    ScrollByPage(1);
+}
+
+void CardViewer::ScrollByPage(int32_t direction) {
+    const int32_t step = GetClientSize().y * 8 / 10;
+    // -1 would mean to stay.
+    Scroll(wxDefaultCoord, std::max(GetViewStart().y + direction * step, 0));
+}
+
+void CardViewer::OnPaint(wxPaintEvent& /*event*/) {
+    wxAutoBufferedPaintDC dc(this);
+    DoPrepareDC(dc);
+    dc.SetFont(GetFont());
+    const wxRect visible(CalcUnscrolledPosition(wxPoint(0, 0)), GetClientSize());
+    dc.SetPen(*wxTRANSPARENT_PEN);
+    dc.SetBrush(wxBrush(GetBackgroundColour()));
+    dc.DrawRectangle(visible);
+    PaintDivider(dc);
+    PaintSide(dc, mFirst, visible);
+    PaintSide(dc, mSecond, visible);
+}
+
+void CardViewer::PaintDivider(wxDC& dc) const {
+    const wxRect& first = mFirst.Rect;
+    dc.SetPen(wxPen(DividerColour(GetBackgroundColour())));
+    if (mLayout == wxVERTICAL) {
+        dc.DrawLine(0, first.height, first.width, first.height);
+    } else {
+        dc.DrawLine(first.width, 0, first.width, first.height);
+    }
+}
+
+// The background is there already.
+void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const {
+    if (side.Cover.IsOk()) {
+        wxMemoryDC cover;
+        cover.SelectObjectAsSource(side.Cover);
+        dc.StretchBlit(side.Rect.GetPosition(), side.Rect.GetSize(), &cover, wxPoint(0, 0),
+                       side.Cover.GetSize());
+    }
+    if (side.Lines.empty()) {
+        return;
+    }
+    dc.SetTextForeground(side.TextColour);
+    int32_t y = side.Rect.y;
+    if (!mScrollNeeded) {
+        y += (side.Rect.height - static_cast<int32_t>(side.Lines.size()) * mLineHeight) / 2;
+    }
+    for (size_t i = 0; i < side.Lines.size() && y <= visible.GetBottom(); ++i) {
+        if (y + mLineHeight > visible.y) {
+            const int32_t room = std::max(side.Rect.width - side.LineWidths[i], 0);
+            dc.DrawText(side.Lines[i], side.Rect.x + room / 2, y);
+        }
+        y += mLineHeight;
+    }
+}
+
+void CardViewer::OnSize(wxSizeEvent& event) {
+    Relayout();
+    event.Skip();
+}
+
+// Not skipped: the focus stays with the scoring control.
+void CardViewer::OnLeftDown(wxMouseEvent& /*event*/) {
+    if (!HasCapture()) {
+        CaptureMouse();
+    }
+}
+
+void CardViewer::OnLeftUp(wxMouseEvent& event) {
+    if (!HasCapture()) {
+        return;
+    }
+    ReleaseMouse();
+    if (wxRect(GetSize()).Contains(event.GetPosition())) {
+        wxCommandEvent click(wxEVT_BUTTON, GetId());
+        click.SetEventObject(this);
+        GetParent()->GetEventHandler()->ProcessEvent(click);
+    }
+}
+
+void CardViewer::OnContextMenu(wxContextMenuEvent& /*event*/) {
+    const std::unique_ptr<wxMenu> menu = BuildCardMenu();
+    PopupMenu(menu.get());
+}

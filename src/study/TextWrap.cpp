@@ -1,0 +1,224 @@
+#include "study/TextWrap.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "base/WideText.h"
+
+namespace {
+
+// Characters at which the drawing of a text would begin a new line of its own.
+bool IsLineSeparator(wchar_t character) {
+    switch (character) {
+        case L'\r':
+        case L'\v':
+        case L'\f':
+        case L'\u0085':
+        case L'\u2028':
+        case L'\u2029':
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::wstring_view Trim(std::wstring_view text) {
+    while (!text.empty() && IsWideSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && IsWideSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+wxString ToText(std::wstring_view text) {
+    return wxString(text.data(), text.size());
+}
+
+// The second character is drawn on or into the one before it.
+bool JoinsPrevious(wchar_t previous, wchar_t character) {
+    constexpr wchar_t kZeroWidthJoiner = L'\u200D';
+    const bool isSkinTone = character >= L'\U0001F3FB' && character <= L'\U0001F3FF';
+    return isSkinTone || previous == kZeroWidthJoiner || wcwidth(character) == 0;
+}
+
+// Finds how much of one text goes on its next line. The cost of a line does not depend on how much
+// text follows it.
+class LineCutter {
+  public:
+    LineCutter(int32_t maxWidth, const TextMeasure& measure)
+        : mMaxWidth(maxWidth), mMeasure(measure) {}
+
+    // Characters of the next line: all of rest when it fits, else as many as the last break
+    // before the first too wide beginning leaves, else as many as fit into a word.
+    size_t Take(std::wstring_view rest) {
+        mRest = rest;
+        mWidths.clear();
+        size_t high = 0;
+        if (RestFits(high)) {
+            return rest.size();
+        }
+        const size_t tooWide = FirstTooWide(high);
+        if (tooWide > rest.size()) {
+            // Only white space at the ends stands out.
+            return rest.size();
+        }
+        const size_t lastBreak = LastBreakBefore(tooWide);
+        const size_t taken = lastBreak != 0 ? lastBreak : CutInWord(tooWide);
+        mReach = taken + taken / 4 + 8;
+        return taken;
+    }
+
+  private:
+    // Measures a longer and longer beginning. When rest does not fit, high is the length of a
+    // beginning that is too wide, or of all of rest.
+    bool RestFits(size_t& high) {
+        for (size_t reach = mReach;; reach += std::min(reach, kLongestStep)) {
+            high = std::min(reach, mRest.size());
+            const wxSize extent = mMeasure(ToText(mRest.substr(0, high)));
+            mSlack = Slack(mRest.substr(0, high), extent.y);
+            if (high == mRest.size()) {
+                return extent.x <= mMaxWidth;
+            }
+            if (extent.x > mMaxWidth + mSlack) {
+                return false;
+            }
+        }
+    }
+
+    // By how much a beginning may be wider than a longer one: a sequence of emojis shrinks when it
+    // becomes complete, and an Arabic letter when it is no longer the last one.
+    static int32_t Slack(std::wstring_view text, int32_t height) {
+        constexpr wchar_t kFirstCombining = L'\u0300';
+        const bool grows =
+            std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < kFirstCombining; });
+        return grows ? 0 : 3 * height;
+    }
+
+    // Width of the first n + 1 characters without white space at the ends.
+    int32_t Width(size_t n) {
+        const auto found = mWidths.find(n);
+        if (found != mWidths.end()) {
+            return found->second;
+        }
+        const int32_t width = mMeasure(ToText(Trim(mRest.substr(0, n + 1)))).x;
+        mWidths.emplace(n, width);
+        return width;
+    }
+
+    // The smallest n of 1 and more at which Width(n) is too wide; more than the length if there is
+    // none. Whatever lies before a beginning that leaves the slack free fits too, so that the
+    // search one by one starts there.
+    size_t FirstTooWide(size_t high) {
+        size_t n = LastWithin(mMaxWidth - mSlack, high) + 1;
+        while (n <= mRest.size() && Width(n) <= mMaxWidth) {
+            ++n;
+        }
+        return n;
+    }
+
+    // An n below high at which Width(n) is within the limit and Width(n + 1) is not; 0 when even
+    // the first one is not. Guesses from the widths measured so far, and halves when guessing is
+    // slow.
+    size_t LastWithin(int32_t limit, size_t high) {
+        size_t low = 0;
+        int32_t lowWidth = 0;
+        int32_t highWidth = Width(high);
+        if (highWidth <= limit) {
+            return high;
+        }
+        for (int step = 0; high - low > 1; ++step) {
+            const int32_t rise = std::max(highWidth - lowWidth, 1);
+            const double part = step < 4 ? static_cast<double>(limit - lowWidth) / rise : 0.5;
+            const auto guess = low + static_cast<size_t>(static_cast<double>(high - low) *
+                                                         std::clamp(part, 0.0, 1.0));
+            const size_t middle = std::clamp(guess, low + 1, high - 1);
+            const int32_t width = Width(middle);
+            if (width <= limit) {
+                low = middle;
+                lowWidth = width;
+            } else {
+                high = middle;
+                highWidth = width;
+            }
+        }
+        return low;
+    }
+
+    // The last place where a word ends, 0 if there is none.
+    size_t LastBreakBefore(size_t tooWide) const {
+        for (size_t n = std::min(tooWide, mRest.size()) - 1; n >= 1; --n) {
+            if (IsWideSpace(mRest[n]) && !IsWideSpace(mRest[n - 1])) {
+                return n;
+            }
+        }
+        return 0;
+    }
+
+    // Never between a character and a mark on it, unless nothing else is left.
+    size_t CutInWord(size_t tooWide) const {
+        const size_t cut = tooWide <= 2 ? 1 : tooWide - 1;
+        for (size_t n = cut; n >= 1; --n) {
+            if (n == mRest.size() || !JoinsPrevious(mRest[n - 1], mRest[n])) {
+                return n;
+            }
+        }
+        return cut;
+    }
+
+    // Longer texts would overflow the arithmetic of the text layout below the device context.
+    static constexpr size_t kLongestStep = 65536;
+
+    const int32_t mMaxWidth;
+    const TextMeasure& mMeasure;
+    std::wstring_view mRest;
+    int32_t mSlack = 0;
+    // Where to measure first, from the length of the line before.
+    size_t mReach = 32;
+    // Of Width, by n.
+    std::map<size_t, int32_t> mWidths;
+};
+
+void AppendLine(std::wstring_view line, int32_t maxWidth, const TextMeasure& measure,
+                WrappedText& wrapped) {
+    wxSize extent = measure(ToText(line));
+    const std::wstring_view trimmed = Trim(line);
+    if (extent.x > maxWidth && !trimmed.empty() && trimmed.size() < line.size()) {
+        // Only the white space of an indented text made it too wide.
+        line = trimmed;
+        extent = measure(ToText(line));
+    }
+    wrapped.Lines.push_back(ToText(line));
+    wrapped.LineWidths.push_back(extent.x);
+    // A line that borrows letters from a second font is higher than others.
+    wrapped.LineHeight = std::max(wrapped.LineHeight, extent.y);
+}
+
+}  // namespace
+
+WrappedText WrapText(const wxString& text, int32_t maxWidth, const TextMeasure& measure,
+                     size_t lineLimit) {
+    WrappedText wrapped;
+    std::wstring characters = text.ToStdWstring();
+    std::replace_if(characters.begin(), characters.end(), IsLineSeparator, L' ');
+    std::wstring_view left = characters;
+    if (Trim(left).empty()) {
+        return wrapped;
+    }
+    LineCutter cutter(maxWidth, measure);
+    while (!left.empty() && wrapped.Lines.size() <= lineLimit) {
+        const size_t end = std::min(left.find(L'\n'), left.size());
+        std::wstring_view rest = left.substr(0, end);
+        left.remove_prefix(std::min(end + 1, left.size()));
+        while (!rest.empty() && wrapped.Lines.size() <= lineLimit) {
+            const size_t taken = cutter.Take(rest);
+            AppendLine(rest.substr(0, taken), maxWidth, measure, wrapped);
+            rest = Trim(rest.substr(taken));
+        }
+    }
+    return wrapped;
+}
