@@ -1,6 +1,6 @@
 #include "study/StudyFrame.h"
 
-#include <wx/cshelp.h>
+#include <wx/config.h>
 #include <wx/msgdlg.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
@@ -17,6 +17,7 @@
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
+#include "study/AccessibleName.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
 #include "study/RescoreMessageBox.h"
@@ -46,14 +47,11 @@ const char* const kCompactKey = "CompactScoring";
 
 constexpr long kHandheldStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
 
-wxString FindHelp(wxWindow* window, const wxPoint& pointer) {
-    // What has no help of its own shows that of the window around it.
-    wxString help;
-    for (; window != nullptr && help.empty(); window = window->GetParent()) {
-        help = window->GetHelpTextAtPoint(window->ScreenToClient(pointer),
-                                          wxHelpEvent::Origin_Unknown);
+// A hidden window would take the focus and lose the keys.
+void GiveFocus(wxWindow& window) {
+    if (window.IsShown()) {
+        window.SetFocus();
     }
-    return help;
 }
 
 }  // namespace
@@ -196,12 +194,13 @@ void StudyFrame::UpdateCard(bool newCard) {
         UpdateScorePosition();
         UpdateStatusTexts();
         UpdateSides(card);
+        TellAccessibility();
     } else {
         UpdateMessage();
     }
     const wxWindow* const focus = FindFocus();
     if (focus == nullptr || focus == this) {
-        mpQuickScore->SetFocus();
+        GiveFocus(*mpQuickScore);
     }
 }
 
@@ -258,6 +257,13 @@ void StudyFrame::UpdateScorePosition() {
     mpQuickScore->ClearMark();
     mpCardViewer->SetHint(mBackShown ? _("This is the back of a flash card")
                                      : _("The back side of this flash card is hidden"));
+}
+
+void StudyFrame::TellAccessibility() {
+    const wxString second =
+        IsBackVisible() ? mpCardViewer->GetSecondText() : mpCardViewer->GetHint();
+    SetAccessibleName(*mpCardViewer, mpCardViewer->GetFirstText() + "\n" + second);
+    SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
 }
 
 void StudyFrame::UpdateStatusTexts() {
@@ -365,12 +371,12 @@ void StudyFrame::OnActivate(wxActivateEvent& event) {
     event.Skip();
     if (event.GetActive() && !IsBeingDeleted()) {
         mServices.FrameActivated(*this);
-        mpChildFocus->SetFocus();
+        GiveFocus(*mpChildFocus);
     }
 }
 
 void StudyFrame::OnSetFocus(wxFocusEvent& /*event*/) {
-    mpChildFocus->SetFocus();
+    GiveFocus(*mpChildFocus);
 }
 
 void StudyFrame::OnChildFocus(wxChildFocusEvent& event) {
@@ -383,7 +389,7 @@ void StudyFrame::OnChildFocus(wxChildFocusEvent& event) {
 }
 
 void StudyFrame::OnNavigationKey(wxNavigationKeyEvent& /*event*/) {
-    mpQuickScore->SetFocus();
+    GiveFocus(*mpQuickScore);
 }
 
 void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
@@ -410,25 +416,15 @@ void StudyFrame::DoGiveHelp(const wxString& help, bool show) {
 
 void StudyFrame::OnIdle(wxIdleEvent& event) {
     event.Skip();
-    if (mGivingHelp) {
-        return;
-    }
-    const wxPoint pointer = wxGetMousePosition();
-    wxWindow* window = wxFindWindowAtPoint(pointer);
-    // Geometry alone finds windows, also those of a frame that lies below.
-    if (window == nullptr || !IsDescendant(window)) {
-        window = this;
-    }
-    if (mpToolBar->IsDescendant(window)) {
-        return;
-    }
-    const wxString help = FindHelp(window, pointer);
-    if (mpStatusBar->GetStatusText(kReadyField) != help) {
+    // The ready text, which is the help of the window and of all that it holds but the tools.
+    const wxString help = GetHelpText();
+    if (!mGivingHelp && mpStatusBar->GetStatusText(kReadyField) != help) {
         mpStatusBar->SetStatusText(help, kReadyField);
     }
 }
 
 void StudyFrame::OnScoreCursor(wxCommandEvent& /*event*/) {
+    SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
     if (mpScheduler != nullptr && !mpScheduler->GetCurrentCardId().IsZero() && !IsRecent()) {
         mDefaultScore = kHighestScore - mpQuickScore->GetSelection();
     }

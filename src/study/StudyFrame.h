@@ -84,6 +84,8 @@ class StudyFrame : public wxFrame {
     void UpdateScorePosition();
     void UpdateStatusTexts();
     void UpdateSides(const FlashCard& card);
+    // The controls paint themselves: what they show is told in words.
+    void TellAccessibility();
 
     void ApplyIntroduction();
     void SetCardLayout(int orientation);

@@ -1,0 +1,180 @@
+// What reaches the study window from outside: commands of its menus, changes of the store and of
+// the settings, and its own end.
+
+#include <wx/config.h>
+#include <wx/settings.h>
+
+#include "study/StudyFrameFixture.h"
+
+namespace {
+
+using StudyFrameChange = StudyFrameTest;
+
+TEST_F(StudyFrameChange, AnEditElsewhereKeepsTheStepOfStudy) {
+    FlashCard card = InsertCards(1).front();
+    Open();
+    Key('1');
+    card.Back = "another back";
+    ASSERT_EQ(mDatabase.UpdateFlashCard(card), 0);
+    mDatabase.Notify();
+    EXPECT_EQ(State(), "back");
+    EXPECT_EQ(Viewer().GetSecondText(), "another back");
+    EXPECT_EQ(Scores().GetSelection(), 4);
+}
+
+TEST_F(StudyFrameChange, ACardIsDeletedAfterAQuestion) {
+    const std::vector<FlashCard> cards = InsertCards(2);
+    Open();
+    ModalAnswers answers;
+    answers.Expect(wxID_CANCEL);
+    Command(wxID_DELETE);
+    EXPECT_EQ(answers.Dialogs.at(0).Title, "Delete Card");
+    EXPECT_EQ(answers.Dialogs.at(0).Message, "Do you really want to delete this card?");
+    EXPECT_EQ(Viewer().GetFirstText(), "front 1");
+
+    Key('5');
+    Key('5');
+    Key(WXK_LEFT);
+    answers.Expect(wxID_OK);
+    Command(wxID_DELETE);
+    EXPECT_EQ(State(), "front") << "its place in the history has gone";
+    EXPECT_EQ(Viewer().GetFirstText(), "front 2");
+
+    answers.Expect(wxID_OK);
+    Command(wxID_DELETE);
+    EXPECT_EQ(State(), "message");
+    EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), std::vector<std::string>{"0"});
+}
+
+TEST_F(StudyFrameChange, CardCommandsNameTheCardOnShow) {
+    const FlashCard card = InsertCards(1).front();
+    std::vector<int64_t> rowIds;
+    ASSERT_EQ(mDatabase.SelectRowIdById(card.CardId, rowIds), 0);
+    Open();
+    for (const int id : std::vector<int>{wxID_OPEN, ID_EXPORT, wxID_CUT, wxID_COPY}) {
+        EXPECT_TRUE(IsEnabled(id)) << id;
+        Command(id);
+    }
+    ASSERT_EQ(mServices.Edited.size(), 1U);
+    EXPECT_EQ(mServices.Edited[0].CardId, card.CardId);
+    EXPECT_EQ(mServices.Exported, std::vector<std::vector<int64_t>>{rowIds});
+    ASSERT_EQ(mServices.Taken.size(), 2U);
+    EXPECT_EQ(mServices.Taken[0].RowIds, rowIds);
+    EXPECT_TRUE(mServices.Taken[0].Cut);
+    EXPECT_FALSE(mServices.Taken[1].Cut);
+
+    mServices.HasEditor = mServices.HasExport = mServices.HasClipboard = false;
+    for (const int id : std::vector<int>{wxID_OPEN, ID_EXPORT, wxID_CUT, wxID_COPY, wxID_UNDO,
+                                         wxID_PASTE, wxID_SELECTALL}) {
+        EXPECT_FALSE(IsEnabled(id)) << id;
+    }
+    EXPECT_TRUE(IsEnabled(wxID_DELETE));
+    EXPECT_TRUE(IsChecked(ID_WINDOW_STUDY));
+}
+
+TEST_F(StudyFrameChange, CompactScoringIsKeptAndTheHorizontalLayoutIsNot) {
+    InsertCards(1);
+    Open();
+    const wxSize size = mpFrame->GetSize();
+    Command(ID_COMPACT_SCORING);
+    EXPECT_TRUE(IsChecked(ID_COMPACT_SCORING));
+    EXPECT_EQ(Scores().GetString(5), ">");
+    EXPECT_LT(Viewer().GetRect().GetRight(), Scores().GetRect().GetLeft());
+    Command(wxID_FORWARD);
+    EXPECT_EQ(Scores().GetString(5), "0");
+    Command(ID_LAYOUT_HORIZONTAL);
+    EXPECT_TRUE(IsChecked(ID_LAYOUT_HORIZONTAL));
+    EXPECT_EQ(OpenSettings()->Read("CardLayout"), "horizontal");
+    EXPECT_EQ(mpFrame->GetSize(), size);
+    Close();
+
+    Open();
+    EXPECT_TRUE(IsChecked(ID_COMPACT_SCORING));
+    EXPECT_EQ(Scores().GetString(0), ">");
+    EXPECT_TRUE(IsChecked(ID_LAYOUT_VERTICAL));
+    Command(wxID_FORWARD);
+    Command(ID_COMPACT_SCORING);
+    EXPECT_EQ(Scores().GetString(5), "0 - Fail (incorrect)");
+    EXPECT_LT(Viewer().GetRect().GetBottom(), Scores().GetRect().GetTop());
+}
+
+TEST_F(StudyFrameChange, TheStatusBarCanBeHidden) {
+    Open();
+    const int height = Message().GetRect().GetHeight();
+    Command(ID_STATUS_BAR, false);
+    EXPECT_FALSE(IsChecked(ID_STATUS_BAR));
+    EXPECT_TRUE(WaitFor([&] { return Message().GetRect().GetHeight() > height; }));
+}
+
+TEST_F(StudyFrameChange, SettingsAreTakenOverAtOnce) {
+    Open();
+    wxFont font(*wxNORMAL_FONT);
+    font.SetPointSize(31);
+    WriteFontSetting("Font", font);
+    WriteColourSetting("FontColor", wxColour(1, 2, 3));
+    WriteColourSetting("StudyBgColor", wxColour(250, 240, 230));
+    mServices.SettingsNotifier.Notify();
+    EXPECT_EQ(Viewer().GetFont().GetPointSize(), 31);
+    EXPECT_EQ(Viewer().GetFirst().TextColour, wxColour(1, 2, 3));
+    EXPECT_EQ(Viewer().GetSecond().TextColour, wxColour(1, 2, 3));
+    EXPECT_EQ(Viewer().GetBackgroundColour(), wxColour(250, 240, 230));
+}
+
+TEST_F(StudyFrameChange, EarlyIntroductionReachesTheScheduler) {
+    const std::vector<FlashCard> cards = InsertCards(3);
+    Open();
+    Key('5');
+    Key('5');
+    mServices.Time.Advance(100000000);
+    // The scored card is due by now. It would come first, were it not for the early introduction.
+    WriteBooleanSetting("EarlyIntroduction", true);
+    WriteIntegerSetting("EarlyIntroductionInterval", 0);
+    mServices.SettingsNotifier.Notify();
+    Key('5');
+    Key('5');
+    EXPECT_EQ(Viewer().GetFirstText(), "front 3");
+}
+
+TEST_F(StudyFrameChange, ThemesAreFollowedWhereNoColourIsSet) {
+    InsertCards(1);
+    Open();
+    Viewer().SetBackgroundColour(*wxRED);
+    wxSysColourChangedEvent event;
+    event.SetEventObject(mpFrame);
+    mpFrame->GetEventHandler()->ProcessEvent(event);
+    EXPECT_EQ(Viewer().GetBackgroundColour(), wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOW));
+    EXPECT_EQ(State(), "front");
+}
+
+TEST_F(StudyFrameChange, AnotherStoreBringsItsOwnCardsAndKeepsTheDirection) {
+    InsertCards(1);
+    Database other(mReport);
+    ASSERT_EQ(other.Open(mDirectory.Path("other.vlm"), mWait), 0);
+    ASSERT_EQ(other.CategoryInsert("Default"), 0);
+    ASSERT_EQ(other.InsertFlashCard(MakeCard("other front", "other back")), 0);
+    Open();
+    Command(ID_STUDY_REVERSE);
+    mpFrame->SetDatabase(&other);
+    EXPECT_EQ(Viewer().GetFirstText(), "other back");
+    EXPECT_EQ(State(), "front");
+    mDatabase.Notify();
+    EXPECT_EQ(Viewer().GetFirstText(), "other back");
+    Close();
+    other.Notify();
+}
+
+TEST_F(StudyFrameChange, ClosingTellsTheApplicationAndRemembersThePlace) {
+    InsertCards(1);
+    Open();
+    wxFrame* const frame = mpFrame;
+    Command(wxID_CLOSE);
+    EXPECT_EQ(mServices.Closed, std::vector<wxFrame*>{frame});
+    EXPECT_EQ(OpenSettings()->Read("LastWindow"), "Study");
+    EXPECT_TRUE(OpenSettings()->HasEntry("StudyFramePosition"));
+    EXPECT_TRUE(wxTopLevelWindows.empty());
+    // Nobody is left to hear these.
+    mDatabase.Notify();
+    mServices.SettingsNotifier.Notify();
+}
+
+}  // namespace
