@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -105,12 +107,11 @@ bool ParseDecimal(const wxString& text, double& value) {
         return false;
     }
     if (result.ec == std::errc::result_out_of_range) {
-        // Too small to tell from nothing is 0; too great has no value.
-        const size_t exponent = ascii.find_first_of("eE");
-        if (exponent == std::string::npos || ascii[exponent + 1] != '-') {
+        // Too small to tell from nothing is as good as 0; too great has no value.
+        number = std::strtod(ascii.c_str(), nullptr);
+        if (std::isinf(number)) {
             return false;
         }
-        number = 0.0;
     } else if (result.ec != std::errc()) {
         return false;
     }

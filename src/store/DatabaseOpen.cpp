@@ -31,12 +31,19 @@ wxString StorePath(const wxString& path) {
     return directory.empty() ? wxString() : directory + wxFILE_SEP_PATH + path;
 }
 
-// False for what the engine would treat as an empty file or wait on: a device, a pipe, a directory.
+// False for what the engine would treat as an empty file or wait on: a device, a pipe, a directory,
+// and a file of a single byte, which it takes for its own mark on an empty one.
 bool CanBeStore(const wxString& path) {
+    const std::filesystem::path file = std::filesystem::u8path(ToUtf8(path));
     std::error_code error;
-    const auto status = std::filesystem::status(std::filesystem::u8path(ToUtf8(path)), error);
-    return status.type() == std::filesystem::file_type::not_found ||
-           status.type() == std::filesystem::file_type::regular;
+    switch (std::filesystem::status(file, error).type()) {
+        case std::filesystem::file_type::not_found:
+            return true;
+        case std::filesystem::file_type::regular:
+            return std::filesystem::file_size(file, error) != 1;
+        default:
+            return false;
+    }
 }
 
 std::u16string ToUtf16(const wxString& text) {

@@ -1,0 +1,38 @@
+#include <gtest/gtest.h>
+
+#include "base/Utf8.h"
+#include "base/WideText.h"
+
+TEST(Text, Utf8TakesEveryTextThereAndBack) {
+    const wxString text(L"a\0\u00e4\u4e2d\U0001F600z", 6);
+    const std::string bytes("a\0\xc3\xa4\xe4\xb8\xad\xf0\x9f\x98\x80z", 12);
+    EXPECT_EQ(ToUtf8(text), bytes);
+    EXPECT_EQ(FromUtf8(bytes), text);
+    wxString broken = "a";
+    broken += wxUniChar(0xD83D);
+    broken += wxUniChar(0x110000);
+    EXPECT_EQ(ToUtf8(broken + "z"), "a\xef\xbf\xbd\xef\xbf\xbdz");
+}
+
+TEST(Text, MalformedUtf8LosesOnlyItsOwnBytes) {
+    const struct {
+        const char* bytes;
+        const wchar_t* text;
+    } cases[] = {
+        {"a\xff z", L"a\uFFFD z"},
+        {"a\xc3", L"a\uFFFD"},
+        {"a\xe4\xb8z", L"a\uFFFD\uFFFDz"},
+        {"\xc0\x80", L"\uFFFD\uFFFD"},
+        {"\xed\xa0\x80", L"\uFFFD\uFFFD\uFFFD"},
+        {"\xf4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"},
+    };
+    for (const auto& [bytes, text] : cases) {
+        EXPECT_EQ(FromUtf8(bytes), text);
+    }
+}
+
+TEST(Text, WideSpaceAndLowerCaseKnowEveryScript) {
+    EXPECT_EQ(TrimWide(L"\u3000\u00A0 a b\t\u202F\n"), "a b");
+    EXPECT_EQ(TrimWide(L" \u3000"), "");
+    EXPECT_EQ(LowerWide(L"\u00c4\u0416A1"), L"\u00e4\u0436a1");
+}

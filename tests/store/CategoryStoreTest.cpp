@@ -1,0 +1,58 @@
+#include "support/StoreFixture.h"
+
+class CategoryStoreTest : public StoreFixture {
+  protected:
+    // "id name" of every category, in the order of the ids.
+    std::vector<std::string> Categories() {
+        return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id");
+    }
+};
+
+TEST_F(CategoryStoreTest, TheSmallestFreeIdIsTakenAndStrayCardsLeaveIt) {
+    EXPECT_EQ(mDatabase.CategoryInsert("One"), 0);
+    EXPECT_EQ(mDatabase.CategoryInsert("Two"), 0);
+    EXPECT_EQ(mDatabase.DeleteCategory(1), 0);
+    const FlashCard stray = Insert(MakeCard("front", "back", 1));
+    EXPECT_EQ(mDatabase.CategoryInsert("Again"), 0);
+    EXPECT_EQ(Categories(), (std::vector<std::string>{"0 Default", "1 Again", "2 Two"}));
+    EXPECT_EQ(Stored(stray.CardId).CategoryId, -1);
+}
+
+TEST_F(CategoryStoreTest, ACategoryWithACardCannotBeDeleted) {
+    const FlashCard card = Insert(MakeCard("front", "back", 0));
+    EXPECT_EQ(mDatabase.DeleteCategory(0), -1);
+    EXPECT_EQ(Categories(), std::vector<std::string>{"0 Default"});
+    EXPECT_EQ(mDatabase.UpdateFlashCardCategory(0, 5), 0);
+    EXPECT_EQ(Stored(card.CardId).CategoryId, 5);
+    EXPECT_EQ(mDatabase.DeleteCategory(0), 0);
+    EXPECT_TRUE(Categories().empty());
+}
+
+TEST_F(CategoryStoreTest, TheLookupSeesNamesAsTheStoreDoes) {
+    EXPECT_EQ(mDatabase.CategoryInsert("007"), 0);
+    std::list<Category> found;
+    EXPECT_EQ(mDatabase.SelectCategoryByName("007", found), 0);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found.front().Name, "7");
+    EXPECT_EQ(mDatabase.UpdateCategory({found.front().Id, L"\u00c4pfel"}), 0);
+    EXPECT_EQ(mDatabase.SelectCategoryByName("007", found), 0);
+    EXPECT_TRUE(found.empty());
+    EXPECT_EQ(mDatabase.SelectCategoryById(1, found), 0);
+    EXPECT_EQ(found.front().Name, L"\u00c4pfel");
+    EXPECT_LT(mDatabase.CategoryInsert("Default"), 0);
+    EXPECT_EQ(mDatabase.GetLastError(), "UNIQUE constraint failed: Categories.Name");
+}
+
+TEST_F(CategoryStoreTest, AGlobalValueIsWrittenOnlyWhenItChanges) {
+    EXPECT_EQ(mDatabase.SetGlobal("key", "1"), 0);
+    const std::string before = ReadBytes(StorePath());
+    EXPECT_EQ(mDatabase.SetGlobalInt("key", 1), 0);
+    EXPECT_TRUE(ReadBytes(StorePath()) == before);
+    EXPECT_EQ(mDatabase.SetGlobalInt("key", -20), 0);
+    std::list<int32_t> numbers;
+    EXPECT_EQ(mDatabase.GetGlobalInt("key", numbers), 0);
+    EXPECT_EQ(numbers, std::list<int32_t>{-20});
+    EXPECT_EQ(mDatabase.GetGlobalInt("other", numbers), 0);
+    EXPECT_TRUE(numbers.empty());
+    EXPECT_EQ(Query("SELECT count(*) FROM Globals WHERE Key='key'"), std::vector<std::string>{"1"});
+}

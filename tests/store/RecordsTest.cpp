@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "store/CardSchedule.h"
+#include "store/CardUuid.h"
+#include "store/TimeStamp.h"
+
+TEST(Records, IdentitiesAreReadInTheirThreeForms) {
+    const wxString plain = "00112233-4455-6677-8899-aabbccddeeff";
+    for (const wxString& text : {plain, plain.Upper(), "{" + plain + "}", "(" + plain + ")",
+                                 wxString("00112233445566778899AabBccddEEff")}) {
+        CardUuid uuid;
+        EXPECT_EQ(ParseUuid(text, uuid), 0) << text;
+        EXPECT_EQ(FormatUuid(uuid), plain) << text;
+    }
+    for (const char* text :
+         {"", "00112233-4455-6677-8899-aabbccddeef", "{00112233-4455-6677-8899-aabbccddeeff)",
+          "[00112233-4455-6677-8899-aabbccddeeff]", "001122334455-6677-8899-aabbcc-ddeeff",
+          "00112233-4455-6677-8899-aabbccddee-f", "00112233-4455-6677-8899-aabbccddeefg",
+          "{00112233445566778899aabbccddeeff}",
+          "{0x00112233,0x4455,0x6677,{0x88,0x99,0xaa,0xbb,0xcc,0xdd,0xee,0xff}}"}) {
+        CardUuid uuid;
+        uuid.Bytes[5] = 1;
+        const CardUuid before = uuid;
+        EXPECT_EQ(ParseUuid(text, uuid), 3) << text;
+        EXPECT_EQ(uuid, before) << text;
+    }
+}
+
+TEST(Records, AFreshIdentityIsOfVersion4InNetworkOrder) {
+    CardUuid uuid;
+    const auto counting = [](uint8_t* bytes, size_t count) {
+        for (size_t i = 0; i < count; ++i) {
+            bytes[i] = static_cast<uint8_t>(0xF0 + i);
+        }
+        return true;
+    };
+    EXPECT_EQ(GenerateUuid(uuid, counting), 0);
+    EXPECT_EQ(FormatUuid(uuid), "f3f2f1f0-f5f4-47f6-b8f9-fafbfcfdfeff");
+    const CardUuid before = uuid;
+    EXPECT_EQ(GenerateUuid(uuid, [](uint8_t*, size_t) { return false; }), 2);
+    EXPECT_EQ(uuid, before);
+    EXPECT_EQ(GenerateUuid(uuid), 0);
+    EXPECT_EQ(FormatUuid(uuid)[14], '4');
+    EXPECT_NE(uuid, before);
+}
+
+TEST(Records, TimeStampsAreReadAndWrittenInUtc) {
+    const struct {
+        const wchar_t* text;
+        const char* canonical;
+    } cases[] = {
+        {L"2005-01-02 03:04:05Z", "2005-01-02 03:04:05Z"},
+        {L"2005-1-2 3:4:5", "2005-01-02 03:04:05Z"},
+        {L" +2005- 1-2  3:4:5Z", "2005-01-02 03:04:05Z"},
+        {L"1970-01-01 00:00:00Z", "1970-01-01 00:00:00Z"},
+        {L"2000-02-29 23:59:59Z", "2000-02-29 23:59:59Z"},
+        {L"2005-02-31 10:00:00Z", "2005-03-03 10:00:00Z"},
+        {L"9999-12-31 23:59:59Z", "9999-12-31 23:59:59Z"},
+        {L"2005-01-02 ::", "2005-01-02 00:00:00Z"},
+        {L"1969-12-31 23:59:59Z", nullptr},
+        {L"10000-01-01 00:00:00Z", nullptr},
+        {L"2005-01-02 03:04:05ZZ", nullptr},
+        {L"2005-01-02 03:04:05Z ", nullptr},
+        {L"2005-13-01 00:00:00Z", nullptr},
+        {L"2005-01-00 00:00:00Z", nullptr},
+        {L"2005-01-02 24:00:00Z", nullptr},
+        {L"2005-01-02 03:04:60Z", nullptr},
+        {L"2005-01-02T03:04:05Z", nullptr},
+        {L"2005-01-02 -3:04:05Z", nullptr},
+        {L"18446744073709553621-01-02 03:04:05Z", nullptr},
+        {L"2005-01-02", nullptr},
+        {L"", nullptr},
+    };
+    for (const auto& [text, canonical] : cases) {
+        const wxDateTime before(time_t{77});
+        wxDateTime time = before;
+        EXPECT_EQ(ParseTimeStamp(text, time), canonical != nullptr ? 0 : -1) << wxString(text);
+        EXPECT_EQ(canonical != nullptr ? FormatTimeStamp(time) : "", wxString(canonical));
+        EXPECT_TRUE(canonical != nullptr || time == before) << wxString(text);
+    }
+    wxDateTime time;
+    ASSERT_EQ(ParseTimeStamp("2009-02-13 23:31:30Z", time), 0);
+    EXPECT_EQ(time.GetTicks(), 1234567890);
+    EXPECT_EQ(FormatTimeStamp(wxDateTime(wxLongLong(-1))), "1969-12-31 23:59:59Z");
+}
+
+TEST(Records, NextReviewAddsTheWholeSecondsWithin32Bits) {
+    const struct {
+        float interval;
+        int64_t wait;
+    } cases[] = {
+        {5.0f, 5},
+        {59.9f, 59},
+        {0.9f, 0},
+        {-1.5f, -1},
+        {3e9f, 2147483647},
+        {-3e9f, -2147483648},
+        {INFINITY, 2147483647},
+        {NAN, 0},
+    };
+    for (const auto& [interval, wait] : cases) {
+        CardSchedule schedule;
+        schedule.LastReview = wxDateTime(time_t{2000000000});
+        schedule.ReviewInterval = interval;
+        EXPECT_EQ(schedule.NextReview().GetValue(), wxLongLong((2000000000 + wait) * 1000));
+    }
+}

@@ -1,0 +1,83 @@
+#include <sqlite3.h>
+
+#include "support/StoreFixture.h"
+
+class StatementTest : public StoreFixture {
+  protected:
+    StatementRun Run(const char* sql) { return {mDatabase, mDatabase.GetStatement(sql)}; }
+};
+
+TEST_F(StatementTest, ANestedRunFailsAndLeavesTheFirstAlone) {
+    const char* const sql = "SELECT 1 UNION SELECT 2";
+    {
+        StatementRun first = Run(sql);
+        ASSERT_EQ(first.Step("first"), 0);
+        {
+            StatementRun second = Run(sql);
+            EXPECT_EQ(second.BindInt(1, 1), -1);
+            EXPECT_EQ(second.Step("second"), -1);
+            EXPECT_EQ(second.ColumnText(0), "");
+        }
+        ASSERT_EQ(first.Step("first"), 0);
+        EXPECT_EQ(first.ColumnInt(0), 2);
+    }
+    // Left in the middle, it begins anew.
+    StatementRun again = Run(sql);
+    ASSERT_EQ(again.Step("again"), 0);
+    EXPECT_EQ(again.ColumnInt(0), 1);
+    EXPECT_TRUE(mReport.Texts.empty());
+}
+
+TEST_F(StatementTest, TimesAreBoundInWholeSecondsOf31Bits) {
+    const struct {
+        int64_t milliseconds;
+        int64_t bound;
+    } cases[] = {
+        {0, 0},
+        {1999, 1},
+        {-1, -1},
+        {-1000, -1},
+        {2147483646999, 2147483646},
+        {2147483647000, -1},
+        {wxINT64_MIN, -1},
+    };
+    for (const auto& [milliseconds, bound] : cases) {
+        StatementRun run = Run("SELECT ?");
+        ASSERT_EQ(run.BindTime(1, wxDateTime(wxLongLong(milliseconds))), 0);
+        ASSERT_EQ(run.Step("time"), 0);
+        EXPECT_EQ(run.ColumnInt64(0), bound) << milliseconds;
+        EXPECT_EQ(run.ColumnTime(0).GetValue(), wxLongLong(bound * 1000)) << milliseconds;
+    }
+}
+
+TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
+    const FlashCard card = Insert(MakeCard("front", "back"));
+    EXPECT_LT(mDatabase.InsertFlashCard(card), 0);
+    EXPECT_EQ(mDatabase.GetLastErrorCode(), SQLITE_CONSTRAINT_PRIMARYKEY);
+    EXPECT_EQ(mDatabase.GetLastError(), "UNIQUE constraint failed: Cards.CardId");
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(StorePath().utf8_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_EQ(mDatabase.UpdateFlashCard(card), -SQLITE_BUSY);
+    sqlite3_close(other);
+    EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
+    EXPECT_EQ(mReport.Texts,
+              (std::vector<wxString>{"Problem accessing flash cards (UNIQUE constraint failed: "
+                                     "Cards.CardId/InsertFlashCard)",
+                                     "Problem accessing flash cards (5/UpdateFlashCard)"}));
+}
+
+TEST_F(StatementTest, ATextThatCannotBePreparedClosesTheStore) {
+    StatementRun living = Run("SELECT ROWID FROM Categories");
+    ASSERT_EQ(living.Step("living"), 0);
+    std::vector<int64_t> rowIds;
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("NoSuchColumn", rowIds), -1);
+    EXPECT_FALSE(mDatabase.IsOpen());
+    EXPECT_EQ(mDatabase.GetLastError(), "no such column: NoSuchColumn");
+    EXPECT_EQ(living.Step("living"), -1);
+    EXPECT_EQ(mDatabase.InsertFlashCard(MakeCard("front", "back")), -1);
+    EXPECT_TRUE(mDatabase.IsEmpty());
+    EXPECT_EQ(mDatabase.Execute("SELECT 1"), -1);
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("Front", rowIds), -1);
+    Reopen();
+}
