@@ -21,7 +21,8 @@ CharSource::CharSource(wxInputStream& stream, wxFontEncoding encoding)
       mDecoder(encoding == wxFONTENCODING_SYSTEM ? GuessTextEncoding(stream) : encoding),
       mLength(stream.GetLength()),
       mBlockStart(stream.TellI()),
-      mBytes(kBlockSize) {}
+      mBytes(kBlockSize),
+      mText(kBlockSize) {}
 
 bool CharSource::Fill() {
     while (!mEnded) {
@@ -32,10 +33,11 @@ bool CharSource::Fill() {
         mHeld += mStream.LastRead();
         mEnded = mStream.LastRead() == 0;
         mFailed = mStream.GetLastError() == wxSTREAM_READ_ERROR;
-        mText.clear();
+        wchar_t* textEnd = mText.data();
+        mBlockSize = mDecoder.Decode(mBytes.data(), mHeld, mEnded, textEnd);
+        mTextSize = static_cast<size_t>(textEnd - mText.data());
         mNext = 0;
-        mBlockSize = mDecoder.Decode(mBytes.data(), mHeld, mEnded, mText);
-        if (!mText.empty()) {
+        if (mTextSize > 0) {
             return true;
         }
     }
@@ -46,7 +48,7 @@ void CharSource::ReadLine(std::wstring& line) {
     line.clear();
     while (!AtEnd()) {
         const wchar_t* const begin = mText.data() + mNext;
-        const wchar_t* const end = mText.data() + mText.size();
+        const wchar_t* const end = mText.data() + mTextSize;
         const wchar_t* const lineBreak = std::find_if(begin, end, IsLineBreak);
         line.append(begin, lineBreak);
         mNext += static_cast<size_t>(lineBreak - begin);
@@ -66,9 +68,9 @@ float CharSource::GetProgress() const {
         return 1.0f;
     }
     double position = static_cast<double>(mBlockStart);
-    if (!mText.empty()) {
+    if (mTextSize > 0) {
         position += static_cast<double>(mBlockSize) * static_cast<double>(mNext) /
-                    static_cast<double>(mText.size());
+                    static_cast<double>(mTextSize);
     }
     return std::min(1.0f, static_cast<float>(position / static_cast<double>(mLength)));
 }

@@ -20,7 +20,7 @@ class CharSource {
     // For a text without a mark the encoding is found by a look at the whole text.
     CharSource(wxInputStream& stream, wxFontEncoding encoding);
 
-    bool AtEnd() { return mNext == mText.size() && !Fill(); }
+    bool AtEnd() { return mNext == mTextSize && !Fill(); }
     // The next character, or 0 at the end.
     wchar_t GetChar() { return AtEnd() ? L'\0' : mText[mNext++]; }
     // The text up to the next CR, LF, CR LF or the end, without that line break.
@@ -43,7 +43,9 @@ class CharSource {
     std::vector<uint8_t> mBytes;
     size_t mBlockSize = 0;
     size_t mHeld = 0;
-    std::wstring mText;
+    // Characters of the block, and how many were delivered.
+    std::vector<wchar_t> mText;
+    size_t mTextSize = 0;
     size_t mNext = 0;
     bool mEnded = false;
     bool mFailed = false;

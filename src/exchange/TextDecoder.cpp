@@ -1,21 +1,23 @@
 #include "exchange/TextDecoder.h"
 
+#include <cstring>
+
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-void Append(std::wstring& text, char32_t character) {
+void Append(wchar_t*& text, char32_t character) {
     if (character == 0) {
         character = kReplacement;
     }
     if constexpr (sizeof(wchar_t) == 2) {
         if (character > 0xFFFF) {
-            text.push_back(static_cast<wchar_t>(0xD7C0 + (character >> 10)));
-            text.push_back(static_cast<wchar_t>(0xDC00 + (character & 0x3FF)));
+            *text++ = static_cast<wchar_t>(0xD7C0 + (character >> 10));
+            *text++ = static_cast<wchar_t>(0xDC00 + (character & 0x3FF));
             return;
         }
     }
-    text.push_back(static_cast<wchar_t>(character));
+    *text++ = static_cast<wchar_t>(character);
 }
 
 enum class Sequence { kWhole, kBroken, kCut };
@@ -55,7 +57,7 @@ Utf8Step ReadUtf8(const uint8_t* bytes, const uint8_t* end) {
     return {Sequence::kWhole, length, character};
 }
 
-size_t DecodeUtf8(const uint8_t* begin, const uint8_t* end, bool last, std::wstring& text) {
+size_t DecodeUtf8(const uint8_t* begin, const uint8_t* end, bool last, wchar_t*& text) {
     const uint8_t* at = begin;
     while (at != end) {
         if (*at < 0x80) {
@@ -73,7 +75,7 @@ size_t DecodeUtf8(const uint8_t* begin, const uint8_t* end, bool last, std::wstr
 }
 
 template <bool kBigEndian>
-size_t DecodeUtf16(const uint8_t* begin, const uint8_t* end, bool last, std::wstring& text) {
+size_t DecodeUtf16(const uint8_t* begin, const uint8_t* end, bool last, wchar_t*& text) {
     const auto unit = [](const uint8_t* at) -> char32_t {
         return kBigEndian ? char32_t{at[0]} << 8 | at[1] : char32_t{at[1]} << 8 | at[0];
     };
@@ -100,6 +102,22 @@ size_t DecodeUtf16(const uint8_t* begin, const uint8_t* end, bool last, std::wst
     return static_cast<size_t>(at - begin);
 }
 
+const uint8_t* SkipAscii(const uint8_t* at, const uint8_t* end) {
+    constexpr uint64_t kHighBits = 0x8080808080808080;
+    uint64_t eight = 0;
+    while (end - at >= 8) {
+        std::memcpy(&eight, at, 8);
+        if ((eight & kHighBits) != 0) {
+            break;
+        }
+        at += 8;
+    }
+    while (at != end && *at < 0x80) {
+        ++at;
+    }
+    return at;
+}
+
 // Characters of the bytes 80 to 9F. The five that the code page leaves open stand for themselves,
 // so that no byte is lost.
 constexpr char32_t kWindows1252[32] = {
@@ -107,7 +125,7 @@ constexpr char32_t kWindows1252[32] = {
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-size_t DecodeWindows1252(const uint8_t* begin, const uint8_t* end, bool, std::wstring& text) {
+size_t DecodeWindows1252(const uint8_t* begin, const uint8_t* end, bool, wchar_t*& text) {
     for (const uint8_t* at = begin; at != end; ++at) {
         Append(text, *at >= 0x80 && *at < 0xA0 ? kWindows1252[*at - 0x80] : *at);
     }
@@ -129,7 +147,11 @@ TextDecoder::TextDecoder(wxFontEncoding encoding) : mDecode(&DecodeWindows1252) 
 size_t CheckUtf8(const uint8_t* bytes, size_t count, bool last, bool& valid) {
     const uint8_t* const end = bytes + count;
     const uint8_t* at = bytes;
-    while (at != end && valid) {
+    while (valid) {
+        at = SkipAscii(at, end);
+        if (at == end) {
+            break;
+        }
         const Utf8Step step = ReadUtf8(at, end);
         if (step.Kind == Sequence::kCut && !last) {
             break;

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 // Turns the bytes of a text file into characters. No input stops it: what is no character of the
 // encoding (a broken sequence, half a surrogate pair, an odd byte at the end) becomes U+FFFD, one
@@ -15,16 +14,16 @@ class TextDecoder {
     // UTF-8, UTF-16 in either byte order; anything else counts as Windows-1252.
     explicit TextDecoder(wxFontEncoding encoding);
 
-    // Appends the characters of the bytes to the text and returns how many bytes that took. The
-    // beginning of a character at the end of the bytes is left for the next call, unless these are
-    // the last bytes.
-    size_t Decode(const uint8_t* bytes, size_t count, bool last, std::wstring& text) const {
+    // Writes the characters of the bytes, which are no more than the bytes, and moves text behind
+    // them. Returns how many bytes that took: the beginning of a character at the end of the bytes
+    // is left for the next call, unless these are the last bytes.
+    size_t Decode(const uint8_t* bytes, size_t count, bool last, wchar_t*& text) const {
         return mDecode(bytes, bytes + count, last, text);
     }
 
   private:
     using DecodeFunction = size_t (*)(const uint8_t* begin, const uint8_t* end, bool last,
-                                      std::wstring& text);
+                                      wchar_t*& text);
     DecodeFunction mDecode;
 };
 
