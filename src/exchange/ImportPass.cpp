@@ -1,0 +1,266 @@
+#include "exchange/ImportPass.h"
+
+#include <wx/intl.h>
+
+#include <new>
+
+#include "exchange/CardRecordReader.h"
+#include "exchange/ImportCategories.h"
+#include "exchange/ImportMessages.h"
+#include "exchange/ImportRecord.h"
+#include "exchange/ImportSource.h"
+#include "exchange/IntroductionOrders.h"
+#include "store/Database.h"
+
+namespace {
+
+// The steps of one pass. A step that fails puts the reason into the result and gives false.
+class Pass {
+  public:
+    Pass(const ImportFile& file, Database& database, ImportResult& result,
+         const ImportPassOptions& options)
+        : mFile(file),
+          mDatabase(database),
+          mResult(result),
+          mOptions(options),
+          mCategories(database, result),
+          mOrders(database) {}
+
+    bool Run();
+
+  private:
+    bool ReadRecords();
+    bool Finish();
+    bool TakeRecord();
+    bool FindCategory(ImportRecord& record, int32_t line);
+    bool CheckComplete(const ImportRecord& record);
+    void Preview();
+    bool CheckPairIsNew(const ImportRecord& record);
+    bool Write(ImportRecord& record);
+    bool Insert(ImportRecord& record);
+    bool Merge(ImportRecord& record, int32_t line);
+    bool Update(const FlashCard& card);
+
+    const ImportFile& mFile;
+    Database& mDatabase;
+    ImportResult& mResult;
+    const ImportPassOptions& mOptions;
+    ImportSource mSource;
+    ImportCategories mCategories;
+    IntroductionOrders mOrders;
+};
+
+bool Pass::Run() {
+    return mCategories.Load() && mSource.Open(mFile, mResult) && ReadRecords();
+}
+
+bool Pass::ReadRecords() {
+    CardRecordReader& reader = mSource.Reader();
+    while (reader.ReadRecord() && !mSource.HasFailed()) {
+        if (mResult.Status == ImportStatus::kCancelled) {
+            return mResult.FailCancelled(reader.GetLineNumber());
+        }
+        mResult.Progress = reader.GetProgress();
+        if (reader.GetAttributeCount() == 0) {
+            continue;
+        }
+        if (!TakeRecord()) {
+            return false;
+        }
+        if (mOptions.PreviewAttributes != nullptr) {
+            Preview();
+            return true;
+        }
+    }
+    return Finish();
+}
+
+// The reader has no further record.
+bool Pass::Finish() {
+    const CardRecordReader& reader = mSource.Reader();
+    const int32_t line = reader.GetLineNumber();
+    if (mSource.HasFailed()) {
+        mResult.LineNumber = line;
+        return mResult.Fail(UnreadableFileMessage(mFile.Name));
+    }
+    switch (reader.GetError()) {
+        case CardRecordReader::kMissingSeparator:
+            mResult.LineNumber = line;
+            return mResult.Fail(_("Line is missing the colon (:) symbol"));
+        case CardRecordReader::kRepeatedAttribute:
+            mResult.LineNumber = line;
+            return mResult.Fail(RepeatedAttributeMessage());
+        default:
+            break;
+    }
+    return mResult.Advance(ImportStatus::kRunning, ImportStatus::kFinished) ||
+           mResult.FailCancelled(line);
+}
+
+bool Pass::TakeRecord() {
+    const CardRecordReader& reader = mSource.Reader();
+    const int32_t line = reader.GetAttribute(0).Line;
+    ImportRecord record;
+    if (!record.Read(reader, mDatabase, mResult)) {
+        return false;
+    }
+    mResult.LineNumber = line;
+    if (!FindCategory(record, line) || !CheckComplete(record)) {
+        return false;
+    }
+    record.JoinSecondTexts();
+    if (mOptions.PreviewAttributes != nullptr) {
+        return true;
+    }
+    return mOptions.ValidateOnly ? CheckPairIsNew(record) : Write(record);
+}
+
+bool Pass::FindCategory(ImportRecord& record, int32_t line) {
+    int32_t& id = record.Card.CategoryId;
+    if (mOptions.ValidateOnly) {
+        const bool ask = mOptions.AskCategories && record.NamesCategory;
+        return mCategories.FindOrAsk(record.CategoryName, ask, line, id);
+    }
+    if (!mCategories.FindOrCreate(record.CategoryName, id)) {
+        return false;
+    }
+    if (mOptions.TouchedCategories != nullptr) {
+        mOptions.TouchedCategories->insert(id);
+    }
+    return true;
+}
+
+bool Pass::CheckComplete(const ImportRecord& record) {
+    if (record.IsStored()) {
+        return true;
+    }
+    if (!record.Has(kAttributeFront)) {
+        return mResult.Fail(_("New import cards must have a front attribute."));
+    }
+    if (!record.Has(kAttributeBack)) {
+        return mResult.Fail(_("New import cards must have an back attribute."));
+    }
+    return true;
+}
+
+void Pass::Preview() {
+    const CardRecordReader& reader = mSource.Reader();
+    for (uint32_t i = 0; i < reader.GetAttributeCount(); ++i) {
+        mOptions.PreviewAttributes->push_back(reader.GetAttribute(i));
+    }
+}
+
+// A record without an id must not bring a pair of texts that a card of the store has already.
+bool Pass::CheckPairIsNew(const ImportRecord& record) {
+    if (record.Has(kAttributeId)) {
+        return true;
+    }
+    std::list<FlashCard> cards;
+    if (mDatabase.SelectCardsByFrontBack(record.Card.Front, record.Card.Back, cards) < 0) {
+        return mResult.Fail(StoreReadMessage(mDatabase));
+    }
+    return cards.empty() ||
+           mResult.Fail(_("Duplicate Card: There is already a card in the database with this "
+                          "front/back pair."));
+}
+
+bool Pass::Write(ImportRecord& record) {
+    if (record.Has(kAttributeIntroductionOrder)) {
+        mOrders.Note(record.Card.CategoryId, record.Card.IntroductionOrder);
+    }
+    if (!record.IsStored()) {
+        return Insert(record);
+    }
+    if (record.IsDuplicate()) {
+        ++mResult.DuplicatesIgnored;
+        return true;
+    }
+    return Merge(record, mResult.LineNumber);
+}
+
+bool Pass::Insert(ImportRecord& record) {
+    FlashCard& card = record.Card;
+    if (!record.Has(kAttributeId)) {
+        const int failure = GenerateUuid(card.CardId);
+        if (failure != 0) {
+            return mResult.Fail(
+                wxString::Format(_("Unable to add flash card to database.  (%i:%s)"), failure,
+                                 _("no random numbers")));
+        }
+    }
+    if (!record.Has(kAttributeIntroductionOrder)) {
+        card.IntroductionOrder = mOrders.Take(card.CategoryId);
+    }
+    if (mDatabase.InsertFlashCard(card) < 0) {
+        return mResult.Fail(
+            StoreMessage(_("Unable to add flash card to database.  (%i:%s)"), mDatabase));
+    }
+    ++mResult.RecordsInserted;
+    return true;
+}
+
+// A stored card and its imported version differ.
+bool Pass::Merge(ImportRecord& record, int32_t line) {
+    const FlashCard& stored = record.Stored.front();
+    const bool sameTexts = record.Card.Front == stored.Front && record.Card.Back == stored.Back;
+    if (sameTexts || mResult.Policy == MergePolicy::kKeepImported) {
+        return Update(record.Card);
+    }
+    if (mResult.Policy == MergePolicy::kKeepDatabase) {
+        // Counted as merged: the conflict was settled.
+        ++mResult.RecordsMerged;
+        return true;
+    }
+    mResult.DatabaseCard = stored;
+    mResult.ImportedCard = record.Card;
+    mResult.AttributeMask = record.Mask;
+    return mResult.Ask(ImportRequest::kMerge, line) && Update(mResult.MergedCard);
+}
+
+bool Pass::Update(const FlashCard& card) {
+    if (mDatabase.UpdateFlashCard(card) < 0) {
+        return mResult.Fail(StoreMessage(_("Unable to update flash card.  (%i:%s)"), mDatabase));
+    }
+    ++mResult.RecordsMerged;
+    return true;
+}
+
+}  // namespace
+
+int ImportPass(const ImportFile& file, Database& database, ImportResult& result,
+               const ImportPassOptions& options) {
+    try {
+        return Pass(file, database, result, options).Run() ? 0 : -1;
+    } catch (const std::bad_alloc&) {
+        // A record too long for the memory, such as a quote that a huge file never closes.
+        result.Fail(UnreadableFileMessage(file.Name));
+        return -1;
+    }
+}
+
+int ImportCards(const ImportFile& file, Database& database, ImportResult& result,
+                bool askCategories, std::set<int32_t>* touchedCategories) {
+    ImportPassOptions options;
+    options.AskCategories = askCategories;
+    if (file.Format != ImportFormat::kVersion1Store) {
+        options.ValidateOnly = true;
+        if (ImportPass(file, database, result, options) < 0) {
+            return -1;
+        }
+        if (!result.Advance(ImportStatus::kFinished, ImportStatus::kRunning)) {
+            result.FailCancelled(result.LineNumber);
+            return -1;
+        }
+    }
+    options.ValidateOnly = false;
+    options.TouchedCategories = touchedCategories;
+    return ImportPass(file, database, result, options);
+}
+
+bool ImportPreview(const ImportFile& file, Database& database, ImportResult& result,
+                   std::vector<CardAttribute>& attributes) {
+    ImportPassOptions options;
+    options.ValidateOnly = true;
+    options.PreviewAttributes = &attributes;
+    return ImportPass(file, database, result, options) < 0;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+
+#include "exchange/ImportPass.h"
+#include "support/StoreFixture.h"
+
+// A real store, and files to import into it.
+class ImportFixture : public StoreFixture {
+  protected:
+    // Writes the bytes to a file.
+    ImportFile TextFile(const std::string& bytes, ImportFormat format = ImportFormat::kVlmText,
+                        wchar_t delimiter = L',') {
+        const ImportFile file{mDirectory.Path("import.txt"), format, delimiter};
+        WriteBytes(file.Name, bytes);
+        return file;
+    }
+
+    // Imports without questions, and leaves the outcome in mResult.
+    int Import(const std::string& text) { return Run(TextFile(text)); }
+    int ImportTable(const std::string& text) {
+        return Run(TextFile(text, ImportFormat::kDelimited));
+    }
+
+    // The counters, or the message and its line.
+    std::string Outcome() const {
+        if (mResult->Status == ImportStatus::kFinished) {
+            return std::to_string(mResult->RecordsInserted) + " inserted, " +
+                   std::to_string(mResult->RecordsMerged) + " merged, " +
+                   std::to_string(mResult->DuplicatesIgnored) + " ignored";
+        }
+        return mResult->Message.utf8_string() + " @" + std::to_string(mResult->LineNumber);
+    }
+
+    std::unique_ptr<ImportResult> mResult;
+    std::set<int32_t> mTouched;
+
+  private:
+    int Run(const ImportFile& file) {
+        mResult = std::make_unique<ImportResult>();
+        mTouched.clear();
+        return ImportCards(file, mDatabase, *mResult, false, &mTouched);
+    }
+};

@@ -1,0 +1,246 @@
+// What an import does to a store.
+
+#include "exchange/ImportFixture.h"
+
+namespace {
+
+class ImportIntoStore : public ImportFixture {
+  protected:
+    // A stored card as text, with its fields for a record.
+    FlashCard Card(const char* front = "f", const char* back = "b") {
+        return Insert(MakeCard(front, back));
+    }
+    static std::string Id(const FlashCard& card) {
+        return "id: " + FormatUuid(card.CardId).utf8_string() + "\n";
+    }
+    std::vector<std::string> Cards() {
+        return Query(
+            "SELECT Front, Back, Name, IntroductionOrder FROM Cards LEFT JOIN Categories ON "
+            "CategoryId=Id ORDER BY Cards.rowid");
+    }
+    std::vector<std::string> Categories() {
+        return Query("SELECT Name FROM Categories ORDER BY Id");
+    }
+};
+
+using Lines = std::vector<std::string>;
+
+}  // namespace
+
+TEST_F(ImportIntoStore, InsertsUpdatesOrIgnoresByTheStoredCard) {
+    const FlashCard card = Card();
+    const struct {
+        const char* What;
+        std::string Text;
+        std::string Outcome;
+        Lines Cards;
+    } cases[] = {
+        {"the same", "f: f\nb: b\n", "0 inserted, 0 merged, 1 ignored", {"f|b|Default|0"}},
+        {"only the id", "", "0 inserted, 0 merged, 1 ignored", {"f|b|Default|0"}},
+        {"other notes and chapter",
+         "Notes: n\nChapter: c\n",
+         "0 inserted, 0 merged, 1 ignored",
+         {"f|b|Default|0"}},
+        {"another order",
+         "IntroductionOrder: 5\n",
+         "0 inserted, 1 merged, 0 ignored",
+         {"f|b|Default|5"}},
+        {"another category", "c: Words\n", "0 inserted, 1 merged, 0 ignored", {"f|b|Words|5"}},
+        {"no category moves it back", "", "0 inserted, 1 merged, 0 ignored", {"f|b|Default|5"}},
+        {"another front", "f: g\n", "0 inserted, 1 merged, 0 ignored", {"g|b|Default|5"}},
+        {"a second text for the stored side",
+         "Back2: r\n",
+         "0 inserted, 1 merged, 0 ignored",
+         {"g|b\n\xE3\x80\x90r\xE3\x80\x91|Default|5"}},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(Import(Id(card) + row.Text), 0) << row.What;
+        EXPECT_EQ(Outcome(), row.Outcome) << row.What;
+        EXPECT_EQ(Cards(), row.Cards) << row.What;
+    }
+    EXPECT_EQ(Stored(card.CardId).Notes, "");
+}
+
+TEST_F(ImportIntoStore, KeepsTheScheduleThatARecordDoesNotGive) {
+    FlashCard card = MakeCard("f", "b");
+    card.Forward.Introduced = true;
+    card.Forward.ReviewInterval = 1e6f;
+    card.Reverse.ERC = 9;
+    Insert(card);
+    ASSERT_EQ(Import(Id(card) + "f: g\nLastScore: 3\n"), 0);
+    CardSchedule expected = Stored(card.CardId).Forward;
+    EXPECT_TRUE(expected.Introduced);
+    EXPECT_EQ(expected.ReviewInterval, 1e6f);
+    EXPECT_EQ(expected.LastScore, 3);
+    EXPECT_EQ(Stored(card.CardId).Reverse.ERC, 9);
+}
+
+TEST_F(ImportIntoStore, MakesANewCardForAnUnknownId) {
+    const FlashCard unknown = MakeCard("", "");
+    ASSERT_EQ(Import(Id(unknown) + "f: x\nb: y\n"), 0);
+    EXPECT_EQ(Stored(unknown.CardId).Front, "x");
+    ASSERT_EQ(Import(Id(MakeCard("", "")) + "f: x\n"), -1);
+    EXPECT_EQ(Outcome(), "New import cards must have an back attribute. @1");
+}
+
+// An empty id is as none, wherever it stands.
+TEST_F(ImportIntoStore, MakesIdsForRecordsWithoutOne) {
+    ASSERT_EQ(Import("id:\nf: a\nb: b\n\nf: c\nid:\nb: d\n\nf: e\nb: f\n"), 0);
+    EXPECT_EQ(Query("SELECT count(DISTINCT CardId) FROM Cards WHERE CardId LIKE "
+                    "'________-____-4___-____-____________'"),
+              Lines{"3"});
+}
+
+TEST_F(ImportIntoStore, RefusesANewCardWhosePairOfTextsIsThere) {
+    Insert(MakeCard(L"f\n\u3010r\u3011", "b"));
+    EXPECT_EQ(Import("f: new\nb: b\n\nf: f\nFront2: r\nb: b\n"), -1);
+    EXPECT_EQ(Outcome(),
+              "Duplicate Card: There is already a card in the database with this front/back "
+              "pair. @4");
+    EXPECT_EQ(Cards().size(), 1U);
+    EXPECT_EQ(Import("f: f\nb: b\n"), 0) << "the stored side has a second text";
+    // With an id of its own the pair may repeat, and so it may within one file.
+    EXPECT_EQ(Import(Id(MakeCard("", "")) + "f: f\nb: b\n\nf: g\nb: g\n\nf: g\nb: g\n"), 0);
+    EXPECT_EQ(Cards().size(), 5U);
+}
+
+TEST_F(ImportIntoStore, FindsNothingNewInASecondImportOfTheSameFile) {
+    const std::string text = Id(MakeCard("", "")) + "f: a\nb: b\nc: Words\n\n" +
+                             Id(MakeCard("", "")) + "f: c\nb: d\nc: 007\nLastScore: 2\n";
+    ASSERT_EQ(Import(text), 0);
+    EXPECT_EQ(Outcome(), "2 inserted, 0 merged, 0 ignored");
+    ASSERT_EQ(Import(text), 0);
+    EXPECT_EQ(Outcome(), "0 inserted, 0 merged, 2 ignored");
+}
+
+TEST_F(ImportIntoStore, NumbersNewCardsBehindThoseOfTheirCategory) {
+    FlashCard card = MakeCard("0", "0");
+    card.IntroductionOrder = 7;
+    Insert(card);
+    ASSERT_EQ(ImportTable("f,b,c,introductionorder\n1,1\n"), 0) << "an empty order is 0";
+    const std::string text =
+        "f: a\nb: b\n\n"
+        "f: c\nb: d\nc: Words\n\n"
+        // Before the next number of its category: no effect. At it and past it: moves on.
+        "f: e\nb: f\nIntroductionOrder: 3\n\n"
+        "f: g\nb: h\nIntroductionOrder: 9\n\n"
+        "f: i\nb: j\n\n"
+        "f: k\nb: l\nIntroductionOrder: 2147483647\n\n"
+        "f: m\nb: n\n\n"
+        "f: o\nb: p\nc: Words\n";
+    ASSERT_EQ(Import(text), 0);
+    EXPECT_EQ(Cards(), (Lines{"0|0|Default|7", "1|1|Default|0", "a|b|Default|8", "c|d|Words|0",
+                              "e|f|Default|3", "g|h|Default|9", "i|j|Default|10",
+                              "k|l|Default|2147483647", "m|n|Default|2147483647", "o|p|Words|1"}));
+}
+
+TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
+    ASSERT_EQ(mDatabase.CategoryInsert("7"), 0);
+    ASSERT_EQ(Import("f: a\nb: b\nc: 007\n\nf: c\nb: d\nc: 7.0\n\nf: e\nb: f\nc: words\n\n"
+                     "f: g\nb: h\nc: Words\n\nf: i\nb: j\nc:\n\nf: k\nb: l\nc: 1e1\n\n"
+                     "f: m\nb: n\nc: 10\n"),
+              0)
+        << Outcome();
+    EXPECT_EQ(Categories(), (Lines{"Default", "7", "words", "Words", "10"}));
+    EXPECT_EQ(Query("SELECT CategoryId FROM Cards ORDER BY rowid"),
+              (Lines{"1", "1", "2", "3", "0", "4", "4"}));
+    EXPECT_EQ(mTouched, (std::set<int32_t>{0, 1, 2, 3, 4}));
+}
+
+TEST_F(ImportIntoStore, MakesTheDefaultCategoryWhereItIsMissing) {
+    ASSERT_EQ(mDatabase.DeleteCategory(0), 0);
+    ASSERT_EQ(Import("f: a\nb: b\n"), 0);
+    EXPECT_EQ(Cards(), (Lines{"a|b|Default|0"}));
+}
+
+// Faults in the last record, seen before anything is written.
+TEST_F(ImportIntoStore, LeavesTheStoreFileAloneWhenAnyRecordIsWrong) {
+    Card();
+    mDatabase.Close();
+    const std::string before = ReadBytes(StorePath());
+    std::string good;
+    for (int i = 0; i < 100; ++i) {
+        const std::string number = std::to_string(i);
+        good += "f: f" + number + "\nb: b\nc: c" + number + "\n\n";
+    }
+    for (const char* bad : {"f: f\nb: b\n", "f: x\n", "x", "f: x\nb: y\nLastScore: 6"}) {
+        Reopen();
+        ASSERT_EQ(Import(good + bad), -1) << bad;
+        EXPECT_EQ(mResult->RecordsInserted, 0) << bad;
+        mDatabase.Close();
+        EXPECT_EQ(ReadBytes(StorePath()), before) << bad;
+    }
+    Reopen();
+    EXPECT_EQ(Cards().size(), 1U);
+    EXPECT_EQ(Import(good), 0);
+    EXPECT_EQ(Cards().size(), 101U);
+}
+
+TEST_F(ImportIntoStore, SaysWhatTheStoreRefuses) {
+    const FlashCard card = Card();
+    const std::string record = "f: x\nb: y\n";
+    const struct {
+        const char* Trigger;
+        std::string Text;
+        const char* Outcome;
+    } cases[] = {
+        {"INSERT ON Cards", record, "Unable to add flash card to database.  (1811:no) @1"},
+        {"UPDATE ON Cards", Id(card) + "f: z\n", "Unable to update flash card.  (1811:no) @1"},
+        {"INSERT ON Categories", record + "c: Words\n", "Category create error 1811:no @1"},
+    };
+    for (const auto& row : cases) {
+        ASSERT_EQ(mDatabase.Execute(wxString("CREATE TRIGGER t BEFORE ") + row.Trigger +
+                                    " BEGIN SELECT RAISE(ABORT, 'no'); END"),
+                  0);
+        Reopen();
+        EXPECT_EQ(Import(row.Text), -1);
+        EXPECT_EQ(Outcome(), row.Outcome);
+        EXPECT_EQ(mResult->Status, ImportStatus::kFailed);
+        EXPECT_EQ(mReport.Texts.size(), 1U);
+        mReport.Texts.clear();
+        ASSERT_EQ(mDatabase.Execute("DROP TRIGGER t"), 0);
+        Reopen();
+    }
+    mDatabase.Close();
+    EXPECT_EQ(Import(record), -1);
+    EXPECT_EQ(mResult->Message, "");
+}
+
+TEST_F(ImportIntoStore, RefusesWhatIsNoReadableFile) {
+    ImportResult missing;
+    EXPECT_EQ(ImportCards({mDirectory.Path("none")}, mDatabase, missing, false, nullptr), -1);
+    EXPECT_EQ(missing.Status, ImportStatus::kFailed);
+    EXPECT_EQ(missing.Message, "");
+    EXPECT_EQ(missing.LineNumber, -1);
+    ImportResult directory;
+    EXPECT_EQ(ImportCards({mDirectory.Path(".")}, mDatabase, directory, false, nullptr), -1);
+    EXPECT_EQ(directory.Message, "Unable to read flash cards: " + mDirectory.Path("."));
+    ImportResult legacy;
+    const ImportFile store{StorePath(), ImportFormat::kVersion1Store};
+    EXPECT_EQ(ImportCards(store, mDatabase, legacy, false, nullptr), -1);
+    EXPECT_EQ(legacy.Message,
+              "Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards");
+}
+
+TEST_F(ImportIntoStore, PreviewsTheFirstRecordAndWritesNothing) {
+    Card("a", "b");
+    std::vector<CardAttribute> attributes;
+    ImportResult result;
+    // The pair is in the store, and the second record is wrong: no matter for a preview.
+    const ImportFile text = TextFile("\n#\nQ: a\nA: b\nc: Words\n\nx\n");
+    EXPECT_FALSE(ImportPreview(text, mDatabase, result, attributes));
+    EXPECT_EQ(result.Status, ImportStatus::kRunning);
+    ASSERT_EQ(attributes.size(), 3U);
+    EXPECT_EQ(attributes[0].Name, "Q");
+    EXPECT_EQ(attributes[2].Value, "Words");
+    EXPECT_EQ(Categories(), Lines{"Default"});
+
+    std::vector<CardAttribute> none;
+    EXPECT_FALSE(ImportPreview(TextFile(""), mDatabase, result, none));
+    EXPECT_TRUE(none.empty());
+
+    ImportResult failed;
+    EXPECT_TRUE(ImportPreview(TextFile("Q: a\n"), mDatabase, failed, none));
+    EXPECT_EQ(failed.Message, "New import cards must have an back attribute.");
+    EXPECT_EQ(failed.LineNumber, 1);
+}

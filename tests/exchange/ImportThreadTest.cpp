@@ -1,0 +1,211 @@
+// An import on its worker thread, with the main thread answering its questions.
+
+#include "exchange/ImportThread.h"
+
+#include <chrono>
+#include <deque>
+#include <functional>
+
+#include "exchange/ImportFixture.h"
+#include "exchange/ImportQuestions.h"
+
+namespace {
+
+// Gives prepared answers, and a cancel when it has none.
+class FakeQuestions : public ImportQuestions {
+  public:
+    CategoryAnswer AskNewCategory(wxWindow*, const wxString& name) override {
+        Names.push_back(name);
+        if (Categories.empty()) {
+            return CategoryAnswer::kCancel;
+        }
+        const CategoryAnswer answer = Categories.front();
+        Categories.pop_front();
+        return answer;
+    }
+    MergeAnswer AskMerge(wxWindow*, const FlashCard& stored, const FlashCard& imported,
+                         uint32_t mask) override {
+        ++Merges;
+        return Merge ? Merge(stored, imported, mask) : MergeAnswer();
+    }
+
+    std::deque<CategoryAnswer> Categories;
+    std::function<MergeAnswer(const FlashCard&, const FlashCard&, uint32_t)> Merge;
+    std::vector<wxString> Names;
+    int Merges = 0;
+};
+
+class ImportOnAThread : public ImportFixture {
+  protected:
+    // Ticks as the progress window does, until the worker has ended or the condition holds.
+    bool TickUntil(ImportThread& thread, const std::function<bool()>& condition) {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > limit) {
+                return false;
+            }
+            thread.OnTimer(nullptr);
+            wxThread::Yield();
+        }
+        return true;
+    }
+
+    ImportThread& Run(const std::string& text, bool askCategories,
+                      MergePolicy policy = MergePolicy::kKeepImported) {
+        mThread = std::make_unique<ImportThread>(TextFile(text), mDatabase, askCategories,
+                                                 &mTouched, mQuestions);
+        mThread->GetResult().Policy = policy;
+        mThread->Start();
+        EXPECT_TRUE(TickUntil(*mThread, [this] { return mThread->IsFinished(); }));
+        mThread->Join();
+        return *mThread;
+    }
+
+    size_t CardCount() { return std::stoul(Query("SELECT count(*) FROM Cards").front()); }
+
+    // More cards than are written before anybody can press a button.
+    static std::string ManyCards() {
+        std::string text;
+        for (int i = 0; i < 20000; ++i) {
+            text += "f: f" + std::to_string(i) + "\nb: b\nNotes: n\n\n";
+        }
+        return text;
+    }
+
+    FakeQuestions mQuestions;
+    std::unique_ptr<ImportThread> mThread;
+};
+
+using Answer = ImportQuestions::CategoryAnswer;
+
+const std::string kThreeCategories =
+    "f: a\nb: b\nc: one\n\nf: c\nb: d\nc: one\n\nf: e\nb: f\n\nf: g\nb: h\nc: two\n\n"
+    "f: i\nb: j\nc: three\n\nf: k\nb: l\nc: 0\n";
+
+}  // namespace
+
+TEST_F(ImportOnAThread, AsksOnceForEachNewCategory) {
+    ASSERT_EQ(mDatabase.CategoryInsert("00"), 0);
+    mQuestions.Categories = {Answer::kYes, Answer::kYes, Answer::kYes};
+    ImportResult& result = Run(kThreeCategories, true).GetResult();
+    EXPECT_EQ(result.Status, ImportStatus::kFinished);
+    EXPECT_EQ(result.RecordsInserted, 6);
+    EXPECT_EQ(mQuestions.Names, (std::vector<wxString>{"one", "two", "three"}));
+    EXPECT_EQ(mThread->GetPosition() / 100, 10);
+}
+
+TEST_F(ImportOnAThread, AsksNoMoreAfterYesToAll) {
+    mQuestions.Categories = {Answer::kYes, Answer::kYesToAll};
+    EXPECT_EQ(Run(kThreeCategories, true).GetResult().Status, ImportStatus::kFinished);
+    EXPECT_EQ(mQuestions.Names.size(), 2U);
+    EXPECT_EQ(mTouched, (std::set<int32_t>{0, 1, 2, 3, 4}));
+}
+
+TEST_F(ImportOnAThread, CreatesCategoriesUnaskedWhenTold) {
+    EXPECT_EQ(Run(kThreeCategories, false).GetResult().Status, ImportStatus::kFinished);
+    EXPECT_TRUE(mQuestions.Names.empty());
+    EXPECT_EQ(Query("SELECT count(*) FROM Categories"), std::vector<std::string>{"5"});
+}
+
+// The category of a record that names none is not the person's to decide.
+TEST_F(ImportOnAThread, DoesNotAskForTheDefaultCategory) {
+    ASSERT_EQ(mDatabase.DeleteCategory(0), 0);
+    EXPECT_EQ(Run("f: a\nb: b\n\nf: c\nb: d\nc:\n", true).GetResult().RecordsInserted, 2);
+    EXPECT_TRUE(mQuestions.Names.empty());
+}
+
+TEST_F(ImportOnAThread, WritesNothingWhenACategoryIsRefused) {
+    mQuestions.Categories = {Answer::kYes, Answer::kCancel};
+    ImportResult& result = Run(kThreeCategories, true).GetResult();
+    EXPECT_EQ(result.Status, ImportStatus::kCancelled);
+    EXPECT_EQ(result.Message, "Cancelled");
+    EXPECT_EQ(result.LineNumber, 12);
+    EXPECT_EQ(CardCount(), 0U);
+    EXPECT_EQ(Query("SELECT count(*) FROM Categories"), std::vector<std::string>{"1"});
+}
+
+TEST_F(ImportOnAThread, MergesAsThePolicySays) {
+    std::vector<FlashCard> cards;
+    std::string text;
+    for (int i = 0; i < 4; ++i) {
+        cards.push_back(Insert(MakeCard(wxString::Format("f%i", i), "b")));
+        text += "id: " + FormatUuid(cards.back().CardId).utf8_string() + "\n" +
+                (i == 1 ? "Author: w\n\n" : "Back: new\n\n");
+    }
+    const auto backs = [this] { return Query("SELECT Back, Author FROM Cards ORDER BY Front"); };
+
+    mQuestions.Merge = [](const FlashCard& stored, const FlashCard& imported, uint32_t mask) {
+        EXPECT_EQ(mask, 0x9U);
+        ImportQuestions::MergeAnswer answer;
+        answer.IsOk = true;
+        answer.Merged = imported;
+        answer.Merged.Back = stored.Back + "+" + imported.Back;
+        if (stored.Front == "f2") {
+            answer.Further = MergePolicy::kKeepDatabase;
+        }
+        return answer;
+    };
+    ImportResult& asked = Run(text, false, MergePolicy::kAsk).GetResult();
+    EXPECT_EQ(asked.Status, ImportStatus::kFinished);
+    EXPECT_EQ(asked.RecordsMerged, 4);
+    EXPECT_EQ(mQuestions.Merges, 2);
+    EXPECT_EQ(backs(), (std::vector<std::string>{"b+new|", "b|w", "b+new|", "b|"}));
+
+    EXPECT_EQ(Run(text, false).GetResult().RecordsMerged, 3);
+    EXPECT_EQ(mQuestions.Merges, 2);
+    EXPECT_EQ(backs(), (std::vector<std::string>{"new|", "b|w", "new|", "new|"}));
+}
+
+TEST_F(ImportOnAThread, StopsAtAMergeThatIsCancelled) {
+    const FlashCard card = Insert(MakeCard("f", "b"));
+    ImportResult& result = Run("f: new\nb: new\n\nid: " + FormatUuid(card.CardId).utf8_string() +
+                                   "\nb: c\n\nf: x\nb: y\n",
+                               false, MergePolicy::kAsk)
+                               .GetResult();
+    EXPECT_EQ(result.Status, ImportStatus::kCancelled);
+    EXPECT_EQ(result.LineNumber, 4);
+    EXPECT_EQ(Stored(card.CardId).Back, "b");
+    EXPECT_EQ(CardCount(), 2U);
+}
+
+TEST_F(ImportOnAThread, LeavesWholeCardsWhenItIsCancelled) {
+    ImportThread thread(TextFile(ManyCards()), mDatabase, false, nullptr, mQuestions);
+    thread.Start();
+    ASSERT_TRUE(TickUntil(thread, [this] {
+        int32_t count = 0;
+        return mDatabase.CountAllCards(count) == 0 && count > 20;
+    }));
+    thread.Cancel();
+    EXPECT_TRUE(thread.IsFinished());
+    const ImportResult& result = thread.GetResult();
+    EXPECT_EQ(result.Status, ImportStatus::kCancelled);
+    EXPECT_EQ(result.Message, "Cancelled");
+    EXPECT_EQ(CardCount(), static_cast<size_t>(result.RecordsInserted));
+    EXPECT_LT(CardCount(), 20000U);
+    EXPECT_EQ(Query("SELECT count(*) FROM Cards WHERE Notes='n'").front(),
+              std::to_string(CardCount()));
+}
+
+// The button is pressed while the worker waits for an answer that nobody will give any more.
+TEST_F(ImportOnAThread, EndsWhenItIsCancelledWithAQuestionOpen) {
+    for (int round = 0; round < 50; ++round) {
+        ImportThread thread(TextFile(kThreeCategories), mDatabase, true, nullptr, mQuestions);
+        thread.Start();
+        if (round % 2 == 1) {
+            ASSERT_TRUE(TickUntil(thread, [&] { return true; }));
+        }
+        thread.Cancel();
+        EXPECT_EQ(thread.GetResult().Status, ImportStatus::kCancelled);
+    }
+    EXPECT_EQ(CardCount(), 0U);
+}
+
+TEST_F(ImportOnAThread, EndsWithItsOwner) {
+    {
+        ImportThread thread(TextFile(ManyCards()), mDatabase, false, nullptr, mQuestions);
+        thread.Start();
+    }
+    EXPECT_LT(CardCount(), 20000U);
+    const ImportThread neverStarted(TextFile(""), mDatabase, false, nullptr, mQuestions);
+    EXPECT_FALSE(neverStarted.IsFinished());
+}
