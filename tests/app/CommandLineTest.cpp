@@ -1,0 +1,85 @@
+#include "app/CommandLine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <wx/cmdline.h>
+#include <wx/log.h>
+
+#include <string>
+#include <vector>
+
+using ::testing::ElementsAreArray;
+
+namespace {
+
+class RecordingActions : public CommandLineActions {
+  public:
+    bool ImportFile(const wxString& path) override {
+        Done.push_back("import " + path.utf8_string());
+        return HasStore;
+    }
+    void ShowMessage(const wxString& text) override {
+        Done.push_back("message " + text.utf8_string());
+    }
+    void OpenAddress(const wxString& address) override {
+        Done.push_back("open " + address.utf8_string());
+    }
+
+    bool HasStore = true;
+    std::vector<std::string> Done;
+};
+
+int Parse(wxCmdLineParser& parser, const wxString& line) {
+    DescribeCommandLine(parser);
+    parser.SetCmdLine(line);
+    return parser.Parse(false);
+}
+
+struct Case {
+    const char* Line;
+    CommandLineOutcome Outcome;
+    std::vector<std::string> Done;
+    bool HasStore = true;
+};
+
+TEST(CommandLine, EachOptionDoesItsWorkInAFixedOrder) {
+    const std::string joinPage = "open https://community.example.org/?q=join";
+    const Case cases[] = {
+        {"", CommandLineOutcome::StartProgram, {}},
+        {"--desktop_folder=/d --program_menu_folder /p --add_desktop_shortcut 1 "
+         "--add_quicklaunch_shortcut 1",
+         CommandLineOutcome::StartProgram,
+         {}},
+        {"--messagebox \"Hello there\"", CommandLineOutcome::AllDone, {"message Hello there"}},
+        {"--browse http://b --messagebox m",
+         CommandLineOutcome::AllDone,
+         {"message m", "open http://b"}},
+        {"--community_join 1", CommandLineOutcome::AllDone, {joinPage}},
+        {"--community_join 0", CommandLineOutcome::AllDone, {}},
+        {"--uninstall", CommandLineOutcome::AllDone, {}},
+        {"--uninstall --community_join 1 --browse b --messagebox m --import f",
+         CommandLineOutcome::AllDone,
+         {"import f", "message m", "open b", joinPage}},
+        {"--messagebox m --import f", CommandLineOutcome::Refused, {"import f"}, false},
+    };
+    for (const Case& expected : cases) {
+        SCOPED_TRACE(expected.Line);
+        wxCmdLineParser parser;
+        RecordingActions actions;
+        actions.HasStore = expected.HasStore;
+        ASSERT_EQ(Parse(parser, expected.Line), 0);
+        EXPECT_EQ(RunCommandLine(parser, actions), expected.Outcome);
+        EXPECT_THAT(actions.Done, ElementsAreArray(expected.Done));
+    }
+}
+
+TEST(CommandLine, RefusesWhatItDoesNotKnow) {
+    const wxLogNull silence;
+    for (const char* const line : {"--nonsense", "--import", "cards.txt", "--uninstall=1"}) {
+        SCOPED_TRACE(line);
+        wxCmdLineParser parser;
+        EXPECT_GT(Parse(parser, line), 0);
+    }
+}
+
+}  // namespace

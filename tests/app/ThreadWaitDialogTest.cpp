@@ -1,0 +1,51 @@
+#include "app/ThreadWaitDialog.h"
+
+#include <gtest/gtest.h>
+#include <wx/gauge.h>
+#include <wx/thread.h>
+
+#include "app/AppUpgradeWait.h"
+#include "support/GuiTest.h"
+
+namespace {
+
+// Works until it is told to end.
+class PatientThread : public wxThread {
+  public:
+    PatientThread() : wxThread(wxTHREAD_JOINABLE) {}
+    void End() { mEnd.Post(); }
+
+  protected:
+    ExitCode Entry() override {
+        mEnd.Wait();
+        return nullptr;
+    }
+
+  private:
+    wxSemaphore mEnd;
+};
+
+TEST_F(GuiTest, TheWaitEndsWithItsThreadAndWithNothingElse) {
+    PatientThread worker;
+    ASSERT_EQ(worker.Run(), wxTHREAD_NO_ERROR);
+    bool sawGaugeMove = false;
+    ModalAnswers answers;
+    answers.Expect([&](wxDialog& dialog) {
+        EXPECT_EQ(dialog.GetTitle(), "Upgrading Database");
+        dialog.CallAfter([&] {
+            auto* const gauge = dynamic_cast<wxGauge*>(dialog.GetChildren().back());
+            EXPECT_FALSE(dialog.Close());
+            sawGaugeMove = WaitFor([gauge] { return gauge->GetValue() > 50; });
+            EXPECT_EQ(gauge->GetRange(), 120000);
+            EXPECT_TRUE(worker.IsAlive());
+            worker.End();
+        });
+        return wxID_NONE;
+    });
+    AppUpgradeWait(nullptr).WaitFor(worker);
+    EXPECT_TRUE(sawGaugeMove);
+    EXPECT_FALSE(worker.IsAlive());
+    worker.Wait();
+}
+
+}  // namespace
