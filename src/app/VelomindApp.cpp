@@ -1,0 +1,218 @@
+#include "app/VelomindApp.h"
+
+#include <wx/cmdline.h>
+#include <wx/cshelp.h>
+#include <wx/dialog.h>
+#include <wx/filename.h>
+#include <wx/frame.h>
+#include <wx/image.h>
+#include <wx/msgdlg.h>
+#include <wx/sysopt.h>
+#include <wx/utils.h>
+
+#include "app/AddCategory.h"
+#include "app/Console.h"
+#include "app/CurrentCategory.h"
+#include "app/Locale.h"
+#include "app/StoreLifecycle.h"
+#include "app/TextCommands.h"
+#include "list/BrowseFrame.h"
+#include "shell/CommandIds.h"
+#include "shell/Makers.h"
+#include "store/Database.h"
+#include "study/StudyFrame.h"
+
+namespace {
+
+// Of these no window has a handler yet.
+constexpr int kMissingCommands[] = {
+    wxID_NEW,      wxID_OPEN,   wxID_FIND, wxID_PREFERENCES,     wxID_HELP,
+    wxID_ABOUT,    ID_IMPORT,   ID_EXPORT, ID_LEARNING_PROGRESS, ID_RENAME,
+    ID_QUICK_HELP, ID_FEEDBACK, ID_FORUMS, ID_SUPPORT,           ID_CRASH_TEST};
+
+wxString MakeFullPath(const wxString& path) {
+    wxFileName name(path);
+    name.MakeAbsolute();
+    return name.GetFullPath();
+}
+
+}  // namespace
+
+VelomindApp::VelomindApp()
+    : mInstance(FindRuntimeDirectory()),
+      mWindows([this] { return MakeListWindow(); }, [this] { return MakeStudyWindow(); }) {}
+
+VelomindApp::~VelomindApp() = default;
+
+bool VelomindApp::OnInit() {
+    const wxBusyCursor busy;
+    SetUpTranslations();
+    wxHelpProvider::Set(new wxSimpleHelpProvider);
+    mAllDone = false;
+    SetVendorName(kMakerName);
+    SetAppName(kApplicationName);
+    if (!wxApp::OnInit()) {
+        return false;
+    }
+    if (!mAllDone && !mInstance.BecomeFirst(SingleInstance::Greeting::CallToFront)) {
+        mAllDone = true;
+    }
+    if (mAllDone) {
+        return true;
+    }
+    wxImage::AddHandler(new wxPNGHandler);
+    wxSystemOptions::SetOption("msw.remap", 2);
+    mInstance.Listen([this] { ComeToFront(); });
+    mpDatabase = OpenAtStart(mFatalErrorReport);
+    ChooseFirstCategory(*mpDatabase);
+    BindCommands();
+    BringToFront(mWindows.ShowList());
+    return true;
+}
+
+int VelomindApp::OnRun() {
+    return mAllDone ? 0 : wxApp::OnRun();
+}
+
+int VelomindApp::OnExit() {
+    // From here on nobody can be called to the front; the lock is held until the store is closed.
+    mInstance.StopListening();
+    while (!wxTopLevelWindows.empty()) {
+        delete wxTopLevelWindows.front();
+    }
+    mpDatabase.reset();
+    return wxApp::OnExit();
+}
+
+void VelomindApp::OnInitCmdLine(wxCmdLineParser& parser) {
+    wxApp::OnInitCmdLine(parser);
+    DescribeCommandLine(parser);
+}
+
+// Help that was asked for is a result, not a complaint.
+bool VelomindApp::OnCmdLineHelp(wxCmdLineParser& parser) {
+    PrintLine(parser.GetUsageString());
+    mAllDone = true;
+    return true;
+}
+
+bool VelomindApp::OnCmdLineParsed(wxCmdLineParser& parser) {
+    const CommandLineOutcome outcome = RunCommandLine(parser, *this);
+    if (outcome == CommandLineOutcome::Refused) {
+        return false;
+    }
+    mAllDone = outcome == CommandLineOutcome::AllDone;
+    return wxApp::OnCmdLineParsed(parser);
+}
+
+bool VelomindApp::ImportFile(const wxString& path) {
+    const wxString file = MakeFullPath(path);
+    if (!wxFileName::FileExists(file) || !wxFileName::IsFileReadable(file)) {
+        PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
+        return false;
+    }
+    if (!mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
+        PrintError(_("Velomind runs already. Nothing was imported."));
+        return false;
+    }
+    PrintError(_("Files cannot be imported yet."));
+    return false;
+}
+
+void VelomindApp::ShowMessage(const wxString& text) {
+    const wxBusyCursorSuspender ready;
+    wxMessageBox(text, _("Message"), wxOK | wxCENTRE);
+}
+
+void VelomindApp::OpenAddress(const wxString& address) {
+    wxLaunchDefaultBrowser(address);
+}
+
+int32_t VelomindApp::GetCurrentCategoryId(Database& database) {
+    return ::GetCurrentCategoryId(database);
+}
+
+void VelomindApp::SetCurrentCategoryId(Database& database, int32_t id) {
+    ::SetCurrentCategoryId(database, id);
+}
+
+void VelomindApp::FrameActivated(wxFrame& frame) {
+    mLastActive = &frame;
+}
+
+void VelomindApp::FrameClosed(wxFrame& frame) {
+    mWindows.Forget(frame);
+}
+
+void VelomindApp::BindCommands() {
+    Bind(wxEVT_MENU, &VelomindApp::OnWindowCommand, this, ID_WINDOW_FIRST, ID_WINDOW_LAST);
+    Bind(wxEVT_MENU, &VelomindApp::OnNewCategory, this, ID_NEW_CATEGORY);
+    Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
+    BindTextCommands(*this);
+    DisableMissingCommands();
+}
+
+void VelomindApp::DisableMissingCommands() {
+    for (const int id : kMissingCommands) {
+        Bind(
+            wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Enable(false); }, id);
+    }
+}
+
+wxFrame* VelomindApp::MakeListWindow() {
+    auto* const frame = new BrowseFrame(*this);
+    frame->SetDatabase(mpDatabase.get());
+    return frame;
+}
+
+wxFrame* VelomindApp::MakeStudyWindow() {
+    auto* const frame = new StudyFrame(*this, nullptr, ID_WINDOW_STUDY, _("Study - Velomind"),
+                                       wxDefaultPosition, wxSize(640, 480));
+    frame->SetDatabase(mpDatabase.get());
+    return frame;
+}
+
+// Another start of the program has called.
+void VelomindApp::ComeToFront() {
+    wxFrame* const frame =
+        mLastActive != nullptr && mLastActive->IsShown() ? mLastActive.get() : mWindows.GetShown();
+    if (frame != nullptr) {
+        BringToFront(*frame);
+    }
+    // A question that stands open must not end up behind its window.
+    for (wxWindow* const window : wxTopLevelWindows) {
+        if (window->IsShown() && dynamic_cast<wxDialog*>(window) != nullptr) {
+            window->Raise();
+        }
+    }
+}
+
+void VelomindApp::OnWindowCommand(wxCommandEvent& event) {
+    if (event.GetId() == ID_WINDOW_STUDY) {
+        mWindows.ShowStudy();
+    } else if (event.GetId() == ID_WINDOW_LIST) {
+        mWindows.ShowList();
+    }
+    for (wxWindow* const window : wxTopLevelWindows) {
+        auto* const frame = dynamic_cast<wxFrame*>(window);
+        if (frame != nullptr && frame->GetId() == event.GetId()) {
+            BringToFront(*frame);
+            return;
+        }
+    }
+}
+
+void VelomindApp::OnNewCategory(wxCommandEvent&) {
+    AddCategory(mLastActive.get(), *mpDatabase);
+}
+
+void VelomindApp::OnExitCommand(wxCommandEvent&) {
+    mWindows.CloseAll();
+}
+
+// No window offers these: their commands are disabled.
+void VelomindApp::OpenEditor(const FlashCard&) {}
+
+void VelomindApp::ExportCards(wxWindow&, const std::vector<int64_t>&) {}
+
+void VelomindApp::PutCardsOnClipboard(const std::vector<int64_t>&, bool) {}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <wx/app.h>
+#include <wx/weakref.h>
+
+#include <memory>
+
+#include "app/AppFatalErrorReport.h"
+#include "app/AppMaintenancePrompt.h"
+#include "app/CommandLine.h"
+#include "app/MainWindows.h"
+#include "app/SingleInstance.h"
+#include "base/Clock.h"
+#include "scheduler/ReviewRandom.h"
+#include "shell/AppServices.h"
+#include "store/Subject.h"
+
+class Database;
+
+// What lasts from the start of the program to its end: the open store, the windows, the command
+// line. The one place that creates top-level windows. Main thread only.
+class VelomindApp : public wxApp, public AppServices, private CommandLineActions {
+  public:
+    VelomindApp();
+    ~VelomindApp() override;
+
+    bool OnInit() override;
+    int OnRun() override;
+    int OnExit() override;
+    void OnInitCmdLine(wxCmdLineParser& parser) override;
+    bool OnCmdLineHelp(wxCmdLineParser& parser) override;
+    bool OnCmdLineParsed(wxCmdLineParser& parser) override;
+
+    // AppServices
+    Subject& GetSettingsNotifier() override { return mSettingsNotifier; }
+    int32_t GetCurrentCategoryId(Database& database) override;
+    void SetCurrentCategoryId(Database& database, int32_t id) override;
+    const Clock& GetClock() override { return mClock; }
+    ReviewRandom& GetReviewRandom() override { return mRandom; }
+    MaintenancePrompt& GetMaintenancePrompt() override { return mMaintenancePrompt; }
+    void FrameActivated(wxFrame& frame) override;
+    void FrameClosed(wxFrame& frame) override;
+    bool CanOpenEditor() const override { return false; }
+    void OpenEditor(const FlashCard& card) override;
+    bool CanExportCards() const override { return false; }
+    void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
+    bool CanPutCardsOnClipboard() const override { return false; }
+    void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
+    void SetStudyMessage(const wxString& text) override { mStudyMessage = text; }
+
+  private:
+    // CommandLineActions
+    bool ImportFile(const wxString& path) override;
+    void ShowMessage(const wxString& text) override;
+    void OpenAddress(const wxString& address) override;
+
+    void BindCommands();
+    void DisableMissingCommands();
+    wxFrame* MakeListWindow();
+    wxFrame* MakeStudyWindow();
+    void ComeToFront();
+
+    void OnWindowCommand(wxCommandEvent& event);
+    void OnNewCategory(wxCommandEvent& event);
+    void OnExitCommand(wxCommandEvent& event);
+
+    AppFatalErrorReport mFatalErrorReport;
+    AppMaintenancePrompt mMaintenancePrompt;
+    SystemClock mClock;
+    SequenceRandom mRandom;
+    Subject mSettingsNotifier;
+    SingleInstance mInstance;
+    std::unique_ptr<Database> mpDatabase;
+    MainWindows mWindows;
+    // The frame that was used last.
+    wxWeakRef<wxFrame> mLastActive;
+    wxString mStudyMessage;
+    // The command line did all the work, so that no window opens.
+    bool mAllDone = false;
+};
