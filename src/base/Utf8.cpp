@@ -85,12 +85,10 @@ size_t ReadPoint(const char* bytes, size_t length, uint32_t& point) {
 }  // namespace
 
 std::string ToUtf8(const wxString& text) {
-    const wchar_t* const begin = text.wc_str();
-    const wchar_t* const end = begin + text.length();
     std::string bytes;
     bytes.reserve(text.length());
-    for (const wchar_t* at = begin; at != end; ++at) {
-        const auto point = static_cast<uint32_t>(*at);
+    for (const wxUniChar character : text) {
+        const uint32_t point = character.GetValue();
         AppendPoint(bytes, IsScalarValue(point) ? point : kReplacement);
     }
     return bytes;

@@ -55,7 +55,7 @@ class Database : public Subject {
     // False also while a file is only being opened.
     bool IsOpen() const;
 
-    // Card writes.
+    // Card writes. A card without an identity is not inserted: -1.
     int InsertFlashCard(const FlashCard& card);
     int UpdateFlashCard(const FlashCard& card);
     int DeleteCard(const CardUuid& id);

@@ -15,6 +15,9 @@ float ReadyRow::ReviewInterval() const {
 
 int Database::InsertFlashCard(const FlashCard& card) {
     const Lock lock(mMutex);
+    if (card.CardId.IsZero()) {
+        return -1;
+    }
     StatementRun run(*this, mpInsertFlashCardStmt);
     int index = 1;
     if (run.BindUuid(index++, card.CardId) < 0 || BindCardFields(run, index, card) < 0) {
@@ -71,6 +74,7 @@ int Database::UpdateFlashCardCategory(int32_t fromId, int32_t toId) {
 
 int Database::SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards) {
     const Lock lock(mMutex);
+    cards.clear();
     StatementRun run(*this, mpSelectCardByRowIdStmt);
     if (run.BindInt64(1, rowId) < 0) {
         return -1;
@@ -80,6 +84,7 @@ int Database::SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards) {
 
 int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {
     const Lock lock(mMutex);
+    cards.clear();
     StatementRun run(*this, mpSelectCardByIdStmt);
     if (run.BindUuid(1, id) < 0) {
         return -1;
@@ -90,6 +95,7 @@ int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {
 int Database::SelectCardsByFrontBack(const wxString& front, const wxString& back,
                                      std::list<FlashCard>& cards) {
     const Lock lock(mMutex);
+    cards.clear();
     StatementRun run(*this, mpSelectCardsByFrontBackStmt);
     if (run.BindText(1, front) < 0 || run.BindText(2, back) < 0) {
         return -1;
@@ -99,6 +105,7 @@ int Database::SelectCardsByFrontBack(const wxString& front, const wxString& back
 
 int Database::SelectFirstCard(sqlite3_stmt* statement, int32_t categoryId,
                               std::list<FlashCard>& cards) {
+    cards.clear();
     StatementRun run(*this, statement);
     if (run.BindInt(1, categoryId) < 0) {
         return -1;

@@ -14,6 +14,7 @@ int Database::SelectAllCategories(std::list<Category>& categories) {
 
 int Database::SelectCategoryById(int32_t id, std::list<Category>& categories) {
     const Lock lock(mMutex);
+    categories.clear();
     StatementRun run(*this, mpSelectCategoryByIdStmt);
     if (run.BindInt(1, id) < 0) {
         return -1;
@@ -23,6 +24,7 @@ int Database::SelectCategoryById(int32_t id, std::list<Category>& categories) {
 
 int Database::SelectCategoryByName(const wxString& name, std::list<Category>& categories) {
     const Lock lock(mMutex);
+    categories.clear();
     StatementRun run(*this, mpSelectCategoryByNameStmt);
     if (run.BindText(1, name) < 0) {
         return -1;

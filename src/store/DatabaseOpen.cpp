@@ -48,8 +48,8 @@ bool CanBeStore(const wxString& path) {
 
 std::u16string ToUtf16(const wxString& text) {
     std::u16string units;
-    for (const wchar_t character : text.ToStdWstring()) {
-        const auto point = static_cast<uint32_t>(character);
+    for (const wxUniChar character : text) {
+        const uint32_t point = character.GetValue();
         if (point < 0x10000) {
             units.push_back(static_cast<char16_t>(point));
         } else {

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int64_t kSecondsPerDay = 24 * 60 * 60;
+constexpr int64_t kSecondsPerDay = 86400;
 
 // A date of the civil calendar, carried on without an end in both directions.
 struct CivilDate {

@@ -1,4 +1,5 @@
 #include <thread>
+#include <tuple>
 
 #include "support/StoreFixture.h"
 
@@ -21,19 +22,15 @@ FlashCard FullCard() {
 TEST_F(CardStoreTest, ACardComesBackAsItWasStored) {
     const FlashCard card = Insert(FullCard());
     const FlashCard stored = Stored(card.CardId);
-    EXPECT_EQ(stored.Front, card.Front);
-    EXPECT_EQ(stored.Back, card.Back);
-    EXPECT_EQ(stored.CategoryId, card.CategoryId);
-    EXPECT_EQ(stored.Author, card.Author);
-    EXPECT_EQ(stored.Chapter, card.Chapter);
-    EXPECT_EQ(stored.IntroductionOrder, card.IntroductionOrder);
-    EXPECT_TRUE(stored.ForwardX);
-    EXPECT_TRUE(stored.ReverseX);
-    EXPECT_EQ(stored.Notes, card.Notes);
-    EXPECT_TRUE(stored.Forward == card.Forward);
-    EXPECT_TRUE(stored.Reverse == card.Reverse);
+    const auto fields = [](const FlashCard& of) {
+        return std::tie(of.Front, of.Back, of.CategoryId, of.Author, of.Chapter,
+                        of.IntroductionOrder, of.ForwardX, of.ReverseX, of.Notes, of.Forward,
+                        of.Reverse);
+    };
+    EXPECT_TRUE(fields(stored) == fields(card));
     EXPECT_EQ(Query("SELECT NextReview, RNextReview, typeof(FrontAudio) FROM Cards"),
               std::vector<std::string>{"1111197511|1222222281|null"});
+    EXPECT_EQ(mDatabase.InsertFlashCard(FlashCard()), -1);
 }
 
 TEST_F(CardStoreTest, NoTextIsLostForWhatIsInIt) {

@@ -53,17 +53,3 @@ TEST(Subject, ObserversMayComeAndGoWhileANoticeIsUnderWay) {
     subject.Notify();
     EXPECT_EQ(told, "ad");
 }
-
-TEST(Subject, RemovingTakesTheFirstMatchOnly) {
-    Subject subject;
-    std::string told;
-    Listener twice(subject, "x", told);
-    subject.AddObserver(&twice);
-    subject.RemoveObserver(&twice);
-    subject.Notify();
-    EXPECT_EQ(told, "x");
-    subject.RemoveObserver(&twice);
-    subject.RemoveObserver(&twice);
-    subject.Notify();
-    EXPECT_EQ(told, "x");
-}
