@@ -120,10 +120,10 @@ TEST_F(CardStoreTest, SelectionsAndCountsSeeOneDirectionOfOneCategory) {
         int32_t erc;
         int32_t order;
     } rows[] = {
-        {"late", 0, false, true, 900, 50, 1},    {"early", 0, false, true, 100, 70, 2},
+        {"late", 0, false, true, 900, 50, 1},    {"early", 0, false, true, 100, 40, 2},
         {"future", 0, false, true, 5000, 60, 3}, {"excluded", 0, true, true, 1, 99, 4},
         {"new", 0, false, false, 1, 99, 8},      {"newest", 0, false, false, 1, 99, 7},
-        {"other", 1, false, true, 1, 99, 99},    {"timeless", 0, false, true, -100, 40, 0},
+        {"other", 1, false, true, 1, 99, 99},    {"timeless", 0, false, true, -100, 70, 0},
     };
     for (const bool reverse : {false, true}) {
         Reopen();
@@ -143,7 +143,7 @@ TEST_F(CardStoreTest, SelectionsAndCountsSeeOneDirectionOfOneCategory) {
         std::list<FlashCard> cards;
         call(&Database::SelectEarlyForward, &Database::SelectEarlyReverse, 0, cards);
         ASSERT_EQ(cards.size(), 1U);
-        EXPECT_EQ(cards.front().Front, "timeless");
+        EXPECT_EQ(cards.front().Front, "early");
         call(&Database::SelectNewForward, &Database::SelectNewReverse, 0, cards);
         ASSERT_EQ(cards.size(), 1U);
         EXPECT_EQ(cards.front().Front, "newest");
@@ -182,15 +182,13 @@ TEST_F(CardStoreTest, SelectionsAndCountsSeeOneDirectionOfOneCategory) {
 }
 
 TEST_F(CardStoreTest, AWorkerAndTheMainThreadMayUseTheStoreAtOnce) {
-    std::thread worker([this] {
+    const auto insertSome = [this] {
         for (int i = 0; i < 60; ++i) {
             EXPECT_EQ(mDatabase.InsertFlashCard(MakeCard("front", "back")), 0);
         }
-    });
-    int32_t count = 0;
-    while (count < 60 && !HasFailure()) {
-        EXPECT_EQ(mDatabase.CountAllCards(count), 0);
-    }
+    };
+    std::thread worker(insertSome);
+    insertSome();
     worker.join();
     EXPECT_TRUE(mReport.Texts.empty());
 }

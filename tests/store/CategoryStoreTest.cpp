@@ -45,10 +45,11 @@ TEST_F(CategoryStoreTest, TheLookupSeesNamesAsTheStoreDoes) {
 
 TEST_F(CategoryStoreTest, AGlobalValueIsWrittenOnlyWhenItChanges) {
     EXPECT_EQ(mDatabase.SetGlobal("key", "1"), 0);
-    const std::string before = ReadBytes(StorePath());
-    EXPECT_EQ(mDatabase.SetGlobalInt("key", 1), 0);
-    EXPECT_TRUE(ReadBytes(StorePath()) == before);
     EXPECT_EQ(mDatabase.SetGlobalInt("key", -20), 0);
+    Query("CREATE TRIGGER Refuse BEFORE UPDATE ON Globals BEGIN SELECT RAISE(ABORT,'no'); END");
+    Reopen();
+    EXPECT_EQ(mDatabase.SetGlobalInt("key", -20), 0);
+    EXPECT_LT(mDatabase.SetGlobalInt("key", -21), 0);
     std::list<int32_t> numbers;
     EXPECT_EQ(mDatabase.GetGlobalInt("key", numbers), 0);
     EXPECT_EQ(numbers, std::list<int32_t>{-20});
