@@ -1,3 +1,6 @@
+#include <string>
+#include <vector>
+
 #include "app/ExitCodes.h"
 #include "app/Locale.h"
 #include "app/VelomindApp.h"
@@ -6,7 +9,13 @@ wxIMPLEMENT_APP_NO_MAIN(VelomindApp);
 
 int main(int argc, char** argv) {
     SetUpCharacters();
-    const int result = wxEntry(argc, argv);
+    std::vector<std::wstring> words = ReadCommandWords(argc, argv);
+    std::vector<wchar_t*> arguments;
+    for (std::wstring& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    const int result = wxEntry(argc, arguments.data());
     // -1 is the library's own word for a start that came to nothing.
     return result == -1 ? kExitRefused : result;
 }

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-void PrintLine(const wxString& text) {
-    std::printf("%s\n", static_cast<const char*>(text.utf8_str()));
+void PrintText(const wxString& text) {
+    std::fputs(text.utf8_str(), stdout);
 }
 
 void PrintError(const wxString& text) {

@@ -2,6 +2,8 @@
 
 #include <wx/string.h>
 
-// A line on standard output or standard error, the latter with the program's name before it.
-void PrintLine(const wxString& text);
+// Text on standard output, as it stands.
+void PrintText(const wxString& text);
+
+// A line on standard error, behind the program's name.
 void PrintError(const wxString& text);

@@ -46,8 +46,9 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     rows->Add(message, wxSizerFlags().Border(wxALL, 5));
     rows->Add(mpPath, wxSizerFlags().Expand().Border(wxALL, 5));
     rows->Add(buttons, wxSizerFlags().Center());
-    SetSizer(rows);
-    rows->SetSizeHints(this);
+    SetSizerAndFit(rows);
+    // As high as it must be, and wide enough to read a path.
+    SetSize(wxMax(GetSize().x, FromDIP(400)), GetSize().y);
     Centre();
 
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);

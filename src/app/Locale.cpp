@@ -2,6 +2,8 @@
 
 #include <wx/filename.h>
 #include <wx/stdpaths.h>
+#include <wx/strconv.h>
+#include <wx/string.h>
 #include <wx/translation.h>
 
 #include <clocale>
@@ -9,14 +11,22 @@
 
 void SetUpCharacters() {
     if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {
-        // The library converts the command line by what the environment names, not by the locale
-        // in force, so both are changed.
-        const char* const all = std::getenv("LC_ALL");
-        const bool allIsSet = all != nullptr && *all != '\0';
-        setenv(allIsSet ? "LC_ALL" : "LC_CTYPE", "C.UTF-8", 1);
         std::setlocale(LC_CTYPE, "C.UTF-8");
     }
     std::setlocale(LC_NUMERIC, "C");
+}
+
+std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {
+    std::vector<std::wstring> words;
+    for (int i = 0; i < argc; ++i) {
+        wxString word(argv[i], wxConvLibc);
+        if (word.empty()) {
+            // Not text of the locale: byte by byte, so that at least nothing is lost.
+            word = wxString(argv[i], wxConvISO8859_1);
+        }
+        words.push_back(word.ToStdWstring());
+    }
+    return words;
 }
 
 void SetUpTranslations() {

@@ -91,7 +91,7 @@ void VelomindApp::OnInitCmdLine(wxCmdLineParser& parser) {
 
 // Help that was asked for is a result, not a complaint.
 bool VelomindApp::OnCmdLineHelp(wxCmdLineParser& parser) {
-    PrintLine(parser.GetUsageString());
+    PrintText(parser.GetUsageString());
     mAllDone = true;
     return true;
 }
