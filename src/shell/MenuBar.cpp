@@ -101,14 +101,17 @@ constexpr MenuRow kHelpRows[] = {
     kLine,
     {wxID_ABOUT, wxTRANSLATE("&About..."), "icons/about_menu.png"}};
 
-constexpr MenuRow kCardRows[] = {{wxID_NEW, wxTRANSLATE("&New"), "icons/newcard_menu.png",
-                                  wxITEM_NORMAL, wxTRANSLATE("Creates a new flash card.")},
-                                 {wxID_OPEN, wxTRANSLATE("&Edit"), "icons/editcard_menu.png"},
-                                 kLine,
-                                 {wxID_CUT, wxTRANSLATE("Cu&t"), "icons/cut_menu.png"},
-                                 {wxID_COPY, wxTRANSLATE("&Copy"), "icons/copy_menu.png"},
-                                 {wxID_PASTE, wxTRANSLATE("&Paste"), "icons/paste_menu.png"},
-                                 {wxID_DELETE, wxTRANSLATE("&Delete"), "icons/delete_menu.png"}};
+// Where a label names no key the toolkit shows the one that is usual for a library's id. That is
+// the right one but for the card's editor, which shares its id with the opening of files.
+constexpr MenuRow kCardRows[] = {
+    {wxID_NEW, wxTRANSLATE("&New"), "icons/newcard_menu.png", wxITEM_NORMAL,
+     wxTRANSLATE("Creates a new flash card.")},
+    {wxID_OPEN, wxTRANSLATE("&Edit\tCtrl+E"), "icons/editcard_menu.png"},
+    kLine,
+    {wxID_CUT, wxTRANSLATE("Cu&t"), "icons/cut_menu.png"},
+    {wxID_COPY, wxTRANSLATE("&Copy"), "icons/copy_menu.png"},
+    {wxID_PASTE, wxTRANSLATE("&Paste"), "icons/paste_menu.png"},
+    {wxID_DELETE, wxTRANSLATE("&Delete"), "icons/delete_menu.png"}};
 
 // The translation of a text of the tables; the empty text would give the header of the catalog.
 wxString Translated(const char* text) {

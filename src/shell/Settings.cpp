@@ -164,7 +164,7 @@ bool RestoreWindowPosition(const wxString& key, const wxString& application,
     }
     // A maximised window keeps the screen; it goes to its place when the person restores it.
     if (!window.IsMaximized() && !window.IsFullScreen()) {
-        window.SetSize(ClampPlace(place, ScreenAreas()));
+        MoveToPlace(window, ClampPlace(place, ScreenAreas()));
     }
     return true;
 }

@@ -1,21 +1,44 @@
 #include "shell/WindowPlace.h"
 
 #include <wx/display.h>
+#include <wx/stopwatch.h>
 #include <wx/tokenzr.h>
 #include <wx/toplevel.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <optional>
 
 namespace {
 
 // What the coordinates of a window system reach.
 constexpr long kFarthest = 32767;
+// A window that is smaller shows nothing that is of use.
+constexpr int kSmallest = 64;
+// How long the window manager may take to settle a new window.
+constexpr long kSettlingMilliseconds = 300;
 
-std::map<const wxTopLevelWindow*, wxRect>& NormalPlaces() {
-    static std::map<const wxTopLevelWindow*, wxRect> places;
+struct WatchedPlace {
+    // The last place that lasted, and the one since then.
+    wxRect Normal;
+    wxRect Latest;
+    wxStopWatch SinceLatest;
+    // Where the window is to be once it is shown.
+    std::optional<wxRect> Wanted;
+    // How often that may still be corrected; a window manager may insist on its own.
+    int Corrections = 3;
+    // Since the window was last seen not to be the active one.
+    wxStopWatch SinceInactive;
+};
+
+std::map<const wxTopLevelWindow*, WatchedPlace>& WatchedPlaces() {
+    static std::map<const wxTopLevelWindow*, WatchedPlace> places;
     return places;
+}
+
+WatchedPlace& Watched(const wxTopLevelWindow& window) {
+    return WatchedPlaces()[&window];
 }
 
 bool IsNormal(const wxTopLevelWindow& window) {
@@ -25,6 +48,39 @@ bool IsNormal(const wxTopLevelWindow& window) {
 int64_t SharedArea(const wxRect& one, const wxRect& other) {
     const wxRect shared = one.Intersect(other);
     return shared.IsEmpty() ? 0 : int64_t{shared.width} * shared.height;
+}
+
+// Window managers are free to place a new window where they like, and many do; a move of one that
+// is shown they grant. The frame around a window may also turn out thicker or thinner than was
+// foreseen, and the window would change its size a little at each start. Both become known about
+// when the window becomes the active one; whatever changes its place later is the person.
+void CorrectPlace(wxTopLevelWindow& window) {
+    WatchedPlace& watched = Watched(window);
+    if (!window.IsActive()) {
+        watched.SinceInactive.Start();
+    } else if (watched.SinceInactive.Time() > kSettlingMilliseconds) {
+        watched.Wanted.reset();
+    }
+    if (watched.Wanted && window.GetRect() != *watched.Wanted && watched.Corrections > 0) {
+        --watched.Corrections;
+        window.SetSize(*watched.Wanted);
+    }
+}
+
+// While a window is being maximised it may be told of its new place some time before it is told
+// why, so a place counts only once it has lasted.
+void NotePlace(const wxTopLevelWindow& window) {
+    WatchedPlace& watched = Watched(window);
+    const bool normal = IsNormal(window);
+    const wxRect present = window.GetRect();
+    if (normal && present == watched.Latest) {
+        return;
+    }
+    if (watched.SinceLatest.Time() > kSettlingMilliseconds) {
+        watched.Normal = watched.Latest;
+    }
+    watched.Latest = normal ? present : watched.Normal;
+    watched.SinceLatest.Start();
 }
 
 }  // namespace
@@ -43,7 +99,7 @@ bool ParsePlace(const wxString& text, wxRect& place) {
         }
         numbers.push_back(static_cast<int>(number));
     }
-    if (numbers.size() != 4 || numbers[2] <= 0 || numbers[3] <= 0) {
+    if (numbers.size() != 4 || numbers[2] < kSmallest || numbers[3] < kSmallest) {
         return false;
     }
     place = wxRect(numbers[0], numbers[1], numbers[2], numbers[3]);
@@ -75,26 +131,38 @@ std::vector<wxRect> ScreenAreas() {
 }
 
 void WatchPlace(wxTopLevelWindow& window) {
-    if (!NormalPlaces().emplace(&window, window.GetRect()).second) {
+    if (WatchedPlaces().count(&window) != 0) {
         return;
     }
-    // Moves and sizes arrive before the window system tells that they come from maximising, so the
-    // place is noted only once everything that was told is known.
+    Watched(window).Normal = Watched(window).Latest = window.GetRect();
     window.Bind(wxEVT_IDLE, [&window](wxIdleEvent& event) {
         event.Skip();
-        if (IsNormal(window)) {
-            NormalPlaces()[&window] = window.GetRect();
+        if (window.IsShown()) {
+            if (IsNormal(window)) {
+                CorrectPlace(window);
+            }
+            NotePlace(window);
         }
     });
     window.Bind(wxEVT_DESTROY, [&window](wxWindowDestroyEvent& event) {
         event.Skip();
         if (event.GetEventObject() == &window) {
-            NormalPlaces().erase(&window);
+            WatchedPlaces().erase(&window);
         }
     });
 }
 
+void MoveToPlace(wxTopLevelWindow& window, const wxRect& place) {
+    WatchedPlace& watched = Watched(window);
+    window.SetSize(place);
+    watched.Normal = watched.Latest = place;
+    watched.Wanted = window.IsShown() ? std::nullopt : std::make_optional(place);
+}
+
 wxRect GetNormalPlace(const wxTopLevelWindow& window) {
-    const auto noted = NormalPlaces().find(&window);
-    return IsNormal(window) || noted == NormalPlaces().end() ? window.GetRect() : noted->second;
+    if (IsNormal(window) || WatchedPlaces().count(&window) == 0) {
+        return window.GetRect();
+    }
+    NotePlace(window);
+    return Watched(window).Normal;
 }

@@ -24,6 +24,8 @@ std::vector<wxRect> ScreenAreas();
 
 // Notes the place of a window from now on until its end, for GetNormalPlace.
 void WatchPlace(wxTopLevelWindow& window);
+// Puts a watched window at a place; one that is not shown yet comes up there.
+void MoveToPlace(wxTopLevelWindow& window, const wxRect& place);
 // The last place at which the window was neither maximised nor minimised; of a window that is not
 // watched the present one.
 wxRect GetNormalPlace(const wxTopLevelWindow& window);

@@ -15,9 +15,9 @@ TEST(WindowPlaceTest, OnlyFourNumbersOfAScreenAreAPlace) {
     wxRect place;
     EXPECT_TRUE(ParsePlace("-20,30,640,480", place));
     EXPECT_EQ(place, wxRect(-20, 30, 640, 480));
-    for (const char* text :
-         {"", "1,2,3", "1,2,3,4,5", "1,2,3,4,", "a,b,c,d", "1;2;3;4", "1,2,0,4", "1,2,3,-4",
-          "1.5,2,3,4", "40000,2,3,4", "1,2,99999999999999999999,4", "-9223372036854775808,2,3,4"}) {
+    for (const char* text : {"", "1,2,3", "1,2,3,4,5", "1,2,3,4,", "a,b,c,d", "1;2;3;4",
+                             "1,2,10,400", "1,2,300,-400", "1.5,2,300,400", "40000,2,300,400",
+                             "1,2,99999999999999999999,400", "-9223372036854775808,2,300,400"}) {
         EXPECT_FALSE(ParsePlace(text, place)) << text;
         EXPECT_EQ(place, wxRect(-20, 30, 640, 480)) << text;
     }
@@ -45,13 +45,14 @@ TEST(WindowPlaceTest, APlaceIsBroughtOntoAScreenThatExists) {
 
 class WindowPositionTest : public GuiTest {
   protected:
-    // Opens a window as one of ours does; false in restored when nothing was stored.
-    wxFrame* Open(bool& restored) {
+    // Opens a window as one of ours does and waits for the window manager, which makes a new
+    // window the active one when it has placed it.
+    wxFrame* Open(bool expectRestored, long style = wxDEFAULT_FRAME_STYLE) {
         auto* const frame =
-            new wxFrame(nullptr, wxID_ANY, "Window", wxPoint(40, 50), wxSize(300, 200));
-        restored = RestoreWindowPosition("StudyFramePosition", "Velomind", *frame);
+            new wxFrame(nullptr, wxID_ANY, "Window", wxDefaultPosition, wxSize(300, 200), style);
+        EXPECT_EQ(RestoreWindowPosition("StudyFramePosition", "Velomind", *frame), expectRestored);
         frame->Show();
-        EXPECT_TRUE(WaitFor([frame] { return frame->IsShownOnScreen(); }));
+        WaitFor([frame] { return frame->IsActive(); }, 2000);
         DrainEvents();
         return frame;
     }
@@ -64,25 +65,29 @@ class WindowPositionTest : public GuiTest {
 };
 
 TEST_F(WindowPositionTest, AWindowOpensWhereItWasClosed) {
-    bool restored = true;
-    wxFrame* frame = Open(restored);
-    EXPECT_FALSE(restored);
-    frame->SetSize(wxRect(120, 90, 333, 222));
-    EXPECT_TRUE(WaitFor([frame] { return frame->GetRect() == wxRect(120, 90, 333, 222); }));
+    const wxRect place(120, 90, 333, 222);
+    wxFrame* frame = Open(false);
+    frame->SetSize(place);
+    EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; }));
     Save(*frame);
     EXPECT_EQ(ReadStringSetting("StudyFramePosition"), "120,90,333,222");
-    frame = Open(restored);
-    EXPECT_TRUE(restored);
-    EXPECT_TRUE(WaitFor([frame] { return frame->GetRect() == wxRect(120, 90, 333, 222); }))
-        << frame->GetRect();
+    frame = Open(true);
+    EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; })) << frame->GetRect();
+}
+
+TEST_F(WindowPositionTest, AWindowOfFixedSizeDoesNotShrinkFromStartToStart) {
+    WriteStringSetting("StudyFramePosition", "120,90,333,222");
+    const wxRect place(120, 90, 333, 222);
+    for (int start = 0; start < 3; ++start) {
+        wxFrame* const frame = Open(true, wxDEFAULT_FRAME_STYLE & ~wxRESIZE_BORDER);
+        EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; })) << frame->GetRect();
+        Save(*frame);
+    }
 }
 
 TEST_F(WindowPositionTest, AMaximisedWindowSavesThePlaceThatItComesBackTo) {
-    bool restored = false;
-    wxFrame* const frame = Open(restored);
-    frame->SetSize(wxRect(120, 90, 333, 222));
-    ASSERT_TRUE(WaitFor([frame] { return frame->GetRect() == wxRect(120, 90, 333, 222); }));
-    DrainEvents();
+    WriteStringSetting("StudyFramePosition", "120,90,333,222");
+    wxFrame* const frame = Open(true);
     frame->Maximize();
     // Without a window manager nobody maximises.
     if (!WaitFor([frame] { return frame->IsMaximized() && frame->GetSize().x > 333; }, 2000)) {
