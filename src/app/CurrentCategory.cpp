@@ -5,6 +5,7 @@
 
 #include <list>
 #include <memory>
+#include <optional>
 
 #include "shell/Settings.h"
 #include "store/Database.h"
@@ -13,8 +14,13 @@ namespace {
 
 constexpr char kKey[] = "CurrentCategoryId";
 
-int32_t ReadChoice() {
-    return static_cast<int32_t>(OpenSettings()->ReadLong(kKey, -1));
+// Nothing when no choice was ever stored, or none that makes sense.
+std::optional<int32_t> ReadChoice() {
+    long value = -1;
+    if (!OpenSettings()->Read(kKey, &value)) {
+        return std::nullopt;
+    }
+    return static_cast<int32_t>(value);
 }
 
 void WriteChoice(int32_t id) {
@@ -42,9 +48,10 @@ int32_t FirstCategory(Database& database) {
 }  // namespace
 
 int32_t GetCurrentCategoryId(Database& database) {
-    const int32_t choice = ReadChoice();
+    const std::optional<int32_t> choice = ReadChoice();
     if (choice != -1) {
-        return HasCategory(database, choice) ? choice : FirstCategory(database);
+        const bool isThere = choice && HasCategory(database, *choice);
+        return isThere ? *choice : FirstCategory(database);
     }
     std::list<Category> all;
     if (database.SelectAllCategories(all) < 0 || !all.empty()) {
@@ -60,13 +67,6 @@ void SetCurrentCategoryId(Database& database, int32_t id) {
     if (id == -1 || HasCategory(database, id)) {
         WriteChoice(id);
     }
-}
-
-void ChooseFirstCategory(Database& database) {
-    if (OpenSettings()->HasEntry(kKey)) {
-        return;
-    }
-    SetCurrentCategoryId(database, FirstCategory(database));
 }
 
 wxString GetCategoryName(Database& database, int32_t id) {

@@ -9,16 +9,13 @@ class Database;
 // The category under study and shown in the list: a setting that is repaired against the store
 // whenever it is read. Main thread only.
 
-// The stored choice, or the first category when the store does not have it. A store without any
-// category gets "Default". -1 when -1 is the choice, or when no category could be had.
+// The stored choice, or the first category when none was stored or the store does not have it. A
+// store without any category gets "Default". -1 when -1 is the choice, or when no category could be
+// had.
 int32_t GetCurrentCategoryId(Database& database);
 
 // Stores the choice if the store has that category; -1 is always taken.
 void SetCurrentCategoryId(Database& database, int32_t id);
-
-// Makes the first category current where no choice was ever stored, so that a store from elsewhere
-// does not open on no category at all.
-void ChooseFirstCategory(Database& database);
 
 // "Deleted Items" for -1, "Error" for an id that the store does not have.
 wxString GetCategoryName(Database& database, int32_t id);

@@ -64,7 +64,6 @@ bool VelomindApp::OnInit() {
     wxSystemOptions::SetOption("msw.remap", 2);
     mInstance.Listen([this] { ComeToFront(); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
-    ChooseFirstCategory(*mpDatabase);
     BindCommands();
     BringToFront(mWindows.ShowList());
     return true;

@@ -35,7 +35,7 @@ TEST_F(CurrentCategoryTest, AnUnknownChoiceIsRepairedToTheFirstCategory) {
         int32_t Current;
     };
     for (const Case& expected : {Case{"1", 1}, Case{"0", 0}, Case{"7", 0}, Case{"-5", 0},
-                                 Case{"-1", -1}, Case{"nonsense", -1}}) {
+                                 Case{"-1", -1}, Case{"nonsense", 0}}) {
         SCOPED_TRACE(expected.Stored);
         OpenSettings()->Write(kKey, expected.Stored);
         EXPECT_EQ(GetCurrentCategoryId(mDatabase), expected.Current);
@@ -65,13 +65,9 @@ TEST_F(CurrentCategoryTest, OnlyCategoriesOfTheStoreAndNoneCanBeChosen) {
     EXPECT_EQ(GetCategoryName(mDatabase, 9), "Error");
 }
 
-TEST_F(CurrentCategoryTest, TheFirstStartChoosesTheFirstCategoryAndALaterOneKeepsTheChoice) {
-    AddCategories({"French"});
-    ChooseFirstCategory(mDatabase);
+TEST_F(CurrentCategoryTest, WithoutAChoiceTheFirstCategoryIsCurrent) {
+    AddCategories({"French", "Latin"});
     EXPECT_EQ(GetCurrentCategoryId(mDatabase), 0);
-    SetCurrentCategoryId(mDatabase, -1);
-    ChooseFirstCategory(mDatabase);
-    EXPECT_EQ(GetCurrentCategoryId(mDatabase), -1);
 }
 
 TEST_F(CurrentCategoryTest, AClosedStoreHasNone) {
