@@ -69,6 +69,8 @@ void QuickScore::SetItems(const wxString* labels, size_t count) {
     Append(static_cast<unsigned int>(count), labels);
     SetSelection(cursor);
     SetMark(mark);
+    // The best size is never below the minimum size, and shorter labels are to shrink both.
+    SetMinSize(wxDefaultSize);
     SetMinSize(GetBestSize());
 }
 

@@ -1,6 +1,5 @@
 #include "study/StudyFrame.h"
 
-#include <wx/config.h>
 #include <wx/msgdlg.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
@@ -45,11 +44,11 @@ const char* const kPositionKey = "StudyFramePosition";
 const char* const kLayoutKey = "CardLayout";
 const char* const kCompactKey = "CompactScoring";
 
-constexpr long kHandheldStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
+constexpr long kFreeSizeStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
 
-// A hidden window would take the focus and lose the keys.
+// A window that is not to be seen would take the focus and lose the keys.
 void GiveFocus(wxWindow& window) {
-    if (window.IsShown()) {
+    if (window.IsShownOnScreen()) {
         window.SetFocus();
     }
 }
@@ -76,7 +75,7 @@ wxBEGIN_EVENT_TABLE(StudyFrame, wxFrame) EVT_CLOSE(StudyFrame::OnClose)
                                                        long style)
     : mServices(services) {
     SetExtraStyle(wxFRAME_EX_METAL);
-    Create(parent, id, title, position, size, style & ~kHandheldStyle);
+    Create(parent, id, title, position, size, style & ~kFreeSizeStyle);
     InitFrame(*this, "study_window");
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_CLOSE);
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_NEW);
@@ -126,6 +125,8 @@ void StudyFrame::CreateContent() {
     mpCardViewer = new CardViewer(this, kPanelId, wxDefaultPosition, wxDefaultSize,
                                   wxBORDER_NONE | wxHSCROLL | wxVSCROLL, "panel");
     mpCardViewer->SetScrollRate(0, 1);
+    // It has no use for keys, and does not show that it has them.
+    mpCardViewer->SetCanFocus(false);
     mpCardSizer->Add(mpCardViewer, wxSizerFlags(1).Expand());
 
     mpQuickScore = new QuickScore(this, kQuickScoreId, wxDefaultPosition, wxSize(100, 100),
@@ -134,8 +135,13 @@ void StudyFrame::CreateContent() {
 
     mpMessageText = new wxStaticText(this, wxID_STATIC, _("Static text"), wxDefaultPosition,
                                      wxDefaultSize, wxALIGN_CENTRE, "staticText");
-    mpMessageText->Hide();
-    sizer->Add(mpMessageText, wxSizerFlags(1).Expand().Border(wxALL, 5));
+    // A text stands at the top of its own area, so the middle is found by the room around it.
+    mpMessageSizer = new wxBoxSizer(wxVERTICAL);
+    mpMessageSizer->AddStretchSpacer();
+    mpMessageSizer->Add(mpMessageText, wxSizerFlags().Expand().Border(wxALL, 5));
+    mpMessageSizer->AddStretchSpacer();
+    sizer->Add(mpMessageSizer, wxSizerFlags(1).Expand());
+    sizer->Hide(mpMessageSizer);
     mpMessageText->Wrap(kMessageWidth);
 
     mpQuickScore->SetMargin(kNormalMargin);
@@ -144,18 +150,24 @@ void StudyFrame::CreateContent() {
 }
 
 void StudyFrame::RestoreLayout() {
-    const std::unique_ptr<wxConfigBase> settings = OpenSettings();
-    wxString layout;
     // Only the layout in which the viewer starts anyway is acted upon: every start opens in it.
-    if (settings->Read(kLayoutKey, &layout) && layout.CmpNoCase("vertical") == 0) {
+    if (ReadStringSetting(kLayoutKey).CmpNoCase("vertical") == 0) {
         SetCardLayout(wxVERTICAL);
     }
-    SetCompactScoring(settings->ReadBool(kCompactKey, false));
+    SetCompactScoring(ReadBooleanSetting(kCompactKey));
 }
 
 void StudyFrame::RebuildCover() {
     mCoverBitmap = MakeStudyCover(wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOW),
                                   wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+}
+
+bool StudyFrame::Show(bool show) {
+    // Or else the first tool would be chosen for it.
+    if (show && !IsShown() && mpChildFocus->IsShown()) {
+        mpChildFocus->SetFocus();
+    }
+    return wxFrame::Show(show);
 }
 
 void StudyFrame::SetDatabase(Database* database) {
@@ -181,6 +193,9 @@ void StudyFrame::SetDatabase(Database* database) {
 }
 
 void StudyFrame::UpdateCard(bool newCard) {
+    if (mpScheduler == nullptr) {
+        return;
+    }
     const bool hasCard = HasCard();
     ShowCardOrMessage(hasCard);
     if (hasCard) {
@@ -208,8 +223,18 @@ void StudyFrame::ShowCardOrMessage(bool hasCard) {
     wxSizer* const sizer = GetSizer();
     if (sizer->IsShown(mpCardSizer) != hasCard || mpMessageText->IsShown() == hasCard) {
         sizer->Show(mpCardSizer, hasCard);
-        sizer->Show(mpMessageText, !hasCard);
+        sizer->Show(mpMessageSizer, !hasCard);
         Layout();
+        if (hasCard) {
+            TakeKeys();
+        }
+    }
+}
+
+void StudyFrame::TakeKeys() {
+    mpChildFocus = mpQuickScore;
+    if (IsActive()) {
+        GiveFocus(*mpQuickScore);
     }
 }
 
@@ -397,9 +422,7 @@ void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
     SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     RebuildCover();
     ApplySettings();
-    if (mpScheduler != nullptr) {
-        UpdateCard(false);
-    }
+    UpdateCard(false);
 }
 
 void StudyFrame::OnStatusBarSize(wxSizeEvent& event) {

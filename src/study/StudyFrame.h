@@ -46,6 +46,8 @@ class StudyFrame : public wxFrame {
     // Takes over font, colours and early introduction.
     void ApplySettings();
 
+    bool Show(bool show = true) override;
+
     // Keeps what menus and the tool bar explain in the status bar until they are done.
     void DoGiveHelp(const wxString& help, bool show) override;
 
@@ -79,6 +81,8 @@ class StudyFrame : public wxFrame {
     std::vector<int64_t> FindCurrentRow();
 
     void ShowCardOrMessage(bool hasCard);
+    // The scores have come back and want the keys again.
+    void TakeKeys();
     void UpdateMessage();
     void UpdateScoreLabels();
     void UpdateScorePosition();
@@ -123,6 +127,7 @@ class StudyFrame : public wxFrame {
     CardViewer* mpCardViewer = nullptr;
     QuickScore* mpQuickScore = nullptr;
     wxStaticText* mpMessageText = nullptr;
+    wxBoxSizer* mpMessageSizer = nullptr;
     Database* mpDatabase = nullptr;
     std::unique_ptr<Scheduler> mpScheduler;
     // The card for which mDefaultScore and mBackShown hold.

@@ -80,6 +80,7 @@ TEST_F(StudyFrameChange, CompactScoringIsKeptAndTheHorizontalLayoutIsNot) {
     EXPECT_TRUE(IsChecked(ID_COMPACT_SCORING));
     EXPECT_EQ(Scores().GetString(5), ">");
     EXPECT_LT(Viewer().GetRect().GetRight(), Scores().GetRect().GetLeft());
+    EXPECT_LT(Scores().GetSize().GetWidth(), 50);
     Command(wxID_FORWARD);
     EXPECT_EQ(Scores().GetString(5), "0");
     Command(ID_LAYOUT_HORIZONTAL);
@@ -99,11 +100,13 @@ TEST_F(StudyFrameChange, CompactScoringIsKeptAndTheHorizontalLayoutIsNot) {
 }
 
 TEST_F(StudyFrameChange, TheStatusBarCanBeHidden) {
+    InsertCards(1);
     Open();
-    const int height = Message().GetRect().GetHeight();
+    EXPECT_TRUE(IsChecked(ID_STATUS_BAR));
+    const int bottom = Scores().GetRect().GetBottom();
     Command(ID_STATUS_BAR, false);
     EXPECT_FALSE(IsChecked(ID_STATUS_BAR));
-    EXPECT_TRUE(WaitFor([&] { return Message().GetRect().GetHeight() > height; }));
+    EXPECT_TRUE(WaitFor([&] { return Scores().GetRect().GetBottom() > bottom; }));
 }
 
 TEST_F(StudyFrameChange, SettingsAreTakenOverAtOnce) {

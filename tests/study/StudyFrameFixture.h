@@ -5,6 +5,9 @@
 #include <wx/statusbr.h>
 #include <wx/weakref.h>
 
+#include <stdexcept>
+#include <vector>
+
 #include "scheduler/Scheduler.h"
 #include "shell/CommandIds.h"
 #include "shell/Settings.h"

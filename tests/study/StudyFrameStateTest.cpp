@@ -72,7 +72,7 @@ TEST_F(StudyFrameState, AClickOnTheCardUncoversItsBackAndLeavesTheKeysToTheScore
     wxCommandEvent click(wxEVT_BUTTON, Viewer().GetId());
     mpFrame->GetEventHandler()->ProcessEvent(click);
     EXPECT_EQ(State(), "back");
-    EXPECT_EQ(wxWindow::FindFocus(), &Scores());
+    EXPECT_TRUE(WaitFor([&] { return Scores().HasFocus(); }));
 }
 
 TEST_F(StudyFrameState, TheHistoryIsWalkedBackAndForwardAgain) {
@@ -204,7 +204,7 @@ TEST_F(StudyFrameState, TheFirstCardOfAnEmptyStoreTakesThePlaceOfTheMessage) {
     mDatabase.Notify();
     DrainEvents();
     EXPECT_EQ(State(), "front");
-    EXPECT_TRUE(Scores().HasFocus());
+    EXPECT_TRUE(WaitFor([&] { return Scores().HasFocus(); }));
 }
 
 TEST_F(StudyFrameState, StatusTextsFitTheirFields) {
@@ -234,6 +234,17 @@ TEST_F(StudyFrameState, BreakTimeIsWhenNothingIsDue) {
     mServices.Time.Advance(100000000);
     Command(wxID_FORWARD);
     EXPECT_EQ(StatusText(0), "Ready for Review: 1");
+}
+
+TEST_F(StudyFrameState, HelpOfTheMenusIsNotOverwrittenWhileItShows) {
+    InsertCards(1);
+    Open();
+    mpFrame->DoGiveHelp("Creates a new flash card.", true);
+    DrainEvents();
+    EXPECT_EQ(StatusText(0), "Creates a new flash card.");
+    mpFrame->DoGiveHelp("", false);
+    DrainEvents();
+    EXPECT_EQ(StatusText(0), "Ready for Review: 0");
 }
 
 TEST_F(StudyFrameState, TheOtherDirectionSelectsAnewAndKeepsTheHistory) {
