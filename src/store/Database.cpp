@@ -22,6 +22,12 @@ bool Database::IsOpen() const {
 
 void Database::Close() {
     const Lock lock(mMutex);
+    if (!mOpening) {
+        CloseHandle();
+    }
+}
+
+void Database::CloseHandle() {
     for (const auto& [statement, run] : mStatementsInUse) {
         run->Forget();
     }
@@ -50,7 +56,7 @@ sqlite3_stmt* Database::GetStatement(const wxString& sql) {
     if (sqlite3_prepare(mpHandle, ToUtf8(sql).c_str(), -1, &statement, nullptr) != SQLITE_OK) {
         KeepError();
         VELOMIND_TRACE("cannot prepare \"%s\" (%s)", sql, mLastErrorText);
-        Close();
+        CloseHandle();
         return nullptr;
     }
     mStatements.emplace(sql, statement);
@@ -95,9 +101,10 @@ void Database::KeepError() {
 
 int Database::Execute(const wxString& sql) {
     const Lock lock(mMutex);
-    if (mpHandle == nullptr) {
-        return -1;
-    }
+    return IsOpen() ? ExecuteText(sql) : -1;
+}
+
+int Database::ExecuteText(const wxString& sql) {
     if (sqlite3_exec(mpHandle, ToUtf8(sql).c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         KeepError();
         return -1;

@@ -50,7 +50,8 @@ class Database : public Subject {
     // person informed. The path is made absolute; an empty path and one that begins with "file:"
     // are refused. Returns 0, or a negative value and a closed Database with the file as it was.
     int Open(const wxString& path, UpgradeWait& wait);
-    // Finalises every statement and closes the handle. Harmless on a closed Database.
+    // Finalises every statement and closes the handle. Harmless on a closed Database, and without
+    // effect while one is being opened.
     void Close();
     // False also while a file is only being opened.
     bool IsOpen() const;
@@ -159,6 +160,9 @@ class Database : public Subject {
     static const std::vector<PreparedText>& CardTexts();
     void Prepare(const std::vector<PreparedText>& texts);
     void ForgetStatements(const std::vector<PreparedText>& texts);
+
+    void CloseHandle();
+    int ExecuteText(const wxString& sql);
 
     // The steps of Open, in their order. Each gives 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);

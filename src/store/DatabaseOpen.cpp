@@ -91,11 +91,14 @@ wxString IndexName(wxString columns) {
 
 int Database::Open(const wxString& path, UpgradeWait& wait) {
     const Lock lock(mMutex);
-    Close();
+    if (mOpening) {
+        return -1;
+    }
+    CloseHandle();
     mOpening = true;
     const int result = OpenSteps(path, wait);
     if (result < 0) {
-        Close();
+        CloseHandle();
     }
     mOpening = false;
     return result;
@@ -164,11 +167,11 @@ int Database::CheckCardTables() {
 }
 
 int Database::CreateCardTables() {
-    if (Execute(kCreateCards) < 0 || Execute(kCreateCategories) < 0) {
+    if (ExecuteText(kCreateCards) < 0 || ExecuteText(kCreateCategories) < 0) {
         return -1;
     }
     for (const char* const columns : kCardIndexes) {
-        if (Execute("CREATE INDEX " + IndexName(columns) + " ON Cards (" + columns + ")") < 0) {
+        if (ExecuteText("CREATE INDEX " + IndexName(columns) + " ON Cards (" + columns + ")") < 0) {
             return -1;
         }
     }
@@ -181,7 +184,7 @@ int Database::EnsureGlobals() {
     if (result < 0) {
         return result;
     }
-    return found ? 0 : Execute(kCreateGlobals);
+    return found ? 0 : ExecuteText(kCreateGlobals);
 }
 
 int Database::BringToVersion(UpgradeWait& wait) {
@@ -210,8 +213,14 @@ int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     if (worker.Run() != wxTHREAD_NO_ERROR) {
         return -1;
     }
+    // The windows behind the waiting one go on asking meanwhile. They find no statement, and the
+    // mutex is free: joining takes the window library's own lock, which comes before ours.
+    ForgetStatements(GlobalTexts());
+    mMutex.unlock();
     wait.WaitFor(worker);
     worker.Wait();
+    mMutex.lock();
+    Prepare(GlobalTexts());
     if (result != SQLITE_OK) {
         KeepError();
         return -1;
