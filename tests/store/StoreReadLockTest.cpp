@@ -1,0 +1,29 @@
+#include "store/StoreReadLock.h"
+
+#include <sqlite3.h>
+
+#include <memory>
+
+#include "support/StoreFixture.h"
+
+namespace {
+
+class StoreReadLockTest : public StoreFixture {};
+
+}  // namespace
+
+TEST_F(StoreReadLockTest, KeepsOtherProgramsFromWritingAndTheStoreReadable) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(StorePath().utf8_str(), &other), SQLITE_OK);
+    const auto write = [other] {
+        return sqlite3_exec(other, "DELETE FROM Globals WHERE Key='x'", nullptr, nullptr, nullptr);
+    };
+    auto lock = std::make_unique<StoreReadLock>(mDatabase);
+    EXPECT_EQ(write(), SQLITE_BUSY);
+    std::list<Category> categories;
+    EXPECT_EQ(mDatabase.SelectAllCategories(categories), 0);
+    EXPECT_EQ(categories.size(), 1U);
+    lock.reset();
+    EXPECT_EQ(write(), SQLITE_OK);
+    sqlite3_close(other);
+}
