@@ -3,6 +3,7 @@
 #include <wx/intl.h>
 
 #include <new>
+#include <optional>
 
 #include "exchange/CardRecordReader.h"
 #include "exchange/ImportCategories.h"
@@ -11,15 +12,16 @@
 #include "exchange/ImportSource.h"
 #include "exchange/IntroductionOrders.h"
 #include "store/Database.h"
+#include "store/StoreReadLock.h"
 
 namespace {
 
 // The steps of one pass. A step that fails puts the reason into the result and gives false.
 class Pass {
   public:
-    Pass(const ImportFile& file, Database& database, ImportResult& result,
+    Pass(const ImportInput& input, Database& database, ImportResult& result,
          const ImportPassOptions& options)
-        : mFile(file),
+        : mInput(input),
           mDatabase(database),
           mResult(result),
           mOptions(options),
@@ -41,7 +43,7 @@ class Pass {
     bool Merge(ImportRecord& record, int32_t line);
     bool Update(const FlashCard& card);
 
-    const ImportFile& mFile;
+    const ImportInput& mInput;
     Database& mDatabase;
     ImportResult& mResult;
     const ImportPassOptions& mOptions;
@@ -51,7 +53,11 @@ class Pass {
 };
 
 bool Pass::Run() {
-    return mCategories.Load() && mSource.Open(mFile, mResult) && ReadRecords();
+    std::optional<StoreReadLock> lock;
+    if (mOptions.ValidateOnly) {
+        lock.emplace(mDatabase);
+    }
+    return mCategories.Load() && mSource.Open(mInput, mResult) && ReadRecords();
 }
 
 bool Pass::ReadRecords() {
@@ -81,7 +87,7 @@ bool Pass::Finish() {
     const int32_t line = reader.GetLineNumber();
     if (mSource.HasFailed()) {
         mResult.LineNumber = line;
-        return mResult.Fail(UnreadableFileMessage(mFile.Name));
+        return mResult.Fail(UnreadableFileMessage(mInput.FileName));
     }
     switch (reader.GetError()) {
         case CardRecordReader::kMissingSeparator:
@@ -227,24 +233,24 @@ bool Pass::Update(const FlashCard& card) {
 
 }  // namespace
 
-int ImportPass(const ImportFile& file, Database& database, ImportResult& result,
+int ImportPass(const ImportInput& input, Database& database, ImportResult& result,
                const ImportPassOptions& options) {
     try {
-        return Pass(file, database, result, options).Run() ? 0 : -1;
+        return Pass(input, database, result, options).Run() ? 0 : -1;
     } catch (const std::bad_alloc&) {
         // A record too long for the memory, such as a quote that a huge file never closes.
-        result.Fail(UnreadableFileMessage(file.Name));
+        result.Fail(UnreadableFileMessage(input.FileName));
         return -1;
     }
 }
 
-int ImportCards(const ImportFile& file, Database& database, ImportResult& result,
+int ImportCards(const ImportInput& input, Database& database, ImportResult& result,
                 bool askCategories, std::set<int32_t>* touchedCategories) {
     ImportPassOptions options;
     options.AskCategories = askCategories;
-    if (file.Format != ImportFormat::kVersion1Store) {
+    if (input.Format != ImportFormat::kVersion1Store) {
         options.ValidateOnly = true;
-        if (ImportPass(file, database, result, options) < 0) {
+        if (ImportPass(input, database, result, options) < 0) {
             return -1;
         }
         if (!result.Advance(ImportStatus::kFinished, ImportStatus::kRunning)) {
@@ -254,13 +260,13 @@ int ImportCards(const ImportFile& file, Database& database, ImportResult& result
     }
     options.ValidateOnly = false;
     options.TouchedCategories = touchedCategories;
-    return ImportPass(file, database, result, options);
+    return ImportPass(input, database, result, options);
 }
 
-bool ImportPreview(const ImportFile& file, Database& database, ImportResult& result,
+bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,
                    std::vector<CardAttribute>& attributes) {
     ImportPassOptions options;
     options.ValidateOnly = true;
     options.PreviewAttributes = &attributes;
-    return ImportPass(file, database, result, options) < 0;
+    return ImportPass(input, database, result, options) < 0;
 }

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "exchange/CardAttribute.h"
-#include "exchange/ImportFile.h"
+#include "exchange/ImportInput.h"
 #include "exchange/ImportResult.h"
 
 class Database;
@@ -23,16 +23,16 @@ struct ImportPassOptions {
 
 // Returns 0, or -1 with the reason in the result. A reason without a text, as for a file that
 // cannot be opened, is told by others.
-int ImportPass(const ImportFile& file, Database& database, ImportResult& result,
+int ImportPass(const ImportInput& input, Database& database, ImportResult& result,
                const ImportPassOptions& options);
 
 // Imports a file: a pass that finds any fault before something is written, then the pass that
 // writes. Every card is written by itself: a failure or a cancel leaves what was written before.
 // Returns 0, or -1 with the reason in the result.
-int ImportCards(const ImportFile& file, Database& database, ImportResult& result,
+int ImportCards(const ImportInput& input, Database& database, ImportResult& result,
                 bool askCategories, std::set<int32_t>* touchedCategories);
 
 // Shows what the first record holds, or no attribute for a file without records. Writes and asks
 // nothing. True on a failure, which the result then tells.
-bool ImportPreview(const ImportFile& file, Database& database, ImportResult& result,
+bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,
                    std::vector<CardAttribute>& attributes);

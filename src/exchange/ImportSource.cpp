@@ -8,7 +8,7 @@
 #include "exchange/AttributeTable.h"
 #include "exchange/CharSource.h"
 #include "exchange/DelimitedReader.h"
-#include "exchange/ImportFile.h"
+#include "exchange/ImportInput.h"
 #include "exchange/ImportMessages.h"
 #include "exchange/ImportResult.h"
 #include "exchange/TextEncoding.h"
@@ -22,17 +22,17 @@ bool ImportSource::HasFailed() const {
     return mText != nullptr && mText->HasFailed();
 }
 
-bool ImportSource::Open(const ImportFile& file, ImportResult& result) {
-    if (file.Format == ImportFormat::kVersion1Store) {
+bool ImportSource::Open(const ImportInput& input, ImportResult& result) {
+    if (input.Format == ImportFormat::kVersion1Store) {
         // No engine of this platform opens such a store.
         return result.Fail(
             _("Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards"));
     }
-    if (!OpenText(file.Name, result)) {
+    if (!OpenText(input.FileName, result)) {
         return false;
     }
-    if (file.Format == ImportFormat::kDelimited) {
-        return OpenTable(file, result);
+    if (input.Format == ImportFormat::kDelimited) {
+        return OpenTable(input, result);
     }
     mReader = std::make_unique<VlmTextReader>(*mText, false);
     return true;
@@ -52,10 +52,10 @@ bool ImportSource::OpenText(const wxString& name, ImportResult& result) {
     return true;
 }
 
-bool ImportSource::OpenTable(const ImportFile& file, ImportResult& result) {
-    auto reader = std::make_unique<DelimitedReader>(*mText, file.Delimiter);
+bool ImportSource::OpenTable(const ImportInput& input, ImportResult& result) {
+    auto reader = std::make_unique<DelimitedReader>(*mText, input.Delimiter);
     if (HasFailed()) {
-        return result.Fail(UnreadableFileMessage(file.Name));
+        return result.Fail(UnreadableFileMessage(input.FileName));
     }
     for (size_t i = 0; i < reader->GetColumnCount(); ++i) {
         const wxString& name = reader->GetColumnName(i);

@@ -4,7 +4,7 @@
 
 class CardRecordReader;
 class CharSource;
-struct ImportFile;
+struct ImportInput;
 struct ImportResult;
 class wxInputStream;
 class wxString;
@@ -20,14 +20,14 @@ class ImportSource {
 
     // Opens the file and checks the column names of a table. False when that fails, and the result
     // then says why.
-    bool Open(const ImportFile& file, ImportResult& result);
+    bool Open(const ImportInput& input, ImportResult& result);
     CardRecordReader& Reader() { return *mReader; }
     // The file could not be read to its end.
     bool HasFailed() const;
 
   private:
     bool OpenText(const wxString& name, ImportResult& result);
-    bool OpenTable(const ImportFile& file, ImportResult& result);
+    bool OpenTable(const ImportInput& input, ImportResult& result);
 
     std::unique_ptr<wxInputStream> mStream;
     std::unique_ptr<CharSource> mText;

@@ -5,10 +5,10 @@
 #include "exchange/ImportPass.h"
 #include "exchange/ImportQuestions.h"
 
-ImportThread::ImportThread(const ImportFile& file, Database& database, bool askCategories,
+ImportThread::ImportThread(const ImportInput& input, Database& database, bool askCategories,
                            std::set<int32_t>* touchedCategories, ImportQuestions& questions)
     : wxThread(wxTHREAD_JOINABLE),
-      mFile(file),
+      mInput(input),
       mDatabase(database),
       mAskCategories(askCategories),
       mpTouchedCategories(touchedCategories),
@@ -37,7 +37,7 @@ void ImportThread::Join() {
 
 wxThread::ExitCode ImportThread::Entry() {
     // The outcome is in the result, whatever this returns.
-    ImportCards(mFile, mDatabase, mResult, mAskCategories, mpTouchedCategories);
+    ImportCards(mInput, mDatabase, mResult, mAskCategories, mpTouchedCategories);
     mFinished = true;
     return nullptr;
 }

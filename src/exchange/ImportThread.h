@@ -5,7 +5,7 @@
 #include <atomic>
 #include <set>
 
-#include "exchange/ImportFile.h"
+#include "exchange/ImportInput.h"
 #include "exchange/ImportResult.h"
 #include "exchange/ProgressSource.h"
 
@@ -17,7 +17,7 @@ class ImportQuestions;
 class ImportThread : public wxThread, public ProgressSource {
   public:
     // The database, the questions and the set, which may be null, are not owned.
-    ImportThread(const ImportFile& file, Database& database, bool askCategories,
+    ImportThread(const ImportInput& input, Database& database, bool askCategories,
                  std::set<int32_t>* touchedCategories, ImportQuestions& questions);
     ~ImportThread() override;
 
@@ -43,7 +43,7 @@ class ImportThread : public wxThread, public ProgressSource {
     bool AskMerge(wxWindow* parent);
     void Reply();
 
-    ImportFile mFile;
+    ImportInput mInput;
     Database& mDatabase;
     bool mAskCategories;
     std::set<int32_t>* mpTouchedCategories;

@@ -7,8 +7,8 @@
 
 // Turns the bytes of a text file into characters. No input stops it: what is no character of the
 // encoding (a broken sequence, half a surrogate pair, an odd byte at the end) becomes U+FFFD, one
-// for each broken part. So does the character NUL, which would cut a card's text in the store; a
-// text that was decoded never holds a NUL.
+// for each broken part. So does the character NUL, which would cut a card's text in the windows and
+// in the functions of SQL; a text that was decoded never holds a NUL.
 class TextDecoder {
   public:
     // UTF-8, UTF-16 in either byte order; anything else counts as Windows-1252.

@@ -9,11 +9,11 @@
 class ImportFixture : public StoreFixture {
   protected:
     // Writes the bytes to a file.
-    ImportFile TextFile(const std::string& bytes, ImportFormat format = ImportFormat::kVlmText,
-                        wchar_t delimiter = L',') {
-        const ImportFile file{mDirectory.Path("import.txt"), format, delimiter};
-        WriteBytes(file.Name, bytes);
-        return file;
+    ImportInput TextFile(const std::string& bytes, ImportFormat format = ImportFormat::kVlmText,
+                         wchar_t delimiter = L',') {
+        const ImportInput input{mDirectory.Path("import.txt"), format, delimiter};
+        WriteBytes(input.FileName, bytes);
+        return input;
     }
 
     // Imports without questions, and leaves the outcome in mResult.
@@ -36,9 +36,9 @@ class ImportFixture : public StoreFixture {
     std::set<int32_t> mTouched;
 
   private:
-    int Run(const ImportFile& file) {
+    int Run(const ImportInput& input) {
         mResult = std::make_unique<ImportResult>();
         mTouched.clear();
-        return ImportCards(file, mDatabase, *mResult, false, &mTouched);
+        return ImportCards(input, mDatabase, *mResult, false, &mTouched);
     }
 };

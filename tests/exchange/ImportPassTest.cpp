@@ -216,7 +216,7 @@ TEST_F(ImportIntoStore, RefusesWhatIsNoReadableFile) {
     EXPECT_EQ(ImportCards({mDirectory.Path(".")}, mDatabase, directory, false, nullptr), -1);
     EXPECT_EQ(directory.Message, "Unable to read flash cards: " + mDirectory.Path("."));
     ImportResult legacy;
-    const ImportFile store{StorePath(), ImportFormat::kVersion1Store};
+    const ImportInput store{StorePath(), ImportFormat::kVersion1Store};
     EXPECT_EQ(ImportCards(store, mDatabase, legacy, false, nullptr), -1);
     EXPECT_EQ(legacy.Message,
               "Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards");
@@ -227,7 +227,7 @@ TEST_F(ImportIntoStore, PreviewsTheFirstRecordAndWritesNothing) {
     std::vector<CardAttribute> attributes;
     ImportResult result;
     // The pair is in the store, and the second record is wrong: no matter for a preview.
-    const ImportFile text = TextFile("\n#\nQ: a\nA: b\nc: Words\n\nx\n");
+    const ImportInput text = TextFile("\n#\nQ: a\nA: b\nc: Words\n\nx\n");
     EXPECT_FALSE(ImportPreview(text, mDatabase, result, attributes));
     EXPECT_EQ(result.Status, ImportStatus::kRunning);
     ASSERT_EQ(attributes.size(), 3U);

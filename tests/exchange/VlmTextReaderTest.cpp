@@ -64,14 +64,14 @@ TEST(VlmTextReader, JoinsNamesThatDifferByCaseWhenAsked) {
 // A record of many names must not cost their square, and a repeat is found among many as among few.
 TEST(VlmTextReader, FindsARepeatAmongManyNames) {
     std::string many;
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         many += "n" + std::to_string(i) + ": v\n";
     }
-    for (const char* repeated : {"n3: v\n", "n31: v\n", "n32: v\n", "n99998: v\n"}) {
+    for (const char* repeated : {"n3: v\n", "n31: v\n", "n32: v\n", "n19998: v\n"}) {
         TextOfBytes text(many + repeated);
         VlmTextReader reader(text.Source(), false);
         EXPECT_FALSE(reader.ReadRecord()) << repeated;
         EXPECT_EQ(reader.GetError(), 2) << repeated;
-        EXPECT_EQ(reader.GetLineNumber(), 100001) << repeated;
+        EXPECT_EQ(reader.GetLineNumber(), 20001) << repeated;
     }
 }

@@ -11,8 +11,8 @@ enum class ImportFormat {
 };
 
 // A file to import and how to read it.
-struct ImportFile {
-    wxString Name;
+struct ImportInput {
+    wxString FileName;
     ImportFormat Format = ImportFormat::kVlmText;
     // Between the fields of the delimited format.
     wchar_t Delimiter = L'\t';
