@@ -1,0 +1,190 @@
+// The faces of an import: progress, the question about a category, the outcome.
+
+#include <wx/button.h>
+#include <wx/frame.h>
+#include <wx/gauge.h>
+#include <wx/stattext.h>
+
+#include <functional>
+
+#include "exchange/ImportInput.h"
+#include "exchange/ProgressSource.h"
+#include "exchange/dialogs/ImportNewCategoryMessageBox.h"
+#include "exchange/dialogs/ImportQuestionDialogs.h"
+#include "exchange/dialogs/ImportWithProgress.h"
+#include "exchange/dialogs/ProgressDialog.h"
+#include "support/GuiTest.h"
+
+namespace {
+
+// A job of ten steps, one a tick, unless it is told otherwise.
+class FakeJob : public ProgressSource {
+  public:
+    int32_t GetMinimum() const override { return 100; }
+    int32_t GetMaximum() const override { return Maximum; }
+    int32_t GetPosition() const override { return Maximum == 100 ? 100 : 100 + Ticks; }
+    bool IsFinished() const override { return Ticks >= Length || Cancelled; }
+    void Cancel() override { Cancelled = true; }
+    void OnTimer(wxWindow* dialog) override {
+        ++Ticks;
+        if (AtTick) {
+            AtTick(*dialog);
+        }
+    }
+
+    int32_t Maximum = 200;
+    int Length = 10;
+    int Ticks = 0;
+    bool Cancelled = false;
+    std::function<void(wxWindow&)> AtTick;
+};
+
+int Show(FakeJob& job) {
+    ProgressDialog dialog(nullptr, "Progress", wxSize(400, 300));
+    dialog.SetSource(job);
+    return dialog.ShowModal();
+}
+
+void Press(wxWindow& window) {
+    wxCommandEvent click(wxEVT_BUTTON, window.GetId());
+    click.SetEventObject(&window);
+    window.GetEventHandler()->ProcessEvent(click);
+}
+
+// Notes how many dialogs had been shown when it was asked to deliver.
+class OrderedReport : public RecordingReport {
+  public:
+    explicit OrderedReport(const ModalAnswers& answers) : mAnswers(answers) {}
+    void DeliverPending() override { DialogsBefore = mAnswers.Dialogs.size(); }
+    size_t DialogsBefore = 0;
+
+  private:
+    const ModalAnswers& mAnswers;
+};
+
+class ImportDialogs : public GuiStoreTest {
+  protected:
+    // Imports a file; the progress window runs its course, and each further dialog gets an answer.
+    bool Import(const std::string& text, wxWindow* parent, const std::vector<int>& answers) {
+        const ImportInput input{mDirectory.Path("import.txt")};
+        WriteBytes(input.FileName, text);
+        mAnswers.Dialogs.clear();
+        mAnswers.Expect([](wxDialog& dialog) {
+            EXPECT_TRUE(WaitFor([&] { return dialog.GetReturnCode() != 0; }));
+            return dialog.GetReturnCode();
+        });
+        for (const int answer : answers) {
+            mAnswers.Expect(answer);
+        }
+        return ImportWithProgress(parent, input, mDatabase, mOrdered, true, nullptr);
+    }
+    // The last dialog's title and text.
+    wxString Last() const {
+        return mAnswers.Dialogs.back().Title + ": " + mAnswers.Dialogs.back().Message;
+    }
+
+    ModalAnswers mAnswers;
+    OrderedReport mOrdered{mAnswers};
+};
+
+}  // namespace
+
+TEST(ProgressDialogTest, EndsWithItsJob) {
+    FakeJob job;
+    int gauge = 0;
+    job.AtTick = [&](wxWindow& dialog) {
+        gauge = static_cast<wxGauge*>(FindById(dialog, 10031))->GetValue();
+    };
+    EXPECT_EQ(Show(job), wxID_OK);
+    EXPECT_EQ(gauge, 9);
+    EXPECT_FALSE(job.Cancelled);
+}
+
+TEST(ProgressDialogTest, EndsWithAJobThatHasNoLength) {
+    FakeJob job;
+    job.Maximum = 100;
+    job.Length = 0;
+    EXPECT_EQ(Show(job), wxID_OK);
+    EXPECT_EQ(job.Ticks, 1);
+}
+
+TEST(ProgressDialogTest, IsLeftOnlyByItsButton) {
+    FakeJob job;
+    job.Length = 1000;
+    job.AtTick = [&](wxWindow& dialog) {
+        dialog.Close();
+        if (job.Ticks == 5) {
+            EXPECT_FALSE(job.Cancelled);
+            Press(*FindById(dialog, 10032));
+        }
+    };
+    EXPECT_EQ(Show(job), wxID_CANCEL);
+    EXPECT_TRUE(job.Cancelled);
+    EXPECT_EQ(job.Ticks, 5);
+}
+
+// The timer goes on while the job has a question open.
+TEST(ProgressDialogTest, DoesNotTickInsideATick) {
+    FakeJob job;
+    job.Length = 2;
+    job.AtTick = [&](wxWindow&) {
+        const int ticks = job.Ticks;
+        EXPECT_FALSE(WaitFor([&] { return job.Ticks != ticks; }, 100));
+    };
+    EXPECT_EQ(Show(job), wxID_OK);
+}
+
+TEST(ImportNewCategoryMessageBoxTest, AnswersByItsButtons) {
+    const struct {
+        const char* Label;
+        int Code;
+        bool ToAll;
+    } cases[] = {
+        {"&Yes", wxID_YES, false}, {"Yes to All", wxID_YES, true}, {"&Cancel", wxID_CANCEL, false}};
+    for (const auto& row : cases) {
+        ImportNewCategoryMessageBox box(nullptr, "R&D");
+        EXPECT_EQ(box.GetTitle(), "New Category");
+        wxWindow* button = nullptr;
+        wxString text;
+        for (wxWindow* child : box.GetChildren()) {
+            button = child->GetLabel() == row.Label ? child : button;
+            text += wxControl::RemoveMnemonics(child->GetLabel()) + " ";
+        }
+        ASSERT_NE(button, nullptr) << row.Label;
+        EXPECT_TRUE(text.StartsWith("Category \"R&D\" does not exist.")) << text;
+        box.CallAfter([&] { Press(*button); });
+        EXPECT_EQ(box.ShowModal(), row.Code) << row.Label;
+        EXPECT_EQ(box.IsYesToAll(), row.ToAll) << row.Label;
+    }
+}
+
+TEST_F(ImportDialogs, TellTheOutcome) {
+    auto* const frame = new wxFrame(nullptr, wxID_ANY, "parent");
+    EXPECT_TRUE(Import("f: a\nb: b\n", frame, {wxID_OK}));
+    EXPECT_EQ(Last(),
+              "Import Complete: 1 Records Inserted\n0 Records Merged\n0 Duplicates Ignored\n"
+              "0.00 seconds");
+    EXPECT_TRUE(Import("f: c\nb: d\n", nullptr, {})) << "no parent, no box";
+
+    EXPECT_FALSE(Import("f: e\nb: f\n\nf: g\n", nullptr, {wxID_OK}));
+    EXPECT_EQ(Last(),
+              "Import Failed: New import cards must have an back attribute.\nLine Number: 4");
+    EXPECT_EQ(mOrdered.DialogsBefore, 1U) << "the store's own failure comes before any box";
+}
+
+TEST_F(ImportDialogs, AskForANewCategoryAndStopSilently) {
+    auto* const frame = new wxFrame(nullptr, wxID_ANY, "parent");
+    const std::string text = "f: a\nb: b\nc: Words\n";
+    EXPECT_FALSE(Import(text, frame, {wxID_CANCEL}));
+    EXPECT_EQ(mAnswers.Dialogs.back().Title, "New Category");
+    EXPECT_TRUE(mDatabase.IsEmpty());
+    // Any other code of a dialog is no yes.
+    EXPECT_FALSE(Import(text, frame, {wxID_OK}));
+    EXPECT_TRUE(mDatabase.IsEmpty());
+    EXPECT_TRUE(Import(text, frame, {wxID_YES, wxID_OK}));
+    EXPECT_FALSE(mDatabase.IsEmpty());
+}
+
+TEST(ImportQuestionDialogsTest, EndsAMergeQuestionWithACancel) {
+    EXPECT_FALSE(ImportQuestionDialogs().AskMerge(nullptr, FlashCard(), FlashCard(), 0).IsOk);
+}
