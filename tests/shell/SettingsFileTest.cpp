@@ -55,32 +55,30 @@ class SettingsFileTest : public GuiTest {
 }  // namespace
 
 TEST_F(SettingsFileTest, TheFirstWriteMakesTheDirectory) {
-    EXPECT_EQ(ReadStringSetting("DatabasePath"), "");
+    EXPECT_EQ(ReadStringSetting("LastWindow"), "");
     EXPECT_FALSE(std::filesystem::exists(ConfigDirectory()));
-    WriteStringSetting("DatabasePath", "/a/b.vlm");
-    EXPECT_EQ(ReadBytes(FilePath()), "DatabasePath=/a/b.vlm\n");
-}
+    WriteStringSetting("LastWindow", "Study");
+    EXPECT_EQ(ReadBytes(FilePath()), "LastWindow=Study\n");
 
-TEST_F(SettingsFileTest, HomeServesWhenNoDirectoryIsNamed) {
+    // A relative directory does not count.
     wxString home;
     ASSERT_TRUE(wxGetEnv("HOME", &home));
     wxSetEnv("HOME", mSettingsDirectory.Path("home"));
-    for (const char* named : {"", "relative/path"}) {
-        wxSetEnv("XDG_CONFIG_HOME", named);
-        WriteStringSetting("LastWindow", named);
-        EXPECT_EQ(ReadBytes(mSettingsDirectory.Path("home/.config/Velomind.conf")),
-                  std::string("LastWindow=") + named + "\n");
-    }
+    wxSetEnv("XDG_CONFIG_HOME", "relative/path");
+    WriteStringSetting("LastWindow", "Browse");
     wxSetEnv("HOME", home);
+    EXPECT_EQ(ReadBytes(mSettingsDirectory.Path("home/.config/Velomind.conf")),
+              "LastWindow=Browse\n");
 }
 
 TEST_F(SettingsFileTest, WhatAPersonWroteAroundOurKeysStays) {
     MakeDirectory();
-    WriteBytes(FilePath(), "# mine\nnonsense without a sign\nTest=1\nTest=0\n[Other]\nTest=5\n");
+    WriteBytes(FilePath(),
+               "# mine\nnonsense\n=no name\n[\nTest=1\nTest=0\n\xFF\n[Other]\nTest=5\n");
     WriteIntegerSetting("CurrentCategoryId", 3);
     EXPECT_EQ(ReadIntegerSetting("CurrentCategoryId"), 3);
     const std::string text = ReadBytes(FilePath());
-    for (const char* kept : {"# mine\n", "nonsense without a sign\n", "[Other]\nTest=5\n"}) {
+    for (const char* kept : {"# mine\n", "nonsense\n", "[Other]\nTest=5\n"}) {
         EXPECT_NE(text.find(kept), std::string::npos) << text;
     }
     EXPECT_TRUE(mLog.Messages.empty()) << mLog.Messages.front();
@@ -116,25 +114,4 @@ TEST_F(SettingsFileTest, APlaceThatTakesNothingIsToldOnce) {
     ExpectDefaultsAfterWrites();
     EXPECT_TRUE(std::filesystem::is_fifo(FilePath().utf8_string()));
     EXPECT_EQ(mLog.Messages.size(), 1U);
-}
-
-TEST_F(SettingsFileTest, BytesThatAreNoTextDoNoHarm) {
-    MakeDirectory();
-    std::string noise;
-    uint32_t state = 1;
-    for (int round = 0; round < 50; ++round) {
-        noise.clear();
-        for (int i = 0; i < 2000; ++i) {
-            state = state * 1664525U + 1013904223U;
-            // Half of them characters with a meaning in such files.
-            const char* const marks = "[]=\"\\/!#;\n\r$.";
-            noise += (state >> 31) != 0 ? marks[(state >> 16) % 13]
-                                        : static_cast<char>((state >> 16) & 0xFF);
-        }
-        WriteBytes(FilePath(), noise);
-        EXPECT_EQ(ReadIntegerSetting("EarlyIntroductionInterval"), 180);
-        WriteIntegerSetting("EarlyIntroductionInterval", 7);
-        EXPECT_EQ(ReadIntegerSetting("EarlyIntroductionInterval"), 7) << round;
-    }
-    EXPECT_TRUE(mLog.Messages.empty()) << mLog.Messages.front();
 }

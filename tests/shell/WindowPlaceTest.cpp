@@ -64,25 +64,17 @@ class WindowPositionTest : public GuiTest {
     }
 };
 
-TEST_F(WindowPositionTest, AWindowOpensWhereItWasClosed) {
+TEST_F(WindowPositionTest, AWindowComesBackToItsPlaceFromStartToStart) {
+    Save(*Open(false));
     const wxRect place(120, 90, 333, 222);
-    wxFrame* frame = Open(false);
-    frame->SetSize(place);
-    EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; }));
-    Save(*frame);
-    EXPECT_EQ(ReadStringSetting("StudyFramePosition"), "120,90,333,222");
-    frame = Open(true);
-    EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; })) << frame->GetRect();
-}
-
-TEST_F(WindowPositionTest, AWindowOfFixedSizeDoesNotShrinkFromStartToStart) {
-    WriteStringSetting("StudyFramePosition", "120,90,333,222");
-    const wxRect place(120, 90, 333, 222);
-    for (int start = 0; start < 3; ++start) {
-        wxFrame* const frame = Open(true, wxDEFAULT_FRAME_STYLE & ~wxRESIZE_BORDER);
+    WriteStringSetting("StudyFramePosition", FormatPlace(place));
+    // The two kinds have frames of different thickness.
+    for (const long style : {0L, long{wxRESIZE_BORDER}, 0L, 0L}) {
+        wxFrame* const frame = Open(true, (wxDEFAULT_FRAME_STYLE & ~wxRESIZE_BORDER) | style);
         EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; })) << frame->GetRect();
         Save(*frame);
     }
+    EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(place));
 }
 
 TEST_F(WindowPositionTest, AMaximisedWindowSavesThePlaceThatItComesBackTo) {
