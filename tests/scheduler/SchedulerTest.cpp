@@ -74,7 +74,8 @@ TEST_F(SchedulerTest, ChoosesByRatioThenNewThenLeastErc) {
         {"equal order by chance, below", {{"a", F, -1, 0, 3}, {"b", R, -1, 0, 3}}, "a", 0.49f},
         {"equal order by chance, half", {{"a", F, -1, 0, 3}, {"b", R, -1, 0, 3}}, "b", 0.5f},
         {"least ERC", {{"a", F, 1, 90, 9}, {"b", F, 1, 80, 8}, {"c", R, 1, 20, 9}}, "b"},
-        {"then the next due", {{"a", F, 1, 90, 9}, {"b", F, 1, 80, 9}, {"c", R, 1, 20, 9}}, "c"},
+        {"then the next due", {{"a", F, 1, 90, 9}, {"b", F, 1, 80, 9}, {"c", R, 1, 20, 9}}, "c", 0},
+        {"early: due exactly now waits", {{"a", F, 10, 10, 0}, {"b", F, -1, 0, 3}}, "b", 0, 180},
         {"then chance, below", {{"a", F, 1, 90, 9}, {"b", R, 1, 90, 9}}, "a", 0.49f},
         {"then chance, half", {{"a", F, 1, 90, 9}, {"b", R, 1, 90, 9}}, "b", 0.5f},
         {"early: short interval", {{"a", F, 99, 10, 0}, {"b", F, -1, 0, 3}}, "a", 0, 180},
@@ -179,7 +180,10 @@ TEST_F(SchedulerTest, ForgetsCardsThatAreGone) {
         EXPECT_EQ(mpScheduler->GetHistoryIndex(), c.NewPosition);
         EXPECT_EQ(mpScheduler->GetHistoryCount(), 5 - static_cast<int>(c.Deleted.size()));
     }
-    // A position that the count has left past the end comes back to a card that there is.
+    // A position that the count has left past the end restores nothing, and comes back to a card
+    // that there is.
+    mpScheduler->ScoreCard(5);
+    EXPECT_EQ(Query("SELECT ReviewInterval FROM Cards WHERE IntroductionOrder=0")[0], "3600.0");
     mpScheduler->Refresh();
     EXPECT_EQ(mpScheduler->GetHistoryIndex(), 0);
 }
