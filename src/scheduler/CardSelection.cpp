@@ -27,8 +27,8 @@ class ReadySearch {
         if (nextReview >= mNow) {
             return;
         }
-        const float elapsed = static_cast<float>((mNow - lastReview) / 1000);
-        const float ratio = interval < 1.0f ? kGreatest : elapsed / interval;
+        const int64_t elapsed = (mNow - lastReview) / 1000;
+        const float ratio = interval < 1.0f ? kGreatest : static_cast<float>(elapsed) / interval;
         if (mDirection == kReviewNone || ratio > mBestRatio) {
             mDirection = direction;
             mBestRatio = ratio;

@@ -50,8 +50,8 @@ class CardSelection {
     using SortKey = std::pair<int64_t, int64_t> (*)(const FlashCard&, ReviewDirection);
 
     int FindReadyCard(int32_t horizon, ReadyCard& ready);
-    // These succeed also without a card, and chosen then is unchanged.
     int ReadCard(const ReadyCard& ready, ReviewCard& chosen);
+    // These succeed also without a card, and chosen then is unchanged.
     int IntroduceCard(ReviewCard& chosen);
     int PickEarlyReviewCard(ReviewCard& chosen);
     // Of the first card in each direction studied, takes the one with the lower key; chance decides

@@ -36,7 +36,8 @@ float ElapsedSeconds(const CardSchedule& schedule, const wxDateTime& now) {
         return kElapsedOfNewCard;
     }
     const int64_t milliseconds = (now.GetValue() - schedule.LastReview.GetValue()).GetValue();
-    return static_cast<float>(milliseconds / 1000);
+    const int64_t seconds = milliseconds / 1000;
+    return static_cast<float>(seconds);
 }
 
 float NextInterval(float multiplier, float elapsed, float old, ReviewRandom& random) {
