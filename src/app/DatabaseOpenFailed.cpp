@@ -29,7 +29,8 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
       mMustExist(mustExist) {
     auto* const message =
         new wxStaticText(this, wxID_ANY, _("Unable to open the flash card store file."));
-    mpPath = new wxTextCtrl(this, ID_PATH, path, wxDefaultPosition, wxDefaultSize, wxTE_READONLY);
+    mpPath = new wxTextCtrl(this, ID_PATH, path, wxDefaultPosition, FromDIP(wxSize(390, -1)),
+                            wxTE_READONLY);
 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     const auto addButton = [&](int id, const wxString& label) {
@@ -47,8 +48,6 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     rows->Add(mpPath, wxSizerFlags().Expand().Border(wxALL, 5));
     rows->Add(buttons, wxSizerFlags().Center());
     SetSizerAndFit(rows);
-    // As high as it must be, and wide enough to read a path.
-    SetSize(wxMax(GetSize().x, FromDIP(400)), GetSize().y);
     Centre();
 
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);
