@@ -16,6 +16,8 @@
 #include "app/Locale.h"
 #include "app/StoreLifecycle.h"
 #include "app/TextCommands.h"
+#include "exchange/ImportInput.h"
+#include "exchange/dialogs/ImportWithProgress.h"
 #include "list/BrowseFrame.h"
 #include "shell/CommandIds.h"
 #include "shell/Makers.h"
@@ -114,8 +116,17 @@ bool VelomindApp::ImportFile(const wxString& path) {
         PrintError(_("Velomind runs already. Nothing was imported."));
         return false;
     }
-    PrintError(_("Files cannot be imported yet."));
-    return false;
+    mInstance.Listen([this] { ComeToFront(); });
+    mpDatabase = OpenAtStart(mFatalErrorReport);
+    ImportInput input;
+    input.FileName = file;
+    input.Format = ImportFormat::kDelimited;
+    input.Delimiter = L'\t';
+    ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport, false, nullptr);
+    // Whatever came of it: the file was made to be imported once.
+    wxRemoveFile(file);
+    mpDatabase.reset();
+    return true;
 }
 
 void VelomindApp::ShowMessage(const wxString& text) {
