@@ -18,8 +18,6 @@ SCORES = (3, 4, 5, 4, 3, 5, 5, 4, 3, 4)
 def main():
     screens = os.path.abspath(sys.argv[1])
     os.makedirs(screens, exist_ok=True)
-    driver.BINARY = os.path.join(ROOT, "build", "release", "velomind")
-    driver.SAMPLES = os.path.join(ROOT, "samples")
     sandbox = driver.Sandbox()
     try:
         study(sandbox, screens)
