@@ -14,8 +14,9 @@ import tempfile
 import time
 import unittest
 
-BINARY = os.environ.get("VELOMIND_BINARY", "build/release/velomind")
-SAMPLES = os.environ.get("VELOMIND_SAMPLES", "samples")
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+BINARY = os.environ.get("VELOMIND_BINARY", os.path.join(ROOT, "build", "release", "velomind"))
+SAMPLES = os.path.join(ROOT, "samples")
 # Where a failed test leaves a picture of the screen.
 SCREENS = os.environ.get("VELOMIND_SCREENS", "")
 # Seconds that a state may take to come. Sanitizers make the program many times slower.
@@ -61,11 +62,20 @@ def take_picture(path):
     run_tool("import", "-window", "root", path)
 
 
+def fast_directory():
+    """Memory if there is plenty, as each card that is stored waits for the disk; None for the usual
+    place."""
+    memory = "/dev/shm"
+    if os.access(memory, os.W_OK) and shutil.disk_usage(memory).free > 2 << 30:
+        return memory
+    return None
+
+
 class Sandbox:
     """Home, settings, documents and run-time directory of one test, removed at its end."""
 
     def __init__(self):
-        self.root = tempfile.mkdtemp(prefix="velomind-")
+        self.root = tempfile.mkdtemp(prefix="velomind-", dir=fast_directory())
         self.home = self._make("home")
         self.config = self._make("config")
         self.documents = self._make("documents")
@@ -126,14 +136,21 @@ class Sandbox:
         return self.start(*arguments).wait(limit)
 
     def query(self, sql, *values):
-        """Rows of the store, read through a connection of its own; none while there is no store."""
+        """Rows of the store, read through a connection of its own; none while there is no store.
+
+        While the program runs no lock is taken, as a reader's lock can make a write of the program
+        fail. What is read then may be half of a change: wait for a state, and look at the whole once
+        the program has ended.
+        """
+        running = any(program.process.poll() is None for program in self._programs)
         if not os.path.exists(self.store):
             return []
-        connection = sqlite3.connect(f"file:{self.store}?mode=rw", uri=True, timeout=10)
+        options = "mode=ro&immutable=1" if running else "mode=rw"
+        connection = sqlite3.connect(f"file:{self.store}?{options}", uri=True, timeout=10)
         try:
             return connection.execute(sql, values).fetchall()
-        except sqlite3.OperationalError as error:
-            if "no such table" in str(error):
+        except sqlite3.DatabaseError as error:
+            if running or "no such table" in str(error):
                 return []
             raise
         finally:
@@ -169,7 +186,7 @@ class Program:
         self._sandbox = sandbox
         with open(self._error_path, "wb") as errors:
             self.process = subprocess.Popen(
-                [os.path.abspath(BINARY), *arguments], env=sandbox.environment(),
+                [BINARY, *arguments], env=sandbox.environment(),
                 cwd=sandbox.root, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
 
     def error_text(self):
@@ -208,7 +225,18 @@ class Program:
         return self._sandbox.bus.read(self.process.pid)
 
     def wait_text(self, text):
-        wait_until(lambda: any(text in line for line in self.read()), f"“{text}” on the screen")
+        seen = []
+
+        def shown():
+            seen[:] = self.read()
+            return any(text in line for line in seen)
+        try:
+            wait_until(shown, f"“{text}” on the screen")
+        except AssertionError as error:
+            raise AssertionError(f"{error}; seen: {seen}") from None
+
+    def wait_no_text(self, text):
+        wait_until(lambda: not any(text in line for line in self.read()), f"end of “{text}”")
 
     def click(self, label):
         """Clicks the button of that label with the mouse; asks for let_read_windows."""
@@ -326,9 +354,10 @@ class AccessibilityBus:
         return texts
 
     def find(self, process, label):
-        """The middle of what has that label on the screen, or None."""
+        """The middle of the button of that label on the screen, or None."""
         for node in self._nodes(process):
-            if self._name(node) == label:
+            role = self._call(*node, self._ACCESSIBLE + ".GetRoleName")
+            if "push button" in role and self._name(node) == label:
                 reply = self._call(*node, "org.a11y.atspi.Component.GetExtents", "uint32:0")
                 place = [int(number) for number in re.findall(r"int32 (-?\d+)", reply)]
                 if len(place) == 4 and place[2] > 0 and place[3] > 0:
