@@ -29,7 +29,7 @@ TEST_F(CardStoreTest, ACardComesBackAsItWasStored) {
     };
     EXPECT_TRUE(fields(stored) == fields(card));
     EXPECT_EQ(Query("SELECT NextReview, RNextReview, typeof(FrontAudio) FROM Cards"),
-              std::vector<std::string>{"1111197511|1222222281|null"});
+              Strings{"1111197511|1222222281|null"});
     EXPECT_EQ(mDatabase.InsertFlashCard(FlashCard()), -1);
 }
 
@@ -83,10 +83,8 @@ TEST_F(CardStoreTest, SearchFoldsAsciiInTheStoreAndAllLettersInTheText) {
     card.Notes = "100 percent";
     card.Author = L"\u00f6";
     Insert(card);
-    const struct {
-        const wchar_t* text;
-        size_t hits;
-    } cases[] = {{L"HUN", 1}, {L"1%t", 1}, {L"x", 0}, {L"\u00d6", 1}, {L"\u00c4", 0}, {L"", 1}};
+    const std::pair<const wchar_t*, size_t> cases[] = {{L"HUN", 1},    {L"1%t", 1},    {L"x", 0},
+                                                       {L"\u00d6", 1}, {L"\u00c4", 0}, {L"", 1}};
     for (const auto& [text, hits] : cases) {
         std::vector<int64_t> rowIds;
         EXPECT_EQ(mDatabase.SearchRowIdsOrder(text, "Front", rowIds), 0);

@@ -3,9 +3,7 @@
 class CategoryStoreTest : public StoreFixture {
   protected:
     // "id name" of every category, in the order of the ids.
-    std::vector<std::string> Categories() {
-        return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id");
-    }
+    Strings Categories() { return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id"); }
 };
 
 TEST_F(CategoryStoreTest, TheSmallestFreeIdIsTakenAndStrayCardsLeaveIt) {
@@ -14,14 +12,14 @@ TEST_F(CategoryStoreTest, TheSmallestFreeIdIsTakenAndStrayCardsLeaveIt) {
     EXPECT_EQ(mDatabase.DeleteCategory(1), 0);
     const FlashCard stray = Insert(MakeCard("front", "back", 1));
     EXPECT_EQ(mDatabase.CategoryInsert("Again"), 0);
-    EXPECT_EQ(Categories(), (std::vector<std::string>{"0 Default", "1 Again", "2 Two"}));
+    EXPECT_EQ(Categories(), (Strings{"0 Default", "1 Again", "2 Two"}));
     EXPECT_EQ(Stored(stray.CardId).CategoryId, -1);
 }
 
 TEST_F(CategoryStoreTest, ACategoryWithACardCannotBeDeleted) {
     const FlashCard card = Insert(MakeCard("front", "back", 0));
     EXPECT_EQ(mDatabase.DeleteCategory(0), -1);
-    EXPECT_EQ(Categories(), std::vector<std::string>{"0 Default"});
+    EXPECT_EQ(Categories(), Strings{"0 Default"});
     EXPECT_EQ(mDatabase.UpdateFlashCardCategory(0, 5), 0);
     EXPECT_EQ(Stored(card.CardId).CategoryId, 5);
     EXPECT_EQ(mDatabase.DeleteCategory(0), 0);
@@ -55,5 +53,5 @@ TEST_F(CategoryStoreTest, AGlobalValueIsWrittenOnlyWhenItChanges) {
     EXPECT_EQ(numbers, std::list<int32_t>{-20});
     EXPECT_EQ(mDatabase.GetGlobalInt("other", numbers), 0);
     EXPECT_TRUE(numbers.empty());
-    EXPECT_EQ(Query("SELECT count(*) FROM Globals WHERE Key='key'"), std::vector<std::string>{"1"});
+    EXPECT_EQ(Query("SELECT count(*) FROM Globals WHERE Key='key'"), Strings{"1"});
 }

@@ -76,17 +76,14 @@ TEST(Records, TimeStampsAreReadAndWrittenInUtc) {
 }
 
 TEST(Records, NextReviewAddsTheWholeSecondsWithin32Bits) {
-    const struct {
-        float interval;
-        int64_t wait;
-    } cases[] = {{5.0f, 5},
-                 {59.9f, 59},
-                 {0.9f, 0},
-                 {-1.5f, -1},
-                 {3e9f, 2147483647},
-                 {-3e9f, -2147483648},
-                 {INFINITY, 2147483647},
-                 {NAN, 0}};
+    const std::pair<float, int64_t> cases[] = {{5.0f, 5},
+                                               {59.9f, 59},
+                                               {0.9f, 0},
+                                               {-1.5f, -1},
+                                               {3e9f, 2147483647},
+                                               {-3e9f, -2147483648},
+                                               {INFINITY, 2147483647},
+                                               {NAN, 0}};
     for (const auto& [interval, wait] : cases) {
         CardSchedule schedule;
         schedule.LastReview = wxDateTime(time_t{2000000000});

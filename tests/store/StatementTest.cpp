@@ -29,18 +29,13 @@ TEST_F(StatementTest, ANestedRunFailsAndLeavesTheFirstAlone) {
 }
 
 TEST_F(StatementTest, TimesAreBoundInWholeSecondsOf31Bits) {
-    const struct {
-        int64_t milliseconds;
-        int64_t bound;
-    } cases[] = {
-        {0, 0},
-        {1999, 1},
-        {-1, -1},
-        {-1000, -1},
-        {2147483646999, 2147483646},
-        {2147483647000, -1},
-        {wxINT64_MIN, -1},
-    };
+    const std::pair<int64_t, int64_t> cases[] = {{0, 0},
+                                                 {1999, 1},
+                                                 {-1, -1},
+                                                 {-1000, -1},
+                                                 {2147483646999, 2147483646},
+                                                 {2147483647000, -1},
+                                                 {wxINT64_MIN, -1}};
     for (const auto& [milliseconds, bound] : cases) {
         StatementRun run = Run("SELECT ?");
         ASSERT_EQ(run.BindTime(1, wxDateTime(wxLongLong(milliseconds))), 0);

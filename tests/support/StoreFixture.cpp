@@ -46,8 +46,6 @@ StoreFixture::StoreFixture() {
     EXPECT_EQ(mDatabase.CategoryInsert("Default"), 0);
 }
 
-StoreFixture::~StoreFixture() = default;
-
 FlashCard StoreFixture::Insert(const FlashCard& card) {
     EXPECT_EQ(mDatabase.InsertFlashCard(card), 0);
     return card;

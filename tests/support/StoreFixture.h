@@ -34,8 +34,9 @@ FlashCard MakeCard(const wxString& front, const wxString& back, int32_t category
 // A real store file with one category "Default" (id 0), open.
 class StoreFixture : public ::testing::Test {
   protected:
+    using Strings = std::vector<std::string>;
+
     StoreFixture();
-    ~StoreFixture() override;
 
     // Puts the card into the store and gives it back.
     FlashCard Insert(const FlashCard& card);
@@ -43,7 +44,7 @@ class StoreFixture : public ::testing::Test {
     FlashCard Stored(const CardUuid& id);
     // Runs a query on the file through a connection of its own and gives the rows, columns joined
     // by "|".
-    std::vector<std::string> Query(const std::string& sql);
+    Strings Query(const std::string& sql);
     wxString StorePath() const { return mDirectory.Path("store.vlm"); }
     void Reopen();
 
