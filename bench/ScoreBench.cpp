@@ -222,6 +222,18 @@ double Microseconds(const Work& work) {
         .count();
 }
 
+// Pair by pair, as the machine may be busy with something else for a while.
+void CountTimes(benchmark::State& state, std::vector<double>& floorTimes,
+                std::vector<double>& times) {
+    std::vector<double> ratios;
+    for (size_t i = 0; i < times.size(); ++i) {
+        ratios.push_back(times[i] / floorTimes[i]);
+    }
+    state.counters["floor_us"] = Median(floorTimes);
+    state.counters["score_us"] = Median(times);
+    state.counters["ratio"] = Median(ratios);
+}
+
 void ScoreToNextCard(benchmark::State& state) {
     const int due = static_cast<int>(state.range(0));
     const std::filesystem::path parent =
@@ -274,14 +286,7 @@ void ScoreToNextCard(benchmark::State& state) {
     if (!report.Texts.empty() || CountScored(storePath) != CountScored(floorPath)) {
         state.SkipWithError("the two have not scored alike");
     }
-    // Pair by pair, as the machine may be busy with something else for a while.
-    std::vector<double> ratios;
-    for (size_t i = 0; i < times.size(); ++i) {
-        ratios.push_back(times[i] / floorTimes[i]);
-    }
-    state.counters["floor_us"] = Median(floorTimes);
-    state.counters["score_us"] = Median(times);
-    state.counters["ratio"] = Median(ratios);
+    CountTimes(state, floorTimes, times);
     database.Close();
     std::filesystem::remove_all(directory);
 }
