@@ -14,8 +14,8 @@ void SetAccessibleName(const wxWindow& window, const wxString& name) {
     const wxDllType program = wxDynamicLibrary::GetProgramHandle();
     static const auto getAccessible = reinterpret_cast<GetAccessible>(
         wxDynamicLibrary::RawGetSymbol(program, "gtk_widget_get_accessible"));
-    static const auto setName = reinterpret_cast<SetName>(
-        wxDynamicLibrary::RawGetSymbol(program, "atk_object_set_name"));
+    static const auto setName =
+        reinterpret_cast<SetName>(wxDynamicLibrary::RawGetSymbol(program, "atk_object_set_name"));
     void* const accessible = getAccessible == nullptr ? nullptr : getAccessible(window.GetHandle());
     if (accessible != nullptr && setName != nullptr) {
         setName(accessible, name.utf8_str());

@@ -55,24 +55,26 @@ void GiveFocus(wxWindow& window) {
 
 }  // namespace
 
-wxBEGIN_EVENT_TABLE(StudyFrame, wxFrame) EVT_CLOSE(StudyFrame::OnClose)
-    EVT_ACTIVATE(StudyFrame::OnActivate) EVT_LISTBOX(kQuickScoreId, StudyFrame::OnScoreCursor)
-        EVT_LISTBOX_DCLICK(kQuickScoreId,
-                           StudyFrame::OnScoreChosen) EVT_COMMAND(kQuickScoreId,
-                                                                  EVT_QUICKSCORE_PAGE_UP,
-                                                                  StudyFrame::OnScorePageUp)
-            EVT_COMMAND(kQuickScoreId, EVT_QUICKSCORE_PAGE_DOWN,
-                        StudyFrame::OnScorePageDown) EVT_MENU(wxID_BACKWARD, StudyFrame::OnBack)
-                EVT_MENU(wxID_FORWARD,
-                         StudyFrame::OnForward) EVT_BUTTON(kPanelId, StudyFrame::OnViewerClicked)
-                    EVT_SET_FOCUS(StudyFrame::OnSetFocus) EVT_CHILD_FOCUS(StudyFrame::OnChildFocus)
-                        EVT_NAVIGATION_KEY(StudyFrame::OnNavigationKey) EVT_IDLE(StudyFrame::OnIdle)
-                            EVT_SYS_COLOUR_CHANGED(StudyFrame::OnSystemColours) wxEND_EVENT_TABLE()
+wxBEGIN_EVENT_TABLE(StudyFrame, wxFrame)
+    EVT_CLOSE(StudyFrame::OnClose)
+    EVT_ACTIVATE(StudyFrame::OnActivate)
+    EVT_LISTBOX(kQuickScoreId, StudyFrame::OnScoreCursor)
+    EVT_LISTBOX_DCLICK(kQuickScoreId, StudyFrame::OnScoreChosen)
+    EVT_COMMAND(kQuickScoreId, EVT_QUICKSCORE_PAGE_UP, StudyFrame::OnScorePageUp)
+    EVT_COMMAND(kQuickScoreId, EVT_QUICKSCORE_PAGE_DOWN, StudyFrame::OnScorePageDown)
+    EVT_MENU(wxID_BACKWARD, StudyFrame::OnBack)
+    EVT_MENU(wxID_FORWARD, StudyFrame::OnForward)
+    EVT_BUTTON(kPanelId, StudyFrame::OnViewerClicked)
+    EVT_SET_FOCUS(StudyFrame::OnSetFocus)
+    EVT_CHILD_FOCUS(StudyFrame::OnChildFocus)
+    EVT_NAVIGATION_KEY(StudyFrame::OnNavigationKey)
+    EVT_IDLE(StudyFrame::OnIdle)
+    EVT_SYS_COLOUR_CHANGED(StudyFrame::OnSystemColours)
+wxEND_EVENT_TABLE()
 
-                                StudyFrame::StudyFrame(AppServices& services, wxWindow* parent,
-                                                       wxWindowID id, const wxString& title,
-                                                       const wxPoint& position, const wxSize& size,
-                                                       long style)
+StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
+                       const wxString& title, const wxPoint& position, const wxSize& size,
+                       long style)
     : mServices(services) {
     SetExtraStyle(wxFRAME_EX_METAL);
     Create(parent, id, title, position, size, style & ~kFreeSizeStyle);
