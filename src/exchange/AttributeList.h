@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
+#include <deque>
 
 #include "exchange/CardAttribute.h"
 
@@ -23,6 +23,7 @@ class AttributeList {
     }
 
   private:
-    std::vector<CardAttribute> mEntries;
+    // Grows without copying what is in it.
+    std::deque<CardAttribute> mEntries;
     size_t mCount = 0;
 };

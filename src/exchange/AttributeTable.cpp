@@ -1,5 +1,8 @@
 #include "exchange/AttributeTable.h"
 
+#include <algorithm>
+#include <array>
+#include <cwctype>
 #include <string_view>
 
 namespace {
@@ -47,10 +50,15 @@ constexpr Row kRows[] = {
     {L"rerc", true, true, kAttributeErc},
 };
 
-}  // namespace
+constexpr size_t LongestName() {
+    size_t longest = 0;
+    for (const Row& row : kRows) {
+        longest = row.Name.size() > longest ? row.Name.size() : longest;
+    }
+    return longest;
+}
 
-bool LookupAttribute(const wxString& lowerName, AttributeInfo& info) {
-    const std::wstring_view name(lowerName.wc_str(), lowerName.length());
+bool Find(std::wstring_view name, AttributeInfo& info) {
     for (const Row& row : kRows) {
         if (row.Name == name) {
             info = {row.IsSchedule, row.IsReverse, row.Code,
@@ -59,4 +67,22 @@ bool LookupAttribute(const wxString& lowerName, AttributeInfo& info) {
         }
     }
     return false;
+}
+
+}  // namespace
+
+bool LookupAttribute(const wxString& lowerName, AttributeInfo& info) {
+    return Find({lowerName.wc_str(), lowerName.length()}, info);
+}
+
+bool LookupSpelledAttribute(const wxString& name, AttributeInfo& info) {
+    const size_t length = name.length();
+    std::array<wchar_t, LongestName()> lower{};
+    if (length > lower.size()) {
+        return false;
+    }
+    std::transform(name.wc_str(), name.wc_str() + length, lower.begin(), [](wchar_t character) {
+        return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
+    });
+    return Find({lower.data(), length}, info);
 }

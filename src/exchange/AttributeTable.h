@@ -44,3 +44,5 @@ constexpr uint32_t AttributeMask(bool schedule, bool reverse, int code) {
 
 // Finds the attribute of a name, which must be in lower case. False when no attribute has it.
 bool LookupAttribute(const wxString& lowerName, AttributeInfo& info);
+// The same for a name in any case of letters, of any length.
+bool LookupSpelledAttribute(const wxString& name, AttributeInfo& info);

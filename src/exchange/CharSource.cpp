@@ -9,6 +9,7 @@
 namespace {
 
 constexpr size_t kBlockSize = size_t{1} << 15;
+constexpr size_t kLongestRecord = size_t{1} << 26;
 
 bool IsLineBreak(wchar_t character) {
     return character == L'\n' || character == L'\r';
@@ -32,11 +33,19 @@ bool CharSource::Fill() {
         mStream.Read(mBytes.data() + mHeld, mBytes.size() - mHeld);
         mHeld += mStream.LastRead();
         mEnded = mStream.LastRead() == 0;
-        mFailed = mStream.GetLastError() == wxSTREAM_READ_ERROR;
+        if (mStream.GetLastError() == wxSTREAM_READ_ERROR) {
+            mFailure = kUnreadable;
+        }
         wchar_t* textEnd = mText.data();
         mBlockSize = mDecoder.Decode(mBytes.data(), mHeld, mEnded, textEnd);
         mTextSize = static_cast<size_t>(textEnd - mText.data());
         mNext = 0;
+        mRecordSize += mTextSize;
+        if (mRecordSize > kLongestRecord) {
+            mFailure = kTooLong;
+            mEnded = true;
+            mTextSize = 0;
+        }
         if (mTextSize > 0) {
             return true;
         }

@@ -28,8 +28,13 @@ class CharSource {
 
     // The part of the bytes whose characters were delivered, 0 to 1.
     float GetProgress() const;
-    // The stream ended because reading it failed.
-    bool HasFailed() const { return mFailed; }
+    // Why the text ended before its end.
+    enum Failure { kNoFailure, kUnreadable, kTooLong };
+    Failure GetFailure() const { return mFailure; }
+
+    // A record begins here. One that goes on for more than 64 million characters, as behind a
+    // quote that a huge file never closes, ends the text before it fills the memory.
+    void StartRecord() { mRecordSize = 0; }
 
   private:
     bool Fill();
@@ -48,5 +53,7 @@ class CharSource {
     size_t mTextSize = 0;
     size_t mNext = 0;
     bool mEnded = false;
-    bool mFailed = false;
+    // Characters of the blocks that were read for the present record.
+    size_t mRecordSize = 0;
+    Failure mFailure = kNoFailure;
 };

@@ -95,6 +95,7 @@ bool DelimitedReader::ReadRecord() {
 template <class TakeField>
 DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
     Row row;
+    mSource.StartRecord();
     bool done = false;
     while (!done) {
         mField.clear();

@@ -87,7 +87,7 @@ bool Pass::Finish() {
     const int32_t line = reader.GetLineNumber();
     if (mSource.HasFailed()) {
         mResult.LineNumber = line;
-        return mResult.Fail(UnreadableFileMessage(mInput.FileName));
+        return mResult.Fail(mSource.FailureMessage());
     }
     switch (reader.GetError()) {
         case CardRecordReader::kMissingSeparator:

@@ -2,7 +2,6 @@
 
 #include <wx/intl.h>
 
-#include "base/WideText.h"
 #include "exchange/AttributeValues.h"
 #include "exchange/CardRecordReader.h"
 #include "exchange/ImportMessages.h"
@@ -46,7 +45,7 @@ bool ImportRecord::Read(const CardRecordReader& reader, Database& database, Impo
 
 bool ImportRecord::Add(const CardAttribute& attribute, Database& database, ImportResult& result) {
     AttributeInfo info;
-    if (!LookupAttribute(LowerWide(attribute.Name), info)) {
+    if (!LookupSpelledAttribute(attribute.Name, info)) {
         return result.Fail(UnknownAttributeMessage(attribute.Name));
     }
     if ((Mask & info.Mask) != 0) {

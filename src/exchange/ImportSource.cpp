@@ -4,7 +4,6 @@
 #include <wx/intl.h>
 #include <wx/wfstream.h>
 
-#include "base/WideText.h"
 #include "exchange/AttributeTable.h"
 #include "exchange/CharSource.h"
 #include "exchange/DelimitedReader.h"
@@ -19,7 +18,14 @@ ImportSource::ImportSource() = default;
 ImportSource::~ImportSource() = default;
 
 bool ImportSource::HasFailed() const {
-    return mText != nullptr && mText->HasFailed();
+    return mText != nullptr && mText->GetFailure() != CharSource::kNoFailure;
+}
+
+wxString ImportSource::FailureMessage() const {
+    if (mText->GetFailure() == CharSource::kTooLong) {
+        return _("This card is too long.  A double quote that is never closed may be the reason.");
+    }
+    return UnreadableFileMessage(mFileName);
 }
 
 bool ImportSource::Open(const ImportInput& input, ImportResult& result) {
@@ -28,22 +34,23 @@ bool ImportSource::Open(const ImportInput& input, ImportResult& result) {
         return result.Fail(
             _("Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards"));
     }
-    if (!OpenText(input.FileName, result)) {
+    mFileName = input.FileName;
+    if (!OpenText(result)) {
         return false;
     }
     if (input.Format == ImportFormat::kDelimited) {
-        return OpenTable(input, result);
+        return OpenTable(input.Delimiter, result);
     }
     mReader = std::make_unique<VlmTextReader>(*mText, false);
     return true;
 }
 
-bool ImportSource::OpenText(const wxString& name, ImportResult& result) {
+bool ImportSource::OpenText(ImportResult& result) {
     // Both passes read the file from its beginning, and a pipe would block the worker for good.
-    if (wxFileName::Exists(name) && !wxFileName::FileExists(name)) {
-        return result.Fail(UnreadableFileMessage(name));
+    if (wxFileName::Exists(mFileName) && !wxFileName::FileExists(mFileName)) {
+        return result.Fail(UnreadableFileMessage(mFileName));
     }
-    mStream = std::make_unique<wxFileInputStream>(name);
+    mStream = std::make_unique<wxFileInputStream>(mFileName);
     if (!mStream->IsOk()) {
         return result.Fail(wxString());
     }
@@ -52,15 +59,16 @@ bool ImportSource::OpenText(const wxString& name, ImportResult& result) {
     return true;
 }
 
-bool ImportSource::OpenTable(const ImportInput& input, ImportResult& result) {
-    auto reader = std::make_unique<DelimitedReader>(*mText, input.Delimiter);
+bool ImportSource::OpenTable(wchar_t delimiter, ImportResult& result) {
+    auto reader = std::make_unique<DelimitedReader>(*mText, delimiter);
     if (HasFailed()) {
-        return result.Fail(UnreadableFileMessage(input.FileName));
+        result.LineNumber = reader->GetLineNumber();
+        return result.Fail(FailureMessage());
     }
     for (size_t i = 0; i < reader->GetColumnCount(); ++i) {
         const wxString& name = reader->GetColumnName(i);
         AttributeInfo info;
-        if (!LookupAttribute(LowerWide(name), info)) {
+        if (!LookupSpelledAttribute(name, info)) {
             result.LineNumber = reader->GetLineNumber();
             return result.Fail(UnknownAttributeMessage(name));
         }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <wx/string.h>
+
 #include <memory>
 
 class CardRecordReader;
@@ -7,7 +9,6 @@ class CharSource;
 struct ImportInput;
 struct ImportResult;
 class wxInputStream;
-class wxString;
 
 // A file that is being imported: its bytes, its characters and the reader of its records, freed in
 // the opposite order.
@@ -24,11 +25,14 @@ class ImportSource {
     CardRecordReader& Reader() { return *mReader; }
     // The file could not be read to its end.
     bool HasFailed() const;
+    // Why, once it has failed.
+    wxString FailureMessage() const;
 
   private:
-    bool OpenText(const wxString& name, ImportResult& result);
-    bool OpenTable(const ImportInput& input, ImportResult& result);
+    bool OpenText(ImportResult& result);
+    bool OpenTable(wchar_t delimiter, ImportResult& result);
 
+    wxString mFileName;
     std::unique_ptr<wxInputStream> mStream;
     std::unique_ptr<CharSource> mText;
     std::unique_ptr<CardRecordReader> mReader;

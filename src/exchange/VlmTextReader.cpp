@@ -36,6 +36,7 @@ bool VlmTextReader::ReadRecord() {
     mNames.clear();
     mHasLast = false;
     bool found = false;
+    mSource.StartRecord();
     while (!mSource.AtEnd()) {
         mSource.ReadLine(mLine);
         const std::wstring_view line = TrimView(mLine);
@@ -95,24 +96,28 @@ bool VlmTextReader::IsTaken(std::wstring_view name) {
         }
         return false;
     }
-    const auto key = [this](const wxString& text) {
-        return (mIgnoreNameCase ? LowerWide(text) : text).ToStdWstring();
-    };
     if (mNames.empty()) {
         for (size_t i = 0; i < count; ++i) {
-            mNames.insert(key(mAttributes[i].Name));
+            mNames.insert(Key(View(mAttributes[i].Name)));
         }
     }
     // The caller appends every name that is not taken.
-    return !mNames.insert(key(wxString(name.data(), name.size()))).second;
+    return !mNames.insert(Key(name)).second;
+}
+
+// What names that count as the same have in common.
+std::wstring VlmTextReader::Key(std::wstring_view name) const {
+    if (mIgnoreNameCase) {
+        return LowerWide(wxString(name.data(), name.size())).ToStdWstring();
+    }
+    return std::wstring(name);
 }
 
 bool VlmTextReader::IsSameName(const wxString& known, std::wstring_view name) const {
     if (View(known) == name) {
         return true;
     }
-    return mIgnoreNameCase && known.length() == name.size() &&
-           LowerWide(known) == LowerWide(wxString(name.data(), name.size()));
+    return mIgnoreNameCase && known.length() == name.size() && Key(View(known)) == Key(name);
 }
 
 // Values were trimmed line by line; this drops the blank lines at both ends of a whole value.

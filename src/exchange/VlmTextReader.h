@@ -27,6 +27,7 @@ class VlmTextReader : public CardRecordReader {
   private:
     bool AddLine(std::wstring_view line);
     bool IsTaken(std::wstring_view name);
+    std::wstring Key(std::wstring_view name) const;
     bool IsSameName(const wxString& known, std::wstring_view name) const;
     void TrimValues();
 

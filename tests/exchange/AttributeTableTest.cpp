@@ -47,6 +47,7 @@ TEST(AttributeTable, GivesAliasesOneBitAndEachAttributeItsOwn) {
         for (const wxString& name : wxSplit(row.Names, ' ')) {
             AttributeInfo info;
             ASSERT_TRUE(LookupAttribute(name, info)) << name;
+            ASSERT_TRUE(LookupSpelledAttribute(name.Upper(), info)) << name;
             EXPECT_EQ(info.IsSchedule, row.Schedule) << name;
             EXPECT_EQ(info.IsReverse, row.Reverse) << name;
             EXPECT_EQ(info.Code, row.Code) << name;
@@ -60,4 +61,7 @@ TEST(AttributeTable, KnowsNoOtherName) {
         AttributeInfo info;
         EXPECT_FALSE(LookupAttribute(name, info)) << name;
     }
+    AttributeInfo info;
+    EXPECT_FALSE(LookupSpelledAttribute("IntroductionOrderX", info));
+    EXPECT_FALSE(LookupSpelledAttribute(wxString('i', 1000), info));
 }

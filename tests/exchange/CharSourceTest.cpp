@@ -16,7 +16,7 @@ std::wstring Characters(const std::string& bytes) {
     }
     EXPECT_EQ(text.Source().GetChar(), L'\0');
     EXPECT_EQ(text.Source().GetProgress(), 1.0f);
-    EXPECT_FALSE(text.Source().HasFailed());
+    EXPECT_EQ(text.Source().GetFailure(), CharSource::kNoFailure);
     return characters;
 }
 
@@ -139,4 +139,21 @@ TEST(CharSource, TellsHowFarItIs) {
     std::wstring line;
     text.Source().ReadLine(line);
     EXPECT_NEAR(text.Source().GetProgress(), 0.01f, 0.0001f);
+}
+
+TEST(CharSource, EndsARecordThatWouldFillTheMemory) {
+    const size_t limit = size_t{1} << 26;
+    const auto failure = [](const std::string& bytes, size_t start) {
+        TextOfBytes text(bytes);
+        for (size_t i = 0; !text.Source().AtEnd(); ++i) {
+            if (i == start) {
+                text.Source().StartRecord();
+            }
+            text.Source().GetChar();
+        }
+        return text.Source().GetFailure();
+    };
+    const std::string bytes(limit + 100000, 'x');
+    EXPECT_EQ(failure(bytes, 0), CharSource::kTooLong);
+    EXPECT_EQ(failure(bytes, 200000), CharSource::kNoFailure);
 }
