@@ -44,6 +44,7 @@ CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position,
     Bind(wxEVT_LEFT_DOWN, &CardViewer::OnLeftDown, this);
     Bind(wxEVT_LEFT_DCLICK, &CardViewer::OnLeftDown, this);
     Bind(wxEVT_LEFT_UP, &CardViewer::OnLeftUp, this);
+    Bind(wxEVT_MOUSEWHEEL, &CardViewer::OnWheel, this);
     Bind(wxEVT_CONTEXT_MENU, &CardViewer::OnContextMenu, this);
     // A press that loses the mouse is a press without a release: there is nothing to undo.
     Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
@@ -119,6 +120,9 @@ const WrappedText& CardViewer::Wrap(const CardViewerSide& side, WrapCache& cache
 }
 
 void CardViewer::Relayout() {
+    if (!mIsSized) {
+        return;
+    }
     wxClientDC dc(this);
     dc.SetFont(GetFont());
     const TextMeasure measure = [&dc](const wxString& text) { return dc.GetTextExtent(text); };
@@ -174,9 +178,12 @@ void CardViewer::PageDown() {
 }
 
 void CardViewer::ScrollByPage(int32_t direction) {
-    const int32_t step = GetClientSize().y * 8 / 10;
+    ScrollBy(direction * (GetClientSize().y * 8 / 10));
+}
+
+void CardViewer::ScrollBy(int32_t pixels) {
     // -1 would mean to stay.
-    Scroll(wxDefaultCoord, std::max(GetViewStart().y + direction * step, 0));
+    Scroll(wxDefaultCoord, std::max(GetViewStart().y + pixels, 0));
 }
 
 void CardViewer::OnPaint(wxPaintEvent& /*event*/) {
@@ -228,6 +235,7 @@ void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& v
 }
 
 void CardViewer::OnSize(wxSizeEvent& event) {
+    mIsSized = true;
     Relayout();
     event.Skip();
 }
@@ -249,6 +257,18 @@ void CardViewer::OnLeftUp(wxMouseEvent& event) {
         click.SetEventObject(this);
         GetParent()->GetEventHandler()->ProcessEvent(click);
     }
+}
+
+// By lines of text: the scroll unit, a pixel, is too small a step.
+void CardViewer::OnWheel(wxMouseEvent& event) {
+    const int32_t delta = event.GetWheelDelta();
+    if (delta <= 0 || event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL) {
+        return;
+    }
+    mWheelRest -= event.GetWheelRotation() * event.GetLinesPerAction() * mLineHeight;
+    const int32_t pixels = mWheelRest / delta;
+    mWheelRest -= pixels * delta;
+    ScrollBy(pixels);
 }
 
 void CardViewer::OnContextMenu(wxContextMenuEvent& /*event*/) {

@@ -89,11 +89,13 @@ class CardViewer : public wxScrolledWindow {
     void PaintDivider(wxDC& dc) const;
     void PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const;
     void ScrollByPage(int32_t direction);
+    void ScrollBy(int32_t pixels);
 
     void OnPaint(wxPaintEvent& event);
     void OnSize(wxSizeEvent& event);
     void OnLeftDown(wxMouseEvent& event);
     void OnLeftUp(wxMouseEvent& event);
+    void OnWheel(wxMouseEvent& event);
     void OnContextMenu(wxContextMenuEvent& event);
 
     int32_t mLayout = wxVERTICAL;
@@ -104,6 +106,10 @@ class CardViewer : public wxScrolledWindow {
     int32_t mLineHeight = 0;
     bool mScrollNeeded = false;
 
+    // Before the first size there is nothing to lay out for.
+    bool mIsSized = false;
+    // Rotation of the wheel that is not yet used up, times pixels.
+    int32_t mWheelRest = 0;
     WrapCaches mFirstWraps;
     WrapCaches mSecondWraps;
 };

@@ -79,7 +79,7 @@ class QuickScore : public wxControlWithItems {
     const wxBitmap& ItemBitmap(int32_t n) const;
     void PaintItem(wxDC& dc, int32_t n);
     void PaintBitmap(wxDC& dc, const wxBitmap& bitmap, const wxRect& item) const;
-    void PaintFocus(wxDC& dc, const wxRect& rect);
+    void PaintFocus(wxDC& dc, const wxRect& rect) const;
 
     void MoveCursor(int32_t n, bool notify);
     // Moves the mark; with a direction other than 0 that is a choice of the user.

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr wchar_t kZeroWidthJoiner = L'\u200D';
+
 // Characters at which the drawing of a text would begin a new line of its own.
 bool IsLineSeparator(wchar_t character) {
     switch (character) {
@@ -41,30 +43,26 @@ wxString ToText(std::wstring_view text) {
 
 // The second character is drawn on or into the one before it.
 bool JoinsPrevious(wchar_t previous, wchar_t character) {
-    constexpr wchar_t kZeroWidthJoiner = L'\u200D';
     const bool isSkinTone = character >= L'\U0001F3FB' && character <= L'\U0001F3FF';
     return isSkinTone || previous == kZeroWidthJoiner || wcwidth(character) == 0;
 }
 
-// Finds how much of one text goes on its next line. The cost of a line does not depend on how much
+// Finds how much of a text goes on its next line. The cost of a line does not depend on how much
 // text follows it.
 class LineCutter {
   public:
     LineCutter(int32_t maxWidth, const TextMeasure& measure)
         : mMaxWidth(maxWidth), mMeasure(measure) {}
 
-    // Characters of the next line: all of rest when it fits, else as many as the last break
-    // before the first too wide beginning leaves, else as many as fit into a word.
+    // Characters of the next line: all of rest when it fits, else what the last break before the
+    // first too wide beginning leaves, else as many as fit into a word.
     size_t Take(std::wstring_view rest) {
-        mRest = rest;
-        mWidths.clear();
-        size_t high = 0;
-        if (RestFits(high)) {
-            return rest.size();
-        }
-        const size_t tooWide = FirstTooWide(high);
-        if (tooWide > rest.size()) {
-            // Only white space at the ends stands out.
+        mRest = rest.substr(0, kLongestLine);
+        mExtents.clear();
+        const size_t beginning = TooWideBeginning();
+        const size_t tooWide = beginning == 0 ? mRest.size() + 1 : FirstTooWide(beginning);
+        if (tooWide > mRest.size() && mRest.size() == rest.size()) {
+            // All of it fits, or only white space at its ends stands out.
             return rest.size();
         }
         const size_t lastBreak = LastBreakBefore(tooWide);
@@ -73,57 +71,78 @@ class LineCutter {
         return taken;
     }
 
+    // Extent of the first characters of the text given to Take.
+    wxSize Extent(size_t length) {
+        const auto found = mExtents.find(length);
+        if (found != mExtents.end()) {
+            return found->second;
+        }
+        const wxSize extent = mMeasure(ToText(mRest.substr(0, length)));
+        mExtents.emplace(length, extent);
+        return extent;
+    }
+
   private:
-    // Measures a longer and longer beginning. When rest does not fit, high is the length of a
-    // beginning that is too wide, or of all of rest.
-    bool RestFits(size_t& high) {
-        for (size_t reach = mReach;; reach += std::min(reach, kLongestStep)) {
-            high = std::min(reach, mRest.size());
-            const wxSize extent = mMeasure(ToText(mRest.substr(0, high)));
-            mSlack = Slack(mRest.substr(0, high), extent.y);
-            if (high == mRest.size()) {
-                return extent.x <= mMaxWidth;
+    // 0 when all of it fits. Otherwise the length of a beginning so wide that all of it cannot fit,
+    // and not much longer than a line.
+    size_t TooWideBeginning() {
+        for (size_t reach = mReach;; reach *= 2) {
+            const size_t length = std::min(reach, mRest.size());
+            const wxSize extent = Extent(length);
+            mSlack = Slack(mRest.substr(0, length), extent.y);
+            if (length == mRest.size()) {
+                return extent.x <= mMaxWidth ? 0 : length;
             }
             if (extent.x > mMaxWidth + mSlack) {
-                return false;
+                return length;
             }
         }
     }
 
-    // By how much a beginning may be wider than a longer one: a sequence of emojis shrinks when it
-    // becomes complete, and an Arabic letter when it is no longer the last one.
+    // By how much a beginning may be wider than a longer one: an Arabic letter shrinks when it is
+    // no longer the last one, and a sequence of emojis when it becomes complete.
     static int32_t Slack(std::wstring_view text, int32_t height) {
-        constexpr wchar_t kFirstCombining = L'\u0300';
-        const bool grows =
-            std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < kFirstCombining; });
-        return grows ? 0 : 3 * height;
+        int32_t heights = 0;
+        for (const wchar_t c : text) {
+            if (c == kZeroWidthJoiner || c >= kFirstEmoji) {
+                return 3 * height;
+            }
+            if (c >= kFirstShaped && c < kFirstIdeograph) {
+                heights = 1;
+            }
+        }
+        return heights * height;
     }
 
     // Width of the first n + 1 characters without white space at the ends.
     int32_t Width(size_t n) {
-        const auto found = mWidths.find(n);
-        if (found != mWidths.end()) {
-            return found->second;
+        size_t end = std::min(n + 1, mRest.size());
+        while (end > 0 && IsWideSpace(mRest[end - 1])) {
+            --end;
         }
-        const int32_t width = mMeasure(ToText(Trim(mRest.substr(0, n + 1)))).x;
-        mWidths.emplace(n, width);
-        return width;
+        if (end == 0 || !IsWideSpace(mRest.front())) {
+            return Extent(end).x;
+        }
+        return mMeasure(ToText(Trim(mRest.substr(0, end)))).x;
     }
 
     // The smallest n of 1 and more at which Width(n) is too wide; more than the length if there is
-    // none. Whatever lies before a beginning that leaves the slack free fits too, so that the
+    // none. Whatever is shorter than a beginning that leaves the slack free fits too, so that the
     // search one by one starts there.
-    size_t FirstTooWide(size_t high) {
-        size_t n = LastWithin(mMaxWidth - mSlack, high) + 1;
+    size_t FirstTooWide(size_t beginning) {
+        size_t n = LastWithin(mMaxWidth - mSlack, beginning) + 1;
         while (n <= mRest.size() && Width(n) <= mMaxWidth) {
-            ++n;
+            // White space at the end does not count.
+            do {
+                ++n;
+            } while (n < mRest.size() && IsWideSpace(mRest[n]));
         }
         return n;
     }
 
-    // An n below high at which Width(n) is within the limit and Width(n + 1) is not; 0 when even
-    // the first one is not. Guesses from the widths measured so far, and halves when guessing is
-    // slow.
+    // An n up to the given one at which Width(n) is within the limit, and Width(n + 1) is not; 0
+    // when even the first one is not. Guesses from the widths measured so far, and halves when
+    // guessing is slow.
     size_t LastWithin(int32_t limit, size_t high) {
         size_t low = 0;
         int32_t lowWidth = 0;
@@ -132,10 +151,9 @@ class LineCutter {
             return high;
         }
         for (int step = 0; high - low > 1; ++step) {
-            const int32_t rise = std::max(highWidth - lowWidth, 1);
-            const double part = step < 4 ? static_cast<double>(limit - lowWidth) / rise : 0.5;
-            const auto guess = low + static_cast<size_t>(static_cast<double>(high - low) *
-                                                         std::clamp(part, 0.0, 1.0));
+            const double rise = std::max(highWidth - lowWidth, 1);
+            const double part = step < 4 ? std::clamp((limit - lowWidth) / rise, 0.0, 1.0) : 0.5;
+            const auto guess = low + static_cast<size_t>(static_cast<double>(high - low) * part);
             const size_t middle = std::clamp(guess, low + 1, high - 1);
             const int32_t width = Width(middle);
             if (width <= limit) {
@@ -170,8 +188,12 @@ class LineCutter {
         return cut;
     }
 
-    // Longer texts would overflow the arithmetic of the text layout below the device context.
-    static constexpr size_t kLongestStep = 65536;
+    static constexpr wchar_t kFirstShaped = L'\u0300';
+    static constexpr wchar_t kFirstIdeograph = L'\u2E80';
+    static constexpr wchar_t kFirstEmoji = L'\U0001F000';
+    // More than any screen shows. Marks without width could go on for ever, and the arithmetic of
+    // the text layout below the device context would overflow.
+    static constexpr size_t kLongestLine = 16384;
 
     const int32_t mMaxWidth;
     const TextMeasure& mMeasure;
@@ -179,13 +201,12 @@ class LineCutter {
     int32_t mSlack = 0;
     // Where to measure first, from the length of the line before.
     size_t mReach = 32;
-    // Of Width, by n.
-    std::map<size_t, int32_t> mWidths;
+    // By the length of the beginning.
+    std::map<size_t, wxSize> mExtents;
 };
 
-void AppendLine(std::wstring_view line, int32_t maxWidth, const TextMeasure& measure,
+void AppendLine(std::wstring_view line, wxSize extent, int32_t maxWidth, const TextMeasure& measure,
                 WrappedText& wrapped) {
-    wxSize extent = measure(ToText(line));
     const std::wstring_view trimmed = Trim(line);
     if (extent.x > maxWidth && !trimmed.empty() && trimmed.size() < line.size()) {
         // Only the white space of an indented text made it too wide.
@@ -216,7 +237,7 @@ WrappedText WrapText(const wxString& text, int32_t maxWidth, const TextMeasure& 
         left.remove_prefix(std::min(end + 1, left.size()));
         while (!rest.empty() && wrapped.Lines.size() <= lineLimit) {
             const size_t taken = cutter.Take(rest);
-            AppendLine(rest.substr(0, taken), maxWidth, measure, wrapped);
+            AppendLine(rest.substr(0, taken), cutter.Extent(taken), maxWidth, measure, wrapped);
             rest = Trim(rest.substr(taken));
         }
     }
