@@ -30,6 +30,7 @@ class CurrentCategoryTest : public GuiTest {
 
 TEST_F(CurrentCategoryTest, AnUnknownChoiceIsRepairedToTheFirstCategory) {
     AddCategories({"French", "Latin"});
+    EXPECT_EQ(GetCurrentCategoryId(mDatabase), 0);
     struct Case {
         const char* Stored;
         int32_t Current;
@@ -63,17 +64,6 @@ TEST_F(CurrentCategoryTest, OnlyCategoriesOfTheStoreAndNoneCanBeChosen) {
     EXPECT_EQ(GetCurrentCategoryId(mDatabase), -1);
     EXPECT_EQ(GetCategoryName(mDatabase, -1), "Deleted Items");
     EXPECT_EQ(GetCategoryName(mDatabase, 9), "Error");
-}
-
-TEST_F(CurrentCategoryTest, WithoutAChoiceTheFirstCategoryIsCurrent) {
-    AddCategories({"French", "Latin"});
-    EXPECT_EQ(GetCurrentCategoryId(mDatabase), 0);
-}
-
-TEST_F(CurrentCategoryTest, AClosedStoreHasNone) {
-    OpenSettings()->Write(kKey, 0L);
-    mDatabase.Close();
-    EXPECT_EQ(GetCurrentCategoryId(mDatabase), -1);
 }
 
 }  // namespace

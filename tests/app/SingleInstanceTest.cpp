@@ -73,29 +73,11 @@ TEST_F(SingleInstanceTest, AProcessThatDiedLeavesThePlaceFree) {
     EXPECT_TRUE(WaitFor([this] { return mCalls == 1; }));
 }
 
-TEST_F(SingleInstanceTest, SocketAndLockBelongToTheUserAlone) {
-    SingleInstance first(Directory());
-    ASSERT_TRUE(first.BecomeFirst(Greeting::CallToFront));
-    first.Listen([] {});
-    for (const char* const name : {"velomind.lock", "velomind.socket"}) {
-        struct stat info {};
-        ASSERT_EQ(stat(mRuntime.Path(name).utf8_str(), &info), 0) << name;
-        EXPECT_EQ(info.st_mode & (S_IRWXG | S_IRWXO), 0U) << name;
-    }
-}
-
 TEST_F(SingleInstanceTest, ADirectoryThatOthersMayEnterIsNotTrusted) {
     wxSetEnv("XDG_RUNTIME_DIR", Directory());
     EXPECT_EQ(FindRuntimeDirectory(), Directory());
     chmod(Directory().utf8_str(), 0755);
     EXPECT_NE(FindRuntimeDirectory(), Directory());
-}
-
-TEST_F(SingleInstanceTest, WithoutADirectoryEveryStartIsAFirst) {
-    SingleInstance first{wxString()};
-    SingleInstance second{wxString()};
-    EXPECT_TRUE(first.BecomeFirst(Greeting::CallToFront));
-    EXPECT_TRUE(second.BecomeFirst(Greeting::CallToFront));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <wx/button.h>
 #include <wx/combobox.h>
-#include <wx/event.h>
 #include <wx/frame.h>
 #include <wx/sizer.h>
 #include <wx/srchctrl.h>
@@ -17,26 +16,19 @@ class TextCommandsTest : public GuiTest {
   protected:
     TextCommandsTest() {
         BindTextCommands(mHandler);
-        mpFrame = new wxFrame(nullptr, wxID_ANY, "window");
-        mpText = new wxTextCtrl(mpFrame, wxID_ANY, "abcd", wxDefaultPosition, wxSize(200, 60),
-                                wxTE_MULTILINE);
-        mpSearch = new wxSearchCtrl(mpFrame, wxID_ANY, "abcd");
-        mpCombo = new wxComboBox(mpFrame, wxID_ANY, "abcd");
-        mpReadOnly = new wxTextCtrl(mpFrame, wxID_ANY, "abcd", wxDefaultPosition, wxDefaultSize,
-                                    wxTE_READONLY);
-        mpButton = new wxButton(mpFrame, wxID_ANY, "button");
-        auto* const rows = new wxBoxSizer(wxVERTICAL);
-        for (wxWindow* const child : mpFrame->GetChildren()) {
-            rows->Add(child);
-        }
-        mpFrame->SetSizerAndFit(rows);
+        mpFrame->SetSizer(new wxBoxSizer(wxVERTICAL));
         mpFrame->Show();
-        mpFrame->Raise();
     }
 
-    void Focus(wxWindow* window) {
-        window->SetFocus();
-        ASSERT_TRUE(WaitFor([window] { return wxWindow::FindFocus() == window; }));
+    // Puts a control into the window and gives it the focus.
+    template <typename Control>
+    Control* Focus(const wxString& text) {
+        auto* const control = new Control(mpFrame, wxID_ANY, text);
+        mpFrame->GetSizer()->Add(control);
+        mpFrame->Layout();
+        control->SetFocus();
+        EXPECT_TRUE(WaitFor([control] { return wxWindow::FindFocus() == control; }));
+        return control;
     }
 
     // False when the command was passed on.
@@ -51,60 +43,45 @@ class TextCommandsTest : public GuiTest {
         return event.GetEnabled();
     }
 
+    void CheckDelete(wxTextEntry& text) {
+        text.SetInsertionPoint(1);
+        EXPECT_TRUE(IsEnabled(wxID_DELETE));
+        EXPECT_TRUE(Run(wxID_DELETE));
+        EXPECT_EQ(text.GetValue(), "acd");
+        text.SetSelection(0, 2);
+        Run(wxID_DELETE);
+        EXPECT_EQ(text.GetValue(), "d");
+        text.SetInsertionPointEnd();
+        Run(wxID_DELETE);
+        EXPECT_EQ(text.GetValue(), "d");
+    }
+
     wxEvtHandler mHandler;
-    wxFrame* mpFrame = nullptr;
-    wxTextCtrl* mpText = nullptr;
-    wxSearchCtrl* mpSearch = nullptr;
-    wxComboBox* mpCombo = nullptr;
-    wxTextCtrl* mpReadOnly = nullptr;
-    wxButton* mpButton = nullptr;
+    wxFrame* mpFrame = new wxFrame(nullptr, wxID_ANY, "window");
 };
 
 TEST_F(TextCommandsTest, DeleteTakesTheSelectionOrTheCharacterToTheRight) {
-    for (wxTextEntry* const text :
-         {static_cast<wxTextEntry*>(mpText), static_cast<wxTextEntry*>(mpSearch),
-          static_cast<wxTextEntry*>(mpCombo)}) {
-        Focus(dynamic_cast<wxWindow*>(text));
-        text->SetInsertionPoint(1);
-        EXPECT_TRUE(IsEnabled(wxID_DELETE));
-        EXPECT_TRUE(Run(wxID_DELETE));
-        EXPECT_EQ(text->GetValue(), "acd");
-        text->SetSelection(0, 2);
-        Run(wxID_DELETE);
-        EXPECT_EQ(text->GetValue(), "d");
-        text->SetInsertionPointEnd();
-        Run(wxID_DELETE);
-        EXPECT_EQ(text->GetValue(), "d");
-    }
+    CheckDelete(*Focus<wxTextCtrl>("abcd"));
+    CheckDelete(*Focus<wxSearchCtrl>("abcd"));
+    CheckDelete(*Focus<wxComboBox>("abcd"));
 }
 
 TEST_F(TextCommandsTest, CutPasteAndSelectAllActOnTheFocusedField) {
-    Focus(mpText);
-    EXPECT_FALSE(IsEnabled(wxID_CUT));
-    EXPECT_TRUE(IsEnabled(wxID_SELECTALL));
+    const wxTextCtrl& text = *Focus<wxTextCtrl>("abcd");
     Run(wxID_SELECTALL);
-    EXPECT_EQ(mpText->GetStringSelection(), "abcd");
     EXPECT_TRUE(IsEnabled(wxID_CUT));
     Run(wxID_CUT);
-    EXPECT_EQ(mpText->GetValue(), "");
+    EXPECT_EQ(text.GetValue(), "");
     EXPECT_FALSE(IsEnabled(wxID_SELECTALL));
     ASSERT_TRUE(WaitFor([this] { return IsEnabled(wxID_PASTE); }));
     Run(wxID_PASTE);
-    EXPECT_EQ(mpText->GetValue(), "abcd");
-}
-
-TEST_F(TextCommandsTest, AFieldThatIsOnlyReadLosesNothing) {
-    Focus(mpReadOnly);
-    EXPECT_FALSE(IsEnabled(wxID_DELETE));
-    Run(wxID_DELETE);
-    EXPECT_EQ(mpReadOnly->GetValue(), "abcd");
+    EXPECT_EQ(text.GetValue(), "abcd");
 }
 
 TEST_F(TextCommandsTest, WithoutATextFieldAllIsDisabledAndPassedOn) {
-    Focus(mpButton);
+    Focus<wxButton>("button");
     for (const int id : {wxID_UNDO, wxID_CUT, wxID_COPY, wxID_PASTE, wxID_DELETE, wxID_SELECTALL}) {
-        EXPECT_FALSE(IsEnabled(id)) << id;
-        EXPECT_FALSE(Run(id)) << id;
+        EXPECT_FALSE(IsEnabled(id) || Run(id)) << id;
     }
 }
 

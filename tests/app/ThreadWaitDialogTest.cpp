@@ -13,16 +13,10 @@ namespace {
 class PatientThread : public wxThread {
   public:
     PatientThread() : wxThread(wxTHREAD_JOINABLE) {}
-    void End() { mEnd.Post(); }
+    wxSemaphore End;
 
   protected:
-    ExitCode Entry() override {
-        mEnd.Wait();
-        return nullptr;
-    }
-
-  private:
-    wxSemaphore mEnd;
+    ExitCode Entry() override { return End.Wait() == wxSEMA_NO_ERROR ? this : nullptr; }
 };
 
 TEST_F(GuiTest, TheWaitEndsWithItsThreadAndWithNothingElse) {
@@ -38,7 +32,7 @@ TEST_F(GuiTest, TheWaitEndsWithItsThreadAndWithNothingElse) {
             sawGaugeMove = WaitFor([gauge] { return gauge->GetValue() > 50; });
             EXPECT_EQ(gauge->GetRange(), 120000);
             EXPECT_TRUE(worker.IsAlive());
-            worker.End();
+            worker.End.Post();
         });
         return wxID_NONE;
     });
