@@ -21,6 +21,7 @@
 #include "list/BrowseFrame.h"
 #include "shell/CommandIds.h"
 #include "shell/Makers.h"
+#include "shell/MessageBox.h"
 #include "store/Database.h"
 #include "study/StudyFrame.h"
 
@@ -131,7 +132,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
 
 void VelomindApp::ShowMessage(const wxString& text) {
     const wxBusyCursorSuspender ready;
-    wxMessageBox(text, _("Message"), wxOK | wxCENTRE);
+    ShowMessageBox(text, _("Message"));
 }
 
 void VelomindApp::OpenAddress(const wxString& address) {

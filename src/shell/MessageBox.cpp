@@ -1,0 +1,26 @@
+#include "shell/MessageBox.h"
+
+#include <wx/intl.h>
+#include <wx/msgdlg.h>
+
+int ShowMessageBox(const wxString& text, const wxString& caption, long style, wxWindow* parent) {
+    wxMessageDialog box(parent, text, caption, style);
+    // The native window, and with it the title, exists only once the box runs.
+    box.CallAfter([&box, &caption] { box.wxTopLevelWindow::SetTitle(caption); });
+    switch (box.ShowModal()) {
+        case wxID_YES:
+            return wxYES;
+        case wxID_NO:
+            return wxNO;
+        case wxID_CANCEL:
+            return wxCANCEL;
+        case wxID_HELP:
+            return wxHELP;
+        default:
+            return wxOK;
+    }
+}
+
+void ShowValidationMessage(const wxString& text) {
+    ShowMessageBox(text, _("Message"), wxOK);
+}
