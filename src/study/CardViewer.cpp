@@ -15,10 +15,6 @@ namespace {
 
 constexpr int32_t kNarrowest = 32;
 
-int32_t ScrollBarWidth(const wxWindow& window) {
-    return std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, &window), 0);
-}
-
 int32_t TextHeight(const WrappedText& wrapped, int32_t lineHeight) {
     return static_cast<int32_t>(wrapped.Lines.size()) * lineHeight;
 }
@@ -102,10 +98,15 @@ bool CardViewer::SetFont(const wxFont& font) {
     return isSet;
 }
 
-// The width that the window has for its text while there is no scroll bar.
-int32_t CardViewer::FullClientWidth() const {
-    // Where the width of the bar is unknown, only the space that is left beside it is known.
-    return ScrollBarWidth(*this) == 0 ? GetClientSize().x : GetSize().x - GetWindowBorderSize().x;
+int32_t CardViewer::FullWidth() const {
+    return GetSize().x - GetWindowBorderSize().x;
+}
+
+int32_t CardViewer::ScrollBarWidth() const {
+    // A bar that lies over the window takes nothing of it and still needs its space. The metric may
+    // be unknown, and themes do not all keep to it.
+    const int32_t metric = wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this);
+    return std::max({metric, FullWidth() - GetClientSize().x, 0});
 }
 
 const WrappedText& CardViewer::Wrap(const CardViewerSide& side, WrapCache& cache, size_t lineLimit,
@@ -126,23 +127,24 @@ void CardViewer::Relayout() {
     wxClientDC dc(this);
     dc.SetFont(GetFont());
     const TextMeasure measure = [&dc](const wxString& text) { return dc.GetTextExtent(text); };
-    const wxSize client(FullClientWidth(), GetClientSize().y);
+    const int32_t fullWidth = FullWidth();
+    const int32_t height = GetClientSize().y;
     const auto orientation = static_cast<wxOrientation>(mLayout);
     int32_t width = 0;
     int32_t firstHeight = 0;
     int32_t secondHeight = 0;
     mScrollNeeded = false;
     for (;;) {
-        width = std::max(client.x - (mScrollNeeded ? ScrollBarWidth(*this) : 0), kNarrowest);
+        width = std::max(fullWidth - (mScrollNeeded ? ScrollBarWidth() : 0), kNarrowest);
         mColumnWidth = CardColumnWidth(orientation, width);
         // More lines than the window has pixels need the scroll bar, however many more there are.
-        const size_t limit = mScrollNeeded ? SIZE_MAX : static_cast<size_t>(std::max(client.y, 0));
+        const size_t limit = mScrollNeeded ? SIZE_MAX : static_cast<size_t>(std::max(height, 0));
         const WrappedText& first = Wrap(mFirst, mFirstWraps[mScrollNeeded], limit, measure);
         const WrappedText& second = Wrap(mSecond, mSecondWraps[mScrollNeeded], limit, measure);
         mLineHeight = std::max(first.LineHeight, second.LineHeight);
         firstHeight = TextHeight(first, mLineHeight);
         secondHeight = TextHeight(second, mLineHeight);
-        if (mScrollNeeded || CardHeightNeeded(orientation, firstHeight, secondHeight) <= client.y) {
+        if (mScrollNeeded || CardHeightNeeded(orientation, firstHeight, secondHeight) <= height) {
             TakeLines(mFirst, first);
             TakeLines(mSecond, second);
             break;
@@ -150,7 +152,7 @@ void CardViewer::Relayout() {
         mScrollNeeded = true;
     }
     const CardLayout layout =
-        ArrangeCard(orientation, wxSize(width, client.y), firstHeight, secondHeight);
+        ArrangeCard(orientation, wxSize(width, height), firstHeight, secondHeight);
     mFirst.Rect = layout.First;
     mSecond.Rect = layout.Second;
     SetVirtualSize(width, layout.VirtualHeight);
@@ -194,16 +196,16 @@ void CardViewer::OnPaint(wxPaintEvent& /*event*/) {
     dc.SetPen(*wxTRANSPARENT_PEN);
     dc.SetBrush(wxBrush(GetBackgroundColour()));
     dc.DrawRectangle(visible);
-    PaintDivider(dc);
+    PaintDivider(dc, visible);
     PaintSide(dc, mFirst, visible);
     PaintSide(dc, mSecond, visible);
 }
 
-void CardViewer::PaintDivider(wxDC& dc) const {
+void CardViewer::PaintDivider(wxDC& dc, const wxRect& visible) const {
     const wxRect& first = mFirst.Rect;
     dc.SetPen(wxPen(DividerColour(GetBackgroundColour())));
     if (mLayout == wxVERTICAL) {
-        dc.DrawLine(0, first.height, first.width, first.height);
+        dc.DrawLine(0, first.height, std::max(first.width, visible.width), first.height);
     } else {
         dc.DrawLine(first.width, 0, first.width, first.height);
     }
@@ -214,8 +216,9 @@ void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& v
     if (side.Cover.IsOk()) {
         wxMemoryDC cover;
         cover.SelectObjectAsSource(side.Cover);
-        dc.StretchBlit(side.Rect.GetPosition(), side.Rect.GetSize(), &cover, wxPoint(0, 0),
-                       side.Cover.GetSize());
+        // Also below a scroll bar that one can see through.
+        const wxSize size(std::max(side.Rect.width, visible.width - side.Rect.x), side.Rect.height);
+        dc.StretchBlit(side.Rect.GetPosition(), size, &cover, wxPoint(0, 0), side.Cover.GetSize());
     }
     if (side.Lines.empty()) {
         return;

@@ -80,13 +80,15 @@ class CardViewer : public wxScrolledWindow {
     using WrapCaches = std::array<WrapCache, 2>;
 
     void SetText(CardViewerSide& side, WrapCaches& caches, const wxString& text);
-    int32_t FullClientWidth() const;
+    // The width for the text without a scroll bar, and what a scroll bar takes of it.
+    int32_t FullWidth() const;
+    int32_t ScrollBarWidth() const;
     // The lines of the side at mColumnWidth.
     const WrappedText& Wrap(const CardViewerSide& side, WrapCache& cache, size_t lineLimit,
                             const TextMeasure& measure) const;
     void Relayout();
 
-    void PaintDivider(wxDC& dc) const;
+    void PaintDivider(wxDC& dc, const wxRect& visible) const;
     void PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const;
     void ScrollByPage(int32_t direction);
     void ScrollBy(int32_t pixels);

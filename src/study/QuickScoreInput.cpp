@@ -77,7 +77,7 @@ void QuickScore::Navigate(bool forward) {
 void QuickScore::OnKeyDown(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     const int32_t digit = DigitOf(event);
-    if (event.HasModifiers()) {
+    if (event.HasModifiers() || event.MetaDown()) {
         event.Skip();
     } else if (digit != -1) {
         PressDigit(key, digit);

@@ -1,0 +1,145 @@
+#include "study/CardViewer.h"
+
+#include <wx/dcclient.h>
+#include <wx/dcmemory.h>
+#include <wx/frame.h>
+
+#include "support/GuiTest.h"
+
+namespace {
+
+class CardViewerTest : public GuiTest {
+  protected:
+    CardViewerTest() {
+        mViewer.SetScrollRate(0, 1);
+        mViewer.SetBackgroundColour(*wxWHITE);
+        mFrame.Bind(wxEVT_BUTTON, [this](wxCommandEvent& event) { mClicks += event.GetId(); });
+        mFrame.Show();
+        EXPECT_TRUE(WaitFor([this] { return mViewer.GetClientSize().y > 100; }));
+        DrainEvents();
+    }
+
+    void Show(const wxString& first, const wxString& second) {
+        mViewer.SetFirstText(first);
+        mViewer.SetSecondText(second);
+        DrainEvents();
+    }
+
+    void SendMouse(wxEventType type, const wxPoint& point, int rotation = 0) {
+        wxMouseEvent event(type);
+        event.SetPosition(point);
+        event.m_wheelRotation = rotation;
+        event.m_wheelDelta = 120;
+        event.m_linesPerAction = 3;
+        mViewer.ProcessWindowEvent(event);
+    }
+
+    // True when the window comes to show that colour there.
+    bool Shows(const wxColour& expected, int x, int y) {
+        mViewer.Refresh();
+        return WaitFor([&] {
+            wxColour colour;
+            wxClientDC(&mViewer).GetPixel(x, y, &colour);
+            return colour == expected;
+        });
+    }
+
+    static wxString ManyLines(int count) {
+        wxString text;
+        for (int i = 0; i < count; ++i) {
+            text += "a line of text\n";
+        }
+        return text;
+    }
+
+    wxFrame& mFrame =
+        *new wxFrame(nullptr, wxID_ANY, "Viewer", wxDefaultPosition, wxSize(300, 400));
+    CardViewer& mViewer = *new CardViewer(&mFrame, 12000, wxDefaultPosition, wxDefaultSize,
+                                          wxBORDER_NONE | wxHSCROLL | wxVSCROLL);
+    int mClicks = 0;
+};
+
+TEST_F(CardViewerTest, ALongTextTakesTheScrollBarAndGivesItBack) {
+    const wxSize client = mViewer.GetClientSize();
+    for (const int32_t layout : {wxVERTICAL, wxHORIZONTAL}) {
+        mViewer.SetLayout(layout);
+        Show("front", ManyLines(100));
+        EXPECT_TRUE(mViewer.IsScrollNeeded());
+        // The text keeps clear of the bar, whether that lies beside the window or over it.
+        EXPECT_LT(mViewer.GetSecond().Rect.GetRight() + 1, client.x);
+        EXPECT_LE(mViewer.GetSecond().Rect.GetRight() + 1, mViewer.GetClientSize().x);
+        EXPECT_EQ(mViewer.GetSecond().Rect.GetBottom() + 1, mViewer.GetVirtualSize().y);
+
+        Show("front", "back");
+        EXPECT_FALSE(mViewer.IsScrollNeeded());
+        EXPECT_EQ(mViewer.GetSecond().Rect.GetRight() + 1, client.x);
+        EXPECT_EQ(mViewer.GetSecond().Rect.GetBottom() + 1, client.y);
+    }
+}
+
+TEST_F(CardViewerTest, AnotherFontOrSizeWrapsAnew) {
+    Show("some words that need more than one line of this narrow window", "back");
+    const size_t lines = mViewer.GetFirst().Lines.size();
+    ASSERT_GT(lines, 1u);
+    wxFont large = mViewer.GetFont();
+    large.SetPointSize(large.GetPointSize() * 2);
+    mViewer.SetFont(large);
+    const size_t largeLines = mViewer.GetFirst().Lines.size();
+    EXPECT_GT(largeLines, lines);
+    mFrame.SetSize(1000, 400);
+    EXPECT_TRUE(WaitFor([&] { return mViewer.GetFirst().Lines.size() < largeLines; }));
+}
+
+TEST_F(CardViewerTest, ScrollsToTheDividerByPagesAndByLinesOfText) {
+    Show(ManyLines(40), ManyLines(40));
+    const int32_t page = mViewer.GetClientSize().y * 8 / 10;
+    mViewer.ScrollToSecond();
+    EXPECT_EQ(mViewer.GetViewStart().y, mViewer.GetFirst().Rect.height);
+    mViewer.PageUp();
+    EXPECT_EQ(mViewer.GetViewStart().y, mViewer.GetFirst().Rect.height - page);
+    mViewer.ScrollToTop();
+    mViewer.PageUp();
+    EXPECT_EQ(mViewer.GetViewStart().y, 0);
+    mViewer.PageDown();
+    EXPECT_EQ(mViewer.GetViewStart().y, page);
+
+    mViewer.ScrollToTop();
+    const auto lineHeight = mViewer.GetFirst().Rect.height / 40;
+    SendMouse(wxEVT_MOUSEWHEEL, wxPoint(10, 10), -120);
+    EXPECT_EQ(mViewer.GetViewStart().y, 3 * lineHeight);
+
+    mViewer.SetLayout(wxHORIZONTAL);
+    mViewer.ScrollToSecond();
+    EXPECT_EQ(mViewer.GetViewStart().y, 0);
+}
+
+TEST_F(CardViewerTest, OnlyAReleaseInsideIsAClick) {
+    SendMouse(wxEVT_LEFT_DOWN, wxPoint(10, 10));
+    SendMouse(wxEVT_LEFT_UP, wxPoint(-10, 10));
+    SendMouse(wxEVT_LEFT_UP, wxPoint(10, 10));
+    EXPECT_EQ(mClicks, 0);
+    SendMouse(wxEVT_LEFT_DOWN, wxPoint(10, 10));
+    SendMouse(wxEVT_LEFT_UP, wxPoint(20, 20));
+    EXPECT_EQ(mClicks, 12000);
+    EXPECT_FALSE(mViewer.HasCapture());
+}
+
+TEST_F(CardViewerTest, TheCoverFillsTheSecondSideAndTheDividerShowsOnAnyBackground) {
+    Show("front", wxString());
+    const wxRect second = mViewer.GetSecond().Rect;
+    EXPECT_TRUE(Shows(*wxWHITE, second.width - 1, second.y + second.height / 2));
+    EXPECT_TRUE(Shows(*wxBLACK, second.width / 2, second.y - 1));
+
+    wxBitmap cover(1, 256);
+    {
+        wxMemoryDC dc(cover);
+        dc.SetBackground(*wxGREEN_BRUSH);
+        dc.Clear();
+    }
+    mViewer.SetSecondCover(cover);
+    mViewer.SetBackgroundColour(*wxBLACK);
+    EXPECT_TRUE(Shows(*wxGREEN, second.width - 1, second.y + second.height / 2));
+    EXPECT_TRUE(Shows(*wxWHITE, second.width / 2, second.y - 1));
+}
+
+}  // namespace

@@ -1,0 +1,259 @@
+#include "study/QuickScore.h"
+
+#include <gmock/gmock.h>
+#include <wx/frame.h>
+#include <wx/uiaction.h>
+
+#include "support/GuiTest.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Heard = std::vector<std::string>;
+
+std::string DirectionName(long direction) {
+    return direction == wxID_FORWARD ? "forward" : direction == wxID_BACKWARD ? "backward" : "?";
+}
+
+class QuickScoreTest : public GuiTest {
+  protected:
+    QuickScoreTest() {
+        const wxString labels[] = {"5 - Pass (no hesitation)", "4", "3", "2", "1", "0"};
+        mScore.SetItems(labels, WXSIZEOF(labels));
+        mFrame.Bind(wxEVT_LISTBOX, [this](wxCommandEvent& event) {
+            mHeard.push_back("cursor " + std::to_string(event.GetInt()));
+        });
+        mFrame.Bind(wxEVT_LISTBOX_DCLICK, [this](wxCommandEvent& event) {
+            mHeard.push_back("choose " + std::to_string(event.GetInt()) + " " +
+                             DirectionName(event.GetExtraLong()));
+        });
+        mFrame.Bind(wxEVT_MENU, [this](wxCommandEvent& event) {
+            mHeard.push_back("menu " + DirectionName(event.GetId()));
+        });
+        mFrame.Bind(EVT_QUICKSCORE_PAGE_UP,
+                    [this](wxCommandEvent&) { mHeard.push_back("page up"); });
+        mFrame.Bind(EVT_QUICKSCORE_PAGE_DOWN,
+                    [this](wxCommandEvent&) { mHeard.push_back("page down"); });
+        mFrame.Bind(wxEVT_NAVIGATION_KEY, [this](wxNavigationKeyEvent& event) {
+            mHeard.push_back(event.GetDirection() ? "next" : "previous");
+        });
+        mFrame.Show();
+        EXPECT_TRUE(WaitFor([this] { return mScore.IsShownOnScreen(); }));
+        DrainEvents();
+        mScore.SetSize(200, 6 * ItemHeight());
+        Reset(-1, 2);
+    }
+
+    void Reset(int32_t mark, int32_t cursor) {
+        mScore.SetMark(mark);
+        mScore.SetSelection(cursor);
+        mHeard.clear();
+    }
+
+    int32_t ItemHeight() const { return mScore.GetItemRect(0).height; }
+    wxPoint Middle(int32_t item) const {
+        return wxPoint(50, item * ItemHeight() + ItemHeight() / 2);
+    }
+
+    // True when the control takes the key.
+    bool Takes(int key, int modifier = 0) {
+        wxKeyEvent event(wxEVT_KEY_DOWN);
+        event.m_keyCode = key;
+        event.SetControlDown(modifier == wxMOD_CONTROL);
+        event.SetAltDown(modifier == wxMOD_ALT);
+        event.SetMetaDown(modifier == wxMOD_META);
+        return mScore.HandleWindowEvent(event);
+    }
+
+    void SendMouse(wxEventType type, const wxPoint& point, int rotation = 0) {
+        wxMouseEvent event(type);
+        event.SetPosition(point);
+        event.m_wheelRotation = rotation;
+        event.m_wheelDelta = 120;
+        mScore.HandleWindowEvent(event);
+    }
+
+    void LoseFocus() {
+        wxFocusEvent event(wxEVT_KILL_FOCUS);
+        mScore.HandleWindowEvent(event);
+    }
+
+    wxFrame& mFrame = *new wxFrame(nullptr, wxID_ANY, "Score");
+    QuickScore& mScore = *new QuickScore(&mFrame, 10006);
+    Heard mHeard;
+};
+
+TEST_F(QuickScoreTest, KeysMoveTheCursorChooseAndWalkTheHistory) {
+    const struct {
+        const char* What;
+        int32_t Mark, Cursor;
+        int Key;
+        Heard AtPress, AtRelease;
+    } rows[] = {
+        {"a digit is a score", -1, 0, '3', {"cursor 2"}, {"choose 2 forward"}},
+        {"the highest", -1, 2, WXK_NUMPAD5, {"cursor 0"}, {"choose 0 forward"}},
+        {"the lowest", -1, 5, '0', {}, {"choose 5 forward"}},
+        {"Enter", -1, 2, WXK_RETURN, {}, {"choose 2 forward"}},
+        {"Space", -1, 2, WXK_SPACE, {}, {"choose 2 forward"}},
+        {"the marked item is silent", 2, 2, WXK_RETURN, {}, {}},
+        {"Up", -1, 2, WXK_UP, {"cursor 1"}, {}},
+        {"Up at the first", -1, 0, WXK_NUMPAD_UP, {}, {}},
+        {"Down", -1, 2, WXK_NUMPAD_DOWN, {"cursor 3"}, {}},
+        {"Down at the last", -1, 5, WXK_DOWN, {}, {}},
+        {"Left without a mark", -1, 2, WXK_LEFT, {"menu backward"}, {}},
+        {"Left on the mark", 2, 2, WXK_LEFT, {"menu backward"}, {}},
+        {"Left beside the mark", 1, 2, WXK_LEFT, {}, {"choose 2 backward"}},
+        {"Left of the number pad", 1, 2, WXK_NUMPAD_LEFT, {}, {"choose 2 forward"}},
+        {"Right without a mark", -1, 2, WXK_RIGHT, {}, {"choose 2 forward"}},
+        {"Right on the mark", 2, 2, WXK_NUMPAD_RIGHT, {"menu forward"}, {}},
+        {"Right beside the mark", 1, 2, WXK_RIGHT, {}, {"choose 2 forward"}},
+        {"Page Up", -1, 2, WXK_PAGEUP, {"page up"}, {}},
+        {"Page Down", -1, 2, WXK_PAGEDOWN, {"page down"}, {}},
+        {"Tab", -1, 2, WXK_TAB, {"next"}, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.What);
+        Reset(row.Mark, row.Cursor);
+        SendKeyDown(mScore, row.Key);
+        EXPECT_EQ(mHeard, row.AtPress);
+        mHeard.clear();
+        SendKeyUp(mScore, row.Key);
+        EXPECT_EQ(mHeard, row.AtRelease);
+        EXPECT_EQ(mScore.GetPressed(), -1);
+    }
+}
+
+TEST_F(QuickScoreTest, OnlyOneKeyHoldsAnItemAndItsRepeatsDoNotCount) {
+    SendKeyDown(mScore, '3');
+    SendKeyDown(mScore, '3');
+    SendKeyDown(mScore, '5');
+    SendMouse(wxEVT_LEFT_DOWN, Middle(0));
+    SendKeyUp(mScore, '5');
+    SendMouse(wxEVT_LEFT_UP, Middle(0));
+    EXPECT_EQ(mScore.GetPressed(), 2);
+    SendKeyUp(mScore, '3');
+    EXPECT_THAT(mHeard, ElementsAre("choose 2 forward"));
+}
+
+TEST_F(QuickScoreTest, APressThatLosesTheFocusOrTheMouseChoosesNothing) {
+    SendKeyDown(mScore, '4');
+    LoseFocus();
+    EXPECT_EQ(mScore.GetPressed(), -1);
+    SendKeyUp(mScore, '4');
+    EXPECT_THAT(mHeard, ElementsAre("cursor 1"));
+
+    SendMouse(wxEVT_LEFT_DOWN, Middle(0));
+    LoseFocus();
+    SendMouse(wxEVT_LEFT_UP, Middle(0));
+    EXPECT_FALSE(mScore.HasCapture());
+
+    SendMouse(wxEVT_LEFT_DOWN, Middle(2));
+    mScore.ReleaseMouse();
+    wxMouseCaptureLostEvent lost(mScore.GetId());
+    mScore.HandleWindowEvent(lost);
+    SendMouse(wxEVT_LEFT_UP, Middle(2));
+    EXPECT_THAT(mHeard, ElementsAre("cursor 1", "cursor 0", "cursor 2"));
+
+    SendKey(mScore, WXK_RETURN);
+    EXPECT_EQ(mHeard.back(), "choose 2 forward");
+}
+
+TEST_F(QuickScoreTest, KeysOfMenusGoOnToThem) {
+    for (const int key :
+         {int{WXK_F5}, int{WXK_NUMPAD_ENTER}, int{WXK_ESCAPE}, int{'6'}, int{'A'}}) {
+        EXPECT_FALSE(Takes(key)) << key;
+    }
+    for (const int modifier : {wxMOD_CONTROL, wxMOD_ALT, wxMOD_META}) {
+        EXPECT_FALSE(Takes('3', modifier));
+        EXPECT_FALSE(Takes(WXK_LEFT, modifier));
+        EXPECT_FALSE(Takes(WXK_TAB, modifier));
+    }
+    EXPECT_THAT(mHeard, IsEmpty());
+    EXPECT_TRUE(Takes('3'));
+}
+
+TEST_F(QuickScoreTest, TheMousePressesDragsAndChoosesAtTheRelease) {
+    SendMouse(wxEVT_LEFT_DOWN, Middle(1));
+    SendMouse(wxEVT_MOTION, Middle(4));
+    EXPECT_EQ(mScore.GetPressed(), 4);
+    SendMouse(wxEVT_LEFT_UP, Middle(4));
+    EXPECT_THAT(mHeard, ElementsAre("cursor 1", "cursor 4", "choose 4 forward"));
+
+    Reset(-1, 2);
+    SendMouse(wxEVT_LEFT_DOWN, Middle(3));
+    SendMouse(wxEVT_MOTION, wxPoint(-5, 5));
+    SendMouse(wxEVT_LEAVE_WINDOW, wxPoint(-5, 5));
+    EXPECT_EQ(mScore.GetPressed(), -1);
+    SendMouse(wxEVT_LEFT_UP, wxPoint(-5, 5));
+    EXPECT_THAT(mHeard, ElementsAre("cursor 3"));
+}
+
+TEST_F(QuickScoreTest, TheWheelMovesTheCursorAndWithThePressOnItChooses) {
+    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), -60);
+    EXPECT_THAT(mHeard, IsEmpty());
+    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), -60);
+    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), 120 * 9);
+    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), -120 * 9);
+    EXPECT_THAT(mHeard, ElementsAre("cursor 3", "cursor 0", "cursor 5"));
+
+    Reset(-1, 2);
+    SendMouse(wxEVT_MIDDLE_DOWN, Middle(0));
+    EXPECT_EQ(mScore.GetPressed(), 2);
+    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), 120);
+    EXPECT_EQ(mScore.GetPressed(), 1);
+    SendMouse(wxEVT_MIDDLE_UP, Middle(0));
+    EXPECT_THAT(mHeard, ElementsAre("cursor 1", "choose 1 forward"));
+}
+
+TEST_F(QuickScoreTest, APointBesideTheItemsIsNone) {
+    const wxSize size = mScore.GetClientSize();
+    mScore.SetSize(size.x, size.y + 50);
+    EXPECT_EQ(mScore.ItemAt(wxPoint(0, 0)), 0);
+    EXPECT_EQ(mScore.ItemAt(wxPoint(size.x - 1, 6 * ItemHeight() - 1)), 5);
+    for (const wxPoint& point :
+         {wxPoint(-1, 5), wxPoint(5, -1), wxPoint(size.x, 5), wxPoint(5, 6 * ItemHeight())}) {
+        EXPECT_EQ(mScore.ItemAt(point), -1) << point.x << "," << point.y;
+    }
+}
+
+TEST_F(QuickScoreTest, CompactItemsAreSquaresAndKeepCursorAndMark) {
+    mScore.SetMark(4);
+    const wxSize wide = mScore.GetMinSize();
+    const wxString labels[] = {"5", "4", "3", "2", "1", "0"};
+    mScore.SetMargin(3);
+    mScore.SetItems(labels, WXSIZEOF(labels));
+    EXPECT_LT(mScore.GetMinSize().x, wide.x);
+    EXPECT_EQ(mScore.GetMinSize().y, 6 * mScore.GetMinSize().x);
+    EXPECT_EQ(mScore.GetSelection(), 2);
+    EXPECT_EQ(mScore.GetMark(), 4);
+    // The items are those of a list.
+    mScore.Insert("new", 0);
+    mScore.Delete(6);
+    EXPECT_EQ(mScore.FindString("1"), 5);
+    EXPECT_EQ(mScore.GetSelection(), wxNOT_FOUND);
+    EXPECT_STREQ(mScore.GetClassInfo()->GetClassName(), wxT("QuickScore"));
+}
+
+// Through the display, as a person types and clicks.
+TEST_F(QuickScoreTest, RealKeysAndClicksArrive) {
+    mFrame.Raise();
+    mScore.SetFocus();
+    ASSERT_TRUE(WaitFor([this] { return mScore.HasFocus() && mFrame.IsActive(); }));
+    const auto heard = [this](const char* what) {
+        return WaitFor([&] { return !mHeard.empty() && mHeard.back() == what; });
+    };
+    wxUIActionSimulator simulator;
+    simulator.KeyDown('4');
+    EXPECT_TRUE(heard("cursor 1"));
+    simulator.KeyUp('4');
+    EXPECT_TRUE(heard("choose 1 forward"));
+    simulator.MouseMove(mScore.ClientToScreen(Middle(5)));
+    simulator.MouseClick();
+    EXPECT_TRUE(heard("choose 5 forward"));
+    simulator.Char(WXK_LEFT);
+    EXPECT_TRUE(heard("menu backward"));
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+#include "study/TextWrap.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "base/WideText.h"
+
+namespace {
+
+constexpr wchar_t kAcute = L'\u0301';
+// Twice as wide while it is the last letter of a text.
+constexpr wchar_t kShrinking = L'\u0633';
+
+// Ten pixels a character, a mark none.
+wxSize Measure(const wxString& text) {
+    int width = 0;
+    for (const wxUniChar c : text) {
+        width += c == kAcute ? 0 : 10;
+    }
+    if (!text.empty() && text.Last() == kShrinking) {
+        width += 10;
+    }
+    return wxSize(width, 17);
+}
+
+std::vector<wxString> Lines(const wxString& text, int32_t maxWidth) {
+    return WrapText(text, maxWidth, Measure).Lines;
+}
+
+TEST(TextWrap, CutsAtLineEndsBetweenWordsAndInsideALongWord) {
+    const struct {
+        const char* What;
+        wxString Text;
+        int32_t MaxWidth;
+        std::vector<wxString> Lines;
+    } rows[] = {
+        {"all of it fits", "one two", 70, {"one two"}},
+        {"between words", "one two three", 60, {"one", "two", "three"}},
+        {"at the last break", "a b c d e", 50, {"a b c", "d e"}},
+        {"spaces between lines go", "one    two ", 40, {"one", "two"}},
+        {"inside a word one less than fits", "abcdefghij", 60, {"abcde", "fghij"}},
+        {"three fit and one is taken", "abcd", 20, {"a", "b", "cd"}},
+        {"at least one character", "abc", 5, {"a", "b", "c"}},
+        {"empty lines are dropped", "\na\n\n\nb\n", 60, {"a", "b"}},
+        {"a line of a space stays", "a\n \nb", 60, {"a", " ", "b"}},
+        {"only white space", " \n\t\n ", 60, {}},
+        {"a carriage return is a space", "a\r\nb", 60, {"a ", "b"}},
+        {"spaces of other scripts",
+         wxString(L"one\u3000two\u00A0three"),
+         60,
+         {"one", "two", "three"}},
+        {"an indented word", "          ab", 60, {"ab"}},
+        {"a mark stays with its letter",
+         wxString(L"aaaaae\u0301bb"),
+         60,
+         {"aaaaa", wxString(L"e\u0301bb")}},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Lines(row.Text, row.MaxWidth), row.Lines) << row.What;
+    }
+}
+
+TEST(TextWrap, TellsTheWidthOfEachLineAndTheGreatestHeight) {
+    const auto measure = [](const wxString& text) {
+        return wxSize(static_cast<int>(text.length()) * 10, text == "bb" ? 30 : 17);
+    };
+    const WrappedText wrapped = WrapText("a\nbb\nccc", 100, measure);
+    EXPECT_EQ(wrapped.LineWidths, (std::vector<int32_t>{10, 20, 30}));
+    EXPECT_EQ(wrapped.LineHeight, 30);
+}
+
+TEST(TextWrap, StopsWhenThereAreMoreLinesThanTheCallerAskedFor) {
+    EXPECT_EQ(WrapText("a\nb\nc\nd", 100, Measure, 2).Lines.size(), 3u);
+}
+
+// The rule as it reads: lengths are tried one after the other.
+size_t PlainTake(const wxString& rest, int32_t maxWidth) {
+    if (Measure(rest).x <= maxWidth) {
+        return rest.length();
+    }
+    size_t lastBreak = 0;
+    for (size_t n = 1; n <= rest.length(); ++n) {
+        if (Measure(TrimWide(rest.Left(n + 1))).x > maxWidth) {
+            return lastBreak != 0 ? lastBreak : n <= 2 ? 1 : n - 1;
+        }
+        if (n < rest.length() && IsWideSpace(rest[n]) && !IsWideSpace(rest[n - 1])) {
+            lastBreak = n;
+        }
+    }
+    return rest.length();
+}
+
+std::vector<wxString> PlainLines(wxString rest, int32_t maxWidth) {
+    std::vector<wxString> lines;
+    while (!rest.empty()) {
+        const size_t taken = PlainTake(rest, maxWidth);
+        lines.push_back(rest.Left(taken));
+        rest = TrimWide(rest.Mid(taken));
+    }
+    return lines;
+}
+
+// Also where a longer beginning is less wide than a shorter one.
+TEST(TextWrap, TheQuickSearchFindsWhatTryingEveryLengthFinds) {
+    std::mt19937 random(1);
+    const wchar_t letters[] = {L'a', L'b', L' ', L' ', kShrinking, L'\u65E5'};
+    for (int round = 0; round < 400; ++round) {
+        wxString text = "x";
+        for (auto length = random() % 120; length > 0; --length) {
+            text += letters[random() % WXSIZEOF(letters)];
+        }
+        text += "x";
+        const auto maxWidth = static_cast<int32_t>(random() % 200);
+        EXPECT_EQ(Lines(text, maxWidth), PlainLines(text, maxWidth)) << text << " at " << maxWidth;
+    }
+}
+
+TEST(TextWrap, TheCostOfALongTextGrowsWithItsLengthOnly) {
+    const struct {
+        const char* What;
+        wxString Text;
+    } rows[] = {
+        {"one long word", wxString('m', 200000)},
+        {"words", wxString('w', 3) + wxString(' ', 1)},
+        {"spaces", "a" + wxString(' ', 200000) + "b"},
+        {"marks", "a" + wxString(kAcute, 200000)},
+    };
+    for (const auto& row : rows) {
+        wxString text = row.Text;
+        while (text.length() < 200000) {
+            text += text;
+        }
+        size_t measured = 0;
+        WrapText(text, 600, [&measured](const wxString& part) {
+            measured += part.length();
+            return Measure(part);
+        });
+        EXPECT_LT(measured, 20 * text.length()) << row.What;
+    }
+}
+
+}  // namespace
