@@ -3,7 +3,6 @@
 #include <wx/intl.h>
 
 #include <new>
-#include <optional>
 
 #include "exchange/CardRecordReader.h"
 #include "exchange/ImportCategories.h"
@@ -53,10 +52,7 @@ class Pass {
 };
 
 bool Pass::Run() {
-    std::optional<StoreReadLock> lock;
-    if (mOptions.ValidateOnly) {
-        lock.emplace(mDatabase);
-    }
+    const StoreReadLock lock(mDatabase);
     return mCategories.Load() && mSource.Open(mInput, mResult) && ReadRecords();
 }
 

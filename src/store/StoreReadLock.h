@@ -4,9 +4,10 @@
 
 class Database;
 
-// Keeps the store's file locked for reading while it lives. Reads in a row then need not lock and
-// unlock the file one by one, which costs more than a small read itself. For a stretch of reads
-// without a write; it is of no effect where the store cannot be read.
+// Keeps the store's file locked for reading while it lives. Operations in a row then need not lock
+// and unlock the file one by one, which costs more than a small read itself. Each write commits by
+// itself as ever; other programs can read meanwhile but not write. It is of no effect where the
+// store cannot be read.
 class StoreReadLock {
   public:
     explicit StoreReadLock(Database& database);
