@@ -1,0 +1,265 @@
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "exchange/ImportPass.h"
+#include "store/Database.h"
+#include "support/Fakes.h"
+
+// The passes of an import: how many records the validation looks at in a second, what the writing
+// costs beside the same inserts by bare SQLite, and that memory does not grow with the file.
+namespace {
+
+// A directory for one bench, on disk or on tmpfs.
+class Workplace {
+  public:
+    explicit Workplace(bool onDisk)
+        : mPath((onDisk ? std::string(VELOMIND_BENCH_DIRECTORY) : std::string("/dev/shm")) +
+                "/import-bench") {
+        std::filesystem::remove_all(mPath);
+        std::filesystem::create_directories(mPath);
+    }
+    ~Workplace() { std::filesystem::remove_all(mPath); }
+    Workplace(const Workplace&) = delete;
+    Workplace& operator=(const Workplace&) = delete;
+
+    std::string Path(const std::string& name) const { return mPath + "/" + name; }
+
+  private:
+    std::string mPath;
+};
+
+std::string IdText(int number) {
+    char text[37];
+    std::snprintf(text, sizeof text, "%08x-0000-4000-8000-%012x",
+                  static_cast<unsigned>(number) * 2654435761U, static_cast<unsigned>(number));
+    return text;
+}
+
+std::string FrontText(int number) {
+    return "the front of card " + std::to_string(number);
+}
+std::string BackText(int number) {
+    return "what stands on the back of card " + std::to_string(number);
+}
+
+void WriteRecords(const std::string& path, int count, bool withIds) {
+    std::ofstream file(path);
+    for (int i = 0; i < count; ++i) {
+        file << (withIds ? "id: " + IdText(i) + "\n" : "") << "Front: " << FrontText(i)
+             << "\nBack: " << BackText(i) << "\n\n";
+    }
+}
+
+void WriteTable(const std::string& path, int count, bool withIds) {
+    std::ofstream file(path);
+    file << (withIds ? "id\t" : "") << "Front\tBack\n";
+    for (int i = 0; i < count; ++i) {
+        file << (withIds ? IdText(i) + "\t" : "") << FrontText(i) << "\t" << BackText(i) << "\n";
+    }
+}
+
+ImportInput MakeFile(const Workplace& place, int count, bool withIds, bool isTable) {
+    const std::string path = place.Path("records.txt");
+    (isTable ? WriteTable : WriteRecords)(path, count, withIds);
+    return {wxString::FromUTF8(path), isTable ? ImportFormat::kDelimited : ImportFormat::kVlmText,
+            L'\t'};
+}
+
+// The program's store with the category that the records go into.
+class Store {
+  public:
+    explicit Store(const std::string& path) {
+        std::filesystem::remove(path);
+        mIsOpen = mDatabase.Open(wxString::FromUTF8(path), mWait) == 0 &&
+                  mDatabase.CategoryInsert("Default") == 0;
+    }
+    bool IsOpen() const { return mIsOpen; }
+    Database& Get() { return mDatabase; }
+
+  private:
+    RecordingReport mReport;
+    SilentUpgradeWait mWait;
+    Database mDatabase{mReport};
+    bool mIsOpen = false;
+};
+
+bool RunPass(const ImportInput& input, Database& database, bool validateOnly) {
+    ImportResult result;
+    ImportPassOptions options;
+    options.ValidateOnly = validateOnly;
+    return ImportPass(input, database, result, options) == 0;
+}
+
+void Validate(benchmark::State& state) {
+    constexpr int kRecords = 100000;
+    const bool withIds = state.range(0) != 0;
+    const Workplace place(false);
+    Store store(place.Path("store.vlm"));
+    // Other cards than the file's are in the store, as in life.
+    const std::string fill =
+        "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 9999) INSERT "
+        "INTO Cards (CardId, Front, Back, CategoryId) SELECT printf('%08x-1111-4000-8000-%012x', "
+        "i * 2654435761 % 4294967296, i), 'a front ' || i, 'a back', 0 FROM n";
+    if (!store.IsOpen() || store.Get().Execute(wxString::FromUTF8(fill)) != 0) {
+        state.SkipWithError("no store");
+        return;
+    }
+    const ImportInput input = MakeFile(place, kRecords, withIds, state.range(1) != 0);
+    for (auto _ : state) {
+        if (!RunPass(input, store.Get(), true)) {
+            state.SkipWithError("the pass failed");
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kRecords);
+}
+BENCHMARK(Validate)
+    ->ArgNames({"ids", "table"})
+    ->ArgsProduct({{0, 1}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
+
+// The inserts of a writing pass by hand.
+class BareInserts {
+  public:
+    explicit BareInserts(const std::string& path) {
+        sqlite3_open(path.c_str(), &mpHandle);
+        sqlite3_prepare_v2(
+            mpHandle,
+            "INSERT INTO Cards (CardId,Front,Back,CategoryId,Author,Chapter,IntroductionOrder,"
+            "ForwardX,ReverseX,Notes,Introduced,LastReview,LastScore,ReviewInterval,Difficulty,"
+            "NextReview,ERC,RIntroduced,RLastReview,RLastScore,RReviewInterval,RDifficulty,"
+            "RNextReview,RERC) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?);",
+            -1, &mpInsert, nullptr);
+    }
+    ~BareInserts() {
+        sqlite3_finalize(mpInsert);
+        sqlite3_close(mpHandle);
+    }
+    BareInserts(const BareInserts&) = delete;
+    BareInserts& operator=(const BareInserts&) = delete;
+
+    bool Insert(const std::string& id, const std::string& front, const std::string& back,
+                int order) {
+        int column = 1;
+        const auto text = [&](const std::string& value) {
+            sqlite3_bind_text(mpInsert, column++, value.c_str(), -1, SQLITE_TRANSIENT);
+        };
+        const auto number = [&](sqlite3_int64 value) {
+            sqlite3_bind_int64(mpInsert, column++, value);
+        };
+        text(id);
+        text(front);
+        text(back);
+        number(0);
+        text("");
+        text("");
+        number(order);
+        number(0);
+        number(0);
+        text("");
+        for (int direction = 0; direction < 2; ++direction) {
+            number(0);
+            number(1700000000);
+            number(0);
+            sqlite3_bind_double(mpInsert, column++, 5.0);
+            number(16);
+            number(1700000005);
+            number(0);
+        }
+        const bool done = sqlite3_step(mpInsert) == SQLITE_DONE;
+        sqlite3_reset(mpInsert);
+        return done;
+    }
+
+  private:
+    sqlite3* mpHandle = nullptr;
+    sqlite3_stmt* mpInsert = nullptr;
+};
+
+using Seconds = std::chrono::duration<double>;
+
+template <class Work>
+double Time(Work work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return Seconds(std::chrono::steady_clock::now() - start).count();
+}
+
+// Floor and program in turn, each into a fresh store. The time of the bench is the program's.
+void Write(benchmark::State& state) {
+    const bool onDisk = state.range(0) != 0;
+    const bool withIds = state.range(1) != 0;
+    const int records = onDisk ? 200 : 4000;
+    const Workplace place(onDisk);
+    const ImportInput input = MakeFile(place, records, withIds, false);
+    double floor = 0.0;
+    double program = 0.0;
+    for (auto _ : state) {
+        bool done = true;
+        { Store(place.Path("floor.vlm")); }
+        BareInserts bare(place.Path("floor.vlm"));
+        floor += Time([&] {
+            for (int i = 0; i < records && done; ++i) {
+                // Random ids, as the program makes where the file gives none.
+                done = bare.Insert(IdText(i), FrontText(i), BackText(i), i);
+            }
+        });
+        Store store(place.Path("store.vlm"));
+        const double taken = Time([&] { done = done && RunPass(input, store.Get(), false); });
+        program += taken;
+        state.SetIterationTime(taken);
+        if (!done) {
+            state.SkipWithError("a pass failed");
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * records);
+    state.counters["ratio"] = program / floor;
+}
+BENCHMARK(Write)
+    ->ArgNames({"disk", "ids"})
+    ->ArgsProduct({{0, 1}, {0, 1}})
+    ->UseManualTime()
+    ->MinTime(3.0)
+    ->Unit(benchmark::kMillisecond);
+
+// The process's greatest memory since the last reset, in bytes.
+double PeakMemory(bool reset) {
+    if (reset) {
+        std::ofstream("/proc/self/clear_refs") << "5";
+    }
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    double kilobytes = 0.0;
+    while (status >> word && word != "VmHWM:") {
+    }
+    status >> kilobytes;
+    return kilobytes * 1024.0;
+}
+
+// Both passes; the counter is what the import took beyond what stood before it.
+void Memory(benchmark::State& state) {
+    const int records = static_cast<int>(state.range(0));
+    const Workplace place(false);
+    const ImportInput input = MakeFile(place, records, true, false);
+    double peak = 0.0;
+    for (auto _ : state) {
+        Store store(place.Path("store.vlm"));
+        const double before = PeakMemory(true);
+        ImportResult result;
+        if (ImportCards(input, store.Get(), result, false, nullptr) != 0) {
+            state.SkipWithError("the import failed");
+            return;
+        }
+        peak = PeakMemory(false) - before;
+    }
+    state.counters["bytes"] = peak;
+}
+BENCHMARK(Memory)->ArgName("records")->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1);
+
+}  // namespace
