@@ -13,37 +13,33 @@ using ::testing::IsEmpty;
 
 using Heard = std::vector<std::string>;
 
-std::string DirectionName(long direction) {
-    return direction == wxID_FORWARD ? "forward" : direction == wxID_BACKWARD ? "backward" : "?";
-}
-
 class QuickScoreTest : public GuiTest {
   protected:
     QuickScoreTest() {
         const wxString labels[] = {"5 - Pass (no hesitation)", "4", "3", "2", "1", "0"};
         mScore.SetItems(labels, WXSIZEOF(labels));
-        mFrame.Bind(wxEVT_LISTBOX, [this](wxCommandEvent& event) {
-            mHeard.push_back("cursor " + std::to_string(event.GetInt()));
-        });
-        mFrame.Bind(wxEVT_LISTBOX_DCLICK, [this](wxCommandEvent& event) {
-            mHeard.push_back("choose " + std::to_string(event.GetInt()) + " " +
-                             DirectionName(event.GetExtraLong()));
-        });
-        mFrame.Bind(wxEVT_MENU, [this](wxCommandEvent& event) {
-            mHeard.push_back("menu " + DirectionName(event.GetId()));
-        });
-        mFrame.Bind(EVT_QUICKSCORE_PAGE_UP,
-                    [this](wxCommandEvent&) { mHeard.push_back("page up"); });
-        mFrame.Bind(EVT_QUICKSCORE_PAGE_DOWN,
-                    [this](wxCommandEvent&) { mHeard.push_back("page down"); });
-        mFrame.Bind(wxEVT_NAVIGATION_KEY, [this](wxNavigationKeyEvent& event) {
-            mHeard.push_back(event.GetDirection() ? "next" : "previous");
-        });
+        Listen(wxEVT_LISTBOX, "cursor");
+        Listen(wxEVT_LISTBOX_DCLICK, "choose");
+        Listen(wxEVT_MENU, "menu");
+        Listen(EVT_QUICKSCORE_PAGE_UP, "page up");
+        Listen(EVT_QUICKSCORE_PAGE_DOWN, "page down");
         mFrame.Show();
         EXPECT_TRUE(WaitFor([this] { return mScore.IsShownOnScreen(); }));
         DrainEvents();
         mScore.SetSize(200, 6 * ItemHeight());
         Reset(-1, 2);
+    }
+
+    // Keeps the name of the event, its item and the way through the history.
+    void Listen(const wxEventTypeTag<wxCommandEvent>& type, const std::string& name) {
+        mFrame.Bind(type, [this, name](wxCommandEvent& event) {
+            const long way = event.GetId() == 10006 ? event.GetExtraLong() : event.GetId();
+            mHeard.push_back(name +
+                             (event.GetInt() < 0 ? "" : " " + std::to_string(event.GetInt())) +
+                             (way == wxID_FORWARD    ? " forward"
+                              : way == wxID_BACKWARD ? " backward"
+                                                     : ""));
+        });
     }
 
     void Reset(int32_t mark, int32_t cursor) {
@@ -72,11 +68,6 @@ class QuickScoreTest : public GuiTest {
         event.SetPosition(point);
         event.m_wheelRotation = rotation;
         event.m_wheelDelta = 120;
-        mScore.HandleWindowEvent(event);
-    }
-
-    void LoseFocus() {
-        wxFocusEvent event(wxEVT_KILL_FOCUS);
         mScore.HandleWindowEvent(event);
     }
 
@@ -111,7 +102,6 @@ TEST_F(QuickScoreTest, KeysMoveTheCursorChooseAndWalkTheHistory) {
         {"Right beside the mark", 1, 2, WXK_RIGHT, {}, {"choose 2 forward"}},
         {"Page Up", -1, 2, WXK_PAGEUP, {"page up"}, {}},
         {"Page Down", -1, 2, WXK_PAGEDOWN, {"page down"}, {}},
-        {"Tab", -1, 2, WXK_TAB, {"next"}, {}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.What);
@@ -138,37 +128,33 @@ TEST_F(QuickScoreTest, OnlyOneKeyHoldsAnItemAndItsRepeatsDoNotCount) {
 }
 
 TEST_F(QuickScoreTest, APressThatLosesTheFocusOrTheMouseChoosesNothing) {
+    wxFocusEvent lostFocus(wxEVT_KILL_FOCUS);
     SendKeyDown(mScore, '4');
-    LoseFocus();
+    mScore.HandleWindowEvent(lostFocus);
     EXPECT_EQ(mScore.GetPressed(), -1);
     SendKeyUp(mScore, '4');
-    EXPECT_THAT(mHeard, ElementsAre("cursor 1"));
 
     SendMouse(wxEVT_LEFT_DOWN, Middle(0));
-    LoseFocus();
+    mScore.HandleWindowEvent(lostFocus);
     SendMouse(wxEVT_LEFT_UP, Middle(0));
-    EXPECT_FALSE(mScore.HasCapture());
 
     SendMouse(wxEVT_LEFT_DOWN, Middle(2));
     mScore.ReleaseMouse();
-    wxMouseCaptureLostEvent lost(mScore.GetId());
-    mScore.HandleWindowEvent(lost);
+    wxMouseCaptureLostEvent lostMouse(mScore.GetId());
+    mScore.HandleWindowEvent(lostMouse);
     SendMouse(wxEVT_LEFT_UP, Middle(2));
     EXPECT_THAT(mHeard, ElementsAre("cursor 1", "cursor 0", "cursor 2"));
-
     SendKey(mScore, WXK_RETURN);
     EXPECT_EQ(mHeard.back(), "choose 2 forward");
 }
 
 TEST_F(QuickScoreTest, KeysOfMenusGoOnToThem) {
-    for (const int key :
-         {int{WXK_F5}, int{WXK_NUMPAD_ENTER}, int{WXK_ESCAPE}, int{'6'}, int{'A'}}) {
+    for (const int key : {int{WXK_F5}, int{WXK_NUMPAD_ENTER}, int{WXK_ESCAPE}, int{'6'}}) {
         EXPECT_FALSE(Takes(key)) << key;
     }
     for (const int modifier : {wxMOD_CONTROL, wxMOD_ALT, wxMOD_META}) {
-        EXPECT_FALSE(Takes('3', modifier));
-        EXPECT_FALSE(Takes(WXK_LEFT, modifier));
-        EXPECT_FALSE(Takes(WXK_TAB, modifier));
+        EXPECT_FALSE(Takes('3', modifier)) << modifier;
+        EXPECT_FALSE(Takes(WXK_LEFT, modifier)) << modifier;
     }
     EXPECT_THAT(mHeard, IsEmpty());
     EXPECT_TRUE(Takes('3'));
@@ -207,33 +193,14 @@ TEST_F(QuickScoreTest, TheWheelMovesTheCursorAndWithThePressOnItChooses) {
     EXPECT_THAT(mHeard, ElementsAre("cursor 1", "choose 1 forward"));
 }
 
-TEST_F(QuickScoreTest, APointBesideTheItemsIsNone) {
-    const wxSize size = mScore.GetClientSize();
-    mScore.SetSize(size.x, size.y + 50);
-    EXPECT_EQ(mScore.ItemAt(wxPoint(0, 0)), 0);
-    EXPECT_EQ(mScore.ItemAt(wxPoint(size.x - 1, 6 * ItemHeight() - 1)), 5);
-    for (const wxPoint& point :
-         {wxPoint(-1, 5), wxPoint(5, -1), wxPoint(size.x, 5), wxPoint(5, 6 * ItemHeight())}) {
-        EXPECT_EQ(mScore.ItemAt(point), -1) << point.x << "," << point.y;
-    }
-}
-
 TEST_F(QuickScoreTest, CompactItemsAreSquaresAndKeepCursorAndMark) {
     mScore.SetMark(4);
-    const wxSize wide = mScore.GetMinSize();
-    const wxString labels[] = {"5", "4", "3", "2", "1", "0"};
     mScore.SetMargin(3);
+    const wxString labels[] = {"5", "4", "3", "2", "1", "0"};
     mScore.SetItems(labels, WXSIZEOF(labels));
-    EXPECT_LT(mScore.GetMinSize().x, wide.x);
     EXPECT_EQ(mScore.GetMinSize().y, 6 * mScore.GetMinSize().x);
     EXPECT_EQ(mScore.GetSelection(), 2);
     EXPECT_EQ(mScore.GetMark(), 4);
-    // The items are those of a list.
-    mScore.Insert("new", 0);
-    mScore.Delete(6);
-    EXPECT_EQ(mScore.FindString("1"), 5);
-    EXPECT_EQ(mScore.GetSelection(), wxNOT_FOUND);
-    EXPECT_STREQ(mScore.GetClassInfo()->GetClassName(), wxT("QuickScore"));
 }
 
 // Through the display, as a person types and clicks.
