@@ -12,11 +12,11 @@
 
 #include "base/Trace.h"
 #include "resources/ResourceBitmap.h"
+#include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
-#include "study/AccessibleName.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
 #include "study/RescoreMessageBox.h"
