@@ -38,7 +38,6 @@ CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position,
     Bind(wxEVT_PAINT, &CardViewer::OnPaint, this);
     Bind(wxEVT_SIZE, &CardViewer::OnSize, this);
     Bind(wxEVT_LEFT_DOWN, &CardViewer::OnLeftDown, this);
-    Bind(wxEVT_LEFT_DCLICK, &CardViewer::OnLeftDown, this);
     Bind(wxEVT_LEFT_UP, &CardViewer::OnLeftUp, this);
     Bind(wxEVT_MOUSEWHEEL, &CardViewer::OnWheel, this);
     Bind(wxEVT_CONTEXT_MENU, &CardViewer::OnContextMenu, this);
@@ -213,7 +212,7 @@ void CardViewer::PaintDivider(wxDC& dc, const wxRect& visible) const {
 
 // The background is there already.
 void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const {
-    if (side.Cover.IsOk()) {
+    if (side.Cover.IsOk() && !side.Rect.IsEmpty()) {
         wxMemoryDC cover;
         cover.SelectObjectAsSource(side.Cover);
         // Also below a scroll bar that one can see through.

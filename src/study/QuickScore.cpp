@@ -122,7 +122,7 @@ int QuickScore::DoInsertItems(const wxArrayStringsAdapter& items, unsigned int p
                               void** clientData, wxClientDataType type) {
     for (unsigned int i = 0; i < items.GetCount(); ++i) {
         mStrings.Insert(items[i], pos + i);
-        mClientData.insert(mClientData.begin() + static_cast<std::ptrdiff_t>(pos + i), nullptr);
+        mClientData.insert(mClientData.begin() + pos + i, nullptr);
         AssignNewItemClientData(pos + i, clientData, i, type);
     }
     UpdateMetrics();
@@ -146,7 +146,7 @@ void QuickScore::DoClear() {
 
 void QuickScore::DoDeleteOneItem(unsigned int pos) {
     mStrings.RemoveAt(pos);
-    mClientData.erase(mClientData.begin() + static_cast<std::ptrdiff_t>(pos));
+    mClientData.erase(mClientData.begin() + pos);
     ForgetPositions();
 }
 

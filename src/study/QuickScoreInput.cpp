@@ -75,13 +75,11 @@ void QuickScore::Navigate(bool forward) {
 
 // Keys of others go on to them, above all those of the menus.
 void QuickScore::OnKeyDown(wxKeyEvent& event) {
-    const int key = event.GetKeyCode();
+    const bool isOfMenus = event.HasModifiers() || event.MetaDown();
     const int32_t digit = DigitOf(event);
-    if (event.HasModifiers() || event.MetaDown()) {
-        event.Skip();
-    } else if (digit != -1) {
-        PressDigit(key, digit);
-    } else if (!HandleKey(key, event.ShiftDown())) {
+    if (!isOfMenus && digit != -1) {
+        PressDigit(event.GetKeyCode(), digit);
+    } else if (isOfMenus || !HandleKey(event.GetKeyCode(), event.ShiftDown())) {
         event.Skip();
     }
 }
