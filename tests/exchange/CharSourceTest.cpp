@@ -133,6 +133,18 @@ TEST(CharSource, EndsLinesAtEveryLineBreak) {
     EXPECT_EQ(lines, (std::vector<std::wstring>{L"a", L"b", L"c", L"", L"", L"d", L"", L"e"}));
 }
 
+// A line break lies across a block's border at one of the lengths.
+TEST(CharSource, TakesALineBreakAcrossBlocksAsOne) {
+    for (size_t length = 32760; length < 32776; ++length) {
+        TextOfBytes text(std::string(length, 'x') + "\r\ny");
+        std::wstring line;
+        text.Source().ReadLine(line);
+        EXPECT_EQ(line.size(), length);
+        text.Source().ReadLine(line);
+        EXPECT_EQ(line, L"y");
+    }
+}
+
 TEST(CharSource, TellsHowFarItIs) {
     TextOfBytes text(std::string(1000, 'x') + "\n" + std::string(99999, 'y'));
     EXPECT_EQ(text.Source().GetProgress(), 0.0f);

@@ -77,7 +77,7 @@ TEST(DelimitedReader, TakesAnyDelimiter) {
 }
 
 TEST(DelimitedReader, CountsRowsAndKeepsTheSpellingOfNames) {
-    TextOfBytes text("Front,\"B,x\" ,c\\nd\r\n\"a\nb\",c\r\n\r\nd,e");
+    TextOfBytes text("Front,\"B,x\" ,c\\nd\n\r\"a\nb\",c\r\n\r\nd,e");
     DelimitedReader reader(text.Source(), L',');
     ASSERT_EQ(reader.GetColumnCount(), 4U);
     EXPECT_EQ(reader.GetLineNumber(), 1);
