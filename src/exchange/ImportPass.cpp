@@ -205,10 +205,10 @@ bool Pass::Insert(ImportRecord& record) {
 bool Pass::Merge(ImportRecord& record, int32_t line) {
     const FlashCard& stored = record.Stored.front();
     const bool sameTexts = record.Card.Front == stored.Front && record.Card.Back == stored.Back;
-    if (sameTexts || mResult.Policy == MergePolicy::kKeepImported) {
+    if (sameTexts || mResult.MergePolicy == ImportMergePolicy::kKeepImported) {
         return Update(record.Card);
     }
-    if (mResult.Policy == MergePolicy::kKeepDatabase) {
+    if (mResult.MergePolicy == ImportMergePolicy::kKeepDatabase) {
         // Counted as merged: the conflict was settled.
         ++mResult.RecordsMerged;
         return true;

@@ -17,7 +17,7 @@ class ImportQuestions {
         // What the stored card becomes.
         FlashCard Merged;
         // How further cards of the run are merged; kAsk to be asked again.
-        MergePolicy Further = MergePolicy::kAsk;
+        ImportMergePolicy Further = ImportMergePolicy::kAsk;
     };
 
     virtual ~ImportQuestions() = default;

@@ -13,7 +13,7 @@ enum class ImportStatus : int32_t { kRunning = 0, kFinished = 1, kCancelled = 2,
 enum class ImportRequest : int32_t { kMerge = 0, kNewCategory = 1 };
 
 // What becomes of a stored card whose texts differ from the imported card's.
-enum class MergePolicy : int32_t { kAsk = 0, kKeepDatabase = 1, kKeepImported = 2 };
+enum class ImportMergePolicy : int32_t { kAsk = 0, kKeepDatabase = 1, kKeepImported = 2 };
 
 // What the worker of an import and the main thread share. The worker writes it; the main thread
 // reads Status and Progress at any time and the rest once the worker has ended. The fields of a
@@ -35,7 +35,7 @@ struct ImportResult {
     wxSemaphore ReplySemaphore;
     ImportRequest Request = ImportRequest::kMerge;
     // A run does not ask unless somebody sets it before the start.
-    MergePolicy Policy = MergePolicy::kKeepImported;
+    ImportMergePolicy MergePolicy = ImportMergePolicy::kKeepImported;
     FlashCard DatabaseCard;
     FlashCard ImportedCard;
     // The answer.

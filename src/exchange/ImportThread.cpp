@@ -83,8 +83,8 @@ bool ImportThread::AskMerge(wxWindow* parent) {
         return false;
     }
     mResult.MergedCard = answer.Merged;
-    if (answer.Further != MergePolicy::kAsk) {
-        mResult.Policy = answer.Further;
+    if (answer.Further != ImportMergePolicy::kAsk) {
+        mResult.MergePolicy = answer.Further;
     }
     return true;
 }

@@ -51,10 +51,10 @@ class ImportOnAThread : public ImportFixture {
     }
 
     ImportThread& Run(const std::string& text, bool askCategories,
-                      MergePolicy policy = MergePolicy::kKeepImported) {
+                      ImportMergePolicy policy = ImportMergePolicy::kKeepImported) {
         mThread = std::make_unique<ImportThread>(TextFile(text), mDatabase, askCategories,
                                                  &mTouched, mQuestions);
-        mThread->GetResult().Policy = policy;
+        mThread->GetResult().MergePolicy = policy;
         mThread->Start();
         EXPECT_TRUE(TickUntil(*mThread, [this] { return mThread->IsFinished(); }));
         mThread->Join();
@@ -141,11 +141,11 @@ TEST_F(ImportOnAThread, MergesAsThePolicySays) {
         answer.Merged = imported;
         answer.Merged.Back = stored.Back + "+" + imported.Back;
         if (stored.Front == "f2") {
-            answer.Further = MergePolicy::kKeepDatabase;
+            answer.Further = ImportMergePolicy::kKeepDatabase;
         }
         return answer;
     };
-    ImportResult& asked = Run(text, false, MergePolicy::kAsk).GetResult();
+    ImportResult& asked = Run(text, false, ImportMergePolicy::kAsk).GetResult();
     EXPECT_EQ(asked.Status, ImportStatus::kFinished);
     EXPECT_EQ(asked.RecordsMerged, 4);
     EXPECT_EQ(mQuestions.Merges, 2);
@@ -160,7 +160,7 @@ TEST_F(ImportOnAThread, StopsAtAMergeThatIsCancelled) {
     const FlashCard card = Insert(MakeCard("f", "b"));
     ImportResult& result = Run("f: new\nb: new\n\nid: " + FormatUuid(card.CardId).utf8_string() +
                                    "\nb: c\n\nf: x\nb: y\n",
-                               false, MergePolicy::kAsk)
+                               false, ImportMergePolicy::kAsk)
                                .GetResult();
     EXPECT_EQ(result.Status, ImportStatus::kCancelled);
     EXPECT_EQ(result.LineNumber, 4);
