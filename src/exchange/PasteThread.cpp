@@ -1,0 +1,70 @@
+#include "exchange/PasteThread.h"
+
+#include <list>
+
+#include "store/Database.h"
+
+PasteThread::PasteThread(Database& database, const std::vector<int64_t>& rowIds, bool copy,
+                         int32_t categoryId)
+    : wxThread(wxTHREAD_JOINABLE),
+      mDatabase(database),
+      mRowIds(rowIds),
+      mCopy(copy),
+      mCategoryId(categoryId) {}
+
+PasteThread::~PasteThread() {
+    PasteThread::Cancel();
+}
+
+bool PasteThread::Start() {
+    mStarted = Create() == wxTHREAD_NO_ERROR && Run() == wxTHREAD_NO_ERROR;
+    mFinished = !mStarted;
+    return mStarted;
+}
+
+void PasteThread::Join() {
+    if (mStarted) {
+        Wait();
+        mStarted = false;
+    }
+}
+
+int32_t PasteThread::GetMaximum() const {
+    return static_cast<int32_t>(mRowIds.size());
+}
+
+void PasteThread::Cancel() {
+    mCancelled = true;
+    Join();
+}
+
+wxThread::ExitCode PasteThread::Entry() {
+    for (const int64_t rowId : mRowIds) {
+        if (mCancelled) {
+            break;
+        }
+        if (mCopy) {
+            CopyCard(rowId);
+        } else {
+            // A failure is reported by the store, and the others go on.
+            mDatabase.CardUpdateCategory(rowId, mCategoryId);
+        }
+        ++mPosition;
+    }
+    mFinished = true;
+    return nullptr;
+}
+
+// Here too the store reports what fails.
+void PasteThread::CopyCard(int64_t rowId) {
+    std::list<FlashCard> cards;
+    if (mDatabase.SelectCardByRowId(rowId, cards) < 0 || cards.empty()) {
+        return;
+    }
+    FlashCard& card = cards.front();
+    if (GenerateUuid(card.CardId) != 0) {
+        return;
+    }
+    card.CategoryId = mCategoryId;
+    mDatabase.InsertFlashCard(card);
+}

@@ -1,0 +1,149 @@
+#include "exchange/Export.h"
+
+#include "exchange/ExportThread.h"
+#include "support/StoreFixture.h"
+
+namespace {
+
+// A store with a card that has everything and one that has little.
+class ExportTest : public StoreFixture {
+  protected:
+    ExportTest() {
+        mDatabase.CategoryInsert("Kanji");
+        FlashCard full = MakeCard(L"\u6C34\n\u3010\u307F\u305A\u3011", "water", 1);
+        ParseUuid("01234567-89ab-4def-8123-456789abcdef", full.CardId);
+        full.Author = "me";
+        full.IntroductionOrder = -3;
+        full.ReverseX = true;
+        full.Notes = "a\n\"b\"";
+        full.Forward = {true, wxDateTime(time_t{1700000000}), 4, 1.5f, 7, 40961};
+        full.Reverse = {false, wxDateTime(time_t{0}), 0, 3.4028234663852886e38f, 16, 0};
+        FlashCard bare = MakeCard("f", "b");
+        ParseUuid("00000000-0000-4000-8000-000000000001", bare.CardId);
+        bare.Forward = full.Reverse;
+        bare.Forward.ReviewInterval = 5;
+        bare.Reverse = bare.Forward;
+        Insert(full);
+        Insert(bare);
+        EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("CategoryId DESC", mRowIds), 0);
+    }
+
+    std::string Text(ExportFormat format, bool scheduling, wchar_t delimiter = L',') {
+        wxString text;
+        EXPECT_EQ(
+            ExportToString(text, mDatabase, mRowIds, {scheduling, format, delimiter}, mProgress),
+            0);
+        return text.utf8_string();
+    }
+
+    std::vector<int64_t> mRowIds;
+    ExportProgress mProgress;
+};
+
+TEST_F(ExportTest, TheOwnFormGivesAllAttributesInTheirOrder) {
+    EXPECT_EQ(Text(ExportFormat::kVlmText, true),
+              "id: 01234567-89ab-4def-8123-456789abcdef\nFront: 水\nFront2: みず\nBack: water\n"
+              "Category: Kanji\nAuthor: me\nIntroductionOrder: -3\nForwardX: false\n"
+              "ReverseX: true\nNotes: a\nNotes: \"b\"\nIntroduced: true\n"
+              "LastReview: 2023-11-14 22:13:20Z\nLastScore: 4\nReviewInterval: 1.500000\n"
+              "Difficulty: 7\nERC: 40961\nRIntroduced: false\nRLastReview: 1970-01-01 00:00:00Z\n"
+              "RLastScore: 0\nRReviewInterval: 340282346638528859811704183484516925440.000000\n"
+              "RDifficulty: 16\nRERC: 0\n\n"
+              "id: 00000000-0000-4000-8000-000000000001\nFront: f\nBack: b\nIntroductionOrder: 0\n"
+              "ForwardX: false\nReverseX: false\nIntroduced: false\n"
+              "LastReview: 1970-01-01 00:00:00Z\nLastScore: 0\nReviewInterval: 5.000000\n"
+              "Difficulty: 16\nERC: 0\nRIntroduced: false\nRLastReview: 1970-01-01 00:00:00Z\n"
+              "RLastScore: 0\nRReviewInterval: 5.000000\nRDifficulty: 16\nRERC: 0\n\n");
+    EXPECT_EQ(mProgress.Position, 2);
+    EXPECT_EQ(mProgress.Total, 4);
+}
+
+TEST_F(ExportTest, TheFormOfVersion1DropsWhatThatDoesNotKnow) {
+    const std::string id = "id: 01234567-89ab-4def-8123-456789abcdef\nQ: 水\nA: water\n";
+    mRowIds.pop_back();
+    EXPECT_EQ(Text(ExportFormat::kVlmText1, false), id + "\n");
+    EXPECT_EQ(Text(ExportFormat::kVlmText1, true),
+              id + "Active: true\nLastReview: 2023-11-14 22:13:20Z\nLastScore: 4\n"
+                   "ReviewInterval: 1.500000\nDifficulty: 7\n\n");
+}
+
+TEST_F(ExportTest, ATableHasColumnsForSecondTextsOnlyWhenACardHasOne) {
+    EXPECT_EQ(Text(ExportFormat::kDelimited, false),
+              "id,Front,Front2,Back,Back2,Category,Author,Chapter,IntroductionOrder,ForwardX,"
+              "ReverseX,Notes\n"
+              "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,me,,-3,false,true,"
+              "\"a\\n\"\"b\"\"\"\n"
+              "00000000-0000-4000-8000-000000000001,f,,b,,,,,0,false,false,\n");
+    mRowIds.erase(mRowIds.begin());
+    EXPECT_EQ(Text(ExportFormat::kDelimited, true, L'\t'),
+              "id\tFront\tBack\tCategory\tAuthor\tChapter\tIntroductionOrder\tForwardX\tReverseX\t"
+              "Notes\tIntroduced\tLastReview\tLastScore\tReviewInterval\tDifficulty\tERC\t"
+              "RIntroduced\tRLastReview\tRLastScore\tRReviewInterval\tRDifficulty\tRERC\n"
+              "00000000-0000-4000-8000-000000000001\tf\tb\t\t\t\t0\tfalse\tfalse\t\t"
+              "false\t1970-01-01 00:00:00Z\t0\t5.000000\t16\t0\t"
+              "false\t1970-01-01 00:00:00Z\t0\t5.000000\t16\t0\n");
+}
+
+TEST_F(ExportTest, ADeletedCardIsPassedOverAndCountedAsMissing) {
+    mDatabase.CardDeleteByRowId(mRowIds[0]);
+    for (const auto format : {ExportFormat::kVlmText1, ExportFormat::kDelimited}) {
+        EXPECT_NE(Text(format, false).find("00000000-0000-4000-8000-000000000001"),
+                  std::string::npos);
+        EXPECT_EQ(mProgress.Position, 1);
+        EXPECT_EQ(mProgress.Missing, 1);
+    }
+}
+
+TEST_F(ExportTest, AFileOfNoCardsHoldsTheMarkAndTheHeader) {
+    const wxString path = mDirectory.Path("out.txt");
+    const struct {
+        int Choice;
+        std::string Mark;
+    } rows[] = {{0, "\xFF\xFE"}, {1, "\xFE\xFF"}, {2, "\xEF\xBB\xBF"}, {3, "\xFF\xFE"}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(ExportToFile(path, ExportEncoding(row.Choice), mDatabase, {}, {}, mProgress), 0);
+        EXPECT_EQ(ReadBytes(path), row.Mark);
+    }
+    EXPECT_EQ(ExportToFile(path, wxFONTENCODING_UTF8, mDatabase, {},
+                           {false, ExportFormat::kDelimited, L' '}, mProgress),
+              0);
+    EXPECT_EQ(ReadBytes(path),
+              "\xEF\xBB\xBFid Front Back Category Author Chapter IntroductionOrder ForwardX "
+              "ReverseX Notes\n");
+}
+
+TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {
+    const struct {
+        wxString Path;
+        const char* Sql;
+        const char* Told;
+    } rows[] = {{"/dev/full", "", "No space left on device"},
+                {mDirectory.Path("none/out.txt"), "", ""},
+                {mDirectory.Path("out.txt"), "UPDATE Cards SET CardId = 'no id' WHERE Front = 'f'",
+                 "exported before it: 1"}};
+    for (const auto& row : rows) {
+        mDatabase.Execute(row.Sql);
+        ExportThread thread(row.Path, wxFONTENCODING_UTF8, mDatabase, mRowIds, {});
+        thread.Start();
+        thread.Join();
+        EXPECT_TRUE(thread.IsFinished());
+        EXPECT_TRUE(thread.GetProgress().Failed) << row.Path;
+        const std::string message = thread.GetProgress().Message.utf8_string();
+        EXPECT_NE(message.find(row.Told), std::string::npos) << message;
+        EXPECT_EQ(message.empty(), row.Told[0] == '\0');
+    }
+}
+
+TEST_F(ExportTest, ACancelWaitsForTheWholeFile) {
+    mRowIds.insert(mRowIds.end(), 3000, mRowIds[0]);
+    const wxString path = mDirectory.Path("out.txt");
+    ExportThread thread(path, wxFONTENCODING_UTF8, mDatabase, mRowIds, {});
+    thread.Start();
+    thread.Cancel();
+    EXPECT_TRUE(thread.IsFinished());
+    EXPECT_TRUE(thread.GetProgress().Cancelled);
+    EXPECT_EQ(thread.GetPosition(), 3002);
+    EXPECT_EQ(thread.GetMaximum(), 6004);
+}
+
+}  // namespace
