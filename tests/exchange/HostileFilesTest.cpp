@@ -31,9 +31,7 @@ TEST_F(HostileFiles, EndWithAMessageOrACleanImport) {
         std::string Bytes;
         std::string Outcome;
     } cases[] = {
-        {"nothing", false, "", none},
         {"nothing, as a table", true, "", none},
-        {"a mark", true, "\xEF\xBB\xBF", none},
         {"a header", true, "Front,Back", none},
         {"a wide header", true, Repeat("front,", 100000) + "front\n", none},
         {"a wide header and a row", true, Repeat("front,", 100000) + "front\nx\n", repeated + "2"},

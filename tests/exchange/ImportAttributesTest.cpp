@@ -26,31 +26,12 @@ TEST_F(ImportAttributes, FillsEveryFieldOfACard) {
                      "RIntroduced: true\nRLastReview: 2006-01-02 03:04:05Z\nRLastScore:\n"
                      "RReviewInterval:\nRDifficulty: +1\nRERC: 17\n"),
               0);
-    EXPECT_EQ(Outcome(), "1 inserted, 0 merged, 0 ignored");
-    CardUuid id;
-    ASSERT_EQ(ParseUuid("0123abcd-0000-4000-8000-000000000001", id), 0);
-    const FlashCard card = Stored(id);
-    EXPECT_EQ(card.Front, L"q\n\u3010reading\u3011");
-    EXPECT_EQ(card.Back, L"a\n\u3010other\u3011");
-    EXPECT_EQ(card.Author, "w");
-    EXPECT_EQ(card.CategoryId, 1);
-    EXPECT_EQ(card.Chapter, "3");
-    EXPECT_EQ(card.IntroductionOrder, -7);
-    EXPECT_TRUE(card.ForwardX);
-    EXPECT_TRUE(card.ReverseX);
-    EXPECT_EQ(card.Notes, "n1\n\nn2");
-    EXPECT_TRUE(card.Forward.Introduced);
-    EXPECT_EQ(card.Forward.LastReview, wxDateTime(time_t{1104635045}));
-    EXPECT_EQ(card.Forward.LastScore, 5);
-    EXPECT_EQ(card.Forward.ReviewInterval, 1500.0f);
-    EXPECT_EQ(card.Forward.Difficulty, 32);
-    EXPECT_EQ(card.Forward.ERC, 2147418112);
-    EXPECT_TRUE(card.Reverse.Introduced);
-    EXPECT_EQ(card.Reverse.LastReview, wxDateTime(time_t{1136171045}));
-    EXPECT_EQ(card.Reverse.LastScore, 0);
-    EXPECT_EQ(card.Reverse.ReviewInterval, 0.0f);
-    EXPECT_EQ(card.Reverse.Difficulty, 1);
-    EXPECT_EQ(card.Reverse.ERC, 17);
+    EXPECT_EQ(Query("SELECT * FROM Cards"),
+              std::vector<std::string>{
+                  "0123abcd-0000-4000-8000-000000000001|q\n\xE3\x80\x90reading\xE3\x80\x91|"
+                  "a\n\xE3\x80\x90other\xE3\x80\x91|1|w|3|-7|1|1|n1\n\nn2|"
+                  "NULL|NULL|NULL|NULL|1|1104635045|1104636545|1500.0|32|5|2147418112|"
+                  "1|1136171045|1136171045|0.0|1|0|17"});
 }
 
 TEST_F(ImportAttributes, RefusesWithTheNameAsSpelledAndItsLine) {

@@ -2,10 +2,8 @@
 
 #include <wx/mstream.h>
 
-#include <ostream>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "exchange/CardRecordReader.h"
 #include "exchange/CharSource.h"
@@ -26,19 +24,16 @@ class TextOfBytes {
     CharSource mSource;
 };
 
-// A record as "name@line=value" pieces, so that a failing comparison reads at a glance.
-using Record = std::vector<std::string>;
-
-inline std::vector<Record> ReadAll(CardRecordReader& reader) {
-    std::vector<Record> records;
-    while (reader.ReadRecord()) {
-        Record record;
+// All records of the reader, each with "/" behind it and "|" between its attributes; an attribute
+// as "name@line=value".
+inline std::string ReadAll(CardRecordReader& reader) {
+    std::string text;
+    for (; reader.ReadRecord(); text += "/") {
         for (uint32_t i = 0; i < reader.GetAttributeCount(); ++i) {
             const CardAttribute& attribute = reader.GetAttribute(i);
-            record.push_back(attribute.Name.utf8_string() + "@" + std::to_string(attribute.Line) +
-                             "=" + attribute.Value.utf8_string());
+            text += (i == 0 ? "" : "|") + attribute.Name.utf8_string() + "@" +
+                    std::to_string(attribute.Line) + "=" + attribute.Value.utf8_string();
         }
-        records.push_back(record);
     }
-    return records;
+    return text;
 }

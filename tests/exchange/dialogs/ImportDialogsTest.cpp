@@ -10,7 +10,6 @@
 #include "exchange/ImportInput.h"
 #include "exchange/ProgressSource.h"
 #include "exchange/dialogs/ImportNewCategoryMessageBox.h"
-#include "exchange/dialogs/ImportQuestionDialogs.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "exchange/dialogs/ProgressDialog.h"
 #include "support/GuiTest.h"
@@ -183,8 +182,4 @@ TEST_F(ImportDialogs, AskForANewCategoryAndStopSilently) {
     EXPECT_TRUE(mDatabase.IsEmpty());
     EXPECT_TRUE(Import(text, frame, {wxID_YES, wxID_OK}));
     EXPECT_FALSE(mDatabase.IsEmpty());
-}
-
-TEST(ImportQuestionDialogsTest, EndsAMergeQuestionWithACancel) {
-    EXPECT_FALSE(ImportQuestionDialogs().AskMerge(nullptr, FlashCard(), FlashCard(), 0).IsOk);
 }
