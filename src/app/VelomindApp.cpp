@@ -17,6 +17,7 @@
 #include "app/StoreLifecycle.h"
 #include "app/TextCommands.h"
 #include "exchange/ImportInput.h"
+#include "exchange/dialogs/ExportOptionsDialog.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "list/BrowseFrame.h"
 #include "shell/CommandIds.h"
@@ -79,6 +80,7 @@ int VelomindApp::OnRun() {
 int VelomindApp::OnExit() {
     // From here on nobody can be called to the front; the lock is held until the store is closed.
     mInstance.StopListening();
+    mClipboard.TakeBack();
     while (!wxTopLevelWindows.empty()) {
         delete wxTopLevelWindows.front();
     }
@@ -224,6 +226,14 @@ void VelomindApp::OnExitCommand(wxCommandEvent&) {
 // No window offers these: their commands are disabled.
 void VelomindApp::OpenEditor(const FlashCard&) {}
 
-void VelomindApp::ExportCards(wxWindow&, const std::vector<int64_t>&) {}
+void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) {
+    ShowExportOptions(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds);
+}
 
-void VelomindApp::PutCardsOnClipboard(const std::vector<int64_t>&, bool) {}
+void VelomindApp::PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) {
+    mClipboard.Put(*mpDatabase, rowIds, !cut);
+}
+
+void VelomindApp::PasteCards(int32_t categoryId, EmptyCut empty) {
+    mClipboard.Paste(*mpDatabase, categoryId, empty);
+}

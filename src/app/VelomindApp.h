@@ -11,6 +11,7 @@
 #include "app/MainWindows.h"
 #include "app/SingleInstance.h"
 #include "base/Clock.h"
+#include "exchange/dialogs/CardClipboard.h"
 #include "scheduler/ReviewRandom.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
@@ -42,10 +43,12 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void FrameClosed(wxFrame& frame) override;
     bool CanOpenEditor() const override { return false; }
     void OpenEditor(const FlashCard& card) override;
-    bool CanExportCards() const override { return false; }
+    bool CanExportCards() const override { return true; }
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
-    bool CanPutCardsOnClipboard() const override { return false; }
+    bool CanPutCardsOnClipboard() const override { return true; }
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
+    bool CanPasteCards() const override { return mClipboard.HasCards(); }
+    void PasteCards(int32_t categoryId, EmptyCut empty) override;
     void SetStudyMessage(const wxString& text) override { mStudyMessage = text; }
 
   private:
@@ -71,6 +74,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     Subject mSettingsNotifier;
     SingleInstance mInstance;
     std::unique_ptr<Database> mpDatabase;
+    CardClipboard mClipboard{mFatalErrorReport};
     MainWindows mWindows;
     // The frame that was used last.
     wxWeakRef<wxFrame> mLastActive;

@@ -42,6 +42,11 @@ class AppServices : public CategorySource {
     virtual void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) = 0;
     virtual bool CanPutCardsOnClipboard() const = 0;
     virtual void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) = 0;
+    // Brings the cards of the clipboard, which must hold some, into a category. A cut pastes once:
+    // the clipboard is emptied before its cards move, or behind them.
+    enum class EmptyCut { kBefore, kAfter };
+    virtual bool CanPasteCards() const = 0;
+    virtual void PasteCards(int32_t categoryId, EmptyCut empty) = 0;
     virtual bool CanOpenEditor() const = 0;
 
     // The text of the study window's no-card states, shared with whoever wants to show it.

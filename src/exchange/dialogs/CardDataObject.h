@@ -1,0 +1,45 @@
+#pragma once
+
+#include <wx/dataobj.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class Database;
+
+// Cards on the clipboard: their row ids for this program, and for others the cards as a table of
+// text, which is made when it is first asked for. Main thread only.
+class CardDataObject : public wxDataObject {
+  public:
+    // The database is not owned and must outlive the object. An object that is to be filled from
+    // the clipboard begins with no row ids.
+    CardDataObject(Database& database, const std::vector<int64_t>& rowIds, bool copy);
+
+    // The private format, in which row ids travel.
+    static wxDataFormat GetRowIdFormat();
+
+    const std::vector<int64_t>& GetRowIds() const { return mRowIds; }
+    // A copy; otherwise a cut.
+    bool IsCopy() const { return mCopy; }
+    // Lives as long as the object does.
+    std::weak_ptr<void> GetLifeSign() const { return mLifeSign; }
+
+    size_t GetDataSize(const wxDataFormat& format) const override;
+    bool GetDataHere(const wxDataFormat& format, void* buffer) const override;
+    // Takes row ids alone, and refuses a buffer that does not hold what it says.
+    bool SetData(const wxDataFormat& format, size_t length, const void* buffer) override;
+    size_t GetFormatCount(Direction direction = Get) const override;
+    void GetAllFormats(wxDataFormat* formats, Direction direction = Get) const override;
+    wxDataFormat GetPreferredFormat(Direction direction = Get) const override;
+
+  private:
+    const wxString& GetText() const;
+
+    Database& mDatabase;
+    std::vector<int64_t> mRowIds;
+    bool mCopy;
+    mutable bool mTextDone = false;
+    mutable wxString mText;
+    std::shared_ptr<void> mLifeSign = std::make_shared<int>();
+};
