@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-#include "app/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 // The user's private directory for what lives no longer than a session: XDG_RUNTIME_DIR, or one of
 // our own under /tmp. Empty when neither can be trusted to be the user's alone.

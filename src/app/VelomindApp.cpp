@@ -11,8 +11,10 @@
 #include <wx/utils.h>
 
 #include "app/AddCategory.h"
+#include "app/AppStoreFileActions.h"
 #include "app/Console.h"
 #include "app/CurrentCategory.h"
+#include "app/Help.h"
 #include "app/Locale.h"
 #include "app/StoreLifecycle.h"
 #include "app/TextCommands.h"
@@ -20,19 +22,19 @@
 #include "exchange/dialogs/ExportOptionsDialog.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "list/BrowseFrame.h"
+#include "preferences/PreferencesDialog.h"
 #include "shell/CommandIds.h"
 #include "shell/Makers.h"
 #include "shell/MessageBox.h"
 #include "store/Database.h"
+#include "study/LearningProgress.h"
 #include "study/StudyFrame.h"
 
 namespace {
 
 // Of these no window has a handler yet.
-constexpr int kMissingCommands[] = {
-    wxID_NEW,      wxID_OPEN,   wxID_FIND, wxID_PREFERENCES,     wxID_HELP,
-    wxID_ABOUT,    ID_IMPORT,   ID_EXPORT, ID_LEARNING_PROGRESS, ID_RENAME,
-    ID_QUICK_HELP, ID_FEEDBACK, ID_FORUMS, ID_SUPPORT,           ID_CRASH_TEST};
+constexpr int kMissingCommands[] = {wxID_NEW,  wxID_OPEN, wxID_FIND,    ID_IMPORT,
+                                    ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
 wxString MakeFullPath(const wxString& path) {
     wxFileName name(path);
@@ -151,6 +153,7 @@ void VelomindApp::SetCurrentCategoryId(Database& database, int32_t id) {
 
 void VelomindApp::FrameActivated(wxFrame& frame) {
     mLastActive = &frame;
+    SetTopWindow(&frame);
 }
 
 void VelomindApp::FrameClosed(wxFrame& frame) {
@@ -161,6 +164,9 @@ void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnWindowCommand, this, ID_WINDOW_FIRST, ID_WINDOW_LAST);
     Bind(wxEVT_MENU, &VelomindApp::OnNewCategory, this, ID_NEW_CATEGORY);
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
+    Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
+    Bind(wxEVT_MENU, &VelomindApp::OnPreferences, this, wxID_PREFERENCES);
+    BindHelpCommands(*this);
     BindTextCommands(*this);
     DisableMissingCommands();
 }
@@ -217,6 +223,20 @@ void VelomindApp::OnWindowCommand(wxCommandEvent& event) {
 
 void VelomindApp::OnNewCategory(wxCommandEvent&) {
     AddCategory(mLastActive.get(), *mpDatabase);
+}
+
+void VelomindApp::OnLearningProgress(wxCommandEvent&) {
+    const int32_t category = GetCurrentCategoryId(*mpDatabase);
+    LearningProgress dialog(*mpDatabase, mClock, category, GetCategoryName(*mpDatabase, category),
+                            mLastActive.get(), 10039, _("Learning Progress"));
+    dialog.ShowModal();
+}
+
+void VelomindApp::OnPreferences(wxCommandEvent&) {
+    AppStoreFileActions actions([](wxWindow*) { return true; });
+    PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
+    dialog.SetDatabase(mpDatabase.get());
+    dialog.ShowModal();
 }
 
 void VelomindApp::OnExitCommand(wxCommandEvent&) {

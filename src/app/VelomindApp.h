@@ -65,6 +65,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
 
     void OnWindowCommand(wxCommandEvent& event);
     void OnNewCategory(wxCommandEvent& event);
+    void OnLearningProgress(wxCommandEvent& event);
+    void OnPreferences(wxCommandEvent& event);
     void OnExitCommand(wxCommandEvent& event);
 
     AppFatalErrorReport mFatalErrorReport;

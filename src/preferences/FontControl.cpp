@@ -1,0 +1,52 @@
+#include "preferences/FontControl.h"
+
+#include <wx/button.h>
+#include <wx/fontdlg.h>
+#include <wx/intl.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/textctrl.h>
+
+namespace {
+
+constexpr int kNameId = 10047;
+constexpr int kButtonId = 10051;
+constexpr int kBorder = 5;
+// Room for most names.
+constexpr int kNameWidth = 180;
+
+}  // namespace
+
+FontControl::FontControl(wxWindow* parent, wxWindowID id) : wxPanel(parent, id) {
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    const int border = FromDIP(kBorder);
+    mpName = new wxTextCtrl(this, kNameId, wxString(), wxDefaultPosition,
+                            FromDIP(wxSize(kNameWidth, -1)), wxTE_READONLY | wxTE_CENTRE);
+    mpName->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+    row->Add(mpName, wxSizerFlags().CentreVertical().Border(wxRIGHT, border));
+    auto* const change = new wxButton(this, kButtonId, _("Change Font..."));
+    row->Add(change, wxSizerFlags().CentreVertical().Border(wxALL, border));
+    SetSizer(row);
+    change->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnChange(); });
+}
+
+void FontControl::SetFontData(const wxFontData& data) {
+    const int size = mpName->GetFont().GetPointSize();
+    mData = data;
+    wxFont font = GetFontOfData();
+    mpName->SetValue(wxString::Format(_("%ipt, %s"), font.GetPointSize(), font.GetFaceName()));
+    font.SetPointSize(size);
+    mpName->SetFont(font);
+}
+
+wxFont FontControl::GetFontOfData() const {
+    const wxFont chosen = mData.GetChosenFont();
+    return chosen.IsOk() ? chosen : mData.GetInitialFont();
+}
+
+void FontControl::OnChange() {
+    wxFontDialog dialog(this, mData);
+    if (dialog.ShowModal() == wxID_OK) {
+        SetFontData(dialog.GetFontData());
+    }
+}

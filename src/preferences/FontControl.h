@@ -1,0 +1,25 @@
+#pragma once
+
+#include <wx/fontdata.h>
+#include <wx/panel.h>
+
+class wxTextCtrl;
+
+// A font as its own name, written in it at a constant size, with a button beside it that changes
+// it.
+class FontControl : public wxPanel {
+  public:
+    FontControl(wxWindow* parent, wxWindowID id);
+
+    void SetFontData(const wxFontData& data);
+    const wxFontData& GetFontData() const { return mData; }
+
+    // The chosen font, or the initial one where none was chosen.
+    wxFont GetFontOfData() const;
+
+  private:
+    void OnChange();
+
+    wxFontData mData;
+    wxTextCtrl* mpName = nullptr;
+};

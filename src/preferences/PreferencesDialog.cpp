@@ -1,0 +1,316 @@
+#include "preferences/PreferencesDialog.h"
+
+#include <wx/button.h>
+#include <wx/choice.h>
+#include <wx/intl.h>
+#include <wx/scrolwin.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "preferences/ColorControl.h"
+#include "preferences/FontControl.h"
+#include "preferences/StoreFileChange.h"
+#include "shell/AccessibleName.h"
+#include "shell/Settings.h"
+#include "store/Subject.h"
+
+namespace {
+
+enum : int {
+    ID_LIST_FONT = 10004,
+    ID_STUDY_FONT = 10053,
+    ID_STUDY_FONT_COLOR = 10054,
+    ID_STUDY_COLOR = 10005,
+    ID_INTERVAL = 10003,
+    ID_DEFAULT = 10006,
+    ID_DIALOG = 10043,
+    ID_STORE_PATH = 10069,
+    ID_BROWSE = 10117,
+    ID_STORE_CHOICE = 10123,
+    ID_NEW_PATH = 10124,
+    ID_INTRODUCTION = 10149
+};
+
+// Between what stands side by side, and around the rows of the form.
+constexpr int kBorder = 5;
+constexpr int kRowBorder = 1;
+constexpr int kHeadingBorder = 2;
+constexpr int kTextWidth = 215;
+
+constexpr int kLater = wxLEFT | wxRIGHT | wxBOTTOM;
+
+void LoadFont(FontControl& control, const wxString& key, bool withColour) {
+    wxFontData data;
+    data.SetInitialFont(ReadFontSetting(key));
+    data.SetAllowSymbols(false);
+    data.EnableEffects(withColour);
+    if (withColour) {
+        data.SetColour(ReadColourSetting(key + "Color"));
+    }
+    control.SetFontData(data);
+}
+
+void LoadColour(ColorControl& control, const wxString& key) {
+    wxColourData data;
+    data.SetColour(ReadColourSetting(key));
+    control.SetColourData(data);
+}
+
+}  // namespace
+
+PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier,
+                                     StoreFileActions& actions)
+    : wxDialog(parent, ID_DIALOG, _("Options"), wxDefaultPosition, wxDefaultSize,
+               wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU | wxRESIZE_BORDER),
+      mSettingsNotifier(settingsNotifier),
+      mActions(actions) {
+    CreateControls();
+    LoadSettings();
+    SetSize(FromDIP(wxSize(400, 300)));
+    Layout();
+    CentreOnParent();
+    Bind(wxEVT_CHOICE, &PreferencesDialog::OnIntroductionChoice, this, ID_INTRODUCTION);
+    Bind(wxEVT_CHOICE, &PreferencesDialog::OnStoreChoice, this, ID_STORE_CHOICE);
+    Bind(wxEVT_BUTTON, &PreferencesDialog::OnDefault, this, ID_DEFAULT);
+    Bind(wxEVT_BUTTON, &PreferencesDialog::OnBrowse, this, ID_BROWSE);
+    Bind(wxEVT_BUTTON, &PreferencesDialog::OnOk, this, wxID_OK);
+}
+
+void PreferencesDialog::CreateControls() {
+    mpForm = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                  wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL);
+    mpForm->SetScrollRate(1, 1);
+    mpForm->Bind(wxEVT_MOUSEWHEEL, &PreferencesDialog::OnWheel, this);
+    mpFormSizer = new wxBoxSizer(wxVERTICAL);
+    auto* const margin = new wxBoxSizer(wxVERTICAL);
+    margin->Add(mpFormSizer, wxSizerFlags(1).Expand().Border(wxALL, FromDIP(kBorder)));
+    mpForm->SetSizer(margin);
+    CreateAppearance();
+    CreateAdvanced();
+    CreateStoreFile();
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    SetSizer(rows);
+    rows->Add(mpForm, wxSizerFlags(1).Expand());
+    CreateButtons();
+}
+
+void PreferencesDialog::CreateAppearance() {
+    AddHeading(_("Appearance"));
+    mpListFont = AddFont(_("List View Font:"), wxALL, ID_LIST_FONT);
+    mpStudyFont = AddFont(_("Study Flash Card Font:"), kLater, ID_STUDY_FONT);
+    // The font dialog of some desktops, this one's too, has no colour to choose.
+    mpStudyFontColor = AddColor(_("Study Flash Card Font Color:"), ID_STUDY_FONT_COLOR);
+    mpStudyColor = AddColor(_("Study Flash Card Color:"), ID_STUDY_COLOR);
+}
+
+void PreferencesDialog::CreateAdvanced() {
+    AddHeading(_("Advanced"));
+    mpHeadingText = AddText(_("Introduction Options"), wxALL);
+    mpQuestionText = AddText(_("When would you like new cards introduced?"), wxALL);
+    wxArrayString entries;
+    entries.Add(_("After Scheduled Review"));
+    entries.Add(_("During Scheduled Review"));
+    mpIntroductionChoice = AddChoice(ID_INTRODUCTION, entries);
+    SetAccessibleName(*mpIntroductionChoice, mpQuestionText->GetLabelText());
+    mpHeadingText->Wrap(FromDIP(kTextWidth));
+    mpQuestionText->Wrap(FromDIP(kTextWidth));
+    mpIntroductionText = AddText(wxString(), wxALL);
+    ShowDescription(false);
+
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    mpFormSizer->Add(row, wxSizerFlags().Border(wxALL, FromDIP(kRowBorder)));
+    mpIntervalText = new wxTextCtrl(mpForm, ID_INTERVAL);
+    SetAccessibleName(*mpIntervalText, _("Review interval in seconds"));
+    row->Add(mpIntervalText, wxSizerFlags().CentreVertical());
+    row->Add(new wxStaticText(mpForm, wxID_STATIC, _("seconds")),
+             wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kBorder)));
+}
+
+void PreferencesDialog::CreateStoreFile() {
+    AddHeading(_("Store File"));
+    const wxStaticText* const label =
+        AddText(_("Your flash cards are stored in this file:"), wxALL);
+    const wxSizerFlags whole = wxSizerFlags().Expand();
+    const int border = FromDIP(kRowBorder);
+    mpStorePathText = new wxTextCtrl(mpForm, ID_STORE_PATH, wxString(), wxDefaultPosition,
+                                     wxDefaultSize, wxTE_READONLY);
+    SetAccessibleName(*mpStorePathText, label->GetLabelText());
+    mpFormSizer->Add(mpStorePathText, wxSizerFlags(whole).Border(wxLEFT | wxRIGHT, border));
+
+    wxArrayString entries;
+    entries.Add(_("Do not change the store file"));
+    entries.Add(_("Move flash card store file to:"));
+    entries.Add(_("Create a new flash card store file:"));
+    entries.Add(_("Open flash card store file:"));
+    mpStoreChoice = AddChoice(ID_STORE_CHOICE, entries);
+    SetAccessibleName(*mpStoreChoice, _("Store File"));
+
+    mpNewPathText = new wxTextCtrl(mpForm, ID_NEW_PATH);
+    SetAccessibleName(*mpNewPathText, _("New store file"));
+    mpFormSizer->Add(mpNewPathText, wxSizerFlags(whole).Border(kLater, border));
+
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    mpFormSizer->Add(row, wxSizerFlags().Right().Border(kLater, border));
+    mpDefaultButton = new wxButton(mpForm, ID_DEFAULT, _("Default"));
+    mpBrowseButton = new wxButton(mpForm, ID_BROWSE, _("Browse"));
+    for (wxButton* const button : {mpDefaultButton, mpBrowseButton}) {
+        button->SetHelpText(_("Move this file to another location."));
+        row->Add(button, wxSizerFlags().CentreVertical());
+    }
+    for (wxWindow* const window :
+         {static_cast<wxWindow*>(mpNewPathText), static_cast<wxWindow*>(mpDefaultButton),
+          static_cast<wxWindow*>(mpBrowseButton)}) {
+        window->Disable();
+    }
+}
+
+void PreferencesDialog::CreateButtons() {
+    auto* const buttons = new wxStdDialogButtonSizer();
+    auto* const ok = new wxButton(this, wxID_OK, _("&OK"));
+    buttons->AddButton(ok);
+    buttons->AddButton(new wxButton(this, wxID_CANCEL, _("&Cancel")));
+    buttons->Realize();
+    GetSizer()->Add(buttons, wxSizerFlags().Expand().Border(wxALL, FromDIP(kBorder)));
+    ok->SetDefault();
+}
+
+void PreferencesDialog::AddHeading(const wxString& title) {
+    auto* const heading = new wxStaticText(mpForm, wxID_STATIC, title);
+    heading->SetFont(heading->GetFont().Bold());
+    mpFormSizer->Add(heading, wxSizerFlags().Border(wxALL, FromDIP(kHeadingBorder)));
+}
+
+wxStaticText* PreferencesDialog::AddText(const wxString& text, int sides) {
+    auto* const label = new wxStaticText(mpForm, wxID_STATIC, text);
+    mpFormSizer->Add(label, wxSizerFlags().Border(sides, FromDIP(kRowBorder)));
+    return label;
+}
+
+FontControl* PreferencesDialog::AddFont(const wxString& label, int labelSides, int id) {
+    AddText(label, labelSides);
+    auto* const control = new FontControl(mpForm, id);
+    SetAccessibleName(*control, label);
+    mpFormSizer->Add(control, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kRowBorder)));
+    return control;
+}
+
+ColorControl* PreferencesDialog::AddColor(const wxString& label, int id) {
+    AddText(label, kLater);
+    auto* const control = new ColorControl(mpForm, id);
+    SetAccessibleName(*control, label);
+    mpFormSizer->Add(control, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kRowBorder)));
+    return control;
+}
+
+wxChoice* PreferencesDialog::AddChoice(int id, const wxArrayString& entries) {
+    auto* const choice = new wxChoice(mpForm, id, wxDefaultPosition, wxDefaultSize, entries);
+    choice->SetSelection(0);
+    mpFormSizer->Add(choice, wxSizerFlags().Border(wxALL, FromDIP(kRowBorder)));
+    return choice;
+}
+
+// The description stays that of the first choice until the person makes one.
+void PreferencesDialog::LoadSettings() {
+    LoadFont(*mpListFont, "BrowseFont", false);
+    LoadFont(*mpStudyFont, "Font", true);
+    LoadColour(*mpStudyFontColor, "FontColor");
+    LoadColour(*mpStudyColor, "StudyBgColor");
+    mpIntervalText->ChangeValue(
+        wxString::Format("%i", ReadIntegerSetting("EarlyIntroductionInterval")));
+    const bool early = ReadBooleanSetting("EarlyIntroduction");
+    mpIntroductionChoice->SetSelection(early ? 1 : 0);
+    mpIntervalText->Enable(early);
+    const wxString path = ReadStringSetting("DatabasePath");
+    mpStorePathText->ChangeValue(path);
+    mpNewPathText->ChangeValue(path);
+}
+
+void PreferencesDialog::ShowDescription(bool early) {
+    mpIntroductionText->SetLabelText(
+        early ? _("New cards are introduced during the review of scheduled cards if the review "
+                  "interval of all ready cards is greater than the value specified below.")
+              : _("New cards are only introduced after all scheduled cards have been reviewed."));
+    mpIntroductionText->Wrap(FromDIP(kTextWidth));
+    mpForm->FitInside();
+}
+
+// By lines of text: the form's own step of a pixel would not get the wheel anywhere.
+void PreferencesDialog::OnWheel(wxMouseEvent& event) {
+    if (event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL) {
+        event.Skip();
+        return;
+    }
+    const int pixels = event.GetWheelRotation() * event.GetLinesPerAction() *
+                       mpForm->GetCharHeight() / event.GetWheelDelta();
+    mpForm->Scroll(wxDefaultCoord, std::max(mpForm->GetViewStart().y - pixels, 0));
+}
+
+void PreferencesDialog::OnIntroductionChoice(wxCommandEvent& event) {
+    const bool early = event.GetSelection() != 0;
+    mpIntervalText->Enable(early);
+    ShowDescription(early);
+}
+
+void PreferencesDialog::OnStoreChoice(wxCommandEvent& event) {
+    const bool changes = event.GetSelection() != 0;
+    mpNewPathText->Enable(changes);
+    mpDefaultButton->Enable(changes);
+    mpBrowseButton->Enable(changes);
+}
+
+void PreferencesDialog::OnDefault(wxCommandEvent&) {
+    mpNewPathText->ChangeValue(mActions.GetDefaultStorePath());
+}
+
+void PreferencesDialog::OnBrowse(wxCommandEvent&) {
+    wxString path;
+    bool chosen = false;
+    switch (static_cast<StoreFileChoice>(mpStoreChoice->GetSelection())) {
+        case StoreFileChoice::kMove:
+            chosen = mActions.ChooseToSave(this, _("Move Store File"), path);
+            break;
+        case StoreFileChoice::kCreate:
+            chosen = mActions.ChooseToSave(this, _("New Store File"), path);
+            break;
+        case StoreFileChoice::kOpen:
+            chosen = mActions.ChooseToOpen(this, path);
+            break;
+        default:
+            break;
+    }
+    if (chosen) {
+        mpNewPathText->ChangeValue(path);
+    }
+}
+
+// A store action that stops leaves the settings written, and the dialog closes all the same.
+void PreferencesDialog::OnOk(wxCommandEvent&) {
+    ApplyAppearance();
+    ApplyIntroduction();
+    ChangeStoreFile(mActions, this, *mpDatabase,
+                    static_cast<StoreFileChoice>(mpStoreChoice->GetSelection()),
+                    mpStorePathText->GetValue(), mpNewPathText->GetValue());
+    mSettingsNotifier.Notify();
+    EndModal(wxID_OK);
+}
+
+void PreferencesDialog::ApplyAppearance() {
+    WriteFontSetting("BrowseFont", mpListFont->GetFontOfData());
+    WriteFontSetting("Font", mpStudyFont->GetFontOfData());
+    WriteColourSetting("FontColor", mpStudyFontColor->GetColourData().GetColour());
+    WriteColourSetting("StudyBgColor", mpStudyColor->GetColourData().GetColour());
+}
+
+void PreferencesDialog::ApplyIntroduction() {
+    long seconds = 0;
+    if (mpIntervalText->GetValue().ToLong(&seconds, 10) &&
+        seconds >= std::numeric_limits<int32_t>::min() &&
+        seconds <= std::numeric_limits<int32_t>::max()) {
+        WriteIntegerSetting("EarlyIntroductionInterval", static_cast<int32_t>(seconds));
+    }
+    WriteBooleanSetting("EarlyIntroduction", mpIntroductionChoice->GetSelection() == 1);
+}

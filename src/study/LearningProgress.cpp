@@ -1,0 +1,150 @@
+#include "study/LearningProgress.h"
+
+#include <wx/button.h>
+#include <wx/frame.h>
+#include <wx/intl.h>
+#include <wx/scrolwin.h>
+#include <wx/sizer.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+
+#include "base/Clock.h"
+#include "store/Database.h"
+
+namespace {
+
+constexpr int kPanelId = 10102;
+constexpr int kTotalId = 10008;
+constexpr int kBorder = 5;
+constexpr int kScrollStep = 10;
+// With fewer cards there is nothing whose category one would want to be told.
+constexpr int32_t kCardsThatShowCategory = 2;
+
+// A number keeps the size of its first text, so that the labels beside stand still. One of more
+// digits is cut, and shows that it is.
+wxStaticText* MakeNumber(wxWindow* parent, int id, const wxString& firstText) {
+    return new wxStaticText(parent, id, firstText, wxDefaultPosition, wxDefaultSize,
+                            wxST_NO_AUTORESIZE | wxALIGN_RIGHT | wxST_ELLIPSIZE_END);
+}
+
+void SetNumber(wxStaticText& text, int32_t number) {
+    const wxString digits = wxString::Format("%i", number);
+    text.SetLabelText(digits);
+    text.SetToolTip(digits);
+}
+
+}  // namespace
+
+LearningProgress::LearningProgress(Database& database, const Clock& clock, int32_t categoryId,
+                                   const wxString& categoryName, wxWindow* parent, wxWindowID id,
+                                   const wxString& title, const wxPoint& position,
+                                   const wxSize& size, long style)
+    : mCategoryId(categoryId), mCategoryName(categoryName) {
+    int32_t count = 0;
+    database.SelectCategoryIdCount(mCategoryId, count);
+    mShowCategory = count >= kCardsThatShowCategory;
+
+    SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
+    wxDialog::Create(parent, id, title, position, size, style, "dialog");
+    CreateControls();
+    mpCategoryText->SetLabelText(wxString::Format(_("Category: %s"), mCategoryName));
+    mpLayout->Show(mpCategoryText, mShowCategory);
+    ShowCounts(database, clock);
+
+    // A scrolled window asks for no room by itself.
+    wxWindow* const panel = mpLayout->GetContainingWindow();
+    panel->SetMinSize(mpLayout->CalcMin());
+    GetSizer()->Fit(this);
+    Centre(wxBOTH);
+}
+
+LearningProgress::NumberTexts LearningProgress::ForwardTexts() {
+    return {mpForwardReadyText, mpForwardMemorizedText, mpForwardWaitingText,
+            mpForwardExcludedText};
+}
+
+LearningProgress::NumberTexts LearningProgress::ReverseTexts() {
+    return {mpReverseReadyText, mpReverseMemorizedText, mpReverseWaitingText,
+            mpReverseExcludedText};
+}
+
+void LearningProgress::CreateControls() {
+    auto* const panel = new wxScrolledWindow(this, kPanelId, wxDefaultPosition, wxDefaultSize,
+                                             wxNO_BORDER | wxHSCROLL | wxVSCROLL, "panel");
+    panel->SetScrollRate(kScrollStep, kScrollStep);
+    const int border = FromDIP(kBorder);
+    mpLayout = new wxBoxSizer(wxVERTICAL);
+    panel->SetSizer(mpLayout);
+
+    mpCategoryText = new wxStaticText(panel, wxID_STATIC, _("Category"));
+    mpLayout->Add(mpCategoryText, wxSizerFlags().Border(wxALL, border));
+
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    mpLayout->Add(row, wxSizerFlags().Border(wxALL, border));
+    mpTotalText = MakeNumber(panel, kTotalId, _("counting..."));
+    row->Add(mpTotalText, wxSizerFlags().CentreVertical().Border(wxRIGHT, border));
+    row->Add(new wxStaticText(panel, wxID_STATIC, _("cards total")),
+             wxSizerFlags().CentreVertical());
+
+    CreateBox(*panel, _("Study Front to Back"), {10001, 10002, 10003, 10000}, ForwardTexts());
+    CreateBox(*panel, _("Study Back to Front"), {10004, 10005, 10006, 10007}, ReverseTexts());
+
+    auto* const buttons = new wxStdDialogButtonSizer();
+    auto* const ok = new wxButton(this, wxID_OK);
+    buttons->AddButton(ok);
+    buttons->AddButton(new wxButton(this, wxID_CANCEL, _("&Cancel")));
+    buttons->Realize();
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    column->Add(panel, wxSizerFlags(1).Expand());
+    column->Add(buttons, wxSizerFlags().Expand().Border(wxALL, border));
+    SetSizer(column);
+    ok->SetDefault();
+    ok->SetFocus();
+}
+
+void LearningProgress::CreateBox(wxScrolledWindow& panel, const wxString& label,
+                                 const NumberIds& ids, const NumberTexts& texts) {
+    auto* const box = new wxStaticBoxSizer(wxVERTICAL, &panel, label);
+    const int border = FromDIP(kBorder);
+    mpLayout->Add(box, wxSizerFlags().Expand().Border(wxALL, border));
+    auto* const table = new wxFlexGridSizer(2, border, border);
+    box->Add(table, wxSizerFlags().Border(wxALL, border));
+    const auto addRow = [&](int id, const wxString& text) {
+        wxStaticText* const number = MakeNumber(box->GetStaticBox(), id, "0000");
+        table->Add(number, wxSizerFlags().Right().CentreVertical());
+        table->Add(new wxStaticText(box->GetStaticBox(), wxID_STATIC, text),
+                   wxSizerFlags().Left().CentreVertical());
+        return number;
+    };
+    texts.Ready = addRow(ids.Ready, _("cards ready for review"));
+    texts.Memorized = addRow(ids.Memorized, _("cards memorized"));
+    texts.Waiting = addRow(ids.Waiting, _("cards waiting for first review"));
+    texts.Excluded = addRow(ids.Excluded, _("excluded from review"));
+}
+
+// A count that fails stays 0: there is nothing better to show.
+void LearningProgress::ShowCounts(Database& database, const Clock& clock) {
+    int32_t total = 0;
+    database.SelectCategoryIdCount(mCategoryId, total);
+    SetNumber(*mpTotalText, total);
+
+    Counts forward;
+    database.CountForward(mCategoryId, forward.NotExcluded);
+    database.CountIntroducedForward(mCategoryId, forward.Introduced);
+    database.SelectReadyCountForward(mCategoryId, clock.Now(), forward.Ready);
+    ShowDirection(total, forward, ForwardTexts());
+
+    Counts reverse;
+    database.CountReverse(mCategoryId, reverse.NotExcluded);
+    database.CountIntroducedReverse(mCategoryId, reverse.Introduced);
+    database.SelectReadyCountReverse(mCategoryId, clock.Now(), reverse.Ready);
+    ShowDirection(total, reverse, ReverseTexts());
+}
+
+void LearningProgress::ShowDirection(int32_t total, const Counts& counts,
+                                     const NumberTexts& texts) {
+    SetNumber(*texts.Ready, counts.Ready);
+    SetNumber(*texts.Memorized, counts.Introduced - counts.Ready);
+    SetNumber(*texts.Waiting, counts.NotExcluded - counts.Introduced);
+    SetNumber(*texts.Excluded, total - counts.NotExcluded);
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <wx/dialog.h>
+
+#include <cstdint>
+
+class Clock;
+class Database;
+class wxBoxSizer;
+class wxScrolledWindow;
+class wxStaticText;
+
+// How far the learning of one category has come: for each direction the cards that are ready,
+// memorized, waiting for their first review and excluded. It counts once, while it is made, and
+// changes nothing. Main thread only.
+class LearningProgress : public wxDialog {
+  public:
+    // The Database and the clock are used by the constructor only.
+    LearningProgress(Database& database, const Clock& clock, int32_t categoryId,
+                     const wxString& categoryName, wxWindow* parent, wxWindowID id,
+                     const wxString& title, const wxPoint& position = wxDefaultPosition,
+                     const wxSize& size = wxDefaultSize,
+                     long style = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER);
+
+  private:
+    // How the cards of the category stand in one direction.
+    struct Counts {
+        int32_t NotExcluded = 0;
+        int32_t Introduced = 0;
+        int32_t Ready = 0;
+    };
+    // The four numbers of one direction.
+    struct NumberTexts {
+        wxStaticText*& Ready;
+        wxStaticText*& Memorized;
+        wxStaticText*& Waiting;
+        wxStaticText*& Excluded;
+    };
+    struct NumberIds {
+        int Ready;
+        int Memorized;
+        int Waiting;
+        int Excluded;
+    };
+
+    NumberTexts ForwardTexts();
+    NumberTexts ReverseTexts();
+    void CreateControls();
+    void CreateBox(wxScrolledWindow& panel, const wxString& label, const NumberIds& ids,
+                   const NumberTexts& texts);
+    void ShowCounts(Database& database, const Clock& clock);
+    static void ShowDirection(int32_t total, const Counts& counts, const NumberTexts& texts);
+
+    wxBoxSizer* mpLayout = nullptr;
+    wxStaticText* mpCategoryText = nullptr;
+    wxStaticText* mpTotalText = nullptr;
+    wxStaticText* mpForwardReadyText = nullptr;
+    wxStaticText* mpForwardMemorizedText = nullptr;
+    wxStaticText* mpForwardWaitingText = nullptr;
+    wxStaticText* mpForwardExcludedText = nullptr;
+    wxStaticText* mpReverseReadyText = nullptr;
+    wxStaticText* mpReverseMemorizedText = nullptr;
+    wxStaticText* mpReverseWaitingText = nullptr;
+    wxStaticText* mpReverseExcludedText = nullptr;
+    int32_t mCategoryId = -1;
+    wxString mCategoryName;
+    bool mShowCategory = false;
+};

@@ -1,0 +1,142 @@
+#include "preferences/StoreFileChange.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <wx/filename.h>
+
+#include "support/GuiTest.h"
+
+namespace {
+
+// The application of a test: what it was asked, in order.
+class RecordingActions : public StoreFileActions {
+  public:
+    wxString GetDefaultStorePath() override { return "/default.vlm"; }
+    bool ChooseToOpen(wxWindow*, wxString&) override { return false; }
+    bool ChooseToSave(wxWindow*, const wxString&, wxString&) override { return false; }
+    bool DiscardEdits(wxWindow*) override {
+        Calls += "discard ";
+        return MayDiscard;
+    }
+    void OpenStoreFile(wxWindow*, Database& database, const wxString& path,
+                       bool mustExist) override {
+        Calls += "open:" + wxFileName(path).GetFullName() + (mustExist ? " " : ":new ");
+        SilentUpgradeWait wait;
+        database.Open(path, wait);
+    }
+
+    wxString Calls;
+    bool MayDiscard = true;
+};
+
+class CountingObserver : public Observer {
+  public:
+    void Update(Subject*) override { ++Calls; }
+    int Calls = 0;
+};
+
+class StoreFileChangeTest : public GuiStoreTest {
+  protected:
+    StoreFileChangeTest() : mAttachment(&mDatabase, &mObserver) {
+        Insert(MakeCard("front", "back"));
+    }
+
+    void Change(StoreFileChoice choice, const wxString& path) {
+        mActions.Calls.clear();
+        mObserver.Calls = 0;
+        ChangeStoreFile(mActions, nullptr, mDatabase, choice, StorePath(), path);
+    }
+    wxString Path(const wxString& name) const { return mDirectory.Path(name); }
+    int CountCards() {
+        int32_t count = -1;
+        mDatabase.CountAllCards(count);
+        return count;
+    }
+
+    RecordingActions mActions;
+    CountingObserver mObserver;
+    SubjectAttachment mAttachment;
+};
+
+constexpr StoreFileChoice kChanges[] = {StoreFileChoice::kMove, StoreFileChoice::kCreate,
+                                        StoreFileChoice::kOpen};
+
+TEST_F(StoreFileChangeTest, NothingHappensWithoutAChoiceOrAgainstUnsavedEdits) {
+    Change(StoreFileChoice::kKeep, Path("other.vlm"));
+    EXPECT_EQ(mActions.Calls, "");
+    mActions.MayDiscard = false;
+    WriteBytes(Path("other.vlm"), "in the way, but nobody is asked");
+    for (const StoreFileChoice choice : kChanges) {
+        Change(choice, Path("other.vlm"));
+        EXPECT_EQ(mActions.Calls, "discard ");
+        EXPECT_EQ(mObserver.Calls, 0);
+    }
+    EXPECT_EQ(CountCards(), 1);
+}
+
+TEST_F(StoreFileChangeTest, TheSameFileIsNeitherMovedNorOpened) {
+    ASSERT_EQ(::symlink(StorePath().utf8_str(), Path("link.vlm").utf8_str()), 0);
+    ASSERT_EQ(::link(StorePath().utf8_str(), Path("second.vlm").utf8_str()), 0);
+    for (const char* const name : {"store.vlm", "./store.vlm", "link.vlm", "second.vlm"}) {
+        Change(StoreFileChoice::kMove, Path(name));
+        EXPECT_EQ(mActions.Calls, "") << name;
+    }
+    Change(StoreFileChoice::kOpen, StorePath());
+    EXPECT_EQ(mActions.Calls, "");
+    Reopen();
+    EXPECT_EQ(CountCards(), 1);
+}
+
+TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
+    const wxString path = Path("other.vlm");
+    const wxString question = "\"" + path +
+                              "\" already exists.  Do you want to replace that file and "
+                              "permanently destroy all of the data in it?";
+    for (const StoreFileChoice choice : {StoreFileChoice::kMove, StoreFileChoice::kCreate}) {
+        const bool moves = choice == StoreFileChoice::kMove;
+        WriteBytes(path, "precious");
+        ModalAnswers answers;
+        answers.Expect(wxID_NO);
+        Change(choice, path);
+        EXPECT_EQ(mActions.Calls, "discard ");
+        EXPECT_EQ(answers.Dialogs[0].Title, moves ? "Move Store File" : "New Store File");
+        EXPECT_EQ(answers.Dialogs[0].Message, question);
+        EXPECT_EQ(ReadBytes(path), "precious");
+
+        answers.Expect(wxID_YES);
+        Change(choice, path);
+        EXPECT_EQ(mActions.Calls,
+                  moves ? "discard open:other.vlm " : "discard open:other.vlm:new ");
+        EXPECT_EQ(mObserver.Calls, 1);
+        EXPECT_EQ(CountCards(), moves ? 1 : 0);
+        EXPECT_EQ(wxFileName::FileExists(StorePath()), !moves);
+        // Back, for the other choice.
+        mDatabase.Close();
+        if (moves) {
+            ASSERT_TRUE(wxRenameFile(path, StorePath()));
+        }
+        Reopen();
+    }
+}
+
+TEST_F(StoreFileChangeTest, NewOnTheCurrentFileEmptiesIt) {
+    ModalAnswers answers;
+    answers.Expect(wxID_YES);
+    Change(StoreFileChoice::kCreate, StorePath());
+    EXPECT_TRUE(mDatabase.IsOpen());
+    EXPECT_EQ(CountCards(), 0);
+}
+
+TEST_F(StoreFileChangeTest, AfterAFailedMoveTheOldStoreIsOpen) {
+    ModalAnswers answers;
+    answers.Expect(wxID_OK);
+    Change(StoreFileChoice::kMove, Path("not/there.vlm"));
+    EXPECT_EQ(answers.Dialogs[0].Title, "Move failed");
+    EXPECT_EQ(answers.Dialogs[0].Message,
+              "Unable to move the store file (No such file or directory)");
+    EXPECT_EQ(mActions.Calls, "discard open:store.vlm ");
+    EXPECT_EQ(mObserver.Calls, 1);
+    EXPECT_EQ(CountCards(), 1);
+}
+
+}  // namespace

@@ -1,0 +1,124 @@
+#include "preferences/StoreFileMove.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <wx/dir.h>
+#include <wx/filename.h>
+
+#include <cerrno>
+#include <csignal>
+#include <string>
+
+#include "support/StoreFixture.h"
+
+namespace {
+
+// More than one block, and no whole number of them.
+std::string CardBytes() {
+    std::string bytes;
+    for (int i = 0; bytes.size() < 200000; ++i) {
+        bytes += std::to_string(i);
+    }
+    return bytes;
+}
+
+// No file of this process may grow beyond this many bytes while the object lives.
+class FullDisk {
+  public:
+    explicit FullDisk(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &mBefore);
+        rlimit limit = mBefore;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &mBefore);
+        std::signal(SIGXFSZ, mHandler);
+    }
+
+  private:
+    rlimit mBefore{};
+    void (*mHandler)(int);
+};
+
+class StoreFileMoveTest : public ::testing::Test {
+  protected:
+    StoreFileMoveTest() { WriteBytes(mStore, mCards); }
+
+    wxString Path(const wxString& name) const { return mDirectory.Path(name); }
+    int Link(const wxString& name) const {
+        return ::symlink(mStore.utf8_str(), Path(name).utf8_str());
+    }
+    static bool IsThere(const wxString& path) {
+        return wxFileName::Exists(path, wxFILE_EXISTS_ANY | wxFILE_EXISTS_NO_FOLLOW);
+    }
+    size_t CountFiles() const {
+        wxArrayString files;
+        return wxDir::GetAllFiles(Path(wxString()), &files);
+    }
+
+    TemporaryDirectory mDirectory;
+    const wxString mStore = Path("store.vlm");
+    const std::string mCards = CardBytes();
+};
+
+TEST_F(StoreFileMoveTest, AMoveReplacesAFileWhateverWasLeftBesideIt) {
+    const wxString target = Path("other.vlm");
+    WriteBytes(target, "old");
+    WriteBytes(target + "-journal", "would be played back into the cards");
+    WriteBytes(target + "-wal", "and so would this");
+    EXPECT_EQ(MoveStoreFile(mStore, target), 0);
+    EXPECT_EQ(ReadBytes(target), mCards);
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+TEST_F(StoreFileMoveTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
+    ASSERT_TRUE(wxFileName::Mkdir(Path("directory")));
+    ASSERT_EQ(Link("link.vlm"), 0);
+    const struct {
+        wxString Target;
+        int Error;
+    } cases[] = {{wxString(), ENOENT},
+                 {"file:store.vlm", EINVAL},
+                 {Path("directory"), EISDIR},
+                 {Path("not/there.vlm"), ENOENT},
+                 {Path("store.vlm/inside"), ENOTDIR},
+                 {"/dev/null", EEXIST},
+                 {Path("link.vlm"), EEXIST},
+                 {mStore, EEXIST}};
+    for (const auto& row : cases) {
+        EXPECT_EQ(MoveStoreFile(mStore, row.Target), row.Error) << row.Target;
+        EXPECT_EQ(ReadBytes(mStore), mCards) << row.Target;
+    }
+}
+
+TEST_F(StoreFileMoveTest, AStoreWithChangesPendingBesideItStays) {
+    WriteBytes(mStore + "-journal", "hot");
+    EXPECT_EQ(MoveStoreFile(mStore, Path("other.vlm")), EBUSY);
+    EXPECT_FALSE(IsThere(Path("other.vlm")));
+}
+
+TEST_F(StoreFileMoveTest, BehindALinkTheFileItselfMoves) {
+    ASSERT_EQ(Link("link.vlm"), 0);
+    EXPECT_EQ(MoveStoreFile(Path("link.vlm"), Path("other.vlm")), 0);
+    EXPECT_EQ(ReadBytes(Path("other.vlm")), mCards);
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+TEST_F(StoreFileMoveTest, AcrossFileSystemsTheOriginalGoesLast) {
+    const wxString target = Path("other.vlm");
+    WriteBytes(target, "old");
+    for (const rlim_t room : {rlim_t{0}, rlim_t{100000}}) {
+        const FullDisk disk(room);
+        EXPECT_EQ(CopyAndDeleteStoreFile(mStore, target), EFBIG);
+        EXPECT_EQ(ReadBytes(mStore), mCards);
+        EXPECT_EQ(ReadBytes(target), "old");
+        EXPECT_EQ(CountFiles(), 2u);
+    }
+    EXPECT_EQ(CopyAndDeleteStoreFile(mStore, target), 0);
+    EXPECT_EQ(ReadBytes(target), mCards);
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+#include "study/LearningProgress.h"
+
+#include <gtest/gtest.h>
+#include <wx/stattext.h>
+
+#include <vector>
+
+#include "support/GuiTest.h"
+
+namespace {
+
+constexpr int kTotal = 10008;
+// Ready, memorized, waiting, excluded.
+const std::vector<int> kForward = {10001, 10002, 10003, 10000};
+const std::vector<int> kReverse = {10004, 10005, 10006, 10007};
+constexpr int64_t kNow = 1700000000;
+
+class LearningProgressTest : public GuiStoreTest {
+  protected:
+    using Numbers = std::vector<wxString>;
+
+    LearningProgress& Make() {
+        return *new LearningProgress(mDatabase, mClock, 0, "Default", nullptr, 10039,
+                                     "Learning Progress");
+    }
+    static Numbers Read(wxWindow& dialog, const std::vector<int>& ids) {
+        Numbers numbers;
+        for (const int id : ids) {
+            numbers.push_back(FindById(dialog, id)->GetLabel());
+        }
+        return numbers;
+    }
+    static bool ShowsCategory(wxWindow& dialog) {
+        for (const wxWindow* const child : FindNamed(dialog, "panel")->GetChildren()) {
+            if (child->GetLabel() == "Category: Default") {
+                return child->IsShown();
+            }
+        }
+        ADD_FAILURE() << "no category line";
+        return false;
+    }
+    // Scored an hour ago, and due again so many seconds after that.
+    static void Introduce(CardSchedule& schedule, float interval) {
+        schedule.Introduced = true;
+        schedule.LastReview = wxDateTime(static_cast<time_t>(kNow - 3600));
+        schedule.ReviewInterval = interval;
+    }
+
+    FakeClock mClock{kNow};
+};
+
+TEST_F(LearningProgressTest, EachDirectionAddsUpToTheTotal) {
+    for (const float interval : {60.0f, 120.0f, 7200.0f}) {
+        FlashCard card = MakeCard("introduced", "forward");
+        Introduce(card.Forward, interval);
+        Insert(card);
+    }
+    FlashCard excluded = MakeCard("excluded", "forward");
+    excluded.ForwardX = true;
+    Introduce(excluded.Reverse, 7200.0f);
+    Insert(excluded);
+    Insert(MakeCard("waiting", "both"));
+    Insert(MakeCard("in another category", "", 1));
+
+    LearningProgress& dialog = Make();
+    EXPECT_EQ(Read(dialog, {kTotal}), Numbers{"5"});
+    EXPECT_EQ(Read(dialog, kForward), (Numbers{"2", "1", "1", "1"}));
+    EXPECT_EQ(Read(dialog, kReverse), (Numbers{"0", "1", "4", "0"}));
+    EXPECT_TRUE(ShowsCategory(dialog));
+}
+
+TEST_F(LearningProgressTest, ASingleCardHidesTheCategoryAndAClosedStoreCountsNothing) {
+    Insert(MakeCard("front", "back"));
+    LearningProgress& dialog = Make();
+    EXPECT_FALSE(ShowsCategory(dialog));
+    EXPECT_EQ(Read(dialog, kForward), (Numbers{"0", "0", "1", "0"}));
+    mDatabase.Close();
+    LearningProgress& empty = Make();
+    EXPECT_EQ(Read(empty, {kTotal}), Numbers{"0"});
+    EXPECT_EQ(Read(empty, kReverse), (Numbers{"0", "0", "0", "0"}));
+}
+
+}  // namespace
