@@ -5,8 +5,9 @@
 #include "app/StoreFileDialogs.h"
 #include "app/StoreLifecycle.h"
 
-AppStoreFileActions::AppStoreFileActions(DiscardCheck discardEdits)
-    : mDiscardEdits(std::move(discardEdits)) {}
+AppStoreFileActions::AppStoreFileActions(DiscardCheck discardEdits,
+                                         std::function<void()> storeChanged)
+    : mDiscardEdits(std::move(discardEdits)), mStoreChanged(std::move(storeChanged)) {}
 
 wxString AppStoreFileActions::GetDefaultStorePath() {
     return ::GetDefaultStorePath();
@@ -23,4 +24,5 @@ bool AppStoreFileActions::ChooseToSave(wxWindow* parent, const wxString& title, 
 void AppStoreFileActions::OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                                         bool mustExist) {
     ::OpenStoreFile(parent, database, path, mustExist);
+    mStoreChanged();
 }

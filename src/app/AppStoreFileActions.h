@@ -9,7 +9,8 @@ class AppStoreFileActions : public StoreFileActions {
   public:
     using DiscardCheck = std::function<bool(wxWindow* parent)>;
 
-    explicit AppStoreFileActions(DiscardCheck discardEdits);
+    // The second function is told that the open store is another one from now on.
+    AppStoreFileActions(DiscardCheck discardEdits, std::function<void()> storeChanged);
 
     wxString GetDefaultStorePath() override;
     bool ChooseToOpen(wxWindow* parent, wxString& path) override;
@@ -20,4 +21,5 @@ class AppStoreFileActions : public StoreFileActions {
 
   private:
     DiscardCheck mDiscardEdits;
+    std::function<void()> mStoreChanged;
 };

@@ -233,7 +233,8 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
 }
 
 void VelomindApp::OnPreferences(wxCommandEvent&) {
-    AppStoreFileActions actions([](wxWindow*) { return true; });
+    // Cards on the clipboard are known by their rows, which another store has for other cards.
+    AppStoreFileActions actions([](wxWindow*) { return true; }, [this] { mClipboard.TakeBack(); });
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
     dialog.ShowModal();
