@@ -33,8 +33,7 @@
 namespace {
 
 // Of these no window has a handler yet.
-constexpr int kMissingCommands[] = {wxID_NEW,  wxID_OPEN, wxID_FIND,    ID_IMPORT,
-                                    ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
+constexpr int kMissingCommands[] = {wxID_FIND, ID_IMPORT, ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
 wxString MakeFullPath(const wxString& path) {
     wxFileName name(path);
@@ -157,11 +156,17 @@ void VelomindApp::FrameActivated(wxFrame& frame) {
 }
 
 void VelomindApp::FrameClosed(wxFrame& frame) {
+    const bool isEditor = mEditors.Forget(frame);
     mWindows.Forget(frame);
+    wxFrame* const shown = mWindows.GetShown();
+    if (isEditor && shown != nullptr) {
+        BringToFront(*shown);
+    }
 }
 
 void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnWindowCommand, this, ID_WINDOW_FIRST, ID_WINDOW_LAST);
+    Bind(wxEVT_MENU, &VelomindApp::OnNewCard, this, wxID_NEW);
     Bind(wxEVT_MENU, &VelomindApp::OnNewCategory, this, ID_NEW_CATEGORY);
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
     Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
@@ -221,6 +226,10 @@ void VelomindApp::OnWindowCommand(wxCommandEvent& event) {
     }
 }
 
+void VelomindApp::OnNewCard(wxCommandEvent&) {
+    mEditors.OpenNew(*mpDatabase);
+}
+
 void VelomindApp::OnNewCategory(wxCommandEvent&) {
     AddCategory(mLastActive.get(), *mpDatabase);
 }
@@ -234,18 +243,22 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
 
 void VelomindApp::OnPreferences(wxCommandEvent&) {
     // Cards on the clipboard are known by their rows, which another store has for other cards.
-    AppStoreFileActions actions([](wxWindow*) { return true; }, [this] { mClipboard.TakeBack(); });
+    AppStoreFileActions actions([this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
+                                [this] { mClipboard.TakeBack(); });
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
     dialog.ShowModal();
 }
 
 void VelomindApp::OnExitCommand(wxCommandEvent&) {
-    mWindows.CloseAll();
+    if (mEditors.CloseAll()) {
+        mWindows.CloseAll();
+    }
 }
 
-// No window offers these: their commands are disabled.
-void VelomindApp::OpenEditor(const FlashCard&) {}
+void VelomindApp::OpenEditor(const FlashCard& card) {
+    mEditors.Open(card, *mpDatabase);
+}
 
 void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) {
     ShowExportOptions(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds);

@@ -8,6 +8,7 @@
 #include "app/AppFatalErrorReport.h"
 #include "app/AppMaintenancePrompt.h"
 #include "app/CommandLine.h"
+#include "app/Editors.h"
 #include "app/MainWindows.h"
 #include "app/SingleInstance.h"
 #include "base/Clock.h"
@@ -41,7 +42,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     MaintenancePrompt& GetMaintenancePrompt() override { return mMaintenancePrompt; }
     void FrameActivated(wxFrame& frame) override;
     void FrameClosed(wxFrame& frame) override;
-    bool CanOpenEditor() const override { return false; }
+    bool CanOpenEditor() const override { return true; }
     void OpenEditor(const FlashCard& card) override;
     bool CanExportCards() const override { return true; }
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
@@ -64,6 +65,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void ComeToFront();
 
     void OnWindowCommand(wxCommandEvent& event);
+    void OnNewCard(wxCommandEvent& event);
     void OnNewCategory(wxCommandEvent& event);
     void OnLearningProgress(wxCommandEvent& event);
     void OnPreferences(wxCommandEvent& event);
@@ -78,6 +80,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     std::unique_ptr<Database> mpDatabase;
     CardClipboard mClipboard{mFatalErrorReport};
     MainWindows mWindows;
+    Editors mEditors{*this};
     // The frame that was used last.
     wxWeakRef<wxFrame> mLastActive;
     wxString mStudyMessage;

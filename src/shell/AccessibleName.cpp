@@ -1,5 +1,6 @@
 #include "shell/AccessibleName.h"
 
+#include <wx/stattext.h>
 #include <wx/window.h>
 
 #ifdef __WXGTK__
@@ -18,17 +19,23 @@ Function Find(const char* name) {
         wxDynamicLibrary::RawGetSymbol(wxDynamicLibrary::GetProgramHandle(), name));
 }
 
+bool IsA(void* widget, const char* typeFunction) {
+    static const auto isA = Find<int (*)(void* instance, size_t type)>("g_type_check_instance_is_a");
+    const auto getType = Find<size_t (*)()>(typeFunction);
+    return isA != nullptr && getType != nullptr && isA(widget, getType()) != 0;
+}
+
+bool HasEntry(void* widget) {
+    static const auto hasEntry = Find<int (*)(void* choice)>("gtk_combo_box_get_has_entry");
+    return IsA(widget, "gtk_combo_box_get_type") && hasEntry != nullptr && hasEntry(widget) != 0;
+}
+
 // The widget that has the focus when the window has it: a text of several lines and the like stand
-// inside a scrolled window.
+// inside a scrolled window, and a choice into which one may type holds an entry.
 void* FindInner(void* widget) {
-    using GetType = size_t (*)();
-    using IsA = int (*)(void* instance, size_t type);
-    using GetChild = void* (*)(void* bin);
-    static const auto getType = Find<GetType>("gtk_scrolled_window_get_type");
-    static const auto isA = Find<IsA>("g_type_check_instance_is_a");
-    static const auto getChild = Find<GetChild>("gtk_bin_get_child");
-    if (getType == nullptr || isA == nullptr || getChild == nullptr || widget == nullptr ||
-        isA(widget, getType()) == 0) {
+    static const auto getChild = Find<void* (*)(void* bin)>("gtk_bin_get_child");
+    if (widget == nullptr || getChild == nullptr ||
+        !(IsA(widget, "gtk_scrolled_window_get_type") || HasEntry(widget))) {
         return widget;
     }
     void* const child = getChild(widget);
@@ -52,8 +59,19 @@ void SetAccessibleName(const wxWindow& window, const wxString& name) {
     }
 }
 
+void LabelControl(const wxStaticText& label, const wxWindow& control) {
+    static const auto setTarget =
+        Find<void (*)(void* label, void* widget)>("gtk_label_set_mnemonic_widget");
+    void* const target = FindInner(control.GetHandle());
+    if (setTarget != nullptr && target != nullptr) {
+        setTarget(label.GetHandle(), target);
+    }
+}
+
 #else
 
 void SetAccessibleName(const wxWindow& /*window*/, const wxString& /*name*/) {}
+
+void LabelControl(const wxStaticText& /*label*/, const wxWindow& /*control*/) {}
 
 #endif

@@ -153,15 +153,6 @@ std::unique_ptr<wxMenu> BuildMenu(const MenuRow (&rows)[kCount]) {
     return BuildMenu(std::begin(rows), std::end(rows));
 }
 
-void RemoveMenuOf(wxMenuBar& bar, int id) {
-    for (size_t i = 0; i < bar.GetMenuCount(); ++i) {
-        if (bar.GetMenu(i)->FindChildItem(id) != nullptr) {
-            delete bar.Remove(i);
-            return;
-        }
-    }
-}
-
 // A line that parts nothing: at the top, at the end or behind another line.
 bool IsLooseLine(const wxMenu& menu, size_t position) {
     const wxMenuItem* const item = menu.FindItemByPosition(position);
@@ -225,6 +216,15 @@ void RemoveMenuItem(wxMenuBar& bar, int id) {
     for (size_t i = 0; i < menu->GetMenuItemCount(); ++i) {
         if (IsLooseLine(*menu, i)) {
             menu->Destroy(menu->FindItemByPosition(i));
+            return;
+        }
+    }
+}
+
+void RemoveMenuOf(wxMenuBar& bar, int id) {
+    for (size_t i = 0; i < bar.GetMenuCount(); ++i) {
+        if (bar.GetMenu(i)->FindChildItem(id) != nullptr) {
+            delete bar.Remove(i);
             return;
         }
     }

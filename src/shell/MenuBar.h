@@ -20,3 +20,6 @@ void InitFrame(wxFrame& frame, const wxString& topic);
 
 // Deletes an entry, and a separator that the deletion has left first, last or doubled.
 void RemoveMenuItem(wxMenuBar& bar, int id);
+
+// Deletes the whole menu that holds an entry.
+void RemoveMenuOf(wxMenuBar& bar, int id);

@@ -1,0 +1,130 @@
+#include "edit/CardCollector.h"
+
+#include <wx/intl.h>
+
+#include <limits>
+#include <list>
+
+#include "base/Numbers.h"
+#include "edit/EditForm.h"
+#include "edit/EditSchedulePanel.h"
+#include "shell/MessageBox.h"
+#include "store/Database.h"
+
+namespace {
+
+constexpr const char* kDefaultCategory = "Default";
+// As much of a name as a box can show on any screen.
+constexpr size_t kShownName = 200;
+
+class CardCollector {
+  public:
+    CardCollector(EditForm& form, Database& database, wxWindow& frame, FlashCard& card)
+        : mForm(form), mDatabase(database), mFrame(frame), mCard(card) {}
+
+    int Collect() {
+        if (CollectSide(CardField::Front, mCard.Front, _("Flash cards cannot have a blank front")) <
+                0 ||
+            CollectSide(CardField::Back, mCard.Back, _("Flash cards cannot have a blank back")) <
+                0) {
+            return -1;
+        }
+        mCard.Author = mForm.GetTrimmed(CardField::Author);
+        mCard.Chapter = mForm.GetTrimmed(CardField::Chapter);
+        mCard.Notes = mForm.GetTrimmed(CardField::Notes);
+        mCard.ForwardX = mForm.IsForwardExcluded();
+        mCard.ReverseX = mForm.IsReverseExcluded();
+        if (mForm.GetForwardSchedule().Save(mCard.Forward) < 0 ||
+            mForm.GetReverseSchedule().Save(mCard.Reverse) < 0) {
+            return -1;
+        }
+        return CollectCategory() < 0 ? -1 : CollectOrder();
+    }
+
+  private:
+    int Refuse(CardField field, const wxString& message) {
+        ShowValidationMessage(message);
+        mForm.PointAt(field);
+        return -1;
+    }
+
+    int CollectSide(CardField field, wxString& side, const wxString& blankMessage) {
+        const wxString text = mForm.GetTrimmed(field);
+        if (text.empty()) {
+            return Refuse(field, blankMessage);
+        }
+        side = text;
+        return 0;
+    }
+
+    int CollectCategory() {
+        wxString name = mForm.GetTrimmed(CardField::Category);
+        if (name.empty()) {
+            name = kDefaultCategory;
+        }
+        if (FindCategory(name)) {
+            return 0;
+        }
+        if (name != kDefaultCategory && !AskToCreate(name)) {
+            mForm.PointAt(CardField::Category);
+            return -1;
+        }
+        if (mDatabase.CategoryInsert(name) < 0 || !FindCategory(name)) {
+            return Refuse(CardField::Category, _("Unable to add the category."));
+        }
+        return 0;
+    }
+
+    // As the store knows it: names that differ in their spelling only, such as numbers, are one.
+    bool FindCategory(const wxString& name) {
+        std::list<Category> found;
+        if (mDatabase.SelectCategoryByName(name, found) < 0 || found.empty()) {
+            return false;
+        }
+        mCard.CategoryId = found.front().Id;
+        return true;
+    }
+
+    bool AskToCreate(const wxString& name) {
+        const wxString shown =
+            name.length() > kShownName ? name.Left(kShownName) + wxUniChar(0x2026) : name;
+        const wxString question = wxString::Format(
+            _("Category \"%s\" does not exist.  Would you like to create it?"), shown);
+        return ShowMessageBox(question, _("Create Category?"), wxYES_NO, &mFrame) == wxYES;
+    }
+
+    int CollectOrder() {
+        const wxString text = mForm.GetTrimmed(CardField::IntroductionOrder);
+        if (text.empty()) {
+            mCard.IntroductionOrder = NextOrder();
+            return 0;
+        }
+        int32_t order = 0;
+        if (!ParseWholeNumber(text, order) || order == kBlankOrder) {
+            return Refuse(CardField::IntroductionOrder,
+                          _("Introduction Order must be a whole number"));
+        }
+        mCard.IntroductionOrder = order;
+        return 0;
+    }
+
+    // Behind all other cards of the category.
+    int32_t NextOrder() {
+        int32_t greatest = 0;
+        if (mDatabase.SelectMaxIntroductionOrder(mCard.CategoryId, greatest) < 0) {
+            return 1;
+        }
+        return greatest == std::numeric_limits<int32_t>::max() ? greatest : greatest + 1;
+    }
+
+    EditForm& mForm;
+    Database& mDatabase;
+    wxWindow& mFrame;
+    FlashCard& mCard;
+};
+
+}  // namespace
+
+int CollectCard(EditForm& form, Database& database, wxWindow& frame, FlashCard& card) {
+    return CardCollector(form, database, frame, card).Collect();
+}

@@ -1,0 +1,339 @@
+#include "edit/EditForm.h"
+
+#include <wx/button.h>
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/clntdata.h>
+#include <wx/combobox.h>
+#include <wx/intl.h>
+#include <wx/sizer.h>
+#include <wx/spinctrl.h>
+#include <wx/stockitem.h>
+#include <wx/textctrl.h>
+
+#include <algorithm>
+#include <map>
+
+#include "base/Utf8.h"
+#include "base/WideText.h"
+#include "edit/EditSchedulePanel.h"
+#include "edit/FormLabel.h"
+
+namespace {
+
+enum : int {
+    ID_REVERSE_SCHEDULE = 10000,
+    ID_FRONT = 10001,
+    ID_BACK = 10002,
+    ID_AUTHOR = 10003,
+    ID_INTRODUCTION_ORDER = 10004,
+    ID_FORWARD_SCHEDULE = 10005,
+    ID_REVERSE_X = 10006,
+    ID_FORWARD_X = 10008,
+    ID_CHAPTER = 10009,
+    ID_NOTES = 10010,
+    ID_CATEGORY = 10013
+};
+
+// No narrower than this, whatever the texts in it.
+constexpr int kTextWidth = 320;
+// Lines of text that a field of several lines shows at least.
+constexpr int kLeastLines = 4;
+
+enum class FieldKind { Lines, Line, Short, Choice };
+
+struct FieldRow {
+    int Id;
+    // With the mark of its mnemonic, of which those of the menus and of the buttons are no more
+    // free.
+    const char* Label;
+    FieldKind Kind;
+    LabelPlace Place;
+};
+
+constexpr FieldRow kRows[kCardFieldCount] = {
+    {ID_FRONT, wxTRANSLATE("F&ront"), FieldKind::Lines, LabelPlace::First},
+    {ID_BACK, wxTRANSLATE("&Back"), FieldKind::Lines, LabelPlace::Later},
+    {ID_CATEGORY, wxTRANSLATE("Cate&gory"), FieldKind::Choice, LabelPlace::First},
+    {ID_AUTHOR, wxTRANSLATE("&Author"), FieldKind::Line, LabelPlace::Later},
+    {ID_CHAPTER, wxTRANSLATE("Cha&pter"), FieldKind::Line, LabelPlace::Later},
+    {ID_NOTES, wxTRANSLATE("&Notes"), FieldKind::Lines, LabelPlace::Later},
+    {ID_INTRODUCTION_ORDER, wxTRANSLATE("&Introduction Order"), FieldKind::Short,
+     LabelPlace::Later}};
+
+// The id of the category of which a row of the choice holds the name.
+class RowCategory : public wxClientData {
+  public:
+    explicit RowCategory(int32_t id) : mId(id) {}
+    int32_t GetId() const { return mId; }
+
+  private:
+    int32_t mId;
+};
+
+int32_t GetRowCategory(const wxComboBox& choice, unsigned row) {
+    return static_cast<const RowCategory*>(choice.GetClientObject(row))->GetId();
+}
+
+// The toolkit ends a text at a NUL, and shows nothing of one that has no UTF-8 form.
+wxString MakeShowable(const wxString& text) {
+    wxString showable = FromUtf8(ToUtf8(text));
+    showable.Replace(wxString(wxUniChar(0)), wxString(wxUniChar(0xFFFD)));
+    return showable;
+}
+
+wxString FormatOrder(int32_t order) {
+    return order == kBlankOrder ? wxString() : wxString::Format("%i", order);
+}
+
+// A button of that id created as such has a hidden picture, of which the toolkit complains whenever
+// the form is scrolled.
+wxButton* MakeButton(wxWindow& parent, int id) {
+    auto* const button = new wxButton(&parent, wxID_ANY, wxGetStockLabel(id));
+    button->SetId(id);
+    return button;
+}
+
+}  // namespace
+
+EditForm::EditForm(wxWindow* parent)
+    : wxScrolledWindow(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                       wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL) {
+    SetScrollRate(1, 1);
+    Bind(wxEVT_CHILD_FOCUS, &EditForm::OnChildFocus, this);
+    Bind(wxEVT_MOUSEWHEEL, &EditForm::OnMouseWheel, this);
+    // Of a key that a part of a control has, such as the button of a choice, the form is told.
+    Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    SetSizer(column);
+    for (size_t i = 0; i < kCardFieldCount; ++i) {
+        AddField(*column, static_cast<CardField>(i));
+    }
+    At(CardField::IntroductionOrder)
+        .Control->SetToolTip(_("This value controls the order that new cards are introduced.\nCards"
+                               " with a higher Introduction Order are introduced after cards with a"
+                               " lower Introduction Order.\nLeave this value blank to introduce"
+                               " this card after all of the other cards in its category."));
+    mpForwardX = AddExclusion(*column, ID_FORWARD_X, _("E&xclude from Front to Back study"),
+                              _("Use this option to prevent the card from appearing when reviewing"
+                                " the cards from front to back."));
+    mpReverseX = AddExclusion(*column, ID_REVERSE_X, _("Exc&lude from Back to Front study"),
+                              _("Use this option to prevent the card from appearing when reviewing"
+                                " the cards from back to front."));
+    mpForwardSchedule =
+        new EditSchedulePanel(this, ID_FORWARD_SCHEDULE, _("Forward review schedule"));
+    column->Add(mpForwardSchedule, wxSizerFlags().Expand());
+    mpReverseSchedule =
+        new EditSchedulePanel(this, ID_REVERSE_SCHEDULE, _("Reverse review schedule"));
+    column->Add(mpReverseSchedule, wxSizerFlags().Expand());
+    AddButtons(*column);
+    FitInside();
+}
+
+void EditForm::AddField(wxBoxSizer& column, CardField field) {
+    const FieldRow& row = kRows[static_cast<size_t>(field)];
+    Field& added = At(field);
+    if (row.Kind == FieldKind::Choice) {
+        mpCategory = new wxComboBox(this, row.Id, wxString(), wxDefaultPosition, wxDefaultSize, 0,
+                                    nullptr, wxCB_DROPDOWN);
+        added.Control = mpCategory;
+        added.Entry = mpCategory;
+    } else {
+        const long style = row.Kind == FieldKind::Lines ? wxTE_MULTILINE : 0;
+        auto* const text =
+            new wxTextCtrl(this, row.Id, wxString(), wxDefaultPosition, wxDefaultSize, style);
+        added.Control = text;
+        added.Entry = text;
+    }
+    const wxString label = wxGetTranslation(row.Label);
+    AddFormLabel(column, label, *added.Control, wxControl::RemoveMnemonics(label), row.Place);
+    wxSizerFlags flags(row.Kind == FieldKind::Lines ? 1 : 0);
+    flags.Border(kFieldSides, kFormBorder);
+    if (row.Kind != FieldKind::Short) {
+        flags.Expand();
+        // Or the longest name of a category would make the form as wide.
+        const int height = row.Kind == FieldKind::Lines ? kLeastLines * GetCharHeight() : -1;
+        added.Control->SetMinSize(wxSize(FromDIP(kTextWidth), height));
+    }
+    column.Add(added.Control, flags);
+}
+
+wxCheckBox* EditForm::AddExclusion(wxBoxSizer& column, int id, const wxString& label,
+                                   const wxString& toolTip) {
+    auto* const box = new wxCheckBox(this, id, label);
+    box->SetToolTip(toolTip);
+    column.Add(box, wxSizerFlags().Border(kFieldSides, kFormBorder));
+    return box;
+}
+
+void EditForm::AddButtons(wxBoxSizer& column) {
+    auto* const row = new wxStdDialogButtonSizer;
+    auto* const ok = MakeButton(*this, wxID_OK);
+    auto* const cancel = MakeButton(*this, wxID_CANCEL);
+    row->AddButton(ok);
+    row->AddButton(cancel);
+    row->Realize();
+    column.Add(row, wxSizerFlags(1).Right().Border(wxALL, kFormBorder));
+    ok->SetDefault();
+    BindFields(*this);
+}
+
+void EditForm::BindFields(wxWindow& parent) {
+    for (wxWindow* const child : parent.GetChildren()) {
+        child->Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
+        // These would take the wheel for a change of their value.
+        if (dynamic_cast<wxChoice*>(child) != nullptr ||
+            dynamic_cast<wxSpinCtrl*>(child) != nullptr || child == mpCategory) {
+            child->Bind(wxEVT_MOUSEWHEEL, &EditForm::OnMouseWheel, this);
+        }
+        BindFields(*child);
+    }
+}
+
+// Escape is the Cancel button, once an input method had no use for it.
+void EditForm::OnFieldChar(wxKeyEvent& event) {
+    if (event.GetKeyCode() != WXK_ESCAPE || event.HasAnyModifiers()) {
+        event.Skip();
+        return;
+    }
+    wxCommandEvent click(wxEVT_BUTTON, wxID_CANCEL);
+    click.SetEventObject(this);
+    ProcessWindowEvent(click);
+}
+
+// Shows the field that has the keys and its neighbours: a choice that gets the keys tells nobody.
+void EditForm::OnChildFocus(wxChildFocusEvent& event) {
+    event.Skip();
+    const wxWindow& child = *event.GetWindow();
+    const int margin = 4 * GetCharHeight();
+    const int top = ScreenToClient(child.GetScreenPosition()).y - margin;
+    const int bottom = top + child.GetSize().y + 2 * margin;
+    const int below = bottom - GetClientSize().y;
+    if (top < 0) {
+        ScrollBy(top);
+    } else if (below > 0) {
+        ScrollBy(std::min(below, top));
+    }
+}
+
+// By lines of text, as the form's own steps are single pixels.
+void EditForm::OnMouseWheel(wxMouseEvent& event) {
+    if (event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL || event.GetWheelDelta() == 0) {
+        event.Skip();
+        return;
+    }
+    ScrollBy(-event.GetWheelRotation() * event.GetLinesPerAction() * GetCharHeight() /
+             event.GetWheelDelta());
+}
+
+void EditForm::ScrollBy(int pixels) {
+    Scroll(-1, std::max(GetViewStart().y + pixels, 0));
+}
+
+void EditForm::Load(const FlashCard& card, const wxString& categoryName) {
+    LoadField(CardField::Front, card.Front);
+    LoadField(CardField::Back, card.Back);
+    LoadField(CardField::Category, categoryName);
+    LoadField(CardField::Author, card.Author);
+    LoadField(CardField::Chapter, card.Chapter);
+    LoadField(CardField::Notes, card.Notes);
+    LoadField(CardField::IntroductionOrder, FormatOrder(card.IntroductionOrder));
+    mpForwardX->SetValue(card.ForwardX);
+    mpReverseX->SetValue(card.ReverseX);
+    mpForwardSchedule->Load(card.Forward);
+    mpReverseSchedule->Load(card.Reverse);
+    mLoadedForwardX = mpForwardX->GetValue();
+    mLoadedReverseX = mpReverseX->GetValue();
+}
+
+void EditForm::LoadField(CardField field, const wxString& own) {
+    Field& loaded = At(field);
+    loaded.Entry->ChangeValue(MakeShowable(own));
+    loaded.Loaded = loaded.Entry->GetValue();
+    loaded.Own = own;
+}
+
+bool EditForm::IsModified() const {
+    const bool hasOtherText = std::any_of(mFields.begin(), mFields.end(), [](const Field& field) {
+        return field.Entry->GetValue() != field.Loaded;
+    });
+    return hasOtherText || mpForwardX->GetValue() != mLoadedForwardX ||
+           mpReverseX->GetValue() != mLoadedReverseX || mpForwardSchedule->IsModified() ||
+           mpReverseSchedule->IsModified();
+}
+
+wxString EditForm::GetTrimmed(CardField field) const {
+    const Field& asked = At(field);
+    const wxString text = asked.Entry->GetValue();
+    return TrimWide(text == asked.Loaded ? asked.Own : text);
+}
+
+bool EditForm::IsForwardExcluded() const {
+    return mpForwardX->GetValue();
+}
+
+bool EditForm::IsReverseExcluded() const {
+    return mpReverseX->GetValue();
+}
+
+void EditForm::FocusFront() {
+    At(CardField::Front).Control->SetFocus();
+}
+
+void EditForm::PointAt(CardField field) {
+    At(field).Control->SetFocus();
+    At(field).Entry->SelectAll();
+}
+
+void EditForm::SetCategories(const std::list<Category>& categories) {
+    std::map<int32_t, wxString> missing;
+    for (const Category& category : categories) {
+        missing.emplace(category.Id, MakeShowable(category.Name));
+    }
+    for (unsigned row = mpCategory->GetCount(); row-- > 0;) {
+        const auto found = missing.find(GetRowCategory(*mpCategory, row));
+        if (found == missing.end()) {
+            const wxString text = mpCategory->GetValue();
+            mpCategory->Delete(row);
+            KeepCategoryText(text);
+            continue;
+        }
+        if (mpCategory->GetString(row) != found->second) {
+            RenameRow(row, found->second);
+        }
+        missing.erase(found);
+    }
+    for (const Category& category : categories) {
+        const auto found = missing.find(category.Id);
+        if (found != missing.end()) {
+            mpCategory->Append(found->second, new RowCategory(category.Id));
+        }
+    }
+}
+
+void EditForm::RenameRow(unsigned row, const wxString& name) {
+    const wxString former = mpCategory->GetString(row);
+    const wxString text = mpCategory->GetValue();
+    mpCategory->SetString(row, name);
+    KeepCategoryText(text == former ? name : text);
+    Field& field = At(CardField::Category);
+    if (field.Loaded == former) {
+        field.Loaded = name;
+        field.Own = name;
+    }
+}
+
+// The toolkit may put the text of a row that it changes into the field.
+void EditForm::KeepCategoryText(const wxString& text) {
+    if (mpCategory->GetValue() != text) {
+        mpCategory->ChangeValue(text);
+    }
+}
+
+void EditForm::SetTextFont(const wxFont& font) {
+    for (const CardField field : {CardField::Front, CardField::Back, CardField::Category,
+                                  CardField::Author, CardField::Chapter, CardField::Notes}) {
+        At(field).Control->SetFont(font);
+    }
+    FitInside();
+}

@@ -1,0 +1,268 @@
+#include "edit/EditFrame.h"
+
+#include <wx/display.h>
+#include <wx/log.h>
+#include <wx/menu.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/toolbar.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <list>
+#include <vector>
+
+#include "edit/CardCollector.h"
+#include "edit/EditForm.h"
+#include "resources/ResourceBitmap.h"
+#include "shell/AppServices.h"
+#include "shell/CommandIds.h"
+#include "shell/Makers.h"
+#include "shell/MenuBar.h"
+#include "shell/MessageBox.h"
+#include "shell/Settings.h"
+#include "store/Database.h"
+
+namespace {
+
+constexpr const char* kPositionKey = "EditFramePosition";
+constexpr const char* kFontKey = "BrowseFont";
+constexpr int kToolBarId = 10108;
+
+// Commands of the other windows, and one that the OK button stands for.
+constexpr int kForeignCommands[] = {wxID_OPEN,         ID_STUDY_FORWARD, ID_STUDY_REVERSE,
+                                    ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,  wxID_NEW,
+                                    ID_SAVE_CLOSE,     wxID_FIND};
+
+// The name of the person who uses the device.
+wxString GetOwnerName() {
+    const wxString name = wxGetUserName();
+    return name.empty() ? wxGetUserId() : name;
+}
+
+}  // namespace
+
+EditFrame::EditFrame(AppServices& services)
+    : wxFrame(nullptr, ID_WINDOW_EDIT, _("Edit - Velomind"), wxDefaultPosition, wxSize(400, 300),
+              wxDEFAULT_FRAME_STYLE, "frame"),
+      mServices(services) {
+    InitFrame(*this, "editcard");
+    TrimMenuBar();
+    CreateToolBar();
+    mpForm = new EditForm(this);
+    auto* const sizer = new wxBoxSizer(wxVERTICAL);
+    sizer->Add(mpForm, wxSizerFlags(1).Expand());
+    SetSizer(sizer);
+    ApplyFont();
+    Centre(wxBOTH);
+    RestoreWindowPosition(kPositionKey, kApplicationName, *this);
+    mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
+    BindCommands();
+    mpForm->FocusFront();
+}
+
+void EditFrame::TrimMenuBar() {
+    for (const int id : kForeignCommands) {
+        RemoveMenuItem(*GetMenuBar(), id);
+    }
+    RemoveMenuOf(*GetMenuBar(), ID_WINDOW_LIST);
+}
+
+void EditFrame::CreateToolBar() {
+    auto* const bar = new wxToolBar(this, kToolBarId, wxDefaultPosition, wxDefaultSize,
+                                    wxTB_HORIZONTAL | wxTB_FLAT | wxTB_TEXT);
+    bar->SetToolBitmapSize(wxSize(16, 16));
+    bar->AddTool(ID_SAVE_NEW, _("Save && New"), LoadResourceBitmap("icons/save_new_tool.png"));
+    bar->Realize();
+    SetToolBar(bar);
+}
+
+void EditFrame::BindCommands() {
+    Bind(wxEVT_CLOSE_WINDOW, &EditFrame::OnClose, this);
+    Bind(wxEVT_ACTIVATE, &EditFrame::OnActivate, this);
+    Bind(wxEVT_CHAR_HOOK, &EditFrame::OnCharHook, this);
+    const auto saveAndClose = [this](wxCommandEvent&) { SaveAndClose(); };
+    Bind(wxEVT_BUTTON, saveAndClose, wxID_OK);
+    Bind(wxEVT_MENU, saveAndClose, ID_SAVE_CLOSE);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { SaveAndNew(); }, ID_SAVE_NEW);
+    const auto close = [this](wxCommandEvent&) { Close(false); };
+    Bind(wxEVT_BUTTON, close, wxID_CANCEL);
+    Bind(wxEVT_MENU, close, wxID_CLOSE);
+    Bind(wxEVT_MENU, &EditFrame::OnExport, this, ID_EXPORT);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) {
+            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
+                         !mpDatabase->IsEmpty());
+        },
+        ID_EXPORT);
+}
+
+void EditFrame::ApplyFont() {
+    mpForm->SetTextFont(ReadFontSetting(kFontKey));
+    FitToForm();
+}
+
+// Grows to the size of the form where there is room. It may need much more than the screen has, and
+// scrolls then, so its height is kept to a good part of the screen's.
+void EditFrame::FitToForm() {
+    constexpr double kPartOfScreen = 0.75;
+    wxSize content = mpForm->GetSizer()->GetMinSize();
+    const int highest = static_cast<int>(wxDisplay(this).GetClientArea().height * kPartOfScreen);
+    const int surroundings = ClientToWindowSize(wxSize(0, 0)).y;
+    if (content.y > highest - surroundings) {
+        content.y = highest - surroundings;
+        content.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
+    }
+    content.IncTo(GetClientSize());
+    SetClientSize(content);
+}
+
+void EditFrame::SetDatabase(Database* database) {
+    if (database == mpDatabase) {
+        return;
+    }
+    mpDatabase = database;
+    mStoreAttachment.Attach(database, this);
+    if (database != nullptr) {
+        RefreshCategories();
+    }
+}
+
+void EditFrame::SetCard(const FlashCard& card) {
+    mCard = card;
+    LoadForm();
+}
+
+void EditFrame::New() {
+    FlashCard card;
+    card.CategoryId = mServices.GetCurrentCategoryId(*mpDatabase);
+    card.IntroductionOrder = kBlankOrder;
+    card.Author = GetOwnerName();
+    SetCard(card);
+}
+
+void EditFrame::LoadForm() {
+    std::list<Category> found;
+    if (mpDatabase->SelectCategoryById(mCard.CategoryId, found) < 0) {
+        wxLogError("%s", _("Unable to get category list"));
+    }
+    mpForm->Load(mCard, found.empty() ? wxString("Default") : found.front().Name);
+}
+
+bool EditFrame::IsModified() const {
+    return mpForm->IsModified();
+}
+
+void EditFrame::Update(Subject* subject) {
+    if (subject == &mServices.GetSettingsNotifier()) {
+        SaveWindowPosition(kPositionKey, kApplicationName, *this);
+        ApplyFont();
+        RestoreWindowPosition(kPositionKey, kApplicationName, *this);
+    } else {
+        RefreshCategories();
+    }
+}
+
+void EditFrame::RefreshCategories() {
+    if (!mCard.CardId.IsZero()) {
+        int32_t count = 0;
+        if (mpDatabase->SelectCardIdCount(mCard.CardId, count) < 0) {
+            wxLogError("%s", _("Unable to search for card"));
+        } else if (count == 0) {
+            // Deleted elsewhere.
+            Leave();
+            return;
+        }
+    }
+    std::list<Category> categories;
+    if (mpDatabase->SelectAllCategories(categories) < 0) {
+        wxLogError("%s", _("Unable to get category list"));
+        return;
+    }
+    mpForm->SetCategories(categories);
+}
+
+int EditFrame::Save() {
+    if (CollectCard(*mpForm, *mpDatabase, *this, mCard) < 0) {
+        return -1;
+    }
+    Database& database = *mpDatabase;
+    mServices.SetCurrentCategoryId(database, mCard.CategoryId);
+    // A write that fails is reported by the store itself.
+    if (!mCard.CardId.IsZero()) {
+        database.UpdateFlashCard(mCard);
+    } else if (GenerateUuid(mCard.CardId) == 0) {
+        database.InsertFlashCard(mCard);
+    } else {
+        ShowValidationMessage(_("No id could be made for the new card, so it was not saved."));
+        return -1;
+    }
+    database.Notify();
+    return 0;
+}
+
+void EditFrame::SaveAndClose() {
+    if (!IsModified() || Save() == 0) {
+        Leave();
+    }
+}
+
+void EditFrame::SaveAndNew() {
+    if (Save() == 0 && !mHasLeft) {
+        New();
+    }
+    mpForm->FocusFront();
+}
+
+// The frame itself lives on until the next idle moment, the store perhaps not.
+void EditFrame::Leave() {
+    if (mHasLeft) {
+        return;
+    }
+    mHasLeft = true;
+    SaveWindowPosition(kPositionKey, kApplicationName, *this);
+    mSettingsAttachment.Detach();
+    SetDatabase(nullptr);
+    mServices.FrameClosed(*this);
+    Destroy();
+}
+
+void EditFrame::OnClose(wxCloseEvent& event) {
+    if (event.CanVeto() && IsModified()) {
+        const int answer = ShowMessageBox(_("Do you want to save changes to this flash card?"),
+                                          kApplicationName, wxYES_NO | wxCANCEL, this);
+        if (answer != wxNO && (answer != wxYES || Save() < 0)) {
+            event.Veto();
+            return;
+        }
+    }
+    Leave();
+}
+
+void EditFrame::OnActivate(wxActivateEvent& event) {
+    event.Skip();
+    if (event.GetActive() && !mHasLeft) {
+        mServices.FrameActivated(*this);
+    }
+}
+
+// The text fields know these keys too, so they are taken before a field sees them.
+void EditFrame::OnCharHook(wxKeyEvent& event) {
+    const int key = event.GetKeyCode();
+    const bool isEnter = key == WXK_RETURN || key == WXK_NUMPAD_ENTER;
+    if (isEnter && event.GetModifiers() == wxMOD_CONTROL) {
+        SaveAndClose();
+    } else if (isEnter && event.GetModifiers() == wxMOD_ALT) {
+        SaveAndNew();
+    } else {
+        event.Skip();
+    }
+}
+
+void EditFrame::OnExport(wxCommandEvent&) {
+    std::vector<int64_t> rowIds;
+    mpDatabase->SelectRowIdById(mCard.CardId, rowIds);
+    mServices.ExportCards(*this, rowIds);
+}

@@ -1,0 +1,196 @@
+#include "edit/EditSchedulePanel.h"
+
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/intl.h>
+#include <wx/sizer.h>
+#include <wx/spinctrl.h>
+#include <wx/textctrl.h>
+
+#include <iterator>
+#include <limits>
+#include <tuple>
+
+#include "base/Numbers.h"
+#include "base/WideText.h"
+#include "edit/FormLabel.h"
+#include "scheduler/IntervalUnits.h"
+#include "shell/AccessibleName.h"
+#include "shell/MessageBox.h"
+#include "store/TimeStamp.h"
+
+namespace {
+
+enum : int {
+    ID_REVIEW_INTERVAL = 10000,
+    ID_INTRODUCED = 10001,
+    ID_LAST_REVIEW = 10002,
+    ID_INTERVAL_UNIT = 10003,
+    ID_NEXT_REVIEW = 10004,
+    ID_LAST_SCORE = 10005,
+    ID_DIFFICULTY = 10007
+};
+
+constexpr int kLowestDifficulty = 0;
+constexpr int kHighestDifficulty = 32;
+constexpr int kHighestScore = 5;
+constexpr int kUnitGap = 5;
+
+constexpr const char* kUnits[] = {wxTRANSLATE("second(s)"), wxTRANSLATE("minute(s)"),
+                                  wxTRANSLATE("hour(s)"),   wxTRANSLATE("day(s)"),
+                                  wxTRANSLATE("week(s)"),   wxTRANSLATE("month(s)"),
+                                  wxTRANSLATE("year(s)")};
+static_assert(std::size(kUnits) == kIntervalUnitCount);
+
+// From the highest score down.
+constexpr const char* kScores[] = {
+    wxTRANSLATE("5 - Pass (no hesitation)"),   wxTRANSLATE("4 - Pass (some hesitation)"),
+    wxTRANSLATE("3 - Pass (with difficulty)"), wxTRANSLATE("2 - Pass (not confident)"),
+    wxTRANSLATE("1 - Pass (by guessing)"),     wxTRANSLATE("0 - Fail (incorrect)\n")};
+static_assert(std::size(kScores) == kHighestScore + 1);
+
+template <size_t kCount>
+wxArrayString Translated(const char* const (&texts)[kCount]) {
+    wxArrayString translated;
+    for (const char* const text : texts) {
+        translated.Add(wxGetTranslation(text));
+    }
+    return translated;
+}
+
+}  // namespace
+
+EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxString& title)
+    : wxPanel(parent, id, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, "panel") {
+    CreateControls();
+    LayOut(title);
+    // Of the two panels of a form neither has a heading, so each field tells to which it belongs.
+    SetToolTip(title);
+    for (wxWindow* const child : GetChildren()) {
+        child->SetToolTip(title);
+    }
+    UsePanelColour();
+    Bind(wxEVT_SYS_COLOUR_CHANGED, [this](wxSysColourChangedEvent& event) {
+        event.Skip();
+        UsePanelColour();
+    });
+}
+
+void EditSchedulePanel::CreateControls() {
+    mpIntroduced = new wxCheckBox(this, ID_INTRODUCED, _("Introduced"));
+    mpLastReview = CreateReadOnlyText(ID_LAST_REVIEW);
+    mpReviewInterval = new wxTextCtrl(this, ID_REVIEW_INTERVAL);
+    mpIntervalUnit =
+        new wxChoice(this, ID_INTERVAL_UNIT, wxDefaultPosition, wxDefaultSize, Translated(kUnits));
+    mpIntervalUnit->SetSelection(0);
+    mpNextReview = CreateReadOnlyText(ID_NEXT_REVIEW);
+    mpDifficulty =
+        new wxSpinCtrl(this, ID_DIFFICULTY, "0", wxDefaultPosition, wxDefaultSize, wxSP_ARROW_KEYS,
+                       kLowestDifficulty, kHighestDifficulty, 0, "wxSpinCtrl");
+    mpLastScore =
+        new wxChoice(this, ID_LAST_SCORE, wxDefaultPosition, wxDefaultSize, Translated(kScores));
+}
+
+wxTextCtrl* EditSchedulePanel::CreateReadOnlyText(int id) {
+    return new wxTextCtrl(this, id, wxString(), wxDefaultPosition, wxDefaultSize, wxTE_READONLY);
+}
+
+void EditSchedulePanel::LayOut(const wxString& title) {
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    const wxSizerFlags field = wxSizerFlags().Expand().Border(kFieldSides, kFormBorder);
+    const auto spoken = [&title](const wxString& label) { return title + ": " + label; };
+    const auto addLabel = [&](const wxString& text, const wxWindow& control, LabelPlace place) {
+        AddFormLabel(*column, text, control, spoken(text), place);
+    };
+
+    column->Add(mpIntroduced, wxSizerFlags().Border(wxALL, kFormBorder));
+    SetAccessibleName(*mpIntroduced, spoken(mpIntroduced->GetLabel()));
+    addLabel(_("Last Review"), *mpLastReview, LabelPlace::First);
+    column->Add(mpLastReview, field);
+    addLabel(_("Review Interval"), *mpReviewInterval, LabelPlace::Later);
+    auto* const interval = new wxBoxSizer(wxHORIZONTAL);
+    interval->Add(mpReviewInterval, wxSizerFlags(1).CentreVertical());
+    interval->Add(mpIntervalUnit, wxSizerFlags().CentreVertical().Border(wxLEFT, kUnitGap));
+    SetAccessibleName(*mpIntervalUnit, spoken(_("Unit of the Review Interval")));
+    column->Add(interval, field);
+    addLabel(_("Next Review"), *mpNextReview, LabelPlace::Later);
+    column->Add(mpNextReview, field);
+    addLabel(_("Difficulty"), *mpDifficulty, LabelPlace::Later);
+    column->Add(mpDifficulty, field);
+    addLabel(_("Last Score"), *mpLastScore, LabelPlace::Later);
+    column->Add(mpLastScore, field);
+    SetSizer(column);
+}
+
+// The colour is a copy, so it is taken anew whenever the desktop's colours change.
+void EditSchedulePanel::UsePanelColour() {
+    for (wxTextCtrl* const text : {mpLastReview, mpNextReview}) {
+        text->SetBackgroundColour(GetBackgroundColour());
+    }
+}
+
+void EditSchedulePanel::Load(const CardSchedule& schedule) {
+    mSchedule = schedule;
+    mpIntroduced->SetValue(schedule.Introduced);
+    mpLastReview->ChangeValue(FormatTimeStamp(schedule.LastReview));
+    const IntervalInUnits interval = SplitInterval(schedule.ReviewInterval);
+    mpReviewInterval->ChangeValue(wxString::Format("%.2f", static_cast<double>(interval.Value)));
+    mpIntervalUnit->SetSelection(interval.Unit);
+    mpDifficulty->SetValue(schedule.Difficulty);
+    mpNextReview->ChangeValue(FormatTimeStamp(schedule.NextReview()));
+    // A score that no study gives has no text.
+    mpLastScore->SetSelection(
+        schedule.LastScore <= kHighestScore ? kHighestScore - schedule.LastScore : wxNOT_FOUND);
+    mSaved = GetState();
+}
+
+int EditSchedulePanel::Save(CardSchedule& schedule) {
+    mSchedule.Introduced = mpIntroduced->GetValue();
+    if (mpLastScore->GetSelection() != wxNOT_FOUND) {
+        mSchedule.LastScore = static_cast<uint8_t>(kHighestScore - mpLastScore->GetSelection());
+    }
+    if (!ReadInterval(mSchedule.ReviewInterval)) {
+        ShowValidationMessage(_("ReviewInterval must be a number"));
+        mpReviewInterval->SetFocus();
+        mpReviewInterval->SelectAll();
+        return -1;
+    }
+    mSchedule.Difficulty = static_cast<uint8_t>(mpDifficulty->GetValue());
+    if (mSchedule.Difficulty > kHighestDifficulty) {
+        ShowValidationMessage(
+            wxString::Format(_("Difficulty must be a while number between %i and %i"),
+                             kLowestDifficulty, kHighestDifficulty));
+        mpDifficulty->SetFocus();
+        return -1;
+    }
+    schedule = mSchedule;
+    return 0;
+}
+
+bool EditSchedulePanel::ReadInterval(float& seconds) const {
+    constexpr float kGreatest = std::numeric_limits<float>::max();
+    double number = 0.0;
+    if (!ParseDecimal(TrimWide(mpReviewInterval->GetValue()), number) || !(number >= 0.0) ||
+        number > static_cast<double>(kGreatest)) {
+        return false;
+    }
+    const auto value = static_cast<float>(number);
+    const float unit = IntervalUnitSeconds(mpIntervalUnit->GetSelection());
+    seconds = value > kGreatest / unit ? kGreatest : value * unit;
+    return true;
+}
+
+bool EditSchedulePanel::IsModified() const {
+    return !(GetState() == mSaved);
+}
+
+EditSchedulePanel::State EditSchedulePanel::GetState() const {
+    return {mpIntroduced->GetValue(),       mpLastReview->GetValue(), mpReviewInterval->GetValue(),
+            mpIntervalUnit->GetSelection(), mpDifficulty->GetValue(), mpLastScore->GetSelection()};
+}
+
+bool EditSchedulePanel::State::operator==(const State& other) const {
+    return std::tie(Introduced, LastReview, Interval, Unit, Difficulty, Score) ==
+           std::tie(other.Introduced, other.LastReview, other.Interval, other.Unit,
+                    other.Difficulty, other.Score);
+}

@@ -1,0 +1,87 @@
+#include "app/Editors.h"
+
+#include <wx/textctrl.h>
+
+#include "edit/EditFrame.h"
+#include "shell/CommandIds.h"
+#include "support/FakeServices.h"
+#include "support/GuiTest.h"
+
+namespace {
+
+class EditorsTest : public GuiStoreTest {
+  protected:
+    struct Services : FakeServices {
+        void FrameClosed(wxFrame& frame) override {
+            FakeServices::FrameClosed(frame);
+            Open.Forget(frame);
+        }
+        Editors Open{*this};
+    };
+
+    void OpenNew(const wxString& front) {
+        mEditors.OpenNew(mDatabase);
+        auto& editor = *wxTopLevelWindows.back();
+        dynamic_cast<wxTextCtrl&>(*FindById(editor, 10001)).ChangeValue(front);
+        dynamic_cast<wxTextCtrl&>(*FindById(editor, 10002)).ChangeValue("back");
+    }
+    static size_t Count() {
+        DrainEvents();
+        return wxTopLevelWindows.GetCount();
+    }
+
+    Services mServices;
+    Editors& mEditors = mServices.Open;
+};
+
+TEST_F(EditorsTest, AStoredCardHasOneEditorUntilThatGoesOnToAnother) {
+    const FlashCard card = Insert(MakeCard("front", "back"));
+    mEditors.Open(card, mDatabase);
+    mEditors.Open(card, mDatabase);
+    EXPECT_EQ(Count(), 1U);
+    wxCommandEvent saveAndNew(wxEVT_MENU, ID_SAVE_NEW);
+    wxTopLevelWindows.front()->GetEventHandler()->ProcessEvent(saveAndNew);
+    mEditors.Open(card, mDatabase);
+    EXPECT_EQ(Count(), 2U);
+    // A card that was deleted meanwhile has none.
+    mEditors.Open(MakeCard("gone", "gone"), mDatabase);
+    EXPECT_EQ(Count(), 2U);
+    EXPECT_TRUE(mEditors.CloseAll());
+    EXPECT_EQ(Count(), 0U);
+}
+
+TEST_F(EditorsTest, ClosingAllStopsAtTheFirstThatRefuses) {
+    mEditors.OpenNew(mDatabase);
+    OpenNew("kept");
+    OpenNew("not asked");
+    ModalAnswers answers;
+    answers.Expect(wxID_CANCEL);
+    EXPECT_FALSE(mEditors.CloseAll());
+    EXPECT_EQ(Count(), 2U);
+    answers.Expect(wxID_YES);
+    answers.Expect(wxID_NO);
+    EXPECT_TRUE(mEditors.CloseAll());
+    EXPECT_EQ(Count(), 0U);
+    EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"kept"});
+}
+
+TEST_F(EditorsTest, AnotherStoreAsksOnceWhetherChangesMayBeLost) {
+    mEditors.OpenNew(mDatabase);
+    EXPECT_TRUE(mEditors.DiscardAll(nullptr)) << "asked without any change";
+    EXPECT_EQ(Count(), 0U);
+    ModalAnswers answers;
+    OpenNew("one");
+    answers.Expect(wxID_NO);
+    EXPECT_FALSE(mEditors.DiscardAll(nullptr));
+    EXPECT_EQ(Count(), 1U);
+    OpenNew("two");
+    answers.Expect(wxID_YES);
+    EXPECT_TRUE(mEditors.DiscardAll(nullptr));
+    EXPECT_EQ(Count(), 0U);
+    EXPECT_EQ(answers.Dialogs.at(0).Title, "Discard changes?");
+    EXPECT_TRUE(answers.Dialogs.at(0).Message.StartsWith("You have modified a flash card but it"));
+    EXPECT_TRUE(answers.Dialogs.at(1).Message.StartsWith("You have modified flash cards that"));
+    EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), Strings{"0"});
+}
+
+}  // namespace

@@ -1,0 +1,279 @@
+#include "edit/EditFrame.h"
+
+#include <wx/combobox.h>
+#include <wx/menu.h>
+#include <wx/textctrl.h>
+#include <wx/utils.h>
+#include <wx/weakref.h>
+
+#include <limits>
+
+#include "edit/EditSchedulePanel.h"
+#include "shell/CommandIds.h"
+#include "support/FakeServices.h"
+#include "support/GuiTest.h"
+
+namespace {
+
+enum Field : int {
+    kFront = 10001,
+    kBack = 10002,
+    kAuthor = 10003,
+    kOrder = 10004,
+    kForwardSchedule = 10005,
+    kChapter = 10009,
+    kCategory = 10013
+};
+constexpr int kInterval = 10000;
+
+// An editor on a real store, told what to do by commands as a person would.
+class EditFrameTest : public GuiStoreTest {
+  protected:
+    ~EditFrameTest() override {
+        if (mpFrame != nullptr) {
+            mpFrame->Close(true);
+        }
+    }
+
+    void Open() {
+        mpFrame = new EditFrame(mServices);
+        mpFrame->SetDatabase(&mDatabase);
+        mpFrame->New();
+        Show();
+    }
+    void Open(const FlashCard& card) {
+        mpFrame = new EditFrame(mServices);
+        mpFrame->SetDatabase(&mDatabase);
+        mpFrame->SetCard(card);
+        Show();
+    }
+    void Show() {
+        mpFrame->Show();
+        EXPECT_TRUE(WaitFor([this] { return mpFrame->IsActive(); }));
+    }
+    void OpenWith(const wxString& front, const wxString& back) {
+        Open();
+        Type(kFront, front);
+        Type(kBack, back);
+    }
+
+    wxWindow& Control(int field) { return *FindById(*mpFrame, field); }
+    void Type(int field, const wxString& text) {
+        dynamic_cast<wxTextEntry&>(Control(field)).ChangeValue(text);
+    }
+    wxString Text(int field) { return dynamic_cast<wxTextEntry&>(Control(field)).GetValue(); }
+    wxComboBox& Category() { return dynamic_cast<wxComboBox&>(Control(kCategory)); }
+
+    void Command(int id, wxEventType type = wxEVT_MENU) {
+        wxCommandEvent event(type, id);
+        mpFrame->GetEventHandler()->ProcessEvent(event);
+        DrainEvents();
+    }
+    bool IsGone() { return mpFrame == nullptr; }
+    wxString Orders() {
+        wxString orders;
+        for (const std::string& row : Query("SELECT IntroductionOrder FROM Cards ORDER BY rowid")) {
+            orders += row + " ";
+        }
+        return orders;
+    }
+
+    FakeServices mServices;
+    wxWeakRef<EditFrame> mpFrame;
+};
+
+TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {
+    Open();
+    Type(kFront, L" \n\u3000");
+    wxWindow& forwardInterval = *FindById(Control(kForwardSchedule), kInterval);
+    dynamic_cast<wxTextEntry&>(forwardInterval).ChangeValue("x");
+    const wxString name = wxString(L"100%s \"\u00e9\"\n") + wxString('n', 5000);
+    Type(kCategory, name);
+    Type(kOrder, "12a");
+    const auto expectFault = [this](int answer, const wxString& message, wxWindow& field) {
+        ModalAnswers answers;
+        answers.Expect(answer);
+        Command(ID_SAVE_CLOSE);
+        EXPECT_EQ(answers.Dialogs.back().Message.Left(60), message.Left(60));
+        EXPECT_EQ(wxWindow::FindFocus(), &field);
+        long from = 0;
+        long to = 0;
+        dynamic_cast<wxTextEntry&>(field).GetSelection(&from, &to);
+        EXPECT_EQ(to - from, dynamic_cast<wxTextEntry&>(field).GetLastPosition());
+    };
+    expectFault(wxID_OK, "Flash cards cannot have a blank front", Control(kFront));
+    Type(kFront, "  front ");
+    expectFault(wxID_OK, "Flash cards cannot have a blank back", Control(kBack));
+    Type(kBack, "back");
+    expectFault(wxID_OK, "ReviewInterval must be a number", forwardInterval);
+    dynamic_cast<wxTextEntry&>(forwardInterval).ChangeValue("2");
+    const wxString question = wxString(L"Category \"100%s \"\u00e9\"\n") + wxString('n', 100);
+    expectFault(wxID_NO, question, Control(kCategory));
+    EXPECT_EQ(Query("SELECT COUNT(*) FROM Categories"), Strings{"1"});
+
+    ModalAnswers answers;
+    answers.Expect(wxID_YES);
+    answers.Expect(wxID_OK);
+    Command(ID_SAVE_CLOSE);
+    EXPECT_EQ(answers.Dialogs.at(0).Title, "Create Category?");
+    EXPECT_EQ(answers.Dialogs.at(1).Message, "Introduction Order must be a whole number");
+    EXPECT_EQ(wxWindow::FindFocus(), &Control(kOrder));
+    EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), Strings{"0"});
+    Type(kOrder, "-5");
+    Command(wxID_OK, wxEVT_BUTTON);
+    EXPECT_TRUE(IsGone());
+    EXPECT_EQ(Query("SELECT Front,Back,CategoryId,IntroductionOrder,ReviewInterval FROM Cards"),
+              Strings{"front|back|1|-5|2.0"});
+    std::list<::Category> created;
+    mDatabase.SelectCategoryById(1, created);
+    EXPECT_EQ(created.front().Name, name);
+    EXPECT_EQ(mServices.CurrentCategory, 1);
+}
+
+TEST_F(EditFrameTest, ABlankOrderGoesBehindAllOthers) {
+    OpenWith("f", "b");
+    Command(ID_SAVE_NEW);
+    for (const char* const order : {"7", "", "99999999999", "2147483647", ""}) {
+        Type(kFront, "f");
+        Type(kBack, "b");
+        Type(kOrder, order);
+        Command(ID_SAVE_NEW);
+        EXPECT_EQ(Text(kFront), "");
+    }
+    EXPECT_EQ(Orders(), "1 7 8 -1 2147483647 2147483647 ");
+    for (const char* const order : {"1.5", "2147483648", "-2147483648"}) {
+        Type(kFront, "f");
+        Type(kBack, "b");
+        Type(kOrder, order);
+        ModalAnswers answers;
+        answers.Expect(wxID_OK);
+        Command(ID_SAVE_NEW);
+        EXPECT_EQ(wxWindow::FindFocus(), &Control(kFront));
+    }
+}
+
+TEST_F(EditFrameTest, ANewCardIsTheOwnersAndInTheCurrentCategory) {
+    mDatabase.CategoryInsert("007");
+    mServices.CurrentCategory = 1;
+    Open();
+    EXPECT_EQ(Text(kAuthor), wxGetUserName().empty() ? wxGetUserId() : wxGetUserName());
+    EXPECT_EQ(Text(kCategory), "7");
+    EXPECT_EQ(Text(kOrder), "");
+    EXPECT_TRUE(mpFrame->GetCardId().IsZero());
+    EXPECT_EQ(wxWindow::FindFocus(), &Control(kFront));
+    EXPECT_EQ(mpFrame->GetMenuBar()->FindMenu("View"), wxNOT_FOUND);
+    // Nothing was typed.
+    Command(ID_SAVE_CLOSE);
+    EXPECT_TRUE(IsGone());
+    EXPECT_EQ(mServices.Closed.size(), 1U);
+    // The same name for the store, and a blank one.
+    for (const char* const category : {"0007", "  "}) {
+        OpenWith("f", "b");
+        Type(kCategory, category);
+        Command(ID_SAVE_CLOSE);
+    }
+    EXPECT_EQ(Query("SELECT CategoryId FROM Cards ORDER BY rowid"), (Strings{"1", "0"}));
+}
+
+TEST_F(EditFrameTest, ClosingAsksWhetherChangesAreToBeSaved) {
+    const FlashCard card = Insert(MakeCard("front", "back"));
+    const struct {
+        int Answer;
+        const char* Front;
+        bool Closes;
+        const char* Stored;
+    } cases[] = {{wxID_CANCEL, "other", false, "front"},
+                 {wxID_NO, "other", true, "front"},
+                 {wxID_YES, "other", true, "other"}};
+    for (const auto& one : cases) {
+        Open(card);
+        Type(kFront, one.Front);
+        ModalAnswers answers;
+        answers.Expect(one.Answer);
+        Command(wxID_CANCEL, wxEVT_BUTTON);
+        EXPECT_EQ(answers.Dialogs.at(0).Message, "Do you want to save changes to this flash card?");
+        EXPECT_EQ(IsGone(), one.Closes);
+        EXPECT_EQ(Stored(card.CardId).Front, one.Stored);
+        if (!IsGone()) {
+            // By force, without a question.
+            mpFrame->Close(true);
+            DrainEvents();
+        }
+        EXPECT_TRUE(IsGone());
+    }
+    Open(card);
+    Type(kFront, "");
+    ModalAnswers answers;
+    answers.Expect(wxID_YES);
+    answers.Expect(wxID_OK);
+    Command(wxID_CLOSE);
+    EXPECT_FALSE(IsGone()) << "closed although the save failed";
+}
+
+TEST_F(EditFrameTest, ATextThatCannotBeShownIsKeptWhileItIsNotTouched) {
+    FlashCard card = MakeCard("front\r\nsecond", wxString(L"a\0b\xD800 c", 6));
+    for (int line = 0; line < 50000; ++line) {
+        card.Notes += L"\u05d0\u05b8 \u0065\u0301 \U0001F600 and more\n";
+    }
+    card.Notes += "end";
+    card.Author = wxString(L"line\nline\0", 10);
+    Insert(card);
+    Open(card);
+    EXPECT_FALSE(mpFrame->IsModified());
+    EXPECT_TRUE(Text(kBack).EndsWith(" c"));
+    Type(kChapter, "1");
+    Command(ID_SAVE_CLOSE);
+    const FlashCard stored = Stored(card.CardId);
+    EXPECT_EQ(stored.Chapter, "1");
+    EXPECT_EQ(stored.Front, card.Front);
+    EXPECT_EQ(stored.Notes, card.Notes);
+    EXPECT_EQ(stored.Author, card.Author);
+    FlashCard plain = card;
+    plain.Chapter = "1";
+    mDatabase.UpdateFlashCard(plain);
+    EXPECT_EQ(stored.Back, Stored(card.CardId).Back);
+}
+
+TEST_F(EditFrameTest, TheCategoriesFollowTheStoreAndATypedTextStays) {
+    for (const char* const name : {"one", "two"}) {
+        mDatabase.CategoryInsert(name);
+    }
+    Open(Insert(MakeCard("f", "b", 2)));
+    const auto change = [this] {
+        mDatabase.Notify();
+        wxString names;
+        for (const wxString& name : Category().GetStrings()) {
+            names += name + " ";
+        }
+        return names;
+    };
+    EXPECT_EQ(change(), "Default one two ");
+    mDatabase.UpdateCategory({2, "zwei"});
+    EXPECT_EQ(change(), "Default one zwei ");
+    EXPECT_EQ(Text(kCategory), "zwei");
+    EXPECT_FALSE(mpFrame->IsModified());
+    Type(kCategory, "mine");
+    mDatabase.DeleteCategory(1);
+    mDatabase.UpdateCategory({0, "null"});
+    mDatabase.UpdateCategory({2, "deux"});
+    EXPECT_EQ(change(), "null deux ");
+    mDatabase.CategoryInsert("new");
+    EXPECT_EQ(change(), "null deux new ");
+    EXPECT_EQ(Text(kCategory), "mine");
+}
+
+TEST_F(EditFrameTest, ACardDeletedElsewhereClosesItsEditor) {
+    const FlashCard card = Insert(MakeCard("f", "b"));
+    Open(card);
+    Type(kFront, "changed");
+    mDatabase.Notify();
+    DrainEvents();
+    ASSERT_FALSE(IsGone());
+    mDatabase.DeleteCard(card.CardId);
+    mDatabase.Notify();
+    DrainEvents();
+    EXPECT_TRUE(IsGone());
+    EXPECT_EQ(mServices.Closed.size(), 1U);
+}
+
+}  // namespace

@@ -1,0 +1,122 @@
+#include "edit/EditSchedulePanel.h"
+
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/frame.h>
+#include <wx/spinctrl.h>
+#include <wx/textctrl.h>
+
+#include <limits>
+
+#include "support/GuiTest.h"
+
+namespace {
+
+constexpr float kGreatest = std::numeric_limits<float>::max();
+
+class EditSchedulePanelTest : public GuiTest {
+  protected:
+    template <class T>
+    T& Control(int id) {
+        return dynamic_cast<T&>(*FindById(*mpPanel, id));
+    }
+    wxTextCtrl& Interval() { return Control<wxTextCtrl>(10000); }
+    wxChoice& Unit() { return Control<wxChoice>(10003); }
+    void LoadInterval(float seconds) {
+        CardSchedule schedule;
+        schedule.ReviewInterval = seconds;
+        mpPanel->Load(schedule);
+    }
+
+    wxFrame* mpFrame = new wxFrame(nullptr, wxID_ANY, "frame");
+    EditSchedulePanel* mpPanel = new EditSchedulePanel(mpFrame, wxID_ANY, "Forward");
+};
+
+TEST_F(EditSchedulePanelTest, AnIntervalIsShownInItsUnitAndSavedAsShown) {
+    const struct {
+        float Seconds;
+        const char* Text;
+        int Unit;
+        float Saved;
+    } cases[] = {{0.0f, "0.00", 0, 0.0f},
+                 {5.0f, "5.00", 0, 5.0f},
+                 {120.0f, "120.00", 0, 120.0f},
+                 {7200.0f, "120.00", 1, 7200.0f},
+                 {7201.0f, "2.00", 2, 7200.0f},
+                 {1000000.0f, "11.57", 3, 999648.0f},
+                 {2.0f * 31536000.0f, "24.00", 5, 24.0f * 2628000.0f},
+                 {1e9f, "31.71", 6, 31.71f * 31536000.0f}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.Text);
+        LoadInterval(one.Seconds);
+        EXPECT_EQ(Interval().GetValue(), one.Text);
+        EXPECT_EQ(Unit().GetSelection(), one.Unit);
+        EXPECT_FALSE(mpPanel->IsModified());
+        CardSchedule saved;
+        EXPECT_EQ(mpPanel->Save(saved), 0);
+        EXPECT_EQ(saved.ReviewInterval, one.Saved);
+    }
+}
+
+TEST_F(EditSchedulePanelTest, ATypedIntervalIsTakenOrRefusedWithTheRecordUntouched) {
+    constexpr float kRefused = -1.0f;
+    const struct {
+        const char* Text;
+        int Unit;
+        float Saved;
+    } cases[] = {{"3.5", 3, 302400.0f},   {" 1e38\n", 6, kGreatest}, {"3.4e38", 0, 3.4e38f},
+                 {"3.5e38", 0, kRefused}, {"-1", 0, kRefused},       {"5 days", 0, kRefused},
+                 {"nan", 0, kRefused},    {"1e999", 0, kRefused}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.Text);
+        LoadInterval(60.0f);
+        Interval().SetValue(one.Text);
+        Unit().SetSelection(one.Unit);
+        EXPECT_TRUE(mpPanel->IsModified());
+        ModalAnswers answers;
+        if (one.Saved == kRefused) {
+            answers.Expect(wxID_OK);
+        }
+        CardSchedule saved;
+        saved.ReviewInterval = kRefused;
+        mpPanel->Save(saved);
+        EXPECT_EQ(saved.ReviewInterval, one.Saved);
+        if (one.Saved == kRefused) {
+            EXPECT_EQ(answers.Dialogs.at(0).Title, "Message");
+            EXPECT_EQ(answers.Dialogs.at(0).Message, "ReviewInterval must be a number");
+        }
+    }
+}
+
+TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
+    CardSchedule schedule;
+    schedule.LastReview = wxDateTime(static_cast<time_t>(1700000000));
+    schedule.LastScore = 4;
+    schedule.ReviewInterval = 60.0f;
+    schedule.Difficulty = 20;
+    schedule.ERC = 77;
+    mpPanel->Load(schedule);
+    EXPECT_EQ(Control<wxTextCtrl>(10002).GetValue(), "2023-11-14 22:13:20Z");
+    EXPECT_EQ(Control<wxTextCtrl>(10004).GetValue(), "2023-11-14 22:14:20Z");
+    CardSchedule saved;
+    EXPECT_EQ(mpPanel->Save(saved), 0);
+    EXPECT_EQ(saved, schedule);
+
+    Control<wxCheckBox>(10001).SetValue(true);
+    Control<wxSpinCtrl>(10007).SetValue(32);
+    Control<wxChoice>(10005).SetSelection(5);
+    EXPECT_EQ(Control<wxChoice>(10005).GetStringSelection(), "0 - Fail (incorrect)\n");
+    EXPECT_EQ(mpPanel->Save(saved), 0);
+    schedule.Introduced = true;
+    schedule.Difficulty = 32;
+    schedule.LastScore = 0;
+    EXPECT_EQ(saved, schedule);
+
+    // A score without a text in the choice.
+    schedule.LastScore = 9;
+    mpPanel->Load(schedule);
+    EXPECT_EQ(mpPanel->Save(saved), 0);
+    EXPECT_EQ(saved.LastScore, 9);
+}
+
+}  // namespace
