@@ -1,6 +1,8 @@
 #include "store/TimeStamp.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <string>
 
 #include "base/Numbers.h"
 
@@ -48,6 +50,13 @@ CivilDate CivilFromDays(int64_t days) {
     return {year, month, day};
 }
 
+// With zeros in front up to the width. An export formats two times for each card, for which the
+// library's formatting is too slow.
+void AppendNumber(std::wstring& text, unsigned number, size_t width) {
+    const std::wstring digits = std::to_wstring(number);
+    text.append(width - std::min(width, digits.size()), L'0').append(digits);
+}
+
 struct Component {
     uint32_t least;
     uint32_t greatest;
@@ -70,9 +79,21 @@ wxString FormatTimeStamp(const wxDateTime& time) {
     const int64_t days = FloorDivide(seconds, kSecondsPerDay);
     const auto second = static_cast<unsigned>(seconds - days * kSecondsPerDay);
     const CivilDate date = CivilFromDays(days);
-    return wxString::Format("%04u-%02u-%02u %02u:%02u:%02uZ", static_cast<unsigned>(date.year),
-                            static_cast<unsigned>(date.month), static_cast<unsigned>(date.day),
-                            second / 3600, second / 60 % 60, second % 60);
+    std::wstring text;
+    text.reserve(20);
+    AppendNumber(text, static_cast<unsigned>(date.year), 4);
+    text.push_back(L'-');
+    AppendNumber(text, static_cast<unsigned>(date.month), 2);
+    text.push_back(L'-');
+    AppendNumber(text, static_cast<unsigned>(date.day), 2);
+    text.push_back(L' ');
+    AppendNumber(text, second / 3600, 2);
+    text.push_back(L':');
+    AppendNumber(text, second / 60 % 60, 2);
+    text.push_back(L':');
+    AppendNumber(text, second % 60, 2);
+    text.push_back(L'Z');
+    return text;
 }
 
 int ParseTimeStamp(const wxString& text, wxDateTime& time) {

@@ -1,0 +1,206 @@
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "exchange/Export.h"
+#include "exchange/PasteThread.h"
+#include "store/Database.h"
+#include "support/Fakes.h"
+
+// An export beside bare SQLite that reads the same cards by their row ids: each read by itself, and
+// all of them under one lock of the file. A table reads the cards twice, and so does its floor.
+namespace {
+
+constexpr int kCards = 100000;
+
+class ExportStore {
+  public:
+    explicit ExportStore(int cards) : mPath(kDirectory) {
+        std::filesystem::remove_all(mPath);
+        std::filesystem::create_directories(mPath);
+        mIsOpen = mDatabase.Open(wxString::FromUTF8(Path("store.vlm")), mWait) == 0 &&
+                  mDatabase.CategoryInsert("Default") == 0 &&
+                  mDatabase.CategoryInsert("Words") == 0 &&
+                  mDatabase.Execute(wxString::FromUTF8(FillSql(cards))) == 0 &&
+                  mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", RowIds) == 0;
+    }
+    ~ExportStore() {
+        mDatabase.Close();
+        std::filesystem::remove_all(mPath);
+    }
+    ExportStore(const ExportStore&) = delete;
+    ExportStore& operator=(const ExportStore&) = delete;
+
+    bool IsOpen() const { return mIsOpen; }
+    Database& Get() { return mDatabase; }
+    std::string Path(const std::string& name) const { return mPath + "/" + name; }
+
+    std::vector<int64_t> RowIds;
+
+  private:
+    static constexpr char kDirectory[] = "/dev/shm/velomind-export-bench";
+
+    static std::string FillSql(int cards) {
+        return "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+               std::to_string(cards - 1) +
+               ") INSERT INTO Cards (CardId, Front, Back, CategoryId, Author, Chapter, "
+               "IntroductionOrder, Notes, Introduced, LastReview, LastScore, ReviewInterval, "
+               "Difficulty, NextReview, ERC) SELECT "
+               "printf('%08x-0000-4000-8000-%012x', i * 2654435761 % 4294967296, i), "
+               "'the front of card ' || i, 'what stands on the back of card ' || i, i % 2, "
+               "'somebody', 'chapter ' || i / 1000, i, 'a note that helps to remember ' || i, "
+               "1, 1700000000 + i, 3, 86400.0 + i, 16, 1700086400, i * 7 FROM n";
+    }
+
+    std::string mPath;
+    RecordingReport mReport;
+    SilentUpgradeWait mWait;
+    Database mDatabase{mReport};
+    bool mIsOpen = false;
+};
+
+// All columns of each card, as a program would that does nothing with them.
+class BareScan {
+  public:
+    explicit BareScan(const std::string& path) {
+        sqlite3_open(path.c_str(), &mpHandle);
+        sqlite3_prepare_v2(
+            mpHandle,
+            "SELECT CardId, Front, Back, CategoryId, Author, Chapter, IntroductionOrder, ForwardX, "
+            "ReverseX, Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, "
+            "RIntroduced, RLastReview, RLastScore, RReviewInterval, RDifficulty, RERC "
+            "FROM Cards WHERE ROWID = ?",
+            -1, &mpSelect, nullptr);
+    }
+    ~BareScan() {
+        sqlite3_finalize(mpSelect);
+        sqlite3_close(mpHandle);
+    }
+    BareScan(const BareScan&) = delete;
+    BareScan& operator=(const BareScan&) = delete;
+
+    void Run(const std::vector<int64_t>& rowIds, bool locked) {
+        if (locked) {
+            sqlite3_exec(mpHandle, "BEGIN", nullptr, nullptr, nullptr);
+        }
+        for (const int64_t rowId : rowIds) {
+            sqlite3_bind_int64(mpSelect, 1, rowId);
+            if (sqlite3_step(mpSelect) == SQLITE_ROW) {
+                ReadColumns();
+            }
+            sqlite3_reset(mpSelect);
+        }
+        if (locked) {
+            sqlite3_exec(mpHandle, "COMMIT", nullptr, nullptr, nullptr);
+        }
+    }
+
+  private:
+    void ReadColumns() {
+        for (const int column : {0, 1, 2, 4, 5, 9}) {
+            benchmark::DoNotOptimize(sqlite3_column_text(mpSelect, column));
+            benchmark::DoNotOptimize(sqlite3_column_bytes(mpSelect, column));
+        }
+        for (const int column : {3, 6, 7, 8, 10, 11, 12, 14, 15, 16, 17, 18, 20, 21}) {
+            benchmark::DoNotOptimize(sqlite3_column_int(mpSelect, column));
+        }
+        for (const int column : {13, 19}) {
+            benchmark::DoNotOptimize(sqlite3_column_double(mpSelect, column));
+        }
+    }
+
+    sqlite3* mpHandle = nullptr;
+    sqlite3_stmt* mpSelect = nullptr;
+};
+
+template <typename Work>
+double MicrosecondsPerCard(const Work& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
+               .count() /
+           kCards;
+}
+
+double Median(std::vector<double>& values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+void ExportCards(benchmark::State& state) {
+    const ExportOptions options{true, static_cast<ExportFormat>(state.range(0)), L'\t'};
+    const wxFontEncoding encoding = ExportEncoding(static_cast<int>(state.range(1)));
+    const int scans = options.Format == ExportFormat::kDelimited ? 2 : 1;
+    ExportStore store(kCards);
+    if (!store.IsOpen()) {
+        state.SkipWithError("cannot make the store");
+        return;
+    }
+    BareScan bare(store.Path("store.vlm"));
+    std::vector<double> times;
+    std::vector<double> ratios;
+    std::vector<double> lockedRatios;
+    for (auto _ : state) {
+        const auto scan = [&](bool locked) {
+            return MicrosecondsPerCard([&] {
+                for (int i = 0; i < scans; ++i) {
+                    bare.Run(store.RowIds, locked);
+                }
+            });
+        };
+        const double floor = scan(false);
+        const double lockedFloor = scan(true);
+        ExportProgress progress;
+        times.push_back(MicrosecondsPerCard([&] {
+            ExportToFile(wxString::FromUTF8(store.Path("out.txt")), encoding, store.Get(),
+                         store.RowIds, options, progress);
+        }));
+        if (progress.Position != kCards) {
+            state.SkipWithError("cards are missing");
+            return;
+        }
+        ratios.push_back(times.back() / floor);
+        lockedRatios.push_back(times.back() / lockedFloor);
+        state.SetIterationTime(times.back() * kCards * 1e-6);
+    }
+    state.counters["card_us"] = Median(times);
+    state.counters["ratio"] = Median(ratios);
+    state.counters["ratio_locked"] = Median(lockedRatios);
+}
+BENCHMARK(ExportCards)
+    ->ArgNames({"format", "encoding"})
+    ->ArgsProduct({{0, 1, 2}, {0, 2}})
+    ->Iterations(7)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+void PasteCards(benchmark::State& state) {
+    constexpr int kPasted = 10000;
+    const bool copy = state.range(0) != 0;
+    ExportStore store(kPasted);
+    if (!store.IsOpen()) {
+        state.SkipWithError("cannot make the store");
+        return;
+    }
+    for (auto _ : state) {
+        PasteThread thread(store.Get(), store.RowIds, copy, 1);
+        thread.Start();
+        thread.Join();
+    }
+    state.SetItemsProcessed(state.iterations() * kPasted);
+}
+BENCHMARK(PasteCards)
+    ->ArgNames({"copy"})
+    ->Arg(0)
+    ->Arg(1)
+    ->Iterations(3)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace
