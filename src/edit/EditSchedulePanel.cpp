@@ -99,7 +99,7 @@ void EditSchedulePanel::LayOut(const wxString& title) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
     const wxSizerFlags field = wxSizerFlags().Expand().Border(kFieldSides, kFormBorder);
     const auto spoken = [&title](const wxString& label) { return title + ": " + label; };
-    const auto addLabel = [&](const wxString& text, const wxWindow& control, LabelPlace place) {
+    const auto addLabel = [&](const wxString& text, wxWindow& control, LabelPlace place) {
         AddFormLabel(*column, text, control, spoken(text), place);
     };
 

@@ -15,5 +15,5 @@ constexpr int kFieldSides = wxLEFT | wxRIGHT | wxBOTTOM;
 // created already. The text may hold the mark of a mnemonic, readers of the screen say the spoken
 // name. The first label of a group keeps its distance above too.
 enum class LabelPlace { First, Later };
-void AddFormLabel(wxSizer& column, const wxString& text, const wxWindow& control,
+void AddFormLabel(wxSizer& column, const wxString& text, wxWindow& control,
                   const wxString& spokenName, LabelPlace place);

@@ -1,6 +1,5 @@
 #include "shell/AccessibleName.h"
 
-#include <wx/stattext.h>
 #include <wx/window.h>
 
 #ifdef __WXGTK__
@@ -20,7 +19,8 @@ Function Find(const char* name) {
 }
 
 bool IsA(void* widget, const char* typeFunction) {
-    static const auto isA = Find<int (*)(void* instance, size_t type)>("g_type_check_instance_is_a");
+    static const auto isA =
+        Find<int (*)(void* instance, size_t type)>("g_type_check_instance_is_a");
     const auto getType = Find<size_t (*)()>(typeFunction);
     return isA != nullptr && getType != nullptr && isA(widget, getType()) != 0;
 }
@@ -59,19 +59,8 @@ void SetAccessibleName(const wxWindow& window, const wxString& name) {
     }
 }
 
-void LabelControl(const wxStaticText& label, const wxWindow& control) {
-    static const auto setTarget =
-        Find<void (*)(void* label, void* widget)>("gtk_label_set_mnemonic_widget");
-    void* const target = FindInner(control.GetHandle());
-    if (setTarget != nullptr && target != nullptr) {
-        setTarget(label.GetHandle(), target);
-    }
-}
-
 #else
 
 void SetAccessibleName(const wxWindow& /*window*/, const wxString& /*name*/) {}
-
-void LabelControl(const wxStaticText& /*label*/, const wxWindow& /*control*/) {}
 
 #endif

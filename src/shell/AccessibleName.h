@@ -2,14 +2,9 @@
 
 #include <wx/string.h>
 
-class wxStaticText;
 class wxWindow;
 
 // What a screen reader says of a window that has no words of its own to give: one that paints
 // itself, or a control whose label stands beside it. Does nothing where the platform offers no such
 // name.
 void SetAccessibleName(const wxWindow& window, const wxString& name);
-
-// Makes a text the label of the control beside it: the key that the text underlines gives the
-// control the focus.
-void LabelControl(const wxStaticText& label, const wxWindow& control);

@@ -1,0 +1,94 @@
+"""A person writes cards, corrects them and moves them, all by the keys."""
+
+import unittest
+
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
+
+EDIT_WINDOW = "Edit - Velomind"
+CARDS = """SELECT Front, Back, IntroductionOrder, Categories.Name
+           FROM Cards JOIN Categories ON CategoryId = Id ORDER BY Cards.rowid"""
+
+
+class EditRoad(RoadTest):
+    def write(self, front, back):
+        type_text(front)
+        press("Tab")
+        type_text(back)
+
+    def wait_cards(self, count):
+        wait_until(lambda: self.sandbox.card_count() == count, f"{count} cards in the store")
+
+    def test_cards_are_written_studied_corrected_and_moved(self):
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+n")
+        program.wait_window(EDIT_WINDOW)
+        for count, (front, back) in enumerate((("uno", "one"), ("dos", "two")), start=1):
+            self.write(front, back)
+            press("alt+Return")
+            self.wait_cards(count)
+        self.write("tres", "thre")
+        press("ctrl+Return")
+        program.wait_no_window(EDIT_WINDOW)
+        self.wait_cards(3)
+
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+2")
+        program.wait_window(STUDY_WINDOW)
+        scored = "SELECT Front FROM Cards WHERE Introduced = 1 ORDER BY rowid"
+        for digit, fronts in (("5", ["uno"]), ("4", ["uno", "dos"])):
+            press("space", digit)
+            wait_until(lambda: [row[0] for row in self.sandbox.query(scored)] == fronts,
+                       f"the scores of {fronts}")
+
+        # The third is on show: its back is corrected.
+        press("ctrl+e")
+        program.wait_window(EDIT_WINDOW)
+        press("alt+b", "ctrl+End")
+        type_text("e")
+        press("ctrl+Return")
+        program.wait_no_window(EDIT_WINDOW)
+        program.wait_window(STUDY_WINDOW)
+
+        # And it moves to a category that comes into being on the way, at the second thought.
+        press("ctrl+e")
+        program.wait_window(EDIT_WINDOW)
+        press("alt+g")
+        name = 'Numbers "100%s"'
+        type_text(name)
+        press("ctrl+Return")
+        program.wait_window("Create Category?")
+        press("alt+n")
+        program.wait_no_window("Create Category?")
+        program.wait_window(EDIT_WINDOW)
+        press("ctrl+Return")
+        program.wait_window("Create Category?")
+        press("Return")
+        program.wait_no_window(EDIT_WINDOW)
+        program.wait_window(STUDY_WINDOW)
+
+        self.assertEqual(0, program.quit())
+        self.assertEqual([("uno", "one", 1, "Default"), ("dos", "two", 2, "Default"),
+                          ("tres", "three", 3, name)], self.sandbox.query(CARDS))
+        self.sandbox.check_store()
+
+    def test_an_editor_outlives_the_other_windows(self):
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+n")
+        program.wait_window(EDIT_WINDOW)
+        type_text("kept")
+        program.close(LIST_WINDOW)
+        program.wait_no_window(LIST_WINDOW)
+        program.wait_window(EDIT_WINDOW)
+        press("Tab")
+        type_text("back")
+        press("Escape")
+        program.wait_window("Velomind")
+        press("Return")
+        self.assertEqual(0, program.wait())
+        self.assertEqual([("kept", "back", 1, "Default")], self.sandbox.query(CARDS))
+
+
+if __name__ == "__main__":
+    unittest.main()
