@@ -17,7 +17,7 @@ class TextCommandsTest : public GuiTest {
     TextCommandsTest() {
         BindTextCommands(mHandler);
         mpFrame->SetSizer(new wxBoxSizer(wxVERTICAL));
-        mpFrame->Show();
+        ShowAndWait(*mpFrame);
     }
 
     // Puts a control into the window and gives it the focus.

@@ -51,9 +51,7 @@ class WindowPositionTest : public GuiTest {
         auto* const frame =
             new wxFrame(nullptr, wxID_ANY, "Window", wxDefaultPosition, wxSize(300, 200), style);
         EXPECT_EQ(RestoreWindowPosition("StudyFramePosition", "Velomind", *frame), expectRestored);
-        frame->Show();
-        WaitFor([frame] { return frame->IsActive(); }, 2000);
-        DrainEvents();
+        ShowAndWait(*frame);
         return frame;
     }
 

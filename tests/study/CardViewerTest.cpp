@@ -14,7 +14,7 @@ class CardViewerTest : public GuiTest {
         mViewer.SetScrollRate(0, 1);
         mViewer.SetBackgroundColour(*wxWHITE);
         mFrame.Bind(wxEVT_BUTTON, [this](wxCommandEvent& event) { mClicks += event.GetId(); });
-        mFrame.Show();
+        ShowAndWait(mFrame);
         EXPECT_TRUE(WaitFor([this] { return mViewer.GetClientSize().y > 100; }));
         DrainEvents();
     }

@@ -23,9 +23,7 @@ class QuickScoreTest : public GuiTest {
         Listen(wxEVT_MENU, "menu");
         Listen(EVT_QUICKSCORE_PAGE_UP, "page up");
         Listen(EVT_QUICKSCORE_PAGE_DOWN, "page down");
-        mFrame.Show();
-        EXPECT_TRUE(WaitFor([this] { return mScore.IsShownOnScreen(); }));
-        DrainEvents();
+        ShowAndWait(mFrame);
         mScore.SetSize(200, 6 * ItemHeight());
         Reset(-1, 2);
     }

@@ -31,8 +31,7 @@ class StudyFrameTest : public GuiStoreTest {
         mpFrame = new StudyFrame(mServices, nullptr, ID_WINDOW_STUDY, "Study - Velomind",
                                  wxDefaultPosition, size);
         mpFrame->SetDatabase(&mDatabase);
-        mpFrame->Show();
-        DrainEvents();
+        ShowAndWait(*mpFrame);
     }
     void Close() {
         mpFrame->Close();

@@ -67,6 +67,19 @@ bool WaitFor(const std::function<bool()>& condition, int limitMilliseconds) {
     return true;
 }
 
+void ShowAndWait(wxTopLevelWindow& window) {
+    window.Show();
+    EXPECT_TRUE(WaitFor([&window] { return window.IsActive(); })) << "the window was not activated";
+    // The size follows the activation by a message or two.
+    wxSize size;
+    EXPECT_TRUE(WaitFor([&window, &size] {
+        const wxSize last = size;
+        size = window.GetClientSize();
+        return size == last;
+    }));
+    DrainEvents();
+}
+
 wxWindow* FindNamed(wxWindow& parent, const wxString& name) {
     wxWindow* const found = wxWindow::FindWindowByName(name, &parent);
     EXPECT_NE(found, nullptr) << "no window named " << name;

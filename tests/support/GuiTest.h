@@ -12,12 +12,17 @@
 #include "support/StoreFixture.h"
 
 class wxDialog;
+class wxTopLevelWindow;
 
 // Handles events until the condition holds; false when that takes longer than the limit.
 bool WaitFor(const std::function<bool()>& condition, int limitMilliseconds = 5000);
 
 // Handles the events that are waiting, idle events included.
 void DrainEvents();
+
+// Shows a window and waits until the window manager has put it on the screen and activated it.
+// Before that it has neither its final size nor a place for the mouse or the keyboard.
+void ShowAndWait(wxTopLevelWindow& window);
 
 // Finds a child, at any depth, by its window name or by its id; the test fails when there is none.
 wxWindow* FindNamed(wxWindow& parent, const wxString& name);
