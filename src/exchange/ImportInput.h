@@ -2,6 +2,8 @@
 
 #include <wx/string.h>
 
+#include "exchange/LegacyRowSource.h"
+
 enum class ImportFormat {
     // The program's own text form.
     kVlmText = 0,
@@ -16,4 +18,6 @@ struct ImportInput {
     ImportFormat Format = ImportFormat::kVlmText;
     // Between the fields of the delimited format.
     wchar_t Delimiter = L'\t';
+    // The engine of a store of version 1.0.
+    LegacyRowSourceMaker MakeRowSource = &MakeLegacyRowSource;
 };

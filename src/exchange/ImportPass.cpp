@@ -24,6 +24,7 @@ class Pass {
           mDatabase(database),
           mResult(result),
           mOptions(options),
+          mSource(options.PreviewAttributes != nullptr),
           mCategories(database, result),
           mOrders(database) {}
 

@@ -10,10 +10,19 @@
 #include "exchange/ImportInput.h"
 #include "exchange/ImportMessages.h"
 #include "exchange/ImportResult.h"
+#include "exchange/LegacyStoreReader.h"
 #include "exchange/TextEncoding.h"
 #include "exchange/VlmTextReader.h"
 
-ImportSource::ImportSource() = default;
+namespace {
+
+// What a preview looks at to find the encoding of a file without a mark. A file that is valid UTF-8
+// so far and nothing of the kind further on is shown in another encoding than it is imported in.
+constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
+
+}  // namespace
+
+ImportSource::ImportSource(bool isPreview) : mIsPreview(isPreview) {}
 
 ImportSource::~ImportSource() = default;
 
@@ -29,12 +38,10 @@ wxString ImportSource::FailureMessage() const {
 }
 
 bool ImportSource::Open(const ImportInput& input, ImportResult& result) {
-    if (input.Format == ImportFormat::kVersion1Store) {
-        // No engine of this platform opens such a store.
-        return result.Fail(
-            _("Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards"));
-    }
     mFileName = input.FileName;
+    if (input.Format == ImportFormat::kVersion1Store) {
+        return OpenVersion1Store(input, result);
+    }
     if (!OpenText(result)) {
         return false;
     }
@@ -42,6 +49,19 @@ bool ImportSource::Open(const ImportInput& input, ImportResult& result) {
         return OpenTable(input.Delimiter, result);
     }
     mReader = std::make_unique<VlmTextReader>(*mText, false);
+    return true;
+}
+
+bool ImportSource::OpenVersion1Store(const ImportInput& input, ImportResult& result) {
+    auto reader = std::make_unique<LegacyStoreReader>(input.MakeRowSource());
+    if (reader->Initialize() < 0) {
+        return result.Fail(
+            _("Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards"));
+    }
+    if (reader->Open(mFileName) < 0) {
+        return result.Fail(UnreadableFileMessage(mFileName));
+    }
+    mReader = std::move(reader);
     return true;
 }
 
@@ -54,7 +74,10 @@ bool ImportSource::OpenText(ImportResult& result) {
     if (!mStream->IsOk()) {
         return result.Fail(wxString());
     }
-    const wxFontEncoding encoding = DetectTextEncoding(*mStream);
+    wxFontEncoding encoding = DetectTextEncoding(*mStream);
+    if (mIsPreview && encoding == wxFONTENCODING_SYSTEM) {
+        encoding = GuessTextEncoding(*mStream, kPreviewedBytes);
+    }
     mText = std::make_unique<CharSource>(*mStream, encoding);
     return true;
 }

@@ -14,7 +14,8 @@ class wxInputStream;
 // the opposite order.
 class ImportSource {
   public:
-    ImportSource();
+    // For a preview nothing may take as long as a look through the whole of a large file.
+    explicit ImportSource(bool isPreview);
     ~ImportSource();
     ImportSource(const ImportSource&) = delete;
     ImportSource& operator=(const ImportSource&) = delete;
@@ -29,9 +30,11 @@ class ImportSource {
     wxString FailureMessage() const;
 
   private:
+    bool OpenVersion1Store(const ImportInput& input, ImportResult& result);
     bool OpenText(ImportResult& result);
     bool OpenTable(wchar_t delimiter, ImportResult& result);
 
+    bool mIsPreview;
     wxString mFileName;
     std::unique_ptr<wxInputStream> mStream;
     std::unique_ptr<CharSource> mText;

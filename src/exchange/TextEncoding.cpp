@@ -40,16 +40,18 @@ wxFontEncoding DetectTextEncoding(wxInputStream& stream) {
     return wxFONTENCODING_SYSTEM;
 }
 
-wxFontEncoding GuessTextEncoding(wxInputStream& stream) {
+wxFontEncoding GuessTextEncoding(wxInputStream& stream, wxFileOffset limit) {
     const wxFileOffset start = stream.TellI();
     std::vector<uint8_t> bytes(size_t{1} << 16);
     size_t held = 0;
     bool last = false;
     bool valid = true;
-    while (!last && valid) {
+    wxFileOffset left = limit;
+    while (!last && valid && (limit == wxInvalidOffset || left > 0)) {
         stream.Read(bytes.data() + held, bytes.size() - held);
         last = stream.LastRead() == 0;
         held += stream.LastRead();
+        left -= static_cast<wxFileOffset>(stream.LastRead());
         const size_t seen = CheckUtf8(bytes.data(), held, last, valid);
         std::copy(bytes.data() + seen, bytes.data() + held, bytes.data());
         held -= seen;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wx/filefn.h>
 #include <wx/fontenc.h>
 
 class wxInputStream;
@@ -9,5 +10,6 @@ class wxInputStream;
 wxFontEncoding DetectTextEncoding(wxInputStream& stream);
 
 // The encoding of a text without a mark, by all the bytes from here to the end: UTF-8 when they
-// are valid UTF-8, else Windows-1252. The stream then stands where it stood.
-wxFontEncoding GuessTextEncoding(wxInputStream& stream);
+// are valid UTF-8, else Windows-1252. The stream then stands where it stood. With a limit no more
+// than about as many bytes are looked at.
+wxFontEncoding GuessTextEncoding(wxInputStream& stream, wxFileOffset limit = wxInvalidOffset);

@@ -1,0 +1,89 @@
+// Stores of version 1.0, read through an engine that the test makes.
+
+#include "exchange/ImportFixture.h"
+#include "exchange/LegacyStoreReader.h"
+#include "store/TimeStamp.h"
+#include "support/FakeRowSource.h"
+
+namespace {
+
+constexpr wchar_t kId[] = L"9b1deb4d-3b7d-4bad-9bdd-2b0d7b3dcb6d";
+constexpr wchar_t kOtherId[] = L"1b9d6bcd-bbfd-4b2d-9b5d-ab8dfbbd4bed";
+
+class LegacyStore : public ImportFixture {
+  protected:
+    std::string ImportStore() {
+        ImportInput input{"/old/FlashCards.vls", ImportFormat::kVersion1Store};
+        input.MakeRowSource = mEngine.Maker();
+        mResult = std::make_unique<ImportResult>();
+        ImportCards(input, mDatabase, *mResult, true, nullptr);
+        return Outcome();
+    }
+    Strings Cards() {
+        return Query(
+            "SELECT Front, Back, CategoryId, Introduced, ReviewInterval, Difficulty, LastScore, "
+            "RIntroduced FROM Cards ORDER BY Front");
+    }
+
+    FakeEngine mEngine;
+};
+
+}  // namespace
+
+TEST_F(LegacyStore, BringsItsCardsWithTheirSchedules) {
+    mEngine.Cards = {{kId, L"q1", L"a1", L"True", L"2004-02-03 04:05:06", L"86400", L"20", L"4"},
+                     {kOtherId, L"q2", L"a2", L"false", L"2004-02-03 04:05:06", L"0", L"0", L"0"}};
+    EXPECT_EQ(ImportStore(), "2 inserted, 0 merged, 0 ignored");
+    EXPECT_EQ(mEngine.Opened, std::vector<std::wstring>{L"/old/FlashCards.vls"});
+    EXPECT_EQ(mEngine.Statements.size(), 2U) << "no pass that validates";
+    EXPECT_EQ(Cards(), (Strings{"q1|a1|0|1|86400.0|20|4|0", "q2|a2|0|0|0.0|0|0|0"}));
+    CardUuid id;
+    ASSERT_EQ(ParseUuid(kId, id), 0);
+    EXPECT_EQ(FormatTimeStamp(Stored(id).Forward.LastReview), "2004-02-03 04:05:06Z");
+    EXPECT_FLOAT_EQ(mResult->Progress, 1.0f);
+    EXPECT_EQ(ImportStore(), "0 inserted, 0 merged, 2 ignored");
+}
+
+TEST_F(LegacyStore, OfTheEarliestKindHasNoDifficulty) {
+    mEngine.HasDifficulty = false;
+    mEngine.Cards = {{kId, L"q", L"a", L"1", L"2004-02-03 04:05:06", L"5", L"3"}};
+    EXPECT_EQ(ImportStore(), "\"Active\" must be followed by either \"true\" or \"false\" @1");
+    mEngine.Cards[0][3] = L"true";
+    EXPECT_EQ(ImportStore(), "1 inserted, 0 merged, 0 ignored");
+    EXPECT_EQ(Cards(), Strings{"q|a|0|1|5.0|16|3|0"});
+}
+
+TEST_F(LegacyStore, TellsWhatKeepsItFromBeingRead) {
+    mEngine.Missing = 1;
+    EXPECT_EQ(ImportStore(),
+              "Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards @-1");
+    mEngine.OpenResult = -1;
+    EXPECT_EQ(ImportStore(), "Unable to read flash cards: /old/FlashCards.vls @-1");
+    mEngine.OpenResult = 0;
+    EXPECT_EQ(ImportStore(), "0 inserted, 0 merged, 0 ignored");
+    // A row that the engine could not give arrives empty.
+    mEngine.Cards = {{}};
+    EXPECT_EQ(ImportStore(), "Every card must have a front attribute. @1");
+    EXPECT_LT(MakeLegacyRowSource()->Initialize(), 0) << "this platform has no such engine";
+}
+
+TEST_F(LegacyStore, CutsALongTextAtTheRoomOfAValue) {
+    const std::wstring most(255, L'x');
+    const std::wstring pair = L"\U0001F600";
+    const struct {
+        std::wstring Text;
+        std::wstring Kept;
+    } cases[] = {{most, most},
+                 {most + L"y", most},
+                 {most.substr(1) + pair, most.substr(1)},
+                 {most.substr(2) + pair + L"y", most.substr(2) + pair}};
+    for (const auto& row : cases) {
+        mEngine.Cards = {{kId, row.Text}};
+        LegacyStoreReader reader(mEngine.Maker()());
+        ASSERT_EQ(reader.Open("store"), 0);
+        ASSERT_TRUE(reader.ReadRecord());
+        EXPECT_EQ(reader.GetAttribute(1).Value, row.Kept) << row.Text.size();
+        EXPECT_FLOAT_EQ(reader.GetProgress(), 1.0f);
+        EXPECT_FALSE(reader.ReadRecord());
+    }
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "exchange/LegacyRowSource.h"
+
+// What an engine of version 1.0 holds, shared by the sources that a run makes one after the other.
+struct FakeEngine {
+    using Row = std::vector<std::wstring>;
+
+    // An engine that fails so often before it is there.
+    int Missing = 0;
+    int32_t OpenResult = 0;
+    bool HasDifficulty = true;
+    std::vector<Row> Cards;
+
+    std::vector<std::wstring> Opened;
+    std::vector<std::wstring> Statements;
+
+    LegacyRowSourceMaker Maker();
+};
+
+class FakeRowSource : public LegacyRowSource {
+  public:
+    explicit FakeRowSource(FakeEngine& engine) : mEngine(engine) {}
+
+    int32_t Initialize() override { return mEngine.Missing-- > 0 ? -1 : 0; }
+    int32_t Open(const std::wstring& path) override {
+        mEngine.Opened.push_back(path);
+        return mEngine.OpenResult;
+    }
+    int32_t Run(const std::wstring& statement) override {
+        mEngine.Statements.push_back(statement);
+        if (statement == L"SELECT COUNT(*) FROM Cards;") {
+            mNames = {L""};
+            mRows = {{std::to_wstring(mEngine.Cards.size())}};
+        } else if (statement.find(L"Difficulty") != std::wstring::npos && !mEngine.HasDifficulty) {
+            return kErrorsInCommand;
+        } else {
+            mNames = {L"CardId",     L"Question",       L"Answer",   L"Active",
+                      L"LastReview", L"ReviewInterval", L"LastScore"};
+            if (mEngine.HasDifficulty) {
+                mNames.insert(mNames.end() - 1, L"Difficulty");
+            }
+            mRows = mEngine.Cards;
+        }
+        mNext = 0;
+        return 0;
+    }
+    const std::vector<std::wstring>& GetColumnNames() const override { return mNames; }
+    bool ReadRow(std::vector<std::wstring>& values) override {
+        if (mNext == mRows.size()) {
+            return false;
+        }
+        values = mRows[mNext++];
+        return true;
+    }
+
+  private:
+    FakeEngine& mEngine;
+    std::vector<std::wstring> mNames;
+    std::vector<FakeEngine::Row> mRows;
+    size_t mNext = 0;
+};
+
+inline LegacyRowSourceMaker FakeEngine::Maker() {
+    return [this] { return std::make_unique<FakeRowSource>(*this); };
+}
