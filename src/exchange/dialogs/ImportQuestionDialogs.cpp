@@ -1,6 +1,9 @@
 #include "exchange/dialogs/ImportQuestionDialogs.h"
 
+#include <wx/defs.h>
+
 #include "exchange/dialogs/ImportNewCategoryMessageBox.h"
+#include "exchange/dialogs/MergeDialog.h"
 
 ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskNewCategory(wxWindow* parent,
                                                                       const wxString& name) {
@@ -11,9 +14,18 @@ ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskNewCategory(wxWindow* 
     return box.IsYesToAll() ? CategoryAnswer::kYesToAll : CategoryAnswer::kYes;
 }
 
-// No dialog puts this question yet, and no run asks it: an import begins with the policy that
-// keeps the imported version. The answer that changes nothing is to stop.
-ImportQuestions::MergeAnswer ImportQuestionDialogs::AskMerge(wxWindow*, const FlashCard&,
-                                                             const FlashCard&, uint32_t) {
-    return MergeAnswer();
+ImportQuestions::MergeAnswer ImportQuestionDialogs::AskMerge(wxWindow* parent,
+                                                             const FlashCard& stored,
+                                                             const FlashCard& imported, uint32_t) {
+    MergeDialog dialog(parent);
+    dialog.SetCards(stored, imported);
+    MergeAnswer answer;
+    answer.IsOk = dialog.ShowModal() == wxOK;
+    answer.Merged = dialog.GetMergedCard();
+    if (dialog.GetChoice() == MergeDialog::kAlwaysImported) {
+        answer.Further = ImportMergePolicy::kKeepImported;
+    } else if (dialog.GetChoice() == MergeDialog::kAlwaysDatabase) {
+        answer.Further = ImportMergePolicy::kKeepDatabase;
+    }
+    return answer;
 }

@@ -1,0 +1,173 @@
+// How a file is read, and what its first card becomes, before it is imported.
+
+#include "exchange/dialogs/ImportDialog.h"
+
+#include <wx/choice.h>
+#include <wx/listctrl.h>
+#include <wx/textctrl.h>
+
+#include "support/GuiTest.h"
+
+namespace {
+
+enum : int {
+    ID_DELIMITER = 10001,
+    ID_FORMAT = 10004,
+    ID_OTHER = 10007,
+    ID_ERROR = 10011,
+    ID_PREVIEW = 10036,
+    ID_PREVIEW_LABEL = 10090
+};
+
+class ImportDialogTest : public GuiStoreTest {
+  protected:
+    // A dialog on a file of these bytes, as the command makes it.
+    ImportDialog& Open(const std::string& bytes) {
+        WriteBytes(mDirectory.Path("import.txt"), bytes);
+        return OpenFile("import.txt");
+    }
+    ImportDialog& OpenFile(const wxString& name) {
+        mDialog = std::make_unique<ImportDialog>(nullptr, mReport);
+        mDialog->SetFileName(mDirectory.Path(name));
+        mDialog->SetDatabase(&mDatabase);
+        mDialog->DetectFormat();
+        return *mDialog;
+    }
+
+    template <class Control>
+    Control& Find(int id) {
+        return dynamic_cast<Control&>(*FindById(*mDialog, id));
+    }
+    void Choose(int id, int selection) {
+        auto& choice = Find<wxChoice>(id);
+        choice.SetSelection(selection);
+        wxCommandEvent event(wxEVT_CHOICE, id);
+        event.SetEventObject(&choice);
+        choice.GetEventHandler()->ProcessEvent(event);
+    }
+    bool IsShown(int id) { return FindById(*mDialog, id)->IsShown(); }
+
+    // The format with its delimiter, and what is shown below it.
+    wxString Shown() {
+        wxString text = Find<wxChoice>(ID_FORMAT).GetStringSelection() + "/" +
+                        Find<wxChoice>(ID_DELIMITER).GetStringSelection() + ": ";
+        EXPECT_NE(IsShown(ID_ERROR), IsShown(ID_PREVIEW));
+        const bool isError = IsShown(ID_ERROR);
+        EXPECT_EQ(FindById(*mDialog, ID_PREVIEW_LABEL)->GetLabel(),
+                  isError ? "Error (first card)" : "Preview (first card)");
+        if (isError) {
+            return text + Find<wxTextCtrl>(ID_ERROR).GetValue();
+        }
+        const auto& list = Find<wxListCtrl>(ID_PREVIEW);
+        for (int i = 0; i < list.GetItemCount(); ++i) {
+            text += list.GetItemText(i, 0) + "=" + list.GetItemText(i, 1) + ";";
+        }
+        return text;
+    }
+
+    std::unique_ptr<ImportDialog> mDialog;
+};
+
+}  // namespace
+
+TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
+    Insert(MakeCard("in", "store"));
+    const std::string before = ReadBytes(StorePath());
+    const struct {
+        const char* Bytes;
+        wxString Shown;
+    } cases[] = {
+        {"Front\tBack\na\tb\nc\td\n", "Delimited/tab: Front=a;Back=b;"},
+        {"f,b,Category\na,b,never asked\n", "Delimited/comma: f=a;b=b;Category=never asked;"},
+        {"Q A\nx y\n", "Delimited/space: Q=x;A=y;"},
+        {"f;b\n\"a;b\";c\n", "Delimited/semi-colon: f=a;b;b=c;"},
+        {"Front\tBack\n", "Delimited/tab: "},
+        {"", "Delimited/tab: "},
+        {"Q: a\nQ: b\nA: c\n\nwrong", L"VLM Text File/tab: Q=a \u21B5 b;A=c;"},
+        {"in: store\n", "VLM Text File/tab: \"in\" is not a valid attribute name.\nLine Number: 1"},
+        {"Front,Wrong\na,b\n",
+         "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1"},
+        // A second card of the same texts is no matter of the preview.
+        {"f\tb\nin\tstore\n", "Delimited/tab: f=in;b=store;"},
+    };
+    for (const auto& row : cases) {
+        Open(row.Bytes);
+        EXPECT_EQ(Shown(), row.Shown) << row.Bytes;
+    }
+    EXPECT_EQ(ReadBytes(StorePath()), before);
+    OpenFile("not there");
+    EXPECT_EQ(Shown(), "VLM Text File/tab: \nLine Number: -1");
+}
+
+TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
+    Open("f: a\nb: b\n");
+    EXPECT_FALSE(IsShown(ID_DELIMITER));
+    EXPECT_FALSE(IsShown(ID_OTHER));
+    Choose(ID_FORMAT, 1);
+    EXPECT_TRUE(IsShown(ID_DELIMITER));
+    EXPECT_FALSE(IsShown(ID_OTHER));
+    EXPECT_EQ(Shown(), "Delimited/tab: \"f: a\" is not a valid attribute name.\nLine Number: 1");
+
+    Choose(ID_DELIMITER, 4);
+    EXPECT_TRUE(IsShown(ID_OTHER));
+    EXPECT_EQ(Shown(), "Delimited/other: You must specify a delimiter.");
+    auto& other = Find<wxTextCtrl>(ID_OTHER);
+    const struct {
+        wxString Typed;
+        wxString Shown;
+    } cases[] = {{"ab", "You can only have a one character delimiter"},
+                 {"\"", "\" cannot be used as a delimiter."},
+                 {"\n", "You must specify a delimiter."},
+                 {":", "f=b;a=b;"}};
+    for (const auto& row : cases) {
+        other.SetValue(row.Typed);
+        EXPECT_EQ(Shown(), "Delimited/other: " + row.Shown) << row.Typed;
+    }
+    EXPECT_EQ(mDialog->GetDelimiter(), L':');
+    other.SetValue("\n");
+    EXPECT_TRUE(other.IsEmpty());
+    Choose(ID_FORMAT, 0);
+    EXPECT_FALSE(IsShown(ID_OTHER));
+    EXPECT_EQ(Shown(), "VLM Text File/other: f=a;b=b;");
+}
+
+TEST_F(ImportDialogTest, ShowsNoMoreOfARecordThanAListCanBear) {
+    std::string header = "f,b";
+    for (int i = 0; i < 5000; ++i) {
+        header += ",id";
+    }
+    Open(header + "\n" + std::string(3000000, 'x') + ",b\n");
+    const auto& list = Find<wxListCtrl>(ID_PREVIEW);
+    EXPECT_EQ(list.GetItemCount(), 200);
+    EXPECT_EQ(list.GetItemText(0, 1), wxString('x', 500) + wxString(L'\u2026'));
+}
+
+TEST_F(ImportDialogTest, RunsTheImportAndKnowsWhatItTouched) {
+    ModalAnswers answers;
+    ImportDialog& dialog = Open("f,b,c\na,b,New\nc,d,\n");
+    for (int round = 0; round < 2; ++round) {
+        answers.Expect([](wxDialog& shown) {
+            shown.CallAfter([&shown] {
+                wxCommandEvent ok(wxEVT_BUTTON, wxID_OK);
+                shown.ProcessWindowEvent(ok);
+            });
+            return wxID_NONE;
+        });
+        answers.Expect(wxID_NONE);
+        answers.Expect(round == 0 ? wxID_YES : wxID_OK);
+        if (round == 0) {
+            answers.Expect(wxID_OK);
+        }
+        // The second time the pairs are there already, and the dialog ends all the same.
+        EXPECT_EQ(dialog.ShowModal(), wxOK);
+        EXPECT_EQ(answers.Dialogs.back().Title, round == 0 ? "Import Complete" : "Import Failed");
+    }
+    EXPECT_EQ(dialog.GetTouchedCategories(), (std::set<int32_t>{0, 1}));
+    EXPECT_EQ(Query("SELECT Front, CategoryId FROM Cards ORDER BY Front"), (Strings{"a|1", "c|0"}));
+
+    answers.Expect([](wxDialog& shown) {
+        shown.CallAfter([&shown] { shown.Close(); });
+        return wxID_NONE;
+    });
+    EXPECT_EQ(Open("").ShowModal(), wxCANCEL);
+}
