@@ -15,9 +15,11 @@
 #include "app/Console.h"
 #include "app/CurrentCategory.h"
 #include "app/Help.h"
+#include "app/ImportCommand.h"
 #include "app/Locale.h"
 #include "app/StoreLifecycle.h"
 #include "app/TextCommands.h"
+#include "app/Version1Import.h"
 #include "exchange/ImportInput.h"
 #include "exchange/dialogs/ExportOptionsDialog.h"
 #include "exchange/dialogs/ImportWithProgress.h"
@@ -33,7 +35,7 @@
 namespace {
 
 // Of these no window has a handler yet.
-constexpr int kMissingCommands[] = {wxID_FIND, ID_IMPORT, ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
+constexpr int kMissingCommands[] = {wxID_FIND, ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
 wxString MakeFullPath(const wxString& path) {
     wxFileName name(path);
@@ -70,7 +72,12 @@ bool VelomindApp::OnInit() {
     mInstance.Listen([this] { ComeToFront(); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
     BindCommands();
-    BringToFront(mWindows.ShowList());
+    wxFrame& list = mWindows.ShowList();
+    BringToFront(list);
+    // Once the window is there, over which the question is to stand.
+    list.CallAfter([this, &list] {
+        OfferVersion1Import(&list, *mpDatabase, mFatalErrorReport, GetVersion1StorePlaces());
+    });
     return true;
 }
 
@@ -168,6 +175,7 @@ void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnWindowCommand, this, ID_WINDOW_FIRST, ID_WINDOW_LAST);
     Bind(wxEVT_MENU, &VelomindApp::OnNewCard, this, wxID_NEW);
     Bind(wxEVT_MENU, &VelomindApp::OnNewCategory, this, ID_NEW_CATEGORY);
+    Bind(wxEVT_MENU, &VelomindApp::OnImport, this, ID_IMPORT);
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
     Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
     Bind(wxEVT_MENU, &VelomindApp::OnPreferences, this, wxID_PREFERENCES);
@@ -248,6 +256,11 @@ void VelomindApp::OnPreferences(wxCommandEvent&) {
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
     dialog.ShowModal();
+}
+
+void VelomindApp::OnImport(wxCommandEvent&) {
+    RunImportCommand(mLastActive.get(), *this, *mpDatabase, mFatalErrorReport,
+                     GetVersion1StorePlaces());
 }
 
 void VelomindApp::OnExitCommand(wxCommandEvent&) {

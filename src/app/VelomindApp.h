@@ -69,6 +69,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OnNewCategory(wxCommandEvent& event);
     void OnLearningProgress(wxCommandEvent& event);
     void OnPreferences(wxCommandEvent& event);
+    void OnImport(wxCommandEvent& event);
     void OnExitCommand(wxCommandEvent& event);
 
     AppFatalErrorReport mFatalErrorReport;

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <vector>
+
+class AppServices;
+class Database;
+class FatalErrorReport;
+class wxWindow;
+
+// The command "Import": offers a store of version 1.0 that lies at one of the places, and otherwise
+// lets the person choose a file and say how it is to be read. The first category that cards went
+// into becomes the current one.
+void RunImportCommand(wxWindow* parent, AppServices& services, Database& database,
+                      FatalErrorReport& report, const std::vector<wxString>& version1Places);
