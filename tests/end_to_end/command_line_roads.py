@@ -42,6 +42,7 @@ class CommandLineRoad(RoadTest):
     def test_a_message_box_needs_no_store(self):
         self.sandbox.let_read_windows()
         program = self.sandbox.start("--messagebox", "Grüße, 世界")
+        program.wait_window("Message")
         program.wait_text("Grüße, 世界")
         press("Return")
         self.assertEqual(0, program.wait())

@@ -1,9 +1,10 @@
-"""Files given to the program on its command line: good ones, broken ones, and a kill on the way."""
+"""Files given to the program: by the dialogs, and on its command line, good ones, broken ones, and with
+a kill on the way."""
 
 import os
 import unittest
 
-from driver import LIMIT, RoadTest, press, wait_until
+from driver import LIMIT, LIST_WINDOW, RoadTest, press, type_text, wait_until
 
 FAILURE = "Import Failed"
 MARK = b"\xef\xbb\xbf"
@@ -75,6 +76,33 @@ class ImportRoad(RoadTest):
                     self.assertEqual(refused, box)
                     self.assertEqual(cards + new_cards, self.sandbox.card_count())
                 cards = self.sandbox.card_count()
+
+    def test_a_list_is_imported_by_the_dialogs(self):
+        self.sandbox.let_read_windows()
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+i")
+        program.wait_window("Import Flashcards")
+        path = self.sandbox.sample("french.txt")
+        type_text(path)
+        press("Return")
+        program.wait_window("Import")
+        program.wait_text("Preview (first card)")
+        program.click("OK")
+        program.wait_window("New Category")
+        program.wait_text('Category "French" does not exist.')
+        program.click("Yes")
+        program.wait_window("Import Complete")
+        program.wait_text("110 Records Inserted\n0 Records Merged\n0 Duplicates Ignored")
+        press("Return")
+        # The list shows the category that came in.
+        program.wait_window(LIST_WINDOW)
+        program.wait_text("French")
+        self.assertEqual(0, program.quit())
+        self.assertEqual([(110, "French")], self.sandbox.query(
+            "SELECT COUNT(*), Name FROM Cards JOIN Categories ON CategoryId = Id GROUP BY Id"))
+        self.assertTrue(os.path.exists(path), "a file that a person chose stays")
+        self.sandbox.check_store()
 
     def test_a_kill_leaves_whole_cards(self):
         rows = ["Front\tBack\tNotes\tCategory"]
