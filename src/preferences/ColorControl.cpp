@@ -16,8 +16,9 @@ constexpr int kBorder = 5;
 ColorControl::ColorControl(wxWindow* parent, wxWindowID id) : wxPanel(parent, id) {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     const int border = FromDIP(kBorder);
-    mpSwatch = new wxPanel(this, kSwatchId, wxDefaultPosition, FromDIP(wxSize(10, 10)),
-                           wxTAB_TRAVERSAL | wxBORDER_SIMPLE);
+    mpSwatch =
+        new wxPanel(this, kSwatchId, wxDefaultPosition, FromDIP(wxSize(10, 10)), wxBORDER_SIMPLE);
+    mpSwatch->SetCanFocus(false);
     row->Add(mpSwatch, wxSizerFlags(1).Expand().Border(wxRIGHT, border));
     auto* const change = new wxButton(this, kButtonId, _("Change Color..."));
     row->Add(change, wxSizerFlags().CentreVertical().Border(wxALL, border));

@@ -119,14 +119,6 @@ TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
     }
 }
 
-TEST_F(StoreFileChangeTest, NewOnTheCurrentFileEmptiesIt) {
-    ModalAnswers answers;
-    answers.Expect(wxID_YES);
-    Change(StoreFileChoice::kCreate, StorePath());
-    EXPECT_TRUE(mDatabase.IsOpen());
-    EXPECT_EQ(CountCards(), 0);
-}
-
 TEST_F(StoreFileChangeTest, AfterAFailedMoveTheOldStoreIsOpen) {
     ModalAnswers answers;
     answers.Expect(wxID_OK);
