@@ -2,12 +2,10 @@
 
 #include <wx/button.h>
 #include <wx/checkbox.h>
-#include <wx/choice.h>
 #include <wx/clntdata.h>
 #include <wx/combobox.h>
 #include <wx/intl.h>
 #include <wx/sizer.h>
-#include <wx/spinctrl.h>
 #include <wx/stockitem.h>
 #include <wx/textctrl.h>
 
@@ -181,11 +179,7 @@ void EditForm::AddButtons(wxBoxSizer& column) {
 void EditForm::BindFields(wxWindow& parent) {
     for (wxWindow* const child : parent.GetChildren()) {
         child->Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
-        // These would take the wheel for a change of their value.
-        if (dynamic_cast<wxChoice*>(child) != nullptr ||
-            dynamic_cast<wxSpinCtrl*>(child) != nullptr || child == mpCategory) {
-            child->Bind(wxEVT_MOUSEWHEEL, &EditForm::OnMouseWheel, this);
-        }
+        child->Bind(wxEVT_MOUSEWHEEL, &EditForm::OnMouseWheel, this);
         BindFields(*child);
     }
 }
@@ -216,9 +210,14 @@ void EditForm::OnChildFocus(wxChildFocusEvent& event) {
     }
 }
 
-// By lines of text, as the form's own steps are single pixels.
+// By lines of text, as the form's own steps are single pixels. Only a text that is longer than its
+// field scrolls in itself; choices and numbers would take the wheel for a change of their value.
 void EditForm::OnMouseWheel(wxMouseEvent& event) {
-    if (event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL || event.GetWheelDelta() == 0) {
+    const auto* const text = dynamic_cast<const wxTextCtrl*>(event.GetEventObject());
+    const bool isLongText = text != nullptr && text->IsMultiLine() &&
+                            text->GetScrollRange(wxVERTICAL) > text->GetScrollThumb(wxVERTICAL);
+    if (isLongText || event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL ||
+        event.GetWheelDelta() == 0) {
         event.Skip();
         return;
     }

@@ -112,6 +112,12 @@ TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
     schedule.LastScore = 0;
     EXPECT_EQ(saved, schedule);
 
+    mpPanel->SetBackgroundColour(wxColour(1, 2, 3));
+    wxSysColourChangedEvent newTheme;
+    newTheme.SetEventObject(mpFrame);
+    mpFrame->GetEventHandler()->ProcessEvent(newTheme);
+    EXPECT_EQ(Control<wxTextCtrl>(10002).GetBackgroundColour(), wxColour(1, 2, 3));
+
     // A score without a text in the choice.
     schedule.LastScore = 9;
     mpPanel->Load(schedule);
