@@ -203,6 +203,7 @@ void InitFrame(wxFrame& frame, const wxString&) {
         menu->Destroy(test);
     }
     frame.SetMenuBar(bar.release());
+    frame.SetIcons(LoadApplicationIcon());
     UseFaceColour(frame);
 }
 
