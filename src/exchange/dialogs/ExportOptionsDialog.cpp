@@ -48,7 +48,7 @@ constexpr size_t kPreviewCards = 16;
 constexpr size_t kPreviewLength = size_t{1} << 16;
 constexpr int kOtherWidth = 40;
 constexpr int kPreviewWidth = 360;
-constexpr int kPreviewHeight = 120;
+constexpr int kPreviewHeight = 160;
 constexpr int kGap = 5;
 
 wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& labels, const wxString& name) {
@@ -112,6 +112,7 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, CategorySource& curre
     rows->Add(MakeButtons(), wxSizerFlags().Centre().DoubleBorder());
     SetSizer(rows);
     ShowDelimiter();
+    CentreOnParent();
 
     Bind(wxEVT_CHOICE, &ExportOptionsDialog::OnFormat, this, kFormatId);
     Bind(wxEVT_CHOICE, &ExportOptionsDialog::OnDelimiter, this, kDelimiterId);
@@ -136,14 +137,16 @@ wxSizer* ExportOptionsDialog::MakeOptions() {
     grid->Add(MakeHelp(kEncodingHelpId, _("Encoding Help"),
                        _("This setting controls how the export\ntext is encoded in the output "
                          "file.\n\nUnicode can encode all languages and\ncan be loaded by most "
-                         "text viewers\neditors, so it is the recommended format.")));
+                         "text viewers\neditors, so it is the recommended format.")),
+              label);
 
     mpFormat = MakeChoice(*this, kFormatId, FormatLabels(), _("Format:"));
     grid->Add(new wxStaticText(this, wxID_ANY, _("Format:")), label);
     grid->Add(mpFormat, field);
     grid->Add(MakeHelp(kFormatHelpId, _("Format Help"),
                        _("This setting controls whether the card\nattributes are output to "
-                         "columns \n(Delimited) or rows (VLM Format).")));
+                         "columns \n(Delimited) or rows (VLM Format).")),
+              label);
 
     mpDelimiterLabel = new wxStaticText(this, kDelimiterLabelId, _("Delimiter:"));
     mpDelimiter = MakeChoice(*this, kDelimiterId, DelimiterLabels(), _("Delimiter:"));
@@ -156,7 +159,7 @@ wxSizer* ExportOptionsDialog::MakeOptions() {
     delimiter->Add(mpOther, wxSizerFlags().Border(wxLEFT, kGap));
     grid->Add(mpDelimiterLabel, label);
     grid->Add(delimiter, field);
-    grid->Add(mpDelimiterHelp);
+    grid->Add(mpDelimiterHelp, label);
 
     auto* const options = new wxBoxSizer(wxVERTICAL);
     options->Add(grid, wxSizerFlags().Expand());
@@ -168,7 +171,8 @@ wxSizer* ExportOptionsDialog::MakeOptions() {
         MakeHelp(kSchedulingHelpId, _("Include Scheduling Data Help"),
                  _("Check this option when you are exporting\ndata for backup.\n\nUncheck this "
                    "option when you are\nexporting data to be edited on your\ndesktop computer "
-                   "or shared with others.")));
+                   "or shared with others.")),
+        wxSizerFlags().CentreVertical());
     options->Add(scheduling, wxSizerFlags().Expand().Border(wxTOP, kGap));
     return options;
 }

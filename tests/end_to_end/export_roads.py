@@ -1,0 +1,49 @@
+"""A person takes cards out: on the clipboard for another program, and into a file."""
+
+import os
+import unittest
+
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, type_text, wait_until
+
+
+def clipboard():
+    """What another program gets from the clipboard as text; None for nothing."""
+    return run_tool("xclip", "-o", "-selection", "clipboard")
+
+
+class ExportRoad(RoadTest):
+    def test_a_card_leaves_as_text(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("japanese.txt")))
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+2")
+        program.wait_window(STUDY_WINDOW)
+
+        press("ctrl+c")
+        copied = wait_until(clipboard, "text on the clipboard")
+        names, values = (line.split("\t") for line in copied.splitlines())
+        card = dict(zip(names, values))
+        self.assertEqual(("一", "いち", "one"), (card["Front"], card["Front2"], card["Back"]))
+
+        # The last entry of the first menu.
+        press("alt+f", "Up", "Return")
+        program.wait_window("Export Options")
+        press("alt+o")
+        program.wait_window("Export Flashcards")
+        press("ctrl+a")
+        type_text(self.sandbox.path("out.txt"))
+        press("Return")
+        program.wait_window("Export Complete")
+        press("Return")
+        program.wait_no_window("Export Options")
+        with open(os.path.join(self.sandbox.root, "out.txt"), encoding="utf-16") as file:
+            lines = file.read().splitlines()
+        self.assertEqual([f"id: {card['id']}", "Front: 一", "Front2: いち", "Back: one"], lines[:4])
+
+        # Row ids mean nothing once the program has ended.
+        self.assertEqual(0, program.quit())
+        self.assertIsNone(clipboard())
+
+
+if __name__ == "__main__":
+    unittest.main()
