@@ -1,12 +1,12 @@
 #include "edit/EditFrame.h"
 
 #include <wx/combobox.h>
-#include <wx/menu.h>
 #include <wx/textctrl.h>
 #include <wx/utils.h>
 #include <wx/weakref.h>
 
-#include <limits>
+#include <initializer_list>
+#include <vector>
 
 #include "edit/EditSchedulePanel.h"
 #include "shell/CommandIds.h"
@@ -35,26 +35,17 @@ class EditFrameTest : public GuiStoreTest {
         }
     }
 
-    void Open() {
+    // A new card, or a stored one.
+    void Open(const FlashCard* card = nullptr) {
         mpFrame = new EditFrame(mServices);
         mpFrame->SetDatabase(&mDatabase);
-        mpFrame->New();
-        Show();
-    }
-    void Open(const FlashCard& card) {
-        mpFrame = new EditFrame(mServices);
-        mpFrame->SetDatabase(&mDatabase);
-        mpFrame->SetCard(card);
-        Show();
-    }
-    void Show() {
+        card == nullptr ? mpFrame->New() : mpFrame->SetCard(*card);
         mpFrame->Show();
         EXPECT_TRUE(WaitFor([this] { return mpFrame->IsActive(); }));
     }
-    void OpenWith(const wxString& front, const wxString& back) {
-        Open();
-        Type(kFront, front);
-        Type(kBack, back);
+    void TypeCard() {
+        Type(kFront, "f");
+        Type(kBack, "b");
     }
 
     wxWindow& Control(int field) { return *FindById(*mpFrame, field); }
@@ -69,14 +60,17 @@ class EditFrameTest : public GuiStoreTest {
         mpFrame->GetEventHandler()->ProcessEvent(event);
         DrainEvents();
     }
-    bool IsGone() { return mpFrame == nullptr; }
-    wxString Orders() {
-        wxString orders;
-        for (const std::string& row : Query("SELECT IntroductionOrder FROM Cards ORDER BY rowid")) {
-            orders += row + " ";
+    // Gives the command and answers what it asks.
+    std::vector<ModalAnswers::Seen> Answer(std::initializer_list<int> answers, wxEventType type,
+                                           int id) {
+        ModalAnswers modal;
+        for (const int answer : answers) {
+            modal.Expect(answer);
         }
-        return orders;
+        Command(id, type);
+        return modal.Dialogs;
     }
+    bool IsGone() { return mpFrame == nullptr; }
 
     FakeServices mServices;
     wxWeakRef<EditFrame> mpFrame;
@@ -90,35 +84,27 @@ TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {
     const wxString name = wxString(L"100%s \"\u00e9\"\n") + wxString('n', 5000);
     Type(kCategory, name);
     Type(kOrder, "12a");
-    const auto expectFault = [this](int answer, const wxString& message, wxWindow& field) {
-        ModalAnswers answers;
-        answers.Expect(answer);
-        Command(ID_SAVE_CLOSE);
-        EXPECT_EQ(answers.Dialogs.back().Message.Left(60), message.Left(60));
+    const auto expectFault = [this](std::initializer_list<int> answers, const wxString& message,
+                                    wxWindow& field) {
+        EXPECT_EQ(Answer(answers, wxEVT_MENU, ID_SAVE_CLOSE).back().Message.Left(60),
+                  message.Left(60));
         EXPECT_EQ(wxWindow::FindFocus(), &field);
         long from = 0;
         long to = 0;
         dynamic_cast<wxTextEntry&>(field).GetSelection(&from, &to);
         EXPECT_EQ(to - from, dynamic_cast<wxTextEntry&>(field).GetLastPosition());
     };
-    expectFault(wxID_OK, "Flash cards cannot have a blank front", Control(kFront));
+    expectFault({wxID_OK}, "Flash cards cannot have a blank front", Control(kFront));
     Type(kFront, "  front ");
-    expectFault(wxID_OK, "Flash cards cannot have a blank back", Control(kBack));
+    expectFault({wxID_OK}, "Flash cards cannot have a blank back", Control(kBack));
     Type(kBack, "back");
-    expectFault(wxID_OK, "ReviewInterval must be a number", forwardInterval);
+    expectFault({wxID_OK}, "ReviewInterval must be a number", forwardInterval);
     dynamic_cast<wxTextEntry&>(forwardInterval).ChangeValue("2");
     const wxString question = wxString(L"Category \"100%s \"\u00e9\"\n") + wxString('n', 100);
-    expectFault(wxID_NO, question, Control(kCategory));
+    expectFault({wxID_NO}, question, Control(kCategory));
     EXPECT_EQ(Query("SELECT COUNT(*) FROM Categories"), Strings{"1"});
 
-    ModalAnswers answers;
-    answers.Expect(wxID_YES);
-    answers.Expect(wxID_OK);
-    Command(ID_SAVE_CLOSE);
-    EXPECT_EQ(answers.Dialogs.at(0).Title, "Create Category?");
-    EXPECT_EQ(answers.Dialogs.at(1).Message, "Introduction Order must be a whole number");
-    EXPECT_EQ(wxWindow::FindFocus(), &Control(kOrder));
-    EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), Strings{"0"});
+    expectFault({wxID_YES, wxID_OK}, "Introduction Order must be a whole number", Control(kOrder));
     Type(kOrder, "-5");
     Command(wxID_OK, wxEVT_BUTTON);
     EXPECT_TRUE(IsGone());
@@ -131,23 +117,19 @@ TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {
 }
 
 TEST_F(EditFrameTest, ABlankOrderGoesBehindAllOthers) {
-    OpenWith("f", "b");
-    Command(ID_SAVE_NEW);
-    for (const char* const order : {"7", "", "99999999999", "2147483647", ""}) {
-        Type(kFront, "f");
-        Type(kBack, "b");
+    Open();
+    for (const char* const order : {"", "7", "", "99999999999", "2147483647", ""}) {
+        TypeCard();
         Type(kOrder, order);
         Command(ID_SAVE_NEW);
         EXPECT_EQ(Text(kFront), "");
     }
-    EXPECT_EQ(Orders(), "1 7 8 -1 2147483647 2147483647 ");
+    EXPECT_EQ(Query("SELECT IntroductionOrder FROM Cards ORDER BY rowid"),
+              (Strings{"1", "7", "8", "-1", "2147483647", "2147483647"}));
     for (const char* const order : {"1.5", "2147483648", "-2147483648"}) {
-        Type(kFront, "f");
-        Type(kBack, "b");
+        TypeCard();
         Type(kOrder, order);
-        ModalAnswers answers;
-        answers.Expect(wxID_OK);
-        Command(ID_SAVE_NEW);
+        Answer({wxID_OK}, wxEVT_MENU, ID_SAVE_NEW);
         EXPECT_EQ(wxWindow::FindFocus(), &Control(kFront));
     }
 }
@@ -159,16 +141,13 @@ TEST_F(EditFrameTest, ANewCardIsTheOwnersAndInTheCurrentCategory) {
     EXPECT_EQ(Text(kAuthor), wxGetUserName().empty() ? wxGetUserId() : wxGetUserName());
     EXPECT_EQ(Text(kCategory), "7");
     EXPECT_EQ(Text(kOrder), "");
-    EXPECT_TRUE(mpFrame->GetCardId().IsZero());
-    EXPECT_EQ(wxWindow::FindFocus(), &Control(kFront));
-    EXPECT_EQ(mpFrame->GetMenuBar()->FindMenu("View"), wxNOT_FOUND);
     // Nothing was typed.
     Command(ID_SAVE_CLOSE);
     EXPECT_TRUE(IsGone());
-    EXPECT_EQ(mServices.Closed.size(), 1U);
     // The same name for the store, and a blank one.
     for (const char* const category : {"0007", "  "}) {
-        OpenWith("f", "b");
+        Open();
+        TypeCard();
         Type(kCategory, category);
         Command(ID_SAVE_CLOSE);
     }
@@ -177,37 +156,21 @@ TEST_F(EditFrameTest, ANewCardIsTheOwnersAndInTheCurrentCategory) {
 
 TEST_F(EditFrameTest, ClosingAsksWhetherChangesAreToBeSaved) {
     const FlashCard card = Insert(MakeCard("front", "back"));
-    const struct {
-        int Answer;
-        const char* Front;
-        bool Closes;
-        const char* Stored;
-    } cases[] = {{wxID_CANCEL, "other", false, "front"},
-                 {wxID_NO, "other", true, "front"},
-                 {wxID_YES, "other", true, "other"}};
-    for (const auto& one : cases) {
-        Open(card);
-        Type(kFront, one.Front);
-        ModalAnswers answers;
-        answers.Expect(one.Answer);
-        Command(wxID_CANCEL, wxEVT_BUTTON);
-        EXPECT_EQ(answers.Dialogs.at(0).Message, "Do you want to save changes to this flash card?");
-        EXPECT_EQ(IsGone(), one.Closes);
-        EXPECT_EQ(Stored(card.CardId).Front, one.Stored);
-        if (!IsGone()) {
-            // By force, without a question.
-            mpFrame->Close(true);
-            DrainEvents();
-        }
-        EXPECT_TRUE(IsGone());
-    }
-    Open(card);
+    Open(&card);
+    const auto close = [this](std::initializer_list<int> answers) {
+        EXPECT_EQ(Answer(answers, wxEVT_BUTTON, wxID_CANCEL).front().Message,
+                  "Do you want to save changes to this flash card?");
+        return IsGone();
+    };
     Type(kFront, "");
-    ModalAnswers answers;
-    answers.Expect(wxID_YES);
-    answers.Expect(wxID_OK);
-    Command(wxID_CLOSE);
-    EXPECT_FALSE(IsGone()) << "closed although the save failed";
+    EXPECT_FALSE(close({wxID_CANCEL}));
+    EXPECT_FALSE(close({wxID_YES, wxID_OK})) << "closed although the save failed";
+    EXPECT_TRUE(close({wxID_NO}));
+    EXPECT_EQ(Stored(card.CardId).Front, "front");
+    Open(&card);
+    Type(kFront, "other");
+    EXPECT_TRUE(close({wxID_YES}));
+    EXPECT_EQ(Stored(card.CardId).Front, "other");
 }
 
 TEST_F(EditFrameTest, ATextThatCannotBeShownIsKeptWhileItIsNotTouched) {
@@ -218,7 +181,7 @@ TEST_F(EditFrameTest, ATextThatCannotBeShownIsKeptWhileItIsNotTouched) {
     card.Notes += "end";
     card.Author = wxString(L"line\nline\0", 10);
     Insert(card);
-    Open(card);
+    Open(&card);
     EXPECT_FALSE(mpFrame->IsModified());
     EXPECT_TRUE(Text(kBack).EndsWith(" c"));
     Type(kChapter, "1");
@@ -234,11 +197,12 @@ TEST_F(EditFrameTest, ATextThatCannotBeShownIsKeptWhileItIsNotTouched) {
     EXPECT_EQ(stored.Back, Stored(card.CardId).Back);
 }
 
-TEST_F(EditFrameTest, TheCategoriesFollowTheStoreAndATypedTextStays) {
+TEST_F(EditFrameTest, AnEditorFollowsTheStoreAndATypedTextStays) {
     for (const char* const name : {"one", "two"}) {
         mDatabase.CategoryInsert(name);
     }
-    Open(Insert(MakeCard("f", "b", 2)));
+    const FlashCard card = Insert(MakeCard("f", "b", 2));
+    Open(&card);
     const auto change = [this] {
         mDatabase.Notify();
         wxString names;
@@ -260,15 +224,8 @@ TEST_F(EditFrameTest, TheCategoriesFollowTheStoreAndATypedTextStays) {
     mDatabase.CategoryInsert("new");
     EXPECT_EQ(change(), "null deux new ");
     EXPECT_EQ(Text(kCategory), "mine");
-}
 
-TEST_F(EditFrameTest, ACardDeletedElsewhereClosesItsEditor) {
-    const FlashCard card = Insert(MakeCard("f", "b"));
-    Open(card);
-    Type(kFront, "changed");
-    mDatabase.Notify();
-    DrainEvents();
-    ASSERT_FALSE(IsGone());
+    // Its card deleted elsewhere, the editor closes without a question.
     mDatabase.DeleteCard(card.CardId);
     mDatabase.Notify();
     DrainEvents();
