@@ -35,7 +35,9 @@ wxString EncodeForAddress(const wxString& text) {
     return encoded;
 }
 
-wxString MailAddress(const wxString& subject, const wxString& body) {
+// Lines of a mail end as its own rules want it, whatever those of the text are.
+wxString MailAddress(const wxString& subject, wxString body) {
+    body.Replace("\n", "\r\n");
     return wxString("mailto:") + kSupportMailbox + "?subject=" + EncodeForAddress(subject) +
            "&body=" + EncodeForAddress(body);
 }
@@ -97,17 +99,17 @@ wxString GetHelpFilePath() {
 }
 
 wxString GetSupportMailAddress() {
-    return MailAddress(_("Support"), wxString::Format(_("Version: %s\r\n"), GetVersionText()));
+    return MailAddress(_("Support"), wxString::Format(_("Version: %s\n"), GetVersionText()));
 }
 
 wxString GetFeedbackMailAddress() {
     return MailAddress(
         _("Feedback"),
         wxString::Format(
-            _("Version: %s\r\n\r\nOverall, how likely would you be to recommend Velomind to a "
-              "friend or colleague?\r\nDefinitely would recommend\r\nProbably would "
-              "recommend\r\nMight or might not recommend\r\nProbably would not "
-              "recommend\r\nDefinitely would not recommend\r\n\r\nPlease write any other comments "
-              "or suggestions here:\r\n\r\n"),
+            _("Version: %s\n\nOverall, how likely would you be to recommend Velomind to a "
+              "friend or colleague?\nDefinitely would recommend\nProbably would "
+              "recommend\nMight or might not recommend\nProbably would not "
+              "recommend\nDefinitely would not recommend\n\nPlease write any other comments "
+              "or suggestions here:\n\n"),
             GetVersionText()));
 }

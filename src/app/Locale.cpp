@@ -14,6 +14,10 @@ void SetUpCharacters() {
         std::setlocale(LC_CTYPE, "C.UTF-8");
     }
     std::setlocale(LC_NUMERIC, "C");
+    // The toolkit words its own buttons by this one. Without the locale itself LANGUAGE still counts.
+    if (std::setlocale(LC_MESSAGES, "") == nullptr) {
+        std::setlocale(LC_MESSAGES, "C.UTF-8");
+    }
 }
 
 std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {
@@ -30,15 +34,20 @@ std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {
 }
 
 void SetUpTranslations() {
-    // A program that was not installed in a standard place has its catalogues beside it.
-    wxFileName beside(wxStandardPaths::Get().GetExecutablePath());
-    beside.RemoveLastDir();
-    beside.AppendDir("share");
-    beside.AppendDir("locale");
-    wxFileTranslationsLoader::AddCatalogLookupPathPrefix(beside.GetPath());
+    // Beside the program in the folder it was built in, else in the tree that it is installed in. A
+    // link to the program was followed already.
+    const wxFileName program(wxStandardPaths::Get().GetExecutablePath());
+    for (const char* const place : {"locale", "../../share/locale"}) {
+        wxFileName folder = wxFileName::DirName(place);
+        folder.MakeAbsolute(program.GetPath());
+        wxFileTranslationsLoader::AddCatalogLookupPathPrefix(folder.GetPath());
+    }
 
     auto* const translations = new wxTranslations;
     wxTranslations::Set(translations);
+    // Without one of our own in the user's language the library's texts stay English too.
+    const wxString language = translations->GetBestTranslation("velomind", "en");
+    translations->SetLanguage(language.empty() ? wxString("en") : language);
     translations->AddStdCatalog();
     translations->AddCatalog("velomind");
 }

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-// Characters by the user's locale, UTF-8 where that has none; numbers always with a point. Call it
-// first in main.
+// Characters and messages by the user's locale, UTF-8 where that has none; numbers always with a
+// point. Call it first in main.
 void SetUpCharacters();
 
 // The words of the command line. The library's own conversion would go by the locale that the

@@ -103,8 +103,9 @@ void StudyFrame::CreateBars() {
     mpToolBar->SetToolBitmapSize(wxSize(16, 16));
     // The same words as a tip at the tool and as help in the status bar.
     const wxString backHelp = _("View the previous flash card");
-    mpToolBar->AddTool(wxID_BACKWARD, _("Back"), LoadResourceBitmap("icons/back_tool.png"),
-                       wxBitmapBundle(), wxITEM_NORMAL, backHelp, backHelp);
+    mpToolBar->AddTool(wxID_BACKWARD, wxGETTEXT_IN_CONTEXT("navigation", "Back"),
+                       LoadResourceBitmap("icons/back_tool.png"), wxBitmapBundle(), wxITEM_NORMAL,
+                       backHelp, backHelp);
     const wxString forwardHelp = _("View the next flash card");
     mpToolBar->AddTool(wxID_FORWARD, _("Forward"), LoadResourceBitmap("icons/forward_tool.png"),
                        wxBitmapBundle(), wxITEM_NORMAL, forwardHelp, forwardHelp);

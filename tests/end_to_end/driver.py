@@ -83,6 +83,7 @@ class Sandbox:
         with open(os.path.join(self.config, "user-dirs.dirs"), "w", encoding="utf-8") as file:
             file.write(f'XDG_DOCUMENTS_DIR="{self.documents}"\n')
         self.store = os.path.join(self.documents, "FlashCards2.vlm")
+        self.language = "en"
         self.bus = None
         self._programs = []
 
@@ -95,7 +96,8 @@ class Sandbox:
         environment = dict(os.environ)
         environment.update(
             HOME=self.home, XDG_CONFIG_HOME=self.config, XDG_RUNTIME_DIR=self.runtime,
-            LC_ALL="C.UTF-8", GDK_BACKEND="x11", GSETTINGS_BACKEND="memory", NO_AT_BRIDGE="1")
+            LC_ALL="C.UTF-8", LANGUAGE=self.language, GDK_BACKEND="x11",
+            GSETTINGS_BACKEND="memory", NO_AT_BRIDGE="1")
         if self.bus:
             environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address
             del environment["NO_AT_BRIDGE"]

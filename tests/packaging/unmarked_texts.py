@@ -1,0 +1,110 @@
+"""Finds texts in the sources of the windows that look as if a person reads them and are not marked
+for translation. Prints them and ends with 1 if there are any: unmarked_texts.py SOURCE-FOLDER...
+
+A literal is taken for a text when it has two words, or is one capitalised word or carries the marks
+of a label (&, a colon, an ellipsis). What is for machines all the same stands in ALLOWED.
+"""
+
+import os
+import re
+import sys
+
+MARKS = {"_", "wxPLURAL", "wxTRANSLATE", "wxGETTEXT_IN_CONTEXT"}
+# Calls whose texts machines or developers read.
+MACHINE_CALLS = re.compile(
+    r"VELOMIND_TRACE|static_assert|wx(CHECK|ASSERT|FAIL)\w*|wxGetEnv|StartsWith|Execute|Step"
+    r"|Read(Int|Rows)|VisitReady|SelectReadyCount|SelectIntBindInt|CardSelectRowIdsOrder"
+    r"|(Read|Write)\w+Setting")
+LABEL = re.compile(r"[A-Z][a-z]+\W*\Z|.*(\w\s+[\w(\"']|&\w|\w:|\w\.\.\.)", re.DOTALL)
+SQL = re.compile(r"\b(SELECT|INSERT|UPDATE|DELETE|CREATE|WHERE|ORDER BY|LIKE|VALUES|ON Cards)\b")
+ADDRESS = re.compile(r"://|[?&]\w+=")
+# By the end of the file's name.
+ALLOWED = {
+    # The names of attributes in exported files.
+    "ExportRecord.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
+                         "Introduced", "Difficulty"},
+    # Names and values of settings.
+    "Settings.cpp": {"R%03iG%03iB%03i", "Test", "Dummy"},
+    "SettingsFile.cpp": {"XDG_CONFIG_HOME"},
+    "PreferencesDialog.cpp": {"Font"},
+    # What stands on the cards that are shown in place of one.
+    "Scheduler.cpp": {"Empty", "Error"},
+    "Help.cpp": {"mailto:"},
+    "Version1Import.cpp": {"Velomind Classic"},
+    "Console.cpp": {"velomind: %s\\n"},
+    "Version.cpp": {"Velomind %s %i.%i.%i.%i", "Mobile"},
+    # The program, its maker, and the category that each store begins with.
+    "": {"Velomind", "Ostrel"},
+    "CardCollector.cpp": {"Default"}, "CurrentCategory.cpp": {"Default"},
+    "EditFrame.cpp": {"Default"}, "Export.cpp": {"Default"}, "ImportRecord.h": {"Default"}}
+
+TOKEN = re.compile(
+    r'//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*'
+    r'|(?P<text>(?:u8|[LuU])?"(?:\\.|[^"\\])*")'
+    r"|'(?:\\.|[^'\\])+'"
+    r'|(?P<word>[A-Za-z_]\w*)|(?P<sign>[^\s])', re.DOTALL | re.MULTILINE)
+
+
+def texts_of(source):
+    """(line, calls around it from the outside in, text) of each literal; neighbours are joined."""
+    calls, last = [], None
+    literal = None
+    for token in TOKEN.finditer(source):
+        if token["text"]:
+            words = token["text"].split('"', 1)[1][:-1]
+            if literal:
+                literal[2] += words
+            else:
+                literal = [source.count("\n", 0, token.start()) + 1, tuple(calls), words]
+            continue
+        if not token["word"] and not token["sign"]:
+            continue
+        if literal:
+            yield literal
+            literal = None
+        if token["sign"] in ("(", "{"):
+            calls.append(last or "")
+        elif token["sign"] in (")", "}") and calls:
+            calls.pop()
+        last = token["word"]
+
+
+def is_unmarked(path, calls, text):
+    if any(path.endswith(end) and text in texts for end, texts in ALLOWED.items()):
+        return False
+    if SQL.search(text) or any(c in MARKS or MACHINE_CALLS.fullmatch(c) for c in calls):
+        return False
+    plain = re.sub(r"\\[ntr]", " ", text).replace('\\"', '"')
+    plain = re.sub(r"%[-+0-9.$]*l*[a-zA-Z]", "", plain)
+    return not ADDRESS.search(plain) and bool(LABEL.match(plain))
+
+
+def find_unmarked(folder):
+    for where, _, names in sorted(os.walk(folder)):
+        for name in sorted(names):
+            if name.endswith((".cpp", ".h")):
+                path = os.path.join(where, name)
+                with open(path, encoding="utf-8") as file:
+                    for line, calls, text in texts_of(file.read()):
+                        if is_unmarked(path, calls, text):
+                            yield f'{path}:{line}: "{text}"'
+
+
+SAMPLE = r"""
+    // "A comment"
+    auto* const button = new wxButton(this, wxID_ANY, "Press \"me\"" " now");
+    SetTitle(wxString::Format(_("Marked %s"), "Forgotten"));
+    constexpr Row kRows[] = {{ID_ROW, wxTRANSLATE("Marked too")}, {'"', "&Row"}, {0, "RowKey"}};
+"""
+
+
+def main(folders):
+    seen = [text for _, calls, text in texts_of(SAMPLE) if is_unmarked("", calls, text)]
+    assert seen == [r'Press \"me\" now', "Forgotten", "&Row"], seen
+    found = [text for folder in folders for text in find_unmarked(folder)]
+    print("\n".join(found) or "every text is marked")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
