@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <deque>
 #include <filesystem>
 #include <limits>
@@ -18,19 +18,6 @@ namespace {
 constexpr int32_t kTop = 0x7FFF0000;
 constexpr int32_t kGone = -99;
 constexpr float kGreatest = std::numeric_limits<float>::max();
-
-float FromBits(uint32_t bits) {
-    float number = 0.0f;
-    std::memcpy(&number, &bits, sizeof number);
-    return number;
-}
-
-// 2 to the power (i - 15) / 50, calculated with 50 digits.
-const uint32_t kSpread[31] = {
-    0x3F4FEFC6, 0x3F52D6DC, 0x3F55C852, 0x3F58C44D, 0x3F5BCAF2, 0x3F5EDC67, 0x3F61F8D3, 0x3F65205D,
-    0x3F68532D, 0x3F6B916B, 0x3F6EDB40, 0x3F7230D5, 0x3F759255, 0x3F78FFEA, 0x3F7C79BF, 0x3F800000,
-    0x3F81C96D, 0x3F83993C, 0x3F856F85, 0x3F874C5E, 0x3F892FDF, 0x3F8B1A21, 0x3F8D0B3A, 0x3F8F0344,
-    0x3F910257, 0x3F93088C, 0x3F9515FD, 0x3F972AC4, 0x3F9946FB, 0x3F9B6ABD, 0x3F9D9624};
 
 int64_t Next(const CardSchedule& s) {
     return s.LastReview.GetTicks() +
@@ -121,7 +108,7 @@ class Model {
   private:
     float Random() {
         mChance = mChance * 214013 + 2531011;
-        return static_cast<float>(mChance >> 16 & 32767) * FromBits(0x38000100);
+        return static_cast<float>(mChance >> 16 & 32767) * 0x1.0002p-15f;
     }
 
     bool TryShow(Pick pick) {
@@ -152,7 +139,7 @@ class Model {
         const std::vector<Pick> f = Sorted(0, introduced, key);
         const std::vector<Pick> r = Sorted(1, introduced, key);
         if (f.empty() || r.empty()) {
-            return f.empty() ? (r.empty() ? Pick() : r[0]) : f[0];
+            return !f.empty() ? f[0] : !r.empty() ? r[0] : Pick();
         }
         const bool chance = key(f[0]) == key(r[0]);
         return (chance ? Random() < 0.5f : key(f[0]) < key(r[0])) ? f[0] : r[0];
@@ -199,14 +186,15 @@ class Model {
         int d = s.Difficulty;
         float factor = 1.0f;
         for (int i = std::abs(16 - d); i > 0; --i) {
-            factor = factor * FromBits(d < 16 ? 0x3F8CCCCD : 0x3F68BA2E);
+            factor = factor * (d < 16 ? 1.1f : 0x1.d1745cp-1f);
         }
         const float multipliers[] = {0.0f, 0.25f, 0.5f, 1.0f, 1.0f + 0.5f * factor, 1.0f + factor};
         float next = multipliers[score] * elapsed;
         if ((score > 2 && next < old) || (score < 3 && next > old)) {
             next = old;
         } else {
-            next = FromBits(kSpread[std::min(static_cast<int>(Random() * 31.0f), 30)]) * next;
+            const int step = std::min(static_cast<int>(Random() * 31.0f), 30);
+            next = static_cast<float>(std::exp2((step - 15) / 50.0)) * next;
         }
         const float floors[] = {1.0f, 1.0f, 1.0f, 3600.0f, 14400.0f, 57600.0f};
         next = std::max(next, s.Introduced ? 1.0f : floors[score]);
@@ -279,14 +267,24 @@ class SimulationTest : public StoreFixture {
         mScheduler.SetEarlyIntroduction(mModel.Early);
         mScheduler.SetEarlyIntroductionInterval(mModel.Horizon);
     }
-    // Another category, a card deleted, or one excluded or no longer so.
+    // Another category, cards deleted, most of them out of the history, or one card excluded or no
+    // longer so.
     void ChangeStore() {
         FlashCard& card = mModel.Cards[static_cast<size_t>(Draw(120))];
         if (Draw(2) == 0 || card.CategoryId == kGone) {
             mModel.Category = mCategory.Current = Draw(3);
-        } else if (Draw(6) == 0) {
-            card.CategoryId = kGone;
-            mDatabase.DeleteCard(card.CardId);
+        } else if (Draw(12) == 0) {
+            MoveInHistory(Draw(24) - 2);
+            std::vector<FlashCard*> gone = {&card};
+            for (const auto& [pick, schedule] : mModel.History) {
+                if (Draw(2) == 0) {
+                    gone.push_back(pick.Card);
+                }
+            }
+            for (FlashCard* const each : gone) {
+                each->CategoryId = kGone;
+                mDatabase.DeleteCard(each->CardId);
+            }
         } else {
             card.ForwardX = !card.ForwardX && Draw(4) == 0;
             card.ReverseX = !card.ReverseX && Draw(4) == 0;
@@ -340,6 +338,7 @@ class SimulationTest : public StoreFixture {
 TEST_F(SimulationTest, TenThousandReviewsMatchThePlainRules) {
     mScheduler.SetDirections(kReviewForward);
     mModel.Load();
+    int pastEnd = 0;
     for (int reviews = 0; reviews < 10000 && !HasFailure();) {
         const int span = Draw(100);
         const int64_t seconds = span < 80 ? Draw(30) : span < 97 ? Draw(20000) : Draw(900000);
@@ -358,10 +357,12 @@ TEST_F(SimulationTest, TenThousandReviewsMatchThePlainRules) {
             Score();
             ++reviews;
         }
+        pastEnd += mModel.Position >= mModel.Count() ? 1 : 0;
         Compare();
         ASSERT_FALSE(HasFailure()) << "after review " << reviews << ", action " << action;
     }
     EXPECT_GT(mRescores, 500);
+    EXPECT_GT(pastEnd, 0) << "deletions never left the position behind the history";
     EXPECT_GT(mModel.Maintained, 0);
     EXPECT_EQ(mMaintenance.Starts, mModel.Maintained);
 }
