@@ -6,11 +6,7 @@
 
 #include "support/StoreFixture.h"
 
-namespace {
-
-class StoreReadLockTest : public StoreFixture {};
-
-}  // namespace
+using StoreReadLockTest = StoreFixture;
 
 TEST_F(StoreReadLockTest, KeepsOtherProgramsFromWritingAndTheStoreReadable) {
     sqlite3* other = nullptr;
@@ -25,5 +21,11 @@ TEST_F(StoreReadLockTest, KeepsOtherProgramsFromWritingAndTheStoreReadable) {
     EXPECT_EQ(categories.size(), 1U);
     lock.reset();
     EXPECT_EQ(write(), SQLITE_OK);
+
+    // Nor does the store open while another program writes.
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    mDatabase.Close();
+    EXPECT_LT(mDatabase.Open(StorePath(), mWait), 0);
     sqlite3_close(other);
+    EXPECT_EQ(mDatabase.Open(StorePath(), mWait), 0);
 }
