@@ -14,7 +14,8 @@ void SetUpCharacters() {
         std::setlocale(LC_CTYPE, "C.UTF-8");
     }
     std::setlocale(LC_NUMERIC, "C");
-    // The toolkit words its own buttons by this one. Without the locale itself LANGUAGE still counts.
+    // The toolkit words its own buttons by this one. Without the locale itself LANGUAGE still
+    // counts.
     if (std::setlocale(LC_MESSAGES, "") == nullptr) {
         std::setlocale(LC_MESSAGES, "C.UTF-8");
     }
