@@ -9,7 +9,6 @@
 namespace {
 
 constexpr size_t kBlockSize = size_t{1} << 15;
-constexpr size_t kLongestRecord = size_t{1} << 26;
 
 bool IsLineBreak(wchar_t character) {
     return character == L'\n' || character == L'\r';
@@ -23,7 +22,9 @@ CharSource::CharSource(wxInputStream& stream, wxFontEncoding encoding)
       mLength(stream.GetLength()),
       mBlockStart(stream.TellI()),
       mBytes(kBlockSize),
-      mText(kBlockSize) {}
+      mText(kBlockSize) {
+    StartRecord();
+}
 
 bool CharSource::Fill() {
     while (!mEnded) {
@@ -41,7 +42,7 @@ bool CharSource::Fill() {
         mTextSize = static_cast<size_t>(textEnd - mText.data());
         mNext = 0;
         mRecordSize += mTextSize;
-        if (mRecordSize > kLongestRecord) {
+        if (mRecordSize > mLongestRecord) {
             mFailure = kTooLong;
             mEnded = true;
             mTextSize = 0;

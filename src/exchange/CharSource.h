@@ -34,7 +34,12 @@ class CharSource {
 
     // A record begins here. One that goes on for more than 64 million characters, as behind a
     // quote that a huge file never closes, ends the text before it fills the memory.
-    void StartRecord() { mRecordSize = 0; }
+    void StartRecord() { StartRecord(size_t{1} << 26); }
+    // The same with a limit that takes effect at the end of a block.
+    void StartRecord(size_t longest) {
+        mRecordSize = 0;
+        mLongestRecord = longest;
+    }
 
   private:
     bool Fill();
@@ -55,5 +60,6 @@ class CharSource {
     bool mEnded = false;
     // Characters of the blocks that were read for the present record.
     size_t mRecordSize = 0;
+    size_t mLongestRecord = 0;
     Failure mFailure = kNoFailure;
 };

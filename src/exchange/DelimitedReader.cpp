@@ -8,6 +8,9 @@
 namespace {
 
 constexpr wchar_t kQuote = L'"';
+// The names of all attributes take a few hundred. A file without line breaks is no table, and must
+// not be read as far as the longest record before that is known.
+constexpr size_t kLongestHeader = size_t{1} << 20;
 
 bool IsLineEnd(wchar_t character) {
     return character == L'\r' || character == L'\n';
@@ -51,6 +54,7 @@ std::wstring_view FinishField(std::wstring& field) {
 DelimitedReader::DelimitedReader(CharSource& source, wchar_t delimiter)
     : mSource(source), mDelimiter(delimiter) {
     if (!mSource.AtEnd()) {
+        mSource.StartRecord(kLongestHeader);
         ReadRow([this](size_t, std::wstring_view field) {
             mColumns.emplace_back(field.data(), field.size());
         });
@@ -70,6 +74,7 @@ bool DelimitedReader::ReadRecord() {
     while (!mSource.AtEnd()) {
         ++mRowNumber;
         mAttributes.Clear();
+        mSource.StartRecord();
         const Row row = ReadRow([this](size_t index, std::wstring_view field) {
             if (index < mColumns.size()) {
                 mAttributes.Append().Value.assign(field.data(), field.size());
@@ -95,7 +100,6 @@ bool DelimitedReader::ReadRecord() {
 template <class TakeField>
 DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
     Row row;
-    mSource.StartRecord();
     bool done = false;
     while (!done) {
         mField.clear();

@@ -223,6 +223,7 @@ void ImportDialog::ShowOptions() {
     Layout();
 }
 
+// An attempt that succeeds has read what the preview shows.
 void ImportDialog::DetectFormat() {
     if (mFileName.empty() || mpDatabase == nullptr) {
         return;
@@ -237,7 +238,7 @@ void ImportDialog::DetectFormat() {
         std::vector<CardAttribute> attributes;
         if (!ImportPreview(input, *mpDatabase, result, attributes)) {
             mpFormat->SetSelection(kDelimitedFormat);
-            RefreshPreview();
+            ShowRecord(attributes);
             ShowOptions();
             return;
         }
@@ -262,6 +263,10 @@ void ImportDialog::RefreshPreview() {
         ShowError(wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber));
         return;
     }
+    ShowRecord(attributes);
+}
+
+void ImportDialog::ShowRecord(const std::vector<CardAttribute>& attributes) {
     mpPreview->DeleteAllItems();
     const size_t count = std::min(attributes.size(), kMostRows);
     for (size_t i = 0; i < count; ++i) {

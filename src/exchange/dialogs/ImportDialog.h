@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <set>
+#include <vector>
 
+#include "exchange/CardAttribute.h"
 #include "exchange/ImportInput.h"
 
 class Database;
@@ -47,6 +49,7 @@ class ImportDialog : public wxDialog {
     void ShowOptions();
     void RefreshPreview();
     bool CheckDelimiter();
+    void ShowRecord(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
     void ShowPreview(bool isError);
     void SetColumnWidths();
