@@ -185,6 +185,26 @@ TEST_F(ImportOnAThread, EndsWhenItIsCancelledWithAQuestionOpen) {
     EXPECT_EQ(CardCount(), 0U);
 }
 
+// Also in the moment between two passes, and when the worker is just about to end.
+TEST_F(ImportOnAThread, EndsWhenItIsCancelledAtAnyMoment) {
+    size_t cards = 0;
+    for (int round = 0; round < 60; ++round) {
+        const std::string number = std::to_string(round);
+        ImportThread thread(TextFile("f: " + number + "\nb: b\n\nf: " + number + "\nb: c\n"),
+                            mDatabase, true, nullptr, mQuestions);
+        thread.Start();
+        const auto moment =
+            std::chrono::steady_clock::now() + std::chrono::microseconds(100 * round);
+        ASSERT_TRUE(TickUntil(thread, [&] { return std::chrono::steady_clock::now() >= moment; }));
+        thread.Cancel();
+        EXPECT_TRUE(thread.IsFinished());
+        const ImportResult& result = thread.GetResult();
+        cards += static_cast<size_t>(result.RecordsInserted);
+        EXPECT_EQ(CardCount(), cards);
+        EXPECT_TRUE(result.Status == ImportStatus::kCancelled || result.RecordsInserted == 2);
+    }
+}
+
 TEST_F(ImportOnAThread, EndsWithItsOwner) {
     {
         ImportThread thread(TextFile(ManyCards()), mDatabase, false, nullptr, mQuestions);
