@@ -2,6 +2,7 @@
 
 #include <wx/stream.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace {
@@ -15,8 +16,8 @@ constexpr bool kEndsLinesWithReturn = true;
 constexpr bool kEndsLinesWithReturn = false;
 #endif
 
-constexpr uint32_t ToScalar(wchar_t character) {
-    const auto point = static_cast<uint32_t>(character);
+uint32_t ToScalar(wxUniChar character) {
+    const uint32_t point = character.GetValue();
     const bool isScalar = point != 0 && (point < 0xD800 || (point > 0xDFFF && point <= 0x10FFFF));
     return isScalar ? point : 0xFFFD;
 }
@@ -63,6 +64,17 @@ char* EncodeUtf16(wchar_t character, char* out) {
     return PutUnit<bigEndian>(out, 0xDC00 + (point & 0x3FF));
 }
 
+template <char* encode(wchar_t character, char* out)>
+char* EncodeRun(std::wstring_view text, char* out) {
+    for (const wchar_t character : text) {
+        if (kEndsLinesWithReturn && character == L'\n') {
+            out = encode(L'\r', out);
+        }
+        out = encode(character, out);
+    }
+    return out;
+}
+
 }  // namespace
 
 void StringSink::Write(std::wstring_view text) {
@@ -74,25 +86,25 @@ void StringSink::Write(std::wstring_view text) {
 }
 
 EncodedSink::EncodedSink(wxOutputStream& stream, wxFontEncoding encoding)
-    : mStream(stream), mEncode(EncodeUtf8), mBlock(kBlockSize, '\0') {
+    : mStream(stream), mEncode(EncodeRun<EncodeUtf8>), mBlock(kBlockSize, '\0') {
     if (encoding == wxFONTENCODING_UTF16LE) {
-        mEncode = EncodeUtf16<false>;
+        mEncode = EncodeRun<EncodeUtf16<false>>;
     } else if (encoding == wxFONTENCODING_UTF16BE) {
-        mEncode = EncodeUtf16<true>;
+        mEncode = EncodeRun<EncodeUtf16<true>>;
     }
 }
 
 void EncodedSink::Write(std::wstring_view text) {
-    for (const wchar_t character : text) {
-        if (mHeld + kLongestCharacter > mBlock.size()) {
+    while (!text.empty()) {
+        // Characters that find room in the block, however long they are.
+        const size_t count = std::min(text.size(), (mBlock.size() - mHeld) / kLongestCharacter);
+        if (count == 0) {
             Flush();
+            continue;
         }
-        char* out = mBlock.data() + mHeld;
-        if (kEndsLinesWithReturn && character == L'\n') {
-            out = mEncode(L'\r', out);
-        }
-        out = mEncode(character, out);
-        mHeld = static_cast<size_t>(out - mBlock.data());
+        const char* const end = mEncode(text.substr(0, count), mBlock.data() + mHeld);
+        mHeld = static_cast<size_t>(end - mBlock.data());
+        text.remove_prefix(count);
     }
 }
 

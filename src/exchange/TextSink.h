@@ -45,7 +45,7 @@ class EncodedSink : public TextSink {
     bool Flush();
 
   private:
-    using EncodeFunction = char* (*)(wchar_t character, char* out);
+    using EncodeFunction = char* (*)(std::wstring_view text, char* out);
 
     wxOutputStream& mStream;
     EncodeFunction mEncode;

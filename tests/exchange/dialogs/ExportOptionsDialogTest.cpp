@@ -22,6 +22,14 @@ enum Id : int {
     kOk = 5100
 };
 
+// Notes how many dialogs had been shown when it was asked to deliver.
+class OrderedReport : public RecordingReport {
+  public:
+    void DeliverPending() override { DialogsBefore = Answers->Dialogs.size(); }
+    const ModalAnswers* Answers = nullptr;
+    size_t DialogsBefore = 0;
+};
+
 class ExportOptionsDialogTest : public GuiStoreTest {
   protected:
     void Send(wxDialog& dialog, wxEventType type, int id) {
@@ -64,7 +72,8 @@ class ExportOptionsDialogTest : public GuiStoreTest {
         }
         answers.Expect(wxID_OK);
         const std::vector<int64_t> selected{1};
-        ExportOptionsDialog dialog(nullptr, mCategories, mReport);
+        mOrdered.Answers = &answers;
+        ExportOptionsDialog dialog(nullptr, mCategories, mOrdered);
         dialog.SetDatabase(mDatabase, selected);
         Choose(dialog, kFormat, 1);
         Choose(dialog, kDelimiter, 4);
@@ -80,6 +89,7 @@ class ExportOptionsDialogTest : public GuiStoreTest {
     }
 
     FakeCategorySource mCategories;
+    OrderedReport mOrdered;
     bool mStayed = false;
 };
 
@@ -160,6 +170,8 @@ TEST_F(ExportOptionsDialogTest, OkExportsAndTellsTheOutcome) {
     {
         ModalAnswers answers;
         EXPECT_EQ(ExportTyped("|", path, answers), wxID_OK);
+        // Options, file and progress.
+        EXPECT_EQ(mOrdered.DialogsBefore, 3U);
         EXPECT_EQ(answers.Dialogs.back().Message, "1 Records Exported");
         EXPECT_EQ(ReadBytes(path).substr(0, 8), std::string("\xFF\xFEi\0d\0|\0", 8));
     }
