@@ -1,0 +1,257 @@
+"""The real program, ended by SIGKILL at moments that chance chooses while it writes: whatever the
+moment, the store opens, nothing that was stored is missing, and nothing is there by half.
+
+VELOMIND_KILLS says how often (20), VELOMIND_SEED with which chance.
+"""
+
+import os
+import random
+import re
+import shutil
+import sqlite3
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "end_to_end"))
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, type_text, wait_until  # noqa: E402
+
+KILLS = int(os.environ.get("VELOMIND_KILLS", "20"))
+SEED = int(os.environ.get("VELOMIND_SEED", "1"))
+EDIT_WINDOW = "Edit - Velomind"
+IMPORTED = 400
+FLOORS = (1, 1, 1, 3600, 14400, 57600)
+SCHEDULE = ("Introduced", "LastReview", "NextReview", "ReviewInterval", "Difficulty", "LastScore",
+            "ERC")
+
+
+class Keys:
+    """Presses the keys that a maker gives, again and again, until it is left."""
+
+    def __init__(self, make):
+        self._make = make
+        self._done = threading.Event()
+        self._thread = threading.Thread(target=self._run)
+
+    def _run(self):
+        while not self._done.is_set():
+            self._make()
+
+    def __enter__(self):
+        self._thread.start()
+
+    def __exit__(self, *_):
+        self._done.set()
+        self._thread.join()
+
+
+class KillTest(RoadTest):
+    def setUp(self):
+        super().setUp()
+        self.chance = random.Random(SEED)
+        self.hot = 0
+        self.confirmed = set()
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+
+    # What is looked at.
+
+    def journal(self):
+        return self.sandbox.store + "-journal"
+
+    def observe(self, sql):
+        """Keeps what the store says while no change is under way: it is confirmed from then on."""
+        if not os.path.exists(self.journal()):
+            rows = self.sandbox.query(sql)
+            if not os.path.exists(self.journal()):
+                self.confirmed.update(rows)
+
+    def rows(self):
+        """Every card by its id and every category, from a copy: the program is to settle by itself
+        what the kill has left."""
+        copy = self.sandbox.path("copy.vlm")
+        shutil.copy(self.sandbox.store, copy)
+        if os.path.exists(self.journal()):
+            shutil.copy(self.journal(), copy + "-journal")
+        connection = sqlite3.connect(copy)
+        try:
+            connection.row_factory = sqlite3.Row
+            self.assertEqual(["ok"], [row[0] for row in connection.execute("PRAGMA integrity_check")])
+            cards = {row["CardId"]: dict(row) for row in connection.execute("SELECT * FROM Cards")}
+            names = dict(tuple(row) for row in connection.execute("SELECT * FROM Categories"))
+        finally:
+            connection.close()
+            os.remove(copy)
+        return cards, names
+
+    # When the program ends.
+
+    def kill(self, program, sql=None):
+        """Ends the program within a second: at any moment, or just when a change is under way."""
+        end = time.monotonic() + self.chance.uniform(0, 0.6)
+        while time.monotonic() < end:
+            if sql:
+                self.observe(sql)
+            time.sleep(0.002)
+        if self.chance.random() < 0.6:
+            end = time.monotonic() + 1
+            while time.monotonic() < end and not os.path.exists(self.journal()):
+                pass
+        program.kill()
+        self.hot += os.path.exists(self.journal())
+
+    def start(self, window=LIST_WINDOW):
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        if window == STUDY_WINDOW:
+            press("ctrl+2")
+            program.wait_window(STUDY_WINDOW)
+        return program
+
+    # What the program does meanwhile, and what may have come of it.
+
+    def import_cards(self, number):
+        name = f"import {number}"
+        lines = ["Front\tBack\tNotes\tCategory"]
+        lines += [f"{name} {i}\tback {i}\tnote {i}\t{name}" for i in range(IMPORTED)]
+        count = f"SELECT Front FROM Cards WHERE Front LIKE '{name} %'"
+        program = self.sandbox.start("--import", self.sandbox.write("cards.txt", "\n".join(lines)))
+        wait_until(lambda: os.path.exists(self.journal()) or self.sandbox.query(count)
+                   or program.process.poll() is not None, "the first card")
+        self.kill(program, count)
+
+        def check(old, new, names):
+            cards = sorted((card for card in new.values() if card["CardId"] not in old),
+                           key=lambda card: card["IntroductionOrder"])
+            for i, card in enumerate(cards):
+                self.assertEqual((f"{name} {i}", f"back {i}", f"note {i}", name, 0, i),
+                                 (card["Front"], card["Back"], card["Notes"],
+                                  names[card["CategoryId"]], card["Introduced"],
+                                  card["IntroductionOrder"]))
+            self.assertLessEqual(self.confirmed, {(card["Front"],) for card in cards})
+            return set()
+        return check
+
+    def score_cards(self, _):
+        start = int(time.time())
+        program = self.start(STUDY_WINDOW)
+        scored = f"SELECT CardId FROM Cards WHERE LastReview >= {start} AND Introduced = 1"
+        with Keys(lambda: press("space", str(self.chance.randrange(6)))):
+            self.kill(program, scored)
+
+        def check(old, new, _names):
+            changed = set()
+            for key, card in new.items():
+                if card == old[key]:
+                    continue
+                changed.add(key)
+                rest = {name: value for name, value in card.items() if name not in SCHEDULE}
+                self.assertLessEqual(rest.items(), old[key].items(), "all else stays")
+                self.assertEqual(1, card["Introduced"])
+                self.assertTrue(start <= card["LastReview"] <= time.time())
+                self.assertEqual(card["LastReview"] + int(card["ReviewInterval"]), card["NextReview"])
+                self.assertIn(card["LastScore"], range(6))
+                if not old[key]["Introduced"] and card["LastScore"] > 2:
+                    self.assertGreaterEqual(card["ReviewInterval"], FLOORS[3] * 0.8)
+                self.assertGreaterEqual(card["ReviewInterval"], 1)
+                self.assertNotEqual(old[key]["ERC"], card["ERC"])
+            self.assertLessEqual({row[0] for row in self.confirmed}, changed)
+            return changed
+        return check
+
+    def write_cards(self, number):
+        program = self.start()
+        press("ctrl+n")
+        program.wait_window(EDIT_WINDOW)
+        written = iter(range(1000))
+
+        def write():
+            i = next(written)
+            type_text(f"w{number}.{i}")
+            press("Tab")
+            type_text(f"b{number}.{i}")
+            press("alt+Return")
+        with Keys(write):
+            self.kill(program, f"SELECT Front FROM Cards WHERE Front LIKE 'w{number}.%'")
+
+        def check(old, new, _names):
+            fronts = {card["Front"]: card["Back"] for key, card in new.items() if key not in old}
+            self.assertEqual({f"w{number}.{i}": f"b{number}.{i}" for i in range(len(fronts))}, fronts)
+            self.assertLessEqual({row[0] for row in self.confirmed}, set(fronts))
+            return set()
+        return check
+
+    def export_cards(self, number):
+        program = self.start(STUDY_WINDOW)
+        press("alt+f", "Up", "Return")
+        program.wait_window("Export Options")
+        press("alt+o")
+        program.wait_window("Export Flashcards")
+        press("ctrl+a")
+        type_text(self.sandbox.path(f"out{number}.txt"))
+        press("Return")
+        self.kill(program)
+        return lambda old, new, _names: set()
+
+    def move_store(self, number):
+        program = self.start()
+        # The start has played back what the last kill had left.
+        whole = self.sandbox.store_bytes()
+        old = self.sandbox.store
+        # By turns to the other file system, where there is one, and to a name beside.
+        place = self.elsewhere if number % 2 == 0 else self.sandbox.documents
+        new = os.path.join(place, f"moved{number}.vlm")
+        press("alt+t", "Up", "Return")
+        # As tall as it takes for every field to be on the screen.
+        run_tool("xdotool", "windowsize", "--sync", program.wait_window("Options"), "700", "900")
+        press("shift+Tab", "shift+Tab", "shift+Tab", "space", "Down", "Return", "Tab", "ctrl+a")
+        type_text(new)
+        press("Return")
+        # Too early, on the way, or while the settings are told of it.
+        end = time.monotonic() + self.chance.choice((0, 0.05, 3, 3, 3))
+        name = os.path.basename(new)
+        while time.monotonic() < end and not any(at.startswith(name) for at in os.listdir(place)):
+            pass
+        time.sleep(self.chance.choice((0, 0, 0.001, 0.02)))
+        program.kill()
+        there = [path for path in (old, new) if os.path.exists(path)]
+        self.assertTrue(there, "the store is at its old or its new place")
+        for path in there:
+            with open(path, "rb") as file:
+                self.assertEqual(whole, file.read(), "and whole")
+        self.sandbox.store = there[-1]
+        self.moves += there[-1] == new
+        # As a person would who is told that the store is not where it was.
+        path = os.path.join(self.sandbox.config, "Velomind.conf")
+        with open(path, encoding="utf-8") as file:
+            text = re.sub("DatabasePath=.*", f"DatabasePath={self.sandbox.store}", file.read())
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+        return lambda old, new, _names: set()
+
+    def test_no_kill_loses_a_card(self):
+        deeds = [self.import_cards, self.score_cards, self.write_cards, self.export_cards,
+                 self.move_store]
+        self.moves = 0
+        self.elsewhere = tempfile.mkdtemp(prefix="velomind-", dir="/var/tmp")
+        self.addCleanup(shutil.rmtree, self.elsewhere)
+        before, names_before = self.rows()
+        for number in range(KILLS):
+            deed = deeds[number % len(deeds)]
+            with self.subTest(deed=deed.__name__, kill=number, seed=SEED):
+                self.confirmed = set()
+                check = deed(number)
+                after, names = self.rows()
+                changed = check(before, after, names)
+                self.assertLessEqual(names_before.items(), names.items())
+                for key, card in before.items():
+                    if key not in changed:
+                        self.assertEqual(card, after.get(key))
+                before, names_before = after, names
+        print(f"{KILLS} kills, {self.hot} of them in the middle of a change, "
+              f"{self.moves} stores moved, {len(before)} cards at the end", file=sys.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
