@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "shell/CommandIds.h"
 #include "shell/Settings.h"
 #include "support/GuiTest.h"
 
@@ -37,21 +36,16 @@ std::vector<std::string> Describe(const wxMenuBar& bar) {
 
 }  // namespace
 
-class MenuBarTest : public GuiTest {
-  protected:
-    wxFrame* MakeFrame() {
-        auto* const frame = new wxFrame(nullptr, wxID_ANY, "Window");
-        InitFrame(*frame, "study_window");
-        return frame;
-    }
-};
+using MenuBarTest = GuiTest;
 
 TEST_F(MenuBarTest, AWindowsBarHasOnlyWhatWindowsOffer) {
+    wxFrame window(nullptr, wxID_ANY, "Window");
+    InitFrame(window, "study_window");
     const std::string tools =
         "&Tools: Study Front to Back, Study Back to Front, -, Learning Progress..., Options..., "
         "Customize [Compact Scoring Controls, Show Status Bar, -, Horizontal Card Layout, "
         "Vertical Card Layout]";
-    EXPECT_THAT(Describe(*MakeFrame()->GetMenuBar()),
+    EXPECT_THAT(Describe(*window.GetMenuBar()),
                 ::testing::ElementsAre(
                     "&File: New Card, New Category, Edit..., -, Save and Close, Save and New, -, "
                     "Import..., Export...",
@@ -59,7 +53,9 @@ TEST_F(MenuBarTest, AWindowsBarHasOnlyWhatWindowsOffer) {
                     "View: List View, Study", tools,
                     "&Help: User Guide..., -, Support..., Feedback..., Forums, -, About..."));
     WriteBooleanSetting("Test", true);
-    EXPECT_EQ(Describe(*MakeFrame()->GetMenuBar())[3], tools + ", Test [Crash Test]");
+    wxFrame testers(nullptr, wxID_ANY, "Window");
+    InitFrame(testers, "study_window");
+    EXPECT_EQ(Describe(*testers.GetMenuBar())[3], tools + ", Test [Crash Test]");
 }
 
 TEST_F(MenuBarTest, ARemovalTakesOneSeparatorThatPartsNothing) {
@@ -82,34 +78,5 @@ TEST_F(MenuBarTest, ARemovalTakesOneSeparatorThatPartsNothing) {
             RemoveMenuItem(bar, id);
         }
         EXPECT_EQ(Describe(*menu), row.Expected);
-    }
-}
-
-TEST_F(MenuBarTest, CommandsHaveTheirKeysAndPictures) {
-    const struct {
-        int Id;
-        const char* Label;
-        bool HasPicture;
-    } cases[] = {
-        {wxID_OPEN, "&Edit...\tCtrl+E", true},
-        {ID_SAVE_NEW, "Save and New\tAlt+Enter", true},
-        {wxID_PREFERENCES, "Options...", true},
-        {ID_WINDOW_STUDY, "Study\tCtrl+2", false},
-    };
-    const wxMenuBar& bar = *MakeFrame()->GetMenuBar();
-    for (const auto& row : cases) {
-        const wxMenuItem* const item = bar.FindItem(row.Id);
-        ASSERT_NE(item, nullptr) << row.Label;
-        EXPECT_EQ(item->GetItemLabel(), row.Label);
-        EXPECT_EQ(item->GetBitmapBundle().IsOk(), row.HasPicture) << row.Label;
-    }
-}
-
-TEST_F(MenuBarTest, TheCardMenuIsShortAndHasPictures) {
-    const std::unique_ptr<wxMenu> menu = BuildCardMenu();
-    EXPECT_EQ(Describe(*menu), "New, Edit, -, Cut, Copy, Paste, Delete");
-    EXPECT_EQ(menu->FindItem(wxID_NEW)->GetHelp(), "Creates a new flash card.");
-    for (const wxMenuItem* item : menu->GetMenuItems()) {
-        EXPECT_EQ(item->GetBitmapBundle().IsOk(), !item->IsSeparator());
     }
 }

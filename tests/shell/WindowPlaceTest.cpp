@@ -15,30 +15,25 @@ TEST(WindowPlaceTest, OnlyFourNumbersOfAScreenAreAPlace) {
     wxRect place;
     EXPECT_TRUE(ParsePlace("-20,30,640,480", place));
     EXPECT_EQ(place, wxRect(-20, 30, 640, 480));
-    for (const char* text : {"", "1,2,3", "1,2,3,4,5", "1,2,3,4,", "a,b,c,d", "1;2;3;4",
-                             "1,2,10,400", "1,2,300,-400", "1.5,2,300,400", "40000,2,300,400",
-                             "1,2,99999999999999999999,400", "-9223372036854775808,2,300,400"}) {
+    for (const char* text : {"", "1,2,3", "1,2,300,400,5", "1,2,300,400,", "a,b,c,d", "1,2,10,400",
+                             "1.5,2,300,400", "40000,2,300,400", "1,2,99999999999999999999,400"}) {
         EXPECT_FALSE(ParsePlace(text, place)) << text;
-        EXPECT_EQ(place, wxRect(-20, 30, 640, 480)) << text;
     }
+    EXPECT_EQ(place, wxRect(-20, 30, 640, 480));
 }
 
 TEST(WindowPlaceTest, APlaceIsBroughtOntoAScreenThatExists) {
     const std::vector<wxRect> screens = {wxRect(0, 0, 1920, 1080), wxRect(1920, 200, 1280, 800)};
-    const struct {
-        wxRect Place;
-        wxRect Expected;
-    } cases[] = {
+    const std::pair<wxRect, wxRect> cases[] = {
         {{100, 100, 640, 480}, {100, 100, 640, 480}},
         {{-50, -10, 640, 480}, {0, 0, 640, 480}},
         {{1800, 700, 640, 480}, {1920, 520, 640, 480}},
         {{1500, 900, 640, 480}, {1280, 600, 640, 480}},
-        {{1920, 200, 1280, 800}, {1920, 200, 1280, 800}},
         {{2000, 300, 3000, 3000}, {1920, 200, 1280, 800}},
         {{-5000, 6000, 640, 480}, {0, 600, 640, 480}},
     };
-    for (const auto& row : cases) {
-        EXPECT_EQ(ClampPlace(row.Place, screens), row.Expected) << row.Place;
+    for (const auto& [place, expected] : cases) {
+        EXPECT_EQ(ClampPlace(place, screens), expected) << place;
     }
     EXPECT_EQ(ClampPlace(wxRect(1, 2, 3, 4), {}), wxRect(1, 2, 3, 4));
 }
@@ -79,10 +74,7 @@ TEST_F(WindowPositionTest, AMaximisedWindowSavesThePlaceThatItComesBackTo) {
     WriteStringSetting("StudyFramePosition", "120,90,333,222");
     wxFrame* const frame = Open(true);
     frame->Maximize();
-    // Without a window manager nobody maximises.
-    if (!WaitFor([frame] { return frame->IsMaximized() && frame->GetSize().x > 333; }, 2000)) {
-        GTEST_SKIP() << "no window manager";
-    }
+    ASSERT_TRUE(WaitFor([frame] { return frame->IsMaximized() && frame->GetSize().x > 333; }));
     DrainEvents();
     Save(*frame);
     EXPECT_EQ(ReadStringSetting("StudyFramePosition"), "120,90,333,222");

@@ -8,6 +8,13 @@
 
 namespace {
 
+// Lines of text.
+wxString Lines(int count) {
+    wxString text;
+    text.Pad(static_cast<size_t>(2 * count), 'a').Replace("aa", "a\n");
+    return text;
+}
+
 class CardViewerTest : public GuiTest {
   protected:
     CardViewerTest() {
@@ -44,14 +51,6 @@ class CardViewerTest : public GuiTest {
         });
     }
 
-    static wxString ManyLines(int count) {
-        wxString text;
-        for (int i = 0; i < count; ++i) {
-            text += "a line of text\n";
-        }
-        return text;
-    }
-
     wxFrame& mFrame =
         *new wxFrame(nullptr, wxID_ANY, "Viewer", wxDefaultPosition, wxSize(300, 400));
     CardViewer& mViewer = *new CardViewer(&mFrame, 12000, wxDefaultPosition, wxDefaultSize,
@@ -59,11 +58,16 @@ class CardViewerTest : public GuiTest {
     int mClicks = 0;
 };
 
-TEST_F(CardViewerTest, ALongTextTakesTheScrollBarAndGivesItBack) {
+TEST_F(CardViewerTest, TextIsWrappedBesideTheScrollBarThatALongOneNeeds) {
+    Show("some words that need more than one line of this narrow window", "back");
+    const size_t lines = mViewer.GetFirst().Lines.size();
+    mViewer.SetFont(mViewer.GetFont().Scaled(2));
+    EXPECT_GT(mViewer.GetFirst().Lines.size(), lines);
+
     const wxSize client = mViewer.GetClientSize();
     for (const int32_t layout : {wxVERTICAL, wxHORIZONTAL}) {
         mViewer.SetLayout(layout);
-        Show("front", ManyLines(100));
+        Show("front", Lines(100));
         EXPECT_TRUE(mViewer.IsScrollNeeded());
         // The text keeps clear of the bar, whether that lies beside the window or over it.
         EXPECT_LT(mViewer.GetSecond().Rect.GetRight() + 1, client.x);
@@ -77,15 +81,8 @@ TEST_F(CardViewerTest, ALongTextTakesTheScrollBarAndGivesItBack) {
     }
 }
 
-TEST_F(CardViewerTest, AnotherFontWrapsAnew) {
-    Show("some words that need more than one line of this narrow window", "back");
-    const size_t lines = mViewer.GetFirst().Lines.size();
-    mViewer.SetFont(mViewer.GetFont().Scaled(2));
-    EXPECT_GT(mViewer.GetFirst().Lines.size(), lines);
-}
-
 TEST_F(CardViewerTest, ScrollsToTheDividerByPagesAndByLinesOfText) {
-    Show(ManyLines(40), ManyLines(40));
+    Show(Lines(40), Lines(40));
     const int32_t page = mViewer.GetClientSize().y * 8 / 10;
     mViewer.ScrollToSecond();
     EXPECT_EQ(mViewer.GetViewStart().y, mViewer.GetFirst().Rect.height);
