@@ -33,6 +33,8 @@ ALLOWED = {
     "Version1Import.cpp": {"Velomind Classic"},
     "Console.cpp": {"velomind: %s\\n"},
     "Version.cpp": {"Velomind %s %i.%i.%i.%i", "Mobile"},
+    # Names of columns in the store.
+    "CardList.cpp": {"Front", "Back"},
     # The program, its maker, and the category that each store begins with.
     "": {"Velomind", "Ostrel"},
     "CardCollector.cpp": {"Default"}, "CurrentCategory.cpp": {"Default"},
