@@ -1,7 +1,6 @@
 #include "app/CurrentCategory.h"
 
 #include <wx/confbase.h>
-#include <wx/translation.h>
 
 #include <list>
 #include <memory>
@@ -67,15 +66,4 @@ void SetCurrentCategoryId(Database& database, int32_t id) {
     if (id == -1 || HasCategory(database, id)) {
         WriteChoice(id);
     }
-}
-
-wxString GetCategoryName(Database& database, int32_t id) {
-    if (id == -1) {
-        return _("Deleted Items");
-    }
-    std::list<Category> found;
-    if (database.SelectCategoryById(id, found) < 0 || found.empty()) {
-        return _("Error");
-    }
-    return found.front().Name;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <wx/string.h>
-
 #include <cstdint>
 
 class Database;
@@ -16,6 +14,3 @@ int32_t GetCurrentCategoryId(Database& database);
 
 // Stores the choice if the store has that category; -1 is always taken.
 void SetCurrentCategoryId(Database& database, int32_t id);
-
-// "Deleted Items" for -1, "Error" for an id that the store does not have.
-wxString GetCategoryName(Database& database, int32_t id);

@@ -25,6 +25,7 @@
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "list/BrowseFrame.h"
 #include "preferences/PreferencesDialog.h"
+#include "shell/CategoryName.h"
 #include "shell/CommandIds.h"
 #include "shell/Makers.h"
 #include "shell/MessageBox.h"
@@ -35,7 +36,7 @@
 namespace {
 
 // Of these no window has a handler yet.
-constexpr int kMissingCommands[] = {wxID_FIND, ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
+constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
 wxString MakeFullPath(const wxString& path) {
     wxFileName name(path);
@@ -176,6 +177,7 @@ void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnNewCard, this, wxID_NEW);
     Bind(wxEVT_MENU, &VelomindApp::OnNewCategory, this, ID_NEW_CATEGORY);
     Bind(wxEVT_MENU, &VelomindApp::OnImport, this, ID_IMPORT);
+    Bind(wxEVT_MENU, &VelomindApp::OnFind, this, wxID_FIND);
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
     Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
     Bind(wxEVT_MENU, &VelomindApp::OnPreferences, this, wxID_PREFERENCES);
@@ -240,6 +242,12 @@ void VelomindApp::OnNewCard(wxCommandEvent&) {
 
 void VelomindApp::OnNewCategory(wxCommandEvent&) {
     AddCategory(mLastActive.get(), *mpDatabase);
+}
+
+void VelomindApp::OnFind(wxCommandEvent&) {
+    if (auto* const list = dynamic_cast<BrowseFrame*>(&mWindows.ShowList())) {
+        list->FocusSearch();
+    }
 }
 
 void VelomindApp::OnLearningProgress(wxCommandEvent&) {

@@ -70,6 +70,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OnLearningProgress(wxCommandEvent& event);
     void OnPreferences(wxCommandEvent& event);
     void OnImport(wxCommandEvent& event);
+    void OnFind(wxCommandEvent& event);
     void OnExitCommand(wxCommandEvent& event);
 
     AppFatalErrorReport mFatalErrorReport;

@@ -1,12 +1,24 @@
 #include "list/BrowseFrame.h"
 
-#include <wx/button.h>
+#include <wx/dcclient.h>
 #include <wx/menu.h>
-#include <wx/panel.h>
 #include <wx/sizer.h>
+#include <wx/srchctrl.h>
+#include <wx/statline.h>
 #include <wx/stattext.h>
+#include <wx/utils.h>
 
+#include <algorithm>
+#include <vector>
+
+#include "list/CardList.h"
+#include "list/CategoryList.h"
+#include "list/DropDownButton.h"
+#include "list/DropDownWindow.h"
+#include "list/ShownText.h"
+#include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
+#include "shell/CategoryName.h"
 #include "shell/CommandIds.h"
 #include "shell/Makers.h"
 #include "shell/MenuBar.h"
@@ -16,114 +28,283 @@
 namespace {
 
 constexpr const char* kPositionKey = "BrowseFramePosition";
-constexpr int kBorder = 12;
+const wxSize kSmallestSize(640, 480);
+
+constexpr int kCategoryListId = 11001;
+constexpr int kSearchId = 11050;
+constexpr int kLineId = 11138;
+constexpr int kDropDownId = 13245;
+// The texts of the field's menu; the last is spare.
+constexpr int kFirstRecentId = 11000;
+constexpr int kLastRecentId = 11005;
+
+constexpr int kSearchWidth = 200;
+constexpr int kWidestSearch = 400;
+constexpr int kSearchCharacters = 30;
 
 constexpr int kForeignCommands[] = {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU};
 
-wxString CategoryName(Database& database, int32_t id) {
-    if (id == -1) {
-        return _("Deleted Items");
+// The window with the keyboard focus is the control or stands in it.
+bool HasFocusIn(const wxWindow& control) {
+    const wxWindow* window = wxWindow::FindFocus();
+    while (window != nullptr && window != &control) {
+        window = window->IsTopLevel() ? nullptr : window->GetParent();
     }
-    std::list<Category> categories;
-    const bool found = database.SelectCategoryById(id, categories) >= 0 && !categories.empty();
-    return found ? categories.front().Name : wxString(_("Error"));
-}
-
-// What the store holds, in words.
-wxString Figures(Database& database, int32_t currentCategory) {
-    int32_t cards = 0;
-    std::list<Category> categories;
-    if (database.CountAllCards(cards) < 0 || database.SelectAllCategories(categories) < 0) {
-        return _("The flash card store cannot be read.");
-    }
-    const auto cardCount = static_cast<unsigned>(cards);
-    const auto categoryCount = static_cast<unsigned>(categories.size());
-    return wxString::Format(wxPLURAL("%u flash card", "%u flash cards", cardCount), cardCount) +
-           "\n" +
-           wxString::Format(wxPLURAL("%u category", "%u categories", categoryCount),
-                            categoryCount) +
-           "\n" +
-           wxString::Format(_("Current category: %s"), CategoryName(database, currentCategory));
+    return window != nullptr;
 }
 
 }  // namespace
 
 BrowseFrame::BrowseFrame(AppServices& services)
-    : wxFrame(nullptr, ID_WINDOW_LIST, _("List - Velomind"), wxDefaultPosition, wxSize(640, 480),
-              wxDEFAULT_FRAME_STYLE & ~(wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX)),
+    : wxFrame(nullptr, ID_WINDOW_LIST, _("List - Velomind"), wxDefaultPosition, kSmallestSize,
+              (wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL) &
+                  ~(wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX),
+              "frame"),
       mServices(services) {
     InitFrame(*this, "browse_window");
     for (const int id : kForeignCommands) {
         RemoveMenuItem(*GetMenuBar(), id);
     }
     BuildControls();
-    UseSettings();
-    Centre();
+    BindCommands();
+    BindListCommands();
+    Centre(wxBOTH);
     if (!RestoreWindowPosition(kPositionKey, kApplicationName, *this)) {
-        SetSize(wxSize(wxMax(GetSize().x, 640), wxMax(GetSize().y, 480)));
-        Centre();
+        wxSize size = GetSize();
+        size.IncTo(kSmallestSize);
+        SetSize(size);
+        Centre(wxBOTH);
     }
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
+    mpCardList->SetFocus();
+}
 
-    Bind(wxEVT_ACTIVATE, &BrowseFrame::OnActivate, this);
-    Bind(wxEVT_CLOSE_WINDOW, &BrowseFrame::OnClose, this);
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
-    Bind(
-        wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_LIST);
+BrowseFrame::~BrowseFrame() {
+    LetGoOfStore();
 }
 
 void BrowseFrame::SetDatabase(Database* database) {
     mpDatabase = database;
+    mpCardList->SetShowCategory(true);
+    mpCardList->SetDatabase(database);
+    mpCategoryList->SetDatabase(database);
     mStoreAttachment.Attach(database, this);
-    ShowFigures();
+    if (database != nullptr) {
+        ShowCategory();
+    }
+}
+
+void BrowseFrame::FocusSearch() {
+    if (!IsShown()) {
+        return;
+    }
+    Raise();
+    if (IsIconized()) {
+        Iconize(false);
+    }
+    mpSearchCtrl->SetFocus();
+    mpSearchCtrl->SelectAll();
 }
 
 void BrowseFrame::Update(Subject* subject) {
     if (subject == &mServices.GetSettingsNotifier()) {
         SaveWindowPosition(kPositionKey, kApplicationName, *this);
-        UseSettings();
+        UseFont();
         RestoreWindowPosition(kPositionKey, kApplicationName, *this);
     } else {
-        ShowFigures();
+        ShowCategory();
     }
 }
 
 void BrowseFrame::BuildControls() {
-    auto* const panel = new wxPanel(this);
-    mpFigures = new wxStaticText(panel, wxID_ANY, wxString(), wxDefaultPosition, wxDefaultSize, 0,
-                                 "figures");
-    auto* const guide = new wxStaticText(
-        panel, wxID_ANY,
-        _("To study the current category, press Study: look at the front of a card, turn it over,"
-          " and score your answer from 0 to 5."));
-    guide->Wrap(560);
-    mpStudy = new wxButton(panel, wxID_ANY, _("&Study"), wxDefaultPosition, wxDefaultSize, 0,
-                           wxDefaultValidator, "study");
-    mpStudy->Bind(wxEVT_BUTTON, &BrowseFrame::OnStudy, this);
-    mpStudy->SetDefault();
-    mpStudy->SetFocus();
-
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    const auto line = wxSizerFlags().Border(wxALL, kBorder);
-    column->Add(mpFigures, line);
-    column->Add(guide, line);
-    column->Add(mpStudy, line);
-    panel->SetSizer(column);
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    mpButton = new wxDropDownButton(this, kDropDownId, _("Category"));
+    row->Add(mpButton, 0, wxEXPAND);
+    row->Add(new wxStaticText(this, wxID_ANY, wxString()), 1, wxEXPAND);
+    BuildSearchField(*row);
+    column->Add(row, 0, wxEXPAND);
+    column->Add(new wxStaticLine(this, kLineId, wxDefaultPosition, wxSize(1, 1), wxLI_HORIZONTAL),
+                0, wxEXPAND);
+    mpCardList = new CardList(mServices, this, wxSize(100, 100));
+    mpCardList->SetMinSize(wxSize(100, -1));
+    column->Add(mpCardList, 1, wxEXPAND);
+    SetSizer(column);
+    BuildDropDown();
+    AddRecentSearch(wxString(L"\u65e5\u672c\u8a9e"));
+    UseFont();
 }
 
-void BrowseFrame::UseSettings() {
-    mpFigures->SetFont(ReadFontSetting("BrowseFont"));
-    mpFigures->GetParent()->Layout();
+void BrowseFrame::BuildDropDown() {
+    auto* const window = new wxDropDownWindow(mpButton);
+    mpCategoryList = new CategoryList(mServices, window, kCategoryListId);
+    window->SetContent(mpCategoryList);
+    window->StayOpenWhile([this] { return mpCategoryList->IsAsking(); });
+    window->TakeAccelerators(*GetMenuBar());
+    mpButton->SetPopup(window);
 }
 
-void BrowseFrame::ShowFigures() {
-    // A category's name may hold the mark of a mnemonic.
-    mpFigures->SetLabelText(
-        mpDatabase == nullptr ? wxString()
-                              : Figures(*mpDatabase, mServices.GetCurrentCategoryId(*mpDatabase)));
-    mpFigures->GetParent()->Layout();
+void BrowseFrame::BuildSearchField(wxSizer& row) {
+    mpSearchCtrl =
+        new wxSearchCtrl(this, kSearchId, wxString(), wxDefaultPosition, wxSize(kSearchWidth, -1),
+                         wxTE_PROCESS_ENTER, wxDefaultValidator, "searchCtrl");
+    mpSearchCtrl->ShowSearchButton(true);
+    mpSearchCtrl->SetMinSize(wxSize(kSearchWidth, -1));
+    mpSearchCtrl->SetMaxSize(wxSize(kWidestSearch, -1));
+    SetAccessibleName(*mpSearchCtrl, _("Search"));
+    row.Add(mpSearchCtrl, 5, wxEXPAND);
+
+    // The field answers some of these itself where they reach it first.
+    mpSearchCtrl->Bind(wxEVT_TEXT, &BrowseFrame::OnSearchText, this);
+    mpSearchCtrl->Bind(wxEVT_TEXT_ENTER, &BrowseFrame::OnSearchEnter, this);
+    mpSearchCtrl->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { ClearSearch(); });
+    Bind(wxEVT_MENU, &BrowseFrame::OnRecentSearch, this, kFirstRecentId, kLastRecentId);
+}
+
+void BrowseFrame::BindCommands() {
+    Bind(wxEVT_ACTIVATE, &BrowseFrame::OnActivate, this);
+    Bind(wxEVT_CLOSE_WINDOW, &BrowseFrame::OnClose, this);
+    Bind(wxEVT_CHAR_HOOK, &BrowseFrame::OnCharHook, this);
+    // The button opens its window itself.
+    Bind(
+        wxEVT_BUTTON, [](wxCommandEvent&) {}, kDropDownId);
+    Bind(
+        wxEVT_LIST_ITEM_ACTIVATED, [this](wxListEvent&) { mpButton->GetPopup()->Dismiss(); },
+        kCategoryListId);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { mpCardList->EditSelected(); }, wxID_OPEN);
+    Bind(
+        wxEVT_UPDATE_UI, [this](wxUpdateUIEvent& event) { event.Enable(mpCardList->CanEdit()); },
+        wxID_OPEN);
+    Bind(wxEVT_MENU, &BrowseFrame::OnExport, this, ID_EXPORT);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) {
+            event.Enable(mServices.CanExportCards() && !mpCardList->IsStoreEmpty());
+        },
+        ID_EXPORT);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
+    Bind(wxEVT_MENU, &BrowseFrame::OnRename, this, ID_RENAME);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) {
+            if (HasFocusIn(*mpCategoryList)) {
+                event.Enable(mpCategoryList->HasFocusedRow());
+            } else {
+                event.Skip();
+            }
+        },
+        ID_RENAME);
+    Bind(
+        wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_LIST);
+}
+
+void BrowseFrame::BindListCommands() {
+    const auto onClipboard = [this] { return mpCardList->CanPutOnClipboard(); };
+    AddListCommand(wxID_CUT, {}, {[this] { mpCardList->Cut(); }, onClipboard});
+    AddListCommand(wxID_COPY, {}, {[this] { mpCardList->Copy(); }, onClipboard});
+    AddListCommand(
+        wxID_PASTE,
+        {[this] { mpCategoryList->Paste(); }, [this] { return mpCategoryList->CanPaste(); }},
+        {[this] { mpCardList->Paste(); }, [this] { return mpCardList->CanPaste(); }});
+    AddListCommand(
+        wxID_DELETE,
+        {[this] { mpCategoryList->DeleteFocused(); },
+         [this] { return mpCategoryList->HasFocusedCategory(); }},
+        {[this] { mpCardList->DeleteSelected(); }, [this] { return mpCardList->HasSelection(); }});
+    // In the list of categories too: it selects the cards of the chosen one.
+    const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
+    AddListCommand(wxID_SELECTALL, selectAll, selectAll);
+}
+
+void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
+                                 const ListCommand& inCards) {
+    Bind(
+        wxEVT_MENU,
+        [this, inCategories, inCards](wxCommandEvent& event) {
+            if (const ListCommand* const command = FindListCommand(inCategories, inCards)) {
+                command->Run();
+            } else {
+                event.Skip();
+            }
+        },
+        id);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this, inCategories, inCards](wxUpdateUIEvent& event) {
+            if (const ListCommand* const command = FindListCommand(inCategories, inCards)) {
+                event.Enable(command->IsEnabled());
+            } else {
+                event.Skip();
+            }
+        },
+        id);
+}
+
+// Null when the command goes on to whoever is next, such as the text field with the focus.
+const BrowseFrame::ListCommand* BrowseFrame::FindListCommand(const ListCommand& inCategories,
+                                                             const ListCommand& inCards) const {
+    if (inCategories.Run && HasFocusIn(*mpCategoryList)) {
+        return &inCategories;
+    }
+    return inCards.Run && HasFocusIn(*mpCardList) ? &inCards : nullptr;
+}
+
+void BrowseFrame::UseFont() {
+    const wxFont font = ReadFontSetting("BrowseFont");
+    mpSearchCtrl->SetFont(font);
+    mpButton->SetFont(font);
+    wxClientDC dc(mpSearchCtrl);
+    dc.SetFont(font);
+    const int width = kSearchCharacters * dc.GetCharWidth();
+    mpSearchCtrl->SetMinSize(wxSize(width, -1));
+    mpSearchCtrl->SetMaxSize(wxSize(std::max(width, kWidestSearch), -1));
+    GetSizer()->Fit(this);
+}
+
+void BrowseFrame::ShowCategory() {
+    const int32_t id = mServices.GetCurrentCategoryId(*mpDatabase);
+    // A name may hold the mark of a mnemonic.
+    mpButton->SetLabelText(ShownName(GetCategoryName(*mpDatabase, id)));
+    Layout();
+}
+
+void BrowseFrame::AddRecentSearch(const wxString& text) {
+    if (mRecentSearches.Add(text)) {
+        RebuildSearchMenu();
+    }
+}
+
+void BrowseFrame::RebuildSearchMenu() {
+    auto* const menu = new wxMenu;
+    menu->Append(wxID_ANY, _("Recent Searches"))->Enable(false);
+    int id = kFirstRecentId;
+    for (const wxString& text : mRecentSearches.GetTexts()) {
+        menu->Append(id++, wxControl::EscapeMnemonics(ShownName(text)));
+    }
+    mpSearchCtrl->SetMenu(menu);
+}
+
+void BrowseFrame::Search(const wxString& text) {
+    mpSearchCtrl->SelectAll();
+    mpCardList->SetSearch(text);
+}
+
+void BrowseFrame::ClearSearch() {
+    const wxBusyCursor busy;
+    mpSearchCtrl->Clear();
+    mpCardList->SetSearch(wxString());
+}
+
+// The window itself ends a while after its closing, and the store may be gone by then.
+void BrowseFrame::LetGoOfStore() {
+    mSettingsAttachment.Detach();
+    mStoreAttachment.Detach();
+    mpDatabase = nullptr;
+    mpCardList->SetDatabase(nullptr);
+    mpCategoryList->SetDatabase(nullptr);
 }
 
 void BrowseFrame::OnActivate(wxActivateEvent& event) {
@@ -135,17 +316,62 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
 
 void BrowseFrame::OnClose(wxCloseEvent& event) {
     event.Skip();
+    // The application looks for windows that are still open.
+    mpButton->GetPopup()->Hide();
     SaveWindowPosition(kPositionKey, kApplicationName, *this);
     WriteStringSetting("LastWindow", "Browse");
-    // The window itself ends later, and the store may be gone by then.
-    mSettingsAttachment.Detach();
-    mStoreAttachment.Detach();
-    mpDatabase = nullptr;
+    LetGoOfStore();
     mServices.FrameClosed(*this);
 }
 
-void BrowseFrame::OnStudy(wxCommandEvent&) {
-    wxCommandEvent command(wxEVT_MENU, ID_WINDOW_STUDY);
-    command.SetEventObject(this);
-    ProcessWindowEvent(command);
+// The field's own keys: down to the cards, Alt and down for the last searches, Escape to clear the
+// search or, with nothing to clear, to leave.
+void BrowseFrame::OnCharHook(wxKeyEvent& event) {
+    const int key = event.GetKeyCode();
+    const bool isDown = key == WXK_DOWN || key == WXK_NUMPAD_DOWN;
+    if (!HasFocusIn(*mpSearchCtrl) || (!isDown && key != WXK_ESCAPE)) {
+        event.Skip();
+    } else if (isDown && event.AltDown()) {
+        mpSearchCtrl->PopupSearchMenu();
+    } else if (isDown || mpSearchCtrl->IsEmpty()) {
+        mpCardList->SetFocus();
+    } else {
+        ClearSearch();
+    }
+}
+
+void BrowseFrame::OnSearchText(wxCommandEvent& event) {
+    event.Skip();
+    mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
+}
+
+void BrowseFrame::OnSearchEnter(wxCommandEvent&) {
+    const wxBusyCursor busy;
+    const wxString text = mpSearchCtrl->GetValue();
+    Search(text);
+    if (!text.empty()) {
+        AddRecentSearch(text);
+    }
+}
+
+void BrowseFrame::OnRecentSearch(wxCommandEvent& event) {
+    const auto position = static_cast<size_t>(event.GetId() - kFirstRecentId);
+    const std::vector<wxString>& texts = mRecentSearches.GetTexts();
+    if (position < texts.size()) {
+        const wxBusyCursor busy;
+        mpSearchCtrl->SetValue(texts[position]);
+        Search(texts[position]);
+    }
+}
+
+void BrowseFrame::OnExport(wxCommandEvent&) {
+    std::vector<int64_t> rowIds;
+    mpCardList->CollectSelection(rowIds, false);
+    mServices.ExportCards(*this, rowIds);
+}
+
+void BrowseFrame::OnRename(wxCommandEvent&) {
+    if (HasFocusIn(*mpCategoryList)) {
+        mpCategoryList->Rename();
+    }
 }

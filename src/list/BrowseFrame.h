@@ -2,38 +2,74 @@
 
 #include <wx/frame.h>
 
+#include <functional>
+
+#include "list/RecentSearches.h"
 #include "store/Subject.h"
 
 class AppServices;
+class CardList;
+class CategoryList;
 class Database;
-class wxButton;
-class wxStaticText;
+class wxDropDownButton;
+class wxSearchCtrl;
 
-// The list window. So far it tells what the store holds and leads on to studying; the list of the
-// cards takes this place. The application makes one when it is first needed and forgets it when it
-// tells of its closing. Main thread only.
+// The list window, in which the user finds and manages cards: a category drop-down and a search
+// field above the list of cards. The application makes one when it is first needed and forgets it
+// when it tells of its closing. Main thread only.
 class BrowseFrame : public wxFrame, private Observer {
   public:
     // The services are not owned and must outlive the window.
     explicit BrowseFrame(AppServices& services);
+    ~BrowseFrame() override;
 
     // The store to show, not owned; null for none.
     void SetDatabase(Database* database);
 
+    // Brings the window, unless it is hidden, to the front with the search field ready for a text.
+    void FocusSearch();
+
   private:
+    // What a command does while one of the lists has the keyboard focus. With nothing to run it is
+    // no command of that list.
+    struct ListCommand {
+        std::function<void()> Run;
+        std::function<bool()> IsEnabled;
+    };
+
     void Update(Subject* subject) override;
     void BuildControls();
-    void UseSettings();
-    void ShowFigures();
+    void BuildDropDown();
+    void BuildSearchField(wxSizer& row);
+    void BindCommands();
+    void BindListCommands();
+    void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
+    const ListCommand* FindListCommand(const ListCommand& inCategories,
+                                       const ListCommand& inCards) const;
+    void UseFont();
+    void ShowCategory();
+    void AddRecentSearch(const wxString& text);
+    void RebuildSearchMenu();
+    void Search(const wxString& text);
+    void ClearSearch();
+    void LetGoOfStore();
 
     void OnActivate(wxActivateEvent& event);
     void OnClose(wxCloseEvent& event);
-    void OnStudy(wxCommandEvent& event);
+    void OnCharHook(wxKeyEvent& event);
+    void OnSearchText(wxCommandEvent& event);
+    void OnSearchEnter(wxCommandEvent& event);
+    void OnRecentSearch(wxCommandEvent& event);
+    void OnExport(wxCommandEvent& event);
+    void OnRename(wxCommandEvent& event);
 
     AppServices& mServices;
+    RecentSearches mRecentSearches;
+    wxSearchCtrl* mpSearchCtrl = nullptr;
+    wxDropDownButton* mpButton = nullptr;
     Database* mpDatabase = nullptr;
-    wxStaticText* mpFigures = nullptr;
-    wxButton* mpStudy = nullptr;
+    CategoryList* mpCategoryList = nullptr;
+    CardList* mpCardList = nullptr;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;
 };

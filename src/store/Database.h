@@ -102,7 +102,8 @@ class Database : public Subject {
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
 
     // Row ids for a list view, in the order of any ORDER BY list, appended to rowIds. Each order is
-    // a statement of its own, prepared once. A search text is a LIKE pattern that is not escaped.
+    // a statement of its own, prepared once. A search text is a LIKE pattern that is not escaped;
+    // one longer than the engine's limit (50,000 bytes) finds nothing.
     int CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds);
     int CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
                               std::vector<int64_t>& rowIds);
@@ -187,6 +188,7 @@ class Database : public Subject {
                          int32_t& count, const wxString& label);
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
                    const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
+    bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, const wxString& order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.
     void KeepError();

@@ -1,5 +1,6 @@
 // Row ids for list views, whole or searched, in any order.
 
+#include "base/Utf8.h"
 #include "base/WideText.h"
 #include "store/CardRows.h"
 #include "store/Database.h"
@@ -10,9 +11,12 @@ constexpr char kSearchColumns[] =
     "LOWER(Front) LIKE ? OR LOWER(Back) LIKE ? OR LOWER(Author) LIKE ? OR LOWER(Chapter) LIKE ?"
     " OR LOWER(Notes) LIKE ?";
 
+wxString SearchPattern(const wxString& text) {
+    return "%" + LowerWide(text) + "%";
+}
+
 // Binds the pattern of a search from a parameter on to all searched columns.
-int BindSearch(StatementRun& run, int first, const wxString& text) {
-    const wxString pattern = "%" + LowerWide(text) + "%";
+int BindSearch(StatementRun& run, int first, const wxString& pattern) {
     for (int index = first; index < first + 5; ++index) {
         if (run.BindText(index, pattern) < 0) {
             return -1;
@@ -22,6 +26,12 @@ int BindSearch(StatementRun& run, int first, const wxString& text) {
 }
 
 }  // namespace
+
+// A pattern longer than the engine takes is no failure of the store: it finds nothing.
+bool Database::IsPatternTooLong(const wxString& pattern) const {
+    const int limit = sqlite3_limit(mpHandle, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1);
+    return ToUtf8(pattern).length() > static_cast<size_t>(limit);
+}
 
 sqlite3_stmt* Database::OrderedStatement(const wxString& selection, const wxString& order) {
     return IsOpen() ? GetStatement(selection + " ORDER BY " + order + ";") : nullptr;
@@ -49,7 +59,11 @@ int Database::SearchRowIdsOrder(const wxString& text, const wxString& order,
     const Lock lock(mMutex);
     const wxString selection = wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns;
     StatementRun run(*this, OrderedStatement(selection, order));
-    if (BindSearch(run, 1, text) < 0) {
+    const wxString pattern = SearchPattern(text);
+    if (IsOpen() && IsPatternTooLong(pattern)) {
+        return 0;
+    }
+    if (BindSearch(run, 1, pattern) < 0) {
         return -1;
     }
     return ReadInt64Rows(run, rowIds);
@@ -61,7 +75,11 @@ int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, const 
     const wxString selection =
         wxString("SELECT ROWID FROM Cards WHERE CategoryId=? AND ( ") + kSearchColumns + " )";
     StatementRun run(*this, OrderedStatement(selection, order));
-    if (run.BindInt(1, categoryId) < 0 || BindSearch(run, 2, text) < 0) {
+    const wxString pattern = SearchPattern(text);
+    if (IsOpen() && IsPatternTooLong(pattern)) {
+        return 0;
+    }
+    if (run.BindInt(1, categoryId) < 0 || BindSearch(run, 2, pattern) < 0) {
         return -1;
     }
     return ReadInt64Rows(run, rowIds);

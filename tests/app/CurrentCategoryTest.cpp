@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "shell/CategoryName.h"
 #include "shell/Settings.h"
 #include "support/GuiTest.h"
 

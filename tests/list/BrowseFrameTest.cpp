@@ -1,88 +1,162 @@
-#include "list/BrowseFrame.h"
-
-#include <wx/button.h>
 #include <wx/menu.h>
 
+#include "ListFixture.h"
+#include "list/RecentSearches.h"
 #include "shell/CommandIds.h"
 #include "shell/Settings.h"
-#include "support/FakeServices.h"
-#include "support/GuiTest.h"
 
-class BrowseFrameTest : public GuiStoreTest {
+class BrowseFrameTest : public ListTest {
   protected:
-    BrowseFrameTest() : mpFrame(new BrowseFrame(mServices)) {
-        mpFrame->SetDatabase(&mDatabase);
-        mpFrame->Show();
-    }
-    // The windows observe what is destroyed before the base class closes them.
-    ~BrowseFrameTest() override {
-        if (mServices.Closed.empty()) {
-            mpFrame->Close(true);
+    Texts RecentMenu() {
+        Texts texts;
+        for (const wxMenuItem* const item : SearchField().GetMenu()->GetMenuItems()) {
+            texts.push_back(item->GetItemLabelText());
         }
-        DrainEvents();
+        return texts;
     }
-
-    wxString Figures() {
-        return static_cast<wxControl*>(FindNamed(*mpFrame, "figures"))->GetLabelText();
+    bool Hook(int key) {
+        wxKeyEvent event(wxEVT_CHAR_HOOK);
+        event.m_keyCode = key;
+        event.SetEventObject(wxWindow::FindFocus());
+        return wxWindow::FindFocus()->ProcessWindowEvent(event) && !event.GetSkipped();
     }
-
-    FakeServices mServices;
-    BrowseFrame* mpFrame;
+    bool IsFocusIn(wxWindow& window) { return window.IsDescendant(wxWindow::FindFocus()); }
 };
 
-TEST_F(BrowseFrameTest, TheFiguresFollowTheStore) {
-    EXPECT_EQ(Figures(), "0 flash cards\n1 category\nCurrent category: Default");
-    EXPECT_EQ(mDatabase.CategoryInsert("Salt & pepper"), 0);
-    Insert(MakeCard("front", "back", 1));
-    mServices.CurrentCategory = 1;
-    mDatabase.Notify();
-    EXPECT_EQ(Figures(), "1 flash card\n2 categories\nCurrent category: Salt & pepper");
+TEST_F(BrowseFrameTest, TheButtonNamesTheCurrentCategory) {
+    Open();
+    EXPECT_EQ(Button().GetLabelText(), "Default");
     mServices.CurrentCategory = -1;
     mDatabase.Notify();
-    EXPECT_EQ(Figures().AfterLast('\n'), "Current category: Deleted Items");
+    EXPECT_EQ(Button().GetLabelText(), "Deleted Items");
     mServices.CurrentCategory = 77;
     mDatabase.Notify();
-    EXPECT_EQ(Figures().AfterLast('\n'), "Current category: Error");
+    EXPECT_EQ(Button().GetLabelText(), "Error");
+}
+
+TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
+    Insert(MakeCard("salt & pepper", "x"));
+    Insert(MakeCard("sugar", "x"));
+    Open();
+    const wxString first(L"\u65e5\u672c\u8a9e");
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", first}));
+    EXPECT_FALSE(SearchField().GetMenu()->FindItemByPosition(0)->IsEnabled());
+    Search("x");
+    const wxMenu* const menu = SearchField().GetMenu();
+    Search("x");
+    EXPECT_EQ(SearchField().GetMenu(), menu);
+    Search("salt & pepper");
+    Search("");
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "x", first}));
+    EXPECT_EQ(Cards().GetItemCount(), 2);
+    Command(11000);
+    EXPECT_EQ(SearchField().GetValue(), "salt & pepper");
+    EXPECT_TRUE(SearchField().IsCancelButtonVisible());
+    EXPECT_EQ(Column(1), Texts{"salt & pepper"});
+    Command(11005);
+    EXPECT_EQ(RecentMenu()[1], "salt & pepper");
+}
+
+TEST(RecentSearchesTest, KeepsTheLastFiveNewestFirst) {
+    RecentSearches searches;
+    for (const char* const text : {"a", "b", "c", "d", "e", "f", "c"}) {
+        EXPECT_TRUE(searches.Add(text));
+    }
+    EXPECT_FALSE(searches.Add("c"));
+    EXPECT_EQ(searches.GetTexts(), (std::vector<wxString>{"c", "f", "e", "d", "b"}));
+}
+
+TEST_F(BrowseFrameTest, TheSearchFieldHasItsOwnKeys) {
+    Insert(MakeCard("salt", "x"));
+    Open();
+    EXPECT_TRUE(IsFocusIn(Cards()));
+    Search("nothing");
+    mpFrame->FocusSearch();
+    ASSERT_TRUE(WaitFor([this] { return SearchField().HasFocus(); }));
+    EXPECT_TRUE(Hook(WXK_ESCAPE));
+    EXPECT_EQ(SearchField().GetValue(), "");
+    EXPECT_EQ(Cards().GetItemCount(), 1);
+    EXPECT_FALSE(Hook('x'));
+    EXPECT_TRUE(SearchField().HasFocus());
+    EXPECT_TRUE(Hook(WXK_ESCAPE));
+    EXPECT_TRUE(WaitFor([this] { return IsFocusIn(Cards()); }));
+}
+
+TEST_F(BrowseFrameTest, TheDropDownOpensStaysForItsQuestionsAndCloses) {
+    EXPECT_EQ(mDatabase.CategoryInsert("Second"), 0);
+    Open();
+    for (const int key : {int{WXK_SPACE}, int{WXK_RETURN}, int{WXK_DOWN}}) {
+        SendKey(Button(), key);
+        ASSERT_TRUE(WaitFor([this] { return DropDown().IsActive(); })) << key;
+        EXPECT_TRUE(IsFocusIn(Categories()));
+        EXPECT_EQ(DropDown().GetScreenPosition(),
+                  Button().GetScreenRect().GetBottomLeft() + wxPoint(0, 1));
+        EXPECT_TRUE(Hook(WXK_ESCAPE));
+        EXPECT_FALSE(DropDown().IsShown());
+        EXPECT_TRUE(WaitFor([this] { return Button().HasFocus(); }));
+    }
+    OpenDropDown();
+    wxListEvent activated(wxEVT_LIST_ITEM_ACTIVATED, Categories().GetId());
+    activated.SetEventObject(&Categories());
+    Categories().ProcessWindowEvent(activated);
+    EXPECT_FALSE(DropDown().IsShown());
+
+    OpenDropDown();
+    mpFrame->Raise();
+    EXPECT_TRUE(WaitFor([this] { return !DropDown().IsShown(); }));
+}
+
+TEST_F(BrowseFrameTest, CommandsOfTheDropDownReachTheWindowWhereTheyAreEnabled) {
+    Open();
+    OpenDropDown();
+    int commands = 0;
+    mpFrame->Bind(
+        wxEVT_MENU, [&commands](wxCommandEvent&) { ++commands; }, ID_NEW_CATEGORY);
+    wxCommandEvent command(wxEVT_MENU, ID_NEW_CATEGORY);
+    Categories().ProcessWindowEvent(command);
+    EXPECT_EQ(commands, 1);
+    mpFrame->Bind(
+        wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Enable(false); }, ID_NEW_CATEGORY);
+    Categories().ProcessWindowEvent(command);
+    EXPECT_EQ(commands, 1);
 }
 
 TEST_F(BrowseFrameTest, ANewFontOfTheListIsTakenAtOnce) {
+    Open();
+    const wxSize size = mpFrame->GetSize();
     WriteFontSetting("BrowseFont", wxFontInfo(23));
     mServices.SettingsNotifier.Notify();
-    EXPECT_EQ(FindNamed(*mpFrame, "figures")->GetFont().GetPointSize(), 23);
-}
-
-TEST_F(BrowseFrameTest, TheStudyButtonAsksForTheStudyWindow) {
-    int asked = 0;
-    mpFrame->Bind(
-        wxEVT_MENU, [&asked](wxCommandEvent&) { ++asked; }, ID_WINDOW_STUDY);
-    wxWindow* const study = FindNamed(*mpFrame, "study");
-    wxCommandEvent press(wxEVT_BUTTON, study->GetId());
-    press.SetEventObject(study);
-    study->ProcessWindowEvent(press);
-    EXPECT_EQ(asked, 1);
-    EXPECT_EQ(mpFrame->GetDefaultItem(), study);
+    for (wxWindow* const window :
+         std::vector<wxWindow*>{&Cards(), &Categories(), &Button(), &SearchField()}) {
+        EXPECT_EQ(window->GetFont().GetPointSize(), 23) << window->GetName();
+    }
+    EXPECT_EQ(mpFrame->GetSize(), size);
 }
 
 TEST_F(BrowseFrameTest, ItsMenusHaveNothingOfTheOtherWindows) {
+    Open();
     wxMenuBar& bar = *mpFrame->GetMenuBar();
     for (const int id : {int{ID_SAVE_CLOSE}, int{ID_SAVE_NEW}, int{ID_STUDY_FORWARD},
                          int{ID_STUDY_REVERSE}, int{ID_CUSTOMIZE_MENU}, int{ID_STATUS_BAR}}) {
         EXPECT_EQ(bar.FindItem(id), nullptr) << id;
     }
-    const wxMenu& tools = *bar.GetMenu(static_cast<size_t>(bar.FindMenu("Tools")));
-    EXPECT_FALSE(tools.FindItemByPosition(0)->IsSeparator());
     mpFrame->UpdateWindowUI(wxUPDATE_UI_RECURSE);
     EXPECT_TRUE(bar.IsChecked(ID_WINDOW_LIST));
 }
 
 TEST_F(BrowseFrameTest, ClosingSavesThePlaceAndTellsTheApplication) {
+    Open();
+    EXPECT_GE(mpFrame->GetSize().x, 640);
     mpFrame->Move(90, 80);
     ASSERT_TRUE(WaitFor([this] { return mpFrame->GetPosition() == wxPoint(90, 80); }));
-    wxCommandEvent close(wxEVT_MENU, wxID_CLOSE);
-    mpFrame->ProcessWindowEvent(close);
+    OpenDropDown();
+    Command(wxID_CLOSE);
+    EXPECT_FALSE(DropDown().IsShown());
     EXPECT_EQ(mServices.Closed, std::vector<wxFrame*>{mpFrame});
     EXPECT_EQ(ReadStringSetting("LastWindow"), "Browse");
     EXPECT_EQ(ReadStringSetting("BrowseFramePosition").substr(0, 6), "90,80,");
     // It ends later; until then a notice must not reach it.
     mDatabase.Notify();
+    mpFrame = nullptr;
+    DrainEvents();
 }

@@ -1,0 +1,120 @@
+#include "list/CardListCtrl.h"
+
+#include <wx/stattext.h>
+
+#include <algorithm>
+
+#include "list/CardList.h"
+#include "shell/AccessibleName.h"
+
+namespace {
+
+constexpr int kNoticeId = 10000;
+constexpr int kNoticePlace = 30;
+constexpr int kNoticeWidth = 180;
+
+// The child that draws the rows, and would cover whatever else stands in the control.
+wxWindow* FindRowsWindow(wxListCtrl& list) {
+    const wxClassInfo* const kind = wxClassInfo::FindClass("wxListMainWindow");
+    for (wxWindow* const child : list.GetChildren()) {
+        if (kind != nullptr && child->IsKindOf(kind)) {
+            return child;
+        }
+    }
+    return &list;
+}
+
+}  // namespace
+
+CardListCtrl::CardListCtrl(CardList& owner)
+    : wxListCtrl(&owner, kCardListId, wxDefaultPosition, wxSize(100, 100),
+                 wxLC_REPORT | wxLC_VIRTUAL | wxBORDER_NONE, wxDefaultValidator, "listCtrl"),
+      mOwner(owner) {
+    mpEmptyNotice = new wxStaticText(FindRowsWindow(*this), kNoticeId,
+                                     _("There are no items to show in this view"),
+                                     wxPoint(kNoticePlace, kNoticePlace));
+    mpEmptyNotice->Wrap(kNoticeWidth);
+    mpEmptyNotice->Hide();
+    SetAccessibleName(*this, _("Cards"));
+    Bind(wxEVT_LIST_ITEM_FOCUSED, &CardListCtrl::OnItemFocused, this);
+    Bind(wxEVT_CHAR, &CardListCtrl::OnCharacter, this);
+    Bind(wxEVT_IDLE, &CardListCtrl::OnIdle, this);
+}
+
+long CardListCtrl::GetFocusedRow() const {
+    const bool isFocused = mLastFocused >= 0 && mLastFocused < GetItemCount() &&
+                           GetItemState(mLastFocused, wxLIST_STATE_FOCUSED) != 0;
+    return isFocused ? mLastFocused : -1;
+}
+
+void CardListCtrl::SetFocusedRow(long row) {
+    const long former = GetFocusedRow();
+    if (row >= 0) {
+        SetItemState(row, wxLIST_STATE_FOCUSED, wxLIST_STATE_FOCUSED);
+    } else if (former >= 0) {
+        SetItemState(former, 0, wxLIST_STATE_FOCUSED);
+    }
+}
+
+std::vector<long> CardListCtrl::GetSelectedRows() const {
+    const auto count = static_cast<size_t>(GetSelectedItemCount());
+    std::vector<long> rows;
+    rows.reserve(count);
+    long row = -1;
+    while (rows.size() < count &&
+           (row = GetNextItem(row, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED)) >= 0) {
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+void CardListCtrl::SetSelectedRows(const std::vector<long>& rows) {
+    // All rows in one call, then those that differ, whichever way they are fewer.
+    const long count = GetItemCount();
+    const bool most = rows.size() > static_cast<size_t>(count) / 2;
+    SelectEveryRow(most);
+    if (!most) {
+        for (const long row : rows) {
+            SetItemState(row, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
+        }
+        return;
+    }
+    auto selected = rows.begin();
+    for (long row = 0; row < count; ++row) {
+        if (selected != rows.end() && *selected == row) {
+            ++selected;
+        } else {
+            SetItemState(row, 0, wxLIST_STATE_SELECTED);
+        }
+    }
+}
+
+void CardListCtrl::SelectEveryRow(bool select) {
+    if (GetItemCount() > 0) {
+        SetItemState(-1, select ? wxLIST_STATE_SELECTED : 0, wxLIST_STATE_SELECTED);
+    }
+}
+
+wxString CardListCtrl::OnGetItemText(long row, long column) const {
+    return mOwner.GetCellText(row, column);
+}
+
+void CardListCtrl::OnItemFocused(wxListEvent& event) {
+    event.Skip();
+    mLastFocused = event.GetIndex();
+}
+
+// The control would look for the first row that begins with the character, reading every card of
+// the store on the way.
+void CardListCtrl::OnCharacter(wxKeyEvent& event) {
+    const bool isText = event.GetUnicodeKey() > WXK_SPACE && event.GetKeyCode() != WXK_DELETE;
+    event.Skip(!isText || event.HasModifiers());
+}
+
+void CardListCtrl::OnIdle(wxIdleEvent& event) {
+    event.Skip();
+    const bool isEmpty = GetItemCount() == 0;
+    if (mpEmptyNotice->IsShown() != isEmpty) {
+        mpEmptyNotice->Show(isEmpty);
+    }
+}

@@ -1,0 +1,315 @@
+#include "list/CategoryList.h"
+
+#include <wx/menu.h>
+#include <wx/settings.h>
+#include <wx/textdlg.h>
+#include <wx/vector.h>
+
+#include <algorithm>
+#include <list>
+#include <map>
+
+#include "list/ShownText.h"
+#include "resources/ResourceBitmap.h"
+#include "shell/AccessibleName.h"
+#include "shell/AppServices.h"
+#include "shell/CommandIds.h"
+#include "shell/MessageBox.h"
+#include "shell/Settings.h"
+#include "store/Database.h"
+
+namespace {
+
+constexpr long kChosen = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
+
+void AppendEntry(wxMenu& menu, int id, const wxString& label, const char* picture) {
+    auto* const item = new wxMenuItem(&menu, id, label);
+    item->SetBitmap(LoadResourceBitmap(picture));
+    menu.Append(item);
+}
+
+}  // namespace
+
+CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID id)
+    : wxListCtrl(parent, id, wxDefaultPosition, wxDefaultSize,
+                 wxLC_REPORT | wxLC_SINGLE_SEL | wxLC_NO_HEADER, wxDefaultValidator, "listCtrl"),
+      mServices(services) {
+    SetMinSize(wxSize(100, -1));
+    wxVector<wxBitmapBundle> images;
+    images.push_back(LoadResourceBitmap("icons/category_list.png"));
+    SetSmallImages(images);
+    AppendColumn(_("Category"));
+    SetAccessibleName(*this, _("Categories"));
+    UseFont();
+    mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { Rename(); }, ID_RENAME_CATEGORY);
+    Bind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
+    Bind(wxEVT_LIST_KEY_DOWN, &CategoryList::OnListKeyDown, this);
+    Bind(wxEVT_CONTEXT_MENU, &CategoryList::OnContextMenu, this);
+}
+
+void CategoryList::SetDatabase(Database* database) {
+    if (database == mpDatabase) {
+        return;
+    }
+    mpDatabase = database;
+    mStoreAttachment.Attach(database, this);
+    RefreshRows();
+}
+
+void CategoryList::Update(Subject* subject) {
+    if (subject == &mServices.GetSettingsNotifier()) {
+        UseFont();
+    } else {
+        RefreshRows();
+    }
+}
+
+int CategoryList::RefreshRows() {
+    std::list<Category> categories;
+    if (mpDatabase == nullptr || mpDatabase->SelectAllCategories(categories) < 0) {
+        return -1;
+    }
+    const int32_t current = mServices.GetCurrentCategoryId(*mpDatabase);
+    const wxDateTime now = mServices.GetClock().Now();
+    std::map<int32_t, long> rows;
+    for (long row = 0; row < GetItemCount(); ++row) {
+        rows.emplace(CategoryOf(row), row);
+    }
+    std::map<int32_t, long> gone = rows;
+    for (const Category& category : categories) {
+        gone.erase(category.Id);
+        auto place = rows.find(category.Id);
+        if (place == rows.end()) {
+            const long row = InsertItem(GetItemCount(), ShownName(category.Name), 0);
+            SetItemData(row, category.Id);
+            place = rows.emplace(category.Id, row).first;
+        }
+        wxString text;
+        if (MakeRowText(category, now, text) < 0) {
+            return -1;
+        }
+        SetItemText(place->second, text);
+        if (category.Id == current) {
+            SelectRow(place->second);
+        }
+    }
+    std::list<long> goneRows;
+    for (const auto& [id, row] : gone) {
+        goneRows.push_back(row);
+    }
+    // From the last on, as each deletion moves the rows behind it.
+    goneRows.sort();
+    for (auto row = goneRows.rbegin(); row != goneRows.rend(); ++row) {
+        DeleteItem(*row);
+    }
+    SetColumnWidth(0, wxLIST_AUTOSIZE);
+    return 0;
+}
+
+int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, wxString& text) {
+    int32_t cards = 0;
+    int32_t forward = 0;
+    int32_t reverse = 0;
+    if (mpDatabase->SelectCategoryIdCount(category.Id, cards) < 0 ||
+        mpDatabase->SelectReadyCountForward(category.Id, now, forward) < 0 ||
+        mpDatabase->SelectReadyCountReverse(category.Id, now, reverse) < 0) {
+        return -1;
+    }
+    text = ShownName(category.Name);
+    if (forward != 0 || reverse != 0) {
+        text = wxString::Format(_("%s (%i/%i)"), text, forward, reverse);
+    }
+    return 0;
+}
+
+void CategoryList::SelectRow(long row) {
+    // While the focus moves, the control is about to select the row and deselect the former one.
+    if (!mFocusMoves && GetItemState(row, kChosen) != kChosen) {
+        SetItemState(row, kChosen, kChosen);
+    }
+}
+
+long CategoryList::FocusedRow() const {
+    return GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED);
+}
+
+int32_t CategoryList::CategoryOf(long row) const {
+    return static_cast<int32_t>(GetItemData(row));
+}
+
+bool CategoryList::HasFocusedRow() const {
+    return FocusedRow() >= 0;
+}
+
+bool CategoryList::HasFocusedCategory() const {
+    const long row = FocusedRow();
+    return row >= 0 && CategoryOf(row) != -1;
+}
+
+void CategoryList::Rename() {
+    const long row = FocusedRow();
+    std::list<Category> found;
+    if (row < 0 || mpDatabase == nullptr ||
+        mpDatabase->SelectCategoryById(CategoryOf(row), found) < 0 || found.empty()) {
+        return;
+    }
+    const Category& category = found.front();
+    wxTextEntryDialog dialog(this, _("Please enter a new name for the category."),
+                             _("Rename Category"), category.Name, wxOK | wxCANCEL | wxCENTRE);
+    // A field cannot hold every name, and one that was not touched is to change none.
+    const wxString untouched = dialog.GetValue();
+    mAsking = true;
+    const int answer = dialog.ShowModal();
+    mAsking = false;
+    if (answer != wxID_OK) {
+        return;
+    }
+    const wxString newName = dialog.GetValue();
+    if (newName == category.Name || newName == untouched) {
+        return;
+    }
+    // The store has reported what failed; what was done is to be seen.
+    RenameOrMerge(category, newName);
+    mpDatabase->Notify();
+}
+
+int CategoryList::RenameOrMerge(const Category& category, const wxString& newName) {
+    std::list<Category> existing;
+    if (mpDatabase->SelectCategoryByName(newName, existing) < 0) {
+        return -1;
+    }
+    // Texts that the store takes for the same name meet the row itself.
+    if (existing.empty() || existing.front().Id == category.Id) {
+        return mpDatabase->UpdateCategory({category.Id, newName});
+    }
+    return Merge(category, existing.front());
+}
+
+int CategoryList::Merge(const Category& from, const Category& into) {
+    const wxString oldName = ShownName(from.Name);
+    const wxString newName = ShownName(into.Name);
+    const wxString question = wxString::Format(
+        _("Category \"%s\" already exists.\n"
+          "Continuing will move all of the cards from category \"%s\" into category \"%s\".\n"
+          "This may take several minutes.\n"
+          "Continue?"),
+        newName, oldName, newName);
+    if (Ask(question, _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) != wxOK) {
+        return 0;
+    }
+    const wxBusyCursor busy;
+    if (mpDatabase->UpdateFlashCardCategory(from.Id, into.Id) < 0) {
+        return -1;
+    }
+    if (mServices.GetCurrentCategoryId(*mpDatabase) == from.Id) {
+        // The person goes where the cards go.
+        mServices.SetCurrentCategoryId(*mpDatabase, into.Id);
+    }
+    return mpDatabase->DeleteCategory(from.Id);
+}
+
+void CategoryList::DeleteFocused() {
+    const long row = FocusedRow();
+    if (mpDatabase == nullptr || row < 0 || CategoryOf(row) == -1) {
+        return;
+    }
+    const wxString refusal = _("Cannot Delete Category");
+    if (GetItemCount() < 2) {
+        Ask(wxString::Format(_("Cannot delete category \"%s\" because it is the only category"),
+                             GetItemText(row)),
+            refusal);
+        return;
+    }
+    int32_t count = 0;
+    if (mpDatabase->SelectCategoryIdCount(CategoryOf(row), count) < 0) {
+        RefreshRows();
+        return;
+    }
+    if (count > 0) {
+        Ask(wxString::Format(_("Cannot delete category \"%s\" because there are flash cards in it"),
+                             GetItemText(row)),
+            refusal);
+        return;
+    }
+    const int answer = Ask(_("Do you really want to delete the selected category?"),
+                           _("Delete Category"), wxOK | wxCANCEL | wxICON_EXCLAMATION);
+    if (answer == wxOK) {
+        DeleteCategoryOf(row);
+    }
+}
+
+int CategoryList::Ask(const wxString& text, const wxString& caption, long style) {
+    mAsking = true;
+    const int answer = ShowMessageBox(text, caption, style, this);
+    mAsking = false;
+    return answer;
+}
+
+void CategoryList::DeleteCategoryOf(long row) {
+    const int32_t id = CategoryOf(row);
+    const long heir = row + 1 < GetItemCount() ? row + 1 : row - 1;
+    mServices.SetCurrentCategoryId(*mpDatabase, CategoryOf(heir));
+    SelectRow(heir);
+    // A refusal leaves the row, which the refresh shows.
+    mpDatabase->DeleteCategory(id);
+    mpDatabase->Notify();
+}
+
+void CategoryList::Paste() {
+    if (CanPaste()) {
+        mServices.PasteCards(CategoryOf(FocusedRow()), AppServices::EmptyCut::kAfter);
+    }
+}
+
+bool CategoryList::CanPaste() const {
+    return HasFocusedRow() && mServices.CanPasteCards();
+}
+
+// As much as all rows need, so that whoever shows the list can give it no more than that.
+wxSize CategoryList::DoGetBestClientSize() const {
+    wxRect row;
+    if (GetItemCount() == 0 || !GetItemRect(0, row)) {
+        return wxListCtrl::DoGetBestClientSize();
+    }
+    const int scrollBar = std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
+    return wxSize(GetColumnWidth(0) + scrollBar, (GetItemCount() + 1) * row.height);
+}
+
+void CategoryList::UseFont() {
+    SetFont(ReadFontSetting("BrowseFont"));
+}
+
+void CategoryList::OnItemFocused(wxListEvent& event) {
+    // The control tells of a focus that is gone, too.
+    if (mpDatabase == nullptr || event.GetIndex() < 0) {
+        return;
+    }
+    const int32_t id = CategoryOf(event.GetIndex());
+    // Choosing what is current already changes nothing that others could show.
+    if (id != mServices.GetCurrentCategoryId(*mpDatabase)) {
+        mServices.SetCurrentCategoryId(*mpDatabase, id);
+        mFocusMoves = true;
+        mpDatabase->Notify();
+        mFocusMoves = false;
+    }
+}
+
+void CategoryList::OnListKeyDown(wxListEvent& event) {
+    if (event.GetKeyCode() == WXK_DELETE) {
+        DeleteFocused();
+    } else {
+        event.Skip();
+    }
+}
+
+void CategoryList::OnContextMenu(wxContextMenuEvent&) {
+    wxMenu menu;
+    AppendEntry(menu, ID_NEW_CATEGORY, _("New &Category"), "icons/newcategory_menu.png");
+    AppendEntry(menu, ID_RENAME_CATEGORY, _("Rename..."), "icons/blank_menu.png");
+    AppendEntry(menu, wxID_DELETE, _("Delete"), "icons/delete_menu.png");
+    mAsking = true;
+    PopupMenu(&menu);
+    mAsking = false;
+}

@@ -1,0 +1,264 @@
+#include <gmock/gmock.h>
+#include <wx/menu.h>
+
+#include "ListFixture.h"
+#include "list/CardRowCache.h"
+#include "shell/CommandIds.h"
+#include "shell/Settings.h"
+
+namespace {
+
+constexpr int kMany = 100000;
+
+}  // namespace
+
+class CardListTest : public ListTest {
+  protected:
+    long FocusedRow() { return Cards().GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
+    // Cards numbered from 0, with these fronts.
+    void InsertCards(const Texts& fronts) {
+        for (size_t i = 0; i < fronts.size(); ++i) {
+            FlashCard card = MakeCard(fronts[i], "back");
+            card.IntroductionOrder = static_cast<int32_t>(i);
+            mCards.push_back(Insert(card));
+        }
+    }
+    std::vector<FlashCard> mCards;
+};
+
+TEST_F(CardListTest, ManyCardsAreOrderedFoundSelectedAndDeleted) {
+    FillStore(kMany);
+    Open();
+    ASSERT_EQ(Cards().GetItemCount(), kMany);
+    EXPECT_EQ(Cards().OnGetItemText(99999, 1), "front 000000");
+    Select({7, 99999});
+    Cards().SetFocusedRow(7);
+    Sort(1);
+    EXPECT_EQ(Cards().OnGetItemText(0, 1), "front 000000");
+    // Both cards are selected where they are now, and the focused one has come into view.
+    EXPECT_EQ(Cards().GetSelectedRows(), (std::vector<long>{0, 99992}));
+    EXPECT_EQ(FocusedRow(), 99992);
+    EXPECT_EQ(Cards().GetFocusedRow(), 99992);
+    DrainEvents();
+    EXPECT_TRUE(Cards().IsVisible(99992));
+
+    Search("FRONT 0000_0");
+    EXPECT_EQ(Column(2),
+              (Texts{"back 99999", "back 99989", "back 99979", "back 99969", "back 99959",
+                     "back 99949", "back 99939", "back 99929", "back 99919", "back 99909"}));
+    EXPECT_EQ(Cards().GetSelectedRows(), std::vector<long>{0});
+
+    Cards().SetFocus();
+    Command(wxID_SELECTALL);
+    ModalAnswers answers;
+    answers.Expect(wxID_OK);
+    Command(wxID_DELETE);
+    EXPECT_EQ(answers.Dialogs.front().Message,
+              "Do you really want to delete the selected card(s)?");
+    EXPECT_EQ(Query("SELECT count(*) FROM Cards"), Strings{"99990"});
+    EXPECT_EQ(Cards().GetItemCount(), 0);
+    EXPECT_TRUE(WaitFor([this] { return FindById(Cards(), 10000)->IsShown(); }));
+    Search("");
+    EXPECT_EQ(Cards().GetItemCount(), 99990);
+    EXPECT_EQ(Cards().GetSelectedItemCount(), 0);
+    EXPECT_TRUE(WaitFor([this] { return !FindById(Cards(), 10000)->IsShown(); }));
+}
+
+TEST_F(CardListTest, TheSelectionStaysWithItsCards) {
+    InsertCards({"a", "b", "c", "d", "e"});
+    Open();
+    for (const std::vector<long>& rows :
+         {std::vector<long>{}, {1}, {0, 4}, {0, 1, 3, 4}, {0, 1, 2, 3, 4}}) {
+        Select(rows);
+        EXPECT_EQ(Cards().GetSelectedRows(), rows);
+        mDatabase.Notify();
+        EXPECT_EQ(Cards().GetSelectedRows(), rows);
+    }
+    Select({1, 2});
+    Cards().SetFocusedRow(2);
+    mCards[0].IntroductionOrder = 9;
+    EXPECT_EQ(mDatabase.UpdateFlashCard(mCards[0]), 0);
+    EXPECT_EQ(mDatabase.DeleteCard(mCards[1].CardId), 0);
+    mDatabase.Notify();
+    EXPECT_EQ(Column(1), (Texts{"c", "d", "e", "a"}));
+    EXPECT_EQ(Cards().GetSelectedRows(), std::vector<long>{0});
+    EXPECT_EQ(FocusedRow(), 0);
+}
+
+TEST_F(CardListTest, ADeletionWaitsForTheAnswerAndLeavesTheKeysInPlace) {
+    InsertCards({"a", "b", "c"});
+    Open();
+    // With nothing selected there is nothing to ask.
+    SendKeyDown(*Cards().GetChildren().front(), WXK_DELETE);
+    Select({1, 2});
+    Cards().SetFocusedRow(1);
+    {
+        ModalAnswers answers;
+        answers.Expect(wxID_CANCEL);
+        SendKeyDown(*Cards().GetChildren().front(), WXK_DELETE);
+    }
+    EXPECT_EQ(Column(1), (Texts{"a", "b", "c"}));
+    ModalAnswers answers;
+    answers.Expect(wxID_OK);
+    SendKeyDown(*Cards().GetChildren().front(), WXK_DELETE);
+    EXPECT_EQ(Column(1), Texts{"a"});
+    EXPECT_EQ(FocusedRow(), 0);
+    EXPECT_EQ(Cards().GetSelectedItemCount(), 0);
+}
+
+TEST_F(CardListTest, TheFirstFocusedOrSelectedRowIsEdited) {
+    InsertCards({"a", "b", "c"});
+    Open();
+    EXPECT_EQ(Rule(wxID_OPEN), "off");
+    Cards().SetFocusedRow(2);
+    EXPECT_EQ(Rule(wxID_OPEN), "on");
+    Command(wxID_OPEN);
+    Select({1});
+    Command(wxID_OPEN);
+    wxListEvent activated(wxEVT_LIST_ITEM_ACTIVATED, Cards().GetId());
+    activated.m_itemIndex = 0;
+    Cards().ProcessWindowEvent(activated);
+    // Gone meanwhile: nothing to edit, and its row says so.
+    EXPECT_EQ(mDatabase.DeleteCard(mCards[0].CardId), 0);
+    Cards().ProcessWindowEvent(activated);
+    ASSERT_EQ(mServices.Edited.size(), 3U);
+    EXPECT_EQ(mServices.Edited[0].Front + mServices.Edited[1].Front + mServices.Edited[2].Front,
+              "cba");
+    mServices.HasEditor = false;
+    EXPECT_EQ(Rule(wxID_OPEN), "off");
+}
+
+TEST_F(CardListTest, ACardThatIsGoneShowsAnErrorUntilTheNotice) {
+    InsertCards({"a", "b"});
+    Open();
+    EXPECT_EQ(Query("DELETE FROM Cards WHERE Front = 'b'"), Strings{});
+    mServices.SettingsNotifier.Notify();
+    Search("back");
+    Search("");
+    EXPECT_EQ(Cards().GetItemCount(), 1);
+    EXPECT_EQ(Cards().OnGetItemText(7, 1), "Error: contact technical support");
+    EXPECT_EQ(Cards().OnGetItemText(0, 5), "");
+}
+
+TEST_F(CardListTest, CellsShowTheBeginningOfLongTextsOnOneLine) {
+    InsertCards({wxString('x', 1000000), wxString(L"one\ntwo\u2028\u05d0\U0001F600")});
+    Open();
+    EXPECT_EQ(Cards().OnGetItemText(0, 1), wxString('x', 500));
+    EXPECT_EQ(Cards().OnGetItemText(1, 1), wxString(L"one two \u05d0\U0001F600"));
+    EXPECT_EQ(Query("SELECT length(Front) FROM Cards ORDER BY IntroductionOrder"),
+              (Strings{"1000000", "10"}));
+}
+
+TEST_F(CardListTest, SearchesOfAnyKindEndWell) {
+    InsertCards({"100% sure", "Salt", wxString(L"\u00c4rger")});
+    Open();
+    struct Case {
+        wxString Text;
+        int Found;
+    };
+    const Case cases[] = {{"SALT", 1},
+                          {"_", 3},
+                          {wxString('%', 10000), 3},
+                          {wxString('_', 10000), 0},
+                          {wxString('x', 10000), 0},
+                          // Longer than a pattern of the engine may be.
+                          {wxString('x', 60000), 0},
+                          // The store folds only ASCII, the text is folded in full.
+                          {wxString(L"\u00c4"), 0},
+                          {"'", 0},
+                          {"", 3}};
+    for (const Case& row : cases) {
+        Search(row.Text);
+        EXPECT_EQ(Cards().GetItemCount(), row.Found) << row.Text.Left(20);
+    }
+    EXPECT_TRUE(mReport.Texts.empty());
+}
+
+TEST_F(CardListTest, ColumnWidthsAreKeptWhenThereIsOneForEachColumn) {
+    struct Case {
+        const char* Stored;
+        std::vector<int> Widths;
+    };
+    const Case cases[] = {{"50,60,70", {50, 60, 70}},
+                          {"50,60", {30, 90, 90}},
+                          {"30,abc,90", {30, 90, 90}},
+                          {"", {30, 90, 90}}};
+    for (const Case& row : cases) {
+        WriteStringSetting("CardListColumns", row.Stored);
+        Open();
+        for (int column = 0; column < 3; ++column) {
+            EXPECT_EQ(Cards().GetColumnWidth(column), row.Widths[static_cast<size_t>(column)])
+                << row.Stored;
+        }
+        Cards().SetColumnWidth(1, 123);
+        Close();
+        EXPECT_NE(ReadStringSetting("CardListColumns").Find(",123,"), wxNOT_FOUND);
+    }
+}
+
+TEST_F(CardListTest, CommandsGoByTheFocus) {
+    InsertCards({"a", "b"});
+    mServices.HasCardsToPaste = true;
+    Open();
+    struct Case {
+        const char* Where;
+        // Cut, paste, delete, select all, rename.
+        std::vector<std::string> Rules;
+    };
+    const Case cases[] = {{"cards", {"off", "on", "off", "on", ""}},
+                          {"a card", {"on", "on", "on", "on", ""}},
+                          {"search", {"", "", "", "", ""}},
+                          {"categories", {"", "on", "on", "on", "on"}}};
+    for (const Case& row : cases) {
+        const std::string where = row.Where;
+        if (where == "search") {
+            mpFrame->FocusSearch();
+        } else if (where == "categories") {
+            OpenDropDown();
+        } else {
+            Cards().SetFocus();
+            Select(where == "a card" ? std::vector<long>{0} : std::vector<long>{});
+        }
+        DrainEvents();
+        EXPECT_EQ((std::vector<std::string>{Rule(wxID_CUT), Rule(wxID_PASTE), Rule(wxID_DELETE),
+                                            Rule(wxID_SELECTALL), Rule(ID_RENAME)}),
+                  row.Rules)
+            << where;
+        for (const int id : {int{wxID_CUT}, int{wxID_COPY}, int{wxID_PASTE}}) {
+            Command(id);
+        }
+    }
+    // Of the four places one had a card to take, and two lists took cards.
+    ASSERT_EQ(mServices.Taken.size(), 2U);
+    EXPECT_TRUE(mServices.Taken[0].Cut);
+    EXPECT_FALSE(mServices.Taken[1].Cut);
+    // A cut is taken off the clipboard before its cards move, but in the list of categories.
+    const auto before = std::make_pair(0, AppServices::EmptyCut::kBefore);
+    const auto after = std::make_pair(0, AppServices::EmptyCut::kAfter);
+    EXPECT_THAT(mServices.Pasted, ::testing::ElementsAre(before, before, after));
+
+    Command(wxID_SELECTALL);
+    EXPECT_EQ(Cards().GetSelectedItemCount(), 2);
+    Command(ID_EXPORT);
+    EXPECT_EQ(mServices.Exported, (std::vector<std::vector<int64_t>>{{1, 2}}));
+    EXPECT_EQ(Rule(ID_EXPORT), "on");
+    EXPECT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
+    mDatabase.Notify();
+    EXPECT_EQ(Rule(ID_EXPORT), "off");
+}
+
+TEST(CardRowCacheTest, KeepsThePagesAroundTheVisibleOne) {
+    CardRowCache cache;
+    for (int32_t row = 0; row < 100; ++row) {
+        cache.Insert(row, FlashCard());
+    }
+    cache.Trim(50, 10);
+    EXPECT_EQ(cache.Find(39), nullptr);
+    EXPECT_NE(cache.Find(40), nullptr);
+    EXPECT_NE(cache.Find(70), nullptr);
+    EXPECT_EQ(cache.Find(71), nullptr);
+    // The last one above the page before stays.
+    cache.Trim(90, 10);
+    EXPECT_EQ(cache.GetSize(), 1U);
+    EXPECT_NE(cache.Find(70), nullptr);
+}

@@ -1,0 +1,156 @@
+#include <wx/textdlg.h>
+
+#include "ListFixture.h"
+#include "shell/CommandIds.h"
+
+class CategoryListTest : public ListTest {
+  protected:
+    // The store's categories as "id name".
+    Strings Stored() { return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id"); }
+    void Rename(const wxString& name) {
+        mAnswers.Expect([name](wxDialog& dialog) {
+            static_cast<wxTextEntryDialog&>(dialog).SetValue(name);
+            return wxID_OK;
+        });
+        Categories().Rename();
+    }
+    void Choose(long row) {
+        const long chosen = wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED;
+        Categories().SetItemState(row, chosen, chosen);
+    }
+    long ChosenRow() {
+        const long row = Categories().GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED);
+        EXPECT_EQ(Categories().GetItemState(row, wxLIST_STATE_FOCUSED), wxLIST_STATE_FOCUSED);
+        return row;
+    }
+    void AddCategories(const Texts& names) {
+        for (const wxString& name : names) {
+            EXPECT_EQ(mDatabase.CategoryInsert(name), 0);
+        }
+    }
+    ModalAnswers mAnswers;
+};
+
+TEST_F(CategoryListTest, RowsTellWhatIsReadyAndFollowTheStore) {
+    AddCategories({"Spanish", "French"});
+    FlashCard card = MakeCard("a", "b", 1);
+    card.Reverse.Introduced = true;
+    card.Reverse.LastReview = wxDateTime(time_t(1600000000));
+    Insert(card);
+    Open();
+    EXPECT_EQ(Rows(), (Texts{"Default", "Spanish (0/1)", "French"}));
+    EXPECT_EQ(ChosenRow(), 0);
+
+    EXPECT_EQ(mDatabase.DeleteCategory(0), 0);
+    mServices.CurrentCategory = 1;
+    mDatabase.Notify();
+    EXPECT_EQ(Rows(), (Texts{"Spanish (0/1)", "French"}));
+    AddCategories({"Late"});
+    mDatabase.Notify();
+    // The new one has the free id and stands last all the same.
+    EXPECT_EQ(Rows(), (Texts{"Spanish (0/1)", "French", "Late"}));
+    EXPECT_EQ(ChosenRow(), 0);
+    EXPECT_EQ(Button().GetLabelText(), "Spanish");
+}
+
+TEST_F(CategoryListTest, TheFocusedRowBecomesCurrentEverywhere) {
+    AddCategories({"Salt & pepper"});
+    Insert(MakeCard("here", "", 0));
+    Insert(MakeCard("there", "", 1));
+    Open();
+    OpenDropDown();
+    wxKeyEvent down(wxEVT_CHAR);
+    down.m_keyCode = WXK_DOWN;
+    Categories().GetChildren().front()->GetEventHandler()->ProcessEvent(down);
+    EXPECT_EQ(mServices.CurrentCategory, 1);
+    EXPECT_EQ(ChosenRow(), 1);
+    EXPECT_EQ(Categories().GetItemState(0, wxLIST_STATE_SELECTED), 0);
+    EXPECT_EQ(Column(1), Texts{"there"});
+    EXPECT_EQ(Button().GetLabelText(), "Salt & pepper");
+}
+
+TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {
+    AddCategories({"7", "Keep"});
+    Insert(MakeCard("seven", "", 1));
+    Open();
+    Choose(1);
+    // The same text, the same name in the store's eyes, another one.
+    Rename("7");
+    Rename("007");
+    EXPECT_EQ(Stored(), (Strings{"0 Default", "1 7", "2 Keep"}));
+    Rename("seven %s \"x\"");
+    EXPECT_EQ(Stored(), (Strings{"0 Default", "1 seven %s \"x\"", "2 Keep"}));
+
+    const size_t before = mAnswers.Dialogs.size();
+    mAnswers.Expect([](wxDialog& dialog) {
+        static_cast<wxTextEntryDialog&>(dialog).SetValue("Keep");
+        return wxID_OK;
+    });
+    mAnswers.Expect(wxID_CANCEL);
+    Categories().Rename();
+    EXPECT_EQ(mAnswers.Dialogs[before + 1].Message,
+              "Category \"Keep\" already exists.\n"
+              "Continuing will move all of the cards from category \"seven %s \"x\"\" into "
+              "category \"Keep\".\nThis may take several minutes.\nContinue?");
+    EXPECT_EQ(Stored().size(), 3U);
+
+    mAnswers.Expect([](wxDialog& dialog) {
+        static_cast<wxTextEntryDialog&>(dialog).SetValue("Keep");
+        return wxID_OK;
+    });
+    mAnswers.Expect(wxID_OK);
+    Categories().Rename();
+    EXPECT_EQ(Stored(), (Strings{"0 Default", "2 Keep"}));
+    EXPECT_EQ(Query("SELECT CategoryId FROM Cards"), Strings{"2"});
+    // The cards that were shown still are.
+    EXPECT_EQ(Button().GetLabelText(), "Keep");
+    EXPECT_EQ(Column(1), Texts{"seven"});
+}
+
+TEST_F(CategoryListTest, OnlyAnEmptyCategoryThatIsNotTheLastOneIsDeleted) {
+    Insert(MakeCard("a", "", 1));
+    Open();
+    const auto deleteAndRead = [this] {
+        SendKeyDown(*Categories().GetChildren().front(), WXK_DELETE);
+        return mAnswers.Dialogs.back().Message;
+    };
+    mAnswers.Expect(wxID_OK);
+    EXPECT_EQ(deleteAndRead(),
+              "Cannot delete category \"Default\" because it is the only category");
+
+    AddCategories({"Full", "Last"});
+    Insert(MakeCard("b", "", 1));
+    mDatabase.Notify();
+    Choose(1);
+    mAnswers.Expect(wxID_OK);
+    EXPECT_EQ(deleteAndRead(),
+              "Cannot delete category \"Full\" because there are flash cards in it");
+    Choose(2);
+    mAnswers.Expect(wxID_CANCEL);
+    EXPECT_EQ(deleteAndRead(), "Do you really want to delete the selected category?");
+    EXPECT_EQ(Rows(), (Texts{"Default", "Full", "Last"}));
+    mAnswers.Expect(wxID_OK);
+    deleteAndRead();
+    // The one above follows the last one, and the one below any other.
+    EXPECT_EQ(Rows(), (Texts{"Default", "Full"}));
+    EXPECT_EQ(mServices.CurrentCategory, 1);
+    EXPECT_EQ(ChosenRow(), 1);
+    Choose(0);
+    mAnswers.Expect(wxID_OK);
+    deleteAndRead();
+    EXPECT_EQ(Stored(), Strings{"1 Full"});
+    EXPECT_EQ(mServices.CurrentCategory, 1);
+    EXPECT_EQ(Column(1).back(), "b");
+}
+
+TEST_F(CategoryListTest, ALongNameIsShownInPartAndKeptInFull) {
+    const wxString longName = wxString('n', 5000) + "\nend";
+    AddCategories({longName});
+    Open();
+    Choose(1);
+    EXPECT_EQ(Rows()[1].length(), 200U);
+    EXPECT_LT(Button().GetBestSize().x, 400);
+    mAnswers.Expect(wxID_OK);
+    Categories().Rename();
+    EXPECT_EQ(Query("SELECT length(Name) FROM Categories WHERE Id = 1"), Strings{"5004"});
+}

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <wx/listctrl.h>
+#include <wx/srchctrl.h>
+
+#include <string>
+#include <vector>
+
+#include "list/BrowseFrame.h"
+#include "list/CardList.h"
+#include "list/CardListCtrl.h"
+#include "list/CategoryList.h"
+#include "list/DropDownButton.h"
+#include "list/DropDownWindow.h"
+#include "support/FakeServices.h"
+#include "support/GuiTest.h"
+
+// The list window on a real store, told what to do by keys and commands as a person would.
+class ListTest : public GuiStoreTest {
+  protected:
+    using Texts = std::vector<wxString>;
+
+    // The windows observe what is destroyed before the base class closes them.
+    ~ListTest() override {
+        if (mpFrame != nullptr) {
+            Close();
+        }
+    }
+
+    // The window of whatever the store holds by then, on the screen and active.
+    void Open() {
+        mpFrame = new BrowseFrame(mServices);
+        mpFrame->SetDatabase(&mDatabase);
+        ShowAndWait(*mpFrame);
+    }
+    void Close() {
+        mpFrame->Close(true);
+        mpFrame = nullptr;
+        DrainEvents();
+    }
+
+    // Many cards at once, by a connection of the test's own: numbers 0 to count - 1, and the fronts
+    // in the opposite order, "front 000000" last.
+    void FillStore(int count);
+
+    wxWindow& CardPanel() { return *FindById(*mpFrame, kCardListId); }
+    CardListCtrl& Cards() {
+        return static_cast<CardListCtrl&>(*FindNamed(CardPanel(), "listCtrl"));
+    }
+    wxDropDownButton& Button() {
+        return static_cast<wxDropDownButton&>(*FindNamed(*mpFrame, "dropDownButton"));
+    }
+    wxDropDownWindow& DropDown() { return *Button().GetPopup(); }
+    CategoryList& Categories() {
+        return static_cast<CategoryList&>(*FindNamed(DropDown(), "listCtrl"));
+    }
+    wxSearchCtrl& SearchField() {
+        return static_cast<wxSearchCtrl&>(*FindNamed(*mpFrame, "searchCtrl"));
+    }
+
+    void OpenDropDown() {
+        SendKey(Button(), WXK_SPACE);
+        EXPECT_TRUE(WaitFor([this] { return DropDown().IsActive(); }));
+    }
+    void Search(const wxString& text) {
+        SearchField().SetValue(text);
+        wxCommandEvent enter(wxEVT_TEXT_ENTER, SearchField().GetId());
+        enter.SetEventObject(&SearchField());
+        SearchField().ProcessWindowEvent(enter);
+    }
+    void Sort(int column) {
+        wxListEvent click(wxEVT_LIST_COL_CLICK, Cards().GetId());
+        click.SetEventObject(&Cards());
+        click.m_col = column;
+        Cards().ProcessWindowEvent(click);
+    }
+    void Select(const std::vector<long>& rows) { Cards().SetSelectedRows(rows); }
+
+    bool Command(int id) {
+        wxCommandEvent event(wxEVT_MENU, id);
+        return mpFrame->ProcessWindowEvent(event);
+    }
+    // What the rule of a command says: "on", "off", or "" when the window leaves it to others.
+    std::string Rule(int id) {
+        wxUpdateUIEvent event(id);
+        const bool ruled = mpFrame->ProcessWindowEvent(event) && event.GetSetEnabled();
+        return !ruled ? "" : event.GetEnabled() ? "on" : "off";
+    }
+
+    // The texts of a column, or of every row of the categories.
+    Texts Column(int column) {
+        Texts texts;
+        for (long row = 0; row < Cards().GetItemCount(); ++row) {
+            texts.push_back(Cards().OnGetItemText(row, column));
+        }
+        return texts;
+    }
+    Texts Rows() {
+        Texts texts;
+        for (long row = 0; row < Categories().GetItemCount(); ++row) {
+            texts.push_back(Categories().GetItemText(row));
+        }
+        return texts;
+    }
+
+    FakeServices mServices;
+    BrowseFrame* mpFrame = nullptr;
+};
