@@ -33,25 +33,21 @@ class RandomCards {
         return static_cast<int32_t>(mRandom() % static_cast<uint32_t>(end));
     }
 
-    // Words with letters at their ends, since every form drops the white space around a text.
+    // With letters at the ends of lines, since every form drops the white space around them.
     wxString Text() {
         static const std::wstring traps = L"\t,; :#\\|=\uFF1A\u3010\u3011\uFEFF\u2028\x01\x04\x85";
         std::wstring text;
-        for (int words = Number(4); words > 0; --words) {
-            text += L'x';
-            for (int length = Number(8); length > 0; --length) {
-                // Planes 0 to 16, where plane 0 is left out where it has no characters.
-                const int32_t point = Number(17) * 0x10000 + 0x21 + Number(0xD000);
-                text += Number(3) > 0 ? static_cast<wchar_t>(point)
-                                      : traps[static_cast<size_t>(Number(int32_t(traps.size())))];
-                if (Number(8) == 0) {
-                    text += mTrap;
-                }
+        for (int length = Number(32); length > 0; --length) {
+            // Planes 0 to 16, where plane 0 is left out where it has no characters.
+            const int32_t point = Number(17) * 0x10000 + 0x21 + Number(0xD000);
+            text += Number(2) > 0 ? static_cast<wchar_t>(point)
+                                  : traps[static_cast<size_t>(Number(int32_t(traps.size())))];
+            if (Number(8) == 0) {
+                text += L"x\n\nx";
+                text += mTrap;
             }
-            text += L"\\n x";
-            text += Number(2) > 0 ? L"\n" : L"\n\n";
         }
-        return text.empty() ? wxString() : wxString(text) + "x";
+        return text.empty() ? wxString() : "x" + wxString(text) + "x";
     }
 
     wxString Side() {
