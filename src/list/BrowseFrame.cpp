@@ -77,6 +77,7 @@ BrowseFrame::BrowseFrame(AppServices& services)
         Centre(wxBOTH);
     }
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
+    mpChildFocus = mpCardList;
     mpCardList->SetFocus();
 }
 
@@ -103,6 +104,7 @@ void BrowseFrame::FocusSearch() {
     if (IsIconized()) {
         Iconize(false);
     }
+    mpChildFocus = mpSearchCtrl;
     mpSearchCtrl->SetFocus();
     mpSearchCtrl->SelectAll();
 }
@@ -164,6 +166,7 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
 
 void BrowseFrame::BindCommands() {
     Bind(wxEVT_ACTIVATE, &BrowseFrame::OnActivate, this);
+    Bind(wxEVT_CHILD_FOCUS, &BrowseFrame::OnChildFocus, this);
     Bind(wxEVT_CLOSE_WINDOW, &BrowseFrame::OnClose, this);
     Bind(wxEVT_CHAR_HOOK, &BrowseFrame::OnCharHook, this);
     // The button opens its window itself.
@@ -311,6 +314,15 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
     event.Skip();
     if (event.GetActive()) {
         mServices.FrameActivated(*this);
+        mpChildFocus->SetFocus();
+    }
+}
+
+// While the window is hidden or behind others the toolkit gives the focus away as it likes.
+void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
+    event.Skip();
+    if (IsActive() && wxGetTopLevelParent(event.GetWindow()) == this) {
+        mpChildFocus = event.GetWindow();
     }
 }
 

@@ -55,6 +55,7 @@ class BrowseFrame : public wxFrame, private Observer {
     void LetGoOfStore();
 
     void OnActivate(wxActivateEvent& event);
+    void OnChildFocus(wxChildFocusEvent& event);
     void OnClose(wxCloseEvent& event);
     void OnCharHook(wxKeyEvent& event);
     void OnSearchText(wxCommandEvent& event);
@@ -70,6 +71,8 @@ class BrowseFrame : public wxFrame, private Observer {
     Database* mpDatabase = nullptr;
     CategoryList* mpCategoryList = nullptr;
     CardList* mpCardList = nullptr;
+    // The child to have the keyboard when the window comes back to the screen.
+    wxWindow* mpChildFocus = nullptr;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;
 };
