@@ -44,6 +44,21 @@ class ExportRoad(RoadTest):
         self.assertEqual(0, program.quit())
         self.assertIsNone(clipboard())
 
+    def test_copies_of_all_cards_of_the_list(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        count = self.sandbox.card_count()
+        program = self.sandbox.start()
+        program.click_at(LIST_WINDOW, 0.6, 0.4)
+        press("ctrl+a", "ctrl+c")
+        wait_until(lambda: len((clipboard() or "").splitlines()) == count + 1, "all cards as text")
+        press("ctrl+v")
+        wait_until(lambda: self.sandbox.card_count() == 2 * count, "copies of all cards")
+        program.wait_no_window("Progress")
+        self.assertEqual(0, program.quit())
+        self.assertEqual([(2 * count,)],
+                         self.sandbox.query("SELECT COUNT(DISTINCT CardId) FROM Cards"))
+        self.sandbox.check_store()
+
 
 if __name__ == "__main__":
     unittest.main()
