@@ -1,0 +1,243 @@
+#include <wx/init.h>
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "scheduler/Scheduler.h"
+#include "store/Database.h"
+#include "support/Fakes.h"
+
+// A year of study in both directions by a clock of its own, in a place where the clocks change in
+// spring and autumn. On the way the clock is once set back by a day and once forward by a year.
+// What must always hold is looked at with every review; the figures of each day and the growth of
+// an interval by score go to a file each: velomind_year CARDS DAYS REVIEWS-A-DAY DIRECTORY
+namespace {
+
+constexpr int kCategory = 0;
+constexpr int kHistory = 20;
+// The spread takes no more than this from an interval.
+constexpr float kLeastSpread = 0.8122f;
+
+void Check(bool holds, const char* what) {
+    if (!holds) {
+        std::fprintf(stderr, "velomind_year: %s\n", what);
+        std::exit(1);
+    }
+}
+
+// The moment of a local time in 2025, the day counted from the 1st of January.
+int64_t LocalTime(int day, int hour) {
+    std::tm local{};
+    local.tm_year = 125;
+    local.tm_mday = 1 + day;
+    local.tm_hour = hour;
+    local.tm_isdst = -1;
+    return std::mktime(&local);
+}
+
+class Study {
+  public:
+    Study(const std::string& directory, int cards, int directions, ReviewRandom& random)
+        : mDirectory(directory), mRandom(random) {
+        std::filesystem::create_directories(directory);
+        const std::string path = directory + "/year.vlm";
+        std::filesystem::remove(path);
+        Check(mDatabase.Open(wxString::FromUTF8(path), mWait) == 0 &&
+                  mDatabase.CategoryInsert("Default") == 0 &&
+                  mDatabase.Execute(wxString::FromUTF8(FillSql(cards))) == 0,
+              "no store");
+        mCards = cards;
+        mScheduler.SetDirections(static_cast<ReviewDirection>(directions));
+        mScheduler.Initialise();
+    }
+    ~Study() {
+        mDatabase.Close();
+        std::filesystem::remove(mDirectory + "/year.vlm");
+    }
+    Study(const Study&) = delete;
+    Study& operator=(const Study&) = delete;
+
+    void Set(int64_t time) { mClock.Set(time); }
+    void Advance(int64_t seconds) { mClock.Advance(seconds); }
+    int64_t Now() const { return mClock.Now().GetTicks(); }
+    int Ready() { return mScheduler.GetReadyCount(); }
+    int Introduced() const { return mIntroduced; }
+    double SlowestReview() const { return mSlowest; }
+    bool IsBreakTime() const { return mScheduler.IsBreakTime(); }
+    void Refresh() { mScheduler.Refresh(); }
+
+    // Scores the card on show. Gives its interval in seconds.
+    float Review(int score);
+
+  private:
+    static std::string FillSql(int cards) {
+        return "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+               std::to_string(cards - 1) +
+               ") INSERT INTO Cards (CardId, Front, Back, CategoryId, Author, Chapter, "
+               "IntroductionOrder, ForwardX, ReverseX, Notes, Introduced, LastReview, LastScore, "
+               "ReviewInterval, Difficulty, NextReview, ERC, RIntroduced, RLastReview, RLastScore, "
+               "RReviewInterval, RDifficulty, RNextReview, RERC) SELECT "
+               "printf('%08x-0000-4000-8000-%012x', i * 2654435761 % 4294967296, i), 'front ' || "
+               "i, 'back ' || i, 0, '', '', i, 0, 0, '', 0, 0, 0, 5.0, 16, 5, 0, 0, 0, 0, 5.0, 16, "
+               "5, 0 FROM n";
+    }
+    FlashCard Stored(const CardUuid& id) {
+        std::list<FlashCard> cards;
+        Check(mDatabase.SelectCardById(id, cards) == 0 && cards.size() == 1, "a card is missing");
+        return cards.front();
+    }
+    void CheckSchedule(const CardSchedule& old, const CardSchedule& now, int score) const;
+    void CheckCounts();
+
+    std::string mDirectory;
+    RecordingReport mReport;
+    SilentUpgradeWait mWait;
+    Database mDatabase{mReport};
+    FakeClock mClock{LocalTime(0, 18)};
+    ReviewRandom& mRandom;
+    FakeCategorySource mCategory;
+    SilentMaintenance mMaintenance;
+    Scheduler mScheduler{mDatabase, {mCategory, mMaintenance, mClock, mRandom}};
+    int mCards = 0;
+    int mIntroduced = 0;
+    double mSlowest = 0.0;
+};
+
+float Study::Review(int score) {
+    Check(mScheduler.HasCard(), "no card to review");
+    const FlashCard old = Stored(mScheduler.GetCurrentCardId());
+    const auto start = std::chrono::steady_clock::now();
+    mScheduler.ScoreCard(score);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    mSlowest = std::max(mSlowest, taken.count());
+    Check(mReport.Texts.empty(), "the store failed");
+
+    const FlashCard card = Stored(old.CardId);
+    const bool forward = card.Forward != old.Forward;
+    Check(forward != (card.Reverse != old.Reverse), "one direction changes with a score");
+    const CardSchedule& before = forward ? old.Forward : old.Reverse;
+    const CardSchedule& after = forward ? card.Forward : card.Reverse;
+    mIntroduced += before.Introduced ? 0 : 1;
+    CheckSchedule(before, after, score);
+    CheckCounts();
+    Check(mScheduler.GetHistoryCount() <= kHistory, "the history holds 20 cards");
+    return after.ReviewInterval;
+}
+
+void Study::CheckSchedule(const CardSchedule& old, const CardSchedule& now, int score) const {
+    Check(now.Introduced && now.LastScore == score, "the score is kept");
+    Check(now.LastReview.GetTicks() == Now(), "the time of the review is kept");
+    Check(std::isfinite(now.ReviewInterval) && now.ReviewInterval >= 1.0f, "an interval is a time");
+    Check(now.NextReview() >= now.LastReview, "the next review follows the last");
+    if (old.Introduced && score > 2) {
+        Check(now.ReviewInterval >= old.ReviewInterval * kLeastSpread,
+              "a good score never shortens an interval but by its spread");
+    } else if (old.Introduced) {
+        Check(now.ReviewInterval <= std::max(old.ReviewInterval, 1.0f) / kLeastSpread,
+              "a bad score never lengthens one");
+    }
+}
+
+void Study::CheckCounts() {
+    int32_t all = 0;
+    int32_t forward = 0;
+    int32_t reverse = 0;
+    int32_t ready = 0;
+    int32_t readyReverse = 0;
+    Check(mDatabase.CountAllCards(all) == 0 && all == mCards, "no card is lost");
+    Check(mDatabase.CountIntroducedForward(kCategory, forward) == 0 &&
+              mDatabase.CountIntroducedReverse(kCategory, reverse) == 0 &&
+              forward + reverse == mIntroduced,
+          "the introduced cards add up");
+    Check(mDatabase.SelectReadyCountForward(kCategory, mClock.Now(), ready) == 0 &&
+              mDatabase.SelectReadyCountReverse(kCategory, mClock.Now(), readyReverse) == 0 &&
+              ready <= forward && readyReverse <= reverse &&
+              ready + readyReverse == mScheduler.GetReadyCount(),
+          "the ready cards add up");
+}
+
+// How an interval grows when a card is asked just when it is due.
+void WriteGrowth(const std::string& directory) {
+    std::FILE* const file = std::fopen((directory + "/growth.csv").c_str(), "w");
+    Check(file != nullptr, "no file for the growth");
+    std::fputs("scores,review,days\n", file);
+    for (const char* const scores : {"3333333333", "4444444444", "5555555555", "5555525555"}) {
+        // One half: the spread takes and adds nothing.
+        FakeRandom random;
+        Study study(directory, 1, kReviewForward, random);
+        for (int review = 0; scores[review] != '\0'; ++review) {
+            const float interval = study.Review(scores[review] - '0');
+            std::fprintf(file, "%s,%d,%.4f\n", scores, review + 1,
+                         static_cast<double>(interval) / 86400.0);
+            study.Advance(static_cast<int64_t>(interval) + 1);
+            study.Refresh();
+        }
+    }
+    std::fclose(file);
+}
+
+// What a person who knows most of it gives: 0 to 5, in hundredths.
+int DrawScore(std::mt19937& dice) {
+    constexpr std::array<unsigned, 6> kUpTo{3, 7, 15, 40, 75, 100};
+    const auto chance = static_cast<unsigned>(dice() % 100);
+    int score = 0;
+    while (chance >= kUpTo[static_cast<size_t>(score)]) {
+        ++score;
+    }
+    return score;
+}
+
+void WriteYear(const std::string& directory, int cards, int days, int reviews) {
+    std::FILE* const file = std::fopen((directory + "/days.csv").c_str(), "w");
+    Check(file != nullptr, "no file for the days");
+    std::fputs("day,due,reviewed_due,new,introduced\n", file);
+    SequenceRandom random;
+    Study study(directory, cards, kReviewForward | kReviewReverse, random);
+    std::mt19937 dice{20250101};
+    int64_t shift = 0;
+    for (int day = 0; day < days; ++day) {
+        // Two thirds through the year somebody sets the clock wrong, and later right again and
+        // more.
+        shift -= day == days * 2 / 3 ? 86400 : 0;
+        shift += day == days * 5 / 6 ? 365 * 86400 : 0;
+        study.Set(LocalTime(day, 18) + shift);
+        study.Refresh();
+        const int due = study.Ready();
+        const int introduced = study.Introduced();
+        int reviewed = 0;
+        for (int i = 0; i < reviews; ++i) {
+            study.Advance(8);
+            reviewed += study.IsBreakTime() ? 0 : 1;
+            study.Review(DrawScore(dice));
+        }
+        const int fresh = study.Introduced() - introduced;
+        std::fprintf(file, "%d,%d,%d,%d,%d\n", day, due, reviewed - fresh, fresh,
+                     study.Introduced());
+    }
+    std::fclose(file);
+    std::printf("%d cards, %d days, %d reviews: every check held; slowest review %.1f ms\n", cards,
+                days, days * reviews, study.SlowestReview() * 1e3);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const wxInitializer library;
+    if (argc != 5 || !library.IsOk()) {
+        std::fputs("usage: velomind_year CARDS DAYS REVIEWS-A-DAY DIRECTORY\n", stderr);
+        return 2;
+    }
+    setenv("TZ", "Europe/Berlin", 1);
+    tzset();
+    std::filesystem::create_directories(argv[4]);
+    WriteGrowth(argv[4]);
+    WriteYear(argv[4], std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3]));
+    return 0;
+}
