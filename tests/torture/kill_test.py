@@ -91,9 +91,9 @@ class KillTest(RoadTest):
 
     # When the program ends.
 
-    def kill(self, program, sql=None):
-        """Ends the program within a second: at any moment, or just when a change is under way."""
-        end = time.monotonic() + self.chance.uniform(0, 0.6)
+    def kill(self, program, sql=None, within=0.6):
+        """Ends the program at any moment, or just when a change is under way after it."""
+        end = time.monotonic() + self.chance.uniform(0, within)
         while time.monotonic() < end:
             if sql:
                 self.observe(sql)
@@ -190,6 +190,57 @@ class KillTest(RoadTest):
             return set()
         return check
 
+    def paste_cards(self, _):
+        program = self.start()
+        program.click_at(LIST_WINDOW, 0.6, 0.4)
+        press("Home", "shift+Next", "shift+Next", "shift+Next", "ctrl+c")
+        wait_until(lambda: run_tool("xclip", "-o", "-selection", "clipboard"), "text to paste")
+        press("ctrl+v")
+        self.kill(program, within=0.2)
+
+        def check(old, new, _names):
+            def copied(card):
+                return tuple(value for name, value in card.items() if name != "CardId")
+            known = {copied(card) for card in old.values()}
+            self.assertLessEqual({copied(card) for card in new.values()}, known)
+            self.pasted += len(new) - len(old)
+            return set()
+        return check
+
+    def rename_category(self, number):
+        """To a name of its own, or to that of another category, which takes its cards."""
+        _, names = self.rows()
+        target = self.chance.choice(sorted(names.items()))
+        name = self.chance.choice((f"renamed {number}", target[1]))
+        program = self.start()
+        program.click_at(LIST_WINDOW, 0.06, 0.1)
+        wait_until(lambda: press("ctrl+r") or program.windows("Rename Category"), "the question")
+        program.wait_window("Rename Category")
+        press("ctrl+a")
+        type_text(name)
+        press("Return")
+        if name == target[1]:
+            wait_until(lambda: not program.windows("Rename Category"), "the answer")
+            press("Return")
+        self.kill(program, within=self.chance.choice((0.005, 1)))
+
+        def check(old, new, names_now):
+            changed = {key for key in old if new[key] != old[key]}
+            for key in changed:
+                self.assertEqual({**old[key], "CategoryId": target[0]}, new[key])
+            left = {old[key]["CategoryId"] for key in changed}
+            self.assertFalse(left & {card["CategoryId"] for card in new.values()}, "all or none")
+            self.assertLessEqual(len(left), 1)
+            gone = names.keys() - names_now.keys()
+            self.assertLessEqual(len(gone), 1)
+            self.assertFalse(gone & {card["CategoryId"] for card in new.values()})
+            others = {key for key in names_now if names_now[key] != names[key]}
+            self.assertLessEqual({names_now[key] for key in others}, {name})
+            self.renamed += bool(others or left)
+            self.names_before = names_now
+            return changed
+        return check
+
     def export_cards(self, number):
         program = self.start(STUDY_WINDOW)
         press("alt+f", "Up", "Return")
@@ -221,7 +272,7 @@ class KillTest(RoadTest):
         name = os.path.basename(new)
         while time.monotonic() < end and not any(at.startswith(name) for at in os.listdir(place)):
             pass
-        time.sleep(self.chance.choice((0, 0, 0.001, 0.02)))
+        time.sleep(self.chance.choice((0, 0.001, 0.01, 0.2)))
         program.kill()
         there = [path for path in (old, new) if os.path.exists(path)]
         self.assertTrue(there, "the store is at its old or its new place")
@@ -239,12 +290,12 @@ class KillTest(RoadTest):
         return lambda old, new, _names: set()
 
     def test_no_kill_loses_a_card(self):
-        deeds = [self.import_cards, self.score_cards, self.write_cards, self.export_cards,
-                 self.move_store]
-        self.moves = 0
+        deeds = [self.import_cards, self.score_cards, self.paste_cards, self.rename_category,
+                 self.write_cards, self.export_cards, self.move_store]
+        self.moves = self.pasted = self.renamed = 0
         self.elsewhere = tempfile.mkdtemp(prefix="velomind-", dir=driver.fast_directory())
         self.addCleanup(shutil.rmtree, self.elsewhere)
-        before, names_before = self.rows()
+        before, self.names_before = self.rows()
         for number in range(KILLS):
             deed = deeds[number % len(deeds)]
             with self.subTest(deed=deed.__name__, kill=number, seed=SEED):
@@ -252,13 +303,14 @@ class KillTest(RoadTest):
                 check = deed(number)
                 after, names = self.rows()
                 changed = check(before, after, names)
-                self.assertLessEqual(names_before.items(), names.items())
+                self.assertLessEqual(self.names_before.items(), names.items())
                 for key, card in before.items():
                     if key not in changed:
                         self.assertEqual(card, after.get(key))
-                before, names_before = after, names
+                before, self.names_before = after, names
         print(f"{KILLS} kills, {self.hot} of them in the middle of a change, "
-              f"{self.moves} stores moved, {len(before)} cards at the end", file=sys.stderr)
+              f"{self.moves} stores moved, {self.renamed} categories renamed or merged, "
+              f"{self.pasted} cards pasted, {len(before)} cards at the end", file=sys.stderr)
 
 
 if __name__ == "__main__":
