@@ -64,12 +64,10 @@ TEST_F(StudyFrameChange, CardCommandsNameTheCardOnShow) {
     EXPECT_FALSE(mServices.Taken[1].Cut);
 
     mServices.HasEditor = mServices.HasExport = mServices.HasClipboard = false;
-    for (const int id : std::vector<int>{wxID_OPEN, ID_EXPORT, wxID_CUT, wxID_COPY, wxID_UNDO,
-                                         wxID_PASTE, wxID_SELECTALL}) {
+    for (const int id : std::vector<int>{wxID_OPEN, ID_EXPORT, wxID_COPY, wxID_UNDO, wxID_PASTE}) {
         EXPECT_FALSE(IsEnabled(id)) << id;
     }
     EXPECT_TRUE(IsEnabled(wxID_DELETE));
-    EXPECT_TRUE(IsChecked(ID_WINDOW_STUDY));
 }
 
 TEST_F(StudyFrameChange, CompactScoringIsKeptAndTheHorizontalLayoutIsNot) {

@@ -37,14 +37,12 @@ TEST(TextWrap, CutsAtLineEndsBetweenWordsAndInsideALongWord) {
         std::vector<wxString> Lines;
     } rows[] = {
         {"between words", "one two three", 60, {"one", "two", "three"}},
-        {"spaces between lines go", "one    two ", 40, {"one", "two"}},
         {"three fit and one is taken", "abcd", 20, {"a", "b", "cd"}},
         {"empty lines are dropped", "\na\n\n\nb\n", 60, {"a", "b"}},
         {"a line of a space stays", "a\n \nb", 60, {"a", " ", "b"}},
         {"only white space", " \n\t\n ", 60, {}},
         {"a carriage return is a space", "a\r\nb", 60, {"a ", "b"}},
         {"spaces of other scripts", L"one\u3000two\u00A0three", 60, {"one", "two", "three"}},
-        {"an indented word", "          ab", 60, {"ab"}},
         {"a mark stays with its letter", L"aaaaae\u0301bb", 60, {"aaaaa", L"e\u0301bb"}},
     };
     for (const auto& row : rows) {

@@ -3,7 +3,6 @@
 #include <wx/frame.h>
 
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 #include "shell/AppServices.h"
@@ -26,7 +25,7 @@ class FakeServices : public AppServices {
     ReviewRandom& GetReviewRandom() override { return Random; }
     MaintenancePrompt& GetMaintenancePrompt() override { return Maintenance; }
 
-    void FrameActivated(wxFrame& frame) override { Activated.push_back(&frame); }
+    void FrameActivated(wxFrame&) override {}
     void FrameClosed(wxFrame& frame) override { Closed.push_back(&frame); }
 
     bool CanOpenEditor() const override { return HasEditor; }
@@ -39,10 +38,8 @@ class FakeServices : public AppServices {
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         Taken.push_back({rowIds, cut});
     }
-    bool CanPasteCards() const override { return HasCardsToPaste; }
-    void PasteCards(int32_t categoryId, EmptyCut empty) override {
-        Pasted.emplace_back(categoryId, empty);
-    }
+    bool CanPasteCards() const override { return false; }
+    void PasteCards(int32_t, EmptyCut) override {}
     void SetStudyMessage(const wxString& text) override { StudyMessage = text; }
 
     int32_t CurrentCategory = 0;
@@ -54,13 +51,10 @@ class FakeServices : public AppServices {
     bool HasEditor = true;
     bool HasExport = true;
     bool HasClipboard = true;
-    bool HasCardsToPaste = true;
 
-    std::vector<wxFrame*> Activated;
     std::vector<wxFrame*> Closed;
     std::vector<FlashCard> Edited;
     std::vector<std::vector<int64_t>> Exported;
     std::vector<CardsTaken> Taken;
-    std::vector<std::pair<int32_t, EmptyCut>> Pasted;
     wxString StudyMessage;
 };

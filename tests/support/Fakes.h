@@ -5,7 +5,7 @@
 #include <wx/utils.h>
 
 #include <cstdint>
-#include <deque>
+#include <utility>
 #include <vector>
 
 #include "base/Clock.h"
@@ -21,27 +21,19 @@ class FakeClock : public Clock {
     explicit FakeClock(int64_t seconds = 1700000000) : mSeconds(seconds) {}
     wxDateTime Now() const override { return wxDateTime(static_cast<time_t>(mSeconds)); }
     void Advance(int64_t seconds) { mSeconds += seconds; }
-    void Set(int64_t seconds) { mSeconds = seconds; }
 
   private:
     int64_t mSeconds;
 };
 
-// Gives the numbers that it was fed, then one half.
+// Gives the number that it was fed, then one half.
 class FakeRandom : public ReviewRandom {
   public:
-    float Next() override {
-        if (mNumbers.empty()) {
-            return 0.5f;
-        }
-        const float number = mNumbers.front();
-        mNumbers.pop_front();
-        return number;
-    }
-    void Feed(float number) { mNumbers.push_back(number); }
+    float Next() override { return std::exchange(mNumber, 0.5f); }
+    void Feed(float number) { mNumber = number; }
 
   private:
-    std::deque<float> mNumbers;
+    float mNumber = 0.5f;
 };
 
 // Keeps what was reported and lets the failing operation return.
@@ -73,7 +65,6 @@ class FakeCategorySource : public CategorySource {
 class SilentMaintenance : public MaintenancePrompt {
   public:
     void ConfirmStart() override { ++Starts; }
-    void TellComplete() override { ++Completions; }
+    void TellComplete() override {}
     int Starts = 0;
-    int Completions = 0;
 };

@@ -12,21 +12,6 @@
 
 namespace {
 
-void UseSettingsIn(const TemporaryDirectory& directory) {
-    wxSetEnv("XDG_CONFIG_HOME", directory.Path("config"));
-}
-
-// Deletes what a test left open, so that the next one starts with no window.
-void DestroyAllWindows() {
-    for (wxWindow* window :
-         std::vector<wxWindow*>(wxTopLevelWindows.begin(), wxTopLevelWindows.end())) {
-        if (!window->IsBeingDeleted()) {
-            window->Destroy();
-        }
-    }
-    DrainEvents();
-}
-
 wxKeyEvent MakeKeyEvent(wxEventType type, wxWindow& window, int keyCode, int modifiers) {
     wxKeyEvent event(type);
     event.SetEventObject(&window);
@@ -36,6 +21,7 @@ wxKeyEvent MakeKeyEvent(wxEventType type, wxWindow& window, int keyCode, int mod
     event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
     event.SetShiftDown((modifiers & wxMOD_SHIFT) != 0);
     event.SetAltDown((modifiers & wxMOD_ALT) != 0);
+    event.SetMetaDown((modifiers & wxMOD_META) != 0);
     return event;
 }
 
@@ -92,9 +78,9 @@ wxWindow* FindById(wxWindow& parent, int id) {
     return found;
 }
 
-void SendKeyDown(wxWindow& window, int keyCode, int modifiers) {
+bool SendKeyDown(wxWindow& window, int keyCode, int modifiers) {
     wxKeyEvent event = MakeKeyEvent(wxEVT_KEY_DOWN, window, keyCode, modifiers);
-    window.GetEventHandler()->ProcessEvent(event);
+    return window.GetEventHandler()->ProcessEvent(event);
 }
 
 void SendKeyUp(wxWindow& window, int keyCode, int modifiers) {
@@ -135,18 +121,16 @@ int ModalAnswers::Enter(wxDialog* dialog) {
     return answer(*dialog);
 }
 
-GuiTest::GuiTest() {
-    UseSettingsIn(mSettingsDirectory);
+OwnWindows::OwnWindows() {
+    wxSetEnv("XDG_CONFIG_HOME", mSettingsDirectory.Path("config"));
 }
 
-GuiTest::~GuiTest() {
-    DestroyAllWindows();
-}
-
-GuiStoreTest::GuiStoreTest() {
-    UseSettingsIn(mSettingsDirectory);
-}
-
-GuiStoreTest::~GuiStoreTest() {
-    DestroyAllWindows();
+OwnWindows::~OwnWindows() {
+    for (wxWindow* window :
+         std::vector<wxWindow*>(wxTopLevelWindows.begin(), wxTopLevelWindows.end())) {
+        if (!window->IsBeingDeleted()) {
+            window->Destroy();
+        }
+    }
+    DrainEvents();
 }

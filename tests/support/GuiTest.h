@@ -28,9 +28,10 @@ void ShowAndWait(wxTopLevelWindow& window);
 wxWindow* FindNamed(wxWindow& parent, const wxString& name);
 wxWindow* FindById(wxWindow& parent, int id);
 
-// A key pressed and released, as events straight to a window: a character or a WXK_ code.
+// A key pressed and released, as events straight to a window: a character or a WXK_ code. True when
+// the window takes the press.
 void SendKey(wxWindow& window, int keyCode, int modifiers = 0);
-void SendKeyDown(wxWindow& window, int keyCode, int modifiers = 0);
+bool SendKeyDown(wxWindow& window, int keyCode, int modifiers = 0);
 void SendKeyUp(wxWindow& window, int keyCode, int modifiers = 0);
 
 // Answers modal dialogs in the order in which they open, without showing them, and keeps what they
@@ -60,20 +61,16 @@ class ModalAnswers : public wxModalDialogHook {
     std::deque<std::function<int(wxDialog&)>> mAnswers;
 };
 
-// A test with windows: settings of its own in a fresh directory, and no window left behind.
-class GuiTest : public ::testing::Test {
+// Settings of their own in a fresh directory, and at the end no window left behind.
+class OwnWindows {
   protected:
-    GuiTest();
-    ~GuiTest() override;
+    OwnWindows();
+    ~OwnWindows();
 
     TemporaryDirectory mSettingsDirectory;
 };
+
+class GuiTest : public ::testing::Test, protected OwnWindows {};
 
 // The same with a real, open store that has one category "Default" (id 0).
-class GuiStoreTest : public StoreFixture {
-  protected:
-    GuiStoreTest();
-    ~GuiStoreTest() override;
-
-    TemporaryDirectory mSettingsDirectory;
-};
+class GuiStoreTest : public StoreFixture, protected OwnWindows {};

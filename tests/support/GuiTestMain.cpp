@@ -9,7 +9,6 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
@@ -39,22 +38,12 @@ class TestApp : public wxApp {
     }
 };
 
-bool OnlyListsTests(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--gtest_list_tests") == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Listing needs no display.
-    const bool listing = OnlyListsTests(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
-    if (listing) {
+    // Listing needs no display.
+    if (::testing::GTEST_FLAG(list_tests)) {
         return RUN_ALL_TESTS();
     }
     if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {
