@@ -1,58 +1,31 @@
 #include "fuzz/Mutator.h"
 
 #include <algorithm>
-#include <iterator>
+#include <sstream>
 #include <utility>
-
-using namespace std::string_literals;
 
 namespace {
 
-// What readers have rules about.
-const std::string kTokens[] = {":",
-                               "\uFF1A",
-                               "\n",
-                               "\r",
-                               "\r\n",
-                               "\n\n",
-                               "\"",
-                               "\"\"",
-                               ",",
-                               "\t",
-                               ";",
-                               "\\",
-                               "\\n",
-                               "#",
-                               "\0"s,
-                               "\x04",
-                               "\xFF",
-                               "\xC3",
-                               "\xED\xA0\x80",
-                               "\xEF\xBB\xBF",
-                               "\xFF\xFE",
-                               "\xFE\xFF",
-                               "\xD8\x3D",
-                               "\u3000",
-                               "id",
-                               "Front",
-                               "f",
-                               "Front2",
-                               "Category",
-                               "Notes",
-                               "true",
-                               "-1",
-                               "4294967295",
-                               "1e999",
-                               "\n\u3010",
-                               "\u3011",
-                               "%s%n",
-                               "00",
-                               "LastReview"};
+// What readers have rules about, with one byte that is in none of them between.
+constexpr char kTokens[] =
+    ":|\uFF1A|\n|\r|\r\n|\n\n|\"|\"\"|,|\t|;|\\|\\n|#|\x04|\xFF|\xC3|\xED\xA0\x80|\xEF\xBB\xBF|"
+    "\xFF\xFE|\xFE\xFF|\xD8\x3D|\u3000|id|Front|f|Front2|Category|Notes|true|-1|4294967295|1e999|"
+    "\n\u3010|\u3011|%s%n|00|LastReview|";
+
+std::vector<std::string> SplitTokens() {
+    // A text in C cannot hold the zero.
+    std::vector<std::string> tokens{std::string(1, '\0')};
+    std::istringstream text(kTokens);
+    for (std::string token; std::getline(text, token, '|');) {
+        tokens.push_back(token);
+    }
+    return tokens;
+}
 
 }  // namespace
 
 Mutator::Mutator(std::vector<std::string> corpus, uint32_t seed)
-    : mCorpus(std::move(corpus)), mChance(seed) {}
+    : mTokens(SplitTokens()), mCorpus(std::move(corpus)), mChance(seed) {}
 
 // The library's distributions differ from one platform to the next.
 size_t Mutator::Pick(size_t limit) {
@@ -71,12 +44,14 @@ std::string Mutator::Change(size_t file) {
 void Mutator::ChangeOnce(std::string& bytes) {
     const size_t at = Pick(bytes.size() + 1);
     const size_t length = Pick(std::min<size_t>(bytes.size() - at, 40) + 1);
+    const std::string& token = mTokens[Pick(mTokens.size())];
+    const std::string& other = mCorpus[Pick(mCorpus.size())];
     switch (Pick(7)) {
         case 0:
-            bytes.insert(at, kTokens[Pick(std::size(kTokens))]);
+            bytes.insert(at, token);
             break;
         case 1:
-            bytes.replace(at, length, kTokens[Pick(std::size(kTokens))]);
+            bytes.replace(at, length, token);
             break;
         case 2:
             bytes.erase(at, length);
@@ -84,18 +59,14 @@ void Mutator::ChangeOnce(std::string& bytes) {
         case 3:
             bytes.insert(Pick(bytes.size() + 1), bytes.substr(at, length));
             break;
-        case 4: {
-            const std::string& other = mCorpus[Pick(mCorpus.size())];
+        case 4:
             bytes.insert(at, other, Pick(other.size()), Pick(200));
             break;
-        }
         case 5:
             bytes.resize(at);
             break;
         default:
-            if (at < bytes.size()) {
-                bytes[at] = static_cast<char>(Pick(256));
-            }
+            bytes.replace(at, 1, 1, static_cast<char>(Pick(256)));
             break;
     }
 }

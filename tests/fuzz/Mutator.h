@@ -17,6 +17,7 @@ class Mutator {
   private:
     void ChangeOnce(std::string& bytes);
 
+    std::vector<std::string> mTokens;
     std::vector<std::string> mCorpus;
     std::mt19937 mChance;
 };
