@@ -82,13 +82,16 @@ class ExportRoundTripTest : public StoreFixture {
         for (int i = 0; i < kCards; ++i) {
             Insert(cards.Make(3));
         }
+        SelectRows();
+    }
+    void SelectRows() {
         mRowIds.clear();
         mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mRowIds);
     }
 
-    static std::string Import(const ImportInput& input, Database& database) {
+    std::string Import(const ImportInput& input) {
         ImportResult result;
-        ImportCards(input, database, result, false, nullptr);
+        ImportCards(input, mDatabase, result, false, nullptr);
         return result.Message.utf8_string() + std::to_string(result.RecordsInserted) + " " +
                std::to_string(result.RecordsMerged) + " " +
                std::to_string(result.DuplicatesIgnored);
@@ -116,6 +119,7 @@ TEST_F(ExportRoundTripTest, AStoreComesBackFromEachFormAndEncoding) {
                 {ImportFormat::kVlmText, 2, 0},      {ImportFormat::kDelimited, 0, L'\t'},
                 {ImportFormat::kDelimited, 1, L' '}, {ImportFormat::kDelimited, 2, L','},
                 {ImportFormat::kDelimited, 2, L';'}, {ImportFormat::kDelimited, 0, 0x1F5FE}};
+    const std::string marks[] = {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF"};
     ImportFormat filled = ImportFormat::kVersion1Store;
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "encoding " << row.Encoding << ", delimiter "
@@ -130,17 +134,14 @@ TEST_F(ExportRoundTripTest, AStoreComesBackFromEachFormAndEncoding) {
         ASSERT_EQ(ExportToFile(file.FileName, ExportEncoding(row.Encoding), mDatabase, mRowIds,
                                options, progress),
                   0);
-        EXPECT_EQ(Import(file, mDatabase), "0 0 2000");
+        const std::string mark = marks[row.Encoding];
+        EXPECT_EQ(ReadBytes(file.FileName).substr(0, mark.size()), mark);
+        EXPECT_EQ(Import(file), "0 0 2000");
         const Strings before = Cards();
         mDatabase.Execute("DELETE FROM Cards");
-        EXPECT_EQ(Import(file, mDatabase), "2000 0 0");
-        const Strings after = Cards();
-        ASSERT_EQ(before.size(), after.size());
-        for (size_t i = 0; i < before.size(); ++i) {
-            ASSERT_EQ(before[i], after[i]);
-        }
-        mRowIds.clear();
-        mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mRowIds);
+        EXPECT_EQ(Import(file), "2000 0 0");
+        EXPECT_EQ(Cards(), before);
+        SelectRows();
     }
 }
 

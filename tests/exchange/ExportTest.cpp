@@ -94,18 +94,6 @@ TEST_F(ExportTest, ADeletedCardIsPassedOverAndCountedAsMissing) {
     }
 }
 
-TEST_F(ExportTest, AFileOfNoCardsHoldsTheMarkOfItsEncoding) {
-    const wxString path = mDirectory.Path("out.txt");
-    const struct {
-        int Choice;
-        std::string Mark;
-    } rows[] = {{0, "\xFF\xFE"}, {1, "\xFE\xFF"}, {2, "\xEF\xBB\xBF"}, {3, "\xFF\xFE"}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(ExportToFile(path, ExportEncoding(row.Choice), mDatabase, {}, {}, mProgress), 0);
-        EXPECT_EQ(ReadBytes(path), row.Mark);
-    }
-}
-
 TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {
     const struct {
         wxString Path;

@@ -44,14 +44,9 @@ TEST_F(ImportAttributes, RefusesWithTheNameAsSpelledAndItsLine) {
         std::string Text;
         std::string Outcome;
     } cases[] = {
-        {"f: a\nb: b\n\nFoo: x\n", "\"Foo\" is not a valid attribute name. @4"},
         {": x\n", "\"\" is not a valid attribute name. @1"},
-        {"%s%n: x\n", "\"%s%n\" is not a valid attribute name. @1"},
         {"f: a\nb: b\nQuestion: c\n", kRepeated + std::string("3")},
         {"Front: a\nfront: b\n", kRepeated + std::string("2")},
-        {"Active: true\nintroduced: true\n", kRepeated + std::string("2")},
-        {"f: a\nb: b\nf: c\n", kRepeated + std::string("3")},
-        {"f: a\nb\n", "Line is missing the colon (:) symbol @2"},
         {"f: a\nCardId: 0123abcd000040008000000000000001\n",
          Named("CardId", "specified before any other attributes. @2")},
         {"id: 12\n", Named("id", uuid.c_str()) + "1"},
@@ -65,12 +60,9 @@ TEST_F(ImportAttributes, RefusesWithTheNameAsSpelledAndItsLine) {
         {"ForwardX: yes\n", Named("ForwardX", flag.c_str()) + "1"},
         {"reversex: 1\n", Named("reversex", flag.c_str()) + "1"},
         {"Introduced:\n", Named("Introduced", flag.c_str()) + "1"},
-        {"RIntroduced: x\n", Named("RIntroduced", flag.c_str()) + "1"},
         {"LastReview:\n", Named("LastReview", date.c_str()) + "1"},
         {"RLastReview: 1969-12-31 23:59:59Z\n", Named("RLastReview", date.c_str()) + "1"},
         {"LastScore: 6\n", Named("LastScore", (number + "5 @1").c_str())},
-        {"RLastScore: -1\n", Named("RLastScore", (number + "5 @1").c_str())},
-        {"LastScore: 4294967296\n", Named("LastScore", (number + "5 @1").c_str())},
         {"ReviewInterval: -1\n", Named("ReviewInterval", seconds.c_str()) + "1"},
         {"ReviewInterval: 3.5e38\n", Named("ReviewInterval", seconds.c_str()) + "1"},
         {"RReviewInterval: 0x10\n", Named("RReviewInterval", seconds.c_str()) + "1"},
@@ -83,7 +75,7 @@ TEST_F(ImportAttributes, RefusesWithTheNameAsSpelledAndItsLine) {
         EXPECT_EQ(mResult->Status, ImportStatus::kFailed) << row.Text;
         EXPECT_EQ(Outcome(), row.Outcome) << row.Text;
     }
-    EXPECT_EQ(Query("SELECT count(*) FROM Cards"), std::vector<std::string>{"0"});
+    EXPECT_TRUE(mDatabase.IsEmpty());
 }
 
 TEST_F(ImportAttributes, ChecksTheColumnsOfATableInOrder) {

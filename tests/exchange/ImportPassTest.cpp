@@ -6,23 +6,15 @@ namespace {
 
 class ImportIntoStore : public ImportFixture {
   protected:
-    FlashCard Card(const char* front = "f", const char* back = "b") {
-        return Insert(MakeCard(front, back));
-    }
     static std::string Id(const FlashCard& card) {
         return "id: " + FormatUuid(card.CardId).utf8_string() + "\n";
     }
-    std::vector<std::string> Cards() {
+    Strings Cards() {
         return Query(
             "SELECT Front, Back, Name, IntroductionOrder FROM Cards LEFT JOIN Categories ON "
             "CategoryId=Id ORDER BY Cards.rowid");
     }
-    std::vector<std::string> Categories() {
-        return Query("SELECT Name FROM Categories ORDER BY Id");
-    }
 };
-
-using Lines = std::vector<std::string>;
 
 }  // namespace
 
@@ -53,7 +45,7 @@ TEST_F(ImportIntoStore, InsertsUpdatesOrIgnoresByTheStoredCard) {
     for (const auto& row : cases) {
         EXPECT_EQ(Import(Id(card) + row.Text), 0) << row.Text;
         EXPECT_EQ(Outcome(), row.Outcome) << row.Text;
-        EXPECT_EQ(Cards(), Lines{row.Card}) << row.Text;
+        EXPECT_EQ(Cards(), Strings{row.Card}) << row.Text;
     }
     // What no record gave is as it was.
     EXPECT_TRUE(Stored(card.CardId).Forward.Introduced);
@@ -68,7 +60,7 @@ TEST_F(ImportIntoStore, MakesNewCardsOfRecordsThatTheStoreDoesNotKnow) {
     EXPECT_EQ(Stored(unknown.CardId).Front, "x");
     EXPECT_EQ(Query("SELECT count(DISTINCT CardId) FROM Cards WHERE CardId LIKE "
                     "'________-____-4___-____-____________'"),
-              Lines{"3"});
+              Strings{"3"});
 }
 
 TEST_F(ImportIntoStore, RefusesANewCardWhosePairOfTextsIsThere) {
@@ -99,9 +91,9 @@ TEST_F(ImportIntoStore, NumbersNewCardsBehindThoseOfTheirCategory) {
         "f: m\nb: n\n\n"
         "f: o\nb: p\nc: Words\n";
     ASSERT_EQ(Import(text), 0);
-    EXPECT_EQ(Cards(), (Lines{"0|0|Default|7", "a|b|Default|8", "c|d|Words|0", "e|f|Default|3",
-                              "g|h|Default|9", "i|j|Default|10", "k|l|Default|2147483647",
-                              "m|n|Default|2147483647", "o|p|Words|1"}));
+    EXPECT_EQ(Cards(), (Strings{"0|0|Default|7", "a|b|Default|8", "c|d|Words|0", "e|f|Default|3",
+                                "g|h|Default|9", "i|j|Default|10", "k|l|Default|2147483647",
+                                "m|n|Default|2147483647", "o|p|Words|1"}));
 }
 
 TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
@@ -110,32 +102,15 @@ TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
                      "f: g\nb: h\nc: Words\n\nf: i\nb: j\nc:\n\nf: k\nb: l\nc: 1e1\n\n"
                      "f: m\nb: n\nc: 10\n"),
               0);
-    EXPECT_EQ(Categories(), (Lines{"Default", "7", "words", "Words", "10"}));
+    EXPECT_EQ(Query("SELECT Name FROM Categories ORDER BY Id"),
+              (Strings{"Default", "7", "words", "Words", "10"}));
     EXPECT_EQ(Query("SELECT CategoryId FROM Cards ORDER BY rowid"),
-              (Lines{"1", "1", "2", "3", "0", "4", "4"}));
+              (Strings{"1", "1", "2", "3", "0", "4", "4"}));
     EXPECT_EQ(mTouched, (std::set<int32_t>{0, 1, 2, 3, 4}));
 }
 
-// Faults in the last record, seen before anything is written.
-TEST_F(ImportIntoStore, LeavesTheStoreFileAloneWhenAnyRecordIsWrong) {
-    Card();
-    mDatabase.Close();
-    const std::string before = ReadBytes(StorePath());
-    std::string good;
-    for (int i = 0; i < 100; ++i) {
-        const std::string number = std::to_string(i);
-        good += "f: f" + number + "\nb: b\nc: c" + number + "\n\n";
-    }
-    for (const char* bad : {"f: f\nb: b\n", "f: x\n", "x", "f: x\nb: y\nLastScore: 6"}) {
-        Reopen();
-        ASSERT_EQ(Import(good + bad), -1) << bad;
-        mDatabase.Close();
-        EXPECT_EQ(ReadBytes(StorePath()), before) << bad;
-    }
-}
-
 TEST_F(ImportIntoStore, SaysWhatTheStoreRefuses) {
-    const FlashCard card = Card();
+    const FlashCard card = Insert(MakeCard("f", "b"));
     const struct {
         wxString Write;
         std::string Text;
@@ -154,40 +129,4 @@ TEST_F(ImportIntoStore, SaysWhatTheStoreRefuses) {
         mDatabase.Execute("DROP TRIGGER t");
         Reopen();
     }
-}
-
-TEST_F(ImportIntoStore, RefusesWhatIsNoReadableFile) {
-    const struct {
-        ImportInput Input;
-        wxString Message;
-    } cases[] = {
-        {{mDirectory.Path("none")}, ""},
-        {{mDirectory.Path(".")}, "Unable to read flash cards: " + mDirectory.Path(".")},
-        {{StorePath(), ImportFormat::kVersion1Store},
-         "Microsoft SQLCE 2.0 must be installed to import version 1.0 flash cards"},
-    };
-    for (const auto& row : cases) {
-        ImportResult result;
-        EXPECT_EQ(ImportCards(row.Input, mDatabase, result, false, nullptr), -1);
-        EXPECT_EQ(result.Status, ImportStatus::kFailed);
-        EXPECT_EQ(result.Message, row.Message);
-    }
-}
-
-TEST_F(ImportIntoStore, PreviewsTheFirstRecordAndWritesNothing) {
-    Card("a", "b");
-    std::vector<CardAttribute> attributes;
-    ImportResult result;
-    // The pair is in the store, and the second record is wrong: no matter for a preview.
-    const ImportInput text = TextFile("\n#\nQ: a\nA: b\nc: Words\n\nx\n");
-    EXPECT_FALSE(ImportPreview(text, mDatabase, result, attributes));
-    EXPECT_EQ(result.Status, ImportStatus::kRunning);
-    ASSERT_EQ(attributes.size(), 3U);
-    EXPECT_EQ(attributes[0].Name, "Q");
-    EXPECT_EQ(attributes[2].Value, "Words");
-    EXPECT_EQ(Categories(), Lines{"Default"});
-
-    ImportResult failed;
-    EXPECT_TRUE(ImportPreview(TextFile("Q: a\n"), mDatabase, failed, attributes));
-    EXPECT_EQ(failed.Message, "New import cards must have an back attribute.");
 }
