@@ -6,7 +6,7 @@
 #include <wx/radiobox.h>
 #include <wx/textctrl.h>
 
-#include "support/GuiTest.h"
+#include "exchange/dialogs/DialogTest.h"
 
 namespace {
 
@@ -22,18 +22,7 @@ enum Id : int {
     kOk = 5100
 };
 
-// Notes how many dialogs had been shown when it was asked to deliver.
-class OrderedReport : public RecordingReport {
-  public:
-    explicit OrderedReport(const ModalAnswers& answers) : mAnswers(answers) {}
-    void DeliverPending() override { DialogsBefore = mAnswers.Dialogs.size(); }
-    size_t DialogsBefore = 0;
-
-  private:
-    const ModalAnswers& mAnswers;
-};
-
-class ExportOptionsDialogTest : public GuiStoreTest {
+class ExportOptionsDialogTest : public DialogTest {
   protected:
     ExportOptionsDialogTest() { mDatabase.CategoryInsert("other"); }
 
@@ -42,15 +31,16 @@ class ExportOptionsDialogTest : public GuiStoreTest {
         mDialog = std::make_unique<ExportOptionsDialog>(nullptr, mCategories, mOrdered);
         mDialog->SetDatabase(mDatabase, mSelected);
     }
-    void Send(wxEventType type, int id) {
-        wxCommandEvent event(type, id);
-        mDialog->GetEventHandler()->ProcessEvent(event);
+    template <class Control>
+    Control& Find(int id) {
+        return dynamic_cast<Control&>(*FindById(*mDialog, id));
     }
     void Choose(int id, int index) {
-        static_cast<wxChoice*>(FindById(*mDialog, id))->SetSelection(index);
-        Send(wxEVT_CHOICE, id);
+        auto& choice = Find<wxChoice>(id);
+        choice.SetSelection(index);
+        Send(wxEVT_CHOICE, choice);
     }
-    wxTextCtrl& Text(int id) { return *static_cast<wxTextCtrl*>(FindById(*mDialog, id)); }
+    wxTextCtrl& Text(int id) { return Find<wxTextCtrl>(id); }
     std::string Preview() { return Text(kPreview).GetValue().utf8_string(); }
     void InsertCards(int count, int32_t category) {
         for (int i = 0; i < count; ++i) {
@@ -60,26 +50,20 @@ class ExportOptionsDialogTest : public GuiStoreTest {
     // Exports to a file and gives what the last box says.
     std::string Export(const wxString& path) {
         Open({1});
-        mAnswers.Expect([this](wxDialog&) {
-            mDialog->CallAfter([this] { Send(wxEVT_BUTTON, kOk); });
-            return wxID_NONE;
-        });
+        ThenPress(kOk);
         mAnswers.Expect([path](wxDialog& dialog) {
             auto& chooser = dynamic_cast<wxFileDialog&>(dialog);
             chooser.SetPath(path);
             EXPECT_TRUE(WaitFor([&] { return chooser.GetPath() == path; }));
             return wxID_OK;
         });
-        // The progress window runs its course.
-        mAnswers.Expect(wxID_NONE);
+        ThenWatch();
         mAnswers.Expect(wxID_OK);
         mAnswers.Dialogs.clear();
         EXPECT_EQ(mDialog->ShowModal(), wxID_OK);
         return mAnswers.Dialogs.back().Message.utf8_string();
     }
 
-    ModalAnswers mAnswers;
-    OrderedReport mOrdered{mAnswers};
     FakeCategorySource mCategories;
     std::vector<int64_t> mSelected;
     std::unique_ptr<ExportOptionsDialog> mDialog;
@@ -116,13 +100,13 @@ TEST_F(ExportOptionsDialogTest, TheRangeBeginsAsNarrowAsItCan) {
     for (const auto& row : rows) {
         mCategories.Current = row.Current;
         Open(row.Selected);
-        auto& range = *static_cast<wxRadioBox*>(FindById(*mDialog, kRange));
+        auto& range = Find<wxRadioBox>(kRange);
         EXPECT_EQ(range.GetSelection(), row.Start);
         EXPECT_EQ(range.IsItemEnabled(1), row.Current == 1);
         EXPECT_EQ(range.IsItemEnabled(2), !row.Selected.empty());
         EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), static_cast<size_t>(row.Cards));
         range.SetSelection(0);
-        Send(wxEVT_RADIOBOX, kRange);
+        Send(wxEVT_RADIOBOX, range);
         EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), 16U);
     }
 }
@@ -131,8 +115,9 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     InsertCards(1, 0);
     Open({});
     EXPECT_NE(Preview().find("RERC: 0"), std::string::npos);
-    static_cast<wxCheckBox*>(FindById(*mDialog, kScheduling))->SetValue(false);
-    Send(wxEVT_CHECKBOX, kScheduling);
+    auto& scheduling = Find<wxCheckBox>(kScheduling);
+    scheduling.SetValue(false);
+    Send(wxEVT_CHECKBOX, scheduling);
     EXPECT_EQ(Preview().find("RERC: 0"), std::string::npos);
     Choose(kFormat, 1);
     EXPECT_EQ(Preview().rfind("id\tFront\tBack", 0), 0U);
@@ -144,7 +129,7 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
         EXPECT_EQ(message.find("id"), std::string::npos) << message;
         // The dialog stays, with the message in a box.
         mAnswers.Expect(wxID_OK);
-        Send(wxEVT_BUTTON, kOk);
+        Press(*FindById(*mDialog, kOk));
         EXPECT_EQ(mAnswers.Dialogs.back().Message, message);
     }
     EXPECT_TRUE(Text(kOther).IsEmpty());

@@ -6,7 +6,7 @@
 #include <wx/listctrl.h>
 #include <wx/textctrl.h>
 
-#include "support/GuiTest.h"
+#include "exchange/dialogs/DialogTest.h"
 
 namespace {
 
@@ -19,7 +19,7 @@ enum : int {
     ID_PREVIEW_LABEL = 10090
 };
 
-class ImportDialogTest : public GuiStoreTest {
+class ImportDialogTest : public DialogTest {
   protected:
     // A dialog on a file of these bytes, as the command makes it.
     ImportDialog& Open(const std::string& bytes) {
@@ -41,9 +41,7 @@ class ImportDialogTest : public GuiStoreTest {
     void Choose(int id, int selection) {
         auto& choice = Find<wxChoice>(id);
         choice.SetSelection(selection);
-        wxCommandEvent event(wxEVT_CHOICE, id);
-        event.SetEventObject(&choice);
-        choice.GetEventHandler()->ProcessEvent(event);
+        Send(wxEVT_CHOICE, choice);
     }
     bool IsShown(int id) { return FindById(*mDialog, id)->IsShown(); }
 
@@ -143,31 +141,20 @@ TEST_F(ImportDialogTest, ShowsNoMoreOfARecordThanAListCanBear) {
 }
 
 TEST_F(ImportDialogTest, RunsTheImportAndKnowsWhatItTouched) {
-    ModalAnswers answers;
     ImportDialog& dialog = Open("f,b,c\na,b,New\nc,d,\n");
-    for (int round = 0; round < 2; ++round) {
-        answers.Expect([](wxDialog& shown) {
-            shown.CallAfter([&shown] {
-                wxCommandEvent ok(wxEVT_BUTTON, wxID_OK);
-                shown.ProcessWindowEvent(ok);
-            });
-            return wxID_NONE;
-        });
-        answers.Expect(wxID_NONE);
-        answers.Expect(round == 0 ? wxID_YES : wxID_OK);
-        if (round == 0) {
-            answers.Expect(wxID_OK);
+    // The second time the pairs are there already, and the dialog ends all the same.
+    for (const std::vector<int>& boxes : {std::vector<int>{wxID_YES, wxID_OK}, {wxID_OK}}) {
+        ThenPress(wxID_OK);
+        ThenWatch();
+        for (const int answer : boxes) {
+            mAnswers.Expect(answer);
         }
-        // The second time the pairs are there already, and the dialog ends all the same.
         EXPECT_EQ(dialog.ShowModal(), wxOK);
-        EXPECT_EQ(answers.Dialogs.back().Title, round == 0 ? "Import Complete" : "Import Failed");
     }
+    EXPECT_EQ(mAnswers.Dialogs.back().Title, "Import Failed");
     EXPECT_EQ(dialog.GetTouchedCategories(), (std::set<int32_t>{0, 1}));
     EXPECT_EQ(Query("SELECT Front, CategoryId FROM Cards ORDER BY Front"), (Strings{"a|1", "c|0"}));
 
-    answers.Expect([](wxDialog& shown) {
-        shown.CallAfter([&shown] { shown.Close(); });
-        return wxID_NONE;
-    });
+    Then([](wxDialog& shown) { shown.Close(); });
     EXPECT_EQ(Open("").ShowModal(), wxCANCEL);
 }

@@ -9,10 +9,10 @@
 
 #include "exchange/ImportInput.h"
 #include "exchange/ProgressSource.h"
+#include "exchange/dialogs/DialogTest.h"
 #include "exchange/dialogs/ImportNewCategoryMessageBox.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "exchange/dialogs/ProgressDialog.h"
-#include "support/GuiTest.h"
 
 namespace {
 
@@ -44,34 +44,14 @@ int Show(FakeJob& job) {
     return dialog.ShowModal();
 }
 
-void Press(wxWindow& window) {
-    wxCommandEvent click(wxEVT_BUTTON, window.GetId());
-    click.SetEventObject(&window);
-    window.GetEventHandler()->ProcessEvent(click);
-}
-
-// Notes how many dialogs had been shown when it was asked to deliver.
-class OrderedReport : public RecordingReport {
-  public:
-    explicit OrderedReport(const ModalAnswers& answers) : mAnswers(answers) {}
-    void DeliverPending() override { DialogsBefore = mAnswers.Dialogs.size(); }
-    size_t DialogsBefore = 0;
-
-  private:
-    const ModalAnswers& mAnswers;
-};
-
-class ImportDialogs : public GuiStoreTest {
+class ImportDialogs : public DialogTest {
   protected:
     // Imports a file; the progress window runs its course, and each further dialog gets an answer.
     bool Import(const std::string& text, wxWindow* parent, const std::vector<int>& answers) {
         const ImportInput input{mDirectory.Path("import.txt")};
         WriteBytes(input.FileName, text);
         mAnswers.Dialogs.clear();
-        mAnswers.Expect([](wxDialog& dialog) {
-            EXPECT_TRUE(WaitFor([&] { return dialog.GetReturnCode() != 0; }));
-            return dialog.GetReturnCode();
-        });
+        ThenWatch();
         for (const int answer : answers) {
             mAnswers.Expect(answer);
         }
@@ -81,9 +61,6 @@ class ImportDialogs : public GuiStoreTest {
     wxString Last() const {
         return mAnswers.Dialogs.back().Title + ": " + mAnswers.Dialogs.back().Message;
     }
-
-    ModalAnswers mAnswers;
-    OrderedReport mOrdered{mAnswers};
 };
 
 }  // namespace
@@ -97,14 +74,12 @@ TEST(ProgressDialogTest, EndsWithItsJob) {
     EXPECT_EQ(Show(job), wxID_OK);
     EXPECT_EQ(gauge, 9);
     EXPECT_FALSE(job.Cancelled);
-}
 
-TEST(ProgressDialogTest, EndsWithAJobThatHasNoLength) {
-    FakeJob job;
-    job.Maximum = 100;
-    job.Length = 0;
-    EXPECT_EQ(Show(job), wxID_OK);
-    EXPECT_EQ(job.Ticks, 1);
+    FakeJob empty;
+    empty.Maximum = 100;
+    empty.Length = 0;
+    EXPECT_EQ(Show(empty), wxID_OK);
+    EXPECT_EQ(empty.Ticks, 1);
 }
 
 TEST(ProgressDialogTest, IsLeftOnlyByItsButton) {

@@ -8,20 +8,12 @@
 
 #include <vector>
 
-#include "exchange/ImportThread.h"
+#include "exchange/dialogs/DialogTest.h"
 #include "exchange/dialogs/ImportQuestionDialogs.h"
-#include "exchange/dialogs/ProgressDialog.h"
-#include "support/GuiTest.h"
 
 namespace {
 
 enum : int { ID_FRONT = 10000, ID_AUTHOR = 10004, ID_ORDER = 10010, ID_KEEP_MERGED = 10014 };
-
-void Press(wxWindow& window) {
-    wxCommandEvent click(wxEVT_BUTTON, window.GetId());
-    click.SetEventObject(&window);
-    window.GetEventHandler()->ProcessEvent(click);
-}
 
 // The controls of the merged column, from the top down; the one of the back shares its id.
 std::vector<wxWindow*> MergedColumn(wxWindow& dialog) {
@@ -42,7 +34,7 @@ wxTextCtrl& Text(wxWindow& dialog, int id) {
     return dynamic_cast<wxTextCtrl&>(*FindById(dialog, id));
 }
 
-class MergeDialogTest : public GuiStoreTest {
+class MergeDialogTest : public DialogTest {
   protected:
     MergeDialogTest() {
         mStored = MakeCard("front", "stored back");
@@ -53,43 +45,8 @@ class MergeDialogTest : public GuiStoreTest {
         mImported.Notes = "imported notes";
     }
 
-    // What the next dialog gets to do once it is on the screen.
-    void Then(const std::function<void(wxDialog&)>& act) {
-        mAnswers.Expect([act](wxDialog& dialog) {
-            dialog.CallAfter([act, &dialog] { act(dialog); });
-            return wxID_NONE;
-        });
-    }
-    void ThenPress(int id) {
-        Then([id](wxDialog& dialog) { Press(*FindById(dialog, id)); });
-    }
-
-    // An import of new backs for some stored cards, which asks about each, behind its progress
-    // window.
-    ImportResult& ImportBacks(int cards) {
-        std::string text;
-        for (int i = 0; i < cards; ++i) {
-            const FlashCard card = Insert(MakeCard(wxString::Format("f%i", i), "b"));
-            text += "id: " + FormatUuid(card.CardId).utf8_string() + "\nBack: new\n\n";
-        }
-        const ImportInput input{mDirectory.Path("import.txt")};
-        WriteBytes(input.FileName, text);
-        mThread = std::make_unique<ImportThread>(input, mDatabase, true, nullptr, mQuestions);
-        mThread->GetResult().MergePolicy = ImportMergePolicy::kAsk;
-        mThread->Start();
-        ProgressDialog progress(nullptr, "Progress", wxSize(400, 300));
-        progress.SetSource(*mThread);
-        progress.ShowModal();
-        mThread->Join();
-        return mThread->GetResult();
-    }
-    Strings Backs() { return Query("SELECT Back FROM Cards ORDER BY Front"); }
-
     FlashCard mStored;
     FlashCard mImported;
-    ModalAnswers mAnswers;
-    ImportQuestionDialogs mQuestions;
-    std::unique_ptr<ImportThread> mThread;
 };
 
 }  // namespace
@@ -98,21 +55,20 @@ TEST_F(MergeDialogTest, KeepsTheVersionOfTheButton) {
     const struct {
         int Id;
         const FlashCard& Kept;
-        MergeDialog::Choice Choice;
-    } cases[] = {{10078, mStored, MergeDialog::kThisCard},
-                 {10015, mImported, MergeDialog::kThisCard},
-                 {10014, mImported, MergeDialog::kThisCard},
-                 {10016, mStored, MergeDialog::kAlwaysDatabase},
-                 {10017, mImported, MergeDialog::kAlwaysImported}};
+        ImportMergePolicy Further;
+    } cases[] = {{10078, mStored, ImportMergePolicy::kAsk},
+                 {10015, mImported, ImportMergePolicy::kAsk},
+                 {10014, mImported, ImportMergePolicy::kAsk},
+                 {10016, mStored, ImportMergePolicy::kKeepDatabase},
+                 {10017, mImported, ImportMergePolicy::kKeepImported}};
     for (const auto& row : cases) {
-        MergeDialog dialog(nullptr);
-        dialog.SetCards(mStored, mImported);
         ThenPress(row.Id);
-        EXPECT_EQ(dialog.ShowModal(), wxOK) << row.Id;
-        EXPECT_EQ(dialog.GetChoice(), row.Choice) << row.Id;
-        EXPECT_EQ(dialog.GetMergedCard().Back, row.Kept.Back) << row.Id;
-        EXPECT_EQ(dialog.GetMergedCard().ReverseX, row.Kept.ReverseX) << row.Id;
-        EXPECT_EQ(dialog.GetMergedCard().Notes, row.Kept.Notes) << row.Id;
+        const auto answer = ImportQuestionDialogs().AskMerge(nullptr, mStored, mImported, 0);
+        EXPECT_TRUE(answer.IsOk) << row.Id;
+        EXPECT_EQ(answer.Further, row.Further) << row.Id;
+        EXPECT_EQ(answer.Merged.Back, row.Kept.Back) << row.Id;
+        EXPECT_EQ(answer.Merged.ReverseX, row.Kept.ReverseX) << row.Id;
+        EXPECT_EQ(answer.Merged.Notes, row.Kept.Notes) << row.Id;
     }
 }
 
@@ -172,40 +128,14 @@ TEST_F(MergeDialogTest, AsksBeforeAnyWayOutStopsTheImport) {
             dialog.GetEventHandler()->ProcessEvent(escape);
         }};
     for (const auto& leave : ways) {
-        MergeDialog dialog(nullptr);
-        dialog.SetCards(mStored, mImported);
-        Then([&](wxDialog&) {
+        Then([&](wxDialog& dialog) {
             mAnswers.Expect(wxID_CANCEL);
             leave(dialog);
             EXPECT_TRUE(dialog.IsModal()) << "a cancelled stop goes on";
             mAnswers.Expect(wxID_OK);
             leave(dialog);
         });
-        EXPECT_EQ(dialog.ShowModal(), wxCANCEL);
+        EXPECT_FALSE(ImportQuestionDialogs().AskMerge(nullptr, mStored, mImported, 0).IsOk);
         EXPECT_EQ(mAnswers.Dialogs.back().Title, "Stop Import?");
     }
-}
-
-// The way through the worker, whose question must get an answer whatever the person does.
-TEST_F(MergeDialogTest, AnswersTheImportAndStopsIt) {
-    mAnswers.Expect(wxID_NONE);
-    Then([](wxDialog& dialog) {
-        dynamic_cast<wxTextCtrl*>(MergedColumn(dialog)[1])->SetValue("merged");
-        Press(*FindById(dialog, ID_KEEP_MERGED));
-    });
-    Then([](wxDialog& dialog) { dialog.Close(); });
-    mAnswers.Expect(wxID_OK);
-    const ImportResult& result = ImportBacks(3);
-    EXPECT_EQ(result.Status, ImportStatus::kCancelled);
-    EXPECT_EQ(result.RecordsMerged, 1);
-    EXPECT_EQ(Backs(), (Strings{"merged", "b", "b"}));
-}
-
-TEST_F(MergeDialogTest, AsksNoMoreOnceTheDatabaseVersionIsAlwaysKept) {
-    mAnswers.Expect(wxID_NONE);
-    ThenPress(10016);
-    const ImportResult& result = ImportBacks(3);
-    EXPECT_EQ(result.Status, ImportStatus::kFinished);
-    EXPECT_EQ(result.RecordsMerged, 3);
-    EXPECT_EQ(Backs(), (Strings{"b", "b", "b"}));
 }
