@@ -3,6 +3,7 @@
 #include <wx/frame.h>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "shell/AppServices.h"
@@ -38,8 +39,10 @@ class FakeServices : public AppServices {
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         Taken.push_back({rowIds, cut});
     }
-    bool CanPasteCards() const override { return false; }
-    void PasteCards(int32_t, EmptyCut) override {}
+    bool CanPasteCards() const override { return HasCardsToPaste; }
+    void PasteCards(int32_t categoryId, EmptyCut empty) override {
+        Pasted.emplace_back(categoryId, empty);
+    }
     void SetStudyMessage(const wxString& text) override { StudyMessage = text; }
 
     int32_t CurrentCategory = 0;
@@ -51,10 +54,12 @@ class FakeServices : public AppServices {
     bool HasEditor = true;
     bool HasExport = true;
     bool HasClipboard = true;
+    bool HasCardsToPaste = false;
 
     std::vector<wxFrame*> Closed;
     std::vector<FlashCard> Edited;
     std::vector<std::vector<int64_t>> Exported;
     std::vector<CardsTaken> Taken;
+    std::vector<std::pair<int32_t, EmptyCut>> Pasted;
     wxString StudyMessage;
 };
