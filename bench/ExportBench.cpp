@@ -119,12 +119,12 @@ class BareScan {
 };
 
 template <typename Work>
-double MicrosecondsPerCard(const Work& work) {
+double MicrosecondsPerCard(int cards, const Work& work) {
     const auto start = std::chrono::steady_clock::now();
     work();
     return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
                .count() /
-           kCards;
+           cards;
 }
 
 double Median(std::vector<double>& values) {
@@ -134,10 +134,11 @@ double Median(std::vector<double>& values) {
 }
 
 void ExportCards(benchmark::State& state) {
+    const int cards = static_cast<int>(state.range(2));
     const ExportOptions options{true, static_cast<ExportFormat>(state.range(0)), L'\t'};
     const wxFontEncoding encoding = ExportEncoding(static_cast<int>(state.range(1)));
     const int scans = options.Format == ExportFormat::kDelimited ? 2 : 1;
-    ExportStore store(kCards);
+    ExportStore store(cards);
     if (!store.IsOpen()) {
         state.SkipWithError("cannot make the store");
         return;
@@ -148,7 +149,7 @@ void ExportCards(benchmark::State& state) {
     std::vector<double> lockedRatios;
     for (auto _ : state) {
         const auto scan = [&](bool locked) {
-            return MicrosecondsPerCard([&] {
+            return MicrosecondsPerCard(cards, [&] {
                 for (int i = 0; i < scans; ++i) {
                     bare.Run(store.RowIds, locked);
                 }
@@ -157,25 +158,27 @@ void ExportCards(benchmark::State& state) {
         const double floor = scan(false);
         const double lockedFloor = scan(true);
         ExportProgress progress;
-        times.push_back(MicrosecondsPerCard([&] {
+        times.push_back(MicrosecondsPerCard(cards, [&] {
             ExportToFile(wxString::FromUTF8(store.Path("out.txt")), encoding, store.Get(),
                          store.RowIds, options, progress);
         }));
-        if (progress.Position != kCards) {
+        if (progress.Position != cards) {
             state.SkipWithError("cards are missing");
             return;
         }
         ratios.push_back(times.back() / floor);
         lockedRatios.push_back(times.back() / lockedFloor);
-        state.SetIterationTime(times.back() * kCards * 1e-6);
+        state.SetIterationTime(times.back() * cards * 1e-6);
     }
     state.counters["card_us"] = Median(times);
     state.counters["ratio"] = Median(ratios);
     state.counters["ratio_locked"] = Median(lockedRatios);
 }
 BENCHMARK(ExportCards)
-    ->ArgNames({"format", "encoding"})
-    ->ArgsProduct({{0, 1, 2}, {0, 2}})
+    ->ArgNames({"format", "encoding", "cards"})
+    ->ArgsProduct({{0, 1, 2}, {0, 2}, {kCards}})
+    ->Args({0, 2, 10000})
+    ->Args({0, 2, 1000000})
     ->Iterations(7)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

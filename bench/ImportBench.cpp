@@ -96,7 +96,7 @@ bool RunPass(const ImportInput& input, Database& database, bool validateOnly) {
 }
 
 void Validate(benchmark::State& state) {
-    constexpr int kRecords = 100000;
+    const int records = static_cast<int>(state.range(2));
     const bool withIds = state.range(0) != 0;
     const Workplace place(false);
     Store store(place.Path("store.vlm"));
@@ -109,18 +109,20 @@ void Validate(benchmark::State& state) {
         state.SkipWithError("no store");
         return;
     }
-    const ImportInput input = MakeFile(place, kRecords, withIds, state.range(1) != 0);
+    const ImportInput input = MakeFile(place, records, withIds, state.range(1) != 0);
     for (auto _ : state) {
         if (!RunPass(input, store.Get(), true)) {
             state.SkipWithError("the pass failed");
             return;
         }
     }
-    state.SetItemsProcessed(state.iterations() * kRecords);
+    state.SetItemsProcessed(state.iterations() * records);
 }
 BENCHMARK(Validate)
-    ->ArgNames({"ids", "table"})
-    ->ArgsProduct({{0, 1}, {0, 1}})
+    ->ArgNames({"ids", "table", "records"})
+    ->ArgsProduct({{0, 1}, {0, 1}, {100000}})
+    ->Args({1, 0, 10000})
+    ->Args({1, 0, 1000000})
     ->Unit(benchmark::kMillisecond);
 
 // The inserts of a writing pass by hand.

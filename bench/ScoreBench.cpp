@@ -12,7 +12,7 @@
 #include "store/Database.h"
 #include "support/Fakes.h"
 
-// From a score to the next card, in a store of 100,000 introduced cards of which some are due,
+// From a score to the next card, in a store of introduced cards of which some are due,
 // beside the same statements by bare SQLite on a copy of the store. Both score 0 all the time,
 // which puts the card behind all others, so the number of due cards stays as it is.
 namespace {
@@ -27,11 +27,11 @@ const std::string kColumns =
 
 // One statement, so one commit. A due card waits a hundred thousand times its interval; another is
 // due in months.
-std::string FillSql(int due) {
+std::string FillSql(int cards, int due) {
     const std::string now = std::to_string(kStart);
-    const std::string isDue = "i * 7919 % " + std::to_string(kCards) + " < " + std::to_string(due);
+    const std::string isDue = "i * 7919 % " + std::to_string(cards) + " < " + std::to_string(due);
     return "WITH RECURSIVE numbers(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM numbers WHERE i < " +
-           std::to_string(kCards - 1) + "), cards AS (SELECT *, CASE WHEN " + isDue + " THEN " +
+           std::to_string(cards - 1) + "), cards AS (SELECT *, CASE WHEN " + isDue + " THEN " +
            now + " - 100000 - i * 104729 % 300000 ELSE " + now + " - 10 END AS last, CASE WHEN " +
            isDue + " THEN 1.0 + i * 31 % 64 / 128.0 ELSE 10000000.0 + i END AS interval " +
            "FROM numbers) INSERT INTO Cards (" + kColumns + ", NextReview, RNextReview) SELECT " +
@@ -236,6 +236,7 @@ void CountTimes(benchmark::State& state, std::vector<double>& floorTimes,
 
 void ScoreToNextCard(benchmark::State& state) {
     const int due = static_cast<int>(state.range(0));
+    const int cards = static_cast<int>(state.range(2));
     const std::filesystem::path parent =
         state.range(1) == 0 ? VELOMIND_BENCH_DIRECTORY : "/dev/shm";
     if (!std::filesystem::is_directory(parent)) {
@@ -252,7 +253,7 @@ void ScoreToNextCard(benchmark::State& state) {
     SilentUpgradeWait wait;
     Database database(report);
     if (database.Open(wxString::FromUTF8(floorPath), wait) < 0 ||
-        database.CategoryInsert("Default") < 0 || database.Execute(FillSql(due)) < 0) {
+        database.CategoryInsert("Default") < 0 || database.Execute(FillSql(cards, due)) < 0) {
         state.SkipWithError("cannot make the store");
         return;
     }
@@ -292,14 +293,16 @@ void ScoreToNextCard(benchmark::State& state) {
 }
 
 BENCHMARK(ScoreToNextCard)
-    ->ArgNames({"due", "tmpfs"})
-    ->ArgsProduct({{0, 1000}, {0, 1}})
+    ->ArgNames({"due", "tmpfs", "cards"})
+    ->ArgsProduct({{0, 1000}, {0, 1}, {kCards}})
+    ->Args({1000, 1, 10000})
+    ->Args({1000, 1, 1000000})
     ->Iterations(2000)
     ->UseManualTime()
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK(ScoreToNextCard)
-    ->ArgNames({"due", "tmpfs"})
-    ->ArgsProduct({{kCards}, {0, 1}})
+    ->ArgNames({"due", "tmpfs", "cards"})
+    ->ArgsProduct({{kCards}, {0, 1}, {kCards}})
     ->Iterations(40)
     ->UseManualTime()
     ->Unit(benchmark::kMicrosecond);
