@@ -28,11 +28,10 @@ class ExportTest : public StoreFixture {
         EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("CategoryId DESC", mRowIds), 0);
     }
 
-    std::string Text(ExportFormat format, bool scheduling, wchar_t delimiter = L',') {
+    std::string Text(ExportFormat format, bool scheduling) {
         wxString text;
-        EXPECT_EQ(
-            ExportToString(text, mDatabase, mRowIds, {scheduling, format, delimiter}, mProgress),
-            0);
+        EXPECT_EQ(ExportToString(text, mDatabase, mRowIds, {scheduling, format, L','}, mProgress),
+                  0);
         return text.utf8_string();
     }
 
@@ -67,31 +66,13 @@ TEST_F(ExportTest, TheFormOfVersion1DropsWhatThatDoesNotKnow) {
                    "ReviewInterval: 1.500000\nDifficulty: 7\n\n");
 }
 
-TEST_F(ExportTest, ATableHasColumnsForSecondTextsOnlyWhenACardHasOne) {
+TEST_F(ExportTest, ATableHasColumnsForAllAttributes) {
     EXPECT_EQ(Text(ExportFormat::kDelimited, false),
               "id,Front,Front2,Back,Back2,Category,Author,Chapter,IntroductionOrder,ForwardX,"
               "ReverseX,Notes\n"
               "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,me,,-3,false,true,"
               "\"a\\n\"\"b\"\"\"\n"
               "00000000-0000-4000-8000-000000000001,f,,b,,,,,0,false,false,\n");
-    mRowIds.erase(mRowIds.begin());
-    EXPECT_EQ(Text(ExportFormat::kDelimited, true, L'\t'),
-              "id\tFront\tBack\tCategory\tAuthor\tChapter\tIntroductionOrder\tForwardX\tReverseX\t"
-              "Notes\tIntroduced\tLastReview\tLastScore\tReviewInterval\tDifficulty\tERC\t"
-              "RIntroduced\tRLastReview\tRLastScore\tRReviewInterval\tRDifficulty\tRERC\n"
-              "00000000-0000-4000-8000-000000000001\tf\tb\t\t\t\t0\tfalse\tfalse\t\t"
-              "false\t1970-01-01 00:00:00Z\t0\t5.000000\t16\t0\t"
-              "false\t1970-01-01 00:00:00Z\t0\t5.000000\t16\t0\n");
-}
-
-TEST_F(ExportTest, ADeletedCardIsPassedOverAndCountedAsMissing) {
-    mDatabase.CardDeleteByRowId(mRowIds[0]);
-    for (const auto format : {ExportFormat::kVlmText1, ExportFormat::kDelimited}) {
-        EXPECT_NE(Text(format, false).find("00000000-0000-4000-8000-000000000001"),
-                  std::string::npos);
-        EXPECT_EQ(mProgress.Position, 1);
-        EXPECT_EQ(mProgress.Missing, 1);
-    }
 }
 
 TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {

@@ -122,8 +122,6 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
         EXPECT_EQ(Shown(), "Delimited/other: " + row.Shown) << row.Typed;
     }
     EXPECT_EQ(mDialog->GetDelimiter(), L':');
-    other.SetValue("\n");
-    EXPECT_TRUE(other.IsEmpty());
     Choose(ID_FORMAT, 0);
     EXPECT_FALSE(IsShown(ID_OTHER));
     EXPECT_EQ(Shown(), "VLM Text File/other: f=a;b=b;");
