@@ -121,6 +121,20 @@ class ImportRoad(RoadTest):
         self.assertEqual((0, False), self.import_file(b"Front\tBack\nafter\tall\n"))
         self.assertEqual(len(cards) + 1, self.sandbox.card_count())
 
+    def test_a_store_of_version_1_asks_for_its_engine(self):
+        old = os.path.join(self.sandbox.documents, "Velomind Classic", "FlashCards.vls")
+        os.mkdir(os.path.dirname(old))
+        with open(old, "wb") as file:
+            file.write(b"old")
+        program = self.sandbox.start()
+        program.wait_window("Import")
+        press("alt+y")
+        program.wait_window("Velomind")
+        press("Escape")
+        program.wait_no_window("Velomind")
+        self.assertEqual(0, program.quit())
+        self.assertTrue(os.path.exists(old))
+
 
 if __name__ == "__main__":
     unittest.main()

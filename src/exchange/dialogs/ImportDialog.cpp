@@ -102,7 +102,6 @@ void ImportDialog::CreateControls() {
     SetClientSize(fitting);
     Layout();
     SetColumnWidths();
-    mpFormat->SetFocus();
 }
 
 wxSizer* ImportDialog::CreateOptions() {
@@ -147,6 +146,8 @@ wxSizer* ImportDialog::CreateButtons() {
     auto* const ok = new wxButton(this, wxID_OK, _("&OK"));
     auto* const cancel = new wxButton(this, wxID_CANCEL, _("&Cancel"));
     ok->SetDefault();
+    // Most files are known for what they are, and Enter is then all that is left to do.
+    ok->SetFocus();
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     buttons->Add(ok, wxSizerFlags().Border(wxRIGHT, kGap));
     buttons->Add(cancel);
