@@ -24,7 +24,7 @@ wxString CutValue(const std::wstring& value) {
     size_t units = 0;
     size_t length = 0;
     while (length < value.size()) {
-        const auto character = static_cast<uint32_t>(value[length]);
+        const auto character = std::char_traits<wchar_t>::to_int_type(value[length]);
         const bool isFirstHalf = character >= 0xD800 && character < 0xDC00;
         const size_t taken = character > 0xFFFF || isFirstHalf ? 2 : 1;
         if (units + taken > kLongestValue) {
