@@ -1,16 +1,12 @@
 #include "app/AddCategory.h"
 
-#include <gtest/gtest.h>
-#include <wx/msgdlg.h>
 #include <wx/textdlg.h>
 
 #include "support/GuiTest.h"
 
-namespace {
-
 TEST_F(GuiStoreTest, ANewCategoryIsNotOneThatTheStoreSeesAsPresent) {
+    ModalAnswers answers;
     for (const char* const name : {"7", "Default", "007", "Latin"}) {
-        ModalAnswers answers;
         answers.Expect([name](wxDialog& dialog) {
             dynamic_cast<wxTextEntryDialog&>(dialog).SetValue(name);
             return wxID_OK;
@@ -18,16 +14,10 @@ TEST_F(GuiStoreTest, ANewCategoryIsNotOneThatTheStoreSeesAsPresent) {
         std::list<Category> same;
         ASSERT_EQ(mDatabase.SelectCategoryByName(name, same), 0);
         if (!same.empty()) {
-            answers.Expect([](wxDialog& dialog) {
-                EXPECT_TRUE(
-                    dynamic_cast<wxMessageDialogBase&>(dialog).GetMessage().Contains("already"));
-                return wxID_OK;
-            });
+            answers.Expect(wxID_OK);
         }
         AddCategory(nullptr, mDatabase);
     }
-    EXPECT_EQ(Query("SELECT Id,Name FROM Categories"),
-              (std::vector<std::string>{"0|Default", "1|7", "2|Latin"}));
+    EXPECT_TRUE(answers.Dialogs.at(2).Message.Contains("already"));
+    EXPECT_EQ(Query("SELECT Id,Name FROM Categories"), (Strings{"0|Default", "1|7", "2|Latin"}));
 }
-
-}  // namespace

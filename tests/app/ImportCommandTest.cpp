@@ -2,7 +2,7 @@
 
 #include "app/ImportCommand.h"
 
-#include <wx/filedlg.h>
+#include <wx/dialog.h>
 #include <wx/filename.h>
 #include <wx/utils.h>
 
@@ -13,43 +13,17 @@
 
 namespace {
 
-constexpr wchar_t kId[] = L"9b1deb4d-3b7d-4bad-9bdd-2b0d7b3dcb6d";
-
-// Counts what the listeners of the store are told.
-class Listener : public Observer {
-  public:
-    explicit Listener(Subject& subject) : mAttachment(&subject, this) {}
-    void Update(Subject*) override { ++Calls; }
-    int Calls = 0;
-
-  private:
-    SubjectAttachment mAttachment;
-};
-
 class ImportCommandTest : public GuiStoreTest {
   protected:
     bool Offer() {
         const std::vector<wxString> places = {mDirectory.Path("nothing here"), mOldStore};
         return OfferVersion1Import(nullptr, mDatabase, mReport, places, mEngine.Maker());
     }
-    void Run() { RunImportCommand(nullptr, mServices, mDatabase, mReport, {mOldStore}); }
-
-    // The file dialog takes its time to look into the directory.
-    void ExpectChoice(const wxString& path) {
-        mAnswers.Expect([path](wxDialog& dialog) {
-            auto& chooser = dynamic_cast<wxFileDialog&>(dialog);
-            chooser.SetPath(path);
-            EXPECT_TRUE(WaitFor([&] { return chooser.GetPath() == path; }));
-            return wxID_OK;
-        });
-    }
-    Strings Fronts() { return Query("SELECT Front FROM Cards"); }
 
     const wxString mOldStore = mDirectory.Path("FlashCards.vls");
     FakeEngine mEngine;
-    FakeServices mServices;
     ModalAnswers mAnswers;
-    Listener mListener{mDatabase};
+    CountingObserver mListener{mDatabase};
 };
 
 }  // namespace
@@ -72,13 +46,12 @@ TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
     EXPECT_EQ(mAnswers.Dialogs[0].Title, "Import");
     EXPECT_TRUE(mAnswers.Dialogs[0].Message.EndsWith("import them now?\n" + mOldStore));
 
+    constexpr wchar_t kId[] = L"9b1deb4d-3b7d-4bad-9bdd-2b0d7b3dcb6d";
     mEngine.Cards = {{kId}};
     mEngine.Missing = 2;
-    mAnswers.Expect(wxID_YES);
-    mAnswers.Expect(wxOK);
-    mAnswers.Expect(wxOK);
-    mAnswers.Expect(wxID_NONE);
-    mAnswers.Expect(wxID_OK);
+    for (const int answer : {int{wxID_YES}, int{wxOK}, int{wxOK}, int{wxID_NONE}, int{wxID_OK}}) {
+        mAnswers.Expect(answer);
+    }
     EXPECT_TRUE(Offer());
     EXPECT_EQ(mAnswers.Dialogs[2].Title, "Velomind");
     EXPECT_EQ(mAnswers.Dialogs[5].Title, "Import Failed");
@@ -89,7 +62,7 @@ TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
     mAnswers.Expect(wxID_YES);
     mAnswers.Expect(wxID_NONE);
     EXPECT_TRUE(Offer());
-    EXPECT_EQ(Fronts(), Strings{"q"});
+    EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"q"});
     EXPECT_FALSE(wxFileName::FileExists(mOldStore));
     EXPECT_EQ(mListener.Calls, 2);
 }
@@ -102,40 +75,9 @@ TEST_F(ImportCommandTest, EndsWithAnOldStoreThatCannotBeRead) {
         dialog.CallAfter([&dialog] { dialog.Close(); });
         return wxID_NONE;
     });
-    Run();
+    FakeServices services;
+    RunImportCommand(nullptr, services, mDatabase, mReport, {mOldStore});
     EXPECT_EQ(mAnswers.Dialogs.size(), 2U) << "no file is asked for";
     EXPECT_TRUE(wxFileName::FileExists(mOldStore));
     EXPECT_EQ(mListener.Calls, 0);
-}
-
-TEST_F(ImportCommandTest, MakesTheFirstTouchedCategoryCurrent) {
-    const wxString path = mDirectory.Path("cards.txt");
-    WriteBytes(path, "f,b,c\na,b,New\nc,d,Newer\n");
-    mServices.CurrentCategory = 0;
-    mAnswers.Expect(wxID_CANCEL);
-    Run();
-    EXPECT_EQ(mListener.Calls, 0);
-
-    ExpectChoice(path);
-    mAnswers.Expect(wxCANCEL);
-    Run();
-    EXPECT_EQ(mServices.CurrentCategory, 0);
-    EXPECT_EQ(mListener.Calls, 1);
-
-    ExpectChoice(path);
-    mAnswers.Expect([](wxDialog& dialog) {
-        dialog.CallAfter([&dialog] {
-            wxCommandEvent ok(wxEVT_BUTTON, wxID_OK);
-            dialog.ProcessWindowEvent(ok);
-        });
-        return wxID_NONE;
-    });
-    mAnswers.Expect(wxID_NONE);
-    mAnswers.Expect(wxID_YES);
-    mAnswers.Expect(wxID_YES);
-    mAnswers.Expect(wxID_OK);
-    Run();
-    EXPECT_EQ(mAnswers.Dialogs.back().Title, "Import Complete");
-    EXPECT_EQ(mServices.CurrentCategory, 1);
-    EXPECT_EQ(mListener.Calls, 2);
 }

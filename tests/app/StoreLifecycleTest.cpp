@@ -1,7 +1,5 @@
 #include "app/StoreLifecycle.h"
 
-#include <gtest/gtest.h>
-#include <wx/confbase.h>
 #include <wx/filedlg.h>
 #include <wx/filename.h>
 #include <wx/textctrl.h>
@@ -30,8 +28,7 @@ class StoreLifecycleTest : public GuiTest {
     // Looks at the recovery dialog and presses a button on it once it is on the screen.
     static std::function<int(wxDialog&)> Press(int id, const wxString& shownPath) {
         return [id, shownPath](wxDialog& dialog) {
-            auto* const path = dynamic_cast<wxTextCtrl*>(FindById(dialog, ID_PATH));
-            EXPECT_EQ(path->GetValue(), shownPath);
+            EXPECT_EQ(dynamic_cast<wxTextCtrl*>(FindById(dialog, ID_PATH))->GetValue(), shownPath);
             PressLater(dialog, id);
             return wxID_NONE;
         };
@@ -63,45 +60,36 @@ TEST_F(StoreLifecycleTest, TheFirstStartMakesTheDefaultFileAndItsDirectory) {
     wxString before;
     wxGetEnv("HOME", &before);
     wxSetEnv("HOME", Path("not/there"));
-    const std::unique_ptr<Database> database = OpenAtStart(mReport);
+    EXPECT_TRUE(OpenAtStart(mReport)->IsOpen());
     wxSetEnv("HOME", before);
-    EXPECT_TRUE(database->IsOpen());
     EXPECT_TRUE(wxFileName::FileExists(Path("not/there/FlashCards2.vlm")));
+    EXPECT_EQ(Stored(), Path("not/there/FlashCards2.vlm"));
+    // A stored directory stands for the file in it.
+    WriteStringSetting("DatabasePath", Path("not/there"));
+    EXPECT_TRUE(OpenAtStart(mReport)->IsOpen());
     EXPECT_EQ(Stored(), Path("not/there/FlashCards2.vlm"));
 }
 
-TEST_F(StoreLifecycleTest, AStoredDirectoryStandsForTheDefaultFileInIt) {
-    ASSERT_TRUE(Open(Path("FlashCards2.vlm"), false));
-    mDatabase.Close();
-    WriteStringSetting("DatabasePath", mFiles.Path(wxString()));
-    const std::unique_ptr<Database> database = OpenAtStart(mReport);
-    EXPECT_TRUE(database->IsOpen());
-    EXPECT_EQ(Stored(), Path("FlashCards2.vlm"));
-}
-
-TEST_F(StoreLifecycleTest, RetryOpensAFileThatCameBackButMakesNone) {
-    ModalAnswers answers;
+TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     const wxString gone = Path("gone.vlm");
-    answers.Expect(Press(ID_RETRY, gone));
-    answers.Expect([this, gone](wxDialog& dialog) {
-        EXPECT_FALSE(wxFileName::FileExists(gone));
+    ModalAnswers answers;
+    answers.Expect([gone](wxDialog& dialog) {
         WriteBytes(gone, "");
         return Press(ID_RETRY, gone)(dialog);
     });
+    // The wait while the file is brought to the present schema.
     answers.Expect(wxID_OK);
     EXPECT_TRUE(Open(gone, true));
     EXPECT_EQ(Stored(), gone);
-}
-
-TEST_F(StoreLifecycleTest, OpenTakesAnotherFile) {
-    ASSERT_TRUE(Open(Path("other.vlm"), false));
     mDatabase.Close();
-    WriteBytes(Path("bad.vlm"), kNoStore);
-    ModalAnswers answers;
-    answers.Expect(Press(ID_OPEN, Path("bad.vlm")));
-    answers.Expect(Choose(Path("other.vlm")));
-    EXPECT_TRUE(Open(Path("bad.vlm"), true));
-    EXPECT_EQ(Stored(), Path("other.vlm"));
+
+    const wxString missing = Path("missing.vlm");
+    answers.Expect(Press(ID_RETRY, missing));
+    answers.Expect(Press(ID_OPEN, missing));
+    answers.Expect(Choose(gone));
+    EXPECT_TRUE(Open(missing, true));
+    EXPECT_FALSE(wxFileName::FileExists(missing));
+    EXPECT_EQ(Stored(), gone);
 }
 
 TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
@@ -116,7 +104,6 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
         return wxID_CANCEL;
     });
     answers.Expect(Choose(path));
-    // The wait while the new file is brought to the present schema.
     answers.Expect(wxID_OK);
     EXPECT_TRUE(Open(path, true));
     EXPECT_TRUE(mDatabase.IsEmpty());

@@ -1,14 +1,13 @@
 #include "preferences/PreferencesDialog.h"
 
-#include <gtest/gtest.h>
 #include <wx/choice.h>
 #include <wx/textctrl.h>
 
 #include <vector>
 
+#include "FakeStoreFileActions.h"
 #include "preferences/ColorControl.h"
 #include "preferences/FontControl.h"
-#include "preferences/StoreFileChange.h"
 #include "shell/Settings.h"
 #include "support/GuiTest.h"
 
@@ -25,17 +24,6 @@ enum : int {
     ID_STORE_CHOICE = 10123,
     ID_NEW_PATH = 10124,
     ID_INTRODUCTION = 10149
-};
-
-class FileDialogs : public StoreFileActions {
-  public:
-    wxString GetDefaultStorePath() override { return "/default.vlm"; }
-    bool ChooseToOpen(wxWindow*, wxString& path) override { return !(path = "/opened").empty(); }
-    bool ChooseToSave(wxWindow*, const wxString& title, wxString& path) override {
-        return !(path = title).empty();
-    }
-    bool DiscardEdits(wxWindow*) override { return false; }
-    void OpenStoreFile(wxWindow*, Database&, const wxString&, bool) override {}
 };
 
 // Keeps the interval that it finds whenever it is told of a change.
@@ -68,15 +56,6 @@ class PreferencesDialogTest : public GuiStoreTest {
         Find<wxChoice>(id).SetSelection(selection);
         Send(wxEVT_CHOICE, id, selection);
     }
-    bool Shows(const wxString& text) {
-        for (const wxWindow* const window :
-             FindById(*mpDialog, ID_INTERVAL)->GetParent()->GetChildren()) {
-            if (window->GetLabel().StartsWith(text)) {
-                return true;
-            }
-        }
-        return false;
-    }
     // Shows the dialog with that interval and presses OK.
     void Accept(const wxString& interval) {
         Find<wxTextCtrl>(ID_INTERVAL).ChangeValue(interval);
@@ -87,21 +66,15 @@ class PreferencesDialogTest : public GuiStoreTest {
     }
 
     Subject mNotifier;
-    FileDialogs mFiles;
+    FakeStoreFileActions mFiles;
     PreferencesDialog* mpDialog = nullptr;
 };
 
-TEST_F(PreferencesDialogTest, TheDescriptionFollowsOnlyAChoice) {
-    EXPECT_EQ(Find<wxChoice>(ID_INTRODUCTION).GetSelection(), 1);
-    EXPECT_TRUE(Shows("New cards are only"));
-    Choose(ID_INTRODUCTION, 1);
-    EXPECT_TRUE(Shows("New cards are introduced during"));
-    EXPECT_TRUE(FindById(*mpDialog, ID_INTERVAL)->IsEnabled());
-    Choose(ID_INTRODUCTION, 0);
-    EXPECT_FALSE(FindById(*mpDialog, ID_INTERVAL)->IsEnabled());
-}
-
-TEST_F(PreferencesDialogTest, TheStoreChoiceSaysWhatBrowsingIsFor) {
+TEST_F(PreferencesDialogTest, AChoiceEnablesWhatBelongsToIt) {
+    for (const int selection : {1, 0}) {
+        Choose(ID_INTRODUCTION, selection);
+        EXPECT_EQ(FindById(*mpDialog, ID_INTERVAL)->IsEnabled(), selection == 1);
+    }
     const char* const browsed[] = {"/default.vlm", "Move Store File", "New Store File", "/opened"};
     for (int selection = 3; selection >= 0; --selection) {
         Choose(ID_STORE_CHOICE, selection);

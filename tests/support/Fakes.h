@@ -13,6 +13,7 @@
 #include "scheduler/CategorySource.h"
 #include "scheduler/MaintenancePrompt.h"
 #include "scheduler/ReviewRandom.h"
+#include "store/Subject.h"
 #include "store/UpgradeWait.h"
 
 // A clock that stands still until it is moved.
@@ -67,4 +68,15 @@ class SilentMaintenance : public MaintenancePrompt {
     void ConfirmStart() override { ++Starts; }
     void TellComplete() override {}
     int Starts = 0;
+};
+
+// Counts what it is told of a subject.
+class CountingObserver : public Observer {
+  public:
+    explicit CountingObserver(Subject& subject) : mAttachment(&subject, this) {}
+    void Update(Subject*) override { ++Calls; }
+    int Calls = 0;
+
+  private:
+    SubjectAttachment mAttachment;
 };

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <wx/filename.h>
+
+#include "preferences/StoreFileChange.h"
+#include "store/Database.h"
+#include "support/Fakes.h"
+
+// The application of a test: file dialogs that answer at once, and what it was asked, in order.
+class FakeStoreFileActions : public StoreFileActions {
+  public:
+    wxString GetDefaultStorePath() override { return "/default.vlm"; }
+    bool ChooseToOpen(wxWindow*, wxString& path) override { return !(path = "/opened").empty(); }
+    bool ChooseToSave(wxWindow*, const wxString& title, wxString& path) override {
+        return !(path = title).empty();
+    }
+    bool DiscardEdits(wxWindow*) override {
+        Calls += "discard ";
+        return MayDiscard;
+    }
+    void OpenStoreFile(wxWindow*, Database& database, const wxString& path,
+                       bool mustExist) override {
+        Calls += "open:" + wxFileName(path).GetFullName() + (mustExist ? " " : ":new ");
+        SilentUpgradeWait wait;
+        database.Open(path, wait);
+    }
+
+    wxString Calls;
+    bool MayDiscard = true;
+};
