@@ -1,7 +1,6 @@
 #include <wx/menu.h>
 
 #include "ListFixture.h"
-#include "list/RecentSearches.h"
 #include "shell/CommandIds.h"
 #include "shell/Settings.h"
 
@@ -23,17 +22,6 @@ class BrowseFrameTest : public ListTest {
     bool IsFocusIn(wxWindow& window) { return window.IsDescendant(wxWindow::FindFocus()); }
 };
 
-TEST_F(BrowseFrameTest, TheButtonNamesTheCurrentCategory) {
-    Open();
-    EXPECT_EQ(Button().GetLabelText(), "Default");
-    mServices.CurrentCategory = -1;
-    mDatabase.Notify();
-    EXPECT_EQ(Button().GetLabelText(), "Deleted Items");
-    mServices.CurrentCategory = 77;
-    mDatabase.Notify();
-    EXPECT_EQ(Button().GetLabelText(), "Error");
-}
-
 TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     Insert(MakeCard("salt & pepper", "x"));
     Insert(MakeCard("sugar", "x"));
@@ -45,25 +33,15 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     const wxMenu* const menu = SearchField().GetMenu();
     Search("x");
     EXPECT_EQ(SearchField().GetMenu(), menu);
-    Search("salt & pepper");
-    Search("");
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "x", first}));
+    for (const char* const text : {"b", "c", "d", "b", "salt & pepper", ""}) {
+        Search(text);
+    }
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x"}));
     EXPECT_EQ(Cards().GetItemCount(), 2);
     Command(11000);
     EXPECT_EQ(SearchField().GetValue(), "salt & pepper");
     EXPECT_TRUE(SearchField().IsCancelButtonVisible());
     EXPECT_EQ(Column(1), Texts{"salt & pepper"});
-    Command(11005);
-    EXPECT_EQ(RecentMenu()[1], "salt & pepper");
-}
-
-TEST(RecentSearchesTest, KeepsTheLastFiveNewestFirst) {
-    RecentSearches searches;
-    for (const char* const text : {"a", "b", "c", "d", "e", "f", "c"}) {
-        EXPECT_TRUE(searches.Add(text));
-    }
-    EXPECT_FALSE(searches.Add("c"));
-    EXPECT_EQ(searches.GetTexts(), (std::vector<wxString>{"c", "f", "e", "d", "b"}));
 }
 
 TEST_F(BrowseFrameTest, TheSearchFieldHasItsOwnKeys) {
@@ -83,7 +61,6 @@ TEST_F(BrowseFrameTest, TheSearchFieldHasItsOwnKeys) {
 }
 
 TEST_F(BrowseFrameTest, TheDropDownOpensStaysForItsQuestionsAndCloses) {
-    EXPECT_EQ(mDatabase.CategoryInsert("Second"), 0);
     Open();
     for (const int key : {int{WXK_SPACE}, int{WXK_RETURN}, int{WXK_DOWN}}) {
         SendKey(Button(), key);
@@ -95,12 +72,6 @@ TEST_F(BrowseFrameTest, TheDropDownOpensStaysForItsQuestionsAndCloses) {
         EXPECT_FALSE(DropDown().IsShown());
         EXPECT_TRUE(WaitFor([this] { return Button().HasFocus(); }));
     }
-    OpenDropDown();
-    wxListEvent activated(wxEVT_LIST_ITEM_ACTIVATED, Categories().GetId());
-    activated.SetEventObject(&Categories());
-    Categories().ProcessWindowEvent(activated);
-    EXPECT_FALSE(DropDown().IsShown());
-
     OpenDropDown();
     mpFrame->Raise();
     EXPECT_TRUE(WaitFor([this] { return !DropDown().IsShown(); }));
@@ -131,17 +102,6 @@ TEST_F(BrowseFrameTest, ANewFontOfTheListIsTakenAtOnce) {
         EXPECT_EQ(window->GetFont().GetPointSize(), 23) << window->GetName();
     }
     EXPECT_EQ(mpFrame->GetSize(), size);
-}
-
-TEST_F(BrowseFrameTest, ItsMenusHaveNothingOfTheOtherWindows) {
-    Open();
-    wxMenuBar& bar = *mpFrame->GetMenuBar();
-    for (const int id : {int{ID_SAVE_CLOSE}, int{ID_SAVE_NEW}, int{ID_STUDY_FORWARD},
-                         int{ID_STUDY_REVERSE}, int{ID_CUSTOMIZE_MENU}, int{ID_STATUS_BAR}}) {
-        EXPECT_EQ(bar.FindItem(id), nullptr) << id;
-    }
-    mpFrame->UpdateWindowUI(wxUPDATE_UI_RECURSE);
-    EXPECT_TRUE(bar.IsChecked(ID_WINDOW_LIST));
 }
 
 TEST_F(BrowseFrameTest, ClosingSavesThePlaceAndTellsTheApplication) {

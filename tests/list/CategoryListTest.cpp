@@ -7,11 +7,15 @@ class CategoryListTest : public ListTest {
   protected:
     // The store's categories as "id name".
     Strings Stored() { return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id"); }
-    void Rename(const wxString& name) {
+    // Types the name and answers the question that may follow.
+    void Rename(const wxString& name, int answer = wxID_NONE) {
         mAnswers.Expect([name](wxDialog& dialog) {
             static_cast<wxTextEntryDialog&>(dialog).SetValue(name);
             return wxID_OK;
         });
+        if (answer != wxID_NONE) {
+            mAnswers.Expect(answer);
+        }
         Categories().Rename();
     }
     void Choose(long row) {
@@ -81,25 +85,12 @@ TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {
     Rename("seven %s \"x\"");
     EXPECT_EQ(Stored(), (Strings{"0 Default", "1 seven %s \"x\"", "2 Keep"}));
 
-    const size_t before = mAnswers.Dialogs.size();
-    mAnswers.Expect([](wxDialog& dialog) {
-        static_cast<wxTextEntryDialog&>(dialog).SetValue("Keep");
-        return wxID_OK;
-    });
-    mAnswers.Expect(wxID_CANCEL);
-    Categories().Rename();
-    EXPECT_EQ(mAnswers.Dialogs[before + 1].Message,
-              "Category \"Keep\" already exists.\n"
-              "Continuing will move all of the cards from category \"seven %s \"x\"\" into "
-              "category \"Keep\".\nThis may take several minutes.\nContinue?");
+    Rename("Keep", wxID_CANCEL);
+    EXPECT_TRUE(mAnswers.Dialogs.back().Message.StartsWith(
+        "Category \"Keep\" already exists.\nContinuing will move all of the cards from category "
+        "\"seven %s \"x\"\" into category \"Keep\"."));
     EXPECT_EQ(Stored().size(), 3U);
-
-    mAnswers.Expect([](wxDialog& dialog) {
-        static_cast<wxTextEntryDialog&>(dialog).SetValue("Keep");
-        return wxID_OK;
-    });
-    mAnswers.Expect(wxID_OK);
-    Categories().Rename();
+    Rename("Keep", wxID_OK);
     EXPECT_EQ(Stored(), (Strings{"0 Default", "2 Keep"}));
     EXPECT_EQ(Query("SELECT CategoryId FROM Cards"), Strings{"2"});
     // The cards that were shown still are.
@@ -110,34 +101,30 @@ TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {
 TEST_F(CategoryListTest, OnlyAnEmptyCategoryThatIsNotTheLastOneIsDeleted) {
     Insert(MakeCard("a", "", 1));
     Open();
-    const auto deleteAndRead = [this] {
+    const auto remove = [this](int answer) {
+        mAnswers.Expect(answer);
         SendKeyDown(*Categories().GetChildren().front(), WXK_DELETE);
         return mAnswers.Dialogs.back().Message;
     };
-    mAnswers.Expect(wxID_OK);
-    EXPECT_EQ(deleteAndRead(),
+    EXPECT_EQ(remove(wxID_OK),
               "Cannot delete category \"Default\" because it is the only category");
 
     AddCategories({"Full", "Last"});
     Insert(MakeCard("b", "", 1));
     mDatabase.Notify();
     Choose(1);
-    mAnswers.Expect(wxID_OK);
-    EXPECT_EQ(deleteAndRead(),
+    EXPECT_EQ(remove(wxID_OK),
               "Cannot delete category \"Full\" because there are flash cards in it");
     Choose(2);
-    mAnswers.Expect(wxID_CANCEL);
-    EXPECT_EQ(deleteAndRead(), "Do you really want to delete the selected category?");
+    EXPECT_EQ(remove(wxID_CANCEL), "Do you really want to delete the selected category?");
     EXPECT_EQ(Rows(), (Texts{"Default", "Full", "Last"}));
-    mAnswers.Expect(wxID_OK);
-    deleteAndRead();
+    remove(wxID_OK);
     // The one above follows the last one, and the one below any other.
     EXPECT_EQ(Rows(), (Texts{"Default", "Full"}));
     EXPECT_EQ(mServices.CurrentCategory, 1);
     EXPECT_EQ(ChosenRow(), 1);
     Choose(0);
-    mAnswers.Expect(wxID_OK);
-    deleteAndRead();
+    remove(wxID_OK);
     EXPECT_EQ(Stored(), Strings{"1 Full"});
     EXPECT_EQ(mServices.CurrentCategory, 1);
     EXPECT_EQ(Column(1).back(), "b");
