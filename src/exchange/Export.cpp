@@ -146,6 +146,12 @@ int WriteCards(TextSink& sink, Database& database, const std::vector<int64_t>& r
 int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& database,
                  const std::vector<int64_t>& rowIds, const ExportOptions& options,
                  ExportProgress& progress) {
+    if (database.IsStoreFile(fileName)) {
+        return Fail(progress,
+                    wxString::Format(_("The file \"%s\" holds the flash cards themselves. "
+                                       "Choose another file for the export."),
+                                     fileName));
+    }
     wxFile file(fileName, wxFile::write);
     if (!file.IsOpened()) {
         progress.Failed = true;

@@ -5,6 +5,9 @@
 
 #include <wx/intl.h>
 
+#include <filesystem>
+#include <system_error>
+
 #include "base/Trace.h"
 #include "base/Utf8.h"
 
@@ -110,6 +113,14 @@ int Database::ExecuteText(const wxString& sql) {
         return -1;
     }
     return 0;
+}
+
+bool Database::IsStoreFile(const wxString& path) {
+    namespace fs = std::filesystem;
+    const Lock lock(mMutex);
+    const char* const name = IsOpen() ? sqlite3_db_filename(mpHandle, "main") : nullptr;
+    std::error_code error;
+    return name != nullptr && fs::equivalent(fs::u8path(name), fs::u8path(ToUtf8(path)), error);
 }
 
 wxString Database::GetLastError() {

@@ -97,6 +97,8 @@ class Database : public Subject {
     int SelectReadyCountReverse(int32_t categoryId, const wxDateTime& now, int32_t& count);
     // True also when the cards cannot be counted.
     bool IsEmpty();
+    // Whether the path leads to the file of the open store, by whatever name or link.
+    bool IsStoreFile(const wxString& path);
 
     // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);

@@ -82,6 +82,7 @@ TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {
         const char* Told;
     } rows[] = {{"/dev/full", "", "No space left on device"},
                 {mDirectory.Path("none/out.txt"), "", ""},
+                {StorePath(), "", "holds the flash cards themselves"},
                 {mDirectory.Path("out.txt"), "UPDATE Cards SET CardId = 'no id' WHERE Front = 'f'",
                  "exported before it: 1"}};
     for (const auto& row : rows) {
