@@ -12,6 +12,7 @@
 #include "base/Utf8.h"
 #include "store/Database.h"
 #include "store/DatabaseUpgradeThread.h"
+#include "store/SearchFunctions.h"
 #include "store/StoreSchema.h"
 
 namespace {
@@ -133,7 +134,7 @@ int Database::OpenHandle(const wxString& path) {
         return -1;
     }
     const int result = sqlite3_open16(ToUtf16(file).c_str(), &mpHandle);
-    if (result != SQLITE_OK) {
+    if (result != SQLITE_OK || RegisterSearchFunctions(mpHandle) != SQLITE_OK) {
         KeepError();
         return -1;
     }

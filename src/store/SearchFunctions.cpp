@@ -1,0 +1,278 @@
+#include "store/SearchFunctions.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+constexpr uint32_t kEnd = 0;
+constexpr uint32_t kReplacement = 0xFFFD;
+// In UTF-8.
+constexpr size_t kMostBytesOfUnit = 3;
+
+constexpr bool IsUpper(uint32_t character) {
+    return character - 'A' < 26;
+}
+
+constexpr uint32_t ToLower(uint32_t character) {
+    return IsUpper(character) ? character | 0x20U : character;
+}
+
+constexpr uint32_t ToUpper(uint32_t character) {
+    return character - 'a' < 26 ? character & ~0x20U : character;
+}
+
+// A unit that is a character by itself, and not the end of a text.
+constexpr bool IsPlain(uint32_t unit) {
+    return unit - 1 < 0xD7FF;
+}
+
+// The text of a value, whatever its type; Data is null for NULL.
+struct Units {
+    const void* Data;
+    size_t Count;
+};
+
+constexpr uint16_t kByteOrderMark = 0xFEFF;
+
+bool IsNativeText(sqlite3_value* value) {
+#if SQLITE_VERSION_NUMBER >= 3040000
+    const uint16_t one = 1;
+    unsigned char firstByte = 0;
+    std::memcpy(&firstByte, &one, 1);
+    const int native = firstByte == 1 ? SQLITE_UTF16LE : SQLITE_UTF16BE;
+    return sqlite3_value_type(value) == SQLITE_TEXT && sqlite3_value_encoding(value) == native;
+#else
+    return value == nullptr;
+#endif
+}
+
+Units GetUnits(sqlite3_value* value) {
+    if (IsNativeText(value)) {
+        // Asked for a text, the engine would copy it to put a NUL behind.
+        const void* const data = sqlite3_value_blob(value);
+        return {data == nullptr ? "" : data, static_cast<size_t>(sqlite3_value_bytes(value)) / 2};
+    }
+    const void* const data = sqlite3_value_text16(value);
+    return {data, static_cast<size_t>(sqlite3_value_bytes16(value)) / 2};
+}
+
+// The characters of a UTF-16 text of the machine's byte order, which may lie at an odd address.
+// Sees an ill-formed text as the engine sees it through UTF-8. Copies are places to come back to.
+class Characters {
+  public:
+    explicit Characters(const Units& units)
+        : mpAt(static_cast<const unsigned char*>(units.Data)), mpEnd(mpAt + 2 * units.Count) {}
+
+    bool HasMore() const { return mpAt != mpEnd; }
+
+    // The next character. Gives a NUL at the end, so that one in the text counts as its end.
+    uint32_t Next() {
+        if (!HasMore()) {
+            return kEnd;
+        }
+        const uint32_t unit = ReadUnit();
+        if (unit < 0xD800) {
+            return unit;
+        }
+        return unit < 0xE000 ? ReadPair(unit) : unit < 0xFFFE ? unit : kReplacement;
+    }
+
+    bool IsAtEnd() const {
+        Characters rest(*this);
+        return rest.Next() == kEnd;
+    }
+
+    // Goes behind the next character that is the given one in either case: false at the end. Most
+    // of a search's time passes here.
+    bool Find(uint32_t lower) {
+        const uint32_t upper = ToUpper(lower);
+        while (HasMore()) {
+            const uint32_t unit = ReadUnit();
+            if (unit == lower || unit == upper) {
+                return true;
+            }
+            if (!IsPlain(unit)) {
+                mpAt -= sizeof(uint16_t);
+                const uint32_t character = Next();
+                if (character == lower || character == kEnd) {
+                    return character != kEnd;
+                }
+            }
+        }
+        return false;
+    }
+
+  private:
+    uint32_t ReadUnit() {
+        uint16_t unit = 0;
+        std::memcpy(&unit, mpAt, sizeof unit);
+        mpAt += sizeof unit;
+        return unit;
+    }
+
+    // The engine makes a pair of any half and whatever follows it.
+    uint32_t ReadPair(uint32_t half) {
+        if (!HasMore()) {
+            return kReplacement;
+        }
+        const uint32_t other = ReadUnit();
+        return (other & 0x3FF) + ((half & 0x3F) << 10) + (((half & 0x3C0) + 0x40) << 10);
+    }
+
+    const unsigned char* mpAt;
+    const unsigned char* mpEnd;
+};
+
+enum class Match {
+    kYes,
+    kNo,
+    // Nor would a later place for the wild card before make it match.
+    kNever
+};
+
+Match Compare(Characters pattern, Characters text);
+
+// Behind a "%": the rest of the pattern may begin anywhere.
+Match CompareAnywhere(Characters pattern, Characters text) {
+    uint32_t first = pattern.Next();
+    while (first == '%' || first == '_') {
+        if (first == '_' && text.Next() == kEnd) {
+            return Match::kNever;
+        }
+        first = pattern.Next();
+    }
+    if (first == kEnd) {
+        return Match::kYes;
+    }
+    const uint32_t lower = ToLower(first);
+    while (text.Find(lower)) {
+        const Match match = Compare(pattern, text);
+        if (match != Match::kNo) {
+            return match;
+        }
+    }
+    return Match::kNever;
+}
+
+Match Compare(Characters pattern, Characters text) {
+    for (uint32_t wanted = pattern.Next(); wanted != kEnd; wanted = pattern.Next()) {
+        if (wanted == '%') {
+            return CompareAnywhere(pattern, text);
+        }
+        const uint32_t found = text.Next();
+        const bool isSame = ToLower(wanted) == ToLower(found);
+        if (!isSame && (wanted != '_' || found == kEnd)) {
+            return Match::kNo;
+        }
+    }
+    return text.IsAtEnd() ? Match::kYes : Match::kNo;
+}
+
+size_t CountUtf8Bytes(Characters text) {
+    size_t bytes = 0;
+    while (text.HasMore()) {
+        const uint32_t character = text.Next();
+        bytes += character < 0x80 ? 1 : character < 0x800 ? 2 : character < 0x10000 ? 3 : 4;
+    }
+    return bytes;
+}
+
+bool IsTooComplex(sqlite3_context* context, const Units& pattern) {
+    const auto limit = static_cast<size_t>(
+        sqlite3_limit(sqlite3_context_db_handle(context), SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1));
+    return pattern.Count * kMostBytesOfUnit > limit && CountUtf8Bytes(Characters(pattern)) > limit;
+}
+
+void Like(sqlite3_context* context, int, sqlite3_value** arguments) {
+    static const bool refusesBlobs = sqlite3_compileoption_used("LIKE_DOESNT_MATCH_BLOBS") != 0;
+    if (refusesBlobs && (sqlite3_value_type(arguments[0]) == SQLITE_BLOB ||
+                         sqlite3_value_type(arguments[1]) == SQLITE_BLOB)) {
+        sqlite3_result_int(context, 0);
+        return;
+    }
+    const Units pattern = GetUnits(arguments[0]);
+    if (IsTooComplex(context, pattern)) {
+        sqlite3_result_error(context, "LIKE or GLOB pattern too complex", -1);
+        return;
+    }
+    const Units text = GetUnits(arguments[1]);
+    if (pattern.Data != nullptr && text.Data != nullptr) {
+        const Match match = Compare(Characters(pattern), Characters(text));
+        sqlite3_result_int(context, match == Match::kYes ? 1 : 0);
+    }
+}
+
+// Both write the text to a place with room for one unit more, which is enough, as no character
+// becomes longer. They give the number of units.
+size_t WriteLower(Characters text, uint16_t* lower) {
+    size_t units = 0;
+    while (text.HasMore()) {
+        const uint32_t character = ToLower(text.Next());
+        if (units == 0 && character == kByteOrderMark) {
+            // The engine takes one off a result.
+            lower[units++] = kByteOrderMark;
+        }
+        if (character < 0x10000) {
+            lower[units++] = static_cast<uint16_t>(character);
+        } else {
+            lower[units++] = static_cast<uint16_t>(0xD7C0 + (character >> 10));
+            lower[units++] = static_cast<uint16_t>(0xDC00 + (character & 0x3FF));
+        }
+    }
+    return units;
+}
+
+// In plain loops, which the compiler turns into ones of many units a step.
+size_t WriteLower(const Units& text, uint16_t* lower) {
+    std::memcpy(lower, text.Data, 2 * text.Count);
+    uint16_t greatest = 0;
+    for (size_t i = 0; i < text.Count; ++i) {
+        greatest = std::max(greatest, lower[i]);
+    }
+    if (greatest >= 0xD800) {
+        return WriteLower(Characters(text), lower);
+    }
+    for (size_t i = 0; i < text.Count; ++i) {
+        lower[i] = static_cast<uint16_t>(ToLower(lower[i]));
+    }
+    return text.Count;
+}
+
+void Lower(sqlite3_context* context, int, sqlite3_value** arguments) {
+    const Units text = GetUnits(arguments[0]);
+    if (text.Data == nullptr) {
+        return;
+    }
+    // The engine keeps one place for the results of all rows; allocating each would cost more than
+    // the rest.
+    constexpr size_t kShort = 256;
+    if (text.Count < kShort) {
+        std::array<uint16_t, kShort> lower;
+        const size_t written = WriteLower(text, lower.data());
+        sqlite3_result_text16(context, lower.data(), static_cast<int>(2 * written),
+                              SQLITE_TRANSIENT);
+        return;
+    }
+    auto* const lower = static_cast<uint16_t*>(sqlite3_malloc64(2 * text.Count + 2));
+    if (lower == nullptr) {
+        sqlite3_result_error_nomem(context);
+        return;
+    }
+    const size_t written = WriteLower(text, lower);
+    sqlite3_result_text16(context, lower, static_cast<int>(2 * written), sqlite3_free);
+}
+
+}  // namespace
+
+int RegisterSearchFunctions(sqlite3* handle) {
+    constexpr int kFlags = SQLITE_UTF16 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+    const int result =
+        sqlite3_create_function(handle, "LOWER", 1, kFlags, nullptr, Lower, nullptr, nullptr);
+    return result != SQLITE_OK ? result
+                               : sqlite3_create_function(handle, "LIKE", 2, kFlags, nullptr, Like,
+                                                         nullptr, nullptr);
+}

@@ -1,0 +1,139 @@
+#include "store/SearchFunctions.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+
+namespace {
+
+using Value = std::unique_ptr<sqlite3_value, decltype(&sqlite3_value_free)>;
+
+// A connection with the encoding of a store, whose answers can be compared.
+class Engine {
+  public:
+    explicit Engine(bool withFunctions) {
+        sqlite3_open16(u":memory:", &mpHandle);
+        if (withFunctions) {
+            EXPECT_EQ(RegisterSearchFunctions(mpHandle), SQLITE_OK);
+        }
+        const char* const sql =
+            "SELECT ?1 LIKE ?2, typeof(LOWER(?1)), hex(CAST(LOWER(?1) AS BLOB)), "
+            "LOWER(?1) LIKE ?2, length(LOWER(?1))";
+        EXPECT_EQ(sqlite3_prepare_v2(mpHandle, sql, -1, &mpSelect, nullptr), SQLITE_OK);
+        sqlite3_limit(mpHandle, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 30);
+    }
+    ~Engine() {
+        sqlite3_finalize(mpSelect);
+        sqlite3_close(mpHandle);
+    }
+
+    std::string Answer(const Value& text, const Value& pattern) {
+        sqlite3_bind_value(mpSelect, 1, text.get());
+        sqlite3_bind_value(mpSelect, 2, pattern.get());
+        std::string answer;
+        if (sqlite3_step(mpSelect) != SQLITE_ROW) {
+            answer = sqlite3_errmsg(mpHandle);
+        }
+        for (int column = 0; answer.empty() || column < sqlite3_data_count(mpSelect); ++column) {
+            const unsigned char* const part = sqlite3_column_text(mpSelect, column);
+            answer +=
+                part == nullptr ? "NULL|" : std::string(reinterpret_cast<const char*>(part)) + "|";
+        }
+        sqlite3_reset(mpSelect);
+        return answer;
+    }
+
+    // The result of a query as a value that both engines can be given.
+    Value Make(const std::u16string& units, int kind) {
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(mpHandle, "SELECT ?1", -1, &statement, nullptr);
+        const int bytes = static_cast<int>(2 * units.size());
+        switch (kind) {
+            case 0:
+                break;
+            case 1:
+                sqlite3_bind_int64(statement, 1, bytes - 9);
+                break;
+            case 2:
+                sqlite3_bind_double(statement, 1, bytes * 1e20);
+                break;
+            case 3:
+                sqlite3_bind_blob(statement, 1, units.data(), bytes - (bytes % 3 == 0 ? 1 : 0),
+                                  SQLITE_TRANSIENT);
+                break;
+            default:
+                sqlite3_bind_text16(statement, 1, units.data(), bytes, SQLITE_TRANSIENT);
+        }
+        sqlite3_step(statement);
+        Value value(sqlite3_value_dup(sqlite3_column_value(statement, 0)), &sqlite3_value_free);
+        sqlite3_finalize(statement);
+        return value;
+    }
+
+  private:
+    sqlite3* mpHandle = nullptr;
+    sqlite3_stmt* mpSelect = nullptr;
+};
+
+}  // namespace
+
+// Random values of every type, ill-formed texts and too long patterns among them, get the answers
+// of the engine itself.
+TEST(SearchFunctionsTest, AnswerAsTheEnginesOwn) {
+    const std::u16string letters(u"aAbB%%__zZ@[`{\u00e9\u00c9\u0130\ud7ff\ue000\ufffd\ufffe\uffff",
+                                 22);
+    std::mt19937 random(20240229);
+    const auto pick = [&random](size_t count) { return random() % count; };
+    const auto makeUnits = [&](size_t longest) {
+        std::u16string units;
+        // One in a hundred is a long text.
+        for (size_t i = pick(pick(100) == 0 ? 600 : longest); i > 0; --i) {
+            switch (pick(40)) {
+                case 0:
+                    units += u'\0';
+                    break;
+                case 1:
+                    units += static_cast<char16_t>(0xD800 + pick(0x800));
+                    break;
+                case 2:
+                case 3:
+                    units += u"\U0001F600";
+                    break;
+                case 4:
+                    // Of two at the beginning the engine takes the first off.
+                    units.insert(0, u"\ufeff\ufeff");
+                    break;
+                default:
+                    units += letters[pick(pick(2) == 0 ? 6 : letters.size())];
+            }
+        }
+        return units;
+    };
+    Engine own(false);
+    Engine ours(true);
+    std::string seen;
+    for (int round = 0; round < 20000; ++round) {
+        const Value text = own.Make(makeUnits(24), static_cast<int>(pick(40)));
+        const Value pattern = own.Make(makeUnits(12), static_cast<int>(pick(40)));
+        const std::string expected = own.Answer(text, pattern);
+        ASSERT_EQ(ours.Answer(text, pattern), expected) << "round " << round;
+        seen += expected.substr(0, 2);
+    }
+    // The rounds have met every outcome.
+    for (const char* const outcome : {"0|", "1|", "NU", "LI"}) {
+        EXPECT_NE(seen.find(outcome), std::string::npos) << outcome;
+    }
+}
+
+// A wild card for each letter of a text that ends otherwise takes no more than a blink.
+TEST(SearchFunctionsTest, ManyWildCardsEndSoon) {
+    Engine ours(true);
+    std::u16string pattern;
+    for (int i = 0; i < 15; ++i) {
+        pattern += u"%a";
+    }
+    const Value text = ours.Make(std::u16string(100000, u'a') + u"b", 9);
+    EXPECT_EQ(ours.Answer(text, ours.Make(pattern.substr(1), 9)).substr(0, 2), "0|");
+}
