@@ -4,7 +4,6 @@
 
 #include <wx/dialog.h>
 #include <wx/filename.h>
-#include <wx/utils.h>
 
 #include "app/Version1Import.h"
 #include "support/FakeRowSource.h"
@@ -27,17 +26,6 @@ class ImportCommandTest : public GuiStoreTest {
 };
 
 }  // namespace
-
-TEST_F(ImportCommandTest, LooksForAnOldStoreInTheDocumentsAndAtTheRoot) {
-    wxString before;
-    wxGetEnv("HOME", &before);
-    wxSetEnv("HOME", "/home/me");
-    EXPECT_EQ(GetVersion1StorePlaces(),
-              (std::vector<wxString>{"/home/me/Velomind Classic/FlashCards.vls",
-                                     "/Velomind Classic/FlashCards.vls"}));
-    wxSetEnv("HOME", before);
-    EXPECT_FALSE(Offer()) << "none is there, and nobody is asked";
-}
 
 TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
     WriteBytes(mOldStore, "old");
