@@ -172,9 +172,12 @@ class Sandbox:
         if result != [("ok",)]:
             raise AssertionError(f"the store is damaged: {result}")
 
-    def close(self):
+    def kill(self):
         for program in self._programs:
             program.kill()
+
+    def close(self):
+        self.kill()
         if self.bus:
             self.bus.close()
         shutil.rmtree(self.root, ignore_errors=True)
