@@ -22,6 +22,7 @@ class FakeClock : public Clock {
     explicit FakeClock(int64_t seconds = 1700000000) : mSeconds(seconds) {}
     wxDateTime Now() const override { return wxDateTime(static_cast<time_t>(mSeconds)); }
     void Advance(int64_t seconds) { mSeconds += seconds; }
+    void Set(int64_t seconds) { mSeconds = seconds; }
 
   private:
     int64_t mSeconds;
