@@ -39,19 +39,19 @@ constexpr int kColumnCount = static_cast<int>(std::size(kColumns));
 
 struct ColumnMenuRow {
     int Id;
-    const char* Label;
     wxItemKind Kind;
+    const char* Label;
 };
 
 constexpr ColumnMenuRow kColumnMenu[] = {
-    {ID_COLUMN_AUTO_SIZE, wxTRANSLATE("Auto Size Column"), wxITEM_NORMAL},
-    {ID_COLUMN_AUTO_SIZE_ALL, wxTRANSLATE("Auto Size All Columns"), wxITEM_NORMAL},
-    {wxID_SEPARATOR, "", wxITEM_SEPARATOR},
-    {ID_COLUMN_AUTHOR, wxTRANSLATE("Author"), wxITEM_CHECK},
-    {ID_COLUMN_CHAPTER, wxTRANSLATE("Chapter"), wxITEM_CHECK},
-    {ID_COLUMN_FORWARD_EXCLUDE, wxTRANSLATE("Forward Exclude"), wxITEM_CHECK},
-    {ID_COLUMN_REVERSE_EXCLUDE, wxTRANSLATE("Reverse Exclude"), wxITEM_CHECK},
-    {ID_COLUMN_NOTES, wxTRANSLATE("Notes"), wxITEM_CHECK}};
+    {ID_COLUMN_AUTO_SIZE, wxITEM_NORMAL, wxTRANSLATE("Auto Size Column")},
+    {ID_COLUMN_AUTO_SIZE_ALL, wxITEM_NORMAL, wxTRANSLATE("Auto Size All Columns")},
+    {wxID_SEPARATOR, wxITEM_SEPARATOR, ""},
+    {ID_COLUMN_AUTHOR, wxITEM_CHECK, wxTRANSLATE("Author")},
+    {ID_COLUMN_CHAPTER, wxITEM_CHECK, wxTRANSLATE("Chapter")},
+    {ID_COLUMN_FORWARD_EXCLUDE, wxITEM_CHECK, wxTRANSLATE("Forward Exclude")},
+    {ID_COLUMN_REVERSE_EXCLUDE, wxITEM_CHECK, wxTRANSLATE("Reverse Exclude")},
+    {ID_COLUMN_NOTES, wxITEM_CHECK, wxTRANSLATE("Notes")}};
 
 }  // namespace
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "list/CardList.h"
-#include "shell/AccessibleName.h"
+#include "list/ListRows.h"
 
 namespace {
 
@@ -13,29 +13,18 @@ constexpr int kNoticeId = 10000;
 constexpr int kNoticePlace = 30;
 constexpr int kNoticeWidth = 180;
 
-// The child that draws the rows, and would cover whatever else stands in the control.
-wxWindow* FindRowsWindow(wxListCtrl& list) {
-    const wxClassInfo* const kind = wxClassInfo::FindClass("wxListMainWindow");
-    for (wxWindow* const child : list.GetChildren()) {
-        if (kind != nullptr && child->IsKindOf(kind)) {
-            return child;
-        }
-    }
-    return &list;
-}
-
 }  // namespace
 
 CardListCtrl::CardListCtrl(CardList& owner)
     : wxListCtrl(&owner, kCardListId, wxDefaultPosition, wxSize(100, 100),
                  wxLC_REPORT | wxLC_VIRTUAL | wxBORDER_NONE, wxDefaultValidator, "listCtrl"),
       mOwner(owner) {
-    mpEmptyNotice = new wxStaticText(FindRowsWindow(*this), kNoticeId,
+    mpEmptyNotice = new wxStaticText(&GetRowsWindow(*this), kNoticeId,
                                      _("There are no items to show in this view"),
                                      wxPoint(kNoticePlace, kNoticePlace));
     mpEmptyNotice->Wrap(kNoticeWidth);
     mpEmptyNotice->Hide();
-    SetAccessibleName(*this, _("Cards"));
+    TellRow(*this, wxString(), _("Cards"));
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CardListCtrl::OnItemFocused, this);
     Bind(wxEVT_CHAR, &CardListCtrl::OnCharacter, this);
     Bind(wxEVT_IDLE, &CardListCtrl::OnIdle, this);
@@ -102,6 +91,12 @@ wxString CardListCtrl::OnGetItemText(long row, long column) const {
 void CardListCtrl::OnItemFocused(wxListEvent& event) {
     event.Skip();
     mLastFocused = event.GetIndex();
+    // The row is about to be drawn, but for one that a refresh brings to an unseen place.
+    wxString row;
+    if (mLastFocused >= 0 && GetRowsWindow(*this).HasFocus()) {
+        row = OnGetItemText(mLastFocused, 1) + "\n" + OnGetItemText(mLastFocused, 2);
+    }
+    TellRow(*this, row, _("Cards"));
 }
 
 // The control would look for the first row that begins with the character, reading every card of

@@ -9,9 +9,9 @@
 #include <list>
 #include <map>
 
+#include "list/ListRows.h"
 #include "list/ShownText.h"
 #include "resources/ResourceBitmap.h"
-#include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
@@ -39,7 +39,7 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
     images.push_back(LoadResourceBitmap("icons/category_list.png"));
     SetSmallImages(images);
     AppendColumn(_("Category"));
-    SetAccessibleName(*this, _("Categories"));
+    TellRow(*this, wxString(), _("Categories"));
     UseFont();
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
     Bind(
@@ -286,6 +286,7 @@ void CategoryList::OnItemFocused(wxListEvent& event) {
     if (mpDatabase == nullptr || event.GetIndex() < 0) {
         return;
     }
+    TellRow(*this, GetItemText(event.GetIndex()), _("Categories"));
     const int32_t id = CategoryOf(event.GetIndex());
     // Choosing what is current already changes nothing that others could show.
     if (id != mServices.GetCurrentCategoryId(*mpDatabase)) {

@@ -45,7 +45,7 @@ wxDropDownWindow::wxDropDownWindow(wxWindow* button, const wxString& name)
 
 void wxDropDownWindow::SetContent(wxWindow* content) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    column->Add(content, 1, wxEXPAND | wxALL, FromDIP(kBorder));
+    column->Add(content, wxSizerFlags(1).Expand().Border(wxALL, FromDIP(kBorder)));
     SetSizer(column);
     mpContent = content;
 }

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <wx/string.h>
+
+class wxListCtrl;
+class wxWindow;
+
+// The child of a list control that draws the rows and has the keyboard focus; it covers whatever
+// else stands in the control.
+wxWindow& GetRowsWindow(wxListCtrl& list);
+
+// Lets a screen reader say the row that the keys act on, or what the list is of when that is empty.
+void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole);
