@@ -49,6 +49,11 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
     Bind(wxEVT_CONTEXT_MENU, &CategoryList::OnContextMenu, this);
 }
 
+CategoryList::~CategoryList() {
+    // The control below tells of a focus that goes with its rows when this part of it is no more.
+    Unbind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
+}
+
 void CategoryList::SetDatabase(Database* database) {
     if (database == mpDatabase) {
         return;

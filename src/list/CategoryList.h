@@ -17,6 +17,7 @@ class CategoryList : public wxListCtrl, private Observer {
   public:
     // The services are not owned and must outlive the control.
     CategoryList(AppServices& services, wxWindow* parent, wxWindowID id);
+    ~CategoryList() override;
 
     // The store to show, not owned; null shows nothing new.
     void SetDatabase(Database* database);
