@@ -340,6 +340,11 @@ void BrowseFrame::OnClose(wxCloseEvent& event) {
 // search or, with nothing to clear, to leave.
 void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
+    if (key == 'I' && event.GetModifiers() == wxMOD_CONTROL) {
+        // Its character is that of Tab, which the list would take as a step to the next control.
+        ProcessCommand(ID_IMPORT);
+        return;
+    }
     const bool isDown = key == WXK_DOWN || key == WXK_NUMPAD_DOWN;
     if (!HasFocusIn(*mpSearchCtrl) || (!isDown && key != WXK_ESCAPE)) {
         event.Skip();
