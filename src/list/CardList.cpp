@@ -53,6 +53,15 @@ constexpr ColumnMenuRow kColumnMenu[] = {
     {ID_COLUMN_REVERSE_EXCLUDE, wxITEM_CHECK, wxTRANSLATE("Reverse Exclude")},
     {ID_COLUMN_NOTES, wxITEM_CHECK, wxTRANSLATE("Notes")}};
 
+std::vector<int64_t> RowIdsOf(const std::vector<int64_t>& all, const std::vector<long>& rows) {
+    std::vector<int64_t> rowIds;
+    rowIds.reserve(rows.size());
+    for (const long row : rows) {
+        rowIds.push_back(all[static_cast<size_t>(row)]);
+    }
+    return rowIds;
+}
+
 }  // namespace
 
 CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
@@ -137,17 +146,24 @@ void CardList::RefreshRows() {
         mpListCtrl->Refresh();
         return;
     }
-    std::vector<int64_t> selected;
-    CollectSelection(selected, false);
     const long focusedRow = mpListCtrl->GetFocusedRow();
     const int64_t focused = GetFocusedRowId();
     mStoreCount = 0;
     if (mpDatabase->CountAllCards(mStoreCount) < 0) {
         mStoreCount = 0;
     }
+    const std::vector<int64_t> former = std::move(mRowIds);
     mRowIds.clear();
     mRowIds.reserve(static_cast<size_t>(mStoreCount));
     SelectRowIds();
+    // The same rows keep what is selected and focused of them.
+    if (mRowIds != former) {
+        ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
+    }
+    mpListCtrl->Refresh();
+}
+
+void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow) {
     const auto count = static_cast<long>(mRowIds.size());
     if (focusedRow >= count) {
         // The control goes on with a row that is not there otherwise.
@@ -156,7 +172,6 @@ void CardList::RefreshRows() {
     mpListCtrl->SetItemCount(count);
     RestoreSelection(std::move(selected));
     RestoreFocus(focused, focusedRow);
-    mpListCtrl->Refresh();
 }
 
 void CardList::SelectRowIds() {
@@ -251,10 +266,7 @@ wxString CardList::GetCellText(long row, long column) {
 }
 
 void CardList::CollectSelection(std::vector<int64_t>& rowIds, bool clear) {
-    rowIds.clear();
-    for (const long row : mpListCtrl->GetSelectedRows()) {
-        rowIds.push_back(mRowIds[static_cast<size_t>(row)]);
-    }
+    rowIds = RowIdsOf(mRowIds, mpListCtrl->GetSelectedRows());
     if (clear) {
         mpListCtrl->SelectEveryRow(false);
     }

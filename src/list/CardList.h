@@ -61,6 +61,8 @@ class CardList : public wxPanel, private Observer {
 
     void RefreshRows();
     void SelectRowIds();
+    // Shows as many rows as there are row ids, with what was selected and focused before.
+    void ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow);
     void ShowFirstRow();
     // Selects the rows of those cards, in any order, and nothing else.
     void RestoreSelection(std::vector<int64_t> rowIds);
