@@ -1,7 +1,5 @@
 #include "app/AddCategory.h"
 
-#include <wx/textdlg.h>
-
 #include "support/GuiTest.h"
 
 TEST_F(GuiStoreTest, ANewCategoryIsNotOneThatTheStoreSeesAsPresent) {

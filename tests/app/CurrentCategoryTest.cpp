@@ -1,9 +1,6 @@
 #include "app/CurrentCategory.h"
 
-#include <wx/confbase.h>
-
 #include "shell/CategoryName.h"
-#include "shell/Settings.h"
 #include "support/GuiTest.h"
 
 TEST_F(GuiStoreTest, AnUnknownCurrentCategoryIsRepairedToOneOfTheStore) {

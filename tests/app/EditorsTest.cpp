@@ -1,10 +1,6 @@
 #include "app/Editors.h"
 
-#include <wx/textctrl.h>
-
 #include "edit/EditFrame.h"
-#include "shell/CommandIds.h"
-#include "support/FakeServices.h"
 #include "support/GuiTest.h"
 
 namespace {

@@ -1,13 +1,8 @@
 #include "app/Help.h"
 
-#include <wx/app.h>
-#include <wx/textctrl.h>
 #include <wx/uri.h>
 
 #include "app/QuickHelp.h"
-#include "shell/CommandIds.h"
-#include "shell/Settings.h"
-#include "support/FakeServices.h"
 #include "support/GuiTest.h"
 
 TEST_F(GuiTest, MailsAreOneWordThatReadsAsTheWholeText) {

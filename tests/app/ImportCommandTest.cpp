@@ -2,12 +2,10 @@
 
 #include "app/ImportCommand.h"
 
-#include <wx/dialog.h>
 #include <wx/filename.h>
 
 #include "app/Version1Import.h"
 #include "support/FakeRowSource.h"
-#include "support/FakeServices.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -37,9 +35,7 @@ TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
     constexpr wchar_t kId[] = L"9b1deb4d-3b7d-4bad-9bdd-2b0d7b3dcb6d";
     mEngine.Cards = {{kId}};
     mEngine.Missing = 2;
-    for (const int answer : {int{wxID_YES}, int{wxOK}, int{wxOK}, int{wxID_NONE}, int{wxID_OK}}) {
-        mAnswers.Expect(answer);
-    }
+    mAnswers.Expect({wxID_YES, wxOK, wxOK, wxID_NONE, wxID_OK});
     EXPECT_TRUE(Offer());
     EXPECT_EQ(mAnswers.Dialogs[2].Title, "Velomind");
     EXPECT_EQ(mAnswers.Dialogs[5].Title, "Import Failed");
@@ -47,8 +43,7 @@ TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
     EXPECT_EQ(mListener.Calls, 1);
 
     mEngine.Cards = {{kId, L"q", L"a", L"true", L"2004-02-03 04:05:06", L"5", L"16", L"3"}};
-    mAnswers.Expect(wxID_YES);
-    mAnswers.Expect(wxID_NONE);
+    mAnswers.Expect({wxID_YES, wxID_NONE});
     EXPECT_TRUE(Offer());
     EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"q"});
     EXPECT_FALSE(wxFileName::FileExists(mOldStore));
@@ -59,10 +54,7 @@ TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
 TEST_F(ImportCommandTest, EndsWithAnOldStoreThatCannotBeRead) {
     WriteBytes(mOldStore, "old");
     mAnswers.Expect(wxID_YES);
-    mAnswers.Expect([](wxDialog& dialog) {
-        dialog.CallAfter([&dialog] { dialog.Close(); });
-        return wxID_NONE;
-    });
+    mAnswers.Then([](wxDialog& dialog) { dialog.Close(); });
     FakeServices services;
     RunImportCommand(nullptr, services, mDatabase, mReport, {mOldStore});
     EXPECT_EQ(mAnswers.Dialogs.size(), 2U) << "no file is asked for";

@@ -1,7 +1,5 @@
 #include "app/MainWindows.h"
 
-#include <wx/frame.h>
-
 #include "support/GuiTest.h"
 
 namespace {

@@ -1,9 +1,6 @@
 #include "app/SingleInstance.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <wx/stopwatch.h>
-#include <wx/utils.h>
 
 #include "support/GuiTest.h"
 

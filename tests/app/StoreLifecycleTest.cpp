@@ -1,13 +1,7 @@
 #include "app/StoreLifecycle.h"
 
-#include <wx/filedlg.h>
 #include <wx/filename.h>
-#include <wx/textctrl.h>
-#include <wx/utils.h>
 
-#include <functional>
-
-#include "shell/Settings.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -18,29 +12,12 @@ constexpr char kNoStore[] = "This is no store at all, and long enough to be read
 
 class StoreLifecycleTest : public GuiTest {
   protected:
-    static void PressLater(wxWindow& dialog, int id) {
-        dialog.CallAfter([id, &dialog] {
-            wxCommandEvent press(wxEVT_BUTTON, id);
-            dialog.ProcessWindowEvent(press);
-        });
-    }
-
     // Looks at the recovery dialog and presses a button on it once it is on the screen.
     static std::function<int(wxDialog&)> Press(int id, const wxString& shownPath) {
         return [id, shownPath](wxDialog& dialog) {
-            EXPECT_EQ(dynamic_cast<wxTextCtrl*>(FindById(dialog, ID_PATH))->GetValue(), shownPath);
-            PressLater(dialog, id);
+            EXPECT_EQ(Find<wxTextCtrl>(dialog, ID_PATH).GetValue(), shownPath);
+            dialog.CallAfter([id, &dialog] { Send(*FindById(dialog, id)); });
             return wxID_NONE;
-        };
-    }
-
-    // Answers a file dialog, which takes its time to look into the directory.
-    static std::function<int(wxDialog&)> Choose(const wxString& path) {
-        return [path](wxDialog& dialog) {
-            auto& chooser = dynamic_cast<wxFileDialog&>(dialog);
-            chooser.SetPath(path);
-            EXPECT_TRUE(WaitFor([&] { return chooser.GetPath() == path; }));
-            return wxID_OK;
         };
     }
 
@@ -86,7 +63,7 @@ TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     const wxString missing = Path("missing.vlm");
     answers.Expect(Press(ID_RETRY, missing));
     answers.Expect(Press(ID_OPEN, missing));
-    answers.Expect(Choose(gone));
+    answers.ThenChoose(gone);
     EXPECT_TRUE(Open(missing, true));
     EXPECT_FALSE(wxFileName::FileExists(missing));
     EXPECT_EQ(Stored(), gone);
@@ -100,10 +77,11 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     answers.Expect([path](wxDialog& dialog) {
         // Cancelled, so that the recovery dialog stays and the file too.
         EXPECT_EQ(ReadBytes(path), kNoStore);
-        PressLater(*dialog.GetParent(), ID_NEW);
+        wxWindow* const recovery = dialog.GetParent();
+        recovery->CallAfter([recovery] { Send(*FindById(*recovery, ID_NEW)); });
         return wxID_CANCEL;
     });
-    answers.Expect(Choose(path));
+    answers.ThenChoose(path);
     answers.Expect(wxID_OK);
     EXPECT_TRUE(Open(path, true));
     EXPECT_TRUE(mDatabase.IsEmpty());
@@ -115,10 +93,7 @@ TEST_F(StoreLifecycleTest, ExitAndTheTitleBarGiveUpAndKeepTheChoice) {
     ModalAnswers answers;
     answers.Expect(Press(ID_EXIT, wxString()));
     EXPECT_FALSE(Open(wxString(), false));
-    answers.Expect([](wxDialog& dialog) {
-        dialog.CallAfter([&dialog] { dialog.Close(); });
-        return wxID_NONE;
-    });
+    answers.Then([](wxDialog& dialog) { dialog.Close(); });
     EXPECT_FALSE(Open("file:store.vlm", false));
     EXPECT_FALSE(mDatabase.IsOpen());
     EXPECT_EQ(Stored(), "/kept");

@@ -1,11 +1,6 @@
 #include "app/TextCommands.h"
 
-#include <wx/button.h>
-#include <wx/combobox.h>
-#include <wx/frame.h>
-#include <wx/sizer.h>
 #include <wx/srchctrl.h>
-#include <wx/textctrl.h>
 
 #include "support/GuiTest.h"
 

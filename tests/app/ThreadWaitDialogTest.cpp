@@ -1,7 +1,5 @@
 #include "app/ThreadWaitDialog.h"
 
-#include <gtest/gtest.h>
-#include <wx/gauge.h>
 #include <wx/thread.h>
 
 #include "app/AppUpgradeWait.h"

@@ -1,15 +1,6 @@
 #include "edit/EditFrame.h"
 
-#include <wx/combobox.h>
-#include <wx/textctrl.h>
-#include <wx/utils.h>
-#include <wx/weakref.h>
-
-#include <initializer_list>
-
 #include "edit/EditSchedulePanel.h"
-#include "shell/CommandIds.h"
-#include "support/FakeServices.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -52,18 +43,17 @@ class EditFrameTest : public GuiStoreTest {
     }
     wxString Text(int field) { return dynamic_cast<wxTextEntry&>(Control(field)).GetValue(); }
 
-    void Command(int id, wxEventType type = wxEVT_MENU) {
-        wxCommandEvent event(type, id);
-        mpFrame->GetEventHandler()->ProcessEvent(event);
+    // A command of the menus, or the press of a button where there is one of that id.
+    void Command(int id) {
+        wxWindow* const button = mpFrame->FindWindow(id);
+        button == nullptr ? void(SendCommand(*mpFrame, id)) : Send(*button);
         DrainEvents();
     }
     // Gives the command, answers what it asks and gives back the last question.
-    wxString Answer(std::initializer_list<int> answers, int id, wxEventType type = wxEVT_MENU) {
+    wxString Answer(std::initializer_list<int> answers, int id) {
         ModalAnswers modal;
-        for (const int answer : answers) {
-            modal.Expect(answer);
-        }
-        Command(id, type);
+        modal.Expect(answers);
+        Command(id);
         return modal.Dialogs.empty() ? "nothing was asked" : modal.Dialogs.back().Message;
     }
 
@@ -99,7 +89,7 @@ TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {
 
     expectFault({wxID_YES, wxID_OK}, "Introduction Order must be a whole number", Control(kOrder));
     Type(kOrder, "-5");
-    Command(wxID_OK, wxEVT_BUTTON);
+    Command(wxID_OK);
     EXPECT_EQ(mpFrame, nullptr);
     EXPECT_EQ(Query("SELECT Front,Back,CategoryId,IntroductionOrder,ReviewInterval FROM Cards"),
               Strings{"front|back|1|-5|2.0"});
@@ -147,7 +137,7 @@ TEST_F(EditFrameTest, ClosingAsksWhetherChangesAreToBeSaved) {
     const FlashCard card = Insert(MakeCard("front", "back"));
     Open(&card);
     const auto close = [this](std::initializer_list<int> answers) {
-        Answer(answers, wxID_CANCEL, wxEVT_BUTTON);
+        Answer(answers, wxID_CANCEL);
         return mpFrame == nullptr;
     };
     Type(kFront, "");

@@ -1,10 +1,6 @@
 #include "edit/EditSchedulePanel.h"
 
-#include <wx/checkbox.h>
-#include <wx/choice.h>
-#include <wx/frame.h>
 #include <wx/spinctrl.h>
-#include <wx/textctrl.h>
 
 #include <limits>
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "exchange/ImportPass.h"
 #include "support/StoreFixture.h"
 

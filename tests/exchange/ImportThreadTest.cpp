@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <deque>
-#include <functional>
 
 #include "exchange/ImportFixture.h"
 #include "exchange/ImportQuestions.h"

@@ -1,8 +1,4 @@
-#include <wx/menu.h>
-
 #include "ListFixture.h"
-#include "shell/CommandIds.h"
-#include "shell/Settings.h"
 
 class BrowseFrameTest : public ListTest {
   protected:

@@ -1,10 +1,6 @@
-#include <gmock/gmock.h>
-
 #include <cstring>
 
 #include "ListFixture.h"
-#include "shell/CommandIds.h"
-#include "shell/Settings.h"
 
 class CardListTest : public ListTest {
   protected:

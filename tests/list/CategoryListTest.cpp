@@ -1,7 +1,4 @@
-#include <wx/textdlg.h>
-
 #include "ListFixture.h"
-#include "shell/CommandIds.h"
 
 class CategoryListTest : public ListTest {
   protected:

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <wx/listctrl.h>
 #include <wx/srchctrl.h>
-
-#include <string>
-#include <vector>
 
 #include "list/BrowseFrame.h"
 #include "list/CardList.h"
@@ -12,7 +8,6 @@
 #include "list/CategoryList.h"
 #include "list/DropDownButton.h"
 #include "list/DropDownWindow.h"
-#include "support/FakeServices.h"
 #include "support/GuiTest.h"
 
 // The list window on a real store, told what to do by keys and commands as a person would.
@@ -76,16 +71,8 @@ class ListTest : public GuiStoreTest {
     }
     void Select(const std::vector<long>& rows) { Cards().SetSelectedRows(rows); }
 
-    bool Command(int id) {
-        wxCommandEvent event(wxEVT_MENU, id);
-        return mpFrame->ProcessWindowEvent(event);
-    }
-    // What the rule of a command says: "on", "off", or "" when the window leaves it to others.
-    std::string Rule(int id) {
-        wxUpdateUIEvent event(id);
-        const bool ruled = mpFrame->ProcessWindowEvent(event) && event.GetSetEnabled();
-        return !ruled ? "" : event.GetEnabled() ? "on" : "off";
-    }
+    bool Command(int id) { return SendCommand(*mpFrame, id); }
+    std::string Rule(int id) { return RuleOf(*mpFrame, id); }
 
     // The texts of a column, or of every row of the categories.
     Texts Column(int column) {

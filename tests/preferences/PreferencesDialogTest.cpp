@@ -1,14 +1,8 @@
 #include "preferences/PreferencesDialog.h"
 
-#include <wx/choice.h>
-#include <wx/textctrl.h>
-
-#include <vector>
-
 #include "FakeStoreFileActions.h"
 #include "preferences/ColorControl.h"
 #include "preferences/FontControl.h"
-#include "shell/Settings.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -45,23 +39,13 @@ class PreferencesDialogTest : public GuiStoreTest {
 
     template <typename Control>
     Control& Find(int id) {
-        return dynamic_cast<Control&>(*FindById(*mpDialog, id));
-    }
-    void Send(wxEventType type, int id, int selection = 0) {
-        wxCommandEvent event(type, id);
-        event.SetInt(selection);
-        FindById(*mpDialog, id)->ProcessWindowEvent(event);
-    }
-    void Choose(int id, int selection) {
-        Find<wxChoice>(id).SetSelection(selection);
-        Send(wxEVT_CHOICE, id, selection);
+        return ::Find<Control>(*mpDialog, id);
     }
     // Shows the dialog with that interval and presses OK.
     void Accept(const wxString& interval) {
         Find<wxTextCtrl>(ID_INTERVAL).ChangeValue(interval);
         ModalAnswers answers;
-        answers.Expect([](wxDialog&) { return wxID_NONE; });
-        mpDialog->CallAfter([this] { Send(wxEVT_BUTTON, wxID_OK); });
+        answers.ThenPress(wxID_OK);
         EXPECT_EQ(mpDialog->ShowModal(), wxID_OK);
     }
 
@@ -72,15 +56,15 @@ class PreferencesDialogTest : public GuiStoreTest {
 
 TEST_F(PreferencesDialogTest, AChoiceEnablesWhatBelongsToIt) {
     for (const int selection : {1, 0}) {
-        Choose(ID_INTRODUCTION, selection);
+        Choose(*mpDialog, ID_INTRODUCTION, selection);
         EXPECT_EQ(FindById(*mpDialog, ID_INTERVAL)->IsEnabled(), selection == 1);
     }
     const char* const browsed[] = {"/default.vlm", "Move Store File", "New Store File", "/opened"};
     for (int selection = 3; selection >= 0; --selection) {
-        Choose(ID_STORE_CHOICE, selection);
+        Choose(*mpDialog, ID_STORE_CHOICE, selection);
         EXPECT_EQ(FindById(*mpDialog, ID_NEW_PATH)->IsEnabled(), selection != 0);
-        Send(wxEVT_BUTTON, ID_DEFAULT);
-        Send(wxEVT_BUTTON, ID_BROWSE);
+        Send(*FindById(*mpDialog, ID_DEFAULT));
+        Send(*FindById(*mpDialog, ID_BROWSE));
         EXPECT_EQ(Find<wxTextCtrl>(ID_NEW_PATH).GetValue(), browsed[selection]);
     }
 }

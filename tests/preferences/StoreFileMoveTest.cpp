@@ -1,6 +1,5 @@
 #include "preferences/StoreFileMove.h"
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <wx/dir.h>
@@ -8,8 +7,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <string>
-#include <utility>
 
 #include "support/StoreFixture.h"
 

@@ -1,7 +1,5 @@
 #include "scheduler/Scheduler.h"
 
-#include <gtest/gtest.h>
-
 #include "support/StoreFixture.h"
 
 namespace {

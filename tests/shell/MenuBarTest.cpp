@@ -1,13 +1,5 @@
 #include "shell/MenuBar.h"
 
-#include <gmock/gmock.h>
-#include <wx/frame.h>
-#include <wx/menu.h>
-
-#include <string>
-#include <vector>
-
-#include "shell/Settings.h"
 #include "support/GuiTest.h"
 
 namespace {

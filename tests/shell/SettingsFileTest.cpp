@@ -1,17 +1,10 @@
 #include "shell/SettingsFile.h"
 
 #include <sys/stat.h>
-#include <wx/config.h>
 #include <wx/filename.h>
-#include <wx/log.h>
-#include <wx/utils.h>
 
 #include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "shell/Settings.h"
 #include "support/GuiTest.h"
 
 namespace {

@@ -1,13 +1,5 @@
 #include "shell/Settings.h"
 
-#include <wx/config.h>
-#include <wx/frame.h>
-#include <wx/listctrl.h>
-#include <wx/settings.h>
-
-#include <string>
-#include <vector>
-
 #include "support/GuiTest.h"
 
 using SettingsTest = GuiTest;

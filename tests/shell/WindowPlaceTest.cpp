@@ -1,10 +1,7 @@
 #include "shell/WindowPlace.h"
 
-#include <wx/frame.h>
-
 #include <ostream>
 
-#include "shell/Settings.h"
 #include "support/GuiTest.h"
 
 static std::ostream& operator<<(std::ostream& out, const wxRect& rect) {

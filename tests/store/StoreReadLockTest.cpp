@@ -2,8 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <memory>
-
 #include "support/StoreFixture.h"
 
 using StoreReadLockTest = StoreFixture;

@@ -2,13 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-
-// For the messages of failed comparisons.
-static std::ostream& operator<<(std::ostream& out, const wxRect& rect) {
-    return out << rect.x << "," << rect.y << " " << rect.width << "x" << rect.height;
-}
-
 namespace {
 
 TEST(CardLayout, TheDividerLeavesTheMiddleOnlyForATextThatNeedsIt) {

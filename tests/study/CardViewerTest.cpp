@@ -1,17 +1,13 @@
 #include "study/CardViewer.h"
 
-#include <wx/dcclient.h>
-#include <wx/dcmemory.h>
-#include <wx/frame.h>
-
 #include "support/GuiTest.h"
 
 namespace {
 
 // Lines of text.
-wxString Lines(int count) {
-    wxString text;
-    text.Pad(static_cast<size_t>(2 * count), 'a').Replace("aa", "a\n");
+wxString Lines(size_t count) {
+    wxString text('a', 2 * count);
+    text.Replace("aa", "a\n");
     return text;
 }
 
@@ -30,15 +26,6 @@ class CardViewerTest : public GuiTest {
         mViewer.SetFirstText(first);
         mViewer.SetSecondText(second);
         DrainEvents();
-    }
-
-    void SendMouse(wxEventType type, const wxPoint& point, int rotation = 0) {
-        wxMouseEvent event(type);
-        event.SetPosition(point);
-        event.m_wheelRotation = rotation;
-        event.m_wheelDelta = 120;
-        event.m_linesPerAction = 3;
-        mViewer.ProcessWindowEvent(event);
     }
 
     // True when the window comes to show that colour there.
@@ -96,7 +83,7 @@ TEST_F(CardViewerTest, ScrollsToTheDividerByPagesAndByLinesOfText) {
 
     mViewer.ScrollToTop();
     const auto lineHeight = mViewer.GetFirst().Rect.height / 40;
-    SendMouse(wxEVT_MOUSEWHEEL, wxPoint(10, 10), -120);
+    SendMouse(mViewer, wxEVT_MOUSEWHEEL, wxPoint(10, 10), -120);
     EXPECT_EQ(mViewer.GetViewStart().y, 3 * lineHeight);
 
     mViewer.SetLayout(wxHORIZONTAL);
@@ -105,12 +92,12 @@ TEST_F(CardViewerTest, ScrollsToTheDividerByPagesAndByLinesOfText) {
 }
 
 TEST_F(CardViewerTest, OnlyAReleaseInsideIsAClick) {
-    SendMouse(wxEVT_LEFT_DOWN, wxPoint(10, 10));
-    SendMouse(wxEVT_LEFT_UP, wxPoint(-10, 10));
-    SendMouse(wxEVT_LEFT_UP, wxPoint(10, 10));
+    SendMouse(mViewer, wxEVT_LEFT_DOWN, wxPoint(10, 10));
+    SendMouse(mViewer, wxEVT_LEFT_UP, wxPoint(-10, 10));
+    SendMouse(mViewer, wxEVT_LEFT_UP, wxPoint(10, 10));
     EXPECT_EQ(mClicks, 0);
-    SendMouse(wxEVT_LEFT_DOWN, wxPoint(10, 10));
-    SendMouse(wxEVT_LEFT_UP, wxPoint(20, 20));
+    SendMouse(mViewer, wxEVT_LEFT_DOWN, wxPoint(10, 10));
+    SendMouse(mViewer, wxEVT_LEFT_UP, wxPoint(20, 20));
     EXPECT_EQ(mClicks, 12000);
     EXPECT_FALSE(mViewer.HasCapture());
 }
@@ -122,11 +109,10 @@ TEST_F(CardViewerTest, TheCoverFillsTheSecondSideAndTheDividerShowsOnAnyBackgrou
     EXPECT_TRUE(Shows(*wxBLACK, second.width / 2, second.y - 1));
 
     wxBitmap cover(1, 256);
-    {
-        wxMemoryDC dc(cover);
-        dc.SetBackground(*wxGREEN_BRUSH);
-        dc.Clear();
-    }
+    wxMemoryDC dc(cover);
+    dc.SetBackground(*wxGREEN_BRUSH);
+    dc.Clear();
+    dc.SelectObject(wxNullBitmap);
     mViewer.SetSecondCover(cover);
     mViewer.SetBackgroundColour(*wxBLACK);
     EXPECT_TRUE(Shows(*wxGREEN, second.width - 1, second.y + second.height / 2));

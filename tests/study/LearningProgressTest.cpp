@@ -1,66 +1,44 @@
 #include "study/LearningProgress.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "support/GuiTest.h"
 
 namespace {
 
-constexpr int kTotal = 10008;
-// Ready, memorized, waiting, excluded.
-const std::vector<int> kForward = {10001, 10002, 10003, 10000};
-const std::vector<int> kReverse = {10004, 10005, 10006, 10007};
-constexpr int64_t kNow = 1700000000;
-
-class LearningProgressTest : public GuiStoreTest {
-  protected:
-    using Numbers = std::vector<wxString>;
-
-    LearningProgress& Make() {
-        return *new LearningProgress(mDatabase, mClock, 0, "Default", nullptr, 10039,
-                                     "Learning Progress");
-    }
-    static Numbers Read(wxWindow& dialog, const std::vector<int>& ids) {
-        Numbers numbers;
-        for (const int id : ids) {
-            numbers.push_back(FindById(dialog, id)->GetLabel());
+// Cards of one hour ago whose interval has passed or not, new ones and excluded ones.
+TEST_F(GuiStoreTest, EachDirectionOfTheLearningProgressAddsUpToTheTotal) {
+    const FakeClock clock;
+    const auto insert = [&](float forward, float reverse, bool excluded, int32_t category) {
+        FlashCard card = MakeCard("front", "back", category);
+        card.ForwardX = excluded;
+        for (CardSchedule* const schedule : {&card.Forward, &card.Reverse}) {
+            schedule->ReviewInterval = schedule == &card.Forward ? forward : reverse;
+            schedule->Introduced = schedule->ReviewInterval > 0;
+            schedule->LastReview = clock.Now() - wxTimeSpan::Hour();
         }
-        return numbers;
-    }
-    static bool ShowsCategory(wxWindow& dialog) {
-        return wxWindow::FindWindowByLabel("Category: Default", &dialog)->IsShown();
-    }
-    // Scored an hour ago, and due again so many seconds after that.
-    static void Introduce(CardSchedule& schedule, float interval) {
-        schedule.Introduced = true;
-        schedule.LastReview = wxDateTime(static_cast<time_t>(kNow - 3600));
-        schedule.ReviewInterval = interval;
-    }
-
-    FakeClock mClock{kNow};
-};
-
-TEST_F(LearningProgressTest, EachDirectionAddsUpToTheTotal) {
-    Insert(MakeCard("waiting", "both"));
-    EXPECT_FALSE(ShowsCategory(Make())) << "a single card says little of its category";
-    for (const float interval : {60.0f, 120.0f, 7200.0f}) {
-        FlashCard card = MakeCard("introduced", "forward");
-        Introduce(card.Forward, interval);
         Insert(card);
-    }
-    FlashCard excluded = MakeCard("excluded", "forward");
-    excluded.ForwardX = true;
-    Introduce(excluded.Reverse, 60.0f);
-    Insert(excluded);
-    Insert(MakeCard("in another category", "", 1));
+    };
+    const auto make = [&]() -> LearningProgress& {
+        return *new LearningProgress(mDatabase, clock, 0, "Default", nullptr, 10039, "Progress");
+    };
+    const auto showsCategory = [](wxWindow& dialog) {
+        return wxWindow::FindWindowByLabel("Category: Default", &dialog)->IsShown();
+    };
+    insert(0, 0, false, 0);
+    EXPECT_FALSE(showsCategory(make())) << "a single card says little of its category";
+    insert(60, 0, false, 0);
+    insert(120, 0, false, 0);
+    insert(7200, 0, false, 0);
+    insert(0, 60, true, 0);
+    insert(60, 60, false, 1);
 
-    LearningProgress& dialog = Make();
-    EXPECT_EQ(Read(dialog, {kTotal}), Numbers{"5"});
-    EXPECT_EQ(Read(dialog, kForward), (Numbers{"2", "1", "1", "1"}));
-    EXPECT_EQ(Read(dialog, kReverse), (Numbers{"1", "0", "4", "0"}));
-    EXPECT_TRUE(ShowsCategory(dialog));
+    LearningProgress& dialog = make();
+    wxString numbers;
+    // The total, then ready, memorized, waiting and excluded ones of both directions.
+    for (const int id : {10008, 10001, 10002, 10003, 10000, 10004, 10005, 10006, 10007}) {
+        numbers += FindById(dialog, id)->GetLabel() + " ";
+    }
+    EXPECT_EQ(numbers, "5 2 1 1 1 1 0 4 0 ");
+    EXPECT_TRUE(showsCategory(dialog));
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
 #include "study/QuickScore.h"
 
-#include <gmock/gmock.h>
-#include <wx/frame.h>
-
 #include "support/GuiTest.h"
 
 namespace {
@@ -50,17 +47,21 @@ class QuickScoreTest : public GuiTest {
         return wxPoint(50, item * ItemHeight() + ItemHeight() / 2);
     }
 
-    void SendMouse(wxEventType type, const wxPoint& point, int rotation = 0) {
-        wxMouseEvent event(type);
-        event.SetPosition(point);
-        event.m_wheelRotation = rotation;
-        event.m_wheelDelta = 120;
-        mScore.HandleWindowEvent(event);
+    // The left button goes down at one place, moves to another and goes up there.
+    void Drag(const wxPoint& from, const wxPoint& to) {
+        SendMouse(mScore, wxEVT_LEFT_DOWN, from);
+        SendMouse(mScore, wxEVT_MOTION, to);
+        if (to.x < 0) {
+            SendMouse(mScore, wxEVT_LEAVE_WINDOW, to);
+        }
+        mPressedInDrag = mScore.GetPressed();
+        SendMouse(mScore, wxEVT_LEFT_UP, to);
     }
 
     wxFrame& mFrame = *new wxFrame(nullptr, wxID_ANY, "Score");
     QuickScore& mScore = *new QuickScore(&mFrame, 10006);
     Heard mHeard;
+    int32_t mPressedInDrag = -1;
 };
 
 TEST_F(QuickScoreTest, KeysMoveTheCursorChooseAndWalkTheHistory) {
@@ -99,9 +100,9 @@ TEST_F(QuickScoreTest, OnlyOneKeyHoldsAnItemAndItsRepeatsDoNotCount) {
     for (const int key : {'3', '3', '5'}) {
         SendKeyDown(mScore, key);
     }
-    SendMouse(wxEVT_LEFT_DOWN, Middle(0));
+    SendMouse(mScore, wxEVT_LEFT_DOWN, Middle(0));
     SendKeyUp(mScore, '5');
-    SendMouse(wxEVT_LEFT_UP, Middle(0));
+    SendMouse(mScore, wxEVT_LEFT_UP, Middle(0));
     EXPECT_EQ(mScore.GetPressed(), 2);
     SendKeyUp(mScore, '3');
     EXPECT_THAT(mHeard, ElementsAre("choose 2 forward"));
@@ -113,11 +114,11 @@ TEST_F(QuickScoreTest, APressThatLosesTheFocusOrTheMouseChoosesNothing) {
     mScore.HandleWindowEvent(lostFocus);
     SendKeyUp(mScore, '4');
 
-    SendMouse(wxEVT_LEFT_DOWN, Middle(2));
+    SendMouse(mScore, wxEVT_LEFT_DOWN, Middle(2));
     mScore.ReleaseMouse();
     wxMouseCaptureLostEvent lostMouse(mScore.GetId());
     mScore.HandleWindowEvent(lostMouse);
-    SendMouse(wxEVT_LEFT_UP, Middle(2));
+    SendMouse(mScore, wxEVT_LEFT_UP, Middle(2));
     EXPECT_THAT(mHeard, ElementsAre("cursor 1", "cursor 2"));
     SendKey(mScore, WXK_RETURN);
     EXPECT_EQ(mHeard.back(), "choose 2 forward");
@@ -135,35 +136,30 @@ TEST_F(QuickScoreTest, KeysOfMenusGoOnToThem) {
 }
 
 TEST_F(QuickScoreTest, TheMousePressesDragsAndChoosesAtTheRelease) {
-    SendMouse(wxEVT_LEFT_DOWN, Middle(1));
-    SendMouse(wxEVT_MOTION, Middle(4));
-    EXPECT_EQ(mScore.GetPressed(), 4);
-    SendMouse(wxEVT_LEFT_UP, Middle(4));
+    Drag(Middle(1), Middle(4));
+    EXPECT_EQ(mPressedInDrag, 4);
     EXPECT_THAT(mHeard, ElementsAre("cursor 1", "cursor 4", "choose 4 forward"));
 
     Reset(-1, 2);
-    SendMouse(wxEVT_LEFT_DOWN, Middle(3));
-    SendMouse(wxEVT_MOTION, wxPoint(-5, 5));
-    SendMouse(wxEVT_LEAVE_WINDOW, wxPoint(-5, 5));
-    EXPECT_EQ(mScore.GetPressed(), -1);
-    SendMouse(wxEVT_LEFT_UP, wxPoint(-5, 5));
+    Drag(Middle(3), wxPoint(-5, 5));
+    EXPECT_EQ(mPressedInDrag, -1);
     EXPECT_THAT(mHeard, ElementsAre("cursor 3"));
 }
 
 TEST_F(QuickScoreTest, TheWheelMovesTheCursorAndWithThePressOnItChooses) {
-    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), -60);
+    SendMouse(mScore, wxEVT_MOUSEWHEEL, Middle(0), -60);
     EXPECT_THAT(mHeard, IsEmpty());
-    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), -60);
-    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), 120 * 9);
-    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), -120 * 9);
+    SendMouse(mScore, wxEVT_MOUSEWHEEL, Middle(0), -60);
+    SendMouse(mScore, wxEVT_MOUSEWHEEL, Middle(0), 120 * 9);
+    SendMouse(mScore, wxEVT_MOUSEWHEEL, Middle(0), -120 * 9);
     EXPECT_THAT(mHeard, ElementsAre("cursor 3", "cursor 0", "cursor 5"));
 
     Reset(-1, 2);
-    SendMouse(wxEVT_MIDDLE_DOWN, Middle(0));
+    SendMouse(mScore, wxEVT_MIDDLE_DOWN, Middle(0));
     EXPECT_EQ(mScore.GetPressed(), 2);
-    SendMouse(wxEVT_MOUSEWHEEL, Middle(0), 120);
+    SendMouse(mScore, wxEVT_MOUSEWHEEL, Middle(0), 120);
     EXPECT_EQ(mScore.GetPressed(), 1);
-    SendMouse(wxEVT_MIDDLE_UP, Middle(0));
+    SendMouse(mScore, wxEVT_MIDDLE_UP, Middle(0));
     EXPECT_THAT(mHeard, ElementsAre("cursor 1", "choose 1 forward"));
 }
 

@@ -1,20 +1,10 @@
 #pragma once
 
-#include <wx/frame.h>
-#include <wx/stattext.h>
-#include <wx/statusbr.h>
-#include <wx/weakref.h>
-
 #include <stdexcept>
-#include <vector>
 
-#include "scheduler/Scheduler.h"
-#include "shell/CommandIds.h"
-#include "shell/Settings.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
 #include "study/StudyFrame.h"
-#include "support/FakeServices.h"
 #include "support/GuiTest.h"
 
 // A study window on a real store, told what to do by keys and commands as a person would.
@@ -38,13 +28,12 @@ class StudyFrameTest : public GuiStoreTest {
         DrainEvents();
     }
 
-    // Puts cards with the fronts "front 1", ... and the backs "back 1", ... into the store, to be
-    // introduced in that order.
+    // Puts cards with the fronts "f1", ... and the backs "b1", ... into the store, to be introduced
+    // in that order.
     std::vector<FlashCard> InsertCards(int count) {
         std::vector<FlashCard> cards;
         for (int i = 1; i <= count; ++i) {
-            FlashCard card =
-                MakeCard(wxString::Format("front %i", i), wxString::Format("back %i", i));
+            FlashCard card = MakeCard(wxString::Format("f%i", i), wxString::Format("b%i", i));
             card.IntroductionOrder = i;
             cards.push_back(Insert(card));
         }
@@ -65,43 +54,29 @@ class StudyFrameTest : public GuiStoreTest {
     wxStaticText& Message() { return Child<wxStaticText>(); }
     wxString StatusText(int field) { return mpFrame->GetStatusBar()->GetStatusText(field); }
 
-    void Key(int keyCode) {
-        SendKey(Scores(), keyCode);
-        DrainEvents();
+    void Keys(const std::vector<int>& keyCodes) {
+        for (const int keyCode : keyCodes) {
+            SendKey(Scores(), keyCode);
+            DrainEvents();
+        }
     }
     void Command(int id, bool checked = true) {
-        wxCommandEvent event(wxEVT_MENU, id);
-        event.SetInt(checked ? 1 : 0);
-        mpFrame->GetEventHandler()->ProcessEvent(event);
+        SendCommand(*mpFrame, id, checked ? 1 : 0);
         DrainEvents();
     }
-    bool IsEnabled(int id) {
-        const wxUpdateUIEvent event = AskRule(id);
-        return !event.GetSetEnabled() || event.GetEnabled();
-    }
-    bool IsChecked(int id) {
-        const wxUpdateUIEvent event = AskRule(id);
-        return event.GetSetChecked() && event.GetChecked();
-    }
+    std::string Rule(int id) { return RuleOf(*mpFrame, id); }
 
-    // What the window shows, in one word.
+    // The message, or the two sides: "f1|" with a covered back, "f1/b1", "f1/b1 scored 4".
     wxString State() {
         if (Message().IsShown()) {
             return Viewer().IsShown() || Scores().IsShown() ? "both" : "message";
         }
-        if (Viewer().IsSecondCovered()) {
-            return Viewer().GetSecondText().empty() ? "front" : "front with a back";
-        }
-        return Scores().GetMark() == wxNOT_FOUND ? "back" : "recent";
+        const int mark = Scores().GetMark();
+        return Viewer().GetFirstText() + (Viewer().IsSecondCovered() ? "|" : "/") +
+               Viewer().GetSecondText() +
+               (mark == wxNOT_FOUND ? wxString() : wxString::Format(" scored %i", 5 - mark));
     }
 
     FakeServices mServices;
     wxWeakRef<StudyFrame> mpFrame;
-
-  private:
-    wxUpdateUIEvent AskRule(int id) {
-        wxUpdateUIEvent event(id);
-        EXPECT_TRUE(mpFrame->GetEventHandler()->ProcessEvent(event)) << "no rule for " << id;
-        return event;
-    }
 };

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 
 #include "base/WideText.h"
@@ -48,17 +47,10 @@ TEST(TextWrap, CutsAtLineEndsBetweenWordsAndInsideALongWord) {
     for (const auto& row : rows) {
         EXPECT_EQ(Lines(row.Text, row.MaxWidth), row.Lines) << row.What;
     }
-}
-
-TEST(TextWrap, TellsTheWidthOfEachLineAndTheGreatestHeight) {
-    const auto measure = [](const wxString& text) {
-        return wxSize(static_cast<int>(text.length()) * 10, text == "bb" ? 30 : 17);
-    };
-    const WrappedText wrapped = WrapText("a\nbb\nccc", 100, measure);
+    const WrappedText wrapped = WrapText("a\nbb\nccc", 100, Measure);
     EXPECT_EQ(wrapped.LineWidths, (std::vector<int32_t>{10, 20, 30}));
-    EXPECT_EQ(wrapped.LineHeight, 30);
     // One line more than the limit says that there are more.
-    EXPECT_EQ(WrapText("a\nbb\nccc\nd", 100, measure, 1).Lines.size(), 2u);
+    EXPECT_EQ(WrapText("a\nbb\nccc\nd", 100, Measure, 1).Lines.size(), 2u);
 }
 
 // The rule as it reads: lengths are tried one after the other.

@@ -2,12 +2,10 @@
 
 #include <wx/frame.h>
 
-#include <cstdint>
 #include <utility>
 #include <vector>
 
 #include "shell/AppServices.h"
-#include "store/FlashCard.h"
 #include "support/Fakes.h"
 
 // The application as a window sees it: everything is to be had unless a test says otherwise, and

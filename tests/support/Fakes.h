@@ -1,10 +1,8 @@
 #pragma once
 
-#include <wx/string.h>
 #include <wx/thread.h>
 #include <wx/utils.h>
 
-#include <cstdint>
 #include <utility>
 #include <vector>
 

@@ -1,14 +1,6 @@
 #include "support/GuiTest.h"
 
-#include <wx/app.h>
-#include <wx/dialog.h>
 #include <wx/evtloop.h>
-#include <wx/msgdlg.h>
-#include <wx/stopwatch.h>
-#include <wx/toplevel.h>
-#include <wx/utils.h>
-
-#include <utility>
 
 namespace {
 
@@ -78,6 +70,34 @@ wxWindow* FindById(wxWindow& parent, int id) {
     return found;
 }
 
+bool SendCommand(wxEvtHandler& handler, int id, int checked) {
+    wxCommandEvent event(wxEVT_MENU, id);
+    event.SetInt(checked);
+    return handler.ProcessEvent(event);
+}
+
+std::string RuleOf(wxEvtHandler& handler, int id) {
+    wxUpdateUIEvent event(id);
+    if (!handler.ProcessEvent(event) || !(event.GetSetEnabled() || event.GetSetChecked())) {
+        return "";
+    }
+    const bool isOn = !event.GetSetEnabled() || event.GetEnabled();
+    return !isOn ? "off" : event.GetSetChecked() && event.GetChecked() ? "checked" : "on";
+}
+
+void Send(wxWindow& control, wxEventType type, int selection) {
+    wxCommandEvent event(type, control.GetId());
+    event.SetEventObject(&control);
+    event.SetInt(selection);
+    control.GetEventHandler()->ProcessEvent(event);
+}
+
+void Choose(wxWindow& parent, int choiceId, int selection) {
+    auto& choice = Find<wxChoice>(parent, choiceId);
+    choice.SetSelection(selection);
+    Send(choice, wxEVT_CHOICE, selection);
+}
+
 bool SendKeyDown(wxWindow& window, int keyCode, int modifiers) {
     wxKeyEvent event = MakeKeyEvent(wxEVT_KEY_DOWN, window, keyCode, modifiers);
     return window.GetEventHandler()->ProcessEvent(event);
@@ -93,17 +113,56 @@ void SendKey(wxWindow& window, int keyCode, int modifiers) {
     SendKeyUp(window, keyCode, modifiers);
 }
 
+void SendMouse(wxWindow& window, wxEventType type, const wxPoint& point, int rotation) {
+    wxMouseEvent event(type);
+    event.SetPosition(point);
+    event.m_wheelRotation = rotation;
+    event.m_wheelDelta = 120;
+    event.m_linesPerAction = 3;
+    window.HandleWindowEvent(event);
+}
+
 ModalAnswers::~ModalAnswers() {
     EXPECT_TRUE(mAnswers.empty()) << "a dialog that was expected did not open";
     Unregister();
 }
 
-void ModalAnswers::Expect(int answer) {
-    mAnswers.emplace_back([answer](wxDialog&) { return answer; });
+void ModalAnswers::Expect(std::initializer_list<int> answers) {
+    for (const int answer : answers) {
+        mAnswers.emplace_back([answer](wxDialog&) { return answer; });
+    }
 }
 
 void ModalAnswers::Expect(std::function<int(wxDialog&)> answer) {
     mAnswers.push_back(std::move(answer));
+}
+
+void ModalAnswers::Then(std::function<void(wxDialog&)> act) {
+    Expect([act = std::move(act)](wxDialog& dialog) {
+        dialog.CallAfter([act, &dialog] { act(dialog); });
+        return wxID_NONE;
+    });
+}
+
+void ModalAnswers::ThenPress(int id) {
+    Then([id](wxDialog& dialog) { Send(*FindById(dialog, id)); });
+}
+
+void ModalAnswers::ThenType(const wxString& text) {
+    Expect([text](wxDialog& dialog) {
+        dynamic_cast<wxTextEntryDialog&>(dialog).SetValue(text);
+        return wxID_OK;
+    });
+}
+
+void ModalAnswers::ThenChoose(const wxString& path) {
+    Expect([path](wxDialog& dialog) {
+        auto& chooser = dynamic_cast<wxFileDialog&>(dialog);
+        chooser.SetPath(path);
+        // It takes its time to look into the directory.
+        EXPECT_TRUE(WaitFor([&] { return chooser.GetPath() == path; }));
+        return wxID_OK;
+    });
 }
 
 int ModalAnswers::Enter(wxDialog* dialog) {

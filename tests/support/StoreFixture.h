@@ -1,10 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <wx/string.h>
+#include <gmock/gmock.h>
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "store/Database.h"

@@ -1,7 +1,6 @@
 #include "exchange/dialogs/CardClipboard.h"
 
 #include <wx/clipbrd.h>
-#include <wx/log.h>
 
 #include "exchange/dialogs/CardDataObject.h"
 #include "support/GuiTest.h"

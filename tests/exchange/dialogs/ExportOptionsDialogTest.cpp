@@ -1,11 +1,5 @@
 #include "exchange/dialogs/ExportOptionsDialog.h"
 
-#include <wx/checkbox.h>
-#include <wx/choice.h>
-#include <wx/filedlg.h>
-#include <wx/radiobox.h>
-#include <wx/textctrl.h>
-
 #include "exchange/dialogs/DialogTest.h"
 
 namespace {
@@ -31,16 +25,8 @@ class ExportOptionsDialogTest : public DialogTest {
         mDialog = std::make_unique<ExportOptionsDialog>(nullptr, mCategories, mOrdered);
         mDialog->SetDatabase(mDatabase, mSelected);
     }
-    template <class Control>
-    Control& Find(int id) {
-        return dynamic_cast<Control&>(*FindById(*mDialog, id));
-    }
-    void Choose(int id, int index) {
-        auto& choice = Find<wxChoice>(id);
-        choice.SetSelection(index);
-        Send(wxEVT_CHOICE, choice);
-    }
-    wxTextCtrl& Text(int id) { return Find<wxTextCtrl>(id); }
+    void Choose(int id, int index) { ::Choose(*mDialog, id, index); }
+    wxTextCtrl& Text(int id) { return Find<wxTextCtrl>(*mDialog, id); }
     std::string Preview() { return Text(kPreview).GetValue().utf8_string(); }
     void InsertCards(int count, int32_t category) {
         for (int i = 0; i < count; ++i) {
@@ -83,13 +69,13 @@ TEST_F(ExportOptionsDialogTest, TheRangeBeginsAsNarrowAsItCan) {
     for (const auto& row : rows) {
         mCategories.Current = row.Current;
         Open(row.Selected);
-        auto& range = Find<wxRadioBox>(kRange);
+        auto& range = Find<wxRadioBox>(*mDialog, kRange);
         EXPECT_EQ(range.GetSelection(), row.Start);
         EXPECT_EQ(range.IsItemEnabled(1), row.Current == 1);
         EXPECT_EQ(range.IsItemEnabled(2), !row.Selected.empty());
         EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), static_cast<size_t>(row.Cards));
         range.SetSelection(0);
-        Send(wxEVT_RADIOBOX, range);
+        Send(range, wxEVT_RADIOBOX);
         EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), 16U);
     }
 }
@@ -98,9 +84,9 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     InsertCards(1, 0);
     Open({});
     EXPECT_NE(Preview().find("RERC: 0"), std::string::npos);
-    auto& scheduling = Find<wxCheckBox>(kScheduling);
+    auto& scheduling = Find<wxCheckBox>(*mDialog, kScheduling);
     scheduling.SetValue(false);
-    Send(wxEVT_CHECKBOX, scheduling);
+    Send(scheduling, wxEVT_CHECKBOX);
     EXPECT_EQ(Preview().find("RERC: 0"), std::string::npos);
     Choose(kFormat, 1);
     EXPECT_EQ(Preview().rfind("id\tFront\tBack", 0), 0U);
@@ -112,7 +98,7 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
         EXPECT_EQ(message.find("id"), std::string::npos) << message;
         // The dialog stays, with the message in a box.
         mAnswers.Expect(wxID_OK);
-        Press(*FindById(*mDialog, kOk));
+        Send(*FindById(*mDialog, kOk));
         EXPECT_EQ(mAnswers.Dialogs.back().Message, message);
     }
     EXPECT_TRUE(Text(kOther).IsEmpty());
@@ -123,15 +109,9 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
 TEST_F(ExportOptionsDialogTest, OkExportsAndTellsTheOutcome) {
     InsertCards(1, 0);
     Open({1});
-    const wxString path = "/dev/full";
-    ThenPress(kOk);
-    mAnswers.Expect([path](wxDialog& dialog) {
-        auto& chooser = dynamic_cast<wxFileDialog&>(dialog);
-        chooser.SetPath(path);
-        EXPECT_TRUE(WaitFor([&] { return chooser.GetPath() == path; }));
-        return wxID_OK;
-    });
-    ThenWatch();
+    mAnswers.ThenPress(kOk);
+    mAnswers.ThenChoose("/dev/full");
+    mAnswers.ThenWatch();
     mAnswers.Expect(wxID_OK);
     EXPECT_EQ(mDialog->ShowModal(), wxID_OK);
     EXPECT_NE(mAnswers.Dialogs.back().Message.Find("is not complete"), wxNOT_FOUND);

@@ -2,10 +2,6 @@
 
 #include "exchange/dialogs/ImportDialog.h"
 
-#include <wx/choice.h>
-#include <wx/listctrl.h>
-#include <wx/textctrl.h>
-
 #include "exchange/dialogs/DialogTest.h"
 
 namespace {
@@ -34,29 +30,21 @@ class ImportDialogTest : public DialogTest {
         return *mDialog;
     }
 
-    template <class Control>
-    Control& Find(int id) {
-        return dynamic_cast<Control&>(*FindById(*mDialog, id));
-    }
-    void Choose(int id, int selection) {
-        auto& choice = Find<wxChoice>(id);
-        choice.SetSelection(selection);
-        Send(wxEVT_CHOICE, choice);
-    }
+    void Choose(int id, int selection) { ::Choose(*mDialog, id, selection); }
     bool IsShown(int id) { return FindById(*mDialog, id)->IsShown(); }
 
     // The format with its delimiter, and what is shown below it.
     wxString Shown() {
-        wxString text = Find<wxChoice>(ID_FORMAT).GetStringSelection() + "/" +
-                        Find<wxChoice>(ID_DELIMITER).GetStringSelection() + ": ";
+        wxString text = Find<wxChoice>(*mDialog, ID_FORMAT).GetStringSelection() + "/" +
+                        Find<wxChoice>(*mDialog, ID_DELIMITER).GetStringSelection() + ": ";
         EXPECT_NE(IsShown(ID_ERROR), IsShown(ID_PREVIEW));
         const bool isError = IsShown(ID_ERROR);
         EXPECT_EQ(FindById(*mDialog, ID_PREVIEW_LABEL)->GetLabel(),
                   isError ? "Error (first card)" : "Preview (first card)");
         if (isError) {
-            return text + Find<wxTextCtrl>(ID_ERROR).GetValue();
+            return text + Find<wxTextCtrl>(*mDialog, ID_ERROR).GetValue();
         }
-        const auto& list = Find<wxListCtrl>(ID_PREVIEW);
+        const auto& list = Find<wxListCtrl>(*mDialog, ID_PREVIEW);
         for (int i = 0; i < list.GetItemCount(); ++i) {
             text += list.GetItemText(i, 0) + "=" + list.GetItemText(i, 1) + ";";
         }
@@ -109,7 +97,7 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
     Choose(ID_DELIMITER, 4);
     EXPECT_TRUE(IsShown(ID_OTHER));
     EXPECT_EQ(Shown(), "Delimited/other: You must specify a delimiter.");
-    auto& other = Find<wxTextCtrl>(ID_OTHER);
+    auto& other = Find<wxTextCtrl>(*mDialog, ID_OTHER);
     const struct {
         wxString Typed;
         wxString Shown;
@@ -133,7 +121,7 @@ TEST_F(ImportDialogTest, ShowsNoMoreOfARecordThanAListCanBear) {
         header += ",id";
     }
     Open(header + "\n" + std::string(3000000, 'x') + ",b\n");
-    const auto& list = Find<wxListCtrl>(ID_PREVIEW);
+    const auto& list = Find<wxListCtrl>(*mDialog, ID_PREVIEW);
     EXPECT_EQ(list.GetItemCount(), 200);
     EXPECT_EQ(list.GetItemText(0, 1), wxString('x', 500) + wxString(L'\u2026'));
 }
@@ -142,8 +130,8 @@ TEST_F(ImportDialogTest, RunsTheImportAndKnowsWhatItTouched) {
     ImportDialog& dialog = Open("f,b,c\na,b,New\nc,d,\n");
     // The second time the pairs are there already, and the dialog ends all the same.
     for (const std::vector<int>& boxes : {std::vector<int>{wxID_YES, wxID_OK}, {wxID_OK}}) {
-        ThenPress(wxID_OK);
-        ThenWatch();
+        mAnswers.ThenPress(wxID_OK);
+        mAnswers.ThenWatch();
         for (const int answer : boxes) {
             mAnswers.Expect(answer);
         }
@@ -153,6 +141,6 @@ TEST_F(ImportDialogTest, RunsTheImportAndKnowsWhatItTouched) {
     EXPECT_EQ(dialog.GetTouchedCategories(), (std::set<int32_t>{0, 1}));
     EXPECT_EQ(Query("SELECT Front, CategoryId FROM Cards ORDER BY Front"), (Strings{"a|1", "c|0"}));
 
-    Then([](wxDialog& shown) { shown.Close(); });
+    mAnswers.Then([](wxDialog& shown) { shown.Close(); });
     EXPECT_EQ(Open("").ShowModal(), wxCANCEL);
 }

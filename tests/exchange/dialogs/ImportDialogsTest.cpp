@@ -1,12 +1,5 @@
 // The faces of an import: progress, the question about a category, the outcome.
 
-#include <wx/button.h>
-#include <wx/frame.h>
-#include <wx/gauge.h>
-#include <wx/stattext.h>
-
-#include <functional>
-
 #include "exchange/ImportInput.h"
 #include "exchange/ProgressSource.h"
 #include "exchange/dialogs/DialogTest.h"
@@ -51,7 +44,7 @@ class ImportDialogs : public DialogTest {
         const ImportInput input{mDirectory.Path("import.txt")};
         WriteBytes(input.FileName, text);
         mAnswers.Dialogs.clear();
-        ThenWatch();
+        mAnswers.ThenWatch();
         for (const int answer : answers) {
             mAnswers.Expect(answer);
         }
@@ -89,7 +82,7 @@ TEST(ProgressDialogTest, IsLeftOnlyByItsButton) {
         dialog.Close();
         if (job.Ticks == 5) {
             EXPECT_FALSE(job.Cancelled);
-            Press(*FindById(dialog, 10032));
+            Send(*FindById(dialog, 10032));
         }
     };
     EXPECT_EQ(Show(job), wxID_CANCEL);
@@ -126,7 +119,7 @@ TEST(ImportNewCategoryMessageBoxTest, AnswersByItsButtons) {
         }
         ASSERT_NE(button, nullptr) << row.Label;
         EXPECT_TRUE(text.StartsWith("Category \"R&D\" does not exist.")) << text;
-        box.CallAfter([&] { Press(*button); });
+        box.CallAfter([&] { Send(*button); });
         EXPECT_EQ(box.ShowModal(), row.Code) << row.Label;
         EXPECT_EQ(box.IsYesToAll(), row.ToAll) << row.Label;
     }

@@ -2,12 +2,6 @@
 
 #include "exchange/dialogs/MergeDialog.h"
 
-#include <wx/button.h>
-#include <wx/checkbox.h>
-#include <wx/textctrl.h>
-
-#include <vector>
-
 #include "exchange/dialogs/DialogTest.h"
 #include "exchange/dialogs/ImportQuestionDialogs.h"
 
@@ -28,10 +22,6 @@ std::vector<wxWindow*> MergedColumn(wxWindow& dialog) {
         }
     }
     return controls;
-}
-
-wxTextCtrl& Text(wxWindow& dialog, int id) {
-    return dynamic_cast<wxTextCtrl&>(*FindById(dialog, id));
 }
 
 class MergeDialogTest : public DialogTest {
@@ -62,7 +52,7 @@ TEST_F(MergeDialogTest, KeepsTheVersionOfTheButton) {
                  {10016, mStored, ImportMergePolicy::kKeepDatabase},
                  {10017, mImported, ImportMergePolicy::kKeepImported}};
     for (const auto& row : cases) {
-        ThenPress(row.Id);
+        mAnswers.ThenPress(row.Id);
         const auto answer = ImportQuestionDialogs().AskMerge(nullptr, mStored, mImported, 0);
         EXPECT_TRUE(answer.IsOk) << row.Id;
         EXPECT_EQ(answer.Further, row.Further) << row.Id;
@@ -92,23 +82,24 @@ TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
         wxString Wrong;
         wxString Message;
         wxString Right;
-    } cases[] = {
-        {&Text(dialog, ID_FRONT), " \n", "Flash cards cannot have a blank front", L"\u3000new "},
-        {back, "", "Flash cards cannot have a blank back", " text\n"},
-        {&Text(dialog, ID_ORDER), "abc", "Introduction Order must be a whole number", " -7"}};
-    Then([&](wxDialog&) {
-        Text(dialog, ID_AUTHOR).SetValue(" me ");
+    } cases[] = {{&Find<wxTextCtrl>(dialog, ID_FRONT), " \n",
+                  "Flash cards cannot have a blank front", L"\u3000new "},
+                 {back, "", "Flash cards cannot have a blank back", " text\n"},
+                 {&Find<wxTextCtrl>(dialog, ID_ORDER), "abc",
+                  "Introduction Order must be a whole number", " -7"}};
+    mAnswers.Then([&](wxDialog&) {
+        Find<wxTextCtrl>(dialog, ID_AUTHOR).SetValue(" me ");
         for (const auto& row : cases) {
             row.Control->SetValue(row.Wrong);
             mAnswers.Expect(wxID_OK);
-            Press(*FindById(dialog, ID_KEEP_MERGED));
+            Send(*FindById(dialog, ID_KEEP_MERGED));
             EXPECT_EQ(mAnswers.Dialogs.back().Title, "Message");
             EXPECT_EQ(mAnswers.Dialogs.back().Message, row.Message);
             EXPECT_TRUE(WaitFor([&] { return row.Control->HasFocus(); })) << row.Message;
             EXPECT_EQ(row.Control->GetStringSelection(), row.Wrong);
             row.Control->SetValue(row.Right);
         }
-        Press(*FindById(dialog, ID_KEEP_MERGED));
+        Send(*FindById(dialog, ID_KEEP_MERGED));
     });
     EXPECT_EQ(dialog.ShowModal(), wxOK);
     const FlashCard& merged = dialog.GetMergedCard();
@@ -119,7 +110,7 @@ TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
 
 TEST_F(MergeDialogTest, AsksBeforeAnyWayOutStopsTheImport) {
     const std::function<void(wxDialog&)> ways[] = {
-        [](wxDialog& dialog) { Press(*FindById(dialog, 10018)); },
+        [](wxDialog& dialog) { Send(*FindById(dialog, 10018)); },
         [](wxDialog& dialog) { dialog.Close(); },
         [](wxDialog& dialog) {
             wxKeyEvent escape(wxEVT_CHAR_HOOK);
@@ -128,7 +119,7 @@ TEST_F(MergeDialogTest, AsksBeforeAnyWayOutStopsTheImport) {
             dialog.GetEventHandler()->ProcessEvent(escape);
         }};
     for (const auto& leave : ways) {
-        Then([&](wxDialog& dialog) {
+        mAnswers.Then([&](wxDialog& dialog) {
             mAnswers.Expect(wxID_CANCEL);
             leave(dialog);
             EXPECT_TRUE(dialog.IsModal()) << "a cancelled stop goes on";
