@@ -1,0 +1,222 @@
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+#include <wx/frame.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "edit/EditFrame.h"
+#include "list/CategoryList.h"
+#include "store/Database.h"
+#include "study/LearningProgress.h"
+#include "support/FakeServices.h"
+
+// The list of categories and the learning progress, windows and all, beside bare SQLite that counts
+// the same cards, and what it takes to have an editor on the screen. Needs a display.
+namespace {
+
+constexpr int kCategories = 20;
+constexpr int64_t kNow = 1700000000;
+
+// The counts of one category that are asked for, forward and back.
+constexpr const char* kTotal = "SELECT count(*) FROM Cards WHERE CategoryId = ?";
+constexpr std::array<const char*, 2> kReady = {
+    "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ForwardX = 0 AND Introduced = 1 AND "
+    "NextReview < ?",
+    "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 AND "
+    "RNextReview < ?"};
+constexpr std::array<const char*, 4> kStudied = {
+    "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ForwardX = 0",
+    "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ForwardX = 0 AND Introduced = 1",
+    "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ReverseX = 0",
+    "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1"};
+
+// A store of twenty categories of as many cards each, half of the cards introduced and half of
+// those due.
+class StudiedStore {
+  public:
+    explicit StudiedStore(int cards) {
+        std::filesystem::remove_all(kDirectory);
+        std::filesystem::create_directories(kDirectory);
+        IsOpen = Cards.Open(wxString::FromUTF8(StorePath()), mWait) == 0;
+        for (int i = 0; i < kCategories; ++i) {
+            IsOpen = IsOpen && Cards.CategoryInsert(wxString::Format("category %i", i)) == 0;
+        }
+        IsOpen = IsOpen && Cards.Execute(wxString::FromUTF8(FillSql(cards))) == 0;
+    }
+    ~StudiedStore() {
+        Cards.Close();
+        std::filesystem::remove_all(kDirectory);
+    }
+    StudiedStore(const StudiedStore&) = delete;
+    StudiedStore& operator=(const StudiedStore&) = delete;
+
+    static std::string StorePath() { return std::string(kDirectory) + "/store.vlm"; }
+
+    bool IsOpen = false;
+    RecordingReport Report;
+    Database Cards{Report};
+
+  private:
+    static constexpr char kDirectory[] = "/dev/shm/velomind-window-bench";
+
+    static std::string FillSql(int cards) {
+        return "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+               std::to_string(cards - 1) +
+               ") INSERT INTO Cards (CardId, Front, Back, CategoryId, Author, Chapter, Notes, "
+               "IntroductionOrder, ForwardX, ReverseX, Introduced, NextReview, RIntroduced, "
+               "RNextReview) SELECT "
+               "printf('%08x-0000-4000-8000-%012x', i * 2654435761 % 4294967296, i), "
+               "'the front of card ' || i, 'what stands on the back of card ' || i, i % " +
+               std::to_string(kCategories) +
+               ", 'somebody', '', 'a note that helps to remember', i, 0, 0, (i / 20) % 2, " +
+               std::to_string(kNow) + " + ((i / 40) % 2) * 7200 - 3600, (i / 20) % 2, " +
+               std::to_string(kNow) + " + ((i / 40) % 2) * 7200 - 3600 FROM n";
+    }
+
+    SilentUpgradeWait mWait;
+};
+
+// Counts by statements that are prepared once.
+class BareCounts {
+  public:
+    explicit BareCounts(const std::vector<const char*>& texts) {
+        sqlite3_open(StudiedStore::StorePath().c_str(), &mpHandle);
+        for (const char* const text : texts) {
+            sqlite3_stmt* statement = nullptr;
+            sqlite3_prepare_v2(mpHandle, text, -1, &statement, nullptr);
+            mStatements.push_back(statement);
+        }
+    }
+    ~BareCounts() {
+        for (sqlite3_stmt* const statement : mStatements) {
+            sqlite3_finalize(statement);
+        }
+        sqlite3_close(mpHandle);
+    }
+    BareCounts(const BareCounts&) = delete;
+    BareCounts& operator=(const BareCounts&) = delete;
+
+    void Run(int category) {
+        for (sqlite3_stmt* const statement : mStatements) {
+            sqlite3_bind_int(statement, 1, category);
+            if (sqlite3_bind_parameter_count(statement) > 1) {
+                sqlite3_bind_int64(statement, 2, kNow);
+            }
+            sqlite3_step(statement);
+            benchmark::DoNotOptimize(sqlite3_column_int(statement, 0));
+            sqlite3_reset(statement);
+        }
+    }
+
+  private:
+    sqlite3* mpHandle = nullptr;
+    std::vector<sqlite3_stmt*> mStatements;
+};
+
+template <typename Work>
+double Milliseconds(const Work& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
+// Runs a job and its floor in turn.
+template <typename Floor, typename Job>
+void Compare(benchmark::State& state, const Floor& floor, const Job& job) {
+    std::vector<double> ratios;
+    for (auto _ : state) {
+        const double bare = Milliseconds(floor);
+        const double time = Milliseconds(job);
+        ratios.push_back(time / bare);
+        state.SetIterationTime(time * 1e-3);
+    }
+    const auto middle = ratios.begin() + static_cast<std::ptrdiff_t>(ratios.size() / 2);
+    std::nth_element(ratios.begin(), middle, ratios.end());
+    state.counters["ratio"] = *middle;
+}
+
+FakeServices& GetServices() {
+    static FakeServices services;
+    services.Time.Set(kNow);
+    return services;
+}
+
+void CategoryListRefresh(benchmark::State& state) {
+    StudiedStore store(static_cast<int>(state.range(0)));
+    if (!store.IsOpen) {
+        state.SkipWithError("cannot make the store");
+        return;
+    }
+    auto* const frame = new wxFrame(nullptr, wxID_ANY, "categories");
+    auto* const list = new CategoryList(GetServices(), frame, wxID_ANY);
+    list->SetDatabase(&store.Cards);
+    BareCounts bare({kTotal, kReady[0], kReady[1]});
+    Compare(
+        state,
+        [&] {
+            for (int category = 0; category < kCategories; ++category) {
+                bare.Run(category);
+            }
+        },
+        [&] { store.Cards.Notify(); });
+    delete frame;
+}
+
+void LearningProgressCounts(benchmark::State& state) {
+    StudiedStore store(static_cast<int>(state.range(0)));
+    if (!store.IsOpen) {
+        state.SkipWithError("cannot make the store");
+        return;
+    }
+    std::vector<const char*> texts(kStudied.begin(), kStudied.end());
+    texts.insert(texts.end(), {kReady[0], kReady[1], kTotal});
+    BareCounts bare(texts);
+    Compare(
+        state, [&] { bare.Run(0); },
+        [&] {
+            LearningProgress dialog(store.Cards, GetServices().GetClock(), 0, "category 0", nullptr,
+                                    wxID_ANY, "progress");
+        });
+}
+
+// From the command to a window that has been laid out and drawn.
+void OpenEditor(benchmark::State& state) {
+    StudiedStore store(static_cast<int>(state.range(0)));
+    std::list<FlashCard> cards;
+    if (!store.IsOpen || store.Cards.SelectCardByRowId(1, cards) < 0 || cards.empty()) {
+        state.SkipWithError("cannot make the store");
+        return;
+    }
+    for (auto _ : state) {
+        EditFrame* frame = nullptr;
+        state.SetIterationTime(1e-3 * Milliseconds([&] {
+                                   frame = new EditFrame(GetServices());
+                                   frame->SetDatabase(&store.Cards);
+                                   frame->SetCard(cards.front());
+                                   frame->Show();
+                                   frame->wxWindow::Update();
+                                   wxYield();
+                               }));
+        frame->Destroy();
+        wxYield();
+    }
+}
+
+void AddSizes(benchmark::internal::Benchmark* bench) {
+    bench->ArgName("cards")->Arg(10000)->Arg(100000)->Arg(1000000);
+    bench->Iterations(9)->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(CategoryListRefresh)->Apply(AddSizes);
+BENCHMARK(LearningProgressCounts)->Apply(AddSizes);
+BENCHMARK(OpenEditor)->Apply(AddSizes);
+
+}  // namespace
