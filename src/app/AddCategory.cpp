@@ -6,15 +6,18 @@
 
 #include <list>
 
+#include "shell/AccessibleName.h"
 #include "store/Database.h"
 
 void AddCategory(wxWindow* parent, Database& database) {
     const wxString caption = _("Add Category");
-    const wxString name = wxGetTextFromUser(
-        _("Please enter the name of the category you want to add."), caption, wxString(), parent);
-    if (name.empty()) {
+    const wxString question = _("Please enter the name of the category you want to add.");
+    wxTextEntryDialog dialog(parent, question, caption);
+    SetAccessibleFieldName(dialog, question);
+    if (dialog.ShowModal() != wxID_OK || dialog.GetValue().empty()) {
         return;
     }
+    const wxString name = dialog.GetValue();
     // The store knows names that differ in their spelling only, such as numbers, as the same.
     std::list<Category> same;
     if (database.SelectCategoryByName(name, same) >= 0 && !same.empty()) {

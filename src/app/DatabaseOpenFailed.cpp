@@ -9,6 +9,7 @@
 #include <wx/textctrl.h>
 
 #include "app/StoreFileDialogs.h"
+#include "shell/AccessibleName.h"
 
 namespace {
 
@@ -31,6 +32,7 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
         new wxStaticText(this, wxID_ANY, _("Unable to open the flash card store file."));
     mpPath = new wxTextCtrl(this, ID_PATH, path, wxDefaultPosition, FromDIP(wxSize(390, -1)),
                             wxTE_READONLY);
+    SetAccessibleName(*mpPath, message->GetLabelText());
 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     const auto addButton = [&](int id, const wxString& label) {

@@ -16,6 +16,7 @@
 #include "base/WideText.h"
 #include "edit/EditSchedulePanel.h"
 #include "edit/FormLabel.h"
+#include "shell/FormScroll.h"
 
 namespace {
 
@@ -98,8 +99,6 @@ EditForm::EditForm(wxWindow* parent)
     : wxScrolledWindow(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                        wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL) {
     SetScrollRate(1, 1);
-    Bind(wxEVT_CHILD_FOCUS, &EditForm::OnChildFocus, this);
-    Bind(wxEVT_MOUSEWHEEL, &EditForm::OnMouseWheel, this);
     // Of a key that a part of a control has, such as the button of a choice, the form is told.
     Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
     auto* const column = new wxBoxSizer(wxVERTICAL);
@@ -174,12 +173,12 @@ void EditForm::AddButtons(wxBoxSizer& column) {
     column.Add(row, wxSizerFlags(1).Right().Border(wxALL, kFormBorder));
     ok->SetDefault();
     BindFields(*this);
+    LetFormScroll(*this);
 }
 
 void EditForm::BindFields(wxWindow& parent) {
     for (wxWindow* const child : parent.GetChildren()) {
         child->Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
-        child->Bind(wxEVT_MOUSEWHEEL, &EditForm::OnMouseWheel, this);
         BindFields(*child);
     }
 }
@@ -193,40 +192,6 @@ void EditForm::OnFieldChar(wxKeyEvent& event) {
     wxCommandEvent click(wxEVT_BUTTON, wxID_CANCEL);
     click.SetEventObject(this);
     ProcessWindowEvent(click);
-}
-
-// Shows the field that has the keys and its neighbours: a choice that gets the keys tells nobody.
-void EditForm::OnChildFocus(wxChildFocusEvent& event) {
-    event.Skip();
-    const wxWindow& child = *event.GetWindow();
-    const int margin = 4 * GetCharHeight();
-    const int top = ScreenToClient(child.GetScreenPosition()).y - margin;
-    const int bottom = top + child.GetSize().y + 2 * margin;
-    const int below = bottom - GetClientSize().y;
-    if (top < 0) {
-        ScrollBy(top);
-    } else if (below > 0) {
-        ScrollBy(std::min(below, top));
-    }
-}
-
-// By lines of text, as the form's own steps are single pixels. Only a text that is longer than its
-// field scrolls in itself; choices and numbers would take the wheel for a change of their value.
-void EditForm::OnMouseWheel(wxMouseEvent& event) {
-    const auto* const text = dynamic_cast<const wxTextCtrl*>(event.GetEventObject());
-    const bool isLongText = text != nullptr && text->IsMultiLine() &&
-                            text->GetScrollRange(wxVERTICAL) > text->GetScrollThumb(wxVERTICAL);
-    if (isLongText || event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL ||
-        event.GetWheelDelta() == 0) {
-        event.Skip();
-        return;
-    }
-    ScrollBy(-event.GetWheelRotation() * event.GetLinesPerAction() * GetCharHeight() /
-             event.GetWheelDelta());
-}
-
-void EditForm::ScrollBy(int pixels) {
-    Scroll(-1, std::max(GetViewStart().y + pixels, 0));
 }
 
 void EditForm::Load(const FlashCard& card, const wxString& categoryName) {

@@ -78,9 +78,6 @@ class EditForm : public wxScrolledWindow {
 
     void BindFields(wxWindow& parent);
     void OnFieldChar(wxKeyEvent& event);
-    void OnChildFocus(wxChildFocusEvent& event);
-    void OnMouseWheel(wxMouseEvent& event);
-    void ScrollBy(int pixels);
 
     std::array<Field, kCardFieldCount> mFields;
     wxComboBox* mpCategory = nullptr;

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "list/CardList.h"
-#include "list/ListRows.h"
+#include "shell/ListRows.h"
 
 namespace {
 

@@ -9,11 +9,12 @@
 #include <list>
 #include <map>
 
-#include "list/ListRows.h"
 #include "list/ShownText.h"
 #include "resources/ResourceBitmap.h"
+#include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/ListRows.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
 #include "store/Database.h"
@@ -161,8 +162,10 @@ void CategoryList::Rename() {
         return;
     }
     const Category& category = found.front();
-    wxTextEntryDialog dialog(this, _("Please enter a new name for the category."),
-                             _("Rename Category"), category.Name, wxOK | wxCANCEL | wxCENTRE);
+    const wxString question = _("Please enter a new name for the category.");
+    wxTextEntryDialog dialog(this, question, _("Rename Category"), category.Name,
+                             wxOK | wxCANCEL | wxCENTRE);
+    SetAccessibleFieldName(dialog, question);
     // A field cannot hold every name, and one that was not touched is to change none.
     const wxString untouched = dialog.GetValue();
     mAsking = true;

@@ -22,6 +22,7 @@ wxDropDownButton::wxDropDownButton(wxWindow* parent, wxWindowID id, const wxStri
     SetBackgroundStyle(wxBG_STYLE_PAINT);
     Create(parent, id, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, wxDefaultValidator, name);
     SetLabel(label);
+    SetAccessibleRole(*this, AccessibleRole::Button);
     const auto redraw = [this](wxEvent& event) {
         event.Skip();
         Refresh();

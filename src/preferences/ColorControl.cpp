@@ -5,6 +5,8 @@
 #include <wx/intl.h>
 #include <wx/sizer.h>
 
+#include "shell/AccessibleName.h"
+
 namespace {
 
 constexpr int kSwatchId = 10062;
@@ -13,7 +15,8 @@ constexpr int kBorder = 5;
 
 }  // namespace
 
-ColorControl::ColorControl(wxWindow* parent, wxWindowID id) : wxPanel(parent, id) {
+ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& label)
+    : wxPanel(parent, id) {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     const int border = FromDIP(kBorder);
     mpSwatch =
@@ -23,6 +26,7 @@ ColorControl::ColorControl(wxWindow* parent, wxWindowID id) : wxPanel(parent, id
     auto* const change = new wxButton(this, kButtonId, _("Change Color..."));
     row->Add(change, wxSizerFlags().CentreVertical().Border(wxALL, border));
     SetSizer(row);
+    SetAccessibleName(*change, label + " " + change->GetLabelText());
     change->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnChange(); });
 }
 

@@ -7,6 +7,8 @@
 #include <wx/sizer.h>
 #include <wx/textctrl.h>
 
+#include "shell/AccessibleName.h"
+
 namespace {
 
 constexpr int kNameId = 10047;
@@ -17,7 +19,8 @@ constexpr int kNameWidth = 180;
 
 }  // namespace
 
-FontControl::FontControl(wxWindow* parent, wxWindowID id) : wxPanel(parent, id) {
+FontControl::FontControl(wxWindow* parent, wxWindowID id, const wxString& label)
+    : wxPanel(parent, id) {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     const int border = FromDIP(kBorder);
     mpName = new wxTextCtrl(this, kNameId, wxString(), wxDefaultPosition,
@@ -27,6 +30,8 @@ FontControl::FontControl(wxWindow* parent, wxWindowID id) : wxPanel(parent, id) 
     auto* const change = new wxButton(this, kButtonId, _("Change Font..."));
     row->Add(change, wxSizerFlags().CentreVertical().Border(wxALL, border));
     SetSizer(row);
+    SetAccessibleName(*mpName, label);
+    SetAccessibleName(*change, label + " " + change->GetLabelText());
     change->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnChange(); });
 }
 

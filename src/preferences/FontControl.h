@@ -9,7 +9,8 @@ class wxTextCtrl;
 // it.
 class FontControl : public wxPanel {
   public:
-    FontControl(wxWindow* parent, wxWindowID id);
+    // The label is the one beside the control, for those who hear the screen.
+    FontControl(wxWindow* parent, wxWindowID id, const wxString& label);
 
     void SetFontData(const wxFontData& data);
     const wxFontData& GetFontData() const { return mData; }

@@ -8,13 +8,13 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
-#include <algorithm>
 #include <limits>
 
 #include "preferences/ColorControl.h"
 #include "preferences/FontControl.h"
 #include "preferences/StoreFileChange.h"
 #include "shell/AccessibleName.h"
+#include "shell/FormScroll.h"
 #include "shell/Settings.h"
 #include "store/Subject.h"
 
@@ -84,7 +84,6 @@ void PreferencesDialog::CreateControls() {
     mpForm = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                                   wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL);
     mpForm->SetScrollRate(1, 1);
-    mpForm->Bind(wxEVT_MOUSEWHEEL, &PreferencesDialog::OnWheel, this);
     mpFormSizer = new wxBoxSizer(wxVERTICAL);
     auto* const margin = new wxBoxSizer(wxVERTICAL);
     margin->Add(mpFormSizer, wxSizerFlags(1).Expand().Border(wxALL, FromDIP(kBorder)));
@@ -92,6 +91,7 @@ void PreferencesDialog::CreateControls() {
     CreateAppearance();
     CreateAdvanced();
     CreateStoreFile();
+    LetFormScroll(*mpForm);
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     SetSizer(rows);
     rows->Add(mpForm, wxSizerFlags(1).Expand());
@@ -100,11 +100,12 @@ void PreferencesDialog::CreateControls() {
 
 void PreferencesDialog::CreateAppearance() {
     AddHeading(_("Appearance"));
-    mpListFont = AddFont(_("List View Font:"), wxALL, ID_LIST_FONT);
-    mpStudyFont = AddFont(_("Study Flash Card Font:"), kLater, ID_STUDY_FONT);
+    mpListFont = AddControl<FontControl>(_("List View Font:"), wxALL, ID_LIST_FONT);
+    mpStudyFont = AddControl<FontControl>(_("Study Flash Card Font:"), kLater, ID_STUDY_FONT);
     // The font dialog of some desktops, this one's too, has no colour to choose.
-    mpStudyFontColor = AddColor(_("Study Flash Card Font Color:"), ID_STUDY_FONT_COLOR);
-    mpStudyColor = AddColor(_("Study Flash Card Color:"), ID_STUDY_COLOR);
+    mpStudyFontColor =
+        AddControl<ColorControl>(_("Study Flash Card Font Color:"), kLater, ID_STUDY_FONT_COLOR);
+    mpStudyColor = AddControl<ColorControl>(_("Study Flash Card Color:"), kLater, ID_STUDY_COLOR);
 }
 
 void PreferencesDialog::CreateAdvanced() {
@@ -190,18 +191,10 @@ wxStaticText* PreferencesDialog::AddText(const wxString& text, int sides) {
     return label;
 }
 
-FontControl* PreferencesDialog::AddFont(const wxString& label, int labelSides, int id) {
+template <class Control>
+Control* PreferencesDialog::AddControl(const wxString& label, int labelSides, int id) {
     AddText(label, labelSides);
-    auto* const control = new FontControl(mpForm, id);
-    SetAccessibleName(*control, label);
-    mpFormSizer->Add(control, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kRowBorder)));
-    return control;
-}
-
-ColorControl* PreferencesDialog::AddColor(const wxString& label, int id) {
-    AddText(label, kLater);
-    auto* const control = new ColorControl(mpForm, id);
-    SetAccessibleName(*control, label);
+    auto* const control = new Control(mpForm, id, label);
     mpFormSizer->Add(control, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kRowBorder)));
     return control;
 }
@@ -236,17 +229,6 @@ void PreferencesDialog::ShowDescription(bool early) {
               : _("New cards are only introduced after all scheduled cards have been reviewed."));
     mpIntroductionText->Wrap(FromDIP(kTextWidth));
     mpForm->FitInside();
-}
-
-// By lines of text: the form's own step of a pixel would not get the wheel anywhere.
-void PreferencesDialog::OnWheel(wxMouseEvent& event) {
-    if (event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL) {
-        event.Skip();
-        return;
-    }
-    const int pixels = event.GetWheelRotation() * event.GetLinesPerAction() *
-                       mpForm->GetCharHeight() / event.GetWheelDelta();
-    mpForm->Scroll(wxDefaultCoord, std::max(mpForm->GetViewStart().y - pixels, 0));
 }
 
 void PreferencesDialog::OnIntroductionChoice(wxCommandEvent& event) {

@@ -35,8 +35,8 @@ class PreferencesDialog : public wxDialog {
     // Each adds to the end of the form.
     void AddHeading(const wxString& title);
     wxStaticText* AddText(const wxString& text, int sides);
-    FontControl* AddFont(const wxString& label, int labelSides, int id);
-    ColorControl* AddColor(const wxString& label, int id);
+    template <class Control>
+    Control* AddControl(const wxString& label, int labelSides, int id);
     wxChoice* AddChoice(int id, const wxArrayString& entries);
 
     void LoadSettings();
@@ -45,7 +45,6 @@ class PreferencesDialog : public wxDialog {
     void ApplyAppearance();
     void ApplyIntroduction();
 
-    void OnWheel(wxMouseEvent& event);
     void OnIntroductionChoice(wxCommandEvent& event);
     void OnStoreChoice(wxCommandEvent& event);
     void OnDefault(wxCommandEvent& event);

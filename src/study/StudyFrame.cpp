@@ -292,6 +292,7 @@ void StudyFrame::TellAccessibility() {
         IsBackVisible() ? mpCardViewer->GetSecondText() : mpCardViewer->GetHint();
     SetAccessibleName(*mpCardViewer, mpCardViewer->GetFirstText() + "\n" + second);
     SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
+    SetAccessibleRole(*mpQuickScore, AccessibleRole::Button);
 }
 
 void StudyFrame::UpdateStatusTexts() {

@@ -243,10 +243,14 @@ class Program:
     def wait_no_text(self, text):
         wait_until(lambda: not any(text in line for line in self.read()), f"end of “{text}”")
 
+    def controls(self):
+        """Each Control that the active window shows; asks for let_read_windows."""
+        return self._sandbox.bus.controls(self.process.pid)
+
     def click(self, label):
-        """Clicks the button of that label with the mouse; asks for let_read_windows."""
+        """Clicks the button, menu or entry of that label; asks for let_read_windows."""
         x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
-                          f"button “{label}”")
+                          f"“{label}” to click at")
         run_tool("xdotool", "mousemove", str(x), str(y), "click", "1")
 
     def click_at(self, title, across, down):
@@ -285,11 +289,27 @@ class Program:
         self.process.wait()
 
 
+class Control:
+    """One node of what a window tells: its role, its name, and whether it takes the focus or has it."""
+
+    def __init__(self, role, name, state, node):
+        self.role, self.name, self.node = role, name, node
+        # One that is switched off takes no focus.
+        self.focusable = bool(state >> 11 & 1 and state >> 24 & 1)
+        self.focused = bool(state >> 12 & 1)
+
+    def __repr__(self):
+        return f"{self.role} “{self.name}”"
+
+
 class AccessibilityBus:
     """A session bus of its own, through which the toolkit tells what its windows show."""
 
     _ROOT = "/org/a11y/atspi/accessible/root"
+    _STATE_ACTIVE = 1
+    _STATE_FOCUSED = 12
     _STATE_SHOWING = 25
+    _CLICKED = ("push button", "menu", "menu item")
     _ACCESSIBLE = "org.a11y.atspi.Accessible"
 
     def __init__(self, environment):
@@ -335,22 +355,41 @@ class AccessibilityBus:
         found = re.search(r"uint32 (\d+)", reply)
         return int(found.group(1)) if found else 0
 
-    def _showing(self, node):
+    def _state(self, node):
         reply = self._call(*node, self._ACCESSIBLE + ".GetState")
         bits = re.findall(r"uint32 (\d+)", reply)
-        return bool(bits) and bool(int(bits[0]) >> self._STATE_SHOWING & 1)
+        return int(bits[0]) if bits else 0
+
+    def _role(self, node):
+        reply = self._call(*node, self._ACCESSIBLE + ".GetRoleName")
+        found = re.search(r'string "(.*)"', reply)
+        return found.group(1) if found else ""
+
+    def _has(self, node, state):
+        return bool(self._state(node) >> state & 1)
 
     def _walk(self, node):
-        if self._showing(node):
+        if self._has(node, self._STATE_SHOWING):
             yield node
             for child in self._children(node):
                 yield from self._walk(child)
 
-    def _nodes(self, process):
+    def _windows(self, process):
         for application in self._children(("org.a11y.atspi.Registry", self._ROOT)):
             if self._process(application[0]) == process:
-                for window in self._children(application):
-                    yield from self._walk(window)
+                yield from self._children(application)
+
+    def _nodes(self, process):
+        for window in self._windows(process):
+            yield from self._walk(window)
+
+    def controls(self, process):
+        return [Control(self._role(node), self._name(node), self._state(node), node)
+                for window in self._windows(process) if self._has(window, self._STATE_ACTIVE)
+                for node in self._walk(window)]
+
+    def has_focus(self, control):
+        return self._has(control.node, self._STATE_FOCUSED)
 
     def read(self, process):
         texts = []
@@ -359,10 +398,9 @@ class AccessibilityBus:
         return texts
 
     def find(self, process, label):
-        """The middle of the button of that label on the screen, or None."""
+        """The middle of what a click on that label is to hit, or None."""
         for node in self._nodes(process):
-            role = self._call(*node, self._ACCESSIBLE + ".GetRoleName")
-            if "push button" in role and self._name(node) == label:
+            if self._role(node) in self._CLICKED and self._name(node) == label:
                 reply = self._call(*node, "org.a11y.atspi.Component.GetExtents", "uint32:0")
                 place = [int(number) for number in re.findall(r"int32 (-?\d+)", reply)]
                 if len(place) == 4 and place[2] > 0 and place[3] > 0:

@@ -18,6 +18,7 @@
 #include "exchange/ImportPass.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "shell/AccessibleName.h"
+#include "shell/ListRows.h"
 #include "shell/Makers.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
@@ -305,7 +306,7 @@ void ImportDialog::ShowPreview(bool isError) {
     const wxString label = isError ? _("Error (first card)") : _("Preview (first card)");
     mpPreviewLabel->SetLabel(label);
     SetAccessibleName(*mpError, label);
-    SetAccessibleName(*mpPreview, label);
+    TellRow(*mpPreview, wxString(), label);
     const bool errorChanged = mpError->Show(isError);
     const bool previewChanged = mpPreview->Show(!isError);
     if (errorChanged || previewChanged) {

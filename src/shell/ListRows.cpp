@@ -1,0 +1,22 @@
+#include "shell/ListRows.h"
+
+#include <wx/listctrl.h>
+#include <wx/panel.h>
+
+#include "shell/AccessibleName.h"
+
+wxWindow& GetRowsWindow(wxListCtrl& list) {
+    for (wxWindow* const child : list.GetChildren()) {
+        // The toolkit gives it no other sign; the titles of the columns have a name of their own.
+        if (child->GetName() == wxPanelNameStr) {
+            return *child;
+        }
+    }
+    return list;
+}
+
+void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole) {
+    wxWindow& rows = GetRowsWindow(list);
+    SetAccessibleName(rows, row.empty() ? whole : row);
+    SetAccessibleRole(rows, AccessibleRole::List);
+}

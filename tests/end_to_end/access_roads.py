@@ -1,0 +1,129 @@
+"""What a person needs who hears the screen or has no mouse: every control of every window has a name
+and a role, and the keys reach it."""
+
+import os
+import unittest
+
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
+
+EDIT_WINDOW = "Edit - Velomind"
+# Roles that say nothing of what a control is for.
+EMPTY_ROLES = ("", "unknown", "invalid", "filler", "panel", "drawing area")
+# What one acts on even where the focus is on a part of it.
+ACTED_ON = ("combo box", "push button", "check box", "radio button", "text", "menu", "menu item",
+            "spin button", "slider", "table", "list")
+
+
+class AccessRoad(RoadTest):
+    def setUp(self):
+        super().setUp()
+        self.sandbox.let_read_windows()
+        self.program = None
+
+    def start(self):
+        self.program = self.sandbox.start()
+
+    def look(self, title):
+        """Waits for a window and looks at every control that it shows, which it gives."""
+        self.program.wait_window(title)
+        return self.look_at_active(title)
+
+    def look_at_active(self, title):
+        controls = wait_until(
+            lambda: [control for control in self.program.controls()
+                     if control.focusable or control.role in ACTED_ON], f"controls of “{title}”")
+        self.assertEqual([], [control for control in controls
+                              if not control.name.strip() or control.role in EMPTY_ROLES],
+                         f"in “{title}”")
+        return controls
+
+    def look_and_tab(self, title, tools=()):
+        """Each control that takes the focus gets it by Tab, but for the other choices of a group
+        and for tools, which are entries of the menu as well."""
+        controls = [control for control in self.look(title)
+                    if control.focusable and control.name not in tools]
+        reached = set()
+        for _ in range(2 * len(controls)):
+            reached.update(control for control in controls if self.sandbox.bus.has_focus(control))
+            press("Tab")
+        grouped = any(control.role == "radio button" for control in reached)
+        self.assertEqual([], [control for control in controls if control not in reached
+                              and not (grouped and control.role == "radio button")],
+                         f"not reached by Tab in “{title}”")
+
+    def leave(self, title, back):
+        press("Escape")
+        self.program.wait_no_window(title)
+        self.program.wait_window(back)
+
+    def dialog(self, menu, entry, title, back):
+        """Opens a window by the menu, looks at it and leaves it."""
+        self.program.click(menu)
+        self.program.click(entry)
+        self.look_and_tab(title)
+        self.leave(title, back)
+
+    def test_windows_of_the_list(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("capitals.txt")))
+        self.start()
+        self.look_and_tab(LIST_WINDOW)
+        self.program.click("Category: Capitals")
+        wait_until(lambda: ["Capitals"] == [control.name for control in
+                                            self.look_at_active("the drop-down list")],
+                   "the drop-down list")
+        press("Escape")
+        self.dialog("Tools", "Options...", "Options", LIST_WINDOW)
+        self.dialog("Help", "About...", "About Velomind", LIST_WINDOW)
+        self.dialog("File", "New Category", "Add Category", LIST_WINDOW)
+        press("ctrl+i")
+        self.program.wait_window("Import Flashcards")
+        type_text(self.sandbox.sample("french.txt"))
+        press("Return")
+        self.look_and_tab("Import")
+        self.program.click("OK")
+        self.look_and_tab("New Category")
+        self.leave("New Category", LIST_WINDOW)
+
+    def test_windows_of_study(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        self.start()
+        self.program.wait_window(LIST_WINDOW)
+        press("ctrl+2")
+        self.look(STUDY_WINDOW)
+        press("space")
+        self.program.wait_no_text("The back side of this flash card is hidden")
+        self.look(STUDY_WINDOW)
+        press("4")
+        self.program.wait_text("The back side of this flash card is hidden")
+        press("Left")
+        self.program.wait_no_text("The back side of this flash card is hidden")
+        press("2")
+        self.look_and_tab("Rescore")
+        self.program.click("Original Score")
+        self.program.wait_no_window("Rescore")
+        self.program.wait_window(STUDY_WINDOW)
+        self.dialog("File", "Export...", "Export Options", STUDY_WINDOW)
+        self.dialog("Tools", "Learning Progress...", "Learning Progress", STUDY_WINDOW)
+        press("ctrl+e")
+        self.look_and_tab(EDIT_WINDOW, ("Save & New",))
+
+    def test_windows_before_the_first(self):
+        with open(self.sandbox.store, "wb") as file:
+            file.write(b"This is a letter to my aunt.\n" * 1000)
+        self.start()
+        self.look_and_tab("Velomind")
+        self.program.click("Exit")
+        self.assertEqual(255, self.program.wait())
+        os.remove(self.sandbox.store)
+        old = os.path.join(self.sandbox.documents, "Velomind Classic")
+        os.mkdir(old)
+        with open(os.path.join(old, "FlashCards.vls"), "wb") as file:
+            file.write(b"old")
+        self.start()
+        self.look_and_tab("Import")
+        press("alt+y")
+        self.look_and_tab("Velomind")
+
+
+if __name__ == "__main__":
+    unittest.main()
