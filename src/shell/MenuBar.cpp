@@ -1,5 +1,6 @@
 #include "shell/MenuBar.h"
 
+#include <wx/accel.h>
 #include <wx/frame.h>
 #include <wx/menu.h>
 #include <wx/settings.h>
@@ -203,6 +204,9 @@ void InitFrame(wxFrame& frame, const wxString&) {
         menu->Destroy(test);
     }
     frame.SetMenuBar(bar.release());
+    // The key of the entry that was taken out: a person of a desktop presses it all the same.
+    const wxAcceleratorEntry close(wxACCEL_CTRL, 'W', wxID_CLOSE);
+    frame.SetAcceleratorTable(wxAcceleratorTable(1, &close));
     frame.SetIcons(LoadApplicationIcon());
     UseFaceColour(frame);
 }

@@ -83,6 +83,8 @@ class AccessRoad(RoadTest):
         self.program.click("OK")
         self.look_and_tab("New Category")
         self.leave("New Category", LIST_WINDOW)
+        press("ctrl+w")
+        self.assertEqual(0, self.program.wait())
 
     def test_windows_of_study(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
@@ -106,6 +108,11 @@ class AccessRoad(RoadTest):
         self.dialog("Tools", "Learning Progress...", "Learning Progress", STUDY_WINDOW)
         press("ctrl+e")
         self.look_and_tab(EDIT_WINDOW, ("Save & New",))
+        press("ctrl+w")
+        self.program.wait_no_window(EDIT_WINDOW)
+        self.program.wait_window(STUDY_WINDOW)
+        press("ctrl+w")
+        self.assertEqual(0, self.program.wait())
 
     def test_windows_before_the_first(self):
         with open(self.sandbox.store, "wb") as file:
