@@ -2,6 +2,7 @@
 
 #include <wx/confbase.h>
 
+#include <limits>
 #include <list>
 #include <memory>
 #include <optional>
@@ -16,7 +17,8 @@ constexpr char kKey[] = "CurrentCategoryId";
 // Nothing when no choice was ever stored, or none that makes sense.
 std::optional<int32_t> ReadChoice() {
     long value = -1;
-    if (!OpenSettings()->Read(kKey, &value)) {
+    if (!OpenSettings()->Read(kKey, &value) || value < std::numeric_limits<int32_t>::min() ||
+        value > std::numeric_limits<int32_t>::max()) {
         return std::nullopt;
     }
     return static_cast<int32_t>(value);

@@ -35,7 +35,7 @@
 
 namespace {
 
-// Of these no window has a handler yet.
+// Where the window at hand does not take them nobody does.
 constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
 wxString MakeFullPath(const wxString& path) {

@@ -1,0 +1,64 @@
+"""Settings that make no sense, and places where none can be kept, do not stop a person's study."""
+
+import os
+import shutil
+import unittest
+
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+
+KEYS = ("Font", "FontColor", "StudyBgColor", "BrowseFont", "CardLayout", "CompactScoring", "LastWindow",
+        "EarlyIntroduction", "EarlyIntroductionInterval", "CurrentCategoryId", "CardListColumns",
+        "ImportDialogColumnWidths", "QuickHelp", "Test", "StudyFramePosition", "EditFramePosition",
+        "BrowseFramePosition", "ImportDialogPosition")
+WARNING = "Velomind Warning"
+
+
+class SettingsRoad(RoadTest):
+    def setUp(self):
+        super().setUp()
+        self.sandbox.let_read_windows()
+
+    def study(self, program):
+        """Scores one card, after each window was open."""
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+2")
+        program.wait_window(STUDY_WINDOW)
+        press("ctrl+e")
+        program.wait_window("Edit - Velomind")
+        press("ctrl+w")
+        program.wait_window(STUDY_WINDOW)
+        press("space", "4")
+        wait_until(lambda: self.sandbox.query("SELECT SUM(Introduced) FROM Cards") == [(1,)],
+                   "a score")
+
+    def test_nonsense_in_every_key(self):
+        for nonsense in ("%s $HOME \\", "-99999999999999999999", "1,2,3,4,5,6,7", "Sans 9999999"):
+            with self.subTest(nonsense):
+                self.sandbox.close()
+                self.setUp()
+                self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("capitals.txt")))
+                self.sandbox.set_setting("\n[[broken\n", "no name\n\n[/]")
+                for key in KEYS:
+                    self.sandbox.set_setting(key, nonsense)
+                program = self.sandbox.start()
+                self.study(program)
+                self.assertEqual(0, program.quit())
+
+    def test_no_place_for_settings_and_no_directory_for_documents(self):
+        shutil.rmtree(self.sandbox.config)
+        self.sandbox.write("config", "a file in place of the directory")
+        self.sandbox.home = os.path.join(self.sandbox.home, "not", "there")
+        self.sandbox.store = os.path.join(self.sandbox.home, "FlashCards2.vlm")
+        for start in (("--import", self.sandbox.sample("capitals.txt")), ()):
+            program = self.sandbox.start(*start)
+            program.wait_window(WARNING)
+            program.wait_text("Your settings cannot be kept: ")
+            press("Return")
+            program.wait_no_window(WARNING)
+        self.study(program)
+        self.assertEqual([], program.windows(WARNING), "told once")
+        self.assertEqual(0, program.quit())
+
+
+if __name__ == "__main__":
+    unittest.main()
