@@ -5,13 +5,8 @@
 TEST_F(GuiStoreTest, ANewCategoryIsNotOneThatTheStoreSeesAsPresent) {
     ModalAnswers answers;
     for (const char* const name : {"7", "Default", "007", "Latin"}) {
-        answers.Expect([name](wxDialog& dialog) {
-            dynamic_cast<wxTextEntryDialog&>(dialog).SetValue(name);
-            return wxID_OK;
-        });
-        std::list<Category> same;
-        ASSERT_EQ(mDatabase.SelectCategoryByName(name, same), 0);
-        if (!same.empty()) {
+        answers.ThenType(name);
+        if (wxString(name) == "Default" || wxString(name) == "007") {
             answers.Expect(wxID_OK);
         }
         AddCategory(nullptr, mDatabase);

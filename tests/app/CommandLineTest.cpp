@@ -1,13 +1,7 @@
 #include "app/CommandLine.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <wx/cmdline.h>
-
-#include <string>
-#include <vector>
-
-using ::testing::ElementsAreArray;
 
 namespace {
 
@@ -20,24 +14,22 @@ class RecordingActions : public CommandLineActions {
     void ShowMessage(const wxString& text) override {
         Done.push_back("message " + text.utf8_string());
     }
-    void OpenAddress(const wxString& address) override {
-        Done.push_back("open " + address.utf8_string());
+    void OpenAddress(const wxString& page) override {
+        Done.push_back("open " + page.utf8_string());
     }
 
     bool HasStore = true;
     std::vector<std::string> Done;
 };
 
-struct Case {
-    const char* Line;
-    CommandLineOutcome Outcome;
-    std::vector<std::string> Done;
-    bool HasStore = true;
-};
-
 TEST(CommandLine, EachOptionDoesItsWorkInAFixedOrder) {
     const std::string joinPage = "open https://community.example.org/?q=join";
-    const Case cases[] = {
+    const struct {
+        const char* Line;
+        CommandLineOutcome Outcome;
+        std::vector<std::string> Done;
+        bool HasStore = true;
+    } cases[] = {
         {"", CommandLineOutcome::StartProgram, {}},
         {"--desktop_folder=/d --program_menu_folder /p --add_desktop_shortcut 1 "
          "--add_quicklaunch_shortcut 1",
@@ -50,7 +42,7 @@ TEST(CommandLine, EachOptionDoesItsWorkInAFixedOrder) {
          {"import f", "message m", "open b", joinPage}},
         {"--messagebox m --import f", CommandLineOutcome::Refused, {"import f"}, false},
     };
-    for (const Case& expected : cases) {
+    for (const auto& expected : cases) {
         SCOPED_TRACE(expected.Line);
         wxCmdLineParser parser(expected.Line);
         DescribeCommandLine(parser);
@@ -58,7 +50,7 @@ TEST(CommandLine, EachOptionDoesItsWorkInAFixedOrder) {
         RecordingActions actions;
         actions.HasStore = expected.HasStore;
         EXPECT_EQ(RunCommandLine(parser, actions), expected.Outcome);
-        EXPECT_THAT(actions.Done, ElementsAreArray(expected.Done));
+        EXPECT_EQ(actions.Done, expected.Done);
     }
 }
 

@@ -3,16 +3,13 @@
 #include "shell/CategoryName.h"
 #include "support/GuiTest.h"
 
-TEST_F(GuiStoreTest, AnUnknownCurrentCategoryIsRepairedToOneOfTheStore) {
+TEST_F(GuiStoreTest, OnlyCategoriesOfTheStoreAndNoneAreCurrent) {
     EXPECT_EQ(mDatabase.CategoryInsert("Latin"), 0);
-    struct Case {
-        const char* Stored;
-        int32_t Current;
-    };
-    for (const Case& expected :
-         {Case{"1", 1}, Case{"7", 0}, Case{"-5", 0}, Case{"-1", -1}, Case{"nonsense", 0}}) {
-        OpenSettings()->Write("CurrentCategoryId", expected.Stored);
-        EXPECT_EQ(GetCurrentCategoryId(mDatabase), expected.Current) << expected.Stored;
+    const std::pair<const char*, int32_t> cases[] = {
+        {"1", 1}, {"7", 0}, {"-5", 0}, {"-1", -1}, {"nonsense", 0}};
+    for (const auto& [stored, current] : cases) {
+        OpenSettings()->Write("CurrentCategoryId", stored);
+        EXPECT_EQ(GetCurrentCategoryId(mDatabase), current) << stored;
     }
     // A store without categories gets one, whatever the choice.
     for (const char* const stored : {"", "-1", "4"}) {
@@ -21,9 +18,6 @@ TEST_F(GuiStoreTest, AnUnknownCurrentCategoryIsRepairedToOneOfTheStore) {
         EXPECT_EQ(GetCurrentCategoryId(mDatabase), 0);
         EXPECT_EQ(Query("SELECT Id,Name FROM Categories"), Strings{"0|Default"});
     }
-}
-
-TEST_F(GuiStoreTest, OnlyCategoriesOfTheStoreAndNoneCanBecomeCurrent) {
     EXPECT_EQ(mDatabase.CategoryInsert("Latin"), 0);
     SetCurrentCategoryId(mDatabase, 1);
     SetCurrentCategoryId(mDatabase, 9);

@@ -17,9 +17,8 @@ class EditorsTest : public GuiStoreTest {
 
     void OpenNew(const wxString& front) {
         mEditors.OpenNew(mDatabase);
-        auto& editor = *wxTopLevelWindows.back();
-        dynamic_cast<wxTextCtrl&>(*FindById(editor, 10001)).ChangeValue(front);
-        dynamic_cast<wxTextCtrl&>(*FindById(editor, 10002)).ChangeValue("back");
+        Find<wxTextCtrl>(*wxTopLevelWindows.back(), 10001).ChangeValue(front);
+        Find<wxTextCtrl>(*wxTopLevelWindows.back(), 10002).ChangeValue("back");
     }
     static size_t Count() {
         DrainEvents();
@@ -35,8 +34,7 @@ TEST_F(EditorsTest, AStoredCardHasOneEditorUntilThatGoesOnToAnother) {
     mEditors.Open(card, mDatabase);
     mEditors.Open(card, mDatabase);
     ASSERT_EQ(Count(), 1U);
-    wxCommandEvent saveAndNew(wxEVT_MENU, ID_SAVE_NEW);
-    wxTopLevelWindows.front()->GetEventHandler()->ProcessEvent(saveAndNew);
+    SendCommand(*wxTopLevelWindows.front()->GetEventHandler(), ID_SAVE_NEW);
     mEditors.Open(card, mDatabase);
     EXPECT_EQ(Count(), 2U);
     // A card that was deleted meanwhile has none.
@@ -54,8 +52,7 @@ TEST_F(EditorsTest, ClosingAllStopsAtTheFirstThatRefuses) {
     answers.Expect(wxID_CANCEL);
     EXPECT_FALSE(mEditors.CloseAll());
     EXPECT_EQ(Count(), 2U);
-    answers.Expect(wxID_YES);
-    answers.Expect(wxID_NO);
+    answers.Expect({wxID_YES, wxID_NO});
     EXPECT_TRUE(mEditors.CloseAll());
     EXPECT_EQ(Count(), 0U);
     EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"kept"});
@@ -66,11 +63,10 @@ TEST_F(EditorsTest, AnotherStoreAsksOnceWhetherChangesMayBeLost) {
     EXPECT_TRUE(mEditors.DiscardAll(nullptr)) << "asked without any change";
     EXPECT_EQ(Count(), 0U);
     ModalAnswers answers;
+    answers.Expect({wxID_NO, wxID_YES});
     OpenNew("one");
-    answers.Expect(wxID_NO);
     EXPECT_FALSE(mEditors.DiscardAll(nullptr));
     OpenNew("two");
-    answers.Expect(wxID_YES);
     EXPECT_TRUE(mEditors.DiscardAll(nullptr));
     EXPECT_EQ(Count(), 0U);
     EXPECT_TRUE(answers.Dialogs.at(0).Message.StartsWith("You have modified a flash card but it"));

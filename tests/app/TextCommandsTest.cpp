@@ -25,17 +25,8 @@ class TextCommandsTest : public GuiTest {
         return control;
     }
 
-    // False when the command was passed on.
-    bool Run(int id) {
-        wxCommandEvent event(wxEVT_MENU, id);
-        return mHandler.ProcessEvent(event);
-    }
-
-    bool IsEnabled(int id) {
-        wxUpdateUIEvent event(id);
-        EXPECT_TRUE(mHandler.ProcessEvent(event));
-        return event.GetEnabled();
-    }
+    bool Run(int id) { return SendCommand(mHandler, id); }
+    bool IsEnabled(int id) { return RuleOf(mHandler, id) == "on"; }
 
     void CheckDelete(wxTextEntry& text) {
         text.SetInsertionPoint(1);

@@ -8,12 +8,9 @@
 namespace {
 
 // Works until it is told to end.
-class PatientThread : public wxThread {
-  public:
+struct PatientThread : wxThread {
     PatientThread() : wxThread(wxTHREAD_JOINABLE) {}
     wxSemaphore End;
-
-  protected:
     ExitCode Entry() override { return End.Wait() == wxSEMA_NO_ERROR ? this : nullptr; }
 };
 
@@ -22,21 +19,18 @@ TEST_F(GuiTest, TheWaitEndsWithItsThreadAndWithNothingElse) {
     ASSERT_EQ(worker.Run(), wxTHREAD_NO_ERROR);
     bool sawGaugeMove = false;
     ModalAnswers answers;
-    answers.Expect([&](wxDialog& dialog) {
-        EXPECT_EQ(dialog.GetTitle(), "Upgrading Database");
-        dialog.CallAfter([&] {
-            auto* const gauge = dynamic_cast<wxGauge*>(dialog.GetChildren().back());
-            EXPECT_FALSE(dialog.Close());
-            sawGaugeMove = WaitFor([gauge] { return gauge->GetValue() > 50; });
-            EXPECT_EQ(gauge->GetRange(), 120000);
-            EXPECT_TRUE(worker.IsAlive());
-            worker.End.Post();
-        });
-        return wxID_NONE;
+    answers.Then([&](wxDialog& dialog) {
+        auto* const gauge = dynamic_cast<wxGauge*>(dialog.GetChildren().back());
+        EXPECT_FALSE(dialog.Close());
+        sawGaugeMove = WaitFor([gauge] { return gauge->GetValue() > 50; });
+        EXPECT_EQ(gauge->GetRange(), 120000);
+        EXPECT_TRUE(worker.IsAlive());
+        worker.End.Post();
     });
     AppUpgradeWait(nullptr).WaitFor(worker);
     EXPECT_TRUE(sawGaugeMove);
     EXPECT_FALSE(worker.IsAlive());
+    EXPECT_EQ(answers.Dialogs[0].Title, "Upgrading Database");
     worker.Wait();
 }
 

@@ -5,15 +5,8 @@
 
 namespace {
 
-enum Field : int {
-    kFront = 10001,
-    kBack = 10002,
-    kAuthor = 10003,
-    kOrder = 10004,
-    kForwardSchedule = 10005,
-    kChapter = 10009,
-    kCategory = 10013
-};
+constexpr int kFront = 10001, kBack = 10002, kAuthor = 10003, kOrder = 10004;
+constexpr int kForwardSchedule = 10005, kChapter = 10009, kCategory = 10013;
 constexpr int kInterval = 10000;
 
 // An editor on a real store, told what to do by commands as a person would.
@@ -38,10 +31,9 @@ class EditFrameTest : public GuiStoreTest {
     }
 
     wxWindow& Control(int field) { return *FindById(*mpFrame, field); }
-    void Type(int field, const wxString& text) {
-        dynamic_cast<wxTextEntry&>(Control(field)).ChangeValue(text);
-    }
-    wxString Text(int field) { return dynamic_cast<wxTextEntry&>(Control(field)).GetValue(); }
+    wxTextEntry& Entry(int field) { return Find<wxTextEntry>(*mpFrame, field); }
+    void Type(int field, const wxString& text) { Entry(field).ChangeValue(text); }
+    wxString Text(int field) { return Entry(field).GetValue(); }
 
     // A command of the menus, or the press of a button where there is one of that id.
     void Command(int id) {

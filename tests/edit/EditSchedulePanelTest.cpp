@@ -10,12 +10,8 @@ namespace {
 
 class EditSchedulePanelTest : public GuiTest {
   protected:
-    template <class T>
-    T& Control(int id) {
-        return dynamic_cast<T&>(*FindById(*mpPanel, id));
-    }
-    wxTextCtrl& Interval() { return Control<wxTextCtrl>(10000); }
-    wxChoice& Unit() { return Control<wxChoice>(10003); }
+    wxTextCtrl& Interval() { return Find<wxTextCtrl>(*mpPanel, 10000); }
+    wxChoice& Unit() { return Find<wxChoice>(*mpPanel, 10003); }
     void LoadInterval(float seconds) {
         CardSchedule schedule;
         schedule.ReviewInterval = seconds;
@@ -81,16 +77,16 @@ TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
     schedule.Difficulty = 20;
     schedule.ERC = 77;
     mpPanel->Load(schedule);
-    EXPECT_EQ(Control<wxTextCtrl>(10002).GetValue(), "2023-11-14 22:13:20Z");
-    EXPECT_EQ(Control<wxTextCtrl>(10004).GetValue(), "2023-11-14 22:14:20Z");
+    EXPECT_EQ(Find<wxTextCtrl>(*mpPanel, 10002).GetValue(), "2023-11-14 22:13:20Z");
+    EXPECT_EQ(Find<wxTextCtrl>(*mpPanel, 10004).GetValue(), "2023-11-14 22:14:20Z");
     CardSchedule saved;
     EXPECT_EQ(mpPanel->Save(saved), 0);
     EXPECT_EQ(saved, schedule);
 
-    Control<wxCheckBox>(10001).SetValue(true);
-    Control<wxSpinCtrl>(10007).SetValue(32);
-    Control<wxChoice>(10005).SetSelection(5);
-    EXPECT_EQ(Control<wxChoice>(10005).GetStringSelection(), "0 - Fail (incorrect)\n");
+    Find<wxCheckBox>(*mpPanel, 10001).SetValue(true);
+    Find<wxSpinCtrl>(*mpPanel, 10007).SetValue(32);
+    Find<wxChoice>(*mpPanel, 10005).SetSelection(5);
+    EXPECT_EQ(Find<wxChoice>(*mpPanel, 10005).GetStringSelection(), "0 - Fail (incorrect)\n");
     EXPECT_EQ(mpPanel->Save(saved), 0);
     schedule.Introduced = true;
     schedule.Difficulty = 32;

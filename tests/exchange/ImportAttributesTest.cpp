@@ -4,7 +4,7 @@
 
 namespace {
 
-class ImportAttributes : public ImportFixture {};
+using ImportAttributes = ImportFixture;
 
 constexpr const char* kRepeated =
     "This card attribute has already been specified.  Individual cards must be separated by a "
@@ -40,10 +40,7 @@ TEST_F(ImportAttributes, RefusesWithTheNameAsSpelledAndItsLine) {
     const std::string date = "followed by a valid date in this format YYYY-MM-DD hh:mm:ss @";
     const std::string seconds = "followed by a valid number of seconds. @";
     const std::string uuid = "followed by a valid UUID (Universally Unique Identifier). @";
-    const struct {
-        std::string Text;
-        std::string Outcome;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {": x\n", "\"\" is not a valid attribute name. @1"},
         {"f: a\nb: b\nQuestion: c\n", kRepeated + std::string("3")},
         {"Front: a\nfront: b\n", kRepeated + std::string("2")},
@@ -70,19 +67,16 @@ TEST_F(ImportAttributes, RefusesWithTheNameAsSpelledAndItsLine) {
         {"RErc: 2147418113\n", Named("RErc", (number + "2147418112 @1").c_str())},
         {"ractive: true\n", "\"ractive\" is not a valid attribute name. @1"},
     };
-    for (const auto& row : cases) {
-        EXPECT_EQ(Import(row.Text), -1) << row.Text;
-        EXPECT_EQ(mResult->Status, ImportStatus::kFailed) << row.Text;
-        EXPECT_EQ(Outcome(), row.Outcome) << row.Text;
+    for (const auto& [text, outcome] : cases) {
+        EXPECT_EQ(Import(text), -1) << text;
+        EXPECT_EQ(mResult->Status, ImportStatus::kFailed) << text;
+        EXPECT_EQ(Outcome(), outcome) << text;
     }
     EXPECT_TRUE(mDatabase.IsEmpty());
 }
 
 TEST_F(ImportAttributes, ChecksTheColumnsOfATableInOrder) {
-    const struct {
-        std::string Text;
-        std::string Outcome;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"Front,BACK\na,b\n", "1 inserted, 0 merged, 0 ignored"},
         {"Front,Bak,Foo\na,b\n", "\"Bak\" is not a valid attribute name. @1"},
         {"\nFront,Back\n", "\"\" is not a valid attribute name. @1"},
@@ -91,9 +85,9 @@ TEST_F(ImportAttributes, ChecksTheColumnsOfATableInOrder) {
         {"Front,Back\nc\n", "Every card must have an back attribute. @2"},
         {"Front,Back,ForwardX,Category,id\nc,d\n", "1 inserted, 0 merged, 0 ignored"},
     };
-    for (const auto& row : cases) {
-        ImportTable(row.Text);
-        EXPECT_EQ(Outcome(), row.Outcome) << row.Text;
+    for (const auto& [text, outcome] : cases) {
+        ImportTable(text);
+        EXPECT_EQ(Outcome(), outcome) << text;
     }
 }
 

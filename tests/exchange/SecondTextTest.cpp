@@ -3,11 +3,7 @@
 #include <gtest/gtest.h>
 
 TEST(SecondText, SplitsWhatWasJoined) {
-    const struct {
-        const wchar_t* Stored;
-        const wchar_t* Main;
-        const wchar_t* Second;
-    } cases[] = {
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> cases[] = {
         {L"x\n\u3010y\u3011", L"x", L"y"},
         {L"", L"", L""},
         {L"\n\u3010y\u3011", L"", L"y"},
@@ -17,12 +13,12 @@ TEST(SecondText, SplitsWhatWasJoined) {
         // The first opening and the last closing bracket count.
         {L"x\n\u3010y\n\u3010z\u3011\u3011", L"x", L"y\n\u3010z\u3011"},
     };
-    for (const auto& row : cases) {
+    for (const auto& [stored, expectedMain, expectedSecond] : cases) {
         wxString main = "old";
         wxString second = "old";
-        SplitSecondText(row.Stored, main, second);
-        EXPECT_EQ(main, row.Main) << row.Stored;
-        EXPECT_EQ(second, row.Second) << row.Stored;
-        EXPECT_EQ(JoinSecondText(main, second), row.Stored);
+        SplitSecondText(stored, main, second);
+        EXPECT_EQ(main, expectedMain) << stored;
+        EXPECT_EQ(second, expectedSecond) << stored;
+        EXPECT_EQ(JoinSecondText(main, second), stored);
     }
 }

@@ -79,12 +79,11 @@ TEST_F(BrowseFrameTest, CommandsOfTheDropDownReachTheWindowWhereTheyAreEnabled) 
     int commands = 0;
     mpFrame->Bind(
         wxEVT_MENU, [&commands](wxCommandEvent&) { ++commands; }, ID_NEW_CATEGORY);
-    wxCommandEvent command(wxEVT_MENU, ID_NEW_CATEGORY);
-    Categories().ProcessWindowEvent(command);
+    SendCommand(*Categories().GetEventHandler(), ID_NEW_CATEGORY);
     EXPECT_EQ(commands, 1);
     mpFrame->Bind(
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Enable(false); }, ID_NEW_CATEGORY);
-    Categories().ProcessWindowEvent(command);
+    SendCommand(*Categories().GetEventHandler(), ID_NEW_CATEGORY);
     EXPECT_EQ(commands, 1);
 }
 

@@ -6,10 +6,7 @@ class CategoryListTest : public ListTest {
     Strings Stored() { return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id"); }
     // Types the name and answers the question that may follow.
     void Rename(const wxString& name, int answer = wxID_NONE) {
-        mAnswers.Expect([name](wxDialog& dialog) {
-            static_cast<wxTextEntryDialog&>(dialog).SetValue(name);
-            return wxID_OK;
-        });
+        mAnswers.ThenType(name);
         if (answer != wxID_NONE) {
             mAnswers.Expect(answer);
         }

@@ -7,27 +7,10 @@
 
 namespace {
 
-enum : int {
-    ID_LIST_FONT = 10004,
-    ID_STUDY_COLOR = 10005,
-    ID_INTERVAL = 10003,
-    ID_DEFAULT = 10006,
-    ID_FONT_NAME = 10047,
-    ID_STUDY_FONT_COLOR = 10054,
-    ID_BROWSE = 10117,
-    ID_STORE_CHOICE = 10123,
-    ID_NEW_PATH = 10124,
-    ID_INTRODUCTION = 10149
-};
-
-// Keeps the interval that it finds whenever it is told of a change.
-class IntervalWatcher : public Observer {
-  public:
-    void Update(Subject*) override {
-        Seen.push_back(ReadIntegerSetting("EarlyIntroductionInterval"));
-    }
-    std::vector<int32_t> Seen;
-};
+constexpr int ID_INTERVAL = 10003, ID_LIST_FONT = 10004, ID_STUDY_COLOR = 10005;
+constexpr int ID_DEFAULT = 10006, ID_FONT_NAME = 10047, ID_STUDY_FONT_COLOR = 10054;
+constexpr int ID_BROWSE = 10117, ID_STORE_CHOICE = 10123, ID_NEW_PATH = 10124;
+constexpr int ID_INTRODUCTION = 10149;
 
 class PreferencesDialogTest : public GuiStoreTest {
   protected:
@@ -41,14 +24,6 @@ class PreferencesDialogTest : public GuiStoreTest {
     Control& Find(int id) {
         return ::Find<Control>(*mpDialog, id);
     }
-    // Shows the dialog with that interval and presses OK.
-    void Accept(const wxString& interval) {
-        Find<wxTextCtrl>(ID_INTERVAL).ChangeValue(interval);
-        ModalAnswers answers;
-        answers.ThenPress(wxID_OK);
-        EXPECT_EQ(mpDialog->ShowModal(), wxID_OK);
-    }
-
     Subject mNotifier;
     FakeStoreFileActions mFiles;
     PreferencesDialog* mpDialog = nullptr;
@@ -70,8 +45,7 @@ TEST_F(PreferencesDialogTest, AChoiceEnablesWhatBelongsToIt) {
 }
 
 TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
-    IntervalWatcher watcher;
-    const SubjectAttachment attachment(&mNotifier, &watcher);
+    CountingObserver observer(mNotifier);
     wxFontData font;
     font.SetChosenFont(wxFont(wxFontInfo(30).FaceName("Monospace")));
     Find<FontControl>(ID_LIST_FONT).SetFontData(font);
@@ -82,9 +56,13 @@ TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
     Find<ColorControl>(ID_STUDY_COLOR).SetColourData(colour);
     Find<ColorControl>(ID_STUDY_FONT_COLOR).SetColourData(colour);
     for (const char* const interval : {"-7", "", "12 seconds", "99999999999"}) {
-        Accept(interval);
+        Find<wxTextCtrl>(ID_INTERVAL).ChangeValue(interval);
+        ModalAnswers answers;
+        answers.ThenPress(wxID_OK);
+        EXPECT_EQ(mpDialog->ShowModal(), wxID_OK);
+        EXPECT_EQ(ReadIntegerSetting("EarlyIntroductionInterval"), -7) << interval;
     }
-    EXPECT_EQ(watcher.Seen, (std::vector<int32_t>{-7, -7, -7, -7}));
+    EXPECT_EQ(observer.Calls, 4);
     EXPECT_TRUE(ReadBooleanSetting("EarlyIntroduction"));
     EXPECT_EQ(ReadFontSetting("BrowseFont").GetPointSize(), 30);
     EXPECT_LT(ReadFontSetting("Font").GetPointSize(), 30);

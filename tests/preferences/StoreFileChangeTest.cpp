@@ -30,21 +30,21 @@ class StoreFileChangeTest : public GuiStoreTest {
 };
 
 TEST_F(StoreFileChangeTest, NothingHappensToTheSameFileOrAgainstUnsavedEdits) {
-    Change(StoreFileChoice::kKeep, Path("other.vlm"));
-    EXPECT_EQ(mActions.Calls, "");
     ASSERT_EQ(::link(StorePath().utf8_str(), Path("second.vlm").utf8_str()), 0);
-    for (const char* const name : {"store.vlm", "./store.vlm", "second.vlm"}) {
-        Change(StoreFileChoice::kMove, Path(name));
-        EXPECT_EQ(mActions.Calls, "") << name;
-    }
-    Change(StoreFileChoice::kOpen, StorePath());
-    EXPECT_EQ(mActions.Calls, "");
-    mActions.MayDiscard = false;
     WriteBytes(Path("other.vlm"), "in the way, but nobody is asked");
-    for (const StoreFileChoice choice :
-         {StoreFileChoice::kMove, StoreFileChoice::kCreate, StoreFileChoice::kOpen}) {
-        Change(choice, Path("other.vlm"));
-        EXPECT_EQ(mActions.Calls, "discard ");
+    mActions.MayDiscard = false;
+    const std::tuple<StoreFileChoice, const char*, const char*> cases[] = {
+        {StoreFileChoice::kKeep, "other.vlm", ""},
+        {StoreFileChoice::kMove, "store.vlm", ""},
+        {StoreFileChoice::kMove, "./store.vlm", ""},
+        {StoreFileChoice::kMove, "second.vlm", ""},
+        {StoreFileChoice::kOpen, "store.vlm", ""},
+        {StoreFileChoice::kMove, "other.vlm", "discard "},
+        {StoreFileChoice::kCreate, "other.vlm", "discard "},
+        {StoreFileChoice::kOpen, "other.vlm", "discard "}};
+    for (const auto& [choice, name, calls] : cases) {
+        Change(choice, Path(name));
+        EXPECT_EQ(mActions.Calls, calls) << name;
     }
     EXPECT_EQ(mObserver.Calls, 0);
     EXPECT_EQ(CountCards(), 1);
@@ -56,14 +56,13 @@ TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
         const bool moves = choice == StoreFileChoice::kMove;
         WriteBytes(path, "precious");
         ModalAnswers answers;
-        answers.Expect(wxID_NO);
+        answers.Expect({wxID_NO, wxID_YES});
         Change(choice, path);
         EXPECT_EQ(mActions.Calls, "discard ");
         EXPECT_EQ(answers.Dialogs[0].Title, moves ? "Move Store File" : "New Store File");
         EXPECT_TRUE(answers.Dialogs[0].Message.Contains(path + "\" already exists.  Do you want"));
         EXPECT_EQ(ReadBytes(path), "precious");
 
-        answers.Expect(wxID_YES);
         Change(choice, path);
         EXPECT_EQ(mActions.Calls,
                   moves ? "discard open:other.vlm " : "discard open:other.vlm:new ");

@@ -10,18 +10,12 @@
 namespace {
 
 // Takes the messages of the log for as long as it lives.
-class LogWitness : public wxLog {
-  public:
-    LogWitness() : mpFormer(wxLog::SetActiveTarget(this)) {}
-    ~LogWitness() override { wxLog::SetActiveTarget(mpFormer); }
-
-    std::vector<wxString> Messages;
-
-  protected:
+struct LogWitness : wxLog {
+    ~LogWitness() override { wxLog::SetActiveTarget(Former); }
     void DoLogText(const wxString& text) override { Messages.push_back(text); }
 
-  private:
-    wxLog* const mpFormer;
+    std::vector<wxString> Messages;
+    wxLog* const Former = wxLog::SetActiveTarget(this);
 };
 
 class SettingsFileTest : public GuiTest {

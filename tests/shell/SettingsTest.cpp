@@ -62,20 +62,3 @@ TEST_F(SettingsTest, AColourIsReadOnlyFromItsExactForm) {
     }
     EXPECT_EQ(colour, wxColour(12, 3, 45));
 }
-
-TEST_F(SettingsTest, ColumnWidthsAreTakenWhenThereAreAsManyAsColumns) {
-    auto* const frame = new wxFrame(nullptr, wxID_ANY, "");
-    wxListCtrl list(frame, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxLC_REPORT);
-    for (int i = 0; i < 3; ++i) {
-        list.AppendColumn("Column");
-    }
-    const int defaults[] = {30, 90, 90};
-    for (const char* text : {"11,22,33", "", "11,22", "11,22,33,44", "11,x,33", "-1,22,33"}) {
-        WriteStringSetting("CardListColumns", text);
-        ReadColumnWidths("Velomind", "CardListColumns", list, defaults, 3);
-        WriteColumnWidths("Velomind", "CardListColumns", list);
-        EXPECT_EQ(ReadStringSetting("CardListColumns"),
-                  std::string(text) == "11,22,33" ? text : "30,90,90")
-            << text;
-    }
-}

@@ -1,12 +1,6 @@
 #include "shell/WindowPlace.h"
 
-#include <ostream>
-
 #include "support/GuiTest.h"
-
-static std::ostream& operator<<(std::ostream& out, const wxRect& rect) {
-    return out << FormatPlace(rect);
-}
 
 TEST(WindowPlaceTest, OnlyFourNumbersOfAScreenAreAPlace) {
     wxRect place;
@@ -30,7 +24,7 @@ TEST(WindowPlaceTest, APlaceIsBroughtOntoAScreenThatExists) {
         {{-5000, 6000, 640, 480}, {0, 600, 640, 480}},
     };
     for (const auto& [place, expected] : cases) {
-        EXPECT_EQ(ClampPlace(place, screens), expected) << place;
+        EXPECT_EQ(ClampPlace(place, screens), expected) << FormatPlace(place);
     }
     EXPECT_EQ(ClampPlace(wxRect(1, 2, 3, 4), {}), wxRect(1, 2, 3, 4));
 }
@@ -61,7 +55,8 @@ TEST_F(WindowPositionTest, AWindowComesBackToItsPlaceFromStartToStart) {
     // The two kinds have frames of different thickness.
     for (const long style : {0L, long{wxRESIZE_BORDER}, 0L, 0L}) {
         wxFrame* const frame = Open(true, (wxDEFAULT_FRAME_STYLE & ~wxRESIZE_BORDER) | style);
-        EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; })) << frame->GetRect();
+        EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; }))
+            << FormatPlace(frame->GetRect());
         Save(*frame);
     }
     EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(place));

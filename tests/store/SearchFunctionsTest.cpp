@@ -32,14 +32,11 @@ class Engine {
     std::string Answer(const Value& text, const Value& pattern) {
         sqlite3_bind_value(mpSelect, 1, text.get());
         sqlite3_bind_value(mpSelect, 2, pattern.get());
-        std::string answer;
-        if (sqlite3_step(mpSelect) != SQLITE_ROW) {
-            answer = sqlite3_errmsg(mpHandle);
-        }
-        for (int column = 0; answer.empty() || column < sqlite3_data_count(mpSelect); ++column) {
+        std::string answer = sqlite3_step(mpSelect) == SQLITE_ROW ? "" : sqlite3_errmsg(mpHandle);
+        for (int column = 0; column < sqlite3_data_count(mpSelect); ++column) {
             const unsigned char* const part = sqlite3_column_text(mpSelect, column);
-            answer +=
-                part == nullptr ? "NULL|" : std::string(reinterpret_cast<const char*>(part)) + "|";
+            answer += part == nullptr ? "NULL" : reinterpret_cast<const char*>(part);
+            answer += "|";
         }
         sqlite3_reset(mpSelect);
         return answer;

@@ -1,55 +1,46 @@
 #include "store/Subject.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <string>
+#include "support/StoreFixture.h"
 
 namespace {
 
 // Writes its name when it is told, then acts.
-class Listener : public Observer {
-  public:
-    Listener(Subject& subject, std::string name, std::string& told)
-        : mName(std::move(name)), mTold(told), mAttachment(&subject, this) {}
+struct Listener : Observer {
+    Listener(Subject& subject, char name, std::string& told)
+        : Name(name), Told(told), Attachment(&subject, this) {}
     void Update(Subject*) override {
-        mTold += mName;
-        if (Act) {
-            Act();
-        }
+        Told += Name;
+        Act();
     }
-    std::function<void()> Act;
 
-  private:
-    std::string mName;
-    std::string& mTold;
-    SubjectAttachment mAttachment;
+    const char Name;
+    std::string& Told;
+    std::function<void()> Act = [] {};
+    SubjectAttachment Attachment;
 };
-
-}  // namespace
 
 TEST(Subject, ObserversMayComeAndGoWhileANoticeIsUnderWay) {
     Subject subject;
     std::string told;
-    auto a = std::make_unique<Listener>(subject, "a", told);
-    auto b = std::make_unique<Listener>(subject, "b", told);
-    auto c = std::make_unique<Listener>(subject, "c", told);
+    const auto add = [&](char name) { return std::make_unique<Listener>(subject, name, told); };
+    auto a = add('a');
+    auto b = add('b');
+    auto c = add('c');
     std::unique_ptr<Listener> d;
     // The second goes before its turn and the last with it, in a notice inside the notice; a new
     // one comes and hears only of later changes.
     a->Act = [&] {
-        if (b == nullptr) {
-            return;
+        if (b != nullptr) {
+            b.reset();
+            subject.Notify();
+            c.reset();
+            d = add('d');
         }
-        b.reset();
-        subject.Notify();
-        c.reset();
-        d = std::make_unique<Listener>(subject, "d", told);
     };
     subject.Notify();
     EXPECT_EQ(told, "aac");
-    told.clear();
     subject.Notify();
-    EXPECT_EQ(told, "ad");
+    EXPECT_EQ(told, "aacad");
 }
+
+}  // namespace

@@ -16,7 +16,7 @@ struct FakeEngine {
     std::vector<Row> Cards;
 
     std::vector<std::wstring> Opened;
-    std::vector<std::wstring> Statements;
+    int Statements = 0;
 
     LegacyRowSourceMaker Maker();
 };
@@ -31,30 +31,25 @@ class FakeRowSource : public LegacyRowSource {
         return mEngine.OpenResult;
     }
     int32_t Run(const std::wstring& statement) override {
-        mEngine.Statements.push_back(statement);
-        if (statement == L"SELECT COUNT(*) FROM Cards;") {
-            mNames = {L""};
-            mRows = {{std::to_wstring(mEngine.Cards.size())}};
-        } else if (statement.find(L"Difficulty") != std::wstring::npos && !mEngine.HasDifficulty) {
+        ++mEngine.Statements;
+        mNames = {L"CardId",     L"Question",       L"Answer",   L"Active",
+                  L"LastReview", L"ReviewInterval", L"LastScore"};
+        if (mEngine.HasDifficulty) {
+            mNames.insert(mNames.end() - 1, L"Difficulty");
+        } else if (statement.find(L"Difficulty") != std::wstring::npos) {
             return kErrorsInCommand;
-        } else {
-            mNames = {L"CardId",     L"Question",       L"Answer",   L"Active",
-                      L"LastReview", L"ReviewInterval", L"LastScore"};
-            if (mEngine.HasDifficulty) {
-                mNames.insert(mNames.end() - 1, L"Difficulty");
-            }
-            mRows = mEngine.Cards;
         }
+        const bool counts = statement == L"SELECT COUNT(*) FROM Cards;";
+        mRows = counts ? std::vector<FakeEngine::Row>{{std::to_wstring(mEngine.Cards.size())}}
+                       : mEngine.Cards;
         mNext = 0;
         return 0;
     }
     const std::vector<std::wstring>& GetColumnNames() const override { return mNames; }
     bool ReadRow(std::vector<std::wstring>& values) override {
-        if (mNext == mRows.size()) {
-            return false;
-        }
-        values = mRows[mNext++];
-        return true;
+        const bool isRow = mNext < mRows.size();
+        values = isRow ? mRows[mNext++] : FakeEngine::Row();
+        return isRow;
     }
 
   private:

@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
-#include <wx/app.h>
 #include <wx/cshelp.h>
 #include <wx/evtloop.h>
-#include <wx/filename.h>
-#include <wx/image.h>
-#include <wx/log.h>
-#include <wx/utils.h>
+#include <wx/wx.h>
 
 #include <clocale>
 #include <cstdlib>
@@ -19,6 +15,8 @@ class TestApp : public wxApp {
         SetVendorName("Ostrel");
         SetAppName("Velomind");
         SetExitOnFrameDelete(false);
+        // Messages of the library go to the test's output and not into a dialog.
+        delete wxLog::SetActiveTarget(new wxLogStderr);
         wxImage::AddHandler(new wxPNGHandler);
         wxHelpProvider::Set(new wxSimpleHelpProvider);
         return true;
@@ -50,16 +48,5 @@ int main(int argc, char** argv) {
         std::setlocale(LC_CTYPE, "C.UTF-8");
     }
     wxApp::SetInstance(new TestApp);
-    if (!wxEntryStart(argc, argv)) {
-        return 1;
-    }
-    // Messages of the library go to the test's output and not into a dialog.
-    delete wxLog::SetActiveTarget(new wxLogStderr);
-    int result = 1;
-    if (wxTheApp->CallOnInit()) {
-        result = wxTheApp->OnRun();
-    }
-    wxTheApp->OnExit();
-    wxEntryCleanup();
-    return result;
+    return wxEntry(argc, argv);
 }

@@ -6,14 +6,8 @@
 
 namespace {
 
-enum : int {
-    ID_DELIMITER = 10001,
-    ID_FORMAT = 10004,
-    ID_OTHER = 10007,
-    ID_ERROR = 10011,
-    ID_PREVIEW = 10036,
-    ID_PREVIEW_LABEL = 10090
-};
+constexpr int ID_DELIMITER = 10001, ID_FORMAT = 10004, ID_OTHER = 10007, ID_ERROR = 10011;
+constexpr int ID_PREVIEW = 10036, ID_PREVIEW_LABEL = 10090;
 
 class ImportDialogTest : public DialogTest {
   protected:
@@ -59,10 +53,7 @@ class ImportDialogTest : public DialogTest {
 TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
     Insert(MakeCard("in", "store"));
     const std::string before = ReadBytes(StorePath());
-    const struct {
-        const char* Bytes;
-        wxString Shown;
-    } cases[] = {
+    const std::pair<const char*, wxString> cases[] = {
         {"Front\tBack\na\tb\nc\td\n", "Delimited/tab: Front=a;Back=b;"},
         {"f,b,Category\na,b,never asked\n", "Delimited/comma: f=a;b=b;Category=never asked;"},
         {"Q A\nx y\n", "Delimited/space: Q=x;A=y;"},
@@ -76,9 +67,9 @@ TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
         // A second card of the same texts is no matter of the preview.
         {"f\tb\nin\tstore\n", "Delimited/tab: f=in;b=store;"},
     };
-    for (const auto& row : cases) {
-        Open(row.Bytes);
-        EXPECT_EQ(Shown(), row.Shown) << row.Bytes;
+    for (const auto& [bytes, shown] : cases) {
+        Open(bytes);
+        EXPECT_EQ(Shown(), shown) << bytes;
     }
     EXPECT_EQ(ReadBytes(StorePath()), before);
     OpenFile("not there");
@@ -98,16 +89,14 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
     EXPECT_TRUE(IsShown(ID_OTHER));
     EXPECT_EQ(Shown(), "Delimited/other: You must specify a delimiter.");
     auto& other = Find<wxTextCtrl>(*mDialog, ID_OTHER);
-    const struct {
-        wxString Typed;
-        wxString Shown;
-    } cases[] = {{"ab", "You can only have a one character delimiter"},
-                 {"\"", "\" cannot be used as a delimiter."},
-                 {"\n", "You must specify a delimiter."},
-                 {":", "f=b;a=b;"}};
-    for (const auto& row : cases) {
-        other.SetValue(row.Typed);
-        EXPECT_EQ(Shown(), "Delimited/other: " + row.Shown) << row.Typed;
+    const std::pair<wxString, wxString> cases[] = {
+        {"ab", "You can only have a one character delimiter"},
+        {"\"", "\" cannot be used as a delimiter."},
+        {"\n", "You must specify a delimiter."},
+        {":", "f=b;a=b;"}};
+    for (const auto& [typed, shown] : cases) {
+        other.SetValue(typed);
+        EXPECT_EQ(Shown(), "Delimited/other: " + shown) << typed;
     }
     EXPECT_EQ(mDialog->GetDelimiter(), L':');
     Choose(ID_FORMAT, 0);
@@ -129,12 +118,11 @@ TEST_F(ImportDialogTest, ShowsNoMoreOfARecordThanAListCanBear) {
 TEST_F(ImportDialogTest, RunsTheImportAndKnowsWhatItTouched) {
     ImportDialog& dialog = Open("f,b,c\na,b,New\nc,d,\n");
     // The second time the pairs are there already, and the dialog ends all the same.
-    for (const std::vector<int>& boxes : {std::vector<int>{wxID_YES, wxID_OK}, {wxID_OK}}) {
+    using Boxes = std::initializer_list<int>;
+    for (const Boxes boxes : {Boxes{wxID_YES, wxID_OK}, Boxes{wxID_OK}}) {
         mAnswers.ThenPress(wxID_OK);
         mAnswers.ThenWatch();
-        for (const int answer : boxes) {
-            mAnswers.Expect(answer);
-        }
+        mAnswers.Expect(boxes);
         EXPECT_EQ(dialog.ShowModal(), wxOK);
     }
     EXPECT_EQ(mAnswers.Dialogs.back().Title, "Import Failed");

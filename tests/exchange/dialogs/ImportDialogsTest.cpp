@@ -9,12 +9,12 @@
 
 namespace {
 
-// A job of ten steps, one a tick, unless it is told otherwise.
+// A job of some steps, one a tick; one of no step has no length.
 class FakeJob : public ProgressSource {
   public:
     int32_t GetMinimum() const override { return 100; }
-    int32_t GetMaximum() const override { return Maximum; }
-    int32_t GetPosition() const override { return Maximum == 100 ? 100 : 100 + Ticks; }
+    int32_t GetMaximum() const override { return 100 + 10 * Length; }
+    int32_t GetPosition() const override { return Length == 0 ? 100 : 100 + Ticks; }
     bool IsFinished() const override { return Ticks >= Length || Cancelled; }
     void Cancel() override { Cancelled = true; }
     void OnTimer(wxWindow* dialog) override {
@@ -24,7 +24,6 @@ class FakeJob : public ProgressSource {
         }
     }
 
-    int32_t Maximum = 200;
     int Length = 10;
     int Ticks = 0;
     bool Cancelled = false;
@@ -40,14 +39,12 @@ int Show(FakeJob& job) {
 class ImportDialogs : public DialogTest {
   protected:
     // Imports a file; the progress window runs its course, and each further dialog gets an answer.
-    bool Import(const std::string& text, wxWindow* parent, const std::vector<int>& answers) {
+    bool Import(const std::string& text, wxWindow* parent, std::initializer_list<int> answers) {
         const ImportInput input{mDirectory.Path("import.txt")};
         WriteBytes(input.FileName, text);
         mAnswers.Dialogs.clear();
         mAnswers.ThenWatch();
-        for (const int answer : answers) {
-            mAnswers.Expect(answer);
-        }
+        mAnswers.Expect(answers);
         return ImportWithProgress(parent, input, mDatabase, mOrdered, true, nullptr);
     }
     // The last dialog's title and text.
@@ -69,7 +66,6 @@ TEST(ProgressDialogTest, EndsWithItsJob) {
     EXPECT_FALSE(job.Cancelled);
 
     FakeJob empty;
-    empty.Maximum = 100;
     empty.Length = 0;
     EXPECT_EQ(Show(empty), wxID_OK);
     EXPECT_EQ(empty.Ticks, 1);

@@ -14,10 +14,8 @@ std::vector<wxWindow*> MergedColumn(wxWindow& dialog) {
     std::vector<wxWindow*> controls;
     for (wxWindow* const child : dialog.GetChildren()) {
         const auto* const text = dynamic_cast<wxTextCtrl*>(child);
-        const bool isMerged =
-            text != nullptr ? text->IsEditable()
-                            : dynamic_cast<wxCheckBox*>(child) != nullptr && child->IsEnabled();
-        if (isMerged) {
+        const auto* const box = dynamic_cast<wxCheckBox*>(child);
+        if (text != nullptr ? text->IsEditable() : box != nullptr && box->IsEnabled()) {
             controls.push_back(child);
         }
     }
