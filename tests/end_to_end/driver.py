@@ -205,8 +205,25 @@ class Program:
             "--name", f"^{re.escape(title)}$")
         return found.split() if found else []
 
+    def _settle(self):
+        """Waits until nothing is left to do, as the toolkit makes the keys of labels work when it is
+        idle first; a second at most, for windows that never rest."""
+        def look():
+            task = f"/proc/{self.process.pid}"
+            with open(task + "/stat", encoding="ascii") as stat, \
+                    open(task + "/schedstat", encoding="ascii") as times:
+                return stat.read().rsplit(")", 1)[1].split()[0], times.read()
+        end = time.monotonic() + 1
+        before = None
+        while time.monotonic() < end:
+            now = look()
+            if now == before and now[0] == "S":
+                return
+            before = now
+            time.sleep(0.02)
+
     def wait_window(self, title, limit=None):
-        """Waits until a window of that title is visible and active; gives its id."""
+        """Waits until a window of that title is visible, active and ready for keys; gives its id."""
         def active():
             if self.process.poll() is not None:
                 raise AssertionError(
@@ -217,6 +234,7 @@ class Program:
                 return None
             window = windows[-1]
             if (run_tool("xdotool", "getactivewindow") or "").strip() == window:
+                self._settle()
                 return window
             run_tool("xdotool", "windowactivate", window)
             return None
