@@ -5,8 +5,7 @@
 
 namespace {
 
-class RecordingActions : public CommandLineActions {
-  public:
+struct RecordingActions : CommandLineActions {
     bool ImportFile(const wxString& path) override {
         Done.push_back("import " + path.utf8_string());
         return HasStore;

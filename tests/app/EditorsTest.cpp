@@ -5,8 +5,7 @@
 
 namespace {
 
-class EditorsTest : public GuiStoreTest {
-  protected:
+struct EditorsTest : GuiStoreTest {
     struct Services : FakeServices {
         void FrameClosed(wxFrame& frame) override {
             FakeServices::FrameClosed(frame);

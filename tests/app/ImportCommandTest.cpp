@@ -1,6 +1,5 @@
-// The command "Import", and before it the store that version 1.0 may have left.
-
-#include "app/ImportCommand.h"
+// The store that version 1.0 may have left. That the command "Import" ends with it on a system
+// without its engine is seen with the real program.
 
 #include <wx/filename.h>
 
@@ -10,8 +9,7 @@
 
 namespace {
 
-class ImportCommandTest : public GuiStoreTest {
-  protected:
+struct ImportCommandTest : GuiStoreTest {
     bool Offer() {
         const std::vector<wxString> places = {mDirectory.Path("nothing here"), mOldStore};
         return OfferVersion1Import(nullptr, mDatabase, mReport, places, mEngine.Maker());
@@ -48,16 +46,4 @@ TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
     EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"q"});
     EXPECT_FALSE(wxFileName::FileExists(mOldStore));
     EXPECT_EQ(mListener.Calls, 2);
-}
-
-// The engine exists on no platform that the program runs on today.
-TEST_F(ImportCommandTest, EndsWithAnOldStoreThatCannotBeRead) {
-    WriteBytes(mOldStore, "old");
-    mAnswers.Expect(wxID_YES);
-    mAnswers.Then([](wxDialog& dialog) { dialog.Close(); });
-    FakeServices services;
-    RunImportCommand(nullptr, services, mDatabase, mReport, {mOldStore});
-    EXPECT_EQ(mAnswers.Dialogs.size(), 2U) << "no file is asked for";
-    EXPECT_TRUE(wxFileName::FileExists(mOldStore));
-    EXPECT_EQ(mListener.Calls, 0);
 }

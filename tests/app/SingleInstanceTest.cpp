@@ -8,8 +8,7 @@ namespace {
 
 using Greeting = SingleInstance::Greeting;
 
-class SingleInstanceTest : public GuiTest {
-  protected:
+struct SingleInstanceTest : GuiTest {
     wxString Directory() const { return mRuntime.Path(wxString()); }
 
     TemporaryDirectory mRuntime;

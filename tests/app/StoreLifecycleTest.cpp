@@ -10,8 +10,7 @@ enum : int { ID_RETRY = 10068, ID_OPEN = 10070, ID_NEW = 10071, ID_PATH = 10121 
 
 constexpr char kNoStore[] = "This is no store at all, and long enough to be read as one.";
 
-class StoreLifecycleTest : public GuiTest {
-  protected:
+struct StoreLifecycleTest : GuiTest {
     // Looks at the recovery dialog and presses a button on it once it is on the screen.
     static std::function<int(wxDialog&)> Press(int id, const wxString& shownPath) {
         return [id, shownPath](wxDialog& dialog) {

@@ -6,8 +6,7 @@
 
 namespace {
 
-class TextCommandsTest : public GuiTest {
-  protected:
+struct TextCommandsTest : GuiTest {
     TextCommandsTest() {
         BindTextCommands(mHandler);
         mpFrame->SetSizer(new wxBoxSizer(wxVERTICAL));

@@ -10,8 +10,7 @@ constexpr int kForwardSchedule = 10005, kChapter = 10009, kCategory = 10013;
 constexpr int kInterval = 10000;
 
 // An editor on a real store, told what to do by commands as a person would.
-class EditFrameTest : public GuiStoreTest {
-  protected:
+struct EditFrameTest : GuiStoreTest {
     ~EditFrameTest() override {
         if (mpFrame != nullptr) {
             mpFrame->Close(true);

@@ -8,8 +8,7 @@
 
 namespace {
 
-class EditSchedulePanelTest : public GuiTest {
-  protected:
+struct EditSchedulePanelTest : GuiTest {
     wxTextCtrl& Interval() { return Find<wxTextCtrl>(*mpPanel, 10000); }
     wxChoice& Unit() { return Find<wxChoice>(*mpPanel, 10003); }
     void LoadInterval(float seconds) {

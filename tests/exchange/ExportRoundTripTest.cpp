@@ -1,8 +1,7 @@
 #include <random>
 
 #include "exchange/Export.h"
-#include "exchange/ImportPass.h"
-#include "support/StoreFixture.h"
+#include "exchange/ImportFixture.h"
 
 namespace {
 
@@ -72,8 +71,7 @@ class RandomCards {
     wchar_t mTrap;
 };
 
-class ExportRoundTripTest : public StoreFixture {
-  protected:
+struct ExportRoundTripTest : ImportFixture {
     void Fill(bool forTable) {
         mDatabase.Execute("PRAGMA synchronous = OFF");
         mDatabase.Execute("PRAGMA journal_mode = MEMORY");
@@ -87,14 +85,6 @@ class ExportRoundTripTest : public StoreFixture {
     void SelectRows() {
         mRowIds.clear();
         mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mRowIds);
-    }
-
-    std::string Import(const ImportInput& input) {
-        ImportResult result;
-        ImportCards(input, mDatabase, result, false, nullptr);
-        return result.Message.utf8_string() + std::to_string(result.RecordsInserted) + " " +
-               std::to_string(result.RecordsMerged) + " " +
-               std::to_string(result.DuplicatesIgnored);
     }
 
     Strings Cards() {
@@ -111,35 +101,32 @@ class ExportRoundTripTest : public StoreFixture {
 TEST_F(ExportRoundTripTest, AStoreComesBackFromEachFormAndEncoding) {
     mDatabase.CategoryInsert(L"\u65E5\u672C \U0001F5FE");
     mDatabase.CategoryInsert("a, b; c");
-    const struct {
-        ImportFormat Format;
-        int Encoding;
-        wchar_t Delimiter;
-    } rows[] = {{ImportFormat::kVlmText, 0, 0},      {ImportFormat::kVlmText, 1, 0},
-                {ImportFormat::kVlmText, 2, 0},      {ImportFormat::kDelimited, 0, L'\t'},
-                {ImportFormat::kDelimited, 1, L' '}, {ImportFormat::kDelimited, 2, L','},
-                {ImportFormat::kDelimited, 2, L';'}, {ImportFormat::kDelimited, 0, 0x1F5FE}};
+    const std::tuple<ImportFormat, int, wchar_t> rows[] = {
+        {ImportFormat::kVlmText, 0, 0},      {ImportFormat::kVlmText, 1, 0},
+        {ImportFormat::kVlmText, 2, 0},      {ImportFormat::kDelimited, 0, L'\t'},
+        {ImportFormat::kDelimited, 1, L' '}, {ImportFormat::kDelimited, 2, L','},
+        {ImportFormat::kDelimited, 2, L';'}, {ImportFormat::kDelimited, 0, 0x1F5FE}};
     const std::string marks[] = {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF"};
     ImportFormat filled = ImportFormat::kVersion1Store;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << "encoding " << row.Encoding << ", delimiter "
-                                        << static_cast<int>(row.Delimiter));
-        if (row.Format != filled) {
-            Fill(row.Format == ImportFormat::kDelimited);
-            filled = row.Format;
+    for (const auto& [format, encoding, delimiter] : rows) {
+        SCOPED_TRACE(testing::Message() << encoding << ", " << static_cast<int>(delimiter));
+        if (format != filled) {
+            Fill(format == ImportFormat::kDelimited);
+            filled = format;
         }
-        const ExportOptions options{true, static_cast<ExportFormat>(row.Format), row.Delimiter};
-        const ImportInput file{mDirectory.Path("out.txt"), row.Format, row.Delimiter};
+        const ExportOptions options{true, static_cast<ExportFormat>(format), delimiter};
+        const ImportInput file{mDirectory.Path("out.txt"), format, delimiter};
         ExportProgress progress;
-        ASSERT_EQ(ExportToFile(file.FileName, ExportEncoding(row.Encoding), mDatabase, mRowIds,
-                               options, progress),
+        ASSERT_EQ(ExportToFile(file.FileName, ExportEncoding(encoding), mDatabase, mRowIds, options,
+                               progress),
                   0);
-        const std::string mark = marks[row.Encoding];
-        EXPECT_EQ(ReadBytes(file.FileName).substr(0, mark.size()), mark);
-        EXPECT_EQ(Import(file), "0 0 2000");
+        EXPECT_EQ(ReadBytes(file.FileName).find(marks[encoding]), 0U);
+        Run(file);
+        EXPECT_EQ(Outcome(), "0 inserted, 0 merged, 2000 ignored");
         const Strings before = Cards();
         mDatabase.Execute("DELETE FROM Cards");
-        EXPECT_EQ(Import(file), "2000 0 0");
+        Run(file);
+        EXPECT_EQ(Outcome(), "2000 inserted, 0 merged, 0 ignored");
         EXPECT_EQ(Cards(), before);
         SelectRows();
     }

@@ -6,8 +6,7 @@
 namespace {
 
 // A store with a card that has everything and one that has little.
-class ExportTest : public StoreFixture {
-  protected:
+struct ExportTest : StoreFixture {
     ExportTest() {
         mDatabase.CategoryInsert("Kanji");
         FlashCard full = MakeCard(L"\u6C34\n\u3010\u307F\u305A\u3011", "water", 1);
@@ -66,13 +65,18 @@ TEST_F(ExportTest, TheFormOfVersion1DropsWhatThatDoesNotKnow) {
                    "ReviewInterval: 1.500000\nDifficulty: 7\n\n");
 }
 
-TEST_F(ExportTest, ATableHasColumnsForAllAttributes) {
+TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone) {
+    mRowIds.insert(mRowIds.begin(), 99);
     EXPECT_EQ(Text(ExportFormat::kDelimited, false),
               "id,Front,Front2,Back,Back2,Category,Author,Chapter,IntroductionOrder,ForwardX,"
               "ReverseX,Notes\n"
               "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,me,,-3,false,true,"
               "\"a\\n\"\"b\"\"\"\n"
               "00000000-0000-4000-8000-000000000001,f,,b,,,,,0,false,false,\n");
+    EXPECT_EQ(mProgress.Missing, 1);
+    mDatabase.Close();
+    wxString text;
+    EXPECT_LT(ExportToString(text, mDatabase, mRowIds, {}, mProgress), 0);
 }
 
 TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {

@@ -1,5 +1,6 @@
 // What the import makes of the attributes of a record, and what it says against them.
 
+#include "exchange/AttributeTable.h"
 #include "exchange/ImportFixture.h"
 
 namespace {
@@ -42,6 +43,8 @@ TEST_F(ImportAttributes, RefusesWithTheNameAsSpelledAndItsLine) {
     const std::string uuid = "followed by a valid UUID (Universally Unique Identifier). @";
     const std::pair<std::string, std::string> cases[] = {
         {": x\n", "\"\" is not a valid attribute name. @1"},
+        {"f: a\nfront\n", "Line is missing the colon (:) symbol @2"},
+        {"f: a\nb: b\nf: c\n", kRepeated + std::string("3")},
         {"f: a\nb: b\nQuestion: c\n", kRepeated + std::string("3")},
         {"Front: a\nfront: b\n", kRepeated + std::string("2")},
         {"f: a\nCardId: 0123abcd000040008000000000000001\n",
@@ -94,4 +97,7 @@ TEST_F(ImportAttributes, ChecksTheColumnsOfATableInOrder) {
 TEST_F(ImportAttributes, CutsANameOfAbsurdLengthInItsMessage) {
     Import(std::string(100000, 'x') + ": a\n");
     EXPECT_LT(mResult->Message.length(), 300U);
+    AttributeInfo info;
+    EXPECT_TRUE(LookupAttribute("rerc", info));
+    EXPECT_FALSE(LookupAttribute("RErc", info));
 }

@@ -4,8 +4,7 @@
 #include "support/StoreFixture.h"
 
 // A real store, and files to import into it.
-class ImportFixture : public StoreFixture {
-  protected:
+struct ImportFixture : StoreFixture {
     // Writes the bytes to a file.
     ImportInput TextFile(const std::string& bytes, ImportFormat format = ImportFormat::kVlmText,
                          wchar_t delimiter = L',') {
@@ -30,13 +29,12 @@ class ImportFixture : public StoreFixture {
         return mResult->Message.utf8_string() + " @" + std::to_string(mResult->LineNumber);
     }
 
-    std::unique_ptr<ImportResult> mResult;
-    std::set<int32_t> mTouched;
-
-  private:
     int Run(const ImportInput& input) {
         mResult = std::make_unique<ImportResult>();
         mTouched.clear();
         return ImportCards(input, mDatabase, *mResult, false, &mTouched);
     }
+
+    std::unique_ptr<ImportResult> mResult;
+    std::set<int32_t> mTouched;
 };

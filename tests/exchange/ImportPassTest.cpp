@@ -4,8 +4,7 @@
 
 namespace {
 
-class ImportIntoStore : public ImportFixture {
-  protected:
+struct ImportIntoStore : ImportFixture {
     static std::string Id(const FlashCard& card) {
         return "id: " + FormatUuid(card.CardId).utf8_string() + "\n";
     }
@@ -107,6 +106,23 @@ TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
     EXPECT_EQ(Query("SELECT CategoryId FROM Cards ORDER BY rowid"),
               (Strings{"1", "1", "2", "3", "0", "4", "4"}));
     EXPECT_EQ(mTouched, (std::set<int32_t>{0, 1, 2, 3, 4}));
+}
+
+TEST_F(ImportIntoStore, SaysWhatCannotBeRead) {
+    for (const ImportFormat format : {ImportFormat::kVlmText, ImportFormat::kDelimited}) {
+        Run(TextFile(std::string((size_t{1} << 26) + 100000, 'x'), format));
+        EXPECT_EQ(Outcome().find("This card is too long.  A double quote"), 0U) << Outcome();
+        Run({mDirectory.Path(""), format});
+        EXPECT_EQ(Outcome().find("Unable to read flash cards: "), 0U) << Outcome();
+        Run({mDirectory.Path("none"), format});
+        EXPECT_EQ(Outcome(), " @-1");
+    }
+    Insert(MakeCard("f", "b"));
+    Query("UPDATE Cards SET CardId='no identity'");
+    Import("\n\nf: f\nb: b\n");
+    EXPECT_EQ(Outcome().find("Database read error "), 0U) << Outcome();
+    mDatabase.Close();
+    EXPECT_EQ(Import("f: f\nb: b\n"), -1);
 }
 
 TEST_F(ImportIntoStore, SaysWhatTheStoreRefuses) {

@@ -11,8 +11,7 @@
 namespace {
 
 // Gives prepared answers, and then cancels.
-class FakeQuestions : public ImportQuestions {
-  public:
+struct FakeQuestions : ImportQuestions {
     CategoryAnswer AskNewCategory(wxWindow*, const wxString& name) override {
         Asked += name.utf8_string() + " ";
         Categories.push_back(CategoryAnswer::kCancel);
@@ -32,8 +31,7 @@ class FakeQuestions : public ImportQuestions {
     int Merges = 0;
 };
 
-class ImportOnAThread : public ImportFixture {
-  protected:
+struct ImportOnAThread : ImportFixture {
     // Waits for the condition, and ticks meanwhile as the progress window does.
     bool TickUntil(ImportThread& thread, const std::function<bool()>& condition,
                    bool ticks = true) {

@@ -10,8 +10,7 @@ namespace {
 constexpr wchar_t kId[] = L"9b1deb4d-3b7d-4bad-9bdd-2b0d7b3dcb6d";
 constexpr wchar_t kOtherId[] = L"1b9d6bcd-bbfd-4b2d-9b5d-ab8dfbbd4bed";
 
-class LegacyStore : public ImportFixture {
-  protected:
+struct LegacyStore : ImportFixture {
     std::string ImportStore() {
         ImportInput input{"/old/FlashCards.vls", ImportFormat::kVersion1Store};
         input.MakeRowSource = mEngine.Maker();
@@ -64,7 +63,10 @@ TEST_F(LegacyStore, TellsWhatKeepsItFromBeingRead) {
     // A row that the engine could not give arrives empty.
     mEngine.Cards = {{}};
     EXPECT_EQ(ImportStore(), "Every card must have a front attribute. @1");
-    EXPECT_LT(MakeLegacyRowSource()->Initialize(), 0) << "this platform has no such engine";
+    const auto none = MakeLegacyRowSource();
+    std::vector<std::wstring> values;
+    EXPECT_LT(none->Initialize(), 0) << "this platform has no such engine";
+    EXPECT_TRUE(none->Open(L"x") < 0 && none->Run(L"x") < 0 && !none->ReadRow(values));
 }
 
 TEST_F(LegacyStore, CutsALongTextAtTheRoomOfAValue) {

@@ -42,6 +42,13 @@ TEST(VlmTextReader, ReadsRecordsAndNamesTheLineOfAnError) {
     }
 }
 
+TEST(VlmTextReader, TakesNamesThatDifferByCaseForOneWhenAsked) {
+    TextOfBytes text("F: a\nf: b\nB: c\nf: d\n");
+    VlmTextReader reader(text.Source(), true);
+    EXPECT_EQ(ReadAll(reader), "");
+    EXPECT_EQ(reader.GetLineNumber(), 4);
+}
+
 TEST(VlmTextReader, FindsARepeatAmongManyNames) {
     std::string many;
     for (int i = 0; i < 2000; ++i) {

@@ -20,6 +20,8 @@ TEST(DelimitedWriterTest, AFieldIsQuotedByItsDelimiterOrItsQuotes) {
         writer.AddColumn("Front");
         writer.AddColumn("Back");
         writer.EndHeader();
+        EXPECT_LT(writer.AddColumn("Late"), 0);
+        EXPECT_LT(writer.WriteAttribute("Late", value), 0);
         EXPECT_EQ(writer.WriteAttribute("Back", value), 0);
         writer.EndRecord();
         writer.EndRecord();

@@ -1,7 +1,6 @@
 #include "ListFixture.h"
 
-class BrowseFrameTest : public ListTest {
-  protected:
+struct BrowseFrameTest : ListTest {
     Texts RecentMenu() {
         Texts texts;
         for (const wxMenuItem* const item : SearchField().GetMenu()->GetMenuItems()) {

@@ -1,7 +1,6 @@
 #include "ListFixture.h"
 
-class CardListTest : public ListTest {
-  protected:
+struct CardListTest : ListTest {
     long FocusedRow() { return Cards().GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
     // Cards numbered from 0, with these fronts.
     void InsertCards(const Texts& fronts) {

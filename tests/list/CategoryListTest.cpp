@@ -1,7 +1,6 @@
 #include "ListFixture.h"
 
-class CategoryListTest : public ListTest {
-  protected:
+struct CategoryListTest : ListTest {
     // The store's categories as "id name".
     Strings Stored() { return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id"); }
     // Types the name and answers the question that may follow.

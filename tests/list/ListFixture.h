@@ -11,8 +11,7 @@
 #include "support/GuiTest.h"
 
 // The list window on a real store, told what to do by keys and commands as a person would.
-class ListTest : public GuiStoreTest {
-  protected:
+struct ListTest : GuiStoreTest {
     using Texts = std::vector<wxString>;
 
     // The windows observe what is destroyed before the base class closes them.

@@ -7,8 +7,7 @@
 #include "support/Fakes.h"
 
 // The application of a test: file dialogs that answer at once, and what it was asked, in order.
-class FakeStoreFileActions : public StoreFileActions {
-  public:
+struct FakeStoreFileActions : StoreFileActions {
     wxString GetDefaultStorePath() override { return "/default.vlm"; }
     bool ChooseToOpen(wxWindow*, wxString& path) override { return !(path = "/opened").empty(); }
     bool ChooseToSave(wxWindow*, const wxString& title, wxString& path) override {

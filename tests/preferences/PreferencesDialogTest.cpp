@@ -12,8 +12,7 @@ constexpr int ID_DEFAULT = 10006, ID_FONT_NAME = 10047, ID_STUDY_FONT_COLOR = 10
 constexpr int ID_BROWSE = 10117, ID_STORE_CHOICE = 10123, ID_NEW_PATH = 10124;
 constexpr int ID_INTRODUCTION = 10149;
 
-class PreferencesDialogTest : public GuiStoreTest {
-  protected:
+struct PreferencesDialogTest : GuiStoreTest {
     PreferencesDialogTest() {
         WriteBooleanSetting("EarlyIntroduction", true);
         mpDialog = new PreferencesDialog(nullptr, mNotifier, mFiles);

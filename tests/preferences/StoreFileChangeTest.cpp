@@ -8,8 +8,7 @@
 
 namespace {
 
-class StoreFileChangeTest : public GuiStoreTest {
-  protected:
+struct StoreFileChangeTest : GuiStoreTest {
     StoreFileChangeTest() { Insert(MakeCard("front", "back")); }
 
     void Change(StoreFileChoice choice, const wxString& path) {

@@ -31,8 +31,7 @@ class FullDisk {
     void (*mHandler)(int);
 };
 
-class StoreFileMoveTest : public ::testing::Test {
-  protected:
+struct StoreFileMoveTest : ::testing::Test {
     StoreFileMoveTest() { WriteBytes(mStore, mCards); }
 
     wxString Path(const wxString& name) const { return mDirectory.Path(name); }

@@ -38,6 +38,7 @@ TEST(ReviewArithmetic, GivesTheIntervalBitForBitAndTheDifficulty) {
         {"not quite the end of the table", 101, 90.0f, 16, 2, 0.99999f, 0x4278B0F1, 17},
         {"elapsed as a 32-bit float", 16777217, 5.0f, 16, 3, 0.9f, 0x4B972AC4, 16},
         {"an interval below 1 is lifted first", 1, 0.25f, 16, 0, 0.0f, Bits(1.0f), 17},
+        {"at its hardest", 100, 100.0f, 32, 0, 0.5f, Bits(1.0f), 32},
         {"reviewed in the future", -100, 70.0f, 31, 2, 0.0f, Bits(1.0f), 32},
     };
     const FakeClock clock;
@@ -54,6 +55,7 @@ TEST(ReviewArithmetic, GivesTheIntervalBitForBitAndTheDifficulty) {
         EXPECT_EQ(Bits(result.NewInterval), c.NewInterval) << result.NewInterval;
         EXPECT_EQ(result.Difficulty, c.NewDifficulty);
     }
+    EXPECT_EQ(DifficultyFactor(-4), 5.0f) << "the factor has a ceiling";
 }
 
 TEST(IntervalUnits, TakesTheLargestUnitOfWhichTheTimeIsMoreThanTwice) {

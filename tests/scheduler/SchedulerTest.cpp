@@ -18,8 +18,7 @@ struct CardRow {
     int32_t Number;
 };
 
-class SchedulerTest : public StoreFixture {
-  protected:
+struct SchedulerTest : StoreFixture {
     void InsertRow(const CardRow& row) {
         FlashCard card = MakeCard(row.Name, "back");
         card.ForwardX = row.Direction == R;
@@ -90,6 +89,14 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     mScheduler.SetDirections(R);
     mScheduler.Initialise();
     EXPECT_EQ(told, "1 second, 0 first, 0 second, 1 Empty, 0 Empty, ");
+    // Without a category of its own the scheduler takes the first one.
+    mCategory.Current = -1;
+    mScheduler.SetDirections(F);
+    mScheduler.Initialise();
+    EXPECT_EQ(mScheduler.GetCurrentCard().Front, "second");
+    EXPECT_FALSE(mScheduler.IsBreakTime());
+    mClock.Advance(20000);
+    EXPECT_EQ(mScheduler.GetReadyCount(), 1);
 }
 
 }  // namespace

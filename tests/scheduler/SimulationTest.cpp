@@ -230,8 +230,7 @@ class Model {
     uint32_t mChance = 1;
 };
 
-class SimulationTest : public StoreFixture {
-  protected:
+struct SimulationTest : StoreFixture {
     // Thousands of commits: in memory where the system offers that.
     static void SetUpTestSuite() {
         if (std::filesystem::is_directory("/dev/shm")) {

@@ -29,8 +29,7 @@ TEST(WindowPlaceTest, APlaceIsBroughtOntoAScreenThatExists) {
     EXPECT_EQ(ClampPlace(wxRect(1, 2, 3, 4), {}), wxRect(1, 2, 3, 4));
 }
 
-class WindowPositionTest : public GuiTest {
-  protected:
+struct WindowPositionTest : GuiTest {
     // Opens a window as one of ours does and waits for the window manager, which makes a new
     // window the active one when it has placed it.
     wxFrame* Open(bool expectRestored, long style = wxDEFAULT_FRAME_STYLE) {

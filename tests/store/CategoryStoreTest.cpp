@@ -1,7 +1,6 @@
 #include "support/StoreFixture.h"
 
-class CategoryStoreTest : public StoreFixture {
-  protected:
+struct CategoryStoreTest : StoreFixture {
     // "id name" of every category, in the order of the ids.
     Strings Categories() { return Query("SELECT Id || ' ' || Name FROM Categories ORDER BY Id"); }
 };

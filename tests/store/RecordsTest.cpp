@@ -17,7 +17,8 @@ TEST(Records, IdentitiesAreReadInTheirThreeForms) {
     for (const char* text :
          {"", "00112233-4455-6677-8899-aabbccddeef", "{00112233-4455-6677-8899-aabbccddeeff)",
           "001122334455-6677-8899-aabbcc-ddeeff", "00112233-4455-6677-8899-aabbccddeefg",
-          "{00112233445566778899aabbccddeeff}"}) {
+          "{00112233445566778899aabbccddeeff}", "00112233-4455-6677-8899-aabbccddeeff000",
+          "0011223:-4455-6677-8899-aabbccddeeff", "0011223G-4455-6677-8899-aabbccddeeff"}) {
         CardUuid uuid;
         uuid.Bytes[5] = 1;
         const CardUuid before = uuid;
@@ -68,9 +69,11 @@ TEST(Records, TimeStampsAreReadAndWrittenInUtc) {
     ASSERT_EQ(ParseTimeStamp("2009-02-13 23:31:30Z", time), 0);
     EXPECT_EQ(time.GetTicks(), 1234567890);
     EXPECT_EQ(FormatTimeStamp(wxDateTime(wxLongLong(-1))), "1969-12-31 23:59:59Z");
+    EXPECT_EQ(FormatTimeStamp(wxDateTime()), "");
 }
 
 TEST(Records, NextReviewAddsTheWholeSecondsWithin32Bits) {
+    EXPECT_FALSE((CardSchedule{true, wxDateTime()}.NextReview().IsValid()));
     const std::pair<float, int64_t> cases[] = {
         {59.9f, 59}, {-1.5f, -1}, {3e9f, 2147483647}, {-3e9f, -2147483648}, {NAN, 0}};
     for (const auto& [interval, wait] : cases) {

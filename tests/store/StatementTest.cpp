@@ -2,8 +2,7 @@
 
 #include "support/StoreFixture.h"
 
-class StatementTest : public StoreFixture {
-  protected:
+struct StatementTest : StoreFixture {
     StatementRun Run(const char* sql) { return {mDatabase, mDatabase.GetStatement(sql)}; }
 };
 

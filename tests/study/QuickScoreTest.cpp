@@ -9,8 +9,7 @@ using ::testing::IsEmpty;
 
 using Heard = std::vector<std::string>;
 
-class QuickScoreTest : public GuiTest {
-  protected:
+struct QuickScoreTest : GuiTest {
     QuickScoreTest() {
         const wxString labels[] = {"5 - Pass (no hesitation)", "4", "3", "2", "1", "0"};
         mScore.SetItems(labels, WXSIZEOF(labels));

@@ -8,8 +8,7 @@
 #include "support/GuiTest.h"
 
 // A study window on a real store, told what to do by keys and commands as a person would.
-class StudyFrameTest : public GuiStoreTest {
-  protected:
+struct StudyFrameTest : GuiStoreTest {
     ~StudyFrameTest() override {
         if (mpFrame != nullptr) {
             Close();

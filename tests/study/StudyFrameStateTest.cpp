@@ -5,8 +5,7 @@
 
 namespace {
 
-class StudyFrameState : public StudyFrameTest {
-  protected:
+struct StudyFrameState : StudyFrameTest {
     wxString Labels() {
         wxString labels;
         for (unsigned int i = 0; i < Scores().GetCount(); ++i) {

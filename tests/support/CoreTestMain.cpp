@@ -3,8 +3,12 @@
 
 #include <clocale>
 
+#include "base/Trace.h"
+
 // The library without windows, in the locale that the program itself sets.
 int main(int argc, char** argv) {
+    // Trace texts are built, so that a format that does not fit its values is found.
+    gTraceHook = [](const wxString&) {};
     if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {
         std::setlocale(LC_CTYPE, "C.UTF-8");
     }

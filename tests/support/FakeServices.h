@@ -10,8 +10,7 @@
 
 // The application as a window sees it: everything is to be had unless a test says otherwise, and
 // every call is kept.
-class FakeServices : public AppServices {
-  public:
+struct FakeServices : AppServices {
     struct CardsTaken {
         std::vector<int64_t> RowIds;
         bool Cut = false;

@@ -37,16 +37,14 @@ class FakeRandom : public ReviewRandom {
 };
 
 // Keeps what was reported and lets the failing operation return.
-class RecordingReport : public FatalErrorReport {
-  public:
+struct RecordingReport : FatalErrorReport {
     void Report(const wxString& text) override { Texts.push_back(text); }
     void DeliverPending() override {}
     std::vector<wxString> Texts;
 };
 
 // Waits for the upgrade without a window.
-class SilentUpgradeWait : public UpgradeWait {
-  public:
+struct SilentUpgradeWait : UpgradeWait {
     void WaitFor(wxThread& worker) override {
         while (worker.IsRunning()) {
             wxMilliSleep(1);
@@ -56,14 +54,12 @@ class SilentUpgradeWait : public UpgradeWait {
     int Waits = 0;
 };
 
-class FakeCategorySource : public CategorySource {
-  public:
+struct FakeCategorySource : CategorySource {
     int32_t GetCurrentCategoryId(Database&) override { return Current; }
     int32_t Current = 0;
 };
 
-class SilentMaintenance : public MaintenancePrompt {
-  public:
+struct SilentMaintenance : MaintenancePrompt {
     void ConfirmStart() override { ++Starts; }
     void TellComplete() override {}
     int Starts = 0;

@@ -89,8 +89,7 @@ class ModalAnswers : public wxModalDialogHook {
 };
 
 // Settings of their own in a fresh directory, and at the end no window left behind.
-class OwnWindows {
-  protected:
+struct OwnWindows {
     OwnWindows();
     ~OwnWindows();
 

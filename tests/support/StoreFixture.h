@@ -32,8 +32,7 @@ std::string ReadBytes(const wxString& path);
 FlashCard MakeCard(const wxString& front, const wxString& back, int32_t categoryId = 0);
 
 // A real store file with one category "Default" (id 0), open.
-class StoreFixture : public ::testing::Test {
-  protected:
+struct StoreFixture : ::testing::Test {
     using Strings = std::vector<std::string>;
 
     StoreFixture();

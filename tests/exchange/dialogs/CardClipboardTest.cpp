@@ -9,8 +9,7 @@ namespace {
 
 using EmptyCut = AppServices::EmptyCut;
 
-class CardClipboardTest : public GuiStoreTest {
-  protected:
+struct CardClipboardTest : GuiStoreTest {
     CardClipboardTest() {
         mDatabase.CategoryInsert("other");
         FlashCard card = MakeCard("one", L"\u6C34 \U0001F600");

@@ -14,8 +14,7 @@ class OrderedReport : public RecordingReport {
 };
 
 // A test of dialogs that are shown, and of those that they show in turn.
-class DialogTest : public GuiStoreTest {
-  protected:
+struct DialogTest : GuiStoreTest {
     ModalAnswers mAnswers;
     OrderedReport mOrdered{mAnswers};
 };

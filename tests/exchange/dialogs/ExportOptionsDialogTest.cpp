@@ -7,8 +7,7 @@ namespace {
 constexpr int kDelimiter = 10001, kPreview = 10035, kFormat = 10081, kScheduling = 10082;
 constexpr int kOther = 10083, kRange = 10148, kOk = wxID_OK;
 
-class ExportOptionsDialogTest : public DialogTest {
-  protected:
+struct ExportOptionsDialogTest : DialogTest {
     ExportOptionsDialogTest() { mDatabase.CategoryInsert("other"); }
 
     void Open(const std::vector<int64_t>& selected) {
@@ -28,18 +27,6 @@ class ExportOptionsDialogTest : public DialogTest {
     std::vector<int64_t> mSelected;
     std::unique_ptr<ExportOptionsDialog> mDialog;
 };
-
-TEST_F(ExportOptionsDialogTest, TheDelimiterIsShownWhereThereIsOne) {
-    Open({});
-    const std::tuple<int, int, bool, bool> rows[] = {
-        {0, 4, false, false}, {1, 3, true, false}, {1, 4, true, true}, {2, 4, false, false}};
-    for (const auto& [format, delimiter, isShown, isOtherShown] : rows) {
-        Choose(kFormat, format);
-        Choose(kDelimiter, delimiter);
-        EXPECT_EQ(FindById(*mDialog, kDelimiter)->IsShown(), isShown);
-        EXPECT_EQ(Text(kOther).IsShown(), isOtherShown);
-    }
-}
 
 TEST_F(ExportOptionsDialogTest, TheRangeBeginsAsNarrowAsItCan) {
     InsertCards(18, 0);
@@ -71,7 +58,9 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     EXPECT_EQ(Preview().find("RERC: 0"), std::string::npos);
     Choose(kFormat, 1);
     EXPECT_EQ(Preview().rfind("id\tFront\tBack", 0), 0U);
+    EXPECT_FALSE(Text(kOther).IsShown());
     Choose(kDelimiter, 4);
+    EXPECT_TRUE(Text(kOther).IsShown());
     EXPECT_EQ(Preview(), "You must specify a delimiter.");
     for (const char* const wrong : {"\"", "||", "\n"}) {
         Text(kOther).SetValue(wrong);

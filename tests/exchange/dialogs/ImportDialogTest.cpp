@@ -9,8 +9,7 @@ namespace {
 constexpr int ID_DELIMITER = 10001, ID_FORMAT = 10004, ID_OTHER = 10007, ID_ERROR = 10011;
 constexpr int ID_PREVIEW = 10036, ID_PREVIEW_LABEL = 10090;
 
-class ImportDialogTest : public DialogTest {
-  protected:
+struct ImportDialogTest : DialogTest {
     // A dialog on a file of these bytes, as the command makes it.
     ImportDialog& Open(const std::string& bytes) {
         WriteBytes(mDirectory.Path("import.txt"), bytes);

@@ -10,8 +10,7 @@
 namespace {
 
 // A job of some steps, one a tick; one of no step has no length.
-class FakeJob : public ProgressSource {
-  public:
+struct FakeJob : ProgressSource {
     int32_t GetMinimum() const override { return 100; }
     int32_t GetMaximum() const override { return 100 + 10 * Length; }
     int32_t GetPosition() const override { return Length == 0 ? 100 : 100 + Ticks; }
@@ -19,15 +18,13 @@ class FakeJob : public ProgressSource {
     void Cancel() override { Cancelled = true; }
     void OnTimer(wxWindow* dialog) override {
         ++Ticks;
-        if (AtTick) {
-            AtTick(*dialog);
-        }
+        AtTick(*dialog);
     }
 
     int Length = 10;
     int Ticks = 0;
     bool Cancelled = false;
-    std::function<void(wxWindow&)> AtTick;
+    std::function<void(wxWindow&)> AtTick = [](wxWindow&) {};
 };
 
 int Show(FakeJob& job) {
@@ -36,8 +33,7 @@ int Show(FakeJob& job) {
     return dialog.ShowModal();
 }
 
-class ImportDialogs : public DialogTest {
-  protected:
+struct ImportDialogs : DialogTest {
     // Imports a file; the progress window runs its course, and each further dialog gets an answer.
     bool Import(const std::string& text, wxWindow* parent, std::initializer_list<int> answers) {
         const ImportInput input{mDirectory.Path("import.txt")};
@@ -55,26 +51,16 @@ class ImportDialogs : public DialogTest {
 
 }  // namespace
 
-TEST(ProgressDialogTest, EndsWithItsJob) {
-    FakeJob job;
-    int gauge = 0;
-    job.AtTick = [&](wxWindow& dialog) {
-        gauge = static_cast<wxGauge*>(FindById(dialog, 10031))->GetValue();
-    };
-    EXPECT_EQ(Show(job), wxID_OK);
-    EXPECT_EQ(gauge, 9);
-    EXPECT_FALSE(job.Cancelled);
-
+TEST(ProgressDialogTest, EndsWithItsJobOrByItsButton) {
     FakeJob empty;
     empty.Length = 0;
     EXPECT_EQ(Show(empty), wxID_OK);
     EXPECT_EQ(empty.Ticks, 1);
-}
 
-TEST(ProgressDialogTest, IsLeftOnlyByItsButton) {
     FakeJob job;
-    job.Length = 1000;
+    int gauge = 0;
     job.AtTick = [&](wxWindow& dialog) {
+        gauge = Find<wxGauge>(dialog, 10031).GetValue();
         dialog.Close();
         if (job.Ticks == 5) {
             EXPECT_FALSE(job.Cancelled);
@@ -84,6 +70,7 @@ TEST(ProgressDialogTest, IsLeftOnlyByItsButton) {
     EXPECT_EQ(Show(job), wxID_CANCEL);
     EXPECT_TRUE(job.Cancelled);
     EXPECT_EQ(job.Ticks, 5);
+    EXPECT_EQ(gauge, 4);
 }
 
 // The timer goes on while the job has a question open.
@@ -137,13 +124,10 @@ TEST_F(ImportDialogs, TellTheOutcome) {
 
 TEST_F(ImportDialogs, AskForANewCategoryAndStopSilently) {
     auto* const frame = new wxFrame(nullptr, wxID_ANY, "parent");
-    const std::string text = "f: a\nb: b\nc: Words\n";
-    EXPECT_FALSE(Import(text, frame, {wxID_CANCEL}));
-    EXPECT_EQ(mAnswers.Dialogs.back().Title, "New Category");
-    EXPECT_TRUE(mDatabase.IsEmpty());
-    // Any other code of a dialog is no yes.
-    EXPECT_FALSE(Import(text, frame, {wxID_OK}));
-    EXPECT_TRUE(mDatabase.IsEmpty());
-    EXPECT_TRUE(Import(text, frame, {wxID_YES, wxID_OK}));
-    EXPECT_FALSE(mDatabase.IsEmpty());
+    // Any code of a dialog but its own is no yes.
+    for (const int answer : {wxID_CANCEL, wxID_OK}) {
+        EXPECT_FALSE(Import("f: a\nb: b\nc: Words\n", frame, {answer}));
+        EXPECT_EQ(mAnswers.Dialogs.back().Title, "New Category");
+        EXPECT_TRUE(mDatabase.IsEmpty());
+    }
 }

@@ -22,8 +22,7 @@ std::vector<wxWindow*> MergedColumn(wxWindow& dialog) {
     return controls;
 }
 
-class MergeDialogTest : public DialogTest {
-  protected:
+struct MergeDialogTest : DialogTest {
     MergeDialogTest() {
         mStored = MakeCard("front", "stored back");
         mStored.Notes = "stored notes";
