@@ -10,6 +10,7 @@ import shutil
 import signal
 import sqlite3
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
@@ -299,7 +300,10 @@ class Program:
         for title in (STUDY_WINDOW, LIST_WINDOW):
             if self.windows(title):
                 self.close(title)
-        return self.wait()
+        code = self.wait()
+        if code != 0:
+            print(self.error_text(), file=sys.stderr)
+        return code
 
     def kill(self):
         if self.process.poll() is None:
