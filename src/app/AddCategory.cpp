@@ -2,18 +2,16 @@
 
 #include <wx/intl.h>
 #include <wx/msgdlg.h>
-#include <wx/textdlg.h>
 
 #include <list>
 
-#include "shell/AccessibleName.h"
+#include "shell/TextQuestion.h"
 #include "store/Database.h"
 
 void AddCategory(wxWindow* parent, Database& database) {
     const wxString caption = _("Add Category");
-    const wxString question = _("Please enter the name of the category you want to add.");
-    wxTextEntryDialog dialog(parent, question, caption);
-    SetAccessibleFieldName(dialog, question);
+    TextQuestion dialog(parent, _("Please enter the name of the category you want to add."),
+                        caption);
     if (dialog.ShowModal() != wxID_OK || dialog.GetValue().empty()) {
         return;
     }

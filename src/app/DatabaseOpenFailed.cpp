@@ -10,6 +10,7 @@
 
 #include "app/StoreFileDialogs.h"
 #include "shell/AccessibleName.h"
+#include "shell/TextHeight.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     rows->Add(message, wxSizerFlags().Border(wxALL, 5));
     rows->Add(mpPath, wxSizerFlags().Expand().Border(wxALL, 5));
     rows->Add(buttons, wxSizerFlags().Center());
+    FitTextHeights(*this);
     SetSizerAndFit(rows);
     Centre();
 

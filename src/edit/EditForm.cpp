@@ -17,6 +17,7 @@
 #include "edit/EditSchedulePanel.h"
 #include "edit/FormLabel.h"
 #include "shell/FormScroll.h"
+#include "shell/TextHeight.h"
 
 namespace {
 
@@ -124,6 +125,7 @@ EditForm::EditForm(wxWindow* parent)
         new EditSchedulePanel(this, ID_REVERSE_SCHEDULE, _("Reverse review schedule"));
     column->Add(mpReverseSchedule, wxSizerFlags().Expand());
     AddButtons(*column);
+    FitTextHeights(*this);
     FitInside();
 }
 
@@ -299,5 +301,6 @@ void EditForm::SetTextFont(const wxFont& font) {
                                   CardField::Author, CardField::Chapter, CardField::Notes}) {
         At(field).Control->SetFont(font);
     }
+    FitTextHeights(*this);
     FitInside();
 }

@@ -53,7 +53,8 @@ template <size_t kCount>
 wxArrayString Translated(const char* const (&texts)[kCount]) {
     wxArrayString translated;
     for (const char* const text : texts) {
-        translated.Add(wxGetTranslation(text));
+        // A line end at the end of a text would make the whole choice two lines high.
+        translated.Add(wxString(wxGetTranslation(text)).Trim());
     }
     return translated;
 }

@@ -2,7 +2,6 @@
 
 #include <wx/menu.h>
 #include <wx/settings.h>
-#include <wx/textdlg.h>
 #include <wx/vector.h>
 
 #include <algorithm>
@@ -11,12 +10,12 @@
 
 #include "list/ShownText.h"
 #include "resources/ResourceBitmap.h"
-#include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/ListRows.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
+#include "shell/TextQuestion.h"
 #include "store/Database.h"
 
 namespace {
@@ -162,10 +161,8 @@ void CategoryList::Rename() {
         return;
     }
     const Category& category = found.front();
-    const wxString question = _("Please enter a new name for the category.");
-    wxTextEntryDialog dialog(this, question, _("Rename Category"), category.Name,
-                             wxOK | wxCANCEL | wxCENTRE);
-    SetAccessibleFieldName(dialog, question);
+    TextQuestion dialog(this, _("Please enter a new name for the category."), _("Rename Category"),
+                        category.Name);
     // A field cannot hold every name, and one that was not touched is to change none.
     const wxString untouched = dialog.GetValue();
     mAsking = true;

@@ -7,6 +7,8 @@
 #include <wx/sizer.h>
 #include <wx/textctrl.h>
 
+#include <algorithm>
+
 #include "shell/AccessibleName.h"
 
 namespace {
@@ -16,6 +18,7 @@ constexpr int kButtonId = 10051;
 constexpr int kBorder = 5;
 // Room for most names.
 constexpr int kNameWidth = 180;
+constexpr int kNameLength = 22;
 
 }  // namespace
 
@@ -24,7 +27,8 @@ FontControl::FontControl(wxWindow* parent, wxWindowID id, const wxString& label)
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     const int border = FromDIP(kBorder);
     mpName = new wxTextCtrl(this, kNameId, wxString(), wxDefaultPosition,
-                            FromDIP(wxSize(kNameWidth, -1)), wxTE_READONLY | wxTE_CENTRE);
+                            wxSize(std::max(FromDIP(kNameWidth), kNameLength * GetCharWidth()), -1),
+                            wxTE_READONLY | wxTE_CENTRE);
     mpName->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     row->Add(mpName, wxSizerFlags().CentreVertical().Border(wxRIGHT, border));
     auto* const change = new wxButton(this, kButtonId, _("Change Font..."));

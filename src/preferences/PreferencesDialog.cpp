@@ -4,18 +4,22 @@
 #include <wx/choice.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
+#include <wx/settings.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "preferences/ColorControl.h"
 #include "preferences/FontControl.h"
 #include "preferences/StoreFileChange.h"
 #include "shell/AccessibleName.h"
+#include "shell/ButtonRow.h"
 #include "shell/FormScroll.h"
 #include "shell/Settings.h"
+#include "shell/TextHeight.h"
 #include "store/Subject.h"
 
 namespace {
@@ -40,6 +44,8 @@ constexpr int kBorder = 5;
 constexpr int kRowBorder = 1;
 constexpr int kHeadingBorder = 2;
 constexpr int kTextWidth = 215;
+// What the window shows of the form at least, in lines of text.
+constexpr int kLines = 17;
 
 constexpr int kLater = wxLEFT | wxRIGHT | wxBOTTOM;
 
@@ -70,7 +76,12 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
       mActions(actions) {
     CreateControls();
     LoadSettings();
-    SetSize(FromDIP(wxSize(400, 300)));
+    FitTextHeights(*mpForm);
+    mpForm->FitInside();
+    // A large font needs a larger window.
+    const int scrollBar = std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
+    SetSize(std::max(FromDIP(400), mpForm->GetSizer()->CalcMin().x + scrollBar),
+            std::max(FromDIP(300), kLines * GetCharHeight()));
     Layout();
     CentreOnParent();
     Bind(wxEVT_CHOICE, &PreferencesDialog::OnIntroductionChoice, this, ID_INTRODUCTION);
@@ -95,7 +106,7 @@ void PreferencesDialog::CreateControls() {
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     SetSizer(rows);
     rows->Add(mpForm, wxSizerFlags(1).Expand());
-    CreateButtons();
+    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, FromDIP(kBorder)));
 }
 
 void PreferencesDialog::CreateAppearance() {
@@ -167,16 +178,6 @@ void PreferencesDialog::CreateStoreFile() {
           static_cast<wxWindow*>(mpBrowseButton)}) {
         window->Disable();
     }
-}
-
-void PreferencesDialog::CreateButtons() {
-    auto* const buttons = new wxStdDialogButtonSizer();
-    auto* const ok = new wxButton(this, wxID_OK, _("&OK"));
-    buttons->AddButton(ok);
-    buttons->AddButton(new wxButton(this, wxID_CANCEL, _("&Cancel")));
-    buttons->Realize();
-    GetSizer()->Add(buttons, wxSizerFlags().Expand().Border(wxALL, FromDIP(kBorder)));
-    ok->SetDefault();
 }
 
 void PreferencesDialog::AddHeading(const wxString& title) {

@@ -30,7 +30,6 @@ class PreferencesDialog : public wxDialog {
     void CreateAppearance();
     void CreateAdvanced();
     void CreateStoreFile();
-    void CreateButtons();
 
     // Each adds to the end of the form.
     void AddHeading(const wxString& title);

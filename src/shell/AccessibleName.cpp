@@ -1,6 +1,6 @@
 #include "shell/AccessibleName.h"
 
-#include <wx/textctrl.h>
+#include <wx/window.h>
 
 #ifdef __WXGTK__
 
@@ -71,11 +71,3 @@ void SetAccessibleName(const wxWindow& /*window*/, const wxString& /*name*/) {}
 void SetAccessibleRole(const wxWindow& /*window*/, AccessibleRole /*role*/) {}
 
 #endif
-
-void SetAccessibleFieldName(const wxWindow& dialog, const wxString& name) {
-    for (const wxWindow* const child : dialog.GetChildren()) {
-        if (dynamic_cast<const wxTextCtrl*>(child) != nullptr) {
-            SetAccessibleName(*child, name);
-        }
-    }
-}

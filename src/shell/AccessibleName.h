@@ -9,9 +9,6 @@ class wxWindow;
 // name.
 void SetAccessibleName(const wxWindow& window, const wxString& name);
 
-// Names the text field of one of the toolkit's dialogs that ask for a text.
-void SetAccessibleFieldName(const wxWindow& dialog, const wxString& name);
-
 // What kind of control a screen reader says that a window is which paints itself. One of the
 // toolkit's own needs no such word.
 enum class AccessibleRole { Button, List };

@@ -1,6 +1,5 @@
 #include "study/LearningProgress.h"
 
-#include <wx/button.h>
 #include <wx/frame.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
@@ -9,6 +8,7 @@
 #include <wx/stattext.h>
 
 #include "base/Clock.h"
+#include "shell/ButtonRow.h"
 #include "store/Database.h"
 
 namespace {
@@ -89,17 +89,11 @@ void LearningProgress::CreateControls() {
     CreateBox(*panel, _("Study Front to Back"), {10001, 10002, 10003, 10000}, ForwardTexts());
     CreateBox(*panel, _("Study Back to Front"), {10004, 10005, 10006, 10007}, ReverseTexts());
 
-    auto* const buttons = new wxStdDialogButtonSizer();
-    auto* const ok = new wxButton(this, wxID_OK);
-    buttons->AddButton(ok);
-    buttons->AddButton(new wxButton(this, wxID_CANCEL, _("&Cancel")));
-    buttons->Realize();
     auto* const column = new wxBoxSizer(wxVERTICAL);
     column->Add(panel, wxSizerFlags(1).Expand());
-    column->Add(buttons, wxSizerFlags().Expand().Border(wxALL, border));
+    column->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, border));
     SetSizer(column);
-    ok->SetDefault();
-    ok->SetFocus();
+    FindWindow(wxID_OK)->SetFocus();
 }
 
 void LearningProgress::CreateBox(wxScrolledWindow& panel, const wxString& label,

@@ -20,7 +20,9 @@
 #include "exchange/dialogs/ProgressDialog.h"
 #include "scheduler/CategorySource.h"
 #include "shell/AccessibleName.h"
+#include "shell/ButtonRow.h"
 #include "shell/MessageBox.h"
+#include "shell/TextHeight.h"
 #include "store/Database.h"
 
 namespace {
@@ -38,8 +40,6 @@ constexpr int kSchedulingId = 10082;
 constexpr int kSchedulingHelpId = 10084;
 constexpr int kRangeId = 10148;
 constexpr int kPreviewId = 10035;
-constexpr int kOkId = 5100;
-constexpr int kCancelId = 5101;
 
 enum Range : int { kAll = 0, kCurrentCategory = 1, kSelectedCards = 2 };
 
@@ -109,7 +109,9 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, CategorySource& curre
     rows->Add(mpRange, row);
     rows->Add(new wxStaticLine(this), row);
     rows->Add(MakePreview(), wxSizerFlags(row).Proportion(1));
-    rows->Add(MakeButtons(), wxSizerFlags().Centre().DoubleBorder());
+    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().DoubleBorder());
+    mpEncoding->SetFocus();
+    FitTextHeights(*this);
     SetSizer(rows);
     ShowDelimiter();
     CentreOnParent();
@@ -120,9 +122,7 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, CategorySource& curre
     Bind(wxEVT_TEXT, refresh, kOtherId);
     Bind(wxEVT_CHECKBOX, refresh, kSchedulingId);
     Bind(wxEVT_RADIOBOX, &ExportOptionsDialog::OnRange, this, kRangeId);
-    Bind(wxEVT_BUTTON, &ExportOptionsDialog::OnOk, this, kOkId);
-    Bind(
-        wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxID_CANCEL); }, kCancelId);
+    Bind(wxEVT_BUTTON, &ExportOptionsDialog::OnOk, this, wxID_OK);
 }
 
 wxSizer* ExportOptionsDialog::MakeOptions() {
@@ -196,18 +196,6 @@ wxSizer* ExportOptionsDialog::MakePreview() {
     rows->Add(new wxStaticText(this, wxID_ANY, _("Preview")));
     rows->Add(mpPreview, wxSizerFlags(1).Expand().Border(wxTOP, kGap));
     return rows;
-}
-
-wxSizer* ExportOptionsDialog::MakeButtons() {
-    auto* const ok = new wxButton(this, kOkId, _("&OK"));
-    auto* const cancel = new wxButton(this, kCancelId, _("&Cancel"));
-    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-    buttons->Add(ok, wxSizerFlags().Border(wxRIGHT, kGap));
-    buttons->Add(cancel);
-    ok->SetDefault();
-    SetEscapeId(kCancelId);
-    mpEncoding->SetFocus();
-    return buttons;
 }
 
 void ExportOptionsDialog::SetDatabase(Database& database,

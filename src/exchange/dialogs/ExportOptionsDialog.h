@@ -34,7 +34,6 @@ class ExportOptionsDialog : public wxDialog {
     wxSizer* MakeOptions();
     wxSizer* MakePreview();
     wxButton* MakeHelp(int id, const wxString& caption, const wxString& text);
-    wxSizer* MakeButtons();
 
     // Shows the controls of the delimiter only where there is one.
     void ShowDelimiter();

@@ -18,10 +18,12 @@
 #include "exchange/ImportPass.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "shell/AccessibleName.h"
+#include "shell/ButtonRow.h"
 #include "shell/ListRows.h"
 #include "shell/Makers.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
+#include "shell/TextHeight.h"
 
 namespace {
 
@@ -95,7 +97,10 @@ void ImportDialog::CreateControls() {
     rows->Add(mpPreviewLabel, row);
     rows->Add(mpError, wxSizerFlags(row).Proportion(1));
     rows->Add(mpPreview, wxSizerFlags(row).Proportion(1));
-    rows->Add(CreateButtons(), wxSizerFlags().Right().Border(wxALL, 2 * kGap));
+    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, 2 * kGap));
+    // Most files are known for what they are, and Enter is then all that is left to do.
+    FindWindow(wxID_OK)->SetFocus();
+    FitTextHeights(*this);
     SetSizer(rows);
     wxSize fitting = rows->ComputeFittingClientSize(this);
     SetMinClientSize(fitting);
@@ -141,18 +146,6 @@ wxSizer* ImportDialog::CreateOptions() {
     grid->Add(mpDelimiterSizer, wxSizerFlags().Expand());
     grid->Add(mpDelimiterHelp, middle);
     return grid;
-}
-
-wxSizer* ImportDialog::CreateButtons() {
-    auto* const ok = new wxButton(this, wxID_OK, _("&OK"));
-    auto* const cancel = new wxButton(this, wxID_CANCEL, _("&Cancel"));
-    ok->SetDefault();
-    // Most files are known for what they are, and Enter is then all that is left to do.
-    ok->SetFocus();
-    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-    buttons->Add(ok, wxSizerFlags().Border(wxRIGHT, kGap));
-    buttons->Add(cancel);
-    return buttons;
 }
 
 void ImportDialog::BindEvents() {

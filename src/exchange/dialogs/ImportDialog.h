@@ -41,7 +41,6 @@ class ImportDialog : public wxDialog {
   private:
     void CreateControls();
     wxSizer* CreateOptions();
-    wxSizer* CreateButtons();
     void BindEvents();
 
     bool IsOtherDelimiter() const;

@@ -11,6 +11,7 @@
 #include "base/WideText.h"
 #include "shell/AccessibleName.h"
 #include "shell/MessageBox.h"
+#include "shell/TextHeight.h"
 
 namespace {
 
@@ -85,6 +86,7 @@ MergeDialog::MergeDialog(wxWindow* parent)
 
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     rows->Add(grid, wxSizerFlags(1).Expand().Border(wxALL, 2 * kGap));
+    FitTextHeights(*this);
     SetSizerAndFit(rows);
     CentreOnParent();
     // Escape and the title bar are a wish to stop.
