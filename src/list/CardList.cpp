@@ -24,6 +24,8 @@ namespace {
 
 constexpr const char* kWidthsKey = "CardListColumns";
 constexpr int kNoCard = -1;
+// Pixels of a line for which the widths of the columns are meant; a larger font has wider ones.
+constexpr int kUsualLine = 17;
 
 struct Column {
     const char* Heading;
@@ -69,16 +71,17 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
               "panel"),
       mServices(services),
       mpListCtrl(new CardListCtrl(*this)) {
+    UseFont();
+    const int line = std::max(kUsualLine, mpListCtrl->GetCharHeight());
     int widths[kColumnCount];
     for (int i = 0; i < kColumnCount; ++i) {
-        widths[i] = kColumns[i].DefaultWidth;
+        widths[i] = kColumns[i].DefaultWidth * line / kUsualLine;
         mpListCtrl->AppendColumn(wxGetTranslation(kColumns[i].Heading));
     }
     ReadColumnWidths(kApplicationName, kWidthsKey, *mpListCtrl, widths, kColumnCount);
     auto* const sizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(mpListCtrl, 1, wxEXPAND, 5);
     SetSizer(sizer);
-    UseFont();
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
 
     mpListCtrl->Bind(wxEVT_LIST_ITEM_ACTIVATED, &CardList::OnItemActivated, this);

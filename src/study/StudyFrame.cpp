@@ -36,6 +36,8 @@ constexpr int kHighestScore = kScoreCount - 1;
 constexpr int kStartScore = 3;
 
 constexpr int kMessageWidth = 230;
+// Of both sides of a card together, in whatever font.
+constexpr int kLeastLines = 4;
 constexpr int kNormalMargin = 1;
 constexpr int kCompactMargin = 3;
 
@@ -327,6 +329,8 @@ void StudyFrame::ShowBack() {
 
 void StudyFrame::ApplySettings() {
     mpCardViewer->SetFont(ReadFontSetting("Font"));
+    mpCardViewer->SetMinSize(wxSize(-1, kLeastLines * mpCardViewer->GetCharHeight()));
+    GrowToFit();
     const wxColour text = ReadColourSetting("FontColor");
     mpCardViewer->SetFirstColour(text);
     mpCardViewer->SetSecondColour(text);
@@ -372,9 +376,10 @@ void StudyFrame::SetCompactScoring(bool compact) {
 }
 
 void StudyFrame::GrowToFit() {
-    // Never smaller: the viewer asks for next to nothing, and the frame has no border to pull.
+    // Never smaller: the viewer asks for little, and the frame has no border to pull.
     wxSize size = GetSize();
     size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
+    size.DecTo(wxGetClientDisplayRect().GetSize());
     SetSize(size);
 }
 
