@@ -94,6 +94,23 @@ std::string ToUtf8(const wxString& text) {
     return bytes;
 }
 
+std::u16string ToUtf16(const wxString& text) {
+    std::u16string units;
+    units.reserve(text.length());
+    for (const wxUniChar character : text) {
+        const uint32_t point = character.GetValue();
+        if (point < 0x10000) {
+            units.push_back(static_cast<char16_t>(IsScalarValue(point) ? point : kReplacement));
+        } else if (IsScalarValue(point)) {
+            units.push_back(static_cast<char16_t>(0xD7C0 + (point >> 10)));
+            units.push_back(static_cast<char16_t>(0xDC00 + (point & 0x3FF)));
+        } else {
+            units.push_back(static_cast<char16_t>(kReplacement));
+        }
+    }
+    return units;
+}
+
 wxString FromUtf8(const char* bytes, size_t length) {
     std::wstring text;
     text.reserve(length);

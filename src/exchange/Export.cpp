@@ -9,13 +9,16 @@
 #include <limits>
 #include <list>
 #include <map>
-#include <memory>
+#include <string>
+#include <string_view>
 
+#include "base/Utf8.h"
 #include "exchange/DelimitedWriter.h"
 #include "exchange/ExportRecord.h"
 #include "exchange/SecondText.h"
 #include "exchange/TextSink.h"
 #include "exchange/VlmTextWriter.h"
+#include "store/CardRow.h"
 #include "store/Database.h"
 #include "store/StoreReadLock.h"
 
@@ -23,7 +26,7 @@ namespace {
 
 constexpr wxFontEncoding kEncodings[] = {wxFONTENCODING_UTF16LE, wxFONTENCODING_UTF16BE,
                                          wxFONTENCODING_UTF8};
-constexpr wchar_t kByteOrderMark = L'\xFEFF';
+constexpr char16_t kByteOrderMark = u'\xFEFF';
 
 // Names by category id. A card of the category "Default" does not name it.
 class CategoryNames {
@@ -35,38 +38,40 @@ class CategoryNames {
         }
         for (const Category& category : categories) {
             if (category.Name != "Default") {
-                mNames[category.Id] = category.Name;
+                mNames[category.Id] = ToUtf16(category.Name);
             }
         }
         return 0;
     }
     // Empty where there is none to write.
-    const wxString& Find(int32_t id) const {
-        static const wxString none;
+    std::u16string_view Find(int32_t id) const {
         const auto found = mNames.find(id);
-        return found == mNames.end() ? none : found->second;
+        return found == mNames.end() ? std::u16string_view() : found->second;
     }
 
   private:
-    std::map<int32_t, wxString> mNames;
+    std::map<int32_t, std::u16string> mNames;
 };
 
-// Hands each card that is still in the store to a function that gives 0, or a negative value to
-// stop. Counts the cards in the position of the progress.
-template <class Visit>
+// Shows each card that is still in the store to one function, and calls another once the store is
+// free again. Either gives 0, or a negative value to stop. Counts the cards in the position of the
+// progress.
+template <class Visit, class Finish>
 int VisitCards(Database& database, const std::vector<int64_t>& rowIds, ExportProgress& progress,
-               int32_t& missing, const Visit& visit) {
+               int32_t& missing, const Visit& visit, const Finish& finish) {
     missing = 0;
-    std::list<FlashCard> cards;
+    int result = 0;
+    const CardRowVisitor visitor = [&](const CardRow& card) { result = visit(card); };
     for (const int64_t rowId : rowIds) {
-        if (database.SelectCardByRowId(rowId, cards) < 0) {
+        bool found = false;
+        if (database.VisitCardByRowId(rowId, found, visitor) < 0) {
             return -1;
         }
-        if (cards.empty()) {
+        if (!found) {
             ++missing;
             continue;
         }
-        if (visit(cards.front()) < 0) {
+        if (result < 0 || finish() < 0) {
             return -1;
         }
         ++progress.Position;
@@ -78,13 +83,17 @@ int WriteVlmCards(TextSink& sink, Database& database, const std::vector<int64_t>
                   const ExportOptions& options, ExportProgress& progress,
                   const CategoryNames& categories) {
     VlmTextWriter writer(sink);
-    return VisitCards(database, rowIds, progress, progress.Missing, [&](const FlashCard& card) {
-        const int result = options.Format == ExportFormat::kVlmText1
-                               ? WriteVersion1Record(writer, card, options.IncludeScheduling)
-                               : WriteCardRecord(writer, card, categories.Find(card.CategoryId),
-                                                 true, options.IncludeScheduling);
-        return sink.IsOk() ? result : -1;
-    });
+    const auto write = [&](const CardRow& card) {
+        return options.Format == ExportFormat::kVlmText1
+                   ? WriteVersion1Record(writer, card, options.IncludeScheduling)
+                   : WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true,
+                                     options.IncludeScheduling);
+    };
+    const auto finish = [&] {
+        writer.EndRecord();
+        return sink.IsOk() ? 0 : -1;
+    };
+    return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
 }
 
 // The columns have to stand before the first card is written, so the cards are read twice.
@@ -93,22 +102,25 @@ int WriteDelimitedCards(TextSink& sink, Database& database, const std::vector<in
                         const CategoryNames& categories) {
     bool split = false;
     int32_t missing = 0;
-    const int scanned =
-        VisitCards(database, rowIds, progress, missing, [&split](const FlashCard& card) {
-            split = split || HasSecondText(card.Front) || HasSecondText(card.Back);
-            return 0;
-        });
-    if (scanned < 0) {
+    const auto scan = [&split](const CardRow& card) {
+        split = split || HasSecondText(card.Front()) || HasSecondText(card.Back());
+        return 0;
+    };
+    if (VisitCards(database, rowIds, progress, missing, scan, [] { return 0; }) < 0) {
         return -1;
     }
     DelimitedWriter writer(sink, options.Delimiter);
     WriteCardHeader(writer, split, options.IncludeScheduling);
     progress.Position = 0;
-    return VisitCards(database, rowIds, progress, progress.Missing, [&](const FlashCard& card) {
-        const int result = WriteCardRecord(writer, card, categories.Find(card.CategoryId), split,
-                                           options.IncludeScheduling);
-        return sink.IsOk() ? result : -1;
-    });
+    const auto write = [&](const CardRow& card) {
+        return WriteCardRecord(writer, card, categories.Find(card.CategoryId()), split,
+                               options.IncludeScheduling);
+    };
+    const auto finish = [&] {
+        writer.EndRecord();
+        return sink.IsOk() ? 0 : -1;
+    };
+    return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
 }
 
 int32_t BarLength(size_t cards) {

@@ -4,22 +4,40 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace {
 
 constexpr size_t kBlockSize = size_t{1} << 16;
-// No character takes more bytes, with the carriage return before it.
-constexpr size_t kLongestCharacter = 8;
+// No unit takes more bytes, with the carriage return before it.
+constexpr size_t kLongestUnit = 4;
 #ifdef __WINDOWS__
 constexpr bool kEndsLinesWithReturn = true;
 #else
 constexpr bool kEndsLinesWithReturn = false;
 #endif
+// Units that are looked at together: most texts are plain, and go out many at once.
+constexpr size_t kRun = 16;
 
-uint32_t ToScalar(wxUniChar character) {
-    const uint32_t point = character.GetValue();
-    const bool isScalar = point != 0 && (point < 0xD800 || (point > 0xDFFF && point <= 0x10FFFF));
-    return isScalar ? point : 0xFFFD;
+bool IsHighHalf(char16_t unit) {
+    return (unit & 0xFC00) == 0xD800;
+}
+
+bool IsLowHalf(char16_t unit) {
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+// Takes the character at the front of a text that is not empty.
+uint32_t TakeCharacter(std::u16string_view& text) {
+    const char16_t first = text.front();
+    text.remove_prefix(1);
+    if (IsHighHalf(first) && !text.empty() && IsLowHalf(text.front())) {
+        const char16_t second = text.front();
+        text.remove_prefix(1);
+        return 0x10000 + ((first & 0x3FFU) << 10) + (second & 0x3FFU);
+    }
+    const bool isCharacter = first != 0 && !IsHighHalf(first) && !IsLowHalf(first);
+    return isCharacter ? first : 0xFFFD;
 }
 
 char* Put(char* out, uint32_t byte) {
@@ -27,77 +45,141 @@ char* Put(char* out, uint32_t byte) {
     return out + 1;
 }
 
-char* EncodeUtf8(wchar_t character, char* out) {
-    const uint32_t point = ToScalar(character);
-    if (point < 0x80) {
-        return Put(out, point);
+// Four units at once. The high bit marks the lowest one that is zero, and perhaps others above it.
+constexpr uint64_t kOnes = 0x0001000100010001;
+uint64_t ZeroUnits(uint64_t units) {
+    return (units - kOnes) & ~units;
+}
+
+// Whether the test, which takes four units at once, gives any of the marks in a run.
+template <class Test>
+bool HasUnit(const char16_t* run, uint64_t wanted, const Test& test) {
+    uint64_t marks = 0;
+    for (size_t i = 0; i < kRun; i += 4) {
+        uint64_t units = 0;
+        std::memcpy(&units, run + i, sizeof units);
+        marks |= test(units);
     }
-    if (point < 0x800) {
-        out = Put(out, 0xC0 | (point >> 6));
+    return (marks & wanted) != 0;
+}
+
+// UTF-8. A run of plain units gives a byte for each.
+class Utf8 {
+  public:
+    static bool IsPlain(const char16_t* run) {
+        return !HasUnit(run, kOnes * 0xFF80, [](uint64_t units) {
+            // One less than NUL has high bits too.
+            return units | (units - kOnes);
+        });
+    }
+    static char* PutRun(const char16_t* run, char* out) {
+        char bytes[kRun];
+        for (size_t i = 0; i < kRun; ++i) {
+            bytes[i] = static_cast<char>(run[i]);
+        }
+        std::memcpy(out, bytes, kRun);
+        return out + kRun;
+    }
+    static char* PutCharacter(uint32_t point, char* out) {
+        if (point < 0x80) {
+            return Put(out, point);
+        }
+        if (point < 0x800) {
+            out = Put(out, 0xC0 | (point >> 6));
+            return Put(out, 0x80 | (point & 0x3F));
+        }
+        if (point < 0x10000) {
+            out = Put(out, 0xE0 | (point >> 12));
+        } else {
+            out = Put(out, 0xF0 | (point >> 18));
+            out = Put(out, 0x80 | ((point >> 12) & 0x3F));
+        }
+        out = Put(out, 0x80 | ((point >> 6) & 0x3F));
         return Put(out, 0x80 | (point & 0x3F));
     }
-    if (point < 0x10000) {
-        out = Put(out, 0xE0 | (point >> 12));
-    } else {
-        out = Put(out, 0xF0 | (point >> 18));
-        out = Put(out, 0x80 | ((point >> 12) & 0x3F));
-    }
-    out = Put(out, 0x80 | ((point >> 6) & 0x3F));
-    return Put(out, 0x80 | (point & 0x3F));
-}
+};
 
+// UTF-16. A run without halves of pairs goes out as it is.
 template <bool bigEndian>
-char* PutUnit(char* out, uint32_t unit) {
-    const uint32_t high = unit >> 8;
-    const uint32_t low = unit & 0xFF;
-    out = Put(out, bigEndian ? high : low);
-    return Put(out, bigEndian ? low : high);
-}
-
-template <bool bigEndian>
-char* EncodeUtf16(wchar_t character, char* out) {
-    const uint32_t point = ToScalar(character);
-    if (point < 0x10000) {
-        return PutUnit<bigEndian>(out, point);
+class Utf16 {
+  public:
+    static bool IsPlain(const char16_t* run) {
+        return !HasUnit(run, kOnes * 0x8000, [](uint64_t units) {
+            const uint64_t halves = (units ^ (kOnes * 0xD800)) & (kOnes * 0xF800);
+            return ZeroUnits(units) | ZeroUnits(halves);
+        });
     }
-    out = PutUnit<bigEndian>(out, 0xD7C0 + (point >> 10));
-    return PutUnit<bigEndian>(out, 0xDC00 + (point & 0x3FF));
-}
-
-template <char* encode(wchar_t character, char* out)>
-char* EncodeRun(std::wstring_view text, char* out) {
-    for (const wchar_t character : text) {
-        if (kEndsLinesWithReturn && character == L'\n') {
-            out = encode(L'\r', out);
+    static char* PutRun(const char16_t* run, char* out) {
+        uint16_t units[kRun];
+        for (size_t i = 0; i < kRun; ++i) {
+            units[i] = Order(run[i]);
         }
-        out = encode(character, out);
+        std::memcpy(out, units, sizeof units);
+        return out + sizeof units;
+    }
+    static char* PutCharacter(uint32_t point, char* out) {
+        if (point < 0x10000) {
+            return PutUnit(point, out);
+        }
+        out = PutUnit(0xD7C0 + (point >> 10), out);
+        return PutUnit(0xDC00 + (point & 0x3FF), out);
+    }
+
+  private:
+    // In the order of the encoding's bytes.
+    static uint16_t Order(uint32_t unit) {
+        constexpr bool isMachines = bigEndian == (wxBYTE_ORDER == wxBIG_ENDIAN);
+        return static_cast<uint16_t>(isMachines ? unit : unit >> 8 | unit << 8);
+    }
+    static char* PutUnit(uint32_t unit, char* out) {
+        const uint16_t ordered = Order(unit);
+        std::memcpy(out, &ordered, sizeof ordered);
+        return out + sizeof ordered;
+    }
+};
+
+template <class Encoding>
+char* Encode(std::u16string_view text, char* out) {
+    while (!text.empty()) {
+        if (!kEndsLinesWithReturn && text.size() >= kRun && Encoding::IsPlain(text.data())) {
+            out = Encoding::PutRun(text.data(), out);
+            text.remove_prefix(kRun);
+            continue;
+        }
+        const uint32_t point = TakeCharacter(text);
+        if (kEndsLinesWithReturn && point == '\n') {
+            out = Encoding::PutCharacter('\r', out);
+        }
+        out = Encoding::PutCharacter(point, out);
     }
     return out;
 }
 
 }  // namespace
 
-void StringSink::Write(std::wstring_view text) {
-    const size_t begin = mText.size();
-    mText.append(text);
-    for (size_t i = begin; i < mText.size(); ++i) {
-        mText[i] = static_cast<wchar_t>(ToScalar(mText[i]));
+void StringSink::Write(std::u16string_view text) {
+    while (!text.empty()) {
+        mText += wxUniChar(TakeCharacter(text));
     }
 }
 
 EncodedSink::EncodedSink(wxOutputStream& stream, wxFontEncoding encoding)
-    : mStream(stream), mEncode(EncodeRun<EncodeUtf8>), mBlock(kBlockSize, '\0') {
+    : mStream(stream), mEncode(Encode<Utf8>), mBlock(kBlockSize, '\0') {
     if (encoding == wxFONTENCODING_UTF16LE) {
-        mEncode = EncodeRun<EncodeUtf16<false>>;
+        mEncode = Encode<Utf16<false>>;
     } else if (encoding == wxFONTENCODING_UTF16BE) {
-        mEncode = EncodeRun<EncodeUtf16<true>>;
+        mEncode = Encode<Utf16<true>>;
     }
 }
 
-void EncodedSink::Write(std::wstring_view text) {
+void EncodedSink::Write(std::u16string_view text) {
     while (!text.empty()) {
-        // Characters that find room in the block, however long they are.
-        const size_t count = std::min(text.size(), (mBlock.size() - mHeld) / kLongestCharacter);
+        // Units that find room in the block, however long they become.
+        size_t count = std::min(text.size(), (mBlock.size() - mHeld) / kLongestUnit);
+        if (count < text.size() && count > 0 && IsHighHalf(text[count - 1])) {
+            // A pair is not torn apart.
+            --count;
+        }
         if (count == 0) {
             Flush();
             continue;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "exchange/CardRecordWriter.h"
@@ -14,11 +15,14 @@ class VlmTextWriter : public CardRecordWriter {
     explicit VlmTextWriter(TextSink& sink) : mSink(sink) {}
 
     // Refuses a name that a reader would take for a comment, or would cut at a colon.
-    int WriteAttribute(const wxString& name, const wxString& value) override;
+    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
     void EndRecord() override;
 
   private:
+    void AppendLine(std::u16string_view name, std::u16string_view value);
+
     TextSink& mSink;
-    // The record so far, which is written as a whole.
-    std::wstring mRecord;
+    // The record, which is written as a whole, in room that stays from one to the next.
+    std::u16string mRecord;
+    size_t mLength = 0;
 };

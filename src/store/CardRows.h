@@ -4,18 +4,11 @@
 #include <list>
 #include <vector>
 
+#include "store/CardRow.h"
 #include "store/Category.h"
 #include "store/FlashCard.h"
-#include "store/StatementRun.h"
 
 // How records become parameters and how result rows become records.
-
-// Where the six schedule columns of each direction begin in the column list for reading a card:
-// Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC.
-constexpr int kForwardScheduleColumn = 10;
-constexpr int kReverseScheduleColumn = 16;
-constexpr int kLastReviewOffset = 1;
-constexpr int kReviewIntervalOffset = 3;
 
 // Read the rows of a run whose parameters are bound: 0, or -1 on any failure. The lists are cleared
 // first; with all false only the first row is read. The vector is appended to.

@@ -23,76 +23,87 @@ bool ReadSystemRandom(uint8_t* bytes, size_t count) {
     return true;
 }
 
-int HexDigit(wchar_t character) {
-    if (character >= L'0' && character <= L'9') {
-        return character - L'0';
+template <class Character>
+int HexDigit(Character character) {
+    if (character >= '0' && character <= '9') {
+        return static_cast<int>(character - '0');
     }
-    if (character >= L'a' && character <= L'f') {
-        return character - L'a' + 10;
+    if (character >= 'a' && character <= 'f') {
+        return static_cast<int>(character - 'a') + 10;
     }
-    if (character >= L'A' && character <= L'F') {
-        return character - L'A' + 10;
+    if (character >= 'A' && character <= 'F') {
+        return static_cast<int>(character - 'A') + 10;
     }
     return -1;
 }
 
-bool IsEnclosed(const wxString& text) {
-    const wchar_t first = text[0];
-    const wchar_t last = text[text.length() - 1];
-    return (first == L'{' && last == L'}') || (first == L'(' && last == L')');
+// Whether a dash stands before that byte.
+bool HasDash(size_t byte) {
+    return byte == 4 || byte == 6 || byte == 8 || byte == 10;
 }
+
+template <class Character>
+bool IsEnclosed(std::basic_string_view<Character> text) {
+    return (text.front() == '{' && text.back() == '}') ||
+           (text.front() == '(' && text.back() == ')');
+}
+
+template <class Character>
+bool ReadUuid(std::basic_string_view<Character> text, CardUuid& uuid) {
+    constexpr size_t kDashedLength = 36;
+    if (text.size() == kDashedLength + 2 && IsEnclosed(text)) {
+        text = text.substr(1, kDashedLength);
+    }
+    const bool isDashed = text.size() == kDashedLength;
+    if (!isDashed && text.size() != 2 * uuid.Bytes.size()) {
+        return false;
+    }
+    CardUuid parsed;
+    size_t at = 0;
+    for (size_t i = 0; i < parsed.Bytes.size(); ++i) {
+        if (isDashed && HasDash(i) && text[at++] != '-') {
+            return false;
+        }
+        const int high = HexDigit(text[at++]);
+        const int low = HexDigit(text[at++]);
+        if (high < 0 || low < 0) {
+            return false;
+        }
+        parsed.Bytes[i] = static_cast<uint8_t>(high * 16 + low);
+    }
+    uuid = parsed;
+    return true;
+}
+
+constexpr int kNoIdentity = 3;
 
 }  // namespace
 
-wxString FormatUuid(const CardUuid& uuid) {
+std::array<char, 36> UuidText(const CardUuid& uuid) {
     constexpr char kDigits[] = "0123456789abcdef";
-    wxString text;
-    text.reserve(36);
+    std::array<char, 36> text{};
+    size_t at = 0;
     for (size_t i = 0; i < uuid.Bytes.size(); ++i) {
-        if (i == 4 || i == 6 || i == 8 || i == 10) {
-            text += '-';
+        if (HasDash(i)) {
+            text[at++] = '-';
         }
-        text += kDigits[uuid.Bytes[i] >> 4];
-        text += kDigits[uuid.Bytes[i] & 0x0F];
+        text[at++] = kDigits[uuid.Bytes[i] >> 4];
+        text[at++] = kDigits[uuid.Bytes[i] & 0x0F];
     }
     return text;
 }
 
+wxString FormatUuid(const CardUuid& uuid) {
+    const std::array<char, 36> text = UuidText(uuid);
+    return wxString::FromAscii(text.data(), text.size());
+}
+
 int ParseUuid(const wxString& text, CardUuid& uuid) {
-    constexpr int kInvalid = 3;
-    wxString digits = text;
-    if (digits.length() > 38) {
-        return kInvalid;
-    }
-    if (digits.length() == 38) {
-        if (!IsEnclosed(digits)) {
-            return kInvalid;
-        }
-        digits = digits.Mid(1, 36);
-    }
-    if (digits.length() == 36) {
-        for (const size_t dash : {8U, 13U, 18U, 23U}) {
-            if (digits[dash] != '-') {
-                return kInvalid;
-            }
-        }
-        digits.Replace("-", "");
-    }
-    CardUuid parsed;
-    if (digits.length() != 2 * parsed.Bytes.size()) {
-        return kInvalid;
-    }
-    const wchar_t* digit = digits.wc_str();
-    for (uint8_t& byte : parsed.Bytes) {
-        const int high = HexDigit(*digit++);
-        const int low = HexDigit(*digit++);
-        if (high < 0 || low < 0) {
-            return kInvalid;
-        }
-        byte = static_cast<uint8_t>(high * 16 + low);
-    }
-    uuid = parsed;
-    return 0;
+    return ReadUuid(std::wstring_view(text.wc_str(), text.length()), uuid) ? 0 : kNoIdentity;
+}
+
+int ParseUuid(std::u16string_view text, CardUuid& uuid) {
+    return ReadUuid(text, uuid) ? 0 : kNoIdentity;
 }
 
 int GenerateUuid(CardUuid& uuid) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 // The identity of a card: 16 bytes in the order in which its text reads. All zero means "no card".
 class CardUuid {
@@ -20,10 +21,12 @@ class CardUuid {
 
 // 36 characters, lower-case hexadecimal, with dashes.
 wxString FormatUuid(const CardUuid& uuid);
+std::array<char, 36> UuidText(const CardUuid& uuid);
 
 // Reads 32 bare digits, the dashed form, or the dashed form inside braces or parentheses, in either
 // case of letters. Returns 0, or 3 with uuid unchanged when the text is no identity.
 int ParseUuid(const wxString& text, CardUuid& uuid);
+int ParseUuid(std::u16string_view text, CardUuid& uuid);
 
 // Fills uuid with a fresh random version 4 value. Returns 0, or 2 with uuid unchanged when the
 // platform's random source fails.

@@ -31,6 +31,8 @@ class ReadyRow {
     const StatementRun& mRun;
     bool mReverse;
 };
+class CardRow;
+using CardRowVisitor = std::function<void(const CardRow&)>;
 using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
 
 // The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
@@ -67,6 +69,8 @@ class Database : public Subject {
 
     // Card reads. The list is cleared first; no match is an empty list and success.
     int SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards);
+    // Shows the stored row in place of a card made of it. The visitor must not use the Database.
+    int VisitCardByRowId(int64_t rowId, bool& found, const CardRowVisitor& visit);
     int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
     int SelectCardsByFrontBack(const wxString& front, const wxString& back,
                                std::list<FlashCard>& cards);

@@ -1,5 +1,6 @@
 // Cards: writing, reading, counting, and the row ids of lists.
 
+#include "store/CardRow.h"
 #include "store/CardRows.h"
 #include "store/Database.h"
 
@@ -80,6 +81,21 @@ int Database::SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards) {
         return -1;
     }
     return ReadFlashCardRows(run, cards, true);
+}
+
+int Database::VisitCardByRowId(int64_t rowId, bool& found, const CardRowVisitor& visit) {
+    static const wxString label = "VisitCardByRowId";
+    const Lock lock(mMutex);
+    found = false;
+    StatementRun run(*this, mpSelectCardByRowIdStmt);
+    if (run.BindInt64(1, rowId) < 0 || run.Step(label) < 0) {
+        return -1;
+    }
+    if (!run.IsDone()) {
+        found = true;
+        visit(CardRow(run));
+    }
+    return 0;
 }
 
 int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {

@@ -47,20 +47,6 @@ bool CanBeStore(const wxString& path) {
     }
 }
 
-std::u16string ToUtf16(const wxString& text) {
-    std::u16string units;
-    for (const wxUniChar character : text) {
-        const uint32_t point = character.GetValue();
-        if (point < 0x10000) {
-            units.push_back(static_cast<char16_t>(point));
-        } else {
-            units.push_back(static_cast<char16_t>(0xD7C0 + (point >> 10)));
-            units.push_back(static_cast<char16_t>(0xDC00 + (point & 0x3FF)));
-        }
-    }
-    return units;
-}
-
 // True when the file does not end with a whole page. The engine looks only at the number of pages,
 // counts a cut one as whole, and would then read zeros in the place of cards. It is read through
 // the connection, as another handle of ours on the file would drop the engine's locks when it is

@@ -1,6 +1,7 @@
 #include "store/StatementRun.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <string>
 
@@ -64,7 +65,9 @@ int StatementRun::BindTime(int index, const wxDateTime& time) {
 }
 
 int StatementRun::BindUuid(int index, const CardUuid& uuid) {
-    return BindText(index, FormatUuid(uuid));
+    const std::array<char, 36> text = UuidText(uuid);
+    return BindResult(sqlite3_bind_text(mpStatement, index, text.data(),
+                                        static_cast<int>(text.size()), SQLITE_TRANSIENT));
 }
 
 int StatementRun::Step(const wxString& label) {
@@ -105,13 +108,25 @@ wxString StatementRun::ColumnText(int index) const {
     return FromUtf8(reinterpret_cast<const char*>(text), static_cast<size_t>(length));
 }
 
+std::u16string_view StatementRun::ColumnUtf16(int index) const {
+    const void* const text = sqlite3_column_text16(mpStatement, index);
+    if (text == nullptr) {
+        return {};
+    }
+    const int length = sqlite3_column_bytes16(mpStatement, index);
+    return {static_cast<const char16_t*>(text), static_cast<size_t>(length) / sizeof(char16_t)};
+}
+
 wxDateTime StatementRun::ColumnTime(int index) const {
+    return wxDateTime(wxLongLong(ColumnSeconds(index) * 1000));
+}
+
+int64_t StatementRun::ColumnSeconds(int index) const {
     // A number in a damaged row must not overflow, nor become the one that stands for "no time".
     constexpr int64_t kGreatest = std::numeric_limits<int64_t>::max() / 1000;
-    const int64_t seconds = std::clamp(ColumnInt64(index), -kGreatest, kGreatest);
-    return wxDateTime(wxLongLong(seconds * 1000));
+    return std::clamp(ColumnInt64(index), -kGreatest, kGreatest);
 }
 
 int StatementRun::ColumnUuid(int index, CardUuid& uuid) const {
-    return ParseUuid(ColumnText(index), uuid) == 0 ? 0 : -1;
+    return ParseUuid(ColumnUtf16(index), uuid) == 0 ? 0 : -1;
 }

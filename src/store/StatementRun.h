@@ -5,6 +5,7 @@
 #include <wx/string.h>
 
 #include <cstdint>
+#include <string_view>
 
 class CardUuid;
 class Database;
@@ -42,7 +43,12 @@ class StatementRun {
     int64_t ColumnInt64(int index) const;
     double ColumnDouble(int index) const;
     wxString ColumnText(int index) const;
+    // The engine's own text, which ends with the next step, the run, or another kind of look at the
+    // column.
+    std::u16string_view ColumnUtf16(int index) const;
     wxDateTime ColumnTime(int index) const;
+    // The same as seconds since 1970, within the range of a time.
+    int64_t ColumnSeconds(int index) const;
     // 0, or -1 when the column's text is no identity.
     int ColumnUuid(int index, CardUuid& uuid) const;
 

@@ -1,8 +1,6 @@
 #include "store/TimeStamp.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <string>
+#include <charconv>
 
 #include "base/Numbers.h"
 
@@ -50,11 +48,13 @@ CivilDate CivilFromDays(int64_t days) {
     return {year, month, day};
 }
 
-// With zeros in front up to the width. An export formats two times for each card, for which the
-// library's formatting is too slow.
-void AppendNumber(std::wstring& text, unsigned number, size_t width) {
-    const std::wstring digits = std::to_wstring(number);
-    text.append(width - std::min(width, digits.size()), L'0').append(digits);
+// The separator and a number below 100 in two digits. An export writes two times for each card, for
+// which the library's formatting is too slow.
+char* WriteTwoDigits(char* out, char separator, int64_t number) {
+    out[0] = separator;
+    out[1] = static_cast<char>('0' + number / 10);
+    out[2] = static_cast<char>('0' + number % 10);
+    return out + 3;
 }
 
 struct Component {
@@ -75,25 +75,27 @@ wxString FormatTimeStamp(const wxDateTime& time) {
     if (!time.IsValid()) {
         return wxString();
     }
-    const int64_t seconds = FloorDivide(time.GetValue().GetValue(), 1000);
+    char text[kTimeStampLength];
+    const char* const end = WriteTimeStamp(text, FloorDivide(time.GetValue().GetValue(), 1000));
+    return wxString::FromAscii(text, static_cast<size_t>(end - text));
+}
+
+char* WriteTimeStamp(char* out, int64_t seconds) {
     const int64_t days = FloorDivide(seconds, kSecondsPerDay);
-    const auto second = static_cast<unsigned>(seconds - days * kSecondsPerDay);
+    const int64_t second = seconds - days * kSecondsPerDay;
     const CivilDate date = CivilFromDays(days);
-    std::wstring text;
-    text.reserve(20);
-    AppendNumber(text, static_cast<unsigned>(date.year), 4);
-    text.push_back(L'-');
-    AppendNumber(text, static_cast<unsigned>(date.month), 2);
-    text.push_back(L'-');
-    AppendNumber(text, static_cast<unsigned>(date.day), 2);
-    text.push_back(L' ');
-    AppendNumber(text, second / 3600, 2);
-    text.push_back(L':');
-    AppendNumber(text, second / 60 % 60, 2);
-    text.push_back(L':');
-    AppendNumber(text, second % 60, 2);
-    text.push_back(L'Z');
-    return text;
+    const auto year = static_cast<uint32_t>(date.year);
+    for (uint32_t digit = 1000; digit > 1 && digit > year; digit /= 10) {
+        *out++ = '0';
+    }
+    out = std::to_chars(out, out + kTimeStampLength, year).ptr;
+    out = WriteTwoDigits(out, '-', date.month);
+    out = WriteTwoDigits(out, '-', date.day);
+    out = WriteTwoDigits(out, ' ', second / 3600);
+    out = WriteTwoDigits(out, ':', second / 60 % 60);
+    out = WriteTwoDigits(out, ':', second % 60);
+    *out++ = 'Z';
+    return out;
 }
 
 int ParseTimeStamp(const wxString& text, wxDateTime& time) {

@@ -3,8 +3,14 @@
 #include <wx/datetime.h>
 #include <wx/string.h>
 
+#include <cstddef>
+#include <cstdint>
+
 // The text of a time in files: UTC, "2005-01-02 03:04:05Z".
 wxString FormatTimeStamp(const wxDateTime& time);
+// The same of a time in seconds since 1970, into room for the longest. Gives the end.
+constexpr size_t kTimeStampLength = 32;
+char* WriteTimeStamp(char* out, int64_t seconds);
 
 // Reads such a text; the digits of a component are not counted and the final Z may be missing.
 // A day past the end of its month rolls over into the next. Returns 0, or -1 with time unchanged.

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int kCards = 2000;
+constexpr int kCards = 5000;
 
 // Cards whose texts hold what a form might trip over.
 class RandomCards {
@@ -122,11 +122,11 @@ TEST_F(ExportRoundTripTest, AStoreComesBackFromEachFormAndEncoding) {
                   0);
         EXPECT_EQ(ReadBytes(file.FileName).find(marks[encoding]), 0U);
         Run(file);
-        EXPECT_EQ(Outcome(), "0 inserted, 0 merged, 2000 ignored");
+        EXPECT_EQ(Outcome(), "0 inserted, 0 merged, 5000 ignored");
         const Strings before = Cards();
         mDatabase.Execute("DELETE FROM Cards");
         Run(file);
-        EXPECT_EQ(Outcome(), "2000 inserted, 0 merged, 0 ignored");
+        EXPECT_EQ(Outcome(), "5000 inserted, 0 merged, 0 ignored");
         EXPECT_EQ(Cards(), before);
         SelectRows();
     }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/Utf8.h"
+
 TEST(SecondText, SplitsWhatWasJoined) {
     const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> cases[] = {
         {L"x\n\u3010y\u3011", L"x", L"y"},
@@ -14,11 +16,10 @@ TEST(SecondText, SplitsWhatWasJoined) {
         {L"x\n\u3010y\n\u3010z\u3011\u3011", L"x", L"y\n\u3010z\u3011"},
     };
     for (const auto& [stored, expectedMain, expectedSecond] : cases) {
-        wxString main = "old";
-        wxString second = "old";
-        SplitSecondText(stored, main, second);
-        EXPECT_EQ(main, expectedMain) << stored;
-        EXPECT_EQ(second, expectedSecond) << stored;
-        EXPECT_EQ(JoinSecondText(main, second), stored);
+        const std::u16string side = ToUtf16(stored);
+        const SplitSide parts = SplitSecondText(side);
+        EXPECT_EQ(parts.Main, ToUtf16(expectedMain)) << stored;
+        EXPECT_EQ(parts.Second, ToUtf16(expectedSecond)) << stored;
+        EXPECT_EQ(JoinSecondText(expectedMain, expectedSecond), stored);
     }
 }

@@ -7,42 +7,56 @@
 namespace {
 
 TEST(DelimitedWriterTest, AFieldIsQuotedByItsDelimiterOrItsQuotes) {
-    const std::pair<const char*, std::string> rows[] = {{"plain", "plain"},
-                                                        {"x\"y", "\"x\"\"y\""},
-                                                        {"a,b", "\"a,b\""},
-                                                        {"x,\"y", "\"x,\"y\""},
-                                                        {"a\r\nb", "a\\r\\nb"},
-                                                        {"a\\nb\\", "a\\\\nb\\\\"},
-                                                        {"", ""}};
+    const std::pair<const char16_t*, std::string> rows[] = {{u"plain", "plain"},
+                                                            {u"x\"y", "\"x\"\"y\""},
+                                                            {u"a,b", "\"a,b\""},
+                                                            {u"x,\"y", "\"x,\"y\""},
+                                                            {u"a\r\nb", "a\\r\\nb"},
+                                                            {u"a\\nb\\", "a\\\\nb\\\\"},
+                                                            {u"", ""}};
     for (const auto& [value, field] : rows) {
         StringSink sink;
         DelimitedWriter writer(sink, L',');
-        writer.AddColumn("Front");
-        writer.AddColumn("Back");
+        writer.AddColumn(u"Front");
+        writer.AddColumn(u"Back");
         writer.EndHeader();
-        EXPECT_LT(writer.AddColumn("Late"), 0);
-        EXPECT_LT(writer.WriteAttribute("Late", value), 0);
-        EXPECT_EQ(writer.WriteAttribute("Back", value), 0);
+        EXPECT_LT(writer.AddColumn(u"Late"), 0);
+        EXPECT_LT(writer.WriteAttribute(u"Late", value), 0);
+        EXPECT_EQ(writer.WriteAttribute(u"Back", value), 0);
         writer.EndRecord();
         writer.EndRecord();
-        EXPECT_EQ(wxString(sink.GetText()), "Front,Back\n," + field + "\n,\n");
+        EXPECT_EQ(sink.GetText(), "Front,Back\n," + field + "\n,\n");
     }
 }
 
+// Alone, and within or behind a run of characters that go out together.
 TEST(EncodedSinkTest, WhatIsNoCharacterIsReplaced) {
-    const std::wstring text = {wchar_t(0xD83D), L'\0', wchar_t(0x110000)};
-    const std::pair<wxFontEncoding, std::string> rows[] = {
-        {wxFONTENCODING_UTF8, "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
-        {wxFONTENCODING_UTF16BE, "\xFF\xFD\xFF\xFD\xFF\xFD"},
-        {wxFONTENCODING_UTF16LE, "\xFD\xFF\xFD\xFF\xFD\xFF"}};
-    for (const auto& [encoding, expected] : rows) {
+    const std::tuple<std::u16string, std::string, std::string> rows[] = {
+        {{0xD83D}, "\xEF\xBF\xBD", "\xFF\xFD"},
+        {{0xDE00}, "\xEF\xBF\xBD", "\xFF\xFD"},
+        {{0}, "\xEF\xBF\xBD", "\xFF\xFD"},
+        {{0xD83D, 0xDE01}, "\xF0\x9F\x98\x81", "\xD8\x3D\xDE\x01"},
+        {{0x80}, "\xC2\x80", {'\0', '\x80'}}};
+    const auto encode = [](const std::u16string& text, wxFontEncoding encoding) {
         wxMemoryOutputStream stream;
         EncodedSink sink(stream, encoding);
         sink.Write(text);
         EXPECT_TRUE(sink.Flush());
         std::string bytes(static_cast<size_t>(stream.GetLength()), '\0');
         stream.CopyTo(bytes.data(), bytes.size());
-        EXPECT_EQ(bytes, expected) << encoding;
+        return bytes;
+    };
+    for (const auto& [text, utf8, utf16] : rows) {
+        for (size_t length = 0; length < 40; ++length) {
+            const std::u16string whole = std::u16string(length, u'\u0101') + text + u'x';
+            std::string expected;
+            for (size_t i = 0; i < length; ++i) {
+                expected += "\x01\x01";
+            }
+            EXPECT_EQ(encode(whole, wxFONTENCODING_UTF16BE), expected + utf16 + '\0' + 'x');
+            EXPECT_EQ(encode(std::u16string(length, u'a') + text, wxFONTENCODING_UTF8),
+                      std::string(length, 'a') + utf8);
+        }
     }
 }
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "store/StatementRun.h"
+
+// Where the six schedule columns of each direction begin in the column list for reading a card:
+// Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC.
+constexpr int kForwardScheduleColumn = 10;
+constexpr int kReverseScheduleColumn = 16;
+constexpr int kLastReviewOffset = 1;
+constexpr int kReviewIntervalOffset = 3;
+
+// A card as it lies in the store, for whoever passes many cards on and keeps none: nothing is
+// copied before it is asked for. The row and its texts, which are the engine's own, end with the
+// visit.
+class CardRow {
+  public:
+    // One direction of study.
+    class Schedule {
+      public:
+        Schedule(const StatementRun& run, int column) : mRun(run), mColumn(column) {}
+        bool Introduced() const { return mRun.ColumnInt(mColumn) != 0; }
+        // Seconds since 1970.
+        int64_t LastReview() const { return mRun.ColumnSeconds(mColumn + kLastReviewOffset); }
+        uint8_t LastScore() const { return static_cast<uint8_t>(mRun.ColumnInt(mColumn + 2)); }
+        float ReviewInterval() const {
+            return static_cast<float>(mRun.ColumnDouble(mColumn + kReviewIntervalOffset));
+        }
+        uint8_t Difficulty() const { return static_cast<uint8_t>(mRun.ColumnInt(mColumn + 4)); }
+        int32_t Erc() const { return mRun.ColumnInt(mColumn + 5); }
+
+      private:
+        const StatementRun& mRun;
+        int mColumn;
+    };
+
+    explicit CardRow(const StatementRun& run) : mRun(run) {}
+    // 0, or -1 on a bad text.
+    int CardId(CardUuid& uuid) const { return mRun.ColumnUuid(0, uuid); }
+    std::u16string_view Front() const { return mRun.ColumnUtf16(1); }
+    std::u16string_view Back() const { return mRun.ColumnUtf16(2); }
+    int32_t CategoryId() const { return mRun.ColumnInt(3); }
+    std::u16string_view Author() const { return mRun.ColumnUtf16(4); }
+    std::u16string_view Chapter() const { return mRun.ColumnUtf16(5); }
+    int32_t IntroductionOrder() const { return mRun.ColumnInt(6); }
+    bool ForwardX() const { return mRun.ColumnInt(7) != 0; }
+    bool ReverseX() const { return mRun.ColumnInt(8) != 0; }
+    std::u16string_view Notes() const { return mRun.ColumnUtf16(9); }
+    Schedule Forward() const { return {mRun, kForwardScheduleColumn}; }
+    Schedule Reverse() const { return {mRun, kReverseScheduleColumn}; }
+
+  private:
+    const StatementRun& mRun;
+};
