@@ -53,8 +53,7 @@ template <size_t kCount>
 wxArrayString Translated(const char* const (&texts)[kCount]) {
     wxArrayString translated;
     for (const char* const text : texts) {
-        // A line end at the end of a text would make the whole choice two lines high.
-        translated.Add(wxString(wxGetTranslation(text)).Trim());
+        translated.Add(wxGetTranslation(text));
     }
     return translated;
 }

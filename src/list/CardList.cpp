@@ -24,8 +24,6 @@ namespace {
 
 constexpr const char* kWidthsKey = "CardListColumns";
 constexpr int kNoCard = -1;
-// Pixels of a line for which the widths of the columns are meant; a larger font has wider ones.
-constexpr int kUsualLine = 17;
 
 struct Column {
     const char* Heading;
@@ -72,10 +70,12 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
       mServices(services),
       mpListCtrl(new CardListCtrl(*this)) {
     UseFont();
-    const int line = std::max(kUsualLine, mpListCtrl->GetCharHeight());
+    // The widths are meant for the usual font; a larger one has wider columns.
+    const int usualLine = GetCharHeight();
+    const int line = std::max(usualLine, mpListCtrl->GetCharHeight());
     int widths[kColumnCount];
     for (int i = 0; i < kColumnCount; ++i) {
-        widths[i] = kColumns[i].DefaultWidth * line / kUsualLine;
+        widths[i] = kColumns[i].DefaultWidth * line / usualLine;
         mpListCtrl->AppendColumn(wxGetTranslation(kColumns[i].Heading));
     }
     ReadColumnWidths(kApplicationName, kWidthsKey, *mpListCtrl, widths, kColumnCount);

@@ -85,7 +85,7 @@ TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
     Find<wxCheckBox>(*mpPanel, 10001).SetValue(true);
     Find<wxSpinCtrl>(*mpPanel, 10007).SetValue(32);
     Find<wxChoice>(*mpPanel, 10005).SetSelection(5);
-    EXPECT_EQ(Find<wxChoice>(*mpPanel, 10005).GetStringSelection(), "0 - Fail (incorrect)");
+    EXPECT_EQ(Find<wxChoice>(*mpPanel, 10005).GetStringSelection(), "0 - Fail (incorrect)\n");
     EXPECT_EQ(mpPanel->Save(saved), 0);
     schedule.Introduced = true;
     schedule.Difficulty = 32;
