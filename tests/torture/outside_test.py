@@ -59,6 +59,29 @@ class OutsideTest(RoadTest):
                 self.assertEqual([(0,)], self.sandbox.query(SCORED))
                 self.sandbox.check_store()
 
+    def test_two_users_of_one_home_study_side_by_side(self):
+        programs = []
+        for user in ("first", "second"):
+            # Whose programs do not know of each other.
+            self.sandbox.runtime = self.sandbox.path(user)
+            os.mkdir(self.sandbox.runtime, 0o700)
+            programs.append(self.sandbox.start())
+            programs[-1].wait_window(LIST_WINDOW)
+            press("ctrl+2")
+            programs[-1].wait_window(STUDY_WINDOW)
+        for number in range(10):
+            programs[number % 2].wait_window(STUDY_WINDOW)
+            before = self.sandbox.store_bytes()
+            press("space", "5")
+            wait_until(lambda: self.sandbox.store_bytes() != before, "the score")  # noqa: B023
+        for program in programs:
+            program.wait_window(STUDY_WINDOW)
+            self.assertEqual(0, program.quit())
+        # Both were asked the same cards, and the last word on each counts.
+        self.assertEqual([(5, 110)], self.sandbox.query(
+            "SELECT SUM(Introduced = 1 AND LastScore = 5), COUNT(*) FROM Cards"))
+        self.sandbox.check_store()
+
     def test_a_locked_store_does_not_open_and_opens_when_it_is_free(self):
         other = self.lock("BEGIN EXCLUSIVE")
         program = self.sandbox.start()
