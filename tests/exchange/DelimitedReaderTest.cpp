@@ -24,8 +24,7 @@ std::string Rows(const std::string& text, char delimiter = ',') {
 TEST(DelimitedReader, ReadsFields) {
     const struct {
         const char* What;
-        std::string Text;
-        std::string Rows;
+        std::string Text, Rows;
     } cases[] = {
         {"long and short rows", "a,b,c,d,e\nf\n", "a|b|c/f||/"},
         {"every line break", "a\rb\r\nc\n\rd\ne", "a||/b||/c||/d||/e||/"},

@@ -82,8 +82,7 @@ TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone)
 TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {
     const struct {
         wxString Path;
-        const char* Sql;
-        const char* Told;
+        const char *Sql, *Told;
     } rows[] = {{"/dev/full", "", "No space left on device"},
                 {mDirectory.Path("none/out.txt"), "", ""},
                 {StorePath(), "", "holds the flash cards themselves"},

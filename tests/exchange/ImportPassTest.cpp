@@ -25,9 +25,7 @@ TEST_F(ImportIntoStore, InsertsUpdatesOrIgnoresByTheStoredCard) {
     const std::string ignored = "0 inserted, 0 merged, 1 ignored";
     const std::string merged = "0 inserted, 1 merged, 0 ignored";
     const struct {
-        std::string Text;
-        std::string Outcome;
-        std::string Card;
+        std::string Text, Outcome, Card;
     } cases[] = {
         {"f: f\nb: b\n", ignored, "f|b|Default|0"},
         {"", ignored, "f|b|Default|0"},

@@ -14,10 +14,8 @@ const std::string kWideColon = "\xEF\xBC\x9A";
 TEST(VlmTextReader, ReadsRecordsAndNamesTheLineOfAnError) {
     const struct {
         const char* What;
-        std::string Text;
-        std::string Records;
-        int32_t Error;
-        int32_t Line;
+        std::string Text, Records;
+        int32_t Error, Line;
     } cases[] = {
         {"only comments", "# a\n  # b: c\n", "", 0, 3},
         {"two records", "F: a\nB: b\n\nQ: c\nA: d", "F@1=a|B@2=b/Q@4=c|A@5=d/", 0, 6},

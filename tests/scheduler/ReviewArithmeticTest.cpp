@@ -38,6 +38,7 @@ TEST(ReviewArithmetic, GivesTheIntervalBitForBitAndTheDifficulty) {
         {"not quite the end of the table", 101, 90.0f, 16, 2, 0.99999f, 0x4278B0F1, 17},
         {"elapsed as a 32-bit float", 16777217, 5.0f, 16, 3, 0.9f, 0x4B972AC4, 16},
         {"an interval below 1 is lifted first", 1, 0.25f, 16, 0, 0.0f, Bits(1.0f), 17},
+        {"forgotten at the interval itself", 400, 100.0f, 16, 1, 0.0f, 0x42A27353, 16},
         {"at its hardest", 100, 100.0f, 32, 0, 0.5f, Bits(1.0f), 32},
         {"reviewed in the future", -100, 70.0f, 31, 2, 0.0f, Bits(1.0f), 32},
     };
@@ -67,6 +68,7 @@ TEST(IntervalUnits, TakesTheLargestUnitOfWhichTheTimeIsMoreThanTwice) {
         const IntervalInUnits split = SplitInterval(seconds);
         EXPECT_EQ(wxString::Format("%.2f %s", split.Value, IntervalUnitName(split.Unit)), text);
     }
+    EXPECT_EQ(IntervalUnitName(-1) + IntervalUnitName(99), "secondsseconds");
 }
 
 }  // namespace

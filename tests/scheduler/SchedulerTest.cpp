@@ -47,6 +47,7 @@ TEST_F(SchedulerTest, ChoosesByRatioThenNewThenLeastErc) {
         int32_t EarlyInterval = -1;
     } cases[] = {
         {"highest ratio", {{"a", F, 100, 50, 0}, {"b", F, 30, 10, 0}, {"c", R, 29, 10, 0}}, "b"},
+        {"just due", {{"a", F, 10001, 10000, 0}, {"b", F, -1, 0, 3}}, "a"},
         {"equal: forward first", {{"a", R, 40, 20, 0}, {"b", F, 20, 10, 0}}, "b"},
         {"equal: earlier due first", {{"a", F, 20, 10, 0}, {"b", F, 40, 20, 0}}, "b"},
         {"tiny interval", {{"a", F, 9000, 1, 0}, {"b", R, 5, 0.5f, 0}}, "b"},
@@ -97,6 +98,14 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_FALSE(mScheduler.IsBreakTime());
     mClock.Advance(20000);
     EXPECT_EQ(mScheduler.GetReadyCount(), 1);
+    // What cannot be read is no card, and nothing is ready.
+    mDatabase.Close();
+    mScheduler.SetHistoryIndex(-1);
+    EXPECT_EQ(mScheduler.GetCurrentCard().Front, "Error");
+    mScheduler.Refresh();
+    EXPECT_EQ(mScheduler.GetCurrentCard().Front, "Empty");
+    mScheduler.SetDirections(R);
+    EXPECT_EQ(mScheduler.GetReadyCount() + mScheduler.GetHistoryCount(), 0);
 }
 
 }  // namespace

@@ -8,8 +8,7 @@ TEST(CardLayout, TheDividerLeavesTheMiddleOnlyForATextThatNeedsIt) {
     const wxSize client(200, 101);
     const struct {
         const char* What;
-        int32_t FirstText, SecondText;
-        int32_t FirstHeight, VirtualHeight;
+        int32_t FirstText, SecondText, FirstHeight, VirtualHeight;
     } rows[] = {
         {"two short texts", 20, 30, 50, 101},
         {"a long first text", 60, 20, 60, 101},

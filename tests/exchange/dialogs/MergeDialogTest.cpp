@@ -76,9 +76,7 @@ TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
     auto* const back = dynamic_cast<wxTextCtrl*>(MergedColumn(dialog)[1]);
     const struct {
         wxTextCtrl* Control;
-        wxString Wrong;
-        wxString Message;
-        wxString Right;
+        wxString Wrong, Message, Right;
     } cases[] = {{&Find<wxTextCtrl>(dialog, ID_FRONT), " \n",
                   "Flash cards cannot have a blank front", L"\u3000new "},
                  {back, "", "Flash cards cannot have a blank back", " text\n"},
