@@ -3,6 +3,7 @@
 #include <list>
 
 #include "store/Database.h"
+#include "store/StoreReadLock.h"
 
 PasteThread::PasteThread(Database& database, const std::vector<int64_t>& rowIds, bool copy,
                          int32_t categoryId)
@@ -39,6 +40,13 @@ void PasteThread::Cancel() {
 }
 
 wxThread::ExitCode PasteThread::Entry() {
+    PasteAll();
+    mFinished = true;
+    return nullptr;
+}
+
+void PasteThread::PasteAll() {
+    const StoreReadLock lock(mDatabase);
     for (const int64_t rowId : mRowIds) {
         if (mCancelled) {
             break;
@@ -51,8 +59,6 @@ wxThread::ExitCode PasteThread::Entry() {
         }
         ++mPosition;
     }
-    mFinished = true;
-    return nullptr;
 }
 
 // Here too the store reports what fails.

@@ -37,6 +37,7 @@ class PasteThread : public wxThread, public ProgressSource {
     ExitCode Entry() override;
 
   private:
+    void PasteAll();
     void CopyCard(int64_t rowId);
 
     Database& mDatabase;
