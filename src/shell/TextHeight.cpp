@@ -4,7 +4,16 @@
 
 #ifdef __WXGTK__
 
+#include <algorithm>
+
 #include "shell/ToolkitFunction.h"
+
+namespace {
+
+// Above and below the line, for the frame of the field.
+constexpr int kFrame = 3;
+
+}  // namespace
 
 void FitTextHeights(wxWindow& window) {
     static const auto getHeight =
@@ -17,6 +26,8 @@ void FitTextHeights(wxWindow& window) {
         // Without the height of before, which would count as wanted.
         window.SetMinSize(wxSize(window.GetMinWidth(), -1));
         getHeight(window.GetHandle(), &least, &natural);
+        // A change of the font is known to the platform a little later only.
+        natural = std::max(natural, window.GetCharHeight() + 2 * window.FromDIP(kFrame));
         window.SetMinSize(wxSize(window.GetMinWidth(), natural));
     }
     for (wxWindow* const child : window.GetChildren()) {

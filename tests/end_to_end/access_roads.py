@@ -38,18 +38,29 @@ class AccessRoad(RoadTest):
         return controls
 
     def look_and_tab(self, title, tools=()):
-        """Each control that takes the focus gets it by Tab, but for the other choices of a group
-        and for tools, which are entries of the menu as well."""
+        """Each control that takes the focus gets it by Tab and is then seen, but for the other
+        choices of a group and for tools, which are entries of the menu as well."""
         controls = [control for control in self.look(title)
                     if control.focusable and control.name not in tools]
         reached = set()
         for _ in range(2 * len(controls)):
-            reached.update(control for control in controls if self.sandbox.bus.has_focus(control))
+            for control in controls:
+                if self.sandbox.bus.has_focus(control) and control not in reached:
+                    wait_until(lambda seen=control: self.is_seen(seen), f"{control} in sight")
+                    reached.add(control)
+            if len(reached) == len(controls):
+                break
             press("Tab")
         grouped = any(control.role == "radio button" for control in reached)
         self.assertEqual([], [control for control in controls if control not in reached
                               and not (grouped and control.role == "radio button")],
                          f"not reached by Tab in “{title}”")
+
+    def is_seen(self, control):
+        """No form has scrolled it away."""
+        _, top, _, height = self.sandbox.bus.place(control.node)
+        _, pane_top, _, pane_height = self.sandbox.bus.place(control.pane)
+        return pane_top <= top and top + height <= pane_top + pane_height
 
     def leave(self, title, back):
         press("Escape")

@@ -312,10 +312,11 @@ class Program:
 
 
 class Control:
-    """One node of what a window tells: its role, its name, and whether it takes the focus or has it."""
+    """One node of what a window tells: its role, its name, whether it takes the focus, and the part
+    of the window that scrolls with it inside, or else the window."""
 
-    def __init__(self, role, name, state, node):
-        self.role, self.name, self.node = role, name, node
+    def __init__(self, role, name, state, node, pane):
+        self.role, self.name, self.node, self.pane = role, name, node, pane
         # One that is switched off takes no focus.
         self.focusable = bool(state >> 11 & 1 and state >> 24 & 1)
         self.focused = bool(state >> 12 & 1)
@@ -406,9 +407,18 @@ class AccessibilityBus:
             yield from self._walk(window)
 
     def controls(self, process):
-        return [Control(self._role(node), self._name(node), self._state(node), node)
-                for window in self._windows(process) if self._has(window, self._STATE_ACTIVE)
-                for node in self._walk(window)]
+        return [control for window in self._windows(process)
+                if self._has(window, self._STATE_ACTIVE)
+                for control in self._controls(window, window, window)]
+
+    def _controls(self, node, pane, window):
+        state, role = self._state(node), self._role(node)
+        if state >> self._STATE_SHOWING & 1:
+            yield Control(role, self._name(node), state, node, pane)
+            if role == "scroll pane" and pane == window:
+                pane = node
+            for child in self._children(node):
+                yield from self._controls(child, pane, window)
 
     def has_focus(self, control):
         return self._has(control.node, self._STATE_FOCUSED)
@@ -419,12 +429,16 @@ class AccessibilityBus:
             texts += dict.fromkeys(text for text in (self._name(node), self._text(node)) if text)
         return texts
 
+    def place(self, node):
+        """Left, top, width and height on the screen."""
+        reply = self._call(*node, "org.a11y.atspi.Component.GetExtents", "uint32:0")
+        return [int(number) for number in re.findall(r"int32 (-?\d+)", reply)]
+
     def find(self, process, label):
         """The middle of what a click on that label is to hit, or None."""
         for node in self._nodes(process):
             if self._role(node) in self._CLICKED and self._name(node) == label:
-                reply = self._call(*node, "org.a11y.atspi.Component.GetExtents", "uint32:0")
-                place = [int(number) for number in re.findall(r"int32 (-?\d+)", reply)]
+                place = self.place(node)
                 if len(place) == 4 and place[2] > 0 and place[3] > 0:
                     return place[0] + place[2] // 2, place[1] + place[3] // 2
         return None
