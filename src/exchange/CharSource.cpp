@@ -26,6 +26,20 @@ CharSource::CharSource(wxInputStream& stream, wxFontEncoding encoding)
     StartRecord();
 }
 
+void CharSource::LimitToPreview() {
+    mLastStart = mBlockStart + (wxFileOffset{1} << 18);
+    mGreatestLength = size_t{1} << 22;
+}
+
+void CharSource::StartRecord(size_t longest) {
+    mRecordSize = 0;
+    mLongestRecord = longest;
+    if (mBlockStart > mLastStart) {
+        mEnded = true;
+        mNext = mTextSize;
+    }
+}
+
 bool CharSource::Fill() {
     while (!mEnded) {
         std::copy(mBytes.data() + mBlockSize, mBytes.data() + mHeld, mBytes.data());

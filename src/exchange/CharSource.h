@@ -4,6 +4,7 @@
 #include <wx/fontenc.h>
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -32,14 +33,16 @@ class CharSource {
     enum Failure { kNoFailure, kUnreadable, kTooLong };
     Failure GetFailure() const { return mFailure; }
 
+    // For who looks at the first record alone, and must not read a huge file for it: the text ends
+    // where a record would begin some blocks behind the start, and a record counts as too long
+    // sooner.
+    void LimitToPreview();
+
     // A record begins here. One that goes on for more than 64 million characters, as behind a
     // quote that a huge file never closes, ends the text before it fills the memory.
-    void StartRecord() { StartRecord(size_t{1} << 26); }
+    void StartRecord() { StartRecord(mGreatestLength); }
     // The same with a limit that takes effect at the end of a block.
-    void StartRecord(size_t longest) {
-        mRecordSize = 0;
-        mLongestRecord = longest;
-    }
+    void StartRecord(size_t longest);
 
   private:
     bool Fill();
@@ -58,6 +61,9 @@ class CharSource {
     size_t mTextSize = 0;
     size_t mNext = 0;
     bool mEnded = false;
+    // No record begins in a block behind this position.
+    wxFileOffset mLastStart = std::numeric_limits<wxFileOffset>::max();
+    size_t mGreatestLength = size_t{1} << 26;
     // Characters of the blocks that were read for the present record.
     size_t mRecordSize = 0;
     size_t mLongestRecord = 0;

@@ -79,6 +79,9 @@ bool ImportSource::OpenText(ImportResult& result) {
         encoding = GuessTextEncoding(*mStream, kPreviewedBytes);
     }
     mText = std::make_unique<CharSource>(*mStream, encoding);
+    if (mIsPreview) {
+        mText->LimitToPreview();
+    }
     return true;
 }
 

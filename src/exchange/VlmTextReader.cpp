@@ -45,7 +45,12 @@ bool VlmTextReader::ReadRecord() {
             ++mLineNumber;
             break;
         }
-        if (line.front() != kComment) {
+        if (line.front() == kComment) {
+            if (!found) {
+                // However many come before a record, they are no part of it.
+                mSource.StartRecord();
+            }
+        } else {
             if (!AddLine(line)) {
                 return false;
             }

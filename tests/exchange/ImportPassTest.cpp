@@ -144,3 +144,18 @@ TEST_F(ImportIntoStore, SaysWhatTheStoreRefuses) {
         Reopen();
     }
 }
+
+TEST_F(ImportIntoStore, APreviewDoesNotReadAHugeFileForItsFirstRecord) {
+    const std::pair<std::string, ImportFormat> files[] = {
+        {std::string(1 << 20, '\n') + "f: a\nb: b\n", ImportFormat::kVlmText},
+        {"f,b\n" + std::string(1 << 20, '\n') + "c,d\n", ImportFormat::kDelimited}};
+    for (const auto& [text, format] : files) {
+        const ImportInput input = TextFile(text, format);
+        ImportResult result;
+        std::vector<CardAttribute> attributes;
+        EXPECT_FALSE(ImportPreview(input, mDatabase, result, attributes));
+        EXPECT_TRUE(attributes.empty());
+        Run(input);
+        EXPECT_EQ(Outcome(), "1 inserted, 0 merged, 0 ignored");
+    }
+}

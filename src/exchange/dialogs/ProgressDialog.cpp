@@ -11,6 +11,7 @@
 
 namespace {
 
+constexpr int kDialogId = 10030;
 constexpr int kGaugeId = 10031;
 constexpr int kCancelId = 10032;
 constexpr int kTimerId = 1138;
@@ -20,7 +21,7 @@ constexpr int kGaugeWidth = 300;
 }  // namespace
 
 ProgressDialog::ProgressDialog(wxWindow* parent, const wxString& caption, const wxSize& size)
-    : wxDialog(parent, wxID_ANY, caption, wxDefaultPosition, size), mTimer(this, kTimerId) {
+    : wxDialog(parent, kDialogId, caption, wxDefaultPosition, size), mTimer(this, kTimerId) {
     mpGauge = new wxGauge(this, kGaugeId, 100, wxDefaultPosition, FromDIP(wxSize(kGaugeWidth, -1)),
                           wxGA_HORIZONTAL);
     mpGauge->SetValue(1);
