@@ -299,7 +299,12 @@ void EditForm::KeepCategoryText(const wxString& text) {
 void EditForm::SetTextFont(const wxFont& font) {
     for (const CardField field : {CardField::Front, CardField::Back, CardField::Category,
                                   CardField::Author, CardField::Chapter, CardField::Notes}) {
-        At(field).Control->SetFont(font);
+        wxWindow& control = *At(field).Control;
+        control.SetFont(font);
+        if (kRows[static_cast<size_t>(field)].Kind == FieldKind::Lines) {
+            control.SetMinSize(
+                wxSize(control.GetMinWidth(), kLeastLines * control.GetCharHeight()));
+        }
     }
     FitTextHeights(*this);
     FitInside();

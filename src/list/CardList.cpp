@@ -14,6 +14,7 @@
 #include "list/ShownText.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/ListRows.h"
 #include "shell/Makers.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
@@ -353,6 +354,7 @@ bool CardList::HasSelection() const {
 
 void CardList::UseFont() {
     mpListCtrl->SetFont(ReadFontSetting("BrowseFont"));
+    KeepHeadingFont(*mpListCtrl);
 }
 
 void CardList::OnItemActivated(wxListEvent& event) {

@@ -2,6 +2,7 @@
 
 #include <wx/listctrl.h>
 #include <wx/panel.h>
+#include <wx/settings.h>
 
 #include "shell/AccessibleName.h"
 
@@ -13,6 +14,15 @@ wxWindow& GetRowsWindow(wxListCtrl& list) {
         }
     }
     return list;
+}
+
+void KeepHeadingFont(wxListCtrl& list) {
+    const wxWindow& rows = GetRowsWindow(list);
+    for (wxWindow* const child : list.GetChildren()) {
+        if (child != &rows) {
+            child->SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
+        }
+    }
 }
 
 void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole) {
