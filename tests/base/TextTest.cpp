@@ -15,15 +15,13 @@ TEST(Text, Utf8TakesEveryTextThereAndBack) {
 }
 
 TEST(Text, MalformedUtf8LosesOnlyItsOwnBytes) {
-    const struct {
-        const char* bytes;
-        const wchar_t* text;
-    } cases[] = {{"a\xff z", L"a\uFFFD z"},
-                 {"a\xc3", L"a\uFFFD"},
-                 {"a\xe4\xb8z", L"a\uFFFD\uFFFDz"},
-                 {"\xc0\x80", L"\uFFFD\uFFFD"},
-                 {"\xed\xa0\x80", L"\uFFFD\uFFFD\uFFFD"},
-                 {"\xf4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"}};
+    const std::pair<const char*, const wchar_t*> cases[] = {
+        {"a\xff z", L"a\uFFFD z"},
+        {"a\xc3", L"a\uFFFD"},
+        {"a\xe4\xb8z", L"a\uFFFD\uFFFDz"},
+        {"\xc0\x80", L"\uFFFD\uFFFD"},
+        {"\xed\xa0\x80", L"\uFFFD\uFFFD\uFFFD"},
+        {"\xf4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"}};
     for (const auto& [bytes, text] : cases) {
         EXPECT_EQ(FromUtf8(bytes), text);
     }

@@ -9,20 +9,12 @@ constexpr int kFront = 10001, kBack = 10002, kAuthor = 10003, kOrder = 10004;
 constexpr int kForwardSchedule = 10005, kChapter = 10009, kCategory = 10013;
 constexpr int kInterval = 10000;
 
-// An editor on a real store, told what to do by commands as a person would.
-struct EditFrameTest : GuiStoreTest {
-    ~EditFrameTest() override {
-        if (mpFrame != nullptr) {
-            mpFrame->Close(true);
-        }
-    }
-
+// An editor, with a person's keys.
+struct EditFrameTest : FrameTest<EditFrame> {
     // A new card, or a stored one.
     void Open(const FlashCard* card = nullptr) {
-        mpFrame = new EditFrame(mServices);
-        mpFrame->SetDatabase(&mDatabase);
+        OpenFrame(new EditFrame(mServices));
         card == nullptr ? mpFrame->New() : mpFrame->SetCard(*card);
-        ShowAndWait(*mpFrame);
     }
     void TypeCard() {
         Type(kFront, "f");
@@ -47,9 +39,6 @@ struct EditFrameTest : GuiStoreTest {
         Command(id);
         return modal.Dialogs.empty() ? "nothing was asked" : modal.Dialogs.back().Message;
     }
-
-    FakeServices mServices;
-    wxWeakRef<EditFrame> mpFrame;
 };
 
 TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {

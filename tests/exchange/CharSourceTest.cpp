@@ -24,11 +24,7 @@ const std::string kMark = "\xEF\xBB\xBF";
 }  // namespace
 
 TEST(CharSource, DecodesEveryFileToItsEnd) {
-    const struct {
-        const char* What;
-        std::string Bytes;
-        std::wstring Text;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::wstring> cases[] = {
         {"only a mark", kMark, L""},
         {"half a mark", "\xEF\xBB", L"\u00EF\u00BB"},
         {"two marks", kMark + kMark + "a", L"\uFEFFa"},
@@ -47,8 +43,8 @@ TEST(CharSource, DecodesEveryFileToItsEnd) {
         {"NUL and code 4", "a\0z\x04z"s, L"a\uFFFDz\x04z"},
         {"NUL in UTF-16", "\xFE\xFF\0a\0\0\0b"s, L"a\uFFFDb"},
     };
-    for (const auto& row : cases) {
-        EXPECT_EQ(Characters(row.Bytes), row.Text) << row.What;
+    for (const auto& [what, bytes, text] : cases) {
+        EXPECT_EQ(Characters(bytes), text) << what;
     }
 }
 

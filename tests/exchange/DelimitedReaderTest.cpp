@@ -22,10 +22,7 @@ std::string Rows(const std::string& text, char delimiter = ',') {
 }  // namespace
 
 TEST(DelimitedReader, ReadsFields) {
-    const struct {
-        const char* What;
-        std::string Text, Rows;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"long and short rows", "a,b,c,d,e\nf\n", "a|b|c/f||/"},
         {"every line break", "a\rb\r\nc\n\rd\ne", "a||/b||/c||/d||/e||/"},
         {"blank rows", "\n \n\na\n\n\n", "a||/"},
@@ -43,8 +40,8 @@ TEST(DelimitedReader, ReadsFields) {
         {"escapes", "a\\nb,a\\\\nb,\\r\\q\\", "a\nb|a\\nb|\r\\q\\/"},
         {"a lone backslash", "\\,\" \\ \",\\\\", "\\|\\|\\/"},
     };
-    for (const auto& row : cases) {
-        EXPECT_EQ(Rows(row.Text), row.Rows) << row.What;
+    for (const auto& [what, text, rows] : cases) {
+        EXPECT_EQ(Rows(text), rows) << what;
     }
     EXPECT_EQ(Rows("a\tb,\tc\n", '\t'), "a|b,|c/");
     EXPECT_EQ(Rows("a  b\n", ' '), "a||b/");

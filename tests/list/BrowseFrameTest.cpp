@@ -104,13 +104,13 @@ TEST_F(BrowseFrameTest, ClosingSavesThePlaceAndTellsTheApplication) {
     mpFrame->Move(90, 80);
     ASSERT_TRUE(WaitFor([this] { return mpFrame->GetPosition() == wxPoint(90, 80); }));
     OpenDropDown();
-    Command(wxID_CLOSE);
+    SendCommand(*mpFrame, wxID_CLOSE);
     EXPECT_FALSE(DropDown().IsShown());
-    EXPECT_EQ(mServices.Closed, std::vector<wxFrame*>{mpFrame});
+    EXPECT_EQ(mServices.Closed, std::vector<wxFrame*>{mpFrame.get()});
     EXPECT_EQ(ReadStringSetting("LastWindow"), "Browse");
     EXPECT_EQ(ReadStringSetting("BrowseFramePosition").substr(0, 6), "90,80,");
     // It ends later; until then a notice must not reach it.
     mDatabase.Notify();
-    mpFrame = nullptr;
     DrainEvents();
+    EXPECT_EQ(mpFrame, nullptr);
 }

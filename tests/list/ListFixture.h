@@ -10,28 +10,11 @@
 #include "list/DropDownWindow.h"
 #include "support/GuiTest.h"
 
-// The list window on a real store, told what to do by keys and commands as a person would.
-struct ListTest : GuiStoreTest {
+// The list window, with a person's keys.
+struct ListTest : FrameTest<BrowseFrame> {
     using Texts = std::vector<wxString>;
 
-    // The windows observe what is destroyed before the base class closes them.
-    ~ListTest() override {
-        if (mpFrame != nullptr) {
-            Close();
-        }
-    }
-
-    // The window of whatever the store holds by then, on the screen and active.
-    void Open() {
-        mpFrame = new BrowseFrame(mServices);
-        mpFrame->SetDatabase(&mDatabase);
-        ShowAndWait(*mpFrame);
-    }
-    void Close() {
-        mpFrame->Close(true);
-        mpFrame = nullptr;
-        DrainEvents();
-    }
+    void Open() { OpenFrame(new BrowseFrame(mServices)); }
 
     // Many cards at once, by a connection of the test's own: numbers 0 to count - 1, and the fronts
     // in the opposite order, "front 000000" last.
@@ -70,9 +53,6 @@ struct ListTest : GuiStoreTest {
     }
     void Select(const std::vector<long>& rows) { Cards().SetSelectedRows(rows); }
 
-    bool Command(int id) { return SendCommand(*mpFrame, id); }
-    std::string Rule(int id) { return RuleOf(*mpFrame, id); }
-
     // The texts of a column, or of every row of the categories.
     Texts Column(int column) {
         Texts texts;
@@ -88,7 +68,4 @@ struct ListTest : GuiStoreTest {
         }
         return texts;
     }
-
-    FakeServices mServices;
-    BrowseFrame* mpFrame = nullptr;
 };

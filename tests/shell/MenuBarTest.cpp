@@ -37,24 +37,21 @@ TEST_F(MenuBarTest, OnlyTestersHaveTheirMenu) {
 }
 
 TEST_F(MenuBarTest, ARemovalTakesOneSeparatorThatPartsNothing) {
-    const struct {
-        std::vector<int> Removed;
-        const char* Expected;
-    } cases[] = {
+    const std::pair<std::vector<int>, const char*> cases[] = {
         {{1}, "2, -, 3, -, 4"},     {{1, 2}, "3, -, 4"}, {{3}, "1, 2, -, 4"},
         {{4}, "1, 2, -, 3"},        {{3, 4}, "1, 2"},    {{1, 2, 3, 4}, ""},
         {{99}, "1, 2, -, 3, -, 4"},
     };
-    for (const auto& row : cases) {
+    for (const auto& [removed, expected] : cases) {
         auto* const menu = new wxMenu;
         for (const int id : {1, 2, 0, 3, 0, 4}) {
             id == 0 ? menu->AppendSeparator() : menu->Append(id, wxString::Format("%i", id));
         }
         wxMenuBar bar;
         bar.Append(menu, "Menu");
-        for (const int id : row.Removed) {
+        for (const int id : removed) {
             RemoveMenuItem(bar, id);
         }
-        EXPECT_EQ(Describe(*menu), row.Expected);
+        EXPECT_EQ(Describe(*menu), expected);
     }
 }

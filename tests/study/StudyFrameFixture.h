@@ -7,24 +7,11 @@
 #include "study/StudyFrame.h"
 #include "support/GuiTest.h"
 
-// A study window on a real store, told what to do by keys and commands as a person would.
-struct StudyFrameTest : GuiStoreTest {
-    ~StudyFrameTest() override {
-        if (mpFrame != nullptr) {
-            Close();
-        }
-    }
-
-    // The window of whatever the store holds by then, on the screen.
+// The study window, with a person's keys.
+struct StudyFrameTest : FrameTest<StudyFrame> {
     void Open(const wxSize& size = wxSize(640, 480)) {
-        mpFrame = new StudyFrame(mServices, nullptr, ID_WINDOW_STUDY, "Study - Velomind",
-                                 wxDefaultPosition, size);
-        mpFrame->SetDatabase(&mDatabase);
-        ShowAndWait(*mpFrame);
-    }
-    void Close() {
-        mpFrame->Close();
-        DrainEvents();
+        OpenFrame(new StudyFrame(mServices, nullptr, ID_WINDOW_STUDY, "Study - Velomind",
+                                 wxDefaultPosition, size));
     }
 
     // Puts cards with the fronts "f1", ... and the backs "b1", ... into the store, to be introduced
@@ -59,11 +46,6 @@ struct StudyFrameTest : GuiStoreTest {
             DrainEvents();
         }
     }
-    void Command(int id, bool checked = true) {
-        SendCommand(*mpFrame, id, checked ? 1 : 0);
-        DrainEvents();
-    }
-    std::string Rule(int id) { return RuleOf(*mpFrame, id); }
 
     // The message, or the two sides: "f1|" with a covered back, "f1/b1", "f1/b1 scored 4".
     wxString State() {
@@ -75,7 +57,4 @@ struct StudyFrameTest : GuiStoreTest {
                Viewer().GetSecondText() +
                (mark == wxNOT_FOUND ? wxString() : wxString::Format(" scored %i", 5 - mark));
     }
-
-    FakeServices mServices;
-    wxWeakRef<StudyFrame> mpFrame;
 };

@@ -26,12 +26,7 @@ std::vector<wxString> Lines(const wxString& text, int32_t maxWidth) {
 }
 
 TEST(TextWrap, CutsAtLineEndsBetweenWordsAndInsideALongWord) {
-    const struct {
-        const char* What;
-        wxString Text;
-        int32_t MaxWidth;
-        std::vector<wxString> Lines;
-    } rows[] = {
+    const std::tuple<const char*, wxString, int32_t, std::vector<wxString>> rows[] = {
         {"between words", "one two three", 60, {"one", "two", "three"}},
         {"three fit and one is taken", "abcd", 20, {"a", "b", "cd"}},
         {"empty lines are dropped", "\na\n\n\nb\n", 60, {"a", "b"}},
@@ -41,8 +36,8 @@ TEST(TextWrap, CutsAtLineEndsBetweenWordsAndInsideALongWord) {
         {"spaces of other scripts", L"one\u3000two\u00A0three", 60, {"one", "two", "three"}},
         {"a mark stays with its letter", L"aaaaae\u0301bb", 60, {"aaaaa", L"e\u0301bb"}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Lines(row.Text, row.MaxWidth), row.Lines) << row.What;
+    for (const auto& [what, text, maxWidth, lines] : rows) {
+        EXPECT_EQ(Lines(text, maxWidth), lines) << what;
     }
     const WrappedText wrapped = WrapText("a\nbb\nccc", 100, Measure);
     EXPECT_EQ(wrapped.LineWidths, (std::vector<int32_t>{10, 20, 30}));

@@ -100,3 +100,32 @@ class GuiTest : public ::testing::Test, protected OwnWindows {};
 
 // The same with a real, open store that has one category "Default" (id 0).
 class GuiStoreTest : public StoreFixture, protected OwnWindows {};
+
+// A window of the program on such a store, told what to do by commands as a person would.
+template <class Frame>
+struct FrameTest : GuiStoreTest {
+    ~FrameTest() override {
+        if (mpFrame != nullptr) {
+            Close();
+        }
+    }
+
+    // Opens the window on whatever the store holds by then.
+    void OpenFrame(Frame* frame) {
+        mpFrame = frame;
+        mpFrame->SetDatabase(&mDatabase);
+        ShowAndWait(*mpFrame);
+    }
+    void Close() {
+        mpFrame->Close(true);
+        DrainEvents();
+    }
+    void Command(int id, bool checked = true) {
+        SendCommand(*mpFrame, id, checked ? 1 : 0);
+        DrainEvents();
+    }
+    std::string Rule(int id) { return RuleOf(*mpFrame, id); }
+
+    FakeServices mServices;
+    wxWeakRef<Frame> mpFrame;
+};
