@@ -10,6 +10,7 @@
 #include <wx/statline.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
+#include <wx/utils.h>
 
 #include <algorithm>
 
@@ -128,25 +129,24 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, CategorySource& curre
 wxSizer* ExportOptionsDialog::MakeOptions() {
     auto* const grid = new wxFlexGridSizer(3, kGap, kGap);
     grid->AddGrowableCol(1);
-    const wxSizerFlags label = wxSizerFlags().CentreVertical();
-    const wxSizerFlags field = wxSizerFlags().Expand();
+    const auto addRow = [grid](wxStaticText* label, auto* field, wxButton* help) {
+        grid->Add(label, wxSizerFlags().CentreVertical());
+        grid->Add(field, wxSizerFlags().Expand());
+        grid->Add(help, wxSizerFlags().CentreVertical());
+    };
 
     mpEncoding = MakeChoice(*this, kEncodingId, EncodingLabels(), _("Encoding:"));
-    grid->Add(new wxStaticText(this, wxID_ANY, _("Encoding:")), label);
-    grid->Add(mpEncoding, field);
-    grid->Add(MakeHelp(kEncodingHelpId, _("Encoding Help"),
-                       _("This setting controls how the export\ntext is encoded in the output "
-                         "file.\n\nUnicode can encode all languages and\ncan be loaded by most "
-                         "text viewers\neditors, so it is the recommended format.")),
-              label);
+    addRow(new wxStaticText(this, wxID_ANY, _("Encoding:")), mpEncoding,
+           MakeHelp(kEncodingHelpId, _("Encoding Help"),
+                    _("This setting controls how the export\ntext is encoded in the output "
+                      "file.\n\nUnicode can encode all languages and\ncan be loaded by most "
+                      "text viewers\neditors, so it is the recommended format.")));
 
     mpFormat = MakeChoice(*this, kFormatId, FormatLabels(), _("Format:"));
-    grid->Add(new wxStaticText(this, wxID_ANY, _("Format:")), label);
-    grid->Add(mpFormat, field);
-    grid->Add(MakeHelp(kFormatHelpId, _("Format Help"),
-                       _("This setting controls whether the card\nattributes are output to "
-                         "columns \n(Delimited) or rows (VLM Format).")),
-              label);
+    addRow(new wxStaticText(this, wxID_ANY, _("Format:")), mpFormat,
+           MakeHelp(kFormatHelpId, _("Format Help"),
+                    _("This setting controls whether the card\nattributes are output to "
+                      "columns \n(Delimited) or rows (VLM Format).")));
 
     mpDelimiterLabel = new wxStaticText(this, kDelimiterLabelId, _("Delimiter:"));
     mpDelimiter = MakeChoice(*this, kDelimiterId, DelimiterLabels(), _("Delimiter:"));
@@ -157,9 +157,7 @@ wxSizer* ExportOptionsDialog::MakeOptions() {
     auto* const delimiter = new wxBoxSizer(wxHORIZONTAL);
     delimiter->Add(mpDelimiter, wxSizerFlags(1));
     delimiter->Add(mpOther, wxSizerFlags().Border(wxLEFT, kGap));
-    grid->Add(mpDelimiterLabel, label);
-    grid->Add(delimiter, field);
-    grid->Add(mpDelimiterHelp, label);
+    addRow(mpDelimiterLabel, delimiter, mpDelimiterHelp);
 
     auto* const options = new wxBoxSizer(wxVERTICAL);
     options->Add(grid, wxSizerFlags().Expand());
@@ -237,6 +235,8 @@ void ExportOptionsDialog::MakeRange() {
     if (mpDatabase == nullptr) {
         return;
     }
+    // All cards of a large store take a moment to put in order.
+    const wxBusyCursor busy;
     mRangeRowIds.clear();
     mpRowIds = &mRangeRowIds;
     // A list that cannot be read, which the store reports, is empty.
