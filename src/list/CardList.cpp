@@ -399,7 +399,7 @@ void CardList::OnColumnRightClick(wxListEvent&) {
     PopupMenu(&menu);
 }
 
-void CardList::OnContextMenu(wxContextMenuEvent&) {
+void CardList::OnContextMenu(wxContextMenuEvent& event) {
     const std::unique_ptr<wxMenu> menu = BuildCardMenu();
-    PopupMenu(menu.get());
+    PopUpMenu(*this, *menu, event);
 }

@@ -13,6 +13,7 @@
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/ListRows.h"
+#include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
 #include "shell/TextQuestion.h"
@@ -310,12 +311,12 @@ void CategoryList::OnListKeyDown(wxListEvent& event) {
     }
 }
 
-void CategoryList::OnContextMenu(wxContextMenuEvent&) {
+void CategoryList::OnContextMenu(wxContextMenuEvent& event) {
     wxMenu menu;
     AppendEntry(menu, ID_NEW_CATEGORY, _("New &Category"), "icons/newcategory_menu.png");
     AppendEntry(menu, ID_RENAME_CATEGORY, _("Rename..."), "icons/blank_menu.png");
     AppendEntry(menu, wxID_DELETE, _("Delete"), "icons/delete_menu.png");
     mAsking = true;
-    PopupMenu(&menu);
+    PopUpMenu(*this, menu, event);
     mAsking = false;
 }

@@ -190,6 +190,12 @@ std::unique_ptr<wxMenu> BuildCardMenu() {
     return BuildMenu(kCardRows);
 }
 
+void PopUpMenu(wxWindow& window, wxMenu& menu, const wxContextMenuEvent& event) {
+    const bool isByKey = event.GetPosition() == wxDefaultPosition;
+    const wxPoint corner(window.GetCharHeight(), window.GetCharHeight());
+    window.PopupMenu(&menu, isByKey ? corner : wxDefaultPosition);
+}
+
 void InitFrame(wxFrame& frame, const wxString&) {
     static const wxFont font = wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT);
     frame.SetFont(font);

@@ -273,7 +273,7 @@ void CardViewer::OnWheel(wxMouseEvent& event) {
     ScrollBy(pixels);
 }
 
-void CardViewer::OnContextMenu(wxContextMenuEvent& /*event*/) {
+void CardViewer::OnContextMenu(wxContextMenuEvent& event) {
     const std::unique_ptr<wxMenu> menu = BuildCardMenu();
-    PopupMenu(menu.get());
+    PopUpMenu(*this, *menu, event);
 }

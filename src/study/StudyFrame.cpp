@@ -136,6 +136,12 @@ void StudyFrame::CreateContent() {
     mpQuickScore = new QuickScore(this, kQuickScoreId, wxDefaultPosition, wxSize(100, 100),
                                   wxBORDER_NONE | wxWANTS_CHARS, "panel");
     mpCardSizer->Add(mpQuickScore, wxSizerFlags().Right().Border(wxALL, 1));
+    // The keys are always here, the menu that they ask for is the card's.
+    mpQuickScore->Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent& event) {
+        if (event.GetPosition() == wxDefaultPosition) {
+            mpCardViewer->ProcessWindowEvent(event);
+        }
+    });
 
     mpMessageText = new wxStaticText(this, wxID_STATIC, _("Static text"), wxDefaultPosition,
                                      wxDefaultSize, wxALIGN_CENTRE, "staticText");
