@@ -1,7 +1,6 @@
 #include "exchange/dialogs/ImportWithProgress.h"
 
 #include <wx/intl.h>
-#include <wx/msgdlg.h>
 
 #include "base/Clock.h"
 #include "base/FatalErrorReport.h"
@@ -9,16 +8,17 @@
 #include "exchange/dialogs/ImportQuestionDialogs.h"
 #include "exchange/dialogs/ProgressDialog.h"
 #include "scheduler/IntervalUnits.h"
+#include "shell/MessageBox.h"
 
 namespace {
 
 void TellComplete(wxWindow& parent, const ImportResult& result, const wxTimeSpan& elapsed) {
     const IntervalInUnits time = SplitInterval(static_cast<float>(elapsed.GetSeconds().ToLong()));
-    wxMessageBox(wxString::Format(
-                     _("%i Records Inserted\n%i Records Merged\n%i Duplicates Ignored\n%.2f %s"),
-                     result.RecordsInserted, result.RecordsMerged, result.DuplicatesIgnored,
-                     static_cast<double>(time.Value), IntervalUnitName(time.Unit)),
-                 _("Import Complete"), wxOK | wxCENTRE, &parent);
+    ShowMessageBox(wxString::Format(
+                       _("%i Records Inserted\n%i Records Merged\n%i Duplicates Ignored\n%.2f %s"),
+                       result.RecordsInserted, result.RecordsMerged, result.DuplicatesIgnored,
+                       static_cast<double>(time.Value), IntervalUnitName(time.Unit)),
+                   _("Import Complete"), wxOK | wxCENTRE, &parent);
 }
 
 void TellFailure(wxWindow* parent, const ImportResult& result) {
@@ -30,7 +30,7 @@ void TellFailure(wxWindow* parent, const ImportResult& result) {
         result.LineNumber >= 1
             ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
             : result.Message;
-    wxMessageBox(text, _("Import Failed"), wxOK | wxCENTRE, parent);
+    ShowMessageBox(text, _("Import Failed"), wxOK | wxCENTRE, parent);
 }
 
 }  // namespace
