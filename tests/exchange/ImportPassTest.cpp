@@ -106,6 +106,12 @@ TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
     EXPECT_EQ(mTouched, (std::set<int32_t>{0, 1, 2, 3, 4}));
 }
 
+// Only a preview may decide by the beginning of the file.
+TEST_F(ImportIntoStore, ReadsAFileToItsEndBeforeItTakesItForUtf8) {
+    Import("f: \xC3\xA9\nb: b\nNotes: " + std::string(size_t{1} << 21, 'x') + "\xE9\n");
+    EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"\u00C3\u00A9"});
+}
+
 TEST_F(ImportIntoStore, SaysWhatCannotBeRead) {
     for (const ImportFormat format : {ImportFormat::kVlmText, ImportFormat::kDelimited}) {
         Run(TextFile(std::string((size_t{1} << 26) + 100000, 'x'), format));

@@ -83,7 +83,9 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     mScheduler.AddListener([&](int value) { told += value == 1 ? "1 " : "0 "; });
     mScheduler.AddListener([&](int) { told += mScheduler.GetCurrentCard().Front + ", "; });
     mScheduler.ScoreCard(3);
+    EXPECT_EQ(mScheduler.GetShownScore(), -1);
     mScheduler.SetHistoryIndex(5);
+    EXPECT_EQ(mScheduler.GetShownScore(), 3);
     mScheduler.ScoreCard(4);  // Leaves the move, and so the notice, to the caller.
     mScheduler.SetHistoryIndex(-7);
     mScheduler.SetDirections(kBoth);  // The live card's direction is still among them.
