@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -128,6 +130,17 @@ double ProcessorMicroseconds() {
     return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) * 1e-3;
 }
 
+// A file of as many bytes, which are nothing in particular.
+void WriteFile(const std::string& path, std::uintmax_t bytes) {
+    const std::vector<char> block(size_t{1} << 16, 'x');
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    for (std::uintmax_t left = bytes; left > 0;) {
+        const auto part = std::min<std::uintmax_t>(left, block.size());
+        file.write(block.data(), static_cast<std::streamsize>(part));
+        left -= part;
+    }
+}
+
 template <typename Work>
 double MicrosecondsPerCard(int cards, const Work& work) {
     const double start = ProcessorMicroseconds();
@@ -155,6 +168,7 @@ void ExportCards(benchmark::State& state) {
     std::vector<double> times;
     std::vector<double> ratios;
     std::vector<double> lockedRatios;
+    std::vector<double> writtenRatios;
     for (auto _ : state) {
         const auto scan = [&](bool locked) {
             return MicrosecondsPerCard(cards, [&] {
@@ -176,11 +190,16 @@ void ExportCards(benchmark::State& state) {
         }
         ratios.push_back(times.back() / floor);
         lockedRatios.push_back(times.back() / lockedFloor);
+        const std::uintmax_t bytes = std::filesystem::file_size(store.Path("out.txt"));
+        const double writing =
+            MicrosecondsPerCard(cards, [&] { WriteFile(store.Path("bare.txt"), bytes); });
+        writtenRatios.push_back(times.back() / (lockedFloor + writing));
         state.SetIterationTime(times.back() * cards * 1e-6);
     }
     state.counters["card_us"] = Median(times);
     state.counters["ratio"] = Median(ratios);
     state.counters["ratio_locked"] = Median(lockedRatios);
+    state.counters["ratio_locked_written"] = Median(writtenRatios);
 }
 BENCHMARK(ExportCards)
     ->ArgNames({"format", "encoding", "cards"})
