@@ -106,6 +106,18 @@ TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
     EXPECT_EQ(mTouched, (std::set<int32_t>{0, 1, 2, 3, 4}));
 }
 
+TEST_F(ImportIntoStore, APreviewShowsTheFirstRecordAndWritesNothing) {
+    Insert(MakeCard("f", "b"));
+    const ImportInput input = TextFile("f: f\nb: b\nc: New\n\nwrong\n");
+    std::vector<CardAttribute> attributes;
+    ImportResult result;
+    EXPECT_FALSE(ImportPreview(input, mDatabase, result, attributes));
+    ASSERT_EQ(attributes.size(), 3U);
+    EXPECT_EQ(attributes[0].Name + attributes[2].Value, "fNew");
+    EXPECT_EQ(Query("SELECT count(*) FROM Categories"), Strings{"1"});
+    EXPECT_TRUE(ImportPreview(TextFile("wrong\n"), mDatabase, result, attributes));
+}
+
 // Only a preview may decide by the beginning of the file.
 TEST_F(ImportIntoStore, ReadsAFileToItsEndBeforeItTakesItForUtf8) {
     Import("f: \xC3\xA9\nb: b\nNotes: " + std::string(size_t{1} << 21, 'x') + "\xE9\n");
