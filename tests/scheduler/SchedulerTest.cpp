@@ -91,15 +91,13 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     mScheduler.SetDirections(kBoth);  // The live card's direction is still among them.
     mScheduler.SetDirections(R);
     mScheduler.Initialise();
-    EXPECT_EQ(told, "1 second, 0 first, 0 second, 1 Empty, 0 Empty, ");
+    mScheduler.Refresh();
+    EXPECT_EQ(told, "1 second, 0 first, 0 second, 1 Empty, 0 Empty, 0 Empty, ");
     // Without a category of its own the scheduler takes the first one.
     mCategory.Current = -1;
     mScheduler.SetDirections(F);
     mScheduler.Initialise();
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "second");
-    EXPECT_FALSE(mScheduler.IsBreakTime());
-    mClock.Advance(20000);
-    EXPECT_EQ(mScheduler.GetReadyCount(), 1);
     // What cannot be read is no card, and nothing is ready.
     mDatabase.Close();
     mScheduler.SetHistoryIndex(-1);
@@ -108,6 +106,38 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "Empty");
     mScheduler.SetDirections(R);
     EXPECT_EQ(mScheduler.GetReadyCount() + mScheduler.GetHistoryCount(), 0);
+}
+
+TEST_F(SchedulerTest, TellsWhatIsReadyAndWhyThereIsNoCard) {
+    for (const CardRow& row :
+         {CardRow{"a", F, 100, 50, 0}, CardRow{"b", F, 90, 50, 0}, CardRow{"c", R, 60, 50, 0}}) {
+        InsertRow(row);
+    }
+    const std::tuple<ReviewDirection, int, const char*> cases[] = {
+        {F, 2, "a"}, {R, 1, "c"}, {kBoth, 3, "c"}};
+    for (const auto& [directions, ready, card] : cases) {
+        mScheduler.SetDirections(directions);
+        EXPECT_EQ(mScheduler.GetReadyCount(), ready);
+        EXPECT_EQ(mScheduler.GetCurrentCard().Front, card);
+        EXPECT_FALSE(mScheduler.IsBreakTime());
+    }
+    mScheduler.SetDirections(F);
+    mScheduler.ScoreCard(5);
+    mScheduler.ScoreCard(5);
+    // It is not break time in the history, nor at the moment in which the card is due.
+    EXPECT_TRUE(mScheduler.IsBreakTime());
+    mScheduler.SetHistoryIndex(0);
+    EXPECT_FALSE(mScheduler.IsBreakTime());
+    mScheduler.SetHistoryIndex(-1);
+    mClock.Set(mScheduler.GetCurrentCard().Forward.NextReview().GetTicks());
+    EXPECT_FALSE(mScheduler.IsBreakTime());
+
+    mCategory.Current = 1;
+    mScheduler.Refresh();
+    EXPECT_TRUE(mScheduler.IsCategoryEmpty() && !mScheduler.IsAllExcluded());
+    Query("UPDATE Cards SET CategoryId = 1, ForwardX = 1, ReverseX = 1");
+    mScheduler.Refresh();
+    EXPECT_TRUE(!mScheduler.IsCategoryEmpty() && mScheduler.IsAllExcluded());
 }
 
 }  // namespace
