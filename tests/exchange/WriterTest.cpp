@@ -49,11 +49,8 @@ TEST(EncodedSinkTest, WhatIsNoCharacterIsReplaced) {
     for (const auto& [text, utf8, utf16] : rows) {
         for (size_t length = 0; length < 40; ++length) {
             const std::u16string whole = std::u16string(length, u'\u0101') + text + u'x';
-            std::string expected;
-            for (size_t i = 0; i < length; ++i) {
-                expected += "\x01\x01";
-            }
-            EXPECT_EQ(encode(whole, wxFONTENCODING_UTF16BE), expected + utf16 + '\0' + 'x');
+            EXPECT_EQ(encode(whole, wxFONTENCODING_UTF16BE),
+                      std::string(2 * length, '\x01') + utf16 + '\0' + 'x');
             EXPECT_EQ(encode(std::u16string(length, u'a') + text, wxFONTENCODING_UTF8),
                       std::string(length, 'a') + utf8);
         }

@@ -57,7 +57,7 @@ TEST_F(StudyFrameChange, CardCommandsNameTheCardOnShow) {
     EXPECT_EQ(Rule(wxID_DELETE), "on");
 }
 
-TEST_F(StudyFrameChange, CompactScoringIsKeptAndTheHorizontalLayoutIsNot) {
+TEST_F(StudyFrameChange, ClosingKeepsCompactScoringAndNotTheHorizontalLayout) {
     InsertCards(1);
     Open();
     const wxSize size = mpFrame->GetSize();
@@ -71,7 +71,11 @@ TEST_F(StudyFrameChange, CompactScoringIsKeptAndTheHorizontalLayoutIsNot) {
     EXPECT_EQ(Rule(ID_LAYOUT_HORIZONTAL), "checked");
     EXPECT_EQ(OpenSettings()->Read("CardLayout"), "horizontal");
     EXPECT_EQ(mpFrame->GetSize(), size);
-    Close();
+    wxFrame* const frame = mpFrame;
+    Command(wxID_CLOSE);
+    EXPECT_EQ(mServices.Closed, std::vector<wxFrame*>{frame});
+    EXPECT_EQ(OpenSettings()->Read("LastWindow"), "Study");
+    EXPECT_TRUE(OpenSettings()->HasEntry("StudyFramePosition"));
 
     Open();
     EXPECT_EQ(Rule(ID_COMPACT_SCORING) + Rule(ID_LAYOUT_VERTICAL), "checkedchecked");
@@ -125,20 +129,8 @@ TEST_F(StudyFrameChange, AnotherStoreBringsItsOwnCardsAndKeepsTheDirection) {
     mDatabase.Notify();
     EXPECT_EQ(State(), "other back|");
     Close();
-    other.Notify();
-}
-
-TEST_F(StudyFrameChange, ClosingTellsTheApplicationAndRemembersThePlace) {
-    InsertCards(1);
-    Open();
-    wxFrame* const frame = mpFrame;
-    Command(wxID_CLOSE);
-    EXPECT_EQ(mServices.Closed, std::vector<wxFrame*>{frame});
-    EXPECT_EQ(OpenSettings()->Read("LastWindow"), "Study");
-    EXPECT_TRUE(OpenSettings()->HasEntry("StudyFramePosition"));
-    EXPECT_TRUE(wxTopLevelWindows.empty());
     // Nobody is left to hear these.
-    mDatabase.Notify();
+    other.Notify();
     mServices.SettingsNotifier.Notify();
 }
 

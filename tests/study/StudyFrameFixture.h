@@ -1,7 +1,5 @@
 #pragma once
 
-#include <stdexcept>
-
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
 #include "study/StudyFrame.h"
@@ -26,18 +24,9 @@ struct StudyFrameTest : FrameTest<StudyFrame> {
         return cards;
     }
 
-    template <class T>
-    T& Child() {
-        for (wxWindow* const child : mpFrame->GetChildren()) {
-            if (auto* const found = dynamic_cast<T*>(child)) {
-                return *found;
-            }
-        }
-        throw std::runtime_error("no such child");
-    }
-    CardViewer& Viewer() { return Child<CardViewer>(); }
-    QuickScore& Scores() { return Child<QuickScore>(); }
-    wxStaticText& Message() { return Child<wxStaticText>(); }
+    CardViewer& Viewer() { return dynamic_cast<CardViewer&>(*FindNamed(*mpFrame, "panel")); }
+    QuickScore& Scores() { return Find<QuickScore>(*mpFrame, 10006); }
+    wxStaticText& Message() { return Find<wxStaticText>(*mpFrame, wxID_STATIC); }
     wxString StatusText(int field) { return mpFrame->GetStatusBar()->GetStatusText(field); }
 
     void Keys(const std::vector<int>& keyCodes) {

@@ -15,9 +15,6 @@ struct FakeEngine {
     bool HasDifficulty = true;
     std::vector<Row> Cards;
 
-    std::vector<std::wstring> Opened;
-    int Statements = 0;
-
     LegacyRowSourceMaker Maker();
 };
 
@@ -26,12 +23,8 @@ class FakeRowSource : public LegacyRowSource {
     explicit FakeRowSource(FakeEngine& engine) : mEngine(engine) {}
 
     int32_t Initialize() override { return mEngine.Missing-- > 0 ? -1 : 0; }
-    int32_t Open(const std::wstring& path) override {
-        mEngine.Opened.push_back(path);
-        return mEngine.OpenResult;
-    }
+    int32_t Open(const std::wstring&) override { return mEngine.OpenResult; }
     int32_t Run(const std::wstring& statement) override {
-        ++mEngine.Statements;
         mNames = {L"CardId",     L"Question",       L"Answer",   L"Active",
                   L"LastReview", L"ReviewInterval", L"LastScore"};
         if (mEngine.HasDifficulty) {

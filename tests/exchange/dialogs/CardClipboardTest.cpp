@@ -87,8 +87,7 @@ TEST_F(CardClipboardTest, RowIdsTravelInAFixedForm) {
     EXPECT_EQ(read.GetRowIds(), cards.GetRowIds());
     EXPECT_TRUE(read.IsCopy());
     const std::string huge("\xFF\xFF\xFF\xFF\0\0\0\0\0", 9);
-    for (const std::string& wrong :
-         {std::string(), bytes.substr(0, 7), bytes.substr(0, 24), huge}) {
+    for (const std::string& wrong : {bytes.substr(0, 7), bytes.substr(0, 24), huge}) {
         EXPECT_FALSE(read.SetData(format, wrong.size(), wrong.data())) << wrong.size();
     }
     EXPECT_EQ(read.GetRowIds(), cards.GetRowIds());
