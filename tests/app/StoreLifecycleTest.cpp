@@ -11,15 +11,6 @@ enum : int { ID_RETRY = 10068, ID_OPEN = 10070, ID_NEW = 10071, ID_PATH = 10121 
 constexpr char kNoStore[] = "This is no store at all, and long enough to be read as one.";
 
 struct StoreLifecycleTest : GuiTest {
-    // Looks at the recovery dialog and presses a button on it once it is on the screen.
-    static std::function<int(wxDialog&)> Press(int id, const wxString& shownPath) {
-        return [id, shownPath](wxDialog& dialog) {
-            EXPECT_EQ(Find<wxTextCtrl>(dialog, ID_PATH).GetValue(), shownPath);
-            dialog.CallAfter([id, &dialog] { Send(*FindById(dialog, id)); });
-            return wxID_NONE;
-        };
-    }
-
     bool Open(const wxString& path, bool mustExist) {
         return TryOpenStoreFile(nullptr, mDatabase, path, mustExist);
     }
@@ -49,9 +40,10 @@ TEST_F(StoreLifecycleTest, TheFirstStartMakesTheDefaultFileAndItsDirectory) {
 TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     const wxString gone = Path("gone.vlm");
     ModalAnswers answers;
-    answers.Expect([gone](wxDialog& dialog) {
+    answers.Then([gone](wxDialog& dialog) {
+        EXPECT_EQ(Find<wxTextCtrl>(dialog, ID_PATH).GetValue(), gone);
         WriteBytes(gone, "");
-        return Press(ID_RETRY, gone)(dialog);
+        Send(*FindById(dialog, ID_RETRY));
     });
     // The wait while the file is brought to the present schema.
     answers.Expect(wxID_OK);
@@ -60,8 +52,8 @@ TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     mDatabase.Close();
 
     const wxString missing = Path("missing.vlm");
-    answers.Expect(Press(ID_RETRY, missing));
-    answers.Expect(Press(ID_OPEN, missing));
+    answers.ThenPress(ID_RETRY);
+    answers.ThenPress(ID_OPEN);
     answers.ThenChoose(gone);
     EXPECT_TRUE(Open(missing, true));
     EXPECT_FALSE(wxFileName::FileExists(missing));
@@ -72,7 +64,7 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     const wxString path = Path("bad.vlm");
     WriteBytes(path, kNoStore);
     ModalAnswers answers;
-    answers.Expect(Press(ID_NEW, path));
+    answers.ThenPress(ID_NEW);
     answers.Expect([path](wxDialog& dialog) {
         // Cancelled, so that the recovery dialog stays and the file too.
         EXPECT_EQ(ReadBytes(path), kNoStore);

@@ -9,6 +9,14 @@ namespace {
 const std::string kWideBlank = "\xE3\x80\x80";
 const std::string kWideColon = "\xEF\xBC\x9A";
 
+std::string ManyNames() {
+    std::string names;
+    for (int i = 0; i < 2000; ++i) {
+        names += "n" + std::to_string(i) + ": v\n";
+    }
+    return names;
+}
+
 }  // namespace
 
 TEST(VlmTextReader, ReadsRecordsAndNamesTheLineOfAnError) {
@@ -16,6 +24,7 @@ TEST(VlmTextReader, ReadsRecordsAndNamesTheLineOfAnError) {
         const char* What;
         std::string Text, Records;
         int32_t Error, Line;
+        bool IgnoreCase = false;
     } cases[] = {
         {"only comments", "# a\n  # b: c\n", "", 0, 3},
         {"two records", "F: a\nB: b\n\nQ: c\nA: d", "F@1=a|B@2=b/Q@4=c|A@5=d/", 0, 6},
@@ -30,32 +39,17 @@ TEST(VlmTextReader, ReadsRecordsAndNamesTheLineOfAnError) {
         {"no separator", "f: a\nfront\nb: c\n", "", 1, 2},
         {"a repeated name", "f: a\nb: b\nf: c\n", "", 2, 3},
         {"an error in the second record", "f: a\n\n#\nx\n", "f@1=a/", 1, 4},
+        {"names that differ by case alone", "F: a\nf: b\nB: c\nf: d\n", "", 2, 4, true},
+        {"the third of many names again", ManyNames() + "n3: v\n", "", 2, 2001},
+        {"the last one searched in order", ManyNames() + "n31: v\n", "", 2, 2001},
+        {"the first one looked up", ManyNames() + "n32: v\n", "", 2, 2001},
+        {"a late one", ManyNames() + "n1998: v\n", "", 2, 2001},
     };
     for (const auto& row : cases) {
         TextOfBytes text(row.Text);
-        VlmTextReader reader(text.Source(), false);
+        VlmTextReader reader(text.Source(), row.IgnoreCase);
         EXPECT_EQ(ReadAll(reader), row.Records) << row.What;
         EXPECT_EQ(reader.GetError(), row.Error) << row.What;
         EXPECT_EQ(reader.GetLineNumber(), row.Line) << row.What;
-    }
-}
-
-TEST(VlmTextReader, TakesNamesThatDifferByCaseForOneWhenAsked) {
-    TextOfBytes text("F: a\nf: b\nB: c\nf: d\n");
-    VlmTextReader reader(text.Source(), true);
-    EXPECT_EQ(ReadAll(reader), "");
-    EXPECT_EQ(reader.GetLineNumber(), 4);
-}
-
-TEST(VlmTextReader, FindsARepeatAmongManyNames) {
-    std::string many;
-    for (int i = 0; i < 2000; ++i) {
-        many += "n" + std::to_string(i) + ": v\n";
-    }
-    for (const char* repeated : {"n3: v\n", "n31: v\n", "n32: v\n", "n1998: v\n"}) {
-        TextOfBytes text(many + repeated);
-        VlmTextReader reader(text.Source(), false);
-        EXPECT_FALSE(reader.ReadRecord()) << repeated;
-        EXPECT_EQ(reader.GetLineNumber(), 2001) << repeated;
     }
 }

@@ -8,12 +8,7 @@ struct BrowseFrameTest : ListTest {
         }
         return texts;
     }
-    bool Hook(int key) {
-        wxKeyEvent event(wxEVT_CHAR_HOOK);
-        event.m_keyCode = key;
-        event.SetEventObject(wxWindow::FindFocus());
-        return wxWindow::FindFocus()->ProcessWindowEvent(event) && !event.GetSkipped();
-    }
+    bool Hook(int key) { return SendKeyEvent(wxEVT_CHAR_HOOK, *wxWindow::FindFocus(), key); }
     bool IsFocusIn(wxWindow& window) { return window.IsDescendant(wxWindow::FindFocus()); }
 };
 

@@ -56,9 +56,7 @@ TEST_F(CategoryListTest, TheFocusedRowBecomesCurrentEverywhere) {
     Insert(MakeCard("there", "", 1));
     Open();
     OpenDropDown();
-    wxKeyEvent down(wxEVT_CHAR);
-    down.m_keyCode = WXK_DOWN;
-    Categories().GetChildren().front()->GetEventHandler()->ProcessEvent(down);
+    SendKeyEvent(wxEVT_CHAR, *Categories().GetChildren().front(), WXK_DOWN);
     EXPECT_EQ(mServices.CurrentCategory, 1);
     EXPECT_EQ(ChosenRow(), 1);
     EXPECT_EQ(Categories().GetItemState(0, wxLIST_STATE_SELECTED), 0);

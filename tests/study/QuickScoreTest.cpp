@@ -64,12 +64,7 @@ struct QuickScoreTest : GuiTest {
 };
 
 TEST_F(QuickScoreTest, KeysMoveTheCursorChooseAndWalkTheHistory) {
-    const struct {
-        const char* What;
-        int32_t Mark, Cursor;
-        int Key;
-        Heard AtPress, AtRelease;
-    } rows[] = {
+    const std::tuple<const char*, int32_t, int32_t, int, Heard, Heard> rows[] = {
         {"a digit is a score", -1, 0, '3', {"cursor 2"}, {"choose 2 forward"}},
         {"the lowest", -1, 5, '0', {}, {"choose 5 forward"}},
         {"Enter", -1, 2, WXK_RETURN, {}, {"choose 2 forward"}},
@@ -83,14 +78,14 @@ TEST_F(QuickScoreTest, KeysMoveTheCursorChooseAndWalkTheHistory) {
         {"Right beside the mark", 1, 2, WXK_RIGHT, {}, {"choose 2 forward"}},
         {"Page Up", -1, 2, WXK_PAGEUP, {"page up"}, {}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.What);
-        Reset(row.Mark, row.Cursor);
-        SendKeyDown(mScore, row.Key);
-        EXPECT_EQ(mHeard, row.AtPress);
+    for (const auto& [what, mark, cursor, key, atPress, atRelease] : rows) {
+        SCOPED_TRACE(what);
+        Reset(mark, cursor);
+        SendKeyDown(mScore, key);
+        EXPECT_EQ(mHeard, atPress);
         mHeard.clear();
-        SendKeyUp(mScore, row.Key);
-        EXPECT_EQ(mHeard, row.AtRelease);
+        SendKeyUp(mScore, key);
+        EXPECT_EQ(mHeard, atRelease);
         EXPECT_EQ(mScore.GetPressed(), -1);
     }
 }

@@ -2,23 +2,6 @@
 
 #include <wx/evtloop.h>
 
-namespace {
-
-wxKeyEvent MakeKeyEvent(wxEventType type, wxWindow& window, int keyCode, int modifiers) {
-    wxKeyEvent event(type);
-    event.SetEventObject(&window);
-    event.SetId(window.GetId());
-    event.m_keyCode = keyCode;
-    event.m_uniChar = keyCode < WXK_START ? static_cast<wxChar>(keyCode) : wxChar(0);
-    event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
-    event.SetShiftDown((modifiers & wxMOD_SHIFT) != 0);
-    event.SetAltDown((modifiers & wxMOD_ALT) != 0);
-    event.SetMetaDown((modifiers & wxMOD_META) != 0);
-    return event;
-}
-
-}  // namespace
-
 void DrainEvents() {
     wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
     for (int round = 0; round < 3; ++round) {
@@ -98,19 +81,29 @@ void Choose(wxWindow& parent, int choiceId, int selection) {
     Send(choice, wxEVT_CHOICE, selection);
 }
 
-bool SendKeyDown(wxWindow& window, int keyCode, int modifiers) {
-    wxKeyEvent event = MakeKeyEvent(wxEVT_KEY_DOWN, window, keyCode, modifiers);
+bool SendKeyEvent(wxEventType type, wxWindow& window, int keyCode, int modifiers) {
+    wxKeyEvent event(type);
+    event.SetEventObject(&window);
+    event.SetId(window.GetId());
+    event.m_keyCode = keyCode;
+    event.m_uniChar = keyCode < WXK_START ? static_cast<wxChar>(keyCode) : wxChar(0);
+    event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
+    event.SetAltDown((modifiers & wxMOD_ALT) != 0);
+    event.SetMetaDown((modifiers & wxMOD_META) != 0);
     return window.GetEventHandler()->ProcessEvent(event);
 }
 
-void SendKeyUp(wxWindow& window, int keyCode, int modifiers) {
-    wxKeyEvent event = MakeKeyEvent(wxEVT_KEY_UP, window, keyCode, modifiers);
-    window.GetEventHandler()->ProcessEvent(event);
+bool SendKeyDown(wxWindow& window, int keyCode, int modifiers) {
+    return SendKeyEvent(wxEVT_KEY_DOWN, window, keyCode, modifiers);
 }
 
-void SendKey(wxWindow& window, int keyCode, int modifiers) {
-    SendKeyDown(window, keyCode, modifiers);
-    SendKeyUp(window, keyCode, modifiers);
+void SendKeyUp(wxWindow& window, int keyCode) {
+    SendKeyEvent(wxEVT_KEY_UP, window, keyCode);
+}
+
+void SendKey(wxWindow& window, int keyCode) {
+    SendKeyDown(window, keyCode);
+    SendKeyUp(window, keyCode);
 }
 
 void SendMouse(wxWindow& window, wxEventType type, const wxPoint& point, int rotation) {

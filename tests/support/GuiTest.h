@@ -45,11 +45,12 @@ std::string RuleOf(wxEvtHandler& handler, int id);
 void Send(wxWindow& control, wxEventType type = wxEVT_BUTTON, int selection = 0);
 void Choose(wxWindow& parent, int choiceId, int selection);
 
-// A key pressed and released, as events straight to a window: a character or a WXK_ code. True when
-// the window takes the press.
-void SendKey(wxWindow& window, int keyCode, int modifiers = 0);
+// A key pressed and released, or another event of one, straight to a window: a character or a WXK_
+// code. True when the window takes it.
+void SendKey(wxWindow& window, int keyCode);
 bool SendKeyDown(wxWindow& window, int keyCode, int modifiers = 0);
-void SendKeyUp(wxWindow& window, int keyCode, int modifiers = 0);
+void SendKeyUp(wxWindow& window, int keyCode);
+bool SendKeyEvent(wxEventType type, wxWindow& window, int keyCode, int modifiers = 0);
 void SendMouse(wxWindow& window, wxEventType type, const wxPoint& point, int rotation = 0);
 
 // Answers modal dialogs in the order in which they open, without showing them, and keeps what they

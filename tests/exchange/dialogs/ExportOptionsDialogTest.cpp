@@ -31,20 +31,16 @@ struct ExportOptionsDialogTest : DialogTest {
 TEST_F(ExportOptionsDialogTest, TheRangeBeginsAsNarrowAsItCan) {
     InsertCards(18, 0);
     InsertCards(2, 1);
-    const struct {
-        int32_t Current;
-        std::vector<int64_t> Selected;
-        int Start;
-        size_t Cards;
-    } rows[] = {{2, {}, 0, 16}, {1, {}, 1, 2}, {2, {20, 3, 99}, 2, 2}};
-    for (const auto& row : rows) {
-        mCategories.Current = row.Current;
-        Open(row.Selected);
+    const std::tuple<int32_t, std::vector<int64_t>, int, size_t> rows[] = {
+        {2, {}, 0, 16}, {1, {}, 1, 2}, {2, {20, 3, 99}, 2, 2}};
+    for (const auto& [current, selected, start, cards] : rows) {
+        mCategories.Current = current;
+        Open(selected);
         auto& range = Find<wxRadioBox>(*mDialog, kRange);
-        EXPECT_EQ(range.GetSelection(), row.Start);
-        EXPECT_EQ(range.IsItemEnabled(1), row.Current == 1);
-        EXPECT_EQ(range.IsItemEnabled(2), !row.Selected.empty());
-        EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), row.Cards);
+        EXPECT_EQ(range.GetSelection(), start);
+        EXPECT_EQ(range.IsItemEnabled(1), current == 1);
+        EXPECT_EQ(range.IsItemEnabled(2), !selected.empty());
+        EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), cards);
     }
 }
 

@@ -39,23 +39,20 @@ struct MergeDialogTest : DialogTest {
 }  // namespace
 
 TEST_F(MergeDialogTest, KeepsTheVersionOfTheButton) {
-    const struct {
-        int Id;
-        const FlashCard& Kept;
-        ImportMergePolicy Further;
-    } cases[] = {{10078, mStored, ImportMergePolicy::kAsk},
-                 {10015, mImported, ImportMergePolicy::kAsk},
-                 {10014, mImported, ImportMergePolicy::kAsk},
-                 {10016, mStored, ImportMergePolicy::kKeepDatabase},
-                 {10017, mImported, ImportMergePolicy::kKeepImported}};
-    for (const auto& row : cases) {
-        mAnswers.ThenPress(row.Id);
+    const std::tuple<int, const FlashCard&, ImportMergePolicy> cases[] = {
+        {10078, mStored, ImportMergePolicy::kAsk},
+        {10015, mImported, ImportMergePolicy::kAsk},
+        {10014, mImported, ImportMergePolicy::kAsk},
+        {10016, mStored, ImportMergePolicy::kKeepDatabase},
+        {10017, mImported, ImportMergePolicy::kKeepImported}};
+    for (const auto& [id, kept, further] : cases) {
+        mAnswers.ThenPress(id);
         const auto answer = ImportQuestionDialogs().AskMerge(nullptr, mStored, mImported, 0);
-        EXPECT_TRUE(answer.IsOk) << row.Id;
-        EXPECT_EQ(answer.Further, row.Further) << row.Id;
-        EXPECT_EQ(answer.Merged.Back, row.Kept.Back) << row.Id;
-        EXPECT_EQ(answer.Merged.ReverseX, row.Kept.ReverseX) << row.Id;
-        EXPECT_EQ(answer.Merged.Notes, row.Kept.Notes) << row.Id;
+        EXPECT_TRUE(answer.IsOk) << id;
+        EXPECT_EQ(answer.Further, further) << id;
+        EXPECT_EQ(answer.Merged.Back, kept.Back) << id;
+        EXPECT_EQ(answer.Merged.ReverseX, kept.ReverseX) << id;
+        EXPECT_EQ(answer.Merged.Notes, kept.Notes) << id;
     }
 }
 
@@ -107,12 +104,7 @@ TEST_F(MergeDialogTest, AsksBeforeAnyWayOutStopsTheImport) {
     const std::function<void(wxDialog&)> ways[] = {
         [](wxDialog& dialog) { Send(*FindById(dialog, 10018)); },
         [](wxDialog& dialog) { dialog.Close(); },
-        [](wxDialog& dialog) {
-            wxKeyEvent escape(wxEVT_CHAR_HOOK);
-            escape.m_keyCode = WXK_ESCAPE;
-            escape.SetEventObject(&dialog);
-            dialog.GetEventHandler()->ProcessEvent(escape);
-        }};
+        [](wxDialog& dialog) { SendKeyEvent(wxEVT_CHAR_HOOK, dialog, WXK_ESCAPE); }};
     for (const auto& leave : ways) {
         mAnswers.Then([&](wxDialog& dialog) {
             mAnswers.Expect(wxID_CANCEL);
