@@ -72,12 +72,22 @@ class EditRoad(RoadTest):
                           ("tres", "three", 3, name)], self.sandbox.query(CARDS))
         self.sandbox.check_store()
 
+    def change_main_window(self, program, key, old, new):
+        press(key)
+        program.wait_window(new)
+        program.wait_no_window(old)
+
     def test_an_editor_outlives_the_other_windows(self):
         program = self.sandbox.start()
         program.wait_window(LIST_WINDOW)
         press("ctrl+n")
         program.wait_window(EDIT_WINDOW)
         type_text("kept")
+        # Of the two main windows one is shown; the other stays behind it and ends with it.
+        program.wait_window(LIST_WINDOW)
+        for _ in range(2):
+            self.change_main_window(program, "ctrl+2", LIST_WINDOW, STUDY_WINDOW)
+            self.change_main_window(program, "ctrl+1", STUDY_WINDOW, LIST_WINDOW)
         program.close(LIST_WINDOW)
         program.wait_no_window(LIST_WINDOW)
         program.wait_window(EDIT_WINDOW)
