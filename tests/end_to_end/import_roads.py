@@ -77,16 +77,19 @@ class ImportRoad(RoadTest):
                     self.assertEqual(cards + new_cards, self.sandbox.card_count())
                 cards = self.sandbox.card_count()
 
-    def test_a_list_is_imported_by_the_dialogs(self):
-        self.sandbox.let_read_windows()
-        program = self.sandbox.start()
+    def choose_file(self, program, path):
         program.wait_window(LIST_WINDOW)
         press("ctrl+i")
         program.wait_window("Import Flashcards")
-        path = self.sandbox.sample("french.txt")
         type_text(path)
         press("Return")
         program.wait_window("Import")
+
+    def test_a_list_is_imported_by_the_dialogs(self):
+        self.sandbox.let_read_windows()
+        program = self.sandbox.start()
+        path = self.sandbox.sample("french.txt")
+        self.choose_file(program, path)
         program.wait_text("Preview (first card)")
         program.click("OK")
         program.wait_window("New Category")
@@ -103,6 +106,25 @@ class ImportRoad(RoadTest):
             "SELECT COUNT(*), Name FROM Cards JOIN Categories ON CategoryId = Id GROUP BY Id"))
         self.assertTrue(os.path.exists(path), "a file that a person chose stays")
         self.sandbox.check_store()
+
+    def test_new_categories_are_asked_for_until_all_are_welcome(self):
+        self.sandbox.let_read_windows()
+        rows = ["Front\tBack\tCategory"]
+        rows += [f"{name} front\tback\t{name}" for name in ("R&D", "B", "C", "D")]
+        path = self.sandbox.write("cards.txt", "\n".join(rows))
+        program = self.sandbox.start()
+        self.choose_file(program, path)
+        program.click("OK")
+        for name, button in (("R&D", "Yes"), ("B", "Yes to All")):
+            program.wait_window("New Category")
+            program.wait_text(f'Category "{name}" does not exist.')
+            program.click(button)
+        program.wait_window("Import Complete")
+        press("Return")
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual([("B",), ("C",), ("D",), ("Default",), ("R&D",)],
+                         self.sandbox.query("SELECT Name FROM Categories ORDER BY Name"))
 
     def test_a_kill_leaves_whole_cards(self):
         rows = ["Front\tBack\tNotes\tCategory"]

@@ -80,24 +80,22 @@ TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone)
 }
 
 TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {
-    const struct {
-        wxString Path;
-        const char *Sql, *Told;
-    } rows[] = {{"/dev/full", "", "No space left on device"},
-                {mDirectory.Path("none/out.txt"), "", ""},
-                {StorePath(), "", "holds the flash cards themselves"},
-                {mDirectory.Path("out.txt"), "UPDATE Cards SET CardId = 'no id' WHERE Front = 'f'",
-                 "exported before it: 1"}};
-    for (const auto& row : rows) {
-        mDatabase.Execute(row.Sql);
-        ExportThread thread(row.Path, wxFONTENCODING_UTF8, mDatabase, mRowIds, {});
+    const std::tuple<wxString, const char*, const char*> rows[] = {
+        {"/dev/full", "", "No space left on device"},
+        {mDirectory.Path("none/out.txt"), "", ""},
+        {StorePath(), "", "holds the flash cards themselves"},
+        {mDirectory.Path("out.txt"), "UPDATE Cards SET CardId = 'no id' WHERE Front = 'f'",
+         "exported before it: 1"}};
+    for (const auto& [path, sql, told] : rows) {
+        mDatabase.Execute(sql);
+        ExportThread thread(path, wxFONTENCODING_UTF8, mDatabase, mRowIds, {});
         thread.Start();
         thread.Join();
         EXPECT_TRUE(thread.IsFinished());
-        EXPECT_TRUE(thread.GetProgress().Failed) << row.Path;
+        EXPECT_TRUE(thread.GetProgress().Failed) << path;
         const std::string message = thread.GetProgress().Message.utf8_string();
-        EXPECT_NE(message.find(row.Told), std::string::npos) << message;
-        EXPECT_EQ(message.empty(), row.Told[0] == '\0');
+        EXPECT_NE(message.find(told), std::string::npos) << message;
+        EXPECT_EQ(message.empty(), *told == '\0');
     }
 }
 

@@ -17,19 +17,11 @@ struct ListTest : FrameTest<BrowseFrame> {
     void Open() { OpenFrame(new BrowseFrame(mServices)); }
 
     wxWindow& CardPanel() { return *FindById(*mpFrame, kCardListId); }
-    CardListCtrl& Cards() {
-        return static_cast<CardListCtrl&>(*FindNamed(CardPanel(), "listCtrl"));
-    }
-    wxDropDownButton& Button() {
-        return static_cast<wxDropDownButton&>(*FindNamed(*mpFrame, "dropDownButton"));
-    }
+    CardListCtrl& Cards() { return Find<CardListCtrl>(CardPanel(), "listCtrl"); }
+    wxDropDownButton& Button() { return Find<wxDropDownButton>(*mpFrame, "dropDownButton"); }
     wxDropDownWindow& DropDown() { return *Button().GetPopup(); }
-    CategoryList& Categories() {
-        return static_cast<CategoryList&>(*FindNamed(DropDown(), "listCtrl"));
-    }
-    wxSearchCtrl& SearchField() {
-        return static_cast<wxSearchCtrl&>(*FindNamed(*mpFrame, "searchCtrl"));
-    }
+    CategoryList& Categories() { return Find<CategoryList>(DropDown(), "listCtrl"); }
+    wxSearchCtrl& SearchField() { return Find<wxSearchCtrl>(*mpFrame, "searchCtrl"); }
 
     void OpenDropDown() {
         SendKey(Button(), WXK_SPACE);

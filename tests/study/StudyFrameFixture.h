@@ -24,7 +24,7 @@ struct StudyFrameTest : FrameTest<StudyFrame> {
         return cards;
     }
 
-    CardViewer& Viewer() { return dynamic_cast<CardViewer&>(*FindNamed(*mpFrame, "panel")); }
+    CardViewer& Viewer() { return Find<CardViewer>(*mpFrame, "panel"); }
     QuickScore& Scores() { return Find<QuickScore>(*mpFrame, 10006); }
     wxStaticText& Message() { return Find<wxStaticText>(*mpFrame, wxID_STATIC); }
     wxString StatusText(int field) { return mpFrame->GetStatusBar()->GetStatusText(field); }

@@ -31,6 +31,10 @@ wxWindow* FindNamed(wxWindow& parent, const wxString& name);
 wxWindow* FindById(wxWindow& parent, int id);
 // The same as the control that it is.
 template <class Control>
+Control& Find(wxWindow& parent, const wxString& name) {
+    return dynamic_cast<Control&>(*FindNamed(parent, name));
+}
+template <class Control>
 Control& Find(wxWindow& parent, int id) {
     return dynamic_cast<Control&>(*FindById(parent, id));
 }

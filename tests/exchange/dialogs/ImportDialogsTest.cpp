@@ -3,7 +3,6 @@
 #include "exchange/ImportInput.h"
 #include "exchange/ProgressSource.h"
 #include "exchange/dialogs/DialogTest.h"
-#include "exchange/dialogs/ImportNewCategoryMessageBox.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "exchange/dialogs/ProgressDialog.h"
 
@@ -78,26 +77,6 @@ TEST(ProgressDialogTest, DoesNotTickInsideATick) {
         EXPECT_FALSE(WaitFor([&] { return job.Ticks != ticks; }, 100));
     };
     EXPECT_EQ(Show(job), wxID_OK);
-}
-
-TEST(ImportNewCategoryMessageBoxTest, AnswersByItsButtons) {
-    const std::tuple<const char*, int, bool> cases[] = {
-        {"&Yes", wxID_YES, false}, {"Yes to All", wxID_YES, true}, {"&Cancel", wxID_CANCEL, false}};
-    for (const auto& [label, code, toAll] : cases) {
-        ImportNewCategoryMessageBox box(nullptr, "R&D");
-        EXPECT_EQ(box.GetTitle(), "New Category");
-        wxWindow* button = nullptr;
-        wxString text;
-        for (wxWindow* child : box.GetChildren()) {
-            button = child->GetLabel() == label ? child : button;
-            text += wxControl::RemoveMnemonics(child->GetLabel()) + " ";
-        }
-        ASSERT_NE(button, nullptr) << label;
-        EXPECT_TRUE(text.StartsWith("Category \"R&D\" does not exist.")) << text;
-        box.CallAfter([&] { Send(*button); });
-        EXPECT_EQ(box.ShowModal(), code) << label;
-        EXPECT_EQ(box.IsYesToAll(), toAll) << label;
-    }
 }
 
 TEST_F(ImportDialogs, AskForANewCategoryAndStopSilently) {
