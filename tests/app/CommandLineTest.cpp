@@ -23,33 +23,30 @@ struct RecordingActions : CommandLineActions {
 
 TEST(CommandLine, EachOptionDoesItsWorkInAFixedOrder) {
     const std::string joinPage = "open https://community.example.org/?q=join";
-    const struct {
-        const char* Line;
-        CommandLineOutcome Outcome;
-        std::vector<std::string> Done;
-        bool HasStore = true;
-    } cases[] = {
-        {"", CommandLineOutcome::StartProgram, {}},
+    const std::tuple<const char*, bool, CommandLineOutcome, std::vector<std::string>> cases[] = {
+        {"", true, CommandLineOutcome::StartProgram, {}},
         {"--desktop_folder=/d --program_menu_folder /p --add_desktop_shortcut 1 "
          "--add_quicklaunch_shortcut 1",
+         true,
          CommandLineOutcome::StartProgram,
          {}},
-        {"--community_join 0", CommandLineOutcome::AllDone, {}},
-        {"--uninstall", CommandLineOutcome::AllDone, {}},
+        {"--community_join 0", true, CommandLineOutcome::AllDone, {}},
+        {"--uninstall", true, CommandLineOutcome::AllDone, {}},
         {"--uninstall --community_join 1 --browse b --messagebox m --import f",
+         true,
          CommandLineOutcome::AllDone,
          {"import f", "message m", "open b", joinPage}},
-        {"--messagebox m --import f", CommandLineOutcome::Refused, {"import f"}, false},
+        {"--messagebox m --import f", false, CommandLineOutcome::Refused, {"import f"}},
     };
-    for (const auto& expected : cases) {
-        SCOPED_TRACE(expected.Line);
-        wxCmdLineParser parser(expected.Line);
+    for (const auto& [line, hasStore, outcome, done] : cases) {
+        SCOPED_TRACE(line);
+        wxCmdLineParser parser(line);
         DescribeCommandLine(parser);
         ASSERT_EQ(parser.Parse(false), 0);
         RecordingActions actions;
-        actions.HasStore = expected.HasStore;
-        EXPECT_EQ(RunCommandLine(parser, actions), expected.Outcome);
-        EXPECT_EQ(actions.Done, expected.Done);
+        actions.HasStore = hasStore;
+        EXPECT_EQ(RunCommandLine(parser, actions), outcome);
+        EXPECT_EQ(actions.Done, done);
     }
 }
 

@@ -11,7 +11,7 @@ struct ExportTest : StoreFixture {
         mDatabase.CategoryInsert("Kanji");
         FlashCard full = MakeCard(L"\u6C34\n\u3010\u307F\u305A\u3011", "water", 1);
         ParseUuid("01234567-89ab-4def-8123-456789abcdef", full.CardId);
-        full.Author = "me";
+        full.Author = "x,\"y";
         full.IntroductionOrder = -3;
         full.ReverseX = true;
         full.Notes = "a\n\"b\"";
@@ -41,7 +41,7 @@ struct ExportTest : StoreFixture {
 TEST_F(ExportTest, TheOwnFormGivesAllAttributesInTheirOrder) {
     EXPECT_EQ(Text(ExportFormat::kVlmText, true),
               "id: 01234567-89ab-4def-8123-456789abcdef\nFront: 水\nFront2: みず\nBack: water\n"
-              "Category: Kanji\nAuthor: me\nIntroductionOrder: -3\nForwardX: false\n"
+              "Category: Kanji\nAuthor: x,\"y\nIntroductionOrder: -3\nForwardX: false\n"
               "ReverseX: true\nNotes: a\nNotes: \"b\"\nIntroduced: true\n"
               "LastReview: 2023-11-14 22:13:20Z\nLastScore: 4\nReviewInterval: 1.500000\n"
               "Difficulty: 7\nERC: 40961\nRIntroduced: false\nRLastReview: 1970-01-01 00:00:00Z\n"
@@ -65,12 +65,13 @@ TEST_F(ExportTest, TheFormOfVersion1DropsWhatThatDoesNotKnow) {
                    "ReviewInterval: 1.500000\nDifficulty: 7\n\n");
 }
 
+// Quotes are doubled where they alone made a field a quoted one.
 TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone) {
     mRowIds.insert(mRowIds.begin(), 99);
     EXPECT_EQ(Text(ExportFormat::kDelimited, false),
               "id,Front,Front2,Back,Back2,Category,Author,Chapter,IntroductionOrder,ForwardX,"
               "ReverseX,Notes\n"
-              "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,me,,-3,false,true,"
+              "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,\"x,\"y\",,-3,false,true,"
               "\"a\\n\"\"b\"\"\"\n"
               "00000000-0000-4000-8000-000000000001,f,,b,,,,,0,false,false,\n");
     EXPECT_EQ(mProgress.Missing, 1);

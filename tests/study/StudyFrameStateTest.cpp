@@ -74,31 +74,28 @@ TEST_F(StudyFrameState, ARescoreAsksFirst) {
 }
 
 TEST_F(StudyFrameState, WithoutACardAMessageSaysWhy) {
-    const struct {
-        bool OneCard, SecondCategory;
-        int32_t Current;
-        wxString Text;
-    } cases[] = {
+    // Whether there is a card and a second category, the current category, and the message.
+    const std::tuple<bool, bool, int32_t, wxString> cases[] = {
         {true, false, 0, AllExcludedMessage()},
         {true, true, 0, CategoryExcludedMessage()},
         {true, true, 1, CategoryEmptyMessage()},
         {false, true, 0, StoreEmptyMessage()},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.Text);
+    for (const auto& [oneCard, secondCategory, current, text] : cases) {
+        SCOPED_TRACE(text);
         ASSERT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
-        if (each.OneCard) {
+        if (oneCard) {
             FlashCard card = MakeCard("front", "back");
             card.ForwardX = true;
             Insert(card);
         }
-        if (each.SecondCategory) {
+        if (secondCategory) {
             mDatabase.CategoryInsert("Other");
         }
-        mServices.CurrentCategory = each.Current;
+        mServices.CurrentCategory = current;
         Open();
-        EXPECT_EQ(mServices.StudyMessage, each.Text);
-        EXPECT_EQ(Rule(ID_EXPORT), each.OneCard ? "on" : "off");
+        EXPECT_EQ(mServices.StudyMessage, text);
+        EXPECT_EQ(Rule(ID_EXPORT), oneCard ? "on" : "off");
         // A command without its menu entry meets the same wall.
         for (const int id : {wxID_OPEN, wxID_CUT, wxID_DELETE, wxID_FORWARD, wxID_BACKWARD}) {
             Command(id);

@@ -1,33 +1,9 @@
 #include <gtest/gtest.h>
 #include <wx/mstream.h>
 
-#include "exchange/DelimitedWriter.h"
 #include "exchange/TextSink.h"
 
 namespace {
-
-TEST(DelimitedWriterTest, AFieldIsQuotedByItsDelimiterOrItsQuotes) {
-    const std::pair<const char16_t*, std::string> rows[] = {{u"plain", "plain"},
-                                                            {u"x\"y", "\"x\"\"y\""},
-                                                            {u"a,b", "\"a,b\""},
-                                                            {u"x,\"y", "\"x,\"y\""},
-                                                            {u"a\r\nb", "a\\r\\nb"},
-                                                            {u"a\\nb\\", "a\\\\nb\\\\"},
-                                                            {u"", ""}};
-    for (const auto& [value, field] : rows) {
-        StringSink sink;
-        DelimitedWriter writer(sink, L',');
-        writer.AddColumn(u"Front");
-        writer.AddColumn(u"Back");
-        writer.EndHeader();
-        EXPECT_LT(writer.AddColumn(u"Late"), 0);
-        EXPECT_LT(writer.WriteAttribute(u"Late", value), 0);
-        EXPECT_EQ(writer.WriteAttribute(u"Back", value), 0);
-        writer.EndRecord();
-        writer.EndRecord();
-        EXPECT_EQ(sink.GetText(), "Front,Back\n," + field + "\n,\n");
-    }
-}
 
 // Alone, and within or behind a run of characters that go out together.
 TEST(EncodedSinkTest, WhatIsNoCharacterIsReplaced) {
