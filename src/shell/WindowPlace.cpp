@@ -10,6 +10,8 @@
 #include <map>
 #include <optional>
 
+#include "shell/ToolkitFunction.h"
+
 namespace {
 
 // What the coordinates of a window system reach.
@@ -18,6 +20,8 @@ constexpr long kFarthest = 32767;
 constexpr int kSmallest = 64;
 // How long the window manager may take to settle a new window.
 constexpr long kSettlingMilliseconds = 300;
+// How often the place of a window is put right; a window manager may insist on its own.
+constexpr int kCorrections = 3;
 
 struct WatchedPlace {
     // The last place that lasted, and the one since then.
@@ -26,8 +30,9 @@ struct WatchedPlace {
     wxStopWatch SinceLatest;
     // Where the window is to be once it is shown.
     std::optional<wxRect> Wanted;
-    // How often that may still be corrected; a window manager may insist on its own.
-    int Corrections = 3;
+    // How often that may still be corrected.
+    int Corrections = kCorrections;
+    bool WasHidden = false;
     // Since the window was last seen not to be the active one.
     wxStopWatch SinceInactive;
 };
@@ -43,6 +48,20 @@ WatchedPlace& Watched(const wxTopLevelWindow& window) {
 
 bool IsNormal(const wxTopLevelWindow& window) {
     return !window.IsMaximized() && !window.IsIconized() && !window.IsFullScreen();
+}
+
+// Of a window that was hidden and is shown again the library may have the place of its inside for
+// that of the whole, so the platform is asked.
+wxRect PresentPlace(const wxTopLevelWindow& window) {
+    wxRect place = window.GetRect();
+#ifdef __WXGTK__
+    static const auto getPosition =
+        FindToolkitFunction<void (*)(void*, int*, int*)>("gtk_window_get_position");
+    if (getPosition != nullptr && Watched(window).WasHidden) {
+        getPosition(window.GetHandle(), &place.x, &place.y);
+    }
+#endif
+    return place;
 }
 
 int64_t SharedArea(const wxRect& one, const wxRect& other) {
@@ -61,7 +80,7 @@ void CorrectPlace(wxTopLevelWindow& window) {
     } else if (watched.SinceInactive.Time() > kSettlingMilliseconds) {
         watched.Wanted.reset();
     }
-    if (watched.Wanted && window.GetRect() != *watched.Wanted && watched.Corrections > 0) {
+    if (watched.Wanted && PresentPlace(window) != *watched.Wanted && watched.Corrections > 0) {
         --watched.Corrections;
         window.SetSize(*watched.Wanted);
     }
@@ -72,7 +91,7 @@ void CorrectPlace(wxTopLevelWindow& window) {
 void NotePlace(const wxTopLevelWindow& window) {
     WatchedPlace& watched = Watched(window);
     const bool normal = IsNormal(window);
-    const wxRect present = window.GetRect();
+    const wxRect present = PresentPlace(window);
     if (normal && present == watched.Latest) {
         return;
     }
@@ -144,6 +163,19 @@ void WatchPlace(wxTopLevelWindow& window) {
             NotePlace(window);
         }
     });
+    window.Bind(wxEVT_SHOW, [&window](wxShowEvent& event) {
+        event.Skip();
+        WatchedPlace& watched = Watched(window);
+        if (!event.IsShown()) {
+            watched.WasHidden = true;
+        } else if (watched.WasHidden && IsNormal(window)) {
+            // It comes back as a new one does: the toolkit counts without its frame at first, or
+            // for ever.
+            watched.Wanted = watched.Latest;
+            watched.Corrections = kCorrections;
+            watched.SinceInactive.Start();
+        }
+    });
     window.Bind(wxEVT_DESTROY, [&window](wxWindowDestroyEvent& event) {
         event.Skip();
         if (event.GetEventObject() == &window) {
@@ -160,8 +192,15 @@ void MoveToPlace(wxTopLevelWindow& window, const wxRect& place) {
 }
 
 wxRect GetNormalPlace(const wxTopLevelWindow& window) {
-    if (IsNormal(window) || WatchedPlaces().count(&window) == 0) {
+    if (WatchedPlaces().count(&window) == 0) {
         return window.GetRect();
+    }
+    if (!window.IsShown()) {
+        // The window manager has taken its frame away, so that it counts as smaller.
+        return Watched(window).Latest;
+    }
+    if (IsNormal(window)) {
+        return PresentPlace(window);
     }
     NotePlace(window);
     return Watched(window).Normal;

@@ -61,6 +61,25 @@ TEST_F(WindowPositionTest, AWindowComesBackToItsPlaceFromStartToStart) {
     EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(place));
 }
 
+TEST_F(WindowPositionTest, AWindowKeepsItsPlaceWhileItIsHiddenAndWhenItIsBack) {
+    const wxString place = "120,90,333,222";
+    WriteStringSetting("StudyFramePosition", place);
+    wxFrame* const frame = Open(true);
+    ASSERT_TRUE(WaitFor([&] { return FormatPlace(frame->GetRect()) == place; }));
+    DrainEvents();
+    frame->Hide();
+    // The window manager takes its frame away, by which the toolkit believes the window smaller.
+    WaitFor([&] { return FormatPlace(frame->GetRect()) != place; }, 500);
+    SaveWindowPosition("StudyFramePosition", "Velomind", *frame);
+    EXPECT_EQ(ReadStringSetting("StudyFramePosition"), place);
+    ShowAndWait(*frame);
+    EXPECT_TRUE(WaitFor([&] {
+        SaveWindowPosition("StudyFramePosition", "Velomind", *frame);
+        return ReadStringSetting("StudyFramePosition") == place;
+    })) << ReadStringSetting("StudyFramePosition");
+    frame->Destroy();
+}
+
 TEST_F(WindowPositionTest, AMaximisedWindowSavesThePlaceThatItComesBackTo) {
     WriteStringSetting("StudyFramePosition", "120,90,333,222");
     wxFrame* const frame = Open(true);
