@@ -20,6 +20,7 @@
 #include "shell/FormScroll.h"
 #include "shell/Settings.h"
 #include "shell/TextHeight.h"
+#include "store/Database.h"
 #include "store/Subject.h"
 
 namespace {
@@ -218,7 +219,14 @@ void PreferencesDialog::LoadSettings() {
     const bool early = ReadBooleanSetting("EarlyIntroduction");
     mpIntroductionChoice->SetSelection(early ? 1 : 0);
     mpIntervalText->Enable(early);
-    const wxString path = ReadStringSetting("DatabasePath");
+}
+
+// Settings that could not be written, or that somebody else has changed, tell of another file than
+// the one that is open.
+void PreferencesDialog::SetDatabase(Database* database) {
+    mpDatabase = database;
+    const wxString stored = ReadStringSetting("DatabasePath");
+    const wxString path = database->IsStoreFile(stored) ? stored : database->GetPath();
     mpStorePathText->ChangeValue(path);
     mpNewPathText->ChangeValue(path);
 }

@@ -23,7 +23,7 @@ class PreferencesDialog : public wxDialog {
     PreferencesDialog(wxWindow* parent, Subject& settingsNotifier, StoreFileActions& actions);
 
     // Not owned; given before the dialog is shown.
-    void SetDatabase(Database* database) { mpDatabase = database; }
+    void SetDatabase(Database* database);
 
   private:
     void CreateControls();

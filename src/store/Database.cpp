@@ -123,6 +123,12 @@ bool Database::IsStoreFile(const wxString& path) {
     return name != nullptr && fs::equivalent(fs::u8path(name), fs::u8path(ToUtf8(path)), error);
 }
 
+wxString Database::GetPath() const {
+    const Lock lock(mMutex);
+    const char* const name = IsOpen() ? sqlite3_db_filename(mpHandle, "main") : nullptr;
+    return name == nullptr ? wxString() : FromUtf8(name);
+}
+
 wxString Database::GetLastError() {
     const Lock lock(mMutex);
     return mLastErrorText;

@@ -103,6 +103,8 @@ class Database : public Subject {
     bool IsEmpty();
     // Whether the path leads to the file of the open store, by whatever name or link.
     bool IsStoreFile(const wxString& path);
+    // The path of the file of the open store; empty on a closed Database.
+    wxString GetPath() const;
 
     // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
