@@ -1,10 +1,11 @@
 #include "app/AddCategory.h"
 
 #include <wx/intl.h>
-#include <wx/msgdlg.h>
 
 #include <list>
 
+#include "shell/MessageBox.h"
+#include "shell/ShownText.h"
 #include "shell/TextQuestion.h"
 #include "store/Database.h"
 
@@ -19,13 +20,13 @@ void AddCategory(wxWindow* parent, Database& database) {
     // The store knows names that differ in their spelling only, such as numbers, as the same.
     std::list<Category> same;
     if (database.SelectCategoryByName(name, same) >= 0 && !same.empty()) {
-        wxMessageBox(
-            wxString::Format(_("There is already a category named \"%s\"."), same.front().Name),
-            caption, wxOK | wxCENTRE, parent);
+        ShowMessageBox(wxString::Format(_("There is already a category named \"%s\"."),
+                                        ShownName(same.front().Name)),
+                       caption, wxOK | wxCENTRE, parent);
         return;
     }
     if (database.CategoryInsert(name) < 0) {
-        wxMessageBox(_("Unable to add the category."), caption, wxOK | wxICON_ERROR, parent);
+        ShowMessageBox(_("Unable to add the category."), caption, wxOK | wxICON_ERROR, parent);
         return;
     }
     database.Notify();

@@ -9,13 +9,12 @@
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
 #include "shell/MessageBox.h"
+#include "shell/ShownText.h"
 #include "store/Database.h"
 
 namespace {
 
 constexpr const char* kDefaultCategory = "Default";
-// As much of a name as a box can show on any screen.
-constexpr size_t kShownName = 200;
 
 class CardCollector {
   public:
@@ -86,10 +85,8 @@ class CardCollector {
     }
 
     bool AskToCreate(const wxString& name) {
-        const wxString shown =
-            name.length() > kShownName ? name.Left(kShownName) + wxUniChar(0x2026) : name;
         const wxString question = wxString::Format(
-            _("Category \"%s\" does not exist.  Would you like to create it?"), shown);
+            _("Category \"%s\" does not exist.  Would you like to create it?"), ShownName(name));
         return ShowMessageBox(question, _("Create Category?"), wxYES_NO, &mFrame) == wxYES;
     }
 

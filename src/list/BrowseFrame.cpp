@@ -15,7 +15,6 @@
 #include "list/CategoryList.h"
 #include "list/DropDownButton.h"
 #include "list/DropDownWindow.h"
-#include "list/ShownText.h"
 #include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
 #include "shell/CategoryName.h"
@@ -23,6 +22,7 @@
 #include "shell/Makers.h"
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
+#include "shell/ShownText.h"
 #include "store/Database.h"
 
 namespace {

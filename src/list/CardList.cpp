@@ -11,7 +11,6 @@
 #include <memory>
 
 #include "list/CardListCtrl.h"
-#include "list/ShownText.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/ListRows.h"
@@ -19,6 +18,7 @@
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
+#include "shell/ShownText.h"
 #include "store/Database.h"
 
 namespace {

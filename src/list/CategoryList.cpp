@@ -8,7 +8,6 @@
 #include <list>
 #include <map>
 
-#include "list/ShownText.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -16,6 +15,7 @@
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
+#include "shell/ShownText.h"
 #include "shell/TextQuestion.h"
 #include "store/Database.h"
 
@@ -111,6 +111,7 @@ int CategoryList::RefreshRows() {
         DeleteItem(*row);
     }
     SetColumnWidth(0, wxLIST_AUTOSIZE);
+    TellFocusedRow();
     return 0;
 }
 
@@ -135,6 +136,11 @@ void CategoryList::SelectRow(long row) {
     if (!mFocusMoves && GetItemState(row, kChosen) != kChosen) {
         SetItemState(row, kChosen, kChosen);
     }
+}
+
+void CategoryList::TellFocusedRow() {
+    const long row = FocusedRow();
+    TellRow(*this, row < 0 ? wxString() : GetItemText(row), _("Categories"));
 }
 
 long CategoryList::FocusedRow() const {
@@ -292,7 +298,7 @@ void CategoryList::OnItemFocused(wxListEvent& event) {
     if (mpDatabase == nullptr || event.GetIndex() < 0) {
         return;
     }
-    TellRow(*this, GetItemText(event.GetIndex()), _("Categories"));
+    TellFocusedRow();
     const int32_t id = CategoryOf(event.GetIndex());
     // Choosing what is current already changes nothing that others could show.
     if (id != mServices.GetCurrentCategoryId(*mpDatabase)) {

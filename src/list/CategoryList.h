@@ -50,6 +50,7 @@ class CategoryList : public wxListCtrl, private Observer {
     void DeleteCategoryOf(long row);
     int Ask(const wxString& text, const wxString& caption, long style = wxOK | wxCENTRE);
     void SelectRow(long row);
+    void TellFocusedRow();
     long FocusedRow() const;
     int32_t CategoryOf(long row) const;
     void UseFont();

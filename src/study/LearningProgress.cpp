@@ -9,6 +9,7 @@
 
 #include "base/Clock.h"
 #include "shell/ButtonRow.h"
+#include "shell/ShownText.h"
 #include "store/Database.h"
 
 namespace {
@@ -47,7 +48,7 @@ LearningProgress::LearningProgress(Database& database, const Clock& clock, int32
     SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
     wxDialog::Create(parent, id, title, position, size, style, "dialog");
     CreateControls();
-    mpCategoryText->SetLabelText(wxString::Format(_("Category: %s"), mCategoryName));
+    mpCategoryText->SetLabelText(wxString::Format(_("Category: %s"), ShownName(mCategoryName)));
     mpLayout->Show(mpCategoryText, mShowCategory);
     ShowCounts(database, clock);
 

@@ -64,7 +64,8 @@ TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {
     Type(kBack, "back");
     expectFault({wxID_OK}, "ReviewInterval must be a number", forwardInterval);
     dynamic_cast<wxTextEntry&>(forwardInterval).ChangeValue("2");
-    expectFault({wxID_NO}, "Category \"" + name, Control(kCategory));
+    expectFault({wxID_NO}, L"Category \"100%s \"\u00e9\" nnnnn" + wxString('n', 60),
+                Control(kCategory));
     EXPECT_EQ(Query("SELECT COUNT(*) FROM Categories"), Strings{"1"});
 
     expectFault({wxID_YES, wxID_OK}, "Introduction Order must be a whole number", Control(kOrder));

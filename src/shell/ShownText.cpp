@@ -1,4 +1,4 @@
-#include "list/ShownText.h"
+#include "shell/ShownText.h"
 
 #include <cstddef>
 
