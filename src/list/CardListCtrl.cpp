@@ -1,5 +1,6 @@
 #include "list/CardListCtrl.h"
 
+#include <wx/dcclient.h>
 #include <wx/stattext.h>
 
 #include <algorithm>
@@ -12,6 +13,11 @@ namespace {
 constexpr int kNoticeId = 10000;
 constexpr int kNoticePlace = 30;
 constexpr int kNoticeWidth = 180;
+// The control cuts a longer text by the widths of its single characters, which takes long and puts
+// the dots onto the text where letters join or are narrower together.
+constexpr size_t kShortText = 40;
+// What the control leaves free of the width of a column.
+constexpr int kCellMargins = 8;
 
 }  // namespace
 
@@ -110,7 +116,14 @@ void CardListCtrl::SelectEveryRow(bool select) {
 }
 
 wxString CardListCtrl::OnGetItemText(long row, long column) const {
-    return mOwner.GetCellText(row, column);
+    const wxString text = mOwner.GetCellText(row, column);
+    if (text.length() <= kShortText) {
+        return text;
+    }
+    wxClientDC dc(mpEmptyNotice->GetParent());
+    dc.SetFont(GetFont());
+    const int width = GetColumnWidth(static_cast<int>(column)) - kCellMargins;
+    return wxControl::Ellipsize(text, dc, wxELLIPSIZE_END, width, wxELLIPSIZE_FLAGS_NONE);
 }
 
 void CardListCtrl::OnItemFocused(wxListEvent& event) {
@@ -119,7 +132,7 @@ void CardListCtrl::OnItemFocused(wxListEvent& event) {
     // The row is about to be drawn, but for one that a refresh brings to an unseen place.
     wxString row;
     if (mLastFocused >= 0 && GetRowsWindow(*this).HasFocus()) {
-        row = OnGetItemText(mLastFocused, 1) + "\n" + OnGetItemText(mLastFocused, 2);
+        row = mOwner.GetCellText(mLastFocused, 1) + "\n" + mOwner.GetCellText(mLastFocused, 2);
     }
     TellRow(*this, row, _("Cards"));
 }
