@@ -8,7 +8,8 @@
 namespace {
 
 constexpr int ID_INTERVAL = 10003, ID_LIST_FONT = 10004, ID_STUDY_COLOR = 10005;
-constexpr int ID_DEFAULT = 10006, ID_FONT_NAME = 10047, ID_STUDY_FONT_COLOR = 10054;
+constexpr int ID_DEFAULT = 10006, ID_FONT_NAME = 10047, ID_STORE_PATH = 10069,
+              ID_STUDY_FONT_COLOR = 10054;
 constexpr int ID_BROWSE = 10117, ID_STORE_CHOICE = 10123, ID_NEW_PATH = 10124;
 constexpr int ID_INTRODUCTION = 10149;
 
@@ -36,6 +37,15 @@ TEST_F(PreferencesDialogTest, AChoiceEnablesWhatBelongsToIt) {
         Send(*FindById(*mpDialog, ID_DEFAULT));
         Send(*FindById(*mpDialog, ID_BROWSE));
         EXPECT_EQ(Find<wxTextCtrl>(*mpDialog, ID_NEW_PATH).GetValue(), browsed[selection]);
+    }
+}
+
+TEST_F(PreferencesDialogTest, TheStoreIsTheOneThatIsOpenWhateverTheSettingsSay) {
+    for (const char* const stored : {"", "/another/store.vlm"}) {
+        WriteStringSetting("DatabasePath", stored);
+        mpDialog->SetDatabase(&mDatabase);
+        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(ID_STORE_PATH).GetValue()));
+        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(ID_NEW_PATH).GetValue()));
     }
 }
 
