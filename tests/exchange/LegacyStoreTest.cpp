@@ -72,7 +72,7 @@ TEST_F(LegacyStore, CutsALongTextAtTheRoomOfAValue) {
     for (const auto& [text, kept] : cases) {
         mEngine.Cards = {{kId, text}};
         LegacyStoreReader reader(mEngine.Maker()());
-        ASSERT_TRUE(reader.Open("store") == 0 && reader.ReadRecord());
+        ASSERT_TRUE(reader.Open("FlashCards.vls") == 0 && reader.ReadRecord());
         EXPECT_EQ(reader.GetAttribute(1).Value, kept) << text.size();
     }
 }

@@ -14,7 +14,6 @@ struct CardListTest : ListTest {
 };
 
 TEST_F(CardListTest, ManyCardsAreOrderedFoundSelectedAndDeleted) {
-    constexpr int kMany = 100000;
     // Numbered from 0, and the fronts in the opposite order.
     Query(
         "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 99999)"
@@ -23,7 +22,7 @@ TEST_F(CardListTest, ManyCardsAreOrderedFoundSelectedAndDeleted) {
         " SELECT printf('%08x-0000-4000-8000-000000000000', i), printf('front %06d', 99999 - i),"
         " 'back ' || i, 0, '', '', '', i, 0, 0, 0, 0 FROM n");
     Open();
-    ASSERT_EQ(Cards().GetItemCount(), kMany);
+    ASSERT_EQ(Cards().GetItemCount(), 100000);
     EXPECT_EQ(Cards().OnGetItemText(99999, 1), "front 000000");
     Select({7, 99999});
     Cards().SetFocusedRow(7);
@@ -164,8 +163,7 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
     }
     // Of the four places one had a card to take, and two lists took cards.
     ASSERT_EQ(mServices.Taken.size(), 2U);
-    EXPECT_TRUE(mServices.Taken[0].Cut);
-    EXPECT_FALSE(mServices.Taken[1].Cut);
+    EXPECT_TRUE(mServices.Taken[0].Cut && !mServices.Taken[1].Cut);
     // A cut is taken off the clipboard before its cards move, but in the list of categories.
     const auto before = std::make_pair(0, AppServices::EmptyCut::kBefore);
     const auto after = std::make_pair(0, AppServices::EmptyCut::kAfter);

@@ -29,9 +29,7 @@ struct ListTest : FrameTest<BrowseFrame> {
     }
     void Search(const wxString& text) {
         SearchField().SetValue(text);
-        wxCommandEvent enter(wxEVT_TEXT_ENTER, SearchField().GetId());
-        enter.SetEventObject(&SearchField());
-        SearchField().ProcessWindowEvent(enter);
+        Send(SearchField(), wxEVT_TEXT_ENTER);
     }
     void Sort(int column) {
         wxListEvent click(wxEVT_LIST_COL_CLICK, Cards().GetId());

@@ -5,6 +5,7 @@
 #include <wx/dir.h>
 #include <wx/filename.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 
@@ -13,22 +14,18 @@
 namespace {
 
 // No file of this process may grow beyond this many bytes while the object lives.
-class FullDisk {
-  public:
-    explicit FullDisk(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &mBefore);
-        rlimit limit = mBefore;
-        limit.rlim_cur = bytes;
+struct FullDisk {
+    explicit FullDisk(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        Limit(bytes);
+    }
+    ~FullDisk() { Limit(RLIM_INFINITY); }
+    static void Limit(rlim_t bytes) {
+        rlimit limit{};
+        getrlimit(RLIMIT_FSIZE, &limit);
+        limit.rlim_cur = std::min(bytes, limit.rlim_max);
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &mBefore);
-        std::signal(SIGXFSZ, mHandler);
-    }
-
-  private:
-    rlimit mBefore{};
-    void (*mHandler)(int);
 };
 
 struct StoreFileMoveTest : ::testing::Test {

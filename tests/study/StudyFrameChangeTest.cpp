@@ -43,12 +43,10 @@ TEST_F(StudyFrameChange, CardCommandsNameTheCardOnShow) {
         EXPECT_EQ(Rule(id), "on") << id;
         Command(id);
     }
-    ASSERT_EQ(mServices.Edited.size(), 1U);
-    EXPECT_EQ(mServices.Edited[0].CardId, card.CardId);
+    EXPECT_EQ(mServices.Edited.at(0).CardId, card.CardId);
     EXPECT_EQ(mServices.Exported, (std::vector<std::vector<int64_t>>{{1}}));
-    ASSERT_EQ(mServices.Taken.size(), 2U);
-    EXPECT_EQ(mServices.Taken[0].RowIds, std::vector<int64_t>{1});
-    EXPECT_TRUE(mServices.Taken[0].Cut && !mServices.Taken[1].Cut);
+    EXPECT_EQ(mServices.Taken.at(0).RowIds, std::vector<int64_t>{1});
+    EXPECT_TRUE(mServices.Taken.at(0).Cut && !mServices.Taken.at(1).Cut);
 
     mServices.HasEditor = mServices.HasExport = mServices.HasClipboard = false;
     for (const int id : std::vector<int>{wxID_OPEN, ID_EXPORT, wxID_COPY, wxID_UNDO, wxID_PASTE}) {

@@ -24,7 +24,9 @@ struct FakeEngine : LegacyRowSource {
     }
 
     int32_t Initialize() override { return Missing > 0 ? -1 : 0; }
-    int32_t Open(const std::wstring&) override { return OpenResult; }
+    int32_t Open(const std::wstring& path) override {
+        return path.find(L"FlashCards.vls") == std::wstring::npos ? -1 : OpenResult;
+    }
     int32_t Run(const std::wstring& statement) override {
         mNames = {L"CardId",     L"Question",       L"Answer",   L"Active",
                   L"LastReview", L"ReviewInterval", L"LastScore"};
