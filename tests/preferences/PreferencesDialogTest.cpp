@@ -44,8 +44,8 @@ TEST_F(PreferencesDialogTest, TheStoreIsTheOneThatIsOpenWhateverTheSettingsSay) 
     for (const char* const stored : {"", "/another/store.vlm"}) {
         WriteStringSetting("DatabasePath", stored);
         mpDialog->SetDatabase(&mDatabase);
-        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(ID_STORE_PATH).GetValue()));
-        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(ID_NEW_PATH).GetValue()));
+        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(*mpDialog, ID_STORE_PATH).GetValue()));
+        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(*mpDialog, ID_NEW_PATH).GetValue()));
     }
 }
 
