@@ -16,8 +16,16 @@ constexpr int kNoticeWidth = 180;
 // The control cuts a longer text by the widths of its single characters, which takes long and puts
 // the dots onto the text where letters join or are narrower together.
 constexpr size_t kShortText = 40;
+// Below it the letters are those of European languages, with no marks to join.
+constexpr wxUniChar::value_type kFirstJoining = 0x300;
 // What the control leaves free of the width of a column.
 constexpr int kCellMargins = 8;
+
+bool IsCutWell(const wxString& text) {
+    return text.length() <= kShortText &&
+           std::all_of(text.begin(), text.end(),
+                       [](wxUniChar character) { return character.GetValue() < kFirstJoining; });
+}
 
 }  // namespace
 
@@ -117,7 +125,7 @@ void CardListCtrl::SelectEveryRow(bool select) {
 
 wxString CardListCtrl::OnGetItemText(long row, long column) const {
     const wxString text = mOwner.GetCellText(row, column);
-    if (text.length() <= kShortText) {
+    if (IsCutWell(text)) {
         return text;
     }
     wxClientDC dc(mpEmptyNotice->GetParent());
