@@ -342,6 +342,9 @@ void CardList::DeleteSelected() {
     mpDatabase->Notify();
     // So that the keys go on where the cards were.
     RestoreFocus(kNoCard, rows.front());
+    if (mpListCtrl->GetFocusedRow() >= 0) {
+        mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
+    }
 }
 
 void CardList::SelectAll() {
