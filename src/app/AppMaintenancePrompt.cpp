@@ -1,12 +1,13 @@
 #include "app/AppMaintenancePrompt.h"
 
 #include <wx/intl.h>
-#include <wx/msgdlg.h>
+
+#include "shell/MessageBox.h"
 
 namespace {
 
 void Tell(const wxString& text) {
-    wxMessageBox(text, _("Periodic Maintenence"), wxOK | wxCENTRE);
+    ShowMessageBox(text, _("Periodic Maintenence"), wxOK | wxCENTRE);
 }
 
 }  // namespace

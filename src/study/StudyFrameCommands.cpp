@@ -1,10 +1,10 @@
 #include "study/StudyFrame.h"
 
-#include <wx/msgdlg.h>
 #include <wx/statusbr.h>
 
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/MessageBox.h"
 #include "study/CardViewer.h"
 
 // What the menus and their keys do in the study window.
@@ -113,8 +113,8 @@ void StudyFrame::OnDeleteCard() {
     if (!HasCard()) {
         return;
     }
-    const int answer = wxMessageBox(_("Do you really want to delete this card?"), _("Delete Card"),
-                                    wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
+    const int answer = ShowMessageBox(_("Do you really want to delete this card?"),
+                                      _("Delete Card"), wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
     if (answer == wxOK) {
         mpDatabase->DeleteCard(mpScheduler->GetCurrentCardId());
         mpDatabase->Notify();
