@@ -129,9 +129,12 @@ void Scheduler::KeepOrRestoreSchedule(int score) {
     const CardSchedule& schedule = CurrentSchedule();
     if (mHistoryPosition == -1) {
         mHistory.Add({mCurrentCard.CardId, schedule, mCurrentDirection});
-    } else if (IsInHistory() && score != schedule.LastScore) {
-        const HistoryEntry& entry = mHistory.At(mHistoryPosition);
-        ScheduleOf(mCurrentCard, entry.Direction) = entry.Schedule;
+        return;
+    }
+    // Deleted cards can leave another card's entry at the position, so the identity counts.
+    const HistoryEntry* const entry = mHistory.Find(mCurrentCard.CardId);
+    if (entry != nullptr && score != schedule.LastScore) {
+        ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
     }
 }
 

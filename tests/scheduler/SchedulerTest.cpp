@@ -140,4 +140,21 @@ TEST_F(SchedulerTest, TellsWhatIsReadyAndWhyThereIsNoCard) {
     EXPECT_TRUE(!mScheduler.IsCategoryEmpty() && mScheduler.IsAllExcluded());
 }
 
+TEST_F(SchedulerTest, ARescoreStaysWithItsCardWhenOthersHaveGone) {
+    InsertRow({"a", F, 8000000, 7.5e6f, 0});
+    for (const char* const name : {"b", "c", "d", "e"}) {
+        InsertRow({name, F, -1, 5.0f, *name});
+    }
+    mScheduler.SetDirections(F);
+    for (int i = 0; i < 5; ++i) {
+        mScheduler.ScoreCard(5);
+    }
+    mScheduler.SetHistoryIndex(3);
+    Query("DELETE FROM Cards WHERE Front IN ('c', 'd', 'e')");
+    mScheduler.Refresh();
+    EXPECT_EQ(mScheduler.GetCurrentCard().Front, "b");
+    mScheduler.ScoreCard(3);
+    EXPECT_EQ(Query("SELECT ReviewInterval FROM Cards WHERE Front = 'b'"), Strings{"3600.0"});
+}
+
 }  // namespace

@@ -86,8 +86,10 @@ class Model {
             History.erase(std::remove_if(History.begin(), History.end(), same), History.end());
             History.emplace_front(Shown, s);
             History.resize(std::min<size_t>(History.size(), 20));
-        } else if (score != s.LastScore && Position < Count()) {
-            s = History[static_cast<size_t>(Position)].second;
+        } else if (score != s.LastScore) {
+            for (const auto& [pick, before] : History) {
+                s = pick.Card == Shown.Card ? before : s;
+            }
         }
         Reschedule(s, score);
         s.LastScore = static_cast<uint8_t>(score);
