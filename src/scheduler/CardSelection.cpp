@@ -7,14 +7,10 @@
 
 namespace {
 
-int64_t Milliseconds(const wxDateTime& time) {
-    return time.GetValue().GetValue();
-}
-
 // The walk over the due cards of one or both directions.
 class ReadySearch {
   public:
-    explicit ReadySearch(const wxDateTime& now) : mNow(Milliseconds(now)) {}
+    explicit ReadySearch(const wxDateTime& now) : mNow(now) {}
 
     // Among equals the card that was met first stays.
     void Visit(const ReadyRow& row, ReviewDirection direction) {
@@ -22,13 +18,12 @@ class ReadySearch {
         if (!(mLeastInterval < interval)) {
             mLeastInterval = interval;
         }
-        const int64_t lastReview = Milliseconds(row.LastReview());
-        const int64_t nextReview = lastReview + int64_t{WholeSeconds(interval)} * 1000;
-        if (nextReview >= mNow) {
+        const wxDateTime lastReview = row.LastReview();
+        if (DueTime(lastReview, interval) >= mNow) {
             return;
         }
-        const int64_t elapsed = (mNow - lastReview) / 1000;
-        const float ratio = interval < 1.0f ? kGreatest : static_cast<float>(elapsed) / interval;
+        const auto elapsed = static_cast<float>(SecondsBetween(lastReview, mNow));
+        const float ratio = interval < 1.0f ? kGreatest : elapsed / interval;
         if (mDirection == kReviewNone || ratio > mBestRatio) {
             mDirection = direction;
             mBestRatio = ratio;
@@ -45,7 +40,7 @@ class ReadySearch {
   private:
     static constexpr float kGreatest = std::numeric_limits<float>::max();
 
-    const int64_t mNow;
+    const wxDateTime mNow;
     float mLeastInterval = kGreatest;
     float mBestRatio = 0.0f;
     CardUuid mCardId;
@@ -59,7 +54,7 @@ std::pair<int64_t, int64_t> IntroductionKey(const FlashCard& card, ReviewDirecti
 
 std::pair<int64_t, int64_t> EarlyReviewKey(const FlashCard& card, ReviewDirection direction) {
     const CardSchedule& schedule = ScheduleOf(card, direction);
-    return {schedule.ERC, Milliseconds(schedule.NextReview())};
+    return {schedule.ERC, schedule.NextReview().GetValue().GetValue()};
 }
 
 }  // namespace

@@ -184,6 +184,11 @@ class Database : public Subject {
     int BringToVersion(UpgradeWait& wait);
     int UpgradeFirstSchema(UpgradeWait& wait);
 
+    // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
+    // as -1, of the cards that the scheduler asks for. Always 0: where nothing can be written, as
+    // in a read-only file, such a card goes on counting as due.
+    int MendNextReviews();
+
     // Shapes that several operations share. A missing row is -1 for ReadInt.
     int ReadInt(StatementRun& run, int32_t& value, const wxString& label);
     int SelectInt(sqlite3_stmt* statement, int32_t& value);

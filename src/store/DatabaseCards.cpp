@@ -3,6 +3,7 @@
 #include "store/CardRow.h"
 #include "store/CardRows.h"
 #include "store/Database.h"
+#include "store/TimeStamp.h"
 
 wxDateTime ReadyRow::LastReview() const {
     const int first = mReverse ? kReverseScheduleColumn : kForwardScheduleColumn;
@@ -35,6 +36,20 @@ int Database::UpdateFlashCard(const FlashCard& card) {
         return -1;
     }
     return run.Step("UpdateFlashCard");
+}
+
+int Database::MendNextReviews() {
+    for (const char* const prefix : {"", "R"}) {
+        wxString sql =
+            "UPDATE Cards SET @NextReview=@LastReview+CAST(@ReviewInterval AS INTEGER)"
+            " WHERE CategoryId IN (SELECT Id FROM Categories) AND @X=0 AND @Introduced=1"
+            " AND @NextReview=-1 AND @LastReview>=0"
+            " AND @LastReview+CAST(@ReviewInterval AS INTEGER) BETWEEN 0 AND ";
+        sql.Replace("@X", *prefix == 'R' ? "ReverseX" : "ForwardX");
+        sql.Replace("@", prefix);
+        ExecuteText(sql << kLastTimeStamp);
+    }
+    return 0;
 }
 
 int Database::DeleteCard(const CardUuid& id) {

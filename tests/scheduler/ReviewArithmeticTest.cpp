@@ -60,10 +60,9 @@ TEST(ReviewArithmetic, GivesTheIntervalBitForBitAndTheDifficulty) {
 }
 
 TEST(IntervalUnits, TakesTheLargestUnitOfWhichTheTimeIsMoreThanTwice) {
-    const std::pair<float, const char*> cases[] = {{1209600.0f, "14.00 days"},
-                                                   {1209601.0f, "2.00 weeks"},
-                                                   {5256002.0f, "2.00 months"},
-                                                   {-9000.0f, "-9000.00 seconds"}};
+    const std::pair<float, const char*> cases[] = {
+        {1209600.0f, "14.00 days"},    {1209601.0f, "2.00 weeks"},  {5256002.0f, "2.00 months"},
+        {63072000.0f, "24.00 months"}, {63072004.0f, "2.00 years"}, {-9000.0f, "-9000.00 seconds"}};
     for (const auto& [seconds, text] : cases) {
         const IntervalInUnits split = SplitInterval(seconds);
         EXPECT_EQ(wxString::Format("%.2f %s", split.Value, IntervalUnitName(split.Unit)), text);

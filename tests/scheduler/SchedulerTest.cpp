@@ -48,6 +48,8 @@ TEST_F(SchedulerTest, ChoosesByRatioThenNewThenLeastErc) {
     } cases[] = {
         {"highest ratio", {{"a", F, 100, 50, 0}, {"b", F, 30, 10, 0}, {"c", R, 29, 10, 0}}, "b"},
         {"just due", {{"a", F, 10001, 10000, 0}, {"b", F, -1, 0, 3}}, "a"},
+        {"due now", {{"a", F, 99, 99, 0}, {"b", F, -1, 0, 3}}, "b"},
+        {"due now, walked over", {{"a", F, 99, 99, 0}, {"b", F, -1, 0, 3}}, "b", 0, 180},
         {"equal: forward first", {{"a", R, 40, 20, 0}, {"b", F, 20, 10, 0}}, "b"},
         {"equal: earlier due first", {{"a", F, 20, 10, 0}, {"b", F, 40, 20, 0}}, "b"},
         {"tiny interval", {{"a", F, 9000, 1, 0}, {"b", R, 5, 0.5f, 0}}, "b"},
@@ -110,7 +112,8 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
 
 TEST_F(SchedulerTest, TellsWhatIsReadyAndWhyThereIsNoCard) {
     for (const CardRow& row :
-         {CardRow{"a", F, 100, 50, 0}, CardRow{"b", F, 90, 50, 0}, CardRow{"c", R, 60, 50, 0}}) {
+         {CardRow{"a", F, 100, 50, 0}, CardRow{"b", F, 90, 50, 0}, CardRow{"c", R, 60, 50, 0},
+          CardRow{"due now", F, 50, 50, 16383}, CardRow{"due now", R, 50, 50, 0}}) {
         InsertRow(row);
     }
     const std::tuple<ReviewDirection, int, const char*> cases[] = {
@@ -155,6 +158,26 @@ TEST_F(SchedulerTest, ARescoreStaysWithItsCardWhenOthersHaveGone) {
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "b");
     mScheduler.ScoreCard(3);
     EXPECT_EQ(Query("SELECT ReviewInterval FROM Cards WHERE Front = 'b'"), Strings{"3600.0"});
+}
+
+// Both ends of 64 bits. The past has waited for longer than anything, the future for nothing.
+TEST_F(SchedulerTest, DamagedTimesSaturate) {
+    InsertRow({"damaged", F, 9, 1e6f, 0});
+    InsertRow({"ready", F, 100, 10.0f, 0});
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"-9223372036854775808", "damaged", "9.22337247494144e+15"},
+        {"9223372036854775807", "ready", "100.0"}};
+    for (const auto& [last, shown, interval] : cases) {
+        Query(std::string("UPDATE Cards SET NextReview = 0, LastReview = ") + last +
+              " WHERE Front = 'damaged'");
+        mScheduler.SetDirections(R);
+        mScheduler.SetDirections(F);
+        EXPECT_EQ(mScheduler.GetCurrentCard().Front, shown);
+        mScheduler.ScoreCard(3);
+        EXPECT_EQ(
+            Query(std::string("SELECT ReviewInterval FROM Cards WHERE Front = '") + shown + "'"),
+            Strings{interval});
+    }
 }
 
 }  // namespace
