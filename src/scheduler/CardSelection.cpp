@@ -27,13 +27,11 @@ class ReadySearch {
         if (mDirection == kReviewNone || ratio > mBestRatio) {
             mDirection = direction;
             mBestRatio = ratio;
-            mResult = row.CardId(mCardId);
+            mRowId = row.RowId();
         }
     }
 
-    // Negative when the card chosen has no readable identity.
-    int Result() const { return mResult; }
-    const CardUuid& CardId() const { return mCardId; }
+    int64_t RowId() const { return mRowId; }
     ReviewDirection Direction() const { return mDirection; }
     float LeastInterval() const { return mLeastInterval; }
 
@@ -43,9 +41,8 @@ class ReadySearch {
     const wxDateTime mNow;
     float mLeastInterval = kGreatest;
     float mBestRatio = 0.0f;
-    CardUuid mCardId;
+    int64_t mRowId = 0;
     ReviewDirection mDirection = kReviewNone;
-    int mResult = 0;
 };
 
 std::pair<int64_t, int64_t> IntroductionKey(const FlashCard& card, ReviewDirection) {
@@ -103,13 +100,13 @@ int CardSelection::FindReadyCard(int32_t horizon, ReadyCard& ready) {
         mDatabase.SelectRReadySortByRNextReview(mOptions.CategoryId, limit, visitReverse) < 0) {
         return -1;
     }
-    ready = {search.CardId(), search.Direction(), search.LeastInterval()};
-    return search.Result();
+    ready = {search.RowId(), search.Direction(), search.LeastInterval()};
+    return 0;
 }
 
 int CardSelection::ReadCard(const ReadyCard& ready, ReviewCard& chosen) {
     std::list<FlashCard> cards;
-    if (mDatabase.SelectCardById(ready.CardId, cards) < 0 || cards.empty()) {
+    if (mDatabase.SelectCardByRowId(ready.RowId, cards) < 0 || cards.empty()) {
         return -1;
     }
     chosen = {std::move(cards.front()), ready.Direction};

@@ -15,6 +15,10 @@ float ReadyRow::ReviewInterval() const {
     return static_cast<float>(mRun.ColumnDouble(first + kReviewIntervalOffset));
 }
 
+int64_t ReadyRow::RowId() const {
+    return mRun.ColumnInt64(kRowIdColumn);
+}
+
 int Database::InsertFlashCard(const FlashCard& card) {
     const Lock lock(mMutex);
     if (card.CardId.IsZero()) {
@@ -30,12 +34,30 @@ int Database::InsertFlashCard(const FlashCard& card) {
 
 int Database::UpdateFlashCard(const FlashCard& card) {
     const Lock lock(mMutex);
+    const int result = WriteCard(card);
+    // No row: the card has gone, or another program has stored its identity in capitals.
+    if (result < 0 || sqlite3_changes(mpHandle) > 0 || LowerCardId(card.CardId) <= 0) {
+        return result;
+    }
+    return WriteCard(card);
+}
+
+int Database::WriteCard(const FlashCard& card) {
     StatementRun run(*this, mpUpdateFlashCardStmt);
     int index = 1;
     if (BindCardFields(run, index, card) < 0 || run.BindUuid(index, card.CardId) < 0) {
         return -1;
     }
     return run.Step("UpdateFlashCard");
+}
+
+int Database::LowerCardId(const CardUuid& id) {
+    StatementRun run(*this, GetStatement("UPDATE OR IGNORE Cards SET CardId=LOWER(CardId)"
+                                         " WHERE LOWER(CardId)=?;"));
+    if (run.BindUuid(1, id) < 0 || run.Step("LowerCardId") < 0) {
+        return -1;
+    }
+    return sqlite3_changes(mpHandle);
 }
 
 int Database::MendNextReviews() {

@@ -180,4 +180,17 @@ TEST_F(SchedulerTest, DamagedTimesSaturate) {
     }
 }
 
+TEST_F(SchedulerTest, AnIdentityInCapitalsIsShownAndScored) {
+    InsertRow({"ready", F, 100, 10.0f, 0});
+    InsertRow({"new", F, -1, 5.0f, 0});
+    Query("UPDATE Cards SET CardId = UPPER(CardId)");
+    mScheduler.SetDirections(F);
+    for (const char* const name : {"ready", "new"}) {
+        EXPECT_EQ(mScheduler.GetCurrentCard().Front, name);
+        mScheduler.ScoreCard(4);
+    }
+    EXPECT_EQ(Query("SELECT LastScore, CardId = LOWER(CardId) FROM Cards"),
+              (Strings{"4|1", "4|1"}));
+}
+
 }  // namespace
