@@ -111,8 +111,8 @@ void Scheduler::ScoreCard(int score) {
     schedule.LastReview = mSources.Time.Now();
     schedule.LastScore = static_cast<uint8_t>(score);
     schedule.Difficulty = result.Difficulty;
-    schedule.ERC = NextErc(mDatabase, mOptions.CategoryId, schedule.ERC, mSources.Maintenance,
-                           mSources.Random);
+    RenumberCard(mDatabase, mOptions.CategoryId, mCurrentCard, mCurrentDirection,
+                 mSources.Maintenance, mSources.Random);
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failed step has ended the program already.
     mDatabase.UpdateFlashCard(mCurrentCard);
