@@ -86,8 +86,8 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_EQ(told, "1 second, 0 first, 0 second, 1 Empty, 0 Empty, 0 Empty, ");
     // Without a category of its own the scheduler takes the first one.
     mCategory.Current = -1;
-    mScheduler.SetDirections(F);
     mScheduler.Initialise();
+    mScheduler.SetDirections(F);
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "second");
     // What cannot be read is no card, and nothing is ready.
     mDatabase.Close();
@@ -95,7 +95,7 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "Error");
     mScheduler.Refresh();
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "Empty");
-    mScheduler.SetDirections(R);
+    mScheduler.SetDirections(kBoth);
     EXPECT_EQ(mScheduler.GetReadyCount() + mScheduler.GetHistoryCount(), 0);
 }
 
