@@ -1,5 +1,6 @@
 #include "scheduler/CardHistory.h"
 
+#include <algorithm>
 #include <iterator>
 
 void CardHistory::Add(const HistoryEntry& entry) {
@@ -12,6 +13,12 @@ void CardHistory::Add(const HistoryEntry& entry) {
 
 const HistoryEntry& CardHistory::At(int index) const {
     return *std::next(mEntries.begin(), index);
+}
+
+const HistoryEntry* CardHistory::Find(const CardUuid& id) const {
+    const auto entry = std::find_if(mEntries.begin(), mEntries.end(),
+                                    [&id](const HistoryEntry& each) { return each.CardId == id; });
+    return entry == mEntries.end() ? nullptr : &*entry;
 }
 
 void CardHistory::EraseAt(int index) {

@@ -25,6 +25,8 @@ class CardHistory {
     int GetCount() const { return static_cast<int>(mEntries.size()); }
     // The index must lie in 0 to GetCount() - 1.
     const HistoryEntry& At(int index) const;
+    // The entry of that card; null when it has none.
+    const HistoryEntry* Find(const CardUuid& id) const;
     void EraseAt(int index);
 
   private:

@@ -7,14 +7,10 @@
 
 namespace {
 
-int64_t Milliseconds(const wxDateTime& time) {
-    return time.GetValue().GetValue();
-}
-
 // The walk over the due cards of one or both directions.
 class ReadySearch {
   public:
-    explicit ReadySearch(const wxDateTime& now) : mNow(Milliseconds(now)) {}
+    explicit ReadySearch(const wxDateTime& now) : mNow(now) {}
 
     // Among equals the card that was met first stays.
     void Visit(const ReadyRow& row, ReviewDirection direction) {
@@ -22,35 +18,31 @@ class ReadySearch {
         if (!(mLeastInterval < interval)) {
             mLeastInterval = interval;
         }
-        const int64_t lastReview = Milliseconds(row.LastReview());
-        const int64_t nextReview = lastReview + int64_t{WholeSeconds(interval)} * 1000;
-        if (nextReview >= mNow) {
+        const wxDateTime lastReview = row.LastReview();
+        if (DueTime(lastReview, interval) >= mNow) {
             return;
         }
-        const int64_t elapsed = (mNow - lastReview) / 1000;
-        const float ratio = interval < 1.0f ? kGreatest : static_cast<float>(elapsed) / interval;
+        const auto elapsed = static_cast<float>(SecondsBetween(lastReview, mNow));
+        const float ratio = interval < 1.0f ? kGreatest : elapsed / interval;
         if (mDirection == kReviewNone || ratio > mBestRatio) {
             mDirection = direction;
             mBestRatio = ratio;
-            mResult = row.CardId(mCardId);
+            mRowId = row.RowId();
         }
     }
 
-    // Negative when the card chosen has no readable identity.
-    int Result() const { return mResult; }
-    const CardUuid& CardId() const { return mCardId; }
+    int64_t RowId() const { return mRowId; }
     ReviewDirection Direction() const { return mDirection; }
     float LeastInterval() const { return mLeastInterval; }
 
   private:
     static constexpr float kGreatest = std::numeric_limits<float>::max();
 
-    const int64_t mNow;
+    const wxDateTime mNow;
     float mLeastInterval = kGreatest;
     float mBestRatio = 0.0f;
-    CardUuid mCardId;
+    int64_t mRowId = 0;
     ReviewDirection mDirection = kReviewNone;
-    int mResult = 0;
 };
 
 std::pair<int64_t, int64_t> IntroductionKey(const FlashCard& card, ReviewDirection) {
@@ -59,7 +51,7 @@ std::pair<int64_t, int64_t> IntroductionKey(const FlashCard& card, ReviewDirecti
 
 std::pair<int64_t, int64_t> EarlyReviewKey(const FlashCard& card, ReviewDirection direction) {
     const CardSchedule& schedule = ScheduleOf(card, direction);
-    return {schedule.ERC, Milliseconds(schedule.NextReview())};
+    return {schedule.ERC, schedule.NextReview().GetValue().GetValue()};
 }
 
 }  // namespace
@@ -108,13 +100,13 @@ int CardSelection::FindReadyCard(int32_t horizon, ReadyCard& ready) {
         mDatabase.SelectRReadySortByRNextReview(mOptions.CategoryId, limit, visitReverse) < 0) {
         return -1;
     }
-    ready = {search.CardId(), search.Direction(), search.LeastInterval()};
-    return search.Result();
+    ready = {search.RowId(), search.Direction(), search.LeastInterval()};
+    return 0;
 }
 
 int CardSelection::ReadCard(const ReadyCard& ready, ReviewCard& chosen) {
     std::list<FlashCard> cards;
-    if (mDatabase.SelectCardById(ready.CardId, cards) < 0 || cards.empty()) {
+    if (mDatabase.SelectCardByRowId(ready.RowId, cards) < 0 || cards.empty()) {
         return -1;
     }
     chosen = {std::move(cards.front()), ready.Direction};

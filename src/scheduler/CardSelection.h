@@ -41,7 +41,8 @@ class CardSelection {
   private:
     // What a walk over the due cards finds.
     struct ReadyCard {
-        CardUuid CardId;
+        // The chosen card's row; its identity may be stored in a form by which no query finds it.
+        int64_t RowId;
         ReviewDirection Direction;
         // The shortest interval seen, also of cards that are due only within the horizon.
         float LeastInterval;

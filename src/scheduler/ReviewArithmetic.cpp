@@ -35,9 +35,7 @@ float ElapsedSeconds(const CardSchedule& schedule, const wxDateTime& now) {
     if (!schedule.Introduced) {
         return kElapsedOfNewCard;
     }
-    const int64_t milliseconds = (now.GetValue() - schedule.LastReview.GetValue()).GetValue();
-    const int64_t seconds = milliseconds / 1000;
-    return static_cast<float>(seconds);
+    return static_cast<float>(SecondsBetween(schedule.LastReview, now));
 }
 
 float NextInterval(float multiplier, float elapsed, float old, ReviewRandom& random) {

@@ -10,30 +10,31 @@ int32_t LowBits(ReviewRandom& random) {
     return static_cast<int32_t>(random.Next() * static_cast<float>(kBlockSize - 1));
 }
 
-void StartAgain(Database& database, MaintenancePrompt& prompt) {
+void StartAgain(Database& database, FlashCard& card, MaintenancePrompt& prompt) {
     prompt.ConfirmStart();
     // Should it fail, the old numbers stand, and the card at hand gets its low number all the same.
-    database.Execute("UPDATE Cards SET ERC=0,RERC=0");
+    if (database.Execute("UPDATE Cards SET ERC=0,RERC=0") >= 0) {
+        card.Forward.ERC = card.Reverse.ERC = 0;
+    }
     prompt.TellComplete();
 }
 
 }  // namespace
 
-int32_t NextErc(Database& database, int32_t categoryId, int32_t erc, MaintenancePrompt& prompt,
-                ReviewRandom& random) {
+void RenumberCard(Database& database, int32_t categoryId, FlashCard& card,
+                  ReviewDirection direction, MaintenancePrompt& prompt, ReviewRandom& random) {
     int32_t greatest = 0;
     if (database.SelectMaxErc(categoryId, greatest) < 0) {
         greatest = 0;
     }
-    const int32_t base = greatest - greatest % kBlockSize;
-    if (erc < base) {
-        // The card comes from an older block and joins the newest.
-        return base + LowBits(random);
+    int32_t block = greatest - greatest % kBlockSize;
+    int32_t& erc = ScheduleOf(card, direction).ERC;
+    // A card from an older block joins the newest; one that is there already opens the next.
+    if (erc >= block && block < kLastBlock) {
+        block += kBlockSize;
+    } else if (erc >= block) {
+        StartAgain(database, card, prompt);
+        block = 0;
     }
-    if (base < kLastBlock) {
-        // It is in the newest block already and opens the next.
-        return base + kBlockSize + LowBits(random);
-    }
-    StartAgain(database, prompt);
-    return LowBits(random);
+    erc = block + LowBits(random);
 }

@@ -111,8 +111,8 @@ void Scheduler::ScoreCard(int score) {
     schedule.LastReview = mSources.Time.Now();
     schedule.LastScore = static_cast<uint8_t>(score);
     schedule.Difficulty = result.Difficulty;
-    schedule.ERC = NextErc(mDatabase, mOptions.CategoryId, schedule.ERC, mSources.Maintenance,
-                           mSources.Random);
+    RenumberCard(mDatabase, mOptions.CategoryId, mCurrentCard, mCurrentDirection,
+                 mSources.Maintenance, mSources.Random);
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failed step has ended the program already.
     mDatabase.UpdateFlashCard(mCurrentCard);
@@ -129,9 +129,12 @@ void Scheduler::KeepOrRestoreSchedule(int score) {
     const CardSchedule& schedule = CurrentSchedule();
     if (mHistoryPosition == -1) {
         mHistory.Add({mCurrentCard.CardId, schedule, mCurrentDirection});
-    } else if (IsInHistory() && score != schedule.LastScore) {
-        const HistoryEntry& entry = mHistory.At(mHistoryPosition);
-        ScheduleOf(mCurrentCard, entry.Direction) = entry.Schedule;
+        return;
+    }
+    // Deleted cards can leave another card's entry at the position, so the identity counts.
+    const HistoryEntry* const entry = mHistory.Find(mCurrentCard.CardId);
+    if (entry != nullptr && score != schedule.LastScore) {
+        ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
     }
 }
 

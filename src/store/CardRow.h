@@ -9,6 +9,8 @@
 // Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC.
 constexpr int kForwardScheduleColumn = 10;
 constexpr int kReverseScheduleColumn = 16;
+// The row id, where the column list of a walk has it at its end.
+constexpr int kRowIdColumn = 22;
 constexpr int kLastReviewOffset = 1;
 constexpr int kReviewIntervalOffset = 3;
 

@@ -3,31 +3,44 @@
 #include <cmath>
 #include <limits>
 
-int32_t WholeSeconds(float interval) {
-    // The first float past the range; the range's own greatest number has no float.
-    constexpr float kBound = 2147483648.0f;
+namespace {
+
+constexpr int64_t kGreatest = std::numeric_limits<int64_t>::max();
+
+// All sums of times go through here. The least number stays out of reach, as it stands for an
+// invalid time.
+int64_t AddSaturated(int64_t left, int64_t right) {
+    if (right > 0 ? left > kGreatest - right : left < -kGreatest - right) {
+        return right > 0 ? kGreatest : -kGreatest;
+    }
+    return left + right;
+}
+
+// The whole seconds of an interval in milliseconds.
+int64_t WaitMilliseconds(float interval) {
+    // Close to the greatest number of milliseconds, 291 million years.
+    constexpr float kBound = 9.2e15f;
     if (std::isnan(interval)) {
         return 0;
     }
-    if (interval >= kBound) {
-        return std::numeric_limits<int32_t>::max();
+    if (std::abs(interval) > kBound) {
+        return interval > 0.0f ? kGreatest : -kGreatest;
     }
-    if (interval <= -kBound) {
-        return std::numeric_limits<int32_t>::min();
-    }
-    return static_cast<int32_t>(interval);
+    return static_cast<int64_t>(interval) * 1000;
 }
 
-wxDateTime CardSchedule::NextReview() const {
-    if (!LastReview.IsValid()) {
-        return LastReview;
+}  // namespace
+
+wxDateTime DueTime(const wxDateTime& lastReview, float interval) {
+    if (!lastReview.IsValid()) {
+        return lastReview;
     }
-    const int64_t wait = int64_t{WholeSeconds(ReviewInterval)} * 1000;
-    const int64_t last = LastReview.GetValue().GetValue();
-    if (wait > 0 && last > std::numeric_limits<int64_t>::max() - wait) {
-        return LastReview;
-    }
-    return wxDateTime(wxLongLong(last + wait));
+    return wxDateTime(
+        wxLongLong(AddSaturated(lastReview.GetValue().GetValue(), WaitMilliseconds(interval))));
+}
+
+int64_t SecondsBetween(const wxDateTime& from, const wxDateTime& to) {
+    return AddSaturated(to.GetValue().GetValue(), -from.GetValue().GetValue()) / 1000;
 }
 
 bool CardSchedule::operator==(const CardSchedule& other) const {

@@ -6,6 +6,16 @@
 
 #include "base/Clock.h"
 
+// When a card is due that was scored at lastReview: that time plus the whole seconds of the
+// interval, truncated toward zero. Saturates at the ends of what a time can hold, which only a
+// damaged store and intervals of many million years reach; an interval that is no number counts as
+// 0.
+wxDateTime DueTime(const wxDateTime& lastReview, float interval);
+
+// The whole seconds from one valid time to another, truncated toward zero, negative where the first
+// is the later one. Saturates likewise.
+int64_t SecondsBetween(const wxDateTime& from, const wxDateTime& to);
+
 // When a card is to come back in one direction of study. A flat record: the history saves and
 // restores it as a block.
 struct CardSchedule {
@@ -22,12 +32,9 @@ struct CardSchedule {
     // Review block number with random low bits; the order of early review.
     int32_t ERC = 0;
 
-    // LastReview plus the whole seconds of ReviewInterval.
-    wxDateTime NextReview() const;
+    // The DueTime; invalid while LastReview is.
+    wxDateTime NextReview() const { return DueTime(LastReview, ReviewInterval); }
 
     bool operator==(const CardSchedule& other) const;
     bool operator!=(const CardSchedule& other) const { return !(*this == other); }
 };
-
-// The interval in whole seconds, truncated toward zero, within the range of 32 bits.
-int32_t WholeSeconds(float interval);

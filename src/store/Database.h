@@ -17,15 +17,14 @@
 #include "store/Subject.h"
 #include "store/UpgradeWait.h"
 
-// A due card as the selection sees it while it steps the rows: the schedule columns of one
-// direction, and the identity only for whoever asks.
+// A due card as the selection sees it while it steps the rows: the row, and the schedule columns of
+// one direction.
 class ReadyRow {
   public:
     ReadyRow(const StatementRun& run, bool reverse) : mRun(run), mReverse(reverse) {}
     wxDateTime LastReview() const;
     float ReviewInterval() const;
-    // 0, or -1 on a bad text.
-    int CardId(CardUuid& uuid) const { return mRun.ColumnUuid(0, uuid); }
+    int64_t RowId() const;
 
   private:
     const StatementRun& mRun;
@@ -183,6 +182,15 @@ class Database : public Subject {
     int EnsureGlobals();
     int BringToVersion(UpgradeWait& wait);
     int UpgradeFirstSchema(UpgradeWait& wait);
+
+    // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
+    // as -1, of the cards that the scheduler asks for. Always 0: where nothing can be written, as
+    // in a read-only file, such a card goes on counting as due.
+    int MendNextReviews();
+    int WriteCard(const FlashCard& card);
+    // Turns the identity into the form in which the statements look for it. Gives the number of
+    // rows changed, or -1.
+    int LowerCardId(const CardUuid& id);
 
     // Shapes that several operations share. A missing row is -1 for ReadInt.
     int ReadInt(StatementRun& run, int32_t& value, const wxString& label);

@@ -3,6 +3,7 @@
 #include "store/CardRow.h"
 #include "store/CardRows.h"
 #include "store/Database.h"
+#include "store/TimeStamp.h"
 
 wxDateTime ReadyRow::LastReview() const {
     const int first = mReverse ? kReverseScheduleColumn : kForwardScheduleColumn;
@@ -12,6 +13,10 @@ wxDateTime ReadyRow::LastReview() const {
 float ReadyRow::ReviewInterval() const {
     const int first = mReverse ? kReverseScheduleColumn : kForwardScheduleColumn;
     return static_cast<float>(mRun.ColumnDouble(first + kReviewIntervalOffset));
+}
+
+int64_t ReadyRow::RowId() const {
+    return mRun.ColumnInt64(kRowIdColumn);
 }
 
 int Database::InsertFlashCard(const FlashCard& card) {
@@ -29,12 +34,44 @@ int Database::InsertFlashCard(const FlashCard& card) {
 
 int Database::UpdateFlashCard(const FlashCard& card) {
     const Lock lock(mMutex);
+    const int result = WriteCard(card);
+    // No row: the card has gone, or another program has stored its identity in capitals.
+    if (result < 0 || sqlite3_changes(mpHandle) > 0 || LowerCardId(card.CardId) <= 0) {
+        return result;
+    }
+    return WriteCard(card);
+}
+
+int Database::WriteCard(const FlashCard& card) {
     StatementRun run(*this, mpUpdateFlashCardStmt);
     int index = 1;
     if (BindCardFields(run, index, card) < 0 || run.BindUuid(index, card.CardId) < 0) {
         return -1;
     }
     return run.Step("UpdateFlashCard");
+}
+
+int Database::LowerCardId(const CardUuid& id) {
+    StatementRun run(*this, GetStatement("UPDATE OR IGNORE Cards SET CardId=LOWER(CardId)"
+                                         " WHERE LOWER(CardId)=?;"));
+    if (run.BindUuid(1, id) < 0 || run.Step("LowerCardId") < 0) {
+        return -1;
+    }
+    return sqlite3_changes(mpHandle);
+}
+
+int Database::MendNextReviews() {
+    for (const char* const prefix : {"", "R"}) {
+        wxString sql =
+            "UPDATE Cards SET @NextReview=@LastReview+CAST(@ReviewInterval AS INTEGER)"
+            " WHERE CategoryId IN (SELECT Id FROM Categories) AND @X=0 AND @Introduced=1"
+            " AND @NextReview=-1 AND @LastReview>=0"
+            " AND @LastReview+CAST(@ReviewInterval AS INTEGER) BETWEEN 0 AND ";
+        sql.Replace("@X", *prefix == 'R' ? "ReverseX" : "ForwardX");
+        sql.Replace("@", prefix);
+        ExecuteText(sql << kLastTimeStamp);
+    }
+    return 0;
 }
 
 int Database::DeleteCard(const CardUuid& id) {

@@ -111,7 +111,7 @@ int Database::OpenSteps(const wxString& path, UpgradeWait& wait) {
         return -1;
     }
     Prepare(CardTexts());
-    return mpHandle != nullptr ? 0 : -1;
+    return mpHandle != nullptr ? MendNextReviews() : -1;
 }
 
 int Database::OpenHandle(const wxString& path) {

@@ -4,12 +4,13 @@
 
 namespace {
 
-constexpr char kSelectCards[] =
-    "SELECT "
-    "CardId, Front, Back, CategoryId, Author, Chapter, IntroductionOrder, ForwardX, ReverseX, "
-    "Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, RIntroduced, "
+#define CARD_COLUMNS                                                                            \
+    "CardId, Front, Back, CategoryId, Author, Chapter, IntroductionOrder, ForwardX, ReverseX, " \
+    "Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, RIntroduced, "  \
     "RLastReview, RLastScore, RReviewInterval, RDifficulty, RERC"
-    " FROM Cards ";
+constexpr char kSelectCards[] = "SELECT " CARD_COLUMNS " FROM Cards ";
+constexpr char kSelectCardsAndRows[] = "SELECT " CARD_COLUMNS ", ROWID FROM Cards ";
+#undef CARD_COLUMNS
 
 constexpr char kCountCards[] = "SELECT count(*) FROM Cards ";
 
@@ -58,10 +59,10 @@ const std::vector<Database::PreparedText>& Database::CardTexts() {
          "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 0 ORDER BY IntroductionOrder"},
         {&Database::mpSelectNewReverseStmt, kSelectCards,
          "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 0 ORDER BY IntroductionOrder"},
-        {&Database::mpSelectReadySortByNextReviewStmt, kSelectCards,
+        {&Database::mpSelectReadySortByNextReviewStmt, kSelectCardsAndRows,
          "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 AND NextReview < ?"
          " ORDER BY NextReview"},
-        {&Database::mpSelectRReadySortByRNextReviewStmt, kSelectCards,
+        {&Database::mpSelectRReadySortByRNextReviewStmt, kSelectCardsAndRows,
          "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 AND RNextReview < ?"
          " ORDER BY RNextReview"},
         {&Database::mpSelectMaxErcForwardStmt, kSelectCards,

@@ -8,6 +8,7 @@
 #include "base/Utf8.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
+#include "store/TimeStamp.h"
 
 namespace {
 
@@ -60,7 +61,7 @@ int StatementRun::BindTime(int index, const wxDateTime& time) {
     }
     const int64_t milliseconds = time.GetValue().GetValue();
     const int64_t seconds = milliseconds / 1000;
-    const bool inRange = milliseconds >= 0 && seconds < 0x7FFFFFFF;
+    const bool inRange = milliseconds >= 0 && seconds <= kLastTimeStamp;
     return BindInt64(index, inRange ? seconds : -1);
 }
 

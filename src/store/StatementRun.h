@@ -25,7 +25,7 @@ class StatementRun {
     int BindInt64(int index, int64_t value);
     int BindDouble(int index, double value);
     int BindText(int index, const wxString& text);
-    // Whole seconds since 1970, or -1 where the time lies outside 0 to 2147483646.
+    // Whole seconds since 1970, or -1 for a time before it or after the year 9999.
     int BindTime(int index, const wxDateTime& time);
     int BindUuid(int index, const CardUuid& uuid);
 

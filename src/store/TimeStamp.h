@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 
+// The last second of the year 9999. Files and the store hold times from 1970 to there.
+constexpr int64_t kLastTimeStamp = 253402300799;
+
 // The text of a time in files: UTC, "2005-01-02 03:04:05Z".
 wxString FormatTimeStamp(const wxDateTime& time);
 // The same of a time in seconds since 1970, into room for the longest. Gives the end.

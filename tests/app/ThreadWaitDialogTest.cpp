@@ -2,6 +2,7 @@
 
 #include <wx/thread.h>
 
+#include "app/AppMaintenancePrompt.h"
 #include "app/AppUpgradeWait.h"
 #include "support/GuiTest.h"
 
@@ -30,6 +31,23 @@ TEST_F(GuiTest, TheWaitEndsWithItsThreadAndWithNothingElse) {
     EXPECT_FALSE(worker.IsAlive());
     EXPECT_EQ(answers.Dialogs[0].Title, "Upgrading Database");
     worker.Wait();
+}
+
+TEST_F(GuiTest, TheMaintenanceTellsWhatComesAndThatItIsDone) {
+    ModalAnswers answers;
+    answers.Expect({wxID_OK, wxID_OK});
+    AppMaintenancePrompt prompt;
+    prompt.ConfirmStart();
+    EXPECT_EQ(answers.Dialogs.at(0).Message,
+              "Velomind must do some database maintenance before continuing.\n"
+              "Depending on your database size and computer speed, this may take several minutes "
+              "to an hour.\nDuring this time, Velomind will appear unresponsive.\n"
+              "Please do not interrupt the operation.");
+    prompt.TellComplete();
+    EXPECT_EQ(answers.Dialogs.at(1).Message, "Maintenance complete.");
+    for (const ModalAnswers::Seen& dialog : answers.Dialogs) {
+        EXPECT_EQ(dialog.Title, "Periodic Maintenence");
+    }
 }
 
 }  // namespace

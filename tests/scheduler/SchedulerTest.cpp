@@ -38,27 +38,20 @@ struct SchedulerTest : StoreFixture {
     Scheduler mScheduler{mDatabase, {mCategory, mMaintenance, mClock, mRandom}};
 };
 
-TEST_F(SchedulerTest, ChoosesByRatioThenNewThenLeastErc) {
+// What the simulation of study rarely meets.
+TEST_F(SchedulerTest, ChoosesAtTheLimitsAsTheRulesSay) {
     const struct {
         const char* Story;
         std::vector<CardRow> Cards;
         const char* Expected;
-        float Random = 0.5f;
         int32_t EarlyInterval = -1;
     } cases[] = {
-        {"highest ratio", {{"a", F, 100, 50, 0}, {"b", F, 30, 10, 0}, {"c", R, 29, 10, 0}}, "b"},
-        {"just due", {{"a", F, 10001, 10000, 0}, {"b", F, -1, 0, 3}}, "a"},
-        {"equal: forward first", {{"a", R, 40, 20, 0}, {"b", F, 20, 10, 0}}, "b"},
-        {"equal: earlier due first", {{"a", F, 20, 10, 0}, {"b", F, 40, 20, 0}}, "b"},
+        {"due now", {{"a", F, 99, 99, 0}, {"b", F, -1, 0, 3}}, "b"},
+        {"due now, walked over", {{"a", F, 99, 99, 0}, {"b", F, -1, 0, 3}}, "b", 180},
         {"tiny interval", {{"a", F, 9000, 1, 0}, {"b", R, 5, 0.5f, 0}}, "b"},
-        {"stored due time out of range", {{"a", F, 9, 3e9f, 0}, {"b", F, -1, 0, 3}}, "b"},
-        {"then the next due", {{"a", F, 1, 90, 9}, {"b", F, 1, 80, 9}, {"c", R, 1, 20, 9}}, "c", 0},
-        {"then chance, below", {{"a", F, 1, 90, 9}, {"b", R, 1, 90, 9}}, "a", 0.49f},
-        {"then chance, half", {{"a", F, 1, 90, 9}, {"b", R, 1, 90, 9}}, "b", 0.5f},
-        {"early: interval as set", {{"a", F, 999, 180, 0}, {"b", F, -1, 0, 3}}, "a", 0, 180},
-        {"early: past it", {{"a", F, 999, 180.5f, 0}, {"b", F, -1, 0, 3}}, "b", 0, 180},
-        {"soon", {{"a", F, 999, 200, 0}, {"b", F, -1, 0, 3}, {"c", F, 1, 180, 0}}, "a", 0, 180},
-        {"late", {{"a", F, 999, 200, 0}, {"b", F, -1, 0, 3}, {"c", F, 0, 180, 0}}, "b", 0, 180},
+        {"stored due time out of range", {{"a", F, 9, 3e15f, 0}, {"b", F, -1, 0, 3}}, "b"},
+        {"then a chance of exactly half", {{"a", F, 1, 90, 9}, {"b", R, 1, 90, 9}}, "b"},
+        {"early: interval as set", {{"a", F, 999, 180, 0}, {"b", F, -1, 0, 3}}, "a", 180},
     };
     mScheduler.SetDirections(kBoth);
     for (const auto& c : cases) {
@@ -68,8 +61,6 @@ TEST_F(SchedulerTest, ChoosesByRatioThenNewThenLeastErc) {
         }
         mScheduler.SetEarlyIntroduction(c.EarlyInterval >= 0);
         mScheduler.SetEarlyIntroductionInterval(c.EarlyInterval);
-        mRandom = FakeRandom();
-        mRandom.Feed(c.Random);
         mScheduler.Refresh();
         EXPECT_EQ(mScheduler.GetCurrentCard().Front, c.Expected) << c.Story;
     }
@@ -95,8 +86,8 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_EQ(told, "1 second, 0 first, 0 second, 1 Empty, 0 Empty, 0 Empty, ");
     // Without a category of its own the scheduler takes the first one.
     mCategory.Current = -1;
-    mScheduler.SetDirections(F);
     mScheduler.Initialise();
+    mScheduler.SetDirections(F);
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "second");
     // What cannot be read is no card, and nothing is ready.
     mDatabase.Close();
@@ -104,40 +95,53 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "Error");
     mScheduler.Refresh();
     EXPECT_EQ(mScheduler.GetCurrentCard().Front, "Empty");
-    mScheduler.SetDirections(R);
+    mScheduler.SetDirections(kBoth);
     EXPECT_EQ(mScheduler.GetReadyCount() + mScheduler.GetHistoryCount(), 0);
 }
 
-TEST_F(SchedulerTest, TellsWhatIsReadyAndWhyThereIsNoCard) {
-    for (const CardRow& row :
-         {CardRow{"a", F, 100, 50, 0}, CardRow{"b", F, 90, 50, 0}, CardRow{"c", R, 60, 50, 0}}) {
-        InsertRow(row);
-    }
-    const std::tuple<ReviewDirection, int, const char*> cases[] = {
-        {F, 2, "a"}, {R, 1, "c"}, {kBoth, 3, "c"}};
-    for (const auto& [directions, ready, card] : cases) {
-        mScheduler.SetDirections(directions);
-        EXPECT_EQ(mScheduler.GetReadyCount(), ready);
-        EXPECT_EQ(mScheduler.GetCurrentCard().Front, card);
-        EXPECT_FALSE(mScheduler.IsBreakTime());
+TEST_F(SchedulerTest, ARescoreStaysWithItsCardWhenOthersHaveGone) {
+    InsertRow({"a", F, 8000000, 7.5e6f, 0});
+    for (const char* const name : {"b", "c", "d", "e"}) {
+        InsertRow({name, F, -1, 5.0f, *name});
     }
     mScheduler.SetDirections(F);
-    mScheduler.ScoreCard(5);
-    mScheduler.ScoreCard(5);
-    // It is not break time in the history, nor at the moment in which the card is due.
-    EXPECT_TRUE(mScheduler.IsBreakTime());
-    mScheduler.SetHistoryIndex(0);
-    EXPECT_FALSE(mScheduler.IsBreakTime());
-    mScheduler.SetHistoryIndex(-1);
-    mClock.Set(mScheduler.GetCurrentCard().Forward.NextReview().GetTicks());
-    EXPECT_FALSE(mScheduler.IsBreakTime());
+    for (int i = 0; i < 5; ++i) {
+        mScheduler.ScoreCard(5);
+    }
+    mScheduler.SetHistoryIndex(3);
+    Query("DELETE FROM Cards WHERE Front IN ('c', 'd', 'e')");
+    mScheduler.Refresh();
+    EXPECT_EQ(mScheduler.GetCurrentCard().Front, "b");
+    mScheduler.ScoreCard(3);
+    EXPECT_EQ(Query("SELECT ReviewInterval FROM Cards WHERE Front = 'b'"), Strings{"3600.0"});
+}
 
-    mCategory.Current = 1;
-    mScheduler.Refresh();
-    EXPECT_TRUE(mScheduler.IsCategoryEmpty() && !mScheduler.IsAllExcluded());
-    Query("UPDATE Cards SET CategoryId = 1, ForwardX = 1, ReverseX = 1");
-    mScheduler.Refresh();
-    EXPECT_TRUE(!mScheduler.IsCategoryEmpty() && mScheduler.IsAllExcluded());
+// Both ends of 64 bits: the future is not due, the past has waited for longer than anything.
+TEST_F(SchedulerTest, DamagedTimesSaturate) {
+    InsertRow({"damaged", F, 9, 1e6f, 0});
+    InsertRow({"ready", F, 100, 10.0f, 0});
+    for (const char* const last : {"9223372036854775807", "-9223372036854775808"}) {
+        Query(std::string("UPDATE Cards SET NextReview=0, LastReview=") + last + " WHERE ROWID=1");
+        mScheduler.SetDirections(R);
+        mScheduler.SetDirections(F);
+        EXPECT_EQ(mScheduler.GetCurrentCard().Front, *last == '-' ? "damaged" : "ready");
+    }
+    mScheduler.ScoreCard(3);
+    EXPECT_EQ(Query("SELECT ReviewInterval > 9e15, NextReview FROM Cards"),
+              (Strings{"1|-1", "0|1699999910"}));
+}
+
+TEST_F(SchedulerTest, AnIdentityInCapitalsIsShownAndScored) {
+    InsertRow({"ready", F, 100, 10.0f, 0});
+    InsertRow({"new", F, -1, 5.0f, 0});
+    Query("UPDATE Cards SET CardId = UPPER(CardId)");
+    mScheduler.SetDirections(F);
+    for (const char* const name : {"ready", "new"}) {
+        EXPECT_EQ(mScheduler.GetCurrentCard().Front, name);
+        mScheduler.ScoreCard(4);
+    }
+    EXPECT_EQ(Query("SELECT LastScore, CardId = LOWER(CardId) FROM Cards"),
+              (Strings{"4|1", "4|1"}));
 }
 
 }  // namespace

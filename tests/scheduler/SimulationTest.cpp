@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
-#include <limits>
 #include <random>
 
 #include "scheduler/Scheduler.h"
@@ -15,14 +14,15 @@ namespace {
 
 constexpr int32_t kTop = 0x7FFF0000;
 constexpr int32_t kGone = -99;
-constexpr float kGreatest = std::numeric_limits<float>::max();
 
+int64_t Seconds(const wxDateTime& time) {
+    return time.GetValue().GetValue() / 1000;
+}
 int64_t Next(const CardSchedule& s) {
-    return s.LastReview.GetTicks() +
-           static_cast<int64_t>(std::min(s.ReviewInterval, 2147483520.0f));
+    return Seconds(s.LastReview) + static_cast<int64_t>(s.ReviewInterval);
 }
 int64_t StoredNext(const CardSchedule& s) {
-    return Next(s) < 0x7FFFFFFF ? Next(s) : -1;
+    return Next(s) < 253402300800 ? Next(s) : -1;
 }
 
 // A card and the side from which it is asked: 0 forward, 1 reverse.
@@ -36,6 +36,8 @@ struct Pick {
 
 class Model {
   public:
+    explicit Model(const Clock& clock) : mClock(clock) {}
+
     std::deque<FlashCard> Cards;
     std::deque<std::pair<Pick, CardSchedule>> History;
     Pick Live;
@@ -45,15 +47,14 @@ class Model {
     int Category = 0;
     bool Early = false;
     int Horizon = 180;
-    int64_t Now = 0;
     int Maintained = 0;
 
     void Load() {
         for (; Position >= 0; --Position) {
-            if (Position < Count() && TryShow(History[static_cast<size_t>(Position)].first)) {
-                return;
-            }
             if (Position < Count()) {
+                if (TryShow(History[static_cast<size_t>(Position)].first)) {
+                    return;
+                }
                 History.erase(History.begin() + Position);
             }
         }
@@ -86,12 +87,14 @@ class Model {
             History.erase(std::remove_if(History.begin(), History.end(), same), History.end());
             History.emplace_front(Shown, s);
             History.resize(std::min<size_t>(History.size(), 20));
-        } else if (score != s.LastScore && Position < Count()) {
-            s = History[static_cast<size_t>(Position)].second;
+        } else if (score != s.LastScore) {
+            for (const auto& [pick, before] : History) {
+                s = pick.Card == Shown.Card ? before : s;
+            }
         }
         Reschedule(s, score);
         s.LastScore = static_cast<uint8_t>(score);
-        s.LastReview = wxDateTime(static_cast<time_t>(Now));
+        s.LastReview = mClock.Now();
         s.ERC = Renumber(s.ERC);
         s.Introduced = true;
         Shown.Schedule() = s;
@@ -102,6 +105,16 @@ class Model {
     }
 
     int Count() const { return static_cast<int>(History.size()); }
+    int64_t Now() const { return Seconds(mClock.Now()); }
+    int CountReady() {
+        int count = 0;
+        for (FlashCard& card : Cards) {
+            for (const Pick pick : {Pick{&card, 0}, Pick{&card, 1}}) {
+                count += MayAsk(pick, true) && StoredNext(pick.Schedule()) < Now() ? 1 : 0;
+            }
+        }
+        return count;
+    }
 
   private:
     float Random() {
@@ -116,15 +129,18 @@ class Model {
         return shows;
     }
 
+    bool MayAsk(Pick pick, bool introduced) const {
+        return (Mask & (1 << pick.Side)) != 0 && pick.Card->CategoryId == Category &&
+               !pick.IsExcluded() && pick.Schedule().Introduced == introduced;
+    }
+
     // The cards of one side that may be asked, in the order of the key and then of insertion.
     template <typename Key>
     std::vector<Pick> Sorted(int side, bool introduced, Key key) {
         std::vector<Pick> picks;
         for (FlashCard& card : Cards) {
-            const Pick pick{&card, side};
-            if ((Mask & (1 << side)) != 0 && card.CategoryId == Category && !pick.IsExcluded() &&
-                pick.Schedule().Introduced == introduced) {
-                picks.push_back(pick);
+            if (MayAsk({&card, side}, introduced)) {
+                picks.push_back({&card, side});
             }
         }
         const auto less = [&key](Pick a, Pick b) { return key(a) < key(b); };
@@ -142,45 +158,38 @@ class Model {
         const bool chance = key(f[0]) == key(r[0]);
         return (chance ? Random() < 0.5f : key(f[0]) < key(r[0])) ? f[0] : r[0];
     }
-    Pick FirstNew() {
-        return First(false, [](Pick p) { return p.Card->IntroductionOrder; });
+    float Elapsed(const CardSchedule& s) {
+        return static_cast<float>(Now() - Seconds(s.LastReview));
     }
 
     Pick Select() {
         Pick ready;
         float best = 0.0f;
-        float least = kGreatest;
-        for (int side = 0; side < 2; ++side) {
+        bool isQuiet = Early;
+        for (const int side : {0, 1}) {
             const auto due = [](Pick p) { return StoredNext(p.Schedule()); };
             for (const Pick pick : Sorted(side, true, due)) {
                 const CardSchedule& s = pick.Schedule();
-                if (StoredNext(s) >= Now + (Early ? Horizon : 0)) {
-                    continue;
-                }
-                least = std::min(least, s.ReviewInterval);
-                const int64_t elapsed = Now - s.LastReview.GetTicks();
-                const float ratio = static_cast<float>(elapsed) / s.ReviewInterval;
-                if (Next(s) < Now && (ready.Card == nullptr || ratio > best)) {
+                const float ratio = Elapsed(s) / s.ReviewInterval;
+                if (Next(s) < Now() && (ready.Card == nullptr || ratio > best)) {
                     ready = pick;
                     best = ratio;
                 }
+                isQuiet = isQuiet && (StoredNext(s) >= Now() + Horizon ||
+                                      s.ReviewInterval > static_cast<float>(Horizon));
             }
         }
-        if (ready.Card == nullptr || (Early && least > static_cast<float>(Horizon))) {
-            const Pick fresh = FirstNew();
+        if (ready.Card == nullptr || isQuiet) {
+            const Pick fresh = First(false, [](Pick p) { return p.Card->IntroductionOrder; });
             ready = fresh.Card != nullptr ? fresh : ready;
         }
-        if (ready.Card == nullptr) {
-            ready = First(
-                true, [](Pick p) { return std::make_pair(p.Schedule().ERC, Next(p.Schedule())); });
-        }
-        return ready;
+        const auto block = [](Pick p) { return std::pair(p.Schedule().ERC, Next(p.Schedule())); };
+        return ready.Card != nullptr ? ready : First(true, block);
     }
 
     void Reschedule(CardSchedule& s, int score) {
         const float old = std::max(s.ReviewInterval, 1.0f);
-        const float elapsed =
-            s.Introduced ? static_cast<float>(Now - s.LastReview.GetTicks()) : 5.0f;
+        const float elapsed = s.Introduced ? Elapsed(s) : 5.0f;
         int d = s.Difficulty;
         float factor = 1.0f;
         for (int i = std::abs(16 - d); i > 0; --i) {
@@ -227,6 +236,7 @@ class Model {
         return block + static_cast<int32_t>(Random() * 4095.0f);
     }
 
+    const Clock& mClock;
     uint32_t mChance = 1;
 };
 
@@ -238,19 +248,23 @@ struct SimulationTest : StoreFixture {
         }
     }
     SimulationTest() {
-        mModel.Now = mClock.Now().GetTicks();
         for (int i = 0; i < 120; ++i) {
-            FlashCard card = MakeCard("front", "back", i % 3);
+            FlashCard card = MakeCard("front", "back", i == 0 ? 3 : i % 3);
+            card.ForwardX = card.ReverseX = i == 0;
             card.IntroductionOrder = i / 2;
             card.Forward.LastReview = card.Reverse.LastReview = mClock.Now();
             // Near the end of the block numbers, so that they run out on the way.
-            card.Forward.Introduced = i == 0;
-            card.Forward.ERC = i == 0 ? kTop - 40 * 4096 : 0;
+            card.Forward.Introduced = i < 4;
+            card.Forward.ERC = i < 4 ? kTop - 30 * 4096 : 0;
             mModel.Cards.push_back(Insert(card));
         }
     }
 
-    void ChangeDirections() {
+    void ChangeOptions() {
+        mModel.Early = Draw(2) != 0;
+        mModel.Horizon = Draw(4000);
+        mScheduler.SetEarlyIntroduction(mModel.Early);
+        mScheduler.SetEarlyIntroductionInterval(mModel.Horizon);
         mModel.Mask = 1 + Draw(3);
         if (mModel.Live.Side < 0 || (mModel.Mask & (1 << mModel.Live.Side)) == 0) {
             mModel.Live = Pick();
@@ -258,29 +272,20 @@ struct SimulationTest : StoreFixture {
         }
         mScheduler.SetDirections(static_cast<ReviewDirection>(mModel.Mask));
     }
-    void ChangeEarlyIntroduction() {
-        mModel.Early = Draw(2) != 0;
-        mModel.Horizon = Draw(4000);
-        mScheduler.SetEarlyIntroduction(mModel.Early);
-        mScheduler.SetEarlyIntroductionInterval(mModel.Horizon);
-    }
-    // Another category, cards deleted, most of them out of the history, or one card excluded or no
-    // longer so.
+    // Another category, about half of the history deleted, or one card excluded or no longer so.
     void ChangeStore() {
         FlashCard& card = mModel.Cards[static_cast<size_t>(Draw(120))];
         if (Draw(2) == 0 || card.CategoryId == kGone) {
-            mModel.Category = mCategory.Current = Draw(3);
+            // Category 3 has one card, which is excluded at first, and 4 has none.
+            const int category = Draw(11);
+            mModel.Category = mCategory.Current = category < 9 ? category / 3 : category - 6;
         } else if (Draw(12) == 0) {
             MoveInHistory(Draw(24) - 2);
-            std::vector<FlashCard*> gone = {&card};
-            for (const auto& [pick, schedule] : mModel.History) {
+            for (const auto& entry : mModel.History) {
                 if (Draw(2) == 0) {
-                    gone.push_back(pick.Card);
+                    entry.first.Card->CategoryId = kGone;
+                    mDatabase.DeleteCard(entry.first.Card->CardId);
                 }
-            }
-            for (FlashCard* const each : gone) {
-                each->CategoryId = kGone;
-                mDatabase.DeleteCard(each->CardId);
             }
         } else {
             card.ForwardX = !card.ForwardX && Draw(4) == 0;
@@ -301,9 +306,7 @@ struct SimulationTest : StoreFixture {
         const bool live = mModel.Position < 0;
         mModel.Score(score);
         mScheduler.ScoreCard(score);
-        const FlashCard stored = Stored(card.CardId);
-        EXPECT_EQ(stored.Forward, card.Forward);
-        EXPECT_EQ(stored.Reverse, card.Reverse);
+        ExpectSame(Stored(card.CardId), card);
         if (!live) {
             MoveInHistory(mModel.Position - 1);  // Whoever scores in the history moves on.
             ++mRescores;
@@ -312,45 +315,55 @@ struct SimulationTest : StoreFixture {
     void Compare() {
         EXPECT_EQ(mScheduler.GetHistoryIndex(), mModel.Position);
         EXPECT_EQ(mScheduler.GetHistoryCount(), mModel.Count());
-        ASSERT_EQ(mScheduler.HasCard(), mModel.Shown.Card != nullptr);
+        EXPECT_EQ(mScheduler.GetReadyCount(), mModel.CountReady());
+        const Pick shown = mModel.Shown;
+        ASSERT_EQ(mScheduler.HasCard(), shown.Card != nullptr);
         if (mScheduler.HasCard()) {
-            const FlashCard card = mScheduler.GetCurrentCard();
-            EXPECT_EQ(FormatUuid(card.CardId), FormatUuid(mModel.Shown.Card->CardId));
-            EXPECT_EQ(card.Forward, mModel.Shown.Card->Forward);
-            EXPECT_EQ(card.Reverse, mModel.Shown.Card->Reverse);
+            ExpectSame(mScheduler.GetCurrentCard(), *shown.Card);
+            const CardSchedule& s = shown.Schedule();
+            const bool live = mModel.Position < 0;
+            EXPECT_EQ(mScheduler.GetShownScore(), live ? -1 : s.LastScore);
+            EXPECT_EQ(mScheduler.IsBreakTime(), live && s.Introduced && Next(s) > mModel.Now());
+            return;
         }
+        const auto counts = [this](const FlashCard& card) {
+            return card.CategoryId == mModel.Category;
+        };
+        const bool any = std::any_of(mModel.Cards.begin(), mModel.Cards.end(), counts);
+        EXPECT_TRUE(mScheduler.IsCategoryEmpty() != any && mScheduler.IsAllExcluded() == any);
+        ++(any ? mExcluded : mEmpty);
+    }
+    static void ExpectSame(const FlashCard& card, const FlashCard& ofModel) {
+        EXPECT_EQ(FormatUuid(card.CardId), FormatUuid(ofModel.CardId));
+        EXPECT_EQ(card.Forward, ofModel.Forward);
+        EXPECT_EQ(card.Reverse, ofModel.Reverse);
     }
     int Draw(unsigned count) { return static_cast<int>(mDice() % count); }
 
     std::mt19937 mDice{20250101};
-    FakeClock mClock{1000000000};
+    // The end of 32 bits lies on the way.
+    FakeClock mClock{2100000000};
     SequenceRandom mRandom;
     FakeCategorySource mCategory;
     SilentMaintenance mMaintenance;
-    Model mModel;
+    Model mModel{mClock};
     Scheduler mScheduler{mDatabase, {mCategory, mMaintenance, mClock, mRandom}};
     int mRescores = 0;
+    int mEmpty = 0;
+    int mExcluded = 0;
 };
 
 TEST_F(SimulationTest, TenThousandReviewsMatchThePlainRules) {
     mScheduler.SetDirections(kReviewForward);
     mModel.Load();
-    int scoresPastEnd = 0;
     for (int reviews = 0; reviews < 10000 && !HasFailure();) {
         const int span = Draw(100);
-        const int64_t seconds = span < 80 ? Draw(30) : span < 97 ? Draw(20000) : Draw(900000);
-        mClock.Advance(seconds);
-        mModel.Now += seconds;
-        // A position that deletions have left past the end waits for a score, which ends it.
-        const bool isPastEnd = mModel.Position >= mModel.Count();
-        scoresPastEnd += isPastEnd ? 1 : 0;
-        const int action = isPastEnd ? 99 : Draw(100);
+        mClock.Advance(span < 80 ? Draw(30) : span < 97 ? Draw(20000) : Draw(900000));
+        const int action = Draw(100);
         if (action < 12) {
             MoveInHistory(Draw(24) - 2);
-        } else if (action < 14) {
-            ChangeDirections();
         } else if (action < 15) {
-            ChangeEarlyIntroduction();
+            ChangeOptions();
         } else if (action < 18) {
             ChangeStore();
         } else if (mModel.Shown.Card != nullptr) {
@@ -360,8 +373,7 @@ TEST_F(SimulationTest, TenThousandReviewsMatchThePlainRules) {
         Compare();
         ASSERT_FALSE(HasFailure()) << "after review " << reviews << ", action " << action;
     }
-    EXPECT_GT(mRescores, 500);
-    EXPECT_GT(scoresPastEnd, 0);
+    EXPECT_TRUE(mRescores > 500 && mEmpty > 0 && mExcluded > 0);
     EXPECT_GT(mModel.Maintained, 0);
     EXPECT_EQ(mMaintenance.Starts, mModel.Maintained);
 }

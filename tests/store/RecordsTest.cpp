@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "store/CardSchedule.h"
 #include "store/CardUuid.h"
@@ -72,14 +73,28 @@ TEST(Records, TimeStampsAreReadAndWrittenInUtc) {
     EXPECT_EQ(FormatTimeStamp(wxDateTime()), "");
 }
 
-TEST(Records, NextReviewAddsTheWholeSecondsWithin32Bits) {
-    EXPECT_FALSE((CardSchedule{true, wxDateTime()}.NextReview().IsValid()));
-    const std::pair<float, int64_t> cases[] = {
-        {59.9f, 59}, {-1.5f, -1}, {3e9f, 2147483647}, {-3e9f, -2147483648}, {NAN, 0}};
-    for (const auto& [interval, wait] : cases) {
-        CardSchedule schedule;
-        schedule.LastReview = wxDateTime(time_t{2000000000});
-        schedule.ReviewInterval = interval;
-        EXPECT_EQ(schedule.NextReview().GetValue(), wxLongLong((2000000000 + wait) * 1000));
+// Damaged rows reach both ends of the milliseconds that a time can hold.
+TEST(Records, TheTimesOfAScheduleSaturate) {
+    constexpr int64_t kLast = 2000000000000;
+    constexpr int64_t kEnd = std::numeric_limits<int64_t>::max();
+    const auto time = [](int64_t milliseconds) { return wxDateTime(wxLongLong(milliseconds)); };
+    const std::tuple<int64_t, float, int64_t> cases[] = {
+        {kLast, 59.9f, kLast + 59000},
+        {kLast, -1.5f, kLast - 1000},
+        {kLast, 3e9f, kLast + 3e12},
+        {kLast, -3e9f, kLast - 3e12},
+        {kLast, NAN, kLast},
+        {kLast, INFINITY, kEnd},
+        {kEnd, 5.0f, kEnd},
+        {-kEnd, -5.0f, -kEnd},
+        {-kLast, -INFINITY, -kEnd},
+        {kEnd, -INFINITY, 0},
+    };
+    for (const auto& [last, interval, next] : cases) {
+        EXPECT_EQ((CardSchedule{true, time(last), 0, interval}.NextReview()), time(next));
     }
+    EXPECT_FALSE((CardSchedule{true, wxDateTime()}.NextReview().IsValid()));
+    EXPECT_EQ(SecondsBetween(time(-kEnd), time(kLast)), kEnd / 1000);
+    EXPECT_EQ(SecondsBetween(time(kEnd), time(-kLast)), -kEnd / 1000);
+    EXPECT_EQ(SecondsBetween(time(kLast), time(kLast - 1999)), -1);
 }
