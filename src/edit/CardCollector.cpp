@@ -17,6 +17,14 @@ namespace {
 
 constexpr const char* kDefaultCategory = "Default";
 
+// Text pasted from elsewhere may end its lines with CR LF or CR; the store knows the line feed
+// alone.
+wxString WithLineFeeds(wxString text) {
+    text.Replace("\r\n", "\n");
+    text.Replace("\r", "\n");
+    return text;
+}
+
 class CardCollector {
   public:
     CardCollector(EditForm& form, Database& database, wxWindow& frame, FlashCard& card)
@@ -52,7 +60,7 @@ class CardCollector {
 
     void TakeText(CardField field, wxString& text) {
         if (IsOfForm(field)) {
-            text = mForm.GetTrimmed(field);
+            text = WithLineFeeds(mForm.GetTrimmed(field));
         }
     }
 
@@ -74,9 +82,11 @@ class CardCollector {
         if (name.empty()) {
             name = kDefaultCategory;
         }
-        if (FindCategory(name)) {
+        // As it stands first: a name that was chosen may hold a carriage return.
+        if (FindCategory(name) || FindCategory(WithLineFeeds(name))) {
             return 0;
         }
+        name = WithLineFeeds(name);
         if (name != kDefaultCategory && !AskToCreate(name)) {
             mForm.PointAt(CardField::Category);
             return -1;

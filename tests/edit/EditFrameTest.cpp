@@ -135,7 +135,7 @@ TEST_F(EditFrameTest, ASaveLeavesWhatWasNotTouchedAsTheStoreHasIt) {
          {TouchedField{kForwardSchedule, nullptr,
                        "Introduced = 1, ReviewInterval = 1e6, NextReview = 1e6"},
           {kFront, "mine", "Front = 'mine'"},
-          {kBack, "\t1\n", "Back = '1'"},
+          {kBack, "\t1\r\n2\r3\r\n", "Back = '1' || char(10) || '2' || char(10) || '3'"},
           {kCategory, "Default", "CategoryId = 0"},
           {kAuthor, "", "Author = ''"},
           {kChapter, "mine", "Chapter = 'mine'"},
