@@ -6,6 +6,7 @@
 #include <list>
 
 #include "base/Numbers.h"
+#include "base/WideText.h"
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
 #include "shell/MessageBox.h"
@@ -15,6 +16,14 @@
 namespace {
 
 constexpr const char* kDefaultCategory = "Default";
+
+// Text pasted from elsewhere may end its lines with CR LF or CR; the store knows the line feed
+// alone.
+wxString WithLineFeeds(wxString text) {
+    text.Replace("\r\n", "\n");
+    text.Replace("\r", "\n");
+    return text;
+}
 
 class CardCollector {
   public:
@@ -28,13 +37,12 @@ class CardCollector {
                 0) {
             return -1;
         }
-        mCard.Author = mForm.GetTrimmed(CardField::Author);
-        mCard.Chapter = mForm.GetTrimmed(CardField::Chapter);
-        mCard.Notes = mForm.GetTrimmed(CardField::Notes);
-        mCard.ForwardX = mForm.IsForwardExcluded();
-        mCard.ReverseX = mForm.IsReverseExcluded();
-        if (mForm.GetForwardSchedule().Save(mCard.Forward) < 0 ||
-            mForm.GetReverseSchedule().Save(mCard.Reverse) < 0) {
+        TakeText(CardField::Author, mCard.Author);
+        TakeText(CardField::Chapter, mCard.Chapter);
+        TakeText(CardField::Notes, mCard.Notes);
+        mForm.TakeExclusions(mCard);
+        if (CollectSchedule(mForm.GetForwardSchedule(), mCard.Forward) < 0 ||
+            CollectSchedule(mForm.GetReverseSchedule(), mCard.Reverse) < 0) {
             return -1;
         }
         return CollectCategory() < 0 ? -1 : CollectOrder();
@@ -47,23 +55,38 @@ class CardCollector {
         return -1;
     }
 
-    int CollectSide(CardField field, wxString& side, const wxString& blankMessage) {
-        const wxString text = mForm.GetTrimmed(field);
-        if (text.empty()) {
-            return Refuse(field, blankMessage);
+    // Whether the form decides on the field, and not the store.
+    bool IsOfForm(CardField field) const { return mCard.CardId.IsZero() || mForm.IsTouched(field); }
+
+    void TakeText(CardField field, wxString& text) {
+        if (IsOfForm(field)) {
+            text = WithLineFeeds(mForm.GetTrimmed(field));
         }
-        side = text;
-        return 0;
+    }
+
+    int CollectSide(CardField field, wxString& side, const wxString& blankMessage) {
+        TakeText(field, side);
+        return TrimWide(side).empty() ? Refuse(field, blankMessage) : 0;
+    }
+
+    static int CollectSchedule(EditSchedulePanel& panel, CardSchedule& schedule) {
+        return panel.IsModified() ? panel.Save(schedule) : 0;
     }
 
     int CollectCategory() {
+        // A card whose category is gone is shown in the default one, and goes there.
+        if (!IsOfForm(CardField::Category) && HasCategory(mCard.CategoryId)) {
+            return 0;
+        }
         wxString name = mForm.GetTrimmed(CardField::Category);
         if (name.empty()) {
             name = kDefaultCategory;
         }
-        if (FindCategory(name)) {
+        // As it stands first: a name that was chosen may hold a carriage return.
+        if (FindCategory(name) || FindCategory(WithLineFeeds(name))) {
             return 0;
         }
+        name = WithLineFeeds(name);
         if (name != kDefaultCategory && !AskToCreate(name)) {
             mForm.PointAt(CardField::Category);
             return -1;
@@ -72,6 +95,11 @@ class CardCollector {
             return Refuse(CardField::Category, _("Unable to add the category."));
         }
         return 0;
+    }
+
+    bool HasCategory(int32_t id) {
+        std::list<Category> found;
+        return mDatabase.SelectCategoryById(id, found) >= 0 && !found.empty();
     }
 
     // As the store knows it: names that differ in their spelling only, such as numbers, are one.
@@ -91,6 +119,9 @@ class CardCollector {
     }
 
     int CollectOrder() {
+        if (!IsOfForm(CardField::IntroductionOrder) && mCard.IntroductionOrder != kBlankOrder) {
+            return 0;
+        }
         const wxString text = mForm.GetTrimmed(CardField::IntroductionOrder);
         if (text.empty()) {
             mCard.IntroductionOrder = NextOrder();

@@ -112,12 +112,14 @@ EditForm::EditForm(wxWindow* parent)
                                " with a higher Introduction Order are introduced after cards with a"
                                " lower Introduction Order.\nLeave this value blank to introduce"
                                " this card after all of the other cards in its category."));
-    mpForwardX = AddExclusion(*column, ID_FORWARD_X, _("E&xclude from Front to Back study"),
-                              _("Use this option to prevent the card from appearing when reviewing"
-                                " the cards from front to back."));
-    mpReverseX = AddExclusion(*column, ID_REVERSE_X, _("Exc&lude from Back to Front study"),
-                              _("Use this option to prevent the card from appearing when reviewing"
-                                " the cards from back to front."));
+    mForwardX.Control =
+        AddExclusion(*column, ID_FORWARD_X, _("E&xclude from Front to Back study"),
+                     _("Use this option to prevent the card from appearing when reviewing"
+                       " the cards from front to back."));
+    mReverseX.Control =
+        AddExclusion(*column, ID_REVERSE_X, _("Exc&lude from Back to Front study"),
+                     _("Use this option to prevent the card from appearing when reviewing"
+                       " the cards from back to front."));
     mpForwardSchedule =
         new EditSchedulePanel(this, ID_FORWARD_SCHEDULE, _("Forward review schedule"));
     column->Add(mpForwardSchedule, wxSizerFlags().Expand());
@@ -196,20 +198,41 @@ void EditForm::OnFieldChar(wxKeyEvent& event) {
     ProcessWindowEvent(click);
 }
 
+// In the order of the fields.
+EditForm::Texts EditForm::GetTexts(const FlashCard& card, const wxString& categoryName) {
+    return {card.Front,
+            card.Back,
+            categoryName,
+            card.Author,
+            card.Chapter,
+            card.Notes,
+            FormatOrder(card.IntroductionOrder)};
+}
+
 void EditForm::Load(const FlashCard& card, const wxString& categoryName) {
-    LoadField(CardField::Front, card.Front);
-    LoadField(CardField::Back, card.Back);
-    LoadField(CardField::Category, categoryName);
-    LoadField(CardField::Author, card.Author);
-    LoadField(CardField::Chapter, card.Chapter);
-    LoadField(CardField::Notes, card.Notes);
-    LoadField(CardField::IntroductionOrder, FormatOrder(card.IntroductionOrder));
-    mpForwardX->SetValue(card.ForwardX);
-    mpReverseX->SetValue(card.ReverseX);
+    const Texts texts = GetTexts(card, categoryName);
+    for (size_t i = 0; i < texts.size(); ++i) {
+        LoadField(static_cast<CardField>(i), texts.at(i));
+    }
+    mForwardX.Load(card.ForwardX);
+    mReverseX.Load(card.ReverseX);
     mpForwardSchedule->Load(card.Forward);
     mpReverseSchedule->Load(card.Reverse);
-    mLoadedForwardX = mpForwardX->GetValue();
-    mLoadedReverseX = mpReverseX->GetValue();
+}
+
+void EditForm::Follow(const FlashCard& card, const wxString& categoryName) {
+    const Texts texts = GetTexts(card, categoryName);
+    for (size_t i = 0; i < texts.size(); ++i) {
+        FollowField(static_cast<CardField>(i), texts.at(i));
+    }
+    if (!mForwardX.IsTouched()) {
+        mForwardX.Load(card.ForwardX);
+    }
+    if (!mReverseX.IsTouched()) {
+        mReverseX.Load(card.ReverseX);
+    }
+    mpForwardSchedule->Follow(card.Forward);
+    mpReverseSchedule->Follow(card.Reverse);
 }
 
 void EditForm::LoadField(CardField field, const wxString& own) {
@@ -219,27 +242,52 @@ void EditForm::LoadField(CardField field, const wxString& own) {
     loaded.Own = own;
 }
 
+void EditForm::FollowField(CardField field, const wxString& own) {
+    if (own == At(field).Own || IsTouched(field)) {
+        return;
+    }
+    wxTextEntry& entry = *At(field).Entry;
+    long from = 0;
+    long to = 0;
+    entry.GetSelection(&from, &to);
+    LoadField(field, own);
+    const long last = entry.GetLastPosition();
+    entry.SetSelection(std::min(from, last), std::min(to, last));
+}
+
+bool EditForm::Exclusion::IsTouched() const {
+    return Control->GetValue() != Loaded;
+}
+
+void EditForm::Exclusion::Load(bool excluded) {
+    Control->SetValue(excluded);
+    Loaded = excluded;
+}
+
 bool EditForm::IsModified() const {
     const bool hasOtherText = std::any_of(mFields.begin(), mFields.end(), [](const Field& field) {
         return field.Entry->GetValue() != field.Loaded;
     });
-    return hasOtherText || mpForwardX->GetValue() != mLoadedForwardX ||
-           mpReverseX->GetValue() != mLoadedReverseX || mpForwardSchedule->IsModified() ||
-           mpReverseSchedule->IsModified();
+    return hasOtherText || mForwardX.IsTouched() || mReverseX.IsTouched() ||
+           mpForwardSchedule->IsModified() || mpReverseSchedule->IsModified();
+}
+
+bool EditForm::IsTouched(CardField field) const {
+    return At(field).Entry->GetValue() != At(field).Loaded;
 }
 
 wxString EditForm::GetTrimmed(CardField field) const {
     const Field& asked = At(field);
-    const wxString text = asked.Entry->GetValue();
-    return TrimWide(text == asked.Loaded ? asked.Own : text);
+    return TrimWide(IsTouched(field) ? asked.Entry->GetValue() : asked.Own);
 }
 
-bool EditForm::IsForwardExcluded() const {
-    return mpForwardX->GetValue();
-}
-
-bool EditForm::IsReverseExcluded() const {
-    return mpReverseX->GetValue();
+void EditForm::TakeExclusions(FlashCard& card) const {
+    if (mForwardX.IsTouched()) {
+        card.ForwardX = mForwardX.Control->GetValue();
+    }
+    if (mReverseX.IsTouched()) {
+        card.ReverseX = mReverseX.Control->GetValue();
+    }
 }
 
 void EditForm::FocusFront() {

@@ -33,14 +33,19 @@ class EditForm : public wxScrolledWindow {
 
     void Load(const FlashCard& card, const wxString& categoryName);
 
-    // Whether a control differs from what the last load put into it.
+    // Shows the card as the store has it by now, in each field that the user has not touched. None
+    // of them counts as touched by that, and the keys stay where they are.
+    void Follow(const FlashCard& card, const wxString& categoryName);
+
+    // Whether the user has touched anything: a control differs from what was put into it last.
     bool IsModified() const;
+    bool IsTouched(CardField field) const;
 
     // A field's text without the white space at its ends. A text that was left as it was loaded is
     // the card's own, also where the toolkit cannot show every character of it.
     wxString GetTrimmed(CardField field) const;
-    bool IsForwardExcluded() const;
-    bool IsReverseExcluded() const;
+    // Writes the exclusions that the user has touched into the card.
+    void TakeExclusions(FlashCard& card) const;
     EditSchedulePanel& GetForwardSchedule() { return *mpForwardSchedule; }
     EditSchedulePanel& GetReverseSchedule() { return *mpReverseSchedule; }
 
@@ -60,19 +65,30 @@ class EditForm : public wxScrolledWindow {
     struct Field {
         wxWindow* Control = nullptr;
         wxTextEntry* Entry = nullptr;
-        // The text in the control just after the last load, and the card's own that it stands for.
+        // The text that was put into the control last, and the card's own that it stands for.
         wxString Loaded;
         wxString Own;
     };
+    struct Exclusion {
+        wxCheckBox* Control = nullptr;
+        bool Loaded = false;
+
+        bool IsTouched() const;
+        void Load(bool excluded);
+    };
+    using Texts = std::array<wxString, kCardFieldCount>;
 
     Field& At(CardField field) { return mFields.at(static_cast<size_t>(field)); }
     const Field& At(CardField field) const { return mFields.at(static_cast<size_t>(field)); }
+
+    static Texts GetTexts(const FlashCard& card, const wxString& categoryName);
 
     void AddField(wxBoxSizer& column, CardField field);
     wxCheckBox* AddExclusion(wxBoxSizer& column, int id, const wxString& label,
                              const wxString& toolTip);
     void AddButtons(wxBoxSizer& column);
     void LoadField(CardField field, const wxString& own);
+    void FollowField(CardField field, const wxString& own);
     void RenameRow(unsigned row, const wxString& name);
     void KeepCategoryText(const wxString& text);
 
@@ -81,10 +97,8 @@ class EditForm : public wxScrolledWindow {
 
     std::array<Field, kCardFieldCount> mFields;
     wxComboBox* mpCategory = nullptr;
-    wxCheckBox* mpForwardX = nullptr;
-    wxCheckBox* mpReverseX = nullptr;
+    Exclusion mForwardX;
+    Exclusion mReverseX;
     EditSchedulePanel* mpForwardSchedule = nullptr;
     EditSchedulePanel* mpReverseSchedule = nullptr;
-    bool mLoadedForwardX = false;
-    bool mLoadedReverseX = false;
 };

@@ -126,13 +126,13 @@ void EditFrame::SetDatabase(Database* database) {
     mpDatabase = database;
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
-        RefreshCategories();
+        Refresh();
     }
 }
 
 void EditFrame::SetCard(const FlashCard& card) {
     mCard = card;
-    LoadForm();
+    mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
 }
 
 void EditFrame::New() {
@@ -143,12 +143,12 @@ void EditFrame::New() {
     SetCard(card);
 }
 
-void EditFrame::LoadForm() {
+wxString EditFrame::GetCategoryName(int32_t id) {
     std::list<Category> found;
-    if (mpDatabase->SelectCategoryById(mCard.CategoryId, found) < 0) {
+    if (mpDatabase->SelectCategoryById(id, found) < 0) {
         wxLogError("%s", _("Unable to get category list"));
     }
-    mpForm->Load(mCard, found.empty() ? wxString("Default") : found.front().Name);
+    return found.empty() ? wxString("Default") : found.front().Name;
 }
 
 bool EditFrame::IsModified() const {
@@ -161,16 +161,20 @@ void EditFrame::Update(Subject* subject) {
         ApplyFont();
         RestoreWindowPosition(kPositionKey, kApplicationName, *this);
     } else {
-        RefreshCategories();
+        Refresh();
     }
 }
 
-void EditFrame::RefreshCategories() {
-    if (!mCard.CardId.IsZero()) {
-        int32_t count = 0;
-        if (mpDatabase->SelectCardIdCount(mCard.CardId, count) < 0) {
+int EditFrame::FindStored(std::list<FlashCard>& found) {
+    return mpDatabase->SelectCardById(mCard.CardId, found);
+}
+
+void EditFrame::Refresh() {
+    std::list<FlashCard> found;
+    if (!IsNew()) {
+        if (FindStored(found) < 0) {
             wxLogError("%s", _("Unable to search for card"));
-        } else if (count == 0) {
+        } else if (found.empty()) {
             // Deleted elsewhere.
             Leave();
             return;
@@ -182,23 +186,47 @@ void EditFrame::RefreshCategories() {
         return;
     }
     mpForm->SetCategories(categories);
+    if (!found.empty()) {
+        mpForm->Follow(found.front(), GetCategoryName(found.front().CategoryId));
+    }
+}
+
+// The store gives no notice of a score, so the card is read again whenever the user comes back to
+// this window. A failure stays silent here: its message would activate the window once more when it
+// closes, and so return for ever. The save tells it.
+void EditFrame::FollowStored() {
+    std::list<FlashCard> found;
+    if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {
+        mpForm->Follow(found.front(), GetCategoryName(found.front().CategoryId));
+    }
 }
 
 int EditFrame::Save() {
-    if (CollectCard(*mpForm, *mpDatabase, *this, mCard) < 0) {
+    FlashCard card = mCard;
+    if (!IsNew()) {
+        std::list<FlashCard> found;
+        if (FindStored(found) < 0 || found.empty()) {
+            ShowValidationMessage(
+                _("The flash card is no longer in the store, so it was not saved."));
+            return -1;
+        }
+        card = found.front();
+    }
+    if (CollectCard(*mpForm, *mpDatabase, *this, card) < 0) {
         return -1;
     }
     Database& database = *mpDatabase;
-    mServices.SetCurrentCategoryId(database, mCard.CategoryId);
+    mServices.SetCurrentCategoryId(database, card.CategoryId);
     // A write that fails is reported by the store itself.
-    if (!mCard.CardId.IsZero()) {
-        database.UpdateFlashCard(mCard);
-    } else if (GenerateUuid(mCard.CardId) == 0) {
-        database.InsertFlashCard(mCard);
+    if (!IsNew()) {
+        database.UpdateFlashCard(card);
+    } else if (GenerateUuid(card.CardId) == 0) {
+        database.InsertFlashCard(card);
     } else {
         ShowValidationMessage(_("No id could be made for the new card, so it was not saved."));
         return -1;
     }
+    mCard = card;
     database.Notify();
     return 0;
 }
@@ -245,6 +273,7 @@ void EditFrame::OnActivate(wxActivateEvent& event) {
     event.Skip();
     if (event.GetActive() && !mHasLeft) {
         mServices.FrameActivated(*this);
+        FollowStored();
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <wx/frame.h>
 
+#include <list>
+
 #include "store/FlashCard.h"
 #include "store/Subject.h"
 
@@ -9,9 +11,10 @@ class AppServices;
 class Database;
 class EditForm;
 
-// The window in which one card is written or changed. It edits a copy of the card; nothing reaches
-// the store before a save. A card without an id is a new one. Any number of these windows may be
-// open, made by the application and owned by nobody, as any frame.
+// The window in which one card is written or changed. Nothing reaches the store before a save, and
+// a save writes only the fields that the user has touched: the others keep what the store has by
+// then, such as the score of a study that went on beside. A card without an id is a new one. Any
+// number of these windows may be open, made by the application and owned by nobody, as any frame.
 class EditFrame : public wxFrame, private Observer {
   public:
     // The services are not owned and must outlive the frame.
@@ -40,8 +43,11 @@ class EditFrame : public wxFrame, private Observer {
     void BindCommands();
     void ApplyFont();
     void FitToForm();
-    void LoadForm();
-    void RefreshCategories();
+    wxString GetCategoryName(int32_t id);
+    bool IsNew() const { return mCard.CardId.IsZero(); }
+    int FindStored(std::list<FlashCard>& found);
+    void Refresh();
+    void FollowStored();
 
     int Save();
     void SaveAndClose();
@@ -56,6 +62,8 @@ class EditFrame : public wxFrame, private Observer {
     AppServices& mServices;
     EditForm* mpForm = nullptr;
     Database* mpDatabase = nullptr;
+    // As it was shown first, or stored last. Its id tells which card this is; a save reads the rest
+    // of a stored card anew.
     FlashCard mCard;
     // The application has forgotten the window, which only waits for its end.
     bool mHasLeft = false;

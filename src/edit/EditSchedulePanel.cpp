@@ -7,6 +7,8 @@
 #include <wx/spinctrl.h>
 #include <wx/textctrl.h>
 
+#include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <limits>
 #include <tuple>
@@ -17,6 +19,7 @@
 #include "scheduler/IntervalUnits.h"
 #include "shell/AccessibleName.h"
 #include "shell/MessageBox.h"
+#include "shell/ToolkitFunction.h"
 #include "store/TimeStamp.h"
 
 namespace {
@@ -58,6 +61,63 @@ wxArrayString Translated(const char* const (&texts)[kCount]) {
     return translated;
 }
 
+// A blank text is no number.
+bool ReadNumber(const wxString& text, double& number) {
+    const wxString trimmed = TrimWide(text);
+    return !trimmed.empty() && ParseDecimal(trimmed, number);
+}
+
+bool ReadDifficulty(const wxString& text, uint8_t& difficulty) {
+    double number = 0.0;
+    if (!ReadNumber(text, number) || !(number >= kLowestDifficulty) ||
+        number > kHighestDifficulty || number != std::floor(number)) {
+        return false;
+    }
+    difficulty = static_cast<uint8_t>(number);
+    return true;
+}
+
+#ifdef __WXGTK__
+
+// The number that the platform's control makes of a text.
+double ReadAsPlatform(const wxString& text) {
+    double number = 0.0;
+    return ReadNumber(text, number)
+               ? std::clamp<double>(number, kLowestDifficulty, kHighestDifficulty)
+               : kLowestDifficulty;
+}
+
+// As soon as the focus leaves it or Return is pressed, the platform's control makes a number within
+// its range of any text: 40 becomes 32, and a blank text 0. It asks before it writes the number in
+// place of the text, and is refused while the text is no difficulty, so that the user can be told.
+// Any other number, such as one that an arrow gives, replaces the text.
+void KeepUnreadableText(const wxSpinCtrl& control) {
+    static const auto connect =
+        FindToolkitFunction<unsigned long (*)(void* instance, const char* signal, void (*handler)(),
+                                              void* data, void* destroy, int flags)>(
+            "g_signal_connect_data");
+    static const auto getText = FindToolkitFunction<const char* (*)(void*)>("gtk_entry_get_text");
+    static const auto getValue =
+        FindToolkitFunction<double (*)(void*)>("gtk_spin_button_get_value");
+    if (connect == nullptr || getText == nullptr || getValue == nullptr) {
+        return;
+    }
+    int (*const onWrite)(void*, void*) = [](void* widget, void*) {
+        const wxString text = wxString::FromUTF8(getText(widget));
+        uint8_t difficulty = 0;
+        const bool isUnreadable = !ReadDifficulty(text, difficulty);
+        return isUnreadable && getValue(widget) == ReadAsPlatform(text) ? 1 : 0;
+    };
+    connect(control.GetHandle(), "output", reinterpret_cast<void (*)()>(onWrite), nullptr, nullptr,
+            0);
+}
+
+#else
+
+void KeepUnreadableText(const wxSpinCtrl& /*control*/) {}
+
+#endif
+
 }  // namespace
 
 EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxString& title)
@@ -87,6 +147,7 @@ void EditSchedulePanel::CreateControls() {
     mpDifficulty =
         new wxSpinCtrl(this, ID_DIFFICULTY, "0", wxDefaultPosition, wxDefaultSize, wxSP_ARROW_KEYS,
                        kLowestDifficulty, kHighestDifficulty, 0, "wxSpinCtrl");
+    KeepUnreadableText(*mpDifficulty);
     mpLastScore =
         new wxChoice(this, ID_LAST_SCORE, wxDefaultPosition, wxDefaultSize, Translated(kScores));
 }
@@ -144,33 +205,54 @@ void EditSchedulePanel::Load(const CardSchedule& schedule) {
     mSaved = GetState();
 }
 
-int EditSchedulePanel::Save(CardSchedule& schedule) {
-    mSchedule.Introduced = mpIntroduced->GetValue();
-    if (mpLastScore->GetSelection() != wxNOT_FOUND) {
-        mSchedule.LastScore = static_cast<uint8_t>(kHighestScore - mpLastScore->GetSelection());
+void EditSchedulePanel::Follow(const CardSchedule& schedule) {
+    if (!IsModified() && schedule != mSchedule) {
+        Load(schedule);
     }
-    if (!ReadInterval(mSchedule.ReviewInterval)) {
+}
+
+int EditSchedulePanel::Save(CardSchedule& schedule) {
+    const State state = GetState();
+    CardSchedule changed = mSchedule;
+    changed.Introduced = state.Introduced;
+    if (state.Score != wxNOT_FOUND) {
+        changed.LastScore = static_cast<uint8_t>(kHighestScore - state.Score);
+    }
+    if (CollectInterval(state, changed.ReviewInterval) < 0 ||
+        CollectDifficulty(state, changed.Difficulty) < 0) {
+        return -1;
+    }
+    schedule = changed;
+    return 0;
+}
+
+int EditSchedulePanel::CollectInterval(const State& state, float& seconds) {
+    const bool isTouched = state.Interval != mSaved.Interval || state.Unit != mSaved.Unit;
+    if (isTouched && !ReadInterval(seconds)) {
         ShowValidationMessage(_("ReviewInterval must be a number"));
         mpReviewInterval->SetFocus();
         mpReviewInterval->SelectAll();
         return -1;
     }
-    mSchedule.Difficulty = static_cast<uint8_t>(mpDifficulty->GetValue());
-    if (mSchedule.Difficulty > kHighestDifficulty) {
+    return 0;
+}
+
+int EditSchedulePanel::CollectDifficulty(const State& state, uint8_t& difficulty) {
+    if (state.Difficulty != mSaved.Difficulty && !ReadDifficulty(state.Difficulty, difficulty)) {
         ShowValidationMessage(
             wxString::Format(_("Difficulty must be a while number between %i and %i"),
                              kLowestDifficulty, kHighestDifficulty));
         mpDifficulty->SetFocus();
+        mpDifficulty->SetSelection(-1, -1);
         return -1;
     }
-    schedule = mSchedule;
     return 0;
 }
 
 bool EditSchedulePanel::ReadInterval(float& seconds) const {
     constexpr float kGreatest = std::numeric_limits<float>::max();
     double number = 0.0;
-    if (!ParseDecimal(TrimWide(mpReviewInterval->GetValue()), number) || !(number >= 0.0) ||
+    if (!ReadNumber(mpReviewInterval->GetValue(), number) || !(number >= 0.0) ||
         number > static_cast<double>(kGreatest)) {
         return false;
     }
@@ -185,8 +267,9 @@ bool EditSchedulePanel::IsModified() const {
 }
 
 EditSchedulePanel::State EditSchedulePanel::GetState() const {
-    return {mpIntroduced->GetValue(),       mpLastReview->GetValue(), mpReviewInterval->GetValue(),
-            mpIntervalUnit->GetSelection(), mpDifficulty->GetValue(), mpLastScore->GetSelection()};
+    return {mpIntroduced->GetValue(),     mpLastReview->GetValue(),
+            mpReviewInterval->GetValue(), mpIntervalUnit->GetSelection(),
+            mpDifficulty->GetTextValue(), mpLastScore->GetSelection()};
 }
 
 bool EditSchedulePanel::State::operator==(const State& other) const {

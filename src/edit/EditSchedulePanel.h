@@ -17,9 +17,12 @@ class EditSchedulePanel : public wxPanel {
     EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxString& title);
 
     void Load(const CardSchedule& schedule);
+    // Shows the schedule that the store has by now, unless the user has touched the present one.
+    void Follow(const CardSchedule& schedule);
 
-    // Checks the controls and gives 0 with the whole record. Otherwise the person was told and
-    // stands at the field in question: -1, and the record is unchanged.
+    // Checks the controls and gives 0 with the whole record. An interval and a difficulty that were
+    // not touched come back as they were loaded, though the interval is shown rounded. Otherwise
+    // the user was told and stands at the field in question: -1, and the record is unchanged.
     int Save(CardSchedule& schedule);
 
     // Whether a control differs from what the last load put into it.
@@ -32,7 +35,7 @@ class EditSchedulePanel : public wxPanel {
         wxString LastReview;
         wxString Interval;
         int Unit = 0;
-        int Difficulty = 0;
+        wxString Difficulty;
         int Score = 0;
 
         bool operator==(const State& other) const;
@@ -43,6 +46,8 @@ class EditSchedulePanel : public wxPanel {
     void LayOut(const wxString& title);
     void UsePanelColour();
     State GetState() const;
+    int CollectInterval(const State& state, float& seconds);
+    int CollectDifficulty(const State& state, uint8_t& difficulty);
     bool ReadInterval(float& seconds) const;
 
     wxCheckBox* mpIntroduced = nullptr;
@@ -52,7 +57,7 @@ class EditSchedulePanel : public wxPanel {
     wxTextCtrl* mpNextReview = nullptr;
     wxSpinCtrl* mpDifficulty = nullptr;
     wxChoice* mpLastScore = nullptr;
-    // What the last load put into the controls.
+    // What the last load put into the controls, and the record that it came from.
     State mSaved;
     CardSchedule mSchedule;
 };

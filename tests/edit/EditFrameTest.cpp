@@ -6,8 +6,9 @@
 namespace {
 
 constexpr int kFront = 10001, kBack = 10002, kAuthor = 10003, kOrder = 10004;
-constexpr int kForwardSchedule = 10005, kChapter = 10009, kCategory = 10013;
-constexpr int kInterval = 10000;
+constexpr int kForwardSchedule = 10005, kReverseX = 10006, kForwardX = 10008, kChapter = 10009;
+constexpr int kNotes = 10010, kCategory = 10013;
+constexpr int kInterval = 10000, kIntroduced = 10001;
 
 // An editor, with a person's keys.
 struct EditFrameTest : FrameTest<EditFrame> {
@@ -25,6 +26,11 @@ struct EditFrameTest : FrameTest<EditFrame> {
     wxTextEntry& Entry(int field) { return Find<wxTextEntry>(*mpFrame, field); }
     void Type(int field, const wxString& text) { Entry(field).ChangeValue(text); }
     wxString Text(int field) { return Entry(field).GetValue(); }
+    // A box of the form, or the one of a schedule.
+    wxCheckBox& Box(int id) {
+        return dynamic_cast<wxCheckBox&>(
+            id == kForwardSchedule ? *FindById(Control(id), kIntroduced) : Control(id));
+    }
 
     // A command of the menus, or the press of a button where there is one of that id.
     void Command(int id) {
@@ -50,8 +56,8 @@ TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {
     Type(kCategory, name);
     Type(kOrder, "12a");
     const auto expectFault = [this](std::initializer_list<int> answers, const wxString& message,
-                                    wxWindow& field) {
-        EXPECT_EQ(Answer(answers, ID_SAVE_CLOSE).Left(60), message.Left(60));
+                                    wxWindow& field, int command = ID_SAVE_CLOSE) {
+        EXPECT_EQ(Answer(answers, command).Left(60), message.Left(60));
         EXPECT_EQ(wxWindow::FindFocus(), &field);
         long from = 0;
         long to = 0;
@@ -60,7 +66,8 @@ TEST_F(EditFrameTest, EachFaultIsToldInItsTurnAndPointedAt) {
     };
     expectFault({wxID_OK}, "Flash cards cannot have a blank front", Control(kFront));
     Type(kFront, "  front ");
-    expectFault({wxID_OK}, "Flash cards cannot have a blank back", Control(kBack));
+    expectFault({wxID_YES, wxID_OK}, "Flash cards cannot have a blank back", Control(kBack),
+                wxID_CANCEL);
     Type(kBack, "back");
     expectFault({wxID_OK}, "ReviewInterval must be a number", forwardInterval);
     dynamic_cast<wxTextEntry&>(forwardInterval).ChangeValue("2");
@@ -114,52 +121,73 @@ TEST_F(EditFrameTest, ANewCardIsTheOwnersAndInTheCurrentCategory) {
     EXPECT_EQ(Query("SELECT CategoryId FROM Cards ORDER BY rowid"), (Strings{"1", "0"}));
 }
 
-TEST_F(EditFrameTest, ClosingAsksWhetherChangesAreToBeSaved) {
-    const FlashCard card = Insert(MakeCard("front", "back"));
-    Open(&card);
-    const auto close = [this](std::initializer_list<int> answers) {
-        Answer(answers, wxID_CANCEL);
-        return mpFrame == nullptr;
-    };
-    Type(kFront, "");
-    EXPECT_FALSE(close({wxID_CANCEL}));
-    EXPECT_FALSE(close({wxID_YES, wxID_OK})) << "closed although the save failed";
-    EXPECT_TRUE(close({wxID_NO}));
-    EXPECT_EQ(Stored(card.CardId).Front, "front");
-    Open(&card);
-    Type(kFront, "other");
-    EXPECT_TRUE(close({wxID_YES}));
-    EXPECT_EQ(Stored(card.CardId).Front, "other");
-}
+// What is typed into a field, or null where its box is ticked, and what the card becomes by that.
+struct TouchedField {
+    int Id;
+    const char* Typed;
+    std::string Change;
+};
 
-TEST_F(EditFrameTest, ATextThatCannotBeShownIsKeptWhileItIsNotTouched) {
-    FlashCard card = MakeCard("front\r\nsecond", wxString(L"a\0b\xD800 c", 6));
-    card.Notes = wxString('n', 1000000) + L"\u05d0\u05b8 \u0065\u0301 \U0001F600\nend";
-    card.Author = wxString(L"line\nline\0", 10);
-    Insert(card);
-    const std::string texts = "SELECT hex(Front), hex(Back), hex(Author), hex(Notes) FROM Cards";
-    const Strings before = Query(texts);
-    Open(&card);
-    EXPECT_FALSE(mpFrame->IsModified());
-    EXPECT_TRUE(Text(kBack).EndsWith(" c"));
-    Type(kChapter, "1");
-    Command(ID_SAVE_CLOSE);
-    EXPECT_EQ(Stored(card.CardId).Chapter, "1");
-    EXPECT_TRUE(Query(texts) == before);
+TEST_F(EditFrameTest, ASaveLeavesWhatWasNotTouchedAsTheStoreHasIt) {
+    mDatabase.CategoryInsert("one");
+    mDatabase.CategoryInsert("two");
+    for (const TouchedField& field :
+         {TouchedField{kForwardSchedule, nullptr,
+                       "Introduced = 1, ReviewInterval = 1e6, NextReview = 1e6"},
+          {kFront, "mine", "Front = 'mine'"},
+          {kBack, "\t1\r\n2\r3\r\n", "Back = '1' || char(10) || '2' || char(10) || '3'"},
+          {kCategory, "Default", "CategoryId = 0"},
+          {kAuthor, "", "Author = ''"},
+          {kChapter, "mine", "Chapter = 'mine'"},
+          {kNotes, "mine", "Notes = 'mine'"},
+          {kOrder, "70", "IntroductionOrder = 70"},
+          {kForwardX, nullptr, "ForwardX = 1"},
+          {kReverseX, nullptr, "ReverseX = 1"}}) {
+        SCOPED_TRACE(field.Change);
+        // Some of its texts cannot be shown as they are.
+        FlashCard card = MakeCard("front\r\nsecond", wxString(L"a\0b\xD800 c", 6), 1);
+        card.Author = wxString(L"line\nline\0", 10);
+        card.Notes = wxString('n', 10000) + L"\u05d0\u05b8 \u0065\u0301 \U0001F600\nend";
+        card.Forward.LastReview = wxDateTime(static_cast<time_t>(0));
+        card.Forward.ReviewInterval = 1000000.0f;
+        Insert(card);
+        Open(&card);
+        EXPECT_FALSE(mpFrame->IsModified());
+        field.Typed == nullptr ? Box(field.Id).SetValue(true) : Type(field.Id, field.Typed);
+        // Nobody tells the editor of what study or an import does meanwhile.
+        card.Front = " other front\r\n";
+        card.Back = card.Author = card.Chapter = card.Notes = "other";
+        card.CategoryId = 2;
+        card.IntroductionOrder = 12;
+        card.ForwardX = field.Id != kForwardX;
+        card.Forward.ReviewInterval = 57600.0f;
+        card.Reverse.Introduced = true;
+        mDatabase.UpdateFlashCard(card);
+        Command(ID_SAVE_NEW);
+        const Strings saved = Query("SELECT * FROM Cards");
+        mDatabase.UpdateFlashCard(card);
+        Query("UPDATE Cards SET " + field.Change);
+        EXPECT_EQ(saved, Query("SELECT * FROM Cards"));
+        Query("DELETE FROM Cards");
+        Close();
+    }
 }
 
 TEST_F(EditFrameTest, AnEditorFollowsTheStoreAndATypedTextStays) {
     mDatabase.CategoryInsert("one");
     mDatabase.CategoryInsert("two");
-    const FlashCard card = Insert(MakeCard("f", "b", 2));
+    FlashCard card = Insert(MakeCard("front", "b", 2));
     Open(&card);
     const auto change = [this] {
         mDatabase.Notify();
         return wxJoin(dynamic_cast<wxComboBox&>(Control(kCategory)).GetStrings(), ' ');
     };
+    Entry(kFront).SetSelection(1, 3);
+    card.Front = "another";
+    mDatabase.UpdateFlashCard(card);
     mDatabase.UpdateCategory({2, "zwei"});
     EXPECT_EQ(change(), "Default one zwei");
-    EXPECT_EQ(Text(kCategory), "zwei");
+    EXPECT_EQ(Text(kCategory) + Text(kFront) + Entry(kFront).GetStringSelection(), "zweianotherno");
     EXPECT_FALSE(mpFrame->IsModified());
     Type(kCategory, "mine");
     mDatabase.DeleteCategory(1);
@@ -169,9 +197,17 @@ TEST_F(EditFrameTest, AnEditorFollowsTheStoreAndATypedTextStays) {
     mDatabase.CategoryInsert("new");
     EXPECT_EQ(change(), "null deux new");
     EXPECT_EQ(Text(kCategory), "mine");
+    // A score gives no notice, so it is looked for when the user comes back.
+    card.Forward.Introduced = true;
+    mDatabase.UpdateFlashCard(card);
+    wxActivateEvent activation(wxEVT_ACTIVATE, true);
+    mpFrame->ProcessWindowEvent(activation);
+    EXPECT_TRUE(Box(kForwardSchedule).GetValue());
 
-    // Its card deleted elsewhere, the editor closes without a question.
+    // A card deleted without a notice cannot be saved. With the notice the editor just closes.
     mDatabase.DeleteCard(card.CardId);
+    EXPECT_TRUE(Answer({wxID_OK}, ID_SAVE_CLOSE).Contains("no longer in the store"));
+    EXPECT_EQ(mServices.Closed.size(), 0U);
     mDatabase.Notify();
     DrainEvents();
     EXPECT_EQ(mServices.Closed.size(), 1U);

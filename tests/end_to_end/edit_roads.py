@@ -41,18 +41,27 @@ class EditRoad(RoadTest):
             wait_until(lambda: [row[0] for row in self.sandbox.query(scored)] == fronts,
                        f"the scores of {fronts}")
 
-        # The third is on show: its back is corrected.
+        # The third is on show. Its editor stays open while it is scored, and the score stays.
         press("ctrl+e")
+        program.wait_window(EDIT_WINDOW)
+        program.wait_window(STUDY_WINDOW)
+        press("space", "3")
+        wait_until(lambda: self.sandbox.query(scored)[2:] == [("tres",)], "the score of tres")
         program.wait_window(EDIT_WINDOW)
         press("alt+b", "ctrl+End")
         type_text("e")
-        press("ctrl+Return")
-        program.wait_no_window(EDIT_WINDOW)
-        program.wait_window(STUDY_WINDOW)
+
+        # A difficulty that is none is told, and the keys are at it again.
+        press("alt+i", *["Tab"] * 15)
+        for keys in (("4", "0"), ("2", "5", "6"), ("a", "b", "c"), ("minus", "3"), ()):
+            press("ctrl+a", "BackSpace", *keys, "Tab", "ctrl+Return")
+            program.wait_window("Message")
+            press("Return")
+            program.wait_no_window("Message")
+            program.wait_window(EDIT_WINDOW)
+        press("ctrl+a", "4", "0", "Down")
 
         # And it moves to a category that comes into being on the way, at the second thought.
-        press("ctrl+e")
-        program.wait_window(EDIT_WINDOW)
         press("alt+g")
         name = 'Numbers "100%s"'
         type_text(name)
@@ -70,6 +79,10 @@ class EditRoad(RoadTest):
         self.assertEqual(0, program.quit())
         self.assertEqual([("uno", "one", 1, "Default"), ("dos", "two", 2, "Default"),
                           ("tres", "three", 3, name)], self.sandbox.query(CARDS))
+        self.assertEqual(
+            [(1, 3, 0, 31)], self.sandbox.query(
+                "SELECT Introduced, LastScore, RIntroduced, RDifficulty FROM Cards"
+                " WHERE Front = 'tres'"))
         self.sandbox.check_store()
 
     def change_main_window(self, program, key, old, new):
