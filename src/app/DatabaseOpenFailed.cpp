@@ -74,7 +74,7 @@ void DatabaseOpenFailed::OnRetry(wxCommandEvent&) {
 }
 
 void DatabaseOpenFailed::OnOpen(wxCommandEvent&) {
-    wxString path;
+    wxString path = GetPath();
     if (ChooseStoreFileToOpen(this, path)) {
         mpPath->SetValue(path);
         mMustExist = true;
@@ -83,7 +83,7 @@ void DatabaseOpenFailed::OnOpen(wxCommandEvent&) {
 }
 
 void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
-    wxString path;
+    wxString path = GetPath();
     if (!ChooseStoreFileToSave(this, _("New Store File"), true, path)) {
         return;
     }

@@ -7,7 +7,8 @@ class wxWindow;
 // The name that a store file has unless somebody says otherwise.
 constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
 
-// Both give true and the path that was chosen, or false with path unchanged.
+// Both take the path of a store, in whose directory the person begins, and give true and the path
+// that was chosen, or false with path unchanged.
 bool ChooseStoreFileToOpen(wxWindow* parent, wxString& path);
 bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBeforeOverwriting,
                            wxString& path);

@@ -27,10 +27,18 @@ wxString TrimWide(const wxString& text) {
     return wxString(first, static_cast<size_t>(last - first));
 }
 
+wchar_t LowerWide(wchar_t character) {
+    if (character < 0x80) {
+        return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character | 0x20)
+                                                      : character;
+    }
+    return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
+}
+
 wxString LowerWide(const wxString& text) {
     std::wstring lower = text.ToStdWstring();
     for (wchar_t& character : lower) {
-        character = static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
+        character = LowerWide(character);
     }
     return wxString(lower);
 }

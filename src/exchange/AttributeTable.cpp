@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cwctype>
 #include <string_view>
+
+#include "base/WideText.h"
 
 namespace {
 
@@ -81,8 +82,7 @@ bool LookupSpelledAttribute(const wxString& name, AttributeInfo& info) {
     if (length > lower.size()) {
         return false;
     }
-    std::transform(name.wc_str(), name.wc_str() + length, lower.begin(), [](wchar_t character) {
-        return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
-    });
+    std::transform(name.wc_str(), name.wc_str() + length, lower.begin(),
+                   [](wchar_t character) { return LowerWide(character); });
     return Find({lower.data(), length}, info);
 }

@@ -12,42 +12,55 @@ constexpr char16_t kSeparator = u':';
 
 constexpr size_t kRun = 8;
 
-bool IsInRun(const char16_t* run, char16_t wanted) {
+bool IsSeparator(char16_t unit) {
+    return unit == kSeparator;
+}
+
+// What ends a line for the reader. A carriage return that stayed in a value would leave a line
+// without a name, and with it a file that cannot be read back.
+bool IsLineEnd(char16_t unit) {
+    return unit == u'\n' || unit == u'\r';
+}
+
+template <bool (*kIsWanted)(char16_t)>
+bool IsInRun(const char16_t* run) {
     uint16_t found = 0;
     for (size_t i = 0; i < kRun; ++i) {
-        found = static_cast<uint16_t>(found | (run[i] == wanted ? 1U : 0U));
+        found = static_cast<uint16_t>(found | (kIsWanted(run[i]) ? 1U : 0U));
     }
     return found != 0;
 }
 
 // Names and values are many and short, and the library looks at one unit after the other.
-bool Contains(std::u16string_view text, char16_t wanted) {
+template <bool (*kIsWanted)(char16_t)>
+bool Contains(std::u16string_view text) {
     if (text.size() < kRun) {
-        return text.find(wanted) != std::u16string_view::npos;
+        return std::any_of(text.begin(), text.end(), kIsWanted);
     }
     // The last run begins within the one before.
     const char16_t* const last = text.data() + text.size() - kRun;
     for (const char16_t* run = text.data(); run < last; run += kRun) {
-        if (IsInRun(run, wanted)) {
+        if (IsInRun<kIsWanted>(run)) {
             return true;
         }
     }
-    return IsInRun(last, wanted);
+    return IsInRun<kIsWanted>(last);
 }
 
 }  // namespace
 
 int VlmTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
-    if (Contains(name, kSeparator) || (!name.empty() && name.front() == kComment)) {
+    if (Contains<IsSeparator>(name) || (!name.empty() && name.front() == kComment)) {
         return -1;
     }
     if (value.empty()) {
         return 0;
     }
-    while (Contains(value, u'\n')) {
-        const size_t length = value.find(u'\n');
+    while (Contains<IsLineEnd>(value)) {
+        const size_t length = value.find_first_of(u"\r\n");
         AppendLine(name, value.substr(0, length));
-        value.remove_prefix(length + 1);
+        const bool isPair = value.substr(length, 2) == u"\r\n";
+        value.remove_prefix(length + (isPair ? 2 : 1));
     }
     AppendLine(name, value);
     return 0;

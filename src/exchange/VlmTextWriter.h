@@ -8,7 +8,9 @@
 class TextSink;
 
 // Writes the program's own text form: one attribute a line as "Name: value", a value of several
-// lines under its repeated name, a blank line behind each record. An empty value leaves no line.
+// lines under its repeated name, a blank line behind each record. An empty value leaves no line. A
+// carriage return, with or without a line feed behind it, ends a line of a value as a line feed
+// does.
 class VlmTextWriter : public CardRecordWriter {
   public:
     // The sink is not owned.

@@ -340,8 +340,9 @@ void BrowseFrame::OnClose(wxCloseEvent& event) {
 // search or, with nothing to clear, to leave.
 void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
-    if (key == 'I' && event.GetModifiers() == wxMOD_CONTROL) {
+    if ((key == 'I' || key == 'i') && event.GetModifiers() == wxMOD_CONTROL) {
         // Its character is that of Tab, which the list would take as a step to the next control.
+        // The key has its small letter in the locales that write a dotted capital I.
         ProcessCommand(ID_IMPORT);
         return;
     }

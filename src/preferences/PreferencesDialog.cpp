@@ -258,7 +258,7 @@ void PreferencesDialog::OnDefault(wxCommandEvent&) {
 }
 
 void PreferencesDialog::OnBrowse(wxCommandEvent&) {
-    wxString path;
+    wxString path = mpStorePathText->GetValue();
     bool chosen = false;
     switch (static_cast<StoreFileChoice>(mpStoreChoice->GetSelection())) {
         case StoreFileChoice::kMove:

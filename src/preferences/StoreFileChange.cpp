@@ -92,7 +92,7 @@ bool StoreFileChange::MayReplace(const wxString& caption) const {
                                                          "replace that file and permanently "
                                                          "destroy all of the data in it?"),
                                                        mNewPath),
-                                      caption, wxYES_NO) == wxYES;
+                                      caption, wxYES_NO | wxNO_DEFAULT) == wxYES;
 }
 
 void StoreFileChange::Tell(const wxString& format, int error, const wxString& caption) const {

@@ -11,7 +11,8 @@ class StoreFileActions {
     virtual ~StoreFileActions() = default;
 
     virtual wxString GetDefaultStorePath() = 0;
-    // Both give true and the path that was chosen, or false with path unchanged.
+    // Both take the path of a store, in whose directory the person begins, and give true and the
+    // path that was chosen, or false with path unchanged.
     virtual bool ChooseToOpen(wxWindow* parent, wxString& path) = 0;
     virtual bool ChooseToSave(wxWindow* parent, const wxString& title, wxString& path) = 0;
     // True when no editor has unsaved changes, or when they may be discarded; all editors are

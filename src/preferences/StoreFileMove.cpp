@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "base/FileDescriptor.h"
@@ -42,25 +43,119 @@ fs::path Beside(const fs::path& store, const char* suffix) {
     return companion;
 }
 
-// A store that was closed in good order has nothing beside it. Changes that wait there would be
-// lost by a move.
+// Makes a change of names in the directory last. A file system that cannot is no reason to fail.
+void SyncDirectory(const fs::path& file) {
+    const FileDescriptor directory(
+        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.IsOpen()) {
+        ::fsync(directory.Get());
+    }
+}
+
+// True when changes wait in one of the engine's files, which would be lost by a move. A store that
+// was closed in good order has none, but perhaps an empty one or one whose zeros say "finished".
 bool HasPendingChanges(const fs::path& store) {
     return std::any_of(std::begin(kCompanions), std::end(kCompanions), [&](const char* suffix) {
         std::error_code error;
         const fs::path companion = Beside(store, suffix);
-        return fs::exists(companion, error) && fs::file_size(companion, error) != 0;
+        return fs::exists(companion, error) && fs::file_size(companion, error) != 0 &&
+               std::ifstream(companion, std::ios::binary).get() != 0;
     });
 }
 
-int RemoveCompanions(const fs::path& store) {
+// They hold nothing any more.
+void RemoveCompanions(const fs::path& store) {
     for (const char* const suffix : kCompanions) {
         std::error_code error;
         fs::remove(Beside(store, suffix), error);
+    }
+}
+
+// A name beside a file for something that lives no longer than a move; to be made unique.
+std::string TemporaryName(const fs::path& file) {
+    return (file.parent_path() / "velomind-XXXXXX").string();
+}
+
+// The file that has to make room for a store, and the engine's files beside it, set aside until the
+// store is in its place: a journal that stayed would be played back into the store, and one that
+// went before a move that then fails would be missed by the file that stays. They wait in a
+// directory of their own under their own names, where a person can find them after a crash.
+class ReplacedFile {
+  public:
+    explicit ReplacedFile(const fs::path& file) : mFile(file) {}
+    // Puts back what is still set aside.
+    ~ReplacedFile();
+    ReplacedFile(const ReplacedFile&) = delete;
+    ReplacedFile& operator=(const ReplacedFile&) = delete;
+
+    // Sets aside whatever is there. Gives 0, or the error's number.
+    int SetAside();
+    void Delete();
+
+  private:
+    fs::path AsideOf(const char* suffix) const {
+        return fs::path(mDirectory) / Beside(mFile, suffix).filename();
+    }
+
+    const fs::path mFile;
+    // Empty while nothing is set aside.
+    std::string mDirectory;
+};
+
+// The file goes first and comes back last, so that nobody can open it without its journal.
+constexpr std::array<const char*, 4> kReplaced = {"", "-journal", "-wal", "-shm"};
+
+int ReplacedFile::SetAside() {
+    for (const char* const suffix : kReplaced) {
+        std::error_code error;
+        const fs::path file = Beside(mFile, suffix);
+        const fs::file_type type = fs::symlink_status(file, error).type();
+        if (type == fs::file_type::not_found) {
+            continue;
+        }
+        if (type == fs::file_type::directory) {
+            return EISDIR;
+        }
+        if (mDirectory.empty()) {
+            std::string directory = TemporaryName(mFile);
+            if (::mkdtemp(directory.data()) == nullptr) {
+                return errno;
+            }
+            mDirectory = directory;
+        }
+        fs::rename(file, AsideOf(suffix), error);
         if (error) {
             return error.value();
         }
     }
+    if (!mDirectory.empty()) {
+        SyncDirectory(mFile);
+    }
     return 0;
+}
+
+ReplacedFile::~ReplacedFile() {
+    if (mDirectory.empty()) {
+        return;
+    }
+    std::error_code error;
+    for (auto suffix = kReplaced.rbegin(); suffix != kReplaced.rend(); ++suffix) {
+        // Fails for what never was there.
+        fs::rename(AsideOf(*suffix), Beside(mFile, *suffix), error);
+    }
+    fs::remove(mDirectory, error);
+}
+
+void ReplacedFile::Delete() {
+    if (mDirectory.empty()) {
+        return;
+    }
+    std::error_code error;
+    for (const char* const suffix : kReplaced) {
+        fs::remove(AsideOf(suffix), error);
+    }
+    fs::remove(mDirectory, error);
+    mDirectory.clear();
 }
 
 // 0 where a store may be put: nothing is there, or a plain file.
@@ -148,15 +243,6 @@ int CompareBytes(int source, int target) {
     }
 }
 
-// Makes a change of names in the directory last. A file system that cannot is no reason to fail.
-void SyncDirectory(const fs::path& file) {
-    const FileDescriptor directory(
-        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.IsOpen()) {
-        ::fsync(directory.Get());
-    }
-}
-
 // A whole copy under a name of its own, so that a file at the target is not touched before.
 int MakeCopy(const fs::path& source, std::string& copyName) {
     const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
@@ -186,22 +272,40 @@ int CopyAndDelete(const fs::path& source, const fs::path& target) {
     if (::access(source.parent_path().c_str(), W_OK | X_OK) != 0) {
         return errno;
     }
-    std::string copyName = target.string() + ".XXXXXX";
+    std::string copyName = TemporaryName(target);
     if (const int error = MakeCopy(source, copyName)) {
         return error;
     }
-    if (std::rename(copyName.c_str(), target.c_str()) != 0) {
-        const int error = errno;
+    ReplacedFile replaced(target);
+    int error = replaced.SetAside();
+    if (error == 0 && std::rename(copyName.c_str(), target.c_str()) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
         ::unlink(copyName.c_str());
         return error;
     }
     SyncDirectory(target);
     if (::unlink(source.c_str()) != 0) {
-        const int error = errno;
+        error = errno;
         ::unlink(target.c_str());
         return error;
     }
     SyncDirectory(source);
+    replaced.Delete();
+    return 0;
+}
+
+int Rename(const fs::path& source, const fs::path& target) {
+    ReplacedFile replaced(target);
+    if (const int error = replaced.SetAside()) {
+        return error;
+    }
+    if (std::rename(source.c_str(), target.c_str()) != 0) {
+        return errno;
+    }
+    SyncDirectory(target);
+    replaced.Delete();
     return 0;
 }
 
@@ -242,18 +346,15 @@ int MoveStoreFile(const wxString& from, const wxString& to) {
     }
     int result = CheckTarget(target);
     if (result == 0) {
-        result = RemoveCompanions(target);
+        result = Rename(source, target);
+    }
+    if (result == EXDEV) {
+        result = CopyAndDelete(source, target);
     }
     if (result != 0) {
         return result;
     }
-    if (std::rename(source.c_str(), target.c_str()) == 0) {
-        SyncDirectory(target);
-    } else if (errno != EXDEV) {
-        return errno;
-    } else if ((result = CopyAndDelete(source, target)) != 0) {
-        return result;
-    }
+    RemoveCompanions(source);
     if (fs::is_symlink(link, error)) {
         fs::remove(link, error);
     }
@@ -265,8 +366,10 @@ int CopyAndDeleteStoreFile(const wxString& from, const wxString& to) {
 }
 
 int DeleteStoreFile(const wxString& path) {
-    const fs::path file = ToPath(path);
-    std::error_code error;
-    fs::remove(file, error);
-    return error ? error.value() : RemoveCompanions(file);
+    ReplacedFile file(ToPath(MakeStorePathFull(path)));
+    const int error = file.SetAside();
+    if (error == 0) {
+        file.Delete();
+    }
+    return error;
 }

@@ -12,13 +12,14 @@ wxString MakeStorePathFull(const wxString& path);
 bool IsSameFile(const wxString& path, const wxString& other);
 
 // Moves the store to another path, over a plain file that may be there, and across file systems if
-// need be. Gives 0, or the system's number of the error, and the store then is whole where it was.
-// At no moment are its cards in no file.
+// need be. Gives 0, or the system's number of the error; the store then is whole where it was, and
+// so is the file that it was to replace. At no moment are its cards in no file.
 int MoveStoreFile(const wxString& from, const wxString& to);
 
 // The way across file systems: copies, compares byte for byte, and only then deletes. Gives 0, or
 // the error's number with the store where it was.
 int CopyAndDeleteStoreFile(const wxString& from, const wxString& to);
 
-// Deletes a store file, and what the engine may have left beside it. Gives 0 or the error's number.
+// Deletes a store file, and what the engine may have left beside it. Gives 0, or the error's number
+// with all of it still there.
 int DeleteStoreFile(const wxString& path);

@@ -8,6 +8,7 @@
 #include <wx/mstream.h>
 #include <wx/vector.h>
 
+#include "base/WideText.h"
 #include "resources/EmbeddedPictures.h"
 
 namespace {
@@ -38,7 +39,7 @@ wxVector<wxBitmap> LoadPictures(const wxString& name) {
 wxBitmapBundle LoadResourceBitmap(const wxString& path) {
     wxString menuPath = path;
     menuPath.Replace("tool", "menu");
-    const wxString name = wxFileName(menuPath).GetName().Lower();
+    const wxString name = LowerWide(wxFileName(menuPath).GetName());
     if (name == kApplicationIconName) {
         return wxBitmapBundle();
     }

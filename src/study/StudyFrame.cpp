@@ -10,6 +10,7 @@
 #include <list>
 
 #include "base/Trace.h"
+#include "base/WideText.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
@@ -161,7 +162,7 @@ void StudyFrame::CreateContent() {
 
 void StudyFrame::RestoreLayout() {
     // Only the layout in which the viewer starts anyway is acted upon: every start opens in it.
-    if (ReadStringSetting(kLayoutKey).CmpNoCase("vertical") == 0) {
+    if (LowerWide(ReadStringSetting(kLayoutKey)) == "vertical") {
         SetCardLayout(wxVERTICAL);
     }
     SetCompactScoring(ReadBooleanSetting(kCompactKey));

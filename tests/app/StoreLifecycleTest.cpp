@@ -68,6 +68,7 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     answers.Expect([path](wxDialog& dialog) {
         // Cancelled, so that the recovery dialog stays and the file too.
         EXPECT_EQ(ReadBytes(path), kNoStore);
+        EXPECT_EQ(dynamic_cast<wxFileDialog&>(dialog).GetDirectory(), wxPathOnly(path));
         wxWindow* const recovery = dialog.GetParent();
         recovery->CallAfter([recovery] { Send(*FindById(*recovery, ID_NEW)); });
         return wxID_CANCEL;

@@ -85,6 +85,7 @@ class Sandbox:
             file.write(f'XDG_DOCUMENTS_DIR="{self.documents}"\n')
         self.store = os.path.join(self.documents, "FlashCards2.vlm")
         self.language = "en"
+        self.locale = "C.UTF-8"
         self.bus = None
         self._programs = []
 
@@ -97,7 +98,7 @@ class Sandbox:
         environment = dict(os.environ)
         environment.update(
             HOME=self.home, XDG_CONFIG_HOME=self.config, XDG_RUNTIME_DIR=self.runtime,
-            LC_ALL="C.UTF-8", LANGUAGE=self.language, GDK_BACKEND="x11",
+            LC_ALL=self.locale, LANGUAGE=self.language, GDK_BACKEND="x11",
             GSETTINGS_BACKEND="memory", NO_AT_BRIDGE="1")
         if self.bus:
             environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address

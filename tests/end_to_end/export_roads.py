@@ -1,7 +1,9 @@
 """A person takes cards out: on the clipboard for another program, and into a file."""
 
 import os
+import subprocess
 import unittest
+from unittest import mock
 
 from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, type_text, wait_until
 
@@ -58,6 +60,30 @@ class ExportRoad(RoadTest):
         self.assertEqual([(2 * count,)],
                          self.sandbox.query("SELECT COUNT(DISTINCT CardId) FROM Cards"))
         self.sandbox.check_store()
+
+    def test_in_turkish_words_are_found_and_a_file_of_ours_is_read(self):
+        subprocess.run(["localedef", "--no-archive", "-i", "tr_TR", "-f", "UTF-8",
+                        self.sandbox.path("tr_TR.UTF-8")], check=True)
+        self.enterContext(mock.patch.dict(os.environ, LOCPATH=self.sandbox.root))
+        self.sandbox.locale = "tr_TR.UTF-8"
+        path = self.sandbox.write("words.txt", "FRONT\tBACK\nMIT\tmit\nother\tword\n")
+        self.assertEqual(0, self.sandbox.run("--import", path))
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+f")
+        type_text("MIT")
+        press("Return")
+        program.click_at(LIST_WINDOW, 0.6, 0.4)
+        press("ctrl+a", "ctrl+c")
+        found = wait_until(clipboard, "text on the clipboard")
+        self.assertEqual(["MIT"], [line.split("\t")[1] for line in found.splitlines()[1:]])
+        press("ctrl+i")
+        program.wait_window("Import Flashcards")
+        press("Escape")
+        program.wait_no_window("Import Flashcards")
+        self.assertEqual(0, program.quit())
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.write("copied.txt", found)))
+        self.assertEqual(2, self.sandbox.card_count())
 
 
 if __name__ == "__main__":

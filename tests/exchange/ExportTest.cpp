@@ -14,7 +14,8 @@ struct ExportTest : StoreFixture {
         full.Author = "x,\"y";
         full.IntroductionOrder = -3;
         full.ReverseX = true;
-        full.Notes = "a\n\"b\"";
+        full.Chapter = "1\r2";
+        full.Notes = "a\r\n\"b\"";
         full.Forward = {true, wxDateTime(time_t{1700000000}), 4, 1.5f, 7, 40961};
         full.Reverse = {false, wxDateTime(time_t{0}), 0, 3.4028234663852886e38f, 16, 0};
         FlashCard bare = MakeCard("f", "b");
@@ -24,6 +25,8 @@ struct ExportTest : StoreFixture {
         bare.Reverse = bare.Forward;
         Insert(full);
         Insert(bare);
+        // Any number but 0 stands for a set box.
+        mDatabase.Execute("UPDATE Cards SET ReverseX = 2 WHERE ReverseX = 1");
         EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("CategoryId DESC", mRowIds), 0);
     }
 
@@ -41,8 +44,8 @@ struct ExportTest : StoreFixture {
 TEST_F(ExportTest, TheOwnFormGivesAllAttributesInTheirOrder) {
     EXPECT_EQ(Text(ExportFormat::kVlmText, true),
               "id: 01234567-89ab-4def-8123-456789abcdef\nFront: 水\nFront2: みず\nBack: water\n"
-              "Category: Kanji\nAuthor: x,\"y\nIntroductionOrder: -3\nForwardX: false\n"
-              "ReverseX: true\nNotes: a\nNotes: \"b\"\nIntroduced: true\n"
+              "Category: Kanji\nAuthor: x,\"y\nChapter: 1\nChapter: 2\nIntroductionOrder: -3\n"
+              "ForwardX: false\nReverseX: true\nNotes: a\nNotes: \"b\"\nIntroduced: true\n"
               "LastReview: 2023-11-14 22:13:20Z\nLastScore: 4\nReviewInterval: 1.500000\n"
               "Difficulty: 7\nERC: 40961\nRIntroduced: false\nRLastReview: 1970-01-01 00:00:00Z\n"
               "RLastScore: 0\nRReviewInterval: 340282346638528859811704183484516925440.000000\n"
@@ -71,8 +74,8 @@ TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone)
     EXPECT_EQ(Text(ExportFormat::kDelimited, false),
               "id,Front,Front2,Back,Back2,Category,Author,Chapter,IntroductionOrder,ForwardX,"
               "ReverseX,Notes\n"
-              "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,\"x,\"y\",,-3,false,true,"
-              "\"a\\n\"\"b\"\"\"\n"
+              "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,\"x,\"y\",1\\r2,-3,false,"
+              "true,\"a\\r\\n\"\"b\"\"\"\n"
               "00000000-0000-4000-8000-000000000001,f,,b,,,,,0,false,false,\n");
     EXPECT_EQ(mProgress.Missing, 1);
     mDatabase.Close();

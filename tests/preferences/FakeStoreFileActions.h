@@ -9,9 +9,14 @@
 // The application of a test: file dialogs that answer at once, and what it was asked, in order.
 struct FakeStoreFileActions : StoreFileActions {
     wxString GetDefaultStorePath() override { return "/default.vlm"; }
-    bool ChooseToOpen(wxWindow*, wxString& path) override { return !(path = "/opened").empty(); }
+    bool ChooseToOpen(wxWindow*, wxString& path) override { return Choose("/opened", path); }
     bool ChooseToSave(wxWindow*, const wxString& title, wxString& path) override {
-        return !(path = title).empty();
+        return Choose(title, path);
+    }
+    bool Choose(const wxString& choice, wxString& path) {
+        ChosenFrom = path;
+        path = choice;
+        return true;
     }
     bool DiscardEdits(wxWindow*) override {
         Calls += "discard ";
@@ -25,5 +30,7 @@ struct FakeStoreFileActions : StoreFileActions {
     }
 
     wxString Calls;
+    // Where the last file dialog began.
+    wxString ChosenFrom;
     bool MayDiscard = true;
 };

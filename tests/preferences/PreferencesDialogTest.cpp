@@ -38,6 +38,7 @@ TEST_F(PreferencesDialogTest, AChoiceEnablesWhatBelongsToIt) {
         Send(*FindById(*mpDialog, ID_BROWSE));
         EXPECT_EQ(Find<wxTextCtrl>(*mpDialog, ID_NEW_PATH).GetValue(), browsed[selection]);
     }
+    EXPECT_EQ(mFiles.ChosenFrom, Find<wxTextCtrl>(*mpDialog, ID_STORE_PATH).GetValue());
 }
 
 TEST_F(PreferencesDialogTest, TheStoreIsTheOneThatIsOpenWhateverTheSettingsSay) {

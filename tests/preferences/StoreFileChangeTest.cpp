@@ -56,7 +56,12 @@ TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
         const bool moves = choice == StoreFileChoice::kMove;
         WriteBytes(path, "precious");
         ModalAnswers answers;
-        answers.Expect({wxID_NO, wxID_YES});
+        answers.Expect([](wxDialog& box) {
+            const auto& question = dynamic_cast<wxMessageDialog&>(box);
+            EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
+            return wxID_NO;
+        });
+        answers.Expect(wxID_YES);
         Change(choice, path);
         EXPECT_EQ(mActions.Calls, "discard ");
         EXPECT_EQ(answers.Dialogs[0].Title, moves ? "Move Store File" : "New Store File");

@@ -48,6 +48,7 @@ TEST_F(StoreFileMoveTest, AMoveFollowsALinkAndReplacesAFileWithWhatWasLeftBeside
     WriteBytes(target, "old");
     WriteBytes(target + "-journal", "would be played back into the cards");
     WriteBytes(target + "-wal", "and so would this");
+    WriteBytes(mStore + "-journal", std::string(512, '\0'));
     ASSERT_EQ(::symlink(mStore.utf8_str(), Path("link.vlm").utf8_str()), 0);
     EXPECT_EQ(MoveStoreFile(Path("link.vlm"), target), 0);
     EXPECT_EQ(ReadBytes(target), mCards);
@@ -73,6 +74,26 @@ TEST_F(StoreFileMoveTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
     WriteBytes(mStore + "-journal", "hot");
     EXPECT_EQ(MoveStoreFile(mStore, Path("other.vlm")), EBUSY);
     EXPECT_FALSE(wxFileName::Exists(Path("other.vlm")));
+}
+
+TEST_F(StoreFileMoveTest, AFailedMoveLeavesWhatItWasToReplaceWhole) {
+    const wxString target = Path("other.vlm");
+    const auto expectWhole = [&] {
+        EXPECT_EQ(ReadBytes(target), "old");
+        EXPECT_EQ(ReadBytes(target + "-journal"), "hot");
+        EXPECT_EQ(CountFiles(), 3u);
+    };
+    WriteBytes(target, "old");
+    WriteBytes(target + "-journal", "hot");
+    EXPECT_EQ(MoveStoreFile(Path(wxString()), target), EINVAL) << "into itself";
+    expectWhole();
+    EXPECT_NE(CopyAndDeleteStoreFile("/proc/self/cmdline", target), 0) << "cannot be deleted";
+    expectWhole();
+    ASSERT_TRUE(wxFileName::Mkdir(target + "-wal"));
+    EXPECT_EQ(MoveStoreFile(mStore, target), EISDIR) << "what is no file is not thrown away";
+    expectWhole();
+    EXPECT_EQ(DeleteStoreFile(target), EISDIR);
+    expectWhole();
 }
 
 TEST_F(StoreFileMoveTest, AcrossFileSystemsTheOriginalGoesLast) {
