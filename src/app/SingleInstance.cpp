@@ -7,6 +7,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 #include <wx/evtloop.h>
+#include <wx/intl.h>
+#include <wx/log.h>
 #include <wx/stopwatch.h>
 #include <wx/utils.h>
 
@@ -69,7 +71,12 @@ SingleInstance::~SingleInstance() {
 bool SingleInstance::BecomeFirst(Greeting greeting) {
     const wxStopWatch watch;
     while (!TakeLock()) {
-        if (Greet(greeting) || watch.Time() > kPatienceMilliseconds) {
+        if (!mProblem.empty() || Greet(greeting)) {
+            return false;
+        }
+        if (watch.Time() > kPatienceMilliseconds) {
+            mProblem = wxString::Format(_("The lock \"%s\" is held, but no program answers there."),
+                                        LockPath());
             return false;
         }
         wxMilliSleep(kRetryMilliseconds);
@@ -81,15 +88,33 @@ bool SingleInstance::TakeLock() {
     if (mLock.IsOpen() || mDirectory.empty()) {
         return true;
     }
-    const std::string path = (mDirectory + "/velomind.lock").utf8_string();
-    // Never removed: a process that waits for a removed file would lock nothing.
-    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
-        // A file system without locks cannot tell of another process.
-        return errno != EWOULDBLOCK;
+    // Never removed: a process that waits for a removed file would lock nothing. A link could lead
+    // to a file of somebody else, and a pipe would wait for its other end.
+    FileDescriptor file(open(LockPath().utf8_str(),
+                             O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
+                             S_IRUSR | S_IWUSR));
+    if (!file.IsOpen()) {
+        return RefuseLock(errno);
+    }
+    struct stat info {};
+    if (fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid()) {
+        return RefuseLock(EPERM);
+    }
+    if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
+        return errno != EWOULDBLOCK && RefuseLock(errno);
     }
     mLock = std::move(file);
     return true;
+}
+
+bool SingleInstance::RefuseLock(int error) {
+    mProblem = wxString::Format(_("The lock \"%s\" cannot be used: %s"), LockPath(),
+                                wxSysErrorMsgStr(static_cast<unsigned long>(error)));
+    return false;
+}
+
+wxString SingleInstance::LockPath() const {
+    return mDirectory + "/velomind.lock";
 }
 
 bool SingleInstance::Greet(Greeting greeting) const {

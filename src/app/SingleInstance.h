@@ -31,6 +31,9 @@ class SingleInstance : private wxEventLoopSourceHandler {
     // been greeted; the other need not answer, so a busy one keeps nobody waiting. One that is just
     // starting or ending is given two seconds.
     bool BecomeFirst(Greeting greeting);
+    // Returns why BecomeFirst gave false although no other process answered: the lock is held by
+    // somebody who does not listen, or is no file of ours. Empty when another process has answered.
+    const wxString& GetProblem() const { return mProblem; }
 
     // The first process listens from here on; the function is called by the event loop of the main
     // thread for each call to the front.
@@ -43,10 +46,14 @@ class SingleInstance : private wxEventLoopSourceHandler {
     void OnExceptionWaiting() override {}
 
     bool TakeLock();
+    // Keeps the reason, a system's error number. Returns false.
+    bool RefuseLock(int error);
     bool Greet(Greeting greeting) const;
+    wxString LockPath() const;
     wxString SocketPath() const;
 
     wxString mDirectory;
+    wxString mProblem;
     FileDescriptor mLock;
     FileDescriptor mSocket;
     std::unique_ptr<wxEventLoopSource> mpSource;

@@ -3,12 +3,17 @@
 #include <wx/cmdline.h>
 #include <wx/cshelp.h>
 #include <wx/dialog.h>
+#include <wx/file.h>
 #include <wx/filename.h>
 #include <wx/frame.h>
 #include <wx/image.h>
 #include <wx/msgdlg.h>
 #include <wx/sysopt.h>
 #include <wx/utils.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
 
 #include "app/AddCategory.h"
 #include "app/AppStoreFileActions.h"
@@ -34,6 +39,20 @@
 #include "study/StudyFrame.h"
 
 namespace {
+
+// Whether a file is a database of the store's engine or a journal of one, by its first bytes,
+// whatever its name and by whatever link it is reached.
+bool IsDatabaseFile(const wxString& path) {
+    constexpr std::string_view kMarks[] = {{"SQLite format 3\0", 16},
+                                           "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7"};
+    char bytes[16] = {};
+    wxFile file(path);
+    const ssize_t got = file.IsOpened() ? file.Read(bytes, sizeof bytes) : 0;
+    const std::string_view begin(bytes, got > 0 ? static_cast<size_t>(got) : 0);
+    return std::any_of(std::begin(kMarks), std::end(kMarks), [&begin](std::string_view mark) {
+        return begin.substr(0, mark.size()) == mark;
+    });
+}
 
 // Where the window at hand does not take them nobody does.
 constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
@@ -63,6 +82,10 @@ bool VelomindApp::OnInit() {
         return false;
     }
     if (!mAllDone && !mInstance.BecomeFirst(SingleInstance::Greeting::CallToFront)) {
+        if (!mInstance.GetProblem().empty()) {
+            PrintError(mInstance.GetProblem());
+            return false;
+        }
         mAllDone = true;
     }
     if (mAllDone) {
@@ -124,12 +147,28 @@ bool VelomindApp::ImportFile(const wxString& path) {
         PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
         return false;
     }
+    // An import deletes its file, and a store is no list.
+    if (IsDatabaseFile(file)) {
+        PrintError(wxString::Format(
+            _("The file \"%s\" is a store and no list of flash cards. Nothing was imported."),
+            path));
+        return false;
+    }
     if (!mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
-        PrintError(_("Velomind runs already. Nothing was imported."));
+        const wxString& problem = mInstance.GetProblem();
+        PrintError(problem.empty() ? _("Velomind runs already. Nothing was imported.") : problem);
         return false;
     }
     mInstance.Listen([this] { ComeToFront(); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
+    // A store that was empty has become a database only now.
+    if (mpDatabase->IsStoreFile(file)) {
+        PrintError(wxString::Format(
+            _("The file \"%s\" is a store and no list of flash cards. Nothing was imported."),
+            path));
+        mpDatabase.reset();
+        return false;
+    }
     ImportInput input;
     input.FileName = file;
     input.Format = ImportFormat::kDelimited;

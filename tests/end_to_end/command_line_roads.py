@@ -33,6 +33,17 @@ class CommandLineRoad(RoadTest):
         program.wait_window(LIST_WINDOW)
         self.assertEqual(0, program.quit())
 
+    def test_a_store_is_no_list_to_import_and_delete(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        link = self.sandbox.path("link.txt")
+        os.symlink(self.sandbox.store, link)
+        for path in (self.sandbox.store, link):
+            program = self.sandbox.start("--import", path)
+            self.assertEqual(1, program.wait())
+            self.assertIn("is a store", program.error_text())
+        self.assertTrue(os.path.lexists(link))
+        self.assertEqual(110, self.sandbox.card_count())
+
     def test_an_unknown_option_is_refused(self):
         program = self.sandbox.start("--nonsense")
         self.assertEqual(1, program.wait())
