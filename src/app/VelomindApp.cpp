@@ -57,6 +57,11 @@ bool IsDatabaseFile(const wxString& path) {
 // Where the window at hand does not take them nobody does.
 constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
+bool IsAnyWindowShown() {
+    return std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
+                       [](const wxWindow* window) { return window->IsShown(); });
+}
+
 wxString MakeFullPath(const wxString& path) {
     wxFileName name(path);
     name.MakeAbsolute();
@@ -234,7 +239,17 @@ void VelomindApp::DisableMissingCommands() {
 
 wxFrame* VelomindApp::MakeListWindow() {
     auto* const frame = new BrowseFrame(*this);
-    frame->SetDatabase(mpDatabase.get());
+    const auto ask = [this, frame] {
+        frame->SetDatabase(nullptr);
+        frame->SetDatabase(mpDatabase.get());
+    };
+    // At the start the person may still choose another store. Later its cards stand in other
+    // windows, and a failure is fatal as any other.
+    if (IsAnyWindowShown()) {
+        ask();
+    } else {
+        AskBeforeWindows(*mpDatabase, ask);
+    }
     return frame;
 }
 

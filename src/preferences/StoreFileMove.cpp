@@ -16,6 +16,7 @@
 
 #include "base/FileDescriptor.h"
 #include "base/Utf8.h"
+#include "store/Database.h"
 
 namespace {
 
@@ -23,9 +24,7 @@ namespace fs = std::filesystem;
 
 using Block = std::array<char, 1 << 16>;
 
-// The engine's own files beside a store. One that was left behind would be played back into
-// whatever store has the name next.
-constexpr const char* kCompanions[] = {"-journal", "-wal", "-shm"};
+constexpr const auto& kCompanions = Database::kCompanions;
 
 fs::path ToPath(const wxString& path) {
     return fs::u8path(ToUtf8(path));

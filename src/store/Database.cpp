@@ -5,8 +5,10 @@
 
 #include <wx/intl.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "base/Trace.h"
 #include "base/Utf8.h"
@@ -66,6 +68,33 @@ sqlite3_stmt* Database::GetStatement(const wxString& sql) {
     return statement;
 }
 
+int Database::PrepareAnew(sqlite3_stmt*& statement) {
+    const Lock lock(mMutex);
+    const auto known = std::find_if(mStatements.begin(), mStatements.end(),
+                                    [&](const auto& entry) { return entry.second == statement; });
+    sqlite3_stmt* fresh = nullptr;
+    if (known == mStatements.end() ||
+        sqlite3_prepare(mpHandle, ToUtf8(known->first).c_str(), -1, &fresh, nullptr) != SQLITE_OK) {
+        return -1;
+    }
+    known->second = fresh;
+    for (const auto* const texts : {&GlobalTexts(), &CardTexts()}) {
+        for (const PreparedText& text : *texts) {
+            if (this->*text.Member == statement) {
+                this->*text.Member = fresh;
+            }
+        }
+    }
+    auto used = mStatementsInUse.extract(statement);
+    if (!used.empty()) {
+        used.key() = fresh;
+        mStatementsInUse.insert(std::move(used));
+    }
+    sqlite3_finalize(statement);
+    statement = fresh;
+    return 0;
+}
+
 int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
     const Lock lock(mMutex);
     if (statement == nullptr) {
@@ -91,8 +120,10 @@ int Database::ReportStepFailure(sqlite3_stmt* statement, const wxString& label, 
         VELOMIND_TRACE("%s: unexpected result from sqlite3_step %i", label, result);
         text = wxString::Format(_("Problem accessing flash cards (%i/%s)"), result, label);
     }
-    if (!mOpening) {
-        mReport.Report(text);
+    if (mTrying) {
+        mTryFailed = true;
+    } else if (!mOpening) {
+        mReport.Report(text + "\n" + GetPath());
     }
     return -result;
 }
@@ -100,6 +131,18 @@ int Database::ReportStepFailure(sqlite3_stmt* statement, const wxString& label, 
 void Database::KeepError() {
     mLastErrorCode = sqlite3_extended_errcode(mpHandle);
     mLastErrorText = FromUtf8(sqlite3_errmsg(mpHandle));
+}
+
+bool Database::Try(const std::function<void()>& ask) {
+    const auto setTrying = [this](bool trying) {
+        const Lock lock(mMutex);
+        mTrying = trying;
+        return IsOpen() && !mTryFailed;
+    };
+    mTryFailed = false;
+    setTrying(true);
+    ask();
+    return setTrying(false);
 }
 
 int Database::Execute(const wxString& sql) {

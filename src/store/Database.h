@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 #include <wx/string.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -38,6 +39,10 @@ using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
 // fails without touching anything. All operations return 0 or more on success and a negative value
 // on failure, with results through out arguments. Every statement commits by itself.
 //
+// A file may come from anywhere and is data, never code: nothing in its schema is run. Triggers and
+// views are switched off, and a file whose cards, categories or values would be computed by the
+// schema (a check, a generated column, an index on an expression) is refused.
+//
 // Whoever changes cards or categories calls Notify once the change is complete. One operation runs
 // at a time: a recursive mutex is held inside each, because update handlers of windows behind a
 // modal dialog may run while a worker writes.
@@ -47,15 +52,26 @@ class Database : public Subject {
     explicit Database(FatalErrorReport& report);
     ~Database() override;
 
+    // What the engine adds to a store's name for files of its own beside it. One that was left
+    // behind would be played back into whatever store has the name next.
+    static constexpr std::array<const char*, 3> kCompanions = {"-journal", "-wal", "-shm"};
+
     // Opens or creates the store file, and upgrades one of the first schema while wait keeps the
     // person informed. The path is made absolute; an empty path and one that begins with "file:"
-    // are refused. Returns 0, or a negative value and a closed Database with the file as it was.
+    // are refused. Where no file is, or an empty one, a new store appears whole: it is made under
+    // another name beside it. Each table and index is read once, so that a damaged one is found
+    // here. Returns 0, or a negative value and a closed Database with the file as it was.
     int Open(const wxString& path, UpgradeWait& wait);
     // Finalises every statement and closes the handle. Harmless on a closed Database, and without
     // effect while one is being opened.
     void Close();
     // False also while a file is only being opened.
     bool IsOpen() const;
+
+    // Runs questions to the open store whose failure is a result and not the program's end. True
+    // when every step of theirs succeeded and the store is still open. A list that is asked for
+    // counts only with the cards of its first page.
+    bool Try(const std::function<void()>& ask);
 
     // Card writes. A card without an identity is not inserted: -1.
     int InsertFlashCard(const FlashCard& card);
@@ -148,11 +164,14 @@ class Database : public Subject {
 
     // For StatementRun. GetStatement prepares a text once; when that fails the whole store closes.
     sqlite3_stmt* GetStatement(const wxString& sql);
+    // Puts a new statement of the same text in the place of one that a change of the schema has
+    // outdated, and finalises that. Returns 0, or -1 with the old statement in its place.
+    int PrepareAnew(sqlite3_stmt*& statement);
     // Marks the statement as used by that run, or as free with null. Gives -1 and changes nothing
     // when the statement is empty or is so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
-    // Tells the report of a failed step and gives the step's negative result. While a store is
-    // being opened a failed step is only a failed open, and nothing is reported.
+    // Tells the report of a failed step and of the store's path, and gives the step's negative
+    // result. While a store is being opened or tried nothing is reported.
     int ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result);
 
   private:
@@ -174,14 +193,18 @@ class Database : public Subject {
 
     // The steps of Open, in their order. Each gives 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);
-    int OpenHandle(const wxString& path);
+    int CreateFile(const wxString& file, UpgradeWait& wait);
+    int OpenFile(const wxString& file, UpgradeWait& wait);
+    int OpenHandle(const wxString& file);
+    int CheckSchema();
+    int CheckSchemaTexts();
     int FindTable(const char* sql, bool& found);
     // A file whose tables cannot serve the store is left as it is.
     int CheckCardTables();
     int CreateCardTables();
-    int EnsureGlobals();
     int BringToVersion(UpgradeWait& wait);
     int UpgradeFirstSchema(UpgradeWait& wait);
+    int ReadEachTree();
 
     // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
     // as -1, of the cards that the scheduler asks for. Always 0: where nothing can be written, as
@@ -204,6 +227,7 @@ class Database : public Subject {
                          int32_t& count, const wxString& label);
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
                    const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
+    int ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, const wxString& order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.
@@ -213,6 +237,9 @@ class Database : public Subject {
     sqlite3* mpHandle = nullptr;
     // Open runs: a failed step is then no fatal error, and nobody else may use the handle.
     bool mOpening = false;
+    // Try runs: a failed step is kept here instead of being reported.
+    bool mTrying = false;
+    bool mTryFailed = false;
     // Prepared texts. They live until the store closes.
     std::map<wxString, sqlite3_stmt*> mStatements;
     // Statements in use, with the run that uses each.

@@ -19,6 +19,10 @@ class StoreRoad(RoadTest):
         program.click("Exit")
         self.assertEqual(255, program.wait())
 
+    def write_store(self, data):
+        with open(self.sandbox.store, "wb") as file:
+            file.write(data)
+
     def test_a_store_that_does_not_open_stays_as_it_is(self):
         self.sandbox.let_read_windows()
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
@@ -27,15 +31,25 @@ class StoreRoad(RoadTest):
             connection.execute("UPDATE Globals SET Value = '3' WHERE Key = 'DATABASE_VERSION'")
         connection.close()
         newer = self.sandbox.store_bytes()
+        # The last page of the file becomes one of the index that the list goes by.
+        self.write_store(whole)
+        with sqlite3.connect(self.sandbox.store) as connection:
+            connection.executescript(
+                "DROP INDEX Cards_CategoryId_IntroductionOrder;"
+                "INSERT INTO Cards (CardId, CategoryId) SELECT a.CardId || b.CardId, 0"
+                " FROM Cards AS a, Cards AS b LIMIT 9000;"
+                "CREATE INDEX Cards_CategoryId_IntroductionOrder"
+                " ON Cards (CategoryId,IntroductionOrder)")
+        connection.close()
+        damaged = self.sandbox.store_bytes()[:-4096] + bytes(4096)
         table = {
-            "no database": b"This is a letter to my aunt.\n" * 1000,
             "a header and nothing behind it": whole[:100],
             "a newer program's": newer,
+            "damaged where only the list of all cards comes": damaged,
         }
         for name, data in table.items():
             with self.subTest(name):
-                with open(self.sandbox.store, "wb") as file:
-                    file.write(data)
+                self.write_store(data)
                 self.refuse()
                 self.assertEqual(data, self.sandbox.store_bytes())
 
@@ -69,6 +83,7 @@ class StoreRoad(RoadTest):
         press("Return")
         self.assertEqual(3, program.wait())
         self.assertIn("Problem accessing flash cards (5/", program.error_text())
+        self.assertIn(self.sandbox.store, program.error_text())
         other.execute("ROLLBACK")
         other.close()
         self.assertEqual([(0,)], self.sandbox.query("SELECT SUM(Introduced) FROM Cards"))
