@@ -52,6 +52,21 @@ TEST_F(CardListTest, ManyCardsAreOrderedFoundSelectedAndDeleted) {
     EXPECT_TRUE(WaitFor([this] { return !FindById(Cards(), 10000)->IsShown(); }));
 }
 
+TEST_F(CardListTest, ARowIsFocusedAsSoonAsThereAreCards) {
+    InsertCards({"a", "b", "c"});
+    Open();
+    EXPECT_EQ(FocusedRow(), 0);
+    for (const wxString& text : {wxString("b"), wxString("nothing"), wxString("c"), wxString()}) {
+        Search(text);
+        EXPECT_EQ(FocusedRow() >= 0, Cards().GetItemCount() > 0) << text;
+    }
+    Search("b");
+    Cards().SetFocus();
+    SendKey(Cards(), WXK_RETURN);
+    ASSERT_EQ(mServices.Edited.size(), 1U);
+    EXPECT_EQ(mServices.Edited.front().Front, "b");
+}
+
 TEST_F(CardListTest, TheSelectionStaysWithItsCards) {
     InsertCards({"a", "b", "c", "d", "e"});
     Open();
