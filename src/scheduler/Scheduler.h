@@ -61,7 +61,8 @@ class Scheduler {
     bool IsAllExcluded() const { return mAllExcluded; }
     bool HasCard() const { return !mStoreEmpty && !mCategoryEmpty && !mAllExcluded; }
 
-    FlashCard GetCurrentCard() const { return mCurrentCard; }
+    // Holds until the card on show changes.
+    const FlashCard& GetCurrentCard() const { return mCurrentCard; }
     const CardUuid& GetCurrentCardId() const { return mCurrentCard.CardId; }
 
     // A live card is shown that is not due yet.

@@ -55,12 +55,14 @@ void SetAccessibleName(const wxWindow& window, const wxString& name) {
 }
 
 void SetAccessibleRole(const wxWindow& window, AccessibleRole role) {
+    // In the order of the roles.
+    static const char* const names[] = {"push button", "list", "label"};
     static const auto forName = FindToolkitFunction<int (*)(const char* name)>("atk_role_for_name");
     static const auto setRole =
         FindToolkitFunction<void (*)(void* accessible, int role)>("atk_object_set_role");
     void* const accessible = FindAccessible(FindInner(window.GetHandle()));
     if (accessible != nullptr && forName != nullptr && setRole != nullptr) {
-        setRole(accessible, forName(role == AccessibleRole::Button ? "push button" : "list"));
+        setRole(accessible, forName(names[static_cast<size_t>(role)]));
     }
 }
 

@@ -11,5 +11,5 @@ void SetAccessibleName(const wxWindow& window, const wxString& name);
 
 // What kind of control a screen reader says that a window is which paints itself. One of the
 // toolkit's own needs no such word.
-enum class AccessibleRole { Button, List };
+enum class AccessibleRole { Button, List, Label };
 void SetAccessibleRole(const wxWindow& window, AccessibleRole role);

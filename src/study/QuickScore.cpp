@@ -21,6 +21,7 @@ bool QuickScore::Create(wxWindow* parent, wxWindowID id, const wxPoint& position
     if (!wxControlWithItems::Create(parent, id, position, size, style, wxDefaultValidator, name)) {
         return false;
     }
+    Bind(wxEVT_IDLE, &QuickScore::OnIdle, this);
     Bind(wxEVT_KEY_DOWN, &QuickScore::OnKeyDown, this);
     Bind(wxEVT_KEY_UP, &QuickScore::OnKeyUp, this);
     Bind(wxEVT_KILL_FOCUS, &QuickScore::OnKillFocus, this);
@@ -154,7 +155,7 @@ void QuickScore::DoDeleteOneItem(unsigned int pos) {
 void QuickScore::ForgetPositions() {
     mCursor = -1;
     mMark = -1;
-    EndHold();
+    DropPress();
     UpdateMetrics();
     Refresh();
 }

@@ -6,6 +6,8 @@
 #include <wx/event.h>
 
 #include <cstdint>
+#include <optional>
+#include <set>
 #include <vector>
 
 class wxDC;
@@ -17,7 +19,8 @@ wxDECLARE_EVENT(EVT_QUICKSCORE_PAGE_DOWN, wxCommandEvent);
 // A column of large buttons: a single-selection list to its container, push buttons to the user.
 // The cursor is the item with the focus rectangle and is what GetSelection returns; the mark is the
 // highlighted item, the recorded score of a card in the history. A key or the mouse presses an item
-// and the release chooses it.
+// and the release chooses it. Only a key that truly goes down starts a press: one that repeats, as
+// it was held down already, here or in a window before, does not.
 //
 // Events go straight to the parent: wxEVT_LISTBOX when the user moves the cursor,
 // wxEVT_LISTBOX_DCLICK when a choice has moved the mark, with wxID_FORWARD or wxID_BACKWARD as
@@ -52,6 +55,14 @@ class QuickScore : public wxControlWithItems {
     // The item drawn as pressed, or -1.
     int32_t GetPressed() const { return mPressed; }
 
+    // Lets go of what a key or the mouse holds down, and chooses nothing: for an owner that comes
+    // to show something else than what the press was meant for, or whose menu or dialog takes the
+    // release.
+    void DropPress();
+    // The keys come back from a menu or another window. Those that are down were pressed there, and
+    // start no press before they have been let go.
+    void ResumeKeys();
+
     // Inner margin of an item in 1/96 inch.
     void SetMargin(int32_t units);
 
@@ -71,6 +82,10 @@ class QuickScore : public wxControlWithItems {
     void DoClear() override;
     void DoDeleteOneItem(unsigned int pos) override;
 
+    // Whether the platform says that a key is down, or nothing where it does not tell. A test
+    // answers in its place.
+    virtual std::optional<bool> IsKeyDown(int key) const;
+
   private:
     void ForgetPositions();
     void UpdateMetrics();
@@ -88,14 +103,26 @@ class QuickScore : public wxControlWithItems {
     void ClearPressed();
     // A key or a mouse button holds an item down.
     bool IsHeld() const;
-    void EndHold();
     void Press(int32_t key);
     void PressDigit(int32_t key, int32_t digit);
+    // The held key was let go.
+    void ChooseHeldItem();
+    // False when something holds an item already.
+    bool HoldByMouse(int32_t button);
+    void PressUnder(const wxPoint& point);
+    // True when keys have gone up, by the platform's word, whose events did not come here. Their
+    // release went to someone who had grabbed the keys.
+    bool ForgetLostKeys(bool forget);
+    // True when the key may start a press.
+    bool NoteKeyDown(const wxKeyEvent& event);
+    // True when the key is no longer down.
+    bool NoteKeyUp(const wxKeyEvent& event);
     void SendCommand(wxEventType type, int id, int item = -1, long extra = 0);
     void Navigate(bool forward);
     // False when the control does not know the key.
-    bool HandleKey(int key, bool shift);
+    bool HandleKey(int key, bool shift, bool mayPress);
 
+    void OnIdle(wxIdleEvent& event);
     void OnKeyDown(wxKeyEvent& event);
     void OnKeyUp(wxKeyEvent& event);
     void OnSetFocus(wxFocusEvent& event);
@@ -116,10 +143,21 @@ class QuickScore : public wxControlWithItems {
     int32_t mPressed = -1;
     // Key code of the key that holds an item down.
     int32_t mHeldKey = -1;
+    // Item that it chooses.
+    int32_t mHeldItem = -1;
     // Mouse button that holds an item down: 0 none, 1 left, 2 middle.
     int32_t mHeldButton = 0;
     // Rotation of the wheel that is not yet used up.
     int32_t mWheelRest = 0;
+    // Keys that are down and may not start a press before they have been let go.
+    std::set<int> mDownKeys;
+    // The key that went up last, and when, in milliseconds of the platform's events.
+    int mLastUpKey = -1;
+    long mLastUpTime = 0;
+    // Some were up at the last idle moment, and no key has moved since.
+    bool mLooksLost = false;
+    // ResumeKeys was called since this was cleared.
+    bool mWasElsewhere = false;
     int32_t mItemHeight = 0;
     int32_t mItemWidth = 0;
     wxArrayString mStrings;

@@ -1,10 +1,27 @@
 #include "study/QuickScore.h"
 
+#include <wx/utils.h>
+
 #include <algorithm>
+#include <iterator>
 
 // What keys and the mouse do to the control, and what it tells its parent.
+//
+// A held key repeats. Most platforms send it as going down again and again, others as going up and
+// down in pairs, and neither says so: the toolkit's own mark of a repeat is not set everywhere. So
+// the control keeps the keys that are down. When the keys come back from a menu, a question or
+// another program it asks the platform which ones are down, since nobody here has seen those.
 
 namespace {
+
+// All that may start a press.
+constexpr int kPressingKeys[] = {
+    WXK_RETURN,  WXK_SPACE,   WXK_LEFT,    WXK_RIGHT,   WXK_NUMPAD_LEFT, WXK_NUMPAD_RIGHT,
+    '0',         '1',         '2',         '3',         '4',             '5',
+    WXK_NUMPAD0, WXK_NUMPAD1, WXK_NUMPAD2, WXK_NUMPAD3, WXK_NUMPAD4,     WXK_NUMPAD5};
+
+// Milliseconds from the release to the press of a key that repeats in pairs. No finger is as quick.
+constexpr long kPairTime = 1;
 
 // The score that a key stands for, or -1.
 int32_t DigitOf(const wxKeyEvent& event) {
@@ -28,20 +45,103 @@ int32_t DigitOf(const wxKeyEvent& event) {
 
 }  // namespace
 
+std::optional<bool> QuickScore::IsKeyDown(int key) const {
+#ifdef __WXGTK__
+    // Other display servers tell of the modifiers only.
+    if (wxGetDisplayInfo().type != wxDisplayX11) {
+        return std::nullopt;
+    }
+#endif
+    return wxGetKeyState(static_cast<wxKeyCode>(key));
+}
+
 bool QuickScore::IsHeld() const {
     return mHeldKey != -1 || mHeldButton != 0 || HasCapture();
 }
 
-// Whatever is held down is let go and chooses nothing.
-void QuickScore::EndHold() {
+void QuickScore::DropPress() {
     mHeldButton = 0;
     mHeldKey = -1;
+    if (HasCapture()) {
+        ReleaseMouse();
+    }
     ClearPressed();
+}
+
+void QuickScore::ResumeKeys() {
+    if (mHeldKey != -1) {
+        DropPress();
+    }
+    mWasElsewhere = true;
+    mDownKeys.clear();
+    // Where the platform does not tell, the repeats of a key end with the window that had it.
+    for (const int key : kPressingKeys) {
+        if (IsKeyDown(key).value_or(false)) {
+            mDownKeys.insert(key);
+        }
+    }
+}
+
+bool QuickScore::ForgetLostKeys(bool forget) {
+    const auto isLost = [this](int key) { return !IsKeyDown(key).value_or(true); };
+    bool isAnyLost = false;
+    for (auto key = mDownKeys.begin(); key != mDownKeys.end();) {
+        const bool lost = isLost(*key);
+        isAnyLost = isAnyLost || lost;
+        key = lost && forget ? mDownKeys.erase(key) : std::next(key);
+    }
+    if (mHeldKey != -1 && isLost(mHeldKey)) {
+        isAnyLost = true;
+        if (forget) {
+            DropPress();
+        }
+    }
+    return isAnyLost;
+}
+
+// A key that is up by the platform's word may have its event on the way still. That is here before
+// the program is idle again, so that only what is lost twice is lost.
+void QuickScore::OnIdle(wxIdleEvent& event) {
+    event.Skip();
+    mLooksLost = ForgetLostKeys(mLooksLost) && !mLooksLost;
+    if (mLooksLost) {
+        event.RequestMore();
+    }
+}
+
+bool QuickScore::NoteKeyDown(const wxKeyEvent& event) {
+    mLooksLost = false;
+    const int key = event.GetKeyCode();
+    const bool isFirst = mDownKeys.insert(key).second;
+    const long pause = event.GetTimestamp() - mLastUpTime;
+    const bool isPair = key == mLastUpKey && mLastUpTime != 0 && pause >= 0 && pause <= kPairTime;
+    if (!isFirst || isPair) {
+        return false;
+    }
+    if (key != mHeldKey) {
+        return true;
+    }
+    // It is a press of its own, so that the release before it was one too.
+    mWasElsewhere = false;
+    ChooseHeldItem();
+    return !mWasElsewhere;
+}
+
+bool QuickScore::NoteKeyUp(const wxKeyEvent& event) {
+    mLooksLost = false;
+    const int key = event.GetKeyCode();
+    mDownKeys.erase(key);
+    mLastUpKey = key;
+    mLastUpTime = event.GetTimestamp();
+    // Down all the same: the first half of a repeat, or the next press is on its way. Which of both
+    // it is shows the event of the key going down.
+    return !IsKeyDown(key).value_or(false);
 }
 
 void QuickScore::Press(int32_t key) {
     if (!IsHeld()) {
         mHeldKey = key;
+        mHeldItem = mCursor;
         SetPressed(mCursor);
     }
 }
@@ -49,11 +149,19 @@ void QuickScore::Press(int32_t key) {
 void QuickScore::PressDigit(int32_t key, int32_t digit) {
     constexpr int32_t kHighestScore = 5;
     if (!IsHeld()) {
-        const int32_t item = kHighestScore - digit;
-        mHeldKey = key;
-        MoveCursor(item, true);
-        SetPressed(item);
+        MoveCursor(kHighestScore - digit, true);
+        Press(key);
     }
+}
+
+void QuickScore::ChooseHeldItem() {
+    // The Left of the number pad goes forward.
+    const int direction = mHeldKey == WXK_LEFT ? wxID_BACKWARD : wxID_FORWARD;
+    mHeldKey = -1;
+    ClearPressed();
+    // The cursor may have moved on since.
+    MoveCursor(mHeldItem, true);
+    Activate(mHeldItem, direction);
 }
 
 void QuickScore::SendCommand(wxEventType type, int id, int item, long extra) {
@@ -77,14 +185,18 @@ void QuickScore::Navigate(bool forward) {
 void QuickScore::OnKeyDown(wxKeyEvent& event) {
     const bool isOfMenus = event.HasModifiers() || event.MetaDown();
     const int32_t digit = DigitOf(event);
+    const bool mayPress = NoteKeyDown(event);
     if (!isOfMenus && digit != -1) {
-        PressDigit(event.GetKeyCode(), digit);
-    } else if (isOfMenus || !HandleKey(event.GetKeyCode(), event.ShiftDown())) {
+        if (mayPress) {
+            PressDigit(event.GetKeyCode(), digit);
+        }
+    } else if (isOfMenus || !HandleKey(event.GetKeyCode(), event.ShiftDown(), mayPress)) {
         event.Skip();
     }
 }
 
-bool QuickScore::HandleKey(int key, bool shift) {
+// The cursor and the history are moved by repeats too.
+bool QuickScore::HandleKey(int key, bool shift, bool mayPress) {
     const auto last = static_cast<int32_t>(GetCount()) - 1;
     switch (key) {
         case WXK_TAB:
@@ -92,7 +204,9 @@ bool QuickScore::HandleKey(int key, bool shift) {
             return true;
         case WXK_RETURN:
         case WXK_SPACE:
-            Press(key);
+            if (mayPress) {
+                Press(key);
+            }
             return true;
         case WXK_UP:
         case WXK_NUMPAD_UP:
@@ -104,17 +218,17 @@ bool QuickScore::HandleKey(int key, bool shift) {
             return true;
         case WXK_LEFT:
         case WXK_NUMPAD_LEFT:
-            if (mMark != -1 && mMark != mCursor) {
-                Press(key);
-            } else {
+            if (mMark == -1 || mMark == mCursor) {
                 SendCommand(wxEVT_MENU, wxID_BACKWARD);
+            } else if (mayPress) {
+                Press(key);
             }
             return true;
         case WXK_RIGHT:
         case WXK_NUMPAD_RIGHT:
             if (mMark == mCursor) {
                 SendCommand(wxEVT_MENU, wxID_FORWARD);
-            } else {
+            } else if (mayPress) {
                 Press(key);
             }
             return true;
@@ -130,31 +244,23 @@ bool QuickScore::HandleKey(int key, bool shift) {
 }
 
 void QuickScore::OnKeyUp(wxKeyEvent& event) {
+    const bool isUp = NoteKeyUp(event);
     if (mHeldKey == -1 || event.GetKeyCode() != mHeldKey) {
         event.Skip();
-        return;
+    } else if (isUp) {
+        ChooseHeldItem();
     }
-    // The Left of the number pad goes forward.
-    const int direction = mHeldKey == WXK_LEFT ? wxID_BACKWARD : wxID_FORWARD;
-    mHeldKey = -1;
-    ClearPressed();
-    Activate(mCursor, direction);
 }
 
 void QuickScore::OnSetFocus(wxFocusEvent& event) {
+    ResumeKeys();
     RefreshItem(mCursor);
     event.Skip();
 }
 
 void QuickScore::OnKillFocus(wxFocusEvent& event) {
+    DropPress();
     RefreshItem(mCursor);
-    if (mHeldButton != 0) {
-        mHeldButton = 0;
-        ClearPressed();
-    } else if (mHeldKey != -1) {
-        mHeldKey = -1;
-        ClearPressed();
-    }
     event.Skip();
 }
 
@@ -163,24 +269,31 @@ void QuickScore::OnLeaveWindow(wxMouseEvent& event) {
     event.Skip();
 }
 
-void QuickScore::OnLeftDown(wxMouseEvent& event) {
+bool QuickScore::HoldByMouse(int32_t button) {
     SetFocus();
-    if (!IsHeld()) {
-        mHeldButton = wxMOUSE_BTN_LEFT;
-        CaptureMouse();
-        OnDrag(event);
+    if (mHeldButton == button) {
+        // Its release went to someone else.
+        DropPress();
+    }
+    if (IsHeld()) {
+        return false;
+    }
+    mHeldButton = button;
+    CaptureMouse();
+    return true;
+}
+
+void QuickScore::OnLeftDown(wxMouseEvent& event) {
+    if (HoldByMouse(wxMOUSE_BTN_LEFT)) {
+        PressUnder(event.GetPosition());
     }
 }
 
 void QuickScore::OnLeftUp(wxMouseEvent& event) {
-    if (HasCapture()) {
-        ReleaseMouse();
-    }
     if (mHeldButton != wxMOUSE_BTN_LEFT) {
         return;
     }
-    mHeldButton = 0;
-    ClearPressed();
+    DropPress();
     const int32_t item = ItemAt(event.GetPosition());
     if (item != -1) {
         MoveCursor(item, true);
@@ -189,34 +302,36 @@ void QuickScore::OnLeftUp(wxMouseEvent& event) {
 }
 
 void QuickScore::OnMiddleDown(wxMouseEvent& /*event*/) {
-    SetFocus();
-    if (!IsHeld()) {
-        mHeldButton = wxMOUSE_BTN_MIDDLE;
-        CaptureMouse();
+    if (HoldByMouse(wxMOUSE_BTN_MIDDLE)) {
         SetPressed(mCursor);
     }
 }
 
 void QuickScore::OnMiddleUp(wxMouseEvent& event) {
-    if (HasCapture()) {
-        ReleaseMouse();
-    }
     if (mHeldButton != wxMOUSE_BTN_MIDDLE) {
         return;
     }
-    mHeldButton = 0;
-    ClearPressed();
+    DropPress();
     // The wheel has moved the cursor: it counts, and the pointer only says yes.
     if (ItemAt(event.GetPosition()) != -1) {
         Activate(mCursor, wxID_FORWARD);
     }
 }
 
-void QuickScore::OnDrag(wxMouseEvent& event) {
-    const int32_t item = ItemAt(event.GetPosition());
-    if (item != -1 && HasCapture() && mHeldButton == wxMOUSE_BTN_LEFT) {
+void QuickScore::PressUnder(const wxPoint& point) {
+    const int32_t item = ItemAt(point);
+    if (item != -1) {
         MoveCursor(item, true);
         SetPressed(item);
+    }
+}
+
+void QuickScore::OnDrag(wxMouseEvent& event) {
+    if (mHeldButton != 0 && !event.ButtonIsDown(static_cast<wxMouseButton>(mHeldButton))) {
+        // It went up unseen.
+        DropPress();
+    } else if (mHeldButton == wxMOUSE_BTN_LEFT && HasCapture()) {
+        PressUnder(event.GetPosition());
     }
 }
 

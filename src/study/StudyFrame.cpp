@@ -1,5 +1,6 @@
 #include "study/StudyFrame.h"
 
+#include <wx/panel.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
@@ -38,6 +39,8 @@ constexpr int kStartScore = 3;
 constexpr int kMessageWidth = 230;
 // Of both sides of a card together, in whatever font.
 constexpr int kLeastLines = 4;
+// Characters of a side that a screen reader is told, two hours of speech.
+constexpr size_t kMostSpoken = 100000;
 constexpr int kNormalMargin = 1;
 constexpr int kCompactMargin = 3;
 
@@ -60,6 +63,8 @@ void GiveFocus(wxWindow& window) {
 wxBEGIN_EVENT_TABLE(StudyFrame, wxFrame)
     EVT_CLOSE(StudyFrame::OnClose)
     EVT_ACTIVATE(StudyFrame::OnActivate)
+    EVT_MENU_OPEN(StudyFrame::OnMenuOpen)
+    EVT_MENU_CLOSE(StudyFrame::OnMenuClose)
     EVT_LISTBOX(kQuickScoreId, StudyFrame::OnScoreCursor)
     EVT_LISTBOX_DCLICK(kQuickScoreId, StudyFrame::OnScoreChosen)
     EVT_COMMAND(kQuickScoreId, EVT_QUICKSCORE_PAGE_UP, StudyFrame::OnScorePageUp)
@@ -144,15 +149,17 @@ void StudyFrame::CreateContent() {
         }
     });
 
-    mpMessageText = new wxStaticText(this, wxID_STATIC, _("Static text"), wxDefaultPosition,
-                                     wxDefaultSize, wxALIGN_CENTRE, "staticText");
+    mpMessagePanel = new wxPanel(this);
+    mpMessageText = new wxStaticText(mpMessagePanel, wxID_STATIC, _("Static text"),
+                                     wxDefaultPosition, wxDefaultSize, wxALIGN_CENTRE, "staticText");
     // A text stands at the top of its own area, so the middle is found by the room around it.
-    mpMessageSizer = new wxBoxSizer(wxVERTICAL);
-    mpMessageSizer->AddStretchSpacer();
-    mpMessageSizer->Add(mpMessageText, wxSizerFlags().Expand().Border(wxALL, 5));
-    mpMessageSizer->AddStretchSpacer();
-    sizer->Add(mpMessageSizer, wxSizerFlags(1).Expand());
-    sizer->Hide(mpMessageSizer);
+    auto* const messageSizer = new wxBoxSizer(wxVERTICAL);
+    messageSizer->AddStretchSpacer();
+    messageSizer->Add(mpMessageText, wxSizerFlags().Expand().Border(wxALL, 5));
+    messageSizer->AddStretchSpacer();
+    mpMessagePanel->SetSizer(messageSizer);
+    sizer->Add(mpMessagePanel, wxSizerFlags(1).Expand());
+    mpMessagePanel->Hide();
     mpMessageText->Wrap(kMessageWidth);
 
     mpQuickScore->SetMargin(kNormalMargin);
@@ -209,13 +216,15 @@ void StudyFrame::UpdateCard(bool newCard) {
     }
     const bool hasCard = HasCard();
     ShowCardOrMessage(hasCard);
+    StudyStep step;
     if (hasCard) {
-        const FlashCard card = mpScheduler->GetCurrentCard();
+        const FlashCard& card = mpScheduler->GetCurrentCard();
         if (!IsRecent() && (card.CardId != mCurrentCardId || newCard)) {
             mDefaultScore = kStartScore;
             mBackShown = false;
             mCurrentCardId = card.CardId;
         }
+        step = {card.CardId, mpScheduler->GetHistoryIndex(), IsBackVisible(), mReverseStudy};
         UpdateScoreLabels();
         UpdateScorePosition();
         UpdateStatusTexts();
@@ -224,28 +233,41 @@ void StudyFrame::UpdateCard(bool newCard) {
     } else {
         UpdateMessage();
     }
+    if (step != mShownStep) {
+        DropPresses();
+        mShownStep = step;
+    }
     const wxWindow* const focus = FindFocus();
     if (focus == nullptr || focus == this) {
-        GiveFocus(*mpQuickScore);
+        GiveFocus(KeyWindow());
     }
+}
+
+void StudyFrame::DropPresses() {
+    mpQuickScore->DropPress();
+}
+
+wxWindow& StudyFrame::KeyWindow() {
+    if (mpMessagePanel->IsShown()) {
+        return *mpMessagePanel;
+    }
+    return *mpQuickScore;
 }
 
 void StudyFrame::ShowCardOrMessage(bool hasCard) {
     wxSizer* const sizer = GetSizer();
-    if (sizer->IsShown(mpCardSizer) != hasCard || mpMessageText->IsShown() == hasCard) {
+    if (sizer->IsShown(mpCardSizer) != hasCard || mpMessagePanel->IsShown() == hasCard) {
         sizer->Show(mpCardSizer, hasCard);
-        sizer->Show(mpMessageSizer, !hasCard);
+        sizer->Show(mpMessagePanel, !hasCard);
         Layout();
-        if (hasCard) {
-            TakeKeys();
-        }
+        TakeKeys();
     }
 }
 
 void StudyFrame::TakeKeys() {
-    mpChildFocus = mpQuickScore;
+    mpChildFocus = &KeyWindow();
     if (IsActive()) {
-        GiveFocus(*mpQuickScore);
+        GiveFocus(*mpChildFocus);
     }
 }
 
@@ -262,7 +284,12 @@ void StudyFrame::UpdateMessage() {
     }
     mpMessageText->SetLabel(message);
     mpMessageText->Wrap(kMessageWidth);
-    Layout();
+    SetAccessibleName(*mpMessagePanel, message);
+    SetAccessibleRole(*mpMessagePanel, AccessibleRole::Label);
+    mpMessagePanel->Layout();
+    // Nothing is known of cards that are not there.
+    mpStatusBar->SetStatusText(wxString(), kStepField);
+    SetReadyText(wxString());
     mServices.SetStudyMessage(message);
 }
 
@@ -296,16 +323,20 @@ void StudyFrame::UpdateScorePosition() {
 }
 
 void StudyFrame::TellAccessibility() {
-    const wxString second =
+    const wxString& second =
         IsBackVisible() ? mpCardViewer->GetSecondText() : mpCardViewer->GetHint();
-    SetAccessibleName(*mpCardViewer, mpCardViewer->GetFirstText() + "\n" + second);
+    SetAccessibleName(*mpCardViewer, mpCardViewer->GetFirstText().Left(kMostSpoken) + "\n" +
+                                         second.Left(kMostSpoken));
     SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
     SetAccessibleRole(*mpQuickScore, AccessibleRole::Button);
 }
 
 void StudyFrame::UpdateStatusTexts() {
     mpStatusBar->SetStatusText(StudyStepText(*mpScheduler, mBackShown, *mpStatusBar), kStepField);
-    const wxString ready = StudyReadyText(*mpScheduler, *mpStatusBar);
+    SetReadyText(StudyReadyText(*mpScheduler, *mpStatusBar));
+}
+
+void StudyFrame::SetReadyText(const wxString& ready) {
     SetHelpText(ready);
     mpQuickScore->SetHelpText(ready);
     mpCardViewer->SetHelpText(ready);
@@ -409,10 +440,35 @@ void StudyFrame::OnClose(wxCloseEvent& event) {
 
 void StudyFrame::OnActivate(wxActivateEvent& event) {
     event.Skip();
-    if (event.GetActive() && !IsBeingDeleted()) {
+    if (IsBeingDeleted()) {
+        return;
+    }
+    if (event.GetActive()) {
         mServices.FrameActivated(*this);
         GiveFocus(*mpChildFocus);
+        mpQuickScore->ResumeKeys();
+    } else {
+        DropPresses();
     }
+}
+
+void StudyFrame::OnMenuOpen(wxMenuEvent& event) {
+    event.Skip();
+    DropPresses();
+}
+
+void StudyFrame::OnMenuClose(wxMenuEvent& event) {
+    event.Skip();
+    mpQuickScore->ResumeKeys();
+}
+
+int StudyFrame::ModalWatch::Enter(wxDialog* /*dialog*/) {
+    mFrame.DropPresses();
+    return wxID_NONE;
+}
+
+void StudyFrame::ModalWatch::Exit(wxDialog* /*dialog*/) {
+    mFrame.mpQuickScore->ResumeKeys();
 }
 
 void StudyFrame::OnSetFocus(wxFocusEvent& /*event*/) {
@@ -420,7 +476,7 @@ void StudyFrame::OnSetFocus(wxFocusEvent& /*event*/) {
 }
 
 void StudyFrame::OnChildFocus(wxChildFocusEvent& event) {
-    wxWindow* const window = event.GetWindow() == this ? mpQuickScore : event.GetWindow();
+    wxWindow* const window = event.GetWindow() == this ? &KeyWindow() : event.GetWindow();
     if (window != mpChildFocus) {
         VELOMIND_TRACE("StudyFrame::OnChildFocus updating mpChildFocus %s",
                        window->GetClassInfo()->GetClassName());
@@ -429,7 +485,7 @@ void StudyFrame::OnChildFocus(wxChildFocusEvent& event) {
 }
 
 void StudyFrame::OnNavigationKey(wxNavigationKeyEvent& /*event*/) {
-    GiveFocus(*mpQuickScore);
+    GiveFocus(KeyWindow());
 }
 
 void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {

@@ -2,10 +2,12 @@
 
 #include <wx/bitmap.h>
 #include <wx/frame.h>
+#include <wx/modalhook.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 #include "scheduler/Scheduler.h"
@@ -17,6 +19,7 @@ class CardViewer;
 class Database;
 class QuickScore;
 class wxBoxSizer;
+class wxPanel;
 class wxStaticText;
 
 // The window in which the user works through the cards: the front of a card, its back, a score, the
@@ -62,6 +65,23 @@ class StudyFrame : public wxFrame {
         StudyFrame& mFrame;
     };
 
+    // Takes away the press whose release a modal window of the program gets.
+    class ModalWatch : public wxModalDialogHook {
+      public:
+        explicit ModalWatch(StudyFrame& frame) : mFrame(frame) { Register(); }
+        ~ModalWatch() override { Unregister(); }
+
+      protected:
+        int Enter(wxDialog* dialog) override;
+        void Exit(wxDialog* dialog) override;
+
+      private:
+        StudyFrame& mFrame;
+    };
+
+    // Card, place in the history, whether the back is visible, and whether it is the question.
+    using StudyStep = std::tuple<CardUuid, int, bool, bool>;
+
     // What a command of the menus does, and the rule by which its entry is enabled or checked.
     void AddCommand(int id, const std::function<void(bool checked)>& run,
                     const std::function<void(wxUpdateUIEvent&)>& rule);
@@ -80,13 +100,18 @@ class StudyFrame : public wxFrame {
     bool IsCompact() const;
     std::vector<int64_t> FindCurrentRow();
 
+    // A press of a key or of the mouse that is under way does nothing when it ends.
+    void DropPresses();
     void ShowCardOrMessage(bool hasCard);
-    // The scores have come back and want the keys again.
+    // Where the keys go while nobody asks for them.
+    wxWindow& KeyWindow();
+    // The scores or the message have come and want the keys.
     void TakeKeys();
     void UpdateMessage();
     void UpdateScoreLabels();
     void UpdateScorePosition();
     void UpdateStatusTexts();
+    void SetReadyText(const wxString& ready);
     void UpdateSides(const FlashCard& card);
     // The controls paint themselves: what they show is told in words.
     void TellAccessibility();
@@ -102,6 +127,8 @@ class StudyFrame : public wxFrame {
 
     void OnClose(wxCloseEvent& event);
     void OnActivate(wxActivateEvent& event);
+    void OnMenuOpen(wxMenuEvent& event);
+    void OnMenuClose(wxMenuEvent& event);
     void OnSetFocus(wxFocusEvent& event);
     void OnChildFocus(wxChildFocusEvent& event);
     void OnNavigationKey(wxNavigationKeyEvent& event);
@@ -126,8 +153,9 @@ class StudyFrame : public wxFrame {
     wxBoxSizer* mpCardSizer = nullptr;
     CardViewer* mpCardViewer = nullptr;
     QuickScore* mpQuickScore = nullptr;
+    // Holds the message, and the keys while it is shown: without a focus the toolkit drops them.
+    wxPanel* mpMessagePanel = nullptr;
     wxStaticText* mpMessageText = nullptr;
-    wxBoxSizer* mpMessageSizer = nullptr;
     Database* mpDatabase = nullptr;
     std::unique_ptr<Scheduler> mpScheduler;
     // The card for which mDefaultScore and mBackShown hold.
@@ -136,11 +164,14 @@ class StudyFrame : public wxFrame {
     int32_t mDefaultScore = 3;
     bool mBackShown = false;
     bool mReverseStudy = false;
+    // What the window shows, for which alone a press is meant.
+    StudyStep mShownStep;
     // The child that last held the keyboard focus.
     wxWindow* mpChildFocus = nullptr;
     wxBitmap mCoverBitmap;
     bool mGivingHelp = false;
     ChangeObserver mObserver{*this};
+    ModalWatch mModalWatch{*this};
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;
 

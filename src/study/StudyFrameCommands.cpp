@@ -98,7 +98,9 @@ void StudyFrame::OnExport() {
 
 void StudyFrame::OnEdit() {
     if (HasCard()) {
-        mServices.OpenEditor(mpScheduler->GetCurrentCard());
+        // A copy, as an editor that opens may bring about another choice of card.
+        const FlashCard card = mpScheduler->GetCurrentCard();
+        mServices.OpenEditor(card);
     }
 }
 

@@ -6,8 +6,16 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 using Heard = std::vector<std::string>;
+
+// Answers for the platform which keys are down; it does not tell unless a test says so.
+struct ScoreWithKeys : QuickScore {
+    using QuickScore::QuickScore;
+    std::optional<bool> IsKeyDown(int) const override { return Down; }
+    std::optional<bool> Down;
+};
 
 struct QuickScoreTest : GuiTest {
     QuickScoreTest() {
@@ -58,7 +66,7 @@ struct QuickScoreTest : GuiTest {
     }
 
     wxFrame& mFrame = *new wxFrame(nullptr, wxID_ANY, "Score");
-    QuickScore& mScore = *new QuickScore(&mFrame, 10006);
+    ScoreWithKeys& mScore = *new ScoreWithKeys(&mFrame, 10006);
     Heard mHeard;
     int32_t mPressedInDrag = -1;
 };
@@ -116,6 +124,34 @@ TEST_F(QuickScoreTest, APressThatLosesTheFocusOrTheMouseChoosesNothing) {
     EXPECT_THAT(mHeard, ElementsAre("cursor 1", "cursor 2"));
     SendKey(mScore, WXK_RETURN);
     EXPECT_EQ(mHeard.back(), "choose 2 forward");
+}
+
+TEST_F(QuickScoreTest, AKeyThatWasHeldDownElsewhereStartsNoPress) {
+    for (const int key : {int{WXK_RETURN}, int{WXK_SPACE}, int{'4'}}) {
+        SCOPED_TRACE(key);
+        Reset(-1, 2);
+        // Down since a question that it has answered, and repeating.
+        mScore.Down = true;
+        mScore.ResumeKeys();
+        SendKeyDown(mScore, key);
+        SendKeyDown(mScore, key);
+        mScore.Down = false;
+        SendKeyUp(mScore, key);
+        EXPECT_THAT(mHeard, Not(::testing::Contains(::testing::HasSubstr("choose"))));
+        SendKeyDown(mScore, key);
+        SendKeyUp(mScore, key);
+        EXPECT_THAT(mHeard.back(), ::testing::StartsWith("choose"));
+    }
+}
+
+TEST_F(QuickScoreTest, APressThatIsDroppedLeavesTheControlReady) {
+    SendKeyDown(mScore, WXK_RETURN);
+    // A menu opens; its release is never heard of.
+    mScore.DropPress();
+    mScore.ResumeKeys();
+    EXPECT_EQ(mScore.GetPressed(), -1);
+    SendKey(mScore, WXK_RETURN);
+    EXPECT_THAT(mHeard, ElementsAre("choose 2 forward"));
 }
 
 TEST_F(QuickScoreTest, KeysOfMenusGoOnToThem) {

@@ -38,7 +38,7 @@ struct StudyFrameTest : FrameTest<StudyFrame> {
 
     // The message, or the two sides: "f1|" with a covered back, "f1/b1", "f1/b1 scored 4".
     wxString State() {
-        if (Message().IsShown()) {
+        if (Message().IsShownOnScreen()) {
             return Viewer().IsShown() || Scores().IsShown() ? "both" : "message";
         }
         const int mark = Scores().GetMark();

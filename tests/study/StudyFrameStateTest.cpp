@@ -116,6 +116,27 @@ TEST_F(StudyFrameState, WithoutACardAMessageSaysWhy) {
     EXPECT_TRUE(WaitFor([&] { return Scores().HasFocus(); }));
 }
 
+TEST_F(StudyFrameState, APressMeansWhatItShowedWhenItBegan) {
+    InsertCards(2);
+    Open();
+    SendKeyDown(Scores(), '5');
+    Command(wxID_FORWARD);
+    SendKeyUp(Scores(), '5');
+    EXPECT_EQ(State(), "f1/b1");
+    EXPECT_EQ(Query("SELECT count(*) FROM Cards WHERE Introduced"), Strings{"0"});
+}
+
+TEST_F(StudyFrameState, NothingIsSaidOfACardThatIsGone) {
+    InsertCards(1);
+    Open();
+    EXPECT_EQ(StatusText(1), "Try to remember");
+    Query("DELETE FROM Cards");
+    mDatabase.Notify();
+    DrainEvents();
+    EXPECT_EQ(State(), "message");
+    EXPECT_EQ(StatusText(0) + StatusText(1), "");
+}
+
 TEST_F(StudyFrameState, StatusTextsFitTheWindowAndTakeTurnsWithTheHelpOfTheMenus) {
     InsertCards(1);
     Open(wxSize(240, 480));
