@@ -16,7 +16,7 @@ MACHINE_CALLS = re.compile(
     r"|Read(Int|Rows)|VisitReady|SelectReadyCount|SelectIntBindInt|CardSelectRowIdsOrder"
     r"|(Read|Write)\w+Setting")
 LABEL = re.compile(r"[A-Z][a-z]+\W*\Z|.*(\w\s+[\w(\"']|&\w|\w:|\w\.\.\.)", re.DOTALL)
-SQL = re.compile(r"\b(SELECT|INSERT|UPDATE|DELETE|CREATE|WHERE|ORDER BY|LIKE|VALUES|ON Cards)\b")
+SQL = re.compile(r"\b(SELECT|INSERT|UPDATE|DELETE|CREATE|WHERE|ORDER BY|LIKE|VALUES|ON Cards|FROM Cards|INDEXED|LIMIT)\b")
 ADDRESS = re.compile(r"://|[?&]\w+=")
 # By the end of the file's name.
 ALLOWED = {
@@ -39,6 +39,8 @@ ALLOWED = {
     "CardList.cpp": {"Front", "Back"},
     # The program, its maker, and the category that each store begins with.
     "": {"Velomind", "Ostrel"},
+    # The first bytes of a store.
+    "VelomindApp.cpp": {"SQLite format 3\\0"},
     "CardCollector.cpp": {"Default"}, "CurrentCategory.cpp": {"Default"},
     "EditFrame.cpp": {"Default"}, "Export.cpp": {"Default"}, "ImportRecord.h": {"Default"}}
 
