@@ -109,6 +109,8 @@ void SendKey(wxWindow& window, int keyCode) {
 void SendMouse(wxWindow& window, wxEventType type, const wxPoint& point, int rotation) {
     wxMouseEvent event(type);
     event.SetPosition(point);
+    // A motion of these tests is a drag.
+    event.m_leftDown = type == wxEVT_LEFT_DOWN || type == wxEVT_MOTION;
     event.m_wheelRotation = rotation;
     event.m_wheelDelta = 120;
     event.m_linesPerAction = 3;
