@@ -99,23 +99,6 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_EQ(mScheduler.GetReadyCount() + mScheduler.GetHistoryCount(), 0);
 }
 
-TEST_F(SchedulerTest, ARescoreStaysWithItsCardWhenOthersHaveGone) {
-    InsertRow({"a", F, 8000000, 7.5e6f, 0});
-    for (const char* const name : {"b", "c", "d", "e"}) {
-        InsertRow({name, F, -1, 5.0f, *name});
-    }
-    mScheduler.SetDirections(F);
-    for (int i = 0; i < 5; ++i) {
-        mScheduler.ScoreCard(5);
-    }
-    mScheduler.SetHistoryIndex(3);
-    Query("DELETE FROM Cards WHERE Front IN ('c', 'd', 'e')");
-    mScheduler.Refresh();
-    EXPECT_EQ(mScheduler.GetCurrentCard().Front, "b");
-    mScheduler.ScoreCard(3);
-    EXPECT_EQ(Query("SELECT ReviewInterval FROM Cards WHERE Front = 'b'"), Strings{"3600.0"});
-}
-
 // Both ends of 64 bits: the future is not due, the past has waited for longer than anything.
 TEST_F(SchedulerTest, DamagedTimesSaturate) {
     InsertRow({"damaged", F, 9, 1e6f, 0});

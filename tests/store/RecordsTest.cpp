@@ -78,18 +78,16 @@ TEST(Records, TheTimesOfAScheduleSaturate) {
     constexpr int64_t kLast = 2000000000000;
     constexpr int64_t kEnd = std::numeric_limits<int64_t>::max();
     const auto time = [](int64_t milliseconds) { return wxDateTime(wxLongLong(milliseconds)); };
-    const std::tuple<int64_t, float, int64_t> cases[] = {
-        {kLast, 59.9f, kLast + 59000},
-        {kLast, -1.5f, kLast - 1000},
-        {kLast, 3e9f, kLast + 3e12},
-        {kLast, -3e9f, kLast - 3e12},
-        {kLast, NAN, kLast},
-        {kLast, INFINITY, kEnd},
-        {kEnd, 5.0f, kEnd},
-        {-kEnd, -5.0f, -kEnd},
-        {-kLast, -INFINITY, -kEnd},
-        {kEnd, -INFINITY, 0},
-    };
+    const std::tuple<int64_t, float, int64_t> cases[] = {{kLast, 59.9f, kLast + 59000},
+                                                         {kLast, -1.5f, kLast - 1000},
+                                                         {kLast, 3e9f, kLast + 3e12},
+                                                         {kLast, -3e9f, kLast - 3e12},
+                                                         {kLast, NAN, kLast},
+                                                         {kLast, INFINITY, kEnd},
+                                                         {kEnd, 5.0f, kEnd},
+                                                         {-kEnd, -5.0f, -kEnd},
+                                                         {-kLast, -INFINITY, -kEnd},
+                                                         {kEnd, -INFINITY, 0}};
     for (const auto& [last, interval, next] : cases) {
         EXPECT_EQ((CardSchedule{true, time(last), 0, interval}.NextReview()), time(next));
     }
