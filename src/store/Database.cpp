@@ -5,8 +5,10 @@
 
 #include <wx/intl.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "base/Trace.h"
 #include "base/Utf8.h"
@@ -64,6 +66,33 @@ sqlite3_stmt* Database::GetStatement(const wxString& sql) {
     }
     mStatements.emplace(sql, statement);
     return statement;
+}
+
+int Database::PrepareAnew(sqlite3_stmt*& statement) {
+    const Lock lock(mMutex);
+    const auto known = std::find_if(mStatements.begin(), mStatements.end(),
+                                    [&](const auto& entry) { return entry.second == statement; });
+    sqlite3_stmt* fresh = nullptr;
+    if (known == mStatements.end() ||
+        sqlite3_prepare(mpHandle, ToUtf8(known->first).c_str(), -1, &fresh, nullptr) != SQLITE_OK) {
+        return -1;
+    }
+    known->second = fresh;
+    for (const auto* const texts : {&GlobalTexts(), &CardTexts()}) {
+        for (const PreparedText& text : *texts) {
+            if (this->*text.Member == statement) {
+                this->*text.Member = fresh;
+            }
+        }
+    }
+    auto used = mStatementsInUse.extract(statement);
+    if (!used.empty()) {
+        used.key() = fresh;
+        mStatementsInUse.insert(std::move(used));
+    }
+    sqlite3_finalize(statement);
+    statement = fresh;
+    return 0;
 }
 
 int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {

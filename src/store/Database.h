@@ -149,6 +149,9 @@ class Database : public Subject {
 
     // For StatementRun. GetStatement prepares a text once; when that fails the whole store closes.
     sqlite3_stmt* GetStatement(const wxString& sql);
+    // Puts a new statement of the same text in the place of one that a change of the schema has
+    // outdated, and finalises that. Returns 0, or -1 with the old statement in its place.
+    int PrepareAnew(sqlite3_stmt*& statement);
     // Marks the statement as used by that run, or as free with null. Gives -1 and changes nothing
     // when the statement is empty or is so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <string>
+#include <utility>
 
 #include "base/Utf8.h"
 #include "store/CardUuid.h"
@@ -11,9 +11,24 @@
 
 namespace {
 
-int BindResult(int result) {
-    return result == SQLITE_OK ? 0 : -1;
-}
+// Gives a bound value to the engine; the result is the engine's.
+struct Binder {
+    sqlite3_stmt* Statement;
+    int Index;
+
+    int operator()(std::monostate) const { return SQLITE_OK; }
+    int operator()(int32_t value) const { return sqlite3_bind_int(Statement, Index, value); }
+    int operator()(int64_t value) const { return sqlite3_bind_int64(Statement, Index, value); }
+    int operator()(double value) const { return sqlite3_bind_double(Statement, Index, value); }
+    int operator()(const std::string& text) const {
+        if (text.length() > static_cast<size_t>(std::numeric_limits<int>::max())) {
+            return SQLITE_TOOBIG;
+        }
+        // The length is given, so that a text with a NUL in it is stored whole.
+        return sqlite3_bind_text(Statement, Index, text.data(), static_cast<int>(text.length()),
+                                 SQLITE_TRANSIENT);
+    }
+};
 
 }  // namespace
 
@@ -32,26 +47,31 @@ StatementRun::~StatementRun() {
     }
 }
 
+int StatementRun::Bind(int index, BoundValue value) {
+    if (std::visit(Binder{mpStatement, index}, value) != SQLITE_OK) {
+        return -1;
+    }
+    if (mBound.empty()) {
+        mBound.resize(static_cast<size_t>(sqlite3_bind_parameter_count(mpStatement)));
+    }
+    mBound[static_cast<size_t>(index) - 1] = std::move(value);
+    return 0;
+}
+
 int StatementRun::BindInt(int index, int32_t value) {
-    return BindResult(sqlite3_bind_int(mpStatement, index, value));
+    return Bind(index, value);
 }
 
 int StatementRun::BindInt64(int index, int64_t value) {
-    return BindResult(sqlite3_bind_int64(mpStatement, index, value));
+    return Bind(index, value);
 }
 
 int StatementRun::BindDouble(int index, double value) {
-    return BindResult(sqlite3_bind_double(mpStatement, index, value));
+    return Bind(index, value);
 }
 
 int StatementRun::BindText(int index, const wxString& text) {
-    const std::string bytes = ToUtf8(text);
-    if (bytes.length() > static_cast<size_t>(std::numeric_limits<int>::max())) {
-        return -1;
-    }
-    // The length is given, so that a text with a NUL in it is stored whole.
-    return BindResult(sqlite3_bind_text(mpStatement, index, bytes.data(),
-                                        static_cast<int>(bytes.length()), SQLITE_TRANSIENT));
+    return Bind(index, ToUtf8(text));
 }
 
 int StatementRun::BindTime(int index, const wxDateTime& time) {
@@ -66,15 +86,18 @@ int StatementRun::BindTime(int index, const wxDateTime& time) {
 
 int StatementRun::BindUuid(int index, const CardUuid& uuid) {
     const std::array<char, 36> text = UuidText(uuid);
-    return BindResult(sqlite3_bind_text(mpStatement, index, text.data(),
-                                        static_cast<int>(text.size()), SQLITE_TRANSIENT));
+    return Bind(index, std::string(text.data(), text.size()));
 }
 
 int StatementRun::Step(const wxString& label) {
     if (mpStatement == nullptr) {
         return -1;
     }
-    const int result = sqlite3_step(mpStatement);
+    int result = sqlite3_step(mpStatement);
+    if ((result & 0xFF) == SQLITE_ERROR && PrepareAnew()) {
+        result = sqlite3_step(mpStatement);
+    }
+    mHasStepped = true;
     switch (result & 0xFF) {
         case SQLITE_DONE:
             mDone = true;
@@ -85,6 +108,19 @@ int StatementRun::Step(const wxString& label) {
         default:
             return mDatabase.ReportStepFailure(mpStatement, label, result);
     }
+}
+
+bool StatementRun::PrepareAnew() {
+    // Rows that were handed out already must not come again. The engine does not ask for it either:
+    // while a statement reads, nobody else changes the file.
+    if (mHasStepped || (sqlite3_reset(mpStatement) & 0xFF) != SQLITE_SCHEMA ||
+        mDatabase.PrepareAnew(mpStatement) != 0) {
+        return false;
+    }
+    int index = 0;
+    return std::all_of(mBound.begin(), mBound.end(), [&](const BoundValue& value) {
+        return std::visit(Binder{mpStatement, ++index}, value) == SQLITE_OK;
+    });
 }
 
 int32_t StatementRun::ColumnInt(int index) const {

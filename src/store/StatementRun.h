@@ -5,7 +5,10 @@
 #include <wx/string.h>
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <variant>
+#include <vector>
 
 class CardUuid;
 class Database;
@@ -13,6 +16,10 @@ class Database;
 // One execution of a prepared statement. It marks the statement as in use while it lives and resets
 // it at its end, so a statement stepped for one row only is ready again at once. A second run on a
 // statement in use gets an empty handle, and each of its operations fails harmlessly.
+//
+// When another program has changed the schema of the file (VACUUM, CREATE INDEX), the engine
+// refuses the first step of every statement prepared before. The run then has the statement
+// prepared anew, once, binds the same values and steps again.
 class StatementRun {
   public:
     StatementRun(Database& database, sqlite3_stmt* statement);
@@ -53,7 +60,17 @@ class StatementRun {
     int ColumnUuid(int index, CardUuid& uuid) const;
 
   private:
+    // A value as it was bound; the empty one was not.
+    using BoundValue = std::variant<std::monostate, int32_t, int64_t, double, std::string>;
+
+    int Bind(int index, BoundValue value);
+    // After a failed step: true when the statement was outdated and is ready to be stepped again.
+    bool PrepareAnew();
+
     Database& mDatabase;
     sqlite3_stmt* mpStatement;
     bool mDone = false;
+    bool mHasStepped = false;
+    // One for each parameter of the statement once any is bound.
+    std::vector<BoundValue> mBound;
 };

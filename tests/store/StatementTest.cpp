@@ -44,16 +44,45 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
     EXPECT_LT(mDatabase.InsertFlashCard(card), 0);
     EXPECT_EQ(mDatabase.GetLastErrorCode(), SQLITE_CONSTRAINT_PRIMARYKEY);
     EXPECT_EQ(mDatabase.GetLastError(), "UNIQUE constraint failed: Cards.CardId");
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(StorePath().utf8_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    Database other(mReport);
+    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
+    ASSERT_EQ(other.Execute("BEGIN EXCLUSIVE"), 0);
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), -SQLITE_BUSY);
-    sqlite3_close(other);
+    other.Close();
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
     EXPECT_EQ(mReport.Texts,
               (std::vector<wxString>{"Problem accessing flash cards (UNIQUE constraint failed: "
                                      "Cards.CardId/InsertFlashCard)",
                                      "Problem accessing flash cards (5/UpdateFlashCard)"}));
+}
+
+// The engine then refuses whatever was prepared before.
+TEST_F(StatementTest, AnotherProgramMayChangeTheSchema) {
+    FlashCard card = Insert(MakeCard("front", "back"));
+    std::vector<int64_t> rowIds;
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, "Front", rowIds), 0);
+    for (const char* sql : {"VACUUM", "CREATE INDEX a ON Cards(Notes)", "DROP INDEX a",
+                            "ALTER TABLE Cards ADD COLUMN a DEFAULT 1"}) {
+        SCOPED_TRACE(sql);
+        StatementRun unused = Run("SELECT 1");
+        Query(sql);
+        card.Front = sql;
+        card.Forward.ReviewInterval = 7.5f;
+        EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
+        EXPECT_EQ(Stored(card.CardId).Front, sql);
+        Query("REINDEX; CREATE TABLE b (x); DROP TABLE b");
+        EXPECT_EQ(Stored(card.CardId).Forward.ReviewInterval, 7.5f);
+        EXPECT_EQ(mDatabase.CategoryInsert(sql), 0);
+        EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, "Front", rowIds), 0);
+    }
+    EXPECT_EQ(rowIds, std::vector<int64_t>(5, 1));
+    EXPECT_TRUE(mReport.Texts.empty());
+    // What cannot be prepared anew is told as any failure, and the next one finds the way back.
+    Query("ALTER TABLE Cards RENAME TO b");
+    EXPECT_LT(mDatabase.UpdateFlashCard(card), 0);
+    EXPECT_EQ(mReport.Texts.size(), 1U);
+    Query("ALTER TABLE b RENAME TO Cards");
+    EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
 }
 
 TEST_F(StatementTest, ATextThatCannotBePreparedClosesTheStore) {
