@@ -1,7 +1,9 @@
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <utility>
 
 // Owns a file descriptor of the system and closes it.
@@ -28,3 +30,13 @@ class FileDescriptor {
   private:
     int mDescriptor = -1;
 };
+
+// Makes a change of the file's name last, as the directory keeps it. A file system that cannot is
+// no reason to fail.
+inline void SyncDirectory(const std::filesystem::path& file) {
+    const FileDescriptor directory(
+        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.IsOpen()) {
+        ::fsync(directory.Get());
+    }
+}

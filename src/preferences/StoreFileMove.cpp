@@ -15,6 +15,7 @@
 
 #include "base/FileDescriptor.h"
 #include "base/Utf8.h"
+#include "store/Database.h"
 
 namespace {
 
@@ -22,9 +23,7 @@ namespace fs = std::filesystem;
 
 using Block = std::array<char, 1 << 16>;
 
-// The engine's own files beside a store. One that was left behind would be played back into
-// whatever store has the name next.
-constexpr const char* kCompanions[] = {"-journal", "-wal", "-shm"};
+constexpr const auto& kCompanions = Database::kCompanions;
 
 fs::path ToPath(const wxString& path) {
     return fs::u8path(ToUtf8(path));
@@ -145,15 +144,6 @@ int CompareBytes(int source, int target) {
         if (count == 0) {
             return 0;
         }
-    }
-}
-
-// Makes a change of names in the directory last. A file system that cannot is no reason to fail.
-void SyncDirectory(const fs::path& file) {
-    const FileDescriptor directory(
-        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.IsOpen()) {
-        ::fsync(directory.Get());
     }
 }
 

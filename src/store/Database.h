@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 #include <wx/string.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -39,6 +40,10 @@ using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
 // fails without touching anything. All operations return 0 or more on success and a negative value
 // on failure, with results through out arguments. Every statement commits by itself.
 //
+// A file may come from anywhere and is data, never code: nothing in its schema is run. Triggers and
+// views are switched off, and a file whose cards, categories or values would be computed by the
+// schema (a check, a generated column, an index on an expression) is refused.
+//
 // Whoever changes cards or categories calls Notify once the change is complete. One operation runs
 // at a time: a recursive mutex is held inside each, because update handlers of windows behind a
 // modal dialog may run while a worker writes.
@@ -48,9 +53,15 @@ class Database : public Subject {
     explicit Database(FatalErrorReport& report);
     ~Database() override;
 
+    // What the engine adds to a store's name for files of its own beside it. One that was left
+    // behind would be played back into whatever store has the name next.
+    static constexpr std::array<const char*, 3> kCompanions = {"-journal", "-wal", "-shm"};
+
     // Opens or creates the store file, and upgrades one of the first schema while wait keeps the
     // person informed. The path is made absolute; an empty path and one that begins with "file:"
-    // are refused. Returns 0, or a negative value and a closed Database with the file as it was.
+    // are refused. Where no file is, or an empty one, a new store appears whole: it is made under
+    // another name beside it. Each table and index is read once, so that a damaged one is found
+    // here. Returns 0, or a negative value and a closed Database with the file as it was.
     int Open(const wxString& path, UpgradeWait& wait);
     // Finalises every statement and closes the handle. Harmless on a closed Database, and without
     // effect while one is being opened.
@@ -178,14 +189,18 @@ class Database : public Subject {
 
     // The steps of Open, in their order. Each gives 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);
-    int OpenHandle(const wxString& path);
+    int CreateStoreFile(const wxString& file, UpgradeWait& wait);
+    int OpenFile(const wxString& file, UpgradeWait& wait);
+    int OpenHandle(const wxString& file);
+    int CheckSchema();
+    int CheckSchemaTexts();
     int FindTable(const char* sql, bool& found);
     // A file whose tables cannot serve the store is left as it is.
     int CheckCardTables();
     int CreateCardTables();
-    int EnsureGlobals();
     int BringToVersion(UpgradeWait& wait);
     int UpgradeFirstSchema(UpgradeWait& wait);
+    int ReadEachTree();
 
     // Shapes that several operations share. A missing row is -1 for ReadInt.
     int ReadInt(StatementRun& run, int32_t& value, const wxString& label);

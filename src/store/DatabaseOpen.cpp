@@ -1,21 +1,29 @@
 // Opening a store file: recognising it, creating it, and bringing it to the present schema.
 
+#include <unistd.h>
 #include <wx/filefn.h>
 #include <wx/intl.h>
 #include <wx/log.h>
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <system_error>
+#include <utility>
 
+#include "base/FileDescriptor.h"
 #include "base/Numbers.h"
 #include "base/Utf8.h"
+#include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/DatabaseUpgradeThread.h"
 #include "store/SearchFunctions.h"
 #include "store/StoreSchema.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 // The absolute form of a path, or the empty text for one that names no store: nothing at all, an
 // address of the engine's own kind, or a text that no file name can hold as it stands.
@@ -32,19 +40,67 @@ wxString StorePath(const wxString& path) {
     return directory.empty() ? wxString() : directory + wxFILE_SEP_PATH + path;
 }
 
-// False for what the engine would treat as an empty file or wait on: a device, a pipe, a directory,
-// and a file of a single byte, which it takes for its own mark on an empty one.
-bool CanBeStore(const wxString& path) {
-    const std::filesystem::path file = std::filesystem::u8path(ToUtf8(path));
+enum class FileKind { kNone, kEmpty, kFilled, kUnfit };
+
+// Unfit is what the engine would treat as an empty file or wait on: a device, a pipe, a directory,
+// and a file of a single byte, which it takes for its own mark on an empty one. So is an empty file
+// that is not to be written.
+FileKind KindOf(const fs::path& file) {
     std::error_code error;
-    switch (std::filesystem::status(file, error).type()) {
-        case std::filesystem::file_type::not_found:
-            return true;
-        case std::filesystem::file_type::regular:
-            return std::filesystem::file_size(file, error) != 1;
+    switch (fs::status(file, error).type()) {
+        case fs::file_type::not_found:
+            return FileKind::kNone;
+        case fs::file_type::regular:
+            break;
         default:
-            return false;
+            return FileKind::kUnfit;
     }
+    const std::uintmax_t size = fs::file_size(file, error);
+    if (error || size == 1) {
+        return FileKind::kUnfit;
+    }
+    if (size != 0) {
+        return FileKind::kFilled;
+    }
+    return ::access(file.c_str(), W_OK) == 0 ? FileKind::kEmpty : FileKind::kUnfit;
+}
+
+bool IsNew(FileKind kind) {
+    return kind == FileKind::kNone || kind == FileKind::kEmpty;
+}
+
+// The file that a link stands for, whether it exists or not.
+fs::path FollowLinks(fs::path file) {
+    constexpr int kMostLinks = 40;
+    std::error_code error;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(file, error); ++i) {
+        file = file.parent_path() / fs::read_symlink(file, error);
+    }
+    return file;
+}
+
+void RemoveCompanions(const fs::path& store) {
+    for (const char* const suffix : Database::kCompanions) {
+        std::error_code error;
+        fs::remove(fs::path(store) += suffix, error);
+    }
+}
+
+// Gives a finished store the name of a file that does not exist or is empty.
+bool PutInPlace(const fs::path& made, const fs::path& target) {
+    const FileKind kind = KindOf(target);
+    if (!IsNew(kind)) {
+        return false;
+    }
+    std::error_code error;
+    if (kind == FileKind::kEmpty) {
+        fs::permissions(made, fs::status(target, error).permissions(), error);
+    }
+    // Of a store that stood here before, and so the engine would play them back into this one.
+    RemoveCompanions(target);
+    fs::rename(made, target, error);
+    SyncDirectory(target);
+    return !error;
 }
 
 // True when the file does not end with a whole page. The engine looks only at the number of pages,
@@ -66,6 +122,35 @@ bool IsCutOff(sqlite3* handle) {
     // 65536 does not fit into the two bytes and is written as 1.
     const int pageSize = stored == 1 ? 65536 : stored;
     return pageSize == 0 || size % pageSize != 0;
+}
+
+// Whatever a schema can carry that would run, and foreign keys, whose actions change other rows. An
+// engine older than a switch does not know what it switches off either.
+constexpr std::pair<int, int> kSwitches[] = {
+#ifdef SQLITE_DBCONFIG_DEFENSIVE
+    {SQLITE_DBCONFIG_DEFENSIVE, 1},
+#endif
+#ifdef SQLITE_DBCONFIG_TRUSTED_SCHEMA
+    {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+#endif
+#ifdef SQLITE_DBCONFIG_ENABLE_VIEW
+    {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+#endif
+#ifdef SQLITE_DBCONFIG_ENABLE_TRIGGER
+    {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+#endif
+#ifdef SQLITE_DBCONFIG_ENABLE_FKEY
+    {SQLITE_DBCONFIG_ENABLE_FKEY, 0},
+#endif
+};
+
+// Where the engine is stopped while it reads a schema and this program looks it through: enough for
+// some two thousand objects.
+constexpr int kStepsPerCall = 1000;
+constexpr int kMostSchemaCalls = 30;
+
+int CountCall(void* calls) {
+    return ++*static_cast<int*>(calls) > kMostSchemaCalls ? 1 : 0;
 }
 
 wxString IndexName(wxString columns) {
@@ -92,40 +177,81 @@ int Database::Open(const wxString& path, UpgradeWait& wait) {
 }
 
 int Database::OpenSteps(const wxString& path, UpgradeWait& wait) {
-    if (OpenHandle(path) < 0) {
+    const wxString file = StorePath(path);
+    const FileKind kind = file.empty() ? FileKind::kUnfit : KindOf(fs::u8path(ToUtf8(file)));
+    if (kind == FileKind::kUnfit || (IsNew(kind) && CreateStoreFile(file, wait) < 0)) {
         return -1;
     }
+    return OpenFile(file, wait);
+}
+
+int Database::CreateStoreFile(const wxString& file, UpgradeWait& wait) {
+    CardUuid unique;
+    if (GenerateUuid(unique) != 0) {
+        return -1;
+    }
+    const fs::path target = FollowLinks(fs::u8path(ToUtf8(file)));
+    const fs::path made =
+        target.parent_path() / ("velomind-" + ToUtf8(FormatUuid(unique).Left(8)) + ".new");
+    const int result = OpenFile(FromUtf8(made.u8string()), wait);
+    CloseHandle();
+    if (result < 0 || !PutInPlace(made, target)) {
+        std::error_code error;
+        fs::remove(made, error);
+        RemoveCompanions(made);
+        return -1;
+    }
+    return 0;
+}
+
+int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
     bool hasCards = false;
-    if (FindTable(kFindCardsTable, hasCards) < 0) {
-        return -1;
-    }
-    if ((hasCards ? CheckCardTables() : CreateCardTables()) < 0) {
-        return -1;
-    }
-    const int globals = EnsureGlobals();
-    if (globals < 0) {
-        return globals;
-    }
-    Prepare(GlobalTexts());
-    if (BringToVersion(wait) < 0) {
+    if (OpenHandle(file) < 0 || CheckSchema() < 0 || FindTable(kFindCardsTable, hasCards) < 0 ||
+        (hasCards ? CheckCardTables() : CreateCardTables()) < 0 || BringToVersion(wait) < 0) {
         return -1;
     }
     Prepare(CardTexts());
-    return mpHandle != nullptr ? 0 : -1;
+    return mpHandle != nullptr ? ReadEachTree() : -1;
 }
 
-int Database::OpenHandle(const wxString& path) {
-    const wxString file = StorePath(path);
-    if (file.empty() || !CanBeStore(file)) {
-        return -1;
-    }
+int Database::OpenHandle(const wxString& file) {
     const int result = sqlite3_open16(ToUtf16(file).c_str(), &mpHandle);
     if (result != SQLITE_OK || RegisterSearchFunctions(mpHandle) != SQLITE_OK) {
         KeepError();
         return -1;
     }
     sqlite3_extended_result_codes(mpHandle, 1);
+    for (const auto& [option, value] : kSwitches) {
+        sqlite3_db_config(mpHandle, option, value, nullptr);
+    }
     return 0;
+}
+
+int Database::CheckSchema() {
+    int calls = 0;
+    sqlite3_progress_handler(mpHandle, kStepsPerCall, CountCall, &calls);
+    const int result = CheckSchemaTexts();
+    // A schema that cannot be read has closed the handle.
+    if (mpHandle != nullptr) {
+        sqlite3_progress_handler(mpHandle, 0, nullptr, nullptr);
+    }
+    return result;
+}
+
+int Database::CheckSchemaTexts() {
+    SchemaReview review;
+    StatementRun run(*this, GetStatement(kSelectSchema));
+    for (;;) {
+        if (run.Step("CheckSchemaTexts") < 0) {
+            return -1;
+        }
+        if (run.IsDone()) {
+            return 0;
+        }
+        if (!review.Accepts(ToUtf8(run.ColumnText(0)))) {
+            return -1;
+        }
+    }
 }
 
 int Database::FindTable(const char* sql, bool& found) {
@@ -165,19 +291,19 @@ int Database::CreateCardTables() {
     return 0;
 }
 
-int Database::EnsureGlobals() {
-    bool found = false;
-    const int result = FindTable(kFindGlobalsTable, found);
-    if (result < 0) {
-        return result;
-    }
-    return found ? 0 : ExecuteText(kCreateGlobals);
-}
-
+// A file of the first schema is upgraded before anything else is written to it: one that cannot be
+// upgraded stays as it is.
 int Database::BringToVersion(UpgradeWait& wait) {
-    std::list<int32_t> versions;
-    if (GetGlobalInt(kVersionKey, versions) < 0) {
+    bool hasGlobals = false;
+    if (FindTable(kFindGlobalsTable, hasGlobals) < 0) {
         return -1;
+    }
+    std::list<int32_t> versions;
+    if (hasGlobals) {
+        Prepare(GlobalTexts());
+        if (GetGlobalInt(kVersionKey, versions) < 0) {
+            return -1;
+        }
     }
     if (!versions.empty() && versions.front() > kSchemaVersion) {
         return -1;
@@ -185,6 +311,10 @@ int Database::BringToVersion(UpgradeWait& wait) {
     if (versions.empty() && UpgradeFirstSchema(wait) < 0) {
         return -1;
     }
+    if (!hasGlobals && ExecuteText(kCreateGlobals) < 0) {
+        return -1;
+    }
+    Prepare(GlobalTexts());
     if (SetGlobalInt(kVersionKey, kSchemaVersion) < 0) {
         wxLogError("%s",
                    _("The selected flash card store file has been modified by a newer version "
@@ -207,10 +337,26 @@ int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     wait.WaitFor(worker);
     worker.Wait();
     mMutex.lock();
-    Prepare(GlobalTexts());
     if (result != SQLITE_OK) {
         KeepError();
         return -1;
     }
     return 0;
+}
+
+// Steps each table and index to its first row, which finds a damaged root for a few page reads
+// each.
+int Database::ReadEachTree() {
+    std::list<wxString> reads;
+    StatementRun run(*this, GetStatement(kSelectTreeReads));
+    while (run.Step("ReadEachTree") == 0 && !run.IsDone()) {
+        reads.push_back(run.ColumnText(0));
+    }
+    for (const wxString& read : reads) {
+        // An engine that does not take such a text tells nothing of the file.
+        if (ExecuteText(read) < 0 && (mLastErrorCode & 0xFF) != SQLITE_ERROR) {
+            return -1;
+        }
+    }
+    return run.IsDone() ? 0 : -1;
 }

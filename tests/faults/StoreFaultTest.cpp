@@ -1,3 +1,5 @@
+#include <wx/log.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -140,6 +142,36 @@ TEST_F(StoreFaultTest, EachFailureBeneathTheEngineIsToldAndLeavesAWholeStore) {
             }
         }
     }
+}
+
+TEST_F(StoreFaultTest, AFailureWhileAStoreIsMadeLeavesNoneOrAWholeOne) {
+    const std::filesystem::path file = StorePath().utf8_string();
+    const auto make = [&] {
+        const wxLogNull silence;
+        Database database(mReport);
+        return database.Open(StorePath(), mWait);
+    };
+    const Strings schema = Query("SELECT sql FROM sqlite_master");
+    for (int call = 0; call < FaultyVfs::kCallCount; ++call) {
+        int calls = 1;
+        for (int position = 0; position <= calls && !HasFailure(); position += 3) {
+            SCOPED_TRACE(std::to_string(call) + " at " + std::to_string(position));
+            std::filesystem::remove(file);
+            // Lasting, as if the program had ended there.
+            FaultyVfs::Arm(static_cast<FaultyVfs::Call>(call), position, true);
+            const int result = make();
+            const int made = FaultyVfs::Disarm();
+            calls = position == 0 ? made : calls;
+            EXPECT_TRUE(result < 0 || position == 0 || call == FaultyVfs::kDelete);
+            EXPECT_TRUE(!std::filesystem::exists(file) ||
+                        Query("SELECT sql FROM sqlite_master") == schema);
+            EXPECT_EQ(make(), 0);
+            EXPECT_EQ(Query("PRAGMA integrity_check"), Strings{"ok"});
+            const std::filesystem::directory_iterator files(file.parent_path());
+            EXPECT_EQ(std::distance(files, {}), 2) << "more than the store and the input";
+        }
+    }
+    EXPECT_TRUE(mReport.Texts.empty());
 }
 
 }  // namespace
