@@ -27,6 +27,25 @@ wxString MakePathFull(const wxString& path) {
     return name.GetFullPath();
 }
 
+// Asks what to open in place of a path that failed. False when the person gives up.
+bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
+    // The person is to choose, not to wait.
+    const wxBusyCursorSuspender ready;
+    DatabaseOpenFailed dialog(parent, path, mustExist);
+    if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
+        return false;
+    }
+    path = MakePathFull(dialog.GetPath());
+    mustExist = dialog.MustExist();
+    return true;
+}
+
+// What fails is told by the recovery dialog alone.
+bool TryQuietly(Database& database, const std::function<void()>& ask) {
+    const wxLogNull silence;
+    return database.Try(ask);
+}
+
 }  // namespace
 
 wxString GetDefaultStorePath() {
@@ -56,14 +75,9 @@ bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path
     wxString choice = MakePathFull(path);
     AppUpgradeWait wait(parent);
     while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
-        // The person is to choose, not to wait.
-        const wxBusyCursorSuspender ready;
-        DatabaseOpenFailed dialog(parent, choice, mustExist);
-        if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
+        if (!ChooseAnother(parent, choice, mustExist)) {
             return false;
         }
-        choice = MakePathFull(dialog.GetPath());
-        mustExist = dialog.MustExist();
     }
     OpenSettings()->Write(kPathKey, choice);
     return true;
@@ -72,5 +86,20 @@ bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path
 void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
     if (!TryOpenStoreFile(parent, database, path, mustExist)) {
         EndProcess(kExitFromRecovery);
+    }
+}
+
+void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
+    for (;;) {
+        wxString path = database.GetPath();
+        if (TryQuietly(database, ask)) {
+            return;
+        }
+        database.Close();
+        bool mustExist = true;
+        if (!ChooseAnother(nullptr, path, mustExist)) {
+            EndProcess(kExitFromRecovery);
+        }
+        OpenStoreFile(nullptr, database, path, mustExist);
     }
 }

@@ -2,6 +2,7 @@
 
 #include <wx/string.h>
 
+#include <functional>
 #include <memory>
 
 class Database;
@@ -23,3 +24,8 @@ void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, b
 
 // The same, but gives false, with the Database closed, when the person gives up.
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
+
+// Runs the questions that a window asks of the open store before it is seen. Where the store fails
+// at one of them the person chooses another, which is then asked the same; the program ends when
+// they give up.
+void AskBeforeWindows(Database& database, const std::function<void()>& ask);

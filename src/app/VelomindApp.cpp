@@ -10,6 +10,8 @@
 #include <wx/sysopt.h>
 #include <wx/utils.h>
 
+#include <algorithm>
+
 #include "app/AddCategory.h"
 #include "app/AppStoreFileActions.h"
 #include "app/Console.h"
@@ -37,6 +39,11 @@ namespace {
 
 // Where the window at hand does not take them nobody does.
 constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
+
+bool IsAnyWindowShown() {
+    return std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
+                       [](const wxWindow* window) { return window->IsShown(); });
+}
 
 wxString MakeFullPath(const wxString& path) {
     wxFileName name(path);
@@ -195,7 +202,17 @@ void VelomindApp::DisableMissingCommands() {
 
 wxFrame* VelomindApp::MakeListWindow() {
     auto* const frame = new BrowseFrame(*this);
-    frame->SetDatabase(mpDatabase.get());
+    const auto ask = [this, frame] {
+        frame->SetDatabase(nullptr);
+        frame->SetDatabase(mpDatabase.get());
+    };
+    // At the start the person may still choose another store. Later its cards stand in other
+    // windows, and a failure is fatal as any other.
+    if (IsAnyWindowShown()) {
+        ask();
+    } else {
+        AskBeforeWindows(*mpDatabase, ask);
+    }
     return frame;
 }
 

@@ -120,8 +120,10 @@ int Database::ReportStepFailure(sqlite3_stmt* statement, const wxString& label, 
         VELOMIND_TRACE("%s: unexpected result from sqlite3_step %i", label, result);
         text = wxString::Format(_("Problem accessing flash cards (%i/%s)"), result, label);
     }
-    if (!mOpening) {
-        mReport.Report(text);
+    if (mTrying) {
+        mTryFailed = true;
+    } else if (!mOpening) {
+        mReport.Report(text + "\n" + GetPath());
     }
     return -result;
 }
@@ -129,6 +131,18 @@ int Database::ReportStepFailure(sqlite3_stmt* statement, const wxString& label, 
 void Database::KeepError() {
     mLastErrorCode = sqlite3_extended_errcode(mpHandle);
     mLastErrorText = FromUtf8(sqlite3_errmsg(mpHandle));
+}
+
+bool Database::Try(const std::function<void()>& ask) {
+    const auto setTrying = [this](bool trying) {
+        const Lock lock(mMutex);
+        mTrying = trying;
+        return IsOpen() && !mTryFailed;
+    };
+    mTryFailed = false;
+    setTrying(true);
+    ask();
+    return setTrying(false);
 }
 
 int Database::Execute(const wxString& sql) {

@@ -69,6 +69,11 @@ class Database : public Subject {
     // False also while a file is only being opened.
     bool IsOpen() const;
 
+    // Runs questions to the open store whose failure is a result and not the program's end. True
+    // when every step of theirs succeeded and the store is still open. A list that is asked for
+    // counts only with the cards of its first page.
+    bool Try(const std::function<void()>& ask);
+
     // Card writes. A card without an identity is not inserted: -1.
     int InsertFlashCard(const FlashCard& card);
     int UpdateFlashCard(const FlashCard& card);
@@ -166,8 +171,8 @@ class Database : public Subject {
     // Marks the statement as used by that run, or as free with null. Gives -1 and changes nothing
     // when the statement is empty or is so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
-    // Tells the report of a failed step and gives the step's negative result. While a store is
-    // being opened a failed step is only a failed open, and nothing is reported.
+    // Tells the report of a failed step and of the store's path, and gives the step's negative
+    // result. While a store is being opened or tried nothing is reported.
     int ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result);
 
   private:
@@ -214,6 +219,7 @@ class Database : public Subject {
                          int32_t& count, const wxString& label);
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
                    const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
+    void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, const wxString& order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.
@@ -223,6 +229,9 @@ class Database : public Subject {
     sqlite3* mpHandle = nullptr;
     // Open runs: a failed step is then no fatal error, and nobody else may use the handle.
     bool mOpening = false;
+    // Try runs: a failed step is kept here instead of being reported.
+    bool mTrying = false;
+    bool mTryFailed = false;
     // Prepared texts. They live until the store closes.
     std::map<wxString, sqlite3_stmt*> mStatements;
     // Statements in use, with the run that uses each.

@@ -1,5 +1,7 @@
 // Row ids for list views, whole or searched, in any order.
 
+#include <algorithm>
+
 #include "base/Utf8.h"
 #include "base/WideText.h"
 #include "store/CardRows.h"
@@ -48,10 +50,23 @@ int Database::CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
     const Lock lock(mMutex);
     StatementRun run(*this,
                      OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order));
-    if (run.BindInt(1, categoryId) < 0) {
+    if (run.BindInt(1, categoryId) < 0 || ReadInt64Rows(run, rowIds) < 0) {
         return -1;
     }
-    return ReadInt64Rows(run, rowIds);
+    if (mTrying) {
+        ReadFirstCards(rowIds);
+    }
+    return 0;
+}
+
+// Reads the cards that a window draws as soon as it comes. Try keeps a step that fails; a card that
+// cannot be understood is shown as such in its row.
+void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
+    constexpr size_t kFirstPage = 50;
+    std::list<FlashCard> cards;
+    for (size_t i = 0; i < std::min(rowIds.size(), kFirstPage); ++i) {
+        SelectCardByRowId(rowIds[i], cards);
+    }
 }
 
 int Database::SearchRowIdsOrder(const wxString& text, const wxString& order,

@@ -103,49 +103,12 @@ TEST_F(CardStoreTest, AWorkerAndTheMainThreadMayUseTheStoreAtOnce) {
 TEST_F(CardStoreTest, AClosedStoreRefusesEveryCallAndReportsNothing) {
     const FlashCard card = Insert(MakeCard("front", "back"));
     mDatabase.Close();
-    std::list<FlashCard> cards;
-    std::list<Category> categories;
-    std::list<wxString> values;
     std::vector<int64_t> rowIds;
     int32_t number = 0;
-    const wxDateTime now(time_t{1});
-    const auto visit = [](const ReadyRow&) {};
-    Database& store = mDatabase;
-    EXPECT_THAT((std::vector<int>{store.InsertFlashCard(card),
-                                  store.UpdateFlashCard(card),
-                                  store.DeleteCard(card.CardId),
-                                  store.CardDeleteByRowId(1),
-                                  store.CardUpdateCategory(1, 0),
-                                  store.UpdateFlashCardCategory(0, 1),
-                                  store.SelectCardByRowId(1, cards),
-                                  store.SelectCardById(card.CardId, cards),
-                                  store.SelectCardsByFrontBack("", "", cards),
-                                  store.SelectEarlyForward(0, cards),
-                                  store.SelectReadySortByNextReview(0, now, visit),
-                                  store.SelectRReadySortByRNextReview(0, now, visit),
-                                  store.SelectMaxErc(0, number),
-                                  store.CountAllCards(number),
-                                  store.SelectCategoryIdCount(0, number),
-                                  store.CountForward(0, number),
-                                  store.CountReverse(0, number),
-                                  store.CountIntroducedForward(0, number),
-                                  store.CountIntroducedReverse(0, number),
-                                  store.SelectCardIdCount(card.CardId, number),
-                                  store.SelectReadyCountForward(0, now, number),
-                                  store.SelectReadyCountReverse(0, now, number),
-                                  store.SelectMaxIntroductionOrder(0, number),
-                                  store.CardSelectRowIdsOrder(0, "Front", rowIds),
-                                  store.SelectRowIdById(card.CardId, rowIds),
-                                  store.SearchRowIdsOrder("f", "Front", rowIds),
-                                  store.SearchRowIdsOrder(0, "f", "Front", rowIds),
-                                  store.SelectAllCategories(categories),
-                                  store.SelectCategoryById(0, categories),
-                                  store.SelectCategoryByName("", categories),
-                                  store.CategoryInsert("new"),
-                                  store.UpdateCategory({0, "new"}),
-                                  store.DeleteCategory(0),
-                                  store.GetGlobal("key", values),
-                                  store.SetGlobal("key", "value")}),
-                ::testing::Each(::testing::Lt(0)));
+    EXPECT_LT(mDatabase.UpdateFlashCard(card), 0);
+    EXPECT_LT(mDatabase.SelectMaxErc(0, number), 0);
+    EXPECT_LT(mDatabase.SearchRowIdsOrder("f", "Front", rowIds), 0);
+    EXPECT_LT(mDatabase.CategoryInsert("new"), 0);
+    EXPECT_LT(mDatabase.SetGlobal("key", "value"), 0);
     EXPECT_TRUE(mReport.Texts.empty());
 }

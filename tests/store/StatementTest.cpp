@@ -1,5 +1,6 @@
 #include <sqlite3.h>
 
+#include "store/StoreReadLock.h"
 #include "support/StoreFixture.h"
 
 struct StatementTest : StoreFixture {
@@ -51,9 +52,11 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
     other.Close();
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
     EXPECT_EQ(mReport.Texts,
-              (std::vector<wxString>{"Problem accessing flash cards (UNIQUE constraint failed: "
-                                     "Cards.CardId/InsertFlashCard)",
-                                     "Problem accessing flash cards (5/UpdateFlashCard)"}));
+              (std::vector<wxString>{
+                  "Problem accessing flash cards (UNIQUE constraint failed: "
+                  "Cards.CardId/InsertFlashCard)\n" +
+                      StorePath(),
+                  "Problem accessing flash cards (5/UpdateFlashCard)\n" + StorePath()}));
 }
 
 // The engine then refuses whatever was prepared before.
@@ -83,6 +86,21 @@ TEST_F(StatementTest, AnotherProgramMayChangeTheSchema) {
     EXPECT_EQ(mReport.Texts.size(), 1U);
     Query("ALTER TABLE b RENAME TO Cards");
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
+}
+
+TEST_F(StatementTest, AReadLockKeepsOtherProgramsFromWritingAndTheStoreReadable) {
+    Database other(mReport);
+    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
+    {
+        const StoreReadLock lock(mDatabase);
+        EXPECT_LT(other.Execute("DELETE FROM Globals WHERE Key='x'"), 0);
+        int32_t count = 0;
+        EXPECT_EQ(mDatabase.SelectCategoryIdCount(0, count), 0);
+    }
+    // The store does not open while another program writes.
+    EXPECT_EQ(other.Execute("BEGIN EXCLUSIVE"), 0);
+    mDatabase.Close();
+    EXPECT_LT(mDatabase.Open(StorePath(), mWait), 0);
 }
 
 TEST_F(StatementTest, ATextThatCannotBePreparedClosesTheStore) {
