@@ -12,8 +12,6 @@
 #include <wx/utils.h>
 
 #include <algorithm>
-#include <iterator>
-#include <string_view>
 
 #include "app/AddCategory.h"
 #include "app/AppStoreFileActions.h"

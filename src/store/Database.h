@@ -193,7 +193,7 @@ class Database : public Subject {
 
     // The steps of Open, in their order. Each gives 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);
-    int CreateFile(const wxString& file, UpgradeWait& wait);
+    int CreateStoreFile(const wxString& file, UpgradeWait& wait);
     int OpenFile(const wxString& file, UpgradeWait& wait);
     int OpenHandle(const wxString& file);
     int CheckSchema();
@@ -205,15 +205,6 @@ class Database : public Subject {
     int BringToVersion(UpgradeWait& wait);
     int UpgradeFirstSchema(UpgradeWait& wait);
     int ReadEachTree();
-
-    // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
-    // as -1, of the cards that the scheduler asks for. Always 0: where nothing can be written, as
-    // in a read-only file, such a card goes on counting as due.
-    int MendNextReviews();
-    int WriteCard(const FlashCard& card);
-    // Turns the identity into the form in which the statements look for it. Gives the number of
-    // rows changed, or -1.
-    int LowerCardId(const CardUuid& id);
 
     // Shapes that several operations share. A missing row is -1 for ReadInt.
     int ReadInt(StatementRun& run, int32_t& value, const wxString& label);
@@ -227,7 +218,7 @@ class Database : public Subject {
                          int32_t& count, const wxString& label);
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
                    const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
-    int ReadFirstCards(const std::vector<int64_t>& rowIds);
+    void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, const wxString& order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.

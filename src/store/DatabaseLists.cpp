@@ -53,19 +53,20 @@ int Database::CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
     if (run.BindInt(1, categoryId) < 0 || ReadInt64Rows(run, rowIds) < 0) {
         return -1;
     }
-    return mTrying ? ReadFirstCards(rowIds) : 0;
+    if (mTrying) {
+        ReadFirstCards(rowIds);
+    }
+    return 0;
 }
 
-// Reads the cards that a window draws as soon as it comes, and those have to be good too.
-int Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
+// Reads the cards that a window draws as soon as it comes. Try keeps a step that fails; a card that
+// cannot be understood is shown as such in its row.
+void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
     constexpr size_t kFirstPage = 50;
     std::list<FlashCard> cards;
     for (size_t i = 0; i < std::min(rowIds.size(), kFirstPage); ++i) {
-        if (SelectCardByRowId(rowIds[i], cards) < 0) {
-            return -1;
-        }
+        SelectCardByRowId(rowIds[i], cards);
     }
-    return 0;
 }
 
 int Database::SearchRowIdsOrder(const wxString& text, const wxString& order,

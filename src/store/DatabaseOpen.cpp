@@ -144,18 +144,13 @@ constexpr std::pair<int, int> kSwitches[] = {
 #endif
 };
 
-// Stops the engine once it has taken this many steps to read a schema, enough for some thousand
-// objects.
+// Where the engine is stopped while it reads a schema and this program looks it through: enough for
+// some two thousand objects.
 constexpr int kStepsPerCall = 1000;
 constexpr int kMostSchemaCalls = 30;
 
 int CountCall(void* calls) {
     return ++*static_cast<int*>(calls) > kMostSchemaCalls ? 1 : 0;
-}
-
-wxString Quoted(wxString name) {
-    name.Replace("\"", "\"\"");
-    return "\"" + name + "\"";
 }
 
 wxString IndexName(wxString columns) {
@@ -184,13 +179,13 @@ int Database::Open(const wxString& path, UpgradeWait& wait) {
 int Database::OpenSteps(const wxString& path, UpgradeWait& wait) {
     const wxString file = StorePath(path);
     const FileKind kind = file.empty() ? FileKind::kUnfit : KindOf(fs::u8path(ToUtf8(file)));
-    if (kind == FileKind::kUnfit || (IsNew(kind) && CreateFile(file, wait) < 0)) {
+    if (kind == FileKind::kUnfit || (IsNew(kind) && CreateStoreFile(file, wait) < 0)) {
         return -1;
     }
     return OpenFile(file, wait);
 }
 
-int Database::CreateFile(const wxString& file, UpgradeWait& wait) {
+int Database::CreateStoreFile(const wxString& file, UpgradeWait& wait) {
     CardUuid unique;
     if (GenerateUuid(unique) != 0) {
         return -1;
@@ -216,10 +211,7 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
         return -1;
     }
     Prepare(CardTexts());
-    if (mpHandle == nullptr || MendNextReviews() != 0) {
-        return -1;
-    }
-    return ReadEachTree();
+    return mpHandle != nullptr ? ReadEachTree() : -1;
 }
 
 int Database::OpenHandle(const wxString& file) {
@@ -356,12 +348,9 @@ int Database::UpgradeFirstSchema(UpgradeWait& wait) {
 // each.
 int Database::ReadEachTree() {
     std::list<wxString> reads;
-    StatementRun run(*this, GetStatement(kSelectTrees));
+    StatementRun run(*this, GetStatement(kSelectTreeReads));
     while (run.Step("ReadEachTree") == 0 && !run.IsDone()) {
-        const bool isIndex = run.ColumnText(0) == "index";
-        reads.push_back("SELECT 1 FROM " + Quoted(run.ColumnText(2)) +
-                        (isIndex ? " INDEXED BY " + Quoted(run.ColumnText(1)) : " NOT INDEXED") +
-                        " LIMIT 1;");
+        reads.push_back(run.ColumnText(0));
     }
     for (const wxString& read : reads) {
         // An engine that does not take such a text tells nothing of the file.

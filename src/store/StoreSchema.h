@@ -73,10 +73,12 @@ constexpr const char* kCardIndexes[] = {
 // Every text of the schema that a file has, whatever it calls the object that it makes.
 constexpr char kSelectSchema[] = "SELECT sql FROM sqlite_master WHERE sql NOT NULL;";
 
-// The tables and indexes that a statement of ours may read or write.
-constexpr char kSelectTrees[] =
-    "SELECT type, name, tbl_name FROM sqlite_master WHERE type IN ('table','index') AND tbl_name "
-    "COLLATE NOCASE IN ('Cards','Categories','Globals');";
+// A text for each table and index that a statement of ours may read or write: it asks for the first
+// row of the one and of nothing else.
+constexpr char kSelectTreeReads[] =
+    "SELECT printf('SELECT 1 FROM \"%w\" ' || CASE type WHEN 'index' THEN 'INDEXED BY \"%w\"' ELSE"
+    " 'NOT INDEXED' END || ' LIMIT 1;', tbl_name, name) FROM sqlite_master WHERE type IN"
+    " ('table','index') AND tbl_name COLLATE NOCASE IN ('Cards','Categories','Globals');";
 
 // The first schema had card ids with upper-case digits.
 constexpr char kUpgradeFirstSchema[] = "UPDATE Cards SET CardId=LOWER(CardId)";

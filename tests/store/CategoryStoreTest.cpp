@@ -45,12 +45,12 @@ TEST_F(CategoryStoreTest, TheLookupSeesNamesAsTheStoreDoes) {
 TEST_F(CategoryStoreTest, AGlobalValueIsWrittenOnlyWhenItChanges) {
     EXPECT_EQ(mDatabase.SetGlobal("key", "1"), 0);
     EXPECT_EQ(mDatabase.SetGlobalInt("key", -20), 0);
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(StorePath().utf8_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    Database other(mReport);
+    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
+    ASSERT_EQ(other.Execute("BEGIN IMMEDIATE"), 0);
     EXPECT_EQ(mDatabase.SetGlobalInt("key", -20), 0);
     EXPECT_LT(mDatabase.SetGlobalInt("key", -21), 0);
-    sqlite3_close(other);
+    other.Close();
     std::list<int32_t> numbers;
     EXPECT_EQ(mDatabase.GetGlobalInt("key", numbers), 0);
     EXPECT_EQ(numbers, std::list<int32_t>{-20});

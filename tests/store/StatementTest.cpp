@@ -1,5 +1,6 @@
 #include <sqlite3.h>
 
+#include "store/StoreReadLock.h"
 #include "support/StoreFixture.h"
 
 struct StatementTest : StoreFixture {
@@ -47,11 +48,11 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
     EXPECT_LT(mDatabase.InsertFlashCard(card), 0);
     EXPECT_EQ(mDatabase.GetLastErrorCode(), SQLITE_CONSTRAINT_PRIMARYKEY);
     EXPECT_EQ(mDatabase.GetLastError(), "UNIQUE constraint failed: Cards.CardId");
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(StorePath().utf8_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    Database other(mReport);
+    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
+    ASSERT_EQ(other.Execute("BEGIN EXCLUSIVE"), 0);
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), -SQLITE_BUSY);
-    sqlite3_close(other);
+    other.Close();
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
     EXPECT_EQ(mReport.Texts,
               (std::vector<wxString>{
@@ -88,6 +89,21 @@ TEST_F(StatementTest, AnotherProgramMayChangeTheSchema) {
     EXPECT_EQ(mReport.Texts.size(), 1U);
     Query("ALTER TABLE b RENAME TO Cards");
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
+}
+
+TEST_F(StatementTest, AReadLockKeepsOtherProgramsFromWritingAndTheStoreReadable) {
+    Database other(mReport);
+    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
+    {
+        const StoreReadLock lock(mDatabase);
+        EXPECT_LT(other.Execute("DELETE FROM Globals WHERE Key='x'"), 0);
+        int32_t count = 0;
+        EXPECT_EQ(mDatabase.SelectCategoryIdCount(0, count), 0);
+    }
+    // The store does not open while another program writes.
+    EXPECT_EQ(other.Execute("BEGIN EXCLUSIVE"), 0);
+    mDatabase.Close();
+    EXPECT_LT(mDatabase.Open(StorePath(), mWait), 0);
 }
 
 TEST_F(StatementTest, ATextThatCannotBePreparedClosesTheStore) {
