@@ -12,6 +12,8 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 #include "app/AddCategory.h"
 #include "app/AppStoreFileActions.h"

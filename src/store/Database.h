@@ -206,6 +206,15 @@ class Database : public Subject {
     int UpgradeFirstSchema(UpgradeWait& wait);
     int ReadEachTree();
 
+    // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
+    // as -1, of the cards that the scheduler asks for. Always 0: where nothing can be written, as
+    // in a read-only file, such a card goes on counting as due.
+    int MendNextReviews();
+    int WriteCard(const FlashCard& card);
+    // Turns the identity into the form in which the statements look for it. Gives the number of
+    // rows changed, or -1.
+    int LowerCardId(const CardUuid& id);
+
     // Shapes that several operations share. A missing row is -1 for ReadInt.
     int ReadInt(StatementRun& run, int32_t& value, const wxString& label);
     int SelectInt(sqlite3_stmt* statement, int32_t& value);

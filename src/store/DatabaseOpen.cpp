@@ -211,7 +211,10 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
         return -1;
     }
     Prepare(CardTexts());
-    return mpHandle != nullptr ? ReadEachTree() : -1;
+    if (mpHandle == nullptr || MendNextReviews() != 0) {
+        return -1;
+    }
+    return ReadEachTree();
 }
 
 int Database::OpenHandle(const wxString& file) {
