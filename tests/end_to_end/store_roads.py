@@ -12,26 +12,32 @@ class StoreRoad(RoadTest):
     def test_a_store_that_fails_at_the_first_list_can_be_left(self):
         self.sandbox.let_read_windows()
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
-        # The last page of the file becomes one of the index that the list goes by.
+        # The first card of the list is in the midst of the file, and the index that the list goes
+        # by ends it: both far from what opening reads.
         with sqlite3.connect(self.sandbox.store) as connection:
             connection.executescript(
                 "DROP INDEX Cards_CategoryId_IntroductionOrder;"
-                "INSERT INTO Cards (CardId, CategoryId) SELECT a.CardId || b.CardId, 0"
+                "INSERT INTO Cards (CardId, CategoryId, IntroductionOrder)"
+                " SELECT a.CardId || b.CardId, 0, 999"
                 " FROM Cards AS a, Cards AS b LIMIT 9000;"
+                "UPDATE Cards SET IntroductionOrder = -1, Notes = '!!!!' WHERE ROWID = 4500;"
                 "CREATE INDEX Cards_CategoryId_IntroductionOrder"
                 " ON Cards (CategoryId,IntroductionOrder)")
         connection.close()
-        damaged = self.sandbox.store_bytes()[:-4096] + bytes(4096)
-        with open(self.sandbox.store, "wb") as file:
-            file.write(damaged)
-        program = self.sandbox.start()
-        for button in ("Retry", "Exit"):
-            program.wait_window(RECOVERY)
-            program.wait_text("Unable to open the flash card store file.")
-            program.wait_text(self.sandbox.store)
-            program.click(button)
-        self.assertEqual(255, program.wait())
-        self.assertEqual(damaged, self.sandbox.store_bytes())
+        whole = self.sandbox.store_bytes()
+        for place in (whole.index("!!!!".encode("utf-16-le")), len(whole) - 1):
+            page = place // 4096 * 4096
+            damaged = whole[:page] + bytes(4096) + whole[page + 4096:]
+            with open(self.sandbox.store, "wb") as file:
+                file.write(damaged)
+            program = self.sandbox.start()
+            for button in ("Retry", "Exit"):
+                program.wait_window(RECOVERY)
+                program.wait_text("Unable to open the flash card store file.")
+                program.wait_text(self.sandbox.store)
+                program.click(button)
+            self.assertEqual(255, program.wait())
+            self.assertEqual(damaged, self.sandbox.store_bytes())
 
     def test_a_store_locked_by_another_process_is_fatal(self):
         self.sandbox.let_read_windows()
