@@ -21,6 +21,8 @@
 #include "app/TextCommands.h"
 #include "app/Version1Import.h"
 #include "exchange/ImportInput.h"
+#include "exchange/ImportMessages.h"
+#include "exchange/ImportSource.h"
 #include "exchange/dialogs/ExportOptionsDialog.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "list/BrowseFrame.h"
@@ -124,12 +126,22 @@ bool VelomindApp::ImportFile(const wxString& path) {
         PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
         return false;
     }
+    // Before a start that would roll back a journal, and with it end it.
+    if (IsDatabaseFile(file)) {
+        PrintError(DatabaseFileMessage(path));
+        return false;
+    }
     if (!mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
         PrintError(_("Velomind runs already. Nothing was imported."));
         return false;
     }
     mInstance.Listen([this] { ComeToFront(); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
+    if (BelongsToStore(*mpDatabase, file)) {
+        PrintError(DatabaseFileMessage(path));
+        mpDatabase.reset();
+        return false;
+    }
     ImportInput input;
     input.FileName = file;
     input.Format = ImportFormat::kDelimited;

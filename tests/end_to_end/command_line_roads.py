@@ -33,6 +33,30 @@ class CommandLineRoad(RoadTest):
         program.wait_window(LIST_WINDOW)
         self.assertEqual(0, program.quit())
 
+    def refuse(self, path):
+        program = self.sandbox.start("--import", path)
+        self.assertEqual(1, program.wait())
+        self.assertIn("is a store of flash cards or belongs to one", program.error_text())
+        self.assertTrue(os.path.lexists(self.sandbox.path(path)), path)
+
+    def test_a_store_is_neither_imported_nor_deleted(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        before = self.sandbox.store_bytes()
+        symbolic, hard = self.sandbox.path("symbolic.txt"), self.sandbox.path("hard.txt")
+        os.symlink(self.sandbox.store, symbolic)
+        os.link(self.sandbox.store, hard)
+        with open(self.sandbox.store + "-journal", "wb"):
+            pass
+        copy = self.sandbox.write("copy.txt", before)
+        for path in (self.sandbox.store, symbolic, hard, self.sandbox.store + "-journal", copy,
+                     os.path.relpath(self.sandbox.store, self.sandbox.root)):
+            self.refuse(path)
+        self.assertEqual(before, self.sandbox.store_bytes())
+        # One that is to become a store only by being opened.
+        empty = self.sandbox.write("empty.vlm", "")
+        self.sandbox.set_setting("DatabasePath", empty)
+        self.refuse(empty)
+
     def test_an_unknown_option_is_refused(self):
         program = self.sandbox.start("--nonsense")
         self.assertEqual(1, program.wait())
