@@ -64,8 +64,13 @@ bool VelomindApp::OnInit() {
     if (!wxApp::OnInit()) {
         return false;
     }
-    if (!mAllDone && !mInstance.BecomeFirst(SingleInstance::Greeting::CallToFront)) {
-        mAllDone = true;
+    if (!mAllDone) {
+        const auto standing = mInstance.BecomeFirst(SingleInstance::Greeting::CallToFront);
+        if (standing == SingleInstance::Standing::Unclear) {
+            PrintError(mInstance.GetProblem());
+            return false;
+        }
+        mAllDone = standing == SingleInstance::Standing::Second;
     }
     if (mAllDone) {
         return true;
@@ -131,9 +136,15 @@ bool VelomindApp::ImportFile(const wxString& path) {
         PrintError(DatabaseFileMessage(path));
         return false;
     }
-    if (!mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
-        PrintError(_("Velomind runs already. Nothing was imported."));
-        return false;
+    switch (mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
+        case SingleInstance::Standing::First:
+            break;
+        case SingleInstance::Standing::Second:
+            PrintError(_("Velomind runs already. Nothing was imported."));
+            return false;
+        case SingleInstance::Standing::Unclear:
+            PrintError(mInstance.GetProblem());
+            return false;
     }
     mInstance.Listen([this] { ComeToFront(); });
     mpDatabase = OpenAtStart(mFatalErrorReport);

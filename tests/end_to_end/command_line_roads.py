@@ -1,5 +1,6 @@
 """What the program does with its command line, and with a second start."""
 
+import fcntl
 import os
 import unittest
 
@@ -24,6 +25,23 @@ class CommandLineRoad(RoadTest):
         # What the first held is free again.
         self.assertEqual(0, self.sandbox.run("--import", words))
         self.assertEqual(110, self.sandbox.card_count())
+
+    def test_a_start_that_cannot_tell_whether_it_is_the_first_does_nothing(self):
+        words = self.sandbox.sample("french.txt")
+        lock = os.path.join(self.sandbox.runtime, "velomind.lock")
+        with open(lock, "wb") as file:
+            fcntl.flock(file, fcntl.LOCK_EX)
+            held = self.sandbox.start("--import", words)
+            self.assertEqual(1, held.wait())
+            self.assertIn("does not answer", held.error_text())
+        os.remove(lock)
+        os.mkdir(lock)
+        for arguments in ((), ("--import", words)):
+            program = self.sandbox.start(*arguments)
+            self.assertEqual(1, program.wait())
+            self.assertIn("cannot be locked: Is a directory", program.error_text())
+        self.assertTrue(os.path.exists(words))
+        self.assertFalse(os.path.exists(self.sandbox.store))
 
     def test_a_start_after_a_kill_is_the_first_again(self):
         program = self.sandbox.start()
