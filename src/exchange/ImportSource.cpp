@@ -144,7 +144,7 @@ bool ImportSource::OpenTable(wchar_t delimiter, ImportResult& result) {
     for (size_t i = 0; i < reader->GetColumnCount(); ++i) {
         const wxString& name = reader->GetColumnName(i);
         AttributeInfo info;
-        if (!LookupSpelledAttribute(name, info)) {
+        if (!LookupAttribute(name, info)) {
             result.LineNumber = reader->GetLineNumber();
             return result.Fail(UnknownAttributeMessage(name));
         }
