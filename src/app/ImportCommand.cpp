@@ -3,7 +3,11 @@
 #include <wx/filedlg.h>
 #include <wx/intl.h>
 
+#include <filesystem>
+#include <string>
+
 #include "app/Version1Import.h"
+#include "base/Utf8.h"
 #include "exchange/dialogs/ImportDialog.h"
 #include "shell/AppServices.h"
 #include "store/Database.h"
@@ -21,6 +25,17 @@ bool ChooseFile(wxWindow* parent, wxString& path) {
 }
 
 }  // namespace
+
+bool BelongsToStore(Database& database, const wxString& path) {
+    namespace fs = std::filesystem;
+    const std::string store = ToUtf8(database.GetPath());
+    const fs::path file = fs::u8path(ToUtf8(path));
+    std::error_code error;
+    return database.IsStoreFile(path) ||
+           fs::equivalent(fs::u8path(store + "-journal"), file, error) ||
+           fs::equivalent(fs::u8path(store + "-wal"), file, error) ||
+           fs::equivalent(fs::u8path(store + "-shm"), file, error);
+}
 
 void RunImportCommand(wxWindow* parent, AppServices& services, Database& database,
                       FatalErrorReport& report, const std::vector<wxString>& version1Places) {

@@ -58,53 +58,93 @@ wxString FindRuntimeDirectory() {
     if (wxGetEnv("XDG_RUNTIME_DIR", &session) && IsPrivateDirectory(session.utf8_string())) {
         return session;
     }
-    const std::string own = "/tmp/velomind-" + std::to_string(geteuid());
+    const std::string user = std::to_string(geteuid());
+    const std::string own = "/tmp/velomind-" + user;
     // It may be there already; whose it is and who may enter is looked at in any case.
     mkdir(own.c_str(), S_IRWXU);
-    return IsPrivateDirectory(own) ? wxString::FromUTF8(own) : wxString();
+    for (const std::string& directory : {"/run/user/" + user, own}) {
+        if (IsPrivateDirectory(directory)) {
+            return wxString::FromUTF8(directory);
+        }
+    }
+    return wxString();
 }
 
 SingleInstance::~SingleInstance() {
     StopListening();
 }
 
-bool SingleInstance::BecomeFirst(Greeting greeting) {
+SingleInstance::Standing SingleInstance::BecomeFirst(Greeting greeting) {
+    if (mLock.IsOpen()) {
+        return Standing::First;
+    }
     const wxStopWatch watch;
-    while (!TakeLock()) {
-        if (!mProblem.empty() || Greet(greeting)) {
-            return false;
+    Lock lock = TakeLock();
+    while (lock == Lock::Held) {
+        if (Greet(greeting)) {
+            return Standing::Second;
         }
         if (watch.Time() > kPatienceMilliseconds) {
-            mProblem = wxString::Format(_("The lock \"%s\" is held, but no program answers there."),
-                                        LockPath());
-            return false;
+            mProblem = wxString::Format(
+                _("Velomind seems to run already, but does not answer: \"%s\" is locked."),
+                LockPath());
+            return Standing::Unclear;
         }
         wxMilliSleep(kRetryMilliseconds);
+        lock = TakeLock();
     }
-    return true;
+    if (lock == Lock::Impossible) {
+        return Standing::Unclear;
+    }
+    if (Greet(Greeting::None)) {
+        // A process that is just ending, or one whose lock file was cleaned away while it runs.
+        wxMilliSleep(kRetryMilliseconds);
+        if (Greet(greeting)) {
+            mLock.Close();
+            return Standing::Second;
+        }
+    }
+    return Standing::First;
 }
 
-bool SingleInstance::TakeLock() {
-    if (mLock.IsOpen() || mDirectory.empty()) {
-        return true;
+SingleInstance::Lock SingleInstance::TakeLock() {
+    if (mDirectory.empty()) {
+        mProblem =
+            _("It cannot be told whether Velomind runs already, as there is no directory that is "
+              "yours alone. Set XDG_RUNTIME_DIR to one.");
+        return Lock::Impossible;
     }
-    // Never removed: a process that waits for a removed file would lock nothing. A link could lead
-    // to a file of somebody else, and a pipe would wait for its other end.
-    FileDescriptor file(open(LockPath().utf8_str(),
-                             O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
+    const std::string path = LockPath().utf8_string();
+    // Never removed: a process that waits for a removed file would lock nothing.
+    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
                              S_IRUSR | S_IWUSR));
-    if (!file.IsOpen()) {
-        return RefuseLock(errno);
+    struct stat opened {};
+    if (!file.IsOpen() || fstat(file.Get(), &opened) != 0) {
+        return Refuse(wxSysErrorMsgStr(static_cast<unsigned long>(errno)));
     }
-    struct stat info {};
-    if (fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid()) {
-        return RefuseLock(EPERM);
+    if (!S_ISREG(opened.st_mode) || opened.st_uid != geteuid()) {
+        return Refuse(_("it is no plain file of yours"));
     }
     if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
-        return errno != EWOULDBLOCK && RefuseLock(errno);
+        // A file system without locks cannot tell of another process.
+        return errno == EWOULDBLOCK ? Lock::Held
+                                    : Refuse(wxSysErrorMsgStr(static_cast<unsigned long>(errno)));
+    }
+    struct stat named {};
+    if (lstat(path.c_str(), &named) != 0 || named.st_ino != opened.st_ino ||
+        named.st_dev != opened.st_dev) {
+        // Somebody has cleaned it away since it was opened, and the name stands for another by now.
+        return Lock::Held;
     }
     mLock = std::move(file);
-    return true;
+    return Lock::Taken;
+}
+
+SingleInstance::Lock SingleInstance::Refuse(const wxString& reason) {
+    mProblem = wxString::Format(
+        _("It cannot be told whether Velomind runs already, as \"%s\" cannot be locked: %s."),
+        LockPath(), reason);
+    return Lock::Impossible;
 }
 
 bool SingleInstance::RefuseLock(int error) {
@@ -129,6 +169,10 @@ bool SingleInstance::Greet(Greeting greeting) const {
         send(caller.Get(), &kCallToFront, sizeof(kCallToFront), MSG_NOSIGNAL);
     }
     return true;
+}
+
+wxString SingleInstance::LockPath() const {
+    return mDirectory + "/velomind.lock";
 }
 
 wxString SingleInstance::SocketPath() const {

@@ -8,13 +8,15 @@
 
 #include "base/FileDescriptor.h"
 
-// The user's private directory for what lives no longer than a session: XDG_RUNTIME_DIR, or one of
-// our own under /tmp. Empty when neither can be trusted to be the user's alone.
+// The user's private directory for what lives no longer than a session: XDG_RUNTIME_DIR, or what
+// that is by custom for a program that was started outside of the session, or one of our own under
+// /tmp. Empty when none can be trusted to be the user's alone.
 wxString FindRuntimeDirectory();
 
 // Sees to it that the program runs once for each user. The first process holds a lock, which the
 // system takes back however the process ends, and listens on a socket beside it; a later one finds
-// the lock held and can call the first to the front. Without a directory every process is a first.
+// the lock held and can call the first to the front. A process that cannot find out whether there
+// is another must not work on the store.
 class SingleInstance : private wxEventLoopSourceHandler {
   public:
     enum class Greeting {
@@ -24,15 +26,22 @@ class SingleInstance : private wxEventLoopSourceHandler {
         None
     };
 
+    enum class Standing {
+        First,
+        // There is another process, which has been greeted.
+        Second,
+        // It cannot be told whether there is another, or one that does not answer; see GetProblem.
+        Unclear
+    };
+
     explicit SingleInstance(const wxString& directory) : mDirectory(directory) {}
     ~SingleInstance() override;
 
-    // True if this process is the first, or has been already. False if another is, which then has
-    // been greeted; the other need not answer, so a busy one keeps nobody waiting. One that is just
-    // starting or ending is given two seconds.
-    bool BecomeFirst(Greeting greeting);
-    // Returns why BecomeFirst gave false although no other process answered: the lock is held by
-    // somebody who does not listen, or is no file of ours. Empty when another process has answered.
+    // A first process stays the first when it asks again. The other process need not answer a
+    // greeting, so a busy one keeps nobody waiting. One that is just starting or ending is given
+    // two seconds.
+    Standing BecomeFirst(Greeting greeting);
+    // What keeps the standing unclear, as a text for the user.
     const wxString& GetProblem() const { return mProblem; }
 
     // The first process listens from here on; the function is called by the event loop of the main
@@ -45,9 +54,10 @@ class SingleInstance : private wxEventLoopSourceHandler {
     void OnWriteWaiting() override {}
     void OnExceptionWaiting() override {}
 
-    bool TakeLock();
-    // Keeps the reason, a system's error number. Returns false.
-    bool RefuseLock(int error);
+    enum class Lock { Taken, Held, Impossible };
+
+    Lock TakeLock();
+    Lock Refuse(const wxString& reason);
     bool Greet(Greeting greeting) const;
     wxString LockPath() const;
     wxString SocketPath() const;

@@ -26,6 +26,8 @@
 #include "app/TextCommands.h"
 #include "app/Version1Import.h"
 #include "exchange/ImportInput.h"
+#include "exchange/ImportMessages.h"
+#include "exchange/ImportSource.h"
 #include "exchange/dialogs/ExportOptionsDialog.h"
 #include "exchange/dialogs/ImportWithProgress.h"
 #include "list/BrowseFrame.h"
@@ -86,12 +88,13 @@ bool VelomindApp::OnInit() {
     if (!wxApp::OnInit()) {
         return false;
     }
-    if (!mAllDone && !mInstance.BecomeFirst(SingleInstance::Greeting::CallToFront)) {
-        if (!mInstance.GetProblem().empty()) {
+    if (!mAllDone) {
+        const auto standing = mInstance.BecomeFirst(SingleInstance::Greeting::CallToFront);
+        if (standing == SingleInstance::Standing::Unclear) {
             PrintError(mInstance.GetProblem());
             return false;
         }
-        mAllDone = true;
+        mAllDone = standing == SingleInstance::Standing::Second;
     }
     if (mAllDone) {
         return true;
@@ -152,25 +155,25 @@ bool VelomindApp::ImportFile(const wxString& path) {
         PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
         return false;
     }
-    // An import deletes its file, and a store is no list.
+    // Before a start that would roll back a journal, and with it end it.
     if (IsDatabaseFile(file)) {
-        PrintError(wxString::Format(
-            _("The file \"%s\" is a store and no list of flash cards. Nothing was imported."),
-            path));
+        PrintError(DatabaseFileMessage(path));
         return false;
     }
-    if (!mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
-        const wxString& problem = mInstance.GetProblem();
-        PrintError(problem.empty() ? _("Velomind runs already. Nothing was imported.") : problem);
-        return false;
+    switch (mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
+        case SingleInstance::Standing::First:
+            break;
+        case SingleInstance::Standing::Second:
+            PrintError(_("Velomind runs already. Nothing was imported."));
+            return false;
+        case SingleInstance::Standing::Unclear:
+            PrintError(mInstance.GetProblem());
+            return false;
     }
     mInstance.Listen([this] { ComeToFront(); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
-    // A store that was empty has become a database only now.
-    if (mpDatabase->IsStoreFile(file)) {
-        PrintError(wxString::Format(
-            _("The file \"%s\" is a store and no list of flash cards. Nothing was imported."),
-            path));
+    if (BelongsToStore(*mpDatabase, file)) {
+        PrintError(DatabaseFileMessage(path));
         mpDatabase.reset();
         return false;
     }

@@ -72,11 +72,7 @@ bool Find(std::wstring_view name, AttributeInfo& info) {
 
 }  // namespace
 
-bool LookupAttribute(const wxString& lowerName, AttributeInfo& info) {
-    return Find({lowerName.wc_str(), lowerName.length()}, info);
-}
-
-bool LookupSpelledAttribute(const wxString& name, AttributeInfo& info) {
+bool LookupAttribute(const wxString& name, AttributeInfo& info) {
     const size_t length = name.length();
     std::array<wchar_t, LongestName()> lower{};
     if (length > lower.size()) {

@@ -42,7 +42,5 @@ constexpr uint32_t AttributeMask(bool schedule, bool reverse, int code) {
     return uint32_t{1} << (code + (schedule ? 12 : 0) + (schedule && reverse ? 6 : 0));
 }
 
-// Finds the attribute of a name, which must be in lower case. False when no attribute has it.
-bool LookupAttribute(const wxString& lowerName, AttributeInfo& info);
-// The same for a name in any case of letters, of any length.
-bool LookupSpelledAttribute(const wxString& name, AttributeInfo& info);
+// Finds the attribute of a name in any case of letters and of any length. False when none has it.
+bool LookupAttribute(const wxString& name, AttributeInfo& info);

@@ -32,6 +32,12 @@ wxString UnreadableFileMessage(const wxString& fileName) {
     return wxString::Format(_("Unable to read flash cards: %s"), fileName);
 }
 
+wxString DatabaseFileMessage(const wxString& fileName) {
+    return wxString::Format(_("The file \"%s\" is a store of flash cards or belongs to one, and is "
+                              "not imported.  A store is opened in the options."),
+                            fileName);
+}
+
 wxString StoreMessage(const wxString& format, Database& database) {
     return wxString::Format(format, database.GetLastErrorCode(), database.GetLastError());
 }

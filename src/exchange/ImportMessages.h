@@ -10,6 +10,8 @@ wxString NamedMessage(const wxString& format, const wxString& name);
 wxString UnknownAttributeMessage(const wxString& name);
 wxString RepeatedAttributeMessage();
 wxString UnreadableFileMessage(const wxString& fileName);
+// The file is a store, or the engine keeps it beside one.
+wxString DatabaseFileMessage(const wxString& fileName);
 
 // A text with places for the number and the text of the store's last error.
 wxString StoreMessage(const wxString& format, Database& database);

@@ -53,6 +53,10 @@ class Pass {
 };
 
 bool Pass::Run() {
+    // Not even looked into: to close another handle on the file drops the engine's locks.
+    if (mDatabase.IsStoreFile(mInput.FileName)) {
+        return mResult.Fail(DatabaseFileMessage(mInput.FileName));
+    }
     const StoreReadLock lock(mDatabase);
     return mCategories.Load() && mSource.Open(mInput, mResult) && ReadRecords();
 }

@@ -45,7 +45,7 @@ bool ImportRecord::Read(const CardRecordReader& reader, Database& database, Impo
 
 bool ImportRecord::Add(const CardAttribute& attribute, Database& database, ImportResult& result) {
     AttributeInfo info;
-    if (!LookupSpelledAttribute(attribute.Name, info)) {
+    if (!LookupAttribute(attribute.Name, info)) {
         return result.Fail(UnknownAttributeMessage(attribute.Name));
     }
     if ((Mask & info.Mask) != 0) {

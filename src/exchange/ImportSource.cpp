@@ -4,6 +4,13 @@
 #include <wx/intl.h>
 #include <wx/wfstream.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "base/Utf8.h"
 #include "exchange/AttributeTable.h"
 #include "exchange/CharSource.h"
 #include "exchange/DelimitedReader.h"
@@ -20,7 +27,47 @@ namespace {
 // so far and nothing of the kind further on is shown in another encoding than it is imported in.
 constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
 
+namespace fs = std::filesystem;
+using namespace std::string_view_literals;
+
+// How a database, its journal and its write-ahead log of either byte order begin.
+constexpr std::string_view kDatabaseMark = "SQLite format 3\0"sv;
+constexpr std::string_view kMarks[] = {kDatabaseMark, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7"sv,
+                                       "\x37\x7F\x06\x82"sv, "\x37\x7F\x06\x83"sv};
+constexpr std::string_view kCompanions[] = {"-journal"sv, "-wal"sv, "-shm"sv};
+
+bool BeginsWith(const fs::path& path, std::string_view mark) {
+    std::string bytes(mark.size(), ' ');
+    std::ifstream file(path, std::ios::binary);
+    return file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
+}
+
+// What the engine has to keep beside a database may be empty or begin with anything.
+bool IsBesideDatabase(const std::string& path) {
+    for (const std::string_view companion : kCompanions) {
+        const size_t length = path.size() - std::min(path.size(), companion.size());
+        if (std::string_view(path).substr(length) == companion &&
+            BeginsWith(fs::u8path(path.substr(0, length)), kDatabaseMark)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
+
+bool IsDatabaseFile(const wxString& path) {
+    // A link to such a file is one too.
+    std::error_code error;
+    const fs::path file = fs::canonical(fs::u8path(ToUtf8(path)), error);
+    // Others may never end, or not even begin.
+    if (error || !fs::is_regular_file(file, error)) {
+        return false;
+    }
+    return IsBesideDatabase(file.u8string()) ||
+           std::any_of(std::begin(kMarks), std::end(kMarks),
+                       [&file](std::string_view mark) { return BeginsWith(file, mark); });
+}
 
 ImportSource::ImportSource(bool isPreview) : mIsPreview(isPreview) {}
 
@@ -41,6 +88,9 @@ bool ImportSource::Open(const ImportInput& input, ImportResult& result) {
     mFileName = input.FileName;
     if (input.Format == ImportFormat::kVersion1Store) {
         return OpenVersion1Store(input, result);
+    }
+    if (IsDatabaseFile(mFileName)) {
+        return result.Fail(DatabaseFileMessage(mFileName));
     }
     if (!OpenText(result)) {
         return false;
@@ -94,7 +144,7 @@ bool ImportSource::OpenTable(wchar_t delimiter, ImportResult& result) {
     for (size_t i = 0; i < reader->GetColumnCount(); ++i) {
         const wxString& name = reader->GetColumnName(i);
         AttributeInfo info;
-        if (!LookupSpelledAttribute(name, info)) {
+        if (!LookupAttribute(name, info)) {
             result.LineNumber = reader->GetLineNumber();
             return result.Fail(UnknownAttributeMessage(name));
         }

@@ -10,6 +10,10 @@ struct ImportInput;
 struct ImportResult;
 class wxInputStream;
 
+// True for a database of the store's engine, whoever made it, and for the engine's own files beside
+// one. None of them is a text to import. Looks at the first bytes and at the name.
+bool IsDatabaseFile(const wxString& path);
+
 // A file that is being imported: its bytes, its characters and the reader of its records, freed in
 // the opposite order.
 class ImportSource {

@@ -3,11 +3,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
+
 #include "support/GuiTest.h"
 
 namespace {
 
 using Greeting = SingleInstance::Greeting;
+using Standing = SingleInstance::Standing;
 
 struct SingleInstanceTest : GuiTest {
     wxString Directory() const { return mRuntime.Path(wxString()); }
@@ -20,11 +23,11 @@ TEST_F(SingleInstanceTest, ASecondStartCallsTheFirstAndIsNotKeptWaiting) {
     // What a killed process leaves behind is not in the way.
     WriteBytes(Directory() + "/velomind.socket", "");
     SingleInstance first(Directory());
-    ASSERT_TRUE(first.BecomeFirst(Greeting::CallToFront));
+    ASSERT_EQ(first.BecomeFirst(Greeting::CallToFront), Standing::First);
     first.Listen([this] { ++mCalls; });
 
     SingleInstance probing(Directory());
-    EXPECT_FALSE(probing.BecomeFirst(Greeting::None));
+    EXPECT_EQ(probing.BecomeFirst(Greeting::None), Standing::Second);
     DrainEvents();
     EXPECT_EQ(mCalls, 0);
 
@@ -32,10 +35,38 @@ TEST_F(SingleInstanceTest, ASecondStartCallsTheFirstAndIsNotKeptWaiting) {
     const wxStopWatch watch;
     for (int i = 0; i < 2000; ++i) {
         SingleInstance second(Directory());
-        ASSERT_FALSE(second.BecomeFirst(Greeting::CallToFront));
+        ASSERT_EQ(second.BecomeFirst(Greeting::CallToFront), Standing::Second);
     }
     EXPECT_LT(watch.Time(), 2000);
     EXPECT_TRUE(WaitFor([this] { return mCalls > 0; }));
+
+    // Whoever cleans up old files does not make a second start a first one.
+    wxRemoveFile(Directory() + "/velomind.lock");
+    EXPECT_EQ(probing.BecomeFirst(Greeting::None), Standing::Second);
+}
+
+TEST_F(SingleInstanceTest, WithoutALockOfItsOwnAProcessIsNotTheFirst) {
+    const wxString lock = Directory() + "/velomind.lock";
+    const wxString other = Directory() + "/other";
+    WriteBytes(other, "");
+    const std::pair<const char*, std::function<int()>> cases[] = {
+        {"a directory", [&] { return mkdir(lock.utf8_str(), 0700); }},
+        {"a link", [&] { return symlink(other.utf8_str(), lock.utf8_str()); }},
+        {"a pipe", [&] { return mkfifo(lock.utf8_str(), 0600); }},
+        {"somebody else's",
+         [&] {
+             WriteBytes(lock, "");
+             return geteuid() == 0 ? chown(lock.utf8_str(), 1, 1) : chmod(lock.utf8_str(), 0);
+         }},
+    };
+    for (const auto& [what, make] : cases) {
+        ASSERT_EQ(make(), 0) << what;
+        SingleInstance process(Directory());
+        EXPECT_EQ(process.BecomeFirst(Greeting::None), Standing::Unclear) << what;
+        EXPECT_TRUE(process.GetProblem().Contains(lock)) << what;
+        ASSERT_EQ(std::remove(lock.utf8_str()), 0);
+    }
+    EXPECT_EQ(SingleInstance(wxString()).BecomeFirst(Greeting::None), Standing::Unclear);
 }
 
 TEST_F(SingleInstanceTest, ALockThatIsNoPlainFileOrThatNobodyAnswersForIsTold) {

@@ -1,5 +1,6 @@
 """What the program does with its command line, and with a second start."""
 
+import fcntl
 import os
 import unittest
 
@@ -8,7 +9,9 @@ from driver import LIST_WINDOW, RoadTest, press
 
 class CommandLineRoad(RoadTest):
     def test_a_second_start_ends_and_leaves_the_work_to_the_first(self):
-        program = self.sandbox.start()
+        # What an installer gives along changes nothing.
+        program = self.sandbox.start("--desktop_folder=/d", "--program_menu_folder", "/p",
+                                     "--add_desktop_shortcut", "1", "--add_quicklaunch_shortcut", "1")
         program.wait_window(LIST_WINDOW)
 
         self.assertEqual(0, self.sandbox.run())
@@ -21,17 +24,53 @@ class CommandLineRoad(RoadTest):
         self.assertEqual(0, self.sandbox.card_count())
 
         self.assertEqual(0, program.quit())
-        # What the first held is free again.
-        self.assertEqual(0, self.sandbox.run("--import", words))
+        # What the first held is free again. Several options act in one run, the import first.
+        program = self.sandbox.start("--uninstall", "--messagebox", "done", "--import", words)
+        program.wait_window("Message")
         self.assertEqual(110, self.sandbox.card_count())
+        press("Return")
+        self.assertEqual(0, program.wait())
 
-    def test_a_start_after_a_kill_is_the_first_again(self):
-        program = self.sandbox.start()
-        program.wait_window(LIST_WINDOW)
-        program.kill()
-        program = self.sandbox.start()
-        program.wait_window(LIST_WINDOW)
-        self.assertEqual(0, program.quit())
+    def test_a_start_that_cannot_tell_whether_it_is_the_first_does_nothing(self):
+        words = self.sandbox.sample("french.txt")
+        lock = os.path.join(self.sandbox.runtime, "velomind.lock")
+        with open(lock, "wb") as file:
+            fcntl.flock(file, fcntl.LOCK_EX)
+            held = self.sandbox.start("--import", words)
+            self.assertEqual(1, held.wait())
+            self.assertIn("does not answer", held.error_text())
+        os.remove(lock)
+        os.mkdir(lock)
+        for arguments in ((), ("--import", words)):
+            program = self.sandbox.start(*arguments)
+            self.assertEqual(1, program.wait())
+            self.assertIn("cannot be locked: Is a directory", program.error_text())
+        self.assertTrue(os.path.exists(words))
+        self.assertFalse(os.path.exists(self.sandbox.store))
+
+    def refuse(self, path):
+        program = self.sandbox.start("--import", path)
+        self.assertEqual(1, program.wait())
+        self.assertIn("is a store of flash cards or belongs to one", program.error_text())
+        self.assertTrue(os.path.lexists(self.sandbox.path(path)), path)
+
+    def test_a_store_is_neither_imported_nor_deleted(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        before = self.sandbox.store_bytes()
+        symbolic, hard = self.sandbox.path("symbolic.txt"), self.sandbox.path("hard.txt")
+        os.symlink(self.sandbox.store, symbolic)
+        os.link(self.sandbox.store, hard)
+        with open(self.sandbox.store + "-journal", "wb"):
+            pass
+        copy = self.sandbox.write("copy.txt", before)
+        for path in (self.sandbox.store, symbolic, hard, self.sandbox.store + "-journal", copy,
+                     os.path.relpath(self.sandbox.store, self.sandbox.root)):
+            self.refuse(path)
+        self.assertEqual(before, self.sandbox.store_bytes())
+        # One that is to become a store only by being opened.
+        empty = self.sandbox.write("empty.vlm", "")
+        self.sandbox.set_setting("DatabasePath", empty)
+        self.refuse(empty)
 
     def test_a_store_is_no_list_to_import_and_delete(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
@@ -45,6 +84,7 @@ class CommandLineRoad(RoadTest):
         self.assertEqual(110, self.sandbox.card_count())
 
     def test_an_unknown_option_is_refused(self):
+        self.assertEqual(0, self.sandbox.run("--uninstall", "--community_join", "0"))
         program = self.sandbox.start("--nonsense")
         self.assertEqual(1, program.wait())
         self.assertIn("nonsense", program.error_text())

@@ -72,13 +72,3 @@ TEST(CharSource, LooksAtAWholeUnmarkedFile) {
     EXPECT_EQ(Characters(start).front(), L'\u00E9');
     EXPECT_EQ(Characters(start + "\xE9").front(), L'\u00C3');
 }
-
-TEST(CharSource, EndsARecordThatWouldFillTheMemory) {
-    TextOfBytes text(std::string((size_t{1} << 26) + 100000, 'x'));
-    text.Source().GetChar();
-    text.Source().StartRecord();
-    while (!text.Source().AtEnd()) {
-        text.Source().GetChar();
-    }
-    EXPECT_EQ(text.Source().GetFailure(), CharSource::kTooLong);
-}

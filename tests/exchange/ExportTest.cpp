@@ -9,7 +9,8 @@ namespace {
 struct ExportTest : StoreFixture {
     ExportTest() {
         mDatabase.CategoryInsert("Kanji");
-        FlashCard full = MakeCard(L"\u6C34\n\u3010\u307F\u305A\u3011", "water", 1);
+        FlashCard full =
+            MakeCard(L"\u6C34\n\u3010\u307F\u305A\n\u3010z\u3011\u3011", L"water\u3011", 1);
         ParseUuid("01234567-89ab-4def-8123-456789abcdef", full.CardId);
         full.Author = "x,\"y";
         full.IntroductionOrder = -3;
@@ -43,7 +44,8 @@ struct ExportTest : StoreFixture {
 
 TEST_F(ExportTest, TheOwnFormGivesAllAttributesInTheirOrder) {
     EXPECT_EQ(Text(ExportFormat::kVlmText, true),
-              "id: 01234567-89ab-4def-8123-456789abcdef\nFront: 水\nFront2: みず\nBack: water\n"
+              "id: 01234567-89ab-4def-8123-456789abcdef\nFront: 水\nFront2: みず\nFront2: "
+              "【z】\nBack: water】\n"
               "Category: Kanji\nAuthor: x,\"y\nChapter: 1\nChapter: 2\nIntroductionOrder: -3\n"
               "ForwardX: false\nReverseX: true\nNotes: a\nNotes: \"b\"\nIntroduced: true\n"
               "LastReview: 2023-11-14 22:13:20Z\nLastScore: 4\nReviewInterval: 1.500000\n"
@@ -60,7 +62,7 @@ TEST_F(ExportTest, TheOwnFormGivesAllAttributesInTheirOrder) {
 }
 
 TEST_F(ExportTest, TheFormOfVersion1DropsWhatThatDoesNotKnow) {
-    const std::string id = "id: 01234567-89ab-4def-8123-456789abcdef\nQ: 水\nA: water\n";
+    const std::string id = "id: 01234567-89ab-4def-8123-456789abcdef\nQ: 水\nA: water】\n";
     mRowIds.pop_back();
     EXPECT_EQ(Text(ExportFormat::kVlmText1, false), id + "\n");
     EXPECT_EQ(Text(ExportFormat::kVlmText1, true),
@@ -74,7 +76,8 @@ TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone)
     EXPECT_EQ(Text(ExportFormat::kDelimited, false),
               "id,Front,Front2,Back,Back2,Category,Author,Chapter,IntroductionOrder,ForwardX,"
               "ReverseX,Notes\n"
-              "01234567-89ab-4def-8123-456789abcdef,水,みず,water,,Kanji,\"x,\"y\",1\\r2,-3,false,"
+              "01234567-89ab-4def-8123-456789abcdef,水,みず\\n【z】,water】,,Kanji,\"x,\"y\",1\\r2,"
+              "-3,false,"
               "true,\"a\\r\\n\"\"b\"\"\"\n"
               "00000000-0000-4000-8000-000000000001,f,,b,,,,,0,false,false,\n");
     EXPECT_EQ(mProgress.Missing, 1);

@@ -1,5 +1,7 @@
 // What an import does to a store.
 
+#include <unistd.h>
+
 #include "exchange/ImportFixture.h"
 
 namespace {
@@ -132,6 +134,15 @@ TEST_F(ImportIntoStore, SaysWhatCannotBeRead) {
         EXPECT_EQ(Outcome().find("Unable to read flash cards: "), 0U) << Outcome();
         Run({mDirectory.Path("none"), format});
         EXPECT_EQ(Outcome(), " @-1");
+    }
+    WriteBytes(mDirectory.Path("copy.vlm"), ReadBytes(StorePath()));
+    WriteBytes(mDirectory.Path("copy.vlm-shm"), "f: f\nb: b\n");
+    WriteBytes(mDirectory.Path("journal.txt"), "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7");
+    ASSERT_EQ(symlink(StorePath().utf8_str(), mDirectory.Path("link.txt").utf8_str()), 0);
+    for (const char* const name : {"copy.vlm", "copy.vlm-shm", "journal.txt", "link.txt"}) {
+        Run({mDirectory.Path(name)});
+        EXPECT_NE(Outcome().find("is a store of flash cards or belongs to"), Outcome().npos)
+            << name;
     }
     Insert(MakeCard("f", "b"));
     Query("UPDATE Cards SET CardId='no identity'");

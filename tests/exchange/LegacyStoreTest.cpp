@@ -58,10 +58,6 @@ TEST_F(LegacyStore, TellsWhatKeepsItFromBeingRead) {
     // A row that the engine could not give arrives empty.
     mEngine.Cards = {{}};
     EXPECT_EQ(ImportStore(), "Every card must have a front attribute. @1");
-    const auto none = MakeLegacyRowSource();
-    std::vector<std::wstring> values;
-    EXPECT_LT(none->Initialize(), 0) << "this platform has no such engine";
-    EXPECT_TRUE(none->Open(L"x") < 0 && none->Run(L"x") < 0 && !none->ReadRow(values));
 }
 
 TEST_F(LegacyStore, CutsALongTextAtTheRoomOfAValue) {

@@ -25,6 +25,8 @@ ALLOWED = {
     # The names of attributes in exported files.
     "ExportRecord.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
                          "Introduced", "Difficulty"},
+    # How a file of the store's engine begins.
+    "ImportSource.cpp": {"SQLite format 3\\0"},
     # Names and values of settings.
     "Settings.cpp": {"R%03iG%03iB%03i", "Test", "Dummy"},
     "SettingsFile.cpp": {"XDG_CONFIG_HOME"},

@@ -18,16 +18,6 @@ std::string Describe(const wxMenu& menu) {
 
 using MenuBarTest = GuiTest;
 
-TEST_F(MenuBarTest, OnlyTestersHaveTheirMenu) {
-    for (const bool isTester : {false, true}) {
-        WriteBooleanSetting("Test", isTester);
-        auto* const window = new wxFrame(nullptr, wxID_ANY, "Window");
-        InitFrame(*window, "study_window");
-        EXPECT_EQ(window->GetMenuBar()->FindMenuItem("Tools", "Crash Test") != wxNOT_FOUND,
-                  isTester);
-    }
-}
-
 TEST_F(MenuBarTest, ARemovalTakesOneSeparatorThatPartsNothing) {
     const std::pair<std::vector<int>, const char*> cases[] = {
         {{1}, "2, -, 3, -, 4"},     {{1, 2}, "3, -, 4"}, {{3}, "1, 2, -, 4"},

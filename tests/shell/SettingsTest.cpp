@@ -9,14 +9,9 @@ TEST_F(SettingsTest, ValuesComeBackAsTheyWereWritten) {
         WriteIntegerSetting("EarlyIntroductionInterval", value);
         EXPECT_EQ(ReadIntegerSetting("EarlyIntroductionInterval"), value);
     }
-    WriteBooleanSetting("Test", true);
-    EXPECT_TRUE(ReadBooleanSetting("Test"));
     WriteColourSetting("FontColor", wxColour(1, 20, 255));
     EXPECT_EQ(ReadStringSetting("FontColor"), "R001G020B255");
     EXPECT_EQ(ReadColourSetting("FontColor"), wxColour(1, 20, 255));
-    const wxFont font = wxFontInfo(14.5).FaceName("DejaVu Sans Mono").Bold().Italic();
-    WriteFontSetting("Font", font);
-    EXPECT_EQ(ReadFontSetting("Font").GetNativeFontInfoDesc(), font.GetNativeFontInfoDesc());
 }
 
 TEST_F(SettingsTest, OddCharactersOfATextSurvive) {

@@ -58,8 +58,13 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     Choose(kDelimiter, 4);
     EXPECT_TRUE(Text(kOther).IsShown());
     EXPECT_EQ(Preview(), "You must specify a delimiter.");
-    for (const char* const wrong : {"\"", "||", "\n"}) {
+    const std::pair<const char*, const char*> wrongs[] = {
+        {"||", "You can only have a one character delimiter"},
+        {"\"", "\" cannot be used as a delimiter."},
+        {"\n", "You must specify a delimiter."}};
+    for (const auto& [wrong, message] : wrongs) {
         Text(kOther).SetValue(wrong);
+        EXPECT_EQ(Preview(), message);
         // The dialog stays, with the message in a box.
         mAnswers.Expect(wxID_OK);
         Send(*FindById(*mDialog, kOk));
