@@ -147,16 +147,6 @@ SingleInstance::Lock SingleInstance::Refuse(const wxString& reason) {
     return Lock::Impossible;
 }
 
-bool SingleInstance::RefuseLock(int error) {
-    mProblem = wxString::Format(_("The lock \"%s\" cannot be used: %s"), LockPath(),
-                                wxSysErrorMsgStr(static_cast<unsigned long>(error)));
-    return false;
-}
-
-wxString SingleInstance::LockPath() const {
-    return mDirectory + "/velomind.lock";
-}
-
 bool SingleInstance::Greet(Greeting greeting) const {
     sockaddr_un address;
     const FileDescriptor caller = OpenSocket();

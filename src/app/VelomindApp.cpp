@@ -3,7 +3,6 @@
 #include <wx/cmdline.h>
 #include <wx/cshelp.h>
 #include <wx/dialog.h>
-#include <wx/file.h>
 #include <wx/filename.h>
 #include <wx/frame.h>
 #include <wx/image.h>
@@ -12,8 +11,6 @@
 #include <wx/utils.h>
 
 #include <algorithm>
-#include <iterator>
-#include <string_view>
 
 #include "app/AddCategory.h"
 #include "app/AppStoreFileActions.h"
@@ -41,20 +38,6 @@
 #include "study/StudyFrame.h"
 
 namespace {
-
-// Whether a file is a database of the store's engine or a journal of one, by its first bytes,
-// whatever its name and by whatever link it is reached.
-bool IsDatabaseFile(const wxString& path) {
-    constexpr std::string_view kMarks[] = {{"SQLite format 3\0", 16},
-                                           "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7"};
-    char bytes[16] = {};
-    wxFile file(path);
-    const ssize_t got = file.IsOpened() ? file.Read(bytes, sizeof bytes) : 0;
-    const std::string_view begin(bytes, got > 0 ? static_cast<size_t>(got) : 0);
-    return std::any_of(std::begin(kMarks), std::end(kMarks), [&begin](std::string_view mark) {
-        return begin.substr(0, mark.size()) == mark;
-    });
-}
 
 // Where the window at hand does not take them nobody does.
 constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};

@@ -15,13 +15,24 @@
 namespace {
 
 // All that may start a press.
-constexpr int kPressingKeys[] = {
-    WXK_RETURN,  WXK_SPACE,   WXK_LEFT,    WXK_RIGHT,   WXK_NUMPAD_LEFT, WXK_NUMPAD_RIGHT,
-    '0',         '1',         '2',         '3',         '4',             '5',
-    WXK_NUMPAD0, WXK_NUMPAD1, WXK_NUMPAD2, WXK_NUMPAD3, WXK_NUMPAD4,     WXK_NUMPAD5};
-
-// Milliseconds from the release to the press of a key that repeats in pairs. No finger is as quick.
-constexpr long kPairTime = 1;
+constexpr int kPressingKeys[] = {WXK_RETURN,
+                                 WXK_SPACE,
+                                 WXK_LEFT,
+                                 WXK_RIGHT,
+                                 WXK_NUMPAD_LEFT,
+                                 WXK_NUMPAD_RIGHT,
+                                 '0',
+                                 '1',
+                                 '2',
+                                 '3',
+                                 '4',
+                                 '5',
+                                 WXK_NUMPAD0,
+                                 WXK_NUMPAD1,
+                                 WXK_NUMPAD2,
+                                 WXK_NUMPAD3,
+                                 WXK_NUMPAD4,
+                                 WXK_NUMPAD5};
 
 // The score that a key stands for, or -1.
 int32_t DigitOf(const wxKeyEvent& event) {
@@ -113,8 +124,9 @@ bool QuickScore::NoteKeyDown(const wxKeyEvent& event) {
     mLooksLost = false;
     const int key = event.GetKeyCode();
     const bool isFirst = mDownKeys.insert(key).second;
-    const long pause = event.GetTimestamp() - mLastUpTime;
-    const bool isPair = key == mLastUpKey && mLastUpTime != 0 && pause >= 0 && pause <= kPairTime;
+    // Both halves of a repeat that comes as a pair bear the same time, which no finger manages.
+    const bool isPair =
+        key == mLastUpKey && mLastUpTime != 0 && event.GetTimestamp() == mLastUpTime;
     if (!isFirst || isPair) {
         return false;
     }

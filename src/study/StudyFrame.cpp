@@ -150,8 +150,9 @@ void StudyFrame::CreateContent() {
     });
 
     mpMessagePanel = new wxPanel(this);
-    mpMessageText = new wxStaticText(mpMessagePanel, wxID_STATIC, _("Static text"),
-                                     wxDefaultPosition, wxDefaultSize, wxALIGN_CENTRE, "staticText");
+    mpMessageText =
+        new wxStaticText(mpMessagePanel, wxID_STATIC, _("Static text"), wxDefaultPosition,
+                         wxDefaultSize, wxALIGN_CENTRE, "staticText");
     // A text stands at the top of its own area, so the middle is found by the room around it.
     auto* const messageSizer = new wxBoxSizer(wxVERTICAL);
     messageSizer->AddStretchSpacer();

@@ -69,24 +69,6 @@ TEST_F(SingleInstanceTest, WithoutALockOfItsOwnAProcessIsNotTheFirst) {
     EXPECT_EQ(SingleInstance(wxString()).BecomeFirst(Greeting::None), Standing::Unclear);
 }
 
-TEST_F(SingleInstanceTest, ALockThatIsNoPlainFileOrThatNobodyAnswersForIsTold) {
-    const std::string lock = (Directory() + "/velomind.lock").utf8_string();
-    const auto isRefused = [this] {
-        SingleInstance instance(Directory());
-        return !instance.BecomeFirst(Greeting::CallToFront) && !instance.GetProblem().empty();
-    };
-    mkdir(lock.c_str(), 0700);
-    EXPECT_TRUE(isRefused()) << "a directory";
-    rmdir(lock.c_str());
-    WriteBytes(Directory() + "/other", "");
-    ASSERT_EQ(symlink((Directory() + "/other").utf8_str(), lock.c_str()), 0);
-    EXPECT_TRUE(isRefused()) << "a link";
-    unlink(lock.c_str());
-    SingleInstance silent(Directory());
-    ASSERT_TRUE(silent.BecomeFirst(Greeting::None));
-    EXPECT_TRUE(isRefused()) << "held and silent";
-}
-
 TEST_F(SingleInstanceTest, ADirectoryThatOthersMayEnterIsNotTrusted) {
     wxSetEnv("XDG_RUNTIME_DIR", Directory());
     EXPECT_EQ(FindRuntimeDirectory(), Directory());

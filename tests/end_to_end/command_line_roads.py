@@ -72,17 +72,6 @@ class CommandLineRoad(RoadTest):
         self.sandbox.set_setting("DatabasePath", empty)
         self.refuse(empty)
 
-    def test_a_store_is_no_list_to_import_and_delete(self):
-        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
-        link = self.sandbox.path("link.txt")
-        os.symlink(self.sandbox.store, link)
-        for path in (self.sandbox.store, link):
-            program = self.sandbox.start("--import", path)
-            self.assertEqual(1, program.wait())
-            self.assertIn("is a store", program.error_text())
-        self.assertTrue(os.path.lexists(link))
-        self.assertEqual(110, self.sandbox.card_count())
-
     def test_an_unknown_option_is_refused(self):
         self.assertEqual(0, self.sandbox.run("--uninstall", "--community_join", "0"))
         program = self.sandbox.start("--nonsense")

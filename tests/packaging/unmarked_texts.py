@@ -41,8 +41,6 @@ ALLOWED = {
     "CardList.cpp": {"Front", "Back"},
     # The program, its maker, and the category that each store begins with.
     "": {"Velomind", "Ostrel"},
-    # The first bytes of a store.
-    "VelomindApp.cpp": {"SQLite format 3\\0"},
     "CardCollector.cpp": {"Default"}, "CurrentCategory.cpp": {"Default"},
     "EditFrame.cpp": {"Default"}, "Export.cpp": {"Default"}, "ImportRecord.h": {"Default"}}
 
