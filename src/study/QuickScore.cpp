@@ -21,7 +21,6 @@ bool QuickScore::Create(wxWindow* parent, wxWindowID id, const wxPoint& position
     if (!wxControlWithItems::Create(parent, id, position, size, style, wxDefaultValidator, name)) {
         return false;
     }
-    Bind(wxEVT_IDLE, &QuickScore::OnIdle, this);
     Bind(wxEVT_KEY_DOWN, &QuickScore::OnKeyDown, this);
     Bind(wxEVT_KEY_UP, &QuickScore::OnKeyUp, this);
     Bind(wxEVT_KILL_FOCUS, &QuickScore::OnKillFocus, this);

@@ -4,6 +4,7 @@
 #include <wx/bitmap.h>
 #include <wx/ctrlsub.h>
 #include <wx/event.h>
+#include <wx/stopwatch.h>
 
 #include <cstdint>
 #include <optional>
@@ -110,19 +111,17 @@ class QuickScore : public wxControlWithItems {
     // False when something holds an item already.
     bool HoldByMouse(int32_t button);
     void PressUnder(const wxPoint& point);
-    // True when keys have gone up, by the platform's word, whose events did not come here. Their
-    // release went to someone who had grabbed the keys.
-    bool ForgetLostKeys(bool forget);
+    // Forgets the keys that are up by the platform's word although no release came here, as
+    // somebody had grabbed the keys meanwhile. The key of the present event is left out: its
+    // release may only be late.
+    void ForgetLostKeys(int present);
     // True when the key may start a press.
     bool NoteKeyDown(const wxKeyEvent& event);
-    // True when the key is no longer down.
-    bool NoteKeyUp(const wxKeyEvent& event);
     void SendCommand(wxEventType type, int id, int item = -1, long extra = 0);
     void Navigate(bool forward);
     // False when the control does not know the key.
     bool HandleKey(int key, bool shift, bool mayPress);
 
-    void OnIdle(wxIdleEvent& event);
     void OnKeyDown(wxKeyEvent& event);
     void OnKeyUp(wxKeyEvent& event);
     void OnSetFocus(wxFocusEvent& event);
@@ -143,6 +142,8 @@ class QuickScore : public wxControlWithItems {
     int32_t mPressed = -1;
     // Key code of the key that holds an item down.
     int32_t mHeldKey = -1;
+    // When it went down.
+    wxStopWatch mHeldSince;
     // Item that it chooses.
     int32_t mHeldItem = -1;
     // Mouse button that holds an item down: 0 none, 1 left, 2 middle.
@@ -151,13 +152,6 @@ class QuickScore : public wxControlWithItems {
     int32_t mWheelRest = 0;
     // Keys that are down and may not start a press before they have been let go.
     std::set<int> mDownKeys;
-    // The key that went up last, and when, in milliseconds of the platform's events.
-    int mLastUpKey = -1;
-    long mLastUpTime = 0;
-    // Some were up at the last idle moment, and no key has moved since.
-    bool mLooksLost = false;
-    // ResumeKeys was called since this was cleared.
-    bool mWasElsewhere = false;
     int32_t mItemHeight = 0;
     int32_t mItemWidth = 0;
     wxArrayString mStrings;

@@ -7,10 +7,10 @@
 
 // What keys and the mouse do to the control, and what it tells its parent.
 //
-// A held key repeats. Most platforms send it as going down again and again, others as going up and
-// down in pairs, and neither says so: the toolkit's own mark of a repeat is not set everywhere. So
-// the control keeps the keys that are down. When the keys come back from a menu, a question or
-// another program it asks the platform which ones are down, since nobody here has seen those.
+// A held key repeats: it goes down again and again, and the toolkit's own mark of a repeat is not
+// set on every platform. So the control keeps the keys that are down. When the keys come back from
+// a menu, a question or another program it asks the platform which ones are down, since nobody here
+// has seen those.
 
 namespace {
 
@@ -33,6 +33,9 @@ constexpr int kPressingKeys[] = {WXK_RETURN,
                                  WXK_NUMPAD3,
                                  WXK_NUMPAD4,
                                  WXK_NUMPAD5};
+
+// Milliseconds that a release may be late before its press counts as lost.
+constexpr long kLatestRelease = 1000;
 
 // The score that a key stands for, or -1.
 int32_t DigitOf(const wxKeyEvent& event) {
@@ -83,7 +86,6 @@ void QuickScore::ResumeKeys() {
     if (mHeldKey != -1) {
         DropPress();
     }
-    mWasElsewhere = true;
     mDownKeys.clear();
     // Where the platform does not tell, the repeats of a key end with the window that had it.
     for (const int key : kPressingKeys) {
@@ -93,66 +95,29 @@ void QuickScore::ResumeKeys() {
     }
 }
 
-bool QuickScore::ForgetLostKeys(bool forget) {
-    const auto isLost = [this](int key) { return !IsKeyDown(key).value_or(true); };
-    bool isAnyLost = false;
+void QuickScore::ForgetLostKeys(int present) {
+    const auto isLost = [this, present](int key) {
+        return key != present && !IsKeyDown(key).value_or(true);
+    };
     for (auto key = mDownKeys.begin(); key != mDownKeys.end();) {
-        const bool lost = isLost(*key);
-        isAnyLost = isAnyLost || lost;
-        key = lost && forget ? mDownKeys.erase(key) : std::next(key);
+        key = isLost(*key) ? mDownKeys.erase(key) : std::next(key);
     }
-    if (mHeldKey != -1 && isLost(mHeldKey)) {
-        isAnyLost = true;
-        if (forget) {
-            DropPress();
-        }
-    }
-    return isAnyLost;
-}
-
-// A key that is up by the platform's word may have its event on the way still. That is here before
-// the program is idle again, so that only what is lost twice is lost.
-void QuickScore::OnIdle(wxIdleEvent& event) {
-    event.Skip();
-    mLooksLost = ForgetLostKeys(mLooksLost) && !mLooksLost;
-    if (mLooksLost) {
-        event.RequestMore();
+    // A release that is only late, as on a busy machine, still counts.
+    if (mHeldKey != -1 && mHeldSince.Time() > kLatestRelease && isLost(mHeldKey)) {
+        DropPress();
     }
 }
 
 bool QuickScore::NoteKeyDown(const wxKeyEvent& event) {
-    mLooksLost = false;
     const int key = event.GetKeyCode();
-    const bool isFirst = mDownKeys.insert(key).second;
-    // Both halves of a repeat that comes as a pair bear the same time, which no finger manages.
-    const bool isPair =
-        key == mLastUpKey && mLastUpTime != 0 && event.GetTimestamp() == mLastUpTime;
-    if (!isFirst || isPair) {
-        return false;
-    }
-    if (key != mHeldKey) {
-        return true;
-    }
-    // It is a press of its own, so that the release before it was one too.
-    mWasElsewhere = false;
-    ChooseHeldItem();
-    return !mWasElsewhere;
-}
-
-bool QuickScore::NoteKeyUp(const wxKeyEvent& event) {
-    mLooksLost = false;
-    const int key = event.GetKeyCode();
-    mDownKeys.erase(key);
-    mLastUpKey = key;
-    mLastUpTime = event.GetTimestamp();
-    // Down all the same: the first half of a repeat, or the next press is on its way. Which of both
-    // it is shows the event of the key going down.
-    return !IsKeyDown(key).value_or(false);
+    ForgetLostKeys(key);
+    return mDownKeys.insert(key).second;
 }
 
 void QuickScore::Press(int32_t key) {
     if (!IsHeld()) {
         mHeldKey = key;
+        mHeldSince.Start();
         mHeldItem = mCursor;
         SetPressed(mCursor);
     }
@@ -256,10 +221,10 @@ bool QuickScore::HandleKey(int key, bool shift, bool mayPress) {
 }
 
 void QuickScore::OnKeyUp(wxKeyEvent& event) {
-    const bool isUp = NoteKeyUp(event);
+    mDownKeys.erase(event.GetKeyCode());
     if (mHeldKey == -1 || event.GetKeyCode() != mHeldKey) {
         event.Skip();
-    } else if (isUp) {
+    } else {
         ChooseHeldItem();
     }
 }
@@ -287,6 +252,7 @@ bool QuickScore::HoldByMouse(int32_t button) {
         // Its release went to someone else.
         DropPress();
     }
+    ForgetLostKeys(-1);
     if (IsHeld()) {
         return false;
     }
