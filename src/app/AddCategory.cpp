@@ -4,6 +4,7 @@
 
 #include <list>
 
+#include "shell/CategoryName.h"
 #include "shell/MessageBox.h"
 #include "shell/ShownText.h"
 #include "shell/TextQuestion.h"
@@ -13,7 +14,7 @@ void AddCategory(wxWindow* parent, Database& database) {
     const wxString caption = _("Add Category");
     TextQuestion dialog(parent, _("Please enter the name of the category you want to add."),
                         caption);
-    if (dialog.ShowModal() != wxID_OK || dialog.GetValue().empty()) {
+    if (!AskCategoryName(dialog)) {
         return;
     }
     const wxString name = dialog.GetValue();

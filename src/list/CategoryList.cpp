@@ -10,6 +10,7 @@
 
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
+#include "shell/CategoryName.h"
 #include "shell/CommandIds.h"
 #include "shell/ListRows.h"
 #include "shell/MenuBar.h"
@@ -173,9 +174,9 @@ void CategoryList::Rename() {
     // A field cannot hold every name, and one that was not touched is to change none.
     const wxString untouched = dialog.GetValue();
     mAsking = true;
-    const int answer = dialog.ShowModal();
+    const bool isAnswered = AskCategoryName(dialog);
     mAsking = false;
-    if (answer != wxID_OK) {
+    if (!isAnswered) {
         return;
     }
     const wxString newName = dialog.GetValue();
@@ -286,7 +287,7 @@ wxSize CategoryList::DoGetBestClientSize() const {
         return wxListCtrl::DoGetBestClientSize();
     }
     const int scrollBar = std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
-    return wxSize(GetColumnWidth(0) + scrollBar, (GetItemCount() + 1) * row.height);
+    return wxSize(GetColumnWidth(0) + scrollBar, GetItemCount() * row.height);
 }
 
 void CategoryList::UseFont() {

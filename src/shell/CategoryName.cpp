@@ -4,6 +4,9 @@
 
 #include <list>
 
+#include "base/WideText.h"
+#include "shell/MessageBox.h"
+#include "shell/TextQuestion.h"
 #include "store/Database.h"
 
 wxString GetCategoryName(Database& database, int32_t id) {
@@ -15,4 +18,15 @@ wxString GetCategoryName(Database& database, int32_t id) {
         return _("Error");
     }
     return found.front().Name;
+}
+
+bool AskCategoryName(TextQuestion& question) {
+    while (question.ShowModal() == wxID_OK) {
+        if (!TrimWide(question.GetValue()).empty()) {
+            return true;
+        }
+        ShowMessageBox(_("Categories cannot have a blank name"), question.GetTitle(),
+                       wxOK | wxCENTRE, question.GetParent());
+    }
+    return false;
 }
