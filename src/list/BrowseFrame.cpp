@@ -77,8 +77,7 @@ BrowseFrame::BrowseFrame(AppServices& services)
         Centre(wxBOTH);
     }
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
-    mpChildFocus = mpCardList;
-    mpCardList->SetFocus();
+    GiveKeysTo(*mpCardList);
 }
 
 BrowseFrame::~BrowseFrame() {
@@ -104,8 +103,7 @@ void BrowseFrame::FocusSearch() {
     if (IsIconized()) {
         Iconize(false);
     }
-    mpChildFocus = mpSearchCtrl;
-    mpSearchCtrl->SetFocus();
+    GiveKeysTo(*mpSearchCtrl);
     mpSearchCtrl->SelectAll();
 }
 
@@ -172,9 +170,7 @@ void BrowseFrame::BindCommands() {
     // The button opens its window itself.
     Bind(
         wxEVT_BUTTON, [](wxCommandEvent&) {}, kDropDownId);
-    Bind(
-        wxEVT_LIST_ITEM_ACTIVATED, [this](wxListEvent&) { mpButton->GetPopup()->Dismiss(); },
-        kCategoryListId);
+    Bind(wxEVT_LIST_ITEM_ACTIVATED, &BrowseFrame::OnCategoryChosen, this, kCategoryListId);
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { mpCardList->EditSelected(); }, wxID_OPEN);
     Bind(
@@ -193,7 +189,7 @@ void BrowseFrame::BindCommands() {
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) {
-            if (HasFocusIn(*mpCategoryList)) {
+            if (AreCategoriesMeant()) {
                 event.Enable(mpCategoryList->HasFocusedRow());
             } else {
                 event.Skip();
@@ -216,7 +212,7 @@ void BrowseFrame::BindListCommands() {
         wxID_DELETE,
         {[this] { mpCategoryList->DeleteFocused(); },
          [this] { return mpCategoryList->HasFocusedCategory(); }},
-        {[this] { mpCardList->DeleteSelected(); }, [this] { return mpCardList->HasSelection(); }});
+        {[this] { mpCardList->DeleteSelected(); }, [this] { return mpCardList->HasTarget(); }});
     // In the list of categories too: it selects the cards of the chosen one.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);
@@ -249,10 +245,22 @@ void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
 // Null when the command goes on to whoever is next, such as the text field with the focus.
 const BrowseFrame::ListCommand* BrowseFrame::FindListCommand(const ListCommand& inCategories,
                                                              const ListCommand& inCards) const {
-    if (inCategories.Run && HasFocusIn(*mpCategoryList)) {
+    if (inCategories.Run && AreCategoriesMeant()) {
         return &inCategories;
     }
     return inCards.Run && HasFocusIn(*mpCardList) ? &inCards : nullptr;
+}
+
+// The button counts as its list: the menu bar, used by the mouse, closes the drop-down first, and
+// the keys are with the button then.
+bool BrowseFrame::AreCategoriesMeant() const {
+    return HasFocusIn(*mpCategoryList) || HasFocusIn(*mpButton);
+}
+
+// Also once the window comes back to the front, in case it is behind others now.
+void BrowseFrame::GiveKeysTo(wxWindow& child) {
+    mpChildFocus = &child;
+    child.SetFocus();
 }
 
 void BrowseFrame::UseFont() {
@@ -387,8 +395,13 @@ void BrowseFrame::OnExport(wxCommandEvent&) {
     mServices.ExportCards(*this, rowIds);
 }
 
+void BrowseFrame::OnCategoryChosen(wxListEvent&) {
+    mpButton->GetPopup()->Dismiss();
+    GiveKeysTo(*mpCardList);
+}
+
 void BrowseFrame::OnRename(wxCommandEvent&) {
-    if (HasFocusIn(*mpCategoryList)) {
+    if (AreCategoriesMeant()) {
         mpCategoryList->Rename();
     }
 }

@@ -12,6 +12,7 @@ class CardList;
 class CategoryList;
 class Database;
 class wxDropDownButton;
+class wxListEvent;
 class wxSearchCtrl;
 
 // The list window, in which the user finds and manages cards: a category drop-down and a search
@@ -46,6 +47,8 @@ class BrowseFrame : public wxFrame, private Observer {
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
     const ListCommand* FindListCommand(const ListCommand& inCategories,
                                        const ListCommand& inCards) const;
+    bool AreCategoriesMeant() const;
+    void GiveKeysTo(wxWindow& child);
     void UseFont();
     void ShowCategory();
     void AddRecentSearch(const wxString& text);
@@ -62,6 +65,7 @@ class BrowseFrame : public wxFrame, private Observer {
     void OnSearchEnter(wxCommandEvent& event);
     void OnRecentSearch(wxCommandEvent& event);
     void OnExport(wxCommandEvent& event);
+    void OnCategoryChosen(wxListEvent& event);
     void OnRename(wxCommandEvent& event);
 
     AppServices& mServices;

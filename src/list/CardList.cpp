@@ -118,8 +118,7 @@ void CardList::SetShowCategory(bool show) {
 void CardList::SetSearch(const wxString& text) {
     if (text != mSearch) {
         mSearch = text;
-        RefreshRows();
-        ShowFirstRow();
+        ShowOtherCards();
     }
 }
 
@@ -134,9 +133,10 @@ void CardList::Update(Subject* subject) {
     }
     const int32_t former = mCategoryId;
     mCategoryId = mServices.GetCurrentCategoryId(*mpDatabase);
-    RefreshRows();
     if (mCategoryId != former) {
-        ShowFirstRow();
+        ShowOtherCards();
+    } else {
+        RefreshRows();
     }
 }
 
@@ -164,6 +164,7 @@ void CardList::RefreshRows() {
     if (mRowIds != former) {
         ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
     }
+    mpListCtrl->FocusSomeRow();
     mpListCtrl->Refresh();
 }
 
@@ -196,11 +197,17 @@ void CardList::SelectRowIds() {
     }
 }
 
-// Other cards than before: a place far down would mean nothing.
-void CardList::ShowFirstRow() {
-    if (!mRowIds.empty()) {
-        mpListCtrl->EnsureVisible(0);
+void CardList::ShowOtherCards() {
+    const int64_t focused = GetFocusedRowId();
+    RefreshRows();
+    if (mRowIds.empty()) {
+        return;
     }
+    if (GetFocusedRowId() != focused) {
+        // The card is not among them, and its former place would mean nothing.
+        mpListCtrl->SetFocusedRow(0);
+    }
+    mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
 }
 
 void CardList::RestoreSelection(std::vector<int64_t> rowIds) {
@@ -282,7 +289,7 @@ void CardList::EditSelected() {
 }
 
 bool CardList::CanEdit() const {
-    return mServices.CanOpenEditor() && (mpListCtrl->GetFocusedRow() >= 0 || HasSelection());
+    return mServices.CanOpenEditor() && HasTarget();
 }
 
 void CardList::EditRow(long row) {
@@ -298,6 +305,7 @@ void CardList::EditRow(long row) {
 
 void CardList::PutOnClipboard(bool cut) {
     if (CanPutOnClipboard()) {
+        mpListCtrl->SelectSomeRow();
         std::vector<int64_t> rowIds;
         CollectSelection(rowIds, false);
         mServices.PutCardsOnClipboard(rowIds, cut);
@@ -305,7 +313,7 @@ void CardList::PutOnClipboard(bool cut) {
 }
 
 bool CardList::CanPutOnClipboard() const {
-    return mServices.CanPutCardsOnClipboard() && HasSelection();
+    return mServices.CanPutCardsOnClipboard() && HasTarget();
 }
 
 void CardList::Paste() {
@@ -319,9 +327,10 @@ bool CardList::CanPaste() const {
 }
 
 void CardList::DeleteSelected() {
-    if (!HasSelection()) {
+    if (!HasTarget()) {
         return;
     }
+    mpListCtrl->SelectSomeRow();
     const int answer =
         ShowMessageBox(_("Do you really want to delete the selected card(s)?"), _("Delete Card(s)"),
                        wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
@@ -351,8 +360,8 @@ void CardList::SelectAll() {
     mpListCtrl->SelectEveryRow(true);
 }
 
-bool CardList::HasSelection() const {
-    return mpListCtrl->GetSelectedItemCount() > 0;
+bool CardList::HasTarget() const {
+    return mpListCtrl->GetFocusedRow() >= 0 || mpListCtrl->GetSelectedItemCount() > 0;
 }
 
 void CardList::UseFont() {

@@ -47,10 +47,11 @@ class CardList : public wxPanel, private Observer {
     bool CanPutOnClipboard() const;
     void Paste();
     bool CanPaste() const;
-    // Asks first.
+    // Asks first. Without a selection the focused card goes.
     void DeleteSelected();
     void SelectAll();
-    bool HasSelection() const;
+    // A card is there for the commands to take: selected, or else focused.
+    bool HasTarget() const;
     // As of the last notice of the store; true also when the cards could not be counted.
     bool IsStoreEmpty() const { return mStoreCount == 0; }
 
@@ -63,7 +64,8 @@ class CardList : public wxPanel, private Observer {
     void SelectRowIds();
     // Shows as many rows as there are row ids, with what was selected and focused before.
     void ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow);
-    void ShowFirstRow();
+    // Reads the rows anew where they are other cards than before, and scrolls to the focused one.
+    void ShowOtherCards();
     // Selects the rows of those cards, in any order, and nothing else.
     void RestoreSelection(std::vector<int64_t> rowIds);
     // Puts the focus on the row of that card. With none, onto the row that stands where it stood.

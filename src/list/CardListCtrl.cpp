@@ -40,6 +40,8 @@ CardListCtrl::CardListCtrl(CardList& owner)
     mpEmptyNotice->Hide();
     TellRow(*this, wxString(), _("Cards"));
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CardListCtrl::OnItemFocused, this);
+    GetRowsWindow(*this).Bind(wxEVT_SET_FOCUS, &CardListCtrl::OnRowsFocused, this);
+    Bind(wxEVT_LEFT_DOWN, &CardListCtrl::OnLeftDown, this);
     Bind(wxEVT_CHAR, &CardListCtrl::OnCharacter, this);
     Bind(wxEVT_IDLE, &CardListCtrl::OnIdle, this);
 }
@@ -52,10 +54,17 @@ long CardListCtrl::GetFocusedRow() const {
 
 void CardListCtrl::SetFocusedRow(long row) {
     const long former = GetFocusedRow();
+    mIsAnchored = false;
     if (row >= 0) {
         SetItemState(row, wxLIST_STATE_FOCUSED, wxLIST_STATE_FOCUSED);
     } else if (former >= 0) {
         SetItemState(former, 0, wxLIST_STATE_FOCUSED);
+    }
+}
+
+void CardListCtrl::FocusSomeRow() {
+    if (GetFocusedRow() < 0 && GetItemCount() > 0) {
+        SetFocusedRow(0);
     }
 }
 
@@ -123,6 +132,13 @@ void CardListCtrl::SelectEveryRow(bool select) {
     }
 }
 
+void CardListCtrl::SelectSomeRow() {
+    const long row = GetFocusedRow();
+    if (GetSelectedItemCount() == 0 && row >= 0) {
+        SetItemState(row, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
+    }
+}
+
 wxString CardListCtrl::OnGetItemText(long row, long column) const {
     const wxString text = mOwner.GetCellText(row, column);
     if (IsCutWell(text)) {
@@ -137,6 +153,10 @@ wxString CardListCtrl::OnGetItemText(long row, long column) const {
 void CardListCtrl::OnItemFocused(wxListEvent& event) {
     event.Skip();
     mLastFocused = event.GetIndex();
+    TellFocusedRow();
+}
+
+void CardListCtrl::TellFocusedRow() {
     // The row is about to be drawn, but for one that a refresh brings to an unseen place.
     wxString row;
     if (mLastFocused >= 0 && GetRowsWindow(*this).HasFocus()) {
@@ -145,11 +165,81 @@ void CardListCtrl::OnItemFocused(wxListEvent& event) {
     TellRow(*this, row, _("Cards"));
 }
 
-// The control would look for the first row that begins with the character, reading every card of
-// the store on the way.
+void CardListCtrl::OnRowsFocused(wxFocusEvent& event) {
+    event.Skip();
+    // The control would frame the first row without a word and act on it in part only.
+    FocusSomeRow();
+    TellFocusedRow();
+    // The scrolling of the rows keeps the toolkit's own notice from the windows around.
+    wxChildFocusEvent notice(this);
+    ProcessWindowEvent(notice);
+}
+
+// Makes the focused row the one from which Shift extends the selection. The control does so where a
+// key steps onto a row, which deselects the others for the moment.
+void CardListCtrl::AnchorFocusedRow() {
+    const long row = GetFocusedRow();
+    if (row < 0) {
+        return;
+    }
+    const std::vector<long> selected = GetSelectedRows();
+    {
+        wxEventBlocker quiet(this, wxEVT_LIST_ITEM_FOCUSED);
+        wxKeyEvent step(wxEVT_CHAR);
+        step.m_keyCode = row == 0 ? WXK_HOME : WXK_DOWN;
+        SetItemState(std::max(row - 1, 0L), wxLIST_STATE_FOCUSED, wxLIST_STATE_FOCUSED);
+        GetRowsWindow(*this).ProcessWindowEvent(step);
+    }
+    SetSelectedRows(selected);
+    mIsAnchored = true;
+}
+
+void CardListCtrl::OnLeftDown(wxMouseEvent& event) {
+    event.Skip();
+    int place = 0;
+    if (HitTest(event.GetPosition(), place) < 0) {
+        return;
+    }
+    if (event.ShiftDown() && !mIsAnchored) {
+        AnchorFocusedRow();
+    }
+    mIsAnchored = true;
+}
+
 void CardListCtrl::OnCharacter(wxKeyEvent& event) {
-    const bool isText = event.GetUnicodeKey() > WXK_SPACE && event.GetKeyCode() != WXK_DELETE;
-    event.Skip(!isText || event.HasModifiers());
+    switch (event.GetKeyCode()) {
+        case WXK_UP:
+        case WXK_DOWN:
+        case WXK_HOME:
+        case WXK_END:
+        case WXK_PAGEUP:
+        case WXK_PAGEDOWN:
+            if (event.ShiftDown() && !mIsAnchored) {
+                AnchorFocusedRow();
+            }
+            mIsAnchored = mIsAnchored || !event.ControlDown();
+            event.Skip();
+            break;
+        case WXK_RETURN:
+        case WXK_NUMPAD_ENTER:
+            // The control itself opens no row that is focused and not selected.
+            if (event.HasModifiers() || GetFocusedRow() < 0) {
+                event.Skip();
+            } else {
+                wxListEvent activated(wxEVT_LIST_ITEM_ACTIVATED, GetId());
+                activated.SetEventObject(this);
+                activated.m_itemIndex = GetFocusedRow();
+                ProcessWindowEvent(activated);
+            }
+            break;
+        default: {
+            // The control would look for the first row that begins with the character, reading
+            // every card of the store on the way.
+            const bool isText =
+                event.GetUnicodeKey() > WXK_SPACE && event.GetKeyCode() != WXK_DELETE;
+            event.Skip(!isText || event.HasModifiers());
+        }
+    }
 }
 
 void CardListCtrl::OnIdle(wxIdleEvent& event) {

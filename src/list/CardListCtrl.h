@@ -9,7 +9,8 @@ class wxStaticText;
 
 // The virtual list control of a CardList: asks it for the text of what is drawn, and tells in words
 // when there is nothing to show. Works on whole selections, as a pass over a million rows by the
-// control's own operations is slow.
+// control's own operations is slow. While there are rows one of them is focused, so that every key
+// has a row to act on.
 class CardListCtrl : public wxListCtrl {
   public:
     explicit CardListCtrl(CardList& owner);
@@ -17,17 +18,26 @@ class CardListCtrl : public wxListCtrl {
     // The row that the keys act on, or -1.
     long GetFocusedRow() const;
     void SetFocusedRow(long row);
+    // Focuses the first row if there are rows and none is focused.
+    void FocusSomeRow();
 
     // Ascending.
     std::vector<long> GetSelectedRows() const;
     // Exactly these rows, ascending, are selected afterwards.
     void SetSelectedRows(const std::vector<long>& rows);
     void SelectEveryRow(bool select);
+    // Selects the focused row if no row is selected, so that the user sees what a command takes.
+    void SelectSomeRow();
 
     wxString OnGetItemText(long row, long column) const override;
 
   private:
+    void TellFocusedRow();
+    void AnchorFocusedRow();
+
     void OnItemFocused(wxListEvent& event);
+    void OnRowsFocused(wxFocusEvent& event);
+    void OnLeftDown(wxMouseEvent& event);
     void OnCharacter(wxKeyEvent& event);
     void OnIdle(wxIdleEvent& event);
 
@@ -35,4 +45,7 @@ class CardListCtrl : public wxListCtrl {
     wxStaticText* mpEmptyNotice = nullptr;
     // The control tells of a new focused row; asking it means a pass over all rows.
     long mLastFocused = -1;
+    // The control knows from where Shift extends the selection. It learns that from the user's keys
+    // and clicks alone, and its row is another card after a refresh.
+    bool mIsAnchored = false;
 };

@@ -75,14 +75,14 @@ TEST_F(CardListTest, ADeletionWaitsForTheAnswerAndLeavesTheKeysInPlace) {
     InsertCards({"a", "b", "c"});
     Open();
     const auto remove = [this] { SendKeyDown(*Cards().GetChildren().front(), WXK_DELETE); };
-    // With nothing selected there is nothing to ask.
     ModalAnswers answers;
-    remove();
-    Select({1, 2});
-    Cards().SetFocusedRow(1);
     answers.Expect(wxID_CANCEL);
     remove();
+    // With nothing selected the question is about the focused row, which is to be seen.
+    EXPECT_EQ(Cards().GetSelectedRows(), std::vector<long>{0});
     EXPECT_EQ(Column(1), (Texts{"a", "b", "c"}));
+    Select({1, 2});
+    Cards().SetFocusedRow(1);
     answers.Expect(wxID_OK);
     remove();
     EXPECT_EQ(Column(1), Texts{"a"});
@@ -90,10 +90,28 @@ TEST_F(CardListTest, ADeletionWaitsForTheAnswerAndLeavesTheKeysInPlace) {
     EXPECT_EQ(Cards().GetSelectedItemCount(), 0);
 }
 
+TEST_F(CardListTest, TheFocusStaysWithItsCardOrGoesToTheFirst) {
+    InsertCards({"x", "xy", "y", "yz", "z"});
+    Open();
+    EXPECT_EQ(Cards().GetFocusedRow(), 0);
+    Cards().SetFocusedRow(3);
+    for (const auto& [text, row] : std::vector<std::pair<wxString, long>>{
+             {"y", 2}, {"", 3}, {"x", 0}, {"none", -1}, {"", 0}}) {
+        Search(text);
+        EXPECT_EQ(Cards().GetFocusedRow(), row) << text;
+    }
+    // From wherever it is, Shift extends the selection, and keeps what is selected elsewhere.
+    for (const long row : {1L, 2L, 0L}) {
+        Select({4});
+        Cards().SetFocusedRow(row);
+        SendKeyEvent(wxEVT_CHAR, *Cards().GetChildren().front(), WXK_DOWN, wxMOD_SHIFT);
+        EXPECT_EQ(Cards().GetSelectedRows(), (std::vector<long>{row, row + 1, 4}));
+    }
+}
+
 TEST_F(CardListTest, TheFirstFocusedOrSelectedRowIsEdited) {
     InsertCards({"a", "b", "c"});
     Open();
-    EXPECT_EQ(Rule(wxID_OPEN), "off");
     Cards().SetFocusedRow(2);
     EXPECT_EQ(Rule(wxID_OPEN), "on");
     Command(wxID_OPEN);
@@ -139,18 +157,20 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
     mServices.HasCardsToPaste = true;
     Open();
     // Cut, paste, delete, select all, rename.
-    const std::pair<std::string, Strings> cases[] = {{"cards", {"off", "on", "off", "on", ""}},
-                                                     {"a card", {"on", "on", "on", "on", ""}},
+    const std::pair<std::string, Strings> cases[] = {{"cards", {"on", "on", "on", "on", ""}},
                                                      {"search", {"", "", "", "", ""}},
-                                                     {"categories", {"", "on", "on", "on", "on"}}};
+                                                     {"categories", {"", "on", "on", "on", "on"}},
+                                                     {"button", {"", "on", "on", "on", "on"}}};
     for (const auto& [where, rules] : cases) {
         if (where == "search") {
             mpFrame->FocusSearch();
         } else if (where == "categories") {
             OpenDropDown();
+        } else if (where == "button") {
+            DropDown().Dismiss();
+            ASSERT_TRUE(WaitFor([this] { return mpFrame->IsActive() && Button().HasFocus(); }));
         } else {
             Cards().SetFocus();
-            Select(where == "a card" ? std::vector<long>{0} : std::vector<long>{});
         }
         DrainEvents();
         EXPECT_EQ((Strings{Rule(wxID_CUT), Rule(wxID_PASTE), Rule(wxID_DELETE),
@@ -161,14 +181,16 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
             Command(id);
         }
     }
-    // Of the four places one had a card to take, and two lists took cards.
+    // The list had a card to take, and cards went into both lists.
     ASSERT_EQ(mServices.Taken.size(), 2U);
     EXPECT_TRUE(mServices.Taken[0].Cut && !mServices.Taken[1].Cut);
     // A cut is taken off the clipboard before its cards move, but in the list of categories.
     const auto before = std::make_pair(0, AppServices::EmptyCut::kBefore);
     const auto after = std::make_pair(0, AppServices::EmptyCut::kAfter);
-    EXPECT_THAT(mServices.Pasted, ::testing::ElementsAre(before, before, after));
+    EXPECT_THAT(mServices.Pasted, ::testing::ElementsAre(before, after, after));
 
+    Cards().SetFocus();
+    DrainEvents();
     Command(wxID_SELECTALL);
     Command(ID_EXPORT);
     EXPECT_EQ(mServices.Exported, (std::vector<std::vector<int64_t>>{{1, 2}}));
