@@ -402,13 +402,27 @@ void CardList::OnColumnClick(wxListEvent& event) {
     }
 }
 
-void CardList::OnColumnRightClick(wxListEvent&) {
+void CardList::OnColumnRightClick(wxListEvent& event) {
+    const int column = event.GetColumn();
     wxMenu menu;
     for (const ColumnMenuRow& row : kColumnMenu) {
         menu.Append(row.Id, *row.Label == '\0' ? wxString() : wxGetTranslation(row.Label),
                     wxString(), row.Kind);
     }
+    menu.Enable(ID_COLUMN_AUTO_SIZE, column >= 0);
+    menu.Bind(
+        wxEVT_MENU,
+        [this, column](wxCommandEvent&) { mpListCtrl->SetColumnWidth(column, wxLIST_AUTOSIZE); },
+        ID_COLUMN_AUTO_SIZE);
+    menu.Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { AutoSizeAllColumns(); }, ID_COLUMN_AUTO_SIZE_ALL);
     PopupMenu(&menu);
+}
+
+void CardList::AutoSizeAllColumns() {
+    for (int column = 0; column < kColumnCount; ++column) {
+        mpListCtrl->SetColumnWidth(column, wxLIST_AUTOSIZE);
+    }
 }
 
 void CardList::OnContextMenu(wxContextMenuEvent& event) {

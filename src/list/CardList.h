@@ -81,6 +81,7 @@ class CardList : public wxPanel, private Observer {
     void OnListKeyDown(wxListEvent& event);
     void OnColumnClick(wxListEvent& event);
     void OnColumnRightClick(wxListEvent& event);
+    void AutoSizeAllColumns();
     void OnContextMenu(wxContextMenuEvent& event);
 
     AppServices& mServices;

@@ -4,6 +4,7 @@
 #include <wx/stattext.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "list/CardList.h"
 #include "shell/ListRows.h"
@@ -20,6 +21,9 @@ constexpr size_t kShortText = 40;
 constexpr wxUniChar::value_type kFirstJoining = 0x300;
 // What the control leaves free of the width of a column.
 constexpr int kCellMargins = 8;
+// Kept free beside the widest text of a column that fits itself to its texts.
+constexpr int kSpareWidth = 4;
+constexpr int kNarrowest = 30;
 
 bool IsCutWell(const wxString& text) {
     return text.length() <= kShortText &&
@@ -139,6 +143,42 @@ void CardListCtrl::SelectSomeRow() {
     }
 }
 
+bool CardListCtrl::SetColumnWidth(int column, int width) {
+    if (width != wxLIST_AUTOSIZE && width != wxLIST_AUTOSIZE_USEHEADER) {
+        return wxListCtrl::SetColumnWidth(column, width);
+    }
+    // The first click of a double click has begun to drag the edge. The headings put off the width
+    // of a drag until they are idle, and would put the old width over the new one then.
+    if (wxWindow* const headings = FindHeadings()) {
+        headings->OnInternalIdle();
+    }
+    return wxListCtrl::SetColumnWidth(column, MeasureColumn(column));
+}
+
+wxWindow* CardListCtrl::FindHeadings() {
+    const wxWindow& rows = GetRowsWindow(*this);
+    for (wxWindow* const child : GetChildren()) {
+        if (child != &rows) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+// The control's own measure would take the texts as they were cut for the present width.
+int CardListCtrl::MeasureColumn(int column) {
+    wxListItem heading;
+    heading.SetMask(wxLIST_MASK_TEXT);
+    GetColumn(column, heading);
+    wxWindow* const headings = FindHeadings();
+    int width = headings == nullptr ? 0 : headings->GetTextExtent(heading.GetText()).x;
+    const long end = std::min<long>(GetTopItem() + GetCountPerPage() + 1, GetItemCount());
+    for (long row = GetTopItem(); row < end; ++row) {
+        width = std::max(width, GetTextExtent(mOwner.GetCellText(row, column)).x);
+    }
+    return std::min(width + kCellMargins + kSpareWidth, std::max(GetClientSize().x, kNarrowest));
+}
+
 wxString CardListCtrl::OnGetItemText(long row, long column) const {
     const wxString text = mOwner.GetCellText(row, column);
     if (IsCutWell(text)) {
@@ -247,5 +287,20 @@ void CardListCtrl::OnIdle(wxIdleEvent& event) {
     const bool isEmpty = GetItemCount() == 0;
     if (mpEmptyNotice->IsShown() != isEmpty) {
         mpEmptyNotice->Show(isEmpty);
+    }
+    KeepHeadingsInPlace();
+}
+
+// The control draws the headings before it scrolls the rows, so they would stand a step behind.
+void CardListCtrl::KeepHeadingsInPlace() {
+    std::vector<int> places{0};
+    CalcUnscrolledPosition(0, 0, &places.front(), nullptr);
+    for (int column = 0; column < GetColumnCount(); ++column) {
+        places.push_back(GetColumnWidth(column));
+    }
+    wxWindow* const headings = FindHeadings();
+    if (places != mHeadingPlaces && headings != nullptr) {
+        mHeadingPlaces = std::move(places);
+        headings->Refresh();
     }
 }

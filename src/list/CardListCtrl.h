@@ -29,11 +29,18 @@ class CardListCtrl : public wxListCtrl {
     // Selects the focused row if no row is selected, so that the user sees what a command takes.
     void SelectSomeRow();
 
+    // Takes wxLIST_AUTOSIZE as well, also when the user double-clicks on the edge of a heading: as
+    // wide as the heading and the rows in view need, but no wider than the list.
+    bool SetColumnWidth(int column, int width) override;
+
     wxString OnGetItemText(long row, long column) const override;
 
   private:
+    wxWindow* FindHeadings();
+    int MeasureColumn(int column);
     void TellFocusedRow();
     void AnchorFocusedRow();
+    void KeepHeadingsInPlace();
 
     void OnItemFocused(wxListEvent& event);
     void OnRowsFocused(wxFocusEvent& event);
@@ -48,4 +55,6 @@ class CardListCtrl : public wxListCtrl {
     // The control knows from where Shift extends the selection. It learns that from the user's keys
     // and clicks alone, and its row is another card after a refresh.
     bool mIsAnchored = false;
+    // Scroll position and widths for which the headings were last drawn.
+    std::vector<int> mHeadingPlaces;
 };

@@ -142,6 +142,37 @@ TEST_F(CardListTest, CellsShowTheBeginningOfLongTextsOnOneLine) {
     EXPECT_EQ(Cards().OnGetItemText(1, 1), wxString(L"one two \u05d0\U0001F600"));
 }
 
+TEST_F(CardListTest, ADoubleClickOnAnEdgeFitsTheColumnAndHeadingsGoWithTheirCells) {
+    const wxString text = "a text that has more letters than forty in all";
+    InsertCards({text, "b"});
+    Open();
+    wxWindow& headings = *FindNamed(Cards(), "wxlistctrlcolumntitles");
+    const wxPoint edge(Cards().GetColumnWidth(0) + Cards().GetColumnWidth(1), 5);
+    // Quick enough for the drag that the first click began to be pending yet.
+    for (const wxEventType type : {wxEventType{wxEVT_LEFT_DOWN}, wxEventType{wxEVT_LEFT_UP},
+                                   wxEventType{wxEVT_LEFT_DCLICK}, wxEventType{wxEVT_LEFT_UP}}) {
+        SendMouse(headings, type, edge);
+    }
+    DrainEvents();
+    EXPECT_EQ(Cards().OnGetItemText(0, 1), text);
+    Cards().SetColumnWidth(2, wxLIST_AUTOSIZE);
+    EXPECT_LT(Cards().GetColumnWidth(2), 90);
+
+    const auto scrolled = [this] { return Cards().CalcUnscrolledPosition(wxPoint()).x; };
+    int drawn = 0;
+    headings.Bind(wxEVT_PAINT, [&](wxPaintEvent& event) {
+        event.Skip();
+        drawn = scrolled();
+    });
+    Cards().SetColumnWidth(2, 2000);
+    DrainEvents();
+    wxScrollWinEvent scroll(wxEVT_SCROLLWIN_THUMBTRACK, 9, wxHORIZONTAL);
+    Cards().ProcessWindowEvent(scroll);
+    EXPECT_GT(scrolled(), 0);
+    EXPECT_TRUE(WaitFor([&] { return drawn == scrolled(); })) << drawn;
+    Close();
+}
+
 TEST_F(CardListTest, ColumnWidthsAreKeptWhenThereAreAsManyAsColumns) {
     for (const char* text : {"35,95,123", "", "11,22", "11,22,33,44", "11,x,33", "-1,22,33"}) {
         WriteStringSetting("CardListColumns", text);
