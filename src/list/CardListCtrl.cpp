@@ -236,6 +236,10 @@ void CardListCtrl::AnchorFocusedRow() {
 
 void CardListCtrl::OnLeftDown(wxMouseEvent& event) {
     event.Skip();
+    int place = 0;
+    if (HitTest(event.GetPosition(), place) < 0) {
+        return;
+    }
     if (event.ShiftDown() && !mIsAnchored) {
         AnchorFocusedRow();
     }

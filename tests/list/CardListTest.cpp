@@ -90,21 +90,38 @@ TEST_F(CardListTest, ADeletionWaitsForTheAnswerAndLeavesTheKeysInPlace) {
     InsertCards({"a", "b", "c"});
     Open();
     const auto remove = [this] { SendKeyDown(*Cards().GetChildren().front(), WXK_DELETE); };
-    // With nothing selected the focused card is meant.
     ModalAnswers answers;
     answers.Expect(wxID_CANCEL);
     remove();
+    // With nothing selected the question is about the focused row, which is to be seen.
     EXPECT_EQ(Cards().GetSelectedRows(), std::vector<long>{0});
+    EXPECT_EQ(Column(1), (Texts{"a", "b", "c"}));
     Select({1, 2});
     Cards().SetFocusedRow(1);
-    answers.Expect(wxID_CANCEL);
-    remove();
-    EXPECT_EQ(Column(1), (Texts{"a", "b", "c"}));
     answers.Expect(wxID_OK);
     remove();
     EXPECT_EQ(Column(1), Texts{"a"});
     EXPECT_EQ(FocusedRow(), 0);
     EXPECT_EQ(Cards().GetSelectedItemCount(), 0);
+}
+
+TEST_F(CardListTest, TheFocusStaysWithItsCardOrGoesToTheFirst) {
+    InsertCards({"x", "xy", "y", "yz", "z"});
+    Open();
+    EXPECT_EQ(Cards().GetFocusedRow(), 0);
+    Cards().SetFocusedRow(3);
+    for (const auto& [text, row] : std::vector<std::pair<wxString, long>>{
+             {"y", 2}, {"", 3}, {"x", 0}, {"none", -1}, {"", 0}}) {
+        Search(text);
+        EXPECT_EQ(Cards().GetFocusedRow(), row) << text;
+    }
+    // From wherever it is, Shift extends the selection, and keeps what is selected elsewhere.
+    for (const long row : {1L, 2L, 0L}) {
+        Select({4});
+        Cards().SetFocusedRow(row);
+        SendKeyEvent(wxEVT_CHAR, *Cards().GetChildren().front(), WXK_DOWN, wxMOD_SHIFT);
+        EXPECT_EQ(Cards().GetSelectedRows(), (std::vector<long>{row, row + 1, 4}));
+    }
 }
 
 TEST_F(CardListTest, TheFirstFocusedOrSelectedRowIsEdited) {
@@ -140,6 +157,37 @@ TEST_F(CardListTest, CellsShowTheBeginningOfLongTextsOnOneLine) {
     EXPECT_EQ(Cards().OnGetItemText(1, 1), wxString(L"one two \u05d0\U0001F600"));
 }
 
+TEST_F(CardListTest, ADoubleClickOnAnEdgeFitsTheColumnAndHeadingsGoWithTheirCells) {
+    const wxString text = "a text that has more letters than forty in all";
+    InsertCards({text, "b"});
+    Open();
+    wxWindow& headings = *FindNamed(Cards(), "wxlistctrlcolumntitles");
+    const wxPoint edge(Cards().GetColumnWidth(0) + Cards().GetColumnWidth(1), 5);
+    // Quick enough for the drag that the first click began to be pending yet.
+    for (const wxEventType type : {wxEventType{wxEVT_LEFT_DOWN}, wxEventType{wxEVT_LEFT_UP},
+                                   wxEventType{wxEVT_LEFT_DCLICK}, wxEventType{wxEVT_LEFT_UP}}) {
+        SendMouse(headings, type, edge);
+    }
+    DrainEvents();
+    EXPECT_EQ(Cards().OnGetItemText(0, 1), text);
+    Cards().SetColumnWidth(2, wxLIST_AUTOSIZE);
+    EXPECT_LT(Cards().GetColumnWidth(2), 90);
+
+    const auto scrolled = [this] { return Cards().CalcUnscrolledPosition(wxPoint()).x; };
+    int drawn = 0;
+    headings.Bind(wxEVT_PAINT, [&](wxPaintEvent& event) {
+        event.Skip();
+        drawn = scrolled();
+    });
+    Cards().SetColumnWidth(2, 2000);
+    DrainEvents();
+    wxScrollWinEvent scroll(wxEVT_SCROLLWIN_THUMBTRACK, 9, wxHORIZONTAL);
+    Cards().ProcessWindowEvent(scroll);
+    EXPECT_GT(scrolled(), 0);
+    EXPECT_TRUE(WaitFor([&] { return drawn == scrolled(); })) << drawn;
+    Close();
+}
+
 TEST_F(CardListTest, ColumnWidthsAreKeptWhenThereAreAsManyAsColumns) {
     for (const char* text : {"35,95,123", "", "11,22", "11,22,33,44", "11,x,33", "-1,22,33"}) {
         WriteStringSetting("CardListColumns", text);
@@ -156,17 +204,19 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
     Open();
     // Cut, paste, delete, select all, rename.
     const std::pair<std::string, Strings> cases[] = {{"cards", {"on", "on", "on", "on", ""}},
-                                                     {"a card", {"on", "on", "on", "on", ""}},
                                                      {"search", {"", "", "", "", ""}},
-                                                     {"categories", {"", "on", "on", "on", "on"}}};
+                                                     {"categories", {"", "on", "on", "on", "on"}},
+                                                     {"button", {"", "on", "on", "on", "on"}}};
     for (const auto& [where, rules] : cases) {
         if (where == "search") {
             mpFrame->FocusSearch();
         } else if (where == "categories") {
             OpenDropDown();
+        } else if (where == "button") {
+            DropDown().Dismiss();
+            ASSERT_TRUE(WaitFor([this] { return mpFrame->IsActive() && Button().HasFocus(); }));
         } else {
             Cards().SetFocus();
-            Select(where == "a card" ? std::vector<long>{0} : std::vector<long>{});
         }
         DrainEvents();
         EXPECT_EQ((Strings{Rule(wxID_CUT), Rule(wxID_PASTE), Rule(wxID_DELETE),
@@ -177,14 +227,16 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
             Command(id);
         }
     }
-    // With nothing selected the focused card was taken, cut and copied, and then the selected one.
-    ASSERT_EQ(mServices.Taken.size(), 4U);
+    // The list had a card to take, and cards went into both lists.
+    ASSERT_EQ(mServices.Taken.size(), 2U);
     EXPECT_TRUE(mServices.Taken[0].Cut && !mServices.Taken[1].Cut);
     // A cut is taken off the clipboard before its cards move, but in the list of categories.
     const auto before = std::make_pair(0, AppServices::EmptyCut::kBefore);
     const auto after = std::make_pair(0, AppServices::EmptyCut::kAfter);
-    EXPECT_THAT(mServices.Pasted, ::testing::ElementsAre(before, before, after));
+    EXPECT_THAT(mServices.Pasted, ::testing::ElementsAre(before, after, after));
 
+    Cards().SetFocus();
+    DrainEvents();
     Command(wxID_SELECTALL);
     Command(ID_EXPORT);
     EXPECT_EQ(mServices.Exported, (std::vector<std::vector<int64_t>>{{1, 2}}));

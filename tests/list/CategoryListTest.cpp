@@ -50,24 +50,19 @@ TEST_F(CategoryListTest, RowsTellWhatIsReadyAndFollowTheStore) {
     EXPECT_EQ(Button().GetLabelText(), "Spanish");
 }
 
-TEST_F(CategoryListTest, TheFocusedRowBecomesCurrentEverywhere) {
-    AddCategories({"Salt & pepper"});
-    Insert(MakeCard("here", "", 0));
-    Insert(MakeCard("there", "", 1));
-    Open();
-    OpenDropDown();
-    SendKeyEvent(wxEVT_CHAR, *Categories().GetChildren().front(), WXK_DOWN);
-    EXPECT_EQ(mServices.CurrentCategory, 1);
-    EXPECT_EQ(ChosenRow(), 1);
-    EXPECT_EQ(Categories().GetItemState(0, wxLIST_STATE_SELECTED), 0);
-    EXPECT_EQ(Column(1), Texts{"there"});
-    EXPECT_EQ(Button().GetLabelText(), "Salt & pepper");
-}
-
 TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {
-    AddCategories({"7", "Keep"});
+    // The last is shown in part, and kept in full where the question is answered as it came.
+    AddCategories({"7", "Keep", wxString('n', 5000) + "\nend"});
     Insert(MakeCard("seven", "", 1));
     Open();
+    Choose(3);
+    EXPECT_EQ(Rows()[3].length(), 200U);
+    EXPECT_LT(Button().GetBestSize().x, 400);
+    mAnswers.Expect(wxID_OK);
+    Categories().Rename();
+    EXPECT_EQ(Query("SELECT length(Name) FROM Categories WHERE Id = 3"), Strings{"5004"});
+    EXPECT_EQ(mDatabase.DeleteCategory(3), 0);
+    mDatabase.Notify();
     Choose(1);
     // The same text, the same name in the store's eyes, another one.
     Rename("7");
@@ -119,16 +114,4 @@ TEST_F(CategoryListTest, OnlyAnEmptyCategoryThatIsNotTheLastOneIsDeleted) {
     EXPECT_EQ(Stored(), Strings{"1 Full"});
     EXPECT_EQ(mServices.CurrentCategory, 1);
     EXPECT_EQ(Column(1).back(), "b");
-}
-
-TEST_F(CategoryListTest, ALongNameIsShownInPartAndKeptInFull) {
-    const wxString longName = wxString('n', 5000) + "\nend";
-    AddCategories({longName});
-    Open();
-    Choose(1);
-    EXPECT_EQ(Rows()[1].length(), 200U);
-    EXPECT_LT(Button().GetBestSize().x, 400);
-    mAnswers.Expect(wxID_OK);
-    Categories().Rename();
-    EXPECT_EQ(Query("SELECT length(Name) FROM Categories WHERE Id = 1"), Strings{"5004"});
 }

@@ -24,6 +24,8 @@ struct ListTest : FrameTest<BrowseFrame> {
     wxSearchCtrl& SearchField() { return Find<wxSearchCtrl>(*mpFrame, "searchCtrl"); }
 
     void OpenDropDown() {
+        Button().SetFocus();
+        EXPECT_TRUE(WaitFor([this] { return Button().HasFocus(); }));
         SendKey(Button(), WXK_SPACE);
         EXPECT_TRUE(WaitFor([this] { return DropDown().IsActive(); }));
     }

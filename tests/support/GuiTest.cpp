@@ -88,6 +88,7 @@ bool SendKeyEvent(wxEventType type, wxWindow& window, int keyCode, int modifiers
     event.m_keyCode = keyCode;
     event.m_uniChar = keyCode < WXK_START ? static_cast<wxChar>(keyCode) : wxChar(0);
     event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
+    event.SetShiftDown((modifiers & wxMOD_SHIFT) != 0);
     event.SetAltDown((modifiers & wxMOD_ALT) != 0);
     event.SetMetaDown((modifiers & wxMOD_META) != 0);
     return window.GetEventHandler()->ProcessEvent(event);

@@ -1,0 +1,78 @@
+"""A person finds, opens, deletes and moves cards in the list by the keys alone, and names categories."""
+
+import unittest
+
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+
+EDIT_WINDOW = "Edit - Velomind"
+DELETE_BOX = "Delete Card(s)"
+BLANK = "Categories cannot have a blank name"
+CARDS = "SELECT group_concat(Front || Name, ' ') FROM Cards JOIN Categories ON CategoryId = Id"
+
+
+class ListRoad(RoadTest):
+    def setUp(self):
+        super().setUp()
+        rows = [f"{front}\tx\t{category}" for front, category in ("a1", "b1", "c1", "d1", "e2")]
+        cards = self.sandbox.write("cards.txt", "\n".join(["Front\tBack\tCategory", *rows]))
+        self.assertEqual(0, self.sandbox.run("--import", cards))
+        self.sandbox.let_read_windows()
+        self.program = self.sandbox.start()
+        self.program.wait_window(LIST_WINDOW)
+
+    def open_and_leave(self, window, keys, leave="Escape"):
+        press(*keys.split())
+        self.program.wait_window(window)
+        press(leave)
+        self.program.wait_no_window(window)
+        self.program.wait_window(LIST_WINDOW)
+
+    def wait_cards(self, cards):
+        wait_until(lambda: self.sandbox.query(CARDS) == [(cards,)], cards)
+
+    def test_the_keys_always_have_a_card(self):
+        # At the start, after a search with one card, after a window and a menu above the list.
+        for window, keys in ((EDIT_WINDOW, "Return"), (EDIT_WINDOW, "ctrl+e"),
+                             (DELETE_BOX, "Delete"), (EDIT_WINDOW, "ctrl+f c Return Down Return"),
+                             (EDIT_WINDOW, "KP_Enter"), (DELETE_BOX, "Menu Escape Delete")):
+            self.open_and_leave(window, keys)
+        press("ctrl+2")
+        self.program.wait_window(STUDY_WINDOW)
+        press("ctrl+1")
+        self.program.wait_window(LIST_WINDOW)
+        self.open_and_leave(DELETE_BOX, "Delete", "Return")
+        self.wait_cards("a1 b1 d1 e2")
+        # All others are there again, and Shift reaches from the first one on.
+        self.open_and_leave(DELETE_BOX, "ctrl+f Escape Escape shift+Down Delete", "Return")
+        self.wait_cards("d1 e2")
+
+    def test_cards_move_by_the_keys(self):
+        press("ctrl+x", "shift+Tab", "shift+Tab", "Return")
+        wait_until(lambda: ["1"] == [control.name for control in self.program.controls()
+                                     if control.focusable], "the drop-down list")
+        press("Down", "Return", "ctrl+v")
+        self.wait_cards("a2 b1 c1 d1 e2")
+        self.program.wait_no_window("Progress")
+        self.program.wait_window(LIST_WINDOW)
+        self.open_and_leave(DELETE_BOX, "Delete")
+
+    def answer_blank_first(self, title, name):
+        self.program.wait_window(title)
+        press("space", "Return")
+        self.program.wait_text(BLANK)
+        press("Return")
+        self.program.wait_no_text(BLANK)
+        self.open_and_leave(title, name, "Return")
+
+    def test_a_category_is_added_and_renamed_by_the_mouse_but_not_to_a_blank(self):
+        press("ctrl+shift+n")
+        self.answer_blank_first("Add Category", "3")
+        for label in ("Category: 1", "Edit", "Rename"):
+            self.program.click(label)
+        self.answer_blank_first("Rename Category", "4")
+        self.wait_cards("a4 b4 c4 d4 e2")
+        self.assertEqual([(3,)], self.sandbox.query("SELECT Name FROM Categories WHERE Id > 1"))
+
+
+if __name__ == "__main__":
+    unittest.main()
