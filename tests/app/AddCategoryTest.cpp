@@ -16,13 +16,6 @@ TEST_F(GuiStoreTest, ANewCategoryIsNotOneThatTheStoreSeesAsPresent) {
         }
         AddCategory(nullptr, mDatabase);
     }
-    // A blank name is refused, and the question comes again.
-    answers.ThenType(" ");
-    answers.Expect(wxID_OK);
-    answers.ThenType("Greek");
-    AddCategory(nullptr, mDatabase);
-    EXPECT_EQ(Query("SELECT Name FROM Categories WHERE trim(Name)='' OR Name='Greek'"),
-              Strings{"Greek"});
     EXPECT_TRUE(answers.Dialogs.at(2).Message.Contains("already"));
     EXPECT_EQ(answers.Dialogs.back().Message.Freq('\n'), 0U);
     EXPECT_EQ(Query("SELECT Id,substr(Name, 1, 7) FROM Categories"),

@@ -52,21 +52,6 @@ TEST_F(CardListTest, ManyCardsAreOrderedFoundSelectedAndDeleted) {
     EXPECT_TRUE(WaitFor([this] { return !FindById(Cards(), 10000)->IsShown(); }));
 }
 
-TEST_F(CardListTest, ARowIsFocusedAsSoonAsThereAreCards) {
-    InsertCards({"eins", "zwei", "drei"});
-    Open();
-    EXPECT_EQ(FocusedRow(), 0);
-    for (const wxString& text :
-         {wxString("zwei"), wxString("nothing"), wxString("drei"), wxString()}) {
-        Search(text);
-        EXPECT_EQ(FocusedRow() >= 0, Cards().GetItemCount() > 0) << text;
-    }
-    Search("zwei");
-    Command(wxID_OPEN);
-    ASSERT_EQ(mServices.Edited.size(), 1U);
-    EXPECT_EQ(mServices.Edited.front().Front, "zwei");
-}
-
 TEST_F(CardListTest, TheSelectionStaysWithItsCards) {
     InsertCards({"a", "b", "c", "d", "e"});
     Open();
