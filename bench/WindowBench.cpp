@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 #include <sqlite3.h>
 #include <wx/frame.h>
 
@@ -14,11 +15,13 @@
 #include "edit/EditFrame.h"
 #include "list/CategoryList.h"
 #include "store/Database.h"
+#include "study/CardViewer.h"
 #include "study/LearningProgress.h"
 #include "support/FakeServices.h"
 
 // The list of categories and the learning progress, windows and all, beside bare SQLite that counts
-// the same cards, and what it takes to have an editor on the screen. Needs a display.
+// the same cards, and what it takes to have an editor or a long text on the screen. Needs a
+// display.
 namespace {
 
 constexpr int kCategories = 20;
@@ -210,6 +213,52 @@ void OpenEditor(benchmark::State& state) {
     }
 }
 
+double HeapMegabytes() {
+    const struct mallinfo2 heap = mallinfo2();
+    return static_cast<double>(heap.uordblks + heap.hblkhd) / 1e6;
+}
+
+// Words, of which no line is like the next.
+wxString LongText(size_t characters) {
+    std::string text;
+    for (size_t i = 1; text.size() < characters; ++i) {
+        text += std::to_string(i * i) + " words to be read ";
+    }
+    return wxString::FromAscii(text.data(), characters);
+}
+
+// From a text to the window that shows its beginning; whole_ms later all of it can be scrolled to,
+// and MB more are in use than before.
+void ShowLongText(benchmark::State& state) {
+    auto* const frame = new wxFrame(nullptr, wxID_ANY, "text", wxDefaultPosition, wxSize(640, 480));
+    auto* const viewer = new CardViewer(frame, wxID_ANY);
+    viewer->SetScrollRate(0, 1);
+    frame->Show();
+    wxYield();
+    const wxString text = LongText(static_cast<size_t>(state.range(0)));
+    double whole = 0;
+    double megabytes = 0;
+    for (auto _ : state) {
+        viewer->SetFirstText(wxString());
+        const double before = HeapMegabytes();
+        state.SetIterationTime(1e-3 * Milliseconds([&] {
+                                   viewer->SetFirstText(text);
+                                   viewer->wxWindow::Update();
+                               }));
+        whole += Milliseconds([&] {
+            while (!viewer->IsLaidOut()) {
+                wxYield();
+                wxIdleEvent idle;
+                viewer->ProcessWindowEvent(idle);
+            }
+        });
+        megabytes = std::max(megabytes, HeapMegabytes() - before);
+    }
+    state.counters["whole_ms"] = whole / static_cast<double>(state.iterations());
+    state.counters["MB"] = megabytes;
+    delete frame;
+}
+
 void AddSizes(benchmark::internal::Benchmark* bench) {
     bench->ArgName("cards")->Arg(10000)->Arg(100000)->Arg(1000000);
     bench->Iterations(9)->UseManualTime()->Unit(benchmark::kMillisecond);
@@ -218,5 +267,14 @@ void AddSizes(benchmark::internal::Benchmark* bench) {
 BENCHMARK(CategoryListRefresh)->Apply(AddSizes);
 BENCHMARK(LearningProgressCounts)->Apply(AddSizes);
 BENCHMARK(OpenEditor)->Apply(AddSizes);
+BENCHMARK(ShowLongText)
+    ->ArgName("characters")
+    ->RangeMultiplier(10)
+    ->Range(1000, 10000000)
+    ->Arg(5000000)
+    ->Arg(50000000)
+    ->Iterations(3)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

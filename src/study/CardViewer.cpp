@@ -14,14 +14,16 @@
 namespace {
 
 constexpr int32_t kNarrowest = 32;
+// How much of a text is laid out before it is shown first, some screens full, and in an idle
+// moment, a hundredth of a second.
+constexpr size_t kCharactersAtOnce = 10000;
+constexpr size_t kCharactersWhenIdle = 5000;
+// Pixels of a side, more than anybody scrolls through: both sides together are no larger number
+// than the toolkit counts with.
+constexpr int64_t kHighestSide = 1000000000;
 
 int32_t TextHeight(const WrappedText& wrapped, int32_t lineHeight) {
     return static_cast<int32_t>(wrapped.Lines.size()) * lineHeight;
-}
-
-void TakeLines(CardViewerSide& side, const WrappedText& wrapped) {
-    side.Lines = wrapped.Lines;
-    side.LineWidths = wrapped.LineWidths;
 }
 
 // The default pen is black, which a dark background would swallow.
@@ -36,6 +38,7 @@ CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position,
     SetBackgroundStyle(wxBG_STYLE_PAINT);
     wxScrolledWindow::Create(parent, id, position, size, style, name);
     Bind(wxEVT_PAINT, &CardViewer::OnPaint, this);
+    Bind(wxEVT_IDLE, &CardViewer::OnIdle, this);
     Bind(wxEVT_SIZE, &CardViewer::OnSize, this);
     Bind(wxEVT_LEFT_DOWN, &CardViewer::OnLeftDown, this);
     Bind(wxEVT_LEFT_UP, &CardViewer::OnLeftUp, this);
@@ -46,20 +49,21 @@ CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position,
 }
 
 void CardViewer::SetFirstText(const wxString& text) {
-    SetText(mFirst, mFirstWraps, text);
+    SetText(mFirst, text);
 }
 
 void CardViewer::SetSecondText(const wxString& text) {
-    SetText(mSecond, mSecondWraps, text);
+    SetText(mSecond, text);
 }
 
-void CardViewer::SetText(CardViewerSide& side, WrapCaches& caches, const wxString& text) {
-    if (side.Text == text) {
-        return;
+void CardViewer::SetText(CardViewerSide& side, const wxString& text) {
+    if (text.length() > kMostCharacters) {
+        SetText(side, text.Left(kMostCharacters - 1) + wxUniChar(0x2026));
+    } else if (side.Text != text) {
+        side.Text = text;
+        side.Wraps = {};
+        Relayout(kCharactersAtOnce);
     }
-    side.Text = text;
-    caches = {};
-    Relayout();
 }
 
 void CardViewer::SetFirstColour(const wxColour& colour) {
@@ -83,7 +87,7 @@ void CardViewer::SetLayout(int32_t orientation) {
         return;
     }
     mLayout = orientation;
-    Relayout();
+    Relayout(kCharactersAtOnce);
 }
 
 bool CardViewer::SetFont(const wxFont& font) {
@@ -91,9 +95,9 @@ bool CardViewer::SetFont(const wxFont& font) {
         return true;
     }
     const bool isSet = wxScrolledWindow::SetFont(font);
-    mFirstWraps = {};
-    mSecondWraps = {};
-    Relayout();
+    mFirst.Wraps = {};
+    mSecond.Wraps = {};
+    Relayout(kCharactersAtOnce);
     return isSet;
 }
 
@@ -108,24 +112,28 @@ int32_t CardViewer::ScrollBarWidth() const {
     return std::max({metric, FullWidth() - GetClientSize().x, 0});
 }
 
-const WrappedText& CardViewer::Wrap(const CardViewerSide& side, WrapCache& cache, size_t lineLimit,
-                                    const TextMeasure& measure) const {
-    const bool isWhole = cache.Wrapped.Lines.size() <= cache.LineLimit;
-    if (cache.Width != mColumnWidth || (!isWhole && cache.LineLimit < lineLimit)) {
-        cache.Wrapped = WrapText(side.Text, mColumnWidth, measure, lineLimit);
-        cache.Width = mColumnWidth;
-        cache.LineLimit = lineLimit;
-    }
-    return cache.Wrapped;
-}
-
-void CardViewer::Relayout() {
-    if (!mIsSized) {
-        return;
-    }
+void CardViewer::WrapSides(int32_t height, size_t characters) {
     wxClientDC dc(this);
     dc.SetFont(GetFont());
     const TextMeasure measure = [&dc](const wxString& text) { return dc.GetTextExtent(text); };
+    // What is higher than the window needs the scroll bar, however much higher it is.
+    const int64_t highest = mScrollNeeded ? kHighestSide : height;
+    for (CardViewerSide* const side : {&mFirst, &mSecond}) {
+        WrappedText& wrapped = side->Wraps[mScrollNeeded ? 1 : 0];
+        if (wrapped.MaxWidth != mColumnWidth) {
+            wrapped = WrappedText();
+            wrapped.MaxWidth = mColumnWidth;
+        }
+        WrapText(side->Text, measure, {highest, characters}, wrapped);
+        wrapped.IsWhole = wrapped.IsWhole || wrapped.Height() > kHighestSide;
+    }
+    mLineHeight = std::max(LinesOf(mFirst).LineHeight, LinesOf(mSecond).LineHeight);
+}
+
+void CardViewer::Relayout(size_t characters) {
+    if (!mIsSized) {
+        return;
+    }
     const int32_t fullWidth = FullWidth();
     const int32_t height = GetClientSize().y;
     const auto orientation = static_cast<wxOrientation>(mLayout);
@@ -136,16 +144,10 @@ void CardViewer::Relayout() {
     for (;;) {
         width = std::max(fullWidth - (mScrollNeeded ? ScrollBarWidth() : 0), kNarrowest);
         mColumnWidth = CardColumnWidth(orientation, width);
-        // More lines than the window has pixels need the scroll bar, however many more there are.
-        const size_t limit = mScrollNeeded ? SIZE_MAX : static_cast<size_t>(std::max(height, 0));
-        const WrappedText& first = Wrap(mFirst, mFirstWraps[mScrollNeeded], limit, measure);
-        const WrappedText& second = Wrap(mSecond, mSecondWraps[mScrollNeeded], limit, measure);
-        mLineHeight = std::max(first.LineHeight, second.LineHeight);
-        firstHeight = TextHeight(first, mLineHeight);
-        secondHeight = TextHeight(second, mLineHeight);
+        WrapSides(height, characters);
+        firstHeight = TextHeight(LinesOf(mFirst), mLineHeight);
+        secondHeight = TextHeight(LinesOf(mSecond), mLineHeight);
         if (mScrollNeeded || CardHeightNeeded(orientation, firstHeight, secondHeight) <= height) {
-            TakeLines(mFirst, first);
-            TakeLines(mSecond, second);
             break;
         }
         mScrollNeeded = true;
@@ -156,6 +158,31 @@ void CardViewer::Relayout() {
     mSecond.Rect = layout.Second;
     SetVirtualSize(width, layout.VirtualHeight);
     Refresh();
+}
+
+void CardViewer::OnIdle(wxIdleEvent& event) {
+    event.Skip();
+    if (!mIsSized || IsLaidOut()) {
+        return;
+    }
+    const int32_t top = GetViewStart().y;
+    const int32_t divider = mFirst.Rect.height;
+    Relayout(kCharactersWhenIdle);
+    // Who looks at the second side goes on to see it, while the first one above it grows.
+    const bool isSecondSeen =
+        mLayout == wxVERTICAL && !mSecond.Text.empty() && top + GetClientSize().y > divider + 1;
+    if (isSecondSeen && mFirst.Rect.height > divider) {
+        ScrollBy(mFirst.Rect.height - divider);
+    }
+    if (!IsLaidOut()) {
+        event.RequestMore();
+    }
+}
+
+void CardViewer::DropPress() {
+    if (HasCapture()) {
+        ReleaseMouse();
+    }
 }
 
 void CardViewer::ScrollToTop() {
@@ -219,26 +246,30 @@ void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& v
         const wxSize size(std::max(side.Rect.width, visible.width - side.Rect.x), side.Rect.height);
         dc.StretchBlit(side.Rect.GetPosition(), size, &cover, wxPoint(0, 0), side.Cover.GetSize());
     }
-    if (side.Lines.empty()) {
+    const std::vector<TextLine>& lines = LinesOf(side).Lines;
+    if (lines.empty()) {
         return;
     }
     dc.SetTextForeground(side.TextColour);
-    int32_t y = side.Rect.y;
+    const auto count = static_cast<int32_t>(lines.size());
+    int32_t top = side.Rect.y;
     if (!mScrollNeeded) {
-        y += (side.Rect.height - static_cast<int32_t>(side.Lines.size()) * mLineHeight) / 2;
+        top += (side.Rect.height - count * mLineHeight) / 2;
     }
-    for (size_t i = 0; i < side.Lines.size() && y <= visible.GetBottom(); ++i) {
-        if (y + mLineHeight > visible.y) {
-            const int32_t room = std::max(side.Rect.width - side.LineWidths[i], 0);
-            dc.DrawText(side.Lines[i], side.Rect.x + room / 2, y);
+    for (int32_t i = std::max((visible.y - top) / mLineHeight, 0); i < count; ++i) {
+        const int32_t y = top + i * mLineHeight;
+        if (y > visible.GetBottom()) {
+            return;
         }
-        y += mLineHeight;
+        const TextLine& line = lines[static_cast<size_t>(i)];
+        const int32_t room = std::max(side.Rect.width - line.Width, 0);
+        dc.DrawText(LineText(side.Text, line), side.Rect.x + room / 2, y);
     }
 }
 
 void CardViewer::OnSize(wxSizeEvent& event) {
     mIsSized = true;
-    Relayout();
+    Relayout(kCharactersAtOnce);
     event.Skip();
 }
 

@@ -6,9 +6,7 @@
 #include <wx/string.h>
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "study/TextWrap.h"
 
@@ -17,8 +15,9 @@ class wxDC;
 // One of the two texts that a CardViewer shows.
 struct CardViewerSide {
     wxString Text;
-    std::vector<wxString> Lines;
-    std::vector<int32_t> LineWidths;
+    // The lines at the width beside no scroll bar, only as far as they tell whether one is needed,
+    // and beside one. Both stay until the text, the font or the width changes.
+    std::array<WrappedText, 2> Wraps;
     wxColour TextColour = *wxBLACK;
     // When valid, drawn stretched over the whole rectangle instead of the background.
     wxBitmap Cover;
@@ -30,12 +29,17 @@ struct CardViewerSide {
 // or side by side. It wraps and centres the texts by itself; a click on it goes to the parent as a
 // button event with this window's id. It knows texts, colours and a cover, but no cards. The owner
 // sets the scroll rate: none horizontally, one pixel vertically.
+//
+// The beginning of a long text is laid out at once and the rest in idle moments, while the part
+// that can be scrolled to grows. Of a text longer than anybody reads the end is left out.
 class CardViewer : public wxScrolledWindow {
   public:
     CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position = wxDefaultPosition,
                const wxSize& size = wxDefaultSize, long style = wxHSCROLL | wxVSCROLL,
                const wxString& name = wxASCII_STR(wxPanelNameStr));
 
+    // A text of more than kMostCharacters ends with an ellipsis in their place.
+    static constexpr size_t kMostCharacters = 8000000;
     void SetFirstText(const wxString& text);
     void SetSecondText(const wxString& text);
     const wxString& GetFirstText() const { return mFirst.Text; }
@@ -58,6 +62,9 @@ class CardViewer : public wxScrolledWindow {
 
     bool SetFont(const wxFont& font) override;
 
+    // A press of the mouse that is under way is no click when it ends.
+    void DropPress();
+
     void ScrollToTop();
     // Puts the dividing line at the top, when there is anything to scroll.
     void ScrollToSecond();
@@ -66,27 +73,23 @@ class CardViewer : public wxScrolledWindow {
 
     const CardViewerSide& GetFirst() const { return mFirst; }
     const CardViewerSide& GetSecond() const { return mSecond; }
+    // The lines of a side that are shown.
+    const WrappedText& LinesOf(const CardViewerSide& side) const {
+        return side.Wraps[mScrollNeeded ? 1 : 0];
+    }
     bool IsScrollNeeded() const { return mScrollNeeded; }
+    // Nothing is left to lay out.
+    bool IsLaidOut() const { return LinesOf(mFirst).IsWhole && LinesOf(mSecond).IsWhole; }
 
   private:
-    // The lines of a text at a width, kept until the text or the font changes. Beyond the limit of
-    // lines they were not looked for.
-    struct WrapCache {
-        WrappedText Wrapped;
-        int32_t Width = -1;
-        size_t LineLimit = 0;
-    };
-    // Without and with the scroll bar.
-    using WrapCaches = std::array<WrapCache, 2>;
-
-    void SetText(CardViewerSide& side, WrapCaches& caches, const wxString& text);
+    void SetText(CardViewerSide& side, const wxString& text);
     // The width for the text without a scroll bar, and what a scroll bar takes of it.
     int32_t FullWidth() const;
     int32_t ScrollBarWidth() const;
-    // The lines of the side at mColumnWidth.
-    const WrappedText& Wrap(const CardViewerSide& side, WrapCache& cache, size_t lineLimit,
-                            const TextMeasure& measure) const;
-    void Relayout();
+    // Goes on with the lines of both sides at mColumnWidth.
+    void WrapSides(int32_t height, size_t characters);
+    // Lays out anew, as far as that many more characters of each side go.
+    void Relayout(size_t characters);
 
     void PaintDivider(wxDC& dc, const wxRect& visible) const;
     void PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const;
@@ -94,6 +97,7 @@ class CardViewer : public wxScrolledWindow {
     void ScrollBy(int32_t pixels);
 
     void OnPaint(wxPaintEvent& event);
+    void OnIdle(wxIdleEvent& event);
     void OnSize(wxSizeEvent& event);
     void OnLeftDown(wxMouseEvent& event);
     void OnLeftUp(wxMouseEvent& event);
@@ -112,6 +116,4 @@ class CardViewer : public wxScrolledWindow {
     bool mIsSized = false;
     // Rotation of the wheel that is not yet used up, times pixels.
     int32_t mWheelRest = 0;
-    WrapCaches mFirstWraps;
-    WrapCaches mSecondWraps;
 };

@@ -246,6 +246,7 @@ void StudyFrame::UpdateCard(bool newCard) {
 
 void StudyFrame::DropPresses() {
     mpQuickScore->DropPress();
+    mpCardViewer->DropPress();
 }
 
 wxWindow& StudyFrame::KeyWindow() {

@@ -27,18 +27,25 @@ bool IsLineSeparator(wchar_t character) {
     }
 }
 
+bool IsBlank(wchar_t character) {
+    return IsWideSpace(character) || IsLineSeparator(character);
+}
+
 std::wstring_view Trim(std::wstring_view text) {
-    while (!text.empty() && IsWideSpace(text.front())) {
+    while (!text.empty() && IsBlank(text.front())) {
         text.remove_prefix(1);
     }
-    while (!text.empty() && IsWideSpace(text.back())) {
+    while (!text.empty() && IsBlank(text.back())) {
         text.remove_suffix(1);
     }
     return text;
 }
 
+// The text is measured and drawn with spaces in the place of its separators.
 wxString ToText(std::wstring_view text) {
-    return wxString(text.data(), text.size());
+    std::wstring characters(text);
+    std::replace_if(characters.begin(), characters.end(), IsLineSeparator, L' ');
+    return wxString(std::move(characters));
 }
 
 // The second character is drawn on or into the one before it.
@@ -59,16 +66,9 @@ class LineCutter {
     size_t Take(std::wstring_view rest) {
         mRest = rest.substr(0, kLongestLine);
         mExtents.clear();
-        const size_t beginning = TooWideBeginning();
-        const size_t tooWide = beginning == 0 ? mRest.size() + 1 : FirstTooWide(beginning);
-        if (tooWide > mRest.size() && mRest.size() == rest.size()) {
-            // All of it fits, or only white space at its ends stands out.
-            return rest.size();
-        }
-        const size_t lastBreak = LastBreakBefore(tooWide);
-        const size_t taken = lastBreak != 0 ? lastBreak : CutInWord(tooWide);
-        mReach = taken + taken / 4 + 8;
-        return taken;
+        const size_t usual = BreakNear(mTaken);
+        mTaken = usual != 0 ? usual : TakeAnywhere(rest.size());
+        return mTaken;
     }
 
     // Extent of the first characters of the text given to Take.
@@ -83,10 +83,39 @@ class LineCutter {
     }
 
   private:
+    // Most lines end behind a word about where the line before did, which two measurements settle.
+    // Gives 0 for all others.
+    size_t BreakNear(size_t guess) {
+        size_t low = LastBreakBefore(guess + 1);
+        for (int step = 0; step < 4 && low != 0 && !IsBlank(mRest.front()); ++step) {
+            const size_t high = NextBreak(low);
+            if (high - low > guess || Slack(mRest.substr(0, high), 1) != 0) {
+                return 0;
+            }
+            const bool fits = Extent(low).x <= mMaxWidth;
+            if (fits && Extent(high).x > mMaxWidth) {
+                return low;
+            }
+            low = !fits ? LastBreakBefore(low) : high < mRest.size() ? high : 0;
+        }
+        return 0;
+    }
+
+    size_t TakeAnywhere(size_t length) {
+        const size_t beginning = TooWideBeginning();
+        const size_t tooWide = beginning == 0 ? mRest.size() + 1 : FirstTooWide(beginning);
+        if (tooWide > mRest.size() && mRest.size() == length) {
+            // All of it fits, or only white space at its ends stands out.
+            return length;
+        }
+        const size_t lastBreak = LastBreakBefore(tooWide);
+        return lastBreak != 0 ? lastBreak : CutInWord(tooWide);
+    }
+
     // 0 when all of it fits. Otherwise the length of a beginning so wide that all of it cannot fit,
     // and not much longer than a line.
     size_t TooWideBeginning() {
-        for (size_t reach = mReach;; reach *= 2) {
+        for (size_t reach = mTaken + mTaken / 4 + 32;; reach *= 2) {
             const size_t length = std::min(reach, mRest.size());
             const wxSize extent = Extent(length);
             mSlack = Slack(mRest.substr(0, length), extent.y);
@@ -117,10 +146,10 @@ class LineCutter {
     // Width of the first n + 1 characters without white space at the ends.
     int32_t Width(size_t n) {
         size_t end = std::min(n + 1, mRest.size());
-        while (end > 0 && IsWideSpace(mRest[end - 1])) {
+        while (end > 0 && IsBlank(mRest[end - 1])) {
             --end;
         }
-        if (end == 0 || !IsWideSpace(mRest.front())) {
+        if (end == 0 || !IsBlank(mRest.front())) {
             return Extent(end).x;
         }
         return mMeasure(ToText(Trim(mRest.substr(0, end)))).x;
@@ -135,7 +164,7 @@ class LineCutter {
             // White space at the end does not count.
             do {
                 ++n;
-            } while (n < mRest.size() && IsWideSpace(mRest[n]));
+            } while (n < mRest.size() && IsBlank(mRest[n]));
         }
         return n;
     }
@@ -170,11 +199,22 @@ class LineCutter {
     // The last place where a word ends, 0 if there is none.
     size_t LastBreakBefore(size_t tooWide) const {
         for (size_t n = std::min(tooWide, mRest.size()) - 1; n >= 1; --n) {
-            if (IsWideSpace(mRest[n]) && !IsWideSpace(mRest[n - 1])) {
+            if (IsBlank(mRest[n]) && !IsBlank(mRest[n - 1])) {
                 return n;
             }
         }
         return 0;
+    }
+
+    // Where the next word behind that place ends.
+    size_t NextBreak(size_t n) const {
+        while (n < mRest.size() && IsBlank(mRest[n])) {
+            ++n;
+        }
+        while (n < mRest.size() && !IsBlank(mRest[n])) {
+            ++n;
+        }
+        return n;
     }
 
     // Never between a character and a mark on it, unless nothing else is left.
@@ -199,47 +239,67 @@ class LineCutter {
     const TextMeasure& mMeasure;
     std::wstring_view mRest;
     int32_t mSlack = 0;
-    // Where to measure first, from the length of the line before.
-    size_t mReach = 32;
+    // Length of the line before, which tells where to measure first.
+    size_t mTaken = 0;
     // By the length of the beginning.
     std::map<size_t, wxSize> mExtents;
 };
 
-void AppendLine(std::wstring_view line, wxSize extent, int32_t maxWidth, const TextMeasure& measure,
-                WrappedText& wrapped) {
+void AppendLine(std::wstring_view text, std::wstring_view line, wxSize extent,
+                const TextMeasure& measure, WrappedText& wrapped) {
     const std::wstring_view trimmed = Trim(line);
-    if (extent.x > maxWidth && !trimmed.empty() && trimmed.size() < line.size()) {
+    if (extent.x > wrapped.MaxWidth && !trimmed.empty() && trimmed.size() < line.size()) {
         // Only the white space of an indented text made it too wide.
         line = trimmed;
         extent = measure(ToText(line));
     }
-    wrapped.Lines.push_back(ToText(line));
-    wrapped.LineWidths.push_back(extent.x);
+    wrapped.Lines.push_back({static_cast<uint32_t>(line.data() - text.data()),
+                             static_cast<uint32_t>(line.size()), extent.x});
     // A line that borrows letters from a second font is higher than others.
     wrapped.LineHeight = std::max(wrapped.LineHeight, extent.y);
 }
 
+// Moves on to the next piece that is not empty. Its length is looked for only once, as it may be
+// that of the whole text.
+void FindPiece(std::wstring_view text, WrappedText& wrapped) {
+    wrapped.Next = std::min(text.find_first_not_of(L'\n', wrapped.Next), text.size());
+    wrapped.NextPiece = std::min(text.find(L'\n', wrapped.Next), text.size());
+    wrapped.PieceEnd = wrapped.NextPiece;
+}
+
+std::wstring_view View(const wxString& text) {
+    return std::wstring_view(text.wc_str(), text.length());
+}
+
 }  // namespace
 
-WrappedText WrapText(const wxString& text, int32_t maxWidth, const TextMeasure& measure,
-                     size_t lineLimit) {
-    WrappedText wrapped;
-    std::wstring characters = text.ToStdWstring();
-    std::replace_if(characters.begin(), characters.end(), IsLineSeparator, L' ');
-    std::wstring_view left = characters;
-    if (Trim(left).empty()) {
-        return wrapped;
+void WrapText(const wxString& text, const TextMeasure& measure, const WrapLimits& limits,
+              WrappedText& wrapped) {
+    const std::wstring_view characters = View(text);
+    const size_t begin = wrapped.Next;
+    if (begin == 0 && Trim(characters).empty()) {
+        wrapped.IsWhole = true;
     }
-    LineCutter cutter(maxWidth, measure);
-    while (!left.empty() && wrapped.Lines.size() <= lineLimit) {
-        const size_t end = std::min(left.find(L'\n'), left.size());
-        std::wstring_view rest = left.substr(0, end);
-        left.remove_prefix(std::min(end + 1, left.size()));
-        while (!rest.empty() && wrapped.Lines.size() <= lineLimit) {
-            const size_t taken = cutter.Take(rest);
-            AppendLine(rest.substr(0, taken), cutter.Extent(taken), maxWidth, measure, wrapped);
-            rest = Trim(rest.substr(taken));
+    LineCutter cutter(wrapped.MaxWidth, measure);
+    while (!wrapped.IsWhole && wrapped.Height() <= limits.Height &&
+           wrapped.Next - begin < limits.Characters) {
+        if (wrapped.Next >= wrapped.PieceEnd) {
+            FindPiece(characters, wrapped);
+            wrapped.IsWhole = wrapped.Next == characters.size();
+            continue;
         }
+        const std::wstring_view rest =
+            characters.substr(wrapped.Next, wrapped.PieceEnd - wrapped.Next);
+        const size_t taken = cutter.Take(rest);
+        AppendLine(characters, rest.substr(0, taken), cutter.Extent(taken), measure, wrapped);
+        // No line begins or ends with the white space at which it was cut.
+        const std::wstring_view left = Trim(rest.substr(taken));
+        wrapped.Next =
+            left.empty() ? wrapped.NextPiece : static_cast<size_t>(left.data() - characters.data());
+        wrapped.PieceEnd = wrapped.Next + left.size();
     }
-    return wrapped;
+}
+
+wxString LineText(const wxString& text, const TextLine& line) {
+    return ToText(View(text).substr(line.Begin, line.Length));
 }

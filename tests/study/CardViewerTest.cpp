@@ -42,11 +42,23 @@ struct CardViewerTest : GuiTest {
                                           wxBORDER_NONE | wxHSCROLL | wxVSCROLL);
 };
 
+TEST_F(CardViewerTest, ALongTextIsLaidOutInIdleMomentsAndAnEndlessOneIsCut) {
+    mViewer.SetFirstText(Lines(20000));
+    const int first = mViewer.GetVirtualSize().y;
+    EXPECT_TRUE(mViewer.IsScrollNeeded());
+    EXPECT_TRUE(WaitFor([this] { return mViewer.IsLaidOut(); }));
+    EXPECT_GT(mViewer.GetVirtualSize().y, 2 * first);
+    mViewer.SetFirstText(wxString('x', CardViewer::kMostCharacters + 5));
+    EXPECT_EQ(mViewer.GetFirstText().length(), CardViewer::kMostCharacters);
+    EXPECT_EQ(mViewer.GetFirstText().Last(), wxUniChar(0x2026));
+}
+
 TEST_F(CardViewerTest, TextIsWrappedBesideTheScrollBarThatALongOneNeeds) {
     Show("some words that need more than one line of this narrow window", "back");
-    const size_t lines = mViewer.GetFirst().Lines.size();
+    const auto countLines = [this] { return mViewer.GetFirst().Wraps[0].Lines.size(); };
+    const size_t lines = countLines();
     mViewer.SetFont(mViewer.GetFont().Scaled(2));
-    EXPECT_GT(mViewer.GetFirst().Lines.size(), lines);
+    EXPECT_GT(countLines(), lines);
 
     const wxSize client = mViewer.GetClientSize();
     for (const int32_t layout : {wxVERTICAL, wxHORIZONTAL}) {

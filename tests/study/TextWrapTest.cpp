@@ -21,8 +21,23 @@ wxSize Measure(const wxString& text) {
     return wxSize(width, 17);
 }
 
+WrappedText Wrap(const wxString& text, int32_t maxWidth, const WrapLimits& limits = {}) {
+    WrappedText wrapped;
+    wrapped.MaxWidth = maxWidth;
+    WrapText(text, Measure, limits, wrapped);
+    return wrapped;
+}
+
+std::vector<wxString> LinesOf(const wxString& text, const WrappedText& wrapped) {
+    std::vector<wxString> lines;
+    for (const TextLine& line : wrapped.Lines) {
+        lines.push_back(LineText(text, line));
+    }
+    return lines;
+}
+
 std::vector<wxString> Lines(const wxString& text, int32_t maxWidth) {
-    return WrapText(text, maxWidth, Measure).Lines;
+    return LinesOf(text, Wrap(text, maxWidth));
 }
 
 TEST(TextWrap, CutsAtLineEndsBetweenWordsAndInsideALongWord) {
@@ -39,10 +54,11 @@ TEST(TextWrap, CutsAtLineEndsBetweenWordsAndInsideALongWord) {
     for (const auto& [what, text, maxWidth, lines] : rows) {
         EXPECT_EQ(Lines(text, maxWidth), lines) << what;
     }
-    const WrappedText wrapped = WrapText("a\nbb\nccc", 100, Measure);
-    EXPECT_EQ(wrapped.LineWidths, (std::vector<int32_t>{10, 20, 30}));
-    // One line more than the limit says that there are more.
-    EXPECT_EQ(WrapText("a\nbb\nccc\nd", 100, Measure, 1).Lines.size(), 2u);
+    const WrappedText wrapped = Wrap("a\nbb\nccc", 100);
+    EXPECT_EQ(wrapped.Lines.back().Width, 30);
+    EXPECT_TRUE(wrapped.IsWhole);
+    // One line more than fits says that there are more.
+    EXPECT_EQ(Wrap("a\nbb\nccc\nd", 100, {17}).Lines.size(), 2U);
 }
 
 // The rule as it reads: lengths are tried one after the other.
@@ -84,6 +100,13 @@ TEST(TextWrap, TheQuickSearchFindsWhatTryingEveryLengthFinds) {
         text += "x";
         const auto maxWidth = static_cast<int32_t>(random() % 200);
         EXPECT_EQ(Lines(text, maxWidth), PlainLines(text, maxWidth)) << text << " at " << maxWidth;
+        // The same lines in any number of steps.
+        WrappedText steps;
+        steps.MaxWidth = maxWidth;
+        while (!steps.IsWhole) {
+            WrapText(text, Measure, {INT64_MAX, 7}, steps);
+        }
+        EXPECT_EQ(LinesOf(text, steps), PlainLines(text, maxWidth)) << text << " at " << maxWidth;
     }
 }
 
@@ -93,10 +116,13 @@ TEST(TextWrap, TheCostOfALongTextGrowsWithItsLengthOnly) {
     words.Replace("wwwww", "word ");
     for (const wxString& text : {words, wxString('m', length), "a" + wxString(kAcute, length)}) {
         size_t measured = 0;
-        WrapText(text, 600, [&measured](const wxString& part) {
+        WrappedText wrapped;
+        wrapped.MaxWidth = 600;
+        const TextMeasure measure = [&measured](const wxString& part) {
             measured += part.length();
             return Measure(part);
-        });
+        };
+        WrapText(text, measure, {}, wrapped);
         EXPECT_LT(measured, 20 * length) << text.Left(6);
     }
 }
