@@ -23,20 +23,6 @@ struct StoreLifecycleTest : GuiTest {
     Database mDatabase{mReport};
 };
 
-TEST_F(StoreLifecycleTest, TheFirstStartMakesTheDefaultFileAndItsDirectory) {
-    wxString before;
-    wxGetEnv("HOME", &before);
-    wxSetEnv("HOME", Path("not/there"));
-    // A stored directory stands for the file in it.
-    for (const wxString& stored : {wxString(), Path("not/there")}) {
-        WriteStringSetting("DatabasePath", stored);
-        EXPECT_TRUE(OpenAtStart(mReport)->IsOpen());
-        EXPECT_EQ(Stored(), Path("not/there/FlashCards2.vlm"));
-    }
-    wxSetEnv("HOME", before);
-    EXPECT_TRUE(wxFileName::FileExists(Path("not/there/FlashCards2.vlm")));
-}
-
 TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     const wxString gone = Path("gone.vlm");
     ModalAnswers answers;
@@ -78,15 +64,6 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     EXPECT_TRUE(Open(path, true));
     EXPECT_TRUE(mDatabase.IsEmpty());
     EXPECT_EQ(Stored(), path);
-}
-
-TEST_F(StoreLifecycleTest, TheTitleBarGivesUpAndKeepsTheChoice) {
-    WriteStringSetting("DatabasePath", "/kept");
-    ModalAnswers answers;
-    answers.Then([](wxDialog& dialog) { dialog.Close(); });
-    EXPECT_FALSE(Open("file:store.vlm", false));
-    EXPECT_FALSE(mDatabase.IsOpen());
-    EXPECT_EQ(Stored(), "/kept");
 }
 
 }  // namespace

@@ -58,11 +58,4 @@ TEST_F(TextCommandsTest, EditsTheTextFieldThatHasTheFocus) {
     EXPECT_EQ(text.GetValue(), "d");
 }
 
-TEST_F(TextCommandsTest, WithoutATextFieldAllIsDisabledAndPassedOn) {
-    Focus<wxButton>("button");
-    for (const int id : {wxID_UNDO, wxID_CUT, wxID_COPY, wxID_PASTE, wxID_DELETE, wxID_SELECTALL}) {
-        EXPECT_FALSE(IsEnabled(id) || Run(id)) << id;
-    }
-}
-
 }  // namespace

@@ -65,10 +65,3 @@ TEST(CharSource, JoinsWhatLiesAcrossBlocks) {
         EXPECT_EQ(count, 20000 + offset);
     }
 }
-
-// The decision for an unmarked file falls by its last byte too.
-TEST(CharSource, LooksAtAWholeUnmarkedFile) {
-    const std::string start = "\xC3\xA9" + std::string(200000, 'x');
-    EXPECT_EQ(Characters(start).front(), L'\u00E9');
-    EXPECT_EQ(Characters(start + "\xE9").front(), L'\u00C3');
-}

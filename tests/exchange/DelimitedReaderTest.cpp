@@ -48,11 +48,3 @@ TEST(DelimitedReader, ReadsFields) {
     // A quote cannot both part and enclose fields; the text is read to its end all the same.
     EXPECT_EQ(Rows("a\"b\n", '"'), "a|b|/");
 }
-
-TEST(DelimitedReader, CountsRowsAndKeepsTheSpellingOfNames) {
-    TextOfBytes text("Front,\"B,x\" ,c\\nd\n\r\"a\nb\",c\r\n\r\nd,e");
-    DelimitedReader reader(text.Source(), L',');
-    ASSERT_EQ(reader.GetColumnCount(), 4U);
-    EXPECT_EQ(reader.GetLineNumber(), 1);
-    EXPECT_EQ(ReadAll(reader), "Front@2=a\nb|B,x@2=c|@2=|c\nd@2=/Front@4=d|B,x@4=e|@4=|c\nd@4=/");
-}

@@ -52,16 +52,6 @@ TEST_F(ImportIntoStore, InsertsUpdatesOrIgnoresByTheStoredCard) {
     EXPECT_EQ(Stored(card.CardId).Notes, "");
 }
 
-// An empty id is as none, wherever it stands.
-TEST_F(ImportIntoStore, MakesNewCardsOfRecordsThatTheStoreDoesNotKnow) {
-    const FlashCard unknown = MakeCard("", "");
-    ASSERT_EQ(Import("id:\nf: a\nb: b\n\nf: c\nid:\nb: d\n\n" + Id(unknown) + "f: x\nb: y\n"), 0);
-    EXPECT_EQ(Stored(unknown.CardId).Front, "x");
-    EXPECT_EQ(Query("SELECT count(DISTINCT CardId) FROM Cards WHERE CardId LIKE "
-                    "'________-____-4___-____-____________'"),
-              Strings{"3"});
-}
-
 TEST_F(ImportIntoStore, RefusesANewCardWhosePairOfTextsIsThere) {
     Insert(MakeCard(L"f\n\u3010r\u3011", "b"));
     EXPECT_EQ(Import("f: new\nb: b\n\nf: f\nFront2: r\nb: b\n"), -1);
@@ -106,18 +96,6 @@ TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
     EXPECT_EQ(Query("SELECT CategoryId FROM Cards ORDER BY rowid"),
               (Strings{"1", "1", "2", "3", "0", "4", "4"}));
     EXPECT_EQ(mTouched, (std::set<int32_t>{0, 1, 2, 3, 4}));
-}
-
-TEST_F(ImportIntoStore, APreviewShowsTheFirstRecordAndWritesNothing) {
-    Insert(MakeCard("f", "b"));
-    const ImportInput input = TextFile("f: f\nb: b\nc: New\n\nwrong\n");
-    std::vector<CardAttribute> attributes;
-    ImportResult result;
-    EXPECT_FALSE(ImportPreview(input, mDatabase, result, attributes));
-    ASSERT_EQ(attributes.size(), 3U);
-    EXPECT_EQ(attributes[0].Name + attributes[2].Value, "fNew");
-    EXPECT_EQ(Query("SELECT count(*) FROM Categories"), Strings{"1"});
-    EXPECT_TRUE(ImportPreview(TextFile("wrong\n"), mDatabase, result, attributes));
 }
 
 // Only a preview may decide by the beginning of the file.

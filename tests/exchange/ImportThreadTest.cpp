@@ -132,17 +132,6 @@ TEST_F(ImportOnAThread, MergesAsThePolicySays) {
     EXPECT_EQ(backs(), (std::vector<std::string>{"new|", "b|w", "new|", "new|"}));
 }
 
-TEST_F(ImportOnAThread, StopsAtAMergeThatIsCancelled) {
-    const FlashCard card = Insert(MakeCard("f", "b"));
-    const std::string id = "id: " + FormatUuid(card.CardId).utf8_string();
-    Run("f: x\nb: y\n\n" + id + "\nb: c\n\nf: z\nb: z\n", false, ImportMergePolicy::kAsk);
-    EXPECT_EQ(mThread->GetResult().Status, ImportStatus::kCancelled);
-    EXPECT_EQ(mThread->GetResult().Message, "Cancelled");
-    EXPECT_EQ(mThread->GetResult().LineNumber, 4);
-    EXPECT_EQ(Stored(card.CardId).Back, "b");
-    EXPECT_EQ(CardCount(), 2U);
-}
-
 TEST_F(ImportOnAThread, LeavesWholeCardsWhenItIsCancelledOrItsOwnerGoes) {
     // More cards than are written before anybody can press a button.
     std::string text;

@@ -59,16 +59,3 @@ TEST_F(LegacyStore, TellsWhatKeepsItFromBeingRead) {
     mEngine.Cards = {{}};
     EXPECT_EQ(ImportStore(), "Every card must have a front attribute. @1");
 }
-
-TEST_F(LegacyStore, CutsALongTextAtTheRoomOfAValue) {
-    const std::wstring x(254, L'x');
-    const std::wstring pair = L"\U0001F600";
-    const std::pair<std::wstring, std::wstring> cases[] = {
-        {x + L"xy", x + L"x"}, {x + pair, x}, {x.substr(1) + pair + L"y", x.substr(1) + pair}};
-    for (const auto& [text, kept] : cases) {
-        mEngine.Cards = {{kId, text}};
-        LegacyStoreReader reader(mEngine.Maker()());
-        ASSERT_TRUE(reader.Open("FlashCards.vls") == 0 && reader.ReadRecord());
-        EXPECT_EQ(reader.GetAttribute(1).Value, kept) << text.size();
-    }
-}

@@ -25,22 +25,6 @@ struct PreferencesDialogTest : GuiStoreTest {
     PreferencesDialog* mpDialog = nullptr;
 };
 
-TEST_F(PreferencesDialogTest, AChoiceEnablesWhatBelongsToIt) {
-    for (const int selection : {1, 0}) {
-        Choose(*mpDialog, ID_INTRODUCTION, selection);
-        EXPECT_EQ(FindById(*mpDialog, ID_INTERVAL)->IsEnabled(), selection == 1);
-    }
-    const char* const browsed[] = {"/default.vlm", "Move Store File", "New Store File", "/opened"};
-    for (int selection = 3; selection >= 0; --selection) {
-        Choose(*mpDialog, ID_STORE_CHOICE, selection);
-        EXPECT_EQ(FindById(*mpDialog, ID_NEW_PATH)->IsEnabled(), selection != 0);
-        Send(*FindById(*mpDialog, ID_DEFAULT));
-        Send(*FindById(*mpDialog, ID_BROWSE));
-        EXPECT_EQ(Find<wxTextCtrl>(*mpDialog, ID_NEW_PATH).GetValue(), browsed[selection]);
-    }
-    EXPECT_EQ(mFiles.ChosenFrom, Find<wxTextCtrl>(*mpDialog, ID_STORE_PATH).GetValue());
-}
-
 TEST_F(PreferencesDialogTest, TheStoreIsTheOneThatIsOpenWhateverTheSettingsSay) {
     for (const char* const stored : {"", "/another/store.vlm"}) {
         WriteStringSetting("DatabasePath", stored);

@@ -36,17 +36,4 @@ TEST(ResourceBitmap, EveryCommandHasItsPictureInBothSizes) {
     }
 }
 
-TEST(ResourceBitmap, AnUnknownNameGivesNoPicture) {
-    for (const char* path : {"icons/print_menu.png", "icons/quickhelp_menu.png", "velomind", ""}) {
-        EXPECT_FALSE(LoadResourceBitmap(path).IsOk()) << path;
-    }
-}
-
-TEST(ResourceBitmap, TheProgramsIconComesInTheSizesOfWindowManagers) {
-    const wxIconBundle icons = LoadApplicationIcon();
-    for (const int size : {16, 32, 48, 64, 128}) {
-        EXPECT_TRUE(icons.GetIconOfExactSize(wxSize(size, size)).IsOk()) << size;
-    }
-}
-
 }  // namespace

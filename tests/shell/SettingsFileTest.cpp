@@ -52,16 +52,3 @@ TEST_F(SettingsFileTest, WhatAPersonWroteAroundOurKeysStaysBehindALinkToo) {
         EXPECT_NE(text.find(kept), std::string::npos) << text;
     }
 }
-
-// Whether the message comes, and once, is seen with the real program.
-TEST_F(SettingsFileTest, WhatIsNoFileIsLeftAlone) {
-    std::filesystem::create_directories(FilePath().utf8_string());
-    ExpectTheDefaultAfterAWrite();
-    EXPECT_TRUE(std::filesystem::is_directory(FilePath().utf8_string()));
-
-    // A pipe: opening one waits until somebody writes.
-    std::filesystem::remove(FilePath().utf8_string());
-    ASSERT_EQ(mkfifo(FilePath().utf8_str(), 0600), 0);
-    ExpectTheDefaultAfterAWrite();
-    EXPECT_TRUE(std::filesystem::is_fifo(FilePath().utf8_string()));
-}

@@ -14,15 +14,6 @@ TEST_F(SettingsTest, ValuesComeBackAsTheyWereWritten) {
     EXPECT_EQ(ReadColourSetting("FontColor"), wxColour(1, 20, 255));
 }
 
-TEST_F(SettingsTest, OddCharactersOfATextSurvive) {
-    for (const char* text : {"", "  blanks  ", "\"quoted\"", "half\"", "C:\\new\\table\\",
-                             "line\nbreak\r\n", "\ttab\t", "$HOME/${PATH}", "[Group]", "a=b", "!x",
-                             "# none", "\v\f", "\xE6\x97\xA5\xE3\x80\x80"}) {
-        WriteStringSetting("DatabasePath", wxString::FromUTF8(text));
-        EXPECT_EQ(ReadStringSetting("DatabasePath"), wxString::FromUTF8(text)) << text;
-    }
-}
-
 TEST_F(SettingsTest, WhatIsAbsentOrMakesNoSenseHasItsDefault) {
     // The first round finds no value at all.
     for (const char* text : {"", "many", "12x", "1.5", "-2147483649", "99999999999999999999"}) {

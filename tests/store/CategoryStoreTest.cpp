@@ -17,16 +17,6 @@ TEST_F(CategoryStoreTest, TheSmallestFreeIdIsTakenAndStrayCardsLeaveIt) {
     EXPECT_EQ(Stored(stray.CardId).CategoryId, -1);
 }
 
-TEST_F(CategoryStoreTest, ACategoryWithACardCannotBeDeleted) {
-    const FlashCard card = Insert(MakeCard("front", "back", 0));
-    EXPECT_EQ(mDatabase.DeleteCategory(0), -1);
-    EXPECT_EQ(Categories(), Strings{"0 Default"});
-    EXPECT_EQ(mDatabase.UpdateFlashCardCategory(0, 5), 0);
-    EXPECT_EQ(Stored(card.CardId).CategoryId, 5);
-    EXPECT_EQ(mDatabase.DeleteCategory(0), 0);
-    EXPECT_TRUE(Categories().empty());
-}
-
 TEST_F(CategoryStoreTest, TheLookupSeesNamesAsTheStoreDoes) {
     EXPECT_EQ(mDatabase.CategoryInsert("007"), 0);
     std::list<Category> found;
@@ -40,21 +30,4 @@ TEST_F(CategoryStoreTest, TheLookupSeesNamesAsTheStoreDoes) {
     EXPECT_EQ(found.front().Name, L"\u00c4pfel");
     EXPECT_LT(mDatabase.CategoryInsert("Default"), 0);
     EXPECT_EQ(mDatabase.GetLastError(), "UNIQUE constraint failed: Categories.Name");
-}
-
-TEST_F(CategoryStoreTest, AGlobalValueIsWrittenOnlyWhenItChanges) {
-    EXPECT_EQ(mDatabase.SetGlobal("key", "1"), 0);
-    EXPECT_EQ(mDatabase.SetGlobalInt("key", -20), 0);
-    Database other(mReport);
-    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
-    ASSERT_EQ(other.Execute("BEGIN IMMEDIATE"), 0);
-    EXPECT_EQ(mDatabase.SetGlobalInt("key", -20), 0);
-    EXPECT_LT(mDatabase.SetGlobalInt("key", -21), 0);
-    other.Close();
-    std::list<int32_t> numbers;
-    EXPECT_EQ(mDatabase.GetGlobalInt("key", numbers), 0);
-    EXPECT_EQ(numbers, std::list<int32_t>{-20});
-    EXPECT_EQ(mDatabase.GetGlobalInt("other", numbers), 0);
-    EXPECT_TRUE(numbers.empty());
-    EXPECT_EQ(Query("SELECT count(*) FROM Globals WHERE Key='key'"), Strings{"1"});
 }

@@ -156,16 +156,6 @@ TEST_F(QuickScoreTest, AReleaseCountsThoughTheKeyIsDownAgain) {
                 ElementsAre("cursor 1", "choose 1 forward", "cursor 3", "choose 3 forward"));
 }
 
-TEST_F(QuickScoreTest, APressThatIsDroppedLeavesTheControlReady) {
-    SendKeyDown(mScore, WXK_RETURN);
-    // A menu opens; its release is never heard of.
-    mScore.DropPress();
-    mScore.ResumeKeys();
-    EXPECT_EQ(mScore.GetPressed(), -1);
-    SendKey(mScore, WXK_RETURN);
-    EXPECT_THAT(mHeard, ElementsAre("choose 2 forward"));
-}
-
 TEST_F(QuickScoreTest, KeysOfMenusGoOnToThem) {
     for (const int key : {int{WXK_F5}, int{WXK_NUMPAD_ENTER}, int{'6'}}) {
         EXPECT_FALSE(SendKeyDown(mScore, key)) << key;

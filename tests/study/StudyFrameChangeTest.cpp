@@ -36,25 +36,6 @@ TEST_F(StudyFrameChange, ACardIsDeletedAfterAQuestion) {
     EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), Strings{"0"});
 }
 
-TEST_F(StudyFrameChange, CardCommandsNameTheCardOnShow) {
-    const FlashCard card = InsertCards(1).front();
-    Open();
-    for (const int id : {int{wxID_OPEN}, int{ID_EXPORT}, int{wxID_CUT}, int{wxID_COPY}}) {
-        EXPECT_EQ(Rule(id), "on") << id;
-        Command(id);
-    }
-    EXPECT_EQ(mServices.Edited.at(0).CardId, card.CardId);
-    EXPECT_EQ(mServices.Exported, (std::vector<std::vector<int64_t>>{{1}}));
-    EXPECT_EQ(mServices.Taken.at(0).RowIds, std::vector<int64_t>{1});
-    EXPECT_TRUE(mServices.Taken.at(0).Cut && !mServices.Taken.at(1).Cut);
-
-    mServices.HasEditor = mServices.HasExport = mServices.HasClipboard = false;
-    for (const int id : std::vector<int>{wxID_OPEN, ID_EXPORT, wxID_COPY, wxID_UNDO, wxID_PASTE}) {
-        EXPECT_EQ(Rule(id), "off") << id;
-    }
-    EXPECT_EQ(Rule(wxID_DELETE), "on");
-}
-
 TEST_F(StudyFrameChange, ClosingKeepsCompactScoringAndNotTheHorizontalLayout) {
     InsertCards(1);
     Open();

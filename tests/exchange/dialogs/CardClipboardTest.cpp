@@ -44,20 +44,6 @@ TEST_F(CardClipboardTest, ACopyPastesNewCardsAgainAndAgain) {
     EXPECT_TRUE(mClipboard.HasCards());
 }
 
-TEST_F(CardClipboardTest, ACutMovesItsCardsOnce) {
-    for (const EmptyCut empty : {EmptyCut::kBefore, EmptyCut::kAfter}) {
-        const int32_t target = empty == EmptyCut::kBefore ? 1 : 0;
-        mClipboard.Put(mDatabase, {1, 99}, false);
-        EXPECT_TRUE(mClipboard.HasCards());
-        Paste(target, empty);
-        EXPECT_FALSE(mClipboard.HasCards());
-        EXPECT_EQ(Query("SELECT CategoryId FROM Cards WHERE Front = 'one'"),
-                  Strings{std::to_string(target)});
-        mClipboard.Paste(mDatabase, 5, empty);
-    }
-    EXPECT_EQ(Cards().size(), 2U);
-}
-
 TEST_F(CardClipboardTest, OtherProgramsSeeATableAndTakeTheClipboardOver) {
     mClipboard.Put(mDatabase, {1}, true);
     const wxClipboardLocker locker;

@@ -75,17 +75,4 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     EXPECT_EQ(Preview().rfind("id|Front|Back", 0), 0U);
 }
 
-TEST_F(ExportOptionsDialogTest, OkExportsAndTellsTheOutcome) {
-    InsertCards(1, 0);
-    Open({1});
-    mAnswers.ThenPress(kOk);
-    mAnswers.ThenChoose("/dev/full");
-    mAnswers.ThenWatch();
-    mAnswers.Expect(wxID_OK);
-    EXPECT_EQ(mDialog->ShowModal(), wxID_OK);
-    EXPECT_NE(mAnswers.Dialogs.back().Message.Find("is not complete"), wxNOT_FOUND);
-    // A failure of the store ends the program behind the options, the file and the progress.
-    EXPECT_EQ(mOrdered.DialogsBefore, 3U);
-}
-
 }  // namespace

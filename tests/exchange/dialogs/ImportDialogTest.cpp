@@ -94,32 +94,3 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
     EXPECT_FALSE(IsShown(ID_OTHER));
     EXPECT_EQ(Shown(), "VLM Text File/other: f=a;b=b;");
 }
-
-TEST_F(ImportDialogTest, ShowsNoMoreOfARecordThanAListCanBear) {
-    std::string header = "f,b";
-    for (int i = 0; i < 5000; ++i) {
-        header += ",id";
-    }
-    Open(header + "\n" + std::string(3000000, 'x') + ",b\n");
-    const auto& list = Find<wxListCtrl>(*mDialog, ID_PREVIEW);
-    EXPECT_EQ(list.GetItemCount(), 200);
-    EXPECT_EQ(list.GetItemText(0, 1), wxString('x', 500) + wxString(L'\u2026'));
-}
-
-TEST_F(ImportDialogTest, RunsTheImportAndKnowsWhatItTouched) {
-    ImportDialog& dialog = Open("f,b,c\na,b,New\nc,d,\n");
-    // The second time the pairs are there already, and the dialog ends all the same.
-    using Boxes = std::initializer_list<int>;
-    for (const Boxes boxes : {Boxes{wxID_YES, wxID_OK}, Boxes{wxID_OK}}) {
-        mAnswers.ThenPress(wxID_OK);
-        mAnswers.ThenWatch();
-        mAnswers.Expect(boxes);
-        EXPECT_EQ(dialog.ShowModal(), wxOK);
-    }
-    EXPECT_EQ(mAnswers.Dialogs.back().Title, "Import Failed");
-    EXPECT_EQ(dialog.GetTouchedCategories(), (std::set<int32_t>{0, 1}));
-    EXPECT_EQ(Query("SELECT Front, CategoryId FROM Cards ORDER BY Front"), (Strings{"a|1", "c|0"}));
-
-    mAnswers.Then([](wxDialog& shown) { shown.Close(); });
-    EXPECT_EQ(Open("").ShowModal(), wxCANCEL);
-}
