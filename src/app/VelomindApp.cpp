@@ -165,7 +165,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
     input.Format = ImportFormat::kDelimited;
     input.Delimiter = L'\t';
     ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport, false, nullptr);
-    // Whatever came of it: the file was made to be imported once.
+    // The file goes whatever came of it: it was made to be imported once.
     wxRemoveFile(file);
     mpDatabase.reset();
     return true;
