@@ -1,9 +1,9 @@
 #include <string>
 #include <vector>
 
-#include "app/ExitCodes.h"
-#include "app/Locale.h"
+#include "app/CommandLine.h"
 #include "app/VelomindApp.h"
+#include "base/Process.h"
 
 wxIMPLEMENT_APP_NO_MAIN(VelomindApp);
 

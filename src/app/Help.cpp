@@ -1,22 +1,31 @@
 #include "app/Help.h"
 
+#include <wx/app.h>
+#include <wx/button.h>
 #include <wx/event.h>
 #include <wx/filename.h>
 #include <wx/filesys.h>
+#include <wx/frame.h>
 #include <wx/intl.h>
 #include <wx/msgdlg.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
 #include <wx/stdpaths.h>
+#include <wx/textctrl.h>
 #include <wx/utils.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
-#include "app/AboutDialog.h"
-#include "base/Utf8.h"
+#include "base/Unicode.h"
+#include "shell/AppServices.h"
 #include "shell/CommandIds.h"
-#include "shell/Makers.h"
 #include "shell/MessageBox.h"
-#include "shell/Version.h"
+#include "shell/ProgramInfo.h"
+#include "shell/Settings.h"
 
 namespace {
 
@@ -112,4 +121,132 @@ wxString GetFeedbackMailAddress() {
               "recommend\nDefinitely would not recommend\n\nPlease write any other comments "
               "or suggestions here:\n\n"),
             GetVersionText()));
+}
+
+namespace {
+
+struct WindowText {
+    int WindowId;
+    const char* Text;
+};
+
+constexpr WindowText kTexts[] = {
+    {ID_WINDOW_LIST,
+     wxTRANSLATE("List View\n\nThis is the flash card list view.\nYou can create, edit and delete "
+                 "flash cards.\nYou can create, rename and delete flash card categories.\nWhen you "
+                 "are ready to study, select a category and click on the \"Study\" button.")},
+    {ID_WINDOW_STUDY,
+     wxTRANSLATE("Study Window\n\nUse this window to study your flash cards.\n\n")},
+    {ID_WINDOW_EDIT,
+     wxTRANSLATE("Edit Window\n\nUse this window to edit existing flash cards or create new "
+                 "ones.\n\nJust type the front and back text in the spaces provided and click the "
+                 "save icon.")}};
+
+bool IsOnDesktop(const wxWindow* window) {
+    const auto* const frame = dynamic_cast<const wxTopLevelWindow*>(window);
+    return frame != nullptr && !frame->IsIconized();
+}
+
+}  // namespace
+
+QuickHelp::QuickHelp(AppServices& services, std::function<wxString()> studyMessage)
+    : wxFrame(nullptr, wxID_ANY, _("Quick Help"), wxDefaultPosition, wxDefaultSize,
+              wxDEFAULT_FRAME_STYLE | wxFRAME_NO_TASKBAR),
+      mServices(services),
+      mStudyMessage(std::move(studyMessage)) {
+    mpText = new wxTextCtrl(this, wxID_ANY, wxString(), wxDefaultPosition,
+                            FromDIP(wxSize(280, 180)), wxTE_MULTILINE | wxTE_READONLY);
+    auto* const whole = new wxBoxSizer(wxVERTICAL);
+    whole->Add(mpText, wxSizerFlags(1).Expand());
+    SetSizerAndFit(whole);
+    Bind(wxEVT_IDLE, &QuickHelp::OnIdle, this);
+    Bind(wxEVT_CLOSE_WINDOW, &QuickHelp::OnClose, this);
+}
+
+void QuickHelp::OnIdle(wxIdleEvent& event) {
+    event.Skip();
+    FollowTopWindow();
+    if (wxTopLevelWindows.GetCount() == 1) {
+        wxTheApp->ExitMainLoop();
+    } else {
+        ShowOrHide();
+    }
+}
+
+void QuickHelp::FollowTopWindow() {
+    const wxWindow* const top = wxTheApp->GetTopWindow();
+    for (const WindowText& row : kTexts) {
+        if (top == nullptr || top->GetId() != row.WindowId) {
+            continue;
+        }
+        wxString text = wxGetTranslation(row.Text);
+        if (row.WindowId == ID_WINDOW_STUDY) {
+            text += mStudyMessage();
+        }
+        // Only a change is set, so that a selection in the text lives.
+        if (mpText->GetValue() != text) {
+            mpText->ChangeValue(text);
+        }
+    }
+}
+
+void QuickHelp::ShowOrHide() {
+    const bool isWanted =
+        wxTheApp->IsActive() && std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
+                                            [this](const wxWindow* window) {
+                                                return window != this && IsOnDesktop(window);
+                                            });
+    if (isWanted && !IsShown()) {
+        ShowWithoutActivating();
+    } else if (!isWanted && IsShown()) {
+        Hide();
+    }
+}
+
+void QuickHelp::OnClose(wxCloseEvent& event) {
+    WriteBooleanSetting("QuickHelp", false);
+    mServices.FrameClosed(*this);
+    event.Skip();
+}
+
+namespace {
+
+constexpr int kDialogId = 10056;
+constexpr int kVersionId = 10058;
+constexpr int kBorder = 5;
+constexpr int kTextWidth = 230;
+
+}  // namespace
+
+AboutDialog::AboutDialog(wxWindow* parent) {
+    SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
+    wxDialog::Create(parent, kDialogId, _("About Velomind"), wxDefaultPosition,
+                     FromDIP(wxSize(400, 300)));
+    SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
+    CreateControls();
+    GetSizer()->SetSizeHints(this);
+    CentreOnScreen();
+}
+
+void AboutDialog::CreateControls() {
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    SetSizer(column);
+    const int border = FromDIP(kBorder);
+    const auto addText = [&](int id, const wxString& content) {
+        auto* const text = new wxStaticText(this, id, content);
+        text->Wrap(FromDIP(kTextWidth));
+        column->Add(text, wxSizerFlags().Border(wxALL, border));
+    };
+    addText(kVersionId, GetVersionText());
+    addText(wxID_STATIC, wxString::Format(wxGetTranslation(kLegalLines), kLegalLastYear));
+    addText(wxID_STATIC, wxGetTranslation(kLegalNotice));
+
+    auto* const ok = new wxButton(this, wxID_OK, _("&OK"));
+    column->Add(ok, wxSizerFlags().Right().Border(wxALL, border));
+    ok->SetDefault();
+    ok->SetFocus();
+    // Nobody sees it: it is there for Esc.
+    auto* const cancel =
+        new wxButton(this, wxID_CANCEL, _("&Cancel"), wxDefaultPosition, wxSize(0, 0));
+    cancel->SetCanFocus(false);
 }

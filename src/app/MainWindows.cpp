@@ -1,10 +1,16 @@
 #include "app/MainWindows.h"
 
 #include <wx/frame.h>
+#include <wx/intl.h>
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <list>
 #include <utility>
+
+#include "edit/EditFrame.h"
+#include "shell/MessageBox.h"
+#include "store/Database.h"
 
 namespace {
 
@@ -85,4 +91,80 @@ void BringToFront(wxFrame& frame) {
     if (frame.IsIconized()) {
         frame.Iconize(false);
     }
+}
+
+EditFrame& Editors::Make(Database& database) {
+    auto* const frame = new EditFrame(mServices);
+    frame->SetDatabase(&database);
+    mFrames.push_back(frame);
+    return *frame;
+}
+
+void Editors::OpenNew(Database& database) {
+    const wxBusyCursor busy;
+    EditFrame& frame = Make(database);
+    frame.New();
+    frame.Show();
+    BringToFront(frame);
+}
+
+void Editors::Open(const FlashCard& card, Database& database) {
+    // An editor may have gone on to a new card since it was opened, so each is asked.
+    const auto open = std::find_if(mFrames.begin(), mFrames.end(), [&card](const EditFrame* frame) {
+        return frame->GetCardId() == card.CardId;
+    });
+    if (open != mFrames.end()) {
+        BringToFront(**open);
+        return;
+    }
+    const wxBusyCursor busy;
+    std::list<FlashCard> stored;
+    if (database.SelectCardById(card.CardId, stored) < 0 || stored.empty()) {
+        return;
+    }
+    EditFrame& frame = Make(database);
+    frame.SetCard(stored.front());
+    frame.Show();
+    BringToFront(frame);
+}
+
+bool Editors::Forget(const wxFrame& frame) {
+    const auto found = std::find(mFrames.begin(), mFrames.end(), &frame);
+    if (found == mFrames.end()) {
+        return false;
+    }
+    mFrames.erase(found);
+    return true;
+}
+
+bool Editors::CloseAll() {
+    const std::vector<EditFrame*> frames = mFrames;
+    return std::all_of(frames.begin(), frames.end(), [](EditFrame* frame) {
+        if (frame->IsModified()) {
+            // The person is to see what the question is about.
+            BringToFront(*frame);
+        }
+        return frame->Close(false);
+    });
+}
+
+bool Editors::DiscardAll(wxWindow* parent) {
+    const auto modified = std::count_if(mFrames.begin(), mFrames.end(),
+                                        [](const EditFrame* frame) { return frame->IsModified(); });
+    if (modified > 0) {
+        const wxString question =
+            modified == 1
+                ? _("You have modified a flash card but it hasn't been saved yet.  Changing flash"
+                    " card store files now will discard those changes.  Do you want to continue?")
+                : _("You have modified flash cards that haven't been saved yet.  Changing flash"
+                    " card store files now will discard those changes.  Do you want to continue?");
+        if (ShowMessageBox(question, _("Discard changes?"), wxYES_NO, parent) != wxYES) {
+            return false;
+        }
+    }
+    const std::vector<EditFrame*> frames = mFrames;
+    for (EditFrame* const frame : frames) {
+        frame->Close(true);
+    }
+    return true;
 }

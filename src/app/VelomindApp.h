@@ -5,17 +5,15 @@
 
 #include <memory>
 
-#include "app/AppFatalErrorReport.h"
-#include "app/AppMaintenancePrompt.h"
+#include "app/AppReports.h"
 #include "app/CommandLine.h"
-#include "app/Editors.h"
 #include "app/MainWindows.h"
 #include "app/SingleInstance.h"
-#include "base/Clock.h"
-#include "exchange/dialogs/CardClipboard.h"
-#include "scheduler/ReviewRandom.h"
+#include "base/Time.h"
+#include "scheduler/SchedulerSources.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
+#include "transfer/CardClipboard.h"
 
 class Database;
 

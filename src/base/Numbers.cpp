@@ -7,7 +7,7 @@
 #include <limits>
 #include <string>
 
-#include "base/WideText.h"
+#include "base/Text.h"
 
 namespace {
 

@@ -6,11 +6,10 @@
 #include <list>
 
 #include "base/Numbers.h"
-#include "base/WideText.h"
+#include "base/Text.h"
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
 #include "shell/MessageBox.h"
-#include "shell/ShownText.h"
 #include "store/Database.h"
 
 namespace {

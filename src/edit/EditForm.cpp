@@ -12,12 +12,11 @@
 #include <algorithm>
 #include <map>
 
-#include "base/Utf8.h"
-#include "base/WideText.h"
+#include "base/Text.h"
+#include "base/Unicode.h"
 #include "edit/EditSchedulePanel.h"
-#include "edit/FormLabel.h"
-#include "shell/FormScroll.h"
-#include "shell/TextHeight.h"
+#include "shell/Forms.h"
+#include "shell/Toolkit.h"
 
 namespace {
 

@@ -8,7 +8,6 @@
 #include <limits>
 #include <list>
 
-#include "store/Category.h"
 #include "store/FlashCard.h"
 
 class EditSchedulePanel;

@@ -17,9 +17,9 @@
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
-#include "shell/Makers.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
+#include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "store/Database.h"
 

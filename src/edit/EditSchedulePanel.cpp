@@ -14,13 +14,12 @@
 #include <tuple>
 
 #include "base/Numbers.h"
-#include "base/WideText.h"
-#include "edit/FormLabel.h"
-#include "scheduler/IntervalUnits.h"
-#include "shell/AccessibleName.h"
+#include "base/Text.h"
+#include "base/Time.h"
+#include "scheduler/ReviewArithmetic.h"
+#include "shell/Forms.h"
 #include "shell/MessageBox.h"
-#include "shell/ToolkitFunction.h"
-#include "store/TimeStamp.h"
+#include "shell/Toolkit.h"
 
 namespace {
 

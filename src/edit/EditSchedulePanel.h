@@ -2,7 +2,7 @@
 
 #include <wx/panel.h>
 
-#include "store/CardSchedule.h"
+#include "store/FlashCard.h"
 
 class wxCheckBox;
 class wxChoice;

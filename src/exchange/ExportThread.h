@@ -7,8 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "exchange/ExportOptions.h"
-#include "exchange/ExportProgress.h"
+#include "exchange/Export.h"
 #include "exchange/ProgressSource.h"
 
 class Database;

@@ -2,11 +2,9 @@
 
 #include <wx/intl.h>
 
-#include "exchange/AttributeValues.h"
-#include "exchange/CardRecordReader.h"
-#include "exchange/ImportMessages.h"
-#include "exchange/ImportResult.h"
-#include "exchange/SecondText.h"
+#include "exchange/CardAttributes.h"
+#include "exchange/CardRecord.h"
+#include "exchange/ImportJob.h"
 #include "store/Database.h"
 
 namespace {

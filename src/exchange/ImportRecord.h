@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <list>
 
-#include "exchange/AttributeTable.h"
+#include "exchange/CardAttributes.h"
 #include "store/FlashCard.h"
 
 class CardRecordReader;

@@ -10,16 +10,13 @@
 #include <string>
 #include <string_view>
 
-#include "base/Utf8.h"
-#include "exchange/AttributeTable.h"
-#include "exchange/CharSource.h"
-#include "exchange/DelimitedReader.h"
-#include "exchange/ImportInput.h"
-#include "exchange/ImportMessages.h"
-#include "exchange/ImportResult.h"
+#include "base/Unicode.h"
+#include "exchange/CardAttributes.h"
+#include "exchange/Delimited.h"
+#include "exchange/ImportJob.h"
 #include "exchange/LegacyStoreReader.h"
-#include "exchange/TextEncoding.h"
-#include "exchange/VlmTextReader.h"
+#include "exchange/TextSource.h"
+#include "exchange/VlmText.h"
 
 namespace {
 

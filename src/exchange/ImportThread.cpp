@@ -2,8 +2,8 @@
 
 #include <wx/intl.h>
 
+#include "exchange/ImportJob.h"
 #include "exchange/ImportPass.h"
-#include "exchange/ImportQuestions.h"
 
 ImportThread::ImportThread(const ImportInput& input, Database& database, bool askCategories,
                            std::set<int32_t>* touchedCategories, ImportQuestions& questions)

@@ -5,8 +5,7 @@
 #include <atomic>
 #include <set>
 
-#include "exchange/ImportInput.h"
-#include "exchange/ImportResult.h"
+#include "exchange/ImportJob.h"
 #include "exchange/ProgressSource.h"
 
 class Database;

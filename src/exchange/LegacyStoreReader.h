@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "exchange/AttributeList.h"
-#include "exchange/CardRecordReader.h"
+#include "exchange/CardAttributes.h"
+#include "exchange/CardRecord.h"
 #include "exchange/LegacyRowSource.h"
 
 // The cards of a store of version 1.0 as records: a row is a record, its columns are the

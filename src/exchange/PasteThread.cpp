@@ -3,7 +3,7 @@
 #include <list>
 
 #include "store/Database.h"
-#include "store/StoreReadLock.h"
+#include "store/Statement.h"
 
 PasteThread::PasteThread(Database& database, const std::vector<int64_t>& rowIds, bool copy,
                          int32_t categoryId)

@@ -9,21 +9,41 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
+#include "base/Text.h"
 #include "list/CardList.h"
 #include "list/CategoryList.h"
-#include "list/DropDownButton.h"
-#include "list/DropDownWindow.h"
-#include "shell/AccessibleName.h"
+#include "list/DropDown.h"
 #include "shell/AppServices.h"
-#include "shell/CategoryName.h"
 #include "shell/CommandIds.h"
-#include "shell/Makers.h"
 #include "shell/MenuBar.h"
+#include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
-#include "shell/ShownText.h"
+#include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "storefile/CurrentCategory.h"
+
+namespace {
+
+constexpr size_t kMost = 5;
+
+}  // namespace
+
+bool RecentSearches::Add(const wxString& text) {
+    const auto found = std::find(mTexts.begin(), mTexts.end(), text);
+    if (found == mTexts.end()) {
+        mTexts.insert(mTexts.begin(), text);
+        mTexts.resize(std::min(mTexts.size(), kMost));
+        return true;
+    }
+    if (found == mTexts.begin()) {
+        return false;
+    }
+    std::rotate(mTexts.begin(), found, found + 1);
+    return true;
+}
 
 namespace {
 

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <wx/frame.h>
+#include <wx/string.h>
 
 #include <functional>
+#include <vector>
 
-#include "list/RecentSearches.h"
 #include "store/Subject.h"
 
 class AppServices;
@@ -14,6 +15,19 @@ class Database;
 class wxDropDownButton;
 class wxListEvent;
 class wxSearchCtrl;
+
+// The texts that were searched for last, newest first, each once, at most five. They live as long
+// as their window.
+class RecentSearches {
+  public:
+    // Puts the text in front. False when it was there already, so that nothing has changed.
+    bool Add(const wxString& text);
+
+    const std::vector<wxString>& GetTexts() const { return mTexts; }
+
+  private:
+    std::vector<wxString> mTexts;
+};
 
 // The list window, in which the user finds and manages cards: a category drop-down and a search
 // field above the list of cards. The application makes one when it is first needed and forgets it

@@ -10,15 +10,15 @@
 #include <list>
 #include <memory>
 
+#include "base/Text.h"
 #include "list/CardListCtrl.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
-#include "shell/ListRows.h"
-#include "shell/Makers.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
+#include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
-#include "shell/ShownText.h"
+#include "shell/Toolkit.h"
 #include "store/Database.h"
 
 namespace {

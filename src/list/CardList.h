@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "list/CardRowCache.h"
+#include "list/CardListCtrl.h"
 #include "store/Subject.h"
 
 class AppServices;

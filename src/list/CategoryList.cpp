@@ -8,17 +8,16 @@
 #include <list>
 #include <map>
 
+#include "base/Text.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
-#include "shell/CategoryName.h"
 #include "shell/CommandIds.h"
-#include "shell/ListRows.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
-#include "shell/ShownText.h"
-#include "shell/TextQuestion.h"
+#include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "storefile/CurrentCategory.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "store/Category.h"
+#include "store/FlashCard.h"
 #include "store/Subject.h"
 
 class AppServices;

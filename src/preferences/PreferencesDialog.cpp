@@ -12,16 +12,13 @@
 #include <algorithm>
 #include <limits>
 
-#include "preferences/ColorControl.h"
-#include "preferences/FontControl.h"
-#include "preferences/StoreFileChange.h"
-#include "shell/AccessibleName.h"
-#include "shell/ButtonRow.h"
-#include "shell/FormScroll.h"
+#include "preferences/AppearanceControls.h"
+#include "shell/Forms.h"
 #include "shell/Settings.h"
-#include "shell/TextHeight.h"
+#include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/Subject.h"
+#include "storefile/StoreFileChange.h"
 
 namespace {
 

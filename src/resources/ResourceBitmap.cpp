@@ -8,7 +8,7 @@
 #include <wx/mstream.h>
 #include <wx/vector.h>
 
-#include "base/WideText.h"
+#include "base/Text.h"
 #include "resources/EmbeddedPictures.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <list>
 #include <utility>
 
-#include "base/Clock.h"
-#include "scheduler/ReviewDirection.h"
-#include "scheduler/ReviewRandom.h"
+#include "base/Time.h"
+#include "scheduler/ReviewArithmetic.h"
+#include "scheduler/SchedulerSources.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
 

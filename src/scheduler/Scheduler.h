@@ -1,18 +1,43 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <list>
 
-#include "base/Clock.h"
-#include "scheduler/CardHistory.h"
+#include "base/Time.h"
 #include "scheduler/CardSelection.h"
-#include "scheduler/CategorySource.h"
-#include "scheduler/MaintenancePrompt.h"
-#include "scheduler/ReviewDirection.h"
-#include "scheduler/ReviewRandom.h"
+#include "scheduler/ReviewArithmetic.h"
+#include "scheduler/SchedulerSources.h"
+#include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
+
+// A card that was scored, with its schedule from just before the score, so that another score can
+// be applied to it as though the first had never been given.
+struct HistoryEntry {
+    CardUuid CardId;
+    CardSchedule Schedule;
+    ReviewDirection Direction = kReviewNone;
+};
+
+// The cards scored last, newest first: at most 20, each card once.
+class CardHistory {
+  public:
+    static constexpr std::size_t kMaximum = 20;
+
+    void Add(const HistoryEntry& entry);
+    void Clear() { mEntries.clear(); }
+    int GetCount() const { return static_cast<int>(mEntries.size()); }
+    // The index must lie in 0 to GetCount() - 1.
+    const HistoryEntry& At(int index) const;
+    // The entry of that card; null when it has none.
+    const HistoryEntry* Find(const CardUuid& id) const;
+    void EraseAt(int index);
+
+  private:
+    std::list<HistoryEntry> mEntries;
+};
 
 // Which card now, in which direction, and what a score does to it. Keeps one current card until it
 // is scored, and the history of the cards scored last. Lives on the main thread, and is the only

@@ -5,10 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "base/Clock.h"
-#include "scheduler/CategorySource.h"
-#include "scheduler/MaintenancePrompt.h"
-#include "scheduler/ReviewRandom.h"
+#include "base/Time.h"
+#include "scheduler/SchedulerSources.h"
 #include "store/Subject.h"
 
 class Database;

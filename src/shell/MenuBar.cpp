@@ -10,8 +10,8 @@
 
 #include "resources/ResourceBitmap.h"
 #include "shell/CommandIds.h"
-#include "shell/MenuPictures.h"
 #include "shell/Settings.h"
+#include "shell/Toolkit.h"
 
 namespace {
 

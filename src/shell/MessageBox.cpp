@@ -2,6 +2,10 @@
 
 #include <wx/intl.h>
 #include <wx/msgdlg.h>
+#include <wx/sizer.h>
+#include <wx/textctrl.h>
+
+#include "shell/Toolkit.h"
 
 int ShowMessageBox(const wxString& text, const wxString& caption, long style, wxWindow* parent) {
     wxMessageDialog box(parent, text, caption, style);
@@ -23,4 +27,12 @@ int ShowMessageBox(const wxString& text, const wxString& caption, long style, wx
 
 void ShowValidationMessage(const wxString& text) {
     ShowMessageBox(text, _("Message"), wxOK);
+}
+
+TextQuestion::TextQuestion(wxWindow* parent, const wxString& question, const wxString& caption,
+                           const wxString& value)
+    : wxTextEntryDialog(parent, question, caption, value) {
+    SetAccessibleName(*m_textctrl, question);
+    FitTextHeights(*this);
+    GetSizer()->SetSizeHints(this);
 }

@@ -2,6 +2,7 @@
 
 #include <wx/defs.h>
 #include <wx/string.h>
+#include <wx/textdlg.h>
 
 class wxWindow;
 
@@ -12,3 +13,11 @@ int ShowMessageBox(const wxString& text, const wxString& caption, long style = w
 
 // The box of a validation message: caption "Message" and the button OK.
 void ShowValidationMessage(const wxString& text);
+
+// The toolkit's question for one line of text, with a field that is named for those who hear the
+// screen and high enough for any font.
+class TextQuestion : public wxTextEntryDialog {
+  public:
+    TextQuestion(wxWindow* parent, const wxString& question, const wxString& caption,
+                 const wxString& value = wxString());
+};

@@ -11,6 +11,13 @@ class wxConfigBase;
 class wxListCtrl;
 class wxTopLevelWindow;
 
+// Opens the configuration file of an application for a single access; the end of the object writes
+// what was changed. The file lies in the user's configuration directory (XDG_CONFIG_HOME, else
+// ~/.config), which the first write makes. A file that is not a plain, readable one counts as empty
+// and is never replaced. Nothing is said about what cannot be read; that settings cannot be kept is
+// said once while the program runs, through the log.
+std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application);
+
 // The named values of the user's configuration. Each access opens the configuration, does its work
 // and closes it, so a write is at once visible to the next read and nothing is cached. Reading
 // never fails: a text that makes no sense gives the default. Main thread only.

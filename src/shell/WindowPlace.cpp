@@ -10,7 +10,7 @@
 #include <map>
 #include <optional>
 
-#include "shell/ToolkitFunction.h"
+#include "shell/Toolkit.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "base/Trace.h"
-#include "base/Utf8.h"
+#include "base/Unicode.h"
 
 Database::Database(FatalErrorReport& report)
     : mReport(report), mLastErrorText(FromUtf8(sqlite3_errstr(SQLITE_OK))) {}

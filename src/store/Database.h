@@ -12,11 +12,10 @@
 #include <vector>
 
 #include "base/FatalErrorReport.h"
-#include "store/Category.h"
 #include "store/FlashCard.h"
-#include "store/StatementRun.h"
+#include "store/Statement.h"
+#include "store/StoreUpgrade.h"
 #include "store/Subject.h"
-#include "store/UpgradeWait.h"
 
 // A due card as the selection sees it while it steps the rows: the row, and the schedule columns of
 // one direction.

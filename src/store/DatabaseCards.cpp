@@ -1,9 +1,8 @@
 // Cards: writing, reading, counting, and the row ids of lists.
 
+#include "base/Time.h"
 #include "store/CardRow.h"
-#include "store/CardRows.h"
 #include "store/Database.h"
-#include "store/TimeStamp.h"
 
 wxDateTime ReadyRow::LastReview() const {
     const int first = mReverse ? kReverseScheduleColumn : kForwardScheduleColumn;

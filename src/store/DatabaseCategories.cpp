@@ -3,7 +3,7 @@
 #include <set>
 
 #include "base/Numbers.h"
-#include "store/CardRows.h"
+#include "store/CardRow.h"
 #include "store/Database.h"
 
 int Database::SelectAllCategories(std::list<Category>& categories) {

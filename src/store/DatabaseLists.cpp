@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "base/Utf8.h"
-#include "base/WideText.h"
-#include "store/CardRows.h"
+#include "base/Text.h"
+#include "base/Unicode.h"
+#include "store/CardRow.h"
 #include "store/Database.h"
 
 namespace {

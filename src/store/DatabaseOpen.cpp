@@ -14,12 +14,12 @@
 
 #include "base/FileDescriptor.h"
 #include "base/Numbers.h"
-#include "base/Utf8.h"
+#include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
-#include "store/DatabaseUpgradeThread.h"
 #include "store/SearchFunctions.h"
 #include "store/StoreSchema.h"
+#include "store/StoreUpgrade.h"
 
 namespace {
 

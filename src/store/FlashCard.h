@@ -1,11 +1,45 @@
 #pragma once
 
+#include <wx/datetime.h>
 #include <wx/string.h>
 
 #include <cstdint>
 
-#include "store/CardSchedule.h"
+#include "base/Time.h"
 #include "store/CardUuid.h"
+
+// When a card is due that was scored at lastReview: that time plus the whole seconds of the
+// interval, truncated toward zero. Saturates at the ends of what a time can hold, which only a
+// damaged store and intervals of many million years reach; an interval that is no number counts as
+// 0.
+wxDateTime DueTime(const wxDateTime& lastReview, float interval);
+
+// The whole seconds from one valid time to another, truncated toward zero, negative where the first
+// is the later one. Saturates likewise.
+int64_t SecondsBetween(const wxDateTime& from, const wxDateTime& to);
+
+// When a card is to come back in one direction of study. A flat record: the history saves and
+// restores it as a block.
+struct CardSchedule {
+    // The card was scored at least once in this direction.
+    bool Introduced = false;
+    // When it was last scored.
+    wxDateTime LastReview = CurrentTime();
+    // 0 to 5.
+    uint8_t LastScore = 0;
+    // Seconds to wait after LastReview. At least 1 once a card was scored.
+    float ReviewInterval = 5.0f;
+    // 0 is easiest, 32 hardest, 16 neutral.
+    uint8_t Difficulty = 16;
+    // Review block number with random low bits; the order of early review.
+    int32_t ERC = 0;
+
+    // The DueTime; invalid while LastReview is.
+    wxDateTime NextReview() const { return DueTime(LastReview, ReviewInterval); }
+
+    bool operator==(const CardSchedule& other) const;
+    bool operator!=(const CardSchedule& other) const { return !(*this == other); }
+};
 
 // One flash card: two texts, where it belongs, and a schedule for each direction of study.
 // A plain value; it can be stored only when its CardId is set.
@@ -26,4 +60,10 @@ struct FlashCard {
     wxString Notes;
     CardSchedule Forward;
     CardSchedule Reverse;
+};
+
+// A named group of cards. Ids are the smallest unused numbers from 0.
+struct Category {
+    int32_t Id = -1;
+    wxString Name;
 };

@@ -7,9 +7,9 @@
 #include <wx/statbox.h>
 #include <wx/stattext.h>
 
-#include "base/Clock.h"
-#include "shell/ButtonRow.h"
-#include "shell/ShownText.h"
+#include "base/Text.h"
+#include "base/Time.h"
+#include "shell/Forms.h"
 #include "store/Database.h"
 
 namespace {

@@ -10,19 +10,17 @@
 
 #include <list>
 
+#include "base/Text.h"
 #include "base/Trace.h"
-#include "base/WideText.h"
 #include "resources/ResourceBitmap.h"
-#include "shell/AccessibleName.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
+#include "shell/Toolkit.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
 #include "study/RescoreMessageBox.h"
-#include "study/StudyCover.h"
-#include "study/StudyStatus.h"
 #include "study/StudyTexts.h"
 
 namespace {

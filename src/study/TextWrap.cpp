@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/WideText.h"
+#include "base/Text.h"
 
 namespace {
 

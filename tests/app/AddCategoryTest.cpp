@@ -1,4 +1,4 @@
-#include "app/AddCategory.h"
+#include "storefile/CurrentCategory.h"
 
 #include "support/GuiTest.h"
 

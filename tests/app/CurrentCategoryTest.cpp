@@ -1,6 +1,5 @@
-#include "app/CurrentCategory.h"
+#include "storefile/CurrentCategory.h"
 
-#include "shell/CategoryName.h"
 #include "support/GuiTest.h"
 
 TEST_F(GuiStoreTest, OnlyCategoriesOfTheStoreAndNoneAreCurrent) {

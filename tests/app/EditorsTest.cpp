@@ -1,4 +1,4 @@
-#include "app/Editors.h"
+#include "app/MainWindows.h"
 
 #include "edit/EditFrame.h"
 #include "support/GuiTest.h"

@@ -3,7 +3,7 @@
 #include <thread>
 #include <vector>
 
-#include "app/AppFatalErrorReport.h"
+#include "app/AppReports.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include <wx/filename.h>
 
-#include "app/Version1Import.h"
 #include "support/FakeRowSource.h"
 #include "support/GuiTest.h"
+#include "transfer/ImportCommand.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "app/StoreLifecycle.h"
+#include "storefile/StoreFile.h"
 
 #include <wx/filename.h>
 

@@ -1,9 +1,8 @@
-#include "app/ThreadWaitDialog.h"
+#include "storefile/StoreFile.h"
 
 #include <wx/thread.h>
 
-#include "app/AppMaintenancePrompt.h"
-#include "app/AppUpgradeWait.h"
+#include "app/AppReports.h"
 #include "support/GuiTest.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "base/Utf8.h"
-#include "base/WideText.h"
+#include "base/Text.h"
+#include "base/Unicode.h"
 
 TEST(Text, Utf8TakesEveryTextThereAndBack) {
     const wxString text(L"a\0\u00e4\u4e2d\U0001F600z", 6);

@@ -1,4 +1,4 @@
-#include "exchange/CharSource.h"
+#include "exchange/TextSource.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "exchange/DelimitedReader.h"
+#include "exchange/Delimited.h"
 
 #include <gtest/gtest.h>
 

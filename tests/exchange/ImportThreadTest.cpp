@@ -6,7 +6,7 @@
 #include <deque>
 
 #include "exchange/ImportFixture.h"
-#include "exchange/ImportQuestions.h"
+#include "exchange/ImportJob.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Stores of version 1.0, read through an engine that the test makes.
 
+#include "base/Time.h"
 #include "exchange/ImportFixture.h"
 #include "exchange/LegacyStoreReader.h"
-#include "store/TimeStamp.h"
 #include "support/FakeRowSource.h"
 
 namespace {

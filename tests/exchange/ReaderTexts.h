@@ -5,9 +5,8 @@
 #include <string>
 #include <utility>
 
-#include "exchange/CardRecordReader.h"
-#include "exchange/CharSource.h"
-#include "exchange/TextEncoding.h"
+#include "exchange/CardRecord.h"
+#include "exchange/TextSource.h"
 
 // A file's bytes as the readers see them.
 class TextOfBytes {

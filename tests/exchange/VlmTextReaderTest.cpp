@@ -1,4 +1,4 @@
-#include "exchange/VlmTextReader.h"
+#include "exchange/VlmText.h"
 
 #include <gtest/gtest.h>
 

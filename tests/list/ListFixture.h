@@ -6,8 +6,7 @@
 #include "list/CardList.h"
 #include "list/CardListCtrl.h"
 #include "list/CategoryList.h"
-#include "list/DropDownButton.h"
-#include "list/DropDownWindow.h"
+#include "list/DropDown.h"
 #include "support/GuiTest.h"
 
 // The list window, with a person's keys.

@@ -2,8 +2,8 @@
 
 #include <wx/filename.h>
 
-#include "preferences/StoreFileChange.h"
 #include "store/Database.h"
+#include "storefile/StoreFileChange.h"
 #include "support/Fakes.h"
 
 // The application of a test: file dialogs that answer at once, and what it was asked, in order.

@@ -1,8 +1,7 @@
 #include "preferences/PreferencesDialog.h"
 
 #include "FakeStoreFileActions.h"
-#include "preferences/ColorControl.h"
-#include "preferences/FontControl.h"
+#include "preferences/AppearanceControls.h"
 #include "support/GuiTest.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "preferences/StoreFileChange.h"
+#include "storefile/StoreFileChange.h"
 
 #include <unistd.h>
 #include <wx/filename.h>

@@ -1,4 +1,4 @@
-#include "preferences/StoreFileMove.h"
+#include "storefile/StoreFileMove.h"
 
 #include <sys/resource.h>
 #include <unistd.h>

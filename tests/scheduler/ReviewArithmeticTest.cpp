@@ -4,7 +4,6 @@
 
 #include <cstring>
 
-#include "scheduler/IntervalUnits.h"
 #include "support/Fakes.h"
 
 namespace {

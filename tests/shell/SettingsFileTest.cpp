@@ -1,4 +1,4 @@
-#include "shell/SettingsFile.h"
+#include "shell/Settings.h"
 
 #include <sys/stat.h>
 #include <wx/filename.h>

@@ -1,4 +1,4 @@
-#include "shell/TextHeight.h"
+#include "shell/Toolkit.h"
 
 #include "support/GuiTest.h"
 

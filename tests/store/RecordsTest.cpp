@@ -3,9 +3,9 @@
 #include <cmath>
 #include <limits>
 
-#include "store/CardSchedule.h"
+#include "base/Time.h"
 #include "store/CardUuid.h"
-#include "store/TimeStamp.h"
+#include "store/FlashCard.h"
 
 TEST(Records, IdentitiesAreReadInTheirThreeForms) {
     const wxString plain = "00112233-4455-6677-8899-aabbccddeeff";

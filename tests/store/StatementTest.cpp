@@ -1,6 +1,6 @@
 #include <sqlite3.h>
 
-#include "store/StoreReadLock.h"
+#include "store/Statement.h"
 #include "support/StoreFixture.h"
 
 struct StatementTest : StoreFixture {

@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "base/WideText.h"
+#include "base/Text.h"
 
 namespace {
 

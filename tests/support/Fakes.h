@@ -6,13 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "base/Clock.h"
 #include "base/FatalErrorReport.h"
-#include "scheduler/CategorySource.h"
-#include "scheduler/MaintenancePrompt.h"
-#include "scheduler/ReviewRandom.h"
+#include "base/Time.h"
+#include "scheduler/SchedulerSources.h"
+#include "store/StoreUpgrade.h"
 #include "store/Subject.h"
-#include "store/UpgradeWait.h"
 
 // A clock that stands still until it is moved.
 class FakeClock : public Clock {

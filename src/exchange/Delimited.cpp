@@ -1,0 +1,340 @@
+#include "exchange/Delimited.h"
+
+#include <wx/intl.h>
+#include <wx/translation.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "base/Text.h"
+#include "base/Unicode.h"
+#include "exchange/TextSink.h"
+#include "exchange/TextSource.h"
+
+namespace {
+
+struct Choice {
+    const char* Label;
+    wchar_t Delimiter;
+};
+
+// The last is the one whose delimiter is typed.
+constexpr Choice kChoices[] = {{wxTRANSLATE("tab"), L'\t'},
+                               {wxTRANSLATE("comma"), L','},
+                               {wxTRANSLATE("space"), L' '},
+                               {wxTRANSLATE("semi-colon"), L';'},
+                               {wxTRANSLATE("other"), L'\0'}};
+
+}  // namespace
+
+wxArrayString DelimiterLabels() {
+    wxArrayString labels;
+    for (const Choice& choice : kChoices) {
+        labels.push_back(wxGetTranslation(choice.Label));
+    }
+    return labels;
+}
+
+wxString DelimiterHelp() {
+    return _("This setting controls the character that\nis used to separate columns.");
+}
+
+wchar_t DelimiterOf(int choice, const wxString& otherText) {
+    if (choice == kDelimiterOther) {
+        return otherText.empty() ? L'\0' : static_cast<wchar_t>(otherText[0].GetValue());
+    }
+    const bool isKnown = choice >= 0 && choice < static_cast<int>(std::size(kChoices));
+    return isKnown ? kChoices[choice].Delimiter : L'\t';
+}
+
+wxString CheckDelimiterText(const wxString& otherText) {
+    if (otherText.empty() || IsLineBreak(otherText)) {
+        return _("You must specify a delimiter.");
+    }
+    if (otherText.length() > 1) {
+        return _("You can only have a one character delimiter");
+    }
+    if (otherText == "\"") {
+        return _("\" cannot be used as a delimiter.");
+    }
+    return wxString();
+}
+
+bool IsLineBreak(const wxString& otherText) {
+    return otherText == "\n" || otherText == "\r";
+}
+
+namespace {
+
+constexpr wchar_t kQuote = L'"';
+// The names of all attributes take a few hundred. A file without line breaks is no table, and must
+// not be read as far as the longest record before that is known.
+constexpr size_t kLongestHeader = size_t{1} << 20;
+
+bool IsLineEnd(wchar_t character) {
+    return character == L'\r' || character == L'\n';
+}
+
+// Puts a field's text into the wanted form: no white space at the ends, escapes replaced.
+std::wstring_view FinishField(std::wstring& field) {
+    const std::wstring_view trimmed = TrimView(field);
+    if (trimmed.size() < 2 || trimmed.find(L'\\') == std::wstring_view::npos) {
+        return trimmed;
+    }
+    // The result is never longer, so it is written over what was read already.
+    wchar_t* const begin = field.data() + (trimmed.data() - field.data());
+    const wchar_t* const end = begin + trimmed.size();
+    wchar_t* out = begin;
+    for (const wchar_t* in = begin; in != end; ++in) {
+        const wchar_t next = *in == L'\\' && in + 1 != end ? in[1] : L'\0';
+        switch (next) {
+            case L'\\':
+                *out++ = L'\\';
+                ++in;
+                break;
+            case L'n':
+                *out++ = L'\n';
+                ++in;
+                break;
+            case L'r':
+                *out++ = L'\r';
+                ++in;
+                break;
+            default:
+                *out++ = *in;
+                break;
+        }
+    }
+    return {begin, static_cast<size_t>(out - begin)};
+}
+
+}  // namespace
+
+DelimitedReader::DelimitedReader(CharSource& source, wchar_t delimiter)
+    : mSource(source), mDelimiter(delimiter) {
+    if (!mSource.AtEnd()) {
+        mSource.StartRecord(kLongestHeader);
+        ReadRow([this](size_t, std::wstring_view field) {
+            mColumns.emplace_back(field.data(), field.size());
+        });
+    }
+}
+
+uint32_t DelimitedReader::GetAttributeCount() const {
+    return static_cast<uint32_t>(mAttributes.Count());
+}
+
+float DelimitedReader::GetProgress() const {
+    return mSource.GetProgress();
+}
+
+bool DelimitedReader::ReadRecord() {
+    mAttributes.Clear();
+    while (!mSource.AtEnd()) {
+        ++mRowNumber;
+        mAttributes.Clear();
+        mSource.StartRecord();
+        const Row row = ReadRow([this](size_t index, std::wstring_view field) {
+            if (index < mColumns.size()) {
+                mAttributes.Append().Value.assign(field.data(), field.size());
+            }
+        });
+        if (row.Fields > 1 || row.HasText) {
+            for (size_t i = 0; i < mColumns.size(); ++i) {
+                CardAttribute& attribute = i < row.Fields ? mAttributes[i] : mAttributes.Append();
+                if (i >= row.Fields) {
+                    attribute.Value.clear();
+                }
+                attribute.Name = mColumns[i];
+                attribute.Line = mRowNumber;
+            }
+            return true;
+        }
+    }
+    mAttributes.Clear();
+    return false;
+}
+
+// Reads the fields up to the end of the row and hands each over with its place.
+template <class TakeField>
+DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
+    Row row;
+    bool done = false;
+    while (!done) {
+        mField.clear();
+        mLastTerminator = ReadField();
+        const std::wstring_view field = FinishField(mField);
+        if (mLastTerminator != 0 || !field.empty()) {
+            take(row.Fields, field);
+            ++row.Fields;
+            row.HasText = row.HasText || !field.empty();
+        }
+        // A character behind a closing quote is a field still to come, also at the end.
+        done = mLastTerminator == 0 || IsLineEnd(mLastTerminator) ||
+               (mLastTerminator == mDelimiter && mSource.AtEnd());
+    }
+    return row;
+}
+
+// Appends the next field's text to mField and returns what ended it.
+wchar_t DelimitedReader::ReadField() {
+    bool quoted = false;
+    wchar_t character = ReadFirst(quoted);
+    if (character == 0) {
+        return 0;
+    }
+    while (character != 0) {
+        if (!quoted && IsBreak(character)) {
+            return character;
+        }
+        if (quoted && character == kQuote) {
+            character = mSource.GetChar();
+            if (character != kQuote) {
+                return character;
+            }
+        }
+        mField.push_back(character);
+        character = mSource.GetChar();
+    }
+    // The text ended inside a field, which counts as the end of a line.
+    return L'\n';
+}
+
+// The first character of the next field, behind its opening quote if it has one.
+wchar_t DelimitedReader::ReadFirst(bool& quoted) {
+    const bool isPending = mLastTerminator != 0 && !IsBreak(mLastTerminator);
+    if (isPending) {
+        return mLastTerminator;
+    }
+    wchar_t character = mSource.GetChar();
+    const bool isOtherHalf = (mLastTerminator == L'\r' && character == L'\n') ||
+                             (mLastTerminator == L'\n' && character == L'\r');
+    if (isOtherHalf) {
+        character = mSource.GetChar();
+    }
+    if (character == kQuote) {
+        quoted = true;
+        character = mSource.GetChar();
+    }
+    return character;
+}
+
+bool DelimitedReader::IsBreak(wchar_t character) const {
+    return character == mDelimiter || IsLineEnd(character);
+}
+
+namespace {
+
+// What would end a row, and the mark of such an escape itself, in two plain characters.
+void AppendEscaped(std::u16string& field, std::u16string_view value) {
+    for (const char16_t unit : value) {
+        switch (unit) {
+            case u'\\':
+                field.append(u"\\\\");
+                break;
+            case u'\r':
+                field.append(u"\\r");
+                break;
+            case u'\n':
+                field.append(u"\\n");
+                break;
+            default:
+                field.push_back(unit);
+                break;
+        }
+    }
+}
+
+}  // namespace
+
+DelimitedWriter::DelimitedWriter(TextSink& sink, wchar_t delimiter)
+    : mSink(sink), mDelimiter(ToUtf16(wxString(delimiter))) {}
+
+int DelimitedWriter::AddColumn(std::u16string_view name) {
+    if (!mHeaderOpen || FindColumn(name) < mColumns.size()) {
+        return -1;
+    }
+    mColumns.push_back({std::u16string(name), std::u16string()});
+    return 0;
+}
+
+void DelimitedWriter::EndHeader() {
+    mHeaderOpen = false;
+    for (Column& column : mColumns) {
+        column.Value = column.Name;
+    }
+    EndRecord();
+}
+
+int DelimitedWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
+    const size_t place = mHeaderOpen ? mColumns.size() : FindColumn(name);
+    if (place == mColumns.size()) {
+        return -1;
+    }
+    mColumns[place].Value = value;
+    mNext = place + 1;
+    return 0;
+}
+
+void DelimitedWriter::EndRecord() {
+    mRow.clear();
+    for (Column& column : mColumns) {
+        if (&column != &mColumns.front()) {
+            mRow.append(mDelimiter);
+        }
+        AppendField(column.Value);
+        column.Value.clear();
+    }
+    mRow.push_back(u'\n');
+    mNext = 0;
+    mSink.Write(mRow);
+}
+
+size_t DelimitedWriter::FindColumn(std::u16string_view name) const {
+    for (size_t i = mNext; i < mColumns.size(); ++i) {
+        if (mColumns[i].Name == name) {
+            return i;
+        }
+    }
+    for (size_t i = 0; i < mNext; ++i) {
+        if (mColumns[i].Name == name) {
+            return i;
+        }
+    }
+    return mColumns.size();
+}
+
+void DelimitedWriter::AppendField(const std::u16string& value) {
+    const char16_t delimiter = mDelimiter.front();
+    const bool isSpecial = std::any_of(value.begin(), value.end(), [delimiter](char16_t unit) {
+        return unit == delimiter || unit == kQuote || unit == u'\\' || unit == u'\r' ||
+               unit == u'\n';
+    });
+    if (isSpecial) {
+        AppendSpecialField(value);
+    } else {
+        mRow.append(value);
+    }
+}
+
+// A value that holds the delimiter keeps its quotes as they are, doubled or not: files of this form
+// have always been written so.
+void DelimitedWriter::AppendSpecialField(const std::u16string& value) {
+    mField.clear();
+    AppendEscaped(mField, value);
+    const bool hasDelimiter = mField.find(mDelimiter) != std::u16string::npos;
+    const bool hasQuote = mField.find(kQuote) != std::u16string::npos;
+    if (!hasDelimiter && !hasQuote) {
+        mRow.append(mField);
+        return;
+    }
+    mRow.push_back(kQuote);
+    for (const char16_t unit : mField) {
+        if (unit == kQuote && !hasDelimiter) {
+            mRow.push_back(kQuote);
+        }
+        mRow.push_back(unit);
+    }
+    mRow.push_back(kQuote);
+}

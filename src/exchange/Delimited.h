@@ -1,0 +1,121 @@
+#pragma once
+
+#include <wx/arrstr.h>
+#include <wx/string.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "exchange/CardAttributes.h"
+#include "exchange/CardRecord.h"
+
+class CharSource;
+class TextSink;
+
+// What stands between the columns of the delimited form, as the dialogs offer it: the index in
+// their list.
+enum DelimiterChoice : int {
+    kDelimiterTab = 0,
+    kDelimiterComma = 1,
+    kDelimiterSpace = 2,
+    kDelimiterSemicolon = 3,
+    // The character in the text field beside the list.
+    kDelimiterOther = 4
+};
+
+// The labels, in the order of the indexes.
+wxArrayString DelimiterLabels();
+
+// The help on the list of choices.
+wxString DelimiterHelp();
+
+// The delimiter of an index, where otherText is the text of the field; 0 for a field that is empty.
+// Any other index gives the tab.
+wchar_t DelimiterOf(int choice, const wxString& otherText);
+
+// What is wrong with the text of the field, or nothing. A text that holds no more than a line break
+// is to be taken out of the field.
+wxString CheckDelimiterText(const wxString& otherText);
+bool IsLineBreak(const wxString& otherText);
+
+// Reads a table: the first row names the columns, each further row is a record with an attribute
+// for every column. Fields lie between delimiters, may be quoted, and hold escapes for backslash
+// and line breaks. Lines are counted as rows. Has no errors of its own.
+class DelimitedReader : public CardRecordReader {
+  public:
+    // Reads the header. The source is not owned.
+    DelimitedReader(CharSource& source, wchar_t delimiter);
+
+    size_t GetColumnCount() const { return mColumns.size(); }
+    // As spelled in the file.
+    const wxString& GetColumnName(size_t index) const { return mColumns[index]; }
+
+    int32_t GetLineNumber() const override { return mRowNumber; }
+    int32_t GetError() const override { return kNoError; }
+    uint32_t GetAttributeCount() const override;
+    const CardAttribute& GetAttribute(uint32_t index) const override { return mAttributes[index]; }
+    bool ReadRecord() override;
+    float GetProgress() const override;
+
+  private:
+    // What a row held: how many fields, and whether any of them had text.
+    struct Row {
+        size_t Fields = 0;
+        bool HasText = false;
+    };
+
+    template <class TakeField>
+    Row ReadRow(TakeField take);
+    wchar_t ReadField();
+    wchar_t ReadFirst(bool& quoted);
+    bool IsBreak(wchar_t character) const;
+
+    CharSource& mSource;
+    wchar_t mDelimiter;
+    std::vector<wxString> mColumns;
+    int32_t mRowNumber = 1;
+    AttributeList mAttributes;
+    // What ended the field before: a delimiter, a line break, 0, or the character behind a closing
+    // quote, which is the first of the next field.
+    wchar_t mLastTerminator = 0;
+    std::wstring mField;
+};
+
+// Writes records as the rows of a table, one line each, behind a row with the names of the columns.
+// First come the columns, then the end of the header, then the records.
+class DelimitedWriter : public CardRecordWriter {
+  public:
+    // The sink is not owned.
+    DelimitedWriter(TextSink& sink, wchar_t delimiter);
+
+    // 0, or -1 when the header has ended or has such a column already.
+    int AddColumn(std::u16string_view name);
+    void EndHeader();
+
+    // Refuses a name that is no column, and any before the header's end.
+    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
+    // A column that the record did not set stays empty.
+    void EndRecord() override;
+
+  private:
+    struct Column {
+        std::u16string Name;
+        std::u16string Value;
+    };
+
+    // The place of a column, or their number.
+    size_t FindColumn(std::u16string_view name) const;
+    void AppendField(const std::u16string& value);
+    void AppendSpecialField(const std::u16string& value);
+
+    TextSink& mSink;
+    std::u16string mDelimiter;
+    bool mHeaderOpen = true;
+    std::vector<Column> mColumns;
+    // Behind the column that was found last: attributes mostly come in the order of the columns.
+    size_t mNext = 0;
+    // The row, which is written as a whole, and room for one of its fields.
+    std::u16string mRow;
+    std::u16string mField;
+};

@@ -1,0 +1,220 @@
+#include "exchange/VlmText.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "base/Text.h"
+#include "exchange/TextSink.h"
+#include "exchange/TextSource.h"
+
+namespace {
+
+constexpr wchar_t kComment = L'#';
+constexpr std::wstring_view kSeparators = L":\uFF1A";
+// From this many attributes on a record's names go through a hash.
+constexpr size_t kManyAttributes = 32;
+
+std::wstring_view View(const wxString& text) {
+    return {text.wc_str(), text.length()};
+}
+
+void Assign(wxString& text, std::wstring_view value) {
+    text.assign(value.data(), value.size());
+}
+
+}  // namespace
+
+VlmTextReader::VlmTextReader(CharSource& source, bool ignoreNameCase)
+    : mSource(source), mIgnoreNameCase(ignoreNameCase) {}
+
+uint32_t VlmTextReader::GetAttributeCount() const {
+    return static_cast<uint32_t>(mAttributes.Count());
+}
+
+float VlmTextReader::GetProgress() const {
+    return mSource.GetProgress();
+}
+
+bool VlmTextReader::ReadRecord() {
+    mAttributes.Clear();
+    mNames.clear();
+    mHasLast = false;
+    bool found = false;
+    mSource.StartRecord();
+    while (!mSource.AtEnd()) {
+        mSource.ReadLine(mLine);
+        const std::wstring_view line = TrimView(mLine);
+        if (line.empty()) {
+            found = true;
+            ++mLineNumber;
+            break;
+        }
+        if (line.front() == kComment) {
+            if (!found) {
+                // However many come before a record, they are no part of it.
+                mSource.StartRecord();
+            }
+        } else {
+            if (!AddLine(line)) {
+                return false;
+            }
+            found = true;
+        }
+        ++mLineNumber;
+    }
+    TrimValues();
+    return found;
+}
+
+// Takes "Name: value", as a new attribute or as a further line of the last one.
+bool VlmTextReader::AddLine(std::wstring_view line) {
+    const size_t separator = line.find_first_of(kSeparators);
+    if (separator == std::wstring_view::npos) {
+        mError = kMissingSeparator;
+        return false;
+    }
+    const std::wstring_view name = TrimView(line.substr(0, separator));
+    const std::wstring_view value = TrimView(line.substr(separator + 1));
+    if (mHasLast) {
+        CardAttribute& last = mAttributes[mAttributes.Count() - 1];
+        if (IsSameName(last.Name, name)) {
+            last.Value += L'\n';
+            last.Value.append(value.data(), value.size());
+            return true;
+        }
+    }
+    if (IsTaken(name)) {
+        mError = kRepeatedAttribute;
+        return false;
+    }
+    CardAttribute& attribute = mAttributes.Append();
+    Assign(attribute.Name, name);
+    Assign(attribute.Value, value);
+    attribute.Line = mLineNumber;
+    mHasLast = true;
+    return true;
+}
+
+bool VlmTextReader::IsTaken(std::wstring_view name) {
+    const size_t count = mAttributes.Count();
+    if (count < kManyAttributes) {
+        for (size_t i = 0; i < count; ++i) {
+            if (IsSameName(mAttributes[i].Name, name)) {
+                return true;
+            }
+        }
+        return false;
+    }
+    if (mNames.empty()) {
+        for (size_t i = 0; i < count; ++i) {
+            mNames.insert(Key(View(mAttributes[i].Name)));
+        }
+    }
+    // The caller appends every name that is not taken.
+    return !mNames.insert(Key(name)).second;
+}
+
+// What names that count as the same have in common.
+std::wstring VlmTextReader::Key(std::wstring_view name) const {
+    if (mIgnoreNameCase) {
+        return LowerWide(wxString(name.data(), name.size())).ToStdWstring();
+    }
+    return std::wstring(name);
+}
+
+bool VlmTextReader::IsSameName(const wxString& known, std::wstring_view name) const {
+    if (View(known) == name) {
+        return true;
+    }
+    return mIgnoreNameCase && known.length() == name.size() && Key(View(known)) == Key(name);
+}
+
+// Values were trimmed line by line; this drops the blank lines at both ends of a whole value.
+void VlmTextReader::TrimValues() {
+    for (size_t i = 0; i < mAttributes.Count(); ++i) {
+        wxString& value = mAttributes[i].Value;
+        const std::wstring_view whole = View(value);
+        const std::wstring_view trimmed = TrimView(whole);
+        if (trimmed.size() != whole.size()) {
+            value = wxString(trimmed.data(), trimmed.size());
+        }
+    }
+}
+
+namespace {
+
+constexpr char16_t kSeparator = u':';
+
+constexpr size_t kRun = 8;
+
+bool IsSeparator(char16_t unit) {
+    return unit == kSeparator;
+}
+
+// What ends a line for the reader. A carriage return that stayed in a value would leave a line
+// without a name, and with it a file that cannot be read back.
+bool IsLineEnd(char16_t unit) {
+    return unit == u'\n' || unit == u'\r';
+}
+
+template <bool (*kIsWanted)(char16_t)>
+bool IsInRun(const char16_t* run) {
+    uint16_t found = 0;
+    for (size_t i = 0; i < kRun; ++i) {
+        found = static_cast<uint16_t>(found | (kIsWanted(run[i]) ? 1U : 0U));
+    }
+    return found != 0;
+}
+
+// Names and values are many and short, and the library looks at one unit after the other.
+template <bool (*kIsWanted)(char16_t)>
+bool Contains(std::u16string_view text) {
+    if (text.size() < kRun) {
+        return std::any_of(text.begin(), text.end(), kIsWanted);
+    }
+    // The last run begins within the one before.
+    const char16_t* const last = text.data() + text.size() - kRun;
+    for (const char16_t* run = text.data(); run < last; run += kRun) {
+        if (IsInRun<kIsWanted>(run)) {
+            return true;
+        }
+    }
+    return IsInRun<kIsWanted>(last);
+}
+
+}  // namespace
+
+int VlmTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
+    if (Contains<IsSeparator>(name) || (!name.empty() && name.front() == kComment)) {
+        return -1;
+    }
+    if (value.empty()) {
+        return 0;
+    }
+    while (Contains<IsLineEnd>(value)) {
+        const size_t length = value.find_first_of(u"\r\n");
+        AppendLine(name, value.substr(0, length));
+        const bool isPair = value.substr(length, 2) == u"\r\n";
+        value.remove_prefix(length + (isPair ? 2 : 1));
+    }
+    AppendLine(name, value);
+    return 0;
+}
+
+void VlmTextWriter::AppendLine(std::u16string_view name, std::u16string_view value) {
+    const size_t length = name.size() + value.size() + 3;
+    if (mRecord.size() - mLength < length) {
+        mRecord.resize(2 * (mLength + length));
+    }
+    char16_t* out = std::copy(name.begin(), name.end(), mRecord.data() + mLength);
+    *out++ = kSeparator;
+    *out++ = u' ';
+    *std::copy(value.begin(), value.end(), out) = u'\n';
+    mLength += length;
+}
+
+void VlmTextWriter::EndRecord() {
+    mSink.Write({mRecord.data(), mLength});
+    mSink.Write(u"\n");
+    mLength = 0;
+}

@@ -1,5 +1,0 @@
-#include "shell/Version.h"
-
-wxString GetVersionText() {
-    return wxString::Format("Velomind %s %i.%i.%i.%i", "Mobile", 2, 5, 7, 1625);
-}

@@ -1,0 +1,302 @@
+#include "storefile/StoreFile.h"
+
+#include <wx/button.h>
+#include <wx/confbase.h>
+#include <wx/filedlg.h>
+#include <wx/filefn.h>
+#include <wx/filename.h>
+#include <wx/gauge.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/stdpaths.h>
+#include <wx/textctrl.h>
+#include <wx/thread.h>
+#include <wx/utils.h>
+
+#include "base/Process.h"
+#include "shell/Settings.h"
+#include "shell/Toolkit.h"
+#include "store/Database.h"
+
+namespace {
+
+wxString StoreFileFilter() {
+    return _("Flash Card Store Files (*.vlm)|*.vlm|All files (*.*)|*.*");
+}
+
+// Empty, for the toolkit's own choice, where the path names no directory that is there.
+wxString DirectoryOf(const wxString& path) {
+    const wxString directory = wxFileName(path).GetPath();
+    return wxFileName::DirExists(directory) ? directory : wxString();
+}
+
+bool Ask(wxFileDialog& dialog, wxString& path) {
+    if (dialog.ShowModal() != wxID_OK) {
+        return false;
+    }
+    path = dialog.GetPath();
+    return true;
+}
+
+}  // namespace
+
+bool ChooseStoreFileToOpen(wxWindow* parent, wxString& path) {
+    wxFileDialog dialog(parent, _("Open Store File"), DirectoryOf(path), wxString(),
+                        StoreFileFilter(), wxFD_OPEN);
+    return Ask(dialog, path);
+}
+
+bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBeforeOverwriting,
+                           wxString& path) {
+    const long style = wxFD_SAVE | (askBeforeOverwriting ? wxFD_OVERWRITE_PROMPT : 0);
+    wxFileDialog dialog(parent, title, DirectoryOf(path), kDefaultStoreName, StoreFileFilter(),
+                        style);
+    return Ask(dialog, path);
+}
+
+namespace {
+
+constexpr char kPathKey[] = "DatabasePath";
+
+// A stored choice must still mean the same file when the program starts in another directory.
+wxString MakePathFull(const wxString& path) {
+    if (path.empty() || path.StartsWith("file:")) {
+        return path;
+    }
+    wxFileName name(path);
+    name.MakeAbsolute();
+    return name.GetFullPath();
+}
+
+// Asks what to open in place of a path that failed. False when the person gives up.
+bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
+    // The person is to choose, not to wait.
+    const wxBusyCursorSuspender ready;
+    DatabaseOpenFailed dialog(parent, path, mustExist);
+    if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
+        return false;
+    }
+    path = MakePathFull(dialog.GetPath());
+    mustExist = dialog.MustExist();
+    return true;
+}
+
+// What fails is told by the recovery dialog alone.
+bool TryQuietly(Database& database, const std::function<void()>& ask) {
+    const wxLogNull silence;
+    return database.Try(ask);
+}
+
+}  // namespace
+
+wxString GetDefaultStorePath() {
+    const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
+    {
+        // What fails here shows itself when the store is opened.
+        const wxLogNull silence;
+        wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
+    }
+    return wxFileName(directory, kDefaultStoreName).GetFullPath();
+}
+
+std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
+    auto database = std::make_unique<Database>(report);
+    wxString path = OpenSettings()->Read(kPathKey, wxString());
+    const bool isStored = !path.empty();
+    if (!isStored) {
+        path = GetDefaultStorePath();
+    } else if (wxFileName::DirExists(path)) {
+        path = wxFileName(path, kDefaultStoreName).GetFullPath();
+    }
+    OpenStoreFile(nullptr, *database, path, isStored);
+    return database;
+}
+
+bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
+    wxString choice = MakePathFull(path);
+    AppUpgradeWait wait(parent);
+    while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
+        if (!ChooseAnother(parent, choice, mustExist)) {
+            return false;
+        }
+    }
+    OpenSettings()->Write(kPathKey, choice);
+    return true;
+}
+
+void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
+    if (!TryOpenStoreFile(parent, database, path, mustExist)) {
+        EndProcess(kExitFromRecovery);
+    }
+}
+
+void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
+    for (;;) {
+        wxString path = database.GetPath();
+        if (TryQuietly(database, ask)) {
+            return;
+        }
+        database.Close();
+        bool mustExist = true;
+        if (!ChooseAnother(nullptr, path, mustExist)) {
+            EndProcess(kExitFromRecovery);
+        }
+        OpenStoreFile(nullptr, database, path, mustExist);
+    }
+}
+
+namespace {
+
+enum : int {
+    ID_EXIT = 10000,
+    ID_DIALOG = 10066,
+    ID_RETRY = 10068,
+    ID_OPEN = 10070,
+    ID_NEW = 10071,
+    ID_PATH = 10121
+};
+
+}  // namespace
+
+DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist)
+    : wxDialog(parent, ID_DIALOG, "Velomind", wxDefaultPosition, wxSize(400, 300),
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mMustExist(mustExist) {
+    auto* const message =
+        new wxStaticText(this, wxID_ANY, _("Unable to open the flash card store file."));
+    mpPath = new wxTextCtrl(this, ID_PATH, path, wxDefaultPosition, FromDIP(wxSize(390, -1)),
+                            wxTE_READONLY);
+    SetAccessibleName(*mpPath, message->GetLabelText());
+
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    const auto addButton = [&](int id, const wxString& label) {
+        auto* const button = new wxButton(this, id, label);
+        buttons->Add(button, wxSizerFlags().Border(wxALL, 5));
+        return button;
+    };
+    wxButton* const retry = addButton(ID_RETRY, _("Retry"));
+    addButton(ID_OPEN, _("Open"));
+    addButton(ID_NEW, _("New"));
+    addButton(ID_EXIT, _("Exit"));
+
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    rows->Add(message, wxSizerFlags().Border(wxALL, 5));
+    rows->Add(mpPath, wxSizerFlags().Expand().Border(wxALL, 5));
+    rows->Add(buttons, wxSizerFlags().Center());
+    FitTextHeights(*this);
+    SetSizerAndFit(rows);
+    Centre();
+
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnOpen, this, ID_OPEN);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnNew, this, ID_NEW);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnExit, this, ID_EXIT);
+    Bind(wxEVT_CLOSE_WINDOW, &DatabaseOpenFailed::OnClose, this);
+    SetEscapeId(ID_EXIT);
+    retry->SetDefault();
+    retry->SetFocus();
+}
+
+wxString DatabaseOpenFailed::GetPath() const {
+    return mpPath->GetValue();
+}
+
+void DatabaseOpenFailed::OnRetry(wxCommandEvent&) {
+    mMustExist = true;
+    EndModal(kTryAgain);
+}
+
+void DatabaseOpenFailed::OnOpen(wxCommandEvent&) {
+    wxString path = GetPath();
+    if (ChooseStoreFileToOpen(this, path)) {
+        mpPath->SetValue(path);
+        mMustExist = true;
+        EndModal(kTryAgain);
+    }
+}
+
+void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
+    wxString path = GetPath();
+    if (!ChooseStoreFileToSave(this, _("New Store File"), true, path)) {
+        return;
+    }
+    if (wxFileExists(path)) {
+        // A file that cannot be deleted shows itself when the store is opened.
+        const wxLogNull silence;
+        wxRemoveFile(path);
+    }
+    mpPath->SetValue(path);
+    mMustExist = false;
+    EndModal(kTryAgain);
+}
+
+void DatabaseOpenFailed::OnExit(wxCommandEvent&) {
+    EndModal(kGiveUp);
+}
+
+void DatabaseOpenFailed::OnClose(wxCloseEvent&) {
+    EndModal(kGiveUp);
+}
+
+namespace {
+
+constexpr int kDialogId = 10120;
+
+}  // namespace
+
+void AppUpgradeWait::WaitFor(wxThread& worker) {
+    ThreadWaitDialog dialog(mpParent, kDialogId, wxString(), wxDefaultPosition, wxSize(400, 300),
+                            wxDEFAULT_DIALOG_STYLE);
+    dialog.Watch(worker);
+    dialog.SetTitle(_("Upgrading Database"));
+    dialog.ShowModal();
+}
+
+namespace {
+
+constexpr int kTimerId = 1138;
+constexpr int kTickMilliseconds = 16;
+constexpr int kFullGaugeMilliseconds = 120000;
+
+}  // namespace
+
+ThreadWaitDialog::ThreadWaitDialog(wxWindow* parent, wxWindowID id, const wxString& title,
+                                   const wxPoint& position, const wxSize& size, long style)
+    : wxDialog(parent, id, title, position, size, style),
+      mTimer(this, kTimerId),
+      mCreated(wxGetUTCTimeMillis()) {
+    SetExtraStyle(GetExtraStyle() | wxWS_EX_BLOCK_EVENTS);
+
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    rows->Add(new wxStaticText(this, wxID_ANY, _("This may take a few minutes.")),
+              wxSizerFlags().Centre().Border(wxALL, 5));
+    mpGauge = new wxGauge(this, wxID_ANY, 100, wxDefaultPosition, wxSize(220, -1),
+                          wxGA_HORIZONTAL | wxGA_SMOOTH);
+    rows->Add(mpGauge, wxSizerFlags().Centre().Border(wxALL, 5));
+    SetSizerAndFit(rows);
+    Centre();
+
+    Bind(wxEVT_TIMER, &ThreadWaitDialog::OnTimer, this, kTimerId);
+    Bind(wxEVT_CLOSE_WINDOW, &ThreadWaitDialog::OnClose, this);
+    mTimer.Start(kTickMilliseconds);
+}
+
+void ThreadWaitDialog::OnTimer(wxTimerEvent&) {
+    const wxLongLong elapsed = wxGetUTCTimeMillis() - mCreated;
+    mpGauge->SetRange(kFullGaugeMilliseconds);
+    mpGauge->SetValue(static_cast<int>((elapsed % kFullGaugeMilliseconds).ToLong()));
+    if (mpThread != nullptr && mpThread->IsAlive()) {
+        return;
+    }
+    mTimer.Stop();
+    EndModal(wxID_OK);
+}
+
+// Nothing but the end of the thread ends the wait.
+void ThreadWaitDialog::OnClose(wxCloseEvent& event) {
+    if (event.CanVeto()) {
+        event.Veto();
+    }
+}

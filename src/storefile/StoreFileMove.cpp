@@ -1,0 +1,374 @@
+#include "storefile/StoreFileMove.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <wx/filename.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "base/FileDescriptor.h"
+#include "base/Unicode.h"
+#include "store/Database.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Block = std::array<char, 1 << 16>;
+
+constexpr const auto& kCompanions = Database::kCompanions;
+
+fs::path ToPath(const wxString& path) {
+    return fs::u8path(ToUtf8(path));
+}
+
+// A text that no file name can hold as it stands, or that is none.
+bool NamesAFile(const wxString& path) {
+    return !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos &&
+           FromUtf8(ToUtf8(path)) == path;
+}
+
+fs::path Beside(const fs::path& store, const char* suffix) {
+    fs::path companion = store;
+    companion += suffix;
+    return companion;
+}
+
+// Makes a change of names in the directory last. A file system that cannot is no reason to fail.
+void SyncDirectory(const fs::path& file) {
+    const FileDescriptor directory(
+        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.IsOpen()) {
+        ::fsync(directory.Get());
+    }
+}
+
+// True when changes wait in one of the engine's files, which would be lost by a move. A store that
+// was closed in good order has none, but perhaps an empty one or one whose zeros say "finished".
+bool HasPendingChanges(const fs::path& store) {
+    return std::any_of(std::begin(kCompanions), std::end(kCompanions), [&](const char* suffix) {
+        std::error_code error;
+        const fs::path companion = Beside(store, suffix);
+        return fs::exists(companion, error) && fs::file_size(companion, error) != 0 &&
+               std::ifstream(companion, std::ios::binary).get() != 0;
+    });
+}
+
+// They hold nothing any more.
+void RemoveCompanions(const fs::path& store) {
+    for (const char* const suffix : kCompanions) {
+        std::error_code error;
+        fs::remove(Beside(store, suffix), error);
+    }
+}
+
+// A name beside a file for something that lives no longer than a move; to be made unique.
+std::string TemporaryName(const fs::path& file) {
+    return (file.parent_path() / "velomind-XXXXXX").string();
+}
+
+// The file that has to make room for a store, and the engine's files beside it, set aside until the
+// store is in its place: a journal that stayed would be played back into the store, and one that
+// went before a move that then fails would be missed by the file that stays. They wait in a
+// directory of their own under their own names, where a person can find them after a crash.
+class ReplacedFile {
+  public:
+    explicit ReplacedFile(const fs::path& file) : mFile(file) {}
+    // Puts back what is still set aside.
+    ~ReplacedFile();
+    ReplacedFile(const ReplacedFile&) = delete;
+    ReplacedFile& operator=(const ReplacedFile&) = delete;
+
+    // Sets aside whatever is there. Gives 0, or the error's number.
+    int SetAside();
+    void Delete();
+
+  private:
+    fs::path AsideOf(const char* suffix) const {
+        return fs::path(mDirectory) / Beside(mFile, suffix).filename();
+    }
+
+    const fs::path mFile;
+    // Empty while nothing is set aside.
+    std::string mDirectory;
+};
+
+// The file goes first and comes back last, so that nobody can open it without its journal.
+constexpr std::array<const char*, 4> kReplaced = {"", "-journal", "-wal", "-shm"};
+
+int ReplacedFile::SetAside() {
+    for (const char* const suffix : kReplaced) {
+        std::error_code error;
+        const fs::path file = Beside(mFile, suffix);
+        const fs::file_type type = fs::symlink_status(file, error).type();
+        if (type == fs::file_type::not_found) {
+            continue;
+        }
+        if (type == fs::file_type::directory) {
+            return EISDIR;
+        }
+        if (mDirectory.empty()) {
+            std::string directory = TemporaryName(mFile);
+            if (::mkdtemp(directory.data()) == nullptr) {
+                return errno;
+            }
+            mDirectory = directory;
+        }
+        fs::rename(file, AsideOf(suffix), error);
+        if (error) {
+            return error.value();
+        }
+    }
+    if (!mDirectory.empty()) {
+        SyncDirectory(mFile);
+    }
+    return 0;
+}
+
+ReplacedFile::~ReplacedFile() {
+    if (mDirectory.empty()) {
+        return;
+    }
+    std::error_code error;
+    for (auto suffix = kReplaced.rbegin(); suffix != kReplaced.rend(); ++suffix) {
+        // Fails for what never was there.
+        fs::rename(AsideOf(*suffix), Beside(mFile, *suffix), error);
+    }
+    fs::remove(mDirectory, error);
+}
+
+void ReplacedFile::Delete() {
+    if (mDirectory.empty()) {
+        return;
+    }
+    std::error_code error;
+    for (const char* const suffix : kReplaced) {
+        fs::remove(AsideOf(suffix), error);
+    }
+    fs::remove(mDirectory, error);
+    mDirectory.clear();
+}
+
+// 0 where a store may be put: nothing is there, or a plain file.
+int CheckTarget(const fs::path& target) {
+    std::error_code error;
+    switch (fs::status(target, error).type()) {
+        case fs::file_type::not_found:
+        case fs::file_type::regular:
+            return 0;
+        case fs::file_type::directory:
+            return EISDIR;
+        default:
+            return error ? error.value() : EEXIST;
+    }
+}
+
+// Bytes read, fewer than the block has only at the end of the file; negative on an error.
+ssize_t ReadBlock(int file, Block& block) {
+    size_t filled = 0;
+    while (filled < block.size()) {
+        const ssize_t count = ::read(file, block.data() + filled, block.size() - filled);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return -1;
+        }
+        if (count == 0) {
+            break;
+        }
+        filled += static_cast<size_t>(count);
+    }
+    return static_cast<ssize_t>(filled);
+}
+
+int WriteBlock(int file, const Block& block, size_t size) {
+    size_t written = 0;
+    while (written < size) {
+        const ssize_t count = ::write(file, block.data() + written, size - written);
+        if (count < 0 && errno != EINTR) {
+            return errno;
+        }
+        written += static_cast<size_t>(std::max<ssize_t>(count, 0));
+    }
+    return 0;
+}
+
+int CopyBytes(int source, int target) {
+    Block block;
+    for (;;) {
+        const ssize_t count = ReadBlock(source, block);
+        if (count < 0) {
+            return errno;
+        }
+        if (count == 0) {
+            return ::fsync(target) == 0 ? 0 : errno;
+        }
+        if (const int error = WriteBlock(target, block, static_cast<size_t>(count))) {
+            return error;
+        }
+    }
+}
+
+int CompareBytes(int source, int target) {
+    // What is read back shall come from the disk.
+    ::posix_fadvise(target, 0, 0, POSIX_FADV_DONTNEED);
+    if (::lseek(source, 0, SEEK_SET) < 0 || ::lseek(target, 0, SEEK_SET) < 0) {
+        return errno;
+    }
+    Block expected;
+    Block found;
+    for (;;) {
+        const ssize_t count = ReadBlock(source, expected);
+        const ssize_t other = ReadBlock(target, found);
+        if (count < 0 || other < 0) {
+            return errno;
+        }
+        if (count != other ||
+            !std::equal(expected.begin(), expected.begin() + count, found.begin())) {
+            return EIO;
+        }
+        if (count == 0) {
+            return 0;
+        }
+    }
+}
+
+// A whole copy under a name of its own, so that a file at the target is not touched before.
+int MakeCopy(const fs::path& source, std::string& copyName) {
+    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status {};
+    if (!original.IsOpen() || ::fstat(original.Get(), &status) != 0) {
+        return errno;
+    }
+    const FileDescriptor copy(::mkostemp(copyName.data(), O_CLOEXEC));
+    if (!copy.IsOpen()) {
+        return errno;
+    }
+    int error = CopyBytes(original.Get(), copy.Get());
+    if (error == 0) {
+        error = CompareBytes(original.Get(), copy.Get());
+    }
+    if (error == 0 && ::fchmod(copy.Get(), status.st_mode & 0777) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        ::unlink(copyName.c_str());
+    }
+    return error;
+}
+
+int CopyAndDelete(const fs::path& source, const fs::path& target) {
+    // Asked before anything is replaced: the original could not be deleted.
+    if (::access(source.parent_path().c_str(), W_OK | X_OK) != 0) {
+        return errno;
+    }
+    std::string copyName = TemporaryName(target);
+    if (const int error = MakeCopy(source, copyName)) {
+        return error;
+    }
+    ReplacedFile replaced(target);
+    int error = replaced.SetAside();
+    if (error == 0 && std::rename(copyName.c_str(), target.c_str()) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        ::unlink(copyName.c_str());
+        return error;
+    }
+    SyncDirectory(target);
+    if (::unlink(source.c_str()) != 0) {
+        error = errno;
+        ::unlink(target.c_str());
+        return error;
+    }
+    SyncDirectory(source);
+    replaced.Delete();
+    return 0;
+}
+
+int Rename(const fs::path& source, const fs::path& target) {
+    ReplacedFile replaced(target);
+    if (const int error = replaced.SetAside()) {
+        return error;
+    }
+    if (std::rename(source.c_str(), target.c_str()) != 0) {
+        return errno;
+    }
+    SyncDirectory(target);
+    replaced.Delete();
+    return 0;
+}
+
+}  // namespace
+
+wxString MakeStorePathFull(const wxString& path) {
+    if (!NamesAFile(path)) {
+        return path;
+    }
+    wxFileName name(path);
+    name.MakeAbsolute();
+    return name.GetFullPath();
+}
+
+bool IsSameFile(const wxString& path, const wxString& other) {
+    std::error_code error;
+    return MakeStorePathFull(path) == MakeStorePathFull(other) ||
+           fs::equivalent(ToPath(path), ToPath(other), error);
+}
+
+int MoveStoreFile(const wxString& from, const wxString& to) {
+    if (!NamesAFile(to)) {
+        return to.empty() ? ENOENT : EINVAL;
+    }
+    // Where the store is known by a link it is the file that moves, and the link goes.
+    const fs::path link = ToPath(from);
+    std::error_code error;
+    const fs::path source = fs::canonical(link, error);
+    if (error) {
+        return error.value();
+    }
+    const fs::path target = ToPath(MakeStorePathFull(to));
+    if (fs::equivalent(source, target, error)) {
+        return EEXIST;
+    }
+    if (HasPendingChanges(source)) {
+        return EBUSY;
+    }
+    int result = CheckTarget(target);
+    if (result == 0) {
+        result = Rename(source, target);
+    }
+    if (result == EXDEV) {
+        result = CopyAndDelete(source, target);
+    }
+    if (result != 0) {
+        return result;
+    }
+    RemoveCompanions(source);
+    if (fs::is_symlink(link, error)) {
+        fs::remove(link, error);
+    }
+    return 0;
+}
+
+int CopyAndDeleteStoreFile(const wxString& from, const wxString& to) {
+    return CopyAndDelete(ToPath(from), ToPath(to));
+}
+
+int DeleteStoreFile(const wxString& path) {
+    ReplacedFile file(ToPath(MakeStorePathFull(path)));
+    const int error = file.SetAside();
+    if (error == 0) {
+        file.Delete();
+    }
+    return error;
+}

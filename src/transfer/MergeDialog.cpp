@@ -1,0 +1,234 @@
+#include "transfer/MergeDialog.h"
+
+#include <wx/button.h>
+#include <wx/checkbox.h>
+#include <wx/intl.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "shell/MessageBox.h"
+#include "shell/Toolkit.h"
+
+namespace {
+
+constexpr int kDialogId = 10072;
+// Of the database version, the imported version and the merged version; some repeat, so that
+// handlers bind to the controls.
+constexpr int kFrontIds[] = {10001, 10002, 10000};
+constexpr int kBackIds[] = {10003, 10005, 10003};
+constexpr int kAuthorIds[] = {10006, 10007, 10004};
+constexpr int kOrderIds[] = {10008, 10009, 10010};
+constexpr int kForwardIds[] = {10011, 10012, 10013};
+constexpr int kReverseIds[] = {10020, 10020, 10019};
+constexpr int kMergedColumn = 2;
+
+constexpr int kKeepDatabaseId = 10078;
+constexpr int kKeepImportedId = 10015;
+constexpr int kKeepMergedId = 10014;
+constexpr int kAlwaysDatabaseId = 10016;
+constexpr int kAlwaysImportedId = 10017;
+constexpr int kStopId = 10018;
+
+constexpr int kGap = 5;
+constexpr int kSideHeight = 60;
+
+wxString VersionName(int column) {
+    const wxString names[] = {_("Database Version"), _("Imported Version"), _("Merged Version")};
+    return names[column];
+}
+
+// Text and ground both, so that the mark reads in a dark theme too.
+void Mark(wxWindow& control) {
+    control.SetForegroundColour(*wxBLACK);
+    control.SetBackgroundColour(wxColour(255, 0, 0));
+}
+
+void Refuse(wxTextCtrl& control, const wxString& text) {
+    ShowValidationMessage(text);
+    control.SetFocus();
+    control.SelectAll();
+}
+
+wxString NumberText(int32_t number) {
+    return wxString::Format("%i", number);
+}
+
+}  // namespace
+
+MergeDialog::MergeDialog(wxWindow* parent)
+    : wxDialog(parent, kDialogId, _("Merge"), wxDefaultPosition, wxSize(400, 300),
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER) {
+    auto* const grid = new wxFlexGridSizer(4, FromDIP(wxSize(kGap, kGap)));
+    for (size_t column = 1; column <= 3; ++column) {
+        grid->AddGrowableCol(column, 1);
+    }
+    AddHead(*grid);
+    AddTextRow(*grid, _("Front"), &Column::Front, kFrontIds, true);
+    grid->AddGrowableRow(1, 1);
+    AddTextRow(*grid, _("Back"), &Column::Back, kBackIds, true);
+    grid->AddGrowableRow(2, 1);
+    AddTextRow(*grid, _("Author"), &Column::Author, kAuthorIds, false);
+    AddTextRow(*grid, _("Introduction Order"), &Column::IntroductionOrder, kOrderIds, false);
+    mDatabase.IntroductionOrder->SetToolTip(
+        _("This value controls the order that new cards are introduced.\nCards with a higher "
+          "Introduction Order are introduced after cards with a lower Introduction Order.\nLeave "
+          "this value blank to introduce this card after all of the other cards in its "
+          "category."));
+    AddCheckRow(*grid, _("Exclude from forward review"), &Column::ForwardX, kForwardIds,
+                _("This card cannot be reviewed from front to back."));
+    AddCheckRow(*grid, _("Exclude from reverse review"), &Column::ReverseX, kReverseIds,
+                _("This card cannot be reviewed from back to front."));
+    AddButtons(*grid);
+
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    rows->Add(grid, wxSizerFlags(1).Expand().Border(wxALL, 2 * kGap));
+    FitTextHeights(*this);
+    SetSizerAndFit(rows);
+    CentreOnParent();
+    // Escape and the title bar are a wish to stop.
+    SetEscapeId(kStopId);
+}
+
+void MergeDialog::AddHead(wxFlexGridSizer& grid) {
+    grid.AddSpacer(0);
+    for (int column = 0; column < 3; ++column) {
+        grid.Add(new wxStaticText(this, wxID_ANY, VersionName(column)));
+    }
+}
+
+void MergeDialog::AddTextRow(wxFlexGridSizer& grid, const wxString& label,
+                             wxTextCtrl* Column::*control, const int (&ids)[3], bool isMultiLine) {
+    grid.Add(new wxStaticText(this, wxID_ANY, label), wxSizerFlags().CentreVertical());
+    Column* const columns[] = {&mDatabase, &mImported, &mMerged};
+    for (int column = 0; column < 3; ++column) {
+        const long style =
+            (isMultiLine ? wxTE_MULTILINE : 0) | (column == kMergedColumn ? 0 : wxTE_READONLY);
+        const wxSize size = isMultiLine ? FromDIP(wxSize(-1, kSideHeight)) : wxDefaultSize;
+        auto* const text =
+            new wxTextCtrl(this, ids[column], wxString(), wxDefaultPosition, size, style);
+        SetAccessibleName(*text, label + ", " + VersionName(column));
+        columns[column]->*control = text;
+        grid.Add(text, wxSizerFlags().Expand());
+    }
+}
+
+void MergeDialog::AddCheckRow(wxFlexGridSizer& grid, const wxString& label,
+                              wxCheckBox* Column::*control, const int (&ids)[3],
+                              const wxString& toolTip) {
+    grid.AddSpacer(0);
+    Column* const columns[] = {&mDatabase, &mImported, &mMerged};
+    for (int column = 0; column < 3; ++column) {
+        auto* const box = new wxCheckBox(this, ids[column], label);
+        box->SetToolTip(toolTip);
+        SetAccessibleName(*box, label + ", " + VersionName(column));
+        // The other two are there to be read.
+        box->Enable(column == kMergedColumn);
+        columns[column]->*control = box;
+        grid.Add(box, wxSizerFlags().Expand());
+    }
+}
+
+void MergeDialog::AddButtons(wxFlexGridSizer& grid) {
+    const auto add = [&](int id, const wxString& label, auto onPress) {
+        auto* const button = new wxButton(this, id, label);
+        button->Bind(wxEVT_BUTTON, [onPress](wxCommandEvent&) { onPress(); });
+        grid.Add(button, wxSizerFlags().Expand());
+        return button;
+    };
+    grid.AddSpacer(0);
+    add(kKeepDatabaseId, _("Keep Database Version"), [this] { Keep(mDatabaseCard, kThisCard); });
+    wxButton* const imported = add(kKeepImportedId, _("Keep Imported Version"),
+                                   [this] { Keep(mImportedCard, kThisCard); });
+    add(kKeepMergedId, _("Keep Merged Version"), [this] { OnKeepMerged(); });
+    grid.AddSpacer(0);
+    add(kAlwaysDatabaseId, _("Always Keep Database Version"),
+        [this] { Keep(mDatabaseCard, kAlwaysDatabase); });
+    add(kAlwaysImportedId, _("Always Keep Imported Version"),
+        [this] { Keep(mImportedCard, kAlwaysImported); });
+    add(kStopId, _("Stop Import"), [this] { OnStop(); });
+    imported->SetFocus();
+}
+
+void MergeDialog::SetCards(const FlashCard& databaseCard, const FlashCard& importedCard) {
+    mDatabaseCard = databaseCard;
+    mImportedCard = importedCard;
+    FillColumn(mDatabase, mDatabaseCard);
+    FillColumn(mImported, mImportedCard);
+    FillColumn(mMerged, mImportedCard);
+    MarkDifferences();
+}
+
+void MergeDialog::FillColumn(const Column& column, const FlashCard& card) {
+    column.Front->ChangeValue(card.Front);
+    column.Back->ChangeValue(card.Back);
+    column.Author->ChangeValue(card.Author);
+    column.IntroductionOrder->ChangeValue(NumberText(card.IntroductionOrder));
+    column.ForwardX->SetValue(card.ForwardX);
+    column.ReverseX->SetValue(card.ReverseX);
+}
+
+void MergeDialog::MarkDifferences() {
+    const FlashCard& stored = mDatabaseCard;
+    const FlashCard& imported = mImportedCard;
+    const struct {
+        bool Differs;
+        wxWindow* Control;
+    } fields[] = {
+        {stored.Front != imported.Front, mMerged.Front},
+        {stored.Back != imported.Back, mMerged.Back},
+        {stored.Author != imported.Author, mMerged.Author},
+        {stored.IntroductionOrder != imported.IntroductionOrder, mMerged.IntroductionOrder},
+        {stored.ForwardX != imported.ForwardX, mMerged.ForwardX},
+        {stored.ReverseX != imported.ReverseX, mMerged.ReverseX}};
+    for (const auto& field : fields) {
+        if (field.Differs) {
+            Mark(*field.Control);
+        }
+    }
+}
+
+void MergeDialog::Keep(const FlashCard& card, Choice choice) {
+    mMergedCard = card;
+    mChoice = choice;
+    EndModal(wxOK);
+}
+
+// Takes what the merged column holds. False when it makes no card, which was then said.
+bool MergeDialog::ReadMerged(FlashCard& card) {
+    card.Front = TrimWide(mMerged.Front->GetValue());
+    if (card.Front.empty()) {
+        Refuse(*mMerged.Front, _("Flash cards cannot have a blank front"));
+        return false;
+    }
+    card.Back = TrimWide(mMerged.Back->GetValue());
+    if (card.Back.empty()) {
+        Refuse(*mMerged.Back, _("Flash cards cannot have a blank back"));
+        return false;
+    }
+    card.Author = TrimWide(mMerged.Author->GetValue());
+    const wxString order = TrimWide(mMerged.IntroductionOrder->GetValue());
+    if (!ParseWholeNumber(order, card.IntroductionOrder)) {
+        Refuse(*mMerged.IntroductionOrder, _("Introduction Order must be a whole number"));
+        return false;
+    }
+    card.ForwardX = mMerged.ForwardX->GetValue();
+    card.ReverseX = mMerged.ReverseX->GetValue();
+    return true;
+}
+
+void MergeDialog::OnKeepMerged() {
+    FlashCard card = mImportedCard;
+    if (ReadMerged(card)) {
+        Keep(card, kThisCard);
+    }
+}
+
+void MergeDialog::OnStop() {
+    if (ShowMessageBox(_("Do you want to stop importing cards now?"), _("Stop Import?"),
+                       wxOK | wxCANCEL | wxCENTRE, this) == wxOK) {
+        EndModal(wxCANCEL);
+    }
+}

@@ -1,0 +1,78 @@
+#include "transfer/ExportOptionsDialog.h"
+
+#include "transfer/DialogTest.h"
+
+namespace {
+
+constexpr int kDelimiter = 10001, kPreview = 10035, kFormat = 10081, kScheduling = 10082;
+constexpr int kOther = 10083, kRange = 10148, kOk = wxID_OK;
+
+struct ExportOptionsDialogTest : DialogTest {
+    ExportOptionsDialogTest() { mDatabase.CategoryInsert("other"); }
+
+    void Open(const std::vector<int64_t>& selected) {
+        mSelected = selected;
+        mDialog = std::make_unique<ExportOptionsDialog>(nullptr, mCategories, mOrdered);
+        mDialog->SetDatabase(mDatabase, mSelected);
+    }
+    void Choose(int id, int index) { ::Choose(*mDialog, id, index); }
+    wxTextCtrl& Text(int id) { return Find<wxTextCtrl>(*mDialog, id); }
+    std::string Preview() { return Text(kPreview).GetValue().utf8_string(); }
+    void InsertCards(int count, int32_t category) {
+        for (int i = 0; i < count; ++i) {
+            Insert(MakeCard("f", "b", category));
+        }
+    }
+    FakeCategorySource mCategories;
+    std::vector<int64_t> mSelected;
+    std::unique_ptr<ExportOptionsDialog> mDialog;
+};
+
+TEST_F(ExportOptionsDialogTest, TheRangeBeginsAsNarrowAsItCan) {
+    InsertCards(18, 0);
+    InsertCards(2, 1);
+    const std::tuple<int32_t, std::vector<int64_t>, int, size_t> rows[] = {
+        {2, {}, 0, 16}, {1, {}, 1, 2}, {2, {20, 3, 99}, 2, 2}};
+    for (const auto& [current, selected, start, cards] : rows) {
+        mCategories.Current = current;
+        Open(selected);
+        auto& range = Find<wxRadioBox>(*mDialog, kRange);
+        EXPECT_EQ(range.GetSelection(), start);
+        EXPECT_EQ(range.IsItemEnabled(1), current == 1);
+        EXPECT_EQ(range.IsItemEnabled(2), !selected.empty());
+        EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), cards);
+    }
+}
+
+TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
+    InsertCards(1, 0);
+    Open({});
+    EXPECT_NE(Preview().find("RERC: 0"), std::string::npos);
+    auto& scheduling = Find<wxCheckBox>(*mDialog, kScheduling);
+    scheduling.SetValue(false);
+    Send(scheduling, wxEVT_CHECKBOX);
+    EXPECT_EQ(Preview().find("RERC: 0"), std::string::npos);
+    Choose(kFormat, 1);
+    EXPECT_EQ(Preview().rfind("id\tFront\tBack", 0), 0U);
+    EXPECT_FALSE(Text(kOther).IsShown());
+    Choose(kDelimiter, 4);
+    EXPECT_TRUE(Text(kOther).IsShown());
+    EXPECT_EQ(Preview(), "You must specify a delimiter.");
+    const std::pair<const char*, const char*> wrongs[] = {
+        {"||", "You can only have a one character delimiter"},
+        {"\"", "\" cannot be used as a delimiter."},
+        {"\n", "You must specify a delimiter."}};
+    for (const auto& [wrong, message] : wrongs) {
+        Text(kOther).SetValue(wrong);
+        EXPECT_EQ(Preview(), message);
+        // The dialog stays, with the message in a box.
+        mAnswers.Expect(wxID_OK);
+        Send(*FindById(*mDialog, kOk));
+        EXPECT_EQ(mAnswers.Dialogs.back().Message, Preview());
+    }
+    EXPECT_TRUE(Text(kOther).IsEmpty());
+    Text(kOther).SetValue("|");
+    EXPECT_EQ(Preview().rfind("id|Front|Back", 0), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,96 @@
+// How a file is read, and what its first card becomes, before it is imported.
+
+#include "transfer/ImportDialog.h"
+
+#include "transfer/DialogTest.h"
+
+namespace {
+
+constexpr int ID_DELIMITER = 10001, ID_FORMAT = 10004, ID_OTHER = 10007, ID_ERROR = 10011;
+constexpr int ID_PREVIEW = 10036, ID_PREVIEW_LABEL = 10090;
+
+struct ImportDialogTest : DialogTest {
+    // A dialog on a file of these bytes, as the command makes it.
+    ImportDialog& Open(const std::string& bytes) {
+        WriteBytes(mDirectory.Path("import.txt"), bytes);
+        return OpenFile("import.txt");
+    }
+    ImportDialog& OpenFile(const wxString& name) {
+        mDialog = std::make_unique<ImportDialog>(nullptr, mReport);
+        mDialog->SetFileName(mDirectory.Path(name));
+        mDialog->SetDatabase(&mDatabase);
+        mDialog->DetectFormat();
+        return *mDialog;
+    }
+
+    void Choose(int id, int selection) { ::Choose(*mDialog, id, selection); }
+    bool IsShown(int id) { return FindById(*mDialog, id)->IsShown(); }
+
+    // The format with its delimiter, and what is shown below it.
+    wxString Shown() {
+        wxString text = Find<wxChoice>(*mDialog, ID_FORMAT).GetStringSelection() + "/" +
+                        Find<wxChoice>(*mDialog, ID_DELIMITER).GetStringSelection() + ": ";
+        EXPECT_NE(IsShown(ID_ERROR), IsShown(ID_PREVIEW));
+        const bool isError = IsShown(ID_ERROR);
+        EXPECT_EQ(FindById(*mDialog, ID_PREVIEW_LABEL)->GetLabel(),
+                  isError ? "Error (first card)" : "Preview (first card)");
+        if (isError) {
+            return text + Find<wxTextCtrl>(*mDialog, ID_ERROR).GetValue();
+        }
+        const auto& list = Find<wxListCtrl>(*mDialog, ID_PREVIEW);
+        for (int i = 0; i < list.GetItemCount(); ++i) {
+            text += list.GetItemText(i, 0) + "=" + list.GetItemText(i, 1) + ";";
+        }
+        return text;
+    }
+
+    std::unique_ptr<ImportDialog> mDialog;
+};
+
+}  // namespace
+
+TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
+    Insert(MakeCard("in", "store"));
+    const std::string before = ReadBytes(StorePath());
+    const std::pair<const char*, wxString> cases[] = {
+        {"Front\tBack\na\tb\nc\td\n", "Delimited/tab: Front=a;Back=b;"},
+        {"f,b,Category\na,b,never asked\n", "Delimited/comma: f=a;b=b;Category=never asked;"},
+        {"Q A\nx y\n", "Delimited/space: Q=x;A=y;"},
+        {"f;b\n\"a;b\";c\n", "Delimited/semi-colon: f=a;b;b=c;"},
+        {"Front\tBack\n", "Delimited/tab: "},
+        {"", "Delimited/tab: "},
+        {"Q: a\nQ: b\nA: c\n\nwrong", L"VLM Text File/tab: Q=a \u21B5 b;A=c;"},
+        {"in: store\n", "VLM Text File/tab: \"in\" is not a valid attribute name.\nLine Number: 1"},
+        {"Front,Wrong\na,b\n",
+         "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1"},
+        // A second card of the same texts is no matter of the preview.
+        {"f\tb\nin\tstore\n", "Delimited/tab: f=in;b=store;"},
+    };
+    for (const auto& [bytes, shown] : cases) {
+        Open(bytes);
+        EXPECT_EQ(Shown(), shown) << bytes;
+    }
+    EXPECT_EQ(ReadBytes(StorePath()), before);
+    OpenFile("not there");
+    EXPECT_EQ(Shown(), "VLM Text File/tab: \nLine Number: -1");
+}
+
+TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
+    Open("f: a\nb: b\n");
+    EXPECT_FALSE(IsShown(ID_DELIMITER));
+    EXPECT_FALSE(IsShown(ID_OTHER));
+    Choose(ID_FORMAT, 1);
+    EXPECT_TRUE(IsShown(ID_DELIMITER));
+    EXPECT_FALSE(IsShown(ID_OTHER));
+    EXPECT_EQ(Shown(), "Delimited/tab: \"f: a\" is not a valid attribute name.\nLine Number: 1");
+
+    Choose(ID_DELIMITER, 4);
+    EXPECT_TRUE(IsShown(ID_OTHER));
+    EXPECT_EQ(Shown(), "Delimited/other: You must specify a delimiter.");
+    Find<wxTextCtrl>(*mDialog, ID_OTHER).SetValue(":");
+    EXPECT_EQ(Shown(), "Delimited/other: f=b;a=b;");
+    EXPECT_EQ(mDialog->GetDelimiter(), L':');
+    Choose(ID_FORMAT, 0);
+    EXPECT_FALSE(IsShown(ID_OTHER));
+    EXPECT_EQ(Shown(), "VLM Text File/other: f=a;b=b;");
+}

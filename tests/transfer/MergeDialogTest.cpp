@@ -1,0 +1,119 @@
+// The conflict of a stored card and its imported version, settled by a person.
+
+#include "transfer/MergeDialog.h"
+
+#include "transfer/DialogTest.h"
+#include "transfer/ImportRun.h"
+
+namespace {
+
+enum : int { ID_FRONT = 10000, ID_AUTHOR = 10004, ID_ORDER = 10010, ID_KEEP_MERGED = 10014 };
+
+// The controls of the merged column, from the top down; the one of the back shares its id.
+std::vector<wxWindow*> MergedColumn(wxWindow& dialog) {
+    std::vector<wxWindow*> controls;
+    for (wxWindow* const child : dialog.GetChildren()) {
+        const auto* const text = dynamic_cast<wxTextCtrl*>(child);
+        const auto* const box = dynamic_cast<wxCheckBox*>(child);
+        if (text != nullptr ? text->IsEditable() : box != nullptr && box->IsEnabled()) {
+            controls.push_back(child);
+        }
+    }
+    return controls;
+}
+
+struct MergeDialogTest : DialogTest {
+    MergeDialogTest() {
+        mStored = MakeCard("front", "stored back");
+        mStored.Notes = "stored notes";
+        mImported = mStored;
+        mImported.Back = "imported back";
+        mImported.ReverseX = true;
+        mImported.Notes = "imported notes";
+    }
+
+    FlashCard mStored;
+    FlashCard mImported;
+};
+
+}  // namespace
+
+TEST_F(MergeDialogTest, KeepsTheVersionOfTheButton) {
+    const std::tuple<int, const FlashCard&, ImportMergePolicy> cases[] = {
+        {10078, mStored, ImportMergePolicy::kAsk},
+        {10015, mImported, ImportMergePolicy::kAsk},
+        {10014, mImported, ImportMergePolicy::kAsk},
+        {10016, mStored, ImportMergePolicy::kKeepDatabase},
+        {10017, mImported, ImportMergePolicy::kKeepImported}};
+    for (const auto& [id, kept, further] : cases) {
+        mAnswers.ThenPress(id);
+        const auto answer = ImportQuestionDialogs().AskMerge(nullptr, mStored, mImported, 0);
+        EXPECT_TRUE(answer.IsOk) << id;
+        EXPECT_EQ(answer.Further, further) << id;
+        EXPECT_EQ(answer.Merged.Back, kept.Back) << id;
+        EXPECT_EQ(answer.Merged.ReverseX, kept.ReverseX) << id;
+        EXPECT_EQ(answer.Merged.Notes, kept.Notes) << id;
+    }
+}
+
+TEST_F(MergeDialogTest, MarksTheFieldsThatDiffer) {
+    MergeDialog dialog(nullptr);
+    dialog.SetCards(mStored, mImported);
+    std::vector<bool> marked;
+    for (wxWindow* const control : MergedColumn(dialog)) {
+        marked.push_back(control->GetBackgroundColour() == wxColour(255, 0, 0) &&
+                         control->GetForegroundColour() == *wxBLACK);
+    }
+    EXPECT_EQ(marked, (std::vector<bool>{false, true, false, false, false, true}));
+}
+
+TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
+    MergeDialog dialog(nullptr);
+    dialog.SetCards(mStored, mImported);
+    auto* const back = dynamic_cast<wxTextCtrl*>(MergedColumn(dialog)[1]);
+    const struct {
+        wxTextCtrl* Control;
+        wxString Wrong, Message, Right;
+    } cases[] = {{&Find<wxTextCtrl>(dialog, ID_FRONT), " \n",
+                  "Flash cards cannot have a blank front", L"\u3000new "},
+                 {back, "", "Flash cards cannot have a blank back", " text\n"},
+                 {&Find<wxTextCtrl>(dialog, ID_ORDER), "abc",
+                  "Introduction Order must be a whole number", " -7"}};
+    mAnswers.Then([&](wxDialog&) {
+        Find<wxTextCtrl>(dialog, ID_AUTHOR).SetValue(" me ");
+        for (const auto& row : cases) {
+            row.Control->SetValue(row.Wrong);
+            mAnswers.Expect(wxID_OK);
+            Send(*FindById(dialog, ID_KEEP_MERGED));
+            EXPECT_EQ(mAnswers.Dialogs.back().Title, "Message");
+            EXPECT_EQ(mAnswers.Dialogs.back().Message, row.Message);
+            EXPECT_TRUE(WaitFor([&] { return row.Control->HasFocus(); })) << row.Message;
+            EXPECT_EQ(row.Control->GetStringSelection(), row.Wrong);
+            row.Control->SetValue(row.Right);
+        }
+        Send(*FindById(dialog, ID_KEEP_MERGED));
+    });
+    EXPECT_EQ(dialog.ShowModal(), wxOK);
+    const FlashCard& merged = dialog.GetMergedCard();
+    EXPECT_EQ(merged.Front + "|" + merged.Back + "|" + merged.Author, "new|text|me");
+    EXPECT_EQ(merged.IntroductionOrder, -7);
+    EXPECT_EQ(merged.Notes, "imported notes");
+}
+
+TEST_F(MergeDialogTest, AsksBeforeAnyWayOutStopsTheImport) {
+    const std::function<void(wxDialog&)> ways[] = {
+        [](wxDialog& dialog) { Send(*FindById(dialog, 10018)); },
+        [](wxDialog& dialog) { dialog.Close(); },
+        [](wxDialog& dialog) { SendKeyEvent(wxEVT_CHAR_HOOK, dialog, WXK_ESCAPE); }};
+    for (const auto& leave : ways) {
+        mAnswers.Then([&](wxDialog& dialog) {
+            mAnswers.Expect(wxID_CANCEL);
+            leave(dialog);
+            EXPECT_TRUE(dialog.IsModal()) << "a cancelled stop goes on";
+            mAnswers.Expect(wxID_OK);
+            leave(dialog);
+        });
+        EXPECT_FALSE(ImportQuestionDialogs().AskMerge(nullptr, mStored, mImported, 0).IsOk);
+        EXPECT_EQ(mAnswers.Dialogs.back().Title, "Stop Import?");
+    }
+}
