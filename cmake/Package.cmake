@@ -6,8 +6,8 @@ set(docdir ${CMAKE_INSTALL_DATADIR}/doc/velomind)
 
 # The changelog of the package has the last word about its revision and date.
 file(STRINGS ${packaging}/changelog changelog)
-if(NOT changelog MATCHES "^velomind \\(${PROJECT_VERSION}-([^)]+)\\)")
-  message(FATAL_ERROR "packaging/changelog does not begin with version ${PROJECT_VERSION}")
+if(NOT changelog MATCHES "^velomind \\(${VELOMIND_RELEASE}-([^)]+)\\)")
+  message(FATAL_ERROR "packaging/changelog does not begin with version ${VELOMIND_RELEASE}")
 endif()
 set(revision ${CMAKE_MATCH_1})
 string(REGEX MATCH " -- [^<]+<[^>]+>  [A-Za-z]+, ([0-9]+ [A-Za-z]+ [0-9]+)" signature "${changelog}")
@@ -51,7 +51,7 @@ install(FILES ${packaging}/velomind-mime.xml
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME velomind)
-set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_VERSION ${VELOMIND_RELEASE})
 set(CPACK_PACKAGE_CONTACT ${maintainer})
 set(CPACK_PACKAGE_DIRECTORY ${packaged})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -60,7 +60,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 execute_process(COMMAND dpkg --print-architecture
   OUTPUT_VARIABLE architecture OUTPUT_STRIP_TRAILING_WHITESPACE)
-set(VELOMIND_PACKAGE_FILE velomind_${PROJECT_VERSION}-${revision}_${architecture}.deb)
+set(VELOMIND_PACKAGE_FILE velomind_${VELOMIND_RELEASE}-${revision}_${architecture}.deb)
 set(CPACK_DEBIAN_FILE_NAME ${VELOMIND_PACKAGE_FILE})
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${revision})
 set(CPACK_DEBIAN_PACKAGE_SECTION education)

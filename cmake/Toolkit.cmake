@@ -11,3 +11,7 @@ add_library(velomind_wx_gui INTERFACE)
 target_include_directories(velomind_wx_gui SYSTEM INTERFACE ${wxWidgets_INCLUDE_DIRS})
 target_compile_definitions(velomind_wx_gui INTERFACE ${wxWidgets_DEFINITIONS})
 target_link_libraries(velomind_wx_gui INTERFACE ${wxWidgets_LIBRARIES})
+
+# The platform's own toolkit, for the one source file that calls it.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(GTK3 REQUIRED IMPORTED_TARGET gtk+-3.0)

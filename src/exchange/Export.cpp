@@ -377,3 +377,21 @@ int ExportToString(wxString& text, Database& database, const std::vector<int64_t
     text = sink.GetText();
     return result;
 }
+
+ExportThread::ExportThread(const wxString& fileName, wxFontEncoding encoding, Database& database,
+                           const std::vector<int64_t>& rowIds, const ExportOptions& options)
+    : mFileName(fileName),
+      mEncoding(encoding),
+      mDatabase(database),
+      mRowIds(rowIds),
+      mOptions(options) {}
+
+void ExportThread::Cancel() {
+    mProgress.Cancelled = true;
+    Join();
+}
+
+void ExportThread::Work() {
+    // The outcome is in the progress, whatever this returns.
+    ExportToFile(mFileName, mEncoding, mDatabase, mRowIds, mOptions, mProgress);
+}

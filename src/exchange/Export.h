@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "exchange/Worker.h"
+
 class CardRecordWriter;
 class CardRow;
 class Database;
@@ -84,3 +86,31 @@ int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& da
 // there is.
 int ExportToString(wxString& text, Database& database, const std::vector<int64_t>& rowIds,
                    const ExportOptions& options, ExportProgress& progress);
+
+// Writes an export file on a thread of its own. Its end waits for the worker.
+class ExportThread : public Worker {
+  public:
+    // The database and the row ids are not owned.
+    ExportThread(const wxString& fileName, wxFontEncoding encoding, Database& database,
+                 const std::vector<int64_t>& rowIds, const ExportOptions& options);
+    ~ExportThread() override { Join(); }
+
+    // To be read after Join.
+    const ExportProgress& GetProgress() const { return mProgress; }
+
+    int32_t GetMaximum() const override { return mProgress.Total; }
+    int32_t GetPosition() const override { return mProgress.Position; }
+    // The file is written to its end first.
+    void Cancel() override;
+
+  protected:
+    void Work() override;
+
+  private:
+    wxString mFileName;
+    wxFontEncoding mEncoding;
+    Database& mDatabase;
+    const std::vector<int64_t>& mRowIds;
+    ExportOptions mOptions;
+    ExportProgress mProgress;
+};

@@ -1,45 +1,23 @@
 #include "exchange/ImportThread.h"
 
-#include <wx/intl.h>
-
 #include "exchange/ImportJob.h"
 #include "exchange/ImportPass.h"
 
 ImportThread::ImportThread(const ImportInput& input, Database& database, bool askCategories,
                            std::set<int32_t>* touchedCategories, ImportQuestions& questions)
-    : wxThread(wxTHREAD_JOINABLE),
-      mInput(input),
+    : mInput(input),
       mDatabase(database),
       mAskCategories(askCategories),
       mpTouchedCategories(touchedCategories),
       mQuestions(questions) {}
 
 ImportThread::~ImportThread() {
-    if (mStarted) {
-        ImportThread::Cancel();
-    }
+    ImportThread::Cancel();
 }
 
-void ImportThread::Start() {
-    mStarted = Create() == wxTHREAD_NO_ERROR && Run() == wxTHREAD_NO_ERROR;
-    if (!mStarted) {
-        mResult.Fail(_("Unable to start a thread for the import."));
-        mFinished = true;
-    }
-}
-
-void ImportThread::Join() {
-    if (mStarted) {
-        Wait();
-        mStarted = false;
-    }
-}
-
-wxThread::ExitCode ImportThread::Entry() {
+void ImportThread::Work() {
     // The outcome is in the result, whatever this returns.
     ImportCards(mInput, mDatabase, mResult, mAskCategories, mpTouchedCategories);
-    mFinished = true;
-    return nullptr;
 }
 
 int32_t ImportThread::GetPosition() const {
@@ -47,7 +25,7 @@ int32_t ImportThread::GetPosition() const {
 }
 
 void ImportThread::Cancel() {
-    if (!mFinished) {
+    if (!IsFinished()) {
         mResult.Status = ImportStatus::kCancelled;
     }
     // A worker that has put a question, or is about to, must not wait for its answer.

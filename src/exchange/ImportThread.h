@@ -1,41 +1,32 @@
 #pragma once
 
-#include <wx/thread.h>
-
-#include <atomic>
 #include <set>
 
 #include "exchange/ImportJob.h"
-#include "exchange/ProgressSource.h"
+#include "exchange/Worker.h"
 
 class Database;
 class ImportQuestions;
 
-// Runs an import on a thread of its own and puts the worker's questions to the person. Lives on
-// the main thread, which must keep it until the worker has ended; its end cancels what still runs.
-class ImportThread : public wxThread, public ProgressSource {
+// Runs an import on a thread of its own and puts the worker's questions to the user. Its end
+// cancels what still runs.
+class ImportThread : public Worker {
   public:
     // The database, the questions and the set, which may be null, are not owned.
     ImportThread(const ImportInput& input, Database& database, bool askCategories,
                  std::set<int32_t>* touchedCategories, ImportQuestions& questions);
     ~ImportThread() override;
 
-    // Starts the worker. When that fails the import is finished at once, as failed.
-    void Start();
-    // Waits for the worker's end.
-    void Join();
-    // To be read after Join, and set up before Start.
+    // Set up before Start and read after Join.
     ImportResult& GetResult() { return mResult; }
 
-    int32_t GetMinimum() const override { return 0; }
     int32_t GetMaximum() const override { return 1000; }
     int32_t GetPosition() const override;
-    bool IsFinished() const override { return mFinished; }
     void Cancel() override;
     void OnTimer(wxWindow* dialog) override;
 
   protected:
-    ExitCode Entry() override;
+    void Work() override;
 
   private:
     bool AskNewCategory(wxWindow* parent);
@@ -48,8 +39,4 @@ class ImportThread : public wxThread, public ProgressSource {
     std::set<int32_t>* mpTouchedCategories;
     ImportQuestions& mQuestions;
     ImportResult mResult;
-    // Written by the worker, as the last thing it does.
-    std::atomic<bool> mFinished{false};
-    // The worker was started and not yet waited for.
-    bool mStarted = false;
 };

@@ -7,27 +7,10 @@
 
 PasteThread::PasteThread(Database& database, const std::vector<int64_t>& rowIds, bool copy,
                          int32_t categoryId)
-    : wxThread(wxTHREAD_JOINABLE),
-      mDatabase(database),
-      mRowIds(rowIds),
-      mCopy(copy),
-      mCategoryId(categoryId) {}
+    : mDatabase(database), mRowIds(rowIds), mCopy(copy), mCategoryId(categoryId) {}
 
 PasteThread::~PasteThread() {
     PasteThread::Cancel();
-}
-
-bool PasteThread::Start() {
-    mStarted = Create() == wxTHREAD_NO_ERROR && Run() == wxTHREAD_NO_ERROR;
-    mFinished = !mStarted;
-    return mStarted;
-}
-
-void PasteThread::Join() {
-    if (mStarted) {
-        Wait();
-        mStarted = false;
-    }
 }
 
 int32_t PasteThread::GetMaximum() const {
@@ -39,13 +22,7 @@ void PasteThread::Cancel() {
     Join();
 }
 
-wxThread::ExitCode PasteThread::Entry() {
-    PasteAll();
-    mFinished = true;
-    return nullptr;
-}
-
-void PasteThread::PasteAll() {
+void PasteThread::Work() {
     const StoreReadLock lock(mDatabase);
     for (const int64_t rowId : mRowIds) {
         if (mCancelled) {
@@ -61,7 +38,7 @@ void PasteThread::PasteAll() {
     }
 }
 
-// Here too the store reports what fails.
+// The store reports what fails.
 void PasteThread::CopyCard(int64_t rowId) {
     std::list<FlashCard> cards;
     if (mDatabase.SelectCardByRowId(rowId, cards) < 0 || cards.empty()) {

@@ -24,52 +24,8 @@ wxSizer* MakeOkCancel(wxDialog& dialog) {
 
 namespace {
 
-// Lines of text above and below what has the focus that are shown with it.
+// Lines of text that stay visible above and below the focused control.
 constexpr int kLinesAround = 2;
-
-// What has the focus, of which nothing but its identity is used; null when it is not in the form.
-// Gives its place in the window of the form as well.
-#ifdef __WXGTK__
-
-// Asked of the platform: parts of a control, such as the button of a choice, get the focus with
-// nobody told.
-const void* FindFocus(const wxScrolledWindow& form, wxRect& place) {
-    static const auto getTop = FindToolkitFunction<void* (*)(void*)>("gtk_widget_get_toplevel");
-    static const auto getFocus = FindToolkitFunction<void* (*)(void*)>("gtk_window_get_focus");
-    static const auto isInside =
-        FindToolkitFunction<int (*)(void*, void*)>("gtk_widget_is_ancestor");
-    static const auto translate = FindToolkitFunction<int (*)(void*, void*, int, int, int*, int*)>(
-        "gtk_widget_translate_coordinates");
-    static const auto getWidth =
-        FindToolkitFunction<int (*)(void*)>("gtk_widget_get_allocated_width");
-    static const auto getHeight =
-        FindToolkitFunction<int (*)(void*)>("gtk_widget_get_allocated_height");
-    if (getTop == nullptr || getFocus == nullptr || isInside == nullptr || translate == nullptr ||
-        getWidth == nullptr || getHeight == nullptr) {
-        return nullptr;
-    }
-    void* const inside = form.m_wxwindow;
-    void* const focus = getFocus(getTop(inside));
-    if (focus == nullptr || isInside(focus, inside) == 0 ||
-        translate(focus, inside, 0, 0, &place.x, &place.y) == 0) {
-        return nullptr;
-    }
-    place.SetSize(wxSize(getWidth(focus), getHeight(focus)));
-    return focus;
-}
-
-#else
-
-const void* FindFocus(const wxScrolledWindow& form, wxRect& place) {
-    const wxWindow* const focus = wxWindow::FindFocus();
-    if (focus == nullptr || focus == &form || !form.IsDescendant(focus)) {
-        return nullptr;
-    }
-    place = wxRect(form.ScreenToClient(focus->GetScreenPosition()), focus->GetSize());
-    return focus;
-}
-
-#endif
 
 void ScrollBy(wxScrolledWindow& form, int pixels) {
     form.Scroll(wxDefaultCoord, std::max(0, form.GetViewStart().y + pixels));
@@ -85,8 +41,8 @@ void ShowPlace(wxScrolledWindow& form, const wxRect& place) {
     }
 }
 
-// Only a text that is longer than its field scrolls in itself; choices and numbers would take the
-// wheel for a change of their value.
+// The wheel belongs to a long text under the mouse, and to the form otherwise: choices and numbers
+// would take it for a change of their value.
 void OnWheel(wxScrolledWindow& form, wxMouseEvent& event) {
     const auto* const text = dynamic_cast<const wxTextCtrl*>(event.GetEventObject());
     const bool isLongText = text != nullptr && text->IsMultiLine() &&
@@ -115,8 +71,8 @@ void LetFormScroll(wxScrolledWindow& form) {
               [&form, last = static_cast<const void*>(nullptr)](wxIdleEvent& event) mutable {
                   event.Skip();
                   wxRect place;
-                  const void* const focus = FindFocus(form, place);
-                  // Not while it stays where it is, or nobody could scroll away from it.
+                  const void* const focus = FindFocusInside(form, place);
+                  // Only a change of focus scrolls; else nobody could scroll away from it.
                   if (focus != last) {
                       last = focus;
                       if (focus != nullptr) {

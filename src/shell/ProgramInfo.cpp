@@ -1,5 +1,5 @@
 #include "shell/ProgramInfo.h"
 
 wxString GetVersionText() {
-    return wxString::Format("Velomind %s %i.%i.%i.%i", "Mobile", 2, 5, 7, 1625);
+    return wxString(kApplicationName) + " Mobile " + VELOMIND_VERSION;
 }

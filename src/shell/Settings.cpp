@@ -6,16 +6,17 @@
 #include <wx/intl.h>
 #include <wx/listctrl.h>
 #include <wx/log.h>
+#include <wx/mstream.h>
 #include <wx/settings.h>
 #include <wx/tokenzr.h>
 #include <wx/toplevel.h>
 #include <wx/utils.h>
+#include <wx/wfstream.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
 #include <limits>
-#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -64,8 +65,8 @@ void TellOnce(const wxString& path) {
     }
 }
 
-// The toolkit's parser asserts on some lines that make no sense (a value with no name before it)
-// but gets over them. A person may write such lines, so they are no fault of the program.
+// The library's parser asserts on some lines that make no sense (a value with no name before it) and
+// gets over them. Users may write such lines, so they are no fault of the program.
 class NoAsserts {
   public:
     NoAsserts() : mFormer(wxSetAssertHandler(nullptr)) {}
@@ -77,40 +78,22 @@ class NoAsserts {
     const wxAssertHandler_t mFormer;
 };
 
-// A base that comes first outlives the other one's destructor, and so does its silence.
-class LateSilence {
-  protected:
-    std::optional<wxLogNull> mSilence;
-};
-
-// The toolkit's file with its many messages brought down to one.
-class SettingsFile final : private LateSilence, public wxFileConfig {
+// The library's configuration over the text of the file. The library can open and write the file by
+// itself too, but then speaks up several times about a file that it cannot use, and writes it in
+// place. This class reads the text once, and at its end writes the changed text to a temporary file
+// that takes the other's name, so that a crash leaves the old settings or the new ones.
+class SettingsFile final : public wxFileConfig {
   public:
-    // With no file named and no style the toolkit's class keeps everything in memory.
-    SettingsFile(const wxString& application, const wxString& path, bool usable)
-        : wxFileConfig(application, wxString(), usable ? path : wxString(), wxString(),
-                       usable ? wxCONFIG_USE_LOCAL_FILE : 0),
-          mPath(path),
-          mUsable(usable) {
+    // A file that is not usable counts as empty and is never written.
+    SettingsFile(wxInputStream& content, const wxString& path, bool usable)
+        : wxFileConfig(content), mPath(path), mUsable(usable) {
         SetExpandEnvVars(false);
     }
 
     ~SettingsFile() override {
-        SettingsFile::Flush();
-        // The base tries once more what has failed.
-        mSilence.emplace();
-    }
-
-    bool Flush(bool currentOnly = false) override {
-        if (!mWritten) {
-            return true;
-        }
-        mWritten = false;
-        const bool kept = mUsable && Store(currentOnly);
-        if (!kept) {
+        if (mWritten && !(mUsable && Store())) {
             TellOnce(mPath);
         }
-        return kept;
     }
 
   protected:
@@ -129,23 +112,22 @@ class SettingsFile final : private LateSilence, public wxFileConfig {
     }
 
     bool DoWriteString(const wxString& key, const wxString& value) override {
-        const wxLogNull quiet;
         mWritten = true;
         return wxFileConfig::DoWriteString(key, value);
     }
 
     bool DoWriteLong(const wxString& key, long value) override {
-        const wxLogNull quiet;
         mWritten = true;
         return wxFileConfig::DoWriteLong(key, value);
     }
 
   private:
-    bool Store(bool currentOnly) {
+    bool Store() {
         const wxLogNull quiet;
         // A directory that cannot be made shows in what follows.
         wxFileName(mPath).Mkdir(wxS_IRUSR | wxS_IWUSR | wxS_IXUSR, wxPATH_MKDIR_FULL);
-        return wxFileConfig::Flush(currentOnly);
+        wxTempFileOutputStream file(mPath);
+        return file.IsOk() && Save(file) && file.Commit();
     }
 
     const wxString mPath;
@@ -159,7 +141,13 @@ std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application) {
     const wxLogNull quiet;
     const NoAsserts calm;
     const wxString path = FilePath(application);
-    return std::make_unique<SettingsFile>(application, path, IsUsable(path));
+    const bool usable = IsUsable(path);
+    if (usable && wxFileName::FileExists(path)) {
+        wxFileInputStream content(path);
+        return std::make_unique<SettingsFile>(content, path, content.IsOk());
+    }
+    wxMemoryInputStream nothing("", 0);
+    return std::make_unique<SettingsFile>(nothing, path, usable);
 }
 
 namespace {

@@ -3,70 +3,96 @@
 #include <wx/defs.h>
 #include <wx/listctrl.h>
 #include <wx/panel.h>
+#include <wx/scrolwin.h>
 #include <wx/settings.h>
 #include <wx/textctrl.h>
-#include <wx/window.h>
+#include <wx/toplevel.h>
 
 #ifdef __WXGTK__
 
+#include <gtk/gtk.h>
+
+#include <algorithm>
 #include <cstddef>
 
 namespace {
 
-bool IsA(void* widget, const char* typeFunction) {
-    static const auto isA =
-        FindToolkitFunction<int (*)(void* instance, size_t type)>("g_type_check_instance_is_a");
-    const auto getType = FindToolkitFunction<size_t (*)()>(typeFunction);
-    return isA != nullptr && getType != nullptr && isA(widget, getType()) != 0;
-}
+// Room above and below the line of a text field, for its frame.
+constexpr int kFrame = 3;
 
-bool HasEntry(void* widget) {
-    static const auto hasEntry =
-        FindToolkitFunction<int (*)(void* choice)>("gtk_combo_box_get_has_entry");
-    return IsA(widget, "gtk_combo_box_get_type") && hasEntry != nullptr && hasEntry(widget) != 0;
-}
-
-// The widget that has the focus when the window has it: a text of several lines and the like stand
-// inside a scrolled window, and a choice into which one may type holds an entry.
-void* FindInner(void* widget) {
-    static const auto getChild = FindToolkitFunction<void* (*)(void* bin)>("gtk_bin_get_child");
-    if (widget == nullptr || getChild == nullptr ||
-        !(IsA(widget, "gtk_scrolled_window_get_type") || HasEntry(widget))) {
-        return widget;
-    }
-    void* const child = getChild(widget);
+// Returns the widget that holds the focus when the window does. A text of several lines stands
+// inside a scrolled window, and an editable choice holds an entry.
+GtkWidget* FindInner(GtkWidget* widget) {
+    const bool hasInner =
+        GTK_IS_SCROLLED_WINDOW(widget) ||
+        (GTK_IS_COMBO_BOX(widget) && gtk_combo_box_get_has_entry(GTK_COMBO_BOX(widget)) != FALSE);
+    GtkWidget* const child = hasInner ? gtk_bin_get_child(GTK_BIN(widget)) : nullptr;
     return child == nullptr ? widget : child;
-}
-
-void* FindAccessible(void* widget) {
-    static const auto getAccessible =
-        FindToolkitFunction<void* (*)(void* widget)>("gtk_widget_get_accessible");
-    return widget == nullptr || getAccessible == nullptr ? nullptr : getAccessible(widget);
 }
 
 }  // namespace
 
 void SetAccessibleName(const wxWindow& window, const wxString& name) {
-    static const auto setName =
-        FindToolkitFunction<void (*)(void* accessible, const char* name)>("atk_object_set_name");
-    void* const widget = window.GetHandle();
-    for (void* const accessible : {FindAccessible(widget), FindAccessible(FindInner(widget))}) {
-        if (accessible != nullptr && setName != nullptr) {
-            setName(accessible, name.utf8_str());
-        }
+    GtkWidget* const widget = window.GetHandle();
+    if (widget == nullptr) {
+        return;
+    }
+    for (GtkWidget* const named : {widget, FindInner(widget)}) {
+        atk_object_set_name(gtk_widget_get_accessible(named), name.utf8_str());
     }
 }
 
 void SetAccessibleRole(const wxWindow& window, AccessibleRole role) {
-    // In the order of the roles.
-    static const char* const names[] = {"push button", "list", "label"};
-    static const auto forName = FindToolkitFunction<int (*)(const char* name)>("atk_role_for_name");
-    static const auto setRole =
-        FindToolkitFunction<void (*)(void* accessible, int role)>("atk_object_set_role");
-    void* const accessible = FindAccessible(FindInner(window.GetHandle()));
-    if (accessible != nullptr && forName != nullptr && setRole != nullptr) {
-        setRole(accessible, forName(names[static_cast<size_t>(role)]));
+    // In the order of AccessibleRole.
+    constexpr AtkRole kRoles[] = {ATK_ROLE_PUSH_BUTTON, ATK_ROLE_LIST, ATK_ROLE_LABEL};
+    GtkWidget* const widget = window.GetHandle();
+    if (widget != nullptr) {
+        atk_object_set_role(gtk_widget_get_accessible(FindInner(widget)),
+                            kRoles[static_cast<size_t>(role)]);
     }
+}
+
+void FitTextHeights(wxWindow& window) {
+    const auto* const text = dynamic_cast<const wxTextCtrl*>(&window);
+    if (text != nullptr && text->IsSingleLine()) {
+        // The minimum set last time would count as wanted.
+        window.SetMinSize(wxSize(window.GetMinWidth(), -1));
+        int height = 0;
+        gtk_widget_get_preferred_height(window.GetHandle(), nullptr, &height);
+        // The platform learns of a new font only a little later.
+        height = std::max(height, window.GetCharHeight() + 2 * window.FromDIP(kFrame));
+        window.SetMinSize(wxSize(window.GetMinWidth(), height));
+    }
+    for (wxWindow* const child : window.GetChildren()) {
+        FitTextHeights(*child);
+    }
+}
+
+void ShowMenuPictures() {
+    GtkSettings* const settings = gtk_settings_get_default();
+    if (settings != nullptr) {
+        g_object_set(settings, "gtk-menu-images", TRUE, nullptr);
+    }
+}
+
+// The platform is asked, since parts of a control, such as the button of a choice, take the focus
+// without an event of the library.
+const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
+    GtkWidget* const inside = form.m_wxwindow;
+    GtkWidget* const focus = gtk_window_get_focus(GTK_WINDOW(gtk_widget_get_toplevel(inside)));
+    if (focus == nullptr || gtk_widget_is_ancestor(focus, inside) == FALSE ||
+        gtk_widget_translate_coordinates(focus, inside, 0, 0, &place.x, &place.y) == FALSE) {
+        return nullptr;
+    }
+    place.SetSize(
+        wxSize(gtk_widget_get_allocated_width(focus), gtk_widget_get_allocated_height(focus)));
+    return focus;
+}
+
+wxPoint GetFramePosition(const wxTopLevelWindow& window) {
+    wxPoint position;
+    gtk_window_get_position(GTK_WINDOW(window.GetHandle()), &position.x, &position.y);
+    return position;
 }
 
 #else
@@ -75,66 +101,28 @@ void SetAccessibleName(const wxWindow& /*window*/, const wxString& /*name*/) {}
 
 void SetAccessibleRole(const wxWindow& /*window*/, AccessibleRole /*role*/) {}
 
-#endif
-
-#ifdef __WXGTK__
-
-#include <algorithm>
-
-namespace {
-
-// Above and below the line, for the frame of the field.
-constexpr int kFrame = 3;
-
-}  // namespace
-
-void FitTextHeights(wxWindow& window) {
-    static const auto getHeight =
-        FindToolkitFunction<void (*)(void* widget, int* least, int* natural)>(
-            "gtk_widget_get_preferred_height");
-    const auto* const text = dynamic_cast<const wxTextCtrl*>(&window);
-    if (text != nullptr && text->IsSingleLine() && getHeight != nullptr) {
-        int least = 0;
-        int natural = 0;
-        // Without the height of before, which would count as wanted.
-        window.SetMinSize(wxSize(window.GetMinWidth(), -1));
-        getHeight(window.GetHandle(), &least, &natural);
-        // A change of the font is known to the platform a little later only.
-        natural = std::max(natural, window.GetCharHeight() + 2 * window.FromDIP(kFrame));
-        window.SetMinSize(wxSize(window.GetMinWidth(), natural));
-    }
-    for (wxWindow* const child : window.GetChildren()) {
-        FitTextHeights(*child);
-    }
-}
-
-#else
-
 void FitTextHeights(wxWindow& /*window*/) {}
 
-#endif
+void ShowMenuPictures() {}
 
-#ifdef __WXGTK__
-
-void ShowMenuPictures() {
-    const auto getSettings = FindToolkitFunction<void* (*)()>("gtk_settings_get_default");
-    const auto setProperty =
-        FindToolkitFunction<void (*)(void* object, const char* property, ...)>("g_object_set");
-    void* const settings = getSettings == nullptr ? nullptr : getSettings();
-    if (settings != nullptr && setProperty != nullptr) {
-        setProperty(settings, "gtk-menu-images", 1, nullptr);
+const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
+    const wxWindow* const focus = wxWindow::FindFocus();
+    if (focus == nullptr || focus == &form || !form.IsDescendant(focus)) {
+        return nullptr;
     }
+    place = wxRect(form.ScreenToClient(focus->GetScreenPosition()), focus->GetSize());
+    return focus;
 }
 
-#else
-
-void ShowMenuPictures() {}
+wxPoint GetFramePosition(const wxTopLevelWindow& window) {
+    return window.GetPosition();
+}
 
 #endif
 
 wxWindow& GetRowsWindow(wxListCtrl& list) {
     for (wxWindow* const child : list.GetChildren()) {
-        // The toolkit gives it no other sign; the titles of the columns have a name of their own.
+        // Its name is its only mark; the headings have a name of their own.
         if (child->GetName() == wxPanelNameStr) {
             return *child;
         }

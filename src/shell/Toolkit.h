@@ -1,51 +1,52 @@
 #pragma once
 
+#include <wx/gdicmn.h>
 #include <wx/string.h>
 
 class wxListCtrl;
+class wxScrolledWindow;
+class wxTopLevelWindow;
 class wxWindow;
 
-#ifdef __WXGTK__
+// What the windowing library leaves out and the platform's own toolkit has. Toolkit.cpp is the one
+// file that calls the platform; on a platform without the function each does the next best thing
+// that the library offers, which may be nothing. Main thread only.
 
-#include <wx/dynlib.h>
-
-// A function of the platform's own toolkit, or null. It is in the process already, since our
-// windows stand on it; the few functions that we call are looked up there, so that the build needs
-// none of its headers.
-template <class Function>
-Function FindToolkitFunction(const char* name) {
-    return reinterpret_cast<Function>(
-        wxDynamicLibrary::RawGetSymbol(wxDynamicLibrary::GetProgramHandle(), name));
-}
-
-#endif
-
-// What a screen reader says of a window that has no words of its own to give: one that paints
-// itself, or a control whose label stands beside it. Does nothing where the platform offers no such
-// name.
+// Sets what a screen reader says for a window that has no words of its own: one that paints itself,
+// or a control whose label stands beside it.
 void SetAccessibleName(const wxWindow& window, const wxString& name);
 
-// What kind of control a screen reader says that a window is which paints itself. One of the
-// toolkit's own needs no such word.
+// Sets the kind of control that a screen reader announces for a window that paints itself. The
+// library's own controls announce theirs.
 enum class AccessibleRole { Button, List, Label };
 void SetAccessibleRole(const wxWindow& window, AccessibleRole role);
 
-// Makes every field of one line in a window as high as the platform draws it with its font; the
-// toolkit takes too little room, the less the larger the font is. Called before the window is laid
-// out, and after a change of the fields' font.
+// Makes every one-line text field inside a window as high as the platform draws it with its font.
+// The library reserves too little, and the error grows with the font. Call it before the window is
+// laid out and after a change of the fields' font.
 void FitTextHeights(wxWindow& window);
 
-// Asks the desktop's toolkit to draw the pictures of menu entries, which some hide by default.
-// Harmless when called again; does nothing where the toolkit has no such setting.
+// Switches on the pictures of menu entries, which some desktops hide by default. Harmless when
+// called again.
 void ShowMenuPictures();
 
-// The child of a list control that draws the rows and has the keyboard focus; it covers whatever
-// else stands in the control.
+// Returns the child of a list control that draws the rows and takes the keyboard focus. It covers
+// whatever else stands in the control.
 wxWindow& GetRowsWindow(wxListCtrl& list);
 
-// Gives the headings of the columns the desktop's own font again, to which their height is bound,
-// after the list was given another one.
+// Gives the column headings the desktop's font back after the list was given another one: their
+// height is bound to the desktop's.
 void KeepHeadingFont(wxListCtrl& list);
 
-// Lets a screen reader say the row that the keys act on, or what the list is of when that is empty.
+// Makes a screen reader say the row that the keys act on, or what the whole list holds when the row
+// text is empty.
 void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole);
+
+// Finds what has the keyboard focus inside a form, parts of a control included. Returns an identity
+// to compare with and never to use, or null when the focus is elsewhere. Place receives its
+// rectangle in pixels of the form's window.
+const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place);
+
+// Returns where the frame around a window lies on the screen, in pixels. After a window was hidden
+// and shown again the library may report the position of the inside instead.
+wxPoint GetFramePosition(const wxTopLevelWindow& window);

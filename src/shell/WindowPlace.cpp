@@ -50,17 +50,11 @@ bool IsNormal(const wxTopLevelWindow& window) {
     return !window.IsMaximized() && !window.IsIconized() && !window.IsFullScreen();
 }
 
-// Of a window that was hidden and is shown again the library may have the place of its inside for
-// that of the whole, so the platform is asked.
 wxRect PresentPlace(const wxTopLevelWindow& window) {
     wxRect place = window.GetRect();
-#ifdef __WXGTK__
-    static const auto getPosition =
-        FindToolkitFunction<void (*)(void*, int*, int*)>("gtk_window_get_position");
-    if (getPosition != nullptr && Watched(window).WasHidden) {
-        getPosition(window.GetHandle(), &place.x, &place.y);
+    if (Watched(window).WasHidden) {
+        place.SetPosition(GetFramePosition(window));
     }
-#endif
     return place;
 }
 

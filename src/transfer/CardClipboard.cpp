@@ -134,19 +134,10 @@ const wxString& CardDataObject::GetText() const {
 void PasteCards(Database& database, FatalErrorReport& report, const std::vector<int64_t>& rowIds,
                 bool copy, int32_t categoryId) {
     PasteThread thread(database, rowIds, copy, categoryId);
-    if (!thread.Start()) {
-        wxLogError(_("Unable to start a thread for the flash cards to be pasted."));
-        return;
+    if (RunWithProgress(nullptr, thread, report,
+                        _("Unable to start a thread for the flash cards to be pasted."))) {
+        database.Notify();
     }
-    {
-        ProgressDialog dialog(nullptr, _("Progress"), wxSize(400, 300));
-        dialog.SetSource(thread);
-        dialog.ShowModal();
-    }
-    thread.Join();
-    // Ends the program when the store failed under the worker.
-    report.DeliverPending();
-    database.Notify();
 }
 
 void CardClipboard::Put(Database& database, const std::vector<int64_t>& rowIds, bool copy) {

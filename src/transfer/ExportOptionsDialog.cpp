@@ -17,7 +17,6 @@
 #include "base/FatalErrorReport.h"
 #include "exchange/Delimited.h"
 #include "exchange/Export.h"
-#include "exchange/ExportThread.h"
 #include "scheduler/SchedulerSources.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
@@ -326,16 +325,9 @@ void ExportOptionsDialog::OnOk(wxCommandEvent&) {
 bool ExportOptionsDialog::Export(const wxString& path) {
     ExportThread thread(path, ExportEncoding(mpEncoding->GetSelection()), *mpDatabase, *mpRowIds,
                         GetOptions());
-    thread.Start();
-    {
-        ProgressDialog dialog(nullptr, _("Progress"), wxSize(400, 300));
-        dialog.SetSource(thread);
-        dialog.ShowModal();
+    if (!RunWithProgress(nullptr, thread, mReport, _("Unable to start a thread for the export."))) {
+        return true;
     }
-    thread.Join();
-    // Ends the program when the store failed under the worker.
-    mReport.DeliverPending();
-
     const ExportProgress& progress = thread.GetProgress();
     if (progress.Cancelled) {
         return false;

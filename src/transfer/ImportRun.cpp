@@ -117,17 +117,10 @@ bool ImportWithProgress(wxWindow* parent, const ImportInput& input, Database& da
     const wxDateTime start = CurrentTime();
     ImportQuestionDialogs questions;
     ImportThread thread(input, database, askCategories, touchedCategories, questions);
-    thread.Start();
-    {
-        ProgressDialog dialog(parent, _("Progress"), wxSize(400, 300));
-        dialog.SetSource(thread);
-        dialog.ShowModal();
+    if (!RunWithProgress(parent, thread, report, _("Unable to start a thread for the import."))) {
+        return false;
     }
-    thread.Join();
     const wxTimeSpan elapsed = CurrentTime() - start;
-    // Ends the program when the store failed under the worker.
-    report.DeliverPending();
-
     const ImportResult& result = thread.GetResult();
     switch (result.Status) {
         case ImportStatus::kFinished:

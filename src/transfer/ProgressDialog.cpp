@@ -3,11 +3,13 @@
 #include <wx/button.h>
 #include <wx/gauge.h>
 #include <wx/intl.h>
+#include <wx/log.h>
 #include <wx/sizer.h>
 
 #include <algorithm>
 
-#include "exchange/ProgressSource.h"
+#include "base/FatalErrorReport.h"
+#include "exchange/Worker.h"
 
 namespace {
 
@@ -74,7 +76,7 @@ void ProgressDialog::OnCancel(wxCommandEvent&) {
     End(wxID_CANCEL);
 }
 
-// A job is stopped by its button and never by the way of a closing window.
+// Only the button stops a job; the title bar does not.
 void ProgressDialog::OnClose(wxCloseEvent& event) {
     if (event.CanVeto()) {
         event.Veto();
@@ -91,4 +93,20 @@ void ProgressDialog::End(int code) {
     } else {
         SetReturnCode(code);
     }
+}
+
+bool RunWithProgress(wxWindow* parent, Worker& worker, FatalErrorReport& report,
+                     const wxString& startFailure) {
+    if (!worker.Start()) {
+        wxLogError("%s", startFailure);
+        return false;
+    }
+    {
+        ProgressDialog dialog(parent, _("Progress"), wxSize(400, 300));
+        dialog.SetSource(worker);
+        dialog.ShowModal();
+    }
+    worker.Join();
+    report.DeliverPending();
+    return true;
 }

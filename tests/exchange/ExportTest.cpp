@@ -1,6 +1,5 @@
 #include "exchange/Export.h"
 
-#include "exchange/ExportThread.h"
 #include "support/StoreFixture.h"
 
 namespace {

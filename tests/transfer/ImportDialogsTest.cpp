@@ -1,7 +1,7 @@
 // The faces of an import: progress, the question about a category, the outcome.
 
 #include "exchange/ImportJob.h"
-#include "exchange/ProgressSource.h"
+#include "exchange/Worker.h"
 #include "transfer/DialogTest.h"
 #include "transfer/ImportRun.h"
 #include "transfer/ProgressDialog.h"
