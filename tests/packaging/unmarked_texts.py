@@ -20,29 +20,26 @@ SQL = re.compile(r"\b(SELECT|INSERT|UPDATE|DELETE|CREATE|WHERE|ORDER BY|LIKE|VAL
 ADDRESS = re.compile(r"://|[?&]\w+=")
 # By the end of the file's name.
 ALLOWED = {
-    # What the platform calls a kind of control.
-    "AccessibleName.cpp": {"push button"},
-    # The names of attributes in exported files.
-    "ExportRecord.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
-                         "Introduced", "Difficulty"},
-    # How a file of the store's engine begins.
+    # The names of attributes in exported files, and the category that they leave out.
+    "Export.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
+                   "Introduced", "Difficulty", "Default"},
+    # How a file of the engine begins.
     "ImportSource.cpp": {"SQLite format 3\\0"},
     # Names and values of settings.
-    "Settings.cpp": {"R%03iG%03iB%03i", "Test", "Dummy"},
-    "SettingsFile.cpp": {"XDG_CONFIG_HOME"},
+    "Settings.cpp": {"R%03iG%03iB%03i", "Test", "Dummy", "XDG_CONFIG_HOME"},
     "PreferencesDialog.cpp": {"Font"},
     # What stands on the cards that are shown in place of one.
     "Scheduler.cpp": {"Empty", "Error"},
     "Help.cpp": {"mailto:"},
-    "Version1Import.cpp": {"Velomind Classic"},
-    "Console.cpp": {"velomind: %s\\n"},
-    "Version.cpp": {"Velomind %s %i.%i.%i.%i", "Mobile"},
+    "ImportCommand.cpp": {"Velomind Classic"},
+    "Process.cpp": {"velomind: %s\\n"},
+    "ProgramInfo.cpp": {" Mobile "},
     # Names of columns in the store.
     "CardList.cpp": {"Front", "Back"},
     # The program, its maker, and the category that each store begins with.
     "": {"Velomind", "Ostrel"},
     "CardCollector.cpp": {"Default"}, "CurrentCategory.cpp": {"Default"},
-    "EditFrame.cpp": {"Default"}, "Export.cpp": {"Default"}, "ImportRecord.h": {"Default"}}
+    "EditFrame.cpp": {"Default"}, "ImportRecord.h": {"Default"}}
 
 TOKEN = re.compile(
     r'//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*'
