@@ -1,6 +1,5 @@
 #include "base/Text.h"
 
-#include <cstddef>
 #include <cwctype>
 
 bool IsWideSpace(wchar_t character) {
@@ -42,6 +41,10 @@ wxString LowerWide(const wxString& text) {
         character = LowerWide(character);
     }
     return wxString(lower);
+}
+
+wxString CutWithEllipsis(const wxString& text, size_t most) {
+    return text.length() <= most ? text : text.Left(most) + wxUniChar(0x2026);
 }
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include <wx/string.h>
 
+#include <cstddef>
 #include <string_view>
 
 // White space as the whole program sees it: what the platform's wide classification calls space,
@@ -27,6 +28,9 @@ inline std::wstring_view TrimView(std::wstring_view text) {
     }
     return text;
 }
+
+// Returns the text, or its first characters and an ellipsis when it has more than that many.
+wxString CutWithEllipsis(const wxString& text, size_t most);
 
 // What is shown of a text that may be of any length and have line breaks in it, on one line and
 // bounded, so that drawing is quick and a dialog keeps its size. The store has the whole text.

@@ -1,6 +1,7 @@
 #include "shell/Forms.h"
 
 #include <wx/button.h>
+#include <wx/choice.h>
 #include <wx/dialog.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 
+#include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
 
 wxSizer* MakeOkCancel(wxDialog& dialog) {
@@ -82,12 +84,58 @@ void LetFormScroll(wxScrolledWindow& form) {
               });
 }
 
+wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries) {
+    auto* const choice = new wxChoice(&parent, id, wxDefaultPosition, wxDefaultSize, entries);
+    choice->SetSelection(0);
+    return choice;
+}
+
+wxButton* MakeHelpButton(wxWindow& parent, int id, const wxString& caption, const wxString& text) {
+    auto* const button =
+        new wxButton(&parent, id, "?", wxDefaultPosition, wxDefaultSize, wxBU_EXACTFIT);
+    SetAccessibleName(*button, caption);
+    button->Bind(wxEVT_BUTTON, [&parent, caption, text](wxCommandEvent&) {
+        ShowMessageBox(text, caption, wxOK | wxCENTRE, &parent);
+    });
+    return button;
+}
+
+wxStaticText* MakeFormLabel(const wxString& text, wxWindow& control, const wxString& spokenName) {
+    auto* const label = new wxStaticText(control.GetParent(), wxID_STATIC, text);
+    // The key that the label underlines gives the focus to the control after it.
+    label->MoveBeforeInTabOrder(&control);
+    SetAccessibleName(control, spokenName.empty() ? label->GetLabelText() : spokenName);
+    return label;
+}
+
+namespace {
+
+constexpr int kGridGap = 5;
+
+}  // namespace
+
+wxFlexGridSizer* MakeFormGrid(const wxWindow& form) {
+    auto* const grid = new wxFlexGridSizer(3, form.FromDIP(wxSize(kGridGap, kGridGap)));
+    grid->AddGrowableCol(1, 1);
+    return grid;
+}
+
+wxStaticText* AddFormRow(wxFlexGridSizer& grid, const wxString& text, wxWindow& control,
+                         wxButton& help, wxSizer* field) {
+    wxStaticText* const label = MakeFormLabel(text, control);
+    const wxSizerFlags middle = wxSizerFlags().CentreVertical();
+    grid.Add(label, middle);
+    if (field != nullptr) {
+        grid.Add(field, wxSizerFlags().Expand());
+    } else {
+        grid.Add(&control, wxSizerFlags().Expand());
+    }
+    grid.Add(&help, middle);
+    return label;
+}
+
 void AddFormLabel(wxSizer& column, const wxString& text, wxWindow& control,
                   const wxString& spokenName, LabelPlace place) {
-    auto* const label = new wxStaticText(control.GetParent(), wxID_STATIC, text);
-    // The key that it underlines gives the focus to what follows it.
-    label->MoveBeforeInTabOrder(&control);
-    SetAccessibleName(control, spokenName);
     const int sides = place == LabelPlace::First ? int{wxALL} : kFieldSides;
-    column.Add(label, wxSizerFlags().Border(sides, kFormBorder));
+    column.Add(MakeFormLabel(text, control, spokenName), wxSizerFlags().Border(sides, kFormBorder));
 }

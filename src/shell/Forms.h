@@ -1,12 +1,20 @@
 #pragma once
 
+#include <wx/arrstr.h>
 #include <wx/defs.h>
 #include <wx/string.h>
 
+class wxButton;
+class wxChoice;
 class wxDialog;
+class wxFlexGridSizer;
 class wxScrolledWindow;
 class wxSizer;
+class wxStaticText;
 class wxWindow;
+
+// Pieces that the forms of the program share, so that their rows look alike and each control has a
+// name for screen readers. The window owns the controls and sizers made here. Main thread only.
 
 // Makes the OK and Cancel buttons of a dialog (wxID_OK, which Enter presses, and wxID_CANCEL), in
 // the platform's usual order and distances. Add the row expanded, at the end of the dialog.
@@ -17,14 +25,35 @@ wxSizer* MakeOkCancel(wxDialog& dialog);
 // mouse is. Call it once all controls stand in the form. The form must scroll by single pixels.
 void LetFormScroll(wxScrolledWindow& form);
 
-// The room around each field of the editor's form, in pixels, and the sides on which it is kept: a
-// field stands close below its label.
+// Makes a choice that starts on its first entry.
+wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries);
+
+// Makes a small button "?" that shows the text in a message box. The caption is the title of the
+// box and what screen readers call the button.
+wxButton* MakeHelpButton(wxWindow& parent, int id, const wxString& caption, const wxString& text);
+
+// Makes the label of an existing control and leaves it to the caller to place. The text may hold a
+// mnemonic mark, whose key gives the control the focus. Screen readers call the control by the
+// spoken name, or by the text when that is empty.
+wxStaticText* MakeFormLabel(const wxString& text, wxWindow& control,
+                            const wxString& spokenName = wxString());
+
+// A form with the labels beside the controls: a grid whose rows are a label, a control that takes
+// the room there is, and a help button.
+wxFlexGridSizer* MakeFormGrid(const wxWindow& form);
+
+// Adds a row to such a grid and returns the label. The field is the sizer that holds the control
+// together with others of its row, or null when the control stands alone.
+wxStaticText* AddFormRow(wxFlexGridSizer& grid, const wxString& text, wxWindow& control,
+                         wxButton& help, wxSizer* field = nullptr);
+
+// A form with the labels above the controls: the room around each field, in pixels, and the sides
+// on which it is kept. A field stands close below its label.
 constexpr int kFormBorder = 1;
 constexpr int kFieldSides = wxLEFT | wxRIGHT | wxBOTTOM;
 
-// Adds the label of an existing control to a column; the caller adds the control below it. The text
-// may hold a mnemonic mark, and screen readers say the spoken name. The first label of a group
-// keeps its distance above as well.
+// Adds the label of a control to such a column; the caller adds the control below it. The first
+// label of a group keeps its distance above as well.
 enum class LabelPlace { First, Later };
 void AddFormLabel(wxSizer& column, const wxString& text, wxWindow& control,
                   const wxString& spokenName, LabelPlace place);
