@@ -5,6 +5,7 @@
 #include <wx/log.h>
 #include <wx/toplevel.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -17,8 +18,12 @@
 
 namespace {
 
-// A number of row ids in four bytes and four bytes of zero; the row ids, eight bytes each; one byte
-// that is 1 for a copy. All in the byte order of the platform.
+// The bytes of the private format, in the platform's byte order:
+//
+//   4  number of row ids
+//   4  zero
+//   8  each row id
+//   1  1 for a copy, 0 for a cut
 constexpr size_t kHeaderSize = 8;
 
 size_t RowIdSize(size_t count) {
@@ -30,14 +35,14 @@ void TellMissing(int32_t count) {
                  "pasted."),
                count);
     for (wxWindow* const window : wxTopLevelWindows) {
-        // A hidden window would be shown by this.
+        // Raising a hidden window would show it.
         if (window->IsShown()) {
             window->Raise();
         }
     }
 }
 
-// What the toolkit hands to other programs under the name of Unicode text.
+// Encodes a text as the toolkit passes "Unicode text" to other programs: UTF-8 on GTK, else UTF-16.
 std::string TextBytes(const wxString& text) {
 #ifdef __WXGTK__
     return ToUtf8(text);
@@ -67,7 +72,7 @@ bool CardDataObject::GetDataHere(const wxDataFormat& format, void* buffer) const
     auto* out = static_cast<char*>(buffer);
     if (format != GetRowIdFormat()) {
         const std::string bytes = TextBytes(GetText());
-        std::memcpy(out, bytes.data(), bytes.size());
+        std::copy(bytes.begin(), bytes.end(), out);
         return true;
     }
     const uint32_t header[] = {static_cast<uint32_t>(mRowIds.size()), 0};
@@ -88,7 +93,7 @@ bool CardDataObject::SetData(const wxDataFormat& format, size_t length, const vo
     const auto* const in = static_cast<const char*>(buffer);
     uint32_t count = 0;
     std::memcpy(&count, in, sizeof count);
-    // As a division, which no count can overflow.
+    // The division, unlike a product, cannot overflow for a count that somebody made up.
     const size_t space = length - kHeaderSize;
     if (space / sizeof(int64_t) < count || space - RowIdSize(count) < 1) {
         return false;
@@ -121,7 +126,7 @@ const wxString& CardDataObject::GetText() const {
     if (!mTextDone) {
         mTextDone = true;
         ExportProgress progress;
-        // On a failure, which the store reports, the text is what could be read.
+        // The store itself reports a failure; the text then has the cards that were read before.
         ExportToString(mText, mDatabase, mRowIds, {false, ExportFormat::kDelimited, L'\t'},
                        progress);
         if (progress.Missing > 0) {
@@ -129,15 +134,6 @@ const wxString& CardDataObject::GetText() const {
         }
     }
     return mText;
-}
-
-void PasteCards(Database& database, FatalErrorReport& report, const std::vector<int64_t>& rowIds,
-                bool copy, int32_t categoryId) {
-    PasteThread thread(database, rowIds, copy, categoryId);
-    if (RunWithProgress(nullptr, thread, report,
-                        _("Unable to start a thread for the flash cards to be pasted."))) {
-        database.Notify();
-    }
 }
 
 void CardClipboard::Put(Database& database, const std::vector<int64_t>& rowIds, bool copy) {
@@ -161,7 +157,11 @@ void CardClipboard::Paste(Database& database, int32_t categoryId, AppServices::E
             wxTheClipboard->Clear();
         }
     }
-    PasteCards(database, mReport, cards.GetRowIds(), cards.IsCopy(), categoryId);
+    PasteThread thread(database, cards.GetRowIds(), cards.IsCopy(), categoryId);
+    if (RunWithProgress(nullptr, thread, mReport,
+                        _("Unable to start a thread for the flash cards to be pasted."))) {
+        database.Notify();
+    }
     if (!cards.IsCopy() && empty == AppServices::EmptyCut::kAfter) {
         TakeBack();
     }

@@ -11,26 +11,28 @@
 class Database;
 class FatalErrorReport;
 
-// Cards on the clipboard: their row ids for this program, and for others the cards as a table of
-// text, which is made when it is first asked for. Main thread only.
+// Cards as they lie on the clipboard: row ids for this program, and for others a table of text,
+// which is made when a program first asks for it. Belongs to the clipboard once it was put there.
+// Main thread only.
 class CardDataObject : public wxDataObject {
   public:
-    // The database is not owned and must outlive the object. An object that is to be filled from
-    // the clipboard begins with no row ids.
+    // The database is not owned and must outlive the object. Pass no row ids to an object that the
+    // clipboard is going to fill.
     CardDataObject(Database& database, const std::vector<int64_t>& rowIds, bool copy);
 
-    // The private format, in which row ids travel.
+    // Returns the private format in which row ids travel.
     static wxDataFormat GetRowIdFormat();
 
     const std::vector<int64_t>& GetRowIds() const { return mRowIds; }
-    // A copy; otherwise a cut.
+    // Returns true for a copy and false for a cut.
     bool IsCopy() const { return mCopy; }
-    // Lives as long as the object does.
+    // Returns a pointer that expires when the clipboard deletes the object.
     std::weak_ptr<void> GetLifeSign() const { return mLifeSign; }
 
     size_t GetDataSize(const wxDataFormat& format) const override;
     bool GetDataHere(const wxDataFormat& format, void* buffer) const override;
-    // Takes row ids alone, and refuses a buffer that does not hold what it says.
+    // Takes row ids only. Returns false, with nothing changed, for a buffer that is shorter than
+    // the count in it says.
     bool SetData(const wxDataFormat& format, size_t length, const void* buffer) override;
     size_t GetFormatCount(Direction direction = Get) const override;
     void GetAllFormats(wxDataFormat* formats, Direction direction = Get) const override;
@@ -42,35 +44,36 @@ class CardDataObject : public wxDataObject {
     Database& mDatabase;
     std::vector<int64_t> mRowIds;
     bool mCopy;
+    // The toolkit asks for the size and the bytes of the text in const operations.
     mutable bool mTextDone = false;
     mutable wxString mText;
     std::shared_ptr<void> mLifeSign = std::make_shared<int>();
 };
 
-// Brings cards into a category, as new cards or by moving them, on a worker thread behind a
-// progress window, and tells the listeners of the database.
-void PasteCards(Database& database, FatalErrorReport& report, const std::vector<int64_t>& rowIds,
-                bool copy, int32_t categoryId);
-
-// Puts cards on the clipboard of the desktop and brings them back into the store. What lies there
-// are row ids, good for the store file of now alone: the owner takes them back before the file
-// changes and before the program ends. Main thread only.
+// Puts cards on the desktop's clipboard and pastes them into the store. The row ids that lie there
+// mean nothing in another store file, so the application, which owns this object, takes them back
+// before the file changes and before the program ends. Main thread only.
 class CardClipboard {
   public:
     // The report is not owned.
     explicit CardClipboard(FatalErrorReport& report) : mReport(report) {}
 
-    // Changes nothing in the store. Without an effect while the clipboard cannot be had.
+    // Puts a copy or a cut on the clipboard and leaves the store as it is. Does nothing while
+    // another program holds the clipboard open.
     void Put(Database& database, const std::vector<int64_t>& rowIds, bool copy);
-    // The clipboard holds cards that this program put there. Quick enough for update handlers.
+    // Returns whether the clipboard holds cards that this program put there. Quick enough for
+    // update handlers, as it does not ask the desktop.
     bool HasCards() const { return !mOwn.expired(); }
+    // Brings the cards into a category on a worker thread, behind a progress window, and notifies
+    // the observers of the database: a copy as new cards, a cut by moving. Does nothing when the
+    // clipboard holds no cards of this program.
     void Paste(Database& database, int32_t categoryId, AppServices::EmptyCut empty);
     // Empties the clipboard, unless another program has put something there in the meantime.
     void TakeBack();
 
   private:
     FatalErrorReport& mReport;
-    // Alive while the object that was put last is on the clipboard, which owns it. This is also how
-    // row ids of another program's store are told from ours.
+    // Expires when the object that was put last has left the clipboard. Row ids that lie there
+    // after that are those of another run of the program and must not be pasted.
     std::weak_ptr<void> mOwn;
 };
