@@ -86,9 +86,7 @@ bool VelomindApp::OnInit() {
     wxFrame& list = mWindows.ShowList();
     BringToFront(list);
     // Once the window is there, over which the question is to stand.
-    list.CallAfter([this, &list] {
-        OfferVersion1Import(&list, *mpDatabase, mFatalErrorReport, GetVersion1StorePlaces());
-    });
+    list.CallAfter([this, &list] { OfferVersion1Import(&list, *mpDatabase, mFatalErrorReport); });
     return true;
 }
 
@@ -160,7 +158,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
     input.FileName = file;
     input.Format = ImportFormat::kDelimited;
     input.Delimiter = L'\t';
-    ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport, false, nullptr);
+    ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport);
     // The file goes whatever came of it: it was made to be imported once.
     wxRemoveFile(file);
     mpDatabase.reset();
@@ -303,8 +301,7 @@ void VelomindApp::OnPreferences(wxCommandEvent&) {
 }
 
 void VelomindApp::OnImport(wxCommandEvent&) {
-    RunImportCommand(mLastActive.get(), *this, *mpDatabase, mFatalErrorReport,
-                     GetVersion1StorePlaces());
+    RunImportCommand(mLastActive.get(), *this, *mpDatabase, mFatalErrorReport);
 }
 
 void VelomindApp::OnExitCommand(wxCommandEvent&) {
@@ -318,7 +315,7 @@ void VelomindApp::OpenEditor(const FlashCard& card) {
 }
 
 void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) {
-    ShowExportOptions(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds);
+    ExportOptionsDialog(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds).ShowModal();
 }
 
 void VelomindApp::PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) {

@@ -15,13 +15,13 @@
 #include <algorithm>
 
 #include "base/FatalErrorReport.h"
-#include "exchange/Delimited.h"
-#include "exchange/Export.h"
+#include "base/Text.h"
 #include "scheduler/SchedulerSources.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "transfer/FormatRows.h"
 #include "transfer/ProgressDialog.h"
 
 namespace {
@@ -32,7 +32,6 @@ constexpr int kEncodingHelpId = 10088;
 constexpr int kFormatId = 10081;
 constexpr int kFormatHelpId = 10086;
 constexpr int kDelimiterLabelId = 10000;
-constexpr int kDelimiterId = 10001;
 constexpr int kOtherId = 10083;
 constexpr int kDelimiterHelpId = 10085;
 constexpr int kSchedulingId = 10082;
@@ -40,22 +39,15 @@ constexpr int kSchedulingHelpId = 10084;
 constexpr int kRangeId = 10148;
 constexpr int kPreviewId = 10035;
 
+// Indexes of the radio buttons.
 enum Range : int { kAll = 0, kCurrentCategory = 1, kSelectedCards = 2 };
 
 constexpr size_t kPreviewCards = 16;
-// A longer text is no view of the export, and would only make the window slow.
+// The preview shows no more characters than this, as a long text makes its control slow.
 constexpr size_t kPreviewLength = size_t{1} << 16;
-constexpr int kOtherWidth = 40;
 constexpr int kPreviewWidth = 360;
 constexpr int kPreviewHeight = 160;
 constexpr int kGap = 5;
-
-wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& labels, const wxString& name) {
-    auto* const choice = new wxChoice(&parent, id, wxDefaultPosition, wxDefaultSize, labels);
-    choice->SetSelection(0);
-    SetAccessibleName(*choice, name);
-    return choice;
-}
 
 wxArrayString EncodingLabels() {
     wxArrayString labels;
@@ -65,20 +57,30 @@ wxArrayString EncodingLabels() {
     return labels;
 }
 
-wxArrayString FormatLabels() {
-    wxArrayString labels;
-    labels.push_back(_("VLM Text File"));
-    labels.push_back(_("Delimited"));
-    labels.push_back(_("VLM 1.0 Text File"));
-    return labels;
-}
-
 wxArrayString RangeLabels() {
     wxArrayString labels;
     labels.push_back(_("&All"));
     labels.push_back(_("&Current Category"));
     labels.push_back(_("&Selected Cards"));
     return labels;
+}
+
+FormatRows::Setup FormatSetup() {
+    FormatRows::Setup setup;
+    setup.FormatLabel = _("Format:");
+    setup.Formats.push_back(_("VLM Text File"));
+    setup.Formats.push_back(_("Delimited"));
+    setup.Formats.push_back(_("VLM 1.0 Text File"));
+    setup.FormatHelp =
+        _("This setting controls whether the card\nattributes are output to columns \n(Delimited) "
+          "or rows (VLM Format).");
+    setup.DelimiterLabel = _("Delimiter:");
+    setup.FormatId = kFormatId;
+    setup.FormatHelpId = kFormatHelpId;
+    setup.DelimiterLabelId = kDelimiterLabelId;
+    setup.OtherId = kOtherId;
+    setup.DelimiterHelpId = kDelimiterHelpId;
+    return setup;
 }
 
 bool AskForFile(wxWindow* parent, wxString& path) {
@@ -94,12 +96,15 @@ bool AskForFile(wxWindow* parent, wxString& path) {
 
 }  // namespace
 
-ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, CategorySource& currentCategory,
-                                         FatalErrorReport& report)
+ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, Database& database,
+                                         CategorySource& currentCategory, FatalErrorReport& report,
+                                         const std::vector<int64_t>& selectedRowIds)
     : wxDialog(parent, kDialogId, _("Export Options"), wxDefaultPosition, wxSize(400, 300),
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mDatabase(database),
       mCurrentCategory(currentCategory),
-      mReport(report) {
+      mReport(report),
+      mSelectedRowIds(selectedRowIds) {
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     const wxSizerFlags row = wxSizerFlags().Expand().DoubleBorder(wxLEFT | wxRIGHT | wxTOP);
     rows->Add(MakeOptions(), row);
@@ -112,206 +117,140 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, CategorySource& curre
     mpEncoding->SetFocus();
     FitTextHeights(*this);
     SetSizer(rows);
-    ShowDelimiter();
+    mpFormatRows->ShowDelimiter();
+    FitToOptions();
     CentreOnParent();
 
-    Bind(wxEVT_CHOICE, &ExportOptionsDialog::OnFormat, this, kFormatId);
-    Bind(wxEVT_CHOICE, &ExportOptionsDialog::OnDelimiter, this, kDelimiterId);
-    const auto refresh = [this](wxCommandEvent&) { RefreshPreview(); };
-    Bind(wxEVT_TEXT, refresh, kOtherId);
-    Bind(wxEVT_CHECKBOX, refresh, kSchedulingId);
-    Bind(wxEVT_RADIOBOX, &ExportOptionsDialog::OnRange, this, kRangeId);
+    mpScheduling->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { RefreshPreview(); });
+    mpRange->Bind(wxEVT_RADIOBOX, [this](wxCommandEvent&) {
+        LoadRange();
+        RefreshPreview();
+    });
     Bind(wxEVT_BUTTON, &ExportOptionsDialog::OnOk, this, wxID_OK);
+    ChooseNarrowestRange();
+    LoadRange();
+    RefreshPreview();
 }
 
+ExportOptionsDialog::~ExportOptionsDialog() = default;
+
 wxSizer* ExportOptionsDialog::MakeOptions() {
-    auto* const grid = new wxFlexGridSizer(3, kGap, kGap);
-    grid->AddGrowableCol(1);
-    const auto addRow = [grid](wxStaticText* label, auto* field, wxButton* help) {
-        grid->Add(label, wxSizerFlags().CentreVertical());
-        grid->Add(field, wxSizerFlags().Expand());
-        grid->Add(help, wxSizerFlags().CentreVertical());
-    };
-
-    mpEncoding = MakeChoice(*this, kEncodingId, EncodingLabels(), _("Encoding:"));
-    addRow(new wxStaticText(this, wxID_ANY, _("Encoding:")), mpEncoding,
-           MakeHelp(kEncodingHelpId, _("Encoding Help"),
-                    _("This setting controls how the export\ntext is encoded in the output "
-                      "file.\n\nUnicode can encode all languages and\ncan be loaded by most "
-                      "text viewers\neditors, so it is the recommended format.")));
-
-    mpFormat = MakeChoice(*this, kFormatId, FormatLabels(), _("Format:"));
-    addRow(new wxStaticText(this, wxID_ANY, _("Format:")), mpFormat,
-           MakeHelp(kFormatHelpId, _("Format Help"),
-                    _("This setting controls whether the card\nattributes are output to "
-                      "columns \n(Delimited) or rows (VLM Format).")));
-
-    mpDelimiterLabel = new wxStaticText(this, kDelimiterLabelId, _("Delimiter:"));
-    mpDelimiter = MakeChoice(*this, kDelimiterId, DelimiterLabels(), _("Delimiter:"));
-    mpOther = new wxTextCtrl(this, kOtherId, wxString(), wxDefaultPosition,
-                             FromDIP(wxSize(kOtherWidth, -1)));
-    SetAccessibleName(*mpOther, _("Delimiter:"));
-    mpDelimiterHelp = MakeHelp(kDelimiterHelpId, _("Delimiter Help"), DelimiterHelp());
-    auto* const delimiter = new wxBoxSizer(wxHORIZONTAL);
-    delimiter->Add(mpDelimiter, wxSizerFlags(1));
-    delimiter->Add(mpOther, wxSizerFlags().Border(wxLEFT, kGap));
-    addRow(mpDelimiterLabel, delimiter, mpDelimiterHelp);
-
+    wxFlexGridSizer* const grid = MakeFormGrid(*this);
+    mpEncoding = MakeChoice(*this, kEncodingId, EncodingLabels());
+    AddFormRow(*grid, _("Encoding:"), *mpEncoding,
+               *MakeHelpButton(
+                   *this, kEncodingHelpId, _("Encoding Help"),
+                   _("This setting controls how the export\ntext is encoded in the output "
+                     "file.\n\nUnicode can encode all languages and\ncan be loaded by most text "
+                     "viewers\neditors, so it is the recommended format.")));
+    mpFormatRows = std::make_unique<FormatRows>(*this, *grid, FormatSetup(), [this] {
+        FitToOptions();
+        RefreshPreview();
+    });
     auto* const options = new wxBoxSizer(wxVERTICAL);
     options->Add(grid, wxSizerFlags().Expand());
-    mpScheduling = new wxCheckBox(this, kSchedulingId, _("Include Scheduling Data"));
-    mpScheduling->SetValue(true);
-    auto* const scheduling = new wxBoxSizer(wxHORIZONTAL);
-    scheduling->Add(mpScheduling, wxSizerFlags(1).CentreVertical());
-    scheduling->Add(
-        MakeHelp(kSchedulingHelpId, _("Include Scheduling Data Help"),
-                 _("Check this option when you are exporting\ndata for backup.\n\nUncheck this "
-                   "option when you are\nexporting data to be edited on your\ndesktop computer "
-                   "or shared with others.")),
-        wxSizerFlags().CentreVertical());
-    options->Add(scheduling, wxSizerFlags().Expand().Border(wxTOP, kGap));
+    options->Add(MakeScheduling(), wxSizerFlags().Expand().Border(wxTOP, kGap));
     return options;
 }
 
-wxButton* ExportOptionsDialog::MakeHelp(int id, const wxString& caption, const wxString& text) {
-    auto* const button =
-        new wxButton(this, id, "?", wxDefaultPosition, wxDefaultSize, wxBU_EXACTFIT);
-    SetAccessibleName(*button, caption);
-    button->Bind(wxEVT_BUTTON, [this, caption, text](wxCommandEvent&) {
-        ShowMessageBox(text, caption, wxOK | wxCENTRE, this);
-    });
-    return button;
+wxSizer* ExportOptionsDialog::MakeScheduling() {
+    mpScheduling = new wxCheckBox(this, kSchedulingId, _("Include Scheduling Data"));
+    mpScheduling->SetValue(true);
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    row->Add(mpScheduling, wxSizerFlags(1).CentreVertical());
+    row->Add(
+        MakeHelpButton(
+            *this, kSchedulingHelpId, _("Include Scheduling Data Help"),
+            _("Check this option when you are exporting\ndata for backup.\n\nUncheck this option "
+              "when you are\nexporting data to be edited on your\ndesktop computer or shared with "
+              "others.")),
+        wxSizerFlags().CentreVertical());
+    return row;
 }
 
 wxSizer* ExportOptionsDialog::MakePreview() {
     mpPreview = new wxTextCtrl(this, kPreviewId, wxString(), wxDefaultPosition,
                                FromDIP(wxSize(kPreviewWidth, kPreviewHeight)),
                                wxTE_READONLY | wxTE_MULTILINE | wxHSCROLL);
-    SetAccessibleName(*mpPreview, _("Preview"));
     auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(new wxStaticText(this, wxID_ANY, _("Preview")));
+    rows->Add(MakeFormLabel(_("Preview"), *mpPreview));
     rows->Add(mpPreview, wxSizerFlags(1).Expand().Border(wxTOP, kGap));
     return rows;
 }
 
-void ExportOptionsDialog::SetDatabase(Database& database,
-                                      const std::vector<int64_t>& selectedRowIds) {
-    mpDatabase = &database;
-    mpSelectedRowIds = &selectedRowIds;
+void ExportOptionsDialog::ChooseNarrowestRange() {
     int32_t count = 0;
-    const int32_t category = mCurrentCategory.GetCurrentCategoryId(database);
-    if (database.SelectCategoryIdCount(category, count) >= 0 && count > 0) {
+    const int32_t category = mCurrentCategory.GetCurrentCategoryId(mDatabase);
+    if (mDatabase.SelectCategoryIdCount(category, count) >= 0 && count > 0) {
         mpRange->SetSelection(kCurrentCategory);
     } else {
         mpRange->Enable(kCurrentCategory, false);
     }
-    if (!selectedRowIds.empty()) {
+    if (!mSelectedRowIds.empty()) {
         mpRange->SetSelection(kSelectedCards);
     } else {
         mpRange->Enable(kSelectedCards, false);
     }
-    MakeRange();
-    RefreshPreview();
 }
 
-void ExportOptionsDialog::ShowDelimiter() {
-    const bool isDelimited = GetOptions().Format == ExportFormat::kDelimited;
-    mpDelimiterLabel->Show(isDelimited);
-    mpDelimiter->Show(isDelimited);
-    mpDelimiterHelp->Show(isDelimited);
-    mpOther->Show(isDelimited && mpDelimiter->GetSelection() == kDelimiterOther);
-    // Grows when the window would not hold all, and does not shrink what the person has made wide.
+// Lays the window out. It grows when the options need more room, and never shrinks, because the
+// user may have made it large for the preview.
+void ExportOptionsDialog::FitToOptions() {
     const wxSize least = GetSizer()->ComputeFittingWindowSize(this);
     SetMinSize(least);
     wxSize size = GetSize();
     size.IncTo(least);
     SetSize(size);
     Layout();
+    // The check box moves when the delimiter's row comes or goes.
+    mpScheduling->Refresh();
 }
 
-void ExportOptionsDialog::MakeRange() {
-    if (mpDatabase == nullptr) {
-        return;
-    }
-    // All cards of a large store take a moment to put in order.
+void ExportOptionsDialog::LoadRange() {
+    // A large store takes a moment to sort all of its cards.
     const wxBusyCursor busy;
-    mRangeRowIds.clear();
-    mpRowIds = &mRangeRowIds;
-    // A list that cannot be read, which the store reports, is empty.
+    mStoredRowIds.clear();
+    mpRowIds = &mStoredRowIds;
+    // The store itself reports a list that it cannot read, which then stays empty.
     switch (mpRange->GetSelection()) {
         case kSelectedCards:
-            mpRowIds = mpSelectedRowIds;
+            mpRowIds = &mSelectedRowIds;
             break;
         case kCurrentCategory:
-            mpDatabase->CardSelectRowIdsOrder(mCurrentCategory.GetCurrentCategoryId(*mpDatabase),
-                                              "IntroductionOrder", mRangeRowIds);
+            mDatabase.CardSelectRowIdsOrder(mCurrentCategory.GetCurrentCategoryId(mDatabase),
+                                            "IntroductionOrder", mStoredRowIds);
             break;
         default:
-            mpDatabase->CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mRangeRowIds);
+            mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mStoredRowIds);
             break;
     }
 }
 
 void ExportOptionsDialog::RefreshPreview() {
-    if (mpDatabase == nullptr) {
-        return;
-    }
-    wxString text = CheckDelimiter();
+    wxString text = mpFormatRows->CheckDelimiter();
     if (text.empty()) {
         const size_t count = std::min(kPreviewCards, mpRowIds->size());
         const std::vector<int64_t> first(mpRowIds->data(), mpRowIds->data() + count);
         ExportProgress progress;
-        ExportToString(text, *mpDatabase, first, GetOptions(), progress);
-        if (text.length() > kPreviewLength) {
-            text.Truncate(kPreviewLength).append(L'\u2026');
-        }
+        ExportToString(text, mDatabase, first, GetOptions(), progress);
     }
-    mpPreview->ChangeValue(text);
+    mpPreview->ChangeValue(CutWithEllipsis(text, kPreviewLength));
 }
 
 ExportOptions ExportOptionsDialog::GetOptions() const {
     ExportOptions options;
     options.IncludeScheduling = mpScheduling->GetValue();
-    options.Format = static_cast<ExportFormat>(mpFormat->GetSelection());
-    options.Delimiter = DelimiterOf(mpDelimiter->GetSelection(), mpOther->GetValue());
+    options.Format = static_cast<ExportFormat>(mpFormatRows->GetFormat());
+    options.Delimiter = mpFormatRows->GetDelimiter();
     return options;
 }
 
-wxString ExportOptionsDialog::CheckDelimiter() {
-    if (GetOptions().Format != ExportFormat::kDelimited ||
-        mpDelimiter->GetSelection() != kDelimiterOther) {
-        return wxString();
-    }
-    const wxString typed = mpOther->GetValue();
-    if (IsLineBreak(typed)) {
-        mpOther->ChangeValue(wxString());
-    }
-    return CheckDelimiterText(typed);
-}
-
-void ExportOptionsDialog::OnFormat(wxCommandEvent&) {
-    ShowDelimiter();
-    RefreshPreview();
-    mpScheduling->Refresh();
-}
-
-void ExportOptionsDialog::OnDelimiter(wxCommandEvent&) {
-    ShowDelimiter();
-    RefreshPreview();
-}
-
-void ExportOptionsDialog::OnRange(wxCommandEvent&) {
-    MakeRange();
-    RefreshPreview();
-}
-
 void ExportOptionsDialog::OnOk(wxCommandEvent&) {
-    const wxString message = CheckDelimiter();
-    if (!message.empty()) {
-        mpPreview->ChangeValue(message);
-        ShowMessageBox(message, _("Invalid Delimiter"), wxOK | wxCENTRE, this);
-        mpOther->SelectAll();
-        mpOther->SetFocus();
+    const wxString fault = mpFormatRows->CheckDelimiter();
+    if (!fault.empty()) {
+        mpPreview->ChangeValue(fault);
+        ShowMessageBox(fault, _("Invalid Delimiter"), wxOK | wxCENTRE, this);
+        mpFormatRows->FocusTypedDelimiter();
         return;
     }
     wxString path;
@@ -322,8 +261,10 @@ void ExportOptionsDialog::OnOk(wxCommandEvent&) {
     }
 }
 
+// Writes the file and tells the outcome. Returns false when the user cancelled, and the dialog then
+// stays for another try.
 bool ExportOptionsDialog::Export(const wxString& path) {
-    ExportThread thread(path, ExportEncoding(mpEncoding->GetSelection()), *mpDatabase, *mpRowIds,
+    ExportThread thread(path, ExportEncoding(mpEncoding->GetSelection()), mDatabase, *mpRowIds,
                         GetOptions());
     if (!RunWithProgress(nullptr, thread, mReport, _("Unable to start a thread for the export."))) {
         return true;
@@ -332,6 +273,7 @@ bool ExportOptionsDialog::Export(const wxString& path) {
     if (progress.Cancelled) {
         return false;
     }
+    // A failure without a message is one that the log has told already.
     if (!progress.Failed) {
         ShowMessageBox(wxString::Format(_("%i Records Exported"), progress.Position.load()),
                        _("Export Complete"));
@@ -339,11 +281,4 @@ bool ExportOptionsDialog::Export(const wxString& path) {
         ShowMessageBox(progress.Message, _("Export Failed"), wxOK | wxCENTRE, this);
     }
     return true;
-}
-
-void ShowExportOptions(wxWindow* parent, Database& database, CategorySource& currentCategory,
-                       FatalErrorReport& report, const std::vector<int64_t>& selectedRowIds) {
-    ExportOptionsDialog dialog(parent, currentCategory, report);
-    dialog.SetDatabase(database, selectedRowIds);
-    dialog.ShowModal();
 }

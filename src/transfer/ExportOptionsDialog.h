@@ -3,6 +3,7 @@
 #include <wx/dialog.h>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "exchange/Export.h"
@@ -10,66 +11,49 @@
 class CategorySource;
 class Database;
 class FatalErrorReport;
-class wxButton;
+class FormatRows;
 class wxCheckBox;
 class wxChoice;
 class wxRadioBox;
 class wxSizer;
-class wxStaticText;
 class wxTextCtrl;
 
-// Asks which cards are to be exported and how, shows how the first of them will look, and exports
-// them. Ends with wxID_OK after an export and with wxID_CANCEL without one.
+// Asks which cards to export and how, shows what the first of them will look like, and exports
+// them. ShowModal returns wxID_OK after an export and wxID_CANCEL without one. Main thread only.
 class ExportOptionsDialog : public wxDialog {
   public:
-    // The services are not owned.
-    ExportOptionsDialog(wxWindow* parent, CategorySource& currentCategory,
-                        FatalErrorReport& report);
-
-    // The store, and the row ids of the cards that the caller has selected; neither is owned. The
-    // export starts with the narrowest range that has cards.
-    void SetDatabase(Database& database, const std::vector<int64_t>& selectedRowIds);
+    // Starts with the narrowest range that has cards: the selected ones, which may be none, else
+    // the current category, else all. The row ids and the services are not owned.
+    ExportOptionsDialog(wxWindow* parent, Database& database, CategorySource& currentCategory,
+                        FatalErrorReport& report, const std::vector<int64_t>& selectedRowIds);
+    ~ExportOptionsDialog() override;
 
   private:
     wxSizer* MakeOptions();
+    wxSizer* MakeScheduling();
     wxSizer* MakePreview();
-    wxButton* MakeHelp(int id, const wxString& caption, const wxString& text);
+    void ChooseNarrowestRange();
 
-    // Shows the controls of the delimiter only where there is one.
-    void ShowDelimiter();
-    // Gathers the row ids of the range.
-    void MakeRange();
+    void FitToOptions();
+    void LoadRange();
     void RefreshPreview();
     ExportOptions GetOptions() const;
-    // What is wrong with the delimiter, or nothing. Takes a line break out of its field.
-    wxString CheckDelimiter();
 
-    void OnFormat(wxCommandEvent& event);
-    void OnDelimiter(wxCommandEvent& event);
-    void OnRange(wxCommandEvent& event);
     void OnOk(wxCommandEvent& event);
-    // True when the dialog's work is done.
     bool Export(const wxString& path);
 
+    Database& mDatabase;
     CategorySource& mCurrentCategory;
     FatalErrorReport& mReport;
-    Database* mpDatabase = nullptr;
-    const std::vector<int64_t>* mpSelectedRowIds = nullptr;
-    std::vector<int64_t> mRangeRowIds;
+    const std::vector<int64_t>& mSelectedRowIds;
+    // Row ids that were read from the store for the range.
+    std::vector<int64_t> mStoredRowIds;
     // The cards of the range: one of the two lists above.
-    const std::vector<int64_t>* mpRowIds = nullptr;
+    const std::vector<int64_t>* mpRowIds = &mStoredRowIds;
 
     wxChoice* mpEncoding = nullptr;
-    wxChoice* mpFormat = nullptr;
-    wxStaticText* mpDelimiterLabel = nullptr;
-    wxChoice* mpDelimiter = nullptr;
-    wxTextCtrl* mpOther = nullptr;
-    wxButton* mpDelimiterHelp = nullptr;
+    std::unique_ptr<FormatRows> mpFormatRows;
     wxCheckBox* mpScheduling = nullptr;
     wxRadioBox* mpRange = nullptr;
     wxTextCtrl* mpPreview = nullptr;
 };
-
-// Exports cards of the store as the person wants it.
-void ShowExportOptions(wxWindow* parent, Database& database, CategorySource& currentCategory,
-                       FatalErrorReport& report, const std::vector<int64_t>& selectedRowIds);

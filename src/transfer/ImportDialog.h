@@ -3,6 +3,7 @@
 #include <wx/dialog.h>
 
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -11,60 +12,45 @@
 
 class Database;
 class FatalErrorReport;
-class wxBoxSizer;
-class wxButton;
-class wxChoice;
+class FormatRows;
 class wxListCtrl;
+class wxSizer;
 class wxStaticText;
 class wxTextCtrl;
 
-// Stands between the choice of a file and its import: how the file is to be read, and at once what
-// its first card would become or what is wrong with it. Ends with wxOK once the import was run,
-// whatever came of it, and with wxCANCEL otherwise.
+// Stands between the choice of a file and its import: asks how to read the file, and shows at once
+// what its first card would become or what is wrong with it. ShowModal returns wxOK once the import
+// was run, whatever came of it, and wxCANCEL otherwise. Main thread only.
 class ImportDialog : public wxDialog {
   public:
-    ImportDialog(wxWindow* parent, FatalErrorReport& report);
+    // Finds out whether the file is a table and by what its columns are separated, as far as the
+    // first card tells. The database and the report are not owned.
+    ImportDialog(wxWindow* parent, Database& database, FatalErrorReport& report,
+                 const wxString& fileName);
     ~ImportDialog() override;
 
-    // The preview follows as soon as both are there. The database is not owned.
-    void SetFileName(const wxString& name);
-    void SetDatabase(Database* database);
-    // Finds out whether the file is a table, and by what its columns are separated. Otherwise the
-    // choices stay. Once, when the file and the database are there.
-    void DetectFormat();
-
-    wchar_t GetDelimiter() const;
-    bool IsDelimited() const;
-    // The ids of the categories that the import put cards into.
+    // Returns the ids of the categories that the import put cards into.
     const std::set<int32_t>& GetTouchedCategories() const { return mTouchedCategories; }
 
   private:
     void CreateControls();
     wxSizer* CreateOptions();
-    void BindEvents();
+    void ShareColumns();
 
-    bool IsOtherDelimiter() const;
     ImportInput GetInput() const;
-    void ShowOptions();
+    bool DetectTable();
     void RefreshPreview();
-    bool CheckDelimiter();
     void ShowRecord(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
     void ShowPreview(bool isError);
-    void SetColumnWidths();
     void RunImport();
 
+    Database& mDatabase;
     FatalErrorReport& mReport;
-    Database* mpDatabase = nullptr;
     wxString mFileName;
     std::set<int32_t> mTouchedCategories;
 
-    wxChoice* mpFormat = nullptr;
-    wxStaticText* mpDelimiterLabel = nullptr;
-    wxBoxSizer* mpDelimiterSizer = nullptr;
-    wxChoice* mpDelimiter = nullptr;
-    wxTextCtrl* mpOtherDelimiter = nullptr;
-    wxButton* mpDelimiterHelp = nullptr;
+    std::unique_ptr<FormatRows> mpFormatRows;
     wxStaticText* mpPreviewLabel = nullptr;
     wxTextCtrl* mpError = nullptr;
     wxListCtrl* mpPreview = nullptr;

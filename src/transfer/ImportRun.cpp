@@ -1,12 +1,12 @@
 #include "transfer/ImportRun.h"
 
 #include <wx/button.h>
-#include <wx/defs.h>
+#include <wx/dialog.h>
 #include <wx/intl.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 
-#include "base/FatalErrorReport.h"
+#include "base/Text.h"
 #include "base/Time.h"
 #include "exchange/ImportThread.h"
 #include "scheduler/ReviewArithmetic.h"
@@ -16,35 +16,31 @@
 
 namespace {
 
-constexpr int kDialogId = 10038;
+constexpr int kCategoryDialogId = 10038;
 constexpr int kTextWidth = 380;
-// What is longer is no name that a person gave, and would not fit on the screen.
-constexpr size_t kLongestName = 200;
 
-wxString Question(const wxString& name) {
-    const wxString shown =
-        name.length() <= kLongestName ? name : name.substr(0, kLongestName) + wxString(L'\u2026');
-    return wxString::Format(_("Category \"%s\" does not exist.  Would you like to create it?"),
-                            shown);
-}
+// Asks whether to create a category that a file names and the store lacks. ShowModal returns
+// wxID_YES, wxID_YESTOALL for this one and all others of the file, or wxID_CANCEL.
+class NewCategoryDialog : public wxDialog {
+  public:
+    NewCategoryDialog(wxWindow* parent, const wxString& categoryName);
+};
 
-}  // namespace
-
-ImportNewCategoryMessageBox::ImportNewCategoryMessageBox(wxWindow* parent,
-                                                         const wxString& categoryName)
-    : wxDialog(parent, kDialogId, _("New Category"), wxDefaultPosition, wxSize(400, 300)) {
+NewCategoryDialog::NewCategoryDialog(wxWindow* parent, const wxString& categoryName)
+    : wxDialog(parent, kCategoryDialogId, _("New Category")) {
     auto* const text = new wxStaticText(this, wxID_ANY, wxString());
-    // An ampersand of the name is no mnemonic.
-    text->SetLabelText(Question(categoryName));
+    // As label text, an ampersand in the name is shown and underlines nothing.
+    text->SetLabelText(
+        wxString::Format(_("Category \"%s\" does not exist.  Would you like to create it?"),
+                         ShownName(categoryName)));
     text->Wrap(FromDIP(kTextWidth));
     auto* const yes = new wxButton(this, wxID_YES, _("&Yes"));
     auto* const yesToAll = new wxButton(this, wxID_YESTOALL, _("Yes to All"));
-    auto* const cancel = new wxButton(this, wxID_CANCEL, _("&Cancel"));
 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     buttons->Add(yes, wxSizerFlags().Border(wxRIGHT, 5));
     buttons->Add(yesToAll, wxSizerFlags().Border(wxRIGHT, 5));
-    buttons->Add(cancel);
+    buttons->Add(new wxButton(this, wxID_CANCEL, _("&Cancel")));
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     rows->Add(text, wxSizerFlags().Expand().Border(wxALL, 10));
     rows->Add(buttons, wxSizerFlags().Centre().Border(wxLEFT | wxRIGHT | wxBOTTOM, 10));
@@ -53,28 +49,30 @@ ImportNewCategoryMessageBox::ImportNewCategoryMessageBox(wxWindow* parent,
 
     yes->SetDefault();
     yes->SetFocus();
-    yes->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxID_YES); });
-    yesToAll->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) {
-        mYesToAll = true;
-        EndModal(wxID_YES);
-    });
-    // The cancel button, Escape and the title bar end with wxID_CANCEL by themselves.
+    // The toolkit ends a dialog by itself for wxID_CANCEL, but not for these two.
+    for (wxButton* const button : {yes, yesToAll}) {
+        button->Bind(wxEVT_BUTTON, [this](wxCommandEvent& event) { EndModal(event.GetId()); });
+    }
 }
+
+}  // namespace
 
 ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskNewCategory(wxWindow* parent,
                                                                       const wxString& name) {
-    ImportNewCategoryMessageBox box(parent, name);
-    if (box.ShowModal() != wxID_YES) {
-        return CategoryAnswer::kCancel;
+    switch (NewCategoryDialog(parent, name).ShowModal()) {
+        case wxID_YES:
+            return CategoryAnswer::kYes;
+        case wxID_YESTOALL:
+            return CategoryAnswer::kYesToAll;
+        default:
+            return CategoryAnswer::kCancel;
     }
-    return box.IsYesToAll() ? CategoryAnswer::kYesToAll : CategoryAnswer::kYes;
 }
 
 ImportQuestions::MergeAnswer ImportQuestionDialogs::AskMerge(wxWindow* parent,
                                                              const FlashCard& stored,
                                                              const FlashCard& imported, uint32_t) {
-    MergeDialog dialog(parent);
-    dialog.SetCards(stored, imported);
+    MergeDialog dialog(parent, stored, imported);
     MergeAnswer answer;
     answer.IsOk = dialog.ShowModal() == wxOK;
     answer.Merged = dialog.GetMergedCard();
@@ -98,8 +96,8 @@ void TellComplete(wxWindow& parent, const ImportResult& result, const wxTimeSpan
 }
 
 void TellFailure(wxWindow* parent, const ImportResult& result) {
-    // Without a text the reason is told elsewhere, as by the library for a file that is not there.
     if (result.Message.empty()) {
+        // The reason is in the log, as the toolkit's own message for a file that is not there.
         return;
     }
     const wxString text =
@@ -112,10 +110,10 @@ void TellFailure(wxWindow* parent, const ImportResult& result) {
 }  // namespace
 
 bool ImportWithProgress(wxWindow* parent, const ImportInput& input, Database& database,
-                        FatalErrorReport& report, bool askCategories,
-                        std::set<int32_t>* touchedCategories) {
+                        FatalErrorReport& report, std::set<int32_t>* touchedCategories) {
     const wxDateTime start = CurrentTime();
     ImportQuestionDialogs questions;
+    const bool askCategories = parent != nullptr;
     ImportThread thread(input, database, askCategories, touchedCategories, questions);
     if (!RunWithProgress(parent, thread, report, _("Unable to start a thread for the import."))) {
         return false;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <wx/dialog.h>
-
 #include <cstdint>
 #include <set>
 
@@ -9,22 +7,10 @@
 
 class Database;
 class FatalErrorReport;
-struct ImportInput;
 class wxWindow;
 
-// Asks whether a category that a file names may be created. Ends with wxID_YES or wxID_CANCEL.
-class ImportNewCategoryMessageBox : public wxDialog {
-  public:
-    ImportNewCategoryMessageBox(wxWindow* parent, const wxString& categoryName);
-
-    // The answer holds for every further category of the file.
-    bool IsYesToAll() const { return mYesToAll; }
-
-  private:
-    bool mYesToAll = false;
-};
-
-// Puts the questions of an import as modal dialogs.
+// Puts the questions of an import to the user as modal dialogs over the progress window. Has no
+// state of its own. Main thread only.
 class ImportQuestionDialogs : public ImportQuestions {
   public:
     CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) override;
@@ -32,10 +18,12 @@ class ImportQuestionDialogs : public ImportQuestions {
                          uint32_t attributeMask) override;
 };
 
-// Imports a file on a worker thread behind a progress window and tells the outcome: a success only
-// where there is a parent, a failure always. The ids of the categories that cards went into are
-// added to the set, which may be null. True when the whole file was imported. The caller tells the
-// listeners of the database.
+// Imports a file on a worker thread behind a progress window; the import dialog, the command line
+// and the offer of an old store all come through here. Returns true when the whole file was
+// imported. A cancel and a failure leave the cards that were written before.
+//
+// With a parent, asks before it creates a category and tells a success. Without one, as on the
+// command line, creates categories unasked and tells only a failure. Adds the ids of the categories
+// that cards went into to the set, which may be null. The caller notifies the database's observers.
 bool ImportWithProgress(wxWindow* parent, const ImportInput& input, Database& database,
-                        FatalErrorReport& report, bool askCategories,
-                        std::set<int32_t>* touchedCategories);
+                        FatalErrorReport& report, std::set<int32_t>* touchedCategories = nullptr);

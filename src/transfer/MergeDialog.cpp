@@ -9,14 +9,15 @@
 
 #include "base/Numbers.h"
 #include "base/Text.h"
+#include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
 
 namespace {
 
 constexpr int kDialogId = 10072;
-// Of the database version, the imported version and the merged version; some repeat, so that
-// handlers bind to the controls.
+// Ids of the fields of the database, the imported and the merged version, in this order. Some ids
+// repeat, so handlers have to bind to the controls themselves.
 constexpr int kFrontIds[] = {10001, 10002, 10000};
 constexpr int kBackIds[] = {10003, 10005, 10003};
 constexpr int kAuthorIds[] = {10006, 10007, 10004};
@@ -40,7 +41,8 @@ wxString VersionName(int column) {
     return names[column];
 }
 
-// Text and ground both, so that the mark reads in a dark theme too.
+// Sets the text's colour with the background's, as red would make the light text of a dark theme
+// hard to read.
 void Mark(wxWindow& control) {
     control.SetForegroundColour(*wxBLACK);
     control.SetBackgroundColour(wxColour(255, 0, 0));
@@ -58,9 +60,22 @@ wxString NumberText(int32_t number) {
 
 }  // namespace
 
-MergeDialog::MergeDialog(wxWindow* parent)
-    : wxDialog(parent, kDialogId, _("Merge"), wxDefaultPosition, wxSize(400, 300),
-               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER) {
+MergeDialog::MergeDialog(wxWindow* parent, const FlashCard& databaseCard,
+                         const FlashCard& importedCard)
+    : wxDialog(parent, kDialogId, _("Merge"), wxDefaultPosition, wxDefaultSize,
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mDatabaseCard(databaseCard),
+      mImportedCard(importedCard) {
+    CreateControls();
+    FillColumn(mDatabase, mDatabaseCard);
+    FillColumn(mImported, mImportedCard);
+    FillColumn(mMerged, mImportedCard);
+    MarkDifferences();
+    // Escape and the title bar ask whether to stop.
+    SetEscapeId(kStopId);
+}
+
+void MergeDialog::CreateControls() {
     auto* const grid = new wxFlexGridSizer(4, FromDIP(wxSize(kGap, kGap)));
     for (size_t column = 1; column <= 3; ++column) {
         grid->AddGrowableCol(column, 1);
@@ -88,8 +103,6 @@ MergeDialog::MergeDialog(wxWindow* parent)
     FitTextHeights(*this);
     SetSizerAndFit(rows);
     CentreOnParent();
-    // Escape and the title bar are a wish to stop.
-    SetEscapeId(kStopId);
 }
 
 void MergeDialog::AddHead(wxFlexGridSizer& grid) {
@@ -101,7 +114,6 @@ void MergeDialog::AddHead(wxFlexGridSizer& grid) {
 
 void MergeDialog::AddTextRow(wxFlexGridSizer& grid, const wxString& label,
                              wxTextCtrl* Column::*control, const int (&ids)[3], bool isMultiLine) {
-    grid.Add(new wxStaticText(this, wxID_ANY, label), wxSizerFlags().CentreVertical());
     Column* const columns[] = {&mDatabase, &mImported, &mMerged};
     for (int column = 0; column < 3; ++column) {
         const long style =
@@ -109,7 +121,12 @@ void MergeDialog::AddTextRow(wxFlexGridSizer& grid, const wxString& label,
         const wxSize size = isMultiLine ? FromDIP(wxSize(-1, kSideHeight)) : wxDefaultSize;
         auto* const text =
             new wxTextCtrl(this, ids[column], wxString(), wxDefaultPosition, size, style);
-        SetAccessibleName(*text, label + ", " + VersionName(column));
+        const wxString spokenName = label + ", " + VersionName(column);
+        if (column == 0) {
+            grid.Add(MakeFormLabel(label, *text, spokenName), wxSizerFlags().CentreVertical());
+        } else {
+            SetAccessibleName(*text, spokenName);
+        }
         columns[column]->*control = text;
         grid.Add(text, wxSizerFlags().Expand());
     }
@@ -124,7 +141,7 @@ void MergeDialog::AddCheckRow(wxFlexGridSizer& grid, const wxString& label,
         auto* const box = new wxCheckBox(this, ids[column], label);
         box->SetToolTip(toolTip);
         SetAccessibleName(*box, label + ", " + VersionName(column));
-        // The other two are there to be read.
+        // The boxes of the other two versions only show what they hold.
         box->Enable(column == kMergedColumn);
         columns[column]->*control = box;
         grid.Add(box, wxSizerFlags().Expand());
@@ -149,16 +166,8 @@ void MergeDialog::AddButtons(wxFlexGridSizer& grid) {
     add(kAlwaysImportedId, _("Always Keep Imported Version"),
         [this] { Keep(mImportedCard, kAlwaysImported); });
     add(kStopId, _("Stop Import"), [this] { OnStop(); });
+    // Enter takes the version that an import without questions takes.
     imported->SetFocus();
-}
-
-void MergeDialog::SetCards(const FlashCard& databaseCard, const FlashCard& importedCard) {
-    mDatabaseCard = databaseCard;
-    mImportedCard = importedCard;
-    FillColumn(mDatabase, mDatabaseCard);
-    FillColumn(mImported, mImportedCard);
-    FillColumn(mMerged, mImportedCard);
-    MarkDifferences();
 }
 
 void MergeDialog::FillColumn(const Column& column, const FlashCard& card) {
@@ -196,7 +205,7 @@ void MergeDialog::Keep(const FlashCard& card, Choice choice) {
     EndModal(wxOK);
 }
 
-// Takes what the merged column holds. False when it makes no card, which was then said.
+// Reads the merged column into the card. Returns false after telling the user why it makes no card.
 bool MergeDialog::ReadMerged(FlashCard& card) {
     card.Front = TrimWide(mMerged.Front->GetValue());
     if (card.Front.empty()) {
@@ -220,6 +229,7 @@ bool MergeDialog::ReadMerged(FlashCard& card) {
 }
 
 void MergeDialog::OnKeepMerged() {
+    // What no column shows, such as the schedules, comes from the imported version.
     FlashCard card = mImportedCard;
     if (ReadMerged(card)) {
         Keep(card, kThisCard);

@@ -9,18 +9,20 @@ class wxFlexGridSizer;
 class wxTextCtrl;
 
 // Puts a stored card and its imported version side by side, with a merged version to edit, and lets
-// a person settle which one is kept. Ends with wxOK when that is done, and with wxCANCEL when the
-// import is to stop; closing it asks whether to stop.
+// the user settle which one to keep. ShowModal returns wxOK after that, and wxCANCEL when the
+// import is to stop; closing the dialog asks whether to stop. Main thread only. It opens only in a
+// run that asks: by default an import takes the imported version without a question
+// (ImportResult::MergePolicy).
 class MergeDialog : public wxDialog {
   public:
-    // For which cards of the run the answer holds.
+    // Which cards of the run the answer is for.
     enum Choice : int32_t { kThisCard = 0, kAlwaysImported = 1, kAlwaysDatabase = 2 };
 
-    explicit MergeDialog(wxWindow* parent);
+    // Fills the columns, marks what differs, and starts the merged version as the imported one.
+    MergeDialog(wxWindow* parent, const FlashCard& databaseCard, const FlashCard& importedCard);
 
-    // Fills the columns, marks what differs, and begins the merged version as the imported one.
-    void SetCards(const FlashCard& databaseCard, const FlashCard& importedCard);
-    // What the card becomes. What no column shows is that of the version that was picked.
+    // Returns what the stored card becomes. Its fields that no column shows, such as the notes, are
+    // those of the version that the user picked.
     const FlashCard& GetMergedCard() const { return mMergedCard; }
     Choice GetChoice() const { return mChoice; }
 
@@ -35,6 +37,7 @@ class MergeDialog : public wxDialog {
         wxCheckBox* ReverseX = nullptr;
     };
 
+    void CreateControls();
     void AddHead(wxFlexGridSizer& grid);
     void AddTextRow(wxFlexGridSizer& grid, const wxString& label, wxTextCtrl* Column::*control,
                     const int (&ids)[3], bool isMultiLine);
@@ -50,8 +53,8 @@ class MergeDialog : public wxDialog {
     void OnStop();
 
     Choice mChoice = kThisCard;
-    FlashCard mDatabaseCard;
-    FlashCard mImportedCard;
+    const FlashCard mDatabaseCard;
+    const FlashCard mImportedCard;
     FlashCard mMergedCard;
     Column mDatabase;
     Column mImported;

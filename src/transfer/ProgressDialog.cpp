@@ -22,8 +22,8 @@ constexpr int kGaugeWidth = 300;
 
 }  // namespace
 
-ProgressDialog::ProgressDialog(wxWindow* parent, const wxString& caption, const wxSize& size)
-    : wxDialog(parent, kDialogId, caption, wxDefaultPosition, size), mTimer(this, kTimerId) {
+ProgressDialog::ProgressDialog(wxWindow* parent, ProgressSource& source)
+    : wxDialog(parent, kDialogId, _("Progress")), mSource(source), mTimer(this, kTimerId) {
     mpGauge = new wxGauge(this, kGaugeId, 100, wxDefaultPosition, FromDIP(wxSize(kGaugeWidth, -1)),
                           wxGA_HORIZONTAL);
     mpGauge->SetValue(1);
@@ -37,53 +37,52 @@ ProgressDialog::ProgressDialog(wxWindow* parent, const wxString& caption, const 
 
     SetEscapeId(kCancelId);
     cancel->SetFocus();
-    cancel->Bind(wxEVT_BUTTON, &ProgressDialog::OnCancel, this);
+    cancel->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Cancel(); });
     Bind(wxEVT_TIMER, &ProgressDialog::OnTick, this, kTimerId);
     Bind(wxEVT_CLOSE_WINDOW, &ProgressDialog::OnClose, this);
     mTimer.Start(kTickMilliseconds);
 }
 
 void ProgressDialog::OnTick(wxTimerEvent&) {
-    if (mInTick || mpSource == nullptr) {
+    if (mInTick) {
         return;
     }
     mInTick = true;
-    mpSource->OnTimer(this);
+    mSource.OnTimer(this);
     mInTick = false;
     if (!mTimer.IsRunning()) {
-        // Cancelled while the job had its turn; the end is under way.
+        // The user cancelled while the job had its turn, and the dialog is about to end.
         return;
     }
     ShowPosition();
-    if (mpSource->IsFinished()) {
+    if (mSource.IsFinished()) {
         End(wxID_OK);
     }
 }
 
 void ProgressDialog::ShowPosition() {
-    const int32_t minimum = mpSource->GetMinimum();
-    const int32_t range = std::max(0, mpSource->GetMaximum() - minimum);
-    const int32_t position = mpSource->GetPosition() - minimum;
+    // The worker may move on between these calls, and a job may have no length at all, so the
+    // numbers need not agree. The gauge complains about a value outside its range.
+    const int32_t minimum = mSource.GetMinimum();
+    const int32_t range = std::max(0, mSource.GetMaximum() - minimum);
+    const int32_t position = mSource.GetPosition() - minimum;
     mpGauge->SetRange(range);
     mpGauge->SetValue(std::clamp(position, 0, range));
 }
 
-void ProgressDialog::OnCancel(wxCommandEvent&) {
-    mTimer.Stop();
-    if (mpSource != nullptr) {
-        mpSource->Cancel();
-    }
-    End(wxID_CANCEL);
-}
-
-// Only the button stops a job; the title bar does not.
 void ProgressDialog::OnClose(wxCloseEvent& event) {
+    // The title bar must not stop a job. A forced close cannot be refused, so the job has to stop.
     if (event.CanVeto()) {
         event.Veto();
-        return;
+    } else {
+        Cancel();
     }
-    wxCommandEvent none;
-    OnCancel(none);
+}
+
+void ProgressDialog::Cancel() {
+    mTimer.Stop();
+    mSource.Cancel();
+    End(wxID_CANCEL);
 }
 
 void ProgressDialog::End(int code) {
@@ -102,8 +101,8 @@ bool RunWithProgress(wxWindow* parent, Worker& worker, FatalErrorReport& report,
         return false;
     }
     {
-        ProgressDialog dialog(parent, _("Progress"), wxSize(400, 300));
-        dialog.SetSource(worker);
+        // The dialog is gone by the time a failure is told, and the user sees the failure alone.
+        ProgressDialog dialog(parent, worker);
         dialog.ShowModal();
     }
     worker.Join();

@@ -8,32 +8,31 @@ class ProgressSource;
 class Worker;
 class wxGauge;
 
-// The face of a long job on a worker thread: a gauge that follows the job, and a Cancel button as
-// the only way out before the end. Ends with wxID_OK when the job has ended and with wxID_CANCEL by
-// the button; the job's own result says what came of it.
+// Shows a long job on a worker thread: a gauge that follows it, and a Cancel button as the only way
+// out before its end. ShowModal returns wxID_OK when the job has ended and wxID_CANCEL after the
+// button; the job's own result says what came of it. Main thread only.
 class ProgressDialog : public wxDialog {
   public:
-    ProgressDialog(wxWindow* parent, const wxString& caption, const wxSize& size);
-
-    // Takes the job, which runs already. Call it before ShowModal; the source is not owned.
-    void SetSource(ProgressSource& source) { mpSource = &source; }
+    // The source is a job that runs already. It is not owned.
+    ProgressDialog(wxWindow* parent, ProgressSource& source);
 
   private:
     void OnTick(wxTimerEvent& event);
-    void OnCancel(wxCommandEvent& event);
     void OnClose(wxCloseEvent& event);
+    void Cancel();
     void ShowPosition();
     void End(int code);
 
-    ProgressSource* mpSource = nullptr;
+    ProgressSource& mSource;
     wxGauge* mpGauge = nullptr;
     wxTimer mTimer;
-    // True while the job has its turn: the timer goes on behind a question that it asks.
+    // True while the job has its turn. The timer goes on while the job shows a question, and such a
+    // tick must not give the job another turn.
     bool mInTick = false;
 };
 
-// Runs a worker behind a progress window and waits for its end. When the store failed under the
-// worker, this delivers the failure, which ends the program. Returns false when no thread could be
-// started; the given text then went to the log.
+// Runs a worker behind a progress window and returns when it has ended. A failure of the store that
+// the worker met is delivered then, which ends the program. Returns false when the system has no
+// thread to give, after writing the given text to the log.
 bool RunWithProgress(wxWindow* parent, Worker& worker, FatalErrorReport& report,
                      const wxString& startFailure);

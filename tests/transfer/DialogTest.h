@@ -2,7 +2,7 @@
 
 #include "support/GuiTest.h"
 
-// Notes how many dialogs had been shown when it was asked to deliver.
+// Remembers how many dialogs had been shown when it was asked to deliver.
 class OrderedReport : public RecordingReport {
   public:
     explicit OrderedReport(const ModalAnswers& answers) : mAnswers(answers) {}
@@ -13,7 +13,7 @@ class OrderedReport : public RecordingReport {
     const ModalAnswers& mAnswers;
 };
 
-// A test of dialogs that are shown, and of those that they show in turn.
+// A test of dialogs, which may show further dialogs, on a real store.
 struct DialogTest : GuiStoreTest {
     ModalAnswers mAnswers;
     OrderedReport mOrdered{mAnswers};

@@ -12,8 +12,8 @@ struct ExportOptionsDialogTest : DialogTest {
 
     void Open(const std::vector<int64_t>& selected) {
         mSelected = selected;
-        mDialog = std::make_unique<ExportOptionsDialog>(nullptr, mCategories, mOrdered);
-        mDialog->SetDatabase(mDatabase, mSelected);
+        mDialog = std::make_unique<ExportOptionsDialog>(nullptr, mDatabase, mCategories, mOrdered,
+                                                        mSelected);
     }
     void Choose(int id, int index) { ::Choose(*mDialog, id, index); }
     wxTextCtrl& Text(int id) { return Find<wxTextCtrl>(*mDialog, id); }
@@ -28,7 +28,7 @@ struct ExportOptionsDialogTest : DialogTest {
     std::unique_ptr<ExportOptionsDialog> mDialog;
 };
 
-TEST_F(ExportOptionsDialogTest, TheRangeBeginsAsNarrowAsItCan) {
+TEST_F(ExportOptionsDialogTest, TheRangeStartsAsNarrowAsItCan) {
     InsertCards(18, 0);
     InsertCards(2, 1);
     const std::tuple<int32_t, std::vector<int64_t>, int, size_t> rows[] = {
@@ -44,6 +44,7 @@ TEST_F(ExportOptionsDialogTest, TheRangeBeginsAsNarrowAsItCan) {
     }
 }
 
+// What counts as a delimiter is tested with the import dialog, which has the same rows.
 TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     InsertCards(1, 0);
     Open({});
@@ -58,18 +59,11 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     Choose(kDelimiter, 4);
     EXPECT_TRUE(Text(kOther).IsShown());
     EXPECT_EQ(Preview(), "You must specify a delimiter.");
-    const std::pair<const char*, const char*> wrongs[] = {
-        {"||", "You can only have a one character delimiter"},
-        {"\"", "\" cannot be used as a delimiter."},
-        {"\n", "You must specify a delimiter."}};
-    for (const auto& [wrong, message] : wrongs) {
-        Text(kOther).SetValue(wrong);
-        EXPECT_EQ(Preview(), message);
-        // The dialog stays, with the message in a box.
-        mAnswers.Expect(wxID_OK);
-        Send(*FindById(*mDialog, kOk));
-        EXPECT_EQ(mAnswers.Dialogs.back().Message, Preview());
-    }
+    // A wrong delimiter keeps the dialog open; a line break, which nobody can see, is taken out.
+    Text(kOther).SetValue("\n");
+    mAnswers.Expect(wxID_OK);
+    Send(*FindById(*mDialog, kOk));
+    EXPECT_EQ(mAnswers.Dialogs.back().Message, Preview());
     EXPECT_TRUE(Text(kOther).IsEmpty());
     Text(kOther).SetValue("|");
     EXPECT_EQ(Preview().rfind("id|Front|Back", 0), 0U);

@@ -1,5 +1,3 @@
-// How a file is read, and what its first card becomes, before it is imported.
-
 #include "transfer/ImportDialog.h"
 
 #include "transfer/DialogTest.h"
@@ -10,23 +8,21 @@ constexpr int ID_DELIMITER = 10001, ID_FORMAT = 10004, ID_OTHER = 10007, ID_ERRO
 constexpr int ID_PREVIEW = 10036, ID_PREVIEW_LABEL = 10090;
 
 struct ImportDialogTest : DialogTest {
-    // A dialog on a file of these bytes, as the command makes it.
+    // Opens the dialog on a file of these bytes.
     ImportDialog& Open(const std::string& bytes) {
         WriteBytes(mDirectory.Path("import.txt"), bytes);
         return OpenFile("import.txt");
     }
     ImportDialog& OpenFile(const wxString& name) {
-        mDialog = std::make_unique<ImportDialog>(nullptr, mReport);
-        mDialog->SetFileName(mDirectory.Path(name));
-        mDialog->SetDatabase(&mDatabase);
-        mDialog->DetectFormat();
+        mDialog =
+            std::make_unique<ImportDialog>(nullptr, mDatabase, mReport, mDirectory.Path(name));
         return *mDialog;
     }
 
     void Choose(int id, int selection) { ::Choose(*mDialog, id, selection); }
     bool IsShown(int id) { return FindById(*mDialog, id)->IsShown(); }
 
-    // The format with its delimiter, and what is shown below it.
+    // Returns the format with its delimiter, and what the dialog shows below them.
     wxString Shown() {
         wxString text = Find<wxChoice>(*mDialog, ID_FORMAT).GetStringSelection() + "/" +
                         Find<wxChoice>(*mDialog, ID_DELIMITER).GetStringSelection() + ": ";
@@ -63,7 +59,7 @@ TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
         {"in: store\n", "VLM Text File/tab: \"in\" is not a valid attribute name.\nLine Number: 1"},
         {"Front,Wrong\na,b\n",
          "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1"},
-        // A second card of the same texts is no matter of the preview.
+        // The preview does not mind a card whose texts the store has already.
         {"f\tb\nin\tstore\n", "Delimited/tab: f=in;b=store;"},
     };
     for (const auto& [bytes, shown] : cases) {
@@ -87,9 +83,16 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
     Choose(ID_DELIMITER, 4);
     EXPECT_TRUE(IsShown(ID_OTHER));
     EXPECT_EQ(Shown(), "Delimited/other: You must specify a delimiter.");
-    Find<wxTextCtrl>(*mDialog, ID_OTHER).SetValue(":");
-    EXPECT_EQ(Shown(), "Delimited/other: f=b;a=b;");
-    EXPECT_EQ(mDialog->GetDelimiter(), L':');
+    auto& other = Find<wxTextCtrl>(*mDialog, ID_OTHER);
+    const std::pair<wxString, wxString> cases[] = {
+        {"ab", "You can only have a one character delimiter"},
+        {"\"", "\" cannot be used as a delimiter."},
+        {"\n", "You must specify a delimiter."},
+        {":", "f=b;a=b;"}};
+    for (const auto& [typed, shown] : cases) {
+        other.SetValue(typed);
+        EXPECT_EQ(Shown(), "Delimited/other: " + shown) << typed;
+    }
     Choose(ID_FORMAT, 0);
     EXPECT_FALSE(IsShown(ID_OTHER));
     EXPECT_EQ(Shown(), "VLM Text File/other: f=a;b=b;");

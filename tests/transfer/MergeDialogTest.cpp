@@ -1,5 +1,3 @@
-// The conflict of a stored card and its imported version, settled by a person.
-
 #include "transfer/MergeDialog.h"
 
 #include "transfer/DialogTest.h"
@@ -9,7 +7,8 @@ namespace {
 
 enum : int { ID_FRONT = 10000, ID_AUTHOR = 10004, ID_ORDER = 10010, ID_KEEP_MERGED = 10014 };
 
-// The controls of the merged column, from the top down; the one of the back shares its id.
+// Finds the controls of the merged column, from the top down. Ids cannot tell them all, as the
+// field of the back shares its id.
 std::vector<wxWindow*> MergedColumn(wxWindow& dialog) {
     std::vector<wxWindow*> controls;
     for (wxWindow* const child : dialog.GetChildren()) {
@@ -57,8 +56,7 @@ TEST_F(MergeDialogTest, KeepsTheVersionOfTheButton) {
 }
 
 TEST_F(MergeDialogTest, MarksTheFieldsThatDiffer) {
-    MergeDialog dialog(nullptr);
-    dialog.SetCards(mStored, mImported);
+    MergeDialog dialog(nullptr, mStored, mImported);
     std::vector<bool> marked;
     for (wxWindow* const control : MergedColumn(dialog)) {
         marked.push_back(control->GetBackgroundColour() == wxColour(255, 0, 0) &&
@@ -68,8 +66,7 @@ TEST_F(MergeDialogTest, MarksTheFieldsThatDiffer) {
 }
 
 TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
-    MergeDialog dialog(nullptr);
-    dialog.SetCards(mStored, mImported);
+    MergeDialog dialog(nullptr, mStored, mImported);
     auto* const back = dynamic_cast<wxTextCtrl*>(MergedColumn(dialog)[1]);
     const struct {
         wxTextCtrl* Control;

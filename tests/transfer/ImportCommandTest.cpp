@@ -1,14 +1,14 @@
-// The store that version 1.0 may have left. That the command "Import" ends with it on a system
-// without its engine is seen with the real program.
+#include "transfer/ImportCommand.h"
 
 #include <wx/filename.h>
 
 #include "support/FakeRowSource.h"
 #include "support/GuiTest.h"
-#include "transfer/ImportCommand.h"
 
 namespace {
 
+// The offer of version 1.0's store. The end-to-end tests run the command on a system without the
+// engine.
 struct ImportCommandTest : GuiStoreTest {
     bool Offer() {
         const std::vector<wxString> places = {mDirectory.Path("nothing here"), mOldStore};
@@ -23,7 +23,7 @@ struct ImportCommandTest : GuiStoreTest {
 
 }  // namespace
 
-TEST_F(ImportCommandTest, ImportsAnOldStoreOnceItsEngineIsThere) {
+TEST_F(ImportCommandTest, AnOldStoreIsImportedOnceItsEngineIsThere) {
     WriteBytes(mOldStore, "old");
     mAnswers.Expect(wxID_NO);
     EXPECT_FALSE(Offer());
