@@ -2,7 +2,10 @@
 
 bool Worker::Start() {
     mStarted = Create() == wxTHREAD_NO_ERROR && Run() == wxTHREAD_NO_ERROR;
-    mFinished = !mStarted;
+    // The worker may have ended by now, so a start that succeeded must leave the flag alone.
+    if (!mStarted) {
+        mFinished = true;
+    }
     return mStarted;
 }
 
