@@ -99,7 +99,7 @@ EditForm::EditForm(wxWindow* parent)
     : wxScrolledWindow(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                        wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL) {
     SetScrollRate(1, 1);
-    // Of a key that a part of a control has, such as the button of a choice, the form is told.
+    // Keys pressed inside a composite control, such as a choice's button, arrive here.
     Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
     auto* const column = new wxBoxSizer(wxVERTICAL);
     SetSizer(column);
@@ -151,7 +151,7 @@ void EditForm::AddField(wxBoxSizer& column, CardField field) {
     flags.Border(kFieldSides, kFormBorder);
     if (row.Kind != FieldKind::Short) {
         flags.Expand();
-        // Or the longest name of a category would make the form as wide.
+        // Without a least size the longest name of a category would set the width of the form.
         const int height = row.Kind == FieldKind::Lines ? kLeastLines * GetCharHeight() : -1;
         added.Control->SetMinSize(wxSize(FromDIP(kTextWidth), height));
     }

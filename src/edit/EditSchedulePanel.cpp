@@ -76,46 +76,17 @@ bool ReadDifficulty(const wxString& text, uint8_t& difficulty) {
     return true;
 }
 
-#ifdef __WXGTK__
-
-// The number that the platform's control makes of a text.
-double ReadAsPlatform(const wxString& text) {
+// Returns whether a text must stay for the user to be told about it. The platform's control makes a
+// number within its range of any text as soon as it loses the focus: 40 becomes 32, and a blank
+// text 0. Any other number, such as one that an arrow gives, may replace the text.
+bool KeepsText(const wxString& text, double value) {
+    uint8_t difficulty = 0;
     double number = 0.0;
-    return ReadNumber(text, number)
-               ? std::clamp<double>(number, kLowestDifficulty, kHighestDifficulty)
-               : kLowestDifficulty;
+    const double made = ReadNumber(text, number)
+                            ? std::clamp<double>(number, kLowestDifficulty, kHighestDifficulty)
+                            : kLowestDifficulty;
+    return !ReadDifficulty(text, difficulty) && value == made;
 }
-
-// As soon as the focus leaves it or Return is pressed, the platform's control makes a number within
-// its range of any text: 40 becomes 32, and a blank text 0. It asks before it writes the number in
-// place of the text, and is refused while the text is no difficulty, so that the user can be told.
-// Any other number, such as one that an arrow gives, replaces the text.
-void KeepUnreadableText(const wxSpinCtrl& control) {
-    static const auto connect =
-        FindToolkitFunction<unsigned long (*)(void* instance, const char* signal, void (*handler)(),
-                                              void* data, void* destroy, int flags)>(
-            "g_signal_connect_data");
-    static const auto getText = FindToolkitFunction<const char* (*)(void*)>("gtk_entry_get_text");
-    static const auto getValue =
-        FindToolkitFunction<double (*)(void*)>("gtk_spin_button_get_value");
-    if (connect == nullptr || getText == nullptr || getValue == nullptr) {
-        return;
-    }
-    int (*const onWrite)(void*, void*) = [](void* widget, void*) {
-        const wxString text = wxString::FromUTF8(getText(widget));
-        uint8_t difficulty = 0;
-        const bool isUnreadable = !ReadDifficulty(text, difficulty);
-        return isUnreadable && getValue(widget) == ReadAsPlatform(text) ? 1 : 0;
-    };
-    connect(control.GetHandle(), "output", reinterpret_cast<void (*)()>(onWrite), nullptr, nullptr,
-            0);
-}
-
-#else
-
-void KeepUnreadableText(const wxSpinCtrl& /*control*/) {}
-
-#endif
 
 }  // namespace
 
@@ -123,7 +94,7 @@ EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxSt
     : wxPanel(parent, id, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, "panel") {
     CreateControls();
     LayOut(title);
-    // Of the two panels of a form neither has a heading, so each field tells to which it belongs.
+    // The two panels of a form have no heading, so each field tells which one it belongs to.
     SetToolTip(title);
     for (wxWindow* const child : GetChildren()) {
         child->SetToolTip(title);
@@ -146,7 +117,7 @@ void EditSchedulePanel::CreateControls() {
     mpDifficulty =
         new wxSpinCtrl(this, ID_DIFFICULTY, "0", wxDefaultPosition, wxDefaultSize, wxSP_ARROW_KEYS,
                        kLowestDifficulty, kHighestDifficulty, 0, "wxSpinCtrl");
-    KeepUnreadableText(*mpDifficulty);
+    KeepSpinText(*mpDifficulty, KeepsText);
     mpLastScore =
         new wxChoice(this, ID_LAST_SCORE, wxDefaultPosition, wxDefaultSize, Translated(kScores));
 }

@@ -50,7 +50,7 @@ struct ImportResult {
     // What failed and on which line of the file; -1 for none.
     wxString Message;
     int32_t LineNumber = -1;
-    // Of the current pass, 0 to 1.
+    // The part of the current pass that is done, 0 to 1.
     std::atomic<float> Progress{0.0f};
 
     wxSemaphore RequestSemaphore;

@@ -21,7 +21,7 @@ class LegacyRowSource {
     virtual int32_t Open(const std::wstring& path) = 0;
     // Begins the statement; the rows of the one before are given up.
     virtual int32_t Run(const std::wstring& statement) = 0;
-    // Of the statement, as the engine spells them.
+    // Returns the columns of the statement, as the engine spells them.
     virtual const std::vector<std::wstring>& GetColumnNames() const = 0;
     // The next row of the statement, a text for each column. A row that cannot be read gives empty
     // texts. False when there is no further row, or no statement.

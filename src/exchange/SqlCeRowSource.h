@@ -34,7 +34,7 @@ class SqlCeRowSource : public LegacyRowSource {
     void CloseStatement();
     void CloseSession();
 
-    // Of what is open; each is released in the opposite order.
+    // What is open, in the order of opening; each is released in the opposite order.
     IDBInitialize* mpProvider = nullptr;
     IDBCreateCommand* mpCommands = nullptr;
     IRowset* mpRows = nullptr;

@@ -92,7 +92,7 @@ class CardList : public wxPanel, private Observer {
     int32_t mCategoryId = -1;
     uint32_t mSortColumn = 0;
     CardRowCache mRowCache;
-    // Of each list row, in the order of display.
+    // One for each list row, in the order of display.
     std::vector<int64_t> mRowIds;
     int32_t mStoreCount = 0;
     SubjectAttachment mSettingsAttachment;

@@ -35,7 +35,7 @@ constexpr int kNoticeWidth = 180;
 // The control cuts a longer text by the widths of its single characters, which takes long and puts
 // the dots onto the text where letters join or are narrower together.
 constexpr size_t kShortText = 40;
-// Below it the letters are those of European languages, with no marks to join.
+// Letters before this one are those of European languages, with no marks to join.
 constexpr wxUniChar::value_type kFirstJoining = 0x300;
 // What the control leaves free of the width of a column.
 constexpr int kCellMargins = 8;

@@ -55,8 +55,8 @@ class CardSelection {
     // These succeed also without a card, and chosen then is unchanged.
     int IntroduceCard(ReviewCard& chosen);
     int PickEarlyReviewCard(ReviewCard& chosen);
-    // Of the first card in each direction studied, takes the one with the lower key; chance decides
-    // between equal ones.
+    // Compares the first card in each direction studied and takes the one with the lower key;
+    // chance decides between equal ones.
     int ChooseFirst(FirstCard selectForward, FirstCard selectReverse, SortKey key,
                     ReviewCard& chosen);
     bool Studies(ReviewDirection direction) const { return (mOptions.Directions & direction) != 0; }

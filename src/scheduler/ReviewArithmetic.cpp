@@ -181,7 +181,7 @@ int32_t LowBits(ReviewRandom& random) {
 void StartAgain(Database& database, FlashCard& card, MaintenancePrompt& prompt) {
     prompt.ConfirmStart();
     // Should it fail, the old numbers stand, and the card at hand gets its low number all the same.
-    if (database.Execute("UPDATE Cards SET ERC=0,RERC=0") >= 0) {
+    if (database.ResetErc() >= 0) {
         card.Forward.ERC = card.Reverse.ERC = 0;
     }
     prompt.TellComplete();

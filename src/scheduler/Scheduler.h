@@ -110,7 +110,7 @@ class Scheduler {
     // Makes a new choice the live card, or finds out why there is none.
     void SelectLiveCard();
     void ShowPlaceholder(const wxString& word);
-    // By the direction of the card that was current so far.
+    // Tests the direction the previous card was shown in.
     bool IsExcluded(const FlashCard& card) const;
     const CardSchedule& CurrentSchedule() const {
         return ScheduleOf(mCurrentCard, mCurrentDirection);

@@ -19,7 +19,7 @@ struct MenuRow {
     // A command, a submenu's own id, or wxID_SEPARATOR for a line.
     int Id;
     const char* Label = "";
-    // Of the resources, for normal entries; null for none.
+    // A resource's name, for normal entries; null for none.
     const char* Picture = nullptr;
     wxItemKind Kind = wxITEM_NORMAL;
     const char* Help = "";

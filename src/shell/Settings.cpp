@@ -65,8 +65,8 @@ void TellOnce(const wxString& path) {
     }
 }
 
-// The library's parser asserts on some lines that make no sense (a value with no name before it) and
-// gets over them. Users may write such lines, so they are no fault of the program.
+// The library's parser asserts on some lines that make no sense (a value with no name before it)
+// and gets over them. Users may write such lines, so they are no fault of the program.
 class NoAsserts {
   public:
     NoAsserts() : mFormer(wxSetAssertHandler(nullptr)) {}

@@ -5,6 +5,7 @@
 #include <wx/panel.h>
 #include <wx/scrolwin.h>
 #include <wx/settings.h>
+#include <wx/spinctrl.h>
 #include <wx/textctrl.h>
 #include <wx/toplevel.h>
 
@@ -89,6 +90,17 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     return focus;
 }
 
+void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
+    // Returns TRUE to tell the platform that the text stands as it should.
+    gboolean (*const onWrite)(GtkSpinButton*, void*) = [](GtkSpinButton* button, void* guard) {
+        const wxString text = wxString::FromUTF8(gtk_entry_get_text(GTK_ENTRY(button)));
+        return static_cast<gboolean>(
+            reinterpret_cast<SpinTextGuard>(guard)(text, gtk_spin_button_get_value(button)));
+    };
+    g_signal_connect(control.GetHandle(), "output", G_CALLBACK(onWrite),
+                     reinterpret_cast<void*>(keepsText));
+}
+
 wxPoint GetFramePosition(const wxTopLevelWindow& window) {
     wxPoint position;
     gtk_window_get_position(GTK_WINDOW(window.GetHandle()), &position.x, &position.y);
@@ -104,6 +116,8 @@ void SetAccessibleRole(const wxWindow& /*window*/, AccessibleRole /*role*/) {}
 void FitTextHeights(wxWindow& /*window*/) {}
 
 void ShowMenuPictures() {}
+
+void KeepSpinText(const wxSpinCtrl& /*control*/, SpinTextGuard /*keepsText*/) {}
 
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     const wxWindow* const focus = wxWindow::FindFocus();

@@ -5,6 +5,7 @@
 
 class wxListCtrl;
 class wxScrolledWindow;
+class wxSpinCtrl;
 class wxTopLevelWindow;
 class wxWindow;
 
@@ -46,6 +47,12 @@ void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole);
 // to compare with and never to use, or null when the focus is elsewhere. Place receives its
 // rectangle in pixels of the form's window.
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place);
+
+// Asks before a spin control writes its number in place of the text that the user typed: while the
+// function returns true for that text and number, the text stays. Elsewhere than on this platform
+// the number replaces the text.
+using SpinTextGuard = bool (*)(const wxString& text, double number);
+void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 
 // Returns where the frame around a window lies on the screen, in pixels. After a window was hidden
 // and shown again the library may report the position of the inside instead.

@@ -78,6 +78,8 @@ class Database : public Subject {
     int DeleteCard(const CardUuid& id);
     int CardDeleteByRowId(int64_t rowId);
     int CardUpdateCategory(int64_t rowId, int32_t categoryId);
+    // Puts every card into review block 0, in both directions.
+    int ResetErc();
     // Moves every card of one category into another.
     int UpdateFlashCardCategory(int32_t fromId, int32_t toId);
 

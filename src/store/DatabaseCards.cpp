@@ -73,6 +73,10 @@ int Database::MendNextReviews() {
     return 0;
 }
 
+int Database::ResetErc() {
+    return Execute("UPDATE Cards SET ERC=0,RERC=0");
+}
+
 int Database::DeleteCard(const CardUuid& id) {
     const Lock lock(mMutex);
     StatementRun run(*this, mpDeleteCardStmt);

@@ -96,7 +96,8 @@ bool PutInPlace(const fs::path& made, const fs::path& target) {
     if (kind == FileKind::kEmpty) {
         fs::permissions(made, fs::status(target, error).permissions(), error);
     }
-    // Of a store that stood here before, and so the engine would play them back into this one.
+    // They belong to a store that stood here before, and the engine would play them back into this
+    // one.
     RemoveCompanions(target);
     fs::rename(made, target, error);
     SyncDirectory(target);
@@ -124,8 +125,8 @@ bool IsCutOff(sqlite3* handle) {
     return pageSize == 0 || size % pageSize != 0;
 }
 
-// Whatever a schema can carry that would run, and foreign keys, whose actions change other rows. An
-// engine older than a switch does not know what it switches off either.
+// Everything a schema can carry that would run, and foreign keys, whose actions change other rows.
+// An engine older than a switch does not know what it switches off either.
 constexpr std::pair<int, int> kSwitches[] = {
 #ifdef SQLITE_DBCONFIG_DEFENSIVE
     {SQLITE_DBCONFIG_DEFENSIVE, 1},

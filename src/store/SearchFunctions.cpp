@@ -130,7 +130,7 @@ class Characters {
 enum class Match {
     kYes,
     kNo,
-    // Nor would a later place for the wild card before make it match.
+    // No match, and none further right either: the caller may stop trying.
     kNever
 };
 

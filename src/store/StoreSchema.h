@@ -94,6 +94,6 @@ class SchemaReview {
     bool Accepts(std::string_view sql);
 
   private:
-    // Of all indexes on our tables so far.
+    // The columns of all indexes on our tables so far.
     int mIndexColumns = 0;
 };

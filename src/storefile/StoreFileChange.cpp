@@ -46,7 +46,7 @@ class StoreFileChange {
 };
 
 void StoreFileChange::Move() {
-    // By the file and not only by the name: a store must never be moved over itself.
+    // Compares the files and not only their names: a store must never be moved over itself.
     if (IsSameFile(mNewPath, mCurrentPath) || !mActions.DiscardEdits(mpParent) ||
         !MayReplace(_("Move Store File"))) {
         return;

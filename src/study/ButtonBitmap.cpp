@@ -33,7 +33,7 @@ void PaintShadow(wxDC& dc, wxRect shadow, int32_t radius, const wxColour& backgr
     }
 }
 
-// By how much row y of a rounded rectangle begins further in.
+// Returns how many pixels further in row y of a rounded rectangle begins.
 int32_t RowInset(int32_t y, int32_t height, int32_t radius) {
     int32_t d = 0;
     if (y < radius) {

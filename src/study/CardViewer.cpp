@@ -314,7 +314,7 @@ void CardViewer::OnLeftUp(wxMouseEvent& event) {
     }
 }
 
-// By lines of text: the scroll unit, a pixel, is too small a step.
+// Scrolls by lines of text: the scroll unit, a pixel, is too small a step.
 void CardViewer::OnWheel(wxMouseEvent& event) {
     const int32_t delta = event.GetWheelDelta();
     if (delta <= 0 || event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL) {

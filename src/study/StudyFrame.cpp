@@ -35,7 +35,7 @@ constexpr int kHighestScore = kScoreCount - 1;
 constexpr int kStartScore = 3;
 
 constexpr int kMessageWidth = 230;
-// Of both sides of a card together, in whatever font.
+// Lines of text that both sides of a card together have room for, in any font.
 constexpr int kLeastLines = 4;
 // Characters of a side that a screen reader is told, two hours of speech.
 constexpr size_t kMostSpoken = 100000;
@@ -180,7 +180,7 @@ void StudyFrame::RebuildCover() {
 }
 
 bool StudyFrame::Show(bool show) {
-    // Or else the first tool would be chosen for it.
+    // Without this the platform would choose the first tool.
     if (show && !IsShown() && mpChildFocus->IsShown()) {
         mpChildFocus->SetFocus();
     }

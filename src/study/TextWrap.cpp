@@ -128,7 +128,7 @@ class LineCutter {
         }
     }
 
-    // By how much a beginning may be wider than a longer one: an Arabic letter shrinks when it is
+    // How much wider a beginning may be than a longer one: an Arabic letter shrinks when it is
     // no longer the last one, and a sequence of emojis when it becomes complete.
     static int32_t Slack(std::wstring_view text, int32_t height) {
         int32_t heights = 0;
@@ -241,7 +241,7 @@ class LineCutter {
     int32_t mSlack = 0;
     // Length of the line before, which tells where to measure first.
     size_t mTaken = 0;
-    // By the length of the beginning.
+    // The keys are lengths of the beginning.
     std::map<size_t, wxSize> mExtents;
 };
 

@@ -24,7 +24,7 @@ struct WrappedText {
     // -1 before the first line was asked for.
     int32_t MaxWidth = -1;
     std::vector<TextLine> Lines;
-    // Of the highest line; 0 without lines.
+    // The height of the highest line, in pixels; 0 without lines.
     int32_t LineHeight = 0;
     // Where to go on, where the piece in hand ends without the white space behind it, and where the
     // next one begins.

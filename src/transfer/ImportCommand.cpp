@@ -13,7 +13,10 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <string>
 
+#include "base/Unicode.h"
 #include "exchange/ImportJob.h"
 #include "exchange/LegacyStoreReader.h"
 #include "shell/AppServices.h"

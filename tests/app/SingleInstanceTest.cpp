@@ -40,7 +40,7 @@ TEST_F(SingleInstanceTest, ASecondStartCallsTheFirstAndIsNotKeptWaiting) {
     EXPECT_LT(watch.Time(), 2000);
     EXPECT_TRUE(WaitFor([this] { return mCalls > 0; }));
 
-    // Whoever cleans up old files does not make a second start a first one.
+    // A cleaner of old files does not make a second start a first one.
     wxRemoveFile(Directory() + "/velomind.lock");
     EXPECT_EQ(probing.BecomeFirst(Greeting::None), Standing::Second);
 }

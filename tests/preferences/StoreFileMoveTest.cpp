@@ -70,7 +70,7 @@ TEST_F(StoreFileMoveTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
         EXPECT_EQ(MoveStoreFile(mStore, target), error) << target;
         EXPECT_EQ(ReadBytes(mStore), mCards) << target;
     }
-    // Nor may it leave changes behind that are pending beside it.
+    // It must not leave pending changes behind, either.
     WriteBytes(mStore + "-journal", "hot");
     EXPECT_EQ(MoveStoreFile(mStore, Path("other.vlm")), EBUSY);
     EXPECT_FALSE(wxFileName::Exists(Path("other.vlm")));

@@ -99,7 +99,7 @@ TEST(SearchFunctionsTest, AnswerAsTheEnginesOwn) {
                     units += u"\U0001F600";
                     break;
                 case 4:
-                    // Of two at the beginning the engine takes the first off.
+                    // The engine takes off the first of two at the beginning.
                     units.insert(0, u"\ufeff\ufeff");
                     break;
                 default:

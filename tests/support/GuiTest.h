@@ -63,7 +63,7 @@ class ModalAnswers : public wxModalDialogHook {
   public:
     struct Seen {
         wxString Title;
-        // Of a message box; empty for others.
+        // The text of a message box; empty for others.
         wxString Message;
     };
 
