@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     SetUpCharacters();
     std::vector<std::wstring> words = ReadCommandWords(argc, argv);
     std::vector<wchar_t*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::wstring& word : words) {
         arguments.push_back(word.data());
     }

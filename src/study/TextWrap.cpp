@@ -45,7 +45,7 @@ std::wstring_view Trim(std::wstring_view text) {
 wxString ToText(std::wstring_view text) {
     std::wstring characters(text);
     std::replace_if(characters.begin(), characters.end(), IsLineSeparator, L' ');
-    return wxString(std::move(characters));
+    return wxString(characters);
 }
 
 // The second character is drawn on or into the one before it.

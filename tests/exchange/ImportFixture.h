@@ -8,7 +8,7 @@ struct ImportFixture : StoreFixture {
     // Writes the bytes to a file.
     ImportInput TextFile(const std::string& bytes, ImportFormat format = ImportFormat::kVlmText,
                          wchar_t delimiter = L',') {
-        const ImportInput input{mDirectory.Path("import.txt"), format, delimiter};
+        ImportInput input{mDirectory.Path("import.txt"), format, delimiter};
         WriteBytes(input.FileName, bytes);
         return input;
     }

@@ -165,9 +165,10 @@ TEST_F(ImportOnAThread, EndsWhenItIsCancelledAtAnyMoment) {
     for (int round = 0; round < 80; ++round) {
         const std::string number = std::to_string(round);
         const bool asks = round % 2 == 1;
-        ImportThread thread(TextFile("f: " + number + "\nb: b\n\nf: " + number + "\nb: c\n" +
-                                     (asks ? "c: new\n" : "")),
-                            mDatabase, true, nullptr, mQuestions);
+        std::string text = "f: " + number;
+        text += "\nb: b\n\nf: " + number;
+        text += asks ? "\nb: c\nc: new\n" : "\nb: c\n";
+        ImportThread thread(TextFile(text), mDatabase, true, nullptr, mQuestions);
         thread.Start();
         const auto moment =
             std::chrono::steady_clock::now() + std::chrono::microseconds(100 * round);

@@ -10,8 +10,9 @@ const std::string kEndless =
 std::string Triggers(const std::string& when, const std::string& table) {
     std::string sql;
     for (const std::string event : {"INSERT", "UPDATE", "DELETE"}) {
-        sql += "CREATE TRIGGER " + table + event + " " + when + " " + event + " ON " + table +
-               " BEGIN INSERT INTO Loot " + kEndless + "; END;";
+        sql.append("CREATE TRIGGER ").append(table).append(event).append(" ").append(when);
+        sql.append(" ").append(event).append(" ON ").append(table);
+        sql.append(" BEGIN INSERT INTO Loot ").append(kEndless).append("; END;");
     }
     return sql;
 }
@@ -72,7 +73,7 @@ TEST_F(MailedStoreTest, WhatOthersHaveAddedDoesNotRun) {
             "CREATE INDEX p ON o(a + b) WHERE a",
         "CREATE TABLE o (a REFERENCES Cards ON DELETE CASCADE ON UPDATE CASCADE)",
         // Plain indexes and columns, in every way to write a name.
-        "CREATE INDEX \"their own\" ON Cards([Author] COLLATE NOCASE DESC, `Notes`, 'Chapter' ASC);"
+        "CREATE INDEX \"their own\" ON Cards([Author] COLLATE NOCASE DESC, `Notes`, 'Chapter' ASC)",
         "CREATE UNIQUE INDEX u ON Categories(Name, Id); ANALYZE",
         "ALTER TABLE Cards ADD COLUMN \"check\" VARCHAR(9) NOT NULL DEFAULT '''AS ('",
         Append(", n REAL /* CHECK (0) -- */ DEFAULT -1.5e3 -- CHECK (0)\n"),

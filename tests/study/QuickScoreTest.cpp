@@ -99,7 +99,7 @@ TEST_F(QuickScoreTest, KeysMoveTheCursorChooseAndWalkTheHistory) {
 }
 
 TEST_F(QuickScoreTest, OnlyOneKeyHoldsAnItemAndItsRepeatsDoNotCount) {
-    for (const int key : {'3', '3', '5'}) {
+    for (const int key : {int{'3'}, int{'3'}, int{'5'}}) {
         SendKeyDown(mScore, key);
     }
     SendMouse(mScore, wxEVT_LEFT_DOWN, Middle(0));
