@@ -204,7 +204,7 @@ void QuickHelp::ShowOrHide() {
 }
 
 void QuickHelp::OnClose(wxCloseEvent& event) {
-    WriteBooleanSetting("QuickHelp", false);
+    WriteBooleanSetting(kSettingQuickHelp, false);
     mServices.FrameClosed(*this);
     event.Skip();
 }

@@ -25,8 +25,6 @@
 
 namespace {
 
-constexpr const char* kPositionKey = "EditFramePosition";
-constexpr const char* kFontKey = "BrowseFont";
 constexpr int kToolBarId = 10108;
 
 // Commands of the other windows, and one that the OK button stands for.
@@ -55,7 +53,7 @@ EditFrame::EditFrame(AppServices& services)
     SetSizer(sizer);
     ApplyFont();
     Centre(wxBOTH);
-    RestoreWindowPosition(kPositionKey, kApplicationName, *this);
+    RestoreWindowPosition(kSettingEditFramePosition, kApplicationName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
     BindCommands();
     mpForm->FocusFront();
@@ -100,7 +98,7 @@ void EditFrame::BindCommands() {
 }
 
 void EditFrame::ApplyFont() {
-    mpForm->SetTextFont(ReadFontSetting(kFontKey));
+    mpForm->SetTextFont(ReadFontSetting(kSettingBrowseFont));
     FitToForm();
 }
 
@@ -157,9 +155,9 @@ bool EditFrame::IsModified() const {
 
 void EditFrame::Update(Subject* subject) {
     if (subject == &mServices.GetSettingsNotifier()) {
-        SaveWindowPosition(kPositionKey, kApplicationName, *this);
+        SaveWindowPosition(kSettingEditFramePosition, kApplicationName, *this);
         ApplyFont();
-        RestoreWindowPosition(kPositionKey, kApplicationName, *this);
+        RestoreWindowPosition(kSettingEditFramePosition, kApplicationName, *this);
     } else {
         Refresh();
     }
@@ -250,7 +248,7 @@ void EditFrame::Leave() {
         return;
     }
     mHasLeft = true;
-    SaveWindowPosition(kPositionKey, kApplicationName, *this);
+    SaveWindowPosition(kSettingEditFramePosition, kApplicationName, *this);
     mSettingsAttachment.Detach();
     SetDatabase(nullptr);
     mServices.FrameClosed(*this);

@@ -47,7 +47,6 @@ bool RecentSearches::Add(const wxString& text) {
 
 namespace {
 
-constexpr const char* kPositionKey = "BrowseFramePosition";
 const wxSize kSmallestSize(640, 480);
 
 constexpr int kCategoryListId = 11001;
@@ -90,7 +89,7 @@ BrowseFrame::BrowseFrame(AppServices& services)
     BindCommands();
     BindListCommands();
     Centre(wxBOTH);
-    if (!RestoreWindowPosition(kPositionKey, kApplicationName, *this)) {
+    if (!RestoreWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this)) {
         wxSize size = GetSize();
         size.IncTo(kSmallestSize);
         SetSize(size);
@@ -129,9 +128,9 @@ void BrowseFrame::FocusSearch() {
 
 void BrowseFrame::Update(Subject* subject) {
     if (subject == &mServices.GetSettingsNotifier()) {
-        SaveWindowPosition(kPositionKey, kApplicationName, *this);
+        SaveWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
         UseFont();
-        RestoreWindowPosition(kPositionKey, kApplicationName, *this);
+        RestoreWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
     } else {
         ShowCategory();
     }
@@ -284,7 +283,7 @@ void BrowseFrame::GiveKeysTo(wxWindow& child) {
 }
 
 void BrowseFrame::UseFont() {
-    const wxFont font = ReadFontSetting("BrowseFont");
+    const wxFont font = ReadFontSetting(kSettingBrowseFont);
     mpSearchCtrl->SetFont(font);
     mpButton->SetFont(font);
     wxClientDC dc(mpSearchCtrl);
@@ -358,8 +357,8 @@ void BrowseFrame::OnClose(wxCloseEvent& event) {
     event.Skip();
     // The application looks for windows that are still open.
     mpButton->GetPopup()->Hide();
-    SaveWindowPosition(kPositionKey, kApplicationName, *this);
-    WriteStringSetting("LastWindow", "Browse");
+    SaveWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
+    WriteStringSetting(kSettingLastWindow, "Browse");
     LetGoOfStore();
     mServices.FrameClosed(*this);
 }

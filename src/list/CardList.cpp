@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr const char* kWidthsKey = "CardListColumns";
 constexpr int kNoCard = -1;
 
 struct Column {
@@ -79,7 +78,7 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
         widths[i] = kColumns[i].DefaultWidth * line / usualLine;
         mpListCtrl->AppendColumn(wxGetTranslation(kColumns[i].Heading));
     }
-    ReadColumnWidths(kApplicationName, kWidthsKey, *mpListCtrl, widths, kColumnCount);
+    ReadColumnWidths(kApplicationName, kSettingCardListColumns, *mpListCtrl, widths, kColumnCount);
     auto* const sizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(mpListCtrl, 1, wxEXPAND, 5);
     SetSizer(sizer);
@@ -93,7 +92,7 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
 }
 
 CardList::~CardList() {
-    WriteColumnWidths(kApplicationName, kWidthsKey, *mpListCtrl);
+    WriteColumnWidths(kApplicationName, kSettingCardListColumns, *mpListCtrl);
 }
 
 void CardList::SetDatabase(Database* database) {
@@ -365,7 +364,7 @@ bool CardList::HasTarget() const {
 }
 
 void CardList::UseFont() {
-    mpListCtrl->SetFont(ReadFontSetting("BrowseFont"));
+    mpListCtrl->SetFont(ReadFontSetting(kSettingBrowseFont));
     KeepHeadingFont(*mpListCtrl);
 }
 

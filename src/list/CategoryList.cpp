@@ -290,7 +290,7 @@ wxSize CategoryList::DoGetBestClientSize() const {
 }
 
 void CategoryList::UseFont() {
-    SetFont(ReadFontSetting("BrowseFont"));
+    SetFont(ReadFontSetting(kSettingBrowseFont));
 }
 
 void CategoryList::OnItemFocused(wxListEvent& event) {

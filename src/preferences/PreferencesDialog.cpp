@@ -207,13 +207,13 @@ wxChoice* PreferencesDialog::AddChoice(int id, const wxArrayString& entries) {
 
 // The description stays that of the first choice until the person makes one.
 void PreferencesDialog::LoadSettings() {
-    LoadFont(*mpListFont, "BrowseFont", false);
-    LoadFont(*mpStudyFont, "Font", true);
+    LoadFont(*mpListFont, kSettingBrowseFont, false);
+    LoadFont(*mpStudyFont, kSettingFont, true);
     LoadColour(*mpStudyFontColor, "FontColor");
-    LoadColour(*mpStudyColor, "StudyBgColor");
+    LoadColour(*mpStudyColor, kSettingStudyBgColor);
     mpIntervalText->ChangeValue(
-        wxString::Format("%i", ReadIntegerSetting("EarlyIntroductionInterval")));
-    const bool early = ReadBooleanSetting("EarlyIntroduction");
+        wxString::Format("%i", ReadIntegerSetting(kSettingEarlyIntroductionInterval)));
+    const bool early = ReadBooleanSetting(kSettingEarlyIntroduction);
     mpIntroductionChoice->SetSelection(early ? 1 : 0);
     mpIntervalText->Enable(early);
 }
@@ -222,7 +222,7 @@ void PreferencesDialog::LoadSettings() {
 // the one that is open.
 void PreferencesDialog::SetDatabase(Database* database) {
     mpDatabase = database;
-    const wxString stored = ReadStringSetting("DatabasePath");
+    const wxString stored = ReadStringSetting(kSettingDatabasePath);
     const wxString path = database->IsStoreFile(stored) ? stored : database->GetPath();
     mpStorePathText->ChangeValue(path);
     mpNewPathText->ChangeValue(path);
@@ -287,10 +287,10 @@ void PreferencesDialog::OnOk(wxCommandEvent&) {
 }
 
 void PreferencesDialog::ApplyAppearance() {
-    WriteFontSetting("BrowseFont", mpListFont->GetFontOfData());
-    WriteFontSetting("Font", mpStudyFont->GetFontOfData());
-    WriteColourSetting("FontColor", mpStudyFontColor->GetColourData().GetColour());
-    WriteColourSetting("StudyBgColor", mpStudyColor->GetColourData().GetColour());
+    WriteFontSetting(kSettingBrowseFont, mpListFont->GetFontOfData());
+    WriteFontSetting(kSettingFont, mpStudyFont->GetFontOfData());
+    WriteColourSetting(kSettingFontColor, mpStudyFontColor->GetColourData().GetColour());
+    WriteColourSetting(kSettingStudyBgColor, mpStudyColor->GetColourData().GetColour());
 }
 
 void PreferencesDialog::ApplyIntroduction() {
@@ -298,7 +298,7 @@ void PreferencesDialog::ApplyIntroduction() {
     if (mpIntervalText->GetValue().ToLong(&seconds, 10) &&
         seconds >= std::numeric_limits<int32_t>::min() &&
         seconds <= std::numeric_limits<int32_t>::max()) {
-        WriteIntegerSetting("EarlyIntroductionInterval", static_cast<int32_t>(seconds));
+        WriteIntegerSetting(kSettingEarlyIntroductionInterval, static_cast<int32_t>(seconds));
     }
-    WriteBooleanSetting("EarlyIntroduction", mpIntroductionChoice->GetSelection() == 1);
+    WriteBooleanSetting(kSettingEarlyIntroduction, mpIntroductionChoice->GetSelection() == 1);
 }

@@ -204,7 +204,7 @@ void InitFrame(wxFrame& frame, const wxString&) {
         RemoveMenuItem(*bar, id);
     }
     RemoveMenuOf(*bar, ID_MINIMIZE);
-    if (!ReadBooleanSetting("Test")) {
+    if (!ReadBooleanSetting(kSettingTest)) {
         wxMenu* menu = nullptr;
         wxMenuItem* const test = bar->FindItem(ID_TEST_MENU, &menu);
         menu->Destroy(test);

@@ -163,10 +163,11 @@ struct DefaultRow {
     Value Default;
 };
 
-constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {{"FontColor", wxSYS_COLOUR_WINDOWTEXT},
-                                                          {"StudyBgColor", wxSYS_COLOUR_WINDOW}};
-constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{"EarlyIntroductionInterval", 180}};
-constexpr DefaultRow<bool> kBooleanDefaults[] = {{"EarlyIntroduction", false}, {"Test", false}};
+constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
+    {kSettingFontColor, wxSYS_COLOUR_WINDOWTEXT}, {kSettingStudyBgColor, wxSYS_COLOUR_WINDOW}};
+constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180}};
+constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingEarlyIntroduction, false},
+                                                 {kSettingTest, false}};
 constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"}};
 
 // The row of a key, or null.

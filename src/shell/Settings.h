@@ -18,6 +18,27 @@ class wxTopLevelWindow;
 // said once while the program runs, through the log.
 std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application);
 
+// The key of each value in the settings file. Settings.cpp has the defaults.
+constexpr char kSettingFont[] = "Font";
+constexpr char kSettingFontColor[] = "FontColor";
+constexpr char kSettingStudyBgColor[] = "StudyBgColor";
+constexpr char kSettingBrowseFont[] = "BrowseFont";
+constexpr char kSettingCardLayout[] = "CardLayout";
+constexpr char kSettingCompactScoring[] = "CompactScoring";
+constexpr char kSettingLastWindow[] = "LastWindow";
+constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
+constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
+constexpr char kSettingDatabasePath[] = "DatabasePath";
+constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
+constexpr char kSettingCardListColumns[] = "CardListColumns";
+constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
+constexpr char kSettingQuickHelp[] = "QuickHelp";
+constexpr char kSettingTest[] = "Test";
+constexpr char kSettingStudyFramePosition[] = "StudyFramePosition";
+constexpr char kSettingEditFramePosition[] = "EditFramePosition";
+constexpr char kSettingBrowseFramePosition[] = "BrowseFramePosition";
+constexpr char kSettingImportDialogPosition[] = "ImportDialogPosition";
+
 // The named values of the user's configuration. Each access opens the configuration, does its work
 // and closes it, so a write is at once visible to the next read and nothing is cached. Reading
 // never fails: a text that makes no sense gives the default. Main thread only.

@@ -16,12 +16,11 @@
 
 namespace {
 
-constexpr char kKey[] = "CurrentCategoryId";
-
 // Nothing when no choice was ever stored, or none that makes sense.
 std::optional<int32_t> ReadChoice() {
     long value = -1;
-    if (!OpenSettings()->Read(kKey, &value) || value < std::numeric_limits<int32_t>::min() ||
+    if (!OpenSettings()->Read(kSettingCurrentCategoryId, &value) ||
+        value < std::numeric_limits<int32_t>::min() ||
         value > std::numeric_limits<int32_t>::max()) {
         return std::nullopt;
     }
@@ -29,7 +28,7 @@ std::optional<int32_t> ReadChoice() {
 }
 
 void WriteChoice(int32_t id) {
-    OpenSettings()->Write(kKey, static_cast<long>(id));
+    OpenSettings()->Write(kSettingCurrentCategoryId, static_cast<long>(id));
 }
 
 bool HasCategory(Database& database, int32_t id) {

@@ -58,8 +58,6 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 
 namespace {
 
-constexpr char kPathKey[] = "DatabasePath";
-
 // A stored choice must still mean the same file when the program starts in another directory.
 wxString MakePathFull(const wxString& path) {
     if (path.empty() || path.StartsWith("file:")) {
@@ -103,7 +101,7 @@ wxString GetDefaultStorePath() {
 
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
     auto database = std::make_unique<Database>(report);
-    wxString path = OpenSettings()->Read(kPathKey, wxString());
+    wxString path = OpenSettings()->Read(kSettingDatabasePath, wxString());
     const bool isStored = !path.empty();
     if (!isStored) {
         path = GetDefaultStorePath();
@@ -122,7 +120,7 @@ bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path
             return false;
         }
     }
-    OpenSettings()->Write(kPathKey, choice);
+    OpenSettings()->Write(kSettingDatabasePath, choice);
     return true;
 }
 

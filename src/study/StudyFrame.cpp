@@ -43,9 +43,6 @@ constexpr int kNormalMargin = 1;
 constexpr int kCompactMargin = 3;
 
 const char* const kSettingsName = "Velomind";
-const char* const kPositionKey = "StudyFramePosition";
-const char* const kLayoutKey = "CardLayout";
-const char* const kCompactKey = "CompactScoring";
 
 constexpr long kFreeSizeStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
 
@@ -96,7 +93,7 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     RestoreLayout();
     mpChildFocus = mpQuickScore;
     Centre(wxBOTH);
-    RestoreWindowPosition(kPositionKey, kSettingsName, *this);
+    RestoreWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), &mObserver);
 }
 
@@ -168,10 +165,10 @@ void StudyFrame::CreateContent() {
 
 void StudyFrame::RestoreLayout() {
     // Only the layout in which the viewer starts anyway is acted upon: every start opens in it.
-    if (LowerWide(ReadStringSetting(kLayoutKey)) == "vertical") {
+    if (LowerWide(ReadStringSetting(kSettingCardLayout)) == "vertical") {
         SetCardLayout(wxVERTICAL);
     }
-    SetCompactScoring(ReadBooleanSetting(kCompactKey));
+    SetCompactScoring(ReadBooleanSetting(kSettingCompactScoring));
 }
 
 void StudyFrame::RebuildCover() {
@@ -365,21 +362,22 @@ void StudyFrame::ShowBack() {
 }
 
 void StudyFrame::ApplySettings() {
-    mpCardViewer->SetFont(ReadFontSetting("Font"));
+    mpCardViewer->SetFont(ReadFontSetting(kSettingFont));
     mpCardViewer->SetMinSize(wxSize(-1, kLeastLines * mpCardViewer->GetCharHeight()));
     GrowToFit();
-    const wxColour text = ReadColourSetting("FontColor");
+    const wxColour text = ReadColourSetting(kSettingFontColor);
     mpCardViewer->SetFirstColour(text);
     mpCardViewer->SetSecondColour(text);
-    mpCardViewer->SetBackgroundColour(ReadColourSetting("StudyBgColor"));
+    mpCardViewer->SetBackgroundColour(ReadColourSetting(kSettingStudyBgColor));
     mpCardViewer->Refresh();
     ApplyIntroduction();
 }
 
 void StudyFrame::ApplyIntroduction() {
     if (mpScheduler != nullptr) {
-        mpScheduler->SetEarlyIntroduction(ReadBooleanSetting("EarlyIntroduction"));
-        mpScheduler->SetEarlyIntroductionInterval(ReadIntegerSetting("EarlyIntroductionInterval"));
+        mpScheduler->SetEarlyIntroduction(ReadBooleanSetting(kSettingEarlyIntroduction));
+        mpScheduler->SetEarlyIntroductionInterval(
+            ReadIntegerSetting(kSettingEarlyIntroductionInterval));
     }
 }
 
@@ -389,7 +387,8 @@ bool StudyFrame::IsCompact() const {
 
 void StudyFrame::SetCardLayout(int orientation) {
     if (orientation != mpCardViewer->GetLayout()) {
-        WriteStringSetting(kLayoutKey, orientation == wxHORIZONTAL ? "horizontal" : "vertical");
+        WriteStringSetting(kSettingCardLayout,
+                           orientation == wxHORIZONTAL ? "horizontal" : "vertical");
         mpCardViewer->SetLayout(orientation);
         Layout();
     }
@@ -409,7 +408,7 @@ void StudyFrame::SetCompactScoring(bool compact) {
     GrowToFit();
     Layout();
     mpQuickScore->Refresh();
-    WriteBooleanSetting(kCompactKey, compact);
+    WriteBooleanSetting(kSettingCompactScoring, compact);
 }
 
 void StudyFrame::GrowToFit() {
@@ -431,8 +430,8 @@ void StudyFrame::OnChange(Subject* subject) {
 void StudyFrame::OnClose(wxCloseEvent& event) {
     event.Skip();
     mServices.FrameClosed(*this);
-    SaveWindowPosition(kPositionKey, kSettingsName, *this);
-    WriteStringSetting("LastWindow", "Study");
+    SaveWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
+    WriteStringSetting(kSettingLastWindow, "Study");
     // The frame itself lives on until the next idle moment, the store perhaps not.
     SetDatabase(nullptr);
     mSettingsAttachment.Detach();

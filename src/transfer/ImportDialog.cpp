@@ -36,8 +36,6 @@ enum : int {
 };
 
 constexpr int kGap = 5;
-constexpr char kPositionKey[] = "ImportDialogPosition";
-constexpr char kWidthsKey[] = "ImportDialogColumnWidths";
 
 // A hostile file can have thousands of columns and megabytes in one field, with which the list
 // would stand still. Real records have a tenth of the rows, and nobody reads a longer value here.
@@ -61,7 +59,7 @@ ImportDialog::ImportDialog(wxWindow* parent, Database& database, FatalErrorRepor
       mReport(report),
       mFileName(fileName) {
     CreateControls();
-    if (!RestoreWindowPosition(kPositionKey, kApplicationName, *this)) {
+    if (!RestoreWindowPosition(kSettingImportDialogPosition, kApplicationName, *this)) {
         Centre();
     }
     Bind(
@@ -75,7 +73,7 @@ ImportDialog::ImportDialog(wxWindow* parent, Database& database, FatalErrorRepor
 }
 
 ImportDialog::~ImportDialog() {
-    SaveWindowPosition(kPositionKey, kApplicationName, *this);
+    SaveWindowPosition(kSettingImportDialogPosition, kApplicationName, *this);
 }
 
 void ImportDialog::CreateControls() {
@@ -140,7 +138,8 @@ void ImportDialog::ShareColumns() {
     constexpr int kWidest = 10000;
     int first = 0;
     int second = 0;
-    if (wxSscanf(ReadStringSetting(kWidthsKey), "%i,%i", &first, &second) == 2) {
+    if (wxSscanf(ReadStringSetting(kSettingImportDialogColumnWidths), "%i,%i", &first, &second) ==
+        2) {
         mpPreview->SetColumnWidth(0, std::clamp(first, 0, kWidest));
         mpPreview->SetColumnWidth(1, std::clamp(second, 0, kWidest));
         return;
