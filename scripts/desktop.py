@@ -7,7 +7,6 @@ Places and sizes are those of a window's content, without the frame that the des
 import json
 import os
 import re
-import shutil
 import socket
 import string
 import struct
@@ -24,44 +23,71 @@ def run_tool(*command, **options):
     return done.stdout if done.returncode == 0 else None
 
 
-class X11:
+class Desktop:
+    """What all desktops have in common."""
+
+    # False where only the programs themselves can tell of their windows.
+    tells_windows = True
+
+    def take_settled(self, path, window=None, unlike=""):
+        """A picture of what no longer changes, and is not that of the given signature. Gives the
+        signature of its pixels."""
+        end = time.monotonic() + 30
+        before = None
+        while time.monotonic() < end:
+            self.take_picture(path, window)
+            now = run_tool("identify", "-format", "%#", path)
+            if now and now == before and now != unlike:
+                return now
+            before = now
+            time.sleep(0.15)
+        raise AssertionError(f"{path}: no picture that stays as it is within 30 seconds")
+
+
+class X11(Desktop):
     """An X display with a window manager that tells the active window."""
+
+    def __init__(self, display=None):
+        self._environment = {**os.environ, "DISPLAY": display or os.environ["DISPLAY"]}
+
+    def _run(self, *command):
+        return run_tool(*command, env=self._environment)
 
     def press(self, *keys):
         """Presses and releases keys, by their X names, in whatever window is active."""
-        run_tool("xdotool", "key", "--delay", "4", *keys)
+        self._run("xdotool", "key", "--delay", "4", *keys)
 
     def type_text(self, text):
-        run_tool("xdotool", "type", "--delay", "4", text)
+        self._run("xdotool", "type", "--delay", "4", text)
 
     def click(self, x, y, button=1, times=1):
-        run_tool("xdotool", "mousemove", str(x), str(y),
+        self._run("xdotool", "mousemove", str(x), str(y),
                  "click", "--repeat", str(times), "--delay", "4", str(button))
 
     def windows(self, process, title=None):
         """Ids of the visible windows of that process with exactly that title, or with any."""
         name = ".+" if title is None else re.escape(title)
-        found = run_tool("xdotool", "search", "--all", "--onlyvisible", "--pid", str(process),
+        found = self._run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(process),
                          "--name", f"^{name}$")
         return found.split() if found else []
 
     def is_active(self, window):
-        return (run_tool("xdotool", "getactivewindow") or "").strip() == window
+        return (self._run("xdotool", "getactivewindow") or "").strip() == window
 
     def activate(self, window):
-        run_tool("xdotool", "windowactivate", window)
+        self._run("xdotool", "windowactivate", window)
 
     def title(self, window):
-        return (run_tool("xdotool", "getwindowname", window) or "").rstrip("\n")
+        return (self._run("xdotool", "getwindowname", window) or "").rstrip("\n")
 
     def place(self, window):
         """Left, top, width and height."""
-        told = run_tool("xdotool", "getwindowgeometry", "--shell", window) or ""
+        told = self._run("xdotool", "getwindowgeometry", "--shell", window) or ""
         shape = dict(line.split("=") for line in told.split())
         return [int(shape[key]) for key in ("X", "Y", "WIDTH", "HEIGHT")]
 
     def resize(self, window, width, height):
-        run_tool("xdotool", "windowsize", "--sync", window, str(width), str(height))
+        self._run("xdotool", "windowsize", "--sync", window, str(width), str(height))
 
     def origin(self, _process, _title):
         """Where the accessible places in that window begin, on the screen."""
@@ -69,11 +95,25 @@ class X11:
 
     def clipboard(self):
         """What another program gets from the clipboard as text; None for nothing."""
-        return run_tool("xclip", "-o", "-selection", "clipboard")
+        return self._run("xclip", "-o", "-selection", "clipboard")
 
     def take_picture(self, path, window=None):
         """A picture of the screen, or of one window."""
-        run_tool("import", "-window", window or "root", path)
+        self._run("import", "-window", window or "root", path)
+
+
+class Weston(X11):
+    """Weston on the whole screen of an X display, where the keys are pressed. It tells nothing of
+    its windows, and so the pointer finds nothing either."""
+
+    tells_windows = False
+
+    def __init__(self):
+        super().__init__(os.environ["OUTER_DISPLAY"])
+
+    def take_picture(self, path, _window=None):
+        """A picture of the screen."""
+        super().take_picture(path)
 
 
 # The keys of a US keyboard by the codes of the kernel, and by their X names.
@@ -187,19 +227,7 @@ class VirtualInput:
         self._wait()
 
 
-class Wayland:
-    """A compositor of its own, which shows windows but takes neither keys nor questions."""
-
-    def take_picture(self, path, _window=None):
-        """A picture of the screen."""
-        with tempfile.TemporaryDirectory() as directory:
-            # Its one way of naming the file is the directory that it runs in.
-            run_tool("weston-screenshooter", cwd=directory)
-            for name in os.listdir(directory):
-                shutil.move(os.path.join(directory, name), path)
-
-
-class Sway(Wayland):
+class Sway(Desktop):
     """Sway, which tells its windows over a socket. The keyboard is plugged in before any window
     comes, and stays: without one, no window would have the focus."""
 
@@ -302,7 +330,7 @@ class Sway(Wayland):
 def _desktop():
     if "SWAYSOCK" in os.environ:
         return Sway()
-    return Wayland() if "WAYLAND_DISPLAY" in os.environ else X11()
+    return Weston() if "OUTER_DISPLAY" in os.environ else X11()
 
 
 DESKTOP = _desktop()

@@ -80,6 +80,8 @@ class Sandbox:
         self.locale = "C.UTF-8"
         self.bus = None
         self._programs = []
+        if not DESKTOP.tells_windows:
+            self.let_read_windows()
 
     def _make(self, name):
         path = os.path.join(self.root, name)
@@ -194,7 +196,11 @@ class Program:
 
     def windows(self, title):
         """Ids of the visible windows of this run with exactly that title."""
-        return DESKTOP.windows(self.process.pid, title)
+        return self._desk().windows(self.process.pid, title)
+
+    def _desk(self):
+        """What tells of the windows."""
+        return DESKTOP if DESKTOP.tells_windows else self._sandbox.bus
 
     def _settle(self):
         """Waits until nothing is left to do, as the toolkit makes the keys of labels work when it is
@@ -224,10 +230,10 @@ class Program:
             if not windows:
                 return None
             window = windows[-1]
-            if DESKTOP.is_active(window):
+            if self._desk().is_active(window):
                 self._settle()
                 return window
-            DESKTOP.activate(window)
+            self._desk().activate(window)
             return None
         return wait_until(active, f"window “{title}”", limit)
 
@@ -258,10 +264,26 @@ class Program:
 
     def click(self, label):
         """Clicks the button, menu or entry of that label; asks for let_read_windows."""
-        x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
-                          f"“{label}” to click at")
+        node, x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
+                                f"“{label}” to click at")
         self._settle()
-        DESKTOP.click(x, y)
+        if DESKTOP.tells_windows:
+            DESKTOP.click(x, y)
+        else:
+            self._press_control(label, node)
+
+    def _press_control(self, label, node):
+        """Presses a button, menu or entry by the keys, where the pointer cannot find it."""
+        role = self._sandbox.bus.role(node)
+        step, last = {"menu": ("alt+" + label[0].lower(), None),
+                      "menu item": ("Down", "Return")}.get(role, ("Tab", "space"))
+        for _ in range(50):
+            self._settle()
+            if self._sandbox.bus.is_chosen(node):
+                press(*[last] if last else [])
+                return
+            press(step)
+        raise AssertionError(f"“{label}” is not reached by {step}")
 
     def click_at(self, title, across, down):
         """Clicks a window at parts of its width and height."""
@@ -269,9 +291,9 @@ class Program:
         DESKTOP.click(left + int(width * across), top + int(height * down))
 
     def close(self, title):
-        """Closes a window by the window manager's own key."""
+        """Closes a window by the window manager's own key, or else by the program's."""
         self.wait_window(title)
-        press("alt+F4")
+        press("alt+F4" if DESKTOP.tells_windows else "ctrl+w")
 
     def wait(self, limit=None):
         """Waits for the end of the program and gives its exit code."""
@@ -318,6 +340,7 @@ class AccessibilityBus:
     _ROOT = "/org/a11y/atspi/accessible/root"
     _STATE_ACTIVE = 1
     _STATE_FOCUSED = 12
+    _STATE_SELECTED = 23
     _STATE_SHOWING = 25
     _CLICKED = ("push button", "menu", "menu item")
     _ACCESSIBLE = "org.a11y.atspi.Accessible"
@@ -370,7 +393,7 @@ class AccessibilityBus:
         bits = re.findall(r"uint32 (\d+)", reply)
         return int(bits[0]) if bits else 0
 
-    def _role(self, node):
+    def role(self, node):
         reply = self._call(*node, self._ACCESSIBLE + ".GetRoleName")
         found = re.search(r'string "(.*)"', reply)
         return found.group(1) if found else ""
@@ -389,6 +412,31 @@ class AccessibilityBus:
             if self._process(application[0]) == process:
                 yield from self._children(application)
 
+    def windows(self, process, title):
+        """The visible windows of that process with exactly that title, which a message box has for
+        its first line where it draws its own frame."""
+        return [window for window in self._windows(process)
+                if self._has(window, self._STATE_SHOWING)
+                and (self._name(window) == title or self.role(window) == "alert"
+                     and title in (self._text(node) for node in self._walk(window)))]
+
+    def is_active(self, window):
+        return self._has(window, self._STATE_ACTIVE)
+
+    def activate(self, window):
+        """Asks a window to come to the front, which not every desktop grants."""
+        self._call(*window, "org.a11y.atspi.Component.GrabFocus")
+
+    def is_chosen(self, node):
+        return self._has(node, self._STATE_FOCUSED) or self._has(node, self._STATE_SELECTED)
+
+    def content(self, process, title):
+        """Width and height inside the frame of that window, wherever that comes from."""
+        for window in self.windows(process, title):
+            places = [self.place(child) for child in self._children(window)]
+            return max(place[2:] for place in places) if places else None
+        return None
+
     def _nodes(self, process):
         for window in self._windows(process):
             yield from self._walk(window)
@@ -399,7 +447,7 @@ class AccessibilityBus:
                 for control in self._controls(window, window, window)]
 
     def _controls(self, node, pane, window):
-        state, role = self._state(node), self._role(node)
+        state, role = self._state(node), self.role(node)
         if state >> self._STATE_SHOWING & 1:
             yield Control(role, self._name(node), state, node, pane)
             if role == "scroll pane" and pane == window:
@@ -422,14 +470,15 @@ class AccessibilityBus:
         return [int(number) for number in re.findall(r"int32 (-?\d+)", reply)]
 
     def find(self, process, label):
-        """The middle of what a click on that label is to hit, or None."""
+        """What a click on that label is to hit, and its middle, or None."""
         for window in self._windows(process):
             for node in self._walk(window):
-                if self._role(node) in self._CLICKED and self._name(node) == label:
+                if self.role(node) in self._CLICKED and self._name(node) == label:
                     place = self.place(node)
                     if len(place) == 4 and place[2] > 0 and place[3] > 0:
                         left, top = DESKTOP.origin(process, self._name(window))
-                        return left + place[0] + place[2] // 2, top + place[1] + place[3] // 2
+                        return (node, left + place[0] + place[2] // 2,
+                                top + place[1] + place[3] // 2)
         return None
 
     def close(self):
