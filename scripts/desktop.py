@@ -14,6 +14,24 @@ import subprocess
 import tempfile
 import time
 
+# Seconds that a state may take to come. Sanitizers make the program many times slower.
+LIMIT = float(os.environ.get("VELOMIND_LIMIT", "20"))
+
+
+def wait_until(condition, what, limit=None):
+    """Gives the condition's first true value; fails when it does not come within the limit."""
+    limit = LIMIT if limit is None else limit
+    end = time.monotonic() + limit
+    pause = 0.005
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise AssertionError(f"{what}: not within {limit:g} seconds")
+        time.sleep(pause)
+        pause = min(pause * 1.5, 0.1)
+
 
 def run_tool(*command, **options):
     """The output of a small tool, or None when it ended with an error."""
@@ -32,23 +50,22 @@ class Desktop:
     def take_settled(self, path, window=None, unlike=""):
         """A picture of what no longer changes, and is not that of the given signature. Gives the
         signature of its pixels."""
-        end = time.monotonic() + 30
-        before = None
-        while time.monotonic() < end:
+        seen = [""]
+
+        def settled():
+            time.sleep(0.1)
             self.take_picture(path, window)
-            now = run_tool("identify", "-format", "%#", path)
-            if now and now == before and now != unlike:
-                return now
-            before = now
-            time.sleep(0.15)
-        raise AssertionError(f"{path}: no picture that stays as it is within 30 seconds")
+            seen.append(run_tool("identify", "-format", "%#", path))
+            return seen[-1] == seen[-2] and seen[-1] not in (None, unlike)
+        wait_until(settled, f"{path}: a picture that stays as it is")
+        return seen[-1]
 
 
 class X11(Desktop):
     """An X display with a window manager that tells the active window."""
 
     def __init__(self, display=None):
-        self._environment = {**os.environ, "DISPLAY": display or os.environ["DISPLAY"]}
+        self._environment = dict(os.environ, **{"DISPLAY": display} if display else {})
 
     def _run(self, *command):
         return run_tool(*command, env=self._environment)
@@ -327,10 +344,4 @@ class Sway(Desktop):
             run_tool("grim", "-g", f"{x},{y} {width}x{height}", path)
 
 
-def _desktop():
-    if "SWAYSOCK" in os.environ:
-        return Sway()
-    return Weston() if "OUTER_DISPLAY" in os.environ else X11()
-
-
-DESKTOP = _desktop()
+DESKTOP = {"wayland": Sway, "own-frames": Weston}.get(os.environ.get("VELOMIND_DESKTOP"), X11)()

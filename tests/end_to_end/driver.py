@@ -5,7 +5,6 @@ Needs a display of scripts/with-display, of X or with --wayland.
 """
 
 import os
-import re
 import shutil
 import signal
 import sqlite3
@@ -19,31 +18,15 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 BINARY = os.environ.get("VELOMIND_BINARY", os.path.join(ROOT, "build", "release", "velomind"))
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 
-from desktop import DESKTOP, run_tool  # noqa: E402  (found by the line above)
+from accessibility import AccessibilityBus  # noqa: E402  (found by the line above)
+from desktop import DESKTOP, LIMIT, run_tool, wait_until  # noqa: E402
 
 SAMPLES = os.path.join(ROOT, "samples")
 # Where a failed test leaves a picture of the screen.
 SCREENS = os.environ.get("VELOMIND_SCREENS", "")
-# Seconds that a state may take to come. Sanitizers make the program many times slower.
-LIMIT = float(os.environ.get("VELOMIND_LIMIT", "20"))
 
 LIST_WINDOW = "List - Velomind"
 STUDY_WINDOW = "Study - Velomind"
-
-
-def wait_until(condition, what, limit=None):
-    """Gives the condition's first true value; fails when it does not come within the limit."""
-    limit = LIMIT if limit is None else limit
-    end = time.monotonic() + limit
-    pause = 0.005
-    while True:
-        value = condition()
-        if value:
-            return value
-        if time.monotonic() > end:
-            raise AssertionError(f"{what}: not within {limit:g} seconds")
-        time.sleep(pause)
-        pause = min(pause * 1.5, 0.1)
 
 
 def press(*keys):
@@ -318,173 +301,6 @@ class Program:
         if self.process.poll() is None:
             self.process.send_signal(signal.SIGKILL)
         self.process.wait()
-
-
-class Control:
-    """One node of what a window tells: its role, its name, whether it takes the focus, and the part
-    of the window that scrolls with it inside, or else the window."""
-
-    def __init__(self, role, name, state, node, pane):
-        self.role, self.name, self.node, self.pane = role, name, node, pane
-        # One that is switched off takes no focus.
-        self.focusable = bool(state >> 11 & 1 and state >> 24 & 1)
-        self.focused = bool(state >> 12 & 1)
-
-    def __repr__(self):
-        return f"{self.role} “{self.name}”"
-
-
-class AccessibilityBus:
-    """A session bus of its own, through which the toolkit tells what its windows show."""
-
-    _ROOT = "/org/a11y/atspi/accessible/root"
-    _STATE_ACTIVE = 1
-    _STATE_FOCUSED = 12
-    _STATE_SELECTED = 23
-    _STATE_SHOWING = 25
-    _CLICKED = ("push button", "menu", "menu item")
-    _ACCESSIBLE = "org.a11y.atspi.Accessible"
-
-    def __init__(self, environment):
-        environment = dict(environment)
-        environment.pop("DBUS_SESSION_BUS_ADDRESS", None)
-        self._daemon = subprocess.Popen(
-            ["dbus-daemon", "--session", "--print-address", "--nofork", "--nopidfile"],
-            env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-            stderr=subprocess.DEVNULL, text=True)
-        self.address = self._daemon.stdout.readline().strip()
-        answer = wait_until(
-            lambda: run_tool(
-                "dbus-send", f"--bus={self.address}", "--print-reply=literal",
-                "--dest=org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"),
-            "accessibility bus")
-        self._bus = answer.strip()
-
-    def _call(self, name, path, method, *arguments):
-        return run_tool(
-            "dbus-send", f"--bus={self._bus}", "--print-reply", f"--dest={name}", path, method,
-            *arguments) or ""
-
-    def _children(self, node):
-        return re.findall(r'string "(:[^"]+)"\s+object path "([^"]+)"',
-                          self._call(*node, self._ACCESSIBLE + ".GetChildren"))
-
-    def _name(self, node):
-        reply = self._call(*node, "org.freedesktop.DBus.Properties.Get",
-                           "string:" + self._ACCESSIBLE, "string:Name")
-        found = re.search(r'variant\s+string "(.*)"\s*$', reply, re.DOTALL)
-        return found.group(1) if found else ""
-
-    def _text(self, node):
-        if "org.a11y.atspi.Text" not in self._call(*node, self._ACCESSIBLE + ".GetInterfaces"):
-            return ""
-        reply = self._call(*node, "org.a11y.atspi.Text.GetText", "int32:0", "int32:-1")
-        found = re.search(r'string "(.*)"\s*$', reply, re.DOTALL)
-        return found.group(1) if found else ""
-
-    def _process(self, name):
-        reply = self._call("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                           "org.freedesktop.DBus.GetConnectionUnixProcessID", "string:" + name)
-        found = re.search(r"uint32 (\d+)", reply)
-        return int(found.group(1)) if found else 0
-
-    def _state(self, node):
-        reply = self._call(*node, self._ACCESSIBLE + ".GetState")
-        bits = re.findall(r"uint32 (\d+)", reply)
-        return int(bits[0]) if bits else 0
-
-    def role(self, node):
-        reply = self._call(*node, self._ACCESSIBLE + ".GetRoleName")
-        found = re.search(r'string "(.*)"', reply)
-        return found.group(1) if found else ""
-
-    def _has(self, node, state):
-        return bool(self._state(node) >> state & 1)
-
-    def _walk(self, node):
-        if self._has(node, self._STATE_SHOWING):
-            yield node
-            for child in self._children(node):
-                yield from self._walk(child)
-
-    def _windows(self, process):
-        for application in self._children(("org.a11y.atspi.Registry", self._ROOT)):
-            if self._process(application[0]) == process:
-                yield from self._children(application)
-
-    def windows(self, process, title):
-        """The visible windows of that process with exactly that title, which a message box has for
-        its first line where it draws its own frame."""
-        return [window for window in self._windows(process)
-                if self._has(window, self._STATE_SHOWING)
-                and (self._name(window) == title or self.role(window) == "alert"
-                     and title in (self._text(node) for node in self._walk(window)))]
-
-    def is_active(self, window):
-        return self._has(window, self._STATE_ACTIVE)
-
-    def activate(self, window):
-        """Asks a window to come to the front, which not every desktop grants."""
-        self._call(*window, "org.a11y.atspi.Component.GrabFocus")
-
-    def is_chosen(self, node):
-        return self._has(node, self._STATE_FOCUSED) or self._has(node, self._STATE_SELECTED)
-
-    def content(self, process, title):
-        """Width and height inside the frame of that window, wherever that comes from."""
-        for window in self.windows(process, title):
-            places = [self.place(child) for child in self._children(window)]
-            return max(place[2:] for place in places) if places else None
-        return None
-
-    def _nodes(self, process):
-        for window in self._windows(process):
-            yield from self._walk(window)
-
-    def controls(self, process):
-        return [control for window in self._windows(process)
-                if self._has(window, self._STATE_ACTIVE)
-                for control in self._controls(window, window, window)]
-
-    def _controls(self, node, pane, window):
-        state, role = self._state(node), self.role(node)
-        if state >> self._STATE_SHOWING & 1:
-            yield Control(role, self._name(node), state, node, pane)
-            if role == "scroll pane" and pane == window:
-                pane = node
-            for child in self._children(node):
-                yield from self._controls(child, pane, window)
-
-    def has_focus(self, control):
-        return self._has(control.node, self._STATE_FOCUSED)
-
-    def read(self, process):
-        texts = []
-        for node in self._nodes(process):
-            texts += dict.fromkeys(text for text in (self._name(node), self._text(node)) if text)
-        return texts
-
-    def place(self, node):
-        """Left, top, width and height on the screen."""
-        reply = self._call(*node, "org.a11y.atspi.Component.GetExtents", "uint32:0")
-        return [int(number) for number in re.findall(r"int32 (-?\d+)", reply)]
-
-    def find(self, process, label):
-        """What a click on that label is to hit, and its middle, or None."""
-        for window in self._windows(process):
-            for node in self._walk(window):
-                if self.role(node) in self._CLICKED and self._name(node) == label:
-                    place = self.place(node)
-                    if len(place) == 4 and place[2] > 0 and place[3] > 0:
-                        left, top = DESKTOP.origin(process, self._name(window))
-                        return (node, left + place[0] + place[2] // 2,
-                                top + place[1] + place[3] // 2)
-        return None
-
-    def close(self):
-        self._daemon.terminate()
-        self._daemon.wait()
-        self._daemon.stdout.close()
 
 
 class RoadTest(unittest.TestCase):
