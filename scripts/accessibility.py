@@ -3,7 +3,7 @@
 import re
 import subprocess
 
-from desktop import DESKTOP, run_tool, wait_until
+from desktop import DESKTOP, run_tool, title_pattern, wait_until
 
 
 class Control:
@@ -104,11 +104,12 @@ class AccessibilityBus:
                 yield from self._children(application)
 
     def windows(self, process, title):
-        """The visible windows of that process with exactly that title, which a message box has for
-        its first line where it draws its own frame."""
+        """The visible windows of that process with that title, which a message box has for its first
+        line where it draws its own frame."""
         return [window for window in self._windows(process)
                 if self._has(window, self._STATE_SHOWING)
-                and (self._name(window) == title or self.role(window) == "alert"
+                and (re.match(title_pattern(title), self._name(window))
+                     or self.role(window) == "alert"
                      and title in (self._text(node) for node in self._walk(window)))]
 
     def is_active(self, window):

@@ -41,6 +41,11 @@ def run_tool(*command, **options):
     return done.stdout if done.returncode == 0 else None
 
 
+def title_pattern(title):
+    """A window has that title, behind which the editor's has the front of its card."""
+    return f"^{re.escape(title)}( - .*)?$"
+
+
 class Desktop:
     """What all desktops have in common."""
 
@@ -82,10 +87,9 @@ class X11(Desktop):
                  "click", "--repeat", str(times), "--delay", "4", str(button))
 
     def windows(self, process, title=None):
-        """Ids of the visible windows of that process with exactly that title, or with any."""
-        name = ".+" if title is None else re.escape(title)
+        """Ids of the visible windows of that process with that title, or with any."""
         found = self._run("xdotool", "search", "--all", "--onlyvisible", "--pid", str(process),
-                         "--name", f"^{name}$")
+                          "--name", title_pattern(title) if title else ".")
         return found.split() if found else []
 
     def is_active(self, window):
@@ -297,9 +301,10 @@ class Sway(Desktop):
             self._input.button(self._BUTTONS[button], down)
 
     def windows(self, process, title=None):
-        """Ids of the visible windows of that process with exactly that title, or with any."""
+        """Ids of the visible windows of that process with that title, or with any."""
         return [node["id"] for node in self._nodes()
-                if node["pid"] == process and node["visible"] and title in (None, node["name"])]
+                if node["pid"] == process and node["visible"]
+                and (title is None or re.match(title_pattern(title), node["name"] or ""))]
 
     def is_active(self, window):
         return (self._node(window) or {}).get("focused", False)

@@ -178,14 +178,14 @@ class Program:
             return file.read()
 
     def windows(self, title):
-        """Ids of the visible windows of this run with exactly that title."""
+        """Ids of the visible windows of this run with that title."""
         return self._desk().windows(self.process.pid, title)
 
     def _desk(self):
         """What tells of the windows."""
         return DESKTOP if DESKTOP.tells_windows else self._sandbox.bus
 
-    def _settle(self):
+    def settle(self):
         """Waits until nothing is left to do, as the toolkit makes the keys of labels work when it is
         idle first; a second at most, for windows that never rest."""
         def look():
@@ -214,7 +214,7 @@ class Program:
                 return None
             window = windows[-1]
             if self._desk().is_active(window):
-                self._settle()
+                self.settle()
                 return window
             self._desk().activate(window)
             return None
@@ -249,7 +249,7 @@ class Program:
         """Clicks the button, menu or entry of that label; asks for let_read_windows."""
         node, x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
                                 f"“{label}” to click at")
-        self._settle()
+        self.settle()
         if DESKTOP.tells_windows:
             DESKTOP.click(x, y)
         else:
@@ -261,7 +261,7 @@ class Program:
         step, last = {"menu": ("alt+" + label[0].lower(), None),
                       "menu item": ("Down", "Return")}.get(role, ("Tab", "space"))
         for _ in range(50):
-            self._settle()
+            self.settle()
             if self._sandbox.bus.is_chosen(node):
                 press(*[last] if last else [])
                 return
