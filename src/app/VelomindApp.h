@@ -10,7 +10,7 @@
 #include "app/MainWindows.h"
 #include "app/SingleInstance.h"
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/ReviewArithmetic.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
 #include "transfer/CardClipboard.h"

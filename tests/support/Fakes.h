@@ -8,7 +8,7 @@
 
 #include "base/FatalErrorReport.h"
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "store/StoreUpgrade.h"
 #include "store/Subject.h"
 
