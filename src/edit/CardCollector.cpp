@@ -5,7 +5,6 @@
 #include <limits>
 #include <list>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
