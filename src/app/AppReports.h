@@ -4,7 +4,7 @@
 
 #include <mutex>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "scheduler/ReviewArithmetic.h"
 
 // The program's own end when the store fails: a box, a line on standard error, and the process is

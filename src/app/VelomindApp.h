@@ -73,7 +73,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
 
     AppFatalErrorReport mFatalErrorReport;
     AppMaintenancePrompt mMaintenancePrompt;
-    SystemClock mClock;
+    Clock mClock;
     SequenceRandom mRandom;
     Subject mSettingsNotifier;
     SingleInstance mInstance;

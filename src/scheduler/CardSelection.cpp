@@ -3,7 +3,7 @@
 #include <limits>
 #include <utility>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 #include "scheduler/ReviewArithmetic.h"
 
 void CardHistory::Add(const HistoryEntry& entry) {

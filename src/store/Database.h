@@ -11,7 +11,7 @@
 #include <mutex>
 #include <vector>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "store/FlashCard.h"
 #include "store/Statement.h"
 #include "store/StoreUpgrade.h"

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "base/Text.h"
 #include "shell/MenuBar.h"
 
 namespace {
@@ -128,7 +129,7 @@ void CardViewer::SetSecondText(const wxString& text) {
 
 void CardViewer::SetText(CardViewerSide& side, const wxString& text) {
     if (text.length() > kMostCharacters) {
-        SetText(side, text.Left(kMostCharacters - 1) + wxUniChar(0x2026));
+        SetText(side, CutWithEllipsis(text, kMostCharacters));
     } else if (side.Text != text) {
         side.Text = text;
         side.Wraps = {};

@@ -10,8 +10,8 @@
 
 #include <list>
 
+#include "base/Process.h"
 #include "base/Text.h"
-#include "base/Trace.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"

@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Text.h"
 #include "scheduler/Scheduler.h"
 #include "shell/Forms.h"

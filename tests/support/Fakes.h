@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Time.h"
 #include "scheduler/Scheduler.h"
 #include "store/StoreUpgrade.h"
