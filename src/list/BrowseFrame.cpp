@@ -14,15 +14,15 @@
 
 #include "base/Text.h"
 #include "list/CardList.h"
-#include "list/CategoryList.h"
-#include "list/DropDown.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/DropDown.h"
 #include "shell/MenuBar.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "storefile/CategoryList.h"
 #include "storefile/CurrentCategory.h"
 
 namespace {
@@ -156,11 +156,10 @@ void BrowseFrame::BuildControls() {
 }
 
 void BrowseFrame::BuildDropDown() {
-    auto* const window = new wxDropDownWindow(mpButton);
+    auto* const window = new wxDropDownWindow(this, mpButton);
     mpCategoryList = new CategoryList(mServices, window, kCategoryListId);
     window->SetContent(mpCategoryList);
     window->StayOpenWhile([this] { return mpCategoryList->IsAsking(); });
-    window->TakeAccelerators(*GetMenuBar());
     mpButton->SetPopup(window);
 }
 
@@ -209,7 +208,7 @@ void BrowseFrame::BindCommands() {
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) {
-            if (AreCategoriesMeant()) {
+            if (HasFocusIn(*mpCategoryList)) {
                 event.Enable(mpCategoryList->HasFocusedRow());
             } else {
                 event.Skip();
@@ -266,16 +265,10 @@ void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
 // as a text field that has the focus.
 const BrowseFrame::ListCommand* BrowseFrame::FindListCommand(const ListCommand& inCategories,
                                                              const ListCommand& inCards) const {
-    if (inCategories.Run && AreCategoriesMeant()) {
+    if (inCategories.Run && HasFocusIn(*mpCategoryList)) {
         return &inCategories;
     }
     return inCards.Run && HasFocusIn(*mpCardList) ? &inCards : nullptr;
-}
-
-// The button counts as the list that it opens: a click on the menu bar closes the drop-down first,
-// and the button has the focus by the time that a command is chosen.
-bool BrowseFrame::AreCategoriesMeant() const {
-    return HasFocusIn(*mpCategoryList) || HasFocusIn(*mpButton);
 }
 
 // Gives the child the focus now, or when the window comes back to the front if it is behind others.
@@ -300,6 +293,7 @@ void BrowseFrame::ShowCategory() {
     const int32_t id = mServices.GetCurrentCategoryId(*mpDatabase);
     // SetLabelText, because a name may contain "&", which marks a mnemonic in a label.
     mpButton->SetLabelText(ShownName(GetCategoryName(*mpDatabase, id)));
+    SetAccessibleName(*mpButton, wxString::Format(_("Category: %s"), mpButton->GetLabelText()));
     Layout();
 }
 
@@ -343,7 +337,8 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
     event.Skip();
     if (event.GetActive()) {
         mServices.FrameActivated(*this);
-        mpChildFocus->SetFocus();
+        // The drop-down, which may have had the focus, is closed while another window is active.
+        (mpChildFocus->IsShownOnScreen() ? mpChildFocus : mpCardList)->SetFocus();
     }
 }
 
@@ -358,8 +353,6 @@ void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
 
 void BrowseFrame::OnClose(wxCloseEvent& event) {
     event.Skip();
-    // A pop-up that stays open counts as a window and would keep the program running.
-    mpButton->GetPopup()->Hide();
     SaveWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
     WriteStringSetting(kSettingLastWindow, "Browse");
     LetGoOfStore();
@@ -424,7 +417,7 @@ void BrowseFrame::OnCategoryChosen(wxListEvent&) {
 }
 
 void BrowseFrame::OnRename(wxCommandEvent&) {
-    if (AreCategoriesMeant()) {
+    if (HasFocusIn(*mpCategoryList)) {
         mpCategoryList->Rename();
     }
 }

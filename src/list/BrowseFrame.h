@@ -62,7 +62,6 @@ class BrowseFrame : public wxFrame, private Observer {
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
     const ListCommand* FindListCommand(const ListCommand& inCategories,
                                        const ListCommand& inCards) const;
-    bool AreCategoriesMeant() const;
     void GiveKeysTo(wxWindow& child);
     void UseFont();
     void ShowCategory();

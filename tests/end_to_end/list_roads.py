@@ -30,6 +30,11 @@ class ListRoad(RoadTest):
     def wait_cards(self, cards):
         wait_until(lambda: self.sandbox.query(CARDS) == [(cards,)], cards)
 
+    def wait_focus(self, name):
+        """Waits until what has the focus is called so."""
+        wait_until(lambda: [name] == [control.name for control in self.program.controls()
+                                      if control.focused], f"the focus on {name}")
+
     def test_the_keys_always_have_a_card(self):
         # At the start, after a search with one card, after a window and a menu above the list.
         for window, keys in ((EDIT_WINDOW, "Return"), (EDIT_WINDOW, "ctrl+e"),
@@ -48,8 +53,7 @@ class ListRoad(RoadTest):
 
     def test_cards_move_by_the_keys(self):
         press("ctrl+x", "shift+Tab", "shift+Tab", "Return")
-        wait_until(lambda: ["1"] == [control.name for control in self.program.controls()
-                                     if control.focusable], "the drop-down list")
+        self.wait_focus("1")
         press("Down", "Return", "ctrl+v")
         self.wait_cards("a2 b1 c1 d1 e2")
         self.program.wait_no_window("Progress")

@@ -8,8 +8,16 @@ struct BrowseFrameTest : ListTest {
         }
         return texts;
     }
+    void Click(wxWindow& window) {
+        SendMouse(window, wxEVT_LEFT_DOWN, wxPoint(1, 1));
+        SendMouse(window, wxEVT_LEFT_UP, wxPoint(1, 1));
+    }
+    void Deactivate() {
+        wxActivateEvent event(wxEVT_ACTIVATE, false);
+        event.SetEventObject(mpFrame);
+        mpFrame->ProcessWindowEvent(event);
+    }
     bool Hook(int key) { return SendKeyEvent(wxEVT_CHAR_HOOK, *wxWindow::FindFocus(), key); }
-    bool IsFocusIn(wxWindow& window) { return window.IsDescendant(wxWindow::FindFocus()); }
 };
 
 TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
@@ -34,12 +42,10 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     EXPECT_EQ(Column(1), Texts{"salt & pepper"});
 }
 
-TEST_F(BrowseFrameTest, TheDropDownOpensStaysForItsQuestionsAndCloses) {
+TEST_F(BrowseFrameTest, TheDropDownOpensAtItsButtonAndClosesWhenTheUserTurnsAway) {
     Open();
     for (const int key : {int{WXK_SPACE}, int{WXK_RETURN}, int{WXK_DOWN}}) {
-        SendKey(Button(), key);
-        ASSERT_TRUE(WaitFor([this] { return DropDown().IsActive(); })) << key;
-        EXPECT_TRUE(IsFocusIn(Categories()));
+        OpenDropDown(key);
         EXPECT_EQ(DropDown().GetScreenPosition(),
                   Button().GetScreenRect().GetBottomLeft() + wxPoint(0, 1));
         // With no blank row behind the only one.
@@ -50,7 +56,25 @@ TEST_F(BrowseFrameTest, TheDropDownOpensStaysForItsQuestionsAndCloses) {
         EXPECT_FALSE(DropDown().IsShown());
         EXPECT_TRUE(WaitFor([this] { return Button().HasFocus(); }));
     }
+    const std::pair<std::string, std::function<void()>> ways[] = {
+        {"a press on its button", [this] { Click(Button()); }},
+        {"a press on what takes no focus", [this] { Click(*mpFrame); }},
+        {"the focus elsewhere", [this] { Cards().SetFocus(); }},
+        {"find", [this] { mpFrame->FocusSearch(); }},
+        {"a choice", [this] { Send(Categories(), wxEVT_LIST_ITEM_ACTIVATED); }},
+        {"another window", [this] { Deactivate(); }}};
+    for (const auto& [name, turnAway] : ways) {
+        OpenDropDown();
+        turnAway();
+        EXPECT_TRUE(WaitFor([this] { return !DropDown().IsShown(); })) << name;
+    }
     OpenDropDown();
-    mpFrame->Raise();
-    EXPECT_TRUE(WaitFor([this] { return !DropDown().IsShown(); }));
+    ModalAnswers answers;
+    answers.Then([this](wxDialog& question) {
+        Deactivate();
+        EXPECT_TRUE(DropDown().IsShown());
+        question.EndModal(wxID_CANCEL);
+    });
+    Categories().Rename();
+    EXPECT_TRUE(WaitFor([this] { return mpFrame->IsActive() && IsFocusIn(Categories()); }));
 }

@@ -191,7 +191,7 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
     const std::pair<std::string, Strings> cases[] = {{"cards", {"on", "on", "on", "on", ""}},
                                                      {"search", {"", "", "", "", ""}},
                                                      {"categories", {"", "on", "on", "on", "on"}},
-                                                     {"button", {"", "on", "on", "on", "on"}}};
+                                                     {"button", {"", "", "", "", ""}}};
     for (const auto& [where, rules] : cases) {
         if (where == "search") {
             mpFrame->FocusSearch();
@@ -199,7 +199,7 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
             OpenDropDown();
         } else if (where == "button") {
             DropDown().Dismiss();
-            ASSERT_TRUE(WaitFor([this] { return mpFrame->IsActive() && Button().HasFocus(); }));
+            ASSERT_TRUE(WaitFor([this] { return Button().HasFocus(); }));
         } else {
             Cards().SetFocus();
         }
@@ -218,7 +218,7 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
     // A cut is taken off the clipboard before its cards move, but in the list of categories.
     const auto before = std::make_pair(0, AppServices::EmptyCut::kBefore);
     const auto after = std::make_pair(0, AppServices::EmptyCut::kAfter);
-    EXPECT_THAT(mServices.Pasted, ::testing::ElementsAre(before, after, after));
+    EXPECT_THAT(mServices.Pasted, ::testing::ElementsAre(before, after));
 
     Cards().SetFocus();
     DrainEvents();

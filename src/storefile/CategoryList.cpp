@@ -1,4 +1,4 @@
-#include "list/CategoryList.h"
+#include "storefile/CategoryList.h"
 
 #include <wx/menu.h>
 #include <wx/settings.h>
