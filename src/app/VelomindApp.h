@@ -48,6 +48,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
     bool CanPasteCards() const override { return mClipboard.HasCards(); }
     void PasteCards(int32_t categoryId, EmptyCut empty) override;
+    bool IsReverseStudy() const override { return mReverseStudy; }
+    void SetReverseStudy(bool reverse) override { mReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { mStudyMessage = text; }
 
   private:
@@ -83,6 +85,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     Editors mEditors{*this};
     // The frame that was used last.
     wxWeakRef<wxFrame> mLastActive;
+    bool mReverseStudy = false;
     wxString mStudyMessage;
     // The command line did all the work, so that no window opens.
     bool mAllDone = false;

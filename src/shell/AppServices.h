@@ -47,6 +47,10 @@ class AppServices : public CategorySource {
     virtual void PasteCards(int32_t categoryId, EmptyCut empty) = 0;
     virtual bool CanOpenEditor() const = 0;
 
+    // The direction of study, which the study window sets and lists of schedules follow.
+    virtual bool IsReverseStudy() const = 0;
+    virtual void SetReverseStudy(bool reverse) = 0;
+
     // The text of the study window's no-card states, shared with whoever wants to show it.
     virtual void SetStudyMessage(const wxString& text) = 0;
 };

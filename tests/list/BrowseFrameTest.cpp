@@ -12,8 +12,8 @@ struct BrowseFrameTest : ListTest {
         SendMouse(window, wxEVT_LEFT_DOWN, wxPoint(1, 1));
         SendMouse(window, wxEVT_LEFT_UP, wxPoint(1, 1));
     }
-    void Deactivate() {
-        wxActivateEvent event(wxEVT_ACTIVATE, false);
+    void Activate(bool active) {
+        wxActivateEvent event(wxEVT_ACTIVATE, active);
         event.SetEventObject(mpFrame);
         mpFrame->ProcessWindowEvent(event);
     }
@@ -25,7 +25,7 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     Insert(MakeCard("sugar", "x"));
     Open();
     const wxString first(L"\u65e5\u672c\u8a9e");
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", first}));
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", first, "", "Search in All Categories"}));
     EXPECT_FALSE(SearchField().GetMenu()->FindItemByPosition(0)->IsEnabled());
     Search("x");
     const wxMenu* const menu = SearchField().GetMenu();
@@ -34,12 +34,55 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     for (const char* const text : {"b", "c", "d", "b", "salt & pepper", ""}) {
         Search(text);
     }
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x"}));
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x", "",
+                                   "Search in All Categories"}));
     EXPECT_EQ(Cards().GetItemCount(), 2);
     Command(11000);
     EXPECT_EQ(SearchField().GetValue(), "salt & pepper");
     EXPECT_TRUE(SearchField().IsCancelButtonVisible());
     EXPECT_EQ(Column(1), Texts{"salt & pepper"});
+}
+
+TEST_F(BrowseFrameTest, ASearchFindsCardsOfAllCategoriesWhenTheMenuSaysSo) {
+    EXPECT_EQ(mDatabase.CategoryInsert("Other"), 0);
+    Insert(MakeCard("here", "x"));
+    Insert(MakeCard("there", "x", 1));
+    Open();
+    Search("here");
+    EXPECT_EQ(Column(1), Texts{"here"});
+    Command(11006);
+    EXPECT_EQ(Column(1), (Texts{"here", "there"}));
+    EXPECT_EQ(Column(3), (Texts{"Default", "Other"}));
+    SendCommand(CardPanel(), ID_COLUMN_CATEGORY);
+    EXPECT_EQ(Headings().back(), "Back");
+    // Without a search the list has the current category alone.
+    Search("");
+    EXPECT_EQ(Column(1), Texts{"here"});
+    Search("here");
+    Command(11006, false);
+    EXPECT_EQ(Column(1), Texts{"here"});
+}
+
+TEST_F(BrowseFrameTest, TheStudyButtonCountsWhatIsReadyInTheDirectionOfStudy) {
+    FlashCard card = MakeCard("a", "b");
+    card.Reverse.Introduced = true;
+    card.Reverse.LastReview = mServices.Time.Now();
+    card.Reverse.ReviewInterval = 60.0f;
+    Insert(card);
+    Open();
+    const auto label = [this] { return FindById(*mpFrame, 11052)->GetLabel(); };
+    const auto comeBack = [this] {
+        Activate(false);
+        Activate(true);
+    };
+    EXPECT_EQ(label(), "Study");
+    mServices.ReverseStudy = true;
+    mServices.Time.Advance(61);
+    comeBack();
+    EXPECT_EQ(label(), "Study (1)");
+    EXPECT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
+    mDatabase.Notify();
+    EXPECT_EQ(label(), "Study");
 }
 
 TEST_F(BrowseFrameTest, TheDropDownOpensAtItsButtonAndClosesWhenTheUserTurnsAway) {
@@ -62,7 +105,7 @@ TEST_F(BrowseFrameTest, TheDropDownOpensAtItsButtonAndClosesWhenTheUserTurnsAway
         {"the focus elsewhere", [this] { Cards().SetFocus(); }},
         {"find", [this] { mpFrame->FocusSearch(); }},
         {"a choice", [this] { Send(Categories(), wxEVT_LIST_ITEM_ACTIVATED); }},
-        {"another window", [this] { Deactivate(); }}};
+        {"another window", [this] { Activate(false); }}};
     for (const auto& [name, turnAway] : ways) {
         OpenDropDown();
         turnAway();
@@ -71,7 +114,7 @@ TEST_F(BrowseFrameTest, TheDropDownOpensAtItsButtonAndClosesWhenTheUserTurnsAway
     OpenDropDown();
     ModalAnswers answers;
     answers.Then([this](wxDialog& question) {
-        Deactivate();
+        Activate(false);
         EXPECT_TRUE(DropDown().IsShown());
         question.EndModal(wxID_CANCEL);
     });

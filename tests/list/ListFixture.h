@@ -33,6 +33,13 @@ struct ListTest : FrameTest<BrowseFrame> {
         SearchField().SetValue(text);
         Send(SearchField(), wxEVT_TEXT_ENTER);
     }
+    Texts Headings() {
+        Texts headings;
+        for (const ListColumn column : Cards().GetColumns()) {
+            headings.push_back(TraitsOf(column).Heading);
+        }
+        return headings;
+    }
     void Sort(int column) {
         wxListEvent click(wxEVT_LIST_COL_CLICK, Cards().GetId());
         click.SetEventObject(&Cards());
