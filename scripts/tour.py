@@ -27,7 +27,7 @@ def main():
 
 def study(sandbox, screens):
     def picture(name):
-        driver.take_picture(os.path.join(screens, name))
+        driver.DESKTOP.take_picture(os.path.join(screens, name))
 
     def scored():
         return sandbox.query("SELECT COUNT(*) FROM Cards WHERE Introduced = 1")[0][0]

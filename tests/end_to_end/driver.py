@@ -1,7 +1,7 @@
 """Drives the real program as a person would: windows found by their titles, keys and clicks sent to
-the X server, and the outcome read from the store file behind the program's back.
+the desktop, and the outcome read from the store file behind the program's back.
 
-Needs an X display with a window manager that tells the active window (scripts/with-display).
+Needs a display of scripts/with-display, of X or with --wayland.
 """
 
 import os
@@ -17,6 +17,10 @@ import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BINARY = os.environ.get("VELOMIND_BINARY", os.path.join(ROOT, "build", "release", "velomind"))
+sys.path.insert(0, os.path.join(ROOT, "scripts"))
+
+from desktop import DESKTOP, run_tool  # noqa: E402  (found by the line above)
+
 SAMPLES = os.path.join(ROOT, "samples")
 # Where a failed test leaves a picture of the screen.
 SCREENS = os.environ.get("VELOMIND_SCREENS", "")
@@ -42,25 +46,13 @@ def wait_until(condition, what, limit=None):
         pause = min(pause * 1.5, 0.1)
 
 
-def run_tool(*command):
-    """The output of a small tool, or None when it ended with an error."""
-    done = subprocess.run(
-        command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-        timeout=60, check=False, text=True)
-    return done.stdout if done.returncode == 0 else None
-
-
 def press(*keys):
     """Presses and releases keys, by their X names, in whatever window is active."""
-    run_tool("xdotool", "key", "--delay", "4", *keys)
+    DESKTOP.press(*keys)
 
 
 def type_text(text):
-    run_tool("xdotool", "type", "--delay", "4", text)
-
-
-def take_picture(path):
-    run_tool("import", "-window", "root", path)
+    DESKTOP.type_text(text)
 
 
 def fast_directory():
@@ -98,7 +90,7 @@ class Sandbox:
         environment = dict(os.environ)
         environment.update(
             HOME=self.home, XDG_CONFIG_HOME=self.config, XDG_RUNTIME_DIR=self.runtime,
-            LC_ALL=self.locale, LANGUAGE=self.language, GDK_BACKEND="x11",
+            LC_ALL=self.locale, LANGUAGE=self.language,
             GSETTINGS_BACKEND="memory", NO_AT_BRIDGE="1")
         if self.bus:
             environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address
@@ -202,10 +194,7 @@ class Program:
 
     def windows(self, title):
         """Ids of the visible windows of this run with exactly that title."""
-        found = run_tool(
-            "xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.process.pid),
-            "--name", f"^{re.escape(title)}$")
-        return found.split() if found else []
+        return DESKTOP.windows(self.process.pid, title)
 
     def _settle(self):
         """Waits until nothing is left to do, as the toolkit makes the keys of labels work when it is
@@ -235,10 +224,10 @@ class Program:
             if not windows:
                 return None
             window = windows[-1]
-            if (run_tool("xdotool", "getactivewindow") or "").strip() == window:
+            if DESKTOP.is_active(window):
                 self._settle()
                 return window
-            run_tool("xdotool", "windowactivate", window)
+            DESKTOP.activate(window)
             return None
         return wait_until(active, f"window “{title}”", limit)
 
@@ -271,16 +260,13 @@ class Program:
         """Clicks the button, menu or entry of that label; asks for let_read_windows."""
         x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
                           f"“{label}” to click at")
-        run_tool("xdotool", "mousemove", str(x), str(y), "click", "1")
+        self._settle()
+        DESKTOP.click(x, y)
 
     def click_at(self, title, across, down):
         """Clicks a window at parts of its width and height."""
-        window = self.wait_window(title)
-        shape = dict(line.split("=") for line in
-                     run_tool("xdotool", "getwindowgeometry", "--shell", window).split())
-        run_tool("xdotool", "mousemove", "--window", window,
-                 str(int(int(shape["WIDTH"]) * across)), str(int(int(shape["HEIGHT"]) * down)),
-                 "click", "1")
+        left, top, width, height = DESKTOP.place(self.wait_window(title))
+        DESKTOP.click(left + int(width * across), top + int(height * down))
 
     def close(self, title):
         """Closes a window by the window manager's own key."""
@@ -437,11 +423,13 @@ class AccessibilityBus:
 
     def find(self, process, label):
         """The middle of what a click on that label is to hit, or None."""
-        for node in self._nodes(process):
-            if self._role(node) in self._CLICKED and self._name(node) == label:
-                place = self.place(node)
-                if len(place) == 4 and place[2] > 0 and place[3] > 0:
-                    return place[0] + place[2] // 2, place[1] + place[3] // 2
+        for window in self._windows(process):
+            for node in self._walk(window):
+                if self._role(node) in self._CLICKED and self._name(node) == label:
+                    place = self.place(node)
+                    if len(place) == 4 and place[2] > 0 and place[3] > 0:
+                        left, top = DESKTOP.origin(process, self._name(window))
+                        return left + place[0] + place[2] // 2, top + place[1] + place[3] // 2
         return None
 
     def close(self):
@@ -461,5 +449,5 @@ class RoadTest(unittest.TestCase):
         failed = any(test is self for test, _ in outcome.failures + outcome.errors)
         if failed and SCREENS:
             os.makedirs(SCREENS, exist_ok=True)
-            take_picture(os.path.join(SCREENS, f"{self.id()}.png"))
+            DESKTOP.take_picture(os.path.join(SCREENS, f"{self.id()}.png"))
         self.sandbox.close()
