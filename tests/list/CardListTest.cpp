@@ -221,16 +221,20 @@ TEST_F(CardListTest, ColumnsOfTheMenuAreShownSortedByAndKept) {
     second.Forward.ReviewInterval = 60.0f;
     second.Forward.LastReview = wxDateTime(2, wxDateTime::Jan, 2020, 12);
     Insert(second);
+    FlashCard unseen = MakeCard("c", "x");
+    unseen.Author = unseen.Chapter = unseen.Notes = "9";
+    unseen.ForwardX = unseen.ReverseX = true;
+    Insert(unseen);
     Open();
-    // The cells of both cards in the order of the column.
+    // The cells of all cards in the order of the column.
     const std::pair<int, Texts> columns[] = {
-        {ID_COLUMN_AUTHOR, {"1", "2"}},
-        {ID_COLUMN_CHAPTER, {"3", "4"}},
-        {ID_COLUMN_FORWARD_EXCLUDE, {"", "Yes"}},
-        {ID_COLUMN_REVERSE_EXCLUDE, {"", "Yes"}},
-        {ID_COLUMN_NOTES, {"5", "6"}},
-        {ID_COLUMN_NEXT_REVIEW, {"2020-01-02 12:01", "2024-01-03 12:00"}},
-        {ID_COLUMN_INTERVAL, {"60.0 seconds", "2.0 days"}}};
+        {ID_COLUMN_AUTHOR, {"1", "2", "9"}},
+        {ID_COLUMN_CHAPTER, {"3", "4", "9"}},
+        {ID_COLUMN_FORWARD_EXCLUDE, {"", "Yes", "Yes"}},
+        {ID_COLUMN_REVERSE_EXCLUDE, {"", "Yes", "Yes"}},
+        {ID_COLUMN_NOTES, {"5", "6", "9"}},
+        {ID_COLUMN_NEXT_REVIEW, {"2020-01-02 12:01", "2024-01-03 12:00", ""}},
+        {ID_COLUMN_INTERVAL, {"60.0 seconds", "2.0 days", ""}}};
     for (const auto& [id, cells] : columns) {
         SendCommand(CardPanel(), id);
         ASSERT_EQ(Headings().size(), 4U) << id;
@@ -238,14 +242,26 @@ TEST_F(CardListTest, ColumnsOfTheMenuAreShownSortedByAndKept) {
         EXPECT_EQ(Column(3), cells);
         SendCommand(CardPanel(), id);
         // Without its column the order is that of the numbers again.
-        EXPECT_EQ(Column(1), (Texts{"a", "b"}));
+        EXPECT_EQ(Column(1), (Texts{"a", "b", "c"}));
     }
     SendCommand(CardPanel(), ID_COLUMN_INTERVAL);
     mServices.ReverseStudy = true;
     Close();
     Open();
     EXPECT_EQ(Headings(), (Texts{"#", "Front", "Back", "Interval"}));
-    EXPECT_EQ(Column(3), (Texts{"", ""}));
+    EXPECT_EQ(Column(3), (Texts{"", "", ""}));
+}
+
+TEST_F(CardListTest, ListsTakeTheNewColoursOfTheDesktop) {
+    Open();
+    for (wxListCtrl* const list :
+         {static_cast<wxListCtrl*>(&Cards()), static_cast<wxListCtrl*>(&Categories())}) {
+        list->SetBackgroundColour(*wxRED);
+        wxSysColourChangedEvent changed;
+        mpFrame->ProcessWindowEvent(changed);
+        EXPECT_EQ(list->GetChildren().front()->GetBackgroundColour(),
+                  wxSystemSettings::GetColour(wxSYS_COLOUR_LISTBOX));
+    }
 }
 
 TEST(CardColumnsTest, ColumnsWithoutAWidthShareTheRoomThatIsLeft) {
