@@ -98,7 +98,7 @@ class CardListCtrl : public wxListCtrl {
     wxStaticText* mpEmptyNotice = nullptr;
     wxString mNotice;
     ListColumns mColumns;
-    // Of each column that was shown, also while it is hidden; in pixels.
+    // The widths of the columns that were shown before, in pixels; hidden ones keep theirs.
     std::map<ListColumn, int> mWidths;
     bool mWidthsAreSet = false;
     // The row of the last focus event. Asking the base class would take a pass over all rows.
