@@ -328,7 +328,6 @@ void BrowseFrame::ShowCategory() {
     mpButton->SetLabelText(ShownName(GetCategoryName(*mpDatabase, id)));
     SetAccessibleName(*mpButton, wxString::Format(_("Category: %s"), mpButton->GetLabelText()));
     ShowReadyCount();
-    Layout();
 }
 
 // Shows how many cards of the current category are ready in the direction of study.
@@ -343,6 +342,7 @@ void BrowseFrame::ShowReadyCount() {
     mpStudyButton->SetLabel(isKnown ? wxString::Format(_("Study (%i)"), ready) : _("Study"));
     mpStudyButton->SetToolTip(wxString::Format(
         wxPLURAL("%i card is ready", "%i cards are ready", static_cast<unsigned>(ready)), ready));
+    Layout();
 }
 
 void BrowseFrame::AddRecentSearch(const wxString& text) {
