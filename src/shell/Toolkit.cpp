@@ -107,6 +107,10 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
                      reinterpret_cast<void*>(keepsText));
 }
 
+void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
+    gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
+}
+
 wxPoint GetFramePosition(const wxTopLevelWindow& window) {
     wxPoint position;
     gtk_window_get_position(GTK_WINDOW(window.GetHandle()), &position.x, &position.y);
@@ -135,6 +139,8 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     place = wxRect(form.ScreenToClient(focus->GetScreenPosition()), focus->GetSize());
     return focus;
 }
+
+void UseActivationToken(const wxTopLevelWindow& /*window*/, const wxString& /*token*/) {}
 
 wxPoint GetFramePosition(const wxTopLevelWindow& window) {
     return window.GetPosition();

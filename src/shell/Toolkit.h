@@ -58,6 +58,10 @@ void KeepScrollBarVisible(wxScrolledWindow& form);
 using SpinTextGuard = bool (*)(const wxString& text, double number);
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 
+// Entitles a window to come to the front, with the token that another process got when the user
+// started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.
+void UseActivationToken(const wxTopLevelWindow& window, const wxString& token);
+
 // Returns where the frame around a window lies on the screen, in pixels. After a window was hidden
 // and shown again the library may report the position of the inside instead.
 wxPoint GetFramePosition(const wxTopLevelWindow& window);
