@@ -1,5 +1,6 @@
 #include "shell/Toolkit.h"
 
+#include <wx/app.h>
 #include <wx/defs.h>
 #include <wx/listctrl.h>
 #include <wx/panel.h>
@@ -15,6 +16,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace {
 
@@ -96,6 +98,31 @@ void KeepScrollBarVisible(wxScrolledWindow& form) {
     }
 }
 
+void WatchDesktop(std::function<void()> onChange) {
+    GtkSettings* const settings = gtk_settings_get_default();
+    if (settings == nullptr) {
+        return;
+    }
+    static std::function<void()> wanted;
+    static bool isPending = false;
+    wanted = std::move(onChange);
+    void (*const onNotify)() = [] {
+        if (!isPending) {
+            isPending = true;
+            // The library looks at the same settings, and perhaps later.
+            wxTheApp->CallAfter([] {
+                isPending = false;
+                wanted();
+            });
+        }
+    };
+    for (const char* const signal :
+         {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme",
+          "notify::gtk-xft-dpi"}) {
+        g_signal_connect_swapped(settings, signal, G_CALLBACK(onNotify), nullptr);
+    }
+}
+
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
     // Returns TRUE to tell the platform that the text stands as it should.
     gboolean (*const onWrite)(GtkSpinButton*, void*) = [](GtkSpinButton* button, void* guard) {
@@ -128,6 +155,8 @@ void FitTextHeights(wxWindow& /*window*/) {}
 void ShowMenuPictures() {}
 
 void KeepScrollBarVisible(wxScrolledWindow& /*form*/) {}
+
+void WatchDesktop(std::function<void()> /*onChange*/) {}
 
 void KeepSpinText(const wxSpinCtrl& /*control*/, SpinTextGuard /*keepsText*/) {}
 
@@ -165,6 +194,40 @@ void KeepHeadingFont(wxListCtrl& list) {
             child->SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
         }
     }
+}
+
+namespace {
+
+void TakeListColours(wxListCtrl& list) {
+    const wxVisualAttributes colours = wxListCtrl::GetClassDefaultAttributes();
+    list.SetOwnForegroundColour(colours.colFg);
+    list.SetOwnBackgroundColour(colours.colBg);
+    const wxWindow& rows = GetRowsWindow(list);
+    for (wxWindow* const child : list.GetChildren()) {
+        child->SetOwnForegroundColour(colours.colFg);
+        if (child == &rows) {
+            child->SetOwnBackgroundColour(colours.colBg);
+        }
+    }
+}
+
+void ForgetSizes(wxWindow& window) {
+    window.InvalidateBestSize();
+    if (auto* const list = dynamic_cast<wxListCtrl*>(&window)) {
+        TakeListColours(*list);
+    }
+    for (wxWindow* const child : window.GetChildren()) {
+        ForgetSizes(*child);
+    }
+}
+
+}  // namespace
+
+void TakeDesktopStyle(wxWindow& window) {
+    ForgetSizes(window);
+    FitTextHeights(window);
+    window.Layout();
+    window.Refresh();
 }
 
 void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole) {
