@@ -212,9 +212,10 @@ void InitFrame(wxFrame& frame, const wxString&) {
         menu->Destroy(test);
     }
     frame.SetMenuBar(bar.release());
-    // The entry Close is not in the bar, but users of a desktop expect its key.
-    const wxAcceleratorEntry close(wxACCEL_CTRL, 'W', wxID_CLOSE);
-    frame.SetAcceleratorTable(wxAcceleratorTable(1, &close));
+    // No entry of the bar closes the window or the program, but users of a desktop expect the keys.
+    const wxAcceleratorEntry keys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
+                                       {wxACCEL_CTRL, 'Q', wxID_EXIT}};
+    frame.SetAcceleratorTable(wxAcceleratorTable(static_cast<int>(std::size(keys)), keys));
     frame.SetIcons(LoadApplicationIcon());
     UseFaceColour(frame);
 }

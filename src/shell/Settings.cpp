@@ -183,7 +183,8 @@ constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
 constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180}};
 constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingEarlyIntroduction, false},
                                                  {kSettingTest, false}};
-constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"}};
+constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"},
+                                                       {kSettingCardListShown, "Category"}};
 
 // Returns the row of a key, or null.
 template <typename Value, size_t kCount>
@@ -325,20 +326,17 @@ void SaveWindowPosition(const wxString& key, const wxString& application,
     OpenSettingsFile(application)->Write(key, FormatPlace(GetNormalPlace(window)));
 }
 
-void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
-                      const int* defaults, int count) {
+bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list) {
     const int columns = list.GetColumnCount();
     const std::vector<int> stored =
         ParseWidths(OpenSettingsFile(application)->Read(key, wxString()));
-    if (columns > 0 && stored.size() == static_cast<size_t>(columns)) {
-        for (int i = 0; i < columns; ++i) {
-            list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
-        }
-    } else if (defaults != nullptr) {
-        for (int i = 0; i < std::min(count, columns); ++i) {
-            list.SetColumnWidth(i, defaults[i]);
-        }
+    if (columns == 0 || stored.size() != static_cast<size_t>(columns)) {
+        return false;
     }
+    for (int i = 0; i < columns; ++i) {
+        list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
+    }
+    return true;
 }
 
 void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list) {

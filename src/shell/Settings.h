@@ -31,6 +31,7 @@ constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval"
 constexpr char kSettingDatabasePath[] = "DatabasePath";
 constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
+constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
 constexpr char kSettingQuickHelp[] = "QuickHelp";
 constexpr char kSettingTest[] = "Test";
@@ -75,8 +76,7 @@ bool RestoreWindowPosition(const wxString& key, const wxString& application,
 void SaveWindowPosition(const wxString& key, const wxString& application,
                         const wxTopLevelWindow& window);
 
-// Column widths in pixels, joined by commas. Applied only when there are as many as columns, else
-// the defaults are, when given.
-void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
-                      const int* defaults, int count);
+// Column widths in pixels, joined by commas. They are applied when there are as many as columns;
+// otherwise nothing changes and the result is false.
+bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list);
 void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list);

@@ -1,5 +1,6 @@
 #include "shell/Toolkit.h"
 
+#include <wx/app.h>
 #include <wx/defs.h>
 #include <wx/listctrl.h>
 #include <wx/panel.h>
@@ -15,6 +16,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace {
 
@@ -90,6 +92,37 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     return focus;
 }
 
+void KeepScrollBarVisible(wxScrolledWindow& form) {
+    if (GTK_IS_SCROLLED_WINDOW(form.m_widget)) {
+        gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(form.m_widget), FALSE);
+    }
+}
+
+void WatchDesktop(std::function<void()> onChange) {
+    GtkSettings* const settings = gtk_settings_get_default();
+    if (settings == nullptr) {
+        return;
+    }
+    static std::function<void()> wanted;
+    static bool isPending = false;
+    wanted = std::move(onChange);
+    void (*const onNotify)() = [] {
+        if (!isPending) {
+            isPending = true;
+            // The library looks at the same settings, and perhaps later.
+            wxTheApp->CallAfter([] {
+                isPending = false;
+                wanted();
+            });
+        }
+    };
+    for (const char* const signal :
+         {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme",
+          "notify::gtk-xft-dpi"}) {
+        g_signal_connect_swapped(settings, signal, G_CALLBACK(onNotify), nullptr);
+    }
+}
+
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
     // Returns TRUE to tell the platform that the text stands as it should.
     gboolean (*const onWrite)(GtkSpinButton*, void*) = [](GtkSpinButton* button, void* guard) {
@@ -99,6 +132,10 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
     };
     g_signal_connect(control.GetHandle(), "output", G_CALLBACK(onWrite),
                      reinterpret_cast<void*>(keepsText));
+}
+
+void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
+    gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
 }
 
 wxPoint GetFramePosition(const wxTopLevelWindow& window) {
@@ -117,6 +154,10 @@ void FitTextHeights(wxWindow& /*window*/) {}
 
 void ShowMenuPictures() {}
 
+void KeepScrollBarVisible(wxScrolledWindow& /*form*/) {}
+
+void WatchDesktop(std::function<void()> /*onChange*/) {}
+
 void KeepSpinText(const wxSpinCtrl& /*control*/, SpinTextGuard /*keepsText*/) {}
 
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
@@ -127,6 +168,8 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     place = wxRect(form.ScreenToClient(focus->GetScreenPosition()), focus->GetSize());
     return focus;
 }
+
+void UseActivationToken(const wxTopLevelWindow& /*window*/, const wxString& /*token*/) {}
 
 wxPoint GetFramePosition(const wxTopLevelWindow& window) {
     return window.GetPosition();
@@ -151,6 +194,40 @@ void KeepHeadingFont(wxListCtrl& list) {
             child->SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
         }
     }
+}
+
+namespace {
+
+void TakeListColours(wxListCtrl& list) {
+    const wxVisualAttributes colours = wxListCtrl::GetClassDefaultAttributes();
+    list.SetOwnForegroundColour(colours.colFg);
+    list.SetOwnBackgroundColour(colours.colBg);
+    const wxWindow& rows = GetRowsWindow(list);
+    for (wxWindow* const child : list.GetChildren()) {
+        child->SetOwnForegroundColour(colours.colFg);
+        if (child == &rows) {
+            child->SetOwnBackgroundColour(colours.colBg);
+        }
+    }
+}
+
+void ForgetSizes(wxWindow& window) {
+    window.InvalidateBestSize();
+    if (auto* const list = dynamic_cast<wxListCtrl*>(&window)) {
+        TakeListColours(*list);
+    }
+    for (wxWindow* const child : window.GetChildren()) {
+        ForgetSizes(*child);
+    }
+}
+
+}  // namespace
+
+void TakeDesktopStyle(wxWindow& window) {
+    ForgetSizes(window);
+    FitTextHeights(window);
+    window.Layout();
+    window.Refresh();
 }
 
 void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole) {

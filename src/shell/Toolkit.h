@@ -3,6 +3,8 @@
 #include <wx/gdicmn.h>
 #include <wx/string.h>
 
+#include <functional>
+
 class wxListCtrl;
 class wxScrolledWindow;
 class wxSpinCtrl;
@@ -48,11 +50,29 @@ void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole);
 // rectangle in pixels of the form's window.
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place);
 
+// Shows the scroll bars of a form for as long as there is something to scroll. By default this
+// platform shows them only while the mouse moves, and nothing tells that a form goes on.
+void KeepScrollBarVisible(wxScrolledWindow& form);
+
+// Calls a function after the user has chosen another theme or another size of all texts on the
+// desktop. It comes from the event loop, once for changes that come together, and until the program
+// ends.
+void WatchDesktop(std::function<void()> onChange);
+
+// Lets a window and all that stands in it take the desktop's present colours and text sizes. The
+// library does so for most controls; lists keep the colours and forms the sizes that were right
+// when they were made.
+void TakeDesktopStyle(wxWindow& window);
+
 // Asks before a spin control writes its number in place of the text that the user typed: while the
 // function returns true for that text and number, the text stays. Elsewhere than on this platform
 // the number replaces the text.
 using SpinTextGuard = bool (*)(const wxString& text, double number);
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
+
+// Entitles a window to come to the front, with the token that another process got when the user
+// started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.
+void UseActivationToken(const wxTopLevelWindow& window, const wxString& token);
 
 // Returns where the frame around a window lies on the screen, in pixels. After a window was hidden
 // and shown again the library may report the position of the inside instead.

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kPanelId = 10102;
 constexpr int kTotalId = 10008;
-constexpr int kBorder = 5;
+constexpr int kBorder = kFormGap;
 constexpr int kScrollStep = 10;
 // With fewer cards the name of the category tells nothing.
 constexpr int32_t kCardsThatShowCategory = 2;

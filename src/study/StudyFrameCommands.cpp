@@ -77,6 +77,7 @@ void StudyFrame::OnDirection(bool reverse) {
     mpCardViewer->ScrollToTop();
     if (mReverseStudy != reverse) {
         mReverseStudy = reverse;
+        mServices.SetReverseStudy(reverse);
         mpScheduler->SetDirections(reverse ? kReviewReverse : kReviewForward);
     }
 }
