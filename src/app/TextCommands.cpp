@@ -4,6 +4,8 @@
 #include <wx/textentry.h>
 #include <wx/window.h>
 
+#include "shell/TextUndo.h"
+
 namespace {
 
 // Text field, search field or combo box.
@@ -42,9 +44,7 @@ struct TextCommand {
     bool (*IsEnabled)(const wxTextEntry&);
 };
 
-constexpr TextCommand kCommands[] = {{wxID_UNDO, [](wxTextEntry& text) { text.Undo(); },
-                                      [](const wxTextEntry& text) { return text.CanUndo(); }},
-                                     {wxID_CUT, [](wxTextEntry& text) { text.Cut(); },
+constexpr TextCommand kCommands[] = {{wxID_CUT, [](wxTextEntry& text) { text.Cut(); },
                                       [](const wxTextEntry& text) { return text.CanCut(); }},
                                      {wxID_COPY, [](wxTextEntry& text) { text.Copy(); },
                                       [](const wxTextEntry& text) { return text.CanCopy(); }},
@@ -53,9 +53,41 @@ constexpr TextCommand kCommands[] = {{wxID_UNDO, [](wxTextEntry& text) { text.Un
                                      {wxID_DELETE, DeleteSelection, CanDelete},
                                      {wxID_SELECTALL, SelectAll, HasText}};
 
+struct UndoCommand {
+    int Id;
+    void (TextUndo::*Run)();
+    bool (TextUndo::*IsEnabled)() const;
+};
+
+constexpr UndoCommand kUndoCommands[] = {{wxID_UNDO, &TextUndo::Undo, &TextUndo::CanUndo},
+                                         {wxID_REDO, &TextUndo::Redo, &TextUndo::CanRedo}};
+
+void BindUndoCommand(wxEvtHandler& handler, const UndoCommand& command) {
+    handler.Bind(
+        wxEVT_MENU,
+        [&command](wxCommandEvent& event) {
+            if (TextUndo* const history = TextUndo::Find(wxWindow::FindFocus())) {
+                (history->*command.Run)();
+            } else {
+                event.Skip();
+            }
+        },
+        command.Id);
+    handler.Bind(
+        wxEVT_UPDATE_UI,
+        [&command](wxUpdateUIEvent& event) {
+            const TextUndo* const history = TextUndo::Find(wxWindow::FindFocus());
+            event.Enable(history != nullptr && (history->*command.IsEnabled)());
+        },
+        command.Id);
+}
+
 }  // namespace
 
 void BindTextCommands(wxEvtHandler& handler) {
+    for (const UndoCommand& command : kUndoCommands) {
+        BindUndoCommand(handler, command);
+    }
     for (const TextCommand& command : kCommands) {
         handler.Bind(
             wxEVT_MENU,

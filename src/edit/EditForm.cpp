@@ -16,6 +16,7 @@
 #include "base/Unicode.h"
 #include "edit/EditSchedulePanel.h"
 #include "shell/Forms.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -126,6 +127,7 @@ EditForm::EditForm(wxWindow* parent)
         new EditSchedulePanel(this, ID_REVERSE_SCHEDULE, _("Reverse review schedule"));
     column->Add(mpReverseSchedule, wxSizerFlags().Expand());
     AddButtons(*column);
+    TextUndo::AttachTo(*this);
     FitTextHeights(*this);
     FitInside();
 }
@@ -237,6 +239,7 @@ void EditForm::Follow(const FlashCard& card, const wxString& categoryName) {
 void EditForm::LoadField(CardField field, const wxString& own) {
     Field& loaded = At(field);
     loaded.Entry->ChangeValue(MakeShowable(own));
+    TextUndo::Restart(*loaded.Control);
     loaded.Loaded = loaded.Entry->GetValue();
     loaded.Own = own;
 }
@@ -341,6 +344,7 @@ void EditForm::RenameRow(unsigned row, const wxString& name) {
 void EditForm::KeepCategoryText(const wxString& text) {
     if (mpCategory->GetValue() != text) {
         mpCategory->ChangeValue(text);
+        TextUndo::Restart(*mpCategory);
     }
 }
 

@@ -69,6 +69,7 @@ void EditFrame::CreateToolBar() {
     auto* const bar = new wxToolBar(this, kToolBarId, wxDefaultPosition, wxDefaultSize,
                                     wxTB_HORIZONTAL | wxTB_FLAT | wxTB_TEXT);
     bar->SetToolBitmapSize(wxSize(16, 16));
+    bar->AddTool(ID_SAVE_CLOSE, _("Save && Close"), LoadResourceBitmap("icons/save_tool.png"));
     bar->AddTool(ID_SAVE_NEW, _("Save && New"), LoadResourceBitmap("icons/save_new_tool.png"));
     bar->Realize();
     SetToolBar(bar);

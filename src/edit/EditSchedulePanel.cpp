@@ -19,6 +19,7 @@
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -174,6 +175,9 @@ void EditSchedulePanel::Load(const CardSchedule& schedule) {
     // A damaged store may hold a score above 5, which has no text.
     mpLastScore->SetSelection(
         schedule.LastScore <= kHighestScore ? kHighestScore - schedule.LastScore : wxNOT_FOUND);
+    for (wxWindow* const child : GetChildren()) {
+        TextUndo::Restart(*child);
+    }
     mSaved = GetState();
 }
 

@@ -15,6 +15,7 @@
 #include "preferences/AppearanceControls.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/Subject.h"
@@ -74,6 +75,7 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
       mActions(actions) {
     CreateControls();
     LoadSettings();
+    TextUndo::AttachTo(*mpForm);
     FitTextHeights(*mpForm);
     mpForm->FitInside();
     // A large font needs a larger window.
@@ -226,6 +228,7 @@ void PreferencesDialog::SetDatabase(Database* database) {
     const wxString path = database->IsStoreFile(stored) ? stored : database->GetPath();
     mpStorePathText->ChangeValue(path);
     mpNewPathText->ChangeValue(path);
+    TextUndo::Restart(*mpNewPathText);
 }
 
 void PreferencesDialog::ShowDescription(bool early) {

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "shell/Forms.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -81,6 +82,7 @@ void FormatRows::AddDelimiter(wxFlexGridSizer& grid, const Setup& setup) {
     mpOther = new wxTextCtrl(&mDialog, setup.OtherId, wxString(), wxDefaultPosition,
                              mDialog.FromDIP(wxSize(kOtherWidth, -1)));
     SetAccessibleName(*mpOther, setup.DelimiterLabel);
+    TextUndo::AttachTo(*mpOther);
     mpDelimiterHelp =
         MakeHelpButton(mDialog, setup.DelimiterHelpId, _("Delimiter Help"),
                        _("This setting controls the character that\nis used to separate columns."));
@@ -134,6 +136,7 @@ wxString FormatRows::CheckDelimiter() {
     const wxString typed = mpOther->GetValue();
     if (IsLineBreak(typed)) {
         mpOther->ChangeValue(wxString());
+        TextUndo::Restart(*mpOther);
     }
     return FindFault(typed);
 }

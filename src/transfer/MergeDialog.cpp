@@ -11,6 +11,7 @@
 #include "base/Text.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -70,6 +71,7 @@ MergeDialog::MergeDialog(wxWindow* parent, const FlashCard& databaseCard,
     FillColumn(mDatabase, mDatabaseCard);
     FillColumn(mImported, mImportedCard);
     FillColumn(mMerged, mImportedCard);
+    TextUndo::AttachTo(*this);
     MarkDifferences();
     // Escape and the title bar ask whether to stop.
     SetEscapeId(kStopId);

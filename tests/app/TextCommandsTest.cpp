@@ -2,6 +2,7 @@
 
 #include <wx/srchctrl.h>
 
+#include "shell/TextUndo.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -56,6 +57,15 @@ TEST_F(TextCommandsTest, EditsTheTextFieldThatHasTheFocus) {
     ASSERT_TRUE(WaitFor([this] { return IsEnabled(wxID_PASTE); }));
     Run(wxID_PASTE);
     EXPECT_EQ(text.GetValue(), "d");
+    EXPECT_FALSE(IsEnabled(wxID_UNDO));
+    TextUndo::AttachTo(text);
+    text.WriteText("e");
+    EXPECT_TRUE(IsEnabled(wxID_UNDO));
+    Run(wxID_UNDO);
+    EXPECT_EQ(text.GetValue(), "d");
+    EXPECT_FALSE(IsEnabled(wxID_UNDO));
+    Run(wxID_REDO);
+    EXPECT_EQ(text.GetValue(), "de");
 }
 
 }  // namespace

@@ -85,6 +85,28 @@ class EditRoad(RoadTest):
                 " WHERE Front = 'tres'"))
         self.sandbox.check_store()
 
+    def test_what_was_typed_is_taken_back_and_made_again(self):
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+n")
+        program.wait_window(EDIT_WINDOW)
+        self.write("uno due tre", "one two three")
+        # Each field has its own history; the menu and the keys do the same.
+        press("ctrl+z", "ctrl+z", "ctrl+z", "ctrl+shift+z", "ctrl+y", "alt+e", "u")
+        press("shift+Tab", "End", "ctrl+z", "ctrl+z", "alt+e", "e", "ctrl+z")
+        type_text("dos")
+        # A selection that is cut and pasted elsewhere comes back in two steps.
+        press("ctrl+a", "ctrl+x", "ctrl+v", "ctrl+z", "ctrl+z")
+        press("alt+Return")
+        self.wait_cards(1)
+        # The next card is another text, with nothing to take back.
+        type_text("x")
+        press("ctrl+z", "ctrl+z")
+        press("ctrl+Return")
+        program.wait_no_window(EDIT_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual([("uno dos", "one", 1, "Default")], self.sandbox.query(CARDS))
+
     def change_main_window(self, program, key, old, new):
         press(key)
         program.wait_window(new)
