@@ -200,10 +200,7 @@ void BrowseFrame::BindCommands() {
     Bind(wxEVT_MENU, &BrowseFrame::OnExport, this, ID_EXPORT);
     Bind(
         wxEVT_UPDATE_UI,
-        [this](wxUpdateUIEvent& event) {
-            event.Enable(mServices.CanExportCards() && !mpCardList->IsStoreEmpty());
-        },
-        ID_EXPORT);
+        [this](wxUpdateUIEvent& event) { event.Enable(!mpCardList->IsStoreEmpty()); }, ID_EXPORT);
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
     Bind(wxEVT_MENU, &BrowseFrame::OnRename, this, ID_RENAME);

@@ -288,11 +288,11 @@ void CardList::EditSelected() {
 }
 
 bool CardList::CanEdit() const {
-    return mServices.CanOpenEditor() && HasTarget();
+    return HasTarget();
 }
 
 void CardList::EditRow(long row) {
-    if (!mServices.CanOpenEditor() || row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
+    if (row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
         return;
     }
     std::list<FlashCard> cards;
@@ -312,7 +312,7 @@ void CardList::PutOnClipboard(bool cut) {
 }
 
 bool CardList::CanPutOnClipboard() const {
-    return mServices.CanPutCardsOnClipboard() && HasTarget();
+    return HasTarget();
 }
 
 void CardList::Paste() {

@@ -14,12 +14,42 @@
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
 
+wxBoxSizer* MakeFormColumn(wxWindow& window) {
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    auto* const margin = new wxBoxSizer(wxVERTICAL);
+    margin->Add(column, wxSizerFlags(1).Expand().Border(wxALL, window.FromDIP(kFormEdge)));
+    window.SetSizer(margin);
+    return column;
+}
+
+wxBoxSizer* AddFormGroup(wxSizer& column, wxWindow& form, const wxString& title) {
+    auto* const heading = new wxStaticText(&form, wxID_STATIC, title);
+    heading->SetFont(heading->GetFont().Bold());
+    if (!column.IsEmpty()) {
+        column.AddSpacer(form.FromDIP(kFormEdge));
+    }
+    column.Add(heading);
+    auto* const group = new wxBoxSizer(wxVERTICAL);
+    column.Add(group, wxSizerFlags().Expand().Border(wxLEFT, form.FromDIP(kFormEdge)));
+    return group;
+}
+
+wxSizerFlags FormRow(const wxWindow& form) {
+    return wxSizerFlags().Expand().Border(wxTOP, form.FromDIP(kFormGap));
+}
+
 wxSizer* MakeOkCancel(wxDialog& dialog) {
     auto* const row = new wxStdDialogButtonSizer();
     auto* const ok = new wxButton(&dialog, wxID_OK, _("&OK"));
     row->AddButton(ok);
     row->AddButton(new wxButton(&dialog, wxID_CANCEL, _("&Cancel")));
     row->Realize();
+    // The library's own distances differ from those of the guidelines, and some are around the row.
+    for (wxSizerItem* const item : row->GetChildren()) {
+        const bool isButton = item->IsWindow();
+        item->SetFlag(isButton ? int{wxALIGN_CENTRE_VERTICAL | wxLEFT} : int{wxEXPAND});
+        item->SetBorder(isButton ? dialog.FromDIP(kFormGap) : 0);
+    }
     ok->SetDefault();
     return row;
 }
@@ -43,8 +73,8 @@ void ShowPlace(wxScrolledWindow& form, const wxRect& place) {
     }
 }
 
-// The wheel belongs to a long text under the mouse, and to the form otherwise: choices and numbers
-// would take it for a change of their value.
+// Gives the wheel to a long text under the mouse, else to the form. Left alone, choices and number
+// fields would change their values when the user only wants to scroll.
 void OnWheel(wxScrolledWindow& form, wxMouseEvent& event) {
     const auto* const text = dynamic_cast<const wxTextCtrl*>(event.GetEventObject());
     const bool isLongText = text != nullptr && text->IsMultiLine() &&
@@ -74,7 +104,8 @@ void LetFormScroll(wxScrolledWindow& form) {
                   event.Skip();
                   wxRect place;
                   const void* const focus = FindFocusInside(form, place);
-                  // Only a change of focus scrolls; else nobody could scroll away from it.
+                  // Only a change of focus scrolls; otherwise the form would jump back to the
+                  // focus whenever the user scrolls away from it.
                   if (focus != last) {
                       last = focus;
                       if (focus != nullptr) {
@@ -108,14 +139,8 @@ wxStaticText* MakeFormLabel(const wxString& text, wxWindow& control, const wxStr
     return label;
 }
 
-namespace {
-
-constexpr int kGridGap = 5;
-
-}  // namespace
-
 wxFlexGridSizer* MakeFormGrid(const wxWindow& form) {
-    auto* const grid = new wxFlexGridSizer(3, form.FromDIP(wxSize(kGridGap, kGridGap)));
+    auto* const grid = new wxFlexGridSizer(3, form.FromDIP(wxSize(kFormGap, kFormGap)));
     grid->AddGrowableCol(1, 1);
     return grid;
 }

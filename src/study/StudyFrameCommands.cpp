@@ -34,15 +34,12 @@ void StudyFrame::AddCardCommands() {
         ID_EXPORT, [this](bool) { OnExport(); },
         [this](wxUpdateUIEvent& event) {
             // A card on show spares the count of all cards.
-            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
-                         (HasCard() || !mpDatabase->IsEmpty()));
+            event.Enable(mpDatabase != nullptr && (HasCard() || !mpDatabase->IsEmpty()));
         });
     AddCommand(
         wxID_OPEN, [this](bool) { OnEdit(); },
-        [this](wxUpdateUIEvent& event) { event.Enable(HasCard() && mServices.CanOpenEditor()); });
-    const auto clipboardRule = [this](wxUpdateUIEvent& event) {
-        event.Enable(HasCard() && mServices.CanPutCardsOnClipboard());
-    };
+        [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
+    const auto clipboardRule = [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); };
     AddCommand(
         wxID_CUT, [this](bool) { PutCardOnClipboard(true); }, clipboardRule);
     AddCommand(
