@@ -3,8 +3,10 @@
 #include <wx/button.h>
 #include <wx/choice.h>
 #include <wx/dialog.h>
+#include <wx/display.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
+#include <wx/settings.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
@@ -46,9 +48,12 @@ wxSizer* MakeOkCancel(wxDialog& dialog) {
     row->Realize();
     // The library's own distances differ from those of the guidelines, and some are around the row.
     for (wxSizerItem* const item : row->GetChildren()) {
-        const bool isButton = item->IsWindow();
-        item->SetFlag(isButton ? int{wxALIGN_CENTRE_VERTICAL | wxLEFT} : int{wxEXPAND});
-        item->SetBorder(isButton ? dialog.FromDIP(kFormGap) : 0);
+        if (item->IsSpacer()) {
+            item->AssignSpacer(0, 0);
+        } else {
+            item->SetFlag(wxALIGN_CENTRE_VERTICAL | wxLEFT);
+            item->SetBorder(dialog.FromDIP(kFormGap));
+        }
     }
     ok->SetDefault();
     return row;
@@ -98,6 +103,7 @@ void BindWheel(wxScrolledWindow& form, wxWindow& window) {
 }  // namespace
 
 void LetFormScroll(wxScrolledWindow& form) {
+    KeepScrollBarVisible(form);
     BindWheel(form, form);
     form.Bind(wxEVT_IDLE,
               [&form, last = static_cast<const void*>(nullptr)](wxIdleEvent& event) mutable {
@@ -113,6 +119,34 @@ void LetFormScroll(wxScrolledWindow& form) {
                       }
                   }
               });
+}
+
+namespace {
+
+// Returns the size of the screen that a window is on, without panels.
+wxSize ScreenSize(const wxWindow& window) {
+    const int index = wxDisplay::GetFromWindow(&window);
+    return wxDisplay(static_cast<unsigned>(std::max(index, 0))).GetClientArea().GetSize();
+}
+
+}  // namespace
+
+void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& leastSize) {
+    const wxWindow* const parent = dialog.GetParent();
+    const wxSize screen = ScreenSize(parent == nullptr ? dialog : *parent);
+    form.FitInside();
+    // A scrolled window asks for no room by itself.
+    form.SetMinSize(form.GetSizer()->CalcMin());
+    wxSize wanted = dialog.GetSizer()->CalcMin();
+    wanted.IncTo(leastSize);
+    form.SetMinSize(wxDefaultSize);
+    const int tallest = screen.y * 3 / 4;
+    if (wanted.y > tallest) {
+        wanted.y = tallest;
+        wanted.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, &dialog), 0);
+    }
+    dialog.SetClientSize(std::min(wanted.x, screen.x), wanted.y);
+    dialog.Layout();
 }
 
 wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries) {

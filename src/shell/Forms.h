@@ -10,6 +10,7 @@ class wxChoice;
 class wxDialog;
 class wxFlexGridSizer;
 class wxScrolledWindow;
+class wxSize;
 class wxSizer;
 class wxSizerFlags;
 class wxStaticText;
@@ -41,8 +42,13 @@ wxSizer* MakeOkCancel(wxDialog& dialog);
 
 // Lets a form that is taller than its window follow the keyboard and the wheel: the focused control
 // scrolls into view together with its label, and the wheel scrolls by lines of text wherever the
-// mouse is. Call it once all controls stand in the form. The form must scroll by single pixels.
+// mouse is. A scroll bar is visible while the form is taller than its window. Call this once all
+// controls stand in the form. The form must scroll by single pixels.
 void LetFormScroll(wxScrolledWindow& form);
+
+// Makes a dialog as large as the scrolled form in it wants to be, up to three quarters of the
+// screen's height, and at least of a size that is in pixels inside the frame.
+void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& leastSize);
 
 // Makes a choice that starts on its first entry.
 wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries);

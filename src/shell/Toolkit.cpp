@@ -90,6 +90,12 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     return focus;
 }
 
+void KeepScrollBarVisible(wxScrolledWindow& form) {
+    if (GTK_IS_SCROLLED_WINDOW(form.m_widget)) {
+        gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(form.m_widget), FALSE);
+    }
+}
+
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
     // Returns TRUE to tell the platform that the text stands as it should.
     gboolean (*const onWrite)(GtkSpinButton*, void*) = [](GtkSpinButton* button, void* guard) {
@@ -116,6 +122,8 @@ void SetAccessibleRole(const wxWindow& /*window*/, AccessibleRole /*role*/) {}
 void FitTextHeights(wxWindow& /*window*/) {}
 
 void ShowMenuPictures() {}
+
+void KeepScrollBarVisible(wxScrolledWindow& /*form*/) {}
 
 void KeepSpinText(const wxSpinCtrl& /*control*/, SpinTextGuard /*keepsText*/) {}
 

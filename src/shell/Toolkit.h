@@ -48,6 +48,10 @@ void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole);
 // rectangle in pixels of the form's window.
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place);
 
+// Shows the scroll bars of a form for as long as there is something to scroll. By default this
+// platform shows them only while the mouse moves, and nothing tells that a form goes on.
+void KeepScrollBarVisible(wxScrolledWindow& form);
+
 // Asks before a spin control writes its number in place of the text that the user typed: while the
 // function returns true for that text and number, the text stays. Elsewhere than on this platform
 // the number replaces the text.

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kPanelId = 10102;
 constexpr int kTotalId = 10008;
-constexpr int kBorder = 5;
+constexpr int kBorder = kFormGap;
 constexpr int kScrollStep = 10;
 // With fewer cards there is nothing whose category one would want to be told.
 constexpr int32_t kCardsThatShowCategory = 2;
