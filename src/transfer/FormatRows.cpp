@@ -25,7 +25,6 @@ constexpr int kDelimitedFormat = 1;
 constexpr int kOther = static_cast<int>(std::size(FormatRows::kListed));
 
 constexpr int kOtherWidth = 40;
-constexpr int kGap = 5;
 
 wxArrayString DelimiterLabels() {
     wxArrayString labels;
@@ -88,7 +87,7 @@ void FormatRows::AddDelimiter(wxFlexGridSizer& grid, const Setup& setup) {
                        _("This setting controls the character that\nis used to separate columns."));
     auto* const field = new wxBoxSizer(wxHORIZONTAL);
     field->Add(mpDelimiter, wxSizerFlags(1).CentreVertical());
-    field->Add(mpOther, wxSizerFlags().CentreVertical().Border(wxLEFT, kGap));
+    field->Add(mpOther, wxSizerFlags().CentreVertical().Border(wxLEFT, mDialog.FromDIP(kFormGap)));
     mpDelimiterLabel =
         AddFormRow(grid, setup.DelimiterLabel, *mpDelimiter, *mpDelimiterHelp, field);
     mpDelimiterLabel->SetId(setup.DelimiterLabelId);

@@ -122,7 +122,7 @@ class AccessRoad(RoadTest):
         self.dialog("File", "Export...", "Export Options", STUDY_WINDOW)
         self.dialog("Tools", "Learning Progress...", "Learning Progress", STUDY_WINDOW)
         press("ctrl+e")
-        self.look_and_tab(EDIT_WINDOW, ("Save & New",))
+        self.look_and_tab(EDIT_WINDOW, ("Save & Close", "Save & New"))
         press("ctrl+w")
         self.program.wait_no_window(EDIT_WINDOW)
         self.program.wait_window(STUDY_WINDOW)

@@ -201,10 +201,11 @@ class Program:
             return file.read()
 
     def windows(self, title):
-        """Ids of the visible windows of this run with exactly that title."""
+        """Ids of the visible windows of this run with that title, behind which the editor's has the
+        front of its card."""
         found = run_tool(
             "xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.process.pid),
-            "--name", f"^{re.escape(title)}$")
+            "--name", f"^{re.escape(title)}( - .*)?$")
         return found.split() if found else []
 
     def _settle(self):
