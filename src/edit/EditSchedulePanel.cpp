@@ -236,10 +236,14 @@ void EditSchedulePanel::Load(const CardSchedule& schedule) {
     mSaved = GetState();
 }
 
+// A card that was not introduced has times too, but they stand for no review.
 void EditSchedulePanel::DescribeTimes() {
     const wxDateTime now = CurrentTime();
-    mpLastReviewHere->SetLabel(DescribeTime(mSchedule.LastReview, now));
-    mpNextReviewHere->SetLabel(DescribeTime(mSchedule.NextReview(), now));
+    const auto describe = [&](const wxDateTime& time) {
+        return mSchedule.Introduced ? DescribeTime(time, now) : wxString();
+    };
+    mpLastReviewHere->SetLabel(describe(mSchedule.LastReview));
+    mpNextReviewHere->SetLabel(describe(mSchedule.NextReview()));
 }
 
 void EditSchedulePanel::Follow(const CardSchedule& schedule) {

@@ -113,7 +113,7 @@ TEST_F(EditSchedulePanelTest, ATimeIsToldByItsDistanceAndTheClockOnTheWall) {
                  {1, "in 1 second, Fri 27 Nov 14:00"},
                  {-119, "119 seconds ago, Fri 27 Nov 13:58"},
                  {3 * kDay + 300, "in 3 days, Mon 30 Nov 14:05"},
-                 // Of summer time, and of another year.
+                 // In summer time, and in other years.
                  {-35 * kDay, "5 weeks ago, Fri 23 Oct 15:00"},
                  {40 * kDay, "in 6 weeks, Wed 06 Jan 2027 14:00"},
                  {-20000 * kDay, "55 years ago, Thu 24 Feb 1972 14:00"}};
