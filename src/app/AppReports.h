@@ -4,8 +4,8 @@
 
 #include <mutex>
 
-#include "base/FatalErrorReport.h"
-#include "scheduler/SchedulerSources.h"
+#include "base/Process.h"
+#include "scheduler/ReviewArithmetic.h"
 
 // Ends the program when the store fails: with a message box, a line on standard error and the exit
 // code 3. A worker may report too; its first text is kept until the main thread delivers it, since

@@ -5,7 +5,6 @@
 #include <limits>
 #include <list>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "edit/EditSchedulePanel.h"
 #include "shell/MessageBox.h"

@@ -14,7 +14,6 @@
 #include <limits>
 #include <tuple>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"

@@ -47,7 +47,7 @@ void StudyFrame::AddCardCommands() {
     AddCommand(
         wxID_DELETE, [this](bool) { OnDeleteCard(); },
         [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
-    // Taken here and dropped, so that the application's commands of text fields never run.
+    // Swallowed here, so that the application's commands for text fields never run.
     for (const int id : {wxID_UNDO, wxID_PASTE, wxID_SELECTALL}) {
         AddCommand(
             id, [](bool) {}, [](wxUpdateUIEvent& event) { event.Enable(false); });
@@ -95,7 +95,7 @@ void StudyFrame::OnExport() {
 
 void StudyFrame::OnEdit() {
     if (HasCard()) {
-        // A copy, as an editor that opens may bring about another choice of card.
+        // A copy, since opening an editor may make the Scheduler choose another card.
         const FlashCard card = mpScheduler->GetCurrentCard();
         mServices.OpenEditor(card);
     }

@@ -7,7 +7,6 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
