@@ -21,6 +21,7 @@
 #include "shell/MenuBar.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "storefile/CategoryList.h"
@@ -190,6 +191,7 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
     mpSearchCtrl->SetMinSize(wxSize(kSearchWidth, -1));
     mpSearchCtrl->SetMaxSize(wxSize(kWidestSearch, -1));
     SetAccessibleName(*mpSearchCtrl, _("Search"));
+    TextUndo::AttachTo(*mpSearchCtrl);
     row.Add(mpSearchCtrl, 5, wxEXPAND);
     mpSearchMenuButton = new wxDropDownButton(this, kSearchMenuId, wxString(), "searchMenuButton");
     mpSearchMenuButton->SetToolTip(_("Recent Searches"));

@@ -49,6 +49,7 @@ constexpr MenuRow kFileRows[] = {
 
 constexpr MenuRow kEditRows[] = {
     {wxID_UNDO, wxTRANSLATE("&Undo\tCtrl+Z"), "icons/undo_menu.png"},
+    {wxID_REDO, wxTRANSLATE("R&edo\tCtrl+Shift+Z"), "icons/redo_menu.png"},
     kLine,
     {wxID_CUT, wxTRANSLATE("Cu&t\tCtrl+X"), "icons/cut_menu.png"},
     {wxID_COPY, wxTRANSLATE("&Copy\tCtrl+C"), "icons/copy_menu.png"},
