@@ -44,7 +44,8 @@ constexpr int kCompactMargin = 3;
 
 const char* const kSettingsName = "Velomind";
 
-constexpr long kFreeSizeStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
+// In less room the words on the scores would be cut, or no line of a card be seen.
+const wxSize kSmallestSize(240, 320);
 
 // A window that is not to be seen would take the focus and lose the keys.
 void GiveFocus(wxWindow& window) {
@@ -79,7 +80,7 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
                        long style)
     : mServices(services) {
     SetExtraStyle(wxFRAME_EX_METAL);
-    Create(parent, id, title, position, size, style & ~kFreeSizeStyle);
+    Create(parent, id, title, position, size, style);
     InitFrame(*this, "study_window");
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_CLOSE);
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_NEW);
@@ -92,6 +93,7 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     ApplySettings();
     RestoreLayout();
     mpChildFocus = mpQuickScore;
+    SetMinSize(FromDIP(kSmallestSize));
     Centre(wxBOTH);
     RestoreWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), &mObserver);
@@ -412,7 +414,7 @@ void StudyFrame::SetCompactScoring(bool compact) {
 }
 
 void StudyFrame::GrowToFit() {
-    // Never smaller: the viewer asks for little, and the frame has no border to pull.
+    // Never smaller: the viewer asks for little, and the user may have made more room.
     wxSize size = GetSize();
     size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
     size.DecTo(wxGetClientDisplayRect().GetSize());
