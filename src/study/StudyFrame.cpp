@@ -42,7 +42,8 @@ constexpr int kCompactMargin = 3;
 
 const char* const kSettingsName = "Velomind";
 
-constexpr long kFreeSizeStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
+// In less room the words on the scores would be cut, or no line of a card be seen.
+const wxSize kSmallestSize(240, 320);
 
 // A hidden window would take the focus and lose the keys.
 void GiveFocus(wxWindow& window) {
@@ -77,7 +78,7 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
                        long style)
     : mServices(services) {
     SetExtraStyle(wxFRAME_EX_METAL);
-    Create(parent, id, title, position, size, style & ~kFreeSizeStyle);
+    Create(parent, id, title, position, size, style);
     InitFrame(*this, "study_window");
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_CLOSE);
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_NEW);
@@ -90,6 +91,7 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     ApplySettings();
     RestoreLayout();
     mpChildFocus = mpQuickScore;
+    SetMinSize(FromDIP(kSmallestSize));
     Centre(wxBOTH);
     RestoreWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), &mObserver);
@@ -410,7 +412,7 @@ void StudyFrame::SetCompactScoring(bool compact) {
 }
 
 void StudyFrame::GrowToFit() {
-    // The frame never shrinks here: the viewer asks for little, and the user has no border to pull.
+    // Never smaller: the viewer asks for little, and the user may have made more room.
     wxSize size = GetSize();
     size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
     size.DecTo(wxGetClientDisplayRect().GetSize());

@@ -145,6 +145,7 @@ TEST_F(StudyFrameState, StatusTextsFitTheWindowAndTakeTurnsWithTheHelpOfTheMenus
     EXPECT_EQ(StatusText(1), "Recent 1/1");
     Close();
     WriteStringSetting("StudyFramePosition", "");
+    WriteStringSetting("StudyFrameSize", "");
     Open();
     EXPECT_EQ(StatusText(0), "Break Time");
     mServices.Time.Advance(100000000);
