@@ -17,7 +17,7 @@ constexpr int kGap = 12;
 
 ScoreForecast::ScoreForecast(wxWindow* parent, const QuickScore& scores)
     : wxWindow(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-               wxBORDER_NONE | wxFULL_REPAINT_ON_RESIZE),
+               wxBORDER_NONE | wxFULL_REPAINT_ON_RESIZE, "forecast"),
       mScores(scores) {
     SetBackgroundStyle(wxBG_STYLE_PAINT);
     Bind(wxEVT_PAINT, &ScoreForecast::OnPaint, this);
