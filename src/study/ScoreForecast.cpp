@@ -10,8 +10,9 @@
 
 namespace {
 
-// Logical pixels between a text and its button, and between a text and the edge of the window.
-constexpr int kGap = 12;
+// Logical pixels between a text and the border of the buttons, and between a text and the edge of
+// the window.
+constexpr int kGap = 6;
 
 }  // namespace
 

@@ -43,6 +43,8 @@ constexpr int kMessageWidth = 230;
 constexpr int kLeastLines = 4;
 // Characters of a side that are told to a screen reader, about two hours of speech.
 constexpr size_t kMostSpoken = 100000;
+// Logical pixels around the scores.
+constexpr int kScoreBorder = 6;
 constexpr int kNormalMargin = 1;
 constexpr int kCompactMargin = 3;
 
@@ -182,7 +184,7 @@ void StudyFrame::CreateContent() {
     mpForecast = new ScoreForecast(this, *mpQuickScore);
     auto* const scores = new wxBoxSizer(wxHORIZONTAL);
     scores->Add(mpForecast, wxSizerFlags(1).Expand());
-    scores->Add(mpQuickScore, wxSizerFlags().Border(wxALL, 1));
+    scores->Add(mpQuickScore, wxSizerFlags().Border(wxALL, FromDIP(kScoreBorder)));
     mpCardSizer->Add(scores, wxSizerFlags().Expand());
     // The menu key arrives here, where the focus is, but the menu belongs to the card.
     mpQuickScore->Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent& event) {

@@ -147,7 +147,8 @@ namespace {
 constexpr int kRescoreDialogId = 10052;
 constexpr int kRescoreId = 10063;
 constexpr int kOriginalScoreId = 10065;
-constexpr int kBorder = 5;
+// Logical pixels between the parts; twice as many to the edges.
+constexpr int kBorder = 6;
 constexpr int kTextWidth = 215;
 
 }  // namespace
@@ -165,7 +166,8 @@ RescoreMessageBox::RescoreMessageBox(wxWindow* parent) {
 void RescoreMessageBox::AddText(const wxString& words) {
     auto* const text = new wxStaticText(this, wxID_STATIC, words);
     text->Wrap(kTextWidth);
-    GetSizer()->Add(text, wxSizerFlags().Centre().Border(wxALL, kBorder));
+    GetSizer()->Add(text,
+                    wxSizerFlags().Centre().Border(wxLEFT | wxRIGHT | wxTOP, FromDIP(2 * kBorder)));
 }
 
 void RescoreMessageBox::CreateControls() {
@@ -177,9 +179,9 @@ void RescoreMessageBox::CreateControls() {
     AddText(_("Do you want to rescore the card or leave it with its original score?"));
 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-    GetSizer()->Add(buttons, wxSizerFlags().Centre().Border(wxALL, kBorder));
+    GetSizer()->Add(buttons, wxSizerFlags().Centre().Border(wxALL, FromDIP(2 * kBorder)));
     auto* const rescore = new wxButton(this, kRescoreId, _("Rescore"));
-    buttons->Add(rescore, wxSizerFlags().Centre().Border(wxRIGHT, kBorder));
+    buttons->Add(rescore, wxSizerFlags().Centre().Border(wxRIGHT, FromDIP(kBorder)));
     auto* const original = new wxButton(this, kOriginalScoreId, _("Original Score"));
     buttons->Add(original, wxSizerFlags().Centre());
 
