@@ -56,11 +56,11 @@ const wxSize kSmallestSize(240, 320);
 // Keys that do what a menu entry does, beside the one that the entry shows. Ctrl+W stands for the
 // entry that this window leaves out.
 const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
-                                     {wxACCEL_CTRL, 'Q', wxID_EXIT},
-                                     {wxACCEL_CTRL, '=', wxID_ZOOM_IN},
-                                     {wxACCEL_CTRL, WXK_NUMPAD_ADD, wxID_ZOOM_IN},
-                                     {wxACCEL_CTRL, WXK_NUMPAD_SUBTRACT, wxID_ZOOM_OUT},
-                                     {wxACCEL_CTRL, WXK_NUMPAD0, wxID_ZOOM_100}};
+                                    {wxACCEL_CTRL, 'Q', wxID_EXIT},
+                                    {wxACCEL_CTRL, '=', wxID_ZOOM_IN},
+                                    {wxACCEL_CTRL, WXK_NUMPAD_ADD, wxID_ZOOM_IN},
+                                    {wxACCEL_CTRL, WXK_NUMPAD_SUBTRACT, wxID_ZOOM_OUT},
+                                    {wxACCEL_CTRL, WXK_NUMPAD0, wxID_ZOOM_100}};
 
 // Each step makes the text of the cards a tenth larger.
 constexpr double kTextStep = 1.1;
