@@ -21,6 +21,7 @@
 #include "shell/MenuBar.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "storefile/CategoryList.h"
@@ -48,7 +49,9 @@ bool RecentSearches::Add(const wxString& text) {
 
 namespace {
 
-const wxSize kSmallestSize(640, 480);
+const wxSize kFirstSize(640, 480);
+// Smaller, the search field would leave no room for the name of the category.
+const wxSize kSmallestSize(480, 320);
 
 constexpr int kCategoryListId = 11001;
 constexpr int kSearchId = 11050;
@@ -94,10 +97,8 @@ class SearchField : public wxSearchCtrl {
 };
 
 BrowseFrame::BrowseFrame(AppServices& services)
-    : wxFrame(nullptr, ID_WINDOW_LIST, _("List - Velomind"), wxDefaultPosition, kSmallestSize,
-              (wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL) &
-                  ~(wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX),
-              "frame"),
+    : wxFrame(nullptr, ID_WINDOW_LIST, _("List - Velomind"), wxDefaultPosition, kFirstSize,
+              wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL, "frame"),
       mServices(services) {
     InitFrame(*this, "browse_window");
     for (const int id : kForeignCommands) {
@@ -106,13 +107,9 @@ BrowseFrame::BrowseFrame(AppServices& services)
     BuildControls();
     BindCommands();
     BindListCommands();
+    SetMinSize(FromDIP(kSmallestSize));
     Centre(wxBOTH);
-    if (!RestoreWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this)) {
-        wxSize size = GetSize();
-        size.IncTo(kSmallestSize);
-        SetSize(size);
-        Centre(wxBOTH);
-    }
+    RestoreWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
     GiveKeysTo(*mpCardList);
 }
@@ -190,6 +187,7 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
     mpSearchCtrl->SetMinSize(wxSize(kSearchWidth, -1));
     mpSearchCtrl->SetMaxSize(wxSize(kWidestSearch, -1));
     SetAccessibleName(*mpSearchCtrl, _("Search"));
+    TextUndo::AttachTo(*mpSearchCtrl);
     row.Add(mpSearchCtrl, 5, wxEXPAND);
     mpSearchMenuButton = new wxDropDownButton(this, kSearchMenuId, wxString(), "searchMenuButton");
     mpSearchMenuButton->SetToolTip(_("Recent Searches"));
@@ -316,7 +314,7 @@ void BrowseFrame::UseFont() {
     const int width = kSearchCharacters * dc.GetCharWidth();
     mpSearchCtrl->SetMinSize(wxSize(width, -1));
     mpSearchCtrl->SetMaxSize(wxSize(std::max(width, kWidestSearch), -1));
-    GetSizer()->Fit(this);
+    Layout();
 }
 
 void BrowseFrame::ShowCategory() {

@@ -13,6 +13,7 @@
 #include "preferences/AppearanceControls.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/Subject.h"
@@ -66,6 +67,7 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
       mActions(actions) {
     CreateControls();
     LoadSettings();
+    TextUndo::AttachTo(*mpForm);
     FitTextHeights(*mpForm);
     // The window has room for the longer description, and opens with the other.
     ShowDescription(true);
@@ -203,6 +205,7 @@ void PreferencesDialog::SetDatabase(Database* database) {
     const wxString path = database->IsStoreFile(stored) ? stored : database->GetPath();
     mpStorePathText->ChangeValue(path);
     mpNewPathText->ChangeValue(path);
+    TextUndo::Restart(*mpNewPathText);
 }
 
 void PreferencesDialog::ShowDescription(bool early) {

@@ -40,11 +40,11 @@ wxSizerFlags FormRow(const wxWindow& form) {
     return wxSizerFlags().Expand().Border(wxTOP, form.FromDIP(kFormGap));
 }
 
-wxSizer* MakeOkCancel(wxDialog& dialog) {
+wxSizer* MakeOkCancel(wxWindow& window) {
     auto* const row = new wxStdDialogButtonSizer();
-    auto* const ok = new wxButton(&dialog, wxID_OK, _("&OK"));
+    auto* const ok = new wxButton(&window, wxID_OK, _("&OK"));
     row->AddButton(ok);
-    row->AddButton(new wxButton(&dialog, wxID_CANCEL, _("&Cancel")));
+    row->AddButton(new wxButton(&window, wxID_CANCEL, _("&Cancel")));
     row->Realize();
     // The library's own distances differ from those of the guidelines, and some are around the row.
     for (wxSizerItem* const item : row->GetChildren()) {
@@ -52,7 +52,7 @@ wxSizer* MakeOkCancel(wxDialog& dialog) {
             item->AssignSpacer(0, 0);
         } else {
             item->SetFlag(wxALIGN_CENTRE_VERTICAL | wxLEFT);
-            item->SetBorder(dialog.FromDIP(kFormGap));
+            item->SetBorder(window.FromDIP(kFormGap));
         }
     }
     ok->SetDefault();

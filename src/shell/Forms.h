@@ -36,9 +36,9 @@ wxBoxSizer* AddFormGroup(wxSizer& column, wxWindow& form, const wxString& title)
 // Returns the flags of a row in such a column: as wide as the column, and apart from the row above.
 wxSizerFlags FormRow(const wxWindow& form);
 
-// Makes the OK and Cancel buttons of a dialog (wxID_OK, which Enter presses, and wxID_CANCEL), in
+// Makes the OK and Cancel buttons of a window (wxID_OK, which Enter presses, and wxID_CANCEL), in
 // the platform's usual order. The row has no room around it. Add it expanded, at the end.
-wxSizer* MakeOkCancel(wxDialog& dialog);
+wxSizer* MakeOkCancel(wxWindow& window);
 
 // Lets a form that is taller than its window follow the keyboard and the wheel: the focused control
 // scrolls into view together with its label, and the wheel scrolls by lines of text wherever the

@@ -23,6 +23,7 @@
 
 #include "base/Text.h"
 #include "shell/ProgramInfo.h"
+#include "shell/Toolkit.h"
 #include "shell/WindowPlace.h"
 
 // The settings lie in one text file of lines "Key=value" in a single section, for example
@@ -221,6 +222,13 @@ bool ParseColourGroup(const wxString& text, size_t position, char letter, unsign
     return true;
 }
 
+// Returns the key beside a window's place that tells its size and whether it is maximised, such as
+// "StudyFrameSize" for "StudyFramePosition".
+wxString SizeKey(wxString key) {
+    key.Replace("Position", "Size");
+    return key;
+}
+
 // Returns the widths that stand before the first token that is none.
 std::vector<int> ParseWidths(const wxString& text) {
     std::vector<int> widths;
@@ -310,20 +318,32 @@ bool ParseColourText(const wxString& text, wxColour& colour) {
 bool RestoreWindowPosition(const wxString& key, const wxString& application,
                            wxTopLevelWindow& window) {
     WatchPlace(window);
-    wxRect place;
-    if (!ParsePlace(OpenSettingsFile(application)->Read(key, wxString()), place)) {
+    const auto settings = OpenSettingsFile(application);
+    WindowPlace place;
+    const bool hasCorner = ParsePlace(settings->Read(key, wxString()), place.Free);
+    if (!ParseSize(settings->Read(SizeKey(key), wxString()), place) && !hasCorner) {
         return false;
     }
-    // A maximised window keeps the screen, and takes its place when the user restores it.
-    if (!window.IsMaximized() && !window.IsFullScreen()) {
-        MoveToPlace(window, ClampPlace(place, ScreenAreas()));
+    const std::vector<wxRect> screens = ScreenAreas();
+    if (!hasCorner && !screens.empty()) {
+        place.Free = place.Free.CentreIn(screens.front());
+    }
+    // A maximised or tiled window keeps its part of the screen.
+    if (!window.IsMaximized() && !window.IsFullScreen() && !IsTiled(window)) {
+        place.Free = ClampPlace(place.Free, screens);
+        MoveToPlace(window, place);
     }
     return true;
 }
 
 void SaveWindowPosition(const wxString& key, const wxString& application,
                         const wxTopLevelWindow& window) {
-    OpenSettingsFile(application)->Write(key, FormatPlace(GetNormalPlace(window)));
+    const WindowPlace place = GetPlace(window);
+    const auto settings = OpenSettingsFile(application);
+    settings->Write(SizeKey(key), FormatSize(place));
+    if (HasWindowPlaces()) {
+        settings->Write(key, FormatPlace(place.Free));
+    }
 }
 
 bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list) {

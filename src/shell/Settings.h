@@ -25,6 +25,7 @@ constexpr char kSettingStudyBgColor[] = "StudyBgColor";
 constexpr char kSettingBrowseFont[] = "BrowseFont";
 constexpr char kSettingCardLayout[] = "CardLayout";
 constexpr char kSettingCompactScoring[] = "CompactScoring";
+constexpr char kSettingStudyTextStep[] = "StudyTextStep";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
@@ -69,8 +70,10 @@ wxString FormatColourText(const wxColour& colour);
 // Returns false, with colour unchanged, unless the text is exactly of that form.
 bool ParseColourText(const wxString& text, wxColour& colour);
 
-// The place of a window on the screen, in pixels, "x,y,w,h" under its key. Restore clamps it to a
-// screen that exists and returns false when none is stored. The application names the settings.
+// The place of a window on the screen (WindowPlace.h): its corner and size under its key, where the
+// desktop tells them, and its size and whether it is maximised under the key that has "Size" in
+// place of "Position". Restore brings it onto a screen that exists and returns false when neither
+// is stored. The application names the settings.
 bool RestoreWindowPosition(const wxString& key, const wxString& application,
                            wxTopLevelWindow& window);
 void SaveWindowPosition(const wxString& key, const wxString& application,

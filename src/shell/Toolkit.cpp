@@ -13,6 +13,9 @@
 #ifdef __WXGTK__
 
 #include <gtk/gtk.h>
+#ifdef GDK_WINDOWING_WAYLAND
+#include <gdk/gdkwayland.h>
+#endif
 
 #include <algorithm>
 #include <cstddef>
@@ -138,10 +141,46 @@ void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
     gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
 }
 
-wxPoint GetFramePosition(const wxTopLevelWindow& window) {
-    wxPoint position;
-    gtk_window_get_position(GTK_WINDOW(window.GetHandle()), &position.x, &position.y);
-    return position;
+bool HasWindowPlaces() {
+#ifdef GDK_WINDOWING_WAYLAND
+    return !GDK_IS_WAYLAND_DISPLAY(gdk_display_get_default());
+#else
+    return true;
+#endif
+}
+
+wxRect GetInnerPlace(const wxTopLevelWindow& window) {
+    auto* const platform = GTK_WINDOW(window.GetHandle());
+    wxRect place;
+    if (HasWindowPlaces()) {
+        gtk_window_get_position(platform, &place.x, &place.y);
+    }
+    gtk_window_get_size(platform, &place.width, &place.height);
+    return place;
+}
+
+void SetInnerSize(wxTopLevelWindow& window, const wxSize& size) {
+    GtkWidget* const widget = window.GetHandle();
+    if (gtk_widget_get_mapped(widget) == FALSE) {
+        // When the library learns how thick the frame is, it takes that off the size of a new
+        // window, unless the size inside was asked for.
+        window.SetClientSize(window.GetClientSize() + size - GetInnerPlace(window).GetSize());
+    }
+    gtk_window_resize(GTK_WINDOW(widget), size.x, size.y);
+}
+
+void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner) {
+    if (HasWindowPlaces()) {
+        gtk_window_move(GTK_WINDOW(window.GetHandle()), corner.x, corner.y);
+    }
+}
+
+bool IsTiled(const wxTopLevelWindow& window) {
+    constexpr int kTiled = GDK_WINDOW_STATE_TILED | GDK_WINDOW_STATE_TOP_TILED |
+                           GDK_WINDOW_STATE_RIGHT_TILED | GDK_WINDOW_STATE_BOTTOM_TILED |
+                           GDK_WINDOW_STATE_LEFT_TILED;
+    GdkWindow* const platform = gtk_widget_get_window(window.GetHandle());
+    return platform != nullptr && (gdk_window_get_state(platform) & kTiled) != 0;
 }
 
 #else
@@ -171,8 +210,24 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
 
 void UseActivationToken(const wxTopLevelWindow& /*window*/, const wxString& /*token*/) {}
 
-wxPoint GetFramePosition(const wxTopLevelWindow& window) {
-    return window.GetPosition();
+bool HasWindowPlaces() {
+    return true;
+}
+
+wxRect GetInnerPlace(const wxTopLevelWindow& window) {
+    return window.GetRect();
+}
+
+void SetInnerSize(wxTopLevelWindow& window, const wxSize& size) {
+    window.SetSize(size);
+}
+
+void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner) {
+    window.Move(corner);
+}
+
+bool IsTiled(const wxTopLevelWindow& /*window*/) {
+    return false;
 }
 
 #endif

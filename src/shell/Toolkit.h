@@ -74,6 +74,18 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 // started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.
 void UseActivationToken(const wxTopLevelWindow& window, const wxString& token);
 
-// Returns where the frame around a window lies on the screen, in pixels. After a window was hidden
-// and shown again the library may report the position of the inside instead.
-wxPoint GetFramePosition(const wxTopLevelWindow& window);
+// Returns whether programs may know and choose where their windows lie. Wayland keeps that to the
+// desktop.
+bool HasWindowPlaces();
+
+// Returns a window's place in pixels: the corner of the frame around it, and the size inside that
+// frame. The library's own sizes count frames and shadows in or not, depending on the desktop. The
+// corner is 0,0 where windows have no places.
+wxRect GetInnerPlace(const wxTopLevelWindow& window);
+// Gives a window that size inside its frame, whether it is shown or not.
+void SetInnerSize(wxTopLevelWindow& window, const wxSize& size);
+// Moves the corner of the frame. Does nothing where windows have no places.
+void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner);
+
+// Returns whether the desktop has fitted a window to a part of the screen, such as its left half.
+bool IsTiled(const wxTopLevelWindow& window);

@@ -91,8 +91,9 @@ void LearningProgress::CreateControls() {
     CreateBox(*panel, _("Study Back to Front"), {10004, 10005, 10006, 10007}, ReverseTexts());
 
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    column->Add(panel, wxSizerFlags(1).Expand());
-    column->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, border));
+    column->Add(panel, wxSizerFlags(1).Expand().Border(wxALL, border));
+    column->Add(MakeOkCancel(*this),
+                wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, 2 * border));
     SetSizer(column);
     FindWindow(wxID_OK)->SetFocus();
 }
