@@ -267,13 +267,16 @@ class VirtualInput:
 
 class Sway(Desktop):
     """Sway, which tells its windows over a socket. The keyboard is plugged in before any window
-    comes, and stays: without one, no window would have the focus."""
+    comes, and stays: without one, no window would have the focus. The pointer waits where windows
+    come up, as the toolkit takes one that was in none for being over the first menu."""
 
     _COMMAND, _OUTPUTS, _TREE = 0, 3, 4
     _BUTTONS = {1: 0x110, 2: 0x112, 3: 0x111}
 
     def __init__(self):
         self._input = VirtualInput(os.environ["WAYLAND_DISPLAY"])
+        screen = self._ask(self._OUTPUTS)[0]["rect"]
+        self._move(screen["width"] // 2, screen["height"] // 2)
 
     @staticmethod
     def _ask(kind, text=""):
@@ -309,11 +312,14 @@ class Sway(Desktop):
     def type_text(self, text):
         self.press(*text)
 
-    def click(self, x, y, button=1, times=1):
+    def _move(self, x, y):
         screen = self._ask(self._OUTPUTS)[0]["rect"]
+        self._input.move(x, y, screen["width"], screen["height"])
+
+    def click(self, x, y, button=1, times=1):
         # Programs learn from the second step where the pointer is.
-        for step in (1, 0):
-            self._input.move(x - step, y, screen["width"], screen["height"])
+        self._move(x - 1, y)
+        self._move(x, y)
         for down in (True, False) * times:
             self._input.button(self._BUTTONS[button], down)
 
