@@ -4,7 +4,7 @@ import fcntl
 import os
 import unittest
 
-from driver import LIST_WINDOW, RoadTest, press, run_tool, wait_until
+from driver import DESKTOP, LIST_WINDOW, RoadTest, press, wait_until
 
 
 class CommandLineRoad(RoadTest):
@@ -15,11 +15,11 @@ class CommandLineRoad(RoadTest):
         program.wait_window(LIST_WINDOW)
 
         # A minimised window comes back, and in front of what was opened meanwhile.
-        run_tool("xdotool", "windowminimize", program.windows(LIST_WINDOW)[0])
+        DESKTOP.put_away(program.windows(LIST_WINDOW)[0])
         program.wait_no_window(LIST_WINDOW)
         self.assertEqual(0, self.sandbox.run())
-        wait_until(lambda: (run_tool("xdotool", "getactivewindow") or "").strip()
-                   in program.windows(LIST_WINDOW), "the window in front")
+        wait_until(lambda: any(DESKTOP.is_active(window) for window in program.windows(LIST_WINDOW)),
+                   "the window in front")
 
         words = self.sandbox.sample("french.txt")
         second = self.sandbox.start("--import", words)

@@ -170,8 +170,8 @@ class Program:
         self._sandbox = sandbox
         with open(self._error_path, "wb") as errors:
             self.process = subprocess.Popen(
-                [BINARY, *arguments], env=sandbox.environment(),
-                cwd=sandbox.root, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
+                [BINARY, *arguments],
+                env={**sandbox.environment(), **DESKTOP.launch_environment()}, cwd=sandbox.root, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
 
     def error_text(self):
         with open(self._error_path, encoding="utf-8", errors="replace") as file:

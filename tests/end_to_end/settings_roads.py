@@ -61,6 +61,7 @@ class SettingsRoad(RoadTest):
         self.assertEqual(0, program.quit())
 
 
+@unittest.skipUnless("DISPLAY" in os.environ, "Wayland tells no places")
 class PlaceRoad(RoadTest):
     def place(self, window):
         return run_tool("xdotool", "getwindowgeometry", window).split("\n", 1)[1]
