@@ -92,11 +92,17 @@ class EditRoad(RoadTest):
         program.wait_window(EDIT_WINDOW)
         self.write("uno due tre", "one two three")
         # Each field has its own history; the menu and the keys do the same.
-        press("ctrl+z", "ctrl+z", "ctrl+z", "ctrl+shift+z", "ctrl+y", "alt+e", "u")
-        press("shift+Tab", "End", "ctrl+z", "ctrl+z", "alt+e", "e", "ctrl+z")
+        # A menu has to be gone before the next key.
+        for keys in (("ctrl+z", "ctrl+z", "ctrl+z", "ctrl+shift+z", "ctrl+y", "alt+e"), ("u",),
+                     ("shift+Tab", "End", "ctrl+z", "ctrl+z", "alt+e"), ("e",), ("ctrl+z",)):
+            press(*keys)
+            program.settle()
         type_text("dos")
         # A selection that is cut and pasted elsewhere comes back in two steps.
-        press("ctrl+a", "ctrl+x", "ctrl+v", "ctrl+z", "ctrl+z")
+        press("ctrl+a", "ctrl+x", "ctrl+v")
+        # The clipboard's text comes a moment later.
+        program.settle()
+        press("ctrl+z", "ctrl+z")
         press("alt+Return")
         self.wait_cards(1)
         # The next card is another text, with nothing to take back.
