@@ -119,11 +119,16 @@ void WatchDesktop(std::function<void(wxTopLevelWindow&)> onChange) {
             }
         }
     };
-    for (const char* const signal :
-         {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme",
-          "notify::gtk-xft-dpi"}) {
-        g_signal_connect_swapped(gtk_settings_get_default(), signal, G_CALLBACK(onNotify), nullptr);
+    GtkSettings* const settings = gtk_settings_get_default();
+    for (const char* const signal : {"notify::gtk-theme-name", "notify::gtk-xft-dpi"}) {
+        g_signal_connect_swapped(settings, signal, G_CALLBACK(onNotify), nullptr);
     }
+    // The library keeps the colours of a theme until it hears of another name.
+    void (*const onVariant)(GtkSettings*) = [](GtkSettings* changed) {
+        g_object_notify(G_OBJECT(changed), "gtk-theme-name");
+    };
+    g_signal_connect(settings, "notify::gtk-application-prefer-dark-theme", G_CALLBACK(onVariant),
+                     nullptr);
 }
 
 namespace {
