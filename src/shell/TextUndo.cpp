@@ -198,9 +198,9 @@ bool TextUndo::Extend(const Change& change) {
     Change& last = mChanges.back();
     const bool isPut = change.Before.empty();
     if (isPut && mIsSameMoment && last.After.empty() && change.Place == last.Place) {
-        // The toolkit tells a paste over a selection in two steps.
+        // The toolkit may tell in two steps what is put over a selection.
         last.After = change.After;
-        last.IsTyped = false;
+        last.IsTyped = change.IsTyped;
     } else if (isPut && change.IsTyped && last.IsTyped &&
                change.Place == last.Place + last.After.length() &&
                !IsWordStart(last.After, change.After)) {
