@@ -51,6 +51,12 @@ class Desktop:
 
     # False where only the programs themselves can tell of their windows.
     tells_windows = True
+    # Whether windows lie where programs put them.
+    has_places = False
+
+    def launch_environment(self):
+        """What a launcher of this desktop adds to the environment of a program."""
+        return {}
 
     def launch_environment(self):
         """What a launcher of this desktop adds to the environment of a program."""
@@ -72,6 +78,8 @@ class Desktop:
 
 class X11(Desktop):
     """An X display with a window manager that tells the active window."""
+
+    has_places = True
 
     def __init__(self, display=None):
         self._environment = dict(os.environ, **{"DISPLAY": display} if display else {})
@@ -136,6 +144,7 @@ class Weston(X11):
     its windows, and so the pointer finds nothing either."""
 
     tells_windows = False
+    has_places = False
 
     def __init__(self):
         super().__init__(os.environ["OUTER_DISPLAY"])

@@ -79,7 +79,11 @@ bool VelomindApp::OnInit() {
     mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
     BindCommands();
-    WatchDesktop([this] { TakeDesktopStyle(); });
+    WatchDesktop([this](wxTopLevelWindow& window) {
+        TakeDesktopStyle(window);
+        // The windows treat another size of texts as another font of the cards.
+        mSettingsNotifier.Notify();
+    });
     wxFrame& list = mWindows.ShowList();
     BringToFront(list);
     // Asked from the event loop, when the window is on the screen for the question to stand over.
@@ -260,14 +264,6 @@ void VelomindApp::ComeToFront(const wxString& token) {
     for (wxTopLevelWindow* const window : wanted) {
         BringToFront(*window);
     }
-}
-
-// The windows treat another look of the desktop as another font of the cards.
-void VelomindApp::TakeDesktopStyle() {
-    for (wxWindow* const window : wxTopLevelWindows) {
-        ::TakeDesktopStyle(*window);
-    }
-    mSettingsNotifier.Notify();
 }
 
 void VelomindApp::OnWindowCommand(wxCommandEvent& event) {

@@ -61,7 +61,6 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     wxFrame* MakeListWindow();
     wxFrame* MakeStudyWindow();
     void ComeToFront(const wxString& token);
-    void TakeDesktopStyle();
 
     void OnWindowCommand(wxCommandEvent& event);
     void OnNewCard(wxCommandEvent& event);

@@ -54,10 +54,10 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place);
 // platform shows them only while the mouse moves, and nothing tells that a form goes on.
 void KeepScrollBarVisible(wxScrolledWindow& form);
 
-// Calls a function after the user has chosen another theme or another size of all texts on the
-// desktop. It comes from the event loop, once for changes that come together, and until the program
-// ends.
-void WatchDesktop(std::function<void()> onChange);
+// Calls a function for each window after the user has chosen another theme or another size of all
+// texts on the desktop, until the program ends. The call comes from the event loop once the
+// platform has restyled the window: soon for one on the screen, for another when it is shown.
+void WatchDesktop(std::function<void(wxTopLevelWindow&)> onChange);
 
 // Lets a window and all that stands in it take the desktop's present colours and text sizes. The
 // library does so for most controls; lists keep the colours and forms the sizes that were right

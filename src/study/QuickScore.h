@@ -166,6 +166,8 @@ class QuickScore : public wxControlWithItems {
     // Keys that are down and may not start a press before they have been let go.
     std::set<int> mDownKeys;
     int32_t mItemHeight = 0;
+    // The item height at which the minimum size was set, or 0 before that.
+    int32_t mMinItemHeight = 0;
     int32_t mItemWidth = 0;
     wxArrayString mStrings;
     std::vector<void*> mClientData;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "shell/Toolkit.h"
 #include "study/QuickScore.h"
 
 namespace {
@@ -21,6 +22,9 @@ ScoreForecast::ScoreForecast(wxWindow* parent, const QuickScore& scores)
                wxBORDER_NONE | wxFULL_REPAINT_ON_RESIZE, "forecast"),
       mScores(scores) {
     SetBackgroundStyle(wxBG_STYLE_PAINT);
+    // Not a stop of the keys for screen readers either: the scores say the same.
+    SetCanFocus(false);
+    SetAccessibleRole(*this, AccessibleRole::Label);
     Bind(wxEVT_PAINT, &ScoreForecast::OnPaint, this);
 }
 

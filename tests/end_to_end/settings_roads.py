@@ -5,7 +5,7 @@ import shutil
 import time
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, wait_until
+from driver import DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, wait_until
 
 KEYS = ("Font", "FontColor", "StudyBgColor", "BrowseFont", "CardLayout", "CompactScoring", "LastWindow",
         "EarlyIntroduction", "EarlyIntroductionInterval", "CurrentCategoryId", "CardListColumns",
@@ -81,6 +81,7 @@ class PlaceRoad(RoadTest):
         wait_until(lambda: ("MAXIMIZED" in run_tool("xprop", "-id", window, "_NET_WM_STATE")) == maximised,
                    f"maximised {maximised}")
 
+    @unittest.skipUnless(DESKTOP.has_places, "windows have no places here")
     def test_windows_come_back_as_they_were(self):
         self.sandbox.set_setting("BrowseFramePosition", "60,70,700,500")
         program = self.sandbox.start()
