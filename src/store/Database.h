@@ -121,6 +121,16 @@ class Database : public Subject {
     int DeleteCard(const CardUuid& id);
     int CardDeleteByRowId(int64_t rowId);
     int CardUpdateCategory(int64_t rowId, int32_t categoryId);
+    // Inserts the cards in their order, many rows a statement, which is many times as fast as one
+    // by one. Each statement is written whole or not at all. Returns 0; or a negative value,
+    // without a report, with only the first `inserted` cards in the store. Write the next one by
+    // itself then: it succeeds, or its failure is reported as its own.
+    int InsertFlashCards(const std::vector<FlashCard>& cards, size_t& inserted);
+    // The same for many row ids; one that is gone is passed over. A group of them that fails is
+    // repeated card by card, so that each failure is reported as its own. Returns 0, or the last
+    // failure after all others were done.
+    int CardsDeleteByRowId(const std::vector<int64_t>& rowIds);
+    int CardsUpdateCategory(const std::vector<int64_t>& rowIds, int32_t categoryId);
     // Puts every card into review block 0, in both directions.
     int ResetErc();
     // Moves every card of one category into another.
@@ -283,6 +293,15 @@ class Database : public Subject {
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
                    const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label);
     int ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds);
+    // The greatest number of rows that one statement of a group takes, none more than are left.
+    size_t GroupSize(size_t left, size_t parametersPerRow) const;
+    // Steps a run whose failure the caller answers itself.
+    int StepQuietly(StatementRun& run, const char* label);
+    // Runs a statement over the row ids in groups: sql stands before "(?,?,...)", and values are
+    // the arguments before the row ids. single does the same for one row id.
+    template <typename... Values>
+    int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
+                      const std::function<int(int64_t)>& single, const Values&... values);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);
