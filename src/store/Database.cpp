@@ -45,6 +45,8 @@ void Database::CloseHandle() {
     ForgetStatements(CardTexts());
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
+    mDirectory.Close();
+    mConfirmedChanges = 0;
 }
 
 sqlite3_stmt* Database::GetStatement(const wxString& sql) {
@@ -105,6 +107,33 @@ int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
     return mStatementsInUse.erase(statement) == 1 ? 0 : -1;
 }
 
+// The engine ends a commit by removing its journal and does not sync the directory after it. A
+// power cut could then bring the journal back, and the next start would play it back into the
+// store: the last answer would be taken back although the program had gone on.
+void Database::ConfirmChanges() {
+    const Lock lock(mMutex);
+    if (!mDirectory.IsOpen() || mChangeGroups > 0) {
+        return;
+    }
+    const int changes = sqlite3_total_changes(mpHandle);
+    if (changes != mConfirmedChanges) {
+        mConfirmedChanges = changes;
+        // A file system that cannot is no reason to fail.
+        ::fsync(mDirectory.Get());
+    }
+}
+
+StoreChangeGroup::StoreChangeGroup(Database& database) : mDatabase(database) {
+    const Database::Lock lock(mDatabase.mMutex);
+    ++mDatabase.mChangeGroups;
+}
+
+StoreChangeGroup::~StoreChangeGroup() {
+    const Database::Lock lock(mDatabase.mMutex);
+    --mDatabase.mChangeGroups;
+    mDatabase.ConfirmChanges();
+}
+
 int Database::ReportStepFailure(sqlite3_stmt* statement, const char* label, int result) {
     const Lock lock(mMutex);
     // The engine tells the true error only after a reset.
@@ -154,6 +183,7 @@ int Database::ExecuteText(const wxString& sql) {
         KeepError();
         return -1;
     }
+    ConfirmChanges();
     return 0;
 }
 

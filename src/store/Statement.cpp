@@ -102,6 +102,7 @@ int StatementRun::Step(const char* label) {
     switch (result & 0xFF) {
         case SQLITE_DONE:
             mDone = true;
+            mDatabase.ConfirmChanges();
             return 0;
         case SQLITE_ROW:
             mDone = false;
