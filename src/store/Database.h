@@ -11,8 +11,8 @@
 #include <mutex>
 #include <vector>
 
-#include "base/FatalErrorReport.h"
 #include "base/FileDescriptor.h"
+#include "base/Process.h"
 #include "store/CardRow.h"
 #include "store/FlashCard.h"
 #include "store/Statement.h"

@@ -24,8 +24,8 @@
 #include <utility>
 
 #include "base/FileDescriptor.h"
-#include "base/Numbers.h"
-#include "base/Trace.h"
+#include "base/Process.h"
+#include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"

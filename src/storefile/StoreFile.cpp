@@ -16,6 +16,7 @@
 #include <wx/utils.h>
 
 #include "base/Process.h"
+#include "base/Text.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"

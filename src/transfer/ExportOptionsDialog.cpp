@@ -14,9 +14,9 @@
 
 #include <algorithm>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Text.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
