@@ -5,12 +5,14 @@
 #include <wx/intl.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "base/Process.h"
 #include "base/Unicode.h"
+#include "store/StoreFiles.h"
 
 Database::Database(FatalErrorReport& report)
     : mReport(report), mLastErrorText(FromUtf8(sqlite3_errstr(SQLITE_OK))) {}
@@ -46,6 +48,7 @@ void Database::CloseHandle() {
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
     mDirectory.Close();
+    mSource.Close();
     mConfirmedChanges = 0;
 }
 
@@ -105,6 +108,47 @@ int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
         return mStatementsInUse.emplace(statement, run).second ? 0 : -1;
     }
     return mStatementsInUse.erase(statement) == 1 ? 0 : -1;
+}
+
+void Database::SetBeforeChange(std::function<void()> hook) {
+    const Lock lock(mMutex);
+    mBeforeChange = std::move(hook);
+}
+
+void Database::AnnounceChange() {
+    const Lock lock(mMutex);
+    if (mBeforeChange && !mAnnouncing && IsOpen()) {
+        mAnnouncing = true;
+        mBeforeChange();
+        mAnnouncing = false;
+    }
+}
+
+int Database::CopyFile(const wxString& target, int32_t& cards) {
+    const Lock lock(mMutex);
+    if (!mSource.IsOpen()) {
+        mSource = FileDescriptor(::open(ToUtf8(GetPath()).c_str(), O_RDONLY | O_CLOEXEC));
+    }
+    if (!mSource.IsOpen()) {
+        return errno;
+    }
+    // The file stays locked for reading until the run ends. A StoreReadLock may be held already.
+    StatementRun reading(*this, GetStatement("SELECT count(*) FROM Globals;"));
+    int hasMoved = 1;
+    char version = 0;
+    sqlite3_file_control(mpHandle, "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    if (reading.Step("CopyFile") < 0 || CountAllCards(cards) < 0 || hasMoved != 0) {
+        return EIO;
+    }
+    // The file alone is not the whole store where another program has given it a write-ahead log.
+    constexpr off_t kVersionOffset = 18;
+    constexpr char kJournal = 1;
+    if (::pread(mSource.Get(), &version, 1, kVersionOffset) != 1 || version != kJournal) {
+        return ENOTSUP;
+    }
+    const FileDescriptor copy(
+        ::open(ToUtf8(target).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    return copy.IsOpen() ? CopyWholeFile(mSource.Get(), copy.Get()) : errno;
 }
 
 // The engine ends a commit by removing its journal and does not sync the directory after it. A
@@ -175,6 +219,7 @@ bool Database::Try(const std::function<void()>& ask) {
 
 int Database::Execute(const wxString& sql) {
     const Lock lock(mMutex);
+    AnnounceChange();
     return IsOpen() ? ExecuteText(sql) : -1;
 }
 

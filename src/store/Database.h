@@ -117,6 +117,13 @@ class Database : public Subject {
     // ids counts as read when the cards of its first page could be read too.
     bool Try(const std::function<void()>& ask);
 
+    // Called before each statement that may change the open store, on its thread and with the store
+    // locked: it may read the store, must not change it, and must not wait for another thread.
+    void SetBeforeChange(std::function<void()> hook);
+    // Copies the store's file, as it is now, to a path where nothing is, under the store's own read
+    // lock. Returns 0 and the number of cards in it, or the system's number of the error.
+    int CopyFile(const wxString& target, int32_t& cards);
+
     // Card writes. A card without an identity is not inserted: -1.
     int InsertFlashCard(const FlashCard& card);
     int UpdateFlashCard(const FlashCard& card);
@@ -224,6 +231,8 @@ class Database : public Subject {
     // Marks the statement as used by that run, or as free with null. Returns -1 and changes nothing
     // when there is no statement or it is marked so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
+    // Tells of a statement that may change the store.
+    void AnnounceChange();
     // Makes what changed since the last call survive a power cut. Called after each statement that
     // ended.
     void ConfirmChanges();
@@ -331,6 +340,11 @@ class Database : public Subject {
     wxString mLastErrorText;
     // The directory of the open store's file, to be synced.
     FileDescriptor mDirectory;
+    // The store's file, opened for the first copy. It stays open while the engine has the file, as
+    // closing any descriptor of a file drops the locks that the process holds on it.
+    FileDescriptor mSource;
+    std::function<void()> mBeforeChange;
+    bool mAnnouncing = false;
     // The engine's count of changed rows when the directory was last synced.
     int mConfirmedChanges = 0;
     int mChangeGroups = 0;
