@@ -102,28 +102,55 @@ void KeepScrollBarVisible(wxScrolledWindow& form) {
     }
 }
 
-void WatchDesktop(std::function<void(wxTopLevelWindow&)> onChange) {
-    static std::function<void(wxTopLevelWindow&)> wanted;
-    wanted = std::move(onChange);
-    // Runs in the next frame of a window that is on the screen, just before it is restyled.
-    constexpr GtkTickCallback kOnFrame = [](GtkWidget*, GdkFrameClock*, void* data) {
-        auto* const window = static_cast<wxTopLevelWindow*>(data);
-        window->CallAfter([window] { wanted(*window); });
-        return static_cast<gboolean>(G_SOURCE_REMOVE);
-    };
-    void (*const onNotify)() = [] {
-        for (wxWindow* const window : wxTopLevelWindows) {
-            auto* const top = dynamic_cast<wxTopLevelWindow*>(window);
-            if (top != nullptr && top->GetHandle() != nullptr) {
-                gtk_widget_add_tick_callback(top->GetHandle(), kOnFrame, top, nullptr);
-            }
+namespace {
+
+// What the program does for a window that the platform has restyled.
+std::function<void(wxTopLevelWindow&)> gOnRestyled;
+
+// Runs in the next frame of a window that is on the screen, just before it is restyled.
+gboolean OnFrame(GtkWidget* /*widget*/, GdkFrameClock* /*clock*/, void* data) {
+    auto* const window = static_cast<wxTopLevelWindow*>(data);
+    window->CallAfter([window] { gOnRestyled(*window); });
+    return G_SOURCE_REMOVE;
+}
+
+// Runs when a hidden window is shown.
+void OnMap(GtkWidget* widget, void* data) {
+    g_signal_handlers_disconnect_matched(widget, G_SIGNAL_MATCH_FUNC, 0, 0, nullptr,
+                                         reinterpret_cast<void*>(&OnMap), nullptr);
+    gtk_widget_add_tick_callback(widget, OnFrame, data, nullptr);
+}
+
+void OnDesktopChange() {
+    for (wxWindow* const window : wxTopLevelWindows) {
+        auto* const top = dynamic_cast<wxTopLevelWindow*>(window);
+        GtkWidget* const widget = top == nullptr ? nullptr : top->GetHandle();
+        if (widget == nullptr) {
+            continue;
         }
-    };
-    for (const char* const signal :
-         {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme",
-          "notify::gtk-xft-dpi"}) {
-        g_signal_connect_swapped(gtk_settings_get_default(), signal, G_CALLBACK(onNotify), nullptr);
+        if (gtk_widget_get_mapped(widget) != FALSE) {
+            gtk_widget_add_tick_callback(widget, OnFrame, top, nullptr);
+        } else {
+            g_signal_connect(widget, "map", G_CALLBACK(OnMap), top);
+        }
     }
+}
+
+// The library keeps the colours of a theme until it hears of another name.
+void OnVariant(GtkSettings* settings) {
+    g_object_notify(G_OBJECT(settings), "gtk-theme-name");
+}
+
+}  // namespace
+
+void WatchDesktop(std::function<void(wxTopLevelWindow&)> onChange) {
+    gOnRestyled = std::move(onChange);
+    GtkSettings* const settings = gtk_settings_get_default();
+    for (const char* const signal : {"notify::gtk-theme-name", "notify::gtk-xft-dpi"}) {
+        g_signal_connect_swapped(settings, signal, G_CALLBACK(OnDesktopChange), nullptr);
+    }
+    g_signal_connect(settings, "notify::gtk-application-prefer-dark-theme", G_CALLBACK(OnVariant),
+                     nullptr);
 }
 
 namespace {
