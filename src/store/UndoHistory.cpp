@@ -3,6 +3,7 @@
 #include <wx/translation.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <utility>
 
@@ -18,8 +19,7 @@ bool IsSameCard(const FlashCard& one, const FlashCard& other) {
            one.CategoryId == other.CategoryId && one.Author == other.Author &&
            one.Chapter == other.Chapter && one.IntroductionOrder == other.IntroductionOrder &&
            one.ForwardX == other.ForwardX && one.ReverseX == other.ReverseX &&
-           one.Notes == other.Notes && one.Forward == other.Forward &&
-           one.Reverse == other.Reverse;
+           one.Notes == other.Notes && one.Forward == other.Forward && one.Reverse == other.Reverse;
 }
 
 // Adds the category to those that the change knows by name.
@@ -36,7 +36,20 @@ int NoteCategory(Database& database, int32_t id, StoreChange& change) {
     return 0;
 }
 
+// Lets go of what a change holds when so many more cards are too many. Returns false then.
+bool HasRoomFor(size_t cards, StoreChange& change) {
+    if (change.CountCards() + cards > UndoHistory::kMostCards) {
+        change.IsTooLarge = true;
+        change.Cards.clear();
+        change.MovedCards.clear();
+    }
+    return !change.IsTooLarge;
+}
+
 int NoteMovedRows(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change) {
+    if (!HasRoomFor(rowIds.size(), change)) {
+        return 0;
+    }
     std::list<FlashCard> cards;
     for (const int64_t rowId : rowIds) {
         if (database.SelectCardByRowId(rowId, cards) < 0) {
@@ -104,28 +117,53 @@ class FormerPlaces {
     std::map<int32_t, int32_t> mIds;
 };
 
+// Writes the cards, and the one that a group fails at by itself, so that it is reported.
+int InsertAll(Database& database, const std::vector<FlashCard>& cards) {
+    for (std::vector<FlashCard> left = cards; !left.empty();) {
+        size_t inserted = 0;
+        if (database.InsertFlashCards(left, inserted) == 0) {
+            return 0;
+        }
+        if (database.InsertFlashCard(left[inserted]) < 0) {
+            return -1;
+        }
+        left.erase(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(inserted) + 1);
+    }
+    return 0;
+}
+
 int PutBackDeleted(Database& database, const StoreChange& change, UndoOutcome& outcome) {
     FormerPlaces places(database, change.Categories);
-    for (FlashCard card : change.Cards) {
+    std::vector<FlashCard> missing;
+    for (const FlashCard& card : change.Cards) {
         int32_t count = 0;
         if (database.SelectCardIdCount(card.CardId, count) < 0) {
             return -1;
         }
-        if (count > 0) {
+        if (count > 0 || card.CardId.IsZero()) {
             ++outcome.LeftAlone;
             continue;
         }
-        if (places.Find(card.CategoryId, card.CategoryId) < 0 ||
-            database.InsertFlashCard(card) < 0) {
+        missing.push_back(card);
+        if (places.Find(card.CategoryId, missing.back().CategoryId) < 0) {
             return -1;
         }
-        ++outcome.Restored;
+    }
+    if (InsertAll(database, missing) < 0) {
+        return -1;
+    }
+    outcome.Restored = static_cast<int32_t>(missing.size());
+    for (const FlashCard& card : missing) {
+        if (database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
+            return -1;
+        }
     }
     return 0;
 }
 
 int TakeBackCopies(Database& database, const StoreChange& change, UndoOutcome& outcome) {
     std::list<FlashCard> found;
+    std::vector<int64_t> rowIds;
     for (const FlashCard& card : change.Cards) {
         if (database.SelectCardById(card.CardId, found) < 0) {
             return -1;
@@ -134,34 +172,38 @@ int TakeBackCopies(Database& database, const StoreChange& change, UndoOutcome& o
             ++outcome.LeftAlone;
             continue;
         }
-        if (database.DeleteCard(card.CardId) < 0) {
+        if (database.SelectRowIdById(card.CardId, rowIds) < 0) {
             return -1;
         }
         ++outcome.Restored;
     }
-    return 0;
+    return database.CardsDeleteByRowId(rowIds);
 }
 
 int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome) {
     FormerPlaces places(database, change.Categories);
-    std::vector<int64_t> rowIds;
+    std::map<int32_t, std::vector<int64_t>> rowIds;
     std::list<FlashCard> found;
     for (const StoreChange::Moved& moved : change.MovedCards) {
-        rowIds.clear();
-        int32_t id = -1;
-        if (database.SelectCardById(moved.CardId, found) < 0 ||
-            database.SelectRowIdById(moved.CardId, rowIds) < 0) {
+        if (database.SelectCardById(moved.CardId, found) < 0) {
             return -1;
         }
-        if (found.empty() || rowIds.empty() || found.front().CategoryId != change.IntoId) {
+        if (found.empty() || found.front().CategoryId != change.IntoId) {
             ++outcome.LeftAlone;
             continue;
         }
+        int32_t id = -1;
         if (places.Find(moved.FromId, id) < 0 ||
-            database.CardUpdateCategory(rowIds.front(), id) < 0) {
+            database.SelectRowIdById(moved.CardId, rowIds[id]) < 0) {
             return -1;
         }
         ++outcome.Restored;
+    }
+    for (const auto& [id, rows] : rowIds) {
+        if (database.CardsUpdateCategory(rows, id) < 0) {
+            return -1;
+        }
+        outcome.RowIds.insert(outcome.RowIds.end(), rows.begin(), rows.end());
     }
     return 0;
 }
@@ -195,10 +237,14 @@ int RenameBack(Database& database, const StoreChange& change, UndoOutcome& outco
 }  // namespace
 
 void UndoHistory::Add(StoreChange change) {
-    if (change.What != Kind::kRename && change.What != Kind::kMerge && change.CountCards() == 0) {
+    if (change.What != Kind::kRename && change.What != Kind::kMerge && !change.IsTooLarge &&
+        change.CountCards() == 0) {
         return;
     }
     mSteps.push_back(std::move(change));
+    if (mSteps.back().IsTooLarge) {
+        mSteps.clear();
+    }
     size_t cards = 0;
     auto oldest = mSteps.end();
     while (oldest != mSteps.begin()) {
@@ -245,6 +291,7 @@ int UndoHistory::UndoLast(Database& database, UndoOutcome& outcome) {
     }
     const StoreChange change = std::move(mSteps.back());
     mSteps.pop_back();
+    const StoreChangeGroup group(database);
     switch (change.What) {
         case Kind::kDeletion:
             return PutBackDeleted(database, change, outcome);
@@ -262,6 +309,10 @@ int UndoHistory::UndoLast(Database& database, UndoOutcome& outcome) {
 
 int NoteDeletion(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change) {
     change.What = Kind::kDeletion;
+    if (!HasRoomFor(rowIds.size(), change)) {
+        return 0;
+    }
+    change.Cards.reserve(rowIds.size());
     std::list<FlashCard> cards;
     for (const int64_t rowId : rowIds) {
         if (database.SelectCardByRowId(rowId, cards) < 0) {
@@ -277,6 +328,13 @@ int NoteDeletion(Database& database, const std::vector<int64_t>& rowIds, StoreCh
     return 0;
 }
 
+void NoteCopy(const FlashCard& card, StoreChange& change) {
+    change.What = Kind::kPaste;
+    if (HasRoomFor(1, change)) {
+        change.Cards.push_back(card);
+    }
+}
+
 int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t intoId,
              StoreChange& change) {
     change.What = Kind::kMove;
@@ -289,7 +347,7 @@ int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreCha
     change.IntoId = intoId;
     change.Categories.push_back(from);
     std::vector<int64_t> rowIds;
-    if (database.CardSelectRowIdsOrder(from.Id, CardOrder::kIntroductionOrder, rowIds) < 0) {
+    if (database.CardSelectRowIdsOrder(from.Id, CardColumn::kIntroductionOrder, rowIds) < 0) {
         return -1;
     }
     return NoteMovedRows(database, rowIds, change);

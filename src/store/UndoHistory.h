@@ -34,6 +34,8 @@ struct StoreChange {
     std::list<Category> Categories;
     // Rename: the name it has since.
     wxString NewName;
+    // It had more cards than the history keeps, and cannot be taken back.
+    bool IsTooLarge = false;
 
     size_t CountCards() const { return Cards.size() + MovedCards.size(); }
 };
@@ -44,8 +46,11 @@ struct UndoOutcome {
     int32_t Restored = 0;
     // Cards left alone, because they were changed, moved, deleted or made anew after the step.
     int32_t LeftAlone = 0;
-    // The former name of a category has gone to another one meanwhile; nothing was done.
+    // The category was not renamed back: it has gone or has yet another name, or its former name
+    // belongs to another one meanwhile.
     bool NameTaken = false;
+    // The rows that the restored cards have now; none for copies that were taken away.
+    std::vector<int64_t> RowIds;
 };
 
 // The steps of this session that Edit > Undo can take back, the last one first. Taking back changes
@@ -66,17 +71,22 @@ class UndoHistory {
     wxString GetLabel() const;
 
     // Takes back the last step and drops it. Returns 0, or -1 when the store fails, which then has
-    // reported it. The caller notifies.
+    // reported it. The caller notifies in either case.
     int UndoLast(Database& database, UndoOutcome& outcome);
 
   private:
     std::list<StoreChange> mSteps;
 };
 
-// Reads what a deletion of these rows is about to take away. Returns 0 or -1. Rows that are gone are
-// passed over.
+// What a command is about to do, read before it does it. Each returns 0, or -1 when the store
+// fails, which then has reported it. Rows that are gone are passed over. A change that grows too
+// large lets go of its cards. Any thread.
+
+// Reads what a deletion of these rows is about to take away.
 int NoteDeletion(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change);
-// Reads where the cards of these rows are that are about to go into a category.
+// Adds a copy that is about to be written.
+void NoteCopy(const FlashCard& card, StoreChange& change);
+// Adds where the cards of these rows are that are about to go into a category.
 int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t intoId,
              StoreChange& change);
 // Reads which cards a merge of one category into another is about to move.
