@@ -303,9 +303,13 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
 }
 
 void VelomindApp::OnPreferences(wxCommandEvent&) {
-    // Cards on the clipboard are known by their row ids, which mean other cards in another store.
+    // Cards on the clipboard are known by their row ids, which mean other cards in another store,
+    // and the steps that can be taken back were done in the store that was open.
     AppStoreFileActions actions([this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
-                                [this] { mClipboard.TakeBack(); });
+                                [this] {
+                                    mClipboard.TakeBack();
+                                    mUndoHistory.Clear();
+                                });
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
     dialog.ShowModal();

@@ -13,6 +13,7 @@
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
+#include "store/UndoHistory.h"
 #include "transfer/CardClipboard.h"
 
 class Database;
@@ -46,6 +47,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
     bool CanPasteCards() const override { return mClipboard.HasCards(); }
     void PasteCards(int32_t categoryId, EmptyCut empty) override;
+    UndoHistory& GetUndoHistory() override { return mUndoHistory; }
     bool IsReverseStudy() const override { return mReverseStudy; }
     void SetReverseStudy(bool reverse) override { mReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { mStudyMessage = text; }
@@ -78,7 +80,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     Subject mSettingsNotifier;
     SingleInstance mInstance;
     std::unique_ptr<Database> mpDatabase;
-    CardClipboard mClipboard{mFatalErrorReport};
+    UndoHistory mUndoHistory;
+    CardClipboard mClipboard{mFatalErrorReport, mUndoHistory};
     MainWindows mWindows;
     Editors mEditors{*this};
     // The frame that was activated last, or null once that is gone.

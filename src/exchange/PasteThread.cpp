@@ -1,9 +1,18 @@
 #include "exchange/PasteThread.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <list>
 
 #include "store/Database.h"
 #include "store/Statement.h"
+
+namespace {
+
+// The number of cards that one statement moves.
+constexpr size_t kMovedAtOnce = 256;
+
+}  // namespace
 
 PasteThread::PasteThread(Database& database, const std::vector<int64_t>& rowIds, bool copy,
                          int32_t categoryId)
@@ -24,17 +33,34 @@ void PasteThread::Cancel() {
 
 void PasteThread::Work() {
     const StoreReadLock lock(mDatabase);
+    if (mCopy) {
+        CopyCards();
+    } else {
+        MoveCards();
+    }
+}
+
+void PasteThread::CopyCards() {
     for (const int64_t rowId : mRowIds) {
         if (mCancelled) {
             break;
         }
-        if (mCopy) {
-            CopyCard(rowId);
-        } else {
-            // A failure is reported by the store, and the others go on.
-            mDatabase.CardUpdateCategory(rowId, mCategoryId);
-        }
+        CopyCard(rowId);
         ++mPosition;
+    }
+}
+
+// The store reports each card that it cannot move, and the others go on.
+void PasteThread::MoveCards() {
+    for (auto card = mRowIds.begin(); card != mRowIds.end() && !mCancelled;) {
+        const auto left = static_cast<size_t>(mRowIds.end() - card);
+        const auto count = static_cast<std::ptrdiff_t>(std::min(left, kMovedAtOnce));
+        const std::vector<int64_t> group(card, card + count);
+        if (NoteMove(mDatabase, group, mCategoryId, mChange) == 0) {
+            mDatabase.CardsUpdateCategory(group, mCategoryId);
+        }
+        card += count;
+        mPosition += static_cast<int32_t>(count);
     }
 }
 
@@ -49,5 +75,7 @@ void PasteThread::CopyCard(int64_t rowId) {
         return;
     }
     card.CategoryId = mCategoryId;
-    mDatabase.InsertFlashCard(card);
+    if (mDatabase.InsertFlashCard(card) == 0) {
+        NoteCopy(card, mChange);
+    }
 }

@@ -2,9 +2,11 @@
 
 #include <atomic>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "exchange/Worker.h"
+#include "store/UndoHistory.h"
 
 class Database;
 
@@ -22,16 +24,23 @@ class PasteThread : public Worker {
     int32_t GetPosition() const override { return mPosition; }
     void Cancel() override;
 
+    // Hands over what was done, to be taken back. Call it once the worker has ended.
+    StoreChange TakeChange() { return std::move(mChange); }
+
   protected:
     void Work() override;
 
   private:
+    void CopyCards();
     void CopyCard(int64_t rowId);
+    void MoveCards();
 
     Database& mDatabase;
     const std::vector<int64_t>& mRowIds;
     bool mCopy;
     int32_t mCategoryId;
+    // The worker's until it has ended.
+    StoreChange mChange;
     // The number of cards done so far. Written by the worker.
     std::atomic<int32_t> mPosition{0};
     // Written by the main thread.

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "base/Text.h"
@@ -19,11 +20,13 @@
 #include "shell/CommandIds.h"
 #include "shell/DropDown.h"
 #include "shell/MenuBar.h"
+#include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/UndoHistory.h"
 #include "storefile/CategoryList.h"
 #include "storefile/CurrentCategory.h"
 
@@ -79,6 +82,22 @@ bool HasFocusIn(const wxWindow& control) {
         window = window->IsTopLevel() ? nullptr : window->GetParent();
     }
     return window != nullptr;
+}
+
+// What the undoing could not change, in whole sentences; empty when it changed everything.
+wxString DescribeLeftAlone(const UndoOutcome& outcome) {
+    if (outcome.NameTaken) {
+        return _(
+            "The category keeps its name, because its former name belongs to another category "
+            "now, or because it was renamed or deleted since.");
+    }
+    const auto count = static_cast<unsigned>(outcome.LeftAlone);
+    return count == 0
+               ? wxString()
+               : wxString::Format(
+                     wxPLURAL("%i card stays as it is, because it was changed since.",
+                              "%i cards stay as they are, because they were changed since.", count),
+                     outcome.LeftAlone);
 }
 
 }  // namespace
@@ -264,6 +283,8 @@ void BrowseFrame::BindListCommands() {
     // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);
+    Bind(wxEVT_MENU, &BrowseFrame::OnUndo, this, wxID_UNDO);
+    Bind(wxEVT_UPDATE_UI, &BrowseFrame::OnUpdateUndo, this, wxID_UNDO);
 }
 
 void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
@@ -486,4 +507,38 @@ void BrowseFrame::OnRename(wxCommandEvent&) {
     if (HasFocusIn(*mpCategoryList)) {
         mpCategoryList->Rename();
     }
+}
+
+// A text field with the focus takes back what was typed into it; else the last step in the store is
+// taken back, wherever it was done.
+void BrowseFrame::OnUndo(wxCommandEvent& event) {
+    if (TextUndo::Find(FindFocus()) != nullptr) {
+        event.Skip();
+        return;
+    }
+    UndoOutcome outcome;
+    {
+        const wxBusyCursor busy;
+        mServices.GetUndoHistory().UndoLast(*mpDatabase, outcome);
+        // After a failure too, so that the list shows what was done.
+        mpDatabase->Notify();
+        mpCardList->SelectCards(std::move(outcome.RowIds));
+    }
+    const wxString leftAlone = DescribeLeftAlone(outcome);
+    if (!leftAlone.empty()) {
+        ShowMessageBox(leftAlone, _("Undo"), wxOK | wxCENTRE, this);
+    }
+}
+
+void BrowseFrame::OnUpdateUndo(wxUpdateUIEvent& event) {
+    const bool isText = TextUndo::Find(FindFocus()) != nullptr;
+    const wxString step = isText ? wxString() : mServices.GetUndoHistory().GetLabel();
+    const wxString text =
+        step.empty() ? _("&Undo\tCtrl+Z") : wxControl::EscapeMnemonics(step) + "\tCtrl+Z";
+    // Asked whenever nothing else is to do, and each new text would lay the menu out again.
+    if (GetMenuBar()->FindItem(wxID_UNDO)->GetItemLabel() != text) {
+        event.SetText(text);
+    }
+    event.Enable(!step.empty());
+    event.Skip(isText);
 }

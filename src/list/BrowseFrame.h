@@ -85,6 +85,8 @@ class BrowseFrame : public wxFrame, private Observer {
     void OnExport(wxCommandEvent& event);
     void OnCategoryChosen(wxListEvent& event);
     void OnRename(wxCommandEvent& event);
+    void OnUndo(wxCommandEvent& event);
+    void OnUpdateUndo(wxUpdateUIEvent& event);
 
     AppServices& mServices;
     RecentSearches mRecentSearches;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <list>
 #include <memory>
+#include <utility>
 
 #include "base/Text.h"
 #include "list/CardListCtrl.h"
@@ -19,6 +20,7 @@
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/UndoHistory.h"
 #include "storefile/CurrentCategory.h"
 
 namespace {
@@ -356,10 +358,14 @@ void CardList::DeleteSelected() {
     if (rows.empty()) {
         return;
     }
-    for (const long row : rows) {
-        // The store itself reports a failure; the other cards are deleted all the same.
-        mpDatabase->CardDeleteByRowId(mRowIds[static_cast<size_t>(row)]);
+    const std::vector<int64_t> rowIds = RowIdsOf(mRowIds, rows);
+    StoreChange change;
+    if (NoteDeletion(*mpDatabase, rowIds, change) < 0) {
+        return;
     }
+    // The store itself reports a failure; the other cards are deleted all the same.
+    mpDatabase->CardsDeleteByRowId(rowIds);
+    mServices.GetUndoHistory().Add(std::move(change));
     mpListCtrl->SelectEveryRow(false);
     mpListCtrl->SetFocusedRow(-1);
     mpDatabase->Notify();
@@ -372,6 +378,21 @@ void CardList::DeleteSelected() {
 
 void CardList::SelectAll() {
     mpListCtrl->SelectEveryRow(true);
+}
+
+void CardList::SelectCards(std::vector<int64_t> rowIds) {
+    std::sort(rowIds.begin(), rowIds.end());
+    const auto isAmong = [&rowIds](int64_t rowId) {
+        return std::binary_search(rowIds.begin(), rowIds.end(), rowId);
+    };
+    const auto first = std::find_if(mRowIds.begin(), mRowIds.end(), isAmong);
+    if (first == mRowIds.end()) {
+        return;
+    }
+    const auto row = static_cast<long>(first - mRowIds.begin());
+    RestoreSelection(std::move(rowIds));
+    mpListCtrl->SetFocusedRow(row);
+    mpListCtrl->EnsureVisible(row);
 }
 
 bool CardList::HasTarget() const {

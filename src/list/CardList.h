@@ -60,6 +60,8 @@ class CardList : public wxPanel, private Observer {
     // Asks before it deletes. When no card is selected, the focused card is deleted.
     void DeleteSelected();
     void SelectAll();
+    // Selects and shows the cards of these row ids. Does nothing when none of them is in the list.
+    void SelectCards(std::vector<int64_t> rowIds);
     // Returns true when a command has a card to act on: a selected one, or the focused one.
     bool HasTarget() const;
     // Tells whether the whole store had no card at its last notice. True also when the cards could

@@ -10,6 +10,7 @@
 #include "store/Subject.h"
 
 class Database;
+class UndoHistory;
 struct FlashCard;
 class wxFrame;
 class wxWindow;
@@ -49,6 +50,10 @@ class AppServices : public CategorySource {
     // pastes once: the clipboard is emptied before its cards move, or after.
     enum class EmptyCut { kBefore, kAfter };
     virtual void PasteCards(int32_t categoryId, EmptyCut empty) = 0;
+
+    // What Edit > Undo of the list can take back. Each command that deletes or moves cards, or
+    // renames or merges categories, adds its step.
+    virtual UndoHistory& GetUndoHistory() = 0;
 
     // The direction of study, which the study window sets and lists of schedules follow.
     virtual bool IsReverseStudy() const = 0;

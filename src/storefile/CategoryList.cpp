@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <list>
 #include <map>
+#include <utility>
 
 #include "base/Text.h"
 #include "resources/ResourceBitmap.h"
@@ -17,6 +18,7 @@
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/UndoHistory.h"
 #include "storefile/CurrentCategory.h"
 
 namespace {
@@ -206,10 +208,24 @@ void CategoryList::RenameOrMerge(const Category& category, const wxString& newNa
     // The store takes some texts for the same name, "7" and "007" for example, and then finds the
     // category itself.
     if (existing.empty() || existing.front().Id == category.Id) {
-        mpDatabase->UpdateCategory({category.Id, newName});
+        RenameOnly(category, newName);
     } else {
         Merge(category, existing.front());
     }
+}
+
+void CategoryList::RenameOnly(const Category& category, const wxString& newName) {
+    std::list<Category> renamed;
+    // Read again, as the store may have made another text of the name.
+    if (mpDatabase->UpdateCategory({category.Id, newName}) < 0 ||
+        mpDatabase->SelectCategoryById(category.Id, renamed) < 0 || renamed.empty()) {
+        return;
+    }
+    StoreChange change;
+    change.What = StoreChange::Kind::kRename;
+    change.Categories.push_back(category);
+    change.NewName = renamed.front().Name;
+    mServices.GetUndoHistory().Add(std::move(change));
 }
 
 void CategoryList::Merge(const Category& from, const Category& into) {
@@ -225,9 +241,12 @@ void CategoryList::Merge(const Category& from, const Category& into) {
         return;
     }
     const wxBusyCursor busy;
-    if (mpDatabase->UpdateFlashCardCategory(from.Id, into.Id) < 0) {
+    StoreChange change;
+    if (NoteMerge(*mpDatabase, from, into.Id, change) < 0 ||
+        mpDatabase->UpdateFlashCardCategory(from.Id, into.Id) < 0) {
         return;
     }
+    mServices.GetUndoHistory().Add(std::move(change));
     if (mServices.GetCurrentCategoryId(*mpDatabase) == from.Id) {
         // The current category follows the cards.
         mServices.SetCurrentCategoryId(*mpDatabase, into.Id);

@@ -46,6 +46,7 @@ class CategoryList : public wxListCtrl, private Observer {
     // Makes a row's text with the counts as of that time. Returns 0 or -1.
     int MakeRowText(const Category& category, const wxDateTime& now, wxString& text);
     void RenameOrMerge(const Category& category, const wxString& newName);
+    void RenameOnly(const Category& category, const wxString& newName);
     void Merge(const Category& from, const Category& into);
     void DeleteCategoryOf(long row);
     int Ask(const wxString& text, const wxString& caption, long style = wxOK | wxCENTRE);

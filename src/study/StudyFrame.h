@@ -175,6 +175,7 @@ class StudyFrame : public wxFrame {
     void OnExport();
     void OnEdit();
     void OnDelete();
+    void DeleteCurrentCard();
 
     AppServices& mServices;
     wxToolBar* mpToolBar = nullptr;

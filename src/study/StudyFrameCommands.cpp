@@ -3,11 +3,15 @@
 #include <wx/statusbr.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
+#include "store/Database.h"
+#include "store/UndoHistory.h"
 #include "storefile/CategoryList.h"
 #include "study/CardViewer.h"
 
@@ -171,8 +175,19 @@ void StudyFrame::OnDelete() {
     const int answer = ShowMessageBox(_("Do you really want to delete this card?"),
                                       _("Delete Card"), wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
     if (answer == wxOK) {
-        mpDatabase->DeleteCard(mpScheduler->GetCurrentCardId());
+        DeleteCurrentCard();
         mpDatabase->Notify();
+    }
+}
+
+// The list can take the deletion back.
+void StudyFrame::DeleteCurrentCard() {
+    const CardUuid id = mpScheduler->GetCurrentCardId();
+    std::vector<int64_t> rowIds;
+    StoreChange change;
+    if (mpDatabase->SelectRowIdById(id, rowIds) == 0 &&
+        NoteDeletion(*mpDatabase, rowIds, change) == 0 && mpDatabase->DeleteCard(id) == 0) {
+        mServices.GetUndoHistory().Add(std::move(change));
     }
 }
 

@@ -14,6 +14,7 @@
 #include "exchange/Export.h"
 #include "exchange/PasteThread.h"
 #include "store/Database.h"
+#include "store/UndoHistory.h"
 #include "transfer/ProgressDialog.h"
 
 namespace {
@@ -160,6 +161,8 @@ void CardClipboard::Paste(Database& database, int32_t categoryId, AppServices::E
     PasteThread thread(database, cards.GetRowIds(), cards.IsCopy(), categoryId);
     if (RunWithProgress(nullptr, thread, mReport,
                         _("Unable to start a thread for the flash cards to be pasted."))) {
+        // Cancelled or not: it tells what was done.
+        mHistory.Add(thread.TakeChange());
         database.Notify();
     }
     if (!cards.IsCopy() && empty == AppServices::EmptyCut::kAfter) {

@@ -10,6 +10,7 @@
 
 class Database;
 class FatalErrorReport;
+class UndoHistory;
 
 // Cards as they lie on the clipboard: row ids for this program, and for others a table of text,
 // which is made when a program first asks for it. Belongs to the clipboard once it was put there.
@@ -55,8 +56,9 @@ class CardDataObject : public wxDataObject {
 // before the file changes and before the program ends. Main thread only.
 class CardClipboard {
   public:
-    // The report is not owned.
-    explicit CardClipboard(FatalErrorReport& report) : mReport(report) {}
+    // The report and the history, which gets what each paste did, are not owned.
+    CardClipboard(FatalErrorReport& report, UndoHistory& history)
+        : mReport(report), mHistory(history) {}
 
     // Puts a copy or a cut on the clipboard and leaves the store as it is. Does nothing while
     // another program holds the clipboard open.
@@ -73,6 +75,7 @@ class CardClipboard {
 
   private:
     FatalErrorReport& mReport;
+    UndoHistory& mHistory;
     // Expires when the object that was put last has left the clipboard. Row ids that lie there
     // after that are those of another run of the program and must not be pasted.
     std::weak_ptr<void> mOwn;

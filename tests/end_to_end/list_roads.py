@@ -10,6 +10,7 @@ EDIT_WINDOW = "Edit - Velomind"
 DELETE_BOX = "Delete Card(s)"
 BLANK = "Categories cannot have a blank name"
 CARDS = "SELECT group_concat(Front || Name, ' ') FROM Cards JOIN Categories ON CategoryId = Id"
+INTRODUCED = "SELECT Front FROM Cards WHERE Introduced = 1 ORDER BY Front"
 
 
 class ListRoad(RoadTest):
@@ -98,6 +99,59 @@ class ListRoad(RoadTest):
         self.program.wait_window(LIST_WINDOW)
         press("ctrl+shift+c", "Down", "Down", "Return")
         wait_until(lambda: shown() == ["Category"], "the author hidden")
+
+    def rename_category(self, name):
+        press("alt+Down", "ctrl+r")
+        self.program.wait_window("Rename Category")
+        press(name, "Return")
+        self.program.wait_no_window("Rename Category")
+
+    def score(self):
+        scored = self.sandbox.query(INTRODUCED)
+        press("ctrl+2")
+        self.program.wait_window(STUDY_WINDOW)
+        press("space", "4")
+        wait_until(lambda: self.sandbox.query(INTRODUCED) != scored, "a card scored")
+        press("ctrl+1")
+        self.program.wait_window(LIST_WINDOW)
+
+    def test_cards_deleted_by_mistake_come_back_after_studying_went_on(self):
+        deleted = "SELECT * FROM Cards WHERE Front IN ('a', 'b') ORDER BY Front"
+        self.score()
+        before = self.sandbox.query(deleted)
+        self.open_and_leave(DELETE_BOX, "shift+Down Delete", "Return")
+        self.wait_cards("c1 d1 e2")
+        self.score()
+        for label in ("Edit", "Undo deletion of 2 cards"):
+            self.program.click(label)
+        self.wait_cards("c1 d1 e2 a1 b1")
+        self.assertEqual(before, self.sandbox.query(deleted))
+        self.assertEqual([("a",), ("c",)], self.sandbox.query(INTRODUCED))
+        # The cards that came back are selected, and nothing else is left to take back.
+        self.open_and_leave(DELETE_BOX, "ctrl+z Delete", "Return")
+        self.wait_cards("c1 d1 e2")
+
+    def test_moves_names_and_merges_are_taken_back_one_after_the_other(self):
+        press("ctrl+x", "alt+Down")
+        self.wait_focus("1")
+        press("Down", "Return", "ctrl+v")
+        self.wait_cards("a2 b1 c1 d1 e2")
+        self.program.wait_no_window("Progress")
+        self.program.wait_window(LIST_WINDOW)
+        self.rename_category("7")
+        self.wait_cards("a7 b1 c1 d1 e7")
+        self.program.wait_window(LIST_WINDOW)
+        press("Escape")
+        self.rename_category("1")
+        self.program.wait_window("Confirm Rename")
+        press("Return")
+        self.wait_cards("a1 b1 c1 d1 e1")
+        self.program.wait_window(LIST_WINDOW)
+        press("Escape")
+        for cards in ("a7 b1 c1 d1 e7", "a2 b1 c1 d1 e2", "a1 b1 c1 d1 e2"):
+            press("ctrl+z")
+            self.wait_cards(cards)
+            self.program.wait_window(LIST_WINDOW)
 
     def test_the_study_button_studies(self):
         self.program.click("Study")

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "shell/AppServices.h"
+#include "store/UndoHistory.h"
 #include "support/Fakes.h"
 
 // The application as a window sees it: everything is to be had unless a test says otherwise, and
@@ -37,6 +38,7 @@ struct FakeServices : AppServices {
     void PasteCards(int32_t categoryId, EmptyCut empty) override {
         Pasted.emplace_back(categoryId, empty);
     }
+    UndoHistory& GetUndoHistory() override { return History; }
     bool IsReverseStudy() const override { return ReverseStudy; }
     void SetReverseStudy(bool reverse) override { ReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { StudyMessage = text; }
@@ -47,6 +49,7 @@ struct FakeServices : AppServices {
     FakeRandom Random;
     SilentMaintenance Maintenance;
 
+    UndoHistory History;
     bool HasCardsToPaste = false;
 
     std::vector<wxFrame*> Closed;

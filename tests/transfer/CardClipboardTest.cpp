@@ -2,6 +2,7 @@
 
 #include <wx/clipbrd.h>
 
+#include "store/UndoHistory.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -28,7 +29,8 @@ struct CardClipboardTest : GuiStoreTest {
         return Query("SELECT Front, CategoryId, ERC FROM Cards ORDER BY CategoryId, Front, ROWID");
     }
 
-    CardClipboard mClipboard{mReport};
+    UndoHistory mHistory;
+    CardClipboard mClipboard{mReport, mHistory};
     CountingObserver mObserver{mDatabase};
 };
 
@@ -41,6 +43,11 @@ TEST_F(CardClipboardTest, ACopyPastesNewCardsAgainAndAgain) {
     EXPECT_EQ(Query("SELECT count(DISTINCT CardId) FROM Cards"), Strings{"6"});
     EXPECT_EQ(mObserver.Calls, 2);
     EXPECT_TRUE(mClipboard.HasCards());
+
+    EXPECT_EQ(mHistory.GetLabel(), "Undo pasting of 2 cards");
+    UndoOutcome outcome;
+    EXPECT_EQ(mHistory.UndoLast(mDatabase, outcome), 0);
+    EXPECT_EQ(Cards(), (Strings{"one|0|4711", "two|0|0", "one|1|4711", "two|1|0"}));
 }
 
 TEST_F(CardClipboardTest, OtherProgramsSeeATableAndTakeTheClipboardOver) {

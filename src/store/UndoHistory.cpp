@@ -1,0 +1,354 @@
+#include "store/UndoHistory.h"
+
+#include <wx/translation.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <utility>
+
+#include "base/Text.h"
+#include "store/Database.h"
+
+namespace {
+
+using Kind = StoreChange::Kind;
+
+bool IsSameCard(const FlashCard& one, const FlashCard& other) {
+    return one.Front == other.Front && one.Back == other.Back &&
+           one.CategoryId == other.CategoryId && one.Author == other.Author &&
+           one.Chapter == other.Chapter && one.IntroductionOrder == other.IntroductionOrder &&
+           one.ForwardX == other.ForwardX && one.ReverseX == other.ReverseX &&
+           one.Notes == other.Notes && one.Forward == other.Forward && one.Reverse == other.Reverse;
+}
+
+// Adds the category to those that the change knows by name.
+int NoteCategory(Database& database, int32_t id, StoreChange& change) {
+    const auto isKnown = [id](const Category& category) { return category.Id == id; };
+    if (std::any_of(change.Categories.begin(), change.Categories.end(), isKnown)) {
+        return 0;
+    }
+    std::list<Category> found;
+    if (database.SelectCategoryById(id, found) < 0) {
+        return -1;
+    }
+    change.Categories.splice(change.Categories.end(), found);
+    return 0;
+}
+
+// Lets go of what a change holds when so many more cards are too many. Returns false then.
+bool HasRoomFor(size_t cards, StoreChange& change) {
+    if (change.CountCards() + cards > UndoHistory::kMostCards) {
+        change.IsTooLarge = true;
+        change.Cards.clear();
+        change.MovedCards.clear();
+    }
+    return !change.IsTooLarge;
+}
+
+int NoteMovedRows(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change) {
+    if (!HasRoomFor(rowIds.size(), change)) {
+        return 0;
+    }
+    std::list<FlashCard> cards;
+    for (const int64_t rowId : rowIds) {
+        if (database.SelectCardByRowId(rowId, cards) < 0) {
+            return -1;
+        }
+        for (const FlashCard& card : cards) {
+            if (card.CategoryId != change.IntoId) {
+                change.MovedCards.push_back({card.CardId, card.CategoryId});
+                if (NoteCategory(database, card.CategoryId, change) < 0) {
+                    return -1;
+                }
+            }
+        }
+    }
+    return 0;
+}
+
+// Finds the categories into which cards go back, and makes those anew that are no more.
+class FormerPlaces {
+  public:
+    FormerPlaces(Database& database, const std::list<Category>& categories)
+        : mDatabase(database), mCategories(categories) {}
+
+    // Returns 0 or -1. A category that had no name then, such as -1, stays what it was.
+    int Find(int32_t formerId, int32_t& id) {
+        const auto known = mIds.find(formerId);
+        if (known != mIds.end()) {
+            id = known->second;
+            return 0;
+        }
+        id = formerId;
+        for (const Category& category : mCategories) {
+            if (category.Id == formerId && FindOrMake(category, id) < 0) {
+                return -1;
+            }
+        }
+        mIds.emplace(formerId, id);
+        return 0;
+    }
+
+  private:
+    int FindOrMake(const Category& former, int32_t& id) {
+        std::list<Category> found;
+        if (mDatabase.SelectCategoryById(former.Id, found) < 0) {
+            return -1;
+        }
+        // Another category may have taken the id of one that is gone. A renaming is a step of its
+        // own and taken back before.
+        if (!found.empty() && found.front().Name == former.Name) {
+            return 0;
+        }
+        if (mDatabase.SelectCategoryByName(former.Name, found) < 0) {
+            return -1;
+        }
+        if (found.empty() && (mDatabase.CategoryInsert(former.Name) < 0 ||
+                              mDatabase.SelectCategoryByName(former.Name, found) < 0)) {
+            return -1;
+        }
+        id = found.empty() ? former.Id : found.front().Id;
+        return 0;
+    }
+
+    Database& mDatabase;
+    const std::list<Category>& mCategories;
+    std::map<int32_t, int32_t> mIds;
+};
+
+// Writes the cards, and the one that a group fails at by itself, so that it is reported.
+int InsertAll(Database& database, const std::vector<FlashCard>& cards) {
+    for (std::vector<FlashCard> left = cards; !left.empty();) {
+        size_t inserted = 0;
+        if (database.InsertFlashCards(left, inserted) == 0) {
+            return 0;
+        }
+        if (database.InsertFlashCard(left[inserted]) < 0) {
+            return -1;
+        }
+        left.erase(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(inserted) + 1);
+    }
+    return 0;
+}
+
+int PutBackDeleted(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+    FormerPlaces places(database, change.Categories);
+    std::vector<FlashCard> missing;
+    for (const FlashCard& card : change.Cards) {
+        int32_t count = 0;
+        if (database.SelectCardIdCount(card.CardId, count) < 0) {
+            return -1;
+        }
+        if (count > 0 || card.CardId.IsZero()) {
+            ++outcome.LeftAlone;
+            continue;
+        }
+        missing.push_back(card);
+        if (places.Find(card.CategoryId, missing.back().CategoryId) < 0) {
+            return -1;
+        }
+    }
+    if (InsertAll(database, missing) < 0) {
+        return -1;
+    }
+    outcome.Restored = static_cast<int32_t>(missing.size());
+    for (const FlashCard& card : missing) {
+        if (database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
+            return -1;
+        }
+    }
+    return 0;
+}
+
+int TakeBackCopies(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+    std::list<FlashCard> found;
+    std::vector<int64_t> rowIds;
+    for (const FlashCard& card : change.Cards) {
+        if (database.SelectCardById(card.CardId, found) < 0) {
+            return -1;
+        }
+        if (found.empty() || !IsSameCard(found.front(), card)) {
+            ++outcome.LeftAlone;
+            continue;
+        }
+        if (database.SelectRowIdById(card.CardId, rowIds) < 0) {
+            return -1;
+        }
+        ++outcome.Restored;
+    }
+    return database.CardsDeleteByRowId(rowIds);
+}
+
+int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+    FormerPlaces places(database, change.Categories);
+    std::map<int32_t, std::vector<int64_t>> rowIds;
+    std::list<FlashCard> found;
+    for (const StoreChange::Moved& moved : change.MovedCards) {
+        if (database.SelectCardById(moved.CardId, found) < 0) {
+            return -1;
+        }
+        if (found.empty() || found.front().CategoryId != change.IntoId) {
+            ++outcome.LeftAlone;
+            continue;
+        }
+        int32_t id = -1;
+        if (places.Find(moved.FromId, id) < 0 ||
+            database.SelectRowIdById(moved.CardId, rowIds[id]) < 0) {
+            return -1;
+        }
+        ++outcome.Restored;
+    }
+    for (const auto& [id, rows] : rowIds) {
+        if (database.CardsUpdateCategory(rows, id) < 0) {
+            return -1;
+        }
+        outcome.RowIds.insert(outcome.RowIds.end(), rows.begin(), rows.end());
+    }
+    return 0;
+}
+
+// A merge made a category go; it comes back even when it has no cards.
+int PartAgain(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+    FormerPlaces places(database, change.Categories);
+    for (const Category& category : change.Categories) {
+        int32_t id = -1;
+        if (places.Find(category.Id, id) < 0) {
+            return -1;
+        }
+    }
+    return MoveBack(database, change, outcome);
+}
+
+int RenameBack(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+    const Category& former = change.Categories.front();
+    std::list<Category> found;
+    std::list<Category> named;
+    if (database.SelectCategoryById(former.Id, found) < 0 ||
+        database.SelectCategoryByName(former.Name, named) < 0) {
+        return -1;
+    }
+    const bool isTaken = !named.empty() && named.front().Id != former.Id;
+    const bool isSame = !found.empty() && found.front().Name == change.NewName;
+    outcome.NameTaken = isTaken || !isSame;
+    return outcome.NameTaken ? 0 : database.UpdateCategory(former);
+}
+
+}  // namespace
+
+void UndoHistory::Add(StoreChange change) {
+    if (change.What != Kind::kRename && change.What != Kind::kMerge && !change.IsTooLarge &&
+        change.CountCards() == 0) {
+        return;
+    }
+    mSteps.push_back(std::move(change));
+    if (mSteps.back().IsTooLarge) {
+        mSteps.clear();
+    }
+    size_t cards = 0;
+    auto oldest = mSteps.end();
+    while (oldest != mSteps.begin()) {
+        cards += std::prev(oldest)->CountCards();
+        if (cards > kMostCards) {
+            break;
+        }
+        --oldest;
+    }
+    mSteps.erase(mSteps.begin(), oldest);
+}
+
+wxString UndoHistory::GetLabel() const {
+    if (mSteps.empty()) {
+        return wxString();
+    }
+    const StoreChange& last = mSteps.back();
+    const auto count = static_cast<int>(last.CountCards());
+    const auto number = static_cast<unsigned>(count);
+    switch (last.What) {
+        case Kind::kDeletion:
+            return wxString::Format(
+                wxPLURAL("Undo deletion of %i card", "Undo deletion of %i cards", number), count);
+        case Kind::kMove:
+            return wxString::Format(
+                wxPLURAL("Undo moving of %i card", "Undo moving of %i cards", number), count);
+        case Kind::kPaste:
+            return wxString::Format(
+                wxPLURAL("Undo pasting of %i card", "Undo pasting of %i cards", number), count);
+        case Kind::kRename:
+            return wxString::Format(_("Undo renaming of category \"%s\""),
+                                    ShownName(last.Categories.front().Name));
+        case Kind::kMerge:
+            return wxString::Format(_("Undo merging of category \"%s\""),
+                                    ShownName(last.Categories.front().Name));
+    }
+    return wxString();
+}
+
+int UndoHistory::UndoLast(Database& database, UndoOutcome& outcome) {
+    outcome = UndoOutcome();
+    if (mSteps.empty()) {
+        return 0;
+    }
+    const StoreChange change = std::move(mSteps.back());
+    mSteps.pop_back();
+    const StoreChangeGroup group(database);
+    switch (change.What) {
+        case Kind::kDeletion:
+            return PutBackDeleted(database, change, outcome);
+        case Kind::kMove:
+            return MoveBack(database, change, outcome);
+        case Kind::kPaste:
+            return TakeBackCopies(database, change, outcome);
+        case Kind::kRename:
+            return RenameBack(database, change, outcome);
+        case Kind::kMerge:
+            return PartAgain(database, change, outcome);
+    }
+    return 0;
+}
+
+int NoteDeletion(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change) {
+    change.What = Kind::kDeletion;
+    if (!HasRoomFor(rowIds.size(), change)) {
+        return 0;
+    }
+    change.Cards.reserve(rowIds.size());
+    std::list<FlashCard> cards;
+    for (const int64_t rowId : rowIds) {
+        if (database.SelectCardByRowId(rowId, cards) < 0) {
+            return -1;
+        }
+        for (FlashCard& card : cards) {
+            if (NoteCategory(database, card.CategoryId, change) < 0) {
+                return -1;
+            }
+            change.Cards.push_back(std::move(card));
+        }
+    }
+    return 0;
+}
+
+void NoteCopy(const FlashCard& card, StoreChange& change) {
+    change.What = Kind::kPaste;
+    if (HasRoomFor(1, change)) {
+        change.Cards.push_back(card);
+    }
+}
+
+int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t intoId,
+             StoreChange& change) {
+    change.What = Kind::kMove;
+    change.IntoId = intoId;
+    return NoteMovedRows(database, rowIds, change);
+}
+
+int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change) {
+    change.What = Kind::kMerge;
+    change.IntoId = intoId;
+    change.Categories.push_back(from);
+    std::vector<int64_t> rowIds;
+    if (database.CardSelectRowIdsOrder(from.Id, CardColumn::kIntroductionOrder, rowIds) < 0) {
+        return -1;
+    }
+    return NoteMovedRows(database, rowIds, change);
+}

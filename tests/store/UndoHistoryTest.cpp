@@ -1,0 +1,157 @@
+#include "store/UndoHistory.h"
+
+#include "support/StoreFixture.h"
+
+struct UndoHistoryTest : StoreFixture {
+    void SetUp() override { EXPECT_EQ(mDatabase.CategoryInsert("Verbs"), 0); }
+
+    std::vector<int64_t> RowsOf(const std::vector<FlashCard>& cards) {
+        std::vector<int64_t> rowIds;
+        for (const FlashCard& card : cards) {
+            EXPECT_EQ(mDatabase.SelectRowIdById(card.CardId, rowIds), 0);
+        }
+        return rowIds;
+    }
+
+    void Delete(const std::vector<FlashCard>& cards) {
+        StoreChange change;
+        EXPECT_EQ(NoteDeletion(mDatabase, RowsOf(cards), change), 0);
+        for (const FlashCard& card : cards) {
+            EXPECT_EQ(mDatabase.DeleteCard(card.CardId), 0);
+        }
+        mHistory.Add(std::move(change));
+    }
+
+    void Move(const std::vector<FlashCard>& cards, int32_t intoId) {
+        StoreChange change;
+        EXPECT_EQ(NoteMove(mDatabase, RowsOf(cards), intoId, change), 0);
+        for (const int64_t rowId : RowsOf(cards)) {
+            EXPECT_EQ(mDatabase.CardUpdateCategory(rowId, intoId), 0);
+        }
+        mHistory.Add(std::move(change));
+    }
+
+    void Merge(const Category& from, int32_t intoId) {
+        StoreChange change;
+        EXPECT_EQ(NoteMerge(mDatabase, from, intoId, change), 0);
+        EXPECT_EQ(mDatabase.UpdateFlashCardCategory(from.Id, intoId), 0);
+        EXPECT_EQ(mDatabase.DeleteCategory(from.Id), 0);
+        mHistory.Add(std::move(change));
+    }
+
+    // The restored and the left alone cards of taking back one step.
+    std::pair<int32_t, int32_t> Undo() {
+        UndoOutcome outcome;
+        EXPECT_EQ(mHistory.UndoLast(mDatabase, outcome), 0);
+        return {outcome.Restored, outcome.LeftAlone};
+    }
+
+    Strings Categories() { return Query("SELECT Name FROM Categories ORDER BY Name"); }
+
+    UndoHistory mHistory;
+};
+
+using Counts = std::pair<int32_t, int32_t>;
+
+TEST_F(UndoHistoryTest, StepsComeBackInTurnAndLeaveWhatWasStudiedSince) {
+    const FlashCard kept = Insert(MakeCard("moved", "back", 0));
+    FlashCard gone = MakeCard("gone", "back", 1);
+    gone.Forward.Introduced = true;
+    gone.Forward.ReviewInterval = 12345.0f;
+    gone.Notes = L"\u8a9e";
+    gone = Insert(gone);
+    Move({kept}, 1);
+    Delete({gone});
+    EXPECT_EQ(mHistory.GetLabel(), "Undo deletion of 1 card");
+    FlashCard studied = Stored(kept.CardId);
+    studied.Forward.ReviewInterval = 777.0f;
+    EXPECT_EQ(mDatabase.UpdateFlashCard(studied), 0);
+
+    EXPECT_EQ(Undo(), Counts(1, 0));
+    const FlashCard again = Stored(gone.CardId);
+    EXPECT_EQ(again.Forward, gone.Forward);
+    EXPECT_EQ(again.Notes, gone.Notes);
+    EXPECT_EQ(again.CategoryId, 1);
+    EXPECT_EQ(Undo(), Counts(1, 0));
+    EXPECT_EQ(Stored(kept.CardId).CategoryId, 0);
+    EXPECT_EQ(Stored(kept.CardId).Forward.ReviewInterval, 777.0f);
+    EXPECT_TRUE(mHistory.IsEmpty());
+    EXPECT_EQ(Undo(), Counts(0, 0));
+}
+
+TEST_F(UndoHistoryTest, CardsThatWentOtherWaysMeanwhileAreLeftAlone) {
+    const FlashCard moved = Insert(MakeCard("moved", "back", 0));
+    const FlashCard imported = Insert(MakeCard("imported again", "back", 0));
+    const FlashCard copy = Insert(MakeCard("studied copy", "back", 0));
+    StoreChange paste;
+    paste.What = StoreChange::Kind::kPaste;
+    paste.Cards = {Stored(copy.CardId), Stored(moved.CardId)};
+    Move({moved}, 1);
+    EXPECT_EQ(mDatabase.CardUpdateCategory(RowsOf({moved}).front(), -1), 0);
+    Delete({imported});
+    Insert(imported);
+    EXPECT_EQ(Undo(), Counts(0, 1));
+    EXPECT_EQ(Undo(), Counts(0, 1));
+    EXPECT_EQ(Stored(moved.CardId).CategoryId, -1);
+    mHistory.Add(std::move(paste));
+    EXPECT_EQ(Undo(), Counts(1, 1));
+    EXPECT_EQ(Query("SELECT Front FROM Cards ORDER BY Front"),
+              (Strings{"imported again", "moved"}));
+}
+
+TEST_F(UndoHistoryTest, CategoriesComeBackByTheirNames) {
+    const FlashCard verb = Insert(MakeCard("verb", "back", 1));
+    Insert(MakeCard("noun", "back", 0));
+    Merge({1, "Verbs"}, 0);
+    EXPECT_EQ(mDatabase.CategoryInsert("Takes the free id"), 0);
+    EXPECT_EQ(Undo(), Counts(1, 0));
+    EXPECT_EQ(Categories(), (Strings{"Default", "Takes the free id", "Verbs"}));
+    EXPECT_EQ(Query("SELECT Front FROM Cards, Categories WHERE CategoryId=Id AND Name='Verbs'"),
+              Strings{"verb"});
+
+    // The category of a deleted card was deleted after it.
+    const int32_t id = Stored(verb.CardId).CategoryId;
+    Delete({verb});
+    EXPECT_EQ(mDatabase.DeleteCategory(id), 0);
+    EXPECT_EQ(Undo(), Counts(1, 0));
+    EXPECT_EQ(Query("SELECT Front FROM Cards, Categories WHERE CategoryId=Id AND Name='Verbs'"),
+              Strings{"verb"});
+}
+
+TEST_F(UndoHistoryTest, ARenamingComesBackUnlessTheNameIsTaken) {
+    const auto rename = [this](const char* name) {
+        StoreChange change;
+        change.What = StoreChange::Kind::kRename;
+        change.NewName = name;
+        EXPECT_EQ(mDatabase.SelectCategoryById(1, change.Categories), 0);
+        EXPECT_EQ(mDatabase.UpdateCategory({1, name}), 0);
+        mHistory.Add(std::move(change));
+    };
+    rename("Words");
+    rename("More words");
+    EXPECT_EQ(mHistory.GetLabel(), "Undo renaming of category \"Words\"");
+    Undo();
+    EXPECT_EQ(Categories(), (Strings{"Default", "Words"}));
+    EXPECT_EQ(mDatabase.CategoryInsert("Verbs"), 0);
+    UndoOutcome outcome;
+    EXPECT_EQ(mHistory.UndoLast(mDatabase, outcome), 0);
+    EXPECT_TRUE(outcome.NameTaken);
+    EXPECT_EQ(Categories(), (Strings{"Default", "Verbs", "Words"}));
+}
+
+TEST_F(UndoHistoryTest, TheOldestStepsGoFirstAndAHugeOneTakesAllWithIt) {
+    const auto add = [this](size_t cards) {
+        StoreChange change;
+        change.What = StoreChange::Kind::kMove;
+        change.MovedCards.resize(cards);
+        mHistory.Add(std::move(change));
+    };
+    add(UndoHistory::kMostCards - 1);
+    add(2);
+    EXPECT_EQ(mHistory.GetLabel(), "Undo moving of 2 cards");
+    EXPECT_EQ(Undo(), Counts(0, 2));
+    EXPECT_TRUE(mHistory.IsEmpty());
+    add(2);
+    add(UndoHistory::kMostCards + 1);
+    EXPECT_TRUE(mHistory.IsEmpty());
+}
