@@ -2,6 +2,7 @@
 
 #include <list>
 
+#include "exchange/NewCards.h"
 #include "store/Database.h"
 #include "store/Statement.h"
 
@@ -24,22 +25,31 @@ void PasteThread::Cancel() {
 
 void PasteThread::Work() {
     const StoreReadLock lock(mDatabase);
+    NewCards copies(mDatabase);
     for (const int64_t rowId : mRowIds) {
         if (mCancelled) {
             break;
         }
         if (mCopy) {
-            CopyCard(rowId);
+            CopyCard(rowId, copies);
         } else {
             // A failure is reported by the store, and the others go on.
             mDatabase.CardUpdateCategory(rowId, mCategoryId);
         }
         ++mPosition;
     }
+    WriteCopies(copies);
 }
 
-// The store reports what fails.
-void PasteThread::CopyCard(int64_t rowId) {
+// The store reports each card that it refuses, and the others go on.
+void PasteThread::WriteCopies(NewCards& copies) {
+    while (!copies.IsEmpty()) {
+        copies.Write();
+    }
+}
+
+// The store reports a card that it cannot read.
+void PasteThread::CopyCard(int64_t rowId, NewCards& copies) {
     std::list<FlashCard> cards;
     if (mDatabase.SelectCardByRowId(rowId, cards) < 0 || cards.empty()) {
         return;
@@ -49,5 +59,8 @@ void PasteThread::CopyCard(int64_t rowId) {
         return;
     }
     card.CategoryId = mCategoryId;
-    mDatabase.InsertFlashCard(card);
+    copies.Add(std::move(card));
+    if (copies.IsFull()) {
+        WriteCopies(copies);
+    }
 }
