@@ -28,13 +28,12 @@ constexpr int kNoCard = -1;
 struct Column {
     const char* Heading;
     int DefaultWidth;
-    // SQL text behind ORDER BY.
-    const char* Order;
+    CardColumn Order;
 };
 
-constexpr Column kColumns[] = {{wxTRANSLATE("#"), 30, "IntroductionOrder"},
-                               {wxTRANSLATE("Front"), 90, "Front"},
-                               {wxTRANSLATE("Back"), 90, "Back"}};
+constexpr Column kColumns[] = {{wxTRANSLATE("#"), 30, CardColumn::kIntroductionOrder},
+                               {wxTRANSLATE("Front"), 90, CardColumn::kFront},
+                               {wxTRANSLATE("Back"), 90, CardColumn::kBack}};
 constexpr int kColumnCount = static_cast<int>(std::size(kColumns));
 
 struct ColumnMenuRow {
@@ -179,7 +178,7 @@ void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long foc
 }
 
 void CardList::SelectRowIds() {
-    const wxString order = kColumns[mSortColumn].Order;
+    const CardColumn order = kColumns[mSortColumn].Order;
     if (!mSearch.empty()) {
         // The store reports what fails.
         if (mShowCategory) {

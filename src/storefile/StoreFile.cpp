@@ -16,10 +16,10 @@
 #include <wx/utils.h>
 
 #include "base/Process.h"
-#include "base/Text.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/StoreFiles.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ wxString StoreFileFilter() {
     return _("Flash Card Store Files (*.vlm)|*.vlm|All files (*.*)|*.*");
 }
 
-// Empty, for the toolkit's own choice, where the path names no directory that is there.
+// Returns the directory of a path, or nothing where it does not exist; the toolkit then chooses.
 wxString DirectoryOf(const wxString& path) {
     const wxString directory = wxFileName(path).GetPath();
     return wxFileName::DirExists(directory) ? directory : wxString();
@@ -59,28 +59,20 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 
 namespace {
 
-// A stored choice must still mean the same file when the program starts in another directory.
-wxString MakePathFull(const wxString& path) {
-    if (path.empty() || path.StartsWith("file:")) {
-        return path;
-    }
-    return FullPath(path);
-}
-
-// Asks what to open in place of a path that failed. False when the person gives up.
+// Asks what to open in place of a path that failed. False when the user gives up.
 bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
-    // The person is to choose, not to wait.
+    // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
     DatabaseOpenFailed dialog(parent, path, mustExist);
     if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
         return false;
     }
-    path = MakePathFull(dialog.GetPath());
+    path = MakeStorePathFull(dialog.GetPath());
     mustExist = dialog.MustExist();
     return true;
 }
 
-// What fails is told by the recovery dialog alone.
+// The recovery dialog alone tells of a failure, so the log stays silent.
 bool TryQuietly(Database& database, const std::function<void()>& ask) {
     const wxLogNull silence;
     return database.Try(ask);
@@ -91,7 +83,7 @@ bool TryQuietly(Database& database, const std::function<void()>& ask) {
 wxString GetDefaultStorePath() {
     const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
     {
-        // What fails here shows itself when the store is opened.
+        // A failure shows itself when the store is opened.
         const wxLogNull silence;
         wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
     }
@@ -112,7 +104,8 @@ std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
 }
 
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
-    wxString choice = MakePathFull(path);
+    // A stored choice must still mean the same file when the program starts in another directory.
+    wxString choice = MakeStorePathFull(path);
     AppUpgradeWait wait(parent);
     while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
         if (!ChooseAnother(parent, choice, mustExist)) {

@@ -218,10 +218,10 @@ void ExportOptionsDialog::LoadRange() {
             break;
         case kCurrentCategory:
             mDatabase.CardSelectRowIdsOrder(mCurrentCategory.GetCurrentCategoryId(mDatabase),
-                                            "IntroductionOrder", mStoredRowIds);
+                                            CardColumn::kIntroductionOrder, mStoredRowIds);
             break;
         default:
-            mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mStoredRowIds);
+            mDatabase.CardSelectRowIdsOrder(CardColumn::kCategory, mStoredRowIds);
             break;
     }
 }
