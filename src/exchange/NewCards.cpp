@@ -9,8 +9,6 @@
 namespace {
 
 constexpr double kLongestSeconds = 0.1;
-// The most that the store writes in one statement. Larger groups gain nothing.
-constexpr size_t kMostCards = 1024;
 
 size_t Characters(const FlashCard& card) {
     return card.Front.length() + card.Back.length() + card.Notes.length() + card.Author.length() +
@@ -56,12 +54,16 @@ NewCards::Outcome NewCards::Write() {
     return outcome;
 }
 
-// Adapts the size to how long a group took. A small last group says little about larger ones.
+// Keeps a write under a tenth of a second where a smaller group can do that. It cannot where the
+// waiting for the disk takes the time, which is as long for one card as for 1,000; a small group
+// that took more than half the time of a large one shows that, and the next one is large again.
 void NewCards::Resize(size_t count, double seconds) {
-    if (seconds > kLongestSeconds) {
-        mSize = std::max(size_t{1}, mSize / 2);
-    } else if (count >= mSize && seconds < kLongestSeconds / 2) {
-        mSize = std::min(kMostCards, mSize * 2);
+    if (mSize == kLargeGroup && seconds > kLongestSeconds) {
+        mSize = kSmallGroup;
+        mSecondsOfLarge = seconds;
+    } else if (mSize == kSmallGroup && count >= mSize &&
+               (seconds < kLongestSeconds / 4 || seconds > mSecondsOfLarge / 2)) {
+        mSize = kLargeGroup;
     }
 }
 

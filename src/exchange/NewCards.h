@@ -46,6 +46,9 @@ class NewCards {
     Outcome Write();
 
   private:
+    // The store writes as many in one statement. More would gain nothing.
+    static constexpr size_t kLargeGroup = 1024;
+    static constexpr size_t kSmallGroup = 256;
     // A group of long cards is written sooner, so that it does not fill the memory.
     static constexpr size_t kMostCharacters = size_t{1} << 20;
 
@@ -64,5 +67,6 @@ class NewCards {
     std::unordered_set<CardUuid, IdHash> mIds;
     size_t mCharacters = 0;
     // How many cards make a group.
-    size_t mSize = 256;
+    size_t mSize = kLargeGroup;
+    double mSecondsOfLarge = 0.0;
 };

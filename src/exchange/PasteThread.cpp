@@ -1,10 +1,18 @@
 #include "exchange/PasteThread.h"
 
+#include <algorithm>
 #include <list>
 
 #include "exchange/NewCards.h"
 #include "store/Database.h"
 #include "store/Statement.h"
+
+namespace {
+
+// The number of cards that one statement moves.
+constexpr size_t kMovedAtOnce = 256;
+
+}  // namespace
 
 PasteThread::PasteThread(Database& database, const std::vector<int64_t>& rowIds, bool copy,
                          int32_t categoryId)
@@ -25,42 +33,43 @@ void PasteThread::Cancel() {
 
 void PasteThread::Work() {
     const StoreReadLock lock(mDatabase);
+    if (mCopy) {
+        CopyCards();
+    } else {
+        MoveCards();
+    }
+}
+
+// The store reports each card that it cannot read or refuses, and the others go on.
+void PasteThread::CopyCards() {
     NewCards copies(mDatabase);
     for (const int64_t rowId : mRowIds) {
         if (mCancelled) {
             break;
         }
-        if (mCopy) {
-            CopyCard(rowId, copies);
-        } else {
-            // A failure is reported by the store, and the others go on.
-            mDatabase.CardUpdateCategory(rowId, mCategoryId);
+        std::list<FlashCard> cards;
+        if (mDatabase.SelectCardByRowId(rowId, cards) == 0 && !cards.empty() &&
+            GenerateUuid(cards.front().CardId) == 0) {
+            cards.front().CategoryId = mCategoryId;
+            copies.Add(std::move(cards.front()));
+        }
+        while (copies.IsFull()) {
+            copies.Write();
         }
         ++mPosition;
     }
-    WriteCopies(copies);
-}
-
-// The store reports each card that it refuses, and the others go on.
-void PasteThread::WriteCopies(NewCards& copies) {
     while (!copies.IsEmpty()) {
         copies.Write();
     }
 }
 
-// The store reports a card that it cannot read.
-void PasteThread::CopyCard(int64_t rowId, NewCards& copies) {
-    std::list<FlashCard> cards;
-    if (mDatabase.SelectCardByRowId(rowId, cards) < 0 || cards.empty()) {
-        return;
-    }
-    FlashCard& card = cards.front();
-    if (GenerateUuid(card.CardId) != 0) {
-        return;
-    }
-    card.CategoryId = mCategoryId;
-    copies.Add(std::move(card));
-    if (copies.IsFull()) {
-        WriteCopies(copies);
+// The store reports each card that it cannot move, and the others go on.
+void PasteThread::MoveCards() {
+    for (auto card = mRowIds.begin(); card != mRowIds.end() && !mCancelled;) {
+        const auto left = static_cast<size_t>(mRowIds.end() - card);
+        const auto count = static_cast<std::ptrdiff_t>(std::min(left, kMovedAtOnce));
+        mDatabase.CardsUpdateCategory({card, card + count}, mCategoryId);
+        card += count;
+        mPosition += static_cast<int32_t>(count);
     }
 }

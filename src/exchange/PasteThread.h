@@ -7,7 +7,6 @@
 #include "exchange/Worker.h"
 
 class Database;
-class NewCards;
 
 // Pastes cards into a category on a thread of its own. Copied cards become new ones with the
 // schedules of the old ones; cut cards move. Cards that are gone are skipped. A cancel, which the
@@ -27,14 +26,15 @@ class PasteThread : public Worker {
     void Work() override;
 
   private:
-    void CopyCard(int64_t rowId, NewCards& copies);
-    static void WriteCopies(NewCards& copies);
+    void CopyCards();
+    void MoveCards();
 
     Database& mDatabase;
     const std::vector<int64_t>& mRowIds;
     bool mCopy;
     int32_t mCategoryId;
-    // The number of cards read so far. Written by the worker.
+    // The number of cards that were copied or moved so far; the last copies may still be on their
+    // way into the store. Written by the worker.
     std::atomic<int32_t> mPosition{0};
     // Written by the main thread.
     std::atomic<bool> mCancelled{false};

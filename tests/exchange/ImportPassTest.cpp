@@ -175,13 +175,13 @@ TEST_F(ImportIntoStore, ARefusedCardKeepsThoseBeforeItAndTellsItsLine) {
         "CREATE TEMP TRIGGER t BEFORE INSERT ON main.Cards WHEN NEW.Back='bad' "
         "BEGIN SELECT RAISE(ABORT, 'no'); END");
     std::string text = "f,b\n";
-    for (int i = 2; i < 400; ++i) {
-        text += "f," + std::string(i == 270 ? "bad" : "b") + "\n";
+    for (int i = 2; i < 1200; ++i) {
+        text += "f," + std::string(i == 1040 ? "bad" : "b") + "\n";
     }
     EXPECT_EQ(ImportTable(text), -1);
-    EXPECT_EQ(Outcome(), "Unable to add flash card to database.  (1811:no) @270");
-    EXPECT_EQ(mResult->RecordsInserted, 268);
-    EXPECT_EQ(Cards().size(), 268U);
+    EXPECT_EQ(Outcome(), "Unable to add flash card to database.  (1811:no) @1040");
+    EXPECT_EQ(mResult->RecordsInserted, 1038);
+    EXPECT_EQ(Cards().size(), 1038U);
     // What fails behind them leaves them, too.
     const FlashCard card = Insert(MakeCard("f", "b"));
     mDatabase.Execute(
@@ -189,7 +189,7 @@ TEST_F(ImportIntoStore, ARefusedCardKeepsThoseBeforeItAndTellsItsLine) {
         "BEGIN SELECT RAISE(ABORT, 'no'); END");
     EXPECT_EQ(Import("f: x\nb: y\n\n" + Id(card) + "f: z\n"), -1);
     EXPECT_EQ(Outcome(), "Unable to update flash card.  (1811:no) @4");
-    EXPECT_EQ(Cards().back(), "x|y|Default|268");
+    EXPECT_EQ(Cards().back(), "x|y|Default|1038");
 }
 
 TEST_F(ImportIntoStore, PastedCopiesAreNewCardsAndARefusedOneIsSkipped) {
