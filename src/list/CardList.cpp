@@ -69,7 +69,7 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
       mServices(services),
       mpListCtrl(new CardListCtrl(*this)) {
     UseFont();
-    // The widths are meant for the usual font; a larger one has wider columns.
+    // The default widths suit the desktop's font and grow with a larger one.
     const int usualLine = GetCharHeight();
     const int line = std::max(usualLine, mpListCtrl->GetCharHeight());
     int widths[kColumnCount];
@@ -158,7 +158,7 @@ void CardList::RefreshRows() {
     mRowIds.clear();
     mRowIds.reserve(static_cast<size_t>(mStoreCount));
     SelectRowIds();
-    // The same rows keep what is selected and focused of them.
+    // When the rows are the same, so are their selection and focus.
     if (mRowIds != former) {
         ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
     }
@@ -169,7 +169,7 @@ void CardList::RefreshRows() {
 void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow) {
     const auto count = static_cast<long>(mRowIds.size());
     if (focusedRow >= count) {
-        // The control goes on with a row that is not there otherwise.
+        // Otherwise the control goes on to use a focused row that no longer exists.
         mpListCtrl->SetFocusedRow(-1);
     }
     mpListCtrl->SetItemCount(count);
@@ -180,7 +180,7 @@ void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long foc
 void CardList::SelectRowIds() {
     const CardColumn order = kColumns[mSortColumn].Order;
     if (!mSearch.empty()) {
-        // The store reports what fails.
+        // The store itself reports a failure.
         if (mShowCategory) {
             mpDatabase->SearchRowIdsOrder(mCategoryId, mSearch, order, mRowIds);
         } else {
@@ -202,7 +202,7 @@ void CardList::ShowOtherCards() {
         return;
     }
     if (GetFocusedRowId() != focused) {
-        // The card is not among them, and its former place would mean nothing.
+        // The focused card is not among the new rows.
         mpListCtrl->SetFocusedRow(0);
     }
     mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
@@ -287,11 +287,11 @@ void CardList::EditSelected() {
 }
 
 bool CardList::CanEdit() const {
-    return mServices.CanOpenEditor() && HasTarget();
+    return HasTarget();
 }
 
 void CardList::EditRow(long row) {
-    if (!mServices.CanOpenEditor() || row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
+    if (row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
         return;
     }
     std::list<FlashCard> cards;
@@ -311,7 +311,7 @@ void CardList::PutOnClipboard(bool cut) {
 }
 
 bool CardList::CanPutOnClipboard() const {
-    return mServices.CanPutCardsOnClipboard() && HasTarget();
+    return HasTarget();
 }
 
 void CardList::Paste() {
@@ -341,13 +341,13 @@ void CardList::DeleteSelected() {
         return;
     }
     for (const long row : rows) {
-        // The store reports a failure; the other cards go all the same.
+        // The store itself reports a failure; the other cards are deleted all the same.
         mpDatabase->CardDeleteByRowId(mRowIds[static_cast<size_t>(row)]);
     }
     mpListCtrl->SelectEveryRow(false);
     mpListCtrl->SetFocusedRow(-1);
     mpDatabase->Notify();
-    // So that the keys go on where the cards were.
+    // The keys go on where the deleted cards were.
     RestoreFocus(kNoCard, rows.front());
     if (mpListCtrl->GetFocusedRow() >= 0) {
         mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());

@@ -12,28 +12,39 @@
 
 #include "shell/Toolkit.h"
 
+// A window manager and a toolkit talk past each other, so asking a window where it is gives wrong
+// answers at three moments, and this file watches each window to know better:
+//
+// - A new window asks for 120,90 and the manager puts it at 300,200, or the frame turns out 20
+//   pixels thicker than the toolkit assumed. We ask again once the window is up (CorrectPlace), and
+//   stop when the user has had time to move it.
+// - A window at 120,90 is maximised. It hears that it is now at 0,0 a little before it hears why.
+//   A place counts only after it lasted a moment (NotePlace), so 120,90 is what we keep.
+// - A hidden window has lost its frame, and one that was shown again may count without it for
+//   ever. We keep what was known before, and ask the platform instead of the library
+//   (PresentPlace).
+
 namespace {
 
-// What the coordinates of a window system reach.
+// The largest coordinate that a window system can express.
 constexpr long kFarthest = 32767;
-// A window that is smaller shows nothing that is of use.
+// A smaller window would show nothing of use, so its place is taken for a mistake.
 constexpr int kSmallest = 64;
-// How long the window manager may take to settle a new window.
+// How long the window manager may take to settle a window, either new or maximised.
 constexpr long kSettlingMilliseconds = 300;
-// How often the place of a window is put right; a window manager may insist on its own.
+// How often we ask again for a place before the window manager has its way.
 constexpr int kCorrections = 3;
 
 struct WatchedPlace {
-    // The last place that lasted, and the one since then.
+    // Normal is the last place that lasted, Latest the newest one, which may not last.
     wxRect Normal;
     wxRect Latest;
     wxStopWatch SinceLatest;
-    // Where the window is to be once it is shown.
+    // The place to hold the window to while it comes up. Empty as soon as the user may move it.
     std::optional<wxRect> Wanted;
-    // How often that may still be corrected.
     int Corrections = kCorrections;
     bool WasHidden = false;
-    // Since the window was last seen not to be the active one.
+    // Runs from the moment the window was last seen inactive.
     wxStopWatch SinceInactive;
 };
 
@@ -63,10 +74,10 @@ int64_t SharedArea(const wxRect& one, const wxRect& other) {
     return shared.IsEmpty() ? 0 : int64_t{shared.width} * shared.height;
 }
 
-// Window managers are free to place a new window where they like, and many do; a move of one that
-// is shown they grant. The frame around a window may also turn out thicker or thinner than was
-// foreseen, and the window would change its size a little at each start. Both become known about
-// when the window becomes the active one; whatever changes its place later is the person.
+// Puts a new window where it asked to be. Window managers may place a new window where they like,
+// but grant a move of one that is shown. The frame may also be thicker than the toolkit assumed,
+// which would change the size a little at each start. Both show by the time the window becomes the
+// active one; later changes are the user's.
 void CorrectPlace(wxTopLevelWindow& window) {
     WatchedPlace& watched = Watched(window);
     if (!window.IsActive()) {
@@ -80,8 +91,8 @@ void CorrectPlace(wxTopLevelWindow& window) {
     }
 }
 
-// While a window is being maximised it may be told of its new place some time before it is told
-// why, so a place counts only once it has lasted.
+// Keeps the present place once it has lasted. A window that is being maximised hears of its new
+// place before it hears of its new state, and must not take that place for its normal one.
 void NotePlace(const wxTopLevelWindow& window) {
     WatchedPlace& watched = Watched(window);
     const bool normal = IsNormal(window);
@@ -163,8 +174,7 @@ void WatchPlace(wxTopLevelWindow& window) {
         if (!event.IsShown()) {
             watched.WasHidden = true;
         } else if (watched.WasHidden && IsNormal(window)) {
-            // It comes back as a new one does: the toolkit counts without its frame at first, or
-            // for ever.
+            // The window manager treats it as a new window, so its place needs correcting again.
             watched.Wanted = watched.Latest;
             watched.Corrections = kCorrections;
             watched.SinceInactive.Start();
@@ -190,7 +200,7 @@ wxRect GetNormalPlace(const wxTopLevelWindow& window) {
         return window.GetRect();
     }
     if (!window.IsShown()) {
-        // The window manager has taken its frame away, so that it counts as smaller.
+        // It has lost its frame and would count as smaller.
         return Watched(window).Latest;
     }
     if (IsNormal(window)) {

@@ -7,25 +7,38 @@
 
 class wxTopLevelWindow;
 
-// Where a window lies on the screen when it is neither maximised nor minimised.
+// The place of a window is its rectangle on the screen, frame included and in pixels, while it is
+// neither maximised nor minimised. Windows write theirs to the settings when they close and take it
+// back at the next start:
+//
+//     WatchPlace(*this);
+//     if (ParsePlace(stored, place)) MoveToPlace(*this, ClampPlace(place, ScreenAreas()));
+//     ...
+//     stored = FormatPlace(GetNormalPlace(*this));
+//
+// A window that closes while it is maximised still has a place: the one it would return to.
+// WatchPlace notes it in time. Main thread only.
 
-// The text form, "x,y,w,h".
+// Returns the stored form, "x,y,w,h"; a study window may have "120,90,640,480".
 wxString FormatPlace(const wxRect& place);
-// Returns false, with place unchanged, unless the text is four whole numbers that a screen can
-// have.
+// Reads the stored form. Returns false, with place unchanged, unless the text is four whole numbers
+// that a screen can have.
 bool ParsePlace(const wxString& text, wxRect& place);
 
-// The place moved, and made smaller where it must be, until it lies within one of the screens: the
-// one that shows most of it, or the first when none does. Unchanged when there is no screen.
+// Returns the place moved, and made smaller where it must be, so that it lies within the screen
+// that shows most of it, or within the first when none shows any. Returns it unchanged when there
+// is no screen.
 wxRect ClampPlace(const wxRect& place, const std::vector<wxRect>& screens);
 
-// The work areas of the screens that exist now.
+// Returns the areas that the screens of this moment leave to windows.
 std::vector<wxRect> ScreenAreas();
 
-// Notes the place of a window from now on until its end, for GetNormalPlace.
+// Follows the place of a window from now on until its end, for GetNormalPlace. Harmless when called
+// again.
 void WatchPlace(wxTopLevelWindow& window);
-// Puts a watched window at a place; one that is not shown yet comes up there.
+// Moves a watched window. One that is not shown yet comes up at the place, even if the window
+// manager would put it elsewhere.
 void MoveToPlace(wxTopLevelWindow& window, const wxRect& place);
-// The last place at which the window was neither maximised nor minimised; of a window that is not
-// watched the present one.
+// Returns the last place at which the window was neither maximised nor minimised. Returns the
+// present place of a window that is not watched.
 wxRect GetNormalPlace(const wxTopLevelWindow& window);

@@ -34,15 +34,12 @@ void StudyFrame::AddCardCommands() {
         ID_EXPORT, [this](bool) { OnExport(); },
         [this](wxUpdateUIEvent& event) {
             // A card on show spares the count of all cards.
-            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
-                         (HasCard() || !mpDatabase->IsEmpty()));
+            event.Enable(mpDatabase != nullptr && (HasCard() || !mpDatabase->IsEmpty()));
         });
     AddCommand(
         wxID_OPEN, [this](bool) { OnEdit(); },
-        [this](wxUpdateUIEvent& event) { event.Enable(HasCard() && mServices.CanOpenEditor()); });
-    const auto clipboardRule = [this](wxUpdateUIEvent& event) {
-        event.Enable(HasCard() && mServices.CanPutCardsOnClipboard());
-    };
+        [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
+    const auto clipboardRule = [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); };
     AddCommand(
         wxID_CUT, [this](bool) { PutCardOnClipboard(true); }, clipboardRule);
     AddCommand(
@@ -50,7 +47,7 @@ void StudyFrame::AddCardCommands() {
     AddCommand(
         wxID_DELETE, [this](bool) { OnDeleteCard(); },
         [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
-    // Taken here and dropped, so that the application's commands of text fields never run.
+    // Swallowed here, so that the application's commands for text fields never run.
     for (const int id : {wxID_UNDO, wxID_PASTE, wxID_SELECTALL}) {
         AddCommand(
             id, [](bool) {}, [](wxUpdateUIEvent& event) { event.Enable(false); });
@@ -98,7 +95,7 @@ void StudyFrame::OnExport() {
 
 void StudyFrame::OnEdit() {
     if (HasCard()) {
-        // A copy, as an editor that opens may bring about another choice of card.
+        // A copy, since opening an editor may make the Scheduler choose another card.
         const FlashCard card = mpScheduler->GetCurrentCard();
         mServices.OpenEditor(card);
     }

@@ -16,7 +16,7 @@
 
 #include "base/Process.h"
 #include "base/Text.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"

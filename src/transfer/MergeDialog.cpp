@@ -228,7 +228,7 @@ bool MergeDialog::ReadMerged(FlashCard& card) {
 }
 
 void MergeDialog::OnKeepMerged() {
-    // What no column shows, such as the schedules, comes from the imported version.
+    // Fields without a column, such as the schedules, come from the imported version.
     FlashCard card = mImportedCard;
     if (ReadMerged(card)) {
         Keep(card, kThisCard);

@@ -129,8 +129,6 @@ TEST_F(CardListTest, TheFirstFocusedOrSelectedRowIsEdited) {
     }
     EXPECT_EQ(edited, "cba");
     EXPECT_EQ(Cards().OnGetItemText(7, 1), "Error: contact technical support");
-    mServices.HasEditor = false;
-    EXPECT_EQ(Rule(wxID_OPEN), "off");
 }
 
 TEST_F(CardListTest, CellsShowTheBeginningOfLongTextsOnOneLine) {

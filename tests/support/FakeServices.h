@@ -26,13 +26,10 @@ struct FakeServices : AppServices {
     void FrameActivated(wxFrame&) override {}
     void FrameClosed(wxFrame& frame) override { Closed.push_back(&frame); }
 
-    bool CanOpenEditor() const override { return HasEditor; }
     void OpenEditor(const FlashCard& card) override { Edited.push_back(card); }
-    bool CanExportCards() const override { return HasExport; }
     void ExportCards(wxWindow&, const std::vector<int64_t>& rowIds) override {
         Exported.push_back(rowIds);
     }
-    bool CanPutCardsOnClipboard() const override { return HasClipboard; }
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         Taken.push_back({rowIds, cut});
     }
@@ -48,9 +45,6 @@ struct FakeServices : AppServices {
     FakeRandom Random;
     SilentMaintenance Maintenance;
 
-    bool HasEditor = true;
-    bool HasExport = true;
-    bool HasClipboard = true;
     bool HasCardsToPaste = false;
 
     std::vector<wxFrame*> Closed;

@@ -8,7 +8,7 @@
 
 #include "base/Process.h"
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "store/Database.h"
 #include "store/Subject.h"
 
