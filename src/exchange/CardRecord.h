@@ -76,6 +76,8 @@ class CardRecordWriter {
     // Returns 0, or -1 when this form has no place for an attribute of that name.
     virtual int WriteAttribute(std::u16string_view name, std::u16string_view value) = 0;
     virtual void EndRecord() = 0;
+    // Hands the records that have ended on to where they go.
+    virtual void Flush() = 0;
 };
 
 // A stored card side may hold a second text, such as a reading, behind the main text: on a line of

@@ -233,28 +233,35 @@ class CategoryNames {
     std::map<int32_t, std::u16string> mNames;
 };
 
-// Shows each card that is still in the store to one function, and calls another once the store is
-// free again. Either gives 0, or a negative value to stop. Counts the cards in the position of the
-// progress.
+// The number of cards that are read at once, and written once the store is free again.
+constexpr size_t kCardsAtOnce = 64;
+
+// Shows each card that is still in the store to one function, and calls another after every few
+// cards, when the store is free again. Either returns 0, or a negative value to stop; the cards
+// before a stop are finished first. Counts the cards in the position of the progress.
 template <class Visit, class Finish>
 int VisitCards(Database& database, const std::vector<int64_t>& rowIds, ExportProgress& progress,
                int32_t& missing, const Visit& visit, const Finish& finish) {
     missing = 0;
-    int result = 0;
-    const CardRowVisitor visitor = [&](const CardRow& card) { result = visit(card); };
-    for (const int64_t rowId : rowIds) {
-        bool found = false;
-        if (database.VisitCardByRowId(rowId, found, visitor) < 0) {
+    for (auto rowId = rowIds.begin(); rowId != rowIds.end();) {
+        const auto left = static_cast<size_t>(rowIds.end() - rowId);
+        const auto count = static_cast<std::ptrdiff_t>(std::min(left, kCardsAtOnce));
+        int32_t found = 0;
+        int result = 0;
+        const CardRowVisitor visitor = [&](const CardRow& card) {
+            result = result < 0 ? result : visit(card);
+            found += result < 0 ? 0 : 1;
+        };
+        const bool isRead = database.VisitCardsByRowId({rowId, rowId + count}, visitor) == 0;
+        if (finish() < 0) {
             return -1;
         }
-        if (!found) {
-            ++missing;
-            continue;
-        }
-        if (result < 0 || finish() < 0) {
+        progress.Position += found;
+        if (!isRead || result < 0) {
             return -1;
         }
-        ++progress.Position;
+        missing += static_cast<int32_t>(count) - found;
+        rowId += count;
     }
     return 0;
 }
@@ -264,13 +271,17 @@ int WriteVlmCards(TextSink& sink, Database& database, const std::vector<int64_t>
                   const CategoryNames& categories) {
     VlmTextWriter writer(sink);
     const auto write = [&](const CardRow& card) {
-        return options.Format == ExportFormat::kVlmText1
-                   ? WriteVersion1Record(writer, card, options.IncludeScheduling)
-                   : WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true,
-                                     options.IncludeScheduling);
+        const int result = options.Format == ExportFormat::kVlmText1
+                               ? WriteVersion1Record(writer, card, options.IncludeScheduling)
+                               : WriteCardRecord(writer, card, categories.Find(card.CategoryId()),
+                                                 true, options.IncludeScheduling);
+        if (result == 0) {
+            writer.EndRecord();
+        }
+        return result;
     };
     const auto finish = [&] {
-        writer.EndRecord();
+        writer.Flush();
         return sink.IsOk() ? 0 : -1;
     };
     return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
@@ -294,11 +305,15 @@ int WriteDelimitedCards(TextSink& sink, Database& database, const std::vector<in
     WriteCardHeader(writer, split, options.IncludeScheduling);
     progress.Position = 0;
     const auto write = [&](const CardRow& card) {
-        return WriteCardRecord(writer, card, categories.Find(card.CategoryId()), split,
-                               options.IncludeScheduling);
+        const int result = WriteCardRecord(writer, card, categories.Find(card.CategoryId()), split,
+                                           options.IncludeScheduling);
+        if (result == 0) {
+            writer.EndRecord();
+        }
+        return result;
     };
     const auto finish = [&] {
-        writer.EndRecord();
+        writer.Flush();
         return sink.IsOk() ? 0 : -1;
     };
     return VisitCards(database, rowIds, progress, progress.Missing, write, finish);

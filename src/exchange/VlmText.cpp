@@ -146,6 +146,8 @@ namespace {
 constexpr char16_t kSeparator = u':';
 
 constexpr size_t kRun = 8;
+// Text that is not kept until the next flush.
+constexpr size_t kLongText = size_t{1} << 20;
 
 bool IsSeparator(char16_t unit) {
     return unit == kSeparator;
@@ -202,12 +204,17 @@ int VlmTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view 
     return 0;
 }
 
+// Makes room for more units behind the text.
+void VlmTextWriter::Reserve(size_t units) {
+    if (mText.size() - mLength < units) {
+        mText.resize(2 * (mLength + units));
+    }
+}
+
 void VlmTextWriter::AppendLine(std::u16string_view name, std::u16string_view value) {
     const size_t length = name.size() + value.size() + 3;
-    if (mRecord.size() - mLength < length) {
-        mRecord.resize(2 * (mLength + length));
-    }
-    char16_t* out = std::copy(name.begin(), name.end(), mRecord.data() + mLength);
+    Reserve(length);
+    char16_t* out = std::copy(name.begin(), name.end(), mText.data() + mLength);
     *out++ = kSeparator;
     *out++ = u' ';
     *std::copy(value.begin(), value.end(), out) = u'\n';
@@ -215,7 +222,16 @@ void VlmTextWriter::AppendLine(std::u16string_view name, std::u16string_view val
 }
 
 void VlmTextWriter::EndRecord() {
-    mSink.Write({mRecord.data(), mLength});
-    mSink.Write(u"\n");
+    Reserve(1);
+    mText[mLength++] = u'\n';
+    mEnded = mLength;
+    if (mLength > kLongText) {
+        Flush();
+    }
+}
+
+void VlmTextWriter::Flush() {
+    mSink.Write({mText.data(), mEnded});
     mLength = 0;
+    mEnded = 0;
 }

@@ -187,18 +187,24 @@ int Database::SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards) {
     return SelectCards(mpSelectCardByRowIdStmt, cards, rowId);
 }
 
-int Database::VisitCardByRowId(int64_t rowId, bool& found, const CardRowVisitor& visit) {
+int Database::VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit) {
     const Lock lock(mMutex);
-    found = false;
-    StatementRun run(*this, mpSelectCardByRowIdStmt, rowId);
-    if (run.Step("VisitCardByRowId") < 0) {
-        return -1;
+    for (size_t begin = 0; IsOpen() && begin < rowIds.size();) {
+        const size_t end = begin + GroupSize(rowIds.size() - begin, 1);
+        StatementRun run(
+            *this, GetStatement(kSelectWantedCards + Repeat("(?)", end - begin) + kOfWantedCards));
+        for (; begin < end; ++begin) {
+            run.Bind(rowIds[begin]);
+        }
+        int result = run.Step("VisitCardsByRowId");
+        for (; result == 0 && !run.IsDone(); result = run.Step("VisitCardsByRowId")) {
+            visit(CardRow(run));
+        }
+        if (result < 0) {
+            return result;
+        }
     }
-    if (!run.IsDone()) {
-        found = true;
-        visit(CardRow(run));
-    }
-    return 0;
+    return IsOpen() ? 0 : -1;
 }
 
 int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {
