@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <string>
 #include <string_view>
 
 struct CardSchedule;
@@ -75,6 +76,11 @@ class CardRecordWriter {
 
     // Returns 0, or -1 when this form has no place for an attribute of that name.
     virtual int WriteAttribute(std::u16string_view name, std::u16string_view value) = 0;
+    // The same for a value of ASCII without a line break, such as a number, of which an export has
+    // 18 a card.
+    virtual int WritePlain(std::u16string_view name, std::string_view value) {
+        return WriteAttribute(name, std::u16string(value.begin(), value.end()));
+    }
     virtual void EndRecord() = 0;
     // Hands the records that have ended on to where they go.
     virtual void Flush() = 0;

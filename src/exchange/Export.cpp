@@ -83,16 +83,19 @@ class Record {
             return;
         }
         const std::array<char, 36> text = UuidText(uuid);
-        AddDigits(kId, text.data(), text.data() + text.size());
+        AddPlain(kId, text.data(), text.data() + text.size());
     }
-    void AddBoolean(Text name, bool value) { Add(name, value ? u"true" : u"false"); }
+    void AddBoolean(Text name, bool value) {
+        const std::string_view text = value ? "true" : "false";
+        AddPlain(name, text.data(), text.data() + text.size());
+    }
     void AddNumber(Text name, int32_t number) {
         char digits[16];
-        AddDigits(name, digits, std::to_chars(digits, std::end(digits), number).ptr);
+        AddPlain(name, digits, std::to_chars(digits, std::end(digits), number).ptr);
     }
     void AddTime(Text name, int64_t seconds) {
         char text[kTimeStampLength];
-        AddDigits(name, text, WriteTimeStamp(text, seconds));
+        AddPlain(name, text, WriteTimeStamp(text, seconds));
     }
     void AddInterval(Text name, double seconds) {
         constexpr double kGreatest = 1e9;
@@ -108,7 +111,7 @@ class Record {
         } else {
             end = std::to_chars(digits, std::end(digits), seconds, std::chars_format::fixed, 6).ptr;
         }
-        AddDigits(name, digits, end);
+        AddPlain(name, digits, end);
     }
     // Writes the second text, if there is one, as an attribute of its own.
     void AddSplitSide(Text name, Text secondName, Text side) {
@@ -130,10 +133,10 @@ class Record {
     }
 
   private:
-    // Writes a text of ASCII, of 64 characters at most.
-    void AddDigits(Text name, const char* begin, const char* end) {
-        char16_t units[64];
-        Add(name, {units, static_cast<size_t>(std::copy(begin, end, units) - units)});
+    void AddPlain(Text name, const char* begin, const char* end) {
+        if (mResult == 0) {
+            mResult = mWriter.WritePlain(name, {begin, static_cast<size_t>(end - begin)});
+        }
     }
 
     CardRecordWriter& mWriter;

@@ -185,10 +185,32 @@ bool Contains(std::u16string_view text) {
     return IsInRun<kIsWanted>(last);
 }
 
+bool IsRefused(std::u16string_view name) {
+    return Contains<IsSeparator>(name) || (!name.empty() && name.front() == kComment);
+}
+
 }  // namespace
 
+// Makes room for more units behind the text.
+void VlmTextWriter::Reserve(size_t units) {
+    if (mText.size() - mLength < units) {
+        mText.resize(2 * (mLength + units));
+    }
+}
+
+template <class Value>
+void VlmTextWriter::AppendLine(std::u16string_view name, Value value) {
+    const size_t length = name.size() + value.size() + 3;
+    Reserve(length);
+    char16_t* out = std::copy(name.begin(), name.end(), mText.data() + mLength);
+    *out++ = kSeparator;
+    *out++ = u' ';
+    *std::copy(value.begin(), value.end(), out) = u'\n';
+    mLength += length;
+}
+
 int VlmTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
-    if (Contains<IsSeparator>(name) || (!name.empty() && name.front() == kComment)) {
+    if (IsRefused(name)) {
         return -1;
     }
     if (value.empty()) {
@@ -204,21 +226,12 @@ int VlmTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view 
     return 0;
 }
 
-// Makes room for more units behind the text.
-void VlmTextWriter::Reserve(size_t units) {
-    if (mText.size() - mLength < units) {
-        mText.resize(2 * (mLength + units));
+int VlmTextWriter::WritePlain(std::u16string_view name, std::string_view value) {
+    if (IsRefused(name)) {
+        return -1;
     }
-}
-
-void VlmTextWriter::AppendLine(std::u16string_view name, std::u16string_view value) {
-    const size_t length = name.size() + value.size() + 3;
-    Reserve(length);
-    char16_t* out = std::copy(name.begin(), name.end(), mText.data() + mLength);
-    *out++ = kSeparator;
-    *out++ = u' ';
-    *std::copy(value.begin(), value.end(), out) = u'\n';
-    mLength += length;
+    AppendLine(name, value);
+    return 0;
 }
 
 void VlmTextWriter::EndRecord() {

@@ -60,12 +60,14 @@ class VlmTextWriter : public CardRecordWriter {
 
     // Returns -1 for a name that a reader would take for a comment or would cut at its colon.
     int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
+    int WritePlain(std::u16string_view name, std::string_view value) override;
     void EndRecord() override;
     void Flush() override;
 
   private:
     void Reserve(size_t units);
-    void AppendLine(std::u16string_view name, std::u16string_view value);
+    template <class Value>
+    void AppendLine(std::u16string_view name, Value value);
 
     TextSink& mSink;
     // The records since the last flush. Their memory is kept for the next ones.

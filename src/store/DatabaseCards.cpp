@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <string>
 #include <utility>
 
 #include "base/Time.h"
@@ -17,11 +18,12 @@ constexpr size_t kGroupSizes[] = {1024, 256, 64, 16, 4, 1};
 constexpr size_t kParametersPerCard = 24;
 
 // Returns the text repeated, with commas between.
-wxString Repeat(const wxString& text, size_t count) {
-    wxString all = text;
+std::string Repeat(const std::string& text, size_t count) {
+    std::string all = text;
     all.reserve(count * (text.length() + 1));
     for (size_t i = 1; i < count; ++i) {
-        all << "," << text;
+        all += ',';
+        all += text;
     }
     return all;
 }
@@ -73,7 +75,7 @@ int Database::InsertFlashCards(const std::vector<FlashCard>& cards, size_t& inse
     inserted = 0;
     while (IsOpen() && inserted < cards.size()) {
         const size_t size = GroupSize(cards.size() - inserted, kParametersPerCard);
-        const wxString row = "(" + Repeat("?", kParametersPerCard) + ")";
+        const std::string row = "(" + Repeat("?", kParametersPerCard) + ")";
         StatementRun run(*this, GetStatement(kInsertCards + Repeat(row, size) + ";"));
         const auto first = cards.begin() + static_cast<std::ptrdiff_t>(inserted);
         const bool isBound =
