@@ -212,8 +212,8 @@ void DelimitedWriter::EndHeader() {
     EndRecord();
 }
 
-int DelimitedWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
-    const size_t place = mHeaderOpen ? mColumns.size() : FindColumn(name);
+int DelimitedWriter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
+    const size_t place = mHeaderOpen ? mColumns.size() : FindColumn(name.Text());
     if (place == mColumns.size()) {
         return -1;
     }

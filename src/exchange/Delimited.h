@@ -66,7 +66,7 @@ class DelimitedWriter : public CardRecordWriter {
     void EndHeader();
 
     // Refuses a name that is no column, and any before the header's end.
-    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
+    int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
     // A column that the record did not set stays empty.
     void EndRecord() override;
     void Flush() override;

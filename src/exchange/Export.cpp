@@ -33,28 +33,28 @@ namespace {
 
 using Text = std::u16string_view;
 
-constexpr Text kId = u"id";
-constexpr Text kFront = u"Front";
-constexpr Text kFront2 = u"Front2";
-constexpr Text kBack = u"Back";
-constexpr Text kBack2 = u"Back2";
-constexpr Text kCategory = u"Category";
-constexpr Text kAuthor = u"Author";
-constexpr Text kChapter = u"Chapter";
-constexpr Text kIntroductionOrder = u"IntroductionOrder";
-constexpr Text kForwardX = u"ForwardX";
-constexpr Text kReverseX = u"ReverseX";
-constexpr Text kNotes = u"Notes";
+constexpr AttributeName kId = u"id";
+constexpr AttributeName kFront = u"Front";
+constexpr AttributeName kFront2 = u"Front2";
+constexpr AttributeName kBack = u"Back";
+constexpr AttributeName kBack2 = u"Back2";
+constexpr AttributeName kCategory = u"Category";
+constexpr AttributeName kAuthor = u"Author";
+constexpr AttributeName kChapter = u"Chapter";
+constexpr AttributeName kIntroductionOrder = u"IntroductionOrder";
+constexpr AttributeName kForwardX = u"ForwardX";
+constexpr AttributeName kReverseX = u"ReverseX";
+constexpr AttributeName kNotes = u"Notes";
 
 // The names of the attributes of one direction's schedule.
 struct ScheduleNames {
-    Text Introduced;
-    Text LastReview;
-    Text LastScore;
-    Text ReviewInterval;
-    Text Difficulty;
+    AttributeName Introduced;
+    AttributeName LastReview;
+    AttributeName LastScore;
+    AttributeName ReviewInterval;
+    AttributeName Difficulty;
     // Empty for the form that does not have it.
-    Text Erc;
+    AttributeName Erc;
 };
 constexpr ScheduleNames kForward{u"Introduced",     u"LastReview", u"LastScore",
                                  u"ReviewInterval", u"Difficulty", u"ERC"};
@@ -62,6 +62,17 @@ constexpr ScheduleNames kReverse{u"RIntroduced",     u"RLastReview", u"RLastScor
                                  u"RReviewInterval", u"RDifficulty", u"RERC"};
 constexpr ScheduleNames kVersion1{u"Active",         u"LastReview", u"LastScore",
                                   u"ReviewInterval", u"Difficulty", u""};
+
+// Returns whether an identity has the form of files already, as nearly all have: 36 characters,
+// with dashes and in small letters.
+bool IsIdOfFiles(Text id) {
+    size_t digits = 0;
+    for (const char16_t unit : id) {
+        digits += (unit >= u'0' && unit <= u'9') || (unit >= u'a' && unit <= u'f') ? 1 : 0;
+    }
+    return id.size() == 36 && digits == 32 && id[8] == u'-' && id[13] == u'-' && id[18] == u'-' &&
+           id[23] == u'-';
+}
 
 // Writes the attributes of a card until the writer refuses one.
 class Record {
@@ -71,12 +82,16 @@ class Record {
     // Returns 0, or -1 once one was refused.
     int GetResult() const { return mResult; }
 
-    void Add(Text name, Text value) {
+    void Add(const AttributeName& name, Text value) {
         if (mResult == 0) {
             mResult = mWriter.WriteAttribute(name, value);
         }
     }
     void AddId(const CardRow& card) {
+        if (IsIdOfFiles(card.CardIdText())) {
+            Add(kId, card.CardIdText());
+            return;
+        }
         CardUuid uuid;
         if (card.CardId(uuid) < 0) {
             mResult = -1;
@@ -85,19 +100,19 @@ class Record {
         const std::array<char, 36> text = UuidText(uuid);
         AddPlain(kId, text.data(), text.data() + text.size());
     }
-    void AddBoolean(Text name, bool value) {
+    void AddBoolean(const AttributeName& name, bool value) {
         const std::string_view text = value ? "true" : "false";
         AddPlain(name, text.data(), text.data() + text.size());
     }
-    void AddNumber(Text name, int32_t number) {
+    void AddNumber(const AttributeName& name, int32_t number) {
         char digits[16];
         AddPlain(name, digits, std::to_chars(digits, std::end(digits), number).ptr);
     }
-    void AddTime(Text name, int64_t seconds) {
+    void AddTime(const AttributeName& name, int64_t seconds) {
         char text[kTimeStampLength];
         AddPlain(name, text, WriteTimeStamp(text, seconds));
     }
-    void AddInterval(Text name, double seconds) {
+    void AddInterval(const AttributeName& name, double seconds) {
         constexpr double kGreatest = 1e9;
         // The greatest 32-bit float has 39 digits before its point.
         char digits[64];
@@ -114,7 +129,7 @@ class Record {
         AddPlain(name, digits, end);
     }
     // Writes the second text, if there is one, as an attribute of its own.
-    void AddSplitSide(Text name, Text secondName, Text side) {
+    void AddSplitSide(const AttributeName& name, const AttributeName& secondName, Text side) {
         const SplitSide parts = SplitSecondText(side);
         Add(name, parts.Main);
         if (!parts.Second.empty()) {
@@ -127,13 +142,13 @@ class Record {
         AddNumber(names.LastScore, schedule.LastScore());
         AddInterval(names.ReviewInterval, static_cast<double>(schedule.ReviewInterval()));
         AddNumber(names.Difficulty, schedule.Difficulty());
-        if (!names.Erc.empty()) {
+        if (!names.Erc.Text().empty()) {
             AddNumber(names.Erc, schedule.Erc());
         }
     }
 
   private:
-    void AddPlain(Text name, const char* begin, const char* end) {
+    void AddPlain(const AttributeName& name, const char* begin, const char* end) {
         if (mResult == 0) {
             mResult = mWriter.WritePlain(name, {begin, static_cast<size_t>(end - begin)});
         }
@@ -173,9 +188,9 @@ int WriteCardRecord(CardRecordWriter& writer, const CardRow& card, std::u16strin
 }
 
 void WriteCardHeader(DelimitedWriter& writer, bool splitSecondTexts, bool includeScheduling) {
-    const auto add = [&writer](std::initializer_list<Text> names) {
-        for (const Text name : names) {
-            writer.AddColumn(name);
+    const auto add = [&writer](std::initializer_list<AttributeName> names) {
+        for (const AttributeName& name : names) {
+            writer.AddColumn(name.Text());
         }
     };
     if (splitSecondTexts) {

@@ -149,44 +149,34 @@ constexpr size_t kRun = 8;
 // Text that is not kept until the next flush.
 constexpr size_t kLongText = size_t{1} << 20;
 
-bool IsSeparator(char16_t unit) {
-    return unit == kSeparator;
-}
-
 // A carriage return ends a line for the reader. One that stayed in a value would make a line
 // without a name, and the file could not be read back.
 bool IsLineEnd(char16_t unit) {
     return unit == u'\n' || unit == u'\r';
 }
 
-template <bool (*kIsWanted)(char16_t)>
-bool IsInRun(const char16_t* run) {
+bool HasLineEndInRun(const char16_t* run) {
     uint16_t found = 0;
     for (size_t i = 0; i < kRun; ++i) {
-        found = static_cast<uint16_t>(found | (kIsWanted(run[i]) ? 1U : 0U));
+        found = static_cast<uint16_t>(found | (IsLineEnd(run[i]) ? 1U : 0U));
     }
     return found != 0;
 }
 
-// Looks at eight units at once, because an export asks this of every value and the library's search
+// Looks at eight units at once, because an export asks this of every text and the library's search
 // looks at one unit after the other.
-template <bool (*kIsWanted)(char16_t)>
-bool Contains(std::u16string_view text) {
+bool HasLineEnd(std::u16string_view text) {
     if (text.size() < kRun) {
-        return std::any_of(text.begin(), text.end(), kIsWanted);
+        return std::any_of(text.begin(), text.end(), IsLineEnd);
     }
     // The last run begins within the one before.
     const char16_t* const last = text.data() + text.size() - kRun;
     for (const char16_t* run = text.data(); run < last; run += kRun) {
-        if (IsInRun<kIsWanted>(run)) {
+        if (HasLineEndInRun(run)) {
             return true;
         }
     }
-    return IsInRun<kIsWanted>(last);
-}
-
-bool IsRefused(std::u16string_view name) {
-    return Contains<IsSeparator>(name) || (!name.empty() && name.front() == kComment);
+    return HasLineEndInRun(last);
 }
 
 }  // namespace
@@ -209,28 +199,28 @@ void VlmTextWriter::AppendLine(std::u16string_view name, Value value) {
     mLength += length;
 }
 
-int VlmTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
-    if (IsRefused(name)) {
+int VlmTextWriter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
+    if (name.IsMistakable()) {
         return -1;
     }
     if (value.empty()) {
         return 0;
     }
-    while (Contains<IsLineEnd>(value)) {
+    while (HasLineEnd(value)) {
         const size_t length = value.find_first_of(u"\r\n");
-        AppendLine(name, value.substr(0, length));
+        AppendLine(name.Text(), value.substr(0, length));
         const bool isPair = value.substr(length, 2) == u"\r\n";
         value.remove_prefix(length + (isPair ? 2 : 1));
     }
-    AppendLine(name, value);
+    AppendLine(name.Text(), value);
     return 0;
 }
 
-int VlmTextWriter::WritePlain(std::u16string_view name, std::string_view value) {
-    if (IsRefused(name)) {
+int VlmTextWriter::WritePlain(const AttributeName& name, std::string_view value) {
+    if (name.IsMistakable()) {
         return -1;
     }
-    AppendLine(name, value);
+    AppendLine(name.Text(), value);
     return 0;
 }
 

@@ -59,8 +59,8 @@ class VlmTextWriter : public CardRecordWriter {
     explicit VlmTextWriter(TextSink& sink) : mSink(sink) {}
 
     // Returns -1 for a name that a reader would take for a comment or would cut at its colon.
-    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
-    int WritePlain(std::u16string_view name, std::string_view value) override;
+    int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
+    int WritePlain(const AttributeName& name, std::string_view value) override;
     void EndRecord() override;
     void Flush() override;
 
