@@ -222,7 +222,7 @@ void Import(benchmark::State& state) {
         { Store(place.Path("floor.vlm")); }
         BareInserts bare(place.Path("floor.vlm"));
         floor += Time([&] {
-            constexpr int kRows = 1024;
+            constexpr int kRows = 4096;
             for (int i = 0; i < records && done; i += kRows) {
                 done = bare.Insert(i, std::min(kRows, records - i));
             }

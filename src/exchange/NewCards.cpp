@@ -9,6 +9,10 @@
 namespace {
 
 constexpr double kLongestSeconds = 0.1;
+// Larger groups hardly gain. Those between the two are steps that the store writes at once.
+constexpr size_t kSmallestGroup = 256;
+constexpr size_t kLargestGroup = 4096;
+constexpr size_t kStep = 4;
 
 size_t Characters(const FlashCard& card) {
     return card.Front.length() + card.Back.length() + card.Notes.length() + card.Author.length() +
@@ -55,15 +59,15 @@ NewCards::Outcome NewCards::Write() {
 }
 
 // Keeps a write under a tenth of a second where a smaller group can do that. It cannot where the
-// waiting for the disk takes the time, which is as long for one card as for 1,000; a small group
-// that took more than half the time of a large one shows that, and the next one is large again.
+// waiting for the disk takes the time, which is as long for one card as for 1,000. A small group
+// that took more than half the time of a larger one shows that, and the next one is larger again.
 void NewCards::Resize(size_t count, double seconds) {
-    if (mSize == kLargeGroup && seconds > kLongestSeconds) {
-        mSize = kSmallGroup;
-        mSecondsOfLarge = seconds;
-    } else if (mSize == kSmallGroup && count >= mSize &&
-               (seconds < kLongestSeconds / 4 || seconds > mSecondsOfLarge / 2)) {
-        mSize = kLargeGroup;
+    if (seconds > kLongestSeconds && mSize > kSmallestGroup) {
+        mSize /= kStep;
+        mSecondsOfLarger = seconds;
+    } else if (count >= mSize && mSize < kLargestGroup &&
+               (seconds < kLongestSeconds / 2 || seconds > mSecondsOfLarger / 2)) {
+        mSize *= kStep;
     }
 }
 

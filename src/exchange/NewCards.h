@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <unordered_set>
 #include <vector>
 
@@ -46,11 +47,8 @@ class NewCards {
     Outcome Write();
 
   private:
-    // The store writes as many in one statement. More would gain nothing.
-    static constexpr size_t kLargeGroup = 1024;
-    static constexpr size_t kSmallGroup = 256;
     // A group of long cards is written sooner, so that it does not fill the memory.
-    static constexpr size_t kMostCharacters = size_t{1} << 20;
+    static constexpr size_t kMostCharacters = size_t{1} << 21;
 
     struct IdHash {
         size_t operator()(const CardUuid& id) const;
@@ -67,6 +65,7 @@ class NewCards {
     std::unordered_set<CardUuid, IdHash> mIds;
     size_t mCharacters = 0;
     // How many cards make a group.
-    size_t mSize = kLargeGroup;
-    double mSecondsOfLarge = 0.0;
+    size_t mSize = 1024;
+    // The time of the last group that was too large.
+    double mSecondsOfLarger = std::numeric_limits<double>::infinity();
 };

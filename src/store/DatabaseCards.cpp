@@ -14,7 +14,7 @@
 namespace {
 
 // A statement is prepared once for each of these numbers of rows.
-constexpr size_t kGroupSizes[] = {1024, 256, 64, 16, 4, 1};
+constexpr size_t kGroupSizes[] = {4096, 1024, 256, 64, 16, 4, 1};
 constexpr size_t kParametersPerCard = 24;
 
 // Returns the text repeated, with commas between.
