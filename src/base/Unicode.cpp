@@ -27,13 +27,29 @@ Utf8Step ReadUtf8(const uint8_t* bytes, const uint8_t* end) {
     return {Utf8Step::kWhole, length, character};
 }
 
+namespace {
+
+char32_t ScalarValue(wxUniChar character) {
+    const char32_t point = character.GetValue();
+    return IsScalarValue(point) ? point : kReplacement;
+}
+
+size_t Utf8Length(char32_t point) {
+    return point < 0x80 ? 1 : (point < 0x800 ? 2 : (point < 0x10000 ? 3 : 4));
+}
+
+}  // namespace
+
+// Sizes the text first, as an import converts several texts for each card.
 std::string ToUtf8(const wxString& text) {
-    std::string bytes;
-    bytes.reserve(text.length());
-    char sequence[4];
+    size_t length = 0;
     for (const wxUniChar character : text) {
-        const char32_t point = character.GetValue();
-        bytes.append(sequence, PutUtf8(IsScalarValue(point) ? point : kReplacement, sequence));
+        length += Utf8Length(ScalarValue(character));
+    }
+    std::string bytes(length, '\0');
+    char* out = bytes.data();
+    for (const wxUniChar character : text) {
+        out = PutUtf8(ScalarValue(character), out);
     }
     return bytes;
 }
@@ -42,8 +58,7 @@ std::u16string ToUtf16(const wxString& text) {
     std::u16string units;
     units.reserve(text.length());
     for (const wxUniChar character : text) {
-        const char32_t point =
-            IsScalarValue(character.GetValue()) ? character.GetValue() : kReplacement;
+        const char32_t point = ScalarValue(character);
         if (point < 0x10000) {
             units.push_back(static_cast<char16_t>(point));
         } else {

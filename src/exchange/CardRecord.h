@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <string>
 #include <string_view>
 
 struct CardSchedule;
@@ -67,6 +68,26 @@ class CardRecordReader {
     virtual float GetProgress() const = 0;
 };
 
+// The name of an attribute, as a writer takes it. What a writer has to know of a name is found out
+// where the name is made: in compiling, for the constants that an export writes 24 times a card.
+class AttributeName {
+  public:
+    // Implicit, so that any text serves as a name. It is not copied.
+    constexpr AttributeName(std::u16string_view text)
+        : mText(text),
+          mIsMistakable(text.find(u':') != std::u16string_view::npos ||
+                        (!text.empty() && text.front() == u'#')) {}
+    constexpr AttributeName(const char16_t* text) : AttributeName(std::u16string_view(text)) {}
+
+    constexpr std::u16string_view Text() const { return mText; }
+    // Returns whether a reader of lines "Name: value" would cut the name or take it for a comment.
+    constexpr bool IsMistakable() const { return mIsMistakable; }
+
+  private:
+    std::u16string_view mText;
+    bool mIsMistakable;
+};
+
 // A sink of records, which takes the attributes of a record and then its end. Texts are UTF-16, as
 // the store keeps them, so that an export copies no text only to convert it.
 class CardRecordWriter {
@@ -74,8 +95,15 @@ class CardRecordWriter {
     virtual ~CardRecordWriter() = default;
 
     // Returns 0, or -1 when this form has no place for an attribute of that name.
-    virtual int WriteAttribute(std::u16string_view name, std::u16string_view value) = 0;
+    virtual int WriteAttribute(const AttributeName& name, std::u16string_view value) = 0;
+    // The same for a value of ASCII without a line break, such as a number, of which an export has
+    // 18 a card.
+    virtual int WritePlain(const AttributeName& name, std::string_view value) {
+        return WriteAttribute(name, std::u16string(value.begin(), value.end()));
+    }
     virtual void EndRecord() = 0;
+    // Hands the records that have ended on to where they go.
+    virtual void Flush() = 0;
 };
 
 // A stored card side may hold a second text, such as a reading, behind the main text: on a line of

@@ -14,6 +14,8 @@ constexpr wchar_t kQuote = L'"';
 // The names of all attributes take a few hundred characters. A file without line breaks is no
 // table, and this limit finds that out long before the limit of a record would.
 constexpr size_t kLongestHeader = size_t{1} << 20;
+// Rows that are not kept until the next flush.
+constexpr size_t kLongText = size_t{1} << 20;
 
 bool IsLineEnd(wchar_t character) {
     return character == L'\r' || character == L'\n';
@@ -210,8 +212,8 @@ void DelimitedWriter::EndHeader() {
     EndRecord();
 }
 
-int DelimitedWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
-    const size_t place = mHeaderOpen ? mColumns.size() : FindColumn(name);
+int DelimitedWriter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
+    const size_t place = mHeaderOpen ? mColumns.size() : FindColumn(name.Text());
     if (place == mColumns.size()) {
         return -1;
     }
@@ -221,17 +223,23 @@ int DelimitedWriter::WriteAttribute(std::u16string_view name, std::u16string_vie
 }
 
 void DelimitedWriter::EndRecord() {
-    mRow.clear();
     for (Column& column : mColumns) {
         if (&column != &mColumns.front()) {
-            mRow.append(mDelimiter);
+            mRows.append(mDelimiter);
         }
         AppendField(column.Value);
         column.Value.clear();
     }
-    mRow.push_back(u'\n');
+    mRows.push_back(u'\n');
     mNext = 0;
-    mSink.Write(mRow);
+    if (mRows.size() > kLongText) {
+        Flush();
+    }
+}
+
+void DelimitedWriter::Flush() {
+    mSink.Write(mRows);
+    mRows.clear();
 }
 
 size_t DelimitedWriter::FindColumn(std::u16string_view name) const {
@@ -257,7 +265,7 @@ void DelimitedWriter::AppendField(const std::u16string& value) {
     if (isSpecial) {
         AppendSpecialField(value);
     } else {
-        mRow.append(value);
+        mRows.append(value);
     }
 }
 
@@ -269,15 +277,15 @@ void DelimitedWriter::AppendSpecialField(const std::u16string& value) {
     const bool hasDelimiter = mField.find(mDelimiter) != std::u16string::npos;
     const bool hasQuote = mField.find(kQuote) != std::u16string::npos;
     if (!hasDelimiter && !hasQuote) {
-        mRow.append(mField);
+        mRows.append(mField);
         return;
     }
-    mRow.push_back(kQuote);
+    mRows.push_back(kQuote);
     for (const char16_t unit : mField) {
         if (unit == kQuote && !hasDelimiter) {
-            mRow.push_back(kQuote);
+            mRows.push_back(kQuote);
         }
-        mRow.push_back(unit);
+        mRows.push_back(unit);
     }
-    mRow.push_back(kQuote);
+    mRows.push_back(kQuote);
 }

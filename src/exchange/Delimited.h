@@ -66,9 +66,10 @@ class DelimitedWriter : public CardRecordWriter {
     void EndHeader();
 
     // Refuses a name that is no column, and any before the header's end.
-    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
+    int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
     // A column that the record did not set stays empty.
     void EndRecord() override;
+    void Flush() override;
 
   private:
     struct Column {
@@ -88,7 +89,7 @@ class DelimitedWriter : public CardRecordWriter {
     // One past the column found last. Attributes mostly come in the order of the columns, so the
     // search starts there.
     size_t mNext = 0;
-    // The row, which is written in one piece, and room for one of its fields.
-    std::u16string mRow;
+    // The rows since the last flush, and room for one of their fields.
+    std::u16string mRows;
     std::u16string mField;
 };

@@ -33,28 +33,28 @@ namespace {
 
 using Text = std::u16string_view;
 
-constexpr Text kId = u"id";
-constexpr Text kFront = u"Front";
-constexpr Text kFront2 = u"Front2";
-constexpr Text kBack = u"Back";
-constexpr Text kBack2 = u"Back2";
-constexpr Text kCategory = u"Category";
-constexpr Text kAuthor = u"Author";
-constexpr Text kChapter = u"Chapter";
-constexpr Text kIntroductionOrder = u"IntroductionOrder";
-constexpr Text kForwardX = u"ForwardX";
-constexpr Text kReverseX = u"ReverseX";
-constexpr Text kNotes = u"Notes";
+constexpr AttributeName kId = u"id";
+constexpr AttributeName kFront = u"Front";
+constexpr AttributeName kFront2 = u"Front2";
+constexpr AttributeName kBack = u"Back";
+constexpr AttributeName kBack2 = u"Back2";
+constexpr AttributeName kCategory = u"Category";
+constexpr AttributeName kAuthor = u"Author";
+constexpr AttributeName kChapter = u"Chapter";
+constexpr AttributeName kIntroductionOrder = u"IntroductionOrder";
+constexpr AttributeName kForwardX = u"ForwardX";
+constexpr AttributeName kReverseX = u"ReverseX";
+constexpr AttributeName kNotes = u"Notes";
 
 // The names of the attributes of one direction's schedule.
 struct ScheduleNames {
-    Text Introduced;
-    Text LastReview;
-    Text LastScore;
-    Text ReviewInterval;
-    Text Difficulty;
+    AttributeName Introduced;
+    AttributeName LastReview;
+    AttributeName LastScore;
+    AttributeName ReviewInterval;
+    AttributeName Difficulty;
     // Empty for the form that does not have it.
-    Text Erc;
+    AttributeName Erc;
 };
 constexpr ScheduleNames kForward{u"Introduced",     u"LastReview", u"LastScore",
                                  u"ReviewInterval", u"Difficulty", u"ERC"};
@@ -62,6 +62,17 @@ constexpr ScheduleNames kReverse{u"RIntroduced",     u"RLastReview", u"RLastScor
                                  u"RReviewInterval", u"RDifficulty", u"RERC"};
 constexpr ScheduleNames kVersion1{u"Active",         u"LastReview", u"LastScore",
                                   u"ReviewInterval", u"Difficulty", u""};
+
+// Returns whether an identity has the form of files already, as nearly all have: 36 characters,
+// with dashes and in small letters.
+bool IsIdOfFiles(Text id) {
+    size_t digits = 0;
+    for (const char16_t unit : id) {
+        digits += (unit >= u'0' && unit <= u'9') || (unit >= u'a' && unit <= u'f') ? 1 : 0;
+    }
+    return id.size() == 36 && digits == 32 && id[8] == u'-' && id[13] == u'-' && id[18] == u'-' &&
+           id[23] == u'-';
+}
 
 // Writes the attributes of a card until the writer refuses one.
 class Record {
@@ -71,30 +82,37 @@ class Record {
     // Returns 0, or -1 once one was refused.
     int GetResult() const { return mResult; }
 
-    void Add(Text name, Text value) {
+    void Add(const AttributeName& name, Text value) {
         if (mResult == 0) {
             mResult = mWriter.WriteAttribute(name, value);
         }
     }
     void AddId(const CardRow& card) {
+        if (IsIdOfFiles(card.CardIdText())) {
+            Add(kId, card.CardIdText());
+            return;
+        }
         CardUuid uuid;
         if (card.CardId(uuid) < 0) {
             mResult = -1;
             return;
         }
         const std::array<char, 36> text = UuidText(uuid);
-        AddDigits(kId, text.data(), text.data() + text.size());
+        AddPlain(kId, text.data(), text.data() + text.size());
     }
-    void AddBoolean(Text name, bool value) { Add(name, value ? u"true" : u"false"); }
-    void AddNumber(Text name, int32_t number) {
+    void AddBoolean(const AttributeName& name, bool value) {
+        const std::string_view text = value ? "true" : "false";
+        AddPlain(name, text.data(), text.data() + text.size());
+    }
+    void AddNumber(const AttributeName& name, int32_t number) {
         char digits[16];
-        AddDigits(name, digits, std::to_chars(digits, std::end(digits), number).ptr);
+        AddPlain(name, digits, std::to_chars(digits, std::end(digits), number).ptr);
     }
-    void AddTime(Text name, int64_t seconds) {
+    void AddTime(const AttributeName& name, int64_t seconds) {
         char text[kTimeStampLength];
-        AddDigits(name, text, WriteTimeStamp(text, seconds));
+        AddPlain(name, text, WriteTimeStamp(text, seconds));
     }
-    void AddInterval(Text name, double seconds) {
+    void AddInterval(const AttributeName& name, double seconds) {
         constexpr double kGreatest = 1e9;
         // The greatest 32-bit float has 39 digits before its point.
         char digits[64];
@@ -108,10 +126,10 @@ class Record {
         } else {
             end = std::to_chars(digits, std::end(digits), seconds, std::chars_format::fixed, 6).ptr;
         }
-        AddDigits(name, digits, end);
+        AddPlain(name, digits, end);
     }
     // Writes the second text, if there is one, as an attribute of its own.
-    void AddSplitSide(Text name, Text secondName, Text side) {
+    void AddSplitSide(const AttributeName& name, const AttributeName& secondName, Text side) {
         const SplitSide parts = SplitSecondText(side);
         Add(name, parts.Main);
         if (!parts.Second.empty()) {
@@ -124,16 +142,16 @@ class Record {
         AddNumber(names.LastScore, schedule.LastScore());
         AddInterval(names.ReviewInterval, static_cast<double>(schedule.ReviewInterval()));
         AddNumber(names.Difficulty, schedule.Difficulty());
-        if (!names.Erc.empty()) {
+        if (!names.Erc.Text().empty()) {
             AddNumber(names.Erc, schedule.Erc());
         }
     }
 
   private:
-    // Writes a text of ASCII, of 64 characters at most.
-    void AddDigits(Text name, const char* begin, const char* end) {
-        char16_t units[64];
-        Add(name, {units, static_cast<size_t>(std::copy(begin, end, units) - units)});
+    void AddPlain(const AttributeName& name, const char* begin, const char* end) {
+        if (mResult == 0) {
+            mResult = mWriter.WritePlain(name, {begin, static_cast<size_t>(end - begin)});
+        }
     }
 
     CardRecordWriter& mWriter;
@@ -170,9 +188,9 @@ int WriteCardRecord(CardRecordWriter& writer, const CardRow& card, std::u16strin
 }
 
 void WriteCardHeader(DelimitedWriter& writer, bool splitSecondTexts, bool includeScheduling) {
-    const auto add = [&writer](std::initializer_list<Text> names) {
-        for (const Text name : names) {
-            writer.AddColumn(name);
+    const auto add = [&writer](std::initializer_list<AttributeName> names) {
+        for (const AttributeName& name : names) {
+            writer.AddColumn(name.Text());
         }
     };
     if (splitSecondTexts) {
@@ -233,28 +251,35 @@ class CategoryNames {
     std::map<int32_t, std::u16string> mNames;
 };
 
-// Shows each card that is still in the store to one function, and calls another once the store is
-// free again. Either gives 0, or a negative value to stop. Counts the cards in the position of the
-// progress.
+// The number of cards that are read at once, and written once the store is free again.
+constexpr size_t kCardsAtOnce = 64;
+
+// Shows each card that is still in the store to one function, and calls another after every few
+// cards, when the store is free again. Either returns 0, or a negative value to stop; the cards
+// before a stop are finished first. Counts the cards in the position of the progress.
 template <class Visit, class Finish>
 int VisitCards(Database& database, const std::vector<int64_t>& rowIds, ExportProgress& progress,
                int32_t& missing, const Visit& visit, const Finish& finish) {
     missing = 0;
-    int result = 0;
-    const CardRowVisitor visitor = [&](const CardRow& card) { result = visit(card); };
-    for (const int64_t rowId : rowIds) {
-        bool found = false;
-        if (database.VisitCardByRowId(rowId, found, visitor) < 0) {
+    for (auto rowId = rowIds.begin(); rowId != rowIds.end();) {
+        const auto left = static_cast<size_t>(rowIds.end() - rowId);
+        const auto count = static_cast<std::ptrdiff_t>(std::min(left, kCardsAtOnce));
+        int32_t found = 0;
+        int result = 0;
+        const CardRowVisitor visitor = [&](const CardRow& card) {
+            result = result < 0 ? result : visit(card);
+            found += result < 0 ? 0 : 1;
+        };
+        const bool isRead = database.VisitCardsByRowId({rowId, rowId + count}, visitor) == 0;
+        if (finish() < 0) {
             return -1;
         }
-        if (!found) {
-            ++missing;
-            continue;
-        }
-        if (result < 0 || finish() < 0) {
+        progress.Position += found;
+        if (!isRead || result < 0) {
             return -1;
         }
-        ++progress.Position;
+        missing += static_cast<int32_t>(count) - found;
+        rowId += count;
     }
     return 0;
 }
@@ -264,13 +289,17 @@ int WriteVlmCards(TextSink& sink, Database& database, const std::vector<int64_t>
                   const CategoryNames& categories) {
     VlmTextWriter writer(sink);
     const auto write = [&](const CardRow& card) {
-        return options.Format == ExportFormat::kVlmText1
-                   ? WriteVersion1Record(writer, card, options.IncludeScheduling)
-                   : WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true,
-                                     options.IncludeScheduling);
+        const int result = options.Format == ExportFormat::kVlmText1
+                               ? WriteVersion1Record(writer, card, options.IncludeScheduling)
+                               : WriteCardRecord(writer, card, categories.Find(card.CategoryId()),
+                                                 true, options.IncludeScheduling);
+        if (result == 0) {
+            writer.EndRecord();
+        }
+        return result;
     };
     const auto finish = [&] {
-        writer.EndRecord();
+        writer.Flush();
         return sink.IsOk() ? 0 : -1;
     };
     return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
@@ -294,11 +323,15 @@ int WriteDelimitedCards(TextSink& sink, Database& database, const std::vector<in
     WriteCardHeader(writer, split, options.IncludeScheduling);
     progress.Position = 0;
     const auto write = [&](const CardRow& card) {
-        return WriteCardRecord(writer, card, categories.Find(card.CategoryId()), split,
-                               options.IncludeScheduling);
+        const int result = WriteCardRecord(writer, card, categories.Find(card.CategoryId()), split,
+                                           options.IncludeScheduling);
+        if (result == 0) {
+            writer.EndRecord();
+        }
+        return result;
     };
     const auto finish = [&] {
-        writer.EndRecord();
+        writer.Flush();
         return sink.IsOk() ? 0 : -1;
     };
     return VisitCards(database, rowIds, progress, progress.Missing, write, finish);

@@ -70,7 +70,7 @@ void WriteCardHeader(DelimitedWriter& writer, bool splitSecondTexts, bool includ
 int WriteVersion1Record(CardRecordWriter& writer, const CardRow& card, bool includeScheduling);
 
 // Writes the cards in the order of the row ids. A card that is gone is skipped and counted as
-// missing. Returns 0, or -1 on a failed read or write. Holds one card at a time.
+// missing. Returns 0, or -1 on a failed read or write. Holds a few cards at a time.
 int WriteCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,
                const ExportOptions& options, ExportProgress& progress);
 

@@ -21,8 +21,9 @@ class Pass {
           mResult(result),
           mOptions(options),
           mSource(options.PreviewAttributes != nullptr),
-          mCategories(database, result),
-          mOrders(database) {}
+          mGroup(database, result),
+          mCategories(database, result, mGroup),
+          mOrders(database, mGroup) {}
 
     bool Run();
 
@@ -44,6 +45,7 @@ class Pass {
     ImportResult& mResult;
     const ImportPassOptions& mOptions;
     ImportSource mSource;
+    ImportGroup mGroup;
     ImportCategories mCategories;
     IntroductionOrders mOrders;
 };
@@ -54,7 +56,13 @@ bool Pass::Run() {
         return mResult.Fail(DatabaseFileMessage(mInput.FileName));
     }
     const StoreReadLock lock(mDatabase);
-    return mCategories.Load() && mSource.Open(mInput, mResult) && ReadRecords();
+    if (!mCategories.Load() || !mSource.Open(mInput, mResult)) {
+        return false;
+    }
+    const bool hasRead = ReadRecords();
+    // A cancel or a failure leaves the cards before it, too. A card that the store refuses only now
+    // stands before the failure in the file, so its message is the one that is told.
+    return mGroup.Write() && hasRead && (mOptions.PreviewAttributes != nullptr || Finish());
 }
 
 bool Pass::ReadRecords() {
@@ -75,7 +83,7 @@ bool Pass::ReadRecords() {
             return true;
         }
     }
-    return Finish();
+    return true;
 }
 
 // The reader has no further record.
@@ -104,7 +112,7 @@ bool Pass::TakeRecord() {
     const CardRecordReader& reader = mSource.Reader();
     const int32_t line = reader.GetAttribute(0).Line;
     ImportRecord record;
-    if (!record.Read(reader, mDatabase, mResult)) {
+    if (!record.Read(reader, mDatabase, mResult, mGroup)) {
         return false;
     }
     mResult.LineNumber = line;
@@ -191,15 +199,11 @@ bool Pass::Insert(ImportRecord& record) {
                                  _("no random numbers")));
         }
     }
-    if (!record.Has(kAttributeIntroductionOrder)) {
-        card.IntroductionOrder = mOrders.Take(card.CategoryId);
+    if (!record.Has(kAttributeIntroductionOrder) &&
+        !mOrders.Take(card.CategoryId, card.IntroductionOrder)) {
+        return false;
     }
-    if (mDatabase.InsertFlashCard(card) < 0) {
-        return mResult.Fail(
-            StoreMessage(_("Unable to add flash card to database.  (%i:%s)"), mDatabase));
-    }
-    ++mResult.RecordsInserted;
-    return true;
+    return mGroup.Add(std::move(card));
 }
 
 // A stored card and its imported version differ.
@@ -221,6 +225,10 @@ bool Pass::Merge(ImportRecord& record, int32_t line) {
 }
 
 bool Pass::Update(const FlashCard& card) {
+    // The new cards before it come first, in the store as in the file.
+    if (!mGroup.Write()) {
+        return false;
+    }
     if (mDatabase.UpdateFlashCard(card) < 0) {
         return mResult.Fail(StoreMessage(_("Unable to update flash card.  (%i:%s)"), mDatabase));
     }

@@ -30,7 +30,7 @@ int ImportPass(const ImportInput& input, Database& database, ImportResult& resul
                const ImportPassOptions& options);
 
 // Imports a file: a pass that finds any fault before something is written, then the pass that
-// writes. Every card is written by itself: a failure or a cancel leaves what was written before.
+// writes. New cards are written in groups. A failure or a cancel leaves the cards before it.
 // Returns 0, or -1 with the reason in the result.
 int ImportCards(const ImportInput& input, Database& database, ImportResult& result,
                 bool askCategories, std::set<int32_t>* touchedCategories);

@@ -29,19 +29,50 @@ wxString SetBack(const wxString& value, wxString& back) {
 
 }  // namespace
 
-bool ImportRecord::Read(const CardRecordReader& reader, Database& database, ImportResult& result) {
+bool ImportGroup::Add(FlashCard&& card) {
+    mCards.Add(std::move(card), mResult.LineNumber);
+    return !mCards.IsFull() || Write();
+}
+
+bool ImportGroup::Settle(const CardUuid& id) {
+    return !mCards.HasCard(id) || Write();
+}
+
+bool ImportGroup::Settle(int32_t categoryId) {
+    return !mCards.HasCategory(categoryId) || Write();
+}
+
+bool ImportGroup::Write() {
+    if (mCards.IsEmpty()) {
+        return true;
+    }
+    const NewCards::Outcome outcome = mCards.Write();
+    mResult.RecordsInserted += outcome.Written;
+    if (!outcome.HasFailed) {
+        return true;
+    }
+    mResult.LineNumber = outcome.Line;
+    // What came after it in the file is not written.
+    mCards.Clear();
+    return mResult.Fail(
+        StoreMessage(_("Unable to add flash card to database.  (%i:%s)"), mDatabase));
+}
+
+bool ImportRecord::Read(const CardRecordReader& reader, Database& database, ImportResult& result,
+                        ImportGroup& group) {
     const uint32_t count = reader.GetAttributeCount();
     for (uint32_t i = 0; i < count; ++i) {
         const CardAttribute& attribute = reader.GetAttribute(i);
         result.LineNumber = attribute.Line;
-        if (!Add(attribute, database, result)) {
+        if (!Add(attribute, database, result, group)) {
             return false;
         }
     }
     return true;
 }
 
-bool ImportRecord::Add(const CardAttribute& attribute, Database& database, ImportResult& result) {
+bool ImportRecord::Add(const CardAttribute& attribute, Database& database, ImportResult& result,
+                       ImportGroup& group) {
     AttributeInfo info;
     if (!LookupAttribute(attribute.Name, info)) {
         return result.Fail(UnknownAttributeMessage(attribute.Name));
@@ -50,7 +81,7 @@ bool ImportRecord::Add(const CardAttribute& attribute, Database& database, Impor
         return result.Fail(RepeatedAttributeMessage());
     }
     if (info.Mask == kIdMask) {
-        return SetId(attribute, database, result);
+        return SetId(attribute, database, result, group);
     }
     Mask |= info.Mask;
     wxString fault;
@@ -63,7 +94,8 @@ bool ImportRecord::Add(const CardAttribute& attribute, Database& database, Impor
     return fault.empty() || result.Fail(fault);
 }
 
-bool ImportRecord::SetId(const CardAttribute& attribute, Database& database, ImportResult& result) {
+bool ImportRecord::SetId(const CardAttribute& attribute, Database& database, ImportResult& result,
+                         ImportGroup& group) {
     if (attribute.Value.empty()) {
         // As if it were not there, so it may also stand behind others.
         return true;
@@ -79,6 +111,9 @@ bool ImportRecord::SetId(const CardAttribute& attribute, Database& database, Imp
             attribute.Name));
     }
     Mask = kIdMask;
+    if (!group.Settle(Card.CardId)) {
+        return false;
+    }
     if (database.SelectCardById(Card.CardId, Stored) < 0) {
         return result.Fail(StoreReadMessage(database));
     }
@@ -160,6 +195,10 @@ bool ImportCategories::FindOrCreate(const wxString& name, int32_t& id) {
     if (search != Search::kMissing) {
         return search == Search::kFound;
     }
+    // The cards before it come first, in the store as in the file.
+    if (!mGroup.Write()) {
+        return false;
+    }
     if (mDatabase.CategoryInsert(name) < 0) {
         return mResult.Fail(StoreMessage(_("Category create error %i:%s"), mDatabase));
     }
@@ -225,14 +264,17 @@ void IntroductionOrders::Note(int32_t categoryId, int32_t order) {
     }
 }
 
-int32_t IntroductionOrders::Take(int32_t categoryId) {
+bool IntroductionOrders::Take(int32_t categoryId, int32_t& order) {
     auto next = mNext.find(categoryId);
     if (next == mNext.end()) {
+        if (!mGroup.Settle(categoryId)) {
+            return false;
+        }
         int32_t greatest = 0;
         const bool found = mDatabase.SelectMaxIntroductionOrder(categoryId, greatest) >= 0;
         next = mNext.emplace(categoryId, found ? Following(greatest) : 0).first;
     }
-    const int32_t order = next->second;
+    order = next->second;
     next->second = Following(order);
-    return order;
+    return true;
 }

@@ -7,10 +7,32 @@
 #include <map>
 
 #include "exchange/CardRecord.h"
+#include "exchange/NewCards.h"
 #include "store/FlashCard.h"
 
 class Database;
 struct ImportResult;
+
+// The new cards of an import that are not in the store yet, and the import's counters and messages
+// of them. What asks the store goes through here first, so that a record sees what the records
+// before it have brought, whether their group is written or not.
+class ImportGroup {
+  public:
+    ImportGroup(Database& database, ImportResult& result)
+        : mDatabase(database), mResult(result), mCards(database) {}
+
+    // Each writes the group when it has to: a card filled it, or it has what the store is asked
+    // for. Returns false when the store refuses a card, which the result then tells.
+    bool Add(FlashCard&& card);
+    bool Settle(const CardUuid& id);
+    bool Settle(int32_t categoryId);
+    bool Write();
+
+  private:
+    Database& mDatabase;
+    ImportResult& mResult;
+    NewCards mCards;
+};
 
 // The card that one record of a file becomes. Lives for that record, on the import's thread.
 class ImportRecord {
@@ -18,7 +40,8 @@ class ImportRecord {
     // Takes the attributes of the reader's current record in order. When the store has a card with
     // the record's id, the further attributes change that card. Returns false on the first wrong
     // attribute; the result then says what is wrong and on which line.
-    bool Read(const CardRecordReader& reader, Database& database, ImportResult& result);
+    bool Read(const CardRecordReader& reader, Database& database, ImportResult& result,
+              ImportGroup& group);
     // Puts the second texts into the sides of the card. Called once, after Read.
     void JoinSecondTexts();
 
@@ -39,9 +62,11 @@ class ImportRecord {
     bool NamesCategory = false;
 
   private:
-    bool Add(const CardAttribute& attribute, Database& database, ImportResult& result);
+    bool Add(const CardAttribute& attribute, Database& database, ImportResult& result,
+             ImportGroup& group);
     wxString SetValue(int code, const CardAttribute& attribute);
-    bool SetId(const CardAttribute& attribute, Database& database, ImportResult& result);
+    bool SetId(const CardAttribute& attribute, Database& database, ImportResult& result,
+               ImportGroup& group);
 
     wxString mFront2;
     wxString mBack2;
@@ -51,8 +76,8 @@ class ImportRecord {
 // looked up in the store too, which compares names more loosely: to the store "007" is "7".
 class ImportCategories {
   public:
-    ImportCategories(Database& database, ImportResult& result)
-        : mDatabase(database), mResult(result) {}
+    ImportCategories(Database& database, ImportResult& result, ImportGroup& group)
+        : mDatabase(database), mResult(result), mGroup(group) {}
 
     // Takes in the store's categories. Returns false when they cannot be read.
     bool Load();
@@ -70,6 +95,7 @@ class ImportCategories {
 
     Database& mDatabase;
     ImportResult& mResult;
+    ImportGroup& mGroup;
     std::map<wxString, int32_t> mIds;
 };
 
@@ -77,15 +103,17 @@ class ImportCategories {
 // and in the order of the file. Asks the store once for each category.
 class IntroductionOrders {
   public:
-    explicit IntroductionOrders(Database& database) : mDatabase(database) {}
+    IntroductionOrders(Database& database, ImportGroup& group)
+        : mDatabase(database), mGroup(group) {}
 
     // Takes note of an order that a record gave itself; the next numbers come after it.
     void Note(int32_t categoryId, int32_t order);
-    // Returns the order of the next new card.
-    int32_t Take(int32_t categoryId);
+    // Gives the order of the next new card. Returns false when the group could not be written.
+    bool Take(int32_t categoryId, int32_t& order);
 
   private:
     Database& mDatabase;
+    ImportGroup& mGroup;
     // The next order by category id, for the categories that were asked for.
     std::map<int32_t, int32_t> mNext;
 };

@@ -1,9 +1,9 @@
 #include "exchange/PasteThread.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <list>
 
+#include "exchange/NewCards.h"
 #include "store/Database.h"
 #include "store/Statement.h"
 
@@ -40,13 +40,27 @@ void PasteThread::Work() {
     }
 }
 
+// The store reports each card that it cannot read or refuses, and the others go on.
 void PasteThread::CopyCards() {
+    NewCards copies(mDatabase);
     for (const int64_t rowId : mRowIds) {
         if (mCancelled) {
             break;
         }
-        CopyCard(rowId);
+        std::list<FlashCard> cards;
+        if (mDatabase.SelectCardByRowId(rowId, cards) == 0 && !cards.empty() &&
+            GenerateUuid(cards.front().CardId) == 0) {
+            cards.front().CategoryId = mCategoryId;
+            NoteCopy(cards.front(), mChange);
+            copies.Add(std::move(cards.front()));
+        }
+        while (copies.IsFull()) {
+            copies.Write();
+        }
         ++mPosition;
+    }
+    while (!copies.IsEmpty()) {
+        copies.Write();
     }
 }
 
@@ -61,21 +75,5 @@ void PasteThread::MoveCards() {
         }
         card += count;
         mPosition += static_cast<int32_t>(count);
-    }
-}
-
-// The store reports what fails.
-void PasteThread::CopyCard(int64_t rowId) {
-    std::list<FlashCard> cards;
-    if (mDatabase.SelectCardByRowId(rowId, cards) < 0 || cards.empty()) {
-        return;
-    }
-    FlashCard& card = cards.front();
-    if (GenerateUuid(card.CardId) != 0) {
-        return;
-    }
-    card.CategoryId = mCategoryId;
-    if (mDatabase.InsertFlashCard(card) == 0) {
-        NoteCopy(card, mChange);
     }
 }

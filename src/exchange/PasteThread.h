@@ -32,7 +32,6 @@ class PasteThread : public Worker {
 
   private:
     void CopyCards();
-    void CopyCard(int64_t rowId);
     void MoveCards();
 
     Database& mDatabase;
@@ -41,7 +40,8 @@ class PasteThread : public Worker {
     int32_t mCategoryId;
     // The worker's until it has ended.
     StoreChange mChange;
-    // The number of cards done so far. Written by the worker.
+    // The number of cards that were copied or moved so far; the last copies may still be on their
+    // way into the store. Written by the worker.
     std::atomic<int32_t> mPosition{0};
     // Written by the main thread.
     std::atomic<bool> mCancelled{false};

@@ -20,7 +20,7 @@ constexpr bool kEndsLinesWithReturn = false;
 #endif
 // The number of units that are tested and written together. Most texts are plain, so most runs go
 // out in one step.
-constexpr size_t kRun = 16;
+constexpr size_t kRun = 32;
 
 bool IsHighHalf(char16_t unit) {
     return (unit & 0xFC00) == 0xD800;
@@ -43,12 +43,7 @@ char32_t TakeCharacter(std::u16string_view& text) {
     return isCharacter ? first : kReplacement;
 }
 
-// Tests four units at once: the high bit of the lowest one that is zero gets set, and perhaps that
-// of others above it.
 constexpr uint64_t kOnes = 0x0001000100010001;
-uint64_t ZeroUnits(uint64_t units) {
-    return (units - kOnes) & ~units;
-}
 
 // Returns whether the test, which takes four units at once, sets any of the wanted bits in a run.
 template <class Test>
@@ -87,10 +82,13 @@ template <bool bigEndian>
 class Utf16 {
   public:
     static bool IsPlain(const char16_t* run) {
-        return !HasUnit(run, kOnes * 0x8000, [](uint64_t units) {
-            const uint64_t halves = (units ^ (kOnes * 0xD800)) & (kOnes * 0xF800);
-            return ZeroUnits(units) | ZeroUnits(halves);
-        });
+        // Written so that the compiler tests many units at once.
+        uint16_t found = 0;
+        for (size_t i = 0; i < kRun; ++i) {
+            const bool isPlain = run[i] != 0 && (run[i] & 0xF800) != 0xD800;
+            found = static_cast<uint16_t>(found | (isPlain ? 0U : 1U));
+        }
+        return found == 0;
     }
     static char* PutRun(const char16_t* run, char* out) {
         uint16_t units[kRun];

@@ -146,10 +146,8 @@ namespace {
 constexpr char16_t kSeparator = u':';
 
 constexpr size_t kRun = 8;
-
-bool IsSeparator(char16_t unit) {
-    return unit == kSeparator;
-}
+// Text that is not kept until the next flush.
+constexpr size_t kLongText = size_t{1} << 20;
 
 // A carriage return ends a line for the reader. One that stayed in a value would make a line
 // without a name, and the file could not be read back.
@@ -157,65 +155,86 @@ bool IsLineEnd(char16_t unit) {
     return unit == u'\n' || unit == u'\r';
 }
 
-template <bool (*kIsWanted)(char16_t)>
-bool IsInRun(const char16_t* run) {
+bool HasLineEndInRun(const char16_t* run) {
     uint16_t found = 0;
     for (size_t i = 0; i < kRun; ++i) {
-        found = static_cast<uint16_t>(found | (kIsWanted(run[i]) ? 1U : 0U));
+        found = static_cast<uint16_t>(found | (IsLineEnd(run[i]) ? 1U : 0U));
     }
     return found != 0;
 }
 
-// Looks at eight units at once, because an export asks this of every value and the library's search
+// Looks at eight units at once, because an export asks this of every text and the library's search
 // looks at one unit after the other.
-template <bool (*kIsWanted)(char16_t)>
-bool Contains(std::u16string_view text) {
+bool HasLineEnd(std::u16string_view text) {
     if (text.size() < kRun) {
-        return std::any_of(text.begin(), text.end(), kIsWanted);
+        return std::any_of(text.begin(), text.end(), IsLineEnd);
     }
     // The last run begins within the one before.
     const char16_t* const last = text.data() + text.size() - kRun;
     for (const char16_t* run = text.data(); run < last; run += kRun) {
-        if (IsInRun<kIsWanted>(run)) {
+        if (HasLineEndInRun(run)) {
             return true;
         }
     }
-    return IsInRun<kIsWanted>(last);
+    return HasLineEndInRun(last);
 }
 
 }  // namespace
 
-int VlmTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
-    if (Contains<IsSeparator>(name) || (!name.empty() && name.front() == kComment)) {
-        return -1;
+// Makes room for more units behind the text.
+void VlmTextWriter::Reserve(size_t units) {
+    if (mText.size() - mLength < units) {
+        mText.resize(2 * (mLength + units));
     }
-    if (value.empty()) {
-        return 0;
-    }
-    while (Contains<IsLineEnd>(value)) {
-        const size_t length = value.find_first_of(u"\r\n");
-        AppendLine(name, value.substr(0, length));
-        const bool isPair = value.substr(length, 2) == u"\r\n";
-        value.remove_prefix(length + (isPair ? 2 : 1));
-    }
-    AppendLine(name, value);
-    return 0;
 }
 
-void VlmTextWriter::AppendLine(std::u16string_view name, std::u16string_view value) {
+template <class Value>
+void VlmTextWriter::AppendLine(std::u16string_view name, Value value) {
     const size_t length = name.size() + value.size() + 3;
-    if (mRecord.size() - mLength < length) {
-        mRecord.resize(2 * (mLength + length));
-    }
-    char16_t* out = std::copy(name.begin(), name.end(), mRecord.data() + mLength);
+    Reserve(length);
+    char16_t* out = std::copy(name.begin(), name.end(), mText.data() + mLength);
     *out++ = kSeparator;
     *out++ = u' ';
     *std::copy(value.begin(), value.end(), out) = u'\n';
     mLength += length;
 }
 
+int VlmTextWriter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
+    if (name.IsMistakable()) {
+        return -1;
+    }
+    if (value.empty()) {
+        return 0;
+    }
+    while (HasLineEnd(value)) {
+        const size_t length = value.find_first_of(u"\r\n");
+        AppendLine(name.Text(), value.substr(0, length));
+        const bool isPair = value.substr(length, 2) == u"\r\n";
+        value.remove_prefix(length + (isPair ? 2 : 1));
+    }
+    AppendLine(name.Text(), value);
+    return 0;
+}
+
+int VlmTextWriter::WritePlain(const AttributeName& name, std::string_view value) {
+    if (name.IsMistakable()) {
+        return -1;
+    }
+    AppendLine(name.Text(), value);
+    return 0;
+}
+
 void VlmTextWriter::EndRecord() {
-    mSink.Write({mRecord.data(), mLength});
-    mSink.Write(u"\n");
+    Reserve(1);
+    mText[mLength++] = u'\n';
+    mEnded = mLength;
+    if (mLength > kLongText) {
+        Flush();
+    }
+}
+
+void VlmTextWriter::Flush() {
+    mSink.Write({mText.data(), mEnded});
     mLength = 0;
+    mEnded = 0;
 }

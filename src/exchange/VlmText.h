@@ -59,14 +59,20 @@ class VlmTextWriter : public CardRecordWriter {
     explicit VlmTextWriter(TextSink& sink) : mSink(sink) {}
 
     // Returns -1 for a name that a reader would take for a comment or would cut at its colon.
-    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
+    int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
+    int WritePlain(const AttributeName& name, std::string_view value) override;
     void EndRecord() override;
+    void Flush() override;
 
   private:
-    void AppendLine(std::u16string_view name, std::u16string_view value);
+    void Reserve(size_t units);
+    template <class Value>
+    void AppendLine(std::u16string_view name, Value value);
 
     TextSink& mSink;
-    // The record, which is written in one piece. Its memory is kept from one to the next.
-    std::u16string mRecord;
+    // The records since the last flush. Their memory is kept for the next ones.
+    std::u16string mText;
     size_t mLength = 0;
+    // The end of the last whole record.
+    size_t mEnded = 0;
 };

@@ -44,6 +44,8 @@ class CardRow {
     explicit CardRow(const StatementRun& run) : mRun(run) {}
     // 0, or -1 on a bad text.
     int CardId(CardUuid& uuid) const { return mRun.ColumnUuid(0, uuid); }
+    // The same as it is stored, in whatever form.
+    std::u16string_view CardIdText() const { return mRun.ColumnUtf16(0); }
     std::u16string_view Front() const { return mRun.ColumnUtf16(1); }
     std::u16string_view Back() const { return mRun.ColumnUtf16(2); }
     int32_t CategoryId() const { return mRun.ColumnInt(3); }

@@ -147,8 +147,9 @@ class Database : public Subject {
 
     // Card reads. The list is cleared first; no match is an empty list and success.
     int SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards);
-    // Shows the stored row in place of a card made of it. The visitor must not use the Database.
-    int VisitCardByRowId(int64_t rowId, bool& found, const CardRowVisitor& visit);
+    // Shows the stored rows, in the order of the row ids, in place of cards made of them. A row id
+    // without a card is passed over. The visitor must not use the Database.
+    int VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit);
     int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
     int SelectCardsByFrontBack(const wxString& front, const wxString& back,
                                std::list<FlashCard>& cards);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <string>
 #include <utility>
 
 #include "base/Time.h"
@@ -13,15 +14,16 @@
 namespace {
 
 // A statement is prepared once for each of these numbers of rows.
-constexpr size_t kGroupSizes[] = {1024, 256, 64, 16, 4, 1};
+constexpr size_t kGroupSizes[] = {4096, 1024, 256, 64, 16, 4, 1};
 constexpr size_t kParametersPerCard = 24;
 
 // Returns the text repeated, with commas between.
-wxString Repeat(const wxString& text, size_t count) {
-    wxString all = text;
+std::string Repeat(const std::string& text, size_t count) {
+    std::string all = text;
     all.reserve(count * (text.length() + 1));
     for (size_t i = 1; i < count; ++i) {
-        all << "," << text;
+        all += ',';
+        all += text;
     }
     return all;
 }
@@ -73,7 +75,7 @@ int Database::InsertFlashCards(const std::vector<FlashCard>& cards, size_t& inse
     inserted = 0;
     while (IsOpen() && inserted < cards.size()) {
         const size_t size = GroupSize(cards.size() - inserted, kParametersPerCard);
-        const wxString row = "(" + Repeat("?", kParametersPerCard) + ")";
+        const std::string row = "(" + Repeat("?", kParametersPerCard) + ")";
         StatementRun run(*this, GetStatement(kInsertCards + Repeat(row, size) + ";"));
         const auto first = cards.begin() + static_cast<std::ptrdiff_t>(inserted);
         const bool isBound =
@@ -187,18 +189,24 @@ int Database::SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards) {
     return SelectCards(mpSelectCardByRowIdStmt, cards, rowId);
 }
 
-int Database::VisitCardByRowId(int64_t rowId, bool& found, const CardRowVisitor& visit) {
+int Database::VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit) {
     const Lock lock(mMutex);
-    found = false;
-    StatementRun run(*this, mpSelectCardByRowIdStmt, rowId);
-    if (run.Step("VisitCardByRowId") < 0) {
-        return -1;
+    for (size_t begin = 0; IsOpen() && begin < rowIds.size();) {
+        const size_t end = begin + GroupSize(rowIds.size() - begin, 1);
+        StatementRun run(
+            *this, GetStatement(kSelectWantedCards + Repeat("(?)", end - begin) + kOfWantedCards));
+        for (; begin < end; ++begin) {
+            run.Bind(rowIds[begin]);
+        }
+        int result = run.Step("VisitCardsByRowId");
+        for (; result == 0 && !run.IsDone(); result = run.Step("VisitCardsByRowId")) {
+            visit(CardRow(run));
+        }
+        if (result < 0) {
+            return result;
+        }
     }
-    if (!run.IsDone()) {
-        found = true;
-        visit(CardRow(run));
-    }
-    return 0;
+    return IsOpen() ? 0 : -1;
 }
 
 int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {

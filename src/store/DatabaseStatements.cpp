@@ -5,14 +5,6 @@
 
 namespace {
 
-#define CARD_COLUMNS                                                                            \
-    "CardId, Front, Back, CategoryId, Author, Chapter, IntroductionOrder, ForwardX, ReverseX, " \
-    "Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, RIntroduced, "  \
-    "RLastReview, RLastScore, RReviewInterval, RDifficulty, RERC"
-constexpr char kSelectCards[] = "SELECT " CARD_COLUMNS " FROM Cards ";
-constexpr char kSelectCardsAndRows[] = "SELECT " CARD_COLUMNS ", ROWID FROM Cards ";
-#undef CARD_COLUMNS
-
 constexpr char kCountCards[] = "SELECT count(*) FROM Cards ";
 
 }  // namespace

@@ -53,12 +53,20 @@ constexpr char kInsertCards[] =
     "RIntroduced,RLastReview,RLastScore,RReviewInterval,RDifficulty,RNextReview,RERC"
     ") VALUES ";
 
+// The beginnings of the statements that read cards.
+#define CARD_COLUMNS                                                                            \
+    "CardId, Front, Back, CategoryId, Author, Chapter, IntroductionOrder, ForwardX, ReverseX, " \
+    "Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, RIntroduced, "  \
+    "RLastReview, RLastScore, RReviewInterval, RDifficulty, RERC"
+constexpr char kSelectCards[] = "SELECT " CARD_COLUMNS " FROM Cards ";
+constexpr char kSelectCardsAndRows[] = "SELECT " CARD_COLUMNS ", ROWID FROM Cards ";
 // Every card with its row id, by identity, in the columns of CardRow.
-constexpr char kSelectCardsById[] =
-    "SELECT CardId, Front, Back, CategoryId, Author, Chapter, IntroductionOrder, ForwardX, "
-    "ReverseX, Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, "
-    "RIntroduced, RLastReview, RLastScore, RReviewInterval, RDifficulty, RERC, ROWID FROM Cards "
-    "ORDER BY CardId;";
+constexpr char kSelectCardsById[] = "SELECT " CARD_COLUMNS ", ROWID FROM Cards ORDER BY CardId;";
+// Before and after the rows of VALUES that are the wanted row ids. A cross join has the engine take
+// them one by one, and so in their order.
+constexpr char kSelectWantedCards[] = "SELECT " CARD_COLUMNS " FROM (VALUES ";
+constexpr char kOfWantedCards[] = ") AS Wanted CROSS JOIN Cards ON Cards.ROWID = Wanted.column1;";
+#undef CARD_COLUMNS
 
 // NAME is no type that the engine knows, which gives the column numeric affinity: the names "007"
 // and "7" are one name. Existing files have it so.

@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <numeric>
+
 #include "exchange/ImportFixture.h"
+#include "exchange/PasteThread.h"
 
 namespace {
 
@@ -78,11 +81,15 @@ TEST_F(ImportIntoStore, NumbersNewCardsBehindThoseOfTheirCategory) {
         "f: i\nb: j\n\n"
         "f: k\nb: l\nIntroductionOrder: 2147483647\n\n"
         "f: m\nb: n\n\n"
-        "f: o\nb: p\nc: Words\n";
+        "f: o\nb: p\nc: Words\n\n"
+        // The store learns of the first only when it is asked for the greatest number.
+        "f: q\nb: r\nc: New\nIntroductionOrder: 5\n\n"
+        "f: s\nb: t\nc: New\n";
     ASSERT_EQ(Import(text), 0);
-    EXPECT_EQ(Cards(), (Strings{"0|0|Default|7", "a|b|Default|8", "c|d|Words|0", "e|f|Default|3",
-                                "g|h|Default|9", "i|j|Default|10", "k|l|Default|2147483647",
-                                "m|n|Default|2147483647", "o|p|Words|1"}));
+    EXPECT_EQ(Cards(),
+              (Strings{"0|0|Default|7", "a|b|Default|8", "c|d|Words|0", "e|f|Default|3",
+                       "g|h|Default|9", "i|j|Default|10", "k|l|Default|2147483647",
+                       "m|n|Default|2147483647", "o|p|Words|1", "q|r|New|5", "s|t|New|6"}));
 }
 
 TEST_F(ImportIntoStore, TakesTheCategoryThatTheStoreFindsByAName) {
@@ -150,6 +157,59 @@ TEST_F(ImportIntoStore, SaysWhatTheStoreRefuses) {
         EXPECT_EQ(Outcome(), row.Outcome);
         mDatabase.Execute("DROP TRIGGER t");
     }
+}
+
+// New cards are written in groups, which no record may notice.
+TEST_F(ImportIntoStore, ARecordSeesTheCardsBeforeIt) {
+    const std::string id = Id(MakeCard("", ""));
+    std::string text = id + "f: a\nb: b\n\n" + id + "f: a\nb: b\nc: Default\n\nf: c\nb: d\n\n" +
+                       id + "f: a\nb: e\n\n";
+    EXPECT_EQ(Import(text), 0);
+    EXPECT_EQ(Outcome(), "2 inserted, 1 merged, 1 ignored");
+    // The number of the first was taken over by its two further records.
+    EXPECT_EQ(Cards(), (Strings{"a|e|Default|0", "c|d|Default|1"}));
+}
+
+TEST_F(ImportIntoStore, ARefusedCardKeepsThoseBeforeItAndTellsItsLine) {
+    mDatabase.Execute(
+        "CREATE TEMP TRIGGER t BEFORE INSERT ON main.Cards WHEN NEW.Back='bad' "
+        "BEGIN SELECT RAISE(ABORT, 'no'); END");
+    std::string text = "f,b\n";
+    for (int i = 2; i < 1200; ++i) {
+        text += "f," + std::string(i == 1040 ? "bad" : "b") + "\n";
+    }
+    EXPECT_EQ(ImportTable(text), -1);
+    EXPECT_EQ(Outcome(), "Unable to add flash card to database.  (1811:no) @1040");
+    EXPECT_EQ(mResult->RecordsInserted, 1038);
+    EXPECT_EQ(Cards().size(), 1038U);
+    // What fails behind them leaves them, too.
+    const FlashCard card = Insert(MakeCard("f", "b"));
+    mDatabase.Execute(
+        "CREATE TEMP TRIGGER u BEFORE UPDATE ON main.Cards "
+        "BEGIN SELECT RAISE(ABORT, 'no'); END");
+    EXPECT_EQ(Import("f: x\nb: y\n\n" + Id(card) + "f: z\n"), -1);
+    EXPECT_EQ(Outcome(), "Unable to update flash card.  (1811:no) @4");
+    EXPECT_EQ(Cards().back(), "x|y|Default|1038");
+}
+
+TEST_F(ImportIntoStore, PastedCopiesAreNewCardsAndARefusedOneIsSkipped) {
+    std::string text = "f,b\n";
+    for (int i = 0; i < 300; ++i) {
+        text += std::to_string(i) + ",b\n";
+    }
+    ASSERT_EQ(ImportTable(text), 0);
+    std::vector<int64_t> rowIds(300);
+    std::iota(rowIds.rbegin(), rowIds.rend(), 1);
+    mDatabase.Execute(
+        "CREATE TEMP TRIGGER t BEFORE INSERT ON main.Cards WHEN NEW.Front='290' "
+        "BEGIN SELECT RAISE(ABORT, 'no'); END");
+    PasteThread thread(mDatabase, rowIds, true, 9);
+    thread.Start();
+    thread.Join();
+    EXPECT_EQ(Query("SELECT count(DISTINCT CardId), min(rowid), group_concat(Front, '') LIKE "
+                    "'299298%292291289%' FROM (SELECT rowid, * FROM Cards WHERE CategoryId=9 "
+                    "ORDER BY rowid)"),
+              Strings{"299|301|1"});
 }
 
 TEST_F(ImportIntoStore, APreviewDoesNotReadAHugeFileForItsFirstRecord) {

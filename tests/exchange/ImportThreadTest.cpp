@@ -134,7 +134,7 @@ TEST_F(ImportOnAThread, MergesAsThePolicySays) {
 TEST_F(ImportOnAThread, LeavesWholeCardsWhenItIsCancelledOrItsOwnerGoes) {
     // More cards than are written before anybody can press a button.
     std::string text;
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 100000; ++i) {
         text += "f: f" + std::to_string(i) + "\nb: b\nNotes: n\n\n";
     }
     {
@@ -154,7 +154,7 @@ TEST_F(ImportOnAThread, LeavesWholeCardsWhenItIsCancelledOrItsOwnerGoes) {
         ImportThread thread(TextFile(text), mDatabase, false, nullptr, mQuestions);
         thread.Start();
     }
-    EXPECT_LT(CardCount(), 20000U);
+    EXPECT_LT(CardCount(), 100000U);
 }
 
 // Also with a question open that nobody will answer any more, in the moment between two passes, and
