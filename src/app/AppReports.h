@@ -4,8 +4,8 @@
 
 #include <mutex>
 
-#include "base/FatalErrorReport.h"
-#include "scheduler/SchedulerSources.h"
+#include "base/Process.h"
+#include "scheduler/ReviewArithmetic.h"
 
 // The program's own end when the store fails: a box, a line on standard error, and the process is
 // gone with code 3. On a worker thread it keeps the first text until the main thread asks for it.

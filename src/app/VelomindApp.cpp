@@ -16,6 +16,7 @@
 #include "app/Help.h"
 #include "app/TextCommands.h"
 #include "base/Process.h"
+#include "base/Text.h"
 #include "exchange/ImportJob.h"
 #include "exchange/ImportSource.h"
 #include "list/BrowseFrame.h"
@@ -41,12 +42,6 @@ constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 bool IsAnyWindowShown() {
     return std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
                        [](const wxWindow* window) { return window->IsShown(); });
-}
-
-wxString MakeFullPath(const wxString& path) {
-    wxFileName name(path);
-    name.MakeAbsolute();
-    return name.GetFullPath();
 }
 
 }  // namespace
@@ -127,7 +122,7 @@ bool VelomindApp::OnCmdLineParsed(wxCmdLineParser& parser) {
 }
 
 bool VelomindApp::ImportFile(const wxString& path) {
-    const wxString file = MakeFullPath(path);
+    const wxString file = FullPath(path);
     if (!wxFileName::FileExists(file) || !wxFileName::IsFileReadable(file)) {
         PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
         return false;

@@ -10,7 +10,7 @@
 #include "app/MainWindows.h"
 #include "app/SingleInstance.h"
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/ReviewArithmetic.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
 #include "transfer/CardClipboard.h"
@@ -73,7 +73,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
 
     AppFatalErrorReport mFatalErrorReport;
     AppMaintenancePrompt mMaintenancePrompt;
-    SystemClock mClock;
+    Clock mClock;
     SequenceRandom mRandom;
     Subject mSettingsNotifier;
     SingleInstance mInstance;

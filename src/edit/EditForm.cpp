@@ -34,17 +34,16 @@ enum : int {
     ID_CATEGORY = 10013
 };
 
-// No narrower than this, whatever the texts in it.
+// The least width of a text field, in pixels at 1x.
 constexpr int kTextWidth = 320;
-// Lines of text that a field of several lines shows at least.
+// Lines that a field of several lines shows at least.
 constexpr int kLeastLines = 4;
 
 enum class FieldKind { Lines, Line, Short, Choice };
 
 struct FieldRow {
     int Id;
-    // With the mark of its mnemonic, of which those of the menus and of the buttons are no more
-    // free.
+    // Its mnemonic differs from those of the menus and the buttons, which work in the same window.
     const char* Label;
     FieldKind Kind;
     LabelPlace Place;
@@ -60,7 +59,7 @@ constexpr FieldRow kRows[kCardFieldCount] = {
     {ID_INTRODUCTION_ORDER, wxTRANSLATE("&Introduction Order"), FieldKind::Short,
      LabelPlace::Later}};
 
-// The id of the category of which a row of the choice holds the name.
+// The id of the category whose name a row of the choice shows.
 class RowCategory : public wxClientData {
   public:
     explicit RowCategory(int32_t id) : mId(id) {}
@@ -74,7 +73,8 @@ int32_t GetRowCategory(const wxComboBox& choice, unsigned row) {
     return static_cast<const RowCategory*>(choice.GetClientObject(row))->GetId();
 }
 
-// The toolkit ends a text at a NUL, and shows nothing of one that has no UTF-8 form.
+// Replaces what would break the display: the toolkit ends a text at a NUL, and shows nothing at all
+// of a text with half a surrogate pair.
 wxString MakeShowable(const wxString& text) {
     wxString showable = FromUtf8(ToUtf8(text));
     showable.Replace(wxString(wxUniChar(0)), wxString(wxUniChar(0xFFFD)));
@@ -85,8 +85,8 @@ wxString FormatOrder(int32_t order) {
     return order == kBlankOrder ? wxString() : wxString::Format("%i", order);
 }
 
-// A button of that id created as such has a hidden picture, of which the toolkit complains whenever
-// the form is scrolled.
+// Makes a stock button. The id is set late, since a button created with a stock id has a hidden
+// picture, about which the toolkit complains whenever the form is scrolled.
 wxButton* MakeButton(wxWindow& parent, int id) {
     auto* const button = new wxButton(&parent, wxID_ANY, wxGetStockLabel(id));
     button->SetId(id);
@@ -151,7 +151,7 @@ void EditForm::AddField(wxBoxSizer& column, CardField field) {
     flags.Border(kFieldSides, kFormBorder);
     if (row.Kind != FieldKind::Short) {
         flags.Expand();
-        // Without a least size the longest name of a category would set the width of the form.
+        // Without a minimum the longest category name would set the width of the form.
         const int height = row.Kind == FieldKind::Lines ? kLeastLines * GetCharHeight() : -1;
         added.Control->SetMinSize(wxSize(FromDIP(kTextWidth), height));
     }
@@ -186,7 +186,7 @@ void EditForm::BindFields(wxWindow& parent) {
     }
 }
 
-// Escape is the Cancel button, once an input method had no use for it.
+// Escape presses Cancel. Input methods use Escape too, and only what they leave arrives here.
 void EditForm::OnFieldChar(wxKeyEvent& event) {
     if (event.GetKeyCode() != WXK_ESCAPE || event.HasAnyModifiers()) {
         event.Skip();
@@ -197,7 +197,7 @@ void EditForm::OnFieldChar(wxKeyEvent& event) {
     ProcessWindowEvent(click);
 }
 
-// In the order of the fields.
+// Returns what the fields show of a card, in their order.
 EditForm::Texts EditForm::GetTexts(const FlashCard& card, const wxString& categoryName) {
     return {card.Front,
             card.Back,
@@ -336,7 +336,8 @@ void EditForm::RenameRow(unsigned row, const wxString& name) {
     }
 }
 
-// The toolkit may put the text of a row that it changes into the field.
+// Puts the text of the field back after a change of the rows, which may make the toolkit replace
+// it.
 void EditForm::KeepCategoryText(const wxString& text) {
     if (mpCategory->GetValue() != text) {
         mpCategory->ChangeValue(text);

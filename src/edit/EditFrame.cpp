@@ -12,7 +12,6 @@
 #include <list>
 #include <vector>
 
-#include "edit/CardCollector.h"
 #include "edit/EditForm.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
@@ -27,12 +26,12 @@ namespace {
 
 constexpr int kToolBarId = 10108;
 
-// Commands of the other windows, and one that the OK button stands for.
+// Commands of the other windows, and the one that the OK button does.
 constexpr int kForeignCommands[] = {wxID_OPEN,         ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,  wxID_NEW,
                                     ID_SAVE_CLOSE,     wxID_FIND};
 
-// The name of the person who uses the device.
+// Returns the name of the user, who is the author of new cards.
 wxString GetOwnerName() {
     const wxString name = wxGetUserName();
     return name.empty() ? wxGetUserId() : name;
@@ -102,8 +101,8 @@ void EditFrame::ApplyFont() {
     FitToForm();
 }
 
-// Grows to the size of the form where there is room. It may need much more than the screen has, and
-// scrolls then, so its height is kept to a good part of the screen's.
+// Grows the window to the size of the form. A form that is too tall for the screen scrolls, and the
+// window then takes a good part of the screen's height.
 void EditFrame::FitToForm() {
     constexpr double kPartOfScreen = 0.75;
     wxSize content = mpForm->GetSizer()->GetMinSize();
@@ -173,7 +172,7 @@ void EditFrame::Refresh() {
         if (FindStored(found) < 0) {
             wxLogError("%s", _("Unable to search for card"));
         } else if (found.empty()) {
-            // Deleted elsewhere.
+            // The card was deleted in another window.
             Leave();
             return;
         }
@@ -189,9 +188,9 @@ void EditFrame::Refresh() {
     }
 }
 
-// The store gives no notice of a score, so the card is read again whenever the user comes back to
-// this window. A failure stays silent here: its message would activate the window once more when it
-// closes, and so return for ever. The save tells it.
+// Reads the card again when the user comes back to this window, since a score notifies nobody. A
+// failure is silent, as its message would activate the window again when it closes, and so return
+// for ever. A save tells the failure.
 void EditFrame::FollowStored() {
     std::list<FlashCard> found;
     if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {
@@ -242,7 +241,8 @@ void EditFrame::SaveAndNew() {
     mpForm->FocusFront();
 }
 
-// The frame itself lives on until the next idle moment, the store perhaps not.
+// Lets go of everything at once: the toolkit deletes the frame at the next idle moment, and the
+// store may be gone before that.
 void EditFrame::Leave() {
     if (mHasLeft) {
         return;
@@ -275,7 +275,7 @@ void EditFrame::OnActivate(wxActivateEvent& event) {
     }
 }
 
-// The text fields know these keys too, so they are taken before a field sees them.
+// Takes the keys of the two saves before a text field sees them, which would insert a line break.
 void EditFrame::OnCharHook(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     const bool isEnter = key == WXK_RETURN || key == WXK_NUMPAD_ENTER;

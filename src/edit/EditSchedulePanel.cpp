@@ -13,7 +13,6 @@
 #include <limits>
 #include <tuple>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"
@@ -44,7 +43,7 @@ constexpr const char* kUnits[] = {wxTRANSLATE("second(s)"), wxTRANSLATE("minute(
                                   wxTRANSLATE("year(s)")};
 static_assert(std::size(kUnits) == kIntervalUnitCount);
 
-// From the highest score down.
+// The texts of the scores from 5 to 0.
 constexpr const char* kScores[] = {
     wxTRANSLATE("5 - Pass (no hesitation)"),   wxTRANSLATE("4 - Pass (some hesitation)"),
     wxTRANSLATE("3 - Pass (with difficulty)"), wxTRANSLATE("2 - Pass (not confident)"),
@@ -60,7 +59,7 @@ wxArrayString Translated(const char* const (&texts)[kCount]) {
     return translated;
 }
 
-// A blank text is no number.
+// Reads a number with white space around it. Returns false for a blank text and for any other.
 bool ReadNumber(const wxString& text, double& number) {
     const wxString trimmed = TrimWide(text);
     return !trimmed.empty() && ParseDecimal(trimmed, number);
@@ -76,9 +75,10 @@ bool ReadDifficulty(const wxString& text, uint8_t& difficulty) {
     return true;
 }
 
-// Returns whether a text must stay for the user to be told about it. The platform's control makes a
-// number within its range of any text as soon as it loses the focus: 40 becomes 32, and a blank
-// text 0. Any other number, such as one that an arrow gives, may replace the text.
+// Returns true when a bad text must stay in the control, so that a save can tell the user about it.
+// The platform's control replaces any text by a number within its range as soon as it loses the
+// focus: 40 becomes 32, and a blank text 0. Other numbers, such as those of the arrows, may replace
+// the text.
 bool KeepsText(const wxString& text, double value) {
     uint8_t difficulty = 0;
     double number = 0.0;
@@ -94,7 +94,7 @@ EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxSt
     : wxPanel(parent, id, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, "panel") {
     CreateControls();
     LayOut(title);
-    // The two panels of a form have no heading, so each field tells which one it belongs to.
+    // The tool tips tell the fields of the two panels apart.
     SetToolTip(title);
     for (wxWindow* const child : GetChildren()) {
         child->SetToolTip(title);
@@ -153,7 +153,8 @@ void EditSchedulePanel::LayOut(const wxString& title) {
     SetSizer(column);
 }
 
-// The colour is a copy, so it is taken anew whenever the desktop's colours change.
+// Gives the read-only texts the colour of the panel. The colour is copied, so this runs again when
+// the desktop's colours change.
 void EditSchedulePanel::UsePanelColour() {
     for (wxTextCtrl* const text : {mpLastReview, mpNextReview}) {
         text->SetBackgroundColour(GetBackgroundColour());
@@ -169,7 +170,7 @@ void EditSchedulePanel::Load(const CardSchedule& schedule) {
     mpIntervalUnit->SetSelection(interval.Unit);
     mpDifficulty->SetValue(schedule.Difficulty);
     mpNextReview->ChangeValue(FormatTimeStamp(schedule.NextReview()));
-    // A score that no study gives has no text.
+    // A damaged store may hold a score above 5, which has no text.
     mpLastScore->SetSelection(
         schedule.LastScore <= kHighestScore ? kHighestScore - schedule.LastScore : wxNOT_FOUND);
     mSaved = GetState();

@@ -55,7 +55,7 @@ constexpr int kCategoryListId = 11001;
 constexpr int kSearchId = 11050;
 constexpr int kLineId = 11138;
 constexpr int kDropDownId = 13245;
-// The texts of the field's menu; the last is spare.
+// One id for each recent search in the field's menu. The last one is spare.
 constexpr int kFirstRecentId = 11000;
 constexpr int kLastRecentId = 11005;
 
@@ -66,7 +66,7 @@ constexpr int kSearchCharacters = 30;
 constexpr int kForeignCommands[] = {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU};
 
-// The window with the keyboard focus is the control or stands in it.
+// Returns true when the window with the keyboard focus is the control or stands inside it.
 bool HasFocusIn(const wxWindow& control) {
     const wxWindow* window = wxWindow::FindFocus();
     while (window != nullptr && window != &control) {
@@ -170,7 +170,8 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
     SetAccessibleName(*mpSearchCtrl, _("Search"));
     row.Add(mpSearchCtrl, 5, wxEXPAND);
 
-    // The field answers some of these itself where they reach it first.
+    // Bound to the field and not to this window, because the field handles some of these events and
+    // does not pass them on.
     mpSearchCtrl->Bind(wxEVT_TEXT, &BrowseFrame::OnSearchText, this);
     mpSearchCtrl->Bind(wxEVT_TEXT_ENTER, &BrowseFrame::OnSearchEnter, this);
     mpSearchCtrl->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { ClearSearch(); });
@@ -182,7 +183,7 @@ void BrowseFrame::BindCommands() {
     Bind(wxEVT_CHILD_FOCUS, &BrowseFrame::OnChildFocus, this);
     Bind(wxEVT_CLOSE_WINDOW, &BrowseFrame::OnClose, this);
     Bind(wxEVT_CHAR_HOOK, &BrowseFrame::OnCharHook, this);
-    // The button opens its window itself.
+    // The button opens the drop-down itself; the event must not reach the application.
     Bind(
         wxEVT_BUTTON, [](wxCommandEvent&) {}, kDropDownId);
     Bind(wxEVT_LIST_ITEM_ACTIVATED, &BrowseFrame::OnCategoryChosen, this, kCategoryListId);
@@ -228,7 +229,7 @@ void BrowseFrame::BindListCommands() {
         {[this] { mpCategoryList->DeleteFocused(); },
          [this] { return mpCategoryList->HasFocusedCategory(); }},
         {[this] { mpCardList->DeleteSelected(); }, [this] { return mpCardList->HasTarget(); }});
-    // In the list of categories too: it selects the cards of the chosen one.
+    // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);
 }
@@ -257,7 +258,8 @@ void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
         id);
 }
 
-// Null when the command goes on to whoever is next, such as the text field with the focus.
+// Returns null when neither list has the focus. The command then goes on to the next handler, such
+// as a text field that has the focus.
 const BrowseFrame::ListCommand* BrowseFrame::FindListCommand(const ListCommand& inCategories,
                                                              const ListCommand& inCards) const {
     if (inCategories.Run && AreCategoriesMeant()) {
@@ -266,13 +268,13 @@ const BrowseFrame::ListCommand* BrowseFrame::FindListCommand(const ListCommand& 
     return inCards.Run && HasFocusIn(*mpCardList) ? &inCards : nullptr;
 }
 
-// The button counts as its list: the menu bar, used by the mouse, closes the drop-down first, and
-// the keys are with the button then.
+// The button counts as the list that it opens: a click on the menu bar closes the drop-down first,
+// and the button has the focus by the time that a command is chosen.
 bool BrowseFrame::AreCategoriesMeant() const {
     return HasFocusIn(*mpCategoryList) || HasFocusIn(*mpButton);
 }
 
-// Also once the window comes back to the front, in case it is behind others now.
+// Gives the child the focus now, or when the window comes back to the front if it is behind others.
 void BrowseFrame::GiveKeysTo(wxWindow& child) {
     mpChildFocus = &child;
     child.SetFocus();
@@ -292,7 +294,7 @@ void BrowseFrame::UseFont() {
 
 void BrowseFrame::ShowCategory() {
     const int32_t id = mServices.GetCurrentCategoryId(*mpDatabase);
-    // A name may hold the mark of a mnemonic.
+    // SetLabelText, because a name may contain "&", which marks a mnemonic in a label.
     mpButton->SetLabelText(ShownName(GetCategoryName(*mpDatabase, id)));
     Layout();
 }
@@ -324,7 +326,7 @@ void BrowseFrame::ClearSearch() {
     mpCardList->SetSearch(wxString());
 }
 
-// The window itself ends a while after its closing, and the store may be gone by then.
+// Called when the window closes: the object is destroyed later, when the store may be gone.
 void BrowseFrame::LetGoOfStore() {
     mSettingsAttachment.Detach();
     mStoreAttachment.Detach();
@@ -341,7 +343,8 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
     }
 }
 
-// While the window is hidden or behind others the toolkit gives the focus away as it likes.
+// Remembers the focus only while this window is active. While it is hidden or behind others, the
+// toolkit moves the focus without the user.
 void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
     event.Skip();
     if (IsActive() && wxGetTopLevelParent(event.GetWindow()) == this) {
@@ -351,7 +354,7 @@ void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
 
 void BrowseFrame::OnClose(wxCloseEvent& event) {
     event.Skip();
-    // The application looks for windows that are still open.
+    // A pop-up that stays open counts as a window and would keep the program running.
     mpButton->GetPopup()->Hide();
     SaveWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
     WriteStringSetting(kSettingLastWindow, "Browse");
@@ -359,13 +362,13 @@ void BrowseFrame::OnClose(wxCloseEvent& event) {
     mServices.FrameClosed(*this);
 }
 
-// The field's own keys: down to the cards, Alt and down for the last searches, Escape to clear the
-// search or, with nothing to clear, to leave.
+// Handles the keys of the search field: Down goes to the cards, Alt+Down opens the recent searches,
+// and Escape clears the search or, when there is none, leaves the field.
 void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     if ((key == 'I' || key == 'i') && event.GetModifiers() == wxMOD_CONTROL) {
-        // Its character is that of Tab, which the list would take as a step to the next control.
-        // The key has its small letter in the locales that write a dotted capital I.
+        // Ctrl+I has the character code of Tab, which the list would take as a step to the next
+        // control. In locales with a dotted capital I the key arrives as a small letter.
         ProcessCommand(ID_IMPORT);
         return;
     }

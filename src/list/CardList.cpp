@@ -28,13 +28,12 @@ constexpr int kNoCard = -1;
 struct Column {
     const char* Heading;
     int DefaultWidth;
-    // SQL text behind ORDER BY.
-    const char* Order;
+    CardColumn Order;
 };
 
-constexpr Column kColumns[] = {{wxTRANSLATE("#"), 30, "IntroductionOrder"},
-                               {wxTRANSLATE("Front"), 90, "Front"},
-                               {wxTRANSLATE("Back"), 90, "Back"}};
+constexpr Column kColumns[] = {{wxTRANSLATE("#"), 30, CardColumn::kIntroductionOrder},
+                               {wxTRANSLATE("Front"), 90, CardColumn::kFront},
+                               {wxTRANSLATE("Back"), 90, CardColumn::kBack}};
 constexpr int kColumnCount = static_cast<int>(std::size(kColumns));
 
 struct ColumnMenuRow {
@@ -70,7 +69,7 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
       mServices(services),
       mpListCtrl(new CardListCtrl(*this)) {
     UseFont();
-    // The widths are meant for the usual font; a larger one has wider columns.
+    // The default widths suit the desktop's font and grow with a larger one.
     const int usualLine = GetCharHeight();
     const int line = std::max(usualLine, mpListCtrl->GetCharHeight());
     int widths[kColumnCount];
@@ -159,7 +158,7 @@ void CardList::RefreshRows() {
     mRowIds.clear();
     mRowIds.reserve(static_cast<size_t>(mStoreCount));
     SelectRowIds();
-    // The same rows keep what is selected and focused of them.
+    // When the rows are the same, so are their selection and focus.
     if (mRowIds != former) {
         ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
     }
@@ -170,7 +169,7 @@ void CardList::RefreshRows() {
 void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow) {
     const auto count = static_cast<long>(mRowIds.size());
     if (focusedRow >= count) {
-        // The control goes on with a row that is not there otherwise.
+        // Otherwise the control goes on to use a focused row that no longer exists.
         mpListCtrl->SetFocusedRow(-1);
     }
     mpListCtrl->SetItemCount(count);
@@ -179,9 +178,9 @@ void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long foc
 }
 
 void CardList::SelectRowIds() {
-    const wxString order = kColumns[mSortColumn].Order;
+    const CardColumn order = kColumns[mSortColumn].Order;
     if (!mSearch.empty()) {
-        // The store reports what fails.
+        // The store itself reports a failure.
         if (mShowCategory) {
             mpDatabase->SearchRowIdsOrder(mCategoryId, mSearch, order, mRowIds);
         } else {
@@ -203,7 +202,7 @@ void CardList::ShowOtherCards() {
         return;
     }
     if (GetFocusedRowId() != focused) {
-        // The card is not among them, and its former place would mean nothing.
+        // The focused card is not among the new rows.
         mpListCtrl->SetFocusedRow(0);
     }
     mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
@@ -342,13 +341,13 @@ void CardList::DeleteSelected() {
         return;
     }
     for (const long row : rows) {
-        // The store reports a failure; the other cards go all the same.
+        // The store itself reports a failure; the other cards are deleted all the same.
         mpDatabase->CardDeleteByRowId(mRowIds[static_cast<size_t>(row)]);
     }
     mpListCtrl->SelectEveryRow(false);
     mpListCtrl->SetFocusedRow(-1);
     mpDatabase->Notify();
-    // So that the keys go on where the cards were.
+    // The keys go on where the deleted cards were.
     RestoreFocus(kNoCard, rows.front());
     if (mpListCtrl->GetFocusedRow() >= 0) {
         mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());

@@ -9,13 +9,25 @@
 #include "list/CardList.h"
 #include "shell/Toolkit.h"
 
+// Focus and selection. A person who works by the keys needs three promises that the base class does
+// not keep:
+//
+// 1. While there are rows, one of them is focused, so that every key has a card to act on. The base
+//    class starts with no focused row, and after a refresh it may keep one that is gone.
+// 2. Commands act on the selected cards, or on the focused card when none is selected.
+// 3. Shift extends the selection from the focused row. The base class extends it from a row of its
+//    own, the anchor, which only the user's keys and clicks move. After a refresh that row shows
+//    another card: with the focus restored to row 7 and an anchor left at row 2, Shift+Down would
+//    select rows 2 to 8. So a focus that the program sets marks the anchor as stale (mIsAnchored),
+//    and the next key or click with Shift first moves the anchor (AnchorFocusedRow).
+
 const FlashCard* CardRowCache::Find(int32_t row) const {
     const auto found = mCards.find(row);
     return found == mCards.end() ? nullptr : &found->second;
 }
 
 void CardRowCache::Trim(int32_t top, int32_t page) {
-    // The last row at or above the page before stays.
+    // The last row at or above the beginning of the previous page stays.
     auto first = mCards.upper_bound(top - page);
     if (first != mCards.begin()) {
         mCards.erase(mCards.begin(), --first);
@@ -32,14 +44,14 @@ namespace {
 constexpr int kNoticeId = 10000;
 constexpr int kNoticePlace = 30;
 constexpr int kNoticeWidth = 180;
-// The control cuts a longer text by the widths of its single characters, which takes long and puts
-// the dots onto the text where letters join or are narrower together.
+// The base class cuts a longer text by adding up the widths of its single characters. That is slow,
+// and it draws the dots over the text where letters join or kern.
 constexpr size_t kShortText = 40;
-// Letters before this one are those of European languages, with no marks to join.
+// The first combining mark. All characters before it stand alone.
 constexpr wxUniChar::value_type kFirstJoining = 0x300;
-// What the control leaves free of the width of a column.
+// The part of a column's width in which the base class draws no text, in pixels.
 constexpr int kCellMargins = 8;
-// Kept free beside the widest text of a column that fits itself to its texts.
+// Space beside the widest text of a column that was fitted to its texts.
 constexpr int kSpareWidth = 4;
 constexpr int kNarrowest = 30;
 
@@ -92,8 +104,8 @@ void CardListCtrl::FocusSomeRow() {
 
 std::vector<long> CardListCtrl::GetSelectedRows() const {
     const auto count = static_cast<size_t>(GetSelectedItemCount());
-    // The control looks through all selected rows each time that it is asked for one. Most
-    // selections are a run of rows around the focused one, which takes the fewest questions.
+    // Each question for the next selected row takes the base class a pass over all selected rows.
+    // Most selections are one run of rows around the focused row, so that run is tried first.
     const auto isSelected = [this](long row) {
         return row >= 0 && row < GetItemCount() && GetItemState(row, wxLIST_STATE_SELECTED) != 0;
     };
@@ -122,10 +134,10 @@ std::vector<long> CardListCtrl::GetSelectedRows() const {
 }
 
 void CardListCtrl::SetSelectedRows(const std::vector<long>& rows) {
-    // Nobody listens, and an event for each row would take longer than all the rest.
+    // Nobody listens to these events, and one for each row would take longer than all the rest.
     wxEventBlocker quiet(this, wxEVT_LIST_ITEM_SELECTED);
     quiet.Block(wxEVT_LIST_ITEM_DESELECTED);
-    // All rows in one call, then those that differ, whichever way they are fewer.
+    // Sets all rows to the more frequent state in one call, then the others one by one.
     const long count = GetItemCount();
     const bool most = rows.size() > static_cast<size_t>(count) / 2;
     SelectEveryRow(most);
@@ -146,8 +158,8 @@ void CardListCtrl::SetSelectedRows(const std::vector<long>& rows) {
 }
 
 void CardListCtrl::SelectEveryRow(bool select) {
-    // The control keeps the rows that are in the rarer state, and forgets all of them at once only
-    // when the state of all rows turns over.
+    // The base class lists the rows that are in the rarer state. It drops that list in one step
+    // only when the state of all rows turns over, hence the two calls.
     if (GetItemCount() > 0) {
         SetItemState(-1, select ? 0 : wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
         SetItemState(-1, select ? wxLIST_STATE_SELECTED : 0, wxLIST_STATE_SELECTED);
@@ -165,8 +177,8 @@ bool CardListCtrl::SetColumnWidth(int column, int width) {
     if (width != wxLIST_AUTOSIZE && width != wxLIST_AUTOSIZE_USEHEADER) {
         return wxListCtrl::SetColumnWidth(column, width);
     }
-    // The first click of a double click has begun to drag the edge. The headings put off the width
-    // of a drag until they are idle, and would put the old width over the new one then.
+    // The first click of a double click begins to drag the edge. The headings apply the width of a
+    // drag when they are idle, which would replace the new width by the old one.
     if (wxWindow* const headings = FindHeadings()) {
         headings->OnInternalIdle();
     }
@@ -183,7 +195,7 @@ wxWindow* CardListCtrl::FindHeadings() {
     return nullptr;
 }
 
-// The control's own measure would take the texts as they were cut for the present width.
+// The base class would measure the texts as they were cut for the present width.
 int CardListCtrl::MeasureColumn(int column) {
     wxListItem heading;
     heading.SetMask(wxLIST_MASK_TEXT);
@@ -215,7 +227,7 @@ void CardListCtrl::OnItemFocused(wxListEvent& event) {
 }
 
 void CardListCtrl::TellFocusedRow() {
-    // The row is about to be drawn, but for one that a refresh brings to an unseen place.
+    // This reads the card, which is cheap: nearly always the row is about to be drawn anyway.
     wxString row;
     if (mLastFocused >= 0 && GetRowsWindow(*this).HasFocus()) {
         row = mOwner.GetCellText(mLastFocused, 1) + "\n" + mOwner.GetCellText(mLastFocused, 2);
@@ -225,16 +237,17 @@ void CardListCtrl::TellFocusedRow() {
 
 void CardListCtrl::OnRowsFocused(wxFocusEvent& event) {
     event.Skip();
-    // The control would frame the first row without a word and act on it in part only.
+    // The base class would draw the focus around the first row without focusing it.
     FocusSomeRow();
     TellFocusedRow();
-    // The scrolling of the rows keeps the toolkit's own notice from the windows around.
+    // The window of the rows scrolls, and the toolkit does not pass the focus notice of such a
+    // window on to its parents.
     wxChildFocusEvent notice(this);
     ProcessWindowEvent(notice);
 }
 
-// Makes the focused row the one from which Shift extends the selection. The control does so where a
-// key steps onto a row, which deselects the others for the moment.
+// Makes the focused row the anchor. The base class offers no way but a key that steps onto the row,
+// so one is sent from the row above; it deselects the other rows, which are selected again after.
 void CardListCtrl::AnchorFocusedRow() {
     const long row = GetFocusedRow();
     if (row < 0) {
@@ -280,7 +293,7 @@ void CardListCtrl::OnCharacter(wxKeyEvent& event) {
             break;
         case WXK_RETURN:
         case WXK_NUMPAD_ENTER:
-            // The control itself opens no row that is focused and not selected.
+            // The base class opens no row that is focused but not selected.
             if (event.HasModifiers() || GetFocusedRow() < 0) {
                 event.Skip();
             } else {
@@ -291,7 +304,7 @@ void CardListCtrl::OnCharacter(wxKeyEvent& event) {
             }
             break;
         default: {
-            // The control would look for the first row that begins with the character, reading
+            // The base class would look for the first row that begins with the character and read
             // every card of the store on the way.
             const bool isText =
                 event.GetUnicodeKey() > WXK_SPACE && event.GetKeyCode() != WXK_DELETE;
@@ -309,7 +322,8 @@ void CardListCtrl::OnIdle(wxIdleEvent& event) {
     KeepHeadingsInPlace();
 }
 
-// The control draws the headings before it scrolls the rows, so they would stand a step behind.
+// Draws the headings again after the rows have scrolled. The base class draws them before, so they
+// would stay one step behind.
 void CardListCtrl::KeepHeadingsInPlace() {
     std::vector<int> places{0};
     CalcUnscrolledPosition(0, 0, &places.front(), nullptr);

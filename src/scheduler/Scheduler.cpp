@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 #include "scheduler/ReviewArithmetic.h"
 
 void CardHistory::Add(const HistoryEntry& entry) {
@@ -136,7 +136,7 @@ void Scheduler::ScoreCard(int score) {
     RenumberCard(mDatabase, mOptions.CategoryId, mCurrentCard, mCurrentDirection,
                  mSources.Maintenance, mSources.Random);
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
-    // A failed step has ended the program already.
+    // A failure in the store ends the program, so the result needs no look.
     mDatabase.UpdateFlashCard(mCurrentCard);
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {
@@ -153,7 +153,7 @@ void Scheduler::KeepOrRestoreSchedule(int score) {
         mHistory.Add({mCurrentCard.CardId, schedule, mCurrentDirection});
         return;
     }
-    // Deleted cards can leave another card's entry at the position, so the identity counts.
+    // After a deletion the position may hold another card's entry, so it is found by identity.
     const HistoryEntry* const entry = mHistory.Find(mCurrentCard.CardId);
     if (entry != nullptr && score != schedule.LastScore) {
         ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
@@ -185,7 +185,7 @@ void Scheduler::LoadCurrentCard() {
             SelectLiveCard();
             return;
         }
-        // The entry is stale, or the position has come to lie past the end.
+        // The card is gone or excluded, or the position is past the end.
         if (IsInHistory()) {
             mHistory.EraseAt(mHistoryPosition);
         }
@@ -213,7 +213,7 @@ void Scheduler::SelectLiveCard() {
     }
 }
 
-// The other fields stay as they were: whoever shows a card looks at the flags first.
+// The other fields keep their values: a window looks at the flags before it shows a card.
 void Scheduler::ShowPlaceholder(const wxString& word) {
     mCurrentCard.CardId = CardUuid();
     mCurrentCard.Front = word;
@@ -226,7 +226,8 @@ bool Scheduler::IsExcluded(const FlashCard& card) const {
 }
 
 void Scheduler::PurgeHistory() {
-    // The counter runs over all entries that there were; it is not corrected after an erase.
+    // The counter counts the entries from before any was erased, and is compared with a position
+    // that has been corrected already.
     int index = 0;
     for (int counter = 0; index < GetHistoryCount(); ++counter) {
         int32_t count = 0;

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "store/Subject.h"
 
 class Database;

@@ -21,7 +21,7 @@
 #include <system_error>
 #include <vector>
 
-#include "base/Numbers.h"
+#include "base/Text.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Toolkit.h"
 #include "shell/WindowPlace.h"

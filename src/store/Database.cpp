@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 #include "base/Unicode.h"
 
 Database::Database(FatalErrorReport& report)

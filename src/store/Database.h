@@ -11,7 +11,7 @@
 #include <mutex>
 #include <vector>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "store/FlashCard.h"
 #include "store/Statement.h"
 #include "store/StoreUpgrade.h"
@@ -30,6 +30,34 @@ class ReadyRow {
     const StatementRun& mRun;
     bool mReverse;
 };
+
+// What a list of cards can be sorted by: a column of the card, or the name of its category.
+enum class CardColumn : uint8_t {
+    kIntroductionOrder,
+    kFront,
+    kBack,
+    // The category's id, and the introduction order inside each category.
+    kCategory,
+    kCategoryName,
+    kAuthor,
+    kChapter,
+    kForwardX,
+    kReverseX,
+    kNotes,
+    kNextReview,
+    kReviewInterval,
+    kRNextReview,
+    kRReviewInterval
+};
+
+// The order of a list of cards, smallest first unless it is descending.
+struct CardOrder {
+    CardOrder(CardColumn column, bool descending = false)
+        : Column(column), Descending(descending) {}
+    CardColumn Column;
+    bool Descending;
+};
+
 class CardRow;
 using CardRowVisitor = std::function<void(const CardRow&)>;
 using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
@@ -125,16 +153,14 @@ class Database : public Subject {
     // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
 
-    // Row ids for a list view, in the order of any ORDER BY list, appended to rowIds. Each order is
-    // a statement of its own, prepared once. A search text is a LIKE pattern that is not escaped;
+    // Row ids for a list view, appended to rowIds. Each order is a statement of its own, prepared
+    // once. A search text is a LIKE pattern that is not escaped;
     // one longer than the engine's limit (50,000 bytes) finds nothing.
-    int CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds);
-    int CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
-                              std::vector<int64_t>& rowIds);
+    int CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds);
+    int CardSelectRowIdsOrder(int32_t categoryId, CardOrder order, std::vector<int64_t>& rowIds);
     int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
-    int SearchRowIdsOrder(const wxString& text, const wxString& order,
-                          std::vector<int64_t>& rowIds);
-    int SearchRowIdsOrder(int32_t categoryId, const wxString& text, const wxString& order,
+    int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
+    int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
                           std::vector<int64_t>& rowIds);
 
     // Categories.
@@ -230,7 +256,7 @@ class Database : public Subject {
                    const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
-    sqlite3_stmt* OrderedStatement(const wxString& selection, const wxString& order);
+    sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.
     void KeepError();
 

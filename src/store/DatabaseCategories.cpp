@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "base/Numbers.h"
+#include "base/Text.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
 

@@ -1,6 +1,7 @@
 // Row ids for list views, whole or searched, in any order.
 
 #include <algorithm>
+#include <iterator>
 
 #include "base/Text.h"
 #include "base/Unicode.h"
@@ -12,6 +13,38 @@ namespace {
 constexpr char kSearchColumns[] =
     "LOWER(Front) LIKE ? OR LOWER(Back) LIKE ? OR LOWER(Author) LIKE ? OR LOWER(Chapter) LIKE ?"
     " OR LOWER(Notes) LIKE ?";
+
+struct OrderText {
+    CardColumn Column;
+    const char* Expression;
+    // What sorts cards of the same value.
+    const char* Tail;
+};
+
+constexpr OrderText kOrders[] = {
+    {CardColumn::kIntroductionOrder, "IntroductionOrder", ""},
+    {CardColumn::kFront, "Front", ""},
+    {CardColumn::kBack, "Back", ""},
+    {CardColumn::kCategory, "CategoryId", ",IntroductionOrder"},
+    {CardColumn::kCategoryName, "(SELECT Name FROM Categories WHERE Id=CategoryId)", ""},
+    {CardColumn::kAuthor, "Author", ""},
+    {CardColumn::kChapter, "Chapter", ""},
+    {CardColumn::kForwardX, "ForwardX", ""},
+    {CardColumn::kReverseX, "ReverseX", ""},
+    {CardColumn::kNotes, "Notes", ""},
+    {CardColumn::kNextReview, "NextReview", ""},
+    {CardColumn::kReviewInterval, "ReviewInterval", ""},
+    {CardColumn::kRNextReview, "RNextReview", ""},
+    {CardColumn::kRReviewInterval, "RReviewInterval", ""},
+};
+
+wxString FormatOrder(CardOrder order) {
+    const auto* const found =
+        std::find_if(std::begin(kOrders), std::end(kOrders),
+                     [&](const OrderText& text) { return text.Column == order.Column; });
+    return wxString(" ORDER BY ") + found->Expression + (order.Descending ? " DESC" : "") +
+           found->Tail + ";";
+}
 
 wxString SearchPattern(const wxString& text) {
     return "%" + LowerWide(text) + "%";
@@ -35,17 +68,17 @@ bool Database::IsPatternTooLong(const wxString& pattern) const {
     return ToUtf8(pattern).length() > static_cast<size_t>(limit);
 }
 
-sqlite3_stmt* Database::OrderedStatement(const wxString& selection, const wxString& order) {
-    return IsOpen() ? GetStatement(selection + " ORDER BY " + order + ";") : nullptr;
+sqlite3_stmt* Database::OrderedStatement(const wxString& selection, CardOrder order) {
+    return IsOpen() ? GetStatement(selection + FormatOrder(order)) : nullptr;
 }
 
-int Database::CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds) {
+int Database::CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards", order));
     return ReadInt64Rows(run, rowIds);
 }
 
-int Database::CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
+int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
                                     std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     StatementRun run(*this,
@@ -69,7 +102,7 @@ void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
     }
 }
 
-int Database::SearchRowIdsOrder(const wxString& text, const wxString& order,
+int Database::SearchRowIdsOrder(const wxString& text, CardOrder order,
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     const wxString selection = wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns;
@@ -84,7 +117,7 @@ int Database::SearchRowIdsOrder(const wxString& text, const wxString& order,
     return ReadInt64Rows(run, rowIds);
 }
 
-int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, const wxString& order,
+int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     const wxString selection =

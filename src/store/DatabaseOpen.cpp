@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "base/FileDescriptor.h"
-#include "base/Numbers.h"
+#include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"

@@ -16,6 +16,7 @@
 #include <wx/utils.h>
 
 #include "base/Process.h"
+#include "base/Text.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
@@ -63,9 +64,7 @@ wxString MakePathFull(const wxString& path) {
     if (path.empty() || path.StartsWith("file:")) {
         return path;
     }
-    wxFileName name(path);
-    name.MakeAbsolute();
-    return name.GetFullPath();
+    return FullPath(path);
 }
 
 // Asks what to open in place of a path that failed. False when the person gives up.

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <wx/filename.h>
 
 #include <algorithm>
 #include <array>
@@ -15,6 +14,7 @@
 #include <string>
 
 #include "base/FileDescriptor.h"
+#include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/Database.h"
 
@@ -314,9 +314,7 @@ wxString MakeStorePathFull(const wxString& path) {
     if (!NamesAFile(path)) {
         return path;
     }
-    wxFileName name(path);
-    name.MakeAbsolute();
-    return name.GetFullPath();
+    return FullPath(path);
 }
 
 bool IsSameFile(const wxString& path, const wxString& other) {

@@ -18,11 +18,11 @@ constexpr int kPanelId = 10102;
 constexpr int kTotalId = 10008;
 constexpr int kBorder = 5;
 constexpr int kScrollStep = 10;
-// With fewer cards there is nothing whose category one would want to be told.
+// With fewer cards the name of the category tells nothing.
 constexpr int32_t kCardsThatShowCategory = 2;
 
-// A number keeps the size of its first text, so that the labels beside stand still. One of more
-// digits is cut, and shows that it is.
+// A number keeps the width of its first text, so that the labels beside it do not move. A number
+// with more digits is cut with an ellipsis, and its tip shows all of it.
 wxStaticText* MakeNumber(wxWindow* parent, int id, const wxString& firstText) {
     return new wxStaticText(parent, id, firstText, wxDefaultPosition, wxDefaultSize,
                             wxST_NO_AUTORESIZE | wxALIGN_RIGHT | wxST_ELLIPSIZE_END);
@@ -52,7 +52,7 @@ LearningProgress::LearningProgress(Database& database, const Clock& clock, int32
     mpLayout->Show(mpCategoryText, mShowCategory);
     ShowCounts(database, clock);
 
-    // A scrolled window asks for no room by itself.
+    // A scrolled window has no size of its own to ask for.
     wxWindow* const panel = mpLayout->GetContainingWindow();
     panel->SetMinSize(mpLayout->CalcMin());
     GetSizer()->Fit(this);
@@ -117,7 +117,7 @@ void LearningProgress::CreateBox(wxScrolledWindow& panel, const wxString& label,
     texts.Excluded = addRow(ids.Excluded, _("excluded from review"));
 }
 
-// A count that fails stays 0: there is nothing better to show.
+// A count that fails stays 0, as there is nothing better to show.
 void LearningProgress::ShowCounts(Database& database, const Clock& clock) {
     int32_t total = 0;
     database.SelectCategoryIdCount(mCategoryId, total);

@@ -7,14 +7,16 @@
 
 // What keys and the mouse do to the control, and what it tells its parent.
 //
-// A held key repeats: it goes down again and again, and the toolkit's own mark of a repeat is not
-// set on every platform. So the control keeps the keys that are down. When the keys come back from
-// a menu, a question or another program it asks the platform which ones are down, since nobody here
-// has seen those.
+// A held key repeats: the toolkit reports it as going down again and again, and does not mark the
+// repeats on every platform. So the control remembers which keys are down, and only a key that was
+// up starts a press. Example: Space is held down and shows the back; its repeats must not score.
+//
+// When the keys come back from a menu, a dialog or another program, the control has not seen which
+// ones went down meanwhile, and asks the platform (ResumeKeys).
 
 namespace {
 
-// All that may start a press.
+// The keys that may start a press.
 constexpr int kPressingKeys[] = {WXK_RETURN,
                                  WXK_SPACE,
                                  WXK_LEFT,
@@ -34,10 +36,10 @@ constexpr int kPressingKeys[] = {WXK_RETURN,
                                  WXK_NUMPAD4,
                                  WXK_NUMPAD5};
 
-// Milliseconds that a release may be late before its press counts as lost.
+// Milliseconds after which a press without a release counts as lost.
 constexpr long kLatestRelease = 1000;
 
-// The score that a key stands for, or -1.
+// Returns the score that a key stands for, or -1.
 int32_t DigitOf(const wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     if (key >= '0' && key <= '5') {
@@ -47,8 +49,8 @@ int32_t DigitOf(const wxKeyEvent& event) {
         return key - WXK_NUMPAD0;
     }
 #ifdef __WXGTK__
-    // A French keyboard types digits with Shift. The key code names such a key by its other
-    // character; the raw code is the digit.
+    // A French keyboard types digits with Shift. The key code is then that of the other character
+    // on the key; the raw code is the digit.
     const auto raw = static_cast<int>(event.GetRawKeyCode());
     if (raw >= '0' && raw <= '5') {
         return raw - '0';
@@ -61,7 +63,7 @@ int32_t DigitOf(const wxKeyEvent& event) {
 
 std::optional<bool> QuickScore::IsKeyDown(int key) const {
 #ifdef __WXGTK__
-    // Other display servers tell of the modifiers only.
+    // Other display servers tell only about modifier keys.
     if (wxGetDisplayInfo().type != wxDisplayX11) {
         return std::nullopt;
     }
@@ -87,7 +89,7 @@ void QuickScore::ResumeKeys() {
         DropPress();
     }
     mDownKeys.clear();
-    // Where the platform does not tell, the repeats of a key end with the window that had it.
+    // Where the platform does not tell, repeats do not cross from one window to another anyway.
     for (const int key : kPressingKeys) {
         if (IsKeyDown(key).value_or(false)) {
             mDownKeys.insert(key);
@@ -102,7 +104,7 @@ void QuickScore::ForgetLostKeys(int present) {
     for (auto key = mDownKeys.begin(); key != mDownKeys.end();) {
         key = isLost(*key) ? mDownKeys.erase(key) : std::next(key);
     }
-    // A release that is only late, as on a busy machine, still counts.
+    // On a busy machine a release may just be late, and still counts.
     if (mHeldKey != -1 && mHeldSince.Time() > kLatestRelease && isLost(mHeldKey)) {
         DropPress();
     }
@@ -132,11 +134,11 @@ void QuickScore::PressDigit(int32_t key, int32_t digit) {
 }
 
 void QuickScore::ChooseHeldItem() {
-    // The Left of the number pad goes forward.
+    // Left on the number pad counts as forward; only the main Left key goes backward.
     const int direction = mHeldKey == WXK_LEFT ? wxID_BACKWARD : wxID_FORWARD;
     mHeldKey = -1;
     ClearPressed();
-    // The cursor may have moved on since.
+    // The cursor may have moved since the press.
     MoveCursor(mHeldItem, true);
     Activate(mHeldItem, direction);
 }
@@ -158,7 +160,7 @@ void QuickScore::Navigate(bool forward) {
     GetParent()->GetEventHandler()->ProcessEvent(event);
 }
 
-// Keys of others go on to them, above all those of the menus.
+// Keys that the control has no use for are passed on, above all those of the menus.
 void QuickScore::OnKeyDown(wxKeyEvent& event) {
     const bool isOfMenus = event.HasModifiers() || event.MetaDown();
     const int32_t digit = DigitOf(event);
@@ -172,7 +174,7 @@ void QuickScore::OnKeyDown(wxKeyEvent& event) {
     }
 }
 
-// The cursor and the history are moved by repeats too.
+// Repeats of a held key move the cursor and walk through the history, but never start a press.
 bool QuickScore::HandleKey(int key, bool shift, bool mayPress) {
     const auto last = static_cast<int32_t>(GetCount()) - 1;
     switch (key) {
@@ -249,7 +251,7 @@ void QuickScore::OnLeaveWindow(wxMouseEvent& event) {
 bool QuickScore::HoldByMouse(int32_t button) {
     SetFocus();
     if (mHeldButton == button) {
-        // Its release went to someone else.
+        // The release of the last press went elsewhere.
         DropPress();
     }
     ForgetLostKeys(-1);
@@ -290,7 +292,8 @@ void QuickScore::OnMiddleUp(wxMouseEvent& event) {
         return;
     }
     DropPress();
-    // The wheel has moved the cursor: it counts, and the pointer only says yes.
+    // The wheel chooses the item while the button is held, so the cursor counts and not the item
+    // below the pointer.
     if (ItemAt(event.GetPosition()) != -1) {
         Activate(mCursor, wxID_FORWARD);
     }
@@ -306,7 +309,7 @@ void QuickScore::PressUnder(const wxPoint& point) {
 
 void QuickScore::OnDrag(wxMouseEvent& event) {
     if (mHeldButton != 0 && !event.ButtonIsDown(static_cast<wxMouseButton>(mHeldButton))) {
-        // It went up unseen.
+        // The button was released where we did not see it.
         DropPress();
     } else if (mHeldButton == wxMOUSE_BTN_LEFT && HasCapture()) {
         PressUnder(event.GetPosition());

@@ -10,8 +10,8 @@
 
 #include <list>
 
+#include "base/Process.h"
 #include "base/Text.h"
-#include "base/Trace.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -20,13 +20,11 @@
 #include "shell/Toolkit.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
-#include "study/RescoreMessageBox.h"
 #include "study/StudyTexts.h"
 
 namespace {
 
 constexpr int kQuickScoreId = 10006;
-constexpr int kRescoreId = 10052;
 constexpr int kStatusBarId = 10099;
 // The tool bar and the viewer share it.
 constexpr int kPanelId = 12000;
@@ -35,9 +33,9 @@ constexpr int kHighestScore = kScoreCount - 1;
 constexpr int kStartScore = 3;
 
 constexpr int kMessageWidth = 230;
-// Lines of text that both sides of a card together have room for, in any font.
+// Lines of text, in any font, that both sides of a card together always have room for.
 constexpr int kLeastLines = 4;
-// Characters of a side that a screen reader is told, two hours of speech.
+// Characters of a side that are told to a screen reader, about two hours of speech.
 constexpr size_t kMostSpoken = 100000;
 constexpr int kNormalMargin = 1;
 constexpr int kCompactMargin = 3;
@@ -47,7 +45,7 @@ const char* const kSettingsName = "Velomind";
 // In less room the words on the scores would be cut, or no line of a card be seen.
 const wxSize kSmallestSize(240, 320);
 
-// A window that is not to be seen would take the focus and lose the keys.
+// A hidden window would take the focus and lose the keys.
 void GiveFocus(wxWindow& window) {
     if (window.IsShownOnScreen()) {
         window.SetFocus();
@@ -132,14 +130,14 @@ void StudyFrame::CreateContent() {
     mpCardViewer = new CardViewer(this, kPanelId, wxDefaultPosition, wxDefaultSize,
                                   wxBORDER_NONE | wxHSCROLL | wxVSCROLL, "panel");
     mpCardViewer->SetScrollRate(0, 1);
-    // It has no use for keys, and does not show that it has them.
+    // It has no use for keys and would not show that it has the focus.
     mpCardViewer->SetCanFocus(false);
     mpCardSizer->Add(mpCardViewer, wxSizerFlags(1).Expand());
 
     mpQuickScore = new QuickScore(this, kQuickScoreId, wxDefaultPosition, wxSize(100, 100),
                                   wxBORDER_NONE | wxWANTS_CHARS, "panel");
     mpCardSizer->Add(mpQuickScore, wxSizerFlags().Right().Border(wxALL, 1));
-    // The keys are always here, the menu that they ask for is the card's.
+    // The menu key arrives here, where the focus is, but the menu belongs to the card.
     mpQuickScore->Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent& event) {
         if (event.GetPosition() == wxDefaultPosition) {
             mpCardViewer->ProcessWindowEvent(event);
@@ -150,7 +148,7 @@ void StudyFrame::CreateContent() {
     mpMessageText =
         new wxStaticText(mpMessagePanel, wxID_STATIC, _("Static text"), wxDefaultPosition,
                          wxDefaultSize, wxALIGN_CENTRE, "staticText");
-    // A text stands at the top of its own area, so the middle is found by the room around it.
+    // A static text draws at the top of its area, so spacers above and below centre it.
     auto* const messageSizer = new wxBoxSizer(wxVERTICAL);
     messageSizer->AddStretchSpacer();
     messageSizer->Add(mpMessageText, wxSizerFlags().Expand().Border(wxALL, 5));
@@ -166,7 +164,7 @@ void StudyFrame::CreateContent() {
 }
 
 void StudyFrame::RestoreLayout() {
-    // Only the layout in which the viewer starts anyway is acted upon: every start opens in it.
+    // A stored "horizontal" is not restored: every start opens in the vertical layout.
     if (LowerWide(ReadStringSetting(kSettingCardLayout)) == "vertical") {
         SetCardLayout(wxVERTICAL);
     }
@@ -179,7 +177,7 @@ void StudyFrame::RebuildCover() {
 }
 
 bool StudyFrame::Show(bool show) {
-    // Without this the platform would choose the first tool.
+    // Without a focus the platform would choose the first tool of the tool bar.
     if (show && !IsShown() && mpChildFocus->IsShown()) {
         mpChildFocus->SetFocus();
     }
@@ -286,7 +284,7 @@ void StudyFrame::UpdateMessage() {
     SetAccessibleName(*mpMessagePanel, message);
     SetAccessibleRole(*mpMessagePanel, AccessibleRole::Label);
     mpMessagePanel->Layout();
-    // Nothing is known of cards that are not there.
+    // Without a card there is no step and no count to tell.
     mpStatusBar->SetStatusText(wxString(), kStepField);
     SetReadyText(wxString());
     mServices.SetStudyMessage(message);
@@ -309,7 +307,7 @@ void StudyFrame::UpdateScoreLabels() {
 void StudyFrame::UpdateScorePosition() {
     if (IsRecent()) {
         const int recorded = kHighestScore - mpScheduler->GetShownScore();
-        // A card that was never scored in this direction has no position.
+        // A card that was never scored in this direction has no recorded score.
         const int position = recorded < kScoreCount ? recorded : wxNOT_FOUND;
         mpQuickScore->SetSelection(position);
         mpQuickScore->SetMark(position);
@@ -351,7 +349,7 @@ void StudyFrame::UpdateSides(const FlashCard& card) {
         mpCardViewer->SetSecondText(wxString());
         mpCardViewer->SetSecondCover(mCoverBitmap);
     }
-    // The cover does not paint itself.
+    // Setting the cover does not repaint the viewer.
     mpCardViewer->Refresh();
 }
 
@@ -414,7 +412,8 @@ void StudyFrame::SetCompactScoring(bool compact) {
 }
 
 void StudyFrame::GrowToFit() {
-    // Never smaller: the viewer asks for little, and the user may have made more room.
+    // The frame never shrinks here: the viewer asks for little, and the user may have made more
+    // room.
     wxSize size = GetSize();
     size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
     size.DecTo(wxGetClientDisplayRect().GetSize());
@@ -434,7 +433,7 @@ void StudyFrame::OnClose(wxCloseEvent& event) {
     mServices.FrameClosed(*this);
     SaveWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
     WriteStringSetting(kSettingLastWindow, "Study");
-    // The frame itself lives on until the next idle moment, the store perhaps not.
+    // The frame lives until the next idle moment, perhaps longer than the store.
     SetDatabase(nullptr);
     mSettingsAttachment.Detach();
 }
@@ -511,7 +510,7 @@ void StudyFrame::DoGiveHelp(const wxString& help, bool show) {
 
 void StudyFrame::OnIdle(wxIdleEvent& event) {
     event.Skip();
-    // The ready text, which is the help of the window and of all that it holds but the tools.
+    // The ready text is the help text of the window and of everything in it except the tools.
     const wxString help = GetHelpText();
     if (!mGivingHelp && mpStatusBar->GetStatusText(kReadyField) != help) {
         mpStatusBar->SetStatusText(help, kReadyField);
@@ -534,8 +533,7 @@ void StudyFrame::OnScoreChosen(wxCommandEvent& event) {
         return;
     }
     if (IsRecent()) {
-        RescoreMessageBox question(this, kRescoreId, _("Rescore"), wxDefaultPosition,
-                                   wxSize(400, 300));
+        RescoreMessageBox question(this);
         if (question.ShowModal() == wxNO) {
             UpdateCard(false);
             return;

@@ -28,34 +28,34 @@ class wxStaticText;
 // here. At most one exists, made by the application and owned by nobody, as any frame.
 class StudyFrame : public wxFrame {
   public:
-    // Neither resizable nor minimized or maximized, whatever the style says. The services are not
-    // owned and must outlive the frame.
+    // The frame cannot be resized, minimized or maximized, whatever the style says. The services
+    // are not owned and must outlive the frame.
     StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id, const wxString& title,
                const wxPoint& position = wxDefaultPosition, const wxSize& size = wxDefaultSize,
                long style = wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL);
     ~StudyFrame() override;
 
-    // Takes over another store, with a Scheduler of its own and an empty history. The Database is
-    // not owned. Null lets go of the present one.
+    // Turns to another store, with a new Scheduler and an empty history. The Database is not owned.
+    // Null lets go of the present one.
     void SetDatabase(Database* database);
 
-    // Draws everything anew from the state of the Scheduler. newCard says that it has selected
-    // anew, so that the back is covered even when the same card came again.
+    // Shows the state of the Scheduler anew. newCard says that the Scheduler has made a new choice:
+    // the back is then covered even when it chose the same card again.
     void UpdateCard(bool newCard);
 
     // Uncovers the back of the current card.
     void ShowBack();
 
-    // Takes over font, colours and early introduction.
+    // Applies the settings for font, colours and early introduction.
     void ApplySettings();
 
     bool Show(bool show = true) override;
 
-    // Keeps what menus and the tool bar explain in the status bar until they are done.
+    // Keeps the explanation of a menu entry or a tool in the status bar until it ends.
     void DoGiveHelp(const wxString& help, bool show) override;
 
   private:
-    // Hears of changes in the store and in the settings, and hands them to the frame.
+    // Passes changes of the store and of the settings on to the frame.
     class ChangeObserver : public Observer {
       public:
         explicit ChangeObserver(StudyFrame& frame) : mFrame(frame) {}
@@ -65,7 +65,7 @@ class StudyFrame : public wxFrame {
         StudyFrame& mFrame;
     };
 
-    // Takes away the press whose release a modal window of the program gets.
+    // Drops a press that is under way when a modal window opens, since the release goes there.
     class ModalWatch : public wxModalDialogHook {
       public:
         explicit ModalWatch(StudyFrame& frame) : mFrame(frame) { Register(); }
@@ -79,10 +79,11 @@ class StudyFrame : public wxFrame {
         StudyFrame& mFrame;
     };
 
-    // Card, place in the history, whether the back is visible, and whether it is the question.
+    // Card, place in the history, whether the back is visible, and whether the back is the
+    // question.
     using StudyStep = std::tuple<CardUuid, int, bool, bool>;
 
-    // What a command of the menus does, and the rule by which its entry is enabled or checked.
+    // Says what a command of the menus does, and how its entry is enabled or checked.
     void AddCommand(int id, const std::function<void(bool checked)>& run,
                     const std::function<void(wxUpdateUIEvent&)>& rule);
     void AddStudyCommands();
@@ -100,12 +101,12 @@ class StudyFrame : public wxFrame {
     bool IsCompact() const;
     std::vector<int64_t> FindCurrentRow();
 
-    // A press of a key or of the mouse that is under way does nothing when it ends.
+    // Forgets a press of a key or of the mouse that is under way, so that its release does nothing.
     void DropPresses();
     void ShowCardOrMessage(bool hasCard);
-    // Where the keys go while nobody asks for them.
+    // Returns the window that gets the keys while no other asks for them.
     wxWindow& KeyWindow();
-    // The scores or the message have come and want the keys.
+    // Gives the keys to the scores or the message, whichever has just appeared.
     void TakeKeys();
     void UpdateMessage();
     void UpdateScoreLabels();
@@ -113,7 +114,7 @@ class StudyFrame : public wxFrame {
     void UpdateStatusTexts();
     void SetReadyText(const wxString& ready);
     void UpdateSides(const FlashCard& card);
-    // The controls paint themselves: what they show is told in words.
+    // Tells screen readers in words what the controls that paint themselves show.
     void TellAccessibility();
 
     void ApplyIntroduction();
@@ -153,7 +154,7 @@ class StudyFrame : public wxFrame {
     wxBoxSizer* mpCardSizer = nullptr;
     CardViewer* mpCardViewer = nullptr;
     QuickScore* mpQuickScore = nullptr;
-    // Holds the message, and the keys while it is shown: without a focus the toolkit drops them.
+    // Holds the message, and the focus while it is shown: without a focus the toolkit drops keys.
     wxPanel* mpMessagePanel = nullptr;
     wxStaticText* mpMessageText = nullptr;
     Database* mpDatabase = nullptr;
@@ -164,7 +165,7 @@ class StudyFrame : public wxFrame {
     int32_t mDefaultScore = 3;
     bool mBackShown = false;
     bool mReverseStudy = false;
-    // What the window shows, for which alone a press is meant.
+    // The step on the screen. A press was meant for it alone, and is dropped when it changes.
     StudyStep mShownStep;
     // The child that last held the keyboard focus.
     wxWindow* mpChildFocus = nullptr;

@@ -33,7 +33,7 @@ void StudyFrame::AddCardCommands() {
     AddCommand(
         ID_EXPORT, [this](bool) { OnExport(); },
         [this](wxUpdateUIEvent& event) {
-            // A card on show spares the count of all cards.
+            // While a card is shown there is no need to count all cards.
             event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
                          (HasCard() || !mpDatabase->IsEmpty()));
         });
@@ -50,7 +50,7 @@ void StudyFrame::AddCardCommands() {
     AddCommand(
         wxID_DELETE, [this](bool) { OnDeleteCard(); },
         [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
-    // Taken here and dropped, so that the application's commands of text fields never run.
+    // Swallowed here, so that the application's commands for text fields never run.
     for (const int id : {wxID_UNDO, wxID_PASTE, wxID_SELECTALL}) {
         AddCommand(
             id, [](bool) {}, [](wxUpdateUIEvent& event) { event.Enable(false); });
@@ -98,7 +98,7 @@ void StudyFrame::OnExport() {
 
 void StudyFrame::OnEdit() {
     if (HasCard()) {
-        // A copy, as an editor that opens may bring about another choice of card.
+        // A copy, since opening an editor may make the Scheduler choose another card.
         const FlashCard card = mpScheduler->GetCurrentCard();
         mServices.OpenEditor(card);
     }

@@ -1,6 +1,10 @@
 #include "study/StudyTexts.h"
 
+#include <wx/button.h>
 #include <wx/intl.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
 #include <wx/statusbr.h>
 
 #include "scheduler/Scheduler.h"
@@ -51,7 +55,7 @@ namespace {
 bool IsAsWideAsField(const wxString& text, const wxStatusBar& bar, int field) {
     wxRect rectangle;
     bar.GetFieldRect(field, rectangle);
-    // In the frame's own font, which is the one of the whole window.
+    // Measured in the frame's font, which is that of the whole window.
     return bar.GetParent()->GetTextExtent(text).GetWidth() >= rectangle.GetWidth();
 }
 
@@ -74,4 +78,52 @@ wxString StudyReadyText(Scheduler& scheduler, const wxStatusBar& bar) {
     const bool narrow = IsAsWideAsField(_("Ready for Review: 0000"), bar, kReadyField);
     return wxString::Format(narrow ? _("Ready: %i") : _("Ready for Review: %i"),
                             scheduler.GetReadyCount());
+}
+
+namespace {
+
+constexpr int kRescoreDialogId = 10052;
+constexpr int kRescoreId = 10063;
+constexpr int kOriginalScoreId = 10065;
+constexpr int kBorder = 5;
+constexpr int kTextWidth = 215;
+
+}  // namespace
+
+RescoreMessageBox::RescoreMessageBox(wxWindow* parent) {
+    SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
+    wxDialog::Create(parent, kRescoreDialogId, _("Rescore"), wxDefaultPosition, wxSize(400, 300),
+                     wxDEFAULT_DIALOG_STYLE, "dialog");
+    SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
+    CreateControls();
+    GetSizer()->SetSizeHints(this);
+    Centre(wxBOTH);
+}
+
+void RescoreMessageBox::AddText(const wxString& words) {
+    auto* const text = new wxStaticText(this, wxID_STATIC, words);
+    text->Wrap(kTextWidth);
+    GetSizer()->Add(text, wxSizerFlags().Centre().Border(wxALL, kBorder));
+}
+
+void RescoreMessageBox::CreateControls() {
+    SetSizer(new wxBoxSizer(wxVERTICAL));
+    AddText(
+        _("You have changed the score on a flash card in your card history. If you keep the new "
+          "score the previous score will be undone and the score you have selected will be "
+          "recorded in its place.  "));
+    AddText(_("Do you want to rescore the card or leave it with its original score?"));
+
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    GetSizer()->Add(buttons, wxSizerFlags().Centre().Border(wxALL, kBorder));
+    auto* const rescore = new wxButton(this, kRescoreId, _("Rescore"));
+    buttons->Add(rescore, wxSizerFlags().Centre().Border(wxRIGHT, kBorder));
+    auto* const original = new wxButton(this, kOriginalScoreId, _("Original Score"));
+    buttons->Add(original, wxSizerFlags().Centre());
+
+    rescore->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxYES); });
+    original->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxNO); });
+    // Enter keeps the score that was just chosen.
+    rescore->SetDefault();
+    rescore->SetFocus();
 }

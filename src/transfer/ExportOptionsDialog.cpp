@@ -14,9 +14,9 @@
 
 #include <algorithm>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Text.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
@@ -218,10 +218,10 @@ void ExportOptionsDialog::LoadRange() {
             break;
         case kCurrentCategory:
             mDatabase.CardSelectRowIdsOrder(mCurrentCategory.GetCurrentCategoryId(mDatabase),
-                                            "IntroductionOrder", mStoredRowIds);
+                                            CardColumn::kIntroductionOrder, mStoredRowIds);
             break;
         default:
-            mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mStoredRowIds);
+            mDatabase.CardSelectRowIdsOrder(CardColumn::kCategory, mStoredRowIds);
             break;
     }
 }

@@ -8,7 +8,7 @@
 
 #include "base/Text.h"
 #include "base/Time.h"
-#include "exchange/ImportThread.h"
+#include "exchange/ImportJob.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/MessageBox.h"
 #include "transfer/MergeDialog.h"

@@ -7,7 +7,6 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
@@ -229,7 +228,7 @@ bool MergeDialog::ReadMerged(FlashCard& card) {
 }
 
 void MergeDialog::OnKeepMerged() {
-    // What no column shows, such as the schedules, comes from the imported version.
+    // Fields without a column, such as the schedules, come from the imported version.
     FlashCard card = mImportedCard;
     if (ReadMerged(card)) {
         Keep(card, kThisCard);

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "exchange/Worker.h"
 
 namespace {

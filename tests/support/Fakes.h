@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "store/StoreUpgrade.h"
 #include "store/Subject.h"
 
