@@ -11,11 +11,17 @@
 #include <mutex>
 #include <vector>
 
+<<<<<<< HEAD
 #include "base/Process.h"
+=======
+#include "base/FatalErrorReport.h"
+#include "store/CardRow.h"
+>>>>>>> store
 #include "store/FlashCard.h"
 #include "store/Statement.h"
-#include "store/StoreUpgrade.h"
 #include "store/Subject.h"
+
+class wxThread;
 
 // A due card as the selection sees it while it steps the rows: the row, and the schedule columns of
 // one direction.
@@ -58,9 +64,22 @@ struct CardOrder {
     bool Descending;
 };
 
-class CardRow;
 using CardRowVisitor = std::function<void(const CardRow&)>;
 using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
+
+// What the store asks of the program while a worker upgrades the store file: keep the user informed
+// and come back when the worker has ended. The thread is joinable and already runs; the store joins
+// it afterwards.
+class UpgradeWait {
+  public:
+    virtual ~UpgradeWait() = default;
+    virtual void WaitFor(wxThread& worker) = 0;
+};
+
+// Gives a connection functions LOWER and LIKE of exactly the meaning of the engine's own,
+// ill-formed texts and limits included, that work on UTF-16, as the store has its texts. Returns
+// the engine's result.
+int RegisterSearchFunctions(sqlite3* handle);
 
 // The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
 // fails without touching anything. All operations return 0 or more on success and a negative value
@@ -199,7 +218,7 @@ class Database : public Subject {
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
     // Tells the report of a failed step and of the store's path, and gives the step's negative
     // result. While a store is being opened or tried nothing is reported.
-    int ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result);
+    int ReportStepFailure(sqlite3_stmt* statement, const char* label, int result);
 
   private:
     using Lock = std::lock_guard<std::recursive_mutex>;
@@ -234,26 +253,40 @@ class Database : public Subject {
     int ReadEachTree();
 
     // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
-    // as -1, of the cards that the scheduler asks for. Always 0: where nothing can be written, as
-    // in a read-only file, such a card goes on counting as due.
-    int MendNextReviews();
+    // as -1, of the cards that the scheduler asks for. Where nothing can be written, as in a
+    // read-only file, such a card goes on counting as due.
+    void MendNextReviews();
     int WriteCard(const FlashCard& card);
     // Turns the identity into the form in which the statements look for it. Gives the number of
     // rows changed, or -1.
     int LowerCardId(const CardUuid& id);
 
-    // Shapes that several operations share. A missing row is -1 for ReadInt.
-    int ReadInt(StatementRun& run, int32_t& value, const wxString& label);
-    int SelectInt(sqlite3_stmt* statement, int32_t& value);
-    int SelectIntBindInt(sqlite3_stmt* statement, int32_t parameter, int32_t& value,
-                         const wxString& label = "SelectIntBindInt");
-    int SelectStringBindString(sqlite3_stmt* statement, const wxString& parameter,
-                               std::list<wxString>& values);
+    // Shapes that several operations share: a statement, and the arguments for its parameters.
+    template <typename... Values>
+    int Run(sqlite3_stmt* statement, const char* label, const Values&... values) {
+        return StatementRun(*this, statement, values...).Step(label);
+    }
+    // The first number of the first row; a missing row is -1.
+    template <typename... Values>
+    int SelectInt(sqlite3_stmt* statement, int32_t& value, const char* label,
+                  const Values&... values) {
+        StatementRun run(*this, statement, values...);
+        const int result = run.Step(label);
+        if (result < 0 || run.IsDone()) {
+            return result < 0 ? result : -1;
+        }
+        value = run.ColumnInt(0);
+        return 0;
+    }
+    template <typename... Values>
+    int SelectCards(sqlite3_stmt* statement, std::list<FlashCard>& cards, const Values&... values) {
+        StatementRun run(*this, statement, values...);
+        return ReadFlashCardRows(run, cards);
+    }
     int SelectFirstCard(sqlite3_stmt* statement, int32_t categoryId, std::list<FlashCard>& cards);
-    int SelectReadyCount(sqlite3_stmt* statement, int32_t categoryId, const wxDateTime& now,
-                         int32_t& count, const wxString& label);
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
-                   const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
+                   const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label);
+    int ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);

@@ -46,20 +46,6 @@ wxString FormatOrder(CardOrder order) {
            found->Tail + ";";
 }
 
-wxString SearchPattern(const wxString& text) {
-    return "%" + LowerWide(text) + "%";
-}
-
-// Binds the pattern of a search from a parameter on to all searched columns.
-int BindSearch(StatementRun& run, int first, const wxString& pattern) {
-    for (int index = first; index < first + 5; ++index) {
-        if (run.BindText(index, pattern) < 0) {
-            return -1;
-        }
-    }
-    return 0;
-}
-
 }  // namespace
 
 // A pattern longer than the engine takes is no failure of the store: it finds nothing.
@@ -81,9 +67,9 @@ int Database::CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowId
 int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
                                     std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    StatementRun run(*this,
-                     OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order));
-    if (run.BindInt(1, categoryId) < 0 || ReadInt64Rows(run, rowIds) < 0) {
+    StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order),
+                     categoryId);
+    if (ReadInt64Rows(run, rowIds) < 0) {
         return -1;
     }
     if (mTrying) {
@@ -105,16 +91,10 @@ void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
 int Database::SearchRowIdsOrder(const wxString& text, CardOrder order,
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    const wxString selection = wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns;
-    StatementRun run(*this, OrderedStatement(selection, order));
-    const wxString pattern = SearchPattern(text);
-    if (IsOpen() && IsPatternTooLong(pattern)) {
-        return 0;
-    }
-    if (BindSearch(run, 1, pattern) < 0) {
-        return -1;
-    }
-    return ReadInt64Rows(run, rowIds);
+    StatementRun run(
+        *this,
+        OrderedStatement(wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns, order));
+    return ReadSearch(run, text, rowIds);
 }
 
 int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
@@ -122,13 +102,15 @@ int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOr
     const Lock lock(mMutex);
     const wxString selection =
         wxString("SELECT ROWID FROM Cards WHERE CategoryId=? AND ( ") + kSearchColumns + " )";
-    StatementRun run(*this, OrderedStatement(selection, order));
-    const wxString pattern = SearchPattern(text);
+    StatementRun run(*this, OrderedStatement(selection, order), categoryId);
+    return ReadSearch(run, text, rowIds);
+}
+
+int Database::ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds) {
+    const wxString pattern = "%" + LowerWide(text) + "%";
     if (IsOpen() && IsPatternTooLong(pattern)) {
         return 0;
     }
-    if (run.BindInt(1, categoryId) < 0 || BindSearch(run, 2, pattern) < 0) {
-        return -1;
-    }
+    run.Bind(pattern, pattern, pattern, pattern, pattern);
     return ReadInt64Rows(run, rowIds);
 }

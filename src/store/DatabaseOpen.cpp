@@ -4,6 +4,7 @@
 #include <wx/filefn.h>
 #include <wx/intl.h>
 #include <wx/log.h>
+#include <wx/thread.h>
 
 #include <array>
 #include <cstdint>
@@ -17,9 +18,7 @@
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
-#include "store/SearchFunctions.h"
 #include "store/StoreSchema.h"
-#include "store/StoreUpgrade.h"
 
 namespace {
 
@@ -154,6 +153,24 @@ int CountCall(void* calls) {
     return ++*static_cast<int*>(calls) > kMostSchemaCalls ? 1 : 0;
 }
 
+// Brings the cards of a first-schema file to the present form. While it lives it is the only thread
+// that uses the handle. It writes the engine's result once, which is read after it was joined.
+class UpgradeThread : public wxThread {
+  public:
+    UpgradeThread(sqlite3* handle, int& result)
+        : wxThread(wxTHREAD_JOINABLE), mpHandle(handle), mResult(result) {}
+
+  protected:
+    ExitCode Entry() override {
+        mResult = sqlite3_exec(mpHandle, kUpgradeFirstSchema, nullptr, nullptr, nullptr);
+        return nullptr;
+    }
+
+  private:
+    sqlite3* mpHandle;
+    int& mResult;
+};
+
 wxString IndexName(wxString columns) {
     columns.Replace(" ", "");
     columns.Replace(",", "_");
@@ -212,9 +229,10 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
         return -1;
     }
     Prepare(CardTexts());
-    if (mpHandle == nullptr || MendNextReviews() != 0) {
+    if (mpHandle == nullptr) {
         return -1;
     }
+    MendNextReviews();
     return ReadEachTree();
 }
 
@@ -330,7 +348,7 @@ int Database::BringToVersion(UpgradeWait& wait) {
 
 int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     int result = SQLITE_ERROR;
-    DatabaseUpgradeThread worker(mpHandle, result);
+    UpgradeThread worker(mpHandle, result);
     if (worker.Run() != wxTHREAD_NO_ERROR) {
         return -1;
     }

@@ -1,10 +1,12 @@
-#include "store/SearchFunctions.h"
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include "store/Database.h"
 
 namespace {
 

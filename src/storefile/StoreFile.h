@@ -7,9 +7,8 @@
 #include <functional>
 #include <memory>
 
-#include "store/StoreUpgrade.h"
+#include "store/Database.h"
 
-class Database;
 class FatalErrorReport;
 class wxGauge;
 class wxTextCtrl;

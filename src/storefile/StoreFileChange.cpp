@@ -9,8 +9,8 @@
 
 #include "shell/MessageBox.h"
 #include "store/Database.h"
+#include "store/StoreFiles.h"
 #include "storefile/StoreFile.h"
-#include "storefile/StoreFileMove.h"
 
 namespace {
 

@@ -14,7 +14,7 @@ TEST_F(StatementTest, ANestedRunFailsAndLeavesTheFirstAlone) {
         ASSERT_EQ(first.Step("first"), 0);
         {
             StatementRun second = Run(sql);
-            EXPECT_EQ(second.BindInt(1, 1), -1);
+            EXPECT_EQ(second.Bind(1), -1);
             EXPECT_EQ(second.Step("second"), -1);
             EXPECT_EQ(second.ColumnText(0), "");
         }
@@ -36,7 +36,7 @@ TEST_F(StatementTest, TimesAreBoundInWholeSecondsUpToTheYear9999) {
                                                  {wxINT64_MIN, -1}};
     for (const auto& [milliseconds, bound] : cases) {
         StatementRun run = Run("SELECT ?");
-        ASSERT_EQ(run.BindTime(1, wxDateTime(wxLongLong(milliseconds))), 0);
+        ASSERT_EQ(run.Bind(wxDateTime(wxLongLong(milliseconds))), 0);
         ASSERT_EQ(run.Step("time"), 0);
         EXPECT_EQ(run.ColumnInt64(0), bound) << milliseconds;
         EXPECT_EQ(run.ColumnTime(0).GetValue(), wxLongLong(bound * 1000)) << milliseconds;

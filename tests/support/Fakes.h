@@ -9,7 +9,7 @@
 #include "base/Process.h"
 #include "base/Time.h"
 #include "scheduler/Scheduler.h"
-#include "store/StoreUpgrade.h"
+#include "store/Database.h"
 #include "store/Subject.h"
 
 // A clock that stands still until it is moved.

@@ -1,4 +1,4 @@
-#include "storefile/StoreFileMove.h"
+#include "store/StoreFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -40,15 +40,6 @@ fs::path Beside(const fs::path& store, const char* suffix) {
     fs::path companion = store;
     companion += suffix;
     return companion;
-}
-
-// Makes a change of names in the directory last. A file system that cannot is no reason to fail.
-void SyncDirectory(const fs::path& file) {
-    const FileDescriptor directory(
-        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.IsOpen()) {
-        ::fsync(directory.Get());
-    }
 }
 
 // True when changes wait in one of the engine's files, which would be lost by a move. A store that
