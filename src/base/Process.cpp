@@ -1,7 +1,57 @@
 #include "base/Process.h"
 
+#include <wx/filename.h>
+#include <wx/stdpaths.h>
+#include <wx/strconv.h>
+#include <wx/translation.h>
+
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
+
+void SetUpCharacters() {
+    if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+    }
+    std::setlocale(LC_NUMERIC, "C");
+    // The toolkit words its own buttons by this one. Without the locale itself LANGUAGE still
+    // counts.
+    if (std::setlocale(LC_MESSAGES, "") == nullptr) {
+        std::setlocale(LC_MESSAGES, "C.UTF-8");
+    }
+}
+
+std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {
+    std::vector<std::wstring> words;
+    for (int i = 0; i < argc; ++i) {
+        wxString word(argv[i], wxConvLibc);
+        if (word.empty()) {
+            // Not text of the locale: byte by byte, so that at least nothing is lost.
+            word = wxString(argv[i], wxConvISO8859_1);
+        }
+        words.push_back(word.ToStdWstring());
+    }
+    return words;
+}
+
+void SetUpTranslations() {
+    // Beside the program in the folder it was built in, else in the tree that it is installed in. A
+    // link to the program was followed already.
+    const wxFileName program(wxStandardPaths::Get().GetExecutablePath());
+    for (const char* const place : {"locale", "../../share/locale"}) {
+        wxFileName folder = wxFileName::DirName(place);
+        folder.MakeAbsolute(program.GetPath());
+        wxFileTranslationsLoader::AddCatalogLookupPathPrefix(folder.GetPath());
+    }
+
+    auto* const translations = new wxTranslations;
+    wxTranslations::Set(translations);
+    // Without one of our own in the user's language the library's texts stay English too.
+    const wxString language = translations->GetBestTranslation("velomind", "en");
+    translations->SetLanguage(language.empty() ? wxString("en") : language);
+    translations->AddStdCatalog();
+    translations->AddCatalog("velomind");
+}
 
 void EndProcess(ExitCode code) {
     std::fflush(nullptr);

@@ -2,7 +2,22 @@
 
 #include <wx/string.h>
 
-// What the process says to the world around its windows, and how it ends when it does not end well.
+#include <string>
+#include <vector>
+
+// What the process says to the world around its windows and in which language, and how it ends when
+// it does not end well.
+
+// Sets characters and messages by the user's locale, UTF-8 where that has none; numbers always have
+// a point. Call it first in main.
+void SetUpCharacters();
+
+// Returns the words of the command line. The library's own conversion would go by the locale that
+// the process started in, not by the one that was set up.
+std::vector<std::wstring> ReadCommandWords(int argc, char** argv);
+
+// Loads the program's own texts in the user's language, where a catalogue of it is installed.
+void SetUpTranslations();
 
 // A good end is 0.
 enum ExitCode : int {

@@ -3,11 +3,12 @@
 #include <wx/string.h>
 #include <wx/translation.h>
 
+#include "base/SettingsFile.h"
+
 // Who stands behind the program. Hosts, mailbox and lines are reserved examples until a maker puts
 // real ones in their place; every text that names one takes it from here.
 
 constexpr const char* kMakerName = "Ostrel";
-constexpr const char* kApplicationName = "Velomind";
 
 // Roots of the maker's sites; a path and query such as "/?q=forum" follows.
 constexpr const char* kWebSite = "https://www.example.org";

@@ -11,12 +11,8 @@
 #include <mutex>
 #include <vector>
 
-<<<<<<< HEAD
 #include "base/Process.h"
-=======
-#include "base/FatalErrorReport.h"
 #include "store/CardRow.h"
->>>>>>> store
 #include "store/FlashCard.h"
 #include "store/Statement.h"
 #include "store/Subject.h"

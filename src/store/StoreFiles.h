@@ -4,6 +4,17 @@
 
 // The store file as a file among others. Nobody may have it open.
 
+// The name that a store file has unless the user says otherwise.
+constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
+
+// Returns the path of the default store, in the user's documents directory, which is made if it
+// does not exist.
+wxString GetDefaultStorePath();
+
+// Returns the path of the store that the settings name, or the default one where they name none.
+// IsStored tells which.
+wxString GetChosenStorePath(bool& isStored);
+
 // The full form of a path, which a file of that name may or may not have. One that names no store,
 // the empty one or an address that begins with "file:", stays as it is.
 wxString MakeStorePathFull(const wxString& path);

@@ -10,7 +10,6 @@
 #include <wx/log.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
-#include <wx/stdpaths.h>
 #include <wx/textctrl.h>
 #include <wx/thread.h>
 #include <wx/utils.h>
@@ -20,6 +19,7 @@
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/StoreFiles.h"
 
 namespace {
 
@@ -59,14 +59,6 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 
 namespace {
 
-// A stored choice must still mean the same file when the program starts in another directory.
-wxString MakePathFull(const wxString& path) {
-    if (path.empty() || path.StartsWith("file:")) {
-        return path;
-    }
-    return FullPath(path);
-}
-
 // Asks what to open in place of a path that failed. False when the person gives up.
 bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
     // The person is to choose, not to wait.
@@ -75,7 +67,7 @@ bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
     if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
         return false;
     }
-    path = MakePathFull(dialog.GetPath());
+    path = MakeStorePathFull(dialog.GetPath());
     mustExist = dialog.MustExist();
     return true;
 }
@@ -88,31 +80,16 @@ bool TryQuietly(Database& database, const std::function<void()>& ask) {
 
 }  // namespace
 
-wxString GetDefaultStorePath() {
-    const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
-    {
-        // What fails here shows itself when the store is opened.
-        const wxLogNull silence;
-        wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
-    }
-    return wxFileName(directory, kDefaultStoreName).GetFullPath();
-}
-
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
     auto database = std::make_unique<Database>(report);
-    wxString path = OpenSettings()->Read(kSettingDatabasePath, wxString());
-    const bool isStored = !path.empty();
-    if (!isStored) {
-        path = GetDefaultStorePath();
-    } else if (wxFileName::DirExists(path)) {
-        path = wxFileName(path, kDefaultStoreName).GetFullPath();
-    }
+    bool isStored = false;
+    const wxString path = GetChosenStorePath(isStored);
     OpenStoreFile(nullptr, *database, path, isStored);
     return database;
 }
 
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
-    wxString choice = MakePathFull(path);
+    wxString choice = MakeStorePathFull(path);
     AppUpgradeWait wait(parent);
     while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
         if (!ChooseAnother(parent, choice, mustExist)) {

@@ -15,9 +15,6 @@ class wxTextCtrl;
 class wxThread;
 class wxWindow;
 
-// The name that a store file has unless somebody says otherwise.
-constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
-
 // Both take the path of a store, in whose directory the person begins, and give true and the path
 // that was chosen, or false with path unchanged.
 bool ChooseStoreFileToOpen(wxWindow* parent, wxString& path);
@@ -25,9 +22,6 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
                            wxString& path);
 
 // How the program comes to an open store file. Main thread only.
-
-// The default file in the user's documents directory, which is made if it does not exist.
-wxString GetDefaultStorePath();
 
 // A new Database with the stored choice of file open, or the default file where none is stored.
 // If none can be opened the program ends.
