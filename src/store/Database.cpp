@@ -1,5 +1,4 @@
-// The statement layer: prepared texts, marks of use, failures, and the shapes that the operations
-// share.
+// The statement layer: prepared texts, marks of use, and failures.
 
 #include "store/Database.h"
 
@@ -108,7 +107,7 @@ int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
 
 int Database::ReportStepFailure(sqlite3_stmt* statement, const char* label, int result) {
     const Lock lock(mMutex);
-    // The engine knows the true error of such a statement only after its reset.
+    // The engine tells the true error only after a reset.
     sqlite3_reset(statement);
     KeepError();
     wxString text;

@@ -19,8 +19,8 @@
 
 class wxThread;
 
-// A due card as the selection sees it while it steps the rows: the row, and the schedule columns of
-// one direction.
+// A due card as the card selection sees it while it steps the rows: the schedule of one direction,
+// and the row id. It ends with the visit.
 class ReadyRow {
   public:
     ReadyRow(const StatementRun& run, bool reverse) : mRun(run), mReverse(reverse) {}
@@ -85,21 +85,21 @@ int RegisterSearchFunctions(sqlite3* handle);
 // views are switched off, and a file whose cards, categories or values would be computed by the
 // schema (a check, a generated column, an index on an expression) is refused.
 //
-// Whoever changes cards or categories calls Notify once the change is complete. One operation runs
-// at a time: a recursive mutex is held inside each, because update handlers of windows behind a
-// modal dialog may run while a worker writes.
+// Call Notify once a change of cards or categories is complete. One operation runs at a time: each
+// holds a recursive mutex, because update handlers of windows behind a modal dialog may run while a
+// worker writes.
 class Database : public Subject {
   public:
     // The report is not owned and must outlive the Database.
     explicit Database(FatalErrorReport& report);
     ~Database() override;
 
-    // What the engine adds to a store's name for files of its own beside it. One that was left
-    // behind would be played back into whatever store has the name next.
+    // What the engine adds to a store's name for its own files beside it. One that was left behind
+    // would be played back into the next store of that name.
     static constexpr std::array<const char*, 3> kCompanions = {"-journal", "-wal", "-shm"};
 
     // Opens or creates the store file, and upgrades one of the first schema while wait keeps the
-    // person informed. The path is made absolute; an empty path and one that begins with "file:"
+    // user informed. The path is made absolute; an empty path and one that begins with "file:"
     // are refused. Where no file is, or an empty one, a new store appears whole: it is made under
     // another name beside it. Each table and index is read once, so that a damaged one is found
     // here. Returns 0, or a negative value and a closed Database with the file as it was.
@@ -110,9 +110,9 @@ class Database : public Subject {
     // False also while a file is only being opened.
     bool IsOpen() const;
 
-    // Runs questions to the open store whose failure is a result and not the program's end. True
-    // when every step of theirs succeeded and the store is still open. A list that is asked for
-    // counts only with the cards of its first page.
+    // Runs questions to the open store whose failure is a result instead of the program's end.
+    // Returns true when each of their steps succeeded and the store is still open. A list of row
+    // ids counts as read when the cards of its first page could be read too.
     bool Try(const std::function<void()>& ask);
 
     // Card writes. A card without an identity is not inserted: -1.
@@ -121,6 +121,16 @@ class Database : public Subject {
     int DeleteCard(const CardUuid& id);
     int CardDeleteByRowId(int64_t rowId);
     int CardUpdateCategory(int64_t rowId, int32_t categoryId);
+    // Inserts the cards in their order, many rows a statement, which is many times as fast as one
+    // by one. Each statement is written whole or not at all. Returns 0; or a negative value,
+    // without a report, with only the first `inserted` cards in the store. Write the next one by
+    // itself then: it succeeds, or its failure is reported as its own.
+    int InsertFlashCards(const std::vector<FlashCard>& cards, size_t& inserted);
+    // The same for many row ids; one that is gone is passed over. A group of them that fails is
+    // repeated card by card, so that each failure is reported as its own. Returns 0, or the last
+    // failure after all others were done.
+    int CardsDeleteByRowId(const std::vector<int64_t>& rowIds);
+    int CardsUpdateCategory(const std::vector<int64_t>& rowIds, int32_t categoryId);
     // Puts every card into review block 0, in both directions.
     int ResetErc();
     // Moves every card of one category into another.
@@ -160,7 +170,7 @@ class Database : public Subject {
     int SelectReadyCountReverse(int32_t categoryId, const wxDateTime& now, int32_t& count);
     // True also when the cards cannot be counted.
     bool IsEmpty();
-    // Whether the path leads to the file of the open store, by whatever name or link.
+    // True when the path leads to the file of the open store, under any name or link.
     bool IsStoreFile(const wxString& path);
     // The path of the file of the open store; empty on a closed Database.
     wxString GetPath() const;
@@ -209,11 +219,11 @@ class Database : public Subject {
     // Puts a new statement of the same text in the place of one that a change of the schema has
     // outdated, and finalises that. Returns 0, or -1 with the old statement in its place.
     int PrepareAnew(sqlite3_stmt*& statement);
-    // Marks the statement as used by that run, or as free with null. Gives -1 and changes nothing
-    // when the statement is empty or is so already.
+    // Marks the statement as used by that run, or as free with null. Returns -1 and changes nothing
+    // when there is no statement or it is marked so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
-    // Tells the report of a failed step and of the store's path, and gives the step's negative
-    // result. While a store is being opened or tried nothing is reported.
+    // Reports a failed step with the store's path and returns the step's negative result. While a
+    // store is being opened or tried nothing is reported.
     int ReportStepFailure(sqlite3_stmt* statement, const char* label, int result);
 
   private:
@@ -233,7 +243,7 @@ class Database : public Subject {
     void CloseHandle();
     int ExecuteText(const wxString& sql);
 
-    // The steps of Open, in their order. Each gives 0 or a negative value.
+    // The steps of Open, in their order. Each returns 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);
     int CreateStoreFile(const wxString& file, UpgradeWait& wait);
     int OpenFile(const wxString& file, UpgradeWait& wait);
@@ -248,13 +258,13 @@ class Database : public Subject {
     int UpgradeFirstSchema(UpgradeWait& wait);
     int ReadEachTree();
 
-    // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
-    // as -1, of the cards that the scheduler asks for. Where nothing can be written, as in a
+    // Computes the next reviews again that an earlier version, whose times ended in 2038, stored as
+    // -1, for the cards that the scheduler asks for. Where nothing can be written, as in a
     // read-only file, such a card goes on counting as due.
     void MendNextReviews();
     int WriteCard(const FlashCard& card);
-    // Turns the identity into the form in which the statements look for it. Gives the number of
-    // rows changed, or -1.
+    // Stores the identity in lower case, as the statements look for it. Returns the number of rows
+    // changed, or -1.
     int LowerCardId(const CardUuid& id);
 
     // Shapes that several operations share: a statement, and the arguments for its parameters.
@@ -283,6 +293,15 @@ class Database : public Subject {
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
                    const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label);
     int ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds);
+    // The greatest number of rows that one statement of a group takes, none more than are left.
+    size_t GroupSize(size_t left, size_t parametersPerRow) const;
+    // Steps a run whose failure the caller answers itself.
+    int StepQuietly(StatementRun& run, const char* label);
+    // Runs a statement over the row ids in groups: sql stands before "(?,?,...)", and values are
+    // the arguments before the row ids. single does the same for one row id.
+    template <typename... Values>
+    int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
+                      const std::function<int(int64_t)>& single, const Values&... values);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);
@@ -291,9 +310,10 @@ class Database : public Subject {
 
     FatalErrorReport& mReport;
     sqlite3* mpHandle = nullptr;
-    // Open runs: a failed step is then no fatal error, and nobody else may use the handle.
+    // True while Open runs: a failed step is no fatal error then, and nobody else may use the
+    // handle.
     bool mOpening = false;
-    // Try runs: a failed step is kept here instead of being reported.
+    // True while Try runs: a failed step sets mTryFailed instead of being reported.
     bool mTrying = false;
     bool mTryFailed = false;
     // Prepared texts. They live until the store closes.

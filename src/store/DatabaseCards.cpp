@@ -1,8 +1,32 @@
 // Cards: writing, reading, counting, and the row ids of lists.
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
 #include "base/Time.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
+#include "store/StoreSchema.h"
+
+namespace {
+
+// A statement is prepared once for each of these numbers of rows.
+constexpr size_t kGroupSizes[] = {1024, 256, 64, 16, 4, 1};
+constexpr size_t kParametersPerCard = 24;
+
+// Returns the text repeated, with commas between.
+wxString Repeat(const wxString& text, size_t count) {
+    wxString all = text;
+    all.reserve(count * (text.length() + 1));
+    for (size_t i = 1; i < count; ++i) {
+        all << "," << text;
+    }
+    return all;
+}
+
+}  // namespace
 
 wxDateTime ReadyRow::LastReview() const {
     const int first = mReverse ? kReverseScheduleColumn : kForwardScheduleColumn;
@@ -25,6 +49,77 @@ int Database::InsertFlashCard(const FlashCard& card) {
     }
     StatementRun run(*this, mpInsertFlashCardStmt, card.CardId);
     return BindCardFields(run, card) < 0 ? -1 : run.Step("InsertFlashCard");
+}
+
+size_t Database::GroupSize(size_t left, size_t parametersPerRow) const {
+    const auto limit =
+        static_cast<size_t>(std::max(1, sqlite3_limit(mpHandle, SQLITE_LIMIT_VARIABLE_NUMBER, -1)));
+    return *std::find_if(std::begin(kGroupSizes), std::end(kGroupSizes), [&](size_t size) {
+        return size == 1 || (size <= left && size * parametersPerRow <= limit);
+    });
+}
+
+int Database::StepQuietly(StatementRun& run, const char* label) {
+    const bool wasTrying = std::exchange(mTrying, true);
+    const bool hadFailed = mTryFailed;
+    const int result = run.Step(label);
+    mTrying = wasTrying;
+    mTryFailed = hadFailed;
+    return result;
+}
+
+int Database::InsertFlashCards(const std::vector<FlashCard>& cards, size_t& inserted) {
+    const Lock lock(mMutex);
+    inserted = 0;
+    while (IsOpen() && inserted < cards.size()) {
+        const size_t size = GroupSize(cards.size() - inserted, kParametersPerCard);
+        const wxString row = "(" + Repeat("?", kParametersPerCard) + ")";
+        StatementRun run(*this, GetStatement(kInsertCards + Repeat(row, size) + ";"));
+        const auto first = cards.begin() + static_cast<std::ptrdiff_t>(inserted);
+        const bool isBound =
+            std::all_of(first, first + static_cast<std::ptrdiff_t>(size), [&](const auto& card) {
+                return !card.CardId.IsZero() && run.Bind(card.CardId) == 0 &&
+                       BindCardFields(run, card) == 0;
+            });
+        const int result = isBound ? StepQuietly(run, "InsertFlashCards") : -1;
+        if (result < 0) {
+            return result;
+        }
+        inserted += size;
+    }
+    return IsOpen() ? 0 : -1;
+}
+
+template <typename... Values>
+int Database::RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
+                            const std::function<int(int64_t)>& single, const Values&... values) {
+    const Lock lock(mMutex);
+    int last = 0;
+    for (size_t begin = 0; IsOpen() && begin < rowIds.size();) {
+        const size_t size = GroupSize(rowIds.size() - begin, 1 + sizeof...(values));
+        StatementRun run(*this, GetStatement(sql + ("(" + Repeat("?", size) + ")")), values...);
+        const size_t end = begin + size;
+        for (size_t i = begin; i < end; ++i) {
+            run.Bind(rowIds[i]);
+        }
+        const bool isDone = StepQuietly(run, "RunOverRowIds") == 0;
+        for (; begin < end; ++begin) {
+            const int result = isDone ? 0 : single(rowIds[begin]);
+            last = result < 0 ? result : last;
+        }
+    }
+    return IsOpen() ? last : -1;
+}
+
+int Database::CardsDeleteByRowId(const std::vector<int64_t>& rowIds) {
+    return RunOverRowIds("DELETE FROM Cards WHERE ROWID IN ", rowIds,
+                         [this](int64_t rowId) { return CardDeleteByRowId(rowId); });
+}
+
+int Database::CardsUpdateCategory(const std::vector<int64_t>& rowIds, int32_t categoryId) {
+    return RunOverRowIds(
+        "UPDATE Cards SET CategoryId=? WHERE ROWID IN ", rowIds,
+        [&](int64_t rowId) { return CardUpdateCategory(rowId, categoryId); }, categoryId);
 }
 
 int Database::UpdateFlashCard(const FlashCard& card) {

@@ -48,7 +48,7 @@ wxString FormatOrder(CardOrder order) {
 
 }  // namespace
 
-// A pattern longer than the engine takes is no failure of the store: it finds nothing.
+// The engine refuses a pattern that is too long. That is no failure of the store: it finds nothing.
 bool Database::IsPatternTooLong(const wxString& pattern) const {
     const int limit = sqlite3_limit(mpHandle, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1);
     return ToUtf8(pattern).length() > static_cast<size_t>(limit);
@@ -78,8 +78,8 @@ int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
     return 0;
 }
 
-// Reads the cards that a window draws as soon as it comes. Try keeps a step that fails; a card that
-// cannot be understood is shown as such in its row.
+// Reads the cards that a window draws at once. Try records a step that fails; a card with a damaged
+// value does not count, as its row of the list says so.
 void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
     constexpr size_t kFirstPage = 50;
     std::list<FlashCard> cards;

@@ -1,4 +1,14 @@
 // Opening a store file: recognising it, creating it, and bringing it to the present schema.
+//
+// Open goes through these steps and stops at the first that fails, with the file as it was:
+//
+//     StorePath          a path that can name a store, made absolute
+//     KindOf             nothing, an empty file, or a filled one
+//     CreateStoreFile    only where nothing is: makes the store beside its place, then renames it
+//     CheckSchema        nothing in the file's schema would run
+//     CheckCardTables    each statement can be prepared
+//     BringToVersion     upgrades the first schema, refuses a later one than ours
+//     ReadEachTree       each table and index can be read
 
 #include <unistd.h>
 #include <wx/filefn.h>
@@ -24,8 +34,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The absolute form of a path, or the empty text for one that names no store: nothing at all, an
-// address of the engine's own kind, or a text that no file name can hold as it stands.
+// Returns the absolute form of a path, or the empty text for one that names no store: the empty
+// one, an address of the engine's own kind, or a text that no file name can hold as it stands.
 wxString StorePath(const wxString& path) {
     const bool named =
         !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos;
@@ -41,9 +51,9 @@ wxString StorePath(const wxString& path) {
 
 enum class FileKind { kNone, kEmpty, kFilled, kUnfit };
 
-// Unfit is what the engine would treat as an empty file or wait on: a device, a pipe, a directory,
-// and a file of a single byte, which it takes for its own mark on an empty one. So is an empty file
-// that is not to be written.
+// Unfit files are those that the engine would treat as empty or wait on: a device, a pipe, a
+// directory, and a file of a single byte, which it takes for its own mark on an empty one; and an
+// empty file that must not be written.
 FileKind KindOf(const fs::path& file) {
     std::error_code error;
     switch (fs::status(file, error).type()) {
@@ -95,8 +105,7 @@ bool PutInPlace(const fs::path& made, const fs::path& target) {
     if (kind == FileKind::kEmpty) {
         fs::permissions(made, fs::status(target, error).permissions(), error);
     }
-    // They belong to a store that stood here before, and the engine would play them back into this
-    // one.
+    // Left by a store that stood here before, they would be played back into this one.
     RemoveCompanions(target);
     fs::rename(made, target, error);
     SyncDirectory(target);
@@ -124,8 +133,8 @@ bool IsCutOff(sqlite3* handle) {
     return pageSize == 0 || size % pageSize != 0;
 }
 
-// Everything a schema can carry that would run, and foreign keys, whose actions change other rows.
-// An engine older than a switch does not know what it switches off either.
+// Switches off all that would run when it stands in a schema, and foreign keys, whose actions
+// change other rows. An engine that is too old for a switch does not have what it switches off.
 constexpr std::pair<int, int> kSwitches[] = {
 #ifdef SQLITE_DBCONFIG_DEFENSIVE
     {SQLITE_DBCONFIG_DEFENSIVE, 1},
@@ -144,8 +153,8 @@ constexpr std::pair<int, int> kSwitches[] = {
 #endif
 };
 
-// Where the engine is stopped while it reads a schema and this program looks it through: enough for
-// some two thousand objects.
+// The engine is stopped after this much work while a schema is read and looked through. It is
+// enough for some two thousand objects.
 constexpr int kStepsPerCall = 1000;
 constexpr int kMostSchemaCalls = 30;
 

@@ -1,6 +1,7 @@
 // Every statement that the store prepares when it opens.
 
 #include "store/Database.h"
+#include "store/StoreSchema.h"
 
 namespace {
 
@@ -27,11 +28,8 @@ const std::vector<Database::PreparedText>& Database::GlobalTexts() {
 
 const std::vector<Database::PreparedText>& Database::CardTexts() {
     static const std::vector<PreparedText> kTexts = {
-        {&Database::mpInsertFlashCardStmt, "INSERT INTO Cards (",
-         "CardId,Front,Back,CategoryId,Author,Chapter,IntroductionOrder,ForwardX,ReverseX,Notes,"
-         "Introduced,LastReview,LastScore,ReviewInterval,Difficulty,NextReview,ERC,"
-         "RIntroduced,RLastReview,RLastScore,RReviewInterval,RDifficulty,RNextReview,RERC"
-         ") VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?);"},
+        {&Database::mpInsertFlashCardStmt, kInsertCards,
+         "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?);"},
         {&Database::mpUpdateFlashCardStmt, "UPDATE Cards SET ",
          "Front=?,Back=?,CategoryId=?,Author=?,Chapter=?,IntroductionOrder=?,ForwardX=?,"
          "ReverseX=?,Notes=?,Introduced=?,LastReview=?,LastScore=?,ReviewInterval=?,Difficulty=?,"

@@ -45,6 +45,14 @@ constexpr char kCreateCards[] =
     "RLastScore           INTEGER,"
     "RERC                 INTEGER);";
 
+// Everything of an INSERT of cards before its rows of VALUES, of 24 parameters each.
+constexpr char kInsertCards[] =
+    "INSERT INTO Cards ("
+    "CardId,Front,Back,CategoryId,Author,Chapter,IntroductionOrder,ForwardX,ReverseX,Notes,"
+    "Introduced,LastReview,LastScore,ReviewInterval,Difficulty,NextReview,ERC,"
+    "RIntroduced,RLastReview,RLastScore,RReviewInterval,RDifficulty,RNextReview,RERC"
+    ") VALUES ";
+
 // NAME is no type that the engine knows, which gives the column numeric affinity: the names "007"
 // and "7" are one name. Existing files have it so.
 constexpr char kCreateCategories[] =

@@ -27,7 +27,7 @@ wxString StoreFileFilter() {
     return _("Flash Card Store Files (*.vlm)|*.vlm|All files (*.*)|*.*");
 }
 
-// Empty, for the toolkit's own choice, where the path names no directory that is there.
+// Returns the directory of a path, or nothing where it does not exist; the toolkit then chooses.
 wxString DirectoryOf(const wxString& path) {
     const wxString directory = wxFileName(path).GetPath();
     return wxFileName::DirExists(directory) ? directory : wxString();
@@ -59,9 +59,9 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 
 namespace {
 
-// Asks what to open in place of a path that failed. False when the person gives up.
+// Asks what to open in place of a path that failed. False when the user gives up.
 bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
-    // The person is to choose, not to wait.
+    // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
     DatabaseOpenFailed dialog(parent, path, mustExist);
     if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
@@ -72,7 +72,7 @@ bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
     return true;
 }
 
-// What fails is told by the recovery dialog alone.
+// The recovery dialog alone tells of a failure, so the log stays silent.
 bool TryQuietly(Database& database, const std::function<void()>& ask) {
     const wxLogNull silence;
     return database.Try(ask);
@@ -89,6 +89,7 @@ std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
 }
 
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
+    // A stored choice must still mean the same file when the program starts in another directory.
     wxString choice = MakeStorePathFull(path);
     AppUpgradeWait wait(parent);
     while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
