@@ -5,6 +5,7 @@
 #include <wx/strconv.h>
 #include <wx/translation.h>
 
+#include <cerrno>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -63,5 +64,6 @@ void PrintText(const wxString& text) {
 }
 
 void PrintError(const wxString& text) {
-    std::fprintf(stderr, "velomind: %s\n", static_cast<const char*>(text.utf8_str()));
+    std::fprintf(stderr, "%s: %s\n", program_invocation_short_name,
+                 static_cast<const char*>(text.utf8_str()));
 }

@@ -1,6 +1,7 @@
 #include "exchange/ImportPass.h"
 
 #include <wx/intl.h>
+#include <wx/log.h>
 
 #include <new>
 
@@ -27,6 +28,7 @@ class Pass {
     bool Run();
 
   private:
+    bool KeepFault();
     bool ReadRecords();
     bool Finish();
     bool TakeRecord();
@@ -54,7 +56,31 @@ bool Pass::Run() {
         return mResult.Fail(DatabaseFileMessage(mInput.FileName));
     }
     const StoreReadLock lock(mDatabase);
-    return mCategories.Load() && mSource.Open(mInput, mResult) && ReadRecords();
+    if (!mCategories.Load() || !mSource.Open(mInput, mResult)) {
+        KeepFault();
+        return false;
+    }
+    while (!ReadRecords()) {
+        if (!KeepFault() || mSource.HasFailed()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Takes the fault that has just ended the pass out of the result, so that the pass can go on.
+// Returns false when the faults are not collected, or the pass was cancelled.
+bool Pass::KeepFault() {
+    if (mOptions.Faults == nullptr ||
+        !mResult.Advance(ImportStatus::kFailed, ImportStatus::kRunning)) {
+        return false;
+    }
+    mOptions.Faults->push_back(
+        {mResult.Message.empty() ? UnreadableFileMessage(mInput.FileName) : mResult.Message,
+         mResult.LineNumber});
+    mResult.Message.clear();
+    mResult.LineNumber = -1;
+    return true;
 }
 
 bool Pass::ReadRecords() {
@@ -258,6 +284,32 @@ int ImportCards(const ImportInput& input, Database& database, ImportResult& resu
     options.ValidateOnly = false;
     options.TouchedCategories = touchedCategories;
     return ImportPass(input, database, result, options);
+}
+
+std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database) {
+    std::vector<ImportFault> faults;
+    ImportPassOptions options;
+    options.ValidateOnly = true;
+    options.Faults = &faults;
+    ImportResult result;
+    if (ImportPass(input, database, result, options) < 0 && !result.Message.empty()) {
+        faults.push_back({result.Message, result.LineNumber});
+    }
+    return faults;
+}
+
+void GuessFormat(ImportInput& input, Database& database) {
+    const wxLogNull silence;
+    input.Format = ImportFormat::kDelimited;
+    for (const wchar_t delimiter : {L'\t', L',', L';'}) {
+        input.Delimiter = delimiter;
+        ImportResult result;
+        std::vector<CardAttribute> attributes;
+        if (!ImportPreview(input, database, result, attributes)) {
+            return;
+        }
+    }
+    input.Format = ImportFormat::kVlmText;
 }
 
 bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,
