@@ -13,7 +13,7 @@ struct Option {
     const char* Description;
 };
 
-// All take a value. The four of the installer are accepted and change nothing.
+// Each option takes a value. The four that an installer passes are accepted and change nothing.
 constexpr Option kOptions[] = {
     {"browse", wxTRANSLATE("uses the default browser to open the specified URL")},
     {"import", wxTRANSLATE("imports the specified file, then exits")},

@@ -4,27 +4,28 @@
 
 class wxCmdLineParser;
 
-// What the options of the command line ask the program to do.
+// The work that options of the command line ask for. The application implements it.
 class CommandLineActions {
   public:
     virtual ~CommandLineActions() = default;
-    // Imports the file into the store. False when that could not even begin.
+    // Imports the file into the store. Returns false when the import could not even begin.
     virtual bool ImportFile(const wxString& path) = 0;
     virtual void ShowMessage(const wxString& text) = 0;
     virtual void OpenAddress(const wxString& address) = 0;
 };
 
 enum class CommandLineOutcome {
-    // Nothing was to be done before the windows open.
+    // No option asked for work: the windows open.
     StartProgram,
-    // The options did all the work of this run.
+    // The options did all the work of this run, and no window opens.
     AllDone,
-    // An option could not do its work; those behind it were not tried.
+    // An option could not do its work, and the options after it were not tried.
     Refused
 };
 
-// Tells the parser of the program's options.
+// Declares the program's options to the parser.
 void DescribeCommandLine(wxCmdLineParser& parser);
 
-// Does the work of each option that was given, in a fixed order whatever their order on the line.
+// Does the work of each option that was given. The order of the work is fixed and does not depend
+// on the order of the words.
 CommandLineOutcome RunCommandLine(const wxCmdLineParser& parser, CommandLineActions& actions);

@@ -15,7 +15,7 @@
 
 namespace {
 
-// A window on the screen other than that frame, which is about to go.
+// Tells whether a window will be left on the screen once that frame is gone.
 bool IsAnyOtherShown(const wxFrame& frame) {
     return std::any_of(
         wxTopLevelWindows.begin(), wxTopLevelWindows.end(), [&frame](const wxWindow* window) {
@@ -145,7 +145,7 @@ bool Editors::CloseAll() {
     const std::vector<EditFrame*> frames = mFrames;
     return std::all_of(frames.begin(), frames.end(), [](EditFrame* frame) {
         if (frame->IsModified()) {
-            // The person is to see what the question is about.
+            // The user should see the card that the question is about.
             BringToFront(*frame);
         }
         return frame->Close(false);

@@ -13,8 +13,7 @@
 #include <algorithm>
 
 #include "app/CommandLine.h"
-#include "app/Help.h"
-#include "app/TextCommands.h"
+#include "app/Commands.h"
 #include "base/Process.h"
 #include "base/Text.h"
 #include "exchange/ImportJob.h"
@@ -36,7 +35,7 @@
 
 namespace {
 
-// Where the window at hand does not take them nobody does.
+// Commands that the application disables, since only some windows have them.
 constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
 bool IsAnyWindowShown() {
@@ -80,7 +79,7 @@ bool VelomindApp::OnInit() {
     BindCommands();
     wxFrame& list = mWindows.ShowList();
     BringToFront(list);
-    // Once the window is there, over which the question is to stand.
+    // Asked from the event loop, when the window is on the screen for the question to stand over.
     list.CallAfter([this, &list] { OfferVersion1Import(&list, *mpDatabase, mFatalErrorReport); });
     return true;
 }
@@ -90,7 +89,7 @@ int VelomindApp::OnRun() {
 }
 
 int VelomindApp::OnExit() {
-    // From here on nobody can be called to the front; the lock is held until the store is closed.
+    // No window is left to come to the front. The lock is held until the store is closed.
     mInstance.StopListening();
     mClipboard.TakeBack();
     while (!wxTopLevelWindows.empty()) {
@@ -105,7 +104,7 @@ void VelomindApp::OnInitCmdLine(wxCmdLineParser& parser) {
     DescribeCommandLine(parser);
 }
 
-// Help that was asked for is a result, not a complaint.
+// The user asked for the help, so it goes to standard output and the run is a success.
 bool VelomindApp::OnCmdLineHelp(wxCmdLineParser& parser) {
     PrintText(parser.GetUsageString());
     mAllDone = true;
@@ -127,7 +126,8 @@ bool VelomindApp::ImportFile(const wxString& path) {
         PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
         return false;
     }
-    // Before a start that would roll back a journal, and with it end it.
+    // Checked before the store is opened: opening would roll back the journal that may lie beside
+    // it, and the file to be imported may be that very journal.
     if (IsDatabaseFile(file)) {
         PrintError(DatabaseFileMessage(path));
         return false;
@@ -154,7 +154,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
     input.Format = ImportFormat::kDelimited;
     input.Delimiter = L'\t';
     ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport);
-    // The file goes whatever came of it: it was made to be imported once.
+    // The file was made to be imported once, so it is removed whatever became of the import.
     wxRemoveFile(file);
     mpDatabase.reset();
     return true;
@@ -218,8 +218,8 @@ wxFrame* VelomindApp::MakeListWindow() {
         frame->SetDatabase(nullptr);
         frame->SetDatabase(mpDatabase.get());
     };
-    // At the start the person may still choose another store. Later its cards stand in other
-    // windows, and a failure is fatal as any other.
+    // At the start the user may still choose another store. Later, other windows show its cards,
+    // and a failure is as fatal as any other.
     if (IsAnyWindowShown()) {
         ask();
     } else {
@@ -235,14 +235,14 @@ wxFrame* VelomindApp::MakeStudyWindow() {
     return frame;
 }
 
-// Another start of the program has called.
+// Called when a second process was started.
 void VelomindApp::ComeToFront() {
     wxFrame* const frame =
         mLastActive != nullptr && mLastActive->IsShown() ? mLastActive.get() : mWindows.GetShown();
     if (frame != nullptr) {
         BringToFront(*frame);
     }
-    // A question that stands open must not end up behind its window.
+    // An open dialog must not end up behind its window.
     for (wxWindow* const window : wxTopLevelWindows) {
         if (window->IsShown() && dynamic_cast<wxDialog*>(window) != nullptr) {
             window->Raise();
@@ -287,7 +287,7 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
 }
 
 void VelomindApp::OnPreferences(wxCommandEvent&) {
-    // Cards on the clipboard are known by their rows, which another store has for other cards.
+    // Cards on the clipboard are known by their row ids, which mean other cards in another store.
     AppStoreFileActions actions([this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
                                 [this] { mClipboard.TakeBack(); });
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);

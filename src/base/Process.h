@@ -8,15 +8,15 @@
 // What the process says to the world around its windows and in which language, and how it ends when
 // it does not end well.
 
-// Sets characters and messages by the user's locale, UTF-8 where that has none; numbers always have
-// a point. Call it first in main.
+// Sets characters and messages to the user's locale, or to UTF-8 where that has only single bytes,
+// and numbers to a decimal point in any locale. Call it first in main.
 void SetUpCharacters();
 
-// Returns the words of the command line. The library's own conversion would go by the locale that
-// the process started in, not by the one that was set up.
+// Returns the words of the command line in the characters of SetUpCharacters. The library would
+// convert them by the locale in which the process started.
 std::vector<std::wstring> ReadCommandWords(int argc, char** argv);
 
-// Loads the program's own texts in the user's language, where a catalogue of it is installed.
+// Translates the program's texts into the user's language, if a catalogue for it is installed.
 void SetUpTranslations();
 
 // A good end is 0.

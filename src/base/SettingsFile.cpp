@@ -12,18 +12,31 @@
 #include <string>
 #include <system_error>
 
+// The settings lie in one text file of lines "Key=value" in a single section, for example
+//
+//     Font=1;Sans Bold 12
+//     StudyBgColor=R255G255B255
+//     StudyFramePosition=100,80,640,480
+//
+// in ~/.config/Velomind.conf. Every access parses the file, does one thing and, after a write,
+// replaces the file. That is slow for a thousand values and right for twenty: nothing is cached, so
+// two windows, or an editor of the user's, never disagree with the program. The user may edit the
+// file, copy it from another computer or keep it behind a link, so whatever stands in it counts as
+// input: a value that makes no sense gives its default, and a file that is not ours to use (a pipe,
+// a directory, one without the right to read) is left alone.
+
 namespace {
 
 wxString ConfigurationDirectory() {
     wxString directory;
-    // A relative path is to be ignored by the rules of this variable.
+    // The rules of this variable want a relative path ignored.
     if (wxGetEnv("XDG_CONFIG_HOME", &directory) && wxIsAbsolutePath(directory)) {
         return directory;
     }
     return wxFileName::GetHomeDir() + "/.config";
 }
 
-// A link is followed, since writing replaces the file that it is given.
+// Returns the file itself where its name is a link, since writing replaces what it is given.
 wxString FilePath(const wxString& application) {
     const std::string path = (ConfigurationDirectory() + "/" + application + ".conf").utf8_string();
     std::error_code error;
@@ -31,7 +44,8 @@ wxString FilePath(const wxString& application) {
     return wxString::FromUTF8(error ? path : followed.string());
 }
 
-// Opening a pipe would wait for ever, and a file that cannot be read must not be replaced.
+// Tells whether the file may be read and replaced. Opening a pipe would wait for ever, and
+// replacing a file that cannot be read would lose the settings in it.
 bool IsUsable(const wxString& path) {
     std::error_code error;
     switch (std::filesystem::status(path.utf8_string(), error).type()) {

@@ -18,6 +18,15 @@
 #include <string>
 #include <utility>
 
+// The lock decides who is first, and the socket only carries the call. Two files, because each
+// alone has a hole: a socket file outlives a process that was killed, and a lock cannot be spoken
+// to. Both lie in a directory that nobody else may enter, so no other user can hold the lock or
+// pose as the first process.
+//
+// The windowing library has classes for both jobs. They were tried and are not used: its lock
+// counts as free when it cannot be taken, so that two processes would open the store, and its
+// client waits for an answer, which a busy first process does not give.
+
 namespace {
 
 constexpr long kPatienceMilliseconds = 2000;
@@ -30,7 +39,7 @@ bool IsPrivateDirectory(const std::string& path) {
            (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-// False when the path is too long for the address of a socket.
+// Returns false when the path is too long for the address of a socket.
 bool FillAddress(const wxString& path, sockaddr_un& address) {
     const std::string bytes = path.utf8_string();
     address = sockaddr_un();
@@ -42,7 +51,8 @@ bool FillAddress(const wxString& path, sockaddr_un& address) {
     return true;
 }
 
-// Datagrams: one message is one call, whole or not at all, and nobody waits for anybody.
+// A datagram arrives whole or not at all, and needs nobody to accept a connection. So no process
+// can keep the other waiting, whatever it sends or fails to send.
 FileDescriptor OpenSocket() {
     return FileDescriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
 }
@@ -60,7 +70,8 @@ wxString FindRuntimeDirectory() {
     }
     const std::string user = std::to_string(geteuid());
     const std::string own = "/tmp/velomind-" + user;
-    // It may be there already; whose it is and who may enter is looked at in any case.
+    // The directory may be there already, made by anybody; the check below looks at its owner and
+    // its rights in any case.
     mkdir(own.c_str(), S_IRWXU);
     for (const std::string& directory : {"/run/user/" + user, own}) {
         if (IsPrivateDirectory(directory)) {
@@ -97,7 +108,8 @@ SingleInstance::Standing SingleInstance::BecomeFirst(Greeting greeting) {
         return Standing::Unclear;
     }
     if (Greet(Greeting::None)) {
-        // A process that is just ending, or one whose lock file was cleaned away while it runs.
+        // Somebody listens although the lock was free: a process that is just ending, or one whose
+        // lock file a cleaner of old files has removed. The second greeting tells which.
         wxMilliSleep(kRetryMilliseconds);
         if (Greet(greeting)) {
             mLock.Close();
@@ -115,7 +127,8 @@ SingleInstance::Lock SingleInstance::TakeLock() {
         return Lock::Impossible;
     }
     const std::string path = LockPath().utf8_string();
-    // Never removed: a process that waits for a removed file would lock nothing.
+    // The file is never removed. A process that opened it just before would lock a file that no
+    // later process finds.
     FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
                              S_IRUSR | S_IWUSR));
     struct stat opened {};
@@ -133,7 +146,7 @@ SingleInstance::Lock SingleInstance::TakeLock() {
     struct stat named {};
     if (lstat(path.c_str(), &named) != 0 || named.st_ino != opened.st_ino ||
         named.st_dev != opened.st_dev) {
-        // Somebody has cleaned it away since it was opened, and the name stands for another by now.
+        // The file was removed after it was opened, so the lock is on a file without a name.
         return Lock::Held;
     }
     mLock = std::move(file);
@@ -155,7 +168,7 @@ bool SingleInstance::Greet(Greeting greeting) const {
         return false;
     }
     if (greeting == Greeting::CallToFront) {
-        // A full queue holds calls enough already.
+        // A full queue refuses the message, and holds enough calls already.
         send(caller.Get(), &kCallToFront, sizeof(kCallToFront), MSG_NOSIGNAL);
     }
     return true;
@@ -175,7 +188,7 @@ void SingleInstance::Listen(std::function<void()> onCalled) {
         return;
     }
     FileDescriptor listener = OpenSocket();
-    // What lies there is left from a process that broke down: the lock is ours.
+    // Any socket there was left by a process that broke down, since the lock is ours.
     unlink(address.sun_path);
     const mode_t before = umask(S_IXUSR | S_IRWXG | S_IRWXO);
     const bool isBound = bind(listener.Get(), Generic(address), sizeof(address)) == 0;

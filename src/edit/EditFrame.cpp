@@ -90,8 +90,7 @@ void EditFrame::BindCommands() {
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) {
-            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
-                         !mpDatabase->IsEmpty());
+            event.Enable(mpDatabase != nullptr && !mpDatabase->IsEmpty());
         },
         ID_EXPORT);
 }

@@ -37,23 +37,24 @@ enum : int {
     ID_INTRODUCTION = 10149
 };
 
-// Between what stands side by side, and around the rows of the form.
+// The room between controls that stand side by side, and around each row of the form.
 constexpr int kBorder = 5;
 constexpr int kRowBorder = 1;
 constexpr int kHeadingBorder = 2;
 constexpr int kTextWidth = 215;
-// What the window shows of the form at least, in lines of text.
+// The lines of text that the window shows of the form at least.
 constexpr int kLines = 17;
 
 constexpr int kLater = wxLEFT | wxRIGHT | wxBOTTOM;
 
-void LoadFont(FontControl& control, const wxString& key, bool withColour) {
+// A font with a colour key lets the platform's font dialog offer the colour too, where it can.
+void LoadFont(FontControl& control, const wxString& key, const wxString& colourKey) {
     wxFontData data;
     data.SetInitialFont(ReadFontSetting(key));
     data.SetAllowSymbols(false);
-    data.EnableEffects(withColour);
-    if (withColour) {
-        data.SetColour(ReadColourSetting(key + "Color"));
+    data.EnableEffects(!colourKey.empty());
+    if (!colourKey.empty()) {
+        data.SetColour(ReadColourSetting(colourKey));
     }
     control.SetFontData(data);
 }
@@ -111,7 +112,8 @@ void PreferencesDialog::CreateAppearance() {
     AddHeading(_("Appearance"));
     mpListFont = AddControl<FontControl>(_("List View Font:"), wxALL, ID_LIST_FONT);
     mpStudyFont = AddControl<FontControl>(_("Study Flash Card Font:"), kLater, ID_STUDY_FONT);
-    // The font dialog of some desktops, this one's too, has no colour to choose.
+    // The font dialogs of some desktops, GTK's among them, offer no colour, so it has a row of its
+    // own.
     mpStudyFontColor =
         AddControl<ColorControl>(_("Study Flash Card Font Color:"), kLater, ID_STUDY_FONT_COLOR);
     mpStudyColor = AddControl<ColorControl>(_("Study Flash Card Color:"), kLater, ID_STUDY_COLOR);
@@ -119,15 +121,14 @@ void PreferencesDialog::CreateAppearance() {
 
 void PreferencesDialog::CreateAdvanced() {
     AddHeading(_("Advanced"));
-    mpHeadingText = AddText(_("Introduction Options"), wxALL);
-    mpQuestionText = AddText(_("When would you like new cards introduced?"), wxALL);
+    const wxString question = _("When would you like new cards introduced?");
+    for (const wxString& text : {wxString(_("Introduction Options")), question}) {
+        AddText(text, wxALL)->Wrap(FromDIP(kTextWidth));
+    }
     wxArrayString entries;
     entries.Add(_("After Scheduled Review"));
     entries.Add(_("During Scheduled Review"));
-    mpIntroductionChoice = AddChoice(ID_INTRODUCTION, entries);
-    SetAccessibleName(*mpIntroductionChoice, mpQuestionText->GetLabelText());
-    mpHeadingText->Wrap(FromDIP(kTextWidth));
-    mpQuestionText->Wrap(FromDIP(kTextWidth));
+    mpIntroductionChoice = AddChoice(ID_INTRODUCTION, entries, question);
     mpIntroductionText = AddText(wxString(), wxALL);
     ShowDescription(false);
 
@@ -156,8 +157,7 @@ void PreferencesDialog::CreateStoreFile() {
     entries.Add(_("Move flash card store file to:"));
     entries.Add(_("Create a new flash card store file:"));
     entries.Add(_("Open flash card store file:"));
-    mpStoreChoice = AddChoice(ID_STORE_CHOICE, entries);
-    SetAccessibleName(*mpStoreChoice, _("Store File"));
+    mpStoreChoice = AddChoice(ID_STORE_CHOICE, entries, _("Store File"));
 
     mpNewPathText = new wxTextCtrl(mpForm, ID_NEW_PATH);
     SetAccessibleName(*mpNewPathText, _("New store file"));
@@ -198,18 +198,19 @@ Control* PreferencesDialog::AddControl(const wxString& label, int labelSides, in
     return control;
 }
 
-wxChoice* PreferencesDialog::AddChoice(int id, const wxArrayString& entries) {
-    auto* const choice = new wxChoice(mpForm, id, wxDefaultPosition, wxDefaultSize, entries);
-    choice->SetSelection(0);
+wxChoice* PreferencesDialog::AddChoice(int id, const wxArrayString& entries,
+                                       const wxString& spokenName) {
+    wxChoice* const choice = MakeChoice(*mpForm, id, entries);
+    SetAccessibleName(*choice, spokenName);
     mpFormSizer->Add(choice, wxSizerFlags().Border(wxALL, FromDIP(kRowBorder)));
     return choice;
 }
 
-// The description stays that of the first choice until the person makes one.
+// The description stays that of the first choice until the user makes a choice.
 void PreferencesDialog::LoadSettings() {
-    LoadFont(*mpListFont, kSettingBrowseFont, false);
-    LoadFont(*mpStudyFont, kSettingFont, true);
-    LoadColour(*mpStudyFontColor, "FontColor");
+    LoadFont(*mpListFont, kSettingBrowseFont, wxString());
+    LoadFont(*mpStudyFont, kSettingFont, kSettingFontColor);
+    LoadColour(*mpStudyFontColor, kSettingFontColor);
     LoadColour(*mpStudyColor, kSettingStudyBgColor);
     mpIntervalText->ChangeValue(
         wxString::Format("%i", ReadIntegerSetting(kSettingEarlyIntroductionInterval)));
@@ -218,8 +219,9 @@ void PreferencesDialog::LoadSettings() {
     mpIntervalText->Enable(early);
 }
 
-// Settings that could not be written, or that somebody else has changed, tell of another file than
-// the one that is open.
+// The setting names the open file in the user's own words, a link for example, and is shown while
+// it does. Settings that could not be written, or that were changed from outside, name another
+// file; then the path of the open one is shown.
 void PreferencesDialog::SetDatabase(Database* database) {
     mpDatabase = database;
     const wxString stored = ReadStringSetting(kSettingDatabasePath);

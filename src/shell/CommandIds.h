@@ -2,8 +2,8 @@
 
 #include <wx/defs.h>
 
-// The program's own command ids. Ids of the windowing library are used wherever one exists.
-// The library takes no id of 32767 or more, so the windows' ids lie together below that.
+// The program's own command ids. A command that the windowing library has an id for uses that one.
+// The windows' ids lie together, so that one handler takes their range.
 enum CommandId : int {
     ID_WINDOW_STUDY = 28000,
     ID_WINDOW_LIST = 28001,
@@ -42,5 +42,8 @@ enum CommandId : int {
     ID_COLUMN_CHAPTER = 32004,
     ID_COLUMN_FORWARD_EXCLUDE = 32005,
     ID_COLUMN_REVERSE_EXCLUDE = 32006,
-    ID_COLUMN_NOTES = 32007
+    ID_COLUMN_NOTES = 32007,
+    ID_COLUMN_CATEGORY = 32008,
+    ID_COLUMN_NEXT_REVIEW = 32009,
+    ID_COLUMN_INTERVAL = 32010
 };

@@ -43,8 +43,8 @@ void ShowPlace(wxScrolledWindow& form, const wxRect& place) {
     }
 }
 
-// The wheel belongs to a long text under the mouse, and to the form otherwise: choices and numbers
-// would take it for a change of their value.
+// Gives the wheel to a long text under the mouse, else to the form. Left alone, choices and number
+// fields would change their values when the user only wants to scroll.
 void OnWheel(wxScrolledWindow& form, wxMouseEvent& event) {
     const auto* const text = dynamic_cast<const wxTextCtrl*>(event.GetEventObject());
     const bool isLongText = text != nullptr && text->IsMultiLine() &&
@@ -74,7 +74,8 @@ void LetFormScroll(wxScrolledWindow& form) {
                   event.Skip();
                   wxRect place;
                   const void* const focus = FindFocusInside(form, place);
-                  // Only a change of focus scrolls; else nobody could scroll away from it.
+                  // Only a change of focus scrolls; otherwise the form would jump back to the
+                  // focus whenever the user scrolls away from it.
                   if (focus != last) {
                       last = focus;
                       if (focus != nullptr) {

@@ -15,11 +15,12 @@
 
 namespace {
 
+// One entry of the tables below, which read from top to bottom as the menus do.
 struct MenuRow {
-    // A command, a submenu's own id, or wxID_SEPARATOR for a line.
+    // A command, a submenu's own id, or wxID_SEPARATOR.
     int Id;
     const char* Label = "";
-    // A resource's name, for normal entries; null for none.
+    // The path of a resource, for normal entries, or null for none.
     const char* Picture = nullptr;
     wxItemKind Kind = wxITEM_NORMAL;
     const char* Help = "";
@@ -102,8 +103,8 @@ constexpr MenuRow kHelpRows[] = {
     kLine,
     {wxID_ABOUT, wxTRANSLATE("&About..."), "icons/about_menu.png"}};
 
-// Where a label names no key the toolkit shows the one that is usual for a library's id. That is
-// the right one but for the card's editor, which shares its id with the opening of files.
+// The library shows the usual key of its own ids where a label names none. Only Edit names its key:
+// it has the id of opening a file, whose usual key would be another.
 constexpr MenuRow kCardRows[] = {
     {wxID_NEW, wxTRANSLATE("&New"), "icons/newcard_menu.png", wxITEM_NORMAL,
      wxTRANSLATE("Creates a new flash card.")},
@@ -114,7 +115,8 @@ constexpr MenuRow kCardRows[] = {
     {wxID_PASTE, wxTRANSLATE("&Paste"), "icons/paste_menu.png"},
     {wxID_DELETE, wxTRANSLATE("&Delete"), "icons/delete_menu.png"}};
 
-// The translation of a text of the tables; the empty text would give the header of the catalog.
+// Translates a text of the tables. The translation of an empty text would be the catalogue's
+// header.
 wxString Translated(const char* text) {
     return *text == '\0' ? wxString() : wxGetTranslation(text);
 }
@@ -154,14 +156,14 @@ std::unique_ptr<wxMenu> BuildMenu(const MenuRow (&rows)[kCount]) {
     return BuildMenu(std::begin(rows), std::end(rows));
 }
 
-// A line that parts nothing: at the top, at the end or behind another line.
+// Tells whether a separator stands first, last or after another one.
 bool IsLooseLine(const wxMenu& menu, size_t position) {
     const wxMenuItem* const item = menu.FindItemByPosition(position);
     return item->IsSeparator() && (position == 0 || position + 1 == menu.GetMenuItemCount() ||
                                    menu.FindItemByPosition(position - 1)->IsSeparator());
 }
 
-// The colour is a copy, so it is taken anew whenever the desktop's colours change.
+// The frame keeps a copy of the colour, so it takes it anew whenever the desktop's colours change.
 void UseFaceColour(wxFrame& frame) {
     frame.SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     frame.Bind(wxEVT_SYS_COLOUR_CHANGED, [&frame](wxSysColourChangedEvent& event) {
@@ -210,7 +212,7 @@ void InitFrame(wxFrame& frame, const wxString&) {
         menu->Destroy(test);
     }
     frame.SetMenuBar(bar.release());
-    // The key of the entry that was taken out: a person of a desktop presses it all the same.
+    // The entry Close is not in the bar, but users of a desktop expect its key.
     const wxAcceleratorEntry close(wxACCEL_CTRL, 'W', wxID_CLOSE);
     frame.SetAcceleratorTable(wxAcceleratorTable(1, &close));
     frame.SetIcons(LoadApplicationIcon());

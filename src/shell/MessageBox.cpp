@@ -9,7 +9,7 @@
 
 int ShowMessageBox(const wxString& text, const wxString& caption, long style, wxWindow* parent) {
     wxMessageDialog box(parent, text, caption, style);
-    // The native window, and with it the title, exists only once the box runs.
+    // The native window, and with it the title, exists only while the box runs.
     box.CallAfter([&box, &caption] { box.wxTopLevelWindow::SetTitle(caption); });
     switch (box.ShowModal()) {
         case wxID_YES:

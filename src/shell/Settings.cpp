@@ -18,9 +18,10 @@
 
 namespace {
 
-// A greater size can only come from an accident in the file, and would fill the screen.
+// The largest font that is taken, in points. A greater one can only come from an accident in the
+// file, and one letter of it would fill the screen.
 constexpr double kLargestFont = 999.0;
-// No column is wider than the widest window.
+// The widest column that is taken, in pixels: the width of the widest window.
 constexpr long kWidestColumn = 32767;
 
 template <typename Value>
@@ -34,9 +35,10 @@ constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
 constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180}};
 constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingEarlyIntroduction, false},
                                                  {kSettingTest, false}};
-constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"}};
+constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"},
+                                                       {kSettingCardListShown, "Category"}};
 
-// The row of a key, or null.
+// Returns the row of a key, or null.
 template <typename Value, size_t kCount>
 const DefaultRow<Value>* FindDefault(const DefaultRow<Value> (&table)[kCount],
                                      const wxString& key) {
@@ -57,7 +59,8 @@ wxColour DefaultColour(const wxString& key) {
     return row == nullptr ? wxColour() : wxSystemSettings::GetColour(row->Default);
 }
 
-// One letter and three characters that are a number of at most 255, at a position of the text.
+// Reads one third of a colour text: its letter, and three characters that are a number of at most
+// 255.
 bool ParseColourGroup(const wxString& text, size_t position, char letter, unsigned char& part) {
     int32_t value = 0;
     size_t used = 0;
@@ -77,7 +80,7 @@ wxString SizeKey(wxString key) {
     return key;
 }
 
-// The widths as far as the tokens are numbers that a width can be.
+// Returns the widths that stand before the first token that is none.
 std::vector<int> ParseWidths(const wxString& text) {
     std::vector<int> widths;
     wxStringTokenizer tokens(text, ",", wxTOKEN_RET_EMPTY_ALL);
@@ -194,20 +197,17 @@ void SaveWindowPosition(const wxString& key, const wxString& application,
     }
 }
 
-void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
-                      const int* defaults, int count) {
+bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list) {
     const int columns = list.GetColumnCount();
     const std::vector<int> stored =
         ParseWidths(OpenSettingsFile(application)->Read(key, wxString()));
-    if (columns > 0 && stored.size() == static_cast<size_t>(columns)) {
-        for (int i = 0; i < columns; ++i) {
-            list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
-        }
-    } else if (defaults != nullptr) {
-        for (int i = 0; i < std::min(count, columns); ++i) {
-            list.SetColumnWidth(i, defaults[i]);
-        }
+    if (columns == 0 || stored.size() != static_cast<size_t>(columns)) {
+        return false;
     }
+    for (int i = 0; i < columns; ++i) {
+        list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
+    }
+    return true;
 }
 
 void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list) {

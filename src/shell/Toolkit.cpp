@@ -208,6 +208,21 @@ void KeepHeadingFont(wxListCtrl& list) {
     }
 }
 
+void FollowColours(wxListCtrl& list) {
+    list.Bind(wxEVT_SYS_COLOUR_CHANGED, [&list](wxSysColourChangedEvent& event) {
+        event.Skip();
+        const wxWindow& rows = GetRowsWindow(list);
+        list.SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_LISTBOX));
+        list.SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_LISTBOXTEXT));
+        for (wxWindow* const child : list.GetChildren()) {
+            if (child != &rows) {
+                child->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNTEXT));
+            }
+            child->Refresh();
+        }
+    });
+}
+
 void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole) {
     wxWindow& rows = GetRowsWindow(list);
     SetAccessibleName(rows, row.empty() ? whole : row);

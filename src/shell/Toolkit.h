@@ -39,6 +39,10 @@ wxWindow& GetRowsWindow(wxListCtrl& list);
 // height is bound to the desktop's.
 void KeepHeadingFont(wxListCtrl& list);
 
+// Gives a list control the new colours whenever those of the desktop change. The control copies its
+// colours when it is made, so it would go on with a background of the old theme.
+void FollowColours(wxListCtrl& list);
+
 // Makes a screen reader say the row that the keys act on, or what the whole list holds when the row
 // text is empty.
 void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole);

@@ -33,16 +33,13 @@ void StudyFrame::AddCardCommands() {
     AddCommand(
         ID_EXPORT, [this](bool) { OnExport(); },
         [this](wxUpdateUIEvent& event) {
-            // While a card is shown there is no need to count all cards.
-            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
-                         (HasCard() || !mpDatabase->IsEmpty()));
+            // A card on show spares the count of all cards.
+            event.Enable(mpDatabase != nullptr && (HasCard() || !mpDatabase->IsEmpty()));
         });
     AddCommand(
         wxID_OPEN, [this](bool) { OnEdit(); },
-        [this](wxUpdateUIEvent& event) { event.Enable(HasCard() && mServices.CanOpenEditor()); });
-    const auto clipboardRule = [this](wxUpdateUIEvent& event) {
-        event.Enable(HasCard() && mServices.CanPutCardsOnClipboard());
-    };
+        [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
+    const auto clipboardRule = [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); };
     AddCommand(
         wxID_CUT, [this](bool) { PutCardOnClipboard(true); }, clipboardRule);
     AddCommand(
@@ -80,6 +77,7 @@ void StudyFrame::OnDirection(bool reverse) {
     mpCardViewer->ScrollToTop();
     if (mReverseStudy != reverse) {
         mReverseStudy = reverse;
+        mServices.SetReverseStudy(reverse);
         mpScheduler->SetDirections(reverse ? kReviewReverse : kReviewForward);
     }
 }
