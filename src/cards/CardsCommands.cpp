@@ -217,6 +217,37 @@ bool InputFile::CopyPipe(const wxString& name) {
     return from != nullptr && to != nullptr && Copy(from.get(), to.get());
 }
 
+// Imports into an open store and tells the outcome.
+int Import(const InputFile& file, Store& store, bool json) {
+    ImportInput input;
+    input.FileName = file.GetPath();
+    GuessFormat(input, store.GetDatabase());
+    ImportResult result;
+    const int outcome = ImportCards(input, store.GetDatabase(), result, false, nullptr);
+    store.GetDatabase().Close();
+    if (outcome < 0 && !json) {
+        const wxString text =
+            result.LineNumber >= 1
+                ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
+                : result.Message;
+        return Refuse(text);
+    }
+    const bool isPrinted = PrintImport(result, json);
+    return outcome < 0 || !isPrinted ? kCardsRefused : kCardsDone;
+}
+
+// The import itself, into a copy of the store, or into an empty one where there is none.
+int TryImport(const InputFile& file, Store& store, bool json) {
+    const TemporaryDirectory directory;
+    Store copy(directory.GetPath() + "/" + kDefaultStoreName);
+    if (store.Exists() && CopyStoreFile(store.GetPath(), copy.GetPath()) < 0) {
+        return FailStore(
+            wxString::Format(_("The store \"%s\" cannot be copied."), store.GetPath()));
+    }
+    const int failure = copy.Open(Store::Use::kWriteOrCreate);
+    return failure == kCardsDone ? Import(file, copy, json) : failure;
+}
+
 int RunImport(const CardsOptions& options) {
     InputFile file;
     if (!file.Open(options.Operands.front())) {
@@ -226,26 +257,11 @@ int RunImport(const CardsOptions& options) {
         return Refuse(DatabaseFileMessage(options.Operands.front()));
     }
     Store store(options.Store);
-    if (const int failure = store.Open(Store::Use::kWriteOrCreate)) {
-        return failure;
+    if (options.DryRun) {
+        return TryImport(file, store, options.Json);
     }
-    ImportInput input;
-    input.FileName = file.GetPath();
-    GuessFormat(input, store.GetDatabase());
-    ImportResult result;
-    const int outcome = ImportCards(input, store.GetDatabase(), result, false, nullptr);
-    store.GetDatabase().Close();
-    if (outcome < 0 && !options.Json) {
-        const wxString text =
-            result.LineNumber >= 1
-                ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
-                : result.Message;
-        PrintError(text);
-    }
-    if ((outcome == 0 || options.Json) && !PrintImport(result, options.Json)) {
-        return kCardsRefused;
-    }
-    return outcome < 0 ? kCardsRefused : kCardsDone;
+    const int failure = store.Open(Store::Use::kWriteOrCreate);
+    return failure == kCardsDone ? Import(file, store, options.Json) : failure;
 }
 
 // Puts the cards of one category, or of all, into the order of their introduction.
@@ -429,7 +445,7 @@ int RunCheckStore(const wxString& path, bool json) {
 }
 
 // The store is asked for the cards that the list names by their identity. Where there is none, an
-// empty one does, which goes again.
+// empty one serves for the moment.
 int RunCheckList(const InputFile& file, const CardsOptions& options) {
     Store store(options.Store);
     const TemporaryDirectory directory;

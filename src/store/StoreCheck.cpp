@@ -1,6 +1,7 @@
 #include "store/StoreCheck.h"
 
 #include <sqlite3.h>
+#include <wx/filefn.h>
 #include <wx/intl.h>
 
 #include <memory>
@@ -38,6 +39,12 @@ constexpr RowCheck kRowChecks[] = {
     {"SELECT COUNT(*) FROM Cards WHERE Front IS NULL OR Back IS NULL",
      wxTRANSLATE("Cards without a front or a back: %i")}};
 
+Handle OpenHandle(const wxString& path, int flags) {
+    sqlite3* handle = nullptr;
+    sqlite3_open_v2(ToUtf8(path).c_str(), &handle, flags, nullptr);
+    return {handle, &sqlite3_close};
+}
+
 // The questions to one file.
 class Check {
   public:
@@ -52,16 +59,13 @@ class Check {
     StatementHandle Prepare(const char* sql);
     void AddEngineFault();
 
-    Handle mHandle{nullptr, &sqlite3_close};
+    const Handle mHandle;
 };
 
-Check::Check(const wxString& path) {
-    sqlite3* handle = nullptr;
-    sqlite3_open_v2(ToUtf8(path).c_str(), &handle, SQLITE_OPEN_READONLY, nullptr);
-    mHandle.reset(handle);
+Check::Check(const wxString& path) : mHandle(OpenHandle(path, SQLITE_OPEN_READONLY)) {
     // What stands in the schema of a file from anywhere is data.
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+    sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
 }
 
 void Check::Run() {
@@ -125,4 +129,23 @@ std::vector<wxString> CheckStoreFile(const wxString& path) {
     Check check(path);
     check.Run();
     return check.Faults;
+}
+
+int CopyStoreFile(const wxString& from, const wxString& to) {
+    int result = SQLITE_ERROR;
+    {
+        const Handle source = OpenHandle(from, SQLITE_OPEN_READONLY);
+        const Handle target = OpenHandle(to, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+        sqlite3_backup* const copy =
+            sqlite3_backup_init(target.get(), "main", source.get(), "main");
+        if (copy != nullptr) {
+            result = sqlite3_backup_step(copy, -1);
+            sqlite3_backup_finish(copy);
+        }
+    }
+    if (result == SQLITE_DONE) {
+        return 0;
+    }
+    wxRemoveFile(to);
+    return -1;
 }

@@ -75,7 +75,14 @@ class CardsRoad(RoadTest):
     def test_cards_in_and_out(self):
         two = self.sandbox.write("two.txt", TWO)
         outcome = {"inserted": 2, "merged": 0, "duplicates": 0, "message": "", "line": None}
+        self.assertEqual(outcome, self.cards("import", "--dry-run", two))
+        self.assertFalse(os.path.exists(self.sandbox.store))
         self.assertEqual(outcome, self.cards("import", two))
+        before = self.sandbox.store_bytes()
+        changed = self.sandbox.write("changed.txt", TWO.replace("eins", "ein"))
+        self.assertEqual({**outcome, "inserted": 0, "merged": 1, "duplicates": 1},
+                         self.cards("import", "--dry-run", changed))
+        self.assertEqual(before, self.sandbox.store_bytes())
         self.assertEqual({**outcome, "inserted": 0, "duplicates": 2}, self.cards("import", two))
         code, output, _ = self.run_cards("--json", "import", self.sandbox.write("bad.txt", FAULTS))
         self.assertEqual((1, 4), (code, json.loads(output)["line"]))
