@@ -13,6 +13,7 @@
 #include <wx/wfstream.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <list>
@@ -34,6 +35,7 @@
 #include "exchange/TextSink.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
+#include "store/StoreBackup.h"
 #include "store/StoreCheck.h"
 #include "store/StoreFiles.h"
 
@@ -49,6 +51,10 @@ int Refuse(const wxString& text) {
 int FailStore(const wxString& text) {
     PrintError(text);
     return kCardsStoreFailed;
+}
+
+int FinishOutput(bool isPrinted) {
+    return isPrinted ? int{kCardsDone} : Refuse(_("The output could not be written to its end."));
 }
 
 // The process has one thread, so a failure ends it where it happens.
@@ -217,6 +223,18 @@ bool InputFile::CopyPipe(const wxString& name) {
     return from != nullptr && to != nullptr && Copy(from.get(), to.get());
 }
 
+wxString SystemText(int error) {
+    return wxSysErrorMsgStr(static_cast<unsigned long>(error));
+}
+
+// Copies an open store into a file that is not there yet.
+int CopyTo(Store& store, const wxString& path) {
+    const int error = CopyOpenStore(store.GetDatabase(), path);
+    return error == 0 ? int{kCardsDone}
+                      : FailStore(wxString::Format(_("The store \"%s\" cannot be copied: %s."),
+                                                   store.GetPath(), SystemText(error)));
+}
+
 // Imports into an open store and tells the outcome.
 int Import(const InputFile& file, Store& store, bool json) {
     ImportInput input;
@@ -240,9 +258,15 @@ int Import(const InputFile& file, Store& store, bool json) {
 int TryImport(const InputFile& file, Store& store, bool json) {
     const TemporaryDirectory directory;
     Store copy(directory.GetPath() + "/" + kDefaultStoreName);
-    if (store.Exists() && CopyStoreFile(store.GetPath(), copy.GetPath()) < 0) {
-        return FailStore(
-            wxString::Format(_("The store \"%s\" cannot be copied."), store.GetPath()));
+    if (store.Exists()) {
+        int failure = store.Open(Store::Use::kRead);
+        if (failure == kCardsDone) {
+            failure = CopyTo(store, copy.GetPath());
+        }
+        if (failure != kCardsDone) {
+            return failure;
+        }
+        store.GetDatabase().Close();
     }
     const int failure = copy.Open(Store::Use::kWriteOrCreate);
     return failure == kCardsDone ? Import(file, copy, json) : failure;
@@ -310,9 +334,7 @@ int ExportThroughCopy(Database& database, const std::vector<int64_t>& rowIds,
                                  : std::fopen(ToUtf8(FullPath(options.Output)).c_str(), "wb"),
                              &std::fclose);
     std::FILE* const to = options.Output.empty() ? stdout : output.get();
-    return to != nullptr && Copy(copy.get(), to)
-               ? kCardsDone
-               : Refuse(_("The output could not be written to its end."));
+    return FinishOutput(to != nullptr && Copy(copy.get(), to));
 }
 
 int RunExport(const CardsOptions& options) {
@@ -376,7 +398,7 @@ int PrintCards(Database& database, const std::vector<int64_t>& rowIds, bool json
         }
     }
     isGood = isGood && (!json || PrintLine("]")) && std::fflush(stdout) == 0;
-    return isGood ? int{kCardsDone} : Refuse(_("The output could not be written to its end."));
+    return FinishOutput(isGood);
 }
 
 int RunList(const CardsOptions& options) {
@@ -426,14 +448,12 @@ int RunCounts(const CardsOptions& options) {
     const bool isPrinted = options.Command == CardsCommand::kDue
                                ? PrintDue(all, options.Json)
                                : PrintStats(store.GetPath(), all, options.Json);
-    return isPrinted ? int{kCardsDone} : Refuse(_("The output could not be written to its end."));
+    return FinishOutput(isPrinted);
 }
 
 int FinishCheck(const std::vector<ImportFault>& faults, bool json) {
-    if (!PrintFaults(faults, json)) {
-        return Refuse(_("The output could not be written to its end."));
-    }
-    return faults.empty() ? kCardsDone : kCardsRefused;
+    const int outcome = FinishOutput(PrintFaults(faults, json));
+    return faults.empty() ? outcome : kCardsRefused;
 }
 
 int RunCheckStore(const wxString& path, bool json) {
@@ -472,6 +492,74 @@ int RunCheck(const CardsOptions& options) {
                                           : RunCheckList(file, options);
 }
 
+// Makes a backup of an open store where backups lie. Returns its path, or the empty text when there
+// is none, as for a store without cards, or when it failed, which was told then.
+wxString MakeBackup(Store& store, BackupCause cause) {
+    const wxDateTime now = CurrentTime();
+    StoreBackups backups(BackupSettings(), [](const wxString& text) { PrintError(text); });
+    if (backups.Make(store.GetDatabase(), cause, now) != 0) {
+        return wxString();
+    }
+    const std::vector<StoreBackup> all = ListBackups(GetBackupDirectory(), store.GetPath());
+    return all.empty() || all.front().Time < now - wxTimeSpan::Seconds(1) ? wxString()
+                                                                          : all.front().Path;
+}
+
+int RunBackup(const CardsOptions& options) {
+    Store store(options.Store);
+    if (const int failure = store.Open(Store::Use::kRead)) {
+        return failure;
+    }
+    wxString path;
+    if (options.Operands.empty()) {
+        path = MakeBackup(store, BackupCause::kUser);
+        if (path.empty()) {
+            return FailStore(_("No backup was made."));
+        }
+    } else {
+        path = FullPath(options.Operands.front());
+        if (wxFileName::Exists(path)) {
+            return Refuse(wxString::Format(_("There is a file \"%s\" already."), path));
+        }
+        if (const int failure = CopyTo(store, path)) {
+            return failure;
+        }
+    }
+    store.GetDatabase().Close();
+    return FinishOutput(PrintPath(path, options.Json));
+}
+
+// Puts a backup in the place of the store. The store that goes is backed up first, unless nothing
+// of it can be read.
+int RunRestore(const CardsOptions& options) {
+    InputFile backup;
+    if (!backup.Open(options.Operands.front())) {
+        return kCardsRefused;
+    }
+    Store store(options.Store);
+    if (IsSameFile(backup.GetPath(), store.GetPath())) {
+        return Refuse(_("A store cannot be restored from itself."));
+    }
+    if (!store.KeepProgramOut()) {
+        return kCardsStoreFailed;
+    }
+    wxString kept;
+    if (store.Exists() && store.Open(Store::Use::kWrite) == kCardsDone) {
+        kept = MakeBackup(store, BackupCause::kRestore);
+        store.GetDatabase().Close();
+    }
+    const int error = RestoreBackup(backup.GetPath(), store.GetPath());
+    if (error == EILSEQ) {
+        return Refuse(
+            wxString::Format(_("The file \"%s\" is not a whole store."), options.Operands.front()));
+    }
+    if (error != 0) {
+        return FailStore(wxString::Format(_("The store \"%s\" cannot be replaced: %s."),
+                                          store.GetPath(), SystemText(error)));
+    }
+    return FinishOutput(kept.empty() || PrintPath(kept, options.Json));
+}
+
 }  // namespace
 
 int RunCardsCommand(const CardsOptions& options) {
@@ -487,6 +575,10 @@ int RunCardsCommand(const CardsOptions& options) {
             return RunCounts(options);
         case CardsCommand::kCheck:
             return RunCheck(options);
+        case CardsCommand::kBackup:
+            return RunBackup(options);
+        case CardsCommand::kRestore:
+            return RunRestore(options);
     }
     return kCardsUsage;
 }

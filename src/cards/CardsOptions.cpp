@@ -50,7 +50,9 @@ constexpr CommandRow kCommands[] = {
     {"list", CardsCommand::kList, 0, 1, "sjc", "list [--category NAME] [SEARCH]"},
     {"due", CardsCommand::kDue, 0, 0, "sj", "due"},
     {"check", CardsCommand::kCheck, 1, 1, "sj", "check FILE"},
-    {"stats", CardsCommand::kStats, 0, 0, "sj", "stats"}};
+    {"stats", CardsCommand::kStats, 0, 0, "sj", "stats"},
+    {"backup", CardsCommand::kBackup, 0, 1, "sj", "backup [FILE]"},
+    {"restore", CardsCommand::kRestore, 1, 1, "sj", "restore FILE"}};
 
 struct FormatRow {
     const char* Name;

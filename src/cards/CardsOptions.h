@@ -6,7 +6,7 @@
 
 #include "exchange/Export.h"
 
-enum class CardsCommand { kImport, kExport, kList, kDue, kCheck, kStats };
+enum class CardsCommand { kImport, kExport, kList, kDue, kCheck, kStats, kBackup, kRestore };
 
 // What the command line asks for.
 struct CardsOptions {

@@ -91,6 +91,10 @@ bool PrintImport(const ImportResult& result, bool json) {
                                              result.DuplicatesIgnored)));
 }
 
+bool PrintPath(const wxString& path, bool json) {
+    return json ? PrintJson({{"backup", ToUtf8(path)}}) : PrintLine(ToUtf8(path));
+}
+
 bool PrintFaults(const std::vector<ImportFault>& faults, bool json) {
     if (json) {
         Json rows = Json::array();

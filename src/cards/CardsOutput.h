@@ -54,6 +54,8 @@ bool PrintLine(const std::string& line);
 std::string Cell(const wxString& text);
 
 bool PrintImport(const ImportResult& result, bool json);
+// Prints the path of a backup.
+bool PrintPath(const wxString& path, bool json);
 bool PrintFaults(const std::vector<ImportFault>& faults, bool json);
 bool PrintDue(const std::vector<CategoryCounts>& categories, bool json);
 bool PrintStats(const wxString& store, const std::vector<CategoryCounts>& categories, bool json);

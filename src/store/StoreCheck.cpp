@@ -1,7 +1,6 @@
 #include "store/StoreCheck.h"
 
 #include <sqlite3.h>
-#include <wx/filefn.h>
 #include <wx/intl.h>
 
 #include <memory>
@@ -129,23 +128,4 @@ std::vector<wxString> CheckStoreFile(const wxString& path) {
     Check check(path);
     check.Run();
     return check.Faults;
-}
-
-int CopyStoreFile(const wxString& from, const wxString& to) {
-    int result = SQLITE_ERROR;
-    {
-        const Handle source = OpenHandle(from, SQLITE_OPEN_READONLY);
-        const Handle target = OpenHandle(to, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-        sqlite3_backup* const copy =
-            sqlite3_backup_init(target.get(), "main", source.get(), "main");
-        if (copy != nullptr) {
-            result = sqlite3_backup_step(copy, -1);
-            sqlite3_backup_finish(copy);
-        }
-    }
-    if (result == SQLITE_DONE) {
-        return 0;
-    }
-    wxRemoveFile(to);
-    return -1;
 }

@@ -9,7 +9,3 @@
 // only, under the engine's own lock, so that a store in use can be looked at too. Returns each
 // fault as a text for the user; none for a good store.
 std::vector<wxString> CheckStoreFile(const wxString& path);
-
-// Copies a store, whole and as of one moment, into a file that does not exist yet. Returns 0, or -1
-// with what there is of the copy removed.
-int CopyStoreFile(const wxString& from, const wxString& to);

@@ -123,6 +123,27 @@ class CardsRoad(RoadTest):
         self.assertEqual(1, code)
         self.assertIn("age 3", output)
 
+    def test_a_backup_brings_everything_back(self):
+        two = self.sandbox.write("two.txt", TWO)
+        self.cards("import", two)
+        copy = self.sandbox.path("copy.vlm")
+        self.assertEqual({"backup": copy}, self.cards("backup", copy))
+        own = self.cards("backup")["backup"]
+        self.assertTrue(own.startswith(self.sandbox.home), own)
+        for backup in (copy, own):
+            with self.subTest(backup):
+                self.assertEqual(1, self.run_cards("backup", backup)[0], "never written over")
+                self.change("UPDATE Cards SET Front='lost'")
+                kept = self.cards("restore", backup)["backup"]
+                self.assertEqual({"one", "two"}, {card["Front"] for card in self.cards("list")})
+                self.assertIn("lost", self.run_cards("--store", kept, "list")[1])
+                self.assertTrue(os.path.exists(backup))
+        before = self.sandbox.store_bytes()
+        for wrong in (two, "absent.vlm", self.sandbox.store):
+            self.assertEqual(1, self.run_cards("restore", wrong)[0], wrong)
+        self.assertEqual(before, self.sandbox.store_bytes())
+        self.sandbox.check_store()
+
     def test_a_slow_neighbour_never_blocks_the_store(self):
         self.cards("import", self.sandbox.sample("capitals.txt"))
         text = "".join(f"Front: {n}\nBack: {n}\n\n" for n in range(5000))
@@ -157,6 +178,7 @@ class CardsRoad(RoadTest):
         code, _, error = self.run_cards("import", two)
         self.assertEqual(3, code)
         self.assertIn("Velomind has the store", error)
+        self.assertEqual(3, self.run_cards("restore", self.cards("backup", self.sandbox.path("a.vlm"))["backup"])[0])
         self.assertEqual([], self.cards("list"))
         other = self.sandbox.path("other.vlm")
         self.assertEqual(2, self.cards("--store", other, "import", two)["inserted"])
