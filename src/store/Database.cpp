@@ -5,12 +5,14 @@
 #include <wx/intl.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "base/Process.h"
 #include "base/Unicode.h"
+#include "store/StoreFiles.h"
 
 Database::Database(FatalErrorReport& report)
     : mReport(report), mLastErrorText(FromUtf8(sqlite3_errstr(SQLITE_OK))) {}
@@ -45,6 +47,9 @@ void Database::CloseHandle() {
     ForgetStatements(CardTexts());
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
+    mDirectory.Close();
+    mSource.Close();
+    mConfirmedChanges = 0;
 }
 
 sqlite3_stmt* Database::GetStatement(const wxString& sql) {
@@ -105,6 +110,74 @@ int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
     return mStatementsInUse.erase(statement) == 1 ? 0 : -1;
 }
 
+void Database::SetBeforeChange(std::function<void()> hook) {
+    const Lock lock(mMutex);
+    mBeforeChange = std::move(hook);
+}
+
+void Database::AnnounceChange() {
+    const Lock lock(mMutex);
+    if (mBeforeChange && !mAnnouncing && IsOpen()) {
+        mAnnouncing = true;
+        mBeforeChange();
+        mAnnouncing = false;
+    }
+}
+
+int Database::CopyFile(const wxString& target, int32_t& cards) {
+    const Lock lock(mMutex);
+    if (!mSource.IsOpen()) {
+        mSource = FileDescriptor(::open(ToUtf8(GetPath()).c_str(), O_RDONLY | O_CLOEXEC));
+    }
+    if (!mSource.IsOpen()) {
+        return errno;
+    }
+    // The file stays locked for reading until the run ends. A StoreReadLock may be held already.
+    StatementRun reading(*this, GetStatement("SELECT count(*) FROM Globals;"));
+    int hasMoved = 1;
+    char version = 0;
+    sqlite3_file_control(mpHandle, "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    if (reading.Step("CopyFile") < 0 || CountAllCards(cards) < 0 || hasMoved != 0) {
+        return EIO;
+    }
+    // The file alone is not the whole store where another program has given it a write-ahead log.
+    constexpr off_t kVersionOffset = 18;
+    constexpr char kJournal = 1;
+    if (::pread(mSource.Get(), &version, 1, kVersionOffset) != 1 || version != kJournal) {
+        return ENOTSUP;
+    }
+    const FileDescriptor copy(
+        ::open(ToUtf8(target).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    return copy.IsOpen() ? CopyWholeFile(mSource.Get(), copy.Get()) : errno;
+}
+
+// The engine ends a commit by removing its journal and does not sync the directory after it. A
+// power cut could then bring the journal back, and the next start would play it back into the
+// store: the last answer would be taken back although the program had gone on.
+void Database::ConfirmChanges() {
+    const Lock lock(mMutex);
+    if (!mDirectory.IsOpen() || mChangeGroups > 0) {
+        return;
+    }
+    const int changes = sqlite3_total_changes(mpHandle);
+    if (changes != mConfirmedChanges) {
+        mConfirmedChanges = changes;
+        // A file system that cannot is no reason to fail.
+        ::fsync(mDirectory.Get());
+    }
+}
+
+StoreChangeGroup::StoreChangeGroup(Database& database) : mDatabase(database) {
+    const Database::Lock lock(mDatabase.mMutex);
+    ++mDatabase.mChangeGroups;
+}
+
+StoreChangeGroup::~StoreChangeGroup() {
+    const Database::Lock lock(mDatabase.mMutex);
+    --mDatabase.mChangeGroups;
+    mDatabase.ConfirmChanges();
+}
+
 int Database::ReportStepFailure(sqlite3_stmt* statement, const char* label, int result) {
     const Lock lock(mMutex);
     // The engine tells the true error only after a reset.
@@ -150,6 +223,7 @@ bool Database::Try(const std::function<void()>& ask) {
 
 int Database::Execute(const wxString& sql) {
     const Lock lock(mMutex);
+    AnnounceChange();
     return IsOpen() ? ExecuteText(sql) : -1;
 }
 
@@ -158,6 +232,7 @@ int Database::ExecuteText(const wxString& sql) {
         KeepError();
         return -1;
     }
+    ConfirmChanges();
     return 0;
 }
 

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <vector>
 
+#include "base/FileDescriptor.h"
 #include "base/Process.h"
 #include "store/CardRow.h"
 #include "store/FlashCard.h"
@@ -79,7 +80,8 @@ int RegisterSearchFunctions(sqlite3* handle);
 
 // The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
 // fails without touching anything. All operations return 0 or more on success and a negative value
-// on failure, with results through out arguments. Every statement commits by itself.
+// on failure, with results through out arguments. Every statement commits by itself, and its change
+// survives a power cut from then on.
 //
 // A file may come from anywhere and is data, never code: nothing in its schema is run. Triggers and
 // views are switched off, and a file whose cards, categories or values would be computed by the
@@ -114,6 +116,13 @@ class Database : public Subject {
     // Returns true when each of their steps succeeded and the store is still open. A list of row
     // ids counts as read when the cards of its first page could be read too.
     bool Try(const std::function<void()>& ask);
+
+    // Called before each statement that may change the open store, on its thread and with the store
+    // locked: it may read the store, must not change it, and must not wait for another thread.
+    void SetBeforeChange(std::function<void()> hook);
+    // Copies the store's file, as it is now, to a path where nothing is, under the store's own read
+    // lock. Returns 0 and the number of cards in it, or the system's number of the error.
+    int CopyFile(const wxString& target, int32_t& cards);
 
     // Card writes. A card without an identity is not inserted: -1.
     int InsertFlashCard(const FlashCard& card);
@@ -222,11 +231,17 @@ class Database : public Subject {
     // Marks the statement as used by that run, or as free with null. Returns -1 and changes nothing
     // when there is no statement or it is marked so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
+    // Tells of a statement that may change the store.
+    void AnnounceChange();
+    // Makes what changed since the last call survive a power cut. Called after each statement that
+    // ended.
+    void ConfirmChanges();
     // Reports a failed step with the store's path and returns the step's negative result. While a
     // store is being opened or tried nothing is reported.
     int ReportStepFailure(sqlite3_stmt* statement, const char* label, int result);
 
   private:
+    friend class StoreChangeGroup;
     using Lock = std::lock_guard<std::recursive_mutex>;
 
     // A statement member and the text that it is prepared from.
@@ -248,6 +263,7 @@ class Database : public Subject {
     int CreateStoreFile(const wxString& file, UpgradeWait& wait);
     int OpenFile(const wxString& file, UpgradeWait& wait);
     int OpenHandle(const wxString& file);
+    void OpenDirectory();
     int CheckSchema();
     int CheckSchemaTexts();
     int FindTable(const char* sql, bool& found);
@@ -322,6 +338,16 @@ class Database : public Subject {
     std::map<sqlite3_stmt*, StatementRun*> mStatementsInUse;
     int mLastErrorCode = SQLITE_OK;
     wxString mLastErrorText;
+    // The directory of the open store's file, to be synced.
+    FileDescriptor mDirectory;
+    // The store's file, opened for the first copy. It stays open while the engine has the file, as
+    // closing any descriptor of a file drops the locks that the process holds on it.
+    FileDescriptor mSource;
+    std::function<void()> mBeforeChange;
+    bool mAnnouncing = false;
+    // The engine's count of changed rows when the directory was last synced.
+    int mConfirmedChanges = 0;
+    int mChangeGroups = 0;
     mutable std::recursive_mutex mMutex;
 
     // One statement for each fixed text, named after the operation that runs it.
@@ -365,4 +391,18 @@ class Database : public Subject {
     sqlite3_stmt* mpCategoryInsertStmt = nullptr;
     sqlite3_stmt* mpUpdateCategoryStmt = nullptr;
     sqlite3_stmt* mpDeleteCategoryStmt = nullptr;
+};
+
+// While one lives, changes of the store are confirmed together when the last one ends: each is
+// still committed by itself and whole after a power cut, but the cut may take back the last of
+// them. For an import, which tells of success at its end only.
+class StoreChangeGroup {
+  public:
+    explicit StoreChangeGroup(Database& database);
+    ~StoreChangeGroup();
+    StoreChangeGroup(const StoreChangeGroup&) = delete;
+    StoreChangeGroup& operator=(const StoreChangeGroup&) = delete;
+
+  private:
+    Database& mDatabase;
 };

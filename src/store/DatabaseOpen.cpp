@@ -24,6 +24,7 @@
 #include <utility>
 
 #include "base/FileDescriptor.h"
+#include "base/Process.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
@@ -245,6 +246,17 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
     return ReadEachTree();
 }
 
+// Without its directory the store is used all the same, as safe from power cuts as the engine alone
+// makes it.
+void Database::OpenDirectory() {
+    const fs::path file = fs::u8path(sqlite3_db_filename(mpHandle, "main"));
+    mDirectory =
+        FileDescriptor(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!mDirectory.IsOpen()) {
+        VELOMIND_TRACE("cannot sync the directory of \"%s\"", FromUtf8(file.u8string()));
+    }
+}
+
 int Database::OpenHandle(const wxString& file) {
     const int result = sqlite3_open16(ToUtf16(file).c_str(), &mpHandle);
     if (result != SQLITE_OK || RegisterSearchFunctions(mpHandle) != SQLITE_OK) {
@@ -252,6 +264,7 @@ int Database::OpenHandle(const wxString& file) {
         return -1;
     }
     sqlite3_extended_result_codes(mpHandle, 1);
+    OpenDirectory();
     for (const auto& [option, value] : kSwitches) {
         sqlite3_db_config(mpHandle, option, value, nullptr);
     }

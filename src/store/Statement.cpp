@@ -94,6 +94,12 @@ int StatementRun::Step(const char* label) {
     if (mpStatement == nullptr) {
         return -1;
     }
+    if (!mHasStepped && sqlite3_stmt_readonly(mpStatement) == 0) {
+        mDatabase.AnnounceChange();
+        if (mpStatement == nullptr) {
+            return -1;
+        }
+    }
     int result = sqlite3_step(mpStatement);
     if ((result & 0xFF) == SQLITE_ERROR && PrepareAnew()) {
         result = sqlite3_step(mpStatement);
@@ -102,6 +108,7 @@ int StatementRun::Step(const char* label) {
     switch (result & 0xFF) {
         case SQLITE_DONE:
             mDone = true;
+            mDatabase.ConfirmChanges();
             return 0;
         case SQLITE_ROW:
             mDone = false;

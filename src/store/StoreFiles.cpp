@@ -1,6 +1,8 @@
 #include "store/StoreFiles.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <wx/confbase.h>
@@ -264,16 +266,12 @@ int MakeCopy(const fs::path& source, std::string& copyName) {
     return error;
 }
 
-int CopyAndDelete(const fs::path& source, const fs::path& target) {
-    // Without this right the original could not be deleted, so ask before anything is replaced.
-    if (::access(source.parent_path().c_str(), W_OK | X_OK) != 0) {
-        return errno;
-    }
+// On success the file that was at the target is set aside, to be deleted or put back.
+int PutCopy(const fs::path& source, const fs::path& target, ReplacedFile& replaced) {
     std::string copyName = TemporaryName(target);
     if (const int error = MakeCopy(source, copyName)) {
         return error;
     }
-    ReplacedFile replaced(target);
     int error = replaced.SetAside();
     if (error == 0 && std::rename(copyName.c_str(), target.c_str()) != 0) {
         error = errno;
@@ -283,6 +281,19 @@ int CopyAndDelete(const fs::path& source, const fs::path& target) {
         return error;
     }
     SyncDirectory(target);
+    return 0;
+}
+
+int CopyAndDelete(const fs::path& source, const fs::path& target) {
+    // Without this right the original could not be deleted, so ask before anything is replaced.
+    if (::access(source.parent_path().c_str(), W_OK | X_OK) != 0) {
+        return errno;
+    }
+    ReplacedFile replaced(target);
+    int error = PutCopy(source, target, replaced);
+    if (error != 0) {
+        return error;
+    }
     if (::unlink(source.c_str()) != 0) {
         error = errno;
         ::unlink(target.c_str());
@@ -378,6 +389,44 @@ int MoveStoreFile(const wxString& from, const wxString& to) {
 
 int CopyAndDeleteStoreFile(const wxString& from, const wxString& to) {
     return CopyAndDelete(ToPath(from), ToPath(to));
+}
+
+int CopyStoreFile(const wxString& from, const wxString& to) {
+    // The name may be a link to the store.
+    std::error_code error;
+    const fs::path name = ToPath(MakeStorePathFull(to));
+    const fs::path target = fs::is_symlink(name, error) ? fs::weakly_canonical(name, error) : name;
+    int result = error ? error.value() : CheckTarget(target);
+    if (result == 0) {
+        ReplacedFile replaced(target);
+        result = PutCopy(ToPath(from), target, replaced);
+        if (result == 0) {
+            replaced.Delete();
+        }
+    }
+    return result;
+}
+
+int CopyWholeFile(int source, int target) {
+    struct stat status {};
+    if (::fstat(source, &status) != 0) {
+        return errno;
+    }
+    off_t copied = 0;
+    if (::ioctl(target, FICLONE, source) == 0) {
+        copied = status.st_size;
+    }
+    while (copied < status.st_size) {
+        const auto rest = static_cast<size_t>(status.st_size - copied);
+        if (::copy_file_range(source, &copied, target, nullptr, rest, 0) <= 0) {
+            break;
+        }
+    }
+    // Where neither is offered, and for what came in meanwhile.
+    if (::lseek(source, copied, SEEK_SET) < 0 || ::lseek(target, copied, SEEK_SET) < 0) {
+        return errno;
+    }
+    return CopyBytes(source, target);
 }
 
 int DeleteStoreFile(const wxString& path) {

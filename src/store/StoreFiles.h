@@ -33,6 +33,14 @@ int MoveStoreFile(const wxString& from, const wxString& to);
 // the error's number with the store where it was.
 int CopyAndDeleteStoreFile(const wxString& from, const wxString& to);
 
+// Copies a store over another path, where a plain file may be, and puts it in place whole. Returns
+// 0, or the error's number with the file there as it was.
+int CopyStoreFile(const wxString& from, const wxString& to);
+
+// Copies all bytes from one open file to another, which is empty, in the quickest way that the file
+// systems offer, and makes them last. Returns 0 or the error's number.
+int CopyWholeFile(int source, int target);
+
 // Deletes a store file, and what the engine may have left beside it. Returns 0, or the error's
 // number with all of it still there.
 int DeleteStoreFile(const wxString& path);

@@ -53,6 +53,13 @@ constexpr char kInsertCards[] =
     "RIntroduced,RLastReview,RLastScore,RReviewInterval,RDifficulty,RNextReview,RERC"
     ") VALUES ";
 
+// Every card with its row id, by identity, in the columns of CardRow.
+constexpr char kSelectCardsById[] =
+    "SELECT CardId, Front, Back, CategoryId, Author, Chapter, IntroductionOrder, ForwardX, "
+    "ReverseX, Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, "
+    "RIntroduced, RLastReview, RLastScore, RReviewInterval, RDifficulty, RERC, ROWID FROM Cards "
+    "ORDER BY CardId;";
+
 // NAME is no type that the engine knows, which gives the column numeric affinity: the names "007"
 // and "7" are one name. Existing files have it so.
 constexpr char kCreateCategories[] =

@@ -1,32 +1,14 @@
 #include "store/StoreFiles.h"
 
-#include <sys/resource.h>
 #include <unistd.h>
 #include <wx/dir.h>
 #include <wx/filename.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <csignal>
 
 #include "support/StoreFixture.h"
 
 namespace {
-
-// No file of this process may grow beyond this many bytes while the object lives.
-struct FullDisk {
-    explicit FullDisk(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        Limit(bytes);
-    }
-    ~FullDisk() { Limit(RLIM_INFINITY); }
-    static void Limit(rlim_t bytes) {
-        rlimit limit{};
-        getrlimit(RLIMIT_FSIZE, &limit);
-        limit.rlim_cur = std::min(bytes, limit.rlim_max);
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-};
 
 struct StoreFilesTest : ::testing::Test {
     StoreFilesTest() { WriteBytes(mStore, mCards); }

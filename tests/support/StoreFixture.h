@@ -1,7 +1,10 @@
 #pragma once
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
+#include <algorithm>
+#include <csignal>
 #include <memory>
 #include <string>
 #include <utility>
@@ -30,6 +33,21 @@ std::string ReadBytes(const wxString& path);
 
 // A card with an id of its own and texts; the fields are public, so a test changes what it wants.
 FlashCard MakeCard(const wxString& front, const wxString& back, int32_t categoryId = 0);
+
+// No file of this process may grow beyond this many bytes while the object lives.
+struct FullDisk {
+    explicit FullDisk(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        Limit(bytes);
+    }
+    ~FullDisk() { Limit(RLIM_INFINITY); }
+    static void Limit(rlim_t bytes) {
+        rlimit limit{};
+        getrlimit(RLIMIT_FSIZE, &limit);
+        limit.rlim_cur = std::min(bytes, limit.rlim_max);
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+};
 
 // A real store file with one category "Default" (id 0), open.
 struct StoreFixture : ::testing::Test {

@@ -1,0 +1,343 @@
+#include "store/StoreBackup.h"
+
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/stdpaths.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <iterator>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "base/Time.h"
+#include "base/Unicode.h"
+#include "store/StoreFiles.h"
+#include "store/StoreSchema.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kExtension[] = ".vlm";
+
+struct CauseRow {
+    BackupCause Cause;
+    // In file names.
+    const char* Word;
+    const char* Name;
+};
+
+constexpr CauseRow kCauses[] = {
+    {BackupCause::kDay, "day", wxTRANSLATE("Before the first change of the day")},
+    {BackupCause::kImport, "import", wxTRANSLATE("Before an import")},
+    {BackupCause::kMerge, "merge", wxTRANSLATE("Before a merge of categories")},
+    {BackupCause::kMaintenance, "maintenance", wxTRANSLATE("Before maintenance")},
+    {BackupCause::kMove, "move", wxTRANSLATE("Before a move of the store file")},
+    {BackupCause::kReplace, "replace", wxTRANSLATE("Before the store file was replaced")},
+    {BackupCause::kRepair, "repair", wxTRANSLATE("Before a repair")},
+    {BackupCause::kRestore, "restore", wxTRANSLATE("Before another backup was restored")},
+    {BackupCause::kUser, "user", wxTRANSLATE("On request")},
+};
+
+const CauseRow& RowOf(BackupCause cause) {
+    return *std::find_if(std::begin(kCauses), std::end(kCauses),
+                         [&](const CauseRow& row) { return row.Cause == cause; });
+}
+
+// Takes the failures of a store that is only looked at.
+class NoReport : public FatalErrorReport {
+  public:
+    void Report(const wxString&) override {}
+    void DeliverPending() override {}
+};
+
+// For a file that needs no upgrade, as it was made of a store that is open.
+class NoUpgrade : public UpgradeWait {
+  public:
+    void WaitFor(wxThread&) override {}
+};
+
+// Opens another store quietly. The number of its cards, or -1.
+int32_t OpenToRead(Database& database, const wxString& path) {
+    const wxLogNull silence;
+    NoUpgrade wait;
+    int32_t count = 0;
+    return database.Open(path, wait) == 0 && database.CountAllCards(count) >= 0 ? count : -1;
+}
+
+wxString StemOf(const wxString& storePath) {
+    return wxFileName(storePath).GetName();
+}
+
+// "20261125T093000Z"
+wxString FormatBackupTime(const wxDateTime& time) {
+    wxString text = FormatTimeStamp(time);
+    text.Replace("-", "");
+    text.Replace(":", "");
+    text.Replace(" ", "T");
+    return text;
+}
+
+bool ParseBackupTime(const wxString& text, wxDateTime& time) {
+    const wxString stamp = text.Left(4) + "-" + text.Mid(4, 2) + "-" + text.Mid(6, 2) + " " +
+                           text.Mid(9, 2) + ":" + text.Mid(11, 2) + ":" + text.Mid(13, 2) + "Z";
+    // Only a text that is written the same again is one of ours.
+    return ParseTimeStamp(stamp, time) == 0 && FormatBackupTime(time) == text;
+}
+
+wxString BackupName(const wxString& stem, const wxDateTime& time, BackupCause cause) {
+    return stem + "." + FormatBackupTime(time) + "." + RowOf(cause).Word + kExtension;
+}
+
+// Reads the part of a name behind the stem, ".20261125T093000Z.import.vlm". False for other files.
+bool ParseBackupName(const wxString& rest, StoreBackup& backup) {
+    for (const CauseRow& row : kCauses) {
+        const wxString end = wxString(".") + row.Word + kExtension;
+        wxString time;
+        if (rest.StartsWith(".") && rest.EndsWith(end, &time) &&
+            ParseBackupTime(time.Mid(1), backup.Time)) {
+            backup.Cause = row.Cause;
+            return true;
+        }
+    }
+    return false;
+}
+
+// The cards of a store in the order of their identities.
+class CardWalk {
+  public:
+    explicit CardWalk(Database& database)
+        : mRun(database, database.GetStatement(kSelectCardsById)) {
+        Next();
+    }
+    void Next() { mHasFailed = mRun.Step("CardWalk") < 0; }
+    bool HasFailed() const { return mHasFailed; }
+    bool HasCard() const { return !mHasFailed && !mRun.IsDone(); }
+    int CompareIds(const CardWalk& other) const {
+        return mRun.ColumnUtf16(0).compare(other.mRun.ColumnUtf16(0));
+    }
+    bool HasSameContent(const CardWalk& other) const {
+        return IsSame(other, 1, kForwardScheduleColumn);
+    }
+    bool HasSameSchedule(const CardWalk& other) const {
+        return IsSame(other, kForwardScheduleColumn, kRowIdColumn);
+    }
+    int64_t RowId() const { return mRun.ColumnInt64(kRowIdColumn); }
+
+  private:
+    bool IsSame(const CardWalk& other, int first, int end) const {
+        for (; first < end; ++first) {
+            if (mRun.ColumnUtf16(first) != other.mRun.ColumnUtf16(first)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    StatementRun mRun;
+    bool mHasFailed = false;
+};
+
+wxString ReasonOf(int error) {
+    return wxSysErrorMsgStr(static_cast<unsigned long>(error));
+}
+
+}  // namespace
+
+wxString GetBackupDirectory() {
+    wxString data;
+    if (!wxGetEnv("XDG_DATA_HOME", &data) || !wxIsAbsolutePath(data)) {
+        data = wxFileName::GetHomeDir() + "/.local/share";
+    }
+    return data + "/velomind/backups";
+}
+
+wxString NameOfCause(BackupCause cause) {
+    return wxGetTranslation(RowOf(cause).Name);
+}
+
+std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& storePath) {
+    std::vector<StoreBackup> backups;
+    const wxString stem = StemOf(storePath);
+    std::error_code error;
+    for (fs::directory_iterator entry(fs::u8path(ToUtf8(directory)), error), end;
+         !error && entry != end; entry.increment(error)) {
+        const wxString name = FromUtf8(entry->path().filename().u8string());
+        StoreBackup backup;
+        wxString rest;
+        std::error_code unreadable;
+        if (name.StartsWith(stem, &rest) && ParseBackupName(rest, backup)) {
+            backup.Path = FromUtf8(entry->path().u8string());
+            backup.Bytes = entry->file_size(unreadable);
+            if (!unreadable) {
+                backups.push_back(backup);
+            }
+        }
+    }
+    std::sort(backups.begin(), backups.end(),
+              [](const StoreBackup& left, const StoreBackup& right) {
+                  return left.Time == right.Time ? left.Path > right.Path : left.Time > right.Time;
+              });
+    return backups;
+}
+
+BackupThinning ThinBackups(const std::vector<StoreBackup>& backups, const wxDateTime& now,
+                           const BackupSettings& settings) {
+    const wxDateTime twoDaysAgo = now - wxTimeSpan::Days(2);
+    const wxDateTime monthAgo = now - wxTimeSpan::Days(31);
+    BackupThinning thinning;
+    std::set<wxString> periods;
+    uint64_t bytes = 0;
+    size_t kept = 0;
+    for (const StoreBackup& backup : backups) {
+        const wxString day = backup.Time.FormatISODate();
+        const bool isFirstOfDay = periods.insert(day).second;
+        const bool isFirstOfMonth = periods.insert(day.Left(7)).second;
+        const bool staysByAge =
+            backup.Time >= twoDaysAgo || (backup.Time >= monthAgo ? isFirstOfDay : isFirstOfMonth);
+        if (kept >= settings.Least && !staysByAge) {
+            thinning.Gone.push_back(backup);
+            continue;
+        }
+        const bool fits = bytes + backup.Bytes <= settings.MostBytes;
+        if (kept >= settings.Least && !fits) {
+            thinning.Gone.push_back(backup);
+            ++thinning.GoneBySize;
+            continue;
+        }
+        thinning.IsOverLimit = thinning.IsOverLimit || !fits;
+        bytes += backup.Bytes;
+        ++kept;
+    }
+    return thinning;
+}
+
+int CopyOpenStore(Database& database, const wxString& target) {
+    int32_t expected = 0;
+    int error = database.CopyFile(target, expected);
+    if (error == 0) {
+        NoReport report;
+        Database copy(report);
+        error = OpenToRead(copy, target) == expected ? 0 : EIO;
+    }
+    if (error != 0 && error != EEXIST) {
+        std::error_code ignored;
+        fs::remove(fs::u8path(ToUtf8(target)), ignored);
+    }
+    return error;
+}
+
+int RestoreBackup(const wxString& backup, const wxString& storePath) {
+    {
+        NoReport report;
+        Database database(report);
+        if (!wxFileName::FileExists(backup) || OpenToRead(database, backup) < 0) {
+            return wxFileName::FileExists(backup) ? EILSEQ : ENOENT;
+        }
+    }
+    return CopyStoreFile(backup, storePath);
+}
+
+int CompareStores(Database& store, Database& backup, StoreDifference& difference) {
+    difference = StoreDifference();
+    if (backup.CountAllCards(difference.BackupCards) < 0) {
+        return -1;
+    }
+    CardWalk now(store);
+    CardWalk then(backup);
+    while (now.HasCard() || then.HasCard()) {
+        const int order = !now.HasCard() ? 1 : !then.HasCard() ? -1 : now.CompareIds(then);
+        if (order < 0) {
+            ++difference.Added;
+        } else if (order > 0) {
+            difference.MissingRowIds.push_back(then.RowId());
+        } else {
+            difference.Changed += now.HasSameContent(then) ? 0 : 1;
+            difference.Scored += now.HasSameSchedule(then) ? 0 : 1;
+        }
+        if (order <= 0) {
+            now.Next();
+        }
+        if (order >= 0) {
+            then.Next();
+        }
+    }
+    return now.HasFailed() || then.HasFailed() ? -1 : 0;
+}
+
+StoreBackups::StoreBackups(const BackupSettings& settings, Tell tell)
+    : mSettings(settings), mTell(std::move(tell)) {}
+
+wxString StoreBackups::GetDirectory() const {
+    return mSettings.Directory.empty() ? GetBackupDirectory() : mSettings.Directory;
+}
+
+int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& now) {
+    if (!mSettings.IsOn || database.IsEmpty()) {
+        return 0;
+    }
+    const fs::path directory = fs::u8path(ToUtf8(GetDirectory()));
+    std::error_code failure;
+    fs::create_directories(directory, failure);
+    int error = failure.value();
+    // Two in one second have two names.
+    for (wxDateTime time = now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
+        const wxString name = BackupName(StemOf(database.GetPath()), time, cause);
+        error = CopyOpenStore(database, FromUtf8((directory / ToUtf8(name)).u8string()));
+        if (error != EEXIST) {
+            break;
+        }
+    }
+    if (error != 0) {
+        TellOnce(wxString::Format(
+            _("No backup of the store file could be written to \"%s\" (%s). Your cards are safe in "
+              "the store file itself."),
+            GetDirectory(), ReasonOf(error)));
+        return error;
+    }
+    mTold.clear();
+    Thin(database.GetPath(), now);
+    return 0;
+}
+
+void StoreBackups::MakeDaily(Database& database, const wxDateTime& now) {
+    if (mDay.IsValid() && now.IsSameDate(mDay)) {
+        return;
+    }
+    mDay = now;
+    const std::vector<StoreBackup> backups = ListBackups(GetDirectory(), database.GetPath());
+    if (backups.empty() || !backups.front().Time.IsSameDate(now)) {
+        Make(database, BackupCause::kDay, now);
+    }
+}
+
+void StoreBackups::Thin(const wxString& storePath, const wxDateTime& now) {
+    const BackupThinning thinning =
+        ThinBackups(ListBackups(GetDirectory(), storePath), now, mSettings);
+    for (const StoreBackup& backup : thinning.Gone) {
+        std::error_code ignored;
+        fs::remove(fs::u8path(ToUtf8(backup.Path)), ignored);
+    }
+    if (thinning.IsOverLimit || thinning.GoneBySize > 0) {
+        const wxString limit = wxFileName::GetHumanReadableSize(wxULongLong(mSettings.MostBytes));
+        TellOnce(thinning.IsOverLimit
+                     ? wxString::Format(_("The newest backups of the store file take more than %s "
+                                          "together. They are kept all the same."),
+                                        limit)
+                     : wxString::Format(_("The backups of the store file would take more than %s. "
+                                          "The oldest have been deleted."),
+                                        limit));
+    }
+}
+
+void StoreBackups::TellOnce(const wxString& text) {
+    if (mTell && text != mTold) {
+        mTell(text);
+    }
+    mTold = text;
+}

@@ -1,0 +1,293 @@
+#include "faults/PowerCut.h"
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <mutex>
+#include <random>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+DiskRecording* gRecording = nullptr;
+std::recursive_mutex gMutex;
+
+template <typename Note>
+void Tell(bool succeeded, const Note& note) {
+    if (gRecording != nullptr && succeeded) {
+        const std::lock_guard<std::recursive_mutex> lock(gMutex);
+        note(*gRecording);
+    }
+}
+
+}  // namespace
+
+DiskRecording::DiskRecording(const fs::path& directory) : mDirectory(directory) {
+    for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+        if (entry.is_regular_file()) {
+            std::ostringstream bytes;
+            bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+            mFirstNames[NameOf(entry.path())] = mFileCount++;
+            mFirstContents.push_back(bytes.str());
+        }
+    }
+    mNames = mFirstNames;
+    // What is open already, as OnOpen would have seen it.
+    for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        const fs::path file = fs::read_symlink(entry.path(), error);
+        if (!error) {
+            OnOpen(std::stoi(entry.path().filename()), file, false);
+        }
+    }
+    gRecording = this;
+}
+
+DiskRecording::~DiskRecording() {
+    Stop();
+}
+
+void DiskRecording::Stop() {
+    gRecording = nullptr;
+}
+
+void DiskRecording::Mark() {
+    mCalls.push_back({Kind::kMark});
+}
+
+bool DiskRecording::IsInside(const std::string& path) const {
+    return path.rfind(mDirectory.string() + "/", 0) == 0;
+}
+
+std::string DiskRecording::NameOf(const std::string& path) const {
+    return path.substr(mDirectory.string().length() + 1);
+}
+
+std::string DiskRecording::Call::Directory() const {
+    return fs::path(NewName.empty() ? Name : NewName).parent_path();
+}
+
+void DiskRecording::OnOpen(int descriptor, const std::string& path, bool truncate) {
+    mDescriptors.erase(descriptor);
+    mDirectories.erase(descriptor);
+    if (path == mDirectory || (IsInside(path) && fs::is_directory(path))) {
+        mDirectories[descriptor] = path == mDirectory ? "" : NameOf(path);
+        return;
+    }
+    if (!IsInside(path)) {
+        return;
+    }
+    const auto [entry, isNew] = mNames.emplace(NameOf(path), mFileCount);
+    if (isNew) {
+        mCalls.push_back({Kind::kName, mFileCount++, entry->first});
+    } else if (truncate) {
+        mCalls.push_back({Kind::kTruncate, entry->second});
+    }
+    mDescriptors[descriptor] = entry->second;
+}
+
+void DiskRecording::OnWrite(int descriptor, const void* bytes, size_t count, int64_t offset) {
+    const auto known = mDescriptors.find(descriptor);
+    if (known != mDescriptors.end()) {
+        mCalls.push_back({Kind::kWrite, known->second, "", "",
+                          std::string(static_cast<const char*>(bytes), count), offset});
+    }
+}
+
+void DiskRecording::OnTruncate(int descriptor, int64_t size) {
+    const auto known = mDescriptors.find(descriptor);
+    if (known != mDescriptors.end()) {
+        mCalls.push_back({Kind::kTruncate, known->second, "", "", "", size});
+    }
+}
+
+void DiskRecording::OnSync(int descriptor) {
+    const auto file = mDescriptors.find(descriptor);
+    const auto directory = mDirectories.find(descriptor);
+    if (file != mDescriptors.end()) {
+        mCalls.push_back({Kind::kSync, file->second});
+    } else if (directory != mDirectories.end()) {
+        mCalls.push_back({Kind::kSyncDirectory, -1, (fs::path(directory->second) / ".").string()});
+    }
+}
+
+void DiskRecording::OnUnlink(const std::string& path) {
+    if (IsInside(path) && mNames.erase(NameOf(path)) > 0) {
+        mCalls.push_back({Kind::kUnlink, -1, NameOf(path)});
+    }
+}
+
+void DiskRecording::OnRename(const std::string& from, const std::string& to) {
+    if (IsInside(from) && IsInside(to)) {
+        mCalls.push_back({Kind::kRename, -1, NameOf(from), NameOf(to)});
+        Rename(mNames, mCalls.back());
+    }
+}
+
+void DiskRecording::Rename(Names& names, const Call& call) {
+    const auto file = names.find(call.Name);
+    if (file != names.end()) {
+        names[call.NewName] = file->second;
+        names.erase(call.Name);
+    }
+}
+
+std::vector<DiskRecording::Outcome> DiskRecording::Outcomes(size_t calls, unsigned fate) const {
+    std::minstd_rand random(fate);
+    const auto draw = [&] {
+        const auto number = fate > 1 ? random() % 5 : 0;
+        return fate == 1 || number > 2 ? Outcome::kWhole
+               : number == 2           ? Outcome::kTorn
+                                       : Outcome::kLost;
+    };
+    std::vector<Outcome> outcomes(calls, Outcome::kWhole);
+    std::map<int, bool> isSynced;
+    std::map<std::string, bool> isDirectorySynced;
+    // Backwards, as a sync counts for what was before it.
+    for (size_t i = calls; i-- > 0;) {
+        const Call& call = mCalls[i];
+        if (call.What == Kind::kSync) {
+            isSynced[call.File] = true;
+        } else if (call.What == Kind::kSyncDirectory) {
+            isDirectorySynced[call.Directory()] = true;
+        } else if (call.ChangesNames()) {
+            // Names keep their order: where one is there, all before it are.
+            bool& synced = isDirectorySynced[call.Directory()];
+            synced = synced || draw() == Outcome::kWhole;
+            outcomes[i] = synced ? Outcome::kWhole : Outcome::kLost;
+        } else if (!isSynced[call.File]) {
+            outcomes[i] = draw();
+        }
+    }
+    return outcomes;
+}
+
+size_t DiskRecording::Replay(size_t calls, unsigned fate, const fs::path& target) const {
+    const std::vector<Outcome> outcomes = Outcomes(calls, fate);
+    std::vector<std::string> contents = mFirstContents;
+    contents.resize(static_cast<size_t>(mFileCount));
+    Names names = mFirstNames;
+    size_t marks = 0;
+    for (size_t i = 0; i < calls; ++i) {
+        const Call& call = mCalls[i];
+        marks += call.What == Kind::kMark ? 1 : 0;
+        if (outcomes[i] == Outcome::kLost) {
+            continue;
+        }
+        const auto offset = static_cast<size_t>(call.Offset);
+        if (call.What == Kind::kName) {
+            names[call.Name] = call.File;
+        } else if (call.What == Kind::kUnlink) {
+            names.erase(call.Name);
+        } else if (call.What == Kind::kRename) {
+            Rename(names, call);
+        } else if (call.What == Kind::kTruncate) {
+            contents[static_cast<size_t>(call.File)].resize(offset);
+        } else if (call.What == Kind::kWrite) {
+            std::string& bytes = contents[static_cast<size_t>(call.File)];
+            const bool isTorn = outcomes[i] == Outcome::kTorn;
+            const size_t count = isTorn ? call.Bytes.length() / 2 : call.Bytes.length();
+            bytes.resize(std::max(bytes.length(), offset + count));
+            bytes.replace(offset, count, call.Bytes, 0, count);
+        }
+    }
+    for (const auto& [name, file] : names) {
+        fs::create_directories((target / name).parent_path());
+        std::ofstream(target / name, std::ios::binary) << contents[static_cast<size_t>(file)];
+    }
+    return marks;
+}
+
+// The calls of the system under their own names: what the program and its libraries link to. A call
+// without O_CREAT brings no mode, and the system does not look at it either.
+extern "C" {
+int RecordOpen(const char* path, int flags, unsigned mode) __asm__("open");
+int RecordOpen64(const char* path, int flags, unsigned mode) __asm__("open64");
+int RecordMkostemp(char* pattern, int flags) __asm__("mkostemp");
+int RecordMkostemp64(char* pattern, int flags) __asm__("mkostemp64");
+ssize_t RecordWrite(int descriptor, const void* bytes, size_t count) __asm__("write");
+ssize_t RecordPwrite(int descriptor, const void* bytes, size_t count, off_t at) __asm__("pwrite");
+ssize_t RecordPwrite64(int descriptor, const void* bytes, size_t count,
+                       off_t at) __asm__("pwrite64");
+int RecordTruncate(int descriptor, off_t size) __asm__("ftruncate");
+int RecordTruncate64(int descriptor, off_t size) __asm__("ftruncate64");
+int RecordSync(int descriptor) __asm__("fsync");
+int RecordDataSync(int descriptor) __asm__("fdatasync");
+int RecordUnlink(const char* path) __asm__("unlink");
+int RecordRemove(const char* path) __asm__("remove");
+int RecordRename(const char* from, const char* to) __asm__("rename");
+
+int RecordOpen(const char* path, int flags, unsigned mode) {
+    const auto descriptor = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+    Tell(descriptor >= 0, [&](DiskRecording& recording) {
+        recording.OnOpen(descriptor, path, (flags & O_TRUNC) != 0);
+    });
+    return descriptor;
+}
+int RecordOpen64(const char* path, int flags, unsigned mode) {
+    return RecordOpen(path, flags, mode);
+}
+int RecordMkostemp(char* pattern, int flags) {
+    static int count = 0;
+    const std::string number = std::to_string(100000 + ++count);
+    std::copy(number.begin(), number.end(), std::string_view(pattern).length() - 6 + pattern);
+    return RecordOpen(pattern, flags | O_RDWR | O_CREAT | O_EXCL, 0600);
+}
+int RecordMkostemp64(char* pattern, int flags) {
+    return RecordMkostemp(pattern, flags);
+}
+ssize_t RecordPwrite(int descriptor, const void* bytes, size_t count, off_t at) {
+    const ssize_t written = ::syscall(SYS_pwrite64, descriptor, bytes, count, at);
+    Tell(written > 0, [&](DiskRecording& recording) {
+        recording.OnWrite(descriptor, bytes, static_cast<size_t>(written), at);
+    });
+    return written;
+}
+ssize_t RecordPwrite64(int descriptor, const void* bytes, size_t count, off_t at) {
+    return RecordPwrite(descriptor, bytes, count, at);
+}
+ssize_t RecordWrite(int descriptor, const void* bytes, size_t count) {
+    const off_t at = gRecording == nullptr ? 0 : ::lseek(descriptor, 0, SEEK_CUR);
+    const ssize_t written = ::syscall(SYS_write, descriptor, bytes, count);
+    Tell(written > 0, [&](DiskRecording& recording) {
+        recording.OnWrite(descriptor, bytes, static_cast<size_t>(written), at);
+    });
+    return written;
+}
+int RecordTruncate(int descriptor, off_t size) {
+    const auto result = static_cast<int>(::syscall(SYS_ftruncate, descriptor, size));
+    Tell(result == 0, [&](DiskRecording& recording) { recording.OnTruncate(descriptor, size); });
+    return result;
+}
+int RecordTruncate64(int descriptor, off_t size) {
+    return RecordTruncate(descriptor, size);
+}
+int RecordSync(int descriptor) {
+    const auto result = static_cast<int>(::syscall(SYS_fsync, descriptor));
+    Tell(result == 0, [&](DiskRecording& recording) { recording.OnSync(descriptor); });
+    return result;
+}
+int RecordDataSync(int descriptor) {
+    return RecordSync(descriptor);
+}
+int RecordUnlink(const char* path) {
+    const auto result = static_cast<int>(::syscall(SYS_unlink, path));
+    Tell(result == 0, [&](DiskRecording& recording) { recording.OnUnlink(path); });
+    return result;
+}
+int RecordRemove(const char* path) {
+    const int result = RecordUnlink(path);
+    return result == 0 ? 0 : static_cast<int>(::syscall(SYS_rmdir, path));
+}
+int RecordRename(const char* from, const char* to) {
+    const auto result = static_cast<int>(::syscall(SYS_rename, from, to));
+    Tell(result == 0, [&](DiskRecording& recording) { recording.OnRename(from, to); });
+    return result;
+}
+}
