@@ -12,6 +12,7 @@
 #include <wx/log.h>
 #include <wx/wfstream.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -501,8 +502,11 @@ wxString MakeBackup(Store& store, BackupCause cause) {
         return wxString();
     }
     const std::vector<StoreBackup> all = ListBackups(GetBackupDirectory(), store.GetPath());
-    return all.empty() || all.front().Time < now - wxTimeSpan::Seconds(1) ? wxString()
-                                                                          : all.front().Path;
+    // Names have whole seconds.
+    const auto made = std::find_if(all.begin(), all.end(), [&](const StoreBackup& backup) {
+        return backup.Cause == cause && backup.Time > now - wxTimeSpan::Seconds(1);
+    });
+    return made == all.end() ? wxString() : made->Path;
 }
 
 int RunBackup(const CardsOptions& options) {
