@@ -51,6 +51,12 @@ class Desktop:
 
     # False where only the programs themselves can tell of their windows.
     tells_windows = True
+    # Whether windows lie where programs put them.
+    has_places = False
+
+    def launch_environment(self):
+        """What a launcher of this desktop adds to the environment of a program."""
+        return {}
 
     def take_settled(self, path, window=None, unlike=""):
         """A picture of what no longer changes, and is not that of the given signature. Gives the
@@ -68,6 +74,8 @@ class Desktop:
 
 class X11(Desktop):
     """An X display with a window manager that tells the active window."""
+
+    has_places = True
 
     def __init__(self, display=None):
         self._environment = dict(os.environ, **{"DISPLAY": display} if display else {})
@@ -97,6 +105,10 @@ class X11(Desktop):
 
     def activate(self, window):
         self._run("xdotool", "windowactivate", window)
+
+    def put_away(self, window):
+        """Takes a window out of sight, as a person does who turns to something else."""
+        self._run("xdotool", "windowminimize", window)
 
     def title(self, window):
         return (self._run("xdotool", "getwindowname", window) or "").rstrip("\n")
@@ -128,6 +140,7 @@ class Weston(X11):
     its windows, and so the pointer finds nothing either."""
 
     tells_windows = False
+    has_places = False
 
     def __init__(self):
         super().__init__(os.environ["OUTER_DISPLAY"])
@@ -161,7 +174,8 @@ class VirtualInput:
     the object that it is for, its length and the number of the request."""
 
     _DISPLAY = 1
-    _USED = (b"wl_seat", b"zwp_virtual_keyboard_manager_v1", b"zwlr_virtual_pointer_manager_v1")
+    _USED = (b"wl_seat", b"zwp_virtual_keyboard_manager_v1", b"zwlr_virtual_pointer_manager_v1",
+             b"xdg_activation_v1")
 
     def __init__(self, address):
         self._socket = socket.socket(socket.AF_UNIX)
@@ -181,7 +195,7 @@ class VirtualInput:
                     bound[interface] = self._new_id()
                     # The interface goes back as it came, with its length and padding.
                     self._send(registry, 0, name, body[4:-4], 1, bound[interface])
-        seat, keyboards, pointers = (bound[interface] for interface in self._USED)
+        seat, keyboards, pointers, self._activation = (bound[interface] for interface in self._USED)
         self._keyboard = self._new_id()
         self._send(keyboards, 0, seat, self._keyboard)
         self._pointer = self._new_id()
@@ -241,6 +255,14 @@ class VirtualInput:
         self._send(self._pointer, 1, self._now(), x, y, width, height)
         self._send(self._pointer, 4)
         self._wait()
+
+    def activation_token(self):
+        """What a launcher gives to a program, so that it may bring a window to the front."""
+        token = self._new_id()
+        self._send(self._activation, 1, token)
+        self._send(token, 3)
+        told = next(body for sender, _, body in self._wait() if sender == token)
+        return told[4:].split(b"\0")[0].decode()
 
     def button(self, code, down):
         self._send(self._pointer, 2, self._now(), code, int(down))
@@ -311,6 +333,13 @@ class Sway(Desktop):
 
     def activate(self, window):
         self._ask(self._COMMAND, f"[con_id={window}] focus")
+
+    def launch_environment(self):
+        return {"XDG_ACTIVATION_TOKEN": self._input.activation_token()}
+
+    def put_away(self, _window):
+        """Takes a window out of sight, as a person does who turns to something else."""
+        self._ask(self._COMMAND, "workspace away")
 
     def title(self, window):
         return (self._node(window) or {}).get("name") or ""

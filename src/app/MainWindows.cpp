@@ -87,13 +87,13 @@ void MainWindows::CloseAll() {
     }
 }
 
-void BringToFront(wxFrame& frame) {
-    if (!frame.IsShown()) {
+void BringToFront(wxTopLevelWindow& window) {
+    if (!window.IsShown()) {
         return;
     }
-    frame.Raise();
-    if (frame.IsIconized()) {
-        frame.Iconize(false);
+    window.Raise();
+    if (window.IsIconized()) {
+        window.Iconize(false);
     }
 }
 

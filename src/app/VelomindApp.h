@@ -60,7 +60,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void DisableMissingCommands();
     wxFrame* MakeListWindow();
     wxFrame* MakeStudyWindow();
-    void ComeToFront();
+    void ComeToFront(const wxString& token);
 
     void OnWindowCommand(wxCommandEvent& event);
     void OnNewCard(wxCommandEvent& event);

@@ -21,6 +21,7 @@
 #include "shell/MenuBar.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "storefile/CategoryList.h"
@@ -82,16 +83,18 @@ bool HasFocusIn(const wxWindow& control) {
 
 }  // namespace
 
-// A search field whose menu opens below it. The library gives the platform a place counted from the
-// corner of the field for one counted from that of the window, so that the menu opens elsewhere.
+// A search field whose menu opens below it. On Wayland the library counts the place of the menu
+// from the corner of the surrounding window and not of the field; the window around the field opens
+// a menu in the right place on every platform.
 class SearchField : public wxSearchCtrl {
   public:
     using wxSearchCtrl::wxSearchCtrl;
 
   protected:
     bool DoPopupMenu(wxMenu* menu, int x, int y) override {
-        const wxPoint place = GetPosition();
-        return wxSearchCtrl::DoPopupMenu(menu, place.x + x, place.y + y);
+        // A menu has one invoking window at a time, and gets the other one here.
+        menu->SetInvokingWindow(nullptr);
+        return GetParent()->PopupMenu(menu, GetPosition() + wxPoint(x, y));
     }
 };
 
@@ -186,6 +189,7 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
     mpSearchCtrl->SetMinSize(wxSize(kSearchWidth, -1));
     mpSearchCtrl->SetMaxSize(wxSize(kWidestSearch, -1));
     SetAccessibleName(*mpSearchCtrl, _("Search"));
+    TextUndo::AttachTo(*mpSearchCtrl);
     row.Add(mpSearchCtrl, 5, wxEXPAND);
     mpSearchMenuButton = new wxDropDownButton(this, kSearchMenuId, wxString(), "searchMenuButton");
     mpSearchMenuButton->SetToolTip(_("Recent Searches"));

@@ -76,7 +76,6 @@ CardListCtrl::CardListCtrl(CardList& owner)
     SetAdvice(wxString());
     mpEmptyNotice->Hide();
     TellRow(*this, wxString(), _("Cards"));
-    FollowColours(*this);
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CardListCtrl::OnItemFocused, this);
     GetRowsWindow(*this).Bind(wxEVT_SET_FOCUS, &CardListCtrl::OnRowsFocused, this);
     Bind(wxEVT_LEFT_DOWN, &CardListCtrl::OnLeftDown, this);

@@ -21,6 +21,7 @@ constexpr char kSettingStudyBgColor[] = "StudyBgColor";
 constexpr char kSettingBrowseFont[] = "BrowseFont";
 constexpr char kSettingCardLayout[] = "CardLayout";
 constexpr char kSettingCompactScoring[] = "CompactScoring";
+constexpr char kSettingStudyTextStep[] = "StudyTextStep";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";

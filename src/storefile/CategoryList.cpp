@@ -41,7 +41,6 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
     SetSmallImages(images);
     AppendColumn(_("Category"));
     TellRow(*this, wxString(), _("Categories"));
-    FollowColours(*this);
     UseFont();
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
     Bind(

@@ -96,8 +96,8 @@ class AccessRoad(RoadTest):
         self.look_and_tab(LIST_WINDOW)
         self.program.click("Category: Capitals")
         wait_until(lambda: ["Capitals"] == [control.name for control in
-                                            self.look_at_active("the categories")
-                                            if control.focused], "the categories")
+                                            self.look_at_active("the drop-down list")
+                                            if control.focused], "the drop-down list")
         press("Escape")
         self.dialogs(LIST_WINDOW, ("Tools", "Options...", "Options"),
                      ("Help", "About...", "About Velomind"),

@@ -170,8 +170,8 @@ class Program:
         self._sandbox = sandbox
         with open(self._error_path, "wb") as errors:
             self.process = subprocess.Popen(
-                [BINARY, *arguments], env=sandbox.environment(),
-                cwd=sandbox.root, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
+                [BINARY, *arguments],
+                env={**sandbox.environment(), **DESKTOP.launch_environment()}, cwd=sandbox.root, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
 
     def error_text(self):
         with open(self._error_path, encoding="utf-8", errors="replace") as file:
@@ -245,13 +245,13 @@ class Program:
         """Each Control that the active window shows; asks for let_read_windows."""
         return self._sandbox.bus.controls(self.process.pid)
 
-    def click(self, label):
+    def click(self, label, times=1):
         """Clicks the button, menu or entry of that label; asks for let_read_windows."""
         node, x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
                                 f"“{label}” to click at")
         self.settle()
         if DESKTOP.tells_windows:
-            DESKTOP.click(x, y)
+            DESKTOP.click(x, y, times=times)
         else:
             self._press_control(label, node)
 

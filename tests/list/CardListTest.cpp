@@ -1,5 +1,7 @@
 #include "ListFixture.h"
 
+#include "shell/Toolkit.h"
+
 struct CardListTest : ListTest {
     long FocusedRow() { return Cards().GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
     // Cards numbered from 0, with these fronts.
@@ -255,8 +257,7 @@ TEST_F(CardListTest, ListsTakeTheNewColoursOfTheDesktop) {
     for (wxListCtrl* const list :
          {static_cast<wxListCtrl*>(&Cards()), static_cast<wxListCtrl*>(&Categories())}) {
         list->SetBackgroundColour(*wxRED);
-        wxSysColourChangedEvent changed;
-        mpFrame->ProcessWindowEvent(changed);
+        TakeDesktopStyle(*mpFrame);
         EXPECT_EQ(list->GetChildren().front()->GetBackgroundColour(),
                   wxSystemSettings::GetColour(wxSYS_COLOUR_LISTBOX));
     }
