@@ -39,6 +39,7 @@
 #include "store/StoreBackup.h"
 #include "store/StoreCheck.h"
 #include "store/StoreFiles.h"
+#include "store/StoreRepair.h"
 
 namespace {
 
@@ -564,6 +565,29 @@ int RunRestore(const CardsOptions& options) {
     return FinishOutput(kept.empty() || PrintPath(kept, options.Json));
 }
 
+// Leaves the damaged file as it is, and the store of the settings alone.
+int RunRepair(const CardsOptions& options) {
+    const wxString damaged = FullPath(options.Operands[0]);
+    const wxString target = FullPath(options.Operands[1]);
+    if (!wxFileName::FileExists(damaged) || !wxFileName::IsFileReadable(damaged)) {
+        return Refuse(wxString::Format(_("The file \"%s\" cannot be read."), options.Operands[0]));
+    }
+    if (wxFileName::Exists(target)) {
+        return Refuse(wxString::Format(_("There is a file \"%s\" already."), target));
+    }
+    RepairReport report;
+    const int error = RepairStore(damaged, target, report);
+    if (error == EILSEQ) {
+        return Refuse(
+            wxString::Format(_("Nothing of a store was found in \"%s\"."), options.Operands[0]));
+    }
+    if (error != 0) {
+        return FailStore(wxString::Format(_("The store \"%s\" cannot be written: %s."), target,
+                                          SystemText(error)));
+    }
+    return FinishOutput(PrintRepair(report, options.Json));
+}
+
 }  // namespace
 
 int RunCardsCommand(const CardsOptions& options) {
@@ -583,6 +607,8 @@ int RunCardsCommand(const CardsOptions& options) {
             return RunBackup(options);
         case CardsCommand::kRestore:
             return RunRestore(options);
+        case CardsCommand::kRepair:
+            return RunRepair(options);
     }
     return kCardsUsage;
 }

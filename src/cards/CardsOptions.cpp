@@ -52,7 +52,8 @@ constexpr CommandRow kCommands[] = {
     {"check", CardsCommand::kCheck, 1, 1, "sj", "check FILE"},
     {"stats", CardsCommand::kStats, 0, 0, "sj", "stats"},
     {"backup", CardsCommand::kBackup, 0, 1, "sj", "backup [FILE]"},
-    {"restore", CardsCommand::kRestore, 1, 1, "sj", "restore FILE"}};
+    {"restore", CardsCommand::kRestore, 1, 1, "sj", "restore FILE"},
+    {"repair", CardsCommand::kRepair, 2, 2, "j", "repair DAMAGED NEW"}};
 
 struct FormatRow {
     const char* Name;

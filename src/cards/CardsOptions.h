@@ -6,7 +6,17 @@
 
 #include "exchange/Export.h"
 
-enum class CardsCommand { kImport, kExport, kList, kDue, kCheck, kStats, kBackup, kRestore };
+enum class CardsCommand {
+    kImport,
+    kExport,
+    kList,
+    kDue,
+    kCheck,
+    kStats,
+    kBackup,
+    kRestore,
+    kRepair
+};
 
 // What the command line asks for.
 struct CardsOptions {

@@ -8,6 +8,7 @@
 #include "exchange/ImportJob.h"
 #include "exchange/ImportPass.h"
 #include "exchange/TextSink.h"
+#include "store/StoreRepair.h"
 
 namespace {
 
@@ -93,6 +94,15 @@ bool PrintImport(const ImportResult& result, bool json) {
 
 bool PrintPath(const wxString& path, bool json) {
     return json ? PrintJson({{"backup", ToUtf8(path)}}) : PrintLine(ToUtf8(path));
+}
+
+bool PrintRepair(const RepairReport& report, bool json) {
+    return json ? PrintJson({{"cards", report.Cards},
+                             {"remade", report.Remade},
+                             {"lost", report.Lost},
+                             {"categories", report.Categories},
+                             {"namelessCategories", report.NamelessCategories}})
+                : PrintLine(ToUtf8(DescribeRepair(report)));
 }
 
 bool PrintFaults(const std::vector<ImportFault>& faults, bool json) {

@@ -12,6 +12,7 @@
 
 struct ImportFault;
 struct ImportResult;
+struct RepairReport;
 
 // What velomind-cards prints on standard output: lines for people and simple scripts, or JSON. No
 // lock on the store may be held meanwhile, as the reader of a pipe may take its time.
@@ -56,6 +57,7 @@ std::string Cell(const wxString& text);
 bool PrintImport(const ImportResult& result, bool json);
 // Prints the path of a backup.
 bool PrintPath(const wxString& path, bool json);
+bool PrintRepair(const RepairReport& report, bool json);
 bool PrintFaults(const std::vector<ImportFault>& faults, bool json);
 bool PrintDue(const std::vector<CategoryCounts>& categories, bool json);
 bool PrintStats(const wxString& store, const std::vector<CategoryCounts>& categories, bool json);

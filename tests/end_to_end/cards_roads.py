@@ -144,6 +144,22 @@ class CardsRoad(RoadTest):
         self.assertEqual(before, self.sandbox.store_bytes())
         self.sandbox.check_store()
 
+    def test_a_damaged_store_gives_its_cards_to_a_new_one(self):
+        self.cards("import", self.sandbox.sample("capitals.txt"))
+        with open(self.sandbox.store, "r+b") as file:
+            file.seek(8 * 4096)
+            file.write(bytes(4096))
+        damaged = self.sandbox.store_bytes()
+        new = self.sandbox.path("new.vlm")
+        told = self.cards("repair", self.sandbox.store, new)
+        listed = json.loads(self.run_cards("--json", "--store", new, "list")[1])
+        self.assertEqual(told["cards"] + told["remade"], len(listed))
+        self.assertGreater(len(listed), 100)
+        self.assertEqual([], self.cards("check", new))
+        self.assertEqual(damaged, self.sandbox.store_bytes())
+        for wrong in (("absent.vlm", "b.vlm"), (self.sandbox.store, new), (self.sandbox.write("t", TWO), "b.vlm")):
+            self.assertEqual(1, self.run_cards("repair", *wrong)[0], wrong)
+
     def test_a_slow_neighbour_never_blocks_the_store(self):
         self.cards("import", self.sandbox.sample("capitals.txt"))
         text = "".join(f"Front: {n}\nBack: {n}\n\n" for n in range(5000))
