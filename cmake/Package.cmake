@@ -26,8 +26,10 @@ function(velomind_compress source name directory)
   install(FILES ${target} DESTINATION ${directory})
 endfunction()
 
-configure_file(${packaging}/velomind.1.in ${packaged}/velomind.1 @ONLY)
-velomind_compress(${packaged}/velomind.1 velomind.1 ${CMAKE_INSTALL_MANDIR}/man1)
+foreach(program velomind velomind-cards)
+  configure_file(${packaging}/${program}.1.in ${packaged}/${program}.1 @ONLY)
+  velomind_compress(${packaged}/${program}.1 ${program}.1 ${CMAKE_INSTALL_MANDIR}/man1)
+endforeach()
 velomind_compress(${packaging}/changelog changelog.Debian ${docdir})
 velomind_compress(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${docdir})
 add_custom_target(velomind_package_data ALL DEPENDS ${compressed})
@@ -43,6 +45,8 @@ install(FILES ${packaged}/copyright DESTINATION ${docdir})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION ${docdir}/examples)
 install(FILES ${packaging}/lintian-overrides
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME velomind)
+install(FILES ${packaging}/velomind-cards.bash-completion
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME velomind-cards)
 install(FILES ${packaging}/velomind.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${packaging}/org.example.velomind.metainfo.xml
   DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)

@@ -2,21 +2,7 @@
 
 #include <wx/string.h>
 
-#include <string>
-#include <vector>
-
 class wxCmdLineParser;
-
-// Sets characters and messages to the user's locale, or to UTF-8 where that has only single bytes,
-// and numbers to a decimal point in any locale. Call it first in main.
-void SetUpCharacters();
-
-// Returns the words of the command line in the characters of SetUpCharacters. The library would
-// convert them by the locale in which the process started.
-std::vector<std::wstring> ReadCommandWords(int argc, char** argv);
-
-// Translates the program's texts into the user's language, if a catalogue for it is installed.
-void SetUpTranslations();
 
 // The work that options of the command line ask for. The application implements it.
 class CommandLineActions {

@@ -8,7 +8,7 @@
 #include "app/AppReports.h"
 #include "app/CommandLine.h"
 #include "app/MainWindows.h"
-#include "app/SingleInstance.h"
+#include "base/SingleInstance.h"
 #include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/AppServices.h"

@@ -2,7 +2,22 @@
 
 #include <wx/string.h>
 
-// What the process says to the world around its windows, and how it ends when it does not end well.
+#include <string>
+#include <vector>
+
+// What the process says to the world around its windows and in which language, and how it ends when
+// it does not end well.
+
+// Sets characters and messages to the user's locale, or to UTF-8 where that has only single bytes,
+// and numbers to a decimal point in any locale. Call it first in main.
+void SetUpCharacters();
+
+// Returns the words of the command line in the characters of SetUpCharacters. The library would
+// convert them by the locale in which the process started.
+std::vector<std::wstring> ReadCommandWords(int argc, char** argv);
+
+// Translates the program's texts into the user's language, if a catalogue for it is installed.
+void SetUpTranslations();
 
 // A good end is 0.
 enum ExitCode : int {

@@ -1,6 +1,7 @@
 #include "exchange/ImportPass.h"
 
 #include <wx/intl.h>
+#include <wx/log.h>
 
 #include <new>
 
@@ -28,6 +29,7 @@ class Pass {
     bool Run();
 
   private:
+    bool KeepFault();
     bool ReadRecords();
     bool Finish();
     bool TakeRecord();
@@ -57,12 +59,31 @@ bool Pass::Run() {
     }
     const StoreReadLock lock(mDatabase);
     if (!mCategories.Load() || !mSource.Open(mInput, mResult)) {
+        KeepFault();
         return false;
     }
-    const bool hasRead = ReadRecords();
+    bool hasRead = ReadRecords();
+    while (!hasRead && KeepFault() && !mSource.HasFailed()) {
+        hasRead = ReadRecords();
+    }
     // A cancel or a failure leaves the cards before it, too. A card that the store refuses only now
     // stands before the failure in the file, so its message is the one that is told.
     return mGroup.Write() && hasRead && (mOptions.PreviewAttributes != nullptr || Finish());
+}
+
+// Takes the fault that has just ended the pass out of the result, so that the pass can go on.
+// Returns false when the faults are not collected, or the pass was cancelled.
+bool Pass::KeepFault() {
+    if (mOptions.Faults == nullptr ||
+        !mResult.Advance(ImportStatus::kFailed, ImportStatus::kRunning)) {
+        return false;
+    }
+    mOptions.Faults->push_back(
+        {mResult.Message.empty() ? UnreadableFileMessage(mInput.FileName) : mResult.Message,
+         mResult.LineNumber});
+    mResult.Message.clear();
+    mResult.LineNumber = -1;
+    return true;
 }
 
 bool Pass::ReadRecords() {
@@ -266,6 +287,32 @@ int ImportCards(const ImportInput& input, Database& database, ImportResult& resu
     options.ValidateOnly = false;
     options.TouchedCategories = touchedCategories;
     return ImportPass(input, database, result, options);
+}
+
+std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database) {
+    std::vector<ImportFault> faults;
+    ImportPassOptions options;
+    options.ValidateOnly = true;
+    options.Faults = &faults;
+    ImportResult result;
+    if (ImportPass(input, database, result, options) < 0 && !result.Message.empty()) {
+        faults.push_back({result.Message, result.LineNumber});
+    }
+    return faults;
+}
+
+void GuessFormat(ImportInput& input, Database& database) {
+    const wxLogNull silence;
+    input.Format = ImportFormat::kDelimited;
+    for (const wchar_t delimiter : {L'\t', L',', L';'}) {
+        input.Delimiter = delimiter;
+        ImportResult result;
+        std::vector<CardAttribute> attributes;
+        if (!ImportPreview(input, database, result, attributes)) {
+            return;
+        }
+    }
+    input.Format = ImportFormat::kVlmText;
 }
 
 bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,

@@ -12,6 +12,12 @@
 class Database;
 struct ImportResult;
 
+// A fault in a file to import, with its line or row from 1, or -1 when it has none.
+struct ImportFault {
+    wxString Message;
+    int32_t Line = -1;
+};
+
 // What a pass over a file does.
 struct ImportPassOptions {
     // Looks for faults and writes nothing.
@@ -22,6 +28,9 @@ struct ImportPassOptions {
     std::set<int32_t>* TouchedCategories = nullptr;
     // Receives the attributes of the first record, after which the pass ends; may be null.
     std::vector<CardAttribute>* PreviewAttributes = nullptr;
+    // Receives every fault of the file, one for each record, after which the pass goes on with the
+    // next; may be null, and then the first fault ends the pass. For a pass that only validates.
+    std::vector<ImportFault>* Faults = nullptr;
 };
 
 // Reads a file once. Returns 0, or -1 with the reason in the result. A reason without a text was
@@ -34,6 +43,14 @@ int ImportPass(const ImportInput& input, Database& database, ImportResult& resul
 // Returns 0, or -1 with the reason in the result.
 int ImportCards(const ImportInput& input, Database& database, ImportResult& result,
                 bool askCategories, std::set<int32_t>* touchedCategories);
+
+// Finds every fault of a file: what is wrong first with each of its records. Writes nothing.
+// Returns no fault for a file that can be imported.
+std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database);
+
+// Sets the format and the delimiter that a text most likely has: a table when all of its columns
+// are attributes of cards, else the program's own form.
+void GuessFormat(ImportInput& input, Database& database);
 
 // Reads the attributes of the first record; none for a file without records. Writes and asks
 // nothing. Returns true on a failure, which the result then tells.

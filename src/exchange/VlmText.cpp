@@ -41,6 +41,7 @@ bool VlmTextReader::ReadRecord() {
     mHasLast = false;
     bool found = false;
     mSource.StartRecord();
+    SkipFaultyRecord();
     while (!mSource.AtEnd()) {
         mSource.ReadLine(mLine);
         const std::wstring_view line = TrimView(mLine);
@@ -64,6 +65,22 @@ bool VlmTextReader::ReadRecord() {
     }
     TrimValues();
     return found;
+}
+
+// Goes on behind the record in which the last call has failed, whose faulty line was read.
+void VlmTextReader::SkipFaultyRecord() {
+    while (mError != kNoError) {
+        ++mLineNumber;
+        if (mSource.AtEnd()) {
+            mError = kNoError;
+            return;
+        }
+        mSource.ReadLine(mLine);
+        if (TrimView(mLine).empty()) {
+            ++mLineNumber;
+            mError = kNoError;
+        }
+    }
 }
 
 // Takes a line "Name: value" as a new attribute, or as a further line of the last one.

@@ -33,6 +33,7 @@ class VlmTextReader : public CardRecordReader {
     float GetProgress() const override;
 
   private:
+    void SkipFaultyRecord();
     bool AddLine(std::wstring_view line);
     bool IsTaken(std::wstring_view name);
     std::wstring Key(std::wstring_view name) const;

@@ -3,12 +3,13 @@
 #include <wx/string.h>
 #include <wx/translation.h>
 
+#include "base/SettingsFile.h"
+
 // The name of the program and of its maker, addresses and legal lines. They stand alone so that a
 // maker changes them in one place: the hosts and the mailbox are reserved examples. The version
 // comes from CMake and is compiled into one small source, so that a new one rebuilds nothing else.
 
 constexpr const char* kMakerName = "Ostrel";
-constexpr const char* kApplicationName = "Velomind";
 
 // Roots of the maker's sites; a path and query such as "/?q=forum" follows.
 constexpr const char* kWebSite = "https://www.example.org";

@@ -7,18 +7,14 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/SettingsFile.h"
+
 class wxConfigBase;
 class wxListCtrl;
 class wxTopLevelWindow;
 
-// Opens the configuration file of an application for a single access; the end of the object writes
-// what was changed. The file lies in the user's configuration directory (XDG_CONFIG_HOME, else
-// ~/.config), which the first write makes. A file that is not a plain, readable one counts as empty
-// and is never replaced. Nothing is said about what cannot be read; that settings cannot be kept is
-// said once while the program runs, through the log.
-std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application);
-
-// The key of each value in the settings file. Settings.cpp has the defaults.
+// The key of each value in the settings file beside those of SettingsFile.h. Settings.cpp has the
+// defaults.
 constexpr char kSettingFont[] = "Font";
 constexpr char kSettingFontColor[] = "FontColor";
 constexpr char kSettingStudyBgColor[] = "StudyBgColor";
@@ -29,8 +25,6 @@ constexpr char kSettingStudyTextStep[] = "StudyTextStep";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
-constexpr char kSettingDatabasePath[] = "DatabasePath";
-constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";

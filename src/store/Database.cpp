@@ -192,10 +192,14 @@ int Database::ReportStepFailure(sqlite3_stmt* statement, const char* label, int 
         VELOMIND_TRACE("%s: unexpected result from sqlite3_step %i", label, result);
         text = wxString::Format(_("Problem accessing flash cards (%i/%s)"), result, label);
     }
+    text += "\n" + GetPath();
+    if ((result & 0xFF) == SQLITE_BUSY) {
+        text += "\n" + _("Another program is using this store. What was to be done is not done.");
+    }
     if (mTrying) {
         mTryFailed = true;
     } else if (!mOpening) {
-        mReport.Report(text + "\n" + GetPath());
+        mReport.Report(text);
     }
     return -result;
 }

@@ -5,6 +5,10 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <wx/confbase.h>
+#include <wx/filename.h>
+#include <wx/log.h>
+#include <wx/stdpaths.h>
 
 #include <algorithm>
 #include <array>
@@ -16,6 +20,7 @@
 #include <string>
 
 #include "base/FileDescriptor.h"
+#include "base/SettingsFile.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/Database.h"
@@ -313,6 +318,26 @@ int Rename(const fs::path& source, const fs::path& target) {
 }
 
 }  // namespace
+
+wxString GetDefaultStorePath() {
+    const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
+    {
+        // What fails here shows itself when the store is opened.
+        const wxLogNull silence;
+        wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
+    }
+    return wxFileName(directory, kDefaultStoreName).GetFullPath();
+}
+
+wxString GetChosenStorePath(bool& isStored) {
+    const wxString path =
+        OpenSettingsFile(kApplicationName)->Read(kSettingDatabasePath, wxString());
+    isStored = !path.empty();
+    if (!isStored) {
+        return GetDefaultStorePath();
+    }
+    return wxFileName::DirExists(path) ? wxFileName(path, kDefaultStoreName).GetFullPath() : path;
+}
 
 wxString MakeStorePathFull(const wxString& path) {
     if (!NamesAFile(path)) {

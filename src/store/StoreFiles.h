@@ -6,6 +6,17 @@
 // have the store open meanwhile. The engine may have left files of its own beside the store, such
 // as a journal; they belong to it, go with it, and must never meet another store.
 
+// The name that a store file has unless the user says otherwise.
+constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
+
+// Returns the path of the default store, in the user's documents directory, which is made if it
+// does not exist.
+wxString GetDefaultStorePath();
+
+// Returns the path of the store that the settings name, or the default one where they name none.
+// IsStored tells which.
+wxString GetChosenStorePath(bool& isStored);
+
 // Returns the full form of a path, whether or not the file exists. A text that names no store, the
 // empty one or an address that begins with "file:", stays as it is.
 wxString MakeStorePathFull(const wxString& path);

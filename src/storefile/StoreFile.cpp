@@ -10,7 +10,6 @@
 #include <wx/log.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
-#include <wx/stdpaths.h>
 #include <wx/textctrl.h>
 #include <wx/thread.h>
 #include <wx/utils.h>
@@ -82,25 +81,10 @@ bool TryQuietly(Database& database, const std::function<void()>& ask) {
 
 }  // namespace
 
-wxString GetDefaultStorePath() {
-    const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
-    {
-        // A failure shows itself when the store is opened.
-        const wxLogNull silence;
-        wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
-    }
-    return wxFileName(directory, kDefaultStoreName).GetFullPath();
-}
-
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
     auto database = std::make_unique<Database>(report);
-    wxString path = OpenSettings()->Read(kSettingDatabasePath, wxString());
-    const bool isStored = !path.empty();
-    if (!isStored) {
-        path = GetDefaultStorePath();
-    } else if (wxFileName::DirExists(path)) {
-        path = wxFileName(path, kDefaultStoreName).GetFullPath();
-    }
+    bool isStored = false;
+    const wxString path = GetChosenStorePath(isStored);
     OpenStoreFile(nullptr, *database, path, isStored);
     return database;
 }

@@ -15,9 +15,6 @@ class wxTextCtrl;
 class wxThread;
 class wxWindow;
 
-// The name that a store file has unless somebody says otherwise.
-constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
-
 // Ask the user for a path, beginning in the directory of the given one. Return true and the chosen
 // path, or false with path unchanged.
 bool ChooseStoreFileToOpen(wxWindow* parent, wxString& path);
@@ -25,9 +22,6 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
                            wxString& path);
 
 // How the program comes to an open store file. Main thread only.
-
-// Returns the default file in the user's documents directory; makes the directory if need be.
-wxString GetDefaultStorePath();
 
 // Returns a new Database with the stored choice of file open, or the default file where none is
 // stored. Ends the program when none can be opened.

@@ -502,7 +502,8 @@ void StudyFrame::GrowToFit() {
     if (IsMaximized()) {
         return;
     }
-    // Never smaller: the viewer asks for little, and the user may have made more room.
+    // The frame never shrinks here: the viewer asks for little, and the user may have made more
+    // room.
     wxSize size = GetSize();
     size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
     size.DecTo(wxGetClientDisplayRect().GetSize());

@@ -59,7 +59,8 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
                   "Problem accessing flash cards (UNIQUE constraint failed: "
                   "Cards.CardId/InsertFlashCard)\n" +
                       StorePath(),
-                  "Problem accessing flash cards (5/UpdateFlashCard)\n" + StorePath()}));
+                  "Problem accessing flash cards (5/UpdateFlashCard)\n" + StorePath() +
+                      "\nAnother program is using this store. What was to be done is not done."}));
 }
 
 // The engine then refuses whatever was prepared before.

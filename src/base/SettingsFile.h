@@ -1,0 +1,24 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <memory>
+
+class wxConfigBase;
+
+// The file in which the user's choices are kept between runs, and the choices that concern the
+// program without its windows. Those of the windows are in shell/Settings.h.
+
+// The name that the settings are kept under.
+constexpr const char* kApplicationName = "Velomind";
+
+// The keys of the store's path and of the category under study.
+constexpr char kSettingDatabasePath[] = "DatabasePath";
+constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
+
+// Opens the configuration file of an application for a single access; the end of the object writes
+// what was changed. The file lies in the user's configuration directory (XDG_CONFIG_HOME, else
+// ~/.config), which the first write makes. A file that is not a plain, readable one counts as empty
+// and is never replaced. Nothing is said about what cannot be read; that settings cannot be kept is
+// said once while the program runs, through the log.
+std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application);

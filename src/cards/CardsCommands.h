@@ -1,0 +1,17 @@
+#pragma once
+
+struct CardsOptions;
+
+// How velomind-cards ends, as the shell sees it.
+enum CardsExit : int {
+    kCardsDone = 0,
+    // The file, the name or the search that was given is not good.
+    kCardsRefused = 1,
+    kCardsUsage = 2,
+    // The store could not be opened, read or written, or is in use.
+    kCardsStoreFailed = 3
+};
+
+// Runs the command and prints its outcome. Returns a CardsExit. A store that fails while it is in
+// use ends the process at once, with kCardsStoreFailed.
+int RunCardsCommand(const CardsOptions& options);

@@ -1,0 +1,206 @@
+"""The cards without a display: what velomind-cards prints, and how it ends."""
+
+import json
+import os
+import sqlite3
+import subprocess
+import threading
+import unittest
+
+from driver import BINARY, LIST_WINDOW, RoadTest, wait_until
+
+CARDS = os.path.join(os.path.dirname(BINARY), "velomind-cards")
+TWO = "id\tFront\tBack\tCategory\n" \
+      "11111111-1111-4111-8111-111111111111\tone\teins\tNumbers\n" \
+      "22222222-2222-4222-8222-222222222222\ttwo\tzwei\tNumbers\n"
+FAULTS = "Front: a\nBack: b\n\nFront c\nBack: d\n\nFront: e\n\nFront: g\nBack: h\nForwardX: perhaps\n"
+
+
+class CardsRoad(RoadTest):
+    def run_cards(self, *arguments, stdin=subprocess.DEVNULL):
+        """Exit code, output and error text."""
+        done = subprocess.run([CARDS, *arguments], env=self.sandbox.environment(), stdin=stdin,
+                              cwd=self.sandbox.root, capture_output=True, text=True, timeout=60,
+                              check=False)
+        return done.returncode, done.stdout, done.stderr
+
+    def cards(self, *arguments):
+        """The value that a command prints as JSON, when it ends well."""
+        code, output, error = self.run_cards("--json", *arguments)
+        self.assertEqual((0, ""), (code, error))
+        return json.loads(output)
+
+    def change(self, sql):
+        """Changes the store as another program does, which waits for nobody."""
+        connection = sqlite3.connect(self.sandbox.store, timeout=0, isolation_level=None)
+        try:
+            connection.execute(sql)
+        finally:
+            connection.close()
+
+    def read(self, path):
+        with open(path, encoding="utf-8-sig", errors="surrogateescape") as file:
+            return file.read()
+
+    def test_lines_that_make_no_sense(self):
+        for arguments in ((), ("fly",), ("list", "--dry-run"), ("import",), ("import", "a", "b"),
+                          ("export", "--format", "anki"), ("list", "--wings"), ("--store", "", "due")):
+            with self.subTest(arguments):
+                code, output, error = self.run_cards(*arguments)
+                self.assertEqual((2, ""), (code, output))
+                self.assertNotEqual("", error)
+        self.assertFalse(os.path.exists(self.sandbox.store))
+
+    def test_no_window_library(self):
+        self.assertNotRegex(subprocess.check_output(["ldd", CARDS], text=True), "gtk|gdk|wx_gtk")
+
+    def test_what_is_refused(self):
+        store = self.sandbox.path("other.vlm")
+        self.assertEqual(0, self.run_cards("--store", store, "import", self.sandbox.write("two.txt", TWO))[0])
+        bad = self.sandbox.write("bad.vlm.txt", FAULTS)
+        whole = self.read(store)
+        cases = ((1, "line 4", "import", bad), (1, "cannot be read", "import", "absent.txt"),
+                 (1, "store of flash cards", "import", store), (1, "no category", "list", "--category", "X"),
+                 (1, "flash cards themselves", "export", "--output", store),
+                 (3, "There is no store", "--store", "absent.vlm", "due"),
+                 (3, "cannot be opened", "--store", bad, "stats"))
+        for expected, text, *arguments in cases:
+            with self.subTest(arguments):
+                code, output, error = self.run_cards("--store", store, *arguments)
+                self.assertEqual((expected, ""), (code, output))
+                self.assertIn(text.lower(), error.lower().replace("number: ", ""))
+        self.assertEqual(whole, self.read(store))
+        self.assertEqual(FAULTS, self.read(bad))
+
+    def test_cards_in_and_out(self):
+        two = self.sandbox.write("two.txt", TWO)
+        outcome = {"inserted": 2, "merged": 0, "duplicates": 0, "message": "", "line": None}
+        self.assertEqual(outcome, self.cards("import", "--dry-run", two))
+        self.assertFalse(os.path.exists(self.sandbox.store))
+        self.assertEqual(outcome, self.cards("import", two))
+        before = self.sandbox.store_bytes()
+        changed = self.sandbox.write("changed.txt", TWO.replace("eins", "ein"))
+        self.assertEqual({**outcome, "inserted": 0, "merged": 1, "duplicates": 1},
+                         self.cards("import", "--dry-run", changed))
+        self.assertEqual(before, self.sandbox.store_bytes())
+        self.assertEqual({**outcome, "inserted": 0, "duplicates": 2}, self.cards("import", two))
+        code, output, _ = self.run_cards("--json", "import", self.sandbox.write("bad.txt", FAULTS))
+        self.assertEqual((1, 4), (code, json.loads(output)["line"]))
+        listed = self.cards("list", "--category", "Numbers", "ein")
+        self.assertEqual([("one", "eins", "false")], [(c["Front"], c["Back"], c["Introduced"]) for c in listed])
+        self.assertEqual("one\teins\tNumbers\n", self.run_cards("list", "ein")[1])
+        self.assertEqual([{"category": "Numbers", "forward": 0, "reverse": 0}], self.cards("due"))
+        self.change("UPDATE Cards SET Introduced=1, LastReview=1, NextReview=2 WHERE Front='two'")
+        due = self.cards("stats")["categories"][0]["forward"]
+        self.assertEqual({"studied": 2, "introduced": 1, "due": 1}, due)
+        for form in ((), ("--format", "delimited"), ("--scheduling",), ("--format", "delimited", "--scheduling")):
+            with self.subTest(form):
+                exported = self.sandbox.path("exported.txt")
+                code, output, error = self.run_cards("export", *form)
+                self.assertEqual((0, ""), (code, error))
+                self.assertEqual(0, self.run_cards("export", *form, "--output", exported)[0])
+                self.assertEqual(output, self.read(exported))
+                again = self.sandbox.path("again.vlm")
+                self.assertEqual(2, json.loads(self.run_cards(
+                    "--json", "--store", again, "import", exported)[1])["inserted"])
+                os.remove(again)
+        self.sandbox.check_store()
+
+    def test_every_fault_of_a_list_and_of_a_store(self):
+        bad = self.sandbox.write("bad.txt", FAULTS)
+        code, output, _ = self.run_cards("--json", "check", bad)
+        self.assertEqual((1, [4, 7, 11]), (code, [fault["line"] for fault in json.loads(output)]))
+        self.assertFalse(os.path.exists(self.sandbox.store))
+        self.cards("import", self.sandbox.sample("capitals.txt"))
+        self.assertEqual([], self.cards("check", self.sandbox.store))
+        self.change("UPDATE Cards SET CategoryId=77, CardId='x' || CardId WHERE Front='Albania'")
+        code, output, _ = self.run_cards("check", self.sandbox.store)
+        self.assertEqual((1, 2), (code, len(output.splitlines())), output)
+        with open(self.sandbox.store, "r+b") as file:
+            file.seek(2 * 4096)
+            file.write(bytes(4096))
+        code, output, _ = self.run_cards("check", self.sandbox.store)
+        self.assertEqual(1, code)
+        self.assertIn("age 3", output)
+
+    def test_a_backup_brings_everything_back(self):
+        two = self.sandbox.write("two.txt", TWO)
+        self.cards("import", two)
+        copy = self.sandbox.path("copy.vlm")
+        self.assertEqual({"backup": copy}, self.cards("backup", copy))
+        own = self.cards("backup")["backup"]
+        self.assertTrue(own.startswith(self.sandbox.home), own)
+        for backup in (copy, own):
+            with self.subTest(backup):
+                self.assertEqual(1, self.run_cards("backup", backup)[0], "never written over")
+                self.change("UPDATE Cards SET Front='lost'")
+                kept = self.cards("restore", backup)["backup"]
+                self.assertEqual({"one", "two"}, {card["Front"] for card in self.cards("list")})
+                self.assertIn("lost", self.run_cards("--store", kept, "list")[1])
+                self.assertTrue(os.path.exists(backup))
+        before = self.sandbox.store_bytes()
+        for wrong in (two, "absent.vlm", self.sandbox.store):
+            self.assertEqual(1, self.run_cards("restore", wrong)[0], wrong)
+        self.assertEqual(before, self.sandbox.store_bytes())
+        self.sandbox.check_store()
+
+    def test_a_damaged_store_gives_its_cards_to_a_new_one(self):
+        self.cards("import", self.sandbox.sample("capitals.txt"))
+        with open(self.sandbox.store, "r+b") as file:
+            file.seek(8 * 4096)
+            file.write(bytes(4096))
+        damaged = self.sandbox.store_bytes()
+        new = self.sandbox.path("new.vlm")
+        told = self.cards("repair", self.sandbox.store, new)
+        listed = json.loads(self.run_cards("--json", "--store", new, "list")[1])
+        self.assertEqual(told["cards"] + told["remade"], len(listed))
+        self.assertGreater(len(listed), 100)
+        self.assertEqual([], self.cards("check", new))
+        self.assertEqual(damaged, self.sandbox.store_bytes())
+        for wrong in (("absent.vlm", "b.vlm"), (self.sandbox.store, new), (self.sandbox.write("t", TWO), "b.vlm")):
+            self.assertEqual(1, self.run_cards("repair", *wrong)[0], wrong)
+
+    def test_a_slow_neighbour_never_blocks_the_store(self):
+        self.cards("import", self.sandbox.sample("capitals.txt"))
+        text = "".join(f"Front: {n}\nBack: {n}\n\n" for n in range(5000))
+        self.cards("import", self.sandbox.write("many.txt", text))
+        for command in (("export",), ("list",)):
+            with self.subTest(command):
+                # The pipe is full long before the end, and nobody reads it.
+                process = subprocess.Popen([CARDS, *command], env=self.sandbox.environment(),
+                                           stdout=subprocess.PIPE)
+                try:
+                    process.stdout.read(1)
+                    wait_until(lambda: self.read(f"/proc/{process.pid}/stat").split()[2] == "S", "a full pipe")
+                    self.change("UPDATE Globals SET Value=Value")
+                finally:
+                    process.kill()
+                    process.communicate()
+        pipe = self.sandbox.path("pipe")
+        os.mkfifo(pipe)
+        answers = []
+        thread = threading.Thread(target=lambda: answers.append(self.run_cards("--json", "import", pipe)))
+        thread.start()
+        with open(pipe, "w", encoding="utf-8") as writer:
+            self.change("UPDATE Globals SET Value=Value")
+            writer.write(TWO)
+        thread.join()
+        self.assertEqual(2, json.loads(answers[0][1])["inserted"])
+
+    def test_the_program_keeps_its_store(self):
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        two = self.sandbox.write("two.txt", TWO)
+        code, _, error = self.run_cards("import", two)
+        self.assertEqual(3, code)
+        self.assertIn("Velomind has the store", error)
+        self.assertEqual(3, self.run_cards("restore", self.cards("backup", self.sandbox.path("a.vlm"))["backup"])[0])
+        self.assertEqual([], self.cards("list"))
+        other = self.sandbox.path("other.vlm")
+        self.assertEqual(2, self.cards("--store", other, "import", two)["inserted"])
+        self.assertEqual(0, program.quit())
+        self.assertEqual(2, self.cards("import", two)["inserted"])
+
+
+if __name__ == "__main__":
+    unittest.main()
