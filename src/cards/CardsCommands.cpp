@@ -384,17 +384,16 @@ int PrintCards(Database& database, const std::vector<int64_t>& rowIds, bool json
     const char* separator = "";
     for (const int64_t rowId : rowIds) {
         std::string line;
-        bool found = false;
         const auto visit = [&](const CardRow& card) {
             const std::u16string category = ToUtf16(names[card.CategoryId()]);
             JsonRecordWriter record;
             WriteCardRecord(record, card, category, true, true);
             line = json ? record.GetText() : record.GetLine();
         };
-        if (database.VisitCardByRowId(rowId, found, visit) < 0) {
+        if (database.VisitCardsByRowId({rowId}, visit) < 0) {
             return kCardsStoreFailed;
         }
-        if (found) {
+        if (!line.empty()) {
             isGood = isGood && std::fputs(separator, stdout) != EOF && PrintLine(line);
             separator = json ? "," : "";
         }

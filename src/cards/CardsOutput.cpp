@@ -43,8 +43,8 @@ Json DirectionObject(const CategoryCounts::Direction& direction) {
 
 }  // namespace
 
-int JsonRecordWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
-    mObject[UnitsToUtf8(name)] = UnitsToUtf8(value);
+int JsonRecordWriter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
+    mObject[UnitsToUtf8(name.Text())] = UnitsToUtf8(value);
     return 0;
 }
 

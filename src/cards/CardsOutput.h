@@ -22,8 +22,9 @@ using Json = nlohmann::ordered_json;
 // Collects the attributes of a record, with the texts that a text record gives them.
 class JsonRecordWriter : public CardRecordWriter {
   public:
-    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
+    int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
     void EndRecord() override {}
+    void Flush() override {}
     // Returns the record as an object.
     std::string GetText() const;
     // Returns the front, the back and the category, with tabs between them.

@@ -30,6 +30,7 @@ class Pass {
 
   private:
     bool KeepFault();
+    bool ReadToEnd();
     bool ReadRecords();
     bool Finish();
     bool TakeRecord();
@@ -62,12 +63,18 @@ bool Pass::Run() {
         KeepFault();
         return false;
     }
-    bool hasRead = ReadRecords();
-    while (!hasRead && KeepFault() && !mSource.HasFailed()) {
-        hasRead = ReadRecords();
+    while (!ReadToEnd()) {
+        if (!KeepFault() || mSource.HasFailed()) {
+            return false;
+        }
     }
-    // A cancel or a failure leaves the cards before it, too. A card that the store refuses only now
-    // stands before the failure in the file, so its message is the one that is told.
+    return true;
+}
+
+// A cancel or a failure leaves the cards before it, too. A card that the store refuses only now
+// stands before the failure in the file, so its message is the one that is told.
+bool Pass::ReadToEnd() {
+    const bool hasRead = ReadRecords();
     return mGroup.Write() && hasRead && (mOptions.PreviewAttributes != nullptr || Finish());
 }
 
