@@ -51,6 +51,8 @@ class Pass {
     ImportGroup mGroup;
     ImportCategories mCategories;
     IntroductionOrders mOrders;
+    // The first record was shown, and nothing further is to be looked at.
+    bool mHasPreview = false;
 };
 
 bool Pass::Run() {
@@ -75,7 +77,7 @@ bool Pass::Run() {
 // stands before the failure in the file, so its message is the one that is told.
 bool Pass::ReadToEnd() {
     const bool hasRead = ReadRecords();
-    return mGroup.Write() && hasRead && (mOptions.PreviewAttributes != nullptr || Finish());
+    return mGroup.Write() && hasRead && (mHasPreview || Finish());
 }
 
 // Takes the fault that has just ended the pass out of the result, so that the pass can go on.
@@ -108,6 +110,7 @@ bool Pass::ReadRecords() {
         }
         if (mOptions.PreviewAttributes != nullptr) {
             Preview();
+            mHasPreview = true;
             return true;
         }
     }
