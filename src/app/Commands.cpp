@@ -16,6 +16,7 @@
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
+#include "shell/TextUndo.h"
 
 namespace {
 
@@ -55,9 +56,7 @@ struct TextCommand {
     bool (*IsEnabled)(const wxTextEntry&);
 };
 
-constexpr TextCommand kTextCommands[] = {{wxID_UNDO, [](wxTextEntry& text) { text.Undo(); },
-                                          [](const wxTextEntry& text) { return text.CanUndo(); }},
-                                         {wxID_CUT, [](wxTextEntry& text) { text.Cut(); },
+constexpr TextCommand kTextCommands[] = {{wxID_CUT, [](wxTextEntry& text) { text.Cut(); },
                                           [](const wxTextEntry& text) { return text.CanCut(); }},
                                          {wxID_COPY, [](wxTextEntry& text) { text.Copy(); },
                                           [](const wxTextEntry& text) { return text.CanCopy(); }},
@@ -66,9 +65,41 @@ constexpr TextCommand kTextCommands[] = {{wxID_UNDO, [](wxTextEntry& text) { tex
                                          {wxID_DELETE, DeleteSelection, CanDelete},
                                          {wxID_SELECTALL, SelectAll, HasText}};
 
+struct UndoCommand {
+    int Id;
+    void (TextUndo::*Run)();
+    bool (TextUndo::*IsEnabled)() const;
+};
+
+constexpr UndoCommand kUndoCommands[] = {{wxID_UNDO, &TextUndo::Undo, &TextUndo::CanUndo},
+                                         {wxID_REDO, &TextUndo::Redo, &TextUndo::CanRedo}};
+
+void BindUndoCommand(wxEvtHandler& handler, const UndoCommand& command) {
+    handler.Bind(
+        wxEVT_MENU,
+        [&command](wxCommandEvent& event) {
+            if (TextUndo* const history = TextUndo::Find(wxWindow::FindFocus())) {
+                (history->*command.Run)();
+            } else {
+                event.Skip();
+            }
+        },
+        command.Id);
+    handler.Bind(
+        wxEVT_UPDATE_UI,
+        [&command](wxUpdateUIEvent& event) {
+            const TextUndo* const history = TextUndo::Find(wxWindow::FindFocus());
+            event.Enable(history != nullptr && (history->*command.IsEnabled)());
+        },
+        command.Id);
+}
+
 }  // namespace
 
 void BindTextCommands(wxEvtHandler& handler) {
+    for (const UndoCommand& command : kUndoCommands) {
+        BindUndoCommand(handler, command);
+    }
     for (const TextCommand& command : kTextCommands) {
         handler.Bind(
             wxEVT_MENU,

@@ -8,7 +8,7 @@ class wxEvtHandler;
 // another program. The application binds them, and so they are there in every window whose own
 // table does not take them first.
 
-// Binds Undo, Cut, Copy, Paste, Delete and Select All to the text field that has the keyboard
+// Binds Undo, Redo, Cut, Copy, Paste, Delete and Select All to the text field that has the keyboard
 // focus, with the rules that enable them. Without such a field they are disabled and pass on.
 void BindTextCommands(wxEvtHandler& handler);
 

@@ -14,6 +14,7 @@
 
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 
@@ -107,7 +108,6 @@ namespace {
 
 constexpr int kDialogId = 10056;
 constexpr int kVersionId = 10058;
-constexpr int kBorder = 5;
 constexpr int kTextWidth = 230;
 
 }  // namespace
@@ -123,20 +123,18 @@ AboutDialog::AboutDialog(wxWindow* parent) {
 }
 
 void AboutDialog::CreateControls() {
-    auto* const column = new wxBoxSizer(wxVERTICAL);
-    SetSizer(column);
-    const int border = FromDIP(kBorder);
+    wxBoxSizer* const column = MakeFormColumn(*this);
     const auto addText = [&](int id, const wxString& content) {
         auto* const text = new wxStaticText(this, id, content);
         text->Wrap(FromDIP(kTextWidth));
-        column->Add(text, wxSizerFlags().Border(wxALL, border));
+        column->Add(text, wxSizerFlags().Border(wxBOTTOM, FromDIP(kFormEdge)));
     };
     addText(kVersionId, GetVersionText());
     addText(wxID_STATIC, wxString::Format(wxGetTranslation(kLegalLines), kLegalLastYear));
     addText(wxID_STATIC, wxGetTranslation(kLegalNotice));
 
     auto* const ok = new wxButton(this, wxID_OK, _("&OK"));
-    column->Add(ok, wxSizerFlags().Right().Border(wxALL, border));
+    column->Add(ok, wxSizerFlags().Right());
     ok->SetDefault();
     ok->SetFocus();
     // The button has no size; it makes Esc close the dialog.

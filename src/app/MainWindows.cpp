@@ -10,6 +10,7 @@
 
 #include "edit/EditFrame.h"
 #include "shell/MessageBox.h"
+#include "shell/WindowPlace.h"
 #include "store/Database.h"
 
 namespace {
@@ -39,6 +40,9 @@ wxFrame& MainWindows::Show(Place& wanted, Place& other) {
     if (wanted.Frame == nullptr) {
         const wxBusyCursor busy;
         wanted.Frame = wanted.Make();
+    }
+    if (other.Frame != nullptr) {
+        TakeTurnOf(*other.Frame, *wanted.Frame);
     }
     wanted.Frame->Show();
     if (other.Frame != nullptr) {
@@ -83,13 +87,13 @@ void MainWindows::CloseAll() {
     }
 }
 
-void BringToFront(wxFrame& frame) {
-    if (!frame.IsShown()) {
+void BringToFront(wxTopLevelWindow& window) {
+    if (!window.IsShown()) {
         return;
     }
-    frame.Raise();
-    if (frame.IsIconized()) {
-        frame.Iconize(false);
+    window.Raise();
+    if (window.IsIconized()) {
+        window.Iconize(false);
     }
 }
 

@@ -8,6 +8,7 @@ class Database;
 class EditFrame;
 struct FlashCard;
 class wxFrame;
+class wxTopLevelWindow;
 class wxWindow;
 
 // The two main windows of the program, list and study. Each is created when it is first shown, and
@@ -49,7 +50,7 @@ class MainWindows {
 };
 
 // Raises a window and restores it if it is minimised. A hidden window stays hidden.
-void BringToFront(wxFrame& frame);
+void BringToFront(wxTopLevelWindow& window);
 
 // The open editors of the program: any number for new cards, and at most one for each stored card.
 // The windows delete themselves; when one closes, its owner calls Forget. Main thread only.

@@ -14,7 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -31,7 +31,10 @@ namespace {
 
 constexpr long kPatienceMilliseconds = 2000;
 constexpr unsigned long kRetryMilliseconds = 20;
+// A call to the front is this letter and the caller's activation token, which may be empty.
 constexpr char kCallToFront = 'f';
+// The longest token that is taken, in bytes. Those of desktops stay below half of it.
+constexpr size_t kLongestToken = 255;
 
 bool IsPrivateDirectory(const std::string& path) {
     struct stat info {};
@@ -57,6 +60,15 @@ FileDescriptor OpenSocket() {
     return FileDescriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
 }
 
+// Returns the token of a call, or an empty text unless it is one line of UTF-8.
+wxString ReadToken(const char* bytes, size_t length) {
+    if (length > kLongestToken ||
+        std::any_of(bytes, bytes + length, [](char byte) { return byte >= 0 && byte < ' '; })) {
+        return wxString();
+    }
+    return wxString::FromUTF8(bytes, length);
+}
+
 const sockaddr* Generic(const sockaddr_un& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
@@ -79,6 +91,20 @@ wxString FindRuntimeDirectory() {
         }
     }
     return wxString();
+}
+
+std::string TakeActivationToken() {
+    std::string token;
+    // The later name counts, on which today's desktops agree. GTK removes the other itself, and a
+    // program that this one starts must not take either for its own.
+    for (const char* const name : {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"}) {
+        const char* const value = std::getenv(name);
+        if (value != nullptr && *value != '\0') {
+            token = value;
+        }
+    }
+    unsetenv("XDG_ACTIVATION_TOKEN");
+    return token;
 }
 
 SingleInstance::~SingleInstance() {
@@ -169,7 +195,8 @@ bool SingleInstance::Greet(Greeting greeting) const {
     }
     if (greeting == Greeting::CallToFront) {
         // A full queue refuses the message, and holds enough calls already.
-        send(caller.Get(), &kCallToFront, sizeof(kCallToFront), MSG_NOSIGNAL);
+        const std::string message = kCallToFront + mToken;
+        send(caller.Get(), message.data(), message.size(), MSG_NOSIGNAL);
     }
     return true;
 }
@@ -182,7 +209,7 @@ wxString SingleInstance::SocketPath() const {
     return mDirectory + "/velomind.socket";
 }
 
-void SingleInstance::Listen(std::function<void()> onCalled) {
+void SingleInstance::Listen(CallHandler onCalled) {
     sockaddr_un address;
     if (!mLock.IsOpen() || mSocket.IsOpen() || !FillAddress(SocketPath(), address)) {
         return;
@@ -212,11 +239,17 @@ void SingleInstance::StopListening() {
 
 void SingleInstance::OnReadWaiting() {
     bool isCalled = false;
-    char message = 0;
-    while (recv(mSocket.Get(), &message, sizeof(message), 0) > 0) {
-        isCalled = isCalled || message == kCallToFront;
+    wxString token;
+    char message[1 + kLongestToken];
+    ssize_t length = 0;
+    // A longer message is cut, but its whole length is returned.
+    while ((length = recv(mSocket.Get(), message, sizeof(message), MSG_TRUNC)) > 0) {
+        if (message[0] == kCallToFront) {
+            isCalled = true;
+            token = ReadToken(message + 1, static_cast<size_t>(length) - 1);
+        }
     }
     if (isCalled) {
-        mOnCalled();
+        mOnCalled(token);
     }
 }

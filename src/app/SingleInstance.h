@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "base/FileDescriptor.h"
 
@@ -13,6 +14,11 @@
 // Returns an empty text when none of them belongs to the user alone.
 wxString FindRuntimeDirectory();
 
+// Takes the activation token that the starter of this process, such as the desktop's menu, left in
+// its environment. It entitles one window to come to the front. Returns an empty text without one.
+// Call it before the windowing library starts, which takes it from the environment too.
+std::string TakeActivationToken();
+
 // Lets the program run once for each user. The first process holds a file lock, which the system
 // releases however the process ends, and listens on a socket beside it. A later process finds the
 // lock held and can ask the first to come to the front. A process that cannot find out whether it
@@ -20,7 +26,7 @@ wxString FindRuntimeDirectory();
 class SingleInstance : private wxEventLoopSourceHandler {
   public:
     enum class Greeting {
-        // Asks the first process to come to the front.
+        // Asks the first process to come to the front, and hands it the activation token.
         CallToFront,
         // Only finds out whether there is a first process.
         None
@@ -34,7 +40,9 @@ class SingleInstance : private wxEventLoopSourceHandler {
         Unclear
     };
 
-    explicit SingleInstance(const wxString& directory) : mDirectory(directory) {}
+    // The token is handed on with a call to the front.
+    explicit SingleInstance(const wxString& directory, const std::string& token = std::string())
+        : mDirectory(directory), mToken(token) {}
     ~SingleInstance() override;
 
     // Tries to take the lock, and greets the other process if that holds it. A greeting needs no
@@ -45,8 +53,10 @@ class SingleInstance : private wxEventLoopSourceHandler {
     const wxString& GetProblem() const { return mProblem; }
 
     // Starts to listen, in the first process. The event loop calls the function when another
-    // process asks this one to the front.
-    void Listen(std::function<void()> onCalled);
+    // process asks this one to the front, with the other's activation token, or an empty text when
+    // it has none or sends something else.
+    using CallHandler = std::function<void(const wxString& token)>;
+    void Listen(CallHandler onCalled);
     void StopListening();
 
   private:
@@ -63,9 +73,10 @@ class SingleInstance : private wxEventLoopSourceHandler {
     wxString SocketPath() const;
 
     wxString mDirectory;
+    std::string mToken;
     wxString mProblem;
     FileDescriptor mLock;
     FileDescriptor mSocket;
     std::unique_ptr<wxEventLoopSource> mpSource;
-    std::function<void()> mOnCalled;
+    CallHandler mOnCalled;
 };

@@ -11,6 +11,7 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "app/CommandLine.h"
 #include "app/Commands.h"
@@ -23,6 +24,7 @@
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
+#include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "storefile/CurrentCategory.h"
 #include "storefile/StoreFile.h"
@@ -46,7 +48,7 @@ bool IsAnyWindowShown() {
 }  // namespace
 
 VelomindApp::VelomindApp()
-    : mInstance(FindRuntimeDirectory()),
+    : mInstance(FindRuntimeDirectory(), TakeActivationToken()),
       mWindows([this] { return MakeListWindow(); }, [this] { return MakeStudyWindow(); }) {}
 
 VelomindApp::~VelomindApp() = default;
@@ -74,9 +76,14 @@ bool VelomindApp::OnInit() {
     }
     wxImage::AddHandler(new wxPNGHandler);
     wxSystemOptions::SetOption("msw.remap", 2);
-    mInstance.Listen([this] { ComeToFront(); });
+    mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
     BindCommands();
+    WatchDesktop([this](wxTopLevelWindow& window) {
+        TakeDesktopStyle(window);
+        // The windows treat another size of texts as another font of the cards.
+        mSettingsNotifier.Notify();
+    });
     wxFrame& list = mWindows.ShowList();
     BringToFront(list);
     // Asked from the event loop, when the window is on the screen for the question to stand over.
@@ -142,7 +149,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
             PrintError(mInstance.GetProblem());
             return false;
     }
-    mInstance.Listen([this] { ComeToFront(); });
+    mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
     if (BelongsToStore(*mpDatabase, file)) {
         PrintError(DatabaseFileMessage(path));
@@ -235,18 +242,27 @@ wxFrame* VelomindApp::MakeStudyWindow() {
     return frame;
 }
 
-// Called when a second process was started.
-void VelomindApp::ComeToFront() {
+// Called when a second process was started, with its activation token.
+void VelomindApp::ComeToFront(const wxString& token) {
+    std::vector<wxTopLevelWindow*> wanted;
     wxFrame* const frame =
         mLastActive != nullptr && mLastActive->IsShown() ? mLastActive.get() : mWindows.GetShown();
     if (frame != nullptr) {
-        BringToFront(*frame);
+        wanted.push_back(frame);
     }
     // An open dialog must not end up behind its window.
     for (wxWindow* const window : wxTopLevelWindows) {
-        if (window->IsShown() && dynamic_cast<wxDialog*>(window) != nullptr) {
-            window->Raise();
+        auto* const dialog = dynamic_cast<wxDialog*>(window);
+        if (dialog != nullptr && dialog->IsShown()) {
+            wanted.push_back(dialog);
         }
+    }
+    // The token lets one window come to the front, and a dialog brings the windows behind along.
+    if (!wanted.empty() && !token.empty()) {
+        UseActivationToken(*wanted.back(), token);
+    }
+    for (wxTopLevelWindow* const window : wanted) {
+        BringToFront(*window);
     }
 }
 

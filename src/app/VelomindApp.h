@@ -46,6 +46,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
     bool CanPasteCards() const override { return mClipboard.HasCards(); }
     void PasteCards(int32_t categoryId, EmptyCut empty) override;
+    bool IsReverseStudy() const override { return mReverseStudy; }
+    void SetReverseStudy(bool reverse) override { mReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { mStudyMessage = text; }
 
   private:
@@ -58,7 +60,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void DisableMissingCommands();
     wxFrame* MakeListWindow();
     wxFrame* MakeStudyWindow();
-    void ComeToFront();
+    void ComeToFront(const wxString& token);
 
     void OnWindowCommand(wxCommandEvent& event);
     void OnNewCard(wxCommandEvent& event);
@@ -81,6 +83,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     Editors mEditors{*this};
     // The frame that was activated last, or null once that is gone.
     wxWeakRef<wxFrame> mLastActive;
+    bool mReverseStudy = false;
     wxString mStudyMessage;
     // True when the command line did all the work of this run, so that no window opens.
     bool mAllDone = false;

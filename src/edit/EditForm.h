@@ -15,6 +15,8 @@ class EditSchedulePanel;
 class wxBoxSizer;
 class wxCheckBox;
 class wxComboBox;
+class wxFlexGridSizer;
+class wxStaticText;
 class wxTextEntry;
 
 // The texts of the editor's form, in their order on it.
@@ -24,9 +26,9 @@ constexpr size_t kCardFieldCount = 7;
 // Stands for a blank introduction order; never stored.
 constexpr int32_t kBlankOrder = std::numeric_limits<int32_t>::min();
 
-// The fields of the editor in one long column that scrolls, with the buttons OK and Cancel at its
-// end. Shows a card, and says which fields the user has touched since; knows neither the store nor
-// the application. Owned by its frame.
+// The fields of the editor in a column that scrolls: the texts, the details, and the two schedules,
+// which stand side by side where there is room. Shows a card, and says which fields the user has
+// touched since; knows neither the store nor the application. Owned by its frame.
 class EditForm : public wxScrolledWindow {
   public:
     explicit EditForm(wxWindow* parent);
@@ -59,11 +61,16 @@ class EditForm : public wxScrolledWindow {
     // name of a renamed category is renamed there too.
     void SetCategories(const std::list<Category>& categories);
 
+    // Returns the size that shows all fields without scrolling. When that is higher than the given
+    // height, it is the one with the schedules side by side, cut to the height.
+    wxSize GetWantedSize(int highest);
+
     // Sets the font of the texts. The introduction order and the schedules keep the window's font.
     void SetTextFont(const wxFont& font);
 
   private:
     struct Field {
+        wxStaticText* Label = nullptr;
         wxWindow* Control = nullptr;
         // The same control, as a text.
         wxTextEntry* Entry = nullptr;
@@ -86,10 +93,13 @@ class EditForm : public wxScrolledWindow {
 
     static Texts GetTexts(const FlashCard& card, const wxString& categoryName);
 
-    void AddField(wxBoxSizer& column, CardField field);
-    wxCheckBox* AddExclusion(wxBoxSizer& column, int id, const wxString& label,
-                             const wxString& toolTip);
-    void AddButtons(wxBoxSizer& column);
+    void AddFields(wxBoxSizer& column, const wxString& title, CardField first, CardField last);
+    void CreateControl(CardField field);
+    void AddField(wxFlexGridSizer& grid, CardField field);
+    void AddExclusions(wxFlexGridSizer& grid);
+    void AlignLabels();
+    void AddSchedules(wxBoxSizer& column);
+    void ArrangeSchedules();
     void LoadField(CardField field, const wxString& own);
     void FollowField(CardField field, const wxString& own);
     void RenameRow(unsigned row, const wxString& name);
@@ -102,6 +112,7 @@ class EditForm : public wxScrolledWindow {
     wxComboBox* mpCategory = nullptr;
     Exclusion mForwardX;
     Exclusion mReverseX;
+    wxBoxSizer* mpSchedules = nullptr;
     EditSchedulePanel* mpForwardSchedule = nullptr;
     EditSchedulePanel* mpReverseSchedule = nullptr;
 };

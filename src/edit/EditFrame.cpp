@@ -3,19 +3,20 @@
 #include <wx/display.h>
 #include <wx/log.h>
 #include <wx/menu.h>
-#include <wx/settings.h>
+#include <wx/panel.h>
 #include <wx/sizer.h>
 #include <wx/toolbar.h>
 #include <wx/utils.h>
 
-#include <algorithm>
 #include <list>
 #include <vector>
 
+#include "base/Text.h"
 #include "edit/EditForm.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/Forms.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
@@ -46,10 +47,7 @@ EditFrame::EditFrame(AppServices& services)
     InitFrame(*this, "editcard");
     TrimMenuBar();
     CreateToolBar();
-    mpForm = new EditForm(this);
-    auto* const sizer = new wxBoxSizer(wxVERTICAL);
-    sizer->Add(mpForm, wxSizerFlags(1).Expand());
-    SetSizer(sizer);
+    CreateForm();
     ApplyFont();
     Centre(wxBOTH);
     RestoreWindowPosition(kSettingEditFramePosition, kApplicationName, *this);
@@ -69,9 +67,21 @@ void EditFrame::CreateToolBar() {
     auto* const bar = new wxToolBar(this, kToolBarId, wxDefaultPosition, wxDefaultSize,
                                     wxTB_HORIZONTAL | wxTB_FLAT | wxTB_TEXT);
     bar->SetToolBitmapSize(wxSize(16, 16));
+    bar->AddTool(ID_SAVE_CLOSE, _("Save && Close"), LoadResourceBitmap("icons/save_tool.png"));
     bar->AddTool(ID_SAVE_NEW, _("Save && New"), LoadResourceBitmap("icons/save_new_tool.png"));
     bar->Realize();
     SetToolBar(bar);
+}
+
+// Makes the form, which scrolls, and below it the buttons, which stay in sight.
+void EditFrame::CreateForm() {
+    // Tab goes round within a panel.
+    auto* const panel = new wxPanel(this);
+    mpForm = new EditForm(panel);
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    column->Add(mpForm, wxSizerFlags(1).Expand());
+    column->Add(MakeOkCancel(*panel), wxSizerFlags().Expand().Border(wxALL, FromDIP(kFormEdge)));
+    panel->SetSizer(column);
 }
 
 void EditFrame::BindCommands() {
@@ -104,13 +114,12 @@ void EditFrame::ApplyFont() {
 // window then takes a good part of the screen's height.
 void EditFrame::FitToForm() {
     constexpr double kPartOfScreen = 0.75;
-    wxSize content = mpForm->GetSizer()->GetMinSize();
     const int highest = static_cast<int>(wxDisplay(this).GetClientArea().height * kPartOfScreen);
-    const int surroundings = ClientToWindowSize(wxSize(0, 0)).y;
-    if (content.y > highest - surroundings) {
-        content.y = highest - surroundings;
-        content.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
-    }
+    // The form itself has no least size, so this is what the buttons need.
+    const int buttons = mpForm->GetParent()->GetSizer()->CalcMin().y;
+    const int bars = ClientToWindowSize(wxSize(0, 0)).y;
+    wxSize content = mpForm->GetWantedSize(highest - bars - buttons);
+    content.y += buttons;
     content.IncTo(GetClientSize());
     SetClientSize(content);
 }
@@ -129,6 +138,19 @@ void EditFrame::SetDatabase(Database* database) {
 void EditFrame::SetCard(const FlashCard& card) {
     mCard = card;
     mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
+    ShowTitle(mCard.Front);
+}
+
+// Tells the editors of several cards apart in the desktop's lists of windows.
+void EditFrame::ShowTitle(const wxString& front) {
+    const wxString title = _("Edit - Velomind");
+    SetTitle(front.empty() ? title : title + " - " + ShownName(front));
+}
+
+// Shows what the store has by now of the card.
+void EditFrame::Follow(const FlashCard& stored) {
+    mpForm->Follow(stored, GetCategoryName(stored.CategoryId));
+    ShowTitle(stored.Front);
 }
 
 void EditFrame::New() {
@@ -183,7 +205,7 @@ void EditFrame::Refresh() {
     }
     mpForm->SetCategories(categories);
     if (!found.empty()) {
-        mpForm->Follow(found.front(), GetCategoryName(found.front().CategoryId));
+        Follow(found.front());
     }
 }
 
@@ -193,7 +215,7 @@ void EditFrame::Refresh() {
 void EditFrame::FollowStored() {
     std::list<FlashCard> found;
     if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {
-        mpForm->Follow(found.front(), GetCategoryName(found.front().CategoryId));
+        Follow(found.front());
     }
 }
 

@@ -40,12 +40,15 @@ class EditFrame : public wxFrame, private Observer {
 
     void TrimMenuBar();
     void CreateToolBar();
+    void CreateForm();
     void BindCommands();
     void ApplyFont();
     void FitToForm();
     wxString GetCategoryName(int32_t id);
     bool IsNew() const { return mCard.CardId.IsZero(); }
     int FindStored(std::list<FlashCard>& found);
+    void ShowTitle(const wxString& front);
+    void Follow(const FlashCard& stored);
     void Refresh();
     void FollowStored();
 

@@ -5,6 +5,7 @@
 #include <wx/intl.h>
 #include <wx/sizer.h>
 #include <wx/spinctrl.h>
+#include <wx/stattext.h>
 #include <wx/textctrl.h>
 
 #include <algorithm>
@@ -18,6 +19,7 @@
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -35,7 +37,8 @@ enum : int {
 constexpr int kLowestDifficulty = 0;
 constexpr int kHighestDifficulty = 32;
 constexpr int kHighestScore = 5;
-constexpr int kUnitGap = 5;
+// The least width of a number, in pixels at 1x.
+constexpr int kNumberWidth = 80;
 
 constexpr const char* kUnits[] = {wxTRANSLATE("second(s)"), wxTRANSLATE("minute(s)"),
                                   wxTRANSLATE("hour(s)"),   wxTRANSLATE("day(s)"),
@@ -88,13 +91,44 @@ bool KeepsText(const wxString& text, double value) {
     return !ReadDifficulty(text, difficulty) && value == made;
 }
 
+wxString After(unsigned count, int unit) {
+    const wxString texts[] = {wxPLURAL("in %i second", "in %i seconds", count),
+                              wxPLURAL("in %i minute", "in %i minutes", count),
+                              wxPLURAL("in %i hour", "in %i hours", count),
+                              wxPLURAL("in %i day", "in %i days", count),
+                              wxPLURAL("in %i week", "in %i weeks", count),
+                              wxPLURAL("in %i month", "in %i months", count),
+                              wxPLURAL("in %i year", "in %i years", count)};
+    return wxString::Format(texts[unit], static_cast<int>(count));
+}
+
+wxString Before(unsigned count, int unit) {
+    const wxString texts[] = {wxPLURAL("%i second ago", "%i seconds ago", count),
+                              wxPLURAL("%i minute ago", "%i minutes ago", count),
+                              wxPLURAL("%i hour ago", "%i hours ago", count),
+                              wxPLURAL("%i day ago", "%i days ago", count),
+                              wxPLURAL("%i week ago", "%i weeks ago", count),
+                              wxPLURAL("%i month ago", "%i months ago", count),
+                              wxPLURAL("%i year ago", "%i years ago", count)};
+    return wxString::Format(texts[unit], static_cast<int>(count));
+}
+
 }  // namespace
+
+wxString DescribeTime(const wxDateTime& time, const wxDateTime& now) {
+    const auto seconds = (time - now).GetSeconds().ToDouble();
+    const IntervalInUnits distance = SplitInterval(static_cast<float>(std::abs(seconds)));
+    const auto count = static_cast<unsigned>(std::lround(distance.Value));
+    const bool isThisYear = time.GetYear() == now.GetYear();
+    const wxString date = time.Format(isThisYear ? _("%a %d %b %H:%M") : _("%a %d %b %Y %H:%M"));
+    return (seconds < 0 ? Before(count, distance.Unit) : After(count, distance.Unit)) + ", " + date;
+}
 
 EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxString& title)
     : wxPanel(parent, id, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, "panel") {
     CreateControls();
     LayOut(title);
-    // The tool tips tell the fields of the two panels apart.
+    // The heading may be scrolled away, and the tool tips still tell the two panels apart.
     SetToolTip(title);
     for (wxWindow* const child : GetChildren()) {
         child->SetToolTip(title);
@@ -109,11 +143,14 @@ EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxSt
 void EditSchedulePanel::CreateControls() {
     mpIntroduced = new wxCheckBox(this, ID_INTRODUCED, _("Introduced"));
     mpLastReview = CreateReadOnlyText(ID_LAST_REVIEW);
+    mpLastReviewHere = CreateDescription();
     mpReviewInterval = new wxTextCtrl(this, ID_REVIEW_INTERVAL);
+    mpReviewInterval->SetMinSize(FromDIP(wxSize(kNumberWidth, -1)));
     mpIntervalUnit =
         new wxChoice(this, ID_INTERVAL_UNIT, wxDefaultPosition, wxDefaultSize, Translated(kUnits));
     mpIntervalUnit->SetSelection(0);
     mpNextReview = CreateReadOnlyText(ID_NEXT_REVIEW);
+    mpNextReviewHere = CreateDescription();
     mpDifficulty =
         new wxSpinCtrl(this, ID_DIFFICULTY, "0", wxDefaultPosition, wxDefaultSize, wxSP_ARROW_KEYS,
                        kLowestDifficulty, kHighestDifficulty, 0, "wxSpinCtrl");
@@ -126,31 +163,49 @@ wxTextCtrl* EditSchedulePanel::CreateReadOnlyText(int id) {
     return new wxTextCtrl(this, id, wxString(), wxDefaultPosition, wxDefaultSize, wxTE_READONLY);
 }
 
+// Makes a text that is wide enough for any time from the start, so that the form keeps its width.
+wxStaticText* EditSchedulePanel::CreateDescription() {
+    const wxDateTime now = CurrentTime();
+    const wxString longest = DescribeTime(now + wxDateSpan(1, 1), now);
+    return new wxStaticText(this, wxID_ANY, wxString(), wxDefaultPosition, GetTextExtent(longest),
+                            wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
+}
+
 void EditSchedulePanel::LayOut(const wxString& title) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    const wxSizerFlags field = wxSizerFlags().Expand().Border(kFieldSides, kFormBorder);
-    const auto spoken = [&title](const wxString& label) { return title + ": " + label; };
-    const auto addLabel = [&](const wxString& text, wxWindow& control, LabelPlace place) {
-        AddFormLabel(*column, text, control, spoken(text), place);
-    };
+    wxBoxSizer* const group = AddFormGroup(*column, *this, title);
+    group->Add(mpIntroduced, FormRow(*this));
+    SetAccessibleName(*mpIntroduced, title + ": " + mpIntroduced->GetLabel());
 
-    column->Add(mpIntroduced, wxSizerFlags().Border(wxALL, kFormBorder));
-    SetAccessibleName(*mpIntroduced, spoken(mpIntroduced->GetLabel()));
-    addLabel(_("Last Review"), *mpLastReview, LabelPlace::First);
-    column->Add(mpLastReview, field);
-    addLabel(_("Review Interval"), *mpReviewInterval, LabelPlace::Later);
+    auto* const grid = new wxFlexGridSizer(2, FromDIP(wxSize(kFormEdge, kFormGap)));
+    grid->AddGrowableCol(1, 1);
+    AddRow(*grid, _("Last Review"), *mpLastReview, title);
+    grid->AddSpacer(0);
+    grid->Add(mpLastReviewHere, wxSizerFlags().Expand());
     auto* const interval = new wxBoxSizer(wxHORIZONTAL);
     interval->Add(mpReviewInterval, wxSizerFlags(1).CentreVertical());
-    interval->Add(mpIntervalUnit, wxSizerFlags().CentreVertical().Border(wxLEFT, kUnitGap));
-    SetAccessibleName(*mpIntervalUnit, spoken(_("Unit of the Review Interval")));
-    column->Add(interval, field);
-    addLabel(_("Next Review"), *mpNextReview, LabelPlace::Later);
-    column->Add(mpNextReview, field);
-    addLabel(_("Difficulty"), *mpDifficulty, LabelPlace::Later);
-    column->Add(mpDifficulty, field);
-    addLabel(_("Last Score"), *mpLastScore, LabelPlace::Later);
-    column->Add(mpLastScore, field);
+    interval->Add(mpIntervalUnit,
+                  wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
+    SetAccessibleName(*mpIntervalUnit, title + ": " + _("Unit of the Review Interval"));
+    AddRow(*grid, _("Review Interval"), *mpReviewInterval, title, interval);
+    AddRow(*grid, _("Next Review"), *mpNextReview, title);
+    grid->AddSpacer(0);
+    grid->Add(mpNextReviewHere, wxSizerFlags().Expand());
+    AddRow(*grid, _("Difficulty"), *mpDifficulty, title);
+    AddRow(*grid, _("Last Score"), *mpLastScore, title);
+    group->Add(grid, FormRow(*this));
     SetSizer(column);
+}
+
+// Adds a row to the grid: the label, and the control or the sizer that it stands in.
+void EditSchedulePanel::AddRow(wxFlexGridSizer& grid, const wxString& label, wxWindow& control,
+                               const wxString& title, wxSizer* field) {
+    grid.Add(MakeFormLabel(label, control, title + ": " + label), wxSizerFlags().CentreVertical());
+    if (field != nullptr) {
+        grid.Add(field, wxSizerFlags().Expand());
+    } else {
+        grid.Add(&control, wxSizerFlags().Expand());
+    }
 }
 
 // Gives the read-only texts the colour of the panel. The colour is copied, so this runs again when
@@ -173,13 +228,28 @@ void EditSchedulePanel::Load(const CardSchedule& schedule) {
     // A damaged store may hold a score above 5, which has no text.
     mpLastScore->SetSelection(
         schedule.LastScore <= kHighestScore ? kHighestScore - schedule.LastScore : wxNOT_FOUND);
+    for (wxWindow* const child : GetChildren()) {
+        TextUndo::Restart(*child);
+    }
+    DescribeTimes();
     mSaved = GetState();
+}
+
+// A card that was not introduced has times too, but they stand for no review.
+void EditSchedulePanel::DescribeTimes() {
+    const wxDateTime now = CurrentTime();
+    const auto describe = [&](const wxDateTime& time) {
+        return mSchedule.Introduced ? DescribeTime(time, now) : wxString();
+    };
+    mpLastReviewHere->SetLabel(describe(mSchedule.LastReview));
+    mpNextReviewHere->SetLabel(describe(mSchedule.NextReview()));
 }
 
 void EditSchedulePanel::Follow(const CardSchedule& schedule) {
     if (!IsModified() && schedule != mSchedule) {
         Load(schedule);
     }
+    DescribeTimes();
 }
 
 int EditSchedulePanel::Save(CardSchedule& schedule) {

@@ -13,8 +13,9 @@ class CardList;
 class CategoryList;
 class Database;
 class wxDropDownButton;
+class SearchField;
+class wxButton;
 class wxListEvent;
-class wxSearchCtrl;
 
 // Keeps the texts that were searched for last: newest first, each once, at most five. They live as
 // long as the list window and are not stored.
@@ -57,15 +58,16 @@ class BrowseFrame : public wxFrame, private Observer {
     void BuildControls();
     void BuildDropDown();
     void BuildSearchField(wxSizer& row);
+    void BuildStudyButton(wxSizer& row);
     void BindCommands();
     void BindListCommands();
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
     const ListCommand* FindListCommand(const ListCommand& inCategories,
                                        const ListCommand& inCards) const;
-    bool AreCategoriesMeant() const;
     void GiveKeysTo(wxWindow& child);
     void UseFont();
     void ShowCategory();
+    void ShowReadyCount();
     void AddRecentSearch(const wxString& text);
     void RebuildSearchMenu();
     void Search(const wxString& text);
@@ -79,14 +81,19 @@ class BrowseFrame : public wxFrame, private Observer {
     void OnSearchText(wxCommandEvent& event);
     void OnSearchEnter(wxCommandEvent& event);
     void OnRecentSearch(wxCommandEvent& event);
+    void OnSearchAll(wxCommandEvent& event);
     void OnExport(wxCommandEvent& event);
     void OnCategoryChosen(wxListEvent& event);
     void OnRename(wxCommandEvent& event);
 
     AppServices& mServices;
     RecentSearches mRecentSearches;
-    wxSearchCtrl* mpSearchCtrl = nullptr;
+    bool mSearchAll = false;
+    SearchField* mpSearchCtrl = nullptr;
     wxDropDownButton* mpButton = nullptr;
+    wxButton* mpStudyButton = nullptr;
+    // Opens the menu of the search field.
+    wxDropDownButton* mpSearchMenuButton = nullptr;
     Database* mpDatabase = nullptr;
     CategoryList* mpCategoryList = nullptr;
     CardList* mpCardList = nullptr;

@@ -3,8 +3,10 @@
 #include <wx/panel.h>
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
+#include "list/CardColumns.h"
 #include "list/CardListCtrl.h"
 #include "store/Subject.h"
 
@@ -29,11 +31,19 @@ class CardList : public wxPanel, private Observer {
     void SetDatabase(Database* database);
     // True takes the rows from the current category, false from searches in the whole store.
     void SetShowCategory(bool show);
+    // True lets a search find cards of all categories. Without a search it changes nothing.
+    void SetSearchAll(bool all);
     // Shows the cards that contain the text; an empty text shows all. "%" and "_" are wild cards.
     void SetSearch(const wxString& text);
 
     // Returns the text of a cell. Reads the card from the store when it is not in the cache.
-    wxString GetCellText(long row, long column);
+    wxString GetCellText(long row, ListColumn column);
+
+    // Opens the menu of the columns by the headings, as a right click on a heading does.
+    void OpenColumnMenu();
+
+    // Shows the schedules of the direction that is under study now.
+    void FollowDirection();
 
     // Fills rowIds with the row ids of the selected rows, in the order of the rows. With clear the
     // rows are deselected.
@@ -63,6 +73,11 @@ class CardList : public wxPanel, private Observer {
 
     void RefreshRows();
     void SelectRowIds();
+    bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
+    // Shows the columns that the user has chosen, as far as they mean something for these rows.
+    void ArrangeColumns();
+    void ToggleColumn(ListColumn column);
+    wxString NameCategory(int32_t id);
     // Gives the control one row for each row id, and restores what was selected and focused.
     void ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow);
     // Refreshes after a change of category or search, when the former place of the focus means
@@ -84,6 +99,8 @@ class CardList : public wxPanel, private Observer {
     void OnListKeyDown(wxListEvent& event);
     void OnColumnClick(wxListEvent& event);
     void OnColumnRightClick(wxListEvent& event);
+    void BindColumnMenu();
+    void ShowColumnMenu(const wxPoint& place);
     void AutoSizeAllColumns();
     void OnContextMenu(wxContextMenuEvent& event);
 
@@ -92,8 +109,16 @@ class CardList : public wxPanel, private Observer {
     Database* mpDatabase = nullptr;
     bool mShowCategory = false;
     wxString mSearch;
+    bool mSearchAll = false;
     int32_t mCategoryId = -1;
-    uint32_t mSortColumn = 0;
+    // The columns that the user has chosen, and the one of them that gives the order.
+    ListColumns mShownColumns = ReadShownColumns();
+    ListColumn mSortColumn = ListColumn::kNumber;
+    bool mIsReverse;
+    // The column whose heading the menu was opened on, or -1.
+    int mMenuColumn = -1;
+    // Names of categories that were drawn since the last refresh, by id.
+    std::map<int32_t, wxString> mCategoryNames;
     CardRowCache mRowCache;
     // The store's row id of each list row, in the order on the screen.
     std::vector<int64_t> mRowIds;

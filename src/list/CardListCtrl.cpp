@@ -43,7 +43,7 @@ namespace {
 
 constexpr int kNoticeId = 10000;
 constexpr int kNoticePlace = 30;
-constexpr int kNoticeWidth = 180;
+constexpr int kNarrowestNotice = 180;
 // The base class cuts a longer text by adding up the widths of its single characters. That is slow,
 // and it draws the dots over the text where letters join or kern.
 constexpr size_t kShortText = 40;
@@ -54,6 +54,10 @@ constexpr int kCellMargins = 8;
 // Space beside the widest text of a column that was fitted to its texts.
 constexpr int kSpareWidth = 4;
 constexpr int kNarrowest = 30;
+// The least width of a column of texts that share the room.
+constexpr int kNarrowestText = 90;
+// The mark of the sorted column, in its heading.
+constexpr int kSortMark = 20;
 
 bool IsCutWell(const wxString& text) {
     return text.length() <= kShortText &&
@@ -67,10 +71,9 @@ CardListCtrl::CardListCtrl(CardList& owner)
     : wxListCtrl(&owner, kCardListId, wxDefaultPosition, wxSize(100, 100),
                  wxLC_REPORT | wxLC_VIRTUAL | wxBORDER_NONE, wxDefaultValidator, "listCtrl"),
       mOwner(owner) {
-    mpEmptyNotice = new wxStaticText(&GetRowsWindow(*this), kNoticeId,
-                                     _("There are no items to show in this view"),
+    mpEmptyNotice = new wxStaticText(&GetRowsWindow(*this), kNoticeId, wxString(),
                                      wxPoint(kNoticePlace, kNoticePlace));
-    mpEmptyNotice->Wrap(kNoticeWidth);
+    SetAdvice(wxString());
     mpEmptyNotice->Hide();
     TellRow(*this, wxString(), _("Cards"));
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CardListCtrl::OnItemFocused, this);
@@ -78,6 +81,74 @@ CardListCtrl::CardListCtrl(CardList& owner)
     Bind(wxEVT_LEFT_DOWN, &CardListCtrl::OnLeftDown, this);
     Bind(wxEVT_CHAR, &CardListCtrl::OnCharacter, this);
     Bind(wxEVT_IDLE, &CardListCtrl::OnIdle, this);
+    GetRowsWindow(*this).Bind(wxEVT_SIZE, &CardListCtrl::OnRowsSize, this);
+    Bind(wxEVT_LIST_COL_END_DRAG, [this](wxListEvent& event) {
+        event.Skip();
+        KeepWidths();
+    });
+}
+
+void CardListCtrl::SetColumns(const ListColumns& columns) {
+    if (columns == mColumns) {
+        return;
+    }
+    for (size_t i = 0; i < mColumns.size(); ++i) {
+        mWidths[mColumns[i]] = GetColumnWidth(static_cast<int>(i));
+    }
+    DeleteAllColumns();
+    mColumns = columns;
+    for (const ListColumn column : mColumns) {
+        AppendColumn(wxGetTranslation(TraitsOf(column).Heading));
+    }
+    FitColumns();
+}
+
+// Returns the width of a column before anyone has set one; 0 when it takes a share of the room.
+int CardListCtrl::GetFirstWidth(ListColumn column) const {
+    const int digits = TraitsOf(column).Digits;
+    if (digits == 0) {
+        return 0;
+    }
+    const int text = GetTextExtent(wxString('0', static_cast<size_t>(digits))).x;
+    return std::max(text, MeasureHeading(column)) + kCellMargins + kSpareWidth;
+}
+
+void CardListCtrl::FitColumns() {
+    std::vector<int> widths;
+    for (const ListColumn column : mColumns) {
+        const auto known = mWidths.find(column);
+        const bool isKept = mWidthsAreSet && known != mWidths.end();
+        widths.push_back(isKept ? known->second : GetFirstWidth(column));
+    }
+    ShareRoom(widths, GetRowsWindow(*this).GetClientSize().x, FromDIP(kNarrowestText));
+    for (size_t i = 0; i < widths.size(); ++i) {
+        const int column = static_cast<int>(i);
+        if (GetColumnWidth(column) != widths[i]) {
+            wxListCtrl::SetColumnWidth(column, widths[i]);
+        }
+    }
+}
+
+bool CardListCtrl::SetFont(const wxFont& font) {
+    const bool isSet = wxListCtrl::SetFont(font);
+    if (!mWidthsAreSet) {
+        FitColumns();
+    }
+    return isSet;
+}
+
+void CardListCtrl::SetAdvice(const wxString& advice) {
+    mNotice = _("There are no items to show in this view");
+    if (!advice.empty()) {
+        mNotice << "\n\n" << advice;
+    }
+    PlaceNotice();
+}
+
+void CardListCtrl::PlaceNotice() {
+    const int room = GetRowsWindow(*this).GetClientSize().x - 2 * kNoticePlace;
+    mpEmptyNotice->SetLabel(mNotice);
+    mpEmptyNotice->Wrap(std::max(room, kNarrowestNotice));
 }
 
 long CardListCtrl::GetFocusedRow() const {
@@ -177,6 +248,7 @@ bool CardListCtrl::SetColumnWidth(int column, int width) {
     if (width != wxLIST_AUTOSIZE && width != wxLIST_AUTOSIZE_USEHEADER) {
         return wxListCtrl::SetColumnWidth(column, width);
     }
+    KeepWidths();
     // The first click of a double click begins to drag the edge. The headings apply the width of a
     // drag when they are idle, which would replace the new width by the old one.
     if (wxWindow* const headings = FindHeadings()) {
@@ -185,32 +257,37 @@ bool CardListCtrl::SetColumnWidth(int column, int width) {
     return wxListCtrl::SetColumnWidth(column, MeasureColumn(column));
 }
 
-wxWindow* CardListCtrl::FindHeadings() {
-    const wxWindow& rows = GetRowsWindow(*this);
+wxWindow* CardListCtrl::FindHeadings() const {
     for (wxWindow* const child : GetChildren()) {
-        if (child != &rows) {
+        if (child != mpEmptyNotice->GetParent()) {
             return child;
         }
     }
     return nullptr;
 }
 
+int CardListCtrl::MeasureHeading(ListColumn column) const {
+    const wxWindow* const headings = FindHeadings();
+    const wxString text = wxGetTranslation(TraitsOf(column).Heading);
+    return (headings == nullptr ? 0 : headings->GetTextExtent(text).x) + FromDIP(kSortMark);
+}
+
 // The base class would measure the texts as they were cut for the present width.
 int CardListCtrl::MeasureColumn(int column) {
-    wxListItem heading;
-    heading.SetMask(wxLIST_MASK_TEXT);
-    GetColumn(column, heading);
-    wxWindow* const headings = FindHeadings();
-    int width = headings == nullptr ? 0 : headings->GetTextExtent(heading.GetText()).x;
+    const ListColumn shown = mColumns[static_cast<size_t>(column)];
+    int width = MeasureHeading(shown);
     const long end = std::min<long>(GetTopItem() + GetCountPerPage() + 1, GetItemCount());
     for (long row = GetTopItem(); row < end; ++row) {
-        width = std::max(width, GetTextExtent(mOwner.GetCellText(row, column)).x);
+        width = std::max(width, GetTextExtent(mOwner.GetCellText(row, shown)).x);
     }
     return std::min(width + kCellMargins + kSpareWidth, std::max(GetClientSize().x, kNarrowest));
 }
 
 wxString CardListCtrl::OnGetItemText(long row, long column) const {
-    const wxString text = mOwner.GetCellText(row, column);
+    if (static_cast<size_t>(column) >= mColumns.size()) {
+        return wxString();
+    }
+    const wxString text = mOwner.GetCellText(row, mColumns[static_cast<size_t>(column)]);
     if (IsCutWell(text)) {
         return text;
     }
@@ -230,7 +307,8 @@ void CardListCtrl::TellFocusedRow() {
     // This reads the card, which is cheap: nearly always the row is about to be drawn anyway.
     wxString row;
     if (mLastFocused >= 0 && GetRowsWindow(*this).HasFocus()) {
-        row = mOwner.GetCellText(mLastFocused, 1) + "\n" + mOwner.GetCellText(mLastFocused, 2);
+        row = mOwner.GetCellText(mLastFocused, ListColumn::kFront) + "\n" +
+              mOwner.GetCellText(mLastFocused, ListColumn::kBack);
     }
     TellRow(*this, row, _("Cards"));
 }
@@ -320,6 +398,14 @@ void CardListCtrl::OnIdle(wxIdleEvent& event) {
         mpEmptyNotice->Show(isEmpty);
     }
     KeepHeadingsInPlace();
+}
+
+void CardListCtrl::OnRowsSize(wxSizeEvent& event) {
+    event.Skip();
+    if (!mWidthsAreSet) {
+        FitColumns();
+    }
+    PlaceNotice();
 }
 
 // Draws the headings again after the rows have scrolled. The base class draws them before, so they

@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "list/CardColumns.h"
 #include "store/FlashCard.h"
 
 class CardList;
@@ -39,6 +40,15 @@ class CardListCtrl : public wxListCtrl {
   public:
     explicit CardListCtrl(CardList& owner);
 
+    // Shows these columns. Until the user sets a width they fill the list; after that those that
+    // were shown before keep their widths.
+    void SetColumns(const ListColumns& columns);
+    const ListColumns& GetColumns() const { return mColumns; }
+    // Whether the user has set widths, in this or an earlier run of the program.
+    bool AreWidthsSet() const { return mWidthsAreSet; }
+    // Takes the present widths as set by the user.
+    void KeepWidths() { mWidthsAreSet = true; }
+
     // Returns the row that the keys act on, or -1.
     long GetFocusedRow() const;
     void SetFocusedRow(long row);
@@ -54,15 +64,25 @@ class CardListCtrl : public wxListCtrl {
     // about to take.
     void SelectSomeRow();
 
+    // Says what to do while there are no rows, below the notice that there are none.
+    void SetAdvice(const wxString& advice);
+
     // With wxLIST_AUTOSIZE, which a double click on the edge of a heading sends too, makes the
     // column as wide as its heading and the rows in view need, but no wider than the list.
     bool SetColumnWidth(int column, int width) override;
 
+    // The widths follow the font.
+    bool SetFont(const wxFont& font) override;
+
     wxString OnGetItemText(long row, long column) const override;
 
   private:
-    wxWindow* FindHeadings();
+    wxWindow* FindHeadings() const;
     int MeasureColumn(int column);
+    int MeasureHeading(ListColumn column) const;
+    int GetFirstWidth(ListColumn column) const;
+    void FitColumns();
+    void PlaceNotice();
     void TellFocusedRow();
     void AnchorFocusedRow();
     void KeepHeadingsInPlace();
@@ -72,9 +92,15 @@ class CardListCtrl : public wxListCtrl {
     void OnLeftDown(wxMouseEvent& event);
     void OnCharacter(wxKeyEvent& event);
     void OnIdle(wxIdleEvent& event);
+    void OnRowsSize(wxSizeEvent& event);
 
     CardList& mOwner;
     wxStaticText* mpEmptyNotice = nullptr;
+    wxString mNotice;
+    ListColumns mColumns;
+    // The widths of the columns that were shown before, in pixels; hidden ones keep theirs.
+    std::map<ListColumn, int> mWidths;
+    bool mWidthsAreSet = false;
     // The row of the last focus event. Asking the base class would take a pass over all rows.
     long mLastFocused = -1;
     // True while the row from which Shift extends the selection is the one that the user expects.

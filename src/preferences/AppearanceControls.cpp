@@ -10,6 +10,7 @@
 
 #include <algorithm>
 
+#include "shell/Forms.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -19,23 +20,31 @@ constexpr int kColorButtonId = 10064;
 constexpr int kFontNameId = 10047;
 constexpr int kFontButtonId = 10051;
 
-constexpr int kBorder = 5;
 // Room for most names of fonts, in pixels at the usual resolution and in characters.
 constexpr int kNameWidth = 180;
 constexpr int kNameLength = 22;
 
 }  // namespace
 
-void AppearanceControl::CreateRow(wxWindow* sample, const wxSizerFlags& sampleFlags, int buttonId,
-                                  const wxString& buttonText, const wxString& label) {
+void AppearanceControl::CreateRow(wxWindow* sample, int buttonId, const wxString& buttonText,
+                                  const wxString& label) {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    const int border = FromDIP(kBorder);
-    row->Add(sample, wxSizerFlags(sampleFlags).Border(wxRIGHT, border));
-    auto* const change = new wxButton(this, buttonId, buttonText);
-    row->Add(change, wxSizerFlags().CentreVertical().Border(wxALL, border));
+    row->Add(sample, wxSizerFlags(1).Expand());
+    mpButton = new wxButton(this, buttonId, buttonText);
+    row->Add(mpButton, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
     SetSizer(row);
-    SetAccessibleName(*change, label + " " + change->GetLabelText());
-    change->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Change(); });
+    SetAccessibleName(*mpButton, label + " " + mpButton->GetLabelText());
+    mpButton->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Change(); });
+}
+
+void AppearanceControl::AlignButtons(std::initializer_list<const AppearanceControl*> controls) {
+    int width = 0;
+    for (const AppearanceControl* const control : controls) {
+        width = std::max(width, control->mpButton->GetBestSize().x);
+    }
+    for (const AppearanceControl* const control : controls) {
+        control->mpButton->SetMinSize(wxSize(width, -1));
+    }
 }
 
 ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& label)
@@ -43,7 +52,7 @@ ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& labe
     mpSwatch =
         new wxPanel(this, kSwatchId, wxDefaultPosition, FromDIP(wxSize(10, 10)), wxBORDER_SIMPLE);
     mpSwatch->SetCanFocus(false);
-    CreateRow(mpSwatch, wxSizerFlags(1).Expand(), kColorButtonId, _("Change Color..."), label);
+    CreateRow(mpSwatch, kColorButtonId, _("Change Color..."), label);
 }
 
 void ColorControl::SetColourData(const wxColourData& data) {
@@ -66,7 +75,7 @@ FontControl::FontControl(wxWindow* parent, wxWindowID id, const wxString& label)
                             wxTE_READONLY | wxTE_CENTRE);
     mpName->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     SetAccessibleName(*mpName, label);
-    CreateRow(mpName, wxSizerFlags().CentreVertical(), kFontButtonId, _("Change Font..."), label);
+    CreateRow(mpName, kFontButtonId, _("Change Font..."), label);
 }
 
 void FontControl::SetFontData(const wxFontData& data) {

@@ -11,7 +11,7 @@ class wxBoxSizer;
 class wxButton;
 class wxChoice;
 class wxScrolledWindow;
-class wxSizerFlags;
+class wxSizer;
 class wxStaticText;
 class wxTextCtrl;
 
@@ -31,15 +31,16 @@ class PreferencesDialog : public wxDialog {
     void CreateAdvanced();
     void CreateStoreFile();
 
-    // Each of these adds a row to the end of the form.
-    void AddHeading(const wxString& title);
-    wxStaticText* AddText(const wxString& text, int sides);
+    // Each of these adds a row to the end of a group.
+    wxStaticText* AddText(wxSizer& group, const wxString& text);
     template <class Control>
-    Control* AddControl(const wxString& label, int labelSides, int id);
-    wxChoice* AddChoice(int id, const wxArrayString& entries, const wxString& spokenName);
+    Control* AddControl(wxSizer& group, const wxString& label, int id);
+    wxChoice* AddChoice(wxSizer& group, int id, const wxArrayString& entries,
+                        const wxString& spokenName);
 
     void LoadSettings();
     void ShowDescription(bool early);
+    void EnableNewStore(bool enable);
 
     void ApplyAppearance();
     void ApplyIntroduction();

@@ -181,6 +181,28 @@ ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& n
 
 namespace {
 
+// Stands for chance at one of its limits.
+class FixedRandom : public ReviewRandom {
+  public:
+    explicit FixedRandom(float number) : mNumber(number) {}
+    float Next() override { return mNumber; }
+
+  private:
+    float mNumber;
+};
+
+}  // namespace
+
+IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now) {
+    // The interval grows with the random number, so its limits are those of chance.
+    FixedRandom least(0.0f);
+    FixedRandom greatest(1.0f);
+    return {Review(schedule, score, now, least).NewInterval,
+            Review(schedule, score, now, greatest).NewInterval};
+}
+
+namespace {
+
 constexpr int32_t kBlockSize = 4096;
 // The last block that is opened. It lies safely below the greatest 32-bit number.
 constexpr int32_t kLastBlock = 0x7FFF0000;

@@ -101,6 +101,16 @@ class MaintenancePrompt {
     virtual void TellComplete() = 0;
 };
 
+// The intervals in seconds that a score can give, from the shortest to the longest; chance decides
+// between them. Both are the same when the interval is not spread.
+struct IntervalRange {
+    float Least;
+    float Greatest;
+};
+
+// Returns what Review would make of the interval, without drawing a random number.
+IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now);
+
 // The ERC number of a card puts the introduced cards of a category into blocks of 4096: the upper
 // bits count the blocks, and the low 12 bits are random, so that the cards of a block have a
 // shuffled order. Early review takes the lowest number, a card that has waited for the most blocks.

@@ -29,6 +29,20 @@ void CardHistory::EraseAt(int index) {
     mEntries.erase(std::next(mEntries.begin(), index));
 }
 
+const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId) {
+    const auto current = std::find_if(
+        categories.begin(), categories.end(),
+        [categoryId](const CategoryReady& each) { return each.Info.Id == categoryId; });
+    const auto hasDue = [categoryId](const CategoryReady& each) {
+        return each.Ready > 0 && each.Info.Id != categoryId;
+    };
+    auto found = std::find_if(current, categories.end(), hasDue);
+    if (found == categories.end()) {
+        found = std::find_if(categories.begin(), categories.end(), hasDue);
+    }
+    return found == categories.end() ? nullptr : &*found;
+}
+
 namespace {
 
 void TraceReview(const FlashCard& card, int score, const ReviewResult& result) {
@@ -93,19 +107,59 @@ bool Scheduler::IsBreakTime() const {
            mHistoryPosition == -1;
 }
 
-int Scheduler::GetReadyCount() {
+int Scheduler::CountReady(int32_t categoryId) {
     const wxDateTime now = mSources.Time.Now();
     int32_t forward = 0;
     int32_t reverse = 0;
     if ((mOptions.Directions & kReviewForward) != 0 &&
-        mDatabase.SelectReadyCountForward(mOptions.CategoryId, now, forward) < 0) {
+        mDatabase.SelectReadyCountForward(categoryId, now, forward) < 0) {
         forward = 0;
     }
     if ((mOptions.Directions & kReviewReverse) != 0 &&
-        mDatabase.SelectReadyCountReverse(mOptions.CategoryId, now, reverse) < 0) {
+        mDatabase.SelectReadyCountReverse(categoryId, now, reverse) < 0) {
         reverse = 0;
     }
     return forward + reverse;
+}
+
+wxDateTime Scheduler::GetNextDueTime() {
+    wxDateTime next;
+    const auto consider = [&next](const std::list<FlashCard>& cards, ReviewDirection direction) {
+        if (!cards.empty()) {
+            const wxDateTime due = ScheduleOf(cards.front(), direction).NextReview();
+            next = next.IsValid() && next < due ? next : due;
+        }
+    };
+    std::list<FlashCard> cards;
+    if ((mOptions.Directions & kReviewForward) != 0 &&
+        mDatabase.SelectNextDueForward(mOptions.CategoryId, cards) >= 0) {
+        consider(cards, kReviewForward);
+    }
+    if ((mOptions.Directions & kReviewReverse) != 0 &&
+        mDatabase.SelectNextDueReverse(mOptions.CategoryId, cards) >= 0) {
+        consider(cards, kReviewReverse);
+    }
+    return next;
+}
+
+std::vector<CategoryReady> Scheduler::CountCategories() {
+    std::list<Category> all;
+    mDatabase.SelectAllCategories(all);
+    std::vector<CategoryReady> counted;
+    for (const Category& category : all) {
+        counted.push_back({category, CountReady(category.Id)});
+    }
+    return counted;
+}
+
+IntervalRange Scheduler::PredictInterval(int score) const {
+    const CardSchedule& schedule = CurrentSchedule();
+    if (mHistoryPosition != -1 && score == schedule.LastScore) {
+        return {schedule.ReviewInterval, schedule.ReviewInterval};
+    }
+    const HistoryEntry* const entry = EntryToRestore(score);
+    const bool restores = entry != nullptr && entry->Direction == mCurrentDirection;
+    return PredictReview(restores ? entry->Schedule : schedule, score, mSources.Time.Now());
 }
 
 void Scheduler::Refresh() {
@@ -148,16 +202,22 @@ void Scheduler::ScoreCard(int score) {
 }
 
 void Scheduler::KeepOrRestoreSchedule(int score) {
-    const CardSchedule& schedule = CurrentSchedule();
     if (mHistoryPosition == -1) {
-        mHistory.Add({mCurrentCard.CardId, schedule, mCurrentDirection});
+        mHistory.Add({mCurrentCard.CardId, CurrentSchedule(), mCurrentDirection});
         return;
     }
-    // After a deletion the position may hold another card's entry, so it is found by identity.
-    const HistoryEntry* const entry = mHistory.Find(mCurrentCard.CardId);
-    if (entry != nullptr && score != schedule.LastScore) {
+    const HistoryEntry* const entry = EntryToRestore(score);
+    if (entry != nullptr) {
         ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
     }
+}
+
+const HistoryEntry* Scheduler::EntryToRestore(int score) const {
+    if (mHistoryPosition == -1 || score == CurrentSchedule().LastScore) {
+        return nullptr;
+    }
+    // After a deletion the position may hold another card's entry, so it is found by identity.
+    return mHistory.Find(mCurrentCard.CardId);
 }
 
 void Scheduler::LoadCurrentCard() {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <vector>
 
 #include "base/Time.h"
 #include "scheduler/CardSelection.h"
@@ -46,6 +47,16 @@ class CardHistory {
   private:
     std::list<HistoryEntry> mEntries;
 };
+
+// A category and how many of its cards are due.
+struct CategoryReady {
+    Category Info;
+    int Ready = 0;
+};
+
+// Returns the first category after the given one, round the end, that has due cards; null when no
+// other has any.
+const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId);
 
 // Decides which card is shown, in which direction, and what a score does to it. Keeps one live card
 // until it is scored, and the history of the cards scored last. Lives on the main thread, and is
@@ -102,7 +113,18 @@ class Scheduler {
     // True when the live card is not due yet: nothing is due, and study goes on early.
     bool IsBreakTime() const;
     // Counts the cards of the category that are due, over all directions studied.
-    int GetReadyCount();
+    int GetReadyCount() { return CountReady(mOptions.CategoryId); }
+    // Returns when the next introduced card of the category falls due, in any direction studied;
+    // the time may have passed. Invalid when there is none.
+    wxDateTime GetNextDueTime();
+
+    int32_t GetCategoryId() const { return mOptions.CategoryId; }
+    // Returns all categories in the order of the store, each with its number of due cards.
+    std::vector<CategoryReady> CountCategories();
+
+    // Returns the intervals that a score of 0 to 5 can give the current card now. The recorded
+    // score of a card in the history changes nothing, so it gives the interval that the card has.
+    IntervalRange PredictInterval(int score) const;
 
     // Looks at the store again after cards or the current category changed elsewhere.
     void Refresh();
@@ -123,6 +145,10 @@ class Scheduler {
     const CardSchedule& CurrentSchedule() const {
         return ScheduleOf(mCurrentCard, mCurrentDirection);
     }
+    int CountReady(int32_t categoryId);
+    // The history's entry whose schedule a score starts from, or null when it starts from that of
+    // the current card.
+    const HistoryEntry* EntryToRestore(int score) const;
     bool IsInHistory() const {
         return mHistoryPosition >= 0 && mHistoryPosition < GetHistoryCount();
     }

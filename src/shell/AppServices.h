@@ -50,6 +50,10 @@ class AppServices : public CategorySource {
     enum class EmptyCut { kBefore, kAfter };
     virtual void PasteCards(int32_t categoryId, EmptyCut empty) = 0;
 
+    // The direction of study, which the study window sets and lists of schedules follow.
+    virtual bool IsReverseStudy() const = 0;
+    virtual void SetReverseStudy(bool reverse) = 0;
+
     // Shares the text that the study window shows when it has no card.
     virtual void SetStudyMessage(const wxString& text) = 0;
 };

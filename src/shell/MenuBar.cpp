@@ -49,6 +49,7 @@ constexpr MenuRow kFileRows[] = {
 
 constexpr MenuRow kEditRows[] = {
     {wxID_UNDO, wxTRANSLATE("&Undo\tCtrl+Z"), "icons/undo_menu.png"},
+    {wxID_REDO, wxTRANSLATE("R&edo\tCtrl+Shift+Z"), "icons/redo_menu.png"},
     kLine,
     {wxID_CUT, wxTRANSLATE("Cu&t\tCtrl+X"), "icons/cut_menu.png"},
     {wxID_COPY, wxTRANSLATE("&Copy\tCtrl+C"), "icons/copy_menu.png"},
@@ -64,6 +65,14 @@ constexpr MenuRow kEditRows[] = {
 constexpr MenuRow kViewRows[] = {
     {ID_WINDOW_LIST, wxTRANSLATE("List View\tCtrl+1"), nullptr, wxITEM_RADIO},
     {ID_WINDOW_STUDY, wxTRANSLATE("Study\tCtrl+2"), nullptr, wxITEM_RADIO}};
+
+constexpr MenuRow kStudyRows[] = {
+    {ID_CHOOSE_CATEGORY, wxTRANSLATE("Choose Category\tAlt+Down")},
+    {ID_NEXT_DUE_CATEGORY, wxTRANSLATE("Next Category with Due Cards\tCtrl+D")},
+    kLine,
+    {wxID_ZOOM_IN, wxTRANSLATE("Larger Text\tCtrl++")},
+    {wxID_ZOOM_OUT, wxTRANSLATE("Smaller Text\tCtrl+-")},
+    {wxID_ZOOM_100, wxTRANSLATE("Normal Text Size\tCtrl+0")}};
 
 constexpr MenuRow kCustomizeRows[] = {
     {ID_COMPACT_SCORING, wxTRANSLATE("Compact Scoring Controls"), nullptr, wxITEM_CHECK},
@@ -121,6 +130,7 @@ wxString Translated(const char* text) {
     return *text == '\0' ? wxString() : wxGetTranslation(text);
 }
 
+void AppendRows(wxMenu& menu, const MenuRow* first, const MenuRow* end);
 std::unique_ptr<wxMenu> BuildMenu(const MenuRow* first, const MenuRow* end);
 
 std::unique_ptr<wxMenuItem> BuildItem(wxMenu& menu, const MenuRow& row) {
@@ -141,14 +151,18 @@ std::unique_ptr<wxMenuItem> BuildItem(wxMenu& menu, const MenuRow& row) {
 
 std::unique_ptr<wxMenu> BuildMenu(const MenuRow* first, const MenuRow* end) {
     auto menu = std::make_unique<wxMenu>();
+    AppendRows(*menu, first, end);
+    return menu;
+}
+
+void AppendRows(wxMenu& menu, const MenuRow* first, const MenuRow* end) {
     for (const MenuRow* row = first; row != end; ++row) {
         if (row->Id == wxID_SEPARATOR) {
-            menu->AppendSeparator();
+            menu.AppendSeparator();
         } else {
-            menu->Append(BuildItem(*menu, *row).release());
+            menu.Append(BuildItem(menu, *row).release());
         }
     }
-    return menu;
 }
 
 template <size_t kCount>
@@ -212,11 +226,19 @@ void InitFrame(wxFrame& frame, const wxString&) {
         menu->Destroy(test);
     }
     frame.SetMenuBar(bar.release());
-    // The entry Close is not in the bar, but users of a desktop expect its key.
-    const wxAcceleratorEntry close(wxACCEL_CTRL, 'W', wxID_CLOSE);
-    frame.SetAcceleratorTable(wxAcceleratorTable(1, &close));
+    // No entry of the bar closes the window or the program, but users of a desktop expect the keys.
+    const wxAcceleratorEntry keys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
+                                       {wxACCEL_CTRL, 'Q', wxID_EXIT}};
+    frame.SetAcceleratorTable(wxAcceleratorTable(static_cast<int>(std::size(keys)), keys));
     frame.SetIcons(LoadApplicationIcon());
     UseFaceColour(frame);
+}
+
+void AddStudyEntries(wxMenuBar& bar) {
+    wxMenu* menu = nullptr;
+    bar.FindItem(ID_WINDOW_STUDY, &menu);
+    menu->AppendSeparator();
+    AppendRows(*menu, std::begin(kStudyRows), std::end(kStudyRows));
 }
 
 void RemoveMenuItem(wxMenuBar& bar, int id) {

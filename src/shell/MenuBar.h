@@ -20,6 +20,9 @@ std::unique_ptr<wxMenu> BuildCardMenu();
 // Shows a context menu at the mouse, or in the corner of the window if a key asked for it.
 void PopUpMenu(wxWindow& window, wxMenu& menu, const wxContextMenuEvent& event);
 
+// Adds the entries that only the study window has, to the menu that changes between the windows.
+void AddStudyEntries(wxMenuBar& bar);
+
 // Sets up a top-level window; call it first in the constructor. Gives it the font, the menu bar
 // without the entries that no window offers, the icons and the background. The topic is the name of
 // the window in a help system, which no build has yet.

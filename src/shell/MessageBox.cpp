@@ -5,6 +5,7 @@
 #include <wx/sizer.h>
 #include <wx/textctrl.h>
 
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 int ShowMessageBox(const wxString& text, const wxString& caption, long style, wxWindow* parent) {
@@ -33,6 +34,7 @@ TextQuestion::TextQuestion(wxWindow* parent, const wxString& question, const wxS
                            const wxString& value)
     : wxTextEntryDialog(parent, question, caption, value) {
     SetAccessibleName(*m_textctrl, question);
+    TextUndo::AttachTo(*this);
     FitTextHeights(*this);
     GetSizer()->SetSizeHints(this);
 }

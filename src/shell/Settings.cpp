@@ -23,6 +23,7 @@
 
 #include "base/Text.h"
 #include "shell/ProgramInfo.h"
+#include "shell/Toolkit.h"
 #include "shell/WindowPlace.h"
 
 // The settings lie in one text file of lines "Key=value" in a single section, for example
@@ -183,7 +184,8 @@ constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
 constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180}};
 constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingEarlyIntroduction, false},
                                                  {kSettingTest, false}};
-constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"}};
+constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"},
+                                                       {kSettingCardListShown, "Category"}};
 
 // Returns the row of a key, or null.
 template <typename Value, size_t kCount>
@@ -218,6 +220,13 @@ bool ParseColourGroup(const wxString& text, size_t position, char letter, unsign
     }
     part = static_cast<unsigned char>(value);
     return true;
+}
+
+// Returns the key beside a window's place that tells its size and whether it is maximised, such as
+// "StudyFrameSize" for "StudyFramePosition".
+wxString SizeKey(wxString key) {
+    key.Replace("Position", "Size");
+    return key;
 }
 
 // Returns the widths that stand before the first token that is none.
@@ -309,36 +318,45 @@ bool ParseColourText(const wxString& text, wxColour& colour) {
 bool RestoreWindowPosition(const wxString& key, const wxString& application,
                            wxTopLevelWindow& window) {
     WatchPlace(window);
-    wxRect place;
-    if (!ParsePlace(OpenSettingsFile(application)->Read(key, wxString()), place)) {
+    const auto settings = OpenSettingsFile(application);
+    WindowPlace place;
+    const bool hasCorner = ParsePlace(settings->Read(key, wxString()), place.Free);
+    if (!ParseSize(settings->Read(SizeKey(key), wxString()), place) && !hasCorner) {
         return false;
     }
-    // A maximised window keeps the screen, and takes its place when the user restores it.
-    if (!window.IsMaximized() && !window.IsFullScreen()) {
-        MoveToPlace(window, ClampPlace(place, ScreenAreas()));
+    const std::vector<wxRect> screens = ScreenAreas();
+    if (!hasCorner && !screens.empty()) {
+        place.Free = place.Free.CentreIn(screens.front());
+    }
+    // A maximised or tiled window keeps its part of the screen.
+    if (!window.IsMaximized() && !window.IsFullScreen() && !IsTiled(window)) {
+        place.Free = ClampPlace(place.Free, screens);
+        MoveToPlace(window, place);
     }
     return true;
 }
 
 void SaveWindowPosition(const wxString& key, const wxString& application,
                         const wxTopLevelWindow& window) {
-    OpenSettingsFile(application)->Write(key, FormatPlace(GetNormalPlace(window)));
+    const WindowPlace place = GetPlace(window);
+    const auto settings = OpenSettingsFile(application);
+    settings->Write(SizeKey(key), FormatSize(place));
+    if (HasWindowPlaces()) {
+        settings->Write(key, FormatPlace(place.Free));
+    }
 }
 
-void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
-                      const int* defaults, int count) {
+bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list) {
     const int columns = list.GetColumnCount();
     const std::vector<int> stored =
         ParseWidths(OpenSettingsFile(application)->Read(key, wxString()));
-    if (columns > 0 && stored.size() == static_cast<size_t>(columns)) {
-        for (int i = 0; i < columns; ++i) {
-            list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
-        }
-    } else if (defaults != nullptr) {
-        for (int i = 0; i < std::min(count, columns); ++i) {
-            list.SetColumnWidth(i, defaults[i]);
-        }
+    if (columns == 0 || stored.size() != static_cast<size_t>(columns)) {
+        return false;
     }
+    for (int i = 0; i < columns; ++i) {
+        list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
+    }
+    return true;
 }
 
 void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list) {

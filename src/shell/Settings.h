@@ -25,12 +25,14 @@ constexpr char kSettingStudyBgColor[] = "StudyBgColor";
 constexpr char kSettingBrowseFont[] = "BrowseFont";
 constexpr char kSettingCardLayout[] = "CardLayout";
 constexpr char kSettingCompactScoring[] = "CompactScoring";
+constexpr char kSettingStudyTextStep[] = "StudyTextStep";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
 constexpr char kSettingDatabasePath[] = "DatabasePath";
 constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
+constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
 constexpr char kSettingQuickHelp[] = "QuickHelp";
 constexpr char kSettingTest[] = "Test";
@@ -68,15 +70,16 @@ wxString FormatColourText(const wxColour& colour);
 // Returns false, with colour unchanged, unless the text is exactly of that form.
 bool ParseColourText(const wxString& text, wxColour& colour);
 
-// The place of a window on the screen, in pixels, "x,y,w,h" under its key. Restore clamps it to a
-// screen that exists and returns false when none is stored. The application names the settings.
+// The place of a window on the screen (WindowPlace.h): its corner and size under its key, where the
+// desktop tells them, and its size and whether it is maximised under the key that has "Size" in
+// place of "Position". Restore brings it onto a screen that exists and returns false when neither
+// is stored. The application names the settings.
 bool RestoreWindowPosition(const wxString& key, const wxString& application,
                            wxTopLevelWindow& window);
 void SaveWindowPosition(const wxString& key, const wxString& application,
                         const wxTopLevelWindow& window);
 
-// Column widths in pixels, joined by commas. Applied only when there are as many as columns, else
-// the defaults are, when given.
-void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
-                      const int* defaults, int count);
+// Column widths in pixels, joined by commas. They are applied when there are as many as columns;
+// otherwise nothing changes and the result is false.
+bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list);
 void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list);

@@ -157,6 +157,8 @@ class Database : public Subject {
     int SelectEarlyReverse(int32_t categoryId, std::list<FlashCard>& cards);
     int SelectNewForward(int32_t categoryId, std::list<FlashCard>& cards);
     int SelectNewReverse(int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNextDueForward(int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNextDueReverse(int32_t categoryId, std::list<FlashCard>& cards);
     // Each introduced, not excluded card of the category whose stored next review lies before the
     // limit, in that order. The visitor must not use the Database.
     int SelectReadySortByNextReview(int32_t categoryId, const wxDateTime& limit,
@@ -370,6 +372,8 @@ class Database : public Subject {
     sqlite3_stmt* mpSelectEarlyReverseStmt = nullptr;
     sqlite3_stmt* mpSelectNewForwardStmt = nullptr;
     sqlite3_stmt* mpSelectNewReverseStmt = nullptr;
+    sqlite3_stmt* mpSelectNextDueForwardStmt = nullptr;
+    sqlite3_stmt* mpSelectNextDueReverseStmt = nullptr;
     sqlite3_stmt* mpSelectReadySortByNextReviewStmt = nullptr;
     sqlite3_stmt* mpSelectRReadySortByRNextReviewStmt = nullptr;
     sqlite3_stmt* mpSelectMaxErcForwardStmt = nullptr;

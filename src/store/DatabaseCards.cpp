@@ -238,6 +238,16 @@ int Database::SelectNewReverse(int32_t categoryId, std::list<FlashCard>& cards) 
     return SelectFirstCard(mpSelectNewReverseStmt, categoryId, cards);
 }
 
+int Database::SelectNextDueForward(int32_t categoryId, std::list<FlashCard>& cards) {
+    const Lock lock(mMutex);
+    return SelectFirstCard(mpSelectNextDueForwardStmt, categoryId, cards);
+}
+
+int Database::SelectNextDueReverse(int32_t categoryId, std::list<FlashCard>& cards) {
+    const Lock lock(mMutex);
+    return SelectFirstCard(mpSelectNextDueReverseStmt, categoryId, cards);
+}
+
 int Database::VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
                          const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label) {
     StatementRun run(*this, statement, categoryId, limit);

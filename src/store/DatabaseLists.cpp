@@ -21,6 +21,7 @@ struct OrderText {
     const char* Tail;
 };
 
+// A card that was not introduced has no schedule yet and stands behind those that have one.
 constexpr OrderText kOrders[] = {
     {CardColumn::kIntroductionOrder, "IntroductionOrder", ""},
     {CardColumn::kFront, "Front", ""},
@@ -32,10 +33,10 @@ constexpr OrderText kOrders[] = {
     {CardColumn::kForwardX, "ForwardX", ""},
     {CardColumn::kReverseX, "ReverseX", ""},
     {CardColumn::kNotes, "Notes", ""},
-    {CardColumn::kNextReview, "NextReview", ""},
-    {CardColumn::kReviewInterval, "ReviewInterval", ""},
-    {CardColumn::kRNextReview, "RNextReview", ""},
-    {CardColumn::kRReviewInterval, "RReviewInterval", ""},
+    {CardColumn::kNextReview, "Introduced=0,NextReview", ""},
+    {CardColumn::kReviewInterval, "Introduced=0,ReviewInterval", ""},
+    {CardColumn::kRNextReview, "RIntroduced=0,RNextReview", ""},
+    {CardColumn::kRReviewInterval, "RIntroduced=0,RReviewInterval", ""},
 };
 
 wxString FormatOrder(CardOrder order) {

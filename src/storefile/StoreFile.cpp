@@ -17,6 +17,7 @@
 
 #include "base/Process.h"
 #include "base/Text.h"
+#include "shell/Forms.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
@@ -164,7 +165,7 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     const auto addButton = [&](int id, const wxString& label) {
         auto* const button = new wxButton(this, id, label);
-        buttons->Add(button, wxSizerFlags().Border(wxALL, 5));
+        buttons->Add(button, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
         return button;
     };
     wxButton* const retry = addButton(ID_RETRY, _("Retry"));
@@ -172,12 +173,12 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     addButton(ID_NEW, _("New"));
     addButton(ID_EXIT, _("Exit"));
 
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(message, wxSizerFlags().Border(wxALL, 5));
-    rows->Add(mpPath, wxSizerFlags().Expand().Border(wxALL, 5));
-    rows->Add(buttons, wxSizerFlags().Center());
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(message);
+    rows->Add(mpPath, FormRow(*this));
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
     FitTextHeights(*this);
-    SetSizerAndFit(rows);
+    GetSizer()->SetSizeHints(this);
     Centre();
 
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);
@@ -260,13 +261,13 @@ ThreadWaitDialog::ThreadWaitDialog(wxWindow* parent, wxWindowID id, const wxStri
       mCreated(wxGetUTCTimeMillis()) {
     SetExtraStyle(GetExtraStyle() | wxWS_EX_BLOCK_EVENTS);
 
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    wxBoxSizer* const rows = MakeFormColumn(*this);
     rows->Add(new wxStaticText(this, wxID_ANY, _("This may take a few minutes.")),
-              wxSizerFlags().Centre().Border(wxALL, 5));
+              wxSizerFlags().Centre());
     mpGauge = new wxGauge(this, wxID_ANY, 100, wxDefaultPosition, wxSize(220, -1),
                           wxGA_HORIZONTAL | wxGA_SMOOTH);
-    rows->Add(mpGauge, wxSizerFlags().Centre().Border(wxALL, 5));
-    SetSizerAndFit(rows);
+    rows->Add(mpGauge, wxSizerFlags().Centre().Border(wxTOP, FromDIP(kFormGap)));
+    GetSizer()->SetSizeHints(this);
     Centre();
 
     Bind(wxEVT_TIMER, &ThreadWaitDialog::OnTimer, this, kTimerId);

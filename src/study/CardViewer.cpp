@@ -8,6 +8,7 @@
 #include <wx/settings.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "base/Text.h"
 #include "shell/MenuBar.h"
@@ -85,6 +86,8 @@ CardLayout ArrangeCard(wxOrientation orientation, const wxSize& client, int32_t 
 namespace {
 
 constexpr int32_t kNarrowest = 32;
+// Logical pixels between a text and the edges of its side.
+constexpr int32_t kTextMargin = 12;
 // Characters that are laid out before a text is first shown (a few screens), and in one idle moment
 // (about a hundredth of a second).
 constexpr size_t kCharactersAtOnce = 10000;
@@ -215,7 +218,8 @@ void CardViewer::Relayout(size_t characters) {
     mScrollNeeded = false;
     for (;;) {
         width = std::max(fullWidth - (mScrollNeeded ? ScrollBarWidth() : 0), kNarrowest);
-        mColumnWidth = CardColumnWidth(orientation, width);
+        const int32_t column = CardColumnWidth(orientation, width);
+        mColumnWidth = std::max(column - 2 * FromDIP(kTextMargin), std::min(column, kNarrowest));
         WrapSides(height, characters);
         firstHeight = TextHeight(LinesOf(mFirst), mLineHeight);
         secondHeight = TextHeight(LinesOf(mSecond), mLineHeight);
@@ -370,10 +374,23 @@ void CardViewer::OnWheel(wxMouseEvent& event) {
     if (delta <= 0 || event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL) {
         return;
     }
+    if (event.ControlDown()) {
+        ChangeTextSize(event.GetWheelRotation(), delta);
+        return;
+    }
     mWheelRest -= event.GetWheelRotation() * event.GetLinesPerAction() * mLineHeight;
     const int32_t pixels = mWheelRest / delta;
     mWheelRest -= pixels * delta;
     ScrollBy(pixels);
+}
+
+void CardViewer::ChangeTextSize(int32_t rotation, int32_t delta) {
+    mZoomRest += rotation;
+    for (; std::abs(mZoomRest) >= delta; mZoomRest -= mZoomRest > 0 ? delta : -delta) {
+        wxCommandEvent command(wxEVT_MENU, mZoomRest > 0 ? wxID_ZOOM_IN : wxID_ZOOM_OUT);
+        command.SetEventObject(this);
+        GetParent()->GetEventHandler()->ProcessEvent(command);
+    }
 }
 
 void CardViewer::OnContextMenu(wxContextMenuEvent& event) {

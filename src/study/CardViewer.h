@@ -53,7 +53,8 @@ struct CardViewerSide {
 
 // The scrolled panel that shows both sides of a card, divided by a thin line, one above the other
 // or side by side. It wraps and centres the texts itself, and sends a click to its parent as a
-// button event with its own id. It knows texts, colours and a cover, but no cards. The owner sets
+// button event with its own id; Ctrl and the wheel go there as the menu commands wxID_ZOOM_IN and
+// wxID_ZOOM_OUT. It knows texts, colours and a cover, but no cards. The owner sets
 // the scroll rate: none horizontally, one pixel vertically.
 //
 // The beginning of a long text is laid out at once. The rest follows in idle moments, while the
@@ -129,6 +130,7 @@ class CardViewer : public wxScrolledWindow {
     void OnLeftDown(wxMouseEvent& event);
     void OnLeftUp(wxMouseEvent& event);
     void OnWheel(wxMouseEvent& event);
+    void ChangeTextSize(int32_t rotation, int32_t delta);
     void OnContextMenu(wxContextMenuEvent& event);
 
     int32_t mLayout = wxVERTICAL;
@@ -143,4 +145,6 @@ class CardViewer : public wxScrolledWindow {
     bool mIsSized = false;
     // Rotation of the wheel that has not yet scrolled a whole pixel, times pixels.
     int32_t mWheelRest = 0;
+    // Rotation with Ctrl that has not yet changed the size of the text.
+    int32_t mZoomRest = 0;
 };

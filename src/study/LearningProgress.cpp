@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kPanelId = 10102;
 constexpr int kTotalId = 10008;
-constexpr int kBorder = 5;
+constexpr int kBorder = kFormGap;
 constexpr int kScrollStep = 10;
 // With fewer cards the name of the category tells nothing.
 constexpr int32_t kCardsThatShowCategory = 2;
@@ -54,7 +54,7 @@ LearningProgress::LearningProgress(Database& database, const Clock& clock, int32
 
     // A scrolled window has no size of its own to ask for.
     wxWindow* const panel = mpLayout->GetContainingWindow();
-    panel->SetMinSize(mpLayout->CalcMin());
+    panel->SetMinSize(panel->GetSizer()->CalcMin());
     GetSizer()->Fit(this);
     Centre(wxBOTH);
 }
@@ -74,14 +74,13 @@ void LearningProgress::CreateControls() {
                                              wxNO_BORDER | wxHSCROLL | wxVSCROLL, "panel");
     panel->SetScrollRate(kScrollStep, kScrollStep);
     const int border = FromDIP(kBorder);
-    mpLayout = new wxBoxSizer(wxVERTICAL);
-    panel->SetSizer(mpLayout);
+    mpLayout = MakeFormColumn(*panel);
 
     mpCategoryText = new wxStaticText(panel, wxID_STATIC, _("Category"));
-    mpLayout->Add(mpCategoryText, wxSizerFlags().Border(wxALL, border));
+    mpLayout->Add(mpCategoryText);
 
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    mpLayout->Add(row, wxSizerFlags().Border(wxALL, border));
+    mpLayout->Add(row, FormRow(*panel));
     mpTotalText = MakeNumber(panel, kTotalId, _("counting..."));
     row->Add(mpTotalText, wxSizerFlags().CentreVertical().Border(wxRIGHT, border));
     row->Add(new wxStaticText(panel, wxID_STATIC, _("cards total")),
@@ -91,8 +90,9 @@ void LearningProgress::CreateControls() {
     CreateBox(*panel, _("Study Back to Front"), {10004, 10005, 10006, 10007}, ReverseTexts());
 
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    column->Add(panel, wxSizerFlags(1).Expand());
-    column->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, border));
+    column->Add(panel, wxSizerFlags(1).Expand().Border(wxALL, border));
+    column->Add(MakeOkCancel(*this),
+                wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, 2 * border));
     SetSizer(column);
     FindWindow(wxID_OK)->SetFocus();
 }
@@ -101,7 +101,7 @@ void LearningProgress::CreateBox(wxScrolledWindow& panel, const wxString& label,
                                  const NumberIds& ids, const NumberTexts& texts) {
     auto* const box = new wxStaticBoxSizer(wxVERTICAL, &panel, label);
     const int border = FromDIP(kBorder);
-    mpLayout->Add(box, wxSizerFlags().Expand().Border(wxALL, border));
+    mpLayout->Add(box, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge)));
     auto* const table = new wxFlexGridSizer(2, border, border);
     box->Add(table, wxSizerFlags().Border(wxALL, border));
     const auto addRow = [&](int id, const wxString& text) {

@@ -65,6 +65,7 @@ void QuickScore::SetItems(const wxString* labels, size_t count) {
     SetMark(mark);
     // GetBestSize would never be below the minimum size that is being replaced.
     SetMinSize(ClientToWindowSize(DoGetBestClientSize()));
+    mMinItemHeight = mItemHeight;
 }
 
 void QuickScore::SetAllStrings(const wxString& label) {

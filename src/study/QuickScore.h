@@ -62,6 +62,10 @@ class QuickScore : public wxControlWithItems {
     // pressed there, and start no press before they have been released.
     void ResumeKeys();
 
+    // Tips that replace the one of the whole control while the pointer is on an item; an empty list
+    // leaves that alone.
+    void SetItemTips(const std::vector<wxString>& tips);
+
     // Inner margin of an item in 1/96 inch.
     void SetMargin(int32_t units);
 
@@ -108,6 +112,10 @@ class QuickScore : public wxControlWithItems {
     // Begins a press by mouse; false when something holds an item already.
     bool HoldByMouse(int32_t button);
     void PressUnder(const wxPoint& point);
+    // True for a press that the platform would count as the second or third click of one gesture
+    // that has made a choice already.
+    bool IsRepeatedClick(const wxMouseEvent& event);
+    void ShowTipOf(int32_t item);
     // Forgets keys whose release went elsewhere, because somebody grabbed the keyboard, when the
     // platform says that they are up. The key of the present event is left out: its release may
     // only be late.
@@ -145,11 +153,21 @@ class QuickScore : public wxControlWithItems {
     int32_t mHeldItem = -1;
     // Mouse button that holds an item down: 0 none, 1 left, 2 middle.
     int32_t mHeldButton = 0;
+    // Where and when (in milliseconds of the platform's events) the left button went down last, and
+    // whether that press, or the gesture it belongs to, has made a choice.
+    wxPoint mClickPlace;
+    long mClickTime = 0;
+    bool mClickChose = false;
+    std::vector<wxString> mItemTips;
+    // The item under the pointer, or -1.
+    int32_t mTipItem = -1;
     // Rotation of the wheel that has not yet moved the cursor.
     int32_t mWheelRest = 0;
     // Keys that are down and may not start a press before they have been let go.
     std::set<int> mDownKeys;
     int32_t mItemHeight = 0;
+    // The item height at which the minimum size was set, or 0 before that.
+    int32_t mMinItemHeight = 0;
     int32_t mItemWidth = 0;
     wxArrayString mStrings;
     std::vector<void*> mClientData;

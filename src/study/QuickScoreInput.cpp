@@ -1,8 +1,10 @@
 #include "study/QuickScore.h"
 
+#include <wx/settings.h>
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 
 // What keys and the mouse do to the control, and what it tells its parent.
@@ -35,6 +37,10 @@ constexpr int kPressingKeys[] = {WXK_RETURN,
                                  WXK_NUMPAD3,
                                  WXK_NUMPAD4,
                                  WXK_NUMPAD5};
+
+// What counts as one double click where the desktop does not say: milliseconds and pixels.
+constexpr int kClickTime = 400;
+constexpr int kClickDistance = 5;
 
 // Milliseconds after which a press without a release counts as lost.
 constexpr long kLatestRelease = 1000;
@@ -263,8 +269,27 @@ bool QuickScore::HoldByMouse(int32_t button) {
     return true;
 }
 
+bool QuickScore::IsRepeatedClick(const wxMouseEvent& event) {
+    const auto metric = [this](wxSystemMetric index, int otherwise) {
+        const int value = wxSystemSettings::GetMetric(index, this);
+        return value > 0 ? value : otherwise;
+    };
+    const wxPoint way = event.GetPosition() - mClickPlace;
+    const bool isNear = std::abs(way.x) <= metric(wxSYS_DCLICK_X, kClickDistance) &&
+                        std::abs(way.y) <= metric(wxSYS_DCLICK_Y, kClickDistance);
+    const long since = event.GetTimestamp() - mClickTime;
+    // The time is that of the event, so that a busy machine neither joins nor parts two clicks.
+    const bool isSoon =
+        mClickTime != 0 && since >= 0 && since < metric(wxSYS_DCLICK_MSEC, kClickTime);
+    mClickPlace = event.GetPosition();
+    mClickTime = event.GetTimestamp();
+    mClickChose = mClickChose && (event.LeftDClick() || (isNear && isSoon));
+    return mClickChose;
+}
+
 void QuickScore::OnLeftDown(wxMouseEvent& event) {
-    if (HoldByMouse(wxMOUSE_BTN_LEFT)) {
+    // A double click on "Show Back" shows the back and must not score what the user has not seen.
+    if (!IsRepeatedClick(event) && HoldByMouse(wxMOUSE_BTN_LEFT)) {
         PressUnder(event.GetPosition());
     }
 }
@@ -276,6 +301,7 @@ void QuickScore::OnLeftUp(wxMouseEvent& event) {
     DropPress();
     const int32_t item = ItemAt(event.GetPosition());
     if (item != -1) {
+        mClickChose = true;
         MoveCursor(item, true);
         Activate(item, wxID_FORWARD);
     }
@@ -307,7 +333,21 @@ void QuickScore::PressUnder(const wxPoint& point) {
     }
 }
 
+void QuickScore::SetItemTips(const std::vector<wxString>& tips) {
+    mItemTips = tips;
+    ShowTipOf(mTipItem);
+}
+
+void QuickScore::ShowTipOf(int32_t item) {
+    mTipItem = item;
+    const auto index = static_cast<size_t>(item);
+    if (item >= 0 && index < mItemTips.size() && GetToolTipText() != mItemTips[index]) {
+        SetToolTip(mItemTips[index]);
+    }
+}
+
 void QuickScore::OnDrag(wxMouseEvent& event) {
+    ShowTipOf(ItemAt(event.GetPosition()));
     if (mHeldButton != 0 && !event.ButtonIsDown(static_cast<wxMouseButton>(mHeldButton))) {
         // The button was released where we did not see it.
         DropPress();

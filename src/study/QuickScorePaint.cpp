@@ -188,6 +188,12 @@ void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
 void QuickScore::OnSystemColourChanged(wxSysColourChangedEvent& event) {
     mDefaultBitmap = wxNullBitmap;
     UpdateMetrics();
+    if (mMinItemHeight > 0) {
+        // Labels wider than the present ones may have set the width.
+        SetMinSize(wxSize(GetMinWidth() * mItemHeight / mMinItemHeight,
+                          ClientToWindowSize(DoGetBestClientSize()).y));
+        mMinItemHeight = mItemHeight;
+    }
     Refresh();
     event.Skip();
 }

@@ -1,5 +1,6 @@
 #include "study/StudyFrame.h"
 
+#include <wx/accel.h>
 #include <wx/panel.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
@@ -8,6 +9,8 @@
 #include <wx/toolbar.h>
 #include <wx/utils.h>
 
+#include <algorithm>
+#include <cmath>
 #include <list>
 
 #include "base/Process.h"
@@ -18,8 +21,11 @@
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "storefile/CategoryList.h"
+#include "study/BreakBar.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
+#include "study/ScoreForecast.h"
 #include "study/StudyTexts.h"
 
 namespace {
@@ -37,12 +43,40 @@ constexpr int kMessageWidth = 230;
 constexpr int kLeastLines = 4;
 // Characters of a side that are told to a screen reader, about two hours of speech.
 constexpr size_t kMostSpoken = 100000;
+// Logical pixels around the scores.
+constexpr int kScoreBorder = 6;
 constexpr int kNormalMargin = 1;
 constexpr int kCompactMargin = 3;
 
 const char* const kSettingsName = "Velomind";
 
-constexpr long kFreeSizeStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
+// In less room the words on the scores would be cut, or no line of a card be seen.
+const wxSize kSmallestSize(240, 320);
+
+// Keys that do what a menu entry does, beside the one that the entry shows. Ctrl+W stands for the
+// entry that this window leaves out.
+const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
+                                    {wxACCEL_CTRL, 'Q', wxID_EXIT},
+                                    {wxACCEL_CTRL, '=', wxID_ZOOM_IN},
+                                    {wxACCEL_CTRL, WXK_NUMPAD_ADD, wxID_ZOOM_IN},
+                                    {wxACCEL_CTRL, WXK_NUMPAD_SUBTRACT, wxID_ZOOM_OUT},
+                                    {wxACCEL_CTRL, WXK_NUMPAD0, wxID_ZOOM_100}};
+
+// Each step makes the text of the cards a tenth larger.
+constexpr double kTextStep = 1.1;
+constexpr double kSmallestText = 4.0;
+constexpr double kLargestText = 300.0;
+
+// The font of the settings at the size that the user has chosen in this window.
+wxFont CardFont() {
+    wxFont font = ReadFontSetting(kSettingFont);
+    const int32_t step = ReadIntegerSetting(kSettingStudyTextStep);
+    if (step != 0) {
+        const double size = font.GetFractionalPointSize() * std::pow(kTextStep, step);
+        font.SetFractionalPointSize(std::clamp(size, kSmallestText, kLargestText));
+    }
+    return font;
+}
 
 // A hidden window would take the focus and lose the keys.
 void GiveFocus(wxWindow& window) {
@@ -56,6 +90,7 @@ void GiveFocus(wxWindow& window) {
 wxBEGIN_EVENT_TABLE(StudyFrame, wxFrame)
     EVT_CLOSE(StudyFrame::OnClose)
     EVT_ACTIVATE(StudyFrame::OnActivate)
+    EVT_CHAR_HOOK(StudyFrame::OnCharHook)
     EVT_MENU_OPEN(StudyFrame::OnMenuOpen)
     EVT_MENU_CLOSE(StudyFrame::OnMenuClose)
     EVT_LISTBOX(kQuickScoreId, StudyFrame::OnScoreCursor)
@@ -77,19 +112,23 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
                        long style)
     : mServices(services) {
     SetExtraStyle(wxFRAME_EX_METAL);
-    Create(parent, id, title, position, size, style & ~kFreeSizeStyle);
+    Create(parent, id, title, position, size, style);
     InitFrame(*this, "study_window");
+    AddStudyEntries(*GetMenuBar());
+    SetAcceleratorTable(wxAcceleratorTable(WXSIZEOF(kKeys), kKeys));
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_CLOSE);
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_NEW);
     AddStudyCommands();
     AddCardCommands();
     AddAppearanceCommands();
+    AddTextSizeCommands();
     RebuildCover();
     CreateBars();
     CreateContent();
     ApplySettings();
     RestoreLayout();
     mpChildFocus = mpQuickScore;
+    SetMinSize(FromDIP(kSmallestSize));
     Centre(wxBOTH);
     RestoreWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), &mObserver);
@@ -122,6 +161,14 @@ void StudyFrame::CreateContent() {
     auto* const sizer = new wxBoxSizer(wxVERTICAL);
     SetSizer(sizer);
 
+    mpBreakBar = new BreakBar(this);
+    sizer->Add(mpBreakBar, wxSizerFlags().Expand());
+    mpBreakBar->Hide();
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { GoToNextDue(); }, ID_NEXT_DUE_CATEGORY);
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { DismissBreak(); }, wxID_CLOSE);
+
     mpCardSizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(mpCardSizer, wxSizerFlags(1).Expand());
 
@@ -134,7 +181,11 @@ void StudyFrame::CreateContent() {
 
     mpQuickScore = new QuickScore(this, kQuickScoreId, wxDefaultPosition, wxSize(100, 100),
                                   wxBORDER_NONE | wxWANTS_CHARS, "panel");
-    mpCardSizer->Add(mpQuickScore, wxSizerFlags().Right().Border(wxALL, 1));
+    mpForecast = new ScoreForecast(this, *mpQuickScore);
+    auto* const scores = new wxBoxSizer(wxHORIZONTAL);
+    scores->Add(mpForecast, wxSizerFlags(1).Expand());
+    scores->Add(mpQuickScore, wxSizerFlags().Border(wxALL, FromDIP(kScoreBorder)));
+    mpCardSizer->Add(scores, wxSizerFlags().Expand());
     // The menu key arrives here, where the focus is, but the menu belongs to the card.
     mpQuickScore->Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent& event) {
         if (event.GetPosition() == wxDefaultPosition) {
@@ -188,6 +239,9 @@ void StudyFrame::SetDatabase(Database* database) {
     }
     mStoreAttachment.Detach();
     mpDatabase = database;
+    if (mpCategoryList != nullptr) {
+        mpCategoryList->SetDatabase(database);
+    }
     if (database == nullptr) {
         mpScheduler.reset();
         return;
@@ -221,12 +275,14 @@ void StudyFrame::UpdateCard(bool newCard) {
         step = {card.CardId, mpScheduler->GetHistoryIndex(), IsBackVisible(), mReverseStudy};
         UpdateScoreLabels();
         UpdateScorePosition();
+        UpdateForecast();
         UpdateStatusTexts();
         UpdateSides(card);
         TellAccessibility();
     } else {
         UpdateMessage();
     }
+    UpdateBreakBar();
     if (step != mShownStep) {
         DropPresses();
         mShownStep = step;
@@ -253,6 +309,8 @@ void StudyFrame::ShowCardOrMessage(bool hasCard) {
     wxSizer* const sizer = GetSizer();
     if (sizer->IsShown(mpCardSizer) != hasCard || mpMessagePanel->IsShown() == hasCard) {
         sizer->Show(mpCardSizer, hasCard);
+        // Shows all that the sizer holds, the forecast too.
+        mpForecast->Show(hasCard && !IsCompact());
         sizer->Show(mpMessagePanel, !hasCard);
         Layout();
         TakeKeys();
@@ -260,6 +318,9 @@ void StudyFrame::ShowCardOrMessage(bool hasCard) {
 }
 
 void StudyFrame::TakeKeys() {
+    if (IsChoosingCategory()) {
+        return;
+    }
     mpChildFocus = &KeyWindow();
     if (IsActive()) {
         GiveFocus(*mpChildFocus);
@@ -298,8 +359,31 @@ void StudyFrame::UpdateScoreLabels() {
     for (unsigned int i = 0; i < labels.size(); ++i) {
         mpQuickScore->SetString(i, labels[i]);
     }
-    mpQuickScore->SetToolTip(
-        _("Select a score that indicates your familiarity with this flash card."));
+    mpQuickScore->SetToolTip(SelectScoreTip());
+}
+
+void StudyFrame::UpdateForecast() {
+    ScoreLabels texts;
+    std::vector<wxString> tips;
+    if (IsBackVisible()) {
+        const ScoreLabels labels = GetScoreLabels(false);
+        for (size_t i = 0; i < texts.size(); ++i) {
+            const int score = kHighestScore - static_cast<int>(i);
+            texts.at(i) = ReturnText(mpScheduler->PredictInterval(score));
+            tips.push_back(SelectScoreTip() + "\n" + labels.at(i) + ": " + texts.at(i));
+        }
+    }
+    mpForecast->SetTexts(texts);
+    mpQuickScore->SetItemTips(IsCompact() ? tips : std::vector<wxString>());
+}
+
+wxString StudyFrame::SpokenScore() const {
+    const int position = mpQuickScore->GetSelection();
+    const wxString label = mpQuickScore->GetStringSelection();
+    const wxString returns = position == wxNOT_FOUND
+                                 ? wxString()
+                                 : mpForecast->GetTexts().at(static_cast<size_t>(position));
+    return returns.empty() ? label : label + ", " + returns;
 }
 
 void StudyFrame::UpdateScorePosition() {
@@ -322,7 +406,7 @@ void StudyFrame::TellAccessibility() {
         IsBackVisible() ? mpCardViewer->GetSecondText() : mpCardViewer->GetHint();
     SetAccessibleName(*mpCardViewer, mpCardViewer->GetFirstText().Left(kMostSpoken) + "\n" +
                                          second.Left(kMostSpoken));
-    SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
+    SetAccessibleName(*mpQuickScore, SpokenScore());
     SetAccessibleRole(*mpQuickScore, AccessibleRole::Button);
 }
 
@@ -360,7 +444,7 @@ void StudyFrame::ShowBack() {
 }
 
 void StudyFrame::ApplySettings() {
-    mpCardViewer->SetFont(ReadFontSetting(kSettingFont));
+    mpCardViewer->SetFont(CardFont());
     mpCardViewer->SetMinSize(wxSize(-1, kLeastLines * mpCardViewer->GetCharHeight()));
     GrowToFit();
     const wxColour text = ReadColourSetting(kSettingFontColor);
@@ -397,11 +481,16 @@ void StudyFrame::SetCompactScoring(bool compact) {
         return;
     }
     mpCardSizer->SetOrientation(compact ? wxHORIZONTAL : wxVERTICAL);
+    mpForecast->Show(!compact);
     mpQuickScore->SetMargin(compact ? kCompactMargin : kNormalMargin);
     const ScoreLabels labels = GetScoreLabels(compact);
     mpQuickScore->SetItems(labels.data(), labels.size());
     if (mpScheduler == nullptr || !IsBackVisible()) {
         mpQuickScore->SetAllStrings(ShowBackLabel(compact));
+    }
+    if (HasCard()) {
+        UpdateScoreLabels();
+        UpdateForecast();
     }
     GrowToFit();
     Layout();
@@ -410,7 +499,10 @@ void StudyFrame::SetCompactScoring(bool compact) {
 }
 
 void StudyFrame::GrowToFit() {
-    // The frame never shrinks here: the viewer asks for little, and the user has no border to pull.
+    if (IsMaximized()) {
+        return;
+    }
+    // Never smaller: the viewer asks for little, and the user may have made more room.
     wxSize size = GetSize();
     size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
     size.DecTo(wxGetClientDisplayRect().GetSize());
@@ -419,6 +511,7 @@ void StudyFrame::GrowToFit() {
 
 void StudyFrame::OnChange(Subject* subject) {
     if (subject == mpDatabase && mpScheduler != nullptr) {
+        mIsOfferStale = true;
         mpScheduler->Refresh();
     } else if (subject == &mServices.GetSettingsNotifier()) {
         ApplySettings();
@@ -444,6 +537,12 @@ void StudyFrame::OnActivate(wxActivateEvent& event) {
         mServices.FrameActivated(*this);
         GiveFocus(*mpChildFocus);
         mpQuickScore->ResumeKeys();
+        // The card has waited meanwhile.
+        if (HasCard()) {
+            UpdateForecast();
+            mIsOfferStale = true;
+            UpdateBreakBar();
+        }
     } else {
         DropPresses();
     }
@@ -489,6 +588,7 @@ void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
     event.Skip();
     SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     RebuildCover();
+    mpBreakBar->UseColours();
     ApplySettings();
     UpdateCard(false);
 }
@@ -515,7 +615,7 @@ void StudyFrame::OnIdle(wxIdleEvent& event) {
 }
 
 void StudyFrame::OnScoreCursor(wxCommandEvent& /*event*/) {
-    SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
+    SetAccessibleName(*mpQuickScore, SpokenScore());
     if (mpScheduler != nullptr && !mpScheduler->GetCurrentCardId().IsZero() && !IsRecent()) {
         mDefaultScore = kHighestScore - mpQuickScore->GetSelection();
     }

@@ -15,10 +15,14 @@
 #include "store/Subject.h"
 
 class AppServices;
+class BreakBar;
 class CardViewer;
+class CategoryList;
 class Database;
 class QuickScore;
+class ScoreForecast;
 class wxBoxSizer;
+class wxDropDownWindow;
 class wxPanel;
 class wxStaticText;
 
@@ -79,6 +83,13 @@ class StudyFrame : public wxFrame {
         StudyFrame& mFrame;
     };
 
+    // A break whose bar the user has dismissed; none without an end.
+    struct DismissedBreak {
+        int32_t CategoryId = -1;
+        bool IsReverse = false;
+        wxDateTime End;
+    };
+
     // Card, place in the history, whether the back is visible, and whether the back is the
     // question.
     using StudyStep = std::tuple<CardUuid, int, bool, bool>;
@@ -89,6 +100,7 @@ class StudyFrame : public wxFrame {
     void AddStudyCommands();
     void AddCardCommands();
     void AddAppearanceCommands();
+    void AddTextSizeCommands();
 
     void CreateBars();
     void CreateContent();
@@ -110,6 +122,10 @@ class StudyFrame : public wxFrame {
     void TakeKeys();
     void UpdateMessage();
     void UpdateScoreLabels();
+    // Tells for each score when the card would come back, once the back is visible.
+    void UpdateForecast();
+    // What a screen reader says for the score under the cursor.
+    wxString SpokenScore() const;
     void UpdateScorePosition();
     void UpdateStatusTexts();
     void SetReadyText(const wxString& ready);
@@ -121,13 +137,26 @@ class StudyFrame : public wxFrame {
     void SetCardLayout(int orientation);
     void SetCompactScoring(bool compact);
     void GrowToFit();
+    // Sets how many steps the text is larger than the font of the settings, and keeps it.
+    void SetTextStep(int32_t step);
     void OnDirection(bool reverse);
     void PutCardOnClipboard(bool cut);
     void ShowStatusBar(bool show);
     void OnChange(Subject* subject);
 
+    // The bar of the break and the way to other categories; see StudyFrameCategories.cpp.
+    bool IsBreakDismissed() const;
+    void UpdateBreakBar();
+    void DismissBreak();
+    void GoToNextDue();
+    // True while the drop-down of the categories is open and has the keys.
+    bool IsChoosingCategory() const;
+    void CreateCategories();
+    void ChooseCategory();
+
     void OnClose(wxCloseEvent& event);
     void OnActivate(wxActivateEvent& event);
+    void OnCharHook(wxKeyEvent& event);
     void OnMenuOpen(wxMenuEvent& event);
     void OnMenuClose(wxMenuEvent& event);
     void OnSetFocus(wxFocusEvent& event);
@@ -145,7 +174,7 @@ class StudyFrame : public wxFrame {
     void OnForward(wxCommandEvent& event);
     void OnExport();
     void OnEdit();
-    void OnDeleteCard();
+    void OnDelete();
 
     AppServices& mServices;
     wxToolBar* mpToolBar = nullptr;
@@ -154,6 +183,16 @@ class StudyFrame : public wxFrame {
     wxBoxSizer* mpCardSizer = nullptr;
     CardViewer* mpCardViewer = nullptr;
     QuickScore* mpQuickScore = nullptr;
+    // Left of the scores, only while they are not compact.
+    ScoreForecast* mpForecast = nullptr;
+    BreakBar* mpBreakBar = nullptr;
+    // The offer in the bar; stale when the numbers of due cards may have changed.
+    wxString mOffer;
+    bool mIsOfferStale = true;
+    DismissedBreak mDismissedBreak;
+    // The drop-down of the categories, made when it is first opened.
+    wxDropDownWindow* mpCategories = nullptr;
+    CategoryList* mpCategoryList = nullptr;
     // Holds the message, and the focus while it is shown: without a focus the toolkit drops keys.
     wxPanel* mpMessagePanel = nullptr;
     wxStaticText* mpMessageText = nullptr;

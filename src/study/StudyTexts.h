@@ -1,11 +1,14 @@
 #pragma once
 
+#include <wx/datetime.h>
 #include <wx/dialog.h>
 #include <wx/string.h>
 
 #include <array>
 
 class Scheduler;
+struct CategoryReady;
+struct IntervalRange;
 class wxStatusBar;
 
 // The words of the study window, translated at the moment of the call.
@@ -16,6 +19,22 @@ using ScoreLabels = std::array<wxString, kScoreCount>;
 ScoreLabels GetScoreLabels(bool compact);
 // What each score button says until the back is uncovered.
 wxString ShowBackLabel(bool compact);
+
+// The tip of the scores while the back is shown.
+wxString SelectScoreTip();
+
+// Says in how much time a card comes back, such as "4 days", "about 4 days" where chance has a part
+// in it, or "at once".
+wxString ReturnText(const IntervalRange& interval);
+
+// Says a length of time in its largest unit, such as "3 hours".
+wxString IntervalText(float seconds);
+
+// The words of the bar in break time: when the next card is due, by the local clock, and what
+// studying on means.
+wxString BreakMessage(const wxDateTime& due, const wxDateTime& now);
+// Offers a category with due cards; empty for null.
+wxString OfferText(const CategoryReady* category);
 
 // Why no card is shown, and what to do about it.
 wxString StoreEmptyMessage();

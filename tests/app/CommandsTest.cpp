@@ -3,6 +3,7 @@
 #include <wx/srchctrl.h>
 #include <wx/uri.h>
 
+#include "shell/TextUndo.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -57,6 +58,15 @@ TEST_F(CommandsTest, EditsTheTextFieldThatHasTheFocus) {
     ASSERT_TRUE(WaitFor([this] { return IsEnabled(wxID_PASTE); }));
     Run(wxID_PASTE);
     EXPECT_EQ(text.GetValue(), "d");
+    EXPECT_FALSE(IsEnabled(wxID_UNDO));
+    TextUndo::AttachTo(text);
+    text.WriteText("e");
+    EXPECT_TRUE(IsEnabled(wxID_UNDO));
+    Run(wxID_UNDO);
+    EXPECT_EQ(text.GetValue(), "d");
+    EXPECT_FALSE(IsEnabled(wxID_UNDO));
+    Run(wxID_REDO);
+    EXPECT_EQ(text.GetValue(), "de");
 }
 
 TEST_F(CommandsTest, MailsAreOneWordThatReadsAsTheWholeText) {

@@ -27,8 +27,11 @@ ALLOWED = {
     "ImportSource.cpp": {"SQLite format 3\\0"},
     # Names and values of settings.
     "Settings.h": {"Font", "Test"},
-    "Settings.cpp": {"R%03iG%03iB%03i", "Test", "Dummy", "XDG_CONFIG_HOME"},
+    "Settings.cpp": {"R%03iG%03iB%03i", "Category", "Position", "Size", "Test", "Dummy", "XDG_CONFIG_HOME"},
     "PreferencesDialog.cpp": {"Font"},
+    # What the platform tells of.
+    "Toolkit.cpp": {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme",
+                    "notify::gtk-xft-dpi"},
     # What stands on the cards that are shown in place of one.
     "Scheduler.cpp": {"Empty", "Error"},
     "Commands.cpp": {"mailto:"},

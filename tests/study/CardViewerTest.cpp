@@ -140,4 +140,22 @@ TEST_F(CardViewerTest, TheCoverFillsTheSecondSideAndTheDividerShowsOnAnyBackgrou
     EXPECT_TRUE(Shows(*wxWHITE, second.width / 2, second.y - 1));
 }
 
+TEST_F(CardViewerTest, CtrlAndTheWheelAskForAnotherSizeAndScrollNothing) {
+    Show(Lines(100), Lines(100));
+    EXPECT_EQ(mViewer.LinesOf(mViewer.GetFirst()).MaxWidth,
+              mViewer.GetFirst().Rect.width - 2 * mViewer.FromDIP(12))
+        << "the text keeps a margin";
+    std::vector<int> heard;
+    mFrame.Bind(wxEVT_MENU, [&](wxCommandEvent& event) { heard.push_back(event.GetId()); });
+    for (const int rotation : {-60, -60, 240}) {
+        wxMouseEvent wheel(wxEVT_MOUSEWHEEL);
+        wheel.SetControlDown(true);
+        wheel.m_wheelRotation = rotation;
+        wheel.m_wheelDelta = 120;
+        mViewer.HandleWindowEvent(wheel);
+    }
+    EXPECT_EQ(heard, (std::vector<int>{wxID_ZOOM_OUT, wxID_ZOOM_IN, wxID_ZOOM_IN}));
+    EXPECT_EQ(mViewer.GetViewStart().y, 0);
+}
+
 }  // namespace

@@ -37,6 +37,8 @@ struct FakeServices : AppServices {
     void PasteCards(int32_t categoryId, EmptyCut empty) override {
         Pasted.emplace_back(categoryId, empty);
     }
+    bool IsReverseStudy() const override { return ReverseStudy; }
+    void SetReverseStudy(bool reverse) override { ReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { StudyMessage = text; }
 
     int32_t CurrentCategory = 0;
@@ -52,5 +54,6 @@ struct FakeServices : AppServices {
     std::vector<std::vector<int64_t>> Exported;
     std::vector<CardsTaken> Taken;
     std::vector<std::pair<int32_t, EmptyCut>> Pasted;
+    bool ReverseStudy = false;
     wxString StudyMessage;
 };

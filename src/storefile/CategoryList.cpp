@@ -1,4 +1,4 @@
-#include "list/CategoryList.h"
+#include "storefile/CategoryList.h"
 
 #include <wx/menu.h>
 #include <wx/settings.h>
@@ -48,6 +48,10 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
     Bind(wxEVT_LIST_KEY_DOWN, &CategoryList::OnListKeyDown, this);
     Bind(wxEVT_CONTEXT_MENU, &CategoryList::OnContextMenu, this);
+    GetRowsWindow(*this).Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        event.Skip();
+        FillWidth();
+    });
 }
 
 CategoryList::~CategoryList() {
@@ -111,6 +115,8 @@ void CategoryList::RefreshRows() {
         DeleteItem(*row);
     }
     SetColumnWidth(0, wxLIST_AUTOSIZE);
+    mRowWidth = GetColumnWidth(0);
+    FillWidth();
     TellFocusedRow();
 }
 
@@ -128,6 +134,11 @@ int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, w
         text = wxString::Format(_("%s (%i/%i)"), text, forward, reverse);
     }
     return 0;
+}
+
+// The whole width of a row can be clicked, and shows that it is selected.
+void CategoryList::FillWidth() {
+    SetColumnWidth(0, std::max(mRowWidth, GetRowsWindow(*this).GetClientSize().x));
 }
 
 void CategoryList::SelectRow(long row) {
@@ -288,7 +299,7 @@ wxSize CategoryList::DoGetBestClientSize() const {
         return wxListCtrl::DoGetBestClientSize();
     }
     const int scrollBar = std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
-    return wxSize(GetColumnWidth(0) + scrollBar, GetItemCount() * row.height);
+    return wxSize(mRowWidth + scrollBar, GetItemCount() * row.height);
 }
 
 void CategoryList::UseFont() {

@@ -49,6 +49,7 @@ class CategoryList : public wxListCtrl, private Observer {
     void Merge(const Category& from, const Category& into);
     void DeleteCategoryOf(long row);
     int Ask(const wxString& text, const wxString& caption, long style = wxOK | wxCENTRE);
+    void FillWidth();
     void SelectRow(long row);
     void TellFocusedRow();
     long FocusedRow() const;
@@ -62,6 +63,8 @@ class CategoryList : public wxListCtrl, private Observer {
     AppServices& mServices;
     Database* mpDatabase = nullptr;
     bool mAsking = false;
+    // What the widest row needs, in pixels.
+    int mRowWidth = 0;
     // True while the control moves the focus, and the selection after it.
     bool mFocusMoves = false;
     SubjectAttachment mSettingsAttachment;
