@@ -23,8 +23,14 @@ ALLOWED = {
     # The names of attributes in exported files, and the category that they leave out.
     "Export.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
                    "Introduced", "Difficulty", "Default"},
-    # How a file of the engine begins.
-    "ImportSource.cpp": {"SQLite format 3\\0"},
+    # How a file of the engine begins, and what it is asked.
+    "ImportSource.cpp": {"SQLite format 3\\0"}, "PageFile.cpp": {"SQLite format 3"},
+    "StoreCheck.cpp": {"PRAGMA integrity_check(10000)"},
+    # The words of a command line, and names of attributes.
+    "CardsOptions.cpp": {"export [--format vlm|delimited|vlm1] [--scheduling] [--output FILE]",
+                         "list [--category NAME] [SEARCH]", "check FILE", "restore FILE",
+                         "repair DAMAGED NEW"},
+    "CardsOutput.cpp": {"Front", "Back", "Category"},
     # Names and values of settings.
     "Settings.h": {"Font", "Test"},
     "Settings.cpp": {"R%03iG%03iB%03i", "Category", "Position", "Size", "Test", "Dummy", "XDG_CONFIG_HOME"},
@@ -36,7 +42,6 @@ ALLOWED = {
     "Scheduler.cpp": {"Empty", "Error"},
     "Commands.cpp": {"mailto:"},
     "ImportCommand.cpp": {"Velomind Classic"},
-    "Process.cpp": {"velomind: %s\\n"},
     "ProgramInfo.cpp": {" Mobile "},
     # Names of columns in the store, and of its operations in messages.
     "DatabaseLists.cpp": {"Front", "Back", "Author", "Chapter", "Notes"},
