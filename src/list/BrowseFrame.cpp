@@ -345,6 +345,7 @@ void BrowseFrame::ShowCategory() {
     // SetLabelText, because a name may contain "&", which marks a mnemonic in a label.
     mpButton->SetLabelText(ShownName(GetCategoryName(*mpDatabase, id)));
     SetAccessibleName(*mpButton, wxString::Format(_("Category: %s"), mpButton->GetLabelText()));
+    ShowUndoStep();
     ShowReadyCount();
 }
 
@@ -419,6 +420,7 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
 // toolkit moves the focus without the user.
 void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
     event.Skip();
+    ShowUndoStep();
     if (IsActive() && wxGetTopLevelParent(event.GetWindow()) == this) {
         mpChildFocus = event.GetWindow();
     }
@@ -531,14 +533,20 @@ void BrowseFrame::OnUndo(wxCommandEvent& event) {
 }
 
 void BrowseFrame::OnUpdateUndo(wxUpdateUIEvent& event) {
+    ShowUndoStep();
+    event.Enable(!mServices.GetUndoHistory().IsEmpty());
+    // Only the field itself knows whether it has something to take back.
+    event.Skip(TextUndo::Find(FindFocus()) != nullptr);
+}
+
+// Names the step in the menu. Done before the menu opens, as its width is that of its texts then.
+void BrowseFrame::ShowUndoStep() {
     const bool isText = TextUndo::Find(FindFocus()) != nullptr;
     const wxString step = isText ? wxString() : mServices.GetUndoHistory().GetLabel();
     const wxString text =
         step.empty() ? _("&Undo\tCtrl+Z") : wxControl::EscapeMnemonics(step) + "\tCtrl+Z";
-    // Asked whenever nothing else is to do, and each new text would lay the menu out again.
-    if (GetMenuBar()->FindItem(wxID_UNDO)->GetItemLabel() != text) {
-        event.SetText(text);
+    wxMenuItem* const item = GetMenuBar()->FindItem(wxID_UNDO);
+    if (item->GetItemLabel() != text) {
+        item->SetItemLabel(text);
     }
-    event.Enable(!step.empty());
-    event.Skip(isText);
 }

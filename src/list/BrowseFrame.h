@@ -68,6 +68,7 @@ class BrowseFrame : public wxFrame, private Observer {
     void UseFont();
     void ShowCategory();
     void ShowReadyCount();
+    void ShowUndoStep();
     void AddRecentSearch(const wxString& text);
     void RebuildSearchMenu();
     void Search(const wxString& text);
