@@ -410,3 +410,16 @@ class StoreChangeGroup {
   private:
     Database& mDatabase;
 };
+
+// A store that is opened beside the program's own, such as a backup: its failures are results
+// alone, nothing is logged when it cannot be opened, and no window waits for an upgrade.
+class QuietDatabase : private FatalErrorReport, private UpgradeWait, public Database {
+  public:
+    QuietDatabase() : Database(static_cast<FatalErrorReport&>(*this)) {}
+    int OpenQuietly(const wxString& path);
+
+  private:
+    void Report(const wxString&) override {}
+    void DeliverPending() override {}
+    void WaitFor(wxThread&) override {}
+};

@@ -204,6 +204,11 @@ int Database::Open(const wxString& path, UpgradeWait& wait) {
     return result;
 }
 
+int QuietDatabase::OpenQuietly(const wxString& path) {
+    const wxLogNull silence;
+    return Open(path, *this);
+}
+
 int Database::OpenSteps(const wxString& path, UpgradeWait& wait) {
     const wxString file = StorePath(path);
     const FileKind kind = file.empty() ? FileKind::kUnfit : KindOf(fs::u8path(ToUtf8(file)));

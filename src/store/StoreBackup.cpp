@@ -3,7 +3,6 @@
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
-#include <wx/stdpaths.h>
 #include <wx/utils.h>
 
 #include <algorithm>
@@ -49,25 +48,10 @@ const CauseRow& RowOf(BackupCause cause) {
                          [&](const CauseRow& row) { return row.Cause == cause; });
 }
 
-// Takes the failures of a store that is only looked at.
-class NoReport : public FatalErrorReport {
-  public:
-    void Report(const wxString&) override {}
-    void DeliverPending() override {}
-};
-
-// For a file that needs no upgrade, as it was made of a store that is open.
-class NoUpgrade : public UpgradeWait {
-  public:
-    void WaitFor(wxThread&) override {}
-};
-
-// Opens another store quietly. The number of its cards, or -1.
-int32_t OpenToRead(Database& database, const wxString& path) {
-    const wxLogNull silence;
-    NoUpgrade wait;
+// Opens another store quietly. Returns the number of its cards, or -1.
+int32_t OpenToRead(QuietDatabase& database, const wxString& path) {
     int32_t count = 0;
-    return database.Open(path, wait) == 0 && database.CountAllCards(count) >= 0 ? count : -1;
+    return database.OpenQuietly(path) == 0 && database.CountAllCards(count) >= 0 ? count : -1;
 }
 
 wxString StemOf(const wxString& storePath) {
@@ -221,8 +205,7 @@ int CopyOpenStore(Database& database, const wxString& target) {
     int32_t expected = 0;
     int error = database.CopyFile(target, expected);
     if (error == 0) {
-        NoReport report;
-        Database copy(report);
+        QuietDatabase copy;
         error = OpenToRead(copy, target) == expected ? 0 : EIO;
     }
     if (error != 0 && error != EEXIST) {
@@ -234,8 +217,7 @@ int CopyOpenStore(Database& database, const wxString& target) {
 
 int RestoreBackup(const wxString& backup, const wxString& storePath) {
     {
-        NoReport report;
-        Database database(report);
+        QuietDatabase database;
         if (!wxFileName::FileExists(backup) || OpenToRead(database, backup) < 0) {
             return wxFileName::FileExists(backup) ? EILSEQ : ENOENT;
         }
