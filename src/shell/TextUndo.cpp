@@ -141,12 +141,11 @@ void TextUndo::Watch(wxWindow& window) {
     window.Bind(wxEVT_CHAR, [this](wxKeyEvent& event) {
         const int key = event.GetKeyCode();
         const int modifiers = event.GetModifiers();
+        const bool isPlain = modifiers == wxMOD_CONTROL;
         const bool isShifted = modifiers == (wxMOD_CONTROL | wxMOD_SHIFT);
-        if (modifiers != wxMOD_CONTROL && !isShifted) {
-            event.Skip();
-        } else if (key == WXK_CONTROL_Z) {
-            isShifted ? Redo() : Undo();
-        } else if (key == WXK_CONTROL_Y && !isShifted) {
+        if (isPlain && key == WXK_CONTROL_Z) {
+            Undo();
+        } else if ((isShifted && key == WXK_CONTROL_Z) || (isPlain && key == WXK_CONTROL_Y)) {
             Redo();
         } else {
             event.Skip();
@@ -172,8 +171,8 @@ void TextUndo::Follow() {
         Begin();
         return;
     }
-    const std::wstring before = mText.ToStdWstring();
-    const std::wstring after = text.ToStdWstring();
+    const std::wstring& before = mText.ToStdWstring();
+    const std::wstring& after = text.ToStdWstring();
     const size_t shorter = std::min(before.length(), after.length());
     const size_t caret = std::min(mpField->GetCaret(), after.length());
     const size_t end = CommonEnd(before, after, std::min(shorter, after.length() - caret));
@@ -198,9 +197,9 @@ bool TextUndo::Extend(const Change& change) {
     Change& last = mChanges.back();
     const bool isPut = change.Before.empty();
     if (isPut && mIsSameMoment && last.After.empty() && change.Place == last.Place) {
-        // The toolkit tells a paste over a selection in two steps.
+        // The toolkit may tell in two steps what is put over a selection.
         last.After = change.After;
-        last.IsTyped = false;
+        last.IsTyped = change.IsTyped;
     } else if (isPut && change.IsTyped && last.IsTyped &&
                change.Place == last.Place + last.After.length() &&
                !IsWordStart(last.After, change.After)) {

@@ -292,7 +292,12 @@ class Program:
         for title in (STUDY_WINDOW, LIST_WINDOW):
             if self.windows(title):
                 self.close(title)
-        code = self.wait()
+        try:
+            code = self.wait(LIMIT / 2)
+        except AssertionError:
+            # A window manager that was just given another window may have missed the key.
+            press("ctrl+w")
+            code = self.wait()
         if code != 0:
             print(self.error_text(), file=sys.stderr)
         return code

@@ -1,6 +1,6 @@
 #include "shell/TextUndo.h"
 
-#include <wx/spinctrl.h>
+#include <wx/srchctrl.h>
 
 #include "support/GuiTest.h"
 
@@ -95,13 +95,16 @@ TEST_F(TextUndoTest, TypingIsTakenBackByWordsAndMadeAgain) {
 
 TEST_F(TextUndoTest, EveryKindOfFieldHasItsOwnHistory) {
     auto& line = Make(new wxTextCtrl(mpFrame, wxID_ANY));
+    auto& search = Make(new wxSearchCtrl(mpFrame, wxID_ANY));
     auto& choice = Make(new wxComboBox(mpFrame, wxID_ANY));
     for (wxTextEntry* const text :
-         {static_cast<wxTextEntry*>(&line), static_cast<wxTextEntry*>(&choice)}) {
+         {static_cast<wxTextEntry*>(&line), static_cast<wxTextEntry*>(&search),
+          static_cast<wxTextEntry*>(&choice)}) {
         Work(*text, "ab c");
     }
     mpUndo->Undo();
-    EXPECT_EQ(choice.GetValue() + "|" + line.GetValue(), "ab |ab c");
+    TextUndo::Find(&search)->Undo();
+    EXPECT_EQ(choice.GetValue() + "|" + search.GetValue() + "|" + line.GetValue(), "ab |ab |ab c");
     // A new change leaves nothing to be made again.
     Work(choice, "d");
     EXPECT_FALSE(mpUndo->CanRedo());
