@@ -114,9 +114,12 @@ class CardWalk {
     int64_t RowId() const { return mRun.ColumnInt64(kRowIdColumn); }
 
   private:
+    // Numbers are compared as such: their texts would have to be made for each card.
     bool IsSame(const CardWalk& other, int first, int end) const {
         for (; first < end; ++first) {
-            if (mRun.ColumnUtf16(first) != other.mRun.ColumnUtf16(first)) {
+            const bool isText = first < 3 || first == 4 || first == 5 || first == 9;
+            if (isText ? mRun.ColumnUtf16(first) != other.mRun.ColumnUtf16(first)
+                       : mRun.ColumnDouble(first) != other.mRun.ColumnDouble(first)) {
                 return false;
             }
         }
