@@ -30,6 +30,10 @@ constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
 constexpr char kSettingDatabasePath[] = "DatabasePath";
+constexpr char kSettingBackups[] = "Backups";
+// Empty for the usual one.
+constexpr char kSettingBackupDirectory[] = "BackupDirectory";
+constexpr char kSettingLeastBackups[] = "LeastBackups";
 constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";

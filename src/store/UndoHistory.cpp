@@ -289,7 +289,7 @@ int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreCha
     change.IntoId = intoId;
     change.Categories.push_back(from);
     std::vector<int64_t> rowIds;
-    if (database.CardSelectRowIdsOrder(from.Id, CardOrder::kIntroductionOrder, rowIds) < 0) {
+    if (database.CardSelectRowIdsOrder(from.Id, CardColumn::kIntroductionOrder, rowIds) < 0) {
         return -1;
     }
     return NoteMovedRows(database, rowIds, change);

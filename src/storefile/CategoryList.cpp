@@ -17,6 +17,7 @@
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "storefile/Backups.h"
 #include "storefile/CurrentCategory.h"
 
 namespace {
@@ -224,6 +225,7 @@ void CategoryList::Merge(const Category& from, const Category& into) {
     if (Ask(question, _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) != wxOK) {
         return;
     }
+    BackUpStore(this, *mpDatabase, BackupCause::kMerge);
     const wxBusyCursor busy;
     if (mpDatabase->UpdateFlashCardCategory(from.Id, into.Id) < 0) {
         return;
