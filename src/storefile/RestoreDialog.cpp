@@ -111,6 +111,8 @@ BringBackDialog::BringBackDialog(wxWindow* parent, Database& backup,
         values.push_back(ShownName(card.Back));
         mpCards->AppendItem(values);
     }
+    // The keys go on from the first card.
+    mpCards->SetCurrentItem(mpCards->RowToItem(0));
     mpCards->SelectAll();
 
     wxBoxSizer* const rows = MakeFormColumn(*this);
@@ -357,6 +359,8 @@ void RestoreDialog::BringBack() {
         other.IsCompared = false;
     }
     row.Difference.MissingRowIds.clear();
+    // The button is about to be disabled, and would take the keys with it.
+    mpList->SetFocus();
     ShowSelected();
 }
 
