@@ -22,7 +22,7 @@ TEST_F(BringBack, CardsReturnToTheCategoryOfTheirName) {
          "French"}};
     ASSERT_EQ(0, mDatabase.CategoryInsert("French"));
     FlashCard card = MakeCard("oui", "yes", 1);
-    card.ReviewInterval = 1234;
+    card.Notes = "kept";
     Insert(card);
     const wxString path = mDirectory.Path("backup.vlm");
     ASSERT_EQ(0, CopyOpenStore(mDatabase, path));
@@ -37,8 +37,8 @@ TEST_F(BringBack, CardsReturnToTheCategoryOfTheirName) {
         ASSERT_EQ(0, backup.OpenQuietly(path));
         ASSERT_EQ(0, CompareStores(mDatabase, backup, difference));
         EXPECT_EQ(0, BringCardsBack(backup, mDatabase, difference.MissingRowIds));
-        EXPECT_EQ(Strings{"oui|1234.0|" + row.Category},
-                  Query("SELECT Front, ReviewInterval, Name FROM Cards JOIN Categories"
+        EXPECT_EQ(Strings{"oui|kept|" + row.Category},
+                  Query("SELECT Front, Notes, Name FROM Cards JOIN Categories"
                         " ON CategoryId = Id"));
     }
 }
