@@ -66,6 +66,9 @@ void AppMaintenancePrompt::ConfirmStart() {
           "an hour.\n"
           "During this time, Velomind will appear unresponsive.\n"
           "Please do not interrupt the operation."));
+    if (mBeforeStart) {
+        mBeforeStart();
+    }
 }
 
 void AppMaintenancePrompt::TellComplete() {

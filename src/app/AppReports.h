@@ -2,7 +2,9 @@
 
 #include <wx/string.h>
 
+#include <functional>
 #include <mutex>
+#include <utility>
 
 #include "base/Process.h"
 #include "scheduler/ReviewArithmetic.h"
@@ -34,6 +36,12 @@ class AppFatalErrorReport : public FatalErrorReport {
 // Announces the scheduler's rare maintenance in message boxes.
 class AppMaintenancePrompt : public MaintenancePrompt {
   public:
+    // The given step, if any, is done before the maintenance starts.
+    explicit AppMaintenancePrompt(std::function<void()> beforeStart = nullptr)
+        : mBeforeStart(std::move(beforeStart)) {}
     void ConfirmStart() override;
     void TellComplete() override;
+
+  private:
+    const std::function<void()> mBeforeStart;
 };

@@ -27,6 +27,7 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "storefile/CurrentCategory.h"
+#include "storefile/RestoreDialog.h"
 #include "storefile/StoreFile.h"
 #include "storefile/StoreFileChange.h"
 #include "study/LearningProgress.h"
@@ -77,7 +78,7 @@ bool VelomindApp::OnInit() {
     wxImage::AddHandler(new wxPNGHandler);
     wxSystemOptions::SetOption("msw.remap", 2);
     mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
-    mpDatabase = OpenAtStart(mFatalErrorReport);
+    OpenStore();
     BindCommands();
     WatchDesktop([this](wxTopLevelWindow& window) {
         TakeDesktopStyle(window);
@@ -102,7 +103,7 @@ int VelomindApp::OnExit() {
     while (!wxTopLevelWindows.empty()) {
         delete wxTopLevelWindows.front();
     }
-    mpDatabase.reset();
+    CloseStore();
     return wxApp::OnExit();
 }
 
@@ -150,10 +151,10 @@ bool VelomindApp::ImportFile(const wxString& path) {
             return false;
     }
     mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
-    mpDatabase = OpenAtStart(mFatalErrorReport);
+    OpenStore();
     if (BelongsToStore(*mpDatabase, file)) {
         PrintError(DatabaseFileMessage(path));
-        mpDatabase.reset();
+        CloseStore();
         return false;
     }
     ImportInput input;
@@ -163,8 +164,22 @@ bool VelomindApp::ImportFile(const wxString& path) {
     ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport);
     // The file was made to be imported once, so it is removed whatever became of the import.
     wxRemoveFile(file);
-    mpDatabase.reset();
+    CloseStore();
     return true;
+}
+
+void VelomindApp::OpenStore() {
+    mpDatabase = OpenAtStart(mFatalErrorReport);
+    mpBackupKeeper = std::make_unique<BackupKeeper>(*mpDatabase, mSettingsNotifier);
+}
+
+void VelomindApp::CloseStore() {
+    mpBackupKeeper.reset();
+    mpDatabase.reset();
+}
+
+void VelomindApp::BackUpBeforeMaintenance() {
+    BackUpStore(mWindows.GetShown(), *mpDatabase, BackupCause::kMaintenance);
 }
 
 void VelomindApp::ShowMessage(const wxString& text) {
@@ -203,6 +218,8 @@ void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnNewCard, this, wxID_NEW);
     Bind(wxEVT_MENU, &VelomindApp::OnNewCategory, this, ID_NEW_CATEGORY);
     Bind(wxEVT_MENU, &VelomindApp::OnImport, this, ID_IMPORT);
+    Bind(wxEVT_MENU, &VelomindApp::OnBackUp, this, ID_BACK_UP);
+    Bind(wxEVT_MENU, &VelomindApp::OnRestore, this, ID_RESTORE);
     Bind(wxEVT_MENU, &VelomindApp::OnFind, this, wxID_FIND);
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
     Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
@@ -302,14 +319,18 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
     dialog.ShowModal();
 }
 
-void VelomindApp::OnPreferences(wxCommandEvent&) {
+AppStoreFileActions VelomindApp::MakeStoreFileActions() {
     // Cards on the clipboard are known by their row ids, which mean other cards in another store,
     // and the steps that can be taken back were done in the store that was open.
-    AppStoreFileActions actions([this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
-                                [this] {
-                                    mClipboard.TakeBack();
-                                    mUndoHistory.Clear();
-                                });
+    return AppStoreFileActions([this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
+                               [this] {
+                                   mClipboard.TakeBack();
+                                   mUndoHistory.Clear();
+                               });
+}
+
+void VelomindApp::OnPreferences(wxCommandEvent&) {
+    AppStoreFileActions actions = MakeStoreFileActions();
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
     dialog.ShowModal();
@@ -317,6 +338,16 @@ void VelomindApp::OnPreferences(wxCommandEvent&) {
 
 void VelomindApp::OnImport(wxCommandEvent&) {
     RunImportCommand(mLastActive.get(), *this, *mpDatabase, mFatalErrorReport);
+}
+
+void VelomindApp::OnBackUp(wxCommandEvent&) {
+    BackUpWhereWanted(mLastActive.get(), *mpDatabase);
+}
+
+// The editors close before the store does, so none of them can be the parent.
+void VelomindApp::OnRestore(wxCommandEvent&) {
+    AppStoreFileActions actions = MakeStoreFileActions();
+    RestoreStore(actions, mWindows.GetShown(), *mpDatabase);
 }
 
 void VelomindApp::OnExitCommand(wxCommandEvent&) {

@@ -14,6 +14,8 @@
 #include "shell/AppServices.h"
 #include "store/Subject.h"
 #include "store/UndoHistory.h"
+#include "storefile/Backups.h"
+#include "storefile/StoreFileChange.h"
 #include "transfer/CardClipboard.h"
 
 class Database;
@@ -63,6 +65,10 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     wxFrame* MakeListWindow();
     wxFrame* MakeStudyWindow();
     void ComeToFront(const wxString& token);
+    void OpenStore();
+    void CloseStore();
+    void BackUpBeforeMaintenance();
+    AppStoreFileActions MakeStoreFileActions();
 
     void OnWindowCommand(wxCommandEvent& event);
     void OnNewCard(wxCommandEvent& event);
@@ -70,16 +76,19 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OnLearningProgress(wxCommandEvent& event);
     void OnPreferences(wxCommandEvent& event);
     void OnImport(wxCommandEvent& event);
+    void OnBackUp(wxCommandEvent& event);
+    void OnRestore(wxCommandEvent& event);
     void OnFind(wxCommandEvent& event);
     void OnExitCommand(wxCommandEvent& event);
 
     AppFatalErrorReport mFatalErrorReport;
-    AppMaintenancePrompt mMaintenancePrompt;
+    AppMaintenancePrompt mMaintenancePrompt{[this] { BackUpBeforeMaintenance(); }};
     Clock mClock;
     SequenceRandom mRandom;
     Subject mSettingsNotifier;
     SingleInstance mInstance;
     std::unique_ptr<Database> mpDatabase;
+    std::unique_ptr<BackupKeeper> mpBackupKeeper;
     UndoHistory mUndoHistory;
     CardClipboard mClipboard{mFatalErrorReport, mUndoHistory};
     MainWindows mWindows;

@@ -1,13 +1,18 @@
 #include "preferences/PreferencesDialog.h"
 
 #include <wx/button.h>
+#include <wx/checkbox.h>
 #include <wx/choice.h>
+#include <wx/dirdlg.h>
+#include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
 #include <wx/sizer.h>
+#include <wx/spinctrl.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include <initializer_list>
 #include <limits>
 
 #include "preferences/AppearanceControls.h"
@@ -17,6 +22,7 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/Subject.h"
+#include "storefile/Backups.h"
 #include "storefile/StoreFileChange.h"
 
 namespace {
@@ -33,11 +39,17 @@ enum : int {
     ID_BROWSE = 10117,
     ID_STORE_CHOICE = 10123,
     ID_NEW_PATH = 10124,
-    ID_INTRODUCTION = 10149
+    ID_INTRODUCTION = 10149,
+    ID_BACKUPS = 10150,
+    ID_BACKUP_DIRECTORY = 10151,
+    ID_BROWSE_BACKUPS = 10152,
+    ID_LEAST_BACKUPS = 10153
 };
 
 // The width at which the texts of the form break into lines.
 constexpr int kTextWidth = 215;
+
+constexpr int kMostLeastBackups = 1000;
 
 // A font with a colour key lets the platform's font dialog offer the colour too, where it can.
 void LoadFont(FontControl& control, const wxString& key, const wxString& colourKey) {
@@ -78,6 +90,9 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
     Bind(wxEVT_CHOICE, &PreferencesDialog::OnStoreChoice, this, ID_STORE_CHOICE);
     Bind(wxEVT_BUTTON, &PreferencesDialog::OnDefault, this, ID_DEFAULT);
     Bind(wxEVT_BUTTON, &PreferencesDialog::OnBrowse, this, ID_BROWSE);
+    Bind(wxEVT_BUTTON, &PreferencesDialog::OnBrowseBackups, this, ID_BROWSE_BACKUPS);
+    Bind(
+        wxEVT_CHECKBOX, [this](wxCommandEvent&) { EnableBackups(); }, ID_BACKUPS);
     Bind(wxEVT_BUTTON, &PreferencesDialog::OnOk, this, wxID_OK);
 }
 
@@ -89,6 +104,7 @@ void PreferencesDialog::CreateControls() {
     CreateAppearance();
     CreateAdvanced();
     CreateStoreFile();
+    CreateBackups();
     LetFormScroll(*mpForm);
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     SetSizer(rows);
@@ -161,6 +177,34 @@ void PreferencesDialog::CreateStoreFile() {
     EnableNewStore(false);
 }
 
+void PreferencesDialog::CreateBackups() {
+    wxBoxSizer& group = *AddFormGroup(*mpFormSizer, *mpForm, _("Backups"));
+    mpBackups =
+        new wxCheckBox(mpForm, ID_BACKUPS, _("Back up the store file before large changes"));
+    group.Add(mpBackups, FormRow(*mpForm));
+    const wxStaticText* const label = AddText(group, _("Backups are kept in this folder:"));
+    auto* const place = new wxBoxSizer(wxHORIZONTAL);
+    group.Add(place, FormRow(*mpForm));
+    mpBackupDirectory = new wxTextCtrl(mpForm, ID_BACKUP_DIRECTORY);
+    SetAccessibleName(*mpBackupDirectory, label->GetLabelText());
+    mpBrowseBackups = new wxButton(mpForm, ID_BROWSE_BACKUPS, _("Browse"));
+    place->Add(mpBackupDirectory, wxSizerFlags(1).CentreVertical());
+    place->Add(mpBrowseBackups, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
+
+    auto* const least = new wxBoxSizer(wxHORIZONTAL);
+    group.Add(least, FormRow(*mpForm));
+    mpLeastBackups = new wxSpinCtrl(mpForm, ID_LEAST_BACKUPS, wxString(), wxDefaultPosition,
+                                    wxDefaultSize, wxSP_ARROW_KEYS, 1, kMostLeastBackups);
+    least->Add(MakeFormLabel(_("Always keep at least:"), *mpLeastBackups),
+               wxSizerFlags().CentreVertical());
+    least->Add(mpLeastBackups, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
+    const wxString limit =
+        wxFileName::GetHumanReadableSize(wxULongLong(BackupSettings().MostBytes));
+    AddText(group,
+            wxString::Format(_("The oldest go first when all together take more than %s."), limit))
+        ->Wrap(FromDIP(kTextWidth));
+}
+
 wxStaticText* PreferencesDialog::AddText(wxSizer& group, const wxString& text) {
     auto* const label = new wxStaticText(mpForm, wxID_STATIC, text);
     group.Add(label, FormRow(*mpForm));
@@ -194,6 +238,12 @@ void PreferencesDialog::LoadSettings() {
     const bool early = ReadBooleanSetting(kSettingEarlyIntroduction);
     mpIntroductionChoice->SetSelection(early ? 1 : 0);
     mpIntervalText->Enable(early);
+    const BackupSettings backups = ReadBackupSettings();
+    mpBackups->SetValue(backups.IsOn);
+    mpBackupDirectory->ChangeValue(backups.Directory.empty() ? GetBackupDirectory()
+                                                             : backups.Directory);
+    mpLeastBackups->SetValue(static_cast<int>(backups.Least));
+    EnableBackups();
 }
 
 // The setting names the open file in the user's own words, a link for example, and is shown while
@@ -233,6 +283,20 @@ void PreferencesDialog::EnableNewStore(bool enable) {
     mpBrowseButton->Enable(enable);
 }
 
+void PreferencesDialog::EnableBackups() {
+    for (wxWindow* const control :
+         std::initializer_list<wxWindow*>{mpBackupDirectory, mpBrowseBackups, mpLeastBackups}) {
+        control->Enable(mpBackups->GetValue());
+    }
+}
+
+void PreferencesDialog::OnBrowseBackups(wxCommandEvent&) {
+    wxDirDialog dialog(this, _("Folder of the Backups"), mpBackupDirectory->GetValue());
+    if (dialog.ShowModal() == wxID_OK) {
+        mpBackupDirectory->ChangeValue(dialog.GetPath());
+    }
+}
+
 void PreferencesDialog::OnDefault(wxCommandEvent&) {
     mpNewPathText->ChangeValue(mActions.GetDefaultStorePath());
 }
@@ -262,6 +326,7 @@ void PreferencesDialog::OnBrowse(wxCommandEvent&) {
 void PreferencesDialog::OnOk(wxCommandEvent&) {
     ApplyAppearance();
     ApplyIntroduction();
+    ApplyBackups();
     ChangeStoreFile(mActions, this, *mpDatabase,
                     static_cast<StoreFileChoice>(mpStoreChoice->GetSelection()),
                     mpStorePathText->GetValue(), mpNewPathText->GetValue());
@@ -284,4 +349,14 @@ void PreferencesDialog::ApplyIntroduction() {
         WriteIntegerSetting(kSettingEarlyIntroductionInterval, static_cast<int32_t>(seconds));
     }
     WriteBooleanSetting(kSettingEarlyIntroduction, mpIntroductionChoice->GetSelection() == 1);
+}
+
+// The usual folder is not stored, so that it follows the user's data directory. A relative one
+// would mean another folder at the next start.
+void PreferencesDialog::ApplyBackups() {
+    const wxString directory = mpBackupDirectory->GetValue();
+    const bool isUsual = directory == GetBackupDirectory() || !wxIsAbsolutePath(directory);
+    WriteBooleanSetting(kSettingBackups, mpBackups->GetValue());
+    WriteStringSetting(kSettingBackupDirectory, isUsual ? wxString() : directory);
+    WriteIntegerSetting(kSettingLeastBackups, mpLeastBackups->GetValue());
 }

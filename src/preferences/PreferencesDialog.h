@@ -9,14 +9,17 @@ class StoreFileActions;
 class Subject;
 class wxBoxSizer;
 class wxButton;
+class wxCheckBox;
 class wxChoice;
 class wxScrolledWindow;
 class wxSizer;
+class wxSpinCtrl;
 class wxStaticText;
 class wxTextCtrl;
 
-// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced, and
-// the file that keeps the cards. Nothing changes before the user presses OK. Main thread only.
+// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced,
+// the file that keeps the cards, and its backups. Nothing changes before the user presses OK. Main
+// thread only.
 class PreferencesDialog : public wxDialog {
   public:
     // The notifier is told after OK. It and the actions are not owned and must outlive the dialog.
@@ -30,6 +33,7 @@ class PreferencesDialog : public wxDialog {
     void CreateAppearance();
     void CreateAdvanced();
     void CreateStoreFile();
+    void CreateBackups();
 
     // Each of these adds a row to the end of a group.
     wxStaticText* AddText(wxSizer& group, const wxString& text);
@@ -40,15 +44,18 @@ class PreferencesDialog : public wxDialog {
 
     void LoadSettings();
     void ShowDescription(bool early);
+    void EnableBackups();
     void EnableNewStore(bool enable);
 
     void ApplyAppearance();
     void ApplyIntroduction();
+    void ApplyBackups();
 
     void OnIntroductionChoice(wxCommandEvent& event);
     void OnStoreChoice(wxCommandEvent& event);
     void OnDefault(wxCommandEvent& event);
     void OnBrowse(wxCommandEvent& event);
+    void OnBrowseBackups(wxCommandEvent& event);
     void OnOk(wxCommandEvent& event);
 
     Subject& mSettingsNotifier;
@@ -67,5 +74,9 @@ class PreferencesDialog : public wxDialog {
     wxTextCtrl* mpNewPathText = nullptr;
     wxButton* mpDefaultButton = nullptr;
     wxButton* mpBrowseButton = nullptr;
+    wxCheckBox* mpBackups = nullptr;
+    wxTextCtrl* mpBackupDirectory = nullptr;
+    wxButton* mpBrowseBackups = nullptr;
+    wxSpinCtrl* mpLeastBackups = nullptr;
     Database* mpDatabase = nullptr;
 };

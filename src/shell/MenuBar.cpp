@@ -43,6 +43,9 @@ constexpr MenuRow kFileRows[] = {
     {ID_IMPORT, wxTRANSLATE("&Import...\tCtrl+I"), "icons/import_menu.png"},
     {ID_EXPORT, wxTRANSLATE("Export..."), "icons/export_menu.png"},
     kLine,
+    {ID_BACK_UP, wxTRANSLATE("&Back Up..."), "icons/blank_menu.png"},
+    {ID_RESTORE, wxTRANSLATE("Res&tore..."), "icons/blank_menu.png"},
+    kLine,
     {wxID_PRINT, wxTRANSLATE("Print...\tCtrl+P"), "icons/print_menu.png"},
     kLine,
     {wxID_CLOSE, wxTRANSLATE("Close\tCtrl+W"), "icons/blank_menu.png"}};

@@ -32,9 +32,10 @@ struct DefaultRow {
 
 constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
     {kSettingFontColor, wxSYS_COLOUR_WINDOWTEXT}, {kSettingStudyBgColor, wxSYS_COLOUR_WINDOW}};
-constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180}};
-constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingEarlyIntroduction, false},
-                                                 {kSettingTest, false}};
+constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180},
+                                                    {kSettingLeastBackups, 10}};
+constexpr DefaultRow<bool> kBooleanDefaults[] = {
+    {kSettingBackups, true}, {kSettingEarlyIntroduction, false}, {kSettingTest, false}};
 constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"},
                                                        {kSettingCardListShown, "Category"}};
 

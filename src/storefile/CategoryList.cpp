@@ -19,6 +19,7 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
+#include "storefile/Backups.h"
 #include "storefile/CurrentCategory.h"
 
 namespace {
@@ -240,6 +241,7 @@ void CategoryList::Merge(const Category& from, const Category& into) {
     if (Ask(question, _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) != wxOK) {
         return;
     }
+    BackUpStore(this, *mpDatabase, BackupCause::kMerge);
     const wxBusyCursor busy;
     StoreChange change;
     if (NoteMerge(*mpDatabase, from, into.Id, change) < 0 ||

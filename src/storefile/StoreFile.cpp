@@ -21,6 +21,7 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/StoreFiles.h"
+#include "storefile/RestoreDialog.h"
 
 namespace {
 
@@ -131,6 +132,8 @@ enum : int {
     ID_RETRY = 10068,
     ID_OPEN = 10070,
     ID_NEW = 10071,
+    ID_RESTORE_BACKUP = 10072,
+    ID_REPAIR = 10073,
     ID_PATH = 10121
 };
 
@@ -155,6 +158,8 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     wxButton* const retry = addButton(ID_RETRY, _("Retry"));
     addButton(ID_OPEN, _("Open"));
     addButton(ID_NEW, _("New"));
+    addButton(ID_RESTORE_BACKUP, _("Restore..."));
+    addButton(ID_REPAIR, _("Repair..."))->Enable(wxFileExists(path));
     addButton(ID_EXIT, _("Exit"));
 
     wxBoxSizer* const rows = MakeFormColumn(*this);
@@ -168,6 +173,8 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnOpen, this, ID_OPEN);
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnNew, this, ID_NEW);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRestore, this, ID_RESTORE_BACKUP);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRepair, this, ID_REPAIR);
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnExit, this, ID_EXIT);
     Bind(wxEVT_CLOSE_WINDOW, &DatabaseOpenFailed::OnClose, this);
     SetEscapeId(ID_EXIT);
@@ -208,6 +215,22 @@ void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
     EndModal(kTryAgain);
 }
 
+void DatabaseOpenFailed::OnRestore(wxCommandEvent&) {
+    if (RestoreUnreadableStore(this, GetPath())) {
+        mMustExist = true;
+        EndModal(kTryAgain);
+    }
+}
+
+void DatabaseOpenFailed::OnRepair(wxCommandEvent&) {
+    wxString repaired;
+    if (RepairUnreadableStore(this, GetPath(), repaired)) {
+        mpPath->SetValue(repaired);
+        mMustExist = true;
+        EndModal(kTryAgain);
+    }
+}
+
 void DatabaseOpenFailed::OnExit(wxCommandEvent&) {
     EndModal(kGiveUp);
 }
@@ -220,14 +243,45 @@ namespace {
 
 constexpr int kDialogId = 10120;
 
-}  // namespace
-
-void AppUpgradeWait::WaitFor(wxThread& worker) {
-    ThreadWaitDialog dialog(mpParent, kDialogId, wxString(), wxDefaultPosition, wxSize(400, 300),
+void WaitFor(wxWindow* parent, const wxString& title, const wxThread& worker) {
+    ThreadWaitDialog dialog(parent, kDialogId, wxString(), wxDefaultPosition, wxSize(400, 300),
                             wxDEFAULT_DIALOG_STYLE);
     dialog.Watch(worker);
-    dialog.SetTitle(_("Upgrading Database"));
+    dialog.SetTitle(title);
     dialog.ShowModal();
+}
+
+class JobThread : public wxThread {
+  public:
+    explicit JobThread(const std::function<void()>& job) : wxThread(wxTHREAD_JOINABLE), mJob(job) {}
+
+  private:
+    ExitCode Entry() override {
+        mJob();
+        return nullptr;
+    }
+
+    const std::function<void()>& mJob;
+};
+
+}  // namespace
+
+void RunBehindWait(wxWindow* parent, const wxString& title, const std::function<void()>& job) {
+    JobThread thread(job);
+    if (thread.Create() != wxTHREAD_NO_ERROR || thread.Run() != wxTHREAD_NO_ERROR) {
+        const wxBusyCursor busy;
+        job();
+        return;
+    }
+    {
+        const wxBusyCursorSuspender ready;
+        WaitFor(parent, title, thread);
+    }
+    thread.Wait();
+}
+
+void AppUpgradeWait::WaitFor(wxThread& worker) {
+    ::WaitFor(mpParent, _("Upgrading Database"), worker);
 }
 
 namespace {

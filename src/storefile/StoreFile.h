@@ -54,6 +54,8 @@ class DatabaseOpenFailed : public wxDialog {
     void OnRetry(wxCommandEvent& event);
     void OnOpen(wxCommandEvent& event);
     void OnNew(wxCommandEvent& event);
+    void OnRestore(wxCommandEvent& event);
+    void OnRepair(wxCommandEvent& event);
     void OnExit(wxCommandEvent& event);
     void OnClose(wxCloseEvent& event);
 
@@ -71,6 +73,9 @@ class AppUpgradeWait : public UpgradeWait {
   private:
     wxWindow* mpParent;
 };
+
+// Runs a job on a thread of its own behind a modal dialog, and returns when it has ended.
+void RunBehindWait(wxWindow* parent, const wxString& title, const std::function<void()>& job);
 
 // Asks for patience while a worker thread lives and ends by itself with wxID_OK when the worker has
 // ended. The gauge only shows that the program lives: it fills once in two minutes and starts over.

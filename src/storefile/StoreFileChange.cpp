@@ -10,6 +10,7 @@
 #include "shell/MessageBox.h"
 #include "store/Database.h"
 #include "store/StoreFiles.h"
+#include "storefile/Backups.h"
 #include "storefile/StoreFile.h"
 
 namespace {
@@ -51,6 +52,10 @@ void StoreFileChange::Move() {
         !MayReplace(_("Move Store File"))) {
         return;
     }
+    if (mExists) {
+        BackUpOtherStore(mpParent, mDatabase, mNewPath);
+    }
+    BackUpStore(mpParent, mDatabase, BackupCause::kMove);
     mDatabase.Close();
     int error = 0;
     {
@@ -69,6 +74,9 @@ void StoreFileChange::Create() {
     const wxString caption = _("New Store File");
     if (!mActions.DiscardEdits(mpParent) || !MayReplace(caption)) {
         return;
+    }
+    if (mExists) {
+        BackUpOtherStore(mpParent, mDatabase, mNewPath);
     }
     mDatabase.Close();
     const int error = mExists ? DeleteStoreFile(mNewPath) : 0;

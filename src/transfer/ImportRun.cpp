@@ -12,6 +12,7 @@
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "storefile/Backups.h"
 #include "transfer/MergeDialog.h"
 #include "transfer/ProgressDialog.h"
 
@@ -113,6 +114,7 @@ void TellFailure(wxWindow* parent, const ImportResult& result) {
 
 bool ImportWithProgress(wxWindow* parent, const ImportInput& input, Database& database,
                         FatalErrorReport& report, std::set<int32_t>* touchedCategories) {
+    BackUpStore(parent, database, BackupCause::kImport);
     const wxDateTime start = CurrentTime();
     ImportQuestionDialogs questions;
     const bool askCategories = parent != nullptr;

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "store/StoreBackup.h"
+#include "store/Subject.h"
+
+class wxWindow;
+
+// The backups of the store that the program has open, as the settings want them. Main thread only,
+// unless said otherwise.
+
+BackupSettings ReadBackupSettings();
+
+// Keeps the backups of the program's store while it lives, whichever file that has open: makes one
+// before the first change of a day, and tells what goes wrong through the log. One at a time.
+class BackupKeeper : private Observer {
+  public:
+    // Both must outlive the keeper. The notifier tells of changed settings.
+    BackupKeeper(Database& database, Subject& settingsNotifier);
+    ~BackupKeeper() override;
+    BackupKeeper(const BackupKeeper&) = delete;
+    BackupKeeper& operator=(const BackupKeeper&) = delete;
+
+    Database& GetDatabase() { return mDatabase; }
+    StoreBackups& GetBackups() { return *mpBackups; }
+
+  private:
+    void Update(Subject* subject) override;
+
+    Database& mDatabase;
+    std::unique_ptr<StoreBackups> mpBackups;
+    SubjectAttachment mSettingsAttachment;
+};
+
+// Makes a backup of the program's store before something is done to it; behind a wait dialog where
+// the store is large. Does nothing for a store without a keeper. Before a restoration one is made
+// whatever the settings say, and none goes. Returns 0, or the system's number of the error, which
+// was told and is no reason to stop.
+int BackUpStore(wxWindow* parent, Database& database, BackupCause cause);
+// The same for another store file that the program is about to replace. A file that is no store is
+// passed over.
+void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path);
+
+// Asks for a file and writes a backup into it.
+void BackUpWhereWanted(wxWindow* parent, Database& database);
+
+// Puts cards of a backup, by their row ids there, into the store as they were. A category that the
+// store does not have by name is made anew. Returns 0, or a negative value with some of the cards
+// in the store.
+int BringCardsBack(Database& backup, Database& store, const std::vector<int64_t>& rowIds);
+
+// Returns a path beside a store file at which nothing is: "FlashCards2 repaired.vlm" for the word
+// "repaired", or with a number behind the word.
+wxString FreePathBeside(const wxString& storePath, const wxString& word);

@@ -1,0 +1,114 @@
+"""Cards come back: from the backups that make themselves, and out of a damaged store."""
+
+import glob
+import os
+import unittest
+
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+
+RECOVERY = "Velomind"
+DELETE_BOX = "Delete Card(s)"
+RESTORE = "Restore"
+HIDDEN = "The back side of this flash card is hidden"
+
+
+class BackupRoad(RoadTest):
+    def setUp(self):
+        super().setUp()
+        self.sandbox.let_read_windows()
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        self.cards = self.sandbox.card_count()
+
+    def backups(self, cause):
+        return glob.glob(os.path.join(self.sandbox.home, ".local/share/velomind/backups",
+                                      f"FlashCards2.*.{cause}.vlm"))
+
+    def wait_cards(self, count):
+        wait_until(lambda: self.sandbox.card_count() == count, f"{count} cards")
+
+    def delete_all(self):
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual([], self.backups("day"))
+        press("ctrl+a", "Delete")
+        program.wait_window(DELETE_BOX)
+        press("Return")
+        self.wait_cards(0)
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(1, len(self.backups("day")))
+        return program
+
+    def open_backups(self, program):
+        program.click("File")
+        program.click("Restore...")
+        program.wait_window(RESTORE)
+        program.wait_text(f"Cards deleted since: {self.cards}")
+
+    def test_deleted_cards_come_back_one_by_one(self):
+        program = self.delete_all()
+        self.open_backups(program)
+        program.click("Bring Back Cards...")
+        program.wait_window("Bring Back Cards")
+        press("Down")
+        program.click("Bring Back")
+        self.wait_cards(1)
+        program.wait_window(RESTORE)
+        press("Escape")
+        # The card that came back can be studied.
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+2")
+        program.wait_window(STUDY_WINDOW)
+        program.wait_text(HIDDEN)
+        self.assertEqual(0, program.quit())
+        self.sandbox.check_store()
+
+    def test_a_restoration_goes_back_and_can_be_taken_back(self):
+        program = self.delete_all()
+        self.assertEqual(0, program.quit())
+        # A store without cards is not worth a backup, so one card stands in it.
+        one = self.sandbox.write("one.txt", "Front\tBack\nnew\tcard\n")
+        self.assertEqual(0, self.sandbox.run("--import", one))
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        self.open_backups(program)
+        program.click("Restore")
+        program.wait_text("Do you want to go back to the backup of")
+        program.click("Yes")
+        self.wait_cards(self.cards)
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(1, len(self.backups("restore")))
+        self.assertEqual(0, program.quit())
+        self.sandbox.check_store()
+
+    def test_an_import_makes_a_backup(self):
+        self.assertEqual([], self.backups("import"), "there was nothing to keep yet")
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("japanese.txt")))
+        self.assertEqual(1, len(self.backups("import")))
+        self.sandbox.set_setting("Backups", 0)
+        one = self.sandbox.write("one.txt", "Front\tBack\nnew\tcard\n")
+        self.assertEqual(0, self.sandbox.run("--import", one))
+        self.assertEqual(1, len(self.backups("import")))
+
+    def test_zeros_over_a_page_leave_the_other_cards(self):
+        whole = self.sandbox.store_bytes()
+        front = self.sandbox.query("SELECT Front FROM Cards WHERE ROWID = 50")[0][0]
+        page = whole.index(front.encode("utf-16-le")) // 4096 * 4096
+        damaged = whole[:page] + bytes(4096) + whole[page + 4096:]
+        with open(self.sandbox.store, "wb") as file:
+            file.write(damaged)
+        program = self.sandbox.start()
+        program.wait_window(RECOVERY)
+        program.click("Repair...")
+        program.wait_window("Repair")
+        press("Return")
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual(damaged, self.sandbox.store_bytes())
+        self.sandbox.store = self.sandbox.store.replace(".vlm", " repaired.vlm")
+        self.sandbox.check_store()
+        # A page holds no more than a few dozen cards.
+        self.assertGreater(self.sandbox.card_count(), self.cards - 60)
+
+
+if __name__ == "__main__":
+    unittest.main()
