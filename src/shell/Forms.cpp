@@ -51,7 +51,7 @@ wxSizer* MakeOkCancel(wxWindow& window) {
         if (item->IsSpacer()) {
             item->AssignSpacer(0, 0);
         } else {
-            item->SetFlag(wxALIGN_CENTRE_VERTICAL | wxLEFT);
+            item->SetFlag(int{wxALIGN_CENTRE_VERTICAL} | int{wxLEFT});
             item->SetBorder(window.FromDIP(kFormGap));
         }
     }
