@@ -48,7 +48,8 @@ void AppFatalErrorReport::ReportOnMainThread(const wxString& text) {
 void AppFatalErrorReport::ShowAndEnd(const wxString& text) {
     PrintError(text);
     const wxBusyCursorSuspender ready;
-    // A warning that waits for an idle moment, such as that of a failed backup, would take the keys.
+    // A warning that waits for an idle moment, such as that of a failed backup, would take the
+    // keys.
     wxLog::Suspend();
     wxMessageBox(text, _("Fatal Error"), wxOK | wxICON_STOP);
     EndProcess(kExitFatal);
