@@ -73,10 +73,10 @@ class UpgradeWait {
     virtual void WaitFor(wxThread& worker) = 0;
 };
 
-// Gives a connection functions LOWER and LIKE of exactly the meaning of the engine's own,
-// ill-formed texts and limits included, that work on UTF-16, as the store has its texts. Returns
-// the engine's result.
-int RegisterSearchFunctions(sqlite3* handle);
+// Gives a connection the function CONTAINS(pattern, text, ...), which is 1 where the engine's
+// LOWER(text) LIKE pattern is 1 for one of the texts, ill-formed texts and limits included, and
+// else 0. It works on UTF-16, as the store has its texts. Returns the engine's result.
+int RegisterSearchFunction(sqlite3* handle);
 
 // The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
 // fails without touching anything. All operations return 0 or more on success and a negative value
