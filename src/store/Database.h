@@ -195,6 +195,9 @@ class Database : public Subject {
     // one longer than the engine's limit (50,000 bytes) finds nothing.
     int CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds);
     int CardSelectRowIdsOrder(int32_t categoryId, CardOrder order, std::vector<int64_t>& rowIds);
+    // The first ones by introduction order, at most that many, which takes the same time in every
+    // store.
+    int CardSelectFirstRowIds(int32_t categoryId, int most, std::vector<int64_t>& rowIds);
     int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
@@ -321,6 +324,7 @@ class Database : public Subject {
     template <typename... Values>
     int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
                       const std::function<int(int64_t)>& single, const Values&... values);
+    int ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);

@@ -69,6 +69,19 @@ int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
     const Lock lock(mMutex);
     StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order),
                      categoryId);
+    return ReadFirstCardsOf(run, rowIds);
+}
+
+int Database::CardSelectFirstRowIds(int32_t categoryId, int most, std::vector<int64_t>& rowIds) {
+    const Lock lock(mMutex);
+    StatementRun run(*this,
+                     GetStatement("SELECT ROWID from Cards WHERE CategoryId = ?"
+                                  " ORDER BY IntroductionOrder LIMIT ?;"),
+                     categoryId, most);
+    return ReadFirstCardsOf(run, rowIds);
+}
+
+int Database::ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds) {
     if (ReadInt64Rows(run, rowIds) < 0) {
         return -1;
     }
