@@ -88,8 +88,11 @@ void CardList::SetDatabase(Database* database, Extent extent) {
 }
 
 void CardList::CallWhenDrawn(std::function<void()> callback) {
+    // A start that has to choose another store asks for each of them.
+    if (mWhenDrawn == nullptr) {
+        GetRowsWindow(*mpListCtrl).Bind(wxEVT_PAINT, &CardList::OnRowsPaint, this);
+    }
     mWhenDrawn = std::move(callback);
-    GetRowsWindow(*mpListCtrl).Bind(wxEVT_PAINT, &CardList::OnRowsPaint, this);
 }
 
 void CardList::OnRowsPaint(wxPaintEvent& event) {
