@@ -1,5 +1,6 @@
 #include "store/StoreBackup.h"
 
+#include <sqlite3.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
@@ -7,14 +8,17 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <iterator>
 #include <set>
 #include <system_error>
 #include <utility>
 
+#include "base/FileDescriptor.h"
 #include "base/Time.h"
 #include "base/Unicode.h"
+#include "store/CardUuid.h"
 #include "store/StoreFiles.h"
 #include "store/StoreSchema.h"
 
@@ -23,6 +27,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".vlm";
+constexpr char kUnfinished[] = ".unfinished";
+
+fs::path ToPath(const wxString& path) {
+    return fs::u8path(ToUtf8(path));
+}
 
 struct CauseRow {
     BackupCause Cause;
@@ -130,6 +139,51 @@ class CardWalk {
     bool mHasFailed = false;
 };
 
+// Lets the engine take back what a program that has ended left half done, so that the store is
+// whole by itself until it is replaced.
+void PlayBackJournal(const wxString& storePath) {
+    sqlite3* handle = nullptr;
+    if (wxFileName::FileExists(storePath) &&
+        sqlite3_open_v2(ToUtf8(storePath).c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr) ==
+            SQLITE_OK) {
+        sqlite3_exec(handle, "SELECT count(*) FROM sqlite_master;", nullptr, nullptr, nullptr);
+    }
+    sqlite3_close(handle);
+}
+
+// Makes a directory and those above it, and makes them last. Returns 0 or the error's number.
+int MakeDirectories(const fs::path& directory) {
+    std::error_code error;
+    if (fs::is_directory(directory, error)) {
+        return 0;
+    }
+    const fs::path above = directory.parent_path();
+    const int result = above.empty() || above == directory ? 0 : MakeDirectories(above);
+    if (result != 0) {
+        return result;
+    }
+    fs::create_directory(directory, error);
+    SyncDirectory(directory);
+    return error.value();
+}
+
+// Removes copies of a store that were never finished, as the program or the system ended. Another
+// program may be about to finish a new one.
+void RemoveUnfinished(const fs::path& directory, const wxString& storePath) {
+    const auto limit = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    const wxString stem = StemOf(storePath) + ".";
+    std::error_code error;
+    for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const wxString name = FromUtf8(entry->path().filename().u8string());
+        std::error_code ignored;
+        if (name.StartsWith(stem) && name.EndsWith(kUnfinished) &&
+            entry->last_write_time(ignored) < limit) {
+            fs::remove(entry->path(), ignored);
+        }
+    }
+}
+
 wxString ReasonOf(int error) {
     return wxSysErrorMsgStr(static_cast<unsigned long>(error));
 }
@@ -152,8 +206,8 @@ std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& 
     std::vector<StoreBackup> backups;
     const wxString stem = StemOf(storePath);
     std::error_code error;
-    for (fs::directory_iterator entry(fs::u8path(ToUtf8(directory)), error), end;
-         !error && entry != end; entry.increment(error)) {
+    for (fs::directory_iterator entry(ToPath(directory), error), end; !error && entry != end;
+         entry.increment(error)) {
         const wxString name = FromUtf8(entry->path().filename().u8string());
         StoreBackup backup;
         wxString rest;
@@ -205,15 +259,30 @@ BackupThinning ThinBackups(const std::vector<StoreBackup>& backups, const wxDate
 }
 
 int CopyOpenStore(Database& database, const wxString& target) {
+    const fs::path file = ToPath(target);
+    std::error_code failure;
+    CardUuid unique;
+    if (fs::exists(file, failure)) {
+        return EEXIST;
+    }
+    if (GenerateUuid(unique) != 0) {
+        return EIO;
+    }
+    // The name is given only to a copy that is known to be whole.
+    const wxString unfinished = target + "." + FormatUuid(unique).Left(8) + kUnfinished;
     int32_t expected = 0;
-    int error = database.CopyFile(target, expected);
+    int error = database.CopyFile(unfinished, expected);
     if (error == 0) {
         QuietDatabase copy;
-        error = OpenToRead(copy, target) == expected ? 0 : EIO;
+        error = OpenToRead(copy, unfinished) == expected ? 0 : EIO;
     }
-    if (error != 0 && error != EEXIST) {
-        std::error_code ignored;
-        fs::remove(fs::u8path(ToUtf8(target)), ignored);
+    if (error == 0) {
+        fs::rename(ToPath(unfinished), file, failure);
+        error = failure.value();
+        SyncDirectory(file);
+    }
+    if (error != 0) {
+        fs::remove(ToPath(unfinished), failure);
     }
     return error;
 }
@@ -225,6 +294,7 @@ int RestoreBackup(const wxString& backup, const wxString& storePath) {
             return wxFileName::FileExists(backup) ? EILSEQ : ENOENT;
         }
     }
+    PlayBackJournal(storePath);
     return CopyStoreFile(backup, storePath);
 }
 
@@ -266,10 +336,9 @@ int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& 
     if (!mSettings.IsOn || database.IsEmpty()) {
         return 0;
     }
-    const fs::path directory = fs::u8path(ToUtf8(GetDirectory()));
-    std::error_code failure;
-    fs::create_directories(directory, failure);
-    int error = failure.value();
+    const fs::path directory = ToPath(GetDirectory());
+    int error = MakeDirectories(directory);
+    RemoveUnfinished(directory, database.GetPath());
     // Two in one second have two names.
     for (wxDateTime time = now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
         const wxString name = BackupName(StemOf(database.GetPath()), time, cause);
@@ -308,7 +377,7 @@ void StoreBackups::Thin(const wxString& storePath, const wxDateTime& now) {
         ThinBackups(ListBackups(GetDirectory(), storePath), now, mSettings);
     for (const StoreBackup& backup : thinning.Gone) {
         std::error_code ignored;
-        fs::remove(fs::u8path(ToUtf8(backup.Path)), ignored);
+        fs::remove(ToPath(backup.Path), ignored);
     }
     if (thinning.IsOverLimit || thinning.GoneBySize > 0) {
         const wxString limit = wxFileName::GetHumanReadableSize(wxULongLong(mSettings.MostBytes));

@@ -1,10 +1,13 @@
 #include "faults/PowerCut.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <mutex>
@@ -35,6 +38,8 @@ DiskRecording::DiskRecording(const fs::path& directory) : mDirectory(directory) 
             bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
             mFirstNames[NameOf(entry.path())] = mFileCount++;
             mFirstContents.push_back(bytes.str());
+        } else if (entry.is_directory()) {
+            mFirstDirectories.insert(NameOf(entry.path()));
         }
     }
     mNames = mFirstNames;
@@ -130,6 +135,12 @@ void DiskRecording::OnRename(const std::string& from, const std::string& to) {
     }
 }
 
+void DiskRecording::OnMakeDirectory(const std::string& path) {
+    if (IsInside(path)) {
+        mCalls.push_back({Kind::kMakeDirectory, -1, NameOf(path)});
+    }
+}
+
 void DiskRecording::Rename(Names& names, const Call& call) {
     const auto file = names.find(call.Name);
     if (file != names.end()) {
@@ -173,6 +184,7 @@ size_t DiskRecording::Replay(size_t calls, unsigned fate, const fs::path& target
     std::vector<std::string> contents = mFirstContents;
     contents.resize(static_cast<size_t>(mFileCount));
     Names names = mFirstNames;
+    std::set<std::string> directories = mFirstDirectories;
     size_t marks = 0;
     for (size_t i = 0; i < calls; ++i) {
         const Call& call = mCalls[i];
@@ -187,6 +199,8 @@ size_t DiskRecording::Replay(size_t calls, unsigned fate, const fs::path& target
             names.erase(call.Name);
         } else if (call.What == Kind::kRename) {
             Rename(names, call);
+        } else if (call.What == Kind::kMakeDirectory) {
+            directories.insert(call.Name);
         } else if (call.What == Kind::kTruncate) {
             contents[static_cast<size_t>(call.File)].resize(offset);
         } else if (call.What == Kind::kWrite) {
@@ -197,12 +211,43 @@ size_t DiskRecording::Replay(size_t calls, unsigned fate, const fs::path& target
             bytes.replace(offset, count, call.Bytes, 0, count);
         }
     }
+    const auto isThere = [&](fs::path directory) {
+        while (!directory.empty() && directories.count(directory.string()) != 0) {
+            directory = directory.parent_path();
+        }
+        return directory.empty();
+    };
     for (const auto& [name, file] : names) {
+        // What lies in a directory that is lost is lost with it.
+        if (!isThere(fs::path(name).parent_path())) {
+            continue;
+        }
         fs::create_directories((target / name).parent_path());
         std::ofstream(target / name, std::ios::binary) << contents[static_cast<size_t>(file)];
     }
     return marks;
 }
+
+namespace {
+
+void MakeUnique(char* pattern) {
+    static int count = 0;
+    const std::string number = std::to_string(100000 + ++count);
+    std::copy(number.begin(), number.end(), std::string_view(pattern).length() - 6 + pattern);
+}
+
+// Returns how many bytes were copied, as the system's calls do.
+ssize_t CopyRange(int from, off_t fromAt, int to, off_t toAt, size_t count) {
+    std::string bytes(count, '\0');
+    const ssize_t length = ::syscall(SYS_pread64, from, bytes.data(), count, fromAt);
+    return length <= 0 ? length : ::pwrite(to, bytes.data(), static_cast<size_t>(length), toAt);
+}
+
+bool IsCopiedBy(DiskRecording::Copies copies) {
+    return gRecording != nullptr && gRecording->GetCopies() == copies;
+}
+
+}  // namespace
 
 // The calls of the system under their own names: what the program and its libraries link to. A call
 // without O_CREAT brings no mode, and the system does not look at it either.
@@ -222,6 +267,11 @@ int RecordDataSync(int descriptor) __asm__("fdatasync");
 int RecordUnlink(const char* path) __asm__("unlink");
 int RecordRemove(const char* path) __asm__("remove");
 int RecordRename(const char* from, const char* to) __asm__("rename");
+int RecordMakeDirectory(const char* path, mode_t mode) __asm__("mkdir");
+char* RecordMakeTemporaryDirectory(char* pattern) __asm__("mkdtemp");
+int RecordControl(int descriptor, unsigned long request, void* argument) __asm__("ioctl");
+ssize_t RecordCopyRange(int from, off_t* fromAt, int to, off_t* toAt, size_t count,
+                        unsigned flags) __asm__("copy_file_range");
 
 int RecordOpen(const char* path, int flags, unsigned mode) {
     const auto descriptor = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
@@ -234,9 +284,7 @@ int RecordOpen64(const char* path, int flags, unsigned mode) {
     return RecordOpen(path, flags, mode);
 }
 int RecordMkostemp(char* pattern, int flags) {
-    static int count = 0;
-    const std::string number = std::to_string(100000 + ++count);
-    std::copy(number.begin(), number.end(), std::string_view(pattern).length() - 6 + pattern);
+    MakeUnique(pattern);
     return RecordOpen(pattern, flags | O_RDWR | O_CREAT | O_EXCL, 0600);
 }
 int RecordMkostemp64(char* pattern, int flags) {
@@ -289,5 +337,47 @@ int RecordRename(const char* from, const char* to) {
     const auto result = static_cast<int>(::syscall(SYS_rename, from, to));
     Tell(result == 0, [&](DiskRecording& recording) { recording.OnRename(from, to); });
     return result;
+}
+int RecordMakeDirectory(const char* path, mode_t mode) {
+    const auto result = static_cast<int>(::syscall(SYS_mkdir, path, mode));
+    Tell(result == 0, [&](DiskRecording& recording) { recording.OnMakeDirectory(path); });
+    return result;
+}
+char* RecordMakeTemporaryDirectory(char* pattern) {
+    MakeUnique(pattern);
+    return RecordMakeDirectory(pattern, 0700) == 0 ? pattern : nullptr;
+}
+// Shared blocks are made here, as few disks can: the bytes are the same, and as unsafe until a
+// sync.
+int RecordControl(int descriptor, unsigned long request, void* argument) {
+    if (request != FICLONE || gRecording == nullptr) {
+        return static_cast<int>(::syscall(SYS_ioctl, descriptor, request, argument));
+    }
+    struct stat status {};
+    const auto source = static_cast<int>(reinterpret_cast<intptr_t>(argument));
+    if (!IsCopiedBy(DiskRecording::Copies::kShared) || ::fstat(source, &status) != 0) {
+        errno = EOPNOTSUPP;
+        return -1;
+    }
+    const auto size = static_cast<size_t>(status.st_size);
+    return CopyRange(source, 0, descriptor, 0, size) == status.st_size ? 0 : -1;
+}
+ssize_t RecordCopyRange(int from, off_t* fromAt, int to, off_t* toAt, size_t count,
+                        unsigned flags) {
+    if (gRecording == nullptr) {
+        return ::syscall(SYS_copy_file_range, from, fromAt, to, toAt, count, flags);
+    }
+    if (!IsCopiedBy(DiskRecording::Copies::kByTheSystem)) {
+        errno = EXDEV;
+        return -1;
+    }
+    // In pieces, as the system may.
+    const off_t at = ::lseek(to, 0, SEEK_CUR);
+    const ssize_t copied = CopyRange(from, *fromAt, to, at, std::min<size_t>(count, 1 << 14));
+    if (copied > 0) {
+        *fromAt += copied;
+        ::lseek(to, copied, SEEK_CUR);
+    }
+    return copied;
 }
 }

@@ -1,12 +1,16 @@
 #include "faults/PowerCut.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <memory>
 
+#include "store/StoreBackup.h"
 #include "store/StoreFiles.h"
+#include "store/StoreRepair.h"
 #include "support/StoreFixture.h"
 
 // Each change is recorded as it reaches the disk, and the power is cut after each call in turn. The
@@ -70,7 +74,7 @@ struct PowerCutTest : StoreFixture {
             NoteState();
         }
         mpRecording->Stop();
-        ASSERT_GT(mpRecording->CountCalls(), 40u);
+        ASSERT_GT(mpRecording->CountCalls(), 2u);
     }
 
     // What a step left, or a part of the cards that a group of them adds.
@@ -119,6 +123,29 @@ struct PowerCutTest : StoreFixture {
             }
             EXPECT_TRUE(IsAllowed(ReadState(), marks)) << "after " << marks << " changes";
         });
+    }
+
+    // What another store file holds.
+    State ReadStateOf(const wxString& path) {
+        ExpectWhole(path);
+        fs::copy_file(path.utf8_string(), ReplayedStore(), fs::copy_options::overwrite_existing);
+        return ReadState();
+    }
+    wxString OnDisk(const char* name) const { return wxString::FromUTF8((mDisk / name).string()); }
+    // A store file of fewer cards.
+    void MakeOlderStore(const char* name) {
+        fs::copy_file(ReplayedStore(), mDisk / name);
+        Database database(mReport);
+        ASSERT_EQ(database.Open(OnDisk(name), mWait), 0);
+        for (int rowId = 5; rowId < 12; ++rowId) {
+            EXPECT_EQ(database.CardDeleteByRowId(rowId), 0);
+        }
+    }
+    // Cuts while one store file takes the place of another: one of them is there at any moment.
+    void ExpectOneOfTheTwo(const std::function<int()>& replace) {
+        Record({[&] { return replace() == 0; }});
+        ASSERT_NE(mStates.front(), mStates.back());
+        ExpectEveryConfirmedChange();
     }
 
     const fs::path mDisk = fs::path(mDirectory.Path("disk").utf8_string());
@@ -199,6 +226,93 @@ TEST_F(PowerCutTest, AMoveBetweenFileSystemsLeavesTheCardsInOneOfThem) {
         }
         ExpectWhole(StorePath());
         EXPECT_EQ(ReadState(), cards);
+    });
+}
+
+struct PowerCutBackupTest : PowerCutTest, ::testing::WithParamInterface<DiskRecording::Copies> {};
+
+TEST_P(PowerCutBackupTest, ABackupIsWholeOrNotThereAndStaysOnceItWasTold) {
+    Database database(mReport);
+    ASSERT_EQ(database.Open(DiskStore(), mWait), 0);
+    BackupSettings settings;
+    settings.Directory = OnDisk("data/backups");
+    StoreBackups backups(settings, [](const wxString& text) { ADD_FAILURE() << text; });
+    const auto backUp = [&](BackupCause cause) {
+        return [&, cause] {
+            mpRecording->SetCopies(GetParam());
+            return backups.Make(database, cause, wxDateTime::Now()) == 0;
+        };
+    };
+    const auto insert = [&](int number) {
+        return [&, number] { return database.InsertFlashCard(NewCard(number)) == 0; };
+    };
+    Record({backUp(BackupCause::kImport), insert(31), backUp(BackupCause::kMerge), insert(32)});
+    CutEverywhere([&](size_t marks) {
+        ExpectWhole(StorePath());
+        EXPECT_TRUE(IsAllowed(ReadState(), marks)) << "after " << marks << " changes";
+        const auto found = ListBackups(mDirectory.Path("data/backups"), StorePath());
+        EXPECT_GE(found.size(), (marks + 1) / 2);
+        for (const StoreBackup& backup : found) {
+            const bool isFirst = backup.Cause == BackupCause::kImport;
+            EXPECT_EQ(ReadStateOf(backup.Path), mStates[isFirst ? 1 : 3]);
+        }
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(EachWay, PowerCutBackupTest,
+                         ::testing::Values(DiskRecording::Copies::kShared,
+                                           DiskRecording::Copies::kByTheSystem,
+                                           DiskRecording::Copies::kByTheProgram));
+
+TEST_F(PowerCutTest, ARestorationLeavesTheOldStoreOrTheNewOne) {
+    MakeOlderStore("backup.vlm");
+    ExpectOneOfTheTwo([&] { return RestoreBackup(OnDisk("backup.vlm"), DiskStore()); });
+}
+
+// As a program leaves it that was ended in the middle of a change.
+TEST_F(PowerCutTest, ARestorationOverAHalfDoneChangeLeavesTheOldStoreOrTheNewOne) {
+    MakeOlderStore("backup.vlm");
+    sqlite3* handle = nullptr;
+    const std::string half = mDirectory.Path("half.vlm").utf8_string();
+    fs::copy_file(ReplayedStore(), half);
+    sqlite3_open(half.c_str(), &handle);
+    sqlite3_exec(handle, "PRAGMA cache_size=1;BEGIN;UPDATE Cards SET Front='lost',Notes='lost'",
+                 nullptr, nullptr, nullptr);
+    fs::copy_file(half, mDisk / "store.vlm", fs::copy_options::overwrite_existing);
+    fs::copy_file(half + "-journal", mDisk / "store.vlm-journal");
+    sqlite3_close(handle);
+    ASSERT_NE(ReadBytes(DiskStore()), ReadBytes(StorePath()));
+    mStates.push_back(ReadState());
+    mpRecording = std::make_unique<DiskRecording>(mDisk);
+    ASSERT_EQ(RestoreBackup(OnDisk("backup.vlm"), DiskStore()), 0);
+    mpRecording->Mark();
+    mpRecording->Stop();
+    NoteState();
+    ExpectEveryConfirmedChange();
+}
+
+TEST_F(PowerCutTest, AMoveOverAFileLeavesThatFileOrTheStore) {
+    MakeOlderStore("made.vlm");
+    ExpectOneOfTheTwo([&] { return MoveStoreFile(OnDisk("made.vlm"), DiskStore()); });
+}
+
+TEST_F(PowerCutTest, ARepairLeavesAWholeNewStoreOrNoneAndTheDamagedOne) {
+    std::string damaged = ReadBytes(DiskStore());
+    constexpr size_t kPageSize = 4096;
+    damaged.replace(damaged.find(std::string("f\0r\0o", 5), kPageSize) / kPageSize * kPageSize,
+                    kPageSize, kPageSize, '\0');
+    WriteBytes(OnDisk("damaged.vlm"), damaged);
+    fs::remove(mDisk / "store.vlm");
+    RepairReport report;
+    Record({[&] { return RepairStore(OnDisk("damaged.vlm"), DiskStore(), report) == 0; }});
+    ASSERT_GT(report.Cards + report.Remade, 20);
+    CutEverywhere([&](size_t marks) {
+        EXPECT_EQ(ReadBytes(mDirectory.Path("damaged.vlm")), damaged);
+        EXPECT_TRUE(fs::exists(ReplayedStore()) || marks == 0);
+        if (fs::exists(ReplayedStore())) {
+            ExpectWhole(StorePath());
+            EXPECT_EQ(ReadState(), mStates.back());
+        }
     });
 }
 
