@@ -21,6 +21,20 @@ namespace fs = std::filesystem;
 DiskRecording* gRecording = nullptr;
 std::recursive_mutex gMutex;
 
+struct {
+    int Position = 0;
+    bool Lasting = false;
+    int Calls = 0;
+} gFault;
+
+bool Fails() {
+    const int call = ++gFault.Calls;
+    const bool fails = gFault.Position != 0 &&
+                       (gFault.Lasting ? call >= gFault.Position : call == gFault.Position);
+    errno = fails ? ENOSPC : errno;
+    return fails;
+}
+
 template <typename Note>
 void Tell(bool succeeded, const Note& note) {
     if (gRecording != nullptr && succeeded) {
@@ -30,6 +44,12 @@ void Tell(bool succeeded, const Note& note) {
 }
 
 }  // namespace
+
+int DiskRecording::FailCall(int position, bool lasting) {
+    const int calls = gFault.Calls;
+    gFault = {position, lasting, 0};
+    return calls;
+}
 
 DiskRecording::DiskRecording(const fs::path& directory) : mDirectory(directory) {
     for (const auto& entry : fs::recursive_directory_iterator(directory)) {
@@ -274,6 +294,9 @@ ssize_t RecordCopyRange(int from, off_t* fromAt, int to, off_t* toAt, size_t cou
                         unsigned flags) __asm__("copy_file_range");
 
 int RecordOpen(const char* path, int flags, unsigned mode) {
+    if ((flags & O_CREAT) != 0 && Fails()) {
+        return -1;
+    }
     const auto descriptor = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
     Tell(descriptor >= 0, [&](DiskRecording& recording) {
         recording.OnOpen(descriptor, path, (flags & O_TRUNC) != 0);
@@ -291,6 +314,9 @@ int RecordMkostemp64(char* pattern, int flags) {
     return RecordMkostemp(pattern, flags);
 }
 ssize_t RecordPwrite(int descriptor, const void* bytes, size_t count, off_t at) {
+    if (Fails()) {
+        return -1;
+    }
     const ssize_t written = ::syscall(SYS_pwrite64, descriptor, bytes, count, at);
     Tell(written > 0, [&](DiskRecording& recording) {
         recording.OnWrite(descriptor, bytes, static_cast<size_t>(written), at);
@@ -301,6 +327,9 @@ ssize_t RecordPwrite64(int descriptor, const void* bytes, size_t count, off_t at
     return RecordPwrite(descriptor, bytes, count, at);
 }
 ssize_t RecordWrite(int descriptor, const void* bytes, size_t count) {
+    if (Fails()) {
+        return -1;
+    }
     const off_t at = gRecording == nullptr ? 0 : ::lseek(descriptor, 0, SEEK_CUR);
     const ssize_t written = ::syscall(SYS_write, descriptor, bytes, count);
     Tell(written > 0, [&](DiskRecording& recording) {
@@ -309,6 +338,9 @@ ssize_t RecordWrite(int descriptor, const void* bytes, size_t count) {
     return written;
 }
 int RecordTruncate(int descriptor, off_t size) {
+    if (Fails()) {
+        return -1;
+    }
     const auto result = static_cast<int>(::syscall(SYS_ftruncate, descriptor, size));
     Tell(result == 0, [&](DiskRecording& recording) { recording.OnTruncate(descriptor, size); });
     return result;
@@ -317,6 +349,9 @@ int RecordTruncate64(int descriptor, off_t size) {
     return RecordTruncate(descriptor, size);
 }
 int RecordSync(int descriptor) {
+    if (Fails()) {
+        return -1;
+    }
     const auto result = static_cast<int>(::syscall(SYS_fsync, descriptor));
     Tell(result == 0, [&](DiskRecording& recording) { recording.OnSync(descriptor); });
     return result;
@@ -325,6 +360,9 @@ int RecordDataSync(int descriptor) {
     return RecordSync(descriptor);
 }
 int RecordUnlink(const char* path) {
+    if (Fails()) {
+        return -1;
+    }
     const auto result = static_cast<int>(::syscall(SYS_unlink, path));
     Tell(result == 0, [&](DiskRecording& recording) { recording.OnUnlink(path); });
     return result;
@@ -334,11 +372,17 @@ int RecordRemove(const char* path) {
     return result == 0 ? 0 : static_cast<int>(::syscall(SYS_rmdir, path));
 }
 int RecordRename(const char* from, const char* to) {
+    if (Fails()) {
+        return -1;
+    }
     const auto result = static_cast<int>(::syscall(SYS_rename, from, to));
     Tell(result == 0, [&](DiskRecording& recording) { recording.OnRename(from, to); });
     return result;
 }
 int RecordMakeDirectory(const char* path, mode_t mode) {
+    if (Fails()) {
+        return -1;
+    }
     const auto result = static_cast<int>(::syscall(SYS_mkdir, path, mode));
     Tell(result == 0, [&](DiskRecording& recording) { recording.OnMakeDirectory(path); });
     return result;

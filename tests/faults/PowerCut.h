@@ -16,6 +16,10 @@
 // before it; changes of names keep their order.
 class DiskRecording {
   public:
+    // Fails a call that changes files, as on a full disk, once so many have been made: that one, or
+    // all from there on. 0 for none. Returns how many were made since the last call of this.
+    static int FailCall(int position, bool lasting);
+
     // What is in the directory so far counts as synced.
     explicit DiskRecording(const std::filesystem::path& directory);
     ~DiskRecording();

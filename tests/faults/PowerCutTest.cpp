@@ -26,6 +26,11 @@ struct PowerCutTest : StoreFixture {
     // The categories in one text, then the cards; nothing where there is no store.
     using State = Strings;
 
+    static void SetUpTestSuite() {
+        if (fs::is_directory("/dev/shm")) {
+            setenv("TMPDIR", "/dev/shm", 0);
+        }
+    }
     PowerCutTest() {
         fs::create_directory(mDisk);
         mDatabase.CategoryInsert("Other");
@@ -314,6 +319,75 @@ TEST_F(PowerCutTest, ARepairLeavesAWholeNewStoreOrNoneAndTheDamagedOne) {
             EXPECT_EQ(ReadState(), mStates.back());
         }
     });
+}
+
+// Each call that changes files fails, one or all from there on. Nothing half done stands under a
+// name, and the store goes on.
+struct FullDiskTest : PowerCutTest {
+    FullDiskTest() { MakeOlderStore("backup.vlm"); }
+    void FailEachCall(const std::function<int()>& act, const std::function<void(int)>& check) {
+        DiskRecording::FailCall(0, false);
+        ASSERT_EQ(act(), 0);
+        const int calls = DiskRecording::FailCall(0, false);
+        ASSERT_GT(calls, 2);
+        const std::string older = ReadBytes(OnDisk("backup.vlm"));
+        // Some of them; all on demand.
+        const int step = std::getenv("VELOMIND_EVERY_POWER_CUT") == nullptr ? 1 + calls / 20 : 1;
+        for (int i = 0; i < 2 * calls && !HasFailure(); i += i % 2 == 0 ? 1 : 2 * step - 1) {
+            SCOPED_TRACE(i);
+            fs::remove_all(mDisk);
+            fs::create_directory(mDisk);
+            fs::copy_file(ReplayedStore(), mDisk / "store.vlm");
+            WriteBytes(OnDisk("backup.vlm"), older);
+            DiskRecording::FailCall(i / 2 + 1, i % 2 == 1);
+            const int result = act();
+            DiskRecording::FailCall(0, false);
+            check(result);
+        }
+    }
+};
+
+TEST_F(FullDiskTest, ABackupThatFailsIsToldOnceAndStopsNothing) {
+    std::vector<wxString> told;
+    BackupSettings settings;
+    settings.Directory = OnDisk("data/backups");
+    const auto backUp = [&](StoreBackups& backups) {
+        Database database(mReport);
+        EXPECT_EQ(database.Open(DiskStore(), mWait), 0);
+        const int result = backups.Make(database, BackupCause::kImport, wxDateTime::Now());
+        return result == 0 ? 0 : backups.Make(database, BackupCause::kMerge, wxDateTime::Now());
+    };
+    const auto act = [&] {
+        told.clear();
+        StoreBackups backups(settings, [&](const wxString& text) { told.push_back(text); });
+        return backUp(backups);
+    };
+    FailEachCall(act, [&](int result) {
+        const auto found = ListBackups(settings.Directory, DiskStore());
+        EXPECT_EQ(found.size(), result == 0 ? 1U : 0U);
+        EXPECT_TRUE(told.size() == 1 || (result == 0 && told.empty()));
+        Database database(mReport);
+        ASSERT_EQ(database.Open(found.empty() ? DiskStore() : found[0].Path, mWait), 0);
+        EXPECT_EQ(database.InsertFlashCard(NewCard(31)), 0);
+    });
+    EXPECT_TRUE(mReport.Texts.empty());
+}
+
+TEST_F(FullDiskTest, ARestorationOrARepairThatFailsLeavesWhatWasThere) {
+    const State newer = ReadState();
+    const std::string whole = ReadBytes(StorePath());
+    FailEachCall([&] { return RestoreBackup(OnDisk("backup.vlm"), DiskStore()); },
+                 [&](int result) {
+                     EXPECT_EQ(result == 0, ReadBytes(DiskStore()) != whole);
+                     EXPECT_EQ(ReadStateOf(DiskStore()) == newer, result != 0);
+                     WriteBytes(StorePath(), whole);
+                 });
+    RepairReport report;
+    FailEachCall([&] { return RepairStore(DiskStore(), OnDisk("repaired.vlm"), report); },
+                 [&](int result) {
+                     EXPECT_EQ(ReadBytes(DiskStore()), whole);
+                     EXPECT_EQ(fs::exists(mDisk / "repaired.vlm"), result == 0);
+                 });
 }
 
 }  // namespace
