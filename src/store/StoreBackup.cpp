@@ -1,6 +1,7 @@
 #include "store/StoreBackup.h"
 
 #include <sqlite3.h>
+#include <wx/confbase.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
@@ -11,11 +12,13 @@
 #include <chrono>
 #include <filesystem>
 #include <iterator>
+#include <limits>
 #include <set>
 #include <system_error>
 #include <utility>
 
 #include "base/FileDescriptor.h"
+#include "base/SettingsFile.h"
 #include "base/Time.h"
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
@@ -190,6 +193,23 @@ wxString ReasonOf(int error) {
 
 }  // namespace
 
+BackupSettings ReadBackupSettings(BackupCause cause) {
+    BackupSettings settings;
+    const auto file = OpenSettingsFile(kApplicationName);
+    long least = 0;
+    settings.IsOn = file->ReadBool(kSettingBackups, settings.IsOn);
+    settings.Directory = file->Read(kSettingBackupDirectory, wxString());
+    if (file->Read(kSettingLeastBackups, &least) && least <= std::numeric_limits<int32_t>::max()) {
+        settings.Least = static_cast<size_t>(std::max(1L, least));
+    }
+    if (cause == BackupCause::kRestore) {
+        settings.Least = std::numeric_limits<size_t>::max();
+        settings.MostBytes = std::numeric_limits<uint64_t>::max();
+    }
+    settings.IsOn = settings.IsOn || cause == BackupCause::kRestore || cause == BackupCause::kUser;
+    return settings;
+}
+
 wxString GetBackupDirectory() {
     wxString data;
     if (!wxGetEnv("XDG_DATA_HOME", &data) || !wxIsAbsolutePath(data)) {
@@ -336,13 +356,33 @@ int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& 
     if (!mSettings.IsOn || database.IsEmpty()) {
         return 0;
     }
+    return MakeCopy(database.GetPath(), cause, now,
+                    [&](const wxString& target) { return CopyOpenStore(database, target); });
+}
+
+int StoreBackups::MakeOfFile(const wxString& path, BackupCause cause, const wxDateTime& now) {
+    std::error_code error;
+    QuietDatabase database;
+    if (!mSettings.IsOn || fs::file_size(ToPath(path), error) == 0 || error) {
+        return 0;
+    }
+    if (database.OpenQuietly(path) >= 0) {
+        return Make(database, cause, now);
+    }
+    return MakeCopy(path, cause, now, [&](const wxString& target) {
+        return wxFileName::Exists(target) ? EEXIST : KeepStoreFile(path, target);
+    });
+}
+
+int StoreBackups::MakeCopy(const wxString& storePath, BackupCause cause, const wxDateTime& now,
+                           const Copy& copy) {
     const fs::path directory = ToPath(GetDirectory());
     int error = MakeDirectories(directory);
-    RemoveUnfinished(directory, database.GetPath());
+    RemoveUnfinished(directory, storePath);
     // Two in one second have two names.
     for (wxDateTime time = now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
-        const wxString name = BackupName(StemOf(database.GetPath()), time, cause);
-        error = CopyOpenStore(database, FromUtf8((directory / ToUtf8(name)).u8string()));
+        const wxString name = BackupName(StemOf(storePath), time, cause);
+        error = copy(FromUtf8((directory / ToUtf8(name)).u8string()));
         if (error != EEXIST) {
             break;
         }
@@ -355,7 +395,7 @@ int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& 
         return error;
     }
     mTold.clear();
-    Thin(database.GetPath(), now);
+    Thin(storePath, now);
     return 0;
 }
 

@@ -23,6 +23,7 @@
 #include "base/SettingsFile.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
+#include "store/CardUuid.h"
 #include "store/Database.h"
 
 namespace {
@@ -403,7 +404,10 @@ int CopyStoreFile(const wxString& from, const wxString& to) {
     // The name may be a link to the store.
     std::error_code error;
     const fs::path name = ToPath(MakeStorePathFull(to));
-    const fs::path target = fs::is_symlink(name, error) ? fs::weakly_canonical(name, error) : name;
+    const bool isLink = fs::is_symlink(name, error);
+    // That nothing is there is no failure.
+    error.clear();
+    const fs::path target = isLink ? fs::weakly_canonical(name, error) : name;
     int result = error ? error.value() : CheckTarget(target);
     std::string copyName = TemporaryName(target);
     if (result == 0) {
@@ -459,11 +463,23 @@ int CopyWholeFile(int source, int target) {
     return CopyBytes(source, target);
 }
 
-int DeleteStoreFile(const wxString& path) {
-    ReplacedFile file(ToPath(MakeStorePathFull(path)));
-    const int error = file.SetAside();
-    if (error == 0) {
-        file.Delete();
+int ReplaceByNewStore(const wxString& path) {
+    CardUuid unique;
+    if (GenerateUuid(unique) != 0) {
+        return EIO;
+    }
+    const wxString name =
+        wxPathOnly(MakeStorePathFull(path)) + "/velomind-" + FormatUuid(unique).Left(8) + ".vlm";
+    QuietDatabase database;
+    const bool isMade = database.OpenQuietly(name) >= 0;
+    const int code = database.GetLastErrorCode() & 0xFF;
+    database.Close();
+    if (!isMade) {
+        return code == SQLITE_FULL ? ENOSPC : EIO;
+    }
+    const int error = MoveStoreFile(name, path);
+    if (error != 0) {
+        ::unlink(ToUtf8(name).c_str());
     }
     return error;
 }

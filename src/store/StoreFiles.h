@@ -46,6 +46,6 @@ int KeepStoreFile(const wxString& from, const wxString& to);
 // systems offer, and makes them last. Returns 0 or the error's number.
 int CopyWholeFile(int source, int target);
 
-// Deletes a store file, and what the engine may have left beside it. Returns 0, or the error's
-// number with all of it still there.
-int DeleteStoreFile(const wxString& path);
+// Puts a new store, without cards, in the place of a file at one stroke, and deletes what the
+// engine may have left beside that. Returns 0, or the error's number with all of it still there.
+int ReplaceByNewStore(const wxString& path);

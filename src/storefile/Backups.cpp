@@ -6,8 +6,6 @@
 #include <wx/log.h>
 #include <wx/utils.h>
 
-#include <algorithm>
-#include <limits>
 #include <list>
 #include <map>
 
@@ -40,24 +38,7 @@ void RunBackup(wxWindow* parent, const wxString& storePath, const std::function<
     }
 }
 
-// A restoration goes back to what may be the oldest backup, so none may go before it.
-BackupSettings SettingsThatKeepAll() {
-    BackupSettings settings = ReadBackupSettings();
-    settings.IsOn = true;
-    settings.Least = std::numeric_limits<size_t>::max();
-    settings.MostBytes = std::numeric_limits<uint64_t>::max();
-    return settings;
-}
-
 }  // namespace
-
-BackupSettings ReadBackupSettings() {
-    BackupSettings settings;
-    settings.IsOn = ReadBooleanSetting(kSettingBackups);
-    settings.Directory = ReadStringSetting(kSettingBackupDirectory);
-    settings.Least = static_cast<size_t>(std::max(1, ReadIntegerSetting(kSettingLeastBackups)));
-    return settings;
-}
 
 BackupKeeper::BackupKeeper(Database& database, Subject& settingsNotifier)
     : mDatabase(database), mSettingsAttachment(&settingsNotifier, this) {
@@ -79,7 +60,7 @@ int BackUpStore(wxWindow* parent, Database& database, BackupCause cause) {
     if (gpKeeper == nullptr || &gpKeeper->GetDatabase() != &database) {
         return 0;
     }
-    StoreBackups keepingAll(SettingsThatKeepAll(), TellByLog);
+    StoreBackups keepingAll(ReadBackupSettings(BackupCause::kRestore), TellByLog);
     StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : gpKeeper->GetBackups();
     int error = 0;
     RunBackup(parent, database.GetPath(),
@@ -87,19 +68,22 @@ int BackUpStore(wxWindow* parent, Database& database, BackupCause cause) {
     return error;
 }
 
+int ReplaceByNewStore(wxWindow* parent, const wxString& path) {
+    RunBackup(parent, path, [&path] {
+        StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
+    });
+    return ReplaceByNewStore(path);
+}
+
 void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path) {
-    if (gpKeeper == nullptr) {
-        return;
-    }
     if (database.IsStoreFile(path)) {
         BackUpStore(parent, database, BackupCause::kReplace);
         return;
     }
     RunBackup(parent, path, [&path] {
-        QuietDatabase other;
-        if (other.OpenQuietly(path) >= 0) {
-            gpKeeper->GetBackups().Make(other, BackupCause::kReplace, CurrentTime());
-        }
+        StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
     });
 }
 
