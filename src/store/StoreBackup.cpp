@@ -399,15 +399,19 @@ int StoreBackups::MakeCopy(const wxString& storePath, BackupCause cause, const w
     return 0;
 }
 
-void StoreBackups::MakeDaily(Database& database, const wxDateTime& now) {
-    const wxString storePath = database.GetPath();
-    if (mDay.IsValid() && now.IsSameDate(mDay) && storePath == mDayStore) {
-        return;
+bool StoreBackups::IsDayDone(const wxString& storePath, const wxDateTime& now) const {
+    if (!mSettings.IsOn || (mDay.IsValid() && now.IsSameDate(mDay) && storePath == mDayStore)) {
+        return true;
     }
+    const std::vector<StoreBackup> backups = ListBackups(GetDirectory(), storePath);
+    return !backups.empty() && backups.front().Time.IsSameDate(now);
+}
+
+void StoreBackups::MakeDaily(Database& database, const wxDateTime& now) {
+    const bool isDone = IsDayDone(database.GetPath(), now);
     mDay = now;
-    mDayStore = storePath;
-    const std::vector<StoreBackup> backups = ListBackups(GetDirectory(), database.GetPath());
-    if (backups.empty() || !backups.front().Time.IsSameDate(now)) {
+    mDayStore = database.GetPath();
+    if (!isDone) {
         Make(database, BackupCause::kDay, now);
     }
 }

@@ -127,6 +127,8 @@ class StoreBackups {
     // byte, with what the engine left beside it.
     int MakeOfFile(const wxString& path, BackupCause cause, const wxDateTime& now);
 
+    // True when a store needs no backup of that day any more.
+    bool IsDayDone(const wxString& storePath, const wxDateTime& now) const;
     // Makes the backup of a day unless one was made on that day. For Database::SetBeforeChange.
     void MakeDaily(Database& database, const wxDateTime& now);
 

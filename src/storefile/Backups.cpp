@@ -27,10 +27,14 @@ void TellByLog(const wxString& text) {
     wxLogWarning("%s", text);
 }
 
+bool IsLarge(const wxString& storePath) {
+    const wxULongLong size = wxFileName::GetSize(storePath);
+    return size != wxInvalidSize && size.GetValue() > kLargeStoreBytes;
+}
+
 // Runs a job at once, or on a thread behind a wait dialog where the store is large.
 void RunBackup(wxWindow* parent, const wxString& storePath, const std::function<void()>& job) {
-    const wxULongLong size = wxFileName::GetSize(storePath);
-    if (size != wxInvalidSize && size.GetValue() > kLargeStoreBytes) {
+    if (IsLarge(storePath)) {
         RunBehindWait(parent, _("Backing Up"), job);
     } else {
         const wxBusyCursor busy;
@@ -66,6 +70,19 @@ int BackUpStore(wxWindow* parent, Database& database, BackupCause cause) {
     RunBackup(parent, database.GetPath(),
               [&] { error = backups.Make(database, cause, CurrentTime()); });
     return error;
+}
+
+void BackUpDay(wxWindow* parent) {
+    if (gpKeeper == nullptr) {
+        return;
+    }
+    Database& database = gpKeeper->GetDatabase();
+    StoreBackups& backups = gpKeeper->GetBackups();
+    const wxDateTime now = CurrentTime();
+    if (IsLarge(database.GetPath()) && !backups.IsDayDone(database.GetPath(), now)) {
+        RunBehindWait(parent, _("Backing Up"),
+                      [&] { backups.Make(database, BackupCause::kDay, now); });
+    }
 }
 
 int ReplaceByNewStore(wxWindow* parent, const wxString& path) {

@@ -43,6 +43,10 @@ int BackUpStore(wxWindow* parent, Database& database, BackupCause cause);
 // The same for another store file that the program is about to replace; one that cannot be opened
 // is copied as it is.
 void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path);
+// Makes the backup of the day of a large store now, behind a wait dialog. For what most often is
+// the first change of a day; the backup of any other change, and of a small store, makes itself
+// while the change waits. Events are handled meanwhile.
+void BackUpDay(wxWindow* parent);
 // Backs up a file that nobody has open, and puts a new store in its place. Returns 0, or the
 // system's number of the error with the file as it was.
 int ReplaceByNewStore(wxWindow* parent, const wxString& path);
