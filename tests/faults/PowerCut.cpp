@@ -35,12 +35,15 @@ bool Fails() {
     return fails;
 }
 
-template <typename Note>
-void Tell(bool succeeded, const Note& note) {
-    if (gRecording != nullptr && succeeded) {
+// Makes a call of the system, unless it is to fail, and notes it.
+template <typename Note, typename... Arguments>
+long Call(const Note& note, long number, Arguments... arguments) {
+    const long result = Fails() ? -1 : ::syscall(number, arguments...);
+    if (gRecording != nullptr && result >= 0) {
         const std::lock_guard<std::recursive_mutex> lock(gMutex);
-        note(*gRecording);
+        note(*gRecording, result);
     }
+    return result;
 }
 
 }  // namespace
@@ -294,14 +297,13 @@ ssize_t RecordCopyRange(int from, off_t* fromAt, int to, off_t* toAt, size_t cou
                         unsigned flags) __asm__("copy_file_range");
 
 int RecordOpen(const char* path, int flags, unsigned mode) {
-    if ((flags & O_CREAT) != 0 && Fails()) {
-        return -1;
+    if ((flags & O_CREAT) == 0 && gRecording == nullptr) {
+        return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
     }
-    const auto descriptor = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
-    Tell(descriptor >= 0, [&](DiskRecording& recording) {
-        recording.OnOpen(descriptor, path, (flags & O_TRUNC) != 0);
-    });
-    return descriptor;
+    const auto note = [&](DiskRecording& recording, long descriptor) {
+        recording.OnOpen(static_cast<int>(descriptor), path, (flags & O_TRUNC) != 0);
+    };
+    return static_cast<int>(Call(note, SYS_openat, AT_FDCWD, path, flags, mode));
 }
 int RecordOpen64(const char* path, int flags, unsigned mode) {
     return RecordOpen(path, flags, mode);
@@ -314,78 +316,52 @@ int RecordMkostemp64(char* pattern, int flags) {
     return RecordMkostemp(pattern, flags);
 }
 ssize_t RecordPwrite(int descriptor, const void* bytes, size_t count, off_t at) {
-    if (Fails()) {
-        return -1;
-    }
-    const ssize_t written = ::syscall(SYS_pwrite64, descriptor, bytes, count, at);
-    Tell(written > 0, [&](DiskRecording& recording) {
+    const auto note = [&](DiskRecording& recording, long written) {
         recording.OnWrite(descriptor, bytes, static_cast<size_t>(written), at);
-    });
-    return written;
+    };
+    return Call(note, SYS_pwrite64, descriptor, bytes, count, at);
 }
 ssize_t RecordPwrite64(int descriptor, const void* bytes, size_t count, off_t at) {
     return RecordPwrite(descriptor, bytes, count, at);
 }
 ssize_t RecordWrite(int descriptor, const void* bytes, size_t count) {
-    if (Fails()) {
-        return -1;
-    }
     const off_t at = gRecording == nullptr ? 0 : ::lseek(descriptor, 0, SEEK_CUR);
-    const ssize_t written = ::syscall(SYS_write, descriptor, bytes, count);
-    Tell(written > 0, [&](DiskRecording& recording) {
+    const auto note = [&](DiskRecording& recording, long written) {
         recording.OnWrite(descriptor, bytes, static_cast<size_t>(written), at);
-    });
-    return written;
+    };
+    return Call(note, SYS_write, descriptor, bytes, count);
 }
 int RecordTruncate(int descriptor, off_t size) {
-    if (Fails()) {
-        return -1;
-    }
-    const auto result = static_cast<int>(::syscall(SYS_ftruncate, descriptor, size));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnTruncate(descriptor, size); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) {
+        recording.OnTruncate(descriptor, size);
+    };
+    return static_cast<int>(Call(note, SYS_ftruncate, descriptor, size));
 }
 int RecordTruncate64(int descriptor, off_t size) {
     return RecordTruncate(descriptor, size);
 }
 int RecordSync(int descriptor) {
-    if (Fails()) {
-        return -1;
-    }
-    const auto result = static_cast<int>(::syscall(SYS_fsync, descriptor));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnSync(descriptor); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) { recording.OnSync(descriptor); };
+    return static_cast<int>(Call(note, SYS_fsync, descriptor));
 }
 int RecordDataSync(int descriptor) {
     return RecordSync(descriptor);
 }
 int RecordUnlink(const char* path) {
-    if (Fails()) {
-        return -1;
-    }
-    const auto result = static_cast<int>(::syscall(SYS_unlink, path));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnUnlink(path); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) { recording.OnUnlink(path); };
+    return static_cast<int>(Call(note, SYS_unlink, path));
 }
 int RecordRemove(const char* path) {
     const int result = RecordUnlink(path);
     return result == 0 ? 0 : static_cast<int>(::syscall(SYS_rmdir, path));
 }
 int RecordRename(const char* from, const char* to) {
-    if (Fails()) {
-        return -1;
-    }
-    const auto result = static_cast<int>(::syscall(SYS_rename, from, to));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnRename(from, to); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) { recording.OnRename(from, to); };
+    return static_cast<int>(Call(note, SYS_rename, from, to));
 }
 int RecordMakeDirectory(const char* path, mode_t mode) {
-    if (Fails()) {
-        return -1;
-    }
-    const auto result = static_cast<int>(::syscall(SYS_mkdir, path, mode));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnMakeDirectory(path); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) { recording.OnMakeDirectory(path); };
+    return static_cast<int>(Call(note, SYS_mkdir, path, mode));
 }
 char* RecordMakeTemporaryDirectory(char* pattern) {
     MakeUnique(pattern);

@@ -1,7 +1,7 @@
 """Stores that chance has damaged: whatever is in them, each command ends by itself and with words,
 and what a repair makes of them is a whole store.
 
-VELOMIND_HOSTILE says how many (60), VELOMIND_SEED with which chance. Needs no display.
+VELOMIND_HOSTILE says how many (20), VELOMIND_SEED with which chance. Needs no display.
 """
 
 import json
@@ -14,7 +14,7 @@ import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 CARDS = os.path.join(os.path.dirname(os.environ["VELOMIND_BINARY"]), "velomind-cards")
-STORES = int(os.environ.get("VELOMIND_HOSTILE", "60"))
+STORES = int(os.environ.get("VELOMIND_HOSTILE", "20"))
 SEED = int(os.environ.get("VELOMIND_SEED", "1"))
 PAGE = 4096
 
