@@ -31,7 +31,7 @@ class ExportStore {
                   mDatabase.CategoryInsert("Default") == 0 &&
                   mDatabase.CategoryInsert("Words") == 0 &&
                   mDatabase.Execute(wxString::FromUTF8(FillSql(cards))) == 0 &&
-                  mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", RowIds) == 0;
+                  mDatabase.CardSelectRowIdsOrder(CardColumn::kCategory, RowIds) == 0;
     }
     ~ExportStore() {
         mDatabase.Close();

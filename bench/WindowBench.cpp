@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "edit/EditFrame.h"
-#include "list/CategoryList.h"
 #include "store/Database.h"
+#include "storefile/CategoryList.h"
 #include "study/CardViewer.h"
 #include "study/LearningProgress.h"
 #include "support/FakeServices.h"

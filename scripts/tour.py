@@ -1,6 +1,8 @@
-"""Studies ten cards of a sample store with real keys, and leaves pictures of it: tour.py SCREENS
+"""What scripts/run shows of the program.
 
-Started by scripts/run on a machine without a display, inside scripts/with-display.
+    tour.py SCREENS     studies ten cards of a sample store with real keys, and leaves pictures of it;
+                        for a machine without a display, inside scripts/with-display
+    tour.py --open PID  opens the study window of a program that shows its list
 """
 
 import os
@@ -11,11 +13,15 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.insert(0, os.path.join(ROOT, "tests", "end_to_end"))
 
 import driver  # noqa: E402  (found by the line above)
+from accessibility import AccessibilityBus  # noqa: E402
 
 SCORES = (3, 4, 5, 4, 3, 5, 5, 4, 3, 4)
 
 
 def main():
+    if sys.argv[1] == "--open":
+        open_study_window(int(sys.argv[2]))
+        return
     screens = os.path.abspath(sys.argv[1])
     os.makedirs(screens, exist_ok=True)
     sandbox = driver.Sandbox()
@@ -25,9 +31,19 @@ def main():
         sandbox.close()
 
 
+def open_study_window(process):
+    """By the second of the two main windows in the menu, as no key can be pressed on every desktop.
+    The program's texts may be in any language."""
+    address = os.environ.get("DBUS_SESSION_BUS_ADDRESS")
+    if address:
+        bus = AccessibilityBus(os.environ, address)
+        views = driver.wait_until(lambda: bus.entries(process, "radio menu item"), "the list window")
+        bus.act(views[1])
+
+
 def study(sandbox, screens):
-    def picture(name):
-        driver.take_picture(os.path.join(screens, name))
+    def picture(name, unlike=""):
+        return driver.DESKTOP.take_settled(os.path.join(screens, name), unlike=unlike)
 
     def scored():
         return sandbox.query("SELECT COUNT(*) FROM Cards WHERE Introduced = 1")[0][0]
@@ -37,16 +53,18 @@ def study(sandbox, screens):
             raise AssertionError(f"samples/{name} was not imported")
     print(f"run: imported {sandbox.card_count()} cards")
 
+    sandbox.let_read_windows()
     program = sandbox.start()
     program.wait_window(driver.LIST_WINDOW, 60)
     picture("1-list.png")
     driver.press("ctrl+2")
     program.wait_window(driver.STUDY_WINDOW)
-    picture("2-front.png")
+    front = picture("2-front.png")
     for number, score in enumerate(SCORES, 1):
         driver.press("space")
         if number == 1:
-            picture("3-back.png")
+            program.wait_no_text("The back side of this flash card is hidden")
+            picture("3-back.png", unlike=front)
         driver.press(str(score))
         driver.wait_until(lambda count=number: scored() == count, f"score number {number}")
     picture("4-ten-scored.png")

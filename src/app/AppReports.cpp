@@ -36,7 +36,7 @@ void AppFatalErrorReport::DeliverPending() {
 
 void AppFatalErrorReport::ReportOnMainThread(const wxString& text) {
     if (mShowing) {
-        // The first failure is being told; this one gives its caller a failed result.
+        // The box already shows the first failure. The caller of this one gets a failed result.
         return;
     }
     mShowing = true;

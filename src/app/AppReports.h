@@ -4,32 +4,34 @@
 
 #include <mutex>
 
-#include "base/FatalErrorReport.h"
-#include "scheduler/SchedulerSources.h"
+#include "base/Process.h"
+#include "scheduler/ReviewArithmetic.h"
 
-// The program's own end when the store fails: a box, a line on standard error, and the process is
-// gone with code 3. On a worker thread it keeps the first text until the main thread asks for it.
+// Ends the program when the store fails: with a message box, a line on standard error and the exit
+// code 3. A worker may report too; its first text is kept until the main thread delivers it, since
+// only that thread may open a box.
 class AppFatalErrorReport : public FatalErrorReport {
   public:
     void Report(const wxString& text) override;
     void DeliverPending() override;
 
   protected:
-    // Main thread. Does not return; a test's own version may.
+    // Main thread. Does not return, except in a test that puts its own version in place.
     virtual void ShowAndEnd(const wxString& text);
 
   private:
     void ReportOnMainThread(const wxString& text);
 
-    // While the box is on the screen the windows behind it go on updating, and may fail again.
+    // True while the box is on the screen. The windows behind it go on updating, and may fail
+    // again.
     bool mShowing = false;
     std::mutex mMutex;
-    // Written by a worker, taken by the main thread; both under the mutex.
+    // Workers write these two and the main thread takes them, both under the mutex.
     bool mHasPending = false;
     wxString mPending;
 };
 
-// Tells of the scheduler's rare maintenance in message boxes.
+// Announces the scheduler's rare maintenance in message boxes.
 class AppMaintenancePrompt : public MaintenancePrompt {
   public:
     void ConfirmStart() override;

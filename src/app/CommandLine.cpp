@@ -17,8 +17,8 @@ void SetUpCharacters() {
         std::setlocale(LC_CTYPE, "C.UTF-8");
     }
     std::setlocale(LC_NUMERIC, "C");
-    // The toolkit words its own buttons by this one. Without the locale itself LANGUAGE still
-    // counts.
+    // GTK takes the language of its own buttons from this category. Where the user's locale is not
+    // installed, C.UTF-8 at least lets the variable LANGUAGE count.
     if (std::setlocale(LC_MESSAGES, "") == nullptr) {
         std::setlocale(LC_MESSAGES, "C.UTF-8");
     }
@@ -29,7 +29,8 @@ std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {
     for (int i = 0; i < argc; ++i) {
         wxString word(argv[i], wxConvLibc);
         if (word.empty()) {
-            // Not text of the locale: byte by byte, so that at least nothing is lost.
+            // Bytes that are no text in the locale become one character each, so that nothing is
+            // lost.
             word = wxString(argv[i], wxConvISO8859_1);
         }
         words.push_back(word.ToStdWstring());
@@ -38,8 +39,8 @@ std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {
 }
 
 void SetUpTranslations() {
-    // Beside the program in the folder it was built in, else in the tree that it is installed in. A
-    // link to the program was followed already.
+    // The catalogues lie beside the program in a build folder, and in share/ of an installed tree.
+    // The path of the program is free of links here.
     const wxFileName program(wxStandardPaths::Get().GetExecutablePath());
     for (const char* const place : {"locale", "../../share/locale"}) {
         wxFileName folder = wxFileName::DirName(place);
@@ -49,7 +50,8 @@ void SetUpTranslations() {
 
     auto* const translations = new wxTranslations;
     wxTranslations::Set(translations);
-    // Without one of our own in the user's language the library's texts stay English too.
+    // A mixture of languages would be worse than English: without a catalogue of ours in the user's
+    // language the library's texts stay English too.
     const wxString language = translations->GetBestTranslation("velomind", "en");
     translations->SetLanguage(language.empty() ? wxString("en") : language);
     translations->AddStdCatalog();
@@ -63,7 +65,7 @@ struct Option {
     const char* Description;
 };
 
-// All take a value. The four of the installer are accepted and change nothing.
+// Each option takes a value. The four that an installer passes are accepted and change nothing.
 constexpr Option kOptions[] = {
     {"browse", wxTRANSLATE("uses the default browser to open the specified URL")},
     {"import", wxTRANSLATE("imports the specified file, then exits")},

@@ -7,38 +7,39 @@
 
 class wxCmdLineParser;
 
-// Characters and messages by the user's locale, UTF-8 where that has none; numbers always with a
-// point. Call it first in main.
+// Sets characters and messages to the user's locale, or to UTF-8 where that has only single bytes,
+// and numbers to a decimal point in any locale. Call it first in main.
 void SetUpCharacters();
 
-// The words of the command line. The library's own conversion would go by the locale that the
-// process started in, not by the one that was set up.
+// Returns the words of the command line in the characters of SetUpCharacters. The library would
+// convert them by the locale in which the process started.
 std::vector<std::wstring> ReadCommandWords(int argc, char** argv);
 
-// The program's own texts in the user's language, where a catalogue of it is installed.
+// Translates the program's texts into the user's language, if a catalogue for it is installed.
 void SetUpTranslations();
 
-// What the options of the command line ask the program to do.
+// The work that options of the command line ask for. The application implements it.
 class CommandLineActions {
   public:
     virtual ~CommandLineActions() = default;
-    // Imports the file into the store. False when that could not even begin.
+    // Imports the file into the store. Returns false when the import could not even begin.
     virtual bool ImportFile(const wxString& path) = 0;
     virtual void ShowMessage(const wxString& text) = 0;
     virtual void OpenAddress(const wxString& address) = 0;
 };
 
 enum class CommandLineOutcome {
-    // Nothing was to be done before the windows open.
+    // No option asked for work: the windows open.
     StartProgram,
-    // The options did all the work of this run.
+    // The options did all the work of this run, and no window opens.
     AllDone,
-    // An option could not do its work; those behind it were not tried.
+    // An option could not do its work, and the options after it were not tried.
     Refused
 };
 
-// Tells the parser of the program's options.
+// Declares the program's options to the parser.
 void DescribeCommandLine(wxCmdLineParser& parser);
 
-// Does the work of each option that was given, in a fixed order whatever their order on the line.
+// Does the work of each option that was given. The order of the work is fixed and does not depend
+// on the order of the words.
 CommandLineOutcome RunCommandLine(const wxCmdLineParser& parser, CommandLineActions& actions);

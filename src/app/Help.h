@@ -7,28 +7,15 @@
 #include <functional>
 
 class AppServices;
-class wxEvtHandler;
 class wxTextCtrl;
 
-// The commands of the Help menu and the test command: user guide, mails to the maker, web site and
-// About dialog. They need no window and keep nothing.
-void BindHelpCommands(wxEvtHandler& handler);
-
-// The user guide, in the directory of the program's own file; a link to the program is followed.
-wxString GetHelpFilePath();
-
-// The mails that a person can send to the maker, as addresses for the mail program. Subject and
-// body are percent-encoded, so whatever starts it gets one word without blanks and line breaks.
-wxString GetSupportMailAddress();
-wxString GetFeedbackMailAddress();
-
-// A small window beside the others that tells what the application's top window is for, and follows
-// it. No menu opens it; a build that wants it makes one and leaves it alone: it shows and hides
-// itself, and owns itself as any frame.
+// A small window beside the others that tells what the application's top window is for, and changes
+// its text when another window comes to the top. No menu opens it; a build that offers it creates
+// one and leaves it alone: it shows and hides itself, and deletes itself as any frame does.
 class QuickHelp : public wxFrame {
   public:
-    // The services are not owned and must outlive the window. The function gives the text that the
-    // study window shares.
+    // The services are not owned and must outlive the window. The function returns the text that
+    // the study window shares.
     QuickHelp(AppServices& services, std::function<wxString()> studyMessage);
 
   private:
@@ -43,7 +30,7 @@ class QuickHelp : public wxFrame {
     wxTextCtrl* mpText = nullptr;
 };
 
-// Version, maker and legal notice of the program.
+// The dialog with the version, the maker and the legal notice of the program.
 class AboutDialog : public wxDialog {
   public:
     explicit AboutDialog(wxWindow* parent);

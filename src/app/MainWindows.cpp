@@ -10,11 +10,12 @@
 
 #include "edit/EditFrame.h"
 #include "shell/MessageBox.h"
+#include "shell/WindowPlace.h"
 #include "store/Database.h"
 
 namespace {
 
-// A window on the screen other than that frame, which is about to go.
+// Tells whether a window will be left on the screen once that frame is gone.
 bool IsAnyOtherShown(const wxFrame& frame) {
     return std::any_of(
         wxTopLevelWindows.begin(), wxTopLevelWindows.end(), [&frame](const wxWindow* window) {
@@ -39,6 +40,9 @@ wxFrame& MainWindows::Show(Place& wanted, Place& other) {
     if (wanted.Frame == nullptr) {
         const wxBusyCursor busy;
         wanted.Frame = wanted.Make();
+    }
+    if (other.Frame != nullptr) {
+        TakeTurnOf(*other.Frame, *wanted.Frame);
     }
     wanted.Frame->Show();
     if (other.Frame != nullptr) {
@@ -83,13 +87,13 @@ void MainWindows::CloseAll() {
     }
 }
 
-void BringToFront(wxFrame& frame) {
-    if (!frame.IsShown()) {
+void BringToFront(wxTopLevelWindow& window) {
+    if (!window.IsShown()) {
         return;
     }
-    frame.Raise();
-    if (frame.IsIconized()) {
-        frame.Iconize(false);
+    window.Raise();
+    if (window.IsIconized()) {
+        window.Iconize(false);
     }
 }
 
@@ -141,7 +145,7 @@ bool Editors::CloseAll() {
     const std::vector<EditFrame*> frames = mFrames;
     return std::all_of(frames.begin(), frames.end(), [](EditFrame* frame) {
         if (frame->IsModified()) {
-            // The person is to see what the question is about.
+            // The user should see the card that the question is about.
             BringToFront(*frame);
         }
         return frame->Close(false);

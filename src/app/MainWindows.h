@@ -8,33 +8,35 @@ class Database;
 class EditFrame;
 struct FlashCard;
 class wxFrame;
+class wxTopLevelWindow;
 class wxWindow;
 
-// The two main windows of the program, list and study. Each is made when it is first wanted, and
-// when one is shown the other stays alive behind, hidden. The windows own themselves; a window that
-// closes is to be told here.
+// The two main windows of the program, list and study. Each is created when it is first shown, and
+// showing one hides the other, which stays alive. The windows delete themselves; when one closes,
+// its owner calls Forget. Main thread only.
 class MainWindows {
   public:
     using Maker = std::function<wxFrame*()>;
 
     MainWindows(Maker makeList, Maker makeStudy);
 
-    // Both give the window, made if need be and on the screen.
+    // Show the window, which is created the first time, and hide the other.
     wxFrame& ShowList();
     wxFrame& ShowStudy();
 
-    // The one that is on the screen, or null.
+    // Returns the one that is on the screen, or null.
     wxFrame* GetShown() const;
 
-    // The frame is closing. When it leaves nothing on the screen but hidden windows, these are
-    // closed too: nobody could ever reach them again, and they would keep the program running.
+    // Call this while a frame closes, whichever frame it is. If no window stays on the screen, the
+    // hidden main window is closed too: the user could not reach it any more, and it would keep the
+    // program running.
     void Forget(wxFrame& frame);
 
     // Closes both, the list first; each may refuse.
     void CloseAll();
 
   private:
-    // One of the two.
+    // One of the two windows, null until it is created and after it is gone.
     struct Place {
         Maker Make;
         wxFrame* Frame = nullptr;
@@ -47,32 +49,32 @@ class MainWindows {
     Place mStudy;
 };
 
-// Brings a window that is on the screen to the front, out of its icon if need be. A hidden one
-// stays hidden.
-void BringToFront(wxFrame& frame);
+// Raises a window and restores it if it is minimised. A hidden window stays hidden.
+void BringToFront(wxTopLevelWindow& window);
 
-// The open editors of the program: any number for new cards, and one for each stored card. The
-// windows own themselves; one that closes is to be told here. Main thread only.
+// The open editors of the program: any number for new cards, and at most one for each stored card.
+// The windows delete themselves; when one closes, its owner calls Forget. Main thread only.
 class Editors {
   public:
-    // The services are not owned; they must outlive this and its windows.
+    // The services are not owned and must outlive this object and its windows.
     explicit Editors(AppServices& services) : mServices(services) {}
 
     void OpenNew(Database& database);
 
-    // Opens a card as the store has it now, or brings the editor to the front that has it. Without
-    // effect on a card that is gone from the store.
+    // Opens a card as the store has it now, or brings the editor that has it to the front. Does
+    // nothing if the card is gone from the store.
     void Open(const FlashCard& card, Database& database);
 
-    // The frame is closing. False when it is no editor.
+    // Call this while a frame closes. Returns false when the frame is no editor.
     bool Forget(const wxFrame& frame);
 
-    // Closes all, in the order in which they were opened. False when one has refused, as the
-    // person would keep it; those after it are then untouched.
+    // Closes all, in the order in which they were opened. Returns false when the user chose to keep
+    // one; the editors after it are then untouched.
     bool CloseAll();
 
-    // Before another store is taken: asks whether unsaved changes may be discarded, if there are
-    // any, and closes all editors by force. False when the person refused; all are then untouched.
+    // Call this before another store is opened. Asks whether unsaved changes may be discarded, if
+    // there are any, and closes all editors by force. Returns false when the user refused; all are
+    // then untouched.
     bool DiscardAll(wxWindow* parent);
 
   private:

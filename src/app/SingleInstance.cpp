@@ -14,15 +14,27 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <cstdlib>
 #include <string>
 #include <utility>
+
+// The lock decides who is first, and the socket only carries the call. Two files, because each
+// alone has a hole: a socket file outlives a process that was killed, and a lock cannot be spoken
+// to. Both lie in a directory that nobody else may enter, so no other user can hold the lock or
+// pose as the first process.
+//
+// The windowing library has classes for both jobs. They were tried and are not used: its lock
+// counts as free when it cannot be taken, so that two processes would open the store, and its
+// client waits for an answer, which a busy first process does not give.
 
 namespace {
 
 constexpr long kPatienceMilliseconds = 2000;
 constexpr unsigned long kRetryMilliseconds = 20;
+// A call to the front is this letter and the caller's activation token, which may be empty.
 constexpr char kCallToFront = 'f';
+// The longest token that is taken, in bytes. Those of desktops stay below half of it.
+constexpr size_t kLongestToken = 255;
 
 bool IsPrivateDirectory(const std::string& path) {
     struct stat info {};
@@ -30,7 +42,7 @@ bool IsPrivateDirectory(const std::string& path) {
            (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-// False when the path is too long for the address of a socket.
+// Returns false when the path is too long for the address of a socket.
 bool FillAddress(const wxString& path, sockaddr_un& address) {
     const std::string bytes = path.utf8_string();
     address = sockaddr_un();
@@ -42,9 +54,19 @@ bool FillAddress(const wxString& path, sockaddr_un& address) {
     return true;
 }
 
-// Datagrams: one message is one call, whole or not at all, and nobody waits for anybody.
+// A datagram arrives whole or not at all, and needs nobody to accept a connection. So no process
+// can keep the other waiting, whatever it sends or fails to send.
 FileDescriptor OpenSocket() {
     return FileDescriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
+
+// Returns the token of a call, or an empty text unless it is one line of UTF-8.
+wxString ReadToken(const char* bytes, size_t length) {
+    if (length > kLongestToken ||
+        std::any_of(bytes, bytes + length, [](char byte) { return byte >= 0 && byte < ' '; })) {
+        return wxString();
+    }
+    return wxString::FromUTF8(bytes, length);
 }
 
 const sockaddr* Generic(const sockaddr_un& address) {
@@ -60,7 +82,8 @@ wxString FindRuntimeDirectory() {
     }
     const std::string user = std::to_string(geteuid());
     const std::string own = "/tmp/velomind-" + user;
-    // It may be there already; whose it is and who may enter is looked at in any case.
+    // The directory may be there already, made by anybody; the check below looks at its owner and
+    // its rights in any case.
     mkdir(own.c_str(), S_IRWXU);
     for (const std::string& directory : {"/run/user/" + user, own}) {
         if (IsPrivateDirectory(directory)) {
@@ -68,6 +91,20 @@ wxString FindRuntimeDirectory() {
         }
     }
     return wxString();
+}
+
+std::string TakeActivationToken() {
+    std::string token;
+    // The later name counts, on which today's desktops agree. GTK removes the other itself, and a
+    // program that this one starts must not take either for its own.
+    for (const char* const name : {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"}) {
+        const char* const value = std::getenv(name);
+        if (value != nullptr && *value != '\0') {
+            token = value;
+        }
+    }
+    unsetenv("XDG_ACTIVATION_TOKEN");
+    return token;
 }
 
 SingleInstance::~SingleInstance() {
@@ -97,7 +134,8 @@ SingleInstance::Standing SingleInstance::BecomeFirst(Greeting greeting) {
         return Standing::Unclear;
     }
     if (Greet(Greeting::None)) {
-        // A process that is just ending, or one whose lock file was cleaned away while it runs.
+        // Somebody listens although the lock was free: a process that is just ending, or one whose
+        // lock file a cleaner of old files has removed. The second greeting tells which.
         wxMilliSleep(kRetryMilliseconds);
         if (Greet(greeting)) {
             mLock.Close();
@@ -115,7 +153,8 @@ SingleInstance::Lock SingleInstance::TakeLock() {
         return Lock::Impossible;
     }
     const std::string path = LockPath().utf8_string();
-    // Never removed: a process that waits for a removed file would lock nothing.
+    // The file is never removed. A process that opened it just before would lock a file that no
+    // later process finds.
     FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
                              S_IRUSR | S_IWUSR));
     struct stat opened {};
@@ -133,7 +172,7 @@ SingleInstance::Lock SingleInstance::TakeLock() {
     struct stat named {};
     if (lstat(path.c_str(), &named) != 0 || named.st_ino != opened.st_ino ||
         named.st_dev != opened.st_dev) {
-        // Somebody has cleaned it away since it was opened, and the name stands for another by now.
+        // The file was removed after it was opened, so the lock is on a file without a name.
         return Lock::Held;
     }
     mLock = std::move(file);
@@ -155,8 +194,9 @@ bool SingleInstance::Greet(Greeting greeting) const {
         return false;
     }
     if (greeting == Greeting::CallToFront) {
-        // A full queue holds calls enough already.
-        send(caller.Get(), &kCallToFront, sizeof(kCallToFront), MSG_NOSIGNAL);
+        // A full queue refuses the message, and holds enough calls already.
+        const std::string message = kCallToFront + mToken;
+        send(caller.Get(), message.data(), message.size(), MSG_NOSIGNAL);
     }
     return true;
 }
@@ -169,13 +209,13 @@ wxString SingleInstance::SocketPath() const {
     return mDirectory + "/velomind.socket";
 }
 
-void SingleInstance::Listen(std::function<void()> onCalled) {
+void SingleInstance::Listen(CallHandler onCalled) {
     sockaddr_un address;
     if (!mLock.IsOpen() || mSocket.IsOpen() || !FillAddress(SocketPath(), address)) {
         return;
     }
     FileDescriptor listener = OpenSocket();
-    // What lies there is left from a process that broke down: the lock is ours.
+    // Any socket there was left by a process that broke down, since the lock is ours.
     unlink(address.sun_path);
     const mode_t before = umask(S_IXUSR | S_IRWXG | S_IRWXO);
     const bool isBound = bind(listener.Get(), Generic(address), sizeof(address)) == 0;
@@ -199,11 +239,17 @@ void SingleInstance::StopListening() {
 
 void SingleInstance::OnReadWaiting() {
     bool isCalled = false;
-    char message = 0;
-    while (recv(mSocket.Get(), &message, sizeof(message), 0) > 0) {
-        isCalled = isCalled || message == kCallToFront;
+    wxString token;
+    char message[1 + kLongestToken];
+    ssize_t length = 0;
+    // A longer message is cut, but its whole length is returned.
+    while ((length = recv(mSocket.Get(), message, sizeof(message), MSG_TRUNC)) > 0) {
+        if (message[0] == kCallToFront) {
+            isCalled = true;
+            token = ReadToken(message + 1, static_cast<size_t>(length) - 1);
+        }
     }
     if (isCalled) {
-        mOnCalled();
+        mOnCalled(token);
     }
 }

@@ -5,48 +5,58 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "base/FileDescriptor.h"
 
-// The user's private directory for what lives no longer than a session: XDG_RUNTIME_DIR, or what
-// that is by custom for a program that was started outside of the session, or one of our own under
-// /tmp. Empty when none can be trusted to be the user's alone.
+// Returns the directory for files that live no longer than the user's session: XDG_RUNTIME_DIR, or
+// /run/user/UID when a program is started from outside the session, or a directory of ours in /tmp.
+// Returns an empty text when none of them belongs to the user alone.
 wxString FindRuntimeDirectory();
 
-// Sees to it that the program runs once for each user. The first process holds a lock, which the
-// system takes back however the process ends, and listens on a socket beside it; a later one finds
-// the lock held and can call the first to the front. A process that cannot find out whether there
-// is another must not work on the store.
+// Takes the activation token that the starter of this process, such as the desktop's menu, left in
+// its environment. It entitles one window to come to the front. Returns an empty text without one.
+// Call it before the windowing library starts, which takes it from the environment too.
+std::string TakeActivationToken();
+
+// Lets the program run once for each user. The first process holds a file lock, which the system
+// releases however the process ends, and listens on a socket beside it. A later process finds the
+// lock held and can ask the first to come to the front. A process that cannot find out whether it
+// is the first must not open the store. Main thread only.
 class SingleInstance : private wxEventLoopSourceHandler {
   public:
     enum class Greeting {
-        // Ask the first process to come to the front.
+        // Asks the first process to come to the front, and hands it the activation token.
         CallToFront,
-        // Only see whether there is one.
+        // Only finds out whether there is a first process.
         None
     };
 
     enum class Standing {
         First,
-        // There is another process, which has been greeted.
+        // Another process is the first, and has been greeted.
         Second,
-        // It cannot be told whether there is another, or one that does not answer; see GetProblem.
+        // The lock cannot be used, or its holder does not listen. GetProblem tells which.
         Unclear
     };
 
-    explicit SingleInstance(const wxString& directory) : mDirectory(directory) {}
+    // The token is handed on with a call to the front.
+    explicit SingleInstance(const wxString& directory, const std::string& token = std::string())
+        : mDirectory(directory), mToken(token) {}
     ~SingleInstance() override;
 
-    // A first process stays the first when it asks again. The other process need not answer a
-    // greeting, so a busy one keeps nobody waiting. One that is just starting or ending is given
-    // two seconds.
+    // Tries to take the lock, and greets the other process if that holds it. A greeting needs no
+    // answer, so a busy first process keeps nobody waiting; one that is just starting or ending has
+    // two seconds to listen or to go. A first process stays the first when it asks again.
     Standing BecomeFirst(Greeting greeting);
-    // What keeps the standing unclear, as a text for the user.
+    // Returns why the standing is unclear, as a text for the user.
     const wxString& GetProblem() const { return mProblem; }
 
-    // The first process listens from here on; the function is called by the event loop of the main
-    // thread for each call to the front.
-    void Listen(std::function<void()> onCalled);
+    // Starts to listen, in the first process. The event loop calls the function when another
+    // process asks this one to the front, with the other's activation token, or an empty text when
+    // it has none or sends something else.
+    using CallHandler = std::function<void(const wxString& token)>;
+    void Listen(CallHandler onCalled);
     void StopListening();
 
   private:
@@ -63,9 +73,10 @@ class SingleInstance : private wxEventLoopSourceHandler {
     wxString SocketPath() const;
 
     wxString mDirectory;
+    std::string mToken;
     wxString mProblem;
     FileDescriptor mLock;
     FileDescriptor mSocket;
     std::unique_ptr<wxEventLoopSource> mpSource;
-    std::function<void()> mOnCalled;
+    CallHandler mOnCalled;
 };

@@ -11,11 +11,12 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "app/CommandLine.h"
-#include "app/Help.h"
-#include "app/TextCommands.h"
+#include "app/Commands.h"
 #include "base/Process.h"
+#include "base/Text.h"
 #include "exchange/ImportJob.h"
 #include "exchange/ImportSource.h"
 #include "list/BrowseFrame.h"
@@ -23,6 +24,7 @@
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
+#include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "storefile/CurrentCategory.h"
 #include "storefile/StoreFile.h"
@@ -35,7 +37,7 @@
 
 namespace {
 
-// Where the window at hand does not take them nobody does.
+// Commands that the application disables, since only some windows have them.
 constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
 
 bool IsAnyWindowShown() {
@@ -43,16 +45,10 @@ bool IsAnyWindowShown() {
                        [](const wxWindow* window) { return window->IsShown(); });
 }
 
-wxString MakeFullPath(const wxString& path) {
-    wxFileName name(path);
-    name.MakeAbsolute();
-    return name.GetFullPath();
-}
-
 }  // namespace
 
 VelomindApp::VelomindApp()
-    : mInstance(FindRuntimeDirectory()),
+    : mInstance(FindRuntimeDirectory(), TakeActivationToken()),
       mWindows([this] { return MakeListWindow(); }, [this] { return MakeStudyWindow(); }) {}
 
 VelomindApp::~VelomindApp() = default;
@@ -80,12 +76,17 @@ bool VelomindApp::OnInit() {
     }
     wxImage::AddHandler(new wxPNGHandler);
     wxSystemOptions::SetOption("msw.remap", 2);
-    mInstance.Listen([this] { ComeToFront(); });
+    mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
     BindCommands();
+    WatchDesktop([this](wxTopLevelWindow& window) {
+        TakeDesktopStyle(window);
+        // The windows treat another size of texts as another font of the cards.
+        mSettingsNotifier.Notify();
+    });
     wxFrame& list = mWindows.ShowList();
     BringToFront(list);
-    // Once the window is there, over which the question is to stand.
+    // Asked from the event loop, when the window is on the screen for the question to stand over.
     list.CallAfter([this, &list] { OfferVersion1Import(&list, *mpDatabase, mFatalErrorReport); });
     return true;
 }
@@ -95,7 +96,7 @@ int VelomindApp::OnRun() {
 }
 
 int VelomindApp::OnExit() {
-    // From here on nobody can be called to the front; the lock is held until the store is closed.
+    // No window is left to come to the front. The lock is held until the store is closed.
     mInstance.StopListening();
     mClipboard.TakeBack();
     while (!wxTopLevelWindows.empty()) {
@@ -110,7 +111,7 @@ void VelomindApp::OnInitCmdLine(wxCmdLineParser& parser) {
     DescribeCommandLine(parser);
 }
 
-// Help that was asked for is a result, not a complaint.
+// The user asked for the help, so it goes to standard output and the run is a success.
 bool VelomindApp::OnCmdLineHelp(wxCmdLineParser& parser) {
     PrintText(parser.GetUsageString());
     mAllDone = true;
@@ -127,12 +128,13 @@ bool VelomindApp::OnCmdLineParsed(wxCmdLineParser& parser) {
 }
 
 bool VelomindApp::ImportFile(const wxString& path) {
-    const wxString file = MakeFullPath(path);
+    const wxString file = FullPath(path);
     if (!wxFileName::FileExists(file) || !wxFileName::IsFileReadable(file)) {
         PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
         return false;
     }
-    // Before a start that would roll back a journal, and with it end it.
+    // Checked before the store is opened: opening would roll back the journal that may lie beside
+    // it, and the file to be imported may be that very journal.
     if (IsDatabaseFile(file)) {
         PrintError(DatabaseFileMessage(path));
         return false;
@@ -147,7 +149,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
             PrintError(mInstance.GetProblem());
             return false;
     }
-    mInstance.Listen([this] { ComeToFront(); });
+    mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
     mpDatabase = OpenAtStart(mFatalErrorReport);
     if (BelongsToStore(*mpDatabase, file)) {
         PrintError(DatabaseFileMessage(path));
@@ -159,7 +161,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
     input.Format = ImportFormat::kDelimited;
     input.Delimiter = L'\t';
     ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport);
-    // The file goes whatever came of it: it was made to be imported once.
+    // The file was made to be imported once, so it is removed whatever became of the import.
     wxRemoveFile(file);
     mpDatabase.reset();
     return true;
@@ -223,8 +225,8 @@ wxFrame* VelomindApp::MakeListWindow() {
         frame->SetDatabase(nullptr);
         frame->SetDatabase(mpDatabase.get());
     };
-    // At the start the person may still choose another store. Later its cards stand in other
-    // windows, and a failure is fatal as any other.
+    // At the start the user may still choose another store. Later, other windows show its cards,
+    // and a failure is as fatal as any other.
     if (IsAnyWindowShown()) {
         ask();
     } else {
@@ -240,18 +242,27 @@ wxFrame* VelomindApp::MakeStudyWindow() {
     return frame;
 }
 
-// Another start of the program has called.
-void VelomindApp::ComeToFront() {
+// Called when a second process was started, with its activation token.
+void VelomindApp::ComeToFront(const wxString& token) {
+    std::vector<wxTopLevelWindow*> wanted;
     wxFrame* const frame =
         mLastActive != nullptr && mLastActive->IsShown() ? mLastActive.get() : mWindows.GetShown();
     if (frame != nullptr) {
-        BringToFront(*frame);
+        wanted.push_back(frame);
     }
-    // A question that stands open must not end up behind its window.
+    // An open dialog must not end up behind its window.
     for (wxWindow* const window : wxTopLevelWindows) {
-        if (window->IsShown() && dynamic_cast<wxDialog*>(window) != nullptr) {
-            window->Raise();
+        auto* const dialog = dynamic_cast<wxDialog*>(window);
+        if (dialog != nullptr && dialog->IsShown()) {
+            wanted.push_back(dialog);
         }
+    }
+    // The token lets one window come to the front, and a dialog brings the windows behind along.
+    if (!wanted.empty() && !token.empty()) {
+        UseActivationToken(*wanted.back(), token);
+    }
+    for (wxTopLevelWindow* const window : wanted) {
+        BringToFront(*window);
     }
 }
 
@@ -292,7 +303,7 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
 }
 
 void VelomindApp::OnPreferences(wxCommandEvent&) {
-    // Cards on the clipboard are known by their rows, which another store has for other cards.
+    // Cards on the clipboard are known by their row ids, which mean other cards in another store.
     AppStoreFileActions actions([this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
                                 [this] { mClipboard.TakeBack(); });
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);

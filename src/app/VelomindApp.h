@@ -10,15 +10,16 @@
 #include "app/MainWindows.h"
 #include "app/SingleInstance.h"
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/ReviewArithmetic.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
 #include "transfer/CardClipboard.h"
 
 class Database;
 
-// What lasts from the start of the program to its end: the open store, the windows, the command
-// line. The one place that creates top-level windows. Main thread only.
+// The application: owns what lasts from the start of the program to its end (the open store, the
+// clipboard, the lock against a second process), creates the top-level windows, and takes the
+// commands that no window takes. Main thread only.
 class VelomindApp : public wxApp, public AppServices, private CommandLineActions {
   public:
     VelomindApp();
@@ -40,14 +41,13 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     MaintenancePrompt& GetMaintenancePrompt() override { return mMaintenancePrompt; }
     void FrameActivated(wxFrame& frame) override;
     void FrameClosed(wxFrame& frame) override;
-    bool CanOpenEditor() const override { return true; }
     void OpenEditor(const FlashCard& card) override;
-    bool CanExportCards() const override { return true; }
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
-    bool CanPutCardsOnClipboard() const override { return true; }
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
     bool CanPasteCards() const override { return mClipboard.HasCards(); }
     void PasteCards(int32_t categoryId, EmptyCut empty) override;
+    bool IsReverseStudy() const override { return mReverseStudy; }
+    void SetReverseStudy(bool reverse) override { mReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { mStudyMessage = text; }
 
   private:
@@ -60,7 +60,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void DisableMissingCommands();
     wxFrame* MakeListWindow();
     wxFrame* MakeStudyWindow();
-    void ComeToFront();
+    void ComeToFront(const wxString& token);
 
     void OnWindowCommand(wxCommandEvent& event);
     void OnNewCard(wxCommandEvent& event);
@@ -73,7 +73,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
 
     AppFatalErrorReport mFatalErrorReport;
     AppMaintenancePrompt mMaintenancePrompt;
-    SystemClock mClock;
+    Clock mClock;
     SequenceRandom mRandom;
     Subject mSettingsNotifier;
     SingleInstance mInstance;
@@ -81,9 +81,10 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     CardClipboard mClipboard{mFatalErrorReport};
     MainWindows mWindows;
     Editors mEditors{*this};
-    // The frame that was used last.
+    // The frame that was activated last, or null once that is gone.
     wxWeakRef<wxFrame> mLastActive;
+    bool mReverseStudy = false;
     wxString mStudyMessage;
-    // The command line did all the work, so that no window opens.
+    // True when the command line did all the work of this run, so that no window opens.
     bool mAllDone = false;
 };

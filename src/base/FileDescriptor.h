@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <utility>
 
-// Owns a file descriptor of the system and closes it.
+// Owns a file descriptor and closes it.
 class FileDescriptor {
   public:
     FileDescriptor() = default;
@@ -31,8 +31,8 @@ class FileDescriptor {
     int mDescriptor = -1;
 };
 
-// Makes a change of the file's name last, as the directory keeps it. A file system that cannot is
-// no reason to fail.
+// Writes the file's directory to the disk, so that a file created, renamed or removed there stays
+// so after a power cut. A file system that cannot do this is no reason to fail.
 inline void SyncDirectory(const std::filesystem::path& file) {
     const FileDescriptor directory(
         ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

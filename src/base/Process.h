@@ -2,7 +2,9 @@
 
 #include <wx/string.h>
 
-// How the process ends when it does not end well. A good end is 0.
+// What the process says to the world around its windows, and how it ends when it does not end well.
+
+// A good end is 0.
 enum ExitCode : int {
     // The command line was refused, or an option could not do its work.
     kExitRefused = 1,
@@ -15,8 +17,35 @@ enum ExitCode : int {
 // Ends the process here and now, with no destructor run. Only what was printed is kept.
 [[noreturn]] void EndProcess(ExitCode code);
 
-// Text on standard output, as it stands.
+// Prints a text on standard output, as it stands.
 void PrintText(const wxString& text);
 
-// A line on standard error, behind the program's name.
+// Prints a line on standard error, behind the program's name.
 void PrintError(const wxString& text);
+
+// Takes the failures that the program cannot survive. The store calls Report when the engine
+// refuses a step.
+//
+// On the main thread the program's own implementation shows the text and ends the process, so that
+// Report does not return. On a worker thread it keeps the first text and returns; the main thread
+// calls DeliverPending once it has waited for the worker, and that ends the process if a text was
+// kept. A test's implementation returns in both cases, and the failing operation then gives a
+// negative result.
+class FatalErrorReport {
+  public:
+    virtual ~FatalErrorReport() = default;
+    virtual void Report(const wxString& text) = 0;
+    virtual void DeliverPending() = 0;
+};
+
+// Trace lines are a developer's aid. They go to this hook, which is empty unless somebody sets it
+// before the first thread starts, and their texts are built only when it is there.
+using TraceHook = void (*)(const wxString& line);
+inline TraceHook gTraceHook = nullptr;
+
+#define VELOMIND_TRACE(...)                            \
+    do {                                               \
+        if (gTraceHook != nullptr) {                   \
+            gTraceHook(wxString::Format(__VA_ARGS__)); \
+        }                                              \
+    } while (false)

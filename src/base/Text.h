@@ -3,40 +3,63 @@
 #include <wx/string.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
-// White space as the whole program sees it: what the platform's wide classification calls space,
-// and with it U+00A0, U+2007, U+202F and U+3000, which some platforms leave out.
+// Returns whether the whole program takes the character for white space: all that the platform's
+// wide classification calls space, and U+00A0, U+2007, U+202F and U+3000, which some platforms
+// leave out.
 bool IsWideSpace(wchar_t character);
 
-// The text without the white space at both of its ends.
+// Returns the text without the white space at both of its ends.
 wxString TrimWide(const wxString& text);
 
-// Every letter in lower case, character by character (towlower), whatever the script. The letters A
-// to Z become a to z in every locale: in Turkish and its relatives towlower makes a dotless i of
-// the capital I, which would break the names of attributes and searches for such words as "MIT".
+// Returns the same as a part of the text, which is not copied.
+std::wstring_view TrimView(std::wstring_view text);
+
+// Return every letter in lower case, character by character (towlower), whatever the script. The
+// letters A to Z become a to z in every locale: in Turkish and its relatives towlower makes a
+// dotless i of the capital I, which would break the names of attributes and searches for such words
+// as "MIT".
 wchar_t LowerWide(wchar_t character);
 wxString LowerWide(const wxString& text);
 
-// The part of a text between the white space at both of its ends.
-inline std::wstring_view TrimView(std::wstring_view text) {
-    while (!text.empty() && IsWideSpace(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && IsWideSpace(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
-}
-
-// Returns the text, or its first characters and an ellipsis when it has more than that many.
+// Returns the text itself, or its beginning and an ellipsis, which together are as long as that,
+// when it has more characters. The length is at least 1.
 wxString CutWithEllipsis(const wxString& text, size_t most);
 
-// What is shown of a text that may be of any length and have line breaks in it, on one line and
-// bounded, so that drawing is quick and a dialog keeps its size. The store has the whole text.
+// The next two return what a window shows of a text that may be of any length and have line breaks:
+// one bounded line, so that drawing is quick and a dialog keeps its size. The store has the whole
+// text.
 
 // For a cell of a list, which cuts what does not fit.
 wxString CellText(const wxString& text);
 
-// For a name in a row, a menu or a message; what is left out shows as an ellipsis.
+// For a name in a row, a menu or a message. An ellipsis stands for what is left out.
 wxString ShownName(const wxString& name);
+
+// Returns the path from the root of the file system. A relative path counts from the current
+// directory, and "~" is the user's home.
+wxString FullPath(const wxString& path);
+
+// Reads a whole number in base 10: white space, one sign, digits, and then the end of the text.
+// The arithmetic is that of a 32-bit unsigned conversion read back as signed: a magnitude beyond
+// 4294967295 gives -1, and 2147483648 reads as -2147483648. The empty text is the number 0.
+// Returns false, with value unchanged, when anything else is in the text.
+bool ParseWholeNumber(const wxString& text, int32_t& value);
+
+// Reads a decimal number with a point and an optional exponent, whatever the locale. White space
+// may stand before it. Hexadecimal forms, infinity, not-a-number and a number too great for a
+// double fail. The empty text is 0. Returns false, with value unchanged, on failure.
+bool ParseDecimal(const wxString& text, double& value);
+
+// Reads the number at the front of a stored value or width: white space, one sign, digits. Leaves
+// in rest the position behind the last digit. A number out of range becomes the nearest one in it.
+// Returns false, with nothing changed, when there is no digit.
+bool ParseLeadingInteger(const wxString& text, int32_t& value, size_t& rest);
+
+// Reads an unsigned number in base 10 from position on, by the rules of a 32-bit conversion that
+// stops at the first character that is no digit: white space, one sign, digits. Moves position
+// behind the last digit; without a digit the result is 0 and position stays. A magnitude beyond
+// 4294967295 gives 4294967295, and a minus negates modulo 2^32.
+uint32_t ReadUnsigned(const wxString& text, size_t& position);

@@ -6,29 +6,25 @@
 #include <cstddef>
 #include <cstdint>
 
-// The source of "now". Everything that decides by the time takes a Clock, so that a test can run a
-// year of study in a second. Times are whole seconds.
+// Times are whole seconds.
+
+// Returns the present moment by the computer's clock.
+wxDateTime CurrentTime();
+
+// Tells the time to all that decides by it. This one is the computer's own clock; a test puts its
+// own in the place, and runs a year of study in a second.
 class Clock {
   public:
     virtual ~Clock() = default;
-    virtual wxDateTime Now() const = 0;
+    virtual wxDateTime Now() const { return CurrentTime(); }
 };
-
-// The computer's own clock.
-class SystemClock : public Clock {
-  public:
-    wxDateTime Now() const override;
-};
-
-// The present moment by the computer's clock, in whole seconds.
-wxDateTime CurrentTime();
 
 // The last second of the year 9999. Files and the store hold times from 1970 to there.
 constexpr int64_t kLastTimeStamp = 253402300799;
 
-// The text of a time in files: UTC, "2005-01-02 03:04:05Z".
+// Returns the text of a time in files: UTC, "2005-01-02 03:04:05Z". An invalid time has none.
 wxString FormatTimeStamp(const wxDateTime& time);
-// The same of a time in seconds since 1970, into room for the longest. Gives the end.
+// Writes the same for a time in seconds since 1970 into room for the longest, and returns the end.
 constexpr size_t kTimeStampLength = 32;
 char* WriteTimeStamp(char* out, int64_t seconds);
 

@@ -1,13 +1,11 @@
-#include "edit/CardCollector.h"
+#include "edit/EditForm.h"
 
 #include <wx/intl.h>
 
 #include <limits>
 #include <list>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
-#include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
 #include "shell/MessageBox.h"
 #include "store/Database.h"
@@ -16,14 +14,16 @@ namespace {
 
 constexpr const char* kDefaultCategory = "Default";
 
-// Text pasted from elsewhere may end its lines with CR LF or CR; the store knows the line feed
-// alone.
+// Returns the text with line feeds only, as the store has it. Text pasted from elsewhere may end
+// its lines with CR LF or CR.
 wxString WithLineFeeds(wxString text) {
     text.Replace("\r\n", "\n");
     text.Replace("\r", "\n");
     return text;
 }
 
+// Goes through the fields of a form in the order in which faults are told, and ends at the first.
+// Each step returns 0 or, with the user told, -1. Lives for one save.
 class CardCollector {
   public:
     CardCollector(EditForm& form, Database& database, wxWindow& frame, FlashCard& card)
@@ -54,7 +54,8 @@ class CardCollector {
         return -1;
     }
 
-    // Whether the form decides on the field, and not the store.
+    // Returns true when the card takes the field from the form, and false when it keeps the
+    // store's.
     bool IsOfForm(CardField field) const { return mCard.CardId.IsZero() || mForm.IsTouched(field); }
 
     void TakeText(CardField field, wxString& text) {
@@ -73,7 +74,7 @@ class CardCollector {
     }
 
     int CollectCategory() {
-        // A card whose category is gone is shown in the default one, and goes there.
+        // A card whose category is gone is shown in the default one, and so is saved there.
         if (!IsOfForm(CardField::Category) && HasCategory(mCard.CategoryId)) {
             return 0;
         }
@@ -81,7 +82,8 @@ class CardCollector {
         if (name.empty()) {
             name = kDefaultCategory;
         }
-        // As it stands first: a name that was chosen may hold a carriage return.
+        // The name as it stands comes first, since one chosen from the list may hold a carriage
+        // return.
         if (FindCategory(name) || FindCategory(WithLineFeeds(name))) {
             return 0;
         }
@@ -101,7 +103,8 @@ class CardCollector {
         return mDatabase.SelectCategoryById(id, found) >= 0 && !found.empty();
     }
 
-    // As the store knows it: names that differ in their spelling only, such as numbers, are one.
+    // Puts the category of that name into the card. The store compares names by its own rules, in
+    // which "7" and "007" are one. Returns false, with the card unchanged, when there is none.
     bool FindCategory(const wxString& name) {
         std::list<Category> found;
         if (mDatabase.SelectCategoryByName(name, found) < 0 || found.empty()) {
@@ -135,7 +138,7 @@ class CardCollector {
         return 0;
     }
 
-    // Behind all other cards of the category.
+    // Returns the order that puts the card after all others of its category.
     int32_t NextOrder() {
         int32_t greatest = 0;
         if (mDatabase.SelectMaxIntroductionOrder(mCard.CategoryId, greatest) < 0) {

@@ -1,12 +1,12 @@
 #include "edit/EditForm.h"
 
-#include <wx/button.h>
 #include <wx/checkbox.h>
 #include <wx/clntdata.h>
 #include <wx/combobox.h>
 #include <wx/intl.h>
+#include <wx/settings.h>
 #include <wx/sizer.h>
-#include <wx/stockitem.h>
+#include <wx/stattext.h>
 #include <wx/textctrl.h>
 
 #include <algorithm>
@@ -16,6 +16,7 @@
 #include "base/Unicode.h"
 #include "edit/EditSchedulePanel.h"
 #include "shell/Forms.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -34,33 +35,30 @@ enum : int {
     ID_CATEGORY = 10013
 };
 
-// No narrower than this, whatever the texts in it.
+// The least width of a text field, in pixels at 1x.
 constexpr int kTextWidth = 320;
-// Lines of text that a field of several lines shows at least.
+// Lines that a field of several lines shows at least.
 constexpr int kLeastLines = 4;
 
 enum class FieldKind { Lines, Line, Short, Choice };
 
 struct FieldRow {
     int Id;
-    // With the mark of its mnemonic, of which those of the menus and of the buttons are no more
-    // free.
+    // Its mnemonic differs from those of the menus and the buttons, which work in the same window.
     const char* Label;
     FieldKind Kind;
-    LabelPlace Place;
 };
 
 constexpr FieldRow kRows[kCardFieldCount] = {
-    {ID_FRONT, wxTRANSLATE("F&ront"), FieldKind::Lines, LabelPlace::First},
-    {ID_BACK, wxTRANSLATE("&Back"), FieldKind::Lines, LabelPlace::Later},
-    {ID_CATEGORY, wxTRANSLATE("Cate&gory"), FieldKind::Choice, LabelPlace::First},
-    {ID_AUTHOR, wxTRANSLATE("&Author"), FieldKind::Line, LabelPlace::Later},
-    {ID_CHAPTER, wxTRANSLATE("Cha&pter"), FieldKind::Line, LabelPlace::Later},
-    {ID_NOTES, wxTRANSLATE("&Notes"), FieldKind::Lines, LabelPlace::Later},
-    {ID_INTRODUCTION_ORDER, wxTRANSLATE("&Introduction Order"), FieldKind::Short,
-     LabelPlace::Later}};
+    {ID_FRONT, wxTRANSLATE("F&ront"), FieldKind::Lines},
+    {ID_BACK, wxTRANSLATE("&Back"), FieldKind::Lines},
+    {ID_CATEGORY, wxTRANSLATE("Cate&gory"), FieldKind::Choice},
+    {ID_AUTHOR, wxTRANSLATE("&Author"), FieldKind::Line},
+    {ID_CHAPTER, wxTRANSLATE("Cha&pter"), FieldKind::Line},
+    {ID_NOTES, wxTRANSLATE("&Notes"), FieldKind::Lines},
+    {ID_INTRODUCTION_ORDER, wxTRANSLATE("&Introduction Order"), FieldKind::Short}};
 
-// The id of the category of which a row of the choice holds the name.
+// The id of the category whose name a row of the choice shows.
 class RowCategory : public wxClientData {
   public:
     explicit RowCategory(int32_t id) : mId(id) {}
@@ -74,7 +72,8 @@ int32_t GetRowCategory(const wxComboBox& choice, unsigned row) {
     return static_cast<const RowCategory*>(choice.GetClientObject(row))->GetId();
 }
 
-// The toolkit ends a text at a NUL, and shows nothing of one that has no UTF-8 form.
+// Replaces what would break the display: the toolkit ends a text at a NUL, and shows nothing at all
+// of a text with half a surrogate pair.
 wxString MakeShowable(const wxString& text) {
     wxString showable = FromUtf8(ToUtf8(text));
     showable.Replace(wxString(wxUniChar(0)), wxString(wxUniChar(0xFFFD)));
@@ -85,14 +84,6 @@ wxString FormatOrder(int32_t order) {
     return order == kBlankOrder ? wxString() : wxString::Format("%i", order);
 }
 
-// A button of that id created as such has a hidden picture, of which the toolkit complains whenever
-// the form is scrolled.
-wxButton* MakeButton(wxWindow& parent, int id) {
-    auto* const button = new wxButton(&parent, wxID_ANY, wxGetStockLabel(id));
-    button->SetId(id);
-    return button;
-}
-
 }  // namespace
 
 EditForm::EditForm(wxWindow* parent)
@@ -101,36 +92,38 @@ EditForm::EditForm(wxWindow* parent)
     SetScrollRate(1, 1);
     // Keys pressed inside a composite control, such as a choice's button, arrive here.
     Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
-    auto* const column = new wxBoxSizer(wxVERTICAL);
-    SetSizer(column);
-    for (size_t i = 0; i < kCardFieldCount; ++i) {
-        AddField(*column, static_cast<CardField>(i));
-    }
-    At(CardField::IntroductionOrder)
-        .Control->SetToolTip(_("This value controls the order that new cards are introduced.\nCards"
-                               " with a higher Introduction Order are introduced after cards with a"
-                               " lower Introduction Order.\nLeave this value blank to introduce"
-                               " this card after all of the other cards in its category."));
-    mForwardX.Control =
-        AddExclusion(*column, ID_FORWARD_X, _("E&xclude from Front to Back study"),
-                     _("Use this option to prevent the card from appearing when reviewing"
-                       " the cards from front to back."));
-    mReverseX.Control =
-        AddExclusion(*column, ID_REVERSE_X, _("Exc&lude from Back to Front study"),
-                     _("Use this option to prevent the card from appearing when reviewing"
-                       " the cards from back to front."));
-    mpForwardSchedule =
-        new EditSchedulePanel(this, ID_FORWARD_SCHEDULE, _("Forward review schedule"));
-    column->Add(mpForwardSchedule, wxSizerFlags().Expand());
-    mpReverseSchedule =
-        new EditSchedulePanel(this, ID_REVERSE_SCHEDULE, _("Reverse review schedule"));
-    column->Add(mpReverseSchedule, wxSizerFlags().Expand());
-    AddButtons(*column);
+    wxBoxSizer* const column = MakeFormColumn(*this);
+    AddFields(*column, _("Text"), CardField::Front, CardField::Back);
+    AddFields(*column, _("Details"), CardField::Category, CardField::IntroductionOrder);
+    AlignLabels();
+    AddSchedules(*column);
+    BindFields(*this);
+    LetFormScroll(*this);
+    TextUndo::AttachTo(*this);
     FitTextHeights(*this);
     FitInside();
 }
 
-void EditForm::AddField(wxBoxSizer& column, CardField field) {
+// Adds a titled group with a row for each of the fields.
+void EditForm::AddFields(wxBoxSizer& column, const wxString& title, CardField first,
+                         CardField last) {
+    wxBoxSizer* const group = AddFormGroup(column, *this, title);
+    auto* const grid = new wxFlexGridSizer(2, FromDIP(wxSize(kFormEdge, kFormGap)));
+    grid->AddGrowableCol(1, 1);
+    for (auto field = static_cast<size_t>(first); field <= static_cast<size_t>(last); ++field) {
+        AddField(*grid, static_cast<CardField>(field));
+    }
+    if (last == CardField::IntroductionOrder) {
+        AddExclusions(*grid);
+    }
+    group->Add(grid, FormRow(*this).Proportion(1));
+    if (first == CardField::Front) {
+        // The sides of the card get the room that a tall window has to spare.
+        column.GetItem(group)->SetProportion(1);
+    }
+}
+
+void EditForm::CreateControl(CardField field) {
     const FieldRow& row = kRows[static_cast<size_t>(field)];
     Field& added = At(field);
     if (row.Kind == FieldKind::Choice) {
@@ -146,37 +139,101 @@ void EditForm::AddField(wxBoxSizer& column, CardField field) {
         added.Entry = text;
     }
     const wxString label = wxGetTranslation(row.Label);
-    AddFormLabel(column, label, *added.Control, wxControl::RemoveMnemonics(label), row.Place);
-    wxSizerFlags flags(row.Kind == FieldKind::Lines ? 1 : 0);
-    flags.Border(kFieldSides, kFormBorder);
-    if (row.Kind != FieldKind::Short) {
-        flags.Expand();
-        // Without a least size the longest name of a category would set the width of the form.
-        const int height = row.Kind == FieldKind::Lines ? kLeastLines * GetCharHeight() : -1;
+    added.Label = MakeFormLabel(label, *added.Control, wxControl::RemoveMnemonics(label));
+}
+
+void EditForm::AddField(wxFlexGridSizer& grid, CardField field) {
+    CreateControl(field);
+    const FieldKind kind = kRows[static_cast<size_t>(field)].Kind;
+    const Field& added = At(field);
+    const bool isLong = kind == FieldKind::Lines;
+    if (isLong) {
+        grid.AddGrowableRow(grid.GetItemCount() / 2, 1);
+    }
+    // The label of a long text stands beside its first line.
+    grid.Add(added.Label, isLong ? wxSizerFlags().Border(wxTOP, FromDIP(kFormGap) / 2)
+                                 : wxSizerFlags().CentreVertical());
+    grid.Add(added.Control, kind == FieldKind::Short ? wxSizerFlags() : wxSizerFlags().Expand());
+    if (kind != FieldKind::Short) {
+        // Without a minimum the longest category name would set the width of the form.
+        const int height = isLong ? kLeastLines * GetCharHeight() : -1;
         added.Control->SetMinSize(wxSize(FromDIP(kTextWidth), height));
     }
-    column.Add(added.Control, flags);
 }
 
-wxCheckBox* EditForm::AddExclusion(wxBoxSizer& column, int id, const wxString& label,
-                                   const wxString& toolTip) {
-    auto* const box = new wxCheckBox(this, id, label);
-    box->SetToolTip(toolTip);
-    column.Add(box, wxSizerFlags().Border(kFieldSides, kFormBorder));
-    return box;
+void EditForm::AddExclusions(wxFlexGridSizer& grid) {
+    At(CardField::IntroductionOrder)
+        .Control->SetToolTip(_("This value controls the order that new cards are introduced.\nCards"
+                               " with a higher Introduction Order are introduced after cards with a"
+                               " lower Introduction Order.\nLeave this value blank to introduce"
+                               " this card after all of the other cards in its category."));
+    const auto add = [&](int id, const wxString& label, const wxString& toolTip) {
+        auto* const box = new wxCheckBox(this, id, label);
+        box->SetToolTip(toolTip);
+        grid.AddSpacer(0);
+        grid.Add(box);
+        return box;
+    };
+    mForwardX.Control = add(ID_FORWARD_X, _("E&xclude from Front to Back study"),
+                            _("Use this option to prevent the card from appearing when reviewing"
+                              " the cards from front to back."));
+    mReverseX.Control = add(ID_REVERSE_X, _("Exc&lude from Back to Front study"),
+                            _("Use this option to prevent the card from appearing when reviewing"
+                              " the cards from back to front."));
 }
 
-void EditForm::AddButtons(wxBoxSizer& column) {
-    auto* const row = new wxStdDialogButtonSizer;
-    auto* const ok = MakeButton(*this, wxID_OK);
-    auto* const cancel = MakeButton(*this, wxID_CANCEL);
-    row->AddButton(ok);
-    row->AddButton(cancel);
-    row->Realize();
-    column.Add(row, wxSizerFlags(1).Right().Border(wxALL, kFormBorder));
-    ok->SetDefault();
-    BindFields(*this);
-    LetFormScroll(*this);
+// Lets the fields of both groups begin at the same place.
+void EditForm::AlignLabels() {
+    int width = 0;
+    for (const Field& field : mFields) {
+        width = std::max(width, field.Label->GetBestSize().x);
+    }
+    for (const Field& field : mFields) {
+        field.Label->SetMinSize(wxSize(width, -1));
+    }
+}
+
+void EditForm::AddSchedules(wxBoxSizer& column) {
+    mpForwardSchedule =
+        new EditSchedulePanel(this, ID_FORWARD_SCHEDULE, _("Forward review schedule"));
+    mpReverseSchedule =
+        new EditSchedulePanel(this, ID_REVERSE_SCHEDULE, _("Reverse review schedule"));
+    const int gap = FromDIP(kFormEdge);
+    mpSchedules = new wxBoxSizer(wxVERTICAL);
+    mpSchedules->Add(mpForwardSchedule, wxSizerFlags(1).Expand());
+    mpSchedules->Add(gap, gap);
+    mpSchedules->Add(mpReverseSchedule, wxSizerFlags(1).Expand());
+    column.Add(mpSchedules, wxSizerFlags().Expand().Border(wxTOP, gap));
+    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        // The scrolled window lays itself out after this.
+        event.Skip();
+        ArrangeSchedules();
+    });
+}
+
+// Puts the schedules side by side where the window is wide enough, else one below the other.
+void EditForm::ArrangeSchedules() {
+    mpSchedules->SetOrientation(wxHORIZONTAL);
+    if (GetSizer()->CalcMin().x > GetClientSize().x) {
+        mpSchedules->SetOrientation(wxVERTICAL);
+    }
+    // The scrolled window keeps the size that it needed the other way.
+    InvalidateBestSize();
+}
+
+wxSize EditForm::GetWantedSize(int highest) {
+    mpSchedules->SetOrientation(wxVERTICAL);
+    wxSize wanted = GetSizer()->CalcMin();
+    if (wanted.y > highest) {
+        mpSchedules->SetOrientation(wxHORIZONTAL);
+        wanted = GetSizer()->CalcMin();
+    }
+    ArrangeSchedules();
+    if (wanted.y > highest) {
+        wanted.y = highest;
+        wanted.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
+    }
+    return wanted;
 }
 
 void EditForm::BindFields(wxWindow& parent) {
@@ -186,7 +243,7 @@ void EditForm::BindFields(wxWindow& parent) {
     }
 }
 
-// Escape is the Cancel button, once an input method had no use for it.
+// Escape presses Cancel. Input methods use Escape too, and only what they leave arrives here.
 void EditForm::OnFieldChar(wxKeyEvent& event) {
     if (event.GetKeyCode() != WXK_ESCAPE || event.HasAnyModifiers()) {
         event.Skip();
@@ -197,7 +254,7 @@ void EditForm::OnFieldChar(wxKeyEvent& event) {
     ProcessWindowEvent(click);
 }
 
-// In the order of the fields.
+// Returns what the fields show of a card, in their order.
 EditForm::Texts EditForm::GetTexts(const FlashCard& card, const wxString& categoryName) {
     return {card.Front,
             card.Back,
@@ -237,6 +294,7 @@ void EditForm::Follow(const FlashCard& card, const wxString& categoryName) {
 void EditForm::LoadField(CardField field, const wxString& own) {
     Field& loaded = At(field);
     loaded.Entry->ChangeValue(MakeShowable(own));
+    TextUndo::Restart(*loaded.Control);
     loaded.Loaded = loaded.Entry->GetValue();
     loaded.Own = own;
 }
@@ -336,10 +394,12 @@ void EditForm::RenameRow(unsigned row, const wxString& name) {
     }
 }
 
-// The toolkit may put the text of a row that it changes into the field.
+// Puts the text of the field back after a change of the rows, which may make the toolkit replace
+// it.
 void EditForm::KeepCategoryText(const wxString& text) {
     if (mpCategory->GetValue() != text) {
         mpCategory->ChangeValue(text);
+        TextUndo::Restart(*mpCategory);
     }
 }
 

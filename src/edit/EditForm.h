@@ -10,10 +10,13 @@
 
 #include "store/FlashCard.h"
 
+class Database;
 class EditSchedulePanel;
 class wxBoxSizer;
 class wxCheckBox;
 class wxComboBox;
+class wxFlexGridSizer;
+class wxStaticText;
 class wxTextEntry;
 
 // The texts of the editor's form, in their order on it.
@@ -23,25 +26,27 @@ constexpr size_t kCardFieldCount = 7;
 // Stands for a blank introduction order; never stored.
 constexpr int32_t kBlankOrder = std::numeric_limits<int32_t>::min();
 
-// The editor's fields, one long column that scrolls, with the buttons OK and Cancel at its end. It
-// shows a card and tells what the person made of it; it knows neither store nor application. Lives
-// in its frame, which owns it.
+// The fields of the editor in a column that scrolls: the texts, the details, and the two schedules,
+// which stand side by side where there is room. Shows a card, and says which fields the user has
+// touched since; knows neither the store nor the application. Owned by its frame.
 class EditForm : public wxScrolledWindow {
   public:
     explicit EditForm(wxWindow* parent);
 
+    // Shows a card in all fields, none of which counts as touched then.
     void Load(const FlashCard& card, const wxString& categoryName);
 
-    // Shows the card as the store has it by now, in each field that the user has not touched. None
-    // of them counts as touched by that, and the keys stay where they are.
+    // Shows the card as the store has it now in each field that the user has not touched. These
+    // fields stay untouched, and the focus stays where it is.
     void Follow(const FlashCard& card, const wxString& categoryName);
 
-    // Whether the user has touched anything: a control differs from what was put into it last.
+    // Returns true when the user has touched anything, that is when a control differs from what was
+    // put into it last.
     bool IsModified() const;
     bool IsTouched(CardField field) const;
 
-    // A field's text without the white space at its ends. A text that was left as it was loaded is
-    // the card's own, also where the toolkit cannot show every character of it.
+    // Returns the text of a field without the white space at its ends. An untouched field gives the
+    // card's own text, even when the toolkit cannot show every character of it.
     wxString GetTrimmed(CardField field) const;
     // Writes the exclusions that the user has touched into the card.
     void TakeExclusions(FlashCard& card) const;
@@ -49,22 +54,28 @@ class EditForm : public wxScrolledWindow {
     EditSchedulePanel& GetReverseSchedule() { return *mpReverseSchedule; }
 
     void FocusFront();
-    // Gives a field the keys, with its text selected.
+    // Moves the focus to a field and selects its text.
     void PointAt(CardField field);
 
-    // Brings the choice of categories up to date, whatever stands in the field. Only a text that
-    // names a row of the choice follows that row to its new name.
+    // Updates the list of categories to choose from. The text in the field stays, except that the
+    // name of a renamed category is renamed there too.
     void SetCategories(const std::list<Category>& categories);
 
-    // The font of the texts. The order and the schedules keep the window's.
+    // Returns the size that shows all fields without scrolling. When that is higher than the given
+    // height, it is the one with the schedules side by side, cut to the height.
+    wxSize GetWantedSize(int highest);
+
+    // Sets the font of the texts. The introduction order and the schedules keep the window's font.
     void SetTextFont(const wxFont& font);
 
   private:
-    // One text field. Its control is seen through the interface that all of them share.
     struct Field {
+        wxStaticText* Label = nullptr;
         wxWindow* Control = nullptr;
+        // The same control, as a text.
         wxTextEntry* Entry = nullptr;
-        // The text that was put into the control last, and the card's own that it stands for.
+        // The text that was put into the control last, and the card's own text behind it. They
+        // differ where the toolkit cannot show a character.
         wxString Loaded;
         wxString Own;
     };
@@ -82,10 +93,13 @@ class EditForm : public wxScrolledWindow {
 
     static Texts GetTexts(const FlashCard& card, const wxString& categoryName);
 
-    void AddField(wxBoxSizer& column, CardField field);
-    wxCheckBox* AddExclusion(wxBoxSizer& column, int id, const wxString& label,
-                             const wxString& toolTip);
-    void AddButtons(wxBoxSizer& column);
+    void AddFields(wxBoxSizer& column, const wxString& title, CardField first, CardField last);
+    void CreateControl(CardField field);
+    void AddField(wxFlexGridSizer& grid, CardField field);
+    void AddExclusions(wxFlexGridSizer& grid);
+    void AlignLabels();
+    void AddSchedules(wxBoxSizer& column);
+    void ArrangeSchedules();
     void LoadField(CardField field, const wxString& own);
     void FollowField(CardField field, const wxString& own);
     void RenameRow(unsigned row, const wxString& name);
@@ -98,6 +112,17 @@ class EditForm : public wxScrolledWindow {
     wxComboBox* mpCategory = nullptr;
     Exclusion mForwardX;
     Exclusion mReverseX;
+    wxBoxSizer* mpSchedules = nullptr;
     EditSchedulePanel* mpForwardSchedule = nullptr;
     EditSchedulePanel* mpReverseSchedule = nullptr;
 };
+
+// Checks what the user typed into the form and writes it into a card that is about to be stored.
+// Pass a new card without an id: it takes every field from the form. Pass any other card as the
+// store has it now: it keeps each field that the user did not touch. Carriage returns in typed
+// texts become line feeds. The frame is the parent of questions.
+//
+// Returns 0, or -1 when the user was told of a fault or declined to create the category; the focus
+// is then on the field in question. The card may hold some of the new values by then, and a
+// category that was created stays.
+int CollectCard(EditForm& form, Database& database, wxWindow& frame, FlashCard& card);

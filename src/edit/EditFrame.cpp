@@ -3,20 +3,20 @@
 #include <wx/display.h>
 #include <wx/log.h>
 #include <wx/menu.h>
-#include <wx/settings.h>
+#include <wx/panel.h>
 #include <wx/sizer.h>
 #include <wx/toolbar.h>
 #include <wx/utils.h>
 
-#include <algorithm>
 #include <list>
 #include <vector>
 
-#include "edit/CardCollector.h"
+#include "base/Text.h"
 #include "edit/EditForm.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/Forms.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
@@ -27,12 +27,12 @@ namespace {
 
 constexpr int kToolBarId = 10108;
 
-// Commands of the other windows, and one that the OK button stands for.
+// Commands of the other windows, and the one that the OK button does.
 constexpr int kForeignCommands[] = {wxID_OPEN,         ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,  wxID_NEW,
                                     ID_SAVE_CLOSE,     wxID_FIND};
 
-// The name of the person who uses the device.
+// Returns the name of the user, who is the author of new cards.
 wxString GetOwnerName() {
     const wxString name = wxGetUserName();
     return name.empty() ? wxGetUserId() : name;
@@ -47,10 +47,7 @@ EditFrame::EditFrame(AppServices& services)
     InitFrame(*this, "editcard");
     TrimMenuBar();
     CreateToolBar();
-    mpForm = new EditForm(this);
-    auto* const sizer = new wxBoxSizer(wxVERTICAL);
-    sizer->Add(mpForm, wxSizerFlags(1).Expand());
-    SetSizer(sizer);
+    CreateForm();
     ApplyFont();
     Centre(wxBOTH);
     RestoreWindowPosition(kSettingEditFramePosition, kApplicationName, *this);
@@ -70,9 +67,21 @@ void EditFrame::CreateToolBar() {
     auto* const bar = new wxToolBar(this, kToolBarId, wxDefaultPosition, wxDefaultSize,
                                     wxTB_HORIZONTAL | wxTB_FLAT | wxTB_TEXT);
     bar->SetToolBitmapSize(wxSize(16, 16));
+    bar->AddTool(ID_SAVE_CLOSE, _("Save && Close"), LoadResourceBitmap("icons/save_tool.png"));
     bar->AddTool(ID_SAVE_NEW, _("Save && New"), LoadResourceBitmap("icons/save_new_tool.png"));
     bar->Realize();
     SetToolBar(bar);
+}
+
+// Makes the form, which scrolls, and below it the buttons, which stay in sight.
+void EditFrame::CreateForm() {
+    // Tab goes round within a panel.
+    auto* const panel = new wxPanel(this);
+    mpForm = new EditForm(panel);
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    column->Add(mpForm, wxSizerFlags(1).Expand());
+    column->Add(MakeOkCancel(*panel), wxSizerFlags().Expand().Border(wxALL, FromDIP(kFormEdge)));
+    panel->SetSizer(column);
 }
 
 void EditFrame::BindCommands() {
@@ -91,8 +100,7 @@ void EditFrame::BindCommands() {
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) {
-            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
-                         !mpDatabase->IsEmpty());
+            event.Enable(mpDatabase != nullptr && !mpDatabase->IsEmpty());
         },
         ID_EXPORT);
 }
@@ -102,17 +110,16 @@ void EditFrame::ApplyFont() {
     FitToForm();
 }
 
-// Grows to the size of the form where there is room. It may need much more than the screen has, and
-// scrolls then, so its height is kept to a good part of the screen's.
+// Grows the window to the size of the form. A form that is too tall for the screen scrolls, and the
+// window then takes a good part of the screen's height.
 void EditFrame::FitToForm() {
     constexpr double kPartOfScreen = 0.75;
-    wxSize content = mpForm->GetSizer()->GetMinSize();
     const int highest = static_cast<int>(wxDisplay(this).GetClientArea().height * kPartOfScreen);
-    const int surroundings = ClientToWindowSize(wxSize(0, 0)).y;
-    if (content.y > highest - surroundings) {
-        content.y = highest - surroundings;
-        content.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
-    }
+    // The form itself has no least size, so this is what the buttons need.
+    const int buttons = mpForm->GetParent()->GetSizer()->CalcMin().y;
+    const int bars = ClientToWindowSize(wxSize(0, 0)).y;
+    wxSize content = mpForm->GetWantedSize(highest - bars - buttons);
+    content.y += buttons;
     content.IncTo(GetClientSize());
     SetClientSize(content);
 }
@@ -131,6 +138,19 @@ void EditFrame::SetDatabase(Database* database) {
 void EditFrame::SetCard(const FlashCard& card) {
     mCard = card;
     mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
+    ShowTitle(mCard.Front);
+}
+
+// Tells the editors of several cards apart in the desktop's lists of windows.
+void EditFrame::ShowTitle(const wxString& front) {
+    const wxString title = _("Edit - Velomind");
+    SetTitle(front.empty() ? title : title + " - " + ShownName(front));
+}
+
+// Shows what the store has by now of the card.
+void EditFrame::Follow(const FlashCard& stored) {
+    mpForm->Follow(stored, GetCategoryName(stored.CategoryId));
+    ShowTitle(stored.Front);
 }
 
 void EditFrame::New() {
@@ -173,7 +193,7 @@ void EditFrame::Refresh() {
         if (FindStored(found) < 0) {
             wxLogError("%s", _("Unable to search for card"));
         } else if (found.empty()) {
-            // Deleted elsewhere.
+            // The card was deleted in another window.
             Leave();
             return;
         }
@@ -185,17 +205,17 @@ void EditFrame::Refresh() {
     }
     mpForm->SetCategories(categories);
     if (!found.empty()) {
-        mpForm->Follow(found.front(), GetCategoryName(found.front().CategoryId));
+        Follow(found.front());
     }
 }
 
-// The store gives no notice of a score, so the card is read again whenever the user comes back to
-// this window. A failure stays silent here: its message would activate the window once more when it
-// closes, and so return for ever. The save tells it.
+// Reads the card again when the user comes back to this window, since a score notifies nobody. A
+// failure is silent, as its message would activate the window again when it closes, and so return
+// for ever. A save tells the failure.
 void EditFrame::FollowStored() {
     std::list<FlashCard> found;
     if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {
-        mpForm->Follow(found.front(), GetCategoryName(found.front().CategoryId));
+        Follow(found.front());
     }
 }
 
@@ -242,7 +262,8 @@ void EditFrame::SaveAndNew() {
     mpForm->FocusFront();
 }
 
-// The frame itself lives on until the next idle moment, the store perhaps not.
+// Lets go of everything at once: the toolkit deletes the frame at the next idle moment, and the
+// store may be gone before that.
 void EditFrame::Leave() {
     if (mHasLeft) {
         return;
@@ -275,7 +296,7 @@ void EditFrame::OnActivate(wxActivateEvent& event) {
     }
 }
 
-// The text fields know these keys too, so they are taken before a field sees them.
+// Takes the keys of the two saves before a text field sees them, which would insert a line break.
 void EditFrame::OnCharHook(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     const bool isEnter = key == WXK_RETURN || key == WXK_NUMPAD_ENTER;

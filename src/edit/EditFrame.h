@@ -12,24 +12,24 @@ class Database;
 class EditForm;
 
 // The window in which one card is written or changed. Nothing reaches the store before a save, and
-// a save writes only the fields that the user has touched: the others keep what the store has by
-// then, such as the score of a study that went on beside. A card without an id is a new one. Any
-// number of these windows may be open, made by the application and owned by nobody, as any frame.
+// a save writes only the fields that the user has touched. The others keep what the store has by
+// then, for instance a score that was given in the study window meanwhile. A card without an id is
+// new. Several editors may be open; each deletes itself when it closes. Main thread only.
 class EditFrame : public wxFrame, private Observer {
   public:
     // The services are not owned and must outlive the frame.
     explicit EditFrame(AppServices& services);
 
-    // Takes over another store, which is not owned. Null lets go of the present one.
+    // Sets the store, which is not owned. Null detaches the editor from the present one.
     void SetDatabase(Database* database);
 
     // Shows a stored card.
     void SetCard(const FlashCard& card);
 
-    // Begins a new card, in the current category.
+    // Begins a new card in the current category.
     void New();
 
-    // Whether a field differs from the card as it was shown. A save alone changes nothing in that.
+    // Returns true when a field differs from the card as it was shown. A save does not change that.
     bool IsModified() const;
 
     // All zero while the card is new.
@@ -40,12 +40,15 @@ class EditFrame : public wxFrame, private Observer {
 
     void TrimMenuBar();
     void CreateToolBar();
+    void CreateForm();
     void BindCommands();
     void ApplyFont();
     void FitToForm();
     wxString GetCategoryName(int32_t id);
     bool IsNew() const { return mCard.CardId.IsZero(); }
     int FindStored(std::list<FlashCard>& found);
+    void ShowTitle(const wxString& front);
+    void Follow(const FlashCard& stored);
     void Refresh();
     void FollowStored();
 
@@ -62,10 +65,10 @@ class EditFrame : public wxFrame, private Observer {
     AppServices& mServices;
     EditForm* mpForm = nullptr;
     Database* mpDatabase = nullptr;
-    // As it was shown first, or stored last. Its id tells which card this is; a save reads the rest
-    // of a stored card anew.
+    // The card as it was first shown or last saved. Only its id matters for a stored card, since a
+    // save reads the rest again.
     FlashCard mCard;
-    // The application has forgotten the window, which only waits for its end.
+    // True once the window has closed and only waits for the toolkit to delete it.
     bool mHasLeft = false;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;

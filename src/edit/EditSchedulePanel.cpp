@@ -5,6 +5,7 @@
 #include <wx/intl.h>
 #include <wx/sizer.h>
 #include <wx/spinctrl.h>
+#include <wx/stattext.h>
 #include <wx/textctrl.h>
 
 #include <algorithm>
@@ -13,12 +14,12 @@
 #include <limits>
 #include <tuple>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -36,7 +37,8 @@ enum : int {
 constexpr int kLowestDifficulty = 0;
 constexpr int kHighestDifficulty = 32;
 constexpr int kHighestScore = 5;
-constexpr int kUnitGap = 5;
+// The least width of a number, in pixels at 1x.
+constexpr int kNumberWidth = 80;
 
 constexpr const char* kUnits[] = {wxTRANSLATE("second(s)"), wxTRANSLATE("minute(s)"),
                                   wxTRANSLATE("hour(s)"),   wxTRANSLATE("day(s)"),
@@ -44,7 +46,7 @@ constexpr const char* kUnits[] = {wxTRANSLATE("second(s)"), wxTRANSLATE("minute(
                                   wxTRANSLATE("year(s)")};
 static_assert(std::size(kUnits) == kIntervalUnitCount);
 
-// From the highest score down.
+// The texts of the scores from 5 to 0.
 constexpr const char* kScores[] = {
     wxTRANSLATE("5 - Pass (no hesitation)"),   wxTRANSLATE("4 - Pass (some hesitation)"),
     wxTRANSLATE("3 - Pass (with difficulty)"), wxTRANSLATE("2 - Pass (not confident)"),
@@ -60,7 +62,7 @@ wxArrayString Translated(const char* const (&texts)[kCount]) {
     return translated;
 }
 
-// A blank text is no number.
+// Reads a number with white space around it. Returns false for a blank text and for any other.
 bool ReadNumber(const wxString& text, double& number) {
     const wxString trimmed = TrimWide(text);
     return !trimmed.empty() && ParseDecimal(trimmed, number);
@@ -76,9 +78,10 @@ bool ReadDifficulty(const wxString& text, uint8_t& difficulty) {
     return true;
 }
 
-// Returns whether a text must stay for the user to be told about it. The platform's control makes a
-// number within its range of any text as soon as it loses the focus: 40 becomes 32, and a blank
-// text 0. Any other number, such as one that an arrow gives, may replace the text.
+// Returns true when a bad text must stay in the control, so that a save can tell the user about it.
+// The platform's control replaces any text by a number within its range as soon as it loses the
+// focus: 40 becomes 32, and a blank text 0. Other numbers, such as those of the arrows, may replace
+// the text.
 bool KeepsText(const wxString& text, double value) {
     uint8_t difficulty = 0;
     double number = 0.0;
@@ -88,13 +91,44 @@ bool KeepsText(const wxString& text, double value) {
     return !ReadDifficulty(text, difficulty) && value == made;
 }
 
+wxString After(unsigned count, int unit) {
+    const wxString texts[] = {wxPLURAL("in %i second", "in %i seconds", count),
+                              wxPLURAL("in %i minute", "in %i minutes", count),
+                              wxPLURAL("in %i hour", "in %i hours", count),
+                              wxPLURAL("in %i day", "in %i days", count),
+                              wxPLURAL("in %i week", "in %i weeks", count),
+                              wxPLURAL("in %i month", "in %i months", count),
+                              wxPLURAL("in %i year", "in %i years", count)};
+    return wxString::Format(texts[unit], static_cast<int>(count));
+}
+
+wxString Before(unsigned count, int unit) {
+    const wxString texts[] = {wxPLURAL("%i second ago", "%i seconds ago", count),
+                              wxPLURAL("%i minute ago", "%i minutes ago", count),
+                              wxPLURAL("%i hour ago", "%i hours ago", count),
+                              wxPLURAL("%i day ago", "%i days ago", count),
+                              wxPLURAL("%i week ago", "%i weeks ago", count),
+                              wxPLURAL("%i month ago", "%i months ago", count),
+                              wxPLURAL("%i year ago", "%i years ago", count)};
+    return wxString::Format(texts[unit], static_cast<int>(count));
+}
+
 }  // namespace
+
+wxString DescribeTime(const wxDateTime& time, const wxDateTime& now) {
+    const auto seconds = (time - now).GetSeconds().ToDouble();
+    const IntervalInUnits distance = SplitInterval(static_cast<float>(std::abs(seconds)));
+    const auto count = static_cast<unsigned>(std::lround(distance.Value));
+    const bool isThisYear = time.GetYear() == now.GetYear();
+    const wxString date = time.Format(isThisYear ? _("%a %d %b %H:%M") : _("%a %d %b %Y %H:%M"));
+    return (seconds < 0 ? Before(count, distance.Unit) : After(count, distance.Unit)) + ", " + date;
+}
 
 EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxString& title)
     : wxPanel(parent, id, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, "panel") {
     CreateControls();
     LayOut(title);
-    // The two panels of a form have no heading, so each field tells which one it belongs to.
+    // The heading may be scrolled away, and the tool tips still tell the two panels apart.
     SetToolTip(title);
     for (wxWindow* const child : GetChildren()) {
         child->SetToolTip(title);
@@ -109,11 +143,14 @@ EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxSt
 void EditSchedulePanel::CreateControls() {
     mpIntroduced = new wxCheckBox(this, ID_INTRODUCED, _("Introduced"));
     mpLastReview = CreateReadOnlyText(ID_LAST_REVIEW);
+    mpLastReviewHere = CreateDescription();
     mpReviewInterval = new wxTextCtrl(this, ID_REVIEW_INTERVAL);
+    mpReviewInterval->SetMinSize(FromDIP(wxSize(kNumberWidth, -1)));
     mpIntervalUnit =
         new wxChoice(this, ID_INTERVAL_UNIT, wxDefaultPosition, wxDefaultSize, Translated(kUnits));
     mpIntervalUnit->SetSelection(0);
     mpNextReview = CreateReadOnlyText(ID_NEXT_REVIEW);
+    mpNextReviewHere = CreateDescription();
     mpDifficulty =
         new wxSpinCtrl(this, ID_DIFFICULTY, "0", wxDefaultPosition, wxDefaultSize, wxSP_ARROW_KEYS,
                        kLowestDifficulty, kHighestDifficulty, 0, "wxSpinCtrl");
@@ -126,34 +163,53 @@ wxTextCtrl* EditSchedulePanel::CreateReadOnlyText(int id) {
     return new wxTextCtrl(this, id, wxString(), wxDefaultPosition, wxDefaultSize, wxTE_READONLY);
 }
 
+// Makes a text that is wide enough for any time from the start, so that the form keeps its width.
+wxStaticText* EditSchedulePanel::CreateDescription() {
+    const wxDateTime now = CurrentTime();
+    const wxString longest = DescribeTime(now + wxDateSpan(1, 1), now);
+    return new wxStaticText(this, wxID_ANY, wxString(), wxDefaultPosition, GetTextExtent(longest),
+                            wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
+}
+
 void EditSchedulePanel::LayOut(const wxString& title) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    const wxSizerFlags field = wxSizerFlags().Expand().Border(kFieldSides, kFormBorder);
-    const auto spoken = [&title](const wxString& label) { return title + ": " + label; };
-    const auto addLabel = [&](const wxString& text, wxWindow& control, LabelPlace place) {
-        AddFormLabel(*column, text, control, spoken(text), place);
-    };
+    wxBoxSizer* const group = AddFormGroup(*column, *this, title);
+    group->Add(mpIntroduced, FormRow(*this));
+    SetAccessibleName(*mpIntroduced, title + ": " + mpIntroduced->GetLabel());
 
-    column->Add(mpIntroduced, wxSizerFlags().Border(wxALL, kFormBorder));
-    SetAccessibleName(*mpIntroduced, spoken(mpIntroduced->GetLabel()));
-    addLabel(_("Last Review"), *mpLastReview, LabelPlace::First);
-    column->Add(mpLastReview, field);
-    addLabel(_("Review Interval"), *mpReviewInterval, LabelPlace::Later);
+    auto* const grid = new wxFlexGridSizer(2, FromDIP(wxSize(kFormEdge, kFormGap)));
+    grid->AddGrowableCol(1, 1);
+    AddRow(*grid, _("Last Review"), *mpLastReview, title);
+    grid->AddSpacer(0);
+    grid->Add(mpLastReviewHere, wxSizerFlags().Expand());
     auto* const interval = new wxBoxSizer(wxHORIZONTAL);
     interval->Add(mpReviewInterval, wxSizerFlags(1).CentreVertical());
-    interval->Add(mpIntervalUnit, wxSizerFlags().CentreVertical().Border(wxLEFT, kUnitGap));
-    SetAccessibleName(*mpIntervalUnit, spoken(_("Unit of the Review Interval")));
-    column->Add(interval, field);
-    addLabel(_("Next Review"), *mpNextReview, LabelPlace::Later);
-    column->Add(mpNextReview, field);
-    addLabel(_("Difficulty"), *mpDifficulty, LabelPlace::Later);
-    column->Add(mpDifficulty, field);
-    addLabel(_("Last Score"), *mpLastScore, LabelPlace::Later);
-    column->Add(mpLastScore, field);
+    interval->Add(mpIntervalUnit,
+                  wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
+    SetAccessibleName(*mpIntervalUnit, title + ": " + _("Unit of the Review Interval"));
+    AddRow(*grid, _("Review Interval"), *mpReviewInterval, title, interval);
+    AddRow(*grid, _("Next Review"), *mpNextReview, title);
+    grid->AddSpacer(0);
+    grid->Add(mpNextReviewHere, wxSizerFlags().Expand());
+    AddRow(*grid, _("Difficulty"), *mpDifficulty, title);
+    AddRow(*grid, _("Last Score"), *mpLastScore, title);
+    group->Add(grid, FormRow(*this));
     SetSizer(column);
 }
 
-// The colour is a copy, so it is taken anew whenever the desktop's colours change.
+// Adds a row to the grid: the label, and the control or the sizer that it stands in.
+void EditSchedulePanel::AddRow(wxFlexGridSizer& grid, const wxString& label, wxWindow& control,
+                               const wxString& title, wxSizer* field) {
+    grid.Add(MakeFormLabel(label, control, title + ": " + label), wxSizerFlags().CentreVertical());
+    if (field != nullptr) {
+        grid.Add(field, wxSizerFlags().Expand());
+    } else {
+        grid.Add(&control, wxSizerFlags().Expand());
+    }
+}
+
+// Gives the read-only texts the colour of the panel. The colour is copied, so this runs again when
+// the desktop's colours change.
 void EditSchedulePanel::UsePanelColour() {
     for (wxTextCtrl* const text : {mpLastReview, mpNextReview}) {
         text->SetBackgroundColour(GetBackgroundColour());
@@ -169,16 +225,31 @@ void EditSchedulePanel::Load(const CardSchedule& schedule) {
     mpIntervalUnit->SetSelection(interval.Unit);
     mpDifficulty->SetValue(schedule.Difficulty);
     mpNextReview->ChangeValue(FormatTimeStamp(schedule.NextReview()));
-    // A score that no study gives has no text.
+    // A damaged store may hold a score above 5, which has no text.
     mpLastScore->SetSelection(
         schedule.LastScore <= kHighestScore ? kHighestScore - schedule.LastScore : wxNOT_FOUND);
+    for (wxWindow* const child : GetChildren()) {
+        TextUndo::Restart(*child);
+    }
+    DescribeTimes();
     mSaved = GetState();
+}
+
+// A card that was not introduced has times too, but they stand for no review.
+void EditSchedulePanel::DescribeTimes() {
+    const wxDateTime now = CurrentTime();
+    const auto describe = [&](const wxDateTime& time) {
+        return mSchedule.Introduced ? DescribeTime(time, now) : wxString();
+    };
+    mpLastReviewHere->SetLabel(describe(mSchedule.LastReview));
+    mpNextReviewHere->SetLabel(describe(mSchedule.NextReview()));
 }
 
 void EditSchedulePanel::Follow(const CardSchedule& schedule) {
     if (!IsModified() && schedule != mSchedule) {
         Load(schedule);
     }
+    DescribeTimes();
 }
 
 int EditSchedulePanel::Save(CardSchedule& schedule) {

@@ -6,30 +6,39 @@
 
 class wxCheckBox;
 class wxChoice;
+class wxFlexGridSizer;
+class wxSizer;
 class wxSpinCtrl;
+class wxStaticText;
 class wxTextCtrl;
 
-// The part of the editor in which the schedule of one direction of study is seen and changed. The
-// interval is shown in the largest unit that suits it, with two decimals.
+// Returns a time as a person reads it: how far from now it is, and when it is by the clock on the
+// wall, as "in 3 days, Sat 28 Nov 14:05". The year is part of it unless it is the present one.
+wxString DescribeTime(const wxDateTime& time, const wxDateTime& now);
+
+// Shows the schedule of one direction of study in the editor and lets the user change it. The
+// review interval appears in the largest unit that suits it, with two decimals. Owned by the form.
 class EditSchedulePanel : public wxPanel {
   public:
-    // The title says which direction it is: a tool tip, and words for readers of the screen.
+    // The title says which direction it is. It is the heading and the tool tip, and part of what
+    // screen readers say.
     EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxString& title);
 
     void Load(const CardSchedule& schedule);
-    // Shows the schedule that the store has by now, unless the user has touched the present one.
+    // Shows the schedule as the store has it now, unless the user has touched the present one, and
+    // how far away its times are by now.
     void Follow(const CardSchedule& schedule);
 
-    // Checks the controls and gives 0 with the whole record. An interval and a difficulty that were
-    // not touched come back as they were loaded, though the interval is shown rounded. Otherwise
-    // the user was told and stands at the field in question: -1, and the record is unchanged.
+    // Checks the controls and writes the whole record. An untouched interval comes back as it was
+    // loaded, although it is shown rounded. Returns 0, or -1 with the record unchanged when the
+    // user was told of a fault; the focus is then on the field in question.
     int Save(CardSchedule& schedule);
 
-    // Whether a control differs from what the last load put into it.
+    // Returns true when a control differs from what the last load put into it.
     bool IsModified() const;
 
   private:
-    // What the controls hold.
+    // The values of the controls.
     struct State {
         bool Introduced = false;
         wxString LastReview;
@@ -43,7 +52,11 @@ class EditSchedulePanel : public wxPanel {
 
     void CreateControls();
     wxTextCtrl* CreateReadOnlyText(int id);
+    wxStaticText* CreateDescription();
     void LayOut(const wxString& title);
+    void AddRow(wxFlexGridSizer& grid, const wxString& label, wxWindow& control,
+                const wxString& title, wxSizer* field = nullptr);
+    void DescribeTimes();
     void UsePanelColour();
     State GetState() const;
     int CollectInterval(const State& state, float& seconds);
@@ -52,12 +65,14 @@ class EditSchedulePanel : public wxPanel {
 
     wxCheckBox* mpIntroduced = nullptr;
     wxTextCtrl* mpLastReview = nullptr;
+    wxStaticText* mpLastReviewHere = nullptr;
     wxTextCtrl* mpReviewInterval = nullptr;
     wxChoice* mpIntervalUnit = nullptr;
     wxTextCtrl* mpNextReview = nullptr;
+    wxStaticText* mpNextReviewHere = nullptr;
     wxSpinCtrl* mpDifficulty = nullptr;
     wxChoice* mpLastScore = nullptr;
-    // What the last load put into the controls, and the record that it came from.
+    // The values that the last load put into the controls, and the record they came from.
     State mSaved;
     CardSchedule mSchedule;
 };

@@ -2,13 +2,51 @@
 
 #include <wx/string.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <string_view>
 
-#include "exchange/CardAttributes.h"
+struct CardSchedule;
 
-// A source of records, each a list of attributes. The import reads it to its end once, on whatever
-// thread the import runs, and deletes it through this interface.
+// A record is how a card travels: a list of attributes, each a name with a text. This file has the
+// record itself, the interfaces to whoever reads and writes records in some form, and what the
+// attributes mean for a card.
+
+// One attribute of a record as a reader delivers it.
+struct CardAttribute {
+    // As spelled in the file.
+    wxString Name;
+    wxString Value;
+    // Where it stands in the file, from 1.
+    int32_t Line = 0;
+};
+
+// The attributes of a reader's current record. Entries keep their memory from one record to the
+// next, so that reading stops allocating once the longest record has been seen.
+class AttributeList {
+  public:
+    size_t Count() const { return mCount; }
+    CardAttribute& operator[](size_t index) { return mEntries[index]; }
+    const CardAttribute& operator[](size_t index) const { return mEntries[index]; }
+
+    void Clear() { mCount = 0; }
+    // Adds an entry at the end and returns it. It still holds what an earlier record left in it.
+    CardAttribute& Append() {
+        if (mCount == mEntries.size()) {
+            mEntries.emplace_back();
+        }
+        return mEntries[mCount++];
+    }
+
+  private:
+    // A deque grows without copying what is in it.
+    std::deque<CardAttribute> mEntries;
+    size_t mCount = 0;
+};
+
+// A source of records. The import owns it, reads it once to its end, and does so on the thread that
+// the import runs on.
 class CardRecordReader {
   public:
     // What GetError gives.
@@ -16,43 +54,96 @@ class CardRecordReader {
 
     virtual ~CardRecordReader() = default;
 
-    // The current line or row of the source, from 1.
+    // Returns the current line or row of the source, from 1.
     virtual int32_t GetLineNumber() const = 0;
     virtual int32_t GetError() const = 0;
     // Why the source could not be read to its end, as a sentence; empty for none of that kind.
     virtual wxString GetFailure() const { return wxString(); }
     virtual uint32_t GetAttributeCount() const = 0;
-    // An attribute of the current record; valid until the next ReadRecord.
+    // Returns an attribute of the current record; valid until the next ReadRecord.
     virtual const CardAttribute& GetAttribute(uint32_t index) const = 0;
-    // Reads the next record, which may have no attributes. False at the end of the source and on
-    // an error.
+    // Reads the next record, which may have no attributes. Returns false at the end of the source
+    // and on an error.
     virtual bool ReadRecord() = 0;
-    // The part of the source that has been read, 0 to 1.
+    // Returns the part of the source that has been read, 0 to 1.
     virtual float GetProgress() const = 0;
 };
 
-// A sink of records: the attributes of one record, then its end. Texts are UTF-16, as the store
-// keeps them.
+// A sink of records, which takes the attributes of a record and then its end. Texts are UTF-16, as
+// the store keeps them, so that an export copies no text only to convert it.
 class CardRecordWriter {
   public:
     virtual ~CardRecordWriter() = default;
 
-    // 0, or -1 when this form has no place for an attribute of that name.
+    // Returns 0, or -1 when this form has no place for an attribute of that name.
     virtual int WriteAttribute(std::u16string_view name, std::u16string_view value) = 0;
     virtual void EndRecord() = 0;
 };
 
 // A stored card side may hold a second text, such as a reading, behind the main text: on a line of
-// its own in the brackets U+3010 and U+3011.
+// its own in the brackets U+3010 and U+3011. With square brackets in their place, the side
+// "sushi\n[su-shi]" has the main text "sushi" and the second text "su-shi".
 
-// The two texts of a side, which are parts of it.
+// The two texts of a side, as parts of it.
 struct SplitSide {
     std::u16string_view Main;
     std::u16string_view Second;
 };
 
 bool HasSecondText(std::u16string_view side);
-// Without a second text, the main text is the whole side and the second is empty.
+// Returns the whole side as the main text when there is no second text, which is then empty.
 SplitSide SplitSecondText(std::u16string_view side);
-// An empty second text leaves no trace.
+// Returns the side of the two texts; the main text alone when the second is empty.
 wxString JoinSecondText(const wxString& main, const wxString& second);
+
+// What an attribute means for the card. The attributes of a schedule have codes from 0 too, and one
+// code serves both directions of study.
+enum CardAttributeCode : int {
+    kAttributeId = 0,
+    kAttributeFront = 1,
+    kAttributeFront2 = 2,
+    kAttributeBack = 3,
+    kAttributeBack2 = 4,
+    kAttributeAuthor = 5,
+    kAttributeCategory = 6,
+    kAttributeChapter = 7,
+    kAttributeIntroductionOrder = 8,
+    kAttributeForwardX = 9,
+    kAttributeReverseX = 10,
+    kAttributeNotes = 11,
+
+    kAttributeIntroduced = 0,
+    kAttributeLastReview = 1,
+    kAttributeLastScore = 2,
+    kAttributeReviewInterval = 3,
+    kAttributeDifficulty = 4,
+    kAttributeErc = 5
+};
+
+// A known attribute. Several names may mean the same attribute, such as "Front", "F" and "Q"; they
+// share its code and its mask.
+struct AttributeInfo {
+    bool IsSchedule = false;
+    bool IsReverse = false;
+    int Code = kAttributeId;
+    // One bit, for sets of attributes.
+    uint32_t Mask = 0;
+};
+
+// Returns the bit of an attribute.
+constexpr uint32_t AttributeMask(bool schedule, bool reverse, int code) {
+    return uint32_t{1} << (code + (schedule ? 12 : 0) + (schedule && reverse ? 6 : 0));
+}
+
+// Finds the attribute of a name, whatever the case of its letters. Returns false for a name that no
+// attribute has.
+bool LookupAttribute(const wxString& name, AttributeInfo& info);
+
+// Set a field of a card from the text of an attribute. Each returns the empty text on success. For
+// a value in the wrong form it leaves the field alone and returns what is wrong with it, in words
+// that have the attribute's name in them.
+wxString SetIntroductionOrder(const wxString& name, const wxString& value, int32_t& order);
+wxString SetFlag(const wxString& name, const wxString& value, bool& flag);
+// The code says which field of the schedule to set.
+wxString SetScheduleValue(int code, const wxString& name, const wxString& value,
+                          CardSchedule& schedule);

@@ -11,15 +11,15 @@
 namespace {
 
 constexpr wchar_t kQuote = L'"';
-// The names of all attributes take a few hundred. A file without line breaks is no table, and must
-// not be read as far as the longest record before that is known.
+// The names of all attributes take a few hundred characters. A file without line breaks is no
+// table, and this limit finds that out long before the limit of a record would.
 constexpr size_t kLongestHeader = size_t{1} << 20;
 
 bool IsLineEnd(wchar_t character) {
     return character == L'\r' || character == L'\n';
 }
 
-// Puts a field's text into the wanted form: no white space at the ends, escapes replaced.
+// Trims a field and replaces its escapes.
 std::wstring_view FinishField(std::wstring& field) {
     const std::wstring_view trimmed = TrimView(field);
     if (trimmed.size() < 2 || trimmed.find(L'\\') == std::wstring_view::npos) {
@@ -99,7 +99,7 @@ bool DelimitedReader::ReadRecord() {
     return false;
 }
 
-// Reads the fields up to the end of the row and hands each over with its place.
+// Reads the fields up to the end of the row and passes each on with its index.
 template <class TakeField>
 DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
     Row row;
@@ -113,7 +113,7 @@ DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
             ++row.Fields;
             row.HasText = row.HasText || !field.empty();
         }
-        // A character behind a closing quote is a field still to come, also at the end.
+        // A character after a closing quote begins another field, even at the end of the text.
         done = mLastTerminator == 0 || IsLineEnd(mLastTerminator) ||
                (mLastTerminator == mDelimiter && mSource.AtEnd());
     }
@@ -140,11 +140,11 @@ wchar_t DelimitedReader::ReadField() {
         mField.push_back(character);
         character = mSource.GetChar();
     }
-    // The text ended inside a field, which counts as the end of a line.
+    // The text ended inside a field; that counts as the end of a line.
     return L'\n';
 }
 
-// The first character of the next field, behind its opening quote if it has one.
+// Returns the first character of the next field, after its opening quote if it has one.
 wchar_t DelimitedReader::ReadFirst(bool& quoted) {
     const bool isPending = mLastTerminator != 0 && !IsBreak(mLastTerminator);
     if (isPending) {
@@ -169,7 +169,7 @@ bool DelimitedReader::IsBreak(wchar_t character) const {
 
 namespace {
 
-// What would end a row, and the mark of such an escape itself, in two plain characters.
+// Writes line breaks, which would end the row, and backslashes as escapes.
 void AppendEscaped(std::u16string& field, std::u16string_view value) {
     for (const char16_t unit : value) {
         switch (unit) {
@@ -261,8 +261,8 @@ void DelimitedWriter::AppendField(const std::u16string& value) {
     }
 }
 
-// A value that holds the delimiter keeps its quotes as they are, doubled or not: files of this form
-// have always been written so.
+// Quotes are doubled, except in a value that also has the delimiter: files of this form have always
+// been written so, and other programs have learnt to read them.
 void DelimitedWriter::AppendSpecialField(const std::u16string& value) {
     mField.clear();
     AppendEscaped(mField, value);

@@ -6,15 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "exchange/CardAttributes.h"
 #include "exchange/CardRecord.h"
 
 class CharSource;
 class TextSink;
 
-// Reads a table: the first row names the columns, each further row is a record with an attribute
-// for every column. Fields lie between delimiters, may be quoted, and hold escapes for backslash
-// and line breaks. Lines are counted as rows. Has no errors of its own.
+// Reads a table. The first row names the columns; each further row is a record with an attribute
+// for every column. Fields are separated by the delimiter, may be quoted, and have the escapes \\,
+// \n and \r. The line number counts rows. Anything can be read as a table, so there are no errors.
 class DelimitedReader : public CardRecordReader {
   public:
     // Reads the header. The source is not owned.
@@ -32,7 +31,7 @@ class DelimitedReader : public CardRecordReader {
     float GetProgress() const override;
 
   private:
-    // What a row held: how many fields, and whether any of them had text.
+    // What was in a row.
     struct Row {
         size_t Fields = 0;
         bool HasText = false;
@@ -49,20 +48,20 @@ class DelimitedReader : public CardRecordReader {
     std::vector<wxString> mColumns;
     int32_t mRowNumber = 1;
     AttributeList mAttributes;
-    // What ended the field before: a delimiter, a line break, 0, or the character behind a closing
-    // quote, which is the first of the next field.
+    // What ended the field before: a delimiter, a line break, or 0 at the end of the text. After a
+    // closing quote it may be any character, and is then the first of the next field.
     wchar_t mLastTerminator = 0;
     std::wstring mField;
 };
 
-// Writes records as the rows of a table, one line each, behind a row with the names of the columns.
-// First come the columns, then the end of the header, then the records.
+// Writes records as the rows of a table, one line each, after a row with the names of the columns.
+// The columns are added first; EndHeader then writes their row, and the records follow.
 class DelimitedWriter : public CardRecordWriter {
   public:
     // The sink is not owned.
     DelimitedWriter(TextSink& sink, wchar_t delimiter);
 
-    // 0, or -1 when the header has ended or has such a column already.
+    // Returns 0, or -1 when the header has ended or has such a column already.
     int AddColumn(std::u16string_view name);
     void EndHeader();
 
@@ -77,7 +76,7 @@ class DelimitedWriter : public CardRecordWriter {
         std::u16string Value;
     };
 
-    // The place of a column, or their number.
+    // Returns the index of a column, or the number of columns when there is none.
     size_t FindColumn(std::u16string_view name) const;
     void AppendField(const std::u16string& value);
     void AppendSpecialField(const std::u16string& value);
@@ -86,9 +85,10 @@ class DelimitedWriter : public CardRecordWriter {
     std::u16string mDelimiter;
     bool mHeaderOpen = true;
     std::vector<Column> mColumns;
-    // Behind the column that was found last: attributes mostly come in the order of the columns.
+    // One past the column found last. Attributes mostly come in the order of the columns, so the
+    // search starts there.
     size_t mNext = 0;
-    // The row, which is written as a whole, and room for one of its fields.
+    // The row, which is written in one piece, and room for one of its fields.
     std::u16string mRow;
     std::u16string mField;
 };

@@ -46,14 +46,14 @@ constexpr Text kForwardX = u"ForwardX";
 constexpr Text kReverseX = u"ReverseX";
 constexpr Text kNotes = u"Notes";
 
-// The names of one direction's schedule.
+// The names of the attributes of one direction's schedule.
 struct ScheduleNames {
     Text Introduced;
     Text LastReview;
     Text LastScore;
     Text ReviewInterval;
     Text Difficulty;
-    // Empty where the form does not have it.
+    // Empty for the form that does not have it.
     Text Erc;
 };
 constexpr ScheduleNames kForward{u"Introduced",     u"LastReview", u"LastScore",
@@ -63,12 +63,12 @@ constexpr ScheduleNames kReverse{u"RIntroduced",     u"RLastReview", u"RLastScor
 constexpr ScheduleNames kVersion1{u"Active",         u"LastReview", u"LastScore",
                                   u"ReviewInterval", u"Difficulty", u""};
 
-// Passes attributes on until one is refused.
+// Writes the attributes of a card until the writer refuses one.
 class Record {
   public:
     explicit Record(CardRecordWriter& writer) : mWriter(writer) {}
 
-    // 0, or -1 once one was refused.
+    // Returns 0, or -1 once one was refused.
     int GetResult() const { return mResult; }
 
     void Add(Text name, Text value) {
@@ -100,7 +100,7 @@ class Record {
         char digits[64];
         char* end = nullptr;
         if (seconds >= 1.0 && seconds < kGreatest && seconds == std::floor(seconds)) {
-            // Most are whole, for which the exact way takes long.
+            // Most are whole numbers, for which the exact conversion would take long.
             end = std::to_chars(digits, digits + 16, static_cast<int32_t>(seconds)).ptr;
             for (const char unit : {'.', '0', '0', '0', '0', '0', '0'}) {
                 *end++ = unit;
@@ -110,7 +110,7 @@ class Record {
         }
         AddDigits(name, digits, end);
     }
-    // The second text is an attribute of its own, which an empty one does not need.
+    // Writes the second text, if there is one, as an attribute of its own.
     void AddSplitSide(Text name, Text secondName, Text side) {
         const SplitSide parts = SplitSecondText(side);
         Add(name, parts.Main);
@@ -130,7 +130,7 @@ class Record {
     }
 
   private:
-    // Characters of ASCII, 64 at most.
+    // Writes a text of ASCII, of 64 characters at most.
     void AddDigits(Text name, const char* begin, const char* end) {
         char16_t units[64];
         Add(name, {units, static_cast<size_t>(std::copy(begin, end, units) - units)});
@@ -207,7 +207,8 @@ constexpr wxFontEncoding kEncodings[] = {wxFONTENCODING_UTF16LE, wxFONTENCODING_
                                          wxFONTENCODING_UTF8};
 constexpr char16_t kByteOrderMark = u'\xFEFF';
 
-// Names by category id. A card of the category "Default" does not name it.
+// The names of the categories by their ids. The category "Default" has none, as a card of it does
+// not name its category.
 class CategoryNames {
   public:
     int Read(Database& database) {
@@ -222,7 +223,7 @@ class CategoryNames {
         }
         return 0;
     }
-    // Empty where there is none to write.
+    // Returns the name, or the empty text when there is none to write.
     std::u16string_view Find(int32_t id) const {
         const auto found = mNames.find(id);
         return found == mNames.end() ? std::u16string_view() : found->second;
@@ -275,7 +276,8 @@ int WriteVlmCards(TextSink& sink, Database& database, const std::vector<int64_t>
     return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
 }
 
-// The columns have to stand before the first card is written, so the cards are read twice.
+// Reads the cards twice: the header comes before the first card, and has columns for second texts
+// only if some card has one.
 int WriteDelimitedCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,
                         const ExportOptions& options, ExportProgress& progress,
                         const CategoryNames& categories) {
@@ -348,7 +350,7 @@ int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& da
         progress.Failed = true;
         return -1;
     }
-    // From here on the person is told by the message alone.
+    // From here on the message alone tells the user what failed.
     const wxLogNull silence;
     wxFileOutputStream stream(file);
     EncodedSink sink(stream, encoding);

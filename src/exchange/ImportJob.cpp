@@ -2,6 +2,8 @@
 
 #include <wx/intl.h>
 
+#include "base/Text.h"
+#include "exchange/ImportPass.h"
 #include "store/Database.h"
 
 bool ImportResult::Advance(ImportStatus from, ImportStatus to) {
@@ -33,16 +35,13 @@ bool ImportResult::Ask(ImportRequest request, int32_t line) {
 
 namespace {
 
-// No attribute is longer; what is cut is no name, but perhaps a whole file without line breaks.
+// No attribute has a longer name. What is longer may be a whole file without line breaks.
 constexpr size_t kLongestName = 200;
 
 }  // namespace
 
 wxString NamedMessage(const wxString& format, const wxString& name) {
-    if (name.length() <= kLongestName) {
-        return wxString::Format(format, name);
-    }
-    return wxString::Format(format, name.substr(0, kLongestName) + wxString(L'\u2026'));
+    return wxString::Format(format, CutWithEllipsis(name, kLongestName));
 }
 
 wxString UnknownAttributeMessage(const wxString& name) {
@@ -71,4 +70,73 @@ wxString StoreMessage(const wxString& format, Database& database) {
 
 wxString StoreReadMessage(Database& database) {
     return StoreMessage(_("Database read error %i:%s"), database);
+}
+
+ImportThread::ImportThread(const ImportInput& input, Database& database, bool askCategories,
+                           std::set<int32_t>* touchedCategories, ImportQuestions& questions)
+    : mInput(input),
+      mDatabase(database),
+      mAskCategories(askCategories),
+      mpTouchedCategories(touchedCategories),
+      mQuestions(questions) {}
+
+ImportThread::~ImportThread() {
+    ImportThread::Cancel();
+}
+
+void ImportThread::Work() {
+    // The outcome is in the result, whatever this returns.
+    ImportCards(mInput, mDatabase, mResult, mAskCategories, mpTouchedCategories);
+}
+
+int32_t ImportThread::GetPosition() const {
+    return static_cast<int32_t>(mResult.Progress * 1000.0f);
+}
+
+void ImportThread::Cancel() {
+    if (!IsFinished()) {
+        mResult.Status = ImportStatus::kCancelled;
+    }
+    // A worker that has put a question, or is about to, must not wait for its answer.
+    Reply();
+    Join();
+}
+
+void ImportThread::OnTimer(wxWindow* dialog) {
+    if (mResult.RequestSemaphore.TryWait() != wxSEMA_NO_ERROR) {
+        return;
+    }
+    const bool goOn =
+        mResult.Request == ImportRequest::kMerge ? AskMerge(dialog) : AskNewCategory(dialog);
+    if (goOn) {
+        Reply();
+    } else {
+        Cancel();
+    }
+}
+
+bool ImportThread::AskNewCategory(wxWindow* parent) {
+    const auto answer = mQuestions.AskNewCategory(parent, mResult.CategoryName);
+    if (answer == ImportQuestions::CategoryAnswer::kYesToAll) {
+        mResult.YesToAllCategories = true;
+    }
+    return answer != ImportQuestions::CategoryAnswer::kCancel;
+}
+
+bool ImportThread::AskMerge(wxWindow* parent) {
+    const ImportQuestions::MergeAnswer answer = mQuestions.AskMerge(
+        parent, mResult.DatabaseCard, mResult.ImportedCard, mResult.AttributeMask);
+    if (!answer.IsOk) {
+        return false;
+    }
+    mResult.MergedCard = answer.Merged;
+    if (answer.Further != ImportMergePolicy::kAsk) {
+        mResult.MergePolicy = answer.Further;
+    }
+    return true;
+}
+
+void ImportThread::Reply() {
+    // This fails only on a semaphore that was never made, and then the worker's own call fails too.
+    mResult.ReplySemaphore.Post();
 }

@@ -5,8 +5,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <set>
 
 #include "exchange/LegacyRowSource.h"
+#include "exchange/Worker.h"
 #include "store/FlashCard.h"
 
 class Database;
@@ -20,13 +22,13 @@ enum class ImportFormat {
     kVersion1Store = 2
 };
 
-// A file to import and how to read it.
+// A file to import, and how to read it.
 struct ImportInput {
     wxString FileName;
     ImportFormat Format = ImportFormat::kVlmText;
     // Between the fields of the delimited format.
     wchar_t Delimiter = L'\t';
-    // The engine of a store of version 1.0.
+    // Makes the engine that reads a store of version 1.0.
     LegacyRowSourceMaker MakeRowSource = &MakeLegacyRowSource;
 };
 
@@ -37,17 +39,22 @@ enum class ImportRequest : int32_t { kMerge = 0, kNewCategory = 1 };
 // What becomes of a stored card whose texts differ from the imported card's.
 enum class ImportMergePolicy : int32_t { kAsk = 0, kKeepDatabase = 1, kKeepImported = 2 };
 
-// What the worker of an import and the main thread share. The worker writes it; the main thread
-// reads Status and Progress at any time and the rest once the worker has ended. The fields of a
-// question belong to the main thread from RequestSemaphore to ReplySemaphore.
+// The state of an import, which its worker and the main thread share. The worker writes it; the
+// main thread reads Status and Progress at any time, and the rest after the worker has ended.
+//
+// A question to the user goes through it like this. The worker fills in the fields of the question,
+// posts RequestSemaphore and waits for ReplySemaphore. Between the two the fields belong to the
+// main thread, which asks, writes the answer, and posts ReplySemaphore.
 struct ImportResult {
     // The main thread writes only kCancelled.
     std::atomic<ImportStatus> Status{ImportStatus::kRunning};
-    // Records identical to the stored card; records that matched one and differ; new cards.
+    // Records that equal their stored card.
     int32_t DuplicatesIgnored = 0;
+    // Records that matched a stored card and differed from it.
     int32_t RecordsMerged = 0;
+    // New cards.
     int32_t RecordsInserted = 0;
-    // What failed and on which line of the file; -1 for none.
+    // What failed, and on which line of the file; -1 for no line.
     wxString Message;
     int32_t LineNumber = -1;
     // The part of the current pass that is done, 0 to 1.
@@ -56,7 +63,7 @@ struct ImportResult {
     wxSemaphore RequestSemaphore;
     wxSemaphore ReplySemaphore;
     ImportRequest Request = ImportRequest::kMerge;
-    // A run does not ask unless somebody sets it before the start.
+    // An import takes the file's version without asking, unless this is set before its start.
     ImportMergePolicy MergePolicy = ImportMergePolicy::kKeepImported;
     FlashCard DatabaseCard;
     FlashCard ImportedCard;
@@ -67,20 +74,21 @@ struct ImportResult {
     bool YesToAllCategories = false;
     wxString CategoryName;
 
-    // The worker moves on from one status to another. False, with nothing changed, when the import
+    // Moves on from one status to another. Returns false, with nothing changed, when the import
     // was cancelled in the meantime: a cancel is never overwritten.
     bool Advance(ImportStatus from, ImportStatus to);
-    // Ends the run as failed, unless it was cancelled. Always false, for a caller to pass on.
+    // Ends the run as failed, unless it was cancelled. Always returns false, for a caller to pass
+    // on.
     bool Fail(const wxString& message);
-    // The same for a cancelled run.
+    // Ends a cancelled run. Always returns false.
     bool FailCancelled(int32_t line);
-    // Puts the question of Request to the main thread and waits for the reply. False when the
-    // answer was a cancel, or on a failure.
+    // Puts the question to the main thread and waits for the reply. Returns false when the answer
+    // was a cancel, and on a failure.
     bool Ask(ImportRequest request, int32_t line);
 };
 
-// What an import asks of a person. Called on the main thread while the worker waits; the parent is
-// the progress window.
+// The questions that an import may have to ask the user. Called on the main thread while the worker
+// waits; the parent is the progress window.
 class ImportQuestions {
   public:
     enum class CategoryAnswer { kYes, kYesToAll, kCancel };
@@ -94,22 +102,55 @@ class ImportQuestions {
     };
 
     virtual ~ImportQuestions() = default;
-    // May a category of that name be created?
+    // Asks whether a category of that name may be created.
     virtual CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) = 0;
-    // Which version of a card to keep; the mask tells the attributes that the record gave.
+    // Asks which version of a card to keep. The mask tells the attributes that the record gave.
     virtual MergeAnswer AskMerge(wxWindow* parent, const FlashCard& stored,
                                  const FlashCard& imported, uint32_t attributeMask) = 0;
 };
 
-// Texts of a failed import that more than one step has to say. A name from the file fills its
-// place in a text and is never a format itself; one of absurd length is cut.
+// Runs an import on a thread of its own and puts the worker's questions to the user. Its destructor
+// cancels an import that still runs.
+class ImportThread : public Worker {
+  public:
+    // The database, the questions and the set, which may be null, are not owned.
+    ImportThread(const ImportInput& input, Database& database, bool askCategories,
+                 std::set<int32_t>* touchedCategories, ImportQuestions& questions);
+    ~ImportThread() override;
+
+    // Set up before Start and read after Join.
+    ImportResult& GetResult() { return mResult; }
+
+    int32_t GetMaximum() const override { return 1000; }
+    int32_t GetPosition() const override;
+    void Cancel() override;
+    void OnTimer(wxWindow* dialog) override;
+
+  protected:
+    void Work() override;
+
+  private:
+    bool AskNewCategory(wxWindow* parent);
+    bool AskMerge(wxWindow* parent);
+    void Reply();
+
+    ImportInput mInput;
+    Database& mDatabase;
+    bool mAskCategories;
+    std::set<int32_t>* mpTouchedCategories;
+    ImportQuestions& mQuestions;
+    ImportResult mResult;
+};
+
+// The texts of failures that several steps of an import share. A name from the file fills a place
+// in such a text and is never a format itself; an absurdly long one is cut.
 wxString NamedMessage(const wxString& format, const wxString& name);
 wxString UnknownAttributeMessage(const wxString& name);
 wxString RepeatedAttributeMessage();
 wxString UnreadableFileMessage(const wxString& fileName);
-// The file is a store, or the engine keeps it beside one.
+// For a file that is a store, or that the engine keeps beside one.
 wxString DatabaseFileMessage(const wxString& fileName);
 
-// A text with places for the number and the text of the store's last error.
+// Fills the number and the text of the store's last error into the places of a format.
 wxString StoreMessage(const wxString& format, Database& database);
 wxString StoreReadMessage(Database& database);

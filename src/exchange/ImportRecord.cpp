@@ -2,8 +2,8 @@
 
 #include <wx/intl.h>
 
-#include "exchange/CardAttributes.h"
-#include "exchange/CardRecord.h"
+#include <limits>
+
 #include "exchange/ImportJob.h"
 #include "store/Database.h"
 
@@ -142,4 +142,97 @@ bool ImportRecord::IsDuplicate() const {
            Card.IntroductionOrder == stored.IntroductionOrder && Card.ForwardX == stored.ForwardX &&
            Card.ReverseX == stored.ReverseX && Card.Forward == stored.Forward &&
            Card.Reverse == stored.Reverse;
+}
+
+bool ImportCategories::Load() {
+    std::list<Category> categories;
+    if (mDatabase.SelectAllCategories(categories) < 0) {
+        return false;
+    }
+    for (const Category& category : categories) {
+        mIds.emplace(category.Name, category.Id);
+    }
+    return true;
+}
+
+bool ImportCategories::FindOrCreate(const wxString& name, int32_t& id) {
+    const Search search = Find(name, id);
+    if (search != Search::kMissing) {
+        return search == Search::kFound;
+    }
+    if (mDatabase.CategoryInsert(name) < 0) {
+        return mResult.Fail(StoreMessage(_("Category create error %i:%s"), mDatabase));
+    }
+    switch (FindInStore(name, id)) {
+        case Search::kFound:
+            return true;
+        case Search::kMissing:
+            return mResult.Fail(_("Category create failed. (3)"));
+        default:
+            return false;
+    }
+}
+
+bool ImportCategories::FindOrAsk(const wxString& name, bool ask, int32_t line, int32_t& id) {
+    const Search search = Find(name, id);
+    if (search != Search::kMissing) {
+        return search == Search::kFound;
+    }
+    id = -1;
+    mIds.emplace(name, id);
+    if (ask && !mResult.YesToAllCategories) {
+        mResult.CategoryName = name;
+        return mResult.Ask(ImportRequest::kNewCategory, line);
+    }
+    return true;
+}
+
+ImportCategories::Search ImportCategories::Find(const wxString& name, int32_t& id) {
+    const auto known = mIds.find(name);
+    if (known == mIds.end()) {
+        return FindInStore(name, id);
+    }
+    id = known->second;
+    return Search::kFound;
+}
+
+ImportCategories::Search ImportCategories::FindInStore(const wxString& name, int32_t& id) {
+    std::list<Category> found;
+    if (mDatabase.SelectCategoryByName(name, found) < 0) {
+        mResult.Fail(StoreReadMessage(mDatabase));
+        return Search::kFailed;
+    }
+    if (found.empty()) {
+        return Search::kMissing;
+    }
+    id = found.front().Id;
+    mIds.emplace(name, id);
+    return Search::kFound;
+}
+
+namespace {
+
+int32_t Following(int32_t order) {
+    return order == std::numeric_limits<int32_t>::max() ? order : order + 1;
+}
+
+}  // namespace
+
+void IntroductionOrders::Note(int32_t categoryId, int32_t order) {
+    const auto next = mNext.find(categoryId);
+    if (next != mNext.end() && next->second <= order) {
+        next->second = Following(order);
+    }
+}
+
+int32_t IntroductionOrders::Take(int32_t categoryId) {
+    auto next = mNext.find(categoryId);
+    if (next == mNext.end()) {
+        int32_t greatest = 0;
+        const bool found = mDatabase.SelectMaxIntroductionOrder(categoryId, greatest) >= 0;
+        next = mNext.emplace(categoryId, found ? Following(greatest) : 0).first;
+    }
+    const int32_t order = next->second;
+    next->second = Following(order);
+    return order;
 }

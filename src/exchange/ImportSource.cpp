@@ -11,7 +11,6 @@
 #include <string_view>
 
 #include "base/Unicode.h"
-#include "exchange/CardAttributes.h"
 #include "exchange/Delimited.h"
 #include "exchange/ImportJob.h"
 #include "exchange/LegacyStoreReader.h"
@@ -20,14 +19,15 @@
 
 namespace {
 
-// What a preview looks at to find the encoding of a file without a mark. A file that is valid UTF-8
-// so far and nothing of the kind further on is shown in another encoding than it is imported in.
+// A preview looks at no more than this to find the encoding of a file without a mark. A file that
+// is valid UTF-8 this far and not further on is previewed in another encoding than it is imported
+// in.
 constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
 
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
-// How a database, its journal and its write-ahead log of either byte order begin.
+// The first bytes of a database, of its journal, and of its write-ahead log in either byte order.
 constexpr std::string_view kDatabaseMark = "SQLite format 3\0"sv;
 constexpr std::string_view kMarks[] = {kDatabaseMark, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7"sv,
                                        "\x37\x7F\x06\x82"sv, "\x37\x7F\x06\x83"sv};
@@ -39,7 +39,7 @@ bool BeginsWith(const fs::path& path, std::string_view mark) {
     return file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
 }
 
-// What the engine has to keep beside a database may be empty or begin with anything.
+// The engine's files beside a database may be empty or begin with anything, so the name decides.
 bool IsBesideDatabase(const std::string& path) {
     for (const std::string_view companion : kCompanions) {
         const size_t length = path.size() - std::min(path.size(), companion.size());
@@ -54,10 +54,10 @@ bool IsBesideDatabase(const std::string& path) {
 }  // namespace
 
 bool IsDatabaseFile(const wxString& path) {
-    // A link to such a file is one too.
+    // A link to such a file counts as one.
     std::error_code error;
     const fs::path file = fs::canonical(fs::u8path(ToUtf8(path)), error);
-    // Others may never end, or not even begin.
+    // A pipe or a device may never end, or block before its first byte.
     if (error || !fs::is_regular_file(file, error)) {
         return false;
     }

@@ -10,27 +10,26 @@ struct ImportInput;
 struct ImportResult;
 class wxInputStream;
 
-// True for a database of the store's engine, whoever made it, and for the engine's own files beside
-// one. None of them is a text to import. Looks at the first bytes and at the name.
+// Returns true for a database of the store's engine, whoever made it, and for the files that the
+// engine keeps beside one. None of them is a text to import. Looks at the first bytes and the name.
 bool IsDatabaseFile(const wxString& path);
 
-// A file that is being imported: its bytes, its characters and the reader of its records, freed in
-// the opposite order.
+// A file that is being imported: its bytes, its characters, and the reader of its records.
 class ImportSource {
   public:
-    // For a preview nothing may take as long as a look through the whole of a large file.
+    // A preview must be quick, so it does not look through the whole of a large file.
     explicit ImportSource(bool isPreview);
     ~ImportSource();
     ImportSource(const ImportSource&) = delete;
     ImportSource& operator=(const ImportSource&) = delete;
 
-    // Opens the file and checks the column names of a table. False when that fails, and the result
-    // then says why.
+    // Opens the file and checks the column names of a table. Returns false on a failure, which the
+    // result then tells.
     bool Open(const ImportInput& input, ImportResult& result);
     CardRecordReader& Reader() { return *mReader; }
-    // The file could not be read to its end.
+    // Returns whether the file could not be read to its end.
     bool HasFailed() const;
-    // Why, once it has failed.
+    // Tells why, once it has failed.
     wxString FailureMessage() const;
 
   private:

@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
-// The database engine of the program's first version, as far as a reader of its stores needs it.
-// Results are those of the engine: a negative one is a failure. Used on one thread, from its making
-// to its end.
+// The database engine of the program's first version, as far as a reader of its stores needs it. An
+// interface, because the engine exists on one platform and tests have to do without it. Results are
+// those of the engine: a negative one is a failure. Lives on one thread.
+//
+// This header stands alone so that the source for that platform compiles without the toolkit.
 class LegacyRowSource {
   public:
     // The engine found a word in the statement that it cannot resolve, such as an unknown column.
@@ -16,19 +18,19 @@ class LegacyRowSource {
 
     virtual ~LegacyRowSource() = default;
 
-    // Reaches for the engine, and fails where it is not installed.
+    // Loads the engine. Fails where it is not installed.
     virtual int32_t Initialize() = 0;
     virtual int32_t Open(const std::wstring& path) = 0;
-    // Begins the statement; the rows of the one before are given up.
+    // Starts a statement, and gives up the remaining rows of the one before.
     virtual int32_t Run(const std::wstring& statement) = 0;
     // Returns the columns of the statement, as the engine spells them.
     virtual const std::vector<std::wstring>& GetColumnNames() const = 0;
-    // The next row of the statement, a text for each column. A row that cannot be read gives empty
-    // texts. False when there is no further row, or no statement.
+    // Reads the next row, a text for each column. A row that cannot be read gives empty texts.
+    // Returns false when there is no further row, or no statement.
     virtual bool ReadRow(std::vector<std::wstring>& values) = 0;
 };
 
 using LegacyRowSourceMaker = std::function<std::unique_ptr<LegacyRowSource>()>;
 
-// The engine of this machine. Where the platform has none, initialising it fails.
+// Returns the engine of this machine. Where the platform has none, its Initialize fails.
 std::unique_ptr<LegacyRowSource> MakeLegacyRowSource();

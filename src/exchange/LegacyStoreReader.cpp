@@ -16,10 +16,10 @@ constexpr wchar_t kSelectEarlyCards[] =
 
 constexpr int32_t kUnspecifiedFailure = static_cast<int32_t>(0x80004005U);
 
-// A value takes 512 bytes of UTF-16, the terminator among them.
+// The engine gave a value 512 bytes of UTF-16, terminator included.
 constexpr size_t kLongestValue = 255;
 
-// The text up to that length, without half of a surrogate pair at its end.
+// Cuts a text to that length, and never between the halves of a surrogate pair.
 wxString CutValue(const std::wstring& value) {
     size_t units = 0;
     size_t length = 0;
@@ -95,3 +95,29 @@ bool LegacyStoreReader::ReadRecord() {
 float LegacyStoreReader::GetProgress() const {
     return std::min(1.0f, static_cast<float>(mRowNumber) / mProgressDivisor);
 }
+
+#ifndef _WIN32
+
+namespace {
+
+constexpr int32_t kNoSuchClass = static_cast<int32_t>(0x80040154U);
+
+class NoEngine : public LegacyRowSource {
+  public:
+    int32_t Initialize() override { return kNoSuchClass; }
+    int32_t Open(const std::wstring&) override { return kNoSuchClass; }
+    int32_t Run(const std::wstring&) override { return kNoSuchClass; }
+    const std::vector<std::wstring>& GetColumnNames() const override { return mNames; }
+    bool ReadRow(std::vector<std::wstring>&) override { return false; }
+
+  private:
+    std::vector<std::wstring> mNames;
+};
+
+}  // namespace
+
+std::unique_ptr<LegacyRowSource> MakeLegacyRowSource() {
+    return std::make_unique<NoEngine>();
+}
+
+#endif

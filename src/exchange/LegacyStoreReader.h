@@ -6,23 +6,21 @@
 #include <string>
 #include <vector>
 
-#include "exchange/CardAttributes.h"
 #include "exchange/CardRecord.h"
 #include "exchange/LegacyRowSource.h"
 
-// The cards of a store of version 1.0 as records: a row is a record, its columns are the
-// attributes. The names of the columns are known to the import as they are. Lives on the thread
-// that made it.
+// Reads the cards of a store of version 1.0 as records. A row is a record, its columns are the
+// attributes, and the import knows the columns' names. Lives on the thread that made it.
 class LegacyStoreReader : public CardRecordReader {
   public:
     explicit LegacyStoreReader(std::unique_ptr<LegacyRowSource> source);
 
-    // Both give the engine's result, and a negative one is a failure. Initialize fails where the
-    // engine is missing, and must have succeeded before Open.
+    // Initialize fails where the engine is missing, and must have succeeded before Open. Both
+    // return the engine's result; a negative one is a failure.
     int32_t Initialize();
     int32_t Open(const wxString& path);
 
-    // The number of the row that comes next, from 1.
+    // Returns the number of the row that comes next, from 1.
     int32_t GetLineNumber() const override { return mRowNumber; }
     int32_t GetError() const override { return kNoError; }
     uint32_t GetAttributeCount() const override;
@@ -37,7 +35,7 @@ class LegacyStoreReader : public CardRecordReader {
     AttributeList mAttributes;
     std::vector<std::wstring> mValues;
     int32_t mRowNumber = 1;
-    // The number of rows and one more.
+    // One more than the number of rows.
     float mProgressDivisor = 1.0f;
     // A statement has rows to come.
     bool mIsRunning = false;

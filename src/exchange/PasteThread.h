@@ -8,9 +8,9 @@
 
 class Database;
 
-// Brings cards into a category on a thread of its own: copies become new cards with the schedules
-// of the old ones, the others move. Cards that are gone are passed over. Its end cancels what still
-// runs; what was done before a cancel stays.
+// Pastes cards into a category on a thread of its own. Copied cards become new ones with the
+// schedules of the old ones; cut cards move. Cards that are gone are skipped. A cancel, which the
+// destructor does too, keeps what was done before it.
 class PasteThread : public Worker {
   public:
     // The database and the row ids are not owned.
@@ -32,7 +32,7 @@ class PasteThread : public Worker {
     const std::vector<int64_t>& mRowIds;
     bool mCopy;
     int32_t mCategoryId;
-    // Cards done so far. Written by the worker.
+    // The number of cards done so far. Written by the worker.
     std::atomic<int32_t> mPosition{0};
     // Written by the main thread.
     std::atomic<bool> mCancelled{false};

@@ -6,17 +6,20 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/Unicode.h"
+
 namespace {
 
 constexpr size_t kBlockSize = size_t{1} << 16;
-// No unit takes more bytes, with the carriage return before it.
+// The most bytes that a unit takes, with the carriage return that Windows puts before a line feed.
 constexpr size_t kLongestUnit = 4;
 #ifdef __WINDOWS__
 constexpr bool kEndsLinesWithReturn = true;
 #else
 constexpr bool kEndsLinesWithReturn = false;
 #endif
-// Units that are looked at together: most texts are plain, and go out many at once.
+// The number of units that are tested and written together. Most texts are plain, so most runs go
+// out in one step.
 constexpr size_t kRun = 16;
 
 bool IsHighHalf(char16_t unit) {
@@ -27,8 +30,8 @@ bool IsLowHalf(char16_t unit) {
     return (unit & 0xFC00) == 0xDC00;
 }
 
-// Takes the character at the front of a text that is not empty.
-uint32_t TakeCharacter(std::u16string_view& text) {
+// Removes the character at the front of the text, which is not empty, and returns it.
+char32_t TakeCharacter(std::u16string_view& text) {
     const char16_t first = text.front();
     text.remove_prefix(1);
     if (IsHighHalf(first) && !text.empty() && IsLowHalf(text.front())) {
@@ -37,21 +40,17 @@ uint32_t TakeCharacter(std::u16string_view& text) {
         return 0x10000 + ((first & 0x3FFU) << 10) + (second & 0x3FFU);
     }
     const bool isCharacter = first != 0 && !IsHighHalf(first) && !IsLowHalf(first);
-    return isCharacter ? first : 0xFFFD;
+    return isCharacter ? first : kReplacement;
 }
 
-char* Put(char* out, uint32_t byte) {
-    *out = static_cast<char>(byte);
-    return out + 1;
-}
-
-// Four units at once. The high bit marks the lowest one that is zero, and perhaps others above it.
+// Tests four units at once: the high bit of the lowest one that is zero gets set, and perhaps that
+// of others above it.
 constexpr uint64_t kOnes = 0x0001000100010001;
 uint64_t ZeroUnits(uint64_t units) {
     return (units - kOnes) & ~units;
 }
 
-// Whether the test, which takes four units at once, gives any of the marks in a run.
+// Returns whether the test, which takes four units at once, sets any of the wanted bits in a run.
 template <class Test>
 bool HasUnit(const char16_t* run, uint64_t wanted, const Test& test) {
     uint64_t marks = 0;
@@ -63,7 +62,7 @@ bool HasUnit(const char16_t* run, uint64_t wanted, const Test& test) {
     return (marks & wanted) != 0;
 }
 
-// UTF-8. A run of plain units gives a byte for each.
+// UTF-8. A plain run is ASCII, and each of its units becomes a byte.
 class Utf8 {
   public:
     static bool IsPlain(const char16_t* run) {
@@ -80,26 +79,10 @@ class Utf8 {
         std::memcpy(out, bytes, kRun);
         return out + kRun;
     }
-    static char* PutCharacter(uint32_t point, char* out) {
-        if (point < 0x80) {
-            return Put(out, point);
-        }
-        if (point < 0x800) {
-            out = Put(out, 0xC0 | (point >> 6));
-            return Put(out, 0x80 | (point & 0x3F));
-        }
-        if (point < 0x10000) {
-            out = Put(out, 0xE0 | (point >> 12));
-        } else {
-            out = Put(out, 0xF0 | (point >> 18));
-            out = Put(out, 0x80 | ((point >> 12) & 0x3F));
-        }
-        out = Put(out, 0x80 | ((point >> 6) & 0x3F));
-        return Put(out, 0x80 | (point & 0x3F));
-    }
+    static char* PutCharacter(char32_t point, char* out) { return PutUtf8(point, out); }
 };
 
-// UTF-16. A run without halves of pairs goes out as it is.
+// UTF-16. A plain run has no halves of pairs, and goes out as it is.
 template <bool bigEndian>
 class Utf16 {
   public:
@@ -117,7 +100,7 @@ class Utf16 {
         std::memcpy(out, units, sizeof units);
         return out + sizeof units;
     }
-    static char* PutCharacter(uint32_t point, char* out) {
+    static char* PutCharacter(char32_t point, char* out) {
         if (point < 0x10000) {
             return PutUnit(point, out);
         }
@@ -146,7 +129,7 @@ char* Encode(std::u16string_view text, char* out) {
             text.remove_prefix(kRun);
             continue;
         }
-        const uint32_t point = TakeCharacter(text);
+        const char32_t point = TakeCharacter(text);
         if (kEndsLinesWithReturn && point == '\n') {
             out = Encoding::PutCharacter('\r', out);
         }
@@ -174,10 +157,10 @@ EncodedSink::EncodedSink(wxOutputStream& stream, wxFontEncoding encoding)
 
 void EncodedSink::Write(std::u16string_view text) {
     while (!text.empty()) {
-        // Units that find room in the block, however long they become.
+        // As many units as have room in the block even if each takes the most bytes.
         size_t count = std::min(text.size(), (mBlock.size() - mHeld) / kLongestUnit);
         if (count < text.size() && count > 0 && IsHighHalf(text[count - 1])) {
-            // A pair is not torn apart.
+            // Its other half would come too late to make a character of both.
             --count;
         }
         if (count == 0) {

@@ -9,19 +9,19 @@
 
 class wxOutputStream;
 
-// Where the text of an export goes, in UTF-16. Whatever is no character for a text (NUL, half a
-// surrogate pair) becomes U+FFFD, so no text is ever lost whole; a pair comes in one piece. Lines
-// end in a line feed.
+// Receives the text of an export, in UTF-16 and with a line feed at the end of each line. What no
+// text may have (NUL, half a surrogate pair) becomes U+FFFD. The two halves of a pair come in one
+// call.
 class TextSink {
   public:
     virtual ~TextSink() = default;
 
     virtual void Write(std::u16string_view text) = 0;
-    // False once something could not be written; what came after it is lost.
+    // Returns false once something could not be written. What came after it is lost.
     virtual bool IsOk() const = 0;
 };
 
-// Collects the text.
+// Collects the text in memory.
 class StringSink : public TextSink {
   public:
     void Write(std::u16string_view text) override;
@@ -32,16 +32,17 @@ class StringSink : public TextSink {
     wxString mText;
 };
 
-// Encodes the text into a byte stream, block by block, with the platform's line ends. Nothing is
-// complete before Flush.
+// Encodes the text into a byte stream, block by block, with the platform's line ends. The text is
+// complete only after Flush.
 class EncodedSink : public TextSink {
   public:
-    // The stream is not owned. UTF-16 in either byte order; anything else gives UTF-8.
+    // The stream is not owned. The encoding is UTF-16 in either byte order; anything else means
+    // UTF-8.
     EncodedSink(wxOutputStream& stream, wxFontEncoding encoding);
 
     void Write(std::u16string_view text) override;
     bool IsOk() const override { return mIsOk; }
-    // Hands on what is still held. False when anything could not be written.
+    // Writes what is still held. Returns false when anything could not be written.
     bool Flush();
 
   private:

@@ -8,6 +8,8 @@
 #include <initializer_list>
 #include <vector>
 
+#include "base/Unicode.h"
+
 namespace {
 
 // Reads past the bytes of a mark, or leaves the stream where it is.
@@ -61,8 +63,6 @@ wxFontEncoding GuessTextEncoding(wxInputStream& stream, wxFileOffset limit) {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 void Append(wchar_t*& text, char32_t character) {
     if (character == 0) {
         character = kReplacement;
@@ -77,43 +77,6 @@ void Append(wchar_t*& text, char32_t character) {
     *text++ = static_cast<wchar_t>(character);
 }
 
-enum class Sequence { kWhole, kBroken, kCut };
-
-struct Utf8Step {
-    Sequence Kind;
-    size_t Length;
-    char32_t Character;
-};
-
-// The sequence at the front of the bytes, of which there is at least one. A broken sequence is as
-// long as it could have been the beginning of a character.
-Utf8Step ReadUtf8(const uint8_t* bytes, const uint8_t* end) {
-    const uint8_t lead = *bytes;
-    if (lead < 0x80) {
-        return {Sequence::kWhole, 1, lead};
-    }
-    if (lead < 0xC2 || lead > 0xF4) {
-        return {Sequence::kBroken, 1, kReplacement};
-    }
-    const size_t length = lead < 0xE0 ? 2 : (lead < 0xF0 ? 3 : 4);
-    // The second byte's range leaves out overlong forms, surrogates, and what is past U+10FFFF.
-    uint8_t least = lead == 0xE0 ? 0xA0 : (lead == 0xF0 ? 0x90 : 0x80);
-    uint8_t greatest = lead == 0xED ? 0x9F : (lead == 0xF4 ? 0x8F : 0xBF);
-    char32_t character = lead & (0x7FU >> length);
-    for (size_t i = 1; i < length; ++i) {
-        if (bytes + i == end) {
-            return {Sequence::kCut, i, kReplacement};
-        }
-        if (bytes[i] < least || bytes[i] > greatest) {
-            return {Sequence::kBroken, i, kReplacement};
-        }
-        character = (character << 6) | (bytes[i] & 0x3FU);
-        least = 0x80;
-        greatest = 0xBF;
-    }
-    return {Sequence::kWhole, length, character};
-}
-
 size_t DecodeUtf8(const uint8_t* begin, const uint8_t* end, bool last, wchar_t*& text) {
     const uint8_t* at = begin;
     while (at != end) {
@@ -122,7 +85,7 @@ size_t DecodeUtf8(const uint8_t* begin, const uint8_t* end, bool last, wchar_t*&
             continue;
         }
         const Utf8Step step = ReadUtf8(at, end);
-        if (step.Kind == Sequence::kCut && !last) {
+        if (step.What == Utf8Step::kCut && !last) {
             break;
         }
         Append(text, step.Character);
@@ -175,8 +138,8 @@ const uint8_t* SkipAscii(const uint8_t* at, const uint8_t* end) {
     return at;
 }
 
-// Characters of the bytes 80 to 9F. The five that the code page leaves open stand for themselves,
-// so that no byte is lost.
+// The characters of the bytes 80 to 9F. The code page leaves five of them open; these stand for
+// themselves, so that no byte is lost.
 constexpr char32_t kWindows1252[32] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
@@ -210,10 +173,10 @@ size_t CheckUtf8(const uint8_t* bytes, size_t count, bool last, bool& valid) {
             break;
         }
         const Utf8Step step = ReadUtf8(at, end);
-        if (step.Kind == Sequence::kCut && !last) {
+        if (step.What == Utf8Step::kCut && !last) {
             break;
         }
-        valid = step.Kind == Sequence::kWhole;
+        valid = step.What == Utf8Step::kWhole;
         at += step.Length;
     }
     return static_cast<size_t>(at - bytes);

@@ -11,27 +11,28 @@
 
 class wxInputStream;
 
-// Looks for a byte order mark at the front of a seekable stream: UTF-8, UTF-16LE or UTF-16BE, and
-// the mark is read past; otherwise wxFONTENCODING_SYSTEM, and the stream stands where it stood.
+// Looks for a byte order mark at the front of a seekable stream. Reads past the mark of UTF-8,
+// UTF-16LE or UTF-16BE; without a mark, leaves the stream where it is and returns
+// wxFONTENCODING_SYSTEM.
 wxFontEncoding DetectTextEncoding(wxInputStream& stream);
 
-// The encoding of a text without a mark, by all the bytes from here to the end: UTF-8 when they
-// are valid UTF-8, else Windows-1252. The stream then stands where it stood. With a limit no more
-// than about as many bytes are looked at.
+// Returns the encoding of a text without a mark: UTF-8 when all bytes from here to the end are
+// valid UTF-8, else Windows-1252. Leaves the stream where it is. A limit bounds how many bytes are
+// looked at, to within a block.
 wxFontEncoding GuessTextEncoding(wxInputStream& stream, wxFileOffset limit = wxInvalidOffset);
 
-// Turns the bytes of a text file into characters. No input stops it: what is no character of the
-// encoding (a broken sequence, half a surrogate pair, an odd byte at the end) becomes U+FFFD, one
-// for each broken part. So does the character NUL, which would cut a card's text in the windows and
-// in the functions of SQL; a text that was decoded never holds a NUL.
+// Turns the bytes of a text file into characters. No input stops it: each part that is no character
+// of the encoding (a broken sequence, half a surrogate pair, an odd byte at the end) becomes
+// U+FFFD. The character NUL becomes U+FFFD too, as it would cut a card's text in the windows and in
+// the functions of SQL.
 class TextDecoder {
   public:
-    // UTF-8, UTF-16 in either byte order; anything else counts as Windows-1252.
+    // Knows UTF-8 and UTF-16 in either byte order. Anything else counts as Windows-1252.
     explicit TextDecoder(wxFontEncoding encoding);
 
-    // Writes the characters of the bytes, which are no more than the bytes, and moves text behind
-    // them. Returns how many bytes that took: the beginning of a character at the end of the bytes
-    // is left for the next call, unless these are the last bytes.
+    // Writes the characters of the bytes, never more than there are bytes, and moves text to their
+    // end. Returns how many bytes that took. A character that is cut off by the end of the bytes is
+    // left for the next call, unless these are the last bytes.
     size_t Decode(const uint8_t* bytes, size_t count, bool last, wchar_t*& text) const {
         return mDecode(bytes, bytes + count, last, text);
     }
@@ -42,41 +43,40 @@ class TextDecoder {
     DecodeFunction mDecode;
 };
 
-// How many bytes at the front were looked at for being UTF-8: up to the first broken sequence,
-// which clears valid, else all but the beginning of a character at their end, unless these are the
-// last.
+// Checks that the bytes are UTF-8 and clears valid at the first broken sequence. Returns how many
+// bytes were checked. A character that is cut off by the end of the bytes is left for the next
+// call, unless these are the last bytes.
 size_t CheckUtf8(const uint8_t* bytes, size_t count, bool last, bool& valid);
 
-// The characters of a text file, decoded block by block from a byte stream that it does not own.
-// Holds one block however long the file is. No byte of a file ends it early: characters are never
-// 0, whatever the file holds, so 0 tells the end.
+// Delivers the characters of a text file. Decodes a byte stream, which it does not own, block by
+// block, so that a long file takes no more memory than a short one. No character is 0, whatever is
+// in the file, so 0 stands for the end.
 class CharSource {
   public:
-    // The stream is seekable and stands behind its mark, whose encoding DetectTextEncoding gave.
-    // For a text without a mark the encoding is found by a look at the whole text.
+    // The stream is seekable and DetectTextEncoding has read past its mark. For a text without a
+    // mark, the whole text is looked at to find the encoding.
     CharSource(wxInputStream& stream, wxFontEncoding encoding);
 
     bool AtEnd() { return mNext == mTextSize && !Fill(); }
-    // The next character, or 0 at the end.
+    // Returns the next character, or 0 at the end.
     wchar_t GetChar() { return AtEnd() ? L'\0' : mText[mNext++]; }
-    // The text up to the next CR, LF, CR LF or the end, without that line break.
+    // Reads up to the next CR, LF, CR LF or the end. The line break is not part of the line.
     void ReadLine(std::wstring& line);
 
-    // The part of the bytes whose characters were delivered, 0 to 1.
+    // Returns the part of the bytes whose characters were delivered, 0 to 1.
     float GetProgress() const;
-    // Why the text ended before its end.
+    // Why the text stopped before the end of the file.
     enum Failure { kNoFailure, kUnreadable, kTooLong };
     Failure GetFailure() const { return mFailure; }
 
-    // For who looks at the first record alone, and must not read a huge file for it: the text ends
-    // where a record would begin some blocks behind the start, and a record counts as too long
-    // sooner.
+    // Keeps a preview of the first record from reading a huge file: no record begins further than
+    // some blocks from the start, and a record counts as too long sooner.
     void LimitToPreview();
 
-    // A record begins here. One that goes on for more than 64 million characters, as behind a
+    // Marks the beginning of a record. A record of more than 64 million characters, as after a
     // quote that a huge file never closes, ends the text before it fills the memory.
     void StartRecord() { StartRecord(mGreatestLength); }
-    // The same with a limit that takes effect at the end of a block.
+    // Does the same with another limit, which takes effect at the end of a block.
     void StartRecord(size_t longest);
 
   private:
@@ -87,11 +87,12 @@ class CharSource {
     wxFileOffset mLength;
     // Position in the file of the first byte of the present block.
     wxFileOffset mBlockStart;
-    // Bytes of the present block, and behind them the beginning of a character yet to come.
+    // The bytes of the present block, followed by the beginning of the next block's first
+    // character.
     std::vector<uint8_t> mBytes;
     size_t mBlockSize = 0;
     size_t mHeld = 0;
-    // Characters of the block, and how many were delivered.
+    // The characters of the block, and how many of them were delivered.
     std::vector<wchar_t> mText;
     size_t mTextSize = 0;
     size_t mNext = 0;
@@ -99,7 +100,7 @@ class CharSource {
     // No record begins in a block behind this position.
     wxFileOffset mLastStart = std::numeric_limits<wxFileOffset>::max();
     size_t mGreatestLength = size_t{1} << 26;
-    // Characters of the blocks that were read for the present record.
+    // How many characters the blocks of the present record have.
     size_t mRecordSize = 0;
     size_t mLongestRecord = 0;
     Failure mFailure = kNoFailure;

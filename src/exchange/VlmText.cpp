@@ -11,7 +11,7 @@ namespace {
 
 constexpr wchar_t kComment = L'#';
 constexpr std::wstring_view kSeparators = L":\uFF1A";
-// From this many attributes on a record's names go through a hash.
+// A record with this many attributes has its names in a hash.
 constexpr size_t kManyAttributes = 32;
 
 std::wstring_view View(const wxString& text) {
@@ -51,7 +51,7 @@ bool VlmTextReader::ReadRecord() {
         }
         if (line.front() == kComment) {
             if (!found) {
-                // However many come before a record, they are no part of it.
+                // Comments before a record do not count towards its length.
                 mSource.StartRecord();
             }
         } else {
@@ -66,7 +66,7 @@ bool VlmTextReader::ReadRecord() {
     return found;
 }
 
-// Takes "Name: value", as a new attribute or as a further line of the last one.
+// Takes a line "Name: value" as a new attribute, or as a further line of the last one.
 bool VlmTextReader::AddLine(std::wstring_view line) {
     const size_t separator = line.find_first_of(kSeparators);
     if (separator == std::wstring_view::npos) {
@@ -110,11 +110,11 @@ bool VlmTextReader::IsTaken(std::wstring_view name) {
             mNames.insert(Key(View(mAttributes[i].Name)));
         }
     }
-    // The caller appends every name that is not taken.
+    // Inserted at once, as the caller appends every name that is not taken.
     return !mNames.insert(Key(name)).second;
 }
 
-// What names that count as the same have in common.
+// Returns the form of a name that all names which count as the same have in common.
 std::wstring VlmTextReader::Key(std::wstring_view name) const {
     if (mIgnoreNameCase) {
         return LowerWide(wxString(name.data(), name.size())).ToStdWstring();
@@ -129,7 +129,7 @@ bool VlmTextReader::IsSameName(const wxString& known, std::wstring_view name) co
     return mIgnoreNameCase && known.length() == name.size() && Key(View(known)) == Key(name);
 }
 
-// Values were trimmed line by line; this drops the blank lines at both ends of a whole value.
+// Drops the blank lines at both ends of each value. Its lines were trimmed when they were read.
 void VlmTextReader::TrimValues() {
     for (size_t i = 0; i < mAttributes.Count(); ++i) {
         wxString& value = mAttributes[i].Value;
@@ -151,8 +151,8 @@ bool IsSeparator(char16_t unit) {
     return unit == kSeparator;
 }
 
-// What ends a line for the reader. A carriage return that stayed in a value would leave a line
-// without a name, and with it a file that cannot be read back.
+// A carriage return ends a line for the reader. One that stayed in a value would make a line
+// without a name, and the file could not be read back.
 bool IsLineEnd(char16_t unit) {
     return unit == u'\n' || unit == u'\r';
 }
@@ -166,7 +166,8 @@ bool IsInRun(const char16_t* run) {
     return found != 0;
 }
 
-// Names and values are many and short, and the library looks at one unit after the other.
+// Looks at eight units at once, because an export asks this of every value and the library's search
+// looks at one unit after the other.
 template <bool (*kIsWanted)(char16_t)>
 bool Contains(std::u16string_view text) {
     if (text.size() < kRun) {

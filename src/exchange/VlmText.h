@@ -5,18 +5,24 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "exchange/CardAttributes.h"
 #include "exchange/CardRecord.h"
 
 class CharSource;
 class TextSink;
 
-// Reads the program's own text form: a line "Name: value" for each attribute, a blank line between
-// records, "#" in front of a comment. A name repeated on the next line goes on with its value.
+// Reads the program's own text form, in which this is a card with two lines on its back:
+//
+//     # A comment.
+//     Front: apple
+//     Back: Apfel
+//     Back: (der)
+//
+// Each attribute has a line, and a blank line ends a record. A name repeated on the next line
+// continues its value.
 class VlmTextReader : public CardRecordReader {
   public:
-    // The source is not owned. Names of one record are the same when they are spelled the same, or
-    // alike but for case when ignoreNameCase is set.
+    // The source is not owned. With ignoreNameCase, names that differ only in case are the same
+    // name within a record.
     VlmTextReader(CharSource& source, bool ignoreNameCase);
 
     int32_t GetLineNumber() const override { return mLineNumber; }
@@ -38,23 +44,21 @@ class VlmTextReader : public CardRecordReader {
     int32_t mLineNumber = 1;
     int32_t mError = kNoError;
     AttributeList mAttributes;
-    // The line before, comments aside, belongs to the last attribute.
+    // True when the line before, comments aside, belongs to the last attribute.
     bool mHasLast = false;
-    // Names of a record too long to be searched through at each line.
+    // The names of a record that has too many to search through them at each line.
     std::unordered_set<std::wstring> mNames;
     std::wstring mLine;
 };
 
-// Writes the program's own text form: one attribute a line as "Name: value", a value of several
-// lines under its repeated name, a blank line behind each record. An empty value leaves no line. A
-// carriage return, with or without a line feed behind it, ends a line of a value as a line feed
-// does.
+// Writes the program's own text form. An empty value leaves no line. A carriage return ends a line
+// of a value as a line feed does, and the two together end one line.
 class VlmTextWriter : public CardRecordWriter {
   public:
     // The sink is not owned.
     explicit VlmTextWriter(TextSink& sink) : mSink(sink) {}
 
-    // Refuses a name that a reader would take for a comment, or would cut at a colon.
+    // Returns -1 for a name that a reader would take for a comment or would cut at its colon.
     int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
     void EndRecord() override;
 
@@ -62,7 +66,7 @@ class VlmTextWriter : public CardRecordWriter {
     void AppendLine(std::u16string_view name, std::u16string_view value);
 
     TextSink& mSink;
-    // The record, which is written as a whole, in room that stays from one to the next.
+    // The record, which is written in one piece. Its memory is kept from one to the next.
     std::u16string mRecord;
     size_t mLength = 0;
 };

@@ -15,7 +15,7 @@ class ProgressSource {
     virtual int32_t GetMinimum() const { return 0; }
     virtual int32_t GetMaximum() const = 0;
     virtual int32_t GetPosition() const = 0;
-    // True once the job has ended.
+    // Returns true once the job has ended.
     virtual bool IsFinished() const = 0;
     // Asks the job to stop and returns when it has.
     virtual void Cancel() = 0;
@@ -23,22 +23,22 @@ class ProgressSource {
     virtual void OnTimer(wxWindow* /*dialog*/) {}
 };
 
-// A job on a thread of its own. The object lives on the main thread, which keeps it until the
-// thread has ended. A derived class does its job in Work, keeps what both threads share in atomic
-// fields or hands it over, and cancels or joins in its destructor, while its own members are still
-// alive.
+// A job on a thread of its own. The object belongs to the main thread, which keeps it until the
+// worker has ended. A derived class does its job in Work. It keeps what both threads share in
+// atomic fields, or hands it over by a semaphore. Its destructor cancels or joins, because only
+// there its own members are still alive for the worker.
 class Worker : public ProgressSource, private wxThread {
   public:
     // Returns false when the system has no thread to give; the job then counts as finished.
     bool Start();
-    // Waits for the end of the thread. Harmless when it does not run.
+    // Waits for the end of the thread. Returns at once when it does not run.
     void Join();
     bool IsFinished() const override { return mFinished; }
 
   protected:
     Worker() : wxThread(wxTHREAD_JOINABLE) {}
 
-    // The job itself, called once on the worker's thread. Its outcome goes into the object.
+    // Does the job. Called once, on the worker's thread.
     virtual void Work() = 0;
 
   private:

@@ -1,5 +1,6 @@
 #include "list/BrowseFrame.h"
 
+#include <wx/button.h>
 #include <wx/dcclient.h>
 #include <wx/menu.h>
 #include <wx/sizer.h>
@@ -14,15 +15,16 @@
 
 #include "base/Text.h"
 #include "list/CardList.h"
-#include "list/CategoryList.h"
-#include "list/DropDown.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
+#include "shell/DropDown.h"
 #include "shell/MenuBar.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "storefile/CategoryList.h"
 #include "storefile/CurrentCategory.h"
 
 namespace {
@@ -47,16 +49,22 @@ bool RecentSearches::Add(const wxString& text) {
 
 namespace {
 
-const wxSize kSmallestSize(640, 480);
+const wxSize kFirstSize(640, 480);
+// Smaller, the search field would leave no room for the name of the category.
+const wxSize kSmallestSize(480, 320);
 
 constexpr int kCategoryListId = 11001;
 constexpr int kSearchId = 11050;
+constexpr int kSearchMenuId = 11051;
+constexpr int kStudyButtonId = 11052;
+constexpr int kSearchAllId = 11006;
 constexpr int kLineId = 11138;
 constexpr int kDropDownId = 13245;
-// The texts of the field's menu; the last is spare.
+// One id for each recent search in the field's menu. The last one is spare.
 constexpr int kFirstRecentId = 11000;
 constexpr int kLastRecentId = 11005;
 
+constexpr int kGap = 6;
 constexpr int kSearchWidth = 200;
 constexpr int kWidestSearch = 400;
 constexpr int kSearchCharacters = 30;
@@ -64,7 +72,7 @@ constexpr int kSearchCharacters = 30;
 constexpr int kForeignCommands[] = {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU};
 
-// The window with the keyboard focus is the control or stands in it.
+// Returns true when the window with the keyboard focus is the control or stands inside it.
 bool HasFocusIn(const wxWindow& control) {
     const wxWindow* window = wxWindow::FindFocus();
     while (window != nullptr && window != &control) {
@@ -75,11 +83,24 @@ bool HasFocusIn(const wxWindow& control) {
 
 }  // namespace
 
+// A search field whose menu opens below it. On Wayland the library counts the place of the menu
+// from the corner of the surrounding window and not of the field; the window around the field opens
+// a menu in the right place on every platform.
+class SearchField : public wxSearchCtrl {
+  public:
+    using wxSearchCtrl::wxSearchCtrl;
+
+  protected:
+    bool DoPopupMenu(wxMenu* menu, int x, int y) override {
+        // A menu has one invoking window at a time, and gets the other one here.
+        menu->SetInvokingWindow(nullptr);
+        return GetParent()->PopupMenu(menu, GetPosition() + wxPoint(x, y));
+    }
+};
+
 BrowseFrame::BrowseFrame(AppServices& services)
-    : wxFrame(nullptr, ID_WINDOW_LIST, _("List - Velomind"), wxDefaultPosition, kSmallestSize,
-              (wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL) &
-                  ~(wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX),
-              "frame"),
+    : wxFrame(nullptr, ID_WINDOW_LIST, _("List - Velomind"), wxDefaultPosition, kFirstSize,
+              wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL, "frame"),
       mServices(services) {
     InitFrame(*this, "browse_window");
     for (const int id : kForeignCommands) {
@@ -88,13 +109,9 @@ BrowseFrame::BrowseFrame(AppServices& services)
     BuildControls();
     BindCommands();
     BindListCommands();
+    SetMinSize(FromDIP(kSmallestSize));
     Centre(wxBOTH);
-    if (!RestoreWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this)) {
-        wxSize size = GetSize();
-        size.IncTo(kSmallestSize);
-        SetSize(size);
-        Centre(wxBOTH);
-    }
+    RestoreWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
     GiveKeysTo(*mpCardList);
 }
@@ -141,9 +158,10 @@ void BrowseFrame::BuildControls() {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     mpButton = new wxDropDownButton(this, kDropDownId, _("Category"));
     row->Add(mpButton, 0, wxEXPAND);
+    BuildStudyButton(*row);
     row->Add(new wxStaticText(this, wxID_ANY, wxString()), 1, wxEXPAND);
     BuildSearchField(*row);
-    column->Add(row, 0, wxEXPAND);
+    column->Add(row, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
     column->Add(new wxStaticLine(this, kLineId, wxDefaultPosition, wxSize(1, 1), wxLI_HORIZONTAL),
                 0, wxEXPAND);
     mpCardList = new CardList(mServices, this, wxSize(100, 100));
@@ -156,29 +174,43 @@ void BrowseFrame::BuildControls() {
 }
 
 void BrowseFrame::BuildDropDown() {
-    auto* const window = new wxDropDownWindow(mpButton);
+    auto* const window = new wxDropDownWindow(this, mpButton);
     mpCategoryList = new CategoryList(mServices, window, kCategoryListId);
     window->SetContent(mpCategoryList);
     window->StayOpenWhile([this] { return mpCategoryList->IsAsking(); });
-    window->TakeAccelerators(*GetMenuBar());
     mpButton->SetPopup(window);
 }
 
 void BrowseFrame::BuildSearchField(wxSizer& row) {
     mpSearchCtrl =
-        new wxSearchCtrl(this, kSearchId, wxString(), wxDefaultPosition, wxSize(kSearchWidth, -1),
-                         wxTE_PROCESS_ENTER, wxDefaultValidator, "searchCtrl");
+        new SearchField(this, kSearchId, wxString(), wxDefaultPosition, wxSize(kSearchWidth, -1),
+                        wxTE_PROCESS_ENTER, wxDefaultValidator, "searchCtrl");
     mpSearchCtrl->ShowSearchButton(true);
     mpSearchCtrl->SetMinSize(wxSize(kSearchWidth, -1));
     mpSearchCtrl->SetMaxSize(wxSize(kWidestSearch, -1));
     SetAccessibleName(*mpSearchCtrl, _("Search"));
+    TextUndo::AttachTo(*mpSearchCtrl);
     row.Add(mpSearchCtrl, 5, wxEXPAND);
+    mpSearchMenuButton = new wxDropDownButton(this, kSearchMenuId, wxString(), "searchMenuButton");
+    mpSearchMenuButton->SetToolTip(_("Recent Searches"));
+    SetAccessibleName(*mpSearchMenuButton, _("Recent Searches"));
+    row.Add(mpSearchMenuButton, 0, wxEXPAND);
 
-    // The field answers some of these itself where they reach it first.
+    // Bound to the field and not to this window, because the field handles some of these events and
+    // does not pass them on.
     mpSearchCtrl->Bind(wxEVT_TEXT, &BrowseFrame::OnSearchText, this);
     mpSearchCtrl->Bind(wxEVT_TEXT_ENTER, &BrowseFrame::OnSearchEnter, this);
     mpSearchCtrl->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { ClearSearch(); });
     Bind(wxEVT_MENU, &BrowseFrame::OnRecentSearch, this, kFirstRecentId, kLastRecentId);
+    Bind(wxEVT_MENU, &BrowseFrame::OnSearchAll, this, kSearchAllId);
+    mpSearchMenuButton->Bind(wxEVT_BUTTON,
+                             [this](wxCommandEvent&) { mpSearchCtrl->PopupSearchMenu(); });
+}
+
+void BrowseFrame::BuildStudyButton(wxSizer& row) {
+    mpStudyButton = new wxButton(this, kStudyButtonId, _("Study"));
+    mpStudyButton->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { ProcessCommand(ID_WINDOW_STUDY); });
+    row.Add(mpStudyButton, wxSizerFlags().Expand().Border(wxLEFT, FromDIP(kGap)));
 }
 
 void BrowseFrame::BindCommands() {
@@ -186,7 +218,7 @@ void BrowseFrame::BindCommands() {
     Bind(wxEVT_CHILD_FOCUS, &BrowseFrame::OnChildFocus, this);
     Bind(wxEVT_CLOSE_WINDOW, &BrowseFrame::OnClose, this);
     Bind(wxEVT_CHAR_HOOK, &BrowseFrame::OnCharHook, this);
-    // The button opens its window itself.
+    // The button opens the drop-down itself; the event must not reach the application.
     Bind(
         wxEVT_BUTTON, [](wxCommandEvent&) {}, kDropDownId);
     Bind(wxEVT_LIST_ITEM_ACTIVATED, &BrowseFrame::OnCategoryChosen, this, kCategoryListId);
@@ -198,17 +230,14 @@ void BrowseFrame::BindCommands() {
     Bind(wxEVT_MENU, &BrowseFrame::OnExport, this, ID_EXPORT);
     Bind(
         wxEVT_UPDATE_UI,
-        [this](wxUpdateUIEvent& event) {
-            event.Enable(mServices.CanExportCards() && !mpCardList->IsStoreEmpty());
-        },
-        ID_EXPORT);
+        [this](wxUpdateUIEvent& event) { event.Enable(!mpCardList->IsStoreEmpty()); }, ID_EXPORT);
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
     Bind(wxEVT_MENU, &BrowseFrame::OnRename, this, ID_RENAME);
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) {
-            if (AreCategoriesMeant()) {
+            if (HasFocusIn(*mpCategoryList)) {
                 event.Enable(mpCategoryList->HasFocusedRow());
             } else {
                 event.Skip();
@@ -232,7 +261,7 @@ void BrowseFrame::BindListCommands() {
         {[this] { mpCategoryList->DeleteFocused(); },
          [this] { return mpCategoryList->HasFocusedCategory(); }},
         {[this] { mpCardList->DeleteSelected(); }, [this] { return mpCardList->HasTarget(); }});
-    // In the list of categories too: it selects the cards of the chosen one.
+    // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);
 }
@@ -261,22 +290,17 @@ void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
         id);
 }
 
-// Null when the command goes on to whoever is next, such as the text field with the focus.
+// Returns null when neither list has the focus. The command then goes on to the next handler, such
+// as a text field that has the focus.
 const BrowseFrame::ListCommand* BrowseFrame::FindListCommand(const ListCommand& inCategories,
                                                              const ListCommand& inCards) const {
-    if (inCategories.Run && AreCategoriesMeant()) {
+    if (inCategories.Run && HasFocusIn(*mpCategoryList)) {
         return &inCategories;
     }
     return inCards.Run && HasFocusIn(*mpCardList) ? &inCards : nullptr;
 }
 
-// The button counts as its list: the menu bar, used by the mouse, closes the drop-down first, and
-// the keys are with the button then.
-bool BrowseFrame::AreCategoriesMeant() const {
-    return HasFocusIn(*mpCategoryList) || HasFocusIn(*mpButton);
-}
-
-// Also once the window comes back to the front, in case it is behind others now.
+// Gives the child the focus now, or when the window comes back to the front if it is behind others.
 void BrowseFrame::GiveKeysTo(wxWindow& child) {
     mpChildFocus = &child;
     child.SetFocus();
@@ -286,18 +310,35 @@ void BrowseFrame::UseFont() {
     const wxFont font = ReadFontSetting(kSettingBrowseFont);
     mpSearchCtrl->SetFont(font);
     mpButton->SetFont(font);
+    mpStudyButton->SetFont(font);
     wxClientDC dc(mpSearchCtrl);
     dc.SetFont(font);
     const int width = kSearchCharacters * dc.GetCharWidth();
     mpSearchCtrl->SetMinSize(wxSize(width, -1));
     mpSearchCtrl->SetMaxSize(wxSize(std::max(width, kWidestSearch), -1));
-    GetSizer()->Fit(this);
+    Layout();
 }
 
 void BrowseFrame::ShowCategory() {
     const int32_t id = mServices.GetCurrentCategoryId(*mpDatabase);
-    // A name may hold the mark of a mnemonic.
+    // SetLabelText, because a name may contain "&", which marks a mnemonic in a label.
     mpButton->SetLabelText(ShownName(GetCategoryName(*mpDatabase, id)));
+    SetAccessibleName(*mpButton, wxString::Format(_("Category: %s"), mpButton->GetLabelText()));
+    ShowReadyCount();
+}
+
+// Shows how many cards of the current category are ready in the direction of study.
+void BrowseFrame::ShowReadyCount() {
+    const int32_t category = mServices.GetCurrentCategoryId(*mpDatabase);
+    const wxDateTime now = mServices.GetClock().Now();
+    int32_t ready = 0;
+    const int result = mServices.IsReverseStudy()
+                           ? mpDatabase->SelectReadyCountReverse(category, now, ready)
+                           : mpDatabase->SelectReadyCountForward(category, now, ready);
+    const bool isKnown = result >= 0 && ready > 0;
+    mpStudyButton->SetLabel(isKnown ? wxString::Format(_("Study (%i)"), ready) : _("Study"));
+    mpStudyButton->SetToolTip(wxString::Format(
+        wxPLURAL("%i card is ready", "%i cards are ready", static_cast<unsigned>(ready)), ready));
     Layout();
 }
 
@@ -314,6 +355,8 @@ void BrowseFrame::RebuildSearchMenu() {
     for (const wxString& text : mRecentSearches.GetTexts()) {
         menu->Append(id++, wxControl::EscapeMnemonics(ShownName(text)));
     }
+    menu->AppendSeparator();
+    menu->AppendCheckItem(kSearchAllId, _("Search in All Categories"))->Check(mSearchAll);
     mpSearchCtrl->SetMenu(menu);
 }
 
@@ -328,7 +371,7 @@ void BrowseFrame::ClearSearch() {
     mpCardList->SetSearch(wxString());
 }
 
-// The window itself ends a while after its closing, and the store may be gone by then.
+// Called when the window closes: the object is destroyed later, when the store may be gone.
 void BrowseFrame::LetGoOfStore() {
     mSettingsAttachment.Detach();
     mStoreAttachment.Detach();
@@ -341,11 +384,18 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
     event.Skip();
     if (event.GetActive()) {
         mServices.FrameActivated(*this);
-        mpChildFocus->SetFocus();
+        if (mpDatabase != nullptr) {
+            // Time has passed, and the direction of study may be another.
+            ShowReadyCount();
+            mpCardList->FollowDirection();
+        }
+        // The drop-down, which may have had the focus, is closed while another window is active.
+        (mpChildFocus->IsShownOnScreen() ? mpChildFocus : mpCardList)->SetFocus();
     }
 }
 
-// While the window is hidden or behind others the toolkit gives the focus away as it likes.
+// Remembers the focus only while this window is active. While it is hidden or behind others, the
+// toolkit moves the focus without the user.
 void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
     event.Skip();
     if (IsActive() && wxGetTopLevelParent(event.GetWindow()) == this) {
@@ -355,26 +405,31 @@ void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
 
 void BrowseFrame::OnClose(wxCloseEvent& event) {
     event.Skip();
-    // The application looks for windows that are still open.
-    mpButton->GetPopup()->Hide();
     SaveWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
     WriteStringSetting(kSettingLastWindow, "Browse");
     LetGoOfStore();
     mServices.FrameClosed(*this);
 }
 
-// The field's own keys: down to the cards, Alt and down for the last searches, Escape to clear the
-// search or, with nothing to clear, to leave.
+// Handles the keys of the search field: Down goes to the cards, Alt+Down opens the recent searches,
+// and Escape clears the search or, when there is none, leaves the field. Alt+Down in the list of
+// cards opens the categories, and Ctrl+Shift+C anywhere the menu of the columns.
 void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     if ((key == 'I' || key == 'i') && event.GetModifiers() == wxMOD_CONTROL) {
-        // Its character is that of Tab, which the list would take as a step to the next control.
-        // The key has its small letter in the locales that write a dotted capital I.
+        // Ctrl+I has the character code of Tab, which the list would take as a step to the next
+        // control. In locales with a dotted capital I the key arrives as a small letter.
         ProcessCommand(ID_IMPORT);
         return;
     }
+    if (key == 'C' && event.GetModifiers() == (wxMOD_CONTROL | wxMOD_SHIFT)) {
+        mpCardList->OpenColumnMenu();
+        return;
+    }
     const bool isDown = key == WXK_DOWN || key == WXK_NUMPAD_DOWN;
-    if (!HasFocusIn(*mpSearchCtrl) || (!isDown && key != WXK_ESCAPE)) {
+    if (isDown && event.AltDown() && HasFocusIn(*mpCardList)) {
+        mpButton->GetPopup()->Popup();
+    } else if (!HasFocusIn(*mpSearchCtrl) || (!isDown && key != WXK_ESCAPE)) {
         event.Skip();
     } else if (isDown && event.AltDown()) {
         mpSearchCtrl->PopupSearchMenu();
@@ -409,6 +464,13 @@ void BrowseFrame::OnRecentSearch(wxCommandEvent& event) {
     }
 }
 
+void BrowseFrame::OnSearchAll(wxCommandEvent& event) {
+    const wxBusyCursor busy;
+    mSearchAll = event.IsChecked();
+    mpSearchCtrl->SetDescriptiveText(mSearchAll ? _("Search in All Categories") : _("Search"));
+    mpCardList->SetSearchAll(mSearchAll);
+}
+
 void BrowseFrame::OnExport(wxCommandEvent&) {
     std::vector<int64_t> rowIds;
     mpCardList->CollectSelection(rowIds, false);
@@ -421,7 +483,7 @@ void BrowseFrame::OnCategoryChosen(wxListEvent&) {
 }
 
 void BrowseFrame::OnRename(wxCommandEvent&) {
-    if (AreCategoriesMeant()) {
+    if (HasFocusIn(*mpCategoryList)) {
         mpCategoryList->Rename();
     }
 }

@@ -13,14 +13,15 @@ class CardList;
 class CategoryList;
 class Database;
 class wxDropDownButton;
+class SearchField;
+class wxButton;
 class wxListEvent;
-class wxSearchCtrl;
 
-// The texts that were searched for last, newest first, each once, at most five. They live as long
-// as their window.
+// Keeps the texts that were searched for last: newest first, each once, at most five. They live as
+// long as the list window and are not stored.
 class RecentSearches {
   public:
-    // Puts the text in front. False when it was there already, so that nothing has changed.
+    // Puts the text in front. Returns false when it stood there already and nothing changed.
     bool Add(const wxString& text);
 
     const std::vector<wxString>& GetTexts() const { return mTexts; }
@@ -29,24 +30,25 @@ class RecentSearches {
     std::vector<wxString> mTexts;
 };
 
-// The list window, in which the user finds and manages cards: a category drop-down and a search
-// field above the list of cards. The application makes one when it is first needed and forgets it
-// when it tells of its closing. Main thread only.
+// The window in which the user finds and manages cards: a category drop-down and a search field
+// above the list of cards. The application makes one when it is first needed, and forgets it when
+// the window reports that it closes. Main thread only.
 class BrowseFrame : public wxFrame, private Observer {
   public:
     // The services are not owned and must outlive the window.
     explicit BrowseFrame(AppServices& services);
     ~BrowseFrame() override;
 
-    // The store to show, not owned; null for none.
+    // Shows that store, which is not owned; null shows none.
     void SetDatabase(Database* database);
 
-    // Brings the window, unless it is hidden, to the front with the search field ready for a text.
+    // Brings the window to the front with the search field ready for a text. Does nothing while the
+    // window is hidden.
     void FocusSearch();
 
   private:
-    // What a command does while one of the lists has the keyboard focus. With nothing to run it is
-    // no command of that list.
+    // What a command does while one of the lists has the keyboard focus. An empty Run means that
+    // the list does not have this command.
     struct ListCommand {
         std::function<void()> Run;
         std::function<bool()> IsEnabled;
@@ -56,15 +58,16 @@ class BrowseFrame : public wxFrame, private Observer {
     void BuildControls();
     void BuildDropDown();
     void BuildSearchField(wxSizer& row);
+    void BuildStudyButton(wxSizer& row);
     void BindCommands();
     void BindListCommands();
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
     const ListCommand* FindListCommand(const ListCommand& inCategories,
                                        const ListCommand& inCards) const;
-    bool AreCategoriesMeant() const;
     void GiveKeysTo(wxWindow& child);
     void UseFont();
     void ShowCategory();
+    void ShowReadyCount();
     void AddRecentSearch(const wxString& text);
     void RebuildSearchMenu();
     void Search(const wxString& text);
@@ -78,18 +81,23 @@ class BrowseFrame : public wxFrame, private Observer {
     void OnSearchText(wxCommandEvent& event);
     void OnSearchEnter(wxCommandEvent& event);
     void OnRecentSearch(wxCommandEvent& event);
+    void OnSearchAll(wxCommandEvent& event);
     void OnExport(wxCommandEvent& event);
     void OnCategoryChosen(wxListEvent& event);
     void OnRename(wxCommandEvent& event);
 
     AppServices& mServices;
     RecentSearches mRecentSearches;
-    wxSearchCtrl* mpSearchCtrl = nullptr;
+    bool mSearchAll = false;
+    SearchField* mpSearchCtrl = nullptr;
     wxDropDownButton* mpButton = nullptr;
+    wxButton* mpStudyButton = nullptr;
+    // Opens the menu of the search field.
+    wxDropDownButton* mpSearchMenuButton = nullptr;
     Database* mpDatabase = nullptr;
     CategoryList* mpCategoryList = nullptr;
     CardList* mpCardList = nullptr;
-    // The child to have the keyboard when the window comes back to the screen.
+    // Gets the keyboard focus when the window comes back to the screen.
     wxWindow* mpChildFocus = nullptr;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;

@@ -6,7 +6,6 @@
 #include <wx/utils.h>
 
 #include <algorithm>
-#include <iterator>
 #include <list>
 #include <memory>
 
@@ -20,38 +19,11 @@
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "storefile/CurrentCategory.h"
 
 namespace {
 
 constexpr int kNoCard = -1;
-
-struct Column {
-    const char* Heading;
-    int DefaultWidth;
-    // SQL text behind ORDER BY.
-    const char* Order;
-};
-
-constexpr Column kColumns[] = {{wxTRANSLATE("#"), 30, "IntroductionOrder"},
-                               {wxTRANSLATE("Front"), 90, "Front"},
-                               {wxTRANSLATE("Back"), 90, "Back"}};
-constexpr int kColumnCount = static_cast<int>(std::size(kColumns));
-
-struct ColumnMenuRow {
-    int Id;
-    wxItemKind Kind;
-    const char* Label;
-};
-
-constexpr ColumnMenuRow kColumnMenu[] = {
-    {ID_COLUMN_AUTO_SIZE, wxITEM_NORMAL, wxTRANSLATE("Auto Size Column")},
-    {ID_COLUMN_AUTO_SIZE_ALL, wxITEM_NORMAL, wxTRANSLATE("Auto Size All Columns")},
-    {wxID_SEPARATOR, wxITEM_SEPARATOR, ""},
-    {ID_COLUMN_AUTHOR, wxITEM_CHECK, wxTRANSLATE("Author")},
-    {ID_COLUMN_CHAPTER, wxITEM_CHECK, wxTRANSLATE("Chapter")},
-    {ID_COLUMN_FORWARD_EXCLUDE, wxITEM_CHECK, wxTRANSLATE("Forward Exclude")},
-    {ID_COLUMN_REVERSE_EXCLUDE, wxITEM_CHECK, wxTRANSLATE("Reverse Exclude")},
-    {ID_COLUMN_NOTES, wxITEM_CHECK, wxTRANSLATE("Notes")}};
 
 std::vector<int64_t> RowIdsOf(const std::vector<int64_t>& all, const std::vector<long>& rows) {
     std::vector<int64_t> rowIds;
@@ -68,17 +40,13 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
     : wxPanel(parent, kCardListId, wxDefaultPosition, size, wxBORDER_NONE | wxTAB_TRAVERSAL,
               "panel"),
       mServices(services),
-      mpListCtrl(new CardListCtrl(*this)) {
+      mpListCtrl(new CardListCtrl(*this)),
+      mIsReverse(services.IsReverseStudy()) {
     UseFont();
-    // The widths are meant for the usual font; a larger one has wider columns.
-    const int usualLine = GetCharHeight();
-    const int line = std::max(usualLine, mpListCtrl->GetCharHeight());
-    int widths[kColumnCount];
-    for (int i = 0; i < kColumnCount; ++i) {
-        widths[i] = kColumns[i].DefaultWidth * line / usualLine;
-        mpListCtrl->AppendColumn(wxGetTranslation(kColumns[i].Heading));
+    ArrangeColumns();
+    if (ReadColumnWidths(kApplicationName, kSettingCardListColumns, *mpListCtrl)) {
+        mpListCtrl->KeepWidths();
     }
-    ReadColumnWidths(kApplicationName, kSettingCardListColumns, *mpListCtrl, widths, kColumnCount);
     auto* const sizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(mpListCtrl, 1, wxEXPAND, 5);
     SetSizer(sizer);
@@ -89,10 +57,16 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
     mpListCtrl->Bind(wxEVT_LIST_COL_CLICK, &CardList::OnColumnClick, this);
     mpListCtrl->Bind(wxEVT_LIST_COL_RIGHT_CLICK, &CardList::OnColumnRightClick, this);
     mpListCtrl->Bind(wxEVT_CONTEXT_MENU, &CardList::OnContextMenu, this);
+    BindColumnMenu();
 }
 
 CardList::~CardList() {
-    WriteColumnWidths(kApplicationName, kSettingCardListColumns, *mpListCtrl);
+    // The stored widths are those of the columns that a new list begins with.
+    mSearchAll = false;
+    ArrangeColumns();
+    if (mpListCtrl->AreWidthsSet()) {
+        WriteColumnWidths(kApplicationName, kSettingCardListColumns, *mpListCtrl);
+    }
 }
 
 void CardList::SetDatabase(Database* database) {
@@ -114,11 +88,44 @@ void CardList::SetShowCategory(bool show) {
     }
 }
 
+void CardList::SetSearchAll(bool all) {
+    if (all != mSearchAll) {
+        mSearchAll = all;
+        if (!mSearch.empty()) {
+            ArrangeColumns();
+            ShowOtherCards();
+        }
+    }
+}
+
 void CardList::SetSearch(const wxString& text) {
     if (text != mSearch) {
         mSearch = text;
+        ArrangeColumns();
         ShowOtherCards();
     }
+}
+
+void CardList::FollowDirection() {
+    if (mIsReverse != mServices.IsReverseStudy()) {
+        mIsReverse = !mIsReverse;
+        RefreshRows();
+    }
+}
+
+void CardList::ArrangeColumns() {
+    ListColumns columns;
+    for (const ListColumn column : mShownColumns) {
+        if (column != ListColumn::kCategory || IsSearchOverAll()) {
+            columns.push_back(column);
+        }
+    }
+    mpListCtrl->SetColumns(columns);
+    if (std::find(columns.begin(), columns.end(), mSortColumn) == columns.end()) {
+        mSortColumn = ListColumn::kNumber;
+    }
+    const auto sorted = std::find(columns.begin(), columns.end(), mSortColumn);
+    mpListCtrl->ShowSortIndicator(static_cast<int>(sorted - columns.begin()));
 }
 
 void CardList::SetFocus() {
@@ -141,6 +148,9 @@ void CardList::Update(Subject* subject) {
 
 void CardList::RefreshRows() {
     mRowCache.Clear();
+    mCategoryNames.clear();
+    mpListCtrl->SetAdvice(mSearch.empty() ? _("Ctrl+N writes a card, Ctrl+I imports a list.")
+                                          : _("Nothing here matches the search."));
     if (mpDatabase == nullptr) {
         mRowIds.clear();
         mStoreCount = 0;
@@ -159,7 +169,7 @@ void CardList::RefreshRows() {
     mRowIds.clear();
     mRowIds.reserve(static_cast<size_t>(mStoreCount));
     SelectRowIds();
-    // The same rows keep what is selected and focused of them.
+    // When the rows are the same, so are their selection and focus.
     if (mRowIds != former) {
         ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
     }
@@ -170,7 +180,7 @@ void CardList::RefreshRows() {
 void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow) {
     const auto count = static_cast<long>(mRowIds.size());
     if (focusedRow >= count) {
-        // The control goes on with a row that is not there otherwise.
+        // Otherwise the control goes on to use a focused row that no longer exists.
         mpListCtrl->SetFocusedRow(-1);
     }
     mpListCtrl->SetItemCount(count);
@@ -179,10 +189,11 @@ void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long foc
 }
 
 void CardList::SelectRowIds() {
-    const wxString order = kColumns[mSortColumn].Order;
+    const ListColumnTraits& traits = TraitsOf(mSortColumn);
+    const CardColumn order = mIsReverse ? traits.ReverseOrder : traits.Order;
     if (!mSearch.empty()) {
-        // The store reports what fails.
-        if (mShowCategory) {
+        // The store itself reports a failure.
+        if (mShowCategory && !mSearchAll) {
             mpDatabase->SearchRowIdsOrder(mCategoryId, mSearch, order, mRowIds);
         } else {
             mpDatabase->SearchRowIdsOrder(mSearch, order, mRowIds);
@@ -203,7 +214,7 @@ void CardList::ShowOtherCards() {
         return;
     }
     if (GetFocusedRowId() != focused) {
-        // The card is not among them, and its former place would mean nothing.
+        // The focused card is not among the new rows.
         mpListCtrl->SetFocusedRow(0);
     }
     mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
@@ -258,21 +269,25 @@ const FlashCard* CardList::FetchRow(long row) {
     return &mRowCache.Insert(key, std::move(cards.front()));
 }
 
-wxString CardList::GetCellText(long row, long column) {
+wxString CardList::GetCellText(long row, ListColumn column) {
     const FlashCard* const card = FetchRow(row);
     if (card == nullptr) {
         return _("Error: contact technical support");
     }
-    switch (column) {
-        case 0:
-            return wxString::Format("%i", card->IntroductionOrder);
-        case 1:
-            return CellText(card->Front);
-        case 2:
-            return CellText(card->Back);
-        default:
-            return wxString();
+    if (column == ListColumn::kCategory) {
+        return NameCategory(card->CategoryId);
     }
+    return MakeCellText(*card, column, mIsReverse ? kReviewReverse : kReviewForward);
+}
+
+wxString CardList::NameCategory(int32_t id) {
+    const auto known = mCategoryNames.find(id);
+    if (known != mCategoryNames.end()) {
+        return known->second;
+    }
+    const wxString name = ShownName(GetCategoryName(*mpDatabase, id));
+    mCategoryNames.emplace(id, name);
+    return name;
 }
 
 void CardList::CollectSelection(std::vector<int64_t>& rowIds, bool clear) {
@@ -288,11 +303,11 @@ void CardList::EditSelected() {
 }
 
 bool CardList::CanEdit() const {
-    return mServices.CanOpenEditor() && HasTarget();
+    return HasTarget();
 }
 
 void CardList::EditRow(long row) {
-    if (!mServices.CanOpenEditor() || row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
+    if (row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
         return;
     }
     std::list<FlashCard> cards;
@@ -312,7 +327,7 @@ void CardList::PutOnClipboard(bool cut) {
 }
 
 bool CardList::CanPutOnClipboard() const {
-    return mServices.CanPutCardsOnClipboard() && HasTarget();
+    return HasTarget();
 }
 
 void CardList::Paste() {
@@ -342,13 +357,13 @@ void CardList::DeleteSelected() {
         return;
     }
     for (const long row : rows) {
-        // The store reports a failure; the other cards go all the same.
+        // The store itself reports a failure; the other cards are deleted all the same.
         mpDatabase->CardDeleteByRowId(mRowIds[static_cast<size_t>(row)]);
     }
     mpListCtrl->SelectEveryRow(false);
     mpListCtrl->SetFocusedRow(-1);
     mpDatabase->Notify();
-    // So that the keys go on where the cards were.
+    // The keys go on where the deleted cards were.
     RestoreFocus(kNoCard, rows.front());
     if (mpListCtrl->GetFocusedRow() >= 0) {
         mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
@@ -381,7 +396,8 @@ void CardList::OnListKeyDown(wxListEvent& event) {
 }
 
 void CardList::OnColumnClick(wxListEvent& event) {
-    if (event.GetColumn() < 0 || event.GetColumn() >= kColumnCount) {
+    const ListColumns& columns = mpListCtrl->GetColumns();
+    if (event.GetColumn() < 0 || static_cast<size_t>(event.GetColumn()) >= columns.size()) {
         return;
     }
     std::vector<int64_t> selected;
@@ -389,7 +405,8 @@ void CardList::OnColumnClick(wxListEvent& event) {
     const long focusedRow = mpListCtrl->GetFocusedRow();
     const int64_t focused = GetFocusedRowId();
     mpListCtrl->SetFocusedRow(-1);
-    mSortColumn = static_cast<uint32_t>(event.GetColumn());
+    mSortColumn = columns[static_cast<size_t>(event.GetColumn())];
+    mpListCtrl->ShowSortIndicator(event.GetColumn());
     RefreshRows();
     if (!selected.empty()) {
         RestoreSelection(std::move(selected));
@@ -402,24 +419,63 @@ void CardList::OnColumnClick(wxListEvent& event) {
 }
 
 void CardList::OnColumnRightClick(wxListEvent& event) {
-    const int column = event.GetColumn();
+    mMenuColumn = event.GetColumn();
+    ShowColumnMenu(wxDefaultPosition);
+}
+
+void CardList::OpenColumnMenu() {
+    mMenuColumn = -1;
+    ShowColumnMenu(GetRowsWindow(*mpListCtrl).GetPosition());
+}
+
+void CardList::ShowColumnMenu(const wxPoint& place) {
     wxMenu menu;
-    for (const ColumnMenuRow& row : kColumnMenu) {
-        menu.Append(row.Id, *row.Label == '\0' ? wxString() : wxGetTranslation(row.Label),
-                    wxString(), row.Kind);
+    menu.Append(ID_COLUMN_AUTO_SIZE, _("Auto Size Column"))->Enable(mMenuColumn >= 0);
+    menu.Append(ID_COLUMN_AUTO_SIZE_ALL, _("Auto Size All Columns"));
+    menu.AppendSeparator();
+    for (const ListColumnTraits& traits : AllListColumns()) {
+        if (traits.MenuId != 0) {
+            menu.AppendCheckItem(traits.MenuId, wxGetTranslation(traits.Heading))
+                ->Check(std::count(mShownColumns.begin(), mShownColumns.end(), traits.Column) != 0);
+        }
     }
-    menu.Enable(ID_COLUMN_AUTO_SIZE, column >= 0);
-    menu.Bind(
+    menu.Enable(ID_COLUMN_CATEGORY, IsSearchOverAll());
+    PopupMenu(&menu, place);
+}
+
+void CardList::BindColumnMenu() {
+    for (const ListColumnTraits& traits : AllListColumns()) {
+        if (traits.MenuId != 0) {
+            Bind(
+                wxEVT_MENU, [this, &traits](wxCommandEvent&) { ToggleColumn(traits.Column); },
+                traits.MenuId);
+        }
+    }
+    Bind(
         wxEVT_MENU,
-        [this, column](wxCommandEvent&) { mpListCtrl->SetColumnWidth(column, wxLIST_AUTOSIZE); },
+        [this](wxCommandEvent&) { mpListCtrl->SetColumnWidth(mMenuColumn, wxLIST_AUTOSIZE); },
         ID_COLUMN_AUTO_SIZE);
-    menu.Bind(
+    Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { AutoSizeAllColumns(); }, ID_COLUMN_AUTO_SIZE_ALL);
-    PopupMenu(&menu);
+}
+
+void CardList::ToggleColumn(ListColumn column) {
+    const auto place = std::lower_bound(mShownColumns.begin(), mShownColumns.end(), column);
+    if (place != mShownColumns.end() && *place == column) {
+        mShownColumns.erase(place);
+    } else {
+        mShownColumns.insert(place, column);
+    }
+    WriteShownColumns(mShownColumns);
+    const ListColumn sorted = mSortColumn;
+    ArrangeColumns();
+    if (mSortColumn != sorted) {
+        RefreshRows();
+    }
 }
 
 void CardList::AutoSizeAllColumns() {
-    for (int column = 0; column < kColumnCount; ++column) {
+    for (int column = 0; column < mpListCtrl->GetColumnCount(); ++column) {
         mpListCtrl->SetColumnWidth(column, wxLIST_AUTOSIZE);
     }
 }

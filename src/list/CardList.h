@@ -3,43 +3,53 @@
 #include <wx/panel.h>
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
+#include "list/CardColumns.h"
 #include "list/CardListCtrl.h"
 #include "store/Subject.h"
 
 class AppServices;
-class CardListCtrl;
 class Database;
 class wxListEvent;
 
-// The panel and its list control share it.
+// Window id of the panel and of its list control.
 constexpr int kCardListId = 10093;
 
-// Shows the cards of the current category, or those of them that match a search, in the order of a
-// column. Holds one row id per card and reads only the cards that are drawn, so a store of any size
-// opens at once. Follows the store and the settings by their notices; the selection follows its
-// cards. Main thread only.
+// Shows the cards of the current category, or those that match a search, in the order of a column.
+// Holds one row id for each card and reads a card only when it is drawn, so a store of any size
+// opens at once. Refreshes itself when the store or the settings notify; the selection stays with
+// its cards, not with its rows. Main thread only.
 class CardList : public wxPanel, private Observer {
   public:
     // The services are not owned and must outlive the panel.
     CardList(AppServices& services, wxWindow* parent, const wxSize& size);
     ~CardList() override;
 
-    // The store to show, not owned; null shows nothing.
+    // Shows that store, which is not owned; null shows nothing.
     void SetDatabase(Database* database);
     // True takes the rows from the current category, false from searches in the whole store.
     void SetShowCategory(bool show);
-    // An empty text shows all. "%" and "_" are wild cards.
+    // True lets a search find cards of all categories. Without a search it changes nothing.
+    void SetSearchAll(bool all);
+    // Shows the cards that contain the text; an empty text shows all. "%" and "_" are wild cards.
     void SetSearch(const wxString& text);
 
-    // What a cell shows; reads the card when it is not at hand.
-    wxString GetCellText(long row, long column);
+    // Returns the text of a cell. Reads the card from the store when it is not in the cache.
+    wxString GetCellText(long row, ListColumn column);
 
-    // The row ids of the selected rows, ascending by row; with clear the rows are deselected.
+    // Opens the menu of the columns by the headings, as a right click on a heading does.
+    void OpenColumnMenu();
+
+    // Shows the schedules of the direction that is under study now.
+    void FollowDirection();
+
+    // Fills rowIds with the row ids of the selected rows, in the order of the rows. With clear the
+    // rows are deselected.
     void CollectSelection(std::vector<int64_t>& rowIds, bool clear);
 
-    // Opens the first row that is focused or selected in its editor.
+    // Opens the first focused or selected card in its editor.
     void EditSelected();
     bool CanEdit() const;
     void Cut() { PutOnClipboard(true); }
@@ -47,12 +57,13 @@ class CardList : public wxPanel, private Observer {
     bool CanPutOnClipboard() const;
     void Paste();
     bool CanPaste() const;
-    // Asks first. Without a selection the focused card goes.
+    // Asks before it deletes. When no card is selected, the focused card is deleted.
     void DeleteSelected();
     void SelectAll();
-    // A card is there for the commands to take: selected, or else focused.
+    // Returns true when a command has a card to act on: a selected one, or the focused one.
     bool HasTarget() const;
-    // As of the last notice of the store; true also when the cards could not be counted.
+    // Tells whether the whole store had no card at its last notice. True also when the cards could
+    // not be counted.
     bool IsStoreEmpty() const { return mStoreCount == 0; }
 
     void SetFocus() override;
@@ -62,13 +73,20 @@ class CardList : public wxPanel, private Observer {
 
     void RefreshRows();
     void SelectRowIds();
-    // Shows as many rows as there are row ids, with what was selected and focused before.
+    bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
+    // Shows the columns that the user has chosen, as far as they mean something for these rows.
+    void ArrangeColumns();
+    void ToggleColumn(ListColumn column);
+    wxString NameCategory(int32_t id);
+    // Gives the control one row for each row id, and restores what was selected and focused.
     void ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow);
-    // Reads the rows anew where they are other cards than before, and scrolls to the focused one.
+    // Refreshes after a change of category or search, when the former place of the focus means
+    // nothing, and scrolls to the focused row.
     void ShowOtherCards();
-    // Selects the rows of those cards, in any order, and nothing else.
+    // Selects the rows of these cards, given in any order, and deselects all others.
     void RestoreSelection(std::vector<int64_t> rowIds);
-    // Puts the focus on the row of that card. With none, onto the row that stands where it stood.
+    // Puts the focus on the row of that card. When the card is gone, the row that took its place
+    // gets the focus.
     void RestoreFocus(int64_t rowId, long formerRow);
     long FindRow(int64_t rowId) const;
     int64_t GetFocusedRowId() const;
@@ -81,6 +99,8 @@ class CardList : public wxPanel, private Observer {
     void OnListKeyDown(wxListEvent& event);
     void OnColumnClick(wxListEvent& event);
     void OnColumnRightClick(wxListEvent& event);
+    void BindColumnMenu();
+    void ShowColumnMenu(const wxPoint& place);
     void AutoSizeAllColumns();
     void OnContextMenu(wxContextMenuEvent& event);
 
@@ -89,10 +109,18 @@ class CardList : public wxPanel, private Observer {
     Database* mpDatabase = nullptr;
     bool mShowCategory = false;
     wxString mSearch;
+    bool mSearchAll = false;
     int32_t mCategoryId = -1;
-    uint32_t mSortColumn = 0;
+    // The columns that the user has chosen, and the one of them that gives the order.
+    ListColumns mShownColumns = ReadShownColumns();
+    ListColumn mSortColumn = ListColumn::kNumber;
+    bool mIsReverse;
+    // The column whose heading the menu was opened on, or -1.
+    int mMenuColumn = -1;
+    // Names of categories that were drawn since the last refresh, by id.
+    std::map<int32_t, wxString> mCategoryNames;
     CardRowCache mRowCache;
-    // One for each list row, in the order of display.
+    // The store's row id of each list row, in the order on the screen.
     std::vector<int64_t> mRowIds;
     int32_t mStoreCount = 0;
     SubjectAttachment mSettingsAttachment;

@@ -9,13 +9,25 @@
 #include "list/CardList.h"
 #include "shell/Toolkit.h"
 
+// Focus and selection. A person who works by the keys needs three promises that the base class does
+// not keep:
+//
+// 1. While there are rows, one of them is focused, so that every key has a card to act on. The base
+//    class starts with no focused row, and after a refresh it may keep one that is gone.
+// 2. Commands act on the selected cards, or on the focused card when none is selected.
+// 3. Shift extends the selection from the focused row. The base class extends it from a row of its
+//    own, the anchor, which only the user's keys and clicks move. After a refresh that row shows
+//    another card: with the focus restored to row 7 and an anchor left at row 2, Shift+Down would
+//    select rows 2 to 8. So a focus that the program sets marks the anchor as stale (mIsAnchored),
+//    and the next key or click with Shift first moves the anchor (AnchorFocusedRow).
+
 const FlashCard* CardRowCache::Find(int32_t row) const {
     const auto found = mCards.find(row);
     return found == mCards.end() ? nullptr : &found->second;
 }
 
 void CardRowCache::Trim(int32_t top, int32_t page) {
-    // The last row at or above the page before stays.
+    // The last row at or above the beginning of the previous page stays.
     auto first = mCards.upper_bound(top - page);
     if (first != mCards.begin()) {
         mCards.erase(mCards.begin(), --first);
@@ -31,17 +43,21 @@ namespace {
 
 constexpr int kNoticeId = 10000;
 constexpr int kNoticePlace = 30;
-constexpr int kNoticeWidth = 180;
-// The control cuts a longer text by the widths of its single characters, which takes long and puts
-// the dots onto the text where letters join or are narrower together.
+constexpr int kNarrowestNotice = 180;
+// The base class cuts a longer text by adding up the widths of its single characters. That is slow,
+// and it draws the dots over the text where letters join or kern.
 constexpr size_t kShortText = 40;
-// Letters before this one are those of European languages, with no marks to join.
+// The first combining mark. All characters before it stand alone.
 constexpr wxUniChar::value_type kFirstJoining = 0x300;
-// What the control leaves free of the width of a column.
+// The part of a column's width in which the base class draws no text, in pixels.
 constexpr int kCellMargins = 8;
-// Kept free beside the widest text of a column that fits itself to its texts.
+// Space beside the widest text of a column that was fitted to its texts.
 constexpr int kSpareWidth = 4;
 constexpr int kNarrowest = 30;
+// The least width of a column of texts that share the room.
+constexpr int kNarrowestText = 90;
+// The mark of the sorted column, in its heading.
+constexpr int kSortMark = 20;
 
 bool IsCutWell(const wxString& text) {
     return text.length() <= kShortText &&
@@ -55,10 +71,9 @@ CardListCtrl::CardListCtrl(CardList& owner)
     : wxListCtrl(&owner, kCardListId, wxDefaultPosition, wxSize(100, 100),
                  wxLC_REPORT | wxLC_VIRTUAL | wxBORDER_NONE, wxDefaultValidator, "listCtrl"),
       mOwner(owner) {
-    mpEmptyNotice = new wxStaticText(&GetRowsWindow(*this), kNoticeId,
-                                     _("There are no items to show in this view"),
+    mpEmptyNotice = new wxStaticText(&GetRowsWindow(*this), kNoticeId, wxString(),
                                      wxPoint(kNoticePlace, kNoticePlace));
-    mpEmptyNotice->Wrap(kNoticeWidth);
+    SetAdvice(wxString());
     mpEmptyNotice->Hide();
     TellRow(*this, wxString(), _("Cards"));
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CardListCtrl::OnItemFocused, this);
@@ -66,6 +81,74 @@ CardListCtrl::CardListCtrl(CardList& owner)
     Bind(wxEVT_LEFT_DOWN, &CardListCtrl::OnLeftDown, this);
     Bind(wxEVT_CHAR, &CardListCtrl::OnCharacter, this);
     Bind(wxEVT_IDLE, &CardListCtrl::OnIdle, this);
+    GetRowsWindow(*this).Bind(wxEVT_SIZE, &CardListCtrl::OnRowsSize, this);
+    Bind(wxEVT_LIST_COL_END_DRAG, [this](wxListEvent& event) {
+        event.Skip();
+        KeepWidths();
+    });
+}
+
+void CardListCtrl::SetColumns(const ListColumns& columns) {
+    if (columns == mColumns) {
+        return;
+    }
+    for (size_t i = 0; i < mColumns.size(); ++i) {
+        mWidths[mColumns[i]] = GetColumnWidth(static_cast<int>(i));
+    }
+    DeleteAllColumns();
+    mColumns = columns;
+    for (const ListColumn column : mColumns) {
+        AppendColumn(wxGetTranslation(TraitsOf(column).Heading));
+    }
+    FitColumns();
+}
+
+// Returns the width of a column before anyone has set one; 0 when it takes a share of the room.
+int CardListCtrl::GetFirstWidth(ListColumn column) const {
+    const int digits = TraitsOf(column).Digits;
+    if (digits == 0) {
+        return 0;
+    }
+    const int text = GetTextExtent(wxString('0', static_cast<size_t>(digits))).x;
+    return std::max(text, MeasureHeading(column)) + kCellMargins + kSpareWidth;
+}
+
+void CardListCtrl::FitColumns() {
+    std::vector<int> widths;
+    for (const ListColumn column : mColumns) {
+        const auto known = mWidths.find(column);
+        const bool isKept = mWidthsAreSet && known != mWidths.end();
+        widths.push_back(isKept ? known->second : GetFirstWidth(column));
+    }
+    ShareRoom(widths, GetRowsWindow(*this).GetClientSize().x, FromDIP(kNarrowestText));
+    for (size_t i = 0; i < widths.size(); ++i) {
+        const int column = static_cast<int>(i);
+        if (GetColumnWidth(column) != widths[i]) {
+            wxListCtrl::SetColumnWidth(column, widths[i]);
+        }
+    }
+}
+
+bool CardListCtrl::SetFont(const wxFont& font) {
+    const bool isSet = wxListCtrl::SetFont(font);
+    if (!mWidthsAreSet) {
+        FitColumns();
+    }
+    return isSet;
+}
+
+void CardListCtrl::SetAdvice(const wxString& advice) {
+    mNotice = _("There are no items to show in this view");
+    if (!advice.empty()) {
+        mNotice << "\n\n" << advice;
+    }
+    PlaceNotice();
+}
+
+void CardListCtrl::PlaceNotice() {
+    const int room = GetRowsWindow(*this).GetClientSize().x - 2 * kNoticePlace;
+    mpEmptyNotice->SetLabel(mNotice);
+    mpEmptyNotice->Wrap(std::max(room, kNarrowestNotice));
 }
 
 long CardListCtrl::GetFocusedRow() const {
@@ -92,8 +175,8 @@ void CardListCtrl::FocusSomeRow() {
 
 std::vector<long> CardListCtrl::GetSelectedRows() const {
     const auto count = static_cast<size_t>(GetSelectedItemCount());
-    // The control looks through all selected rows each time that it is asked for one. Most
-    // selections are a run of rows around the focused one, which takes the fewest questions.
+    // Each question for the next selected row takes the base class a pass over all selected rows.
+    // Most selections are one run of rows around the focused row, so that run is tried first.
     const auto isSelected = [this](long row) {
         return row >= 0 && row < GetItemCount() && GetItemState(row, wxLIST_STATE_SELECTED) != 0;
     };
@@ -122,10 +205,10 @@ std::vector<long> CardListCtrl::GetSelectedRows() const {
 }
 
 void CardListCtrl::SetSelectedRows(const std::vector<long>& rows) {
-    // Nobody listens, and an event for each row would take longer than all the rest.
+    // Nobody listens to these events, and one for each row would take longer than all the rest.
     wxEventBlocker quiet(this, wxEVT_LIST_ITEM_SELECTED);
     quiet.Block(wxEVT_LIST_ITEM_DESELECTED);
-    // All rows in one call, then those that differ, whichever way they are fewer.
+    // Sets all rows to the more frequent state in one call, then the others one by one.
     const long count = GetItemCount();
     const bool most = rows.size() > static_cast<size_t>(count) / 2;
     SelectEveryRow(most);
@@ -146,8 +229,8 @@ void CardListCtrl::SetSelectedRows(const std::vector<long>& rows) {
 }
 
 void CardListCtrl::SelectEveryRow(bool select) {
-    // The control keeps the rows that are in the rarer state, and forgets all of them at once only
-    // when the state of all rows turns over.
+    // The base class lists the rows that are in the rarer state. It drops that list in one step
+    // only when the state of all rows turns over, hence the two calls.
     if (GetItemCount() > 0) {
         SetItemState(-1, select ? 0 : wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
         SetItemState(-1, select ? wxLIST_STATE_SELECTED : 0, wxLIST_STATE_SELECTED);
@@ -165,40 +248,46 @@ bool CardListCtrl::SetColumnWidth(int column, int width) {
     if (width != wxLIST_AUTOSIZE && width != wxLIST_AUTOSIZE_USEHEADER) {
         return wxListCtrl::SetColumnWidth(column, width);
     }
-    // The first click of a double click has begun to drag the edge. The headings put off the width
-    // of a drag until they are idle, and would put the old width over the new one then.
+    KeepWidths();
+    // The first click of a double click begins to drag the edge. The headings apply the width of a
+    // drag when they are idle, which would replace the new width by the old one.
     if (wxWindow* const headings = FindHeadings()) {
         headings->OnInternalIdle();
     }
     return wxListCtrl::SetColumnWidth(column, MeasureColumn(column));
 }
 
-wxWindow* CardListCtrl::FindHeadings() {
-    const wxWindow& rows = GetRowsWindow(*this);
+wxWindow* CardListCtrl::FindHeadings() const {
     for (wxWindow* const child : GetChildren()) {
-        if (child != &rows) {
+        if (child != mpEmptyNotice->GetParent()) {
             return child;
         }
     }
     return nullptr;
 }
 
-// The control's own measure would take the texts as they were cut for the present width.
+int CardListCtrl::MeasureHeading(ListColumn column) const {
+    const wxWindow* const headings = FindHeadings();
+    const wxString text = wxGetTranslation(TraitsOf(column).Heading);
+    return (headings == nullptr ? 0 : headings->GetTextExtent(text).x) + FromDIP(kSortMark);
+}
+
+// The base class would measure the texts as they were cut for the present width.
 int CardListCtrl::MeasureColumn(int column) {
-    wxListItem heading;
-    heading.SetMask(wxLIST_MASK_TEXT);
-    GetColumn(column, heading);
-    wxWindow* const headings = FindHeadings();
-    int width = headings == nullptr ? 0 : headings->GetTextExtent(heading.GetText()).x;
+    const ListColumn shown = mColumns[static_cast<size_t>(column)];
+    int width = MeasureHeading(shown);
     const long end = std::min<long>(GetTopItem() + GetCountPerPage() + 1, GetItemCount());
     for (long row = GetTopItem(); row < end; ++row) {
-        width = std::max(width, GetTextExtent(mOwner.GetCellText(row, column)).x);
+        width = std::max(width, GetTextExtent(mOwner.GetCellText(row, shown)).x);
     }
     return std::min(width + kCellMargins + kSpareWidth, std::max(GetClientSize().x, kNarrowest));
 }
 
 wxString CardListCtrl::OnGetItemText(long row, long column) const {
-    const wxString text = mOwner.GetCellText(row, column);
+    if (static_cast<size_t>(column) >= mColumns.size()) {
+        return wxString();
+    }
+    const wxString text = mOwner.GetCellText(row, mColumns[static_cast<size_t>(column)]);
     if (IsCutWell(text)) {
         return text;
     }
@@ -215,26 +304,28 @@ void CardListCtrl::OnItemFocused(wxListEvent& event) {
 }
 
 void CardListCtrl::TellFocusedRow() {
-    // The row is about to be drawn, but for one that a refresh brings to an unseen place.
+    // This reads the card, which is cheap: nearly always the row is about to be drawn anyway.
     wxString row;
     if (mLastFocused >= 0 && GetRowsWindow(*this).HasFocus()) {
-        row = mOwner.GetCellText(mLastFocused, 1) + "\n" + mOwner.GetCellText(mLastFocused, 2);
+        row = mOwner.GetCellText(mLastFocused, ListColumn::kFront) + "\n" +
+              mOwner.GetCellText(mLastFocused, ListColumn::kBack);
     }
     TellRow(*this, row, _("Cards"));
 }
 
 void CardListCtrl::OnRowsFocused(wxFocusEvent& event) {
     event.Skip();
-    // The control would frame the first row without a word and act on it in part only.
+    // The base class would draw the focus around the first row without focusing it.
     FocusSomeRow();
     TellFocusedRow();
-    // The scrolling of the rows keeps the toolkit's own notice from the windows around.
+    // The window of the rows scrolls, and the toolkit does not pass the focus notice of such a
+    // window on to its parents.
     wxChildFocusEvent notice(this);
     ProcessWindowEvent(notice);
 }
 
-// Makes the focused row the one from which Shift extends the selection. The control does so where a
-// key steps onto a row, which deselects the others for the moment.
+// Makes the focused row the anchor. The base class offers no way but a key that steps onto the row,
+// so one is sent from the row above; it deselects the other rows, which are selected again after.
 void CardListCtrl::AnchorFocusedRow() {
     const long row = GetFocusedRow();
     if (row < 0) {
@@ -280,7 +371,7 @@ void CardListCtrl::OnCharacter(wxKeyEvent& event) {
             break;
         case WXK_RETURN:
         case WXK_NUMPAD_ENTER:
-            // The control itself opens no row that is focused and not selected.
+            // The base class opens no row that is focused but not selected.
             if (event.HasModifiers() || GetFocusedRow() < 0) {
                 event.Skip();
             } else {
@@ -291,7 +382,7 @@ void CardListCtrl::OnCharacter(wxKeyEvent& event) {
             }
             break;
         default: {
-            // The control would look for the first row that begins with the character, reading
+            // The base class would look for the first row that begins with the character and read
             // every card of the store on the way.
             const bool isText =
                 event.GetUnicodeKey() > WXK_SPACE && event.GetKeyCode() != WXK_DELETE;
@@ -309,7 +400,16 @@ void CardListCtrl::OnIdle(wxIdleEvent& event) {
     KeepHeadingsInPlace();
 }
 
-// The control draws the headings before it scrolls the rows, so they would stand a step behind.
+void CardListCtrl::OnRowsSize(wxSizeEvent& event) {
+    event.Skip();
+    if (!mWidthsAreSet) {
+        FitColumns();
+    }
+    PlaceNotice();
+}
+
+// Draws the headings again after the rows have scrolled. The base class draws them before, so they
+// would stay one step behind.
 void CardListCtrl::KeepHeadingsInPlace() {
     std::vector<int> places{0};
     CalcUnscrolledPosition(0, 0, &places.front(), nullptr);

@@ -7,21 +7,22 @@
 #include <map>
 #include <vector>
 
+#include "list/CardColumns.h"
 #include "store/FlashCard.h"
 
 class CardList;
 class wxStaticText;
 
-// The cards of the list rows that are drawn, and of about a page on each side, so that a list of
-// any length holds three pages of cards.
+// Keeps the cards of the rows on the screen and of about a page on each side, so that a list of any
+// length holds at most three pages of cards.
 class CardRowCache {
   public:
     void Clear() { mCards.clear(); }
 
-    // The card of a row, or null when it is not here.
+    // Returns the card of a row, or null when it is not cached.
     const FlashCard* Find(int32_t row) const;
 
-    // Forgets the rows far from a page that begins with the row top.
+    // Forgets the rows that are more than a page away from the page that begins with the row top.
     void Trim(int32_t top, int32_t page);
 
     const FlashCard& Insert(int32_t row, FlashCard card);
@@ -32,37 +33,56 @@ class CardRowCache {
     std::map<int32_t, FlashCard> mCards;
 };
 
-// The virtual list control of a CardList: asks it for the text of what is drawn, and tells in words
-// when there is nothing to show. Works on whole selections, as a pass over a million rows by the
-// control's own operations is slow. While there are rows one of them is focused, so that every key
-// has a row to act on.
+// The virtual list control inside a CardList, which gives it the texts of the cells and outlives
+// it. Handles selections as a whole, because the base class takes long for a million single rows,
+// and shows a notice when there are no rows. The source begins with the rules of the focus.
 class CardListCtrl : public wxListCtrl {
   public:
     explicit CardListCtrl(CardList& owner);
 
-    // The row that the keys act on, or -1.
+    // Shows these columns. Until the user sets a width they fill the list; after that those that
+    // were shown before keep their widths.
+    void SetColumns(const ListColumns& columns);
+    const ListColumns& GetColumns() const { return mColumns; }
+    // Whether the user has set widths, in this or an earlier run of the program.
+    bool AreWidthsSet() const { return mWidthsAreSet; }
+    // Takes the present widths as set by the user.
+    void KeepWidths() { mWidthsAreSet = true; }
+
+    // Returns the row that the keys act on, or -1.
     long GetFocusedRow() const;
     void SetFocusedRow(long row);
     // Focuses the first row if there are rows and none is focused.
     void FocusSomeRow();
 
-    // Ascending.
+    // Returns the selected rows in ascending order.
     std::vector<long> GetSelectedRows() const;
-    // Exactly these rows, ascending, are selected afterwards.
+    // Selects exactly these rows, which are given in ascending order.
     void SetSelectedRows(const std::vector<long>& rows);
     void SelectEveryRow(bool select);
-    // Selects the focused row if no row is selected, so that the user sees what a command takes.
+    // Selects the focused row when no row is selected, so that the user sees what a command is
+    // about to take.
     void SelectSomeRow();
 
-    // Takes wxLIST_AUTOSIZE as well, also when the user double-clicks on the edge of a heading: as
-    // wide as the heading and the rows in view need, but no wider than the list.
+    // Says what to do while there are no rows, below the notice that there are none.
+    void SetAdvice(const wxString& advice);
+
+    // With wxLIST_AUTOSIZE, which a double click on the edge of a heading sends too, makes the
+    // column as wide as its heading and the rows in view need, but no wider than the list.
     bool SetColumnWidth(int column, int width) override;
+
+    // The widths follow the font.
+    bool SetFont(const wxFont& font) override;
 
     wxString OnGetItemText(long row, long column) const override;
 
   private:
-    wxWindow* FindHeadings();
+    wxWindow* FindHeadings() const;
     int MeasureColumn(int column);
+    int MeasureHeading(ListColumn column) const;
+    int GetFirstWidth(ListColumn column) const;
+    void FitColumns();
+    void PlaceNotice();
     void TellFocusedRow();
     void AnchorFocusedRow();
     void KeepHeadingsInPlace();
@@ -72,14 +92,19 @@ class CardListCtrl : public wxListCtrl {
     void OnLeftDown(wxMouseEvent& event);
     void OnCharacter(wxKeyEvent& event);
     void OnIdle(wxIdleEvent& event);
+    void OnRowsSize(wxSizeEvent& event);
 
     CardList& mOwner;
     wxStaticText* mpEmptyNotice = nullptr;
-    // The control tells of a new focused row; asking it means a pass over all rows.
+    wxString mNotice;
+    ListColumns mColumns;
+    // The widths of the columns that were shown before, in pixels; hidden ones keep theirs.
+    std::map<ListColumn, int> mWidths;
+    bool mWidthsAreSet = false;
+    // The row of the last focus event. Asking the base class would take a pass over all rows.
     long mLastFocused = -1;
-    // The control knows from where Shift extends the selection. It learns that from the user's keys
-    // and clicks alone, and its row is another card after a refresh.
+    // True while the row from which Shift extends the selection is the one that the user expects.
     bool mIsAnchored = false;
-    // Scroll position and widths for which the headings were last drawn.
+    // The scroll position and the column widths for which the headings were last drawn.
     std::vector<int> mHeadingPlaces;
 };

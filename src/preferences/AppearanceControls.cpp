@@ -10,29 +10,49 @@
 
 #include <algorithm>
 
+#include "shell/Forms.h"
 #include "shell/Toolkit.h"
 
 namespace {
 
 constexpr int kSwatchId = 10062;
 constexpr int kColorButtonId = 10064;
-constexpr int kBorder = 5;
+constexpr int kFontNameId = 10047;
+constexpr int kFontButtonId = 10051;
+
+// Room for most names of fonts, in pixels at the usual resolution and in characters.
+constexpr int kNameWidth = 180;
+constexpr int kNameLength = 22;
 
 }  // namespace
 
-ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& label)
-    : wxPanel(parent, id) {
+void AppearanceControl::CreateRow(wxWindow* sample, int buttonId, const wxString& buttonText,
+                                  const wxString& label) {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    const int border = FromDIP(kBorder);
+    row->Add(sample, wxSizerFlags(1).Expand());
+    mpButton = new wxButton(this, buttonId, buttonText);
+    row->Add(mpButton, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
+    SetSizer(row);
+    SetAccessibleName(*mpButton, label + " " + mpButton->GetLabelText());
+    mpButton->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Change(); });
+}
+
+void AppearanceControl::AlignButtons(std::initializer_list<const AppearanceControl*> controls) {
+    int width = 0;
+    for (const AppearanceControl* const control : controls) {
+        width = std::max(width, control->mpButton->GetBestSize().x);
+    }
+    for (const AppearanceControl* const control : controls) {
+        control->mpButton->SetMinSize(wxSize(width, -1));
+    }
+}
+
+ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& label)
+    : AppearanceControl(parent, id) {
     mpSwatch =
         new wxPanel(this, kSwatchId, wxDefaultPosition, FromDIP(wxSize(10, 10)), wxBORDER_SIMPLE);
     mpSwatch->SetCanFocus(false);
-    row->Add(mpSwatch, wxSizerFlags(1).Expand().Border(wxRIGHT, border));
-    auto* const change = new wxButton(this, kColorButtonId, _("Change Color..."));
-    row->Add(change, wxSizerFlags().CentreVertical().Border(wxALL, border));
-    SetSizer(row);
-    SetAccessibleName(*change, label + " " + change->GetLabelText());
-    change->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnChange(); });
+    CreateRow(mpSwatch, kColorButtonId, _("Change Color..."), label);
 }
 
 void ColorControl::SetColourData(const wxColourData& data) {
@@ -41,38 +61,21 @@ void ColorControl::SetColourData(const wxColourData& data) {
     mpSwatch->Refresh();
 }
 
-void ColorControl::OnChange() {
+void ColorControl::Change() {
     wxColourDialog dialog(this, &mData);
     if (dialog.ShowModal() == wxID_OK) {
         SetColourData(dialog.GetColourData());
     }
 }
 
-namespace {
-
-constexpr int kNameId = 10047;
-constexpr int kFontButtonId = 10051;
-// Room for most names.
-constexpr int kNameWidth = 180;
-constexpr int kNameLength = 22;
-
-}  // namespace
-
 FontControl::FontControl(wxWindow* parent, wxWindowID id, const wxString& label)
-    : wxPanel(parent, id) {
-    auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    const int border = FromDIP(kBorder);
-    mpName = new wxTextCtrl(this, kNameId, wxString(), wxDefaultPosition,
-                            wxSize(std::max(FromDIP(kNameWidth), kNameLength * GetCharWidth()), -1),
+    : AppearanceControl(parent, id) {
+    const int width = std::max(FromDIP(kNameWidth), kNameLength * GetCharWidth());
+    mpName = new wxTextCtrl(this, kFontNameId, wxString(), wxDefaultPosition, wxSize(width, -1),
                             wxTE_READONLY | wxTE_CENTRE);
     mpName->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
-    row->Add(mpName, wxSizerFlags().CentreVertical().Border(wxRIGHT, border));
-    auto* const change = new wxButton(this, kFontButtonId, _("Change Font..."));
-    row->Add(change, wxSizerFlags().CentreVertical().Border(wxALL, border));
-    SetSizer(row);
     SetAccessibleName(*mpName, label);
-    SetAccessibleName(*change, label + " " + change->GetLabelText());
-    change->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnChange(); });
+    CreateRow(mpName, kFontButtonId, _("Change Font..."), label);
 }
 
 void FontControl::SetFontData(const wxFontData& data) {
@@ -89,7 +92,7 @@ wxFont FontControl::GetFontOfData() const {
     return chosen.IsOk() ? chosen : mData.GetInitialFont();
 }
 
-void FontControl::OnChange() {
+void FontControl::Change() {
     wxFontDialog dialog(this, mData);
     if (dialog.ShowModal() == wxID_OK) {
         SetFontData(dialog.GetFontData());

@@ -4,17 +4,16 @@
 #include <wx/choice.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
-#include <wx/settings.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
-#include <algorithm>
 #include <limits>
 
 #include "preferences/AppearanceControls.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/Subject.h"
@@ -37,23 +36,17 @@ enum : int {
     ID_INTRODUCTION = 10149
 };
 
-// Between what stands side by side, and around the rows of the form.
-constexpr int kBorder = 5;
-constexpr int kRowBorder = 1;
-constexpr int kHeadingBorder = 2;
+// The width at which the texts of the form break into lines.
 constexpr int kTextWidth = 215;
-// What the window shows of the form at least, in lines of text.
-constexpr int kLines = 17;
 
-constexpr int kLater = wxLEFT | wxRIGHT | wxBOTTOM;
-
-void LoadFont(FontControl& control, const wxString& key, bool withColour) {
+// A font with a colour key lets the platform's font dialog offer the colour too, where it can.
+void LoadFont(FontControl& control, const wxString& key, const wxString& colourKey) {
     wxFontData data;
     data.SetInitialFont(ReadFontSetting(key));
     data.SetAllowSymbols(false);
-    data.EnableEffects(withColour);
-    if (withColour) {
-        data.SetColour(ReadColourSetting(key + "Color"));
+    data.EnableEffects(!colourKey.empty());
+    if (!colourKey.empty()) {
+        data.SetColour(ReadColourSetting(colourKey));
     }
     control.SetFontData(data);
 }
@@ -74,13 +67,12 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
       mActions(actions) {
     CreateControls();
     LoadSettings();
+    TextUndo::AttachTo(*mpForm);
     FitTextHeights(*mpForm);
-    mpForm->FitInside();
-    // A large font needs a larger window.
-    const int scrollBar = std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
-    SetSize(std::max(FromDIP(400), mpForm->GetSizer()->CalcMin().x + scrollBar),
-            std::max(FromDIP(300), kLines * GetCharHeight()));
-    Layout();
+    // The window has room for the longer description, and opens with the other.
+    ShowDescription(true);
+    FitDialogToForm(*this, *mpForm, FromDIP(wxSize(400, 300)));
+    ShowDescription(false);
     CentreOnParent();
     Bind(wxEVT_CHOICE, &PreferencesDialog::OnIntroductionChoice, this, ID_INTRODUCTION);
     Bind(wxEVT_CHOICE, &PreferencesDialog::OnStoreChoice, this, ID_STORE_CHOICE);
@@ -93,10 +85,7 @@ void PreferencesDialog::CreateControls() {
     mpForm = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                                   wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL);
     mpForm->SetScrollRate(1, 1);
-    mpFormSizer = new wxBoxSizer(wxVERTICAL);
-    auto* const margin = new wxBoxSizer(wxVERTICAL);
-    margin->Add(mpFormSizer, wxSizerFlags(1).Expand().Border(wxALL, FromDIP(kBorder)));
-    mpForm->SetSizer(margin);
+    mpFormSizer = MakeFormColumn(*mpForm);
     CreateAppearance();
     CreateAdvanced();
     CreateStoreFile();
@@ -104,112 +93,101 @@ void PreferencesDialog::CreateControls() {
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     SetSizer(rows);
     rows->Add(mpForm, wxSizerFlags(1).Expand());
-    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, FromDIP(kBorder)));
+    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, FromDIP(kFormEdge)));
 }
 
 void PreferencesDialog::CreateAppearance() {
-    AddHeading(_("Appearance"));
-    mpListFont = AddControl<FontControl>(_("List View Font:"), wxALL, ID_LIST_FONT);
-    mpStudyFont = AddControl<FontControl>(_("Study Flash Card Font:"), kLater, ID_STUDY_FONT);
-    // The font dialog of some desktops, this one's too, has no colour to choose.
+    wxBoxSizer& group = *AddFormGroup(*mpFormSizer, *mpForm, _("Appearance"));
+    mpListFont = AddControl<FontControl>(group, _("List View Font:"), ID_LIST_FONT);
+    mpStudyFont = AddControl<FontControl>(group, _("Study Flash Card Font:"), ID_STUDY_FONT);
+    // The font dialogs of some desktops, GTK's among them, offer no colour, so it has a row of its
+    // own.
     mpStudyFontColor =
-        AddControl<ColorControl>(_("Study Flash Card Font Color:"), kLater, ID_STUDY_FONT_COLOR);
-    mpStudyColor = AddControl<ColorControl>(_("Study Flash Card Color:"), kLater, ID_STUDY_COLOR);
+        AddControl<ColorControl>(group, _("Study Flash Card Font Color:"), ID_STUDY_FONT_COLOR);
+    mpStudyColor = AddControl<ColorControl>(group, _("Study Flash Card Color:"), ID_STUDY_COLOR);
+    AppearanceControl::AlignButtons({mpListFont, mpStudyFont, mpStudyFontColor, mpStudyColor});
 }
 
 void PreferencesDialog::CreateAdvanced() {
-    AddHeading(_("Advanced"));
-    mpHeadingText = AddText(_("Introduction Options"), wxALL);
-    mpQuestionText = AddText(_("When would you like new cards introduced?"), wxALL);
+    wxBoxSizer& group = *AddFormGroup(*mpFormSizer, *mpForm, _("Advanced"));
+    const wxString question = _("When would you like new cards introduced?");
+    for (const wxString& text : {wxString(_("Introduction Options")), question}) {
+        AddText(group, text)->Wrap(FromDIP(kTextWidth));
+    }
     wxArrayString entries;
     entries.Add(_("After Scheduled Review"));
     entries.Add(_("During Scheduled Review"));
-    mpIntroductionChoice = AddChoice(ID_INTRODUCTION, entries);
-    SetAccessibleName(*mpIntroductionChoice, mpQuestionText->GetLabelText());
-    mpHeadingText->Wrap(FromDIP(kTextWidth));
-    mpQuestionText->Wrap(FromDIP(kTextWidth));
-    mpIntroductionText = AddText(wxString(), wxALL);
-    ShowDescription(false);
+    mpIntroductionChoice = AddChoice(group, ID_INTRODUCTION, entries, question);
+    mpIntroductionText = AddText(group, wxString());
 
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    mpFormSizer->Add(row, wxSizerFlags().Border(wxALL, FromDIP(kRowBorder)));
+    group.Add(row, FormRow(*mpForm));
     mpIntervalText = new wxTextCtrl(mpForm, ID_INTERVAL);
     SetAccessibleName(*mpIntervalText, _("Review interval in seconds"));
     row->Add(mpIntervalText, wxSizerFlags().CentreVertical());
     row->Add(new wxStaticText(mpForm, wxID_STATIC, _("seconds")),
-             wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kBorder)));
+             wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
 }
 
 void PreferencesDialog::CreateStoreFile() {
-    AddHeading(_("Store File"));
+    wxBoxSizer& group = *AddFormGroup(*mpFormSizer, *mpForm, _("Store File"));
     const wxStaticText* const label =
-        AddText(_("Your flash cards are stored in this file:"), wxALL);
-    const wxSizerFlags whole = wxSizerFlags().Expand();
-    const int border = FromDIP(kRowBorder);
+        AddText(group, _("Your flash cards are stored in this file:"));
+    const wxSizerFlags row = FormRow(*mpForm);
     mpStorePathText = new wxTextCtrl(mpForm, ID_STORE_PATH, wxString(), wxDefaultPosition,
                                      wxDefaultSize, wxTE_READONLY);
     SetAccessibleName(*mpStorePathText, label->GetLabelText());
-    mpFormSizer->Add(mpStorePathText, wxSizerFlags(whole).Border(wxLEFT | wxRIGHT, border));
+    group.Add(mpStorePathText, row);
 
     wxArrayString entries;
     entries.Add(_("Do not change the store file"));
     entries.Add(_("Move flash card store file to:"));
     entries.Add(_("Create a new flash card store file:"));
     entries.Add(_("Open flash card store file:"));
-    mpStoreChoice = AddChoice(ID_STORE_CHOICE, entries);
-    SetAccessibleName(*mpStoreChoice, _("Store File"));
+    mpStoreChoice = AddChoice(group, ID_STORE_CHOICE, entries, _("Store File"));
 
     mpNewPathText = new wxTextCtrl(mpForm, ID_NEW_PATH);
     SetAccessibleName(*mpNewPathText, _("New store file"));
-    mpFormSizer->Add(mpNewPathText, wxSizerFlags(whole).Border(kLater, border));
+    group.Add(mpNewPathText, row);
 
-    auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    mpFormSizer->Add(row, wxSizerFlags().Right().Border(kLater, border));
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    group.Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormGap)));
     mpDefaultButton = new wxButton(mpForm, ID_DEFAULT, _("Default"));
     mpBrowseButton = new wxButton(mpForm, ID_BROWSE, _("Browse"));
     for (wxButton* const button : {mpDefaultButton, mpBrowseButton}) {
         button->SetHelpText(_("Move this file to another location."));
-        row->Add(button, wxSizerFlags().CentreVertical());
+        buttons->Add(button, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
     }
-    for (wxWindow* const window :
-         {static_cast<wxWindow*>(mpNewPathText), static_cast<wxWindow*>(mpDefaultButton),
-          static_cast<wxWindow*>(mpBrowseButton)}) {
-        window->Disable();
-    }
+    EnableNewStore(false);
 }
 
-void PreferencesDialog::AddHeading(const wxString& title) {
-    auto* const heading = new wxStaticText(mpForm, wxID_STATIC, title);
-    heading->SetFont(heading->GetFont().Bold());
-    mpFormSizer->Add(heading, wxSizerFlags().Border(wxALL, FromDIP(kHeadingBorder)));
-}
-
-wxStaticText* PreferencesDialog::AddText(const wxString& text, int sides) {
+wxStaticText* PreferencesDialog::AddText(wxSizer& group, const wxString& text) {
     auto* const label = new wxStaticText(mpForm, wxID_STATIC, text);
-    mpFormSizer->Add(label, wxSizerFlags().Border(sides, FromDIP(kRowBorder)));
+    group.Add(label, FormRow(*mpForm));
     return label;
 }
 
 template <class Control>
-Control* PreferencesDialog::AddControl(const wxString& label, int labelSides, int id) {
-    AddText(label, labelSides);
+Control* PreferencesDialog::AddControl(wxSizer& group, const wxString& label, int id) {
+    AddText(group, label);
     auto* const control = new Control(mpForm, id, label);
-    mpFormSizer->Add(control, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kRowBorder)));
+    group.Add(control, FormRow(*mpForm));
     return control;
 }
 
-wxChoice* PreferencesDialog::AddChoice(int id, const wxArrayString& entries) {
-    auto* const choice = new wxChoice(mpForm, id, wxDefaultPosition, wxDefaultSize, entries);
-    choice->SetSelection(0);
-    mpFormSizer->Add(choice, wxSizerFlags().Border(wxALL, FromDIP(kRowBorder)));
+wxChoice* PreferencesDialog::AddChoice(wxSizer& group, int id, const wxArrayString& entries,
+                                       const wxString& spokenName) {
+    wxChoice* const choice = MakeChoice(*mpForm, id, entries);
+    SetAccessibleName(*choice, spokenName);
+    group.Add(choice, wxSizerFlags().Border(wxTOP, FromDIP(kFormGap)));
     return choice;
 }
 
-// The description stays that of the first choice until the person makes one.
+// The description stays that of the first choice until the user makes a choice.
 void PreferencesDialog::LoadSettings() {
-    LoadFont(*mpListFont, kSettingBrowseFont, false);
-    LoadFont(*mpStudyFont, kSettingFont, true);
-    LoadColour(*mpStudyFontColor, "FontColor");
+    LoadFont(*mpListFont, kSettingBrowseFont, wxString());
+    LoadFont(*mpStudyFont, kSettingFont, kSettingFontColor);
+    LoadColour(*mpStudyFontColor, kSettingFontColor);
     LoadColour(*mpStudyColor, kSettingStudyBgColor);
     mpIntervalText->ChangeValue(
         wxString::Format("%i", ReadIntegerSetting(kSettingEarlyIntroductionInterval)));
@@ -218,14 +196,16 @@ void PreferencesDialog::LoadSettings() {
     mpIntervalText->Enable(early);
 }
 
-// Settings that could not be written, or that somebody else has changed, tell of another file than
-// the one that is open.
+// The setting names the open file in the user's own words, a link for example, and is shown while
+// it does. Settings that could not be written, or that were changed from outside, name another
+// file; then the path of the open one is shown.
 void PreferencesDialog::SetDatabase(Database* database) {
     mpDatabase = database;
     const wxString stored = ReadStringSetting(kSettingDatabasePath);
     const wxString path = database->IsStoreFile(stored) ? stored : database->GetPath();
     mpStorePathText->ChangeValue(path);
     mpNewPathText->ChangeValue(path);
+    TextUndo::Restart(*mpNewPathText);
 }
 
 void PreferencesDialog::ShowDescription(bool early) {
@@ -244,10 +224,13 @@ void PreferencesDialog::OnIntroductionChoice(wxCommandEvent& event) {
 }
 
 void PreferencesDialog::OnStoreChoice(wxCommandEvent& event) {
-    const bool changes = event.GetSelection() != 0;
-    mpNewPathText->Enable(changes);
-    mpDefaultButton->Enable(changes);
-    mpBrowseButton->Enable(changes);
+    EnableNewStore(event.GetSelection() != 0);
+}
+
+void PreferencesDialog::EnableNewStore(bool enable) {
+    mpNewPathText->Enable(enable);
+    mpDefaultButton->Enable(enable);
+    mpBrowseButton->Enable(enable);
 }
 
 void PreferencesDialog::OnDefault(wxCommandEvent&) {

@@ -11,18 +11,18 @@ class wxBoxSizer;
 class wxButton;
 class wxChoice;
 class wxScrolledWindow;
-class wxSizerFlags;
+class wxSizer;
 class wxStaticText;
 class wxTextCtrl;
 
-// The options of the program: the fonts and colours of the cards, when new cards are introduced,
-// and the file in which the cards are kept. Nothing changes before OK. Main thread only.
+// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced, and
+// the file that keeps the cards. Nothing changes before the user presses OK. Main thread only.
 class PreferencesDialog : public wxDialog {
   public:
-    // Notifier and actions are not owned and must outlive the dialog.
+    // The notifier is told after OK. It and the actions are not owned and must outlive the dialog.
     PreferencesDialog(wxWindow* parent, Subject& settingsNotifier, StoreFileActions& actions);
 
-    // Not owned; given before the dialog is shown.
+    // Sets the open store, which is not owned. Call it before the dialog is shown.
     void SetDatabase(Database* database);
 
   private:
@@ -31,15 +31,16 @@ class PreferencesDialog : public wxDialog {
     void CreateAdvanced();
     void CreateStoreFile();
 
-    // Each adds to the end of the form.
-    void AddHeading(const wxString& title);
-    wxStaticText* AddText(const wxString& text, int sides);
+    // Each of these adds a row to the end of a group.
+    wxStaticText* AddText(wxSizer& group, const wxString& text);
     template <class Control>
-    Control* AddControl(const wxString& label, int labelSides, int id);
-    wxChoice* AddChoice(int id, const wxArrayString& entries);
+    Control* AddControl(wxSizer& group, const wxString& label, int id);
+    wxChoice* AddChoice(wxSizer& group, int id, const wxArrayString& entries,
+                        const wxString& spokenName);
 
     void LoadSettings();
     void ShowDescription(bool early);
+    void EnableNewStore(bool enable);
 
     void ApplyAppearance();
     void ApplyIntroduction();
@@ -58,8 +59,6 @@ class PreferencesDialog : public wxDialog {
     FontControl* mpStudyFont = nullptr;
     ColorControl* mpStudyFontColor = nullptr;
     ColorControl* mpStudyColor = nullptr;
-    wxStaticText* mpHeadingText = nullptr;
-    wxStaticText* mpQuestionText = nullptr;
     wxChoice* mpIntroductionChoice = nullptr;
     wxStaticText* mpIntroductionText = nullptr;
     wxTextCtrl* mpIntervalText = nullptr;

@@ -15,7 +15,7 @@ namespace {
 
 const char kApplicationIconName[] = "velomind";
 
-// Every size of the picture of that lower-case name; empty when there is none.
+// Returns every size of the picture of that lower-case name, or nothing for an unknown name.
 wxVector<wxBitmap> LoadPictures(const wxString& name) {
     wxVector<wxBitmap> bitmaps;
     for (size_t i = 0; i < kEmbeddedPictureCount; ++i) {
@@ -23,7 +23,7 @@ wxVector<wxBitmap> LoadPictures(const wxString& name) {
         if (name != picture.Name) {
             continue;
         }
-        // A handler of its own: the pictures do not depend on what the program registered before.
+        // A handler of its own makes the pictures independent of those that the program registers.
         wxPNGHandler handler;
         wxMemoryInputStream stream(picture.Bytes, picture.Length);
         wxImage image;

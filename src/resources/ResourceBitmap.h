@@ -4,11 +4,11 @@
 #include <wx/iconbndl.h>
 #include <wx/string.h>
 
-// The picture of a command, by its path ("icons/back_tool.png"), from the resources in the program:
-// "tool" reads as "menu", and directory, extension and case do not count, so that a tool and its
-// menu entry show the same picture. 16 and 32 pixels square. An unknown name gives an invalid
-// bundle and no message.
+// Returns the picture of a command by its path, such as "icons/back_tool.png", in 16 and 32 pixels.
+// The pictures are part of the program. Directory, extension and case do not count, and "tool"
+// reads as "menu", so that a tool and its menu entry show the same picture. Returns an invalid
+// bundle for an unknown name, with no message.
 wxBitmapBundle LoadResourceBitmap(const wxString& path);
 
-// The program's own icon in the sizes that window managers ask for, 16 to 128 pixels.
+// Returns the program's own icon in the sizes that window managers ask for, 16 to 128 pixels.
 wxIconBundle LoadApplicationIcon();

@@ -3,16 +3,18 @@
 #include <limits>
 #include <utility>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 
 namespace {
 
-// The walk over the due cards of one or both directions.
+// Visits the due cards of one or both directions and keeps the one that has waited longest in
+// proportion to its interval. A card of 10 seconds that waited 30 comes before one of 100 seconds
+// that waited 200.
 class ReadySearch {
   public:
     explicit ReadySearch(const wxDateTime& now) : mNow(now) {}
 
-    // Among equals the card that was met first stays.
+    // Among equals the card that was visited first stays.
     void Visit(const ReadyRow& row, ReviewDirection direction) {
         const float interval = row.ReviewInterval();
         if (!(mLeastInterval < interval)) {
@@ -73,7 +75,7 @@ int CardSelection::GetReviewCard(ReviewCard& chosen) {
     }
     if (card.Direction == kReviewNone) {
         VELOMIND_TRACE("no cards are ready for review");
-        // A failure in either is no card, and so no reason not to go on.
+        // A failure here is the same as no card: the next way of choosing is tried.
         IntroduceCard(card);
     }
     if (card.Direction == kReviewNone) {

@@ -6,7 +6,6 @@
 
 #include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"
-#include "scheduler/SchedulerSources.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
 
@@ -15,8 +14,8 @@ struct StudyOptions {
     int32_t CategoryId = -1;
     // The directions studied, as a set.
     ReviewDirection Directions = kReviewForward;
-    // New cards come also while scheduled cards wait, once the interval of each that is due within
-    // the next EarlyIntroductionInterval seconds is longer than that.
+    // Introduces a new card even while others are due, when the intervals of all cards that are due
+    // within the next EarlyIntroductionInterval seconds are longer than that.
     bool EarlyIntroduction = false;
     int32_t EarlyIntroductionInterval = 180;
 };
@@ -39,12 +38,13 @@ class CardSelection {
     int GetReviewCard(ReviewCard& chosen);
 
   private:
-    // What a walk over the due cards finds.
+    // The result of a walk over the due cards.
     struct ReadyCard {
-        // The chosen card's row; its identity may be stored in a form by which no query finds it.
+        // The chosen card is known by its row: its identity may be stored in a form, such as
+        // capitals, by which no query finds it.
         int64_t RowId;
         ReviewDirection Direction;
-        // The shortest interval seen, also of cards that are due only within the horizon.
+        // Seconds; the shortest interval seen, including cards that fall due within the horizon.
         float LeastInterval;
     };
     using FirstCard = int (Database::*)(int32_t, std::list<FlashCard>&);
@@ -52,11 +52,11 @@ class CardSelection {
 
     int FindReadyCard(int32_t horizon, ReadyCard& ready);
     int ReadCard(const ReadyCard& ready, ReviewCard& chosen);
-    // These succeed also without a card, and chosen then is unchanged.
+    // Both succeed without a card too, and then leave chosen unchanged.
     int IntroduceCard(ReviewCard& chosen);
     int PickEarlyReviewCard(ReviewCard& chosen);
-    // Compares the first card in each direction studied and takes the one with the lower key;
-    // chance decides between equal ones.
+    // Takes the first card of each direction studied and keeps the one with the lower key; chance
+    // decides between equal keys.
     int ChooseFirst(FirstCard selectForward, FirstCard selectReverse, SortKey key,
                     ReviewCard& chosen);
     bool Studies(ReviewDirection direction) const { return (mOptions.Directions & direction) != 0; }

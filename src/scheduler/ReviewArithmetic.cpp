@@ -46,6 +46,17 @@ IntervalInUnits SplitInterval(float seconds) {
     return {seconds / IntervalUnitSeconds(unit), unit};
 }
 
+float SequenceRandom::Next() {
+    // 1/32767 as a float, so that the greatest whole number gives exactly 1.
+    constexpr float kStep = 0x1.0002p-15f;
+    return static_cast<float>(NextWhole()) * kStep;
+}
+
+int SequenceRandom::NextWhole() {
+    mState = mState * 214013U + 2531011U;
+    return static_cast<int>((mState >> 16) & 0x7FFFU);
+}
+
 namespace {
 
 constexpr float kLeastInterval = 1.0f;
@@ -61,7 +72,7 @@ constexpr float kLeastFactor = 0.2f;
 
 constexpr int kSpreadCount = 31;
 
-// The least interval of a first pass with score 3, 4 and 5: one, four and sixteen hours.
+// Seconds; the least interval after a first pass with score 3, 4 and 5: 1, 4 and 16 hours.
 constexpr std::array<float, 3> kFirstPassFloors{3600.0f, 14400.0f, 57600.0f};
 constexpr int kLeastGoodScore = 3;
 
@@ -170,8 +181,30 @@ ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& n
 
 namespace {
 
+// Stands for chance at one of its limits.
+class FixedRandom : public ReviewRandom {
+  public:
+    explicit FixedRandom(float number) : mNumber(number) {}
+    float Next() override { return mNumber; }
+
+  private:
+    float mNumber;
+};
+
+}  // namespace
+
+IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now) {
+    // The interval grows with the random number, so its limits are those of chance.
+    FixedRandom least(0.0f);
+    FixedRandom greatest(1.0f);
+    return {Review(schedule, score, now, least).NewInterval,
+            Review(schedule, score, now, greatest).NewInterval};
+}
+
+namespace {
+
 constexpr int32_t kBlockSize = 4096;
-// From here on no further block is opened, far enough below the end of the range.
+// The last block that is opened. It lies safely below the greatest 32-bit number.
 constexpr int32_t kLastBlock = 0x7FFF0000;
 
 int32_t LowBits(ReviewRandom& random) {
@@ -180,7 +213,7 @@ int32_t LowBits(ReviewRandom& random) {
 
 void StartAgain(Database& database, FlashCard& card, MaintenancePrompt& prompt) {
     prompt.ConfirmStart();
-    // Should it fail, the old numbers stand, and the card at hand gets its low number all the same.
+    // If it fails the old numbers stay, and this card gets its low number all the same.
     if (database.ResetErc() >= 0) {
         card.Forward.ERC = card.Reverse.ERC = 0;
     }

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#include "scheduler/SchedulerSources.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
 
@@ -25,56 +24,99 @@ inline const CardSchedule& ScheduleOf(const FlashCard& card, ReviewDirection dir
     return direction == kReviewForward ? card.Forward : card.Reverse;
 }
 
-// The units in which a length of time is shown: 0 seconds, 1 minutes, 2 hours, 3 days, 4 weeks,
-// 5 months, 6 years. An unknown index counts as seconds.
+// The units in which an interval is shown: 0 seconds, 1 minutes, 2 hours, 3 days, 4 weeks, 5
+// months, 6 years. An unknown index counts as seconds.
 constexpr int kIntervalUnitCount = 7;
 float IntervalUnitSeconds(int unit);
-// The unit's word, translated.
+// Returns the unit's word, translated.
 wxString IntervalUnitName(int unit);
 
-// A length of time as a value of one unit.
+// An interval as a value of one unit.
 struct IntervalInUnits {
     float Value;
     int Unit;
 };
-// The largest unit of which the time is more than twice, else seconds.
+// Splits seconds into the largest unit that is exceeded more than twice, else seconds: 7200 is 120
+// minutes, and 7201 is 2.0003 hours.
 IntervalInUnits SplitInterval(float seconds);
 
-// What one score does to a schedule. What counts is not the planned interval but the time that
-// really passed since the last review: the score turns it into the next interval. All arithmetic
-// is in 32-bit float, one operation after the other, so that the same reviews give the same bits on
-// every machine.
+// The source of chance in the schedule. Tests repeat it or choose it.
+class ReviewRandom {
+  public:
+    virtual ~ReviewRandom() = default;
+    // Returns a number in the closed range 0 to 1.
+    virtual float Next() = 0;
+};
 
-// How much faster an easy card grows than a neutral one: 1 at difficulty 16, within 0.2 to 5.
+// The fixed sequence of a 15-bit linear congruential generator that starts at 1 with every start of
+// the program: 41, 18467, 6334, 26500, ... each divided by 32767.
+class SequenceRandom : public ReviewRandom {
+  public:
+    float Next() override;
+    // Returns the next whole number, 0 to 32767.
+    int NextWhole();
+
+  private:
+    uint32_t mState = 1;
+};
+
+// What one score does to a schedule. The score multiplies the time that really passed since the
+// last review, not the planned interval: a card remembered after a long gap is rewarded for the
+// gap. All arithmetic is in 32-bit float, one operation after the other, so that the same reviews
+// give the same bits on every machine.
+
+// Returns how fast the interval of a card grows beside that of a neutral card: 1 at difficulty 16,
+// more below it, at least 0.2 and at most 5.
 float DifficultyFactor(int difficulty);
 
-// What the elapsed time is multiplied by for a score of 0 to 5.
+// Returns the factor of the elapsed time for a score of 0 to 5.
 float ScoreMultiplier(int score, int difficulty);
 
-// Breaks up cards that were learnt together: a factor around 1 by a random number of 0 to 1.
+// Returns a factor around 1 for a random number of 0 to 1. It keeps cards that were learnt together
+// from falling due together.
 float SpreadFactor(float random);
 
 struct ReviewResult {
-    // Seconds since the last review as they were counted.
+    // Seconds since the last review; 5 for a new card.
     float Elapsed;
     float OldInterval;
     float NewInterval;
     uint8_t Difficulty;
-    // The card's first score in this direction, and a pass.
+    // True for the card's first score in this direction, if it is 3 or more.
     bool FirstPass;
 };
 
-// The effect of a score on a schedule that is reviewed now. Draws a random number only when the
-// interval is spread.
+// Returns the effect of a score on a schedule that is reviewed now. Draws a random number only when
+// the interval is spread.
 ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& now,
                     ReviewRandom& random);
+
+// How the program tells a person of the rare renumbering of the early-review order, which keeps the
+// screen still for a while.
+class MaintenancePrompt {
+  public:
+    virtual ~MaintenancePrompt() = default;
+    // Returns when the person has confirmed.
+    virtual void ConfirmStart() = 0;
+    virtual void TellComplete() = 0;
+};
+
+// The intervals in seconds that a score can give, from the shortest to the longest; chance decides
+// between them. Both are the same when the interval is not spread.
+struct IntervalRange {
+    float Least;
+    float Greatest;
+};
+
+// Returns what Review would make of the interval, without drawing a random number.
+IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now);
 
 // The ERC number of a card puts the introduced cards of a category into blocks of 4096: the upper
 // bits count the blocks, and the low 12 bits are random, so that the cards of a block have a
 // shuffled order. Early review takes the lowest number, a card that has waited for the most blocks.
 //
-// Gives the card the number that it gets at a score in that direction; the caller stores it. When
-// the numbers are used up, all cards of the store go back to block 0, this one in both directions,
+// Gives the card its new number after a score in that direction; the caller stores it. When the
+// numbers are used up, all cards of the store go back to block 0, this one in both directions,
 // while the prompt keeps the person informed.
 void RenumberCard(Database& database, int32_t categoryId, FlashCard& card,
                   ReviewDirection direction, MaintenancePrompt& prompt, ReviewRandom& random);

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 #include "scheduler/ReviewArithmetic.h"
 
 void CardHistory::Add(const HistoryEntry& entry) {
@@ -27,6 +27,20 @@ const HistoryEntry* CardHistory::Find(const CardUuid& id) const {
 
 void CardHistory::EraseAt(int index) {
     mEntries.erase(std::next(mEntries.begin(), index));
+}
+
+const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId) {
+    const auto current = std::find_if(
+        categories.begin(), categories.end(),
+        [categoryId](const CategoryReady& each) { return each.Info.Id == categoryId; });
+    const auto hasDue = [categoryId](const CategoryReady& each) {
+        return each.Ready > 0 && each.Info.Id != categoryId;
+    };
+    auto found = std::find_if(current, categories.end(), hasDue);
+    if (found == categories.end()) {
+        found = std::find_if(categories.begin(), categories.end(), hasDue);
+    }
+    return found == categories.end() ? nullptr : &*found;
 }
 
 namespace {
@@ -93,19 +107,59 @@ bool Scheduler::IsBreakTime() const {
            mHistoryPosition == -1;
 }
 
-int Scheduler::GetReadyCount() {
+int Scheduler::CountReady(int32_t categoryId) {
     const wxDateTime now = mSources.Time.Now();
     int32_t forward = 0;
     int32_t reverse = 0;
     if ((mOptions.Directions & kReviewForward) != 0 &&
-        mDatabase.SelectReadyCountForward(mOptions.CategoryId, now, forward) < 0) {
+        mDatabase.SelectReadyCountForward(categoryId, now, forward) < 0) {
         forward = 0;
     }
     if ((mOptions.Directions & kReviewReverse) != 0 &&
-        mDatabase.SelectReadyCountReverse(mOptions.CategoryId, now, reverse) < 0) {
+        mDatabase.SelectReadyCountReverse(categoryId, now, reverse) < 0) {
         reverse = 0;
     }
     return forward + reverse;
+}
+
+wxDateTime Scheduler::GetNextDueTime() {
+    wxDateTime next;
+    const auto consider = [&next](const std::list<FlashCard>& cards, ReviewDirection direction) {
+        if (!cards.empty()) {
+            const wxDateTime due = ScheduleOf(cards.front(), direction).NextReview();
+            next = next.IsValid() && next < due ? next : due;
+        }
+    };
+    std::list<FlashCard> cards;
+    if ((mOptions.Directions & kReviewForward) != 0 &&
+        mDatabase.SelectNextDueForward(mOptions.CategoryId, cards) >= 0) {
+        consider(cards, kReviewForward);
+    }
+    if ((mOptions.Directions & kReviewReverse) != 0 &&
+        mDatabase.SelectNextDueReverse(mOptions.CategoryId, cards) >= 0) {
+        consider(cards, kReviewReverse);
+    }
+    return next;
+}
+
+std::vector<CategoryReady> Scheduler::CountCategories() {
+    std::list<Category> all;
+    mDatabase.SelectAllCategories(all);
+    std::vector<CategoryReady> counted;
+    for (const Category& category : all) {
+        counted.push_back({category, CountReady(category.Id)});
+    }
+    return counted;
+}
+
+IntervalRange Scheduler::PredictInterval(int score) const {
+    const CardSchedule& schedule = CurrentSchedule();
+    if (mHistoryPosition != -1 && score == schedule.LastScore) {
+        return {schedule.ReviewInterval, schedule.ReviewInterval};
+    }
+    const HistoryEntry* const entry = EntryToRestore(score);
+    const bool restores = entry != nullptr && entry->Direction == mCurrentDirection;
+    return PredictReview(restores ? entry->Schedule : schedule, score, mSources.Time.Now());
 }
 
 void Scheduler::Refresh() {
@@ -136,7 +190,7 @@ void Scheduler::ScoreCard(int score) {
     RenumberCard(mDatabase, mOptions.CategoryId, mCurrentCard, mCurrentDirection,
                  mSources.Maintenance, mSources.Random);
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
-    // A failed step has ended the program already.
+    // A failure in the store ends the program, so the result needs no look.
     mDatabase.UpdateFlashCard(mCurrentCard);
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {
@@ -148,16 +202,22 @@ void Scheduler::ScoreCard(int score) {
 }
 
 void Scheduler::KeepOrRestoreSchedule(int score) {
-    const CardSchedule& schedule = CurrentSchedule();
     if (mHistoryPosition == -1) {
-        mHistory.Add({mCurrentCard.CardId, schedule, mCurrentDirection});
+        mHistory.Add({mCurrentCard.CardId, CurrentSchedule(), mCurrentDirection});
         return;
     }
-    // Deleted cards can leave another card's entry at the position, so the identity counts.
-    const HistoryEntry* const entry = mHistory.Find(mCurrentCard.CardId);
-    if (entry != nullptr && score != schedule.LastScore) {
+    const HistoryEntry* const entry = EntryToRestore(score);
+    if (entry != nullptr) {
         ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
     }
+}
+
+const HistoryEntry* Scheduler::EntryToRestore(int score) const {
+    if (mHistoryPosition == -1 || score == CurrentSchedule().LastScore) {
+        return nullptr;
+    }
+    // After a deletion the position may hold another card's entry, so it is found by identity.
+    return mHistory.Find(mCurrentCard.CardId);
 }
 
 void Scheduler::LoadCurrentCard() {
@@ -185,7 +245,7 @@ void Scheduler::LoadCurrentCard() {
             SelectLiveCard();
             return;
         }
-        // The entry is stale, or the position has come to lie past the end.
+        // The card is gone or excluded, or the position is past the end.
         if (IsInHistory()) {
             mHistory.EraseAt(mHistoryPosition);
         }
@@ -213,7 +273,7 @@ void Scheduler::SelectLiveCard() {
     }
 }
 
-// The other fields stay as they were: whoever shows a card looks at the flags first.
+// The other fields keep their values: a window looks at the flags before it shows a card.
 void Scheduler::ShowPlaceholder(const wxString& word) {
     mCurrentCard.CardId = CardUuid();
     mCurrentCard.Front = word;
@@ -226,7 +286,8 @@ bool Scheduler::IsExcluded(const FlashCard& card) const {
 }
 
 void Scheduler::PurgeHistory() {
-    // The counter runs over all entries that there were; it is not corrected after an erase.
+    // The counter counts the entries from before any was erased, and is compared with a position
+    // that has been corrected already.
     int index = 0;
     for (int counter = 0; index < GetHistoryCount(); ++counter) {
         int32_t count = 0;

@@ -4,17 +4,26 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <vector>
 
 #include "base/Time.h"
 #include "scheduler/CardSelection.h"
 #include "scheduler/ReviewArithmetic.h"
-#include "scheduler/SchedulerSources.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
 
-// A card that was scored, with its schedule from just before the score, so that another score can
-// be applied to it as though the first had never been given.
+// Which category is under study. The program's implementation reads the setting and repairs it
+// against the store.
+class CategorySource {
+  public:
+    virtual ~CategorySource() = default;
+    // Returns the id of a category of the store, or -1 when none could be had.
+    virtual int32_t GetCurrentCategoryId(Database& database) = 0;
+};
+
+// A card that was scored, with its schedule from just before the score. Another score can then be
+// applied as though the first had never been given.
 struct HistoryEntry {
     CardUuid CardId;
     CardSchedule Schedule;
@@ -31,7 +40,7 @@ class CardHistory {
     int GetCount() const { return static_cast<int>(mEntries.size()); }
     // The index must lie in 0 to GetCount() - 1.
     const HistoryEntry& At(int index) const;
-    // The entry of that card; null when it has none.
+    // Returns the entry of that card, or null.
     const HistoryEntry* Find(const CardUuid& id) const;
     void EraseAt(int index);
 
@@ -39,15 +48,25 @@ class CardHistory {
     std::list<HistoryEntry> mEntries;
 };
 
-// Which card now, in which direction, and what a score does to it. Keeps one current card until it
-// is scored, and the history of the cards scored last. Lives on the main thread, and is the only
-// writer of scheduling fields during study.
+// A category and how many of its cards are due.
+struct CategoryReady {
+    Category Info;
+    int Ready = 0;
+};
+
+// Returns the first category after the given one, round the end, that has due cards; null when no
+// other has any.
+const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId);
+
+// Decides which card is shown, in which direction, and what a score does to it. Keeps one live card
+// until it is scored, and the history of the cards scored last. Lives on the main thread, and is
+// the only writer of scheduling fields during study.
 class Scheduler {
   public:
-    // Called with 1 when a score or a change of directions has brought up another card, else 0.
+    // Called with 1 when a score or a change of directions has chosen a card anew, else with 0.
     using Listener = std::function<void(int)>;
 
-    // What the Scheduler needs from outside. None is owned, and each must outlive it.
+    // What the Scheduler needs from outside. Nothing is owned; everything must outlive it.
     struct Sources {
         CategorySource& Categories;
         MaintenancePrompt& Maintenance;
@@ -60,7 +79,7 @@ class Scheduler {
     // Listeners are called in the order in which they were added.
     void AddListener(Listener listener);
 
-    // Takes the current category, forgets the history and loads a card.
+    // Turns to the current category, forgets the history and loads a card.
     void Initialise();
 
     // Both take effect at the next selection.
@@ -71,13 +90,14 @@ class Scheduler {
     // The directions to study. The current card stays if its direction is among them.
     void SetDirections(ReviewDirection mask);
 
-    // -1 is the live card, 0 the card scored last, larger is older. Clamped to what there is.
+    // -1 is the live card, 0 the card scored last, larger is older. Clamped to the entries there
+    // are.
     void SetHistoryIndex(int index);
     int GetHistoryIndex() const { return mHistoryPosition; }
     int GetHistoryCount() const { return mHistory.GetCount(); }
 
-    // The last score of a card of the history in the direction in which it is shown; -1 at the live
-    // card.
+    // Returns the last score of a card of the history, in the direction in which it is shown; -1
+    // for the live card.
     int GetShownScore() const;
 
     // Why no card can be shown; all false while one is.
@@ -86,28 +106,38 @@ class Scheduler {
     bool IsAllExcluded() const { return mAllExcluded; }
     bool HasCard() const { return !mStoreEmpty && !mCategoryEmpty && !mAllExcluded; }
 
-    // Holds until the card on show changes.
+    // The reference is valid until another card is shown.
     const FlashCard& GetCurrentCard() const { return mCurrentCard; }
     const CardUuid& GetCurrentCardId() const { return mCurrentCard.CardId; }
 
-    // A live card is shown that is not due yet.
+    // True when the live card is not due yet: nothing is due, and study goes on early.
     bool IsBreakTime() const;
-    // How many cards of the category are due, over all directions studied.
-    int GetReadyCount();
+    // Counts the cards of the category that are due, over all directions studied.
+    int GetReadyCount() { return CountReady(mOptions.CategoryId); }
+    // Returns when the next introduced card of the category falls due, in any direction studied;
+    // the time may have passed. Invalid when there is none.
+    wxDateTime GetNextDueTime();
+
+    int32_t GetCategoryId() const { return mOptions.CategoryId; }
+    // Returns all categories in the order of the store, each with its number of due cards.
+    std::vector<CategoryReady> CountCategories();
+
+    // Returns the intervals that a score of 0 to 5 can give the current card now. The recorded
+    // score of a card in the history changes nothing, so it gives the interval that the card has.
+    IntervalRange PredictInterval(int score) const;
 
     // Looks at the store again after cards or the current category changed elsewhere.
     void Refresh();
 
-    // Scores the current card, 0 to 5: rewrites its schedule, stores it, and at the live card
-    // brings up the next. At a card of the history the caller moves on by itself. Only while
-    // HasCard.
+    // Scores the current card, 0 to 5: rewrites its schedule and stores it. After the live card the
+    // next one is loaded; after a card of the history the caller moves on. Only while HasCard.
     void ScoreCard(int score);
 
   private:
-    // Brings up the card at the history position, or the live card, or else a new choice. The live
-    // card stays until it is scored, vanishes or is excluded.
+    // Loads the card at the history position, or the live card, or makes a new choice. The live
+    // card stays until it is scored, deleted or excluded.
     void LoadCurrentCard();
-    // Makes a new choice the live card, or finds out why there is none.
+    // Chooses a new live card, or finds out why there is none.
     void SelectLiveCard();
     void ShowPlaceholder(const wxString& word);
     // Tests the direction the previous card was shown in.
@@ -115,11 +145,15 @@ class Scheduler {
     const CardSchedule& CurrentSchedule() const {
         return ScheduleOf(mCurrentCard, mCurrentDirection);
     }
+    int CountReady(int32_t categoryId);
+    // The history's entry whose schedule a score starts from, or null when it starts from that of
+    // the current card.
+    const HistoryEntry* EntryToRestore(int score) const;
     bool IsInHistory() const {
         return mHistoryPosition >= 0 && mHistoryPosition < GetHistoryCount();
     }
-    // Before a score: puts a live card's schedule into the history, or takes a card of the history
-    // back to where it stood before its first score, unless the score stays the same.
+    // Runs before a score: keeps a live card's schedule in the history, or restores that of a card
+    // of the history from before its first score, unless the score stays the same.
     void KeepOrRestoreSchedule(int score);
     void PurgeHistory();
     void ClearLiveCard();
@@ -127,7 +161,7 @@ class Scheduler {
 
     Database& mDatabase;
     Sources mSources;
-    // A list, as a listener may add another.
+    // A list, since a listener may add another while it is called.
     std::list<Listener> mListeners;
     StudyOptions mOptions;
     FlashCard mCurrentCard;

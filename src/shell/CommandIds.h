@@ -2,8 +2,8 @@
 
 #include <wx/defs.h>
 
-// The program's own command ids. Ids of the windowing library are used wherever one exists.
-// The library takes no id of 32767 or more, so the windows' ids lie together below that.
+// The program's own command ids. A command that the windowing library has an id for uses that one.
+// The windows' ids lie together, so that one handler takes their range.
 enum CommandId : int {
     ID_WINDOW_STUDY = 28000,
     ID_WINDOW_LIST = 28001,
@@ -30,6 +30,8 @@ enum CommandId : int {
     ID_FEEDBACK = 30041,
     ID_FORUMS = 30042,
     ID_SUPPORT = 30043,
+    ID_CHOOSE_CATEGORY = 30050,
+    ID_NEXT_DUE_CATEGORY = 30051,
     ID_TEST_MENU = 30095,
     ID_CRASH_TEST = 30096,
     ID_SAVE_CLOSE = 30109,
@@ -42,5 +44,8 @@ enum CommandId : int {
     ID_COLUMN_CHAPTER = 32004,
     ID_COLUMN_FORWARD_EXCLUDE = 32005,
     ID_COLUMN_REVERSE_EXCLUDE = 32006,
-    ID_COLUMN_NOTES = 32007
+    ID_COLUMN_NOTES = 32007,
+    ID_COLUMN_CATEGORY = 32008,
+    ID_COLUMN_NEXT_REVIEW = 32009,
+    ID_COLUMN_INTERVAL = 32010
 };

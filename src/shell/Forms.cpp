@@ -3,8 +3,10 @@
 #include <wx/button.h>
 #include <wx/choice.h>
 #include <wx/dialog.h>
+#include <wx/display.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
+#include <wx/settings.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
@@ -14,12 +16,45 @@
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
 
-wxSizer* MakeOkCancel(wxDialog& dialog) {
+wxBoxSizer* MakeFormColumn(wxWindow& window) {
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    auto* const margin = new wxBoxSizer(wxVERTICAL);
+    margin->Add(column, wxSizerFlags(1).Expand().Border(wxALL, window.FromDIP(kFormEdge)));
+    window.SetSizer(margin);
+    return column;
+}
+
+wxBoxSizer* AddFormGroup(wxSizer& column, wxWindow& form, const wxString& title) {
+    auto* const heading = new wxStaticText(&form, wxID_STATIC, title);
+    heading->SetFont(heading->GetFont().Bold());
+    if (!column.IsEmpty()) {
+        column.AddSpacer(form.FromDIP(kFormEdge));
+    }
+    column.Add(heading);
+    auto* const group = new wxBoxSizer(wxVERTICAL);
+    column.Add(group, wxSizerFlags().Expand().Border(wxLEFT, form.FromDIP(kFormEdge)));
+    return group;
+}
+
+wxSizerFlags FormRow(const wxWindow& form) {
+    return wxSizerFlags().Expand().Border(wxTOP, form.FromDIP(kFormGap));
+}
+
+wxSizer* MakeOkCancel(wxWindow& window) {
     auto* const row = new wxStdDialogButtonSizer();
-    auto* const ok = new wxButton(&dialog, wxID_OK, _("&OK"));
+    auto* const ok = new wxButton(&window, wxID_OK, _("&OK"));
     row->AddButton(ok);
-    row->AddButton(new wxButton(&dialog, wxID_CANCEL, _("&Cancel")));
+    row->AddButton(new wxButton(&window, wxID_CANCEL, _("&Cancel")));
     row->Realize();
+    // The library's own distances differ from those of the guidelines, and some are around the row.
+    for (wxSizerItem* const item : row->GetChildren()) {
+        if (item->IsSpacer()) {
+            item->AssignSpacer(0, 0);
+        } else {
+            item->SetFlag(wxALIGN_CENTRE_VERTICAL | wxLEFT);
+            item->SetBorder(window.FromDIP(kFormGap));
+        }
+    }
     ok->SetDefault();
     return row;
 }
@@ -43,8 +78,8 @@ void ShowPlace(wxScrolledWindow& form, const wxRect& place) {
     }
 }
 
-// The wheel belongs to a long text under the mouse, and to the form otherwise: choices and numbers
-// would take it for a change of their value.
+// Gives the wheel to a long text under the mouse, else to the form. Left alone, choices and number
+// fields would change their values when the user only wants to scroll.
 void OnWheel(wxScrolledWindow& form, wxMouseEvent& event) {
     const auto* const text = dynamic_cast<const wxTextCtrl*>(event.GetEventObject());
     const bool isLongText = text != nullptr && text->IsMultiLine() &&
@@ -68,13 +103,15 @@ void BindWheel(wxScrolledWindow& form, wxWindow& window) {
 }  // namespace
 
 void LetFormScroll(wxScrolledWindow& form) {
+    KeepScrollBarVisible(form);
     BindWheel(form, form);
     form.Bind(wxEVT_IDLE,
               [&form, last = static_cast<const void*>(nullptr)](wxIdleEvent& event) mutable {
                   event.Skip();
                   wxRect place;
                   const void* const focus = FindFocusInside(form, place);
-                  // Only a change of focus scrolls; else nobody could scroll away from it.
+                  // Only a change of focus scrolls; otherwise the form would jump back to the
+                  // focus whenever the user scrolls away from it.
                   if (focus != last) {
                       last = focus;
                       if (focus != nullptr) {
@@ -82,6 +119,34 @@ void LetFormScroll(wxScrolledWindow& form) {
                       }
                   }
               });
+}
+
+namespace {
+
+// Returns the size of the screen that a window is on, without panels.
+wxSize ScreenSize(const wxWindow& window) {
+    const int index = wxDisplay::GetFromWindow(&window);
+    return wxDisplay(static_cast<unsigned>(std::max(index, 0))).GetClientArea().GetSize();
+}
+
+}  // namespace
+
+void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& leastSize) {
+    const wxWindow* const parent = dialog.GetParent();
+    const wxSize screen = ScreenSize(parent == nullptr ? dialog : *parent);
+    form.FitInside();
+    // A scrolled window asks for no room by itself.
+    form.SetMinSize(form.GetSizer()->CalcMin());
+    wxSize wanted = dialog.GetSizer()->CalcMin();
+    wanted.IncTo(leastSize);
+    form.SetMinSize(wxDefaultSize);
+    const int tallest = screen.y * 3 / 4;
+    if (wanted.y > tallest) {
+        wanted.y = tallest;
+        wanted.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, &dialog), 0);
+    }
+    dialog.SetClientSize(std::min(wanted.x, screen.x), wanted.y);
+    dialog.Layout();
 }
 
 wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries) {
@@ -108,14 +173,8 @@ wxStaticText* MakeFormLabel(const wxString& text, wxWindow& control, const wxStr
     return label;
 }
 
-namespace {
-
-constexpr int kGridGap = 5;
-
-}  // namespace
-
 wxFlexGridSizer* MakeFormGrid(const wxWindow& form) {
-    auto* const grid = new wxFlexGridSizer(3, form.FromDIP(wxSize(kGridGap, kGridGap)));
+    auto* const grid = new wxFlexGridSizer(3, form.FromDIP(wxSize(kFormGap, kFormGap)));
     grid->AddGrowableCol(1, 1);
     return grid;
 }

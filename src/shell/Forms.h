@@ -4,26 +4,51 @@
 #include <wx/defs.h>
 #include <wx/string.h>
 
+class wxBoxSizer;
 class wxButton;
 class wxChoice;
 class wxDialog;
 class wxFlexGridSizer;
 class wxScrolledWindow;
+class wxSize;
 class wxSizer;
+class wxSizerFlags;
 class wxStaticText;
 class wxWindow;
 
 // Pieces that the forms of the program share, so that their rows look alike and each control has a
 // name for screen readers. The window owns the controls and sizers made here. Main thread only.
 
-// Makes the OK and Cancel buttons of a dialog (wxID_OK, which Enter presses, and wxID_CANCEL), in
-// the platform's usual order and distances. Add the row expanded, at the end of the dialog.
-wxSizer* MakeOkCancel(wxDialog& dialog);
+// The distances that the desktop's guidelines ask for, in pixels at the usual resolution: between
+// controls that belong together, and from the edge of a window to what stands in it. Groups of
+// controls keep the edge's distance from each other, and what a title stands over is indented by
+// it.
+constexpr int kFormGap = 6;
+constexpr int kFormEdge = 12;
+
+// Gives a window its sizer, with the distance to its edges, and returns the column inside.
+wxBoxSizer* MakeFormColumn(wxWindow& window);
+
+// Adds a group to the end of a column: a title in bold and below it the returned column, indented.
+// The controls of the group belong to the form.
+wxBoxSizer* AddFormGroup(wxSizer& column, wxWindow& form, const wxString& title);
+
+// Returns the flags of a row in such a column: as wide as the column, and apart from the row above.
+wxSizerFlags FormRow(const wxWindow& form);
+
+// Makes the OK and Cancel buttons of a window (wxID_OK, which Enter presses, and wxID_CANCEL), in
+// the platform's usual order. The row has no room around it. Add it expanded, at the end.
+wxSizer* MakeOkCancel(wxWindow& window);
 
 // Lets a form that is taller than its window follow the keyboard and the wheel: the focused control
 // scrolls into view together with its label, and the wheel scrolls by lines of text wherever the
-// mouse is. Call it once all controls stand in the form. The form must scroll by single pixels.
+// mouse is. A scroll bar is visible while the form is taller than its window. Call this once all
+// controls stand in the form. The form must scroll by single pixels.
 void LetFormScroll(wxScrolledWindow& form);
+
+// Makes a dialog as large as the scrolled form in it wants to be, up to three quarters of the
+// screen's height, and at least of a size that is in pixels inside the frame.
+void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& leastSize);
 
 // Makes a choice that starts on its first entry.
 wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries);

@@ -15,11 +15,12 @@
 
 namespace {
 
+// One entry of the tables below, which read from top to bottom as the menus do.
 struct MenuRow {
-    // A command, a submenu's own id, or wxID_SEPARATOR for a line.
+    // A command, a submenu's own id, or wxID_SEPARATOR.
     int Id;
     const char* Label = "";
-    // A resource's name, for normal entries; null for none.
+    // The path of a resource, for normal entries, or null for none.
     const char* Picture = nullptr;
     wxItemKind Kind = wxITEM_NORMAL;
     const char* Help = "";
@@ -48,6 +49,7 @@ constexpr MenuRow kFileRows[] = {
 
 constexpr MenuRow kEditRows[] = {
     {wxID_UNDO, wxTRANSLATE("&Undo\tCtrl+Z"), "icons/undo_menu.png"},
+    {wxID_REDO, wxTRANSLATE("R&edo\tCtrl+Shift+Z"), "icons/redo_menu.png"},
     kLine,
     {wxID_CUT, wxTRANSLATE("Cu&t\tCtrl+X"), "icons/cut_menu.png"},
     {wxID_COPY, wxTRANSLATE("&Copy\tCtrl+C"), "icons/copy_menu.png"},
@@ -63,6 +65,14 @@ constexpr MenuRow kEditRows[] = {
 constexpr MenuRow kViewRows[] = {
     {ID_WINDOW_LIST, wxTRANSLATE("List View\tCtrl+1"), nullptr, wxITEM_RADIO},
     {ID_WINDOW_STUDY, wxTRANSLATE("Study\tCtrl+2"), nullptr, wxITEM_RADIO}};
+
+constexpr MenuRow kStudyRows[] = {
+    {ID_CHOOSE_CATEGORY, wxTRANSLATE("Choose Category\tAlt+Down")},
+    {ID_NEXT_DUE_CATEGORY, wxTRANSLATE("Next Category with Due Cards\tCtrl+D")},
+    kLine,
+    {wxID_ZOOM_IN, wxTRANSLATE("Larger Text\tCtrl++")},
+    {wxID_ZOOM_OUT, wxTRANSLATE("Smaller Text\tCtrl+-")},
+    {wxID_ZOOM_100, wxTRANSLATE("Normal Text Size\tCtrl+0")}};
 
 constexpr MenuRow kCustomizeRows[] = {
     {ID_COMPACT_SCORING, wxTRANSLATE("Compact Scoring Controls"), nullptr, wxITEM_CHECK},
@@ -102,8 +112,8 @@ constexpr MenuRow kHelpRows[] = {
     kLine,
     {wxID_ABOUT, wxTRANSLATE("&About..."), "icons/about_menu.png"}};
 
-// Where a label names no key the toolkit shows the one that is usual for a library's id. That is
-// the right one but for the card's editor, which shares its id with the opening of files.
+// The library shows the usual key of its own ids where a label names none. Only Edit names its key:
+// it has the id of opening a file, whose usual key would be another.
 constexpr MenuRow kCardRows[] = {
     {wxID_NEW, wxTRANSLATE("&New"), "icons/newcard_menu.png", wxITEM_NORMAL,
      wxTRANSLATE("Creates a new flash card.")},
@@ -114,11 +124,13 @@ constexpr MenuRow kCardRows[] = {
     {wxID_PASTE, wxTRANSLATE("&Paste"), "icons/paste_menu.png"},
     {wxID_DELETE, wxTRANSLATE("&Delete"), "icons/delete_menu.png"}};
 
-// The translation of a text of the tables; the empty text would give the header of the catalog.
+// Translates a text of the tables. The translation of an empty text would be the catalogue's
+// header.
 wxString Translated(const char* text) {
     return *text == '\0' ? wxString() : wxGetTranslation(text);
 }
 
+void AppendRows(wxMenu& menu, const MenuRow* first, const MenuRow* end);
 std::unique_ptr<wxMenu> BuildMenu(const MenuRow* first, const MenuRow* end);
 
 std::unique_ptr<wxMenuItem> BuildItem(wxMenu& menu, const MenuRow& row) {
@@ -139,14 +151,18 @@ std::unique_ptr<wxMenuItem> BuildItem(wxMenu& menu, const MenuRow& row) {
 
 std::unique_ptr<wxMenu> BuildMenu(const MenuRow* first, const MenuRow* end) {
     auto menu = std::make_unique<wxMenu>();
+    AppendRows(*menu, first, end);
+    return menu;
+}
+
+void AppendRows(wxMenu& menu, const MenuRow* first, const MenuRow* end) {
     for (const MenuRow* row = first; row != end; ++row) {
         if (row->Id == wxID_SEPARATOR) {
-            menu->AppendSeparator();
+            menu.AppendSeparator();
         } else {
-            menu->Append(BuildItem(*menu, *row).release());
+            menu.Append(BuildItem(menu, *row).release());
         }
     }
-    return menu;
 }
 
 template <size_t kCount>
@@ -154,14 +170,14 @@ std::unique_ptr<wxMenu> BuildMenu(const MenuRow (&rows)[kCount]) {
     return BuildMenu(std::begin(rows), std::end(rows));
 }
 
-// A line that parts nothing: at the top, at the end or behind another line.
+// Tells whether a separator stands first, last or after another one.
 bool IsLooseLine(const wxMenu& menu, size_t position) {
     const wxMenuItem* const item = menu.FindItemByPosition(position);
     return item->IsSeparator() && (position == 0 || position + 1 == menu.GetMenuItemCount() ||
                                    menu.FindItemByPosition(position - 1)->IsSeparator());
 }
 
-// The colour is a copy, so it is taken anew whenever the desktop's colours change.
+// The frame keeps a copy of the colour, so it takes it anew whenever the desktop's colours change.
 void UseFaceColour(wxFrame& frame) {
     frame.SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     frame.Bind(wxEVT_SYS_COLOUR_CHANGED, [&frame](wxSysColourChangedEvent& event) {
@@ -210,11 +226,19 @@ void InitFrame(wxFrame& frame, const wxString&) {
         menu->Destroy(test);
     }
     frame.SetMenuBar(bar.release());
-    // The key of the entry that was taken out: a person of a desktop presses it all the same.
-    const wxAcceleratorEntry close(wxACCEL_CTRL, 'W', wxID_CLOSE);
-    frame.SetAcceleratorTable(wxAcceleratorTable(1, &close));
+    // No entry of the bar closes the window or the program, but users of a desktop expect the keys.
+    const wxAcceleratorEntry keys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
+                                       {wxACCEL_CTRL, 'Q', wxID_EXIT}};
+    frame.SetAcceleratorTable(wxAcceleratorTable(static_cast<int>(std::size(keys)), keys));
     frame.SetIcons(LoadApplicationIcon());
     UseFaceColour(frame);
+}
+
+void AddStudyEntries(wxMenuBar& bar) {
+    wxMenu* menu = nullptr;
+    bar.FindItem(ID_WINDOW_STUDY, &menu);
+    menu->AppendSeparator();
+    AppendRows(*menu, std::begin(kStudyRows), std::end(kStudyRows));
 }
 
 void RemoveMenuItem(wxMenuBar& bar, int id) {

@@ -10,22 +10,27 @@ class wxMenu;
 class wxMenuBar;
 class wxWindow;
 
-// The one menu structure that all windows share, in full.
+// Builds the whole menu structure that all windows share. The caller owns the bar until a frame
+// takes it.
 wxMenuBar* BuildMenuBar();
 
-// The pop-up menu of a card, for the viewer and the list.
+// Builds the pop-up menu of a card, for the viewer and the list.
 std::unique_ptr<wxMenu> BuildCardMenu();
 
-// Shows a context menu: where the mouse was pressed, or in the corner of the window when a key
-// asked for it.
+// Shows a context menu at the mouse, or in the corner of the window if a key asked for it.
 void PopUpMenu(wxWindow& window, wxMenu& menu, const wxContextMenuEvent& event);
 
-// The shared setup of a top-level window, first in its constructor: font, menu bar less the entries
-// that no window offers, background. The topic is the window's name in the help.
+// Adds the entries that only the study window has, to the menu that changes between the windows.
+void AddStudyEntries(wxMenuBar& bar);
+
+// Sets up a top-level window; call it first in the constructor. Gives it the font, the menu bar
+// without the entries that no window offers, the icons and the background. The topic is the name of
+// the window in a help system, which no build has yet.
 void InitFrame(wxFrame& frame, const wxString& topic);
 
-// Deletes an entry, and a separator that the deletion has left first, last or doubled.
+// Deletes a menu entry, and a separator that the deletion leaves first, last or doubled. Does
+// nothing if the bar has no such entry.
 void RemoveMenuItem(wxMenuBar& bar, int id);
 
-// Deletes the whole menu that holds an entry.
+// Deletes the whole menu that holds an entry, if there is one.
 void RemoveMenuOf(wxMenuBar& bar, int id);

@@ -5,11 +5,12 @@
 #include <wx/sizer.h>
 #include <wx/textctrl.h>
 
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 int ShowMessageBox(const wxString& text, const wxString& caption, long style, wxWindow* parent) {
     wxMessageDialog box(parent, text, caption, style);
-    // The native window, and with it the title, exists only once the box runs.
+    // The native window, and with it the title, exists only while the box runs.
     box.CallAfter([&box, &caption] { box.wxTopLevelWindow::SetTitle(caption); });
     switch (box.ShowModal()) {
         case wxID_YES:
@@ -33,6 +34,7 @@ TextQuestion::TextQuestion(wxWindow* parent, const wxString& question, const wxS
                            const wxString& value)
     : wxTextEntryDialog(parent, question, caption, value) {
     SetAccessibleName(*m_textctrl, question);
+    TextUndo::AttachTo(*this);
     FitTextHeights(*this);
     GetSizer()->SetSizeHints(this);
 }

@@ -6,16 +6,16 @@
 
 class wxWindow;
 
-// A message box whose title is the caption on every platform; the toolkit's own function leaves the
-// title empty for some captions. Style and result are those of wxMessageBox.
+// Shows a message box whose title is the caption on every platform; the library's own function
+// leaves the title empty for some captions. Style and result are those of wxMessageBox.
 int ShowMessageBox(const wxString& text, const wxString& caption, long style = wxOK | wxCENTRE,
                    wxWindow* parent = nullptr);
 
-// The box of a validation message: caption "Message" and the button OK.
+// Shows the box of a validation message: caption "Message" and the button OK.
 void ShowValidationMessage(const wxString& text);
 
-// The toolkit's question for one line of text, with a field that is named for those who hear the
-// screen and high enough for any font.
+// The library's dialog that asks for one line of text, with a field that has a name for screen
+// readers and is high enough for any font.
 class TextQuestion : public wxTextEntryDialog {
   public:
     TextQuestion(wxWindow* parent, const wxString& question, const wxString& caption,

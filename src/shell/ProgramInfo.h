@@ -3,8 +3,9 @@
 #include <wx/string.h>
 #include <wx/translation.h>
 
-// Who stands behind the program. Hosts, mailbox and lines are reserved examples until a maker puts
-// real ones in their place; every text that names one takes it from here.
+// The name of the program and of its maker, addresses and legal lines. They stand alone so that a
+// maker changes them in one place: the hosts and the mailbox are reserved examples. The version
+// comes from CMake and is compiled into one small source, so that a new one rebuilds nothing else.
 
 constexpr const char* kMakerName = "Ostrel";
 constexpr const char* kApplicationName = "Velomind";
@@ -15,7 +16,7 @@ constexpr const char* kCommunitySite = "https://community.example.org";
 constexpr const char* kSupportSite = "https://support.example.org";
 constexpr const char* kSupportMailbox = "support@example.org";
 
-// Marked for translation; whoever shows them asks for it. The %i is the last year of the range.
+// Marked for translation, which the window that shows them does. The %i is the last year.
 constexpr const char* kLegalLines =
     wxTRANSLATE("Copyright (c) 2004-%i Ostrel.\nAll rights reserved.");
 constexpr const char* kLegalNotice = wxTRANSLATE(
@@ -23,5 +24,5 @@ constexpr const char* kLegalNotice = wxTRANSLATE(
     " how it may be used, copied and passed on.");
 constexpr int kLegalLastYear = 2008;
 
-// The name, edition and number of the program, "Velomind Mobile 2.5.7.1625".
+// Returns the name, edition and version of the program, "Velomind Mobile 2.5.7.1625".
 wxString GetVersionText();

@@ -21,22 +21,36 @@
 #include <system_error>
 #include <vector>
 
-#include "base/Numbers.h"
+#include "base/Text.h"
 #include "shell/ProgramInfo.h"
+#include "shell/Toolkit.h"
 #include "shell/WindowPlace.h"
+
+// The settings lie in one text file of lines "Key=value" in a single section, for example
+//
+//     Font=1;Sans Bold 12
+//     StudyBgColor=R255G255B255
+//     StudyFramePosition=100,80,640,480
+//
+// in ~/.config/Velomind.conf. Every access parses the file, does one thing and, after a write,
+// replaces the file. That is slow for a thousand values and right for twenty: nothing is cached, so
+// two windows, or an editor of the user's, never disagree with the program. The user may edit the
+// file, copy it from another computer or keep it behind a link, so whatever stands in it counts as
+// input: a value that makes no sense gives its default, and a file that is not ours to use (a pipe,
+// a directory, one without the right to read) is left alone.
 
 namespace {
 
 wxString ConfigurationDirectory() {
     wxString directory;
-    // A relative path is to be ignored by the rules of this variable.
+    // The rules of this variable want a relative path ignored.
     if (wxGetEnv("XDG_CONFIG_HOME", &directory) && wxIsAbsolutePath(directory)) {
         return directory;
     }
     return wxFileName::GetHomeDir() + "/.config";
 }
 
-// A link is followed, since writing replaces the file that it is given.
+// Returns the file itself where its name is a link, since writing replaces what it is given.
 wxString FilePath(const wxString& application) {
     const std::string path = (ConfigurationDirectory() + "/" + application + ".conf").utf8_string();
     std::error_code error;
@@ -44,7 +58,8 @@ wxString FilePath(const wxString& application) {
     return wxString::FromUTF8(error ? path : followed.string());
 }
 
-// Opening a pipe would wait for ever, and a file that cannot be read must not be replaced.
+// Tells whether the file may be read and replaced. Opening a pipe would wait for ever, and
+// replacing a file that cannot be read would lose the settings in it.
 bool IsUsable(const wxString& path) {
     std::error_code error;
     switch (std::filesystem::status(path.utf8_string(), error).type()) {
@@ -152,9 +167,10 @@ std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application) {
 
 namespace {
 
-// A greater size can only come from an accident in the file, and would fill the screen.
+// The largest font that is taken, in points. A greater one can only come from an accident in the
+// file, and one letter of it would fill the screen.
 constexpr double kLargestFont = 999.0;
-// No column is wider than the widest window.
+// The widest column that is taken, in pixels: the width of the widest window.
 constexpr long kWidestColumn = 32767;
 
 template <typename Value>
@@ -168,9 +184,10 @@ constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
 constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180}};
 constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingEarlyIntroduction, false},
                                                  {kSettingTest, false}};
-constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"}};
+constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"},
+                                                       {kSettingCardListShown, "Category"}};
 
-// The row of a key, or null.
+// Returns the row of a key, or null.
 template <typename Value, size_t kCount>
 const DefaultRow<Value>* FindDefault(const DefaultRow<Value> (&table)[kCount],
                                      const wxString& key) {
@@ -191,7 +208,8 @@ wxColour DefaultColour(const wxString& key) {
     return row == nullptr ? wxColour() : wxSystemSettings::GetColour(row->Default);
 }
 
-// One letter and three characters that are a number of at most 255, at a position of the text.
+// Reads one third of a colour text: its letter, and three characters that are a number of at most
+// 255.
 bool ParseColourGroup(const wxString& text, size_t position, char letter, unsigned char& part) {
     int32_t value = 0;
     size_t used = 0;
@@ -204,7 +222,14 @@ bool ParseColourGroup(const wxString& text, size_t position, char letter, unsign
     return true;
 }
 
-// The widths as far as the tokens are numbers that a width can be.
+// Returns the key beside a window's place that tells its size and whether it is maximised, such as
+// "StudyFrameSize" for "StudyFramePosition".
+wxString SizeKey(wxString key) {
+    key.Replace("Position", "Size");
+    return key;
+}
+
+// Returns the widths that stand before the first token that is none.
 std::vector<int> ParseWidths(const wxString& text) {
     std::vector<int> widths;
     wxStringTokenizer tokens(text, ",", wxTOKEN_RET_EMPTY_ALL);
@@ -293,36 +318,45 @@ bool ParseColourText(const wxString& text, wxColour& colour) {
 bool RestoreWindowPosition(const wxString& key, const wxString& application,
                            wxTopLevelWindow& window) {
     WatchPlace(window);
-    wxRect place;
-    if (!ParsePlace(OpenSettingsFile(application)->Read(key, wxString()), place)) {
+    const auto settings = OpenSettingsFile(application);
+    WindowPlace place;
+    const bool hasCorner = ParsePlace(settings->Read(key, wxString()), place.Free);
+    if (!ParseSize(settings->Read(SizeKey(key), wxString()), place) && !hasCorner) {
         return false;
     }
-    // A maximised window keeps the screen; it goes to its place when the person restores it.
-    if (!window.IsMaximized() && !window.IsFullScreen()) {
-        MoveToPlace(window, ClampPlace(place, ScreenAreas()));
+    const std::vector<wxRect> screens = ScreenAreas();
+    if (!hasCorner && !screens.empty()) {
+        place.Free = place.Free.CentreIn(screens.front());
+    }
+    // A maximised or tiled window keeps its part of the screen.
+    if (!window.IsMaximized() && !window.IsFullScreen() && !IsTiled(window)) {
+        place.Free = ClampPlace(place.Free, screens);
+        MoveToPlace(window, place);
     }
     return true;
 }
 
 void SaveWindowPosition(const wxString& key, const wxString& application,
                         const wxTopLevelWindow& window) {
-    OpenSettingsFile(application)->Write(key, FormatPlace(GetNormalPlace(window)));
+    const WindowPlace place = GetPlace(window);
+    const auto settings = OpenSettingsFile(application);
+    settings->Write(SizeKey(key), FormatSize(place));
+    if (HasWindowPlaces()) {
+        settings->Write(key, FormatPlace(place.Free));
+    }
 }
 
-void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
-                      const int* defaults, int count) {
+bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list) {
     const int columns = list.GetColumnCount();
     const std::vector<int> stored =
         ParseWidths(OpenSettingsFile(application)->Read(key, wxString()));
-    if (columns > 0 && stored.size() == static_cast<size_t>(columns)) {
-        for (int i = 0; i < columns; ++i) {
-            list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
-        }
-    } else if (defaults != nullptr) {
-        for (int i = 0; i < std::min(count, columns); ++i) {
-            list.SetColumnWidth(i, defaults[i]);
-        }
+    if (columns == 0 || stored.size() != static_cast<size_t>(columns)) {
+        return false;
     }
+    for (int i = 0; i < columns; ++i) {
+        list.SetColumnWidth(i, stored[static_cast<size_t>(i)]);
+    }
+    return true;
 }
 
 void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list) {

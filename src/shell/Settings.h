@@ -25,12 +25,14 @@ constexpr char kSettingStudyBgColor[] = "StudyBgColor";
 constexpr char kSettingBrowseFont[] = "BrowseFont";
 constexpr char kSettingCardLayout[] = "CardLayout";
 constexpr char kSettingCompactScoring[] = "CompactScoring";
+constexpr char kSettingStudyTextStep[] = "StudyTextStep";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
 constexpr char kSettingDatabasePath[] = "DatabasePath";
 constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
+constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
 constexpr char kSettingQuickHelp[] = "QuickHelp";
 constexpr char kSettingTest[] = "Test";
@@ -40,42 +42,44 @@ constexpr char kSettingBrowseFramePosition[] = "BrowseFramePosition";
 constexpr char kSettingImportDialogPosition[] = "ImportDialogPosition";
 
 // The named values of the user's configuration. Each access opens the configuration, does its work
-// and closes it, so a write is at once visible to the next read and nothing is cached. Reading
-// never fails: a text that makes no sense gives the default. Main thread only.
+// and closes it, so the next read sees a write at once and nothing is cached. Reading never fails:
+// a text that makes no sense gives the default. Main thread only.
 
-// A fresh configuration object, for keys that have no accessor of their own.
+// Returns a fresh configuration object, for keys that have no accessor of their own.
 std::unique_ptr<wxConfigBase> OpenSettings();
 
-// The system's default GUI font when absent or refused.
+// Returns the system's default GUI font when the value is absent or no font.
 wxFont ReadFontSetting(const wxString& key);
 void WriteFontSetting(const wxString& key, const wxFont& font);
-// The key's system colour when absent or refused, or an invalid colour for an unknown key.
+// Returns the key's system colour when the value is absent or no colour, and an invalid colour for
+// an unknown key.
 wxColour ReadColourSetting(const wxString& key);
 void WriteColourSetting(const wxString& key, const wxColour& colour);
-// The key's default when absent, or 0.
+// Returns the key's default when the value is absent, or 0 if it has none.
 int32_t ReadIntegerSetting(const wxString& key);
 void WriteIntegerSetting(const wxString& key, int32_t value);
-// The key's default when absent, or false.
+// Returns the key's default when the value is absent, or false if it has none.
 bool ReadBooleanSetting(const wxString& key);
 void WriteBooleanSetting(const wxString& key, bool value);
-// The key's default when absent, or the empty text.
+// Returns the key's default when the value is absent, or the empty text if it has none.
 wxString ReadStringSetting(const wxString& key);
 void WriteStringSetting(const wxString& key, const wxString& value);
 
-// The text form of a colour, "R128G128B128".
+// Returns the text form of a colour, "R128G128B128".
 wxString FormatColourText(const wxColour& colour);
 // Returns false, with colour unchanged, unless the text is exactly of that form.
 bool ParseColourText(const wxString& text, wxColour& colour);
 
-// The place of a window on the screen, in pixels, "x,y,w,h" under its key. Restore clamps it to a
-// screen that exists and returns false when none is stored. The application names the settings.
+// The place of a window on the screen (WindowPlace.h): its corner and size under its key, where the
+// desktop tells them, and its size and whether it is maximised under the key that has "Size" in
+// place of "Position". Restore brings it onto a screen that exists and returns false when neither
+// is stored. The application names the settings.
 bool RestoreWindowPosition(const wxString& key, const wxString& application,
                            wxTopLevelWindow& window);
 void SaveWindowPosition(const wxString& key, const wxString& application,
                         const wxTopLevelWindow& window);
 
-// Column widths in pixels, joined by commas. Applied only when there are as many as columns, else
-// the defaults are, when given.
-void ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list,
-                      const int* defaults, int count);
+// Column widths in pixels, joined by commas. They are applied when there are as many as columns;
+// otherwise nothing changes and the result is false.
+bool ReadColumnWidths(const wxString& application, const wxString& key, wxListCtrl& list);
 void WriteColumnWidths(const wxString& application, const wxString& key, const wxListCtrl& list);

@@ -1,20 +1,26 @@
 #include "shell/Toolkit.h"
 
+#include <wx/app.h>
 #include <wx/defs.h>
 #include <wx/listctrl.h>
 #include <wx/panel.h>
 #include <wx/scrolwin.h>
 #include <wx/settings.h>
 #include <wx/spinctrl.h>
+#include <wx/statusbr.h>
 #include <wx/textctrl.h>
 #include <wx/toplevel.h>
 
 #ifdef __WXGTK__
 
 #include <gtk/gtk.h>
+#ifdef GDK_WINDOWING_WAYLAND
+#include <gdk/gdkwayland.h>
+#endif
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace {
 
@@ -90,6 +96,122 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     return focus;
 }
 
+void KeepScrollBarVisible(wxScrolledWindow& form) {
+    if (GTK_IS_SCROLLED_WINDOW(form.m_widget)) {
+        gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(form.m_widget), FALSE);
+    }
+}
+
+namespace {
+
+// What the program does for a window that the platform has restyled.
+std::function<void(wxTopLevelWindow&)> gOnRestyled;
+
+// Runs in the next frame of a window that is on the screen, just before it is restyled.
+gboolean OnFrame(GtkWidget* /*widget*/, GdkFrameClock* /*clock*/, void* data) {
+    auto* const window = static_cast<wxTopLevelWindow*>(data);
+    window->CallAfter([window] { gOnRestyled(*window); });
+    return G_SOURCE_REMOVE;
+}
+
+// Runs when a hidden window is shown.
+void OnMap(GtkWidget* widget, void* data) {
+    g_signal_handlers_disconnect_matched(widget, G_SIGNAL_MATCH_FUNC, 0, 0, nullptr,
+                                         reinterpret_cast<void*>(&OnMap), nullptr);
+    gtk_widget_add_tick_callback(widget, OnFrame, data, nullptr);
+}
+
+void OnDesktopChange() {
+    for (wxWindow* const window : wxTopLevelWindows) {
+        auto* const top = dynamic_cast<wxTopLevelWindow*>(window);
+        GtkWidget* const widget = top == nullptr ? nullptr : top->GetHandle();
+        if (widget == nullptr) {
+            continue;
+        }
+        if (gtk_widget_get_mapped(widget) != FALSE) {
+            gtk_widget_add_tick_callback(widget, OnFrame, top, nullptr);
+        } else {
+            g_signal_connect(widget, "map", G_CALLBACK(OnMap), top);
+        }
+    }
+}
+
+// The library keeps the colours of a theme until it hears of another name.
+void OnVariant(GtkSettings* settings) {
+    g_object_notify(G_OBJECT(settings), "gtk-theme-name");
+}
+
+}  // namespace
+
+void WatchDesktop(std::function<void(wxTopLevelWindow&)> onChange) {
+    gOnRestyled = std::move(onChange);
+    GtkSettings* const settings = gtk_settings_get_default();
+    for (const char* const signal : {"notify::gtk-theme-name", "notify::gtk-xft-dpi"}) {
+        g_signal_connect_swapped(settings, signal, G_CALLBACK(OnDesktopChange), nullptr);
+    }
+    g_signal_connect(settings, "notify::gtk-application-prefer-dark-theme", G_CALLBACK(OnVariant),
+                     nullptr);
+}
+
+namespace {
+
+// Makes the list measure its rows again, which it does only for another font.
+void MeasureRows(wxListCtrl& list) {
+    const wxFont font = list.GetFont();
+    list.SetFont(font.Larger());
+    list.SetFont(font);
+    const wxWindow& rows = GetRowsWindow(list);
+    for (wxWindow* const child : list.GetChildren()) {
+        if (child != &rows) {
+            // The list asks for the height of its headings only when it makes them.
+            child->SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
+            child->SetMinSize(wxSize(-1, child->GetCharHeight() + 2 * list.FromDIP(kFrame)));
+        }
+    }
+    list.Layout();
+}
+
+void TakeListColours(wxListCtrl& list) {
+    const wxVisualAttributes colours = wxListCtrl::GetClassDefaultAttributes();
+    list.SetOwnForegroundColour(colours.colFg);
+    list.SetOwnBackgroundColour(colours.colBg);
+    const wxWindow& rows = GetRowsWindow(list);
+    for (wxWindow* const child : list.GetChildren()) {
+        child->SetOwnForegroundColour(colours.colFg);
+        if (child == &rows) {
+            child->SetOwnBackgroundColour(colours.colBg);
+        }
+    }
+}
+
+void ForgetSizes(wxWindow& window) {
+    window.InvalidateBestSize();
+    if (auto* const list = dynamic_cast<wxListCtrl*>(&window)) {
+        TakeListColours(*list);
+        MeasureRows(*list);
+    }
+    if (auto* const bar = dynamic_cast<wxStatusBar*>(&window)) {
+        // The library asks the platform for this height only when a frame takes the bar.
+        gtk_widget_set_size_request(bar->GetHandle(), -1, bar->GetCharHeight() * 5 / 4);
+    }
+    for (wxWindow* const child : window.GetChildren()) {
+        ForgetSizes(*child);
+    }
+}
+
+}  // namespace
+
+void TakeDesktopStyle(wxWindow& window) {
+    ForgetSizes(window);
+    // Windows that paint themselves measure and colour anew when they get this event.
+    wxSysColourChangedEvent event;
+    event.SetEventObject(&window);
+    window.HandleWindowEvent(event);
+    FitTextHeights(window);
+    window.SendSizeEvent();
+    window.Refresh();
+}
+
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
     // Returns TRUE to tell the platform that the text stands as it should.
     gboolean (*const onWrite)(GtkSpinButton*, void*) = [](GtkSpinButton* button, void* guard) {
@@ -101,10 +223,50 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
                      reinterpret_cast<void*>(keepsText));
 }
 
-wxPoint GetFramePosition(const wxTopLevelWindow& window) {
-    wxPoint position;
-    gtk_window_get_position(GTK_WINDOW(window.GetHandle()), &position.x, &position.y);
-    return position;
+void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
+    gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
+}
+
+bool HasWindowPlaces() {
+#ifdef GDK_WINDOWING_WAYLAND
+    return !GDK_IS_WAYLAND_DISPLAY(gdk_display_get_default());
+#else
+    return true;
+#endif
+}
+
+wxRect GetInnerPlace(const wxTopLevelWindow& window) {
+    auto* const platform = GTK_WINDOW(window.GetHandle());
+    wxRect place;
+    if (HasWindowPlaces()) {
+        gtk_window_get_position(platform, &place.x, &place.y);
+    }
+    gtk_window_get_size(platform, &place.width, &place.height);
+    return place;
+}
+
+void SetInnerSize(wxTopLevelWindow& window, const wxSize& size) {
+    GtkWidget* const widget = window.GetHandle();
+    if (gtk_widget_get_mapped(widget) == FALSE) {
+        // When the library learns how thick the frame is, it takes that off the size of a new
+        // window, unless the size inside was asked for.
+        window.SetClientSize(window.GetClientSize() + size - GetInnerPlace(window).GetSize());
+    }
+    gtk_window_resize(GTK_WINDOW(widget), size.x, size.y);
+}
+
+void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner) {
+    if (HasWindowPlaces()) {
+        gtk_window_move(GTK_WINDOW(window.GetHandle()), corner.x, corner.y);
+    }
+}
+
+bool IsTiled(const wxTopLevelWindow& window) {
+    constexpr int kTiled = GDK_WINDOW_STATE_TILED | GDK_WINDOW_STATE_TOP_TILED |
+                           GDK_WINDOW_STATE_RIGHT_TILED | GDK_WINDOW_STATE_BOTTOM_TILED |
+                           GDK_WINDOW_STATE_LEFT_TILED;
+    GdkWindow* const platform = gtk_widget_get_window(window.GetHandle());
+    return platform != nullptr && (gdk_window_get_state(platform) & kTiled) != 0;
 }
 
 #else
@@ -117,6 +279,12 @@ void FitTextHeights(wxWindow& /*window*/) {}
 
 void ShowMenuPictures() {}
 
+void KeepScrollBarVisible(wxScrolledWindow& /*form*/) {}
+
+void WatchDesktop(std::function<void(wxTopLevelWindow&)> /*onChange*/) {}
+
+void TakeDesktopStyle(wxWindow& /*window*/) {}
+
 void KeepSpinText(const wxSpinCtrl& /*control*/, SpinTextGuard /*keepsText*/) {}
 
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
@@ -128,8 +296,26 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     return focus;
 }
 
-wxPoint GetFramePosition(const wxTopLevelWindow& window) {
-    return window.GetPosition();
+void UseActivationToken(const wxTopLevelWindow& /*window*/, const wxString& /*token*/) {}
+
+bool HasWindowPlaces() {
+    return true;
+}
+
+wxRect GetInnerPlace(const wxTopLevelWindow& window) {
+    return window.GetRect();
+}
+
+void SetInnerSize(wxTopLevelWindow& window, const wxSize& size) {
+    window.SetSize(size);
+}
+
+void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner) {
+    window.Move(corner);
+}
+
+bool IsTiled(const wxTopLevelWindow& /*window*/) {
+    return false;
 }
 
 #endif

@@ -3,6 +3,8 @@
 #include <wx/gdicmn.h>
 #include <wx/string.h>
 
+#include <functional>
+
 class wxListCtrl;
 class wxScrolledWindow;
 class wxSpinCtrl;
@@ -48,12 +50,42 @@ void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole);
 // rectangle in pixels of the form's window.
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place);
 
+// Shows the scroll bars of a form for as long as there is something to scroll. By default this
+// platform shows them only while the mouse moves, and nothing tells that a form goes on.
+void KeepScrollBarVisible(wxScrolledWindow& form);
+
+// Calls a function for each window after the user has chosen another theme or another size of all
+// texts on the desktop, until the program ends. The call comes from the event loop once the
+// platform has restyled the window: soon for one on the screen, for another when it is shown.
+void WatchDesktop(std::function<void(wxTopLevelWindow&)> onChange);
+
+// Lets a window and all that stands in it take the desktop's present colours and text sizes. The
+// library does so for most controls; lists keep the colours and forms the sizes that were right
+// when they were made.
+void TakeDesktopStyle(wxWindow& window);
+
 // Asks before a spin control writes its number in place of the text that the user typed: while the
 // function returns true for that text and number, the text stays. Elsewhere than on this platform
 // the number replaces the text.
 using SpinTextGuard = bool (*)(const wxString& text, double number);
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 
-// Returns where the frame around a window lies on the screen, in pixels. After a window was hidden
-// and shown again the library may report the position of the inside instead.
-wxPoint GetFramePosition(const wxTopLevelWindow& window);
+// Entitles a window to come to the front, with the token that another process got when the user
+// started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.
+void UseActivationToken(const wxTopLevelWindow& window, const wxString& token);
+
+// Returns whether programs may know and choose where their windows lie. Wayland keeps that to the
+// desktop.
+bool HasWindowPlaces();
+
+// Returns a window's place in pixels: the corner of the frame around it, and the size inside that
+// frame. The library's own sizes count frames and shadows in or not, depending on the desktop. The
+// corner is 0,0 where windows have no places.
+wxRect GetInnerPlace(const wxTopLevelWindow& window);
+// Gives a window that size inside its frame, whether it is shown or not.
+void SetInnerSize(wxTopLevelWindow& window, const wxSize& size);
+// Moves the corner of the frame. Does nothing where windows have no places.
+void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner);
+
+// Returns whether the desktop has fitted a window to a part of the screen, such as its left half.
+bool IsTiled(const wxTopLevelWindow& window);

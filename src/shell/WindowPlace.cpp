@@ -12,28 +12,47 @@
 
 #include "shell/Toolkit.h"
 
+// A window manager and a toolkit talk past each other, so asking a window where it is gives wrong
+// answers at several moments, and this file watches each window to know better:
+//
+// - A new window asks for 120,90 and the manager puts it at 300,200. We ask again once the window
+//   is up (CorrectPlace), and stop when the user has had time to move it.
+// - A window at 120,90 is maximised. It hears that it is now at 0,0 a little before it hears why.
+//   A place counts only after it lasted a moment (NotePlace), so 120,90 is what we keep.
+// - The frame turns out 25 pixels thicker than the library assumed, or the desktop has the program
+//   draw frame and shadow itself and the library counts them as inside. A window that stored such
+//   sizes would grow or shrink a little at each start. The platform's own measures have neither
+//   fault (GetInnerPlace).
+// - A window manager that tiles shows every window as maximised from the start. Only a window that
+//   was free before counts as maximised by the user.
+
 namespace {
 
-// What the coordinates of a window system reach.
+// The largest coordinate that a window system can express.
 constexpr long kFarthest = 32767;
-// A window that is smaller shows nothing that is of use.
+// A smaller window would show nothing of use, so its place is taken for a mistake.
 constexpr int kSmallest = 64;
-// How long the window manager may take to settle a new window.
+// How long the window manager may take to settle a window, either new or maximised.
 constexpr long kSettlingMilliseconds = 300;
-// How often the place of a window is put right; a window manager may insist on its own.
+// How often we ask again for a place before the window manager has its way.
 constexpr int kCorrections = 3;
 
+const char* const kMaximised = "maximised";
+
 struct WatchedPlace {
-    // The last place that lasted, and the one since then.
-    wxRect Normal;
+    // The last place that lasted, and what the user chose last.
+    WindowPlace Kept;
+    // The newest place, which may not last. While the window is not free it is the kept one.
     wxRect Latest;
+    bool IsFree = true;
     wxStopWatch SinceLatest;
-    // Where the window is to be once it is shown.
+    // The window has been free for long enough to believe it.
+    bool WasFree = false;
+    // The place to hold the window to while it comes up. Empty as soon as the user may move it.
     std::optional<wxRect> Wanted;
-    // How often that may still be corrected.
     int Corrections = kCorrections;
     bool WasHidden = false;
-    // Since the window was last seen not to be the active one.
+    // Runs from the moment the window was last seen inactive or not free.
     wxStopWatch SinceInactive;
 };
 
@@ -46,16 +65,9 @@ WatchedPlace& Watched(const wxTopLevelWindow& window) {
     return WatchedPlaces()[&window];
 }
 
-bool IsNormal(const wxTopLevelWindow& window) {
-    return !window.IsMaximized() && !window.IsIconized() && !window.IsFullScreen();
-}
-
-wxRect PresentPlace(const wxTopLevelWindow& window) {
-    wxRect place = window.GetRect();
-    if (Watched(window).WasHidden) {
-        place.SetPosition(GetFramePosition(window));
-    }
-    return place;
+bool IsFree(const wxTopLevelWindow& window) {
+    return !window.IsMaximized() && !window.IsIconized() && !window.IsFullScreen() &&
+           !IsTiled(window);
 }
 
 int64_t SharedArea(const wxRect& one, const wxRect& other) {
@@ -63,36 +75,55 @@ int64_t SharedArea(const wxRect& one, const wxRect& other) {
     return shared.IsEmpty() ? 0 : int64_t{shared.width} * shared.height;
 }
 
-// Window managers are free to place a new window where they like, and many do; a move of one that
-// is shown they grant. The frame around a window may also turn out thicker or thinner than was
-// foreseen, and the window would change its size a little at each start. Both become known about
-// when the window becomes the active one; whatever changes its place later is the person.
+// Holds the window to a place while it comes up, or comes back.
+void Want(wxTopLevelWindow& window, const wxRect& place) {
+    WatchedPlace& watched = Watched(window);
+    watched.Wanted = place;
+    watched.Corrections = kCorrections;
+    watched.SinceInactive.Start();
+}
+
+void ApplyPlace(wxTopLevelWindow& window, const wxRect& place) {
+    MoveFrame(window, place.GetPosition());
+    SetInnerSize(window, place.GetSize());
+}
+
+// Puts a new window where it asked to be. Window managers may place a new window where they like,
+// but grant a move of one that is shown. Some forget the free size of a window that comes up
+// maximised, so the time runs only while it is free. Changes that come later are the user's.
 void CorrectPlace(wxTopLevelWindow& window) {
     WatchedPlace& watched = Watched(window);
-    if (!window.IsActive()) {
+    if (!window.IsActive() || !IsFree(window)) {
         watched.SinceInactive.Start();
-    } else if (watched.SinceInactive.Time() > kSettlingMilliseconds) {
+        return;
+    }
+    if (watched.SinceInactive.Time() > kSettlingMilliseconds) {
         watched.Wanted.reset();
     }
-    if (watched.Wanted && PresentPlace(window) != *watched.Wanted && watched.Corrections > 0) {
+    if (watched.Wanted && GetInnerPlace(window) != *watched.Wanted && watched.Corrections > 0) {
         --watched.Corrections;
-        window.SetSize(*watched.Wanted);
+        ApplyPlace(window, *watched.Wanted);
     }
 }
 
-// While a window is being maximised it may be told of its new place some time before it is told
-// why, so a place counts only once it has lasted.
+// Keeps the present place once it has lasted. A window that is being maximised hears of its new
+// place before it hears of its new state, and must not take that place for its free one.
 void NotePlace(const wxTopLevelWindow& window) {
     WatchedPlace& watched = Watched(window);
-    const bool normal = IsNormal(window);
-    const wxRect present = PresentPlace(window);
-    if (normal && present == watched.Latest) {
+    const bool isFree = IsFree(window);
+    const wxRect present = isFree ? GetInnerPlace(window) : watched.Latest;
+    if (isFree == watched.IsFree && present == watched.Latest) {
         return;
     }
-    if (watched.SinceLatest.Time() > kSettlingMilliseconds) {
-        watched.Normal = watched.Latest;
+    if (watched.IsFree && watched.SinceLatest.Time() > kSettlingMilliseconds) {
+        watched.Kept.Free = watched.Latest;
+        watched.WasFree = true;
     }
-    watched.Latest = normal ? present : watched.Normal;
+    if (isFree || watched.WasFree) {
+        watched.Kept.Maximised = window.IsMaximized();
+    }
+    watched.IsFree = isFree;
+    watched.Latest = isFree ? present : watched.Kept.Free;
     watched.SinceLatest.Start();
 }
 
@@ -116,6 +147,23 @@ bool ParsePlace(const wxString& text, wxRect& place) {
         return false;
     }
     place = wxRect(numbers[0], numbers[1], numbers[2], numbers[3]);
+    return true;
+}
+
+wxString FormatSize(const WindowPlace& place) {
+    const wxString size = wxString::Format("%i,%i", place.Free.width, place.Free.height);
+    return place.Maximised ? size + "," + kMaximised : size;
+}
+
+bool ParseSize(const wxString& text, WindowPlace& place) {
+    wxString size = text;
+    const bool maximised = text.EndsWith(wxString(",") + kMaximised, &size);
+    wxRect read;
+    if (!ParsePlace("0,0," + size, read)) {
+        return false;
+    }
+    place.Free.SetSize(read.GetSize());
+    place.Maximised = maximised;
     return true;
 }
 
@@ -147,27 +195,24 @@ void WatchPlace(wxTopLevelWindow& window) {
     if (WatchedPlaces().count(&window) != 0) {
         return;
     }
-    Watched(window).Normal = Watched(window).Latest = window.GetRect();
+    SetInnerSize(window, window.GetSize());
+    Watched(window).Kept.Free = Watched(window).Latest = GetInnerPlace(window);
     window.Bind(wxEVT_IDLE, [&window](wxIdleEvent& event) {
         event.Skip();
         if (window.IsShown()) {
-            if (IsNormal(window)) {
-                CorrectPlace(window);
-            }
+            CorrectPlace(window);
             NotePlace(window);
         }
     });
     window.Bind(wxEVT_SHOW, [&window](wxShowEvent& event) {
         event.Skip();
         WatchedPlace& watched = Watched(window);
+        watched.SinceLatest.Start();
         if (!event.IsShown()) {
             watched.WasHidden = true;
-        } else if (watched.WasHidden && IsNormal(window)) {
-            // It comes back as a new one does: the toolkit counts without its frame at first, or
-            // for ever.
-            watched.Wanted = watched.Latest;
-            watched.Corrections = kCorrections;
-            watched.SinceInactive.Start();
+        } else if (watched.WasHidden) {
+            // The window manager treats it as a new window.
+            Want(window, watched.Latest);
         }
     });
     window.Bind(wxEVT_DESTROY, [&window](wxWindowDestroyEvent& event) {
@@ -178,24 +223,40 @@ void WatchPlace(wxTopLevelWindow& window) {
     });
 }
 
-void MoveToPlace(wxTopLevelWindow& window, const wxRect& place) {
+void MoveToPlace(wxTopLevelWindow& window, const WindowPlace& place) {
     WatchedPlace& watched = Watched(window);
-    window.SetSize(place);
-    watched.Normal = watched.Latest = place;
-    watched.Wanted = window.IsShown() ? std::nullopt : std::make_optional(place);
+    watched.Kept = place;
+    if (!HasWindowPlaces()) {
+        watched.Kept.Free.SetPosition({0, 0});
+    }
+    watched.Latest = watched.Kept.Free;
+    watched.IsFree = true;
+    ApplyPlace(window, watched.Latest);
+    watched.Wanted.reset();
+    if (!window.IsShown()) {
+        Want(window, watched.Latest);
+        window.Maximize(place.Maximised);
+    }
 }
 
-wxRect GetNormalPlace(const wxTopLevelWindow& window) {
+WindowPlace GetPlace(const wxTopLevelWindow& window) {
     if (WatchedPlaces().count(&window) == 0) {
-        return window.GetRect();
+        return {GetInnerPlace(window), window.IsMaximized()};
     }
+    WatchedPlace& watched = Watched(window);
     if (!window.IsShown()) {
-        // The window manager has taken its frame away, so that it counts as smaller.
-        return Watched(window).Latest;
+        return {watched.Latest, watched.Kept.Maximised};
     }
-    if (IsNormal(window)) {
-        return PresentPlace(window);
+    if (IsFree(window)) {
+        return {GetInnerPlace(window), false};
     }
     NotePlace(window);
-    return Watched(window).Normal;
+    return watched.Kept;
+}
+
+void TakeTurnOf(const wxTopLevelWindow& shown, wxTopLevelWindow& window) {
+    if (!HasWindowPlaces() && shown.IsShown() && !window.IsShown()) {
+        MoveToPlace(window, GetPlace(shown));
+        window.Maximize(shown.IsMaximized());
+    }
 }

@@ -1,5 +1,7 @@
 #include "store/CardRow.h"
 
+#include <utility>
+
 namespace {
 
 void ReadSchedule(const StatementRun& run, int column, CardSchedule& schedule) {
@@ -29,17 +31,18 @@ int ReadFlashCard(const StatementRun& run, FlashCard& card) {
     return 0;
 }
 
-int ReadCategory(const StatementRun& run, Category& category) {
-    category.Id = run.ColumnInt(0);
-    category.Name = run.ColumnText(1);
+int AddFlashCard(const StatementRun& run, std::list<FlashCard>& cards) {
+    FlashCard card;
+    if (ReadFlashCard(run, card) < 0) {
+        return -1;
+    }
+    cards.push_back(std::move(card));
     return 0;
 }
 
-// The loop that both record readers share.
-template <typename Record, typename Reader>
-int ReadRows(StatementRun& run, std::list<Record>& records, bool all, const wxString& label,
-             const Reader& read) {
-    records.clear();
+// The loop that all readers of rows share; read gives a negative value for a row that is damaged.
+template <typename Reader>
+int ReadRows(StatementRun& run, const char* label, const Reader& read) {
     for (;;) {
         if (run.Step(label) < 0) {
             return -1;
@@ -47,60 +50,50 @@ int ReadRows(StatementRun& run, std::list<Record>& records, bool all, const wxSt
         if (run.IsDone()) {
             return 0;
         }
-        Record record;
-        if (read(run, record) < 0) {
+        if (read() < 0) {
             return -1;
-        }
-        records.push_back(std::move(record));
-        if (!all) {
-            return 0;
         }
     }
 }
 
-int BindSchedule(StatementRun& run, int& index, const CardSchedule& schedule) {
-    const bool bound = run.BindInt(index++, schedule.Introduced ? 1 : 0) == 0 &&
-                       run.BindTime(index++, schedule.LastReview) == 0 &&
-                       run.BindInt(index++, schedule.LastScore) == 0 &&
-                       run.BindDouble(index++, static_cast<double>(schedule.ReviewInterval)) == 0 &&
-                       run.BindInt(index++, schedule.Difficulty) == 0 &&
-                       run.BindTime(index++, schedule.NextReview()) == 0 &&
-                       run.BindInt(index++, schedule.ERC) == 0;
-    return bound ? 0 : -1;
+int BindSchedule(StatementRun& run, const CardSchedule& schedule) {
+    return run.Bind(schedule.Introduced, schedule.LastReview, schedule.LastScore,
+                    schedule.ReviewInterval, schedule.Difficulty, schedule.NextReview(),
+                    schedule.ERC);
 }
 
 }  // namespace
 
-int ReadFlashCardRows(StatementRun& run, std::list<FlashCard>& cards, bool all) {
-    return ReadRows(run, cards, all, "ReadFlashCardRows", ReadFlashCard);
+int ReadFlashCardRows(StatementRun& run, std::list<FlashCard>& cards) {
+    cards.clear();
+    return ReadRows(run, "ReadFlashCardRows", [&] { return AddFlashCard(run, cards); });
 }
 
-int ReadCategoryRows(StatementRun& run, std::list<Category>& categories, bool all) {
-    return ReadRows(run, categories, all, "ReadCategoryRows", ReadCategory);
+int ReadFlashCardRow(StatementRun& run, std::list<FlashCard>& cards) {
+    cards.clear();
+    if (run.Step("ReadFlashCardRows") < 0) {
+        return -1;
+    }
+    return run.IsDone() ? 0 : AddFlashCard(run, cards);
+}
+
+int ReadCategoryRows(StatementRun& run, std::list<Category>& categories) {
+    categories.clear();
+    return ReadRows(run, "ReadCategoryRows", [&] {
+        categories.push_back({run.ColumnInt(0), run.ColumnText(1)});
+        return 0;
+    });
 }
 
 int ReadInt64Rows(StatementRun& run, std::vector<int64_t>& numbers) {
-    const wxString label = "ReadInt64Rows";
-    for (;;) {
-        if (run.Step(label) < 0) {
-            return -1;
-        }
-        if (run.IsDone()) {
-            return 0;
-        }
+    return ReadRows(run, "ReadInt64Rows", [&] {
         numbers.push_back(run.ColumnInt64(0));
-    }
+        return 0;
+    });
 }
 
-int BindCardFields(StatementRun& run, int& index, const FlashCard& card) {
-    const bool bound =
-        run.BindText(index++, card.Front) == 0 && run.BindText(index++, card.Back) == 0 &&
-        run.BindInt(index++, card.CategoryId) == 0 && run.BindText(index++, card.Author) == 0 &&
-        run.BindText(index++, card.Chapter) == 0 &&
-        run.BindInt(index++, card.IntroductionOrder) == 0 &&
-        run.BindInt(index++, card.ForwardX ? 1 : 0) == 0 &&
-        run.BindInt(index++, card.ReverseX ? 1 : 0) == 0 &&
-        run.BindText(index++, card.Notes) == 0 && BindSchedule(run, index, card.Forward) == 0 &&
-        BindSchedule(run, index, card.Reverse) == 0;
-    return bound ? 0 : -1;
+int BindCardFields(StatementRun& run, const FlashCard& card) {
+    const int result = run.Bind(card.Front, card.Back, card.CategoryId, card.Author, card.Chapter,
+                                card.IntroductionOrder, card.ForwardX, card.ReverseX, card.Notes);
+    return result < 0 || BindSchedule(run, card.Forward) < 0 ? -1 : BindSchedule(run, card.Reverse);
 }

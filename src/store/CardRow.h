@@ -12,13 +12,13 @@
 // Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC.
 constexpr int kForwardScheduleColumn = 10;
 constexpr int kReverseScheduleColumn = 16;
-// The row id, where the column list of a walk has it at its end.
+// The row id, which the column list of a walk over due cards has at its end.
 constexpr int kRowIdColumn = 22;
 constexpr int kLastReviewOffset = 1;
 constexpr int kReviewIntervalOffset = 3;
 
-// A card as it lies in the store, for whoever passes many cards on and keeps none: nothing is
-// copied before it is asked for. The row and its texts, which are the engine's own, end with the
+// A card as it lies in the store, for an export that passes many cards on and keeps none: nothing
+// is copied before it is asked for. The row and its texts, which are the engine's own, end with the
 // visit.
 class CardRow {
   public:
@@ -60,14 +60,15 @@ class CardRow {
     const StatementRun& mRun;
 };
 
-// How records become parameters and how result rows become records.
+// The readers step a run whose arguments are bound. Each returns 0, or -1 on any failure.
 
-// Read the rows of a run whose parameters are bound: 0, or -1 on any failure. The lists are cleared
-// first; with all false only the first row is read. The vector is appended to.
-int ReadFlashCardRows(StatementRun& run, std::list<FlashCard>& cards, bool all);
-int ReadCategoryRows(StatementRun& run, std::list<Category>& categories, bool all);
+// Clears the list and reads every row into it.
+int ReadFlashCardRows(StatementRun& run, std::list<FlashCard>& cards);
+int ReadCategoryRows(StatementRun& run, std::list<Category>& categories);
+// Clears the list and reads the first row, if there is one.
+int ReadFlashCardRow(StatementRun& run, std::list<FlashCard>& cards);
+// Appends the first column of every row.
 int ReadInt64Rows(StatementRun& run, std::vector<int64_t>& numbers);
 
-// Binds every field of a card but its id from a running index on, which then lies behind the last
-// one. Gives 0 or -1.
-int BindCardFields(StatementRun& run, int& index, const FlashCard& card);
+// Binds every field of a card but its id to the next parameters. Returns 0 or -1.
+int BindCardFields(StatementRun& run, const FlashCard& card);

@@ -1,5 +1,4 @@
-// The statement layer: prepared texts, marks of use, failures, and the shapes that the operations
-// share.
+// The statement layer: prepared texts, marks of use, and failures.
 
 #include "store/Database.h"
 
@@ -10,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 #include "base/Unicode.h"
 
 Database::Database(FatalErrorReport& report)
@@ -106,9 +105,9 @@ int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
     return mStatementsInUse.erase(statement) == 1 ? 0 : -1;
 }
 
-int Database::ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result) {
+int Database::ReportStepFailure(sqlite3_stmt* statement, const char* label, int result) {
     const Lock lock(mMutex);
-    // The engine knows the true error of such a statement only after its reset.
+    // The engine tells the true error only after a reset.
     sqlite3_reset(statement);
     KeepError();
     wxString text;
@@ -180,43 +179,4 @@ wxString Database::GetLastError() {
 int Database::GetLastErrorCode() {
     const Lock lock(mMutex);
     return mLastErrorCode;
-}
-
-int Database::SelectInt(sqlite3_stmt* statement, int32_t& value) {
-    StatementRun run(*this, statement);
-    return ReadInt(run, value, "SelectInt");
-}
-
-int Database::SelectIntBindInt(sqlite3_stmt* statement, int32_t parameter, int32_t& value,
-                               const wxString& label) {
-    StatementRun run(*this, statement);
-    if (run.BindInt(1, parameter) < 0) {
-        return -1;
-    }
-    return ReadInt(run, value, label);
-}
-
-int Database::ReadInt(StatementRun& run, int32_t& value, const wxString& label) {
-    const int result = run.Step(label);
-    if (result < 0) {
-        return result;
-    }
-    if (run.IsDone()) {
-        return -1;
-    }
-    value = run.ColumnInt(0);
-    return 0;
-}
-
-int Database::SelectStringBindString(sqlite3_stmt* statement, const wxString& parameter,
-                                     std::list<wxString>& values) {
-    values.clear();
-    StatementRun run(*this, statement);
-    if (run.BindText(1, parameter) < 0 || run.Step("SelectStringBindString") < 0) {
-        return -1;
-    }
-    if (!run.IsDone()) {
-        values.push_back(run.ColumnText(0));
-    }
-    return 0;
 }

@@ -11,14 +11,16 @@
 #include <mutex>
 #include <vector>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
+#include "store/CardRow.h"
 #include "store/FlashCard.h"
 #include "store/Statement.h"
-#include "store/StoreUpgrade.h"
 #include "store/Subject.h"
 
-// A due card as the selection sees it while it steps the rows: the row, and the schedule columns of
-// one direction.
+class wxThread;
+
+// A due card as the card selection sees it while it steps the rows: the schedule of one direction,
+// and the row id. It ends with the visit.
 class ReadyRow {
   public:
     ReadyRow(const StatementRun& run, bool reverse) : mRun(run), mReverse(reverse) {}
@@ -30,9 +32,50 @@ class ReadyRow {
     const StatementRun& mRun;
     bool mReverse;
 };
-class CardRow;
+
+// What a list of cards can be sorted by: a column of the card, or the name of its category.
+enum class CardColumn : uint8_t {
+    kIntroductionOrder,
+    kFront,
+    kBack,
+    // The category's id, and the introduction order inside each category.
+    kCategory,
+    kCategoryName,
+    kAuthor,
+    kChapter,
+    kForwardX,
+    kReverseX,
+    kNotes,
+    kNextReview,
+    kReviewInterval,
+    kRNextReview,
+    kRReviewInterval
+};
+
+// The order of a list of cards, smallest first unless it is descending.
+struct CardOrder {
+    CardOrder(CardColumn column, bool descending = false)
+        : Column(column), Descending(descending) {}
+    CardColumn Column;
+    bool Descending;
+};
+
 using CardRowVisitor = std::function<void(const CardRow&)>;
 using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
+
+// What the store asks of the program while a worker upgrades the store file: keep the user informed
+// and come back when the worker has ended. The thread is joinable and already runs; the store joins
+// it afterwards.
+class UpgradeWait {
+  public:
+    virtual ~UpgradeWait() = default;
+    virtual void WaitFor(wxThread& worker) = 0;
+};
+
+// Gives a connection functions LOWER and LIKE of exactly the meaning of the engine's own,
+// ill-formed texts and limits included, that work on UTF-16, as the store has its texts. Returns
+// the engine's result.
+int RegisterSearchFunctions(sqlite3* handle);
 
 // The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
 // fails without touching anything. All operations return 0 or more on success and a negative value
@@ -42,21 +85,21 @@ using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
 // views are switched off, and a file whose cards, categories or values would be computed by the
 // schema (a check, a generated column, an index on an expression) is refused.
 //
-// Whoever changes cards or categories calls Notify once the change is complete. One operation runs
-// at a time: a recursive mutex is held inside each, because update handlers of windows behind a
-// modal dialog may run while a worker writes.
+// Call Notify once a change of cards or categories is complete. One operation runs at a time: each
+// holds a recursive mutex, because update handlers of windows behind a modal dialog may run while a
+// worker writes.
 class Database : public Subject {
   public:
     // The report is not owned and must outlive the Database.
     explicit Database(FatalErrorReport& report);
     ~Database() override;
 
-    // What the engine adds to a store's name for files of its own beside it. One that was left
-    // behind would be played back into whatever store has the name next.
+    // What the engine adds to a store's name for its own files beside it. One that was left behind
+    // would be played back into the next store of that name.
     static constexpr std::array<const char*, 3> kCompanions = {"-journal", "-wal", "-shm"};
 
     // Opens or creates the store file, and upgrades one of the first schema while wait keeps the
-    // person informed. The path is made absolute; an empty path and one that begins with "file:"
+    // user informed. The path is made absolute; an empty path and one that begins with "file:"
     // are refused. Where no file is, or an empty one, a new store appears whole: it is made under
     // another name beside it. Each table and index is read once, so that a damaged one is found
     // here. Returns 0, or a negative value and a closed Database with the file as it was.
@@ -67,9 +110,9 @@ class Database : public Subject {
     // False also while a file is only being opened.
     bool IsOpen() const;
 
-    // Runs questions to the open store whose failure is a result and not the program's end. True
-    // when every step of theirs succeeded and the store is still open. A list that is asked for
-    // counts only with the cards of its first page.
+    // Runs questions to the open store whose failure is a result instead of the program's end.
+    // Returns true when each of their steps succeeded and the store is still open. A list of row
+    // ids counts as read when the cards of its first page could be read too.
     bool Try(const std::function<void()>& ask);
 
     // Card writes. A card without an identity is not inserted: -1.
@@ -95,6 +138,8 @@ class Database : public Subject {
     int SelectEarlyReverse(int32_t categoryId, std::list<FlashCard>& cards);
     int SelectNewForward(int32_t categoryId, std::list<FlashCard>& cards);
     int SelectNewReverse(int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNextDueForward(int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNextDueReverse(int32_t categoryId, std::list<FlashCard>& cards);
     // Each introduced, not excluded card of the category whose stored next review lies before the
     // limit, in that order. The visitor must not use the Database.
     int SelectReadySortByNextReview(int32_t categoryId, const wxDateTime& limit,
@@ -117,7 +162,7 @@ class Database : public Subject {
     int SelectReadyCountReverse(int32_t categoryId, const wxDateTime& now, int32_t& count);
     // True also when the cards cannot be counted.
     bool IsEmpty();
-    // Whether the path leads to the file of the open store, by whatever name or link.
+    // True when the path leads to the file of the open store, under any name or link.
     bool IsStoreFile(const wxString& path);
     // The path of the file of the open store; empty on a closed Database.
     wxString GetPath() const;
@@ -125,16 +170,14 @@ class Database : public Subject {
     // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
 
-    // Row ids for a list view, in the order of any ORDER BY list, appended to rowIds. Each order is
-    // a statement of its own, prepared once. A search text is a LIKE pattern that is not escaped;
+    // Row ids for a list view, appended to rowIds. Each order is a statement of its own, prepared
+    // once. A search text is a LIKE pattern that is not escaped;
     // one longer than the engine's limit (50,000 bytes) finds nothing.
-    int CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds);
-    int CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
-                              std::vector<int64_t>& rowIds);
+    int CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds);
+    int CardSelectRowIdsOrder(int32_t categoryId, CardOrder order, std::vector<int64_t>& rowIds);
     int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
-    int SearchRowIdsOrder(const wxString& text, const wxString& order,
-                          std::vector<int64_t>& rowIds);
-    int SearchRowIdsOrder(int32_t categoryId, const wxString& text, const wxString& order,
+    int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
+    int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
                           std::vector<int64_t>& rowIds);
 
     // Categories.
@@ -168,12 +211,12 @@ class Database : public Subject {
     // Puts a new statement of the same text in the place of one that a change of the schema has
     // outdated, and finalises that. Returns 0, or -1 with the old statement in its place.
     int PrepareAnew(sqlite3_stmt*& statement);
-    // Marks the statement as used by that run, or as free with null. Gives -1 and changes nothing
-    // when the statement is empty or is so already.
+    // Marks the statement as used by that run, or as free with null. Returns -1 and changes nothing
+    // when there is no statement or it is marked so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
-    // Tells the report of a failed step and of the store's path, and gives the step's negative
-    // result. While a store is being opened or tried nothing is reported.
-    int ReportStepFailure(sqlite3_stmt* statement, const wxString& label, int result);
+    // Reports a failed step with the store's path and returns the step's negative result. While a
+    // store is being opened or tried nothing is reported.
+    int ReportStepFailure(sqlite3_stmt* statement, const char* label, int result);
 
   private:
     using Lock = std::lock_guard<std::recursive_mutex>;
@@ -192,7 +235,7 @@ class Database : public Subject {
     void CloseHandle();
     int ExecuteText(const wxString& sql);
 
-    // The steps of Open, in their order. Each gives 0 or a negative value.
+    // The steps of Open, in their order. Each returns 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);
     int CreateStoreFile(const wxString& file, UpgradeWait& wait);
     int OpenFile(const wxString& file, UpgradeWait& wait);
@@ -207,38 +250,53 @@ class Database : public Subject {
     int UpgradeFirstSchema(UpgradeWait& wait);
     int ReadEachTree();
 
-    // Derives anew the next reviews that an earlier version, whose times ended in 2038, has stored
-    // as -1, of the cards that the scheduler asks for. Always 0: where nothing can be written, as
-    // in a read-only file, such a card goes on counting as due.
-    int MendNextReviews();
+    // Computes the next reviews again that an earlier version, whose times ended in 2038, stored as
+    // -1, for the cards that the scheduler asks for. Where nothing can be written, as in a
+    // read-only file, such a card goes on counting as due.
+    void MendNextReviews();
     int WriteCard(const FlashCard& card);
-    // Turns the identity into the form in which the statements look for it. Gives the number of
-    // rows changed, or -1.
+    // Stores the identity in lower case, as the statements look for it. Returns the number of rows
+    // changed, or -1.
     int LowerCardId(const CardUuid& id);
 
-    // Shapes that several operations share. A missing row is -1 for ReadInt.
-    int ReadInt(StatementRun& run, int32_t& value, const wxString& label);
-    int SelectInt(sqlite3_stmt* statement, int32_t& value);
-    int SelectIntBindInt(sqlite3_stmt* statement, int32_t parameter, int32_t& value,
-                         const wxString& label = "SelectIntBindInt");
-    int SelectStringBindString(sqlite3_stmt* statement, const wxString& parameter,
-                               std::list<wxString>& values);
+    // Shapes that several operations share: a statement, and the arguments for its parameters.
+    template <typename... Values>
+    int Run(sqlite3_stmt* statement, const char* label, const Values&... values) {
+        return StatementRun(*this, statement, values...).Step(label);
+    }
+    // The first number of the first row; a missing row is -1.
+    template <typename... Values>
+    int SelectInt(sqlite3_stmt* statement, int32_t& value, const char* label,
+                  const Values&... values) {
+        StatementRun run(*this, statement, values...);
+        const int result = run.Step(label);
+        if (result < 0 || run.IsDone()) {
+            return result < 0 ? result : -1;
+        }
+        value = run.ColumnInt(0);
+        return 0;
+    }
+    template <typename... Values>
+    int SelectCards(sqlite3_stmt* statement, std::list<FlashCard>& cards, const Values&... values) {
+        StatementRun run(*this, statement, values...);
+        return ReadFlashCardRows(run, cards);
+    }
     int SelectFirstCard(sqlite3_stmt* statement, int32_t categoryId, std::list<FlashCard>& cards);
-    int SelectReadyCount(sqlite3_stmt* statement, int32_t categoryId, const wxDateTime& now,
-                         int32_t& count, const wxString& label);
     int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
-                   const wxDateTime& limit, const ReadyRowVisitor& visit, const wxString& label);
+                   const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label);
+    int ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
-    sqlite3_stmt* OrderedStatement(const wxString& selection, const wxString& order);
+    sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.
     void KeepError();
 
     FatalErrorReport& mReport;
     sqlite3* mpHandle = nullptr;
-    // Open runs: a failed step is then no fatal error, and nobody else may use the handle.
+    // True while Open runs: a failed step is no fatal error then, and nobody else may use the
+    // handle.
     bool mOpening = false;
-    // Try runs: a failed step is kept here instead of being reported.
+    // True while Try runs: a failed step sets mTryFailed instead of being reported.
     bool mTrying = false;
     bool mTryFailed = false;
     // Prepared texts. They live until the store closes.
@@ -269,6 +327,8 @@ class Database : public Subject {
     sqlite3_stmt* mpSelectEarlyReverseStmt = nullptr;
     sqlite3_stmt* mpSelectNewForwardStmt = nullptr;
     sqlite3_stmt* mpSelectNewReverseStmt = nullptr;
+    sqlite3_stmt* mpSelectNextDueForwardStmt = nullptr;
+    sqlite3_stmt* mpSelectNextDueReverseStmt = nullptr;
     sqlite3_stmt* mpSelectReadySortByNextReviewStmt = nullptr;
     sqlite3_stmt* mpSelectRReadySortByRNextReviewStmt = nullptr;
     sqlite3_stmt* mpSelectMaxErcForwardStmt = nullptr;

@@ -23,12 +23,8 @@ int Database::InsertFlashCard(const FlashCard& card) {
     if (card.CardId.IsZero()) {
         return -1;
     }
-    StatementRun run(*this, mpInsertFlashCardStmt);
-    int index = 1;
-    if (run.BindUuid(index++, card.CardId) < 0 || BindCardFields(run, index, card) < 0) {
-        return -1;
-    }
-    return run.Step("InsertFlashCard");
+    StatementRun run(*this, mpInsertFlashCardStmt, card.CardId);
+    return BindCardFields(run, card) < 0 ? -1 : run.Step("InsertFlashCard");
 }
 
 int Database::UpdateFlashCard(const FlashCard& card) {
@@ -43,23 +39,17 @@ int Database::UpdateFlashCard(const FlashCard& card) {
 
 int Database::WriteCard(const FlashCard& card) {
     StatementRun run(*this, mpUpdateFlashCardStmt);
-    int index = 1;
-    if (BindCardFields(run, index, card) < 0 || run.BindUuid(index, card.CardId) < 0) {
-        return -1;
-    }
-    return run.Step("UpdateFlashCard");
+    const bool isBound = BindCardFields(run, card) == 0 && run.Bind(card.CardId) == 0;
+    return isBound ? run.Step("UpdateFlashCard") : -1;
 }
 
 int Database::LowerCardId(const CardUuid& id) {
-    StatementRun run(*this, GetStatement("UPDATE OR IGNORE Cards SET CardId=LOWER(CardId)"
-                                         " WHERE LOWER(CardId)=?;"));
-    if (run.BindUuid(1, id) < 0 || run.Step("LowerCardId") < 0) {
-        return -1;
-    }
-    return sqlite3_changes(mpHandle);
+    sqlite3_stmt* const statement =
+        GetStatement("UPDATE OR IGNORE Cards SET CardId=LOWER(CardId) WHERE LOWER(CardId)=?;");
+    return Run(statement, "LowerCardId", id) < 0 ? -1 : sqlite3_changes(mpHandle);
 }
 
-int Database::MendNextReviews() {
+void Database::MendNextReviews() {
     for (const char* const prefix : {"", "R"}) {
         wxString sql =
             "UPDATE Cards SET @NextReview=@LastReview+CAST(@ReviewInterval AS INTEGER)"
@@ -70,7 +60,6 @@ int Database::MendNextReviews() {
         sql.Replace("@", prefix);
         ExecuteText(sql << kLastTimeStamp);
     }
-    return 0;
 }
 
 int Database::ResetErc() {
@@ -79,56 +68,35 @@ int Database::ResetErc() {
 
 int Database::DeleteCard(const CardUuid& id) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpDeleteCardStmt);
-    if (run.BindUuid(1, id) < 0) {
-        return -1;
-    }
-    return run.Step(wxString::Format("Delete CardId: %s", FormatUuid(id)));
+    const wxString label = wxString::Format("Delete CardId: %s", FormatUuid(id));
+    return Run(mpDeleteCardStmt, label.utf8_str(), id);
 }
 
 int Database::CardDeleteByRowId(int64_t rowId) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpCardDeleteByRowIdStmt);
-    if (run.BindInt64(1, rowId) < 0) {
-        return -1;
-    }
-    return run.Step("CardDeleteByRowId");
+    return Run(mpCardDeleteByRowIdStmt, "CardDeleteByRowId", rowId);
 }
 
 int Database::CardUpdateCategory(int64_t rowId, int32_t categoryId) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpCardUpdateCategoryStmt);
-    if (run.BindInt(1, categoryId) < 0 || run.BindInt64(2, rowId) < 0) {
-        return -1;
-    }
-    return run.Step("CardUpdateCategory");
+    return Run(mpCardUpdateCategoryStmt, "CardUpdateCategory", categoryId, rowId);
 }
 
 int Database::UpdateFlashCardCategory(int32_t fromId, int32_t toId) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpUpdateFlashCardCategoryStmt);
-    if (run.BindInt(2, fromId) < 0 || run.BindInt(1, toId) < 0) {
-        return -1;
-    }
-    return run.Step("UpdateFlashCardCategory");
+    return Run(mpUpdateFlashCardCategoryStmt, "UpdateFlashCardCategory", toId, fromId);
 }
 
 int Database::SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards) {
     const Lock lock(mMutex);
-    cards.clear();
-    StatementRun run(*this, mpSelectCardByRowIdStmt);
-    if (run.BindInt64(1, rowId) < 0) {
-        return -1;
-    }
-    return ReadFlashCardRows(run, cards, true);
+    return SelectCards(mpSelectCardByRowIdStmt, cards, rowId);
 }
 
 int Database::VisitCardByRowId(int64_t rowId, bool& found, const CardRowVisitor& visit) {
-    static const wxString label = "VisitCardByRowId";
     const Lock lock(mMutex);
     found = false;
-    StatementRun run(*this, mpSelectCardByRowIdStmt);
-    if (run.BindInt64(1, rowId) < 0 || run.Step(label) < 0) {
+    StatementRun run(*this, mpSelectCardByRowIdStmt, rowId);
+    if (run.Step("VisitCardByRowId") < 0) {
         return -1;
     }
     if (!run.IsDone()) {
@@ -140,33 +108,19 @@ int Database::VisitCardByRowId(int64_t rowId, bool& found, const CardRowVisitor&
 
 int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {
     const Lock lock(mMutex);
-    cards.clear();
-    StatementRun run(*this, mpSelectCardByIdStmt);
-    if (run.BindUuid(1, id) < 0) {
-        return -1;
-    }
-    return ReadFlashCardRows(run, cards, true);
+    return SelectCards(mpSelectCardByIdStmt, cards, id);
 }
 
 int Database::SelectCardsByFrontBack(const wxString& front, const wxString& back,
                                      std::list<FlashCard>& cards) {
     const Lock lock(mMutex);
-    cards.clear();
-    StatementRun run(*this, mpSelectCardsByFrontBackStmt);
-    if (run.BindText(1, front) < 0 || run.BindText(2, back) < 0) {
-        return -1;
-    }
-    return ReadFlashCardRows(run, cards, true);
+    return SelectCards(mpSelectCardsByFrontBackStmt, cards, front, back);
 }
 
 int Database::SelectFirstCard(sqlite3_stmt* statement, int32_t categoryId,
                               std::list<FlashCard>& cards) {
-    cards.clear();
-    StatementRun run(*this, statement);
-    if (run.BindInt(1, categoryId) < 0) {
-        return -1;
-    }
-    return ReadFlashCardRows(run, cards, false);
+    StatementRun run(*this, statement, categoryId);
+    return ReadFlashCardRow(run, cards);
 }
 
 int Database::SelectEarlyForward(int32_t categoryId, std::list<FlashCard>& cards) {
@@ -189,13 +143,19 @@ int Database::SelectNewReverse(int32_t categoryId, std::list<FlashCard>& cards) 
     return SelectFirstCard(mpSelectNewReverseStmt, categoryId, cards);
 }
 
+int Database::SelectNextDueForward(int32_t categoryId, std::list<FlashCard>& cards) {
+    const Lock lock(mMutex);
+    return SelectFirstCard(mpSelectNextDueForwardStmt, categoryId, cards);
+}
+
+int Database::SelectNextDueReverse(int32_t categoryId, std::list<FlashCard>& cards) {
+    const Lock lock(mMutex);
+    return SelectFirstCard(mpSelectNextDueReverseStmt, categoryId, cards);
+}
+
 int Database::VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
-                         const wxDateTime& limit, const ReadyRowVisitor& visit,
-                         const wxString& label) {
-    StatementRun run(*this, statement);
-    if (run.BindInt(1, categoryId) < 0 || run.BindTime(2, limit) < 0) {
-        return -1;
-    }
+                         const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label) {
+    StatementRun run(*this, statement, categoryId, limit);
     const ReadyRow row(run, reverse);
     for (;;) {
         const int result = run.Step(label);
@@ -243,63 +203,49 @@ int Database::SelectMaxErc(int32_t categoryId, int32_t& erc) {
 
 int Database::CountAllCards(int32_t& count) {
     const Lock lock(mMutex);
-    return SelectInt(mpCountAllCardsStmt, count);
+    return SelectInt(mpCountAllCardsStmt, count, "SelectInt");
 }
 
 int Database::SelectCategoryIdCount(int32_t categoryId, int32_t& count) {
     const Lock lock(mMutex);
-    return SelectIntBindInt(mpSelectCategoryIdCountStmt, categoryId, count,
-                            "mpSelectCategoryIdCountStmt");
+    return SelectInt(mpSelectCategoryIdCountStmt, count, "mpSelectCategoryIdCountStmt", categoryId);
 }
 
 int Database::CountForward(int32_t categoryId, int32_t& count) {
     const Lock lock(mMutex);
-    return SelectIntBindInt(mpCountForwardStmt, categoryId, count);
+    return SelectInt(mpCountForwardStmt, count, "SelectIntBindInt", categoryId);
 }
 
 int Database::CountReverse(int32_t categoryId, int32_t& count) {
     const Lock lock(mMutex);
-    return SelectIntBindInt(mpCountReverseStmt, categoryId, count);
+    return SelectInt(mpCountReverseStmt, count, "SelectIntBindInt", categoryId);
 }
 
 int Database::CountIntroducedForward(int32_t categoryId, int32_t& count) {
     const Lock lock(mMutex);
-    return SelectIntBindInt(mpCountIntroducedForwardStmt, categoryId, count);
+    return SelectInt(mpCountIntroducedForwardStmt, count, "SelectIntBindInt", categoryId);
 }
 
 int Database::CountIntroducedReverse(int32_t categoryId, int32_t& count) {
     const Lock lock(mMutex);
-    return SelectIntBindInt(mpCountIntroducedReverseStmt, categoryId, count);
+    return SelectInt(mpCountIntroducedReverseStmt, count, "SelectIntBindInt", categoryId);
 }
 
 int Database::SelectCardIdCount(const CardUuid& id, int32_t& count) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpSelectCardIdCountStmt);
-    if (run.BindUuid(1, id) < 0) {
-        return -1;
-    }
-    return ReadInt(run, count, "SelectCardIdCount");
-}
-
-int Database::SelectReadyCount(sqlite3_stmt* statement, int32_t categoryId, const wxDateTime& now,
-                               int32_t& count, const wxString& label) {
-    StatementRun run(*this, statement);
-    if (run.BindInt(1, categoryId) < 0 || run.BindTime(2, now) < 0) {
-        return -1;
-    }
-    return ReadInt(run, count, label);
+    return SelectInt(mpSelectCardIdCountStmt, count, "SelectCardIdCount", id);
 }
 
 int Database::SelectReadyCountForward(int32_t categoryId, const wxDateTime& now, int32_t& count) {
     const Lock lock(mMutex);
-    return SelectReadyCount(mpSelectReadyCountForwardStmt, categoryId, now, count,
-                            "SelectReadyCountForward");
+    return SelectInt(mpSelectReadyCountForwardStmt, count, "SelectReadyCountForward", categoryId,
+                     now);
 }
 
 int Database::SelectReadyCountReverse(int32_t categoryId, const wxDateTime& now, int32_t& count) {
     const Lock lock(mMutex);
-    return SelectReadyCount(mpSelectReadyCountReverseStmt, categoryId, now, count,
-                            "SelectReadyCountReverse");
+    return SelectInt(mpSelectReadyCountReverseStmt, count, "SelectReadyCountReverse", categoryId,
+                     now);
 }
 
 bool Database::IsEmpty() {
@@ -309,14 +255,11 @@ bool Database::IsEmpty() {
 
 int Database::SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order) {
     const Lock lock(mMutex);
-    return SelectIntBindInt(mpSelectMaxIntroductionOrderStmt, categoryId, order);
+    return SelectInt(mpSelectMaxIntroductionOrderStmt, order, "SelectIntBindInt", categoryId);
 }
 
 int Database::SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpSelectRowIdByIdStmt);
-    if (run.BindUuid(1, id) < 0) {
-        return -1;
-    }
+    StatementRun run(*this, mpSelectRowIdByIdStmt, id);
     return ReadInt64Rows(run, rowIds);
 }

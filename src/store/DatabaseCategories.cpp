@@ -2,34 +2,26 @@
 
 #include <set>
 
-#include "base/Numbers.h"
+#include "base/Text.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
 
 int Database::SelectAllCategories(std::list<Category>& categories) {
     const Lock lock(mMutex);
     StatementRun run(*this, mpSelectAllCategoriesStmt);
-    return ReadCategoryRows(run, categories, true);
+    return ReadCategoryRows(run, categories);
 }
 
 int Database::SelectCategoryById(int32_t id, std::list<Category>& categories) {
     const Lock lock(mMutex);
-    categories.clear();
-    StatementRun run(*this, mpSelectCategoryByIdStmt);
-    if (run.BindInt(1, id) < 0) {
-        return -1;
-    }
-    return ReadCategoryRows(run, categories, true);
+    StatementRun run(*this, mpSelectCategoryByIdStmt, id);
+    return ReadCategoryRows(run, categories);
 }
 
 int Database::SelectCategoryByName(const wxString& name, std::list<Category>& categories) {
     const Lock lock(mMutex);
-    categories.clear();
-    StatementRun run(*this, mpSelectCategoryByNameStmt);
-    if (run.BindText(1, name) < 0) {
-        return -1;
-    }
-    return ReadCategoryRows(run, categories, true);
+    StatementRun run(*this, mpSelectCategoryByNameStmt, name);
+    return ReadCategoryRows(run, categories);
 }
 
 int Database::CategoryInsert(const wxString& name) {
@@ -50,20 +42,12 @@ int Database::CategoryInsert(const wxString& name) {
     if (UpdateFlashCardCategory(id, -1) < 0) {
         return -1;
     }
-    StatementRun run(*this, mpCategoryInsertStmt);
-    if (run.BindInt(1, id) < 0 || run.BindText(2, name) < 0) {
-        return -1;
-    }
-    return run.Step("CategoryInsert");
+    return Run(mpCategoryInsertStmt, "CategoryInsert", id, name);
 }
 
 int Database::UpdateCategory(const Category& category) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpUpdateCategoryStmt);
-    if (run.BindText(1, category.Name) < 0 || run.BindInt(2, category.Id) < 0) {
-        return -1;
-    }
-    return run.Step("UpdateCategory");
+    return Run(mpUpdateCategoryStmt, "UpdateCategory", category.Name, category.Id);
 }
 
 int Database::DeleteCategory(int32_t id) {
@@ -72,16 +56,21 @@ int Database::DeleteCategory(int32_t id) {
     if (SelectCategoryIdCount(id, count) < 0 || count >= 1) {
         return -1;
     }
-    StatementRun run(*this, mpDeleteCategoryStmt);
-    if (run.BindInt(1, id) < 0) {
-        return -1;
-    }
-    return run.Step(wxString::Format("Delete Category: %i", id));
+    const wxString label = wxString::Format("Delete Category: %i", id);
+    return Run(mpDeleteCategoryStmt, label.utf8_str(), id);
 }
 
 int Database::GetGlobal(const wxString& key, std::list<wxString>& values) {
     const Lock lock(mMutex);
-    return SelectStringBindString(mpGetGlobalStmt, key, values);
+    values.clear();
+    StatementRun run(*this, mpGetGlobalStmt, key);
+    if (run.Step("SelectStringBindString") < 0) {
+        return -1;
+    }
+    if (!run.IsDone()) {
+        values.push_back(run.ColumnText(0));
+    }
+    return 0;
 }
 
 int Database::GetGlobalInt(const wxString& key, std::list<int32_t>& values) {
@@ -107,18 +96,10 @@ int Database::SetGlobal(const wxString& key, const wxString& value) {
     if (!values.empty() && values.front() == value) {
         return 0;
     }
-    if (!values.empty()) {
-        StatementRun run(*this, mpUpdateGlobalStmt);
-        if (run.BindText(1, value) < 0 || run.BindText(2, key) < 0) {
-            return -1;
-        }
-        return run.Step(wxString::Format("Update Global: %s/%s", key, value));
-    }
-    StatementRun run(*this, mpInsertGlobalStmt);
-    if (run.BindText(1, key) < 0 || run.BindText(2, value) < 0) {
-        return -1;
-    }
-    return run.Step(wxString::Format("Insert Global: %s/%s", key, value));
+    const wxString label =
+        wxString::Format("%s Global: %s/%s", values.empty() ? "Insert" : "Update", key, value);
+    return values.empty() ? Run(mpInsertGlobalStmt, label.utf8_str(), key, value)
+                          : Run(mpUpdateGlobalStmt, label.utf8_str(), value, key);
 }
 
 int Database::SetGlobalInt(const wxString& key, int32_t value) {

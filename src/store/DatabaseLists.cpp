@@ -1,6 +1,7 @@
 // Row ids for list views, whole or searched, in any order.
 
 #include <algorithm>
+#include <iterator>
 
 #include "base/Text.h"
 #include "base/Unicode.h"
@@ -13,44 +14,63 @@ constexpr char kSearchColumns[] =
     "LOWER(Front) LIKE ? OR LOWER(Back) LIKE ? OR LOWER(Author) LIKE ? OR LOWER(Chapter) LIKE ?"
     " OR LOWER(Notes) LIKE ?";
 
-wxString SearchPattern(const wxString& text) {
-    return "%" + LowerWide(text) + "%";
-}
+struct OrderText {
+    CardColumn Column;
+    const char* Expression;
+    // What sorts cards of the same value.
+    const char* Tail;
+};
 
-// Binds the pattern of a search from a parameter on to all searched columns.
-int BindSearch(StatementRun& run, int first, const wxString& pattern) {
-    for (int index = first; index < first + 5; ++index) {
-        if (run.BindText(index, pattern) < 0) {
-            return -1;
-        }
-    }
-    return 0;
+// A card that was not introduced has no schedule yet and stands behind those that have one.
+constexpr OrderText kOrders[] = {
+    {CardColumn::kIntroductionOrder, "IntroductionOrder", ""},
+    {CardColumn::kFront, "Front", ""},
+    {CardColumn::kBack, "Back", ""},
+    {CardColumn::kCategory, "CategoryId", ",IntroductionOrder"},
+    {CardColumn::kCategoryName, "(SELECT Name FROM Categories WHERE Id=CategoryId)", ""},
+    {CardColumn::kAuthor, "Author", ""},
+    {CardColumn::kChapter, "Chapter", ""},
+    {CardColumn::kForwardX, "ForwardX", ""},
+    {CardColumn::kReverseX, "ReverseX", ""},
+    {CardColumn::kNotes, "Notes", ""},
+    {CardColumn::kNextReview, "Introduced=0,NextReview", ""},
+    {CardColumn::kReviewInterval, "Introduced=0,ReviewInterval", ""},
+    {CardColumn::kRNextReview, "RIntroduced=0,RNextReview", ""},
+    {CardColumn::kRReviewInterval, "RIntroduced=0,RReviewInterval", ""},
+};
+
+wxString FormatOrder(CardOrder order) {
+    const auto* const found =
+        std::find_if(std::begin(kOrders), std::end(kOrders),
+                     [&](const OrderText& text) { return text.Column == order.Column; });
+    return wxString(" ORDER BY ") + found->Expression + (order.Descending ? " DESC" : "") +
+           found->Tail + ";";
 }
 
 }  // namespace
 
-// A pattern longer than the engine takes is no failure of the store: it finds nothing.
+// The engine refuses a pattern that is too long. That is no failure of the store: it finds nothing.
 bool Database::IsPatternTooLong(const wxString& pattern) const {
     const int limit = sqlite3_limit(mpHandle, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1);
     return ToUtf8(pattern).length() > static_cast<size_t>(limit);
 }
 
-sqlite3_stmt* Database::OrderedStatement(const wxString& selection, const wxString& order) {
-    return IsOpen() ? GetStatement(selection + " ORDER BY " + order + ";") : nullptr;
+sqlite3_stmt* Database::OrderedStatement(const wxString& selection, CardOrder order) {
+    return IsOpen() ? GetStatement(selection + FormatOrder(order)) : nullptr;
 }
 
-int Database::CardSelectRowIdsOrder(const wxString& order, std::vector<int64_t>& rowIds) {
+int Database::CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards", order));
     return ReadInt64Rows(run, rowIds);
 }
 
-int Database::CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
+int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
                                     std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    StatementRun run(*this,
-                     OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order));
-    if (run.BindInt(1, categoryId) < 0 || ReadInt64Rows(run, rowIds) < 0) {
+    StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order),
+                     categoryId);
+    if (ReadInt64Rows(run, rowIds) < 0) {
         return -1;
     }
     if (mTrying) {
@@ -59,8 +79,8 @@ int Database::CardSelectRowIdsOrder(int32_t categoryId, const wxString& order,
     return 0;
 }
 
-// Reads the cards that a window draws as soon as it comes. Try keeps a step that fails; a card that
-// cannot be understood is shown as such in its row.
+// Reads the cards that a window draws at once. Try records a step that fails; a card with a damaged
+// value does not count, as its row of the list says so.
 void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
     constexpr size_t kFirstPage = 50;
     std::list<FlashCard> cards;
@@ -69,33 +89,29 @@ void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
     }
 }
 
-int Database::SearchRowIdsOrder(const wxString& text, const wxString& order,
+int Database::SearchRowIdsOrder(const wxString& text, CardOrder order,
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    const wxString selection = wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns;
-    StatementRun run(*this, OrderedStatement(selection, order));
-    const wxString pattern = SearchPattern(text);
-    if (IsOpen() && IsPatternTooLong(pattern)) {
-        return 0;
-    }
-    if (BindSearch(run, 1, pattern) < 0) {
-        return -1;
-    }
-    return ReadInt64Rows(run, rowIds);
+    StatementRun run(
+        *this,
+        OrderedStatement(wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns, order));
+    return ReadSearch(run, text, rowIds);
 }
 
-int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, const wxString& order,
+int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     const wxString selection =
         wxString("SELECT ROWID FROM Cards WHERE CategoryId=? AND ( ") + kSearchColumns + " )";
-    StatementRun run(*this, OrderedStatement(selection, order));
-    const wxString pattern = SearchPattern(text);
+    StatementRun run(*this, OrderedStatement(selection, order), categoryId);
+    return ReadSearch(run, text, rowIds);
+}
+
+int Database::ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds) {
+    const wxString pattern = "%" + LowerWide(text) + "%";
     if (IsOpen() && IsPatternTooLong(pattern)) {
         return 0;
     }
-    if (run.BindInt(1, categoryId) < 0 || BindSearch(run, 2, pattern) < 0) {
-        return -1;
-    }
+    run.Bind(pattern, pattern, pattern, pattern, pattern);
     return ReadInt64Rows(run, rowIds);
 }

@@ -1,9 +1,20 @@
 // Opening a store file: recognising it, creating it, and bringing it to the present schema.
+//
+// Open goes through these steps and stops at the first that fails, with the file as it was:
+//
+//     StorePath          a path that can name a store, made absolute
+//     KindOf             nothing, an empty file, or a filled one
+//     CreateStoreFile    only where nothing is: makes the store beside its place, then renames it
+//     CheckSchema        nothing in the file's schema would run
+//     CheckCardTables    each statement can be prepared
+//     BringToVersion     upgrades the first schema, refuses a later one than ours
+//     ReadEachTree       each table and index can be read
 
 #include <unistd.h>
 #include <wx/filefn.h>
 #include <wx/intl.h>
 #include <wx/log.h>
+#include <wx/thread.h>
 
 #include <array>
 #include <cstdint>
@@ -13,20 +24,18 @@
 #include <utility>
 
 #include "base/FileDescriptor.h"
-#include "base/Numbers.h"
+#include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
-#include "store/SearchFunctions.h"
 #include "store/StoreSchema.h"
-#include "store/StoreUpgrade.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// The absolute form of a path, or the empty text for one that names no store: nothing at all, an
-// address of the engine's own kind, or a text that no file name can hold as it stands.
+// Returns the absolute form of a path, or the empty text for one that names no store: the empty
+// one, an address of the engine's own kind, or a text that no file name can hold as it stands.
 wxString StorePath(const wxString& path) {
     const bool named =
         !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos;
@@ -42,9 +51,9 @@ wxString StorePath(const wxString& path) {
 
 enum class FileKind { kNone, kEmpty, kFilled, kUnfit };
 
-// Unfit is what the engine would treat as an empty file or wait on: a device, a pipe, a directory,
-// and a file of a single byte, which it takes for its own mark on an empty one. So is an empty file
-// that is not to be written.
+// Unfit files are those that the engine would treat as empty or wait on: a device, a pipe, a
+// directory, and a file of a single byte, which it takes for its own mark on an empty one; and an
+// empty file that must not be written.
 FileKind KindOf(const fs::path& file) {
     std::error_code error;
     switch (fs::status(file, error).type()) {
@@ -96,8 +105,7 @@ bool PutInPlace(const fs::path& made, const fs::path& target) {
     if (kind == FileKind::kEmpty) {
         fs::permissions(made, fs::status(target, error).permissions(), error);
     }
-    // They belong to a store that stood here before, and the engine would play them back into this
-    // one.
+    // Left by a store that stood here before, they would be played back into this one.
     RemoveCompanions(target);
     fs::rename(made, target, error);
     SyncDirectory(target);
@@ -125,8 +133,8 @@ bool IsCutOff(sqlite3* handle) {
     return pageSize == 0 || size % pageSize != 0;
 }
 
-// Everything a schema can carry that would run, and foreign keys, whose actions change other rows.
-// An engine older than a switch does not know what it switches off either.
+// Switches off all that would run when it stands in a schema, and foreign keys, whose actions
+// change other rows. An engine that is too old for a switch does not have what it switches off.
 constexpr std::pair<int, int> kSwitches[] = {
 #ifdef SQLITE_DBCONFIG_DEFENSIVE
     {SQLITE_DBCONFIG_DEFENSIVE, 1},
@@ -145,14 +153,32 @@ constexpr std::pair<int, int> kSwitches[] = {
 #endif
 };
 
-// Where the engine is stopped while it reads a schema and this program looks it through: enough for
-// some two thousand objects.
+// The engine is stopped after this much work while a schema is read and looked through. It is
+// enough for some two thousand objects.
 constexpr int kStepsPerCall = 1000;
 constexpr int kMostSchemaCalls = 30;
 
 int CountCall(void* calls) {
     return ++*static_cast<int*>(calls) > kMostSchemaCalls ? 1 : 0;
 }
+
+// Brings the cards of a first-schema file to the present form. While it lives it is the only thread
+// that uses the handle. It writes the engine's result once, which is read after it was joined.
+class UpgradeThread : public wxThread {
+  public:
+    UpgradeThread(sqlite3* handle, int& result)
+        : wxThread(wxTHREAD_JOINABLE), mpHandle(handle), mResult(result) {}
+
+  protected:
+    ExitCode Entry() override {
+        mResult = sqlite3_exec(mpHandle, kUpgradeFirstSchema, nullptr, nullptr, nullptr);
+        return nullptr;
+    }
+
+  private:
+    sqlite3* mpHandle;
+    int& mResult;
+};
 
 wxString IndexName(wxString columns) {
     columns.Replace(" ", "");
@@ -212,9 +238,10 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
         return -1;
     }
     Prepare(CardTexts());
-    if (mpHandle == nullptr || MendNextReviews() != 0) {
+    if (mpHandle == nullptr) {
         return -1;
     }
+    MendNextReviews();
     return ReadEachTree();
 }
 
@@ -330,7 +357,7 @@ int Database::BringToVersion(UpgradeWait& wait) {
 
 int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     int result = SQLITE_ERROR;
-    DatabaseUpgradeThread worker(mpHandle, result);
+    UpgradeThread worker(mpHandle, result);
     if (worker.Run() != wxTHREAD_NO_ERROR) {
         return -1;
     }

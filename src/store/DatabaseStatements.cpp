@@ -59,6 +59,10 @@ const std::vector<Database::PreparedText>& Database::CardTexts() {
          "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 0 ORDER BY IntroductionOrder"},
         {&Database::mpSelectNewReverseStmt, kSelectCards,
          "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 0 ORDER BY IntroductionOrder"},
+        {&Database::mpSelectNextDueForwardStmt, kSelectCards,
+         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY NextReview"},
+        {&Database::mpSelectNextDueReverseStmt, kSelectCards,
+         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 ORDER BY RNextReview"},
         {&Database::mpSelectReadySortByNextReviewStmt, kSelectCardsAndRows,
          "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 AND NextReview < ?"
          " ORDER BY NextReview"},

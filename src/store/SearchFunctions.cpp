@@ -1,10 +1,25 @@
-#include "store/SearchFunctions.h"
+// The functions LOWER and LIKE of a search, on UTF-16.
+//
+// A search for "Hund" asks each text of each card:
+//
+//     LOWER(Front) LIKE '%hund%'
+//
+// The engine's own functions work on UTF-8, while the store has its texts in UTF-16: each text
+// would be turned into the other form and back, five times a card, which is most of a search's
+// time. These two read the texts as they are stored. They have to give what the engine's give, or a
+// search would find other cards than before: only the letters A to Z have a lower case, "%" stands
+// for any text and "_" for one character, and a text that is not well-formed is seen as the engine
+// sees it after its own conversion. The tests compare both on random texts.
+
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include "store/Database.h"
 
 namespace {
 

@@ -17,7 +17,6 @@ struct Binder {
     sqlite3_stmt* Statement;
     int Index;
 
-    int operator()(std::monostate) const { return SQLITE_OK; }
     int operator()(int32_t value) const { return sqlite3_bind_int(Statement, Index, value); }
     int operator()(int64_t value) const { return sqlite3_bind_int64(Statement, Index, value); }
     int operator()(double value) const { return sqlite3_bind_double(Statement, Index, value); }
@@ -27,70 +26,71 @@ struct Binder {
         }
         // The length is given, so that a text with a NUL in it is stored whole.
         return sqlite3_bind_text(Statement, Index, text.data(), static_cast<int>(text.length()),
-                                 SQLITE_TRANSIENT);
+                                 SQLITE_STATIC);
     }
 };
 
 }  // namespace
 
-StatementRun::StatementRun(Database& database, sqlite3_stmt* statement)
+StatementRun::StatementRun(Database& database, sqlite3_stmt* statement, NoArguments)
     : mDatabase(database), mpStatement(statement) {
     if (mDatabase.MarkStatement(mpStatement, this) != 0) {
+        mpStatement = nullptr;
+        return;
+    }
+    mBound.reserve(static_cast<size_t>(sqlite3_bind_parameter_count(mpStatement)));
+}
+
+StatementRun::~StatementRun() {
+    Release();
+}
+
+void StatementRun::Release() {
+    if (mpStatement != nullptr) {
+        // The result repeats that of the last step, which was looked at there.
+        sqlite3_reset(mpStatement);
+        // The texts are about to go.
+        sqlite3_clear_bindings(mpStatement);
+        mDatabase.MarkStatement(mpStatement, nullptr);
         mpStatement = nullptr;
     }
 }
 
-StatementRun::~StatementRun() {
-    if (mpStatement != nullptr) {
-        // The result repeats that of the last step, which was looked at there.
-        sqlite3_reset(mpStatement);
-        mDatabase.MarkStatement(mpStatement, nullptr);
+bool StatementRun::Append(BoundValue value) {
+    if (mBound.size() == mBound.capacity()) {
+        // No parameter is left, or there is no statement.
+        Release();
+        return false;
     }
-}
-
-int StatementRun::Bind(int index, BoundValue value) {
-    if (std::visit(Binder{mpStatement, index}, value) != SQLITE_OK) {
-        return -1;
+    mBound.push_back(std::move(value));
+    if (std::visit(Binder{mpStatement, static_cast<int>(mBound.size())}, mBound.back()) !=
+        SQLITE_OK) {
+        Release();
+        return false;
     }
-    if (mBound.empty()) {
-        mBound.resize(static_cast<size_t>(sqlite3_bind_parameter_count(mpStatement)));
-    }
-    mBound[static_cast<size_t>(index) - 1] = std::move(value);
-    return 0;
+    return true;
 }
 
-int StatementRun::BindInt(int index, int32_t value) {
-    return Bind(index, value);
+StatementRun::BoundValue StatementRun::ValueOf(const wxString& text) {
+    return ToUtf8(text);
 }
 
-int StatementRun::BindInt64(int index, int64_t value) {
-    return Bind(index, value);
-}
-
-int StatementRun::BindDouble(int index, double value) {
-    return Bind(index, value);
-}
-
-int StatementRun::BindText(int index, const wxString& text) {
-    return Bind(index, ToUtf8(text));
-}
-
-int StatementRun::BindTime(int index, const wxDateTime& time) {
+StatementRun::BoundValue StatementRun::ValueOf(const wxDateTime& time) {
+    constexpr int64_t kNoTime = -1;
     if (!time.IsValid()) {
-        return BindInt64(index, -1);
+        return kNoTime;
     }
     const int64_t milliseconds = time.GetValue().GetValue();
     const int64_t seconds = milliseconds / 1000;
-    const bool inRange = milliseconds >= 0 && seconds <= kLastTimeStamp;
-    return BindInt64(index, inRange ? seconds : -1);
+    return milliseconds >= 0 && seconds <= kLastTimeStamp ? seconds : kNoTime;
 }
 
-int StatementRun::BindUuid(int index, const CardUuid& uuid) {
+StatementRun::BoundValue StatementRun::ValueOf(const CardUuid& uuid) {
     const std::array<char, 36> text = UuidText(uuid);
-    return Bind(index, std::string(text.data(), text.size()));
+    return std::string(text.data(), text.size());
 }
 
-int StatementRun::Step(const wxString& label) {
+int StatementRun::Step(const char* label) {
     if (mpStatement == nullptr) {
         return -1;
     }

@@ -13,33 +13,43 @@
 class CardUuid;
 class Database;
 
-// One execution of a prepared statement. It marks the statement as in use while it lives and resets
-// it at its end, so a statement stepped for one row only is ready again at once. A second run on a
-// statement in use gets an empty handle, and each of its operations fails harmlessly.
+// One execution of a prepared statement with its arguments:
+//
+//     StatementRun run(database, statement, categoryId, name);
+//     while (run.Step("Example") == 0 && !run.IsDone()) { ... run.ColumnInt(0) ... }
+//
+// The run marks the statement as in use while it lives and resets it at its end, so a statement
+// stepped for one row only is ready again at once. A run on a statement that is in use already, or
+// with an argument that cannot be bound, has no handle, and each of its operations fails
+// harmlessly.
 //
 // When another program has changed the schema of the file (VACUUM, CREATE INDEX), the engine
 // refuses the first step of every statement prepared before. The run then has the statement
-// prepared anew, once, binds the same values and steps again.
+// prepared anew, once, binds the same arguments and steps again.
 class StatementRun {
   public:
-    StatementRun(Database& database, sqlite3_stmt* statement);
+    // The arguments are those of Bind.
+    template <typename... Values>
+    StatementRun(Database& database, sqlite3_stmt* statement, const Values&... values)
+        : StatementRun(database, statement, NoArguments()) {
+        Bind(values...);
+    }
     ~StatementRun();
     StatementRun(const StatementRun&) = delete;
     StatementRun& operator=(const StatementRun&) = delete;
 
-    // Parameters count from 1. Each gives 0 or -1.
-    int BindInt(int index, int32_t value);
-    int BindInt64(int index, int64_t value);
-    int BindDouble(int index, double value);
-    int BindText(int index, const wxString& text);
-    // Whole seconds since 1970, or -1 for a time before it or after the year 9999.
-    int BindTime(int index, const wxDateTime& time);
-    int BindUuid(int index, const CardUuid& uuid);
+    // Gives values to the next parameters, from the first one on: numbers, texts, identities, and
+    // times as whole seconds since 1970, or -1 for a time before it or after the year 9999. Returns
+    // 0 or -1.
+    template <typename... Values>
+    int Bind(const Values&... values) {
+        return (Append(ValueOf(values)) && ...) ? 0 : -1;
+    }
 
     // Runs to the next row or to the end: 0 in both cases, and IsDone tells which. The label names
     // the operation in messages. An engine failure goes to the FatalErrorReport of the Database;
     // if that returns, the result is negative.
-    int Step(const wxString& label);
+    int Step(const char* label);
     bool IsDone() const { return mDone; }
 
     // For the Database alone: its closing takes the handle away from a run that still lives.
@@ -60,10 +70,21 @@ class StatementRun {
     int ColumnUuid(int index, CardUuid& uuid) const;
 
   private:
-    // A value as it was bound; the empty one was not.
-    using BoundValue = std::variant<std::monostate, int32_t, int64_t, double, std::string>;
+    using BoundValue = std::variant<int32_t, int64_t, double, std::string>;
+    struct NoArguments {};
 
-    int Bind(int index, BoundValue value);
+    StatementRun(Database& database, sqlite3_stmt* statement, NoArguments);
+
+    static BoundValue ValueOf(int32_t value) { return value; }
+    static BoundValue ValueOf(int64_t value) { return value; }
+    static BoundValue ValueOf(double value) { return value; }
+    static BoundValue ValueOf(const wxString& text);
+    static BoundValue ValueOf(const wxDateTime& time);
+    static BoundValue ValueOf(const CardUuid& uuid);
+
+    // Binds the next parameter. False, with the handle given up, when the engine refuses.
+    bool Append(BoundValue value);
+    void Release();
     // After a failed step: true when the statement was outdated and is ready to be stepped again.
     bool PrepareAnew();
 
@@ -71,7 +92,8 @@ class StatementRun {
     sqlite3_stmt* mpStatement;
     bool mDone = false;
     bool mHasStepped = false;
-    // One for each parameter of the statement once any is bound.
+    // What is bound so far. The engine reads the texts from here, so the room for all of them is
+    // made before the first.
     std::vector<BoundValue> mBound;
 };
 

@@ -24,6 +24,7 @@ void Subject::Notify() {
         return;
     }
     ++mNotifying;
+    ++mNotice;
     // An observer that is added meanwhile has seen the change already and is not told of it.
     const auto last = std::prev(mObservers.end());
     for (auto at = mObservers.begin();; ++at) {

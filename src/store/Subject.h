@@ -4,15 +4,15 @@
 
 class Subject;
 
-// Someone who is told when a Subject has changed.
+// Is told when a Subject has changed.
 class Observer {
   public:
     virtual ~Observer() = default;
     virtual void Update(Subject* subject) = 0;
 };
 
-// Something that changes and tells its observers, in the order in which they were added. An
-// observer may remove itself or others, and may be added, while a notice is under way.
+// Tells its observers of its changes, in the order in which they were added. An observer may remove
+// itself or others, and may be added, while a notice is under way.
 class Subject {
   public:
     Subject() = default;
@@ -24,15 +24,19 @@ class Subject {
     // Removes the first match.
     virtual void RemoveObserver(Observer* observer);
     virtual void Notify();
+    // The number of the notice that is under way, or 0 while none is. Each notice has its own, so
+    // that what one observer read for it can serve the next.
+    unsigned GetNotice() const { return mNotifying == 0 ? 0 : mNotice; }
 
   private:
     std::list<Observer*> mObservers;
     // How many notices are under way. While any is, a removed observer leaves a null behind.
     int mNotifying = 0;
+    unsigned mNotice = 0;
 };
 
-// Keeps an observer attached to a Subject for as long as it lives, so that no destructor can forget
-// to detach. The subject must outlive the attachment or be reset first.
+// Keeps an observer attached to a Subject while the attachment lives, so that no destructor can
+// forget to detach. The subject must outlive the attachment, or be detached first.
 class SubjectAttachment {
   public:
     SubjectAttachment() = default;

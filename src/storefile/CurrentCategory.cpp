@@ -17,7 +17,9 @@
 namespace {
 
 // Nothing when no choice was ever stored, or none that makes sense.
-std::optional<int32_t> ReadChoice() {
+using Choice = std::optional<int32_t>;
+
+Choice ReadStoredChoice() {
     long value = -1;
     if (!OpenSettings()->Read(kSettingCurrentCategoryId, &value) ||
         value < std::numeric_limits<int32_t>::min() ||
@@ -27,7 +29,28 @@ std::optional<int32_t> ReadChoice() {
     return static_cast<int32_t>(value);
 }
 
+// The choice as it was read for a notice of a store. Each window asks again while the notice goes
+// round, and each answer would be a parse of the settings file.
+struct NoticedChoice {
+    const Database* Store = nullptr;
+    unsigned Notice = 0;
+    Choice Stored;
+};
+NoticedChoice gNoticed;
+
+Choice ReadChoice(const Database& database) {
+    const unsigned notice = database.GetNotice();
+    if (notice == 0) {
+        return ReadStoredChoice();
+    }
+    if (gNoticed.Store != &database || gNoticed.Notice != notice) {
+        gNoticed = {&database, notice, ReadStoredChoice()};
+    }
+    return gNoticed.Stored;
+}
+
 void WriteChoice(int32_t id) {
+    gNoticed = NoticedChoice();
     OpenSettings()->Write(kSettingCurrentCategoryId, static_cast<long>(id));
 }
 
@@ -52,7 +75,7 @@ int32_t FirstCategory(Database& database) {
 }  // namespace
 
 int32_t GetCurrentCategoryId(Database& database) {
-    const std::optional<int32_t> choice = ReadChoice();
+    const Choice choice = ReadChoice(database);
     if (choice != -1) {
         const bool isThere = choice && HasCategory(database, *choice);
         return isThere ? *choice : FirstCategory(database);

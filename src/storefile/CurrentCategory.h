@@ -9,18 +9,19 @@ class TextQuestion;
 class wxWindow;
 
 // The category under study and shown in the list: a setting that is repaired against the store
-// whenever it is read. Main thread only.
+// whenever it is read. The settings file is parsed once for each Notify of the store, however many
+// windows ask. Main thread only.
 
-// The stored choice, or the first category when none was stored or the store does not have it. A
-// store without any category gets "Default". -1 when -1 is the choice, or when no category could be
-// had.
+// Returns the stored choice, or the first category when none was stored or the store does not have
+// it. A store without any category gets "Default". -1 when -1 is the choice, or when no category
+// could be had.
 int32_t GetCurrentCategoryId(Database& database);
 
 // Stores the choice if the store has that category; -1 is always taken.
 void SetCurrentCategoryId(Database& database, int32_t id);
 
-// What windows call a category: its name, "Deleted Items" for -1, "Error" for an id that the store
-// does not have.
+// Returns what windows call a category: its name, "Deleted Items" for -1, "Error" for an id that
+// the store does not have.
 wxString GetCategoryName(Database& database, int32_t id);
 
 // Asks for a name of a category, and again after a message while the answer is blank. Returns false

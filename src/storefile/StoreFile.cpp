@@ -16,9 +16,12 @@
 #include <wx/utils.h>
 
 #include "base/Process.h"
+#include "base/Text.h"
+#include "shell/Forms.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/StoreFiles.h"
 
 namespace {
 
@@ -26,7 +29,7 @@ wxString StoreFileFilter() {
     return _("Flash Card Store Files (*.vlm)|*.vlm|All files (*.*)|*.*");
 }
 
-// Empty, for the toolkit's own choice, where the path names no directory that is there.
+// Returns the directory of a path, or nothing where it does not exist; the toolkit then chooses.
 wxString DirectoryOf(const wxString& path) {
     const wxString directory = wxFileName(path).GetPath();
     return wxFileName::DirExists(directory) ? directory : wxString();
@@ -58,30 +61,20 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 
 namespace {
 
-// A stored choice must still mean the same file when the program starts in another directory.
-wxString MakePathFull(const wxString& path) {
-    if (path.empty() || path.StartsWith("file:")) {
-        return path;
-    }
-    wxFileName name(path);
-    name.MakeAbsolute();
-    return name.GetFullPath();
-}
-
-// Asks what to open in place of a path that failed. False when the person gives up.
+// Asks what to open in place of a path that failed. False when the user gives up.
 bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
-    // The person is to choose, not to wait.
+    // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
     DatabaseOpenFailed dialog(parent, path, mustExist);
     if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
         return false;
     }
-    path = MakePathFull(dialog.GetPath());
+    path = MakeStorePathFull(dialog.GetPath());
     mustExist = dialog.MustExist();
     return true;
 }
 
-// What fails is told by the recovery dialog alone.
+// The recovery dialog alone tells of a failure, so the log stays silent.
 bool TryQuietly(Database& database, const std::function<void()>& ask) {
     const wxLogNull silence;
     return database.Try(ask);
@@ -92,7 +85,7 @@ bool TryQuietly(Database& database, const std::function<void()>& ask) {
 wxString GetDefaultStorePath() {
     const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
     {
-        // What fails here shows itself when the store is opened.
+        // A failure shows itself when the store is opened.
         const wxLogNull silence;
         wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
     }
@@ -113,7 +106,8 @@ std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
 }
 
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
-    wxString choice = MakePathFull(path);
+    // A stored choice must still mean the same file when the program starts in another directory.
+    wxString choice = MakeStorePathFull(path);
     AppUpgradeWait wait(parent);
     while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
         if (!ChooseAnother(parent, choice, mustExist)) {
@@ -171,7 +165,7 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     const auto addButton = [&](int id, const wxString& label) {
         auto* const button = new wxButton(this, id, label);
-        buttons->Add(button, wxSizerFlags().Border(wxALL, 5));
+        buttons->Add(button, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
         return button;
     };
     wxButton* const retry = addButton(ID_RETRY, _("Retry"));
@@ -179,12 +173,12 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     addButton(ID_NEW, _("New"));
     addButton(ID_EXIT, _("Exit"));
 
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(message, wxSizerFlags().Border(wxALL, 5));
-    rows->Add(mpPath, wxSizerFlags().Expand().Border(wxALL, 5));
-    rows->Add(buttons, wxSizerFlags().Center());
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(message);
+    rows->Add(mpPath, FormRow(*this));
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
     FitTextHeights(*this);
-    SetSizerAndFit(rows);
+    GetSizer()->SetSizeHints(this);
     Centre();
 
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);
@@ -267,13 +261,13 @@ ThreadWaitDialog::ThreadWaitDialog(wxWindow* parent, wxWindowID id, const wxStri
       mCreated(wxGetUTCTimeMillis()) {
     SetExtraStyle(GetExtraStyle() | wxWS_EX_BLOCK_EVENTS);
 
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    wxBoxSizer* const rows = MakeFormColumn(*this);
     rows->Add(new wxStaticText(this, wxID_ANY, _("This may take a few minutes.")),
-              wxSizerFlags().Centre().Border(wxALL, 5));
+              wxSizerFlags().Centre());
     mpGauge = new wxGauge(this, wxID_ANY, 100, wxDefaultPosition, wxSize(220, -1),
                           wxGA_HORIZONTAL | wxGA_SMOOTH);
-    rows->Add(mpGauge, wxSizerFlags().Centre().Border(wxALL, 5));
-    SetSizerAndFit(rows);
+    rows->Add(mpGauge, wxSizerFlags().Centre().Border(wxTOP, FromDIP(kFormGap)));
+    GetSizer()->SetSizeHints(this);
     Centre();
 
     Bind(wxEVT_TIMER, &ThreadWaitDialog::OnTimer, this, kTimerId);

@@ -7,9 +7,8 @@
 #include <functional>
 #include <memory>
 
-#include "store/StoreUpgrade.h"
+#include "store/Database.h"
 
-class Database;
 class FatalErrorReport;
 class wxGauge;
 class wxTextCtrl;
@@ -19,34 +18,34 @@ class wxWindow;
 // The name that a store file has unless somebody says otherwise.
 constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
 
-// Both take the path of a store, in whose directory the person begins, and give true and the path
-// that was chosen, or false with path unchanged.
+// Ask the user for a path, beginning in the directory of the given one. Return true and the chosen
+// path, or false with path unchanged.
 bool ChooseStoreFileToOpen(wxWindow* parent, wxString& path);
 bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBeforeOverwriting,
                            wxString& path);
 
 // How the program comes to an open store file. Main thread only.
 
-// The default file in the user's documents directory, which is made if it does not exist.
+// Returns the default file in the user's documents directory; makes the directory if need be.
 wxString GetDefaultStorePath();
 
-// A new Database with the stored choice of file open, or the default file where none is stored.
-// If none can be opened the program ends.
+// Returns a new Database with the stored choice of file open, or the default file where none is
+// stored. Ends the program when none can be opened.
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report);
 
-// Opens the file, and asks the person for another as long as that fails; the program ends when they
+// Opens the file, and asks the user for another as long as that fails; ends the program when they
 // give up. The path that opened is stored as the choice. The Database must be closed.
 void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
 
-// The same, but gives false, with the Database closed, when the person gives up.
+// The same, but returns false, with the Database closed, when the user gives up.
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
 
-// Runs the questions that a window asks of the open store before it is seen. Where the store fails
-// at one of them the person chooses another, which is then asked the same; the program ends when
+// Runs the questions that a window asks of the open store before it is shown. While the store fails
+// at one of them, the user chooses another store, which is asked the same; ends the program when
 // they give up.
 void AskBeforeWindows(Database& database, const std::function<void()>& ask);
 
-// What the person is asked when the store file cannot be opened. It ends with kTryAgain and a path,
+// The recovery dialog, shown when the store file cannot be opened. Ends with kTryAgain and a path,
 // or with kGiveUp; closing it by the title bar or Esc is giving up.
 class DatabaseOpenFailed : public wxDialog {
   public:

@@ -9,12 +9,12 @@
 
 #include "shell/MessageBox.h"
 #include "store/Database.h"
+#include "store/StoreFiles.h"
 #include "storefile/StoreFile.h"
-#include "storefile/StoreFileMove.h"
 
 namespace {
 
-// One change on its way; the paths are as the person typed them.
+// One change on its way; the paths are as the user typed them.
 class StoreFileChange {
   public:
     StoreFileChange(StoreFileActions& actions, wxWindow* parent, Database& database,
@@ -73,7 +73,7 @@ void StoreFileChange::Create() {
     mDatabase.Close();
     const int error = mExists ? DeleteStoreFile(mNewPath) : 0;
     if (error != 0) {
-        // It would be opened with all its cards, as if it were the new one.
+        // The old file would be opened with all its cards, as if it were the new store.
         Tell(_("Unable to replace the store file (%s)"), error, caption);
         Reopen(mCurrentPath, true);
         return;

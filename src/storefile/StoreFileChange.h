@@ -7,20 +7,21 @@
 class Database;
 class wxWindow;
 
-// What the application does for a change of the store file; tests do it without a window.
+// What a change of the store file needs of the application. A seam for the tests of the change and
+// of the preferences, which answer without a window.
 class StoreFileActions {
   public:
     virtual ~StoreFileActions() = default;
 
     virtual wxString GetDefaultStorePath() = 0;
-    // Both take the path of a store, in whose directory the person begins, and give true and the
-    // path that was chosen, or false with path unchanged.
+    // Ask the user for a path, beginning in the directory of the given one. Return true and the
+    // chosen path, or false with path unchanged.
     virtual bool ChooseToOpen(wxWindow* parent, wxString& path) = 0;
     virtual bool ChooseToSave(wxWindow* parent, const wxString& title, wxString& path) = 0;
-    // True when no editor has unsaved changes, or when they may be discarded; all editors are
-    // closed then.
+    // Returns true when no editor has unsaved changes, or when they may be discarded; all editors
+    // are closed then.
     virtual bool DiscardEdits(wxWindow* parent) = 0;
-    // Opens that file, or another that the person names. The Database must be closed.
+    // Opens that file, or another that the user names. The Database must be closed.
     virtual void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                                bool mustExist) = 0;
 };
@@ -38,7 +39,7 @@ class AppStoreFileActions : public StoreFileActions {
   public:
     using DiscardCheck = std::function<bool(wxWindow* parent)>;
 
-    // The second function is told that the open store is another one from now on.
+    // Calls storeChanged when another store has been opened.
     AppStoreFileActions(DiscardCheck discardEdits, std::function<void()> storeChanged);
 
     wxString GetDefaultStorePath() override;

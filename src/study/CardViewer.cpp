@@ -8,9 +8,10 @@
 #include <wx/settings.h>
 
 #include <algorithm>
+#include <cstdlib>
 
+#include "base/Text.h"
 #include "shell/MenuBar.h"
-#include "study/CardLayout.h"
 
 namespace {
 
@@ -35,20 +36,71 @@ wxBitmap MakeStudyCover(const wxColour& top, const wxColour& bottom) {
 
 namespace {
 
+constexpr int32_t kDivider = 1;
+
+// Returns the height of the first side: half of the window, unless one of the texts needs more.
+int32_t FirstHeightOf(int32_t clientHeight, int32_t firstHeight, int32_t secondHeight) {
+    const int32_t half = (clientHeight - kDivider) / 2;
+    if (firstHeight < half && secondHeight < half) {
+        return half;
+    }
+    if (firstHeight + secondHeight >= 2 * half) {
+        return firstHeight;
+    }
+    if (firstHeight <= half) {
+        return clientHeight - secondHeight - kDivider;
+    }
+    return firstHeight;
+}
+
+}  // namespace
+
+int32_t CardColumnWidth(wxOrientation orientation, int32_t width) {
+    return orientation == wxHORIZONTAL ? (width - kDivider) / 2 : width;
+}
+
+int32_t CardHeightNeeded(wxOrientation orientation, int32_t firstHeight, int32_t secondHeight) {
+    return orientation == wxHORIZONTAL ? std::max(firstHeight, secondHeight)
+                                       : firstHeight + secondHeight + kDivider;
+}
+
+CardLayout ArrangeCard(wxOrientation orientation, const wxSize& client, int32_t firstHeight,
+                       int32_t secondHeight) {
+    const int32_t column = CardColumnWidth(orientation, client.x);
+    const int32_t needed = CardHeightNeeded(orientation, firstHeight, secondHeight);
+    CardLayout layout;
+    layout.VirtualHeight = std::max(client.y, needed);
+    if (orientation == wxHORIZONTAL) {
+        const int32_t second = column + kDivider;
+        layout.First = wxRect(0, 0, column, layout.VirtualHeight);
+        layout.Second = wxRect(second, 0, client.x - second, layout.VirtualHeight);
+    } else {
+        const int32_t first = FirstHeightOf(client.y, firstHeight, secondHeight);
+        const int32_t second = first + kDivider;
+        layout.First = wxRect(0, 0, column, first);
+        layout.Second = wxRect(0, second, column, layout.VirtualHeight - second);
+    }
+    return layout;
+}
+
+namespace {
+
 constexpr int32_t kNarrowest = 32;
-// How much of a text is laid out before it is shown first, some screens full, and in an idle
-// moment, a hundredth of a second.
+// Logical pixels between a text and the edges of its side.
+constexpr int32_t kTextMargin = 12;
+// Characters that are laid out before a text is first shown (a few screens), and in one idle moment
+// (about a hundredth of a second).
 constexpr size_t kCharactersAtOnce = 10000;
 constexpr size_t kCharactersWhenIdle = 5000;
-// Pixels of a side, more than anybody scrolls through: both sides together are no larger number
-// than the toolkit counts with.
+// Pixels of one side. Nobody scrolls through more, and the sum of two sides still fits into the
+// 32-bit numbers that the toolkit counts with.
 constexpr int64_t kHighestSide = 1000000000;
 
 int32_t TextHeight(const WrappedText& wrapped, int32_t lineHeight) {
     return static_cast<int32_t>(wrapped.Lines.size()) * lineHeight;
 }
 
-// The default pen is black, which a dark background would swallow.
+// A black line would not be seen on a dark background.
 wxColour DividerColour(const wxColour& background) {
     return background.GetLuminance() < 0.5 ? *wxWHITE : *wxBLACK;
 }
@@ -66,7 +118,7 @@ CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position,
     Bind(wxEVT_LEFT_UP, &CardViewer::OnLeftUp, this);
     Bind(wxEVT_MOUSEWHEEL, &CardViewer::OnWheel, this);
     Bind(wxEVT_CONTEXT_MENU, &CardViewer::OnContextMenu, this);
-    // A press that loses the mouse is a press without a release: there is nothing to undo.
+    // A press that loses the mouse gets no release, and the press alone has done nothing.
     Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
 }
 
@@ -80,7 +132,7 @@ void CardViewer::SetSecondText(const wxString& text) {
 
 void CardViewer::SetText(CardViewerSide& side, const wxString& text) {
     if (text.length() > kMostCharacters) {
-        SetText(side, text.Left(kMostCharacters - 1) + wxUniChar(0x2026));
+        SetText(side, CutWithEllipsis(text, kMostCharacters));
     } else if (side.Text != text) {
         side.Text = text;
         side.Wraps = {};
@@ -128,8 +180,8 @@ int32_t CardViewer::FullWidth() const {
 }
 
 int32_t CardViewer::ScrollBarWidth() const {
-    // A bar that lies over the window takes nothing of it and still needs its space. The metric may
-    // be unknown, and themes do not all keep to it.
+    // An overlay scroll bar takes no room from the window, but the text must still stay clear of
+    // it. The metric can be unknown (-1), and some themes draw wider bars than it says.
     const int32_t metric = wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this);
     return std::max({metric, FullWidth() - GetClientSize().x, 0});
 }
@@ -138,7 +190,8 @@ void CardViewer::WrapSides(int32_t height, size_t characters) {
     wxClientDC dc(this);
     dc.SetFont(GetFont());
     const TextMeasure measure = [&dc](const wxString& text) { return dc.GetTextExtent(text); };
-    // What is higher than the window needs the scroll bar, however much higher it is.
+    // Without a scroll bar, lines are cut only until they are higher than the window: then the loop
+    // in Relayout starts again with one.
     const int64_t highest = mScrollNeeded ? kHighestSide : height;
     for (CardViewerSide* const side : {&mFirst, &mSecond}) {
         WrappedText& wrapped = side->Wraps[mScrollNeeded ? 1 : 0];
@@ -165,7 +218,8 @@ void CardViewer::Relayout(size_t characters) {
     mScrollNeeded = false;
     for (;;) {
         width = std::max(fullWidth - (mScrollNeeded ? ScrollBarWidth() : 0), kNarrowest);
-        mColumnWidth = CardColumnWidth(orientation, width);
+        const int32_t column = CardColumnWidth(orientation, width);
+        mColumnWidth = std::max(column - 2 * FromDIP(kTextMargin), std::min(column, kNarrowest));
         WrapSides(height, characters);
         firstHeight = TextHeight(LinesOf(mFirst), mLineHeight);
         secondHeight = TextHeight(LinesOf(mSecond), mLineHeight);
@@ -190,7 +244,7 @@ void CardViewer::OnIdle(wxIdleEvent& event) {
     const int32_t top = GetViewStart().y;
     const int32_t divider = mFirst.Rect.height;
     Relayout(kCharactersWhenIdle);
-    // Who looks at the second side goes on to see it, while the first one above it grows.
+    // The first side grows above what the user may be looking at: scroll along with it.
     const bool isSecondSeen =
         mLayout == wxVERTICAL && !mSecond.Text.empty() && top + GetClientSize().y > divider + 1;
     if (isSecondSeen && mFirst.Rect.height > divider) {
@@ -232,7 +286,7 @@ void CardViewer::ScrollByPage(int32_t direction) {
 }
 
 void CardViewer::ScrollBy(int32_t pixels) {
-    // -1 would mean to stay.
+    // To the toolkit -1 means "leave as it is".
     Scroll(wxDefaultCoord, std::max(GetViewStart().y + pixels, 0));
 }
 
@@ -259,12 +313,12 @@ void CardViewer::PaintDivider(wxDC& dc, const wxRect& visible) const {
     }
 }
 
-// The background is there already.
+// Draws over the background, which OnPaint has filled.
 void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& visible) const {
     if (side.Cover.IsOk() && !side.Rect.IsEmpty()) {
         wxMemoryDC cover;
         cover.SelectObjectAsSource(side.Cover);
-        // Also below a scroll bar that one can see through.
+        // An overlay scroll bar is transparent, so the cover reaches below it.
         const wxSize size(std::max(side.Rect.width, visible.width - side.Rect.x), side.Rect.height);
         dc.StretchBlit(side.Rect.GetPosition(), size, &cover, wxPoint(0, 0), side.Cover.GetSize());
     }
@@ -295,7 +349,7 @@ void CardViewer::OnSize(wxSizeEvent& event) {
     event.Skip();
 }
 
-// Not skipped: the focus stays with the scoring control.
+// The event is not skipped, so that the focus stays with the scoring control.
 void CardViewer::OnLeftDown(wxMouseEvent& /*event*/) {
     if (!HasCapture()) {
         CaptureMouse();
@@ -320,10 +374,23 @@ void CardViewer::OnWheel(wxMouseEvent& event) {
     if (delta <= 0 || event.GetWheelAxis() != wxMOUSE_WHEEL_VERTICAL) {
         return;
     }
+    if (event.ControlDown()) {
+        ChangeTextSize(event.GetWheelRotation(), delta);
+        return;
+    }
     mWheelRest -= event.GetWheelRotation() * event.GetLinesPerAction() * mLineHeight;
     const int32_t pixels = mWheelRest / delta;
     mWheelRest -= pixels * delta;
     ScrollBy(pixels);
+}
+
+void CardViewer::ChangeTextSize(int32_t rotation, int32_t delta) {
+    mZoomRest += rotation;
+    for (; std::abs(mZoomRest) >= delta; mZoomRest -= mZoomRest > 0 ? delta : -delta) {
+        wxCommandEvent command(wxEVT_MENU, mZoomRest > 0 ? wxID_ZOOM_IN : wxID_ZOOM_OUT);
+        command.SetEventObject(this);
+        GetParent()->GetEventHandler()->ProcessEvent(command);
+    }
 }
 
 void CardViewer::OnContextMenu(wxContextMenuEvent& event) {

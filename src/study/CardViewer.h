@@ -2,6 +2,7 @@
 
 #include <wx/bitmap.h>
 #include <wx/colour.h>
+#include <wx/gdicmn.h>
 #include <wx/scrolwin.h>
 #include <wx/string.h>
 
@@ -16,11 +17,32 @@ class wxDC;
 // the top to the second at the bottom, to be stretched over whatever it covers.
 wxBitmap MakeStudyCover(const wxColour& top, const wxColour& bottom);
 
+// Where the two sides of a card stand on the surface that they scroll on together. A line of one
+// pixel divides them.
+struct CardLayout {
+    int32_t VirtualHeight = 0;
+    wxRect First;
+    wxRect Second;
+};
+
+// Returns the width at which the text of a side is wrapped in a window of that width.
+int32_t CardColumnWidth(wxOrientation orientation, int32_t width);
+
+// Returns the height that the texts of both sides need together.
+int32_t CardHeightNeeded(wxOrientation orientation, int32_t firstHeight, int32_t secondHeight);
+
+// Places the sides. wxVERTICAL puts the first above the second, each with half of the window while
+// the texts are short; wxHORIZONTAL puts the first left of the second. Client is the part of the
+// window that the scroll bar leaves; the heights are those of the two texts.
+CardLayout ArrangeCard(wxOrientation orientation, const wxSize& client, int32_t firstHeight,
+                       int32_t secondHeight);
+
 // One of the two texts that a CardViewer shows.
 struct CardViewerSide {
     wxString Text;
-    // The lines at the width beside no scroll bar, only as far as they tell whether one is needed,
-    // and beside one. Both stay until the text, the font or the width changes.
+    // The lines at the full width of the window, cut only until they are known to need a scroll
+    // bar, and the lines at the width that the scroll bar leaves. Both are kept until the text, the
+    // font or the width changes.
     std::array<WrappedText, 2> Wraps;
     wxColour TextColour = *wxBLACK;
     // When valid, drawn stretched over the whole rectangle instead of the background.
@@ -30,12 +52,13 @@ struct CardViewerSide {
 };
 
 // The scrolled panel that shows both sides of a card, divided by a thin line, one above the other
-// or side by side. It wraps and centres the texts by itself; a click on it goes to the parent as a
-// button event with this window's id. It knows texts, colours and a cover, but no cards. The owner
-// sets the scroll rate: none horizontally, one pixel vertically.
+// or side by side. It wraps and centres the texts itself, and sends a click to its parent as a
+// button event with its own id; Ctrl and the wheel go there as the menu commands wxID_ZOOM_IN and
+// wxID_ZOOM_OUT. It knows texts, colours and a cover, but no cards. The owner sets
+// the scroll rate: none horizontally, one pixel vertically.
 //
-// The beginning of a long text is laid out at once and the rest in idle moments, while the part
-// that can be scrolled to grows. Of a text longer than anybody reads the end is left out.
+// The beginning of a long text is laid out at once. The rest follows in idle moments, while the
+// part that can be scrolled to grows. The end of a text longer than anybody reads is left out.
 class CardViewer : public wxScrolledWindow {
   public:
     CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position = wxDefaultPosition,
@@ -56,7 +79,7 @@ class CardViewer : public wxScrolledWindow {
     void SetSecondCover(const wxBitmap& cover);
     bool IsSecondCovered() const { return mSecond.Cover.IsOk(); }
 
-    // Words on what the window shows. Nothing draws them.
+    // Words about what the window shows, for screen readers. Nothing draws them.
     void SetHint(const wxString& text);
     const wxString& GetHint() const { return mHint; }
 
@@ -66,11 +89,11 @@ class CardViewer : public wxScrolledWindow {
 
     bool SetFont(const wxFont& font) override;
 
-    // A press of the mouse that is under way is no click when it ends.
+    // Forgets a press of the mouse that is under way, so that its release is not a click.
     void DropPress();
 
     void ScrollToTop();
-    // Puts the dividing line at the top, when there is anything to scroll.
+    // Scrolls until the dividing line is at the top; does nothing when there is nothing to scroll.
     void ScrollToSecond();
     void PageUp();
     void PageDown();
@@ -82,17 +105,18 @@ class CardViewer : public wxScrolledWindow {
         return side.Wraps[mScrollNeeded ? 1 : 0];
     }
     bool IsScrollNeeded() const { return mScrollNeeded; }
-    // Nothing is left to lay out.
+    // True when nothing is left for the idle moments.
     bool IsLaidOut() const { return LinesOf(mFirst).IsWhole && LinesOf(mSecond).IsWhole; }
 
   private:
     void SetText(CardViewerSide& side, const wxString& text);
-    // The width for the text without a scroll bar, and what a scroll bar takes of it.
+    // Pixels between the borders, and how many of them a scroll bar takes.
     int32_t FullWidth() const;
     int32_t ScrollBarWidth() const;
-    // Goes on with the lines of both sides at mColumnWidth.
+    // Cuts more lines of both sides at mColumnWidth, up to that height and for that many
+    // characters.
     void WrapSides(int32_t height, size_t characters);
-    // Lays out anew, as far as that many more characters of each side go.
+    // Wraps up to that many more characters of each side and places both sides anew.
     void Relayout(size_t characters);
 
     void PaintDivider(wxDC& dc, const wxRect& visible) const;
@@ -106,6 +130,7 @@ class CardViewer : public wxScrolledWindow {
     void OnLeftDown(wxMouseEvent& event);
     void OnLeftUp(wxMouseEvent& event);
     void OnWheel(wxMouseEvent& event);
+    void ChangeTextSize(int32_t rotation, int32_t delta);
     void OnContextMenu(wxContextMenuEvent& event);
 
     int32_t mLayout = wxVERTICAL;
@@ -116,8 +141,10 @@ class CardViewer : public wxScrolledWindow {
     int32_t mLineHeight = 0;
     bool mScrollNeeded = false;
 
-    // Before the first size there is nothing to lay out for.
+    // False until the first size event; before it there is no width to wrap at.
     bool mIsSized = false;
-    // Rotation of the wheel that is not yet used up, times pixels.
+    // Rotation of the wheel that has not yet scrolled a whole pixel, times pixels.
     int32_t mWheelRest = 0;
+    // Rotation with Ctrl that has not yet changed the size of the text.
+    int32_t mZoomRest = 0;
 };

@@ -16,13 +16,13 @@ namespace {
 
 constexpr int kPanelId = 10102;
 constexpr int kTotalId = 10008;
-constexpr int kBorder = 5;
+constexpr int kBorder = kFormGap;
 constexpr int kScrollStep = 10;
-// With fewer cards there is nothing whose category one would want to be told.
+// With fewer cards the name of the category tells nothing.
 constexpr int32_t kCardsThatShowCategory = 2;
 
-// A number keeps the size of its first text, so that the labels beside stand still. One of more
-// digits is cut, and shows that it is.
+// A number keeps the width of its first text, so that the labels beside it do not move. A number
+// with more digits is cut with an ellipsis, and its tip shows all of it.
 wxStaticText* MakeNumber(wxWindow* parent, int id, const wxString& firstText) {
     return new wxStaticText(parent, id, firstText, wxDefaultPosition, wxDefaultSize,
                             wxST_NO_AUTORESIZE | wxALIGN_RIGHT | wxST_ELLIPSIZE_END);
@@ -52,9 +52,9 @@ LearningProgress::LearningProgress(Database& database, const Clock& clock, int32
     mpLayout->Show(mpCategoryText, mShowCategory);
     ShowCounts(database, clock);
 
-    // A scrolled window asks for no room by itself.
+    // A scrolled window has no size of its own to ask for.
     wxWindow* const panel = mpLayout->GetContainingWindow();
-    panel->SetMinSize(mpLayout->CalcMin());
+    panel->SetMinSize(panel->GetSizer()->CalcMin());
     GetSizer()->Fit(this);
     Centre(wxBOTH);
 }
@@ -74,14 +74,13 @@ void LearningProgress::CreateControls() {
                                              wxNO_BORDER | wxHSCROLL | wxVSCROLL, "panel");
     panel->SetScrollRate(kScrollStep, kScrollStep);
     const int border = FromDIP(kBorder);
-    mpLayout = new wxBoxSizer(wxVERTICAL);
-    panel->SetSizer(mpLayout);
+    mpLayout = MakeFormColumn(*panel);
 
     mpCategoryText = new wxStaticText(panel, wxID_STATIC, _("Category"));
-    mpLayout->Add(mpCategoryText, wxSizerFlags().Border(wxALL, border));
+    mpLayout->Add(mpCategoryText);
 
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    mpLayout->Add(row, wxSizerFlags().Border(wxALL, border));
+    mpLayout->Add(row, FormRow(*panel));
     mpTotalText = MakeNumber(panel, kTotalId, _("counting..."));
     row->Add(mpTotalText, wxSizerFlags().CentreVertical().Border(wxRIGHT, border));
     row->Add(new wxStaticText(panel, wxID_STATIC, _("cards total")),
@@ -91,8 +90,9 @@ void LearningProgress::CreateControls() {
     CreateBox(*panel, _("Study Back to Front"), {10004, 10005, 10006, 10007}, ReverseTexts());
 
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    column->Add(panel, wxSizerFlags(1).Expand());
-    column->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, border));
+    column->Add(panel, wxSizerFlags(1).Expand().Border(wxALL, border));
+    column->Add(MakeOkCancel(*this),
+                wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, 2 * border));
     SetSizer(column);
     FindWindow(wxID_OK)->SetFocus();
 }
@@ -101,7 +101,7 @@ void LearningProgress::CreateBox(wxScrolledWindow& panel, const wxString& label,
                                  const NumberIds& ids, const NumberTexts& texts) {
     auto* const box = new wxStaticBoxSizer(wxVERTICAL, &panel, label);
     const int border = FromDIP(kBorder);
-    mpLayout->Add(box, wxSizerFlags().Expand().Border(wxALL, border));
+    mpLayout->Add(box, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge)));
     auto* const table = new wxFlexGridSizer(2, border, border);
     box->Add(table, wxSizerFlags().Border(wxALL, border));
     const auto addRow = [&](int id, const wxString& text) {
@@ -117,7 +117,7 @@ void LearningProgress::CreateBox(wxScrolledWindow& panel, const wxString& label,
     texts.Excluded = addRow(ids.Excluded, _("excluded from review"));
 }
 
-// A count that fails stays 0: there is nothing better to show.
+// A count that fails stays 0, as there is nothing better to show.
 void LearningProgress::ShowCounts(Database& database, const Clock& clock) {
     int32_t total = 0;
     database.SelectCategoryIdCount(mCategoryId, total);

@@ -10,9 +10,9 @@ class wxBoxSizer;
 class wxScrolledWindow;
 class wxStaticText;
 
-// How far the learning of one category has come: for each direction the cards that are ready,
-// memorized, waiting for their first review and excluded. It counts once, while it is made, and
-// changes nothing. Main thread only.
+// Tells how far the learning of one category has come: for each direction the numbers of cards that
+// are ready, memorized, waiting for their first review and excluded. Counts once, in the
+// constructor, and changes nothing. Main thread only.
 class LearningProgress : public wxDialog {
   public:
     // The Database and the clock are used by the constructor only.

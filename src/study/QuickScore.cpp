@@ -63,8 +63,9 @@ void QuickScore::SetItems(const wxString* labels, size_t count) {
     Append(static_cast<unsigned int>(count), labels);
     SetSelection(cursor);
     SetMark(mark);
-    // Not GetBestSize, which is never below the minimum size so far.
+    // GetBestSize would never be below the minimum size that is being replaced.
     SetMinSize(ClientToWindowSize(DoGetBestClientSize()));
+    mMinItemHeight = mItemHeight;
 }
 
 void QuickScore::SetAllStrings(const wxString& label) {
@@ -150,7 +151,7 @@ void QuickScore::DoDeleteOneItem(unsigned int pos) {
     ForgetPositions();
 }
 
-// After a removal no position means the item that it meant before.
+// After a removal the positions no longer mean the same items.
 void QuickScore::ForgetPositions() {
     mCursor = -1;
     mMark = -1;
@@ -162,7 +163,7 @@ void QuickScore::ForgetPositions() {
 void QuickScore::UpdateMetrics() {
     wxClientDC dc(this);
     dc.SetFont(GetFont());
-    // The context counts an inch in pixels of the screen, and everything else in logical ones.
+    // The context gives an inch in pixels of the screen, but everything else in logical pixels.
     const double ppi = dc.GetPPI().y / GetContentScaleFactor();
     int32_t textWidth = 0;
     int32_t textHeight = 0;

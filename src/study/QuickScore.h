@@ -13,15 +13,15 @@
 
 class wxDC;
 
-// Page Up or Page Down was typed: for the window beside the control.
+// Page Up or Page Down was typed; meant for the card beside the control.
 wxDECLARE_EVENT(EVT_QUICKSCORE_PAGE_UP, wxCommandEvent);
 wxDECLARE_EVENT(EVT_QUICKSCORE_PAGE_DOWN, wxCommandEvent);
 
 // A column of large buttons: a single-selection list to its container, push buttons to the user.
 // The cursor is the item with the focus rectangle and is what GetSelection returns; the mark is the
 // highlighted item, the recorded score of a card in the history. A key or the mouse presses an item
-// and the release chooses it. Only a key that truly goes down starts a press: one that repeats, as
-// it was held down already, here or in a window before, does not.
+// and the release chooses it. Only a key that truly goes down starts a press. A key that repeats,
+// because it has been held down since before, here or in another window, does not.
 //
 // Events go straight to the parent: wxEVT_LISTBOX when the user moves the cursor,
 // wxEVT_LISTBOX_DCLICK when a choice has moved the mark, with wxID_FORWARD or wxID_BACKWARD as
@@ -38,16 +38,15 @@ class QuickScore : public wxControlWithItems {
                 const wxSize& size = wxDefaultSize, long style = wxBORDER_NONE | wxWANTS_CHARS,
                 const wxString& name = wxASCII_STR(wxPanelNameStr));
 
-    // The items. Every change of a label measures anew.
+    // The labels of the items. Each change measures the control anew.
     unsigned int GetCount() const override;
     wxString GetString(unsigned int n) const override;
     void SetString(unsigned int n, const wxString& label) override;
-    // New labels, with cursor and mark where they were; then the best size becomes the minimum
-    // size.
+    // Replaces all labels, keeps cursor and mark, and makes the best size the minimum size.
     void SetItems(const wxString* labels, size_t count);
     void SetAllStrings(const wxString& label);
 
-    // The cursor and the mark move silently here; -1 is none.
+    // These move the cursor and the mark without an event; -1 is none.
     void SetSelection(int n) override;
     int GetSelection() const override { return mCursor; }
     void SetMark(int32_t n);
@@ -56,13 +55,16 @@ class QuickScore : public wxControlWithItems {
     // The item drawn as pressed, or -1.
     int32_t GetPressed() const { return mPressed; }
 
-    // Lets go of what a key or the mouse holds down, and chooses nothing: for an owner that comes
-    // to show something else than what the press was meant for, or whose menu or dialog takes the
-    // release.
+    // Forgets a press that is under way and chooses nothing. The owner calls it when it shows
+    // something else than what the press was meant for, or when a menu or dialog gets the release.
     void DropPress();
-    // The keys come back from a menu or another window. Those that are down were pressed there, and
-    // start no press before they have been let go.
+    // Called when the keys come back from a menu or another window. Keys that are down now were
+    // pressed there, and start no press before they have been released.
     void ResumeKeys();
+
+    // Tips that replace the one of the whole control while the pointer is on an item; an empty list
+    // leaves that alone.
+    void SetItemTips(const std::vector<wxString>& tips);
 
     // Inner margin of an item in 1/96 inch.
     void SetMargin(int32_t units);
@@ -70,7 +72,7 @@ class QuickScore : public wxControlWithItems {
     bool SetFont(const wxFont& font) override;
     bool Enable(bool enable = true) override;
 
-    // In client coordinates. A point beside the items gives -1.
+    // Both are in client coordinates. A point outside the items gives -1.
     int32_t ItemAt(const wxPoint& point) const;
     wxRect GetItemRect(int32_t n) const;
 
@@ -83,8 +85,7 @@ class QuickScore : public wxControlWithItems {
     void DoClear() override;
     void DoDeleteOneItem(unsigned int pos) override;
 
-    // Whether the platform says that a key is down, or nothing where it does not tell. A test
-    // answers in its place.
+    // Asks the platform whether a key is down; nothing where it does not tell. Tests override it.
     virtual std::optional<bool> IsKeyDown(int key) const;
 
   private:
@@ -98,28 +99,32 @@ class QuickScore : public wxControlWithItems {
     void PaintFocus(wxDC& dc, const wxRect& rect) const;
 
     void MoveCursor(int32_t n, bool notify);
-    // Moves the mark; with a direction other than 0 that is a choice of the user.
+    // Moves the mark; a direction other than 0 says that the user chose it.
     void Activate(int32_t n, int direction);
     void SetPressed(int32_t n);
     void ClearPressed();
-    // A key or a mouse button holds an item down.
+    // True while a key or a mouse button holds an item down.
     bool IsHeld() const;
     void Press(int32_t key);
     void PressDigit(int32_t key, int32_t digit);
-    // The held key was let go.
+    // Ends a press by key with a choice.
     void ChooseHeldItem();
-    // False when something holds an item already.
+    // Begins a press by mouse; false when something holds an item already.
     bool HoldByMouse(int32_t button);
     void PressUnder(const wxPoint& point);
-    // Forgets the keys that are up by the platform's word although no release came here, as
-    // somebody had grabbed the keys meanwhile. The key of the present event is left out: its
-    // release may only be late.
+    // True for a press that the platform would count as the second or third click of one gesture
+    // that has made a choice already.
+    bool IsRepeatedClick(const wxMouseEvent& event);
+    void ShowTipOf(int32_t item);
+    // Forgets keys whose release went elsewhere, because somebody grabbed the keyboard, when the
+    // platform says that they are up. The key of the present event is left out: its release may
+    // only be late.
     void ForgetLostKeys(int present);
-    // True when the key may start a press.
+    // Records that a key is down; true when it was up before and so may start a press.
     bool NoteKeyDown(const wxKeyEvent& event);
     void SendCommand(wxEventType type, int id, int item = -1, long extra = 0);
     void Navigate(bool forward);
-    // False when the control does not know the key.
+    // Returns false when the control has no use for the key.
     bool HandleKey(int key, bool shift, bool mayPress);
 
     void OnKeyDown(wxKeyEvent& event);
@@ -144,15 +149,25 @@ class QuickScore : public wxControlWithItems {
     int32_t mHeldKey = -1;
     // When it went down.
     wxStopWatch mHeldSince;
-    // Item that it chooses.
+    // Item that its release chooses.
     int32_t mHeldItem = -1;
     // Mouse button that holds an item down: 0 none, 1 left, 2 middle.
     int32_t mHeldButton = 0;
-    // Rotation of the wheel that is not yet used up.
+    // Where and when (in milliseconds of the platform's events) the left button went down last, and
+    // whether that press, or the gesture it belongs to, has made a choice.
+    wxPoint mClickPlace;
+    long mClickTime = 0;
+    bool mClickChose = false;
+    std::vector<wxString> mItemTips;
+    // The item under the pointer, or -1.
+    int32_t mTipItem = -1;
+    // Rotation of the wheel that has not yet moved the cursor.
     int32_t mWheelRest = 0;
     // Keys that are down and may not start a press before they have been let go.
     std::set<int> mDownKeys;
     int32_t mItemHeight = 0;
+    // The item height at which the minimum size was set, or 0 before that.
+    int32_t mMinItemHeight = 0;
     int32_t mItemWidth = 0;
     wxArrayString mStrings;
     std::vector<void*> mClientData;
@@ -160,7 +175,7 @@ class QuickScore : public wxControlWithItems {
     wxBitmap mSelectedBitmap;
     wxBitmap mPressedBitmap;
     wxBitmap mDisabledBitmap;
-    // What the four pictures were painted for.
+    // The background that the four pictures were painted on.
     wxColour mBitmapBackground;
     int32_t mMargin = 3;
     int32_t mPadX = 0;

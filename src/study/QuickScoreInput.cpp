@@ -1,20 +1,24 @@
 #include "study/QuickScore.h"
 
+#include <wx/settings.h>
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 
 // What keys and the mouse do to the control, and what it tells its parent.
 //
-// A held key repeats: it goes down again and again, and the toolkit's own mark of a repeat is not
-// set on every platform. So the control keeps the keys that are down. When the keys come back from
-// a menu, a question or another program it asks the platform which ones are down, since nobody here
-// has seen those.
+// A held key repeats: the toolkit reports it as going down again and again, and does not mark the
+// repeats on every platform. So the control remembers which keys are down, and only a key that was
+// up starts a press. Example: Space is held down and shows the back; its repeats must not score.
+//
+// When the keys come back from a menu, a dialog or another program, the control has not seen which
+// ones went down meanwhile, and asks the platform (ResumeKeys).
 
 namespace {
 
-// All that may start a press.
+// The keys that may start a press.
 constexpr int kPressingKeys[] = {WXK_RETURN,
                                  WXK_SPACE,
                                  WXK_LEFT,
@@ -34,10 +38,14 @@ constexpr int kPressingKeys[] = {WXK_RETURN,
                                  WXK_NUMPAD4,
                                  WXK_NUMPAD5};
 
-// Milliseconds that a release may be late before its press counts as lost.
+// What counts as one double click where the desktop does not say: milliseconds and pixels.
+constexpr int kClickTime = 400;
+constexpr int kClickDistance = 5;
+
+// Milliseconds after which a press without a release counts as lost.
 constexpr long kLatestRelease = 1000;
 
-// The score that a key stands for, or -1.
+// Returns the score that a key stands for, or -1.
 int32_t DigitOf(const wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     if (key >= '0' && key <= '5') {
@@ -47,8 +55,8 @@ int32_t DigitOf(const wxKeyEvent& event) {
         return key - WXK_NUMPAD0;
     }
 #ifdef __WXGTK__
-    // A French keyboard types digits with Shift. The key code names such a key by its other
-    // character; the raw code is the digit.
+    // A French keyboard types digits with Shift. The key code is then that of the other character
+    // on the key; the raw code is the digit.
     const auto raw = static_cast<int>(event.GetRawKeyCode());
     if (raw >= '0' && raw <= '5') {
         return raw - '0';
@@ -61,7 +69,7 @@ int32_t DigitOf(const wxKeyEvent& event) {
 
 std::optional<bool> QuickScore::IsKeyDown(int key) const {
 #ifdef __WXGTK__
-    // Other display servers tell of the modifiers only.
+    // Other display servers tell only about modifier keys.
     if (wxGetDisplayInfo().type != wxDisplayX11) {
         return std::nullopt;
     }
@@ -87,7 +95,7 @@ void QuickScore::ResumeKeys() {
         DropPress();
     }
     mDownKeys.clear();
-    // Where the platform does not tell, the repeats of a key end with the window that had it.
+    // Where the platform does not tell, repeats do not cross from one window to another anyway.
     for (const int key : kPressingKeys) {
         if (IsKeyDown(key).value_or(false)) {
             mDownKeys.insert(key);
@@ -102,7 +110,7 @@ void QuickScore::ForgetLostKeys(int present) {
     for (auto key = mDownKeys.begin(); key != mDownKeys.end();) {
         key = isLost(*key) ? mDownKeys.erase(key) : std::next(key);
     }
-    // A release that is only late, as on a busy machine, still counts.
+    // On a busy machine a release may just be late, and still counts.
     if (mHeldKey != -1 && mHeldSince.Time() > kLatestRelease && isLost(mHeldKey)) {
         DropPress();
     }
@@ -132,11 +140,11 @@ void QuickScore::PressDigit(int32_t key, int32_t digit) {
 }
 
 void QuickScore::ChooseHeldItem() {
-    // The Left of the number pad goes forward.
+    // Left on the number pad counts as forward; only the main Left key goes backward.
     const int direction = mHeldKey == WXK_LEFT ? wxID_BACKWARD : wxID_FORWARD;
     mHeldKey = -1;
     ClearPressed();
-    // The cursor may have moved on since.
+    // The cursor may have moved since the press.
     MoveCursor(mHeldItem, true);
     Activate(mHeldItem, direction);
 }
@@ -158,7 +166,7 @@ void QuickScore::Navigate(bool forward) {
     GetParent()->GetEventHandler()->ProcessEvent(event);
 }
 
-// Keys of others go on to them, above all those of the menus.
+// Keys that the control has no use for are passed on, above all those of the menus.
 void QuickScore::OnKeyDown(wxKeyEvent& event) {
     const bool isOfMenus = event.HasModifiers() || event.MetaDown();
     const int32_t digit = DigitOf(event);
@@ -172,7 +180,7 @@ void QuickScore::OnKeyDown(wxKeyEvent& event) {
     }
 }
 
-// The cursor and the history are moved by repeats too.
+// Repeats of a held key move the cursor and walk through the history, but never start a press.
 bool QuickScore::HandleKey(int key, bool shift, bool mayPress) {
     const auto last = static_cast<int32_t>(GetCount()) - 1;
     switch (key) {
@@ -249,7 +257,7 @@ void QuickScore::OnLeaveWindow(wxMouseEvent& event) {
 bool QuickScore::HoldByMouse(int32_t button) {
     SetFocus();
     if (mHeldButton == button) {
-        // Its release went to someone else.
+        // The release of the last press went elsewhere.
         DropPress();
     }
     ForgetLostKeys(-1);
@@ -261,8 +269,27 @@ bool QuickScore::HoldByMouse(int32_t button) {
     return true;
 }
 
+bool QuickScore::IsRepeatedClick(const wxMouseEvent& event) {
+    const auto metric = [this](wxSystemMetric index, int otherwise) {
+        const int value = wxSystemSettings::GetMetric(index, this);
+        return value > 0 ? value : otherwise;
+    };
+    const wxPoint way = event.GetPosition() - mClickPlace;
+    const bool isNear = std::abs(way.x) <= metric(wxSYS_DCLICK_X, kClickDistance) &&
+                        std::abs(way.y) <= metric(wxSYS_DCLICK_Y, kClickDistance);
+    const long since = event.GetTimestamp() - mClickTime;
+    // The time is that of the event, so that a busy machine neither joins nor parts two clicks.
+    const bool isSoon =
+        mClickTime != 0 && since >= 0 && since < metric(wxSYS_DCLICK_MSEC, kClickTime);
+    mClickPlace = event.GetPosition();
+    mClickTime = event.GetTimestamp();
+    mClickChose = mClickChose && (event.LeftDClick() || (isNear && isSoon));
+    return mClickChose;
+}
+
 void QuickScore::OnLeftDown(wxMouseEvent& event) {
-    if (HoldByMouse(wxMOUSE_BTN_LEFT)) {
+    // A double click on "Show Back" shows the back and must not score what the user has not seen.
+    if (!IsRepeatedClick(event) && HoldByMouse(wxMOUSE_BTN_LEFT)) {
         PressUnder(event.GetPosition());
     }
 }
@@ -274,6 +301,7 @@ void QuickScore::OnLeftUp(wxMouseEvent& event) {
     DropPress();
     const int32_t item = ItemAt(event.GetPosition());
     if (item != -1) {
+        mClickChose = true;
         MoveCursor(item, true);
         Activate(item, wxID_FORWARD);
     }
@@ -290,7 +318,8 @@ void QuickScore::OnMiddleUp(wxMouseEvent& event) {
         return;
     }
     DropPress();
-    // The wheel has moved the cursor: it counts, and the pointer only says yes.
+    // The wheel chooses the item while the button is held, so the cursor counts and not the item
+    // below the pointer.
     if (ItemAt(event.GetPosition()) != -1) {
         Activate(mCursor, wxID_FORWARD);
     }
@@ -304,9 +333,23 @@ void QuickScore::PressUnder(const wxPoint& point) {
     }
 }
 
+void QuickScore::SetItemTips(const std::vector<wxString>& tips) {
+    mItemTips = tips;
+    ShowTipOf(mTipItem);
+}
+
+void QuickScore::ShowTipOf(int32_t item) {
+    mTipItem = item;
+    const auto index = static_cast<size_t>(item);
+    if (item >= 0 && index < mItemTips.size() && GetToolTipText() != mItemTips[index]) {
+        SetToolTip(mItemTips[index]);
+    }
+}
+
 void QuickScore::OnDrag(wxMouseEvent& event) {
+    ShowTipOf(ItemAt(event.GetPosition()));
     if (mHeldButton != 0 && !event.ButtonIsDown(static_cast<wxMouseButton>(mHeldButton))) {
-        // It went up unseen.
+        // The button was released where we did not see it.
         DropPress();
     } else if (mHeldButton == wxMOUSE_BTN_LEFT && HasCapture()) {
         PressUnder(event.GetPosition());

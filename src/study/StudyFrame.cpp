@@ -1,5 +1,6 @@
 #include "study/StudyFrame.h"
 
+#include <wx/accel.h>
 #include <wx/panel.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
@@ -8,25 +9,28 @@
 #include <wx/toolbar.h>
 #include <wx/utils.h>
 
+#include <algorithm>
+#include <cmath>
 #include <list>
 
+#include "base/Process.h"
 #include "base/Text.h"
-#include "base/Trace.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "storefile/CategoryList.h"
+#include "study/BreakBar.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
-#include "study/RescoreMessageBox.h"
+#include "study/ScoreForecast.h"
 #include "study/StudyTexts.h"
 
 namespace {
 
 constexpr int kQuickScoreId = 10006;
-constexpr int kRescoreId = 10052;
 constexpr int kStatusBarId = 10099;
 // The tool bar and the viewer share it.
 constexpr int kPanelId = 12000;
@@ -35,18 +39,46 @@ constexpr int kHighestScore = kScoreCount - 1;
 constexpr int kStartScore = 3;
 
 constexpr int kMessageWidth = 230;
-// Lines of text that both sides of a card together have room for, in any font.
+// Lines of text, in any font, that both sides of a card together always have room for.
 constexpr int kLeastLines = 4;
-// Characters of a side that a screen reader is told, two hours of speech.
+// Characters of a side that are told to a screen reader, about two hours of speech.
 constexpr size_t kMostSpoken = 100000;
+// Logical pixels around the scores.
+constexpr int kScoreBorder = 6;
 constexpr int kNormalMargin = 1;
 constexpr int kCompactMargin = 3;
 
 const char* const kSettingsName = "Velomind";
 
-constexpr long kFreeSizeStyle = wxRESIZE_BORDER | wxMINIMIZE_BOX | wxMAXIMIZE_BOX;
+// In less room the words on the scores would be cut, or no line of a card be seen.
+const wxSize kSmallestSize(240, 320);
 
-// A window that is not to be seen would take the focus and lose the keys.
+// Keys that do what a menu entry does, beside the one that the entry shows. Ctrl+W stands for the
+// entry that this window leaves out.
+const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
+                                    {wxACCEL_CTRL, 'Q', wxID_EXIT},
+                                    {wxACCEL_CTRL, '=', wxID_ZOOM_IN},
+                                    {wxACCEL_CTRL, WXK_NUMPAD_ADD, wxID_ZOOM_IN},
+                                    {wxACCEL_CTRL, WXK_NUMPAD_SUBTRACT, wxID_ZOOM_OUT},
+                                    {wxACCEL_CTRL, WXK_NUMPAD0, wxID_ZOOM_100}};
+
+// Each step makes the text of the cards a tenth larger.
+constexpr double kTextStep = 1.1;
+constexpr double kSmallestText = 4.0;
+constexpr double kLargestText = 300.0;
+
+// The font of the settings at the size that the user has chosen in this window.
+wxFont CardFont() {
+    wxFont font = ReadFontSetting(kSettingFont);
+    const int32_t step = ReadIntegerSetting(kSettingStudyTextStep);
+    if (step != 0) {
+        const double size = font.GetFractionalPointSize() * std::pow(kTextStep, step);
+        font.SetFractionalPointSize(std::clamp(size, kSmallestText, kLargestText));
+    }
+    return font;
+}
+
+// A hidden window would take the focus and lose the keys.
 void GiveFocus(wxWindow& window) {
     if (window.IsShownOnScreen()) {
         window.SetFocus();
@@ -58,6 +90,7 @@ void GiveFocus(wxWindow& window) {
 wxBEGIN_EVENT_TABLE(StudyFrame, wxFrame)
     EVT_CLOSE(StudyFrame::OnClose)
     EVT_ACTIVATE(StudyFrame::OnActivate)
+    EVT_CHAR_HOOK(StudyFrame::OnCharHook)
     EVT_MENU_OPEN(StudyFrame::OnMenuOpen)
     EVT_MENU_CLOSE(StudyFrame::OnMenuClose)
     EVT_LISTBOX(kQuickScoreId, StudyFrame::OnScoreCursor)
@@ -79,19 +112,23 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
                        long style)
     : mServices(services) {
     SetExtraStyle(wxFRAME_EX_METAL);
-    Create(parent, id, title, position, size, style & ~kFreeSizeStyle);
+    Create(parent, id, title, position, size, style);
     InitFrame(*this, "study_window");
+    AddStudyEntries(*GetMenuBar());
+    SetAcceleratorTable(wxAcceleratorTable(WXSIZEOF(kKeys), kKeys));
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_CLOSE);
     RemoveMenuItem(*GetMenuBar(), ID_SAVE_NEW);
     AddStudyCommands();
     AddCardCommands();
     AddAppearanceCommands();
+    AddTextSizeCommands();
     RebuildCover();
     CreateBars();
     CreateContent();
     ApplySettings();
     RestoreLayout();
     mpChildFocus = mpQuickScore;
+    SetMinSize(FromDIP(kSmallestSize));
     Centre(wxBOTH);
     RestoreWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), &mObserver);
@@ -124,20 +161,32 @@ void StudyFrame::CreateContent() {
     auto* const sizer = new wxBoxSizer(wxVERTICAL);
     SetSizer(sizer);
 
+    mpBreakBar = new BreakBar(this);
+    sizer->Add(mpBreakBar, wxSizerFlags().Expand());
+    mpBreakBar->Hide();
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { GoToNextDue(); }, ID_NEXT_DUE_CATEGORY);
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { DismissBreak(); }, wxID_CLOSE);
+
     mpCardSizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(mpCardSizer, wxSizerFlags(1).Expand());
 
     mpCardViewer = new CardViewer(this, kPanelId, wxDefaultPosition, wxDefaultSize,
                                   wxBORDER_NONE | wxHSCROLL | wxVSCROLL, "panel");
     mpCardViewer->SetScrollRate(0, 1);
-    // It has no use for keys, and does not show that it has them.
+    // It has no use for keys and would not show that it has the focus.
     mpCardViewer->SetCanFocus(false);
     mpCardSizer->Add(mpCardViewer, wxSizerFlags(1).Expand());
 
     mpQuickScore = new QuickScore(this, kQuickScoreId, wxDefaultPosition, wxSize(100, 100),
                                   wxBORDER_NONE | wxWANTS_CHARS, "panel");
-    mpCardSizer->Add(mpQuickScore, wxSizerFlags().Right().Border(wxALL, 1));
-    // The keys are always here, the menu that they ask for is the card's.
+    mpForecast = new ScoreForecast(this, *mpQuickScore);
+    auto* const scores = new wxBoxSizer(wxHORIZONTAL);
+    scores->Add(mpForecast, wxSizerFlags(1).Expand());
+    scores->Add(mpQuickScore, wxSizerFlags().Border(wxALL, FromDIP(kScoreBorder)));
+    mpCardSizer->Add(scores, wxSizerFlags().Expand());
+    // The menu key arrives here, where the focus is, but the menu belongs to the card.
     mpQuickScore->Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent& event) {
         if (event.GetPosition() == wxDefaultPosition) {
             mpCardViewer->ProcessWindowEvent(event);
@@ -148,7 +197,7 @@ void StudyFrame::CreateContent() {
     mpMessageText =
         new wxStaticText(mpMessagePanel, wxID_STATIC, _("Static text"), wxDefaultPosition,
                          wxDefaultSize, wxALIGN_CENTRE, "staticText");
-    // A text stands at the top of its own area, so the middle is found by the room around it.
+    // A static text draws at the top of its area, so spacers above and below centre it.
     auto* const messageSizer = new wxBoxSizer(wxVERTICAL);
     messageSizer->AddStretchSpacer();
     messageSizer->Add(mpMessageText, wxSizerFlags().Expand().Border(wxALL, 5));
@@ -164,7 +213,7 @@ void StudyFrame::CreateContent() {
 }
 
 void StudyFrame::RestoreLayout() {
-    // Only the layout in which the viewer starts anyway is acted upon: every start opens in it.
+    // A stored "horizontal" is not restored: every start opens in the vertical layout.
     if (LowerWide(ReadStringSetting(kSettingCardLayout)) == "vertical") {
         SetCardLayout(wxVERTICAL);
     }
@@ -177,7 +226,7 @@ void StudyFrame::RebuildCover() {
 }
 
 bool StudyFrame::Show(bool show) {
-    // Without this the platform would choose the first tool.
+    // Without a focus the platform would choose the first tool of the tool bar.
     if (show && !IsShown() && mpChildFocus->IsShown()) {
         mpChildFocus->SetFocus();
     }
@@ -190,6 +239,9 @@ void StudyFrame::SetDatabase(Database* database) {
     }
     mStoreAttachment.Detach();
     mpDatabase = database;
+    if (mpCategoryList != nullptr) {
+        mpCategoryList->SetDatabase(database);
+    }
     if (database == nullptr) {
         mpScheduler.reset();
         return;
@@ -223,12 +275,14 @@ void StudyFrame::UpdateCard(bool newCard) {
         step = {card.CardId, mpScheduler->GetHistoryIndex(), IsBackVisible(), mReverseStudy};
         UpdateScoreLabels();
         UpdateScorePosition();
+        UpdateForecast();
         UpdateStatusTexts();
         UpdateSides(card);
         TellAccessibility();
     } else {
         UpdateMessage();
     }
+    UpdateBreakBar();
     if (step != mShownStep) {
         DropPresses();
         mShownStep = step;
@@ -255,6 +309,8 @@ void StudyFrame::ShowCardOrMessage(bool hasCard) {
     wxSizer* const sizer = GetSizer();
     if (sizer->IsShown(mpCardSizer) != hasCard || mpMessagePanel->IsShown() == hasCard) {
         sizer->Show(mpCardSizer, hasCard);
+        // Shows all that the sizer holds, the forecast too.
+        mpForecast->Show(hasCard && !IsCompact());
         sizer->Show(mpMessagePanel, !hasCard);
         Layout();
         TakeKeys();
@@ -262,6 +318,9 @@ void StudyFrame::ShowCardOrMessage(bool hasCard) {
 }
 
 void StudyFrame::TakeKeys() {
+    if (IsChoosingCategory()) {
+        return;
+    }
     mpChildFocus = &KeyWindow();
     if (IsActive()) {
         GiveFocus(*mpChildFocus);
@@ -284,7 +343,7 @@ void StudyFrame::UpdateMessage() {
     SetAccessibleName(*mpMessagePanel, message);
     SetAccessibleRole(*mpMessagePanel, AccessibleRole::Label);
     mpMessagePanel->Layout();
-    // Nothing is known of cards that are not there.
+    // Without a card there is no step and no count to tell.
     mpStatusBar->SetStatusText(wxString(), kStepField);
     SetReadyText(wxString());
     mServices.SetStudyMessage(message);
@@ -300,14 +359,37 @@ void StudyFrame::UpdateScoreLabels() {
     for (unsigned int i = 0; i < labels.size(); ++i) {
         mpQuickScore->SetString(i, labels[i]);
     }
-    mpQuickScore->SetToolTip(
-        _("Select a score that indicates your familiarity with this flash card."));
+    mpQuickScore->SetToolTip(SelectScoreTip());
+}
+
+void StudyFrame::UpdateForecast() {
+    ScoreLabels texts;
+    std::vector<wxString> tips;
+    if (IsBackVisible()) {
+        const ScoreLabels labels = GetScoreLabels(false);
+        for (size_t i = 0; i < texts.size(); ++i) {
+            const int score = kHighestScore - static_cast<int>(i);
+            texts.at(i) = ReturnText(mpScheduler->PredictInterval(score));
+            tips.push_back(SelectScoreTip() + "\n" + labels.at(i) + ": " + texts.at(i));
+        }
+    }
+    mpForecast->SetTexts(texts);
+    mpQuickScore->SetItemTips(IsCompact() ? tips : std::vector<wxString>());
+}
+
+wxString StudyFrame::SpokenScore() const {
+    const int position = mpQuickScore->GetSelection();
+    const wxString label = mpQuickScore->GetStringSelection();
+    const wxString returns = position == wxNOT_FOUND
+                                 ? wxString()
+                                 : mpForecast->GetTexts().at(static_cast<size_t>(position));
+    return returns.empty() ? label : label + ", " + returns;
 }
 
 void StudyFrame::UpdateScorePosition() {
     if (IsRecent()) {
         const int recorded = kHighestScore - mpScheduler->GetShownScore();
-        // A card that was never scored in this direction has no position.
+        // A card that was never scored in this direction has no recorded score.
         const int position = recorded < kScoreCount ? recorded : wxNOT_FOUND;
         mpQuickScore->SetSelection(position);
         mpQuickScore->SetMark(position);
@@ -324,7 +406,7 @@ void StudyFrame::TellAccessibility() {
         IsBackVisible() ? mpCardViewer->GetSecondText() : mpCardViewer->GetHint();
     SetAccessibleName(*mpCardViewer, mpCardViewer->GetFirstText().Left(kMostSpoken) + "\n" +
                                          second.Left(kMostSpoken));
-    SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
+    SetAccessibleName(*mpQuickScore, SpokenScore());
     SetAccessibleRole(*mpQuickScore, AccessibleRole::Button);
 }
 
@@ -349,7 +431,7 @@ void StudyFrame::UpdateSides(const FlashCard& card) {
         mpCardViewer->SetSecondText(wxString());
         mpCardViewer->SetSecondCover(mCoverBitmap);
     }
-    // The cover does not paint itself.
+    // Setting the cover does not repaint the viewer.
     mpCardViewer->Refresh();
 }
 
@@ -362,7 +444,7 @@ void StudyFrame::ShowBack() {
 }
 
 void StudyFrame::ApplySettings() {
-    mpCardViewer->SetFont(ReadFontSetting(kSettingFont));
+    mpCardViewer->SetFont(CardFont());
     mpCardViewer->SetMinSize(wxSize(-1, kLeastLines * mpCardViewer->GetCharHeight()));
     GrowToFit();
     const wxColour text = ReadColourSetting(kSettingFontColor);
@@ -399,11 +481,16 @@ void StudyFrame::SetCompactScoring(bool compact) {
         return;
     }
     mpCardSizer->SetOrientation(compact ? wxHORIZONTAL : wxVERTICAL);
+    mpForecast->Show(!compact);
     mpQuickScore->SetMargin(compact ? kCompactMargin : kNormalMargin);
     const ScoreLabels labels = GetScoreLabels(compact);
     mpQuickScore->SetItems(labels.data(), labels.size());
     if (mpScheduler == nullptr || !IsBackVisible()) {
         mpQuickScore->SetAllStrings(ShowBackLabel(compact));
+    }
+    if (HasCard()) {
+        UpdateScoreLabels();
+        UpdateForecast();
     }
     GrowToFit();
     Layout();
@@ -412,7 +499,10 @@ void StudyFrame::SetCompactScoring(bool compact) {
 }
 
 void StudyFrame::GrowToFit() {
-    // Never smaller: the viewer asks for little, and the frame has no border to pull.
+    if (IsMaximized()) {
+        return;
+    }
+    // Never smaller: the viewer asks for little, and the user may have made more room.
     wxSize size = GetSize();
     size.IncTo(GetSizer()->ComputeFittingWindowSize(this));
     size.DecTo(wxGetClientDisplayRect().GetSize());
@@ -421,6 +511,7 @@ void StudyFrame::GrowToFit() {
 
 void StudyFrame::OnChange(Subject* subject) {
     if (subject == mpDatabase && mpScheduler != nullptr) {
+        mIsOfferStale = true;
         mpScheduler->Refresh();
     } else if (subject == &mServices.GetSettingsNotifier()) {
         ApplySettings();
@@ -432,7 +523,7 @@ void StudyFrame::OnClose(wxCloseEvent& event) {
     mServices.FrameClosed(*this);
     SaveWindowPosition(kSettingStudyFramePosition, kSettingsName, *this);
     WriteStringSetting(kSettingLastWindow, "Study");
-    // The frame itself lives on until the next idle moment, the store perhaps not.
+    // The frame lives until the next idle moment, perhaps longer than the store.
     SetDatabase(nullptr);
     mSettingsAttachment.Detach();
 }
@@ -446,6 +537,12 @@ void StudyFrame::OnActivate(wxActivateEvent& event) {
         mServices.FrameActivated(*this);
         GiveFocus(*mpChildFocus);
         mpQuickScore->ResumeKeys();
+        // The card has waited meanwhile.
+        if (HasCard()) {
+            UpdateForecast();
+            mIsOfferStale = true;
+            UpdateBreakBar();
+        }
     } else {
         DropPresses();
     }
@@ -491,6 +588,7 @@ void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
     event.Skip();
     SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     RebuildCover();
+    mpBreakBar->UseColours();
     ApplySettings();
     UpdateCard(false);
 }
@@ -509,7 +607,7 @@ void StudyFrame::DoGiveHelp(const wxString& help, bool show) {
 
 void StudyFrame::OnIdle(wxIdleEvent& event) {
     event.Skip();
-    // The ready text, which is the help of the window and of all that it holds but the tools.
+    // The ready text is the help text of the window and of everything in it except the tools.
     const wxString help = GetHelpText();
     if (!mGivingHelp && mpStatusBar->GetStatusText(kReadyField) != help) {
         mpStatusBar->SetStatusText(help, kReadyField);
@@ -517,7 +615,7 @@ void StudyFrame::OnIdle(wxIdleEvent& event) {
 }
 
 void StudyFrame::OnScoreCursor(wxCommandEvent& /*event*/) {
-    SetAccessibleName(*mpQuickScore, mpQuickScore->GetStringSelection());
+    SetAccessibleName(*mpQuickScore, SpokenScore());
     if (mpScheduler != nullptr && !mpScheduler->GetCurrentCardId().IsZero() && !IsRecent()) {
         mDefaultScore = kHighestScore - mpQuickScore->GetSelection();
     }
@@ -532,8 +630,7 @@ void StudyFrame::OnScoreChosen(wxCommandEvent& event) {
         return;
     }
     if (IsRecent()) {
-        RescoreMessageBox question(this, kRescoreId, _("Rescore"), wxDefaultPosition,
-                                   wxSize(400, 300));
+        RescoreMessageBox question(this);
         if (question.ShowModal() == wxNO) {
             UpdateCard(false);
             return;

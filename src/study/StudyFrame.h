@@ -15,10 +15,14 @@
 #include "store/Subject.h"
 
 class AppServices;
+class BreakBar;
 class CardViewer;
+class CategoryList;
 class Database;
 class QuickScore;
+class ScoreForecast;
 class wxBoxSizer;
+class wxDropDownWindow;
 class wxPanel;
 class wxStaticText;
 
@@ -28,34 +32,34 @@ class wxStaticText;
 // here. At most one exists, made by the application and owned by nobody, as any frame.
 class StudyFrame : public wxFrame {
   public:
-    // Neither resizable nor minimized or maximized, whatever the style says. The services are not
-    // owned and must outlive the frame.
+    // The frame cannot be resized, minimized or maximized, whatever the style says. The services
+    // are not owned and must outlive the frame.
     StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id, const wxString& title,
                const wxPoint& position = wxDefaultPosition, const wxSize& size = wxDefaultSize,
                long style = wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL);
     ~StudyFrame() override;
 
-    // Takes over another store, with a Scheduler of its own and an empty history. The Database is
-    // not owned. Null lets go of the present one.
+    // Turns to another store, with a new Scheduler and an empty history. The Database is not owned.
+    // Null lets go of the present one.
     void SetDatabase(Database* database);
 
-    // Draws everything anew from the state of the Scheduler. newCard says that it has selected
-    // anew, so that the back is covered even when the same card came again.
+    // Shows the state of the Scheduler anew. newCard says that the Scheduler has made a new choice:
+    // the back is then covered even when it chose the same card again.
     void UpdateCard(bool newCard);
 
     // Uncovers the back of the current card.
     void ShowBack();
 
-    // Takes over font, colours and early introduction.
+    // Applies the settings for font, colours and early introduction.
     void ApplySettings();
 
     bool Show(bool show = true) override;
 
-    // Keeps what menus and the tool bar explain in the status bar until they are done.
+    // Keeps the explanation of a menu entry or a tool in the status bar until it ends.
     void DoGiveHelp(const wxString& help, bool show) override;
 
   private:
-    // Hears of changes in the store and in the settings, and hands them to the frame.
+    // Passes changes of the store and of the settings on to the frame.
     class ChangeObserver : public Observer {
       public:
         explicit ChangeObserver(StudyFrame& frame) : mFrame(frame) {}
@@ -65,7 +69,7 @@ class StudyFrame : public wxFrame {
         StudyFrame& mFrame;
     };
 
-    // Takes away the press whose release a modal window of the program gets.
+    // Drops a press that is under way when a modal window opens, since the release goes there.
     class ModalWatch : public wxModalDialogHook {
       public:
         explicit ModalWatch(StudyFrame& frame) : mFrame(frame) { Register(); }
@@ -79,15 +83,24 @@ class StudyFrame : public wxFrame {
         StudyFrame& mFrame;
     };
 
-    // Card, place in the history, whether the back is visible, and whether it is the question.
+    // A break whose bar the user has dismissed; none without an end.
+    struct DismissedBreak {
+        int32_t CategoryId = -1;
+        bool IsReverse = false;
+        wxDateTime End;
+    };
+
+    // Card, place in the history, whether the back is visible, and whether the back is the
+    // question.
     using StudyStep = std::tuple<CardUuid, int, bool, bool>;
 
-    // What a command of the menus does, and the rule by which its entry is enabled or checked.
+    // Says what a command of the menus does, and how its entry is enabled or checked.
     void AddCommand(int id, const std::function<void(bool checked)>& run,
                     const std::function<void(wxUpdateUIEvent&)>& rule);
     void AddStudyCommands();
     void AddCardCommands();
     void AddAppearanceCommands();
+    void AddTextSizeCommands();
 
     void CreateBars();
     void CreateContent();
@@ -100,33 +113,50 @@ class StudyFrame : public wxFrame {
     bool IsCompact() const;
     std::vector<int64_t> FindCurrentRow();
 
-    // A press of a key or of the mouse that is under way does nothing when it ends.
+    // Forgets a press of a key or of the mouse that is under way, so that its release does nothing.
     void DropPresses();
     void ShowCardOrMessage(bool hasCard);
-    // Where the keys go while nobody asks for them.
+    // Returns the window that gets the keys while no other asks for them.
     wxWindow& KeyWindow();
-    // The scores or the message have come and want the keys.
+    // Gives the keys to the scores or the message, whichever has just appeared.
     void TakeKeys();
     void UpdateMessage();
     void UpdateScoreLabels();
+    // Tells for each score when the card would come back, once the back is visible.
+    void UpdateForecast();
+    // What a screen reader says for the score under the cursor.
+    wxString SpokenScore() const;
     void UpdateScorePosition();
     void UpdateStatusTexts();
     void SetReadyText(const wxString& ready);
     void UpdateSides(const FlashCard& card);
-    // The controls paint themselves: what they show is told in words.
+    // Tells screen readers in words what the controls that paint themselves show.
     void TellAccessibility();
 
     void ApplyIntroduction();
     void SetCardLayout(int orientation);
     void SetCompactScoring(bool compact);
     void GrowToFit();
+    // Sets how many steps the text is larger than the font of the settings, and keeps it.
+    void SetTextStep(int32_t step);
     void OnDirection(bool reverse);
     void PutCardOnClipboard(bool cut);
     void ShowStatusBar(bool show);
     void OnChange(Subject* subject);
 
+    // The bar of the break and the way to other categories; see StudyFrameCategories.cpp.
+    bool IsBreakDismissed() const;
+    void UpdateBreakBar();
+    void DismissBreak();
+    void GoToNextDue();
+    // True while the drop-down of the categories is open and has the keys.
+    bool IsChoosingCategory() const;
+    void CreateCategories();
+    void ChooseCategory();
+
     void OnClose(wxCloseEvent& event);
     void OnActivate(wxActivateEvent& event);
+    void OnCharHook(wxKeyEvent& event);
     void OnMenuOpen(wxMenuEvent& event);
     void OnMenuClose(wxMenuEvent& event);
     void OnSetFocus(wxFocusEvent& event);
@@ -144,7 +174,7 @@ class StudyFrame : public wxFrame {
     void OnForward(wxCommandEvent& event);
     void OnExport();
     void OnEdit();
-    void OnDeleteCard();
+    void OnDelete();
 
     AppServices& mServices;
     wxToolBar* mpToolBar = nullptr;
@@ -153,7 +183,17 @@ class StudyFrame : public wxFrame {
     wxBoxSizer* mpCardSizer = nullptr;
     CardViewer* mpCardViewer = nullptr;
     QuickScore* mpQuickScore = nullptr;
-    // Holds the message, and the keys while it is shown: without a focus the toolkit drops them.
+    // Left of the scores, only while they are not compact.
+    ScoreForecast* mpForecast = nullptr;
+    BreakBar* mpBreakBar = nullptr;
+    // The offer in the bar; stale when the numbers of due cards may have changed.
+    wxString mOffer;
+    bool mIsOfferStale = true;
+    DismissedBreak mDismissedBreak;
+    // The drop-down of the categories, made when it is first opened.
+    wxDropDownWindow* mpCategories = nullptr;
+    CategoryList* mpCategoryList = nullptr;
+    // Holds the message, and the focus while it is shown: without a focus the toolkit drops keys.
     wxPanel* mpMessagePanel = nullptr;
     wxStaticText* mpMessageText = nullptr;
     Database* mpDatabase = nullptr;
@@ -164,7 +204,7 @@ class StudyFrame : public wxFrame {
     int32_t mDefaultScore = 3;
     bool mBackShown = false;
     bool mReverseStudy = false;
-    // What the window shows, for which alone a press is meant.
+    // The step on the screen. A press was meant for it alone, and is dropped when it changes.
     StudyStep mShownStep;
     // The child that last held the keyboard focus.
     wxWindow* mpChildFocus = nullptr;

@@ -2,12 +2,24 @@
 
 #include <wx/statusbr.h>
 
+#include <algorithm>
+
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
+#include "shell/Settings.h"
+#include "storefile/CategoryList.h"
 #include "study/CardViewer.h"
 
 // What the menus and their keys do in the study window.
+
+namespace {
+
+// From less than half of the size to more than ten times of it.
+constexpr int32_t kLeastTextStep = -10;
+constexpr int32_t kGreatestTextStep = 25;
+
+}  // namespace
 
 void StudyFrame::AddCommand(int id, const std::function<void(bool checked)>& run,
                             const std::function<void(wxUpdateUIEvent&)>& rule) {
@@ -23,6 +35,12 @@ void StudyFrame::AddStudyCommands() {
     AddCommand(
         ID_STUDY_FORWARD, [this](bool checked) { OnDirection(!checked); },
         [this](wxUpdateUIEvent& event) { event.Check(!mReverseStudy); });
+    AddCommand(
+        ID_CHOOSE_CATEGORY, [this](bool) { ChooseCategory(); },
+        [this](wxUpdateUIEvent& event) { event.Enable(mpScheduler != nullptr); });
+    AddCommand(
+        ID_NEXT_DUE_CATEGORY, [this](bool) { GoToNextDue(); },
+        [this](wxUpdateUIEvent& event) { event.Enable(mpScheduler != nullptr); });
     Bind(
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_STUDY);
     Bind(
@@ -34,23 +52,29 @@ void StudyFrame::AddCardCommands() {
         ID_EXPORT, [this](bool) { OnExport(); },
         [this](wxUpdateUIEvent& event) {
             // A card on show spares the count of all cards.
-            event.Enable(mServices.CanExportCards() && mpDatabase != nullptr &&
-                         (HasCard() || !mpDatabase->IsEmpty()));
+            event.Enable(mpDatabase != nullptr && (HasCard() || !mpDatabase->IsEmpty()));
         });
     AddCommand(
         wxID_OPEN, [this](bool) { OnEdit(); },
-        [this](wxUpdateUIEvent& event) { event.Enable(HasCard() && mServices.CanOpenEditor()); });
+        [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
     const auto clipboardRule = [this](wxUpdateUIEvent& event) {
-        event.Enable(HasCard() && mServices.CanPutCardsOnClipboard());
+        event.Enable(HasCard() && !IsChoosingCategory());
     };
     AddCommand(
         wxID_CUT, [this](bool) { PutCardOnClipboard(true); }, clipboardRule);
     AddCommand(
         wxID_COPY, [this](bool) { PutCardOnClipboard(false); }, clipboardRule);
     AddCommand(
-        wxID_DELETE, [this](bool) { OnDeleteCard(); },
-        [this](wxUpdateUIEvent& event) { event.Enable(HasCard()); });
-    // Taken here and dropped, so that the application's commands of text fields never run.
+        wxID_DELETE, [this](bool) { OnDelete(); },
+        [this](wxUpdateUIEvent& event) {
+            event.Enable(IsChoosingCategory() ? mpCategoryList->HasFocusedCategory() : HasCard());
+        });
+    AddCommand(
+        ID_RENAME, [this](bool) { mpCategoryList->Rename(); },
+        [this](wxUpdateUIEvent& event) {
+            event.Enable(IsChoosingCategory() && mpCategoryList->HasFocusedRow());
+        });
+    // Swallowed here, so that the application's commands for text fields never run.
     for (const int id : {wxID_UNDO, wxID_PASTE, wxID_SELECTALL}) {
         AddCommand(
             id, [](bool) {}, [](wxUpdateUIEvent& event) { event.Enable(false); });
@@ -72,6 +96,30 @@ void StudyFrame::AddAppearanceCommands() {
         [this](wxUpdateUIEvent& event) { event.Check(mpCardViewer->GetLayout() == wxVERTICAL); });
 }
 
+void StudyFrame::AddTextSizeCommands() {
+    const auto add = [this](int id, int32_t way) {
+        AddCommand(
+            id,
+            [this, way](bool) {
+                // The stored number may be any.
+                const int32_t step = std::clamp(ReadIntegerSetting(kSettingStudyTextStep),
+                                                kLeastTextStep, kGreatestTextStep);
+                SetTextStep(way == 0 ? 0
+                                     : std::clamp(step + way, kLeastTextStep, kGreatestTextStep));
+            },
+            [](wxUpdateUIEvent& event) { event.Enable(true); });
+    };
+    add(wxID_ZOOM_IN, 1);
+    add(wxID_ZOOM_OUT, -1);
+    add(wxID_ZOOM_100, 0);
+}
+
+void StudyFrame::SetTextStep(int32_t step) {
+    WriteIntegerSetting(kSettingStudyTextStep, step);
+    ApplySettings();
+    Layout();
+}
+
 void StudyFrame::OnDirection(bool reverse) {
     if (mpScheduler == nullptr) {
         return;
@@ -80,6 +128,7 @@ void StudyFrame::OnDirection(bool reverse) {
     mpCardViewer->ScrollToTop();
     if (mReverseStudy != reverse) {
         mReverseStudy = reverse;
+        mServices.SetReverseStudy(reverse);
         mpScheduler->SetDirections(reverse ? kReviewReverse : kReviewForward);
     }
 }
@@ -98,7 +147,7 @@ void StudyFrame::OnExport() {
 
 void StudyFrame::OnEdit() {
     if (HasCard()) {
-        // A copy, as an editor that opens may bring about another choice of card.
+        // A copy, since opening an editor may make the Scheduler choose another card.
         const FlashCard card = mpScheduler->GetCurrentCard();
         mServices.OpenEditor(card);
     }
@@ -111,7 +160,11 @@ void StudyFrame::PutCardOnClipboard(bool cut) {
     }
 }
 
-void StudyFrame::OnDeleteCard() {
+void StudyFrame::OnDelete() {
+    if (IsChoosingCategory()) {
+        mpCategoryList->DeleteFocused();
+        return;
+    }
     if (!HasCard()) {
         return;
     }

@@ -1,8 +1,16 @@
 #include "study/StudyTexts.h"
 
+#include <wx/button.h>
 #include <wx/intl.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
 #include <wx/statusbr.h>
 
+#include <algorithm>
+#include <cmath>
+
+#include "base/Text.h"
 #include "scheduler/Scheduler.h"
 
 ScoreLabels GetScoreLabels(bool compact) {
@@ -16,6 +24,64 @@ ScoreLabels GetScoreLabels(bool compact) {
 
 wxString ShowBackLabel(bool compact) {
     return compact ? wxString(">") : _("Show Back");
+}
+
+wxString SelectScoreTip() {
+    return _("Select a score that indicates your familiarity with this flash card.");
+}
+
+wxString IntervalText(float seconds) {
+    const IntervalInUnits interval = SplitInterval(seconds);
+    constexpr float kMost = 1e9f;
+    const auto n = static_cast<unsigned>(std::lround(std::clamp(interval.Value, 0.0f, kMost)));
+    switch (interval.Unit) {
+        case 6:
+            return wxString::Format(wxPLURAL("%u year", "%u years", n), n);
+        case 5:
+            return wxString::Format(wxPLURAL("%u month", "%u months", n), n);
+        case 4:
+            return wxString::Format(wxPLURAL("%u week", "%u weeks", n), n);
+        case 3:
+            return wxString::Format(wxPLURAL("%u day", "%u days", n), n);
+        case 2:
+            return wxString::Format(wxPLURAL("%u hour", "%u hours", n), n);
+        case 1:
+            return wxString::Format(wxPLURAL("%u minute", "%u minutes", n), n);
+        default:
+            return wxString::Format(wxPLURAL("%u second", "%u seconds", n), n);
+    }
+}
+
+wxString ReturnText(const IntervalRange& interval) {
+    // Chance divides as often as it multiplies, so the middle is that of the factors.
+    const float middle = std::sqrt(interval.Least) * std::sqrt(interval.Greatest);
+    if (std::lround(middle) <= 1) {
+        return _("at once");
+    }
+    const bool isCertain = interval.Least == interval.Greatest;
+    // Translators: %s is a length of time such as "4 days".
+    return isCertain ? IntervalText(interval.Least)
+                     : wxString::Format(_("about %s"), IntervalText(middle));
+}
+
+wxString BreakMessage(const wxDateTime& due, const wxDateTime& now) {
+    // Translators: forms of a time as strftime knows them: today, this year, and in another year.
+    const wxString form = due.IsSameDate(now)              ? _("%H:%M")
+                          : due.GetYear() == now.GetYear() ? _("%a %d %b %H:%M")
+                                                           : _("%a %d %b %Y %H:%M");
+    const auto seconds = static_cast<float>((due - now).GetSeconds().ToDouble());
+    // Translators: the first %s is a time of day or a date, the second a length of time.
+    return wxString::Format(_("Nothing is due now. Next card: %s (%s). Going on is early review."),
+                            due.Format(form), IntervalText(seconds));
+}
+
+wxString OfferText(const CategoryReady* category) {
+    if (category == nullptr) {
+        return wxString();
+    }
+    // Translators: %s is the name of a category, %i the number of its cards that are due.
+    return wxString::Format(_("Study %s (%i due)"), ShownName(category->Info.Name),
+                            category->Ready);
 }
 
 wxString StoreEmptyMessage() {
@@ -51,7 +117,7 @@ namespace {
 bool IsAsWideAsField(const wxString& text, const wxStatusBar& bar, int field) {
     wxRect rectangle;
     bar.GetFieldRect(field, rectangle);
-    // In the frame's own font, which is the one of the whole window.
+    // Measured in the frame's font, which is that of the whole window.
     return bar.GetParent()->GetTextExtent(text).GetWidth() >= rectangle.GetWidth();
 }
 
@@ -74,4 +140,54 @@ wxString StudyReadyText(Scheduler& scheduler, const wxStatusBar& bar) {
     const bool narrow = IsAsWideAsField(_("Ready for Review: 0000"), bar, kReadyField);
     return wxString::Format(narrow ? _("Ready: %i") : _("Ready for Review: %i"),
                             scheduler.GetReadyCount());
+}
+
+namespace {
+
+constexpr int kRescoreDialogId = 10052;
+constexpr int kRescoreId = 10063;
+constexpr int kOriginalScoreId = 10065;
+// Logical pixels between the parts; twice as many to the edges.
+constexpr int kBorder = 6;
+constexpr int kTextWidth = 215;
+
+}  // namespace
+
+RescoreMessageBox::RescoreMessageBox(wxWindow* parent) {
+    SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
+    wxDialog::Create(parent, kRescoreDialogId, _("Rescore"), wxDefaultPosition, wxSize(400, 300),
+                     wxDEFAULT_DIALOG_STYLE, "dialog");
+    SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
+    CreateControls();
+    GetSizer()->SetSizeHints(this);
+    Centre(wxBOTH);
+}
+
+void RescoreMessageBox::AddText(const wxString& words) {
+    auto* const text = new wxStaticText(this, wxID_STATIC, words);
+    text->Wrap(kTextWidth);
+    GetSizer()->Add(text,
+                    wxSizerFlags().Centre().Border(wxLEFT | wxRIGHT | wxTOP, FromDIP(2 * kBorder)));
+}
+
+void RescoreMessageBox::CreateControls() {
+    SetSizer(new wxBoxSizer(wxVERTICAL));
+    AddText(
+        _("You have changed the score on a flash card in your card history. If you keep the new "
+          "score the previous score will be undone and the score you have selected will be "
+          "recorded in its place.  "));
+    AddText(_("Do you want to rescore the card or leave it with its original score?"));
+
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    GetSizer()->Add(buttons, wxSizerFlags().Centre().Border(wxALL, FromDIP(2 * kBorder)));
+    auto* const rescore = new wxButton(this, kRescoreId, _("Rescore"));
+    buttons->Add(rescore, wxSizerFlags().Centre().Border(wxRIGHT, FromDIP(kBorder)));
+    auto* const original = new wxButton(this, kOriginalScoreId, _("Original Score"));
+    buttons->Add(original, wxSizerFlags().Centre());
+
+    rescore->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxYES); });
+    original->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxNO); });
+    // Enter keeps the score that was just chosen.
+    rescore->SetDefault();
+    rescore->SetFocus();
 }

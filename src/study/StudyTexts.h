@@ -1,10 +1,14 @@
 #pragma once
 
+#include <wx/datetime.h>
+#include <wx/dialog.h>
 #include <wx/string.h>
 
 #include <array>
 
 class Scheduler;
+struct CategoryReady;
+struct IntervalRange;
 class wxStatusBar;
 
 // The words of the study window, translated at the moment of the call.
@@ -13,24 +17,52 @@ constexpr int kScoreCount = 6;
 // Labels of the scores by position: the one at position p stands for score 5 - p.
 using ScoreLabels = std::array<wxString, kScoreCount>;
 ScoreLabels GetScoreLabels(bool compact);
-// What every score button reads until the back is uncovered.
+// What each score button says until the back is uncovered.
 wxString ShowBackLabel(bool compact);
+
+// The tip of the scores while the back is shown.
+wxString SelectScoreTip();
+
+// Says in how much time a card comes back, such as "4 days", "about 4 days" where chance has a part
+// in it, or "at once".
+wxString ReturnText(const IntervalRange& interval);
+
+// Says a length of time in its largest unit, such as "3 hours".
+wxString IntervalText(float seconds);
+
+// The words of the bar in break time: when the next card is due, by the local clock, and what
+// studying on means.
+wxString BreakMessage(const wxDateTime& due, const wxDateTime& now);
+// Offers a category with due cards; empty for null.
+wxString OfferText(const CategoryReady* category);
 
 // Why no card is shown, and what to do about it.
 wxString StoreEmptyMessage();
 wxString CategoryEmptyMessage();
-// For a store of one category, and for one with others to turn to.
+// For a store with one category, and for one that has others to turn to.
 wxString AllExcludedMessage();
 wxString CategoryExcludedMessage();
 
-// What the status bar of the study window says, only while there is a card. A text with numbers has
-// a wide and a narrow form. Which one is taken depends on whether a sample, the longest wide text
-// to be expected, fits its field, so that the wording does not change with the number of digits.
+// What the status bar of the study window says while there is a card. A text with numbers has a
+// wide and a narrow form. The wide form is taken when a sample of its greatest length fits the
+// field, so that the wording does not change with the number of digits.
 
 constexpr int kReadyField = 0;
 constexpr int kStepField = 1;
 
-// Which step of study this is.
+// Names the step of study.
 wxString StudyStepText(const Scheduler& scheduler, bool backShown, const wxStatusBar& bar);
-// How many cards are due, or that none is.
+// Says how many cards are due, or that none is.
 wxString StudyReadyText(Scheduler& scheduler, const wxStatusBar& bar);
+
+// Asks whether the new score of a card in the history is to replace the recorded one. ShowModal
+// returns wxYES for "Rescore" and wxNO for "Original Score"; closing it in another way returns
+// neither, and counts as "Rescore".
+class RescoreMessageBox : public wxDialog {
+  public:
+    explicit RescoreMessageBox(wxWindow* parent);
+
+  private:
+    void AddText(const wxString& words);
+    void CreateControls();
+};

@@ -8,11 +8,24 @@
 
 #include "base/Text.h"
 
+// Why this is more than a loop. The plain way measures one character more each time until the text
+// is too wide. A card of a megabyte on one line would then be measured a megabyte at a time. So the
+// cutter only looks at a bounded beginning of the rest and guesses where the line ends:
+//
+//     the line before took 40 characters
+//     -> try the word ends around character 40: "... the quick | brown"
+//     -> up to "quick" fits, up to "brown" does not: the line ends after "quick"
+//
+// Two measurements settle most lines (BreakNear). Where the guess fails, or where widths do not
+// simply grow with the text (see Slack), TakeAnywhere searches: it finds a beginning that is surely
+// too wide, halves its way down, and tests the last few lengths one by one.
+
 namespace {
 
 constexpr wchar_t kZeroWidthJoiner = L'\u200D';
 
-// Characters at which the drawing of a text would begin a new line of its own.
+// True for the characters at which the text layout below the device context starts a new line by
+// itself.
 bool IsLineSeparator(wchar_t character) {
     switch (character) {
         case L'\r':
@@ -41,28 +54,28 @@ std::wstring_view Trim(std::wstring_view text) {
     return text;
 }
 
-// The text is measured and drawn with spaces in the place of its separators.
+// Returns the text as it is measured and drawn, with spaces in place of its line separators.
 wxString ToText(std::wstring_view text) {
     std::wstring characters(text);
     std::replace_if(characters.begin(), characters.end(), IsLineSeparator, L' ');
     return wxString(characters);
 }
 
-// The second character is drawn on or into the one before it.
+// True when the second character is drawn on or into the first, such as an accent.
 bool JoinsPrevious(wchar_t previous, wchar_t character) {
     const bool isSkinTone = character >= L'\U0001F3FB' && character <= L'\U0001F3FF';
     return isSkinTone || previous == kZeroWidthJoiner || wcwidth(character) == 0;
 }
 
-// Finds how much of a text goes on its next line. The cost of a line does not depend on how much
-// text follows it.
+// Finds how much of a text goes on its next line. The cost of a line does not depend on the length
+// of the text after it.
 class LineCutter {
   public:
     LineCutter(int32_t maxWidth, const TextMeasure& measure)
         : mMaxWidth(maxWidth), mMeasure(measure) {}
 
-    // Characters of the next line: all of rest when it fits, else what the last break before the
-    // first too wide beginning leaves, else as many as fit into a word.
+    // Returns the number of characters on the next line: all of rest when it fits, else up to the
+    // last break between words that fits, else as many characters of the word as fit.
     size_t Take(std::wstring_view rest) {
         mRest = rest.substr(0, kLongestLine);
         mExtents.clear();
@@ -71,7 +84,7 @@ class LineCutter {
         return mTaken;
     }
 
-    // Extent of the first characters of the text given to Take.
+    // Returns the extent of the first characters of the text given to Take.
     wxSize Extent(size_t length) {
         const auto found = mExtents.find(length);
         if (found != mExtents.end()) {
@@ -83,8 +96,8 @@ class LineCutter {
     }
 
   private:
-    // Most lines end behind a word about where the line before did, which two measurements settle.
-    // Gives 0 for all others.
+    // Most lines end after a word about where the line before them ended, and two measurements
+    // prove it. Returns 0 for all other lines.
     size_t BreakNear(size_t guess) {
         size_t low = LastBreakBefore(guess + 1);
         for (int step = 0; step < 4 && low != 0 && !IsBlank(mRest.front()); ++step) {
@@ -105,15 +118,15 @@ class LineCutter {
         const size_t beginning = TooWideBeginning();
         const size_t tooWide = beginning == 0 ? mRest.size() + 1 : FirstTooWide(beginning);
         if (tooWide > mRest.size() && mRest.size() == length) {
-            // All of it fits, or only white space at its ends stands out.
+            // All of it fits, except perhaps white space at its ends.
             return length;
         }
         const size_t lastBreak = LastBreakBefore(tooWide);
         return lastBreak != 0 ? lastBreak : CutInWord(tooWide);
     }
 
-    // 0 when all of it fits. Otherwise the length of a beginning so wide that all of it cannot fit,
-    // and not much longer than a line.
+    // Returns 0 when all of the text fits, else the length of a beginning, not much longer than a
+    // line, that is surely too wide.
     size_t TooWideBeginning() {
         for (size_t reach = mTaken + mTaken / 4 + 32;; reach *= 2) {
             const size_t length = std::min(reach, mRest.size());
@@ -128,8 +141,8 @@ class LineCutter {
         }
     }
 
-    // How much wider a beginning may be than a longer one: an Arabic letter shrinks when it is
-    // no longer the last one, and a sequence of emojis when it becomes complete.
+    // Returns by how many pixels a longer text may be narrower than its own beginning: an Arabic
+    // letter shrinks when another one follows, and a sequence of emojis when it becomes complete.
     static int32_t Slack(std::wstring_view text, int32_t height) {
         int32_t heights = 0;
         for (const wchar_t c : text) {
@@ -143,7 +156,7 @@ class LineCutter {
         return heights * height;
     }
 
-    // Width of the first n + 1 characters without white space at the ends.
+    // Returns the width of the first n + 1 characters without white space at the ends.
     int32_t Width(size_t n) {
         size_t end = std::min(n + 1, mRest.size());
         while (end > 0 && IsBlank(mRest[end - 1])) {
@@ -155,13 +168,13 @@ class LineCutter {
         return mMeasure(ToText(Trim(mRest.substr(0, end)))).x;
     }
 
-    // The smallest n of 1 and more at which Width(n) is too wide; more than the length if there is
-    // none. Whatever is shorter than a beginning that leaves the slack free fits too, so that the
+    // Returns the smallest n from 1 at which Width(n) is too wide, or more than the length if there
+    // is none. Everything shorter than a beginning that leaves the slack free fits too, so the
     // search one by one starts there.
     size_t FirstTooWide(size_t beginning) {
         size_t n = LastWithin(mMaxWidth - mSlack, beginning) + 1;
         while (n <= mRest.size() && Width(n) <= mMaxWidth) {
-            // White space at the end does not count.
+            // White space at the end adds no width.
             do {
                 ++n;
             } while (n < mRest.size() && IsBlank(mRest[n]));
@@ -169,9 +182,9 @@ class LineCutter {
         return n;
     }
 
-    // An n up to the given one at which Width(n) is within the limit, and Width(n + 1) is not; 0
-    // when even the first one is not. Guesses from the widths measured so far, and halves when
-    // guessing is slow.
+    // Returns an n, at most high, at which Width(n) is within the limit and Width(n + 1) is not; 0
+    // when even the first character is not. Guesses from the widths measured so far, and halves the
+    // range when guessing is slow.
     size_t LastWithin(int32_t limit, size_t high) {
         size_t low = 0;
         int32_t lowWidth = 0;
@@ -196,7 +209,7 @@ class LineCutter {
         return low;
     }
 
-    // The last place where a word ends, 0 if there is none.
+    // Returns the last place before tooWide where a word ends, or 0 if there is none.
     size_t LastBreakBefore(size_t tooWide) const {
         for (size_t n = std::min(tooWide, mRest.size()) - 1; n >= 1; --n) {
             if (IsBlank(mRest[n]) && !IsBlank(mRest[n - 1])) {
@@ -206,7 +219,7 @@ class LineCutter {
         return 0;
     }
 
-    // Where the next word behind that place ends.
+    // Returns where the next word after that place ends.
     size_t NextBreak(size_t n) const {
         while (n < mRest.size() && IsBlank(mRest[n])) {
             ++n;
@@ -217,7 +230,7 @@ class LineCutter {
         return n;
     }
 
-    // Never between a character and a mark on it, unless nothing else is left.
+    // Cuts inside a word, but not between a character and a mark on it unless nothing else is left.
     size_t CutInWord(size_t tooWide) const {
         const size_t cut = tooWide <= 2 ? 1 : tooWide - 1;
         for (size_t n = cut; n >= 1; --n) {
@@ -231,17 +244,17 @@ class LineCutter {
     static constexpr wchar_t kFirstShaped = L'\u0300';
     static constexpr wchar_t kFirstIdeograph = L'\u2E80';
     static constexpr wchar_t kFirstEmoji = L'\U0001F000';
-    // More than any screen shows. Marks without width could go on for ever, and the arithmetic of
-    // the text layout below the device context would overflow.
+    // Characters, more than any screen shows on a line. Marks without width could go on for ever,
+    // and the arithmetic of the text layout below the device context would overflow.
     static constexpr size_t kLongestLine = 16384;
 
     const int32_t mMaxWidth;
     const TextMeasure& mMeasure;
     std::wstring_view mRest;
     int32_t mSlack = 0;
-    // Length of the line before, which tells where to measure first.
+    // Length of the line before, near which the next one is measured first.
     size_t mTaken = 0;
-    // The keys are lengths of the beginning.
+    // Extents of the beginnings measured so far, by their lengths.
     std::map<size_t, wxSize> mExtents;
 };
 
@@ -249,18 +262,18 @@ void AppendLine(std::wstring_view text, std::wstring_view line, wxSize extent,
                 const TextMeasure& measure, WrappedText& wrapped) {
     const std::wstring_view trimmed = Trim(line);
     if (extent.x > wrapped.MaxWidth && !trimmed.empty() && trimmed.size() < line.size()) {
-        // Only the white space of an indented text made it too wide.
+        // Only the white space around the words, such as an indent, made it too wide.
         line = trimmed;
         extent = measure(ToText(line));
     }
     wrapped.Lines.push_back({static_cast<uint32_t>(line.data() - text.data()),
                              static_cast<uint32_t>(line.size()), extent.x});
-    // A line that borrows letters from a second font is higher than others.
+    // A line with letters of a second font can be higher than others.
     wrapped.LineHeight = std::max(wrapped.LineHeight, extent.y);
 }
 
-// Moves on to the next piece that is not empty. Its length is looked for only once, as it may be
-// that of the whole text.
+// Moves on to the next piece that is not empty. Its end is looked for only once, since the piece
+// may be the whole text.
 void FindPiece(std::wstring_view text, WrappedText& wrapped) {
     wrapped.Next = std::min(text.find_first_not_of(L'\n', wrapped.Next), text.size());
     wrapped.NextPiece = std::min(text.find(L'\n', wrapped.Next), text.size());

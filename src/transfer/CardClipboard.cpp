@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Unicode.h"
 #include "exchange/Export.h"
 #include "exchange/PasteThread.h"

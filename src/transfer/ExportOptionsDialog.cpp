@@ -14,9 +14,9 @@
 
 #include <algorithm>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Text.h"
-#include "scheduler/SchedulerSources.h"
+#include "scheduler/Scheduler.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
@@ -47,7 +47,6 @@ constexpr size_t kPreviewCards = 16;
 constexpr size_t kPreviewLength = size_t{1} << 16;
 constexpr int kPreviewWidth = 360;
 constexpr int kPreviewHeight = 160;
-constexpr int kGap = 5;
 
 wxArrayString EncodingLabels() {
     wxArrayString labels;
@@ -105,18 +104,17 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, Database& database,
       mCurrentCategory(currentCategory),
       mReport(report),
       mSelectedRowIds(selectedRowIds) {
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    const wxSizerFlags row = wxSizerFlags().Expand().DoubleBorder(wxLEFT | wxRIGHT | wxTOP);
-    rows->Add(MakeOptions(), row);
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    const wxSizerFlags group = wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge));
+    rows->Add(MakeOptions(), wxSizerFlags().Expand());
     mpRange = new wxRadioBox(this, kRangeId, _("Range"), wxDefaultPosition, wxDefaultSize,
                              RangeLabels(), 1, wxRA_SPECIFY_COLS);
-    rows->Add(mpRange, row);
-    rows->Add(new wxStaticLine(this), row);
-    rows->Add(MakePreview(), wxSizerFlags(row).Proportion(1));
-    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().DoubleBorder());
+    rows->Add(mpRange, group);
+    rows->Add(new wxStaticLine(this), group);
+    rows->Add(MakePreview(), wxSizerFlags(group).Proportion(1));
+    rows->Add(MakeOkCancel(*this), group);
     mpEncoding->SetFocus();
     FitTextHeights(*this);
-    SetSizer(rows);
     mpFormatRows->ShowDelimiter();
     FitToOptions();
     CentreOnParent();
@@ -149,7 +147,7 @@ wxSizer* ExportOptionsDialog::MakeOptions() {
     });
     auto* const options = new wxBoxSizer(wxVERTICAL);
     options->Add(grid, wxSizerFlags().Expand());
-    options->Add(MakeScheduling(), wxSizerFlags().Expand().Border(wxTOP, kGap));
+    options->Add(MakeScheduling(), FormRow(*this));
     return options;
 }
 
@@ -173,8 +171,10 @@ wxSizer* ExportOptionsDialog::MakePreview() {
                                FromDIP(wxSize(kPreviewWidth, kPreviewHeight)),
                                wxTE_READONLY | wxTE_MULTILINE | wxHSCROLL);
     auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(MakeFormLabel(_("Preview"), *mpPreview));
-    rows->Add(mpPreview, wxSizerFlags(1).Expand().Border(wxTOP, kGap));
+    wxStaticText* const label = MakeFormLabel(_("Preview"), *mpPreview);
+    label->SetFont(label->GetFont().Bold());
+    rows->Add(label);
+    rows->Add(mpPreview, FormRow(*this).Proportion(1));
     return rows;
 }
 
@@ -218,10 +218,10 @@ void ExportOptionsDialog::LoadRange() {
             break;
         case kCurrentCategory:
             mDatabase.CardSelectRowIdsOrder(mCurrentCategory.GetCurrentCategoryId(mDatabase),
-                                            "IntroductionOrder", mStoredRowIds);
+                                            CardColumn::kIntroductionOrder, mStoredRowIds);
             break;
         default:
-            mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mStoredRowIds);
+            mDatabase.CardSelectRowIdsOrder(CardColumn::kCategory, mStoredRowIds);
             break;
     }
 }

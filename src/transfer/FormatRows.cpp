@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "shell/Forms.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -24,7 +25,6 @@ constexpr int kDelimitedFormat = 1;
 constexpr int kOther = static_cast<int>(std::size(FormatRows::kListed));
 
 constexpr int kOtherWidth = 40;
-constexpr int kGap = 5;
 
 wxArrayString DelimiterLabels() {
     wxArrayString labels;
@@ -81,12 +81,13 @@ void FormatRows::AddDelimiter(wxFlexGridSizer& grid, const Setup& setup) {
     mpOther = new wxTextCtrl(&mDialog, setup.OtherId, wxString(), wxDefaultPosition,
                              mDialog.FromDIP(wxSize(kOtherWidth, -1)));
     SetAccessibleName(*mpOther, setup.DelimiterLabel);
+    TextUndo::AttachTo(*mpOther);
     mpDelimiterHelp =
         MakeHelpButton(mDialog, setup.DelimiterHelpId, _("Delimiter Help"),
                        _("This setting controls the character that\nis used to separate columns."));
     auto* const field = new wxBoxSizer(wxHORIZONTAL);
     field->Add(mpDelimiter, wxSizerFlags(1).CentreVertical());
-    field->Add(mpOther, wxSizerFlags().CentreVertical().Border(wxLEFT, kGap));
+    field->Add(mpOther, wxSizerFlags().CentreVertical().Border(wxLEFT, mDialog.FromDIP(kFormGap)));
     mpDelimiterLabel =
         AddFormRow(grid, setup.DelimiterLabel, *mpDelimiter, *mpDelimiterHelp, field);
     mpDelimiterLabel->SetId(setup.DelimiterLabelId);
@@ -134,6 +135,7 @@ wxString FormatRows::CheckDelimiter() {
     const wxString typed = mpOther->GetValue();
     if (IsLineBreak(typed)) {
         mpOther->ChangeValue(wxString());
+        TextUndo::Restart(*mpOther);
     }
     return FindFault(typed);
 }

@@ -20,6 +20,7 @@
 #include "exchange/ImportJob.h"
 #include "exchange/LegacyStoreReader.h"
 #include "shell/AppServices.h"
+#include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "store/Database.h"
@@ -30,7 +31,6 @@ namespace {
 
 constexpr int kEngineDialogId = 10115;
 constexpr int kTextWidth = 230;
-constexpr int kBorder = 5;
 
 // Tells how to get the database engine that reads stores of version 1.0. ShowModal returns wxOK
 // when the user wants to try again, and wxCANCEL otherwise.
@@ -62,15 +62,14 @@ EngineDialog::EngineDialog(wxWindow* parent) : wxDialog(parent, kEngineDialogId,
     auto* const cancel = new wxButton(this, wxID_CANCEL, _("&Cancel"));
 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-    buttons->Add(retry, wxSizerFlags().Border(wxRIGHT, kBorder));
+    buttons->Add(retry, wxSizerFlags().Border(wxRIGHT, FromDIP(kFormGap)));
     buttons->Add(cancel);
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(text, wxSizerFlags().Expand().Border(wxALL, 2 * kBorder));
-    rows->Add(link, wxSizerFlags().Border(wxLEFT | wxRIGHT, 2 * kBorder));
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(text, wxSizerFlags().Expand());
+    rows->Add(link, FormRow(*this));
     rows->AddStretchSpacer();
-    rows->Add(buttons, wxSizerFlags().Centre().Border(wxALL, 2 * kBorder));
-    SetSizer(rows);
-    wxSize fitting = rows->ComputeFittingClientSize(this);
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
+    wxSize fitting = GetSizer()->ComputeFittingClientSize(this);
     fitting.IncTo(FromDIP(wxSize(400, 300)));
     SetClientSize(fitting);
     Centre();

@@ -35,8 +35,6 @@ enum : int {
     ID_PREVIEW = 10036
 };
 
-constexpr int kGap = 5;
-
 // A hostile file can have thousands of columns and megabytes in one field, with which the list
 // would stand still. Real records have a tenth of the rows, and nobody reads a longer value here.
 constexpr size_t kMostRows = 200;
@@ -79,6 +77,7 @@ ImportDialog::~ImportDialog() {
 void ImportDialog::CreateControls() {
     // The tab key follows the order in which the controls are made.
     mpPreviewLabel = new wxStaticText(this, ID_PREVIEW_LABEL, _("Preview (first card)"));
+    mpPreviewLabel->SetFont(mpPreviewLabel->GetFont().Bold());
     mpError = new wxTextCtrl(this, ID_ERROR, wxString(), wxDefaultPosition, wxDefaultSize,
                              wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
     mpError->Hide();
@@ -87,20 +86,19 @@ void ImportDialog::CreateControls() {
     mpPreview->AppendColumn(_("Name"));
     mpPreview->AppendColumn(_("Value"));
 
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    const wxSizerFlags row = wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxTOP, 2 * kGap);
-    rows->Add(CreateOptions(), row);
-    rows->Add(new wxStaticLine(this), row);
-    rows->Add(mpPreviewLabel, row);
-    rows->Add(mpError, wxSizerFlags(row).Proportion(1));
-    rows->Add(mpPreview, wxSizerFlags(row).Proportion(1));
-    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, 2 * kGap));
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    const wxSizerFlags group = wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge));
+    rows->Add(CreateOptions(), wxSizerFlags().Expand());
+    rows->Add(new wxStaticLine(this), group);
+    rows->Add(mpPreviewLabel, group);
+    rows->Add(mpError, FormRow(*this).Proportion(1));
+    rows->Add(mpPreview, FormRow(*this).Proportion(1));
+    rows->Add(MakeOkCancel(*this), group);
     // Most files are recognized, and Enter is then all that is left to do.
     FindWindow(wxID_OK)->SetFocus();
     FitTextHeights(*this);
-    SetSizer(rows);
     // Measures before the delimiter's row is hidden, so that there is room when it comes back.
-    wxSize fitting = rows->ComputeFittingClientSize(this);
+    wxSize fitting = GetSizer()->ComputeFittingClientSize(this);
     SetMinClientSize(fitting);
     fitting.IncTo(FromDIP(wxSize(400, 300)));
     SetClientSize(fitting);

@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-#include "exchange/CardAttributes.h"
+#include "exchange/CardRecord.h"
 #include "exchange/ImportJob.h"
 
 class Database;

@@ -8,8 +8,9 @@
 
 #include "base/Text.h"
 #include "base/Time.h"
-#include "exchange/ImportThread.h"
+#include "exchange/ImportJob.h"
 #include "scheduler/ReviewArithmetic.h"
+#include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "transfer/MergeDialog.h"
 #include "transfer/ProgressDialog.h"
@@ -38,13 +39,14 @@ NewCategoryDialog::NewCategoryDialog(wxWindow* parent, const wxString& categoryN
     auto* const yesToAll = new wxButton(this, wxID_YESTOALL, _("Yes to All"));
 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-    buttons->Add(yes, wxSizerFlags().Border(wxRIGHT, 5));
-    buttons->Add(yesToAll, wxSizerFlags().Border(wxRIGHT, 5));
+    const int gap = FromDIP(kFormGap);
+    buttons->Add(yes);
+    buttons->Add(yesToAll, wxSizerFlags().Border(wxLEFT | wxRIGHT, gap));
     buttons->Add(new wxButton(this, wxID_CANCEL, _("&Cancel")));
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(text, wxSizerFlags().Expand().Border(wxALL, 10));
-    rows->Add(buttons, wxSizerFlags().Centre().Border(wxLEFT | wxRIGHT | wxBOTTOM, 10));
-    SetSizerAndFit(rows);
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(text, wxSizerFlags().Expand());
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
+    GetSizer()->SetSizeHints(this);
     CentreOnParent();
 
     yes->SetDefault();

@@ -7,10 +7,10 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
-#include "base/Numbers.h"
 #include "base/Text.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -33,7 +33,6 @@ constexpr int kAlwaysDatabaseId = 10016;
 constexpr int kAlwaysImportedId = 10017;
 constexpr int kStopId = 10018;
 
-constexpr int kGap = 5;
 constexpr int kSideHeight = 60;
 
 wxString VersionName(int column) {
@@ -70,13 +69,14 @@ MergeDialog::MergeDialog(wxWindow* parent, const FlashCard& databaseCard,
     FillColumn(mDatabase, mDatabaseCard);
     FillColumn(mImported, mImportedCard);
     FillColumn(mMerged, mImportedCard);
+    TextUndo::AttachTo(*this);
     MarkDifferences();
     // Escape and the title bar ask whether to stop.
     SetEscapeId(kStopId);
 }
 
 void MergeDialog::CreateControls() {
-    auto* const grid = new wxFlexGridSizer(4, FromDIP(wxSize(kGap, kGap)));
+    auto* const grid = new wxFlexGridSizer(4, FromDIP(wxSize(kFormGap, kFormGap)));
     for (size_t column = 1; column <= 3; ++column) {
         grid->AddGrowableCol(column, 1);
     }
@@ -98,17 +98,18 @@ void MergeDialog::CreateControls() {
                 _("This card cannot be reviewed from back to front."));
     AddButtons(*grid);
 
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(grid, wxSizerFlags(1).Expand().Border(wxALL, 2 * kGap));
+    MakeFormColumn(*this)->Add(grid, wxSizerFlags(1).Expand());
     FitTextHeights(*this);
-    SetSizerAndFit(rows);
+    GetSizer()->SetSizeHints(this);
     CentreOnParent();
 }
 
 void MergeDialog::AddHead(wxFlexGridSizer& grid) {
     grid.AddSpacer(0);
     for (int column = 0; column < 3; ++column) {
-        grid.Add(new wxStaticText(this, wxID_ANY, VersionName(column)));
+        auto* const heading = new wxStaticText(this, wxID_ANY, VersionName(column));
+        heading->SetFont(heading->GetFont().Bold());
+        grid.Add(heading);
     }
 }
 
@@ -123,7 +124,10 @@ void MergeDialog::AddTextRow(wxFlexGridSizer& grid, const wxString& label,
             new wxTextCtrl(this, ids[column], wxString(), wxDefaultPosition, size, style);
         const wxString spokenName = label + ", " + VersionName(column);
         if (column == 0) {
-            grid.Add(MakeFormLabel(label, *text, spokenName), wxSizerFlags().CentreVertical());
+            // The label of a long text stands beside its first line.
+            grid.Add(MakeFormLabel(label, *text, spokenName),
+                     isMultiLine ? wxSizerFlags().Border(wxTOP, FromDIP(kFormGap) / 2)
+                                 : wxSizerFlags().CentreVertical());
         } else {
             SetAccessibleName(*text, spokenName);
         }
@@ -229,7 +233,7 @@ bool MergeDialog::ReadMerged(FlashCard& card) {
 }
 
 void MergeDialog::OnKeepMerged() {
-    // What no column shows, such as the schedules, comes from the imported version.
+    // Fields without a column, such as the schedules, come from the imported version.
     FlashCard card = mImportedCard;
     if (ReadMerged(card)) {
         Keep(card, kThisCard);

@@ -15,7 +15,7 @@ class wxTextCtrl;
 // (ImportResult::MergePolicy).
 class MergeDialog : public wxDialog {
   public:
-    // Which cards of the run the answer is for.
+    // The cards of the run that the answer applies to.
     enum Choice : int32_t { kThisCard = 0, kAlwaysImported = 1, kAlwaysDatabase = 2 };
 
     // Fills the columns, marks what differs, and starts the merged version as the imported one.

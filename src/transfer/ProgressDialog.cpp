@@ -8,8 +8,9 @@
 
 #include <algorithm>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "exchange/Worker.h"
+#include "shell/Forms.h"
 
 namespace {
 
@@ -29,10 +30,10 @@ ProgressDialog::ProgressDialog(wxWindow* parent, ProgressSource& source)
     mpGauge->SetValue(1);
     auto* const cancel = new wxButton(this, kCancelId, _("Cancel"));
 
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(mpGauge, wxSizerFlags().Expand().Border(wxALL, 10));
-    rows->Add(cancel, wxSizerFlags().Centre().Border(wxLEFT | wxRIGHT | wxBOTTOM, 10));
-    SetSizerAndFit(rows);
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(mpGauge, wxSizerFlags().Expand());
+    rows->Add(cancel, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
+    GetSizer()->SetSizeHints(this);
     Centre();
 
     SetEscapeId(kCancelId);

@@ -24,7 +24,7 @@ TEST_F(SingleInstanceTest, ASecondStartCallsTheFirstAndIsNotKeptWaiting) {
     WriteBytes(Directory() + "/velomind.socket", "");
     SingleInstance first(Directory());
     ASSERT_EQ(first.BecomeFirst(Greeting::CallToFront), Standing::First);
-    first.Listen([this] { ++mCalls; });
+    first.Listen([this](const wxString&) { ++mCalls; });
 
     SingleInstance probing(Directory());
     EXPECT_EQ(probing.BecomeFirst(Greeting::None), Standing::Second);
@@ -43,6 +43,38 @@ TEST_F(SingleInstanceTest, ASecondStartCallsTheFirstAndIsNotKeptWaiting) {
     // A cleaner of old files does not make a second start a first one.
     wxRemoveFile(Directory() + "/velomind.lock");
     EXPECT_EQ(probing.BecomeFirst(Greeting::None), Standing::Second);
+}
+
+TEST_F(SingleInstanceTest, TheCallCarriesTheTokenOfTheCallerUnlessItIsNone) {
+    SingleInstance first(Directory());
+    ASSERT_EQ(first.BecomeFirst(Greeting::None), Standing::First);
+    std::vector<wxString> tokens;
+    first.Listen([&tokens](const wxString& token) { tokens.push_back(token); });
+    const std::pair<std::string, wxString> cases[] = {
+        {"shell/Text Editor/17-0-host_TIME12", "shell/Text Editor/17-0-host_TIME12"},
+        {std::string(255, 'x'), wxString('x', 255)},
+        {std::string(256, 'x'), ""},
+        {"two\nlines", ""},
+        {"no UTF-8: \xff", ""},
+        {std::string("zero\0", 5), ""},
+        {"", ""}};
+    for (const auto& [sent, received] : cases) {
+        tokens.clear();
+        SingleInstance second(Directory(), sent);
+        ASSERT_EQ(second.BecomeFirst(Greeting::CallToFront), Standing::Second);
+        ASSERT_TRUE(WaitFor([&tokens] { return !tokens.empty(); }));
+        EXPECT_EQ(tokens.back(), received) << sent;
+    }
+}
+
+TEST_F(SingleInstanceTest, TheNewerVariableNamesTheTokenAndIsNotHandedOn) {
+    wxSetEnv("DESKTOP_STARTUP_ID", "old");
+    EXPECT_EQ(TakeActivationToken(), "old");
+    wxSetEnv("XDG_ACTIVATION_TOKEN", "new");
+    EXPECT_EQ(TakeActivationToken(), "new");
+    EXPECT_FALSE(wxGetEnv("XDG_ACTIVATION_TOKEN", nullptr));
+    wxUnsetEnv("DESKTOP_STARTUP_ID");
+    EXPECT_EQ(TakeActivationToken(), "");
 }
 
 TEST_F(SingleInstanceTest, WithoutALockOfItsOwnAProcessIsNotTheFirst) {

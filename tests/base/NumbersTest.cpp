@@ -1,4 +1,4 @@
-#include "base/Numbers.h"
+#include "base/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -101,4 +101,27 @@ TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
     EXPECT_EQ(saved, schedule);
 }
 
+TEST_F(EditSchedulePanelTest, ATimeIsToldByItsDistanceAndTheClockOnTheWall) {
+    wxSetEnv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+    tzset();
+    constexpr time_t kNow = 1795784400;  // Friday, 27 November 2026, 14:00:00 there.
+    constexpr int kDay = 86400;
+    const struct {
+        int Seconds;
+        const char* Text;
+    } cases[] = {{0, "in 0 seconds, Fri 27 Nov 14:00"},
+                 {1, "in 1 second, Fri 27 Nov 14:00"},
+                 {-119, "119 seconds ago, Fri 27 Nov 13:58"},
+                 {3 * kDay + 300, "in 3 days, Mon 30 Nov 14:05"},
+                 // In summer time, and in other years.
+                 {-35 * kDay, "5 weeks ago, Fri 23 Oct 15:00"},
+                 {40 * kDay, "in 6 weeks, Wed 06 Jan 2027 14:00"},
+                 {-20000 * kDay, "55 years ago, Thu 24 Feb 1972 14:00"}};
+    for (const auto& one : cases) {
+        EXPECT_EQ(DescribeTime(wxDateTime(kNow + one.Seconds), wxDateTime(kNow)), one.Text);
+    }
+    wxUnsetEnv("TZ");
+    tzset();
+}
+
 }  // namespace

@@ -43,7 +43,8 @@ class AccessRoad(RoadTest):
         controls = [control for control in self.look(title)
                     if control.focusable and control.name not in tools]
         reached = set()
-        for _ in range(2 * len(controls)):
+        for _ in range(3 * len(controls)):
+            self.program.settle()
             for control in controls:
                 if self.sandbox.bus.has_focus(control) and control not in reached:
                     wait_until(lambda seen=control: self.is_seen(seen), f"{control} in sight")
@@ -67,25 +68,40 @@ class AccessRoad(RoadTest):
         self.program.wait_no_window(title)
         self.program.wait_window(back)
 
-    def dialog(self, menu, entry, title, back):
-        """Opens a window by the menu, looks at it and leaves it."""
-        self.program.click(menu)
-        self.program.click(entry)
-        self.look_and_tab(title)
-        self.leave(title, back)
+    def dialogs(self, back, *rows):
+        """Opens each window by the menu, looks at it and leaves it."""
+        for menu, entry, title in rows:
+            with self.subTest(title):
+                self.program.click(menu)
+                self.program.click(entry)
+                self.look_and_tab(title)
+                self.leave(title, back)
+
+    def popups(self, back, *rows):
+        """Opens each menu over a window by its keys, looks for an entry and leaves it."""
+        for keys, entry in rows:
+            with self.subTest(keys):
+                press(*keys.split())
+                self.program.wait_text(entry)
+                press("Escape")
+                self.program.wait_no_text(entry)
+                self.program.wait_window(back)
 
     def test_windows_of_the_list(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("capitals.txt")))
         self.start()
+        self.program.wait_window(LIST_WINDOW)
+        self.popups(LIST_WINDOW, ("Menu", "Paste"),
+                    ("ctrl+f e Return alt+Down", "Search in All Categories"))
         self.look_and_tab(LIST_WINDOW)
         self.program.click("Category: Capitals")
         wait_until(lambda: ["Capitals"] == [control.name for control in
-                                            self.look_at_active("the drop-down list")],
-                   "the drop-down list")
+                                            self.look_at_active("the drop-down list")
+                                            if control.focused], "the drop-down list")
         press("Escape")
-        self.dialog("Tools", "Options...", "Options", LIST_WINDOW)
-        self.dialog("Help", "About...", "About Velomind", LIST_WINDOW)
-        self.dialog("File", "New Category", "Add Category", LIST_WINDOW)
+        self.dialogs(LIST_WINDOW, ("Tools", "Options...", "Options"),
+                     ("Help", "About...", "About Velomind"),
+                     ("File", "New Category", "Add Category"))
         press("ctrl+i")
         self.program.wait_window("Import Flashcards")
         type_text(self.sandbox.sample("french.txt"))
@@ -106,10 +122,7 @@ class AccessRoad(RoadTest):
         press("space")
         self.program.wait_no_text("The back side of this flash card is hidden")
         self.look(STUDY_WINDOW)
-        press("Menu")
-        self.program.wait_text("Paste")
-        press("Escape")
-        self.program.wait_no_text("Paste")
+        self.popups(STUDY_WINDOW, ("Menu", "Paste"))
         press("4")
         self.program.wait_text("The back side of this flash card is hidden")
         press("Left")
@@ -119,10 +132,10 @@ class AccessRoad(RoadTest):
         self.program.click("Original Score")
         self.program.wait_no_window("Rescore")
         self.program.wait_window(STUDY_WINDOW)
-        self.dialog("File", "Export...", "Export Options", STUDY_WINDOW)
-        self.dialog("Tools", "Learning Progress...", "Learning Progress", STUDY_WINDOW)
+        self.dialogs(STUDY_WINDOW, ("File", "Export...", "Export Options"),
+                     ("Tools", "Learning Progress...", "Learning Progress"))
         press("ctrl+e")
-        self.look_and_tab(EDIT_WINDOW, ("Save & New",))
+        self.look_and_tab(EDIT_WINDOW, ("Save & New", "Save & Close"))
         press("ctrl+w")
         self.program.wait_no_window(EDIT_WINDOW)
         self.program.wait_window(STUDY_WINDOW)

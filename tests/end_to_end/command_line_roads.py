@@ -4,7 +4,7 @@ import fcntl
 import os
 import unittest
 
-from driver import LIST_WINDOW, RoadTest, press
+from driver import DESKTOP, LIST_WINDOW, RoadTest, press, wait_until
 
 
 class CommandLineRoad(RoadTest):
@@ -14,7 +14,12 @@ class CommandLineRoad(RoadTest):
                                      "--add_desktop_shortcut", "1", "--add_quicklaunch_shortcut", "1")
         program.wait_window(LIST_WINDOW)
 
+        # A minimised window comes back, and in front of what was opened meanwhile.
+        DESKTOP.put_away(program.windows(LIST_WINDOW)[0])
+        program.wait_no_window(LIST_WINDOW)
         self.assertEqual(0, self.sandbox.run())
+        wait_until(lambda: any(DESKTOP.is_active(window) for window in program.windows(LIST_WINDOW)),
+                   "the window in front")
 
         words = self.sandbox.sample("french.txt")
         second = self.sandbox.start("--import", words)
@@ -23,7 +28,8 @@ class CommandLineRoad(RoadTest):
         self.assertTrue(os.path.exists(words))
         self.assertEqual(0, self.sandbox.card_count())
 
-        self.assertEqual(0, program.quit())
+        press("ctrl+q")
+        self.assertEqual(0, program.wait())
         # What the first held is free again. Several options act in one run, the import first.
         program = self.sandbox.start("--uninstall", "--messagebox", "done", "--import", words)
         program.wait_window("Message")

@@ -1,11 +1,10 @@
 """Drives the real program as a person would: windows found by their titles, keys and clicks sent to
-the X server, and the outcome read from the store file behind the program's back.
+the desktop, and the outcome read from the store file behind the program's back.
 
-Needs an X display with a window manager that tells the active window (scripts/with-display).
+Needs a display of scripts/with-display, of X or with --wayland.
 """
 
 import os
-import re
 import shutil
 import signal
 import sqlite3
@@ -17,50 +16,26 @@ import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BINARY = os.environ.get("VELOMIND_BINARY", os.path.join(ROOT, "build", "release", "velomind"))
+sys.path.insert(0, os.path.join(ROOT, "scripts"))
+
+from accessibility import AccessibilityBus  # noqa: E402  (found by the line above)
+from desktop import DESKTOP, LIMIT, run_tool, wait_until  # noqa: E402
+
 SAMPLES = os.path.join(ROOT, "samples")
 # Where a failed test leaves a picture of the screen.
 SCREENS = os.environ.get("VELOMIND_SCREENS", "")
-# Seconds that a state may take to come. Sanitizers make the program many times slower.
-LIMIT = float(os.environ.get("VELOMIND_LIMIT", "20"))
 
 LIST_WINDOW = "List - Velomind"
 STUDY_WINDOW = "Study - Velomind"
 
 
-def wait_until(condition, what, limit=None):
-    """Gives the condition's first true value; fails when it does not come within the limit."""
-    limit = LIMIT if limit is None else limit
-    end = time.monotonic() + limit
-    pause = 0.005
-    while True:
-        value = condition()
-        if value:
-            return value
-        if time.monotonic() > end:
-            raise AssertionError(f"{what}: not within {limit:g} seconds")
-        time.sleep(pause)
-        pause = min(pause * 1.5, 0.1)
-
-
-def run_tool(*command):
-    """The output of a small tool, or None when it ended with an error."""
-    done = subprocess.run(
-        command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-        timeout=60, check=False, text=True)
-    return done.stdout if done.returncode == 0 else None
-
-
 def press(*keys):
     """Presses and releases keys, by their X names, in whatever window is active."""
-    run_tool("xdotool", "key", "--delay", "4", *keys)
+    DESKTOP.press(*keys)
 
 
 def type_text(text):
-    run_tool("xdotool", "type", "--delay", "4", text)
-
-
-def take_picture(path):
-    run_tool("import", "-window", "root", path)
+    DESKTOP.type_text(text)
 
 
 def fast_directory():
@@ -88,6 +63,8 @@ class Sandbox:
         self.locale = "C.UTF-8"
         self.bus = None
         self._programs = []
+        if not DESKTOP.tells_windows:
+            self.let_read_windows()
 
     def _make(self, name):
         path = os.path.join(self.root, name)
@@ -98,7 +75,7 @@ class Sandbox:
         environment = dict(os.environ)
         environment.update(
             HOME=self.home, XDG_CONFIG_HOME=self.config, XDG_RUNTIME_DIR=self.runtime,
-            LC_ALL=self.locale, LANGUAGE=self.language, GDK_BACKEND="x11",
+            LC_ALL=self.locale, LANGUAGE=self.language,
             GSETTINGS_BACKEND="memory", NO_AT_BRIDGE="1")
         if self.bus:
             environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address
@@ -193,21 +170,22 @@ class Program:
         self._sandbox = sandbox
         with open(self._error_path, "wb") as errors:
             self.process = subprocess.Popen(
-                [BINARY, *arguments], env=sandbox.environment(),
-                cwd=sandbox.root, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
+                [BINARY, *arguments],
+                env={**sandbox.environment(), **DESKTOP.launch_environment()}, cwd=sandbox.root, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
 
     def error_text(self):
         with open(self._error_path, encoding="utf-8", errors="replace") as file:
             return file.read()
 
     def windows(self, title):
-        """Ids of the visible windows of this run with exactly that title."""
-        found = run_tool(
-            "xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.process.pid),
-            "--name", f"^{re.escape(title)}$")
-        return found.split() if found else []
+        """Ids of the visible windows of this run with that title."""
+        return self._desk().windows(self.process.pid, title)
 
-    def _settle(self):
+    def _desk(self):
+        """What tells of the windows."""
+        return DESKTOP if DESKTOP.tells_windows else self._sandbox.bus
+
+    def settle(self):
         """Waits until nothing is left to do, as the toolkit makes the keys of labels work when it is
         idle first; a second at most, for windows that never rest."""
         def look():
@@ -235,10 +213,10 @@ class Program:
             if not windows:
                 return None
             window = windows[-1]
-            if (run_tool("xdotool", "getactivewindow") or "").strip() == window:
-                self._settle()
+            if self._desk().is_active(window):
+                self.settle()
                 return window
-            run_tool("xdotool", "windowactivate", window)
+            self._desk().activate(window)
             return None
         return wait_until(active, f"window “{title}”", limit)
 
@@ -267,25 +245,38 @@ class Program:
         """Each Control that the active window shows; asks for let_read_windows."""
         return self._sandbox.bus.controls(self.process.pid)
 
-    def click(self, label):
+    def click(self, label, times=1):
         """Clicks the button, menu or entry of that label; asks for let_read_windows."""
-        x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
-                          f"“{label}” to click at")
-        run_tool("xdotool", "mousemove", str(x), str(y), "click", "1")
+        node, x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),
+                                f"“{label}” to click at")
+        self.settle()
+        if DESKTOP.tells_windows:
+            DESKTOP.click(x, y, times=times)
+        else:
+            self._press_control(label, node)
+
+    def _press_control(self, label, node):
+        """Presses a button, menu or entry by the keys, where the pointer cannot find it."""
+        role = self._sandbox.bus.role(node)
+        step, last = {"menu": ("alt+" + label[0].lower(), None),
+                      "menu item": ("Down", "Return")}.get(role, ("Tab", "space"))
+        for _ in range(50):
+            self.settle()
+            if self._sandbox.bus.is_chosen(node):
+                press(*[last] if last else [])
+                return
+            press(step)
+        raise AssertionError(f"“{label}” is not reached by {step}")
 
     def click_at(self, title, across, down):
         """Clicks a window at parts of its width and height."""
-        window = self.wait_window(title)
-        shape = dict(line.split("=") for line in
-                     run_tool("xdotool", "getwindowgeometry", "--shell", window).split())
-        run_tool("xdotool", "mousemove", "--window", window,
-                 str(int(int(shape["WIDTH"]) * across)), str(int(int(shape["HEIGHT"]) * down)),
-                 "click", "1")
+        left, top, width, height = DESKTOP.place(self.wait_window(title))
+        DESKTOP.click(left + int(width * across), top + int(height * down))
 
     def close(self, title):
-        """Closes a window by the window manager's own key."""
+        """Closes a window by the window manager's own key, or else by the program's."""
         self.wait_window(title)
-        press("alt+F4")
+        press("alt+F4" if DESKTOP.tells_windows else "ctrl+w")
 
     def wait(self, limit=None):
         """Waits for the end of the program and gives its exit code."""
@@ -312,144 +303,6 @@ class Program:
         self.process.wait()
 
 
-class Control:
-    """One node of what a window tells: its role, its name, whether it takes the focus, and the part
-    of the window that scrolls with it inside, or else the window."""
-
-    def __init__(self, role, name, state, node, pane):
-        self.role, self.name, self.node, self.pane = role, name, node, pane
-        # One that is switched off takes no focus.
-        self.focusable = bool(state >> 11 & 1 and state >> 24 & 1)
-        self.focused = bool(state >> 12 & 1)
-
-    def __repr__(self):
-        return f"{self.role} “{self.name}”"
-
-
-class AccessibilityBus:
-    """A session bus of its own, through which the toolkit tells what its windows show."""
-
-    _ROOT = "/org/a11y/atspi/accessible/root"
-    _STATE_ACTIVE = 1
-    _STATE_FOCUSED = 12
-    _STATE_SHOWING = 25
-    _CLICKED = ("push button", "menu", "menu item")
-    _ACCESSIBLE = "org.a11y.atspi.Accessible"
-
-    def __init__(self, environment):
-        environment = dict(environment)
-        environment.pop("DBUS_SESSION_BUS_ADDRESS", None)
-        self._daemon = subprocess.Popen(
-            ["dbus-daemon", "--session", "--print-address", "--nofork", "--nopidfile"],
-            env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-            stderr=subprocess.DEVNULL, text=True)
-        self.address = self._daemon.stdout.readline().strip()
-        answer = wait_until(
-            lambda: run_tool(
-                "dbus-send", f"--bus={self.address}", "--print-reply=literal",
-                "--dest=org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"),
-            "accessibility bus")
-        self._bus = answer.strip()
-
-    def _call(self, name, path, method, *arguments):
-        return run_tool(
-            "dbus-send", f"--bus={self._bus}", "--print-reply", f"--dest={name}", path, method,
-            *arguments) or ""
-
-    def _children(self, node):
-        return re.findall(r'string "(:[^"]+)"\s+object path "([^"]+)"',
-                          self._call(*node, self._ACCESSIBLE + ".GetChildren"))
-
-    def _name(self, node):
-        reply = self._call(*node, "org.freedesktop.DBus.Properties.Get",
-                           "string:" + self._ACCESSIBLE, "string:Name")
-        found = re.search(r'variant\s+string "(.*)"\s*$', reply, re.DOTALL)
-        return found.group(1) if found else ""
-
-    def _text(self, node):
-        if "org.a11y.atspi.Text" not in self._call(*node, self._ACCESSIBLE + ".GetInterfaces"):
-            return ""
-        reply = self._call(*node, "org.a11y.atspi.Text.GetText", "int32:0", "int32:-1")
-        found = re.search(r'string "(.*)"\s*$', reply, re.DOTALL)
-        return found.group(1) if found else ""
-
-    def _process(self, name):
-        reply = self._call("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                           "org.freedesktop.DBus.GetConnectionUnixProcessID", "string:" + name)
-        found = re.search(r"uint32 (\d+)", reply)
-        return int(found.group(1)) if found else 0
-
-    def _state(self, node):
-        reply = self._call(*node, self._ACCESSIBLE + ".GetState")
-        bits = re.findall(r"uint32 (\d+)", reply)
-        return int(bits[0]) if bits else 0
-
-    def _role(self, node):
-        reply = self._call(*node, self._ACCESSIBLE + ".GetRoleName")
-        found = re.search(r'string "(.*)"', reply)
-        return found.group(1) if found else ""
-
-    def _has(self, node, state):
-        return bool(self._state(node) >> state & 1)
-
-    def _walk(self, node):
-        if self._has(node, self._STATE_SHOWING):
-            yield node
-            for child in self._children(node):
-                yield from self._walk(child)
-
-    def _windows(self, process):
-        for application in self._children(("org.a11y.atspi.Registry", self._ROOT)):
-            if self._process(application[0]) == process:
-                yield from self._children(application)
-
-    def _nodes(self, process):
-        for window in self._windows(process):
-            yield from self._walk(window)
-
-    def controls(self, process):
-        return [control for window in self._windows(process)
-                if self._has(window, self._STATE_ACTIVE)
-                for control in self._controls(window, window, window)]
-
-    def _controls(self, node, pane, window):
-        state, role = self._state(node), self._role(node)
-        if state >> self._STATE_SHOWING & 1:
-            yield Control(role, self._name(node), state, node, pane)
-            if role == "scroll pane" and pane == window:
-                pane = node
-            for child in self._children(node):
-                yield from self._controls(child, pane, window)
-
-    def has_focus(self, control):
-        return self._has(control.node, self._STATE_FOCUSED)
-
-    def read(self, process):
-        texts = []
-        for node in self._nodes(process):
-            texts += dict.fromkeys(text for text in (self._name(node), self._text(node)) if text)
-        return texts
-
-    def place(self, node):
-        """Left, top, width and height on the screen."""
-        reply = self._call(*node, "org.a11y.atspi.Component.GetExtents", "uint32:0")
-        return [int(number) for number in re.findall(r"int32 (-?\d+)", reply)]
-
-    def find(self, process, label):
-        """The middle of what a click on that label is to hit, or None."""
-        for node in self._nodes(process):
-            if self._role(node) in self._CLICKED and self._name(node) == label:
-                place = self.place(node)
-                if len(place) == 4 and place[2] > 0 and place[3] > 0:
-                    return place[0] + place[2] // 2, place[1] + place[3] // 2
-        return None
-
-    def close(self):
-        self._daemon.terminate()
-        self._daemon.wait()
-        self._daemon.stdout.close()
-
-
 class RoadTest(unittest.TestCase):
     """A test with a sandbox of its own; leaves a picture of the screen when it fails."""
 
@@ -461,5 +314,5 @@ class RoadTest(unittest.TestCase):
         failed = any(test is self for test, _ in outcome.failures + outcome.errors)
         if failed and SCREENS:
             os.makedirs(SCREENS, exist_ok=True)
-            take_picture(os.path.join(SCREENS, f"{self.id()}.png"))
+            DESKTOP.take_picture(os.path.join(SCREENS, f"{self.id()}.png"))
         self.sandbox.close()

@@ -43,7 +43,7 @@ class EditRoad(RoadTest):
 
         # The third is on show. Its editor stays open while it is scored, and the score stays.
         press("ctrl+e")
-        program.wait_window(EDIT_WINDOW)
+        program.wait_window(EDIT_WINDOW + " - tres")
         program.wait_window(STUDY_WINDOW)
         press("space", "3")
         wait_until(lambda: self.sandbox.query(scored)[2:] == [("tres",)], "the score of tres")
@@ -84,6 +84,58 @@ class EditRoad(RoadTest):
                 "SELECT Introduced, LastScore, RIntroduced, RDifficulty FROM Cards"
                 " WHERE Front = 'tres'"))
         self.sandbox.check_store()
+
+    def test_what_was_typed_is_taken_back_and_made_again(self):
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+n")
+        program.wait_window(EDIT_WINDOW)
+        self.write("uno due tre", "one two three")
+        # Each field has its own history; the menu and the keys do the same.
+        # A menu has to be gone before the next key.
+        for keys in (("ctrl+z", "ctrl+z", "ctrl+z", "ctrl+shift+z", "ctrl+y", "alt+e"), ("u",),
+                     ("shift+Tab", "End", "ctrl+z", "ctrl+z", "alt+e"), ("e",), ("ctrl+z",)):
+            press(*keys)
+            program.settle()
+        type_text("dos")
+        # A selection that is cut and pasted elsewhere comes back in two steps.
+        press("ctrl+a", "ctrl+x", "ctrl+v")
+        # The clipboard's text comes a moment later.
+        program.settle()
+        press("ctrl+z", "ctrl+z")
+        press("alt+Return")
+        self.wait_cards(1)
+        # The next card is another text, with nothing to take back.
+        type_text("x")
+        press("ctrl+z", "ctrl+z")
+        press("ctrl+Return")
+        program.wait_no_window(EDIT_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual([("uno dos", "one", 1, "Default")], self.sandbox.query(CARDS))
+
+    def test_the_editor_tells_when_a_card_comes_and_is_left_by_its_tool(self):
+        self.sandbox.let_read_windows()
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+2")
+        program.wait_window(STUDY_WINDOW)
+        press("space", "4")
+        scored = "SELECT Front FROM Cards WHERE Introduced = 1"
+        front, = wait_until(lambda: self.sandbox.query(scored), "the score")[0]
+        press("ctrl+1")
+        program.wait_window(LIST_WINDOW)
+        press("Home", "ctrl+e")
+        program.wait_window(f"{EDIT_WINDOW} - {front}")
+        for text in ("Forward review schedule", "Reverse review schedule", "in 4 hours, "):
+            program.wait_text(text)
+        press("alt+b", "ctrl+End")
+        type_text("!")
+        program.click("Save & Close")
+        program.wait_no_window(EDIT_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual([("hello, good day!",)], self.sandbox.query(
+            "SELECT Back FROM Cards WHERE Front = ?", front))
 
     def change_main_window(self, program, key, old, new):
         press(key)

@@ -5,12 +5,8 @@ import subprocess
 import unittest
 from unittest import mock
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, type_text, wait_until
-
-
-def clipboard():
-    """What another program gets from the clipboard as text; None for nothing."""
-    return run_tool("xclip", "-o", "-selection", "clipboard")
+from driver import (DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text,
+                    wait_until)
 
 
 class ExportRoad(RoadTest):
@@ -22,7 +18,7 @@ class ExportRoad(RoadTest):
         program.wait_window(STUDY_WINDOW)
 
         press("ctrl+c")
-        copied = wait_until(clipboard, "text on the clipboard")
+        copied = wait_until(DESKTOP.clipboard, "text on the clipboard")
         names, values = (line.split("\t") for line in copied.splitlines())
         card = dict(zip(names, values))
         self.assertEqual(("一", "いち", "one"), (card["Front"], card["Front2"], card["Back"]))
@@ -44,7 +40,7 @@ class ExportRoad(RoadTest):
 
         # Row ids mean nothing once the program has ended.
         self.assertEqual(0, program.quit())
-        self.assertIsNone(clipboard())
+        self.assertIsNone(DESKTOP.clipboard())
 
     def test_copies_of_all_cards_of_the_list(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
@@ -52,7 +48,7 @@ class ExportRoad(RoadTest):
         program = self.sandbox.start()
         program.click_at(LIST_WINDOW, 0.6, 0.4)
         press("ctrl+a", "ctrl+c")
-        wait_until(lambda: len((clipboard() or "").splitlines()) == count + 1, "all cards as text")
+        wait_until(lambda: len((DESKTOP.clipboard() or "").splitlines()) == count + 1, "all cards as text")
         press("ctrl+v")
         wait_until(lambda: self.sandbox.card_count() == 2 * count, "copies of all cards")
         program.wait_no_window("Progress")
@@ -75,7 +71,7 @@ class ExportRoad(RoadTest):
         press("Return")
         program.click_at(LIST_WINDOW, 0.6, 0.4)
         press("ctrl+a", "ctrl+c")
-        found = wait_until(clipboard, "text on the clipboard")
+        found = wait_until(DESKTOP.clipboard, "text on the clipboard")
         self.assertEqual(["MIT"], [line.split("\t")[1] for line in found.splitlines()[1:]])
         press("ctrl+i")
         program.wait_window("Import Flashcards")

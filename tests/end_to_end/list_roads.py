@@ -1,5 +1,7 @@
 """A person finds, opens, deletes and moves cards in the list by the keys alone, and names categories."""
 
+import os
+import re
 import unittest
 
 from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
@@ -30,6 +32,11 @@ class ListRoad(RoadTest):
     def wait_cards(self, cards):
         wait_until(lambda: self.sandbox.query(CARDS) == [(cards,)], cards)
 
+    def wait_focus(self, name):
+        """Waits until what has the focus is called so."""
+        wait_until(lambda: [name] == [control.name for control in self.program.controls()
+                                      if control.focused], f"the focus on {name}")
+
     def test_the_keys_always_have_a_card(self):
         # At the start, after a search with one card, after a window and a menu above the list.
         for window, keys in ((EDIT_WINDOW, "Return"), (EDIT_WINDOW, "ctrl+e"),
@@ -47,14 +54,54 @@ class ListRoad(RoadTest):
         self.wait_cards("d1 e2")
 
     def test_cards_move_by_the_keys(self):
-        press("ctrl+x", "shift+Tab", "shift+Tab", "Return")
-        wait_until(lambda: ["1"] == [control.name for control in self.program.controls()
-                                     if control.focusable], "the drop-down list")
+        press("ctrl+x", "alt+Down")
+        self.wait_focus("1")
         press("Down", "Return", "ctrl+v")
         self.wait_cards("a2 b1 c1 d1 e2")
         self.program.wait_no_window("Progress")
         self.program.wait_window(LIST_WINDOW)
         self.open_and_leave(DELETE_BOX, "Delete")
+
+    def test_the_categories_open_over_the_list_and_go_again(self):
+        for close in (lambda: press("Escape"), lambda: self.program.click_at(LIST_WINDOW, .5, .9),
+                      lambda: press("Return"), lambda: self.program.click("Category: 1")):
+            press("alt+Down")
+            self.wait_focus("1")
+            close()
+            wait_until(lambda: "1" not in [control.name for control in self.program.controls()],
+                       "the end of the list of categories")
+            press("ctrl+f", "Escape")
+        # What is pressed goes where the focus was before.
+        press("alt+Down", "Escape")
+        self.open_and_leave(EDIT_WINDOW, "Return")
+
+    def test_a_search_in_all_categories_finds_a_card_and_is_offered_again(self):
+        press("ctrl+f", "alt+Down", "Up", "Return", "e", "Return", "Down")
+        self.open_and_leave(DELETE_BOX, "Delete", "Return")
+        self.wait_cards("a1 b1 c1 d1")
+        self.program.wait_text("Nothing here matches the search")
+        press("ctrl+f", "Delete", "alt+Down", "Down", "Return", "Down")
+        self.program.wait_text("Nothing here matches the search")
+        press("ctrl+f", "Escape")
+        self.program.wait_no_text("Nothing here matches the search")
+        self.open_and_leave(DELETE_BOX, "Down Delete", "Return")
+        self.wait_cards("b1 c1 d1")
+
+    def test_columns_are_chosen_by_the_keys_and_kept(self):
+        def shown():
+            with open(os.path.join(self.sandbox.config, "Velomind.conf"), encoding="utf-8") as file:
+                return re.findall("^CardListShown=(.*)$", file.read(), re.MULTILINE)
+        press("ctrl+shift+c", "Down", "Down", "Return")
+        wait_until(lambda: shown() == ["Author,Category"], "the author shown")
+        self.assertEqual(0, self.program.quit())
+        self.program = self.sandbox.start()
+        self.program.wait_window(LIST_WINDOW)
+        press("ctrl+shift+c", "Down", "Down", "Return")
+        wait_until(lambda: shown() == ["Category"], "the author hidden")
+
+    def test_the_study_button_studies(self):
+        self.program.click("Study")
+        self.program.wait_window(STUDY_WINDOW)
 
     def answer_blank_first(self, title, name):
         self.program.wait_window(title)
@@ -72,6 +119,19 @@ class ListRoad(RoadTest):
         self.answer_blank_first("Rename Category", "4")
         self.wait_cards("a4 b4 c4 d4 e2")
         self.assertEqual([(3,)], self.sandbox.query("SELECT Name FROM Categories WHERE Id > 1"))
+
+
+class EmptyListRoad(RoadTest):
+    def test_the_first_start_says_what_to_do(self):
+        self.sandbox.let_read_windows()
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        program.wait_text("Ctrl+N writes a card, Ctrl+I imports a list.")
+        press("ctrl+n")
+        program.wait_window(EDIT_WINDOW)
+        press("a", "Tab", "b", "ctrl+Return")
+        wait_until(lambda: self.sandbox.card_count() == 1, "the card")
+        program.wait_no_text("Ctrl+N writes a card")
 
 
 if __name__ == "__main__":

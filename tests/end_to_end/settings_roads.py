@@ -2,14 +2,15 @@
 
 import os
 import shutil
+import time
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+from driver import DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, wait_until
 
 KEYS = ("Font", "FontColor", "StudyBgColor", "BrowseFont", "CardLayout", "CompactScoring", "LastWindow",
         "EarlyIntroduction", "EarlyIntroductionInterval", "CurrentCategoryId", "CardListColumns",
-        "ImportDialogColumnWidths", "QuickHelp", "Test", "StudyFramePosition", "EditFramePosition",
-        "BrowseFramePosition", "ImportDialogPosition")
+        "ImportDialogColumnWidths", "QuickHelp", "Test", "StudyFramePosition", "StudyFrameSize",
+        "EditFramePosition", "BrowseFramePosition", "BrowseFrameSize", "ImportDialogPosition")
 WARNING = "Velomind Warning"
 
 
@@ -57,6 +58,54 @@ class SettingsRoad(RoadTest):
             program.wait_no_window(WARNING)
         self.study(program)
         self.assertEqual([], program.windows(WARNING), "told once")
+        self.assertEqual(0, program.quit())
+
+
+@unittest.skipUnless("DISPLAY" in os.environ, "Wayland tells no places")
+class PlaceRoad(RoadTest):
+    def place(self, window):
+        return run_tool("xdotool", "getwindowgeometry", window).split("\n", 1)[1]
+
+    def wait_place(self, window, place):
+        wait_until(lambda: self.place(window) == place, "the place " + place)
+
+    def toggle_maximised(self, window, maximised):
+        # The program takes the first moments of a window for the window manager's own doing.
+        settled = time.monotonic() + 0.5
+        wait_until(lambda: time.monotonic() > settled, "a settled window")
+        run_tool("xdotool", "mousemove", "--window", window, "100", "-10",
+                 "click", "--repeat", "2", "--delay", "40", "1")
+        self.wait_maximised(window, maximised)
+
+    def wait_maximised(self, window, maximised):
+        wait_until(lambda: ("MAXIMIZED" in run_tool("xprop", "-id", window, "_NET_WM_STATE")) == maximised,
+                   f"maximised {maximised}")
+
+    @unittest.skipUnless(DESKTOP.has_places, "windows have no places here")
+    def test_windows_come_back_as_they_were(self):
+        self.sandbox.set_setting("BrowseFramePosition", "60,70,700,500")
+        program = self.sandbox.start()
+        window = program.wait_window(LIST_WINDOW)
+        self.assertIn("700x500", self.place(window))
+        run_tool("xdotool", "windowsize", "--sync", window, "800", "600")
+        places = {LIST_WINDOW: self.place(window)}
+        press("ctrl+2")
+        places[STUDY_WINDOW] = self.place(program.wait_window(STUDY_WINDOW))
+        self.assertEqual(0, program.quit())
+        for _ in range(2):
+            program = self.sandbox.start()
+            for key, title in (("ctrl+1", LIST_WINDOW), ("ctrl+2", STUDY_WINDOW)) * 2:
+                press(key)
+                self.wait_place(program.wait_window(title), places[title])
+            self.assertEqual(0, program.quit())
+        program = self.sandbox.start()
+        self.toggle_maximised(program.wait_window(LIST_WINDOW), True)
+        self.assertEqual(0, program.quit())
+        program = self.sandbox.start()
+        window = program.wait_window(LIST_WINDOW)
+        self.wait_maximised(window, True)
+        self.toggle_maximised(window, False)
+        self.wait_place(window, places[LIST_WINDOW])
         self.assertEqual(0, program.quit())
 
 

@@ -1,5 +1,9 @@
 """A person studies: cards scored by keys, a score taken back, and all of it there the next day."""
 
+import contextlib
+import os
+import sqlite3
+import time
 import unittest
 
 from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
@@ -76,6 +80,116 @@ class StudyRoad(RoadTest):
         program.wait_no_text(HIDDEN)
         press("5")
         wait_until(self.introduced, "a card scored 5")
+        self.assertEqual(0, program.quit())
+
+    def import_two(self):
+        """French, and then Japanese, which is current."""
+        self.sandbox.let_read_windows()
+        for words in ("french.txt", "japanese.txt"):
+            self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample(words)))
+        self.sandbox.set_setting("CurrentCategoryId", 1)
+
+    def setting(self, key):
+        with open(os.path.join(self.sandbox.config, "Velomind.conf"), encoding="utf-8") as file:
+            lines = dict(line.rstrip("\n").partition("=")[::2] for line in file)
+        return lines.get(key)
+
+    def end_the_day(self, due):
+        """Lets the next card of each category fall due tomorrow, but so many of the first one are due."""
+        now = int(time.time())
+        with contextlib.closing(sqlite3.connect(self.sandbox.store)) as store, store:
+            store.execute("UPDATE Cards SET Introduced = 1, LastReview = ?, ReviewInterval = 90000, "
+                          "NextReview = ?", (now - 3600, now + 86400))
+            store.execute("UPDATE Cards SET ReviewInterval = 60, NextReview = ? WHERE ROWID IN "
+                          "(SELECT ROWID FROM Cards WHERE CategoryId = 0 LIMIT ?)", (now - 3540, due))
+
+    def test_each_score_tells_when_the_card_comes_back(self):
+        self.import_two()
+        program = self.study()
+        press("space")
+        program.wait_text("3 - Pass (with difficulty), 60 minutes")
+        press("Up", "Up")
+        program.wait_text("5 - Pass (no hesitation), 16 hours")
+        press("Return")
+        rows = wait_until(lambda: self.sandbox.query(
+            "SELECT ReviewInterval FROM Cards WHERE Introduced = 1"), "a card scored 5")
+        self.assertEqual([(16 * 3600.0,)], rows)
+        self.assertEqual(0, program.quit())
+
+    def test_a_double_click_on_show_back_scores_nothing(self):
+        self.import_two()
+        program = self.study()
+        program.wait_text(HIDDEN)
+        program.click("Show Back", times=2)
+        program.wait_no_text(HIDDEN)
+        self.assertEqual([4], list(self.score_shown(4).values()))
+        self.assertEqual(0, program.quit())
+
+    def score_shown(self, digit):
+        """Scores the card whose back is shown; gives the scores of all cards."""
+        before = self.introduced()
+        press(str(digit))
+        return wait_until(lambda: (now := self.introduced()) != before and now, "the score")
+
+    def test_the_end_of_the_day_is_told_and_another_category_offered(self):
+        self.import_two()
+        self.end_the_day(due=7)
+        program = self.study()
+        program.wait_text("Nothing is due now.")
+        program.wait_text("Study French (7 due)")
+        # The keys still score, and the bar stays.
+        reviewed = "SELECT COUNT(*) FROM Cards WHERE LastReview > 1 + (SELECT MIN(LastReview) FROM Cards)"
+        press("space", "4")
+        wait_until(lambda: self.sandbox.query(reviewed) == [(1,)], "an early review")
+        program.wait_text("Nothing is due now.")
+        press("Escape")
+        program.wait_no_text("Nothing is due now.")
+        press("space", "4")
+        wait_until(lambda: self.sandbox.query(reviewed) == [(2,)], "another early review")
+        self.assertFalse([line for line in program.read() if "Nothing is due now." in line])
+        press("ctrl+d")
+        program.wait_text("bonjour")
+        self.assertEqual(0, program.quit())
+
+    def test_the_bar_leads_to_the_category_that_it_offers(self):
+        self.import_two()
+        self.end_the_day(due=3)
+        program = self.study()
+        program.wait_text("Nothing is due now.")
+        program.click("Study French (3 due)")
+        program.wait_text("bonjour")
+        press("space")
+        program.wait_no_text(HIDDEN)
+        self.assertEqual(0, program.quit())
+
+    def test_a_category_is_chosen_without_the_list(self):
+        self.import_two()
+        self.end_the_day(due=5)
+        program = self.study()
+        program.wait_text("Nothing is due now.")
+        press("alt+Down")
+        program.wait_text("Japanese")
+        press("Up")
+        program.wait_text("French (5/0)")
+        press("Return")
+        program.wait_no_text("French (5/0)")
+        program.wait_text("bonjour")
+        # The scores have the keys again.
+        press("space")
+        program.wait_no_text(HIDDEN)
+        self.assertEqual(0, program.quit())
+
+    def test_the_size_of_the_text_is_kept(self):
+        self.import_two()
+        program = self.study()
+        press("ctrl+plus", "ctrl+KP_Add", "ctrl+plus", "ctrl+minus")
+        wait_until(lambda: self.setting("StudyTextStep") == "2", "larger text")
+        self.assertEqual(0, program.quit())
+        program = self.study()
+        press("ctrl+plus")
+        wait_until(lambda: self.setting("StudyTextStep") == "3", "still larger text")
+        press("ctrl+0")
+        wait_until(lambda: self.setting("StudyTextStep") == "0", "the usual size")
         self.assertEqual(0, program.quit())
 
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/Unicode.h"
 #include "exchange/ReaderTexts.h"
 
 using namespace std::string_literals;
@@ -45,6 +46,10 @@ TEST(CharSource, DecodesEveryFileToItsEnd) {
     };
     for (const auto& [what, bytes, text] : cases) {
         EXPECT_EQ(Characters(bytes), text) << what;
+        if (bytes.compare(0, kMark.size(), kMark) == 0) {
+            // What the clipboard and the store decode comes out like what a file holds.
+            EXPECT_EQ(FromUtf8(bytes.substr(kMark.size())), text) << what;
+        }
     }
 }
 

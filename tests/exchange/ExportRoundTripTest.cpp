@@ -84,7 +84,7 @@ struct ExportRoundTripTest : ImportFixture {
     }
     void SelectRows() {
         mRowIds.clear();
-        mDatabase.CardSelectRowIdsOrder("CategoryId,IntroductionOrder", mRowIds);
+        mDatabase.CardSelectRowIdsOrder(CardColumn::kCategory, mRowIds);
     }
 
     Strings Cards() {

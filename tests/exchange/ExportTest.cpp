@@ -27,7 +27,7 @@ struct ExportTest : StoreFixture {
         Insert(bare);
         // Any number but 0 stands for a set box.
         mDatabase.Execute("UPDATE Cards SET ReverseX = 2 WHERE ReverseX = 1");
-        EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("CategoryId DESC", mRowIds), 0);
+        EXPECT_EQ(mDatabase.CardSelectRowIdsOrder({CardColumn::kCategory, true}, mRowIds), 0);
     }
 
     std::string Text(ExportFormat format, bool scheduling) {

@@ -1,12 +1,11 @@
 // An import on its worker thread, with the main thread answering its questions.
 
-#include "exchange/ImportThread.h"
+#include "exchange/ImportJob.h"
 
 #include <chrono>
 #include <deque>
 
 #include "exchange/ImportFixture.h"
-#include "exchange/ImportJob.h"
 
 namespace {
 

@@ -8,8 +8,16 @@ struct BrowseFrameTest : ListTest {
         }
         return texts;
     }
+    void Click(wxWindow& window) {
+        SendMouse(window, wxEVT_LEFT_DOWN, wxPoint(1, 1));
+        SendMouse(window, wxEVT_LEFT_UP, wxPoint(1, 1));
+    }
+    void Activate(bool active) {
+        wxActivateEvent event(wxEVT_ACTIVATE, active);
+        event.SetEventObject(mpFrame);
+        mpFrame->ProcessWindowEvent(event);
+    }
     bool Hook(int key) { return SendKeyEvent(wxEVT_CHAR_HOOK, *wxWindow::FindFocus(), key); }
-    bool IsFocusIn(wxWindow& window) { return window.IsDescendant(wxWindow::FindFocus()); }
 };
 
 TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
@@ -17,7 +25,7 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     Insert(MakeCard("sugar", "x"));
     Open();
     const wxString first(L"\u65e5\u672c\u8a9e");
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", first}));
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", first, "", "Search in All Categories"}));
     EXPECT_FALSE(SearchField().GetMenu()->FindItemByPosition(0)->IsEnabled());
     Search("x");
     const wxMenu* const menu = SearchField().GetMenu();
@@ -26,7 +34,8 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     for (const char* const text : {"b", "c", "d", "b", "salt & pepper", ""}) {
         Search(text);
     }
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x"}));
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x", "",
+                                   "Search in All Categories"}));
     EXPECT_EQ(Cards().GetItemCount(), 2);
     Command(11000);
     EXPECT_EQ(SearchField().GetValue(), "salt & pepper");
@@ -34,12 +43,52 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     EXPECT_EQ(Column(1), Texts{"salt & pepper"});
 }
 
-TEST_F(BrowseFrameTest, TheDropDownOpensStaysForItsQuestionsAndCloses) {
+TEST_F(BrowseFrameTest, ASearchFindsCardsOfAllCategoriesWhenTheMenuSaysSo) {
+    EXPECT_EQ(mDatabase.CategoryInsert("Other"), 0);
+    Insert(MakeCard("here", "x"));
+    Insert(MakeCard("there", "x", 1));
+    Open();
+    Search("here");
+    EXPECT_EQ(Column(1), Texts{"here"});
+    Command(11006);
+    EXPECT_EQ(Column(1), (Texts{"here", "there"}));
+    EXPECT_EQ(Column(3), (Texts{"Default", "Other"}));
+    SendCommand(CardPanel(), ID_COLUMN_CATEGORY);
+    EXPECT_EQ(Headings().back(), "Back");
+    // Without a search the list has the current category alone.
+    Search("");
+    EXPECT_EQ(Column(1), Texts{"here"});
+    Search("here");
+    Command(11006, false);
+    EXPECT_EQ(Column(1), Texts{"here"});
+}
+
+TEST_F(BrowseFrameTest, TheStudyButtonCountsWhatIsReadyInTheDirectionOfStudy) {
+    FlashCard card = MakeCard("a", "b");
+    card.Reverse.Introduced = true;
+    card.Reverse.LastReview = mServices.Time.Now();
+    card.Reverse.ReviewInterval = 60.0f;
+    Insert(card);
+    Open();
+    const auto label = [this] { return FindById(*mpFrame, 11052)->GetLabel(); };
+    const auto comeBack = [this] {
+        Activate(false);
+        Activate(true);
+    };
+    EXPECT_EQ(label(), "Study");
+    mServices.ReverseStudy = true;
+    mServices.Time.Advance(61);
+    comeBack();
+    EXPECT_EQ(label(), "Study (1)");
+    EXPECT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
+    mDatabase.Notify();
+    EXPECT_EQ(label(), "Study");
+}
+
+TEST_F(BrowseFrameTest, TheDropDownOpensAtItsButtonAndClosesWhenTheUserTurnsAway) {
     Open();
     for (const int key : {int{WXK_SPACE}, int{WXK_RETURN}, int{WXK_DOWN}}) {
-        SendKey(Button(), key);
-        ASSERT_TRUE(WaitFor([this] { return DropDown().IsActive(); })) << key;
-        EXPECT_TRUE(IsFocusIn(Categories()));
+        OpenDropDown(key);
         EXPECT_EQ(DropDown().GetScreenPosition(),
                   Button().GetScreenRect().GetBottomLeft() + wxPoint(0, 1));
         // With no blank row behind the only one.
@@ -50,7 +99,25 @@ TEST_F(BrowseFrameTest, TheDropDownOpensStaysForItsQuestionsAndCloses) {
         EXPECT_FALSE(DropDown().IsShown());
         EXPECT_TRUE(WaitFor([this] { return Button().HasFocus(); }));
     }
+    const std::pair<std::string, std::function<void()>> ways[] = {
+        {"a press on its button", [this] { Click(Button()); }},
+        {"a press on what takes no focus", [this] { Click(*mpFrame); }},
+        {"the focus elsewhere", [this] { Cards().SetFocus(); }},
+        {"find", [this] { mpFrame->FocusSearch(); }},
+        {"a choice", [this] { Send(Categories(), wxEVT_LIST_ITEM_ACTIVATED); }},
+        {"another window", [this] { Activate(false); }}};
+    for (const auto& [name, turnAway] : ways) {
+        OpenDropDown();
+        turnAway();
+        EXPECT_TRUE(WaitFor([this] { return !DropDown().IsShown(); })) << name;
+    }
     OpenDropDown();
-    mpFrame->Raise();
-    EXPECT_TRUE(WaitFor([this] { return !DropDown().IsShown(); }));
+    ModalAnswers answers;
+    answers.Then([this](wxDialog& question) {
+        Activate(false);
+        EXPECT_TRUE(DropDown().IsShown());
+        question.EndModal(wxID_CANCEL);
+    });
+    Categories().Rename();
+    EXPECT_TRUE(WaitFor([this] { return mpFrame->IsActive() && IsFocusIn(Categories()); }));
 }

@@ -5,8 +5,8 @@
 #include "list/BrowseFrame.h"
 #include "list/CardList.h"
 #include "list/CardListCtrl.h"
-#include "list/CategoryList.h"
-#include "list/DropDown.h"
+#include "shell/DropDown.h"
+#include "storefile/CategoryList.h"
 #include "support/GuiTest.h"
 
 // The list window, with a person's keys.
@@ -22,15 +22,23 @@ struct ListTest : FrameTest<BrowseFrame> {
     CategoryList& Categories() { return Find<CategoryList>(DropDown(), "listCtrl"); }
     wxSearchCtrl& SearchField() { return Find<wxSearchCtrl>(*mpFrame, "searchCtrl"); }
 
-    void OpenDropDown() {
+    void OpenDropDown(int key = WXK_SPACE) {
         Button().SetFocus();
         EXPECT_TRUE(WaitFor([this] { return Button().HasFocus(); }));
-        SendKey(Button(), WXK_SPACE);
-        EXPECT_TRUE(WaitFor([this] { return DropDown().IsActive(); }));
+        SendKey(Button(), key);
+        EXPECT_TRUE(WaitFor([this] { return IsFocusIn(Categories()); })) << key;
     }
+    bool IsFocusIn(wxWindow& window) { return window.IsDescendant(wxWindow::FindFocus()); }
     void Search(const wxString& text) {
         SearchField().SetValue(text);
         Send(SearchField(), wxEVT_TEXT_ENTER);
+    }
+    Texts Headings() {
+        Texts headings;
+        for (const ListColumn column : Cards().GetColumns()) {
+            headings.push_back(TraitsOf(column).Heading);
+        }
+        return headings;
     }
     void Sort(int column) {
         wxListEvent click(wxEVT_LIST_COL_CLICK, Cards().GetId());

@@ -26,16 +26,22 @@ ALLOWED = {
     # How a file of the engine begins.
     "ImportSource.cpp": {"SQLite format 3\\0"},
     # Names and values of settings.
-    "Settings.cpp": {"R%03iG%03iB%03i", "Test", "Dummy", "XDG_CONFIG_HOME"},
+    "Settings.h": {"Font", "Test"},
+    "Settings.cpp": {"R%03iG%03iB%03i", "Category", "Position", "Size", "Test", "Dummy", "XDG_CONFIG_HOME"},
     "PreferencesDialog.cpp": {"Font"},
+    # What the platform tells of.
+    "Toolkit.cpp": {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme",
+                    "notify::gtk-xft-dpi"},
     # What stands on the cards that are shown in place of one.
     "Scheduler.cpp": {"Empty", "Error"},
-    "Help.cpp": {"mailto:"},
+    "Commands.cpp": {"mailto:"},
     "ImportCommand.cpp": {"Velomind Classic"},
     "Process.cpp": {"velomind: %s\\n"},
     "ProgramInfo.cpp": {" Mobile "},
-    # Names of columns in the store.
-    "CardList.cpp": {"Front", "Back"},
+    # Names of columns in the store, and of its operations in messages.
+    "DatabaseLists.cpp": {"Front", "Back", "Author", "Chapter", "Notes"},
+    "DatabaseCards.cpp": {"Delete CardId: %s"},
+    "DatabaseCategories.cpp": {"Delete Category: %i", "%s Global: %s/%s", "Insert", "Update"},
     # The program, its maker, and the category that each store begins with.
     "": {"Velomind", "Ostrel"},
     "CardCollector.cpp": {"Default"}, "CurrentCategory.cpp": {"Default"},

@@ -33,6 +33,16 @@ TEST_F(PreferencesDialogTest, TheStoreIsTheOneThatIsOpenWhateverTheSettingsSay) 
     }
 }
 
+TEST_F(PreferencesDialogTest, TheFormIsInSightUpToThreeQuartersOfTheScreen) {
+    auto& form = *FindById(*mpDialog, ID_INTERVAL)->GetParent();
+    const int needed = form.GetSizer()->CalcMin().y;
+    const int screen = wxGetClientDisplayRect().height;
+    const int height = mpDialog->GetClientSize().y;
+    EXPECT_LE(height, screen * 3 / 4);
+    EXPECT_TRUE(height == screen * 3 / 4 || height >= needed) << height << " " << needed;
+    EXPECT_GE(mpDialog->GetClientSize().x, form.GetSizer()->CalcMin().x);
+}
+
 TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
     CountingObserver observer(mNotifier);
     wxFontData font;

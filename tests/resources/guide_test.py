@@ -34,13 +34,13 @@ class GuideTest(unittest.TestCase):
         self.assertNotRegex(PAGE, r"url\(|@import|<script|<link")
 
     def test_it_names_every_attribute(self):
-        names = re.findall(r'\{L"(\w+)"', read(SOURCES, "exchange", "CardAttributes.cpp"))
+        names = re.findall(r'\{L"(\w+)"', read(SOURCES, "exchange", "CardRecord.cpp"))
         self.assertTrue(names)
         told = {name.lower() for name in re.findall(r"<code>(\w+)</code>", PAGE)}
         self.assertEqual([], [name for name in names if name not in told])
 
     def test_it_explains_every_message_about_a_record(self):
-        for source in ("CardAttributes", "ImportJob", "ImportRecord", "ImportPass", "Delimited"):
+        for source in ("CardRecord", "ImportJob", "ImportRecord", "ImportPass", "Delimited"):
             code = re.sub(r'"\s*\n\s*"', "", read(SOURCES, "exchange", source + ".cpp"))
             # The errors that nobody expects are about threads, not about records.
             for message in re.findall(r'\b_\(\s*"(?!Unexpected Error)((?:[^"\\]|\\.)*)"\s*\)', code):

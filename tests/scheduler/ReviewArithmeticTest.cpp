@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "support/Fakes.h"
@@ -53,6 +54,48 @@ TEST(ReviewArithmetic, GivesTheIntervalBitForBitAndTheDifficulty) {
         EXPECT_EQ(result.Difficulty, c.NewDifficulty);
     }
     EXPECT_EQ(DifficultyFactor(-4), 5.0f) << "the factor has a ceiling";
+}
+
+// The limits that are told before a score are those that chance reaches, and no draw is needed.
+TEST(ReviewArithmetic, TellsTheLimitsOfTheIntervalBeforeTheScore) {
+    const struct {
+        const char* Story;
+        int64_t Elapsed;
+        float Interval;
+        int Score;
+        float Least, Greatest;
+    } cases[] = {
+        {"in time", 1000, 1000.0f, 5, 1624.5047f, 2462.2888f},
+        {"early, a good score keeps the interval", 10, 1000.0f, 4, 1000.0f, 1000.0f},
+        {"early, a bad score", 10, 1000.0f, 2, 4.0612617f, 6.1557221f},
+        {"a bad score keeps a short interval", 9000, 10.0f, 1, 10.0f, 10.0f},
+        {"failed", 1000, 1000.0f, 0, 1.0f, 1.0f},
+        {"new, failed", -1, 5.0f, 0, 1.0f, 1.0f},
+        {"new, a first pass", -1, 5.0f, 3, 3600.0f, 3600.0f},
+        {"new, guessed", -1, 5.0f, 1, 1.0153154f, 1.5389305f},
+        {"reviewed in the future", -100, 70.0f, 1, 1.0f, 1.0f},
+    };
+    const FakeClock clock;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.Story);
+        CardSchedule schedule;
+        schedule.Introduced = c.Elapsed != -1;
+        schedule.LastReview = clock.Now() - wxTimeSpan::Seconds(c.Elapsed);
+        schedule.ReviewInterval = c.Interval;
+        const IntervalRange told = PredictReview(schedule, c.Score, clock.Now());
+        EXPECT_FLOAT_EQ(told.Least, c.Least);
+        EXPECT_FLOAT_EQ(told.Greatest, c.Greatest);
+        float least = told.Greatest;
+        float greatest = told.Least;
+        SequenceRandom random;
+        for (int i = 0; i < 1000; ++i) {
+            const float interval = Review(schedule, c.Score, clock.Now(), random).NewInterval;
+            least = std::min(least, interval);
+            greatest = std::max(greatest, interval);
+        }
+        EXPECT_EQ(Bits(least), Bits(told.Least));
+        EXPECT_EQ(Bits(greatest), Bits(told.Greatest));
+    }
 }
 
 TEST(IntervalUnits, TakesTheLargestUnitOfWhichTheTimeIsMoreThanTwice) {

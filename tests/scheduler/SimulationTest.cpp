@@ -117,6 +117,17 @@ class Model {
         return count;
     }
 
+    int64_t NextDue() {
+        int64_t next = -1;
+        for (FlashCard& card : Cards) {
+            for (const Pick pick : {Pick{&card, 0}, Pick{&card, 1}}) {
+                const int64_t due = Next(pick.Schedule());
+                next = MayAsk(pick, true) && (next == -1 || due < next) ? due : next;
+            }
+        }
+        return next;
+    }
+
   private:
     float Random() {
         mChance = mChance * 214013 + 2531011;
@@ -308,9 +319,16 @@ struct SimulationTest : StoreFixture {
         // Deletions can leave the position on the entry of another card than the one shown.
         mStrangers +=
             !live && mModel.Position < mModel.Count() && &card != mModel.At().Card ? 1 : 0;
+        const Pick shown = mModel.Shown;
+        // The window never gives a card of the history its recorded score again.
+        const bool changes = live || score != shown.Schedule().LastScore;
+        const IntervalRange told = mScheduler.PredictInterval(score);
         mModel.Score(score);
         mScheduler.ScoreCard(score);
         ExpectSame(Stored(card.CardId), card);
+        const float interval = shown.Schedule().ReviewInterval;
+        EXPECT_TRUE(!changes || (told.Least <= interval && interval <= told.Greatest))
+            << told.Least << " to " << told.Greatest << ", was " << interval;
         if (!live) {
             MoveInHistory(mModel.Position - 1);  // Whoever scores in the history moves on.
             ++mRescores;
@@ -320,6 +338,8 @@ struct SimulationTest : StoreFixture {
         EXPECT_EQ(mScheduler.GetHistoryIndex(), mModel.Position);
         EXPECT_EQ(mScheduler.GetHistoryCount(), mModel.Count());
         EXPECT_EQ(mScheduler.GetReadyCount(), mModel.CountReady());
+        const wxDateTime due = mScheduler.GetNextDueTime();
+        EXPECT_EQ(due.IsValid() ? Seconds(due) : -1, mModel.NextDue());
         const Pick shown = mModel.Shown;
         ASSERT_EQ(mScheduler.HasCard(), shown.Card != nullptr);
         if (mScheduler.HasCard()) {

@@ -1,5 +1,6 @@
 #include "shell/WindowPlace.h"
 
+#include "shell/Toolkit.h"
 #include "support/GuiTest.h"
 
 TEST(WindowPlaceTest, OnlyFourNumbersOfAScreenAreAPlace) {
@@ -11,6 +12,25 @@ TEST(WindowPlaceTest, OnlyFourNumbersOfAScreenAreAPlace) {
         EXPECT_FALSE(ParsePlace(text, place)) << text;
     }
     EXPECT_EQ(place, wxRect(-20, 30, 640, 480));
+}
+
+TEST(WindowPlaceTest, ASizeIsTwoNumbersAndMayBeMaximised) {
+    const std::pair<const char*, WindowPlace> cases[] = {
+        {"640,480", {wxRect(7, 8, 640, 480), false}},
+        {"800,600,maximised", {wxRect(7, 8, 800, 600), true}},
+    };
+    for (const auto& [text, expected] : cases) {
+        WindowPlace place{wxRect(7, 8, 100, 100), !expected.Maximised};
+        EXPECT_TRUE(ParseSize(text, place)) << text;
+        EXPECT_EQ(place.Free, expected.Free) << text;
+        EXPECT_EQ(place.Maximised, expected.Maximised) << text;
+        EXPECT_EQ(FormatSize(place), text);
+    }
+    WindowPlace place;
+    for (const char* text : {"", "640", "640,480,", "640,480,maximised,maximised", "maximised",
+                             "640,480,1", "640,10", "7,8,640,480"}) {
+        EXPECT_FALSE(ParseSize(text, place)) << text;
+    }
 }
 
 TEST(WindowPlaceTest, APlaceIsBroughtOntoAScreenThatExists) {
@@ -32,9 +52,9 @@ TEST(WindowPlaceTest, APlaceIsBroughtOntoAScreenThatExists) {
 struct WindowPositionTest : GuiTest {
     // Opens a window as one of ours does and waits for the window manager, which makes a new
     // window the active one when it has placed it.
-    wxFrame* Open(bool expectRestored, long style = wxDEFAULT_FRAME_STYLE) {
+    wxFrame* Open(bool expectRestored) {
         auto* const frame =
-            new wxFrame(nullptr, wxID_ANY, "Window", wxDefaultPosition, wxSize(300, 200), style);
+            new wxFrame(nullptr, wxID_ANY, "Window", wxDefaultPosition, wxSize(300, 200));
         EXPECT_EQ(RestoreWindowPosition("StudyFramePosition", "Velomind", *frame), expectRestored);
         ShowAndWait(*frame);
         return frame;
@@ -48,44 +68,68 @@ struct WindowPositionTest : GuiTest {
 };
 
 TEST_F(WindowPositionTest, AWindowComesBackToItsPlaceFromStartToStart) {
-    Save(*Open(false));
     const wxRect place(120, 90, 333, 222);
     WriteStringSetting("StudyFramePosition", FormatPlace(place));
-    // The two kinds have frames of different thickness.
-    for (const long style : {0L, long{wxRESIZE_BORDER}, 0L, 0L}) {
-        wxFrame* const frame = Open(true, (wxDEFAULT_FRAME_STYLE & ~wxRESIZE_BORDER) | style);
-        EXPECT_TRUE(WaitFor([&] { return frame->GetRect() == place; }))
-            << FormatPlace(frame->GetRect());
+    for (int start = 0; start < 3; ++start) {
+        wxFrame* const frame = Open(true);
+        EXPECT_TRUE(WaitFor([&] { return GetInnerPlace(*frame) == place; }))
+            << FormatPlace(GetInnerPlace(*frame));
         Save(*frame);
     }
     EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(place));
+    EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222");
+}
+
+TEST_F(WindowPositionTest, AWindowWithoutAStoredPlaceHasItsSizeInsideTheFrame) {
+    Save(*Open(false));
+    EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "300,200");
 }
 
 TEST_F(WindowPositionTest, AWindowKeepsItsPlaceWhileItIsHiddenAndWhenItIsBack) {
-    const wxString place = "120,90,333,222";
-    WriteStringSetting("StudyFramePosition", place);
+    const wxRect place(120, 90, 333, 222);
+    WriteStringSetting("StudyFramePosition", FormatPlace(place));
     wxFrame* const frame = Open(true);
-    ASSERT_TRUE(WaitFor([&] { return FormatPlace(frame->GetRect()) == place; }));
-    DrainEvents();
+    ASSERT_TRUE(WaitFor([&] { return GetInnerPlace(*frame) == place; }));
+    const wxRect outer = frame->GetRect();
     frame->Hide();
     // The window manager takes its frame away, by which the toolkit believes the window smaller.
-    WaitFor([&] { return FormatPlace(frame->GetRect()) != place; }, 500);
-    SaveWindowPosition("StudyFramePosition", "Velomind", *frame);
-    EXPECT_EQ(ReadStringSetting("StudyFramePosition"), place);
+    WaitFor([&] { return frame->GetRect() != outer; }, 500);
+    EXPECT_EQ(GetPlace(*frame).Free, place);
     ShowAndWait(*frame);
-    EXPECT_TRUE(WaitFor([&] {
-        SaveWindowPosition("StudyFramePosition", "Velomind", *frame);
-        return ReadStringSetting("StudyFramePosition") == place;
-    })) << ReadStringSetting("StudyFramePosition");
+    EXPECT_TRUE(WaitFor([&] { return GetPlace(*frame).Free == place; }))
+        << FormatPlace(GetPlace(*frame).Free);
     frame->Destroy();
 }
 
-TEST_F(WindowPositionTest, AMaximisedWindowSavesThePlaceThatItComesBackTo) {
+TEST_F(WindowPositionTest, AMaximisedWindowIsSoAgainAndReturnsToThePlaceItHad) {
+    const wxRect place(120, 90, 333, 222);
+    WriteStringSetting("StudyFramePosition", FormatPlace(place));
+    WriteStringSetting("StudyFrameSize", "333,222,maximised");
+    for (int start = 0; start < 2; ++start) {
+        wxFrame* const frame = Open(true);
+        EXPECT_TRUE(WaitFor([frame] { return frame->IsMaximized(); }));
+        Save(*frame);
+        EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(place));
+        EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222,maximised");
+    }
+    wxFrame* const frame = Open(true);
+    EXPECT_TRUE(WaitFor([frame] { return frame->IsMaximized(); }));
+    frame->Maximize(false);
+    EXPECT_TRUE(WaitFor([&] { return !frame->IsMaximized() && GetInnerPlace(*frame) == place; }))
+        << FormatPlace(GetInnerPlace(*frame));
+    Save(*frame);
+    EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222");
+}
+
+TEST_F(WindowPositionTest, AWindowThatTheUserMaximisesKeepsThePlaceBefore) {
     WriteStringSetting("StudyFramePosition", "120,90,333,222");
     wxFrame* const frame = Open(true);
+    wxStopWatch sinceUp;
+    WaitFor([&] { return sinceUp.Time() > 400; });
     frame->Maximize();
     ASSERT_TRUE(WaitFor([frame] { return frame->IsMaximized() && frame->GetSize().x > 333; }));
     DrainEvents();
     Save(*frame);
     EXPECT_EQ(ReadStringSetting("StudyFramePosition"), "120,90,333,222");
+    EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222,maximised");
 }

@@ -89,20 +89,45 @@ TEST_F(CardStoreTest, SearchesOfAnyKindEndWell) {
                                                  {"", 1}};
     for (const auto& [text, hits] : cases) {
         std::vector<int64_t> rowIds;
-        EXPECT_EQ(mDatabase.SearchRowIdsOrder(text, "Front", rowIds), 0);
+        EXPECT_EQ(mDatabase.SearchRowIdsOrder(text, CardColumn::kFront, rowIds), 0);
         EXPECT_EQ(rowIds.size(), hits) << text.Left(20);
-        EXPECT_EQ(mDatabase.SearchRowIdsOrder(0, text, "Front DESC", rowIds), 0);
-        EXPECT_EQ(mDatabase.SearchRowIdsOrder(9, text, "Front DESC", rowIds), 0);
+        EXPECT_EQ(mDatabase.SearchRowIdsOrder(0, text, {CardColumn::kFront, true}, rowIds), 0);
+        EXPECT_EQ(mDatabase.SearchRowIdsOrder(9, text, {CardColumn::kFront, true}, rowIds), 0);
         EXPECT_EQ(rowIds.size(), 2 * hits) << text.Left(20);
     }
     Insert(MakeCard("Affe", "", 4));
     Insert(MakeCard("Katze", ""));
     std::vector<int64_t> all;
-    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("Front DESC, Back", all), 0);
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder({CardColumn::kFront, true}, all), 0);
     EXPECT_EQ(all, (std::vector<int64_t>{3, 1, 2}));
     std::vector<int64_t> ofCategory;
-    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, "Front", ofCategory), 0);
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, CardColumn::kFront, ofCategory), 0);
     EXPECT_EQ(ofCategory, (std::vector<int64_t>{1, 3}));
+}
+
+TEST_F(CardStoreTest, EveryColumnSortsInBothDirections) {
+    mDatabase.CategoryInsert("Before the default");
+    FlashCard less = MakeCard("a", "a", 1);
+    less.Forward.LastReview = less.Reverse.LastReview = wxDateTime(time_t{1000});
+    FlashCard more = MakeCard("b", "b", 0);
+    more.Author = more.Chapter = more.Notes = "text";
+    more.IntroductionOrder = 1;
+    more.ForwardX = more.ReverseX = true;
+    more.Forward.ReviewInterval = more.Reverse.ReviewInterval = 9;
+    Insert(more);
+    Insert(less);
+    for (int i = 0; i <= static_cast<int>(CardColumn::kRReviewInterval); ++i) {
+        const auto column = static_cast<CardColumn>(i);
+        const bool byId = column == CardColumn::kCategory;
+        for (const bool descending : {false, true}) {
+            std::vector<int64_t> rowIds;
+            EXPECT_EQ(mDatabase.CardSelectRowIdsOrder({column, descending}, rowIds), 0);
+            const bool lessFirst = byId == descending;
+            EXPECT_EQ(rowIds,
+                      lessFirst ? (std::vector<int64_t>{2, 1}) : (std::vector<int64_t>{1, 2}))
+                << i << descending;
+        }
+    }
 }
 
 TEST_F(CardStoreTest, AWorkerAndTheMainThreadMayUseTheStoreAtOnce) {
@@ -125,7 +150,7 @@ TEST_F(CardStoreTest, AClosedStoreRefusesEveryCallAndReportsNothing) {
     int32_t number = 0;
     EXPECT_LT(mDatabase.UpdateFlashCard(card), 0);
     EXPECT_LT(mDatabase.SelectMaxErc(0, number), 0);
-    EXPECT_LT(mDatabase.SearchRowIdsOrder("f", "Front", rowIds), 0);
+    EXPECT_LT(mDatabase.SearchRowIdsOrder("f", CardColumn::kFront, rowIds), 0);
     EXPECT_LT(mDatabase.CategoryInsert("new"), 0);
     EXPECT_LT(mDatabase.SetGlobal("key", "value"), 0);
     EXPECT_TRUE(mReport.Texts.empty());

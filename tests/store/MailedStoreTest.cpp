@@ -49,7 +49,7 @@ struct MailedStoreTest : StoreFixture {
         const FlashCard added = MakeCard("another", "card");
         EXPECT_THAT(
             (std::vector<int>{mDatabase.UpdateFlashCard(mCard), mDatabase.InsertFlashCard(added),
-                              mDatabase.SearchRowIdsOrder(0, "card", "Notes", rowIds),
+                              mDatabase.SearchRowIdsOrder(0, "card", CardColumn::kNotes, rowIds),
                               mDatabase.DeleteCard(added.CardId), mDatabase.SetGlobal("a", "b"),
                               mDatabase.CategoryInsert("new"), mDatabase.UpdateCategory({0, "x"})}),
             ::testing::Each(0));

@@ -1,4 +1,4 @@
-#include "store/SearchFunctions.h"
+#include "store/Database.h"
 
 #include <gtest/gtest.h>
 

@@ -14,7 +14,7 @@ TEST_F(StatementTest, ANestedRunFailsAndLeavesTheFirstAlone) {
         ASSERT_EQ(first.Step("first"), 0);
         {
             StatementRun second = Run(sql);
-            EXPECT_EQ(second.BindInt(1, 1), -1);
+            EXPECT_EQ(second.Bind(1), -1);
             EXPECT_EQ(second.Step("second"), -1);
             EXPECT_EQ(second.ColumnText(0), "");
         }
@@ -36,7 +36,7 @@ TEST_F(StatementTest, TimesAreBoundInWholeSecondsUpToTheYear9999) {
                                                  {wxINT64_MIN, -1}};
     for (const auto& [milliseconds, bound] : cases) {
         StatementRun run = Run("SELECT ?");
-        ASSERT_EQ(run.BindTime(1, wxDateTime(wxLongLong(milliseconds))), 0);
+        ASSERT_EQ(run.Bind(wxDateTime(wxLongLong(milliseconds))), 0);
         ASSERT_EQ(run.Step("time"), 0);
         EXPECT_EQ(run.ColumnInt64(0), bound) << milliseconds;
         EXPECT_EQ(run.ColumnTime(0).GetValue(), wxLongLong(bound * 1000)) << milliseconds;
@@ -66,7 +66,7 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
 TEST_F(StatementTest, AnotherProgramMayChangeTheSchema) {
     FlashCard card = Insert(MakeCard("front", "back"));
     std::vector<int64_t> rowIds;
-    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, "Front", rowIds), 0);
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, CardColumn::kFront, rowIds), 0);
     for (const char* sql : {"VACUUM", "CREATE INDEX a ON Cards(Notes)", "DROP INDEX a",
                             "ALTER TABLE Cards ADD COLUMN a DEFAULT 1"}) {
         SCOPED_TRACE(sql);
@@ -79,7 +79,7 @@ TEST_F(StatementTest, AnotherProgramMayChangeTheSchema) {
         Query("REINDEX; CREATE TABLE b (x); DROP TABLE b");
         EXPECT_EQ(Stored(card.CardId).Forward.ReviewInterval, 7.5f);
         EXPECT_EQ(mDatabase.CategoryInsert(sql), 0);
-        EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, "Front", rowIds), 0);
+        EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(0, CardColumn::kFront, rowIds), 0);
     }
     EXPECT_EQ(rowIds, std::vector<int64_t>(5, 1));
     EXPECT_TRUE(mReport.Texts.empty());
@@ -109,12 +109,11 @@ TEST_F(StatementTest, AReadLockKeepsOtherProgramsFromWritingAndTheStoreReadable)
 TEST_F(StatementTest, ATextThatCannotBePreparedClosesTheStore) {
     StatementRun living = Run("SELECT ROWID FROM Categories");
     ASSERT_EQ(living.Step("living"), 0);
-    std::vector<int64_t> rowIds;
-    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("NoSuchColumn", rowIds), -1);
+    EXPECT_EQ(mDatabase.GetStatement("SELECT NoSuchColumn FROM Cards"), nullptr);
     EXPECT_FALSE(mDatabase.IsOpen());
     EXPECT_EQ(mDatabase.GetLastError(), "no such column: NoSuchColumn");
     EXPECT_EQ(living.Step("living"), -1);
     EXPECT_EQ(mDatabase.InsertFlashCard(MakeCard("front", "back")), -1);
-    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder("Front", rowIds), -1);
+    EXPECT_EQ(mDatabase.CategoryInsert("new"), -1);
     Reopen();
 }

@@ -11,6 +11,29 @@ wxString Lines(size_t count) {
     return text;
 }
 
+TEST(CardLayout, TheDividerLeavesTheMiddleOnlyForATextThatNeedsIt) {
+    const wxSize client(200, 101);
+    // The heights of both texts, of the room of the first one, and of all.
+    const std::tuple<const char*, int32_t, int32_t, int32_t, int32_t> rows[] = {
+        {"two short texts", 20, 30, 50, 101},
+        {"a long first text", 60, 20, 60, 101},
+        {"a long second text", 20, 60, 40, 101},
+        {"both too long", 60, 60, 60, 121},
+        {"a short first and an endless second text", 20, 300, 20, 321},
+    };
+    for (const auto& [what, first, second, firstHeight, height] : rows) {
+        SCOPED_TRACE(what);
+        const CardLayout layout = ArrangeCard(wxVERTICAL, client, first, second);
+        EXPECT_EQ(layout.VirtualHeight, height);
+        EXPECT_EQ(layout.First, wxRect(0, 0, 200, firstHeight));
+        EXPECT_EQ(layout.Second, wxRect(0, firstHeight + 1, 200, height - firstHeight - 1));
+        EXPECT_EQ(CardHeightNeeded(wxVERTICAL, first, second) <= client.y, height == client.y);
+    }
+    const CardLayout columns = ArrangeCard(wxHORIZONTAL, wxSize(201, 101), 20, 300);
+    EXPECT_EQ(columns.First, wxRect(0, 0, 100, 300));
+    EXPECT_EQ(columns.Second, wxRect(101, 0, 100, 300));
+}
+
 struct CardViewerTest : GuiTest {
     CardViewerTest() {
         mViewer.SetScrollRate(0, 1);
@@ -115,6 +138,24 @@ TEST_F(CardViewerTest, TheCoverFillsTheSecondSideAndTheDividerShowsOnAnyBackgrou
     mViewer.SetBackgroundColour(*wxBLACK);
     EXPECT_TRUE(Shows(*wxGREEN, second.width - 1, second.y + second.height / 2));
     EXPECT_TRUE(Shows(*wxWHITE, second.width / 2, second.y - 1));
+}
+
+TEST_F(CardViewerTest, CtrlAndTheWheelAskForAnotherSizeAndScrollNothing) {
+    Show(Lines(100), Lines(100));
+    EXPECT_EQ(mViewer.LinesOf(mViewer.GetFirst()).MaxWidth,
+              mViewer.GetFirst().Rect.width - 2 * mViewer.FromDIP(12))
+        << "the text keeps a margin";
+    std::vector<int> heard;
+    mFrame.Bind(wxEVT_MENU, [&](wxCommandEvent& event) { heard.push_back(event.GetId()); });
+    for (const int rotation : {-60, -60, 240}) {
+        wxMouseEvent wheel(wxEVT_MOUSEWHEEL);
+        wheel.SetControlDown(true);
+        wheel.m_wheelRotation = rotation;
+        wheel.m_wheelDelta = 120;
+        mViewer.HandleWindowEvent(wheel);
+    }
+    EXPECT_EQ(heard, (std::vector<int>{wxID_ZOOM_OUT, wxID_ZOOM_IN, wxID_ZOOM_IN}));
+    EXPECT_EQ(mViewer.GetViewStart().y, 0);
 }
 
 }  // namespace

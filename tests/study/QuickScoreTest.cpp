@@ -178,6 +178,35 @@ TEST_F(QuickScoreTest, TheMousePressesDragsAndChoosesAtTheRelease) {
     EXPECT_THAT(mHeard, ElementsAre("cursor 3"));
 }
 
+TEST_F(QuickScoreTest, OnlyTheFirstClickOfAGestureChooses) {
+    // After a click on item 2, what the next one does: milliseconds later, at an item.
+    const std::tuple<const char*, wxEventType, long, int32_t, bool> rows[] = {
+        {"a double click", wxEVT_LEFT_DCLICK, 100, 2, false},
+        {"the third click of a triple one", wxEVT_LEFT_DOWN, 200, 2, false},
+        {"another item", wxEVT_LEFT_DOWN, 250, 4, true},
+        {"later", wxEVT_LEFT_DOWN, 3000, 4, true},
+        {"a double click once more", wxEVT_LEFT_DCLICK, 3100, 4, false},
+    };
+    const auto click = [this](wxEventType type, long time, int32_t item) {
+        wxMouseEvent press(type);
+        press.SetEventObject(&mScore);
+        press.SetPosition(Middle(item));
+        press.SetTimestamp(10000 + time);
+        mScore.HandleWindowEvent(press);
+        SendMouse(mScore, wxEVT_LEFT_UP, Middle(item));
+    };
+    click(wxEVT_LEFT_DOWN, 0, 2);
+    EXPECT_THAT(mHeard, ElementsAre("choose 2 forward"));
+    for (const auto& [what, type, time, item, chooses] : rows) {
+        Reset(-1, item);
+        click(type, time, item);
+        EXPECT_EQ(mHeard.size(), chooses ? 1 : 0) << what;
+    }
+    Reset(-1, 4);
+    SendKey(mScore, '1');
+    EXPECT_THAT(mHeard, ElementsAre("choose 4 forward"));
+}
+
 TEST_F(QuickScoreTest, TheWheelMovesTheCursorAndWithThePressOnItChooses) {
     SendMouse(mScore, wxEVT_MOUSEWHEEL, Middle(0), -60);
     EXPECT_THAT(mHeard, IsEmpty());

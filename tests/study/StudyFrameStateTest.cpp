@@ -1,5 +1,6 @@
 // The steps of study as a person takes them with one hand on the keys.
 
+#include "study/ScoreForecast.h"
 #include "study/StudyFrameFixture.h"
 #include "study/StudyTexts.h"
 
@@ -71,6 +72,42 @@ TEST_F(StudyFrameState, ARescoreAsksFirst) {
     Keys({'0'});
     EXPECT_EQ(LastScore(cards[0]), 0);
     EXPECT_EQ(StatusText(1), "Recently studied 1/2");
+}
+
+TEST_F(StudyFrameState, TheTipOfACompactScoreTellsWhenTheCardComesBack) {
+    InsertCards(1);
+    Open();
+    Command(ID_COMPACT_SCORING);
+    Keys({WXK_SPACE});
+    const wxRect best = Scores().GetItemRect(0);
+    SendMouse(Scores(), wxEVT_MOTION, best.GetPosition() + wxSize(5, 5));
+    EXPECT_EQ(Scores().GetToolTipText(), SelectScoreTip() + "\n5 - Pass (no hesitation): 16 hours");
+    EXPECT_FALSE(Find<ScoreForecast>(*mpFrame, "forecast").IsShown());
+}
+
+TEST_F(StudyFrameState, ABarTellsOfTheBreakUntilItIsDismissedForThatBreak) {
+    InsertCards(2);
+    Open();
+    const wxWindow& bar = Find<wxWindow>(*mpFrame, "breakBar");
+    Keys({WXK_SPACE, '5', WXK_SPACE});
+    EXPECT_FALSE(bar.IsShown());
+    Keys({'5'});
+    EXPECT_TRUE(bar.IsShown());
+    EXPECT_TRUE(Scores().HasFocus());
+    wxKeyEvent escape(wxEVT_CHAR_HOOK);
+    escape.m_keyCode = WXK_ESCAPE;
+    mpFrame->HandleWindowEvent(escape);
+    EXPECT_FALSE(bar.IsShown());
+    // A card that fails in early review is due at once, but belongs to the same break.
+    Keys({WXK_SPACE, '0'});
+    mServices.Time.Advance(10);
+    Keys({WXK_SPACE, '5', WXK_SPACE, '5'});
+    EXPECT_EQ(StatusText(0), "Break Time");
+    EXPECT_FALSE(bar.IsShown());
+    // The next day has a break of its own.
+    mServices.Time.Advance(2 * 57600);
+    Keys({WXK_SPACE, '5', WXK_SPACE, '5'});
+    EXPECT_TRUE(bar.IsShown());
 }
 
 TEST_F(StudyFrameState, WithoutACardAMessageSaysWhy) {
@@ -145,6 +182,7 @@ TEST_F(StudyFrameState, StatusTextsFitTheWindowAndTakeTurnsWithTheHelpOfTheMenus
     EXPECT_EQ(StatusText(1), "Recent 1/1");
     Close();
     WriteStringSetting("StudyFramePosition", "");
+    WriteStringSetting("StudyFrameSize", "");
     Open();
     EXPECT_EQ(StatusText(0), "Break Time");
     mServices.Time.Advance(100000000);

@@ -4,7 +4,7 @@
 #include <clocale>
 #include <cstdlib>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 
 // The library without windows, in the locale that the program itself sets.
 int main(int argc, char** argv) {

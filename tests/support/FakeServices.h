@@ -26,13 +26,10 @@ struct FakeServices : AppServices {
     void FrameActivated(wxFrame&) override {}
     void FrameClosed(wxFrame& frame) override { Closed.push_back(&frame); }
 
-    bool CanOpenEditor() const override { return HasEditor; }
     void OpenEditor(const FlashCard& card) override { Edited.push_back(card); }
-    bool CanExportCards() const override { return HasExport; }
     void ExportCards(wxWindow&, const std::vector<int64_t>& rowIds) override {
         Exported.push_back(rowIds);
     }
-    bool CanPutCardsOnClipboard() const override { return HasClipboard; }
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         Taken.push_back({rowIds, cut});
     }
@@ -40,6 +37,8 @@ struct FakeServices : AppServices {
     void PasteCards(int32_t categoryId, EmptyCut empty) override {
         Pasted.emplace_back(categoryId, empty);
     }
+    bool IsReverseStudy() const override { return ReverseStudy; }
+    void SetReverseStudy(bool reverse) override { ReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { StudyMessage = text; }
 
     int32_t CurrentCategory = 0;
@@ -48,9 +47,6 @@ struct FakeServices : AppServices {
     FakeRandom Random;
     SilentMaintenance Maintenance;
 
-    bool HasEditor = true;
-    bool HasExport = true;
-    bool HasClipboard = true;
     bool HasCardsToPaste = false;
 
     std::vector<wxFrame*> Closed;
@@ -58,5 +54,6 @@ struct FakeServices : AppServices {
     std::vector<std::vector<int64_t>> Exported;
     std::vector<CardsTaken> Taken;
     std::vector<std::pair<int32_t, EmptyCut>> Pasted;
+    bool ReverseStudy = false;
     wxString StudyMessage;
 };

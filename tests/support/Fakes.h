@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "base/FatalErrorReport.h"
+#include "base/Process.h"
 #include "base/Time.h"
-#include "scheduler/SchedulerSources.h"
-#include "store/StoreUpgrade.h"
+#include "scheduler/Scheduler.h"
+#include "store/Database.h"
 #include "store/Subject.h"
 
 // A clock that stands still until it is moved.

@@ -109,6 +109,7 @@ void SendKey(wxWindow& window, int keyCode) {
 
 void SendMouse(wxWindow& window, wxEventType type, const wxPoint& point, int rotation) {
     wxMouseEvent event(type);
+    event.SetEventObject(&window);
     event.SetPosition(point);
     // A motion of these tests is a drag.
     event.m_leftDown = type == wxEVT_LEFT_DOWN || type == wxEVT_MOTION;

@@ -6,7 +6,7 @@
 #include <clocale>
 #include <cstdlib>
 
-#include "base/Trace.h"
+#include "base/Process.h"
 
 namespace {
 

@@ -218,7 +218,7 @@ class KillTest(RoadTest):
         target = self.chance.choice(sorted(names.items()))
         name = self.chance.choice((f"renamed {number}", target[1]))
         program = self.start()
-        program.click_at(LIST_WINDOW, 0.06, 0.1)
+        program.click_at(LIST_WINDOW, 0.06, 0.055)
         wait_until(lambda: press("ctrl+r") or program.windows("Rename Category"), "the question")
         program.wait_window("Rename Category")
         press("ctrl+a")

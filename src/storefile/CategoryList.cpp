@@ -1,4 +1,4 @@
-#include "list/CategoryList.h"
+#include "storefile/CategoryList.h"
 
 #include <wx/menu.h>
 #include <wx/settings.h>
@@ -48,10 +48,14 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
     Bind(wxEVT_LIST_KEY_DOWN, &CategoryList::OnListKeyDown, this);
     Bind(wxEVT_CONTEXT_MENU, &CategoryList::OnContextMenu, this);
+    GetRowsWindow(*this).Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        event.Skip();
+        FillWidth();
+    });
 }
 
 CategoryList::~CategoryList() {
-    // The control below tells of a focus that goes with its rows when this part of it is no more.
+    // The base class sends this event while it destroys its rows, after this part of the object.
     Unbind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
 }
 
@@ -72,10 +76,10 @@ void CategoryList::Update(Subject* subject) {
     }
 }
 
-int CategoryList::RefreshRows() {
+void CategoryList::RefreshRows() {
     std::list<Category> categories;
     if (mpDatabase == nullptr || mpDatabase->SelectAllCategories(categories) < 0) {
-        return -1;
+        return;
     }
     const int32_t current = mServices.GetCurrentCategoryId(*mpDatabase);
     const wxDateTime now = mServices.GetClock().Now();
@@ -94,7 +98,7 @@ int CategoryList::RefreshRows() {
         }
         wxString text;
         if (MakeRowText(category, now, text) < 0) {
-            return -1;
+            return;
         }
         SetItemText(place->second, text);
         if (category.Id == current) {
@@ -105,14 +109,15 @@ int CategoryList::RefreshRows() {
     for (const auto& [id, row] : gone) {
         goneRows.push_back(row);
     }
-    // From the last on, as each deletion moves the rows behind it.
+    // Deletes from the last row on, as each deletion moves the rows behind it.
     goneRows.sort();
     for (auto row = goneRows.rbegin(); row != goneRows.rend(); ++row) {
         DeleteItem(*row);
     }
     SetColumnWidth(0, wxLIST_AUTOSIZE);
+    mRowWidth = GetColumnWidth(0);
+    FillWidth();
     TellFocusedRow();
-    return 0;
 }
 
 int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, wxString& text) {
@@ -131,8 +136,13 @@ int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, w
     return 0;
 }
 
+// The whole width of a row can be clicked, and shows that it is selected.
+void CategoryList::FillWidth() {
+    SetColumnWidth(0, std::max(mRowWidth, GetRowsWindow(*this).GetClientSize().x));
+}
+
 void CategoryList::SelectRow(long row) {
-    // While the focus moves, the control is about to select the row and deselect the former one.
+    // While the control moves the focus, it is about to select the row and deselect the former one.
     if (!mFocusMoves && GetItemState(row, kChosen) != kChosen) {
         SetItemState(row, kChosen, kChosen);
     }
@@ -170,7 +180,7 @@ void CategoryList::Rename() {
     const Category& category = found.front();
     TextQuestion dialog(this, _("Please enter a new name for the category."), _("Rename Category"),
                         category.Name);
-    // A field cannot hold every name, and one that was not touched is to change none.
+    // The field cannot show every name in full. A text that the user did not touch changes nothing.
     const wxString untouched = dialog.GetValue();
     mAsking = true;
     const bool isAnswered = AskCategoryName(dialog);
@@ -182,24 +192,27 @@ void CategoryList::Rename() {
     if (newName == category.Name || newName == untouched) {
         return;
     }
-    // The store has reported what failed; what was done is to be seen.
+    // After a failure too, so that the list shows what was done.
     RenameOrMerge(category, newName);
     mpDatabase->Notify();
 }
 
-int CategoryList::RenameOrMerge(const Category& category, const wxString& newName) {
+// The store has reported what fails; the caller refreshes in any case.
+void CategoryList::RenameOrMerge(const Category& category, const wxString& newName) {
     std::list<Category> existing;
     if (mpDatabase->SelectCategoryByName(newName, existing) < 0) {
-        return -1;
+        return;
     }
-    // Texts that the store takes for the same name meet the row itself.
+    // The store takes some texts for the same name, "7" and "007" for example, and then finds the
+    // category itself.
     if (existing.empty() || existing.front().Id == category.Id) {
-        return mpDatabase->UpdateCategory({category.Id, newName});
+        mpDatabase->UpdateCategory({category.Id, newName});
+    } else {
+        Merge(category, existing.front());
     }
-    return Merge(category, existing.front());
 }
 
-int CategoryList::Merge(const Category& from, const Category& into) {
+void CategoryList::Merge(const Category& from, const Category& into) {
     const wxString oldName = ShownName(from.Name);
     const wxString newName = ShownName(into.Name);
     const wxString question = wxString::Format(
@@ -209,17 +222,17 @@ int CategoryList::Merge(const Category& from, const Category& into) {
           "Continue?"),
         newName, oldName, newName);
     if (Ask(question, _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) != wxOK) {
-        return 0;
+        return;
     }
     const wxBusyCursor busy;
     if (mpDatabase->UpdateFlashCardCategory(from.Id, into.Id) < 0) {
-        return -1;
+        return;
     }
     if (mServices.GetCurrentCategoryId(*mpDatabase) == from.Id) {
-        // The person goes where the cards go.
+        // The current category follows the cards.
         mServices.SetCurrentCategoryId(*mpDatabase, into.Id);
     }
-    return mpDatabase->DeleteCategory(from.Id);
+    mpDatabase->DeleteCategory(from.Id);
 }
 
 void CategoryList::DeleteFocused() {
@@ -264,7 +277,7 @@ void CategoryList::DeleteCategoryOf(long row) {
     const long heir = row + 1 < GetItemCount() ? row + 1 : row - 1;
     mServices.SetCurrentCategoryId(*mpDatabase, CategoryOf(heir));
     SelectRow(heir);
-    // A refusal leaves the row, which the refresh shows.
+    // When the store refuses, the refresh shows that the row is still there.
     mpDatabase->DeleteCategory(id);
     mpDatabase->Notify();
 }
@@ -279,14 +292,14 @@ bool CategoryList::CanPaste() const {
     return HasFocusedRow() && mServices.CanPasteCards();
 }
 
-// As much as all rows need, so that whoever shows the list can give it no more than that.
+// Returns the room that all rows need, so that the window around the list can be that small.
 wxSize CategoryList::DoGetBestClientSize() const {
     wxRect row;
     if (GetItemCount() == 0 || !GetItemRect(0, row)) {
         return wxListCtrl::DoGetBestClientSize();
     }
     const int scrollBar = std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
-    return wxSize(GetColumnWidth(0) + scrollBar, GetItemCount() * row.height);
+    return wxSize(mRowWidth + scrollBar, GetItemCount() * row.height);
 }
 
 void CategoryList::UseFont() {
@@ -294,13 +307,13 @@ void CategoryList::UseFont() {
 }
 
 void CategoryList::OnItemFocused(wxListEvent& event) {
-    // The control tells of a focus that is gone, too.
+    // The event has no row when the focus is lost.
     if (mpDatabase == nullptr || event.GetIndex() < 0) {
         return;
     }
     TellFocusedRow();
     const int32_t id = CategoryOf(event.GetIndex());
-    // Choosing what is current already changes nothing that others could show.
+    // Nothing changes when the category is current already.
     if (id != mServices.GetCurrentCategoryId(*mpDatabase)) {
         mServices.SetCurrentCategoryId(*mpDatabase, id);
         mFocusMoves = true;

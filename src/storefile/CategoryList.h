@@ -10,29 +10,29 @@
 class AppServices;
 class Database;
 
-// Every category with the number of cards that are ready in each direction. The focused row is the
-// current category; here categories are chosen, renamed, merged and deleted. Follows the store and
-// the settings by their notices. Main thread only.
+// Lists every category with the number of cards that are ready in each direction. The focused row
+// is the current category; here the user chooses, renames, merges and deletes categories. Refreshes
+// itself when the store or the settings notify. Main thread only.
 class CategoryList : public wxListCtrl, private Observer {
   public:
     // The services are not owned and must outlive the control.
     CategoryList(AppServices& services, wxWindow* parent, wxWindowID id);
     ~CategoryList() override;
 
-    // The store to show, not owned; null shows nothing new.
+    // Shows that store, which is not owned. Null leaves the rows as they are.
     void SetDatabase(Database* database);
 
     bool HasFocusedRow() const;
-    // The focused row is that of a category.
+    // Returns true when a row is focused and stands for a category.
     bool HasFocusedCategory() const;
 
-    // All act on the focused row and ask first.
+    // These act on the focused row. Rename and delete ask the user first.
     void Rename();
     void DeleteFocused();
     void Paste();
     bool CanPaste() const;
 
-    // A question or the menu of this control has the keys for the moment.
+    // Returns true while a question or the menu of this control is open and has the keys.
     bool IsAsking() const { return mAsking; }
 
   protected:
@@ -41,14 +41,15 @@ class CategoryList : public wxListCtrl, private Observer {
   private:
     void Update(Subject* subject) override;
 
-    // Brings the rows up to date: 0, or -1 at the first failure, with the rows as far as they came.
-    int RefreshRows();
-    // The row's text with the counts as of a time: 0 or -1.
+    // Brings the rows up to date. Stops at the first failure, which the store reports.
+    void RefreshRows();
+    // Makes a row's text with the counts as of that time. Returns 0 or -1.
     int MakeRowText(const Category& category, const wxDateTime& now, wxString& text);
-    int RenameOrMerge(const Category& category, const wxString& newName);
-    int Merge(const Category& from, const Category& into);
+    void RenameOrMerge(const Category& category, const wxString& newName);
+    void Merge(const Category& from, const Category& into);
     void DeleteCategoryOf(long row);
     int Ask(const wxString& text, const wxString& caption, long style = wxOK | wxCENTRE);
+    void FillWidth();
     void SelectRow(long row);
     void TellFocusedRow();
     long FocusedRow() const;
@@ -62,7 +63,9 @@ class CategoryList : public wxListCtrl, private Observer {
     AppServices& mServices;
     Database* mpDatabase = nullptr;
     bool mAsking = false;
-    // The control is moving the focus, and with it the selection.
+    // What the widest row needs, in pixels.
+    int mRowWidth = 0;
+    // True while the control moves the focus, and the selection after it.
     bool mFocusMoves = false;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;

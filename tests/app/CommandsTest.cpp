@@ -1,13 +1,15 @@
-#include "app/TextCommands.h"
+#include "app/Commands.h"
 
 #include <wx/srchctrl.h>
+#include <wx/uri.h>
 
+#include "shell/TextUndo.h"
 #include "support/GuiTest.h"
 
 namespace {
 
-struct TextCommandsTest : GuiTest {
-    TextCommandsTest() {
+struct CommandsTest : GuiTest {
+    CommandsTest() {
         BindTextCommands(mHandler);
         mpFrame->SetSizer(new wxBoxSizer(wxVERTICAL));
         ShowAndWait(*mpFrame);
@@ -44,7 +46,7 @@ struct TextCommandsTest : GuiTest {
     wxFrame* mpFrame = new wxFrame(nullptr, wxID_ANY, "window");
 };
 
-TEST_F(TextCommandsTest, EditsTheTextFieldThatHasTheFocus) {
+TEST_F(CommandsTest, EditsTheTextFieldThatHasTheFocus) {
     CheckDelete(*Focus<wxSearchCtrl>("abcd"));
     CheckDelete(*Focus<wxComboBox>("abcd"));
     wxTextCtrl& text = *Focus<wxTextCtrl>("abcd");
@@ -56,6 +58,27 @@ TEST_F(TextCommandsTest, EditsTheTextFieldThatHasTheFocus) {
     ASSERT_TRUE(WaitFor([this] { return IsEnabled(wxID_PASTE); }));
     Run(wxID_PASTE);
     EXPECT_EQ(text.GetValue(), "d");
+    EXPECT_FALSE(IsEnabled(wxID_UNDO));
+    TextUndo::AttachTo(text);
+    text.WriteText("e");
+    EXPECT_TRUE(IsEnabled(wxID_UNDO));
+    Run(wxID_UNDO);
+    EXPECT_EQ(text.GetValue(), "d");
+    EXPECT_FALSE(IsEnabled(wxID_UNDO));
+    Run(wxID_REDO);
+    EXPECT_EQ(text.GetValue(), "de");
+}
+
+TEST_F(CommandsTest, MailsAreOneWordThatReadsAsTheWholeText) {
+    const wxString address = GetFeedbackMailAddress();
+    const wxString text = wxURI::Unescape(address);
+    EXPECT_TRUE(text.StartsWith("mailto:support@example.org?subject=Feedback&body=Version: Velo"));
+    EXPECT_TRUE(
+        text.EndsWith("recommend\r\n\r\nPlease write any other comments or suggestions "
+                      "here:\r\n\r\n"));
+    EXPECT_EQ(address.find_first_of(" \r\n"), wxString::npos);
+    // One question mark starts the query; another would end it for some programs.
+    EXPECT_EQ(address.Freq('?'), 1);
 }
 
 }  // namespace

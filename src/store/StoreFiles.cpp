@@ -1,9 +1,8 @@
-#include "storefile/StoreFileMove.h"
+#include "store/StoreFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <wx/filename.h>
 
 #include <algorithm>
 #include <array>
@@ -15,6 +14,7 @@
 #include <string>
 
 #include "base/FileDescriptor.h"
+#include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/Database.h"
 
@@ -30,7 +30,7 @@ fs::path ToPath(const wxString& path) {
     return fs::u8path(ToUtf8(path));
 }
 
-// A text that no file name can hold as it stands, or that is none.
+// False for a text that no file name can hold as it stands, and for an address.
 bool NamesAFile(const wxString& path) {
     return !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos &&
            FromUtf8(ToUtf8(path)) == path;
@@ -40,15 +40,6 @@ fs::path Beside(const fs::path& store, const char* suffix) {
     fs::path companion = store;
     companion += suffix;
     return companion;
-}
-
-// Makes a change of names in the directory last. A file system that cannot is no reason to fail.
-void SyncDirectory(const fs::path& file) {
-    const FileDescriptor directory(
-        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.IsOpen()) {
-        ::fsync(directory.Get());
-    }
 }
 
 // True when changes wait in one of the engine's files, which would be lost by a move. A store that
@@ -62,7 +53,7 @@ bool HasPendingChanges(const fs::path& store) {
     });
 }
 
-// They hold nothing any more.
+// Call it only when no changes are pending: the files hold nothing then.
 void RemoveCompanions(const fs::path& store) {
     for (const char* const suffix : kCompanions) {
         std::error_code error;
@@ -70,7 +61,7 @@ void RemoveCompanions(const fs::path& store) {
     }
 }
 
-// A name beside a file for something that lives no longer than a move; to be made unique.
+// A pattern for mkstemp and mkdtemp: something beside the file that lives no longer than a move.
 std::string TemporaryName(const fs::path& file) {
     return (file.parent_path() / "velomind-XXXXXX").string();
 }
@@ -139,7 +130,7 @@ ReplacedFile::~ReplacedFile() {
     }
     std::error_code error;
     for (auto suffix = kReplaced.rbegin(); suffix != kReplaced.rend(); ++suffix) {
-        // Fails for what never was there.
+        // A failure means that the file never was there.
         fs::rename(AsideOf(*suffix), Beside(mFile, *suffix), error);
     }
     fs::remove(mDirectory, error);
@@ -171,7 +162,8 @@ int CheckTarget(const fs::path& target) {
     }
 }
 
-// Bytes read, fewer than the block has only at the end of the file; negative on an error.
+// Returns the bytes read, fewer than the block has only at the end of the file; negative on an
+// error.
 ssize_t ReadBlock(int file, Block& block) {
     size_t filled = 0;
     while (filled < block.size()) {
@@ -219,7 +211,7 @@ int CopyBytes(int source, int target) {
 }
 
 int CompareBytes(int source, int target) {
-    // What is read back shall come from the disk.
+    // Drops the cached pages, so that what is read back comes from the disk.
     ::posix_fadvise(target, 0, 0, POSIX_FADV_DONTNEED);
     if (::lseek(source, 0, SEEK_SET) < 0 || ::lseek(target, 0, SEEK_SET) < 0) {
         return errno;
@@ -242,7 +234,8 @@ int CompareBytes(int source, int target) {
     }
 }
 
-// A whole copy under a name of its own, so that a file at the target is not touched before.
+// Makes a whole copy under a name of its own, so that a file at the target is not touched before
+// the copy is known to be good.
 int MakeCopy(const fs::path& source, std::string& copyName) {
     const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status {};
@@ -267,7 +260,7 @@ int MakeCopy(const fs::path& source, std::string& copyName) {
 }
 
 int CopyAndDelete(const fs::path& source, const fs::path& target) {
-    // Asked before anything is replaced: the original could not be deleted.
+    // Without this right the original could not be deleted, so ask before anything is replaced.
     if (::access(source.parent_path().c_str(), W_OK | X_OK) != 0) {
         return errno;
     }
@@ -314,9 +307,7 @@ wxString MakeStorePathFull(const wxString& path) {
     if (!NamesAFile(path)) {
         return path;
     }
-    wxFileName name(path);
-    name.MakeAbsolute();
-    return name.GetFullPath();
+    return FullPath(path);
 }
 
 bool IsSameFile(const wxString& path, const wxString& other) {
@@ -329,7 +320,7 @@ int MoveStoreFile(const wxString& from, const wxString& to) {
     if (!NamesAFile(to)) {
         return to.empty() ? ENOENT : EINVAL;
     }
-    // Where the store is known by a link it is the file that moves, and the link goes.
+    // A link to the store goes; the file behind it moves.
     const fs::path link = ToPath(from);
     std::error_code error;
     const fs::path source = fs::canonical(link, error);

@@ -1,17 +1,12 @@
-#include "list/DropDown.h"
+#include "shell/DropDown.h"
 
-#include <wx/accel.h>
 #include <wx/dcbuffer.h>
-#include <wx/display.h>
-#include <wx/menu.h>
+#include <wx/dcclient.h>
 #include <wx/renderer.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
-#include <wx/time.h>
 
 #include <algorithm>
-#include <memory>
-#include <vector>
 
 #include "shell/Toolkit.h"
 
@@ -20,6 +15,8 @@ namespace {
 constexpr int kPadding = 8;
 constexpr int kArrow = 16;
 constexpr int kWidestLabel = 220;
+constexpr int kBorder = 1;
+constexpr int kSmallestWidth = 160;
 
 }  // namespace
 
@@ -48,7 +45,7 @@ wxDropDownButton::wxDropDownButton(wxWindow* parent, wxWindowID id, const wxStri
 
 void wxDropDownButton::SetLabel(const wxString& label) {
     wxControl::SetLabel(label);
-    SetAccessibleName(*this, wxString::Format(_("Category: %s"), GetLabelText()));
+    SetAccessibleName(*this, GetLabelText());
     InvalidateBestSize();
     Refresh();
 }
@@ -62,8 +59,9 @@ bool wxDropDownButton::SetFont(const wxFont& font) {
 
 wxSize wxDropDownButton::DoGetBestClientSize() const {
     const wxSize text = GetTextExtent(GetLabelText());
-    return wxSize(std::min(text.x, FromDIP(kWidestLabel)), text.y) +
-           FromDIP(wxSize(3 * kPadding + kArrow, 2 * kPadding));
+    const int paddings = text.x == 0 ? 1 : 3;
+    return wxSize(std::min(text.x, FromDIP(kWidestLabel)), GetCharHeight()) +
+           FromDIP(wxSize(paddings * kPadding + kArrow, 2 * kPadding));
 }
 
 void wxDropDownButton::Press() {
@@ -88,6 +86,10 @@ void wxDropDownButton::OnPaint(wxPaintEvent&) {
 
     const int padding = FromDIP(kPadding);
     const int arrow = FromDIP(kArrow);
+    if (GetLabelText().empty()) {
+        renderer.DrawDropArrow(this, dc, area, flags);
+        return;
+    }
     wxRect text = wxRect(area).Deflate(padding, 0);
     text.width -= arrow + padding;
     renderer.DrawDropArrow(this, dc, wxRect(text.GetRight() + padding, area.y, arrow, area.height),
@@ -102,9 +104,10 @@ void wxDropDownButton::OnPaint(wxPaintEvent&) {
 }
 
 void wxDropDownButton::OnLeftDown(wxMouseEvent&) {
-    SetFocus();
+    // The focus closes the drop-down, and the button must not open it again when it is let go.
+    mPressCloses = mpPopup != nullptr && mpPopup->IsShown();
     mPressed = true;
-    mPressCloses = mpPopup != nullptr && (mpPopup->IsShown() || mpPopup->WasJustClosed());
+    SetFocus();
     Refresh();
 }
 
@@ -115,9 +118,7 @@ void wxDropDownButton::OnLeftUp(wxMouseEvent& event) {
     if (!isClick) {
         return;
     }
-    if (mPressCloses) {
-        mpPopup->Dismiss();
-    } else {
+    if (!mPressCloses) {
         Press();
     }
 }
@@ -143,36 +144,20 @@ void wxDropDownButton::OnKeyDown(wxKeyEvent& event) {
     }
 }
 
-namespace {
-
-constexpr long kStyle = wxBORDER_NONE | wxFRAME_NO_TASKBAR | wxFRAME_FLOAT_ON_PARENT;
-// Kept free at the foot of the screen.
-constexpr int kFoot = 26;
-constexpr int kBorder = 1;
-constexpr int kSmallestWidth = 160;
-constexpr int kJustClosedMilliseconds = 250;
-
-void CollectAccelerators(const wxMenu& menu, std::vector<wxAcceleratorEntry>& entries) {
-    for (const wxMenuItem* const item : menu.GetMenuItems()) {
-        if (item->IsSubMenu()) {
-            CollectAccelerators(*item->GetSubMenu(), entries);
-        } else if (const std::unique_ptr<wxAcceleratorEntry> entry{item->GetAccel()}) {
-            entries.emplace_back(entry->GetFlags(), entry->GetKeyCode(), item->GetId());
-        }
-    }
+wxDropDownWindow::wxDropDownWindow(wxWindow* frame, wxWindow* anchor, const wxString& name)
+    : mpAnchor(anchor) {
+    Hide();
+    Create(frame, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE | wxTAB_TRAVERSAL,
+           name);
+    frame->Bind(wxEVT_ACTIVATE, &wxDropDownWindow::OnFrameActivate, this);
+    frame->Bind(wxEVT_SIZE, &wxDropDownWindow::OnFrameSize, this);
+    Bind(wxEVT_CHAR_HOOK, &wxDropDownWindow::OnCharHook, this);
+    Bind(wxEVT_PAINT, &wxDropDownWindow::OnPaint, this);
+    wxEvtHandler::AddFilter(this);
 }
 
-}  // namespace
-
-wxDropDownWindow::wxDropDownWindow(wxWindow* button, const wxString& name)
-    : wxFrame(button, wxID_ANY, wxString(), wxDefaultPosition, wxDefaultSize, kStyle, name) {
-    // Shows as a line around the child.
-    SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
-    Bind(wxEVT_ACTIVATE, &wxDropDownWindow::OnActivate, this);
-    wxGetTopLevelParent(button)->Bind(wxEVT_ACTIVATE, &wxDropDownWindow::OnOwnerActivate, this);
-    Bind(wxEVT_CHAR_HOOK, &wxDropDownWindow::OnCharHook, this);
-    Bind(wxEVT_CLOSE_WINDOW, &wxDropDownWindow::OnClose, this);
-    Bind(wxEVT_MENU, &wxDropDownWindow::OnCommand, this);
+wxDropDownWindow::~wxDropDownWindow() {
+    wxEvtHandler::RemoveFilter(this);
 }
 
 void wxDropDownWindow::SetContent(wxWindow* content) {
@@ -183,67 +168,79 @@ void wxDropDownWindow::SetContent(wxWindow* content) {
 }
 
 void wxDropDownWindow::Popup() {
-    const wxRect button = GetParent()->GetScreenRect();
-    const wxRect screen = wxDisplay(GetParent()).GetGeometry();
-    const wxSize room(screen.GetRight() + 1 - button.x, screen.GetBottom() + 1 - button.y - kFoot);
-    wxSize wanted = mpContent->GetBestSize() + 2 * FromDIP(wxSize(kBorder, kBorder));
-    wanted.IncTo(wxSize(std::max(button.width, FromDIP(kSmallestWidth)), 0));
-    wanted.DecTo(room);
-    SetSize(wxRect(button.GetBottomLeft() + wxPoint(0, 1), wanted));
-    Layout();
+    mFormerFocus = FindFocus();
     Show();
+    Place();
+    // Over the contents of the frame that were created later.
     Raise();
     mpContent->SetFocus();
+    // A list does not tell the windows around it of its focus.
+    wxChildFocusEvent notice(mpContent);
+    ProcessWindowEvent(notice);
 }
 
 void wxDropDownWindow::Dismiss() {
-    if (IsShown()) {
-        HideNow();
-        GetParent()->SetFocus();
-    }
-}
-
-bool wxDropDownWindow::WasJustClosed() const {
-    return wxGetUTCTimeMillis() - mClosedAt < kJustClosedMilliseconds;
-}
-
-void wxDropDownWindow::TakeAccelerators(const wxMenuBar& bar) {
-    std::vector<wxAcceleratorEntry> entries;
-    for (size_t i = 0; i < bar.GetMenuCount(); ++i) {
-        CollectAccelerators(*bar.GetMenu(i), entries);
-    }
-    SetAcceleratorTable(wxAcceleratorTable(static_cast<int>(entries.size()), entries.data()));
-}
-
-void wxDropDownWindow::HideNow() {
-    mClosedAt = wxGetUTCTimeMillis();
-    Hide();
-}
-
-void wxDropDownWindow::OnActivate(wxActivateEvent& event) {
-    event.Skip();
-    if (event.GetActive()) {
-        mComesBack = false;
-        mpContent->SetFocus();
-    } else if (mIsHeld()) {
-        mComesBack = true;
-    } else if (IsShown()) {
-        HideNow();
-    }
-}
-
-// The window manager may give the activation of a dialog that ended to the frame.
-void wxDropDownWindow::OnOwnerActivate(wxActivateEvent& event) {
-    event.Skip();
-    if (!event.GetActive() || !IsShown() || mIsHeld()) {
+    if (!IsShown()) {
         return;
     }
-    if (mComesBack) {
-        mComesBack = false;
-        Raise();
-        mpContent->SetFocus();
-    } else {
-        HideNow();
+    Hide();
+    if (mFormerFocus != nullptr) {
+        mFormerFocus->SetFocus();
+    }
+}
+
+void wxDropDownWindow::Place() {
+    const wxRect anchor = mpAnchor == nullptr ? wxRect() : mpAnchor->GetRect();
+    const wxPoint place(anchor.x, anchor.y + anchor.height);
+    const wxSize frame = GetParent()->GetClientSize();
+    wxSize wanted = mpContent->GetBestSize() + 2 * FromDIP(wxSize(kBorder, kBorder));
+    wanted.IncTo(wxSize(std::max(anchor.width, FromDIP(kSmallestWidth)), 0));
+    wanted.DecTo(frame - wxSize(place.x, place.y));
+    SetSize(wxRect(place, wanted));
+    Layout();
+}
+
+bool wxDropDownWindow::IsOutside(const wxWindow& window) const {
+    const wxWindow* other = &window;
+    while (other != nullptr && other != this && !other->IsTopLevel()) {
+        other = other->GetParent();
+    }
+    return other == GetParent();
+}
+
+// Sees every event of the program before its window does.
+int wxDropDownWindow::FilterEvent(wxEvent& event) {
+    const wxEventType type = event.GetEventType();
+    const bool isPress =
+        type == wxEVT_LEFT_DOWN || type == wxEVT_MIDDLE_DOWN || type == wxEVT_RIGHT_DOWN;
+    if (!IsShown() || (!isPress && type != wxEVT_SET_FOCUS)) {
+        return Event_Skip;
+    }
+    const auto* const window = dynamic_cast<const wxWindow*>(event.GetEventObject());
+    if (window == nullptr || !IsOutside(*window)) {
+        return Event_Skip;
+    }
+    if (!isPress) {
+        Hide();
+    } else if (window != mpAnchor) {
+        // The place that was pressed may take no focus.
+        Dismiss();
+    }
+    return Event_Skip;
+}
+
+void wxDropDownWindow::OnFrameActivate(wxActivateEvent& event) {
+    event.Skip();
+    if (!event.GetActive() && !mIsHeld()) {
+        Dismiss();
+    }
+}
+
+void wxDropDownWindow::OnFrameSize(wxSizeEvent& event) {
+    event.Skip();
+    if (IsShown()) {
+        // The frame has given the anchor its new place by then.
+        CallAfter([this] { Place(); });
     }
 }
 
@@ -255,16 +252,9 @@ void wxDropDownWindow::OnCharHook(wxKeyEvent& event) {
     }
 }
 
-// Only the button ends it.
-void wxDropDownWindow::OnClose(wxCloseEvent& event) {
-    event.Veto();
-    Dismiss();
-}
-
-void wxDropDownWindow::OnCommand(wxCommandEvent& event) {
-    wxUpdateUIEvent rule(event.GetId());
-    rule.SetEventObject(this);
-    GetParent()->ProcessWindowEvent(rule);
-    const bool isEnabled = !rule.GetSetEnabled() || rule.GetEnabled();
-    event.Skip(isEnabled);
+// Draws the line around the child.
+void wxDropDownWindow::OnPaint(wxPaintEvent&) {
+    wxPaintDC dc(this);
+    dc.SetBackground(wxBrush(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW)));
+    dc.Clear();
 }

@@ -1,4 +1,4 @@
-#include "storefile/StoreFileMove.h"
+#include "store/StoreFiles.h"
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -28,8 +28,8 @@ struct FullDisk {
     }
 };
 
-struct StoreFileMoveTest : ::testing::Test {
-    StoreFileMoveTest() { WriteBytes(mStore, mCards); }
+struct StoreFilesTest : ::testing::Test {
+    StoreFilesTest() { WriteBytes(mStore, mCards); }
 
     wxString Path(const wxString& name) const { return mDirectory.Path(name); }
     size_t CountFiles() const {
@@ -43,7 +43,7 @@ struct StoreFileMoveTest : ::testing::Test {
     const std::string mCards = std::string(100001, 'a') + std::string(100000, 'b');
 };
 
-TEST_F(StoreFileMoveTest, AMoveFollowsALinkAndReplacesAFileWithWhatWasLeftBesideIt) {
+TEST_F(StoreFilesTest, AMoveFollowsALinkAndReplacesAFileWithWhatWasLeftBesideIt) {
     const wxString target = Path("other.vlm");
     WriteBytes(target, "old");
     WriteBytes(target + "-journal", "would be played back into the cards");
@@ -55,7 +55,7 @@ TEST_F(StoreFileMoveTest, AMoveFollowsALinkAndReplacesAFileWithWhatWasLeftBeside
     EXPECT_EQ(CountFiles(), 1u);
 }
 
-TEST_F(StoreFileMoveTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
+TEST_F(StoreFilesTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
     ASSERT_TRUE(wxFileName::Mkdir(Path("directory")));
     ASSERT_EQ(::symlink(mStore.utf8_str(), Path("link.vlm").utf8_str()), 0);
     const std::pair<wxString, int> cases[] = {{wxString(), ENOENT},
@@ -76,7 +76,7 @@ TEST_F(StoreFileMoveTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
     EXPECT_FALSE(wxFileName::Exists(Path("other.vlm")));
 }
 
-TEST_F(StoreFileMoveTest, AFailedMoveLeavesWhatItWasToReplaceWhole) {
+TEST_F(StoreFilesTest, AFailedMoveLeavesWhatItWasToReplaceWhole) {
     const wxString target = Path("other.vlm");
     const auto expectWhole = [&] {
         EXPECT_EQ(ReadBytes(target), "old");
@@ -96,7 +96,7 @@ TEST_F(StoreFileMoveTest, AFailedMoveLeavesWhatItWasToReplaceWhole) {
     expectWhole();
 }
 
-TEST_F(StoreFileMoveTest, AcrossFileSystemsTheOriginalGoesLast) {
+TEST_F(StoreFilesTest, AcrossFileSystemsTheOriginalGoesLast) {
     const wxString target = Path("other.vlm");
     WriteBytes(target, "old");
     for (const rlim_t room : {rlim_t{0}, rlim_t{100000}}) {

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <wx/string.h>
+
+class wxEvtHandler;
+
+// The commands that need no window of their own: they work on whatever has the focus or start
+// another program. The application binds them, and so they are there in every window whose own
+// table does not take them first.
+
+// Binds Undo, Redo, Cut, Copy, Paste, Delete and Select All to the text field that has the keyboard
+// focus, with the rules that enable them. Without such a field they are disabled and pass on.
+void BindTextCommands(wxEvtHandler& handler);
+
+// Binds the commands of the Help menu and the test command.
+void BindHelpCommands(wxEvtHandler& handler);
+
+// Returns the path of the user guide, which lies beside the program's own file.
+wxString GetHelpFilePath();
+
+// Return the mails that a user can send to the maker, as addresses for the mail program. Subject
+// and body are percent-encoded, so that the address is one word without blanks and line breaks.
+wxString GetSupportMailAddress();
+wxString GetFeedbackMailAddress();

@@ -1,3 +1,0 @@
-#include "base/Trace.h"
-
-TraceHook gTraceHook = nullptr;

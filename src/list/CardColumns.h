@@ -1,0 +1,57 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "scheduler/ReviewArithmetic.h"
+#include "store/Database.h"
+
+// The columns that the list of cards can show, in the order in which they stand. The first three
+// are always there, and the user shows and hides the others.
+enum class ListColumn : uint8_t {
+    kNumber,
+    kFront,
+    kBack,
+    kAuthor,
+    kChapter,
+    kForwardExclude,
+    kReverseExclude,
+    kNotes,
+    // Shown only during a search in all categories.
+    kCategory,
+    kNextReview,
+    kInterval
+};
+using ListColumns = std::vector<ListColumn>;
+
+struct ListColumnTraits {
+    ListColumn Column;
+    // Not translated yet. The menu and the settings name the column so, too.
+    const char* Heading;
+    // The menu entry that shows and hides the column; 0 when it is always shown.
+    int MenuId;
+    // How many digits the column has room for at first; 0 for a text column, which shares what
+    // others leave.
+    int Digits;
+    // What the store sorts by while cards are studied forward, and in reverse.
+    CardColumn Order;
+    CardColumn ReverseOrder;
+};
+const std::vector<ListColumnTraits>& AllListColumns();
+const ListColumnTraits& TraitsOf(ListColumn column);
+
+// Returns what the cell of a card shows, on one line. Next review and interval are those of the
+// direction, and empty until the card was scored in it. The cell of kCategory is empty: a card does
+// not know the name of its category.
+wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection direction);
+
+// The columns that the settings name as shown, in order, with those that are always there.
+ListColumns ReadShownColumns();
+void WriteShownColumns(const ListColumns& columns);
+
+// Lets the columns of width 0 share evenly what the others leave of the room, in pixels. None gets
+// less than the least.
+void ShareRoom(std::vector<int>& widths, int room, int least);

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <wx/string.h>
+
+// The store file as a file among others: its path, its move to another place, its end. Nobody may
+// have the store open meanwhile. The engine may have left files of its own beside the store, such
+// as a journal; they belong to it, go with it, and must never meet another store.
+
+// Returns the full form of a path, whether or not the file exists. A text that names no store, the
+// empty one or an address that begins with "file:", stays as it is.
+wxString MakeStorePathFull(const wxString& path);
+
+// Returns true for one file under two paths: through a link, or a second name.
+bool IsSameFile(const wxString& path, const wxString& other);
+
+// Moves the store to another path, over a plain file that may be there, and across file systems if
+// need be. Returns 0, or the system's number of the error; the store then is whole where it was,
+// and so is the file that it was to replace. At no moment are its cards in no file.
+int MoveStoreFile(const wxString& from, const wxString& to);
+
+// The way across file systems: copies, compares byte for byte, and only then deletes. Returns 0, or
+// the error's number with the store where it was.
+int CopyAndDeleteStoreFile(const wxString& from, const wxString& to);
+
+// Deletes a store file, and what the engine may have left beside it. Returns 0, or the error's
+// number with all of it still there.
+int DeleteStoreFile(const wxString& path);

@@ -1,0 +1,96 @@
+#include "study/BreakBar.h"
+
+#include <wx/bmpbuttn.h>
+#include <wx/button.h>
+#include <wx/intl.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+
+#include <algorithm>
+
+#include "shell/CommandIds.h"
+#include "shell/Toolkit.h"
+
+namespace {
+
+// Logical pixels between the parts, and between the parts and the sides of the bar.
+constexpr int kBetween = 6;
+constexpr int kEdge = 12;
+constexpr int kNarrowestMessage = 120;
+
+// The background with a quarter of the colour of selections in it, in a light theme and in a dark
+// one.
+wxColour BarColour() {
+    const wxColour back = wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE);
+    const wxColour tint = wxSystemSettings::GetColour(wxSYS_COLOUR_HIGHLIGHT);
+    const auto mix = [](unsigned char a, unsigned char b) {
+        return static_cast<unsigned char>((3 * a + b) / 4);
+    };
+    return wxColour(mix(back.Red(), tint.Red()), mix(back.Green(), tint.Green()),
+                    mix(back.Blue(), tint.Blue()));
+}
+
+}  // namespace
+
+BreakBar::BreakBar(wxWindow* parent) {
+    wxPanel::Create(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "breakBar");
+    mpText = new wxStaticText(this, wxID_ANY, wxString());
+    mpOffer = new wxButton(this, ID_NEXT_DUE_CATEGORY, wxString());
+    mpOffer->SetToolTip(_("Studies the next category with due cards (Ctrl+D)."));
+    mpDismiss = wxBitmapButton::NewCloseButton(this, wxID_CLOSE);
+    mpDismiss->SetToolTip(_("Dismiss (Esc)"));
+    SetAccessibleName(*mpDismiss, _("Dismiss"));
+    for (wxWindow* const button : {static_cast<wxWindow*>(mpOffer), mpDismiss}) {
+        button->SetCanFocus(false);
+    }
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    const int between = FromDIP(kBetween);
+    row->Add(mpText, wxSizerFlags(1).CentreVertical().Border(wxLEFT, FromDIP(kEdge)));
+    row->Add(mpOffer, wxSizerFlags().CentreVertical().Border(wxLEFT | wxTOP | wxBOTTOM, between));
+    row->Add(mpDismiss, wxSizerFlags().CentreVertical().Border(wxALL, between));
+    SetSizer(row);
+    UseColours();
+    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        event.Skip();
+        WrapMessage();
+    });
+}
+
+void BreakBar::SetTexts(const wxString& message, const wxString& offer) {
+    const wxString label = wxControl::EscapeMnemonics(offer);
+    if (message == mMessage && label == mpOffer->GetLabel()) {
+        return;
+    }
+    mMessage = message;
+    mpOffer->SetLabel(label);
+    mpOffer->Show(!label.empty());
+    mWrapWidth = -1;
+    WrapMessage();
+}
+
+void BreakBar::UseColours() {
+    SetBackgroundColour(BarColour());
+    mpText->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNTEXT));
+    mpDismiss->SetBackgroundColour(BarColour());
+    Refresh();
+}
+
+// Breaks the message at the width that the buttons leave, and tells the frame the new height.
+void BreakBar::WrapMessage() {
+    const int between = FromDIP(kBetween);
+    int width = GetClientSize().x - FromDIP(kEdge) - mpDismiss->GetBestSize().x - 3 * between;
+    if (mpOffer->IsShown()) {
+        width -= mpOffer->GetBestSize().x;
+    }
+    width = std::max(width, FromDIP(kNarrowestMessage));
+    if (width == mWrapWidth) {
+        return;
+    }
+    mWrapWidth = width;
+    mpText->SetLabel(mMessage);
+    mpText->Wrap(width);
+    InvalidateBestSize();
+    // The frame is laying itself out when the bar gets its size.
+    CallAfter([this] { GetParent()->Layout(); });
+}

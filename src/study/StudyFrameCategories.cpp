@@ -1,0 +1,123 @@
+#include <wx/intl.h>
+#include <wx/listctrl.h>
+#include <wx/sizer.h>
+#include <wx/statusbr.h>
+
+#include "base/Text.h"
+#include "shell/AppServices.h"
+#include "shell/DropDown.h"
+#include "storefile/CategoryList.h"
+#include "study/BreakBar.h"
+#include "study/CardViewer.h"
+#include "study/StudyFrame.h"
+#include "study/StudyTexts.h"
+
+// How the study window tells of the end of the day, and goes from one category to another without
+// the list.
+//
+// A break begins when nothing of the category is due and ends when the next card falls due. Cards
+// shown meanwhile are early review, which the bar says. Who fails such a card makes it due at once,
+// but that is the same break still: a bar once dismissed stays away until the time that it told.
+
+namespace {
+
+constexpr int kCategoryListId = 11001;
+
+}  // namespace
+
+bool StudyFrame::IsBreakDismissed() const {
+    return mDismissedBreak.End.IsValid() &&
+           mDismissedBreak.CategoryId == mpScheduler->GetCategoryId() &&
+           mDismissedBreak.IsReverse == mReverseStudy &&
+           mServices.GetClock().Now() < mDismissedBreak.End;
+}
+
+void StudyFrame::UpdateBreakBar() {
+    const bool shows = HasCard() && mpScheduler->IsBreakTime() && !IsBreakDismissed();
+    if (shows) {
+        // The categories are counted once for a bar, and not again at each score.
+        if (!mpBreakBar->IsShown() || mIsOfferStale) {
+            const std::vector<CategoryReady> categories = mpScheduler->CountCategories();
+            mOffer = OfferText(FindNextDue(categories, mpScheduler->GetCategoryId()));
+            mIsOfferStale = false;
+        }
+        mpBreakBar->SetTexts(
+            BreakMessage(mpScheduler->GetNextDueTime(), mServices.GetClock().Now()), mOffer);
+    }
+    if (mpBreakBar->IsShown() != shows) {
+        GetSizer()->Show(mpBreakBar, shows);
+        Layout();
+    }
+}
+
+void StudyFrame::DismissBreak() {
+    mDismissedBreak = {mpScheduler->GetCategoryId(), mReverseStudy, mpScheduler->GetNextDueTime()};
+    UpdateBreakBar();
+    TakeKeys();
+}
+
+void StudyFrame::OnCharHook(wxKeyEvent& event) {
+    if (event.GetKeyCode() == WXK_ESCAPE && !event.HasAnyModifiers() && mpBreakBar->IsShown() &&
+        !IsChoosingCategory()) {
+        DismissBreak();
+    } else {
+        event.Skip();
+    }
+}
+
+void StudyFrame::GoToNextDue() {
+    if (mpScheduler == nullptr) {
+        return;
+    }
+    const std::vector<CategoryReady> categories = mpScheduler->CountCategories();
+    const CategoryReady* const next = FindNextDue(categories, mpScheduler->GetCategoryId());
+    if (next == nullptr) {
+        mpStatusBar->SetStatusText(_("No other category has due cards"), kStepField);
+        return;
+    }
+    mpScheduler->SetHistoryIndex(-1);
+    mServices.SetCurrentCategoryId(*mpDatabase, next->Info.Id);
+    mpDatabase->Notify();
+    mpCardViewer->ScrollToTop();
+    mpStatusBar->SetStatusText(wxString::Format(_("Category: %s"), ShownName(next->Info.Name)),
+                               kStepField);
+    TakeKeys();
+}
+
+bool StudyFrame::IsChoosingCategory() const {
+    return mpCategories != nullptr && mpCategories->IsShown();
+}
+
+void StudyFrame::CreateCategories() {
+    mpCategories = new wxDropDownWindow(this, nullptr);
+    mpCategoryList = new CategoryList(mServices, mpCategories, kCategoryListId);
+    mpCategories->SetContent(mpCategoryList);
+    mpCategories->StayOpenWhile([this] { return mpCategoryList->IsAsking(); });
+    mpCategoryList->Bind(wxEVT_LIST_ITEM_ACTIVATED,
+                         [this](wxListEvent&) { mpCategories->Dismiss(); });
+    mpCategories->Bind(wxEVT_SHOW, [this](wxShowEvent& event) {
+        event.Skip();
+        if (!event.IsShown()) {
+            // The window that had the keys before may have gone with its card.
+            CallAfter([this] { TakeKeys(); });
+        }
+    });
+}
+
+void StudyFrame::ChooseCategory() {
+    if (IsChoosingCategory()) {
+        mpCategories->Dismiss();
+        return;
+    }
+    if (mpScheduler == nullptr) {
+        return;
+    }
+    if (mpCategories == nullptr) {
+        CreateCategories();
+    }
+    mpScheduler->SetHistoryIndex(-1);
+    // Attached anew, the list counts anew.
+    mpCategoryList->SetDatabase(nullptr);
+    mpCategoryList->SetDatabase(mpDatabase);
+    mpCategories->Popup();
+}
