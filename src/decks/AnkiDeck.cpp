@@ -25,6 +25,8 @@ namespace {
 using nlohmann::json;
 
 constexpr int64_t kDay = 86400;
+// Keeps sums far from their ends; more than all the days of the years up to 9999.
+constexpr int64_t kGreatestDays = 3000000;
 // A number of days is never so large, nor a moment since 2001 so small.
 constexpr int64_t kLeastMoment = 1000000000;
 constexpr size_t kNoField = static_cast<size_t>(-1);
@@ -995,7 +997,6 @@ void AnkiDeck::Push(DeckCard&& card) {
 }  // namespace
 
 CardSchedule MakeAnkiSchedule(const AnkiCard& card, int64_t created, int64_t now, bool& clamped) {
-    static constexpr int64_t kGreatestDays = 3000000;
     CardSchedule schedule;
     if (card.Type == 0) {
         return schedule;

@@ -85,7 +85,7 @@ const CardAttribute& DeckReader::GetAttribute(uint32_t index) const {
     return mAttributes[index];
 }
 
-void DeckReader::Add(const wxChar* name, const wxString& value) {
+void DeckReader::Add(const wxString& name, const wxString& value) {
     CardAttribute& attribute = mAttributes.Append();
     attribute.Name = name;
     attribute.Value = value;
@@ -99,19 +99,19 @@ bool DeckReader::ReadRecord() {
         return false;
     }
     ++mCardNumber;
-    Add(wxT("id"), FormatUuid(card.Card.CardId));
-    Add(wxT("front"), card.Card.Front);
-    Add(wxT("front2"), card.Front2);
-    Add(wxT("back"), card.Card.Back);
-    Add(wxT("back2"), card.Back2);
-    Add(wxT("notes"), card.Card.Notes);
+    Add("id", FormatUuid(card.Card.CardId));
+    Add("front", card.Card.Front);
+    Add("front2", card.Front2);
+    Add("back", card.Card.Back);
+    Add("back2", card.Back2);
+    Add("notes", card.Card.Notes);
     // Where the card stands and what was learned of it here is newer than the deck.
     if (mOptions.IsStored && mOptions.IsStored(card.Card.CardId)) {
         return true;
     }
-    Add(wxT("category"), card.Category);
-    Add(wxT("forwardX"), card.Card.ForwardX ? "true" : "false");
-    Add(wxT("reverseX"), card.Card.ReverseX ? "true" : "false");
+    Add("category", card.Category);
+    Add("forwardX", card.Card.ForwardX ? "true" : "false");
+    Add("reverseX", card.Card.ReverseX ? "true" : "false");
     if (mOptions.WithSchedules) {
         AddSchedule(wxString(), card.Card.Forward);
         AddSchedule("r", card.Card.Reverse);
@@ -123,13 +123,13 @@ void DeckReader::AddSchedule(const wxString& prefix, const CardSchedule& schedul
     if (!schedule.Introduced) {
         return;
     }
-    Add((prefix + "introduced").wc_str(), "true");
-    Add((prefix + "lastReview").wc_str(), FormatTimeStamp(schedule.LastReview));
-    Add((prefix + "lastScore").wc_str(), wxString::Format("%u", unsigned{schedule.LastScore}));
-    Add((prefix + "reviewInterval").wc_str(),
+    Add(prefix + "introduced", "true");
+    Add(prefix + "lastReview", FormatTimeStamp(schedule.LastReview));
+    Add(prefix + "lastScore", wxString::Format("%u", unsigned{schedule.LastScore}));
+    Add(prefix + "reviewInterval",
         wxString::FromCDouble(static_cast<double>(schedule.ReviewInterval), 6));
-    Add((prefix + "difficulty").wc_str(), wxString::Format("%u", unsigned{schedule.Difficulty}));
-    Add((prefix + "erc").wc_str(), wxString::Format("%i", schedule.ERC));
+    Add(prefix + "difficulty", wxString::Format("%u", unsigned{schedule.Difficulty}));
+    Add(prefix + "erc", wxString::Format("%i", schedule.ERC));
 }
 
 wxString GuardSide(const wxString& side) {

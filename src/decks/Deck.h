@@ -152,7 +152,7 @@ class DeckReader : public CardRecordReader {
     const Deck& GetDeck() const { return *mDeck; }
 
   private:
-    void Add(const wxChar* name, const wxString& value);
+    void Add(const wxString& name, const wxString& value);
     void AddSchedule(const wxString& prefix, const CardSchedule& schedule);
 
     std::unique_ptr<Deck> mDeck;
