@@ -186,6 +186,8 @@ struct TypePlan {
     size_t ClozeField = 0;
     // Some template shows the field with its readings.
     std::set<size_t> WithReadings;
+    // Fields that only switch others on, such as one that asks for a reverse card.
+    std::set<size_t> Switches;
     int64_t Hints = 0;
 };
 
@@ -226,11 +228,16 @@ class Planner {
             const auto answer = ParseTemplate(source.Answer, mType.Fields);
             NoteFilters(question);
             NoteFilters(answer);
+            NoteSwitches(question);
+            NoteSwitches(answer);
             mQuestions.push_back(Visible(question, true));
             mAnswers.push_back(Visible(answer, false));
             if (mQuestions.back().empty() && !mType.Fields.empty()) {
                 mQuestions.back().push_back(ShownField());
             }
+        }
+        for (const size_t field : mShown) {
+            mPlan.Switches.erase(field);
         }
         std::set<size_t> taken;
         for (size_t i = 0; i < mQuestions.size(); ++i) {
@@ -251,6 +258,15 @@ class Planner {
                 mPlan.WithReadings.insert(field.Field);
             }
             mPlan.Hints += field.IsHint ? 1 : 0;
+        }
+    }
+
+    void NoteSwitches(const std::vector<ShownField>& shown) {
+        for (const ShownField& field : shown) {
+            mShown.insert(field.Field);
+            for (const ShownField::Condition& condition : field.Conditions) {
+                mPlan.Switches.insert(condition.Field);
+            }
         }
     }
 
@@ -316,6 +332,7 @@ class Planner {
     const NoteType& mType;
     std::vector<std::vector<ShownField>> mQuestions;
     std::vector<std::vector<ShownField>> mAnswers;
+    std::set<size_t> mShown;
     TypePlan mPlan;
 };
 
@@ -870,15 +887,24 @@ void AnkiDeck::MakePairCard(const NoteType& type, const TypePlan& plan, size_t w
 void AnkiDeck::FillSides(const TypePlan& plan, size_t which, const Note& note, DeckCard& card,
                          std::set<size_t>& used) const {
     const Pair& pair = plan.Pairs[which];
-    const auto fill = [&](const std::vector<ShownField>& shown, wxString& side, wxString& second) {
+    const auto add = [&](const std::vector<ShownField>& shown, bool always, wxString& side,
+                         wxString& second) {
         for (const ShownField& field : shown) {
-            if (field.Field < note.Count() && note.IsShown(field)) {
+            if (field.Field < note.Count() && (always || note.IsShown(field))) {
                 AddLine(side, note.Text(field.Field));
                 AddLine(second, OneLine(note.Reading(field.Field)));
                 used.insert(field.Field);
             }
         }
     };
+    const auto fill = [&](const std::vector<ShownField>& shown, wxString& side, wxString& second) {
+        add(shown, false, side, second);
+        // The question of a direction that this note does not have shows nothing.
+        if (side.empty()) {
+            add(shown, true, side, second);
+        }
+    };
+    used = plan.Switches;
     fill(pair.Front, card.Card.Front, card.Front2);
     fill(pair.Back, card.Card.Back, card.Back2);
     for (const size_t field : pair.Second) {
@@ -920,7 +946,8 @@ wxString AnkiDeck::MakeNotes(const NoteType& type, const Note& note, const std::
     for (size_t i = 0; i < note.Count(); ++i) {
         if (used.count(i) == 0 && !note.Text(i).empty()) {
             const wxString name = i < type.Fields.size() ? type.Fields[i] + ": " : wxString();
-            AddLine(notes, name + note.Text(i));
+            const wxString& reading = note.Reading(i);
+            AddLine(notes, name + note.Text(i) + (reading.empty() ? "" : " (" + reading + ")"));
         }
     }
     if (!tags.empty()) {

@@ -1,7 +1,6 @@
 #include "decks/AnkiTemplate.h"
 
 #include <algorithm>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -148,7 +147,6 @@ struct ClozeSpan {
 };
 
 constexpr size_t kDeepest = 10;
-constexpr size_t kMostClozes = 500;
 
 // Reads "{{c1::" or "{{c1,2::" at that place. Returns its length, or 0.
 size_t ReadClozeOpening(Text text, size_t at, std::vector<int>& numbers) {
@@ -308,17 +306,6 @@ FuriganaText ReadFurigana(const wxString& text) {
         }
     }
     return {base, hasReading ? wxString(reading) : wxString()};
-}
-
-std::vector<int> FindClozes(const wxString& text) {
-    std::set<int> numbers;
-    for (const ClozeSpan& span : FindSpans(ViewOf(text))) {
-        numbers.insert(span.Numbers.begin(), span.Numbers.end());
-    }
-    numbers.erase(0);
-    std::vector<int> found(numbers.begin(), numbers.end());
-    found.resize(std::min(found.size(), kMostClozes));
-    return found;
 }
 
 ClozeCard MakeClozeCard(const wxString& text, int number) {

@@ -42,12 +42,9 @@ struct FuriganaText {
 };
 FuriganaText ReadFurigana(const wxString& text);
 
-// The numbers of the deletions in a text such as "{{c1::Paris}} is in {{c2::France::land}}", each
-// once and ascending; at most 500 of them.
-std::vector<int> FindClozes(const wxString& text);
-
-// One card of such a text, as HTML: the question with "[...]" or the hint in the place of what has
-// that number, what was hidden, and the whole text.
+// One card of a text with deletions, such as "{{c1::Paris}} is in {{c2::France::land}}", as HTML:
+// the question with "[...]" or the hint in the place of what has that number, what was hidden, and
+// the whole text.
 struct ClozeCard {
     wxString Question;
     std::vector<wxString> Hidden;

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
+#include <wx/log.h>
 #include <wx/wfstream.h>
 #include <wx/zipstrm.h>
 #include <zstd.h>
@@ -117,6 +118,7 @@ class Package {
         }
     }
 
+    bool IsEmpty() const { return mMembers.empty(); }
     bool Has(const wxString& name) const { return mMembers.count(name) != 0; }
 
     // Gives the bytes of a member to a function, which returns false to stop with a message.
@@ -202,8 +204,10 @@ bool DeckFile::IsDeck(const wxString& path) {
         return false;
     }
     if (IsPackage(path)) {
+        // A package without members is one that was cut, and is to be called so.
+        const wxLogNull silence;
         const Package package(path);
-        return package.Has("cards.xml") || package.Has("collection.anki2") ||
+        return package.IsEmpty() || package.Has("cards.xml") || package.Has("collection.anki2") ||
                package.Has("collection.anki21") || package.Has("collection.anki21b");
     }
     ForeignDatabase database;
@@ -213,6 +217,8 @@ bool DeckFile::IsDeck(const wxString& path) {
 }
 
 std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message) {
+    // The message alone tells what is wrong.
+    const wxLogNull silence;
     std::shared_ptr<DeckFile> file(new DeckFile);
     file->mName = wxFileName(path).GetName();
     std::string directory =

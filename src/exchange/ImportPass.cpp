@@ -54,7 +54,7 @@ bool Pass::Run() {
         return mResult.Fail(DatabaseFileMessage(mInput.FileName));
     }
     const StoreReadLock lock(mDatabase);
-    return mCategories.Load() && mSource.Open(mInput, mResult) && ReadRecords();
+    return mCategories.Load() && mSource.Open(mInput, mDatabase, mResult) && ReadRecords();
 }
 
 bool Pass::ReadRecords() {
@@ -85,6 +85,11 @@ bool Pass::Finish() {
     if (mSource.HasFailed()) {
         mResult.LineNumber = line;
         return mResult.Fail(mSource.FailureMessage());
+    }
+    const wxString failure = reader.GetFailure();
+    if (!failure.empty()) {
+        mResult.LineNumber = -1;
+        return mResult.Fail(failure);
     }
     switch (reader.GetError()) {
         case CardRecordReader::kMissingSeparator:

@@ -110,6 +110,8 @@ int ForeignDatabase::Open(const wxString& path) {
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    // A column that is missing is a failure and not a text.
+    sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_create_collation(mpHandle, "unicase", SQLITE_UTF8, nullptr, CompareIgnoringCase);
     sqlite3_exec(mpHandle, "PRAGMA cell_size_check=ON;", nullptr, nullptr, nullptr);
     sqlite3_set_authorizer(mpHandle, AllowReading, nullptr);
