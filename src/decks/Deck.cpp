@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <list>
 #include <utility>
 
 #include "base/Text.h"
 #include "base/Time.h"
 #include "base/Unicode.h"
+#include "store/Database.h"
 
 wxString DescribeLoss(DeckLoss loss, int64_t count) {
     if (count <= 0) {
@@ -106,7 +108,9 @@ bool DeckReader::ReadRecord() {
     Add("back2", card.Back2);
     Add("notes", card.Card.Notes);
     // Where the card stands and what was learned of it here is newer than the deck.
-    if (mOptions.IsStored && mOptions.IsStored(card.Card.CardId)) {
+    wxString category;
+    if (mOptions.FindStored && mOptions.FindStored(card.Card.CardId, category)) {
+        Add("category", category);
         return true;
     }
     Add("category", card.Category);
@@ -130,6 +134,28 @@ void DeckReader::AddSchedule(const wxString& prefix, const CardSchedule& schedul
         wxString::FromCDouble(static_cast<double>(schedule.ReviewInterval), 6));
     Add(prefix + "difficulty", wxString::Format("%u", unsigned{schedule.Difficulty}));
     Add(prefix + "erc", wxString::Format("%i", schedule.ERC));
+}
+
+std::unique_ptr<CardRecordReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
+                                                 DeckOptions options, Database& database,
+                                                 wxString& message) {
+    options.FindStored = [&database](const CardUuid& id, wxString& name) {
+        std::list<FlashCard> cards;
+        if (database.SelectCardById(id, cards) < 0 || cards.empty()) {
+            return false;
+        }
+        std::list<Category> categories;
+        if (database.SelectCategoryById(cards.front().CategoryId, categories) >= 0 &&
+            !categories.empty()) {
+            name = categories.front().Name;
+        }
+        return true;
+    };
+    std::unique_ptr<Deck> deck = file == nullptr ? nullptr : file->OpenDeck(options, message);
+    if (deck == nullptr) {
+        return nullptr;
+    }
+    return std::make_unique<DeckReader>(std::move(deck), options);
 }
 
 wxString GuardSide(const wxString& side) {

@@ -12,6 +12,8 @@
 #include "exchange/CardRecord.h"
 #include "store/FlashCard.h"
 
+class Database;
+
 // Decks of other programs as records for the import. A deck is opened from its file, gives its
 // cards one by one, and counts what of it has no place here.
 
@@ -62,8 +64,9 @@ struct DeckOptions {
     bool WholeDeckNames = true;
     // The roles of fields that somebody has chosen, by the type's Id.
     std::map<wxString, std::vector<FieldRole>> Roles;
-    // Cards that the store has keep their category and schedules. May be empty.
-    std::function<bool(const CardUuid& id)> IsStored;
+    // Finds the name of the category that a card of the store is in; false for a card that it does
+    // not have. Such cards keep their category and schedules. May be empty.
+    std::function<bool(const CardUuid& id, wxString& category)> FindStored;
 };
 
 // A card of a deck, with the parts of it that a FlashCard does not hold by themselves.
@@ -160,6 +163,12 @@ class DeckReader : public CardRecordReader {
     AttributeList mAttributes;
     int32_t mCardNumber = 0;
 };
+
+// Opens the deck for an import into the database, which is not owned. Null and the reason when that
+// fails; a null file has failed before.
+std::unique_ptr<CardRecordReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
+                                                 DeckOptions options, Database& database,
+                                                 wxString& message);
 
 // What the decks of both programs share.
 

@@ -15,7 +15,6 @@
 #include "base/Text.h"
 #include "shell/Forms.h"
 #include "shell/Toolkit.h"
-#include "store/Database.h"
 
 namespace {
 
@@ -201,14 +200,7 @@ DeckOptions DeckPanel::GetOptions() const {
 }
 
 DeckReaderMaker DeckPanel::GetReaderMaker() const {
-    return [file = mFile, options = GetOptions()](
-               Database& database, wxString& message) -> std::unique_ptr<CardRecordReader> {
-        DeckOptions present = options;
-        present.IsStored = [&database](const CardUuid& id) {
-            int32_t count = 0;
-            return database.SelectCardIdCount(id, count) >= 0 && count > 0;
-        };
-        std::unique_ptr<Deck> deck = file == nullptr ? nullptr : file->OpenDeck(present, message);
-        return deck == nullptr ? nullptr : std::make_unique<DeckReader>(std::move(deck), present);
+    return [file = mFile, options = GetOptions()](Database& database, wxString& message) {
+        return MakeDeckReader(file, options, database, message);
     };
 }

@@ -6,7 +6,7 @@
 #include <wx/zipstrm.h>
 #include <zstd.h>
 
-#include <ctime>
+#include <cstdio>
 
 #include "base/Time.h"
 #include "decks/AnkiDeck.h"
@@ -83,7 +83,7 @@ struct DeckImportTest : ImportFixture {
     // The bytes of a database that a script makes.
     std::string MakeDatabase(const std::string& script) {
         const wxString path = mDirectory.Path("made.db");
-        wxRemoveFile(path);
+        std::remove(path.utf8_str());
         sqlite3* handle = nullptr;
         EXPECT_EQ(sqlite3_open(path.utf8_str(), &handle), SQLITE_OK);
         char* error = nullptr;
@@ -124,14 +124,7 @@ struct DeckImportTest : ImportFixture {
             return message.utf8_string();
         }
         input.MakeDeckReader = [file, options](Database& database, wxString& why) {
-            DeckOptions present = options;
-            present.IsStored = [&database](const CardUuid& id) {
-                int32_t count = 0;
-                return database.SelectCardIdCount(id, count) >= 0 && count > 0;
-            };
-            auto deck = file->OpenDeck(present, why);
-            return deck == nullptr ? nullptr
-                                   : std::make_unique<DeckReader>(std::move(deck), present);
+            return MakeDeckReader(file, options, database, why);
         };
         Run(input);
         return Outcome();
@@ -141,8 +134,8 @@ struct DeckImportTest : ImportFixture {
     }
     Strings Cards() {
         return Query(
-            "SELECT Front, Back, Notes, ForwardX, ReverseX, Name FROM FlashCards JOIN Categories "
-            "USING(CategoryId) ORDER BY IntroductionOrder");
+            "SELECT Front, Back, Notes, ForwardX, ReverseX, Name FROM Cards JOIN Categories "
+            "ON CategoryId = Categories.Id ORDER BY IntroductionOrder");
     }
 };
 
@@ -187,15 +180,17 @@ TEST_F(DeckImportTest, MakesOneCardOfTwoMirroredTemplates) {
 
 TEST_F(DeckImportTest, UpdatesTextsAndMovesNothingTheSecondTime) {
     ImportRows(kOne);
-    ASSERT_EQ(Query("UPDATE FlashCards SET CategoryId = 0, LastScore = 3, Introduced = 1"),
-              Strings());
+    mDatabase.CategoryInsert("Mine");
+    mDatabase.Execute(
+        "UPDATE Cards SET CategoryId = (SELECT Id FROM Categories WHERE Name = 'Mine'"
+        "), LastScore = 3, Introduced = 1");
     const std::string newer = NoteRow(1, "g", 7, "a|changed") +
                               "INSERT INTO cards VALUES(5,1,2,0,0,0,2,2,10,0,5,2500,'');" +
                               NoteRow(2, "h", 7, "c|d") + NewCard(2, 0);
     EXPECT_EQ(ImportRows(newer), "1 inserted, 1 merged, 0 ignored");
-    EXPECT_THAT(Query("SELECT Front, Back, CategoryId, LastScore FROM FlashCards WHERE "
-                      "Front = 'a'"),
-                testing::ElementsAre("a|changed|0|3"));
+    EXPECT_THAT(Query("SELECT Back, Name, LastScore FROM Cards JOIN Categories ON CategoryId = "
+                      "Categories.Id WHERE Front = 'a'"),
+                testing::ElementsAre("changed|Mine|3"));
 }
 
 TEST_F(DeckImportTest, ReadsMnemosyne) {
@@ -216,7 +211,7 @@ TEST_F(DeckImportTest, ReadsMnemosyne) {
                              "chat\n\u3010sha\u3011|cat\nkitty|n\nTags: French|0|0|French",
                              "[hint] v w|u|u v w|0|1|My deck", "u v [...]|w|u v w|1|1|My deck"));
     EXPECT_THAT(Query("SELECT Introduced, LastScore, ReviewInterval, Difficulty, RIntroduced FROM "
-                      "FlashCards WHERE Back LIKE 'cat%'"),
+                      "Cards WHERE Back LIKE 'cat%'"),
                 testing::ElementsAre("1|4|864000.0|20|0"));
 }
 
@@ -256,6 +251,7 @@ TEST_F(DeckImportTest, RefusesADeckAsAWholeAndSaysWhy) {
 TEST(AnkiSchedule, KeepsIntervalScoreAndEase) {
     constexpr int64_t kCreated = 1000000000;
     constexpr int64_t kDay = 86400;
+    constexpr int64_t kFar = 9000000000000000;
     constexpr int64_t kNow = kCreated + 1000 * kDay;
     struct Case {
         const char* Name;
@@ -274,7 +270,7 @@ TEST(AnkiSchedule, KeepsIntervalScoreAndEase) {
          "2.99 600 0 0"},
         {"due before it was seen", 2, 1, 1, 2500, kCreated + 100 * kDay, 3, "100.00 1 4 16"},
         {"seen in the future", 2, 1010, 10, 2500, kNow + 5 * kDay, 3, "1000.00 864000 4 16"},
-        {"hostile", 2, -9e15, 9e15, -7, 9e15, 9, "1000.00 1 4 16"},
+        {"hostile", 2, -kFar, kFar, -7, kFar, 9, "1000.00 1 4 16"},
     };
     for (const Case& test : cases) {
         AnkiCard card;

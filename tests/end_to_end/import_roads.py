@@ -7,7 +7,7 @@ import sqlite3
 import unittest
 import zipfile
 
-from driver import LIMIT, LIST_WINDOW, RoadTest, press, type_text, wait_until
+from driver import LIMIT, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
 
 FAILURE = "Import Failed"
 MARK = b"\xef\xbb\xbf"
@@ -145,8 +145,12 @@ class ImportRoad(RoadTest):
         press("Return")
         program.wait_window(LIST_WINDOW)
         self.assertEqual([("le chat", "cat", "Languages::French")], self.sandbox.query(
-            "SELECT Front, Back, Name FROM FlashCards JOIN Categories USING (CategoryId)"))
-        self.study_first_card(program)
+            "SELECT Front, Back, Name FROM Cards JOIN Categories ON CategoryId = Categories.Id"))
+        press("ctrl+2")
+        program.wait_window(STUDY_WINDOW)
+        press("space", "4")
+        wait_until(lambda: self.sandbox.query("SELECT LastScore FROM Cards WHERE Introduced = 1")
+                   == [(4,)], "the score")
         self.assertEqual(0, program.quit())
         self.sandbox.check_store()
 
