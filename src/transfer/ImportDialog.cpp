@@ -96,7 +96,7 @@ void ImportDialog::CreateControls() {
     const wxSizerFlags group = wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge));
     rows->Add(CreateOptions(), wxSizerFlags().Expand());
     if (mpDeck != nullptr) {
-        rows->Add(mpDeck, wxSizerFlags(group).Proportion(1));
+        rows->Add(mpDeck, group);
     }
     rows->Add(new wxStaticLine(this), group);
     rows->Add(mpPreviewLabel, group);
