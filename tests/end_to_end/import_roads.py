@@ -1,40 +1,12 @@
 """Files given to the program: by the dialogs, and on its command line, good ones and broken ones."""
 
-import io
-import json
 import os
-import sqlite3
 import unittest
-import zipfile
 
-from driver import LIMIT, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
+from driver import LIMIT, LIST_WINDOW, RoadTest, press, type_text, wait_until
 
 FAILURE = "Import Failed"
 MARK = b"\xef\xbb\xbf"
-
-
-def anki_package():
-    """A package with one note in both directions, as Anki shares it."""
-    database = sqlite3.connect(":memory:")
-    templates = [{"ord": 0, "qfmt": "{{Word}}", "afmt": "{{FrontSide}}{{Sense}}"},
-                 {"ord": 1, "qfmt": "{{Sense}}", "afmt": "{{FrontSide}}{{Word}}"}]
-    fields = [{"name": "Word", "ord": 0}, {"name": "Sense", "ord": 1}]
-    types = {"7": {"name": "Two ways", "type": 0, "flds": fields, "tmpls": templates}}
-    database.executescript("""
-        CREATE TABLE col(ver, crt, models, decks);
-        CREATE TABLE notes(id INTEGER PRIMARY KEY, guid, mid, tags, flds);
-        CREATE TABLE cards(id INTEGER PRIMARY KEY, nid, did, odid, ord, mod, type, queue, due, odue,
-                           ivl, factor, data);
-        INSERT INTO notes VALUES (1, 'g', 7, '', 'le chat' || char(31) || 'cat<img src=a>');
-        INSERT INTO cards VALUES (1, 1, 2, 0, 0, 0, 0, 0, 1, 0, 0, 0, ''),
-                                 (2, 1, 2, 0, 1, 0, 0, 0, 1, 0, 0, 0, '');""")
-    database.execute("INSERT INTO col VALUES (11, 1000000000, ?, ?)",
-                     (json.dumps(types), json.dumps({"2": {"name": "Languages::French"}})))
-    package = io.BytesIO()
-    with zipfile.ZipFile(package, "w", zipfile.ZIP_DEFLATED) as archive:
-        archive.writestr("collection.anki2", database.serialize())
-        archive.writestr("media", "{}")
-    return package.getvalue()
 
 
 class ImportRoad(RoadTest):
@@ -128,30 +100,6 @@ class ImportRoad(RoadTest):
         self.assertEqual([("B",), ("C",), ("D",), ("Default",), ("R&D",)],
                          self.sandbox.query("SELECT Name FROM Categories ORDER BY Name"))
         self.assertTrue(os.path.exists(path), "a file that a person chose stays")
-        self.sandbox.check_store()
-
-    def test_a_deck_is_imported_and_studied(self):
-        self.sandbox.let_read_windows()
-        path = self.sandbox.write("french.apkg", anki_package())
-        program = self.sandbox.start()
-        self.choose_file(program, path)
-        program.wait_text("1 picture is left out.")
-        program.wait_text("le chat")
-        program.click("OK")
-        program.wait_window("New Category")
-        program.click("Yes")
-        program.wait_window("Import Complete")
-        program.wait_text("1 Records Inserted")
-        press("Return")
-        program.wait_window(LIST_WINDOW)
-        self.assertEqual([("le chat", "cat", "Languages::French")], self.sandbox.query(
-            "SELECT Front, Back, Name FROM Cards JOIN Categories ON CategoryId = Categories.Id"))
-        press("ctrl+2")
-        program.wait_window(STUDY_WINDOW)
-        press("space", "4")
-        wait_until(lambda: self.sandbox.query("SELECT LastScore FROM Cards WHERE Introduced = 1")
-                   == [(4,)], "the score")
-        self.assertEqual(0, program.quit())
         self.sandbox.check_store()
 
     def test_a_store_of_version_1_asks_for_its_engine(self):
