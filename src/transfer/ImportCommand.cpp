@@ -146,7 +146,9 @@ namespace {
 
 bool ChooseFile(wxWindow* parent, wxString& path) {
     wxFileDialog chooser(parent, _("Import Flashcards"), wxString(), wxString(),
-                         _("Text files (*.txt)|*.txt|All files (*.*)|*.*"), wxFD_OPEN);
+                         _("Text files, tables and decks|*.txt;*.csv;*.tsv;*.tab;*.apkg;*.colpkg;"
+                           "*.cards;default.db|All files (*.*)|*.*"),
+                         wxFD_OPEN);
     if (chooser.ShowModal() != wxID_OK) {
         return false;
     }
