@@ -2,6 +2,7 @@
 
 #include <wx/app.h>
 #include <wx/intl.h>
+#include <wx/log.h>
 #include <wx/msgdlg.h>
 #include <wx/thread.h>
 #include <wx/utils.h>
@@ -47,6 +48,9 @@ void AppFatalErrorReport::ReportOnMainThread(const wxString& text) {
 void AppFatalErrorReport::ShowAndEnd(const wxString& text) {
     PrintError(text);
     const wxBusyCursorSuspender ready;
+    // A warning that waits for an idle moment, such as that of a failed backup, would take the
+    // keys.
+    wxLog::Suspend();
     wxMessageBox(text, _("Fatal Error"), wxOK | wxICON_STOP);
     EndProcess(kExitFatal);
 }

@@ -291,10 +291,12 @@ int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& 
 }
 
 void StoreBackups::MakeDaily(Database& database, const wxDateTime& now) {
-    if (mDay.IsValid() && now.IsSameDate(mDay)) {
+    const wxString storePath = database.GetPath();
+    if (mDay.IsValid() && now.IsSameDate(mDay) && storePath == mDayStore) {
         return;
     }
     mDay = now;
+    mDayStore = storePath;
     const std::vector<StoreBackup> backups = ListBackups(GetDirectory(), database.GetPath());
     if (backups.empty() || !backups.front().Time.IsSameDate(now)) {
         Make(database, BackupCause::kDay, now);

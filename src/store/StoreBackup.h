@@ -130,6 +130,7 @@ class StoreBackups {
     const Tell mTell;
     // The last text told, so that none is told twice in a row.
     wxString mTold;
-    // The local day on which MakeDaily last did its work.
+    // The local day on which MakeDaily last did its work, and the store that it did it for.
     wxDateTime mDay;
+    wxString mDayStore;
 };

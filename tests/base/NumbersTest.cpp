@@ -42,19 +42,3 @@ TEST(Numbers, DecimalsAreStrict) {
         EXPECT_EQ(value, 1234.0) << text;
     }
 }
-
-TEST(Numbers, LeadingIntegersSaturateAndTellWhereTheyEnd) {
-    const std::tuple<const char*, bool, int32_t, size_t> cases[] = {
-        {" 12px", true, 12, 3},
-        {"-99999999999", true, -2147483647 - 1, 12},
-        {"99999999999,", true, 2147483647, 11},
-        {"px", false, 1234, 9},
-        {"-", false, 1234, 9}};
-    for (const auto& [text, read, expected, expectedRest] : cases) {
-        int32_t value = 1234;
-        size_t rest = 9;
-        EXPECT_EQ(ParseLeadingInteger(text, value, rest), read) << text;
-        EXPECT_EQ(value, expected) << text;
-        EXPECT_EQ(rest, expectedRest) << text;
-    }
-}

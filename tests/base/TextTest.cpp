@@ -14,21 +14,6 @@ TEST(Text, Utf8TakesEveryTextThereAndBack) {
     EXPECT_EQ(ToUtf8(broken + "z"), "a\xef\xbf\xbd\xef\xbf\xbdz");
 }
 
-TEST(Text, EachBrokenPartOfUtf8IsOneReplacement) {
-    const std::pair<const char*, const wchar_t*> cases[] = {
-        {"a\xff z", L"a\uFFFD z"},
-        {"a\xc3", L"a\uFFFD"},
-        {"a\xe4\xb8z", L"a\uFFFDz"},
-        {"\xf0\x9f\x98", L"\uFFFD"},
-        {"\xe6\xf0\x9f\x98\x80", L"\uFFFD\U0001F600"},
-        {"\xc0\x80", L"\uFFFD\uFFFD"},
-        {"\xed\xa0\x80", L"\uFFFD\uFFFD\uFFFD"},
-        {"\xf4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"}};
-    for (const auto& [bytes, text] : cases) {
-        EXPECT_EQ(FromUtf8(bytes), text);
-    }
-}
-
 TEST(Text, WideSpaceAndLowerCaseKnowEveryScript) {
     EXPECT_EQ(TrimWide(L"\u3000\u00A0 a b\t\u202F\n"), "a b");
     EXPECT_EQ(TrimWide(L" \u3000"), "");

@@ -54,13 +54,17 @@ class ListRoad(RoadTest):
         self.open_and_leave(DELETE_BOX, "ctrl+f Escape Escape shift+Down Delete", "Return")
         self.wait_cards("d1 e2")
 
-    def test_cards_move_by_the_keys(self):
+    def move_first_card(self):
+        """Into the second category, by the keys alone."""
         press("ctrl+x", "alt+Down")
         self.wait_focus("1")
         press("Down", "Return", "ctrl+v")
         self.wait_cards("a2 b1 c1 d1 e2")
         self.program.wait_no_window("Progress")
         self.program.wait_window(LIST_WINDOW)
+
+    def test_cards_move_by_the_keys(self):
+        self.move_first_card()
         self.open_and_leave(DELETE_BOX, "Delete")
 
     def test_the_categories_open_over_the_list_and_go_again(self):
@@ -134,12 +138,7 @@ class ListRoad(RoadTest):
         self.wait_cards("c1 d1 e2")
 
     def test_moves_names_and_merges_are_taken_back_one_after_the_other(self):
-        press("ctrl+x", "alt+Down")
-        self.wait_focus("1")
-        press("Down", "Return", "ctrl+v")
-        self.wait_cards("a2 b1 c1 d1 e2")
-        self.program.wait_no_window("Progress")
-        self.program.wait_window(LIST_WINDOW)
+        self.move_first_card()
         self.rename_category("7")
         self.wait_cards("a7 b1 c1 d1 e7")
         self.program.wait_window(LIST_WINDOW)

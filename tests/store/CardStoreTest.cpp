@@ -141,17 +141,3 @@ TEST_F(CardStoreTest, AWorkerAndTheMainThreadMayUseTheStoreAtOnce) {
     worker.join();
     EXPECT_TRUE(mReport.Texts.empty());
 }
-
-// One call for each shape of statement: a write, records, rows, a walk, a count, an order, a value.
-TEST_F(CardStoreTest, AClosedStoreRefusesEveryCallAndReportsNothing) {
-    const FlashCard card = Insert(MakeCard("front", "back"));
-    mDatabase.Close();
-    std::vector<int64_t> rowIds;
-    int32_t number = 0;
-    EXPECT_LT(mDatabase.UpdateFlashCard(card), 0);
-    EXPECT_LT(mDatabase.SelectMaxErc(0, number), 0);
-    EXPECT_LT(mDatabase.SearchRowIdsOrder("f", CardColumn::kFront, rowIds), 0);
-    EXPECT_LT(mDatabase.CategoryInsert("new"), 0);
-    EXPECT_LT(mDatabase.SetGlobal("key", "value"), 0);
-    EXPECT_TRUE(mReport.Texts.empty());
-}

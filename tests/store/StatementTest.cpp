@@ -28,21 +28,6 @@ TEST_F(StatementTest, ANestedRunFailsAndLeavesTheFirstAlone) {
     EXPECT_TRUE(mReport.Texts.empty());
 }
 
-TEST_F(StatementTest, TimesAreBoundInWholeSecondsUpToTheYear9999) {
-    const std::pair<int64_t, int64_t> cases[] = {{1999, 1},
-                                                 {-1, -1},
-                                                 {253402300799999, 253402300799},
-                                                 {253402300800000, -1},
-                                                 {wxINT64_MIN, -1}};
-    for (const auto& [milliseconds, bound] : cases) {
-        StatementRun run = Run("SELECT ?");
-        ASSERT_EQ(run.Bind(wxDateTime(wxLongLong(milliseconds))), 0);
-        ASSERT_EQ(run.Step("time"), 0);
-        EXPECT_EQ(run.ColumnInt64(0), bound) << milliseconds;
-        EXPECT_EQ(run.ColumnTime(0).GetValue(), wxLongLong(bound * 1000)) << milliseconds;
-    }
-}
-
 TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
     const FlashCard card = Insert(MakeCard("front", "back"));
     EXPECT_LT(mDatabase.InsertFlashCard(card), 0);
@@ -90,21 +75,6 @@ TEST_F(StatementTest, AnotherProgramMayChangeTheSchema) {
     EXPECT_EQ(mReport.Texts.size(), 1U);
     Query("ALTER TABLE b RENAME TO Cards");
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
-}
-
-TEST_F(StatementTest, AReadLockKeepsOtherProgramsFromWritingAndTheStoreReadable) {
-    Database other(mReport);
-    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
-    {
-        const StoreReadLock lock(mDatabase);
-        EXPECT_LT(other.Execute("DELETE FROM Globals WHERE Key='x'"), 0);
-        int32_t count = 0;
-        EXPECT_EQ(mDatabase.SelectCategoryIdCount(0, count), 0);
-    }
-    // The store does not open while another program writes.
-    EXPECT_EQ(other.Execute("BEGIN EXCLUSIVE"), 0);
-    mDatabase.Close();
-    EXPECT_LT(mDatabase.Open(StorePath(), mWait), 0);
 }
 
 TEST_F(StatementTest, ATextThatCannotBePreparedClosesTheStore) {

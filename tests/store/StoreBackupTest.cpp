@@ -137,6 +137,14 @@ TEST_F(StoreBackupTest, TheFirstChangeOfADayIsPrecededByABackup) {
         EXPECT_EQ(backup.CountAllCards(count), 0);
         EXPECT_EQ(count, cards);
     }
+    // Another store that is opened on that day has a first change of its own.
+    const wxString other = mDirectory.Path("other.vlm");
+    Insert(MakeCard("of both", "stores"));
+    WriteBytes(other, ReadBytes(StorePath()));
+    mDatabase.Close();
+    ASSERT_EQ(mDatabase.Open(other, mWait), 0);
+    EXPECT_EQ(mDatabase.UpdateCategory({0, "Renamed"}), 0);
+    EXPECT_EQ(ListBackups(mSettings.Directory, other).size(), 1u);
 }
 
 TEST_F(StoreBackupTest, ABackupTellsWhatHasChangedSinceAndBringsItBack) {

@@ -105,7 +105,7 @@ TEST_F(StudyFrameState, ABarTellsOfTheBreakUntilItIsDismissedForThatBreak) {
     EXPECT_EQ(StatusText(0), "Break Time");
     EXPECT_FALSE(bar.IsShown());
     // The next day has a break of its own.
-    mServices.Time.Advance(2 * 57600);
+    mServices.Time.Advance(int64_t{2} * 57600);
     Keys({WXK_SPACE, '5', WXK_SPACE, '5'});
     EXPECT_TRUE(bar.IsShown());
 }
