@@ -1,7 +1,5 @@
 #include "decks/Deck.h"
 
-#include <wx/intl.h>
-
 #include <algorithm>
 #include <cmath>
 #include <list>
@@ -11,70 +9,6 @@
 #include "base/Time.h"
 #include "base/Unicode.h"
 #include "store/Database.h"
-
-wxString DescribeLoss(DeckLoss loss, int64_t count) {
-    if (count <= 0) {
-        return wxString();
-    }
-    const auto number = static_cast<unsigned>(std::min<int64_t>(count, 2000000000));
-    const auto format = [&]() -> wxString {
-        switch (loss) {
-            case DeckLoss::kPictures:
-                return wxPLURAL("%lld picture is left out.", "%lld pictures are left out.", number);
-            case DeckLoss::kSounds:
-                return wxPLURAL("%lld sound is left out.", "%lld sounds are left out.", number);
-            case DeckLoss::kFormulas:
-                return wxPLURAL("%lld formula becomes its source text.",
-                                "%lld formulas become their source texts.", number);
-            case DeckLoss::kEmptySides:
-                return wxPLURAL("%lld card is left out, since a side has no text.",
-                                "%lld cards are left out, since a side has no text.", number);
-            case DeckLoss::kOcclusions:
-                return wxPLURAL("%lld card that hides parts of a picture is left out.",
-                                "%lld cards that hide parts of a picture are left out.", number);
-            case DeckLoss::kTemplatesDropped:
-                return wxPLURAL("%lld card is left out, since another asks the same.",
-                                "%lld cards are left out, since others ask the same.", number);
-            case DeckLoss::kTemplatesSplit:
-                return wxPLURAL("%lld further question of a note becomes a card of its own.",
-                                "%lld further questions of notes become cards of their own.",
-                                number);
-            case DeckLoss::kClozesSplit:
-                return wxPLURAL("%lld text with several gaps becomes several cards.",
-                                "%lld texts with several gaps become several cards.", number);
-            case DeckLoss::kHints:
-                return wxPLURAL("%lld hint is shown at once or goes into the notes.",
-                                "%lld hints are shown at once or go into the notes.", number);
-            case DeckLoss::kSuspended:
-                return wxPLURAL("%lld suspended direction is excluded from study.",
-                                "%lld suspended directions are excluded from study.", number);
-            case DeckLoss::kBuried:
-                return wxPLURAL("%lld buried card is not put off.",
-                                "%lld buried cards are not put off.", number);
-            case DeckLoss::kFiltered:
-                return wxPLURAL("%lld card goes from a filtered deck into its own.",
-                                "%lld cards go from filtered decks into their own.", number);
-            case DeckLoss::kSistersApart:
-                return wxPLURAL("%lld card has its directions in two decks; the first one counts.",
-                                "%lld cards have their directions in two decks; the first one "
-                                "counts.",
-                                number);
-            case DeckLoss::kReviews:
-                return wxPLURAL("%lld review of the history is left out.",
-                                "%lld reviews of the history are left out.", number);
-            case DeckLoss::kClamped:
-                return wxPLURAL("%lld interval is shortened.", "%lld intervals are shortened.",
-                                number);
-            case DeckLoss::kNotesSkipped:
-                return wxPLURAL("%lld note has no cards and is left out.",
-                                "%lld notes have no cards and are left out.", number);
-            case DeckLoss::kCount:
-                break;
-        }
-        return wxString();
-    };
-    return wxString::Format(format(), static_cast<long long>(count));
-}
 
 DeckReader::DeckReader(std::unique_ptr<Deck> deck, const DeckOptions& options)
     : mDeck(std::move(deck)), mOptions(options) {}
@@ -92,6 +26,11 @@ void DeckReader::Add(const wxString& name, const wxString& value) {
     attribute.Name = name;
     attribute.Value = value;
     attribute.Line = mCardNumber;
+}
+
+bool DeckReader::SkipRecord() {
+    DeckCard card;
+    return mDeck->ReadCard(card);
 }
 
 bool DeckReader::ReadRecord() {
@@ -136,9 +75,9 @@ void DeckReader::AddSchedule(const wxString& prefix, const CardSchedule& schedul
     Add(prefix + "erc", wxString::Format("%i", schedule.ERC));
 }
 
-std::unique_ptr<CardRecordReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
-                                                 DeckOptions options, Database& database,
-                                                 wxString& message) {
+std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
+                                           DeckOptions options, Database& database,
+                                           wxString& message) {
     options.FindStored = [&database](const CardUuid& id, wxString& name) {
         std::list<FlashCard> cards;
         if (database.SelectCardById(id, cards) < 0 || cards.empty()) {

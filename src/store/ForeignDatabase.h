@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 #include <wx/string.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -38,8 +39,9 @@ class ForeignDatabase {
     ForeignDatabase(const ForeignDatabase&) = delete;
     ForeignDatabase& operator=(const ForeignDatabase&) = delete;
 
-    // 0, or -1 when the file is no database of the engine.
-    int Open(const wxString& path);
+    // 0, or -1 when the file is no database of the engine. Readings fail early once the flag is
+    // true, which is not owned and may be null.
+    int Open(const wxString& path, const std::atomic<bool>* isCancelled = nullptr);
 
     // True for a plain table of that name whose columns are all stored.
     bool HasTable(const char* table);

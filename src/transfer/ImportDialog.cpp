@@ -143,7 +143,7 @@ wxSizer* ImportDialog::CreateOptions() {
         RefreshPreview();
     });
     if (isDeck) {
-        mpDeck = new DeckPanel(this, [this] { RefreshPreview(); });
+        mpDeck = new DeckPanel(this, mDatabase, mReport, [this] { RefreshPreview(); });
     }
     return grid;
 }
@@ -188,7 +188,7 @@ bool ImportDialog::DetectDeck() {
     if (mpDeck == nullptr) {
         return false;
     }
-    mDeckFault = mpDeck->Open(mFileName);
+    mpDeck->Open(mFileName);
     mpFormatRows->ChooseFormat(kDeckFormat);
     ShowDeck();
     RefreshPreview();
@@ -198,7 +198,7 @@ bool ImportDialog::DetectDeck() {
 // The deck's choices show while its form is chosen.
 void ImportDialog::ShowDeck() {
     if (mpDeck != nullptr) {
-        mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mDeckFault.empty());
+        mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mpDeck->GetFault().empty());
     }
     Layout();
 }
@@ -227,9 +227,13 @@ bool ImportDialog::DetectTable() {
 
 void ImportDialog::RefreshPreview() {
     const bool isDeck = mpFormatRows->GetFormat() == kDeckFormat;
-    const wxString fault = isDeck ? mDeckFault : mpFormatRows->CheckDelimiter();
+    const wxString fault = isDeck ? mpDeck->GetFault() : mpFormatRows->CheckDelimiter();
     if (!fault.empty()) {
         ShowError(fault);
+        return;
+    }
+    if (isDeck) {
+        ShowRecord(mpDeck->GetFirstRecord());
         return;
     }
     const wxBusyCursor busy;
@@ -238,10 +242,7 @@ void ImportDialog::RefreshPreview() {
     ImportResult result;
     std::vector<CardAttribute> attributes;
     if (ImportPreview(GetInput(), mDatabase, result, attributes)) {
-        // A deck has cards and no lines.
-        ShowError(
-            isDeck ? result.Message
-                   : wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber));
+        ShowError(wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber));
         return;
     }
     ShowRecord(attributes);

@@ -56,8 +56,6 @@ class ImportDialog : public wxDialog {
     std::unique_ptr<FormatRows> mpFormatRows;
     // Null when the file is no deck.
     DeckPanel* mpDeck = nullptr;
-    // Why the deck cannot be imported; empty when it can.
-    wxString mDeckFault;
     wxStaticText* mpPreviewLabel = nullptr;
     wxTextCtrl* mpError = nullptr;
     wxListCtrl* mpPreview = nullptr;
