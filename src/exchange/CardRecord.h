@@ -58,6 +58,8 @@ class CardRecordReader {
     // Returns the current line or row of the source, from 1.
     virtual int32_t GetLineNumber() const = 0;
     virtual int32_t GetError() const = 0;
+    // Why the source could not be read to its end, as a sentence; empty for none of that kind.
+    virtual wxString GetFailure() const { return wxString(); }
     virtual uint32_t GetAttributeCount() const = 0;
     // Returns an attribute of the current record; valid until the next ReadRecord.
     virtual const CardAttribute& GetAttribute(uint32_t index) const = 0;

@@ -20,6 +20,7 @@
 
 #include "base/Time.h"
 #include "base/Unicode.h"
+#include "exchange/AnkiText.h"
 #include "exchange/CardRecord.h"
 #include "exchange/Delimited.h"
 #include "exchange/TextSink.h"
@@ -305,6 +306,21 @@ int WriteVlmCards(TextSink& sink, Database& database, const std::vector<int64_t>
     return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
 }
 
+int WriteAnkiCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,
+                   ExportProgress& progress, const CategoryNames& categories) {
+    AnkiTextWriter writer(sink);
+    const auto write = [&](const CardRow& card) {
+        const int result =
+            WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true, false);
+        if (result == 0) {
+            writer.EndRecord();
+        }
+        return result;
+    };
+    const auto finish = [&] { return sink.IsOk() ? 0 : -1; };
+    return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
+}
+
 // Reads the cards twice: the header comes before the first card, and has columns for second texts
 // only if some card has one.
 int WriteDelimitedCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,
@@ -364,6 +380,9 @@ int WriteCards(TextSink& sink, Database& database, const std::vector<int64_t>& r
     if (categories.Read(database) < 0) {
         return -1;
     }
+    if (options.Format == ExportFormat::kAnkiText) {
+        return WriteAnkiCards(sink, database, rowIds, progress, categories);
+    }
     return options.Format == ExportFormat::kDelimited
                ? WriteDelimitedCards(sink, database, rowIds, options, progress, categories)
                : WriteVlmCards(sink, database, rowIds, options, progress, categories);
@@ -386,7 +405,8 @@ int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& da
     // From here on the message alone tells the user what failed.
     const wxLogNull silence;
     wxFileOutputStream stream(file);
-    EncodedSink sink(stream, encoding);
+    const bool isAnki = options.Format == ExportFormat::kAnkiText;
+    EncodedSink sink(stream, isAnki ? wxFONTENCODING_UTF8 : encoding);
     sink.Write({&kByteOrderMark, 1});
     const int result = WriteCards(sink, database, rowIds, options, progress);
     if (!sink.Flush() || !file.Close()) {

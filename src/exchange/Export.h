@@ -21,7 +21,9 @@ enum class ExportFormat {
     kVlmText = 0,
     kDelimited = 1,
     // What the previous generation of the program reads.
-    kVlmText1 = 2
+    kVlmText1 = 2,
+    // Plain text for Anki, without schedules and always in UTF-8.
+    kAnkiText = 3
 };
 
 // How an export writes cards.

@@ -5,12 +5,15 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <set>
 
 #include "exchange/LegacyRowSource.h"
 #include "exchange/Worker.h"
 #include "store/FlashCard.h"
 
+class CardRecordReader;
 class Database;
 class wxWindow;
 
@@ -19,8 +22,15 @@ enum class ImportFormat {
     kVlmText = 0,
     kDelimited = 1,
     // A store of version 1.0.
-    kVersion1Store = 2
+    kVersion1Store = 2,
+    // A deck of another program.
+    kDeck = 3
 };
+
+// Makes the reader of a deck's cards, or returns null and says why there is none. It is called for
+// each pass, on the thread that reads.
+using DeckReaderMaker =
+    std::function<std::unique_ptr<CardRecordReader>(Database& database, wxString& message)>;
 
 // A file to import, and how to read it.
 struct ImportInput {
@@ -30,6 +40,8 @@ struct ImportInput {
     wchar_t Delimiter = L'\t';
     // Makes the engine that reads a store of version 1.0.
     LegacyRowSourceMaker MakeRowSource = &MakeLegacyRowSource;
+    // Needed for a deck alone.
+    DeckReaderMaker MakeDeckReader = nullptr;
 };
 
 enum class ImportStatus : int32_t { kRunning = 0, kFinished = 1, kCancelled = 2, kFailed = 3 };

@@ -61,7 +61,7 @@ bool Pass::Run() {
         return mResult.Fail(DatabaseFileMessage(mInput.FileName));
     }
     const StoreReadLock lock(mDatabase);
-    if (!mCategories.Load() || !mSource.Open(mInput, mResult)) {
+    if (!mCategories.Load() || !mSource.Open(mInput, mDatabase, mResult)) {
         KeepFault();
         return false;
     }
@@ -124,6 +124,11 @@ bool Pass::Finish() {
     if (mSource.HasFailed()) {
         mResult.LineNumber = line;
         return mResult.Fail(mSource.FailureMessage());
+    }
+    const wxString failure = reader.GetFailure();
+    if (!failure.empty()) {
+        mResult.LineNumber = -1;
+        return mResult.Fail(failure);
     }
     switch (reader.GetError()) {
         case CardRecordReader::kMissingSeparator:

@@ -81,10 +81,15 @@ wxString ImportSource::FailureMessage() const {
     return UnreadableFileMessage(mFileName);
 }
 
-bool ImportSource::Open(const ImportInput& input, ImportResult& result) {
+bool ImportSource::Open(const ImportInput& input, Database& database, ImportResult& result) {
     mFileName = input.FileName;
     if (input.Format == ImportFormat::kVersion1Store) {
         return OpenVersion1Store(input, result);
+    }
+    if (input.Format == ImportFormat::kDeck) {
+        wxString message;
+        mReader = input.MakeDeckReader(database, message);
+        return mReader != nullptr || result.Fail(message);
     }
     if (IsDatabaseFile(mFileName)) {
         return result.Fail(DatabaseFileMessage(mFileName));

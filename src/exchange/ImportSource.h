@@ -6,6 +6,7 @@
 
 class CardRecordReader;
 class CharSource;
+class Database;
 struct ImportInput;
 struct ImportResult;
 class wxInputStream;
@@ -25,7 +26,7 @@ class ImportSource {
 
     // Opens the file and checks the column names of a table. Returns false on a failure, which the
     // result then tells.
-    bool Open(const ImportInput& input, ImportResult& result);
+    bool Open(const ImportInput& input, Database& database, ImportResult& result);
     CardRecordReader& Reader() { return *mReader; }
     // Returns whether the file could not be read to its end.
     bool HasFailed() const;

@@ -1,6 +1,7 @@
 #include "store/CardUuid.h"
 
 #include <sys/random.h>
+#include <uuid/uuid.h>
 
 #include <cerrno>
 #include <utility>
@@ -126,4 +127,13 @@ int GenerateUuid(CardUuid& uuid, RandomSource source) {
     std::swap(bytes[6], bytes[7]);
     uuid = made;
     return 0;
+}
+
+CardUuid NamedUuid(const std::string& name) {
+    // Drawn once at random.
+    static const uuid_t kNamespace = {0x6b, 0x1f, 0x3c, 0x52, 0x9d, 0x0e, 0x4a, 0x77,
+                                      0xb2, 0x48, 0x51, 0xe6, 0x0a, 0xc9, 0x8d, 0x34};
+    CardUuid uuid;
+    uuid_generate_sha1(uuid.Bytes.data(), kNamespace, name.data(), name.size());
+    return uuid;
 }

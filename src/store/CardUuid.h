@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 // The identity of a card: 16 bytes in the order in which its text reads. All zero means "no card".
@@ -32,6 +33,10 @@ int ParseUuid(std::u16string_view text, CardUuid& uuid);
 // platform's random source fails.
 int GenerateUuid(CardUuid& uuid);
 
-// The same from another source, which fills count bytes or gives false.
+// The identity of a name: a version 5 value (RFC 4122) in a namespace of this program, the same for
+// the same bytes on every machine.
+CardUuid NamedUuid(const std::string& name);
+
+// Fills uuid from another source of random bytes, which fills count bytes or gives false.
 using RandomSource = bool (*)(uint8_t* bytes, size_t count);
 int GenerateUuid(CardUuid& uuid, RandomSource source);

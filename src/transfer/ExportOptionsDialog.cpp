@@ -70,6 +70,7 @@ FormatRows::Setup FormatSetup() {
     setup.Formats.push_back(_("VLM Text File"));
     setup.Formats.push_back(_("Delimited"));
     setup.Formats.push_back(_("VLM 1.0 Text File"));
+    setup.Formats.push_back(_("Anki Plain Text"));
     setup.FormatHelp =
         _("This setting controls whether the card\nattributes are output to columns \n(Delimited) "
           "or rows (VLM Format).");
@@ -142,6 +143,10 @@ wxSizer* ExportOptionsDialog::MakeOptions() {
                      "file.\n\nUnicode can encode all languages and\ncan be loaded by most text "
                      "viewers\neditors, so it is the recommended format.")));
     mpFormatRows = std::make_unique<FormatRows>(*this, *grid, FormatSetup(), [this] {
+        // Anki reads UTF-8 alone and takes no schedules from a text.
+        const bool isAnki = mpFormatRows->GetFormat() == static_cast<int>(ExportFormat::kAnkiText);
+        mpEncoding->Enable(!isAnki);
+        mpScheduling->Enable(!isAnki);
         FitToOptions();
         RefreshPreview();
     });

@@ -108,6 +108,11 @@ void FormatRows::ChooseDelimited(wchar_t listed) {
     ShowDelimiter();
 }
 
+void FormatRows::ChooseFormat(int index) {
+    mpFormat->SetSelection(index);
+    ShowDelimiter();
+}
+
 void FormatRows::ShowDelimiter() {
     const bool isDelimited = IsDelimited();
     mpDelimiterLabel->Show(isDelimited);

@@ -47,6 +47,8 @@ class FormatRows {
     bool IsDelimited() const;
     // Chooses the table and a delimiter of the list. Does not call the function.
     void ChooseDelimited(wchar_t listed);
+    // Chooses the format of that index. Does not call the function.
+    void ChooseFormat(int index);
     // Shows the delimiter's row for a table only, and its field only for a delimiter to be typed.
     void ShowDelimiter();
 

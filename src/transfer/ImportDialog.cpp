@@ -13,12 +13,15 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "decks/Deck.h"
 #include "exchange/ImportPass.h"
 #include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "transfer/DeckPanel.h"
 #include "transfer/FormatRows.h"
+#include "transfer/ImportCommand.h"
 #include "transfer/ImportRun.h"
 
 namespace {
@@ -39,6 +42,9 @@ enum : int {
 // would stand still. Real records have a tenth of the rows, and nobody reads a longer value here.
 constexpr size_t kMostRows = 200;
 constexpr size_t kLongestText = 500;
+
+// The place of the deck among the formats, which only a deck has.
+constexpr int kDeckFormat = 2;
 
 // Shortens a text for a cell of the list and marks its line breaks, as a cell is one line.
 wxString RowText(const wxString& text) {
@@ -65,7 +71,7 @@ ImportDialog::ImportDialog(wxWindow* parent, Database& database, FatalErrorRepor
     // Escape and the title bar press this button too.
     Bind(
         wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxCANCEL); }, wxID_CANCEL);
-    if (!DetectTable()) {
+    if (!DetectDeck() && !DetectTable()) {
         RefreshPreview();
     }
 }
@@ -89,6 +95,9 @@ void ImportDialog::CreateControls() {
     wxBoxSizer* const rows = MakeFormColumn(*this);
     const wxSizerFlags group = wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge));
     rows->Add(CreateOptions(), wxSizerFlags().Expand());
+    if (mpDeck != nullptr) {
+        rows->Add(mpDeck, group);
+    }
     rows->Add(new wxStaticLine(this), group);
     rows->Add(mpPreviewLabel, group);
     rows->Add(mpError, FormRow(*this).Proportion(1));
@@ -113,6 +122,11 @@ wxSizer* ImportDialog::CreateOptions() {
     setup.FormatLabel = _("Format");
     setup.Formats.push_back(_("VLM Text File"));
     setup.Formats.push_back(_("Delimited"));
+    // The store itself is not even looked into: that would drop the locks that the engine has.
+    const bool isDeck = !BelongsToStore(mDatabase, mFileName) && DeckFile::IsDeck(mFileName);
+    if (isDeck) {
+        setup.Formats.push_back(_("Deck"));
+    }
     setup.FormatHelp =
         _("This setting controls whether the import\nfile is read as columns (Delimited) or\nrows "
           "(VLM Format).");
@@ -125,9 +139,12 @@ wxSizer* ImportDialog::CreateOptions() {
 
     wxFlexGridSizer* const grid = MakeFormGrid(*this);
     mpFormatRows = std::make_unique<FormatRows>(*this, *grid, setup, [this] {
-        Layout();
+        ShowDeck();
         RefreshPreview();
     });
+    if (isDeck) {
+        mpDeck = new DeckPanel(this, mDatabase, mReport, [this] { RefreshPreview(); });
+    }
     return grid;
 }
 
@@ -159,7 +176,31 @@ ImportInput ImportDialog::GetInput() const {
     input.FileName = mFileName;
     input.Format = mpFormatRows->IsDelimited() ? ImportFormat::kDelimited : ImportFormat::kVlmText;
     input.Delimiter = mpFormatRows->GetDelimiter();
+    if (mpFormatRows->GetFormat() == kDeckFormat) {
+        input.Format = ImportFormat::kDeck;
+        input.MakeDeckReader = mpDeck->GetReaderMaker();
+    }
     return input;
+}
+
+// Chooses the deck's own form for a deck. Returns false for another file.
+bool ImportDialog::DetectDeck() {
+    if (mpDeck == nullptr) {
+        return false;
+    }
+    mpDeck->Open(mFileName);
+    mpFormatRows->ChooseFormat(kDeckFormat);
+    ShowDeck();
+    RefreshPreview();
+    return true;
+}
+
+// The deck's choices show while its form is chosen.
+void ImportDialog::ShowDeck() {
+    if (mpDeck != nullptr) {
+        mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mpDeck->GetFault().empty());
+    }
+    Layout();
 }
 
 // Tries each listed delimiter and takes the first that the first two rows of the file agree with.
@@ -185,9 +226,14 @@ bool ImportDialog::DetectTable() {
 }
 
 void ImportDialog::RefreshPreview() {
-    const wxString fault = mpFormatRows->CheckDelimiter();
+    const bool isDeck = mpFormatRows->GetFormat() == kDeckFormat;
+    const wxString fault = isDeck ? mpDeck->GetFault() : mpFormatRows->CheckDelimiter();
     if (!fault.empty()) {
         ShowError(fault);
+        return;
+    }
+    if (isDeck) {
+        ShowRecord(mpDeck->GetFirstRecord());
         return;
     }
     const wxBusyCursor busy;

@@ -11,6 +11,7 @@
 #include "exchange/ImportJob.h"
 
 class Database;
+class DeckPanel;
 class FatalErrorReport;
 class FormatRows;
 class wxListCtrl;
@@ -38,7 +39,9 @@ class ImportDialog : public wxDialog {
     void ShareColumns();
 
     ImportInput GetInput() const;
+    bool DetectDeck();
     bool DetectTable();
+    void ShowDeck();
     void RefreshPreview();
     void ShowRecord(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
@@ -51,6 +54,8 @@ class ImportDialog : public wxDialog {
     std::set<int32_t> mTouchedCategories;
 
     std::unique_ptr<FormatRows> mpFormatRows;
+    // Null when the file is no deck.
+    DeckPanel* mpDeck = nullptr;
     wxStaticText* mpPreviewLabel = nullptr;
     wxTextCtrl* mpError = nullptr;
     wxListCtrl* mpPreview = nullptr;

@@ -70,6 +70,23 @@ TEST_F(ExportTest, TheFormOfVersion1DropsWhatThatDoesNotKnow) {
 }
 
 // Quotes are doubled where they alone made a field a quoted one.
+TEST_F(ExportTest, TheTextForAnkiQuotesWhatItMustAndHasNoSchedules) {
+    const std::string text =
+        "#separator:tab\n#html:false\n"
+        "#columns:id\tCategory\tFront\tBack\tNotes\tFront2\tBack2\n"
+        "#guid column:1\n#deck column:2\n"
+        "01234567-89ab-4def-8123-456789abcdef\tKanji\t水\twater】\t\"a\r\n\"\"b\"\"\"\t"
+        "\"みず\n【z】\"\t\n"
+        "00000000-0000-4000-8000-000000000001\t\tf\tb\t\t\t\n";
+    EXPECT_EQ(Text(ExportFormat::kAnkiText, true), text);
+    const wxString path = mDirectory.Path("out.txt");
+    ExportProgress progress;
+    ExportOptions options;
+    options.Format = ExportFormat::kAnkiText;
+    EXPECT_EQ(ExportToFile(path, wxFONTENCODING_UTF16LE, mDatabase, mRowIds, options, progress), 0);
+    EXPECT_EQ(ReadBytes(path), "\xEF\xBB\xBF" + text);
+}
+
 TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone) {
     mRowIds.insert(mRowIds.begin(), 99);
     EXPECT_EQ(Text(ExportFormat::kDelimited, false),

@@ -1,3 +1,5 @@
+#include <wx/dnd.h>
+
 #include "ListFixture.h"
 
 struct BrowseFrameTest : ListTest {
@@ -140,4 +142,15 @@ TEST_F(BrowseFrameTest, AStartShowsTheFirstPageAndThenTheRest) {
     EXPECT_TRUE(WaitFor([this] { return Cards().GetItemCount() == kCards; }));
     EXPECT_EQ(Cards().OnGetItemText(kCards - 1, 1), "front 20000");
     EXPECT_EQ(Rows(), Texts{"Default"});
+}
+
+TEST_F(BrowseFrameTest, FilesThatAreDroppedOnTheWindowAreOpened) {
+    Open();
+    auto* const target = dynamic_cast<wxFileDropTarget*>(mpFrame->GetDropTarget());
+    ASSERT_NE(target, nullptr);
+    wxArrayString paths;
+    paths.push_back("/a");
+    paths.push_back("/b");
+    EXPECT_TRUE(target->OnDropFiles(0, 0, paths));
+    EXPECT_THAT(mServices.Opened, testing::ElementsAre("/a", "/b"));
 }

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <cstdint>
+#include <vector>
+
+// What the card templates of Anki say about the fields of a note. A template is a page of HTML with
+// names in double braces, such as
+//
+//   {{#Hint}}<i>{{hint:Hint}}</i>{{/Hint}} {{furigana:Word}}
+//
+// which shows the field Word with its readings, and before it, where the note has one, the field
+// Hint behind a click. Only the fields count here; the page around them does not.
+
+// A field that a template shows.
+struct ShownField {
+    enum class Filter { kNone, kFurigana, kKana, kKanji, kCloze };
+    // The field shows only where another field is filled, or is empty.
+    struct Condition {
+        size_t Field = 0;
+        bool IsEmpty = false;
+    };
+
+    size_t Field = 0;
+    Filter How = Filter::kNone;
+    // Behind a click, or a box to type in.
+    bool IsHint = false;
+    bool IsTyped = false;
+    std::vector<Condition> Conditions;
+};
+
+// The fields of a template in their order. Names that no field has are left out.
+std::vector<ShownField> ParseTemplate(const wxString& source,
+                                      const std::vector<wxString>& fieldNames);
+
+// A text with readings in brackets behind their bases, such as "漢字[かんじ]", without them
+// and with the readings alone. The reading is empty where the text has none.
+struct FuriganaText {
+    wxString Base;
+    wxString Reading;
+};
+FuriganaText ReadFurigana(const wxString& text);
+
+// One card of a text with deletions, such as "{{c1::Paris}} is in {{c2::France::land}}", as HTML:
+// the question with "[...]" or the hint in the place of what has that number, what was hidden, and
+// the whole text.
+struct ClozeCard {
+    wxString Question;
+    std::vector<wxString> Hidden;
+    wxString Whole;
+};
+ClozeCard MakeClozeCard(const wxString& text, int number);

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <sqlite3.h>
+#include <wx/string.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+// A database file of another program, to read rows from. The file is data, never code: it is opened
+// for reading only, only plain tables are read, and nothing that its schema would compute is run.
+// The file must not change meanwhile, so a file in use by its program has to be copied first.
+//
+// Columns of other programs hold whatever they like: a value asked for as a number or a text is
+// converted as the engine does, and what cannot be converted is 0 or empty.
+class ForeignDatabase {
+  public:
+    // The present row while a visitor looks at it. Columns count from 0.
+    class Row {
+      public:
+        explicit Row(sqlite3_stmt* statement) : mpStatement(statement) {}
+        int64_t Int64(int column) const;
+        double Double(int column) const;
+        // Invalid UTF-8 has U+FFFD in its place.
+        wxString Text(int column) const;
+        // The bytes of a text or blob.
+        std::string Bytes(int column) const;
+
+      private:
+        sqlite3_stmt* mpStatement;
+    };
+    // Returns false to end the reading.
+    using Visitor = std::function<bool(const Row& row)>;
+
+    ForeignDatabase() = default;
+    ~ForeignDatabase();
+    ForeignDatabase(const ForeignDatabase&) = delete;
+    ForeignDatabase& operator=(const ForeignDatabase&) = delete;
+
+    // 0, or -1 when the file is no database of the engine. Readings fail early once the flag is
+    // true, which is not owned and may be null.
+    int Open(const wxString& path, const std::atomic<bool>* isCancelled = nullptr);
+
+    // True for a plain table of that name whose columns are all stored.
+    bool HasTable(const char* table);
+
+    // Shows the columns of each row of a table, in the order of the rows' numbers. The names must
+    // be those of a program's own code. "rowid" is a column too. Returns 0, or -1 when the table or
+    // a column is missing or a page cannot be read.
+    int ReadAll(const char* table, const std::vector<const char*>& columns, const Visitor& visit);
+    // The same of the one row with that number. No such row is success.
+    int ReadRow(const char* table, const std::vector<const char*>& columns, int64_t rowId,
+                const Visitor& visit);
+
+    // The engine's text of the last failure.
+    wxString GetError() const;
+
+  private:
+    sqlite3_stmt* Prepare(const std::string& sql);
+    int Visit(sqlite3_stmt* statement, const Visitor& visit);
+    void Close();
+
+    sqlite3* mpHandle = nullptr;
+    // The statement of the last ReadRow, which is usually the next one's too.
+    std::string mRowSql;
+    sqlite3_stmt* mpRowStatement = nullptr;
+};

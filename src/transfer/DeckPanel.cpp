@@ -1,0 +1,238 @@
+#include "transfer/DeckPanel.h"
+
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/intl.h>
+#include <wx/scrolwin.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Text.h"
+#include "exchange/Worker.h"
+#include "shell/Forms.h"
+#include "shell/Toolkit.h"
+#include "transfer/ProgressDialog.h"
+
+namespace {
+
+enum : int {
+    ID_NAMES = 10301,
+    ID_SCHEDULES = 10302,
+    ID_TYPE = 10303,
+    ID_SUMMARY = 10304,
+    // The first of the choices of fields.
+    ID_FIRST_FIELD = 10320
+};
+
+constexpr int kFieldsHeight = 110;
+constexpr int kSummaryHeight = 90;
+// Real kinds of notes have up to twenty fields; a hostile one would fill the window with controls.
+constexpr size_t kMostFields = 100;
+constexpr size_t kLongestName = 40;
+
+// In the order of FieldRole.
+wxArrayString RoleLabels() {
+    wxArrayString labels;
+    labels.push_back(_("Front"));
+    labels.push_back(_("Front, second text"));
+    labels.push_back(_("Back"));
+    labels.push_back(_("Back, second text"));
+    labels.push_back(_("Notes"));
+    labels.push_back(_("Leave out"));
+    return labels;
+}
+
+wxString CutName(const wxString& name) {
+    return CutWithEllipsis(name, kLongestName);
+}
+
+// Longer work shows that it goes on.
+constexpr long kPatienceMilliseconds = 200;
+
+// Makes a deck's file ready, unless that was done, and reads the deck.
+class SurveyThread : public Worker {
+  public:
+    // The database is not owned.
+    SurveyThread(const wxString& path, std::shared_ptr<DeckFile> file, DeckOptions options,
+                 Database& database)
+        : mPath(path), mFile(std::move(file)), mOptions(std::move(options)), mDatabase(database) {}
+    ~SurveyThread() override { SurveyThread::Cancel(); }
+
+    bool IsCancelled() const { return mProgress.IsCancelled; }
+    // Read after Join.
+    const DeckSurvey& GetSurvey() const { return mSurvey; }
+    const std::shared_ptr<DeckFile>& GetFile() const { return mFile; }
+
+    int32_t GetMaximum() const override { return 1000; }
+    int32_t GetPosition() const override { return mProgress.Position; }
+    void Cancel() override {
+        mProgress.IsCancelled = true;
+        Join();
+    }
+
+  protected:
+    void Work() override {
+        if (mFile == nullptr) {
+            DeckFileOptions options;
+            options.IsCancelled = &mProgress.IsCancelled;
+            options.Position = &mProgress.Position;
+            mFile = DeckFile::Open(mPath, mSurvey.Failure, options);
+        }
+        if (mFile != nullptr) {
+            mSurvey = SurveyDeck(mFile, mOptions, mDatabase, mProgress);
+        }
+    }
+
+  private:
+    wxString mPath;
+    std::shared_ptr<DeckFile> mFile;
+    DeckOptions mOptions;
+    Database& mDatabase;
+    DeckSurvey mSurvey;
+    SurveyProgress mProgress;
+};
+
+}  // namespace
+
+DeckPanel::DeckPanel(wxWindow* parent, Database& database, FatalErrorReport& report,
+                     std::function<void()> onChange)
+    : wxPanel(parent), mDatabase(database), mReport(report), mOnChange(std::move(onChange)) {
+    MakeControls();
+}
+
+void DeckPanel::MakeControls() {
+    wxArrayString names;
+    names.push_back(_("Whole name of the deck"));
+    names.push_back(_("Last part of the name"));
+    mpNames = MakeChoice(*this, ID_NAMES, names);
+    mpSchedules = new wxCheckBox(this, ID_SCHEDULES, _("Take over what was learned"));
+    mpSchedules->SetValue(true);
+    mpType = new wxChoice(this, ID_TYPE);
+    mpFields = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition,
+                                    FromDIP(wxSize(-1, kFieldsHeight)), wxVSCROLL);
+    mpFields->SetScrollRate(0, FromDIP(kFormGap));
+    const int gap = FromDIP(kFormGap);
+    mpFieldGrid = new wxFlexGridSizer(2, gap, gap);
+    mpFieldGrid->AddGrowableCol(1);
+    mpFields->SetSizer(mpFieldGrid);
+    mpSummary = new wxTextCtrl(this, ID_SUMMARY, wxString(), wxDefaultPosition,
+                               FromDIP(wxSize(-1, kSummaryHeight)), wxTE_MULTILINE | wxTE_READONLY);
+    SetAccessibleName(*mpSummary, _("What comes along"));
+
+    auto* const grid = new wxFlexGridSizer(2, gap, gap);
+    grid->AddGrowableCol(1);
+    grid->Add(MakeFormLabel(_("Category"), *mpNames), wxSizerFlags().CentreVertical());
+    grid->Add(mpNames, wxSizerFlags().Expand());
+    grid->Add(MakeFormLabel(_("Kind of note"), *mpType), wxSizerFlags().CentreVertical());
+    grid->Add(mpType, wxSizerFlags().Expand());
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    rows->Add(mpSchedules, wxSizerFlags().Border(wxBOTTOM, gap));
+    rows->Add(grid, wxSizerFlags().Expand());
+    rows->Add(mpFields, wxSizerFlags(1).Expand().Border(wxTOP, gap));
+    rows->Add(mpSummary, wxSizerFlags(1).Expand().Border(wxTOP, gap));
+    SetSizer(rows);
+
+    mpNames->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { OnChoice(); });
+    mpSchedules->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { OnChoice(); });
+    mpType->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { ShowFields(); });
+}
+
+void DeckPanel::Open(const wxString& path) {
+    Survey(path);
+    mTypes = mSurvey.Types;
+    mIsChosen.assign(mTypes.size(), false);
+    mpType->Clear();
+    for (const DeckNoteType& type : mTypes) {
+        mpType->Append(CutName(type.Name));
+    }
+    mpType->Enable(!mTypes.empty());
+    if (!mTypes.empty()) {
+        mpType->SetSelection(0);
+    }
+    ShowFields();
+}
+
+// Shows a choice for each field of the chosen kind of note.
+void DeckPanel::ShowFields() {
+    mpFieldGrid->Clear(true);
+    const int selection = mpType->GetSelection();
+    if (selection != wxNOT_FOUND) {
+        const DeckNoteType& type = mTypes[static_cast<size_t>(selection)];
+        for (size_t i = 0; i < std::min(type.Fields.size(), kMostFields); ++i) {
+            wxChoice* const role =
+                MakeChoice(*mpFields, ID_FIRST_FIELD + static_cast<int>(i), RoleLabels());
+            role->SetSelection(static_cast<int>(type.Roles[i]));
+            role->Enable(!type.IsCloze);
+            role->Bind(wxEVT_CHOICE,
+                       [this, i](wxCommandEvent& event) { ChooseRole(i, event.GetSelection()); });
+            const wxString name = wxControl::EscapeMnemonics(CutName(type.Fields[i]));
+            mpFieldGrid->Add(MakeFormLabel(name, *role), wxSizerFlags().CentreVertical());
+            mpFieldGrid->Add(role, wxSizerFlags().Expand());
+        }
+    }
+    mpFields->Show(selection != wxNOT_FOUND);
+    mpFields->FitInside();
+    Layout();
+}
+
+void DeckPanel::ChooseRole(size_t field, int role) {
+    const auto type = static_cast<size_t>(mpType->GetSelection());
+    mTypes[type].Roles[field] = static_cast<FieldRole>(role);
+    mIsChosen[type] = true;
+    OnChoice();
+}
+
+void DeckPanel::OnChoice() {
+    Survey(wxString());
+    mOnChange();
+}
+
+// Reads the whole deck and tells what comes of it. The path is needed the first time.
+void DeckPanel::Survey(const wxString& path) {
+    // The dialog may not be on the screen yet.
+    wxWindow* const dialog = wxGetTopLevelParent(this);
+    wxWindow* const parent = dialog->IsShown() ? dialog : dialog->GetParent();
+    const bool wasOpen = mFile != nullptr;
+    SurveyThread thread(path, mFile, GetOptions(), mDatabase);
+    {
+        const wxBusyCursor busy;
+        RunWithProgress(parent, thread, mReport, _("Unable to start a thread for the import."),
+                        kPatienceMilliseconds);
+    }
+    mFile = thread.GetFile();
+    mSurvey = thread.GetSurvey();
+    wxString text = mSurvey.Failure;
+    if (wasOpen && thread.IsCancelled()) {
+        // The deck was read before, so only the numbers are missing.
+        mSurvey.Failure.clear();
+    }
+    if (text.empty()) {
+        for (const wxString& line : DescribeSurvey(mSurvey)) {
+            text += (text.empty() ? "" : "\n") + line;
+        }
+    }
+    mpSummary->ChangeValue(text);
+}
+
+DeckOptions DeckPanel::GetOptions() const {
+    DeckOptions options;
+    options.WithSchedules = mpSchedules->GetValue();
+    options.WholeDeckNames = mpNames->GetSelection() == 0;
+    for (size_t i = 0; i < mTypes.size(); ++i) {
+        if (mIsChosen[i]) {
+            options.Roles[mTypes[i].Id] = mTypes[i].Roles;
+        }
+    }
+    return options;
+}
+
+DeckReaderMaker DeckPanel::GetReaderMaker() const {
+    return [file = mFile, options = GetOptions()](Database& database, wxString& message) {
+        return MakeDeckReader(file, options, database, message);
+    };
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <wx/panel.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "decks/DeckSurvey.h"
+#include "exchange/ImportJob.h"
+
+class Database;
+class FatalErrorReport;
+class wxCheckBox;
+class wxChoice;
+class wxFlexGridSizer;
+class wxScrolledWindow;
+class wxTextCtrl;
+
+// What the import dialog asks about a deck: how its categories are named, whether its schedules
+// come along, and what each field of its kinds of notes becomes. Below stands what of the deck has
+// no place here, before anything is written. Main thread only; a worker reads the deck.
+class DeckPanel : public wxPanel {
+  public:
+    // The function is called after each choice of the user. The database and the report are not
+    // owned.
+    DeckPanel(wxWindow* parent, Database& database, FatalErrorReport& report,
+              std::function<void()> onChange);
+
+    // Unpacks the deck and reads it once, behind a progress window when that takes long.
+    void Open(const wxString& path);
+    // Returns what is wrong with the deck, or nothing.
+    const wxString& GetFault() const { return mSurvey.Failure; }
+    // Returns the attributes of the first card with the present choices.
+    const std::vector<CardAttribute>& GetFirstRecord() const { return mSurvey.FirstRecord; }
+    // Makes readers with the present choices. They may outlive the panel.
+    DeckReaderMaker GetReaderMaker() const;
+
+  private:
+    void MakeControls();
+    void ShowFields();
+    void ChooseRole(size_t field, int role);
+    void Survey(const wxString& path);
+    DeckOptions GetOptions() const;
+    void OnChoice();
+
+    Database& mDatabase;
+    FatalErrorReport& mReport;
+    std::function<void()> mOnChange;
+    std::shared_ptr<DeckFile> mFile;
+    DeckSurvey mSurvey;
+    std::vector<DeckNoteType> mTypes;
+    // Whether the user has changed a role of the type.
+    std::vector<bool> mIsChosen;
+
+    wxChoice* mpNames = nullptr;
+    wxCheckBox* mpSchedules = nullptr;
+    wxChoice* mpType = nullptr;
+    wxScrolledWindow* mpFields = nullptr;
+    wxFlexGridSizer* mpFieldGrid = nullptr;
+    wxTextCtrl* mpSummary = nullptr;
+};
