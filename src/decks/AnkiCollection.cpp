@@ -377,7 +377,7 @@ bool AnkiCollection::ReadNote(size_t place, AnkiNote& note, std::vector<AnkiCard
     cards.clear();
     const int result = mDatabase.ReadRow("notes", {"guid", "mid", "tags", "flds"}, row.RowId,
                                          [&note](const ForeignDatabase::Row& columns) {
-                                             note.Guid = columns.Text(0);
+                                             note.Guid = columns.Bytes(0);
                                              note.TypeId = columns.Int64(1);
                                              note.Tags = columns.Text(2);
                                              note.Fields = columns.Text(3);
@@ -405,8 +405,11 @@ bool AnkiCollection::ReadCardsOf(int64_t noteId, std::vector<AnkiCard>& cards) {
             return FailDamaged();
         }
     }
-    std::stable_sort(cards.begin(), cards.end(), [](const AnkiCard& one, const AnkiCard& other) {
+    const auto isBefore = [](const AnkiCard& one, const AnkiCard& other) {
         return one.Number < other.Number;
-    });
+    };
+    if (!std::is_sorted(cards.begin(), cards.end(), isBefore)) {
+        std::stable_sort(cards.begin(), cards.end(), isBefore);
+    }
     return true;
 }

@@ -29,7 +29,7 @@ struct AnkiNoteType {
 struct AnkiNote {
     int64_t Id = 0;
     // Given by whoever made the note; not always the only one of its kind.
-    wxString Guid;
+    std::string Guid;
     int64_t TypeId = 0;
     wxString Tags;
     // All fields as HTML, with U+001F between them.

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <deque>
+#include <map>
 #include <set>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -33,17 +35,20 @@ bool HasEastAsian(const wxString& text) {
 }
 
 wxString IdText(int64_t id) {
-    return wxString::Format("%lld", static_cast<long long>(id));
+    return wxString(std::to_wstring(id));
 }
 
 void AddLine(wxString& text, const wxString& line) {
     if (!line.empty()) {
-        text += (text.empty() ? "" : "\n") + line;
+        text.append(text.empty() ? 0 : 1, L'\n');
+        text += line;
     }
 }
 
 wxString OneLine(wxString text) {
-    text.Replace("\n", " ");
+    if (text.find(L'\n') != wxString::npos) {
+        text.Replace(L"\n", L" ");
+    }
     return text;
 }
 
@@ -60,9 +65,10 @@ class NoteTexts {
             at = end + 1;
         }
         mSources.resize(std::max(mSources.size(), type.Fields.size()));
+        mTexts.reserve(mSources.size());
         for (size_t i = 0; i < mSources.size(); ++i) {
             HtmlText text = ReadHtml(mSources[i], false, losses);
-            if (plan.WithReadings.count(i) != 0) {
+            if (plan.WithReadings.count(i) != 0 && text.Text.find(L'[') != wxString::npos) {
                 const FuriganaText split = ReadFurigana(text.Text);
                 text.Text = split.Base;
                 text.Reading = split.Reading.empty() ? text.Reading : split.Reading;
@@ -104,12 +110,12 @@ class AnkiDeck : public Deck {
   private:
     bool ReadNote();
     void MakeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                   std::vector<AnkiCard> cards, const wxString& id, const wxString& tags);
+                   std::vector<AnkiCard> cards, const std::string& id, const wxString& tags);
     void MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size_t which,
-                      const NoteTexts& note, const std::vector<AnkiCard>& cards, const wxString& id,
-                      const wxString& tags);
+                      const NoteTexts& note, const std::vector<AnkiCard>& cards,
+                      const std::string& id, const wxString& tags);
     void MakeClozeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                        const std::vector<AnkiCard>& cards, const wxString& id,
+                        const std::vector<AnkiCard>& cards, const std::string& id,
                         const wxString& tags);
     void FillSides(const TypePlan& plan, size_t which, const NoteTexts& note, DeckCard& card,
                    std::set<size_t>& used) const;
@@ -119,13 +125,15 @@ class AnkiDeck : public Deck {
                        const std::set<size_t>& used, const wxString& tags) const;
     void TakeSchedule(const AnkiCard& row, const CardUuid& id, CardSchedule& schedule,
                       bool& excluded);
-    wxString CategoryOf(const AnkiCard& row) const;
+    const wxString& CategoryOf(const AnkiCard& row);
     void Push(DeckCard&& card);
 
     DeckOptions mOptions;
     AnkiCollection mCollection;
     int64_t mNow = 0;
     std::map<int64_t, TypePlan> mPlans;
+    // The categories of decks that were asked for.
+    std::map<int64_t, wxString> mCategories;
     size_t mNext = 0;
     std::deque<DeckCard> mReady;
 };
@@ -207,13 +215,13 @@ bool AnkiDeck::ReadNote() {
     Count(DeckLoss::kSounds, losses.Sounds);
     Count(DeckLoss::kFormulas, losses.Formulas);
     Count(DeckLoss::kHints, plan.Hints);
-    MakeCards(type->second, plan, note, std::move(cards), row.Guid + " " + IdText(row.Id),
+    MakeCards(type->second, plan, note, std::move(cards), row.Guid + ' ' + std::to_string(row.Id),
               TrimWide(row.Tags));
     return true;
 }
 
 void AnkiDeck::MakeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                         std::vector<AnkiCard> cards, const wxString& id, const wxString& tags) {
+                         std::vector<AnkiCard> cards, const std::string& id, const wxString& tags) {
     for (AnkiCard& card : cards) {
         if (card.HomeDeck != 0) {
             Count(DeckLoss::kFiltered);
@@ -239,7 +247,7 @@ const AnkiCard* FindCard(const std::vector<AnkiCard>& cards, size_t number) {
 
 void AnkiDeck::MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size_t which,
                             const NoteTexts& note, const std::vector<AnkiCard>& cards,
-                            const wxString& id, const wxString& tags) {
+                            const std::string& id, const wxString& tags) {
     const TemplatePair& pair = plan.Pairs[which];
     const AnkiCard* forward = FindCard(cards, pair.Forward);
     for (const size_t same : pair.Same) {
@@ -257,7 +265,7 @@ void AnkiDeck::MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size
     }
     DeckCard card;
     // A card of the first pair keeps its identity when the type gets further templates.
-    const wxString part = which == 0 ? wxString() : wxString::Format("%zu", pair.Forward);
+    const std::string part = which == 0 ? "" : std::to_string(pair.Forward);
     card.Card.CardId = DeckCardId(id, part);
     std::set<size_t> used;
     if (which == 0 && !plan.Chosen.empty()) {
@@ -346,19 +354,20 @@ wxString AnkiDeck::MakeNotes(const AnkiNoteType& type, const NoteTexts& note,
     wxString notes;
     for (size_t i = 0; i < note.Count(); ++i) {
         if (used.count(i) == 0 && !note.Text(i).empty()) {
-            const wxString name = i < type.Fields.size() ? type.Fields[i] + ": " : wxString();
+            const wxString name = i < type.Fields.size() ? type.Fields[i] + L": " : wxString();
             const wxString& reading = note.Reading(i);
-            AddLine(notes, name + note.Text(i) + (reading.empty() ? "" : " (" + reading + ")"));
+            AddLine(notes,
+                    name + note.Text(i) + (reading.empty() ? wxString() : L" (" + reading + L")"));
         }
     }
     if (!tags.empty()) {
-        AddLine(notes, "Tags: " + tags);
+        AddLine(notes, L"Tags: " + tags);
     }
     return notes;
 }
 
 void AnkiDeck::MakeClozeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                              const std::vector<AnkiCard>& cards, const wxString& id,
+                              const std::vector<AnkiCard>& cards, const std::string& id,
                               const wxString& tags) {
     const wxString& source = note.Source(plan.ClozeField);
     if (source.Contains("image-occlusion:")) {
@@ -373,7 +382,7 @@ void AnkiDeck::MakeClozeCards(const AnkiNoteType& type, const TypePlan& plan, co
         const int number = static_cast<int>(std::clamp<int64_t>(row.Number, 0, 9998)) + 1;
         const ClozeCard cloze = MakeClozeCard(source, number);
         DeckCard card;
-        card.Card.CardId = DeckCardId(id, wxString::Format("c%i", number));
+        card.Card.CardId = DeckCardId(id, "c" + std::to_string(number));
         card.Card.Front = ReadHtml(cloze.Question, false, counted).Text;
         for (const wxString& hidden : cloze.Hidden) {
             const wxString text = ReadHtml(hidden, false, counted).Text;
@@ -404,16 +413,20 @@ void AnkiDeck::TakeSchedule(const AnkiCard& row, const CardUuid& id, CardSchedul
     }
 }
 
-wxString AnkiDeck::CategoryOf(const AnkiCard& row) const {
+const wxString& AnkiDeck::CategoryOf(const AnkiCard& row) {
+    const auto known = mCategories.find(row.Deck);
+    if (known != mCategories.end()) {
+        return known->second;
+    }
     const wxString name = TrimWide(mCollection.FindDeckName(row.Deck));
-    const size_t level = mOptions.WholeDeckNames ? wxString::npos : name.rfind("::");
+    const size_t level = mOptions.WholeDeckNames ? wxString::npos : name.rfind(L"::");
     const wxString last = level == wxString::npos ? name : TrimWide(name.Mid(level + 2));
-    return last.empty() ? wxString(_("Default")) : OneLine(last);
+    return mCategories[row.Deck] = last.empty() ? wxString(_("Default")) : OneLine(last);
 }
 
 void AnkiDeck::Push(DeckCard&& card) {
-    card.Card.Front = GuardSide(card.Card.Front);
-    card.Card.Back = GuardSide(card.Card.Back);
+    GuardSide(card.Card.Front);
+    GuardSide(card.Card.Back);
     if (card.Card.Front.empty() || card.Card.Back.empty()) {
         Count(DeckLoss::kEmptySides);
         return;

@@ -10,6 +10,28 @@
 #include "base/Unicode.h"
 #include "store/Database.h"
 
+// The names of attributes, made once: a text of more than three characters asks for memory.
+struct DeckReader::ScheduleNames {
+    explicit ScheduleNames(const wxString& prefix)
+        : Introduced(prefix + L"introduced"),
+          LastReview(prefix + L"lastReview"),
+          LastScore(prefix + L"lastScore"),
+          ReviewInterval(prefix + L"reviewInterval"),
+          Difficulty(prefix + L"difficulty"),
+          Erc(prefix + L"erc") {}
+
+    wxString Introduced, LastReview, LastScore, ReviewInterval, Difficulty, Erc;
+};
+
+struct DeckReader::Names {
+    wxString Id = L"id", Front = L"front", Front2 = L"front2", Back = L"back", Back2 = L"back2",
+             Notes = L"notes", Category = L"category", ForwardX = L"forwardX",
+             ReverseX = L"reverseX";
+    wxString True = L"true";
+    ScheduleNames Forward{wxString()};
+    ScheduleNames Reverse{L"r"};
+};
+
 DeckReader::DeckReader(std::unique_ptr<Deck> deck, const DeckOptions& options)
     : mDeck(std::move(deck)), mOptions(options) {}
 
@@ -34,51 +56,63 @@ bool DeckReader::SkipRecord() {
 }
 
 bool DeckReader::ReadRecord() {
+    static const Names kNames;
     mAttributes.Clear();
     DeckCard card;
     if (!mDeck->ReadCard(card)) {
         return false;
     }
     ++mCardNumber;
-    Add("id", FormatUuid(card.Card.CardId));
-    Add("front", card.Card.Front);
-    Add("front2", card.Front2);
-    Add("back", card.Card.Back);
-    Add("back2", card.Back2);
-    Add("notes", card.Card.Notes);
-    // Where the card stands and what was learned of it here is newer than the deck.
+    Add(kNames.Id, FormatUuid(card.Card.CardId));
+    Add(kNames.Front, card.Card.Front);
+    Add(kNames.Back, card.Card.Back);
+    // Where the card stands and what was learned of it here is newer than the deck. Its texts are
+    // those of the deck, also where that has none.
     wxString category;
-    if (mOptions.FindStored && mOptions.FindStored(card.Card.CardId, category)) {
-        Add("category", category);
+    const bool isStored = mOptions.FindStored && mOptions.FindStored(card.Card.CardId, category);
+    const auto addText = [&](const wxString& name, const wxString& text) {
+        if (isStored || !text.empty()) {
+            Add(name, text);
+        }
+    };
+    addText(kNames.Front2, card.Front2);
+    addText(kNames.Back2, card.Back2);
+    addText(kNames.Notes, card.Card.Notes);
+    Add(kNames.Category, isStored ? category : card.Category);
+    if (isStored) {
         return true;
     }
-    Add("category", card.Category);
-    Add("forwardX", card.Card.ForwardX ? "true" : "false");
-    Add("reverseX", card.Card.ReverseX ? "true" : "false");
+    if (card.Card.ForwardX) {
+        Add(kNames.ForwardX, kNames.True);
+    }
+    if (card.Card.ReverseX) {
+        Add(kNames.ReverseX, kNames.True);
+    }
     if (mOptions.WithSchedules) {
-        AddSchedule(wxString(), card.Card.Forward);
-        AddSchedule("r", card.Card.Reverse);
+        AddSchedule(kNames.Forward, card.Card.Forward);
+        AddSchedule(kNames.Reverse, card.Card.Reverse);
     }
     return true;
 }
 
-void DeckReader::AddSchedule(const wxString& prefix, const CardSchedule& schedule) {
+void DeckReader::AddSchedule(const ScheduleNames& names, const CardSchedule& schedule) {
     if (!schedule.Introduced) {
         return;
     }
-    Add(prefix + "introduced", "true");
-    Add(prefix + "lastReview", FormatTimeStamp(schedule.LastReview));
-    Add(prefix + "lastScore", wxString::Format("%u", unsigned{schedule.LastScore}));
-    Add(prefix + "reviewInterval",
+    Add(names.Introduced, L"true");
+    Add(names.LastReview, FormatTimeStamp(schedule.LastReview));
+    Add(names.LastScore, wxString::Format("%u", unsigned{schedule.LastScore}));
+    Add(names.ReviewInterval,
         wxString::FromCDouble(static_cast<double>(schedule.ReviewInterval), 6));
-    Add(prefix + "difficulty", wxString::Format("%u", unsigned{schedule.Difficulty}));
-    Add(prefix + "erc", wxString::Format("%i", schedule.ERC));
+    Add(names.Difficulty, wxString::Format("%u", unsigned{schedule.Difficulty}));
+    Add(names.Erc, wxString::Format("%i", schedule.ERC));
 }
 
-std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
-                                           DeckOptions options, Database& database,
-                                           wxString& message) {
-    options.FindStored = [&database](const CardUuid& id, wxString& name) {
+namespace {
+
+// Returns the search for the category of a stored card.
+std::function<bool(const CardUuid&, wxString&)> StoredCategoryFinder(Database& database) {
+    return [&database](const CardUuid& id, wxString& name) {
         std::list<FlashCard> cards;
         if (database.SelectCardById(id, cards) < 0 || cards.empty()) {
             return false;
@@ -90,6 +124,17 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
         }
         return true;
     };
+}
+
+}  // namespace
+
+std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
+                                           DeckOptions options, Database& database,
+                                           wxString& message) {
+    // An empty store, such as a new user's, need not be asked.
+    if (!database.IsEmpty()) {
+        options.FindStored = StoredCategoryFinder(database);
+    }
     std::unique_ptr<Deck> deck = file == nullptr ? nullptr : file->OpenDeck(options, message);
     if (deck == nullptr) {
         return nullptr;
@@ -97,10 +142,10 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
     return std::make_unique<DeckReader>(std::move(deck), options);
 }
 
-wxString GuardSide(const wxString& side) {
-    wxString guarded = side;
-    guarded.Replace(L"\n\u3010", L"\n \u3010");
-    return guarded;
+void GuardSide(wxString& side) {
+    if (side.find(L"\n\u3010") != wxString::npos) {
+        side.Replace(L"\n\u3010", L"\n \u3010");
+    }
 }
 
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped) {
@@ -134,8 +179,8 @@ uint8_t DifficultyOfEase(double ease) {
     return static_cast<uint8_t>(std::clamp(kNeutral - steps, 0.0, kHardest));
 }
 
-CardUuid DeckCardId(const wxString& noteId, const wxString& part) {
-    return NamedUuid(ToUtf8(noteId + "\n" + part));
+CardUuid DeckCardId(const std::string& noteId, const std::string& part) {
+    return NamedUuid(noteId + '\n' + part);
 }
 
 int32_t DeckErc(const CardUuid& id) {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "exchange/CardRecord.h"
@@ -167,8 +168,11 @@ class DeckReader : public CardRecordReader {
     const Deck& GetDeck() const { return *mDeck; }
 
   private:
+    struct ScheduleNames;
+    struct Names;
+
     void Add(const wxString& name, const wxString& value);
-    void AddSchedule(const wxString& prefix, const CardSchedule& schedule);
+    void AddSchedule(const ScheduleNames& names, const CardSchedule& schedule);
 
     std::unique_ptr<Deck> mDeck;
     DeckOptions mOptions;
@@ -185,13 +189,13 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
 // What the decks of both programs share.
 
 // The second text is not mistaken for a part of the first: a line that begins like one is indented.
-wxString GuardSide(const wxString& side);
+void GuardSide(wxString& side);
 // Seconds as the store keeps them: not more than the exact number, at least 1, and so that the next
 // review is before the end of the year 9999. True in clamped when that was needed.
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped);
 // The difficulty of an ease, 2.5 being neutral; 0 when it is not known.
 uint8_t DifficultyOfEase(double ease);
 // The identity of the card of that note, the same for the same note whenever it is imported.
-CardUuid DeckCardId(const wxString& noteId, const wxString& part);
+CardUuid DeckCardId(const std::string& noteId, const std::string& part);
 // A number of the first review block, the same for the same card.
 int32_t DeckErc(const CardUuid& id);

@@ -1,6 +1,8 @@
 // The files that decks come in: packages to unpack and databases to copy.
 
+#include <signal.h>
 #include <stdlib.h>
+#include <unistd.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
@@ -9,6 +11,8 @@
 #include <zstd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -190,6 +194,30 @@ wxString CollectionName(Package& package, wxString& message) {
     return kNames[version - 1];
 }
 
+// The name of a temporary directory goes on with the number of its process.
+constexpr char kDirectoryStart[] = "velomind-deck-";
+
+fs::path TemporaryDirectory() {
+    return fs::u8path(ToUtf8(wxFileName::GetTempDir()));
+}
+
+// Removes what processes that broke down have left.
+void RemoveLeftDirectories() {
+    std::error_code error;
+    for (fs::directory_iterator entry(TemporaryDirectory(), error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().u8string();
+        if (name.rfind(kDirectoryStart, 0) != 0) {
+            continue;
+        }
+        const int process = std::atoi(name.c_str() + std::size(kDirectoryStart) - 1);
+        if (process > 0 && kill(process, 0) != 0 && errno == ESRCH) {
+            std::error_code ignored;
+            fs::remove_all(entry->path(), ignored);
+        }
+    }
+}
+
 bool BeginsWith(const wxString& path, const std::string& mark) {
     std::string bytes(mark.size(), '\0');
     std::ifstream file(fs::u8path(ToUtf8(path)), std::ios::binary);
@@ -234,8 +262,10 @@ std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message
     const wxLogNull silence;
     std::shared_ptr<DeckFile> file(new DeckFile);
     file->mName = wxFileName(path).GetName();
+    RemoveLeftDirectories();
     std::string directory =
-        ToUtf8(wxFileName::GetTempDir() + wxFileName::GetPathSeparator() + "velomind-XXXXXX");
+        (TemporaryDirectory() / (kDirectoryStart + std::to_string(getpid()) + "-XXXXXX"))
+            .u8string();
     if (mkdtemp(directory.data()) == nullptr) {
         message = _("The deck could not be copied to the directory for temporary files.");
         return nullptr;

@@ -130,7 +130,7 @@ void MnemosyneDeck::ReadFact(const std::string& id) {
 void MnemosyneDeck::MakeTwoSided(const std::string& id, const Fact& fact,
                                  const std::vector<Direction>& directions) {
     DeckCard card;
-    card.Card.CardId = DeckCardId(FromUtf8(id), wxString());
+    card.Card.CardId = DeckCardId(id, "");
     const bool isFromAnki = BaseType(directions.front().Type) == '7';
     const bool hasMeaning = fact.count("m_1") != 0;
     card.Card.Front = Value(fact, isFromAnki ? "0" : "f");
@@ -174,7 +174,7 @@ void MnemosyneDeck::MakeGaps(const std::string& id, const Fact& fact,
     }
     for (size_t i = 0; i < std::min(gaps.size(), directions.size()); ++i) {
         DeckCard card;
-        card.Card.CardId = DeckCardId(FromUtf8(id), wxString::Format("c%zu", i + 1));
+        card.Card.CardId = DeckCardId(id, "c" + std::to_string(i + 1));
         size_t rest = 0;
         for (size_t j = 0; j < gaps.size(); ++j) {
             const Gap& gap = gaps[j];
@@ -243,8 +243,8 @@ void MnemosyneDeck::TakeTags(const Direction& direction, DeckCard& card) const {
 }
 
 void MnemosyneDeck::Push(DeckCard&& card) {
-    card.Card.Front = GuardSide(card.Card.Front);
-    card.Card.Back = GuardSide(card.Card.Back);
+    GuardSide(card.Card.Front);
+    GuardSide(card.Card.Back);
     if (card.Card.Front.empty() || card.Card.Back.empty()) {
         Count(DeckLoss::kEmptySides);
         return;

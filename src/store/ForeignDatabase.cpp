@@ -106,7 +106,8 @@ ForeignDatabase::~ForeignDatabase() {
 
 int ForeignDatabase::Open(const wxString& path, const std::atomic<bool>* isCancelled) {
     Close();
-    constexpr int kFlags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_PRIVATECACHE;
+    constexpr int kFlags =
+        SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(ImmutableAddress(path).c_str(), &mpHandle, kFlags, nullptr) != SQLITE_OK) {
         return -1;
     }
@@ -163,16 +164,14 @@ int ForeignDatabase::ReadAll(const char* table, const std::vector<const char*>& 
 
 int ForeignDatabase::ReadRow(const char* table, const std::vector<const char*>& columns,
                              int64_t rowId, const Visitor& visit) {
-    const std::string sql =
-        "SELECT " + JoinColumns(columns) + " FROM \"" + table + "\" WHERE rowid=?";
-    if (sql != mRowSql) {
-        sqlite3_finalize(mpRowStatement);
-        mpRowStatement = Prepare(sql);
-        mRowSql = sql;
+    auto& statement = mRowStatements[table];
+    if (statement == nullptr) {
+        statement =
+            Prepare("SELECT " + JoinColumns(columns) + " FROM \"" + table + "\" WHERE rowid=?");
     }
-    sqlite3_bind_int64(mpRowStatement, 1, rowId);
-    const int result = Visit(mpRowStatement, visit);
-    sqlite3_reset(mpRowStatement);
+    sqlite3_bind_int64(statement, 1, rowId);
+    const int result = Visit(statement, visit);
+    sqlite3_reset(statement);
     return result;
 }
 
@@ -205,9 +204,10 @@ int ForeignDatabase::Visit(sqlite3_stmt* statement, const Visitor& visit) {
 }
 
 void ForeignDatabase::Close() {
-    sqlite3_finalize(mpRowStatement);
-    mpRowStatement = nullptr;
-    mRowSql.clear();
+    for (const auto& [table, statement] : mRowStatements) {
+        sqlite3_finalize(statement);
+    }
+    mRowStatements.clear();
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
 }

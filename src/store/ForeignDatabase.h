@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -50,7 +51,8 @@ class ForeignDatabase {
     // be those of a program's own code. "rowid" is a column too. Returns 0, or -1 when the table or
     // a column is missing or a page cannot be read.
     int ReadAll(const char* table, const std::vector<const char*>& columns, const Visitor& visit);
-    // The same of the one row with that number. No such row is success.
+    // The same of the one row with that number. No such row is success. A table is read by the same
+    // columns each time. Used by one thread at a time, as all of the object.
     int ReadRow(const char* table, const std::vector<const char*>& columns, int64_t rowId,
                 const Visitor& visit);
 
@@ -63,7 +65,6 @@ class ForeignDatabase {
     void Close();
 
     sqlite3* mpHandle = nullptr;
-    // The statement of the last ReadRow, which is usually the next one's too.
-    std::string mRowSql;
-    sqlite3_stmt* mpRowStatement = nullptr;
+    // The statements of ReadRow by their tables, whose names are literals of the program.
+    std::map<const char*, sqlite3_stmt*> mRowStatements;
 };

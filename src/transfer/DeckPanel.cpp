@@ -29,8 +29,8 @@ enum : int {
     ID_FIRST_FIELD = 10320
 };
 
-constexpr int kFieldsHeight = 110;
-constexpr int kSummaryHeight = 90;
+constexpr int kFieldsHeight = 80;
+constexpr int kSummaryWidth = 260;
 // Real kinds of notes have up to twenty fields; a hostile one would fill the window with controls.
 constexpr size_t kMostFields = 100;
 constexpr size_t kLongestName = 40;
@@ -121,7 +121,7 @@ void DeckPanel::MakeControls() {
     mpFieldGrid->AddGrowableCol(1);
     mpFields->SetSizer(mpFieldGrid);
     mpSummary = new wxTextCtrl(this, ID_SUMMARY, wxString(), wxDefaultPosition,
-                               FromDIP(wxSize(-1, kSummaryHeight)), wxTE_MULTILINE | wxTE_READONLY);
+                               FromDIP(wxSize(kSummaryWidth, -1)), wxTE_MULTILINE | wxTE_READONLY);
     SetAccessibleName(*mpSummary, _("What comes along"));
 
     auto* const grid = new wxFlexGridSizer(2, gap, gap);
@@ -134,8 +134,11 @@ void DeckPanel::MakeControls() {
     rows->Add(mpSchedules, wxSizerFlags().Border(wxBOTTOM, gap));
     rows->Add(grid, wxSizerFlags().Expand());
     rows->Add(mpFields, wxSizerFlags(1).Expand().Border(wxTOP, gap));
-    rows->Add(mpSummary, wxSizerFlags(1).Expand().Border(wxTOP, gap));
-    SetSizer(rows);
+    // Side by side, they leave room for the preview on a small screen.
+    auto* const halves = new wxBoxSizer(wxHORIZONTAL);
+    halves->Add(rows, wxSizerFlags(1).Expand().Border(wxRIGHT, FromDIP(kFormEdge)));
+    halves->Add(mpSummary, wxSizerFlags(1).Expand());
+    SetSizer(halves);
 
     mpNames->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { OnChoice(); });
     mpSchedules->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { OnChoice(); });

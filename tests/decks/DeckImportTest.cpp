@@ -216,6 +216,9 @@ TEST_F(DeckImportTest, RefusesWhatUnpacksToMoreThanTheLimit) {
 // and leaves no temporary file. VELOMIND_FUZZ_FILES asks for more of them.
 TEST_F(DeckImportTest, SurvivesChangesByChance) {
     wxSetEnv("TMPDIR", mDirectory.Path(wxString()));
+    // A process with the greatest number of all is not there any more.
+    wxMkdir(mDirectory.Path("velomind-deck-2147483647-a"));
+    WriteBytes(mDirectory.Path("velomind-deck-2147483647-a/deck"), "left");
     const std::string young = MakeDatabase(Schema18(kOne));
     const std::string old =
         MakeDatabase(Schema11(kOne + NoteRow(3, "i", 8, "{{c1::u}} {{c2::v}}|w") + NewCard(3, 0) +
