@@ -17,7 +17,7 @@
 #include "base/Time.h"
 #include "base/Unicode.h"
 #include "decks/AnkiTemplate.h"
-#include "decks/HtmlText.h"
+#include "exchange/HtmlText.h"
 #include "store/ForeignDatabase.h"
 
 namespace {

@@ -34,9 +34,9 @@ AnkiTextWriter::AnkiTextWriter(TextSink& sink) : mSink(sink) {
     mSink.Write(kHead);
 }
 
-int AnkiTextWriter::WriteAttribute(std::u16string_view name, std::u16string_view value) {
+int AnkiTextWriter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
     for (size_t i = 0; i < kColumns; ++i) {
-        if (kNames[i] == name) {
+        if (kNames[i] == name.Text()) {
             mFields[i] = value;
         }
     }

@@ -18,8 +18,10 @@ class AnkiTextWriter : public CardRecordWriter {
     explicit AnkiTextWriter(TextSink& sink);
 
     // Leaves out an attribute that the text has no column for. Always returns 0.
-    int WriteAttribute(std::u16string_view name, std::u16string_view value) override;
+    int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
     void EndRecord() override;
+    // Each row goes on when its record ends.
+    void Flush() override {}
 
   private:
     static constexpr size_t kColumns = 7;

@@ -310,12 +310,14 @@ int WriteAnkiCards(TextSink& sink, Database& database, const std::vector<int64_t
                    ExportProgress& progress, const CategoryNames& categories) {
     AnkiTextWriter writer(sink);
     const auto write = [&](const CardRow& card) {
-        return WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true, false);
+        const int result =
+            WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true, false);
+        if (result == 0) {
+            writer.EndRecord();
+        }
+        return result;
     };
-    const auto finish = [&] {
-        writer.EndRecord();
-        return sink.IsOk() ? 0 : -1;
-    };
+    const auto finish = [&] { return sink.IsOk() ? 0 : -1; };
     return VisitCards(database, rowIds, progress, progress.Missing, write, finish);
 }
 
