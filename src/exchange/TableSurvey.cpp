@@ -181,6 +181,7 @@ struct Shape {
     double Parted = 0.0;
     double Even = 0.0;
     size_t Fields = 0;
+    size_t Rows = 0;
     bool HasNames = false;
 };
 
@@ -188,6 +189,7 @@ Shape ShapeOf(const Rows& rows) {
     Shape shape;
     std::map<size_t, size_t> counts;
     size_t parted = 0;
+    shape.Rows = rows.size();
     for (const Row& row : rows) {
         parted += size_t{row.size() > 1};
         ++counts[row.size()];
@@ -219,12 +221,22 @@ constexpr Candidate kCandidates[] = {{L"\t", 0.5, 0.6}, {L"|", 0.7, 0.3},   {L";
                                      {L",", 0.7, 0.0},  {L" - ", 0.8, 0.2}, {L" ", 1.0, -0.3}};
 
 double Rate(const Shape& shape, const Candidate& candidate) {
-    const bool isBlank = candidate.Separator == L" ";
-    if (shape.Parted < candidate.LeastParted ||
-        (isBlank && (shape.Fields != 2 || shape.Even < 1.0))) {
+    // Blanks stand in every text; a list has two words in each of its lines.
+    const bool isDoubtful =
+        candidate.Separator == L" " && (shape.Rows < 2 || shape.Fields != 2 || shape.Even < 1.0);
+    if (shape.Parted < candidate.LeastParted || isDoubtful) {
         return 0.0;
     }
     return 0.5 + shape.Even + candidate.Bonus + (shape.HasNames ? 1.0 : 0.0);
+}
+
+// Lines "Name: value" are this program's own text form when a name in them is one of an attribute,
+// however wrong the others are.
+bool IsOwnText(const Rows& rows) {
+    AttributeInfo info;
+    return rows.size() < 2 || std::any_of(rows.begin(), rows.end(), [&info](const Row& row) {
+               return LookupAttribute(row.front(), info);
+           });
 }
 
 // Returns the text that parts most lines in two, or the first one when none does.
@@ -234,8 +246,10 @@ std::wstring FindPairSeparator(const Sample& sample, const TableLayout& layout) 
     for (const std::wstring_view separator : kPairSeparators) {
         TableLayout tried = layout;
         tried.Separator = separator;
-        const double parted = ShapeOf(ReadRows(sample, tried)).Parted;
-        if (parted > greatest) {
+        const Rows rows = ReadRows(sample, tried);
+        const double parted = ShapeOf(rows).Parted;
+        const bool isColon = separator.find(L':') != std::wstring_view::npos;
+        if (parted > greatest && !(isColon && IsOwnText(rows))) {
             greatest = parted;
             best = separator;
         }
