@@ -42,6 +42,15 @@ bool BeginsWith(const fs::path& path, std::string_view mark) {
     return file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
 }
 
+// The first bytes of the files that spreadsheets keep, new ones and old ones.
+constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
+
+bool IsPackedFile(const wxString& path) {
+    const fs::path file = fs::u8path(ToUtf8(path));
+    return std::any_of(std::begin(kPackedMarks), std::end(kPackedMarks),
+                       [&file](std::string_view mark) { return BeginsWith(file, mark); });
+}
+
 // The engine's files beside a database may be empty or begin with anything, so the name decides.
 bool IsBesideDatabase(const std::string& path) {
     for (const std::string_view companion : kCompanions) {
@@ -151,6 +160,11 @@ bool ImportSource::OpenText(wxFontEncoding chosen, ImportResult& result) {
     mStream = std::make_unique<wxFileInputStream>(mFileName);
     if (!mStream->IsOk()) {
         return result.Fail(wxString());
+    }
+    if (IsPackedFile(mFileName)) {
+        return result.Fail(
+            _("This file is a spreadsheet or another packed file, and no text.  Save "
+              "it as CSV first."));
     }
     wxFontEncoding encoding = DetectTextEncoding(*mStream);
     if (chosen != wxFONTENCODING_SYSTEM) {

@@ -215,13 +215,13 @@ void TableReader::TakeFields() {
         AppendNote("Tags", mLayout.Tags);
     }
     if (!mNotes.empty()) {
-        Add("notes", mNotes);
+        Add(AttributeOfUse(ColumnUse::kNotes), mNotes);
     }
     wxString category;
     if (!namesCategory && IsStored(category)) {
-        Add("category", category);
+        Add(AttributeOfUse(ColumnUse::kCategory), category);
     } else if (!namesCategory && !mHasCategory && !mLayout.Category.empty()) {
-        Add("category", mLayout.Category);
+        Add(AttributeOfUse(ColumnUse::kCategory), mLayout.Category);
     }
 }
 
@@ -250,9 +250,9 @@ bool TableReader::TakeField(size_t column) {
     }
     Add(AttributeOfUse(use), value);
     if (!text.Reading.empty() && use == ColumnUse::kFront && !mHasFront2) {
-        Add("front2", text.Reading);
+        Add(AttributeOfUse(ColumnUse::kFront2), text.Reading);
     } else if (!text.Reading.empty() && use == ColumnUse::kBack && !mHasBack2) {
-        Add("back2", text.Reading);
+        Add(AttributeOfUse(ColumnUse::kBack2), text.Reading);
     }
     return true;
 }

@@ -1,3 +1,4 @@
+#include <wx/log.h>
 #include <wx/mstream.h>
 #include <wx/wfstream.h>
 
@@ -39,6 +40,8 @@ struct Sample {
 
 Sample ReadSample(const wxString& fileName, wxFontEncoding chosen) {
     Sample sample;
+    // A file that cannot be read shows no rows; the import tells why.
+    const wxLogNull silence;
     wxFileInputStream stream(fileName);
     if (!stream.IsOk()) {
         return sample;

@@ -1,6 +1,8 @@
 #include "transfer/ImportDialog.h"
 
+#include <wx/app.h>
 #include <wx/button.h>
+#include <wx/checkbox.h>
 #include <wx/choice.h>
 #include <wx/crt.h>
 #include <wx/intl.h>
@@ -23,6 +25,7 @@
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "transfer/DeckPanel.h"
+#include "transfer/FaultList.h"
 #include "transfer/FormatRows.h"
 #include "transfer/ImportCommand.h"
 #include "transfer/ImportRun.h"
@@ -41,7 +44,12 @@ enum : int {
     ID_ERROR = 10011,
     ID_PREVIEW = 10036,
     ID_ENCODING = 10091,
-    ID_ENCODING_HELP = 10092
+    ID_ENCODING_HELP = 10092,
+    ID_KNOWN_CARDS = 10093,
+    ID_KNOWN_CARDS_HELP = 10094,
+    ID_ASK_BEFORE = 10095,
+    ID_FAULTS = 10096,
+    ID_GUIDE = 10097
 };
 
 // A hostile file can have thousands of columns and megabytes in one field, with which the list
@@ -76,7 +84,8 @@ ImportDialog::ImportDialog(wxWindow* parent, Database& database, FatalErrorRepor
         wxEVT_BUTTON, [this](wxCommandEvent&) { RunImport(); }, wxID_OK);
     // Escape and the title bar press this button too.
     Bind(
-        wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxCANCEL); }, wxID_CANCEL);
+        wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(mWasRun ? wxOK : wxCANCEL); },
+        wxID_CANCEL);
     if (!DetectDeck()) {
         DetectTable();
     }
@@ -109,6 +118,7 @@ void ImportDialog::CreateControls() {
     rows->Add(mpPreviewLabel, group);
     rows->Add(mpError, FormRow(*this).Proportion(2));
     rows->Add(mpPreview, FormRow(*this).Proportion(2));
+    rows->Add(CreateHelp(), FormRow(*this));
     rows->Add(MakeOkCancel(*this), group);
     // Most files are recognized, and Enter is then all that is left to do.
     FindWindow(wxID_OK)->SetFocus();
@@ -116,7 +126,7 @@ void ImportDialog::CreateControls() {
     // Measures before the delimiter's row is hidden, so that there is room when it comes back.
     wxSize fitting = GetSizer()->ComputeFittingClientSize(this);
     SetMinClientSize(fitting);
-    fitting.IncTo(FromDIP(wxSize(400, 300)));
+    fitting.IncTo(FromDIP(wxSize(580, 300)));
     SetClientSize(fitting);
     Layout();
     ShareColumns();
@@ -150,11 +160,12 @@ wxSizer* ImportDialog::CreateOptions() {
 
     wxFlexGridSizer* const grid = MakeFormGrid(*this);
     mpFormatRows = std::make_unique<FormatRows>(*this, *grid, setup, [this] {
-        SurveyTable();
+        SurveyRows();
         ShowChoices();
         RefreshPreview();
     });
     AddEncoding(*grid);
+    AddKnownCards(*grid);
     mpTable = new TablePanel(this, [this] { RefreshPreview(); });
     if (isDeck) {
         mpDeck = new DeckPanel(this, [this] { RefreshPreview(); });
@@ -175,9 +186,41 @@ void ImportDialog::AddEncoding(wxFlexGridSizer& grid) {
                                       "letters\nwith accents or of other scripts look wrong."));
     mpEncodingLabel = AddFormRow(grid, _("Encoding"), *mpEncoding, *mpEncodingHelp);
     mpEncoding->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) {
-        SurveyTable();
+        SurveyRows();
         RefreshPreview();
     });
+}
+
+// The entries are in the order of KnownPairs.
+void ImportDialog::AddKnownCards(wxFlexGridSizer& grid) {
+    wxArrayString labels;
+    labels.push_back(_("Stop the import"));
+    labels.push_back(_("Skip them"));
+    labels.push_back(_("Update their other fields"));
+    mpKnownCards = MakeChoice(*this, ID_KNOWN_CARDS, labels);
+    wxButton* const help = MakeHelpButton(
+        *this, ID_KNOWN_CARDS_HELP, _("Known Cards Help"),
+        _("This setting controls what happens when a card\nwith the same front and back is there "
+          "already."));
+    AddFormRow(grid, _("Cards that exist already"), *mpKnownCards, *help);
+    mpAskBefore = new wxCheckBox(this, ID_ASK_BEFORE, _("Ask before changing cards"));
+    grid.AddSpacer(0);
+    grid.Add(mpAskBefore);
+    grid.AddSpacer(0);
+}
+
+// The buttons that help when something is wrong.
+wxSizer* ImportDialog::CreateHelp() {
+    mpFaults = new wxButton(this, ID_FAULTS, _("All Faults..."));
+    mpGuide = new wxButton(this, ID_GUIDE, _("User Guide"));
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    buttons->Add(mpFaults);
+    buttons->Add(mpGuide, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
+    mpFaults->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) {
+        ShowAllFaults(this, GetInput(), mDatabase, mReport);
+    });
+    mpGuide->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OpenGuide(); });
+    return buttons;
 }
 
 // Gives each column half of the list, however large it is made, unless the settings have widths.
@@ -209,6 +252,8 @@ ImportInput ImportDialog::GetInput() const {
     input.Format = mpFormatRows->IsDelimited() ? ImportFormat::kDelimited : ImportFormat::kVlmText;
     input.Delimiter = mpFormatRows->GetDelimiter();
     input.Encoding = mGuessedEncoding;
+    input.Pairs = static_cast<KnownPairs>(mpKnownCards->GetSelection());
+    input.AskBeforeChanges = mpAskBefore->GetValue();
     if (mpFormatRows->IsDelimited()) {
         TakeLayout(input);
     }
@@ -267,7 +312,8 @@ void ImportDialog::DetectTable() {
     const wxBusyCursor busy;
     ImportInput input;
     input.FileName = mFileName;
-    GuessFormat(input, mDatabase);
+    mFits = GuessFormat(input, mDatabase);
+    mFirstLine = SurveyTable(mFileName, TableChoice()).FirstLine;
     mGuessedEncoding = input.Encoding;
     if (input.Layout != nullptr) {
         // All texts between words are one choice.
@@ -276,13 +322,13 @@ void ImportDialog::DetectTable() {
     } else if (input.Format == ImportFormat::kDelimited) {
         mpFormatRows->ChooseDelimited(input.Delimiter);
     }
-    SurveyTable();
+    SurveyRows();
     ShowChoices();
     RefreshPreview();
 }
 
 // Looks at the rows of a table with the present choices.
-void ImportDialog::SurveyTable() {
+void ImportDialog::SurveyRows() {
     if (mpFormatRows->IsDelimited() && mpFormatRows->CheckDelimiter().empty()) {
         mpTable->Survey(mFileName, GetEncoding(), mpFormatRows->GetSeparator());
     }
@@ -301,10 +347,12 @@ void ImportDialog::RefreshPreview() {
     ImportResult result;
     std::vector<CardAttribute> attributes;
     if (ImportPreview(GetInput(), mDatabase, result, attributes)) {
-        // A deck has cards and no lines.
-        ShowError(
-            isDeck ? result.Message
-                   : wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber));
+        // A deck has cards and no lines, and neither has a file that is no text.
+        const bool hasLine = !isDeck && (result.LineNumber >= 1 || result.Message.empty());
+        ShowError(hasLine ? wxString::Format(_("%s\nLine Number: %i"), result.Message,
+                                             result.LineNumber) +
+                                GetAdvice()
+                          : result.Message);
         return;
     }
     ShowRecord(attributes);
@@ -326,12 +374,48 @@ void ImportDialog::ShowError(const wxString& text) {
     ShowPreview(true);
 }
 
+// Returns what the user may do about a text that cannot be read as it is meant, as paragraphs
+// behind the message; nothing when only a record is wrong.
+wxString ImportDialog::GetAdvice() const {
+    const TableLayout& layout = mpTable->GetLayout();
+    wxString advice;
+    if (mpFormatRows->IsDelimited() && layout.Columns.size() < 2) {
+        advice =
+            _("This delimiter does not part the rows into columns.\nChoose the one that stands "
+              "between the front and the back.");
+    } else if (mpFormatRows->IsDelimited() && !layout.IsComplete()) {
+        advice = layout.HasUse(ColumnUse::kFront)
+                     ? _("No column is the back of the cards.  Choose one in the list above it.")
+                     : _("No column is the front of the cards.  Choose one in the list above it.");
+    } else if (!mpFormatRows->IsDelimited() && !mFits) {
+        advice =
+            _("The file is neither a text with lines such as \"Front: dog\"\nnor a table with a "
+              "column for the front and one for the back.\nFor a table, choose the format "
+              "\"Delimited\" and then the delimiter.");
+    }
+    if (advice.empty() || mFirstLine.empty()) {
+        return wxString();
+    }
+    wxString first = mFirstLine;
+    first.Replace("\t", wxString(L" \u2192 "));
+    return "\n\n" + wxString::Format(_("The first row is: %s"), ShownName(first)) + "\n" + advice;
+}
+
+// The application knows where the guide is.
+void ImportDialog::OpenGuide() {
+    wxCommandEvent event(wxEVT_MENU, wxID_HELP);
+    event.SetString("import");
+    wxTheApp->ProcessEvent(event);
+}
+
 // Puts either the error or the record on the screen.
 void ImportDialog::ShowPreview(bool isError) {
     const wxString label = isError ? _("Error (first card)") : _("Preview (first card)");
     mpPreviewLabel->SetLabel(label);
     SetAccessibleName(*mpError, label);
     TellRow(*mpPreview, wxString(), label);
+    mpFaults->Show(isError || mWasRun);
+    mpGuide->Show(isError || mWasRun);
     const bool errorChanged = mpError->Show(isError);
     const bool previewChanged = mpPreview->Show(!isError);
     if (errorChanged || previewChanged) {
@@ -340,7 +424,14 @@ void ImportDialog::ShowPreview(bool isError) {
 }
 
 void ImportDialog::RunImport() {
-    ImportWithProgress(this, GetInput(), mDatabase, mReport, &mTouchedCategories);
-    // The user has been told the outcome by now, whatever it is.
-    EndModal(wxOK);
+    mWasRun = true;
+    if (ImportWithProgress(this, GetInput(), mDatabase, mReport, &mTouchedCategories)) {
+        mpTable->RememberUses();
+        EndModal(wxOK);
+        return;
+    }
+    // The user has been told what is wrong, and may change the choices or look at all faults.
+    mpFaults->Show();
+    mpGuide->Show();
+    Layout();
 }

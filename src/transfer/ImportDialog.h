@@ -16,6 +16,7 @@ class FatalErrorReport;
 class FormatRows;
 class TablePanel;
 class wxButton;
+class wxCheckBox;
 class wxChoice;
 class wxFlexGridSizer;
 class wxListCtrl;
@@ -24,8 +25,9 @@ class wxStaticText;
 class wxTextCtrl;
 
 // Stands between the choice of a file and its import: asks how to read the file, and shows at once
-// what its first card would become or what is wrong with it. ShowModal returns wxOK once the import
-// was run, whatever came of it, and wxCANCEL otherwise. Main thread only.
+// what its first card would become or what is wrong with it. It ends once a whole file was
+// imported, and stays open after a failure, so that the choices can be changed. ShowModal returns
+// wxOK when an import was run, whatever came of it, and wxCANCEL otherwise. Main thread only.
 class ImportDialog : public wxDialog {
   public:
     // Finds out how the file is to be read, as far as its first rows and its first card tell. The
@@ -41,6 +43,8 @@ class ImportDialog : public wxDialog {
     void CreateControls();
     wxSizer* CreateOptions();
     void AddEncoding(wxFlexGridSizer& grid);
+    void AddKnownCards(wxFlexGridSizer& grid);
+    wxSizer* CreateHelp();
     void ShareColumns();
 
     ImportInput GetInput() const;
@@ -49,10 +53,12 @@ class ImportDialog : public wxDialog {
     bool DetectDeck();
     void DetectTable();
     void ShowChoices();
-    void SurveyTable();
+    void SurveyRows();
     void RefreshPreview();
     void ShowRecord(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
+    wxString GetAdvice() const;
+    void OpenGuide();
     void ShowPreview(bool isError);
     void RunImport();
 
@@ -62,6 +68,11 @@ class ImportDialog : public wxDialog {
     std::set<int32_t> mTouchedCategories;
 
     std::unique_ptr<FormatRows> mpFormatRows;
+    // Whether any form fits the file, and whether an import of it has been tried.
+    bool mFits = true;
+    bool mWasRun = false;
+    // The first line of the file that is not empty.
+    wxString mFirstLine;
     // What the file seems to be written in, for the program's own form.
     wxFontEncoding mGuessedEncoding = wxFONTENCODING_SYSTEM;
     // Null when the file is no deck.
@@ -72,6 +83,10 @@ class ImportDialog : public wxDialog {
     wxChoice* mpEncoding = nullptr;
     wxButton* mpEncodingHelp = nullptr;
     TablePanel* mpTable = nullptr;
+    wxChoice* mpKnownCards = nullptr;
+    wxCheckBox* mpAskBefore = nullptr;
+    wxButton* mpFaults = nullptr;
+    wxButton* mpGuide = nullptr;
     wxStaticText* mpPreviewLabel = nullptr;
     wxTextCtrl* mpError = nullptr;
     wxListCtrl* mpPreview = nullptr;

@@ -9,10 +9,13 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 #include "base/Text.h"
+#include "base/Unicode.h"
 #include "shell/Forms.h"
+#include "shell/Settings.h"
 #include "shell/Toolkit.h"
 
 namespace {
@@ -55,6 +58,7 @@ TablePanel::TablePanel(wxWindow* parent, std::function<void()> onChange)
         mChoice.HasHeader = event.IsChecked();
         mIsChanged = true;
         mSurvey = SurveyTable(mFileName, mChoice);
+        TakeRememberedUses();
         ShowRows();
         mOnChange();
     });
@@ -70,6 +74,7 @@ void TablePanel::Survey(const wxString& fileName, wxFontEncoding encoding,
     mChoice = {encoding, separator, std::nullopt};
     mIsChanged = false;
     mSurvey = SurveyTable(mFileName, mChoice);
+    TakeRememberedUses();
     ShowRows();
 }
 
@@ -142,12 +147,63 @@ void TablePanel::ChooseUse(size_t column, int selection) {
     mOnChange();
 }
 
-void TablePanel::TakeUses(const std::vector<ColumnUse>& uses) {
-    for (size_t i = 0; i < std::min(uses.size(), mSurvey.Layout.Columns.size()); ++i) {
-        mSurvey.Layout.Columns[i].Use = uses[i];
-        if (i < mUses.size()) {
-            mUses[i]->SetSelection(static_cast<int>(uses[i]));
+namespace {
+
+// Layouts are remembered in so many places of the settings; a new one takes the place of another
+// whose number is the same.
+constexpr uint64_t kPlaces = 64;
+
+// Returns a number for tables that are laid out alike: by the separator and the headings.
+uint64_t KindOfTable(const TableLayout& layout) {
+    // FNV-1a, whose values stay the same from one build to the next.
+    uint64_t hash = 14695981039346656037U;
+    const auto add = [&hash](const wxString& text) {
+        for (const char byte : ToUtf8(text) + "\n") {
+            hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211U;
+        }
+    };
+    add(layout.Separator);
+    for (const TableColumn& column : layout.Columns) {
+        add(column.Heading);
+    }
+    return hash;
+}
+
+wxString KeyOfKind(uint64_t kind) {
+    return wxString::Format("%s%i", kSettingImportLayout, static_cast<int>(kind % kPlaces));
+}
+
+wxString KindText(uint64_t kind) {
+    return wxString::Format("%016llx", static_cast<unsigned long long>(kind));
+}
+
+}  // namespace
+
+void TablePanel::RememberUses() const {
+    if (!mIsChanged || mSurvey.Layout.Columns.empty()) {
+        return;
+    }
+    const uint64_t kind = KindOfTable(mSurvey.Layout);
+    wxString text = KindText(kind);
+    for (const TableColumn& column : mSurvey.Layout.Columns) {
+        text += wxString::Format(",%i", static_cast<int>(column.Use));
+    }
+    WriteStringSetting(KeyOfKind(kind), text);
+}
+
+// A table of the program's own form says itself what its columns are.
+void TablePanel::TakeRememberedUses() {
+    const uint64_t kind = KindOfTable(mSurvey.Layout);
+    const wxArrayString parts = wxSplit(ReadStringSetting(KeyOfKind(kind)), ',');
+    std::vector<TableColumn>& columns = mSurvey.Layout.Columns;
+    if (mSurvey.IsOwnForm || parts.size() != columns.size() + 1 || parts[0] != KindText(kind)) {
+        return;
+    }
+    for (size_t i = 0; i < columns.size(); ++i) {
+        int32_t use = 0;
+        if (ParseWholeNumber(parts[i + 1], use) && use >= 0 &&
+            use < static_cast<int32_t>(ColumnUse::kCount)) {
+            columns[i].Use = static_cast<ColumnUse>(use);
         }
     }
-    mIsChanged = true;
 }

@@ -29,10 +29,12 @@ class TablePanel : public wxPanel {
     // Returns whether the user has chosen what becomes of a column, or whether the first row names
     // the columns.
     bool IsChanged() const { return mIsChanged; }
-    // Gives the columns other uses, as somebody has chosen them before.
-    void TakeUses(const std::vector<ColumnUse>& uses);
+    // Keeps the uses of the columns in the settings, for the next table with the same headings, or
+    // without headings and with as many columns.
+    void RememberUses() const;
 
   private:
+    void TakeRememberedUses();
     void ShowRows();
     void AddColumnHead(size_t column, wxFlexGridSizer& grid);
     void ChooseUse(size_t column, int selection);

@@ -140,6 +140,9 @@ TEST_F(TableTest, TellsWhatIsNoTable) {
          "Line is missing the colon (:) symbol @1"},
         {"a row without a back", "Word;Meaning\nHund;dog\nKatze;\n",
          "Every card must have an back attribute. @3"},
+        {"a spreadsheet's own file", "PK\3\4 Front,Back\na,b\n",
+         "This file is a spreadsheet or another packed file, and no text.  Save it as CSV first. "
+         "@-1"},
         {"a wrong date in the own form", "Front,Back,LastReview\na,b,soon\n",
          "Line is missing the colon (:) symbol @1"},
     };
