@@ -151,8 +151,10 @@ void OpenAddress(const wxString& address) {
     wxLaunchDefaultBrowser(address, wxBROWSER_NEW_WINDOW);
 }
 
-void OnUserGuide(wxCommandEvent&) {
-    wxLaunchDefaultBrowser(wxFileSystem::FileNameToURL(wxFileName(GetHelpFilePath())));
+// A window may name the part of the guide that it means; a menu does not.
+void OnUserGuide(wxCommandEvent& event) {
+    const wxString part = event.GetString().empty() ? wxString() : "#" + event.GetString();
+    wxLaunchDefaultBrowser(wxFileSystem::FileNameToURL(wxFileName(GetHelpFilePath())) + part);
 }
 
 void OnSupport(wxCommandEvent&) {

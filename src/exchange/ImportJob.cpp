@@ -78,7 +78,11 @@ ImportThread::ImportThread(const ImportInput& input, Database& database, bool as
       mDatabase(database),
       mAskCategories(askCategories),
       mpTouchedCategories(touchedCategories),
-      mQuestions(questions) {}
+      mQuestions(questions) {
+    if (mInput.AskBeforeChanges) {
+        mResult.MergePolicy = ImportMergePolicy::kAsk;
+    }
+}
 
 ImportThread::~ImportThread() {
     ImportThread::Cancel();

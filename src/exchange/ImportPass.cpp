@@ -3,10 +3,17 @@
 #include <wx/intl.h>
 #include <wx/log.h>
 
+#include <functional>
+#include <limits>
+#include <list>
+#include <memory>
 #include <new>
+#include <string>
+#include <unordered_set>
 
 #include "exchange/ImportRecord.h"
 #include "exchange/ImportSource.h"
+#include "exchange/Table.h"
 #include "store/Database.h"
 #include "store/Statement.h"
 
@@ -34,6 +41,8 @@ class Pass {
     bool ReadRecords();
     bool Finish();
     bool TakeRecord();
+    bool FindPair(ImportRecord& record, std::list<FlashCard>& cards);
+    bool TakeKnownPair(ImportRecord& record, bool& isDone);
     bool FindCategory(ImportRecord& record, int32_t line);
     bool CheckComplete(const ImportRecord& record);
     void Preview();
@@ -53,6 +62,8 @@ class Pass {
     IntroductionOrders mOrders;
     // The first record was shown, and nothing further is to be looked at.
     bool mHasPreview = false;
+    // The pairs of texts that the file has brought so far, while such records are not refused.
+    std::unordered_set<size_t> mNewPairs;
 };
 
 bool Pass::Run() {
@@ -83,7 +94,7 @@ bool Pass::ReadToEnd() {
 // Takes the fault that has just ended the pass out of the result, so that the pass can go on.
 // Returns false when the faults are not collected, or the pass was cancelled.
 bool Pass::KeepFault() {
-    if (mOptions.Faults == nullptr ||
+    if (mOptions.Faults == nullptr || mOptions.Faults->size() >= mOptions.MostFaults ||
         !mResult.Advance(ImportStatus::kFailed, ImportStatus::kRunning)) {
         return false;
     }
@@ -125,6 +136,7 @@ bool Pass::Finish() {
         mResult.LineNumber = line;
         return mResult.Fail(mSource.FailureMessage());
     }
+    mResult.RecordsLeftOut = reader.CountLeftOut();
     const wxString failure = reader.GetFailure();
     if (!failure.empty()) {
         mResult.LineNumber = -1;
@@ -152,6 +164,14 @@ bool Pass::TakeRecord() {
         return false;
     }
     mResult.LineNumber = line;
+    bool isDone = false;
+    if (mInput.Pairs != KnownPairs::kStop && mOptions.PreviewAttributes == nullptr &&
+        !TakeKnownPair(record, isDone)) {
+        return false;
+    }
+    if (isDone) {
+        return true;
+    }
     if (!FindCategory(record, line) || !CheckComplete(record)) {
         return false;
     }
@@ -159,11 +179,52 @@ bool Pass::TakeRecord() {
     if (mOptions.PreviewAttributes != nullptr) {
         return true;
     }
-    return mOptions.ValidateOnly ? CheckPairIsNew(record) : Write(record);
+    if (!mOptions.ValidateOnly) {
+        return Write(record);
+    }
+    return mInput.Pairs != KnownPairs::kStop || CheckPairIsNew(record);
+}
+
+// Finds the cards with the record's pair of texts, those of the file included.
+bool Pass::FindPair(ImportRecord& record, std::list<FlashCard>& cards) {
+    record.JoinSecondTexts();
+    const size_t hash = std::hash<std::wstring>()(record.Card.Front.ToStdWstring() + L'\0' +
+                                                  record.Card.Back.ToStdWstring());
+    if (!mNewPairs.insert(hash).second && !mGroup.Write()) {
+        return false;
+    }
+    return mDatabase.SelectCardsByFrontBack(record.Card.Front, record.Card.Back, cards) >= 0 ||
+           mResult.Fail(StoreReadMessage(mDatabase));
+}
+
+// Leaves out a record whose pair is known, or makes it a change of the card that has the pair.
+bool Pass::TakeKnownPair(ImportRecord& record, bool& isDone) {
+    if (record.Has(kAttributeId) || !record.Has(kAttributeFront) || !record.Has(kAttributeBack)) {
+        return true;
+    }
+    std::list<FlashCard> cards;
+    if (!FindPair(record, cards)) {
+        return false;
+    }
+    if (cards.empty()) {
+        return true;
+    }
+    if (mInput.Pairs == KnownPairs::kSkip) {
+        mResult.DuplicatesIgnored += mOptions.ValidateOnly ? 0 : 1;
+        isDone = true;
+        return true;
+    }
+    record = ImportRecord();
+    record.StartFromPair(cards.front());
+    return record.Read(mSource.Reader(), mDatabase, mResult, mGroup);
 }
 
 bool Pass::FindCategory(ImportRecord& record, int32_t line) {
     int32_t& id = record.Card.CategoryId;
+    if (record.IsPair && !record.NamesCategory) {
+        // It stays where it is.
+        return true;
+    }
     if (mOptions.ValidateOnly) {
         const bool ask = mOptions.AskCategories && record.NamesCategory;
         return mCategories.FindOrAsk(record.CategoryName, ask, line, id);
@@ -306,29 +367,62 @@ int ImportCards(const ImportInput& input, Database& database, ImportResult& resu
 }
 
 std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database) {
+    ImportResult result;
+    return FindFaults(input, database, result, std::numeric_limits<size_t>::max());
+}
+
+std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database,
+                                    ImportResult& result, size_t most) {
     std::vector<ImportFault> faults;
     ImportPassOptions options;
     options.ValidateOnly = true;
     options.Faults = &faults;
-    ImportResult result;
-    if (ImportPass(input, database, result, options) < 0 && !result.Message.empty()) {
+    options.MostFaults = most;
+    const bool hasFailed = ImportPass(input, database, result, options) < 0;
+    if (hasFailed && faults.size() < most && !result.Message.empty()) {
         faults.push_back({result.Message, result.LineNumber});
     }
     return faults;
 }
 
-void GuessFormat(ImportInput& input, Database& database) {
+namespace {
+
+bool HasPreview(const ImportInput& input, Database& database) {
+    ImportResult result;
+    std::vector<CardAttribute> attributes;
+    return !ImportPreview(input, database, result, attributes);
+}
+
+}  // namespace
+
+bool GuessFormat(ImportInput& input, Database& database) {
+    // What does not fit is no fault.
     const wxLogNull silence;
+    const TableSurvey survey = SurveyTable(input.FileName, TableChoice());
+    input.Encoding = survey.Encoding;
     input.Format = ImportFormat::kDelimited;
-    for (const wchar_t delimiter : {L'\t', L',', L';'}) {
+    for (const wchar_t delimiter : {L'\t', L',', L' ', L';'}) {
         input.Delimiter = delimiter;
-        ImportResult result;
-        std::vector<CardAttribute> attributes;
-        if (!ImportPreview(input, database, result, attributes)) {
-            return;
+        if (HasPreview(input, database)) {
+            return true;
         }
     }
+    input.Delimiter = L'\t';
     input.Format = ImportFormat::kVlmText;
+    if (HasPreview(input, database)) {
+        return true;
+    }
+    if (!survey.Layout.IsComplete()) {
+        return false;
+    }
+    input.Format = ImportFormat::kDelimited;
+    input.Layout = std::make_shared<const TableLayout>(survey.Layout);
+    if (HasPreview(input, database)) {
+        return true;
+    }
+    input.Layout = nullptr;
+    input.Format = ImportFormat::kVlmText;
+    return false;
 }
 
 bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,

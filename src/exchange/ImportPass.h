@@ -2,7 +2,9 @@
 
 #include <wx/string.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <set>
 #include <vector>
 
@@ -31,6 +33,8 @@ struct ImportPassOptions {
     // Receives every fault of the file, one for each record, after which the pass goes on with the
     // next; may be null, and then the first fault ends the pass. For a pass that only validates.
     std::vector<ImportFault>* Faults = nullptr;
+    // The pass ends at the fault after so many.
+    size_t MostFaults = std::numeric_limits<size_t>::max();
 };
 
 // Reads a file once. Returns 0, or -1 with the reason in the result. A reason without a text was
@@ -47,10 +51,14 @@ int ImportCards(const ImportInput& input, Database& database, ImportResult& resu
 // Finds every fault of a file: what is wrong first with each of its records. Writes nothing.
 // Returns no fault for a file that can be imported.
 std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database);
+// Finds no more than so many. The result shows the progress, and cancels.
+std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database,
+                                    ImportResult& result, size_t most);
 
-// Sets the format and the delimiter that a text most likely has: a table when all of its columns
-// are attributes of cards, else the program's own form.
-void GuessFormat(ImportInput& input, Database& database);
+// Sets how a text is most likely to be read: as a table when all of its columns are attributes of
+// cards, in the program's own form when its first record fits, and else as a table with the layout
+// that a survey finds. Returns false when nothing fits; the program's own form is set then.
+bool GuessFormat(ImportInput& input, Database& database);
 
 // Reads the attributes of the first record; none for a file without records. Writes and asks
 // nothing. Returns true on a failure, which the result then tells.

@@ -164,14 +164,25 @@ wxString ImportRecord::SetValue(int code, const CardAttribute& attribute) {
 void ImportRecord::JoinSecondTexts() {
     if (!mFront2.empty()) {
         Card.Front = JoinSecondText(Card.Front, mFront2);
+        mFront2.clear();
     }
     if (!mBack2.empty()) {
         Card.Back = JoinSecondText(Card.Back, mBack2);
+        mBack2.clear();
     }
+}
+
+void ImportRecord::StartFromPair(const FlashCard& stored) {
+    Stored = {stored};
+    Card = stored;
+    IsPair = true;
 }
 
 bool ImportRecord::IsDuplicate() const {
     const FlashCard& stored = Stored.front();
+    if (IsPair && (Card.Chapter != stored.Chapter || Card.Notes != stored.Notes)) {
+        return false;
+    }
     return Card.CardId == stored.CardId && Card.Front == stored.Front && Card.Back == stored.Back &&
            Card.CategoryId == stored.CategoryId && Card.Author == stored.Author &&
            Card.IntroductionOrder == stored.IntroductionOrder && Card.ForwardX == stored.ForwardX &&

@@ -42,14 +42,18 @@ class ImportRecord {
     // attribute; the result then says what is wrong and on which line.
     bool Read(const CardRecordReader& reader, Database& database, ImportResult& result,
               ImportGroup& group);
-    // Puts the second texts into the sides of the card. Called once, after Read.
+    // Puts the second texts into the sides of the card, after Read. A second call does nothing.
     void JoinSecondTexts();
+    // Begins with a stored card that has the same pair of texts, before Read: the attributes change
+    // that card.
+    void StartFromPair(const FlashCard& stored);
 
     bool Has(CardAttributeCode code) const {
         return (Mask & AttributeMask(false, false, code)) != 0;
     }
     bool IsStored() const { return !Stored.empty(); }
-    // Returns whether the card equals the stored one. Chapter and notes are not compared.
+    // Returns whether the card equals the stored one. Chapter and notes are compared only when the
+    // record has found the card by its pair of texts.
     bool IsDuplicate() const;
 
     FlashCard Card;
@@ -60,6 +64,8 @@ class ImportRecord {
     wxString CategoryName = L"Default";
     // False while the name is only the default.
     bool NamesCategory = false;
+    // The stored card was found by its pair of texts.
+    bool IsPair = false;
 
   private:
     bool Add(const CardAttribute& attribute, Database& database, ImportResult& result,

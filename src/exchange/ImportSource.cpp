@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <list>
 #include <string>
 #include <string_view>
 
@@ -14,8 +15,10 @@
 #include "exchange/Delimited.h"
 #include "exchange/ImportJob.h"
 #include "exchange/LegacyStoreReader.h"
+#include "exchange/Table.h"
 #include "exchange/TextSource.h"
 #include "exchange/VlmText.h"
+#include "store/Database.h"
 
 namespace {
 
@@ -37,6 +40,15 @@ bool BeginsWith(const fs::path& path, std::string_view mark) {
     std::string bytes(mark.size(), ' ');
     std::ifstream file(path, std::ios::binary);
     return file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
+}
+
+// The first bytes of the files that spreadsheets keep, new ones and old ones.
+constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
+
+bool IsPackedFile(const wxString& path) {
+    const fs::path file = fs::u8path(ToUtf8(path));
+    return std::any_of(std::begin(kPackedMarks), std::end(kPackedMarks),
+                       [&file](std::string_view mark) { return BeginsWith(file, mark); });
 }
 
 // The engine's files beside a database may be empty or begin with anything, so the name decides.
@@ -66,6 +78,22 @@ bool IsDatabaseFile(const wxString& path) {
                        [&file](std::string_view mark) { return BeginsWith(file, mark); });
 }
 
+namespace {
+
+bool FindCategoryOfCard(Database& database, const CardUuid& id, wxString& name) {
+    std::list<FlashCard> cards;
+    std::list<Category> categories;
+    if (database.SelectCardById(id, cards) < 0 || cards.empty() ||
+        database.SelectCategoryById(cards.front().CategoryId, categories) < 0 ||
+        categories.empty()) {
+        return false;
+    }
+    name = categories.front().Name;
+    return true;
+}
+
+}  // namespace
+
 ImportSource::ImportSource(bool isPreview) : mIsPreview(isPreview) {}
 
 ImportSource::~ImportSource() = default;
@@ -94,8 +122,15 @@ bool ImportSource::Open(const ImportInput& input, Database& database, ImportResu
     if (IsDatabaseFile(mFileName)) {
         return result.Fail(DatabaseFileMessage(mFileName));
     }
-    if (!OpenText(result)) {
+    if (!OpenText(input.Encoding, result)) {
         return false;
+    }
+    if (input.Format == ImportFormat::kDelimited && input.Layout != nullptr) {
+        mReader =
+            MakeTableReader(*mText, *input.Layout, [&database](const CardUuid& id, wxString& name) {
+                return FindCategoryOfCard(database, id, name);
+            });
+        return true;
     }
     if (input.Format == ImportFormat::kDelimited) {
         return OpenTable(input.Delimiter, result);
@@ -117,7 +152,7 @@ bool ImportSource::OpenVersion1Store(const ImportInput& input, ImportResult& res
     return true;
 }
 
-bool ImportSource::OpenText(ImportResult& result) {
+bool ImportSource::OpenText(wxFontEncoding chosen, ImportResult& result) {
     // Both passes read the file from its beginning, and a pipe would block the worker for good.
     if (wxFileName::Exists(mFileName) && !wxFileName::FileExists(mFileName)) {
         return result.Fail(UnreadableFileMessage(mFileName));
@@ -126,7 +161,15 @@ bool ImportSource::OpenText(ImportResult& result) {
     if (!mStream->IsOk()) {
         return result.Fail(wxString());
     }
+    if (IsPackedFile(mFileName)) {
+        return result.Fail(
+            _("This file is a spreadsheet or another packed file, and no text.  Save "
+              "it as CSV first."));
+    }
     wxFontEncoding encoding = DetectTextEncoding(*mStream);
+    if (chosen != wxFONTENCODING_SYSTEM) {
+        encoding = chosen;
+    }
     if (mIsPreview && encoding == wxFONTENCODING_SYSTEM) {
         encoding = GuessTextEncoding(*mStream, kPreviewedBytes);
     }

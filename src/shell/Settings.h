@@ -28,6 +28,8 @@ constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval"
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
+// The beginning of several keys, which have a number behind it.
+constexpr char kSettingImportLayout[] = "ImportLayout";
 constexpr char kSettingQuickHelp[] = "QuickHelp";
 constexpr char kSettingTest[] = "Test";
 constexpr char kSettingStudyFramePosition[] = "StudyFramePosition";

@@ -1,5 +1,9 @@
 #include "transfer/ImportDialog.h"
 
+#include <wx/app.h>
+#include <wx/button.h>
+#include <wx/checkbox.h>
+#include <wx/choice.h>
 #include <wx/crt.h>
 #include <wx/intl.h>
 #include <wx/listctrl.h>
@@ -15,14 +19,17 @@
 #include "base/Text.h"
 #include "decks/Deck.h"
 #include "exchange/ImportPass.h"
+#include "exchange/TextEncoding.h"
 #include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "transfer/DeckPanel.h"
+#include "transfer/FaultList.h"
 #include "transfer/FormatRows.h"
 #include "transfer/ImportCommand.h"
 #include "transfer/ImportRun.h"
+#include "transfer/TablePanel.h"
 
 namespace {
 
@@ -35,7 +42,14 @@ enum : int {
     ID_DELIMITER_HELP = 10008,
     ID_PREVIEW_LABEL = 10090,
     ID_ERROR = 10011,
-    ID_PREVIEW = 10036
+    ID_PREVIEW = 10036,
+    ID_ENCODING = 10091,
+    ID_ENCODING_HELP = 10092,
+    ID_KNOWN_CARDS = 10093,
+    ID_KNOWN_CARDS_HELP = 10094,
+    ID_ASK_BEFORE = 10095,
+    ID_FAULTS = 10096,
+    ID_GUIDE = 10097
 };
 
 // A hostile file can have thousands of columns and megabytes in one field, with which the list
@@ -70,9 +84,10 @@ ImportDialog::ImportDialog(wxWindow* parent, Database& database, FatalErrorRepor
         wxEVT_BUTTON, [this](wxCommandEvent&) { RunImport(); }, wxID_OK);
     // Escape and the title bar press this button too.
     Bind(
-        wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxCANCEL); }, wxID_CANCEL);
-    if (!DetectDeck() && !DetectTable()) {
-        RefreshPreview();
+        wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(mWasRun ? wxOK : wxCANCEL); },
+        wxID_CANCEL);
+    if (!DetectDeck()) {
+        DetectTable();
     }
 }
 
@@ -87,7 +102,7 @@ void ImportDialog::CreateControls() {
     mpError = new wxTextCtrl(this, ID_ERROR, wxString(), wxDefaultPosition, wxDefaultSize,
                              wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
     mpError->Hide();
-    mpPreview = new wxListCtrl(this, ID_PREVIEW, wxDefaultPosition, FromDIP(wxSize(360, 160)),
+    mpPreview = new wxListCtrl(this, ID_PREVIEW, wxDefaultPosition, FromDIP(wxSize(360, 100)),
                                wxLC_REPORT | wxLC_SINGLE_SEL);
     mpPreview->AppendColumn(_("Name"));
     mpPreview->AppendColumn(_("Value"));
@@ -98,10 +113,12 @@ void ImportDialog::CreateControls() {
     if (mpDeck != nullptr) {
         rows->Add(mpDeck, group);
     }
+    rows->Add(mpTable, FormRow(*this).Proportion(3));
     rows->Add(new wxStaticLine(this), group);
     rows->Add(mpPreviewLabel, group);
-    rows->Add(mpError, FormRow(*this).Proportion(1));
-    rows->Add(mpPreview, FormRow(*this).Proportion(1));
+    rows->Add(mpError, FormRow(*this).Proportion(2));
+    rows->Add(mpPreview, FormRow(*this).Proportion(2));
+    rows->Add(CreateHelp(), FormRow(*this));
     rows->Add(MakeOkCancel(*this), group);
     // Most files are recognized, and Enter is then all that is left to do.
     FindWindow(wxID_OK)->SetFocus();
@@ -109,12 +126,12 @@ void ImportDialog::CreateControls() {
     // Measures before the delimiter's row is hidden, so that there is room when it comes back.
     wxSize fitting = GetSizer()->ComputeFittingClientSize(this);
     SetMinClientSize(fitting);
-    fitting.IncTo(FromDIP(wxSize(400, 300)));
+    fitting.IncTo(FromDIP(wxSize(580, 300)));
     SetClientSize(fitting);
     Layout();
     ShareColumns();
     mpFormatRows->ShowDelimiter();
-    Layout();
+    ShowChoices();
 }
 
 wxSizer* ImportDialog::CreateOptions() {
@@ -136,16 +153,74 @@ wxSizer* ImportDialog::CreateOptions() {
     setup.DelimiterLabelId = ID_DELIMITER_LABEL;
     setup.OtherId = ID_OTHER_DELIMITER;
     setup.DelimiterHelpId = ID_DELIMITER_HELP;
+    setup.FurtherLabels.push_back(_("pipe"));
+    setup.FurtherDelimiters.emplace_back(L"|");
+    setup.FurtherLabels.push_back(_("dash or sign between words"));
+    setup.FurtherDelimiters.emplace_back(L" - ");
 
     wxFlexGridSizer* const grid = MakeFormGrid(*this);
     mpFormatRows = std::make_unique<FormatRows>(*this, *grid, setup, [this] {
-        ShowDeck();
+        SurveyRows();
+        ShowChoices();
         RefreshPreview();
     });
+    AddEncoding(*grid);
+    AddKnownCards(*grid);
+    mpTable = new TablePanel(this, [this] { RefreshPreview(); });
     if (isDeck) {
         mpDeck = new DeckPanel(this, mDatabase, mReport, [this] { RefreshPreview(); });
     }
     return grid;
+}
+
+void ImportDialog::AddEncoding(wxFlexGridSizer& grid) {
+    wxArrayString labels;
+    labels.push_back(_("Automatic"));
+    for (const TextEncoding& encoding : GetTextEncodings()) {
+        labels.push_back(DescribeEncoding(encoding));
+    }
+    mpEncoding = MakeChoice(*this, ID_ENCODING, labels);
+    mpEncodingHelp = MakeHelpButton(*this, ID_ENCODING_HELP, _("Encoding Help"),
+                                    _("This setting controls how the bytes of the file\nbecome "
+                                      "letters.  Choose another one when "
+                                      "letters\nwith accents or of other scripts look wrong."));
+    mpEncodingLabel = AddFormRow(grid, _("Encoding"), *mpEncoding, *mpEncodingHelp);
+    mpEncoding->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) {
+        SurveyRows();
+        RefreshPreview();
+    });
+}
+
+// The entries are in the order of KnownPairs.
+void ImportDialog::AddKnownCards(wxFlexGridSizer& grid) {
+    wxArrayString labels;
+    labels.push_back(_("Stop the import"));
+    labels.push_back(_("Skip them"));
+    labels.push_back(_("Update their other fields"));
+    mpKnownCards = MakeChoice(*this, ID_KNOWN_CARDS, labels);
+    wxButton* const help = MakeHelpButton(
+        *this, ID_KNOWN_CARDS_HELP, _("Known Cards Help"),
+        _("This setting controls what happens when a card\nwith the same front and back is there "
+          "already."));
+    AddFormRow(grid, _("Cards that exist already"), *mpKnownCards, *help);
+    mpAskBefore = new wxCheckBox(this, ID_ASK_BEFORE, _("Ask before changing cards"));
+    grid.AddSpacer(0);
+    grid.Add(mpAskBefore);
+    grid.AddSpacer(0);
+}
+
+// The buttons that help when something is wrong.
+wxSizer* ImportDialog::CreateHelp() {
+    mpFaults = new wxButton(this, ID_FAULTS, _("All Faults..."));
+    mpGuide = new wxButton(this, ID_GUIDE, _("User Guide"));
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    buttons->Add(mpFaults);
+    buttons->Add(mpGuide, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
+    mpFaults->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) {
+        ShowAllFaults(this, GetInput(), mDatabase, mReport);
+    });
+    mpGuide->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OpenGuide(); });
+    return buttons;
 }
 
 // Gives each column half of the list, however large it is made, unless the settings have widths.
@@ -176,11 +251,35 @@ ImportInput ImportDialog::GetInput() const {
     input.FileName = mFileName;
     input.Format = mpFormatRows->IsDelimited() ? ImportFormat::kDelimited : ImportFormat::kVlmText;
     input.Delimiter = mpFormatRows->GetDelimiter();
+    input.Encoding = mGuessedEncoding;
+    input.Pairs = static_cast<KnownPairs>(mpKnownCards->GetSelection());
+    input.AskBeforeChanges = mpAskBefore->GetValue();
+    if (mpFormatRows->IsDelimited()) {
+        TakeLayout(input);
+    }
     if (mpFormatRows->GetFormat() == kDeckFormat) {
         input.Format = ImportFormat::kDeck;
         input.MakeDeckReader = mpDeck->GetReaderMaker();
     }
     return input;
+}
+
+// Returns wxFONTENCODING_SYSTEM for the automatic choice.
+wxFontEncoding ImportDialog::GetEncoding() const {
+    const int selection = mpEncoding->GetSelection();
+    return selection <= 0 ? wxFONTENCODING_SYSTEM
+                          : GetTextEncodings()[static_cast<size_t>(selection) - 1].Code;
+}
+
+// A table of the program's own form is read as it stands, and so is one in which the sides were not
+// found: what the engine says about it tells more.
+void ImportDialog::TakeLayout(ImportInput& input) const {
+    const TableSurvey& survey = mpTable->GetSurvey();
+    input.Encoding = survey.Encoding;
+    const bool isNeeded = !survey.IsOwnForm && survey.Layout.IsComplete();
+    if (isNeeded || mpTable->IsChanged()) {
+        input.Layout = std::make_shared<const TableLayout>(mpTable->GetLayout());
+    }
 }
 
 // Chooses the deck's own form for a deck. Returns false for another file.
@@ -190,39 +289,49 @@ bool ImportDialog::DetectDeck() {
     }
     mpDeck->Open(mFileName);
     mpFormatRows->ChooseFormat(kDeckFormat);
-    ShowDeck();
+    ShowChoices();
     RefreshPreview();
     return true;
 }
 
-// The deck's choices show while its form is chosen.
-void ImportDialog::ShowDeck() {
+// The choices of a form show while it is chosen.
+void ImportDialog::ShowChoices() {
+    const bool isTable = mpFormatRows->IsDelimited();
+    mpEncodingLabel->Show(isTable);
+    mpEncoding->Show(isTable);
+    mpEncodingHelp->Show(isTable);
+    mpTable->Show(isTable);
     if (mpDeck != nullptr) {
         mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mpDeck->GetFault().empty());
     }
     Layout();
 }
 
-// Tries each listed delimiter and takes the first that the first two rows of the file agree with.
-// Returns false, with the choices unchanged, when there is none: text records never agree, as their
-// first line is no list of attribute names.
-bool ImportDialog::DetectTable() {
+// Chooses the form that the file has.
+void ImportDialog::DetectTable() {
     const wxBusyCursor busy;
-    const wxLogNull silence;
-    ImportInput input = GetInput();
-    input.Format = ImportFormat::kDelimited;
-    for (const wchar_t delimiter : FormatRows::kListed) {
-        input.Delimiter = delimiter;
-        ImportResult result;
-        std::vector<CardAttribute> attributes;
-        if (!ImportPreview(input, mDatabase, result, attributes)) {
-            mpFormatRows->ChooseDelimited(delimiter);
-            ShowRecord(attributes);
-            Layout();
-            return true;
-        }
+    ImportInput input;
+    input.FileName = mFileName;
+    mFits = GuessFormat(input, mDatabase);
+    mFirstLine = SurveyTable(mFileName, TableChoice()).FirstLine;
+    mGuessedEncoding = input.Encoding;
+    if (input.Layout != nullptr) {
+        // All texts between words are one choice.
+        const std::wstring& separator = input.Layout->Separator;
+        mpFormatRows->ChooseSeparator(separator.size() > 1 ? L" - " : separator);
+    } else if (input.Format == ImportFormat::kDelimited) {
+        mpFormatRows->ChooseDelimited(input.Delimiter);
     }
-    return false;
+    SurveyRows();
+    ShowChoices();
+    RefreshPreview();
+}
+
+// Looks at the rows of a table with the present choices.
+void ImportDialog::SurveyRows() {
+    if (mpFormatRows->IsDelimited() && mpFormatRows->CheckDelimiter().empty()) {
+        mpTable->Survey(mFileName, GetEncoding(), mpFormatRows->GetSeparator());
+    }
 }
 
 void ImportDialog::RefreshPreview() {
@@ -242,7 +351,12 @@ void ImportDialog::RefreshPreview() {
     ImportResult result;
     std::vector<CardAttribute> attributes;
     if (ImportPreview(GetInput(), mDatabase, result, attributes)) {
-        ShowError(wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber));
+        // A file that is no text has no lines.
+        const bool hasLine = result.LineNumber >= 1 || result.Message.empty();
+        ShowError(hasLine ? wxString::Format(_("%s\nLine Number: %i"), result.Message,
+                                             result.LineNumber) +
+                                GetAdvice()
+                          : result.Message);
         return;
     }
     ShowRecord(attributes);
@@ -264,12 +378,48 @@ void ImportDialog::ShowError(const wxString& text) {
     ShowPreview(true);
 }
 
+// Returns what the user may do about a text that cannot be read as it is meant, as paragraphs
+// behind the message; nothing when only a record is wrong.
+wxString ImportDialog::GetAdvice() const {
+    const TableLayout& layout = mpTable->GetLayout();
+    wxString advice;
+    if (mpFormatRows->IsDelimited() && layout.Columns.size() < 2) {
+        advice =
+            _("This delimiter does not part the rows into columns.\nChoose the one that stands "
+              "between the front and the back.");
+    } else if (mpFormatRows->IsDelimited() && !layout.IsComplete()) {
+        advice = layout.HasUse(ColumnUse::kFront)
+                     ? _("No column is the back of the cards.  Choose one in the list above it.")
+                     : _("No column is the front of the cards.  Choose one in the list above it.");
+    } else if (!mpFormatRows->IsDelimited() && !mFits) {
+        advice =
+            _("The file is neither a text with lines such as \"Front: dog\"\nnor a table with a "
+              "column for the front and one for the back.\nFor a table, choose the format "
+              "\"Delimited\" and then the delimiter.");
+    }
+    if (advice.empty() || mFirstLine.empty()) {
+        return wxString();
+    }
+    wxString first = mFirstLine;
+    first.Replace("\t", wxString(L" \u2192 "));
+    return "\n\n" + wxString::Format(_("The first row is: %s"), ShownName(first)) + "\n" + advice;
+}
+
+// The application knows where the guide is.
+void ImportDialog::OpenGuide() {
+    wxCommandEvent event(wxEVT_MENU, wxID_HELP);
+    event.SetString("import");
+    wxTheApp->ProcessEvent(event);
+}
+
 // Puts either the error or the record on the screen.
 void ImportDialog::ShowPreview(bool isError) {
     const wxString label = isError ? _("Error (first card)") : _("Preview (first card)");
     mpPreviewLabel->SetLabel(label);
     SetAccessibleName(*mpError, label);
     TellRow(*mpPreview, wxString(), label);
+    mpFaults->Show(isError || mWasRun);
+    mpGuide->Show(isError || mWasRun);
     const bool errorChanged = mpError->Show(isError);
     const bool previewChanged = mpPreview->Show(!isError);
     if (errorChanged || previewChanged) {
@@ -278,7 +428,14 @@ void ImportDialog::ShowPreview(bool isError) {
 }
 
 void ImportDialog::RunImport() {
-    ImportWithProgress(this, GetInput(), mDatabase, mReport, &mTouchedCategories);
-    // The user has been told the outcome by now, whatever it is.
-    EndModal(wxOK);
+    mWasRun = true;
+    if (ImportWithProgress(this, GetInput(), mDatabase, mReport, &mTouchedCategories)) {
+        mpTable->RememberUses();
+        EndModal(wxOK);
+        return;
+    }
+    // The user has been told what is wrong, and may change the choices or look at all faults.
+    mpFaults->Show();
+    mpGuide->Show();
+    Layout();
 }

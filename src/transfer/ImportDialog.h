@@ -14,18 +14,24 @@ class Database;
 class DeckPanel;
 class FatalErrorReport;
 class FormatRows;
+class TablePanel;
+class wxButton;
+class wxCheckBox;
+class wxChoice;
+class wxFlexGridSizer;
 class wxListCtrl;
 class wxSizer;
 class wxStaticText;
 class wxTextCtrl;
 
 // Stands between the choice of a file and its import: asks how to read the file, and shows at once
-// what its first card would become or what is wrong with it. ShowModal returns wxOK once the import
-// was run, whatever came of it, and wxCANCEL otherwise. Main thread only.
+// what its first card would become or what is wrong with it. It ends once a whole file was
+// imported, and stays open after a failure, so that the choices can be changed. ShowModal returns
+// wxOK when an import was run, whatever came of it, and wxCANCEL otherwise. Main thread only.
 class ImportDialog : public wxDialog {
   public:
-    // Finds out whether the file is a table and by what its columns are separated, as far as the
-    // first card tells. The database and the report are not owned.
+    // Finds out how the file is to be read, as far as its first rows and its first card tell. The
+    // database and the report are not owned.
     ImportDialog(wxWindow* parent, Database& database, FatalErrorReport& report,
                  const wxString& fileName);
     ~ImportDialog() override;
@@ -36,15 +42,23 @@ class ImportDialog : public wxDialog {
   private:
     void CreateControls();
     wxSizer* CreateOptions();
+    void AddEncoding(wxFlexGridSizer& grid);
+    void AddKnownCards(wxFlexGridSizer& grid);
+    wxSizer* CreateHelp();
     void ShareColumns();
 
     ImportInput GetInput() const;
+    wxFontEncoding GetEncoding() const;
+    void TakeLayout(ImportInput& input) const;
     bool DetectDeck();
-    bool DetectTable();
-    void ShowDeck();
+    void DetectTable();
+    void ShowChoices();
+    void SurveyRows();
     void RefreshPreview();
     void ShowRecord(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
+    wxString GetAdvice() const;
+    void OpenGuide();
     void ShowPreview(bool isError);
     void RunImport();
 
@@ -54,8 +68,23 @@ class ImportDialog : public wxDialog {
     std::set<int32_t> mTouchedCategories;
 
     std::unique_ptr<FormatRows> mpFormatRows;
+    // Whether any form fits the file, and whether an import of it has been tried.
+    bool mFits = true;
+    bool mWasRun = false;
+    // The first line of the file that is not empty.
+    wxString mFirstLine;
+    // What the file seems to be written in, for the program's own form.
+    wxFontEncoding mGuessedEncoding = wxFONTENCODING_SYSTEM;
     // Null when the file is no deck.
     DeckPanel* mpDeck = nullptr;
+    wxStaticText* mpEncodingLabel = nullptr;
+    wxChoice* mpEncoding = nullptr;
+    wxButton* mpEncodingHelp = nullptr;
+    TablePanel* mpTable = nullptr;
+    wxChoice* mpKnownCards = nullptr;
+    wxCheckBox* mpAskBefore = nullptr;
+    wxButton* mpFaults = nullptr;
+    wxButton* mpGuide = nullptr;
     wxStaticText* mpPreviewLabel = nullptr;
     wxTextCtrl* mpError = nullptr;
     wxListCtrl* mpPreview = nullptr;

@@ -6,12 +6,15 @@
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 
+#include <list>
+
 #include "base/Text.h"
 #include "base/Time.h"
 #include "exchange/ImportJob.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "store/Database.h"
 #include "storefile/Backups.h"
 #include "transfer/MergeDialog.h"
 #include "transfer/ProgressDialog.h"
@@ -72,10 +75,20 @@ ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskNewCategory(wxWindow* 
     }
 }
 
+wxString ImportQuestionDialogs::NameOfCategory(int32_t id) const {
+    std::list<Category> categories;
+    if (mpDatabase == nullptr || mpDatabase->SelectCategoryById(id, categories) < 0 ||
+        categories.empty()) {
+        return wxString();
+    }
+    return categories.front().Name;
+}
+
 ImportQuestions::MergeAnswer ImportQuestionDialogs::AskMerge(wxWindow* parent,
                                                              const FlashCard& stored,
                                                              const FlashCard& imported, uint32_t) {
-    MergeDialog dialog(parent, stored, imported);
+    MergeDialog dialog(parent, stored, imported, NameOfCategory(stored.CategoryId),
+                       NameOfCategory(imported.CategoryId));
     MergeAnswer answer;
     answer.IsOk = dialog.ShowModal() == wxOK;
     answer.Merged = dialog.GetMergedCard();
@@ -91,11 +104,17 @@ namespace {
 
 void TellComplete(wxWindow& parent, const ImportResult& result, const wxTimeSpan& elapsed) {
     const IntervalInUnits time = SplitInterval(static_cast<float>(elapsed.GetSeconds().ToLong()));
-    ShowMessageBox(wxString::Format(
-                       _("%i Records Inserted\n%i Records Merged\n%i Duplicates Ignored\n%.2f %s"),
-                       result.RecordsInserted, result.RecordsMerged, result.DuplicatesIgnored,
-                       static_cast<double>(time.Value), IntervalUnitName(time.Unit)),
-                   _("Import Complete"), wxOK | wxCENTRE, &parent);
+    wxString text = wxString::Format(
+        _("%i Records Inserted\n%i Records Merged\n%i Duplicates Ignored\n%.2f %s"),
+        result.RecordsInserted, result.RecordsMerged, result.DuplicatesIgnored,
+        static_cast<double>(time.Value), IntervalUnitName(time.Unit));
+    if (result.RecordsLeftOut > 0) {
+        text += "\n" + wxString::Format(wxPLURAL("%i row without text on a side is left out",
+                                                 "%i rows without text on a side are left out",
+                                                 static_cast<unsigned>(result.RecordsLeftOut)),
+                                        result.RecordsLeftOut);
+    }
+    ShowMessageBox(text, _("Import Complete"), wxOK | wxCENTRE, &parent);
 }
 
 void TellFailure(wxWindow* parent, const ImportResult& result) {
@@ -116,7 +135,7 @@ bool ImportWithProgress(wxWindow* parent, const ImportInput& input, Database& da
                         FatalErrorReport& report, std::set<int32_t>* touchedCategories) {
     BackUpStore(parent, database, BackupCause::kImport);
     const wxDateTime start = CurrentTime();
-    ImportQuestionDialogs questions;
+    ImportQuestionDialogs questions(&database);
     const bool askCategories = parent != nullptr;
     ImportThread thread(input, database, askCategories, touchedCategories, questions);
     if (!RunWithProgress(parent, thread, report, _("Unable to start a thread for the import."))) {

@@ -9,13 +9,22 @@ class Database;
 class FatalErrorReport;
 class wxWindow;
 
-// Puts the questions of an import to the user as modal dialogs over the progress window. Has no
-// state of its own. Main thread only.
+// Puts the questions of an import to the user as modal dialogs over the progress window. Main
+// thread only.
 class ImportQuestionDialogs : public ImportQuestions {
   public:
+    // The database, which is not owned, has the names of categories; null when they do not matter.
+    // It is asked only while the worker waits for an answer.
+    explicit ImportQuestionDialogs(Database* database = nullptr) : mpDatabase(database) {}
+
     CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) override;
     MergeAnswer AskMerge(wxWindow* parent, const FlashCard& stored, const FlashCard& imported,
                          uint32_t attributeMask) override;
+
+  private:
+    wxString NameOfCategory(int32_t id) const;
+
+    Database* mpDatabase;
 };
 
 // Imports a file on a worker thread behind a progress window; the import dialog, the command line

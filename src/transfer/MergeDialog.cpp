@@ -2,12 +2,16 @@
 
 #include <wx/button.h>
 #include <wx/checkbox.h>
+#include <wx/display.h>
 #include <wx/intl.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include <algorithm>
+
 #include "base/Text.h"
+#include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/TextUndo.h"
@@ -33,7 +37,10 @@ constexpr int kAlwaysDatabaseId = 10016;
 constexpr int kAlwaysImportedId = 10017;
 constexpr int kStopId = 10018;
 
+constexpr int kOthersId = 10021;
+
 constexpr int kSideHeight = 60;
+constexpr int kOthersHeight = 80;
 
 wxString VersionName(int column) {
     const wxString names[] = {_("Database Version"), _("Imported Version"), _("Merged Version")};
@@ -57,15 +64,64 @@ wxString NumberText(int32_t number) {
     return wxString::Format("%i", number);
 }
 
+wxString DescribeSchedule(const CardSchedule& schedule) {
+    if (!schedule.Introduced) {
+        return _("not introduced");
+    }
+    const IntervalInUnits interval = SplitInterval(schedule.ReviewInterval);
+    return wxString::Format(_("reviewed %s, interval %.2f %s, difficulty %u"),
+                            schedule.LastReview.FormatDate(), static_cast<double>(interval.Value),
+                            IntervalUnitName(interval.Unit), unsigned{schedule.Difficulty});
+}
+
+// Returns what differs between two cards in fields without a column, one a line.
+wxString DescribeOthers(const FlashCard& stored, const FlashCard& imported,
+                        const wxString& storedCategory, const wxString& importedCategory) {
+    wxString text;
+    const auto add = [&text](const wxString& name, const wxString& before, const wxString& after) {
+        if (before != after) {
+            text += text.empty() ? "" : "\n";
+            text += name + ": " + before + wxString(L" \u2192 ") + after;
+        }
+    };
+    add(_("Category"), storedCategory, importedCategory);
+    add(_("Chapter"), stored.Chapter, imported.Chapter);
+    add(_("Notes"), stored.Notes, imported.Notes);
+    add(_("Forward schedule"), DescribeSchedule(stored.Forward),
+        DescribeSchedule(imported.Forward));
+    add(_("Reverse schedule"), DescribeSchedule(stored.Reverse),
+        DescribeSchedule(imported.Reverse));
+    return text;
+}
+
+// Puts the second half of a label into a second line.
+void BreakLabel(wxControl& control) {
+    wxString label = control.GetLabel();
+    const size_t middle = label.length() / 2;
+    size_t place = label.find(' ', middle);
+    const size_t before = label.rfind(' ', middle);
+    const bool isNearer =
+        place == wxString::npos || (before != wxString::npos && middle - before < place - middle);
+    place = isNearer ? before : place;
+    if (place != wxString::npos) {
+        label[place] = '\n';
+        control.SetLabel(label);
+    }
+}
+
 }  // namespace
 
 MergeDialog::MergeDialog(wxWindow* parent, const FlashCard& databaseCard,
-                         const FlashCard& importedCard)
+                         const FlashCard& importedCard, const wxString& databaseCategory,
+                         const wxString& importedCategory)
     : wxDialog(parent, kDialogId, _("Merge"), wxDefaultPosition, wxDefaultSize,
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
       mDatabaseCard(databaseCard),
       mImportedCard(importedCard) {
     CreateControls();
+    AddOthers(*GetSizer()->GetItem(size_t{0})->GetSizer(),
+              DescribeOthers(mDatabaseCard, mImportedCard, databaseCategory, importedCategory));
+    FitScreen();
     FillColumn(mDatabase, mDatabaseCard);
     FillColumn(mImported, mImportedCard);
     FillColumn(mMerged, mImportedCard);
@@ -99,7 +155,35 @@ void MergeDialog::CreateControls() {
     AddButtons(*grid);
 
     MakeFormColumn(*this)->Add(grid, wxSizerFlags(1).Expand());
+}
+
+// Adds what else differs below the columns; nothing when nothing does.
+void MergeDialog::AddOthers(wxSizer& rows, const wxString& others) {
+    if (others.empty()) {
+        return;
+    }
+    auto* const text =
+        new wxTextCtrl(this, kOthersId, others, wxDefaultPosition,
+                       FromDIP(wxSize(-1, kOthersHeight)), wxTE_MULTILINE | wxTE_READONLY);
+    rows.Add(MakeFormLabel(_("What else differs"), *text), FormRow(*this));
+    rows.Add(text, FormRow(*this));
+}
+
+// Sizes the dialog. Where the screen is narrower than the longest labels, they get two lines.
+void MergeDialog::FitScreen() {
     FitTextHeights(*this);
+    const int index = wxDisplay::GetFromWindow(this);
+    const int width = wxDisplay(static_cast<unsigned>(std::max(index, 0))).GetClientArea().width;
+    if (GetSizer()->ComputeFittingWindowSize(this).GetWidth() > width) {
+        for (wxWindow* const child : GetChildren()) {
+            const bool isLong = dynamic_cast<wxButton*>(child) != nullptr ||
+                                dynamic_cast<wxCheckBox*>(child) != nullptr ||
+                                dynamic_cast<wxStaticText*>(child) != nullptr;
+            if (isLong) {
+                BreakLabel(*dynamic_cast<wxControl*>(child));
+            }
+        }
+    }
     GetSizer()->SetSizeHints(this);
     CentreOnParent();
 }

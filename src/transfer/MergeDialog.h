@@ -6,6 +6,7 @@
 
 class wxCheckBox;
 class wxFlexGridSizer;
+class wxSizer;
 class wxTextCtrl;
 
 // Puts a stored card and its imported version side by side, with a merged version to edit, and lets
@@ -18,8 +19,11 @@ class MergeDialog : public wxDialog {
     // The cards of the run that the answer applies to.
     enum Choice : int32_t { kThisCard = 0, kAlwaysImported = 1, kAlwaysDatabase = 2 };
 
-    // Fills the columns, marks what differs, and starts the merged version as the imported one.
-    MergeDialog(wxWindow* parent, const FlashCard& databaseCard, const FlashCard& importedCard);
+    // Fills the columns, marks what differs, and starts the merged version as the imported one. The
+    // names are those of the cards' categories.
+    MergeDialog(wxWindow* parent, const FlashCard& databaseCard, const FlashCard& importedCard,
+                const wxString& databaseCategory = wxString(),
+                const wxString& importedCategory = wxString());
 
     // Returns what the stored card becomes. Its fields that no column shows, such as the notes, are
     // those of the version that the user picked.
@@ -44,6 +48,8 @@ class MergeDialog : public wxDialog {
     void AddCheckRow(wxFlexGridSizer& grid, const wxString& label, wxCheckBox* Column::*control,
                      const int (&ids)[3], const wxString& toolTip);
     void AddButtons(wxFlexGridSizer& grid);
+    void AddOthers(wxSizer& rows, const wxString& others);
+    void FitScreen();
 
     static void FillColumn(const Column& column, const FlashCard& card);
     void MarkDifferences();

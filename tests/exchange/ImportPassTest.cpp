@@ -55,6 +55,30 @@ TEST_F(ImportIntoStore, InsertsUpdatesOrIgnoresByTheStoredCard) {
     EXPECT_EQ(Stored(card.CardId).Notes, "");
 }
 
+// A word list that grows brings its old pairs again, and one of the new ones twice.
+TEST_F(ImportIntoStore, SkipsOrUpdatesKnownPairs) {
+    FlashCard card = MakeCard(L"f\n\u3010r\u3011", "b");
+    card.Notes = "old";
+    card.Forward.Introduced = true;
+    Insert(card);
+    ImportInput input = TextFile(
+        "f: f\nFront2: r\nb: b\nNotes: new\nc: Words\n\nf: g\nb: h\n\nf: g\nb: h\nNotes: n\n");
+    EXPECT_EQ(Run(input), -1) << "stopped unless told otherwise";
+
+    input.Pairs = KnownPairs::kSkip;
+    EXPECT_EQ(Run(input), 0);
+    EXPECT_EQ(Outcome(), "1 inserted, 0 merged, 2 ignored");
+    EXPECT_EQ(Stored(card.CardId).Notes, "old");
+    EXPECT_EQ(Query("SELECT Name FROM Categories"), Strings{"Default"}) << "nothing to put there";
+
+    input.Pairs = KnownPairs::kUpdate;
+    EXPECT_EQ(Run(input), 0);
+    EXPECT_EQ(Outcome(), "0 inserted, 2 merged, 1 ignored");
+    EXPECT_EQ(Cards(), (Strings{"f\n\xE3\x80\x90r\xE3\x80\x91|b|Words|0", "g|h|Default|1"}));
+    EXPECT_EQ(Stored(card.CardId).Notes, "new");
+    EXPECT_TRUE(Stored(card.CardId).Forward.Introduced);
+}
+
 TEST_F(ImportIntoStore, RefusesANewCardWhosePairOfTextsIsThere) {
     Insert(MakeCard(L"f\n\u3010r\u3011", "b"));
     EXPECT_EQ(Import("f: new\nb: b\n\nf: f\nFront2: r\nb: b\n"), -1);

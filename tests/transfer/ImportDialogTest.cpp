@@ -1,12 +1,19 @@
 #include "transfer/ImportDialog.h"
 
 #include "decks/DeckWriter.h"
+#include "exchange/Table.h"
 #include "transfer/DialogTest.h"
 
 namespace {
 
 constexpr int ID_DELIMITER = 10001, ID_FORMAT = 10004, ID_OTHER = 10007, ID_ERROR = 10011;
 constexpr int ID_PREVIEW = 10036, ID_PREVIEW_LABEL = 10090;
+
+const wxString kNeither =
+    "The file is neither a text with lines such as \"Front: dog\"\nnor a table with a column for "
+    "the "
+    "front and one for the back.\nFor a table, choose the format \"Delimited\" and then the "
+    "delimiter.";
 
 struct ImportDialogTest : DialogTest {
     // Opens the dialog on a file of these bytes.
@@ -57,9 +64,21 @@ TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
         {"Front\tBack\n", "Delimited/tab: "},
         {"", "Delimited/tab: "},
         {"Q: a\nQ: b\nA: c\n\nwrong", L"VLM Text File/tab: Q=a \u21B5 b;A=c;"},
-        {"in: store\n", "VLM Text File/tab: \"in\" is not a valid attribute name.\nLine Number: 1"},
-        {"Front,Wrong\na,b\n",
-         "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1"},
+        {"in: store\n",
+         "VLM Text File/tab: \"in\" is not a valid attribute name.\nLine Number: 1\n\nThe first "
+         "row "
+         "is: in: store\n" +
+             kNeither},
+        {"Front,Wrong\na,b\n", "Delimited/comma: Front=a;Back=b;"},
+        {"Hund | dog\n", "Delimited/pipe: Front=Hund;Back=dog;"},
+        {"Hund - dog\n", "Delimited/dash or sign between words: Front=Hund;Back=dog;"},
+        {"a@b\n",
+         "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1\n\nThe first row "
+         "is: a@b\n" +
+             kNeither},
+        {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1",
+         "VLM Text File/tab: This file is a spreadsheet or another packed file, and no text.  Save "
+         "it as CSV first."},
         // The preview does not mind a card whose texts the store has already.
         {"f\tb\nin\tstore\n", "Delimited/tab: f=in;b=store;"},
     };
@@ -79,7 +98,9 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
     Choose(ID_FORMAT, 1);
     EXPECT_TRUE(IsShown(ID_DELIMITER));
     EXPECT_FALSE(IsShown(ID_OTHER));
-    EXPECT_EQ(Shown(), "Delimited/tab: \"f: a\" is not a valid attribute name.\nLine Number: 1");
+    EXPECT_TRUE(
+        Shown().StartsWith("Delimited/tab: \"f: a\" is not a valid attribute name.\nLine Number: "
+                           "1\n\nThe first row is"));
 
     Choose(ID_DELIMITER, 4);
     EXPECT_TRUE(IsShown(ID_OTHER));
@@ -134,4 +155,66 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     WriteBytes(mDirectory.Path("cut.apkg"), ReadBytes(mDirectory.Path("my.apkg")).substr(0, 99));
     OpenFile("cut.apkg");
     EXPECT_TRUE(Shown().Contains("The package is damaged.")) << Shown();
+}
+
+TEST_F(ImportDialogTest, LetsColumnsBeChosen) {
+    constexpr int ID_ENCODING = 10091, ID_HAS_HEADER = 10401, ID_FIRST_USE = 10410;
+    Open("Hund;dog;M\xE4nnchen\nKatze;cat;\n");
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: Front=Hund;Back=dog;Notes=M\u00E4nnchen;");
+    EXPECT_FALSE(Find<wxCheckBox>(*mDialog, ID_HAS_HEADER).GetValue());
+
+    // Two columns cannot be the same side, so they change places.
+    Choose(ID_FIRST_USE + 1, static_cast<int>(ColumnUse::kFront));
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: Back=Hund;Front=dog;Notes=M\u00E4nnchen;");
+    Choose(ID_FIRST_USE + 2, static_cast<int>(ColumnUse::kIgnore));
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: Back=Hund;Front=dog;");
+
+    auto& header = Find<wxCheckBox>(*mDialog, ID_HAS_HEADER);
+    header.SetValue(true);
+    Send(header, wxEVT_CHECKBOX, 1);
+    EXPECT_EQ(Shown(), "Delimited/semi-colon: Front=Katze;Back=cat;");
+
+    auto& encoding = Find<wxChoice>(*mDialog, ID_ENCODING);
+    Choose(ID_ENCODING, encoding.FindString("Cyrillic (KOI8-R)"));
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: Front=Hund;Back=dog;Notes=M\u0414nnchen;");
+}
+
+// The dialog stays after a failed import, so that its choices can be changed, and remembers them.
+TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
+    constexpr int ID_KNOWN_CARDS = 10093, ID_FAULTS = 10096, ID_FIRST_USE = 10410;
+    const std::string bytes = "Wort;Meaning;Xyz\nHund;dog;x\nin;store;y\n;none;z\n";
+    Insert(MakeCard("in", "store"));
+    Open(bytes);
+    EXPECT_FALSE(IsShown(ID_FAULTS));
+    Choose(ID_FIRST_USE + 2, static_cast<int>(ColumnUse::kChapter));
+
+    mAnswers.Then([&](wxDialog& dialog) {
+        mAnswers.ThenWatch();
+        mAnswers.Expect(wxID_OK);
+        Send(*FindById(dialog, wxID_OK));
+        EXPECT_EQ(mAnswers.Dialogs.back().Title, "Import Failed");
+        EXPECT_TRUE(dialog.IsModal());
+        EXPECT_TRUE(IsShown(ID_FAULTS));
+
+        mAnswers.ThenWatch();
+        mAnswers.Expect([](wxDialog& list) {
+            EXPECT_EQ(Find<wxTextCtrl>(list, 10421).GetValue(),
+                      "Line 3: Duplicate Card: There is already a card in the database with this "
+                      "front/back pair.\nLine 4: Every card must have a front attribute.\n");
+            return wxID_CLOSE;
+        });
+        Send(*FindById(dialog, ID_FAULTS));
+
+        WriteBytes(mDirectory.Path("import.txt"), bytes.substr(0, bytes.size() - 8));
+        Choose(ID_KNOWN_CARDS, static_cast<int>(KnownPairs::kSkip));
+        mAnswers.ThenWatch();
+        mAnswers.Expect(wxID_OK);
+        Send(*FindById(dialog, wxID_OK));
+    });
+    EXPECT_EQ(mDialog->ShowModal(), wxOK);
+    EXPECT_TRUE(mAnswers.Dialogs.back().Message.StartsWith(
+        "1 Records Inserted\n0 Records Merged\n1 Duplicates Ignored"));
+
+    Open(bytes);
+    EXPECT_EQ(Shown(), "Delimited/semi-colon: Front=Hund;Back=dog;Chapter=x;");
 }

@@ -65,6 +65,22 @@ TEST_F(MergeDialogTest, MarksTheFieldsThatDiffer) {
     EXPECT_EQ(marked, (std::vector<bool>{false, true, false, false, false, true}));
 }
 
+TEST_F(MergeDialogTest, TellsWhatElseDiffers) {
+    constexpr int ID_OTHERS = 10021;
+    mImported.Forward.Introduced = true;
+    mImported.Forward.LastReview = wxDateTime(1, wxDateTime::Feb, 2020, 12, 30);
+    mImported.Forward.ReviewInterval = 259200.0f;
+    MergeDialog dialog(nullptr, mStored, mImported, "Old", "New");
+    EXPECT_EQ(Find<wxTextCtrl>(dialog, ID_OTHERS).GetValue(),
+              wxString(L"Category: Old \u2192 New\nNotes: stored notes \u2192 imported notes\n"
+                       L"Forward schedule: not introduced \u2192 reviewed ") +
+                  mImported.Forward.LastReview.FormatDate() +
+                  L", interval 3.00 days, difficulty 16");
+    mImported = mStored;
+    mImported.Back = "other";
+    EXPECT_EQ(MergeDialog(nullptr, mStored, mImported).FindWindow(ID_OTHERS), nullptr);
+}
+
 TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
     MergeDialog dialog(nullptr, mStored, mImported);
     auto* const back = dynamic_cast<wxTextCtrl*>(MergedColumn(dialog)[1]);

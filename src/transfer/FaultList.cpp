@@ -1,0 +1,124 @@
+#include "transfer/FaultList.h"
+
+#include <wx/button.h>
+#include <wx/dialog.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+
+#include <vector>
+
+#include "exchange/ImportPass.h"
+#include "exchange/Worker.h"
+#include "shell/Forms.h"
+#include "shell/Toolkit.h"
+#include "transfer/ProgressDialog.h"
+
+namespace {
+
+enum : int { ID_DIALOG = 10420, ID_FAULTS = 10421 };
+
+constexpr size_t kMostFaults = 1000;
+
+// Looks through a file on a thread of its own.
+class FaultSearch : public Worker {
+  public:
+    FaultSearch(const ImportInput& input, Database& database)
+        : mInput(input), mDatabase(database) {}
+    ~FaultSearch() override { FaultSearch::Cancel(); }
+
+    // Read after the end of the worker.
+    const std::vector<ImportFault>& GetFaults() const { return mFaults; }
+    bool IsCancelled() const { return mResult.Status == ImportStatus::kCancelled; }
+
+    int32_t GetMaximum() const override { return 1000; }
+    int32_t GetPosition() const override {
+        return static_cast<int32_t>(mResult.Progress * 1000.0f);
+    }
+    void Cancel() override {
+        if (!IsFinished()) {
+            mResult.Status = ImportStatus::kCancelled;
+        }
+        Join();
+    }
+
+  protected:
+    void Work() override {
+        // The list itself tells what is wrong.
+        const wxLogNull silence;
+        mFaults = FindFaults(mInput, mDatabase, mResult, kMostFaults);
+    }
+
+  private:
+    ImportInput mInput;
+    Database& mDatabase;
+    // Its atomic fields are shared; the faults are the worker's until it has ended.
+    ImportResult mResult;
+    std::vector<ImportFault> mFaults;
+};
+
+wxString FaultText(const std::vector<ImportFault>& faults) {
+    wxString text;
+    for (const ImportFault& fault : faults) {
+        text += fault.Line >= 1 ? wxString::Format(_("Line %i: %s"), fault.Line, fault.Message)
+                                : fault.Message;
+        text += "\n";
+    }
+    return text;
+}
+
+wxString CountText(size_t count) {
+    if (count == 0) {
+        return _("Nothing is wrong with the records of the file.");
+    }
+    const wxString found = wxString::Format(
+        wxPLURAL("%i fault", "%i faults", static_cast<unsigned>(count)), static_cast<int>(count));
+    return count < kMostFaults ? found : found + " " + _("(there may be more)");
+}
+
+class FaultDialog : public wxDialog {
+  public:
+    FaultDialog(wxWindow* parent, const std::vector<ImportFault>& faults);
+};
+
+FaultDialog::FaultDialog(wxWindow* parent, const std::vector<ImportFault>& faults)
+    : wxDialog(parent, ID_DIALOG, _("All Faults"), wxDefaultPosition, wxDefaultSize,
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER) {
+    auto* const count = new wxStaticText(this, wxID_ANY, CountText(faults.size()));
+    auto* const text =
+        new wxTextCtrl(this, ID_FAULTS, FaultText(faults), wxDefaultPosition,
+                       FromDIP(wxSize(480, 240)), wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
+    SetAccessibleName(*text, _("All Faults"));
+    auto* const copy = new wxButton(this, wxID_COPY);
+    auto* const close = new wxButton(this, wxID_CLOSE);
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    buttons->Add(copy);
+    buttons->Add(close, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(count);
+    rows->Add(text, FormRow(*this).Proportion(1));
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
+    GetSizer()->SetSizeHints(this);
+    CentreOnParent();
+    SetEscapeId(wxID_CLOSE);
+    close->SetDefault();
+    text->SetInsertionPoint(0);
+    text->SetFocus();
+    copy->Bind(wxEVT_BUTTON, [text](wxCommandEvent&) {
+        text->SelectAll();
+        text->Copy();
+    });
+}
+
+}  // namespace
+
+void ShowAllFaults(wxWindow* parent, const ImportInput& input, Database& database,
+                   FatalErrorReport& report) {
+    FaultSearch search(input, database);
+    const wxString failure = _("Unable to start a thread for the search.");
+    if (RunWithProgress(parent, search, report, failure) && !search.IsCancelled()) {
+        FaultDialog(parent, search.GetFaults()).ShowModal();
+    }
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "exchange/ImportJob.h"
+
+class Database;
+class FatalErrorReport;
+class wxWindow;
+
+// Reads a file behind a progress window and lists what is wrong with each of its records, up to a
+// thousand of them, with their lines, as a text to read and to copy. Writes nothing to the store.
+// Main thread only.
+void ShowAllFaults(wxWindow* parent, const ImportInput& input, Database& database,
+                   FatalErrorReport& report);
