@@ -56,6 +56,25 @@ void TraceReview(const FlashCard& card, int score, const ReviewResult& result) {
                    result.Elapsed, score, result.OldInterval, result.NewInterval);
 }
 
+// The line of the log for a score that has taken the schedule from one state to the other.
+ReviewRecord MakeRecord(const CardUuid& id, ReviewDirection direction, const CardSchedule& before,
+                        const CardSchedule& after, const ReviewResult& result, int64_t replaces) {
+    ReviewRecord record;
+    record.Time = after.LastReview.GetTicks();
+    record.CardId = id;
+    record.Direction = direction;
+    record.Score = after.LastScore;
+    if (before.Introduced) {
+        record.Elapsed = std::max<int64_t>(0, SecondsBetween(before.LastReview, after.LastReview));
+    }
+    record.OldInterval = result.OldInterval;
+    record.NewInterval = result.NewInterval;
+    record.OldDifficulty = before.Difficulty;
+    record.NewDifficulty = after.Difficulty;
+    record.Replaces = replaces;
+    return record;
+}
+
 }  // namespace
 
 Scheduler::Scheduler(Database& database, const Sources& sources)
@@ -178,8 +197,9 @@ void Scheduler::Refresh() {
 }
 
 void Scheduler::ScoreCard(int score) {
-    KeepOrRestoreSchedule(score);
+    const int64_t replaces = KeepOrRestoreSchedule(score);
     CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
+    const CardSchedule before = schedule;
     const ReviewResult result = Review(schedule, score, mSources.Time.Now(), mSources.Random);
     TraceReview(mCurrentCard, score, result);
     schedule.Introduced = true;
@@ -191,7 +211,10 @@ void Scheduler::ScoreCard(int score) {
                  mSources.Maintenance, mSources.Random);
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failure in the store ends the program, so the result needs no look.
-    mDatabase.UpdateFlashCard(mCurrentCard);
+    if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0 && mSources.Log != nullptr) {
+        mSources.Log->Append(
+            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces));
+    }
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {
         return;
@@ -201,15 +224,19 @@ void Scheduler::ScoreCard(int score) {
     Tell(1);
 }
 
-void Scheduler::KeepOrRestoreSchedule(int score) {
+int64_t Scheduler::KeepOrRestoreSchedule(int score) {
     if (mHistoryPosition == -1) {
         mHistory.Add({mCurrentCard.CardId, CurrentSchedule(), mCurrentDirection});
-        return;
+        return -1;
     }
     const HistoryEntry* const entry = EntryToRestore(score);
-    if (entry != nullptr) {
-        ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
+    if (entry == nullptr) {
+        return -1;
     }
+    CardSchedule& schedule = ScheduleOf(mCurrentCard, entry->Direction);
+    const int64_t replaced = schedule.LastReview.IsValid() ? schedule.LastReview.GetTicks() : -1;
+    schedule = entry->Schedule;
+    return replaced;
 }
 
 const HistoryEntry* Scheduler::EntryToRestore(int score) const {

@@ -9,6 +9,7 @@
 #include "base/Time.h"
 #include "scheduler/CardSelection.h"
 #include "scheduler/ReviewArithmetic.h"
+#include "scheduler/ReviewLog.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
@@ -72,6 +73,8 @@ class Scheduler {
         MaintenancePrompt& Maintenance;
         const Clock& Time;
         ReviewRandom& Random;
+        // Takes each score once the store has it; null where nobody keeps them.
+        ReviewLog* Log = nullptr;
     };
 
     Scheduler(Database& database, const Sources& sources);
@@ -154,7 +157,8 @@ class Scheduler {
     }
     // Runs before a score: keeps a live card's schedule in the history, or restores that of a card
     // of the history from before its first score, unless the score stays the same.
-    void KeepOrRestoreSchedule(int score);
+    // Returns when the review was that this one replaces, or -1.
+    int64_t KeepOrRestoreSchedule(int score);
     void PurgeHistory();
     void ClearLiveCard();
     void Tell(int value);
