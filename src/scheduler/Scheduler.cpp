@@ -45,6 +45,58 @@ const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, i
 
 namespace {
 
+// The questions to the store for one direction.
+struct OutlookQueries {
+    int (Database::*CountReady)(int32_t, const wxDateTime&, int32_t&);
+    int (Database::*CountAll)(int32_t, int32_t&);
+    int (Database::*CountIntroduced)(int32_t, int32_t&);
+    int (Database::*SelectNextDue)(int32_t, std::list<FlashCard>&);
+    ReviewDirection Direction;
+};
+
+void AddOutlook(Database& database, int32_t categoryId, const wxDateTime& now,
+                const OutlookQueries& ask, StudyOutlook::Side& side, wxDateTime& nextDue) {
+    int32_t ready = 0;
+    int32_t tomorrow = 0;
+    int32_t all = 0;
+    int32_t introduced = 0;
+    if ((database.*ask.CountReady)(categoryId, now, ready) < 0 ||
+        (database.*ask.CountReady)(categoryId, now + wxTimeSpan::Day(), tomorrow) < 0 ||
+        (database.*ask.CountAll)(categoryId, all) < 0 ||
+        (database.*ask.CountIntroduced)(categoryId, introduced) < 0) {
+        return;
+    }
+    side.Ready += ready;
+    side.WithinDay += tomorrow - ready;
+    side.New += all - introduced;
+    std::list<FlashCard> cards;
+    if (introduced > 0 && (database.*ask.SelectNextDue)(categoryId, cards) >= 0 && !cards.empty()) {
+        const wxDateTime due = ScheduleOf(cards.front(), ask.Direction).NextReview();
+        nextDue = nextDue.IsValid() && nextDue < due ? nextDue : due;
+    }
+}
+
+}  // namespace
+
+StudyOutlook CountOutlook(Database& database, const wxDateTime& now) {
+    constexpr OutlookQueries kForward = {&Database::SelectReadyCountForward,
+                                         &Database::CountForward, &Database::CountIntroducedForward,
+                                         &Database::SelectNextDueForward, kReviewForward};
+    constexpr OutlookQueries kReverse = {&Database::SelectReadyCountReverse,
+                                         &Database::CountReverse, &Database::CountIntroducedReverse,
+                                         &Database::SelectNextDueReverse, kReviewReverse};
+    StudyOutlook outlook;
+    std::list<Category> categories;
+    database.SelectAllCategories(categories);
+    for (const Category& category : categories) {
+        AddOutlook(database, category.Id, now, kForward, outlook.Forward, outlook.NextDue);
+        AddOutlook(database, category.Id, now, kReverse, outlook.Reverse, outlook.NextDue);
+    }
+    return outlook;
+}
+
+namespace {
+
 void TraceReview(const FlashCard& card, int score, const ReviewResult& result) {
     if (result.FirstPass) {
         VELOMIND_TRACE("%s/%s Introduction Score %i ReviewInterval %f", card.Front, card.Back,

@@ -59,6 +59,26 @@ struct CategoryReady {
 // other has any.
 const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId);
 
+// What waits in all categories together. An excluded card waits for nothing.
+struct StudyOutlook {
+    // The cards of one direction.
+    struct Side {
+        // Due now, as the list of categories and the list window count them.
+        int Ready = 0;
+        // Falling due within the next 24 hours.
+        int WithinDay = 0;
+        // Never scored.
+        int New = 0;
+    };
+    Side Forward;
+    Side Reverse;
+    // When the first card is due, in either direction; it may have passed. Invalid without any.
+    wxDateTime NextDue;
+};
+
+// Counts what waits now. A count that fails stays out.
+StudyOutlook CountOutlook(Database& database, const wxDateTime& now);
+
 // Decides which card is shown, in which direction, and what a score does to it. Keeps one live card
 // until it is scored, and the history of the cards scored last. Lives on the main thread, and is
 // the only writer of scheduling fields during study.
