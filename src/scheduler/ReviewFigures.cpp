@@ -1,5 +1,7 @@
 #include "scheduler/ReviewFigures.h"
 
+#include <wx/thread.h>
+
 #include <algorithm>
 #include <cmath>
 #include <ctime>
@@ -408,6 +410,43 @@ class FigureMaker {
     ReviewFigures mFigures;
 };
 
+// Reads the log while the thread that made it reads the cards. Where the system has no other thread
+// to give, the log is read when it is waited for.
+class LogThread : private wxThread {
+  public:
+    LogThread(ReviewHistory& history, const wxString& path, const std::atomic<bool>& cancelled)
+        : wxThread(wxTHREAD_JOINABLE), mHistory(history), mPath(path), mCancelled(cancelled) {
+        mIsStarted = Create() == wxTHREAD_NO_ERROR && Run() == wxTHREAD_NO_ERROR;
+    }
+    ~LogThread() override { Finish(); }
+
+    // Returns true when the log was read.
+    bool Finish() {
+        if (mIsStarted) {
+            Wait();
+        } else if (!mIsFinished) {
+            Entry();
+        }
+        mIsStarted = false;
+        return mIsRead;
+    }
+
+  private:
+    ExitCode Entry() override {
+        mIsRead = mHistory.Update(mPath, mCancelled);
+        mIsFinished = true;
+        return nullptr;
+    }
+
+    ReviewHistory& mHistory;
+    const wxString mPath;
+    const std::atomic<bool>& mCancelled;
+    bool mIsStarted = false;
+    // Written by the thread, and read after it has ended.
+    bool mIsFinished = false;
+    bool mIsRead = false;
+};
+
 }  // namespace
 
 int32_t SpanDays(ReviewSpan span) {
@@ -456,6 +495,7 @@ ReviewFigures MakeReviewFigures(const std::vector<CardSchedules>& cards,
 
 int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistory& history,
                       const std::atomic<bool>& cancelled, ReviewFigures& figures) {
+    LogThread log(history, ReviewLogPath(database.GetPath()), cancelled);
     std::vector<CardSchedules> cards;
     int64_t rowId = INT64_MIN;
     int count = 1;
@@ -463,11 +503,9 @@ int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistor
         count = database.SelectSchedules(kPortion, rowId, cards);
     }
     std::list<Category> categories;
-    bool isRead = false;
-    if (count == 0 && history.Update(ReviewLogPath(database.GetPath()), cancelled)) {
-        isRead = database.TryLocked([&] { database.SelectAllCategories(categories); });
-    }
-    if (!isRead) {
+    const bool isRead =
+        count == 0 && database.TryLocked([&] { database.SelectAllCategories(categories); });
+    if (!log.Finish() || !isRead) {
         return -1;
     }
     figures = MakeReviewFigures(cards, {categories.begin(), categories.end()}, history, query);

@@ -60,98 +60,96 @@ char* WriteTime(char* out, int64_t seconds) {
     return end;
 }
 
-// Takes a line apart from its front.
-class LineFields {
+// Takes a line apart from its front, in one walk over its characters: a log of years has a million
+// lines, and the library's readers of numbers and times would take several times as long. Each
+// operation returns false where the line has something else.
+class LineReader {
   public:
-    explicit LineFields(std::string_view line) : mRest(line) {}
+    explicit LineReader(std::string_view line)
+        : mpAt(line.data()), mpEnd(line.data() + line.size()) {}
 
-    // The next field; empty at the end.
-    std::string_view Next() {
-        const size_t end = std::min(mRest.find('\t'), mRest.size());
-        const std::string_view field = mRest.substr(0, end);
-        mIsDone = end == mRest.size();
-        mRest.remove_prefix(mIsDone ? end : end + 1);
-        return field;
+    bool IsDone() const { return mpAt == mpEnd; }
+    bool Take(char character) {
+        const bool isThere = mpAt != mpEnd && *mpAt == character;
+        mpAt += isThere ? 1 : 0;
+        return isThere;
     }
-    bool IsDone() const { return mIsDone; }
 
-  private:
-    std::string_view mRest;
-    bool mIsDone = false;
-};
-
-bool ReadDigits(std::string_view text, size_t at, size_t count, int& number) {
-    number = 0;
-    for (size_t i = at; i < at + count; ++i) {
-        const unsigned digit = static_cast<unsigned char>(text[i]) - unsigned{'0'};
-        if (digit > 9) {
+    // Takes only the very form that is written.
+    bool TakeTime(int64_t& seconds) {
+        int year = 0;
+        int month = 0;
+        int day = 0;
+        int hour = 0;
+        int minute = 0;
+        int second = 0;
+        if (!TakeDigits(4, year) || !Take('-') || !TakeDigits(2, month) || !Take('-') ||
+            !TakeDigits(2, day) || !Take('T') || !TakeDigits(2, hour) || !Take(':') ||
+            !TakeDigits(2, minute) || !Take(':') || !TakeDigits(2, second) || !Take('Z') ||
+            year < 1970 || month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 ||
+            minute > 59 || second > 59) {
             return false;
         }
-        number = number * 10 + static_cast<int>(digit);
+        seconds =
+            DaysFromDate(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 + second;
+        return true;
     }
-    return true;
-}
 
-// Only the very form that is written: the general reader of time stamps takes ten times as long.
-bool ReadTime(std::string_view text, int64_t& seconds) {
-    if (text.size() != 20 || text[4] != '-' || text[7] != '-' || text[10] != 'T' ||
-        text[13] != ':' || text[16] != ':' || text[19] != 'Z') {
-        return false;
+    bool TakeId(CardUuid& id) {
+        constexpr std::ptrdiff_t kLength = 36;
+        if (mpEnd - mpAt < kLength || ParseUuidUtf8({mpAt, kLength}, id) != 0) {
+            return false;
+        }
+        mpAt += kLength;
+        return true;
     }
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    if (!ReadDigits(text, 0, 4, year) || !ReadDigits(text, 5, 2, month) ||
-        !ReadDigits(text, 8, 2, day) || !ReadDigits(text, 11, 2, hour) ||
-        !ReadDigits(text, 14, 2, minute) || !ReadDigits(text, 17, 2, second)) {
-        return false;
+
+    // A number of at most 18 digits, which fit.
+    bool TakeWhole(int64_t& number) {
+        const char* const begin = mpAt;
+        number = 0;
+        for (unsigned digit = 0; mpAt != mpEnd && mpAt - begin < 18 && IsDigit(digit); ++mpAt) {
+            number = number * 10 + digit;
+        }
+        return mpAt != begin;
     }
-    if (year < 1970 || month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 || minute > 59 ||
-        second > 59) {
-        return false;
+    bool TakeSmall(int64_t greatest, uint8_t& number) {
+        int64_t whole = 0;
+        const bool isRead = TakeWhole(whole) && whole <= greatest;
+        number = static_cast<uint8_t>(whole);
+        return isRead;
     }
-    seconds = DaysFromDate(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 + second;
-    return true;
-}
 
-template <class Number>
-bool ReadNumber(std::string_view text, Number& number) {
-    const char* const end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end && !text.empty();
-}
-
-// Most intervals are short whole numbers, for which a number of the language would be slow.
-bool ReadSeconds(std::string_view text, float& number) {
-    int32_t whole = 0;
-    if (text.size() <= 9 && ReadNumber(text, whole)) {
-        number = static_cast<float>(whole);
-        return whole >= 0;
+    // An interval, which ends with a tab.
+    bool TakeInterval(float& number) {
+        const char* const begin = mpAt;
+        int64_t whole = 0;
+        if (TakeWhole(whole) && mpAt != mpEnd && *mpAt == '\t') {
+            number = static_cast<float>(whole);
+            return true;
+        }
+        const char* const end = std::find(begin, mpEnd, '\t');
+        const std::from_chars_result result = std::from_chars(begin, end, number);
+        mpAt = end;
+        return result.ec == std::errc() && result.ptr == end && number >= 0 && number <= 1e30f;
     }
-    return ReadNumber(text, number) && number >= 0 && number <= 1e30f;
-}
 
-bool ReadSmall(std::string_view text, uint8_t greatest, uint8_t& number) {
-    return ReadNumber(text, number) && number <= greatest;
-}
+  private:
+    bool IsDigit(unsigned& digit) const {
+        digit = static_cast<unsigned char>(*mpAt) - unsigned{'0'};
+        return digit <= 9;
+    }
+    bool TakeDigits(int count, int& number) {
+        number = 0;
+        for (unsigned digit = 0; count > 0 && mpAt != mpEnd && IsDigit(digit); --count, ++mpAt) {
+            number = number * 10 + static_cast<int>(digit);
+        }
+        return count == 0;
+    }
 
-bool ReadDirection(std::string_view text, ReviewDirection& direction) {
-    direction = text == "R" ? kReviewReverse : kReviewForward;
-    return text == "F" || text == "R";
-}
-
-bool ReadElapsed(std::string_view text, int64_t& elapsed) {
-    elapsed = -1;
-    return text == "-" || (ReadNumber(text, elapsed) && elapsed >= 0);
-}
-
-bool ReadReplaces(std::string_view text, int64_t& time) {
-    time = -1;
-    return text == "-" || ReadTime(text, time);
-}
+    const char* mpAt;
+    const char* mpEnd;
+};
 
 bool IsBlankOrComment(std::string_view line) {
     return line.empty() || line.front() == '#';
@@ -293,21 +291,26 @@ std::string FormatReviewLine(const ReviewRecord& record) {
 }
 
 bool ParseReviewLine(std::string_view line, ReviewRecord& record) {
-    LineFields fields(line);
-    return ReadTime(fields.Next(), record.Time) &&
-           ParseUuidUtf8(fields.Next(), record.CardId) == 0 &&
-           ReadDirection(fields.Next(), record.Direction) &&
-           ReadSmall(fields.Next(), 5, record.Score) &&
-           ReadElapsed(fields.Next(), record.Elapsed) &&
-           ReadSeconds(fields.Next(), record.OldInterval) &&
-           ReadSeconds(fields.Next(), record.NewInterval) &&
-           ReadSmall(fields.Next(), UINT8_MAX, record.OldDifficulty) &&
-           ReadSmall(fields.Next(), UINT8_MAX, record.NewDifficulty) && !fields.IsDone() &&
-           ReadReplaces(fields.Next(), record.Replaces) && fields.IsDone();
+    LineReader reader(line);
+    if (!reader.TakeTime(record.Time) || !reader.Take('\t') || !reader.TakeId(record.CardId) ||
+        !reader.Take('\t')) {
+        return false;
+    }
+    const bool isForward = reader.Take('F');
+    record.Direction = isForward ? kReviewForward : kReviewReverse;
+    record.Elapsed = record.Replaces = -1;
+    return (isForward || reader.Take('R')) && reader.Take('\t') &&
+           reader.TakeSmall(5, record.Score) && reader.Take('\t') &&
+           (reader.Take('-') || reader.TakeWhole(record.Elapsed)) && reader.Take('\t') &&
+           reader.TakeInterval(record.OldInterval) && reader.Take('\t') &&
+           reader.TakeInterval(record.NewInterval) && reader.Take('\t') &&
+           reader.TakeSmall(UINT8_MAX, record.OldDifficulty) && reader.Take('\t') &&
+           reader.TakeSmall(UINT8_MAX, record.NewDifficulty) && reader.Take('\t') &&
+           (reader.Take('-') || reader.TakeTime(record.Replaces)) && reader.IsDone();
 }
 
 std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& card,
-                                          ReviewDirection direction) {
+                                          const std::atomic<bool>& cancelled) {
     std::vector<ReviewRecord> reviews;
     struct stat status {};
     const FileDescriptor file = OpenForReading(path, status);
@@ -334,13 +337,8 @@ std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& 
             }
             reviews.push_back(record);
         });
-        return true;
+        return !cancelled;
     });
-    reviews.erase(std::remove_if(reviews.begin(), reviews.end(),
-                                 [direction](const ReviewRecord& each) {
-                                     return each.Direction != direction;
-                                 }),
-                  reviews.end());
     return reviews;
 }
 
@@ -365,36 +363,6 @@ bool ReviewHistory::Update(const wxString& path, const std::atomic<bool>& cancel
     });
 }
 
-void ReviewHistory::Take(std::string_view bytes) {
-    SplitLines(bytes, mRest, [this](std::string_view line) { TakeLine(WithoutReturn(line)); });
-}
-
-void ReviewHistory::TakeLine(std::string_view line) {
-    ReviewRecord record;
-    if (ParseReviewLine(line, record)) {
-        Add(record);
-    } else if (!IsBlankOrComment(line)) {
-        ++mForeignLines;
-    }
-}
-
-void ReviewHistory::Add(const ReviewRecord& record) {
-    const uint32_t card = InternCard(record.CardId);
-    const auto place = static_cast<uint32_t>(mReviews.size());
-    if (record.Replaces >= 0) {
-        uint32_t earlier = mLastReviews[card];
-        while (earlier != kNone && mReviews[earlier].Time != record.Replaces) {
-            earlier = mReviews[earlier].Previous;
-        }
-        if (earlier != kNone) {
-            mReviews[earlier].IsReplaced = true;
-        }
-    }
-    mReviews.push_back({record.Time, static_cast<float>(record.Elapsed), card, mLastReviews[card],
-                        record.Score, record.Direction == kReviewReverse, false});
-    mLastReviews[card] = place;
-}
-
 namespace {
 
 // Identities are random numbers, unless they come from another program's counter.
@@ -402,45 +370,90 @@ size_t HashOf(const CardUuid& id) {
     uint64_t halves[2];
     static_assert(sizeof halves == sizeof id.Bytes);
     std::memcpy(halves, id.Bytes.data(), sizeof halves);
-    const uint64_t mixed = (halves[0] ^ (halves[1] * 0x9E3779B97F4A7C15U)) * 0xD6E8FEB86659FD93U;
+    uint64_t mixed = (halves[0] ^ (halves[0] >> 32)) * 0x9E3779B97F4A7C15U;
+    mixed = (mixed ^ (mixed >> 32) ^ halves[1]) * 0xD6E8FEB86659FD93U;
     return mixed ^ (mixed >> 32);
 }
 
 }  // namespace
 
-uint32_t ReviewHistory::FindCard(const CardUuid& id) const {
-    if (mIndex.empty()) {
-        return kNone;
-    }
-    size_t slot = HashOf(id) & (mIndex.size() - 1);
-    while (mIndex[slot] != kNone && mCards[mIndex[slot]] != id) {
-        slot = (slot + 1) & (mIndex.size() - 1);
-    }
-    return mIndex[slot];
+void ReviewHistory::Take(std::string_view bytes) {
+    SplitLines(bytes, mRest, [this](std::string_view line) { TakeLine(WithoutReturn(line)); });
+    AddPending();
 }
 
-uint32_t ReviewHistory::InternCard(const CardUuid& id) {
-    const uint32_t found = FindCard(id);
-    if (found != kNone) {
-        return found;
+// Looking up a card waits for memory for longer than it takes to read its line. Several are asked
+// for at once, and looked up when the first ones have come.
+void ReviewHistory::TakeLine(std::string_view line) {
+    ReviewRecord& record = mPending[mPendingCount];
+    if (ParseReviewLine(line, record)) {
+        if (!mIndex.empty()) {
+            __builtin_prefetch(&mIndex[HashOf(record.CardId) & (mIndex.size() - 1)], 1);
+        }
+        if (++mPendingCount == mPending.size()) {
+            AddPending();
+        }
+    } else if (!IsBlankOrComment(line)) {
+        ++mForeignLines;
     }
-    const auto card = static_cast<uint32_t>(mCards.size());
-    mCards.push_back(id);
-    mLastReviews.push_back(kNone);
-    if (2 * mCards.size() > mIndex.size()) {
-        mIndex.assign(std::max<size_t>(1024, 2 * mIndex.size()), kNone);
-        for (uint32_t i = 0; i < card; ++i) {
-            PutIntoIndex(i);
+}
+
+void ReviewHistory::AddPending() {
+    for (size_t i = 0; i < mPendingCount; ++i) {
+        Add(mPending[i]);
+    }
+    mPendingCount = 0;
+}
+
+void ReviewHistory::Add(const ReviewRecord& record) {
+    Slot& slot = InternCard(record.CardId);
+    if (record.Replaces >= 0) {
+        uint32_t earlier = slot.LastReview;
+        while (earlier != kNone && mReviews[earlier].Time != record.Replaces) {
+            earlier = mReviews[earlier].Previous;
+        }
+        if (earlier != kNone) {
+            mReviews[earlier].IsReplaced = true;
         }
     }
-    PutIntoIndex(card);
-    return card;
+    const auto place = static_cast<uint32_t>(mReviews.size());
+    mReviews.push_back({record.Time, static_cast<float>(record.Elapsed), slot.Card,
+                        std::exchange(slot.LastReview, place), record.Score,
+                        record.Direction == kReviewReverse, false});
 }
 
-void ReviewHistory::PutIntoIndex(uint32_t card) {
-    size_t slot = HashOf(mCards[card]) & (mIndex.size() - 1);
-    while (mIndex[slot] != kNone) {
+// The place of the card, or the one where it would be. The table has room.
+size_t ReviewHistory::FindSlot(const CardUuid& id) const {
+    size_t slot = HashOf(id) & (mIndex.size() - 1);
+    while (mIndex[slot].Card != kNone && mIndex[slot].Id != id) {
         slot = (slot + 1) & (mIndex.size() - 1);
     }
-    mIndex[slot] = card;
+    return slot;
+}
+
+uint32_t ReviewHistory::FindCard(const CardUuid& id) const {
+    return mIndex.empty() ? kNone : mIndex[FindSlot(id)].Card;
+}
+
+ReviewHistory::Slot& ReviewHistory::InternCard(const CardUuid& id) {
+    if (2 * mCards.size() >= mIndex.size()) {
+        GrowIndex();
+    }
+    Slot& slot = mIndex[FindSlot(id)];
+    if (slot.Card == kNone) {
+        slot.Id = id;
+        slot.Card = static_cast<uint32_t>(mCards.size());
+        mCards.push_back(id);
+    }
+    return slot;
+}
+
+void ReviewHistory::GrowIndex() {
+    std::vector<Slot> old(std::max<size_t>(1024, 2 * mIndex.size()));
+    old.swap(mIndex);
+    for (const Slot& slot : old) {
+        if (slot.Card != kNone) {
+            mIndex[FindSlot(slot.Id)] = slot;
+        }
+    }
 }

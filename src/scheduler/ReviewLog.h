@@ -2,6 +2,7 @@
 
 #include <wx/string.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <string>
@@ -66,10 +67,11 @@ bool ParseReviewLine(std::string_view line, ReviewRecord& record);
 // Returns the line of a record, with its end.
 std::string FormatReviewLine(const ReviewRecord& record);
 
-// The reviews of one card in one direction, oldest first, those that were replaced left out. Reads
-// the whole log, so it takes a while: for a worker thread. A log that is not there has none.
+// Returns the reviews of one card in both directions, oldest first, those that were replaced left
+// out. Reads the whole log, so it takes a while: for a worker thread. A log that is not there has
+// none. Stops when cancelled becomes true.
 std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& card,
-                                          ReviewDirection direction);
+                                          const std::atomic<bool>& cancelled);
 
 // All reviews of a log in little room, to make figures from. Kept between questions, it reads only
 // what the log has got since. Any thread, one at a time.
@@ -106,17 +108,28 @@ class ReviewHistory {
     int64_t ForeignLines() const { return mForeignLines; }
 
   private:
+    // A card and its last review, or an empty place. One look into memory finds all of it: the
+    // reviews come in no order of cards, so that each look is one that the processor waits for.
+    struct Slot {
+        CardUuid Id;
+        uint32_t Card = kNone;
+        uint32_t LastReview = kNone;
+    };
+
     void TakeLine(std::string_view line);
+    void AddPending();
     void Add(const ReviewRecord& record);
-    uint32_t InternCard(const CardUuid& id);
-    void PutIntoIndex(uint32_t card);
+    size_t FindSlot(const CardUuid& id) const;
+    Slot& InternCard(const CardUuid& id);
+    void GrowIndex();
 
     std::vector<Review> mReviews;
     std::vector<CardUuid> mCards;
-    // The last review of each card.
-    std::vector<uint32_t> mLastReviews;
-    // An open hash table of places in mCards, whose size is a power of 2.
-    std::vector<uint32_t> mIndex;
+    // An open hash table, whose size is a power of 2.
+    std::vector<Slot> mIndex;
+    // Reviews that were read and whose cards are on the way from memory.
+    std::array<ReviewRecord, 16> mPending;
+    size_t mPendingCount = 0;
     int64_t mForeignLines = 0;
     // The bytes of a line whose end was not read yet.
     std::string mRest;

@@ -21,7 +21,7 @@ wxDateTime At(int64_t seconds) {
     return wxDateTime(static_cast<time_t>(seconds));
 }
 
-// By the toolkit's own calendar.
+// Asks the toolkit for its own calendar.
 int DaysAgo(const wxDateTime& time) {
     return static_cast<int>(
         std::lround(At(kNow).GetDateOnly().GetJDN() - time.GetDateOnly().GetJDN()));

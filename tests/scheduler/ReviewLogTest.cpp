@@ -59,13 +59,13 @@ TEST_F(ReviewLogTest, EachScoreIsALineThatSaysWhatItReplaces) {
         replaced += review.IsReplaced ? "x" : ".";
     }
     EXPECT_EQ(replaced, ".x..");
-    const auto life = ReadCardReviews(mPath, card.CardId, kReviewForward);
+    const auto life = ReadCardReviews(mPath, card.CardId, mCancelled);
     std::string read;
     for (const ReviewRecord& record : life) {
         read += FormatReviewLine(record);
     }
     EXPECT_EQ(read, lines[0] + "\n" + lines[2] + "\n" + lines[3] + "\n");
-    EXPECT_TRUE(ReadCardReviews(mPath, card.CardId, kReviewReverse).empty());
+    EXPECT_TRUE(ReadCardReviews(mPath, CardUuid(), mCancelled).empty());
     EXPECT_EQ(Stored(card.CardId).Forward.LastReview.GetTicks(), life.back().Time);
 }
 
