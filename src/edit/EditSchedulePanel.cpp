@@ -13,12 +13,14 @@
 #include <iterator>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 #include "base/Text.h"
 #include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "shell/PlotControl.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
@@ -31,7 +33,8 @@ enum : int {
     ID_INTERVAL_UNIT = 10003,
     ID_NEXT_REVIEW = 10004,
     ID_LAST_SCORE = 10005,
-    ID_DIFFICULTY = 10007
+    ID_DIFFICULTY = 10007,
+    ID_CARD_LIFE = 10120
 };
 
 constexpr int kLowestDifficulty = 0;
@@ -157,6 +160,9 @@ void EditSchedulePanel::CreateControls() {
     KeepSpinText(*mpDifficulty, KeepsText);
     mpLastScore =
         new wxChoice(this, ID_LAST_SCORE, wxDefaultPosition, wxDefaultSize, Translated(kScores));
+    mpLife = new PlotControl(this, ID_CARD_LIFE, PlotControl::Form::Compact);
+    mpLife->HideTitle();
+    mpLife->Hide();
 }
 
 wxTextCtrl* EditSchedulePanel::CreateReadOnlyText(int id) {
@@ -194,6 +200,7 @@ void EditSchedulePanel::LayOut(const wxString& title) {
     AddRow(*grid, _("Difficulty"), *mpDifficulty, title);
     AddRow(*grid, _("Last Score"), *mpLastScore, title);
     group->Add(grid, FormRow(*this));
+    group->Add(mpLife, FormRow(*this).Proportion(1));
     SetSizer(column);
 }
 
@@ -301,6 +308,12 @@ bool EditSchedulePanel::ReadInterval(float& seconds) const {
     const float unit = IntervalUnitSeconds(mpIntervalUnit->GetSelection());
     seconds = value > kGreatest / unit ? kGreatest : value * unit;
     return true;
+}
+
+bool EditSchedulePanel::ShowLife(Plot plot) {
+    const bool hasReviews = plot.EmptyText.empty();
+    mpLife->SetPlot(std::move(plot));
+    return mpLife->Show(hasReviews);
 }
 
 bool EditSchedulePanel::IsModified() const {
