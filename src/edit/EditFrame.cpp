@@ -24,6 +24,7 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "store/Database.h"
+#include "storefile/Backups.h"
 
 namespace {
 
@@ -263,6 +264,7 @@ void EditFrame::ShowReviews(const std::vector<ReviewRecord>& reviews) {
 }
 
 int EditFrame::Save() {
+    BackUpDay(this);
     FlashCard card = mCard;
     if (!IsNew()) {
         std::list<FlashCard> found;

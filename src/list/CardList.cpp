@@ -21,6 +21,7 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
+#include "storefile/Backups.h"
 #include "storefile/CurrentCategory.h"
 
 namespace {
@@ -353,6 +354,7 @@ void CardList::DeleteSelected() {
     if (answer != wxOK) {
         return;
     }
+    BackUpDay(this);
     const wxBusyCursor busy;
     const std::vector<long> rows = mpListCtrl->GetSelectedRows();
     if (rows.empty()) {

@@ -21,6 +21,7 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/StoreFiles.h"
+#include "storefile/Backups.h"
 #include "storefile/RestoreDialog.h"
 
 namespace {
@@ -206,9 +207,8 @@ void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
         return;
     }
     if (wxFileExists(path)) {
-        // A file that cannot be deleted shows itself when the store is opened.
-        const wxLogNull silence;
-        wxRemoveFile(path);
+        // A file that cannot be replaced shows itself when the store is opened.
+        ReplaceByNewStore(this, path);
     }
     mpPath->SetValue(path);
     mMustExist = false;
