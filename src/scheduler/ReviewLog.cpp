@@ -250,10 +250,6 @@ int AppendText(const std::string& path, std::string text) {
 
 }  // namespace
 
-wxString ReviewLogPath(const wxString& storePath) {
-    return storePath + kReviewLogSuffix;
-}
-
 ReviewLog::ReviewLog(const wxString& path) : mPath(NativePath(path)) {}
 
 void ReviewLog::Append(const ReviewRecord& record) {

@@ -11,10 +11,11 @@
 
 #include "scheduler/ReviewArithmetic.h"
 #include "store/CardUuid.h"
+#include "store/StoreFiles.h"
 
-// The review log is a plain text beside the store, with one line for each score. Nothing but plots
-// depends on it: it may be deleted at any time, and a line that cannot be written is let go. For
-// the store "Words.vlm" it is "Words.vlm.reviews":
+// The review log is a plain text beside the store (ReviewLogPath), with one line for each score.
+// Nothing but plots depends on it: it may be deleted at any time, and a line that cannot be written
+// is let go. For the store "Words.vlm" it is "Words.vlm.reviews":
 //
 //     2026-03-01T18:04:09Z 1b4e28ba-2fa1-41d2-883f-0016d3cca427 F 4 86412 86400 131072 16 16 -
 //
@@ -23,11 +24,6 @@
 // card that had never been scored in that direction), the interval before and after in seconds, the
 // difficulty before and after, and, for a score given in place of an earlier one, the time of that
 // one, which then counts no more, else "-". The first line is a comment, "#", with these names.
-
-constexpr char kReviewLogSuffix[] = ".reviews";
-
-// Returns the path of the log of a store.
-wxString ReviewLogPath(const wxString& storePath);
 
 // One score.
 struct ReviewRecord {

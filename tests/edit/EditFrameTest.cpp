@@ -232,23 +232,25 @@ TEST_F(EditFrameTest, TheReviewsOfACardAppearBesideItsSchedule) {
     review(MakeCard("another", "").CardId, kReviewForward, 1);
     review(card.CardId, kReviewForward, 2);
     review(card.CardId, kReviewForward, 4);
-    const auto life = [this](int panel) -> PlotControl& {
-        return dynamic_cast<PlotControl&>(*FindById(Control(panel), 10120));
+    const auto life = [this](ReviewDirection direction) -> PlotControl& {
+        wxWindow& forward = Control(kForwardSchedule);
+        return Find<PlotControl>(direction == kReviewForward ? forward : *forward.GetNextSibling(),
+                                 10120);
     };
     Open(&card);
     mDatabase.Notify();
-    EXPECT_TRUE(WaitFor([&] { return life(kForwardSchedule).IsShownOnScreen(); }));
-    EXPECT_EQ(life(kForwardSchedule).GetPlot().Table.Rows.size(), 2U);
-    EXPECT_TRUE(life(kForwardSchedule).GetPlot().Table.Describe(1).Contains("4"));
-    EXPECT_FALSE(life(kReverseSchedule).IsShown());
+    EXPECT_TRUE(WaitFor([&] { return life(kReviewForward).IsShownOnScreen(); }));
+    EXPECT_EQ(life(kReviewForward).GetPlot().Table.Rows.size(), 2U);
+    EXPECT_TRUE(life(kReviewForward).GetPlot().Table.Describe(1).Contains("4"));
+    EXPECT_FALSE(life(kReviewReverse).IsShown());
     review(card.CardId, kReviewReverse, 5);
     card.Reverse.LastReview += wxTimeSpan::Day();
     mDatabase.UpdateFlashCard(card);
     mDatabase.Notify();
-    EXPECT_TRUE(WaitFor([&] { return life(kReverseSchedule).IsShownOnScreen(); }));
+    EXPECT_TRUE(WaitFor([&] { return life(kReviewReverse).IsShownOnScreen(); }));
     Type(kFront, "changed");
     Command(ID_SAVE_NEW);
-    EXPECT_FALSE(life(kForwardSchedule).IsShown() || life(kReverseSchedule).IsShown());
+    EXPECT_FALSE(life(kReviewForward).IsShown() || life(kReviewReverse).IsShown());
 }
 
 }  // namespace
