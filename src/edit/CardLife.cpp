@@ -50,23 +50,20 @@ Plot MakeCardLifePlot(const wxString& title, const std::vector<ReviewRecord>& re
     const wxDateTime firstDay = TimeOf(shown.front()).GetDateOnly();
     SetAxes(plot, shown, firstDay);
     plot.Table.Headings = {_("Time"), _("Score"), _("Interval")};
-    PlotSeries line;
-    line.Name = _("Interval");
-    line.Marks = PlotMarks::Line;
-    line.Hue = PlotHue::Grade4;
-    PlotSeries scores = line;
-    scores.Marks = PlotMarks::Points;
+    PlotSeries line{_("Interval"), PlotMarks::Line, PlotHue::Sky, {}};
+    PlotSeries passes{_("Remembered"), PlotMarks::Points, PlotHue::Blue, {}};
+    PlotSeries failures{_("Forgotten"), PlotMarks::Points, PlotHue::Orange, {}};
     for (const ReviewRecord& review : shown) {
         PlotPoint point;
         point.X = (TimeOf(review) - firstDay).GetSeconds().ToDouble() / kSecondsPerDay;
         point.Y = ShownInterval(review);
         point.Note = wxString::Format("%i", review.Score);
         line.Points.push_back(point);
-        scores.Points.push_back(point);
+        (review.Score >= 3 ? passes : failures).Points.push_back(point);
         plot.Table.Rows.push_back({TimeOf(review).Format(_("%a %d %b %Y %H:%M")), point.Note,
                                    DurationText(static_cast<double>(review.NewInterval))});
     }
-    plot.Series = {std::move(line), std::move(scores)};
+    plot.Series = {std::move(line), std::move(passes), std::move(failures)};
     return plot;
 }
 

@@ -247,11 +247,13 @@ void EditFrame::ShowLife() {
     ShowReviews(mpLife->Reviews());
 }
 
-// A window that shows the whole form grows with it. One that the user made smaller stays so.
+// Shows a plot beside both schedules, so that their fields stay side by side, or beside neither. A
+// window that shows the whole form grows with it. One that the user made smaller stays so.
 void EditFrame::ShowReviews(const std::vector<ReviewRecord>& reviews) {
     const bool showsAll = mpForm->GetVirtualSize().y <= mpForm->GetClientSize().y;
     const auto show = [&reviews](EditSchedulePanel& panel, ReviewDirection direction) {
-        return panel.ShowLife(MakeCardLifePlot(_("Reviews of this card"), reviews, direction));
+        return panel.ShowLife(MakeCardLifePlot(_("Reviews of this card"), reviews, direction),
+                              !reviews.empty());
     };
     const bool forward = show(mpForm->GetForwardSchedule(), kReviewForward);
     const bool reverse = show(mpForm->GetReverseSchedule(), kReviewReverse);

@@ -42,6 +42,8 @@ constexpr int kHighestDifficulty = 32;
 constexpr int kHighestScore = 5;
 // The least width of a number, in pixels at 1x.
 constexpr int kNumberWidth = 80;
+// The least size of the plot of reviews, likewise.
+const wxSize kLifeSize(160, 84);
 
 constexpr const char* kUnits[] = {wxTRANSLATE("second(s)"), wxTRANSLATE("minute(s)"),
                                   wxTRANSLATE("hour(s)"),   wxTRANSLATE("day(s)"),
@@ -161,6 +163,7 @@ void EditSchedulePanel::CreateControls() {
     mpLastScore =
         new wxChoice(this, ID_LAST_SCORE, wxDefaultPosition, wxDefaultSize, Translated(kScores));
     mpLife = new PlotControl(this, ID_CARD_LIFE, PlotControl::Form::Compact);
+    mpLife->SetMinSize(FromDIP(kLifeSize));
     mpLife->HideTitle();
     mpLife->Hide();
 }
@@ -180,6 +183,8 @@ wxStaticText* EditSchedulePanel::CreateDescription() {
 void EditSchedulePanel::LayOut(const wxString& title) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
     wxBoxSizer* const group = AddFormGroup(*column, *this, title);
+    // At the top it is in sight even where the window shows the head of the schedules alone.
+    group->Add(mpLife, FormRow(*this));
     group->Add(mpIntroduced, FormRow(*this));
     SetAccessibleName(*mpIntroduced, title + ": " + mpIntroduced->GetLabel());
 
@@ -200,7 +205,6 @@ void EditSchedulePanel::LayOut(const wxString& title) {
     AddRow(*grid, _("Difficulty"), *mpDifficulty, title);
     AddRow(*grid, _("Last Score"), *mpLastScore, title);
     group->Add(grid, FormRow(*this));
-    group->Add(mpLife, FormRow(*this).Proportion(1));
     SetSizer(column);
 }
 
@@ -310,10 +314,9 @@ bool EditSchedulePanel::ReadInterval(float& seconds) const {
     return true;
 }
 
-bool EditSchedulePanel::ShowLife(Plot plot) {
-    const bool hasReviews = plot.EmptyText.empty();
+bool EditSchedulePanel::ShowLife(Plot plot, bool isShown) {
     mpLife->SetPlot(std::move(plot));
-    return mpLife->Show(hasReviews);
+    return mpLife->Show(isShown);
 }
 
 bool EditSchedulePanel::IsModified() const {

@@ -36,9 +36,9 @@ class EditSchedulePanel : public wxPanel {
     // user was told of a fault; the focus is then on the field in question.
     int Save(CardSchedule& schedule);
 
-    // Shows the reviews that the card has had in this direction. Hidden while there is none.
-    // Returns true when the panel needs another height than before.
-    bool ShowLife(Plot plot);
+    // Shows the plot of the reviews that the card has had in this direction, or hides it. Returns
+    // true when the panel needs another height than before.
+    bool ShowLife(Plot plot, bool isShown);
 
     // Returns true when a control differs from what the last load put into it.
     bool IsModified() const;

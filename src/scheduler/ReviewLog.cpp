@@ -335,6 +335,10 @@ std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& 
         });
         return !cancelled;
     });
+    // The clock may have been put back between two of them.
+    std::stable_sort(
+        reviews.begin(), reviews.end(),
+        [](const ReviewRecord& one, const ReviewRecord& other) { return one.Time < other.Time; });
     return reviews;
 }
 
