@@ -36,6 +36,8 @@ constexpr double kBarPart = 0.82;
 constexpr double kNarrowPlace = 4.0;
 constexpr double kThickestRow = 26.0;
 constexpr double kLargestDay = 22.0;
+// The first character of the scripts of East Asia.
+constexpr wchar_t kFirstWide = 0x2e80;
 
 wxColour FromRgb(unsigned rgb) {
     return wxColour(static_cast<unsigned char>(rgb >> 16U), static_cast<unsigned char>(rgb >> 8U),
@@ -102,6 +104,7 @@ class PlotPainter {
     // Takes height from the top of the area, and returns where it began.
     double TakeTop(double height);
     wxString Fit(const wxString& text, double width, PlotText style);
+    std::vector<wxString> Wrap(const wxString& text);
     void DrawTitle();
     void DrawMessage(const wxString& text);
     void DrawLegend();
@@ -183,32 +186,54 @@ wxString PlotPainter::Fit(const wxString& text, double width, PlotText style) {
 }
 
 void PlotPainter::DrawTitle() {
-    if (!mOptions.HasTitle || mPlot.Title.empty()) {
+    if (mOptions.HasTitle && !mPlot.Title.empty()) {
+        const double height = Line(PlotText::Title);
+        const double top = TakeTop(height + kGap);
+        Write(Fit(mPlot.Title, mArea.m_width, PlotText::Title), mArea.m_x, top + height / 2,
+              PlotAnchor::Left, PlotText::Title, mLook.Text());
+    }
+    if (!mOptions.HasSummary || mOptions.IsCompact || !mPlot.EmptyText.empty()) {
         return;
     }
-    const double height = Line(PlotText::Title);
-    const double top = TakeTop(height + kGap);
-    Write(Fit(mPlot.Title, mArea.m_width, PlotText::Title), mArea.m_x, top + height / 2,
-          PlotAnchor::Left, PlotText::Title, mLook.Text());
+    const double height = Line(PlotText::Usual);
+    for (const wxString& line : Wrap(mPlot.Summary)) {
+        Write(line, mArea.m_x, TakeTop(height) + height / 2, PlotAnchor::Left, PlotText::Usual,
+              mLook.Text());
+    }
+    TakeTop(kGap);
 }
 
-// Breaks the message at spaces and centres its lines.
-void PlotPainter::DrawMessage(const wxString& text) {
-    std::vector<wxString> lines(1);
-    for (wxString rest = text; !rest.empty();) {
-        const wxString word = rest.BeforeFirst(' ', &rest);
-        const wxString longer = lines.back().empty() ? word : lines.back() + " " + word;
-        if (!lines.back().empty() && mCanvas.WidthOf(longer, PlotText::Usual) > mArea.m_width) {
-            lines.push_back(word);
-        } else {
-            lines.back() = longer;
+// Breaks a text into lines that fit the area: at spaces, and anywhere in the scripts of East Asia,
+// which have none.
+std::vector<wxString> PlotPainter::Wrap(const wxString& text) {
+    std::vector<wxString> lines;
+    wxString line;
+    // How much of the line can stand alone when the rest goes to the next one.
+    size_t whole = 0;
+    for (const wxUniChar character : text) {
+        if (character == ' ' || character.GetValue() >= kFirstWide) {
+            whole = line.length();
+        }
+        line += character;
+        if (whole > 0 && mCanvas.WidthOf(line, PlotText::Usual) > mArea.m_width) {
+            lines.push_back(line.Left(whole));
+            line = line.Mid(whole).Trim(false);
+            whole = 0;
         }
     }
+    if (!line.empty()) {
+        lines.push_back(Fit(line, mArea.m_width, PlotText::Usual));
+    }
+    return lines;
+}
+
+void PlotPainter::DrawMessage(const wxString& text) {
+    const std::vector<wxString> lines = Wrap(text);
     const double height = Line(PlotText::Usual) * 1.2;
     double y = mArea.m_y + (mArea.m_height - height * static_cast<double>(lines.size() - 1)) / 2;
     for (const wxString& line : lines) {
-        Write(Fit(line, mArea.m_width, PlotText::Usual), mArea.m_x + mArea.m_width / 2, y,
-              PlotAnchor::Middle, PlotText::Usual, mLook.Muted());
+        Write(line, mArea.m_x + mArea.m_width / 2, y, PlotAnchor::Middle, PlotText::Usual,
+              mLook.Muted());
         y += height;
     }
 }
