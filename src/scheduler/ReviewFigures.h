@@ -169,24 +169,8 @@ struct ReviewFigures {
     LogFigures Log;
 };
 
-// What the figures need of a card of the store.
-struct FigureCard {
-    struct Side {
-        bool Introduced = false;
-        bool Excluded = false;
-        uint8_t Difficulty = 0;
-        float Interval = 0;
-        // Seconds since 1970.
-        int64_t LastReview = 0;
-    };
-    CardUuid CardId;
-    int32_t CategoryId = -1;
-    Side Forward;
-    Side Reverse;
-};
-
 // Computes the figures from copies alone, without texts (HardCard::Front is empty). Any thread.
-ReviewFigures MakeReviewFigures(const std::vector<FigureCard>& cards,
+ReviewFigures MakeReviewFigures(const std::vector<CardSchedules>& cards,
                                 const std::vector<Category>& categories,
                                 const ReviewHistory& history, const ReviewQuery& query);
 

@@ -23,6 +23,8 @@
 // difficulty before and after, and, for a score given in place of an earlier one, the time of that
 // one, which then counts no more, else "-". The first line is a comment, "#", with these names.
 
+constexpr char kReviewLogSuffix[] = ".reviews";
+
 // Returns the path of the log of a store.
 wxString ReviewLogPath(const wxString& storePath);
 
@@ -107,7 +109,7 @@ class ReviewHistory {
     void TakeLine(std::string_view line);
     void Add(const ReviewRecord& record);
     uint32_t InternCard(const CardUuid& id);
-    void GrowIndex();
+    void PutIntoIndex(uint32_t card);
 
     std::vector<Review> mReviews;
     std::vector<CardUuid> mCards;
