@@ -30,7 +30,7 @@ constexpr double kEdge = 10.0;
 constexpr double kGap = 6.0;
 constexpr double kSwatch = 11.0;
 constexpr double kLargestDisc = 11.0;
-constexpr double kSmallestDisc = 2.5;
+constexpr double kSmallestDisc = 3.0;
 // The part of its place that a bar fills. Places this narrow are filled whole.
 constexpr double kBarPart = 0.82;
 constexpr double kNarrowPlace = 4.0;
@@ -275,7 +275,6 @@ void PlotPainter::DrawChart() {
     DrawUpAxis();
     DrawAcrossAxis();
     DrawSeries();
-    DrawRules();
 }
 
 // Leaves room for the labels of the axes. The title of the upward axis stands above it, where it
@@ -344,8 +343,10 @@ void PlotPainter::DrawAcrossAxis() {
                  mLook.Muted(), 1.0);
 }
 
+// The rules lie upon the bars and under the lines and points.
 void PlotPainter::DrawSeries() {
     DrawBars();
+    DrawRules();
     for (const PlotSeries& series : mPlot.Series) {
         if (series.Marks == PlotMarks::Line) {
             DrawLine(series);
@@ -421,7 +422,7 @@ void PlotPainter::DrawRules() {
         const double y = std::round(AtY(rule.Y)) - 0.5;
         const double right = mArea.m_x + mArea.m_width;
         mCanvas.Line({{mArea.m_x, y}, {right, y}}, mLook.Text(), 1.5, true);
-        if (mOptions.IsCompact) {
+        if (mOptions.IsCompact || rule.Label.empty()) {
             continue;
         }
         const double line = Line(PlotText::Small);

@@ -2,6 +2,7 @@
 
 #include <wx/bitmap.h>
 #include <wx/button.h>
+#include <wx/checkbox.h>
 #include <wx/choice.h>
 #include <wx/clipbrd.h>
 #include <wx/dataobj.h>
@@ -15,7 +16,6 @@
 #include <wx/mstream.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
-#include <wx/tglbtn.h>
 
 #include <algorithm>
 #include <atomic>
@@ -268,11 +268,11 @@ wxSizer* StatisticsFrame::BuildChoices() {
 wxSizer* StatisticsFrame::BuildButtons() {
     wxWindow* const panel = mpPages->GetParent();
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    mpShowNumbers = new wxToggleButton(panel, kShowNumbersId, _("Show &Numbers"));
+    mpShowNumbers = new wxCheckBox(panel, kShowNumbersId, _("Show &Numbers"));
     mpCopy = new wxButton(panel, wxID_COPY, _("&Copy"));
     mpCopy->SetToolTip(_("Copies the numbers as a table, and the picture."));
     mpSave = new wxButton(panel, wxID_SAVEAS, _("Save Picture &As..."));
-    row->Add(mpShowNumbers);
+    row->Add(mpShowNumbers, wxSizerFlags().CentreVertical());
     row->AddStretchSpacer();
     row->Add(mpCopy, wxSizerFlags().Border(wxRIGHT, FromDIP(kFormGap)));
     row->Add(mpSave);
@@ -285,7 +285,7 @@ void StatisticsFrame::BindCommands() {
     Bind(wxEVT_CLOSE_WINDOW, &StatisticsFrame::OnClose, this);
     Bind(wxEVT_CHAR_HOOK, &StatisticsFrame::OnCharHook, this);
     mpPages->Bind(wxEVT_LISTBOX, [this](wxCommandEvent&) { ShowCurrent(); });
-    mpShowNumbers->Bind(wxEVT_TOGGLEBUTTON, [this](wxCommandEvent&) { ShowCurrent(); });
+    mpShowNumbers->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { ShowCurrent(); });
     mpPlot->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OpenCard(mpPlot->GetMarkedRow()); });
     mpNumbers->Bind(wxEVT_LIST_ITEM_ACTIVATED,
                     [this](wxListEvent& event) { OpenCard(static_cast<int>(event.GetIndex())); });

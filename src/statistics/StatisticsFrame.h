@@ -24,7 +24,7 @@ class wxChoice;
 class wxListBox;
 class wxListEvent;
 class wxStaticText;
-class wxToggleButton;
+class wxCheckBox;
 
 // The small pictures and the answers of the first page, one above the other.
 class StatisticsOverview;
@@ -87,7 +87,7 @@ class StatisticsFrame : public wxFrame, private Observer {
     StatisticsOverview* mpOverview = nullptr;
     PlotControl* mpPlot = nullptr;
     NumbersList* mpNumbers = nullptr;
-    wxToggleButton* mpShowNumbers = nullptr;
+    wxCheckBox* mpShowNumbers = nullptr;
     wxButton* mpCopy = nullptr;
     wxButton* mpSave = nullptr;
 

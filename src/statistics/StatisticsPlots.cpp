@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iterator>
 #include <numeric>
+#include <utility>
 
 #include "base/Text.h"
 
@@ -15,10 +16,11 @@ namespace {
 constexpr double kLeastSeconds = 10.0;
 // Fewer reviews say nothing about a category or about long intervals.
 constexpr int32_t kTellingReviews = 20;
-// Old cards remembered surely less often than this come too late, and surely more often than that
-// too early.
+// Old cards remembered surely less often than the first come too late, surely more often than the
+// second too early, and surely more often than the third in time.
 constexpr double kTooSeldom = 0.8;
 constexpr double kTooOften = 0.97;
+constexpr double kOftenEnough = 0.75;
 // More days than this are drawn by the week.
 constexpr size_t kMostBars = 400;
 
@@ -252,6 +254,10 @@ wxString JudgeIntervals(const ReviewFigures& figures) {
                                   "month or more were remembered."),
                                 share);
     }
+    if (old.LeastShare() < kOftenEnough) {
+        return wxString::Format(_("%s of the cards asked after a month or more were remembered."),
+                                share);
+    }
     return wxString::Format(
         _("Your intervals fit: %s of the cards asked after a month or more were remembered."),
         share);
@@ -302,15 +308,33 @@ Plot MakeRemembered(const ReviewFigures& figures, StatisticsPage page,
     }
     plot.Series = {series};
     plot.Across.Title = axisTitle;
-    plot.Up.Title = _("remembered (score 3 or more); the number of reviews at each point");
+    plot.Up.Title = _("share remembered, with the number of reviews");
     SetDurationAxis(plot.Across, low, high);
     SetShareAxis(plot.Up);
     const Retention all = AsOne(AddUp(ranges));
-    plot.Summary = wxString::Format(_("%s of %i reviews were remembered."), ShareText(all.Share()),
-                                    all.Reviews);
-    plot.Rules.push_back(
-        {all.Share(), wxString::Format(_("on the whole: %s"), ShareText(all.Share()))});
+    plot.Summary = wxString::Format(_("%s of %i reviews were remembered (score 3 or more)."),
+                                    ShareText(all.Share()), all.Reviews);
+    plot.Rules.push_back({all.Share(), wxString()});
     return plot;
+}
+
+// Returns the first and the last range with cards, or the whole row when there is none.
+std::pair<size_t, size_t> FindFilled(const std::array<int32_t, kTimeRangeCount>& counts) {
+    size_t first = 0;
+    size_t last = kTimeRangeCount - 1;
+    while (first < last && counts[first] == 0) {
+        ++first;
+    }
+    while (last > first && counts[last] == 0) {
+        --last;
+    }
+    return {first, last};
+}
+
+template <class Row>
+void KeepRows(std::vector<Row>& rows, size_t first, size_t last) {
+    rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(last) + 1, rows.end());
+    rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(first));
 }
 
 // The range that holds the bound of old cards is split: what its old part has is what the ranges
@@ -341,7 +365,12 @@ Plot MakeIntervals(const ReviewFigures& figures) {
     plot.Series = {young, old};
     plot.Across.Title = _("interval");
     plot.Up.Title = _("cards");
-    SetDurationAxis(plot.Across, kLeastSeconds, HighEnd(TimeRanges().back()));
+    const auto [first, last] = FindFilled(schedules.ByInterval);
+    SetDurationAxis(plot.Across, LowEnd(TimeRanges()[first]), HighEnd(TimeRanges()[last]));
+    for (PlotSeries& series : plot.Series) {
+        KeepRows(series.Points, first, last);
+    }
+    KeepRows(plot.Table.Rows, first, last);
     SetCountAxis(plot.Up, plot.GreatestY());
     plot.Summary = wxString::Format(_("%i young, %i old and %i new cards."), schedules.Young,
                                     schedules.Old, schedules.New);
