@@ -30,6 +30,8 @@ constexpr double kEdge = 10.0;
 constexpr double kGap = 6.0;
 constexpr double kSwatch = 11.0;
 constexpr double kLargestDisc = 11.0;
+// The width of the picture in largest discs, unless they would be too large or small.
+constexpr double kDiscPart = 50.0;
 constexpr double kSmallestDisc = 3.0;
 // The part of its place that a bar fills. Places this narrow are filled whole.
 constexpr double kBarPart = 0.82;
@@ -110,6 +112,7 @@ class PlotPainter {
     void DrawLegend();
 
     void DrawChart();
+    bool HasNotes() const;
     void ReserveAxes();
     void DrawUpAxis();
     void DrawAcrossAxis();
@@ -277,8 +280,15 @@ void PlotPainter::DrawChart() {
     DrawSeries();
 }
 
-// Leaves room for the labels of the axes. The title of the upward axis stands above it, where it
-// can be read without turning the head.
+bool PlotPainter::HasNotes() const {
+    return std::any_of(mPlot.Series.begin(), mPlot.Series.end(), [](const PlotSeries& series) {
+        return std::any_of(series.Points.begin(), series.Points.end(),
+                           [](const PlotPoint& point) { return !point.Note.empty(); });
+    });
+}
+
+// Leaves room for the labels of the axes, and above the highest points for their notes. The title
+// of the upward axis stands above it, where it can be read without turning the head.
 void PlotPainter::ReserveAxes() {
     const double line = Line(PlotText::Small);
     if (!mOptions.IsCompact && !mPlot.Up.Title.empty()) {
@@ -287,6 +297,9 @@ void PlotPainter::ReserveAxes() {
               PlotAnchor::Left, PlotText::Small, mLook.Muted());
     } else {
         TakeTop(line / 2);
+    }
+    if (!mOptions.IsCompact && HasNotes()) {
+        TakeTop(line);
     }
     double widest = 0.0;
     for (const PlotTick& tick : mPlot.Up.Ticks) {
@@ -393,6 +406,9 @@ void PlotPainter::DrawLine(const PlotSeries& series) {
 void PlotPainter::DrawPoints(const PlotSeries& series) {
     const wxColour colour = mLook.Of(series.Hue);
     const double line = Line(PlotText::Small);
+    const double largest =
+        mOptions.IsCompact ? kLargestDisc / 2
+                           : std::clamp(mArea.m_width / kDiscPart, kLargestDisc / 2, kLargestDisc);
     double free = 0.0;
     for (const PlotPoint& point : series.Points) {
         const double x = AtX(point.X);
@@ -402,8 +418,7 @@ void PlotPainter::DrawPoints(const PlotSeries& series) {
             top = AtY(point.High);
             mCanvas.Line({{x, AtY(point.Low)}, {x, top}}, WithAlpha(colour, 130), 2.0);
         }
-        const double radius = std::max(kSmallestDisc, (mOptions.IsCompact ? 0.5 : 1.0) *
-                                                          kLargestDisc * std::sqrt(point.Weight));
+        const double radius = std::max(kSmallestDisc, largest * std::sqrt(point.Weight));
         mCanvas.Disc({x, y}, radius, colour);
         const double width = mCanvas.WidthOf(point.Note, PlotText::Small);
         if (mOptions.IsCompact || point.Note.empty() || x - width / 2 < free) {
