@@ -19,6 +19,7 @@
 #include "transfer/CardClipboard.h"
 
 class Database;
+class StatisticsFrame;
 
 // The application: owns what lasts from the start of the program to its end (the open store, the
 // clipboard, the lock against a second process), creates the top-level windows, and takes the
@@ -74,6 +75,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OnNewCard(wxCommandEvent& event);
     void OnNewCategory(wxCommandEvent& event);
     void OnLearningProgress(wxCommandEvent& event);
+    void OnStatistics(wxCommandEvent& event);
     void OnPreferences(wxCommandEvent& event);
     void OnImport(wxCommandEvent& event);
     void OnBackUp(wxCommandEvent& event);
@@ -95,6 +97,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     Editors mEditors{*this};
     // The frame that was activated last, or null once that is gone.
     wxWeakRef<wxFrame> mLastActive;
+    // The open window of statistics, or null.
+    wxWeakRef<StatisticsFrame> mpStatistics;
     bool mReverseStudy = false;
     wxString mStudyMessage;
     // True when the command line did all the work of this run, so that no window opens.

@@ -75,7 +75,7 @@ struct PlotSeries {
     std::vector<PlotPoint> Points;
 };
 
-// A dashed line across the plot, with its name at its right end.
+// A dashed line across the plot, with its name at its right end unless that is empty.
 struct PlotRule {
     double Y = 0.0;
     wxString Label;

@@ -15,6 +15,7 @@
 namespace {
 
 const wxSize kFullSize(420, 240);
+const wxSize kTileSize(260, 150);
 const wxSize kCompactSize(220, 110);
 
 }  // namespace
@@ -64,7 +65,9 @@ int PlotControl::RowAt(const wxPoint& place) const {
 }
 
 wxSize PlotControl::DoGetBestClientSize() const {
-    return FromDIP(mForm == Form::Full ? kFullSize : kCompactSize);
+    return FromDIP(mForm == Form::Full   ? kFullSize
+                   : mForm == Form::Tile ? kTileSize
+                                         : kCompactSize);
 }
 
 void PlotControl::Mark(int row) {
@@ -107,6 +110,7 @@ void PlotControl::OnPaint(wxPaintEvent&) {
     ScreenCanvas canvas(*context, GetFont());
     PlotOptions options;
     options.HasTitle = mHasTitle;
+    options.HasSummary = mForm == Form::Full;
     options.IsCompact = mForm == Form::Compact;
     options.MarkedRow = mMarkedRow;
     mRows = DrawPlot(canvas, mPlot, size, look, options);

@@ -12,8 +12,8 @@
 // click send wxEVT_BUTTON. Main thread only.
 class PlotControl : public wxControl {
   public:
-    // A compact control is a small picture without legend, titles of axes and notes.
-    enum class Form { Full, Compact };
+    // A tile leaves out the summary, and a compact control legend, titles of axes and notes too.
+    enum class Form { Full, Tile, Compact };
     PlotControl(wxWindow* parent, wxWindowID id, Form form = Form::Full);
 
     void SetPlot(Plot plot);

@@ -30,12 +30,16 @@ constexpr double kEdge = 10.0;
 constexpr double kGap = 6.0;
 constexpr double kSwatch = 11.0;
 constexpr double kLargestDisc = 11.0;
-constexpr double kSmallestDisc = 2.5;
+// The width of the picture in largest discs, unless they would be too large or small.
+constexpr double kDiscPart = 50.0;
+constexpr double kSmallestDisc = 3.0;
 // The part of its place that a bar fills. Places this narrow are filled whole.
 constexpr double kBarPart = 0.82;
 constexpr double kNarrowPlace = 4.0;
 constexpr double kThickestRow = 26.0;
 constexpr double kLargestDay = 22.0;
+// The first character of the scripts of East Asia.
+constexpr wchar_t kFirstWide = 0x2e80;
 
 wxColour FromRgb(unsigned rgb) {
     return wxColour(static_cast<unsigned char>(rgb >> 16U), static_cast<unsigned char>(rgb >> 8U),
@@ -102,11 +106,13 @@ class PlotPainter {
     // Takes height from the top of the area, and returns where it began.
     double TakeTop(double height);
     wxString Fit(const wxString& text, double width, PlotText style);
+    std::vector<wxString> Wrap(const wxString& text);
     void DrawTitle();
     void DrawMessage(const wxString& text);
     void DrawLegend();
 
     void DrawChart();
+    bool HasNotes() const;
     void ReserveAxes();
     void DrawUpAxis();
     void DrawAcrossAxis();
@@ -183,32 +189,54 @@ wxString PlotPainter::Fit(const wxString& text, double width, PlotText style) {
 }
 
 void PlotPainter::DrawTitle() {
-    if (!mOptions.HasTitle || mPlot.Title.empty()) {
+    if (mOptions.HasTitle && !mPlot.Title.empty()) {
+        const double height = Line(PlotText::Title);
+        const double top = TakeTop(height + kGap);
+        Write(Fit(mPlot.Title, mArea.m_width, PlotText::Title), mArea.m_x, top + height / 2,
+              PlotAnchor::Left, PlotText::Title, mLook.Text());
+    }
+    if (!mOptions.HasSummary || mOptions.IsCompact || !mPlot.EmptyText.empty()) {
         return;
     }
-    const double height = Line(PlotText::Title);
-    const double top = TakeTop(height + kGap);
-    Write(Fit(mPlot.Title, mArea.m_width, PlotText::Title), mArea.m_x, top + height / 2,
-          PlotAnchor::Left, PlotText::Title, mLook.Text());
+    const double height = Line(PlotText::Usual);
+    for (const wxString& line : Wrap(mPlot.Summary)) {
+        Write(line, mArea.m_x, TakeTop(height) + height / 2, PlotAnchor::Left, PlotText::Usual,
+              mLook.Text());
+    }
+    TakeTop(kGap);
 }
 
-// Breaks the message at spaces and centres its lines.
-void PlotPainter::DrawMessage(const wxString& text) {
-    std::vector<wxString> lines(1);
-    for (wxString rest = text; !rest.empty();) {
-        const wxString word = rest.BeforeFirst(' ', &rest);
-        const wxString longer = lines.back().empty() ? word : lines.back() + " " + word;
-        if (!lines.back().empty() && mCanvas.WidthOf(longer, PlotText::Usual) > mArea.m_width) {
-            lines.push_back(word);
-        } else {
-            lines.back() = longer;
+// Breaks a text into lines that fit the area: at spaces, and anywhere in the scripts of East Asia,
+// which have none.
+std::vector<wxString> PlotPainter::Wrap(const wxString& text) {
+    std::vector<wxString> lines;
+    wxString line;
+    // How much of the line can stand alone when the rest goes to the next one.
+    size_t whole = 0;
+    for (const wxUniChar character : text) {
+        if (character == ' ' || character.GetValue() >= kFirstWide) {
+            whole = line.length();
+        }
+        line += character;
+        if (whole > 0 && mCanvas.WidthOf(line, PlotText::Usual) > mArea.m_width) {
+            lines.push_back(line.Left(whole));
+            line = line.Mid(whole).Trim(false);
+            whole = 0;
         }
     }
+    if (!line.empty()) {
+        lines.push_back(Fit(line, mArea.m_width, PlotText::Usual));
+    }
+    return lines;
+}
+
+void PlotPainter::DrawMessage(const wxString& text) {
+    const std::vector<wxString> lines = Wrap(text);
     const double height = Line(PlotText::Usual) * 1.2;
     double y = mArea.m_y + (mArea.m_height - height * static_cast<double>(lines.size() - 1)) / 2;
     for (const wxString& line : lines) {
-        Write(Fit(line, mArea.m_width, PlotText::Usual), mArea.m_x + mArea.m_width / 2, y,
-              PlotAnchor::Middle, PlotText::Usual, mLook.Muted());
+        Write(line, mArea.m_x + mArea.m_width / 2, y, PlotAnchor::Middle, PlotText::Usual,
+              mLook.Muted());
         y += height;
     }
 }
@@ -250,11 +278,17 @@ void PlotPainter::DrawChart() {
     DrawUpAxis();
     DrawAcrossAxis();
     DrawSeries();
-    DrawRules();
 }
 
-// Leaves room for the labels of the axes. The title of the upward axis stands above it, where it
-// can be read without turning the head.
+bool PlotPainter::HasNotes() const {
+    return std::any_of(mPlot.Series.begin(), mPlot.Series.end(), [](const PlotSeries& series) {
+        return std::any_of(series.Points.begin(), series.Points.end(),
+                           [](const PlotPoint& point) { return !point.Note.empty(); });
+    });
+}
+
+// Leaves room for the labels of the axes, and above the highest points for their notes. The title
+// of the upward axis stands above it, where it can be read without turning the head.
 void PlotPainter::ReserveAxes() {
     const double line = Line(PlotText::Small);
     if (!mOptions.IsCompact && !mPlot.Up.Title.empty()) {
@@ -263,6 +297,9 @@ void PlotPainter::ReserveAxes() {
               PlotAnchor::Left, PlotText::Small, mLook.Muted());
     } else {
         TakeTop(line / 2);
+    }
+    if (!mOptions.IsCompact && HasNotes()) {
+        TakeTop(line);
     }
     double widest = 0.0;
     for (const PlotTick& tick : mPlot.Up.Ticks) {
@@ -319,8 +356,10 @@ void PlotPainter::DrawAcrossAxis() {
                  mLook.Muted(), 1.0);
 }
 
+// The rules lie upon the bars and under the lines and points.
 void PlotPainter::DrawSeries() {
     DrawBars();
+    DrawRules();
     for (const PlotSeries& series : mPlot.Series) {
         if (series.Marks == PlotMarks::Line) {
             DrawLine(series);
@@ -367,6 +406,9 @@ void PlotPainter::DrawLine(const PlotSeries& series) {
 void PlotPainter::DrawPoints(const PlotSeries& series) {
     const wxColour colour = mLook.Of(series.Hue);
     const double line = Line(PlotText::Small);
+    const double largest =
+        mOptions.IsCompact ? kLargestDisc / 2
+                           : std::clamp(mArea.m_width / kDiscPart, kLargestDisc / 2, kLargestDisc);
     double free = 0.0;
     for (const PlotPoint& point : series.Points) {
         const double x = AtX(point.X);
@@ -376,8 +418,7 @@ void PlotPainter::DrawPoints(const PlotSeries& series) {
             top = AtY(point.High);
             mCanvas.Line({{x, AtY(point.Low)}, {x, top}}, WithAlpha(colour, 130), 2.0);
         }
-        const double radius = std::max(kSmallestDisc, (mOptions.IsCompact ? 0.5 : 1.0) *
-                                                          kLargestDisc * std::sqrt(point.Weight));
+        const double radius = std::max(kSmallestDisc, largest * std::sqrt(point.Weight));
         mCanvas.Disc({x, y}, radius, colour);
         const double width = mCanvas.WidthOf(point.Note, PlotText::Small);
         if (mOptions.IsCompact || point.Note.empty() || x - width / 2 < free) {
@@ -396,7 +437,7 @@ void PlotPainter::DrawRules() {
         const double y = std::round(AtY(rule.Y)) - 0.5;
         const double right = mArea.m_x + mArea.m_width;
         mCanvas.Line({{mArea.m_x, y}, {right, y}}, mLook.Text(), 1.5, true);
-        if (mOptions.IsCompact) {
+        if (mOptions.IsCompact || rule.Label.empty()) {
             continue;
         }
         const double line = Line(PlotText::Small);

@@ -41,6 +41,8 @@ class PlotLook {
 // How much of a plot is drawn.
 struct PlotOptions {
     bool HasTitle = true;
+    // The summary stands below the title.
+    bool HasSummary = true;
     // A small picture: no legend, no titles of axes and no notes.
     bool IsCompact = false;
     // The row of the table that is marked, or -1.
