@@ -265,7 +265,8 @@ void ScoreToNextCard(benchmark::State& state) {
     SequenceRandom random;
     FakeCategorySource category;
     SilentMaintenance maintenance;
-    Scheduler scheduler(database, {category, maintenance, clock, random});
+    ReviewLog log(ReviewLogPath(wxString::FromUTF8(storePath)));
+    Scheduler scheduler(database, {category, maintenance, clock, random, &log});
     BareScore bare(floorPath);
     std::vector<double> floorTimes;
     std::vector<double> times;

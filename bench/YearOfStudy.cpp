@@ -1,5 +1,6 @@
 #include <wx/init.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
@@ -11,13 +12,16 @@
 #include <string>
 
 #include "scheduler/Scheduler.h"
+#include "shell/Plot.h"
+#include "shell/PlotDrawing.h"
 #include "store/Database.h"
 #include "support/Fakes.h"
 
 // A year of study in both directions by a clock of its own, in a place where the clocks change in
 // spring and autumn. On the way the clock is once set back by a day and once forward by a year.
 // What must always hold is looked at with every review; the figures of each day and the growth of
-// an interval by score go to a file each: velomind_year CARDS DAYS REVIEWS-A-DAY DIRECTORY
+// an interval by score are drawn to an SVG file each: velomind_year CARDS DAYS REVIEWS-A-DAY
+// DIRECTORY
 namespace {
 
 constexpr int kCategory = 0;
@@ -163,24 +167,69 @@ void Study::CheckCounts() {
           "the ready cards add up");
 }
 
+PlotSeries MakeLine(const char* name, PlotHue hue) {
+    PlotSeries line;
+    line.Name = name;
+    line.Marks = PlotMarks::Line;
+    line.Hue = hue;
+    return line;
+}
+
+void AddPoint(PlotSeries& line, double x, double y) {
+    PlotPoint point;
+    point.X = x;
+    point.Y = y;
+    line.Points.push_back(point);
+}
+
+// Sets an axis of whole numbers with a tick at each step.
+void SetNumberAxis(PlotAxis& axis, const char* title, int low, int high, int step) {
+    axis.Title = title;
+    axis.Low = low;
+    axis.High = high;
+    for (int number = low; number <= high; number += step) {
+        axis.Ticks.push_back({static_cast<double>(number), wxString::Format("%i", number)});
+    }
+}
+
+void WritePlot(const Plot& plot, const std::string& path) {
+    const std::string svg = DrawPlotAsSvg(plot, wxSize(760, 420));
+    std::FILE* const file = std::fopen(path.c_str(), "w");
+    Check(file != nullptr && std::fwrite(svg.data(), 1, svg.size(), file) == svg.size() &&
+              std::fclose(file) == 0,
+          "a picture could not be written");
+}
+
 // How an interval grows when a card is asked just when it is due.
-void WriteGrowth(const std::string& directory) {
-    std::FILE* const file = std::fopen((directory + "/growth.csv").c_str(), "w");
-    Check(file != nullptr, "no file for the growth");
-    std::fputs("scores,review,days\n", file);
-    for (const char* const scores : {"3333333333", "4444444444", "5555555555", "5555525555"}) {
+void DrawGrowth(const std::string& directory) {
+    struct Way {
+        const char* Scores;
+        const char* Name;
+        PlotHue Hue;
+    };
+    constexpr Way kWays[] = {{"3333333333", "always 3", PlotHue::Orange},
+                             {"4444444444", "always 4", PlotHue::Green},
+                             {"5555555555", "always 5", PlotHue::Blue},
+                             {"5555525555", "5, and one 2", PlotHue::Purple}};
+    Plot plot;
+    plot.Title = "Interval after each review, a card always asked when it is due";
+    plot.Up.Title = "interval";
+    SetDurationAxis(plot.Up, 1800.0, 10000.0 * 86400.0);
+    SetNumberAxis(plot.Across, "review", 1, 10, 1);
+    for (const Way& way : kWays) {
+        PlotSeries line = MakeLine(way.Name, way.Hue);
         // One half: the spread takes and adds nothing.
         FakeRandom random;
         Study study(directory, 1, kReviewForward, random);
-        for (int review = 0; scores[review] != '\0'; ++review) {
-            const float interval = study.Review(scores[review] - '0');
-            std::fprintf(file, "%s,%d,%.4f\n", scores, review + 1,
-                         static_cast<double>(interval) / 86400.0);
+        for (int review = 0; way.Scores[review] != '\0'; ++review) {
+            const float interval = study.Review(way.Scores[review] - '0');
+            AddPoint(line, review + 1, static_cast<double>(interval));
             study.Advance(static_cast<int64_t>(interval) + 1);
             study.Refresh();
         }
+        plot.Series.push_back(line);
     }
-    std::fclose(file);
+    WritePlot(plot, directory + "/interval-growth.svg");
 }
 
 // What a person who knows most of it gives: 0 to 5, in hundredths.
@@ -194,10 +243,10 @@ int DrawScore(std::mt19937& dice) {
     return score;
 }
 
-void WriteYear(const std::string& directory, int cards, int days, int reviews) {
-    std::FILE* const file = std::fopen((directory + "/days.csv").c_str(), "w");
-    Check(file != nullptr, "no file for the days");
-    std::fputs("day,due,reviewed_due,new,introduced\n", file);
+void DrawYear(const std::string& directory, int cards, int days, int reviews) {
+    PlotSeries dueLine = MakeLine("due at the start", PlotHue::Red);
+    PlotSeries againLine = MakeLine("scored again", PlotHue::Blue);
+    PlotSeries newLine = MakeLine("new", PlotHue::Green);
     SequenceRandom random;
     Study study(directory, cards, kReviewForward | kReviewReverse, random);
     std::mt19937 dice{20250101};
@@ -218,10 +267,17 @@ void WriteYear(const std::string& directory, int cards, int days, int reviews) {
             study.Review(DrawScore(dice));
         }
         const int fresh = study.Introduced() - introduced;
-        std::fprintf(file, "%d,%d,%d,%d,%d\n", day, due, reviewed - fresh, fresh,
-                     study.Introduced());
+        AddPoint(dueLine, day, due);
+        AddPoint(againLine, day, reviewed - fresh);
+        AddPoint(newLine, day, fresh);
     }
-    std::fclose(file);
+    Plot plot;
+    plot.Title = wxString::Format("A year of %d reviews a day, in both directions", reviews);
+    plot.Series = {dueLine, againLine, newLine};
+    plot.Up.Title = "cards";
+    SetCountAxis(plot.Up, plot.GreatestY());
+    SetNumberAxis(plot.Across, "day", 0, days, std::max(days / 12, 1));
+    WritePlot(plot, directory + "/year-of-study.svg");
     std::printf("%d cards, %d days, %d reviews: every check held; slowest review %.1f ms\n", cards,
                 days, days * reviews, study.SlowestReview() * 1e3);
 }
@@ -237,7 +293,7 @@ int main(int argc, char** argv) {
     setenv("TZ", "Europe/Berlin", 1);
     tzset();
     std::filesystem::create_directories(argv[4]);
-    WriteGrowth(argv[4]);
-    WriteYear(argv[4], std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3]));
+    DrawGrowth(argv[4]);
+    DrawYear(argv[4], std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3]));
     return 0;
 }

@@ -25,6 +25,7 @@
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Toolkit.h"
+#include "statistics/StatisticsFrame.h"
 #include "store/Database.h"
 #include "store/StoreFiles.h"
 #include "storefile/CurrentCategory.h"
@@ -231,6 +232,7 @@ void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnFind, this, wxID_FIND);
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
     Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
+    Bind(wxEVT_MENU, &VelomindApp::OnStatistics, this, ID_STATISTICS);
     Bind(wxEVT_MENU, &VelomindApp::OnPreferences, this, wxID_PREFERENCES);
     Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
         event.Skip();
@@ -365,6 +367,16 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
     dialog.ShowModal();
 }
 
+void VelomindApp::OnStatistics(wxCommandEvent&) {
+    if (mpStatistics == nullptr) {
+        const wxBusyCursor busy;
+        mpStatistics = new StatisticsFrame(*this);
+        mpStatistics->SetDatabase(mpDatabase.get());
+        mpStatistics->Show();
+    }
+    BringToFront(*mpStatistics);
+}
+
 AppStoreFileActions VelomindApp::MakeStoreFileActions() {
     // Cards on the clipboard are known by their row ids, which mean other cards in another store,
     // and the steps that can be taken back were done in the store that was open.
@@ -398,6 +410,9 @@ void VelomindApp::OnRestore(wxCommandEvent&) {
 
 void VelomindApp::OnExitCommand(wxCommandEvent&) {
     if (mEditors.CloseAll()) {
+        if (mpStatistics != nullptr) {
+            mpStatistics->Close();
+        }
         mWindows.CloseAll();
     }
 }

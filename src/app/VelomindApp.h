@@ -20,6 +20,7 @@
 #include "transfer/CardClipboard.h"
 
 class Database;
+class StatisticsFrame;
 
 // The application: owns what lasts from the start of the program to its end (the open store, the
 // clipboard, the lock against a second process), creates the top-level windows, and takes the
@@ -78,6 +79,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OnNewCard(wxCommandEvent& event);
     void OnNewCategory(wxCommandEvent& event);
     void OnLearningProgress(wxCommandEvent& event);
+    void OnStatistics(wxCommandEvent& event);
     void OnPreferences(wxCommandEvent& event);
     void OnImport(wxCommandEvent& event);
     void OnBackUp(wxCommandEvent& event);
@@ -102,6 +104,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     // Files to open as soon as no dialog is open, the first in front.
     std::deque<wxString> mFilesToOpen;
     OpenDialogs mOpenDialogs;
+    // The open window of statistics, or null.
+    wxWeakRef<StatisticsFrame> mpStatistics;
     bool mReverseStudy = false;
     wxString mStudyMessage;
     // True when the command line did all the work of this run, so that no window opens.

@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "base/Text.h"
+#include "edit/CardLife.h"
 #include "edit/EditForm.h"
+#include "edit/EditSchedulePanel.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -56,6 +58,8 @@ EditFrame::EditFrame(AppServices& services)
     BindCommands();
     mpForm->FocusFront();
 }
+
+EditFrame::~EditFrame() = default;
 
 void EditFrame::TrimMenuBar() {
     for (const int id : kForeignCommands) {
@@ -138,6 +142,8 @@ void EditFrame::SetDatabase(Database* database) {
 
 void EditFrame::SetCard(const FlashCard& card) {
     mCard = card;
+    mpLife.reset();
+    ShowReviews({});
     mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
     ShowTitle(mCard.Front);
 }
@@ -152,6 +158,11 @@ void EditFrame::ShowTitle(const wxString& front) {
 void EditFrame::Follow(const FlashCard& stored) {
     mpForm->Follow(stored, GetCategoryName(stored.CategoryId));
     ShowTitle(stored.Front);
+    const std::pair reviewed(stored.Forward.LastReview, stored.Reverse.LastReview);
+    if (mpLife == nullptr || reviewed != mLifeUntil) {
+        mLifeUntil = reviewed;
+        ReadLife();
+    }
 }
 
 void EditFrame::New() {
@@ -217,6 +228,40 @@ void EditFrame::FollowStored() {
     std::list<FlashCard> found;
     if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {
         Follow(found.front());
+    }
+}
+
+void EditFrame::ReadLife() {
+    mpLife = std::make_unique<CardLifeReader>(ReviewLogPath(mpDatabase->GetPath()), mCard.CardId,
+                                              *this, [this] { ShowLife(); });
+    // Without a thread the plots stay as they are.
+    mpLife->Start();
+}
+
+void EditFrame::ShowLife() {
+    // The card may have turned to a new one meanwhile.
+    if (mHasLeft || mpLife == nullptr) {
+        return;
+    }
+    mpLife->Join();
+    ShowReviews(mpLife->Reviews());
+}
+
+// Shows a plot beside both schedules, so that their fields stay side by side, or beside neither. A
+// window that shows the whole form grows with it. One that the user made smaller stays so.
+void EditFrame::ShowReviews(const std::vector<ReviewRecord>& reviews) {
+    const bool showsAll = mpForm->GetVirtualSize().y <= mpForm->GetClientSize().y;
+    const auto show = [&reviews](EditSchedulePanel& panel, ReviewDirection direction) {
+        return panel.ShowLife(MakeCardLifePlot(_("Reviews of this card"), reviews, direction),
+                              !reviews.empty());
+    };
+    const bool forward = show(mpForm->GetForwardSchedule(), kReviewForward);
+    const bool reverse = show(mpForm->GetReverseSchedule(), kReviewReverse);
+    if (forward || reverse) {
+        if (showsAll) {
+            FitToForm();
+        }
+        mpForm->FitInside();
     }
 }
 

@@ -3,13 +3,18 @@
 #include <wx/frame.h>
 
 #include <list>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include "store/FlashCard.h"
 #include "store/Subject.h"
 
 class AppServices;
+class CardLifeReader;
 class Database;
 class EditForm;
+struct ReviewRecord;
 
 // The window in which one card is written or changed. Nothing reaches the store before a save, and
 // a save writes only the fields that the user has touched. The others keep what the store has by
@@ -19,6 +24,8 @@ class EditFrame : public wxFrame, private Observer {
   public:
     // The services are not owned and must outlive the frame.
     explicit EditFrame(AppServices& services);
+
+    ~EditFrame() override;
 
     // Sets the store, which is not owned. Null detaches the editor from the present one.
     void SetDatabase(Database* database);
@@ -52,6 +59,11 @@ class EditFrame : public wxFrame, private Observer {
     void Refresh();
     void FollowStored();
 
+    // Reads the card's reviews from the log and shows them when they are there.
+    void ReadLife();
+    void ShowLife();
+    void ShowReviews(const std::vector<ReviewRecord>& reviews);
+
     int Save();
     void SaveAndClose();
     void SaveAndNew();
@@ -68,6 +80,10 @@ class EditFrame : public wxFrame, private Observer {
     // The card as it was first shown or last saved. Only its id matters for a stored card, since a
     // save reads the rest again.
     FlashCard mCard;
+    // The reviews that are being read or were read last, and when the card's last reviews were
+    // then.
+    std::unique_ptr<CardLifeReader> mpLife;
+    std::pair<wxDateTime, wxDateTime> mLifeUntil;
     // True once the window has closed and only waits for the toolkit to delete it.
     bool mHasLeft = false;
     SubjectAttachment mSettingsAttachment;

@@ -13,12 +13,14 @@
 #include <iterator>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 #include "base/Text.h"
 #include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
+#include "shell/PlotControl.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 
@@ -31,7 +33,8 @@ enum : int {
     ID_INTERVAL_UNIT = 10003,
     ID_NEXT_REVIEW = 10004,
     ID_LAST_SCORE = 10005,
-    ID_DIFFICULTY = 10007
+    ID_DIFFICULTY = 10007,
+    ID_CARD_LIFE = 10120
 };
 
 constexpr int kLowestDifficulty = 0;
@@ -39,6 +42,8 @@ constexpr int kHighestDifficulty = 32;
 constexpr int kHighestScore = 5;
 // The least width of a number, in pixels at 1x.
 constexpr int kNumberWidth = 80;
+// The least size of the plot of reviews, likewise.
+const wxSize kLifeSize(160, 84);
 
 constexpr const char* kUnits[] = {wxTRANSLATE("second(s)"), wxTRANSLATE("minute(s)"),
                                   wxTRANSLATE("hour(s)"),   wxTRANSLATE("day(s)"),
@@ -157,6 +162,10 @@ void EditSchedulePanel::CreateControls() {
     KeepSpinText(*mpDifficulty, KeepsText);
     mpLastScore =
         new wxChoice(this, ID_LAST_SCORE, wxDefaultPosition, wxDefaultSize, Translated(kScores));
+    mpLife = new PlotControl(this, ID_CARD_LIFE, PlotControl::Form::Compact);
+    mpLife->SetMinSize(FromDIP(kLifeSize));
+    mpLife->HideTitle();
+    mpLife->Hide();
 }
 
 wxTextCtrl* EditSchedulePanel::CreateReadOnlyText(int id) {
@@ -174,6 +183,8 @@ wxStaticText* EditSchedulePanel::CreateDescription() {
 void EditSchedulePanel::LayOut(const wxString& title) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
     wxBoxSizer* const group = AddFormGroup(*column, *this, title);
+    // At the top it is in sight even where the window shows the head of the schedules alone.
+    group->Add(mpLife, FormRow(*this));
     group->Add(mpIntroduced, FormRow(*this));
     SetAccessibleName(*mpIntroduced, title + ": " + mpIntroduced->GetLabel());
 
@@ -301,6 +312,11 @@ bool EditSchedulePanel::ReadInterval(float& seconds) const {
     const float unit = IntervalUnitSeconds(mpIntervalUnit->GetSelection());
     seconds = value > kGreatest / unit ? kGreatest : value * unit;
     return true;
+}
+
+bool EditSchedulePanel::ShowLife(Plot plot, bool isShown) {
+    mpLife->SetPlot(std::move(plot));
+    return mpLife->Show(isShown);
 }
 
 bool EditSchedulePanel::IsModified() const {

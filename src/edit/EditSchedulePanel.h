@@ -2,8 +2,10 @@
 
 #include <wx/panel.h>
 
+#include "shell/Plot.h"
 #include "store/FlashCard.h"
 
+class PlotControl;
 class wxCheckBox;
 class wxChoice;
 class wxFlexGridSizer;
@@ -33,6 +35,10 @@ class EditSchedulePanel : public wxPanel {
     // loaded, although it is shown rounded. Returns 0, or -1 with the record unchanged when the
     // user was told of a fault; the focus is then on the field in question.
     int Save(CardSchedule& schedule);
+
+    // Shows the plot of the reviews that the card has had in this direction, or hides it. Returns
+    // true when the panel needs another height than before.
+    bool ShowLife(Plot plot, bool isShown);
 
     // Returns true when a control differs from what the last load put into it.
     bool IsModified() const;
@@ -72,6 +78,7 @@ class EditSchedulePanel : public wxPanel {
     wxStaticText* mpNextReviewHere = nullptr;
     wxSpinCtrl* mpDifficulty = nullptr;
     wxChoice* mpLastScore = nullptr;
+    PlotControl* mpLife = nullptr;
     // The values that the last load put into the controls, and the record they came from.
     State mSaved;
     CardSchedule mSchedule;

@@ -45,6 +45,58 @@ const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, i
 
 namespace {
 
+// The questions to the store for one direction.
+struct OutlookQueries {
+    int (Database::*CountReady)(int32_t, const wxDateTime&, int32_t&);
+    int (Database::*CountAll)(int32_t, int32_t&);
+    int (Database::*CountIntroduced)(int32_t, int32_t&);
+    int (Database::*SelectNextDue)(int32_t, std::list<FlashCard>&);
+    ReviewDirection Direction;
+};
+
+void AddOutlook(Database& database, int32_t categoryId, const wxDateTime& now,
+                const OutlookQueries& ask, StudyOutlook::Side& side, wxDateTime& nextDue) {
+    int32_t ready = 0;
+    int32_t tomorrow = 0;
+    int32_t all = 0;
+    int32_t introduced = 0;
+    if ((database.*ask.CountReady)(categoryId, now, ready) < 0 ||
+        (database.*ask.CountReady)(categoryId, now + wxTimeSpan::Day(), tomorrow) < 0 ||
+        (database.*ask.CountAll)(categoryId, all) < 0 ||
+        (database.*ask.CountIntroduced)(categoryId, introduced) < 0) {
+        return;
+    }
+    side.Ready += ready;
+    side.WithinDay += tomorrow - ready;
+    side.New += all - introduced;
+    std::list<FlashCard> cards;
+    if (introduced > 0 && (database.*ask.SelectNextDue)(categoryId, cards) >= 0 && !cards.empty()) {
+        const wxDateTime due = ScheduleOf(cards.front(), ask.Direction).NextReview();
+        nextDue = nextDue.IsValid() && nextDue < due ? nextDue : due;
+    }
+}
+
+}  // namespace
+
+StudyOutlook CountOutlook(Database& database, const wxDateTime& now) {
+    constexpr OutlookQueries kForward = {&Database::SelectReadyCountForward,
+                                         &Database::CountForward, &Database::CountIntroducedForward,
+                                         &Database::SelectNextDueForward, kReviewForward};
+    constexpr OutlookQueries kReverse = {&Database::SelectReadyCountReverse,
+                                         &Database::CountReverse, &Database::CountIntroducedReverse,
+                                         &Database::SelectNextDueReverse, kReviewReverse};
+    StudyOutlook outlook;
+    std::list<Category> categories;
+    database.SelectAllCategories(categories);
+    for (const Category& category : categories) {
+        AddOutlook(database, category.Id, now, kForward, outlook.Forward, outlook.NextDue);
+        AddOutlook(database, category.Id, now, kReverse, outlook.Reverse, outlook.NextDue);
+    }
+    return outlook;
+}
+
+namespace {
+
 void TraceReview(const FlashCard& card, int score, const ReviewResult& result) {
     if (result.FirstPass) {
         VELOMIND_TRACE("%s/%s Introduction Score %i ReviewInterval %f", card.Front, card.Back,
@@ -54,6 +106,25 @@ void TraceReview(const FlashCard& card, int score, const ReviewResult& result) {
     VELOMIND_TRACE("Score %i ReviewInterval %f->%f", score, result.OldInterval, result.NewInterval);
     VELOMIND_TRACE("%s/%s Elapsed %f Score %i ReviewInterval %f->%f", card.Front, card.Back,
                    result.Elapsed, score, result.OldInterval, result.NewInterval);
+}
+
+// The line of the log for a score that has taken the schedule from one state to the other.
+ReviewRecord MakeRecord(const CardUuid& id, ReviewDirection direction, const CardSchedule& before,
+                        const CardSchedule& after, const ReviewResult& result, int64_t replaces) {
+    ReviewRecord record;
+    record.Time = after.LastReview.GetTicks();
+    record.CardId = id;
+    record.Direction = direction;
+    record.Score = after.LastScore;
+    if (before.Introduced) {
+        record.Elapsed = std::max<int64_t>(0, SecondsBetween(before.LastReview, after.LastReview));
+    }
+    record.OldInterval = result.OldInterval;
+    record.NewInterval = result.NewInterval;
+    record.OldDifficulty = before.Difficulty;
+    record.NewDifficulty = after.Difficulty;
+    record.Replaces = replaces;
+    return record;
 }
 
 }  // namespace
@@ -178,8 +249,9 @@ void Scheduler::Refresh() {
 }
 
 void Scheduler::ScoreCard(int score) {
-    KeepOrRestoreSchedule(score);
+    const int64_t replaces = KeepOrRestoreSchedule(score);
     CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
+    const CardSchedule before = schedule;
     const ReviewResult result = Review(schedule, score, mSources.Time.Now(), mSources.Random);
     TraceReview(mCurrentCard, score, result);
     schedule.Introduced = true;
@@ -191,7 +263,10 @@ void Scheduler::ScoreCard(int score) {
                  mSources.Maintenance, mSources.Random);
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failure in the store ends the program, so the result needs no look.
-    mDatabase.UpdateFlashCard(mCurrentCard);
+    if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0 && mSources.Log != nullptr) {
+        mSources.Log->Append(
+            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces));
+    }
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {
         return;
@@ -201,15 +276,19 @@ void Scheduler::ScoreCard(int score) {
     Tell(1);
 }
 
-void Scheduler::KeepOrRestoreSchedule(int score) {
+int64_t Scheduler::KeepOrRestoreSchedule(int score) {
     if (mHistoryPosition == -1) {
         mHistory.Add({mCurrentCard.CardId, CurrentSchedule(), mCurrentDirection});
-        return;
+        return -1;
     }
     const HistoryEntry* const entry = EntryToRestore(score);
-    if (entry != nullptr) {
-        ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
+    if (entry == nullptr) {
+        return -1;
     }
+    CardSchedule& schedule = ScheduleOf(mCurrentCard, entry->Direction);
+    const int64_t replaced = schedule.LastReview.IsValid() ? schedule.LastReview.GetTicks() : -1;
+    schedule = entry->Schedule;
+    return replaced;
 }
 
 const HistoryEntry* Scheduler::EntryToRestore(int score) const {

@@ -9,6 +9,7 @@
 #include "base/Time.h"
 #include "scheduler/CardSelection.h"
 #include "scheduler/ReviewArithmetic.h"
+#include "scheduler/ReviewLog.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
@@ -58,6 +59,26 @@ struct CategoryReady {
 // other has any.
 const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId);
 
+// What waits in all categories together. An excluded card waits for nothing.
+struct StudyOutlook {
+    // The cards of one direction.
+    struct Side {
+        // Due now, as the list of categories and the list window count them.
+        int Ready = 0;
+        // Falling due within the next 24 hours.
+        int WithinDay = 0;
+        // Never scored.
+        int New = 0;
+    };
+    Side Forward;
+    Side Reverse;
+    // When the first card is due, in either direction; it may have passed. Invalid without any.
+    wxDateTime NextDue;
+};
+
+// Counts what waits now. A count that fails stays out.
+StudyOutlook CountOutlook(Database& database, const wxDateTime& now);
+
 // Decides which card is shown, in which direction, and what a score does to it. Keeps one live card
 // until it is scored, and the history of the cards scored last. Lives on the main thread, and is
 // the only writer of scheduling fields during study.
@@ -72,6 +93,8 @@ class Scheduler {
         MaintenancePrompt& Maintenance;
         const Clock& Time;
         ReviewRandom& Random;
+        // Takes each score once the store has it; null where nobody keeps them.
+        ReviewLog* Log = nullptr;
     };
 
     Scheduler(Database& database, const Sources& sources);
@@ -154,7 +177,8 @@ class Scheduler {
     }
     // Runs before a score: keeps a live card's schedule in the history, or restores that of a card
     // of the history from before its first score, unless the score stays the same.
-    void KeepOrRestoreSchedule(int score);
+    // Returns when the review was that this one replaces, or -1.
+    int64_t KeepOrRestoreSchedule(int score);
     void PurgeHistory();
     void ClearLiveCard();
     void Tell(int value);

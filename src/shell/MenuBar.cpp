@@ -91,6 +91,7 @@ constexpr MenuRow kToolsRows[] = {
     {ID_STUDY_REVERSE, wxTRANSLATE("Study Back to Front"), nullptr, wxITEM_RADIO},
     kLine,
     {ID_LEARNING_PROGRESS, wxTRANSLATE("Learning &Progress...\tCtrl+L"), "icons/progress_menu.png"},
+    {ID_STATISTICS, wxTRANSLATE("&Statistics...\tCtrl+T"), "icons/progress_menu.png"},
     {wxID_PREFERENCES, wxTRANSLATE("Options..."), "icons/preferences_menu.png"},
     {ID_CUSTOMIZE_MENU, wxTRANSLATE("Customize"), nullptr, wxITEM_NORMAL, "",
      std::begin(kCustomizeRows), std::end(kCustomizeRows)},

@@ -35,6 +35,7 @@ constexpr char kSettingTest[] = "Test";
 constexpr char kSettingStudyFramePosition[] = "StudyFramePosition";
 constexpr char kSettingEditFramePosition[] = "EditFramePosition";
 constexpr char kSettingBrowseFramePosition[] = "BrowseFramePosition";
+constexpr char kSettingStatisticsFramePosition[] = "StatisticsFramePosition";
 constexpr char kSettingImportDialogPosition[] = "ImportDialogPosition";
 
 // The named values of the user's configuration. Each access opens the configuration, does its work

@@ -51,7 +51,8 @@ void SetAccessibleName(const wxWindow& window, const wxString& name) {
 
 void SetAccessibleRole(const wxWindow& window, AccessibleRole role) {
     // In the order of AccessibleRole.
-    constexpr AtkRole kRoles[] = {ATK_ROLE_PUSH_BUTTON, ATK_ROLE_LIST, ATK_ROLE_LABEL};
+    constexpr AtkRole kRoles[] = {ATK_ROLE_PUSH_BUTTON, ATK_ROLE_LIST, ATK_ROLE_LABEL,
+                                  ATK_ROLE_CHART};
     GtkWidget* const widget = window.GetHandle();
     if (widget != nullptr) {
         atk_object_set_role(gtk_widget_get_accessible(FindInner(widget)),

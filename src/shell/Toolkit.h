@@ -21,7 +21,7 @@ void SetAccessibleName(const wxWindow& window, const wxString& name);
 
 // Sets the kind of control that a screen reader announces for a window that paints itself. The
 // library's own controls announce theirs.
-enum class AccessibleRole { Button, List, Label };
+enum class AccessibleRole { Button, List, Label, Chart };
 void SetAccessibleRole(const wxWindow& window, AccessibleRole role);
 
 // Makes every one-line text field inside a window as high as the platform draws it with its font.

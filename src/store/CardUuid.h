@@ -28,6 +28,7 @@ std::array<char, 36> UuidText(const CardUuid& uuid);
 // case of letters. Returns 0, or 3 with uuid unchanged when the text is no identity.
 int ParseUuid(const wxString& text, CardUuid& uuid);
 int ParseUuid(std::u16string_view text, CardUuid& uuid);
+int ParseUuidUtf8(std::string_view text, CardUuid& uuid);
 
 // Fills uuid with a fresh random version 4 value. Returns 0, or 2 with uuid unchanged when the
 // platform's random source fails.

@@ -213,12 +213,21 @@ bool Database::Try(const std::function<void()>& ask) {
     const auto setTrying = [this](bool trying) {
         const Lock lock(mMutex);
         mTrying = trying;
+        mTryFailed = mTryFailed && !trying;
         return IsOpen() && !mTryFailed;
     };
-    mTryFailed = false;
     setTrying(true);
     ask();
     return setTrying(false);
+}
+
+bool Database::TryLocked(const std::function<void()>& ask) {
+    const Lock lock(mMutex);
+    const bool wasTrying = std::exchange(mTrying, true);
+    const bool hadFailed = std::exchange(mTryFailed, false);
+    ask();
+    mTrying = wasTrying;
+    return !std::exchange(mTryFailed, hadFailed) && IsOpen();
 }
 
 int Database::Execute(const wxString& sql) {

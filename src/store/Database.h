@@ -116,6 +116,9 @@ class Database : public Subject {
     // Returns true when each of their steps succeeded and the store is still open. A list of row
     // ids counts as read when the cards of its first page could be read too.
     bool Try(const std::function<void()>& ask);
+    // The same for a worker beside other threads that use the store: they wait until it has asked,
+    // so that none of their own failures is taken for one of these.
+    bool TryLocked(const std::function<void()>& ask);
 
     // Called before each statement that may change the open store, on its thread and with the store
     // locked: it may read the store, must not change it, and must not wait for another thread.
@@ -166,6 +169,10 @@ class Database : public Subject {
                                     const ReadyRowVisitor& visit);
     int SelectRReadySortByRNextReview(int32_t categoryId, const wxDateTime& limit,
                                       const ReadyRowVisitor& visit);
+    // Appends the schedules of at most so many cards whose row ids follow that one, which becomes
+    // the last one read. Returns how many there were, or a negative value, which is not reported:
+    // it serves a worker that reads all cards in small portions, between which others can write.
+    int SelectSchedules(int32_t most, int64_t& rowId, std::vector<CardSchedules>& cards);
     // The greatest ERC of either direction over the category's introduced, not excluded cards;
     // 0 when there is none.
     int SelectMaxErc(int32_t categoryId, int32_t& erc);
@@ -381,6 +388,7 @@ class Database : public Subject {
     sqlite3_stmt* mpSelectNextDueReverseStmt = nullptr;
     sqlite3_stmt* mpSelectReadySortByNextReviewStmt = nullptr;
     sqlite3_stmt* mpSelectRReadySortByRNextReviewStmt = nullptr;
+    sqlite3_stmt* mpSelectSchedulesStmt = nullptr;
     sqlite3_stmt* mpSelectMaxErcForwardStmt = nullptr;
     sqlite3_stmt* mpSelectMaxErcReverseStmt = nullptr;
     sqlite3_stmt* mpCountAllCardsStmt = nullptr;

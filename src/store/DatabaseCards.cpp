@@ -286,6 +286,31 @@ int Database::SelectRReadySortByRNextReview(int32_t categoryId, const wxDateTime
                       "SelectRReadySortByRNextReview");
 }
 
+int Database::SelectSchedules(int32_t most, int64_t& rowId, std::vector<CardSchedules>& cards) {
+    const Lock lock(mMutex);
+    StatementRun run(*this, mpSelectSchedulesStmt, rowId, most);
+    const auto readSide = [&run](int excluded, int first, CardSchedules::Side& side) {
+        side.Excluded = run.ColumnInt(excluded) != 0;
+        side.Introduced = run.ColumnInt(first) != 0;
+        side.LastReview = run.ColumnSeconds(first + 1);
+        side.Interval = static_cast<float>(run.ColumnDouble(first + 2));
+        side.Difficulty = static_cast<uint8_t>(run.ColumnInt(first + 3));
+    };
+    for (int count = 0;; ++count) {
+        const int result = StepQuietly(run, "SelectSchedules");
+        if (result < 0 || run.IsDone()) {
+            return result < 0 ? result : count;
+        }
+        rowId = run.ColumnInt64(0);
+        CardSchedules& card = cards.emplace_back();
+        // A text that is no identity leaves it zero.
+        run.ColumnUuid(1, card.CardId);
+        card.CategoryId = run.ColumnInt(2);
+        readSide(3, 5, card.Forward);
+        readSide(4, 9, card.Reverse);
+    }
+}
+
 int Database::SelectMaxErc(int32_t categoryId, int32_t& erc) {
     const Lock lock(mMutex);
     std::list<FlashCard> forward;

@@ -59,6 +59,10 @@ const std::vector<Database::PreparedText>& Database::CardTexts() {
         {&Database::mpSelectRReadySortByRNextReviewStmt, kSelectCardsAndRows,
          "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 AND RNextReview < ?"
          " ORDER BY RNextReview"},
+        {&Database::mpSelectSchedulesStmt, "",
+         "SELECT ROWID, CardId, CategoryId, ForwardX, ReverseX, Introduced, LastReview,"
+         " ReviewInterval, Difficulty, RIntroduced, RLastReview, RReviewInterval, RDifficulty"
+         " FROM Cards WHERE ROWID > ? ORDER BY ROWID LIMIT ?"},
         {&Database::mpSelectMaxErcForwardStmt, kSelectCards,
          "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY ERC DESC"},
         {&Database::mpSelectMaxErcReverseStmt, kSelectCards,

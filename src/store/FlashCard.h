@@ -62,6 +62,23 @@ struct FlashCard {
     CardSchedule Reverse;
 };
 
+// The schedules of a card without its texts, as figures over many cards need them.
+struct CardSchedules {
+    struct Side {
+        bool Introduced = false;
+        bool Excluded = false;
+        uint8_t Difficulty = 0;
+        float Interval = 0;
+        // Seconds since 1970.
+        int64_t LastReview = 0;
+    };
+    // Zero where the store has no proper identity.
+    CardUuid CardId;
+    int32_t CategoryId = -1;
+    Side Forward;
+    Side Reverse;
+};
+
 // A named group of cards. Ids are the smallest unused numbers from 0.
 struct Category {
     int32_t Id = -1;

@@ -236,6 +236,8 @@ std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& 
             backup.Path = FromUtf8(entry->path().u8string());
             backup.Bytes = entry->file_size(unreadable);
             if (!unreadable) {
+                const uintmax_t log = fs::file_size(ToPath(ReviewLogPath(backup.Path)), unreadable);
+                backup.Bytes += unreadable ? 0 : log;
                 backups.push_back(backup);
             }
         }
@@ -301,7 +303,9 @@ int CopyOpenStore(Database& database, const wxString& target) {
         error = failure.value();
         SyncDirectory(file);
     }
-    if (error != 0) {
+    if (error == 0) {
+        CopyReviewLog(database.GetPath(), target);
+    } else {
         fs::remove(ToPath(unfinished), failure);
     }
     return error;
@@ -422,6 +426,7 @@ void StoreBackups::Thin(const wxString& storePath, const wxDateTime& now) {
     for (const StoreBackup& backup : thinning.Gone) {
         std::error_code ignored;
         fs::remove(ToPath(backup.Path), ignored);
+        fs::remove(ToPath(ReviewLogPath(backup.Path)), ignored);
     }
     if (thinning.IsOverLimit || thinning.GoneBySize > 0) {
         const wxString limit = wxFileName::GetHumanReadableSize(wxULongLong(mSettings.MostBytes));

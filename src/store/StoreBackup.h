@@ -17,7 +17,8 @@
 //
 //     FlashCards2.20261125T093000Z.import.vlm
 //
-// so that a person who finds the directory can tell what each one is, and open it. The backups of
+// so that a person who finds the directory can tell what each one is, and open it. The log of
+// reviews lies beside it, as beside any store, and is restored with it. The backups of
 // stores of the same file name share their row.
 
 enum class BackupCause : uint8_t {
@@ -38,6 +39,7 @@ struct StoreBackup {
     wxString Path;
     wxDateTime Time;
     BackupCause Cause = BackupCause::kUser;
+    // With its log of reviews.
     uint64_t Bytes = 0;
 };
 

@@ -327,7 +327,48 @@ int Rename(const fs::path& source, const fs::path& target) {
     return 0;
 }
 
+void CopyLog(const fs::path& source, const fs::path& target) {
+    const FileDescriptor log(
+        ::open(Beside(source, kReviewLogSuffix).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!log.IsOpen() || ::fstat(log.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return;
+    }
+    std::string copyName = TemporaryName(target);
+    const FileDescriptor copy(::mkostemp(copyName.data(), O_CLOEXEC));
+    if (!copy.IsOpen()) {
+        return;
+    }
+    ::fchmod(copy.Get(), status.st_mode & 0777);
+    if (CopyWholeFile(log.Get(), copy.Get()) != 0 ||
+        std::rename(copyName.c_str(), Beside(target, kReviewLogSuffix).c_str()) != 0) {
+        ::unlink(copyName.c_str());
+    }
+}
+
+// A log that was at the target tells of the store that has gone from there.
+void MoveLog(const fs::path& source, const fs::path& target) {
+    const fs::path log = Beside(source, kReviewLogSuffix);
+    std::error_code error;
+    fs::remove(Beside(target, kReviewLogSuffix), error);
+    fs::rename(log, Beside(target, kReviewLogSuffix), error);
+    if (error == std::errc::cross_device_link) {
+        CopyLog(source, target);
+        if (fs::exists(Beside(target, kReviewLogSuffix), error)) {
+            fs::remove(log, error);
+        }
+    }
+}
+
 }  // namespace
+
+wxString ReviewLogPath(const wxString& storePath) {
+    return storePath + kReviewLogSuffix;
+}
+
+void CopyReviewLog(const wxString& fromStore, const wxString& toStore) {
+    CopyLog(ToPath(fromStore), ToPath(toStore));
+}
 
 wxString GetDefaultStorePath() {
     const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
@@ -397,6 +438,7 @@ int MoveStoreFile(const wxString& from, const wxString& to) {
         return result;
     }
     RemoveCompanions(source);
+    MoveLog(source, target);
     if (fs::is_symlink(link, error)) {
         fs::remove(link, error);
     }
@@ -431,6 +473,8 @@ int CopyStoreFile(const wxString& from, const wxString& to) {
     result = Rename(copyName, target);
     if (result != 0) {
         ::unlink(copyName.c_str());
+    } else {
+        CopyLog(ToPath(from), target);
     }
     return result;
 }

@@ -28,6 +28,17 @@ bool IsSameFile(const wxString& path, const wxString& other);
 // of the open store, whose locks would be gone.
 bool IsStoreOfCards(const wxString& path);
 
+// The log of reviews lies beside its store, goes where that goes, and is of use for statistics
+// alone: what cannot be done with it is no failure.
+constexpr char kReviewLogSuffix[] = ".reviews";
+
+// Returns the path of the log of reviews of a store.
+wxString ReviewLogPath(const wxString& storePath);
+
+// Copies the log of one store to another one, in the place of a log that may be there. Does nothing
+// when the first one has none.
+void CopyReviewLog(const wxString& fromStore, const wxString& toStore);
+
 // Moves the store to another path, over a plain file that may be there, and across file systems if
 // need be. Returns 0, or the system's number of the error; the store then is whole where it was,
 // and so is the file that it was to replace. At no moment are its cards in no file.

@@ -354,6 +354,7 @@ int RepairStore(const wxString& damaged, const wxString& target, RepairReport& r
     database.Close();
     fs::rename(made, ToPath(target), error);
     SyncDirectory(ToPath(target));
+    CopyReviewLog(damaged, target);
     report = salvage.Report;
     return error.value();
 }

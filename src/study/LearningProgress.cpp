@@ -9,13 +9,18 @@
 
 #include "base/Text.h"
 #include "base/Time.h"
+#include "scheduler/Scheduler.h"
 #include "shell/Forms.h"
 #include "store/Database.h"
+#include "study/StudyTexts.h"
 
 namespace {
 
 constexpr int kPanelId = 10102;
 constexpr int kTotalId = 10008;
+// The first of the six numbers of all categories.
+constexpr int kOutlookId = 10110;
+constexpr int kNextDueId = 10116;
 constexpr int kBorder = kFormGap;
 constexpr int kScrollStep = 10;
 // With fewer cards the name of the category tells nothing.
@@ -34,6 +39,18 @@ void SetNumber(wxStaticText& text, int32_t number) {
     text.SetToolTip(digits);
 }
 
+wxString NextDueText(const wxDateTime& due, const wxDateTime& now) {
+    if (!due.IsValid()) {
+        return _("No card has been scored yet");
+    }
+    if (due < now) {
+        return _("Next card due now");
+    }
+    const auto seconds = static_cast<float>((due - now).GetSeconds().ToDouble());
+    // Translators: %s is a length of time such as "3 hours".
+    return wxString::Format(_("Next card due in %s"), IntervalText(seconds));
+}
+
 }  // namespace
 
 LearningProgress::LearningProgress(Database& database, const Clock& clock, int32_t categoryId,
@@ -47,7 +64,7 @@ LearningProgress::LearningProgress(Database& database, const Clock& clock, int32
 
     SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
     wxDialog::Create(parent, id, title, position, size, style, "dialog");
-    CreateControls();
+    CreateControls(CountOutlook(database, clock.Now()), clock.Now());
     mpCategoryText->SetLabelText(wxString::Format(_("Category: %s"), ShownName(mCategoryName)));
     mpLayout->Show(mpCategoryText, mShowCategory);
     ShowCounts(database, clock);
@@ -69,7 +86,7 @@ LearningProgress::NumberTexts LearningProgress::ReverseTexts() {
             mpReverseExcludedText};
 }
 
-void LearningProgress::CreateControls() {
+void LearningProgress::CreateControls(const StudyOutlook& outlook, const wxDateTime& now) {
     auto* const panel = new wxScrolledWindow(this, kPanelId, wxDefaultPosition, wxDefaultSize,
                                              wxNO_BORDER | wxHSCROLL | wxVSCROLL, "panel");
     panel->SetScrollRate(kScrollStep, kScrollStep);
@@ -88,6 +105,7 @@ void LearningProgress::CreateControls() {
 
     CreateBox(*panel, _("Study Front to Back"), {10001, 10002, 10003, 10000}, ForwardTexts());
     CreateBox(*panel, _("Study Back to Front"), {10004, 10005, 10006, 10007}, ReverseTexts());
+    CreateOutlook(*panel, outlook, now);
 
     auto* const column = new wxBoxSizer(wxVERTICAL);
     column->Add(panel, wxSizerFlags(1).Expand().Border(wxALL, border));
@@ -115,6 +133,42 @@ void LearningProgress::CreateBox(wxScrolledWindow& panel, const wxString& label,
     texts.Memorized = addRow(ids.Memorized, _("cards memorized"));
     texts.Waiting = addRow(ids.Waiting, _("cards waiting for first review"));
     texts.Excluded = addRow(ids.Excluded, _("excluded from review"));
+}
+
+// Both directions stand side by side, in the order of the numbers in the list of categories, which
+// add up to these.
+void LearningProgress::CreateOutlook(wxScrolledWindow& panel, const StudyOutlook& outlook,
+                                     const wxDateTime& now) {
+    auto* const box = new wxStaticBoxSizer(wxVERTICAL, &panel, _("All categories"));
+    wxWindow* const parent = box->GetStaticBox();
+    const int border = FromDIP(kBorder);
+    mpLayout->Add(box, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge)));
+    auto* const table = new wxFlexGridSizer(3, border, 2 * border);
+    box->Add(table, wxSizerFlags().Border(wxALL, border));
+    const auto addText = [&](const wxString& text, int id = wxID_STATIC) {
+        table->Add(new wxStaticText(parent, id, text), wxSizerFlags().Right().CentreVertical());
+    };
+    const auto addLabel = [&](const wxString& text) {
+        table->Add(new wxStaticText(parent, wxID_STATIC, text), wxSizerFlags().CentreVertical());
+    };
+    // Translators: heads of two narrow columns of numbers.
+    addText(_("Front to Back"));
+    addText(_("Back to Front"));
+    addLabel(wxString());
+    const struct {
+        int StudyOutlook::Side::*Count;
+        int Id;
+        wxString Label;
+    } rows[] = {{&StudyOutlook::Side::Ready, kOutlookId, _("ready now")},
+                {&StudyOutlook::Side::WithinDay, kOutlookId + 2, _("due within 24 hours")},
+                {&StudyOutlook::Side::New, kOutlookId + 4, _("new cards left")}};
+    for (const auto& row : rows) {
+        addText(wxString::Format("%i", outlook.Forward.*row.Count), row.Id);
+        addText(wxString::Format("%i", outlook.Reverse.*row.Count), row.Id + 1);
+        addLabel(row.Label);
+    }
+    box->Add(new wxStaticText(parent, kNextDueId, NextDueText(outlook.NextDue, now)),
+             wxSizerFlags().Border(wxLEFT | wxRIGHT | wxBOTTOM, border));
 }
 
 // A count that fails stays 0, as there is nothing better to show.

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <wx/datetime.h>
 #include <wx/dialog.h>
 
 #include <cstdint>
 
+struct StudyOutlook;
 class Clock;
 class Database;
 class wxBoxSizer;
@@ -11,8 +13,8 @@ class wxScrolledWindow;
 class wxStaticText;
 
 // Tells how far the learning of one category has come: for each direction the numbers of cards that
-// are ready, memorized, waiting for their first review and excluded. Counts once, in the
-// constructor, and changes nothing. Main thread only.
+// are ready, memorized, waiting for their first review and excluded, and below that what waits in
+// all categories together. Counts once, in the constructor, and changes nothing. Main thread only.
 class LearningProgress : public wxDialog {
   public:
     // The Database and the clock are used by the constructor only.
@@ -45,9 +47,10 @@ class LearningProgress : public wxDialog {
 
     NumberTexts ForwardTexts();
     NumberTexts ReverseTexts();
-    void CreateControls();
+    void CreateControls(const StudyOutlook& outlook, const wxDateTime& now);
     void CreateBox(wxScrolledWindow& panel, const wxString& label, const NumberIds& ids,
                    const NumberTexts& texts);
+    void CreateOutlook(wxScrolledWindow& panel, const StudyOutlook& outlook, const wxDateTime& now);
     void ShowCounts(Database& database, const Clock& clock);
     static void ShowDirection(int32_t total, const Counts& counts, const NumberTexts& texts);
 

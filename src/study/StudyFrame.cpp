@@ -247,8 +247,10 @@ void StudyFrame::SetDatabase(Database* database) {
         mpScheduler.reset();
         return;
     }
+    mReviewLog = ReviewLog(ReviewLogPath(database->GetPath()));
     const Scheduler::Sources sources{mServices, mServices.GetMaintenancePrompt(),
-                                     mServices.GetClock(), mServices.GetReviewRandom()};
+                                     mServices.GetClock(), mServices.GetReviewRandom(),
+                                     &mReviewLog};
     mpScheduler = std::make_unique<Scheduler>(*database, sources);
     ApplyIntroduction();
     if (mReverseStudy) {

@@ -198,6 +198,8 @@ class StudyFrame : public wxFrame {
     wxPanel* mpMessagePanel = nullptr;
     wxStaticText* mpMessageText = nullptr;
     Database* mpDatabase = nullptr;
+    // The log of the store under study, which the Scheduler writes.
+    ReviewLog mReviewLog{wxString()};
     std::unique_ptr<Scheduler> mpScheduler;
     // The card for which mDefaultScore and mBackShown hold.
     CardUuid mCurrentCardId;

@@ -1,6 +1,8 @@
 #include "edit/EditFrame.h"
 
 #include "edit/EditSchedulePanel.h"
+#include "scheduler/ReviewLog.h"
+#include "shell/PlotControl.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -211,6 +213,44 @@ TEST_F(EditFrameTest, AnEditorFollowsTheStoreAndATypedTextStays) {
     mDatabase.Notify();
     DrainEvents();
     EXPECT_EQ(mServices.Closed.size(), 1U);
+}
+
+// Each schedule shows the reviews of its own direction, and those that come while the editor is
+// open; a new card has none.
+TEST_F(EditFrameTest, TheReviewsOfACardAppearBesideItsSchedule) {
+    FlashCard card = Insert(MakeCard("front", "back"));
+    ReviewLog log(ReviewLogPath(StorePath()));
+    const auto review = [&](const CardUuid& id, ReviewDirection direction, uint8_t score) {
+        ReviewRecord record;
+        record.Time = 1700000000 + 90000 * score;
+        record.CardId = id;
+        record.Direction = direction;
+        record.Score = score;
+        record.NewInterval = 86400;
+        log.Append(record);
+    };
+    review(MakeCard("another", "").CardId, kReviewForward, 1);
+    review(card.CardId, kReviewForward, 2);
+    review(card.CardId, kReviewForward, 4);
+    const auto life = [this](ReviewDirection direction) -> PlotControl& {
+        wxWindow& forward = Control(kForwardSchedule);
+        return Find<PlotControl>(direction == kReviewForward ? forward : *forward.GetNextSibling(),
+                                 10120);
+    };
+    Open(&card);
+    mDatabase.Notify();
+    EXPECT_TRUE(WaitFor([&] { return life(kReviewForward).IsShownOnScreen(); }));
+    EXPECT_EQ(life(kReviewForward).GetPlot().Table.Rows.size(), 2U);
+    EXPECT_TRUE(life(kReviewForward).GetPlot().Table.Describe(1).Contains("4"));
+    EXPECT_NE(life(kReviewReverse).GetPlot().EmptyText, "");
+    review(card.CardId, kReviewReverse, 5);
+    card.Reverse.LastReview += wxTimeSpan::Day();
+    mDatabase.UpdateFlashCard(card);
+    mDatabase.Notify();
+    EXPECT_TRUE(WaitFor([&] { return life(kReviewReverse).GetPlot().Table.Rows.size() == 1; }));
+    Type(kFront, "changed");
+    Command(ID_SAVE_NEW);
+    EXPECT_FALSE(life(kReviewForward).IsShown() || life(kReviewReverse).IsShown());
 }
 
 }  // namespace

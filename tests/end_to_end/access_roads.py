@@ -39,9 +39,10 @@ class AccessRoad(RoadTest):
 
     def look_and_tab(self, title, tools=()):
         """Each control that takes the focus gets it by Tab and is then seen, but for the other
-        choices of a group and for tools, which are entries of the menu as well."""
+        choices of a group, the rows of a list, and tools, which are entries of the menu as well."""
         controls = [control for control in self.look(title)
-                    if control.focusable and control.name not in tools]
+                    if control.focusable and control.name not in tools
+                    and control.role not in ("table cell", "scroll pane")]
         reached = set()
         for _ in range(3 * len(controls)):
             self.program.settle()
@@ -133,7 +134,8 @@ class AccessRoad(RoadTest):
         self.program.wait_no_window("Rescore")
         self.program.wait_window(STUDY_WINDOW)
         self.dialogs(STUDY_WINDOW, ("File", "Export...", "Export Options"),
-                     ("Tools", "Learning Progress...", "Learning Progress"))
+                     ("Tools", "Learning Progress...", "Learning Progress"),
+                     ("Tools", "Statistics...", "Statistics - Velomind"))
         press("ctrl+e")
         self.look_and_tab(EDIT_WINDOW, ("Save & New", "Save & Close"))
         press("ctrl+w")

@@ -76,6 +76,31 @@ TEST_F(StoreBackupTest, ThinningKeepsDaysThenMonthsAndTheNewestWithinTheSize) {
     }
 }
 
+// A backup from before there was a log leaves the present one where it is.
+TEST_F(StoreBackupTest, TheLogOfReviewsIsKeptAndGoesWithItsBackup) {
+    const wxString log = StorePath() + ".reviews";
+    StoreBackups backups = MakeBackups();
+    EXPECT_EQ(backups.Make(mDatabase, BackupCause::kUser, mNow - wxTimeSpan::Days(9)), 0);
+    for (const int minutes : {0, 1}) {
+        WriteBytes(log, minutes == 0 ? "first" : "first and second");
+        const wxDateTime time = mNow - wxTimeSpan::Days(8) + wxTimeSpan::Minutes(minutes);
+        EXPECT_EQ(backups.Make(mDatabase, BackupCause::kUser, time), 0);
+    }
+    mDatabase.Close();
+    const std::vector<StoreBackup> list = List();
+    ASSERT_EQ(list.size(), 3U);
+    EXPECT_EQ(list[0].Bytes, list[1].Bytes + 11);
+    EXPECT_EQ(RestoreBackup(list[1].Path, StorePath()), 0);
+    EXPECT_EQ(ReadBytes(log), "first");
+    EXPECT_EQ(RestoreBackup(list[2].Path, StorePath()), 0);
+    EXPECT_EQ(ReadBytes(log), "first");
+    mSettings.Least = 1;
+    EXPECT_EQ(MakeBackups().MakeOfFile(StorePath(), BackupCause::kUser, mNow), 0);
+    // One of two on the same day has gone, with its log.
+    EXPECT_EQ(List().size(), 3U);
+    EXPECT_EQ(CountFiles(), 5);
+}
+
 TEST_F(StoreBackupTest, ABackupIsAStoreOfItsOwnNamedByTimeAndCause) {
     StoreBackups backups = MakeBackups();
     EXPECT_EQ(backups.Make(mDatabase, BackupCause::kImport, mNow), 0);

@@ -30,10 +30,17 @@ TEST_F(StoreFilesTest, AMoveFollowsALinkAndReplacesAFileWithWhatWasLeftBesideIt)
     WriteBytes(target, "old");
     WriteBytes(target + "-journal", "would be played back into the cards");
     WriteBytes(target + "-wal", "and so would this");
+    WriteBytes(target + ".reviews", "of cards that are gone");
+    WriteBytes(mStore + ".reviews", "of these cards");
     WriteBytes(mStore + "-journal", std::string(512, '\0'));
     ASSERT_EQ(::symlink(mStore.utf8_str(), Path("link.vlm").utf8_str()), 0);
     EXPECT_EQ(MoveStoreFile(Path("link.vlm"), target), 0);
     EXPECT_EQ(ReadBytes(target), mCards);
+    EXPECT_EQ(ReadBytes(target + ".reviews"), "of these cards");
+    EXPECT_EQ(CountFiles(), 2u);
+    // A store without reviews does not take over those of another one.
+    WriteBytes(mStore, mCards);
+    EXPECT_EQ(MoveStoreFile(mStore, target), 0);
     EXPECT_EQ(CountFiles(), 1u);
 }
 

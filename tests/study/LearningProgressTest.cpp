@@ -23,6 +23,7 @@ TEST_F(GuiStoreTest, EachDirectionOfTheLearningProgressAddsUpToTheTotal) {
     const auto showsCategory = [](wxWindow& dialog) {
         return wxWindow::FindWindowByLabel("Category: Default", &dialog)->IsShown();
     };
+    mDatabase.CategoryInsert("Other");
     insert(0, 0, false, 0);
     EXPECT_FALSE(showsCategory(make())) << "a single card says little of its category";
     insert(60, 0, false, 0);
@@ -39,6 +40,23 @@ TEST_F(GuiStoreTest, EachDirectionOfTheLearningProgressAddsUpToTheTotal) {
     }
     EXPECT_EQ(numbers, "5 2 1 1 1 1 0 4 0 ");
     EXPECT_TRUE(showsCategory(dialog));
+    // All categories: ready, due within a day and new ones, each in both directions.
+    insert(3600 * 25, 3600 * 24 + 3599, false, 1);
+    const auto showsOutlook = [&] {
+        LearningProgress& other = make();
+        wxString text;
+        for (int id = 10110; id <= 10116; ++id) {
+            text += FindById(other, id)->GetLabel() + " ";
+        }
+        return text;
+    };
+    EXPECT_EQ(showsOutlook(), "3 2 1 1 1 4 Next card due now ");
+    ASSERT_EQ(mDatabase.Execute("UPDATE Cards SET ForwardX=1, ReverseX=1 WHERE"
+                                " NextReview<1700000000 OR RNextReview<1700000000"),
+              0);
+    EXPECT_EQ(showsOutlook(), "0 0 0 1 0 0 Next card due in 24 hours ");
+    ASSERT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
+    EXPECT_EQ(showsOutlook(), "0 0 0 0 0 0 No card has been scored yet ");
 }
 
 }  // namespace

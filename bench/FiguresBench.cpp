@@ -1,0 +1,177 @@
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include "scheduler/ReviewFigures.h"
+#include "support/Fakes.h"
+
+// The statistics of a store of 100,000 cards beside their floor, which reads the same table by bare
+// SQLite and the bytes of the log: from nothing, as when the window opens, and again for another
+// question, when the log has been read.
+namespace {
+
+constexpr int kCards = 100000;
+constexpr int64_t kNow = 1764000000;
+
+CardUuid IdOf(int card) {
+    CardUuid id;
+    // As the store below makes them.
+    const wxString text =
+        wxString::Format("%08x-0000-4000-8000-%012x", static_cast<unsigned>(card) * 2654435761U,
+                         static_cast<unsigned>(card));
+    ParseUuid(text, id);
+    return id;
+}
+
+std::string FillSql() {
+    return "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+           std::to_string(kCards - 1) +
+           ") INSERT INTO Cards (CardId, Front, Back, CategoryId, Author, Chapter, "
+           "IntroductionOrder, ForwardX, ReverseX, Notes, Introduced, LastReview, LastScore, "
+           "ReviewInterval, Difficulty, NextReview, ERC, RIntroduced, RLastReview, RLastScore, "
+           "RReviewInterval, RDifficulty, RNextReview, RERC) SELECT printf('%08x-0000-4000-8000-"
+           "%012x', i * 2654435761 % 4294967296, i), 'the front of card ' || i, 'what stands on "
+           "the back of card ' || i, i % 10, '', '', i, 0, 0, 'a note that helps with card ' || i, "
+           "1, 1764000000 - i * 31 % 9000000, 3, 1.0 + i * 7919 % 20000000, i % 33, 1764000000 - i "
+           "* 31 % 9000000 + 1 + i * 7919 % 20000000, 0, i % 2, 1760000000, 0, 86400.0, 16, "
+           "1760086400, 0 FROM n";
+}
+
+void WriteLog(const wxString& path, int64_t lines) {
+    std::mt19937 random(7);
+    std::ofstream file(path.utf8_string());
+    for (int64_t i = 0; i < lines; ++i) {
+        ReviewRecord record;
+        // Ten years, in order.
+        record.Time = kNow - 315360000 + 315360000 / lines * i;
+        record.CardId = IdOf(static_cast<int>(random() % kCards));
+        record.Direction = random() % 4 == 0 ? kReviewReverse : kReviewForward;
+        record.Score = static_cast<uint8_t>(random() % 6);
+        record.Elapsed = random() % 10 == 0 ? -1 : static_cast<int64_t>(random() % 20000000);
+        record.OldInterval = static_cast<float>(random() % 10000000);
+        record.NewInterval = static_cast<float>(random() % 10000000) / 7;
+        record.OldDifficulty = record.NewDifficulty = 16;
+        file << FormatReviewLine(record);
+    }
+}
+
+double Milliseconds(const std::chrono::steady_clock::time_point& start) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
+// Reads what the figures are made of and looks at nothing.
+void ReadBare(const std::string& store, const std::string& log) {
+    sqlite3* handle = nullptr;
+    sqlite3_open(store.c_str(), &handle);
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(handle,
+                       "SELECT CardId, CategoryId, ForwardX, ReverseX, Introduced, LastReview, "
+                       "ReviewInterval, Difficulty, RIntroduced, RLastReview, RReviewInterval, "
+                       "RDifficulty FROM Cards",
+                       -1, &statement, nullptr);
+    while (sqlite3_step(statement) == SQLITE_ROW) {
+        benchmark::DoNotOptimize(sqlite3_column_text16(statement, 0));
+        for (int column = 1; column < 12; ++column) {
+            benchmark::DoNotOptimize(sqlite3_column_double(statement, column));
+        }
+    }
+    sqlite3_finalize(statement);
+    sqlite3_close(handle);
+    std::ifstream file(log);
+    std::vector<char> buffer(size_t{1} << 20);
+    while (file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()))) {
+        benchmark::DoNotOptimize(buffer.data());
+    }
+}
+
+void StatisticsFigures(benchmark::State& state) {
+    const std::string directory = std::string(VELOMIND_BENCH_DIRECTORY) + "/figures";
+    std::filesystem::create_directories(directory);
+    const std::string path = directory + "/store.vlm";
+    std::filesystem::remove(path);
+    RecordingReport report;
+    SilentUpgradeWait wait;
+    Database database(report);
+    bool isMade = database.Open(wxString::FromUTF8(path), wait) >= 0;
+    for (int i = 0; i < 10; ++i) {
+        isMade = isMade && database.CategoryInsert(wxString::Format("category %i", i)) >= 0;
+    }
+    if (!isMade || database.Execute(FillSql()) < 0) {
+        state.SkipWithError("cannot make the store");
+        return;
+    }
+    const wxString log = ReviewLogPath(database.GetPath());
+    WriteLog(log, state.range(0));
+    ReviewQuery query;
+    query.Now = wxDateTime(static_cast<time_t>(kNow));
+    const std::atomic<bool> cancelled{false};
+    ReviewHistory known;
+    ReviewFigures figures;
+    ReadReviewFigures(database, query, known, cancelled, figures);
+    std::vector<double> floors;
+    std::vector<double> times;
+    for (auto _ : state) {
+        auto start = std::chrono::steady_clock::now();
+        ReadBare(path, log.utf8_string());
+        floors.push_back(Milliseconds(start));
+        ReviewHistory fresh;
+        start = std::chrono::steady_clock::now();
+        ReadReviewFigures(database, query, state.range(1) != 0 ? known : fresh, cancelled, figures);
+        times.push_back(Milliseconds(start));
+        state.SetIterationTime(times.back() * 1e-3);
+    }
+    if (figures.Log.Reviews != state.range(0) || figures.Hardest.size() != kMostHardCards) {
+        state.SkipWithError("the log was not read");
+    }
+    std::sort(floors.begin(), floors.end());
+    std::sort(times.begin(), times.end());
+    state.counters["ratio"] = times[times.size() / 2] / floors[floors.size() / 2];
+    state.counters["own_ms"] = times[times.size() / 2];
+    state.counters["least_ms"] = times.front();
+    database.Close();
+    std::filesystem::remove_all(directory);
+}
+
+BENCHMARK(StatisticsFigures)
+    ->ArgNames({"lines", "again"})
+    ->ArgsProduct({{10000, 100000, 1000000}, {0, 1}})
+    ->Iterations(9)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+// One score's line, which study waits for.
+void ReviewLogAppend(benchmark::State& state) {
+    const std::string directory = std::string(VELOMIND_BENCH_DIRECTORY) + "/figures";
+    std::filesystem::create_directories(directory);
+    const wxString path = wxString::FromUTF8(directory + "/append.reviews");
+    WriteLog(path, state.range(0));
+    ReviewLog log(path);
+    ReviewRecord record;
+    record.Time = kNow;
+    record.CardId = IdOf(7);
+    std::vector<double> times;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        log.Append(record);
+        times.push_back(Milliseconds(start));
+        state.SetIterationTime(times.back() * 1e-3);
+    }
+    std::sort(times.begin(), times.end());
+    state.counters["own_ms"] = times[times.size() / 2];
+    std::filesystem::remove_all(directory);
+}
+
+BENCHMARK(ReviewLogAppend)
+    ->ArgName("lines")
+    ->Arg(1000)
+    ->Arg(1000000)
+    ->Iterations(2000)
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+
+}  // namespace

@@ -1,0 +1,485 @@
+#include "statistics/StatisticsFrame.h"
+
+#include <wx/bitmap.h>
+#include <wx/button.h>
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/clipbrd.h>
+#include <wx/dataobj.h>
+#include <wx/file.h>
+#include <wx/filedlg.h>
+#include <wx/filename.h>
+#include <wx/image.h>
+#include <wx/listbox.h>
+#include <wx/listctrl.h>
+#include <wx/log.h>
+#include <wx/mstream.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+
+#include <algorithm>
+#include <atomic>
+#include <string>
+#include <utility>
+
+#include "base/Text.h"
+#include "exchange/Worker.h"
+#include "shell/AppServices.h"
+#include "shell/CommandIds.h"
+#include "shell/Forms.h"
+#include "shell/MenuBar.h"
+#include "shell/MessageBox.h"
+#include "shell/PlotControl.h"
+#include "shell/PlotDrawing.h"
+#include "shell/ProgramInfo.h"
+#include "shell/Settings.h"
+#include "shell/Toolkit.h"
+#include "statistics/StatisticsOverview.h"
+#include "store/Database.h"
+
+// Counts once. The history belongs to the window, which leaves it alone meanwhile.
+class FiguresJob : public Worker {
+  public:
+    FiguresJob(Database& database, const ReviewQuery& query, ReviewHistory& history)
+        : mDatabase(database), mQuery(query), mHistory(history), mPath(database.GetPath()) {}
+    ~FiguresJob() override { FiguresJob::Cancel(); }
+
+    int32_t GetMaximum() const override { return 1; }
+    int32_t GetPosition() const override { return IsFinished() ? 1 : 0; }
+    void Cancel() override {
+        AskToStop();
+        Join();
+    }
+    void AskToStop() { mCancelled = true; }
+
+    // Valid once the job has finished. False when the store could not be read or was changed for
+    // another one.
+    bool HasFigures() const { return mResult == 0 && mDatabase.GetPath() == mPath; }
+    const ReviewFigures& GetFigures() const { return mFigures; }
+    ReviewSpan GetSpan() const { return mQuery.Span; }
+
+  protected:
+    void Work() override {
+        mResult = ReadReviewFigures(mDatabase, mQuery, mHistory, mCancelled, mFigures);
+    }
+
+  private:
+    Database& mDatabase;
+    const ReviewQuery mQuery;
+    ReviewHistory& mHistory;
+    const wxString mPath;
+    std::atomic<bool> mCancelled{false};
+    // Written by the worker and read once it has ended.
+    int mResult = -1;
+    ReviewFigures mFigures;
+};
+
+// The numbers of a plot as a list, which makes its rows as they are shown.
+class NumbersList : public wxListCtrl {
+  public:
+    NumbersList(wxWindow* parent, wxWindowID id)
+        : wxListCtrl(parent, id, wxDefaultPosition, wxDefaultSize,
+                     wxLC_REPORT | wxLC_VIRTUAL | wxLC_SINGLE_SEL, wxDefaultValidator, "numbers") {}
+
+    void SetTable(const PlotTable& table) {
+        mpTable = &table;
+        DeleteAllColumns();
+        const int width =
+            std::max(FromDIP(90), (GetClientSize().x - FromDIP(20)) /
+                                      std::max(1, static_cast<int>(table.Headings.size())));
+        for (size_t i = 0; i < table.Headings.size(); ++i) {
+            AppendColumn(table.Headings[i], i == 0 ? wxLIST_FORMAT_LEFT : wxLIST_FORMAT_RIGHT,
+                         std::max(width, GetTextExtent(table.Headings[i]).x + FromDIP(24)));
+        }
+        SetItemCount(static_cast<long>(table.Rows.size()));
+        if (!table.Rows.empty() && GetFocusedItem() < 0) {
+            SetItemState(0, wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED,
+                         wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED);
+        }
+        Refresh();
+        Tell();
+    }
+    // Makes a screen reader say the row that the keys act on.
+    void Tell() {
+        TellRow(*this, mpTable->Describe(static_cast<int>(GetFocusedItem())), _("Numbers"));
+    }
+
+  protected:
+    wxString OnGetItemText(long item, long column) const override {
+        return mpTable->Rows[static_cast<size_t>(item)][static_cast<size_t>(column)];
+    }
+
+  private:
+    long GetFocusedItem() const { return GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
+
+    const PlotTable* mpTable = nullptr;
+};
+
+namespace {
+
+const wxSize kFirstSize(960, 680);
+const wxSize kSmallestSize(720, 520);
+const wxSize kPictureSize(900, 520);
+constexpr int kPictureScale = 2;
+// The window looks this often whether the worker has ended, in milliseconds.
+constexpr int kTick = 15;
+
+constexpr int kCategoryId = 11210;
+constexpr int kDirectionId = 11211;
+constexpr int kSpanId = 11212;
+constexpr int kPagesId = 11213;
+constexpr int kPlotId = 11214;
+constexpr int kNumbersId = 11215;
+constexpr int kShowNumbersId = 11216;
+
+// Commands of other windows.
+constexpr int kForeignCommands[] = {wxID_OPEN,        ID_SAVE_CLOSE,    ID_SAVE_NEW,
+                                    ID_STUDY_FORWARD, ID_STUDY_REVERSE, ID_CUSTOMIZE_MENU};
+
+// In the order of the choice of directions.
+constexpr int kDirections[] = {kReviewForward | kReviewReverse, kReviewForward, kReviewReverse};
+
+// Puts the bytes into a file, in place of what was there only once all are written.
+bool WriteWhole(const wxString& path, const void* bytes, size_t size) {
+    wxTempFile file(path);
+    return file.IsOpened() && file.Write(bytes, size) && file.Commit();
+}
+
+// Returns a title as a file name: without characters that some file systems refuse.
+wxString FileNameOf(const wxString& title) {
+    wxString name = title;
+    for (const wxUniChar character : wxFileName::GetForbiddenChars() + wxString("/\\")) {
+        name.Replace(wxString(character), "_");
+    }
+    return name;
+}
+
+}  // namespace
+
+StatisticsFrame::StatisticsFrame(AppServices& services)
+    : wxFrame(nullptr, ID_WINDOW_STATISTICS, _("Statistics - Velomind"), wxDefaultPosition,
+              wxDefaultSize, wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL, "frame"),
+      mServices(services),
+      mPlots(MakeUncountedPlots()),
+      mTimer(this) {
+    InitFrame(*this, "statistics_window");
+    for (const int id : kForeignCommands) {
+        RemoveMenuItem(*GetMenuBar(), id);
+    }
+    BuildControls();
+    BindCommands();
+    SetMinSize(FromDIP(kSmallestSize));
+    SetSize(FromDIP(kFirstSize));
+    Centre(wxBOTH);
+    RestoreWindowPosition(kSettingStatisticsFramePosition, kApplicationName, *this);
+    ShowPage(StatisticsPage::Overview);
+    ShowPlots();
+    mpPages->SetFocus();
+}
+
+StatisticsFrame::~StatisticsFrame() {
+    LetGoOfStore();
+}
+
+void StatisticsFrame::SetDatabase(Database* database) {
+    mpDatabase = database;
+    mStoreAttachment.Attach(database, this);
+    if (database != nullptr) {
+        ListCategories();
+        Count();
+    }
+}
+
+void StatisticsFrame::Update(Subject*) {
+    ListCategories();
+    Count();
+}
+
+StatisticsPage StatisticsFrame::GetPage() const {
+    return static_cast<StatisticsPage>(std::max(0, mpPages->GetSelection()));
+}
+
+void StatisticsFrame::ShowPage(StatisticsPage page) {
+    mpPages->SetSelection(static_cast<int>(page));
+    ShowCurrent();
+}
+
+void StatisticsFrame::BuildControls() {
+    auto* const panel = new wxPanel(this);
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    const int gap = FromDIP(kFormEdge);
+    wxArrayString names;
+    for (size_t i = 0; i < kStatisticsPageCount; ++i) {
+        names.push_back(StatisticsPageName(static_cast<StatisticsPage>(i)));
+    }
+    mpPages = new wxListBox(panel, kPagesId, wxDefaultPosition, wxDefaultSize, names, wxLB_SINGLE);
+    SetAccessibleName(*mpPages, _("Pages"));
+    mpOverview = new StatisticsOverview(panel, [this](StatisticsPage page) {
+        ShowPage(page);
+        mpPages->SetFocus();
+    });
+    mpPlot = new PlotControl(panel, kPlotId);
+    mpNumbers = new NumbersList(panel, kNumbersId);
+    auto* const content = new wxBoxSizer(wxVERTICAL);
+    for (wxWindow* const part : {static_cast<wxWindow*>(mpOverview), static_cast<wxWindow*>(mpPlot),
+                                 static_cast<wxWindow*>(mpNumbers)}) {
+        content->Add(part, wxSizerFlags(1).Expand());
+    }
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    row->Add(mpPages, wxSizerFlags().Expand().Border(wxRIGHT, gap));
+    row->Add(content, wxSizerFlags(1).Expand());
+    mpCategory = nullptr;
+    column->Add(BuildChoices(), wxSizerFlags().Expand().Border(wxALL, gap));
+    column->Add(row, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT, gap));
+    column->Add(BuildButtons(), wxSizerFlags().Expand().Border(wxALL, gap));
+    panel->SetSizer(column);
+}
+
+wxChoice* StatisticsFrame::AddChoice(wxSizer& row, int id, const wxString& label,
+                                     const wxArrayString& entries) {
+    wxChoice* const choice = MakeChoice(*mpPages->GetParent(), id, entries);
+    choice->MoveBeforeInTabOrder(mpPages);
+    row.Add(MakeFormLabel(label, *choice),
+            wxSizerFlags().CentreVertical().Border(wxRIGHT, FromDIP(kFormGap)));
+    row.Add(choice, wxSizerFlags().CentreVertical().Border(wxRIGHT, FromDIP(2 * kFormEdge)));
+    choice->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { Count(); });
+    return choice;
+}
+
+wxSizer* StatisticsFrame::BuildChoices() {
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    wxArrayString categories;
+    categories.push_back(_("All Categories"));
+    mpCategory = AddChoice(*row, kCategoryId, _("Cate&gory:"), categories);
+    wxArrayString directions;
+    directions.push_back(_("Both Directions"));
+    directions.push_back(_("Front to Back"));
+    directions.push_back(_("Back to Front"));
+    mpDirection = AddChoice(*row, kDirectionId, _("&Direction:"), directions);
+    wxArrayString spans;
+    spans.push_back(_("1 Month"));
+    spans.push_back(_("3 Months"));
+    spans.push_back(_("1 Year"));
+    spans.push_back(_("All"));
+    mpSpan = AddChoice(*row, kSpanId, _("Ti&me:"), spans);
+    return row;
+}
+
+wxSizer* StatisticsFrame::BuildButtons() {
+    wxWindow* const panel = mpPages->GetParent();
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    mpShowNumbers = new wxCheckBox(panel, kShowNumbersId, _("Show &Numbers"));
+    mpCopy = new wxButton(panel, wxID_COPY, _("&Copy"));
+    mpCopy->SetToolTip(_("Copies the numbers as a table, and the picture."));
+    mpSave = new wxButton(panel, wxID_SAVEAS, _("Save Picture &As..."));
+    row->Add(mpShowNumbers, wxSizerFlags().CentreVertical());
+    row->AddStretchSpacer();
+    row->Add(mpCopy, wxSizerFlags().Border(wxRIGHT, FromDIP(kFormGap)));
+    row->Add(mpSave);
+    return row;
+}
+
+void StatisticsFrame::BindCommands() {
+    Bind(wxEVT_TIMER, &StatisticsFrame::OnTimer, this);
+    Bind(wxEVT_ACTIVATE, &StatisticsFrame::OnActivate, this);
+    Bind(wxEVT_CLOSE_WINDOW, &StatisticsFrame::OnClose, this);
+    Bind(wxEVT_CHAR_HOOK, &StatisticsFrame::OnCharHook, this);
+    mpPages->Bind(wxEVT_LISTBOX, [this](wxCommandEvent&) { ShowCurrent(); });
+    mpShowNumbers->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { ShowCurrent(); });
+    mpPlot->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OpenCard(mpPlot->GetMarkedRow()); });
+    mpNumbers->Bind(wxEVT_LIST_ITEM_ACTIVATED,
+                    [this](wxListEvent& event) { OpenCard(static_cast<int>(event.GetIndex())); });
+    mpNumbers->Bind(wxEVT_LIST_ITEM_FOCUSED, [this](wxListEvent& event) {
+        event.Skip();
+        mpNumbers->Tell();
+    });
+    const auto copy = [this](wxCommandEvent&) { Copy(); };
+    Bind(wxEVT_BUTTON, copy, wxID_COPY);
+    Bind(wxEVT_MENU, copy, wxID_COPY);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) { event.Enable(!CurrentPlot().Table.Rows.empty()); },
+        wxID_COPY);
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { Save(); }, wxID_SAVEAS);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
+}
+
+// Keeps the chosen category while the store has it.
+void StatisticsFrame::ListCategories() {
+    const int chosen = mpCategory->GetSelection();
+    const int32_t id = chosen > 0 ? mCategories[static_cast<size_t>(chosen) - 1].Id : -1;
+    std::list<Category> categories;
+    mpDatabase->SelectAllCategories(categories);
+    mCategories.assign(categories.begin(), categories.end());
+    wxArrayString names;
+    names.push_back(_("All Categories"));
+    int selection = 0;
+    for (const Category& category : mCategories) {
+        if (chosen > 0 && category.Id == id) {
+            selection = static_cast<int>(names.size());
+        }
+        names.push_back(wxControl::EscapeMnemonics(ShownName(category.Name)));
+    }
+    mpCategory->Set(names);
+    mpCategory->SetSelection(selection);
+    mpCategory->GetParent()->Layout();
+}
+
+ReviewQuery StatisticsFrame::ReadQuery() const {
+    ReviewQuery query;
+    const int category = mpCategory->GetSelection();
+    if (category > 0) {
+        query.CategoryId = mCategories[static_cast<size_t>(category) - 1].Id;
+    }
+    query.Directions = kDirections[std::max(0, mpDirection->GetSelection())];
+    query.Span = static_cast<ReviewSpan>(std::max(0, mpSpan->GetSelection()));
+    query.Now = mServices.GetClock().Now();
+    return query;
+}
+
+void StatisticsFrame::Count() {
+    if (mpJob != nullptr) {
+        mpJob->AskToStop();
+        mCountAgain = true;
+    } else {
+        StartJob();
+    }
+}
+
+void StatisticsFrame::StartJob() {
+    mCountAgain = false;
+    if (mpDatabase == nullptr || !mpDatabase->IsOpen()) {
+        return;
+    }
+    mpJob = std::make_unique<FiguresJob>(*mpDatabase, ReadQuery(), mHistory);
+    mpJob->Start();
+    mTimer.Start(kTick);
+}
+
+void StatisticsFrame::OnTimer(wxTimerEvent&) {
+    if (mpJob == nullptr || !mpJob->IsFinished()) {
+        return;
+    }
+    mTimer.Stop();
+    TakeFigures();
+    if (mCountAgain) {
+        StartJob();
+    }
+}
+
+void StatisticsFrame::TakeFigures() {
+    const std::unique_ptr<FiguresJob> job = std::move(mpJob);
+    job->Join();
+    if (job->HasFigures() && !mCountAgain) {
+        mHardest = job->GetFigures().Hardest;
+        mPlots = MakeStatisticsPlots(job->GetFigures(), job->GetSpan());
+        ShowPlots();
+    }
+}
+
+void StatisticsFrame::ShowPlots() {
+    mpOverview->SetPlots(mPlots);
+    ShowCurrent();
+}
+
+void StatisticsFrame::ShowCurrent() {
+    const bool isOverview = GetPage() == StatisticsPage::Overview;
+    const bool hasNumbers = mpShowNumbers->GetValue();
+    mpPlot->SetPlot(CurrentPlot());
+    mpOverview->Show(isOverview && !hasNumbers);
+    mpPlot->Show(!isOverview && !hasNumbers);
+    mpNumbers->Show(hasNumbers);
+    mpNumbers->GetParent()->Layout();
+    mpNumbers->SetTable(CurrentPlot().Table);
+    mpCopy->Enable(!CurrentPlot().Table.Rows.empty());
+    mpSave->Enable(!isOverview && CurrentPlot().EmptyText.empty());
+}
+
+void StatisticsFrame::Copy() {
+    const Plot& plot = CurrentPlot();
+    if (plot.Table.Rows.empty() || !wxTheClipboard->Open()) {
+        return;
+    }
+    auto* const data = new wxDataObjectComposite;
+    data->Add(new wxTextDataObject(plot.Table.TabSeparated()), true);
+    if (GetPage() != StatisticsPage::Overview && plot.EmptyText.empty()) {
+        data->Add(new wxBitmapDataObject(DrawPlotAsBitmap(plot, kPictureSize, kPictureScale)));
+    }
+    wxTheClipboard->SetData(data);
+    wxTheClipboard->Close();
+}
+
+void StatisticsFrame::Save() {
+    wxFileDialog dialog(this, _("Save Picture"), wxString(), FileNameOf(CurrentPlot().Title),
+                        _("Picture (*.png)") + "|*.png|" + _("Drawing (*.svg)") + "|*.svg",
+                        wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
+    if (dialog.ShowModal() != wxID_OK) {
+        return;
+    }
+    wxFileName file(dialog.GetPath());
+    if (!file.GetExt().IsSameAs("svg", false) && !file.GetExt().IsSameAs("png", false)) {
+        file.SetFullName(file.GetFullName() + (dialog.GetFilterIndex() == 1 ? ".svg" : ".png"));
+    }
+    if (!SavePicture(file.GetFullPath())) {
+        ShowMessageBox(
+            wxString::Format(_("The picture could not be written to \"%s\"."), file.GetFullPath()),
+            _("Save Picture"), wxOK | wxCENTRE, this);
+    }
+}
+
+bool StatisticsFrame::SavePicture(const wxString& path) const {
+    const wxLogNull noMessages;
+    if (wxFileName(path).GetExt().IsSameAs("svg", false)) {
+        const std::string svg = DrawPlotAsSvg(CurrentPlot(), kPictureSize);
+        return WriteWhole(path, svg.data(), svg.size());
+    }
+    wxMemoryOutputStream stream;
+    const wxBitmap bitmap = DrawPlotAsBitmap(CurrentPlot(), kPictureSize, kPictureScale);
+    return bitmap.ConvertToImage().SaveFile(stream, wxBITMAP_TYPE_PNG) &&
+           WriteWhole(path, stream.GetOutputStreamBuffer()->GetBufferStart(), stream.GetSize());
+}
+
+// The store may have lost the card since it was counted; the editor then stays away.
+void StatisticsFrame::OpenCard(int row) {
+    if (GetPage() != StatisticsPage::HardestCards || row < 0 ||
+        static_cast<size_t>(row) >= mHardest.size()) {
+        return;
+    }
+    FlashCard card;
+    card.CardId = mHardest[static_cast<size_t>(row)].CardId;
+    mServices.OpenEditor(card);
+}
+
+// Called when the window closes: the object is destroyed later, when the store may be gone.
+void StatisticsFrame::LetGoOfStore() {
+    mTimer.Stop();
+    mpJob.reset();
+    mStoreAttachment.Detach();
+    mpDatabase = nullptr;
+}
+
+void StatisticsFrame::OnActivate(wxActivateEvent& event) {
+    event.Skip();
+    if (event.GetActive() && mpDatabase != nullptr) {
+        mServices.FrameActivated(*this);
+        // A score does not tell the windows, and time has passed.
+        Count();
+    }
+}
+
+void StatisticsFrame::OnClose(wxCloseEvent& event) {
+    event.Skip();
+    SaveWindowPosition(kSettingStatisticsFramePosition, kApplicationName, *this);
+    LetGoOfStore();
+    mServices.FrameClosed(*this);
+}
+
+void StatisticsFrame::OnCharHook(wxKeyEvent& event) {
+    if (event.GetKeyCode() == WXK_ESCAPE && event.GetModifiers() == wxMOD_NONE) {
+        Close(false);
+    } else {
+        event.Skip();
+    }
+}

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <wx/frame.h>
+#include <wx/timer.h>
+
+#include <array>
+#include <list>
+#include <memory>
+#include <vector>
+
+#include "scheduler/ReviewLog.h"
+#include "statistics/StatisticsPlots.h"
+#include "store/FlashCard.h"
+#include "store/Subject.h"
+
+class AppServices;
+class Database;
+class FiguresJob;
+class NumbersList;
+class PlotControl;
+class wxBoxSizer;
+class wxButton;
+class wxChoice;
+class wxListBox;
+class wxListEvent;
+class wxStaticText;
+class wxCheckBox;
+
+// The small pictures and the answers of the first page, one above the other.
+class StatisticsOverview;
+
+// The window that shows what was learnt and what comes: a list of pages, each a plot whose numbers
+// can be had as a table, copied and saved. It counts on a worker thread when it opens, comes to the
+// front or hears of a change of the store, and goes on showing the last figures meanwhile. At most
+// one is open; it deletes itself when it closes. Main thread only.
+class StatisticsFrame : public wxFrame, private Observer {
+  public:
+    // The services are not owned and must outlive the window.
+    explicit StatisticsFrame(AppServices& services);
+    ~StatisticsFrame() override;
+
+    // Shows that store, which is not owned; null shows none.
+    void SetDatabase(Database* database);
+
+    // True while the figures on show are not those of the present choices.
+    bool IsCounting() const { return mpJob != nullptr; }
+    StatisticsPage GetPage() const;
+    void ShowPage(StatisticsPage page);
+
+    // Writes the picture of the page: SVG when the path ends so, else PNG with two pixels for each
+    // unit. Returns false when the file could not be written; it is then as it was.
+    bool SavePicture(const wxString& path) const;
+
+  private:
+    void Update(Subject* subject) override;
+
+    void BuildControls();
+    wxSizer* BuildChoices();
+    wxSizer* BuildButtons();
+    wxChoice* AddChoice(wxSizer& row, int id, const wxString& label, const wxArrayString& entries);
+    void BindCommands();
+    void ListCategories();
+    ReviewQuery ReadQuery() const;
+    const Plot& CurrentPlot() const { return mPlots[static_cast<size_t>(GetPage())]; }
+
+    void Count();
+    void StartJob();
+    void TakeFigures();
+    void ShowPlots();
+    void ShowCurrent();
+    void Copy();
+    void Save();
+    void OpenCard(int row);
+    void LetGoOfStore();
+
+    void OnTimer(wxTimerEvent& event);
+    void OnActivate(wxActivateEvent& event);
+    void OnClose(wxCloseEvent& event);
+    void OnCharHook(wxKeyEvent& event);
+
+    AppServices& mServices;
+    Database* mpDatabase = nullptr;
+    wxChoice* mpCategory = nullptr;
+    wxChoice* mpDirection = nullptr;
+    wxChoice* mpSpan = nullptr;
+    wxListBox* mpPages = nullptr;
+    StatisticsOverview* mpOverview = nullptr;
+    PlotControl* mpPlot = nullptr;
+    NumbersList* mpNumbers = nullptr;
+    wxCheckBox* mpShowNumbers = nullptr;
+    wxButton* mpCopy = nullptr;
+    wxButton* mpSave = nullptr;
+
+    // The categories of the choice, from its second entry on.
+    std::vector<Category> mCategories;
+    StatisticsPlots mPlots;
+    std::vector<HardCard> mHardest;
+    // Read by the worker while there is one, else by nobody.
+    ReviewHistory mHistory;
+    std::unique_ptr<FiguresJob> mpJob;
+    // The choices or the store changed while the worker was counting.
+    bool mCountAgain = false;
+    wxTimer mTimer;
+    SubjectAttachment mStoreAttachment;
+};
