@@ -123,7 +123,7 @@ void PlotControl::OnPaint(wxPaintEvent&) {
 }
 
 void PlotControl::OnKey(wxKeyEvent& event) {
-    const int last = static_cast<int>(mRows.size()) - 1;
+    const int last = static_cast<int>(mPlot.Table.Rows.size()) - 1;
     switch (event.GetKeyCode()) {
         case WXK_LEFT:
         case WXK_UP:

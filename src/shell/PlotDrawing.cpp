@@ -38,6 +38,8 @@ constexpr double kBarPart = 0.82;
 constexpr double kNarrowPlace = 4.0;
 constexpr double kThickestRow = 26.0;
 constexpr double kLargestDay = 22.0;
+// With fewer lines of text, a picture is drawn compact.
+constexpr double kLinesOfAll = 8.5;
 // The first character of the scripts of East Asia.
 constexpr wchar_t kFirstWide = 0x2e80;
 
@@ -607,7 +609,10 @@ void PlotPainter::DrawShades(double left, double y) {
 
 std::vector<wxRect2DDouble> DrawPlot(PlotCanvas& canvas, const Plot& plot, const wxSize& size,
                                      const PlotLook& look, const PlotOptions& options) {
-    return PlotPainter(canvas, plot, size, look, options).Draw();
+    PlotOptions fitting = options;
+    // A low picture is for the numbers.
+    fitting.IsCompact |= size.y < kLinesOfAll * canvas.HeightOf(PlotText::Usual);
+    return PlotPainter(canvas, plot, size, look, fitting).Draw();
 }
 
 std::string DrawPlotAsSvg(const Plot& plot, const wxSize& size) {

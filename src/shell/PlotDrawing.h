@@ -43,7 +43,8 @@ struct PlotOptions {
     bool HasTitle = true;
     // The summary stands below the title.
     bool HasSummary = true;
-    // A small picture: no legend, no titles of axes and no notes.
+    // A small picture: no legend, no titles of axes and no notes. One that is too low for them is
+    // always drawn so.
     bool IsCompact = false;
     // The row of the table that is marked, or -1.
     int MarkedRow = -1;

@@ -84,12 +84,9 @@ class NumbersList : public wxListCtrl {
     void SetTable(const PlotTable& table) {
         mpTable = &table;
         DeleteAllColumns();
-        const int width =
-            std::max(FromDIP(90), (GetClientSize().x - FromDIP(20)) /
-                                      std::max(1, static_cast<int>(table.Headings.size())));
         for (size_t i = 0; i < table.Headings.size(); ++i) {
             AppendColumn(table.Headings[i], i == 0 ? wxLIST_FORMAT_LEFT : wxLIST_FORMAT_RIGHT,
-                         std::max(width, GetTextExtent(table.Headings[i]).x + FromDIP(24)));
+                         WidthOfColumn(i));
         }
         SetItemCount(static_cast<long>(table.Rows.size()));
         if (!table.Rows.empty() && GetFocusedItem() < 0) {
@@ -110,6 +107,16 @@ class NumbersList : public wxListCtrl {
     }
 
   private:
+    // Wide enough for the heading and the first rows, but not for a whole card.
+    int WidthOfColumn(size_t column) const {
+        constexpr size_t kRowsMeasured = 100;
+        int width = GetTextExtent(mpTable->Headings[column]).x;
+        const size_t rows = std::min(mpTable->Rows.size(), kRowsMeasured);
+        for (size_t i = 0; i < rows; ++i) {
+            width = std::max(width, GetTextExtent(mpTable->Rows[i][column]).x);
+        }
+        return std::min(width, FromDIP(320)) + FromDIP(24);
+    }
     long GetFocusedItem() const { return GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
 
     const PlotTable* mpTable = nullptr;
@@ -118,7 +125,9 @@ class NumbersList : public wxListCtrl {
 namespace {
 
 const wxSize kFirstSize(960, 680);
-const wxSize kSmallestSize(720, 520);
+const wxSize kSmallestSize(760, 560);
+// A longer name of a category would push the other choices out of the window.
+constexpr int kWidestCategory = 180;
 const wxSize kPictureSize(900, 520);
 constexpr int kPictureScale = 2;
 // The window looks this often whether the worker has ended, in milliseconds.
@@ -143,6 +152,15 @@ constexpr int kDirections[] = {kReviewForward | kReviewReverse, kReviewForward, 
 bool WriteWhole(const wxString& path, const void* bytes, size_t size) {
     wxTempFile file(path);
     return file.IsOpened() && file.Write(bytes, size) && file.Commit();
+}
+
+// Returns a name, or its beginning and an ellipsis, that is no wider than that.
+wxString CutToWidth(const wxWindow& window, const wxString& name, int width) {
+    wxString cut = name;
+    for (size_t most = name.length(); most > 1 && window.GetTextExtent(cut).x > width;) {
+        cut = CutWithEllipsis(name, --most);
+    }
+    return cut;
 }
 
 // Returns a title as a file name: without characters that some file systems refuse.
@@ -320,7 +338,8 @@ void StatisticsFrame::ListCategories() {
         if (chosen > 0 && category.Id == id) {
             selection = static_cast<int>(names.size());
         }
-        names.push_back(wxControl::EscapeMnemonics(ShownName(category.Name)));
+        names.push_back(
+            CutToWidth(*mpCategory, ShownName(category.Name), FromDIP(kWidestCategory)));
     }
     mpCategory->Set(names);
     mpCategory->SetSelection(selection);

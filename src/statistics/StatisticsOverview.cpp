@@ -2,6 +2,7 @@
 
 #include <wx/sizer.h>
 #include <wx/stattext.h>
+#include <wx/wrapsizer.h>
 
 #include <utility>
 
@@ -22,8 +23,7 @@ StatisticsOverview::StatisticsOverview(wxWindow* parent, PageOpener openPage) {
     wxPanel::Create(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL,
                     "overview");
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    auto* const answers =
-        new wxFlexGridSizer(static_cast<int>(kAnswerCount), FromDIP(wxSize(2 * kFormEdge, 0)));
+    auto* const answers = new wxWrapSizer(wxHORIZONTAL);
     for (size_t i = 0; i < kAnswerCount; ++i) {
         auto* const answer = new wxBoxSizer(wxVERTICAL);
         mNumbers[i] = new wxStaticText(this, wxID_ANY, wxString());
@@ -31,8 +31,7 @@ StatisticsOverview::StatisticsOverview(wxWindow* parent, PageOpener openPage) {
         mCaptions[i] = new wxStaticText(this, wxID_ANY, wxString());
         answer->Add(mNumbers[i]);
         answer->Add(mCaptions[i]);
-        answers->Add(answer);
-        answers->AddGrowableCol(i, 1);
+        answers->Add(answer, wxSizerFlags().Border(wxRIGHT, FromDIP(3 * kFormEdge)));
     }
     column->Add(answers, wxSizerFlags().Expand());
     mpAdvice = new wxStaticText(this, wxID_ANY, wxString());

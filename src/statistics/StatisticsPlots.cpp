@@ -21,8 +21,8 @@ constexpr int32_t kTellingReviews = 20;
 constexpr double kTooSeldom = 0.8;
 constexpr double kTooOften = 0.97;
 constexpr double kOftenEnough = 0.75;
-// More days than this are drawn by the week.
-constexpr size_t kMostBars = 400;
+// More days than this are drawn as means of weeks.
+constexpr size_t kMostBars = 120;
 
 wxString CountText(int64_t count) {
     return wxString::Format("%lld", static_cast<long long>(count));
@@ -178,16 +178,20 @@ Plot MakeReviews(const ReviewFigures& figures) {
     Plot plot = NewPlot(StatisticsPage::Reviews);
     const bool byWeek = figures.Days.size() > kMostBars;
     const std::vector<DayReviews> days = byWeek ? JoinWeeks(figures.Days) : figures.Days;
-    const double width = byWeek ? 7.0 : 1.0;
+    // Returns where a bar ends. The last week may be shorter.
+    const auto end = [&](size_t bar) {
+        return std::min((static_cast<double>(bar) + 1.0) * (byWeek ? 7.0 : 1.0),
+                        static_cast<double>(figures.Days.size()));
+    };
     plot.Table.Headings = {byWeek ? _("Week from") : _("Day")};
     for (int score = 0; score <= 5; ++score) {
         PlotSeries series;
         series.Name = wxString::Format(_("score %i"), score);
         series.Hue = static_cast<PlotHue>(static_cast<int>(PlotHue::Grade0) + score);
         for (size_t i = 0; i < days.size(); ++i) {
-            const double left = static_cast<double>(i) * width;
+            const double left = i == 0 ? 0.0 : end(i - 1);
             series.Points.push_back(
-                Bar(left, left + width, days[i].ByScore[static_cast<size_t>(score)]));
+                Bar(left, end(i), days[i].ByScore[static_cast<size_t>(score)] / (end(i) - left)));
         }
         plot.Table.Headings.push_back(series.Name);
         plot.Series.push_back(series);
@@ -208,7 +212,7 @@ Plot MakeReviews(const ReviewFigures& figures) {
     }
     plot.Summary =
         wxString::Format(wxPLURAL("%i review.", "%i reviews.", static_cast<unsigned>(all)), all);
-    plot.Up.Title = byWeek ? _("reviews a week") : _("reviews a day");
+    plot.Up.Title = byWeek ? _("reviews a day, the mean of each week") : _("reviews a day");
     SetDayAxis(plot.Across, NoonOfDay(days.front().Day), static_cast<int>(figures.Days.size()));
     SetCountAxis(plot.Up, plot.GreatestY());
     return plot;
