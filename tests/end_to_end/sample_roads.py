@@ -6,7 +6,7 @@ import unittest
 
 from driver import SAMPLES, RoadTest
 
-COLUMNS = {"Front", "Front2", "Back", "Category", "Chapter", "Notes"}
+COLUMNS = {"Front", "Front2", "Back", "Back2", "Category", "Chapter", "Notes"}
 
 
 def read_list(name):
@@ -30,8 +30,14 @@ def stored_side(row, name):
 
 class SampleRoad(RoadTest):
     def test_every_list_is_imported_as_it_reads(self):
-        names = sorted(name for name in os.listdir(SAMPLES) if name.endswith(".txt"))
-        self.assertGreaterEqual(len(names), 3)
+        names = sorted(os.path.relpath(os.path.join(folder, name), SAMPLES)
+                       for folder, _, names in os.walk(SAMPLES)
+                       for name in names if name.endswith(".txt"))
+        sizes = {folder: sorted(len(read_list(name)) for name in names
+                                if os.path.dirname(name) == folder) for folder in ("", "de", "ja")}
+        self.assertEqual(3, len(sizes[""]))
+        self.assertEqual(sizes[""], sizes["de"])
+        self.assertEqual(sizes[""], sizes["ja"])
         for name in names:
             with self.subTest(name):
                 rows = read_list(name)
@@ -47,7 +53,7 @@ class SampleRoad(RoadTest):
                     "WHERE CategoryId = Id AND Name = ? ORDER BY IntroductionOrder",
                     rows[0]["Category"])
                 self.assertEqual(
-                    [(stored_side(row, "Front"), row["Back"], row["Chapter"],
+                    [(stored_side(row, "Front"), stored_side(row, "Back"), row["Chapter"],
                       stored_text(row["Notes"])) for row in rows], stored)
         self.sandbox.check_store()
 
