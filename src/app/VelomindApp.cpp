@@ -78,6 +78,7 @@ bool VelomindApp::OnInit() {
     wxImage::AddHandler(new wxPNGHandler);
     wxSystemOptions::SetOption("msw.remap", 2);
     mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
+    BindHelpCommands(*this);
     OpenStore();
     BindCommands();
     WatchDesktop([this](wxTopLevelWindow& window) {
@@ -224,7 +225,6 @@ void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
     Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
     Bind(wxEVT_MENU, &VelomindApp::OnPreferences, this, wxID_PREFERENCES);
-    BindHelpCommands(*this);
     BindTextCommands(*this);
     DisableMissingCommands();
 }
