@@ -150,9 +150,11 @@ void OpenAddress(const wxString& address) {
     wxLaunchDefaultBrowser(address, wxBROWSER_NEW_WINDOW);
 }
 
-void OnUserGuide(wxCommandEvent&) {
+// A window may name the section that it means; a menu does not.
+void OnUserGuide(wxCommandEvent& event) {
     const wxWindow* const focused = wxWindow::FindFocus();
-    OpenUserGuide(FindGuideSection(focused != nullptr ? focused : wxTheApp->GetTopWindow()));
+    const wxWindow* const window = focused != nullptr ? focused : wxTheApp->GetTopWindow();
+    OpenUserGuide(event.GetString().empty() ? FindGuideSection(window) : event.GetString());
 }
 
 // The menu bar has F1 as a key of its own, and dialogs have no menu bar.

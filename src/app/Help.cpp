@@ -131,7 +131,7 @@ constexpr GuideSection kGuideSections[] = {
     {Is<BrowseFrame>, "list"},           {Is<StudyFrame>, "study"},
     {Is<RescoreMessageBox>, "study"},    {Is<EditFrame>, "editor"},
     {Is<LearningProgress>, "progress"},  {Is<ImportDialog>, "import"},
-    {Is<MergeDialog>, "import"},         {Is<ExportOptionsDialog>, "export"},
+    {Is<MergeDialog>, "merge"},          {Is<ExportOptionsDialog>, "export"},
     {Is<RestoreDialog>, "backup"},       {Is<PreferencesDialog>, "options"},
     {Is<DatabaseOpenFailed>, "trouble"},
 };
