@@ -20,7 +20,7 @@ set(compressed "")
 function(velomind_compress source name directory)
   set(target ${packaged}/${name}.gz)
   add_custom_command(OUTPUT ${target}
-    COMMAND sh -c "${GZIP} -9nc '${source}' >'${target}'"
+    COMMAND sh -c "mkdir -p '$(dirname ${target})' && ${GZIP} -9nc '${source}' >'${target}'"
     DEPENDS ${source} VERBATIM)
   set(compressed ${compressed} ${target} PARENT_SCOPE)
   install(FILES ${target} DESTINATION ${directory})
@@ -29,6 +29,11 @@ endfunction()
 foreach(program velomind velomind-cards)
   configure_file(${packaging}/${program}.1.in ${packaged}/${program}.1 @ONLY)
   velomind_compress(${packaged}/${program}.1 ${program}.1 ${CMAKE_INSTALL_MANDIR}/man1)
+  foreach(language de ja)
+    configure_file(${packaging}/${program}.${language}.1.in ${packaged}/${language}/${program}.1 @ONLY)
+    velomind_compress(${packaged}/${language}/${program}.1 ${language}/${program}.1
+      ${CMAKE_INSTALL_MANDIR}/${language}/man1)
+  endforeach()
 endforeach()
 velomind_compress(${packaging}/changelog changelog.Debian ${docdir})
 velomind_compress(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${docdir})

@@ -1,10 +1,9 @@
 #include "app/Commands.h"
 
+#include <wx/app.h>
 #include <wx/event.h>
-#include <wx/filename.h>
-#include <wx/filesys.h>
+#include <wx/frame.h>
 #include <wx/intl.h>
-#include <wx/stdpaths.h>
 #include <wx/textentry.h>
 #include <wx/utils.h>
 #include <wx/window.h>
@@ -151,10 +150,23 @@ void OpenAddress(const wxString& address) {
     wxLaunchDefaultBrowser(address, wxBROWSER_NEW_WINDOW);
 }
 
-// A window may name the part of the guide that it means; a menu does not.
+// A window may name the section that it means; a menu does not.
 void OnUserGuide(wxCommandEvent& event) {
-    const wxString part = event.GetString().empty() ? wxString() : "#" + event.GetString();
-    wxLaunchDefaultBrowser(wxFileSystem::FileNameToURL(wxFileName(GetHelpFilePath())) + part);
+    const wxWindow* const focused = wxWindow::FindFocus();
+    const wxWindow* const window = focused != nullptr ? focused : wxTheApp->GetTopWindow();
+    OpenUserGuide(event.GetString().empty() ? FindGuideSection(window) : event.GetString());
+}
+
+// The menu bar has F1 as a key of its own, and dialogs have no menu bar.
+void OnKey(wxKeyEvent& event) {
+    auto* const window = dynamic_cast<wxWindow*>(event.GetEventObject());
+    const auto* const frame = dynamic_cast<wxFrame*>(wxGetTopLevelParent(window));
+    const bool hasMenu = frame != nullptr && frame->GetMenuBar() != nullptr;
+    if (event.GetKeyCode() == WXK_F1 && !event.HasAnyModifiers() && !hasMenu) {
+        OpenUserGuide(FindGuideSection(window));
+    } else {
+        event.Skip();
+    }
 }
 
 void OnSupport(wxCommandEvent&) {
@@ -197,12 +209,7 @@ void BindHelpCommands(wxEvtHandler& handler) {
     for (const HelpCommand& command : kHelpCommands) {
         handler.Bind(wxEVT_MENU, command.Run, command.Id);
     }
-}
-
-wxString GetHelpFilePath() {
-    wxFileName path(wxStandardPaths::Get().GetExecutablePath());
-    path.SetFullName("Help.htm");
-    return path.GetFullPath();
+    handler.Bind(wxEVT_CHAR_HOOK, OnKey);
 }
 
 wxString GetSupportMailAddress() {

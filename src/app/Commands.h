@@ -12,11 +12,8 @@ class wxEvtHandler;
 // focus, with the rules that enable them. Without such a field they are disabled and pass on.
 void BindTextCommands(wxEvtHandler& handler);
 
-// Binds the commands of the Help menu and the test command.
+// Binds the commands of the Help menu and the test command, and F1 in windows without a menu bar.
 void BindHelpCommands(wxEvtHandler& handler);
-
-// Returns the path of the user guide, which lies beside the program's own file.
-wxString GetHelpFilePath();
 
 // Return the mails that a user can send to the maker, as addresses for the mail program. Subject
 // and body are percent-encoded, so that the address is one word without blanks and line breaks.

@@ -12,11 +12,22 @@
 #include <algorithm>
 #include <utility>
 
+#include "edit/EditFrame.h"
+#include "list/BrowseFrame.h"
+#include "preferences/PreferencesDialog.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "storefile/RestoreDialog.h"
+#include "storefile/StoreFile.h"
+#include "study/LearningProgress.h"
+#include "study/StudyFrame.h"
+#include "study/StudyTexts.h"
+#include "transfer/ExportOptionsDialog.h"
+#include "transfer/ImportDialog.h"
+#include "transfer/MergeDialog.h"
 
 namespace {
 
@@ -102,6 +113,40 @@ void QuickHelp::OnClose(wxCloseEvent& event) {
     WriteBooleanSetting(kSettingQuickHelp, false);
     mServices.FrameClosed(*this);
     event.Skip();
+}
+
+namespace {
+
+template <typename Window>
+bool Is(const wxWindow& window) {
+    return dynamic_cast<const Window*>(&window) != nullptr;
+}
+
+struct GuideSection {
+    bool (*IsAbout)(const wxWindow&);
+    const char* Id;
+};
+
+constexpr GuideSection kGuideSections[] = {
+    {Is<BrowseFrame>, "list"},           {Is<StudyFrame>, "study"},
+    {Is<RescoreMessageBox>, "study"},    {Is<EditFrame>, "editor"},
+    {Is<LearningProgress>, "progress"},  {Is<ImportDialog>, "import"},
+    {Is<MergeDialog>, "merge"},          {Is<ExportOptionsDialog>, "export"},
+    {Is<RestoreDialog>, "backup"},       {Is<PreferencesDialog>, "options"},
+    {Is<DatabaseOpenFailed>, "trouble"},
+};
+
+}  // namespace
+
+wxString FindGuideSection(const wxWindow* window) {
+    for (; window != nullptr; window = window->GetParent()) {
+        for (const GuideSection& section : kGuideSections) {
+            if (section.IsAbout(*window)) {
+                return section.Id;
+            }
+        }
+    }
+    return wxString();
 }
 
 namespace {

@@ -30,6 +30,10 @@ class QuickHelp : public wxFrame {
     wxTextCtrl* mpText = nullptr;
 };
 
+// Returns the id of the section of the user guide that tells of a window, or of the window that it
+// belongs to. Empty when no section does, and for null.
+wxString FindGuideSection(const wxWindow* window);
+
 // The dialog with the version, the maker and the legal notice of the program.
 class AboutDialog : public wxDialog {
   public:

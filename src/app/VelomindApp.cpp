@@ -87,6 +87,7 @@ bool VelomindApp::OnInit() {
     wxImage::AddHandler(new wxPNGHandler);
     wxSystemOptions::SetOption("msw.remap", 2);
     ListenToOthers();
+    BindHelpCommands(*this);
     OpenStore();
     BindCommands();
     WatchDesktop([this](wxTopLevelWindow& window) {
@@ -238,7 +239,6 @@ void VelomindApp::BindCommands() {
         event.Skip();
         OpenNextFile();
     });
-    BindHelpCommands(*this);
     BindTextCommands(*this);
     DisableMissingCommands();
 }

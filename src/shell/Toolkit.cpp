@@ -10,6 +10,7 @@
 #include <wx/statusbr.h>
 #include <wx/textctrl.h>
 #include <wx/toplevel.h>
+#include <wx/utils.h>
 
 #ifdef __WXGTK__
 
@@ -228,6 +229,22 @@ void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
     gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
 }
 
+bool OpenInBrowser(const wxString& address) {
+    GAppInfo* const browser = g_app_info_get_default_for_type("text/html", TRUE);
+    if (browser == nullptr) {
+        return false;
+    }
+    GdkAppLaunchContext* const context =
+        gdk_display_get_app_launch_context(gdk_display_get_default());
+    const wxScopedCharBuffer uri = address.utf8_str();
+    GList uris = {const_cast<char*>(uri.data()), nullptr, nullptr};
+    const gboolean started =
+        g_app_info_launch_uris(browser, &uris, G_APP_LAUNCH_CONTEXT(context), nullptr);
+    g_object_unref(context);
+    g_object_unref(browser);
+    return started != FALSE;
+}
+
 bool HasWindowPlaces() {
 #ifdef GDK_WINDOWING_WAYLAND
     return !GDK_IS_WAYLAND_DISPLAY(gdk_display_get_default());
@@ -298,6 +315,10 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
 }
 
 void UseActivationToken(const wxTopLevelWindow& /*window*/, const wxString& /*token*/) {}
+
+bool OpenInBrowser(const wxString& address) {
+    return wxLaunchDefaultBrowser(address);
+}
 
 bool HasWindowPlaces() {
     return true;

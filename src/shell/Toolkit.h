@@ -89,3 +89,7 @@ void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner);
 
 // Returns whether the desktop has fitted a window to a part of the screen, such as its left half.
 bool IsTiled(const wxTopLevelWindow& window);
+
+// Opens an address in the program that the desktop has for web pages. Returns false if there is
+// none. The address reaches it as it stands, with a section of a local page too.
+bool OpenInBrowser(const wxString& address);

@@ -96,7 +96,7 @@ class Sandbox:
 
     def sample(self, name):
         """A copy of a word list, as the program deletes what it imports by its option."""
-        return shutil.copy(os.path.join(SAMPLES, name), self.path(name))
+        return shutil.copy(os.path.join(SAMPLES, name), self.path(os.path.basename(name)))
 
     def set_setting(self, key, value):
         with open(os.path.join(self.config, "Velomind.conf"), "a", encoding="utf-8") as file:

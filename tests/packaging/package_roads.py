@@ -7,7 +7,7 @@ import tempfile
 import unittest
 
 import driver
-from driver import LIST_WINDOW, RoadTest, press, wait_until
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
 
 PACKAGE = os.environ.get("VELOMIND_PACKAGE")
 
@@ -23,7 +23,7 @@ class PackageRoad(RoadTest):
         cls.usr = os.path.dirname(os.path.dirname(driver.BINARY))
 
     def install_browser(self):
-        """Pages open in a program that only writes down their address, into the file given."""
+        """Pages open in a program that only writes down their address."""
         opened = self.sandbox.path("opened")
         browser = self.sandbox.write(
             "browser", f'#!/bin/sh\necho "$1" >{opened}.new && mv {opened}.new {opened}\n')
@@ -35,25 +35,46 @@ class PackageRoad(RoadTest):
                        "MimeType=text/html;\n")
         with open(os.path.join(self.sandbox.config, "mimeapps.list"), "w", encoding="utf-8") as file:
             file.write("[Default Applications]\ntext/html=browser.desktop\n")
-        return opened
 
-    def test_the_link_leads_to_the_program_and_the_program_to_its_guide(self):
-        opened = self.install_browser()
-        program = self.sandbox.start()
-        program.wait_window(LIST_WINDOW)
+    def check_guide(self, page, section):
+        """F1 opens that section of that page."""
+        opened = self.sandbox.path("opened")
         press("F1")
         wait_until(lambda: os.path.exists(opened), "start of the browser")
         with open(opened, encoding="utf-8") as file:
             address = file.read().strip()
-        guide = os.path.join(self.usr, "lib", "velomind", "Help.htm")
-        self.assertEqual(guide, address.removeprefix("file://"))
+        os.remove(opened)
+        guide = os.path.join(self.usr, "lib", "velomind", page)
+        self.assertEqual(f"{guide}#{section}", address.removeprefix("file://"))
         self.assertTrue(os.path.exists(guide))
-        self.assertEqual(0, program.quit())
+
+    def test_f1_leads_to_what_the_guide_says_of_the_window_in_front(self):
+        self.install_browser()
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        self.check_guide("Help.htm", "list")
+        press("ctrl+2")
+        program.wait_window(STUDY_WINDOW)
+        self.check_guide("Help.htm", "study")
+        press("ctrl+i")
+        program.wait_window("Import Flashcards")
+        type_text(self.sandbox.sample("french.txt"))
+        press("Return")
+        program.wait_window("Import")
+        self.check_guide("Help.htm", "import")
+        press("Escape")
+        program.wait_window(STUDY_WINDOW)
+        press("ctrl+n")
+        program.wait_window("Edit - Velomind")
+        self.check_guide("Help.htm", "editor")
 
     def test_it_speaks_the_language_of_its_user(self):
-        for self.sandbox.language, title in (("de", "Liste - Velomind"), ("ja", "一覧 - Velomind")):
+        self.install_browser()
+        for language, title in (("de", "Liste - Velomind"), ("ja", "一覧 - Velomind")):
+            self.sandbox.language = language
             program = self.sandbox.start()
             program.wait_window(title)
+            self.check_guide(f"Help.{language}.htm", "list")
             program.close(title)
             self.assertEqual(0, program.wait())
 

@@ -43,7 +43,7 @@ ALLOWED = {
     "Scheduler.cpp": {"Empty", "Error"},
     "Commands.cpp": {"mailto:"},
     "ImportCommand.cpp": {"Velomind Classic"},
-    "ProgramInfo.cpp": {" Mobile "},
+    "ProgramInfo.cpp": {" Mobile ", "Language", "Help."},
     # Names of columns in the store, and of its operations in messages.
     "DatabaseLists.cpp": {"Front", "Back", "Author", "Chapter", "Notes"},
     "DatabaseCards.cpp": {"Delete CardId: %s"},
