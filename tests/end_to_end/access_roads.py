@@ -110,7 +110,8 @@ class AccessRoad(RoadTest):
         self.look_and_tab("Import")
         self.program.click("OK")
         self.look_and_tab("New Category")
-        self.leave("New Category", LIST_WINDOW)
+        self.leave("New Category", "Import")
+        self.leave("Import", LIST_WINDOW)
         press("ctrl+w")
         self.assertEqual(0, self.program.wait())
 
