@@ -1,18 +1,24 @@
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
+#include "decks/Deck.h"
+#include "decks/DeckWriter.h"
 #include "exchange/ImportPass.h"
 #include "store/Database.h"
 #include "support/Fakes.h"
 
 // Measures imports: how many records the validation looks at in a second, what a whole import costs
-// beside the same inserts by bare SQLite, and that memory does not grow with the file.
+// beside the same inserts by bare SQLite, and that memory does not grow with the file. A deck
+// stands beside the table of its cards.
 namespace {
 
 // A directory for one bench, on disk or on tmpfs.
@@ -248,9 +254,93 @@ BENCHMARK(Import)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
+// A package of Anki with as many notes as a table has rows.
+ImportInput MakeDeck(const Workplace& place, int count) {
+    const std::string path = place.Path("deck.apkg");
+    const wxString database = wxString::FromUTF8(place.Path("collection.db"));
+    const std::string numbers =
+        "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n "
+        "WHERE i < " +
+        std::to_string(count - 1) + ") INSERT INTO ";
+    WriteDatabase(database,
+                  Schema11("BEGIN;" + numbers +
+                           "notes SELECT i, 'g' || i, 7, '', 'the front of card ' || i ||"
+                           " char(31) || 'what stands on the back of card ' || i FROM n;" +
+                           numbers +
+                           "cards SELECT i, i, 2, 0, 0, 0, 0, 0, i, 0, 0, 0, "
+                           "'' FROM n;COMMIT;"));
+    std::ifstream file(database.utf8_string(), std::ios::binary);
+    WritePackage(wxString::FromUTF8(path),
+                 {{"collection.anki2", std::string(std::istreambuf_iterator<char>(file), {})}});
+    ImportInput input;
+    input.FileName = wxString::FromUTF8(path);
+    input.Format = ImportFormat::kDeck;
+    return input;
+}
+
+// Unpacks the deck and imports it.
+bool ImportDeck(ImportInput input, Database& database) {
+    wxString message;
+    const auto deck = DeckFile::Open(input.FileName, message);
+    input.MakeDeckReader = [deck](Database& asked, wxString& why) {
+        return MakeDeckReader(deck, DeckOptions(), asked, why);
+    };
+    ImportResult result;
+    return ImportCards(input, database, result, false, nullptr) == 0;
+}
+
+// The processor's time, which other programs on the machine disturb less.
+template <class Work>
+double ProcessorTime(Work work) {
+    const std::clock_t start = std::clock();
+    work();
+    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+// A deck beside a table of the same cards with identities, which the store looks up for both. They
+// take turns, each into a fresh store. The ratio is the deck's best time in the table's.
+void ImportOfADeck(benchmark::State& state) {
+    const int records = static_cast<int>(state.range(0));
+    const Workplace place(false);
+    const ImportInput table = MakeFile(place, records, true, true);
+    const ImportInput deck = MakeDeck(place, records);
+    double tables = 1e9;
+    double decks = 1e9;
+    for (auto _ : state) {
+        bool done = true;
+        const auto importTable = [&] {
+            Store store(place.Path("table.vlm"));
+            ImportResult result;
+            done = done && ImportCards(table, store.Get(), result, false, nullptr) == 0;
+        };
+        const auto importDeck = [&] {
+            Store store(place.Path("deck.vlm"));
+            done = done && ImportDeck(deck, store.Get());
+        };
+        tables = std::min(tables, ProcessorTime(importTable));
+        const double taken = ProcessorTime(importDeck);
+        decks = std::min(decks, taken);
+        state.SetIterationTime(taken);
+        if (!done) {
+            state.SkipWithError("an import failed");
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * records);
+    state.counters["ratio"] = decks / tables;
+}
+BENCHMARK(ImportOfADeck)
+    ->ArgName("notes")
+    ->Arg(20000)
+    ->Iterations(9)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
 // The process's greatest memory since the last reset, in bytes.
 double PeakMemory(bool reset) {
     if (reset) {
+        // What was freed before must not count as memory that the work found there.
+        malloc_trim(0);
         std::ofstream("/proc/self/clear_refs") << "5";
     }
     std::ifstream status("/proc/self/status");
@@ -281,5 +371,21 @@ void Memory(benchmark::State& state) {
     state.counters["bytes"] = peak;
 }
 BENCHMARK(Memory)->ArgName("records")->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1);
+
+// The same for a deck.
+void DeckMemory(benchmark::State& state) {
+    const Workplace place(false);
+    const ImportInput deck = MakeDeck(place, static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        Store store(place.Path("store.vlm"));
+        const double before = PeakMemory(true);
+        if (!ImportDeck(deck, store.Get())) {
+            state.SkipWithError("the import failed");
+            return;
+        }
+        state.counters["bytes"] = PeakMemory(false) - before;
+    }
+}
+BENCHMARK(DeckMemory)->ArgName("notes")->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1);
 
 }  // namespace

@@ -31,6 +31,8 @@ void DescribeCommandLine(wxCmdLineParser& parser) {
         parser.AddLongOption(option.Name, wxGetTranslation(option.Description));
     }
     parser.AddLongSwitch("uninstall", _("handles some of the uninstall cleanup"));
+    parser.AddParam(_("a deck or a list of cards to import, or a store to open"),
+                    wxCMD_LINE_VAL_STRING, wxCMD_LINE_PARAM_OPTIONAL);
 }
 
 CommandLineOutcome RunCommandLine(const wxCmdLineParser& parser, CommandLineActions& actions) {
@@ -58,6 +60,9 @@ CommandLineOutcome RunCommandLine(const wxCmdLineParser& parser, CommandLineActi
     }
     if (parser.Found("uninstall")) {
         allDone = true;
+    }
+    if (!allDone && parser.GetParamCount() > 0) {
+        actions.OpenFile(parser.GetParam(0));
     }
     return allDone ? CommandLineOutcome::AllDone : CommandLineOutcome::StartProgram;
 }

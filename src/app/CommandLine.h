@@ -12,6 +12,8 @@ class CommandLineActions {
     virtual bool ImportFile(const wxString& path) = 0;
     virtual void ShowMessage(const wxString& text) = 0;
     virtual void OpenAddress(const wxString& address) = 0;
+    // Opens a store, or asks how to import a file of cards, once the windows are there.
+    virtual void OpenFile(const wxString& path) = 0;
 };
 
 enum class CommandLineOutcome {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <wx/modalhook.h>
+
 #include <functional>
 #include <vector>
 
@@ -82,4 +84,24 @@ class Editors {
 
     AppServices& mServices;
     std::vector<EditFrame*> mFrames;
+};
+
+// Counts the dialogs and message boxes that wait for the user. Main thread only.
+class OpenDialogs : private wxModalDialogHook {
+  public:
+    OpenDialogs() { Register(); }
+    ~OpenDialogs() override { Unregister(); }
+    OpenDialogs(const OpenDialogs&) = delete;
+    OpenDialogs& operator=(const OpenDialogs&) = delete;
+
+    bool IsAnyOpen() const { return mCount > 0; }
+
+  private:
+    int Enter(wxDialog*) override {
+        ++mCount;
+        return wxID_NONE;
+    }
+    void Exit(wxDialog*) override { --mCount; }
+
+    int mCount = 0;
 };

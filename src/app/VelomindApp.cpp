@@ -26,6 +26,7 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/StoreFiles.h"
 #include "storefile/CurrentCategory.h"
 #include "storefile/RestoreDialog.h"
 #include "storefile/StoreFile.h"
@@ -65,19 +66,26 @@ bool VelomindApp::OnInit() {
         return false;
     }
     if (!mAllDone) {
+        mInstance.SetFile(mFilesToOpen.empty() ? wxString() : mFilesToOpen.front());
         const auto standing = mInstance.BecomeFirst(SingleInstance::Greeting::CallToFront);
         if (standing == SingleInstance::Standing::Unclear) {
             PrintError(mInstance.GetProblem());
             return false;
         }
         mAllDone = standing == SingleInstance::Standing::Second;
+        if (mAllDone && !mFilesToOpen.empty() && !mInstance.WasCallTaken()) {
+            PrintError(
+                wxString::Format(_("Velomind runs already and did not take the file \"%s\"."),
+                                 mFilesToOpen.front()));
+            return false;
+        }
     }
     if (mAllDone) {
         return true;
     }
     wxImage::AddHandler(new wxPNGHandler);
     wxSystemOptions::SetOption("msw.remap", 2);
-    mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
+    ListenToOthers();
     OpenStore();
     BindCommands();
     WatchDesktop([this](wxTopLevelWindow& window) {
@@ -150,7 +158,7 @@ bool VelomindApp::ImportFile(const wxString& path) {
             PrintError(mInstance.GetProblem());
             return false;
     }
-    mInstance.Listen([this](const wxString& token) { ComeToFront(token); });
+    ListenToOthers();
     OpenStore();
     if (BelongsToStore(*mpDatabase, file)) {
         PrintError(DatabaseFileMessage(path));
@@ -224,6 +232,10 @@ void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
     Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
     Bind(wxEVT_MENU, &VelomindApp::OnPreferences, this, wxID_PREFERENCES);
+    Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
+        event.Skip();
+        OpenNextFile();
+    });
     BindHelpCommands(*this);
     BindTextCommands(*this);
     DisableMissingCommands();
@@ -257,6 +269,44 @@ wxFrame* VelomindApp::MakeStudyWindow() {
                                        wxDefaultPosition, wxSize(640, 480));
     frame->SetDatabase(mpDatabase.get());
     return frame;
+}
+
+void VelomindApp::ListenToOthers() {
+    mInstance.Listen([this](const wxString& token, const wxString& file) {
+        ComeToFront(token);
+        if (!file.empty()) {
+            OpenFile(file);
+        }
+    });
+}
+
+void VelomindApp::OpenFile(const wxString& path) {
+    mFilesToOpen.push_back(FullPath(path));
+    wxWakeUpIdle();
+}
+
+// Called whenever the event loop has nothing to do.
+void VelomindApp::OpenNextFile() {
+    if (mFilesToOpen.empty() || mOpenDialogs.IsAnyOpen() || mWindows.GetShown() == nullptr) {
+        return;
+    }
+    const wxString path = mFilesToOpen.front();
+    mFilesToOpen.pop_front();
+    wxFrame& list = mWindows.ShowList();
+    if (!wxFileName::FileExists(path) || !wxFileName::IsFileReadable(path)) {
+        ShowMessageBox(wxString::Format(_("The file \"%s\" cannot be read."), path), _("Import"),
+                       wxOK | wxCENTRE, &list);
+    } else if (mpDatabase->IsStoreFile(path)) {
+        // It is open already.
+    } else if (!BelongsToStore(*mpDatabase, path) && IsStoreOfCards(path)) {
+        AppStoreFileActions actions = MakeStoreFileActions();
+        ChangeStoreFile(actions, &list, *mpDatabase, StoreFileChoice::kOpen, mpDatabase->GetPath(),
+                        path);
+    } else {
+        ImportFileByDialog(&list, *this, *mpDatabase, mFatalErrorReport, path);
+    }
+    // Another may be waiting.
+    wxWakeUpIdle();
 }
 
 // Called when a second process was started, with its activation token.

@@ -3,6 +3,7 @@
 #include <wx/app.h>
 #include <wx/weakref.h>
 
+#include <deque>
 #include <memory>
 
 #include "app/AppReports.h"
@@ -44,6 +45,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     MaintenancePrompt& GetMaintenancePrompt() override { return mMaintenancePrompt; }
     void FrameActivated(wxFrame& frame) override;
     void FrameClosed(wxFrame& frame) override;
+    void OpenFile(const wxString& path) override;
     void OpenEditor(const FlashCard& card) override;
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
@@ -64,7 +66,9 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void DisableMissingCommands();
     wxFrame* MakeListWindow();
     wxFrame* MakeStudyWindow();
+    void ListenToOthers();
     void ComeToFront(const wxString& token);
+    void OpenNextFile();
     void OpenStore();
     void CloseStore();
     void BackUpBeforeMaintenance();
@@ -95,6 +99,9 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     Editors mEditors{*this};
     // The frame that was activated last, or null once that is gone.
     wxWeakRef<wxFrame> mLastActive;
+    // Files to open as soon as no dialog is open, the first in front.
+    std::deque<wxString> mFilesToOpen;
+    OpenDialogs mOpenDialogs;
     bool mReverseStudy = false;
     wxString mStudyMessage;
     // True when the command line did all the work of this run, so that no window opens.

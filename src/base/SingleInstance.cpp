@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <string>
 #include <utility>
+#include <vector>
 
 // The lock decides who is first, and the socket only carries the call. Two files, because each
 // alone has a hole: a socket file outlives a process that was killed, and a lock cannot be spoken
@@ -31,10 +32,13 @@ namespace {
 
 constexpr long kPatienceMilliseconds = 2000;
 constexpr unsigned long kRetryMilliseconds = 20;
-// A call to the front is this letter and the caller's activation token, which may be empty.
+// A call to the front is this letter and the caller's activation token, which may be empty. A file
+// to open follows behind a zero byte.
 constexpr char kCallToFront = 'f';
 // The longest token that is taken, in bytes. Those of desktops stay below half of it.
 constexpr size_t kLongestToken = 255;
+// The longest path that the system takes.
+constexpr size_t kLongestPath = 4096;
 
 bool IsPrivateDirectory(const std::string& path) {
     struct stat info {};
@@ -67,6 +71,18 @@ wxString ReadToken(const char* bytes, size_t length) {
         return wxString();
     }
     return wxString::FromUTF8(bytes, length);
+}
+
+// Splits the path of a file off a call. Returns an empty text, with the length unchanged, unless a
+// path from the root stands behind the token.
+wxString TakeFile(const char* bytes, size_t& length) {
+    const char* const zero = std::find(bytes, bytes + length, '\0');
+    if (bytes + length - zero < 2 || zero[1] != '/') {
+        return wxString();
+    }
+    const std::string path(zero + 1, bytes + length);
+    length = static_cast<size_t>(zero - bytes);
+    return wxString::FromUTF8(path);
 }
 
 const sockaddr* Generic(const sockaddr_un& address) {
@@ -186,7 +202,7 @@ SingleInstance::Lock SingleInstance::Refuse(const wxString& reason) {
     return Lock::Impossible;
 }
 
-bool SingleInstance::Greet(Greeting greeting) const {
+bool SingleInstance::Greet(Greeting greeting) {
     sockaddr_un address;
     const FileDescriptor caller = OpenSocket();
     if (!caller.IsOpen() || !FillAddress(SocketPath(), address) ||
@@ -194,9 +210,12 @@ bool SingleInstance::Greet(Greeting greeting) const {
         return false;
     }
     if (greeting == Greeting::CallToFront) {
+        std::string message = kCallToFront + mToken;
+        if (!mFile.empty()) {
+            message += '\0' + mFile.utf8_string();
+        }
         // A full queue refuses the message, and holds enough calls already.
-        const std::string message = kCallToFront + mToken;
-        send(caller.Get(), message.data(), message.size(), MSG_NOSIGNAL);
+        mWasCallTaken = send(caller.Get(), message.data(), message.size(), MSG_NOSIGNAL) >= 0;
     }
     return true;
 }
@@ -240,16 +259,26 @@ void SingleInstance::StopListening() {
 void SingleInstance::OnReadWaiting() {
     bool isCalled = false;
     wxString token;
-    char message[1 + kLongestToken];
+    std::vector<wxString> files;
+    char message[1 + kLongestToken + 1 + kLongestPath];
     ssize_t length = 0;
     // A longer message is cut, but its whole length is returned.
     while ((length = recv(mSocket.Get(), message, sizeof(message), MSG_TRUNC)) > 0) {
         if (message[0] == kCallToFront) {
             isCalled = true;
-            token = ReadToken(message + 1, static_cast<size_t>(length) - 1);
+            size_t rest = std::min(static_cast<size_t>(length), sizeof(message)) - 1;
+            const bool isWhole = rest + 1 == static_cast<size_t>(length);
+            const wxString file = isWhole ? TakeFile(message + 1, rest) : wxString();
+            token = ReadToken(message + 1, rest);
+            if (!file.empty()) {
+                files.push_back(file);
+            }
         }
     }
-    if (isCalled) {
-        mOnCalled(token);
+    if (isCalled && files.empty()) {
+        mOnCalled(token, wxString());
+    }
+    for (const wxString& file : files) {
+        mOnCalled(token, file);
     }
 }

@@ -26,7 +26,8 @@ std::string TakeActivationToken();
 class SingleInstance : private wxEventLoopSourceHandler {
   public:
     enum class Greeting {
-        // Asks the first process to come to the front, and hands it the activation token.
+        // Asks the first process to come to the front, and hands it the activation token and the
+        // file to open.
         CallToFront,
         // Only finds out whether there is a first process.
         None
@@ -45,6 +46,11 @@ class SingleInstance : private wxEventLoopSourceHandler {
         : mDirectory(directory), mToken(token) {}
     ~SingleInstance() override;
 
+    // Names the file that a call to the front asks the first process to open. The path is absolute.
+    void SetFile(const wxString& path) { mFile = path; }
+    // Returns whether the first process got the last call and its file.
+    bool WasCallTaken() const { return mWasCallTaken; }
+
     // Tries to take the lock, and greets the other process if that holds it. A greeting needs no
     // answer, so a busy first process keeps nobody waiting; one that is just starting or ending has
     // two seconds to listen or to go. A first process stays the first when it asks again.
@@ -53,9 +59,9 @@ class SingleInstance : private wxEventLoopSourceHandler {
     const wxString& GetProblem() const { return mProblem; }
 
     // Starts to listen, in the first process. The event loop calls the function when another
-    // process asks this one to the front, with the other's activation token, or an empty text when
-    // it has none or sends something else.
-    using CallHandler = std::function<void(const wxString& token)>;
+    // process asks this one to the front, with the other's activation token and the path of the
+    // file to open. Either is empty when it has none or sends something else.
+    using CallHandler = std::function<void(const wxString& token, const wxString& file)>;
     void Listen(CallHandler onCalled);
     void StopListening();
 
@@ -68,12 +74,14 @@ class SingleInstance : private wxEventLoopSourceHandler {
 
     Lock TakeLock();
     Lock Refuse(const wxString& reason);
-    bool Greet(Greeting greeting) const;
+    bool Greet(Greeting greeting);
     wxString LockPath() const;
     wxString SocketPath() const;
 
     wxString mDirectory;
     std::string mToken;
+    wxString mFile;
+    bool mWasCallTaken = false;
     wxString mProblem;
     FileDescriptor mLock;
     FileDescriptor mSocket;

@@ -30,6 +30,7 @@
 #include "base/Unicode.h"
 #include "cards/CardsOptions.h"
 #include "cards/CardsOutput.h"
+#include "decks/DeckSurvey.h"
 #include "exchange/Export.h"
 #include "exchange/ImportPass.h"
 #include "exchange/ImportSource.h"
@@ -237,11 +238,56 @@ int CopyTo(Store& store, const wxString& path) {
                                                    store.GetPath(), SystemText(error)));
 }
 
+// A file with cards: a deck of another program, or a list whose form is found out.
+class CardSource {
+  public:
+    // Returns false, with the reason printed, for a deck that cannot be made ready.
+    bool Open(const InputFile& file) {
+        mPath = file.GetPath();
+        if (!DeckFile::IsDeck(mPath)) {
+            return true;
+        }
+        wxString message;
+        mDeck = DeckFile::Open(mPath, message);
+        if (mDeck == nullptr) {
+            PrintError(message);
+        }
+        return mDeck != nullptr;
+    }
+    bool IsDeck() const { return mDeck != nullptr; }
+
+    ImportInput MakeInput(Database& database) const {
+        ImportInput input;
+        input.FileName = mPath;
+        if (IsDeck()) {
+            input.Format = ImportFormat::kDeck;
+            input.MakeDeckReader = [deck = mDeck](Database& asked, wxString& message) {
+                return MakeDeckReader(deck, DeckOptions(), asked, message);
+            };
+        } else {
+            GuessFormat(input, database);
+        }
+        return input;
+    }
+    // What of a deck comes along and what does not; no line for a list.
+    std::vector<wxString> Describe(Database& database) const {
+        if (!IsDeck()) {
+            return {};
+        }
+        SurveyProgress progress;
+        const DeckSurvey survey = SurveyDeck(mDeck, DeckOptions(), database, progress);
+        return survey.Failure.empty() ? DescribeSurvey(survey) : std::vector<wxString>();
+    }
+
+  private:
+    wxString mPath;
+    std::shared_ptr<DeckFile> mDeck;
+};
+
 // Imports into an open store and tells the outcome.
-int Import(const InputFile& file, Store& store, bool json) {
-    ImportInput input;
-    input.FileName = file.GetPath();
-    GuessFormat(input, store.GetDatabase());
+int Import(const CardSource& source, Store& store, bool json) {
+    const ImportInput input = source.MakeInput(store.GetDatabase());
+    const std::vector<wxString> notices = source.Describe(store.GetDatabase());
     ImportResult result;
     const int outcome = ImportCards(input, store.GetDatabase(), result, false, nullptr);
     store.GetDatabase().Close();
@@ -252,12 +298,12 @@ int Import(const InputFile& file, Store& store, bool json) {
                 : result.Message;
         return Refuse(text);
     }
-    const bool isPrinted = PrintImport(result, json);
+    const bool isPrinted = PrintImport(result, notices, json);
     return outcome < 0 || !isPrinted ? kCardsRefused : kCardsDone;
 }
 
 // The import itself, into a copy of the store, or into an empty one where there is none.
-int TryImport(const InputFile& file, Store& store, bool json) {
+int TryImport(const CardSource& source, Store& store, bool json) {
     const TemporaryDirectory directory;
     Store copy(directory.GetPath() + "/" + kDefaultStoreName);
     if (store.Exists()) {
@@ -271,7 +317,7 @@ int TryImport(const InputFile& file, Store& store, bool json) {
         store.GetDatabase().Close();
     }
     const int failure = copy.Open(Store::Use::kWriteOrCreate);
-    return failure == kCardsDone ? Import(file, copy, json) : failure;
+    return failure == kCardsDone ? Import(source, copy, json) : failure;
 }
 
 int RunImport(const CardsOptions& options) {
@@ -279,15 +325,19 @@ int RunImport(const CardsOptions& options) {
     if (!file.Open(options.Operands.front())) {
         return kCardsRefused;
     }
-    if (IsDatabaseFile(file.GetPath())) {
+    CardSource source;
+    if (!source.Open(file)) {
+        return kCardsRefused;
+    }
+    if (!source.IsDeck() && IsDatabaseFile(file.GetPath())) {
         return Refuse(DatabaseFileMessage(options.Operands.front()));
     }
     Store store(options.Store);
     if (options.DryRun) {
-        return TryImport(file, store, options.Json);
+        return TryImport(source, store, options.Json);
     }
     const int failure = store.Open(Store::Use::kWriteOrCreate);
-    return failure == kCardsDone ? Import(file, store, options.Json) : failure;
+    return failure == kCardsDone ? Import(source, store, options.Json) : failure;
 }
 
 // Puts the cards of one category, or of all, into the order of their introduction.
@@ -467,7 +517,7 @@ int RunCheckStore(const wxString& path, bool json) {
 
 // The store is asked for the cards that the list names by their identity. Where there is none, an
 // empty one serves for the moment.
-int RunCheckList(const InputFile& file, const CardsOptions& options) {
+int RunCheckList(const CardSource& source, const CardsOptions& options) {
     Store store(options.Store);
     const TemporaryDirectory directory;
     Store empty(directory.GetPath() + "/" + kDefaultStoreName);
@@ -476,10 +526,8 @@ int RunCheckList(const InputFile& file, const CardsOptions& options) {
     if (const int failure = asked.Open(use)) {
         return failure;
     }
-    ImportInput input;
-    input.FileName = file.GetPath();
-    GuessFormat(input, asked.GetDatabase());
-    const std::vector<ImportFault> faults = FindFaults(input, asked.GetDatabase());
+    const std::vector<ImportFault> faults =
+        FindFaults(source.MakeInput(asked.GetDatabase()), asked.GetDatabase());
     asked.GetDatabase().Close();
     return FinishCheck(faults, options.Json);
 }
@@ -489,8 +537,13 @@ int RunCheck(const CardsOptions& options) {
     if (!file.Open(options.Operands.front())) {
         return kCardsRefused;
     }
-    return IsDatabaseFile(file.GetPath()) ? RunCheckStore(file.GetPath(), options.Json)
-                                          : RunCheckList(file, options);
+    CardSource source;
+    if (!source.Open(file)) {
+        return kCardsRefused;
+    }
+    return !source.IsDeck() && IsDatabaseFile(file.GetPath())
+               ? RunCheckStore(file.GetPath(), options.Json)
+               : RunCheckList(source, options);
 }
 
 // Makes a backup of an open store where backups lie. Returns its path, or the empty text when there

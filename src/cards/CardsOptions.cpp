@@ -46,7 +46,7 @@ struct CommandRow {
 constexpr CommandRow kCommands[] = {
     {"import", CardsCommand::kImport, 1, 1, "sjn", "import [--dry-run] FILE"},
     {"export", CardsCommand::kExport, 0, 0, "sfko",
-     "export [--format vlm|delimited|vlm1] [--scheduling] [--output FILE]"},
+     "export [--format vlm|delimited|vlm1|anki] [--scheduling] [--output FILE]"},
     {"list", CardsCommand::kList, 0, 1, "sjc", "list [--category NAME] [SEARCH]"},
     {"due", CardsCommand::kDue, 0, 0, "sj", "due"},
     {"check", CardsCommand::kCheck, 1, 1, "sj", "check FILE"},
@@ -62,7 +62,8 @@ struct FormatRow {
 
 constexpr FormatRow kFormats[] = {{"vlm", ExportFormat::kVlmText},
                                   {"delimited", ExportFormat::kDelimited},
-                                  {"vlm1", ExportFormat::kVlmText1}};
+                                  {"vlm1", ExportFormat::kVlmText1},
+                                  {"anki", ExportFormat::kAnkiText}};
 
 wxString UsageText() {
     wxString text = _("Usage: velomind-cards [--store FILE] [--json] COMMAND");

@@ -78,14 +78,23 @@ std::string Cell(const wxString& text) {
     return cell;
 }
 
-bool PrintImport(const ImportResult& result, bool json) {
+bool PrintImport(const ImportResult& result, const std::vector<wxString>& notices, bool json) {
     if (json) {
-        return PrintJson(
-            {{"inserted", result.RecordsInserted},
-             {"merged", result.RecordsMerged},
-             {"duplicates", result.DuplicatesIgnored},
-             {"message", ToUtf8(result.Message)},
-             {"line", result.Message.empty() ? Json(nullptr) : LineValue(result.LineNumber)}});
+        Json value = {
+            {"inserted", result.RecordsInserted},
+            {"merged", result.RecordsMerged},
+            {"duplicates", result.DuplicatesIgnored},
+            {"message", ToUtf8(result.Message)},
+            {"line", result.Message.empty() ? Json(nullptr) : LineValue(result.LineNumber)}};
+        for (const wxString& notice : notices) {
+            value["notices"].push_back(ToUtf8(notice));
+        }
+        return PrintJson(value);
+    }
+    for (const wxString& notice : notices) {
+        if (!PrintLine(ToUtf8(notice))) {
+            return false;
+        }
     }
     return PrintLine(ToUtf8(wxString::Format(_("Inserted: %i, merged: %i, duplicates ignored: %i"),
                                              result.RecordsInserted, result.RecordsMerged,

@@ -55,7 +55,8 @@ bool PrintLine(const std::string& line);
 // Returns the text in UTF-8 with its line breaks and tabs as blanks, for a cell of a line.
 std::string Cell(const wxString& text);
 
-bool PrintImport(const ImportResult& result, bool json);
+// The notices are what the import of a deck could not take along.
+bool PrintImport(const ImportResult& result, const std::vector<wxString>& notices, bool json);
 // Prints the path of a backup.
 bool PrintPath(const wxString& path, bool json);
 bool PrintRepair(const RepairReport& report, bool json);

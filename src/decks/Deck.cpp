@@ -1,7 +1,5 @@
 #include "decks/Deck.h"
 
-#include <wx/intl.h>
-
 #include <algorithm>
 #include <cmath>
 #include <list>
@@ -12,69 +10,27 @@
 #include "base/Unicode.h"
 #include "store/Database.h"
 
-wxString DescribeLoss(DeckLoss loss, int64_t count) {
-    if (count <= 0) {
-        return wxString();
-    }
-    const auto number = static_cast<unsigned>(std::min<int64_t>(count, 2000000000));
-    const auto format = [&]() -> wxString {
-        switch (loss) {
-            case DeckLoss::kPictures:
-                return wxPLURAL("%lld picture is left out.", "%lld pictures are left out.", number);
-            case DeckLoss::kSounds:
-                return wxPLURAL("%lld sound is left out.", "%lld sounds are left out.", number);
-            case DeckLoss::kFormulas:
-                return wxPLURAL("%lld formula becomes its source text.",
-                                "%lld formulas become their source texts.", number);
-            case DeckLoss::kEmptySides:
-                return wxPLURAL("%lld card is left out, since a side has no text.",
-                                "%lld cards are left out, since a side has no text.", number);
-            case DeckLoss::kOcclusions:
-                return wxPLURAL("%lld card that hides parts of a picture is left out.",
-                                "%lld cards that hide parts of a picture are left out.", number);
-            case DeckLoss::kTemplatesDropped:
-                return wxPLURAL("%lld card is left out, since another asks the same.",
-                                "%lld cards are left out, since others ask the same.", number);
-            case DeckLoss::kTemplatesSplit:
-                return wxPLURAL("%lld further question of a note becomes a card of its own.",
-                                "%lld further questions of notes become cards of their own.",
-                                number);
-            case DeckLoss::kClozesSplit:
-                return wxPLURAL("%lld text with several gaps becomes several cards.",
-                                "%lld texts with several gaps become several cards.", number);
-            case DeckLoss::kHints:
-                return wxPLURAL("%lld hint is shown at once or goes into the notes.",
-                                "%lld hints are shown at once or go into the notes.", number);
-            case DeckLoss::kSuspended:
-                return wxPLURAL("%lld suspended direction is excluded from study.",
-                                "%lld suspended directions are excluded from study.", number);
-            case DeckLoss::kBuried:
-                return wxPLURAL("%lld buried card is not put off.",
-                                "%lld buried cards are not put off.", number);
-            case DeckLoss::kFiltered:
-                return wxPLURAL("%lld card goes from a filtered deck into its own.",
-                                "%lld cards go from filtered decks into their own.", number);
-            case DeckLoss::kSistersApart:
-                return wxPLURAL("%lld card has its directions in two decks; the first one counts.",
-                                "%lld cards have their directions in two decks; the first one "
-                                "counts.",
-                                number);
-            case DeckLoss::kReviews:
-                return wxPLURAL("%lld review of the history is left out.",
-                                "%lld reviews of the history are left out.", number);
-            case DeckLoss::kClamped:
-                return wxPLURAL("%lld interval is shortened.", "%lld intervals are shortened.",
-                                number);
-            case DeckLoss::kNotesSkipped:
-                return wxPLURAL("%lld note has no cards and is left out.",
-                                "%lld notes have no cards and are left out.", number);
-            case DeckLoss::kCount:
-                break;
-        }
-        return wxString();
-    };
-    return wxString::Format(format(), static_cast<long long>(count));
-}
+// The names of attributes, made once: a text of more than three characters asks for memory.
+struct DeckReader::ScheduleNames {
+    explicit ScheduleNames(const wxString& prefix)
+        : Introduced(prefix + L"introduced"),
+          LastReview(prefix + L"lastReview"),
+          LastScore(prefix + L"lastScore"),
+          ReviewInterval(prefix + L"reviewInterval"),
+          Difficulty(prefix + L"difficulty"),
+          Erc(prefix + L"erc") {}
+
+    wxString Introduced, LastReview, LastScore, ReviewInterval, Difficulty, Erc;
+};
+
+struct DeckReader::Names {
+    wxString Id = L"id", Front = L"front", Front2 = L"front2", Back = L"back", Back2 = L"back2",
+             Notes = L"notes", Category = L"category", ForwardX = L"forwardX",
+             ReverseX = L"reverseX";
+    wxString True = L"true";
+    ScheduleNames Forward{wxString()};
+    ScheduleNames Reverse{L"r"};
+};
 
 DeckReader::DeckReader(std::unique_ptr<Deck> deck, const DeckOptions& options)
     : mDeck(std::move(deck)), mOptions(options) {}
@@ -94,52 +50,69 @@ void DeckReader::Add(const wxString& name, const wxString& value) {
     attribute.Line = mCardNumber;
 }
 
+bool DeckReader::SkipRecord() {
+    DeckCard card;
+    return mDeck->ReadCard(card);
+}
+
 bool DeckReader::ReadRecord() {
+    static const Names kNames;
     mAttributes.Clear();
     DeckCard card;
     if (!mDeck->ReadCard(card)) {
         return false;
     }
     ++mCardNumber;
-    Add("id", FormatUuid(card.Card.CardId));
-    Add("front", card.Card.Front);
-    Add("front2", card.Front2);
-    Add("back", card.Card.Back);
-    Add("back2", card.Back2);
-    Add("notes", card.Card.Notes);
-    // Where the card stands and what was learned of it here is newer than the deck.
+    Add(kNames.Id, FormatUuid(card.Card.CardId));
+    Add(kNames.Front, card.Card.Front);
+    Add(kNames.Back, card.Card.Back);
+    // Where the card stands and what was learned of it here is newer than the deck. Its texts are
+    // those of the deck, also where that has none.
     wxString category;
-    if (mOptions.FindStored && mOptions.FindStored(card.Card.CardId, category)) {
-        Add("category", category);
+    const bool isStored = mOptions.FindStored && mOptions.FindStored(card.Card.CardId, category);
+    const auto addText = [&](const wxString& name, const wxString& text) {
+        if (isStored || !text.empty()) {
+            Add(name, text);
+        }
+    };
+    addText(kNames.Front2, card.Front2);
+    addText(kNames.Back2, card.Back2);
+    addText(kNames.Notes, card.Card.Notes);
+    Add(kNames.Category, isStored ? category : card.Category);
+    if (isStored) {
         return true;
     }
-    Add("category", card.Category);
-    Add("forwardX", card.Card.ForwardX ? "true" : "false");
-    Add("reverseX", card.Card.ReverseX ? "true" : "false");
+    if (card.Card.ForwardX) {
+        Add(kNames.ForwardX, kNames.True);
+    }
+    if (card.Card.ReverseX) {
+        Add(kNames.ReverseX, kNames.True);
+    }
     if (mOptions.WithSchedules) {
-        AddSchedule(wxString(), card.Card.Forward);
-        AddSchedule("r", card.Card.Reverse);
+        AddSchedule(kNames.Forward, card.Card.Forward);
+        AddSchedule(kNames.Reverse, card.Card.Reverse);
     }
     return true;
 }
 
-void DeckReader::AddSchedule(const wxString& prefix, const CardSchedule& schedule) {
+void DeckReader::AddSchedule(const ScheduleNames& names, const CardSchedule& schedule) {
     if (!schedule.Introduced) {
         return;
     }
-    Add(prefix + "introduced", "true");
-    Add(prefix + "lastReview", FormatTimeStamp(schedule.LastReview));
-    Add(prefix + "lastScore", wxString::Format("%u", unsigned{schedule.LastScore}));
-    Add(prefix + "reviewInterval",
+    Add(names.Introduced, L"true");
+    Add(names.LastReview, FormatTimeStamp(schedule.LastReview));
+    Add(names.LastScore, wxString::Format("%u", unsigned{schedule.LastScore}));
+    Add(names.ReviewInterval,
         wxString::FromCDouble(static_cast<double>(schedule.ReviewInterval), 6));
-    Add(prefix + "difficulty", wxString::Format("%u", unsigned{schedule.Difficulty}));
-    Add(prefix + "erc", wxString::Format("%i", schedule.ERC));
+    Add(names.Difficulty, wxString::Format("%u", unsigned{schedule.Difficulty}));
+    Add(names.Erc, wxString::Format("%i", schedule.ERC));
 }
 
-std::unique_ptr<CardRecordReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
-                                                 DeckOptions options, Database& database,
-                                                 wxString& message) {
-    options.FindStored = [&database](const CardUuid& id, wxString& name) {
+namespace {
+
+// Returns the search for the category of a stored card.
+std::function<bool(const CardUuid&, wxString&)> StoredCategoryFinder(Database& database) {
+    return [&database](const CardUuid& id, wxString& name) {
         std::list<FlashCard> cards;
         if (database.SelectCardById(id, cards) < 0 || cards.empty()) {
             return false;
@@ -151,6 +124,17 @@ std::unique_ptr<CardRecordReader> MakeDeckReader(const std::shared_ptr<DeckFile>
         }
         return true;
     };
+}
+
+}  // namespace
+
+std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
+                                           DeckOptions options, Database& database,
+                                           wxString& message) {
+    // An empty store, such as a new user's, need not be asked.
+    if (!database.IsEmpty()) {
+        options.FindStored = StoredCategoryFinder(database);
+    }
     std::unique_ptr<Deck> deck = file == nullptr ? nullptr : file->OpenDeck(options, message);
     if (deck == nullptr) {
         return nullptr;
@@ -158,10 +142,10 @@ std::unique_ptr<CardRecordReader> MakeDeckReader(const std::shared_ptr<DeckFile>
     return std::make_unique<DeckReader>(std::move(deck), options);
 }
 
-wxString GuardSide(const wxString& side) {
-    wxString guarded = side;
-    guarded.Replace(L"\n\u3010", L"\n \u3010");
-    return guarded;
+void GuardSide(wxString& side) {
+    if (side.find(L"\n\u3010") != wxString::npos) {
+        side.Replace(L"\n\u3010", L"\n \u3010");
+    }
 }
 
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped) {
@@ -195,8 +179,8 @@ uint8_t DifficultyOfEase(double ease) {
     return static_cast<uint8_t>(std::clamp(kNeutral - steps, 0.0, kHardest));
 }
 
-CardUuid DeckCardId(const wxString& noteId, const wxString& part) {
-    return NamedUuid(ToUtf8(noteId + "\n" + part));
+CardUuid DeckCardId(const std::string& noteId, const std::string& part) {
+    return NamedUuid(noteId + '\n' + part);
 }
 
 int32_t DeckErc(const CardUuid& id) {

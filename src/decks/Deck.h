@@ -3,10 +3,12 @@
 #include <wx/string.h>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "exchange/CardRecord.h"
@@ -41,9 +43,6 @@ enum class DeckLoss : size_t {
 
 using DeckLosses = std::array<int64_t, static_cast<size_t>(DeckLoss::kCount)>;
 
-// What a loss means to a person, with its number; empty for none.
-wxString DescribeLoss(DeckLoss loss, int64_t count);
-
 // What a field of a note becomes.
 enum class FieldRole { kFront, kFront2, kBack, kBack2, kNotes, kIgnore };
 
@@ -67,6 +66,8 @@ struct DeckOptions {
     // Finds the name of the category that a card of the store is in; false for a card that it does
     // not have. Such cards keep their category and schedules. May be empty.
     std::function<bool(const CardUuid& id, wxString& category)> FindStored;
+    // Ends the opening early, with any message, once it is true. Not owned; may be null.
+    const std::atomic<bool>* IsCancelled = nullptr;
 };
 
 // A card of a deck, with the parts of it that a FlashCard does not hold by themselves.
@@ -91,7 +92,7 @@ class Deck {
     // A sentence for a person; empty for none.
     const wxString& GetFailure() const { return mFailure; }
     int64_t CountNotes() const { return mNotes; }
-    // Of what was read so far.
+    // Counts what was read so far.
     const DeckLosses& GetLosses() const { return mLosses; }
 
   protected:
@@ -108,6 +109,16 @@ class Deck {
     DeckLosses mLosses{};
 };
 
+// How a deck's file is made ready.
+struct DeckFileOptions {
+    // What comes out of a package is counted as it comes, and more bytes than these are refused.
+    int64_t MostBytes = int64_t{1} << 30;
+    // Ends the work early, with any message, once it is true. Not owned; may be null.
+    const std::atomic<bool>* IsCancelled = nullptr;
+    // Receives the part that is done, in thousandths. Not owned; may be null.
+    std::atomic<int32_t>* Position = nullptr;
+};
+
 // A deck's file, made ready to read: a package unpacked, a database copied, both into a private
 // directory that goes with this object. Several decks may be opened from it one after another.
 class DeckFile {
@@ -118,9 +129,9 @@ class DeckFile {
 
     // True for a package, or a database of one of the programs. Looks at the contents alone.
     static bool IsDeck(const wxString& path);
-    // Null when the file cannot be made ready, with the reason as a sentence. What comes out of a
-    // package is counted as it comes, and more than 1 GB is refused.
-    static std::shared_ptr<DeckFile> Open(const wxString& path, wxString& message);
+    // Null when the file cannot be made ready, with the reason as a sentence.
+    static std::shared_ptr<DeckFile> Open(const wxString& path, wxString& message,
+                                          const DeckFileOptions& options = {});
 
     // A deck from its first card on, or null and the reason.
     std::unique_ptr<Deck> OpenDeck(const DeckOptions& options, wxString& message) const;
@@ -129,8 +140,8 @@ class DeckFile {
     enum class Kind { kAnki, kMnemosyneXml, kMnemosyneStore };
 
     DeckFile() = default;
-    bool Unpack(const wxString& path, wxString& message);
-    bool Copy(const wxString& path, wxString& message);
+    bool Unpack(const wxString& path, const DeckFileOptions& options, wxString& message);
+    bool Copy(const wxString& path, const DeckFileOptions& options, wxString& message);
     wxString DataPath() const;
 
     wxString mDirectory;
@@ -149,14 +160,19 @@ class DeckReader : public CardRecordReader {
     uint32_t GetAttributeCount() const override;
     const CardAttribute& GetAttribute(uint32_t index) const override;
     bool ReadRecord() override;
+    // Reads on without making a record.
+    bool SkipRecord();
     float GetProgress() const override { return mDeck->GetProgress(); }
     wxString GetFailure() const override { return mDeck->GetFailure(); }
 
     const Deck& GetDeck() const { return *mDeck; }
 
   private:
+    struct ScheduleNames;
+    struct Names;
+
     void Add(const wxString& name, const wxString& value);
-    void AddSchedule(const wxString& prefix, const CardSchedule& schedule);
+    void AddSchedule(const ScheduleNames& names, const CardSchedule& schedule);
 
     std::unique_ptr<Deck> mDeck;
     DeckOptions mOptions;
@@ -166,20 +182,20 @@ class DeckReader : public CardRecordReader {
 
 // Opens the deck for an import into the database, which is not owned. Null and the reason when that
 // fails; a null file has failed before.
-std::unique_ptr<CardRecordReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
-                                                 DeckOptions options, Database& database,
-                                                 wxString& message);
+std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
+                                           DeckOptions options, Database& database,
+                                           wxString& message);
 
 // What the decks of both programs share.
 
 // The second text is not mistaken for a part of the first: a line that begins like one is indented.
-wxString GuardSide(const wxString& side);
+void GuardSide(wxString& side);
 // Seconds as the store keeps them: not more than the exact number, at least 1, and so that the next
 // review is before the end of the year 9999. True in clamped when that was needed.
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped);
 // The difficulty of an ease, 2.5 being neutral; 0 when it is not known.
 uint8_t DifficultyOfEase(double ease);
 // The identity of the card of that note, the same for the same note whenever it is imported.
-CardUuid DeckCardId(const wxString& noteId, const wxString& part);
+CardUuid DeckCardId(const std::string& noteId, const std::string& part);
 // A number of the first review block, the same for the same card.
 int32_t DeckErc(const CardUuid& id);

@@ -1,6 +1,8 @@
 // The files that decks come in: packages to unpack and databases to copy.
 
+#include <signal.h>
 #include <stdlib.h>
+#include <unistd.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
@@ -9,6 +11,8 @@
 #include <zstd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -16,16 +20,14 @@
 #include <utility>
 
 #include "base/Unicode.h"
-#include "decks/AnkiDeck.h"
 #include "decks/Deck.h"
-#include "decks/MnemosyneDeck.h"
+#include "decks/DeckFormats.h"
 #include "store/ForeignDatabase.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int64_t kMostBytes = int64_t{1} << 30;
 constexpr size_t kBlock = size_t{1} << 16;
 constexpr char kDataName[] = "deck";
 
@@ -33,21 +35,28 @@ wxString DamagedMessage(const wxString& why) {
     return wxString::Format(_("The package is damaged.  (%s)"), why);
 }
 
-wxString TooLargeMessage() {
-    return _("The deck is larger than 1 GB and is not imported.");
+wxString TooLargeMessage(int64_t mostBytes) {
+    return wxString::Format(_("The deck is larger than %s and is not imported."),
+                            wxFileName::GetHumanReadableSize(
+                                static_cast<unsigned long long>(mostBytes), wxString(), 0));
 }
 
 // Takes the bytes of a deck and writes them to a file, up to the limit.
 class BoundedFile {
   public:
-    explicit BoundedFile(const wxString& path)
-        : mFile(fs::u8path(ToUtf8(path)), std::ios::binary | std::ios::trunc) {}
+    BoundedFile(const wxString& path, const DeckFileOptions& options)
+        : mFile(fs::u8path(ToUtf8(path)), std::ios::binary | std::ios::trunc), mOptions(options) {}
 
-    // False when it is too much or the disk is full; the message then says so.
+    // False when it is too much, the disk is full or the deck is no longer wanted; the message then
+    // says so.
     bool Write(const char* bytes, size_t count, wxString& message) {
         mWritten += static_cast<int64_t>(count);
-        if (mWritten > kMostBytes) {
-            message = TooLargeMessage();
+        if (mWritten > mOptions.MostBytes) {
+            message = TooLargeMessage(mOptions.MostBytes);
+            return false;
+        }
+        if (mOptions.IsCancelled != nullptr && *mOptions.IsCancelled) {
+            message = _("Cancelled");
             return false;
         }
         if (!mFile.write(bytes, static_cast<std::streamsize>(count))) {
@@ -67,6 +76,7 @@ class BoundedFile {
 
   private:
     std::ofstream mFile;
+    DeckFileOptions mOptions;
     int64_t mWritten = 0;
 };
 
@@ -145,6 +155,12 @@ class Package {
         }
     }
 
+    // How far the file has been read, in thousandths.
+    int32_t GetPosition() const {
+        const wxFileOffset length = std::max<wxFileOffset>(mFile.GetLength(), 1);
+        return static_cast<int32_t>(mFile.TellI() * 1000 / length);
+    }
+
     // A small member as a whole; empty when it is missing or large.
     std::string ReadSmall(const wxString& name) {
         constexpr size_t kMost = 4096;
@@ -176,6 +192,30 @@ wxString CollectionName(Package& package, wxString& message) {
         return wxString();
     }
     return kNames[version - 1];
+}
+
+// The name of a temporary directory goes on with the number of its process.
+constexpr char kDirectoryStart[] = "velomind-deck-";
+
+fs::path TemporaryDirectory() {
+    return fs::u8path(ToUtf8(wxFileName::GetTempDir()));
+}
+
+// Removes what processes that broke down have left.
+void RemoveLeftDirectories() {
+    std::error_code error;
+    for (fs::directory_iterator entry(TemporaryDirectory(), error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().u8string();
+        if (name.rfind(kDirectoryStart, 0) != 0) {
+            continue;
+        }
+        const int process = std::atoi(name.c_str() + std::size(kDirectoryStart) - 1);
+        if (process > 0 && kill(process, 0) != 0 && errno == ESRCH) {
+            std::error_code ignored;
+            fs::remove_all(entry->path(), ignored);
+        }
+    }
 }
 
 bool BeginsWith(const wxString& path, const std::string& mark) {
@@ -216,19 +256,23 @@ bool DeckFile::IsDeck(const wxString& path) {
             (database.HasTable("facts") && database.HasTable("data_for_fact")));
 }
 
-std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message) {
+std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message,
+                                         const DeckFileOptions& options) {
     // The message alone tells what is wrong.
     const wxLogNull silence;
     std::shared_ptr<DeckFile> file(new DeckFile);
     file->mName = wxFileName(path).GetName();
+    RemoveLeftDirectories();
     std::string directory =
-        ToUtf8(wxFileName::GetTempDir() + wxFileName::GetPathSeparator() + "velomind-XXXXXX");
+        (TemporaryDirectory() / (kDirectoryStart + std::to_string(getpid()) + "-XXXXXX"))
+            .u8string();
     if (mkdtemp(directory.data()) == nullptr) {
         message = _("The deck could not be copied to the directory for temporary files.");
         return nullptr;
     }
     file->mDirectory = FromUtf8(directory);
-    const bool isReady = IsPackage(path) ? file->Unpack(path, message) : file->Copy(path, message);
+    const bool isReady =
+        IsPackage(path) ? file->Unpack(path, options, message) : file->Copy(path, options, message);
     return isReady ? file : nullptr;
 }
 
@@ -236,7 +280,7 @@ wxString DeckFile::DataPath() const {
     return mDirectory + wxFileName::GetPathSeparator() + kDataName;
 }
 
-bool DeckFile::Unpack(const wxString& path, wxString& message) {
+bool DeckFile::Unpack(const wxString& path, const DeckFileOptions& options, wxString& message) {
     Package package(path);
     wxString name = "cards.xml";
     mKind = package.Has(name) ? Kind::kMnemosyneXml : Kind::kAnki;
@@ -250,10 +294,13 @@ bool DeckFile::Unpack(const wxString& path, wxString& message) {
         message = DamagedMessage(name);
         return false;
     }
-    BoundedFile file(DataPath());
+    BoundedFile file(DataPath(), options);
     const bool isCompressed = name == "collection.anki21b";
     Decompressor decompressor;
     const bool isRead = package.Read(name, message, [&](const char* bytes, size_t count) {
+        if (options.Position != nullptr) {
+            *options.Position = package.GetPosition();
+        }
         return isCompressed ? decompressor.Write(bytes, count, file, message)
                             : file.Write(bytes, count, message);
     });
@@ -264,7 +311,7 @@ bool DeckFile::Unpack(const wxString& path, wxString& message) {
     return isRead && file.Finish(message);
 }
 
-bool DeckFile::Copy(const wxString& path, wxString& message) {
+bool DeckFile::Copy(const wxString& path, const DeckFileOptions& options, wxString& message) {
     ForeignDatabase database;
     if (!IsDatabase(path) || database.Open(path) < 0) {
         message = _("The file is no deck of Anki or Mnemosyne.");
@@ -272,7 +319,7 @@ bool DeckFile::Copy(const wxString& path, wxString& message) {
     }
     mKind = database.HasTable("facts") ? Kind::kMnemosyneStore : Kind::kAnki;
     std::ifstream in(fs::u8path(ToUtf8(path)), std::ios::binary);
-    BoundedFile out(DataPath());
+    BoundedFile out(DataPath(), options);
     std::vector<char> block(kBlock);
     while (in.read(block.data(), static_cast<std::streamsize>(block.size())) || in.gcount() > 0) {
         if (!out.Write(block.data(), static_cast<size_t>(in.gcount()), message)) {

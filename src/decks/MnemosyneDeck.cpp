@@ -1,4 +1,4 @@
-#include "decks/MnemosyneDeck.h"
+#include "decks/DeckFormats.h"
 
 #include <libxml/xmlreader.h>
 #include <wx/intl.h>
@@ -130,7 +130,7 @@ void MnemosyneDeck::ReadFact(const std::string& id) {
 void MnemosyneDeck::MakeTwoSided(const std::string& id, const Fact& fact,
                                  const std::vector<Direction>& directions) {
     DeckCard card;
-    card.Card.CardId = DeckCardId(FromUtf8(id), wxString());
+    card.Card.CardId = DeckCardId(id, "");
     const bool isFromAnki = BaseType(directions.front().Type) == '7';
     const bool hasMeaning = fact.count("m_1") != 0;
     card.Card.Front = Value(fact, isFromAnki ? "0" : "f");
@@ -174,7 +174,7 @@ void MnemosyneDeck::MakeGaps(const std::string& id, const Fact& fact,
     }
     for (size_t i = 0; i < std::min(gaps.size(), directions.size()); ++i) {
         DeckCard card;
-        card.Card.CardId = DeckCardId(FromUtf8(id), wxString::Format("c%zu", i + 1));
+        card.Card.CardId = DeckCardId(id, "c" + std::to_string(i + 1));
         size_t rest = 0;
         for (size_t j = 0; j < gaps.size(); ++j) {
             const Gap& gap = gaps[j];
@@ -243,8 +243,8 @@ void MnemosyneDeck::TakeTags(const Direction& direction, DeckCard& card) const {
 }
 
 void MnemosyneDeck::Push(DeckCard&& card) {
-    card.Card.Front = GuardSide(card.Card.Front);
-    card.Card.Back = GuardSide(card.Card.Back);
+    GuardSide(card.Card.Front);
+    GuardSide(card.Card.Back);
     if (card.Card.Front.empty() || card.Card.Back.empty()) {
         Count(DeckLoss::kEmptySides);
         return;
@@ -258,8 +258,9 @@ void MnemosyneDeck::Push(DeckCard&& card) {
 //   <log type="6" o_id="y" card_t="1" fact="x" fact_v="1.1" tags="z" gr="4" .../>
 class XmlLoader {
   public:
-    explicit XmlLoader(const wxString& path)
-        : mpReader(xmlReaderForFile(ToUtf8(path).c_str(), nullptr,
+    XmlLoader(const wxString& path, const std::atomic<bool>* isCancelled)
+        : mpIsCancelled(isCancelled),
+          mpReader(xmlReaderForFile(ToUtf8(path).c_str(), nullptr,
                                     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {}
     ~XmlLoader() { xmlFreeTextReader(mpReader); }
     XmlLoader(const XmlLoader&) = delete;
@@ -268,6 +269,9 @@ class XmlLoader {
     bool Load(Contents& contents) {
         int result = 0;
         while (mpReader != nullptr && (result = xmlTextReaderRead(mpReader)) == 1) {
+            if (mpIsCancelled != nullptr && *mpIsCancelled) {
+                return false;
+            }
             // Entities of a document's own could grow without end.
             if (xmlTextReaderNodeType(mpReader) == XML_READER_TYPE_DOCUMENT_TYPE) {
                 return false;
@@ -356,6 +360,7 @@ class XmlLoader {
         contents.Cards[direction.Fact].push_back(std::move(direction));
     }
 
+    const std::atomic<bool>* mpIsCancelled;
     xmlTextReaderPtr mpReader;
 };
 
@@ -426,7 +431,7 @@ bool LoadStore(ForeignDatabase& database, Contents& contents) {
 std::unique_ptr<Deck> OpenMnemosyneXml(const wxString& path, const wxString& name,
                                        const DeckOptions& options, wxString& message) {
     Contents contents;
-    if (!XmlLoader(path).Load(contents)) {
+    if (!XmlLoader(path, options.IsCancelled).Load(contents)) {
         message = _("The deck is damaged.  Its list of cards is cut.");
         return nullptr;
     }
@@ -437,7 +442,7 @@ std::unique_ptr<Deck> OpenMnemosyneStore(const wxString& path, const wxString& n
                                          const DeckOptions& options, wxString& message) {
     ForeignDatabase database;
     Contents contents;
-    if (database.Open(path) < 0 || !LoadStore(database, contents)) {
+    if (database.Open(path, options.IsCancelled) < 0 || !LoadStore(database, contents)) {
         message = wxString::Format(_("The deck is damaged.  (%s)"), database.GetError());
         return nullptr;
     }

@@ -431,6 +431,13 @@ class Reader {
 
 HtmlText ReadHtml(const wxString& html, bool lineFeedsBreak, HtmlLosses& losses) {
     const Text text(html.wc_str(), html.length());
+    // Most fields are words with blanks between them.
+    if (text.find_first_of(L"<&[\\\n\t\v\f\r\u00A0") == Text::npos &&
+        text.find(L"  ") == Text::npos && text.find(L'\0') == Text::npos) {
+        HtmlText plain;
+        plain.Text = TrimWide(html);
+        return plain;
+    }
     return Reader(text, lineFeedsBreak, losses).Read();
 }
 

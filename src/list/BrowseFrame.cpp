@@ -2,6 +2,7 @@
 
 #include <wx/button.h>
 #include <wx/dcclient.h>
+#include <wx/dnd.h>
 #include <wx/menu.h>
 #include <wx/sizer.h>
 #include <wx/srchctrl.h>
@@ -100,6 +101,22 @@ wxString DescribeLeftAlone(const UndoOutcome& outcome) {
                      outcome.LeftAlone);
 }
 
+// Opens the files that are dropped on the window.
+class FileDrop : public wxFileDropTarget {
+  public:
+    explicit FileDrop(AppServices& services) : mServices(services) {}
+
+    bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& paths) override {
+        for (const wxString& path : paths) {
+            mServices.OpenFile(path);
+        }
+        return !paths.empty();
+    }
+
+  private:
+    AppServices& mServices;
+};
+
 }  // namespace
 
 // A search field whose menu opens below it. On Wayland the library counts the place of the menu
@@ -129,6 +146,7 @@ BrowseFrame::BrowseFrame(AppServices& services)
     BindCommands();
     BindListCommands();
     SetMinSize(FromDIP(kSmallestSize));
+    SetDropTarget(new FileDrop(mServices));
     Centre(wxBOTH);
     RestoreWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);

@@ -33,6 +33,9 @@ class AppServices : public CategorySource {
     virtual void FrameActivated(wxFrame& frame) = 0;
     virtual void FrameClosed(wxFrame& frame) = 0;
 
+    // Opens a store, or asks how to import a file of cards, as soon as no dialog is open.
+    virtual void OpenFile(const wxString& path) = 0;
+
     // Opens a stored card in its editor, or raises the editor that has it.
     virtual void OpenEditor(const FlashCard& card) = 0;
 

@@ -10,6 +10,8 @@
 namespace {
 
 constexpr int kGreatestValue = 64 << 20;
+// The engine looks for a cancel after so many of its instructions, about a millisecond.
+constexpr int kStepsBetweenLooks = 10000;
 
 struct Finalizer {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -27,6 +29,10 @@ int AllowReading(void*, int action, const char*, const char*, const char*, const
         default:
             return SQLITE_DENY;
     }
+}
+
+int LookForCancel(void* isCancelled) {
+    return isCancelled != nullptr && *static_cast<const std::atomic<bool>*>(isCancelled) ? 1 : 0;
 }
 
 // Some programs order names by a collation of their own. Nothing here depends on their order.
@@ -98,9 +104,10 @@ ForeignDatabase::~ForeignDatabase() {
     Close();
 }
 
-int ForeignDatabase::Open(const wxString& path) {
+int ForeignDatabase::Open(const wxString& path, const std::atomic<bool>* isCancelled) {
     Close();
-    constexpr int kFlags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_PRIVATECACHE;
+    constexpr int kFlags =
+        SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(ImmutableAddress(path).c_str(), &mpHandle, kFlags, nullptr) != SQLITE_OK) {
         return -1;
     }
@@ -114,6 +121,8 @@ int ForeignDatabase::Open(const wxString& path) {
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_create_collation(mpHandle, "unicase", SQLITE_UTF8, nullptr, CompareIgnoringCase);
     sqlite3_exec(mpHandle, "PRAGMA cell_size_check=ON;", nullptr, nullptr, nullptr);
+    sqlite3_progress_handler(mpHandle, kStepsBetweenLooks, LookForCancel,
+                             const_cast<std::atomic<bool>*>(isCancelled));
     sqlite3_set_authorizer(mpHandle, AllowReading, nullptr);
     // The engine looks at the file only now.
     const StatementPointer probe(Prepare("SELECT name FROM sqlite_master"));
@@ -155,16 +164,14 @@ int ForeignDatabase::ReadAll(const char* table, const std::vector<const char*>& 
 
 int ForeignDatabase::ReadRow(const char* table, const std::vector<const char*>& columns,
                              int64_t rowId, const Visitor& visit) {
-    const std::string sql =
-        "SELECT " + JoinColumns(columns) + " FROM \"" + table + "\" WHERE rowid=?";
-    if (sql != mRowSql) {
-        sqlite3_finalize(mpRowStatement);
-        mpRowStatement = Prepare(sql);
-        mRowSql = sql;
+    auto& statement = mRowStatements[table];
+    if (statement == nullptr) {
+        statement =
+            Prepare("SELECT " + JoinColumns(columns) + " FROM \"" + table + "\" WHERE rowid=?");
     }
-    sqlite3_bind_int64(mpRowStatement, 1, rowId);
-    const int result = Visit(mpRowStatement, visit);
-    sqlite3_reset(mpRowStatement);
+    sqlite3_bind_int64(statement, 1, rowId);
+    const int result = Visit(statement, visit);
+    sqlite3_reset(statement);
     return result;
 }
 
@@ -197,9 +204,10 @@ int ForeignDatabase::Visit(sqlite3_stmt* statement, const Visitor& visit) {
 }
 
 void ForeignDatabase::Close() {
-    sqlite3_finalize(mpRowStatement);
-    mpRowStatement = nullptr;
-    mRowSql.clear();
+    for (const auto& [table, statement] : mRowStatements) {
+        sqlite3_finalize(statement);
+    }
+    mRowStatements.clear();
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
 }

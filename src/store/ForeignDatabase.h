@@ -3,8 +3,10 @@
 #include <sqlite3.h>
 #include <wx/string.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -38,8 +40,9 @@ class ForeignDatabase {
     ForeignDatabase(const ForeignDatabase&) = delete;
     ForeignDatabase& operator=(const ForeignDatabase&) = delete;
 
-    // 0, or -1 when the file is no database of the engine.
-    int Open(const wxString& path);
+    // 0, or -1 when the file is no database of the engine. Readings fail early once the flag is
+    // true, which is not owned and may be null.
+    int Open(const wxString& path, const std::atomic<bool>* isCancelled = nullptr);
 
     // True for a plain table of that name whose columns are all stored.
     bool HasTable(const char* table);
@@ -48,7 +51,8 @@ class ForeignDatabase {
     // be those of a program's own code. "rowid" is a column too. Returns 0, or -1 when the table or
     // a column is missing or a page cannot be read.
     int ReadAll(const char* table, const std::vector<const char*>& columns, const Visitor& visit);
-    // The same of the one row with that number. No such row is success.
+    // The same of the one row with that number. No such row is success. A table is read by the same
+    // columns each time. Used by one thread at a time, as all of the object.
     int ReadRow(const char* table, const std::vector<const char*>& columns, int64_t rowId,
                 const Visitor& visit);
 
@@ -61,7 +65,6 @@ class ForeignDatabase {
     void Close();
 
     sqlite3* mpHandle = nullptr;
-    // The statement of the last ReadRow, which is usually the next one's too.
-    std::string mRowSql;
-    sqlite3_stmt* mpRowStatement = nullptr;
+    // The statements of ReadRow by their tables, whose names are literals of the program.
+    std::map<const char*, sqlite3_stmt*> mRowStatements;
 };

@@ -24,6 +24,7 @@
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/Database.h"
+#include "store/ForeignDatabase.h"
 
 namespace {
 
@@ -350,6 +351,12 @@ bool IsSameFile(const wxString& path, const wxString& other) {
     std::error_code error;
     return MakeStorePathFull(path) == MakeStorePathFull(other) ||
            fs::equivalent(ToPath(path), ToPath(other), error);
+}
+
+bool IsStoreOfCards(const wxString& path) {
+    ForeignDatabase database;
+    return database.Open(path) == 0 && database.HasTable("Cards") &&
+           database.HasTable("Categories") && database.HasTable("Globals");
 }
 
 int MoveStoreFile(const wxString& from, const wxString& to) {

@@ -24,6 +24,10 @@ wxString MakeStorePathFull(const wxString& path);
 // Returns true for one file under two paths: through a link, or a second name.
 bool IsSameFile(const wxString& path, const wxString& other);
 
+// Returns true for a database that has the tables of a store, by whatever name. Must not be asked
+// of the open store, whose locks would be gone.
+bool IsStoreOfCards(const wxString& path);
+
 // Moves the store to another path, over a plain file that may be there, and across file systems if
 // need be. Returns 0, or the system's number of the error; the store then is whole where it was,
 // and so is the file that it was to replace. At no moment are its cards in no file.

@@ -13,8 +13,10 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "exchange/Worker.h"
 #include "shell/Forms.h"
 #include "shell/Toolkit.h"
+#include "transfer/ProgressDialog.h"
 
 namespace {
 
@@ -27,8 +29,8 @@ enum : int {
     ID_FIRST_FIELD = 10320
 };
 
-constexpr int kFieldsHeight = 110;
-constexpr int kSummaryHeight = 90;
+constexpr int kFieldsHeight = 80;
+constexpr int kSummaryWidth = 260;
 // Real kinds of notes have up to twenty fields; a hostile one would fill the window with controls.
 constexpr size_t kMostFields = 100;
 constexpr size_t kLongestName = 40;
@@ -49,10 +51,57 @@ wxString CutName(const wxString& name) {
     return CutWithEllipsis(name, kLongestName);
 }
 
+// Longer work shows that it goes on.
+constexpr long kPatienceMilliseconds = 200;
+
+// Makes a deck's file ready, unless that was done, and reads the deck.
+class SurveyThread : public Worker {
+  public:
+    // The database is not owned.
+    SurveyThread(const wxString& path, std::shared_ptr<DeckFile> file, DeckOptions options,
+                 Database& database)
+        : mPath(path), mFile(std::move(file)), mOptions(std::move(options)), mDatabase(database) {}
+    ~SurveyThread() override { SurveyThread::Cancel(); }
+
+    bool IsCancelled() const { return mProgress.IsCancelled; }
+    // Read after Join.
+    const DeckSurvey& GetSurvey() const { return mSurvey; }
+    const std::shared_ptr<DeckFile>& GetFile() const { return mFile; }
+
+    int32_t GetMaximum() const override { return 1000; }
+    int32_t GetPosition() const override { return mProgress.Position; }
+    void Cancel() override {
+        mProgress.IsCancelled = true;
+        Join();
+    }
+
+  protected:
+    void Work() override {
+        if (mFile == nullptr) {
+            DeckFileOptions options;
+            options.IsCancelled = &mProgress.IsCancelled;
+            options.Position = &mProgress.Position;
+            mFile = DeckFile::Open(mPath, mSurvey.Failure, options);
+        }
+        if (mFile != nullptr) {
+            mSurvey = SurveyDeck(mFile, mOptions, mDatabase, mProgress);
+        }
+    }
+
+  private:
+    wxString mPath;
+    std::shared_ptr<DeckFile> mFile;
+    DeckOptions mOptions;
+    Database& mDatabase;
+    DeckSurvey mSurvey;
+    SurveyProgress mProgress;
+};
+
 }  // namespace
 
-DeckPanel::DeckPanel(wxWindow* parent, std::function<void()> onChange)
-    : wxPanel(parent), mOnChange(std::move(onChange)) {
+DeckPanel::DeckPanel(wxWindow* parent, Database& database, FatalErrorReport& report,
+                     std::function<void()> onChange)
+    : wxPanel(parent), mDatabase(database), mReport(report), mOnChange(std::move(onChange)) {
     MakeControls();
 }
 
@@ -72,7 +121,7 @@ void DeckPanel::MakeControls() {
     mpFieldGrid->AddGrowableCol(1);
     mpFields->SetSizer(mpFieldGrid);
     mpSummary = new wxTextCtrl(this, ID_SUMMARY, wxString(), wxDefaultPosition,
-                               FromDIP(wxSize(-1, kSummaryHeight)), wxTE_MULTILINE | wxTE_READONLY);
+                               FromDIP(wxSize(kSummaryWidth, -1)), wxTE_MULTILINE | wxTE_READONLY);
     SetAccessibleName(*mpSummary, _("What comes along"));
 
     auto* const grid = new wxFlexGridSizer(2, gap, gap);
@@ -85,25 +134,20 @@ void DeckPanel::MakeControls() {
     rows->Add(mpSchedules, wxSizerFlags().Border(wxBOTTOM, gap));
     rows->Add(grid, wxSizerFlags().Expand());
     rows->Add(mpFields, wxSizerFlags(1).Expand().Border(wxTOP, gap));
-    rows->Add(mpSummary, wxSizerFlags(1).Expand().Border(wxTOP, gap));
-    SetSizer(rows);
+    // Side by side, they leave room for the preview on a small screen.
+    auto* const halves = new wxBoxSizer(wxHORIZONTAL);
+    halves->Add(rows, wxSizerFlags(1).Expand().Border(wxRIGHT, FromDIP(kFormEdge)));
+    halves->Add(mpSummary, wxSizerFlags(1).Expand());
+    SetSizer(halves);
 
     mpNames->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { OnChoice(); });
     mpSchedules->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { OnChoice(); });
     mpType->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { ShowFields(); });
 }
 
-wxString DeckPanel::Open(const wxString& path) {
-    const wxBusyCursor busy;
-    wxString message;
-    mFile = DeckFile::Open(path, message);
-    const std::unique_ptr<Deck> deck =
-        mFile == nullptr ? nullptr : mFile->OpenDeck(DeckOptions(), message);
-    if (deck == nullptr) {
-        mFile = nullptr;
-        return message;
-    }
-    mTypes = deck->GetNoteTypes();
+void DeckPanel::Open(const wxString& path) {
+    Survey(path);
+    mTypes = mSurvey.Types;
     mIsChosen.assign(mTypes.size(), false);
     mpType->Clear();
     for (const DeckNoteType& type : mTypes) {
@@ -114,7 +158,6 @@ wxString DeckPanel::Open(const wxString& path) {
         mpType->SetSelection(0);
     }
     ShowFields();
-    return Survey();
 }
 
 // Shows a choice for each field of the chosen kind of note.
@@ -148,43 +191,35 @@ void DeckPanel::ChooseRole(size_t field, int role) {
 }
 
 void DeckPanel::OnChoice() {
-    const wxString failure = Survey();
-    if (!failure.empty()) {
-        mpSummary->ChangeValue(failure);
-    }
+    Survey(wxString());
     mOnChange();
 }
 
-// Reads the whole deck and tells what comes of it. Returns why that failed, or nothing.
-wxString DeckPanel::Survey() {
-    const wxBusyCursor busy;
-    wxString message;
-    const std::unique_ptr<Deck> deck =
-        mFile == nullptr ? nullptr : mFile->OpenDeck(GetOptions(), message);
-    if (deck == nullptr) {
-        return message;
+// Reads the whole deck and tells what comes of it. The path is needed the first time.
+void DeckPanel::Survey(const wxString& path) {
+    // The dialog may not be on the screen yet.
+    wxWindow* const dialog = wxGetTopLevelParent(this);
+    wxWindow* const parent = dialog->IsShown() ? dialog : dialog->GetParent();
+    const bool wasOpen = mFile != nullptr;
+    SurveyThread thread(path, mFile, GetOptions(), mDatabase);
+    {
+        const wxBusyCursor busy;
+        RunWithProgress(parent, thread, mReport, _("Unable to start a thread for the import."),
+                        kPatienceMilliseconds);
     }
-    int64_t cards = 0;
-    DeckCard card;
-    while (deck->ReadCard(card)) {
-        card = DeckCard();
-        ++cards;
+    mFile = thread.GetFile();
+    mSurvey = thread.GetSurvey();
+    wxString text = mSurvey.Failure;
+    if (wasOpen && thread.IsCancelled()) {
+        // The deck was read before, so only the numbers are missing.
+        mSurvey.Failure.clear();
     }
-    const auto number = [](int64_t count) {
-        return static_cast<unsigned>(std::min<int64_t>(count, 2000000000));
-    };
-    const auto count = [](const wxString& format, int64_t value) {
-        return wxString::Format(format, static_cast<long long>(value));
-    };
-    const int64_t notes = deck->CountNotes();
-    wxString text = count(wxPLURAL("%lld note", "%lld notes", number(notes)), notes);
-    text += "\n" + count(wxPLURAL("%lld card", "%lld cards", number(cards)), cards);
-    for (size_t i = 0; i < deck->GetLosses().size(); ++i) {
-        const wxString loss = DescribeLoss(static_cast<DeckLoss>(i), deck->GetLosses()[i]);
-        text += loss.empty() ? loss : "\n" + loss;
+    if (text.empty()) {
+        for (const wxString& line : DescribeSurvey(mSurvey)) {
+            text += (text.empty() ? "" : "\n") + line;
+        }
     }
     mpSummary->ChangeValue(text);
-    return deck->GetFailure();
 }
 
 DeckOptions DeckPanel::GetOptions() const {

@@ -6,9 +6,11 @@
 #include <memory>
 #include <vector>
 
-#include "decks/Deck.h"
+#include "decks/DeckSurvey.h"
 #include "exchange/ImportJob.h"
 
+class Database;
+class FatalErrorReport;
 class wxCheckBox;
 class wxChoice;
 class wxFlexGridSizer;
@@ -17,14 +19,20 @@ class wxTextCtrl;
 
 // What the import dialog asks about a deck: how its categories are named, whether its schedules
 // come along, and what each field of its kinds of notes becomes. Below stands what of the deck has
-// no place here, before anything is written. Main thread only.
+// no place here, before anything is written. Main thread only; a worker reads the deck.
 class DeckPanel : public wxPanel {
   public:
-    // The function is called after each choice of the user.
-    DeckPanel(wxWindow* parent, std::function<void()> onChange);
+    // The function is called after each choice of the user. The database and the report are not
+    // owned.
+    DeckPanel(wxWindow* parent, Database& database, FatalErrorReport& report,
+              std::function<void()> onChange);
 
-    // Unpacks the deck and reads it once. Returns what is wrong with it, or nothing.
-    wxString Open(const wxString& path);
+    // Unpacks the deck and reads it once, behind a progress window when that takes long.
+    void Open(const wxString& path);
+    // Returns what is wrong with the deck, or nothing.
+    const wxString& GetFault() const { return mSurvey.Failure; }
+    // Returns the attributes of the first card with the present choices.
+    const std::vector<CardAttribute>& GetFirstRecord() const { return mSurvey.FirstRecord; }
     // Makes readers with the present choices. They may outlive the panel.
     DeckReaderMaker GetReaderMaker() const;
 
@@ -32,12 +40,15 @@ class DeckPanel : public wxPanel {
     void MakeControls();
     void ShowFields();
     void ChooseRole(size_t field, int role);
-    wxString Survey();
+    void Survey(const wxString& path);
     DeckOptions GetOptions() const;
     void OnChoice();
 
+    Database& mDatabase;
+    FatalErrorReport& mReport;
     std::function<void()> mOnChange;
     std::shared_ptr<DeckFile> mFile;
+    DeckSurvey mSurvey;
     std::vector<DeckNoteType> mTypes;
     // Whether the user has changed a role of the type.
     std::vector<bool> mIsChosen;

@@ -172,9 +172,13 @@ bool BelongsToStore(Database& database, const wxString& path) {
 void RunImportCommand(wxWindow* parent, AppServices& services, Database& database,
                       FatalErrorReport& report) {
     wxString path;
-    if (OfferVersion1Import(parent, database, report) || !ChooseFile(parent, path)) {
-        return;
+    if (!OfferVersion1Import(parent, database, report) && ChooseFile(parent, path)) {
+        ImportFileByDialog(parent, services, database, report, path);
     }
+}
+
+void ImportFileByDialog(wxWindow* parent, AppServices& services, Database& database,
+                        FatalErrorReport& report, const wxString& path) {
     ImportDialog dialog(parent, database, report, path);
     const bool wasRun = dialog.ShowModal() == wxOK;
     const std::set<int32_t>& touched = dialog.GetTouchedCategories();

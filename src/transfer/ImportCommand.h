@@ -21,6 +21,10 @@ bool BelongsToStore(Database& database, const wxString& path);
 void RunImportCommand(wxWindow* parent, AppServices& services, Database& database,
                       FatalErrorReport& report);
 
+// Lets the user say how to read a file, and imports it. The rest is as in the command.
+void ImportFileByDialog(wxWindow* parent, AppServices& services, Database& database,
+                        FatalErrorReport& report, const wxString& path);
+
 // Returns where version 1.0 may have left its store, in the order in which to look.
 std::vector<wxString> GetVersion1StorePlaces();
 

@@ -168,7 +168,7 @@ wxSizer* ImportDialog::CreateOptions() {
     AddKnownCards(*grid);
     mpTable = new TablePanel(this, [this] { RefreshPreview(); });
     if (isDeck) {
-        mpDeck = new DeckPanel(this, [this] { RefreshPreview(); });
+        mpDeck = new DeckPanel(this, mDatabase, mReport, [this] { RefreshPreview(); });
     }
     return grid;
 }
@@ -287,7 +287,7 @@ bool ImportDialog::DetectDeck() {
     if (mpDeck == nullptr) {
         return false;
     }
-    mDeckFault = mpDeck->Open(mFileName);
+    mpDeck->Open(mFileName);
     mpFormatRows->ChooseFormat(kDeckFormat);
     ShowChoices();
     RefreshPreview();
@@ -302,7 +302,7 @@ void ImportDialog::ShowChoices() {
     mpEncodingHelp->Show(isTable);
     mpTable->Show(isTable);
     if (mpDeck != nullptr) {
-        mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mDeckFault.empty());
+        mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mpDeck->GetFault().empty());
     }
     Layout();
 }
@@ -336,9 +336,13 @@ void ImportDialog::SurveyRows() {
 
 void ImportDialog::RefreshPreview() {
     const bool isDeck = mpFormatRows->GetFormat() == kDeckFormat;
-    const wxString fault = isDeck ? mDeckFault : mpFormatRows->CheckDelimiter();
+    const wxString fault = isDeck ? mpDeck->GetFault() : mpFormatRows->CheckDelimiter();
     if (!fault.empty()) {
         ShowError(fault);
+        return;
+    }
+    if (isDeck) {
+        ShowRecord(mpDeck->GetFirstRecord());
         return;
     }
     const wxBusyCursor busy;
@@ -347,8 +351,8 @@ void ImportDialog::RefreshPreview() {
     ImportResult result;
     std::vector<CardAttribute> attributes;
     if (ImportPreview(GetInput(), mDatabase, result, attributes)) {
-        // A deck has cards and no lines, and neither has a file that is no text.
-        const bool hasLine = !isDeck && (result.LineNumber >= 1 || result.Message.empty());
+        // A file that is no text has no lines.
+        const bool hasLine = result.LineNumber >= 1 || result.Message.empty();
         ShowError(hasLine ? wxString::Format(_("%s\nLine Number: %i"), result.Message,
                                              result.LineNumber) +
                                 GetAdvice()

@@ -77,8 +77,6 @@ class ImportDialog : public wxDialog {
     wxFontEncoding mGuessedEncoding = wxFONTENCODING_SYSTEM;
     // Null when the file is no deck.
     DeckPanel* mpDeck = nullptr;
-    // Why the deck cannot be imported; empty when it can.
-    wxString mDeckFault;
     wxStaticText* mpEncodingLabel = nullptr;
     wxChoice* mpEncoding = nullptr;
     wxButton* mpEncodingHelp = nullptr;

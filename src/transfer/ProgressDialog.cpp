@@ -5,6 +5,8 @@
 #include <wx/intl.h>
 #include <wx/log.h>
 #include <wx/sizer.h>
+#include <wx/stopwatch.h>
+#include <wx/utils.h>
 
 #include <algorithm>
 
@@ -96,12 +98,16 @@ void ProgressDialog::End(int code) {
 }
 
 bool RunWithProgress(wxWindow* parent, Worker& worker, FatalErrorReport& report,
-                     const wxString& startFailure) {
+                     const wxString& startFailure, long patience) {
     if (!worker.Start()) {
         wxLogError("%s", startFailure);
         return false;
     }
-    {
+    const wxStopWatch watch;
+    while (!worker.IsFinished() && watch.Time() < patience) {
+        wxMilliSleep(1);
+    }
+    if (!worker.IsFinished() || patience == 0) {
         // The dialog is gone by the time a failure is told, and the user sees the failure alone.
         ProgressDialog dialog(parent, worker);
         dialog.ShowModal();

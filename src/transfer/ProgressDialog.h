@@ -33,6 +33,7 @@ class ProgressDialog : public wxDialog {
 
 // Runs a worker behind a progress window and returns when it has ended. A failure of the store that
 // the worker met is delivered then, which ends the program. Returns false when the system has no
-// thread to give, after writing the given text to the log.
+// thread to give, after writing the given text to the log. A job that ends within the patience, in
+// milliseconds, shows no window.
 bool RunWithProgress(wxWindow* parent, Worker& worker, FatalErrorReport& report,
-                     const wxString& startFailure);
+                     const wxString& startFailure, long patience = 0);

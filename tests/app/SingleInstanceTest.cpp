@@ -24,7 +24,7 @@ TEST_F(SingleInstanceTest, ASecondStartCallsTheFirstAndIsNotKeptWaiting) {
     WriteBytes(Directory() + "/velomind.socket", "");
     SingleInstance first(Directory());
     ASSERT_EQ(first.BecomeFirst(Greeting::CallToFront), Standing::First);
-    first.Listen([this](const wxString&) { ++mCalls; });
+    first.Listen([this](const wxString&, const wxString&) { ++mCalls; });
 
     SingleInstance probing(Directory());
     EXPECT_EQ(probing.BecomeFirst(Greeting::None), Standing::Second);
@@ -49,7 +49,11 @@ TEST_F(SingleInstanceTest, TheCallCarriesTheTokenOfTheCallerUnlessItIsNone) {
     SingleInstance first(Directory());
     ASSERT_EQ(first.BecomeFirst(Greeting::None), Standing::First);
     std::vector<wxString> tokens;
-    first.Listen([&tokens](const wxString& token) { tokens.push_back(token); });
+    wxString opened;
+    first.Listen([&](const wxString& token, const wxString& file) {
+        tokens.push_back(token);
+        opened = file;
+    });
     const std::pair<std::string, wxString> cases[] = {
         {"shell/Text Editor/17-0-host_TIME12", "shell/Text Editor/17-0-host_TIME12"},
         {std::string(255, 'x'), wxString('x', 255)},

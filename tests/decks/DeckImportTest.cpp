@@ -1,107 +1,30 @@
 // Whole decks, written here as their programs would write them, on their way into a store.
 
-#include <sqlite3.h>
+#include <wx/dir.h>
 #include <wx/filename.h>
-#include <wx/wfstream.h>
-#include <wx/zipstrm.h>
 #include <zstd.h>
 
-#include <cstdio>
+#include <cstdlib>
 
 #include "base/Time.h"
-#include "decks/AnkiDeck.h"
-#include "decks/Deck.h"
+#include "decks/DeckFormats.h"
+#include "decks/DeckSurvey.h"
+#include "decks/DeckWriter.h"
 #include "exchange/ImportFixture.h"
+#include "fuzz/Mutator.h"
 
 namespace {
-
-using Members = std::vector<std::pair<std::string, std::string>>;
-
-const char kRows[] =
-    "CREATE TABLE notes(id INTEGER PRIMARY KEY, guid, mid, tags, flds);"
-    "CREATE TABLE cards(id INTEGER PRIMARY KEY, nid, did, odid, ord, mod, type, queue, due, odue,"
-    " ivl, factor, data);"
-    "CREATE TABLE revlog(id INTEGER PRIMARY KEY, cid, ease, type, factor);";
-
-// One type with both directions, one with deletions.
-const std::string kTypes =
-    R"({"7":{"name":"Two","type":0,"flds":[{"name":"Switch","ord":2},{"name":"Word","ord":0},)"
-    R"({"name":"Sense","ord":1},{"name":"More","ord":3}],"tmpls":[{"ord":1,)"
-    R"("qfmt":"{{#Switch}}{{Sense}}{{/Switch}}","afmt":"{{FrontSide}}{{Word}}"},)"
-    R"({"ord":0,"qfmt":"{{furigana:Word}}","afmt":"{{FrontSide}}<hr>{{Sense}}{{More}}"}]},)"
-    R"("8":{"name":"Gaps","type":1,"flds":[{"name":"Text","ord":0},{"name":"Extra","ord":1}],)"
-    R"("tmpls":[{"ord":0,"qfmt":"{{cloze:Text}}","afmt":"{{cloze:Text}}{{Extra}}"}]}})";
-
-// Schema 11, where the kinds of notes and the decks are JSON. Times begin at 1,000,000,000.
-std::string Schema11(const std::string& rows) {
-    return std::string(kRows) + "CREATE TABLE col(ver, crt, models, decks);" +
-           "INSERT INTO col VALUES(11, 1000000000, '" + kTypes +
-           R"(', '{"1":{"name":"Default"},"2":{"name":"A::B"},"3":{"name":"C","dyn":1}}');)" + rows;
-}
-
-// Schema 18, where they are tables, with texts in messages of "protocol buffers".
-std::string Schema18(const std::string& rows) {
-    return std::string(kRows) +
-           "CREATE TABLE col(ver, crt, models, decks);INSERT INTO col VALUES(18,1000000000,'','');"
-           "CREATE TABLE notetypes(id INTEGER PRIMARY KEY, name COLLATE NOCASE, config);"
-           "CREATE TABLE fields(ntid, ord, name, PRIMARY KEY(ntid, ord)) WITHOUT ROWID;"
-           "CREATE TABLE templates(ntid, ord, config, PRIMARY KEY(ntid, ord)) WITHOUT ROWID;"
-           "CREATE TABLE decks(id INTEGER PRIMARY KEY, name, kind);"
-           "INSERT INTO notetypes VALUES(7, 'Two', x'');"
-           "INSERT INTO fields VALUES(7, 0, 'Word'), (7, 1, 'Sense'), (7, 2, 'More');"
-           // The fields 1 and 2: "{{Word}}" and "{{Sense}}".
-           "INSERT INTO templates VALUES(7, 0, x'0A08' || CAST('{{Word}}' AS BLOB) || x'1209' ||"
-           " CAST('{{Sense}}' AS BLOB));"
-           "INSERT INTO decks VALUES(2, 'A' || char(31) || 'B', x'0A00');" +
-           rows;
-}
-
-// A note, and a new card of it in a direction.
-std::string NoteRow(int id, const std::string& guid, int type, const std::string& fields) {
-    return "INSERT INTO notes VALUES(" + std::to_string(id) + ",'" + guid + "'," +
-           std::to_string(type) + ",' t1 t2 ',replace('" + fields + "', '|', char(31)));";
-}
-std::string NewCard(int note, int number, const std::string& due = "1") {
-    return "INSERT INTO cards(nid, did, odid, ord, mod, type, queue, due, odue, ivl, factor, data)"
-           " VALUES(" +
-           std::to_string(note) + ",2,0," + std::to_string(number) + ",0,0,0," + due +
-           ",0,0,0,'');";
-}
-
-const char kXml[] =
-    "<openSM2sync number_of_entries=\"4\">"
-    "<log type=\"10\" o_id=\"t\"><name>French</name></log>"
-    "<log type=\"16\" o_id=\"f\"><f>chat</f><m_1>cat\nkitty</m_1><p_1>sha</p_1><n>n</n></log>"
-    "<log type=\"6\" o_id=\"c1\" card_t=\"3\" fact=\"f\" fact_v=\"3.1\" tags=\"t\" gr=\"4\" "
-    "e=\"2.0\""
-    " l_rp=\"1600000000\" n_rp=\"1600864000\"/>"
-    "<log type=\"6\" o_id=\"c2\" card_t=\"3\" fact=\"f\" fact_v=\"3.2\" tags=\"t\" gr=\"-1\" "
-    "e=\"2.5\""
-    " l_rp=\"-1\" n_rp=\"-1\"/></openSM2sync>";
 
 struct DeckImportTest : ImportFixture {
     // The bytes of a database that a script makes.
     std::string MakeDatabase(const std::string& script) {
         const wxString path = mDirectory.Path("made.db");
-        std::remove(path.utf8_str());
-        sqlite3* handle = nullptr;
-        EXPECT_EQ(sqlite3_open(path.utf8_str(), &handle), SQLITE_OK);
-        char* error = nullptr;
-        sqlite3_exec(handle, script.c_str(), nullptr, nullptr, &error);
-        EXPECT_EQ(error, nullptr) << error;
-        sqlite3_close(handle);
+        EXPECT_EQ(WriteDatabase(path, script), "");
         return ReadBytes(path);
     }
     std::string MakePackage(const Members& members) {
         const wxString path = mDirectory.Path("made.zip");
-        {
-            wxFileOutputStream file(path);
-            wxZipOutputStream zip(file);
-            for (const auto& [name, bytes] : members) {
-                zip.PutNextEntry(name);
-                zip.Write(bytes.data(), bytes.size());
-            }
-        }
+        WritePackage(path, members);
         return ReadBytes(path);
     }
     static std::string Compress(const std::string& bytes) {
@@ -112,14 +35,17 @@ struct DeckImportTest : ImportFixture {
     }
 
     // Imports a file of these bytes and returns the outcome.
-    std::string ImportDeck(const std::string& bytes, const DeckOptions& options = {}) {
+    std::string ImportDeck(const std::string& bytes, const DeckOptions& options = {},
+                           const DeckFileOptions& fileOptions = {}) {
         ImportInput input;
         input.FileName = mDirectory.Path("My deck.bin");
         WriteBytes(input.FileName, bytes);
-        EXPECT_TRUE(DeckFile::IsDeck(input.FileName));
+        if (!DeckFile::IsDeck(input.FileName)) {
+            return "no deck";
+        }
         input.Format = ImportFormat::kDeck;
         wxString message;
-        const std::shared_ptr<DeckFile> file = DeckFile::Open(input.FileName, message);
+        const std::shared_ptr<DeckFile> file = DeckFile::Open(input.FileName, message, fileOptions);
         if (file == nullptr) {
             return message.utf8_string();
         }
@@ -223,6 +149,12 @@ TEST_F(DeckImportTest, RefusesADeckAsAWholeAndSaysWhy) {
         MakeDatabase(Schema11(kOne) +
                      "ALTER TABLE notes RENAME TO n; CREATE VIEW notes AS SELECT "
                      "* FROM n;");
+    const std::string computed =
+        MakeDatabase(Schema11(kOne) +
+                     "ALTER TABLE notes RENAME TO n; CREATE TABLE notes(id, guid, mid, tags, "
+                     "flds AS (abs(id)));");
+    const std::string virtualTable = MakeDatabase(
+        Schema11(kOne) + "DROP TABLE cards; CREATE VIRTUAL TABLE cards USING fts5(nid);");
     const std::string unknown = MakeDatabase(Schema11(kOne) + "UPDATE col SET ver = 12;");
     const std::string cutJson = MakeDatabase(Schema11(kOne) + "UPDATE col SET models = '{\"7\":';");
     const std::string young = Compress(MakeDatabase(Schema18(kOne)));
@@ -234,6 +166,8 @@ TEST_F(DeckImportTest, RefusesADeckAsAWholeAndSaysWhy) {
         {MakePackage({{"meta", "\x08\x09"}, {"collection.anki2", "x"}}), "The deck comes from a"},
         {MakePackage({{"collection.anki2", "x"}}), "The deck is damaged."},
         {MakePackage({{"collection.anki2", view}}), "The deck is damaged.  A table"},
+        {MakePackage({{"collection.anki2", computed}}), "The deck is damaged.  A table"},
+        {MakePackage({{"collection.anki2", virtualTable}}), "The deck is damaged.  A table"},
         {MakePackage({{"collection.anki2", unknown}}), "The deck comes from a version"},
         {MakePackage({{"collection.anki2", cutJson}}), "The deck is damaged.  Its desc"},
         {MakePackage(
@@ -246,6 +180,78 @@ TEST_F(DeckImportTest, RefusesADeckAsAWholeAndSaysWhy) {
         EXPECT_THAT(ImportDeck(bytes), testing::StartsWith(message));
     }
     EXPECT_THAT(Cards(), testing::IsEmpty());
+}
+
+// Names lead nowhere, triggers never fire, and a type of another column says nothing of its values.
+TEST_F(DeckImportTest, TakesADeckThatOnlyLooksHostile) {
+    const std::string rows =
+        kOne + NoteRow(2, "\"; DROP TABLE Cards; --", 7, "c|d") + NewCard(2, 0, "'x'") +
+        "INSERT INTO cards VALUES('9', 1, 2, 0, 1, 0, 0, 0, -9e99, 0, 'many', 1e99, x'00');"
+        "CREATE TRIGGER t AFTER INSERT ON notes BEGIN DELETE FROM cards; END;";
+    const std::string database = MakeDatabase(Schema11(rows));
+    EXPECT_EQ(
+        ImportDeck(MakePackage(
+            {{"../../escaped", "x"}, {"/tmp/../escaped", "x"}, {"collection.anki2", database}})),
+        "2 inserted, 0 merged, 0 ignored");
+    EXPECT_FALSE(wxFileName::Exists(mDirectory.Path("../escaped")));
+}
+
+TEST_F(DeckImportTest, RefusesWhatUnpacksToMoreThanTheLimit) {
+    DeckFileOptions small;
+    small.MostBytes = 1 << 20;
+    const std::string zeros(8 << 20, '\0');
+    const char* const refusal = "The deck is larger than 1 MB and is not imported.";
+    const Members bombs[] = {{{"collection.anki2", zeros}},
+                             {{"cards.xml", zeros}},
+                             {{"meta", "\x08\x03"}, {"collection.anki21b", Compress(zeros)}}};
+    for (const Members& members : bombs) {
+        EXPECT_EQ(ImportDeck(MakePackage(members), {}, small), refusal);
+    }
+    std::string database = MakeDatabase(Schema11(kOne));
+    EXPECT_EQ(ImportDeck(database, {}, small), "1 inserted, 0 merged, 0 ignored");
+    EXPECT_EQ(ImportDeck(database + zeros, {}, small), refusal);
+}
+
+// Chance changes a package, or what is packed in it. The import then ends, writes all or nothing,
+// and leaves no temporary file. VELOMIND_FUZZ_FILES asks for more of them.
+TEST_F(DeckImportTest, SurvivesChangesByChance) {
+    wxSetEnv("TMPDIR", mDirectory.Path(wxString()));
+    // A process with the greatest number of all is not there any more.
+    wxMkdir(mDirectory.Path("velomind-deck-2147483647-a"));
+    WriteBytes(mDirectory.Path("velomind-deck-2147483647-a/deck"), "left");
+    const std::string young = MakeDatabase(Schema18(kOne));
+    const std::string old =
+        MakeDatabase(Schema11(kOne + NoteRow(3, "i", 8, "{{c1::u}} {{c2::v}}|w") + NewCard(3, 0) +
+                              "INSERT INTO cards VALUES(5,1,2,0,1,0,2,2,10,0,5,2500,'{\"lrt\":1}');"
+                              "INSERT INTO revlog VALUES(1600000000000,5,3,1,2500);"));
+    Mutator mutator({old, young, kXml, Compress(young), MakePackage({{"collection.anki2", old}})},
+                    1);
+    const char* const count = std::getenv("VELOMIND_FUZZ_FILES");
+    const int files = count == nullptr ? 300 : std::atoi(count);
+    int good = 0;
+    for (int i = 0; i < files; ++i) {
+        const size_t which = mutator.Pick(5);
+        const std::string bytes = mutator.Change(which);
+        const Members members[] = {{{"collection.anki2", bytes}},
+                                   {{"collection.anki2", bytes}},
+                                   {{"cards.xml", bytes}},
+                                   {{"meta", "\x08\x03"}, {"collection.anki21b", bytes}}};
+        const Strings before = Cards();
+        const std::string outcome =
+            ImportDeck(which < std::size(members) ? MakePackage(members[which]) : bytes);
+        const bool isGood = outcome.find(" inserted, ") != std::string::npos;
+        EXPECT_FALSE(outcome.empty());
+        if (!isGood) {
+            ASSERT_EQ(Cards(), before) << "file " << i << ": " << outcome;
+        }
+        good += isGood ? 1 : 0;
+    }
+    EXPECT_GT(good, 0);
+    EXPECT_LT(good, files);
+    EXPECT_EQ(Query("PRAGMA integrity_check"), Strings{"ok"});
+    wxArrayString left;
+    EXPECT_EQ(wxDir::GetAllFiles(mDirectory.Path(wxString()), &left, "deck"), 0U) << left[0];
+    wxUnsetEnv("TMPDIR");
 }
 
 TEST(AnkiSchedule, KeepsIntervalScoreAndEase) {

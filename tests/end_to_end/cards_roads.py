@@ -44,7 +44,7 @@ class CardsRoad(RoadTest):
 
     def test_lines_that_make_no_sense(self):
         for arguments in ((), ("fly",), ("list", "--dry-run"), ("import",), ("import", "a", "b"),
-                          ("export", "--format", "anki"), ("list", "--wings"), ("--store", "", "due")):
+                          ("export", "--format", "html"), ("list", "--wings"), ("--store", "", "due")):
             with self.subTest(arguments):
                 code, output, error = self.run_cards(*arguments)
                 self.assertEqual((2, ""), (code, output))

@@ -1,3 +1,5 @@
+#include <wx/dnd.h>
+
 #include "ListFixture.h"
 
 struct BrowseFrameTest : ListTest {
@@ -120,4 +122,15 @@ TEST_F(BrowseFrameTest, TheDropDownOpensAtItsButtonAndClosesWhenTheUserTurnsAway
     });
     Categories().Rename();
     EXPECT_TRUE(WaitFor([this] { return mpFrame->IsActive() && IsFocusIn(Categories()); }));
+}
+
+TEST_F(BrowseFrameTest, FilesThatAreDroppedOnTheWindowAreOpened) {
+    Open();
+    auto* const target = dynamic_cast<wxFileDropTarget*>(mpFrame->GetDropTarget());
+    ASSERT_NE(target, nullptr);
+    wxArrayString paths;
+    paths.push_back("/a");
+    paths.push_back("/b");
+    EXPECT_TRUE(target->OnDropFiles(0, 0, paths));
+    EXPECT_THAT(mServices.Opened, testing::ElementsAre("/a", "/b"));
 }

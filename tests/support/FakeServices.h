@@ -27,6 +27,7 @@ struct FakeServices : AppServices {
     void FrameActivated(wxFrame&) override {}
     void FrameClosed(wxFrame& frame) override { Closed.push_back(&frame); }
 
+    void OpenFile(const wxString& path) override { Opened.push_back(path); }
     void OpenEditor(const FlashCard& card) override { Edited.push_back(card); }
     void ExportCards(wxWindow&, const std::vector<int64_t>& rowIds) override {
         Exported.push_back(rowIds);
@@ -53,6 +54,7 @@ struct FakeServices : AppServices {
     bool HasCardsToPaste = false;
 
     std::vector<wxFrame*> Closed;
+    std::vector<wxString> Opened;
     std::vector<FlashCard> Edited;
     std::vector<std::vector<int64_t>> Exported;
     std::vector<CardsTaken> Taken;
