@@ -15,7 +15,6 @@
 #include "decks/AnkiPlan.h"
 #include "decks/AnkiTemplate.h"
 #include "exchange/HtmlText.h"
-#include "store/ForeignDatabase.h"
 
 namespace {
 

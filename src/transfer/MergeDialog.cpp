@@ -41,6 +41,8 @@ constexpr int kOthersId = 10021;
 
 constexpr int kSideHeight = 60;
 constexpr int kOthersHeight = 80;
+constexpr int kLeastHeight = 36;
+constexpr int kLongLabel = 125;
 
 wxString VersionName(int column) {
     const wxString names[] = {_("Database Version"), _("Imported Version"), _("Merged Version")};
@@ -174,13 +176,16 @@ void MergeDialog::FitScreen() {
     FitTextHeights(*this);
     const int index = wxDisplay::GetFromWindow(this);
     const int width = wxDisplay(static_cast<unsigned>(std::max(index, 0))).GetClientArea().width;
-    if (GetSizer()->ComputeFittingWindowSize(this).GetWidth() > width) {
+    // The library would answer the question for the fitting size with the size of the screen.
+    if (GetSizer()->CalcMin().GetWidth() > width) {
         for (wxWindow* const child : GetChildren()) {
-            const bool isLong = dynamic_cast<wxButton*>(child) != nullptr ||
-                                dynamic_cast<wxCheckBox*>(child) != nullptr ||
-                                dynamic_cast<wxStaticText*>(child) != nullptr;
-            if (isLong) {
-                BreakLabel(*dynamic_cast<wxControl*>(child));
+            const bool isText = dynamic_cast<wxTextCtrl*>(child) != nullptr;
+            auto* const control = dynamic_cast<wxControl*>(child);
+            if (!isText && control->GetBestSize().GetWidth() > FromDIP(kLongLabel)) {
+                BreakLabel(*control);
+            } else if (isText && control->HasFlag(wxTE_MULTILINE)) {
+                // Such a screen is not high either.
+                control->SetMinSize(FromDIP(wxSize(-1, kLeastHeight)));
             }
         }
     }

@@ -120,43 +120,6 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
     EXPECT_EQ(Shown(), "VLM Text File/other: f=a;b=b;");
 }
 
-TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
-    constexpr int ID_SUMMARY = 10304, ID_FIRST_FIELD = 10320;
-    constexpr int kFront = 0, kBack = 2, kIgnore = 5;
-    const wxString made = mDirectory.Path("made.db");
-    ASSERT_EQ(WriteDatabase(made, Schema11(NoteRow(1, "g", 7, "a|b<img src=c>|y|m") +
-                                           NewCard(1, 0) + NewCard(1, 1))),
-              "");
-    WritePackage(mDirectory.Path("my.apkg"), {{"collection.anki2", ReadBytes(made)}});
-    ImportDialog& dialog = OpenFile("my.apkg");
-    EXPECT_TRUE(mAnswers.Dialogs.empty()) << "a small deck needs no progress window";
-    EXPECT_TRUE(Shown().StartsWith("Deck/")) << Shown();
-    EXPECT_TRUE(Shown().Contains("front=a;back=b;notes=")) << Shown();
-    EXPECT_TRUE(Shown().Contains("category=A::B;")) << Shown();
-    const auto& summary = Find<wxTextCtrl>(dialog, ID_SUMMARY);
-    EXPECT_EQ(summary.GetValue(), "1 note\n1 card\n1 picture is left out.");
-
-    // The first field becomes the back too.
-    Choose(ID_FIRST_FIELD, kBack);
-    Choose(ID_FIRST_FIELD + 3, kFront);
-    EXPECT_TRUE(Shown().Contains(L"front=m;back=a \u21B5 b;")) << Shown();
-    Choose(ID_FIRST_FIELD + 3, kIgnore);
-    EXPECT_TRUE(summary.GetValue().Contains("1 card is left out, since a side has no"))
-        << summary.GetValue();
-    Choose(ID_FIRST_FIELD, kFront);
-
-    // As a list it is nothing, and as a deck it comes back.
-    Choose(ID_FORMAT, 0);
-    EXPECT_FALSE(FindById(dialog, ID_SUMMARY)->GetParent()->IsShown());
-    EXPECT_TRUE(IsShown(ID_ERROR));
-    Choose(ID_FORMAT, 2);
-    EXPECT_TRUE(Shown().Contains("front=a;back=b;")) << Shown();
-
-    WriteBytes(mDirectory.Path("cut.apkg"), ReadBytes(mDirectory.Path("my.apkg")).substr(0, 99));
-    OpenFile("cut.apkg");
-    EXPECT_TRUE(Shown().Contains("The package is damaged.")) << Shown();
-}
-
 TEST_F(ImportDialogTest, LetsColumnsBeChosen) {
     constexpr int ID_ENCODING = 10091, ID_HAS_HEADER = 10401, ID_FIRST_USE = 10410;
     Open("Hund;dog;M\xE4nnchen\nKatze;cat;\n");
@@ -217,4 +180,41 @@ TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
 
     Open(bytes);
     EXPECT_EQ(Shown(), "Delimited/semi-colon: Front=Hund;Back=dog;Chapter=x;");
+}
+
+TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
+    constexpr int ID_SUMMARY = 10304, ID_FIRST_FIELD = 10320;
+    constexpr int kFront = 0, kBack = 2, kIgnore = 5;
+    const wxString made = mDirectory.Path("made.db");
+    ASSERT_EQ(WriteDatabase(made, Schema11(NoteRow(1, "g", 7, "a|b<img src=c>|y|m") +
+                                           NewCard(1, 0) + NewCard(1, 1))),
+              "");
+    WritePackage(mDirectory.Path("my.apkg"), {{"collection.anki2", ReadBytes(made)}});
+    ImportDialog& dialog = OpenFile("my.apkg");
+    EXPECT_TRUE(mAnswers.Dialogs.empty()) << "a small deck needs no progress window";
+    EXPECT_TRUE(Shown().StartsWith("Deck/")) << Shown();
+    EXPECT_TRUE(Shown().Contains("front=a;back=b;notes=")) << Shown();
+    EXPECT_TRUE(Shown().Contains("category=A::B;")) << Shown();
+    const auto& summary = Find<wxTextCtrl>(dialog, ID_SUMMARY);
+    EXPECT_EQ(summary.GetValue(), "1 note\n1 card\n1 picture is left out.");
+
+    // The first field becomes the back too.
+    Choose(ID_FIRST_FIELD, kBack);
+    Choose(ID_FIRST_FIELD + 3, kFront);
+    EXPECT_TRUE(Shown().Contains(L"front=m;back=a \u21B5 b;")) << Shown();
+    Choose(ID_FIRST_FIELD + 3, kIgnore);
+    EXPECT_TRUE(summary.GetValue().Contains("1 card is left out, since a side has no"))
+        << summary.GetValue();
+    Choose(ID_FIRST_FIELD, kFront);
+
+    // As a list it is nothing, and as a deck it comes back.
+    Choose(ID_FORMAT, 0);
+    EXPECT_FALSE(FindById(dialog, ID_SUMMARY)->GetParent()->IsShown());
+    EXPECT_TRUE(IsShown(ID_ERROR));
+    Choose(ID_FORMAT, 2);
+    EXPECT_TRUE(Shown().Contains("front=a;back=b;")) << Shown();
+
+    WriteBytes(mDirectory.Path("cut.apkg"), ReadBytes(mDirectory.Path("my.apkg")).substr(0, 99));
+    OpenFile("cut.apkg");
+    EXPECT_TRUE(Shown().Contains("The package is damaged.")) << Shown();
 }
