@@ -20,6 +20,7 @@
 #include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "statistics/StatisticsFrame.h"
 #include "storefile/RestoreDialog.h"
 #include "storefile/StoreFile.h"
 #include "study/LearningProgress.h"
@@ -133,7 +134,7 @@ constexpr GuideSection kGuideSections[] = {
     {Is<LearningProgress>, "progress"},  {Is<ImportDialog>, "import"},
     {Is<MergeDialog>, "merge"},          {Is<ExportOptionsDialog>, "export"},
     {Is<RestoreDialog>, "backup"},       {Is<PreferencesDialog>, "options"},
-    {Is<DatabaseOpenFailed>, "trouble"},
+    {Is<DatabaseOpenFailed>, "trouble"}, {Is<StatisticsFrame>, "statistics"},
 };
 
 }  // namespace
