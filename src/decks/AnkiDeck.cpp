@@ -14,7 +14,7 @@
 #include "base/Time.h"
 #include "decks/AnkiPlan.h"
 #include "decks/AnkiTemplate.h"
-#include "decks/HtmlText.h"
+#include "exchange/HtmlText.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "base/Text.h"
 #include "base/Time.h"
 #include "base/Unicode.h"
-#include "decks/HtmlText.h"
+#include "exchange/HtmlText.h"
 #include "store/ForeignDatabase.h"
 
 namespace {

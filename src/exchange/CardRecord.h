@@ -60,6 +60,8 @@ class CardRecordReader {
     virtual int32_t GetError() const = 0;
     // Why the source could not be read to its end, as a sentence; empty for none of that kind.
     virtual wxString GetFailure() const { return wxString(); }
+    // Returns how many records so far had nothing to read, such as cards of pictures alone.
+    virtual int32_t CountLeftOut() const { return 0; }
     virtual uint32_t GetAttributeCount() const = 0;
     // Returns an attribute of the current record; valid until the next ReadRecord.
     virtual const CardAttribute& GetAttribute(uint32_t index) const = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "base/Text.h"
 #include "base/Unicode.h"
@@ -66,6 +67,14 @@ DelimitedReader::DelimitedReader(CharSource& source, wchar_t delimiter)
     }
 }
 
+DelimitedReader::DelimitedReader(CharSource& source, wchar_t delimiter, Foreign foreign)
+    : mSource(source),
+      mDelimiter(delimiter),
+      mColumns(std::move(foreign.Columns)),
+      mRowNumber(foreign.RowNumber),
+      mComment(foreign.Comment),
+      mHasEscapes(foreign.HasEscapes) {}
+
 uint32_t DelimitedReader::GetAttributeCount() const {
     return static_cast<uint32_t>(mAttributes.Count());
 }
@@ -85,7 +94,7 @@ bool DelimitedReader::ReadRecord() {
                 mAttributes.Append().Value.assign(field.data(), field.size());
             }
         });
-        if (row.Fields > 1 || row.HasText) {
+        if (!row.IsComment && (row.Fields > 1 || row.HasText)) {
             for (size_t i = 0; i < mColumns.size(); ++i) {
                 CardAttribute& attribute = i < row.Fields ? mAttributes[i] : mAttributes.Append();
                 if (i >= row.Fields) {
@@ -109,7 +118,10 @@ DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
     while (!done) {
         mField.clear();
         mLastTerminator = ReadField();
-        const std::wstring_view field = FinishField(mField);
+        const std::wstring_view field = mHasEscapes ? FinishField(mField) : TrimView(mField);
+        if (mComment != 0 && row.Fields == 0) {
+            row.IsComment = !mIsQuoted && !field.empty() && field.front() == mComment;
+        }
         if (mLastTerminator != 0 || !field.empty()) {
             take(row.Fields, field);
             ++row.Fields;
@@ -126,6 +138,7 @@ DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
 wchar_t DelimitedReader::ReadField() {
     bool quoted = false;
     wchar_t character = ReadFirst(quoted);
+    mIsQuoted = quoted;
     if (character == 0) {
         return 0;
     }

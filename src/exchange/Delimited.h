@@ -19,6 +19,19 @@ class DelimitedReader : public CardRecordReader {
     // Reads the header. The source is not owned.
     DelimitedReader(CharSource& source, wchar_t delimiter);
 
+    // How the rows of a table are read that is not of this program's own form.
+    struct Foreign {
+        // The names that the columns get; the table has no header, or the caller has read past it.
+        std::vector<wxString> Columns;
+        // The number of the last row before the first one here.
+        int32_t RowNumber = 0;
+        // Rows that begin with this character are left out, unless it is quoted; 0 for none.
+        wchar_t Comment = 0;
+        // Whether the escapes are replaced.
+        bool HasEscapes = false;
+    };
+    DelimitedReader(CharSource& source, wchar_t delimiter, Foreign foreign);
+
     size_t GetColumnCount() const { return mColumns.size(); }
     // As spelled in the file.
     const wxString& GetColumnName(size_t index) const { return mColumns[index]; }
@@ -35,6 +48,7 @@ class DelimitedReader : public CardRecordReader {
     struct Row {
         size_t Fields = 0;
         bool HasText = false;
+        bool IsComment = false;
     };
 
     template <class TakeField>
@@ -47,6 +61,10 @@ class DelimitedReader : public CardRecordReader {
     wchar_t mDelimiter;
     std::vector<wxString> mColumns;
     int32_t mRowNumber = 1;
+    wchar_t mComment = 0;
+    bool mHasEscapes = true;
+    // Whether the present field is quoted.
+    bool mIsQuoted = false;
     AttributeList mAttributes;
     // What ended the field before: a delimiter, a line break, or 0 at the end of the text. After a
     // closing quote it may be any character, and is then the first of the next field.

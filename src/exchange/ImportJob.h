@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wx/fontenc.h>
 #include <wx/string.h>
 #include <wx/thread.h>
 
@@ -16,6 +17,7 @@
 class CardRecordReader;
 class Database;
 class wxWindow;
+struct TableLayout;
 
 enum class ImportFormat {
     // The program's own text form.
@@ -32,16 +34,29 @@ enum class ImportFormat {
 using DeckReaderMaker =
     std::function<std::unique_ptr<CardRecordReader>(Database& database, wxString& message)>;
 
+// What becomes of a record without an id whose pair of texts a card of the store, or an earlier
+// record of the file, has already.
+enum class KnownPairs { kStop, kSkip, kUpdate };
+
 // A file to import, and how to read it.
 struct ImportInput {
     wxString FileName;
     ImportFormat Format = ImportFormat::kVlmText;
     // Between the fields of the delimited format.
     wchar_t Delimiter = L'\t';
+    // The encoding of a text that has no mark; wxFONTENCODING_SYSTEM for UTF-8 or Windows-1252,
+    // whichever it is.
+    wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
+    // How to read a table that is not of this program's own form; null for one that is. The
+    // delimiter then does not count.
+    std::shared_ptr<const TableLayout> Layout = nullptr;
     // Makes the engine that reads a store of version 1.0.
     LegacyRowSourceMaker MakeRowSource = &MakeLegacyRowSource;
     // Needed for a deck alone.
     DeckReaderMaker MakeDeckReader = nullptr;
+    KnownPairs Pairs = KnownPairs::kStop;
+    // Whether to ask before the texts of a stored card are replaced.
+    bool AskBeforeChanges = false;
 };
 
 enum class ImportStatus : int32_t { kRunning = 0, kFinished = 1, kCancelled = 2, kFailed = 3 };
@@ -66,6 +81,8 @@ struct ImportResult {
     int32_t RecordsMerged = 0;
     // New cards.
     int32_t RecordsInserted = 0;
+    // Records without any text, such as pictures alone.
+    int32_t RecordsLeftOut = 0;
     // What failed, and on which line of the file; -1 for no line.
     wxString Message;
     int32_t LineNumber = -1;

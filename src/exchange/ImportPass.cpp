@@ -3,10 +3,12 @@
 #include <wx/intl.h>
 #include <wx/log.h>
 
+#include <memory>
 #include <new>
 
 #include "exchange/ImportRecord.h"
 #include "exchange/ImportSource.h"
+#include "exchange/Table.h"
 #include "store/Database.h"
 #include "store/Statement.h"
 
@@ -125,6 +127,7 @@ bool Pass::Finish() {
         mResult.LineNumber = line;
         return mResult.Fail(mSource.FailureMessage());
     }
+    mResult.RecordsLeftOut = reader.CountLeftOut();
     const wxString failure = reader.GetFailure();
     if (!failure.empty()) {
         mResult.LineNumber = -1;
@@ -316,18 +319,44 @@ std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database
     return faults;
 }
 
-void GuessFormat(ImportInput& input, Database& database) {
+namespace {
+
+bool HasPreview(const ImportInput& input, Database& database) {
+    ImportResult result;
+    std::vector<CardAttribute> attributes;
+    return !ImportPreview(input, database, result, attributes);
+}
+
+}  // namespace
+
+bool GuessFormat(ImportInput& input, Database& database) {
+    // What does not fit is no fault.
     const wxLogNull silence;
+    const TableSurvey survey = SurveyTable(input.FileName, TableChoice());
+    input.Encoding = survey.Encoding;
     input.Format = ImportFormat::kDelimited;
-    for (const wchar_t delimiter : {L'\t', L',', L';'}) {
+    for (const wchar_t delimiter : {L'\t', L',', L' ', L';'}) {
         input.Delimiter = delimiter;
-        ImportResult result;
-        std::vector<CardAttribute> attributes;
-        if (!ImportPreview(input, database, result, attributes)) {
-            return;
+        if (HasPreview(input, database)) {
+            return true;
         }
     }
+    input.Delimiter = L'\t';
     input.Format = ImportFormat::kVlmText;
+    if (HasPreview(input, database)) {
+        return true;
+    }
+    if (!survey.Layout.IsComplete()) {
+        return false;
+    }
+    input.Format = ImportFormat::kDelimited;
+    input.Layout = std::make_shared<const TableLayout>(survey.Layout);
+    if (HasPreview(input, database)) {
+        return true;
+    }
+    input.Layout = nullptr;
+    input.Format = ImportFormat::kVlmText;
+    return false;
 }
 
 bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,

@@ -48,9 +48,10 @@ int ImportCards(const ImportInput& input, Database& database, ImportResult& resu
 // Returns no fault for a file that can be imported.
 std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database);
 
-// Sets the format and the delimiter that a text most likely has: a table when all of its columns
-// are attributes of cards, else the program's own form.
-void GuessFormat(ImportInput& input, Database& database);
+// Sets how a text is most likely to be read: as a table when all of its columns are attributes of
+// cards, in the program's own form when its first record fits, and else as a table with the layout
+// that a survey finds. Returns false when nothing fits; the program's own form is set then.
+bool GuessFormat(ImportInput& input, Database& database);
 
 // Reads the attributes of the first record; none for a file without records. Writes and asks
 // nothing. Returns true on a failure, which the result then tells.

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <list>
 #include <string>
 #include <string_view>
 
@@ -14,8 +15,10 @@
 #include "exchange/Delimited.h"
 #include "exchange/ImportJob.h"
 #include "exchange/LegacyStoreReader.h"
+#include "exchange/Table.h"
 #include "exchange/TextSource.h"
 #include "exchange/VlmText.h"
+#include "store/Database.h"
 
 namespace {
 
@@ -66,6 +69,22 @@ bool IsDatabaseFile(const wxString& path) {
                        [&file](std::string_view mark) { return BeginsWith(file, mark); });
 }
 
+namespace {
+
+bool FindCategoryOfCard(Database& database, const CardUuid& id, wxString& name) {
+    std::list<FlashCard> cards;
+    std::list<Category> categories;
+    if (database.SelectCardById(id, cards) < 0 || cards.empty() ||
+        database.SelectCategoryById(cards.front().CategoryId, categories) < 0 ||
+        categories.empty()) {
+        return false;
+    }
+    name = categories.front().Name;
+    return true;
+}
+
+}  // namespace
+
 ImportSource::ImportSource(bool isPreview) : mIsPreview(isPreview) {}
 
 ImportSource::~ImportSource() = default;
@@ -94,8 +113,15 @@ bool ImportSource::Open(const ImportInput& input, Database& database, ImportResu
     if (IsDatabaseFile(mFileName)) {
         return result.Fail(DatabaseFileMessage(mFileName));
     }
-    if (!OpenText(result)) {
+    if (!OpenText(input.Encoding, result)) {
         return false;
+    }
+    if (input.Format == ImportFormat::kDelimited && input.Layout != nullptr) {
+        mReader =
+            MakeTableReader(*mText, *input.Layout, [&database](const CardUuid& id, wxString& name) {
+                return FindCategoryOfCard(database, id, name);
+            });
+        return true;
     }
     if (input.Format == ImportFormat::kDelimited) {
         return OpenTable(input.Delimiter, result);
@@ -117,7 +143,7 @@ bool ImportSource::OpenVersion1Store(const ImportInput& input, ImportResult& res
     return true;
 }
 
-bool ImportSource::OpenText(ImportResult& result) {
+bool ImportSource::OpenText(wxFontEncoding chosen, ImportResult& result) {
     // Both passes read the file from its beginning, and a pipe would block the worker for good.
     if (wxFileName::Exists(mFileName) && !wxFileName::FileExists(mFileName)) {
         return result.Fail(UnreadableFileMessage(mFileName));
@@ -127,6 +153,9 @@ bool ImportSource::OpenText(ImportResult& result) {
         return result.Fail(wxString());
     }
     wxFontEncoding encoding = DetectTextEncoding(*mStream);
+    if (chosen != wxFONTENCODING_SYSTEM) {
+        encoding = chosen;
+    }
     if (mIsPreview && encoding == wxFONTENCODING_SYSTEM) {
         encoding = GuessTextEncoding(*mStream, kPreviewedBytes);
     }

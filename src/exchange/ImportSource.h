@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wx/fontenc.h>
 #include <wx/string.h>
 
 #include <memory>
@@ -35,7 +36,7 @@ class ImportSource {
 
   private:
     bool OpenVersion1Store(const ImportInput& input, ImportResult& result);
-    bool OpenText(ImportResult& result);
+    bool OpenText(wxFontEncoding chosen, ImportResult& result);
     bool OpenTable(wchar_t delimiter, ImportResult& result);
 
     bool mIsPreview;

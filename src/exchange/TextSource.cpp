@@ -1,14 +1,17 @@
 #include "exchange/TextSource.h"
 
+#include <iconv.h>
 #include <wx/stream.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
 #include <vector>
 
 #include "base/Unicode.h"
+#include "exchange/TextEncoding.h"
 
 namespace {
 
@@ -161,7 +164,44 @@ TextDecoder::TextDecoder(wxFontEncoding encoding) : mDecode(&DecodeWindows1252) 
         mDecode = &DecodeUtf16<false>;
     } else if (encoding == wxFONTENCODING_UTF16BE) {
         mDecode = &DecodeUtf16<true>;
+    } else if (const char* const charset = FindCharset(encoding); charset != nullptr) {
+        const iconv_t converter = iconv_open("WCHAR_T", charset);
+        if (converter != reinterpret_cast<iconv_t>(-1)) {
+            mConverter = converter;
+            mDecode = nullptr;
+        }
     }
+}
+
+TextDecoder::~TextDecoder() {
+    if (mConverter != nullptr) {
+        iconv_close(mConverter);
+    }
+}
+
+size_t TextDecoder::Convert(const uint8_t* bytes, size_t count, bool last, wchar_t*& text) const {
+    // The library's interface is older than const; it does not write to the bytes.
+    char* in = const_cast<char*>(reinterpret_cast<const char*>(bytes));
+    size_t left = count;
+    while (left > 0) {
+        wchar_t* const begin = text;
+        char* out = reinterpret_cast<char*>(text);
+        size_t room = left * sizeof(wchar_t);
+        const size_t result = iconv(mConverter, &in, &left, &out, &room);
+        text = reinterpret_cast<wchar_t*>(out);
+        std::replace(begin, text, L'\0', static_cast<wchar_t>(kReplacement));
+        if (result != static_cast<size_t>(-1)) {
+            break;
+        }
+        if (errno == EINVAL && !last) {
+            return count - left;
+        }
+        Append(text, kReplacement);
+        ++in;
+        --left;
+        iconv(mConverter, nullptr, nullptr, nullptr, nullptr);
+    }
+    return count;
 }
 
 size_t CheckUtf8(const uint8_t* bytes, size_t count, bool last, bool& valid) {

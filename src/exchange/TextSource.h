@@ -27,20 +27,31 @@ wxFontEncoding GuessTextEncoding(wxInputStream& stream, wxFileOffset limit = wxI
 // the functions of SQL.
 class TextDecoder {
   public:
-    // Knows UTF-8 and UTF-16 in either byte order. Anything else counts as Windows-1252.
+    // Knows UTF-8, UTF-16 in either byte order, and the encodings that FindCharset has a name for.
+    // Anything else counts as Windows-1252.
     explicit TextDecoder(wxFontEncoding encoding);
+    ~TextDecoder();
+    TextDecoder(const TextDecoder&) = delete;
+    TextDecoder& operator=(const TextDecoder&) = delete;
 
     // Writes the characters of the bytes, never more than there are bytes, and moves text to their
     // end. Returns how many bytes that took. A character that is cut off by the end of the bytes is
     // left for the next call, unless these are the last bytes.
     size_t Decode(const uint8_t* bytes, size_t count, bool last, wchar_t*& text) const {
-        return mDecode(bytes, bytes + count, last, text);
+        return mDecode != nullptr ? mDecode(bytes, bytes + count, last, text)
+                                  : Convert(bytes, count, last, text);
     }
 
   private:
     using DecodeFunction = size_t (*)(const uint8_t* begin, const uint8_t* end, bool last,
                                       wchar_t*& text);
+
+    size_t Convert(const uint8_t* bytes, size_t count, bool last, wchar_t*& text) const;
+
+    // Null when the C library converts.
     DecodeFunction mDecode;
+    // The C library's conversion (iconv_t), or null.
+    void* mConverter = nullptr;
 };
 
 // Checks that the bytes are UTF-8 and clears valid at the first broken sequence. Returns how many

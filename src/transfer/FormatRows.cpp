@@ -58,7 +58,7 @@ wxString FindFault(const wxString& typed) {
 
 FormatRows::FormatRows(wxWindow& dialog, wxFlexGridSizer& grid, const Setup& setup,
                        std::function<void()> onChange)
-    : mDialog(dialog) {
+    : mDialog(dialog), mFurther(setup.FurtherDelimiters) {
     AddFormat(grid, setup);
     AddDelimiter(grid, setup);
     const auto change = [this, onChange = std::move(onChange)](wxCommandEvent&) {
@@ -78,6 +78,7 @@ void FormatRows::AddFormat(wxFlexGridSizer& grid, const Setup& setup) {
 
 void FormatRows::AddDelimiter(wxFlexGridSizer& grid, const Setup& setup) {
     mpDelimiter = MakeChoice(mDialog, kDelimiterId, DelimiterLabels());
+    mpDelimiter->Append(setup.FurtherLabels);
     mpOther = new wxTextCtrl(&mDialog, setup.OtherId, wxString(), wxDefaultPosition,
                              mDialog.FromDIP(wxSize(kOtherWidth, -1)));
     SetAccessibleName(*mpOther, setup.DelimiterLabel);
@@ -108,6 +109,23 @@ void FormatRows::ChooseDelimited(wchar_t listed) {
     ShowDelimiter();
 }
 
+void FormatRows::ChooseSeparator(const std::wstring& separator) {
+    const auto further = std::find(mFurther.begin(), mFurther.end(), separator);
+    const auto* const listed =
+        std::find(std::begin(kListed), std::end(kListed), separator.empty() ? L'\t' : separator[0]);
+    if (further != mFurther.end()) {
+        mpDelimiter->SetSelection(kOther + 1 + static_cast<int>(further - mFurther.begin()));
+    } else {
+        mpDelimiter->SetSelection(static_cast<int>(listed - std::begin(kListed)));
+    }
+    if (IsDelimiterTyped()) {
+        mpOther->ChangeValue(separator);
+        TextUndo::Restart(*mpOther);
+    }
+    mpFormat->SetSelection(kDelimitedFormat);
+    ShowDelimiter();
+}
+
 void FormatRows::ChooseFormat(int index) {
     mpFormat->SetSelection(index);
     ShowDelimiter();
@@ -126,11 +144,21 @@ bool FormatRows::IsDelimiterTyped() const {
 }
 
 wchar_t FormatRows::GetDelimiter() const {
+    const int selection = mpDelimiter->GetSelection();
+    if (selection > kOther) {
+        return GetSeparator().front();
+    }
     if (!IsDelimiterTyped()) {
-        return kListed[mpDelimiter->GetSelection()];
+        return kListed[selection];
     }
     const wxString typed = mpOther->GetValue();
     return typed.empty() ? L'\0' : static_cast<wchar_t>(typed[0].GetValue());
+}
+
+std::wstring FormatRows::GetSeparator() const {
+    const int selection = mpDelimiter->GetSelection();
+    return selection > kOther ? mFurther[static_cast<size_t>(selection - kOther - 1)]
+                              : std::wstring(1, GetDelimiter());
 }
 
 wxString FormatRows::CheckDelimiter() {

@@ -4,6 +4,8 @@
 #include <wx/string.h>
 
 #include <functional>
+#include <string>
+#include <vector>
 
 class wxButton;
 class wxChoice;
@@ -25,6 +27,10 @@ class FormatRows {
         wxArrayString Formats;
         wxString FormatHelp;
         wxString DelimiterLabel;
+        // What the choice of delimiters offers behind the field for one that is typed: labels, and
+        // the texts that they stand for.
+        wxArrayString FurtherLabels = {};
+        std::vector<std::wstring> FurtherDelimiters = {};
 
         int FormatId;
         int FormatHelpId;
@@ -47,6 +53,8 @@ class FormatRows {
     bool IsDelimited() const;
     // Chooses the table and a delimiter of the list. Does not call the function.
     void ChooseDelimited(wchar_t listed);
+    // Does so for any text between the columns; one that is not offered is typed into the field.
+    void ChooseSeparator(const std::wstring& separator);
     // Chooses the format of that index. Does not call the function.
     void ChooseFormat(int index);
     // Shows the delimiter's row for a table only, and its field only for a delimiter to be typed.
@@ -55,6 +63,8 @@ class FormatRows {
     // Returns the chosen delimiter, which counts only for a table: the first character of the field
     // when the user types one, and 0 while the field is empty.
     wchar_t GetDelimiter() const;
+    // Returns the same as a text, which may be longer for a further delimiter.
+    std::wstring GetSeparator() const;
     // Returns what is wrong with the typed delimiter, or nothing. Empties a field that holds only a
     // line break, which nobody could see in it.
     wxString CheckDelimiter();
@@ -67,6 +77,7 @@ class FormatRows {
     bool IsDelimiterTyped() const;
 
     wxWindow& mDialog;
+    std::vector<std::wstring> mFurther;
     wxChoice* mpFormat = nullptr;
     wxStaticText* mpDelimiterLabel = nullptr;
     wxChoice* mpDelimiter = nullptr;

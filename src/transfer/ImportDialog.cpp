@@ -1,5 +1,7 @@
 #include "transfer/ImportDialog.h"
 
+#include <wx/button.h>
+#include <wx/choice.h>
 #include <wx/crt.h>
 #include <wx/intl.h>
 #include <wx/listctrl.h>
@@ -15,6 +17,7 @@
 #include "base/Text.h"
 #include "decks/Deck.h"
 #include "exchange/ImportPass.h"
+#include "exchange/TextEncoding.h"
 #include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
@@ -23,6 +26,7 @@
 #include "transfer/FormatRows.h"
 #include "transfer/ImportCommand.h"
 #include "transfer/ImportRun.h"
+#include "transfer/TablePanel.h"
 
 namespace {
 
@@ -35,7 +39,9 @@ enum : int {
     ID_DELIMITER_HELP = 10008,
     ID_PREVIEW_LABEL = 10090,
     ID_ERROR = 10011,
-    ID_PREVIEW = 10036
+    ID_PREVIEW = 10036,
+    ID_ENCODING = 10091,
+    ID_ENCODING_HELP = 10092
 };
 
 // A hostile file can have thousands of columns and megabytes in one field, with which the list
@@ -71,8 +77,8 @@ ImportDialog::ImportDialog(wxWindow* parent, Database& database, FatalErrorRepor
     // Escape and the title bar press this button too.
     Bind(
         wxEVT_BUTTON, [this](wxCommandEvent&) { EndModal(wxCANCEL); }, wxID_CANCEL);
-    if (!DetectDeck() && !DetectTable()) {
-        RefreshPreview();
+    if (!DetectDeck()) {
+        DetectTable();
     }
 }
 
@@ -87,7 +93,7 @@ void ImportDialog::CreateControls() {
     mpError = new wxTextCtrl(this, ID_ERROR, wxString(), wxDefaultPosition, wxDefaultSize,
                              wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
     mpError->Hide();
-    mpPreview = new wxListCtrl(this, ID_PREVIEW, wxDefaultPosition, FromDIP(wxSize(360, 160)),
+    mpPreview = new wxListCtrl(this, ID_PREVIEW, wxDefaultPosition, FromDIP(wxSize(360, 100)),
                                wxLC_REPORT | wxLC_SINGLE_SEL);
     mpPreview->AppendColumn(_("Name"));
     mpPreview->AppendColumn(_("Value"));
@@ -98,10 +104,11 @@ void ImportDialog::CreateControls() {
     if (mpDeck != nullptr) {
         rows->Add(mpDeck, group);
     }
+    rows->Add(mpTable, FormRow(*this).Proportion(3));
     rows->Add(new wxStaticLine(this), group);
     rows->Add(mpPreviewLabel, group);
-    rows->Add(mpError, FormRow(*this).Proportion(1));
-    rows->Add(mpPreview, FormRow(*this).Proportion(1));
+    rows->Add(mpError, FormRow(*this).Proportion(2));
+    rows->Add(mpPreview, FormRow(*this).Proportion(2));
     rows->Add(MakeOkCancel(*this), group);
     // Most files are recognized, and Enter is then all that is left to do.
     FindWindow(wxID_OK)->SetFocus();
@@ -114,7 +121,7 @@ void ImportDialog::CreateControls() {
     Layout();
     ShareColumns();
     mpFormatRows->ShowDelimiter();
-    Layout();
+    ShowChoices();
 }
 
 wxSizer* ImportDialog::CreateOptions() {
@@ -136,16 +143,41 @@ wxSizer* ImportDialog::CreateOptions() {
     setup.DelimiterLabelId = ID_DELIMITER_LABEL;
     setup.OtherId = ID_OTHER_DELIMITER;
     setup.DelimiterHelpId = ID_DELIMITER_HELP;
+    setup.FurtherLabels.push_back(_("pipe"));
+    setup.FurtherDelimiters.emplace_back(L"|");
+    setup.FurtherLabels.push_back(_("dash or sign between words"));
+    setup.FurtherDelimiters.emplace_back(L" - ");
 
     wxFlexGridSizer* const grid = MakeFormGrid(*this);
     mpFormatRows = std::make_unique<FormatRows>(*this, *grid, setup, [this] {
-        ShowDeck();
+        SurveyTable();
+        ShowChoices();
         RefreshPreview();
     });
+    AddEncoding(*grid);
+    mpTable = new TablePanel(this, [this] { RefreshPreview(); });
     if (isDeck) {
         mpDeck = new DeckPanel(this, mDatabase, mReport, [this] { RefreshPreview(); });
     }
     return grid;
+}
+
+void ImportDialog::AddEncoding(wxFlexGridSizer& grid) {
+    wxArrayString labels;
+    labels.push_back(_("Automatic"));
+    for (const TextEncoding& encoding : GetTextEncodings()) {
+        labels.push_back(DescribeEncoding(encoding));
+    }
+    mpEncoding = MakeChoice(*this, ID_ENCODING, labels);
+    mpEncodingHelp = MakeHelpButton(*this, ID_ENCODING_HELP, _("Encoding Help"),
+                                    _("This setting controls how the bytes of the file\nbecome "
+                                      "letters.  Choose another one when "
+                                      "letters\nwith accents or of other scripts look wrong."));
+    mpEncodingLabel = AddFormRow(grid, _("Encoding"), *mpEncoding, *mpEncodingHelp);
+    mpEncoding->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) {
+        SurveyTable();
+        RefreshPreview();
+    });
 }
 
 // Gives each column half of the list, however large it is made, unless the settings have widths.
@@ -176,11 +208,33 @@ ImportInput ImportDialog::GetInput() const {
     input.FileName = mFileName;
     input.Format = mpFormatRows->IsDelimited() ? ImportFormat::kDelimited : ImportFormat::kVlmText;
     input.Delimiter = mpFormatRows->GetDelimiter();
+    input.Encoding = mGuessedEncoding;
+    if (mpFormatRows->IsDelimited()) {
+        TakeLayout(input);
+    }
     if (mpFormatRows->GetFormat() == kDeckFormat) {
         input.Format = ImportFormat::kDeck;
         input.MakeDeckReader = mpDeck->GetReaderMaker();
     }
     return input;
+}
+
+// Returns wxFONTENCODING_SYSTEM for the automatic choice.
+wxFontEncoding ImportDialog::GetEncoding() const {
+    const int selection = mpEncoding->GetSelection();
+    return selection <= 0 ? wxFONTENCODING_SYSTEM
+                          : GetTextEncodings()[static_cast<size_t>(selection) - 1].Code;
+}
+
+// A table of the program's own form is read as it stands, and so is one in which the sides were not
+// found: what the engine says about it tells more.
+void ImportDialog::TakeLayout(ImportInput& input) const {
+    const TableSurvey& survey = mpTable->GetSurvey();
+    input.Encoding = survey.Encoding;
+    const bool isNeeded = !survey.IsOwnForm && survey.Layout.IsComplete();
+    if (isNeeded || mpTable->IsChanged()) {
+        input.Layout = std::make_shared<const TableLayout>(mpTable->GetLayout());
+    }
 }
 
 // Chooses the deck's own form for a deck. Returns false for another file.
@@ -190,39 +244,48 @@ bool ImportDialog::DetectDeck() {
     }
     mpDeck->Open(mFileName);
     mpFormatRows->ChooseFormat(kDeckFormat);
-    ShowDeck();
+    ShowChoices();
     RefreshPreview();
     return true;
 }
 
-// The deck's choices show while its form is chosen.
-void ImportDialog::ShowDeck() {
+// The choices of a form show while it is chosen.
+void ImportDialog::ShowChoices() {
+    const bool isTable = mpFormatRows->IsDelimited();
+    mpEncodingLabel->Show(isTable);
+    mpEncoding->Show(isTable);
+    mpEncodingHelp->Show(isTable);
+    mpTable->Show(isTable);
     if (mpDeck != nullptr) {
         mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mpDeck->GetFault().empty());
     }
     Layout();
 }
 
-// Tries each listed delimiter and takes the first that the first two rows of the file agree with.
-// Returns false, with the choices unchanged, when there is none: text records never agree, as their
-// first line is no list of attribute names.
-bool ImportDialog::DetectTable() {
+// Chooses the form that the file has.
+void ImportDialog::DetectTable() {
     const wxBusyCursor busy;
-    const wxLogNull silence;
-    ImportInput input = GetInput();
-    input.Format = ImportFormat::kDelimited;
-    for (const wchar_t delimiter : FormatRows::kListed) {
-        input.Delimiter = delimiter;
-        ImportResult result;
-        std::vector<CardAttribute> attributes;
-        if (!ImportPreview(input, mDatabase, result, attributes)) {
-            mpFormatRows->ChooseDelimited(delimiter);
-            ShowRecord(attributes);
-            Layout();
-            return true;
-        }
+    ImportInput input;
+    input.FileName = mFileName;
+    GuessFormat(input, mDatabase);
+    mGuessedEncoding = input.Encoding;
+    if (input.Layout != nullptr) {
+        // All texts between words are one choice.
+        const std::wstring& separator = input.Layout->Separator;
+        mpFormatRows->ChooseSeparator(separator.size() > 1 ? L" - " : separator);
+    } else if (input.Format == ImportFormat::kDelimited) {
+        mpFormatRows->ChooseDelimited(input.Delimiter);
     }
-    return false;
+    SurveyTable();
+    ShowChoices();
+    RefreshPreview();
+}
+
+// Looks at the rows of a table with the present choices.
+void ImportDialog::SurveyTable() {
+    if (mpFormatRows->IsDelimited() && mpFormatRows->CheckDelimiter().empty()) {
+        mpTable->Survey(mFileName, GetEncoding(), mpFormatRows->GetSeparator());
+    }
 }
 
 void ImportDialog::RefreshPreview() {

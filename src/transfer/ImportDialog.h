@@ -14,6 +14,10 @@ class Database;
 class DeckPanel;
 class FatalErrorReport;
 class FormatRows;
+class TablePanel;
+class wxButton;
+class wxChoice;
+class wxFlexGridSizer;
 class wxListCtrl;
 class wxSizer;
 class wxStaticText;
@@ -24,8 +28,8 @@ class wxTextCtrl;
 // was run, whatever came of it, and wxCANCEL otherwise. Main thread only.
 class ImportDialog : public wxDialog {
   public:
-    // Finds out whether the file is a table and by what its columns are separated, as far as the
-    // first card tells. The database and the report are not owned.
+    // Finds out how the file is to be read, as far as its first rows and its first card tell. The
+    // database and the report are not owned.
     ImportDialog(wxWindow* parent, Database& database, FatalErrorReport& report,
                  const wxString& fileName);
     ~ImportDialog() override;
@@ -36,12 +40,16 @@ class ImportDialog : public wxDialog {
   private:
     void CreateControls();
     wxSizer* CreateOptions();
+    void AddEncoding(wxFlexGridSizer& grid);
     void ShareColumns();
 
     ImportInput GetInput() const;
+    wxFontEncoding GetEncoding() const;
+    void TakeLayout(ImportInput& input) const;
     bool DetectDeck();
-    bool DetectTable();
-    void ShowDeck();
+    void DetectTable();
+    void ShowChoices();
+    void SurveyTable();
     void RefreshPreview();
     void ShowRecord(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
@@ -54,8 +62,14 @@ class ImportDialog : public wxDialog {
     std::set<int32_t> mTouchedCategories;
 
     std::unique_ptr<FormatRows> mpFormatRows;
+    // What the file seems to be written in, for the program's own form.
+    wxFontEncoding mGuessedEncoding = wxFONTENCODING_SYSTEM;
     // Null when the file is no deck.
     DeckPanel* mpDeck = nullptr;
+    wxStaticText* mpEncodingLabel = nullptr;
+    wxChoice* mpEncoding = nullptr;
+    wxButton* mpEncodingHelp = nullptr;
+    TablePanel* mpTable = nullptr;
     wxStaticText* mpPreviewLabel = nullptr;
     wxTextCtrl* mpError = nullptr;
     wxListCtrl* mpPreview = nullptr;

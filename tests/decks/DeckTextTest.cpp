@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "decks/AnkiTemplate.h"
-#include "decks/HtmlText.h"
+#include "exchange/HtmlText.h"
 
 TEST(HtmlText, KeepsWhatAPersonReads) {
     struct Case {

@@ -1,6 +1,7 @@
 #include "transfer/ImportDialog.h"
 
 #include "decks/DeckWriter.h"
+#include "exchange/Table.h"
 #include "transfer/DialogTest.h"
 
 namespace {
@@ -58,8 +59,10 @@ TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
         {"", "Delimited/tab: "},
         {"Q: a\nQ: b\nA: c\n\nwrong", L"VLM Text File/tab: Q=a \u21B5 b;A=c;"},
         {"in: store\n", "VLM Text File/tab: \"in\" is not a valid attribute name.\nLine Number: 1"},
-        {"Front,Wrong\na,b\n",
-         "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1"},
+        {"Front,Wrong\na,b\n", "Delimited/comma: front=a;back=b;"},
+        {"Hund | dog\n", "Delimited/pipe: front=Hund;back=dog;"},
+        {"Hund - dog\n", "Delimited/dash or sign between words: front=Hund;back=dog;"},
+        {"a@b\nc@d\n", "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1"},
         // The preview does not mind a card whose texts the store has already.
         {"f\tb\nin\tstore\n", "Delimited/tab: f=in;b=store;"},
     };
@@ -134,4 +137,26 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     WriteBytes(mDirectory.Path("cut.apkg"), ReadBytes(mDirectory.Path("my.apkg")).substr(0, 99));
     OpenFile("cut.apkg");
     EXPECT_TRUE(Shown().Contains("The package is damaged.")) << Shown();
+}
+
+TEST_F(ImportDialogTest, LetsColumnsBeChosen) {
+    constexpr int ID_ENCODING = 10091, ID_HAS_HEADER = 10401, ID_FIRST_USE = 10410;
+    Open("Hund;dog;M\xE4nnchen\nKatze;cat;\n");
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: front=Hund;back=dog;notes=M\u00E4nnchen;");
+    EXPECT_FALSE(Find<wxCheckBox>(*mDialog, ID_HAS_HEADER).GetValue());
+
+    // Two columns cannot be the same side, so they change places.
+    Choose(ID_FIRST_USE + 1, static_cast<int>(ColumnUse::kFront));
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: back=Hund;front=dog;notes=M\u00E4nnchen;");
+    Choose(ID_FIRST_USE + 2, static_cast<int>(ColumnUse::kIgnore));
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: back=Hund;front=dog;");
+
+    auto& header = Find<wxCheckBox>(*mDialog, ID_HAS_HEADER);
+    header.SetValue(true);
+    Send(header, wxEVT_CHECKBOX, 1);
+    EXPECT_EQ(Shown(), "Delimited/semi-colon: front=Katze;back=cat;");
+
+    auto& encoding = Find<wxChoice>(*mDialog, ID_ENCODING);
+    Choose(ID_ENCODING, encoding.FindString("Cyrillic (KOI8-R)"));
+    EXPECT_EQ(Shown(), L"Delimited/semi-colon: front=Hund;back=dog;notes=M\u0414nnchen;");
 }

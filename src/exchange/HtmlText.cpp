@@ -1,4 +1,4 @@
-#include "decks/HtmlText.h"
+#include "exchange/HtmlText.h"
 
 #include <libxml/HTMLparser.h>
 

@@ -1,0 +1,153 @@
+#include "transfer/TablePanel.h"
+
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/intl.h>
+#include <wx/scrolwin.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Text.h"
+#include "shell/Forms.h"
+#include "shell/Toolkit.h"
+
+namespace {
+
+enum : int {
+    ID_HAS_HEADER = 10401,
+    ID_ROWS = 10402,
+    // The choice above the first column; the others follow.
+    ID_FIRST_USE = 10410
+};
+
+constexpr int kColumnWidth = 120;
+constexpr int kRowsHeight = 150;
+// A hostile table has thousands of columns; nobody chooses for more than these by hand.
+constexpr size_t kMostShownColumns = 40;
+
+wxArrayString UseLabels() {
+    wxArrayString labels;
+    for (size_t i = 0; i < static_cast<size_t>(ColumnUse::kCount); ++i) {
+        labels.push_back(DescribeUse(static_cast<ColumnUse>(i)));
+    }
+    return labels;
+}
+
+}  // namespace
+
+TablePanel::TablePanel(wxWindow* parent, std::function<void()> onChange)
+    : wxPanel(parent), mOnChange(std::move(onChange)) {
+    mpHasHeader = new wxCheckBox(this, ID_HAS_HEADER, _("First row holds column names"));
+    mpRows = new wxScrolledWindow(this, ID_ROWS, wxDefaultPosition,
+                                  FromDIP(wxSize(-1, kRowsHeight)), wxHSCROLL | wxVSCROLL);
+    SetAccessibleName(*mpRows, _("First rows"));
+    mpRows->SetScrollRate(1, 1);
+    LetFormScroll(*mpRows);
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    rows->Add(mpHasHeader);
+    rows->Add(mpRows, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kFormGap)));
+    SetSizer(rows);
+    mpHasHeader->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent& event) {
+        mChoice.HasHeader = event.IsChecked();
+        mIsChanged = true;
+        mSurvey = SurveyTable(mFileName, mChoice);
+        ShowRows();
+        mOnChange();
+    });
+}
+
+void TablePanel::Survey(const wxString& fileName, wxFontEncoding encoding,
+                        const std::wstring& separator) {
+    if (fileName == mFileName && encoding == mChoice.Encoding && separator == mChoice.Separator) {
+        return;
+    }
+    const wxBusyCursor busy;
+    mFileName = fileName;
+    mChoice = {encoding, separator, std::nullopt};
+    mIsChanged = false;
+    mSurvey = SurveyTable(mFileName, mChoice);
+    ShowRows();
+}
+
+void TablePanel::ShowRows() {
+    mpHasHeader->SetValue(mSurvey.Layout.HasHeader);
+    const size_t columns = std::min(mSurvey.Layout.Columns.size(), kMostShownColumns);
+    mUses.clear();
+    mpRows->DestroyChildren();
+    const int gap = FromDIP(kFormGap);
+    auto* const grid =
+        new wxFlexGridSizer(std::max(1, static_cast<int>(columns)), wxSize(2 * gap, gap / 2));
+    for (size_t i = 0; i < columns; ++i) {
+        grid->AddGrowableCol(i);
+        auto* const name = new wxStaticText(mpRows, wxID_ANY, wxString());
+        name->SetLabelText(CutWithEllipsis(NameOfColumn(i), 40));
+        name->SetFont(name->GetFont().Bold());
+        grid->Add(name);
+    }
+    for (size_t i = 0; i < columns; ++i) {
+        AddColumnHead(i, *grid);
+    }
+    for (const std::vector<wxString>& row : mSurvey.Rows) {
+        for (size_t i = 0; i < columns; ++i) {
+            auto* const cell =
+                new wxStaticText(mpRows, wxID_ANY, wxString(), wxDefaultPosition,
+                                 FromDIP(wxSize(kColumnWidth, -1)), wxST_ELLIPSIZE_END);
+            cell->SetLabelText(CellText(row[i]));
+            grid->Add(cell, wxSizerFlags().Expand());
+        }
+    }
+    mpRows->SetSizer(grid, true);
+    mpRows->FitInside();
+    mpRows->Show(columns > 0);
+    mpHasHeader->Enable(columns > 0);
+    Layout();
+}
+
+void TablePanel::AddColumnHead(size_t column, wxFlexGridSizer& grid) {
+    wxChoice* const use = MakeChoice(*mpRows, ID_FIRST_USE + static_cast<int>(column), UseLabels());
+    use->SetSelection(static_cast<int>(mSurvey.Layout.Columns[column].Use));
+    use->SetMinSize(FromDIP(wxSize(kColumnWidth, -1)));
+    // What the column holds, for those who do not see it.
+    const wxString first = mSurvey.Rows.empty() ? wxString() : mSurvey.Rows.front()[column];
+    SetAccessibleName(*use, NameOfColumn(column) + ": " + CellText(first));
+    use->Bind(wxEVT_CHOICE,
+              [this, column](wxCommandEvent& event) { ChooseUse(column, event.GetSelection()); });
+    mUses.push_back(use);
+    grid.Add(use, wxSizerFlags().Expand());
+}
+
+wxString TablePanel::NameOfColumn(size_t column) const {
+    const wxString& heading = mSurvey.Layout.Columns[column].Heading;
+    return heading.empty() ? wxString::Format(_("Column %i"), static_cast<int>(column) + 1)
+                           : ShownName(heading);
+}
+
+void TablePanel::ChooseUse(size_t column, int selection) {
+    std::vector<TableColumn>& columns = mSurvey.Layout.Columns;
+    const auto chosen = static_cast<ColumnUse>(selection);
+    const ColumnUse before = std::exchange(columns[column].Use, chosen);
+    const bool isShared = chosen == ColumnUse::kIgnore || chosen == ColumnUse::kAppend;
+    for (size_t i = 0; i < mUses.size() && !isShared; ++i) {
+        // No attribute comes twice, so the columns change places.
+        if (i != column && columns[i].Use == chosen) {
+            columns[i].Use = before;
+            mUses[i]->SetSelection(static_cast<int>(before));
+        }
+    }
+    mIsChanged = true;
+    mOnChange();
+}
+
+void TablePanel::TakeUses(const std::vector<ColumnUse>& uses) {
+    for (size_t i = 0; i < std::min(uses.size(), mSurvey.Layout.Columns.size()); ++i) {
+        mSurvey.Layout.Columns[i].Use = uses[i];
+        if (i < mUses.size()) {
+            mUses[i]->SetSelection(static_cast<int>(uses[i]));
+        }
+    }
+    mIsChanged = true;
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <wx/panel.h>
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "exchange/Table.h"
+
+class wxCheckBox;
+class wxChoice;
+class wxFlexGridSizer;
+class wxScrolledWindow;
+
+// The first rows of a table, with a choice above each column that says what becomes of it. The
+// choices start as a survey of the file proposes them. Part of the import dialog; main thread only.
+class TablePanel : public wxPanel {
+  public:
+    // The function is called after each change that the user makes.
+    TablePanel(wxWindow* parent, std::function<void()> onChange);
+
+    // Looks at a file, unless that was done with the same choices, and shows its rows.
+    void Survey(const wxString& fileName, wxFontEncoding encoding, const std::wstring& separator);
+    const TableSurvey& GetSurvey() const { return mSurvey; }
+    // Returns the layout as the user has left it.
+    const TableLayout& GetLayout() const { return mSurvey.Layout; }
+    // Returns whether the user has chosen what becomes of a column, or whether the first row names
+    // the columns.
+    bool IsChanged() const { return mIsChanged; }
+    // Gives the columns other uses, as somebody has chosen them before.
+    void TakeUses(const std::vector<ColumnUse>& uses);
+
+  private:
+    void ShowRows();
+    void AddColumnHead(size_t column, wxFlexGridSizer& grid);
+    void ChooseUse(size_t column, int selection);
+    wxString NameOfColumn(size_t column) const;
+
+    std::function<void()> mOnChange;
+    wxString mFileName;
+    TableChoice mChoice;
+    TableSurvey mSurvey;
+    bool mIsChanged = false;
+
+    wxCheckBox* mpHasHeader = nullptr;
+    wxScrolledWindow* mpRows = nullptr;
+    std::vector<wxChoice*> mUses;
+};
