@@ -247,6 +247,7 @@ TEST_F(DeckImportTest, SurvivesChangesByChance) {
         }
         good += isGood ? 1 : 0;
     }
+    std::printf("%d files, %d of them imported\n", files, good);
     EXPECT_GT(good, 0);
     EXPECT_LT(good, files);
     EXPECT_EQ(Query("PRAGMA integrity_check"), Strings{"ok"});
