@@ -235,7 +235,12 @@ DeckOptions DeckPanel::GetOptions() const {
 }
 
 DeckReaderMaker DeckPanel::GetReaderMaker() const {
-    return [file = mFile, options = GetOptions()](Database& database, wxString& message) {
+    return [file = mFile, options = GetOptions(), fault = mSurvey.Failure](
+               Database& database, wxString& message) -> std::unique_ptr<CardRecordReader> {
+        if (file == nullptr) {
+            message = fault;
+            return nullptr;
+        }
         return MakeDeckReader(file, options, database, message);
     };
 }

@@ -10,6 +10,7 @@
 #include "decks/DeckFormats.h"
 #include "decks/DeckSurvey.h"
 #include "decks/DeckWriter.h"
+#include "exchange/Export.h"
 #include "exchange/ImportFixture.h"
 #include "fuzz/Mutator.h"
 
@@ -246,6 +247,7 @@ TEST_F(DeckImportTest, SurvivesChangesByChance) {
         }
         good += isGood ? 1 : 0;
     }
+    std::printf("%d files, %d of them imported\n", files, good);
     EXPECT_GT(good, 0);
     EXPECT_LT(good, files);
     EXPECT_EQ(Query("PRAGMA integrity_check"), Strings{"ok"});
@@ -299,4 +301,32 @@ TEST(AnkiSchedule, KeepsIntervalScoreAndEase) {
     bool clamped = false;
     EXPECT_LE(static_cast<double>(StoredInterval(kLastTimeStamp - 100, 1e12, clamped)), 100.0);
     EXPECT_TRUE(clamped);
+}
+
+// What goes out as plain text for Anki comes back as it was, into another store.
+TEST_F(DeckImportTest, AnkiTextComesBackAsItWent) {
+    FlashCard card = MakeCard("a\tb \"c\"\n#d", L"\u6F22\n\u3010kan\u3011");
+    card.Notes = "<b>1 < 2</b> & more\n\nend";
+    Insert(card);
+    mDatabase.CategoryInsert("A::B");
+    Insert(MakeCard("#front", "back;x,y", 1));
+    const char* const all =
+        "SELECT CardId, Front, Back, Notes, Name FROM Cards JOIN Categories ON CategoryId = "
+        "Categories.Id ORDER BY Front";
+    const Strings before = Query(all);
+    ExportOptions options;
+    options.Format = ExportFormat::kAnkiText;
+    ExportProgress progress;
+    const wxString path = mDirectory.Path("anki.txt");
+    std::vector<int64_t> rowIds;
+    mDatabase.CardSelectRowIdsOrder(CardOrder(CardColumn::kCategory), rowIds);
+    ASSERT_EQ(ExportToFile(path, wxFONTENCODING_UTF8, mDatabase, rowIds, options, progress), 0);
+    Query("DELETE FROM Cards");
+    Reopen();
+    ImportInput input;
+    input.FileName = path;
+    GuessFormat(input, mDatabase);
+    Run(input);
+    EXPECT_EQ(Outcome(), "2 inserted, 0 merged, 0 ignored") << ReadBytes(path);
+    EXPECT_EQ(Query(all), before) << ReadBytes(path);
 }
