@@ -363,7 +363,7 @@ void MoveLog(const fs::path& source, const fs::path& target) {
 }  // namespace
 
 wxString ReviewLogPath(const wxString& storePath) {
-    return storePath + kReviewLogSuffix;
+    return storePath.empty() ? wxString() : storePath + kReviewLogSuffix;
 }
 
 void CopyReviewLog(const wxString& fromStore, const wxString& toStore) {

@@ -32,7 +32,7 @@ bool IsStoreOfCards(const wxString& path);
 // alone: what cannot be done with it is no failure.
 constexpr char kReviewLogSuffix[] = ".reviews";
 
-// Returns the path of the log of reviews of a store.
+// Returns the path of the log of reviews of a store; empty for the empty path of no store.
 wxString ReviewLogPath(const wxString& storePath);
 
 // Copies the log of one store to another one, in the place of a log that may be there. Does nothing

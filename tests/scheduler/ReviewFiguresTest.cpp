@@ -248,7 +248,7 @@ TEST(ReviewFigures, AUsualDayWorksOffWhatIsDue) {
             history.Take(FormatReviewLine(record));
         }
     }
-    // Five cards are overdue, and seven come tomorrow.
+    // Four cards are overdue, one is due this second, and seven come tomorrow.
     std::vector<CardSchedules> cards(12);
     for (size_t i = 0; i < cards.size(); ++i) {
         cards[i].Reverse.Excluded = true;
@@ -256,12 +256,13 @@ TEST(ReviewFigures, AUsualDayWorksOffWhatIsDue) {
         cards[i].Forward.LastReview = kNow - (i < 5 ? 86400 : 0);
         cards[i].Forward.Interval = i < 5 ? 60 : 86400;
     }
+    cards[0].Forward.LastReview = kNow - 60;
     ReviewQuery query;
     query.Now = At(kNow);
     const DueForecast due = MakeReviewFigures(cards, {}, history, query).Due;
     EXPECT_EQ(due.UsualDay, 3);
     EXPECT_EQ(due.StudyDays, 5);
-    EXPECT_EQ(due.Overdue, 5);
+    EXPECT_EQ(due.Overdue, 4);
     EXPECT_EQ(std::vector<int32_t>(due.LeftOver.begin(), due.LeftOver.begin() + 5),
               (std::vector<int32_t>{2, 6, 3, 0, 0}));
 }
