@@ -12,9 +12,13 @@ class wxConfigBase;
 // The name that the settings are kept under.
 constexpr const char* kApplicationName = "Velomind";
 
-// The keys of the store's path and of the category under study.
+// The keys of the store's path, of the category under study, and of the backups.
 constexpr char kSettingDatabasePath[] = "DatabasePath";
 constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
+constexpr char kSettingBackups[] = "Backups";
+// Empty for the usual one.
+constexpr char kSettingBackupDirectory[] = "BackupDirectory";
+constexpr char kSettingLeastBackups[] = "LeastBackups";
 
 // Opens the configuration file of an application for a single access; the end of the object writes
 // what was changed. The file lies in the user's configuration directory (XDG_CONFIG_HOME, else

@@ -274,6 +274,28 @@ int TryImport(const InputFile& file, Store& store, bool json) {
     return failure == kCardsDone ? Import(file, copy, json) : failure;
 }
 
+// Makes a backup of a store where backups lie; one that cannot be opened is copied as it is.
+// Returns its path, or the empty text when there is none, as for a store without cards, or when it
+// failed, which was told then.
+wxString MakeBackup(Store& store, BackupCause cause) {
+    const wxDateTime now = CurrentTime();
+    const BackupSettings settings = ReadBackupSettings(cause);
+    StoreBackups backups(settings, [](const wxString& text) { PrintError(text); });
+    Database& database = store.GetDatabase();
+    const int error = database.IsOpen() ? backups.Make(database, cause, now)
+                                        : backups.MakeOfFile(store.GetPath(), cause, now);
+    if (error != 0) {
+        return wxString();
+    }
+    const std::vector<StoreBackup> all = ListBackups(
+        settings.Directory.empty() ? GetBackupDirectory() : settings.Directory, store.GetPath());
+    // Names have whole seconds.
+    const auto made = std::find_if(all.begin(), all.end(), [&](const StoreBackup& backup) {
+        return backup.Cause == cause && backup.Time > now - wxTimeSpan::Seconds(1);
+    });
+    return made == all.end() ? wxString() : made->Path;
+}
+
 int RunImport(const CardsOptions& options) {
     InputFile file;
     if (!file.Open(options.Operands.front())) {
@@ -286,8 +308,11 @@ int RunImport(const CardsOptions& options) {
     if (options.DryRun) {
         return TryImport(file, store, options.Json);
     }
-    const int failure = store.Open(Store::Use::kWriteOrCreate);
-    return failure == kCardsDone ? Import(file, store, options.Json) : failure;
+    if (const int failure = store.Open(Store::Use::kWriteOrCreate)) {
+        return failure;
+    }
+    MakeBackup(store, BackupCause::kImport);
+    return Import(file, store, options.Json);
 }
 
 // Puts the cards of one category, or of all, into the order of their introduction.
@@ -493,22 +518,6 @@ int RunCheck(const CardsOptions& options) {
                                           : RunCheckList(file, options);
 }
 
-// Makes a backup of an open store where backups lie. Returns its path, or the empty text when there
-// is none, as for a store without cards, or when it failed, which was told then.
-wxString MakeBackup(Store& store, BackupCause cause) {
-    const wxDateTime now = CurrentTime();
-    StoreBackups backups(BackupSettings(), [](const wxString& text) { PrintError(text); });
-    if (backups.Make(store.GetDatabase(), cause, now) != 0) {
-        return wxString();
-    }
-    const std::vector<StoreBackup> all = ListBackups(GetBackupDirectory(), store.GetPath());
-    // Names have whole seconds.
-    const auto made = std::find_if(all.begin(), all.end(), [&](const StoreBackup& backup) {
-        return backup.Cause == cause && backup.Time > now - wxTimeSpan::Seconds(1);
-    });
-    return made == all.end() ? wxString() : made->Path;
-}
-
 int RunBackup(const CardsOptions& options) {
     Store store(options.Store);
     if (const int failure = store.Open(Store::Use::kRead)) {
@@ -548,7 +557,8 @@ int RunRestore(const CardsOptions& options) {
         return kCardsStoreFailed;
     }
     wxString kept;
-    if (store.Exists() && store.Open(Store::Use::kWrite) == kCardsDone) {
+    if (store.Exists()) {
+        store.Open(Store::Use::kWrite);
         kept = MakeBackup(store, BackupCause::kRestore);
         store.GetDatabase().Close();
     }

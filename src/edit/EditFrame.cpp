@@ -22,6 +22,7 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "store/Database.h"
+#include "storefile/Backups.h"
 
 namespace {
 
@@ -220,6 +221,7 @@ void EditFrame::FollowStored() {
 }
 
 int EditFrame::Save() {
+    BackUpDay(this);
     FlashCard card = mCard;
     if (!IsNew()) {
         std::list<FlashCard> found;

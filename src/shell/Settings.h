@@ -25,10 +25,6 @@ constexpr char kSettingStudyTextStep[] = "StudyTextStep";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
-constexpr char kSettingBackups[] = "Backups";
-// Empty for the usual one.
-constexpr char kSettingBackupDirectory[] = "BackupDirectory";
-constexpr char kSettingLeastBackups[] = "LeastBackups";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";

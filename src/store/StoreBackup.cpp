@@ -1,5 +1,7 @@
 #include "store/StoreBackup.h"
 
+#include <sqlite3.h>
+#include <wx/confbase.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
@@ -7,14 +9,19 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <iterator>
+#include <limits>
 #include <set>
 #include <system_error>
 #include <utility>
 
+#include "base/FileDescriptor.h"
+#include "base/SettingsFile.h"
 #include "base/Time.h"
 #include "base/Unicode.h"
+#include "store/CardUuid.h"
 #include "store/StoreFiles.h"
 #include "store/StoreSchema.h"
 
@@ -23,6 +30,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".vlm";
+constexpr char kUnfinished[] = ".unfinished";
+
+fs::path ToPath(const wxString& path) {
+    return fs::u8path(ToUtf8(path));
+}
 
 struct CauseRow {
     BackupCause Cause;
@@ -130,11 +142,73 @@ class CardWalk {
     bool mHasFailed = false;
 };
 
+// Lets the engine take back what a program that has ended left half done, so that the store is
+// whole by itself until it is replaced.
+void PlayBackJournal(const wxString& storePath) {
+    sqlite3* handle = nullptr;
+    if (wxFileName::FileExists(storePath) &&
+        sqlite3_open_v2(ToUtf8(storePath).c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr) ==
+            SQLITE_OK) {
+        sqlite3_exec(handle, "SELECT count(*) FROM sqlite_master;", nullptr, nullptr, nullptr);
+    }
+    sqlite3_close(handle);
+}
+
+// Makes a directory and those above it, and makes them last. Returns 0 or the error's number.
+int MakeDirectories(const fs::path& directory) {
+    std::error_code error;
+    if (fs::is_directory(directory, error)) {
+        return 0;
+    }
+    const fs::path above = directory.parent_path();
+    const int result = above.empty() || above == directory ? 0 : MakeDirectories(above);
+    if (result != 0) {
+        return result;
+    }
+    fs::create_directory(directory, error);
+    SyncDirectory(directory);
+    return error.value();
+}
+
+// Removes copies of a store that were never finished, as the program or the system ended. Another
+// program may be about to finish a new one.
+void RemoveUnfinished(const fs::path& directory, const wxString& storePath) {
+    const auto limit = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    const wxString stem = StemOf(storePath) + ".";
+    std::error_code error;
+    for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const wxString name = FromUtf8(entry->path().filename().u8string());
+        std::error_code ignored;
+        if (name.StartsWith(stem) && name.EndsWith(kUnfinished) &&
+            entry->last_write_time(ignored) < limit) {
+            fs::remove(entry->path(), ignored);
+        }
+    }
+}
+
 wxString ReasonOf(int error) {
     return wxSysErrorMsgStr(static_cast<unsigned long>(error));
 }
 
 }  // namespace
+
+BackupSettings ReadBackupSettings(BackupCause cause) {
+    BackupSettings settings;
+    const auto file = OpenSettingsFile(kApplicationName);
+    long least = 0;
+    settings.IsOn = file->ReadBool(kSettingBackups, settings.IsOn);
+    settings.Directory = file->Read(kSettingBackupDirectory, wxString());
+    if (file->Read(kSettingLeastBackups, &least) && least <= std::numeric_limits<int32_t>::max()) {
+        settings.Least = static_cast<size_t>(std::max(1L, least));
+    }
+    if (cause == BackupCause::kRestore) {
+        settings.Least = std::numeric_limits<size_t>::max();
+        settings.MostBytes = std::numeric_limits<uint64_t>::max();
+    }
+    settings.IsOn = settings.IsOn || cause == BackupCause::kRestore || cause == BackupCause::kUser;
+    return settings;
+}
 
 wxString GetBackupDirectory() {
     wxString data;
@@ -152,8 +226,8 @@ std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& 
     std::vector<StoreBackup> backups;
     const wxString stem = StemOf(storePath);
     std::error_code error;
-    for (fs::directory_iterator entry(fs::u8path(ToUtf8(directory)), error), end;
-         !error && entry != end; entry.increment(error)) {
+    for (fs::directory_iterator entry(ToPath(directory), error), end; !error && entry != end;
+         entry.increment(error)) {
         const wxString name = FromUtf8(entry->path().filename().u8string());
         StoreBackup backup;
         wxString rest;
@@ -205,15 +279,30 @@ BackupThinning ThinBackups(const std::vector<StoreBackup>& backups, const wxDate
 }
 
 int CopyOpenStore(Database& database, const wxString& target) {
+    const fs::path file = ToPath(target);
+    std::error_code failure;
+    CardUuid unique;
+    if (fs::exists(file, failure)) {
+        return EEXIST;
+    }
+    if (GenerateUuid(unique) != 0) {
+        return EIO;
+    }
+    // The name is given only to a copy that is known to be whole.
+    const wxString unfinished = target + "." + FormatUuid(unique).Left(8) + kUnfinished;
     int32_t expected = 0;
-    int error = database.CopyFile(target, expected);
+    int error = database.CopyFile(unfinished, expected);
     if (error == 0) {
         QuietDatabase copy;
-        error = OpenToRead(copy, target) == expected ? 0 : EIO;
+        error = OpenToRead(copy, unfinished) == expected ? 0 : EIO;
     }
-    if (error != 0 && error != EEXIST) {
-        std::error_code ignored;
-        fs::remove(fs::u8path(ToUtf8(target)), ignored);
+    if (error == 0) {
+        fs::rename(ToPath(unfinished), file, failure);
+        error = failure.value();
+        SyncDirectory(file);
+    }
+    if (error != 0) {
+        fs::remove(ToPath(unfinished), failure);
     }
     return error;
 }
@@ -225,6 +314,7 @@ int RestoreBackup(const wxString& backup, const wxString& storePath) {
             return wxFileName::FileExists(backup) ? EILSEQ : ENOENT;
         }
     }
+    PlayBackJournal(storePath);
     return CopyStoreFile(backup, storePath);
 }
 
@@ -266,14 +356,33 @@ int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& 
     if (!mSettings.IsOn || database.IsEmpty()) {
         return 0;
     }
-    const fs::path directory = fs::u8path(ToUtf8(GetDirectory()));
-    std::error_code failure;
-    fs::create_directories(directory, failure);
-    int error = failure.value();
+    return MakeCopy(database.GetPath(), cause, now,
+                    [&](const wxString& target) { return CopyOpenStore(database, target); });
+}
+
+int StoreBackups::MakeOfFile(const wxString& path, BackupCause cause, const wxDateTime& now) {
+    std::error_code error;
+    QuietDatabase database;
+    if (!mSettings.IsOn || fs::file_size(ToPath(path), error) == 0 || error) {
+        return 0;
+    }
+    if (database.OpenQuietly(path) >= 0) {
+        return Make(database, cause, now);
+    }
+    return MakeCopy(path, cause, now, [&](const wxString& target) {
+        return wxFileName::Exists(target) ? EEXIST : KeepStoreFile(path, target);
+    });
+}
+
+int StoreBackups::MakeCopy(const wxString& storePath, BackupCause cause, const wxDateTime& now,
+                           const Copy& copy) {
+    const fs::path directory = ToPath(GetDirectory());
+    int error = MakeDirectories(directory);
+    RemoveUnfinished(directory, storePath);
     // Two in one second have two names.
     for (wxDateTime time = now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
-        const wxString name = BackupName(StemOf(database.GetPath()), time, cause);
-        error = CopyOpenStore(database, FromUtf8((directory / ToUtf8(name)).u8string()));
+        const wxString name = BackupName(StemOf(storePath), time, cause);
+        error = copy(FromUtf8((directory / ToUtf8(name)).u8string()));
         if (error != EEXIST) {
             break;
         }
@@ -286,19 +395,23 @@ int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& 
         return error;
     }
     mTold.clear();
-    Thin(database.GetPath(), now);
+    Thin(storePath, now);
     return 0;
 }
 
-void StoreBackups::MakeDaily(Database& database, const wxDateTime& now) {
-    const wxString storePath = database.GetPath();
-    if (mDay.IsValid() && now.IsSameDate(mDay) && storePath == mDayStore) {
-        return;
+bool StoreBackups::IsDayDone(const wxString& storePath, const wxDateTime& now) const {
+    if (!mSettings.IsOn || (mDay.IsValid() && now.IsSameDate(mDay) && storePath == mDayStore)) {
+        return true;
     }
+    const std::vector<StoreBackup> backups = ListBackups(GetDirectory(), storePath);
+    return !backups.empty() && backups.front().Time.IsSameDate(now);
+}
+
+void StoreBackups::MakeDaily(Database& database, const wxDateTime& now) {
+    const bool isDone = IsDayDone(database.GetPath(), now);
     mDay = now;
-    mDayStore = storePath;
-    const std::vector<StoreBackup> backups = ListBackups(GetDirectory(), database.GetPath());
-    if (backups.empty() || !backups.front().Time.IsSameDate(now)) {
+    mDayStore = database.GetPath();
+    if (!isDone) {
         Make(database, BackupCause::kDay, now);
     }
 }
@@ -308,7 +421,7 @@ void StoreBackups::Thin(const wxString& storePath, const wxDateTime& now) {
         ThinBackups(ListBackups(GetDirectory(), storePath), now, mSettings);
     for (const StoreBackup& backup : thinning.Gone) {
         std::error_code ignored;
-        fs::remove(fs::u8path(ToUtf8(backup.Path)), ignored);
+        fs::remove(ToPath(backup.Path), ignored);
     }
     if (thinning.IsOverLimit || thinning.GoneBySize > 0) {
         const wxString limit = wxFileName::GetHumanReadableSize(wxULongLong(mSettings.MostBytes));

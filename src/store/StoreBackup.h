@@ -52,6 +52,11 @@ struct BackupSettings {
     uint64_t MostBytes = uint64_t{2} << 30;
 };
 
+// Returns the settings of the user for a backup of that cause. Before a restoration, which may go
+// back to the oldest backup, one is made whatever the settings say, and none goes; one that was
+// asked for is made as well.
+BackupSettings ReadBackupSettings(BackupCause cause = BackupCause::kDay);
+
 // Returns velomind/backups in the user's data directory (XDG_DATA_HOME, else ~/.local/share).
 wxString GetBackupDirectory();
 
@@ -118,10 +123,20 @@ class StoreBackups {
     // told and is no reason to stop what was to be done.
     int Make(Database& database, BackupCause cause, const wxDateTime& now);
 
+    // The same for a store file that nobody has open. One that cannot be opened is copied byte by
+    // byte, with what the engine left beside it.
+    int MakeOfFile(const wxString& path, BackupCause cause, const wxDateTime& now);
+
+    // True when a store needs no backup of that day any more.
+    bool IsDayDone(const wxString& storePath, const wxDateTime& now) const;
     // Makes the backup of a day unless one was made on that day. For Database::SetBeforeChange.
     void MakeDaily(Database& database, const wxDateTime& now);
 
   private:
+    using Copy = std::function<int(const wxString& target)>;
+
+    int MakeCopy(const wxString& storePath, BackupCause cause, const wxDateTime& now,
+                 const Copy& copy);
     wxString GetDirectory() const;
     void TellOnce(const wxString& text);
     void Thin(const wxString& storePath, const wxDateTime& now);

@@ -23,6 +23,7 @@
 #include "base/SettingsFile.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
+#include "store/CardUuid.h"
 #include "store/Database.h"
 
 namespace {
@@ -49,15 +50,18 @@ fs::path Beside(const fs::path& store, const char* suffix) {
     return companion;
 }
 
+// True when changes wait in this file of the engine.
+bool IsPending(const fs::path& companion) {
+    std::error_code error;
+    return fs::exists(companion, error) && fs::file_size(companion, error) != 0 &&
+           std::ifstream(companion, std::ios::binary).get() != 0;
+}
+
 // True when changes wait in one of the engine's files, which would be lost by a move. A store that
 // was closed in good order has none, but perhaps an empty one or one whose zeros say "finished".
 bool HasPendingChanges(const fs::path& store) {
-    return std::any_of(std::begin(kCompanions), std::end(kCompanions), [&](const char* suffix) {
-        std::error_code error;
-        const fs::path companion = Beside(store, suffix);
-        return fs::exists(companion, error) && fs::file_size(companion, error) != 0 &&
-               std::ifstream(companion, std::ios::binary).get() != 0;
-    });
+    return std::any_of(std::begin(kCompanions), std::end(kCompanions),
+                       [&](const char* suffix) { return IsPending(Beside(store, suffix)); });
 }
 
 // Call it only when no changes are pending: the files hold nothing then.
@@ -86,10 +90,13 @@ class ReplacedFile {
     ReplacedFile& operator=(const ReplacedFile&) = delete;
 
     // Sets aside whatever is there. Gives 0, or the error's number.
-    int SetAside();
+    int SetAside() { return SetAsideFrom(0); }
+    // The engine's files alone, for a store that takes the place of the file at one stroke.
+    int SetAsideCompanions() { return SetAsideFrom(1); }
     void Delete();
 
   private:
+    int SetAsideFrom(size_t first);
     fs::path AsideOf(const char* suffix) const {
         return fs::path(mDirectory) / Beside(mFile, suffix).filename();
     }
@@ -102,8 +109,9 @@ class ReplacedFile {
 // The file goes first and comes back last, so that nobody can open it without its journal.
 constexpr std::array<const char*, 4> kReplaced = {"", "-journal", "-wal", "-shm"};
 
-int ReplacedFile::SetAside() {
-    for (const char* const suffix : kReplaced) {
+int ReplacedFile::SetAsideFrom(size_t first) {
+    for (; first < kReplaced.size(); ++first) {
+        const char* const suffix = kReplaced[first];
         std::error_code error;
         const fs::path file = Beside(mFile, suffix);
         const fs::file_type type = fs::symlink_status(file, error).type();
@@ -304,9 +312,10 @@ int CopyAndDelete(const fs::path& source, const fs::path& target) {
     return 0;
 }
 
+// A file at the target is there until the store is, whatever happens between.
 int Rename(const fs::path& source, const fs::path& target) {
     ReplacedFile replaced(target);
-    if (const int error = replaced.SetAside()) {
+    if (const int error = replaced.SetAsideCompanions()) {
         return error;
     }
     if (std::rename(source.c_str(), target.c_str()) != 0) {
@@ -395,13 +404,38 @@ int CopyStoreFile(const wxString& from, const wxString& to) {
     // The name may be a link to the store.
     std::error_code error;
     const fs::path name = ToPath(MakeStorePathFull(to));
-    const fs::path target = fs::is_symlink(name, error) ? fs::weakly_canonical(name, error) : name;
+    const bool isLink = fs::is_symlink(name, error);
+    // That nothing is there is no failure.
+    error.clear();
+    const fs::path target = isLink ? fs::weakly_canonical(name, error) : name;
     int result = error ? error.value() : CheckTarget(target);
+    std::string copyName = TemporaryName(target);
     if (result == 0) {
-        ReplacedFile replaced(target);
-        result = PutCopy(ToPath(from), target, replaced);
-        if (result == 0) {
-            replaced.Delete();
+        result = MakeCopy(ToPath(from), copyName);
+    }
+    if (result != 0) {
+        return result;
+    }
+    // Who might read and write the file that goes may do so with the one that comes.
+    const fs::perms permissions = fs::status(target, error).permissions();
+    if (fs::exists(target, error)) {
+        fs::permissions(copyName, permissions, error);
+    }
+    result = Rename(copyName, target);
+    if (result != 0) {
+        ::unlink(copyName.c_str());
+    }
+    return result;
+}
+
+int KeepStoreFile(const wxString& from, const wxString& to) {
+    int result = CopyStoreFile(from, to);
+    for (const char* const suffix : kCompanions) {
+        const fs::path companion = Beside(ToPath(from), suffix);
+        std::string copyName = TemporaryName(ToPath(to));
+        if (result == 0 && IsPending(companion)) {
+            result = MakeCopy(companion, copyName);
+            result = result == 0 ? Rename(copyName, Beside(ToPath(to), suffix)) : result;
         }
     }
     return result;
@@ -429,11 +463,23 @@ int CopyWholeFile(int source, int target) {
     return CopyBytes(source, target);
 }
 
-int DeleteStoreFile(const wxString& path) {
-    ReplacedFile file(ToPath(MakeStorePathFull(path)));
-    const int error = file.SetAside();
-    if (error == 0) {
-        file.Delete();
+int ReplaceByNewStore(const wxString& path) {
+    CardUuid unique;
+    if (GenerateUuid(unique) != 0) {
+        return EIO;
+    }
+    const wxString name =
+        wxPathOnly(MakeStorePathFull(path)) + "/velomind-" + FormatUuid(unique).Left(8) + ".vlm";
+    QuietDatabase database;
+    const bool isMade = database.OpenQuietly(name) >= 0;
+    const int code = database.GetLastErrorCode() & 0xFF;
+    database.Close();
+    if (!isMade) {
+        return code == SQLITE_FULL ? ENOSPC : EIO;
+    }
+    const int error = MoveStoreFile(name, path);
+    if (error != 0) {
+        ::unlink(ToUtf8(name).c_str());
     }
     return error;
 }

@@ -33,14 +33,19 @@ int MoveStoreFile(const wxString& from, const wxString& to);
 // the error's number with the store where it was.
 int CopyAndDeleteStoreFile(const wxString& from, const wxString& to);
 
-// Copies a store over another path, where a plain file may be, and puts it in place whole. Returns
-// 0, or the error's number with the file there as it was.
+// Copies a store over another path, where a plain file may be, and puts it in place at one stroke:
+// at any moment the one or the other is there whole. Returns 0, or the error's number with the file
+// there as it was.
 int CopyStoreFile(const wxString& from, const wxString& to);
+
+// Copies a store that nobody can open, with what the engine would need to mend it, to a path where
+// nothing is. Returns 0 or the error's number.
+int KeepStoreFile(const wxString& from, const wxString& to);
 
 // Copies all bytes from one open file to another, which is empty, in the quickest way that the file
 // systems offer, and makes them last. Returns 0 or the error's number.
 int CopyWholeFile(int source, int target);
 
-// Deletes a store file, and what the engine may have left beside it. Returns 0, or the error's
-// number with all of it still there.
-int DeleteStoreFile(const wxString& path);
+// Puts a new store, without cards, in the place of a file at one stroke, and deletes what the
+// engine may have left beside that. Returns 0, or the error's number with all of it still there.
+int ReplaceByNewStore(const wxString& path);

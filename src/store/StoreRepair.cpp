@@ -22,6 +22,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -258,18 +259,34 @@ fs::path ToPath(const wxString& path) {
     return fs::u8path(ToUtf8(path));
 }
 
-// A copy of the damaged file, and of a journal beside it, that goes with the object.
-class DamagedCopy {
+// A directory beside a file for what is not finished. It goes with the object.
+class WorkDirectory {
   public:
-    explicit DamagedCopy(const wxString& target) : mFile(ToPath(target) += ".damaged") {}
-    ~DamagedCopy() {
-        Remove(mFile);
-        for (const char* const suffix : Database::kCompanions) {
-            Remove(fs::path(mFile) += suffix);
+    explicit WorkDirectory(const fs::path& file)
+        : mName((file.parent_path() / "velomind-XXXXXX").string()) {
+        mError = ::mkdtemp(mName.data()) == nullptr ? errno : 0;
+    }
+    ~WorkDirectory() {
+        std::error_code ignored;
+        if (mError == 0) {
+            fs::remove_all(mName, ignored);
         }
     }
-    DamagedCopy(const DamagedCopy&) = delete;
-    DamagedCopy& operator=(const DamagedCopy&) = delete;
+    WorkDirectory(const WorkDirectory&) = delete;
+    WorkDirectory& operator=(const WorkDirectory&) = delete;
+
+    int GetError() const { return mError; }
+    fs::path GetFile(const char* name) const { return fs::path(mName) / name; }
+
+  private:
+    std::string mName;
+    int mError = 0;
+};
+
+// A copy of the damaged file, and of a journal beside it.
+class DamagedCopy {
+  public:
+    explicit DamagedCopy(const fs::path& file) : mFile(file) {}
 
     int Take(const fs::path& damaged) {
         const int error = Copy(damaged, mFile);
@@ -287,10 +304,6 @@ class DamagedCopy {
     }
 
   private:
-    static void Remove(const fs::path& file) {
-        std::error_code ignored;
-        fs::remove(file, ignored);
-    }
     static int Copy(const fs::path& from, const fs::path& to) {
         const FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
         if (!source.IsOpen()) {
@@ -319,31 +332,30 @@ int RepairStore(const wxString& damaged, const wxString& target, RepairReport& r
     if (fs::exists(ToPath(target), error)) {
         return EEXIST;
     }
-    std::string bytes;
-    {
-        DamagedCopy copy(target);
-        const int result = copy.Take(ToPath(damaged));
-        if (result != 0) {
-            return result;
-        }
-        bytes = copy.ReadBytes();
+    const WorkDirectory work(ToPath(target));
+    DamagedCopy copy(work.GetFile("damaged.vlm"));
+    const int result = work.GetError() != 0 ? work.GetError() : copy.Take(ToPath(damaged));
+    if (result != 0) {
+        return result;
     }
-    const PageFile file(std::move(bytes));
+    const PageFile file(copy.ReadBytes());
     Salvage salvage(file);
     salvage.ReadTables();
     salvage.ReadIndexes();
     if (salvage.IsEmpty()) {
         return EILSEQ;
     }
+    // The store gets its name once it is whole.
+    const fs::path made = work.GetFile("repaired.vlm");
     QuietDatabase database;
-    if (database.OpenQuietly(target) < 0 || salvage.WriteTo(database) < 0) {
-        const int code = database.GetLastErrorCode() & 0xFF;
-        database.Close();
-        fs::remove(ToPath(target), error);
-        return code == SQLITE_FULL ? ENOSPC : EIO;
+    if (database.OpenQuietly(FromUtf8(made.u8string())) < 0 || salvage.WriteTo(database) < 0) {
+        return (database.GetLastErrorCode() & 0xFF) == SQLITE_FULL ? ENOSPC : EIO;
     }
+    database.Close();
+    fs::rename(made, ToPath(target), error);
+    SyncDirectory(ToPath(target));
     report = salvage.Report;
-    return 0;
+    return error.value();
 }
 
 wxString DescribeRepair(const RepairReport& report) {

@@ -6,8 +6,6 @@
 #include <wx/log.h>
 #include <wx/utils.h>
 
-#include <algorithm>
-#include <limits>
 #include <list>
 #include <map>
 
@@ -29,10 +27,14 @@ void TellByLog(const wxString& text) {
     wxLogWarning("%s", text);
 }
 
+bool IsLarge(const wxString& storePath) {
+    const wxULongLong size = wxFileName::GetSize(storePath);
+    return size != wxInvalidSize && size.GetValue() > kLargeStoreBytes;
+}
+
 // Runs a job at once, or on a thread behind a wait dialog where the store is large.
 void RunBackup(wxWindow* parent, const wxString& storePath, const std::function<void()>& job) {
-    const wxULongLong size = wxFileName::GetSize(storePath);
-    if (size != wxInvalidSize && size.GetValue() > kLargeStoreBytes) {
+    if (IsLarge(storePath)) {
         RunBehindWait(parent, _("Backing Up"), job);
     } else {
         const wxBusyCursor busy;
@@ -40,24 +42,7 @@ void RunBackup(wxWindow* parent, const wxString& storePath, const std::function<
     }
 }
 
-// A restoration goes back to what may be the oldest backup, so none may go before it.
-BackupSettings SettingsThatKeepAll() {
-    BackupSettings settings = ReadBackupSettings();
-    settings.IsOn = true;
-    settings.Least = std::numeric_limits<size_t>::max();
-    settings.MostBytes = std::numeric_limits<uint64_t>::max();
-    return settings;
-}
-
 }  // namespace
-
-BackupSettings ReadBackupSettings() {
-    BackupSettings settings;
-    settings.IsOn = ReadBooleanSetting(kSettingBackups);
-    settings.Directory = ReadStringSetting(kSettingBackupDirectory);
-    settings.Least = static_cast<size_t>(std::max(1, ReadIntegerSetting(kSettingLeastBackups)));
-    return settings;
-}
 
 BackupKeeper::BackupKeeper(Database& database, Subject& settingsNotifier)
     : mDatabase(database), mSettingsAttachment(&settingsNotifier, this) {
@@ -79,7 +64,7 @@ int BackUpStore(wxWindow* parent, Database& database, BackupCause cause) {
     if (gpKeeper == nullptr || &gpKeeper->GetDatabase() != &database) {
         return 0;
     }
-    StoreBackups keepingAll(SettingsThatKeepAll(), TellByLog);
+    StoreBackups keepingAll(ReadBackupSettings(BackupCause::kRestore), TellByLog);
     StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : gpKeeper->GetBackups();
     int error = 0;
     RunBackup(parent, database.GetPath(),
@@ -87,19 +72,35 @@ int BackUpStore(wxWindow* parent, Database& database, BackupCause cause) {
     return error;
 }
 
-void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path) {
+void BackUpDay(wxWindow* parent) {
     if (gpKeeper == nullptr) {
         return;
     }
+    Database& database = gpKeeper->GetDatabase();
+    StoreBackups& backups = gpKeeper->GetBackups();
+    const wxDateTime now = CurrentTime();
+    if (IsLarge(database.GetPath()) && !backups.IsDayDone(database.GetPath(), now)) {
+        RunBehindWait(parent, _("Backing Up"),
+                      [&] { backups.Make(database, BackupCause::kDay, now); });
+    }
+}
+
+int ReplaceByNewStore(wxWindow* parent, const wxString& path) {
+    RunBackup(parent, path, [&path] {
+        StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
+    });
+    return ReplaceByNewStore(path);
+}
+
+void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path) {
     if (database.IsStoreFile(path)) {
         BackUpStore(parent, database, BackupCause::kReplace);
         return;
     }
     RunBackup(parent, path, [&path] {
-        QuietDatabase other;
-        if (other.OpenQuietly(path) >= 0) {
-            gpKeeper->GetBackups().Make(other, BackupCause::kReplace, CurrentTime());
-        }
+        StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
     });
 }
 

@@ -14,8 +14,6 @@ class wxWindow;
 // The backups of the store that the program has open, as the settings want them. Main thread only,
 // unless said otherwise.
 
-BackupSettings ReadBackupSettings();
-
 // Keeps the backups of the program's store while it lives, whichever file that has open: makes one
 // before the first change of a day, and tells what goes wrong through the log. One at a time.
 class BackupKeeper : private Observer {
@@ -42,9 +40,16 @@ class BackupKeeper : private Observer {
 // whatever the settings say, and none goes. Returns 0, or the system's number of the error, which
 // was told and is no reason to stop.
 int BackUpStore(wxWindow* parent, Database& database, BackupCause cause);
-// The same for another store file that the program is about to replace. A file that is no store is
-// passed over.
+// The same for another store file that the program is about to replace; one that cannot be opened
+// is copied as it is.
 void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path);
+// Makes the backup of the day of a large store now, behind a wait dialog. For what most often is
+// the first change of a day; the backup of any other change, and of a small store, makes itself
+// while the change waits. Events are handled meanwhile.
+void BackUpDay(wxWindow* parent);
+// Backs up a file that nobody has open, and puts a new store in its place. Returns 0, or the
+// system's number of the error with the file as it was.
+int ReplaceByNewStore(wxWindow* parent, const wxString& path);
 
 // Asks for a file and writes a backup into it.
 void BackUpWhereWanted(wxWindow* parent, Database& database);

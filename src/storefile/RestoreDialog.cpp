@@ -424,7 +424,7 @@ bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath) {
     const wxString backup = dialog.GetChosen().Path;
     const wxBusyCursor busy;
     if (wxFileName::FileExists(storePath)) {
-        const int kept = CopyStoreFile(storePath, FreePathBeside(storePath, _("damaged")));
+        const int kept = KeepStoreFile(storePath, FreePathBeside(storePath, _("damaged")));
         if (kept != 0 && !MayGoOnWithoutBackup(parent, kept)) {
             return false;
         }

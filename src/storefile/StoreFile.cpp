@@ -21,6 +21,7 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/StoreFiles.h"
+#include "storefile/Backups.h"
 #include "storefile/RestoreDialog.h"
 
 namespace {
@@ -74,12 +75,6 @@ bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
     return true;
 }
 
-// The recovery dialog alone tells of a failure, so the log stays silent.
-bool TryQuietly(Database& database, const std::function<void()>& ask) {
-    const wxLogNull silence;
-    return database.Try(ask);
-}
-
 }  // namespace
 
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
@@ -107,6 +102,11 @@ void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, b
     if (!TryOpenStoreFile(parent, database, path, mustExist)) {
         EndProcess(kExitFromRecovery);
     }
+}
+
+bool TryQuietly(Database& database, const std::function<void()>& ask) {
+    const wxLogNull silence;
+    return database.Try(ask);
 }
 
 void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
@@ -206,9 +206,8 @@ void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
         return;
     }
     if (wxFileExists(path)) {
-        // A file that cannot be deleted shows itself when the store is opened.
-        const wxLogNull silence;
-        wxRemoveFile(path);
+        // A file that cannot be replaced shows itself when the store is opened.
+        ReplaceByNewStore(this, path);
     }
     mpPath->SetValue(path);
     mMustExist = false;

@@ -79,7 +79,7 @@ void StoreFileChange::Create() {
         BackUpOtherStore(mpParent, mDatabase, mNewPath);
     }
     mDatabase.Close();
-    const int error = mExists ? DeleteStoreFile(mNewPath) : 0;
+    const int error = mExists ? ReplaceByNewStore(mNewPath) : 0;
     if (error != 0) {
         // The old file would be opened with all its cards, as if it were the new store.
         Tell(_("Unable to replace the store file (%s)"), error, caption);

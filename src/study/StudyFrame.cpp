@@ -21,6 +21,7 @@
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "storefile/Backups.h"
 #include "storefile/CategoryList.h"
 #include "study/BreakBar.h"
 #include "study/CardViewer.h"
@@ -638,6 +639,11 @@ void StudyFrame::OnScoreChosen(wxCommandEvent& event) {
             UpdateCard(false);
             return;
         }
+    }
+    const CardUuid card = mpScheduler->GetCurrentCardId();
+    BackUpDay(this);
+    if (mpScheduler == nullptr || mpScheduler->GetCurrentCardId() != card) {
+        return;
     }
     const wxBusyCursor busy(wxHOURGLASS_CURSOR);
     mpScheduler->ScoreCard(kHighestScore - mpQuickScore->GetSelection());

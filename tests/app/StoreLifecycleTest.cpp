@@ -1,3 +1,4 @@
+#include "store/StoreBackup.h"
 #include "storefile/StoreFile.h"
 
 #include <wx/filename.h>
@@ -60,10 +61,12 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
         return wxID_CANCEL;
     });
     answers.ThenChoose(path);
-    answers.Expect(wxID_OK);
     EXPECT_TRUE(Open(path, true));
     EXPECT_TRUE(mDatabase.IsEmpty());
     EXPECT_EQ(Stored(), path);
+    const std::vector<StoreBackup> kept = ListBackups(GetBackupDirectory(), path);
+    ASSERT_EQ(kept.size(), 1U);
+    EXPECT_EQ(ReadBytes(kept[0].Path), kNoStore);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@ import glob
 import os
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+from driver import DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
 
 RECOVERY = "Velomind"
 DELETE_BOX = "Delete Card(s)"
@@ -89,17 +89,91 @@ class BackupRoad(RoadTest):
         self.assertEqual(0, self.sandbox.run("--import", one))
         self.assertEqual(1, len(self.backups("import")))
 
-    def test_zeros_over_a_page_leave_the_other_cards(self):
+    def put_zeros(self, page):
+        """Damages the store, and gives the bytes that it then has."""
         whole = self.sandbox.store_bytes()
-        front = self.sandbox.query("SELECT Front FROM Cards WHERE ROWID = 50")[0][0]
-        page = whole.index(front.encode("utf-16-le")) // 4096 * 4096
         damaged = whole[:page] + bytes(4096) + whole[page + 4096:]
         with open(self.sandbox.store, "wb") as file:
             file.write(damaged)
+        return damaged
+
+    def look(self, name):
+        """Leaves a picture for a person to look at, where one is asked for."""
+        directory = os.environ.get("VELOMIND_PICTURES")
+        if directory:
+            DESKTOP.take_picture(os.path.join(directory, f"{name}.png"))
+
+    def answer_replace(self, program):
+        """Says yes where the file dialog asks. Its list of names that fit may have taken the first
+        Return; the second can answer the question by itself."""
+        def sees(*texts):
+            return any(text in line for line in program.read() for text in texts)
+        try:
+            wait_until(lambda: sees("already exists"), "the question", 5)
+        except AssertionError:
+            press("Return")
+            wait_until(lambda: sees("already exists", "was written to"), "question or answer")
+        if sees("already exists"):
+            program.click("Replace")
+
+    def test_a_backup_goes_where_the_user_wants_it(self):
+        wanted = self.sandbox.path("mine.vlm")
+        for before in (None, b"an older file"):
+            if before:
+                self.sandbox.write("mine.vlm", before)
+            with self.subTest(before):
+                program = self.sandbox.start()
+                program.wait_window(LIST_WINDOW)
+                program.click("File")
+                self.look("file-menu")
+                program.click("Back Up...")
+                program.wait_window("Back Up Store File")
+                press("ctrl+a")
+                type_text(wanted)
+                self.look("back-up")
+                press("Return")
+                if before:
+                    self.answer_replace(program)
+                program.wait_text("The backup was written to")
+                self.look("backed-up")
+                press("Return")
+                program.wait_window(LIST_WINDOW)
+                self.assertEqual(0, program.quit())
+                with open(wanted, "rb") as file:
+                    self.assertEqual(self.sandbox.store_bytes(), file.read())
+        self.assertEqual([], glob.glob(os.path.join(self.sandbox.root, "*unfinished*")))
+
+    def test_a_backup_takes_the_place_of_a_damaged_store(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("japanese.txt")))
+        damaged = self.put_zeros(0)
+        program = self.sandbox.start()
+        program.wait_window(RECOVERY)
+        self.look("recovery")
+        program.click("Restore...")
+        program.wait_window(RESTORE)
+        program.wait_text(str(self.cards))
+        self.look("restore")
+        program.click("Restore")
+        program.wait_text("Do you want to put the backup of")
+        self.look("restore-question")
+        program.click("Yes")
+        program.wait_window(LIST_WINDOW)
+        self.look("restored")
+        self.assertEqual(0, program.quit())
+        self.assertEqual(self.cards, self.sandbox.card_count())
+        self.sandbox.check_store()
+        with open(self.sandbox.store.replace(".vlm", " damaged.vlm"), "rb") as file:
+            self.assertEqual(damaged, file.read())
+
+    def test_zeros_over_a_page_leave_the_other_cards(self):
+        whole = self.sandbox.store_bytes()
+        front = self.sandbox.query("SELECT Front FROM Cards WHERE ROWID = 50")[0][0]
+        damaged = self.put_zeros(whole.index(front.encode("utf-16-le")) // 4096 * 4096)
         program = self.sandbox.start()
         program.wait_window(RECOVERY)
         program.click("Repair...")
         program.wait_window("Repair")
+        self.look("repaired")
         press("Return")
         program.wait_window(LIST_WINDOW)
         self.assertEqual(0, program.quit())

@@ -138,6 +138,21 @@ class CardsRoad(RoadTest):
                 self.assertEqual({"one", "two"}, {card["Front"] for card in self.cards("list")})
                 self.assertIn("lost", self.run_cards("--store", kept, "list")[1])
                 self.assertTrue(os.path.exists(backup))
+        # A store that nobody can open is kept as it is.
+        self.sandbox.set_setting("BackupDirectory", self.sandbox.path("elsewhere"))
+        self.sandbox.set_setting("Backups", 0)
+        whole = self.sandbox.store_bytes()
+        with open(self.sandbox.store, "wb") as file:
+            file.write(b"no store" * 1000)
+        code, output, _ = self.run_cards("restore", copy)
+        self.assertEqual(0, code)
+        self.assertTrue(output.startswith(self.sandbox.path("elsewhere")), output)
+        with open(output.strip(), "rb") as file:
+            self.assertEqual(b"no store" * 1000, file.read())
+        self.assertEqual(whole, self.sandbox.store_bytes())
+        self.assertIn("elsewhere", self.cards("backup")["backup"])
+        self.cards("import", self.sandbox.sample("capitals.txt"))
+        self.assertEqual(2, len(os.listdir(self.sandbox.path("elsewhere"))), "backups are off")
         before = self.sandbox.store_bytes()
         for wrong in (two, "absent.vlm", self.sandbox.store):
             self.assertEqual(1, self.run_cards("restore", wrong)[0], wrong)

@@ -1,10 +1,13 @@
 #include "faults/PowerCut.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <mutex>
@@ -18,15 +21,38 @@ namespace fs = std::filesystem;
 DiskRecording* gRecording = nullptr;
 std::recursive_mutex gMutex;
 
-template <typename Note>
-void Tell(bool succeeded, const Note& note) {
-    if (gRecording != nullptr && succeeded) {
+struct {
+    int Position = 0;
+    bool Lasting = false;
+    int Calls = 0;
+} gFault;
+
+bool Fails() {
+    const int call = ++gFault.Calls;
+    const bool fails = gFault.Position != 0 &&
+                       (gFault.Lasting ? call >= gFault.Position : call == gFault.Position);
+    errno = fails ? ENOSPC : errno;
+    return fails;
+}
+
+// Makes a call of the system, unless it is to fail, and notes it.
+template <typename Note, typename... Arguments>
+long Call(const Note& note, long number, Arguments... arguments) {
+    const long result = Fails() ? -1 : ::syscall(number, arguments...);
+    if (gRecording != nullptr && result >= 0) {
         const std::lock_guard<std::recursive_mutex> lock(gMutex);
-        note(*gRecording);
+        note(*gRecording, result);
     }
+    return result;
 }
 
 }  // namespace
+
+int DiskRecording::FailCall(int position, bool lasting) {
+    const int calls = gFault.Calls;
+    gFault = {position, lasting, 0};
+    return calls;
+}
 
 DiskRecording::DiskRecording(const fs::path& directory) : mDirectory(directory) {
     for (const auto& entry : fs::recursive_directory_iterator(directory)) {
@@ -35,6 +61,8 @@ DiskRecording::DiskRecording(const fs::path& directory) : mDirectory(directory) 
             bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
             mFirstNames[NameOf(entry.path())] = mFileCount++;
             mFirstContents.push_back(bytes.str());
+        } else if (entry.is_directory()) {
+            mFirstDirectories.insert(NameOf(entry.path()));
         }
     }
     mNames = mFirstNames;
@@ -130,6 +158,12 @@ void DiskRecording::OnRename(const std::string& from, const std::string& to) {
     }
 }
 
+void DiskRecording::OnMakeDirectory(const std::string& path) {
+    if (IsInside(path)) {
+        mCalls.push_back({Kind::kMakeDirectory, -1, NameOf(path)});
+    }
+}
+
 void DiskRecording::Rename(Names& names, const Call& call) {
     const auto file = names.find(call.Name);
     if (file != names.end()) {
@@ -173,6 +207,7 @@ size_t DiskRecording::Replay(size_t calls, unsigned fate, const fs::path& target
     std::vector<std::string> contents = mFirstContents;
     contents.resize(static_cast<size_t>(mFileCount));
     Names names = mFirstNames;
+    std::set<std::string> directories = mFirstDirectories;
     size_t marks = 0;
     for (size_t i = 0; i < calls; ++i) {
         const Call& call = mCalls[i];
@@ -187,6 +222,8 @@ size_t DiskRecording::Replay(size_t calls, unsigned fate, const fs::path& target
             names.erase(call.Name);
         } else if (call.What == Kind::kRename) {
             Rename(names, call);
+        } else if (call.What == Kind::kMakeDirectory) {
+            directories.insert(call.Name);
         } else if (call.What == Kind::kTruncate) {
             contents[static_cast<size_t>(call.File)].resize(offset);
         } else if (call.What == Kind::kWrite) {
@@ -197,12 +234,43 @@ size_t DiskRecording::Replay(size_t calls, unsigned fate, const fs::path& target
             bytes.replace(offset, count, call.Bytes, 0, count);
         }
     }
+    const auto isThere = [&](fs::path directory) {
+        while (!directory.empty() && directories.count(directory.string()) != 0) {
+            directory = directory.parent_path();
+        }
+        return directory.empty();
+    };
     for (const auto& [name, file] : names) {
+        // What lies in a directory that is lost is lost with it.
+        if (!isThere(fs::path(name).parent_path())) {
+            continue;
+        }
         fs::create_directories((target / name).parent_path());
         std::ofstream(target / name, std::ios::binary) << contents[static_cast<size_t>(file)];
     }
     return marks;
 }
+
+namespace {
+
+void MakeUnique(char* pattern) {
+    static int count = 0;
+    const std::string number = std::to_string(100000 + ++count);
+    std::copy(number.begin(), number.end(), std::string_view(pattern).length() - 6 + pattern);
+}
+
+// Returns how many bytes were copied, as the system's calls do.
+ssize_t CopyRange(int from, off_t fromAt, int to, off_t toAt, size_t count) {
+    std::string bytes(count, '\0');
+    const ssize_t length = ::syscall(SYS_pread64, from, bytes.data(), count, fromAt);
+    return length <= 0 ? length : ::pwrite(to, bytes.data(), static_cast<size_t>(length), toAt);
+}
+
+bool IsCopiedBy(DiskRecording::Copies copies) {
+    return gRecording != nullptr && gRecording->GetCopies() == copies;
+}
+
+}  // namespace
 
 // The calls of the system under their own names: what the program and its libraries link to. A call
 // without O_CREAT brings no mode, and the system does not look at it either.
@@ -222,72 +290,114 @@ int RecordDataSync(int descriptor) __asm__("fdatasync");
 int RecordUnlink(const char* path) __asm__("unlink");
 int RecordRemove(const char* path) __asm__("remove");
 int RecordRename(const char* from, const char* to) __asm__("rename");
+int RecordMakeDirectory(const char* path, mode_t mode) __asm__("mkdir");
+char* RecordMakeTemporaryDirectory(char* pattern) __asm__("mkdtemp");
+int RecordControl(int descriptor, unsigned long request, void* argument) __asm__("ioctl");
+ssize_t RecordCopyRange(int from, off_t* fromAt, int to, off_t* toAt, size_t count,
+                        unsigned flags) __asm__("copy_file_range");
 
 int RecordOpen(const char* path, int flags, unsigned mode) {
-    const auto descriptor = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
-    Tell(descriptor >= 0, [&](DiskRecording& recording) {
-        recording.OnOpen(descriptor, path, (flags & O_TRUNC) != 0);
-    });
-    return descriptor;
+    if ((flags & O_CREAT) == 0 && gRecording == nullptr) {
+        return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+    }
+    const auto note = [&](DiskRecording& recording, long descriptor) {
+        recording.OnOpen(static_cast<int>(descriptor), path, (flags & O_TRUNC) != 0);
+    };
+    return static_cast<int>(Call(note, SYS_openat, AT_FDCWD, path, flags, mode));
 }
 int RecordOpen64(const char* path, int flags, unsigned mode) {
     return RecordOpen(path, flags, mode);
 }
 int RecordMkostemp(char* pattern, int flags) {
-    static int count = 0;
-    const std::string number = std::to_string(100000 + ++count);
-    std::copy(number.begin(), number.end(), std::string_view(pattern).length() - 6 + pattern);
+    MakeUnique(pattern);
     return RecordOpen(pattern, flags | O_RDWR | O_CREAT | O_EXCL, 0600);
 }
 int RecordMkostemp64(char* pattern, int flags) {
     return RecordMkostemp(pattern, flags);
 }
 ssize_t RecordPwrite(int descriptor, const void* bytes, size_t count, off_t at) {
-    const ssize_t written = ::syscall(SYS_pwrite64, descriptor, bytes, count, at);
-    Tell(written > 0, [&](DiskRecording& recording) {
+    const auto note = [&](DiskRecording& recording, long written) {
         recording.OnWrite(descriptor, bytes, static_cast<size_t>(written), at);
-    });
-    return written;
+    };
+    return Call(note, SYS_pwrite64, descriptor, bytes, count, at);
 }
 ssize_t RecordPwrite64(int descriptor, const void* bytes, size_t count, off_t at) {
     return RecordPwrite(descriptor, bytes, count, at);
 }
 ssize_t RecordWrite(int descriptor, const void* bytes, size_t count) {
     const off_t at = gRecording == nullptr ? 0 : ::lseek(descriptor, 0, SEEK_CUR);
-    const ssize_t written = ::syscall(SYS_write, descriptor, bytes, count);
-    Tell(written > 0, [&](DiskRecording& recording) {
+    const auto note = [&](DiskRecording& recording, long written) {
         recording.OnWrite(descriptor, bytes, static_cast<size_t>(written), at);
-    });
-    return written;
+    };
+    return Call(note, SYS_write, descriptor, bytes, count);
 }
 int RecordTruncate(int descriptor, off_t size) {
-    const auto result = static_cast<int>(::syscall(SYS_ftruncate, descriptor, size));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnTruncate(descriptor, size); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) {
+        recording.OnTruncate(descriptor, size);
+    };
+    return static_cast<int>(Call(note, SYS_ftruncate, descriptor, size));
 }
 int RecordTruncate64(int descriptor, off_t size) {
     return RecordTruncate(descriptor, size);
 }
 int RecordSync(int descriptor) {
-    const auto result = static_cast<int>(::syscall(SYS_fsync, descriptor));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnSync(descriptor); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) { recording.OnSync(descriptor); };
+    return static_cast<int>(Call(note, SYS_fsync, descriptor));
 }
 int RecordDataSync(int descriptor) {
     return RecordSync(descriptor);
 }
 int RecordUnlink(const char* path) {
-    const auto result = static_cast<int>(::syscall(SYS_unlink, path));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnUnlink(path); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) { recording.OnUnlink(path); };
+    return static_cast<int>(Call(note, SYS_unlink, path));
 }
 int RecordRemove(const char* path) {
     const int result = RecordUnlink(path);
     return result == 0 ? 0 : static_cast<int>(::syscall(SYS_rmdir, path));
 }
 int RecordRename(const char* from, const char* to) {
-    const auto result = static_cast<int>(::syscall(SYS_rename, from, to));
-    Tell(result == 0, [&](DiskRecording& recording) { recording.OnRename(from, to); });
-    return result;
+    const auto note = [&](DiskRecording& recording, long) { recording.OnRename(from, to); };
+    return static_cast<int>(Call(note, SYS_rename, from, to));
+}
+int RecordMakeDirectory(const char* path, mode_t mode) {
+    const auto note = [&](DiskRecording& recording, long) { recording.OnMakeDirectory(path); };
+    return static_cast<int>(Call(note, SYS_mkdir, path, mode));
+}
+char* RecordMakeTemporaryDirectory(char* pattern) {
+    MakeUnique(pattern);
+    return RecordMakeDirectory(pattern, 0700) == 0 ? pattern : nullptr;
+}
+// Shared blocks are made here, as few disks can: the bytes are the same, and as unsafe until a
+// sync.
+int RecordControl(int descriptor, unsigned long request, void* argument) {
+    if (request != FICLONE || gRecording == nullptr) {
+        return static_cast<int>(::syscall(SYS_ioctl, descriptor, request, argument));
+    }
+    struct stat status {};
+    const auto source = static_cast<int>(reinterpret_cast<intptr_t>(argument));
+    if (!IsCopiedBy(DiskRecording::Copies::kShared) || ::fstat(source, &status) != 0) {
+        errno = EOPNOTSUPP;
+        return -1;
+    }
+    const auto size = static_cast<size_t>(status.st_size);
+    return CopyRange(source, 0, descriptor, 0, size) == status.st_size ? 0 : -1;
+}
+ssize_t RecordCopyRange(int from, off_t* fromAt, int to, off_t* toAt, size_t count,
+                        unsigned flags) {
+    if (gRecording == nullptr) {
+        return ::syscall(SYS_copy_file_range, from, fromAt, to, toAt, count, flags);
+    }
+    if (!IsCopiedBy(DiskRecording::Copies::kByTheSystem)) {
+        errno = EXDEV;
+        return -1;
+    }
+    // In pieces, as the system may.
+    const off_t at = ::lseek(to, 0, SEEK_CUR);
+    const ssize_t copied = CopyRange(from, *fromAt, to, at, std::min<size_t>(count, 1 << 14));
+    if (copied > 0) {
+        *fromAt += copied;
+        ::lseek(to, copied, SEEK_CUR);
+    }
+    return copied;
 }
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,11 +16,20 @@
 // before it; changes of names keep their order.
 class DiskRecording {
   public:
+    // Fails a call that changes files, as on a full disk, once so many have been made: that one, or
+    // all from there on. 0 for none. Returns how many were made since the last call of this.
+    static int FailCall(int position, bool lasting);
+
     // What is in the directory so far counts as synced.
     explicit DiskRecording(const std::filesystem::path& directory);
     ~DiskRecording();
     DiskRecording(const DiskRecording&) = delete;
     DiskRecording& operator=(const DiskRecording&) = delete;
+
+    // How the disk takes the copy of a whole file: shares its blocks, copies them by itself, or
+    // leaves that to the program.
+    enum class Copies { kShared, kByTheSystem, kByTheProgram };
+    void SetCopies(Copies copies) { mCopies = copies; }
 
     // Notes that the program has told of a success.
     void Mark();
@@ -37,10 +47,22 @@ class DiskRecording {
     void OnTruncate(int descriptor, int64_t size);
     void OnSync(int descriptor);
     void OnUnlink(const std::string& path);
+    void OnMakeDirectory(const std::string& path);
+    Copies GetCopies() const { return mCopies; }
     void OnRename(const std::string& from, const std::string& to);
 
   private:
-    enum class Kind { kName, kUnlink, kRename, kWrite, kTruncate, kSync, kSyncDirectory, kMark };
+    enum class Kind {
+        kName,
+        kUnlink,
+        kRename,
+        kMakeDirectory,
+        kWrite,
+        kTruncate,
+        kSync,
+        kSyncDirectory,
+        kMark
+    };
     struct Call {
         Kind What;
         // The file that is written; names are relative to the directory.
@@ -49,7 +71,7 @@ class DiskRecording {
         std::string NewName = {};
         std::string Bytes = {};
         int64_t Offset = 0;
-        bool ChangesNames() const { return What <= Kind::kRename; }
+        bool ChangesNames() const { return What <= Kind::kMakeDirectory; }
         std::string Directory() const;
     };
     using Names = std::map<std::string, int>;
@@ -61,6 +83,9 @@ class DiskRecording {
     std::vector<Outcome> Outcomes(size_t calls, unsigned fate) const;
 
     const std::filesystem::path mDirectory;
+    Copies mCopies = Copies::kByTheProgram;
+    // Those that were there from the start, by their names.
+    std::set<std::string> mFirstDirectories = {""};
     std::vector<std::string> mFirstContents;
     Names mFirstNames;
     // As they are now.

@@ -175,6 +175,7 @@ TEST_F(StoreBackupTest, ABackupTellsWhatHasChangedSinceAndBringsItBack) {
     EXPECT_EQ(Query("SELECT count(*) FROM Cards WHERE Notes='changed'"), Strings{"1"});
     EXPECT_EQ(RestoreBackup(path, StorePath()), 0);
     EXPECT_EQ(ReadBytes(StorePath()), ReadBytes(path));
+    EXPECT_EQ(RestoreBackup(path, mDirectory.Path("none")), 0) << "where no store is any more";
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ TEST_F(StoreFilesTest, AFailedMoveLeavesWhatItWasToReplaceWhole) {
     ASSERT_TRUE(wxFileName::Mkdir(target + "-wal"));
     EXPECT_EQ(MoveStoreFile(mStore, target), EISDIR) << "what is no file is not thrown away";
     expectWhole();
-    EXPECT_EQ(DeleteStoreFile(target), EISDIR);
+    EXPECT_EQ(ReplaceByNewStore(target), EISDIR);
     expectWhole();
 }
 

@@ -179,6 +179,8 @@ int ModalAnswers::Enter(wxDialog* dialog) {
 
 OwnWindows::OwnWindows() {
     wxSetEnv("XDG_CONFIG_HOME", mSettingsDirectory.Path("config"));
+    wxSetEnv("XDG_DATA_HOME", mSettingsDirectory.Path("data"));
+    wxFileName::Mkdir(mSettingsDirectory.Path("data"));
 }
 
 OwnWindows::~OwnWindows() {

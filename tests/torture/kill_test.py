@@ -4,11 +4,13 @@ moment, the store opens, nothing that was stored is missing, and nothing is ther
 VELOMIND_KILLS says how often (20), VELOMIND_SEED with which chance.
 """
 
+import glob
 import os
 import random
 import re
 import shutil
 import sqlite3
+import subprocess
 import sys
 import tempfile
 import threading
@@ -20,6 +22,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import driver  # noqa: E402
 from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, type_text, wait_until  # noqa: E402
 
+CARDS = os.path.join(os.path.dirname(driver.BINARY), "velomind-cards")
 KILLS = int(os.environ.get("VELOMIND_KILLS", "20"))
 SEED = int(os.environ.get("VELOMIND_SEED", "1"))
 EDIT_WINDOW = "Edit - Velomind"
@@ -49,6 +52,21 @@ class Keys:
         self._thread.join()
 
 
+class CardsCommand:
+    """One run of velomind-cards."""
+
+    def __init__(self, sandbox, *arguments):
+        self.process = subprocess.Popen([CARDS, *arguments], env=sandbox.environment(),
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def wait(self):
+        return self.process.wait(60)
+
+    def kill(self):
+        self.process.kill()
+        self.process.wait()
+
+
 class KillTest(RoadTest):
     def setUp(self):
         # On a disk, whose syncs make a change last long enough to be hit.
@@ -71,13 +89,14 @@ class KillTest(RoadTest):
             if not os.path.exists(self.journal()):
                 self.confirmed.update(rows)
 
-    def rows(self):
+    def rows(self, store=None):
         """Every card by its id and every category, from a copy: the program is to settle by itself
         what the kill has left."""
+        store = store or self.sandbox.store
         copy = self.sandbox.path("copy.vlm")
-        shutil.copy(self.sandbox.store, copy)
-        if os.path.exists(self.journal()):
-            shutil.copy(self.journal(), copy + "-journal")
+        shutil.copy(store, copy)
+        if os.path.exists(store + "-journal"):
+            shutil.copy(store + "-journal", copy + "-journal")
         connection = sqlite3.connect(copy)
         try:
             connection.row_factory = sqlite3.Row
@@ -89,7 +108,29 @@ class KillTest(RoadTest):
             os.remove(copy)
         return cards, names
 
+    def backups(self):
+        return set(glob.glob(os.path.join(self.sandbox.home, ".local/share/velomind/backups/*.vlm")))
+
+    def forget_backups(self):
+        """So that the next change is the first of the day."""
+        for path in self.backups():
+            os.remove(path)
+        self.whole_backups.clear()
+
+    def check_backups(self, possible):
+        """Each new one has every card of the store as it was at one time."""
+        for path in self.backups() - self.whole_backups:
+            self.assertIn(self.rows(path)[0], possible, path)
+            self.whole_backups.add(path)
+
     # When the program ends.
+
+    def kill_soon(self, program, within):
+        """Ends it at any moment, and counts those that were still at work."""
+        time.sleep(self.chance.uniform(0, within))
+        if program.process.poll() is None:
+            self.busy += 1
+        program.kill()
 
     def kill(self, program, sql=None, within=0.6):
         """Ends the program at any moment, or just when a change is under way after it."""
@@ -141,7 +182,87 @@ class KillTest(RoadTest):
             return set()
         return check
 
+    def import_by_command(self, number):
+        """Many cards in groups, into the store, or into one that is made for them."""
+        name = f"group {number}"
+        store = self.chance.choice((self.sandbox.store, self.sandbox.path(f"new{number}.vlm")))
+        text = "Front\tBack\tCategory\n" + "".join(f"{name} {i}\tback {i}\t{name}\n" for i in range(8000))
+        program = CardsCommand(self.sandbox, "--store", store, "import",
+                               self.sandbox.write("cards.txt", text))
+        self.kill_soon(program, 1.5)
+
+        def check(old, new, names):
+            if store != self.sandbox.store:
+                self.assertEqual(old, new)
+                if not os.path.exists(store):
+                    return set()
+                old, (new, names) = {}, self.rows(store)
+            cards = sorted((card for key, card in new.items() if key not in old),
+                           key=lambda card: card["IntroductionOrder"])
+            self.assertEqual([(f"{name} {i}", f"back {i}", name) for i in range(len(cards))],
+                             [(card["Front"], card["Back"], names[card["CategoryId"]]) for card in cards])
+            self.grouped += 0 < len(cards) < 8000
+            return set()
+        return check
+
+    def back_up(self, number):
+        self.forget_backups()
+        wanted = self.sandbox.path(f"backup{number}.vlm")
+        by_name = self.chance.random() < 0.5
+        self.kill_soon(CardsCommand(self.sandbox, "backup", *[wanted] * by_name), 0.15)
+
+        def check(old, new, _names):
+            self.assertEqual(old, new)
+            if os.path.exists(wanted):
+                self.assertEqual(old, self.rows(wanted)[0])
+            return set()
+        return check
+
+    def restore(self, number):
+        backup = self.sandbox.path("restored.vlm")
+        if os.path.exists(backup):
+            os.remove(backup)
+        self.assertEqual(0, CardsCommand(self.sandbox, "backup", backup).wait())
+        then, _ = self.rows()
+        extra = self.sandbox.write("extra.txt", f"Front\tBack\nextra {number}\tback\n")
+        self.assertEqual(0, CardsCommand(self.sandbox, "import", extra).wait())
+        now, _ = self.rows()
+        self.assertEqual(len(then) + 1, len(now))
+        self.kill_soon(CardsCommand(self.sandbox, "restore", backup), 0.25)
+
+        def check(_old, new, _names):
+            self.assertIn(new, (then, now))
+            self.restored += new == then
+            self.check_backups((then, now))
+            return set()
+        return check
+
+    def repair(self, _):
+        damaged = self.sandbox.store_bytes()
+        page = self.chance.randrange(2, len(damaged) // 4096) * 4096
+        damaged = damaged[:page] + bytes(4096) + damaged[page + 4096:]
+        path = self.sandbox.write("damaged.vlm", damaged)
+        whole, new = self.sandbox.path("whole.vlm"), self.sandbox.path("repaired.vlm")
+        for old in (whole, new):
+            if os.path.exists(old):
+                os.remove(old)
+        self.assertEqual(0, CardsCommand(self.sandbox, "repair", path, whole).wait())
+        self.kill_soon(CardsCommand(self.sandbox, "repair", path, new), 1)
+
+        def check(old, after, _names):
+            self.assertEqual(old, after)
+            with open(path, "rb") as file:
+                self.assertEqual(damaged, file.read())
+            if os.path.exists(new):
+                # One whose identity is lost gets another.
+                def texts(store):
+                    return sorted((card["Front"], card["Back"]) for card in self.rows(store)[0].values())
+                self.assertEqual(texts(whole), texts(new))
+            return set()
+        return check
+
     def score_cards(self, _):
+        self.forget_backups()
         start = int(time.time())
         program = self.start(STUDY_WINDOW)
         scored = f"SELECT CardId FROM Cards WHERE LastReview >= {start} AND Introduced = 1"
@@ -169,6 +290,7 @@ class KillTest(RoadTest):
         return check
 
     def write_cards(self, number):
+        self.forget_backups()
         program = self.start()
         press("ctrl+n")
         program.wait_window(EDIT_WINDOW)
@@ -269,7 +391,8 @@ class KillTest(RoadTest):
         press("alt+t", "Up", "Return")
         # As tall as it takes for every field to be on the screen.
         run_tool("xdotool", "windowsize", "--sync", program.wait_window("Options"), "700", "900")
-        press("shift+Tab", "shift+Tab", "shift+Tab", "space", "Down", "Return", "Tab", "ctrl+a")
+        # Past the buttons and the choices about backups.
+        press(*["shift+Tab"] * 7, "space", "Down", "Return", "Tab", "ctrl+a")
         type_text(new)
         press("Return")
         # Too early, on the way, or while the settings are told of it.
@@ -296,8 +419,10 @@ class KillTest(RoadTest):
 
     def test_no_kill_loses_a_card(self):
         deeds = [self.import_cards, self.score_cards, self.paste_cards, self.rename_category,
-                 self.write_cards, self.export_cards, self.move_store]
-        self.moves = self.pasted = self.renamed = 0
+                 self.write_cards, self.export_cards, self.move_store, self.import_by_command,
+                 self.back_up, self.restore, self.repair]
+        self.moves = self.pasted = self.renamed = self.busy = self.grouped = self.restored = 0
+        self.whole_backups = set()
         self.elsewhere = tempfile.mkdtemp(prefix="velomind-", dir=driver.fast_directory())
         self.addCleanup(shutil.rmtree, self.elsewhere)
         before, self.names_before = self.rows()
@@ -310,6 +435,8 @@ class KillTest(RoadTest):
                 finally:
                     self.sandbox.kill()
                 after, names = self.rows()
+                if deed != self.restore:
+                    self.check_backups((before,))
                 changed = check(before, after, names)
                 self.assertLessEqual(self.names_before.items(), names.items())
                 for key, card in before.items():
@@ -318,7 +445,9 @@ class KillTest(RoadTest):
                 before, self.names_before = after, names
         print(f"{KILLS} kills, {self.hot} of them in the middle of a change, "
               f"{self.moves} stores moved, {self.renamed} categories renamed or merged, "
-              f"{self.pasted} cards pasted, {len(before)} cards at the end", file=sys.stderr)
+              f"{self.pasted} cards pasted, {self.busy} commands ended at work, {self.grouped} between "
+              f"two groups, {self.restored} stores restored, {len(before)} cards at the end",
+              file=sys.stderr)
 
 
 if __name__ == "__main__":
