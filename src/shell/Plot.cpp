@@ -41,7 +41,7 @@ wxString MonthText(const wxDateTime& day) {
     if (day.GetMonth() != wxDateTime::Jan) {
         return month;
     }
-    /* TRANSLATORS: a month and its year below a plot, such as "Jan 2026". */
+    // Translators: a month and its year below a plot, such as "Jan 2026".
     return wxString::Format(_("%s %i"), month, day.GetYear());
 }
 
@@ -210,8 +210,8 @@ wxString DurationText(double seconds) {
 
 wxString DayText(const wxDateTime& day) {
     const wxString month = wxDateTime::GetMonthName(day.GetMonth(), wxDateTime::Name_Abbr);
-    /* TRANSLATORS: a day and the short name of its month, such as "12 May". "%2$s %1$i" turns the
-       order round. */
+    // Translators: a day and the short name of its month, such as "12 May". "%2$s %1$i" turns the
+    // order round.
     return wxString::Format(_("%i %s"), day.GetDay(), month);
 }
 

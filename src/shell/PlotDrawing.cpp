@@ -428,8 +428,11 @@ void PlotPainter::DrawPoints(const PlotSeries& series) {
         }
         const double above = std::min(top, y - radius) - line / 2 - 1;
         const bool fits = above - line / 2 >= mArea.m_y - line;
-        Write(point.Note, x, fits ? above : std::max(y + radius, AtY(point.Low)) + line / 2,
-              PlotAnchor::Middle, PlotText::Small, mLook.Text());
+        const double middle = fits ? above : std::max(y + radius, AtY(point.Low)) + line / 2;
+        // A dashed line may run behind the note.
+        mCanvas.Fill({x - width / 2, middle - line / 2, width, line},
+                     WithAlpha(mLook.Background(), 200));
+        Write(point.Note, x, middle, PlotAnchor::Middle, PlotText::Small, mLook.Text());
         free = x + width / 2 + kGap;
     }
 }

@@ -39,7 +39,7 @@ wxString DateText(int32_t day) {
 wxString RangeText(const TimeRange& range) {
     const wxString to = DurationText(static_cast<double>(range.To));
     if (range.From == 0) {
-        /* TRANSLATORS: a length of time, such as "less than 1 min". */
+        // Translators: a length of time, such as "less than 1 min".
         return wxString::Format(_("less than %s"), to);
     }
     const wxString from = DurationText(static_cast<double>(range.From));
@@ -71,8 +71,8 @@ Plot NewPlot(StatisticsPage page) {
 
 wxString NoReviewsText(const ReviewFigures& figures) {
     return figures.Log.Reviews == 0
-               ? _("No reviews yet: every score that you give from now on is noted, and this "
-                   "picture grows with it.")
+               ? _("No reviews yet: every score that you give from now on is noted, and the "
+                   "pictures grow with them.")
                : _("No reviews here in this time. Choose a longer time or another category.");
 }
 
@@ -347,7 +347,7 @@ Plot MakeIntervals(const ReviewFigures& figures) {
     Plot plot = NewPlot(StatisticsPage::Intervals);
     const ScheduleFigures& schedules = figures.Schedules;
     PlotSeries young;
-    /* TRANSLATORS: cards with a short interval, in the legend of a plot. */
+    // Translators: cards with a short interval, in the legend of a plot.
     young.Name = _("young (below 3 weeks)");
     young.Hue = PlotHue::Sky;
     PlotSeries old;
@@ -427,7 +427,7 @@ Plot MakeCategories(const ReviewFigures& figures) {
         PlotPoint point;
         if (retention.Reviews > 0) {
             point = SharePoint(retention);
-            /* TRANSLATORS: a share and the number of reviews behind it: "91 % of 120". */
+            // Translators: a share and the number of reviews behind it: "91 % of 120".
             point.Note =
                 wxString::Format(_("%s of %i"), ShareText(retention.Share()), retention.Reviews);
         } else {
@@ -461,7 +461,7 @@ Plot MakeHardest(const ReviewFigures& figures) {
     for (const HardCard& card : figures.Hardest) {
         PlotPoint point;
         point.Y = card.Lapses;
-        /* TRANSLATORS: how often a card was forgotten, and its reviews: "3 times of 12". */
+        // Translators: how often a card was forgotten, and its reviews: "3 times of 12".
         point.Note = wxString::Format(
             wxPLURAL("%i time of %i", "%i times of %i", static_cast<unsigned>(card.Lapses)),
             card.Lapses, card.Reviews);
@@ -541,7 +541,7 @@ std::array<StatisticsAnswer, kAnswerCount> MakeAnswers(const ReviewFigures& figu
              {CountText(figures.Due.PerDay[1]), _("due tomorrow")},
              {CountText(today), _("reviewed today")},
              {figures.Due.UsualDay == 0 ? unknown : CountText(figures.Due.UsualDay),
-              _("reviews on a usual day")},
+              _("on a usual day")},
              {all.Reviews == 0 ? unknown : ShareText(all.Share()), _("remembered")}}};
 }
 
