@@ -240,16 +240,12 @@ void VelomindApp::DisableMissingCommands() {
 
 wxFrame* VelomindApp::MakeListWindow() {
     auto* const frame = new BrowseFrame(*this);
-    const auto ask = [this, frame] {
-        frame->SetDatabase(nullptr);
-        frame->SetDatabase(mpDatabase.get());
-    };
     // At the start the user may still choose another store. Later, other windows show its cards,
     // and a failure is as fatal as any other.
     if (IsAnyWindowShown()) {
-        ask();
+        frame->SetDatabase(mpDatabase.get());
     } else {
-        AskBeforeWindows(*mpDatabase, ask);
+        AskBeforeWindows(*mpDatabase, [this, frame] { frame->ShowAtStart(*mpDatabase); });
     }
     return frame;
 }

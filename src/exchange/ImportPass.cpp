@@ -296,6 +296,7 @@ int ImportCards(const ImportInput& input, Database& database, ImportResult& resu
     }
     options.ValidateOnly = false;
     options.TouchedCategories = touchedCategories;
+    const StoreChangeGroup changes(database);
     return ImportPass(input, database, result, options);
 }
 

@@ -29,6 +29,7 @@
 #include "store/UndoHistory.h"
 #include "storefile/CategoryList.h"
 #include "storefile/CurrentCategory.h"
+#include "storefile/StoreFile.h"
 
 namespace {
 
@@ -140,10 +141,41 @@ BrowseFrame::~BrowseFrame() {
 }
 
 void BrowseFrame::SetDatabase(Database* database) {
+    Attach(database, CardList::Extent::kAll);
+}
+
+void BrowseFrame::ShowAtStart(Database& database) {
+    Attach(nullptr, CardList::Extent::kAll);
+    Attach(&database, CardList::Extent::kFirstPage);
+    mpCardList->CallWhenDrawn([this] { ReadRest(); });
+}
+
+void BrowseFrame::ReadRest() {
+    Database* const database = mpDatabase;
+    if (database == nullptr || TryQuietly(*database, [this] { ReadAll(); })) {
+        return;
+    }
+    Hide();
+    AskBeforeWindows(*database, [this, database] {
+        SetDatabase(nullptr);
+        SetDatabase(database);
+    });
+    Show();
+}
+
+void BrowseFrame::ReadAll() {
+    if (mpCardList->HasFirstPageOnly()) {
+        mpCardList->ReadAll();
+    }
+    mpCategoryList->SetDatabase(mpDatabase);
+}
+
+void BrowseFrame::Attach(Database* database, CardList::Extent extent) {
     mpDatabase = database;
     mpCardList->SetShowCategory(true);
-    mpCardList->SetDatabase(database);
-    mpCategoryList->SetDatabase(database);
+    mpCardList->SetDatabase(database, extent);
+    // The drop-down counts the ready cards of each category, which no one sees before it opens.
+    mpCategoryList->SetDatabase(extent == CardList::Extent::kAll ? database : nullptr);
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
         ShowCategory();
@@ -353,10 +385,11 @@ void BrowseFrame::ShowCategory() {
 void BrowseFrame::ShowReadyCount() {
     const int32_t category = mServices.GetCurrentCategoryId(*mpDatabase);
     const wxDateTime now = mServices.GetClock().Now();
+    const bool isReverse = mServices.IsReverseStudy();
+    mReadyShown = {now, isReverse};
     int32_t ready = 0;
-    const int result = mServices.IsReverseStudy()
-                           ? mpDatabase->SelectReadyCountReverse(category, now, ready)
-                           : mpDatabase->SelectReadyCountForward(category, now, ready);
+    const int result = isReverse ? mpDatabase->SelectReadyCountReverse(category, now, ready)
+                                 : mpDatabase->SelectReadyCountForward(category, now, ready);
     const bool isKnown = result >= 0 && ready > 0;
     mpStudyButton->SetLabel(isKnown ? wxString::Format(_("Study (%i)"), ready) : _("Study"));
     mpStudyButton->SetToolTip(wxString::Format(
@@ -407,8 +440,11 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
     if (event.GetActive()) {
         mServices.FrameActivated(*this);
         if (mpDatabase != nullptr) {
-            // Time has passed, and the direction of study may be another.
-            ShowReadyCount();
+            // Time may have passed, and the direction of study may be another. A start has just
+            // counted.
+            if (mReadyShown != std::pair(mServices.GetClock().Now(), mServices.IsReverseStudy())) {
+                ShowReadyCount();
+            }
             mpCardList->FollowDirection();
         }
         // The drop-down, which may have had the focus, is closed while another window is active.

@@ -4,8 +4,10 @@
 #include <wx/string.h>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
+#include "list/CardList.h"
 #include "store/Subject.h"
 
 class AppServices;
@@ -41,6 +43,10 @@ class BrowseFrame : public wxFrame, private Observer {
 
     // Shows that store, which is not owned; null shows none.
     void SetDatabase(Database* database);
+    // The same for the window that a start shows: reads what is on the screen at once, and the rest
+    // when that has been drawn. When the rest cannot be read, the user may choose another store, as
+    // before the window was shown.
+    void ShowAtStart(Database& database);
 
     // Brings the window to the front with the search field ready for a text. Does nothing while the
     // window is hidden.
@@ -54,6 +60,9 @@ class BrowseFrame : public wxFrame, private Observer {
         std::function<bool()> IsEnabled;
     };
 
+    void Attach(Database* database, CardList::Extent extent);
+    void ReadRest();
+    void ReadAll();
     void Update(Subject* subject) override;
     void BuildControls();
     void BuildDropDown();
@@ -95,6 +104,8 @@ class BrowseFrame : public wxFrame, private Observer {
     SearchField* mpSearchCtrl = nullptr;
     wxDropDownButton* mpButton = nullptr;
     wxButton* mpStudyButton = nullptr;
+    // The time and the direction (true in reverse) for which the study button tells ready cards.
+    std::pair<wxDateTime, bool> mReadyShown;
     // Opens the menu of the search field.
     wxDropDownButton* mpSearchMenuButton = nullptr;
     Database* mpDatabase = nullptr;

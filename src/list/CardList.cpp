@@ -27,6 +27,10 @@
 namespace {
 
 constexpr int kNoCard = -1;
+// A store with more cards takes long enough to be shown in two steps.
+constexpr int32_t kManyCards = 20000;
+// More than any screen has rows.
+constexpr int kFirstPage = 1000;
 
 std::vector<int64_t> RowIdsOf(const std::vector<int64_t>& all, const std::vector<long>& rows) {
     std::vector<int64_t> rowIds;
@@ -72,7 +76,7 @@ CardList::~CardList() {
     }
 }
 
-void CardList::SetDatabase(Database* database) {
+void CardList::SetDatabase(Database* database, Extent extent) {
     if (database == mpDatabase) {
         return;
     }
@@ -81,7 +85,21 @@ void CardList::SetDatabase(Database* database) {
     if (database != nullptr) {
         mCategoryId = mServices.GetCurrentCategoryId(*database);
     }
-    RefreshRows();
+    RefreshRows(extent);
+}
+
+void CardList::CallWhenDrawn(std::function<void()> callback) {
+    // A start that has to choose another store asks for each of them.
+    if (mWhenDrawn == nullptr) {
+        GetRowsWindow(*mpListCtrl).Bind(wxEVT_PAINT, &CardList::OnRowsPaint, this);
+    }
+    mWhenDrawn = std::move(callback);
+}
+
+void CardList::OnRowsPaint(wxPaintEvent& event) {
+    event.Skip();
+    GetRowsWindow(*mpListCtrl).Unbind(wxEVT_PAINT, &CardList::OnRowsPaint, this);
+    CallAfter(std::exchange(mWhenDrawn, nullptr));
 }
 
 void CardList::SetShowCategory(bool show) {
@@ -149,7 +167,8 @@ void CardList::Update(Subject* subject) {
     }
 }
 
-void CardList::RefreshRows() {
+void CardList::RefreshRows(Extent extent) {
+    mHasFirstPageOnly = false;
     mRowCache.Clear();
     mCategoryNames.clear();
     mpListCtrl->SetAdvice(mSearch.empty() ? _("Ctrl+N writes a card, Ctrl+I imports a list.")
@@ -170,8 +189,7 @@ void CardList::RefreshRows() {
     }
     const std::vector<int64_t> former = std::move(mRowIds);
     mRowIds.clear();
-    mRowIds.reserve(static_cast<size_t>(mStoreCount));
-    SelectRowIds();
+    SelectRowIds(extent);
     // When the rows are the same, so are their selection and focus.
     if (mRowIds != former) {
         ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
@@ -191,7 +209,7 @@ void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long foc
     RestoreFocus(focused, focusedRow);
 }
 
-void CardList::SelectRowIds() {
+void CardList::SelectRowIds(Extent extent) {
     const ListColumnTraits& traits = TraitsOf(mSortColumn);
     const CardColumn order = mIsReverse ? traits.ReverseOrder : traits.Order;
     if (!mSearch.empty()) {
@@ -202,11 +220,24 @@ void CardList::SelectRowIds() {
             mpDatabase->SearchRowIdsOrder(mSearch, order, mRowIds);
         }
     } else if (mShowCategory) {
-        const int result = mpDatabase->CardSelectRowIdsOrder(mCategoryId, order, mRowIds);
-        if (result < 0) {
-            wxLogError(_("Database::CardSelectRowIdsOrder returned %i"), result);
-            mRowIds.clear();
-        }
+        SelectRowIdsOfCategory(order, extent);
+    }
+}
+
+void CardList::SelectRowIdsOfCategory(CardColumn order, Extent extent) {
+    mHasFirstPageOnly = extent == Extent::kFirstPage && mStoreCount > kManyCards &&
+                        order == CardColumn::kIntroductionOrder;
+    int result = 0;
+    if (mHasFirstPageOnly) {
+        result = mpDatabase->CardSelectFirstRowIds(mCategoryId, kFirstPage, mRowIds);
+        mHasFirstPageOnly = mRowIds.size() == kFirstPage;
+    } else {
+        mRowIds.reserve(static_cast<size_t>(mStoreCount));
+        result = mpDatabase->CardSelectRowIdsOrder(mCategoryId, order, mRowIds);
+    }
+    if (result < 0) {
+        wxLogError(_("Database::CardSelectRowIdsOrder returned %i"), result);
+        mRowIds.clear();
     }
 }
 

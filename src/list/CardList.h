@@ -3,6 +3,7 @@
 #include <wx/panel.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -27,8 +28,17 @@ class CardList : public wxPanel, private Observer {
     CardList(AppServices& services, wxWindow* parent, const wxSize& size);
     ~CardList() override;
 
+    // How much of a store a list reads when it is given one. With the first page alone, a large
+    // store is on the screen as fast as a small one; ReadAll has to follow.
+    enum class Extent { kAll, kFirstPage };
+
     // Shows that store, which is not owned; null shows nothing.
-    void SetDatabase(Database* database);
+    void SetDatabase(Database* database, Extent extent = Extent::kAll);
+    // Tells whether cards are missing that ReadAll brings.
+    bool HasFirstPageOnly() const { return mHasFirstPageOnly; }
+    void ReadAll() { RefreshRows(); }
+    // Calls back once, from the event loop, when the rows have been drawn for the next time.
+    void CallWhenDrawn(std::function<void()> callback);
     // True takes the rows from the current category, false from searches in the whole store.
     void SetShowCategory(bool show);
     // True lets a search find cards of all categories. Without a search it changes nothing.
@@ -73,8 +83,9 @@ class CardList : public wxPanel, private Observer {
   private:
     void Update(Subject* subject) override;
 
-    void RefreshRows();
-    void SelectRowIds();
+    void RefreshRows(Extent extent = Extent::kAll);
+    void SelectRowIds(Extent extent);
+    void SelectRowIdsOfCategory(CardColumn order, Extent extent);
     bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
     // Shows the columns that the user has chosen, as far as they mean something for these rows.
     void ArrangeColumns();
@@ -105,6 +116,7 @@ class CardList : public wxPanel, private Observer {
     void ShowColumnMenu(const wxPoint& place);
     void AutoSizeAllColumns();
     void OnContextMenu(wxContextMenuEvent& event);
+    void OnRowsPaint(wxPaintEvent& event);
 
     AppServices& mServices;
     CardListCtrl* mpListCtrl = nullptr;
@@ -124,6 +136,8 @@ class CardList : public wxPanel, private Observer {
     CardRowCache mRowCache;
     // The store's row id of each list row, in the order on the screen.
     std::vector<int64_t> mRowIds;
+    bool mHasFirstPageOnly = false;
+    std::function<void()> mWhenDrawn;
     int32_t mStoreCount = 0;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;

@@ -73,10 +73,10 @@ class UpgradeWait {
     virtual void WaitFor(wxThread& worker) = 0;
 };
 
-// Gives a connection functions LOWER and LIKE of exactly the meaning of the engine's own,
-// ill-formed texts and limits included, that work on UTF-16, as the store has its texts. Returns
-// the engine's result.
-int RegisterSearchFunctions(sqlite3* handle);
+// Gives a connection the function CONTAINS(pattern, text, ...), which is 1 where the engine's
+// LOWER(text) LIKE pattern is 1 for one of the texts, ill-formed texts and limits included, and
+// else 0. It works on UTF-16, as the store has its texts. Returns the engine's result.
+int RegisterSearchFunction(sqlite3* handle);
 
 // The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
 // fails without touching anything. All operations return 0 or more on success and a negative value
@@ -202,6 +202,9 @@ class Database : public Subject {
     // one longer than the engine's limit (50,000 bytes) finds nothing.
     int CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds);
     int CardSelectRowIdsOrder(int32_t categoryId, CardOrder order, std::vector<int64_t>& rowIds);
+    // The first ones by introduction order, at most that many, which takes the same time in every
+    // store.
+    int CardSelectFirstRowIds(int32_t categoryId, int most, std::vector<int64_t>& rowIds);
     int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
@@ -328,6 +331,7 @@ class Database : public Subject {
     template <typename... Values>
     int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
                       const std::function<int(int64_t)>& single, const Values&... values);
+    int ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);

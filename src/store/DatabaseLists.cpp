@@ -10,9 +10,8 @@
 
 namespace {
 
-constexpr char kSearchColumns[] =
-    "LOWER(Front) LIKE ? OR LOWER(Back) LIKE ? OR LOWER(Author) LIKE ? OR LOWER(Chapter) LIKE ?"
-    " OR LOWER(Notes) LIKE ?";
+// True where LOWER(text) LIKE ? is true for one of the five.
+constexpr char kSearchColumns[] = "CONTAINS(?,Front,Back,Author,Chapter,Notes)";
 
 struct OrderText {
     CardColumn Column;
@@ -70,6 +69,19 @@ int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
     const Lock lock(mMutex);
     StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order),
                      categoryId);
+    return ReadFirstCardsOf(run, rowIds);
+}
+
+int Database::CardSelectFirstRowIds(int32_t categoryId, int most, std::vector<int64_t>& rowIds) {
+    const Lock lock(mMutex);
+    StatementRun run(*this,
+                     GetStatement("SELECT ROWID from Cards WHERE CategoryId = ?"
+                                  " ORDER BY IntroductionOrder LIMIT ?;"),
+                     categoryId, most);
+    return ReadFirstCardsOf(run, rowIds);
+}
+
+int Database::ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds) {
     if (ReadInt64Rows(run, rowIds) < 0) {
         return -1;
     }
@@ -102,7 +114,7 @@ int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOr
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     const wxString selection =
-        wxString("SELECT ROWID FROM Cards WHERE CategoryId=? AND ( ") + kSearchColumns + " )";
+        wxString("SELECT ROWID FROM Cards WHERE CategoryId=? AND ") + kSearchColumns;
     StatementRun run(*this, OrderedStatement(selection, order), categoryId);
     return ReadSearch(run, text, rowIds);
 }
@@ -112,6 +124,6 @@ int Database::ReadSearch(StatementRun& run, const wxString& text, std::vector<in
     if (IsOpen() && IsPatternTooLong(pattern)) {
         return 0;
     }
-    run.Bind(pattern, pattern, pattern, pattern, pattern);
+    run.Bind(pattern);
     return ReadInt64Rows(run, rowIds);
 }

@@ -264,7 +264,7 @@ void Database::OpenDirectory() {
 
 int Database::OpenHandle(const wxString& file) {
     const int result = sqlite3_open16(ToUtf16(file).c_str(), &mpHandle);
-    if (result != SQLITE_OK || RegisterSearchFunctions(mpHandle) != SQLITE_OK) {
+    if (result != SQLITE_OK || RegisterSearchFunction(mpHandle) != SQLITE_OK) {
         KeepError();
         return -1;
     }

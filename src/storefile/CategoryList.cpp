@@ -124,11 +124,9 @@ void CategoryList::RefreshRows() {
 }
 
 int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, wxString& text) {
-    int32_t cards = 0;
     int32_t forward = 0;
     int32_t reverse = 0;
-    if (mpDatabase->SelectCategoryIdCount(category.Id, cards) < 0 ||
-        mpDatabase->SelectReadyCountForward(category.Id, now, forward) < 0 ||
+    if (mpDatabase->SelectReadyCountForward(category.Id, now, forward) < 0 ||
         mpDatabase->SelectReadyCountReverse(category.Id, now, reverse) < 0) {
         return -1;
     }

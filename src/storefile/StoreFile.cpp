@@ -75,12 +75,6 @@ bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
     return true;
 }
 
-// The recovery dialog alone tells of a failure, so the log stays silent.
-bool TryQuietly(Database& database, const std::function<void()>& ask) {
-    const wxLogNull silence;
-    return database.Try(ask);
-}
-
 }  // namespace
 
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
@@ -108,6 +102,11 @@ void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, b
     if (!TryOpenStoreFile(parent, database, path, mustExist)) {
         EndProcess(kExitFromRecovery);
     }
+}
+
+bool TryQuietly(Database& database, const std::function<void()>& ask) {
+    const wxLogNull silence;
+    return database.Try(ask);
 }
 
 void AskBeforeWindows(Database& database, const std::function<void()>& ask) {

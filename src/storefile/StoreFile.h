@@ -34,6 +34,10 @@ void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, b
 // The same, but returns false, with the Database closed, when the user gives up.
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
 
+// Runs questions to the open store as Database::Try does, and keeps the log silent: true when the
+// store answered all. Whoever asks tells the user of a failure.
+bool TryQuietly(Database& database, const std::function<void()>& ask);
+
 // Runs the questions that a window asks of the open store before it is shown. While the store fails
 // at one of them, the user chooses another store, which is asked the same; ends the program when
 // they give up.

@@ -121,3 +121,23 @@ TEST_F(BrowseFrameTest, TheDropDownOpensAtItsButtonAndClosesWhenTheUserTurnsAway
     Categories().Rename();
     EXPECT_TRUE(WaitFor([this] { return mpFrame->IsActive() && IsFocusIn(Categories()); }));
 }
+
+TEST_F(BrowseFrameTest, AStartShowsTheFirstPageAndThenTheRest) {
+    constexpr int kCards = 20001;
+    std::vector<FlashCard> cards;
+    for (int number = 0; number < kCards; ++number) {
+        cards.push_back(MakeCard(wxString::Format("front %i", number), "x"));
+        cards.back().IntroductionOrder = number;
+    }
+    size_t inserted = 0;
+    ASSERT_EQ(mDatabase.InsertFlashCards(cards, inserted), 0);
+    auto* const frame = new BrowseFrame(mServices);
+    mpFrame = frame;
+    frame->ShowAtStart(mDatabase);
+    EXPECT_EQ(Cards().GetItemCount(), 1000);
+    EXPECT_EQ(Rows(), Texts());
+    frame->Show();
+    EXPECT_TRUE(WaitFor([this] { return Cards().GetItemCount() == kCards; }));
+    EXPECT_EQ(Cards().OnGetItemText(kCards - 1, 1), "front 20000");
+    EXPECT_EQ(Rows(), Texts{"Default"});
+}

@@ -32,7 +32,8 @@ ALLOWED = {
                          "repair DAMAGED NEW"},
     "CardsOutput.cpp": {"Front", "Back", "Category"},
     # Names and values of settings.
-    "Settings.h": {"Backups", "Font", "Test"},
+    "SettingsFile.h": {"Backups"},
+    "Settings.h": {"Font", "Test"},
     "Settings.cpp": {"R%03iG%03iB%03i", "Category", "Position", "Size", "Test", "Dummy", "XDG_CONFIG_HOME"},
     "PreferencesDialog.cpp": {"Font"},
     # What the platform tells of.

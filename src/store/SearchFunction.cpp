@@ -1,20 +1,17 @@
-// The functions LOWER and LIKE of a search, on UTF-16.
+// The function of the list's search, on UTF-16.
 //
-// A search for "Hund" asks each text of each card:
-//
-//     LOWER(Front) LIKE '%hund%'
-//
-// The engine's own functions work on UTF-8, while the store has its texts in UTF-16: each text
-// would be turned into the other form and back, five times a card, which is most of a search's
-// time. These two read the texts as they are stored. They have to give what the engine's give, or a
-// search would find other cards than before: only the letters A to Z have a lower case, "%" stands
-// for any text and "_" for one character, and a text that is not well-formed is seen as the engine
-// sees it after its own conversion. The tests compare both on random texts.
+// A search for "Hund" asks each card whether one of its texts has that, which the engine would say
+// by LOWER(Front) LIKE '%hund%' OR LOWER(Back) LIKE '%hund%' and so on. Its functions work on
+// UTF-8, while the store has its texts in UTF-16: each text would be turned into the other form and
+// back, five times a card, which is most of a search's time. CONTAINS('%hund%', Front, Back, ...)
+// reads all texts of a card in one call, as they are stored. It has to give what the engine gives,
+// or a search would find other cards: only the letters A to Z have a lower case, "%" stands for any
+// text and "_" for one character, and a text that is not well-formed is seen as the engine sees it
+// after its own conversion. The tests compare both on random texts.
 
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -50,8 +47,6 @@ struct Units {
     const void* Data;
     size_t Count;
 };
-
-constexpr uint16_t kByteOrderMark = 0xFEFF;
 
 bool IsNativeText(sqlite3_value* value) {
 #if SQLITE_VERSION_NUMBER >= 3040000
@@ -202,92 +197,24 @@ bool IsTooComplex(sqlite3_context* context, const Units& pattern) {
     return pattern.Count * kMostBytesOfUnit > limit && CountUtf8Bytes(Characters(pattern)) > limit;
 }
 
-void Like(sqlite3_context* context, int, sqlite3_value** arguments) {
-    static const bool refusesBlobs = sqlite3_compileoption_used("LIKE_DOESNT_MATCH_BLOBS") != 0;
-    if (refusesBlobs && (sqlite3_value_type(arguments[0]) == SQLITE_BLOB ||
-                         sqlite3_value_type(arguments[1]) == SQLITE_BLOB)) {
-        sqlite3_result_int(context, 0);
-        return;
-    }
+void Contains(sqlite3_context* context, int count, sqlite3_value** arguments) {
     const Units pattern = GetUnits(arguments[0]);
     if (IsTooComplex(context, pattern)) {
         sqlite3_result_error(context, "LIKE or GLOB pattern too complex", -1);
         return;
     }
-    const Units text = GetUnits(arguments[1]);
-    if (pattern.Data != nullptr && text.Data != nullptr) {
-        const Match match = Compare(Characters(pattern), Characters(text));
-        sqlite3_result_int(context, match == Match::kYes ? 1 : 0);
-    }
-}
-
-// Both write the text to a place with room for one unit more, which is enough, as no character
-// becomes longer. They give the number of units.
-size_t WriteLower(Characters text, uint16_t* lower) {
-    size_t units = 0;
-    while (text.HasMore()) {
-        const uint32_t character = ToLower(text.Next());
-        if (units == 0 && character == kByteOrderMark) {
-            // The engine takes one off a result.
-            lower[units++] = kByteOrderMark;
-        }
-        if (character < 0x10000) {
-            lower[units++] = static_cast<uint16_t>(character);
-        } else {
-            lower[units++] = static_cast<uint16_t>(0xD7C0 + (character >> 10));
-            lower[units++] = static_cast<uint16_t>(0xDC00 + (character & 0x3FF));
-        }
-    }
-    return units;
-}
-
-// In plain loops, which the compiler turns into ones of many units a step.
-size_t WriteLower(const Units& text, uint16_t* lower) {
-    std::memcpy(lower, text.Data, 2 * text.Count);
-    uint16_t greatest = 0;
-    for (size_t i = 0; i < text.Count; ++i) {
-        greatest = std::max(greatest, lower[i]);
-    }
-    if (greatest >= 0xD800) {
-        return WriteLower(Characters(text), lower);
-    }
-    for (size_t i = 0; i < text.Count; ++i) {
-        lower[i] = static_cast<uint16_t>(ToLower(lower[i]));
-    }
-    return text.Count;
-}
-
-void Lower(sqlite3_context* context, int, sqlite3_value** arguments) {
-    const Units text = GetUnits(arguments[0]);
-    if (text.Data == nullptr) {
-        return;
-    }
-    // The engine keeps one place for the results of all rows; allocating each would cost more than
-    // the rest.
-    constexpr size_t kShort = 256;
-    if (text.Count < kShort) {
-        std::array<uint16_t, kShort> lower;
-        const size_t written = WriteLower(text, lower.data());
-        sqlite3_result_text16(context, lower.data(), static_cast<int>(2 * written),
-                              SQLITE_TRANSIENT);
-        return;
-    }
-    auto* const lower = static_cast<uint16_t*>(sqlite3_malloc64(2 * text.Count + 2));
-    if (lower == nullptr) {
-        sqlite3_result_error_nomem(context);
-        return;
-    }
-    const size_t written = WriteLower(text, lower);
-    sqlite3_result_text16(context, lower, static_cast<int>(2 * written), sqlite3_free);
+    const auto matches = [&](sqlite3_value* value) {
+        const Units text = GetUnits(value);
+        return pattern.Data != nullptr && text.Data != nullptr &&
+               Compare(Characters(pattern), Characters(text)) == Match::kYes;
+    };
+    sqlite3_result_int(context, std::any_of(arguments + 1, arguments + count, matches) ? 1 : 0);
 }
 
 }  // namespace
 
-int RegisterSearchFunctions(sqlite3* handle) {
+int RegisterSearchFunction(sqlite3* handle) {
     constexpr int kFlags = SQLITE_UTF16 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
-    const int result =
-        sqlite3_create_function(handle, "LOWER", 1, kFlags, nullptr, Lower, nullptr, nullptr);
-    return result != SQLITE_OK ? result
-                               : sqlite3_create_function(handle, "LIKE", 2, kFlags, nullptr, Like,
-                                                         nullptr, nullptr);
+    return sqlite3_create_function(handle, "CONTAINS", -1, kFlags, nullptr, Contains, nullptr,
+                                   nullptr);
 }
