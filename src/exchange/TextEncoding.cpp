@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Text.h"
 #include "base/Unicode.h"
 #include "exchange/TextSource.h"
 
@@ -111,22 +112,23 @@ wxString AskDetector(std::string_view bytes) {
 }
 
 // The detector's names that differ from those of the list, and those that a wider set replaces.
-wxFontEncoding EncodingOfName(const wxString& name) {
+wxFontEncoding EncodingOfName(const wxString& charset) {
+    const wxString name = LowerWide(charset);
     static const struct {
         const char* Name;
         wxFontEncoding Code;
-    } names[] = {{"SHIFT_JIS", wxFONTENCODING_SHIFT_JIS}, {"CP932", wxFONTENCODING_SHIFT_JIS},
-                 {"GB18030", wxFONTENCODING_CP936},       {"HZ-GB-2312", wxFONTENCODING_CP936},
-                 {"UHC", wxFONTENCODING_EUC_KR},          {"CP949", wxFONTENCODING_EUC_KR},
-                 {"TIS-620", wxFONTENCODING_CP874},       {"ISO-8859-11", wxFONTENCODING_CP874},
-                 {"MAC-CYRILLIC", wxFONTENCODING_CP1251}};
+    } names[] = {{"shift_jis", wxFONTENCODING_SHIFT_JIS}, {"cp932", wxFONTENCODING_SHIFT_JIS},
+                 {"gb18030", wxFONTENCODING_CP936},       {"hz-gb-2312", wxFONTENCODING_CP936},
+                 {"uhc", wxFONTENCODING_EUC_KR},          {"cp949", wxFONTENCODING_EUC_KR},
+                 {"tis-620", wxFONTENCODING_CP874},       {"iso-8859-11", wxFONTENCODING_CP874},
+                 {"mac-cyrillic", wxFONTENCODING_CP1251}};
     for (const auto& row : names) {
-        if (name.IsSameAs(row.Name, false)) {
+        if (name == row.Name) {
             return row.Code;
         }
     }
     for (const TextEncoding& known : GetTextEncodings()) {
-        if (name.IsSameAs(known.Charset, false)) {
+        if (name == LowerWide(known.Charset)) {
             return known.Code;
         }
     }
