@@ -3,7 +3,6 @@
 #include <wx/intl.h>
 
 #include <algorithm>
-#include <deque>
 #include <map>
 #include <set>
 #include <string>
@@ -101,14 +100,13 @@ class AnkiDeck : public Deck {
     bool Open(const wxString& path);
 
     std::vector<DeckNoteType> GetNoteTypes() const override;
-    bool ReadCard(DeckCard& card) override;
     float GetProgress() const override {
         const size_t count = mCollection.CountNotes();
         return count == 0 ? 1.0f : static_cast<float>(mNext) / static_cast<float>(count);
     }
 
   private:
-    bool ReadNote();
+    bool ReadNote() override;
     void MakeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
                    std::vector<AnkiCard> cards, const std::string& id, const wxString& tags);
     void MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size_t which,
@@ -126,7 +124,6 @@ class AnkiDeck : public Deck {
     void TakeSchedule(const AnkiCard& row, const CardUuid& id, CardSchedule& schedule,
                       bool& excluded);
     const wxString& CategoryOf(const AnkiCard& row);
-    void Push(DeckCard&& card);
 
     DeckOptions mOptions;
     AnkiCollection mCollection;
@@ -135,7 +132,6 @@ class AnkiDeck : public Deck {
     // The categories of decks that were asked for.
     std::map<int64_t, wxString> mCategories;
     size_t mNext = 0;
-    std::deque<DeckCard> mReady;
 };
 
 bool AnkiDeck::Open(const wxString& path) {
@@ -181,21 +177,10 @@ std::vector<DeckNoteType> AnkiDeck::GetNoteTypes() const {
     return types;
 }
 
-bool AnkiDeck::ReadCard(DeckCard& card) {
-    while (mReady.empty()) {
-        if (mNext == mCollection.CountNotes() || !mFailure.empty()) {
-            return false;
-        }
-        if (!ReadNote()) {
-            return false;
-        }
-    }
-    card = std::move(mReady.front());
-    mReady.pop_front();
-    return true;
-}
-
 bool AnkiDeck::ReadNote() {
+    if (mNext == mCollection.CountNotes() || !mFailure.empty()) {
+        return false;
+    }
     AnkiNote row;
     std::vector<AnkiCard> cards;
     if (!mCollection.ReadNote(mNext++, row, cards)) {
@@ -422,16 +407,6 @@ const wxString& AnkiDeck::CategoryOf(const AnkiCard& row) {
     const size_t level = mOptions.WholeDeckNames ? wxString::npos : name.rfind(L"::");
     const wxString last = level == wxString::npos ? name : TrimWide(name.Mid(level + 2));
     return mCategories[row.Deck] = last.empty() ? wxString(_("Default")) : OneLine(last);
-}
-
-void AnkiDeck::Push(DeckCard&& card) {
-    GuardSide(card.Card.Front);
-    GuardSide(card.Card.Back);
-    if (card.Card.Front.empty() || card.Card.Back.empty()) {
-        Count(DeckLoss::kEmptySides);
-        return;
-    }
-    mReady.push_back(std::move(card));
 }
 
 }  // namespace

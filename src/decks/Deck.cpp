@@ -110,6 +110,13 @@ void DeckReader::AddSchedule(const ScheduleNames& names, const CardSchedule& sch
 
 namespace {
 
+// The second text is not mistaken for a part of the first: a line that begins like one is indented.
+void GuardSide(wxString& side) {
+    if (side.find(L"\n\u3010") != wxString::npos) {
+        side.Replace(L"\n\u3010", L"\n \u3010");
+    }
+}
+
 // Returns the search for the category of a stored card.
 std::function<bool(const CardUuid&, wxString&)> StoredCategoryFinder(Database& database) {
     return [&database](const CardUuid& id, wxString& name) {
@@ -128,6 +135,27 @@ std::function<bool(const CardUuid&, wxString&)> StoredCategoryFinder(Database& d
 
 }  // namespace
 
+bool Deck::ReadCard(DeckCard& card) {
+    while (mReady.empty()) {
+        if (!ReadNote()) {
+            return false;
+        }
+    }
+    card = std::move(mReady.front());
+    mReady.pop_front();
+    return true;
+}
+
+void Deck::Push(DeckCard&& card) {
+    GuardSide(card.Card.Front);
+    GuardSide(card.Card.Back);
+    if (card.Card.Front.empty() || card.Card.Back.empty()) {
+        Count(DeckLoss::kEmptySides);
+        return;
+    }
+    mReady.push_back(std::move(card));
+}
+
 std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
                                            DeckOptions options, Database& database,
                                            wxString& message) {
@@ -140,12 +168,6 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
         return nullptr;
     }
     return std::make_unique<DeckReader>(std::move(deck), options);
-}
-
-void GuardSide(wxString& side) {
-    if (side.find(L"\n\u3010") != wxString::npos) {
-        side.Replace(L"\n\u3010", L"\n \u3010");
-    }
 }
 
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -86,7 +87,7 @@ class Deck {
     virtual std::vector<DeckNoteType> GetNoteTypes() const = 0;
     // The next card, in the order in which new ones are to be introduced. False at the end, and on
     // a failure, which GetFailure then tells.
-    virtual bool ReadCard(DeckCard& card) = 0;
+    bool ReadCard(DeckCard& card);
     virtual float GetProgress() const = 0;
 
     // A sentence for a person; empty for none.
@@ -96,6 +97,10 @@ class Deck {
     const DeckLosses& GetLosses() const { return mLosses; }
 
   protected:
+    // Pushes the cards of the next note, which may be none. False as for ReadCard.
+    virtual bool ReadNote() = 0;
+    // Takes a card, or counts it as lost where a side has no text.
+    void Push(DeckCard&& card);
     void Count(DeckLoss loss, int64_t count = 1) { mLosses[static_cast<size_t>(loss)] += count; }
     bool Fail(const wxString& message) {
         mFailure = message;
@@ -107,6 +112,8 @@ class Deck {
 
   private:
     DeckLosses mLosses{};
+    // Cards of notes that were read.
+    std::deque<DeckCard> mReady;
 };
 
 // How a deck's file is made ready.
@@ -188,8 +195,6 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
 
 // What the decks of both programs share.
 
-// The second text is not mistaken for a part of the first: a line that begins like one is indented.
-void GuardSide(wxString& side);
 // Seconds as the store keeps them: not more than the exact number, at least 1, and so that the next
 // review is before the end of the year 9999. True in clamped when that was needed.
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped);

@@ -4,7 +4,6 @@
 #include <wx/intl.h>
 
 #include <algorithm>
-#include <deque>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -56,7 +55,7 @@ class MnemosyneDeck : public Deck {
         : mContents(std::move(contents)), mName(std::move(name)), mOptions(std::move(options)) {}
 
     std::vector<DeckNoteType> GetNoteTypes() const override { return {}; }
-    bool ReadCard(DeckCard& card) override;
+    bool ReadNote() override;
     float GetProgress() const override {
         const size_t count = mContents.FactOrder.size();
         return count == 0 ? 1.0f : static_cast<float>(mNext) / static_cast<float>(count);
@@ -72,24 +71,18 @@ class MnemosyneDeck : public Deck {
     void TakeSchedule(const Direction& direction, const CardUuid& id, CardSchedule& schedule,
                       bool& excluded);
     void TakeTags(const Direction& direction, DeckCard& card) const;
-    void Push(DeckCard&& card);
 
     Contents mContents;
     wxString mName;
     DeckOptions mOptions;
     size_t mNext = 0;
-    std::deque<DeckCard> mReady;
 };
 
-bool MnemosyneDeck::ReadCard(DeckCard& card) {
-    while (mReady.empty()) {
-        if (mNext == mContents.FactOrder.size()) {
-            return false;
-        }
-        ReadFact(mContents.FactOrder[mNext++]);
+bool MnemosyneDeck::ReadNote() {
+    if (mNext == mContents.FactOrder.size()) {
+        return false;
     }
-    card = std::move(mReady.front());
-    mReady.pop_front();
+    ReadFact(mContents.FactOrder[mNext++]);
     return true;
 }
 
@@ -240,16 +233,6 @@ void MnemosyneDeck::TakeTags(const Direction& direction, DeckCard& card) const {
     if (!tags.empty()) {
         card.Card.Notes += (card.Card.Notes.empty() ? "" : "\n") + ("Tags: " + tags);
     }
-}
-
-void MnemosyneDeck::Push(DeckCard&& card) {
-    GuardSide(card.Card.Front);
-    GuardSide(card.Card.Back);
-    if (card.Card.Front.empty() || card.Card.Back.empty()) {
-        Count(DeckLoss::kEmptySides);
-        return;
-    }
-    mReady.push_back(std::move(card));
 }
 
 // A list of cards as elements, each a line of the program's log:
