@@ -562,7 +562,8 @@ void PlotPainter::DrawCalendar() {
     const int64_t greatest = *std::max_element(mPlot.Days.begin(), mPlot.Days.end());
     for (size_t i = 0; i < mPlot.Days.size(); ++i) {
         const int cell = offset + static_cast<int>(i);
-        const wxRect2DDouble place(left + side * (cell / 7), top + side * (cell % 7), side, side);
+        const int week = cell / 7;
+        const wxRect2DDouble place(left + side * week, top + side * (cell % 7), side, side);
         mRows.push_back(place);
         const double space = side >= 6 ? 1.5 : 0.5;
         mCanvas.Fill({place.m_x, place.m_y, side - space, side - space},
@@ -587,7 +588,8 @@ void PlotPainter::DrawMonths(double top, double left, double side, int offset) {
         }
         const wxString name = wxDateTime::GetMonthName(date.GetMonth(), wxDateTime::Name_Abbr);
         const double width = mCanvas.WidthOf(name, PlotText::Small);
-        const double x = left + side * ((offset + static_cast<int>(i)) / 7);
+        const int week = (offset + static_cast<int>(i)) / 7;
+        const double x = left + side * week;
         if (x >= free && x + width <= mWidth) {
             Write(name, x, top, PlotAnchor::Left, PlotText::Small, mLook.Muted());
             free = x + width + kGap;

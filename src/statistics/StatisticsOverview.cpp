@@ -4,8 +4,6 @@
 #include <wx/stattext.h>
 #include <wx/wrapsizer.h>
 
-#include <utility>
-
 #include "shell/Forms.h"
 #include "shell/PlotControl.h"
 
@@ -19,7 +17,7 @@ constexpr int kFirstTileId = 11200;
 
 }  // namespace
 
-StatisticsOverview::StatisticsOverview(wxWindow* parent, PageOpener openPage) {
+StatisticsOverview::StatisticsOverview(wxWindow* parent, const PageOpener& openPage) {
     wxPanel::Create(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL,
                     "overview");
     auto* const column = new wxBoxSizer(wxVERTICAL);

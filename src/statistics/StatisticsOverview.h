@@ -18,7 +18,7 @@ class StatisticsOverview : public wxPanel {
   public:
     using PageOpener = std::function<void(StatisticsPage)>;
 
-    StatisticsOverview(wxWindow* parent, PageOpener openPage);
+    StatisticsOverview(wxWindow* parent, const PageOpener& openPage);
 
     // Shows the plots, and the answers and the advice of the overview's own.
     void SetPlots(const StatisticsPlots& plots);
