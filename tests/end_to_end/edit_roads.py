@@ -58,7 +58,7 @@ class EditRoad(RoadTest):
         type_text("e")
 
         # A difficulty that is none is told, and the keys are at it again.
-        press("alt+i", *["Tab"] * 15)
+        press("alt+i", *["Tab"] * 16)
         for keys in (("4", "0"), ("2", "5", "6"), ("a", "b", "c"), ("minus", "3"), ()):
             press("ctrl+a", "BackSpace", *keys, "Tab", "ctrl+Return")
             program.wait_window("Message")
