@@ -29,7 +29,7 @@ class AccessibilityBus:
     _STATE_FOCUSED = 12
     _STATE_SELECTED = 23
     _STATE_SHOWING = 25
-    _CLICKED = ("push button", "menu", "menu item")
+    _CLICKED = ("push button", "check box", "menu", "menu item")
     _ACCESSIBLE = "org.a11y.atspi.Accessible"
 
     def __init__(self, environment, address=None):

@@ -27,7 +27,7 @@ constexpr int64_t kLeastMoment = 1000000000;
 bool HasEastAsian(const wxString& text) {
     const std::wstring_view view(text.wc_str(), text.length());
     return std::any_of(view.begin(), view.end(), [](wchar_t character) {
-        const auto code = static_cast<uint32_t>(character);
+        const uint32_t code = wxUniChar(character).GetValue();
         return (code >= 0x3040 && code < 0xA000) || (code >= 0xAC00 && code < 0xD7B0) ||
                (code >= 0x20000 && code < 0x30000);
     });

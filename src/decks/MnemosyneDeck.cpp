@@ -51,17 +51,17 @@ char BaseType(const std::string& type) {
 
 class MnemosyneDeck : public Deck {
   public:
-    MnemosyneDeck(Contents contents, wxString name, DeckOptions options)
-        : mContents(std::move(contents)), mName(std::move(name)), mOptions(std::move(options)) {}
+    MnemosyneDeck(Contents contents, const wxString& name, DeckOptions options)
+        : mContents(std::move(contents)), mName(name), mOptions(std::move(options)) {}
 
     std::vector<DeckNoteType> GetNoteTypes() const override { return {}; }
-    bool ReadNote() override;
     float GetProgress() const override {
         const size_t count = mContents.FactOrder.size();
         return count == 0 ? 1.0f : static_cast<float>(mNext) / static_cast<float>(count);
     }
 
   private:
+    bool ReadNote() override;
     void ReadFact(const std::string& id);
     wxString Value(const Fact& fact, const char* key);
     void MakeTwoSided(const std::string& id, const Fact& fact,

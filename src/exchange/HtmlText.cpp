@@ -95,7 +95,7 @@ size_t ReadEntity(Text text, wchar_t& character) {
         while (at < text.size() && text[at] < 0x80 &&
                (isHex ? std::iswxdigit(static_cast<wint_t>(text[at]))
                       : std::iswdigit(static_cast<wint_t>(text[at]))) != 0) {
-            const auto digit = static_cast<uint32_t>(text[at]);
+            const uint32_t digit = wxUniChar(text[at]).GetValue();
             const uint32_t value = digit <= L'9' ? digit - L'0' : (digit | 0x20U) - L'a' + 10;
             number = std::min<uint32_t>(number * (isHex ? 16U : 10U) + value, 0x110000);
             ++at;

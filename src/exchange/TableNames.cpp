@@ -158,7 +158,9 @@ constexpr Words kWords[] = {
      L"|datum|erstellt|"},
 };
 
-// One language a row, by the names that its speakers and others give it.
+// One language a row, by the names that its speakers and others give it. The longer ones take
+// several literals.
+// NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
 constexpr std::wstring_view kLanguages[] = {
     L"|english|englisch|anglais|ingl\u00E9s|inglese|ingl\u00EAs|engels|angielski|en|eng"
     L"|\u0430\u043D\u0433\u043B\u0438\u0439\u0441\u043A\u0438\u0439|\u82F1\u8A9E|\u82F1\u8BED|"

@@ -18,7 +18,7 @@ constexpr int64_t kYear = 31536000;
 constexpr int64_t kBounds[] = {60,
                                600,
                                3600,
-                               6 * 3600,
+                               int64_t{6} * 3600,
                                kSecondsPerDay,
                                2 * kSecondsPerDay,
                                4 * kSecondsPerDay,

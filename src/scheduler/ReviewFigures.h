@@ -99,7 +99,7 @@ struct Retention {
 };
 
 // Intervals from here on make a card an old one: 21 days.
-constexpr int64_t kOldInterval = 21 * 86400;
+constexpr int64_t kOldInterval = int64_t{21} * 86400;
 constexpr size_t kDifficultyCount = 33;
 
 // How the present schedules stand that are not excluded. The span plays no part.

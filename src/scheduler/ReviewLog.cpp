@@ -90,8 +90,8 @@ class LineReader {
             minute > 59 || second > 59) {
             return false;
         }
-        seconds =
-            DaysFromDate(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 + second;
+        seconds = DaysFromDate(year, month, day) * kSecondsPerDay + int64_t{hour} * 3600 +
+                  int64_t{minute} * 60 + second;
         return true;
     }
 
