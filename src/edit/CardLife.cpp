@@ -67,9 +67,9 @@ Plot MakeCardLifePlot(const wxString& title, const std::vector<ReviewRecord>& re
     return plot;
 }
 
-CardLifeReader::CardLifeReader(wxString path, const CardUuid& card, wxEvtHandler& handler,
+CardLifeReader::CardLifeReader(const wxString& path, const CardUuid& card, wxEvtHandler& handler,
                                std::function<void()> done)
-    : mPath(std::move(path)), mCard(card), mHandler(handler), mDone(std::move(done)) {}
+    : mPath(path), mCard(card), mHandler(handler), mDone(std::move(done)) {}
 
 CardLifeReader::~CardLifeReader() {
     Cancel();

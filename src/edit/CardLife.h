@@ -21,7 +21,7 @@ class CardLifeReader : public Worker {
   public:
     // Done is called on the main thread once the reviews are there. The handler, which passes the
     // call on, must outlive the reader.
-    CardLifeReader(wxString path, const CardUuid& card, wxEvtHandler& handler,
+    CardLifeReader(const wxString& path, const CardUuid& card, wxEvtHandler& handler,
                    std::function<void()> done);
     ~CardLifeReader() override;
 

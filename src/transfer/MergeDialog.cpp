@@ -179,13 +179,16 @@ void MergeDialog::FitScreen() {
     // The library would answer the question for the fitting size with the size of the screen.
     if (GetSizer()->CalcMin().GetWidth() > width) {
         for (wxWindow* const child : GetChildren()) {
-            const bool isText = dynamic_cast<wxTextCtrl*>(child) != nullptr;
+            if (auto* const text = dynamic_cast<wxTextCtrl*>(child); text != nullptr) {
+                if (text->HasFlag(wxTE_MULTILINE)) {
+                    // Such a screen is not high either.
+                    text->SetMinSize(FromDIP(wxSize(-1, kLeastHeight)));
+                }
+                continue;
+            }
             auto* const control = dynamic_cast<wxControl*>(child);
-            if (!isText && control->GetBestSize().GetWidth() > FromDIP(kLongLabel)) {
+            if (control != nullptr && control->GetBestSize().GetWidth() > FromDIP(kLongLabel)) {
                 BreakLabel(*control);
-            } else if (isText && control->HasFlag(wxTE_MULTILINE)) {
-                // Such a screen is not high either.
-                control->SetMinSize(FromDIP(wxSize(-1, kLeastHeight)));
             }
         }
     }
