@@ -81,7 +81,7 @@ inline std::string WriteDatabase(const wxString& path, const std::string& script
     sqlite3* handle = nullptr;
     sqlite3_open(path.utf8_str(), &handle);
     const int result = sqlite3_exec(handle, script.c_str(), nullptr, nullptr, nullptr);
-    const std::string error = result == SQLITE_OK ? "" : sqlite3_errmsg(handle);
+    std::string error = result == SQLITE_OK ? "" : sqlite3_errmsg(handle);
     sqlite3_close(handle);
     return error;
 }

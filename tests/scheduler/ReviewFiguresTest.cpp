@@ -88,7 +88,7 @@ struct ReviewFiguresTest : StoreFixture {
             mCards.push_back(i < 50 ? Insert(card) : card);
         }
         std::string log = "a foreign line\n";
-        for (int64_t time = kNow - 2 * 31536000; time < kNow; time += Any(40000)) {
+        for (int64_t time = kNow - int64_t{2} * 31536000; time < kNow; time += Any(40000)) {
             ReviewRecord record = AnyReview(time);
             const bool isReplaced = Any(10) == 0;
             log += FormatReviewLine(record);
@@ -244,7 +244,7 @@ TEST(ReviewFigures, AUsualDayWorksOffWhatIsDue) {
     ReviewRecord record;
     for (const int daysAgo : {200, 5, 4, 3, 2, 1, 0}) {
         for (int i = 0; i < (daysAgo % 100 == 0 ? 50 : daysAgo); ++i) {
-            record.Time = kNow - daysAgo * 86400 - i;
+            record.Time = kNow - int64_t{daysAgo} * 86400 - i;
             history.Take(FormatReviewLine(record));
         }
     }

@@ -139,7 +139,7 @@ TEST_F(PlotTest, BarsReachTheirHeightAndStandUponEachOther) {
     EXPECT_GT(full, 250);
     EXPECT_EQ(at(orange, 0), 0);
     // A grid line may show at the foot.
-    EXPECT_NEAR(at(blue, 1), full / 2, 4);
+    EXPECT_NEAR(at(blue, 1), full / 2.0, 4);
     EXPECT_NEAR(at(blue, 1) + at(orange, 1), full, 4);
     EXPECT_EQ(at(blue, 2), 0);
     EXPECT_NEAR(at(orange, 2), full, 4);

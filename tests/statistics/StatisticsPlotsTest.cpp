@@ -92,7 +92,7 @@ TEST(StatisticsPlotsTest, ManyDaysOfReviewsAreDrawnAsMeansOfWeeksAndNoneIsLost) 
             PlotOf(MakeStatisticsPlots(figures, ReviewSpan::kAll), StatisticsPage::Reviews);
         ASSERT_EQ(plot.Table.Rows.size(), rows);
         EXPECT_NEAR(Area(plot.Series[0]), static_cast<double>(days), 1e-6);
-        EXPECT_NEAR(Area(plot.Series[5]), static_cast<double>(days * (days - 1) / 2), 1e-6);
+        EXPECT_NEAR(Area(plot.Series[5]), 0.5 * static_cast<double>(days * (days - 1)), 1e-6);
         EXPECT_EQ(plot.Series[5].Points.back().XEnd, days);
         // Two days are left for the last week of 401.
         EXPECT_EQ(plot.Table.Rows.back().back(), days == 30 ? "32" : "805");
