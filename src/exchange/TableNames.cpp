@@ -160,7 +160,7 @@ constexpr Words kWords[] = {
 
 // One language a row, by the names that its speakers and others give it. The longer ones take
 // several literals.
-// NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
+// NOLINTBEGIN(bugprone-suspicious-missing-comma)
 constexpr std::wstring_view kLanguages[] = {
     L"|english|englisch|anglais|ingl\u00E9s|inglese|ingl\u00EAs|engels|angielski|en|eng"
     L"|\u0430\u043D\u0433\u043B\u0438\u0439\u0441\u043A\u0438\u0439|\u82F1\u8A9E|\u82F1\u8BED|"
@@ -202,6 +202,7 @@ constexpr std::wstring_view kLanguages[] = {
     L"|norwegian|norwegisch|norsk|no|",
     L"|finnish|finnisch|suomi|fi|",
 };
+// NOLINTEND(bugprone-suspicious-missing-comma)
 
 bool Contains(std::wstring_view words, const wxString& word) {
     const std::wstring framed = L"|" + word.ToStdWstring() + L"|";
