@@ -11,14 +11,11 @@ namespace {
 std::string In(const char* encoding, const std::string& text) {
     const wxString wide = wxString::FromUTF8(text);
     const wxCSConv converter{wxString(encoding)};
-    const wxCharBuffer bytes = wide.mb_str(converter);
-    const size_t unit = std::string(encoding).rfind("UTF-16", 0) == 0 ? 2 : 1;
-    size_t length = bytes.length();
-    // The terminator's zeros are no part of the text, and a zero half is.
-    if (unit == 2) {
-        length = wide.length() * 2;
-    }
-    return std::string(bytes.data(), length);
+    // Without the zeros at the end, and with a zero that is half of a character.
+    const size_t length = converter.FromWChar(nullptr, 0, wide.wc_str(), wide.length());
+    std::string bytes(length, '\0');
+    converter.FromWChar(bytes.data(), length, wide.wc_str(), wide.length());
+    return bytes;
 }
 
 struct TableTest : ImportFixture {
