@@ -4,7 +4,7 @@ and a role, and the keys reach it."""
 import os
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
 
 EDIT_WINDOW = "Edit - Velomind"
 # Roles that say nothing of what a control is for.
@@ -103,10 +103,7 @@ class AccessRoad(RoadTest):
         self.dialogs(LIST_WINDOW, ("Tools", "Options...", "Options"),
                      ("Help", "About...", "About Velomind"),
                      ("File", "New Category", "Add Category"))
-        press("ctrl+i")
-        self.program.wait_window("Import Flashcards")
-        type_text(self.sandbox.sample("french.txt"))
-        press("Return")
+        self.program.open_import(self.sandbox.sample("french.txt"))
         self.look_and_tab("Import")
         self.program.click("OK")
         self.look_and_tab("New Category")
@@ -114,10 +111,7 @@ class AccessRoad(RoadTest):
         self.leave("Import", LIST_WINDOW)
         card = self.sandbox.query("SELECT CardId FROM Cards WHERE Front LIKE 'Austria%'")[0][0]
         changed = self.sandbox.write("one.txt", f"id: {card}\nback: Linz\nnotes: by the Danube\n")
-        press("ctrl+i")
-        self.program.wait_window("Import Flashcards")
-        type_text(changed)
-        press("Return")
+        self.program.open_import(changed)
         self.look_and_tab("Import")
         self.program.click("Ask before changing cards")
         self.program.click("OK")

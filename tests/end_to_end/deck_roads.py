@@ -10,7 +10,7 @@ import subprocess
 import unittest
 import zipfile
 
-from driver import BINARY, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
+from driver import BINARY, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
 
 CARDS = os.path.join(os.path.dirname(BINARY), "velomind-cards")
 
@@ -68,11 +68,7 @@ class DeckRoad(RoadTest):
         path = self.sandbox.write("french.apkg", anki_package(OLD))
         program = self.sandbox.start()
         program.wait_window(LIST_WINDOW)
-        press("ctrl+i")
-        program.wait_window("Import Flashcards")
-        type_text(path)
-        press("Return")
-        program.wait_window("Import")
+        program.open_import(path)
         program.wait_text("1 picture is left out.")
         self.assertEqual(0, self.sandbox.card_count())
         program.click("OK")

@@ -273,6 +273,14 @@ class Program:
         left, top, width, height = DESKTOP.place(self.wait_window(title))
         DESKTOP.click(left + int(width * across), top + int(height * down))
 
+    def open_import(self, path):
+        """Chooses a file to import and waits for the dialog that shows it."""
+        press("ctrl+i")
+        self.wait_window("Import Flashcards")
+        type_text(path)
+        press("Return")
+        self.wait_window("Import")
+
     def close(self, title):
         """Closes a window by the window manager's own key, or else by the program's."""
         self.wait_window(title)

@@ -3,7 +3,7 @@
 import os
 import unittest
 
-from driver import LIMIT, LIST_WINDOW, RoadTest, press, type_text, wait_until
+from driver import LIMIT, LIST_WINDOW, RoadTest, press, wait_until
 
 FAILURE = "Import Failed"
 MARK = b"\xef\xbb\xbf"
@@ -66,11 +66,7 @@ class ImportRoad(RoadTest):
 
     def choose_file(self, program, path):
         program.wait_window(LIST_WINDOW)
-        press("ctrl+i")
-        program.wait_window("Import Flashcards")
-        type_text(path)
-        press("Return")
-        program.wait_window("Import")
+        program.open_import(path)
 
     def test_a_list_is_imported_by_the_dialogs(self):
         self.sandbox.let_read_windows()
@@ -79,11 +75,7 @@ class ImportRoad(RoadTest):
         path = self.sandbox.write("cards.txt", "\n".join(rows))
         program = self.sandbox.start()
         program.wait_window(LIST_WINDOW)
-        press("ctrl+i")
-        program.wait_window("Import Flashcards")
-        type_text(path)
-        press("Return")
-        program.wait_window("Import")
+        program.open_import(path)
         program.wait_text("Preview (first card)")
         program.click("OK")
         for name, button in (("R&D", "Yes"), ("B", "Yes to All")):

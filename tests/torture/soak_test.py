@@ -10,7 +10,7 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "end_to_end"))
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until  # noqa: E402
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until  # noqa: E402
 
 PART = 1 if "VELOMIND_SOAK" in os.environ else 50
 SCORES, EDITORS, IMPORTS = 5000 // PART, 200 // PART, 100 // PART
@@ -60,11 +60,7 @@ class SoakTest(RoadTest):
                      for i in range(100)]
             path = self.sandbox.write("cards.txt", "\n".join(["Id\tFront\tBack\tCategory", *lines]))
             program.wait_window(LIST_WINDOW)
-            press("ctrl+i")
-            program.wait_window("Import Flashcards")
-            type_text(path)
-            press("Return")
-            program.wait_window("Import")
+            program.open_import(path)
             press("Return")
             program.wait_window("Import Complete")
             press("Return")
