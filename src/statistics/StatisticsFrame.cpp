@@ -79,7 +79,15 @@ class NumbersList : public wxListCtrl {
   public:
     NumbersList(wxWindow* parent, wxWindowID id)
         : wxListCtrl(parent, id, wxDefaultPosition, wxDefaultSize,
-                     wxLC_REPORT | wxLC_VIRTUAL | wxLC_SINGLE_SEL, wxDefaultValidator, "numbers") {}
+                     wxLC_REPORT | wxLC_VIRTUAL | wxLC_SINGLE_SEL, wxDefaultValidator, "numbers") {
+        Bind(wxEVT_LIST_ITEM_FOCUSED, &NumbersList::OnItemFocused, this);
+    }
+    ~NumbersList() override {
+        // The base class sends this event while it goes, after this part of the object.
+        Unbind(wxEVT_LIST_ITEM_FOCUSED, &NumbersList::OnItemFocused, this);
+    }
+    NumbersList(const NumbersList&) = delete;
+    NumbersList& operator=(const NumbersList&) = delete;
 
     void SetTable(const PlotTable& table) {
         mpTable = &table;
@@ -96,10 +104,6 @@ class NumbersList : public wxListCtrl {
         Refresh();
         Tell();
     }
-    // Makes a screen reader say the row that the keys act on.
-    void Tell() {
-        TellRow(*this, mpTable->Describe(static_cast<int>(GetFocusedItem())), _("Numbers"));
-    }
 
   protected:
     wxString OnGetItemText(long item, long column) const override {
@@ -107,6 +111,14 @@ class NumbersList : public wxListCtrl {
     }
 
   private:
+    void OnItemFocused(wxListEvent& event) {
+        event.Skip();
+        Tell();
+    }
+    // Makes a screen reader say the row that the keys act on.
+    void Tell() {
+        TellRow(*this, mpTable->Describe(static_cast<int>(GetFocusedItem())), _("Numbers"));
+    }
     // Wide enough for the heading and the first rows, but not for a whole card.
     int WidthOfColumn(size_t column) const {
         constexpr size_t kRowsMeasured = 100;
@@ -307,10 +319,6 @@ void StatisticsFrame::BindCommands() {
     mpPlot->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OpenCard(mpPlot->GetMarkedRow()); });
     mpNumbers->Bind(wxEVT_LIST_ITEM_ACTIVATED,
                     [this](wxListEvent& event) { OpenCard(static_cast<int>(event.GetIndex())); });
-    mpNumbers->Bind(wxEVT_LIST_ITEM_FOCUSED, [this](wxListEvent& event) {
-        event.Skip();
-        mpNumbers->Tell();
-    });
     const auto copy = [this](wxCommandEvent&) { Copy(); };
     Bind(wxEVT_BUTTON, copy, wxID_COPY);
     Bind(wxEVT_MENU, copy, wxID_COPY);
