@@ -33,7 +33,12 @@ bool StudyFrame::IsBreakDismissed() const {
 }
 
 void StudyFrame::UpdateBreakBar() {
-    const bool shows = HasCard() && mpScheduler->IsBreakTime() && !IsBreakDismissed();
+    wxString message;
+    if (HasCard() && mpScheduler->IsBreakTime() && !IsBreakDismissed()) {
+        // While the message of a store that failed is on the screen, the store tells no time.
+        message = BreakMessage(mpScheduler->GetNextDueTime(), mServices.GetClock().Now());
+    }
+    const bool shows = !message.empty();
     if (shows) {
         // The categories are counted once for a bar, and not again at each score.
         if (!mpBreakBar->IsShown() || mIsOfferStale) {
@@ -41,8 +46,7 @@ void StudyFrame::UpdateBreakBar() {
             mOffer = OfferText(FindNextDue(categories, mpScheduler->GetCategoryId()));
             mIsOfferStale = false;
         }
-        mpBreakBar->SetTexts(
-            BreakMessage(mpScheduler->GetNextDueTime(), mServices.GetClock().Now()), mOffer);
+        mpBreakBar->SetTexts(message, mOffer);
     }
     if (mpBreakBar->IsShown() != shows) {
         GetSizer()->Show(mpBreakBar, shows);

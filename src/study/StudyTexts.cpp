@@ -65,6 +65,9 @@ wxString ReturnText(const IntervalRange& interval) {
 }
 
 wxString BreakMessage(const wxDateTime& due, const wxDateTime& now) {
+    if (!due.IsValid()) {
+        return wxString();
+    }
     // Translators: forms of a time as strftime knows them: today, this year, and in another year.
     const wxString form = due.IsSameDate(now)              ? _("%H:%M")
                           : due.GetYear() == now.GetYear() ? _("%a %d %b %H:%M")

@@ -31,7 +31,7 @@ wxString ReturnText(const IntervalRange& interval);
 wxString IntervalText(float seconds);
 
 // The words of the bar in break time: when the next card is due, by the local clock, and what
-// studying on means.
+// studying on means. Empty for a time that is not valid, which a store that failed gives.
 wxString BreakMessage(const wxDateTime& due, const wxDateTime& now);
 // Offers a category with due cards; empty for null.
 wxString OfferText(const CategoryReady* category);

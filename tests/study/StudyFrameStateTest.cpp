@@ -211,3 +211,8 @@ TEST_F(StudyFrameState, TheOtherDirectionSelectsAnewAndKeepsTheHistory) {
 }
 
 }  // namespace
+
+// As while the message of a store that failed at a score is on the screen.
+TEST(BreakBar, NoTimeIsNoMessageAndNoComplaint) {
+    EXPECT_EQ(BreakMessage(wxDateTime(), wxDateTime(time_t(1764000000))), "");
+}
