@@ -144,7 +144,7 @@ bool IsWestern(wxFontEncoding code) {
 // its own gives a meaning to.
 bool IsPlausible(std::string_view bytes, wxFontEncoding code) {
     const std::vector<uint8_t> copy(bytes.begin(), bytes.end());
-    std::vector<wchar_t> text(bytes.size());
+    std::vector<wchar_t> text(bytes.size() + 1);
     wchar_t* end = text.data();
     TextDecoder(code).Decode(copy.data(), copy.size(), bytes.size() < kMostBytes, end);
     return std::none_of(text.data(), end, [](wchar_t character) {

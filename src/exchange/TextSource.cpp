@@ -187,7 +187,7 @@ size_t TextDecoder::Convert(const uint8_t* bytes, size_t count, bool last, wchar
     while (left > 0) {
         wchar_t* const begin = text;
         char* out = reinterpret_cast<char*>(text);
-        size_t room = left * sizeof(wchar_t);
+        size_t room = (left + 1) * sizeof(wchar_t);
         const size_t result = iconv(mConverter, &in, &left, &out, &room);
         text = reinterpret_cast<wchar_t*>(out);
         std::replace(begin, text, L'\0', static_cast<wchar_t>(kReplacement));
@@ -197,12 +197,24 @@ size_t TextDecoder::Convert(const uint8_t* bytes, size_t count, bool last, wchar
         if (errno == EINVAL && !last) {
             return count - left;
         }
+        Flush(text);
         Append(text, kReplacement);
         ++in;
         --left;
-        iconv(mConverter, nullptr, nullptr, nullptr, nullptr);
+    }
+    if (last) {
+        Flush(text);
     }
     return count;
+}
+
+// Where accents follow their letters, as in Hebrew and Vietnamese, the library holds a letter back
+// until it has seen what follows.
+void TextDecoder::Flush(wchar_t*& text) const {
+    char* out = reinterpret_cast<char*>(text);
+    size_t room = sizeof(wchar_t);
+    iconv(mConverter, nullptr, nullptr, &out, &room);
+    text = reinterpret_cast<wchar_t*>(out);
 }
 
 size_t CheckUtf8(const uint8_t* bytes, size_t count, bool last, bool& valid) {
@@ -239,7 +251,7 @@ CharSource::CharSource(wxInputStream& stream, wxFontEncoding encoding)
       mLength(stream.GetLength()),
       mBlockStart(stream.TellI()),
       mBytes(kBlockSize),
-      mText(kBlockSize) {
+      mText(kBlockSize + 1) {
     StartRecord();
 }
 

@@ -34,9 +34,9 @@ class TextDecoder {
     TextDecoder(const TextDecoder&) = delete;
     TextDecoder& operator=(const TextDecoder&) = delete;
 
-    // Writes the characters of the bytes, never more than there are bytes, and moves text to their
-    // end. Returns how many bytes that took. A character that is cut off by the end of the bytes is
-    // left for the next call, unless these are the last bytes.
+    // Writes the characters of the bytes, at most one more than there are bytes, and moves text to
+    // their end. Returns how many bytes that took. A character that is cut off by the end of the
+    // bytes is left for the next call, unless these are the last bytes.
     size_t Decode(const uint8_t* bytes, size_t count, bool last, wchar_t*& text) const {
         return mDecode != nullptr ? mDecode(bytes, bytes + count, last, text)
                                   : Convert(bytes, count, last, text);
@@ -47,6 +47,7 @@ class TextDecoder {
                                       wchar_t*& text);
 
     size_t Convert(const uint8_t* bytes, size_t count, bool last, wchar_t*& text) const;
+    void Flush(wchar_t*& text) const;
 
     // Null when the C library converts.
     DecodeFunction mDecode;

@@ -53,6 +53,26 @@ TEST(CharSource, DecodesEveryFileToItsEnd) {
     }
 }
 
+// In these encodings an accent may follow a letter, which the C library therefore holds back: at
+// the end of the text, at the end of each block, and before a byte that means nothing.
+TEST(CharSource, LosesNoLetterThatAnAccentMightFollow) {
+    constexpr size_t kCount = 200001;
+    TextOfBytes hebrew(std::string(kCount, '\xE9'), wxFONTENCODING_CP1255);
+    size_t letters = 0;
+    for (; !hebrew.Source().AtEnd(); ++letters) {
+        ASSERT_EQ(hebrew.Source().GetChar(), L'\u05D9');
+    }
+    EXPECT_EQ(letters, kCount);
+
+    TextOfBytes vietnamese("Vi\xEA\xF2t a\xD2", wxFONTENCODING_CP1258);
+    std::wstring text;
+    vietnamese.Source().ReadLine(text);
+    EXPECT_EQ(text, L"Vi\u1EC7t \u1EA3");
+    TextOfBytes broken("a\xE9\xD9z", wxFONTENCODING_CP1255);
+    broken.Source().ReadLine(text);
+    EXPECT_EQ(text, L"a\u05D9\uFFFDz");
+}
+
 // Line breaks and characters lie across a block's border at one of the offsets.
 TEST(CharSource, JoinsWhatLiesAcrossBlocks) {
     for (size_t offset = 0; offset < 8; ++offset) {

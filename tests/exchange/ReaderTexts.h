@@ -15,6 +15,10 @@ class TextOfBytes {
         : mBytes(std::move(bytes)),
           mStream(mBytes.data(), mBytes.size()),
           mSource(mStream, DetectTextEncoding(mStream)) {}
+    TextOfBytes(std::string bytes, wxFontEncoding encoding)
+        : mBytes(std::move(bytes)),
+          mStream(mBytes.data(), mBytes.size()),
+          mSource(mStream, encoding) {}
     CharSource& Source() { return mSource; }
 
   private:
