@@ -159,13 +159,15 @@ void OnUserGuide(wxCommandEvent& event) {
 
 // The menu bar has F1 as a key of its own, and dialogs have no menu bar.
 void OnKey(wxKeyEvent& event) {
+    event.Skip();
+    if (event.GetKeyCode() != WXK_F1 || event.HasAnyModifiers()) {
+        return;
+    }
     auto* const window = dynamic_cast<wxWindow*>(event.GetEventObject());
     const auto* const frame = dynamic_cast<wxFrame*>(wxGetTopLevelParent(window));
-    const bool hasMenu = frame != nullptr && frame->GetMenuBar() != nullptr;
-    if (event.GetKeyCode() == WXK_F1 && !event.HasAnyModifiers() && !hasMenu) {
+    if (frame == nullptr || frame->GetMenuBar() == nullptr) {
+        event.Skip(false);
         OpenUserGuide(FindGuideSection(window));
-    } else {
-        event.Skip();
     }
 }
 

@@ -22,6 +22,7 @@
 #include "base/Unicode.h"
 #include "decks/Deck.h"
 #include "decks/DeckFormats.h"
+#include "exchange/ImportSource.h"
 #include "store/ForeignDatabase.h"
 
 namespace {
@@ -218,18 +219,10 @@ void RemoveLeftDirectories() {
     }
 }
 
-bool BeginsWith(const wxString& path, const std::string& mark) {
-    std::string bytes(mark.size(), '\0');
-    std::ifstream file(fs::u8path(ToUtf8(path)), std::ios::binary);
-    return file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
-}
-
 bool IsPackage(const wxString& path) {
-    return BeginsWith(path, "PK\x03\x04");
-}
-
-bool IsDatabase(const wxString& path) {
-    return BeginsWith(path, std::string("SQLite format 3\0", 16));
+    std::string mark(4, '\0');
+    std::ifstream file(fs::u8path(ToUtf8(path)), std::ios::binary);
+    return file.read(mark.data(), 4) && mark == "PK\x03\x04";
 }
 
 }  // namespace
@@ -251,7 +244,7 @@ bool DeckFile::IsDeck(const wxString& path) {
                package.Has("collection.anki21") || package.Has("collection.anki21b");
     }
     ForeignDatabase database;
-    return IsDatabase(path) && database.Open(path) == 0 &&
+    return IsDatabaseFile(path) && database.Open(path) == 0 &&
            ((database.HasTable("col") && database.HasTable("notes")) ||
             (database.HasTable("facts") && database.HasTable("data_for_fact")));
 }
@@ -313,7 +306,7 @@ bool DeckFile::Unpack(const wxString& path, const DeckFileOptions& options, wxSt
 
 bool DeckFile::Copy(const wxString& path, const DeckFileOptions& options, wxString& message) {
     ForeignDatabase database;
-    if (!IsDatabase(path) || database.Open(path) < 0) {
+    if (!IsDatabaseFile(path) || database.Open(path) < 0) {
         message = _("The file is no deck of Anki or Mnemosyne.");
         return false;
     }

@@ -28,11 +28,6 @@ constexpr size_t kIdColumn = 21;
 constexpr size_t kChunk = size_t{1} << 20;
 constexpr int64_t kSecondsPerDay = 86400;
 
-// The bytes of a path as the system has it.
-std::string NativePath(const wxString& path) {
-    return ToUtf8(path);
-}
-
 template <class Number>
 char* WriteNumber(char* out, Number number) {
     return std::to_chars(out, out + 64, number).ptr;
@@ -204,7 +199,7 @@ bool ReadPieces(int descriptor, int64_t& offset, const Take& take) {
 
 // Opens the log of plots, which must be a plain file: a pipe would wait for ever.
 FileDescriptor OpenForReading(const wxString& path, struct stat& status) {
-    FileDescriptor file(::open(NativePath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    FileDescriptor file(::open(ToUtf8(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.IsOpen() && (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))) {
         file.Close();
     }
@@ -250,7 +245,7 @@ int AppendText(const std::string& path, std::string text) {
 
 }  // namespace
 
-ReviewLog::ReviewLog(const wxString& path) : mPath(NativePath(path)) {}
+ReviewLog::ReviewLog(const wxString& path) : mPath(ToUtf8(path)) {}
 
 void ReviewLog::Append(const ReviewRecord& record) {
     const int error = AppendText(mPath, FormatReviewLine(record));

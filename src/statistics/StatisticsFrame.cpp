@@ -6,6 +6,7 @@
 #include <wx/choice.h>
 #include <wx/clipbrd.h>
 #include <wx/dataobj.h>
+#include <wx/dcclient.h>
 #include <wx/file.h>
 #include <wx/filedlg.h>
 #include <wx/filename.h>
@@ -166,15 +167,6 @@ bool WriteWhole(const wxString& path, const void* bytes, size_t size) {
     return file.IsOpened() && file.Write(bytes, size) && file.Commit();
 }
 
-// Returns a name, or its beginning and an ellipsis, that is no wider than that.
-wxString CutToWidth(const wxWindow& window, const wxString& name, int width) {
-    wxString cut = name;
-    for (size_t most = name.length(); most > 1 && window.GetTextExtent(cut).x > width;) {
-        cut = CutWithEllipsis(name, --most);
-    }
-    return cut;
-}
-
 // Returns a title as a file name: without characters that some file systems refuse.
 wxString FileNameOf(const wxString& title) {
     wxString name = title;
@@ -258,7 +250,6 @@ void StatisticsFrame::BuildControls() {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     row->Add(mpPages, wxSizerFlags().Expand().Border(wxRIGHT, gap));
     row->Add(content, wxSizerFlags(1).Expand());
-    mpCategory = nullptr;
     column->Add(BuildChoices(), wxSizerFlags().Expand().Border(wxALL, gap));
     column->Add(row, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT, gap));
     column->Add(BuildButtons(), wxSizerFlags().Expand().Border(wxALL, gap));
@@ -342,12 +333,14 @@ void StatisticsFrame::ListCategories() {
     wxArrayString names;
     names.push_back(_("All Categories"));
     int selection = 0;
+    wxClientDC dc(mpCategory);
+    dc.SetFont(mpCategory->GetFont());
     for (const Category& category : mCategories) {
         if (chosen > 0 && category.Id == id) {
             selection = static_cast<int>(names.size());
         }
-        names.push_back(
-            CutToWidth(*mpCategory, ShownName(category.Name), FromDIP(kWidestCategory)));
+        names.push_back(wxControl::Ellipsize(ShownName(category.Name), dc, wxELLIPSIZE_END,
+                                             FromDIP(kWidestCategory), wxELLIPSIZE_FLAGS_NONE));
     }
     mpCategory->Set(names);
     mpCategory->SetSelection(selection);

@@ -408,7 +408,7 @@ wxString ImportDialog::GetAdvice() const {
 // The application knows where the guide is.
 void ImportDialog::OpenGuide() {
     wxCommandEvent event(wxEVT_MENU, wxID_HELP);
-    event.SetString("import");
+    event.SetString("tables");
     wxTheApp->ProcessEvent(event);
 }
 

@@ -42,7 +42,6 @@ ALLOWED = {
     # How a file of the engine begins, and what it is asked.
     "ImportSource.cpp": {"SQLite format 3\\0"}, "PageFile.cpp": {"SQLite format 3"},
     "StoreCheck.cpp": {"PRAGMA integrity_check(10000)"},
-    "DeckFile.cpp": {"SQLite format 3\\0"},
     "StoreFiles.cpp": {"Cards", "Categories", "Globals"},
     # Words of the files of other programs.
     "AnkiDeck.cpp": {"Tags: ", "image-occlusion:"}, "MnemosyneDeck.cpp": {"Tags: "},
