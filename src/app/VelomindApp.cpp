@@ -18,7 +18,6 @@
 #include "base/Process.h"
 #include "base/Text.h"
 #include "exchange/ImportJob.h"
-#include "exchange/ImportSource.h"
 #include "list/BrowseFrame.h"
 #include "preferences/PreferencesDialog.h"
 #include "shell/CommandIds.h"

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 
 // Returns the directory for files that live no longer than the user's session: XDG_RUNTIME_DIR, or
 // /run/user/UID when a program is started from outside the session, or a directory of ours in /tmp.

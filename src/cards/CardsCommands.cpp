@@ -33,7 +33,6 @@
 #include "decks/DeckSurvey.h"
 #include "exchange/Export.h"
 #include "exchange/ImportPass.h"
-#include "exchange/ImportSource.h"
 #include "exchange/TextSink.h"
 #include "store/CardRow.h"
 #include "store/Database.h"

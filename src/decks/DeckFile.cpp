@@ -22,8 +22,8 @@
 #include "base/Unicode.h"
 #include "decks/Deck.h"
 #include "decks/DeckFormats.h"
-#include "exchange/ImportSource.h"
 #include "store/ForeignDatabase.h"
+#include "store/StoreFiles.h"
 
 namespace {
 

@@ -9,7 +9,6 @@
 
 #include "base/Text.h"
 #include "base/Time.h"
-#include "exchange/ImportJob.h"
 #include "store/FlashCard.h"
 
 namespace {
@@ -91,6 +90,9 @@ bool LookupAttribute(const wxString& name, AttributeInfo& info) {
 }
 
 namespace {
+
+// No attribute has a longer name. What is longer may be a whole file without line breaks.
+constexpr size_t kLongestName = 200;
 
 constexpr int32_t kGreatestScore = 5;
 constexpr int32_t kGreatestDifficulty = 32;
@@ -211,4 +213,18 @@ wxString JoinSecondText(const wxString& main, const wxString& second) {
         return main;
     }
     return main + L"\n\u3010" + second + L"\u3011";
+}
+
+wxString NamedMessage(const wxString& format, const wxString& name) {
+    return wxString::Format(format, CutWithEllipsis(name, kLongestName));
+}
+
+wxString UnknownAttributeMessage(const wxString& name) {
+    return NamedMessage(_("\"%s\" is not a valid attribute name."), name);
+}
+
+wxString RepeatedAttributeMessage() {
+    return _(
+        "This card attribute has already been specified.  Individual cards must be separated by a "
+        "blank line.");
 }

@@ -177,3 +177,9 @@ wxString SetFlag(const wxString& name, const wxString& value, bool& flag);
 // The code says which field of the schedule to set.
 wxString SetScheduleValue(int code, const wxString& name, const wxString& value,
                           CardSchedule& schedule);
+
+// The texts of failures that several steps of an import share. A name from the file fills a place
+// in such a text and is never a format itself; an absurdly long one is cut.
+wxString NamedMessage(const wxString& format, const wxString& name);
+wxString UnknownAttributeMessage(const wxString& name);
+wxString RepeatedAttributeMessage();

@@ -2,7 +2,6 @@
 
 #include <wx/intl.h>
 
-#include "base/Text.h"
 #include "exchange/ImportPass.h"
 #include "store/Database.h"
 
@@ -31,27 +30,6 @@ bool ImportResult::Ask(ImportRequest request, int32_t line) {
         return Fail(_("Unexpected Error (semaphore wait returned error)"));
     }
     return Status == ImportStatus::kCancelled ? FailCancelled(line) : true;
-}
-
-namespace {
-
-// No attribute has a longer name. What is longer may be a whole file without line breaks.
-constexpr size_t kLongestName = 200;
-
-}  // namespace
-
-wxString NamedMessage(const wxString& format, const wxString& name) {
-    return wxString::Format(format, CutWithEllipsis(name, kLongestName));
-}
-
-wxString UnknownAttributeMessage(const wxString& name) {
-    return NamedMessage(_("\"%s\" is not a valid attribute name."), name);
-}
-
-wxString RepeatedAttributeMessage() {
-    return _(
-        "This card attribute has already been specified.  Individual cards must be separated by a "
-        "blank line.");
 }
 
 wxString UnreadableFileMessage(const wxString& fileName) {

@@ -171,11 +171,7 @@ class ImportThread : public Worker {
     ImportResult mResult;
 };
 
-// The texts of failures that several steps of an import share. A name from the file fills a place
-// in such a text and is never a format itself; an absurdly long one is cut.
-wxString NamedMessage(const wxString& format, const wxString& name);
-wxString UnknownAttributeMessage(const wxString& name);
-wxString RepeatedAttributeMessage();
+// The texts of failures that several steps of an import share.
 wxString UnreadableFileMessage(const wxString& fileName);
 // For a file that is a store, or that the engine keeps beside one.
 wxString DatabaseFileMessage(const wxString& fileName);

@@ -6,11 +6,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <list>
 #include <string>
 #include <string_view>
 
+#include "base/Files.h"
 #include "base/Unicode.h"
 #include "exchange/Delimited.h"
 #include "exchange/ImportJob.h"
@@ -19,6 +19,7 @@
 #include "exchange/TextSource.h"
 #include "exchange/VlmText.h"
 #include "store/Database.h"
+#include "store/StoreFiles.h"
 
 namespace {
 
@@ -30,55 +31,14 @@ constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
-// The first bytes of a database, of its journal, and of its write-ahead log in either byte order.
-constexpr std::string_view kDatabaseMark = "SQLite format 3\0"sv;
-constexpr std::string_view kMarks[] = {kDatabaseMark, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7"sv,
-                                       "\x37\x7F\x06\x82"sv, "\x37\x7F\x06\x83"sv};
-constexpr std::string_view kCompanions[] = {"-journal"sv, "-wal"sv, "-shm"sv};
-
-bool BeginsWith(const fs::path& path, std::string_view mark) {
-    std::string bytes(mark.size(), ' ');
-    std::ifstream file(path, std::ios::binary);
-    return file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
-}
-
 // The first bytes of the files that spreadsheets keep, new ones and old ones.
 constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
 
 bool IsPackedFile(const wxString& path) {
     const fs::path file = fs::u8path(ToUtf8(path));
     return std::any_of(std::begin(kPackedMarks), std::end(kPackedMarks),
-                       [&file](std::string_view mark) { return BeginsWith(file, mark); });
+                       [&file](std::string_view mark) { return FileBeginsWith(file, mark); });
 }
-
-// The engine's files beside a database may be empty or begin with anything, so the name decides.
-bool IsBesideDatabase(const std::string& path) {
-    for (const std::string_view companion : kCompanions) {
-        const size_t length = path.size() - std::min(path.size(), companion.size());
-        if (std::string_view(path).substr(length) == companion &&
-            BeginsWith(fs::u8path(path.substr(0, length)), kDatabaseMark)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-}  // namespace
-
-bool IsDatabaseFile(const wxString& path) {
-    // A link to such a file counts as one.
-    std::error_code error;
-    const fs::path file = fs::canonical(fs::u8path(ToUtf8(path)), error);
-    // A pipe or a device may never end, or block before its first byte.
-    if (error || !fs::is_regular_file(file, error)) {
-        return false;
-    }
-    return IsBesideDatabase(file.u8string()) ||
-           std::any_of(std::begin(kMarks), std::end(kMarks),
-                       [&file](std::string_view mark) { return BeginsWith(file, mark); });
-}
-
-namespace {
 
 bool FindCategoryOfCard(Database& database, const CardUuid& id, wxString& name) {
     std::list<FlashCard> cards;

@@ -12,10 +12,6 @@ struct ImportInput;
 struct ImportResult;
 class wxInputStream;
 
-// Returns true for a database of the store's engine, whoever made it, and for the files that the
-// engine keeps beside one. None of them is a text to import. Looks at the first bytes and the name.
-bool IsDatabaseFile(const wxString& path);
-
 // A file that is being imported: its bytes, its characters, and the reader of its records.
 class ImportSource {
   public:

@@ -9,7 +9,6 @@
 #include <optional>
 #include <vector>
 
-#include "scheduler/ReviewArithmetic.h"
 #include "scheduler/ReviewLog.h"
 #include "store/CardUuid.h"
 #include "store/FlashCard.h"

@@ -1,5 +1,6 @@
 #include "scheduler/ReviewLog.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -10,7 +11,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 #include "base/Process.h"
 #include "base/Time.h"
 #include "base/Unicode.h"

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "scheduler/ReviewArithmetic.h"
 #include "store/CardUuid.h"
+#include "store/FlashCard.h"
 #include "store/StoreFiles.h"
 
 // The review log is a plain text beside the store (ReviewLogPath), with one line for each score.

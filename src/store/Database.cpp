@@ -2,6 +2,9 @@
 
 #include "store/Database.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <wx/intl.h>
 
 #include <algorithm>
@@ -10,9 +13,9 @@
 #include <system_error>
 #include <utility>
 
+#include "base/Files.h"
 #include "base/Process.h"
 #include "base/Unicode.h"
-#include "store/StoreFiles.h"
 
 Database::Database(FatalErrorReport& report)
     : mReport(report), mLastErrorText(FromUtf8(sqlite3_errstr(SQLITE_OK))) {}

@@ -11,7 +11,7 @@
 #include <mutex>
 #include <vector>
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 #include "base/Process.h"
 #include "store/CardRow.h"
 #include "store/FlashCard.h"

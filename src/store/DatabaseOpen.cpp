@@ -10,6 +10,7 @@
 //     BringToVersion     upgrades the first schema, refuses a later one than ours
 //     ReadEachTree       each table and index can be read
 
+#include <fcntl.h>
 #include <unistd.h>
 #include <wx/filefn.h>
 #include <wx/intl.h>
@@ -23,7 +24,7 @@
 #include <system_error>
 #include <utility>
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 #include "base/Process.h"
 #include "base/Text.h"
 #include "base/Unicode.h"

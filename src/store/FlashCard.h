@@ -18,6 +18,15 @@ wxDateTime DueTime(const wxDateTime& lastReview, float interval);
 // is the later one. Saturates likewise.
 int64_t SecondsBetween(const wxDateTime& from, const wxDateTime& to);
 
+// A set of study directions: which side of a card is shown first.
+enum ReviewDirection : int {
+    kReviewNone = 0,
+    // The front is shown, the back to be recalled.
+    kReviewForward = 1,
+    // The back is shown, the front to be recalled.
+    kReviewReverse = 2
+};
+
 // When a card is to come back in one direction of study. A flat record: the history saves and
 // restores it as a block.
 struct CardSchedule {
@@ -61,6 +70,14 @@ struct FlashCard {
     CardSchedule Forward;
     CardSchedule Reverse;
 };
+
+// The card's schedule for one direction.
+inline CardSchedule& ScheduleOf(FlashCard& card, ReviewDirection direction) {
+    return direction == kReviewForward ? card.Forward : card.Reverse;
+}
+inline const CardSchedule& ScheduleOf(const FlashCard& card, ReviewDirection direction) {
+    return direction == kReviewForward ? card.Forward : card.Reverse;
+}
 
 // The schedules of a card without its texts, as figures over many cards need them.
 struct CardSchedules {

@@ -17,7 +17,7 @@
 #include <system_error>
 #include <utility>
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 #include "base/SettingsFile.h"
 #include "base/Time.h"
 #include "base/Unicode.h"

@@ -1,8 +1,6 @@
 #include "store/StoreFiles.h"
 
 #include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <wx/confbase.h>
@@ -11,15 +9,15 @@
 #include <wx/stdpaths.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 #include "base/SettingsFile.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
@@ -31,9 +29,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Block = std::array<char, 1 << 16>;
-
 constexpr const auto& kCompanions = Database::kCompanions;
+
+using namespace std::string_view_literals;
+
+// The first bytes of a database, of its journal, and of its write-ahead log in either byte order.
+constexpr std::string_view kDatabaseMark = "SQLite format 3\0"sv;
+constexpr std::string_view kMarks[] = {kDatabaseMark, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7"sv,
+                                       "\x37\x7F\x06\x82"sv, "\x37\x7F\x06\x83"sv};
 
 fs::path ToPath(const wxString& path) {
     return fs::u8path(ToUtf8(path));
@@ -178,78 +181,6 @@ int CheckTarget(const fs::path& target) {
     }
 }
 
-// Returns the bytes read, fewer than the block has only at the end of the file; negative on an
-// error.
-ssize_t ReadBlock(int file, Block& block) {
-    size_t filled = 0;
-    while (filled < block.size()) {
-        const ssize_t count = ::read(file, block.data() + filled, block.size() - filled);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return -1;
-        }
-        if (count == 0) {
-            break;
-        }
-        filled += static_cast<size_t>(count);
-    }
-    return static_cast<ssize_t>(filled);
-}
-
-int WriteBlock(int file, const Block& block, size_t size) {
-    size_t written = 0;
-    while (written < size) {
-        const ssize_t count = ::write(file, block.data() + written, size - written);
-        if (count < 0 && errno != EINTR) {
-            return errno;
-        }
-        written += static_cast<size_t>(std::max<ssize_t>(count, 0));
-    }
-    return 0;
-}
-
-int CopyBytes(int source, int target) {
-    Block block;
-    for (;;) {
-        const ssize_t count = ReadBlock(source, block);
-        if (count < 0) {
-            return errno;
-        }
-        if (count == 0) {
-            return ::fsync(target) == 0 ? 0 : errno;
-        }
-        if (const int error = WriteBlock(target, block, static_cast<size_t>(count))) {
-            return error;
-        }
-    }
-}
-
-int CompareBytes(int source, int target) {
-    // Drops the cached pages, so that what is read back comes from the disk.
-    ::posix_fadvise(target, 0, 0, POSIX_FADV_DONTNEED);
-    if (::lseek(source, 0, SEEK_SET) < 0 || ::lseek(target, 0, SEEK_SET) < 0) {
-        return errno;
-    }
-    Block expected;
-    Block found;
-    for (;;) {
-        const ssize_t count = ReadBlock(source, expected);
-        const ssize_t other = ReadBlock(target, found);
-        if (count < 0 || other < 0) {
-            return errno;
-        }
-        if (count != other ||
-            !std::equal(expected.begin(), expected.begin() + count, found.begin())) {
-            return EIO;
-        }
-        if (count == 0) {
-            return 0;
-        }
-    }
-}
-
 // Makes a whole copy under a name of its own, so that a file at the target is not touched before
 // the copy is known to be good.
 int MakeCopy(const fs::path& source, std::string& copyName) {
@@ -360,6 +291,18 @@ void MoveLog(const fs::path& source, const fs::path& target) {
     }
 }
 
+// The engine's files beside a database may be empty or begin with anything, so the name decides.
+bool IsBesideDatabase(const std::string& path) {
+    for (const std::string_view companion : Database::kCompanions) {
+        const size_t length = path.size() - std::min(path.size(), companion.size());
+        if (std::string_view(path).substr(length) == companion &&
+            FileBeginsWith(fs::u8path(path.substr(0, length)), kDatabaseMark)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 wxString ReviewLogPath(const wxString& storePath) {
@@ -395,6 +338,19 @@ wxString MakeStorePathFull(const wxString& path) {
         return path;
     }
     return FullPath(path);
+}
+
+bool IsDatabaseFile(const wxString& path) {
+    // A link to such a file counts as one.
+    std::error_code error;
+    const fs::path file = fs::canonical(fs::u8path(ToUtf8(path)), error);
+    // A pipe or a device may never end, or block before its first byte.
+    if (error || !fs::is_regular_file(file, error)) {
+        return false;
+    }
+    return IsBesideDatabase(file.u8string()) ||
+           std::any_of(std::begin(kMarks), std::end(kMarks),
+                       [&file](std::string_view mark) { return FileBeginsWith(file, mark); });
 }
 
 bool IsSameFile(const wxString& path, const wxString& other) {
@@ -490,28 +446,6 @@ int KeepStoreFile(const wxString& from, const wxString& to) {
         }
     }
     return result;
-}
-
-int CopyWholeFile(int source, int target) {
-    struct stat status {};
-    if (::fstat(source, &status) != 0) {
-        return errno;
-    }
-    off_t copied = 0;
-    if (::ioctl(target, FICLONE, source) == 0) {
-        copied = status.st_size;
-    }
-    while (copied < status.st_size) {
-        const auto rest = static_cast<size_t>(status.st_size - copied);
-        if (::copy_file_range(source, &copied, target, nullptr, rest, 0) <= 0) {
-            break;
-        }
-    }
-    // Where neither is offered, and for what came in meanwhile.
-    if (::lseek(source, copied, SEEK_SET) < 0 || ::lseek(target, copied, SEEK_SET) < 0) {
-        return errno;
-    }
-    return CopyBytes(source, target);
 }
 
 int ReplaceByNewStore(const wxString& path) {

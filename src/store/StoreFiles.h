@@ -28,6 +28,10 @@ bool IsSameFile(const wxString& path, const wxString& other);
 // of the open store, whose locks would be gone.
 bool IsStoreOfCards(const wxString& path);
 
+// Returns true for a database of the store's engine, whoever made it, and for the files that the
+// engine keeps beside one. None of them is a text to import. Looks at the first bytes and the name.
+bool IsDatabaseFile(const wxString& path);
+
 // The log of reviews lies beside its store, goes where that goes, and is of use for statistics
 // alone: what cannot be done with it is no failure.
 constexpr char kReviewLogSuffix[] = ".reviews";
@@ -56,10 +60,6 @@ int CopyStoreFile(const wxString& from, const wxString& to);
 // Copies a store that nobody can open, with what the engine would need to mend it, to a path where
 // nothing is. Returns 0 or the error's number.
 int KeepStoreFile(const wxString& from, const wxString& to);
-
-// Copies all bytes from one open file to another, which is empty, in the quickest way that the file
-// systems offer, and makes them last. Returns 0 or the error's number.
-int CopyWholeFile(int source, int target);
 
 // Puts a new store, without cards, in the place of a file at one stroke, and deletes what the
 // engine may have left beside that. Returns 0, or the error's number with all of it still there.

@@ -37,7 +37,7 @@
 #include <variant>
 #include <vector>
 
-#include "base/FileDescriptor.h"
+#include "base/Files.h"
 #include "base/Unicode.h"
 #include "store/Database.h"
 #include "store/PageFile.h"

@@ -1,0 +1,127 @@
+#include "base/Files.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <string>
+
+namespace {
+
+using Block = std::array<char, 1 << 16>;
+
+// Returns the bytes read, fewer than the block has only at the end of the file; negative on an
+// error.
+ssize_t ReadBlock(int file, Block& block) {
+    size_t filled = 0;
+    while (filled < block.size()) {
+        const ssize_t count = ::read(file, block.data() + filled, block.size() - filled);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return -1;
+        }
+        if (count == 0) {
+            break;
+        }
+        filled += static_cast<size_t>(count);
+    }
+    return static_cast<ssize_t>(filled);
+}
+
+int WriteBlock(int file, const Block& block, size_t size) {
+    size_t written = 0;
+    while (written < size) {
+        const ssize_t count = ::write(file, block.data() + written, size - written);
+        if (count < 0 && errno != EINTR) {
+            return errno;
+        }
+        written += static_cast<size_t>(std::max<ssize_t>(count, 0));
+    }
+    return 0;
+}
+
+}  // namespace
+
+void SyncDirectory(const std::filesystem::path& file) {
+    const FileDescriptor directory(
+        ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.IsOpen()) {
+        ::fsync(directory.Get());
+    }
+}
+
+int CopyBytes(int source, int target) {
+    Block block;
+    for (;;) {
+        const ssize_t count = ReadBlock(source, block);
+        if (count < 0) {
+            return errno;
+        }
+        if (count == 0) {
+            return ::fsync(target) == 0 ? 0 : errno;
+        }
+        if (const int error = WriteBlock(target, block, static_cast<size_t>(count))) {
+            return error;
+        }
+    }
+}
+
+int CopyWholeFile(int source, int target) {
+    struct stat status {};
+    if (::fstat(source, &status) != 0) {
+        return errno;
+    }
+    off_t copied = 0;
+    if (::ioctl(target, FICLONE, source) == 0) {
+        copied = status.st_size;
+    }
+    while (copied < status.st_size) {
+        const auto rest = static_cast<size_t>(status.st_size - copied);
+        if (::copy_file_range(source, &copied, target, nullptr, rest, 0) <= 0) {
+            break;
+        }
+    }
+    // Where neither is offered, and for what came in meanwhile.
+    if (::lseek(source, copied, SEEK_SET) < 0 || ::lseek(target, copied, SEEK_SET) < 0) {
+        return errno;
+    }
+    return CopyBytes(source, target);
+}
+
+int CompareBytes(int source, int target) {
+    // Drops the cached pages, so that what is read back comes from the disk.
+    ::posix_fadvise(target, 0, 0, POSIX_FADV_DONTNEED);
+    if (::lseek(source, 0, SEEK_SET) < 0 || ::lseek(target, 0, SEEK_SET) < 0) {
+        return errno;
+    }
+    Block expected;
+    Block found;
+    for (;;) {
+        const ssize_t count = ReadBlock(source, expected);
+        const ssize_t other = ReadBlock(target, found);
+        if (count < 0 || other < 0) {
+            return errno;
+        }
+        if (count != other ||
+            !std::equal(expected.begin(), expected.begin() + count, found.begin())) {
+            return EIO;
+        }
+        if (count == 0) {
+            return 0;
+        }
+    }
+}
+
+bool FileBeginsWith(const std::filesystem::path& file, std::string_view mark) {
+    std::string bytes(mark.size(), ' ');
+    std::ifstream stream(file, std::ios::binary);
+    return stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
+}
