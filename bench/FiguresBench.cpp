@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "scheduler/ReviewFigures.h"
+#include "reviews/ReviewFigures.h"
 #include "support/Fakes.h"
 
 // The statistics of a store of 100,000 cards beside their floor, which reads the same table by bare

@@ -10,9 +10,9 @@
 #include <iterator>
 #include <string>
 
-#include "decks/Deck.h"
-#include "decks/DeckWriter.h"
 #include "exchange/ImportPass.h"
+#include "formats/decks/Deck.h"
+#include "formats/decks/DeckWriter.h"
 #include "store/Database.h"
 #include "support/Fakes.h"
 

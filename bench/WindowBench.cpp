@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "categories/CategoryList.h"
 #include "edit/EditFrame.h"
 #include "store/Database.h"
-#include "storefile/CategoryList.h"
 #include "study/CardViewer.h"
 #include "study/LearningProgress.h"
 #include "support/FakeServices.h"

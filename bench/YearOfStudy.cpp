@@ -11,9 +11,9 @@
 #include <random>
 #include <string>
 
+#include "plot/Plot.h"
+#include "plot/PlotDrawing.h"
 #include "scheduler/Scheduler.h"
-#include "shell/Plot.h"
-#include "shell/PlotDrawing.h"
 #include "store/Database.h"
 #include "support/Fakes.h"
 

@@ -13,6 +13,8 @@
 #include <utility>
 
 #include "edit/EditFrame.h"
+#include "files/windows/RestoreDialog.h"
+#include "files/windows/StoreOpening.h"
 #include "list/BrowseFrame.h"
 #include "preferences/PreferencesDialog.h"
 #include "shell/AppServices.h"
@@ -21,8 +23,6 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "statistics/StatisticsFrame.h"
-#include "storefile/RestoreDialog.h"
-#include "storefile/StoreFile.h"
 #include "study/LearningProgress.h"
 #include "study/StudyFrame.h"
 #include "study/StudyTexts.h"

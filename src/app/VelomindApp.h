@@ -11,12 +11,12 @@
 #include "app/MainWindows.h"
 #include "base/SingleInstance.h"
 #include "base/Time.h"
+#include "files/windows/Backups.h"
+#include "files/windows/StoreFileChange.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
 #include "store/UndoHistory.h"
-#include "storefile/Backups.h"
-#include "storefile/StoreFileChange.h"
 #include "transfer/CardClipboard.h"
 
 class Database;

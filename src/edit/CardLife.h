@@ -6,9 +6,9 @@
 #include <functional>
 #include <vector>
 
-#include "exchange/Worker.h"
-#include "scheduler/ReviewLog.h"
-#include "shell/Plot.h"
+#include "base/Worker.h"
+#include "plot/Plot.h"
+#include "reviews/ReviewLog.h"
 
 // Returns the picture of a card's reviews in one direction: how its interval grew and fell from
 // review to review. The title names the direction. Reviews in the other one are passed over.

@@ -15,6 +15,7 @@
 #include "edit/CardLife.h"
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
+#include "files/windows/Backups.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -24,7 +25,6 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "store/Database.h"
-#include "storefile/Backups.h"
 
 namespace {
 

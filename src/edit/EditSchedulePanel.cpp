@@ -17,10 +17,10 @@
 
 #include "base/Text.h"
 #include "base/Time.h"
+#include "plot/PlotControl.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
-#include "shell/PlotControl.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 

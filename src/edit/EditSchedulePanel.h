@@ -2,7 +2,7 @@
 
 #include <wx/panel.h>
 
-#include "shell/Plot.h"
+#include "plot/Plot.h"
 #include "store/FlashCard.h"
 
 class PlotControl;

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "exchange/Worker.h"
+#include "base/Worker.h"
 
 class CardRecordWriter;
 class CardRow;

@@ -10,8 +10,8 @@
 #include <memory>
 #include <set>
 
-#include "exchange/LegacyRowSource.h"
-#include "exchange/Worker.h"
+#include "base/Worker.h"
+#include "formats/LegacyRowSource.h"
 #include "store/FlashCard.h"
 
 class CardRecordReader;

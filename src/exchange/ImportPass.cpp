@@ -13,7 +13,7 @@
 
 #include "exchange/ImportRecord.h"
 #include "exchange/ImportSource.h"
-#include "exchange/Table.h"
+#include "formats/Table.h"
 #include "store/Database.h"
 #include "store/Statement.h"
 

@@ -8,8 +8,8 @@
 #include <set>
 #include <vector>
 
-#include "exchange/CardRecord.h"
 #include "exchange/ImportJob.h"
+#include "formats/CardRecord.h"
 
 class Database;
 struct ImportResult;

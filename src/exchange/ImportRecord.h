@@ -6,8 +6,8 @@
 #include <list>
 #include <map>
 
-#include "exchange/CardRecord.h"
 #include "exchange/NewCards.h"
+#include "formats/CardRecord.h"
 #include "store/FlashCard.h"
 
 class Database;

@@ -12,14 +12,14 @@
 
 #include "base/Files.h"
 #include "base/Unicode.h"
-#include "exchange/Delimited.h"
 #include "exchange/ImportJob.h"
-#include "exchange/LegacyStoreReader.h"
-#include "exchange/Table.h"
-#include "exchange/TextSource.h"
-#include "exchange/VlmText.h"
+#include "files/StoreFiles.h"
+#include "formats/Delimited.h"
+#include "formats/LegacyStoreReader.h"
+#include "formats/Table.h"
+#include "formats/TextSource.h"
+#include "formats/VlmText.h"
 #include "store/Database.h"
-#include "store/StoreFiles.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "exchange/Worker.h"
+#include "base/Worker.h"
 #include "store/UndoHistory.h"
 
 class Database;

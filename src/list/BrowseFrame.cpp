@@ -16,10 +16,13 @@
 #include <vector>
 
 #include "base/Text.h"
+#include "categories/CategoryList.h"
+#include "categories/CurrentCategory.h"
+#include "categories/DropDown.h"
+#include "files/windows/StoreOpening.h"
 #include "list/CardList.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
-#include "shell/DropDown.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
@@ -28,9 +31,6 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
-#include "storefile/CategoryList.h"
-#include "storefile/CurrentCategory.h"
-#include "storefile/StoreFile.h"
 
 namespace {
 

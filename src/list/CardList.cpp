@@ -11,6 +11,8 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "categories/CurrentCategory.h"
+#include "files/windows/Backups.h"
 #include "list/CardListCtrl.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -21,8 +23,6 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
-#include "storefile/Backups.h"
-#include "storefile/CurrentCategory.h"
 
 namespace {
 

@@ -15,6 +15,8 @@
 #include <initializer_list>
 #include <limits>
 
+#include "files/windows/Backups.h"
+#include "files/windows/StoreFileChange.h"
 #include "preferences/AppearanceControls.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
@@ -22,8 +24,6 @@
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/Subject.h"
-#include "storefile/Backups.h"
-#include "storefile/StoreFileChange.h"
 
 namespace {
 

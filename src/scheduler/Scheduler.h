@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "base/Time.h"
+#include "reviews/ReviewLog.h"
 #include "scheduler/CardSelection.h"
 #include "scheduler/ReviewArithmetic.h"
-#include "scheduler/ReviewLog.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"

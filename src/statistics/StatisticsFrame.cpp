@@ -24,14 +24,14 @@
 #include <utility>
 
 #include "base/Text.h"
-#include "exchange/Worker.h"
+#include "base/Worker.h"
+#include "plot/PlotControl.h"
+#include "plot/PlotDrawing.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/Forms.h"
 #include "shell/MenuBar.h"
 #include "shell/MessageBox.h"
-#include "shell/PlotControl.h"
-#include "shell/PlotDrawing.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"

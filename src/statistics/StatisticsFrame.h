@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "scheduler/ReviewLog.h"
+#include "reviews/ReviewLog.h"
 #include "statistics/StatisticsPlots.h"
 #include "store/FlashCard.h"
 #include "store/Subject.h"

@@ -4,8 +4,8 @@
 #include <wx/stattext.h>
 #include <wx/wrapsizer.h>
 
+#include "plot/PlotControl.h"
 #include "shell/Forms.h"
-#include "shell/PlotControl.h"
 
 namespace {
 

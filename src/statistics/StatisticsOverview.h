@@ -5,7 +5,7 @@
 #include <array>
 #include <functional>
 
-#include "scheduler/ReviewFigures.h"
+#include "reviews/ReviewFigures.h"
 #include "statistics/StatisticsPlots.h"
 
 class PlotControl;

@@ -5,8 +5,8 @@
 #include <array>
 #include <vector>
 
-#include "scheduler/ReviewFigures.h"
-#include "shell/Plot.h"
+#include "plot/Plot.h"
+#include "reviews/ReviewFigures.h"
 
 // What the statistics window shows of the figures: a picture and its numbers for each page, and the
 // answers to what a learner asks first. Needs no window.

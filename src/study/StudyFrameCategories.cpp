@@ -4,9 +4,9 @@
 #include <wx/statusbr.h>
 
 #include "base/Text.h"
+#include "categories/CategoryList.h"
+#include "categories/DropDown.h"
 #include "shell/AppServices.h"
-#include "shell/DropDown.h"
-#include "storefile/CategoryList.h"
 #include "study/BreakBar.h"
 #include "study/CardViewer.h"
 #include "study/StudyFrame.h"

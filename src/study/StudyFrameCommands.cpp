@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "categories/CategoryList.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
-#include "storefile/CategoryList.h"
 #include "study/CardViewer.h"
 
 // What the menus and their keys do in the study window.

@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "base/Text.h"
-#include "exchange/Worker.h"
+#include "base/Worker.h"
 #include "shell/Forms.h"
 #include "shell/Toolkit.h"
 #include "transfer/ProgressDialog.h"

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "decks/DeckSurvey.h"
 #include "exchange/ImportJob.h"
+#include "formats/decks/DeckSurvey.h"
 
 class Database;
 class FatalErrorReport;

@@ -10,8 +10,8 @@
 
 #include <vector>
 
+#include "base/Worker.h"
 #include "exchange/ImportPass.h"
-#include "exchange/Worker.h"
 #include "shell/Forms.h"
 #include "shell/Toolkit.h"
 #include "transfer/ProgressDialog.h"

@@ -18,7 +18,7 @@
 
 #include "base/Unicode.h"
 #include "exchange/ImportJob.h"
-#include "exchange/LegacyStoreReader.h"
+#include "formats/LegacyStoreReader.h"
 #include "shell/AppServices.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "exchange/LegacyRowSource.h"
+#include "formats/LegacyRowSource.h"
 
 class AppServices;
 class Database;

@@ -17,9 +17,9 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "decks/Deck.h"
 #include "exchange/ImportPass.h"
-#include "exchange/TextEncoding.h"
+#include "formats/TextEncoding.h"
+#include "formats/decks/Deck.h"
 #include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"

@@ -7,8 +7,8 @@
 #include <set>
 #include <vector>
 
-#include "exchange/CardRecord.h"
 #include "exchange/ImportJob.h"
+#include "formats/CardRecord.h"
 
 class Database;
 class DeckPanel;

@@ -11,11 +11,11 @@
 #include "base/Text.h"
 #include "base/Time.h"
 #include "exchange/ImportJob.h"
+#include "files/windows/Backups.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "store/Database.h"
-#include "storefile/Backups.h"
 #include "transfer/MergeDialog.h"
 #include "transfer/ProgressDialog.h"
 

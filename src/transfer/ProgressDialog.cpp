@@ -11,7 +11,7 @@
 #include <algorithm>
 
 #include "base/Process.h"
-#include "exchange/Worker.h"
+#include "base/Worker.h"
 #include "shell/Forms.h"
 
 namespace {

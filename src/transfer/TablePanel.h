@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "exchange/Table.h"
+#include "formats/Table.h"
 
 class wxCheckBox;
 class wxChoice;

@@ -1,4 +1,4 @@
-#include "storefile/CurrentCategory.h"
+#include "categories/CurrentCategory.h"
 
 #include "support/GuiTest.h"
 

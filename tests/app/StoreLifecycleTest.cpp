@@ -1,5 +1,5 @@
-#include "store/StoreBackup.h"
-#include "storefile/StoreFile.h"
+#include "files/StoreBackup.h"
+#include "files/windows/StoreOpening.h"
 
 #include <wx/filename.h>
 

@@ -1,8 +1,8 @@
 #include "edit/EditFrame.h"
 
 #include "edit/EditSchedulePanel.h"
-#include "scheduler/ReviewLog.h"
-#include "shell/PlotControl.h"
+#include "plot/PlotControl.h"
+#include "reviews/ReviewLog.h"
 #include "support/GuiTest.h"
 
 namespace {

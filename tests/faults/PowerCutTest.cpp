@@ -8,9 +8,9 @@
 #include <functional>
 #include <memory>
 
-#include "store/StoreBackup.h"
-#include "store/StoreFiles.h"
-#include "store/StoreRepair.h"
+#include "files/StoreBackup.h"
+#include "files/StoreFiles.h"
+#include "files/StoreRepair.h"
 #include "support/StoreFixture.h"
 
 // Each change is recorded as it reaches the disk, and the power is cut after each call in turn. The

@@ -2,11 +2,11 @@
 
 #include <wx/srchctrl.h>
 
+#include "categories/CategoryList.h"
+#include "categories/DropDown.h"
 #include "list/BrowseFrame.h"
 #include "list/CardList.h"
 #include "list/CardListCtrl.h"
-#include "shell/DropDown.h"
-#include "storefile/CategoryList.h"
 #include "support/GuiTest.h"
 
 // The list window, with a person's keys.

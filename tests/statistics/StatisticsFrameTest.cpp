@@ -4,8 +4,8 @@
 #include <wx/clipbrd.h>
 #include <wx/dataobj.h>
 
-#include "scheduler/ReviewLog.h"
-#include "shell/PlotControl.h"
+#include "plot/PlotControl.h"
+#include "reviews/ReviewLog.h"
 #include "support/GuiTest.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "exchange/LegacyRowSource.h"
+#include "formats/LegacyRowSource.h"
 
 // An engine of version 1.0 and what it holds. Each reader gets a copy of it.
 struct FakeEngine : LegacyRowSource {

@@ -1,7 +1,7 @@
 #include "transfer/ImportDialog.h"
 
-#include "decks/DeckWriter.h"
-#include "exchange/Table.h"
+#include "formats/Table.h"
+#include "formats/decks/DeckWriter.h"
 #include "transfer/DialogTest.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "transfer/ProgressDialog.h"
 
-#include "exchange/Worker.h"
+#include "base/Worker.h"
 #include "support/GuiTest.h"
 
 namespace {

@@ -1,0 +1,360 @@
+#include "categories/CategoryList.h"
+
+#include <wx/menu.h>
+#include <wx/settings.h>
+#include <wx/vector.h>
+
+#include <algorithm>
+#include <list>
+#include <map>
+#include <utility>
+
+#include "base/Text.h"
+#include "categories/CurrentCategory.h"
+#include "files/windows/Backups.h"
+#include "resources/ResourceBitmap.h"
+#include "shell/AppServices.h"
+#include "shell/CommandIds.h"
+#include "shell/MenuBar.h"
+#include "shell/MessageBox.h"
+#include "shell/Settings.h"
+#include "shell/Toolkit.h"
+#include "store/Database.h"
+#include "store/UndoHistory.h"
+
+namespace {
+
+constexpr long kChosen = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
+
+void AppendEntry(wxMenu& menu, int id, const wxString& label, const char* picture) {
+    auto* const item = new wxMenuItem(&menu, id, label);
+    item->SetBitmap(LoadResourceBitmap(picture));
+    menu.Append(item);
+}
+
+}  // namespace
+
+CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID id)
+    : wxListCtrl(parent, id, wxDefaultPosition, wxDefaultSize,
+                 wxLC_REPORT | wxLC_SINGLE_SEL | wxLC_NO_HEADER, wxDefaultValidator, "listCtrl"),
+      mServices(services) {
+    SetMinSize(wxSize(100, -1));
+    wxVector<wxBitmapBundle> images;
+    images.push_back(LoadResourceBitmap("icons/category_list.png"));
+    SetSmallImages(images);
+    AppendColumn(_("Category"));
+    TellRow(*this, wxString(), _("Categories"));
+    UseFont();
+    mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { Rename(); }, ID_RENAME_CATEGORY);
+    Bind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
+    Bind(wxEVT_LIST_KEY_DOWN, &CategoryList::OnListKeyDown, this);
+    Bind(wxEVT_CONTEXT_MENU, &CategoryList::OnContextMenu, this);
+    GetRowsWindow(*this).Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        event.Skip();
+        FillWidth();
+    });
+}
+
+CategoryList::~CategoryList() {
+    // The base class sends this event while it destroys its rows, after this part of the object.
+    Unbind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
+}
+
+void CategoryList::SetDatabase(Database* database) {
+    if (database == mpDatabase) {
+        return;
+    }
+    mpDatabase = database;
+    mStoreAttachment.Attach(database, this);
+    RefreshRows();
+}
+
+void CategoryList::Update(Subject* subject) {
+    if (subject == &mServices.GetSettingsNotifier()) {
+        UseFont();
+    } else {
+        RefreshRows();
+    }
+}
+
+void CategoryList::RefreshRows() {
+    std::list<Category> categories;
+    if (mpDatabase == nullptr || mpDatabase->SelectAllCategories(categories) < 0) {
+        return;
+    }
+    const int32_t current = mServices.GetCurrentCategoryId(*mpDatabase);
+    const wxDateTime now = mServices.GetClock().Now();
+    std::map<int32_t, long> rows;
+    for (long row = 0; row < GetItemCount(); ++row) {
+        rows.emplace(CategoryOf(row), row);
+    }
+    std::map<int32_t, long> gone = rows;
+    for (const Category& category : categories) {
+        gone.erase(category.Id);
+        auto place = rows.find(category.Id);
+        if (place == rows.end()) {
+            const long row = InsertItem(GetItemCount(), ShownName(category.Name), 0);
+            SetItemData(row, category.Id);
+            place = rows.emplace(category.Id, row).first;
+        }
+        wxString text;
+        if (MakeRowText(category, now, text) < 0) {
+            return;
+        }
+        SetItemText(place->second, text);
+        if (category.Id == current) {
+            SelectRow(place->second);
+        }
+    }
+    std::list<long> goneRows;
+    for (const auto& [id, row] : gone) {
+        goneRows.push_back(row);
+    }
+    // Deletes from the last row on, as each deletion moves the rows behind it.
+    goneRows.sort();
+    for (auto row = goneRows.rbegin(); row != goneRows.rend(); ++row) {
+        DeleteItem(*row);
+    }
+    SetColumnWidth(0, wxLIST_AUTOSIZE);
+    mRowWidth = GetColumnWidth(0);
+    FillWidth();
+    TellFocusedRow();
+}
+
+int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, wxString& text) {
+    int32_t forward = 0;
+    int32_t reverse = 0;
+    if (mpDatabase->SelectReadyCountForward(category.Id, now, forward) < 0 ||
+        mpDatabase->SelectReadyCountReverse(category.Id, now, reverse) < 0) {
+        return -1;
+    }
+    text = ShownName(category.Name);
+    if (forward != 0 || reverse != 0) {
+        text = wxString::Format(_("%s (%i/%i)"), text, forward, reverse);
+    }
+    return 0;
+}
+
+// The whole width of a row can be clicked, and shows that it is selected.
+void CategoryList::FillWidth() {
+    SetColumnWidth(0, std::max(mRowWidth, GetRowsWindow(*this).GetClientSize().x));
+}
+
+void CategoryList::SelectRow(long row) {
+    // While the control moves the focus, it is about to select the row and deselect the former one.
+    if (!mFocusMoves && GetItemState(row, kChosen) != kChosen) {
+        SetItemState(row, kChosen, kChosen);
+    }
+}
+
+void CategoryList::TellFocusedRow() {
+    const long row = FocusedRow();
+    TellRow(*this, row < 0 ? wxString() : GetItemText(row), _("Categories"));
+}
+
+long CategoryList::FocusedRow() const {
+    return GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED);
+}
+
+int32_t CategoryList::CategoryOf(long row) const {
+    return static_cast<int32_t>(GetItemData(row));
+}
+
+bool CategoryList::HasFocusedRow() const {
+    return FocusedRow() >= 0;
+}
+
+bool CategoryList::HasFocusedCategory() const {
+    const long row = FocusedRow();
+    return row >= 0 && CategoryOf(row) != -1;
+}
+
+void CategoryList::Rename() {
+    const long row = FocusedRow();
+    std::list<Category> found;
+    if (row < 0 || mpDatabase == nullptr ||
+        mpDatabase->SelectCategoryById(CategoryOf(row), found) < 0 || found.empty()) {
+        return;
+    }
+    const Category& category = found.front();
+    TextQuestion dialog(this, _("Please enter a new name for the category."), _("Rename Category"),
+                        category.Name);
+    // The field cannot show every name in full. A text that the user did not touch changes nothing.
+    const wxString untouched = dialog.GetValue();
+    mAsking = true;
+    const bool isAnswered = AskCategoryName(dialog);
+    mAsking = false;
+    if (!isAnswered) {
+        return;
+    }
+    const wxString newName = dialog.GetValue();
+    if (newName == category.Name || newName == untouched) {
+        return;
+    }
+    // After a failure too, so that the list shows what was done.
+    RenameOrMerge(category, newName);
+    mpDatabase->Notify();
+}
+
+// The store has reported what fails; the caller refreshes in any case.
+void CategoryList::RenameOrMerge(const Category& category, const wxString& newName) {
+    std::list<Category> existing;
+    if (mpDatabase->SelectCategoryByName(newName, existing) < 0) {
+        return;
+    }
+    // The store takes some texts for the same name, "7" and "007" for example, and then finds the
+    // category itself.
+    if (existing.empty() || existing.front().Id == category.Id) {
+        RenameOnly(category, newName);
+    } else {
+        Merge(category, existing.front());
+    }
+}
+
+void CategoryList::RenameOnly(const Category& category, const wxString& newName) {
+    std::list<Category> renamed;
+    // Read again, as the store may have made another text of the name.
+    if (mpDatabase->UpdateCategory({category.Id, newName}) < 0 ||
+        mpDatabase->SelectCategoryById(category.Id, renamed) < 0 || renamed.empty()) {
+        return;
+    }
+    StoreChange change;
+    change.What = StoreChange::Kind::kRename;
+    change.Categories.push_back(category);
+    change.NewName = renamed.front().Name;
+    mServices.GetUndoHistory().Add(std::move(change));
+}
+
+void CategoryList::Merge(const Category& from, const Category& into) {
+    const wxString oldName = ShownName(from.Name);
+    const wxString newName = ShownName(into.Name);
+    const wxString question = wxString::Format(
+        _("Category \"%s\" already exists.\n"
+          "Continuing will move all of the cards from category \"%s\" into category \"%s\".\n"
+          "This may take several minutes.\n"
+          "Continue?"),
+        newName, oldName, newName);
+    if (Ask(question, _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) != wxOK) {
+        return;
+    }
+    BackUpStore(this, *mpDatabase, BackupCause::kMerge);
+    const wxBusyCursor busy;
+    StoreChange change;
+    if (NoteMerge(*mpDatabase, from, into.Id, change) < 0 ||
+        mpDatabase->UpdateFlashCardCategory(from.Id, into.Id) < 0) {
+        return;
+    }
+    mServices.GetUndoHistory().Add(std::move(change));
+    if (mServices.GetCurrentCategoryId(*mpDatabase) == from.Id) {
+        // The current category follows the cards.
+        mServices.SetCurrentCategoryId(*mpDatabase, into.Id);
+    }
+    mpDatabase->DeleteCategory(from.Id);
+}
+
+void CategoryList::DeleteFocused() {
+    const long row = FocusedRow();
+    if (mpDatabase == nullptr || row < 0 || CategoryOf(row) == -1) {
+        return;
+    }
+    const wxString refusal = _("Cannot Delete Category");
+    if (GetItemCount() < 2) {
+        Ask(wxString::Format(_("Cannot delete category \"%s\" because it is the only category"),
+                             GetItemText(row)),
+            refusal);
+        return;
+    }
+    int32_t count = 0;
+    if (mpDatabase->SelectCategoryIdCount(CategoryOf(row), count) < 0) {
+        RefreshRows();
+        return;
+    }
+    if (count > 0) {
+        Ask(wxString::Format(_("Cannot delete category \"%s\" because there are flash cards in it"),
+                             GetItemText(row)),
+            refusal);
+        return;
+    }
+    const int answer = Ask(_("Do you really want to delete the selected category?"),
+                           _("Delete Category"), wxOK | wxCANCEL | wxICON_EXCLAMATION);
+    if (answer == wxOK) {
+        DeleteCategoryOf(row);
+    }
+}
+
+int CategoryList::Ask(const wxString& text, const wxString& caption, long style) {
+    mAsking = true;
+    const int answer = ShowMessageBox(text, caption, style, this);
+    mAsking = false;
+    return answer;
+}
+
+void CategoryList::DeleteCategoryOf(long row) {
+    const int32_t id = CategoryOf(row);
+    const long heir = row + 1 < GetItemCount() ? row + 1 : row - 1;
+    mServices.SetCurrentCategoryId(*mpDatabase, CategoryOf(heir));
+    SelectRow(heir);
+    // When the store refuses, the refresh shows that the row is still there.
+    mpDatabase->DeleteCategory(id);
+    mpDatabase->Notify();
+}
+
+void CategoryList::Paste() {
+    if (CanPaste()) {
+        mServices.PasteCards(CategoryOf(FocusedRow()), AppServices::EmptyCut::kAfter);
+    }
+}
+
+bool CategoryList::CanPaste() const {
+    return HasFocusedRow() && mServices.CanPasteCards();
+}
+
+// Returns the room that all rows need, so that the window around the list can be that small.
+wxSize CategoryList::DoGetBestClientSize() const {
+    wxRect row;
+    if (GetItemCount() == 0 || !GetItemRect(0, row)) {
+        return wxListCtrl::DoGetBestClientSize();
+    }
+    const int scrollBar = std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
+    return wxSize(mRowWidth + scrollBar, GetItemCount() * row.height);
+}
+
+void CategoryList::UseFont() {
+    SetFont(ReadFontSetting(kSettingBrowseFont));
+}
+
+void CategoryList::OnItemFocused(wxListEvent& event) {
+    // The event has no row when the focus is lost.
+    if (mpDatabase == nullptr || event.GetIndex() < 0) {
+        return;
+    }
+    TellFocusedRow();
+    const int32_t id = CategoryOf(event.GetIndex());
+    // Nothing changes when the category is current already.
+    if (id != mServices.GetCurrentCategoryId(*mpDatabase)) {
+        mServices.SetCurrentCategoryId(*mpDatabase, id);
+        mFocusMoves = true;
+        mpDatabase->Notify();
+        mFocusMoves = false;
+    }
+}
+
+void CategoryList::OnListKeyDown(wxListEvent& event) {
+    if (event.GetKeyCode() == WXK_DELETE) {
+        DeleteFocused();
+    } else {
+        event.Skip();
+    }
+}
+
+void CategoryList::OnContextMenu(wxContextMenuEvent& event) {
+    wxMenu menu;
+    AppendEntry(menu, ID_NEW_CATEGORY, _("New &Category"), "icons/newcategory_menu.png");
+    AppendEntry(menu, ID_RENAME_CATEGORY, _("Rename..."), "icons/blank_menu.png");
+    AppendEntry(menu, wxID_DELETE, _("Delete"), "icons/delete_menu.png");
+    mAsking = true;
+    PopUpMenu(*this, menu, event);
+    mAsking = false;
+}

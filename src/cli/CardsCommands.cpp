@@ -1,0 +1,675 @@
+// The commands of velomind-cards. None of them waits for the reader of its output, or for the
+// writer of its input, while it holds a lock on the store: what comes through a pipe is read to its
+// end first, and what is printed is complete, or goes card by card, before the first byte leaves.
+
+#include "cli/CardsCommands.h"
+
+#include <unistd.h>
+#include <wx/ffile.h>
+#include <wx/filefn.h>
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/wfstream.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Process.h"
+#include "base/SingleInstance.h"
+#include "base/Text.h"
+#include "base/Time.h"
+#include "base/Unicode.h"
+#include "cli/CardsOptions.h"
+#include "cli/CardsOutput.h"
+#include "exchange/Export.h"
+#include "exchange/ImportPass.h"
+#include "files/StoreBackup.h"
+#include "files/StoreCheck.h"
+#include "files/StoreFiles.h"
+#include "files/StoreRepair.h"
+#include "formats/TextSink.h"
+#include "formats/decks/DeckSurvey.h"
+#include "store/CardRow.h"
+#include "store/Database.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+int Refuse(const wxString& text) {
+    PrintError(text);
+    return kCardsRefused;
+}
+
+int FailStore(const wxString& text) {
+    PrintError(text);
+    return kCardsStoreFailed;
+}
+
+int FinishOutput(bool isPrinted) {
+    return isPrinted ? int{kCardsDone} : Refuse(_("The output could not be written to its end."));
+}
+
+// The process has one thread, so a failure ends it where it happens.
+class EndingReport : public FatalErrorReport {
+  public:
+    void Report(const wxString& text) override {
+        PrintError(text);
+        EndProcess(kExitFatal);
+    }
+    void DeliverPending() override {}
+};
+
+// The store joins the worker of an upgrade itself.
+class SilentWait : public UpgradeWait {
+  public:
+    void WaitFor(wxThread& /*worker*/) override {}
+};
+
+// The store that a command works on.
+class Store {
+  public:
+    enum class Use { kRead, kWrite, kWriteOrCreate };
+
+    explicit Store(const wxString& path);
+
+    // Opens the store. Returns kCardsDone, or what to end with after the reason was printed.
+    int Open(Use use);
+    Database& GetDatabase() { return mDatabase; }
+    const wxString& GetPath() const { return mPath; }
+    bool Exists() const { return wxFileName::FileExists(mPath); }
+    // Keeps the program from opening the store until this object ends. Returns false, with the
+    // reason printed, when it has the store open already.
+    bool KeepProgramOut();
+
+  private:
+    wxString mPath;
+    // The program opens no other store than this one.
+    bool mIsProgramsStore;
+    SingleInstance mInstance;
+    EndingReport mReport;
+    Database mDatabase;
+};
+
+Store::Store(const wxString& path) : mInstance(FindRuntimeDirectory()), mDatabase(mReport) {
+    bool isStored = false;
+    const wxString chosen = GetChosenStorePath(isStored);
+    mPath = MakeStorePathFull(path.empty() ? chosen : path);
+    mIsProgramsStore = IsSameFile(mPath, chosen);
+}
+
+bool Store::KeepProgramOut() {
+    if (!mIsProgramsStore) {
+        return true;
+    }
+    switch (mInstance.BecomeFirst(SingleInstance::Greeting::None)) {
+        case SingleInstance::Standing::First:
+            return true;
+        case SingleInstance::Standing::Second:
+            PrintError(wxString::Format(
+                _("Velomind has the store \"%s\" open. Nothing was changed."), mPath));
+            return false;
+        default:
+            PrintError(mInstance.GetProblem());
+            return false;
+    }
+}
+
+int Store::Open(Use use) {
+    if (use != Use::kWriteOrCreate && !Exists()) {
+        return FailStore(wxString::Format(_("There is no store \"%s\"."), mPath));
+    }
+    if (use != Use::kRead && !KeepProgramOut()) {
+        return kCardsStoreFailed;
+    }
+    SilentWait wait;
+    if (mDatabase.Open(mPath, wait) < 0) {
+        return FailStore(wxString::Format(_("The store \"%s\" cannot be opened: %s"), mPath,
+                                          mDatabase.GetLastError()));
+    }
+    return kCardsDone;
+}
+
+// A directory of our own that goes with this object, and what is in it.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory() {
+        std::string name = (fs::temp_directory_path() / "velomind-cards-XXXXXX").string();
+        mPath = mkdtemp(name.data()) == nullptr ? std::string() : name;
+    }
+    ~TemporaryDirectory() {
+        std::error_code error;
+        if (!mPath.empty()) {
+            fs::remove_all(mPath, error);
+        }
+    }
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    wxString GetPath() const { return FromUtf8(mPath); }
+
+  private:
+    std::string mPath;
+};
+
+using FilePointer = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+// Copies one stream to its end. Returns false when one of them fails.
+bool Copy(std::FILE* from, std::FILE* to) {
+    std::array<char, 1 << 16> block{};
+    for (;;) {
+        const size_t length = std::fread(block.data(), 1, block.size(), from);
+        if (length == 0) {
+            return std::ferror(from) == 0 && std::fflush(to) == 0;
+        }
+        if (std::fwrite(block.data(), 1, length, to) != length) {
+            return false;
+        }
+    }
+}
+
+// A file to read several times. What comes through a pipe, or from standard input for "-", is
+// copied to a temporary file first, which goes with this object. The user's file is never touched.
+class InputFile {
+  public:
+    ~InputFile() {
+        if (!mCopy.empty()) {
+            wxRemoveFile(mCopy);
+        }
+    }
+
+    // Returns false, with the reason printed, for a file that cannot be read.
+    bool Open(const wxString& name);
+    const wxString& GetPath() const { return mPath; }
+
+  private:
+    bool CopyPipe(const wxString& name);
+
+    wxString mPath;
+    wxString mCopy;
+};
+
+bool InputFile::Open(const wxString& name) {
+    mPath = FullPath(name);
+    std::error_code error;
+    const fs::file_type type = fs::status(fs::u8path(ToUtf8(mPath)), error).type();
+    const bool isPipe = name == "-" || type == fs::file_type::fifo ||
+                        type == fs::file_type::character || type == fs::file_type::socket;
+    const bool isGood = isPipe
+                            ? CopyPipe(name)
+                            : type == fs::file_type::regular && wxFileName::IsFileReadable(mPath);
+    if (!isGood) {
+        PrintError(wxString::Format(_("The file \"%s\" cannot be read."), name));
+    }
+    return isGood;
+}
+
+bool InputFile::CopyPipe(const wxString& name) {
+    const wxLogNull silence;
+    mCopy = wxFileName::CreateTempFileName("velomind-cards");
+    mPath = mCopy;
+    const FilePointer from(name == "-" ? fdopen(dup(STDIN_FILENO), "rb")
+                                       : std::fopen(ToUtf8(FullPath(name)).c_str(), "rb"),
+                           &std::fclose);
+    const FilePointer to(mCopy.empty() ? nullptr : std::fopen(ToUtf8(mCopy).c_str(), "wb"),
+                         &std::fclose);
+    return from != nullptr && to != nullptr && Copy(from.get(), to.get());
+}
+
+wxString SystemText(int error) {
+    return wxSysErrorMsgStr(static_cast<unsigned long>(error));
+}
+
+// Copies an open store into a file that is not there yet.
+int CopyTo(Store& store, const wxString& path) {
+    const int error = CopyOpenStore(store.GetDatabase(), path);
+    return error == 0 ? int{kCardsDone}
+                      : FailStore(wxString::Format(_("The store \"%s\" cannot be copied: %s."),
+                                                   store.GetPath(), SystemText(error)));
+}
+
+// A file with cards: a deck of another program, or a list whose form is found out.
+class CardSource {
+  public:
+    // Returns false, with the reason printed, for a deck that cannot be made ready.
+    bool Open(const InputFile& file) {
+        mPath = file.GetPath();
+        if (!DeckFile::IsDeck(mPath)) {
+            return true;
+        }
+        wxString message;
+        mDeck = DeckFile::Open(mPath, message);
+        if (mDeck == nullptr) {
+            PrintError(message);
+        }
+        return mDeck != nullptr;
+    }
+    bool IsDeck() const { return mDeck != nullptr; }
+
+    ImportInput MakeInput(Database& database) const {
+        ImportInput input;
+        input.FileName = mPath;
+        if (IsDeck()) {
+            input.Format = ImportFormat::kDeck;
+            input.MakeDeckReader = [deck = mDeck](Database& asked, wxString& message) {
+                return MakeDeckReader(deck, DeckOptions(), asked, message);
+            };
+        } else {
+            GuessFormat(input, database);
+        }
+        return input;
+    }
+    // What of a deck comes along and what does not; no line for a list.
+    std::vector<wxString> Describe(Database& database) const {
+        if (!IsDeck()) {
+            return {};
+        }
+        SurveyProgress progress;
+        const DeckSurvey survey = SurveyDeck(mDeck, DeckOptions(), database, progress);
+        return survey.Failure.empty() ? DescribeSurvey(survey) : std::vector<wxString>();
+    }
+
+  private:
+    wxString mPath;
+    std::shared_ptr<DeckFile> mDeck;
+};
+
+// Imports into an open store and tells the outcome.
+int Import(const CardSource& source, Store& store, bool json) {
+    const ImportInput input = source.MakeInput(store.GetDatabase());
+    const std::vector<wxString> notices = source.Describe(store.GetDatabase());
+    ImportResult result;
+    const int outcome = ImportCards(input, store.GetDatabase(), result, false, nullptr);
+    store.GetDatabase().Close();
+    if (outcome < 0 && !json) {
+        const wxString text =
+            result.LineNumber >= 1
+                ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
+                : result.Message;
+        return Refuse(text);
+    }
+    const bool isPrinted = PrintImport(result, notices, json);
+    return outcome < 0 || !isPrinted ? kCardsRefused : kCardsDone;
+}
+
+// The import itself, into a copy of the store, or into an empty one where there is none.
+int TryImport(const CardSource& source, Store& store, bool json) {
+    const TemporaryDirectory directory;
+    Store copy(directory.GetPath() + "/" + kDefaultStoreName);
+    if (store.Exists()) {
+        int failure = store.Open(Store::Use::kRead);
+        if (failure == kCardsDone) {
+            failure = CopyTo(store, copy.GetPath());
+        }
+        if (failure != kCardsDone) {
+            return failure;
+        }
+        store.GetDatabase().Close();
+    }
+    const int failure = copy.Open(Store::Use::kWriteOrCreate);
+    return failure == kCardsDone ? Import(source, copy, json) : failure;
+}
+
+// Makes a backup of a store where backups lie; one that cannot be opened is copied as it is.
+// Returns its path, or the empty text when there is none, as for a store without cards, or when it
+// failed, which was told then.
+wxString MakeBackup(Store& store, BackupCause cause) {
+    const wxDateTime now = CurrentTime();
+    const BackupSettings settings = ReadBackupSettings(cause);
+    StoreBackups backups(settings, [](const wxString& text) { PrintError(text); });
+    Database& database = store.GetDatabase();
+    const int error = database.IsOpen() ? backups.Make(database, cause, now)
+                                        : backups.MakeOfFile(store.GetPath(), cause, now);
+    if (error != 0) {
+        return wxString();
+    }
+    const std::vector<StoreBackup> all = ListBackups(
+        settings.Directory.empty() ? GetBackupDirectory() : settings.Directory, store.GetPath());
+    // Names have whole seconds.
+    const auto made = std::find_if(all.begin(), all.end(), [&](const StoreBackup& backup) {
+        return backup.Cause == cause && backup.Time > now - wxTimeSpan::Seconds(1);
+    });
+    return made == all.end() ? wxString() : made->Path;
+}
+
+int RunImport(const CardsOptions& options) {
+    InputFile file;
+    if (!file.Open(options.Operands.front())) {
+        return kCardsRefused;
+    }
+    CardSource source;
+    if (!source.Open(file)) {
+        return kCardsRefused;
+    }
+    if (!source.IsDeck() && IsDatabaseFile(file.GetPath())) {
+        return Refuse(DatabaseFileMessage(options.Operands.front()));
+    }
+    Store store(options.Store);
+    if (options.DryRun) {
+        return TryImport(source, store, options.Json);
+    }
+    if (const int failure = store.Open(Store::Use::kWriteOrCreate)) {
+        return failure;
+    }
+    MakeBackup(store, BackupCause::kImport);
+    return Import(source, store, options.Json);
+}
+
+// Puts the cards of one category, or of all, into the order of their introduction.
+int SelectCards(Database& database, const CardsOptions& options, std::vector<int64_t>& rowIds) {
+    const CardOrder order(CardColumn::kCategory);
+    const wxString search = options.Operands.empty() ? wxString() : options.Operands.front();
+    if (options.Category.empty()) {
+        return search.empty() ? database.CardSelectRowIdsOrder(order, rowIds)
+                              : database.SearchRowIdsOrder(search, order, rowIds);
+    }
+    std::list<Category> found;
+    if (database.SelectCategoryByName(options.Category, found) < 0) {
+        return -1;
+    }
+    if (found.empty()) {
+        PrintError(wxString::Format(_("There is no category \"%s\"."), options.Category));
+        return kCardsRefused;
+    }
+    return search.empty() ? database.CardSelectRowIdsOrder(found.front().Id, order, rowIds)
+                          : database.SearchRowIdsOrder(found.front().Id, search, order, rowIds);
+}
+
+// Shows the output to its reader only when it is complete, as the cards are read under a lock.
+int ExportThroughCopy(Database& database, const std::vector<int64_t>& rowIds,
+                      const CardsOptions& options) {
+    const FilePointer copy(std::tmpfile(), &std::fclose);
+    if (copy == nullptr) {
+        return Refuse(_("There is no room for a temporary file."));
+    }
+    ExportProgress progress;
+    {
+        wxFFile file(copy.get());
+        wxFFileOutputStream stream(file);
+        EncodedSink sink(stream, wxFONTENCODING_UTF8);
+        const int result = WriteCards(sink, database, rowIds, options.Export, progress);
+        const bool isWritten = sink.Flush() && file.Flush();
+        file.Detach();
+        if (result < 0 || !isWritten) {
+            return Refuse(_("There is no room for a temporary file."));
+        }
+    }
+    database.Close();
+    std::rewind(copy.get());
+    const FilePointer output(options.Output.empty()
+                                 ? nullptr
+                                 : std::fopen(ToUtf8(FullPath(options.Output)).c_str(), "wb"),
+                             &std::fclose);
+    std::FILE* const to = options.Output.empty() ? stdout : output.get();
+    return FinishOutput(to != nullptr && Copy(copy.get(), to));
+}
+
+int RunExport(const CardsOptions& options) {
+    Store store(options.Store);
+    if (const int failure = store.Open(Store::Use::kRead)) {
+        return failure;
+    }
+    Database& database = store.GetDatabase();
+    std::vector<int64_t> rowIds;
+    if (SelectCards(database, options, rowIds) != 0) {
+        return kCardsStoreFailed;
+    }
+    const wxString path = FullPath(options.Output);
+    std::error_code error;
+    const fs::file_status status = fs::status(fs::u8path(ToUtf8(path)), error);
+    if (options.Output.empty() || (fs::exists(status) && !fs::is_regular_file(status))) {
+        return ExportThroughCopy(database, rowIds, options);
+    }
+    ExportProgress progress;
+    if (ExportToFile(path, wxFONTENCODING_UTF8, database, rowIds, options.Export, progress) < 0) {
+        // Without a message, the library's log has told why.
+        return progress.Message.empty() ? int{kCardsRefused} : Refuse(progress.Message);
+    }
+    return kCardsDone;
+}
+
+int ReadCategories(Database& database, std::map<int32_t, wxString>& names) {
+    std::list<Category> categories;
+    if (database.SelectAllCategories(categories) < 0) {
+        return -1;
+    }
+    for (const Category& category : categories) {
+        names[category.Id] = category.Name;
+    }
+    return 0;
+}
+
+// Prints one card at a time; the store is free between them.
+int PrintCards(Database& database, const std::vector<int64_t>& rowIds, bool json) {
+    std::map<int32_t, wxString> names;
+    if (ReadCategories(database, names) < 0) {
+        return kCardsStoreFailed;
+    }
+    bool isGood = !json || std::fputs("[", stdout) != EOF;
+    const char* separator = "";
+    for (const int64_t rowId : rowIds) {
+        std::string line;
+        const auto visit = [&](const CardRow& card) {
+            const std::u16string category = ToUtf16(names[card.CategoryId()]);
+            JsonRecordWriter record;
+            WriteCardRecord(record, card, category, true, true);
+            line = json ? record.GetText() : record.GetLine();
+        };
+        if (database.VisitCardsByRowId({rowId}, visit) < 0) {
+            return kCardsStoreFailed;
+        }
+        if (!line.empty()) {
+            isGood = isGood && std::fputs(separator, stdout) != EOF && PrintLine(line);
+            separator = json ? "," : "";
+        }
+    }
+    isGood = isGood && (!json || PrintLine("]")) && std::fflush(stdout) == 0;
+    return FinishOutput(isGood);
+}
+
+int RunList(const CardsOptions& options) {
+    Store store(options.Store);
+    if (const int failure = store.Open(Store::Use::kRead)) {
+        return failure;
+    }
+    std::vector<int64_t> rowIds;
+    const int result = SelectCards(store.GetDatabase(), options, rowIds);
+    if (result != 0) {
+        return result < 0 ? int{kCardsStoreFailed} : result;
+    }
+    return PrintCards(store.GetDatabase(), rowIds, options.Json);
+}
+
+int Count(Database& database, int32_t id, CategoryCounts& counts) {
+    const wxDateTime now = CurrentTime();
+    const bool isGood = database.SelectCategoryIdCount(id, counts.Cards) >= 0 &&
+                        database.CountForward(id, counts.Forward.Studied) >= 0 &&
+                        database.CountReverse(id, counts.Reverse.Studied) >= 0 &&
+                        database.CountIntroducedForward(id, counts.Forward.Introduced) >= 0 &&
+                        database.CountIntroducedReverse(id, counts.Reverse.Introduced) >= 0 &&
+                        database.SelectReadyCountForward(id, now, counts.Forward.Due) >= 0 &&
+                        database.SelectReadyCountReverse(id, now, counts.Reverse.Due) >= 0;
+    return isGood ? 0 : -1;
+}
+
+int RunCounts(const CardsOptions& options) {
+    Store store(options.Store);
+    if (const int failure = store.Open(Store::Use::kRead)) {
+        return failure;
+    }
+    std::list<Category> categories;
+    if (store.GetDatabase().SelectAllCategories(categories) < 0) {
+        return kCardsStoreFailed;
+    }
+    std::vector<CategoryCounts> all;
+    for (const Category& category : categories) {
+        CategoryCounts counts;
+        counts.Name = category.Name;
+        if (Count(store.GetDatabase(), category.Id, counts) < 0) {
+            return kCardsStoreFailed;
+        }
+        all.push_back(counts);
+    }
+    store.GetDatabase().Close();
+    const bool isPrinted = options.Command == CardsCommand::kDue
+                               ? PrintDue(all, options.Json)
+                               : PrintStats(store.GetPath(), all, options.Json);
+    return FinishOutput(isPrinted);
+}
+
+int FinishCheck(const std::vector<ImportFault>& faults, bool json) {
+    const int outcome = FinishOutput(PrintFaults(faults, json));
+    return faults.empty() ? outcome : kCardsRefused;
+}
+
+int RunCheckStore(const wxString& path, bool json) {
+    std::vector<ImportFault> faults;
+    for (const wxString& fault : CheckStoreFile(path)) {
+        faults.push_back({fault, -1});
+    }
+    return FinishCheck(faults, json);
+}
+
+// The store is asked for the cards that the list names by their identity. Where there is none, an
+// empty one serves for the moment.
+int RunCheckList(const CardSource& source, const CardsOptions& options) {
+    Store store(options.Store);
+    const TemporaryDirectory directory;
+    Store empty(directory.GetPath() + "/" + kDefaultStoreName);
+    Store& asked = store.Exists() ? store : empty;
+    const Store::Use use = store.Exists() ? Store::Use::kRead : Store::Use::kWriteOrCreate;
+    if (const int failure = asked.Open(use)) {
+        return failure;
+    }
+    const std::vector<ImportFault> faults =
+        FindFaults(source.MakeInput(asked.GetDatabase()), asked.GetDatabase());
+    asked.GetDatabase().Close();
+    return FinishCheck(faults, options.Json);
+}
+
+int RunCheck(const CardsOptions& options) {
+    InputFile file;
+    if (!file.Open(options.Operands.front())) {
+        return kCardsRefused;
+    }
+    CardSource source;
+    if (!source.Open(file)) {
+        return kCardsRefused;
+    }
+    return !source.IsDeck() && IsDatabaseFile(file.GetPath())
+               ? RunCheckStore(file.GetPath(), options.Json)
+               : RunCheckList(source, options);
+}
+
+int RunBackup(const CardsOptions& options) {
+    Store store(options.Store);
+    if (const int failure = store.Open(Store::Use::kRead)) {
+        return failure;
+    }
+    wxString path;
+    if (options.Operands.empty()) {
+        path = MakeBackup(store, BackupCause::kUser);
+        if (path.empty()) {
+            return FailStore(_("No backup was made."));
+        }
+    } else {
+        path = FullPath(options.Operands.front());
+        if (wxFileName::Exists(path)) {
+            return Refuse(wxString::Format(_("There is a file \"%s\" already."), path));
+        }
+        if (const int failure = CopyTo(store, path)) {
+            return failure;
+        }
+    }
+    store.GetDatabase().Close();
+    return FinishOutput(PrintPath(path, options.Json));
+}
+
+// Puts a backup in the place of the store. The store that goes is backed up first, unless nothing
+// of it can be read.
+int RunRestore(const CardsOptions& options) {
+    InputFile backup;
+    if (!backup.Open(options.Operands.front())) {
+        return kCardsRefused;
+    }
+    Store store(options.Store);
+    if (IsSameFile(backup.GetPath(), store.GetPath())) {
+        return Refuse(_("A store cannot be restored from itself."));
+    }
+    if (!store.KeepProgramOut()) {
+        return kCardsStoreFailed;
+    }
+    wxString kept;
+    if (store.Exists()) {
+        store.Open(Store::Use::kWrite);
+        kept = MakeBackup(store, BackupCause::kRestore);
+        store.GetDatabase().Close();
+    }
+    const int error = RestoreBackup(backup.GetPath(), store.GetPath());
+    if (error == EILSEQ) {
+        return Refuse(
+            wxString::Format(_("The file \"%s\" is not a whole store."), options.Operands.front()));
+    }
+    if (error != 0) {
+        return FailStore(wxString::Format(_("The store \"%s\" cannot be replaced: %s."),
+                                          store.GetPath(), SystemText(error)));
+    }
+    return FinishOutput(kept.empty() || PrintPath(kept, options.Json));
+}
+
+// Leaves the damaged file as it is, and the store of the settings alone.
+int RunRepair(const CardsOptions& options) {
+    const wxString damaged = FullPath(options.Operands[0]);
+    const wxString target = FullPath(options.Operands[1]);
+    if (!wxFileName::FileExists(damaged) || !wxFileName::IsFileReadable(damaged)) {
+        return Refuse(wxString::Format(_("The file \"%s\" cannot be read."), options.Operands[0]));
+    }
+    if (wxFileName::Exists(target)) {
+        return Refuse(wxString::Format(_("There is a file \"%s\" already."), target));
+    }
+    RepairReport report;
+    const int error = RepairStore(damaged, target, report);
+    if (error == EILSEQ) {
+        return Refuse(
+            wxString::Format(_("Nothing of a store was found in \"%s\"."), options.Operands[0]));
+    }
+    if (error != 0) {
+        return FailStore(wxString::Format(_("The store \"%s\" cannot be written: %s."), target,
+                                          SystemText(error)));
+    }
+    return FinishOutput(PrintRepair(report, options.Json));
+}
+
+}  // namespace
+
+int RunCardsCommand(const CardsOptions& options) {
+    switch (options.Command) {
+        case CardsCommand::kImport:
+            return RunImport(options);
+        case CardsCommand::kExport:
+            return RunExport(options);
+        case CardsCommand::kList:
+            return RunList(options);
+        case CardsCommand::kDue:
+        case CardsCommand::kStats:
+            return RunCounts(options);
+        case CardsCommand::kCheck:
+            return RunCheck(options);
+        case CardsCommand::kBackup:
+            return RunBackup(options);
+        case CardsCommand::kRestore:
+            return RunRestore(options);
+        case CardsCommand::kRepair:
+            return RunRepair(options);
+    }
+    return kCardsUsage;
+}

@@ -1,0 +1,131 @@
+#include "files/StoreCheck.h"
+
+#include <sqlite3.h>
+#include <wx/intl.h>
+
+#include <memory>
+#include <string>
+
+#include "base/Unicode.h"
+
+namespace {
+
+using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
+using StatementHandle = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
+
+// The engine stops at so many faults, which is more than anybody reads.
+constexpr char kCheckPages[] = "PRAGMA integrity_check(10000)";
+
+// Each asks for all columns that the program reads of one table.
+constexpr const char* kColumns[] = {
+    "SELECT CardId,Front,Back,CategoryId,Author,Chapter,IntroductionOrder,ForwardX,ReverseX,Notes,"
+    "Introduced,LastReview,LastScore,ReviewInterval,Difficulty,NextReview,ERC,RIntroduced,"
+    "RLastReview,RLastScore,RReviewInterval,RDifficulty,RNextReview,RERC FROM Cards LIMIT 0",
+    "SELECT Id,Name FROM Categories LIMIT 0", "SELECT Key,Value FROM Globals LIMIT 0"};
+
+// Counts rows that mean nothing, and says so with the number of them.
+struct RowCheck {
+    const char* Sql;
+    const char* Text;
+};
+
+constexpr RowCheck kRowChecks[] = {
+    {"SELECT COUNT(*) FROM Cards WHERE CategoryId<>-1 AND CategoryId NOT IN (SELECT Id FROM "
+     "Categories)",
+     wxTRANSLATE("Cards in a category that does not exist: %i")},
+    {"SELECT COUNT(*) FROM Cards WHERE CardId IS NULL OR LENGTH(CardId)<>36",
+     wxTRANSLATE("Cards without an identity: %i")},
+    {"SELECT COUNT(*) FROM Cards WHERE Front IS NULL OR Back IS NULL",
+     wxTRANSLATE("Cards without a front or a back: %i")}};
+
+Handle OpenHandle(const wxString& path, int flags) {
+    sqlite3* handle = nullptr;
+    sqlite3_open_v2(ToUtf8(path).c_str(), &handle, flags, nullptr);
+    return {handle, &sqlite3_close};
+}
+
+// The questions to one file.
+class Check {
+  public:
+    explicit Check(const wxString& path);
+    void Run();
+    std::vector<wxString> Faults;
+
+  private:
+    bool AskPages();
+    bool AskColumns();
+    void AskRows();
+    StatementHandle Prepare(const char* sql);
+    void AddEngineFault();
+
+    const Handle mHandle;
+};
+
+Check::Check(const wxString& path) : mHandle(OpenHandle(path, SQLITE_OPEN_READONLY)) {
+    // What stands in the schema of a file from anywhere is data.
+    sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+}
+
+void Check::Run() {
+    if (AskPages() && AskColumns()) {
+        AskRows();
+    }
+}
+
+// Returns false when the file cannot be asked anything else.
+bool Check::AskPages() {
+    const StatementHandle statement = Prepare(kCheckPages);
+    int result = SQLITE_ERROR;
+    while (statement != nullptr && (result = sqlite3_step(statement.get())) == SQLITE_ROW) {
+        const auto* const bytes =
+            reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0));
+        const wxString text = FromUtf8(bytes == nullptr ? "" : bytes);
+        if (text != "ok") {
+            Faults.push_back(text);
+        }
+    }
+    if (result != SQLITE_DONE) {
+        AddEngineFault();
+    }
+    return result == SQLITE_DONE;
+}
+
+bool Check::AskColumns() {
+    const size_t before = Faults.size();
+    for (const char* const sql : kColumns) {
+        if (Prepare(sql) == nullptr) {
+            AddEngineFault();
+        }
+    }
+    return Faults.size() == before;
+}
+
+void Check::AskRows() {
+    for (const RowCheck& check : kRowChecks) {
+        const StatementHandle statement = Prepare(check.Sql);
+        if (statement == nullptr || sqlite3_step(statement.get()) != SQLITE_ROW) {
+            AddEngineFault();
+        } else if (const int count = sqlite3_column_int(statement.get(), 0)) {
+            Faults.push_back(wxString::Format(wxGetTranslation(check.Text), count));
+        }
+    }
+}
+
+StatementHandle Check::Prepare(const char* sql) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(mHandle.get(), sql, -1, &statement, nullptr);
+    return {statement, &sqlite3_finalize};
+}
+
+void Check::AddEngineFault() {
+    Faults.push_back(FromUtf8(sqlite3_errmsg(mHandle.get())));
+}
+
+}  // namespace
+
+std::vector<wxString> CheckStoreFile(const wxString& path) {
+    Check check(path);
+    check.Run();
+    return check.Faults;
+}

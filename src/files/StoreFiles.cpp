@@ -1,0 +1,470 @@
+#include "files/StoreFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <wx/confbase.h>
+#include <wx/filename.h>
+#include <wx/log.h>
+#include <wx/stdpaths.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "base/Files.h"
+#include "base/SettingsFile.h"
+#include "base/Text.h"
+#include "base/Unicode.h"
+#include "files/ForeignDatabase.h"
+#include "store/CardUuid.h"
+#include "store/Database.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const auto& kCompanions = Database::kCompanions;
+
+using namespace std::string_view_literals;
+
+// The first bytes of a database, of its journal, and of its write-ahead log in either byte order.
+constexpr std::string_view kDatabaseMark = "SQLite format 3\0"sv;
+constexpr std::string_view kMarks[] = {kDatabaseMark, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7"sv,
+                                       "\x37\x7F\x06\x82"sv, "\x37\x7F\x06\x83"sv};
+
+fs::path ToPath(const wxString& path) {
+    return fs::u8path(ToUtf8(path));
+}
+
+// False for a text that no file name can hold as it stands, and for an address.
+bool NamesAFile(const wxString& path) {
+    return !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos &&
+           FromUtf8(ToUtf8(path)) == path;
+}
+
+fs::path Beside(const fs::path& store, const char* suffix) {
+    fs::path companion = store;
+    companion += suffix;
+    return companion;
+}
+
+// True when changes wait in this file of the engine.
+bool IsPending(const fs::path& companion) {
+    std::error_code error;
+    return fs::exists(companion, error) && fs::file_size(companion, error) != 0 &&
+           std::ifstream(companion, std::ios::binary).get() != 0;
+}
+
+// True when changes wait in one of the engine's files, which would be lost by a move. A store that
+// was closed in good order has none, but perhaps an empty one or one whose zeros say "finished".
+bool HasPendingChanges(const fs::path& store) {
+    return std::any_of(std::begin(kCompanions), std::end(kCompanions),
+                       [&](const char* suffix) { return IsPending(Beside(store, suffix)); });
+}
+
+// Call it only when no changes are pending: the files hold nothing then.
+void RemoveCompanions(const fs::path& store) {
+    for (const char* const suffix : kCompanions) {
+        std::error_code error;
+        fs::remove(Beside(store, suffix), error);
+    }
+}
+
+// A pattern for mkstemp and mkdtemp: something beside the file that lives no longer than a move.
+std::string TemporaryName(const fs::path& file) {
+    return (file.parent_path() / "velomind-XXXXXX").string();
+}
+
+// The file that has to make room for a store, and the engine's files beside it, set aside until the
+// store is in its place: a journal that stayed would be played back into the store, and one that
+// went before a move that then fails would be missed by the file that stays. They wait in a
+// directory of their own under their own names, where a person can find them after a crash.
+class ReplacedFile {
+  public:
+    explicit ReplacedFile(const fs::path& file) : mFile(file) {}
+    // Puts back what is still set aside.
+    ~ReplacedFile();
+    ReplacedFile(const ReplacedFile&) = delete;
+    ReplacedFile& operator=(const ReplacedFile&) = delete;
+
+    // Sets aside whatever is there. Gives 0, or the error's number.
+    int SetAside() { return SetAsideFrom(0); }
+    // The engine's files alone, for a store that takes the place of the file at one stroke.
+    int SetAsideCompanions() { return SetAsideFrom(1); }
+    void Delete();
+
+  private:
+    int SetAsideFrom(size_t first);
+    fs::path AsideOf(const char* suffix) const {
+        return fs::path(mDirectory) / Beside(mFile, suffix).filename();
+    }
+
+    const fs::path mFile;
+    // Empty while nothing is set aside.
+    std::string mDirectory;
+};
+
+// The file goes first and comes back last, so that nobody can open it without its journal.
+constexpr std::array<const char*, 4> kReplaced = {"", "-journal", "-wal", "-shm"};
+
+int ReplacedFile::SetAsideFrom(size_t first) {
+    for (; first < kReplaced.size(); ++first) {
+        const char* const suffix = kReplaced[first];
+        std::error_code error;
+        const fs::path file = Beside(mFile, suffix);
+        const fs::file_type type = fs::symlink_status(file, error).type();
+        if (type == fs::file_type::not_found) {
+            continue;
+        }
+        if (type == fs::file_type::directory) {
+            return EISDIR;
+        }
+        if (mDirectory.empty()) {
+            std::string directory = TemporaryName(mFile);
+            if (::mkdtemp(directory.data()) == nullptr) {
+                return errno;
+            }
+            mDirectory = directory;
+        }
+        fs::rename(file, AsideOf(suffix), error);
+        if (error) {
+            return error.value();
+        }
+    }
+    if (!mDirectory.empty()) {
+        SyncDirectory(mFile);
+    }
+    return 0;
+}
+
+ReplacedFile::~ReplacedFile() {
+    if (mDirectory.empty()) {
+        return;
+    }
+    std::error_code error;
+    for (auto suffix = kReplaced.rbegin(); suffix != kReplaced.rend(); ++suffix) {
+        // A failure means that the file never was there.
+        fs::rename(AsideOf(*suffix), Beside(mFile, *suffix), error);
+    }
+    fs::remove(mDirectory, error);
+}
+
+void ReplacedFile::Delete() {
+    if (mDirectory.empty()) {
+        return;
+    }
+    std::error_code error;
+    for (const char* const suffix : kReplaced) {
+        fs::remove(AsideOf(suffix), error);
+    }
+    fs::remove(mDirectory, error);
+    mDirectory.clear();
+}
+
+// 0 where a store may be put: nothing is there, or a plain file.
+int CheckTarget(const fs::path& target) {
+    std::error_code error;
+    switch (fs::status(target, error).type()) {
+        case fs::file_type::not_found:
+        case fs::file_type::regular:
+            return 0;
+        case fs::file_type::directory:
+            return EISDIR;
+        default:
+            return error ? error.value() : EEXIST;
+    }
+}
+
+// Makes a whole copy under a name of its own, so that a file at the target is not touched before
+// the copy is known to be good.
+int MakeCopy(const fs::path& source, std::string& copyName) {
+    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status {};
+    if (!original.IsOpen() || ::fstat(original.Get(), &status) != 0) {
+        return errno;
+    }
+    const FileDescriptor copy(::mkostemp(copyName.data(), O_CLOEXEC));
+    if (!copy.IsOpen()) {
+        return errno;
+    }
+    int error = CopyBytes(original.Get(), copy.Get());
+    if (error == 0) {
+        error = CompareBytes(original.Get(), copy.Get());
+    }
+    if (error == 0 && ::fchmod(copy.Get(), status.st_mode & 0777) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        ::unlink(copyName.c_str());
+    }
+    return error;
+}
+
+// On success the file that was at the target is set aside, to be deleted or put back.
+int PutCopy(const fs::path& source, const fs::path& target, ReplacedFile& replaced) {
+    std::string copyName = TemporaryName(target);
+    if (const int error = MakeCopy(source, copyName)) {
+        return error;
+    }
+    int error = replaced.SetAside();
+    if (error == 0 && std::rename(copyName.c_str(), target.c_str()) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        ::unlink(copyName.c_str());
+        return error;
+    }
+    SyncDirectory(target);
+    return 0;
+}
+
+int CopyAndDelete(const fs::path& source, const fs::path& target) {
+    // Without this right the original could not be deleted, so ask before anything is replaced.
+    if (::access(source.parent_path().c_str(), W_OK | X_OK) != 0) {
+        return errno;
+    }
+    ReplacedFile replaced(target);
+    int error = PutCopy(source, target, replaced);
+    if (error != 0) {
+        return error;
+    }
+    if (::unlink(source.c_str()) != 0) {
+        error = errno;
+        ::unlink(target.c_str());
+        return error;
+    }
+    SyncDirectory(source);
+    replaced.Delete();
+    return 0;
+}
+
+// A file at the target is there until the store is, whatever happens between.
+int Rename(const fs::path& source, const fs::path& target) {
+    ReplacedFile replaced(target);
+    if (const int error = replaced.SetAsideCompanions()) {
+        return error;
+    }
+    if (std::rename(source.c_str(), target.c_str()) != 0) {
+        return errno;
+    }
+    SyncDirectory(target);
+    replaced.Delete();
+    return 0;
+}
+
+void CopyLog(const fs::path& source, const fs::path& target) {
+    const FileDescriptor log(
+        ::open(Beside(source, kReviewLogSuffix).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!log.IsOpen() || ::fstat(log.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return;
+    }
+    std::string copyName = TemporaryName(target);
+    const FileDescriptor copy(::mkostemp(copyName.data(), O_CLOEXEC));
+    if (!copy.IsOpen()) {
+        return;
+    }
+    ::fchmod(copy.Get(), status.st_mode & 0777);
+    if (CopyWholeFile(log.Get(), copy.Get()) != 0 ||
+        std::rename(copyName.c_str(), Beside(target, kReviewLogSuffix).c_str()) != 0) {
+        ::unlink(copyName.c_str());
+    }
+}
+
+// A log that was at the target tells of the store that has gone from there.
+void MoveLog(const fs::path& source, const fs::path& target) {
+    const fs::path log = Beside(source, kReviewLogSuffix);
+    std::error_code error;
+    fs::remove(Beside(target, kReviewLogSuffix), error);
+    fs::rename(log, Beside(target, kReviewLogSuffix), error);
+    if (error == std::errc::cross_device_link) {
+        CopyLog(source, target);
+        if (fs::exists(Beside(target, kReviewLogSuffix), error)) {
+            fs::remove(log, error);
+        }
+    }
+}
+
+// The engine's files beside a database may be empty or begin with anything, so the name decides.
+bool IsBesideDatabase(const std::string& path) {
+    for (const std::string_view companion : Database::kCompanions) {
+        const size_t length = path.size() - std::min(path.size(), companion.size());
+        if (std::string_view(path).substr(length) == companion &&
+            FileBeginsWith(fs::u8path(path.substr(0, length)), kDatabaseMark)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+wxString ReviewLogPath(const wxString& storePath) {
+    return storePath.empty() ? wxString() : storePath + kReviewLogSuffix;
+}
+
+void CopyReviewLog(const wxString& fromStore, const wxString& toStore) {
+    CopyLog(ToPath(fromStore), ToPath(toStore));
+}
+
+wxString GetDefaultStorePath() {
+    const wxString directory = wxStandardPaths::Get().GetDocumentsDir();
+    {
+        // What fails here shows itself when the store is opened.
+        const wxLogNull silence;
+        wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
+    }
+    return wxFileName(directory, kDefaultStoreName).GetFullPath();
+}
+
+wxString GetChosenStorePath(bool& isStored) {
+    const wxString path =
+        OpenSettingsFile(kApplicationName)->Read(kSettingDatabasePath, wxString());
+    isStored = !path.empty();
+    if (!isStored) {
+        return GetDefaultStorePath();
+    }
+    return wxFileName::DirExists(path) ? wxFileName(path, kDefaultStoreName).GetFullPath() : path;
+}
+
+wxString MakeStorePathFull(const wxString& path) {
+    if (!NamesAFile(path)) {
+        return path;
+    }
+    return FullPath(path);
+}
+
+bool IsDatabaseFile(const wxString& path) {
+    // A link to such a file counts as one.
+    std::error_code error;
+    const fs::path file = fs::canonical(fs::u8path(ToUtf8(path)), error);
+    // A pipe or a device may never end, or block before its first byte.
+    if (error || !fs::is_regular_file(file, error)) {
+        return false;
+    }
+    return IsBesideDatabase(file.u8string()) ||
+           std::any_of(std::begin(kMarks), std::end(kMarks),
+                       [&file](std::string_view mark) { return FileBeginsWith(file, mark); });
+}
+
+bool IsSameFile(const wxString& path, const wxString& other) {
+    std::error_code error;
+    return MakeStorePathFull(path) == MakeStorePathFull(other) ||
+           fs::equivalent(ToPath(path), ToPath(other), error);
+}
+
+bool IsStoreOfCards(const wxString& path) {
+    ForeignDatabase database;
+    return database.Open(path) == 0 && database.HasTable("Cards") &&
+           database.HasTable("Categories") && database.HasTable("Globals");
+}
+
+int MoveStoreFile(const wxString& from, const wxString& to) {
+    if (!NamesAFile(to)) {
+        return to.empty() ? ENOENT : EINVAL;
+    }
+    // A link to the store goes; the file behind it moves.
+    const fs::path link = ToPath(from);
+    std::error_code error;
+    const fs::path source = fs::canonical(link, error);
+    if (error) {
+        return error.value();
+    }
+    const fs::path target = ToPath(MakeStorePathFull(to));
+    if (fs::equivalent(source, target, error)) {
+        return EEXIST;
+    }
+    if (HasPendingChanges(source)) {
+        return EBUSY;
+    }
+    int result = CheckTarget(target);
+    if (result == 0) {
+        result = Rename(source, target);
+    }
+    if (result == EXDEV) {
+        result = CopyAndDelete(source, target);
+    }
+    if (result != 0) {
+        return result;
+    }
+    RemoveCompanions(source);
+    MoveLog(source, target);
+    if (fs::is_symlink(link, error)) {
+        fs::remove(link, error);
+    }
+    return 0;
+}
+
+int CopyAndDeleteStoreFile(const wxString& from, const wxString& to) {
+    return CopyAndDelete(ToPath(from), ToPath(to));
+}
+
+int CopyStoreFile(const wxString& from, const wxString& to) {
+    // The name may be a link to the store.
+    std::error_code error;
+    const fs::path name = ToPath(MakeStorePathFull(to));
+    const bool isLink = fs::is_symlink(name, error);
+    // That nothing is there is no failure.
+    error.clear();
+    const fs::path target = isLink ? fs::weakly_canonical(name, error) : name;
+    int result = error ? error.value() : CheckTarget(target);
+    std::string copyName = TemporaryName(target);
+    if (result == 0) {
+        result = MakeCopy(ToPath(from), copyName);
+    }
+    if (result != 0) {
+        return result;
+    }
+    // Who might read and write the file that goes may do so with the one that comes.
+    const fs::perms permissions = fs::status(target, error).permissions();
+    if (fs::exists(target, error)) {
+        fs::permissions(copyName, permissions, error);
+    }
+    result = Rename(copyName, target);
+    if (result != 0) {
+        ::unlink(copyName.c_str());
+    } else {
+        CopyLog(ToPath(from), target);
+    }
+    return result;
+}
+
+int KeepStoreFile(const wxString& from, const wxString& to) {
+    int result = CopyStoreFile(from, to);
+    for (const char* const suffix : kCompanions) {
+        const fs::path companion = Beside(ToPath(from), suffix);
+        std::string copyName = TemporaryName(ToPath(to));
+        if (result == 0 && IsPending(companion)) {
+            result = MakeCopy(companion, copyName);
+            result = result == 0 ? Rename(copyName, Beside(ToPath(to), suffix)) : result;
+        }
+    }
+    return result;
+}
+
+int ReplaceByNewStore(const wxString& path) {
+    CardUuid unique;
+    if (GenerateUuid(unique) != 0) {
+        return EIO;
+    }
+    const wxString name =
+        wxPathOnly(MakeStorePathFull(path)) + "/velomind-" + FormatUuid(unique).Left(8) + ".vlm";
+    QuietDatabase database;
+    const bool isMade = database.OpenQuietly(name) >= 0;
+    const int code = database.GetLastErrorCode() & 0xFF;
+    database.Close();
+    if (!isMade) {
+        return code == SQLITE_FULL ? ENOSPC : EIO;
+    }
+    const int error = MoveStoreFile(name, path);
+    if (error != 0) {
+        ::unlink(ToUtf8(name).c_str());
+    }
+    return error;
+}

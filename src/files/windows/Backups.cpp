@@ -1,0 +1,202 @@
+#include "files/windows/Backups.h"
+
+#include <wx/filedlg.h>
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/utils.h>
+
+#include <list>
+#include <map>
+
+#include "base/Time.h"
+#include "files/StoreFiles.h"
+#include "files/windows/StoreOpening.h"
+#include "shell/MessageBox.h"
+#include "shell/Settings.h"
+
+namespace {
+
+// A smaller store is copied before anybody could read a dialog.
+constexpr uint64_t kLargeStoreBytes = 100'000'000;
+
+BackupKeeper* gpKeeper = nullptr;
+
+// A worker's warnings are shown once the main thread is idle.
+void TellByLog(const wxString& text) {
+    wxLogWarning("%s", text);
+}
+
+bool IsLarge(const wxString& storePath) {
+    const wxULongLong size = wxFileName::GetSize(storePath);
+    return size != wxInvalidSize && size.GetValue() > kLargeStoreBytes;
+}
+
+// Runs a job at once, or on a thread behind a wait dialog where the store is large.
+void RunBackup(wxWindow* parent, const wxString& storePath, const std::function<void()>& job) {
+    if (IsLarge(storePath)) {
+        RunBehindWait(parent, _("Backing Up"), job);
+    } else {
+        const wxBusyCursor busy;
+        job();
+    }
+}
+
+}  // namespace
+
+BackupKeeper::BackupKeeper(Database& database, Subject& settingsNotifier)
+    : mDatabase(database), mSettingsAttachment(&settingsNotifier, this) {
+    gpKeeper = this;
+    Update(nullptr);
+    mDatabase.SetBeforeChange([this] { mpBackups->MakeDaily(mDatabase, CurrentTime()); });
+}
+
+BackupKeeper::~BackupKeeper() {
+    mDatabase.SetBeforeChange(nullptr);
+    gpKeeper = nullptr;
+}
+
+void BackupKeeper::Update(Subject*) {
+    mpBackups = std::make_unique<StoreBackups>(ReadBackupSettings(), TellByLog);
+}
+
+int BackUpStore(wxWindow* parent, Database& database, BackupCause cause) {
+    if (gpKeeper == nullptr || &gpKeeper->GetDatabase() != &database) {
+        return 0;
+    }
+    StoreBackups keepingAll(ReadBackupSettings(BackupCause::kRestore), TellByLog);
+    StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : gpKeeper->GetBackups();
+    int error = 0;
+    RunBackup(parent, database.GetPath(),
+              [&] { error = backups.Make(database, cause, CurrentTime()); });
+    return error;
+}
+
+void BackUpDay(wxWindow* parent) {
+    if (gpKeeper == nullptr) {
+        return;
+    }
+    Database& database = gpKeeper->GetDatabase();
+    StoreBackups& backups = gpKeeper->GetBackups();
+    const wxDateTime now = CurrentTime();
+    if (IsLarge(database.GetPath()) && !backups.IsDayDone(database.GetPath(), now)) {
+        RunBehindWait(parent, _("Backing Up"),
+                      [&] { backups.Make(database, BackupCause::kDay, now); });
+    }
+}
+
+int ReplaceByNewStore(wxWindow* parent, const wxString& path) {
+    RunBackup(parent, path, [&path] {
+        StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
+    });
+    return ReplaceByNewStore(path);
+}
+
+void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path) {
+    if (database.IsStoreFile(path)) {
+        BackUpStore(parent, database, BackupCause::kReplace);
+        return;
+    }
+    RunBackup(parent, path, [&path] {
+        StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
+    });
+}
+
+namespace {
+
+// Writes the backup under another name first, so that the file that may be there stays whole until
+// the backup is.
+int WriteBackup(wxWindow* parent, Database& database, const wxString& path) {
+    const wxString unfinished = FreePathBeside(path, "unfinished");
+    int error = 0;
+    RunBackup(parent, database.GetPath(), [&] {
+        error = CopyOpenStore(database, unfinished);
+        error = error == 0 ? MoveStoreFile(unfinished, path) : error;
+        if (error != 0 && wxFileName::FileExists(unfinished)) {
+            wxRemoveFile(unfinished);
+        }
+    });
+    return error;
+}
+
+}  // namespace
+
+void BackUpWhereWanted(wxWindow* parent, Database& database) {
+    const wxString caption = _("Back Up");
+    const wxString name =
+        wxFileName(database.GetPath()).GetName() + " " + wxDateTime::Now().FormatISODate() + ".vlm";
+    wxFileDialog dialog(parent, _("Back Up Store File"), wxString(), name,
+                        _("Flash Card Store Files (*.vlm)|*.vlm|All files (*.*)|*.*"),
+                        wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
+    if (dialog.ShowModal() != wxID_OK) {
+        return;
+    }
+    const wxString path = dialog.GetPath();
+    if (database.IsStoreFile(path)) {
+        ShowMessageBox(_("The store file cannot be its own backup. Please choose another file."),
+                       caption, wxOK | wxCENTRE, parent);
+        return;
+    }
+    const int error = WriteBackup(parent, database, path);
+    const wxString text =
+        error == 0 ? wxString::Format(_("The backup was written to \"%s\"."), path)
+                   : wxString::Format(_("The backup could not be written to \"%s\" (%s)."), path,
+                                      wxSysErrorMsgStr(static_cast<unsigned long>(error)));
+    ShowMessageBox(text, caption, wxOK | wxCENTRE, parent);
+}
+
+namespace {
+
+// Finds or makes the category of a backup in the store. Returns 0 or a negative value.
+int FindCategory(Database& backup, Database& store, int32_t id, int32_t& found) {
+    std::list<Category> then;
+    std::list<Category> now;
+    found = -1;
+    // Deleted cards go back to the deleted ones, and so do those whose category is not known.
+    if (id == -1 || backup.SelectCategoryById(id, then) < 0 || then.empty()) {
+        return 0;
+    }
+    const wxString& name = then.front().Name;
+    if (store.SelectCategoryByName(name, now) < 0 ||
+        (now.empty() &&
+         (store.CategoryInsert(name) < 0 || store.SelectCategoryByName(name, now) < 0)) ||
+        now.empty()) {
+        return -1;
+    }
+    found = now.front().Id;
+    return 0;
+}
+
+}  // namespace
+
+int BringCardsBack(Database& backup, Database& store, const std::vector<int64_t>& rowIds) {
+    std::map<int32_t, int32_t> categories;
+    std::vector<FlashCard> back;
+    for (const int64_t rowId : rowIds) {
+        std::list<FlashCard> cards;
+        if (backup.SelectCardByRowId(rowId, cards) < 0 || cards.empty()) {
+            return -1;
+        }
+        FlashCard& card = cards.front();
+        const auto [place, isNew] = categories.emplace(card.CategoryId, -1);
+        if (isNew && FindCategory(backup, store, card.CategoryId, place->second) < 0) {
+            return -1;
+        }
+        card.CategoryId = place->second;
+        back.push_back(card);
+    }
+    size_t inserted = 0;
+    return store.InsertFlashCards(back, inserted);
+}
+
+wxString FreePathBeside(const wxString& storePath, const wxString& word) {
+    wxFileName path(storePath);
+    const wxString stem = path.GetName() + " " + word;
+    path.SetName(stem);
+    for (int number = 2; path.Exists(); ++number) {
+        path.SetName(wxString::Format("%s %i", stem, number));
+    }
+    return path.GetFullPath();
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "files/StoreBackup.h"
+#include "store/Subject.h"
+
+class wxWindow;
+
+// The backups of the store that the program has open, as the settings want them. Main thread only,
+// unless said otherwise.
+
+// Keeps the backups of the program's store while it lives, whichever file that has open: makes one
+// before the first change of a day, and tells what goes wrong through the log. One at a time.
+class BackupKeeper : private Observer {
+  public:
+    // Both must outlive the keeper. The notifier tells of changed settings.
+    BackupKeeper(Database& database, Subject& settingsNotifier);
+    ~BackupKeeper() override;
+    BackupKeeper(const BackupKeeper&) = delete;
+    BackupKeeper& operator=(const BackupKeeper&) = delete;
+
+    Database& GetDatabase() { return mDatabase; }
+    StoreBackups& GetBackups() { return *mpBackups; }
+
+  private:
+    void Update(Subject* subject) override;
+
+    Database& mDatabase;
+    std::unique_ptr<StoreBackups> mpBackups;
+    SubjectAttachment mSettingsAttachment;
+};
+
+// Makes a backup of the program's store before something is done to it; behind a wait dialog where
+// the store is large. Does nothing for a store without a keeper. Before a restoration one is made
+// whatever the settings say, and none goes. Returns 0, or the system's number of the error, which
+// was told and is no reason to stop.
+int BackUpStore(wxWindow* parent, Database& database, BackupCause cause);
+// The same for another store file that the program is about to replace; one that cannot be opened
+// is copied as it is.
+void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path);
+// Makes the backup of the day of a large store now, behind a wait dialog. For what most often is
+// the first change of a day; the backup of any other change, and of a small store, makes itself
+// while the change waits. Events are handled meanwhile.
+void BackUpDay(wxWindow* parent);
+// Backs up a file that nobody has open, and puts a new store in its place. Returns 0, or the
+// system's number of the error with the file as it was.
+int ReplaceByNewStore(wxWindow* parent, const wxString& path);
+
+// Asks for a file and writes a backup into it.
+void BackUpWhereWanted(wxWindow* parent, Database& database);
+
+// Puts cards of a backup, by their row ids there, into the store as they were. A category that the
+// store does not have by name is made anew. Returns 0, or a negative value with some of the cards
+// in the store.
+int BringCardsBack(Database& backup, Database& store, const std::vector<int64_t>& rowIds);
+
+// Returns a path beside a store file at which nothing is: "FlashCards2 repaired.vlm" for the word
+// "repaired", or with a number behind the word.
+wxString FreePathBeside(const wxString& storePath, const wxString& word);

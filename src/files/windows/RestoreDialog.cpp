@@ -1,0 +1,457 @@
+#include "files/windows/RestoreDialog.h"
+
+#include <wx/button.h>
+#include <wx/dataview.h>
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <list>
+
+#include "base/Text.h"
+#include "base/Worker.h"
+#include "files/StoreFiles.h"
+#include "files/StoreRepair.h"
+#include "files/windows/Backups.h"
+#include "files/windows/StoreFileChange.h"
+#include "files/windows/StoreOpening.h"
+#include "shell/Forms.h"
+#include "shell/MessageBox.h"
+#include "shell/Settings.h"
+#include "shell/Toolkit.h"
+
+// Reads one backup, and compares it with the store when that is wanted. It opens both itself, so
+// that the windows' store is not kept waiting.
+class BackupReader : public Worker {
+  public:
+    // An empty path of the store for none.
+    BackupReader(const wxString& backupPath, const wxString& storePath)
+        : mBackupPath(backupPath), mStorePath(storePath) {}
+    ~BackupReader() override { Join(); }
+
+    int32_t GetMaximum() const override { return 0; }
+    int32_t GetPosition() const override { return 0; }
+    void Cancel() override { Join(); }
+
+    bool IsComparison() const { return !mStorePath.empty(); }
+    // For the main thread, once the job has ended.
+    bool IsReadable() const { return mResult >= 0; }
+    const StoreDifference& GetDifference() const { return mDifference; }
+
+  protected:
+    void Work() override {
+        QuietDatabase backup;
+        QuietDatabase store;
+        if (!wxFileName::FileExists(mBackupPath) || backup.OpenQuietly(mBackupPath) < 0) {
+            return;
+        }
+        mResult = backup.CountAllCards(mDifference.BackupCards);
+        if (IsComparison() && store.OpenQuietly(mStorePath) >= 0) {
+            mResult = CompareStores(store, backup, mDifference);
+        }
+    }
+
+  private:
+    const wxString mBackupPath;
+    const wxString mStorePath;
+    // Written by the worker before it ends.
+    int mResult = -1;
+    StoreDifference mDifference;
+};
+
+namespace {
+
+enum : int { ID_DIALOG = 10160, ID_LIST, ID_BRING_BACK, ID_OTHER_FILE, ID_CARD_DIALOG, ID_CARDS };
+
+constexpr int kTickMilliseconds = 30;
+constexpr int kCardsColumn = 2;
+
+wxString FormatTime(const wxDateTime& time) {
+    return time.Format("%x %H:%M");
+}
+
+wxString ReasonOf(int error) {
+    return wxSysErrorMsgStr(static_cast<unsigned long>(error));
+}
+
+// Lists the cards of a backup that the store does not have any more, all of them selected.
+class BringBackDialog : public wxDialog {
+  public:
+    BringBackDialog(wxWindow* parent, Database& backup, const std::vector<int64_t>& rowIds);
+    std::vector<int64_t> GetChosen() const;
+
+  private:
+    const std::vector<int64_t>& mRowIds;
+    wxDataViewListCtrl* mpCards = nullptr;
+};
+
+BringBackDialog::BringBackDialog(wxWindow* parent, Database& backup,
+                                 const std::vector<int64_t>& rowIds)
+    : wxDialog(parent, ID_CARD_DIALOG, _("Bring Back Cards"), wxDefaultPosition, wxDefaultSize,
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mRowIds(rowIds) {
+    auto* const text = new wxStaticText(
+        this, wxID_ANY, _("These cards of the backup are not in the store file any more:"));
+    mpCards = new wxDataViewListCtrl(this, ID_CARDS, wxDefaultPosition, FromDIP(wxSize(520, 260)),
+                                     wxDV_MULTIPLE | wxDV_ROW_LINES);
+    SetAccessibleName(*mpCards, text->GetLabelText());
+    mpCards->AppendTextColumn(_("Front"), wxDATAVIEW_CELL_INERT, FromDIP(250));
+    mpCards->AppendTextColumn(_("Back"), wxDATAVIEW_CELL_INERT, FromDIP(250));
+    for (const int64_t rowId : rowIds) {
+        std::list<FlashCard> cards;
+        backup.SelectCardByRowId(rowId, cards);
+        const FlashCard card = cards.empty() ? FlashCard() : cards.front();
+        wxVector<wxVariant> values;
+        values.push_back(ShownName(card.Front));
+        values.push_back(ShownName(card.Back));
+        mpCards->AppendItem(values);
+    }
+    // The keys go on from the first card.
+    mpCards->SetCurrentItem(mpCards->RowToItem(0));
+    mpCards->SelectAll();
+
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(text);
+    rows->Add(mpCards, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kFormGap)));
+    rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge)));
+    FindWindow(wxID_OK)->SetLabel(_("Bring Back"));
+    GetSizer()->SetSizeHints(this);
+    CentreOnParent();
+    mpCards->SetFocus();
+}
+
+std::vector<int64_t> BringBackDialog::GetChosen() const {
+    std::vector<int64_t> chosen;
+    for (unsigned row = 0; row < mRowIds.size(); ++row) {
+        if (mpCards->IsRowSelected(row)) {
+            chosen.push_back(mRowIds[row]);
+        }
+    }
+    return chosen;
+}
+
+}  // namespace
+
+RestoreDialog::RestoreDialog(wxWindow* parent, const wxString& storePath, Database* database)
+    : wxDialog(parent, ID_DIALOG, _("Restore"), wxDefaultPosition, wxDefaultSize,
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mStorePath(storePath),
+      mpDatabase(database),
+      mTimer(this) {
+    CreateControls();
+    const BackupSettings settings = ReadBackupSettings();
+    const wxString directory =
+        settings.Directory.empty() ? GetBackupDirectory() : settings.Directory;
+    for (const StoreBackup& backup : ListBackups(directory, storePath)) {
+        AddBackup(backup);
+    }
+    if (!mRows.empty()) {
+        mpList->SelectRow(0);
+    }
+    ShowSelected();
+    mpList->SetFocus();
+
+    Bind(wxEVT_TIMER, &RestoreDialog::OnTimer, this);
+    Bind(wxEVT_DATAVIEW_SELECTION_CHANGED, &RestoreDialog::OnSelection, this, ID_LIST);
+    Bind(wxEVT_BUTTON, &RestoreDialog::OnRestore, this, wxID_OK);
+    Bind(wxEVT_BUTTON, &RestoreDialog::OnOtherFile, this, ID_OTHER_FILE);
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { BringBack(); }, ID_BRING_BACK);
+    mTimer.Start(kTickMilliseconds);
+}
+
+RestoreDialog::~RestoreDialog() = default;
+
+void RestoreDialog::CreateControls() {
+    auto* const text = new wxStaticText(this, wxID_ANY, _("Backups of the store file:"));
+    mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, FromDIP(wxSize(560, 220)),
+                                    wxDV_SINGLE | wxDV_ROW_LINES);
+    SetAccessibleName(*mpList, text->GetLabelText());
+    mpList->AppendTextColumn(_("Date"), wxDATAVIEW_CELL_INERT, FromDIP(140));
+    mpList->AppendTextColumn(_("Cause"), wxDATAVIEW_CELL_INERT, FromDIP(240));
+    mpList->AppendTextColumn(_("Cards"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
+    mpList->AppendTextColumn(_("Size"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
+
+    // Four lines, so that the window keeps its size.
+    mpDifference = new wxTextCtrl(this, wxID_ANY, "\n\n\n", wxDefaultPosition,
+                                  wxSize(-1, 5 * GetCharHeight() + FromDIP(2 * kFormGap)),
+                                  wxTE_MULTILINE | wxTE_READONLY);
+    SetAccessibleName(*mpDifference, _("What differs from now"));
+
+    mpRestore = new wxButton(this, wxID_OK, _("&Restore"));
+    mpBringBack = new wxButton(this, ID_BRING_BACK, _("&Bring Back Cards..."));
+    auto* const other = new wxButton(this, ID_OTHER_FILE, _("&Other File..."));
+    auto* const close = new wxButton(this, wxID_CANCEL, _("Close"));
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    for (wxButton* const button : {mpRestore, mpBringBack, other, close}) {
+        buttons->Add(button, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
+    }
+    mpBringBack->Show(mpDatabase != nullptr);
+
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(text);
+    rows->Add(mpList, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kFormGap)));
+    rows->Add(mpDifference, FormRow(*this));
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
+    GetSizer()->SetSizeHints(this);
+    CentreOnParent();
+}
+
+void RestoreDialog::AddBackup(const StoreBackup& backup) {
+    mRows.push_back(Row());
+    mRows.back().Backup = backup;
+    wxVector<wxVariant> values;
+    values.push_back(FormatTime(backup.Time));
+    values.push_back(NameOfCause(backup.Cause));
+    values.push_back(wxString());
+    values.push_back(wxFileName::GetHumanReadableSize(wxULongLong(backup.Bytes)));
+    mpList->AppendItem(values);
+}
+
+int RestoreDialog::SelectedRow() const {
+    return mpList->GetSelectedRow();
+}
+
+void RestoreDialog::OnTimer(wxTimerEvent&) {
+    if (mpReader != nullptr && !mpReader->IsFinished()) {
+        return;
+    }
+    if (mpReader != nullptr) {
+        TakeResult();
+    }
+    ReadNext();
+}
+
+void RestoreDialog::TakeResult() {
+    mpReader->Join();
+    Row& row = mRows[mReading];
+    row.IsRead = true;
+    row.IsCompared = row.IsCompared || mpReader->IsComparison();
+    row.IsReadable = mpReader->IsReadable();
+    row.Difference = mpReader->GetDifference();
+    mpReader.reset();
+    mpList->SetTextValue(row.IsReadable ? wxString::Format("%i", row.Difference.BackupCards)
+                                        : wxString(_("Unreadable")),
+                         static_cast<unsigned>(mReading), kCardsColumn);
+    ShowSelected();
+}
+
+// The selected backup is compared first; the others are only counted.
+void RestoreDialog::ReadNext() {
+    const int selected = SelectedRow();
+    const bool compare = mpDatabase != nullptr && selected != wxNOT_FOUND &&
+                         !mRows[static_cast<size_t>(selected)].IsCompared;
+    const auto unread =
+        std::find_if(mRows.begin(), mRows.end(), [](const Row& row) { return !row.IsRead; });
+    if (!compare && unread == mRows.end()) {
+        return;
+    }
+    mReading = compare ? static_cast<size_t>(selected)
+                       : static_cast<size_t>(std::distance(mRows.begin(), unread));
+    mpReader = std::make_unique<BackupReader>(mRows[mReading].Backup.Path,
+                                              compare ? mStorePath : wxString());
+    mpReader->Start();
+}
+
+void RestoreDialog::ShowSelected() {
+    const int selected = SelectedRow();
+    const Row* const row =
+        selected == wxNOT_FOUND ? nullptr : &mRows[static_cast<size_t>(selected)];
+    wxString text;
+    if (row == nullptr) {
+        text = mRows.empty() ? _("There is no backup yet.") : wxString();
+    } else if (!row->IsReadable) {
+        text = _("This backup cannot be read.");
+    } else if (mpDatabase == nullptr) {
+        text = row->Backup.Path;
+    } else if (!row->IsCompared) {
+        text = _("Comparing with the store file...");
+    } else {
+        const StoreDifference& difference = row->Difference;
+        text = wxString::Format(
+            _("Cards deleted since: %i\nCards added since: %i\nCards changed since: %i\n"
+              "Cards scored since: %i"),
+            static_cast<int>(difference.MissingRowIds.size()), difference.Added, difference.Changed,
+            difference.Scored);
+    }
+    if (mpDifference->GetValue() != text) {
+        mpDifference->ChangeValue(text);
+    }
+    mpRestore->Enable(row != nullptr && row->IsReadable);
+    mpBringBack->Enable(row != nullptr && row->IsReadable &&
+                        !row->Difference.MissingRowIds.empty());
+}
+
+void RestoreDialog::OnSelection(wxDataViewEvent&) {
+    ShowSelected();
+}
+
+void RestoreDialog::OnRestore(wxCommandEvent&) {
+    const int selected = SelectedRow();
+    if (selected == wxNOT_FOUND) {
+        return;
+    }
+    mChosen = static_cast<size_t>(selected);
+    const wxString question =
+        mpDatabase != nullptr
+            ? _("Do you want to go back to the backup of %s?\n"
+                "The store file as it is now is backed up first.")
+            : _("Do you want to put the backup of %s in the place of the store file?\n"
+                "The file that cannot be opened is kept under another name.");
+    if (ShowMessageBox(wxString::Format(question, FormatTime(GetChosen().Time)), _("Restore"),
+                       wxYES_NO | wxNO_DEFAULT, this) == wxYES) {
+        mTimer.Stop();
+        // The store must not be open twice when it is replaced.
+        mpReader.reset();
+        EndModal(wxID_OK);
+    }
+}
+
+void RestoreDialog::OnOtherFile(wxCommandEvent&) {
+    wxString path = mStorePath;
+    if (!ChooseStoreFileToOpen(this, path)) {
+        return;
+    }
+    if (IsSameFile(path, mStorePath)) {
+        ShowMessageBox(_("This is the store file itself. Please choose a backup of it."),
+                       _("Restore"), wxOK | wxCENTRE, this);
+        return;
+    }
+    StoreBackup backup;
+    backup.Path = path;
+    backup.Time = wxFileName(path).GetModificationTime();
+    backup.Bytes = wxFileName::GetSize(path).GetValue();
+    AddBackup(backup);
+    mpList->SelectRow(static_cast<unsigned>(mRows.size() - 1));
+    ShowSelected();
+}
+
+void RestoreDialog::BringBack() {
+    Row& row = mRows[static_cast<size_t>(SelectedRow())];
+    QuietDatabase backup;
+    const wxBusyCursor busy;
+    if (backup.OpenQuietly(row.Backup.Path) < 0) {
+        row.IsReadable = false;
+        ShowSelected();
+        return;
+    }
+    BringBackDialog dialog(this, backup, row.Difference.MissingRowIds);
+    const wxBusyCursorSuspender ready;
+    if (dialog.ShowModal() != wxID_OK) {
+        return;
+    }
+    // The worker reads the store, which must be free to be written.
+    if (mpReader != nullptr) {
+        TakeResult();
+    }
+    const std::vector<int64_t> chosen = dialog.GetChosen();
+    if (BringCardsBack(backup, *mpDatabase, chosen) < 0) {
+        ShowMessageBox(_("Some of the cards could not be brought back."), _("Bring Back Cards"),
+                       wxOK | wxCENTRE, this);
+    }
+    mpDatabase->Notify();
+    for (Row& other : mRows) {
+        other.IsCompared = false;
+    }
+    row.Difference.MissingRowIds.clear();
+    // The button is about to be disabled, and would take the keys with it.
+    mpList->SetFocus();
+    ShowSelected();
+}
+
+namespace {
+
+void TellFailure(wxWindow* parent, const wxString& path, int error) {
+    ShowMessageBox(wxString::Format(_("The backup \"%s\" could not be restored (%s). The store "
+                                      "file is as it was."),
+                                    path, ReasonOf(error)),
+                   _("Restore failed"), wxOK | wxCENTRE, parent);
+}
+
+bool MayGoOnWithoutBackup(wxWindow* parent, int error) {
+    return ShowMessageBox(
+               wxString::Format(_("The store file as it is now could not be kept (%s). Its "
+                                  "cards would be lost. Do you want to continue?"),
+                                ReasonOf(error)),
+               _("Restore"), wxYES_NO | wxNO_DEFAULT, parent) == wxYES;
+}
+
+}  // namespace
+
+void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& database) {
+    const wxString path = database.GetPath();
+    const wxString stored = ReadStringSetting(kSettingDatabasePath);
+    // The setting may name the file in the user's own words, such as a link.
+    const wxString shown = database.IsStoreFile(stored) ? stored : path;
+    wxString backup;
+    {
+        RestoreDialog dialog(parent, path, &database);
+        if (dialog.ShowModal() != wxID_OK) {
+            return;
+        }
+        backup = dialog.GetChosen().Path;
+    }
+    if (!actions.DiscardEdits(parent)) {
+        return;
+    }
+    const int kept = BackUpStore(parent, database, BackupCause::kRestore);
+    if (kept != 0 && !MayGoOnWithoutBackup(parent, kept)) {
+        return;
+    }
+    database.Close();
+    int error = 0;
+    {
+        const wxBusyCursor busy;
+        error = RestoreBackup(backup, path);
+    }
+    if (error != 0) {
+        TellFailure(parent, backup, error);
+    }
+    actions.OpenStoreFile(parent, database, shown, true);
+    database.Notify();
+}
+
+bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath) {
+    RestoreDialog dialog(parent, storePath, nullptr);
+    if (dialog.ShowModal() != wxID_OK) {
+        return false;
+    }
+    const wxString backup = dialog.GetChosen().Path;
+    const wxBusyCursor busy;
+    if (wxFileName::FileExists(storePath)) {
+        const int kept = KeepStoreFile(storePath, FreePathBeside(storePath, _("damaged")));
+        if (kept != 0 && !MayGoOnWithoutBackup(parent, kept)) {
+            return false;
+        }
+    }
+    const int error = RestoreBackup(backup, storePath);
+    if (error != 0) {
+        TellFailure(parent, backup, error);
+    }
+    return error == 0;
+}
+
+bool RepairUnreadableStore(wxWindow* parent, const wxString& storePath, wxString& repaired) {
+    const wxString target = FreePathBeside(storePath, _("repaired"));
+    RepairReport report;
+    int error = 0;
+    RunBehindWait(parent, _("Repairing"), [&] { error = RepairStore(storePath, target, report); });
+    if (error != 0) {
+        ShowMessageBox(wxString::Format(_("Nothing could be read of \"%s\" (%s)."), storePath,
+                                        ReasonOf(error)),
+                       _("Repair"), wxOK | wxCENTRE, parent);
+        return false;
+    }
+    repaired = target;
+    ShowMessageBox(DescribeRepair(report) + "\n\n" +
+                       wxString::Format(_("The new store file is \"%s\". The damaged file was "
+                                          "left as it is."),
+                                        target),
+                   _("Repair"), wxOK | wxCENTRE, parent);
+    return true;
+}

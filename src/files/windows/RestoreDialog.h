@@ -1,0 +1,80 @@
+#pragma once
+
+#include <wx/dialog.h>
+#include <wx/string.h>
+#include <wx/timer.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "files/StoreBackup.h"
+
+class BackupReader;
+class StoreFileActions;
+class wxButton;
+class wxDataViewEvent;
+class wxDataViewListCtrl;
+class wxTextCtrl;
+
+// Lists the backups of a store with what differs from now. The dialog opens at once; a worker reads
+// one backup after the other, the selected one first. Ends with wxID_OK when the user wants to go
+// back to the chosen one. Single cards that were deleted since can be brought back at once. Main
+// thread only.
+class RestoreDialog : public wxDialog {
+  public:
+    // The open store of that path, or null where it cannot be opened.
+    RestoreDialog(wxWindow* parent, const wxString& storePath, Database* database);
+    ~RestoreDialog() override;
+
+    const StoreBackup& GetChosen() const { return mRows[mChosen].Backup; }
+
+  private:
+    struct Row {
+        StoreBackup Backup;
+        bool IsRead = false;
+        bool IsReadable = true;
+        // The worker tried to compare it.
+        bool IsCompared = false;
+        StoreDifference Difference;
+    };
+
+    void CreateControls();
+    void AddBackup(const StoreBackup& backup);
+    int SelectedRow() const;
+    void TakeResult();
+    void ReadNext();
+    void ShowSelected();
+    void BringBack();
+
+    void OnTimer(wxTimerEvent& event);
+    void OnSelection(wxDataViewEvent& event);
+    void OnRestore(wxCommandEvent& event);
+    void OnOtherFile(wxCommandEvent& event);
+
+    const wxString mStorePath;
+    Database* mpDatabase;
+    std::vector<Row> mRows;
+    size_t mChosen = 0;
+    // The row that the worker reads.
+    size_t mReading = 0;
+    std::unique_ptr<BackupReader> mpReader;
+    wxDataViewListCtrl* mpList = nullptr;
+    wxTextCtrl* mpDifference = nullptr;
+    wxButton* mpRestore = nullptr;
+    wxButton* mpBringBack = nullptr;
+    wxTimer mTimer;
+};
+
+// Lets the user go back to a backup of the open store, which is backed up first. The Database comes
+// out of it open, and the windows are told.
+void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& database);
+
+// Lets the user put a backup in the place of a store file that cannot be opened, which is kept
+// under another name. Returns true when a backup is in its place.
+bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath);
+
+// Puts what can be read of a damaged store file into a new one beside it and tells of it. Returns
+// true and the path of the new one.
+bool RepairUnreadableStore(wxWindow* parent, const wxString& storePath, wxString& repaired);

@@ -1,0 +1,159 @@
+#include "files/windows/StoreFileChange.h"
+
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/utils.h>
+
+#include <utility>
+
+#include "files/StoreFiles.h"
+#include "files/windows/Backups.h"
+#include "files/windows/StoreOpening.h"
+#include "shell/MessageBox.h"
+#include "store/Database.h"
+
+namespace {
+
+// One change on its way; the paths are as the user typed them.
+class StoreFileChange {
+  public:
+    StoreFileChange(StoreFileActions& actions, wxWindow* parent, Database& database,
+                    const wxString& currentPath, const wxString& newPath)
+        : mActions(actions),
+          mpParent(parent),
+          mDatabase(database),
+          mCurrentPath(currentPath),
+          mNewPath(newPath),
+          mExists(wxFileName::FileExists(newPath)) {}
+
+    void Move();
+    void Create();
+    void Open();
+
+  private:
+    bool MayReplace(const wxString& caption) const;
+    // The format takes the system's text of the error.
+    void Tell(const wxString& format, int error, const wxString& caption) const;
+    // Opens a file in place of the one that was closed, and tells the windows.
+    void Reopen(const wxString& path, bool mustExist);
+
+    StoreFileActions& mActions;
+    wxWindow* mpParent;
+    Database& mDatabase;
+    const wxString& mCurrentPath;
+    const wxString& mNewPath;
+    const bool mExists;
+};
+
+void StoreFileChange::Move() {
+    // Compares the files and not only their names: a store must never be moved over itself.
+    if (IsSameFile(mNewPath, mCurrentPath) || !mActions.DiscardEdits(mpParent) ||
+        !MayReplace(_("Move Store File"))) {
+        return;
+    }
+    if (mExists) {
+        BackUpOtherStore(mpParent, mDatabase, mNewPath);
+    }
+    BackUpStore(mpParent, mDatabase, BackupCause::kMove);
+    mDatabase.Close();
+    int error = 0;
+    {
+        const wxBusyCursor busy;
+        error = MoveStoreFile(mCurrentPath, mNewPath);
+    }
+    if (error == 0) {
+        Reopen(mNewPath, true);
+        return;
+    }
+    Tell(_("Unable to move the store file (%s)"), error, _("Move failed"));
+    Reopen(mCurrentPath, true);
+}
+
+void StoreFileChange::Create() {
+    const wxString caption = _("New Store File");
+    if (!mActions.DiscardEdits(mpParent) || !MayReplace(caption)) {
+        return;
+    }
+    if (mExists) {
+        BackUpOtherStore(mpParent, mDatabase, mNewPath);
+    }
+    mDatabase.Close();
+    const int error = mExists ? ReplaceByNewStore(mNewPath) : 0;
+    if (error != 0) {
+        // The old file would be opened with all its cards, as if it were the new store.
+        Tell(_("Unable to replace the store file (%s)"), error, caption);
+        Reopen(mCurrentPath, true);
+        return;
+    }
+    Reopen(mNewPath, false);
+}
+
+void StoreFileChange::Open() {
+    if (MakeStorePathFull(mNewPath) == MakeStorePathFull(mCurrentPath) ||
+        !mActions.DiscardEdits(mpParent)) {
+        return;
+    }
+    mDatabase.Close();
+    Reopen(mNewPath, true);
+}
+
+bool StoreFileChange::MayReplace(const wxString& caption) const {
+    return !mExists || ShowMessageBox(wxString::Format(_("\"%s\" already exists.  Do you want to "
+                                                         "replace that file and permanently "
+                                                         "destroy all of the data in it?"),
+                                                       mNewPath),
+                                      caption, wxYES_NO | wxNO_DEFAULT) == wxYES;
+}
+
+void StoreFileChange::Tell(const wxString& format, int error, const wxString& caption) const {
+    const wxString reason = wxSysErrorMsgStr(static_cast<unsigned long>(error));
+    ShowMessageBox(wxString::Format(format, reason), caption, wxOK, mpParent);
+}
+
+void StoreFileChange::Reopen(const wxString& path, bool mustExist) {
+    mActions.OpenStoreFile(mpParent, mDatabase, path, mustExist);
+    mDatabase.Notify();
+}
+
+}  // namespace
+
+void ChangeStoreFile(StoreFileActions& actions, wxWindow* parent, Database& database,
+                     StoreFileChoice choice, const wxString& currentPath, const wxString& newPath) {
+    StoreFileChange change(actions, parent, database, currentPath, newPath);
+    switch (choice) {
+        case StoreFileChoice::kKeep:
+            break;
+        case StoreFileChoice::kMove:
+            change.Move();
+            break;
+        case StoreFileChoice::kCreate:
+            change.Create();
+            break;
+        case StoreFileChoice::kOpen:
+            change.Open();
+            break;
+    }
+}
+
+AppStoreFileActions::AppStoreFileActions(DiscardCheck discardEdits,
+                                         std::function<void()> storeChanged)
+    : mDiscardEdits(std::move(discardEdits)), mStoreChanged(std::move(storeChanged)) {}
+
+wxString AppStoreFileActions::GetDefaultStorePath() {
+    return ::GetDefaultStorePath();
+}
+
+bool AppStoreFileActions::ChooseToOpen(wxWindow* parent, wxString& path) {
+    return ChooseStoreFileToOpen(parent, path);
+}
+
+bool AppStoreFileActions::ChooseToSave(wxWindow* parent, const wxString& title, wxString& path) {
+    return ChooseStoreFileToSave(parent, title, false, path);
+}
+
+void AppStoreFileActions::OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
+                                        bool mustExist) {
+    ::OpenStoreFile(parent, database, path, mustExist);
+    mStoreChanged();
+}

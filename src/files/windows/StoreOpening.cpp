@@ -1,0 +1,331 @@
+#include "files/windows/StoreOpening.h"
+
+#include <wx/button.h>
+#include <wx/confbase.h>
+#include <wx/filedlg.h>
+#include <wx/filefn.h>
+#include <wx/filename.h>
+#include <wx/gauge.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/thread.h>
+#include <wx/utils.h>
+
+#include "base/Process.h"
+#include "base/Text.h"
+#include "files/StoreFiles.h"
+#include "files/windows/Backups.h"
+#include "files/windows/RestoreDialog.h"
+#include "shell/Forms.h"
+#include "shell/Settings.h"
+#include "shell/Toolkit.h"
+#include "store/Database.h"
+
+namespace {
+
+wxString StoreFileFilter() {
+    return _("Flash Card Store Files (*.vlm)|*.vlm|All files (*.*)|*.*");
+}
+
+// Returns the directory of a path, or nothing where it does not exist; the toolkit then chooses.
+wxString DirectoryOf(const wxString& path) {
+    const wxString directory = wxFileName(path).GetPath();
+    return wxFileName::DirExists(directory) ? directory : wxString();
+}
+
+bool Ask(wxFileDialog& dialog, wxString& path) {
+    if (dialog.ShowModal() != wxID_OK) {
+        return false;
+    }
+    path = dialog.GetPath();
+    return true;
+}
+
+}  // namespace
+
+bool ChooseStoreFileToOpen(wxWindow* parent, wxString& path) {
+    wxFileDialog dialog(parent, _("Open Store File"), DirectoryOf(path), wxString(),
+                        StoreFileFilter(), wxFD_OPEN);
+    return Ask(dialog, path);
+}
+
+bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBeforeOverwriting,
+                           wxString& path) {
+    const long style = wxFD_SAVE | (askBeforeOverwriting ? wxFD_OVERWRITE_PROMPT : 0);
+    wxFileDialog dialog(parent, title, DirectoryOf(path), kDefaultStoreName, StoreFileFilter(),
+                        style);
+    return Ask(dialog, path);
+}
+
+namespace {
+
+// Asks what to open in place of a path that failed. False when the user gives up.
+bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
+    // The pointer must not say "wait" while the user is to choose.
+    const wxBusyCursorSuspender ready;
+    DatabaseOpenFailed dialog(parent, path, mustExist);
+    if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
+        return false;
+    }
+    path = MakeStorePathFull(dialog.GetPath());
+    mustExist = dialog.MustExist();
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
+    auto database = std::make_unique<Database>(report);
+    bool isStored = false;
+    const wxString path = GetChosenStorePath(isStored);
+    OpenStoreFile(nullptr, *database, path, isStored);
+    return database;
+}
+
+bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
+    // A stored choice must still mean the same file when the program starts in another directory.
+    wxString choice = MakeStorePathFull(path);
+    AppUpgradeWait wait(parent);
+    while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
+        if (!ChooseAnother(parent, choice, mustExist)) {
+            return false;
+        }
+    }
+    OpenSettings()->Write(kSettingDatabasePath, choice);
+    return true;
+}
+
+void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
+    if (!TryOpenStoreFile(parent, database, path, mustExist)) {
+        EndProcess(kExitFromRecovery);
+    }
+}
+
+bool TryQuietly(Database& database, const std::function<void()>& ask) {
+    const wxLogNull silence;
+    return database.Try(ask);
+}
+
+void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
+    for (;;) {
+        wxString path = database.GetPath();
+        if (TryQuietly(database, ask)) {
+            return;
+        }
+        database.Close();
+        bool mustExist = true;
+        if (!ChooseAnother(nullptr, path, mustExist)) {
+            EndProcess(kExitFromRecovery);
+        }
+        OpenStoreFile(nullptr, database, path, mustExist);
+    }
+}
+
+namespace {
+
+enum : int {
+    ID_EXIT = 10000,
+    ID_DIALOG = 10066,
+    ID_RETRY = 10068,
+    ID_OPEN = 10070,
+    ID_NEW = 10071,
+    ID_RESTORE_BACKUP = 10072,
+    ID_REPAIR = 10073,
+    ID_PATH = 10121
+};
+
+}  // namespace
+
+DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist)
+    : wxDialog(parent, ID_DIALOG, "Velomind", wxDefaultPosition, wxSize(400, 300),
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mMustExist(mustExist) {
+    auto* const message =
+        new wxStaticText(this, wxID_ANY, _("Unable to open the flash card store file."));
+    mpPath = new wxTextCtrl(this, ID_PATH, path, wxDefaultPosition, FromDIP(wxSize(390, -1)),
+                            wxTE_READONLY);
+    SetAccessibleName(*mpPath, message->GetLabelText());
+
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    const auto addButton = [&](int id, const wxString& label) {
+        auto* const button = new wxButton(this, id, label);
+        buttons->Add(button, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
+        return button;
+    };
+    wxButton* const retry = addButton(ID_RETRY, _("Retry"));
+    addButton(ID_OPEN, _("Open"));
+    addButton(ID_NEW, _("New"));
+    addButton(ID_RESTORE_BACKUP, _("Restore..."));
+    addButton(ID_REPAIR, _("Repair..."))->Enable(wxFileExists(path));
+    addButton(ID_EXIT, _("Exit"));
+
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(message);
+    rows->Add(mpPath, FormRow(*this));
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
+    FitTextHeights(*this);
+    GetSizer()->SetSizeHints(this);
+    Centre();
+
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnOpen, this, ID_OPEN);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnNew, this, ID_NEW);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRestore, this, ID_RESTORE_BACKUP);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRepair, this, ID_REPAIR);
+    Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnExit, this, ID_EXIT);
+    Bind(wxEVT_CLOSE_WINDOW, &DatabaseOpenFailed::OnClose, this);
+    SetEscapeId(ID_EXIT);
+    retry->SetDefault();
+    retry->SetFocus();
+}
+
+wxString DatabaseOpenFailed::GetPath() const {
+    return mpPath->GetValue();
+}
+
+void DatabaseOpenFailed::OnRetry(wxCommandEvent&) {
+    mMustExist = true;
+    EndModal(kTryAgain);
+}
+
+void DatabaseOpenFailed::OnOpen(wxCommandEvent&) {
+    wxString path = GetPath();
+    if (ChooseStoreFileToOpen(this, path)) {
+        mpPath->SetValue(path);
+        mMustExist = true;
+        EndModal(kTryAgain);
+    }
+}
+
+void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
+    wxString path = GetPath();
+    if (!ChooseStoreFileToSave(this, _("New Store File"), true, path)) {
+        return;
+    }
+    if (wxFileExists(path)) {
+        // A file that cannot be replaced shows itself when the store is opened.
+        ReplaceByNewStore(this, path);
+    }
+    mpPath->SetValue(path);
+    mMustExist = false;
+    EndModal(kTryAgain);
+}
+
+void DatabaseOpenFailed::OnRestore(wxCommandEvent&) {
+    if (RestoreUnreadableStore(this, GetPath())) {
+        mMustExist = true;
+        EndModal(kTryAgain);
+    }
+}
+
+void DatabaseOpenFailed::OnRepair(wxCommandEvent&) {
+    wxString repaired;
+    if (RepairUnreadableStore(this, GetPath(), repaired)) {
+        mpPath->SetValue(repaired);
+        mMustExist = true;
+        EndModal(kTryAgain);
+    }
+}
+
+void DatabaseOpenFailed::OnExit(wxCommandEvent&) {
+    EndModal(kGiveUp);
+}
+
+void DatabaseOpenFailed::OnClose(wxCloseEvent&) {
+    EndModal(kGiveUp);
+}
+
+namespace {
+
+constexpr int kDialogId = 10120;
+
+void WaitFor(wxWindow* parent, const wxString& title, const wxThread& worker) {
+    ThreadWaitDialog dialog(parent, kDialogId, wxString(), wxDefaultPosition, wxSize(400, 300),
+                            wxDEFAULT_DIALOG_STYLE);
+    dialog.Watch(worker);
+    dialog.SetTitle(title);
+    dialog.ShowModal();
+}
+
+class JobThread : public wxThread {
+  public:
+    explicit JobThread(const std::function<void()>& job) : wxThread(wxTHREAD_JOINABLE), mJob(job) {}
+
+  private:
+    ExitCode Entry() override {
+        mJob();
+        return nullptr;
+    }
+
+    const std::function<void()>& mJob;
+};
+
+}  // namespace
+
+void RunBehindWait(wxWindow* parent, const wxString& title, const std::function<void()>& job) {
+    JobThread thread(job);
+    if (thread.Create() != wxTHREAD_NO_ERROR || thread.Run() != wxTHREAD_NO_ERROR) {
+        const wxBusyCursor busy;
+        job();
+        return;
+    }
+    {
+        const wxBusyCursorSuspender ready;
+        WaitFor(parent, title, thread);
+    }
+    thread.Wait();
+}
+
+void AppUpgradeWait::WaitFor(wxThread& worker) {
+    ::WaitFor(mpParent, _("Upgrading Database"), worker);
+}
+
+namespace {
+
+constexpr int kTimerId = 1138;
+constexpr int kTickMilliseconds = 16;
+constexpr int kFullGaugeMilliseconds = 120000;
+
+}  // namespace
+
+ThreadWaitDialog::ThreadWaitDialog(wxWindow* parent, wxWindowID id, const wxString& title,
+                                   const wxPoint& position, const wxSize& size, long style)
+    : wxDialog(parent, id, title, position, size, style),
+      mTimer(this, kTimerId),
+      mCreated(wxGetUTCTimeMillis()) {
+    SetExtraStyle(GetExtraStyle() | wxWS_EX_BLOCK_EVENTS);
+
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    rows->Add(new wxStaticText(this, wxID_ANY, _("This may take a few minutes.")),
+              wxSizerFlags().Centre());
+    mpGauge = new wxGauge(this, wxID_ANY, 100, wxDefaultPosition, wxSize(220, -1),
+                          wxGA_HORIZONTAL | wxGA_SMOOTH);
+    rows->Add(mpGauge, wxSizerFlags().Centre().Border(wxTOP, FromDIP(kFormGap)));
+    GetSizer()->SetSizeHints(this);
+    Centre();
+
+    Bind(wxEVT_TIMER, &ThreadWaitDialog::OnTimer, this, kTimerId);
+    Bind(wxEVT_CLOSE_WINDOW, &ThreadWaitDialog::OnClose, this);
+    mTimer.Start(kTickMilliseconds);
+}
+
+void ThreadWaitDialog::OnTimer(wxTimerEvent&) {
+    const wxLongLong elapsed = wxGetUTCTimeMillis() - mCreated;
+    mpGauge->SetRange(kFullGaugeMilliseconds);
+    mpGauge->SetValue(static_cast<int>((elapsed % kFullGaugeMilliseconds).ToLong()));
+    if (mpThread != nullptr && mpThread->IsAlive()) {
+        return;
+    }
+    mTimer.Stop();
+    EndModal(wxID_OK);
+}
+
+// Nothing but the end of the thread ends the wait.
+void ThreadWaitDialog::OnClose(wxCloseEvent& event) {
+    if (event.CanVeto()) {
+        event.Veto();
+    }
+}

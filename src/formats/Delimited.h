@@ -1,0 +1,113 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "formats/CardRecord.h"
+
+class CharSource;
+class TextSink;
+
+// Reads a table. The first row names the columns; each further row is a record with an attribute
+// for every column. Fields are separated by the delimiter, may be quoted, and have the escapes \\,
+// \n and \r. The line number counts rows. Anything can be read as a table, so there are no errors.
+class DelimitedReader : public CardRecordReader {
+  public:
+    // Reads the header. The source is not owned.
+    DelimitedReader(CharSource& source, wchar_t delimiter);
+
+    // How the rows of a table are read that is not of this program's own form.
+    struct Foreign {
+        // The names that the columns get; the table has no header, or the caller has read past it.
+        std::vector<wxString> Columns;
+        // The number of the last row before the first one here.
+        int32_t RowNumber = 0;
+        // Rows that begin with this character are left out, unless it is quoted; 0 for none.
+        wchar_t Comment = 0;
+        // Whether the escapes are replaced.
+        bool HasEscapes = false;
+    };
+    DelimitedReader(CharSource& source, wchar_t delimiter, Foreign foreign);
+
+    size_t GetColumnCount() const { return mColumns.size(); }
+    // As spelled in the file.
+    const wxString& GetColumnName(size_t index) const { return mColumns[index]; }
+
+    int32_t GetLineNumber() const override { return mRowNumber; }
+    int32_t GetError() const override { return kNoError; }
+    uint32_t GetAttributeCount() const override;
+    const CardAttribute& GetAttribute(uint32_t index) const override { return mAttributes[index]; }
+    bool ReadRecord() override;
+    float GetProgress() const override;
+
+  private:
+    // What was in a row.
+    struct Row {
+        size_t Fields = 0;
+        bool HasText = false;
+        bool IsComment = false;
+    };
+
+    template <class TakeField>
+    Row ReadRow(TakeField take);
+    wchar_t ReadField();
+    wchar_t ReadFirst(bool& quoted);
+    bool IsBreak(wchar_t character) const;
+
+    CharSource& mSource;
+    wchar_t mDelimiter;
+    std::vector<wxString> mColumns;
+    int32_t mRowNumber = 1;
+    wchar_t mComment = 0;
+    bool mHasEscapes = true;
+    // Whether the present field is quoted.
+    bool mIsQuoted = false;
+    AttributeList mAttributes;
+    // What ended the field before: a delimiter, a line break, or 0 at the end of the text. After a
+    // closing quote it may be any character, and is then the first of the next field.
+    wchar_t mLastTerminator = 0;
+    std::wstring mField;
+};
+
+// Writes records as the rows of a table, one line each, after a row with the names of the columns.
+// The columns are added first; EndHeader then writes their row, and the records follow.
+class DelimitedWriter : public CardRecordWriter {
+  public:
+    // The sink is not owned.
+    DelimitedWriter(TextSink& sink, wchar_t delimiter);
+
+    // Returns 0, or -1 when the header has ended or has such a column already.
+    int AddColumn(std::u16string_view name);
+    void EndHeader();
+
+    // Refuses a name that is no column, and any before the header's end.
+    int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
+    // A column that the record did not set stays empty.
+    void EndRecord() override;
+    void Flush() override;
+
+  private:
+    struct Column {
+        std::u16string Name;
+        std::u16string Value;
+    };
+
+    // Returns the index of a column, or the number of columns when there is none.
+    size_t FindColumn(std::u16string_view name) const;
+    void AppendField(const std::u16string& value);
+    void AppendSpecialField(const std::u16string& value);
+
+    TextSink& mSink;
+    std::u16string mDelimiter;
+    bool mHeaderOpen = true;
+    std::vector<Column> mColumns;
+    // One past the column found last. Attributes mostly come in the order of the columns, so the
+    // search starts there.
+    size_t mNext = 0;
+    // The rows since the last flush, and room for one of their fields.
+    std::u16string mRows;
+    std::u16string mField;
+};

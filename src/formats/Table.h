@@ -1,0 +1,141 @@
+#pragma once
+
+#include <wx/fontenc.h>
+#include <wx/string.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "formats/CardRecord.h"
+#include "store/CardUuid.h"
+
+class CharSource;
+
+// Tables as people have them: lists from mails, spreadsheets with headings of their own, the plain
+// text of Anki. A survey looks at the first rows and proposes a layout, which says what becomes of
+// each column; a reader then turns the rows into records with the attributes of cards. A table of
+// this program's own form, whose first row holds nothing but names of attributes, needs none of it
+// and is read by a DelimitedReader alone.
+
+// What becomes of a column.
+enum class ColumnUse : size_t {
+    kIgnore,
+    // A line of the notes, with the heading of the column before it.
+    kAppend,
+    kFront,
+    kFront2,
+    kBack,
+    kBack2,
+    kNotes,
+    kCategory,
+    kChapter,
+    kAuthor,
+    kIntroductionOrder,
+    kForwardX,
+    kReverseX,
+    kId,
+    // The identity of a note in Anki, of which the identity of the card is made.
+    kNoteId,
+    kIntroduced,
+    kLastReview,
+    kLastScore,
+    kReviewInterval,
+    kDifficulty,
+    kErc,
+    kReverseIntroduced,
+    kReverseLastReview,
+    kReverseLastScore,
+    kReverseReviewInterval,
+    kReverseDifficulty,
+    kReverseErc,
+    kCount
+};
+
+// Returns the name of the attribute that a column of that use gives, or null for none.
+const char* AttributeOfUse(ColumnUse use);
+// Returns the use as a choice for a person.
+wxString DescribeUse(ColumnUse use);
+
+// Returns what a heading says about its column, in any of the languages that the program knows:
+// the names of attributes, and words that people use for them. Nothing for a word that says
+// nothing. A language, such as "German", gives its number from 1 in language, and no use: the first
+// such column is the front.
+std::optional<ColumnUse> FindUseOfHeading(const wxString& heading, int& language);
+
+struct TableColumn {
+    // The cell of the first row; empty in a table without names.
+    wxString Heading;
+    ColumnUse Use = ColumnUse::kIgnore;
+};
+
+// How the rows of a table are read.
+struct TableLayout {
+    // What stands between the fields: one character, or a text such as " - " that parts a line in
+    // two where it comes first.
+    std::wstring Separator = L"\t";
+    // How many lines stand before the rows and say how to read them, such as "sep=;".
+    int32_t HeadLines = 0;
+    // Whether the first row has the names of the columns.
+    bool HasHeader = false;
+    // Further fields of a row are left out.
+    std::vector<TableColumn> Columns;
+    // Whether fields are written in HTML.
+    bool IsHtml = false;
+    // Whether \n, \r and \\ stand for line breaks and a backslash, as in this program's own tables.
+    bool HasEscapes = false;
+    // Whether rows that begin with "#" are comments.
+    bool HasComments = false;
+    // For every card, beside what the columns say; empty for none.
+    wxString Category;
+    wxString Tags;
+
+    bool HasUse(ColumnUse use) const;
+    // Returns whether a row can become a new card, or change one that has an identity.
+    bool IsComplete() const;
+};
+
+// What a person has decided about a table; the rest is found out.
+struct TableChoice {
+    wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
+    // Empty to be found out. " - " stands for any text between the two halves of a line.
+    std::wstring Separator;
+    std::optional<bool> HasHeader;
+};
+
+// What the first rows of a file show.
+struct TableSurvey {
+    // The encoding of the whole text; wxFONTENCODING_SYSTEM for UTF-8 or Windows-1252.
+    wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
+    TableLayout Layout;
+    // The first rows that become cards, with a text for each column.
+    std::vector<std::vector<wxString>> Rows;
+    // The first line of the text that is not empty.
+    wxString FirstLine;
+    // Whether the first row holds nothing but names of attributes, so that no layout is needed.
+    bool IsOwnForm = false;
+};
+
+// How many rows a survey shows, and how many columns a table may have.
+constexpr size_t kSurveyedRows = 20;
+constexpr size_t kMostColumns = 200;
+
+// Looks at the beginning of a file. A file that cannot be read gives no columns.
+TableSurvey SurveyTable(const wxString& fileName, const TableChoice& choice);
+
+// Finds the name of the category that a card of the store is in; false for a card that it does not
+// have.
+using CategoryFinder = std::function<bool(const CardUuid& id, wxString& category)>;
+
+// Makes a reader of the raw rows: its records have one attribute for each column of the layout, in
+// their order. It has read past the header. The source is not owned.
+std::unique_ptr<CardRecordReader> MakeRowReader(CharSource& source, const TableLayout& layout);
+
+// Reads the rows of a table as records of attributes. The source is not owned. A card that is found
+// keeps its category when the table says nothing about it.
+std::unique_ptr<CardRecordReader> MakeTableReader(CharSource& source, const TableLayout& layout,
+                                                  CategoryFinder findCategory);

@@ -1,0 +1,313 @@
+#include "formats/decks/AnkiTemplate.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/Text.h"
+
+namespace {
+
+using Text = std::wstring_view;
+constexpr size_t kNoField = static_cast<size_t>(-1);
+
+Text ViewOf(const wxString& text) {
+    return {text.wc_str(), text.length()};
+}
+
+wxString StringOf(Text text) {
+    return {text.data(), text.size()};
+}
+
+// What is written in comments is not shown.
+std::wstring WithoutComments(Text source) {
+    std::wstring kept;
+    size_t at = 0;
+    for (;;) {
+        const size_t begin = source.find(L"<!--", at);
+        kept += source.substr(at, begin == Text::npos ? begin : begin - at);
+        const size_t end = begin == Text::npos ? begin : source.find(L"-->", begin + 4);
+        if (end == Text::npos) {
+            return kept;
+        }
+        at = end + 3;
+    }
+}
+
+class TemplateParser {
+  public:
+    explicit TemplateParser(const std::vector<wxString>& names) : mNames(names) {}
+
+    std::vector<ShownField> Parse(const wxString& source) {
+        const std::wstring text = WithoutComments(ViewOf(source));
+        Text rest = text;
+        SwitchDelimiters(rest);
+        for (;;) {
+            const size_t begin = rest.find(mOpen);
+            const size_t end =
+                begin == Text::npos ? begin : rest.find(mClose, begin + mOpen.size());
+            if (end == Text::npos) {
+                return std::move(mFields);
+            }
+            Text tag = rest.substr(begin + mOpen.size(), end - begin - mOpen.size());
+            // The innermost of several opening braces counts.
+            const size_t nested = tag.rfind(mOpen);
+            tag.remove_prefix(nested == Text::npos ? 0 : nested + mOpen.size());
+            ReadTag(tag);
+            rest.remove_prefix(end + mClose.size());
+        }
+    }
+
+  private:
+    void SwitchDelimiters(Text& rest) {
+        if (rest.substr(0, 3) == L"{{=") {
+            mOpen = L"<%";
+            mClose = L"%>";
+            rest.remove_prefix(std::min(rest.size(), rest.find(L'\n')));
+        }
+    }
+
+    size_t FieldOf(Text name) const {
+        const wxString wanted = StringOf(TrimView(name));
+        const auto found = std::find(mNames.begin(), mNames.end(), wanted);
+        return found == mNames.end() ? kNoField : static_cast<size_t>(found - mNames.begin());
+    }
+
+    void ReadTag(Text tag) {
+        while (!tag.empty() && (tag.front() == L'{' || IsWideSpace(tag.front()))) {
+            tag.remove_prefix(1);
+        }
+        if (tag.empty()) {
+            return;
+        }
+        const wchar_t first = tag.front();
+        if (first == L'#' || first == L'^') {
+            mOpenSections.push_back({FieldOf(tag.substr(1)), first == L'^'});
+        } else if (first == L'/') {
+            if (!mOpenSections.empty()) {
+                mOpenSections.pop_back();
+            }
+        } else {
+            ReadField(tag);
+        }
+    }
+
+    void ReadField(Text tag) {
+        ShownField shown;
+        const size_t nameAt = tag.rfind(L':');
+        shown.Field = FieldOf(nameAt == Text::npos ? tag : tag.substr(nameAt + 1));
+        if (shown.Field == kNoField) {
+            return;
+        }
+        Text filters = tag.substr(0, nameAt == Text::npos ? 0 : nameAt);
+        while (!filters.empty()) {
+            const size_t colon = filters.rfind(L':');
+            AddFilter(shown, TrimView(colon == Text::npos ? filters : filters.substr(colon + 1)));
+            filters = filters.substr(0, colon == Text::npos ? 0 : colon);
+        }
+        for (const ShownField::Condition& condition : mOpenSections) {
+            if (condition.Field != kNoField) {
+                shown.Conditions.push_back(condition);
+            }
+        }
+        mFields.push_back(std::move(shown));
+    }
+
+    static void AddFilter(ShownField& shown, Text filter) {
+        using Filter = ShownField::Filter;
+        constexpr std::pair<Text, Filter> kFilters[] = {{L"furigana", Filter::kFurigana},
+                                                        {L"kana", Filter::kKana},
+                                                        {L"kanji", Filter::kKanji},
+                                                        {L"cloze", Filter::kCloze},
+                                                        {L"cloze-only", Filter::kCloze}};
+        for (const auto& [name, how] : kFilters) {
+            if (filter == name && shown.How == Filter::kNone) {
+                shown.How = how;
+            }
+        }
+        shown.IsHint = shown.IsHint || filter.substr(0, 4) == L"hint";
+        shown.IsTyped = shown.IsTyped || filter == L"type";
+    }
+
+    const std::vector<wxString>& mNames;
+    Text mOpen = L"{{";
+    Text mClose = L"}}";
+    std::vector<ShownField::Condition> mOpenSections;
+    std::vector<ShownField> mFields;
+};
+
+// An opening of a deletion and what closes it, both as places in the text.
+struct ClozeSpan {
+    size_t Begin = 0;
+    size_t TextBegin = 0;
+    // Where the closing braces stand.
+    size_t TextEnd = 0;
+    std::vector<int> Numbers;
+};
+
+constexpr size_t kDeepest = 10;
+
+// Reads "{{c1::" or "{{c1,2::" at that place. Returns its length, or 0.
+size_t ReadClozeOpening(Text text, size_t at, std::vector<int>& numbers) {
+    size_t next = at + 3;
+    numbers.clear();
+    if (text.substr(at, 3) != L"{{c") {
+        return 0;
+    }
+    for (;;) {
+        int number = 0;
+        const size_t first = next;
+        while (next < text.size() && next - first < 4 && text[next] >= L'0' && text[next] <= L'9') {
+            number = number * 10 + static_cast<int>(text[next++] - L'0');
+        }
+        if (next == first) {
+            return 0;
+        }
+        numbers.push_back(number);
+        if (next < text.size() && text[next] == L',') {
+            ++next;
+        } else {
+            return text.substr(next, 2) == L"::" ? next + 2 - at : 0;
+        }
+    }
+}
+
+// The deletions in the order of their openings. One that is not closed is ordinary text.
+std::vector<ClozeSpan> FindSpans(Text text) {
+    std::vector<ClozeSpan> spans;
+    std::vector<size_t> open;
+    std::vector<int> numbers;
+    for (size_t at = 0; at < text.size();) {
+        const size_t length = text[at] == L'{' ? ReadClozeOpening(text, at, numbers) : 0;
+        if (length > 0 && open.size() < kDeepest) {
+            open.push_back(spans.size());
+            spans.push_back({at, at + length, Text::npos, numbers});
+            at += length;
+        } else if (!open.empty() && text.substr(at, 2) == L"}}") {
+            spans[open.back()].TextEnd = at;
+            open.pop_back();
+            at += 2;
+        } else {
+            ++at;
+        }
+    }
+    spans.erase(std::remove_if(spans.begin(), spans.end(),
+                               [](const ClozeSpan& span) { return span.TextEnd == Text::npos; }),
+                spans.end());
+    return spans;
+}
+
+class ClozeWriter {
+  public:
+    ClozeWriter(Text text, int number) : mText(text), mNumber(number), mSpans(FindSpans(text)) {}
+
+    ClozeCard Make() {
+        size_t span = 0;
+        Write(0, mText.size(), span, true);
+        return std::move(mCard);
+    }
+
+  private:
+    // Writes a part of the text with the deletions that begin in it, from that one on.
+    void Write(size_t at, size_t end, size_t& span, bool isShown) {
+        while (span < mSpans.size() && mSpans[span].Begin < end) {
+            const ClozeSpan& next = mSpans[span];
+            Add(mText.substr(at, next.Begin - at), isShown);
+            at = next.TextEnd + 2;
+            WriteDeletion(span, isShown);
+        }
+        Add(mText.substr(at, end - at), isShown);
+    }
+
+    void WriteDeletion(size_t& index, bool isShown) {
+        const ClozeSpan& span = mSpans[index++];
+        // The hint stands behind the first pair of colons that belongs to no deletion within.
+        size_t hint = mText.find(L"::", span.TextBegin);
+        for (size_t inner = index; inner < mSpans.size() && mSpans[inner].Begin < span.TextEnd;
+             ++inner) {
+            if (hint >= mSpans[inner].Begin && hint < mSpans[inner].TextEnd + 2) {
+                hint = mText.find(L"::", mSpans[inner].TextEnd + 2);
+            }
+        }
+        const size_t end = std::min(hint, span.TextEnd);
+        const bool isHidden = isShown && std::find(span.Numbers.begin(), span.Numbers.end(),
+                                                   mNumber) != span.Numbers.end();
+        const size_t hiddenAt = mCard.Whole.length();
+        Write(span.TextBegin, end, index, isShown && !isHidden);
+        if (isHidden) {
+            mCard.Hidden.push_back(mCard.Whole.Mid(hiddenAt));
+            const Text words = hint < span.TextEnd ? mText.substr(hint + 2, span.TextEnd - hint - 2)
+                                                   : Text(L"...");
+            mCard.Question += L"[" + StringOf(words) + L"]";
+        }
+        while (index < mSpans.size() && mSpans[index].Begin < span.TextEnd) {
+            ++index;
+        }
+    }
+
+    void Add(Text text, bool isShown) {
+        mCard.Whole += StringOf(text);
+        if (isShown) {
+            mCard.Question += StringOf(text);
+        }
+    }
+
+    Text mText;
+    int mNumber;
+    std::vector<ClozeSpan> mSpans;
+    ClozeCard mCard;
+};
+
+}  // namespace
+
+std::vector<ShownField> ParseTemplate(const wxString& source,
+                                      const std::vector<wxString>& fieldNames) {
+    return TemplateParser(fieldNames).Parse(source);
+}
+
+// A base is what stands before a bracket up to a blank, which marks its beginning and is not shown.
+FuriganaText ReadFurigana(const wxString& text) {
+    const Text source = ViewOf(text);
+    std::wstring base;
+    std::wstring reading;
+    bool hasReading = false;
+    const size_t lastEnd = source.rfind(L']') == Text::npos ? 0 : source.rfind(L']');
+    size_t wordAt = 0;
+    size_t wordInReading = 0;
+    const auto beginWord = [&] {
+        wordAt = base.size();
+        wordInReading = reading.size();
+    };
+    for (size_t at = 0; at < source.size(); ++at) {
+        const wchar_t character = source[at];
+        const size_t end = character == L'[' && at < lastEnd ? source.find(L']', at) : Text::npos;
+        const Text inner = end == Text::npos ? Text() : source.substr(at + 1, end - at - 1);
+        const bool isReading =
+            !inner.empty() && base.size() > wordAt && inner.find(L'\n') == Text::npos;
+        if (isReading) {
+            // The blank before the base only says where it begins.
+            if (wordAt > 0 && base[wordAt - 1] == L' ') {
+                base.erase(wordAt - 1, 1);
+                reading.erase(wordInReading - 1);
+            } else {
+                reading.resize(wordInReading);
+            }
+            reading += inner;
+            hasReading = true;
+            at = end;
+            beginWord();
+            continue;
+        }
+        base += character;
+        reading += character;
+        if (IsWideSpace(character)) {
+            beginWord();
+        }
+    }
+    return {base, hasReading ? wxString(reading) : wxString()};
+}
+
+ClozeCard MakeClozeCard(const wxString& text, int number) {
+    return ClozeWriter(ViewOf(text), number).Make();
+}

@@ -1,0 +1,206 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "formats/CardRecord.h"
+#include "store/FlashCard.h"
+
+class Database;
+
+// Decks of other programs as records for the import. A deck is opened from its file, gives its
+// cards one by one, and counts what of it has no place here.
+
+// What of a deck is left out or changed. The number of each kind is told before anything is
+// written.
+enum class DeckLoss : size_t {
+    kPictures,
+    kSounds,
+    kFormulas,
+    kEmptySides,
+    kOcclusions,
+    kTemplatesDropped,
+    kTemplatesSplit,
+    kClozesSplit,
+    kHints,
+    kSuspended,
+    kBuried,
+    kFiltered,
+    kSistersApart,
+    kReviews,
+    kClamped,
+    kNotesSkipped,
+    kCount
+};
+
+using DeckLosses = std::array<int64_t, static_cast<size_t>(DeckLoss::kCount)>;
+
+// What a field of a note becomes.
+enum class FieldRole { kFront, kFront2, kBack, kBack2, kNotes, kIgnore };
+
+// A kind of note, its fields, and what becomes of each unless somebody says otherwise.
+struct DeckNoteType {
+    wxString Id;
+    wxString Name;
+    std::vector<wxString> Fields;
+    std::vector<FieldRole> Roles;
+    // The roles of a text with deletions are not to be chosen.
+    bool IsCloze = false;
+};
+
+struct DeckOptions {
+    // False makes every card a new one.
+    bool WithSchedules = true;
+    // The category is the whole name "A::B", or else its last part.
+    bool WholeDeckNames = true;
+    // The roles of fields that somebody has chosen, by the type's Id.
+    std::map<wxString, std::vector<FieldRole>> Roles;
+    // Finds the name of the category that a card of the store is in; false for a card that it does
+    // not have. Such cards keep their category and schedules. May be empty.
+    std::function<bool(const CardUuid& id, wxString& category)> FindStored;
+    // Ends the opening early, with any message, once it is true. Not owned; may be null.
+    const std::atomic<bool>* IsCancelled = nullptr;
+};
+
+// A card of a deck, with the parts of it that a FlashCard does not hold by themselves.
+struct DeckCard {
+    FlashCard Card;
+    wxString Front2;
+    wxString Back2;
+    wxString Category;
+};
+
+// An open deck. Reads from a file of its own, on any one thread.
+class Deck {
+  public:
+    virtual ~Deck() = default;
+
+    virtual std::vector<DeckNoteType> GetNoteTypes() const = 0;
+    // The next card, in the order in which new ones are to be introduced. False at the end, and on
+    // a failure, which GetFailure then tells.
+    bool ReadCard(DeckCard& card);
+    virtual float GetProgress() const = 0;
+
+    // A sentence for a person; empty for none.
+    const wxString& GetFailure() const { return mFailure; }
+    int64_t CountNotes() const { return mNotes; }
+    // Counts what was read so far.
+    const DeckLosses& GetLosses() const { return mLosses; }
+
+  protected:
+    // Pushes the cards of the next note, which may be none. False as for ReadCard.
+    virtual bool ReadNote() = 0;
+    // Takes a card, or counts it as lost where a side has no text.
+    void Push(DeckCard&& card);
+    void Count(DeckLoss loss, int64_t count = 1) { mLosses[static_cast<size_t>(loss)] += count; }
+    bool Fail(const wxString& message) {
+        mFailure = message;
+        return false;
+    }
+
+    wxString mFailure;
+    int64_t mNotes = 0;
+
+  private:
+    DeckLosses mLosses{};
+    // Cards of notes that were read.
+    std::deque<DeckCard> mReady;
+};
+
+// How a deck's file is made ready.
+struct DeckFileOptions {
+    // What comes out of a package is counted as it comes, and more bytes than these are refused.
+    int64_t MostBytes = int64_t{1} << 30;
+    // Ends the work early, with any message, once it is true. Not owned; may be null.
+    const std::atomic<bool>* IsCancelled = nullptr;
+    // Receives the part that is done, in thousandths. Not owned; may be null.
+    std::atomic<int32_t>* Position = nullptr;
+};
+
+// A deck's file, made ready to read: a package unpacked, a database copied, both into a private
+// directory that goes with this object. Several decks may be opened from it one after another.
+class DeckFile {
+  public:
+    ~DeckFile();
+    DeckFile(const DeckFile&) = delete;
+    DeckFile& operator=(const DeckFile&) = delete;
+
+    // True for a package, or a database of one of the programs. Looks at the contents alone.
+    static bool IsDeck(const wxString& path);
+    // Null when the file cannot be made ready, with the reason as a sentence.
+    static std::shared_ptr<DeckFile> Open(const wxString& path, wxString& message,
+                                          const DeckFileOptions& options = {});
+
+    // A deck from its first card on, or null and the reason.
+    std::unique_ptr<Deck> OpenDeck(const DeckOptions& options, wxString& message) const;
+
+  private:
+    enum class Kind { kAnki, kMnemosyneXml, kMnemosyneStore };
+
+    DeckFile() = default;
+    bool Unpack(const wxString& path, const DeckFileOptions& options, wxString& message);
+    bool Copy(const wxString& path, const DeckFileOptions& options, wxString& message);
+    wxString DataPath() const;
+
+    wxString mDirectory;
+    // The name of a deck that has none inside.
+    wxString mName;
+    Kind mKind = Kind::kAnki;
+};
+
+// The cards of a deck as records for the import.
+class DeckReader : public CardRecordReader {
+  public:
+    DeckReader(std::unique_ptr<Deck> deck, const DeckOptions& options);
+
+    int32_t GetLineNumber() const override { return mCardNumber; }
+    int32_t GetError() const override { return kNoError; }
+    uint32_t GetAttributeCount() const override;
+    const CardAttribute& GetAttribute(uint32_t index) const override;
+    bool ReadRecord() override;
+    // Reads on without making a record.
+    bool SkipRecord();
+    float GetProgress() const override { return mDeck->GetProgress(); }
+    wxString GetFailure() const override { return mDeck->GetFailure(); }
+
+    const Deck& GetDeck() const { return *mDeck; }
+
+  private:
+    struct ScheduleNames;
+    struct Names;
+
+    void Add(const wxString& name, const wxString& value);
+    void AddSchedule(const ScheduleNames& names, const CardSchedule& schedule);
+
+    std::unique_ptr<Deck> mDeck;
+    DeckOptions mOptions;
+    AttributeList mAttributes;
+    int32_t mCardNumber = 0;
+};
+
+// Opens the deck for an import into the database, which is not owned. Null and the reason when that
+// fails; a null file has failed before.
+std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
+                                           DeckOptions options, Database& database,
+                                           wxString& message);
+
+// What the decks of both programs share.
+
+// Seconds as the store keeps them: not more than the exact number, at least 1, and so that the next
+// review is before the end of the year 9999. True in clamped when that was needed.
+float StoredInterval(int64_t lastReview, double seconds, bool& clamped);
+// The difficulty of an ease, 2.5 being neutral; 0 when it is not known.
+uint8_t DifficultyOfEase(double ease);
+// The identity of the card of that note, the same for the same note whenever it is imported.
+CardUuid DeckCardId(const std::string& noteId, const std::string& part);
+// A number of the first review block, the same for the same card.
+int32_t DeckErc(const CardUuid& id);

@@ -1,0 +1,335 @@
+// The files that decks come in: packages to unpack and databases to copy.
+
+#include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/wfstream.h>
+#include <wx/zipstrm.h>
+#include <zstd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <utility>
+
+#include "base/Unicode.h"
+#include "files/ForeignDatabase.h"
+#include "files/StoreFiles.h"
+#include "formats/decks/Deck.h"
+#include "formats/decks/DeckFormats.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t kBlock = size_t{1} << 16;
+constexpr char kDataName[] = "deck";
+
+wxString DamagedMessage(const wxString& why) {
+    return wxString::Format(_("The package is damaged.  (%s)"), why);
+}
+
+wxString TooLargeMessage(int64_t mostBytes) {
+    return wxString::Format(_("The deck is larger than %s and is not imported."),
+                            wxFileName::GetHumanReadableSize(
+                                static_cast<unsigned long long>(mostBytes), wxString(), 0));
+}
+
+// Takes the bytes of a deck and writes them to a file, up to the limit.
+class BoundedFile {
+  public:
+    BoundedFile(const wxString& path, const DeckFileOptions& options)
+        : mFile(fs::u8path(ToUtf8(path)), std::ios::binary | std::ios::trunc), mOptions(options) {}
+
+    // False when it is too much, the disk is full or the deck is no longer wanted; the message then
+    // says so.
+    bool Write(const char* bytes, size_t count, wxString& message) {
+        mWritten += static_cast<int64_t>(count);
+        if (mWritten > mOptions.MostBytes) {
+            message = TooLargeMessage(mOptions.MostBytes);
+            return false;
+        }
+        if (mOptions.IsCancelled != nullptr && *mOptions.IsCancelled) {
+            message = _("Cancelled");
+            return false;
+        }
+        if (!mFile.write(bytes, static_cast<std::streamsize>(count))) {
+            message = _("The deck could not be copied to the directory for temporary files.");
+            return false;
+        }
+        return true;
+    }
+    bool Finish(wxString& message) {
+        mFile.close();
+        if (mFile.fail()) {
+            message = _("The deck could not be copied to the directory for temporary files.");
+            return false;
+        }
+        return true;
+    }
+
+  private:
+    std::ofstream mFile;
+    DeckFileOptions mOptions;
+    int64_t mWritten = 0;
+};
+
+// Decompresses a stream piece by piece.
+class Decompressor {
+  public:
+    Decompressor() : mpStream(ZSTD_createDStream()), mOut(ZSTD_DStreamOutSize()) {}
+    ~Decompressor() { ZSTD_freeDStream(mpStream); }
+    Decompressor(const Decompressor&) = delete;
+    Decompressor& operator=(const Decompressor&) = delete;
+
+    bool Write(const char* bytes, size_t count, BoundedFile& file, wxString& message) {
+        ZSTD_inBuffer in{bytes, count, 0};
+        for (;;) {
+            ZSTD_outBuffer out{mOut.data(), mOut.size(), 0};
+            mLast = ZSTD_decompressStream(mpStream, &out, &in);
+            if (ZSTD_isError(mLast) != 0) {
+                message = DamagedMessage(ZSTD_getErrorName(mLast));
+                return false;
+            }
+            if (!file.Write(mOut.data(), out.pos, message)) {
+                return false;
+            }
+            // A full buffer may hide that there is more.
+            if (in.pos == in.size && out.pos < out.size) {
+                return true;
+            }
+        }
+    }
+    bool IsComplete() const { return mLast == 0; }
+
+  private:
+    ZSTD_DStream* mpStream;
+    std::vector<char> mOut;
+    size_t mLast = 1;
+};
+
+// The members of a package, by name. Names are only compared, never used as paths.
+class Package {
+  public:
+    explicit Package(const wxString& path) : mFile(path), mZip(mFile) {
+        while (mFile.IsOk()) {
+            std::unique_ptr<wxZipEntry> entry(mZip.GetNextEntry());
+            if (entry == nullptr) {
+                break;
+            }
+            const wxString name = entry->GetInternalName();
+            mMembers.emplace(name, std::move(entry));
+        }
+    }
+
+    bool IsEmpty() const { return mMembers.empty(); }
+    bool Has(const wxString& name) const { return mMembers.count(name) != 0; }
+
+    // Gives the bytes of a member to a function, which returns false to stop with a message.
+    template <class Function>
+    bool Read(const wxString& name, wxString& message, Function take) {
+        if (!mZip.OpenEntry(*mMembers.at(name))) {
+            message = DamagedMessage(name);
+            return false;
+        }
+        std::vector<char> block(kBlock);
+        for (;;) {
+            mZip.Read(block.data(), block.size());
+            const size_t count = mZip.LastRead();
+            if (count > 0 && !take(block.data(), count)) {
+                return false;
+            }
+            if (mZip.GetLastError() == wxSTREAM_EOF) {
+                return true;
+            }
+            if (!mZip.IsOk() || count == 0) {
+                message = DamagedMessage(name);
+                return false;
+            }
+        }
+    }
+
+    // How far the file has been read, in thousandths.
+    int32_t GetPosition() const {
+        const wxFileOffset length = std::max<wxFileOffset>(mFile.GetLength(), 1);
+        return static_cast<int32_t>(mFile.TellI() * 1000 / length);
+    }
+
+    // A small member as a whole; empty when it is missing or large.
+    std::string ReadSmall(const wxString& name) {
+        constexpr size_t kMost = 4096;
+        std::string bytes;
+        wxString message;
+        const bool isRead = Has(name) && Read(name, message, [&](const char* part, size_t count) {
+                                bytes.append(part, count);
+                                return bytes.size() <= kMost;
+                            });
+        return isRead ? bytes : std::string();
+    }
+
+  private:
+    wxFileInputStream mFile;
+    wxZipInputStream mZip;
+    std::map<wxString, std::unique_ptr<wxZipEntry>> mMembers;
+};
+
+// Which member holds the collection. The others are there for older programs and hold one sentence.
+wxString CollectionName(Package& package, wxString& message) {
+    const char* const kNames[] = {"collection.anki2", "collection.anki21", "collection.anki21b"};
+    if (!package.Has("meta")) {
+        return package.Has(kNames[1]) ? kNames[1] : kNames[0];
+    }
+    const std::string meta = package.ReadSmall("meta");
+    const size_t version = meta.size() >= 2 && meta[0] == '\x08' ? static_cast<size_t>(meta[1]) : 0;
+    if (version < 1 || version > std::size(kNames)) {
+        message = _("The deck comes from a version of Anki that is not known here.");
+        return wxString();
+    }
+    return kNames[version - 1];
+}
+
+// The name of a temporary directory goes on with the number of its process.
+constexpr char kDirectoryStart[] = "velomind-deck-";
+
+fs::path TemporaryDirectory() {
+    return fs::u8path(ToUtf8(wxFileName::GetTempDir()));
+}
+
+// Removes what processes that broke down have left.
+void RemoveLeftDirectories() {
+    std::error_code error;
+    for (fs::directory_iterator entry(TemporaryDirectory(), error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().u8string();
+        if (name.rfind(kDirectoryStart, 0) != 0) {
+            continue;
+        }
+        const int process = std::atoi(name.c_str() + std::size(kDirectoryStart) - 1);
+        if (process > 0 && kill(process, 0) != 0 && errno == ESRCH) {
+            std::error_code ignored;
+            fs::remove_all(entry->path(), ignored);
+        }
+    }
+}
+
+bool IsPackage(const wxString& path) {
+    std::string mark(4, '\0');
+    std::ifstream file(fs::u8path(ToUtf8(path)), std::ios::binary);
+    return file.read(mark.data(), 4) && mark == "PK\x03\x04";
+}
+
+}  // namespace
+
+DeckFile::~DeckFile() {
+    std::error_code ignored;
+    fs::remove_all(fs::u8path(ToUtf8(mDirectory)), ignored);
+}
+
+bool DeckFile::IsDeck(const wxString& path) {
+    if (!wxFileName::FileExists(path)) {
+        return false;
+    }
+    if (IsPackage(path)) {
+        // A package without members is one that was cut, and is to be called so.
+        const wxLogNull silence;
+        const Package package(path);
+        return package.IsEmpty() || package.Has("cards.xml") || package.Has("collection.anki2") ||
+               package.Has("collection.anki21") || package.Has("collection.anki21b");
+    }
+    ForeignDatabase database;
+    return IsDatabaseFile(path) && database.Open(path) == 0 &&
+           ((database.HasTable("col") && database.HasTable("notes")) ||
+            (database.HasTable("facts") && database.HasTable("data_for_fact")));
+}
+
+std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message,
+                                         const DeckFileOptions& options) {
+    // The message alone tells what is wrong.
+    const wxLogNull silence;
+    std::shared_ptr<DeckFile> file(new DeckFile);
+    file->mName = wxFileName(path).GetName();
+    RemoveLeftDirectories();
+    std::string directory =
+        (TemporaryDirectory() / (kDirectoryStart + std::to_string(getpid()) + "-XXXXXX"))
+            .u8string();
+    if (mkdtemp(directory.data()) == nullptr) {
+        message = _("The deck could not be copied to the directory for temporary files.");
+        return nullptr;
+    }
+    file->mDirectory = FromUtf8(directory);
+    const bool isReady =
+        IsPackage(path) ? file->Unpack(path, options, message) : file->Copy(path, options, message);
+    return isReady ? file : nullptr;
+}
+
+wxString DeckFile::DataPath() const {
+    return mDirectory + wxFileName::GetPathSeparator() + kDataName;
+}
+
+bool DeckFile::Unpack(const wxString& path, const DeckFileOptions& options, wxString& message) {
+    Package package(path);
+    wxString name = "cards.xml";
+    mKind = package.Has(name) ? Kind::kMnemosyneXml : Kind::kAnki;
+    if (mKind == Kind::kAnki) {
+        name = CollectionName(package, message);
+        if (name.empty()) {
+            return false;
+        }
+    }
+    if (!package.Has(name)) {
+        message = DamagedMessage(name);
+        return false;
+    }
+    BoundedFile file(DataPath(), options);
+    const bool isCompressed = name == "collection.anki21b";
+    Decompressor decompressor;
+    const bool isRead = package.Read(name, message, [&](const char* bytes, size_t count) {
+        if (options.Position != nullptr) {
+            *options.Position = package.GetPosition();
+        }
+        return isCompressed ? decompressor.Write(bytes, count, file, message)
+                            : file.Write(bytes, count, message);
+    });
+    if (isRead && isCompressed && !decompressor.IsComplete()) {
+        message = DamagedMessage(name);
+        return false;
+    }
+    return isRead && file.Finish(message);
+}
+
+bool DeckFile::Copy(const wxString& path, const DeckFileOptions& options, wxString& message) {
+    ForeignDatabase database;
+    if (!IsDatabaseFile(path) || database.Open(path) < 0) {
+        message = _("The file is no deck of Anki or Mnemosyne.");
+        return false;
+    }
+    mKind = database.HasTable("facts") ? Kind::kMnemosyneStore : Kind::kAnki;
+    std::ifstream in(fs::u8path(ToUtf8(path)), std::ios::binary);
+    BoundedFile out(DataPath(), options);
+    std::vector<char> block(kBlock);
+    while (in.read(block.data(), static_cast<std::streamsize>(block.size())) || in.gcount() > 0) {
+        if (!out.Write(block.data(), static_cast<size_t>(in.gcount()), message)) {
+            return false;
+        }
+    }
+    return out.Finish(message);
+}
+
+std::unique_ptr<Deck> DeckFile::OpenDeck(const DeckOptions& options, wxString& message) const {
+    switch (mKind) {
+        case Kind::kMnemosyneXml:
+            return OpenMnemosyneXml(DataPath(), mName, options, message);
+        case Kind::kMnemosyneStore:
+            return OpenMnemosyneStore(DataPath(), mName, options, message);
+        case Kind::kAnki:
+            break;
+    }
+    return OpenAnkiDeck(DataPath(), options, message);
+}

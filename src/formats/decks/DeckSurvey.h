@@ -1,0 +1,39 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "formats/CardRecord.h"
+#include "formats/decks/Deck.h"
+
+class Database;
+
+// What a deck holds and what of it has no place here. A person sees it before anything is written.
+struct DeckSurvey {
+    int64_t Notes = 0;
+    int64_t Cards = 0;
+    DeckLosses Losses{};
+    std::vector<DeckNoteType> Types;
+    // The first card as the import would take it; empty for a deck without cards.
+    std::vector<CardAttribute> FirstRecord;
+    // Why the deck cannot be read, as a sentence; empty for none.
+    wxString Failure;
+};
+
+// How far a survey has come. The main thread may cancel; the reading thread writes the position.
+struct SurveyProgress {
+    std::atomic<bool> IsCancelled{false};
+    // Thousandths.
+    std::atomic<int32_t> Position{0};
+};
+
+// Reads the whole deck and writes nothing. The database is asked for the first card only.
+DeckSurvey SurveyDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options,
+                      Database& database, SurveyProgress& progress);
+
+// Lines for a person: the numbers of notes and cards, then each loss with its number.
+std::vector<wxString> DescribeSurvey(const DeckSurvey& survey);

@@ -1,0 +1,433 @@
+#include "formats/decks/DeckFormats.h"
+
+#include <libxml/xmlreader.h>
+#include <wx/intl.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "base/Text.h"
+#include "base/Time.h"
+#include "base/Unicode.h"
+#include "files/ForeignDatabase.h"
+#include "formats/HtmlText.h"
+
+namespace {
+
+// The values of a fact by their keys, such as "f" and "b".
+using Fact = std::map<std::string, std::string>;
+
+// One direction of a fact, or one gap of a text.
+struct Direction {
+    std::string Id;
+    std::string Fact;
+    std::string Type;
+    // The type's view, such as "2.1".
+    std::string View;
+    // Names of tags, or their ids until those are known.
+    std::vector<std::string> Tags;
+    int Grade = -1;
+    double Ease = 2.5;
+    int64_t Last = -1;
+    int64_t Next = -1;
+    bool IsActive = true;
+};
+
+// What both files of the program hold.
+struct Contents {
+    std::unordered_map<std::string, Fact> Facts;
+    std::vector<std::string> FactOrder;
+    std::unordered_map<std::string, std::vector<Direction>> Cards;
+    std::map<std::string, std::string> TagNames;
+};
+
+// The number of a type before its own name; user's types are "2::My type".
+char BaseType(const std::string& type) {
+    return type.empty() ? '\0' : type.front();
+}
+
+class MnemosyneDeck : public Deck {
+  public:
+    MnemosyneDeck(Contents contents, const wxString& name, DeckOptions options)
+        : mContents(std::move(contents)), mName(name), mOptions(std::move(options)) {}
+
+    std::vector<DeckNoteType> GetNoteTypes() const override { return {}; }
+    float GetProgress() const override {
+        const size_t count = mContents.FactOrder.size();
+        return count == 0 ? 1.0f : static_cast<float>(mNext) / static_cast<float>(count);
+    }
+
+  private:
+    bool ReadNote() override;
+    void ReadFact(const std::string& id);
+    wxString Value(const Fact& fact, const char* key);
+    void MakeTwoSided(const std::string& id, const Fact& fact,
+                      const std::vector<Direction>& directions);
+    void MakeGaps(const std::string& id, const Fact& fact,
+                  const std::vector<Direction>& directions);
+    void TakeSchedule(const Direction& direction, const CardUuid& id, CardSchedule& schedule,
+                      bool& excluded);
+    void TakeTags(const Direction& direction, DeckCard& card) const;
+
+    Contents mContents;
+    wxString mName;
+    DeckOptions mOptions;
+    size_t mNext = 0;
+};
+
+bool MnemosyneDeck::ReadNote() {
+    if (mNext == mContents.FactOrder.size()) {
+        return false;
+    }
+    ReadFact(mContents.FactOrder[mNext++]);
+    return true;
+}
+
+wxString MnemosyneDeck::Value(const Fact& fact, const char* key) {
+    const auto found = fact.find(key);
+    if (found == fact.end()) {
+        return wxString();
+    }
+    HtmlLosses losses;
+    const wxString text = ReadHtml(FromUtf8(found->second), true, losses).Text;
+    Count(DeckLoss::kPictures, losses.Pictures);
+    Count(DeckLoss::kSounds, losses.Sounds);
+    Count(DeckLoss::kFormulas, losses.Formulas);
+    return text;
+}
+
+void MnemosyneDeck::ReadFact(const std::string& id) {
+    ++mNotes;
+    const auto fact = mContents.Facts.find(id);
+    const auto cards = mContents.Cards.find(id);
+    if (fact == mContents.Facts.end() || cards == mContents.Cards.end()) {
+        Count(DeckLoss::kNotesSkipped);
+        return;
+    }
+    switch (BaseType(cards->second.front().Type)) {
+        case '4':
+            Count(DeckLoss::kOcclusions, static_cast<int64_t>(cards->second.size()));
+            break;
+        case '5':
+            MakeGaps(id, fact->second, cards->second);
+            break;
+        default:
+            MakeTwoSided(id, fact->second, cards->second);
+            break;
+    }
+}
+
+void MnemosyneDeck::MakeTwoSided(const std::string& id, const Fact& fact,
+                                 const std::vector<Direction>& directions) {
+    DeckCard card;
+    card.Card.CardId = DeckCardId(id, "");
+    const bool isFromAnki = BaseType(directions.front().Type) == '7';
+    const bool hasMeaning = fact.count("m_1") != 0;
+    card.Card.Front = Value(fact, isFromAnki ? "0" : "f");
+    card.Card.Back = Value(fact, isFromAnki ? "1" : hasMeaning ? "m_1" : "b");
+    card.Front2 = Value(fact, "p_1");
+    card.Front2.Replace("\n", " ");
+    card.Card.Notes = Value(fact, "n");
+    card.Card.ForwardX = true;
+    card.Card.ReverseX = true;
+    for (const Direction& direction : directions) {
+        const bool isReverse = !direction.View.empty() && direction.View.back() == '2';
+        bool& excluded = isReverse ? card.Card.ReverseX : card.Card.ForwardX;
+        excluded = false;
+        TakeSchedule(direction, card.Card.CardId, isReverse ? card.Card.Reverse : card.Card.Forward,
+                     excluded);
+    }
+    TakeTags(directions.front(), card);
+    Push(std::move(card));
+}
+
+// A text such as "The capital of France is [Paris:a city]" with one card for each bracket.
+void MnemosyneDeck::MakeGaps(const std::string& id, const Fact& fact,
+                             const std::vector<Direction>& directions) {
+    struct Gap {
+        size_t Begin;
+        size_t End;
+    };
+    const wxString text = Value(fact, "text");
+    std::vector<Gap> gaps;
+    size_t at = 0;
+    while ((at = text.find('[', at)) != wxString::npos) {
+        const size_t end = text.find(']', at);
+        if (end == wxString::npos) {
+            break;
+        }
+        gaps.push_back({at, end});
+        at = end + 1;
+    }
+    if (gaps.size() > 1) {
+        Count(DeckLoss::kClozesSplit);
+    }
+    for (size_t i = 0; i < std::min(gaps.size(), directions.size()); ++i) {
+        DeckCard card;
+        card.Card.CardId = DeckCardId(id, "c" + std::to_string(i + 1));
+        size_t rest = 0;
+        for (size_t j = 0; j < gaps.size(); ++j) {
+            const Gap& gap = gaps[j];
+            const wxString inner = text.Mid(gap.Begin + 1, gap.End - gap.Begin - 1);
+            const wxString word = inner.BeforeFirst(':');
+            const wxString hint = inner.AfterFirst(':');
+            const wxString before = text.Mid(rest, gap.Begin - rest);
+            card.Card.Notes += before + word;
+            card.Card.Front += before + (j != i ? word : "[" + (hint.empty() ? "..." : hint) + "]");
+            if (j == i) {
+                card.Card.Back = word;
+            }
+            rest = gap.End + 1;
+        }
+        card.Card.Front += text.Mid(rest);
+        card.Card.Notes += text.Mid(rest);
+        card.Card.ReverseX = true;
+        TakeSchedule(directions[i], card.Card.CardId, card.Card.Forward, card.Card.ForwardX);
+        TakeTags(directions[i], card);
+        Push(std::move(card));
+    }
+}
+
+void MnemosyneDeck::TakeSchedule(const Direction& direction, const CardUuid& id,
+                                 CardSchedule& schedule, bool& excluded) {
+    if (!direction.IsActive) {
+        excluded = true;
+        Count(DeckLoss::kSuspended);
+    }
+    if (!mOptions.WithSchedules || direction.Grade < 0 || direction.Last < 0) {
+        return;
+    }
+    const int64_t last = std::min(direction.Last, kLastTimeStamp);
+    bool clamped = false;
+    schedule.Introduced = true;
+    schedule.LastReview = wxDateTime(static_cast<time_t>(last));
+    schedule.LastScore = static_cast<uint8_t>(std::min(direction.Grade, 5));
+    schedule.ReviewInterval = StoredInterval(
+        last, static_cast<double>(direction.Next) - static_cast<double>(last), clamped);
+    schedule.Difficulty = DifficultyOfEase(direction.Ease);
+    schedule.ERC = DeckErc(id);
+    Count(DeckLoss::kClamped, clamped ? 1 : 0);
+}
+
+void MnemosyneDeck::TakeTags(const Direction& direction, DeckCard& card) const {
+    wxString tags;
+    for (const std::string& tag : direction.Tags) {
+        const wxString name = TrimWide(FromUtf8(tag));
+        if (name.empty() || name == "__UNTAGGED__") {
+            continue;
+        }
+        if (card.Category.empty()) {
+            card.Category = name;
+        }
+        tags += (tags.empty() ? "" : ", ") + name;
+    }
+    if (card.Category.empty()) {
+        card.Category = mName;
+    }
+    if (!mOptions.WholeDeckNames && card.Category.Contains("::")) {
+        card.Category = card.Category.AfterLast(':');
+    }
+    if (!tags.empty()) {
+        card.Card.Notes += (card.Card.Notes.empty() ? "" : "\n") + ("Tags: " + tags);
+    }
+}
+
+// A list of cards as elements, each a line of the program's log:
+//
+//   <log type="16" o_id="x"><f>chat</f><b>cat</b></log>
+//   <log type="6" o_id="y" card_t="1" fact="x" fact_v="1.1" tags="z" gr="4" .../>
+class XmlLoader {
+  public:
+    XmlLoader(const wxString& path, const std::atomic<bool>* isCancelled)
+        : mpIsCancelled(isCancelled),
+          mpReader(xmlReaderForFile(ToUtf8(path).c_str(), nullptr,
+                                    XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {}
+    ~XmlLoader() { xmlFreeTextReader(mpReader); }
+    XmlLoader(const XmlLoader&) = delete;
+    XmlLoader& operator=(const XmlLoader&) = delete;
+
+    bool Load(Contents& contents) {
+        int result = 0;
+        while (mpReader != nullptr && (result = xmlTextReaderRead(mpReader)) == 1) {
+            if (mpIsCancelled != nullptr && *mpIsCancelled) {
+                return false;
+            }
+            // Entities of a document's own could grow without end.
+            if (xmlTextReaderNodeType(mpReader) == XML_READER_TYPE_DOCUMENT_TYPE) {
+                return false;
+            }
+            if (xmlTextReaderNodeType(mpReader) == XML_READER_TYPE_ELEMENT &&
+                xmlTextReaderDepth(mpReader) == 1 && !ReadEntry(contents)) {
+                return false;
+            }
+        }
+        return mpReader != nullptr && result == 0;
+    }
+
+  private:
+    std::string Attribute(const char* name) {
+        xmlChar* const value =
+            xmlTextReaderGetAttribute(mpReader, reinterpret_cast<const xmlChar*>(name));
+        std::string text = value == nullptr ? "" : reinterpret_cast<const char*>(value);
+        xmlFree(value);
+        return text;
+    }
+    int64_t Number(const char* name, int64_t missing) {
+        long long number = 0;
+        return FromUtf8(Attribute(name)).ToLongLong(&number) ? number : missing;
+    }
+
+    bool ReadEntry(Contents& contents) {
+        const std::string type = Attribute("type");
+        const std::string id = Attribute("o_id");
+        if (type == "10") {
+            const Fact fields = ReadFields();
+            const auto name = fields.find("name");
+            contents.TagNames[id] = name == fields.end() ? "" : name->second;
+        } else if (type == "16") {
+            if (contents.Facts.emplace(id, ReadFields()).second) {
+                contents.FactOrder.push_back(id);
+            }
+        } else if (type == "6") {
+            ReadDirection(contents, id);
+        }
+        return true;
+    }
+
+    // The elements within the present one; a numeric key is written with underlines.
+    Fact ReadFields() {
+        Fact fields;
+        if (xmlTextReaderIsEmptyElement(mpReader) != 0) {
+            return fields;
+        }
+        std::string key;
+        while (xmlTextReaderRead(mpReader) == 1 && xmlTextReaderDepth(mpReader) > 1) {
+            const int kind = xmlTextReaderNodeType(mpReader);
+            if (kind == XML_READER_TYPE_ELEMENT) {
+                key = reinterpret_cast<const char*>(xmlTextReaderConstName(mpReader));
+                if (key.rfind("___", 0) == 0) {
+                    key.erase(0, 3);
+                }
+            } else if (kind == XML_READER_TYPE_TEXT || kind == XML_READER_TYPE_CDATA ||
+                       kind == XML_READER_TYPE_SIGNIFICANT_WHITESPACE) {
+                const xmlChar* const value = xmlTextReaderConstValue(mpReader);
+                fields[key] += value == nullptr ? "" : reinterpret_cast<const char*>(value);
+            }
+        }
+        return fields;
+    }
+
+    void ReadDirection(Contents& contents, const std::string& id) {
+        Direction direction;
+        direction.Id = id;
+        direction.Fact = Attribute("fact");
+        direction.Type = Attribute("card_t");
+        direction.View = Attribute("fact_v");
+        direction.Grade = static_cast<int>(std::clamp<int64_t>(Number("gr", -1), -1, 5));
+        direction.Last = Number("l_rp", -1);
+        direction.Next = Number("n_rp", -1);
+        double ease = 0.0;
+        direction.Ease = FromUtf8(Attribute("e")).ToCDouble(&ease) ? ease : 2.5;
+        const std::string tags = Attribute("tags") + ",";
+        for (size_t at = 0; at < tags.size();) {
+            const size_t end = tags.find(',', at);
+            const auto name = contents.TagNames.find(tags.substr(at, end - at));
+            if (name != contents.TagNames.end()) {
+                direction.Tags.push_back(name->second);
+            }
+            at = end + 1;
+        }
+        contents.Cards[direction.Fact].push_back(std::move(direction));
+    }
+
+    const std::atomic<bool>* mpIsCancelled;
+    xmlTextReaderPtr mpReader;
+};
+
+// Rows refer to each other by numbers; here they are texts as in the list.
+std::string KeyOf(int64_t number) {
+    return std::to_string(number);
+}
+
+bool LoadStore(ForeignDatabase& database, Contents& contents) {
+    using Row = ForeignDatabase::Row;
+    for (const char* const table : {"facts", "data_for_fact", "cards", "tags", "tags_for_card"}) {
+        if (!database.HasTable(table)) {
+            return false;
+        }
+    }
+    std::unordered_map<std::string, std::string> ids;
+    std::unordered_map<std::string, std::vector<std::string>> tags;
+    int result = database.ReadAll("facts", {"_id", "id"}, [&](const Row& row) {
+        const std::string key = KeyOf(row.Int64(0));
+        ids[key] = row.Bytes(1);
+        contents.FactOrder.push_back(row.Bytes(1));
+        contents.Facts[row.Bytes(1)];
+        return true;
+    });
+    result = std::min(
+        result,
+        database.ReadAll("data_for_fact", {"_fact_id", "key", "value"}, [&](const Row& row) {
+            const auto id = ids.find(KeyOf(row.Int64(0)));
+            if (id != ids.end()) {
+                contents.Facts[id->second][row.Bytes(1)] = row.Bytes(2);
+            }
+            return true;
+        }));
+    result = std::min(result, database.ReadAll("tags", {"_id", "name"}, [&](const Row& row) {
+        contents.TagNames[KeyOf(row.Int64(0))] = row.Bytes(1);
+        return true;
+    }));
+    result = std::min(
+        result, database.ReadAll("tags_for_card", {"_card_id", "_tag_id"}, [&](const Row& row) {
+            tags[KeyOf(row.Int64(0))].push_back(contents.TagNames[KeyOf(row.Int64(1))]);
+            return true;
+        }));
+    result = std::min(
+        result, database.ReadAll("cards",
+                                 {"_id", "id", "_fact_id", "card_type_id", "fact_view_id", "grade",
+                                  "easiness", "last_rep", "next_rep", "active"},
+                                 [&](const Row& row) {
+                                     Direction direction;
+                                     direction.Id = row.Bytes(1);
+                                     direction.Fact = ids[KeyOf(row.Int64(2))];
+                                     direction.Type = row.Bytes(3);
+                                     direction.View = row.Bytes(4);
+                                     direction.Grade =
+                                         static_cast<int>(std::clamp<int64_t>(row.Int64(5), -1, 5));
+                                     direction.Ease = row.Double(6);
+                                     direction.Last = row.Int64(7);
+                                     direction.Next = row.Int64(8);
+                                     direction.IsActive = row.Int64(9) != 0;
+                                     direction.Tags = tags[KeyOf(row.Int64(0))];
+                                     contents.Cards[direction.Fact].push_back(std::move(direction));
+                                     return true;
+                                 }));
+    return result >= 0;
+}
+
+}  // namespace
+
+std::unique_ptr<Deck> OpenMnemosyneXml(const wxString& path, const wxString& name,
+                                       const DeckOptions& options, wxString& message) {
+    Contents contents;
+    if (!XmlLoader(path, options.IsCancelled).Load(contents)) {
+        message = _("The deck is damaged.  Its list of cards is cut.");
+        return nullptr;
+    }
+    return std::make_unique<MnemosyneDeck>(std::move(contents), name, options);
+}
+
+std::unique_ptr<Deck> OpenMnemosyneStore(const wxString& path, const wxString& name,
+                                         const DeckOptions& options, wxString& message) {
+    ForeignDatabase database;
+    Contents contents;
+    if (database.Open(path, options.IsCancelled) < 0 || !LoadStore(database, contents)) {
+        message = wxString::Format(_("The deck is damaged.  (%s)"), database.GetError());
+        return nullptr;
+    }
+    return std::make_unique<MnemosyneDeck>(std::move(contents), name, options);
+}

@@ -1,0 +1,455 @@
+#include "reviews/ReviewLog.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+#include "base/Files.h"
+#include "base/Process.h"
+#include "base/Time.h"
+#include "base/Unicode.h"
+
+namespace {
+
+constexpr char kHeading[] =
+    "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\tnew difficulty\t"
+    "replaces\n";
+// A line has about 90 characters, and less than 200 with the greatest numbers.
+constexpr size_t kLongestLine = 512;
+constexpr int64_t kTypicalLine = 90;
+// The identity stands behind the time and a tab.
+constexpr size_t kIdColumn = 21;
+constexpr size_t kChunk = size_t{1} << 20;
+constexpr int64_t kSecondsPerDay = 86400;
+
+template <class Number>
+char* WriteNumber(char* out, Number number) {
+    return std::to_chars(out, out + 64, number).ptr;
+}
+// Without an exponent, so that a person can read it, and with as many digits as it takes to read
+// the same number again.
+char* WriteNumber(char* out, float number) {
+    return std::to_chars(out, out + 64, number, std::chars_format::fixed).ptr;
+}
+
+// Days from 1 January 1970 to a date of the Gregorian calendar. The year begins in March here, so
+// that the leap day is its last.
+int64_t DaysFromDate(int64_t year, int64_t month, int64_t day) {
+    year -= month <= 2 ? 1 : 0;
+    const int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
+    const int64_t leapDays = year / 4 - year / 100 + year / 400;
+    return year * 365 + leapDays + dayOfYear - 719468;
+}
+
+char* WriteTime(char* out, int64_t seconds) {
+    char* const end = WriteTimeStamp(out, seconds);
+    // Files of cards have a blank between date and time. Here it is the T of ISO 8601, so that
+    // other programs read it without being told how.
+    *std::find(out, end, ' ') = 'T';
+    return end;
+}
+
+// Takes a line apart from its front, in one walk over its characters: a log of years has a million
+// lines, and the library's readers of numbers and times would take several times as long. Each
+// operation returns false where the line has something else.
+class LineReader {
+  public:
+    explicit LineReader(std::string_view line)
+        : mpAt(line.data()), mpEnd(line.data() + line.size()) {}
+
+    bool IsDone() const { return mpAt == mpEnd; }
+    bool Take(char character) {
+        const bool isThere = mpAt != mpEnd && *mpAt == character;
+        mpAt += isThere ? 1 : 0;
+        return isThere;
+    }
+
+    // Takes only the very form that is written.
+    bool TakeTime(int64_t& seconds) {
+        int year = 0;
+        int month = 0;
+        int day = 0;
+        int hour = 0;
+        int minute = 0;
+        int second = 0;
+        if (!TakeDigits(4, year) || !Take('-') || !TakeDigits(2, month) || !Take('-') ||
+            !TakeDigits(2, day) || !Take('T') || !TakeDigits(2, hour) || !Take(':') ||
+            !TakeDigits(2, minute) || !Take(':') || !TakeDigits(2, second) || !Take('Z') ||
+            year < 1970 || month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 ||
+            minute > 59 || second > 59) {
+            return false;
+        }
+        seconds = DaysFromDate(year, month, day) * kSecondsPerDay + int64_t{hour} * 3600 +
+                  int64_t{minute} * 60 + second;
+        return true;
+    }
+
+    bool TakeId(CardUuid& id) {
+        constexpr std::ptrdiff_t kLength = 36;
+        if (mpEnd - mpAt < kLength || ParseUuidUtf8({mpAt, kLength}, id) != 0) {
+            return false;
+        }
+        mpAt += kLength;
+        return true;
+    }
+
+    // A number of at most 18 digits, which fit.
+    bool TakeWhole(int64_t& number) {
+        const char* const begin = mpAt;
+        number = 0;
+        for (unsigned digit = 0; mpAt != mpEnd && mpAt - begin < 18 && IsDigit(digit); ++mpAt) {
+            number = number * 10 + digit;
+        }
+        return mpAt != begin;
+    }
+    bool TakeSmall(int64_t greatest, uint8_t& number) {
+        int64_t whole = 0;
+        const bool isRead = TakeWhole(whole) && whole <= greatest;
+        number = static_cast<uint8_t>(whole);
+        return isRead;
+    }
+
+    // An interval, which ends with a tab.
+    bool TakeInterval(float& number) {
+        const char* const begin = mpAt;
+        int64_t whole = 0;
+        if (TakeWhole(whole) && mpAt != mpEnd && *mpAt == '\t') {
+            number = static_cast<float>(whole);
+            return true;
+        }
+        const char* const end = std::find(begin, mpEnd, '\t');
+        const std::from_chars_result result = std::from_chars(begin, end, number);
+        mpAt = end;
+        return result.ec == std::errc() && result.ptr == end && number >= 0 && number <= 1e30f;
+    }
+
+  private:
+    bool IsDigit(unsigned& digit) const {
+        digit = static_cast<unsigned char>(*mpAt) - unsigned{'0'};
+        return digit <= 9;
+    }
+    bool TakeDigits(int count, int& number) {
+        number = 0;
+        for (unsigned digit = 0; count > 0 && mpAt != mpEnd && IsDigit(digit); --count, ++mpAt) {
+            number = number * 10 + static_cast<int>(digit);
+        }
+        return count == 0;
+    }
+
+    const char* mpAt;
+    const char* mpEnd;
+};
+
+bool IsBlankOrComment(std::string_view line) {
+    return line.empty() || line.front() == '#';
+}
+
+// Files of other systems end their lines with two characters.
+std::string_view WithoutReturn(std::string_view line) {
+    return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
+}
+
+// Splits what is read piece by piece into lines. What is left at the end has no line end.
+template <class Visit>
+void SplitLines(std::string_view bytes, std::string& rest, const Visit& visit) {
+    // A line that never ends must not fill the memory; cut like this it is no review.
+    const auto keep = [&rest](std::string_view part) {
+        rest.append(part.substr(0, kLongestLine - std::min(rest.size(), kLongestLine)));
+    };
+    while (!bytes.empty()) {
+        const size_t end = bytes.find('\n');
+        if (end == std::string_view::npos) {
+            keep(bytes);
+            return;
+        }
+        if (rest.empty()) {
+            visit(bytes.substr(0, end));
+        } else {
+            keep(bytes.substr(0, end));
+            visit(std::string_view(std::exchange(rest, std::string())));
+        }
+        bytes.remove_prefix(end + 1);
+    }
+}
+
+// Calls take with each piece of the file from the offset on, which moves on. False when take did.
+template <class Take>
+bool ReadPieces(int descriptor, int64_t& offset, const Take& take) {
+    std::vector<char> buffer(kChunk);
+    for (;;) {
+        const ssize_t count = ::pread(descriptor, buffer.data(), buffer.size(), offset);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return true;
+        }
+        offset += count;
+        if (!take(std::string_view(buffer.data(), static_cast<size_t>(count)))) {
+            return false;
+        }
+    }
+}
+
+// Opens the log of plots, which must be a plain file: a pipe would wait for ever.
+FileDescriptor OpenForReading(const wxString& path, struct stat& status) {
+    FileDescriptor file(::open(ToUtf8(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.IsOpen() && (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))) {
+        file.Close();
+    }
+    return file;
+}
+
+// The log may be read by those who may read the store.
+mode_t ModeOfStore(const std::string& logPath) {
+    struct stat status {};
+    const std::string store =
+        logPath.substr(0, logPath.size() - std::min(logPath.size(), std::strlen(kReviewLogSuffix)));
+    return ::stat(store.c_str(), &status) == 0 ? status.st_mode & 0666 : 0600;
+}
+
+int AppendText(const std::string& path, std::string text) {
+    constexpr int kFlags = O_RDWR | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    FileDescriptor file(::open(path.c_str(), kFlags));
+    if (!file.IsOpen() && errno == ENOENT) {
+        file = FileDescriptor(::open(path.c_str(), kFlags | O_CREAT, ModeOfStore(path)));
+    }
+    struct stat status {};
+    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
+        return errno;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return EINVAL;
+    }
+    char last = '\n';
+    if (status.st_size == 0) {
+        text.insert(0, kHeading);
+    } else if (::pread(file.Get(), &last, 1, status.st_size - 1) != 1) {
+        return EIO;
+    }
+    if (last != '\n') {
+        text.insert(0, 1, '\n');
+    }
+    const ssize_t written = ::write(file.Get(), text.data(), text.size());
+    if (written < 0) {
+        return errno;
+    }
+    return written == static_cast<ssize_t>(text.size()) ? 0 : ENOSPC;
+}
+
+}  // namespace
+
+ReviewLog::ReviewLog(const wxString& path) : mPath(ToUtf8(path)) {}
+
+void ReviewLog::Append(const ReviewRecord& record) {
+    const int error = AppendText(mPath, FormatReviewLine(record));
+    if (error != 0 && !mHasFailed) {
+        mHasFailed = true;
+        VELOMIND_TRACE("Review log: error %i", error);
+    }
+}
+
+std::string FormatReviewLine(const ReviewRecord& record) {
+    std::array<char, kLongestLine> line{};
+    char* out = WriteTime(line.data(), record.Time);
+    *out++ = '\t';
+    const std::array<char, 36> id = UuidText(record.CardId);
+    out = std::copy(id.begin(), id.end(), out);
+    *out++ = '\t';
+    *out++ = record.Direction == kReviewReverse ? 'R' : 'F';
+    *out++ = '\t';
+    out = WriteNumber(out, int{record.Score});
+    *out++ = '\t';
+    out = record.Elapsed < 0 ? (*out++ = '-', out) : WriteNumber(out, record.Elapsed);
+    for (const float interval : {record.OldInterval, record.NewInterval}) {
+        *out++ = '\t';
+        out = WriteNumber(out, interval);
+    }
+    for (const uint8_t difficulty : {record.OldDifficulty, record.NewDifficulty}) {
+        *out++ = '\t';
+        out = WriteNumber(out, int{difficulty});
+    }
+    *out++ = '\t';
+    out = record.Replaces < 0 ? (*out++ = '-', out) : WriteTime(out, record.Replaces);
+    *out++ = '\n';
+    return {line.data(), out};
+}
+
+bool ParseReviewLine(std::string_view line, ReviewRecord& record) {
+    LineReader reader(line);
+    if (!reader.TakeTime(record.Time) || !reader.Take('\t') || !reader.TakeId(record.CardId) ||
+        !reader.Take('\t')) {
+        return false;
+    }
+    const bool isForward = reader.Take('F');
+    record.Direction = isForward ? kReviewForward : kReviewReverse;
+    record.Elapsed = record.Replaces = -1;
+    return (isForward || reader.Take('R')) && reader.Take('\t') &&
+           reader.TakeSmall(5, record.Score) && reader.Take('\t') &&
+           (reader.Take('-') || reader.TakeWhole(record.Elapsed)) && reader.Take('\t') &&
+           reader.TakeInterval(record.OldInterval) && reader.Take('\t') &&
+           reader.TakeInterval(record.NewInterval) && reader.Take('\t') &&
+           reader.TakeSmall(UINT8_MAX, record.OldDifficulty) && reader.Take('\t') &&
+           reader.TakeSmall(UINT8_MAX, record.NewDifficulty) && reader.Take('\t') &&
+           (reader.Take('-') || reader.TakeTime(record.Replaces)) && reader.IsDone();
+}
+
+std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& card,
+                                          const std::atomic<bool>& cancelled) {
+    std::vector<ReviewRecord> reviews;
+    struct stat status {};
+    const FileDescriptor file = OpenForReading(path, status);
+    if (!file.IsOpen()) {
+        return reviews;
+    }
+    const std::array<char, 36> id = UuidText(card);
+    const std::string_view wanted(id.data(), id.size());
+    std::string rest;
+    int64_t offset = 0;
+    ReadPieces(file.Get(), offset, [&](std::string_view piece) {
+        SplitLines(piece, rest, [&](std::string_view line) {
+            ReviewRecord record;
+            if (line.size() < kIdColumn + wanted.size() ||
+                line.compare(kIdColumn, wanted.size(), wanted) != 0 ||
+                !ParseReviewLine(WithoutReturn(line), record)) {
+                return;
+            }
+            const auto replaced = std::find_if(
+                reviews.rbegin(), reviews.rend(),
+                [&](const ReviewRecord& each) { return each.Time == record.Replaces; });
+            if (replaced != reviews.rend()) {
+                reviews.erase(std::next(replaced).base());
+            }
+            reviews.push_back(record);
+        });
+        return !cancelled;
+    });
+    // The clock may have been put back between two of them.
+    std::stable_sort(
+        reviews.begin(), reviews.end(),
+        [](const ReviewRecord& one, const ReviewRecord& other) { return one.Time < other.Time; });
+    return reviews;
+}
+
+bool ReviewHistory::Update(const wxString& path, const std::atomic<bool>& cancelled) {
+    struct stat status {};
+    const FileDescriptor file = OpenForReading(path, status);
+    if (!file.IsOpen() || status.st_dev != mDevice || status.st_ino != mFile ||
+        status.st_size < mOffset) {
+        *this = ReviewHistory();
+    }
+    if (!file.IsOpen()) {
+        return !cancelled;
+    }
+    mDevice = status.st_dev;
+    mFile = status.st_ino;
+    if (mReviews.empty()) {
+        mReviews.reserve(static_cast<size_t>(status.st_size / kTypicalLine));
+    }
+    return ReadPieces(file.Get(), mOffset, [&](std::string_view piece) {
+        Take(piece);
+        return !cancelled;
+    });
+}
+
+namespace {
+
+// Identities are random numbers, unless they come from another program's counter.
+size_t HashOf(const CardUuid& id) {
+    uint64_t halves[2];
+    static_assert(sizeof halves == sizeof id.Bytes);
+    std::memcpy(halves, id.Bytes.data(), sizeof halves);
+    uint64_t mixed = (halves[0] ^ (halves[0] >> 32)) * 0x9E3779B97F4A7C15U;
+    mixed = (mixed ^ (mixed >> 32) ^ halves[1]) * 0xD6E8FEB86659FD93U;
+    return mixed ^ (mixed >> 32);
+}
+
+}  // namespace
+
+void ReviewHistory::Take(std::string_view bytes) {
+    SplitLines(bytes, mRest, [this](std::string_view line) { TakeLine(WithoutReturn(line)); });
+    AddPending();
+}
+
+// Looking up a card waits for memory for longer than it takes to read its line. Several are asked
+// for at once, and looked up when the first ones have come.
+void ReviewHistory::TakeLine(std::string_view line) {
+    ReviewRecord& record = mPending[mPendingCount];
+    if (ParseReviewLine(line, record)) {
+        if (!mIndex.empty()) {
+            __builtin_prefetch(&mIndex[HashOf(record.CardId) & (mIndex.size() - 1)], 1);
+        }
+        if (++mPendingCount == mPending.size()) {
+            AddPending();
+        }
+    } else if (!IsBlankOrComment(line)) {
+        ++mForeignLines;
+    }
+}
+
+void ReviewHistory::AddPending() {
+    for (size_t i = 0; i < mPendingCount; ++i) {
+        Add(mPending[i]);
+    }
+    mPendingCount = 0;
+}
+
+void ReviewHistory::Add(const ReviewRecord& record) {
+    Slot& slot = InternCard(record.CardId);
+    if (record.Replaces >= 0) {
+        uint32_t earlier = slot.LastReview;
+        while (earlier != kNone && mReviews[earlier].Time != record.Replaces) {
+            earlier = mReviews[earlier].Previous;
+        }
+        if (earlier != kNone) {
+            mReviews[earlier].IsReplaced = true;
+        }
+    }
+    const auto place = static_cast<uint32_t>(mReviews.size());
+    mReviews.push_back({record.Time, static_cast<float>(record.Elapsed), slot.Card,
+                        std::exchange(slot.LastReview, place), record.Score,
+                        record.Direction == kReviewReverse, false});
+}
+
+// The place of the card, or the one where it would be. The table has room.
+size_t ReviewHistory::FindSlot(const CardUuid& id) const {
+    size_t slot = HashOf(id) & (mIndex.size() - 1);
+    while (mIndex[slot].Card != kNone && mIndex[slot].Id != id) {
+        slot = (slot + 1) & (mIndex.size() - 1);
+    }
+    return slot;
+}
+
+uint32_t ReviewHistory::FindCard(const CardUuid& id) const {
+    return mIndex.empty() ? kNone : mIndex[FindSlot(id)].Card;
+}
+
+ReviewHistory::Slot& ReviewHistory::InternCard(const CardUuid& id) {
+    if (2 * mCards.size() >= mIndex.size()) {
+        GrowIndex();
+    }
+    Slot& slot = mIndex[FindSlot(id)];
+    if (slot.Card == kNone) {
+        slot.Id = id;
+        slot.Card = static_cast<uint32_t>(mCards.size());
+        mCards.push_back(id);
+    }
+    return slot;
+}
+
+void ReviewHistory::GrowIndex() {
+    std::vector<Slot> old(std::max<size_t>(1024, 2 * mIndex.size()));
+    old.swap(mIndex);
+    for (const Slot& slot : old) {
+        if (slot.Card != kNone) {
+            mIndex[FindSlot(slot.Id)] = slot;
+        }
+    }
+}

@@ -1,0 +1,136 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "files/StoreFiles.h"
+#include "store/CardUuid.h"
+#include "store/FlashCard.h"
+
+// The review log is a plain text beside the store (ReviewLogPath), with one line for each score.
+// Nothing but plots depends on it: it may be deleted at any time, and a line that cannot be written
+// is let go. For the store "Words.vlm" it is "Words.vlm.reviews":
+//
+//     2026-03-01T18:04:09Z 1b4e28ba-2fa1-41d2-883f-0016d3cca427 F 4 86412 86400 131072 16 16 -
+//
+// with tabs in the place of the blanks: the time in UTC, the card, the direction (F from front to
+// back, R from back to front), the score, the seconds elapsed since the review before ("-" for a
+// card that had never been scored in that direction), the interval before and after in seconds, the
+// difficulty before and after, and, for a score given in place of an earlier one, the time of that
+// one, which then counts no more, else "-". The first line is a comment, "#", with these names.
+
+// One score.
+struct ReviewRecord {
+    // Seconds since 1970. The card's LastReview from then on.
+    int64_t Time = 0;
+    CardUuid CardId;
+    ReviewDirection Direction = kReviewForward;
+    uint8_t Score = 0;
+    // Seconds since the review before; -1 for the first one.
+    int64_t Elapsed = -1;
+    // Seconds.
+    float OldInterval = 0;
+    float NewInterval = 0;
+    uint8_t OldDifficulty = 0;
+    uint8_t NewDifficulty = 0;
+    // The Time of the score that this one replaces; -1 for none.
+    int64_t Replaces = -1;
+};
+
+// Appends scores to the log of one store. Main thread only.
+class ReviewLog {
+  public:
+    // The path of the log.
+    explicit ReviewLog(const wxString& path);
+
+    // Adds a line, in one write and without waiting for the disk. A torn line that is at the end of
+    // the file gets its line end first. What fails is traced, once, and otherwise passed over.
+    void Append(const ReviewRecord& record);
+
+  private:
+    std::string mPath;
+    bool mHasFailed = false;
+};
+
+// Reads a line without its end. False when it is no line of the log.
+bool ParseReviewLine(std::string_view line, ReviewRecord& record);
+// Returns the line of a record, with its end.
+std::string FormatReviewLine(const ReviewRecord& record);
+
+// Returns the reviews of one card in both directions, oldest first, those that were replaced left
+// out. Reads the whole log, so it takes a while: for a worker thread. A log that is not there has
+// none. Stops when cancelled becomes true.
+std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& card,
+                                          const std::atomic<bool>& cancelled);
+
+// All reviews of a log in little room, to make figures from. Kept between questions, it reads only
+// what the log has got since. Any thread, one at a time.
+class ReviewHistory {
+  public:
+    struct Review {
+        int64_t Time;
+        // Seconds since the review before; negative for the first one.
+        float Elapsed;
+        // Which of Cards.
+        uint32_t Card;
+        // The review of this card before this one in the file, in either direction; kNone for none.
+        uint32_t Previous;
+        uint8_t Score;
+        bool IsReverse;
+        // A later score took its place.
+        bool IsReplaced;
+    };
+    static constexpr uint32_t kNone = UINT32_MAX;
+
+    // Reads the log from where the last call ended, or anew when it is another file or shorter than
+    // it was. A log that is not there is empty. False when cancelled became true; a later call then
+    // goes on from there.
+    bool Update(const wxString& path, const std::atomic<bool>& cancelled);
+    // Takes the bytes of a log, which may end anywhere within a line.
+    void Take(std::string_view bytes);
+
+    // In the order of the file.
+    const std::vector<Review>& Reviews() const { return mReviews; }
+    const std::vector<CardUuid>& Cards() const { return mCards; }
+    // Returns which of Cards it is, or kNone.
+    uint32_t FindCard(const CardUuid& id) const;
+    // Lines that are neither reviews nor comments nor empty.
+    int64_t ForeignLines() const { return mForeignLines; }
+
+  private:
+    // A card and its last review, or an empty place. One look into memory finds all of it: the
+    // reviews come in no order of cards, so that each look is one that the processor waits for.
+    struct Slot {
+        CardUuid Id;
+        uint32_t Card = kNone;
+        uint32_t LastReview = kNone;
+    };
+
+    void TakeLine(std::string_view line);
+    void AddPending();
+    void Add(const ReviewRecord& record);
+    size_t FindSlot(const CardUuid& id) const;
+    Slot& InternCard(const CardUuid& id);
+    void GrowIndex();
+
+    std::vector<Review> mReviews;
+    std::vector<CardUuid> mCards;
+    // An open hash table, whose size is a power of 2.
+    std::vector<Slot> mIndex;
+    // Reviews that were read and whose cards are on the way from memory.
+    std::array<ReviewRecord, 16> mPending;
+    size_t mPendingCount = 0;
+    int64_t mForeignLines = 0;
+    // The bytes of a line whose end was not read yet.
+    std::string mRest;
+    // Which file was read, and how far.
+    uint64_t mDevice = 0;
+    uint64_t mFile = 0;
+    int64_t mOffset = 0;
+};

@@ -1,0 +1,103 @@
+#include "files/StoreFiles.h"
+
+#include <unistd.h>
+#include <wx/dir.h>
+#include <wx/filename.h>
+
+#include <cerrno>
+
+#include "support/StoreFixture.h"
+
+namespace {
+
+struct StoreFilesTest : ::testing::Test {
+    StoreFilesTest() { WriteBytes(mStore, mCards); }
+
+    wxString Path(const wxString& name) const { return mDirectory.Path(name); }
+    size_t CountFiles() const {
+        wxArrayString files;
+        return wxDir::GetAllFiles(Path(wxString()), &files);
+    }
+
+    TemporaryDirectory mDirectory;
+    const wxString mStore = Path("store.vlm");
+    // More than one block, and no whole number of them.
+    const std::string mCards = std::string(100001, 'a') + std::string(100000, 'b');
+};
+
+TEST_F(StoreFilesTest, AMoveFollowsALinkAndReplacesAFileWithWhatWasLeftBesideIt) {
+    const wxString target = Path("other.vlm");
+    WriteBytes(target, "old");
+    WriteBytes(target + "-journal", "would be played back into the cards");
+    WriteBytes(target + "-wal", "and so would this");
+    WriteBytes(target + ".reviews", "of cards that are gone");
+    WriteBytes(mStore + ".reviews", "of these cards");
+    WriteBytes(mStore + "-journal", std::string(512, '\0'));
+    ASSERT_EQ(::symlink(mStore.utf8_str(), Path("link.vlm").utf8_str()), 0);
+    EXPECT_EQ(MoveStoreFile(Path("link.vlm"), target), 0);
+    EXPECT_EQ(ReadBytes(target), mCards);
+    EXPECT_EQ(ReadBytes(target + ".reviews"), "of these cards");
+    EXPECT_EQ(CountFiles(), 2u);
+    // A store without reviews does not take over those of another one.
+    WriteBytes(mStore, mCards);
+    EXPECT_EQ(MoveStoreFile(mStore, target), 0);
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+TEST_F(StoreFilesTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
+    ASSERT_TRUE(wxFileName::Mkdir(Path("directory")));
+    ASSERT_EQ(::symlink(mStore.utf8_str(), Path("link.vlm").utf8_str()), 0);
+    const std::pair<wxString, int> cases[] = {{wxString(), ENOENT},
+                                              {"file:store.vlm", EINVAL},
+                                              {Path("directory"), EISDIR},
+                                              {Path("not/there.vlm"), ENOENT},
+                                              {Path("store.vlm/inside"), ENOTDIR},
+                                              {"/dev/null", EEXIST},
+                                              {Path("link.vlm"), EEXIST},
+                                              {mStore, EEXIST}};
+    for (const auto& [target, error] : cases) {
+        EXPECT_EQ(MoveStoreFile(mStore, target), error) << target;
+        EXPECT_EQ(ReadBytes(mStore), mCards) << target;
+    }
+    // It must not leave pending changes behind, either.
+    WriteBytes(mStore + "-journal", "hot");
+    EXPECT_EQ(MoveStoreFile(mStore, Path("other.vlm")), EBUSY);
+    EXPECT_FALSE(wxFileName::Exists(Path("other.vlm")));
+}
+
+TEST_F(StoreFilesTest, AFailedMoveLeavesWhatItWasToReplaceWhole) {
+    const wxString target = Path("other.vlm");
+    const auto expectWhole = [&] {
+        EXPECT_EQ(ReadBytes(target), "old");
+        EXPECT_EQ(ReadBytes(target + "-journal"), "hot");
+        EXPECT_EQ(CountFiles(), 3u);
+    };
+    WriteBytes(target, "old");
+    WriteBytes(target + "-journal", "hot");
+    EXPECT_EQ(MoveStoreFile(Path(wxString()), target), EINVAL) << "into itself";
+    expectWhole();
+    EXPECT_NE(CopyAndDeleteStoreFile("/proc/self/cmdline", target), 0) << "cannot be deleted";
+    expectWhole();
+    ASSERT_TRUE(wxFileName::Mkdir(target + "-wal"));
+    EXPECT_EQ(MoveStoreFile(mStore, target), EISDIR) << "what is no file is not thrown away";
+    expectWhole();
+    EXPECT_EQ(ReplaceByNewStore(target), EISDIR);
+    expectWhole();
+}
+
+TEST_F(StoreFilesTest, AcrossFileSystemsTheOriginalGoesLast) {
+    const wxString target = Path("other.vlm");
+    WriteBytes(target, "old");
+    for (const rlim_t room : {rlim_t{0}, rlim_t{100000}}) {
+        const FullDisk disk(room);
+        EXPECT_EQ(CopyAndDeleteStoreFile(mStore, target), EFBIG);
+        EXPECT_EQ(ReadBytes(mStore), mCards);
+        EXPECT_EQ(ReadBytes(target), "old");
+        EXPECT_EQ(CountFiles(), 2u);
+    }
+    EXPECT_EQ(CopyAndDeleteStoreFile(mStore, target), 0);
+    EXPECT_EQ(ReadBytes(target), mCards);
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+}  // namespace

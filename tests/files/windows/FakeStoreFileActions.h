@@ -1,0 +1,36 @@
+#pragma once
+
+#include <wx/filename.h>
+
+#include "files/windows/StoreFileChange.h"
+#include "store/Database.h"
+#include "support/Fakes.h"
+
+// The application of a test: file dialogs that answer at once, and what it was asked, in order.
+struct FakeStoreFileActions : StoreFileActions {
+    wxString GetDefaultStorePath() override { return "/default.vlm"; }
+    bool ChooseToOpen(wxWindow*, wxString& path) override { return Choose("/opened", path); }
+    bool ChooseToSave(wxWindow*, const wxString& title, wxString& path) override {
+        return Choose(title, path);
+    }
+    bool Choose(const wxString& choice, wxString& path) {
+        ChosenFrom = path;
+        path = choice;
+        return true;
+    }
+    bool DiscardEdits(wxWindow*) override {
+        Calls += "discard ";
+        return MayDiscard;
+    }
+    void OpenStoreFile(wxWindow*, Database& database, const wxString& path,
+                       bool mustExist) override {
+        Calls += "open:" + wxFileName(path).GetFullName() + (mustExist ? " " : ":new ");
+        SilentUpgradeWait wait;
+        database.Open(path, wait);
+    }
+
+    wxString Calls;
+    // Where the last file dialog began.
+    wxString ChosenFrom;
+    bool MayDiscard = true;
+};

@@ -1,0 +1,92 @@
+#include "files/windows/StoreFileChange.h"
+
+#include <unistd.h>
+#include <wx/filename.h>
+
+#include "FakeStoreFileActions.h"
+#include "support/GuiTest.h"
+
+namespace {
+
+struct StoreFileChangeTest : GuiStoreTest {
+    StoreFileChangeTest() { Insert(MakeCard("front", "back")); }
+
+    void Change(StoreFileChoice choice, const wxString& path) {
+        mActions.Calls.clear();
+        mObserver.Calls = 0;
+        ChangeStoreFile(mActions, nullptr, mDatabase, choice, StorePath(), path);
+    }
+    wxString Path(const wxString& name) const { return mDirectory.Path(name); }
+    // Asks the open store, not the file.
+    int CountCards() {
+        int32_t count = -1;
+        mDatabase.CountAllCards(count);
+        return count;
+    }
+
+    FakeStoreFileActions mActions;
+    CountingObserver mObserver{mDatabase};
+};
+
+TEST_F(StoreFileChangeTest, NothingHappensToTheSameFileOrAgainstUnsavedEdits) {
+    ASSERT_EQ(::link(StorePath().utf8_str(), Path("second.vlm").utf8_str()), 0);
+    WriteBytes(Path("other.vlm"), "in the way, but nobody is asked");
+    mActions.MayDiscard = false;
+    const std::tuple<StoreFileChoice, const char*, const char*> cases[] = {
+        {StoreFileChoice::kKeep, "other.vlm", ""},
+        {StoreFileChoice::kMove, "store.vlm", ""},
+        {StoreFileChoice::kMove, "./store.vlm", ""},
+        {StoreFileChoice::kMove, "second.vlm", ""},
+        {StoreFileChoice::kOpen, "store.vlm", ""},
+        {StoreFileChoice::kMove, "other.vlm", "discard "},
+        {StoreFileChoice::kCreate, "other.vlm", "discard "},
+        {StoreFileChoice::kOpen, "other.vlm", "discard "}};
+    for (const auto& [choice, name, calls] : cases) {
+        Change(choice, Path(name));
+        EXPECT_EQ(mActions.Calls, calls) << name;
+    }
+    EXPECT_EQ(mObserver.Calls, 0);
+    EXPECT_EQ(CountCards(), 1);
+}
+
+TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
+    const wxString path = Path("other.vlm");
+    for (const StoreFileChoice choice : {StoreFileChoice::kCreate, StoreFileChoice::kMove}) {
+        Reopen();
+        const bool moves = choice == StoreFileChoice::kMove;
+        WriteBytes(path, "precious");
+        ModalAnswers answers;
+        answers.Expect([](wxDialog& box) {
+            const auto& question = dynamic_cast<wxMessageDialog&>(box);
+            EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
+            return wxID_NO;
+        });
+        answers.Expect(wxID_YES);
+        Change(choice, path);
+        EXPECT_EQ(mActions.Calls, "discard ");
+        EXPECT_EQ(answers.Dialogs[0].Title, moves ? "Move Store File" : "New Store File");
+        EXPECT_TRUE(answers.Dialogs[0].Message.Contains(path + "\" already exists.  Do you want"));
+        EXPECT_EQ(ReadBytes(path), "precious");
+
+        Change(choice, path);
+        EXPECT_EQ(mActions.Calls,
+                  moves ? "discard open:other.vlm " : "discard open:other.vlm:new ");
+        EXPECT_EQ(mObserver.Calls, 1);
+        EXPECT_EQ(CountCards(), moves ? 1 : 0);
+        EXPECT_EQ(wxFileName::FileExists(StorePath()), !moves);
+    }
+}
+
+TEST_F(StoreFileChangeTest, AfterAFailedMoveTheOldStoreIsOpen) {
+    ModalAnswers answers;
+    answers.Expect(wxID_OK);
+    Change(StoreFileChoice::kMove, Path("not/there.vlm"));
+    EXPECT_EQ(answers.Dialogs[0].Title, "Move failed");
+    EXPECT_EQ(answers.Dialogs[0].Message,
+              "Unable to move the store file (No such file or directory)");
+    EXPECT_EQ(mActions.Calls, "discard open:store.vlm ");
+    EXPECT_EQ(mObserver.Calls, 1);
+    EXPECT_EQ(CountCards(), 1);
+}
+
+}  // namespace

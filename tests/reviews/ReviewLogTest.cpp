@@ -1,0 +1,168 @@
+#include "reviews/ReviewLog.h"
+
+#include <filesystem>
+
+#include "scheduler/Scheduler.h"
+#include "support/StoreFixture.h"
+
+namespace {
+
+const std::string kId = "1b4e28ba-2fa1-41d2-883f-0016d3cca427";
+const std::string kReview = "2026-03-01T18:04:09Z\t" + kId + "\tF\t4\t86412\t86400\t131072\t16\t15";
+
+struct ReviewLogTest : StoreFixture {
+    std::string Log() { return ReadBytes(mPath); }
+    ReviewHistory ReadAll() {
+        ReviewHistory history;
+        EXPECT_TRUE(history.Update(mPath, mCancelled));
+        return history;
+    }
+    wxString mPath = ReviewLogPath(StorePath());
+    std::atomic<bool> mCancelled{false};
+};
+
+// A first pass, a review a day later, and another score in its place: the line names the one that
+// counts no more. The same score again is a review of its own, as it is for the schedule.
+TEST_F(ReviewLogTest, EachScoreIsALineThatSaysWhatItReplaces) {
+    FakeClock clock;
+    FakeRandom random;
+    FakeCategorySource category;
+    SilentMaintenance maintenance;
+    ReviewLog log(mPath);
+    const FlashCard card = Insert(MakeCard("front", "back"));
+    Scheduler scheduler(mDatabase, {category, maintenance, clock, random, &log});
+    scheduler.SetDirections(kReviewForward);
+    scheduler.ScoreCard(4);
+    clock.Advance(86400);
+    scheduler.ScoreCard(5);
+    clock.Advance(60);
+    for (const int score : {1, 1}) {
+        scheduler.SetHistoryIndex(0);
+        scheduler.ScoreCard(score);
+    }
+    const std::string id = FormatUuid(card.CardId).utf8_string();
+    const std::string lines[] = {
+        "2023-11-14T22:13:20Z\t" + id + "\tF\t4\t-\t5\t14400\t16\t16\t-",
+        "2023-11-15T22:13:20Z\t" + id + "\tF\t5\t86400\t14400\t172800\t16\t15\t-",
+        "2023-11-15T22:14:20Z\t" + id + "\tF\t1\t86460\t14400\t14400\t16\t16\t2023-11-15T22:13:20Z",
+        "2023-11-15T22:14:20Z\t" + id + "\tF\t1\t0\t14400\t1\t16\t17\t-"};
+    std::string expected =
+        "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\t"
+        "new difficulty\treplaces\n";
+    for (const std::string& line : lines) {
+        expected += line + "\n";
+    }
+    EXPECT_EQ(Log(), expected);
+    std::string replaced;
+    const ReviewHistory history = ReadAll();
+    for (const ReviewHistory::Review& review : history.Reviews()) {
+        replaced += review.IsReplaced ? "x" : ".";
+    }
+    EXPECT_EQ(replaced, ".x..");
+    const auto life = ReadCardReviews(mPath, card.CardId, mCancelled);
+    std::string read;
+    for (const ReviewRecord& record : life) {
+        read += FormatReviewLine(record);
+    }
+    EXPECT_EQ(read, lines[0] + "\n" + lines[2] + "\n" + lines[3] + "\n");
+    EXPECT_TRUE(ReadCardReviews(mPath, CardUuid(), mCancelled).empty());
+    EXPECT_EQ(Stored(card.CardId).Forward.LastReview.GetTicks(), life.back().Time);
+}
+
+// However the bytes arrive: each case gives the reviews and the foreign lines of a file.
+TEST_F(ReviewLogTest, ForeignAndTornLinesHarmNoOther) {
+    const std::string whole = kReview + "\t-\n";
+    const struct {
+        std::string Bytes;
+        size_t Reviews;
+        int64_t Foreign;
+    } cases[] = {
+        {"", 0, 0},
+        {"# a comment\n\n" + whole, 1, 0},
+        {kReview + "\t-\r\n" + whole, 2, 0},
+        {whole + kReview + "\t-", 1, 0},  // Whole but for its end, which is not known.
+        {whole + kReview.substr(0, 40) + "\n" + whole, 2, 1},
+        {kReview + "\n" + whole, 1, 1},
+        {kReview + "\t-\t\n", 0, 1},
+        {kReview + "\t2026-03-01T18:04:09Z\n" + whole, 2, 0},
+        {std::string(100000, 'x') + "\n" + whole, 1, 1},
+        {std::string(3, '\0') + "\n" + whole, 1, 1},
+        {"2026-13" + whole.substr(7) + "2026-03-01 1" + whole.substr(12), 0, 2},
+        {"2026-03-01T18:04:09Z\tnot an identity\tF\t4\t86412\t86400\t131072\t16\t16\t-\n", 0, 1},
+        {"2026-03-01T18:04:09Z\t" + kId + "\tF\t6\t-\t5\t5\t16\t16\t-\n", 0, 1},
+        {"2026-03-01T18:04:09Z\t" + kId + "\tB\t3\t-\t5\t5\t16\t16\t-\n", 0, 1},
+        {"2026-03-01T18:04:09Z\t" + kId + "\tR\t3\t-2\t5\t5\t16\t16\t-\n", 0, 1},
+        {"2026-03-01T18:04:09Z\t" + kId + "\tR\t3\t-\tnan\tinf\t16\t16\t-\n", 0, 1},
+        {"2026-03-01T18:04:09Z\t" + kId + "\tR\t3\t-\t1.5\t1e9\t16\t16\t-\n", 1, 0},
+    };
+    for (const auto& c : cases) {
+        for (const size_t piece : {size_t{1}, size_t{7}, c.Bytes.size() + 1}) {
+            ReviewHistory history;
+            for (size_t at = 0; at < c.Bytes.size(); at += piece) {
+                history.Take(std::string_view(c.Bytes).substr(at, piece));
+            }
+            EXPECT_EQ(history.Reviews().size(), c.Reviews) << c.Bytes.substr(0, 200);
+            EXPECT_EQ(history.ForeignLines(), c.Foreign) << c.Bytes.substr(0, 200);
+        }
+    }
+}
+
+TEST_F(ReviewLogTest, ALineAfterATornOneStartsAnew) {
+    ReviewLog log(mPath);
+    ReviewRecord record;
+    ASSERT_TRUE(ParseReviewLine(kReview + "\t-", record));
+    log.Append(record);
+    // The disk fills up within the next line, and has room again afterwards.
+    const std::string whole = Log();
+    {
+        const FullDisk full(whole.size() + 30);
+        log.Append(record);
+    }
+    log.Append(record);
+    EXPECT_EQ(Log(), whole + kReview.substr(0, 30) + "\n" + kReview + "\t-\n");
+    EXPECT_EQ(ReadAll().Reviews().size(), 2U);
+    EXPECT_EQ(ReadAll().ForeignLines(), 1);
+}
+
+// Neither a directory in its place nor a pipe, which would keep study waiting.
+TEST_F(ReviewLogTest, ALogThatCannotBeWrittenIsTracedOnce) {
+    static int traced;
+    traced = 0;
+    gTraceHook = [](const wxString&) { ++traced; };
+    ASSERT_EQ(::mkfifo(mPath.utf8_string().c_str(), 0600), 0);
+    ReviewLog log(mPath);
+    log.Append(ReviewRecord());
+    log.Append(ReviewRecord());
+    EXPECT_EQ(ReadAll().Reviews().size(), 0U);
+    std::filesystem::remove(mPath.utf8_string());
+    std::filesystem::create_directory(mPath.utf8_string());
+    log.Append(ReviewRecord());
+    gTraceHook = nullptr;
+    EXPECT_EQ(traced, 1);
+    EXPECT_EQ(ReadAll().Reviews().size(), 0U);
+}
+
+// More than one piece of a file, read on after it grew, and anew when another one is in its place.
+TEST_F(ReviewLogTest, AHugeLogIsReadOnFromItsEnd) {
+    std::string bytes;
+    for (int i = 0; i < 50000; ++i) {
+        bytes += kReview + "\t-\n";
+    }
+    WriteBytes(mPath, bytes + kReview.substr(0, 50));
+    ReviewHistory history = ReadAll();
+    EXPECT_EQ(history.Reviews().size(), 50000U);
+    ReviewLog log(mPath);
+    log.Append(ReviewRecord());
+    EXPECT_TRUE(history.Update(mPath, mCancelled));
+    EXPECT_EQ(history.Reviews().size(), 50001U);
+    EXPECT_EQ(history.Cards().size(), 2U);
+    EXPECT_EQ(history.ForeignLines(), 1);
+    WriteBytes(mPath, kReview + "\t-\n");
+    EXPECT_TRUE(history.Update(mPath, mCancelled));
+    EXPECT_EQ(history.Reviews().size(), 1U);
+    std::filesystem::remove(mPath.utf8_string());
+    EXPECT_TRUE(history.Update(mPath, mCancelled));
+    EXPECT_TRUE(history.Reviews().empty());
+}
+
+}  // namespace
