@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 #include <wx/filename.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -10,7 +11,12 @@
 
 TemporaryDirectory::TemporaryDirectory() {
     std::string pattern = (std::filesystem::temp_directory_path() / "velomind-XXXXXX").string();
-    mPath = wxString::FromUTF8(mkdtemp(pattern.data()));
+    if (mkdtemp(pattern.data()) == nullptr) {
+        // Without a directory of its own a test would work on, and clean up, the root of all files.
+        std::perror(pattern.c_str());
+        std::abort();
+    }
+    mPath = wxString::FromUTF8(pattern);
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
