@@ -1,4 +1,4 @@
-#include "ListFixture.h"
+#include "list/ListFixture.h"
 
 struct CategoryListTest : ListTest {
     // The store's categories as "id name".

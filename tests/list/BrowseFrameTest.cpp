@@ -1,6 +1,6 @@
 #include <wx/dnd.h>
 
-#include "ListFixture.h"
+#include "list/ListFixture.h"
 
 struct BrowseFrameTest : ListTest {
     Texts RecentMenu() {

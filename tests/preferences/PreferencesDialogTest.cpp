@@ -1,6 +1,6 @@
 #include "preferences/PreferencesDialog.h"
 
-#include "FakeStoreFileActions.h"
+#include "files/windows/FakeStoreFileActions.h"
 #include "preferences/AppearanceControls.h"
 #include "support/GuiTest.h"
 

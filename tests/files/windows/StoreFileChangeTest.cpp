@@ -3,7 +3,7 @@
 #include <unistd.h>
 #include <wx/filename.h>
 
-#include "FakeStoreFileActions.h"
+#include "files/windows/FakeStoreFileActions.h"
 #include "support/GuiTest.h"
 
 namespace {
