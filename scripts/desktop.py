@@ -58,10 +58,6 @@ class Desktop:
         """What a launcher of this desktop adds to the environment of a program."""
         return {}
 
-    def launch_environment(self):
-        """What a launcher of this desktop adds to the environment of a program."""
-        return {}
-
     def take_settled(self, path, window=None, unlike=""):
         """A picture of what no longer changes, and is not that of the given signature. Gives the
         signature of its pixels."""
@@ -116,6 +112,11 @@ class X11(Desktop):
 
     def title(self, window):
         return (self._run("xdotool", "getwindowname", window) or "").rstrip("\n")
+
+    def titles(self):
+        """Those of all visible windows."""
+        found = self._run("xdotool", "search", "--onlyvisible", "--name", ".") or ""
+        return [self.title(window) for window in found.split()]
 
     def place(self, window):
         """Left, top, width and height."""
@@ -353,6 +354,10 @@ class Sway(Desktop):
 
     def title(self, window):
         return (self._node(window) or {}).get("name") or ""
+
+    def titles(self):
+        """Those of all visible windows."""
+        return [node["name"] for node in self._nodes() if node["visible"]]
 
     def place(self, window):
         """Left, top, width and height."""

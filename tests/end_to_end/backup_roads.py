@@ -4,7 +4,8 @@ import glob
 import os
 import unittest
 
-from driver import DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
+from driver import (DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press,
+                    type_text, wait_until)
 
 RECOVERY = "Velomind"
 DELETE_BOX = "Delete Card(s)"
@@ -44,6 +45,7 @@ class BackupRoad(RoadTest):
         program.wait_window(RESTORE)
         program.wait_text(f"Cards deleted since: {self.cards}")
 
+    @on_one_desktop
     def test_deleted_cards_come_back_one_by_one(self):
         program = self.delete_all()
         self.open_backups(program)
@@ -62,6 +64,7 @@ class BackupRoad(RoadTest):
         self.assertEqual(0, program.quit())
         self.sandbox.check_store()
 
+    @on_one_desktop
     def test_a_restoration_goes_back_and_can_be_taken_back(self):
         program = self.delete_all()
         self.assertEqual(0, program.quit())
@@ -80,6 +83,7 @@ class BackupRoad(RoadTest):
         self.assertEqual(0, program.quit())
         self.sandbox.check_store()
 
+    @on_one_desktop
     def test_an_import_makes_a_backup(self):
         self.assertEqual([], self.backups("import"), "there was nothing to keep yet")
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("japanese.txt")))
@@ -143,6 +147,7 @@ class BackupRoad(RoadTest):
                     self.assertEqual(self.sandbox.store_bytes(), file.read())
         self.assertEqual([], glob.glob(os.path.join(self.sandbox.root, "*unfinished*")))
 
+    @on_one_desktop
     def test_a_backup_takes_the_place_of_a_damaged_store(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("japanese.txt")))
         damaged = self.put_zeros(0)
@@ -165,6 +170,7 @@ class BackupRoad(RoadTest):
         with open(self.sandbox.store.replace(".vlm", " damaged.vlm"), "rb") as file:
             self.assertEqual(damaged, file.read())
 
+    @on_one_desktop
     def test_zeros_over_a_page_leave_the_other_cards(self):
         whole = self.sandbox.store_bytes()
         front = self.sandbox.query("SELECT Front FROM Cards WHERE ROWID = 50")[0][0]

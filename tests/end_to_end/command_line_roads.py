@@ -4,7 +4,7 @@ import fcntl
 import os
 import unittest
 
-from driver import DESKTOP, LIST_WINDOW, RoadTest, press, wait_until
+from driver import DESKTOP, LIST_WINDOW, RoadTest, on_one_desktop, press, wait_until
 
 
 class CommandLineRoad(RoadTest):
@@ -37,6 +37,7 @@ class CommandLineRoad(RoadTest):
         press("Return")
         self.assertEqual(0, program.wait())
 
+    @on_one_desktop
     def test_a_start_that_cannot_tell_whether_it_is_the_first_does_nothing(self):
         words = self.sandbox.sample("french.txt")
         lock = os.path.join(self.sandbox.runtime, "velomind.lock")
@@ -60,6 +61,7 @@ class CommandLineRoad(RoadTest):
         self.assertIn("is a store of flash cards or belongs to one", program.error_text())
         self.assertTrue(os.path.lexists(self.sandbox.path(path)), path)
 
+    @on_one_desktop
     def test_a_store_is_neither_imported_nor_deleted(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
         before = self.sandbox.store_bytes()
@@ -78,6 +80,7 @@ class CommandLineRoad(RoadTest):
         self.sandbox.set_setting("DatabasePath", empty)
         self.refuse(empty)
 
+    @on_one_desktop
     def test_an_unknown_option_is_refused(self):
         self.assertEqual(0, self.sandbox.run("--uninstall", "--community_join", "0"))
         program = self.sandbox.start("--nonsense")
@@ -85,6 +88,7 @@ class CommandLineRoad(RoadTest):
         self.assertIn("nonsense", program.error_text())
         self.assertFalse(os.path.exists(self.sandbox.store))
 
+    @on_one_desktop
     def test_a_message_box_needs_no_store(self):
         self.sandbox.let_read_windows()
         program = self.sandbox.start("--messagebox", "Grüße, 世界")

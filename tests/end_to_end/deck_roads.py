@@ -10,7 +10,7 @@ import subprocess
 import unittest
 import zipfile
 
-from driver import BINARY, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+from driver import BINARY, LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, wait_until
 
 CARDS = os.path.join(os.path.dirname(BINARY), "velomind-cards")
 
@@ -64,6 +64,7 @@ class DeckRoad(RoadTest):
         press("Return")
         program.wait_window(LIST_WINDOW)
 
+    @on_one_desktop
     def test_a_deck_and_the_same_deck_a_week_later(self):
         path = self.sandbox.write("french.apkg", anki_package(OLD))
         program = self.sandbox.start()
@@ -119,6 +120,7 @@ class DeckRoad(RoadTest):
         self.assertEqual(1, self.sandbox.card_count())
         self.assertEqual(0, program.quit())
 
+    @on_one_desktop
     def test_a_store_is_opened_and_an_open_one_is_left_alone(self):
         self.sandbox.run("--import", self.sandbox.sample("french.txt"))
         other = shutil.copy(self.sandbox.store, self.sandbox.path("other.deck"))
@@ -137,6 +139,7 @@ class DeckRoad(RoadTest):
         program.wait_window(LIST_WINDOW)
         self.assertEqual(0, program.quit())
 
+    @on_one_desktop
     def test_a_deck_without_a_display(self):
         path = self.sandbox.write("french.apkg", anki_package(OLD))
 

@@ -2,7 +2,7 @@
 
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, type_text, wait_until
 
 EDIT_WINDOW = "Edit - Velomind"
 CARDS = """SELECT Front, Back, IntroductionOrder, Categories.Name
@@ -121,6 +121,7 @@ class EditRoad(RoadTest):
         self.assertEqual(0, program.quit())
         self.assertEqual([("uno dos", "one", 1, "Default")], self.sandbox.query(CARDS))
 
+    @on_one_desktop
     def test_the_editor_tells_when_a_card_comes_and_is_left_by_its_tool(self):
         self.sandbox.let_read_windows()
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))

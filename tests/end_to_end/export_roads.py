@@ -5,8 +5,8 @@ import subprocess
 import unittest
 from unittest import mock
 
-from driver import (DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text,
-                    wait_until)
+from driver import (DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press,
+                    type_text, wait_until)
 
 
 class ExportRoad(RoadTest):
@@ -57,6 +57,7 @@ class ExportRoad(RoadTest):
                          self.sandbox.query("SELECT COUNT(DISTINCT CardId) FROM Cards"))
         self.sandbox.check_store()
 
+    @on_one_desktop
     def test_in_turkish_words_are_found_and_a_file_of_ours_is_read(self):
         subprocess.run(["localedef", "--no-archive", "-i", "tr_TR", "-f", "UTF-8",
                         self.sandbox.path("tr_TR.UTF-8")], check=True)

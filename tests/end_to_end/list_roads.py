@@ -4,7 +4,7 @@ import os
 import re
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, wait_until
 
 EDIT_WINDOW = "Edit - Velomind"
 DELETE_BOX = "Delete Card(s)"
@@ -80,6 +80,7 @@ class ListRoad(RoadTest):
         press("alt+Down", "Escape")
         self.open_and_leave(EDIT_WINDOW, "Return")
 
+    @on_one_desktop
     def test_a_search_in_all_categories_finds_a_card_and_is_offered_again(self):
         press("ctrl+f", "alt+Down", "Up", "Return", "e", "Return", "Down")
         self.open_and_leave(DELETE_BOX, "Delete", "Return")
@@ -122,6 +123,7 @@ class ListRoad(RoadTest):
         press("ctrl+1")
         self.program.wait_window(LIST_WINDOW)
 
+    @on_one_desktop
     def test_cards_deleted_by_mistake_come_back_after_studying_went_on(self):
         deleted = "SELECT * FROM Cards WHERE Front IN ('a', 'b') ORDER BY Front"
         self.score()
@@ -140,6 +142,7 @@ class ListRoad(RoadTest):
         self.open_and_leave(DELETE_BOX, "ctrl+z Delete", "Return")
         self.wait_cards("c1 d1 e2")
 
+    @on_one_desktop
     def test_moves_names_and_merges_are_taken_back_one_after_the_other(self):
         self.move_first_card()
         self.rename_category("7")
@@ -157,6 +160,7 @@ class ListRoad(RoadTest):
             self.wait_cards(cards)
             self.program.wait_window(LIST_WINDOW)
 
+    @on_one_desktop
     def test_the_study_button_studies(self):
         self.program.click("Study")
         self.program.wait_window(STUDY_WINDOW)
@@ -180,6 +184,7 @@ class ListRoad(RoadTest):
 
 
 class EmptyListRoad(RoadTest):
+    @on_one_desktop
     def test_the_first_start_says_what_to_do(self):
         self.sandbox.let_read_windows()
         program = self.sandbox.start()

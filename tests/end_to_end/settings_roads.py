@@ -5,7 +5,8 @@ import shutil
 import time
 import unittest
 
-from driver import DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, press, run_tool, wait_until
+from driver import (DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, run_tool,
+                    wait_until)
 
 KEYS = ("Font", "FontColor", "StudyBgColor", "BrowseFont", "CardLayout", "CompactScoring", "LastWindow",
         "EarlyIntroduction", "EarlyIntroductionInterval", "CurrentCategoryId", "CardListColumns",
@@ -32,6 +33,7 @@ class SettingsRoad(RoadTest):
         wait_until(lambda: self.sandbox.query("SELECT SUM(Introduced) FROM Cards") == [(1,)],
                    "a score")
 
+    @on_one_desktop
     def test_nonsense_in_every_key(self):
         for nonsense in ("%s $HOME \\", "-99999999999999999999", "1,2,3,4,5,6,7", "Sans 9999999"):
             with self.subTest(nonsense):
@@ -45,6 +47,7 @@ class SettingsRoad(RoadTest):
                 self.study(program)
                 self.assertEqual(0, program.quit())
 
+    @on_one_desktop
     def test_no_place_for_settings_and_no_directory_for_documents(self):
         shutil.rmtree(self.sandbox.config)
         self.sandbox.write("config", "a file in place of the directory")

@@ -61,7 +61,9 @@ class StatisticsRoad(RoadTest):
         # The list of numbers stands before the box that shows it; the last row is today.
         press("alt+n", "shift+Tab", "End")
         program.wait_text("score 3 6, score 4 4, score 5 10, in all 20")
-        program.quit()
+        press("Escape")
+        program.wait_no_window(STATISTICS_WINDOW)
+        self.assertEqual(0, program.quit())
 
 
 if __name__ == "__main__":

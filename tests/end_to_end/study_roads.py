@@ -6,7 +6,7 @@ import sqlite3
 import time
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, wait_until
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, wait_until
 
 SCHEDULES = """SELECT CardId, Front, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC
                FROM Cards ORDER BY CardId"""
@@ -103,6 +103,7 @@ class StudyRoad(RoadTest):
             store.execute("UPDATE Cards SET ReviewInterval = 60, NextReview = ? WHERE ROWID IN "
                           "(SELECT ROWID FROM Cards WHERE CategoryId = 0 LIMIT ?)", (now - 3540, due))
 
+    @on_one_desktop
     def test_each_score_tells_when_the_card_comes_back(self):
         self.import_two()
         program = self.study()
@@ -131,6 +132,7 @@ class StudyRoad(RoadTest):
         press(str(digit))
         return wait_until(lambda: (now := self.introduced()) != before and now, "the score")
 
+    @on_one_desktop
     def test_the_end_of_the_day_is_told_and_another_category_offered(self):
         self.import_two()
         self.end_the_day(due=7)
@@ -151,6 +153,7 @@ class StudyRoad(RoadTest):
         program.wait_text("bonjour")
         self.assertEqual(0, program.quit())
 
+    @on_one_desktop
     def test_the_bar_leads_to_the_category_that_it_offers(self):
         self.import_two()
         self.end_the_day(due=3)

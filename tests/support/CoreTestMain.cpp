@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "base/Process.h"
+#include "support/FailureReport.h"
 
 // The library without windows, in the locale that the program itself sets.
 int main(int argc, char** argv) {
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
         std::setlocale(LC_CTYPE, "C.UTF-8");
     }
     ::testing::InitGoogleTest(&argc, argv);
+    FailureReport::Install();
     const wxInitializer library;
     return library.IsOk() ? RUN_ALL_TESTS() : 1;
 }

@@ -1,14 +1,44 @@
 #include <gtest/gtest.h>
 #include <wx/cshelp.h>
 #include <wx/evtloop.h>
+#include <wx/filename.h>
+#include <wx/thread.h>
 #include <wx/wx.h>
 
 #include <clocale>
 #include <cstdlib>
+#include <string>
 
 #include "base/Process.h"
+#include "support/FailureReport.h"
 
 namespace {
+
+// Tells the windows that are shown, and takes a picture of the screen where a directory for it is
+// named.
+std::string DescribeScreen(const std::string& test) {
+    std::string seen = "windows on the screen:";
+    if (wxThread::IsMain()) {
+        for (const wxWindow* const window : wxTopLevelWindows) {
+            if (window->IsShown()) {
+                seen += " \"" + window->GetLabel().utf8_string() + "\"";
+            }
+        }
+    }
+    const char* const directory = std::getenv("VELOMIND_SCREENS");
+    if (directory != nullptr) {
+        wxString name = wxString::FromUTF8(test);
+        name.Replace("/", "-");
+        const wxString picture = wxString::FromUTF8(directory) + "/" + name + ".png";
+        const bool isX11 = wxGetenv("WAYLAND_DISPLAY") == nullptr;
+        wxFileName::Mkdir(wxString::FromUTF8(directory), wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
+        const wxString command = (isX11 ? "import -window root '" : "grim '") + picture + "'";
+        if (std::system(command.utf8_str()) == 0) {
+            seen += "\na picture of the screen: " + picture.utf8_string();
+        }
+    }
+    return seen + "\n";
+}
 
 // Runs the tests inside an active event loop, so that windows behave as in the program.
 struct TestApp : wxApp {
@@ -43,6 +73,7 @@ int main(int argc, char** argv) {
     // Trace texts are built, so that a format that does not fit its values is found.
     gTraceHook = [](const wxString&) {};
     ::testing::InitGoogleTest(&argc, argv);
+    FailureReport::Install(DescribeScreen);
     // Listing needs no display.
     if (::testing::GTEST_FLAG(list_tests)) {
         return RUN_ALL_TESTS();

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <string>
+#include <utility>
+
+// Ends the output of a failed test with how to run it alone, and with what a test of windows had on
+// the screen at its first failure. GoogleTest owns it.
+class FailureReport : public ::testing::EmptyTestEventListener {
+  public:
+    // The function describes the screen for the test of the given name, in whole lines.
+    using Screen = std::string (*)(const std::string& test);
+
+    static void Install(Screen screen = nullptr) {
+        ::testing::UnitTest::GetInstance()->listeners().Append(new FailureReport(screen));
+    }
+
+  private:
+    explicit FailureReport(Screen screen) : mpScreen(screen) {}
+
+    static std::string NameOf(const ::testing::TestInfo& test) {
+        return std::string(test.test_suite_name()) + "." + test.name();
+    }
+
+    void OnTestStart(const ::testing::TestInfo& /*test*/) override { mSeen.clear(); }
+
+    void OnTestPartResult(const ::testing::TestPartResult& result) override {
+        const ::testing::TestInfo* const test =
+            ::testing::UnitTest::GetInstance()->current_test_info();
+        if (result.failed() && mSeen.empty() && mpScreen != nullptr && test != nullptr) {
+            mSeen = mpScreen(NameOf(*test));
+        }
+    }
+
+    void OnTestEnd(const ::testing::TestInfo& test) override {
+        if (test.result()->Failed()) {
+            std::cout << mSeen << "to run it alone: ctest --preset " VELOMIND_PRESET " -R '^"
+                      << NameOf(test) << "'" << std::endl;
+        }
+    }
+
+    const Screen mpScreen;
+    std::string mSeen;
+};
