@@ -106,6 +106,10 @@ class X11(Desktop):
     def activate(self, window):
         self._run("xdotool", "windowactivate", window)
 
+    def close(self, window):
+        """Closes a window as by the button of its frame, which no key that gets lost can miss."""
+        self._run("wmctrl", "-i", "-c", hex(int(window)))
+
     def put_away(self, window):
         """Takes a window out of sight, as a person does who turns to something else."""
         self._run("xdotool", "windowminimize", window)
@@ -149,6 +153,10 @@ class Weston(X11):
 
     def __init__(self):
         super().__init__(os.environ["OUTER_DISPLAY"])
+
+    def close(self, _window):
+        """Closes the active window, by the key of the program."""
+        self.press("ctrl+w")
 
     def take_picture(self, path, _window=None):
         """A picture of the screen."""
@@ -344,6 +352,10 @@ class Sway(Desktop):
 
     def activate(self, window):
         self._ask(self._COMMAND, f"[con_id={window}] focus")
+
+    def close(self, window):
+        """Closes a window as by the button of its frame."""
+        self._ask(self._COMMAND, f"[con_id={window}] kill")
 
     def launch_environment(self):
         return {"XDG_ACTIVATION_TOKEN": self._input.activation_token()}

@@ -288,9 +288,7 @@ class Program:
         self.wait_window("Import")
 
     def close(self, title):
-        """Closes a window by the window manager's own key, or else by the program's."""
-        self.wait_window(title)
-        press("alt+F4" if DESKTOP.tells_windows else "ctrl+w")
+        DESKTOP.close(self.wait_window(title))
 
     def wait(self, limit=None):
         """Waits for the end of the program and gives its exit code."""
@@ -302,12 +300,10 @@ class Program:
                 f"the program still runs after {limit:g} seconds: {self.error_text()}") from None
 
     def quit(self):
-        """Closes the window on the screen, and with it the program. By the program's own key, as a
-        window manager that was just given another window may miss its one."""
+        """Closes the window on the screen, and with it the program."""
         for title in (STUDY_WINDOW, LIST_WINDOW):
             if self.windows(title):
-                self.wait_window(title)
-                press("ctrl+w")
+                self.close(title)
         code = self.wait()
         if code != 0:
             print(self.error_text(), file=sys.stderr)
