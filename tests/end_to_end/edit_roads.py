@@ -25,6 +25,7 @@ class EditRoad(RoadTest):
         wait_until(lambda: self.sandbox.card_count() == count, f"{count} cards in the store")
 
     def test_cards_are_written_studied_corrected_and_moved(self):
+        self.sandbox.let_read_windows()
         program = self.sandbox.start()
         program.wait_window(LIST_WINDOW)
         press("ctrl+n")
@@ -56,6 +57,9 @@ class EditRoad(RoadTest):
         program.wait_window(EDIT_WINDOW)
         press("alt+b", "ctrl+End")
         type_text("e")
+
+        # The plots of the reviews come once the log has been read, and Tab stops at one of them.
+        program.wait_text("Reviews of this card")
 
         # A difficulty that is none is told, and the keys are at it again.
         press("alt+i", *["Tab"] * 16)
