@@ -3,14 +3,30 @@
 #include <sqlite3.h>
 #include <wx/filename.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+namespace {
+
+// Returns memory where there is plenty of it, as each change of a store waits for a disk. A place that
+// the user names comes first.
+std::filesystem::path TemporaryPlace() {
+    const std::filesystem::path memory = "/dev/shm";
+    constexpr std::uintmax_t kPlenty = std::uintmax_t{1} << 31;
+    std::error_code error;
+    const std::filesystem::space_info space = std::filesystem::space(memory, error);
+    const bool isFast = !error && space.available > kPlenty && std::getenv("TMPDIR") == nullptr;
+    return isFast ? memory : std::filesystem::temp_directory_path();
+}
+
+}  // namespace
+
 TemporaryDirectory::TemporaryDirectory() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "velomind-XXXXXX").string();
+    std::string pattern = (TemporaryPlace() / "velomind-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) {
         // Without a directory of its own a test would work on, and clean up, the root of all files.
         std::perror(pattern.c_str());
