@@ -67,7 +67,7 @@ class ListRoad(RoadTest):
         self.move_first_card()
         self.open_and_leave(DELETE_BOX, "Delete")
 
-    def test_the_categories_open_over_the_list_and_go_again(self):
+    def test_the_categories_open_over_the_list_and_the_button_studies(self):
         for close in (lambda: press("Escape"), lambda: self.program.click_at(LIST_WINDOW, .5, .9),
                       lambda: press("Return"), lambda: self.program.click("Category: 1")):
             press("alt+Down")
@@ -79,6 +79,8 @@ class ListRoad(RoadTest):
         # What is pressed goes where the focus was before.
         press("alt+Down", "Escape")
         self.open_and_leave(EDIT_WINDOW, "Return")
+        self.program.click("Study")
+        self.program.wait_window(STUDY_WINDOW)
 
     @on_one_desktop
     def test_a_search_in_all_categories_finds_a_card_and_is_offered_again(self):
@@ -159,11 +161,6 @@ class ListRoad(RoadTest):
             press("ctrl+z")
             self.wait_cards(cards)
             self.program.wait_window(LIST_WINDOW)
-
-    @on_one_desktop
-    def test_the_study_button_studies(self):
-        self.program.click("Study")
-        self.program.wait_window(STUDY_WINDOW)
 
     def answer_blank_first(self, title, name):
         self.program.wait_window(title)
