@@ -12,8 +12,8 @@
 
 namespace {
 
-// Returns memory where there is plenty of it, as each change of a store waits for a disk. A place that
-// the user names comes first.
+// Returns memory where there is plenty of it, as each change of a store waits for a disk. A place
+// that the user names comes first.
 std::filesystem::path TemporaryPlace() {
     const std::filesystem::path memory = "/dev/shm";
     constexpr std::uintmax_t kPlenty = std::uintmax_t{1} << 31;
