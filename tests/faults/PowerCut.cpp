@@ -364,8 +364,13 @@ int RecordMakeDirectory(const char* path, mode_t mode) {
     return static_cast<int>(Call(note, SYS_mkdir, path, mode));
 }
 char* RecordMakeTemporaryDirectory(char* pattern) {
-    MakeUnique(pattern);
-    return RecordMakeDirectory(pattern, 0700) == 0 ? pattern : nullptr;
+    // Another run of these tests may have the name.
+    int result = 0;
+    do {
+        MakeUnique(pattern);
+        result = RecordMakeDirectory(pattern, 0700);
+    } while (result != 0 && errno == EEXIST);
+    return result == 0 ? pattern : nullptr;
 }
 // Shared blocks are made here, as few disks can: the bytes are the same, and as unsafe until a
 // sync.

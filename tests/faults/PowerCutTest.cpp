@@ -105,6 +105,9 @@ struct PowerCutTest : StoreFixture {
                 SCOPED_TRACE("cut after " + std::to_string(call) + ", fate " +
                              std::to_string(fate));
                 const fs::path place = ReplayedStore().parent_path();
+                // All in it is deleted.
+                ASSERT_EQ(place, mDisk.parent_path());
+                ASSERT_NE(place.filename().string().find("velomind-"), std::string::npos);
                 for (const fs::directory_entry& entry : fs::directory_iterator(place)) {
                     if (entry.path() != mDisk) {
                         fs::remove_all(entry.path());
