@@ -40,9 +40,9 @@ ALLOWED = {
     "Export.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
                    "Introduced", "Difficulty", "Default"},
     # How a file of the engine begins, and what it is asked.
-    "ImportSource.cpp": {"SQLite format 3\\0"}, "PageFile.cpp": {"SQLite format 3"},
+    "PageFile.cpp": {"SQLite format 3"},
     "StoreCheck.cpp": {"PRAGMA integrity_check(10000)"},
-    "StoreFiles.cpp": {"Cards", "Categories", "Globals"},
+    "StoreFiles.cpp": {"Cards", "Categories", "Globals", "SQLite format 3\\0"},
     # Words of the files of other programs.
     "AnkiDeck.cpp": {"Tags: ", "image-occlusion:"}, "MnemosyneDeck.cpp": {"Tags: "},
     "AnkiText.cpp": {"Front", "Back", "Category", "Notes",
