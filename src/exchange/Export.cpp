@@ -182,8 +182,8 @@ int WriteCardRecord(CardRecordWriter& writer, const CardRow& card, std::u16strin
     record.AddBoolean(kReverseX, card.ReverseX());
     record.Add(kNotes, card.Notes());
     if (includeScheduling) {
-        record.AddSchedule(kForward, card.Forward());
-        record.AddSchedule(kReverse, card.Reverse());
+        record.AddSchedule(kForward, card.ScheduleOf(kReviewForward));
+        record.AddSchedule(kReverse, card.ScheduleOf(kReviewReverse));
     }
     return record.GetResult();
 }
@@ -215,7 +215,7 @@ int WriteVersion1Record(CardRecordWriter& writer, const CardRow& card, bool incl
     record.Add(u"Q", SplitSecondText(card.Front()).Main);
     record.Add(u"A", SplitSecondText(card.Back()).Main);
     if (includeScheduling) {
-        record.AddSchedule(kVersion1, card.Forward());
+        record.AddSchedule(kVersion1, card.ScheduleOf(kReviewForward));
     }
     return record.GetResult();
 }

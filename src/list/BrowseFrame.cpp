@@ -406,9 +406,8 @@ void BrowseFrame::ShowReadyCount() {
     const bool isReverse = mServices.IsReverseStudy();
     mReadyShown = {now, isReverse};
     int32_t ready = 0;
-    const int result = isReverse ? mpDatabase->SelectReadyCountReverse(category, now, ready)
-                                 : mpDatabase->SelectReadyCountForward(category, now, ready);
-    const bool isKnown = result >= 0 && ready > 0;
+    const ReviewDirection direction = isReverse ? kReviewReverse : kReviewForward;
+    const bool isKnown = mpDatabase->CountReady(direction, category, now, ready) >= 0 && ready > 0;
     mpStudyButton->SetLabel(isKnown ? wxString::Format(_("Study (%i)"), ready) : _("Study"));
     mpStudyButton->SetToolTip(wxString::Format(
         wxPLURAL("%i card is ready", "%i cards are ready", static_cast<unsigned>(ready)), ready));

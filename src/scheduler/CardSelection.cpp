@@ -1,5 +1,6 @@
 #include "scheduler/CardSelection.h"
 
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -15,12 +16,13 @@ class ReadySearch {
     explicit ReadySearch(const wxDateTime& now) : mNow(now) {}
 
     // Among equals the card that was visited first stays.
-    void Visit(const ReadyRow& row, ReviewDirection direction) {
-        const float interval = row.ReviewInterval();
+    void Visit(const CardRow& row, ReviewDirection direction) {
+        const CardRow::Schedule schedule = row.ScheduleOf(direction);
+        const float interval = schedule.ReviewInterval();
         if (!(mLeastInterval < interval)) {
             mLeastInterval = interval;
         }
-        const wxDateTime lastReview = row.LastReview();
+        const wxDateTime lastReview = schedule.LastReviewTime();
         if (DueTime(lastReview, interval) >= mNow) {
             return;
         }
@@ -92,15 +94,12 @@ int CardSelection::FindReadyCard(int32_t horizon, ReadyCard& ready) {
     const wxDateTime now = mTime.Now();
     const wxDateTime limit = now + wxTimeSpan::Seconds(horizon);
     ReadySearch search(now);
-    const auto visitForward = [&search](const ReadyRow& row) { search.Visit(row, kReviewForward); };
-    const auto visitReverse = [&search](const ReadyRow& row) { search.Visit(row, kReviewReverse); };
-    if (Studies(kReviewForward) &&
-        mDatabase.SelectReadySortByNextReview(mOptions.CategoryId, limit, visitForward) < 0) {
-        return -1;
-    }
-    if (Studies(kReviewReverse) &&
-        mDatabase.SelectRReadySortByRNextReview(mOptions.CategoryId, limit, visitReverse) < 0) {
-        return -1;
+    for (const ReviewDirection direction : kEachDirection) {
+        const auto visit = [&](const CardRow& row) { search.Visit(row, direction); };
+        if (Studies(direction) &&
+            mDatabase.VisitReady(direction, mOptions.CategoryId, limit, visit) < 0) {
+            return -1;
+        }
     }
     ready = {search.RowId(), search.Direction(), search.LeastInterval()};
     return 0;
@@ -116,8 +115,7 @@ int CardSelection::ReadCard(const ReadyCard& ready, ReviewCard& chosen) {
 }
 
 int CardSelection::IntroduceCard(ReviewCard& chosen) {
-    const int result = ChooseFirst(&Database::SelectNewForward, &Database::SelectNewReverse,
-                                   IntroductionKey, chosen);
+    const int result = ChooseFirst(&Database::SelectNew, IntroductionKey, chosen);
     if (chosen.Direction != kReviewNone) {
         VELOMIND_TRACE("introducing a card %s", FormatUuid(chosen.Card.CardId));
     }
@@ -125,37 +123,32 @@ int CardSelection::IntroduceCard(ReviewCard& chosen) {
 }
 
 int CardSelection::PickEarlyReviewCard(ReviewCard& chosen) {
-    const int result = ChooseFirst(&Database::SelectEarlyForward, &Database::SelectEarlyReverse,
-                                   EarlyReviewKey, chosen);
+    const int result = ChooseFirst(&Database::SelectEarly, EarlyReviewKey, chosen);
     if (chosen.Direction != kReviewNone) {
         VELOMIND_TRACE("selected a card for early review %s", FormatUuid(chosen.Card.CardId));
     }
     return result;
 }
 
-int CardSelection::ChooseFirst(FirstCard selectForward, FirstCard selectReverse, SortKey key,
-                               ReviewCard& chosen) {
-    std::list<FlashCard> forward;
-    std::list<FlashCard> reverse;
-    if (Studies(kReviewForward) && (mDatabase.*selectForward)(mOptions.CategoryId, forward) < 0) {
-        return -1;
+int CardSelection::ChooseFirst(FirstCard select, SortKey key, ReviewCard& chosen) {
+    std::list<ReviewCard> found;
+    for (const ReviewDirection direction : kEachDirection) {
+        std::list<FlashCard> cards;
+        if (Studies(direction) && (mDatabase.*select)(direction, mOptions.CategoryId, cards) < 0) {
+            return -1;
+        }
+        for (FlashCard& card : cards) {
+            found.push_back({std::move(card), direction});
+        }
     }
-    if (Studies(kReviewReverse) && (mDatabase.*selectReverse)(mOptions.CategoryId, reverse) < 0) {
-        return -1;
+    if (found.size() == 2) {
+        const auto forward = key(found.front().Card, kReviewForward);
+        const auto reverse = key(found.back().Card, kReviewReverse);
+        const bool takeForward = forward == reverse ? mRandom.Next() < 0.5f : forward < reverse;
+        found.erase(takeForward ? std::prev(found.end()) : found.begin());
     }
-    if (forward.empty() && reverse.empty()) {
-        return 0;
-    }
-    bool takeForward = reverse.empty();
-    if (!forward.empty() && !reverse.empty()) {
-        const auto forwardKey = key(forward.front(), kReviewForward);
-        const auto reverseKey = key(reverse.front(), kReviewReverse);
-        takeForward = forwardKey == reverseKey ? mRandom.Next() < 0.5f : forwardKey < reverseKey;
-    }
-    if (takeForward) {
-        chosen = {std::move(forward.front()), kReviewForward};
-    } else {
-        chosen = {std::move(reverse.front()), kReviewReverse};
+    if (!found.empty()) {
+        chosen = std::move(found.front());
     }
     return 0;
 }

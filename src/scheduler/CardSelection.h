@@ -47,7 +47,7 @@ class CardSelection {
         // Seconds; the shortest interval seen, including cards that fall due within the horizon.
         float LeastInterval;
     };
-    using FirstCard = int (Database::*)(int32_t, std::list<FlashCard>&);
+    using FirstCard = int (Database::*)(ReviewDirection, int32_t, std::list<FlashCard>&);
     using SortKey = std::pair<int64_t, int64_t> (*)(const FlashCard&, ReviewDirection);
 
     int FindReadyCard(int32_t horizon, ReadyCard& ready);
@@ -57,8 +57,7 @@ class CardSelection {
     int PickEarlyReviewCard(ReviewCard& chosen);
     // Takes the first card of each direction studied and keeps the one with the lower key; chance
     // decides between equal keys.
-    int ChooseFirst(FirstCard selectForward, FirstCard selectReverse, SortKey key,
-                    ReviewCard& chosen);
+    int ChooseFirst(FirstCard select, SortKey key, ReviewCard& chosen);
     bool Studies(ReviewDirection direction) const { return (mOptions.Directions & direction) != 0; }
 
     Database& mDatabase;

@@ -45,52 +45,46 @@ const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, i
 
 namespace {
 
-// The questions to the store for one direction.
-struct OutlookQueries {
-    int (Database::*CountReady)(int32_t, const wxDateTime&, int32_t&);
-    int (Database::*CountAll)(int32_t, int32_t&);
-    int (Database::*CountIntroduced)(int32_t, int32_t&);
-    int (Database::*SelectNextDue)(int32_t, std::list<FlashCard>&);
-    ReviewDirection Direction;
-};
+// Keeps the earlier of a time, which may be invalid, and the next review of the first card.
+void TakeEarlier(const std::list<FlashCard>& cards, ReviewDirection direction, wxDateTime& next) {
+    if (!cards.empty()) {
+        const wxDateTime due = ScheduleOf(cards.front(), direction).NextReview();
+        next = next.IsValid() && next < due ? next : due;
+    }
+}
 
 void AddOutlook(Database& database, int32_t categoryId, const wxDateTime& now,
-                const OutlookQueries& ask, StudyOutlook::Side& side, wxDateTime& nextDue) {
+                ReviewDirection direction, StudyOutlook& outlook) {
     int32_t ready = 0;
     int32_t tomorrow = 0;
     int32_t all = 0;
     int32_t introduced = 0;
-    if ((database.*ask.CountReady)(categoryId, now, ready) < 0 ||
-        (database.*ask.CountReady)(categoryId, now + wxTimeSpan::Day(), tomorrow) < 0 ||
-        (database.*ask.CountAll)(categoryId, all) < 0 ||
-        (database.*ask.CountIntroduced)(categoryId, introduced) < 0) {
+    if (database.CountReady(direction, categoryId, now, ready) < 0 ||
+        database.CountReady(direction, categoryId, now + wxTimeSpan::Day(), tomorrow) < 0 ||
+        database.Count(direction, categoryId, all) < 0 ||
+        database.CountIntroduced(direction, categoryId, introduced) < 0) {
         return;
     }
+    StudyOutlook::Side& side = direction == kReviewForward ? outlook.Forward : outlook.Reverse;
     side.Ready += ready;
     side.WithinDay += tomorrow - ready;
     side.New += all - introduced;
     std::list<FlashCard> cards;
-    if (introduced > 0 && (database.*ask.SelectNextDue)(categoryId, cards) >= 0 && !cards.empty()) {
-        const wxDateTime due = ScheduleOf(cards.front(), ask.Direction).NextReview();
-        nextDue = nextDue.IsValid() && nextDue < due ? nextDue : due;
+    if (introduced > 0 && database.SelectNextDue(direction, categoryId, cards) >= 0) {
+        TakeEarlier(cards, direction, outlook.NextDue);
     }
 }
 
 }  // namespace
 
 StudyOutlook CountOutlook(Database& database, const wxDateTime& now) {
-    constexpr OutlookQueries kForward = {&Database::SelectReadyCountForward,
-                                         &Database::CountForward, &Database::CountIntroducedForward,
-                                         &Database::SelectNextDueForward, kReviewForward};
-    constexpr OutlookQueries kReverse = {&Database::SelectReadyCountReverse,
-                                         &Database::CountReverse, &Database::CountIntroducedReverse,
-                                         &Database::SelectNextDueReverse, kReviewReverse};
     StudyOutlook outlook;
     std::list<Category> categories;
     database.SelectAllCategories(categories);
     for (const Category& category : categories) {
-        AddOutlook(database, category.Id, now, kForward, outlook.Forward, outlook.NextDue);
-        AddOutlook(database, category.Id, now, kReverse, outlook.Reverse, outlook.NextDue);
+        for (const ReviewDirection direction : kEachDirection) {
+            AddOutlook(database, category.Id, now, direction, outlook);
+        }
     }
     return outlook;
 }
@@ -180,35 +174,25 @@ bool Scheduler::IsBreakTime() const {
 
 int Scheduler::CountReady(int32_t categoryId) {
     const wxDateTime now = mSources.Time.Now();
-    int32_t forward = 0;
-    int32_t reverse = 0;
-    if ((mOptions.Directions & kReviewForward) != 0 &&
-        mDatabase.SelectReadyCountForward(categoryId, now, forward) < 0) {
-        forward = 0;
+    int all = 0;
+    for (const ReviewDirection direction : kEachDirection) {
+        int32_t count = 0;
+        if ((mOptions.Directions & direction) != 0 &&
+            mDatabase.CountReady(direction, categoryId, now, count) >= 0) {
+            all += count;
+        }
     }
-    if ((mOptions.Directions & kReviewReverse) != 0 &&
-        mDatabase.SelectReadyCountReverse(categoryId, now, reverse) < 0) {
-        reverse = 0;
-    }
-    return forward + reverse;
+    return all;
 }
 
 wxDateTime Scheduler::GetNextDueTime() {
     wxDateTime next;
-    const auto consider = [&next](const std::list<FlashCard>& cards, ReviewDirection direction) {
-        if (!cards.empty()) {
-            const wxDateTime due = ScheduleOf(cards.front(), direction).NextReview();
-            next = next.IsValid() && next < due ? next : due;
+    for (const ReviewDirection direction : kEachDirection) {
+        std::list<FlashCard> cards;
+        if ((mOptions.Directions & direction) != 0 &&
+            mDatabase.SelectNextDue(direction, mOptions.CategoryId, cards) >= 0) {
+            TakeEarlier(cards, direction, next);
         }
-    };
-    std::list<FlashCard> cards;
-    if ((mOptions.Directions & kReviewForward) != 0 &&
-        mDatabase.SelectNextDueForward(mOptions.CategoryId, cards) >= 0) {
-        consider(cards, kReviewForward);
-    }
-    if ((mOptions.Directions & kReviewReverse) != 0 &&
-        mDatabase.SelectNextDueReverse(mOptions.CategoryId, cards) >= 0) {
-        consider(cards, kReviewReverse);
     }
     return next;
 }

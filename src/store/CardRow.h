@@ -14,11 +14,9 @@ constexpr int kForwardScheduleColumn = 10;
 constexpr int kReverseScheduleColumn = 16;
 // The row id, which the column list of a walk over due cards has at its end.
 constexpr int kRowIdColumn = 22;
-constexpr int kLastReviewOffset = 1;
-constexpr int kReviewIntervalOffset = 3;
 
-// A card as it lies in the store, for an export that passes many cards on and keeps none: nothing
-// is copied before it is asked for. The row and its texts, which are the engine's own, end with the
+// A card as it lies in the store, for whoever looks at many cards and keeps none: nothing is copied
+// before it is asked for. The row and its texts, which are the engine's own, end with the
 // visit.
 class CardRow {
   public:
@@ -28,11 +26,10 @@ class CardRow {
         Schedule(const StatementRun& run, int column) : mRun(run), mColumn(column) {}
         bool Introduced() const { return mRun.ColumnInt(mColumn) != 0; }
         // Seconds since 1970.
-        int64_t LastReview() const { return mRun.ColumnSeconds(mColumn + kLastReviewOffset); }
+        int64_t LastReview() const { return mRun.ColumnSeconds(mColumn + 1); }
+        wxDateTime LastReviewTime() const { return mRun.ColumnTime(mColumn + 1); }
         uint8_t LastScore() const { return static_cast<uint8_t>(mRun.ColumnInt(mColumn + 2)); }
-        float ReviewInterval() const {
-            return static_cast<float>(mRun.ColumnDouble(mColumn + kReviewIntervalOffset));
-        }
+        float ReviewInterval() const { return static_cast<float>(mRun.ColumnDouble(mColumn + 3)); }
         uint8_t Difficulty() const { return static_cast<uint8_t>(mRun.ColumnInt(mColumn + 4)); }
         int32_t Erc() const { return mRun.ColumnInt(mColumn + 5); }
 
@@ -55,8 +52,12 @@ class CardRow {
     bool ForwardX() const { return mRun.ColumnInt(7) != 0; }
     bool ReverseX() const { return mRun.ColumnInt(8) != 0; }
     std::u16string_view Notes() const { return mRun.ColumnUtf16(9); }
-    Schedule Forward() const { return {mRun, kForwardScheduleColumn}; }
-    Schedule Reverse() const { return {mRun, kReverseScheduleColumn}; }
+    Schedule ScheduleOf(ReviewDirection direction) const {
+        return {mRun,
+                direction == kReviewForward ? kForwardScheduleColumn : kReverseScheduleColumn};
+    }
+    // Only in a walk that has the column.
+    int64_t RowId() const { return mRun.ColumnInt64(kRowIdColumn); }
 
   private:
     const StatementRun& mRun;

@@ -42,12 +42,7 @@ void Database::CloseHandle() {
     }
     mStatementsInUse.clear();
     // A connection with a living statement would refuse to close.
-    for (const auto& [sql, statement] : mStatements) {
-        sqlite3_finalize(statement);
-    }
-    mStatements.clear();
-    ForgetStatements(GlobalTexts());
-    ForgetStatements(CardTexts());
+    FinaliseStatements();
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
     mDirectory.Close();
@@ -55,7 +50,15 @@ void Database::CloseHandle() {
     mConfirmedChanges = 0;
 }
 
-sqlite3_stmt* Database::GetStatement(const wxString& sql) {
+void Database::FinaliseStatements() {
+    for (const auto& [sql, statement] : mStatements) {
+        sqlite3_finalize(statement);
+    }
+    mStatements.clear();
+    mPrepared = {};
+}
+
+sqlite3_stmt* Database::GetStatement(std::string_view sql) {
     const Lock lock(mMutex);
     if (mpHandle == nullptr) {
         return nullptr;
@@ -64,42 +67,17 @@ sqlite3_stmt* Database::GetStatement(const wxString& sql) {
     if (known != mStatements.end()) {
         return known->second;
     }
+    std::string text(sql);
     sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare(mpHandle, ToUtf8(sql).c_str(), -1, &statement, nullptr) != SQLITE_OK) {
+    // The engine keeps the text, and prepares it anew when another program has changed the schema.
+    if (sqlite3_prepare_v2(mpHandle, text.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
         KeepError();
-        VELOMIND_TRACE("cannot prepare \"%s\" (%s)", sql, mLastErrorText);
+        VELOMIND_TRACE("cannot prepare \"%s\" (%s)", FromUtf8(text), mLastErrorText);
         CloseHandle();
         return nullptr;
     }
-    mStatements.emplace(sql, statement);
+    mStatements.emplace(std::move(text), statement);
     return statement;
-}
-
-int Database::PrepareAnew(sqlite3_stmt*& statement) {
-    const Lock lock(mMutex);
-    const auto known = std::find_if(mStatements.begin(), mStatements.end(),
-                                    [&](const auto& entry) { return entry.second == statement; });
-    sqlite3_stmt* fresh = nullptr;
-    if (known == mStatements.end() ||
-        sqlite3_prepare(mpHandle, ToUtf8(known->first).c_str(), -1, &fresh, nullptr) != SQLITE_OK) {
-        return -1;
-    }
-    known->second = fresh;
-    for (const auto* const texts : {&GlobalTexts(), &CardTexts()}) {
-        for (const PreparedText& text : *texts) {
-            if (this->*text.Member == statement) {
-                this->*text.Member = fresh;
-            }
-        }
-    }
-    auto used = mStatementsInUse.extract(statement);
-    if (!used.empty()) {
-        used.key() = fresh;
-        mStatementsInUse.insert(std::move(used));
-    }
-    sqlite3_finalize(statement);
-    statement = fresh;
-    return 0;
 }
 
 int Database::MarkStatement(sqlite3_stmt* statement, StatementRun* run) {
@@ -181,13 +159,17 @@ StoreChangeGroup::~StoreChangeGroup() {
     mDatabase.ConfirmChanges();
 }
 
-int Database::ReportStepFailure(sqlite3_stmt* statement, const char* label, int result) {
+int Database::ReportStepFailure(sqlite3_stmt* statement, const char* label, int code) {
     const Lock lock(mMutex);
-    // The engine tells the true error only after a reset.
+    // Lets go of the file first, as the report may stand for as long as the user likes.
     sqlite3_reset(statement);
     KeepError();
+    // A failure is told in the engine's words; a lock, which the last line explains, and a misuse
+    // of the engine are told by their number. GetLastErrorCode has the detailed code.
+    const bool hasWords = (code & 0xFF) != SQLITE_BUSY && (code & 0xFF) != SQLITE_MISUSE;
+    const int result = hasWords ? SQLITE_ERROR : code;
     wxString text;
-    if ((result & 0xFF) == SQLITE_ERROR) {
+    if (hasWords) {
         VELOMIND_TRACE("%s: unexpected result from sqlite3_step SQLITE_ERROR (%s)", label,
                        mLastErrorText);
         text = wxString::Format(_("Problem accessing flash cards (%s/%s)"), mLastErrorText, label);

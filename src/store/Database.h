@@ -4,11 +4,14 @@
 #include <wx/string.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <list>
 #include <map>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Files.h"
@@ -19,20 +22,6 @@
 #include "store/Subject.h"
 
 class wxThread;
-
-// A due card as the card selection sees it while it steps the rows: the schedule of one direction,
-// and the row id. It ends with the visit.
-class ReadyRow {
-  public:
-    ReadyRow(const StatementRun& run, bool reverse) : mRun(run), mReverse(reverse) {}
-    wxDateTime LastReview() const;
-    float ReviewInterval() const;
-    int64_t RowId() const;
-
-  private:
-    const StatementRun& mRun;
-    bool mReverse;
-};
 
 // What a list of cards can be sorted by: a column of the card, or the name of its category.
 enum class CardColumn : uint8_t {
@@ -62,7 +51,6 @@ struct CardOrder {
 };
 
 using CardRowVisitor = std::function<void(const CardRow&)>;
-using ReadyRowVisitor = std::function<void(const ReadyRow&)>;
 
 // What the store asks of the program while a worker upgrades the store file: keep the user informed
 // and come back when the worker has ended. The thread is joinable and already runs; the store joins
@@ -156,19 +144,16 @@ class Database : public Subject {
     int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
     int SelectCardsByFrontBack(const wxString& front, const wxString& back,
                                std::list<FlashCard>& cards);
-    // The first card only.
-    int SelectEarlyForward(int32_t categoryId, std::list<FlashCard>& cards);
-    int SelectEarlyReverse(int32_t categoryId, std::list<FlashCard>& cards);
-    int SelectNewForward(int32_t categoryId, std::list<FlashCard>& cards);
-    int SelectNewReverse(int32_t categoryId, std::list<FlashCard>& cards);
-    int SelectNextDueForward(int32_t categoryId, std::list<FlashCard>& cards);
-    int SelectNextDueReverse(int32_t categoryId, std::list<FlashCard>& cards);
-    // Each introduced, not excluded card of the category whose stored next review lies before the
-    // limit, in that order. The visitor must not use the Database.
-    int SelectReadySortByNextReview(int32_t categoryId, const wxDateTime& limit,
-                                    const ReadyRowVisitor& visit);
-    int SelectRReadySortByRNextReview(int32_t categoryId, const wxDateTime& limit,
-                                      const ReadyRowVisitor& visit);
+    // The first card only, among those of the category that are not excluded from the direction:
+    // of the introduced ones by review block and then by next review, of the others by introduction
+    // order, and of the introduced ones by next review alone.
+    int SelectEarly(ReviewDirection direction, int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNew(ReviewDirection direction, int32_t categoryId, std::list<FlashCard>& cards);
+    int SelectNextDue(ReviewDirection direction, int32_t categoryId, std::list<FlashCard>& cards);
+    // Shows each introduced, not excluded card of the category whose stored next review lies before
+    // the limit, in that order and with its row id. The visitor must not use the Database.
+    int VisitReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& limit,
+                   const CardRowVisitor& visit);
     // Appends the schedules of at most so many cards whose row ids follow that one, which becomes
     // the last one read. Returns how many there were, or a negative value, which is not reported:
     // it serves a worker that reads all cards in small portions, between which others can write.
@@ -180,19 +165,52 @@ class Database : public Subject {
     // Counts.
     int CountAllCards(int32_t& count);
     int SelectCategoryIdCount(int32_t categoryId, int32_t& count);
-    int CountForward(int32_t categoryId, int32_t& count);
-    int CountReverse(int32_t categoryId, int32_t& count);
-    int CountIntroducedForward(int32_t categoryId, int32_t& count);
-    int CountIntroducedReverse(int32_t categoryId, int32_t& count);
+    // The cards of the category that are not excluded from the direction; those of them that are
+    // introduced; and those of these that are due.
+    int Count(ReviewDirection direction, int32_t categoryId, int32_t& count);
+    int CountIntroduced(ReviewDirection direction, int32_t categoryId, int32_t& count);
+    int CountReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& now,
+                   int32_t& count);
     int SelectCardIdCount(const CardUuid& id, int32_t& count);
-    int SelectReadyCountForward(int32_t categoryId, const wxDateTime& now, int32_t& count);
-    int SelectReadyCountReverse(int32_t categoryId, const wxDateTime& now, int32_t& count);
     // True also when the cards cannot be counted.
     bool IsEmpty();
     // True when the path leads to the file of the open store, under any name or link.
     bool IsStoreFile(const wxString& path);
     // The path of the file of the open store; empty on a closed Database.
     wxString GetPath() const;
+
+    // The operations above under a name for each direction.
+    using Cards = std::list<FlashCard>;
+    int SelectEarlyForward(int32_t id, Cards& cards) {
+        return SelectEarly(kReviewForward, id, cards);
+    }
+    int SelectEarlyReverse(int32_t id, Cards& cards) {
+        return SelectEarly(kReviewReverse, id, cards);
+    }
+    int SelectNewForward(int32_t id, Cards& cards) { return SelectNew(kReviewForward, id, cards); }
+    int SelectNewReverse(int32_t id, Cards& cards) { return SelectNew(kReviewReverse, id, cards); }
+    int SelectReadySortByNextReview(int32_t id, const wxDateTime& limit,
+                                    const CardRowVisitor& visit) {
+        return VisitReady(kReviewForward, id, limit, visit);
+    }
+    int SelectRReadySortByRNextReview(int32_t id, const wxDateTime& limit,
+                                      const CardRowVisitor& visit) {
+        return VisitReady(kReviewReverse, id, limit, visit);
+    }
+    int CountForward(int32_t id, int32_t& count) { return Count(kReviewForward, id, count); }
+    int CountReverse(int32_t id, int32_t& count) { return Count(kReviewReverse, id, count); }
+    int CountIntroducedForward(int32_t id, int32_t& count) {
+        return CountIntroduced(kReviewForward, id, count);
+    }
+    int CountIntroducedReverse(int32_t id, int32_t& count) {
+        return CountIntroduced(kReviewReverse, id, count);
+    }
+    int SelectReadyCountForward(int32_t id, const wxDateTime& now, int32_t& count) {
+        return CountReady(kReviewForward, id, now, count);
+    }
+    int SelectReadyCountReverse(int32_t id, const wxDateTime& now, int32_t& count) {
+        return CountReady(kReviewReverse, id, now, count);
+    }
 
     // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
@@ -237,10 +255,7 @@ class Database : public Subject {
     int GetLastErrorCode();
 
     // For StatementRun. GetStatement prepares a text once; when that fails the whole store closes.
-    sqlite3_stmt* GetStatement(const wxString& sql);
-    // Puts a new statement of the same text in the place of one that a change of the schema has
-    // outdated, and finalises that. Returns 0, or -1 with the old statement in its place.
-    int PrepareAnew(sqlite3_stmt*& statement);
+    sqlite3_stmt* GetStatement(std::string_view sql);
     // Marks the statement as used by that run, or as free with null. Returns -1 and changes nothing
     // when there is no statement or it is marked so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
@@ -249,24 +264,72 @@ class Database : public Subject {
     // Makes what changed since the last call survive a power cut. Called after each statement that
     // ended.
     void ConfirmChanges();
-    // Reports a failed step with the store's path and returns the step's negative result. While a
-    // store is being opened or tried nothing is reported.
-    int ReportStepFailure(sqlite3_stmt* statement, const char* label, int result);
+    // Reports a step that failed with that code of the engine, together with the store's path.
+    // While a store is being opened or tried nothing is reported. Returns the negative code of a
+    // lock or a misuse, detailed, and else -SQLITE_ERROR.
+    int ReportStepFailure(sqlite3_stmt* statement, const char* label, int code);
 
   private:
     friend class StoreChangeGroup;
     using Lock = std::lock_guard<std::recursive_mutex>;
 
-    // A statement member and the text that it is prepared from.
-    struct PreparedText {
-        sqlite3_stmt* Database::*Member;
-        const char* Head;
-        const char* Tail;
+    // The statements that are prepared when the store opens, named after the operations that run
+    // them and in the order of their preparation.
+    enum class StatementId : uint8_t {
+        kGetGlobal,
+        kInsertGlobal,
+        kUpdateGlobal,
+        kInsertFlashCard,
+        kUpdateFlashCard,
+        kDeleteCard,
+        kCardDeleteByRowId,
+        kCardUpdateCategory,
+        kUpdateFlashCardCategory,
+        kUnused,
+        kSelectCardByRowId,
+        kSelectCardById,
+        kSelectCardsByFrontBack,
+        kSelectEarly,
+        kSelectNew,
+        kSelectNextDue,
+        kVisitReady,
+        kSelectSchedules,
+        kSelectMaxErc,
+        kCountAllCards,
+        kSelectCategoryIdCount,
+        kCount,
+        kCountIntroduced,
+        kSelectCardIdCount,
+        kCountReady,
+        kSelectMaxIntroductionOrder,
+        kSelectRowIdById,
+        kSelectAllCategories,
+        kSelectCategoryById,
+        kSelectCategoryByName,
+        kCategoryInsert,
+        kUpdateCategory,
+        kDeleteCategory
     };
-    static const std::vector<PreparedText>& GlobalTexts();
-    static const std::vector<PreparedText>& CardTexts();
-    void Prepare(const std::vector<PreparedText>& texts);
-    void ForgetStatements(const std::vector<PreparedText>& texts);
+    // A text stands in two parts. A statement that serves one direction of study has another text
+    // for the reverse one.
+    struct StatementText {
+        StatementId Id;
+        const char* Head;
+        const char* Tails[2];
+    };
+    struct StatementKey {
+        StatementKey(StatementId id, ReviewDirection direction = kReviewForward)
+            : Id(id), IsReverse(direction == kReviewReverse) {}
+        StatementId Id;
+        bool IsReverse;
+    };
+    static const StatementText kStatementTexts[];
+    // Prepares the statements from the first to the last.
+    void Prepare(StatementId first, StatementId last);
+    void FinaliseStatements();
+    sqlite3_stmt* Prepared(const StatementKey& key) const {
+        return mPrepared[static_cast<size_t>(key.Id)][key.IsReverse ? 1 : 0];
+    }
 
     void CloseHandle();
     int ExecuteText(const wxString& sql);
@@ -298,14 +361,16 @@ class Database : public Subject {
 
     // Shapes that several operations share: a statement, and the arguments for its parameters.
     template <typename... Values>
-    int Run(sqlite3_stmt* statement, const char* label, const Values&... values) {
-        return StatementRun(*this, statement, values...).Step(label);
+    int Run(const StatementKey& key, const char* label, const Values&... values) {
+        const Lock lock(mMutex);
+        return StatementRun(*this, Prepared(key), values...).Step(label);
     }
     // The first number of the first row; a missing row is -1.
     template <typename... Values>
-    int SelectInt(sqlite3_stmt* statement, int32_t& value, const char* label,
+    int SelectInt(const StatementKey& key, int32_t& value, const char* label,
                   const Values&... values) {
-        StatementRun run(*this, statement, values...);
+        const Lock lock(mMutex);
+        StatementRun run(*this, Prepared(key), values...);
         const int result = run.Step(label);
         if (result < 0 || run.IsDone()) {
             return result < 0 ? result : -1;
@@ -313,14 +378,14 @@ class Database : public Subject {
         value = run.ColumnInt(0);
         return 0;
     }
-    template <typename... Values>
-    int SelectCards(sqlite3_stmt* statement, std::list<FlashCard>& cards, const Values&... values) {
-        StatementRun run(*this, statement, values...);
-        return ReadFlashCardRows(run, cards);
+    // Reads all rows, or the first, with one of the readers of rows.
+    template <typename Reader, typename Records, typename... Values>
+    int Read(const StatementKey& key, const Reader& reader, Records& records,
+             const Values&... values) {
+        const Lock lock(mMutex);
+        StatementRun run(*this, Prepared(key), values...);
+        return reader(run, records);
     }
-    int SelectFirstCard(sqlite3_stmt* statement, int32_t categoryId, std::list<FlashCard>& cards);
-    int VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
-                   const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label);
     int ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds);
     // The greatest number of rows that one statement of a group takes, none more than are left.
     size_t GroupSize(size_t left, size_t parametersPerRow) const;
@@ -334,7 +399,7 @@ class Database : public Subject {
     int ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     bool IsPatternTooLong(const wxString& pattern) const;
-    sqlite3_stmt* OrderedStatement(const wxString& selection, CardOrder order);
+    sqlite3_stmt* OrderedStatement(const std::string& selection, CardOrder order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.
     void KeepError();
 
@@ -347,7 +412,10 @@ class Database : public Subject {
     bool mTrying = false;
     bool mTryFailed = false;
     // Prepared texts. They live until the store closes.
-    std::map<wxString, sqlite3_stmt*> mStatements;
+    std::map<std::string, sqlite3_stmt*, std::less<>> mStatements;
+    // Those of them that have a StatementKey, the reverse one second.
+    std::array<std::array<sqlite3_stmt*, 2>, static_cast<size_t>(StatementId::kDeleteCategory) + 1>
+        mPrepared{};
     // Statements in use, with the run that uses each.
     std::map<sqlite3_stmt*, StatementRun*> mStatementsInUse;
     int mLastErrorCode = SQLITE_OK;
@@ -363,51 +431,6 @@ class Database : public Subject {
     int mConfirmedChanges = 0;
     int mChangeGroups = 0;
     mutable std::recursive_mutex mMutex;
-
-    // One statement for each fixed text, named after the operation that runs it.
-    sqlite3_stmt* mpGetGlobalStmt = nullptr;
-    sqlite3_stmt* mpInsertGlobalStmt = nullptr;
-    sqlite3_stmt* mpUpdateGlobalStmt = nullptr;
-    sqlite3_stmt* mpInsertFlashCardStmt = nullptr;
-    sqlite3_stmt* mpUpdateFlashCardStmt = nullptr;
-    sqlite3_stmt* mpDeleteCardStmt = nullptr;
-    sqlite3_stmt* mpCardDeleteByRowIdStmt = nullptr;
-    sqlite3_stmt* mpCardUpdateCategoryStmt = nullptr;
-    sqlite3_stmt* mpUpdateFlashCardCategoryStmt = nullptr;
-    sqlite3_stmt* mpDeleteAllCardsStmt = nullptr;
-    sqlite3_stmt* mpSelectAllCardsStmt = nullptr;
-    sqlite3_stmt* mpSelectAllCardsOrderStmt = nullptr;
-    sqlite3_stmt* mpSelectCardByRowIdStmt = nullptr;
-    sqlite3_stmt* mpSelectCardByIdStmt = nullptr;
-    sqlite3_stmt* mpSelectCardsByFrontBackStmt = nullptr;
-    sqlite3_stmt* mpSelectEarlyForwardStmt = nullptr;
-    sqlite3_stmt* mpSelectEarlyReverseStmt = nullptr;
-    sqlite3_stmt* mpSelectNewForwardStmt = nullptr;
-    sqlite3_stmt* mpSelectNewReverseStmt = nullptr;
-    sqlite3_stmt* mpSelectNextDueForwardStmt = nullptr;
-    sqlite3_stmt* mpSelectNextDueReverseStmt = nullptr;
-    sqlite3_stmt* mpSelectReadySortByNextReviewStmt = nullptr;
-    sqlite3_stmt* mpSelectRReadySortByRNextReviewStmt = nullptr;
-    sqlite3_stmt* mpSelectSchedulesStmt = nullptr;
-    sqlite3_stmt* mpSelectMaxErcForwardStmt = nullptr;
-    sqlite3_stmt* mpSelectMaxErcReverseStmt = nullptr;
-    sqlite3_stmt* mpCountAllCardsStmt = nullptr;
-    sqlite3_stmt* mpSelectCategoryIdCountStmt = nullptr;
-    sqlite3_stmt* mpCountForwardStmt = nullptr;
-    sqlite3_stmt* mpCountReverseStmt = nullptr;
-    sqlite3_stmt* mpCountIntroducedForwardStmt = nullptr;
-    sqlite3_stmt* mpCountIntroducedReverseStmt = nullptr;
-    sqlite3_stmt* mpSelectCardIdCountStmt = nullptr;
-    sqlite3_stmt* mpSelectReadyCountForwardStmt = nullptr;
-    sqlite3_stmt* mpSelectReadyCountReverseStmt = nullptr;
-    sqlite3_stmt* mpSelectMaxIntroductionOrderStmt = nullptr;
-    sqlite3_stmt* mpSelectRowIdByIdStmt = nullptr;
-    sqlite3_stmt* mpSelectAllCategoriesStmt = nullptr;
-    sqlite3_stmt* mpSelectCategoryByIdStmt = nullptr;
-    sqlite3_stmt* mpSelectCategoryByNameStmt = nullptr;
-    sqlite3_stmt* mpCategoryInsertStmt = nullptr;
-    sqlite3_stmt* mpUpdateCategoryStmt = nullptr;
-    sqlite3_stmt* mpDeleteCategoryStmt = nullptr;
 };
 
 // While one lives, changes of the store are confirmed together when the last one ends: each is

@@ -28,28 +28,23 @@ std::string Repeat(const std::string& text, size_t count) {
     return all;
 }
 
+int VisitRows(StatementRun& run, const char* label, const CardRowVisitor& visit) {
+    const CardRow row(run);
+    int result = run.Step(label);
+    for (; result == 0 && !run.IsDone(); result = run.Step(label)) {
+        visit(row);
+    }
+    return result;
+}
+
 }  // namespace
-
-wxDateTime ReadyRow::LastReview() const {
-    const int first = mReverse ? kReverseScheduleColumn : kForwardScheduleColumn;
-    return mRun.ColumnTime(first + kLastReviewOffset);
-}
-
-float ReadyRow::ReviewInterval() const {
-    const int first = mReverse ? kReverseScheduleColumn : kForwardScheduleColumn;
-    return static_cast<float>(mRun.ColumnDouble(first + kReviewIntervalOffset));
-}
-
-int64_t ReadyRow::RowId() const {
-    return mRun.ColumnInt64(kRowIdColumn);
-}
 
 int Database::InsertFlashCard(const FlashCard& card) {
     const Lock lock(mMutex);
     if (card.CardId.IsZero()) {
         return -1;
     }
-    StatementRun run(*this, mpInsertFlashCardStmt, card.CardId);
+    StatementRun run(*this, Prepared(StatementId::kInsertFlashCard), card.CardId);
     return BindCardFields(run, card) < 0 ? -1 : run.Step("InsertFlashCard");
 }
 
@@ -135,7 +130,7 @@ int Database::UpdateFlashCard(const FlashCard& card) {
 }
 
 int Database::WriteCard(const FlashCard& card) {
-    StatementRun run(*this, mpUpdateFlashCardStmt);
+    StatementRun run(*this, Prepared(StatementId::kUpdateFlashCard));
     const bool isBound = BindCardFields(run, card) == 0 && run.Bind(card.CardId) == 0;
     return isBound ? run.Step("UpdateFlashCard") : -1;
 }
@@ -143,7 +138,8 @@ int Database::WriteCard(const FlashCard& card) {
 int Database::LowerCardId(const CardUuid& id) {
     sqlite3_stmt* const statement =
         GetStatement("UPDATE OR IGNORE Cards SET CardId=LOWER(CardId) WHERE LOWER(CardId)=?;");
-    return Run(statement, "LowerCardId", id) < 0 ? -1 : sqlite3_changes(mpHandle);
+    StatementRun run(*this, statement, id);
+    return run.Step("LowerCardId") < 0 ? -1 : sqlite3_changes(mpHandle);
 }
 
 void Database::MendNextReviews() {
@@ -164,29 +160,24 @@ int Database::ResetErc() {
 }
 
 int Database::DeleteCard(const CardUuid& id) {
-    const Lock lock(mMutex);
     const wxString label = wxString::Format("Delete CardId: %s", FormatUuid(id));
-    return Run(mpDeleteCardStmt, label.utf8_str(), id);
+    return Run(StatementId::kDeleteCard, label.utf8_str(), id);
 }
 
 int Database::CardDeleteByRowId(int64_t rowId) {
-    const Lock lock(mMutex);
-    return Run(mpCardDeleteByRowIdStmt, "CardDeleteByRowId", rowId);
+    return Run(StatementId::kCardDeleteByRowId, "CardDeleteByRowId", rowId);
 }
 
 int Database::CardUpdateCategory(int64_t rowId, int32_t categoryId) {
-    const Lock lock(mMutex);
-    return Run(mpCardUpdateCategoryStmt, "CardUpdateCategory", categoryId, rowId);
+    return Run(StatementId::kCardUpdateCategory, "CardUpdateCategory", categoryId, rowId);
 }
 
 int Database::UpdateFlashCardCategory(int32_t fromId, int32_t toId) {
-    const Lock lock(mMutex);
-    return Run(mpUpdateFlashCardCategoryStmt, "UpdateFlashCardCategory", toId, fromId);
+    return Run(StatementId::kUpdateFlashCardCategory, "UpdateFlashCardCategory", toId, fromId);
 }
 
 int Database::SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectCards(mpSelectCardByRowIdStmt, cards, rowId);
+    return Read(StatementId::kSelectCardByRowId, ReadFlashCardRows, cards, rowId);
 }
 
 int Database::VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit) {
@@ -198,10 +189,7 @@ int Database::VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRo
         for (; begin < end; ++begin) {
             run.Bind(rowIds[begin]);
         }
-        int result = run.Step("VisitCardsByRowId");
-        for (; result == 0 && !run.IsDone(); result = run.Step("VisitCardsByRowId")) {
-            visit(CardRow(run));
-        }
+        const int result = VisitRows(run, "VisitCardsByRowId", visit);
         if (result < 0) {
             return result;
         }
@@ -210,85 +198,42 @@ int Database::VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRo
 }
 
 int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectCards(mpSelectCardByIdStmt, cards, id);
+    return Read(StatementId::kSelectCardById, ReadFlashCardRows, cards, id);
 }
 
 int Database::SelectCardsByFrontBack(const wxString& front, const wxString& back,
                                      std::list<FlashCard>& cards) {
+    return Read(StatementId::kSelectCardsByFrontBack, ReadFlashCardRows, cards, front, back);
+}
+
+int Database::SelectEarly(ReviewDirection direction, int32_t categoryId,
+                          std::list<FlashCard>& cards) {
+    return Read({StatementId::kSelectEarly, direction}, ReadFlashCardRow, cards, categoryId);
+}
+
+int Database::SelectNew(ReviewDirection direction, int32_t categoryId,
+                        std::list<FlashCard>& cards) {
+    return Read({StatementId::kSelectNew, direction}, ReadFlashCardRow, cards, categoryId);
+}
+
+int Database::SelectNextDue(ReviewDirection direction, int32_t categoryId,
+                            std::list<FlashCard>& cards) {
+    return Read({StatementId::kSelectNextDue, direction}, ReadFlashCardRow, cards, categoryId);
+}
+
+int Database::VisitReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& limit,
+                         const CardRowVisitor& visit) {
     const Lock lock(mMutex);
-    return SelectCards(mpSelectCardsByFrontBackStmt, cards, front, back);
-}
-
-int Database::SelectFirstCard(sqlite3_stmt* statement, int32_t categoryId,
-                              std::list<FlashCard>& cards) {
-    StatementRun run(*this, statement, categoryId);
-    return ReadFlashCardRow(run, cards);
-}
-
-int Database::SelectEarlyForward(int32_t categoryId, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectFirstCard(mpSelectEarlyForwardStmt, categoryId, cards);
-}
-
-int Database::SelectEarlyReverse(int32_t categoryId, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectFirstCard(mpSelectEarlyReverseStmt, categoryId, cards);
-}
-
-int Database::SelectNewForward(int32_t categoryId, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectFirstCard(mpSelectNewForwardStmt, categoryId, cards);
-}
-
-int Database::SelectNewReverse(int32_t categoryId, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectFirstCard(mpSelectNewReverseStmt, categoryId, cards);
-}
-
-int Database::SelectNextDueForward(int32_t categoryId, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectFirstCard(mpSelectNextDueForwardStmt, categoryId, cards);
-}
-
-int Database::SelectNextDueReverse(int32_t categoryId, std::list<FlashCard>& cards) {
-    const Lock lock(mMutex);
-    return SelectFirstCard(mpSelectNextDueReverseStmt, categoryId, cards);
-}
-
-int Database::VisitReady(sqlite3_stmt* statement, bool reverse, int32_t categoryId,
-                         const wxDateTime& limit, const ReadyRowVisitor& visit, const char* label) {
-    StatementRun run(*this, statement, categoryId, limit);
-    const ReadyRow row(run, reverse);
-    for (;;) {
-        const int result = run.Step(label);
-        if (result < 0) {
-            return result;
-        }
-        if (run.IsDone()) {
-            return 0;
-        }
-        visit(row);
-    }
-}
-
-int Database::SelectReadySortByNextReview(int32_t categoryId, const wxDateTime& limit,
-                                          const ReadyRowVisitor& visit) {
-    const Lock lock(mMutex);
-    return VisitReady(mpSelectReadySortByNextReviewStmt, false, categoryId, limit, visit,
-                      "SelectReadySortByNextReview");
-}
-
-int Database::SelectRReadySortByRNextReview(int32_t categoryId, const wxDateTime& limit,
-                                            const ReadyRowVisitor& visit) {
-    const Lock lock(mMutex);
-    return VisitReady(mpSelectRReadySortByRNextReviewStmt, true, categoryId, limit, visit,
-                      "SelectRReadySortByRNextReview");
+    StatementRun run(*this, Prepared({StatementId::kVisitReady, direction}), categoryId, limit);
+    return VisitRows(run,
+                     direction == kReviewReverse ? "SelectRReadySortByRNextReview"
+                                                 : "SelectReadySortByNextReview",
+                     visit);
 }
 
 int Database::SelectSchedules(int32_t most, int64_t& rowId, std::vector<CardSchedules>& cards) {
     const Lock lock(mMutex);
-    StatementRun run(*this, mpSelectSchedulesStmt, rowId, most);
+    StatementRun run(*this, Prepared(StatementId::kSelectSchedules), rowId, most);
     const auto readSide = [&run](int excluded, int first, CardSchedules::Side& side) {
         side.Excluded = run.ColumnInt(excluded) != 0;
         side.Introduced = run.ColumnInt(first) != 0;
@@ -313,67 +258,49 @@ int Database::SelectSchedules(int32_t most, int64_t& rowId, std::vector<CardSche
 
 int Database::SelectMaxErc(int32_t categoryId, int32_t& erc) {
     const Lock lock(mMutex);
-    std::list<FlashCard> forward;
-    std::list<FlashCard> reverse;
-    if (SelectFirstCard(mpSelectMaxErcForwardStmt, categoryId, forward) < 0 ||
-        SelectFirstCard(mpSelectMaxErcReverseStmt, categoryId, reverse) < 0) {
-        return -1;
+    int32_t greatest = 0;
+    for (const ReviewDirection direction : kEachDirection) {
+        std::list<FlashCard> cards;
+        if (Read({StatementId::kSelectMaxErc, direction}, ReadFlashCardRow, cards, categoryId) <
+            0) {
+            return -1;
+        }
+        for (const FlashCard& card : cards) {
+            greatest = std::max(greatest, ScheduleOf(card, direction).ERC);
+        }
     }
-    erc = 0;
-    if (!forward.empty() && forward.front().Forward.ERC >= 0) {
-        erc = forward.front().Forward.ERC;
-    }
-    if (!reverse.empty() && erc <= reverse.front().Reverse.ERC) {
-        erc = reverse.front().Reverse.ERC;
-    }
+    erc = greatest;
     return 0;
 }
 
 int Database::CountAllCards(int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpCountAllCardsStmt, count, "SelectInt");
+    return SelectInt(StatementId::kCountAllCards, count, "SelectInt");
 }
 
 int Database::SelectCategoryIdCount(int32_t categoryId, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpSelectCategoryIdCountStmt, count, "mpSelectCategoryIdCountStmt", categoryId);
+    return SelectInt(StatementId::kSelectCategoryIdCount, count, "mpSelectCategoryIdCountStmt",
+                     categoryId);
 }
 
-int Database::CountForward(int32_t categoryId, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpCountForwardStmt, count, "SelectIntBindInt", categoryId);
+int Database::Count(ReviewDirection direction, int32_t categoryId, int32_t& count) {
+    return SelectInt({StatementId::kCount, direction}, count, "SelectIntBindInt", categoryId);
 }
 
-int Database::CountReverse(int32_t categoryId, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpCountReverseStmt, count, "SelectIntBindInt", categoryId);
+int Database::CountIntroduced(ReviewDirection direction, int32_t categoryId, int32_t& count) {
+    return SelectInt({StatementId::kCountIntroduced, direction}, count, "SelectIntBindInt",
+                     categoryId);
 }
 
-int Database::CountIntroducedForward(int32_t categoryId, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpCountIntroducedForwardStmt, count, "SelectIntBindInt", categoryId);
-}
-
-int Database::CountIntroducedReverse(int32_t categoryId, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpCountIntroducedReverseStmt, count, "SelectIntBindInt", categoryId);
+int Database::CountReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& now,
+                         int32_t& count) {
+    return SelectInt(
+        {StatementId::kCountReady, direction}, count,
+        direction == kReviewReverse ? "SelectReadyCountReverse" : "SelectReadyCountForward",
+        categoryId, now);
 }
 
 int Database::SelectCardIdCount(const CardUuid& id, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpSelectCardIdCountStmt, count, "SelectCardIdCount", id);
-}
-
-int Database::SelectReadyCountForward(int32_t categoryId, const wxDateTime& now, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpSelectReadyCountForwardStmt, count, "SelectReadyCountForward", categoryId,
-                     now);
-}
-
-int Database::SelectReadyCountReverse(int32_t categoryId, const wxDateTime& now, int32_t& count) {
-    const Lock lock(mMutex);
-    return SelectInt(mpSelectReadyCountReverseStmt, count, "SelectReadyCountReverse", categoryId,
-                     now);
+    return SelectInt(StatementId::kSelectCardIdCount, count, "SelectCardIdCount", id);
 }
 
 bool Database::IsEmpty() {
@@ -382,12 +309,10 @@ bool Database::IsEmpty() {
 }
 
 int Database::SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order) {
-    const Lock lock(mMutex);
-    return SelectInt(mpSelectMaxIntroductionOrderStmt, order, "SelectIntBindInt", categoryId);
+    return SelectInt(StatementId::kSelectMaxIntroductionOrder, order, "SelectIntBindInt",
+                     categoryId);
 }
 
 int Database::SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds) {
-    const Lock lock(mMutex);
-    StatementRun run(*this, mpSelectRowIdByIdStmt, id);
-    return ReadInt64Rows(run, rowIds);
+    return Read(StatementId::kSelectRowIdById, ReadInt64Rows, rowIds, id);
 }

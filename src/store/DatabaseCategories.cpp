@@ -7,21 +7,15 @@
 #include "store/Database.h"
 
 int Database::SelectAllCategories(std::list<Category>& categories) {
-    const Lock lock(mMutex);
-    StatementRun run(*this, mpSelectAllCategoriesStmt);
-    return ReadCategoryRows(run, categories);
+    return Read(StatementId::kSelectAllCategories, ReadCategoryRows, categories);
 }
 
 int Database::SelectCategoryById(int32_t id, std::list<Category>& categories) {
-    const Lock lock(mMutex);
-    StatementRun run(*this, mpSelectCategoryByIdStmt, id);
-    return ReadCategoryRows(run, categories);
+    return Read(StatementId::kSelectCategoryById, ReadCategoryRows, categories, id);
 }
 
 int Database::SelectCategoryByName(const wxString& name, std::list<Category>& categories) {
-    const Lock lock(mMutex);
-    StatementRun run(*this, mpSelectCategoryByNameStmt, name);
-    return ReadCategoryRows(run, categories);
+    return Read(StatementId::kSelectCategoryByName, ReadCategoryRows, categories, name);
 }
 
 int Database::CategoryInsert(const wxString& name) {
@@ -42,12 +36,11 @@ int Database::CategoryInsert(const wxString& name) {
     if (UpdateFlashCardCategory(id, -1) < 0) {
         return -1;
     }
-    return Run(mpCategoryInsertStmt, "CategoryInsert", id, name);
+    return Run(StatementId::kCategoryInsert, "CategoryInsert", id, name);
 }
 
 int Database::UpdateCategory(const Category& category) {
-    const Lock lock(mMutex);
-    return Run(mpUpdateCategoryStmt, "UpdateCategory", category.Name, category.Id);
+    return Run(StatementId::kUpdateCategory, "UpdateCategory", category.Name, category.Id);
 }
 
 int Database::DeleteCategory(int32_t id) {
@@ -57,13 +50,13 @@ int Database::DeleteCategory(int32_t id) {
         return -1;
     }
     const wxString label = wxString::Format("Delete Category: %i", id);
-    return Run(mpDeleteCategoryStmt, label.utf8_str(), id);
+    return Run(StatementId::kDeleteCategory, label.utf8_str(), id);
 }
 
 int Database::GetGlobal(const wxString& key, std::list<wxString>& values) {
     const Lock lock(mMutex);
     values.clear();
-    StatementRun run(*this, mpGetGlobalStmt, key);
+    StatementRun run(*this, Prepared(StatementId::kGetGlobal), key);
     if (run.Step("SelectStringBindString") < 0) {
         return -1;
     }
@@ -98,8 +91,8 @@ int Database::SetGlobal(const wxString& key, const wxString& value) {
     }
     const wxString label =
         wxString::Format("%s Global: %s/%s", values.empty() ? "Insert" : "Update", key, value);
-    return values.empty() ? Run(mpInsertGlobalStmt, label.utf8_str(), key, value)
-                          : Run(mpUpdateGlobalStmt, label.utf8_str(), value, key);
+    return values.empty() ? Run(StatementId::kInsertGlobal, label.utf8_str(), key, value)
+                          : Run(StatementId::kUpdateGlobal, label.utf8_str(), value, key);
 }
 
 int Database::SetGlobalInt(const wxString& key, int32_t value) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 #include "base/Text.h"
 #include "base/Unicode.h"
@@ -38,11 +39,11 @@ constexpr OrderText kOrders[] = {
     {CardColumn::kRReviewInterval, "RIntroduced=0,RReviewInterval", ""},
 };
 
-wxString FormatOrder(CardOrder order) {
+std::string FormatOrder(CardOrder order) {
     const auto* const found =
         std::find_if(std::begin(kOrders), std::end(kOrders),
                      [&](const OrderText& text) { return text.Column == order.Column; });
-    return wxString(" ORDER BY ") + found->Expression + (order.Descending ? " DESC" : "") +
+    return std::string(" ORDER BY ") + found->Expression + (order.Descending ? " DESC" : "") +
            found->Tail + ";";
 }
 
@@ -54,7 +55,7 @@ bool Database::IsPatternTooLong(const wxString& pattern) const {
     return ToUtf8(pattern).length() > static_cast<size_t>(limit);
 }
 
-sqlite3_stmt* Database::OrderedStatement(const wxString& selection, CardOrder order) {
+sqlite3_stmt* Database::OrderedStatement(const std::string& selection, CardOrder order) {
     return IsOpen() ? GetStatement(selection + FormatOrder(order)) : nullptr;
 }
 
@@ -106,15 +107,15 @@ int Database::SearchRowIdsOrder(const wxString& text, CardOrder order,
     const Lock lock(mMutex);
     StatementRun run(
         *this,
-        OrderedStatement(wxString("SELECT ROWID FROM Cards WHERE ") + kSearchColumns, order));
+        OrderedStatement(std::string("SELECT ROWID FROM Cards WHERE ") + kSearchColumns, order));
     return ReadSearch(run, text, rowIds);
 }
 
 int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    const wxString selection =
-        wxString("SELECT ROWID FROM Cards WHERE CategoryId=? AND ") + kSearchColumns;
+    const std::string selection =
+        std::string("SELECT ROWID FROM Cards WHERE CategoryId=? AND ") + kSearchColumns;
     StatementRun run(*this, OrderedStatement(selection, order), categoryId);
     return ReadSearch(run, text, rowIds);
 }

@@ -244,7 +244,7 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
         (hasCards ? CheckCardTables() : CreateCardTables()) < 0 || BringToVersion(wait) < 0) {
         return -1;
     }
-    Prepare(CardTexts());
+    Prepare(StatementId::kInsertFlashCard, StatementId::kDeleteCategory);
     if (mpHandle == nullptr) {
         return -1;
     }
@@ -315,18 +315,10 @@ int Database::CheckCardTables() {
     if (IsCutOff(mpHandle)) {
         return -1;
     }
-    // Not through the cache: the schema may still change under these.
-    for (const PreparedText& text : CardTexts()) {
-        sqlite3_stmt* statement = nullptr;
-        const std::string sql = std::string(text.Head) + text.Tail;
-        const int result = sqlite3_prepare(mpHandle, sql.c_str(), -1, &statement, nullptr);
-        sqlite3_finalize(statement);
-        if (result != SQLITE_OK) {
-            KeepError();
-            return -1;
-        }
-    }
-    return 0;
+    Prepare(StatementId::kInsertFlashCard, StatementId::kDeleteCategory);
+    // They come again after those on the store-wide values, which come after an upgrade.
+    FinaliseStatements();
+    return mpHandle == nullptr ? -1 : 0;
 }
 
 int Database::CreateCardTables() {
@@ -350,7 +342,7 @@ int Database::BringToVersion(UpgradeWait& wait) {
     }
     std::list<int32_t> versions;
     if (hasGlobals) {
-        Prepare(GlobalTexts());
+        Prepare(StatementId::kGetGlobal, StatementId::kUpdateGlobal);
         if (GetGlobalInt(kVersionKey, versions) < 0) {
             return -1;
         }
@@ -364,7 +356,7 @@ int Database::BringToVersion(UpgradeWait& wait) {
     if (!hasGlobals && ExecuteText(kCreateGlobals) < 0) {
         return -1;
     }
-    Prepare(GlobalTexts());
+    Prepare(StatementId::kGetGlobal, StatementId::kUpdateGlobal);
     if (SetGlobalInt(kVersionKey, kSchemaVersion) < 0) {
         wxLogError("%s",
                    _("The selected flash card store file has been modified by a newer version "
@@ -382,7 +374,7 @@ int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     }
     // The windows behind the waiting one go on asking meanwhile. They find no statement, and the
     // mutex is free: joining takes the window library's own lock, which comes before ours.
-    ForgetStatements(GlobalTexts());
+    mPrepared = {};
     mMutex.unlock();
     wait.WaitFor(worker);
     worker.Wait();

@@ -1,5 +1,7 @@
 // Every statement that the store prepares when it opens.
 
+#include <iterator>
+
 #include "store/Database.h"
 #include "store/StoreSchema.h"
 
@@ -9,100 +11,81 @@ constexpr char kCountCards[] = "SELECT count(*) FROM Cards ";
 
 }  // namespace
 
-const std::vector<Database::PreparedText>& Database::GlobalTexts() {
-    static const std::vector<PreparedText> kTexts = {
-        {&Database::mpGetGlobalStmt, "", "SELECT Value FROM Globals WHERE Key=?;"},
-        {&Database::mpInsertGlobalStmt, "", "INSERT INTO Globals (Key,Value) VALUES (?,?);"},
-        {&Database::mpUpdateGlobalStmt, "", "UPDATE Globals SET Value=? WHERE Key=?;"},
-    };
-    return kTexts;
-}
+const Database::StatementText Database::kStatementTexts[] = {
+    {StatementId::kGetGlobal, "", "SELECT Value FROM Globals WHERE Key=?;"},
+    {StatementId::kInsertGlobal, "", "INSERT INTO Globals (Key,Value) VALUES (?,?);"},
+    {StatementId::kUpdateGlobal, "", "UPDATE Globals SET Value=? WHERE Key=?;"},
+    {StatementId::kInsertFlashCard, kInsertCards,
+     "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?);"},
+    {StatementId::kUpdateFlashCard, "UPDATE Cards SET ",
+     "Front=?,Back=?,CategoryId=?,Author=?,Chapter=?,IntroductionOrder=?,ForwardX=?,"
+     "ReverseX=?,Notes=?,Introduced=?,LastReview=?,LastScore=?,ReviewInterval=?,Difficulty=?,"
+     "NextReview=?,ERC=?,RIntroduced=?,RLastReview=?,RLastScore=?,RReviewInterval=?,"
+     "RDifficulty=?,RNextReview=?,RERC=?"
+     " WHERE CardId=?;"},
+    {StatementId::kDeleteCard, "", "DELETE FROM Cards WHERE CardId=?"},
+    {StatementId::kCardDeleteByRowId, "", "DELETE FROM Cards WHERE ROWID=?"},
+    {StatementId::kCardUpdateCategory, "", "UPDATE Cards SET CategoryId=? WHERE ROWID=?"},
+    {StatementId::kUpdateFlashCardCategory, "",
+     "UPDATE Cards SET CategoryId=? WHERE CategoryId=?;"},
+    // Nothing runs these three; a file on which they cannot be prepared is no store.
+    {StatementId::kUnused, "", "DELETE FROM Cards"},
+    {StatementId::kUnused, kSelectCards, ""},
+    {StatementId::kUnused, kSelectCards, "ORDER BY CategoryId, IntroductionOrder"},
+    {StatementId::kSelectCardByRowId, kSelectCards, "WHERE ROWID = ?"},
+    {StatementId::kSelectCardById, kSelectCards, "WHERE CardId = ?"},
+    {StatementId::kSelectCardsByFrontBack, kSelectCards, "WHERE Front = ? AND Back = ?"},
+    {StatementId::kSelectEarly, kSelectCards,
+     "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY ERC,NextReview",
+     "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 ORDER BY RERC,RNextReview"},
+    {StatementId::kSelectNew, kSelectCards,
+     "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 0 ORDER BY IntroductionOrder",
+     "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 0 ORDER BY IntroductionOrder"},
+    {StatementId::kSelectNextDue, kSelectCards,
+     "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY NextReview",
+     "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 ORDER BY RNextReview"},
+    {StatementId::kVisitReady, kSelectCardsAndRows,
+     "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 AND NextReview < ?"
+     " ORDER BY NextReview",
+     "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 AND RNextReview < ?"
+     " ORDER BY RNextReview"},
+    {StatementId::kSelectSchedules, "",
+     "SELECT ROWID, CardId, CategoryId, ForwardX, ReverseX, Introduced, LastReview,"
+     " ReviewInterval, Difficulty, RIntroduced, RLastReview, RReviewInterval, RDifficulty"
+     " FROM Cards WHERE ROWID > ? ORDER BY ROWID LIMIT ?"},
+    {StatementId::kSelectMaxErc, kSelectCards,
+     "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY ERC DESC",
+     "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 ORDER BY RERC DESC"},
+    {StatementId::kCountAllCards, kCountCards, ""},
+    {StatementId::kSelectCategoryIdCount, kCountCards, "WHERE CategoryId = ?"},
+    {StatementId::kCount, kCountCards, "WHERE CategoryId = ? AND ForwardX = 0",
+     "WHERE CategoryId = ? AND ReverseX = 0"},
+    {StatementId::kCountIntroduced, kCountCards,
+     "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1",
+     "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1"},
+    {StatementId::kSelectCardIdCount, kCountCards, "WHERE CardId = ?"},
+    {StatementId::kCountReady, kCountCards,
+     "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 AND NextReview < ?",
+     "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 AND RNextReview < ?"},
+    {StatementId::kSelectMaxIntroductionOrder, "",
+     "SELECT IntroductionOrder FROM Cards WHERE CategoryId = ?"
+     " ORDER BY IntroductionOrder DESC;"},
+    {StatementId::kSelectRowIdById, "", "SELECT ROWID from Cards WHERE CardId=?;"},
+    {StatementId::kSelectAllCategories, "", "SELECT Id, Name FROM Categories;"},
+    {StatementId::kSelectCategoryById, "", "SELECT Id, Name FROM Categories WHERE Id=?;"},
+    {StatementId::kSelectCategoryByName, "", "SELECT Id, Name FROM Categories WHERE Name=?;"},
+    {StatementId::kCategoryInsert, "", "INSERT INTO Categories (Id,Name) VALUES (?,?);"},
+    {StatementId::kUpdateCategory, "", "UPDATE Categories SET Name=? WHERE Id=?;"},
+    {StatementId::kDeleteCategory, "", "DELETE FROM Categories WHERE Id=?;"},
+};
 
-const std::vector<Database::PreparedText>& Database::CardTexts() {
-    static const std::vector<PreparedText> kTexts = {
-        {&Database::mpInsertFlashCardStmt, kInsertCards,
-         "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?);"},
-        {&Database::mpUpdateFlashCardStmt, "UPDATE Cards SET ",
-         "Front=?,Back=?,CategoryId=?,Author=?,Chapter=?,IntroductionOrder=?,ForwardX=?,"
-         "ReverseX=?,Notes=?,Introduced=?,LastReview=?,LastScore=?,ReviewInterval=?,Difficulty=?,"
-         "NextReview=?,ERC=?,RIntroduced=?,RLastReview=?,RLastScore=?,RReviewInterval=?,"
-         "RDifficulty=?,RNextReview=?,RERC=?"
-         " WHERE CardId=?;"},
-        {&Database::mpDeleteCardStmt, "", "DELETE FROM Cards WHERE CardId=?"},
-        {&Database::mpCardDeleteByRowIdStmt, "", "DELETE FROM Cards WHERE ROWID=?"},
-        {&Database::mpCardUpdateCategoryStmt, "", "UPDATE Cards SET CategoryId=? WHERE ROWID=?"},
-        {&Database::mpUpdateFlashCardCategoryStmt, "",
-         "UPDATE Cards SET CategoryId=? WHERE CategoryId=?;"},
-        // Nothing runs these three; a file on which they cannot be prepared is no store.
-        {&Database::mpDeleteAllCardsStmt, "", "DELETE FROM Cards"},
-        {&Database::mpSelectAllCardsStmt, kSelectCards, ""},
-        {&Database::mpSelectAllCardsOrderStmt, kSelectCards,
-         "ORDER BY CategoryId, IntroductionOrder"},
-        {&Database::mpSelectCardByRowIdStmt, kSelectCards, "WHERE ROWID = ?"},
-        {&Database::mpSelectCardByIdStmt, kSelectCards, "WHERE CardId = ?"},
-        {&Database::mpSelectCardsByFrontBackStmt, kSelectCards, "WHERE Front = ? AND Back = ?"},
-        {&Database::mpSelectEarlyForwardStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY ERC,NextReview"},
-        {&Database::mpSelectEarlyReverseStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 ORDER BY RERC,RNextReview"},
-        {&Database::mpSelectNewForwardStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 0 ORDER BY IntroductionOrder"},
-        {&Database::mpSelectNewReverseStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 0 ORDER BY IntroductionOrder"},
-        {&Database::mpSelectNextDueForwardStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY NextReview"},
-        {&Database::mpSelectNextDueReverseStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 ORDER BY RNextReview"},
-        {&Database::mpSelectReadySortByNextReviewStmt, kSelectCardsAndRows,
-         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 AND NextReview < ?"
-         " ORDER BY NextReview"},
-        {&Database::mpSelectRReadySortByRNextReviewStmt, kSelectCardsAndRows,
-         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 AND RNextReview < ?"
-         " ORDER BY RNextReview"},
-        {&Database::mpSelectSchedulesStmt, "",
-         "SELECT ROWID, CardId, CategoryId, ForwardX, ReverseX, Introduced, LastReview,"
-         " ReviewInterval, Difficulty, RIntroduced, RLastReview, RReviewInterval, RDifficulty"
-         " FROM Cards WHERE ROWID > ? ORDER BY ROWID LIMIT ?"},
-        {&Database::mpSelectMaxErcForwardStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 ORDER BY ERC DESC"},
-        {&Database::mpSelectMaxErcReverseStmt, kSelectCards,
-         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 ORDER BY RERC DESC"},
-        {&Database::mpCountAllCardsStmt, kCountCards, ""},
-        {&Database::mpSelectCategoryIdCountStmt, kCountCards, "WHERE CategoryId = ?"},
-        {&Database::mpCountForwardStmt, kCountCards, "WHERE CategoryId = ? AND ForwardX = 0"},
-        {&Database::mpCountReverseStmt, kCountCards, "WHERE CategoryId = ? AND ReverseX = 0"},
-        {&Database::mpCountIntroducedForwardStmt, kCountCards,
-         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1"},
-        {&Database::mpCountIntroducedReverseStmt, kCountCards,
-         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1"},
-        {&Database::mpSelectCardIdCountStmt, kCountCards, "WHERE CardId = ?"},
-        {&Database::mpSelectReadyCountForwardStmt, kCountCards,
-         "WHERE CategoryId = ? AND ForwardX = 0 AND  Introduced = 1 AND NextReview < ?"},
-        {&Database::mpSelectReadyCountReverseStmt, kCountCards,
-         "WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1 AND RNextReview < ?"},
-        {&Database::mpSelectMaxIntroductionOrderStmt, "",
-         "SELECT IntroductionOrder FROM Cards WHERE CategoryId = ?"
-         " ORDER BY IntroductionOrder DESC;"},
-        {&Database::mpSelectRowIdByIdStmt, "", "SELECT ROWID from Cards WHERE CardId=?;"},
-        {&Database::mpSelectAllCategoriesStmt, "", "SELECT Id, Name FROM Categories;"},
-        {&Database::mpSelectCategoryByIdStmt, "", "SELECT Id, Name FROM Categories WHERE Id=?;"},
-        {&Database::mpSelectCategoryByNameStmt, "",
-         "SELECT Id, Name FROM Categories WHERE Name=?;"},
-        {&Database::mpCategoryInsertStmt, "", "INSERT INTO Categories (Id,Name) VALUES (?,?);"},
-        {&Database::mpUpdateCategoryStmt, "", "UPDATE Categories SET Name=? WHERE Id=?;"},
-        {&Database::mpDeleteCategoryStmt, "", "DELETE FROM Categories WHERE Id=?;"},
-    };
-    return kTexts;
-}
-
-void Database::Prepare(const std::vector<PreparedText>& texts) {
-    for (const PreparedText& text : texts) {
-        this->*text.Member = GetStatement(wxString(text.Head) + text.Tail);
-    }
-}
-
-void Database::ForgetStatements(const std::vector<PreparedText>& texts) {
-    for (const PreparedText& text : texts) {
-        this->*text.Member = nullptr;
+void Database::Prepare(StatementId first, StatementId last) {
+    for (const StatementText& text : kStatementTexts) {
+        for (size_t i = 0; i < std::size(text.Tails); ++i) {
+            if (text.Id >= first && text.Id <= last && text.Tails[i] != nullptr) {
+                mPrepared[static_cast<size_t>(text.Id)][i] =
+                    GetStatement(std::string(text.Head) + text.Tails[i]);
+            }
+        }
     }
 }

@@ -26,6 +26,7 @@ enum ReviewDirection : int {
     // The back is shown, the front to be recalled.
     kReviewReverse = 2
 };
+constexpr ReviewDirection kEachDirection[] = {kReviewForward, kReviewReverse};
 
 // When a card is to come back in one direction of study. A flat record: the history saves and
 // restores it as a block.

@@ -3,42 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <utility>
 
 #include "base/Time.h"
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
 
-namespace {
-
-// Gives a bound value to the engine; the result is the engine's.
-struct Binder {
-    sqlite3_stmt* Statement;
-    int Index;
-
-    int operator()(int32_t value) const { return sqlite3_bind_int(Statement, Index, value); }
-    int operator()(int64_t value) const { return sqlite3_bind_int64(Statement, Index, value); }
-    int operator()(double value) const { return sqlite3_bind_double(Statement, Index, value); }
-    int operator()(const std::string& text) const {
-        if (text.length() > static_cast<size_t>(std::numeric_limits<int>::max())) {
-            return SQLITE_TOOBIG;
-        }
-        // The length is given, so that a text with a NUL in it is stored whole.
-        return sqlite3_bind_text(Statement, Index, text.data(), static_cast<int>(text.length()),
-                                 SQLITE_STATIC);
-    }
-};
-
-}  // namespace
-
-StatementRun::StatementRun(Database& database, sqlite3_stmt* statement, NoArguments)
-    : mDatabase(database), mpStatement(statement) {
-    if (mDatabase.MarkStatement(mpStatement, this) != 0) {
-        mpStatement = nullptr;
-        return;
-    }
-    mBound.reserve(static_cast<size_t>(sqlite3_bind_parameter_count(mpStatement)));
+sqlite3_stmt* StatementRun::Mark(sqlite3_stmt* statement) {
+    return mDatabase.MarkStatement(statement, this) == 0 ? statement : nullptr;
 }
 
 StatementRun::~StatementRun() {
@@ -49,45 +21,55 @@ void StatementRun::Release() {
     if (mpStatement != nullptr) {
         // The result repeats that of the last step, which was looked at there.
         sqlite3_reset(mpStatement);
-        // The texts are about to go.
+        // Else the texts of a large group would stay until the next one.
         sqlite3_clear_bindings(mpStatement);
         mDatabase.MarkStatement(mpStatement, nullptr);
         mpStatement = nullptr;
     }
 }
 
-bool StatementRun::Append(BoundValue value) {
-    if (mBound.size() == mBound.capacity()) {
-        // No parameter is left, or there is no statement.
+bool StatementRun::IsBound(int result) {
+    if (result != SQLITE_OK) {
         Release();
-        return false;
     }
-    mBound.push_back(std::move(value));
-    if (std::visit(Binder{mpStatement, static_cast<int>(mBound.size())}, mBound.back()) !=
-        SQLITE_OK) {
-        Release();
-        return false;
-    }
-    return true;
+    return result == SQLITE_OK;
 }
 
-StatementRun::BoundValue StatementRun::ValueOf(const wxString& text) {
-    return ToUtf8(text);
+bool StatementRun::BindNext(int32_t value) {
+    return IsBound(sqlite3_bind_int(mpStatement, ++mBound, value));
 }
 
-StatementRun::BoundValue StatementRun::ValueOf(const wxDateTime& time) {
+bool StatementRun::BindNext(int64_t value) {
+    return IsBound(sqlite3_bind_int64(mpStatement, ++mBound, value));
+}
+
+bool StatementRun::BindNext(double value) {
+    return IsBound(sqlite3_bind_double(mpStatement, ++mBound, value));
+}
+
+// The length is given, so that a text with a NUL in it is stored whole.
+bool StatementRun::BindUtf8(std::string_view text) {
+    return IsBound(sqlite3_bind_text64(mpStatement, ++mBound, text.data(), text.length(),
+                                       SQLITE_TRANSIENT, SQLITE_UTF8));
+}
+
+bool StatementRun::BindNext(const wxString& text) {
+    return BindUtf8(ToUtf8(text));
+}
+
+bool StatementRun::BindNext(const wxDateTime& time) {
     constexpr int64_t kNoTime = -1;
     if (!time.IsValid()) {
-        return kNoTime;
+        return BindNext(kNoTime);
     }
     const int64_t milliseconds = time.GetValue().GetValue();
     const int64_t seconds = milliseconds / 1000;
-    return milliseconds >= 0 && seconds <= kLastTimeStamp ? seconds : kNoTime;
+    return BindNext(milliseconds >= 0 && seconds <= kLastTimeStamp ? seconds : kNoTime);
 }
 
-StatementRun::BoundValue StatementRun::ValueOf(const CardUuid& uuid) {
+bool StatementRun::BindNext(const CardUuid& uuid) {
     const std::array<char, 36> text = UuidText(uuid);
-    return std::string(text.data(), text.size());
+    return BindUtf8({text.data(), text.size()});
 }
 
 int StatementRun::Step(const char* label) {
@@ -100,10 +82,7 @@ int StatementRun::Step(const char* label) {
             return -1;
         }
     }
-    int result = sqlite3_step(mpStatement);
-    if ((result & 0xFF) == SQLITE_ERROR && PrepareAnew()) {
-        result = sqlite3_step(mpStatement);
-    }
+    const int result = sqlite3_step(mpStatement);
     mHasStepped = true;
     switch (result & 0xFF) {
         case SQLITE_DONE:
@@ -116,19 +95,6 @@ int StatementRun::Step(const char* label) {
         default:
             return mDatabase.ReportStepFailure(mpStatement, label, result);
     }
-}
-
-bool StatementRun::PrepareAnew() {
-    // Rows that were handed out already must not come again. The engine does not ask for it either:
-    // while a statement reads, nobody else changes the file.
-    if (mHasStepped || (sqlite3_reset(mpStatement) & 0xFF) != SQLITE_SCHEMA ||
-        mDatabase.PrepareAnew(mpStatement) != 0) {
-        return false;
-    }
-    int index = 0;
-    return std::all_of(mBound.begin(), mBound.end(), [&](const BoundValue& value) {
-        return std::visit(Binder{mpStatement, ++index}, value) == SQLITE_OK;
-    });
 }
 
 int32_t StatementRun::ColumnInt(int index) const {

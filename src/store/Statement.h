@@ -5,10 +5,7 @@
 #include <wx/string.h>
 
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <variant>
-#include <vector>
 
 class CardUuid;
 class Database;
@@ -22,16 +19,12 @@ class Database;
 // stepped for one row only is ready again at once. A run on a statement that is in use already, or
 // with an argument that cannot be bound, has no handle, and each of its operations fails
 // harmlessly.
-//
-// When another program has changed the schema of the file (VACUUM, CREATE INDEX), the engine
-// refuses the first step of every statement prepared before. The run then has the statement
-// prepared anew, once, binds the same arguments and steps again.
 class StatementRun {
   public:
     // The arguments are those of Bind.
     template <typename... Values>
     StatementRun(Database& database, sqlite3_stmt* statement, const Values&... values)
-        : StatementRun(database, statement, NoArguments()) {
+        : mDatabase(database), mpStatement(Mark(statement)) {
         Bind(values...);
     }
     ~StatementRun();
@@ -43,7 +36,7 @@ class StatementRun {
     // 0 or -1.
     template <typename... Values>
     int Bind(const Values&... values) {
-        return (Append(ValueOf(values)) && ...) ? 0 : -1;
+        return (BindNext(values) && ...) ? 0 : -1;
     }
 
     // Runs to the next row or to the end: 0 in both cases, and IsDone tells which. The label names
@@ -70,31 +63,26 @@ class StatementRun {
     int ColumnUuid(int index, CardUuid& uuid) const;
 
   private:
-    using BoundValue = std::variant<int32_t, int64_t, double, std::string>;
-    struct NoArguments {};
-
-    StatementRun(Database& database, sqlite3_stmt* statement, NoArguments);
-
-    static BoundValue ValueOf(int32_t value) { return value; }
-    static BoundValue ValueOf(int64_t value) { return value; }
-    static BoundValue ValueOf(double value) { return value; }
-    static BoundValue ValueOf(const wxString& text);
-    static BoundValue ValueOf(const wxDateTime& time);
-    static BoundValue ValueOf(const CardUuid& uuid);
-
-    // Binds the next parameter. False, with the handle given up, when the engine refuses.
-    bool Append(BoundValue value);
+    // Returns the statement, or null where it is in use already.
+    sqlite3_stmt* Mark(sqlite3_stmt* statement);
     void Release();
-    // After a failed step: true when the statement was outdated and is ready to be stepped again.
-    bool PrepareAnew();
+
+    bool BindNext(int32_t value);
+    bool BindNext(int64_t value);
+    bool BindNext(double value);
+    bool BindNext(const wxString& text);
+    bool BindNext(const wxDateTime& time);
+    bool BindNext(const CardUuid& uuid);
+    bool BindUtf8(std::string_view text);
+    // False, with the statement given up, when the engine's result of a bind is an error.
+    bool IsBound(int result);
 
     Database& mDatabase;
     sqlite3_stmt* mpStatement;
     bool mDone = false;
     bool mHasStepped = false;
-    // What is bound so far. The engine reads the texts from here, so the room for all of them is
-    // made before the first.
-    std::vector<BoundValue> mBound;
+    // How many arguments were bound so far.
+    int mBound = 0;
 };
 
 // Keeps the store's file locked for reading while it lives. Operations in a row then need not lock

@@ -177,17 +177,13 @@ void LearningProgress::ShowCounts(Database& database, const Clock& clock) {
     database.SelectCategoryIdCount(mCategoryId, total);
     SetNumber(*mpTotalText, total);
 
-    Counts forward;
-    database.CountForward(mCategoryId, forward.NotExcluded);
-    database.CountIntroducedForward(mCategoryId, forward.Introduced);
-    database.SelectReadyCountForward(mCategoryId, clock.Now(), forward.Ready);
-    ShowDirection(total, forward, ForwardTexts());
-
-    Counts reverse;
-    database.CountReverse(mCategoryId, reverse.NotExcluded);
-    database.CountIntroducedReverse(mCategoryId, reverse.Introduced);
-    database.SelectReadyCountReverse(mCategoryId, clock.Now(), reverse.Ready);
-    ShowDirection(total, reverse, ReverseTexts());
+    for (const ReviewDirection direction : kEachDirection) {
+        Counts counts;
+        database.Count(direction, mCategoryId, counts.NotExcluded);
+        database.CountIntroduced(direction, mCategoryId, counts.Introduced);
+        database.CountReady(direction, mCategoryId, clock.Now(), counts.Ready);
+        ShowDirection(total, counts, direction == kReviewForward ? ForwardTexts() : ReverseTexts());
+    }
 }
 
 void LearningProgress::ShowDirection(int32_t total, const Counts& counts,
