@@ -341,7 +341,6 @@ class Database : public Subject {
     int OpenHandle(const wxString& file);
     void OpenDirectory();
     int CheckSchema();
-    int CheckSchemaTexts();
     int FindTable(const char* sql, bool& found);
     // A file whose tables cannot serve the store is left as it is.
     int CheckCardTables();

@@ -1,222 +1,130 @@
-// Which of the CREATE texts in a store file's schema this program can live with.
+// Whether this program can live with the schema of a store file.
 //
-// A text is cut into tokens as the engine cuts it, so that a word in a comment, a name or a literal
-// is not taken for one of the language, and none of the language is missed. Then the few places are
-// looked at where an expression may stand. For the index
+// The engine has read the schema already, so it is asked what it made of it:
 //
-//     CREATE INDEX Mine ON Cards("Front" COLLATE NOCASE DESC, Back)
+//     pragma_table_xinfo                     generated columns, names of columns, default values
+//     pragma_index_list, pragma_index_xinfo  partial indexes and those on expressions
+//     an authorizer                          whether a default value calls a function
+//     EXPLAIN                                whether a write obeys a CHECK or an ON CONFLICT
 //
-// the tokens in parentheses are names with an order each, and nothing will be computed; a function,
-// an operator, CASE or a WHERE behind the parenthesis does not fit.
+// No pragma tells of CHECK and ON CONFLICT. They show in the engine's program for a write: it is
+// another one when checks are ignored and the write brings a conflict rule of its own.
 
 #include "store/StoreSchema.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace {
 
-// The columns of all indexes on the program's tables together, of which its own have 28, and the
-// length of the text of a table, of which its own have 900 characters: each change of a card is
-// written to each index, and each literal default into each new row.
-constexpr int kMostIndexColumns = 100;
-constexpr size_t kLongestTable = 16384;
+// Written as calls, these functions of the engine cannot be replaced by tables of the file: the
+// engine then refuses the call.
+const std::string kOurs =
+    "WITH Ours(name) AS (VALUES ('Cards'),('Categories'),('Globals')),"
+    " Columns AS (SELECT c.* FROM Ours, pragma_table_xinfo(Ours.name) AS c),"
+    " Indexes AS (SELECT i.* FROM Ours, pragma_index_list(Ours.name) AS i),"
+    " Keys AS (SELECT k.* FROM Indexes, pragma_index_xinfo(Indexes.name) AS k WHERE k.key) ";
 
-struct Token {
-    enum Kind { kWord, kQuoted, kSymbol };
-    Kind What;
-    // In capitals, and without its quotes.
-    std::string Text;
+// What must not be. A column with a name of the engine's own for the row id would hide the row id.
+// Each change of a card is written to each index, and each default value into each new row: the
+// indexes of this program's own tables have 31 columns together, and there are no default values.
+const std::string kSelectUnfit =
+    kOurs +
+    "SELECT name FROM Columns"
+    " WHERE hidden OR name COLLATE NOCASE IN ('rowid','oid','_rowid_')"
+    " UNION ALL SELECT name FROM Indexes WHERE partial"
+    " UNION ALL SELECT 'an expression' FROM Keys WHERE cid = -2"
+    " UNION ALL SELECT 'many indexes' WHERE (SELECT count(*) FROM Keys) > 100"
+    " UNION ALL SELECT 'long values'"
+    " WHERE (SELECT sum(length(dflt_value)) FROM Columns) > 16384;";
+const std::string kSelectDefaults =
+    kOurs + "SELECT dflt_value FROM Columns WHERE dflt_value NOT NULL;";
+const std::string kSelectTables =
+    kOurs + "SELECT name FROM Ours WHERE EXISTS (SELECT 1 FROM pragma_table_xinfo(Ours.name));";
+// Only a text with one of these words, be it in a comment, can have a rule for writes. A plain
+// store is thus never refused by an engine whose programs have another form.
+constexpr char kSelectRuleWords[] =
+    "SELECT 1 FROM sqlite_master WHERE CAST(sql AS TEXT) LIKE '%CHECK%'"
+    " OR CAST(sql AS TEXT) LIKE '%CONFLICT%' LIMIT 1;";
+
+using Rows = std::vector<std::string>;
+
+struct FinalizeStatement {
+    void operator()(sqlite3_stmt* statement) const {
+        // The result repeats that of the last step.
+        sqlite3_finalize(statement);
+    }
 };
+using StatementPointer = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
-char ToUpper(char character) {
-    return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A')
-                                                : character;
+// Null where the engine refuses.
+StatementPointer Compile(sqlite3* handle, const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    const int result = sqlite3_prepare_v2(handle, sql.c_str(), -1, &statement, nullptr);
+    return StatementPointer(result == SQLITE_OK ? statement : nullptr);
 }
 
-bool IsSpace(char character) {
-    return character != '\0' &&
-           std::string_view(" \t\n\f\r").find(character) != std::string_view::npos;
-}
-
-// Numbers are words here too. Every character past ASCII belongs to a word.
-bool IsWord(char character) {
-    const char upper = ToUpper(character);
-    return (upper >= 'A' && upper <= 'Z') || (character >= '0' && character <= '9') ||
-           character == '_' || character == '$' || static_cast<unsigned char>(character) >= 0x80;
-}
-
-// The end of a comment that begins at a place, or the place itself where none does.
-size_t SkipComment(std::string_view sql, size_t begin) {
-    const std::string_view opening = sql.substr(begin, 2);
-    if (opening != "--" && opening != "/*") {
-        return begin;
-    }
-    const std::string_view closing = opening == "--" ? "\n" : "*/";
-    const size_t end = sql.find(closing, begin + 2);
-    return end == std::string_view::npos ? sql.length() : end + closing.length();
-}
-
-// Reads a quoted text from its opening quote on, and moves the place behind it. A doubled quote
-// stands for itself, except in brackets.
-std::string TakeQuoted(std::string_view sql, size_t& place) {
-    const char closing = sql[place] == '[' ? ']' : sql[place];
-    std::string text;
-    for (++place; place < sql.length(); ++place) {
-        if (sql[place] == closing) {
-            const bool isDoubled =
-                closing != ']' && sql.substr(place + 1, 1) == sql.substr(place, 1);
-            if (!isDoubled) {
-                break;
-            }
-            ++place;
-        }
-        text += ToUpper(sql[place]);
-    }
-    place = std::min(place + 1, sql.length());
-    return text;
-}
-
-// Moves the place behind white space and comments. A byte order mark counts as space in front of a
-// token, and as a letter inside of a word.
-void SkipSpace(std::string_view sql, size_t& place) {
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";
-    for (size_t before = sql.length() + 1; before != place;) {
-        before = place;
-        place = SkipComment(sql, place);
-        if (place < sql.length() && IsSpace(sql[place])) {
-            ++place;
-        } else if (sql.substr(place, kMark.length()) == kMark) {
-            place += kMark.length();
+// Appends the rows of an answer; each text in a row ends with a line break.
+bool Ask(sqlite3* handle, const std::string& sql, Rows& rows) {
+    // The eighth column of a program is a remark.
+    constexpr int kMostColumns = 7;
+    const StatementPointer statement = Compile(handle, sql);
+    int result = SQLITE_ERROR;
+    while (statement != nullptr && (result = sqlite3_step(statement.get())) == SQLITE_ROW) {
+        std::string& row = rows.emplace_back();
+        for (int i = 0; i < std::min(sqlite3_column_count(statement.get()), kMostColumns); ++i) {
+            const unsigned char* const text = sqlite3_column_text(statement.get(), i);
+            row.append(text == nullptr ? "" : reinterpret_cast<const char*>(text)).append("\n");
         }
     }
+    return result == SQLITE_DONE;
 }
 
-std::vector<Token> Tokenise(std::string_view sql) {
-    std::vector<Token> tokens;
-    size_t place = 0;
-    for (SkipSpace(sql, place); place < sql.length(); SkipSpace(sql, place)) {
-        const char first = sql[place];
-        if (std::string_view("'\"`[").find(first) != std::string_view::npos) {
-            tokens.push_back({Token::kQuoted, TakeQuoted(sql, place)});
-        } else if (IsWord(first)) {
-            std::string word;
-            for (; place < sql.length() && IsWord(sql[place]); ++place) {
-                word += ToUpper(sql[place]);
-            }
-            tokens.push_back({Token::kWord, std::move(word)});
-        } else {
-            tokens.push_back({Token::kSymbol, std::string(1, first)});
-            ++place;
-        }
-    }
-    return tokens;
+// What the engine asks while it compiles a SELECT. The time of a row is no function of its text.
+int AllowLiteral(void*, int action, const char*, const char* function, const char*, const char*) {
+    const bool isTime = action == SQLITE_FUNCTION &&
+                        std::strncmp(function, "current_", std::strlen("current_")) == 0;
+    return action == SQLITE_SELECT || isTime ? SQLITE_OK : SQLITE_DENY;
 }
 
-// Reads the tokens of one text from left to right.
-class Tokens {
-  public:
-    explicit Tokens(std::string_view sql) : mTokens(Tokenise(sql)) {}
-
-    bool IsAtEnd() const { return mPlace == mTokens.size(); }
-    // Each passes over the token if it is the one that was asked for.
-    bool Take(const char* wordOrSymbol) {
-        const bool fits = !IsAtEnd() && mTokens[mPlace].What != Token::kQuoted &&
-                          mTokens[mPlace].Text == wordOrSymbol;
-        mPlace += fits ? 1 : 0;
-        return fits;
-    }
-    bool TakeName(std::string& name) {
-        if (IsAtEnd() || mTokens[mPlace].What == Token::kSymbol) {
-            return false;
-        }
-        name = mTokens[mPlace++].Text;
-        return true;
-    }
-    void Skip() { ++mPlace; }
-
-  private:
-    std::vector<Token> mTokens;
-    size_t mPlace = 0;
-};
-
-bool IsOurTable(const std::string& name) {
-    return name == "CARDS" || name == "CATEGORIES" || name == "GLOBALS";
+bool AreLiterals(sqlite3* handle, const Rows& values) {
+    sqlite3_set_authorizer(handle, AllowLiteral, nullptr);
+    const bool areLiterals =
+        std::all_of(values.begin(), values.end(), [handle](const std::string& value) {
+            return Compile(handle, "SELECT (" + value + ")") != nullptr;
+        });
+    sqlite3_set_authorizer(handle, nullptr, nullptr);
+    return areLiterals;
 }
 
-// Behind CREATE TABLE. Expressions stand in checks, in generated columns and in defaults in
-// parentheses; a conflict clause makes a score replace other cards without a word.
-bool IsPlainTable(Tokens& tokens, size_t length) {
-    std::string name;
-    // The engine itself stores no other form, such as IF NOT EXISTS.
-    if (!tokens.TakeName(name) || !tokens.Take("(")) {
-        return false;
-    }
-    if (!IsOurTable(name)) {
-        return true;
-    }
-    while (!tokens.IsAtEnd()) {
-        if (tokens.Take("AS") || tokens.Take("CHECK") || tokens.Take("CONFLICT")) {
-            return false;
-        }
-        if (!tokens.Take("DEFAULT")) {
-            tokens.Skip();
-        } else if (tokens.Take("(")) {
-            return false;
-        }
-    }
-    return length <= kLongestTable;
-}
-
-// Behind CREATE INDEX; counts the columns of one on a table of ours.
-bool IsPlainIndex(Tokens& tokens, int& columns) {
-    std::string name;
-    std::string table;
-    if (!tokens.TakeName(name) || !tokens.Take("ON") || !tokens.TakeName(table) ||
-        !tokens.Take("(")) {
-        return false;
-    }
-    if (!IsOurTable(table)) {
-        return true;
-    }
-    do {
-        std::string column;
-        if (!tokens.TakeName(column) || (tokens.Take("COLLATE") && !tokens.TakeName(column))) {
-            return false;
-        }
-        if (!tokens.Take("ASC")) {
-            tokens.Take("DESC");
-        }
-        ++columns;
-    } while (tokens.Take(","));
-    return tokens.Take(")") && tokens.IsAtEnd();
-}
-
-// Behind CREATE VIEW and CREATE VIRTUAL TABLE: harmless under another name than ours.
-bool HasForeignName(Tokens& tokens) {
-    std::string name;
-    return tokens.TakeName(name) && !IsOurTable(name) && !tokens.Take("NOT");
+// Appends the program that writes all columns of each table. There is none for a view or a virtual
+// table, whose use is switched off.
+bool ExplainWrites(sqlite3* handle, const std::string& insert, const Rows& tables, Rows& program) {
+    return std::all_of(tables.begin(), tables.end(), [&](const std::string& table) {
+        return Ask(handle, "EXPLAIN " + insert + " INTO " + table + "SELECT * FROM " + table,
+                   program);
+    });
 }
 
 }  // namespace
 
-bool SchemaReview::Accepts(std::string_view sql) {
-    Tokens tokens(sql);
-    if (!tokens.Take("CREATE")) {
+bool IsPlainSchema(sqlite3* handle) {
+    Rows unfit;
+    Rows defaults;
+    Rows tables;
+    Rows program;
+    if (!Ask(handle, kSelectUnfit, unfit) || !unfit.empty() ||
+        !Ask(handle, kSelectDefaults, defaults) || !AreLiterals(handle, defaults) ||
+        !Ask(handle, kSelectTables, tables) || !ExplainWrites(handle, "INSERT", tables, program)) {
         return false;
     }
-    if (tokens.Take("TRIGGER")) {
-        return true;
-    }
-    if (tokens.Take("VIEW") || (tokens.Take("VIRTUAL") && tokens.Take("TABLE"))) {
-        return HasForeignName(tokens);
-    }
-    if (tokens.Take("TABLE")) {
-        return IsPlainTable(tokens, sql.length());
-    }
-    tokens.Take("UNIQUE");
-    return tokens.Take("INDEX") && IsPlainIndex(tokens, mIndexColumns) &&
-           mIndexColumns <= kMostIndexColumns;
+    Rows words;
+    Rows without;
+    return Ask(handle, kSelectRuleWords, words) &&
+           (words.empty() ||
+            (Ask(handle, "PRAGMA ignore_check_constraints = 1", without) &&
+             ExplainWrites(handle, "INSERT OR ABORT", tables, without) && program == without));
 }

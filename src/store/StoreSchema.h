@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string_view>
+#include <sqlite3.h>
 
 // The texts of the store file's tables and indexes. Files are shared with other versions of the
 // program, so every column stays, also those that nothing here reads.
@@ -93,9 +93,6 @@ constexpr const char* kCardIndexes[] = {
     "CategoryId,IntroductionOrder",
 };
 
-// Every text of the schema that a file has, whatever it calls the object that it makes.
-constexpr char kSelectSchema[] = "SELECT sql FROM sqlite_master WHERE sql NOT NULL;";
-
 // A text for each table and index that a statement of ours may read or write: it asks for the first
 // row of the one and of nothing else.
 constexpr char kSelectTreeReads[] =
@@ -106,17 +103,10 @@ constexpr char kSelectTreeReads[] =
 // The first schema had card ids with upper-case digits.
 constexpr char kUpgradeFirstSchema[] = "UPDATE Cards SET CardId=LOWER(CardId)";
 
-// Looks through the schema of a file that may come from anywhere. What stands in it on our own
-// tables has to be plain: columns with literal defaults, and indexes on columns, so that no score
-// ever computes what somebody else has written. Triggers are accepted, as they are switched off,
-// and so is all that belongs to tables of other names, as nothing reads those.
-class SchemaReview {
-  public:
-    // Asked for every CREATE text of the schema. False when a store with this text, and those
-    // before it, must not be opened.
-    bool Accepts(std::string_view sql);
-
-  private:
-    // The columns of all indexes on our tables so far.
-    int mIndexColumns = 0;
-};
+// Looks through the schema of a file that may come from anywhere, before anything is written to it.
+// What stands in it on our own tables has to be plain: columns with literal defaults, and indexes
+// on columns, so that no score ever computes what somebody else has written. Triggers, views and
+// virtual tables have to be switched off on this connection; under other names than ours they may
+// be there. Returns false when the store must not be opened; the handle has the engine's error, if
+// that is the reason.
+bool IsPlainSchema(sqlite3* handle);

@@ -77,6 +77,7 @@ TEST_F(MailedStoreTest, WhatOthersHaveAddedDoesNotRun) {
         "CREATE UNIQUE INDEX u ON Categories(Name, Id); ANALYZE",
         "ALTER TABLE Cards ADD COLUMN \"check\" VARCHAR(9) NOT NULL DEFAULT '''AS ('",
         Append(", n REAL /* CHECK (0) -- */ DEFAULT -1.5e3 -- CHECK (0)\n"),
+        Append(", made TEXT DEFAULT CURRENT_TIMESTAMP, n DEFAULT ( 1 -- one\n), o DEFAULT TRUE"),
         "ALTER TABLE Cards RENAME TO o; ALTER TABLE o RENAME TO Cards",
     };
     for (const std::string& sql : cases) {
@@ -98,9 +99,17 @@ TEST_F(MailedStoreTest, ASchemaThatComputesOnOurTablesIsRefused) {
         Append(", a --''\nCHECK (1)"),
         Append(",\uFEFFCHECK (1)"),
         Append(", a DEFAULT (zeroblob(100000000))"),
+        Append(", a DEFAULT (''a'' LIKE ''b'')"),
         Append(", a DEFAULT ''" + std::string(20000, 'x') + "''"),
         Append(", a AS (zeroblob(100000000)) STORED"),
         Append(", a NOT NULL ON CONFLICT IGNORE DEFAULT 0"),
+        Append(", UNIQUE (Front) ON CONFLICT REPLACE"),
+        // A row id that is hidden behind a column is the same for many cards.
+        "ALTER TABLE Cards ADD COLUMN RowId",
+        "ALTER TABLE Cards ADD COLUMN oid",
+        "ALTER TABLE Categories ADD COLUMN [_ROWID_]",
+        // A table in the place of a function that the review asks.
+        "CREATE TABLE pragma_table_xinfo (name, hidden, dflt_value)",
         "CREATE INDEX a ON Cards(hex(zeroblob(Front)))",
         "CREATE INDEX a ON Cards(CASE Front WHEN Back THEN Author END)",
         "CREATE INDEX a ON Cards(Front || Back)",
