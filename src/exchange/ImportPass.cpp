@@ -396,9 +396,12 @@ bool HasPreview(const ImportInput& input, Database& database) {
 }  // namespace
 
 bool GuessFormat(ImportInput& input, Database& database) {
+    return GuessFormat(input, database, SurveyTable(input.FileName, TableChoice()));
+}
+
+bool GuessFormat(ImportInput& input, Database& database, const TableSurvey& survey) {
     // What does not fit is no fault.
     const wxLogNull silence;
-    const TableSurvey survey = SurveyTable(input.FileName, TableChoice());
     input.Encoding = survey.Encoding;
     input.Format = ImportFormat::kDelimited;
     for (const wchar_t delimiter : {L'\t', L',', L' ', L';'}) {

@@ -13,6 +13,7 @@
 
 class Database;
 struct ImportResult;
+struct TableSurvey;
 
 // A fault in a file to import, with its line or row from 1, or -1 when it has none.
 struct ImportFault {
@@ -57,8 +58,10 @@ std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database
 
 // Sets how a text is most likely to be read: as a table when all of its columns are attributes of
 // cards, in the program's own form when its first record fits, and else as a table with the layout
-// that a survey finds. Returns false when nothing fits; the program's own form is set then.
+// that the survey of its first rows found. Returns false when nothing fits; the program's own form
+// is set then.
 bool GuessFormat(ImportInput& input, Database& database);
+bool GuessFormat(ImportInput& input, Database& database, const TableSurvey& survey);
 
 // Reads the attributes of the first record; none for a file without records. Writes and asks
 // nothing. Returns true on a failure, which the result then tells.

@@ -312,8 +312,9 @@ void ImportDialog::DetectTable() {
     const wxBusyCursor busy;
     ImportInput input;
     input.FileName = mFileName;
-    mFits = GuessFormat(input, mDatabase);
-    mFirstLine = SurveyTable(mFileName, TableChoice()).FirstLine;
+    const TableSurvey survey = SurveyTable(mFileName, TableChoice());
+    mFits = GuessFormat(input, mDatabase, survey);
+    mFirstLine = survey.FirstLine;
     mGuessedEncoding = input.Encoding;
     if (input.Layout != nullptr) {
         // All texts between words are one choice.

@@ -19,6 +19,7 @@
 #include <string>
 #include <utility>
 
+#include "base/Files.h"
 #include "base/Unicode.h"
 #include "files/ForeignDatabase.h"
 #include "files/StoreFiles.h"
@@ -220,9 +221,7 @@ void RemoveLeftDirectories() {
 }
 
 bool IsPackage(const wxString& path) {
-    std::string mark(4, '\0');
-    std::ifstream file(fs::u8path(ToUtf8(path)), std::ios::binary);
-    return file.read(mark.data(), 4) && mark == "PK\x03\x04";
+    return FileBeginsWith(fs::u8path(ToUtf8(path)), "PK\x03\x04");
 }
 
 }  // namespace
