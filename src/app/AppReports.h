@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "base/Process.h"
-#include "scheduler/ReviewArithmetic.h"
+#include "scheduler/Scheduler.h"
 
 // Ends the program when the store fails: with a message box, a line on standard error and the exit
 // code 3. A worker may report too; its first text is kept until the main thread delivers it, since

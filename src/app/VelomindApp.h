@@ -13,7 +13,7 @@
 #include "base/Time.h"
 #include "files/windows/Backups.h"
 #include "files/windows/StoreFileChange.h"
-#include "scheduler/ReviewArithmetic.h"
+#include "scheduler/Scheduler.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
 #include "store/UndoHistory.h"

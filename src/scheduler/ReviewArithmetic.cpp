@@ -207,35 +207,24 @@ constexpr int32_t kBlockSize = 4096;
 // The last block that is opened. It lies safely below the greatest 32-bit number.
 constexpr int32_t kLastBlock = 0x7FFF0000;
 
-int32_t LowBits(ReviewRandom& random) {
-    return static_cast<int32_t>(random.Next() * static_cast<float>(kBlockSize - 1));
-}
-
-void StartAgain(Database& database, FlashCard& card, MaintenancePrompt& prompt) {
-    prompt.ConfirmStart();
-    // If it fails the old numbers stay, and this card gets its low number all the same.
-    if (database.ResetErc() >= 0) {
-        card.Forward.ERC = card.Reverse.ERC = 0;
-    }
-    prompt.TellComplete();
+int32_t BlockOf(int32_t erc) {
+    return erc - erc % kBlockSize;
 }
 
 }  // namespace
 
-void RenumberCard(Database& database, int32_t categoryId, FlashCard& card,
-                  ReviewDirection direction, MaintenancePrompt& prompt, ReviewRandom& random) {
-    int32_t greatest = 0;
-    if (database.SelectMaxErc(categoryId, greatest) < 0) {
-        greatest = 0;
-    }
-    int32_t block = greatest - greatest % kBlockSize;
-    int32_t& erc = ScheduleOf(card, direction).ERC;
+bool IsErcUsedUp(int32_t erc, int32_t greatest) {
+    const int32_t block = BlockOf(greatest);
+    return erc >= block && block >= kLastBlock;
+}
+
+int32_t NextErc(int32_t erc, int32_t greatest, ReviewRandom& random) {
+    int32_t block = BlockOf(greatest);
     // A card from an older block joins the newest; one that is there already opens the next.
-    if (erc >= block && block < kLastBlock) {
-        block += kBlockSize;
-    } else if (erc >= block) {
-        StartAgain(database, card, prompt);
+    if (IsErcUsedUp(erc, greatest)) {
         block = 0;
+    } else if (erc >= block) {
+        block += kBlockSize;
     }
-    erc = block + LowBits(random);
+    return block + static_cast<int32_t>(random.Next() * static_cast<float>(kBlockSize - 1));
 }

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#include "store/Database.h"
 #include "store/FlashCard.h"
 
 // The units in which an interval is shown: 0 seconds, 1 minutes, 2 hours, 3 days, 4 weeks, 5
@@ -74,16 +73,6 @@ struct ReviewResult {
 ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& now,
                     ReviewRandom& random);
 
-// How the program tells a person of the rare renumbering of the early-review order, which keeps the
-// screen still for a while.
-class MaintenancePrompt {
-  public:
-    virtual ~MaintenancePrompt() = default;
-    // Returns when the person has confirmed.
-    virtual void ConfirmStart() = 0;
-    virtual void TellComplete() = 0;
-};
-
 // The intervals in seconds that a score can give, from the shortest to the longest; chance decides
 // between them. Both are the same when the interval is not spread.
 struct IntervalRange {
@@ -98,8 +87,9 @@ IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDat
 // bits count the blocks, and the low 12 bits are random, so that the cards of a block have a
 // shuffled order. Early review takes the lowest number, a card that has waited for the most blocks.
 //
-// Gives the card its new number after a score in that direction; the caller stores it. When the
-// numbers are used up, all cards of the store go back to block 0, this one in both directions,
-// while the prompt keeps the person informed.
-void RenumberCard(Database& database, int32_t categoryId, FlashCard& card,
-                  ReviewDirection direction, MaintenancePrompt& prompt, ReviewRandom& random);
+// Returns the number of a card after a score. It had erc before, and greatest is the greatest
+// number of its category.
+int32_t NextErc(int32_t erc, int32_t greatest, ReviewRandom& random);
+// Returns true when the numbers are used up: all cards of the store have to go back to block 0
+// first, where NextErc puts this one.
+bool IsErcUsedUp(int32_t erc, int32_t greatest);

@@ -243,8 +243,7 @@ void Scheduler::ScoreCard(int score) {
     schedule.LastReview = mSources.Time.Now();
     schedule.LastScore = static_cast<uint8_t>(score);
     schedule.Difficulty = result.Difficulty;
-    RenumberCard(mDatabase, mOptions.CategoryId, mCurrentCard, mCurrentDirection,
-                 mSources.Maintenance, mSources.Random);
+    RenumberCard();
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failure in the store ends the program, so the result needs no look.
     if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0 && mSources.Log != nullptr) {
@@ -258,6 +257,24 @@ void Scheduler::ScoreCard(int score) {
     mLiveCardId = CardUuid();
     LoadCurrentCard();
     Tell(1);
+}
+
+void Scheduler::RenumberCard() {
+    CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
+    const int32_t before = schedule.ERC;
+    int32_t greatest = 0;
+    if (mDatabase.SelectMaxErc(mOptions.CategoryId, greatest) < 0) {
+        greatest = 0;
+    }
+    if (IsErcUsedUp(before, greatest)) {
+        mSources.Maintenance.ConfirmStart();
+        // If it fails the old numbers stay, and this card gets its low number all the same.
+        if (mDatabase.ResetErc() >= 0) {
+            mCurrentCard.Forward.ERC = mCurrentCard.Reverse.ERC = 0;
+        }
+        mSources.Maintenance.TellComplete();
+    }
+    schedule.ERC = NextErc(before, greatest, mSources.Random);
 }
 
 int64_t Scheduler::KeepOrRestoreSchedule(int score) {

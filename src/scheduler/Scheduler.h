@@ -79,6 +79,16 @@ struct StudyOutlook {
 // Counts what waits now. A count that fails stays out.
 StudyOutlook CountOutlook(Database& database, const wxDateTime& now);
 
+// How the program tells a person of the rare renumbering of the early-review order, which keeps the
+// screen still for a while.
+class MaintenancePrompt {
+  public:
+    virtual ~MaintenancePrompt() = default;
+    // Returns when the person has confirmed.
+    virtual void ConfirmStart() = 0;
+    virtual void TellComplete() = 0;
+};
+
 // Decides which card is shown, in which direction, and what a score does to it. Keeps one live card
 // until it is scored, and the history of the cards scored last. Lives on the main thread, and is
 // the only writer of scheduling fields during study.
@@ -179,6 +189,8 @@ class Scheduler {
     // of the history from before its first score, unless the score stays the same.
     // Returns when the review was that this one replaces, or -1.
     int64_t KeepOrRestoreSchedule(int score);
+    // Gives the current card its new place in the order of early review after a score.
+    void RenumberCard();
     void PurgeHistory();
     void ClearLiveCard();
     void Tell(int value);
