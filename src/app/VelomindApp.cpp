@@ -361,8 +361,9 @@ void VelomindApp::OnFind(wxCommandEvent&) {
 
 void VelomindApp::OnLearningProgress(wxCommandEvent&) {
     const int32_t category = GetCurrentCategoryId(*mpDatabase);
-    LearningProgress dialog(*mpDatabase, mClock, category, GetCategoryName(*mpDatabase, category),
-                            mLastActive.get(), 10039, _("Learning Progress"));
+    LearningProgress dialog(
+        {*mpDatabase, mClock, {category, GetCategoryName(*mpDatabase, category)}},
+        mLastActive.get(), 10039, _("Learning Progress"));
     dialog.ShowModal();
 }
 

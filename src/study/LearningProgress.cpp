@@ -53,21 +53,22 @@ wxString NextDueText(const wxDateTime& due, const wxDateTime& now) {
 
 }  // namespace
 
-LearningProgress::LearningProgress(Database& database, const Clock& clock, int32_t categoryId,
-                                   const wxString& categoryName, wxWindow* parent, wxWindowID id,
-                                   const wxString& title, const wxPoint& position,
-                                   const wxSize& size, long style)
-    : mCategoryId(categoryId), mCategoryName(categoryName) {
+LearningProgress::LearningProgress(const Source& source, wxWindow* parent, wxWindowID id,
+                                   const wxString& title)
+    : mCategoryId(source.Counted.Id), mCategoryName(source.Counted.Name) {
+    const wxDateTime now = source.Time.Now();
     int32_t count = 0;
-    database.SelectCategoryIdCount(mCategoryId, count);
+    // A count that fails stays 0, here and below.
+    source.Store.SelectCategoryIdCount(mCategoryId, count);
     mShowCategory = count >= kCardsThatShowCategory;
 
     SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
-    wxDialog::Create(parent, id, title, position, size, style, "dialog");
-    CreateControls(CountOutlook(database, clock.Now()), clock.Now());
+    wxDialog::Create(parent, id, title, wxDefaultPosition, wxDefaultSize,
+                     wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER, "dialog");
+    CreateControls(CountOutlook(source.Store, now), now);
     mpCategoryText->SetLabelText(wxString::Format(_("Category: %s"), ShownName(mCategoryName)));
     mpLayout->Show(mpCategoryText, mShowCategory);
-    ShowCounts(database, clock);
+    ShowCounts(source.Store, source.Time);
 
     // A scrolled window has no size of its own to ask for.
     wxWindow* const panel = mpLayout->GetContainingWindow();

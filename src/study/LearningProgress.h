@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "store/FlashCard.h"
+
 struct StudyOutlook;
 class Clock;
 class Database;
@@ -17,12 +19,13 @@ class wxStaticText;
 // all categories together. Counts once, in the constructor, and changes nothing. Main thread only.
 class LearningProgress : public wxDialog {
   public:
-    // The Database and the clock are used by the constructor only.
-    LearningProgress(Database& database, const Clock& clock, int32_t categoryId,
-                     const wxString& categoryName, wxWindow* parent, wxWindowID id,
-                     const wxString& title, const wxPoint& position = wxDefaultPosition,
-                     const wxSize& size = wxDefaultSize,
-                     long style = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER);
+    // What is counted. The Database and the clock are used by the constructor only.
+    struct Source {
+        Database& Store;
+        const Clock& Time;
+        Category Counted;
+    };
+    LearningProgress(const Source& source, wxWindow* parent, wxWindowID id, const wxString& title);
 
   private:
     // How the cards of the category stand in one direction.

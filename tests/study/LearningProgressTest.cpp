@@ -18,7 +18,8 @@ TEST_F(GuiStoreTest, EachDirectionOfTheLearningProgressAddsUpToTheTotal) {
         Insert(card);
     };
     const auto make = [&]() -> LearningProgress& {
-        return *new LearningProgress(mDatabase, clock, 0, "Default", nullptr, 10039, "Progress");
+        return *new LearningProgress({mDatabase, clock, {0, "Default"}}, nullptr, 10039,
+                                     "Progress");
     };
     const auto showsCategory = [](wxWindow& dialog) {
         return wxWindow::FindWindowByLabel("Category: Default", &dialog)->IsShown();
