@@ -95,6 +95,7 @@ size_t NewCards::WritePart(size_t first, size_t count) {
     if (count == 1) {
         return mDatabase.InsertFlashCard(mCards[first]) < 0 ? 0 : 1;
     }
+    // A failure shows in the number of cards written; the next one is then written by itself.
     size_t written = 0;
     if (count == mCards.size()) {
         mDatabase.InsertFlashCards(mCards, written);

@@ -80,6 +80,7 @@ void AddOutlook(Database& database, int32_t categoryId, const wxDateTime& now,
 StudyOutlook CountOutlook(Database& database, const wxDateTime& now) {
     StudyOutlook outlook;
     std::list<Category> categories;
+    // Without categories there is nothing to count.
     database.SelectAllCategories(categories);
     for (const Category& category : categories) {
         for (const ReviewDirection direction : kEachDirection) {
@@ -199,6 +200,7 @@ wxDateTime Scheduler::GetNextDueTime() {
 
 std::vector<CategoryReady> Scheduler::CountCategories() {
     std::list<Category> all;
+    // A failure is reported by the store itself.
     mDatabase.SelectAllCategories(all);
     std::vector<CategoryReady> counted;
     for (const Category& category : all) {

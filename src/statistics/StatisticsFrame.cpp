@@ -328,6 +328,7 @@ void StatisticsFrame::ListCategories() {
     const int chosen = mpCategory->GetSelection();
     const int32_t id = chosen > 0 ? mCategories[static_cast<size_t>(chosen) - 1].Id : -1;
     std::list<Category> categories;
+    // A failure is reported by the store itself.
     mpDatabase->SelectAllCategories(categories);
     mCategories.assign(categories.begin(), categories.end());
     wxArrayString names;
