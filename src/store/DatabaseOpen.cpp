@@ -136,23 +136,11 @@ bool IsCutOff(sqlite3* handle) {
 }
 
 // Switches off all that would run when it stands in a schema, and foreign keys, whose actions
-// change other rows. An engine that is too old for a switch does not have what it switches off.
+// change other rows.
 constexpr std::pair<int, int> kSwitches[] = {
-#ifdef SQLITE_DBCONFIG_DEFENSIVE
-    {SQLITE_DBCONFIG_DEFENSIVE, 1},
-#endif
-#ifdef SQLITE_DBCONFIG_TRUSTED_SCHEMA
-    {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
-#endif
-#ifdef SQLITE_DBCONFIG_ENABLE_VIEW
-    {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
-#endif
-#ifdef SQLITE_DBCONFIG_ENABLE_TRIGGER
-    {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
-#endif
-#ifdef SQLITE_DBCONFIG_ENABLE_FKEY
+    {SQLITE_DBCONFIG_DEFENSIVE, 1},   {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+    {SQLITE_DBCONFIG_ENABLE_VIEW, 0}, {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
     {SQLITE_DBCONFIG_ENABLE_FKEY, 0},
-#endif
 };
 
 // The engine is stopped after this much work while a schema is read and looked through. It is
