@@ -97,7 +97,8 @@ bool VelomindApp::OnInit() {
     wxFrame& list = mWindows.ShowList();
     BringToFront(list);
     // Asked from the event loop, when the window is on the screen for the question to stand over.
-    list.CallAfter([this, &list] { OfferVersion1Import(&list, *mpDatabase, mFatalErrorReport); });
+    list.CallAfter(
+        [this, &list] { OfferVersion1Import(&list, *this, *mpDatabase, mFatalErrorReport); });
     return true;
 }
 
@@ -170,8 +171,9 @@ bool VelomindApp::ImportFile(const wxString& path) {
     input.FileName = file;
     input.Format = ImportFormat::kDelimited;
     input.Delimiter = L'\t';
-    ImportWithProgress(nullptr, input, *mpDatabase, mFatalErrorReport);
+    ImportWithProgress(nullptr, *this, input, *mpDatabase, mFatalErrorReport);
     // The file was made to be imported once, so it is removed whatever became of the import.
+    // The log tells when it cannot be.
     wxRemoveFile(file);
     CloseStore();
     return true;
@@ -185,10 +187,6 @@ void VelomindApp::OpenStore() {
 void VelomindApp::CloseStore() {
     mpBackupKeeper.reset();
     mpDatabase.reset();
-}
-
-void VelomindApp::BackUpBeforeMaintenance() {
-    BackUpStore(mWindows.GetShown(), *mpDatabase, BackupCause::kMaintenance);
 }
 
 void VelomindApp::ShowMessage(const wxString& text) {
@@ -380,11 +378,12 @@ void VelomindApp::OnStatistics(wxCommandEvent&) {
 AppStoreFileActions VelomindApp::MakeStoreFileActions() {
     // Cards on the clipboard are known by their row ids, which mean other cards in another store,
     // and the steps that can be taken back were done in the store that was open.
-    return AppStoreFileActions([this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
-                               [this] {
-                                   mClipboard.TakeBack();
-                                   mUndoHistory.Clear();
-                               });
+    return AppStoreFileActions(
+        *mpBackupKeeper, [this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
+        [this] {
+            mClipboard.TakeBack();
+            mUndoHistory.Clear();
+        });
 }
 
 void VelomindApp::OnPreferences(wxCommandEvent&) {

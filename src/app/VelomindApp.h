@@ -1,6 +1,7 @@
 #pragma once
 
 #include <wx/app.h>
+#include <wx/frame.h>
 #include <wx/weakref.h>
 
 #include <deque>
@@ -53,6 +54,10 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     bool CanPasteCards() const override { return mClipboard.HasCards(); }
     void PasteCards(int32_t categoryId, EmptyCut empty) override;
     UndoHistory& GetUndoHistory() override { return mUndoHistory; }
+    int BackUpStore(wxWindow* parent, BackupCause cause) override {
+        return mpBackupKeeper->BackUp(parent, cause);
+    }
+    void BackUpDay(wxWindow* parent) override { mpBackupKeeper->BackUpDay(parent); }
     bool IsReverseStudy() const override { return mReverseStudy; }
     void SetReverseStudy(bool reverse) override { mReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { mStudyMessage = text; }
@@ -72,7 +77,6 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OpenNextFile();
     void OpenStore();
     void CloseStore();
-    void BackUpBeforeMaintenance();
     AppStoreFileActions MakeStoreFileActions();
 
     void OnWindowCommand(wxCommandEvent& event);
@@ -88,7 +92,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OnExitCommand(wxCommandEvent& event);
 
     AppFatalErrorReport mFatalErrorReport;
-    AppMaintenancePrompt mMaintenancePrompt{[this] { BackUpBeforeMaintenance(); }};
+    AppMaintenancePrompt mMaintenancePrompt{
+        [this] { BackUpStore(mWindows.GetShown(), BackupCause::kMaintenance); }};
     Clock mClock;
     SequenceRandom mRandom;
     Subject mSettingsNotifier;

@@ -11,7 +11,6 @@
 
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
-#include "files/windows/Backups.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -239,7 +238,8 @@ void CategoryList::Merge(const Category& from, const Category& into) {
     if (Ask(question, _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) != wxOK) {
         return;
     }
-    BackUpStore(this, *mpDatabase, BackupCause::kMerge);
+    // An error was told, and the merge goes on.
+    mServices.BackUpStore(this, BackupCause::kMerge);
     const wxBusyCursor busy;
     StoreChange change;
     if (NoteMerge(*mpDatabase, from, into.Id, change) < 0 ||
@@ -251,6 +251,7 @@ void CategoryList::Merge(const Category& from, const Category& into) {
         // The current category follows the cards.
         mServices.SetCurrentCategoryId(*mpDatabase, into.Id);
     }
+    // When the store refuses, the category stays without cards.
     mpDatabase->DeleteCategory(from.Id);
 }
 

@@ -15,7 +15,6 @@
 #include "edit/CardLife.h"
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
-#include "files/windows/Backups.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -266,7 +265,7 @@ void EditFrame::ShowReviews(const std::vector<ReviewRecord>& reviews) {
 }
 
 int EditFrame::Save() {
-    BackUpDay(this);
+    mServices.BackUpDay(this);
     FlashCard card = mCard;
     if (!IsNew()) {
         std::list<FlashCard> found;
@@ -358,6 +357,7 @@ void EditFrame::OnCharHook(wxKeyEvent& event) {
 
 void EditFrame::OnExport(wxCommandEvent&) {
     std::vector<int64_t> rowIds;
+    // A failure is reported by the store itself.
     mpDatabase->SelectRowIdById(mCard.CardId, rowIds);
     mServices.ExportCards(*this, rowIds);
 }

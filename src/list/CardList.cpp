@@ -12,7 +12,6 @@
 
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
-#include "files/windows/Backups.h"
 #include "list/CardListCtrl.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -385,7 +384,7 @@ void CardList::DeleteSelected() {
     if (answer != wxOK) {
         return;
     }
-    BackUpDay(this);
+    mServices.BackUpDay(this);
     const wxBusyCursor busy;
     const std::vector<long> rows = mpListCtrl->GetSelectedRows();
     if (rows.empty()) {

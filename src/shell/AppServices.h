@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/Time.h"
+#include "files/StoreBackup.h"
 #include "scheduler/Scheduler.h"
 #include "store/Subject.h"
 
@@ -57,6 +58,13 @@ class AppServices : public CategorySource {
     // What Edit > Undo of the list can take back. Each command that deletes or moves cards, or
     // renames or merges categories, adds its step.
     virtual UndoHistory& GetUndoHistory() = 0;
+
+    // Makes a backup of the store before something large is done to it. Returns 0, or the system's
+    // number of the error, which was told and is no reason to stop.
+    virtual int BackUpStore(wxWindow* parent, BackupCause cause) = 0;
+    // Makes the backup of the day now where it takes long, before what most often is the first
+    // change of a day. Events are handled meanwhile.
+    virtual void BackUpDay(wxWindow* parent) = 0;
 
     // The direction of study, which the study window sets and lists of schedules follow.
     virtual bool IsReverseStudy() const = 0;

@@ -16,7 +16,6 @@
 #include "base/Process.h"
 #include "base/Text.h"
 #include "categories/CategoryList.h"
-#include "files/windows/Backups.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -641,7 +640,7 @@ void StudyFrame::OnScoreChosen(wxCommandEvent& event) {
         }
     }
     const CardUuid card = mpScheduler->GetCurrentCardId();
-    BackUpDay(this);
+    mServices.BackUpDay(this);
     if (mpScheduler == nullptr || mpScheduler->GetCurrentCardId() != card) {
         return;
     }

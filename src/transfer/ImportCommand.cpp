@@ -113,8 +113,8 @@ std::vector<wxString> GetVersion1StorePlaces() {
             PlaceIn(wxString(wxFileName::GetPathSeparator()))};
 }
 
-bool OfferVersion1Import(wxWindow* parent, Database& database, FatalErrorReport& report,
-                         const std::vector<wxString>& places,
+bool OfferVersion1Import(wxWindow* parent, AppServices& services, Database& database,
+                         FatalErrorReport& report, const std::vector<wxString>& places,
                          const LegacyRowSourceMaker& makeRowSource) {
     const auto place = std::find_if(places.begin(), places.end(), [](const wxString& path) {
         return wxFileName::FileExists(path);
@@ -134,7 +134,7 @@ bool OfferVersion1Import(wxWindow* parent, Database& database, FatalErrorReport&
     input.FileName = *place;
     input.Format = ImportFormat::kVersion1Store;
     input.MakeRowSource = makeRowSource;
-    if (ImportWithProgress(nullptr, input, database, report)) {
+    if (ImportWithProgress(nullptr, services, input, database, report)) {
         // The log tells when it cannot be removed.
         wxRemoveFile(*place);
     }
@@ -172,14 +172,14 @@ bool BelongsToStore(Database& database, const wxString& path) {
 void RunImportCommand(wxWindow* parent, AppServices& services, Database& database,
                       FatalErrorReport& report) {
     wxString path;
-    if (!OfferVersion1Import(parent, database, report) && ChooseFile(parent, path)) {
+    if (!OfferVersion1Import(parent, services, database, report) && ChooseFile(parent, path)) {
         ImportFileByDialog(parent, services, database, report, path);
     }
 }
 
 void ImportFileByDialog(wxWindow* parent, AppServices& services, Database& database,
                         FatalErrorReport& report, const wxString& path) {
-    ImportDialog dialog(parent, database, report, path);
+    ImportDialog dialog(parent, services, database, report, path);
     const bool wasRun = dialog.ShowModal() == wxOK;
     const std::set<int32_t>& touched = dialog.GetTouchedCategories();
     if (wasRun && !touched.empty()) {

@@ -32,6 +32,7 @@ std::vector<wxString> GetVersion1StorePlaces();
 // it once it was imported whole. Returns false when there is none or the user declined; true when
 // the user accepted, even if its database engine is not installed or the import failed. A test
 // gives places and an engine of its own.
-bool OfferVersion1Import(wxWindow* parent, Database& database, FatalErrorReport& report,
+bool OfferVersion1Import(wxWindow* parent, AppServices& services, Database& database,
+                         FatalErrorReport& report,
                          const std::vector<wxString>& places = GetVersion1StorePlaces(),
                          const LegacyRowSourceMaker& makeRowSource = &MakeLegacyRowSource);

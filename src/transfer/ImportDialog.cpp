@@ -69,10 +69,11 @@ wxString RowText(const wxString& text) {
 
 }  // namespace
 
-ImportDialog::ImportDialog(wxWindow* parent, Database& database, FatalErrorReport& report,
-                           const wxString& fileName)
+ImportDialog::ImportDialog(wxWindow* parent, AppServices& services, Database& database,
+                           FatalErrorReport& report, const wxString& fileName)
     : wxDialog(parent, ID_DIALOG, _("Import"), wxDefaultPosition, wxSize(400, 300),
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mServices(services),
       mDatabase(database),
       mReport(report),
       mFileName(fileName) {
@@ -430,7 +431,7 @@ void ImportDialog::ShowPreview(bool isError) {
 
 void ImportDialog::RunImport() {
     mWasRun = true;
-    if (ImportWithProgress(this, GetInput(), mDatabase, mReport, &mTouchedCategories)) {
+    if (ImportWithProgress(this, mServices, GetInput(), mDatabase, mReport, &mTouchedCategories)) {
         mpTable->RememberUses();
         EndModal(wxOK);
         return;

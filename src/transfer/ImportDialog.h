@@ -10,6 +10,7 @@
 #include "exchange/ImportJob.h"
 #include "formats/CardRecord.h"
 
+class AppServices;
 class Database;
 class DeckPanel;
 class FatalErrorReport;
@@ -31,9 +32,9 @@ class wxTextCtrl;
 class ImportDialog : public wxDialog {
   public:
     // Finds out how the file is to be read, as far as its first rows and its first card tell. The
-    // database and the report are not owned.
-    ImportDialog(wxWindow* parent, Database& database, FatalErrorReport& report,
-                 const wxString& fileName);
+    // services, the database and the report are not owned.
+    ImportDialog(wxWindow* parent, AppServices& services, Database& database,
+                 FatalErrorReport& report, const wxString& fileName);
     ~ImportDialog() override;
 
     // Returns the ids of the categories that the import put cards into.
@@ -62,6 +63,7 @@ class ImportDialog : public wxDialog {
     void ShowPreview(bool isError);
     void RunImport();
 
+    AppServices& mServices;
     Database& mDatabase;
     FatalErrorReport& mReport;
     wxString mFileName;

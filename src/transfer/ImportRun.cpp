@@ -11,8 +11,8 @@
 #include "base/Text.h"
 #include "base/Time.h"
 #include "exchange/ImportJob.h"
-#include "files/windows/Backups.h"
 #include "scheduler/ReviewArithmetic.h"
+#include "shell/AppServices.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "store/Database.h"
@@ -131,9 +131,11 @@ void TellFailure(wxWindow* parent, const ImportResult& result) {
 
 }  // namespace
 
-bool ImportWithProgress(wxWindow* parent, const ImportInput& input, Database& database,
-                        FatalErrorReport& report, std::set<int32_t>* touchedCategories) {
-    BackUpStore(parent, database, BackupCause::kImport);
+bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInput& input,
+                        Database& database, FatalErrorReport& report,
+                        std::set<int32_t>* touchedCategories) {
+    // An error was told, and the import goes on.
+    services.BackUpStore(parent, BackupCause::kImport);
     const wxDateTime start = CurrentTime();
     ImportQuestionDialogs questions(&database);
     const bool askCategories = parent != nullptr;

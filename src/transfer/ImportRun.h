@@ -5,6 +5,7 @@
 
 #include "exchange/ImportJob.h"
 
+class AppServices;
 class Database;
 class FatalErrorReport;
 class wxWindow;
@@ -27,12 +28,13 @@ class ImportQuestionDialogs : public ImportQuestions {
     Database* mpDatabase;
 };
 
-// Imports a file on a worker thread behind a progress window; the import dialog, the command line
-// and the offer of an old store all come through here. Returns true when the whole file was
-// imported. A cancel and a failure leave the cards that were written before.
+// Backs up the store, and imports a file on a worker thread behind a progress window; the import
+// dialog, the command line and the offer of an old store all come through here. Returns true when
+// the whole file was imported. A cancel and a failure leave the cards that were written before.
 //
 // With a parent, asks before it creates a category and tells a success. Without one, as on the
 // command line, creates categories unasked and tells only a failure. Adds the ids of the categories
 // that cards went into to the set, which may be null. The caller notifies the database's observers.
-bool ImportWithProgress(wxWindow* parent, const ImportInput& input, Database& database,
-                        FatalErrorReport& report, std::set<int32_t>* touchedCategories = nullptr);
+bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInput& input,
+                        Database& database, FatalErrorReport& report,
+                        std::set<int32_t>* touchedCategories = nullptr);

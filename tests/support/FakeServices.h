@@ -40,6 +40,11 @@ struct FakeServices : AppServices {
         Pasted.emplace_back(categoryId, empty);
     }
     UndoHistory& GetUndoHistory() override { return History; }
+    int BackUpStore(wxWindow*, BackupCause cause) override {
+        BackedUp.push_back(cause);
+        return 0;
+    }
+    void BackUpDay(wxWindow*) override {}
     bool IsReverseStudy() const override { return ReverseStudy; }
     void SetReverseStudy(bool reverse) override { ReverseStudy = reverse; }
     void SetStudyMessage(const wxString& text) override { StudyMessage = text; }
@@ -53,6 +58,7 @@ struct FakeServices : AppServices {
     UndoHistory History;
     bool HasCardsToPaste = false;
 
+    std::vector<BackupCause> BackedUp;
     std::vector<wxFrame*> Closed;
     std::vector<wxString> Opened;
     std::vector<FlashCard> Edited;

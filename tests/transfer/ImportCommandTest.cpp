@@ -3,6 +3,7 @@
 #include <wx/filename.h>
 
 #include "support/FakeRowSource.h"
+#include "support/FakeServices.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -12,9 +13,10 @@ namespace {
 struct ImportCommandTest : GuiStoreTest {
     bool Offer() {
         const std::vector<wxString> places = {mDirectory.Path("nothing here"), mOldStore};
-        return OfferVersion1Import(nullptr, mDatabase, mReport, places, mEngine.Maker());
+        return OfferVersion1Import(nullptr, mServices, mDatabase, mReport, places, mEngine.Maker());
     }
 
+    FakeServices mServices;
     const wxString mOldStore = mDirectory.Path("FlashCards.vls");
     FakeEngine mEngine;
     ModalAnswers mAnswers;

@@ -2,6 +2,7 @@
 
 #include "formats/Table.h"
 #include "formats/decks/DeckWriter.h"
+#include "support/FakeServices.h"
 #include "transfer/DialogTest.h"
 
 namespace {
@@ -22,8 +23,8 @@ struct ImportDialogTest : DialogTest {
         return OpenFile("import.txt");
     }
     ImportDialog& OpenFile(const wxString& name) {
-        mDialog =
-            std::make_unique<ImportDialog>(nullptr, mDatabase, mReport, mDirectory.Path(name));
+        mDialog = std::make_unique<ImportDialog>(nullptr, mServices, mDatabase, mReport,
+                                                 mDirectory.Path(name));
         return *mDialog;
     }
 
@@ -48,6 +49,7 @@ struct ImportDialogTest : DialogTest {
         return text;
     }
 
+    FakeServices mServices;
     std::unique_ptr<ImportDialog> mDialog;
 };
 

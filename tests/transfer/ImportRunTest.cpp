@@ -1,5 +1,6 @@
 #include "transfer/ImportRun.h"
 
+#include "support/FakeServices.h"
 #include "transfer/DialogTest.h"
 
 namespace {
@@ -12,9 +13,10 @@ struct ImportRunTest : DialogTest {
         mAnswers.Dialogs.clear();
         mAnswers.ThenWatch();
         mAnswers.Expect(answers);
-        return ImportWithProgress(parent, input, mDatabase, mOrdered);
+        return ImportWithProgress(parent, mServices, input, mDatabase, mOrdered);
     }
 
+    FakeServices mServices;
     wxFrame* mpFrame = new wxFrame(nullptr, wxID_ANY, "parent");
 };
 

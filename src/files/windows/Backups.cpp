@@ -20,8 +20,6 @@ namespace {
 // A smaller store is copied before anybody could read a dialog.
 constexpr uint64_t kLargeStoreBytes = 100'000'000;
 
-BackupKeeper* gpKeeper = nullptr;
-
 // A worker's warnings are shown once the main thread is idle.
 void TellByLog(const wxString& text) {
     wxLogWarning("%s", text);
@@ -46,62 +44,58 @@ void RunBackup(wxWindow* parent, const wxString& storePath, const std::function<
 
 BackupKeeper::BackupKeeper(Database& database, Subject& settingsNotifier)
     : mDatabase(database), mSettingsAttachment(&settingsNotifier, this) {
-    gpKeeper = this;
     Update(nullptr);
     mDatabase.SetBeforeChange([this] { mpBackups->MakeDaily(mDatabase, CurrentTime()); });
 }
 
 BackupKeeper::~BackupKeeper() {
     mDatabase.SetBeforeChange(nullptr);
-    gpKeeper = nullptr;
 }
 
 void BackupKeeper::Update(Subject*) {
     mpBackups = std::make_unique<StoreBackups>(ReadBackupSettings(), TellByLog);
 }
 
-int BackUpStore(wxWindow* parent, Database& database, BackupCause cause) {
-    if (gpKeeper == nullptr || &gpKeeper->GetDatabase() != &database) {
-        return 0;
-    }
+int BackupKeeper::BackUp(wxWindow* parent, BackupCause cause) {
     StoreBackups keepingAll(ReadBackupSettings(BackupCause::kRestore), TellByLog);
-    StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : gpKeeper->GetBackups();
+    StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : *mpBackups;
     int error = 0;
-    RunBackup(parent, database.GetPath(),
-              [&] { error = backups.Make(database, cause, CurrentTime()); });
+    RunBackup(parent, mDatabase.GetPath(),
+              [&] { error = backups.Make(mDatabase, cause, CurrentTime()); });
     return error;
 }
 
-void BackUpDay(wxWindow* parent) {
-    if (gpKeeper == nullptr) {
-        return;
-    }
-    Database& database = gpKeeper->GetDatabase();
-    StoreBackups& backups = gpKeeper->GetBackups();
+void BackupKeeper::BackUpDay(wxWindow* parent) {
     const wxDateTime now = CurrentTime();
-    if (IsLarge(database.GetPath()) && !backups.IsDayDone(database.GetPath(), now)) {
+    if (IsLarge(mDatabase.GetPath()) && !mpBackups->IsDayDone(mDatabase.GetPath(), now)) {
         RunBehindWait(parent, _("Backing Up"),
-                      [&] { backups.Make(database, BackupCause::kDay, now); });
+                      [&] { mpBackups->Make(mDatabase, BackupCause::kDay, now); });
+    }
+}
+
+namespace {
+
+// What goes wrong is told through the log.
+void BackUpClosedFile(wxWindow* parent, const wxString& path) {
+    RunBackup(parent, path, [&path] {
+        StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
+    });
+}
+
+}  // namespace
+
+void BackupKeeper::BackUpFile(wxWindow* parent, const wxString& path) {
+    if (mDatabase.IsStoreFile(path)) {
+        BackUp(parent, BackupCause::kReplace);
+    } else {
+        BackUpClosedFile(parent, path);
     }
 }
 
 int ReplaceByNewStore(wxWindow* parent, const wxString& path) {
-    RunBackup(parent, path, [&path] {
-        StoreBackups(ReadBackupSettings(), TellByLog)
-            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
-    });
+    BackUpClosedFile(parent, path);
     return ReplaceByNewStore(path);
-}
-
-void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path) {
-    if (database.IsStoreFile(path)) {
-        BackUpStore(parent, database, BackupCause::kReplace);
-        return;
-    }
-    RunBackup(parent, path, [&path] {
-        StoreBackups(ReadBackupSettings(), TellByLog)
-            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
-    });
 }
 
 namespace {
@@ -115,6 +109,7 @@ int WriteBackup(wxWindow* parent, Database& database, const wxString& path) {
         error = CopyOpenStore(database, unfinished);
         error = error == 0 ? MoveStoreFile(unfinished, path) : error;
         if (error != 0 && wxFileName::FileExists(unfinished)) {
+            // The log tells when it cannot be removed.
             wxRemoveFile(unfinished);
         }
     });

@@ -15,7 +15,7 @@ class wxWindow;
 // unless said otherwise.
 
 // Keeps the backups of the program's store while it lives, whichever file that has open: makes one
-// before the first change of a day, and tells what goes wrong through the log. One at a time.
+// before the first change of a day, and tells what goes wrong through the log.
 class BackupKeeper : private Observer {
   public:
     // Both must outlive the keeper. The notifier tells of changed settings.
@@ -24,8 +24,17 @@ class BackupKeeper : private Observer {
     BackupKeeper(const BackupKeeper&) = delete;
     BackupKeeper& operator=(const BackupKeeper&) = delete;
 
-    Database& GetDatabase() { return mDatabase; }
-    StoreBackups& GetBackups() { return *mpBackups; }
+    // Makes a backup of the store before something is done to it; behind a wait dialog where the
+    // store is large. Before a restoration one is made whatever the settings say, and none goes.
+    // Returns 0, or the system's number of the error, which was told and is no reason to stop.
+    int BackUp(wxWindow* parent, BackupCause cause);
+    // The same for a store file that the program is about to replace, which may be another one; a
+    // file that cannot be opened is copied as it is.
+    void BackUpFile(wxWindow* parent, const wxString& path);
+    // Makes the backup of the day of a large store now, behind a wait dialog. For what most often
+    // is the first change of a day; the backup of any other change, and of a small store, makes
+    // itself while the change waits. Events are handled meanwhile.
+    void BackUpDay(wxWindow* parent);
 
   private:
     void Update(Subject* subject) override;
@@ -35,18 +44,6 @@ class BackupKeeper : private Observer {
     SubjectAttachment mSettingsAttachment;
 };
 
-// Makes a backup of the program's store before something is done to it; behind a wait dialog where
-// the store is large. Does nothing for a store without a keeper. Before a restoration one is made
-// whatever the settings say, and none goes. Returns 0, or the system's number of the error, which
-// was told and is no reason to stop.
-int BackUpStore(wxWindow* parent, Database& database, BackupCause cause);
-// The same for another store file that the program is about to replace; one that cannot be opened
-// is copied as it is.
-void BackUpOtherStore(wxWindow* parent, Database& database, const wxString& path);
-// Makes the backup of the day of a large store now, behind a wait dialog. For what most often is
-// the first change of a day; the backup of any other change, and of a small store, makes itself
-// while the change waits. Events are handled meanwhile.
-void BackUpDay(wxWindow* parent);
 // Backs up a file that nobody has open, and puts a new store in its place. Returns 0, or the
 // system's number of the error with the file as it was.
 int ReplaceByNewStore(wxWindow* parent, const wxString& path);

@@ -399,7 +399,7 @@ void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& databas
     if (!actions.DiscardEdits(parent)) {
         return;
     }
-    const int kept = BackUpStore(parent, database, BackupCause::kRestore);
+    const int kept = actions.BackUp(parent, BackupCause::kRestore);
     if (kept != 0 && !MayGoOnWithoutBackup(parent, kept)) {
         return;
     }

@@ -53,9 +53,10 @@ void StoreFileChange::Move() {
         return;
     }
     if (mExists) {
-        BackUpOtherStore(mpParent, mDatabase, mNewPath);
+        mActions.BackUpFile(mpParent, mNewPath);
     }
-    BackUpStore(mpParent, mDatabase, BackupCause::kMove);
+    // An error was told, and the move goes on.
+    mActions.BackUp(mpParent, BackupCause::kMove);
     mDatabase.Close();
     int error = 0;
     {
@@ -76,7 +77,7 @@ void StoreFileChange::Create() {
         return;
     }
     if (mExists) {
-        BackUpOtherStore(mpParent, mDatabase, mNewPath);
+        mActions.BackUpFile(mpParent, mNewPath);
     }
     mDatabase.Close();
     const int error = mExists ? ReplaceByNewStore(mNewPath) : 0;
@@ -136,9 +137,19 @@ void ChangeStoreFile(StoreFileActions& actions, wxWindow* parent, Database& data
     }
 }
 
-AppStoreFileActions::AppStoreFileActions(DiscardCheck discardEdits,
+AppStoreFileActions::AppStoreFileActions(BackupKeeper& backups, DiscardCheck discardEdits,
                                          std::function<void()> storeChanged)
-    : mDiscardEdits(std::move(discardEdits)), mStoreChanged(std::move(storeChanged)) {}
+    : mBackups(backups),
+      mDiscardEdits(std::move(discardEdits)),
+      mStoreChanged(std::move(storeChanged)) {}
+
+int AppStoreFileActions::BackUp(wxWindow* parent, BackupCause cause) {
+    return mBackups.BackUp(parent, cause);
+}
+
+void AppStoreFileActions::BackUpFile(wxWindow* parent, const wxString& path) {
+    mBackups.BackUpFile(parent, path);
+}
 
 wxString AppStoreFileActions::GetDefaultStorePath() {
     return ::GetDefaultStorePath();

@@ -4,6 +4,9 @@
 
 #include <functional>
 
+#include "files/StoreBackup.h"
+
+class BackupKeeper;
 class Database;
 class wxWindow;
 
@@ -21,6 +24,10 @@ class StoreFileActions {
     // Returns true when no editor has unsaved changes, or when they may be discarded; all editors
     // are closed then.
     virtual bool DiscardEdits(wxWindow* parent) = 0;
+    // Make a backup of the open store, and of a file that is about to be replaced. What goes wrong
+    // is told; the first returns the system's number of the error, or 0.
+    virtual int BackUp(wxWindow* parent, BackupCause cause) = 0;
+    virtual void BackUpFile(wxWindow* parent, const wxString& path) = 0;
     // Opens that file, or another that the user names. The Database must be closed.
     virtual void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                                bool mustExist) = 0;
@@ -39,17 +46,21 @@ class AppStoreFileActions : public StoreFileActions {
   public:
     using DiscardCheck = std::function<bool(wxWindow* parent)>;
 
-    // Calls storeChanged when another store has been opened.
-    AppStoreFileActions(DiscardCheck discardEdits, std::function<void()> storeChanged);
+    // Calls storeChanged when another store has been opened. The keeper is not owned.
+    AppStoreFileActions(BackupKeeper& backups, DiscardCheck discardEdits,
+                        std::function<void()> storeChanged);
 
     wxString GetDefaultStorePath() override;
     bool ChooseToOpen(wxWindow* parent, wxString& path) override;
     bool ChooseToSave(wxWindow* parent, const wxString& title, wxString& path) override;
     bool DiscardEdits(wxWindow* parent) override { return mDiscardEdits(parent); }
+    int BackUp(wxWindow* parent, BackupCause cause) override;
+    void BackUpFile(wxWindow* parent, const wxString& path) override;
     void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                        bool mustExist) override;
 
   private:
+    BackupKeeper& mBackups;
     DiscardCheck mDiscardEdits;
     std::function<void()> mStoreChanged;
 };

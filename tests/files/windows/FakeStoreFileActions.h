@@ -22,6 +22,11 @@ struct FakeStoreFileActions : StoreFileActions {
         Calls += "discard ";
         return MayDiscard;
     }
+    int BackUp(wxWindow*, BackupCause) override {
+        Calls += "backup ";
+        return 0;
+    }
+    void BackUpFile(wxWindow*, const wxString&) override { Calls += "backup:file "; }
     void OpenStoreFile(wxWindow*, Database& database, const wxString& path,
                        bool mustExist) override {
         Calls += "open:" + wxFileName(path).GetFullName() + (mustExist ? " " : ":new ");

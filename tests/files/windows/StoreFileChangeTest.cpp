@@ -69,8 +69,8 @@ TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
         EXPECT_EQ(ReadBytes(path), "precious");
 
         Change(choice, path);
-        EXPECT_EQ(mActions.Calls,
-                  moves ? "discard open:other.vlm " : "discard open:other.vlm:new ");
+        EXPECT_EQ(mActions.Calls, moves ? "discard backup:file backup open:other.vlm "
+                                        : "discard backup:file open:other.vlm:new ");
         EXPECT_EQ(mObserver.Calls, 1);
         EXPECT_EQ(CountCards(), moves ? 1 : 0);
         EXPECT_EQ(wxFileName::FileExists(StorePath()), !moves);
@@ -84,7 +84,7 @@ TEST_F(StoreFileChangeTest, AfterAFailedMoveTheOldStoreIsOpen) {
     EXPECT_EQ(answers.Dialogs[0].Title, "Move failed");
     EXPECT_EQ(answers.Dialogs[0].Message,
               "Unable to move the store file (No such file or directory)");
-    EXPECT_EQ(mActions.Calls, "discard open:store.vlm ");
+    EXPECT_EQ(mActions.Calls, "discard backup open:store.vlm ");
     EXPECT_EQ(mObserver.Calls, 1);
     EXPECT_EQ(CountCards(), 1);
 }
