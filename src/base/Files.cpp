@@ -5,12 +5,18 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <fstream>
-#include <string>
+#include <system_error>
+
+#include "base/Unicode.h"
 
 namespace {
 
@@ -49,6 +55,25 @@ int WriteBlock(int file, const Block& block, size_t size) {
 }
 
 }  // namespace
+
+std::filesystem::path ToPath(const wxString& path) {
+    return std::filesystem::u8path(ToUtf8(path));
+}
+
+wxString FromPath(const std::filesystem::path& path) {
+    return FromUtf8(path.u8string());
+}
+
+wxString SystemErrorText(int error) {
+    switch (error) {
+        case 0:
+            return _("no reason was given");
+        case EILSEQ:
+            return _("it is no whole store of flash cards");
+        default:
+            return wxSysErrorMsgStr(static_cast<unsigned long>(error));
+    }
+}
 
 void SyncDirectory(const std::filesystem::path& file) {
     const FileDescriptor directory(
@@ -124,4 +149,33 @@ bool FileBeginsWith(const std::filesystem::path& file, std::string_view mark) {
     std::string bytes(mark.size(), ' ');
     std::ifstream stream(file, std::ios::binary);
     return stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == mark;
+}
+
+int CopyToNewFile(const std::filesystem::path& from, const std::filesystem::path& to) {
+    const FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!source.IsOpen()) {
+        return errno;
+    }
+    const FileDescriptor target(::open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    return target.IsOpen() ? CopyWholeFile(source.Get(), target.Get()) : errno;
+}
+
+std::filesystem::path TemporaryPlace() {
+    return ToPath(wxFileName::GetTempDir());
+}
+
+TemporaryDirectory::TemporaryDirectory(const std::filesystem::path& stem)
+    : mPath(stem.string() + "-XXXXXX") {
+    mError = ::mkdtemp(mPath.data()) == nullptr ? errno : 0;
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored;
+    if (mError == 0) {
+        std::filesystem::remove_all(mPath, ignored);
+    }
+}
+
+wxString TemporaryDirectory::Path(const wxString& name) const {
+    return FromUtf8(mPath) + "/" + name;
 }

@@ -1,10 +1,22 @@
 #pragma once
 
 #include <unistd.h>
+#include <wx/string.h>
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 #include <utility>
+
+// What the program needs of any file: names, reasons, copies.
+
+// Returns a path as the system has it, in UTF-8, and the way back.
+std::filesystem::path ToPath(const wxString& path);
+wxString FromPath(const std::filesystem::path& path);
+
+// Returns what an error's number of the system means, for the user. 0 has no reason to give, and
+// EILSEQ says of a file that it is no whole store.
+wxString SystemErrorText(int error);
 
 // Owns a file descriptor and closes it.
 class FileDescriptor {
@@ -50,3 +62,30 @@ int CompareBytes(int source, int target);
 // Returns true when a file begins with these bytes; false for one that is shorter or cannot be
 // read.
 bool FileBeginsWith(const std::filesystem::path& file, std::string_view mark);
+
+// Copies a plain file to a path where nothing is, and makes it last. Returns 0 or the error's
+// number; a part may be left at the path.
+int CopyToNewFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// Returns the system's directory for temporary files.
+std::filesystem::path TemporaryPlace();
+
+// A new directory for what is not finished or is needed for a moment only. It goes with the object,
+// with all that is in it.
+class TemporaryDirectory {
+  public:
+    // The name is the stem and some letters that are free. The stem tells where the directory lies.
+    explicit TemporaryDirectory(const std::filesystem::path& stem = TemporaryPlace() / "velomind");
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    // Returns 0, or why there is no directory as the system's number.
+    int GetError() const { return mError; }
+    // Returns the path of a file in it.
+    wxString Path(const wxString& name) const;
+
+  private:
+    std::string mPath;
+    int mError = 0;
+};

@@ -9,8 +9,9 @@
 #include <wx/wfstream.h>
 
 #include <filesystem>
-#include <string>
 #include <system_error>
+
+#include "base/Files.h"
 
 // The settings lie in one text file of lines "Key=value" in a single section, for example
 //
@@ -38,17 +39,17 @@ wxString ConfigurationDirectory() {
 
 // Returns the file itself where its name is a link, since writing replaces what it is given.
 wxString FilePath(const wxString& application) {
-    const std::string path = (ConfigurationDirectory() + "/" + application + ".conf").utf8_string();
+    const wxString path = ConfigurationDirectory() + "/" + application + ".conf";
     std::error_code error;
-    const std::filesystem::path followed = std::filesystem::weakly_canonical(path, error);
-    return wxString::FromUTF8(error ? path : followed.string());
+    const std::filesystem::path followed = std::filesystem::weakly_canonical(ToPath(path), error);
+    return error ? path : FromPath(followed);
 }
 
 // Tells whether the file may be read and replaced. Opening a pipe would wait for ever, and
 // replacing a file that cannot be read would lose the settings in it.
 bool IsUsable(const wxString& path) {
     std::error_code error;
-    switch (std::filesystem::status(path.utf8_string(), error).type()) {
+    switch (std::filesystem::status(ToPath(path), error).type()) {
         case std::filesystem::file_type::regular:
             return wxFileName::IsFileReadable(path);
         case std::filesystem::file_type::not_found:

@@ -175,15 +175,14 @@ SingleInstance::Lock SingleInstance::TakeLock() {
                              S_IRUSR | S_IWUSR));
     struct stat opened {};
     if (!file.IsOpen() || fstat(file.Get(), &opened) != 0) {
-        return Refuse(wxSysErrorMsgStr(static_cast<unsigned long>(errno)));
+        return Refuse(SystemErrorText(errno));
     }
     if (!S_ISREG(opened.st_mode) || opened.st_uid != geteuid()) {
         return Refuse(_("it is no plain file of yours"));
     }
     if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
         // A file system without locks cannot tell of another process.
-        return errno == EWOULDBLOCK ? Lock::Held
-                                    : Refuse(wxSysErrorMsgStr(static_cast<unsigned long>(errno)));
+        return errno == EWOULDBLOCK ? Lock::Held : Refuse(SystemErrorText(errno));
     }
     struct stat named {};
     if (lstat(path.c_str(), &named) != 0 || named.st_ino != opened.st_ino ||

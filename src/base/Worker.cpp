@@ -1,23 +1,20 @@
 #include "base/Worker.h"
 
-bool Worker::Start() {
-    mStarted = Create() == wxTHREAD_NO_ERROR && Run() == wxTHREAD_NO_ERROR;
-    // The worker may have ended by now, so a start that succeeded must leave the flag alone.
-    if (!mStarted) {
-        mFinished = true;
-    }
-    return mStarted;
-}
+#include <wx/log.h>
 
 void Worker::Join() {
-    if (mStarted) {
-        Wait();
-        mStarted = false;
+    mJob.Join();
+    const wxString failure = mJob.TakeFailure();
+    if (!failure.empty()) {
+        OnFailure(failure);
     }
 }
 
-wxThread::ExitCode Worker::Entry() {
-    Work();
-    mFinished = true;
-    return nullptr;
+void Worker::Cancel() {
+    mJob.AskToStop();
+    Join();
+}
+
+void Worker::OnFailure(const wxString& message) {
+    wxLogError("%s", message);
 }

@@ -1,9 +1,11 @@
 #pragma once
 
-#include <wx/thread.h>
+#include <wx/string.h>
 
 #include <atomic>
 #include <cstdint>
+
+#include "base/Job.h"
 
 class wxWindow;
 
@@ -23,29 +25,26 @@ class ProgressSource {
     virtual void OnTimer(wxWindow* /*dialog*/) {}
 };
 
-// A job on a thread of its own. The object belongs to the main thread, which keeps it until the
-// worker has ended. A derived class does its job in Work. It keeps what both threads share in
-// atomic fields, or hands it over by a semaphore. Its destructor cancels or joins, because only
-// there its own members are still alive for the worker.
-class Worker : public ProgressSource, private wxThread {
+// A job whose progress a window shows. A derived class does it in Work and keeps what both threads
+// share in atomic fields, or hands it over by a semaphore. Its destructor cancels or joins, because
+// only there its own members are still alive for the worker.
+class Worker : public ProgressSource {
   public:
     // Returns false when the system has no thread to give; the job then counts as finished.
-    bool Start();
+    bool Start() { return mJob.Start(); }
     // Waits for the end of the thread. Returns at once when it does not run.
     void Join();
-    bool IsFinished() const override { return mFinished; }
+    void Cancel() override;
+    bool IsFinished() const override { return mJob.IsFinished(); }
+    bool IsCancelled() const { return mJob.IsCancelled(); }
 
   protected:
-    Worker() : wxThread(wxTHREAD_JOINABLE) {}
-
     // Does the job. Called once, on the worker's thread.
     virtual void Work() = 0;
+    // Called by Join when Work broke off, with the reason for the user. The log tells it, unless
+    // the job has a better place.
+    virtual void OnFailure(const wxString& message);
 
   private:
-    ExitCode Entry() final;
-
-    // Written by the worker, as the last thing it does.
-    std::atomic<bool> mFinished{false};
-    // True from a successful start until the thread was waited for. Main thread only.
-    bool mStarted = false;
+    Job mJob{[this](const std::atomic<bool>&) { Work(); }};
 };

@@ -6,7 +6,6 @@
 
 #include <unistd.h>
 #include <wx/ffile.h>
-#include <wx/filefn.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
@@ -20,9 +19,11 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/Files.h"
 #include "base/Process.h"
 #include "base/SingleInstance.h"
 #include "base/Text.h"
@@ -72,7 +73,7 @@ class EndingReport : public FatalErrorReport {
 // The store joins the worker of an upgrade itself.
 class SilentWait : public UpgradeWait {
   public:
-    void WaitFor(wxThread& /*worker*/) override {}
+    void WaitFor(const Job& /*worker*/) override {}
 };
 
 // The store that a command works on.
@@ -139,28 +140,6 @@ int Store::Open(Use use) {
     return kCardsDone;
 }
 
-// A directory of our own that goes with this object, and what is in it.
-class TemporaryDirectory {
-  public:
-    TemporaryDirectory() {
-        std::string name = (fs::temp_directory_path() / "velomind-cards-XXXXXX").string();
-        mPath = mkdtemp(name.data()) == nullptr ? std::string() : name;
-    }
-    ~TemporaryDirectory() {
-        std::error_code error;
-        if (!mPath.empty()) {
-            fs::remove_all(mPath, error);
-        }
-    }
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    wxString GetPath() const { return FromUtf8(mPath); }
-
-  private:
-    std::string mPath;
-};
-
 using FilePointer = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // Copies one stream to its end. Returns false when one of them fails.
@@ -181,12 +160,6 @@ bool Copy(std::FILE* from, std::FILE* to) {
 // copied to a temporary file first, which goes with this object. The user's file is never touched.
 class InputFile {
   public:
-    ~InputFile() {
-        if (!mCopy.empty()) {
-            wxRemoveFile(mCopy);
-        }
-    }
-
     // Returns false, with the reason printed, for a file that cannot be read.
     bool Open(const wxString& name);
     const wxString& GetPath() const { return mPath; }
@@ -195,13 +168,13 @@ class InputFile {
     bool CopyPipe(const wxString& name);
 
     wxString mPath;
-    wxString mCopy;
+    std::optional<TemporaryDirectory> mCopy;
 };
 
 bool InputFile::Open(const wxString& name) {
     mPath = FullPath(name);
     std::error_code error;
-    const fs::file_type type = fs::status(fs::u8path(ToUtf8(mPath)), error).type();
+    const fs::file_type type = fs::status(ToPath(mPath), error).type();
     const bool isPipe = name == "-" || type == fs::file_type::fifo ||
                         type == fs::file_type::character || type == fs::file_type::socket;
     const bool isGood = isPipe
@@ -214,19 +187,12 @@ bool InputFile::Open(const wxString& name) {
 }
 
 bool InputFile::CopyPipe(const wxString& name) {
-    const wxLogNull silence;
-    mCopy = wxFileName::CreateTempFileName("velomind-cards");
-    mPath = mCopy;
+    mPath = mCopy.emplace().Path("list");
     const FilePointer from(name == "-" ? fdopen(dup(STDIN_FILENO), "rb")
-                                       : std::fopen(ToUtf8(FullPath(name)).c_str(), "rb"),
+                                       : std::fopen(ToPath(FullPath(name)).c_str(), "rb"),
                            &std::fclose);
-    const FilePointer to(mCopy.empty() ? nullptr : std::fopen(ToUtf8(mCopy).c_str(), "wb"),
-                         &std::fclose);
+    const FilePointer to(std::fopen(ToPath(mPath).c_str(), "wb"), &std::fclose);
     return from != nullptr && to != nullptr && Copy(from.get(), to.get());
-}
-
-wxString SystemText(int error) {
-    return wxSysErrorMsgStr(static_cast<unsigned long>(error));
 }
 
 // Copies an open store into a file that is not there yet.
@@ -234,7 +200,7 @@ int CopyTo(Store& store, const wxString& path) {
     const int error = CopyOpenStore(store.GetDatabase(), path);
     return error == 0 ? int{kCardsDone}
                       : FailStore(wxString::Format(_("The store \"%s\" cannot be copied: %s."),
-                                                   store.GetPath(), SystemText(error)));
+                                                   store.GetPath(), SystemErrorText(error)));
 }
 
 // A file with cards: a deck of another program, or a list whose form is found out.
@@ -304,7 +270,7 @@ int Import(const CardSource& source, Store& store, bool json) {
 // The import itself, into a copy of the store, or into an empty one where there is none.
 int TryImport(const CardSource& source, Store& store, bool json) {
     const TemporaryDirectory directory;
-    Store copy(directory.GetPath() + "/" + kDefaultStoreName);
+    Store copy(directory.Path(kDefaultStoreName));
     if (store.Exists()) {
         int failure = store.Open(Store::Use::kRead);
         if (failure == kCardsDone) {
@@ -407,7 +373,7 @@ int ExportThroughCopy(Database& database, const std::vector<int64_t>& rowIds,
     std::rewind(copy.get());
     const FilePointer output(options.Output.empty()
                                  ? nullptr
-                                 : std::fopen(ToUtf8(FullPath(options.Output)).c_str(), "wb"),
+                                 : std::fopen(ToPath(FullPath(options.Output)).c_str(), "wb"),
                              &std::fclose);
     std::FILE* const to = options.Output.empty() ? stdout : output.get();
     return FinishOutput(to != nullptr && Copy(copy.get(), to));
@@ -425,7 +391,7 @@ int RunExport(const CardsOptions& options) {
     }
     const wxString path = FullPath(options.Output);
     std::error_code error;
-    const fs::file_status status = fs::status(fs::u8path(ToUtf8(path)), error);
+    const fs::file_status status = fs::status(ToPath(path), error);
     if (options.Output.empty() || (fs::exists(status) && !fs::is_regular_file(status))) {
         return ExportThroughCopy(database, rowIds, options);
     }
@@ -544,7 +510,7 @@ int RunCheckStore(const wxString& path, bool json) {
 int RunCheckList(const CardSource& source, const CardsOptions& options) {
     Store store(options.Store);
     const TemporaryDirectory directory;
-    Store empty(directory.GetPath() + "/" + kDefaultStoreName);
+    Store empty(directory.Path(kDefaultStoreName));
     Store& asked = store.Exists() ? store : empty;
     const Store::Use use = store.Exists() ? Store::Use::kRead : Store::Use::kWriteOrCreate;
     if (const int failure = asked.Open(use)) {
@@ -621,7 +587,7 @@ int RunRestore(const CardsOptions& options) {
     }
     if (error != 0) {
         return FailStore(wxString::Format(_("The store \"%s\" cannot be replaced: %s."),
-                                          store.GetPath(), SystemText(error)));
+                                          store.GetPath(), SystemErrorText(error)));
     }
     return FinishOutput(kept.empty() || PrintPath(kept, options.Json));
 }
@@ -644,7 +610,7 @@ int RunRepair(const CardsOptions& options) {
     }
     if (error != 0) {
         return FailStore(wxString::Format(_("The store \"%s\" cannot be written: %s."), target,
-                                          SystemText(error)));
+                                          SystemErrorText(error)));
     }
     return FinishOutput(PrintRepair(report, options.Json));
 }

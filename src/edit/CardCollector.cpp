@@ -92,7 +92,7 @@ class CardCollector {
             mForm.PointAt(CardField::Category);
             return -1;
         }
-        if (mDatabase.CategoryInsert(name) < 0 || !FindCategory(name)) {
+        if (mDatabase.FindOrInsertCategory(name, mCard.CategoryId) < 0) {
             return Refuse(CardField::Category, _("Unable to add the category."));
         }
         return 0;

@@ -11,7 +11,6 @@
 #include <string_view>
 
 #include "base/Files.h"
-#include "base/Unicode.h"
 #include "exchange/ImportJob.h"
 #include "files/StoreFiles.h"
 #include "formats/Delimited.h"
@@ -28,14 +27,13 @@ namespace {
 // in.
 constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
 
-namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
 // The first bytes of the files that spreadsheets keep, new ones and old ones.
 constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
 
 bool IsPackedFile(const wxString& path) {
-    const fs::path file = fs::u8path(ToUtf8(path));
+    const std::filesystem::path file = ToPath(path);
     return std::any_of(std::begin(kPackedMarks), std::end(kPackedMarks),
                        [&file](std::string_view mark) { return FileBeginsWith(file, mark); });
 }

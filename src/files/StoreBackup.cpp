@@ -1,10 +1,8 @@
 #include "files/StoreBackup.h"
 
-#include <sqlite3.h>
 #include <wx/confbase.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
-#include <wx/log.h>
 #include <wx/utils.h>
 
 #include <algorithm>
@@ -20,7 +18,6 @@
 #include "base/Files.h"
 #include "base/SettingsFile.h"
 #include "base/Time.h"
-#include "base/Unicode.h"
 #include "files/StoreFiles.h"
 #include "store/CardUuid.h"
 #include "store/StoreSchema.h"
@@ -31,10 +28,6 @@ namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".vlm";
 constexpr char kUnfinished[] = ".unfinished";
-
-fs::path ToPath(const wxString& path) {
-    return fs::u8path(ToUtf8(path));
-}
 
 struct CauseRow {
     BackupCause Cause;
@@ -142,18 +135,6 @@ class CardWalk {
     bool mHasFailed = false;
 };
 
-// Lets the engine take back what a program that has ended left half done, so that the store is
-// whole by itself until it is replaced.
-void PlayBackJournal(const wxString& storePath) {
-    sqlite3* handle = nullptr;
-    if (wxFileName::FileExists(storePath) &&
-        sqlite3_open_v2(ToUtf8(storePath).c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr) ==
-            SQLITE_OK) {
-        sqlite3_exec(handle, "SELECT count(*) FROM sqlite_master;", nullptr, nullptr, nullptr);
-    }
-    sqlite3_close(handle);
-}
-
 // Makes a directory and those above it, and makes them last. Returns 0 or the error's number.
 int MakeDirectories(const fs::path& directory) {
     std::error_code error;
@@ -178,17 +159,13 @@ void RemoveUnfinished(const fs::path& directory, const wxString& storePath) {
     std::error_code error;
     for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
          entry.increment(error)) {
-        const wxString name = FromUtf8(entry->path().filename().u8string());
+        const wxString name = FromPath(entry->path().filename());
         std::error_code ignored;
         if (name.StartsWith(stem) && name.EndsWith(kUnfinished) &&
             entry->last_write_time(ignored) < limit) {
             fs::remove(entry->path(), ignored);
         }
     }
-}
-
-wxString ReasonOf(int error) {
-    return wxSysErrorMsgStr(static_cast<unsigned long>(error));
 }
 
 }  // namespace
@@ -228,12 +205,12 @@ std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& 
     std::error_code error;
     for (fs::directory_iterator entry(ToPath(directory), error), end; !error && entry != end;
          entry.increment(error)) {
-        const wxString name = FromUtf8(entry->path().filename().u8string());
+        const wxString name = FromPath(entry->path().filename());
         StoreBackup backup;
         wxString rest;
         std::error_code unreadable;
         if (name.StartsWith(stem, &rest) && ParseBackupName(rest, backup)) {
-            backup.Path = FromUtf8(entry->path().u8string());
+            backup.Path = FromPath(entry->path());
             backup.Bytes = entry->file_size(unreadable);
             if (!unreadable) {
                 const uintmax_t log = fs::file_size(ToPath(ReviewLogPath(backup.Path)), unreadable);
@@ -318,7 +295,8 @@ int RestoreBackup(const wxString& backup, const wxString& storePath) {
             return wxFileName::FileExists(backup) ? EILSEQ : ENOENT;
         }
     }
-    PlayBackJournal(storePath);
+    // The store is whole by itself until it is replaced.
+    PlayBackJournal(ToPath(storePath));
     return CopyStoreFile(backup, storePath);
 }
 
@@ -386,7 +364,7 @@ int StoreBackups::MakeCopy(const wxString& storePath, BackupCause cause, const w
     // Two in one second have two names.
     for (wxDateTime time = now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
         const wxString name = BackupName(StemOf(storePath), time, cause);
-        error = copy(FromUtf8((directory / ToUtf8(name)).u8string()));
+        error = copy(FromPath(directory / ToPath(name)));
         if (error != EEXIST) {
             break;
         }
@@ -395,7 +373,7 @@ int StoreBackups::MakeCopy(const wxString& storePath, BackupCause cause, const w
         TellOnce(wxString::Format(
             _("No backup of the store file could be written to \"%s\" (%s). Your cards are safe in "
               "the store file itself."),
-            GetDirectory(), ReasonOf(error)));
+            GetDirectory(), SystemErrorText(error)));
         return error;
     }
     mTold.clear();

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Files.h"
 #include "base/Unicode.h"
 
 namespace {
@@ -40,7 +41,7 @@ constexpr RowCheck kRowChecks[] = {
 
 Handle OpenHandle(const wxString& path, int flags) {
     sqlite3* handle = nullptr;
-    sqlite3_open_v2(ToUtf8(path).c_str(), &handle, flags, nullptr);
+    sqlite3_open_v2(ToPath(path).c_str(), &handle, flags, nullptr);
     return {handle, &sqlite3_close};
 }
 

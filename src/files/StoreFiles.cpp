@@ -1,6 +1,7 @@
 #include "files/StoreFiles.h"
 
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <wx/confbase.h>
@@ -9,6 +10,7 @@
 #include <wx/stdpaths.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -24,12 +26,11 @@
 #include "files/ForeignDatabase.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
+#include "store/StoreCompanions.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const auto& kCompanions = Database::kCompanions;
 
 using namespace std::string_view_literals;
 
@@ -38,20 +39,10 @@ constexpr std::string_view kDatabaseMark = "SQLite format 3\0"sv;
 constexpr std::string_view kMarks[] = {kDatabaseMark, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7"sv,
                                        "\x37\x7F\x06\x82"sv, "\x37\x7F\x06\x83"sv};
 
-fs::path ToPath(const wxString& path) {
-    return fs::u8path(ToUtf8(path));
-}
-
 // False for a text that no file name can hold as it stands, and for an address.
 bool NamesAFile(const wxString& path) {
     return !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos &&
            FromUtf8(ToUtf8(path)) == path;
-}
-
-fs::path Beside(const fs::path& store, const char* suffix) {
-    fs::path companion = store;
-    companion += suffix;
-    return companion;
 }
 
 // True when changes wait in this file of the engine.
@@ -66,14 +57,6 @@ bool IsPending(const fs::path& companion) {
 bool HasPendingChanges(const fs::path& store) {
     return std::any_of(std::begin(kCompanions), std::end(kCompanions),
                        [&](const char* suffix) { return IsPending(Beside(store, suffix)); });
-}
-
-// Call it only when no changes are pending: the files hold nothing then.
-void RemoveCompanions(const fs::path& store) {
-    for (const char* const suffix : kCompanions) {
-        std::error_code error;
-        fs::remove(Beside(store, suffix), error);
-    }
 }
 
 // A pattern for mkstemp and mkdtemp: something beside the file that lives no longer than a move.
@@ -111,7 +94,8 @@ class ReplacedFile {
 };
 
 // The file goes first and comes back last, so that nobody can open it without its journal.
-constexpr std::array<const char*, 4> kReplaced = {"", "-journal", "-wal", "-shm"};
+constexpr std::array<const char*, 4> kReplaced = {"", kCompanions[0], kCompanions[1],
+                                                  kCompanions[2]};
 
 int ReplacedFile::SetAsideFrom(size_t first) {
     for (; first < kReplaced.size(); ++first) {
@@ -181,44 +165,62 @@ int CheckTarget(const fs::path& target) {
     }
 }
 
-// Makes a whole copy under a name of its own, so that a file at the target is not touched before
-// the copy is known to be good.
-int MakeCopy(const fs::path& source, std::string& copyName) {
-    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+// A whole copy of a plain file under a name of its own beside a target, so that a file there is not
+// touched before the copy is known to be good. It goes with the object unless it was renamed.
+class FileCopy {
+  public:
+    explicit FileCopy(const fs::path& target) : mName(TemporaryName(target)) {}
+    ~FileCopy() {
+        if (mIsMade) {
+            ::unlink(mName.c_str());
+        }
+    }
+    FileCopy(const FileCopy&) = delete;
+    FileCopy& operator=(const FileCopy&) = delete;
+
+    // Makes the copy with the function, which takes two open files. Returns 0 or the error's
+    // number.
+    int Make(const fs::path& source, int (*copyBytes)(int source, int target));
+    const std::string& GetName() const { return mName; }
+
+  private:
+    std::string mName;
+    bool mIsMade = false;
+};
+
+int FileCopy::Make(const fs::path& source, int (*copyBytes)(int source, int target)) {
+    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!original.IsOpen() || ::fstat(original.Get(), &status) != 0) {
         return errno;
     }
-    const FileDescriptor copy(::mkostemp(copyName.data(), O_CLOEXEC));
-    if (!copy.IsOpen()) {
+    if (!S_ISREG(status.st_mode)) {
+        return EINVAL;
+    }
+    const FileDescriptor copy(::mkostemp(mName.data(), O_CLOEXEC));
+    mIsMade = copy.IsOpen();
+    if (!mIsMade) {
         return errno;
     }
-    int error = CopyBytes(original.Get(), copy.Get());
-    if (error == 0) {
-        error = CompareBytes(original.Get(), copy.Get());
-    }
-    if (error == 0 && ::fchmod(copy.Get(), status.st_mode & 0777) != 0) {
-        error = errno;
-    }
-    if (error != 0) {
-        ::unlink(copyName.c_str());
-    }
-    return error;
+    const int error = copyBytes(original.Get(), copy.Get());
+    return error == 0 && ::fchmod(copy.Get(), status.st_mode & 0777) != 0 ? errno : error;
+}
+
+int CopyAndCompare(int source, int target) {
+    const int error = CopyBytes(source, target);
+    return error == 0 ? CompareBytes(source, target) : error;
 }
 
 // On success the file that was at the target is set aside, to be deleted or put back.
 int PutCopy(const fs::path& source, const fs::path& target, ReplacedFile& replaced) {
-    std::string copyName = TemporaryName(target);
-    if (const int error = MakeCopy(source, copyName)) {
-        return error;
-    }
-    int error = replaced.SetAside();
-    if (error == 0 && std::rename(copyName.c_str(), target.c_str()) != 0) {
-        error = errno;
-    }
+    FileCopy copy(target);
+    int error = copy.Make(source, CopyAndCompare);
+    error = error == 0 ? replaced.SetAside() : error;
     if (error != 0) {
-        ::unlink(copyName.c_str());
         return error;
+    }
+    if (std::rename(copy.GetName().c_str(), target.c_str()) != 0) {
+        return errno;
     }
     SyncDirectory(target);
     return 0;
@@ -259,21 +261,9 @@ int Rename(const fs::path& source, const fs::path& target) {
 }
 
 void CopyLog(const fs::path& source, const fs::path& target) {
-    const FileDescriptor log(
-        ::open(Beside(source, kReviewLogSuffix).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    struct stat status {};
-    if (!log.IsOpen() || ::fstat(log.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return;
-    }
-    std::string copyName = TemporaryName(target);
-    const FileDescriptor copy(::mkostemp(copyName.data(), O_CLOEXEC));
-    if (!copy.IsOpen()) {
-        return;
-    }
-    ::fchmod(copy.Get(), status.st_mode & 0777);
-    if (CopyWholeFile(log.Get(), copy.Get()) != 0 ||
-        std::rename(copyName.c_str(), Beside(target, kReviewLogSuffix).c_str()) != 0) {
-        ::unlink(copyName.c_str());
+    FileCopy copy(target);
+    if (copy.Make(Beside(source, kReviewLogSuffix), CopyWholeFile) == 0) {
+        std::rename(copy.GetName().c_str(), Beside(target, kReviewLogSuffix).c_str());
     }
 }
 
@@ -293,7 +283,7 @@ void MoveLog(const fs::path& source, const fs::path& target) {
 
 // The engine's files beside a database may be empty or begin with anything, so the name decides.
 bool IsBesideDatabase(const std::string& path) {
-    for (const std::string_view companion : Database::kCompanions) {
+    for (const std::string_view companion : kCompanions) {
         const size_t length = path.size() - std::min(path.size(), companion.size());
         if (std::string_view(path).substr(length) == companion &&
             FileBeginsWith(fs::u8path(path.substr(0, length)), kDatabaseMark)) {
@@ -343,7 +333,7 @@ wxString MakeStorePathFull(const wxString& path) {
 bool IsDatabaseFile(const wxString& path) {
     // A link to such a file counts as one.
     std::error_code error;
-    const fs::path file = fs::canonical(fs::u8path(ToUtf8(path)), error);
+    const fs::path file = fs::canonical(ToPath(path), error);
     // A pipe or a device may never end, or block before its first byte.
     if (error || !fs::is_regular_file(file, error)) {
         return false;
@@ -414,22 +404,18 @@ int CopyStoreFile(const wxString& from, const wxString& to) {
     error.clear();
     const fs::path target = isLink ? fs::weakly_canonical(name, error) : name;
     int result = error ? error.value() : CheckTarget(target);
-    std::string copyName = TemporaryName(target);
-    if (result == 0) {
-        result = MakeCopy(ToPath(from), copyName);
-    }
+    FileCopy copy(target);
+    result = result == 0 ? copy.Make(ToPath(from), CopyAndCompare) : result;
     if (result != 0) {
         return result;
     }
     // Who might read and write the file that goes may do so with the one that comes.
     const fs::perms permissions = fs::status(target, error).permissions();
     if (fs::exists(target, error)) {
-        fs::permissions(copyName, permissions, error);
+        fs::permissions(copy.GetName(), permissions, error);
     }
-    result = Rename(copyName, target);
-    if (result != 0) {
-        ::unlink(copyName.c_str());
-    } else {
+    result = Rename(copy.GetName(), target);
+    if (result == 0) {
         CopyLog(ToPath(from), target);
     }
     return result;
@@ -439,13 +425,22 @@ int KeepStoreFile(const wxString& from, const wxString& to) {
     int result = CopyStoreFile(from, to);
     for (const char* const suffix : kCompanions) {
         const fs::path companion = Beside(ToPath(from), suffix);
-        std::string copyName = TemporaryName(ToPath(to));
         if (result == 0 && IsPending(companion)) {
-            result = MakeCopy(companion, copyName);
-            result = result == 0 ? Rename(copyName, Beside(ToPath(to), suffix)) : result;
+            FileCopy copy(ToPath(to));
+            result = copy.Make(companion, CopyAndCompare);
+            result = result == 0 ? Rename(copy.GetName(), Beside(ToPath(to), suffix)) : result;
         }
     }
     return result;
+}
+
+void PlayBackJournal(const std::filesystem::path& store) {
+    sqlite3* handle = nullptr;
+    if (sqlite3_open_v2(store.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
+        // Any first read does it. What it says of a damaged file does not count.
+        sqlite3_exec(handle, "SELECT count(*) FROM sqlite_master;", nullptr, nullptr, nullptr);
+    }
+    sqlite3_close(handle);
 }
 
 int ReplaceByNewStore(const wxString& path) {
@@ -464,7 +459,7 @@ int ReplaceByNewStore(const wxString& path) {
     }
     const int error = MoveStoreFile(name, path);
     if (error != 0) {
-        ::unlink(ToUtf8(name).c_str());
+        ::unlink(ToPath(name).c_str());
     }
     return error;
 }

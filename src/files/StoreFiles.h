@@ -2,6 +2,8 @@
 
 #include <wx/string.h>
 
+#include <filesystem>
+
 // The store file as a file among others: its path, its move to another place, its end. Nobody may
 // have the store open meanwhile. The engine may have left files of its own beside the store, such
 // as a journal; they belong to it, go with it, and must never meet another store.
@@ -60,6 +62,10 @@ int CopyStoreFile(const wxString& from, const wxString& to);
 // Copies a store that nobody can open, with what the engine would need to mend it, to a path where
 // nothing is. Returns 0 or the error's number.
 int KeepStoreFile(const wxString& from, const wxString& to);
+
+// Lets the engine take back what a program that has ended left half done in a store file, so that
+// the file is whole by itself. Nothing happens where there is no file.
+void PlayBackJournal(const std::filesystem::path& store);
 
 // Puts a new store, without cards, in the place of a file at one stroke, and deletes what the
 // engine may have left beside that. Returns 0, or the error's number with all of it still there.

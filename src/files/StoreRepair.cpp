@@ -16,13 +16,11 @@
 
 #include "files/StoreRepair.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
 #include <wx/intl.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -38,10 +36,10 @@
 #include <vector>
 
 #include "base/Files.h"
-#include "base/Unicode.h"
 #include "files/PageFile.h"
 #include "files/StoreFiles.h"
 #include "store/Database.h"
+#include "store/StoreCompanions.h"
 
 namespace {
 
@@ -204,16 +202,8 @@ void Salvage::RemakeCards() {
 }
 
 int Salvage::WriteCategory(Database& database, int32_t id, const wxString& name) {
-    std::list<Category> made;
     // Two names may have become one; their cards then share the category.
-    if (database.SelectCategoryByName(name, made) < 0 ||
-        (made.empty() &&
-         (database.CategoryInsert(name) < 0 || database.SelectCategoryByName(name, made) < 0)) ||
-        made.empty()) {
-        return -1;
-    }
-    mNewCategoryIds[id] = made.front().Id;
-    return 0;
+    return database.FindOrInsertCategory(name, mNewCategoryIds[id]);
 }
 
 int Salvage::WriteCategories(Database& database) {
@@ -255,75 +245,24 @@ int Salvage::WriteTo(Database& database) {
     return database.InsertFlashCards(cards, inserted);
 }
 
-fs::path ToPath(const wxString& path) {
-    return fs::u8path(ToUtf8(path));
+// Copies the damaged file, and a journal beside it, which is played back there. Returns 0 or the
+// error's number.
+int CopyDamaged(const fs::path& damaged, const fs::path& copy) {
+    const int error = CopyToNewFile(damaged, copy);
+    if (error == 0) {
+        // A missing one is no fault, and one that cannot be read is of no use.
+        const char* const journal = kCompanions.front();
+        CopyToNewFile(Beside(damaged, journal), Beside(copy, journal));
+        PlayBackJournal(copy);
+    }
+    return error;
 }
 
-// A directory beside a file for what is not finished. It goes with the object.
-class WorkDirectory {
-  public:
-    explicit WorkDirectory(const fs::path& file)
-        : mName((file.parent_path() / "velomind-XXXXXX").string()) {
-        mError = ::mkdtemp(mName.data()) == nullptr ? errno : 0;
-    }
-    ~WorkDirectory() {
-        std::error_code ignored;
-        if (mError == 0) {
-            fs::remove_all(mName, ignored);
-        }
-    }
-    WorkDirectory(const WorkDirectory&) = delete;
-    WorkDirectory& operator=(const WorkDirectory&) = delete;
-
-    int GetError() const { return mError; }
-    fs::path GetFile(const char* name) const { return fs::path(mName) / name; }
-
-  private:
-    std::string mName;
-    int mError = 0;
-};
-
-// A copy of the damaged file, and of a journal beside it.
-class DamagedCopy {
-  public:
-    explicit DamagedCopy(const fs::path& file) : mFile(file) {}
-
-    int Take(const fs::path& damaged) {
-        const int error = Copy(damaged, mFile);
-        if (error == 0) {
-            // A missing one is no fault, and one that cannot be read is of no use.
-            Copy(fs::path(damaged) += "-journal", fs::path(mFile) += "-journal");
-            PlayBackJournal();
-        }
-        return error;
-    }
-    std::string ReadBytes() const {
-        std::ostringstream bytes;
-        bytes << std::ifstream(mFile, std::ios::binary).rdbuf();
-        return bytes.str();
-    }
-
-  private:
-    static int Copy(const fs::path& from, const fs::path& to) {
-        const FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
-        if (!source.IsOpen()) {
-            return errno;
-        }
-        const FileDescriptor target(
-            ::open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-        return target.IsOpen() ? CopyWholeFile(source.Get(), target.Get()) : errno;
-    }
-    void PlayBackJournal() const {
-        sqlite3* handle = nullptr;
-        if (sqlite3_open(mFile.c_str(), &handle) == SQLITE_OK) {
-            // Any first read does it. What it says of a damaged file does not count.
-            sqlite3_exec(handle, "SELECT count(*) FROM sqlite_master;", nullptr, nullptr, nullptr);
-        }
-        sqlite3_close(handle);
-    }
-
-    const fs::path mFile;
-};
+std::string ReadBytes(const fs::path& file) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(file, std::ios::binary).rdbuf();
+    return bytes.str();
+}
 
 }  // namespace
 
@@ -332,13 +271,14 @@ int RepairStore(const wxString& damaged, const wxString& target, RepairReport& r
     if (fs::exists(ToPath(target), error)) {
         return EEXIST;
     }
-    const WorkDirectory work(ToPath(target));
-    DamagedCopy copy(work.GetFile("damaged.vlm"));
-    const int result = work.GetError() != 0 ? work.GetError() : copy.Take(ToPath(damaged));
+    // Beside the target, so that the store can be renamed into its place.
+    const TemporaryDirectory work(ToPath(target).replace_filename("velomind"));
+    const fs::path copy = ToPath(work.Path("damaged.vlm"));
+    const int result = work.GetError() != 0 ? work.GetError() : CopyDamaged(ToPath(damaged), copy);
     if (result != 0) {
         return result;
     }
-    const PageFile file(copy.ReadBytes());
+    const PageFile file(ReadBytes(copy));
     Salvage salvage(file);
     salvage.ReadTables();
     salvage.ReadIndexes();
@@ -346,13 +286,13 @@ int RepairStore(const wxString& damaged, const wxString& target, RepairReport& r
         return EILSEQ;
     }
     // The store gets its name once it is whole.
-    const fs::path made = work.GetFile("repaired.vlm");
+    const wxString made = work.Path("repaired.vlm");
     QuietDatabase database;
-    if (database.OpenQuietly(FromUtf8(made.u8string())) < 0 || salvage.WriteTo(database) < 0) {
+    if (database.OpenQuietly(made) < 0 || salvage.WriteTo(database) < 0) {
         return (database.GetLastErrorCode() & 0xFF) == SQLITE_FULL ? ENOSPC : EIO;
     }
     database.Close();
-    fs::rename(made, ToPath(target), error);
+    fs::rename(ToPath(made), ToPath(target), error);
     SyncDirectory(ToPath(target));
     CopyReviewLog(damaged, target);
     report = salvage.Report;

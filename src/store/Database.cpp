@@ -235,7 +235,7 @@ bool Database::IsStoreFile(const wxString& path) {
     const Lock lock(mMutex);
     const char* const name = IsOpen() ? sqlite3_db_filename(mpHandle, "main") : nullptr;
     std::error_code error;
-    return name != nullptr && fs::equivalent(fs::u8path(name), fs::u8path(ToUtf8(path)), error);
+    return name != nullptr && fs::equivalent(fs::u8path(name), ToPath(path), error);
 }
 
 wxString Database::GetPath() const {

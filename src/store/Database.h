@@ -21,7 +21,7 @@
 #include "store/Statement.h"
 #include "store/Subject.h"
 
-class wxThread;
+class Job;
 
 // What a list of cards can be sorted by: a column of the card, or the name of its category.
 enum class CardColumn : uint8_t {
@@ -53,12 +53,11 @@ struct CardOrder {
 using CardRowVisitor = std::function<void(const CardRow&)>;
 
 // What the store asks of the program while a worker upgrades the store file: keep the user informed
-// and come back when the worker has ended. The thread is joinable and already runs; the store joins
-// it afterwards.
+// and come back when the worker has ended. The job already runs; the store joins it afterwards.
 class UpgradeWait {
   public:
     virtual ~UpgradeWait() = default;
-    virtual void WaitFor(wxThread& worker) = 0;
+    virtual void WaitFor(const Job& worker) = 0;
 };
 
 // Gives a connection the function CONTAINS(pattern, text, ...), which is 1 where the engine's
@@ -83,10 +82,6 @@ class Database : public Subject {
     // The report is not owned and must outlive the Database.
     explicit Database(FatalErrorReport& report);
     ~Database() override;
-
-    // What the engine adds to a store's name for its own files beside it. One that was left behind
-    // would be played back into the next store of that name.
-    static constexpr std::array<const char*, 3> kCompanions = {"-journal", "-wal", "-shm"};
 
     // Opens or creates the store file, and upgrades one of the first schema while wait keeps the
     // user informed. The path is made absolute; an empty path and one that begins with "file:"
@@ -237,6 +232,8 @@ class Database : public Subject {
     // Gives the new row the smallest unused id; stray cards of that id go to -1 first. A name that
     // exists fails in the engine: ask SelectCategoryByName first.
     int CategoryInsert(const wxString& name);
+    // Gives the id of the category of that name, which is made where there is none.
+    int FindOrInsertCategory(const wxString& name, int32_t& id);
     int UpdateCategory(const Category& category);
     // Refused with -1 while cards are in it.
     int DeleteCategory(int32_t id);
@@ -456,5 +453,5 @@ class QuietDatabase : private FatalErrorReport, private UpgradeWait, public Data
   private:
     void Report(const wxString&) override {}
     void DeliverPending() override {}
-    void WaitFor(wxThread&) override {}
+    void WaitFor(const Job&) override {}
 };

@@ -39,6 +39,18 @@ int Database::CategoryInsert(const wxString& name) {
     return Run(StatementId::kCategoryInsert, "CategoryInsert", id, name);
 }
 
+int Database::FindOrInsertCategory(const wxString& name, int32_t& id) {
+    const Lock lock(mMutex);
+    std::list<Category> found;
+    if (SelectCategoryByName(name, found) < 0 ||
+        (found.empty() && (CategoryInsert(name) < 0 || SelectCategoryByName(name, found) < 0)) ||
+        found.empty()) {
+        return -1;
+    }
+    id = found.front().Id;
+    return 0;
+}
+
 int Database::UpdateCategory(const Category& category) {
     return Run(StatementId::kUpdateCategory, "UpdateCategory", category.Name, category.Id);
 }

@@ -15,7 +15,6 @@
 #include <wx/filefn.h>
 #include <wx/intl.h>
 #include <wx/log.h>
-#include <wx/thread.h>
 
 #include <array>
 #include <cstdint>
@@ -25,11 +24,13 @@
 #include <utility>
 
 #include "base/Files.h"
+#include "base/Job.h"
 #include "base/Process.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
+#include "store/StoreCompanions.h"
 #include "store/StoreSchema.h"
 
 namespace {
@@ -90,13 +91,6 @@ fs::path FollowLinks(fs::path file) {
     return file;
 }
 
-void RemoveCompanions(const fs::path& store) {
-    for (const char* const suffix : Database::kCompanions) {
-        std::error_code error;
-        fs::remove(fs::path(store) += suffix, error);
-    }
-}
-
 // Gives a finished store the name of a file that does not exist or is empty.
 bool PutInPlace(const fs::path& made, const fs::path& target) {
     const FileKind kind = KindOf(target);
@@ -152,24 +146,6 @@ int CountCall(void* calls) {
     return ++*static_cast<int*>(calls) > kMostSchemaCalls ? 1 : 0;
 }
 
-// Brings the cards of a first-schema file to the present form. While it lives it is the only thread
-// that uses the handle. It writes the engine's result once, which is read after it was joined.
-class UpgradeThread : public wxThread {
-  public:
-    UpgradeThread(sqlite3* handle, int& result)
-        : wxThread(wxTHREAD_JOINABLE), mpHandle(handle), mResult(result) {}
-
-  protected:
-    ExitCode Entry() override {
-        mResult = sqlite3_exec(mpHandle, kUpgradeFirstSchema, nullptr, nullptr, nullptr);
-        return nullptr;
-    }
-
-  private:
-    sqlite3* mpHandle;
-    int& mResult;
-};
-
 wxString IndexName(wxString columns) {
     columns.Replace(" ", "");
     columns.Replace(",", "_");
@@ -200,7 +176,7 @@ int QuietDatabase::OpenQuietly(const wxString& path) {
 
 int Database::OpenSteps(const wxString& path, UpgradeWait& wait) {
     const wxString file = StorePath(path);
-    const FileKind kind = file.empty() ? FileKind::kUnfit : KindOf(fs::u8path(ToUtf8(file)));
+    const FileKind kind = file.empty() ? FileKind::kUnfit : KindOf(ToPath(file));
     if (kind == FileKind::kUnfit || (IsNew(kind) && CreateStoreFile(file, wait) < 0)) {
         return -1;
     }
@@ -212,10 +188,10 @@ int Database::CreateStoreFile(const wxString& file, UpgradeWait& wait) {
     if (GenerateUuid(unique) != 0) {
         return -1;
     }
-    const fs::path target = FollowLinks(fs::u8path(ToUtf8(file)));
+    const fs::path target = FollowLinks(ToPath(file));
     const fs::path made =
         target.parent_path() / ("velomind-" + ToUtf8(FormatUuid(unique).Left(8)) + ".new");
-    const int result = OpenFile(FromUtf8(made.u8string()), wait);
+    const int result = OpenFile(FromPath(made), wait);
     CloseHandle();
     if (result < 0 || !PutInPlace(made, target)) {
         std::error_code error;
@@ -247,7 +223,7 @@ void Database::OpenDirectory() {
     mDirectory =
         FileDescriptor(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!mDirectory.IsOpen()) {
-        VELOMIND_TRACE("cannot sync the directory of \"%s\"", FromUtf8(file.u8string()));
+        VELOMIND_TRACE("cannot sync the directory of \"%s\"", FromPath(file));
     }
 }
 
@@ -342,8 +318,11 @@ int Database::BringToVersion(UpgradeWait& wait) {
 
 int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     int result = SQLITE_ERROR;
-    UpgradeThread worker(mpHandle, result);
-    if (worker.Run() != wxTHREAD_NO_ERROR) {
+    // While it runs it alone uses the handle.
+    Job worker([&result, handle = mpHandle](const std::atomic<bool>&) {
+        result = sqlite3_exec(handle, kUpgradeFirstSchema, nullptr, nullptr, nullptr);
+    });
+    if (!worker.Start()) {
         return -1;
     }
     // The windows behind the waiting one go on asking meanwhile. They find no statement, and the
@@ -351,7 +330,7 @@ int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     mPrepared = {};
     mMutex.unlock();
     wait.WaitFor(worker);
-    worker.Wait();
+    worker.Join();
     mMutex.lock();
     if (result != SQLITE_OK) {
         KeepError();

@@ -101,15 +101,7 @@ class FormerPlaces {
         if (!found.empty() && found.front().Name == former.Name) {
             return 0;
         }
-        if (mDatabase.SelectCategoryByName(former.Name, found) < 0) {
-            return -1;
-        }
-        if (found.empty() && (mDatabase.CategoryInsert(former.Name) < 0 ||
-                              mDatabase.SelectCategoryByName(former.Name, found) < 0)) {
-            return -1;
-        }
-        id = found.empty() ? former.Id : found.front().Id;
-        return 0;
+        return mDatabase.FindOrInsertCategory(former.Name, id);
     }
 
     Database& mDatabase;

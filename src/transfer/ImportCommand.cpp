@@ -16,7 +16,7 @@
 #include <filesystem>
 #include <string>
 
-#include "base/Unicode.h"
+#include "base/Files.h"
 #include "exchange/ImportJob.h"
 #include "formats/LegacyStoreReader.h"
 #include "shell/AppServices.h"
@@ -24,6 +24,7 @@
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "store/Database.h"
+#include "store/StoreCompanions.h"
 #include "transfer/ImportDialog.h"
 #include "transfer/ImportRun.h"
 
@@ -160,13 +161,12 @@ bool ChooseFile(wxWindow* parent, wxString& path) {
 
 bool BelongsToStore(Database& database, const wxString& path) {
     namespace fs = std::filesystem;
-    const std::string store = ToUtf8(database.GetPath());
-    const fs::path file = fs::u8path(ToUtf8(path));
+    const fs::path store = ToPath(database.GetPath());
     std::error_code error;
     return database.IsStoreFile(path) ||
-           fs::equivalent(fs::u8path(store + "-journal"), file, error) ||
-           fs::equivalent(fs::u8path(store + "-wal"), file, error) ||
-           fs::equivalent(fs::u8path(store + "-shm"), file, error);
+           std::any_of(kCompanions.begin(), kCompanions.end(), [&](const char* suffix) {
+               return fs::equivalent(Beside(store, suffix), ToPath(path), error);
+           });
 }
 
 void RunImportCommand(wxWindow* parent, AppServices& services, Database& database,

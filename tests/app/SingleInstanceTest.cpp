@@ -15,7 +15,7 @@ using Standing = SingleInstance::Standing;
 struct SingleInstanceTest : GuiTest {
     wxString Directory() const { return mRuntime.Path(wxString()); }
 
-    TemporaryDirectory mRuntime;
+    TestDirectory mRuntime;
     int mCalls = 0;
 };
 

@@ -19,7 +19,7 @@ struct StoreLifecycleTest : GuiTest {
     wxString Stored() const { return ReadStringSetting("DatabasePath"); }
     wxString Path(const wxString& name) const { return mFiles.Path(name); }
 
-    TemporaryDirectory mFiles;
+    TestDirectory mFiles;
     RecordingReport mReport;
     Database mDatabase{mReport};
 };

@@ -19,7 +19,7 @@ struct StoreFilesTest : ::testing::Test {
         return wxDir::GetAllFiles(Path(wxString()), &files);
     }
 
-    TemporaryDirectory mDirectory;
+    TestDirectory mDirectory;
     const wxString mStore = Path("store.vlm");
     // More than one block, and no whole number of them.
     const std::string mCards = std::string(100001, 'a') + std::string(100000, 'b');

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <wx/thread.h>
 #include <wx/utils.h>
 
 #include <utility>
 #include <vector>
 
+#include "base/Job.h"
 #include "base/Process.h"
 #include "base/Time.h"
 #include "scheduler/Scheduler.h"
@@ -43,8 +43,8 @@ struct RecordingReport : FatalErrorReport {
 
 // Waits for the upgrade without a window.
 struct SilentUpgradeWait : UpgradeWait {
-    void WaitFor(wxThread& worker) override {
-        while (worker.IsRunning()) {
+    void WaitFor(const Job& worker) override {
+        while (!worker.IsFinished()) {
             wxMilliSleep(1);
         }
         ++Waits;

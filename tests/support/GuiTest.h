@@ -98,7 +98,7 @@ struct OwnWindows {
     OwnWindows();
     ~OwnWindows();
 
-    TemporaryDirectory mSettingsDirectory;
+    TestDirectory mSettingsDirectory;
 };
 
 class GuiTest : public ::testing::Test, protected OwnWindows {};

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -14,34 +13,23 @@ namespace {
 
 // Returns memory where there is plenty of it, as each change of a store waits for a disk. A place
 // that the user names comes first.
-std::filesystem::path TemporaryPlace() {
+std::filesystem::path QuickPlace() {
     const std::filesystem::path memory = "/dev/shm";
     constexpr std::uintmax_t kPlenty = std::uintmax_t{1} << 31;
     std::error_code error;
     const std::filesystem::space_info space = std::filesystem::space(memory, error);
     const bool isFast = !error && space.available > kPlenty && std::getenv("TMPDIR") == nullptr;
-    return isFast ? memory : std::filesystem::temp_directory_path();
+    return isFast ? memory : TemporaryPlace();
 }
 
 }  // namespace
 
-TemporaryDirectory::TemporaryDirectory() {
-    std::string pattern = (TemporaryPlace() / "velomind-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-        // Without a directory of its own a test would work on, and clean up, the root of all files.
-        std::perror(pattern.c_str());
+TestDirectory::TestDirectory() : TemporaryDirectory(QuickPlace() / "velomind") {
+    if (GetError() != 0) {
+        // A test would go on with files that cannot be made.
+        std::perror("no directory for the test");
         std::abort();
     }
-    mPath = wxString::FromUTF8(pattern);
-}
-
-TemporaryDirectory::~TemporaryDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(mPath.utf8_string(), ignored);
-}
-
-wxString TemporaryDirectory::Path(const wxString& name) const {
-    return mPath + "/" + name;
 }
 
 void WriteBytes(const wxString& path, const std::string& bytes) {

@@ -10,21 +10,13 @@
 #include <utility>
 #include <vector>
 
+#include "base/Files.h"
 #include "store/Database.h"
 #include "support/Fakes.h"
 
 // A fresh directory for one test, removed with everything in it.
-class TemporaryDirectory {
-  public:
-    TemporaryDirectory();
-    ~TemporaryDirectory();
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    wxString Path(const wxString& name) const;
-
-  private:
-    wxString mPath;
+struct TestDirectory : TemporaryDirectory {
+    TestDirectory();
 };
 
 // Writes bytes to a file, and reads a whole file as bytes.
@@ -65,7 +57,7 @@ struct StoreFixture : ::testing::Test {
     wxString StorePath() const { return mDirectory.Path("store.vlm"); }
     void Reopen();
 
-    TemporaryDirectory mDirectory;
+    TestDirectory mDirectory;
     RecordingReport mReport;
     SilentUpgradeWait mWait;
     Database mDatabase{mReport};

@@ -25,24 +25,6 @@ struct FakeJob : ProgressSource {
     std::function<void(wxWindow&)> AtTick = [](wxWindow&) {};
 };
 
-struct IdleWorker : Worker {
-    ~IdleWorker() override { Join(); }
-    int32_t GetMaximum() const override { return 1; }
-    int32_t GetPosition() const override { return 0; }
-    void Cancel() override { Join(); }
-    void Work() override {}
-};
-
-// A worker that ends while it is being started left its window open for ever.
-TEST(ProgressDialogTest, AWorkerThatEndsAtOnceIsFinished) {
-    for (int i = 0; i < 5000; ++i) {
-        IdleWorker worker;
-        ASSERT_TRUE(worker.Start());
-        worker.Join();
-        ASSERT_TRUE(worker.IsFinished()) << i;
-    }
-}
-
 TEST(ProgressDialogTest, AJobWithoutLengthEndsAtTheFirstTick) {
     FakeJob job;
     job.Length = 0;

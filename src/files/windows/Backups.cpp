@@ -9,6 +9,7 @@
 #include <list>
 #include <map>
 
+#include "base/Files.h"
 #include "base/Time.h"
 #include "files/StoreFiles.h"
 #include "files/windows/StoreOpening.h"
@@ -30,14 +31,22 @@ bool IsLarge(const wxString& storePath) {
     return size != wxInvalidSize && size.GetValue() > kLargeStoreBytes;
 }
 
-// Runs a job at once, or on a thread behind a wait dialog where the store is large.
-void RunBackup(wxWindow* parent, const wxString& storePath, const std::function<void()>& job) {
+// Runs a job at once, or on a thread behind a wait dialog where the store is large. Returns its
+// result.
+int RunBackup(wxWindow* parent, const wxString& storePath, const std::function<int()>& job) {
     if (IsLarge(storePath)) {
-        RunBehindWait(parent, _("Backing Up"), job);
-    } else {
-        const wxBusyCursor busy;
-        job();
+        return RunBehindWait(parent, _("Backing Up"), job);
     }
+    const wxBusyCursor busy;
+    return job();
+}
+
+// A failure was told and is no reason to stop.
+void BackUpClosedFile(wxWindow* parent, const wxString& path) {
+    RunBackup(parent, path, [&path] {
+        return StoreBackups(ReadBackupSettings(), TellByLog)
+            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
+    });
 }
 
 }  // namespace
@@ -59,31 +68,17 @@ void BackupKeeper::Update(Subject*) {
 int BackupKeeper::BackUp(wxWindow* parent, BackupCause cause) {
     StoreBackups keepingAll(ReadBackupSettings(BackupCause::kRestore), TellByLog);
     StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : *mpBackups;
-    int error = 0;
-    RunBackup(parent, mDatabase.GetPath(),
-              [&] { error = backups.Make(mDatabase, cause, CurrentTime()); });
-    return error;
+    return RunBackup(parent, mDatabase.GetPath(),
+                     [&] { return backups.Make(mDatabase, cause, CurrentTime()); });
 }
 
 void BackupKeeper::BackUpDay(wxWindow* parent) {
     const wxDateTime now = CurrentTime();
     if (IsLarge(mDatabase.GetPath()) && !mpBackups->IsDayDone(mDatabase.GetPath(), now)) {
         RunBehindWait(parent, _("Backing Up"),
-                      [&] { mpBackups->Make(mDatabase, BackupCause::kDay, now); });
+                      [&] { return mpBackups->Make(mDatabase, BackupCause::kDay, now); });
     }
 }
-
-namespace {
-
-// What goes wrong is told through the log.
-void BackUpClosedFile(wxWindow* parent, const wxString& path) {
-    RunBackup(parent, path, [&path] {
-        StoreBackups(ReadBackupSettings(), TellByLog)
-            .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
-    });
-}
-
-}  // namespace
 
 void BackupKeeper::BackUpFile(wxWindow* parent, const wxString& path) {
     if (mDatabase.IsStoreFile(path)) {
@@ -104,16 +99,15 @@ namespace {
 // the backup is.
 int WriteBackup(wxWindow* parent, Database& database, const wxString& path) {
     const wxString unfinished = FreePathBeside(path, "unfinished");
-    int error = 0;
-    RunBackup(parent, database.GetPath(), [&] {
-        error = CopyOpenStore(database, unfinished);
+    return RunBackup(parent, database.GetPath(), [&] {
+        int error = CopyOpenStore(database, unfinished);
         error = error == 0 ? MoveStoreFile(unfinished, path) : error;
         if (error != 0 && wxFileName::FileExists(unfinished)) {
             // The log tells when it cannot be removed.
             wxRemoveFile(unfinished);
         }
+        return error;
     });
-    return error;
 }
 
 }  // namespace
@@ -138,7 +132,7 @@ void BackUpWhereWanted(wxWindow* parent, Database& database) {
     const wxString text =
         error == 0 ? wxString::Format(_("The backup was written to \"%s\"."), path)
                    : wxString::Format(_("The backup could not be written to \"%s\" (%s)."), path,
-                                      wxSysErrorMsgStr(static_cast<unsigned long>(error)));
+                                      SystemErrorText(error));
     ShowMessageBox(text, caption, wxOK | wxCENTRE, parent);
 }
 
@@ -147,21 +141,12 @@ namespace {
 // Finds or makes the category of a backup in the store. Returns 0 or a negative value.
 int FindCategory(Database& backup, Database& store, int32_t id, int32_t& found) {
     std::list<Category> then;
-    std::list<Category> now;
     found = -1;
     // Deleted cards go back to the deleted ones, and so do those whose category is not known.
     if (id == -1 || backup.SelectCategoryById(id, then) < 0 || then.empty()) {
         return 0;
     }
-    const wxString& name = then.front().Name;
-    if (store.SelectCategoryByName(name, now) < 0 ||
-        (now.empty() &&
-         (store.CategoryInsert(name) < 0 || store.SelectCategoryByName(name, now) < 0)) ||
-        now.empty()) {
-        return -1;
-    }
-    found = now.front().Id;
-    return 0;
+    return store.FindOrInsertCategory(then.front().Name, found);
 }
 
 }  // namespace

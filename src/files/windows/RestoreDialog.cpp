@@ -13,8 +13,9 @@
 #include <algorithm>
 #include <list>
 
+#include "base/Files.h"
+#include "base/Job.h"
 #include "base/Text.h"
-#include "base/Worker.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
 #include "files/windows/Backups.h"
@@ -27,41 +28,32 @@
 
 // Reads one backup, and compares it with the store when that is wanted. It opens both itself, so
 // that the windows' store is not kept waiting.
-class BackupReader : public Worker {
-  public:
+struct BackupReader {
     // An empty path of the store for none.
     BackupReader(const wxString& backupPath, const wxString& storePath)
-        : mBackupPath(backupPath), mStorePath(storePath) {}
-    ~BackupReader() override { Join(); }
+        : BackupPath(backupPath),
+          StorePath(storePath),
+          Reading([this](const std::atomic<bool>&) { Read(); }) {}
 
-    int32_t GetMaximum() const override { return 0; }
-    int32_t GetPosition() const override { return 0; }
-    void Cancel() override { Join(); }
-
-    bool IsComparison() const { return !mStorePath.empty(); }
-    // For the main thread, once the job has ended.
-    bool IsReadable() const { return mResult >= 0; }
-    const StoreDifference& GetDifference() const { return mDifference; }
-
-  protected:
-    void Work() override {
+    bool IsComparison() const { return !StorePath.empty(); }
+    void Read() {
         QuietDatabase backup;
         QuietDatabase store;
-        if (!wxFileName::FileExists(mBackupPath) || backup.OpenQuietly(mBackupPath) < 0) {
+        if (!wxFileName::FileExists(BackupPath) || backup.OpenQuietly(BackupPath) < 0) {
             return;
         }
-        mResult = backup.CountAllCards(mDifference.BackupCards);
-        if (IsComparison() && store.OpenQuietly(mStorePath) >= 0) {
-            mResult = CompareStores(store, backup, mDifference);
+        Result = backup.CountAllCards(Difference.BackupCards);
+        if (IsComparison() && store.OpenQuietly(StorePath) >= 0) {
+            Result = CompareStores(store, backup, Difference);
         }
     }
 
-  private:
-    const wxString mBackupPath;
-    const wxString mStorePath;
+    const wxString BackupPath;
+    const wxString StorePath;
     // Written by the worker before it ends.
-    int mResult = -1;
-    StoreDifference mDifference;
+    int Result = -1;
+    StoreDifference Difference;
+    Job Reading;
 };
 
 namespace {
@@ -73,10 +65,6 @@ constexpr int kCardsColumn = 2;
 
 wxString FormatTime(const wxDateTime& time) {
     return time.Format("%x %H:%M");
-}
-
-wxString ReasonOf(int error) {
-    return wxSysErrorMsgStr(static_cast<unsigned long>(error));
 }
 
 // Lists the cards of a backup that the store does not have any more, all of them selected.
@@ -218,7 +206,7 @@ int RestoreDialog::SelectedRow() const {
 }
 
 void RestoreDialog::OnTimer(wxTimerEvent&) {
-    if (mpReader != nullptr && !mpReader->IsFinished()) {
+    if (mpReader != nullptr && !mpReader->Reading.IsFinished()) {
         return;
     }
     if (mpReader != nullptr) {
@@ -228,12 +216,13 @@ void RestoreDialog::OnTimer(wxTimerEvent&) {
 }
 
 void RestoreDialog::TakeResult() {
-    mpReader->Join();
+    mpReader->Reading.Join();
+    const bool hasFailed = !mpReader->Reading.TakeFailure().empty();
     Row& row = mRows[mReading];
     row.IsRead = true;
     row.IsCompared = row.IsCompared || mpReader->IsComparison();
-    row.IsReadable = mpReader->IsReadable();
-    row.Difference = mpReader->GetDifference();
+    row.IsReadable = mpReader->Result >= 0 && !hasFailed;
+    row.Difference = mpReader->Difference;
     mpReader.reset();
     mpList->SetTextValue(row.IsReadable ? wxString::Format("%i", row.Difference.BackupCards)
                                         : wxString(_("Unreadable")),
@@ -255,7 +244,7 @@ void RestoreDialog::ReadNext() {
                        : static_cast<size_t>(std::distance(mRows.begin(), unread));
     mpReader = std::make_unique<BackupReader>(mRows[mReading].Backup.Path,
                                               compare ? mStorePath : wxString());
-    mpReader->Start();
+    mpReader->Reading.Start();
 }
 
 void RestoreDialog::ShowSelected() {
@@ -369,7 +358,7 @@ namespace {
 void TellFailure(wxWindow* parent, const wxString& path, int error) {
     ShowMessageBox(wxString::Format(_("The backup \"%s\" could not be restored (%s). The store "
                                       "file is as it was."),
-                                    path, ReasonOf(error)),
+                                    path, SystemErrorText(error)),
                    _("Restore failed"), wxOK | wxCENTRE, parent);
 }
 
@@ -377,7 +366,7 @@ bool MayGoOnWithoutBackup(wxWindow* parent, int error) {
     return ShowMessageBox(
                wxString::Format(_("The store file as it is now could not be kept (%s). Its "
                                   "cards would be lost. Do you want to continue?"),
-                                ReasonOf(error)),
+                                SystemErrorText(error)),
                _("Restore"), wxYES_NO | wxNO_DEFAULT, parent) == wxYES;
 }
 
@@ -439,11 +428,11 @@ bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath) {
 bool RepairUnreadableStore(wxWindow* parent, const wxString& storePath, wxString& repaired) {
     const wxString target = FreePathBeside(storePath, _("repaired"));
     RepairReport report;
-    int error = 0;
-    RunBehindWait(parent, _("Repairing"), [&] { error = RepairStore(storePath, target, report); });
+    const int error = RunBehindWait(parent, _("Repairing"),
+                                    [&] { return RepairStore(storePath, target, report); });
     if (error != 0) {
         ShowMessageBox(wxString::Format(_("Nothing could be read of \"%s\" (%s)."), storePath,
-                                        ReasonOf(error)),
+                                        SystemErrorText(error)),
                        _("Repair"), wxOK | wxCENTRE, parent);
         return false;
     }

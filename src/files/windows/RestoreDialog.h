@@ -11,12 +11,12 @@
 
 #include "files/StoreBackup.h"
 
-class BackupReader;
 class StoreFileActions;
 class wxButton;
 class wxDataViewEvent;
 class wxDataViewListCtrl;
 class wxTextCtrl;
+struct BackupReader;
 
 // Lists the backups of a store with what differs from now. The dialog opens at once; a worker reads
 // one backup after the other, the selected one first. Ends with wxID_OK when the user wants to go

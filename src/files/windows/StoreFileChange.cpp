@@ -7,6 +7,7 @@
 
 #include <utility>
 
+#include "base/Files.h"
 #include "files/StoreFiles.h"
 #include "files/windows/Backups.h"
 #include "files/windows/StoreOpening.h"
@@ -108,8 +109,7 @@ bool StoreFileChange::MayReplace(const wxString& caption) const {
 }
 
 void StoreFileChange::Tell(const wxString& format, int error, const wxString& caption) const {
-    const wxString reason = wxSysErrorMsgStr(static_cast<unsigned long>(error));
-    ShowMessageBox(wxString::Format(format, reason), caption, wxOK, mpParent);
+    ShowMessageBox(wxString::Format(format, SystemErrorText(error)), caption, wxOK, mpParent);
 }
 
 void StoreFileChange::Reopen(const wxString& path, bool mustExist) {

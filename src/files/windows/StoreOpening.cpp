@@ -11,9 +11,11 @@
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
-#include <wx/thread.h>
 #include <wx/utils.h>
 
+#include <cerrno>
+
+#include "base/Job.h"
 #include "base/Process.h"
 #include "base/Text.h"
 #include "files/StoreFiles.h"
@@ -242,7 +244,7 @@ namespace {
 
 constexpr int kDialogId = 10120;
 
-void WaitFor(wxWindow* parent, const wxString& title, const wxThread& worker) {
+void WaitFor(wxWindow* parent, const wxString& title, const Job& worker) {
     ThreadWaitDialog dialog(parent, kDialogId, wxString(), wxDefaultPosition, wxSize(400, 300),
                             wxDEFAULT_DIALOG_STYLE);
     dialog.Watch(worker);
@@ -250,36 +252,28 @@ void WaitFor(wxWindow* parent, const wxString& title, const wxThread& worker) {
     dialog.ShowModal();
 }
 
-class JobThread : public wxThread {
-  public:
-    explicit JobThread(const std::function<void()>& job) : wxThread(wxTHREAD_JOINABLE), mJob(job) {}
-
-  private:
-    ExitCode Entry() override {
-        mJob();
-        return nullptr;
-    }
-
-    const std::function<void()>& mJob;
-};
-
 }  // namespace
 
-void RunBehindWait(wxWindow* parent, const wxString& title, const std::function<void()>& job) {
-    JobThread thread(job);
-    if (thread.Create() != wxTHREAD_NO_ERROR || thread.Run() != wxTHREAD_NO_ERROR) {
-        const wxBusyCursor busy;
-        job();
-        return;
-    }
-    {
+int RunBehindWait(wxWindow* parent, const wxString& title, const std::function<int()>& task) {
+    int result = 0;
+    Job job([&](const std::atomic<bool>&) { result = task(); });
+    if (job.Start()) {
         const wxBusyCursorSuspender ready;
-        WaitFor(parent, title, thread);
+        WaitFor(parent, title, job);
+        job.Join();
+    } else {
+        const wxBusyCursor busy;
+        job.RunHere();
     }
-    thread.Wait();
+    const wxString failure = job.TakeFailure();
+    if (failure.empty()) {
+        return result;
+    }
+    wxLogError("%s", failure);
+    return ECANCELED;
 }
 
-void AppUpgradeWait::WaitFor(wxThread& worker) {
+void AppUpgradeWait::WaitFor(const Job& worker) {
     ::WaitFor(mpParent, _("Upgrading Database"), worker);
 }
 
@@ -316,14 +310,14 @@ void ThreadWaitDialog::OnTimer(wxTimerEvent&) {
     const wxLongLong elapsed = wxGetUTCTimeMillis() - mCreated;
     mpGauge->SetRange(kFullGaugeMilliseconds);
     mpGauge->SetValue(static_cast<int>((elapsed % kFullGaugeMilliseconds).ToLong()));
-    if (mpThread != nullptr && mpThread->IsAlive()) {
+    if (mpJob != nullptr && !mpJob->IsFinished()) {
         return;
     }
     mTimer.Stop();
     EndModal(wxID_OK);
 }
 
-// Nothing but the end of the thread ends the wait.
+// Nothing but the end of the job ends the wait.
 void ThreadWaitDialog::OnClose(wxCloseEvent& event) {
     if (event.CanVeto()) {
         event.Veto();

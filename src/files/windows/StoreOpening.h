@@ -10,9 +10,9 @@
 #include "store/Database.h"
 
 class FatalErrorReport;
+class Job;
 class wxGauge;
 class wxTextCtrl;
-class wxThread;
 class wxWindow;
 
 // Ask the user for a path, beginning in the directory of the given one. Return true and the chosen
@@ -72,30 +72,31 @@ class AppUpgradeWait : public UpgradeWait {
   public:
     // The parent of the dialog, or null.
     explicit AppUpgradeWait(wxWindow* parent) : mpParent(parent) {}
-    void WaitFor(wxThread& worker) override;
+    void WaitFor(const Job& worker) override;
 
   private:
     wxWindow* mpParent;
 };
 
-// Runs a job on a thread of its own behind a modal dialog, and returns when it has ended.
-void RunBehindWait(wxWindow* parent, const wxString& title, const std::function<void()>& job);
+// Runs a task on a thread of its own behind a modal dialog, and returns its result when it has
+// ended. One that throws is told through the log, and the result then is ECANCELED.
+int RunBehindWait(wxWindow* parent, const wxString& title, const std::function<int()>& task);
 
-// Asks for patience while a worker thread lives and ends by itself with wxID_OK when the worker has
-// ended. The gauge only shows that the program lives: it fills once in two minutes and starts over.
+// Asks for patience while a worker runs and ends by itself with wxID_OK when the worker has ended.
+// The gauge only shows that the program lives: it fills once in two minutes and starts over.
 class ThreadWaitDialog : public wxDialog {
   public:
     ThreadWaitDialog(wxWindow* parent, wxWindowID id, const wxString& title,
                      const wxPoint& position, const wxSize& size, long style);
 
-    // The thread to wait for, a joinable one that already runs; call it before ShowModal.
-    void Watch(const wxThread& thread) { mpThread = &thread; }
+    // The job to wait for, which already runs; call it before ShowModal.
+    void Watch(const Job& job) { mpJob = &job; }
 
   private:
     void OnTimer(wxTimerEvent& event);
     void OnClose(wxCloseEvent& event);
 
-    const wxThread* mpThread = nullptr;
+    const Job* mpJob = nullptr;
     wxGauge* mpGauge = nullptr;
     wxTimer mTimer;
     wxLongLong mCreated;

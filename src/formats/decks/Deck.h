@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "base/Files.h"
 #include "formats/CardRecord.h"
 #include "store/FlashCard.h"
 
@@ -130,7 +131,6 @@ struct DeckFileOptions {
 // directory that goes with this object. Several decks may be opened from it one after another.
 class DeckFile {
   public:
-    ~DeckFile();
     DeckFile(const DeckFile&) = delete;
     DeckFile& operator=(const DeckFile&) = delete;
 
@@ -146,12 +146,12 @@ class DeckFile {
   private:
     enum class Kind { kAnki, kMnemosyneXml, kMnemosyneStore };
 
-    DeckFile() = default;
+    DeckFile();
     bool Unpack(const wxString& path, const DeckFileOptions& options, wxString& message);
     bool Copy(const wxString& path, const DeckFileOptions& options, wxString& message);
     wxString DataPath() const;
 
-    wxString mDirectory;
+    TemporaryDirectory mDirectory;
     // The name of a deck that has none inside.
     wxString mName;
     Kind mKind = Kind::kAnki;

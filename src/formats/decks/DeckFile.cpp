@@ -1,7 +1,6 @@
 // The files that decks come in: packages to unpack and databases to copy.
 
 #include <signal.h>
-#include <stdlib.h>
 #include <unistd.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
@@ -20,7 +19,6 @@
 #include <utility>
 
 #include "base/Files.h"
-#include "base/Unicode.h"
 #include "files/ForeignDatabase.h"
 #include "files/StoreFiles.h"
 #include "formats/decks/Deck.h"
@@ -47,7 +45,7 @@ wxString TooLargeMessage(int64_t mostBytes) {
 class BoundedFile {
   public:
     BoundedFile(const wxString& path, const DeckFileOptions& options)
-        : mFile(fs::u8path(ToUtf8(path)), std::ios::binary | std::ios::trunc), mOptions(options) {}
+        : mFile(ToPath(path), std::ios::binary | std::ios::trunc), mOptions(options) {}
 
     // False when it is too much, the disk is full or the deck is no longer wanted; the message then
     // says so.
@@ -199,14 +197,10 @@ wxString CollectionName(Package& package, wxString& message) {
 // The name of a temporary directory goes on with the number of its process.
 constexpr char kDirectoryStart[] = "velomind-deck-";
 
-fs::path TemporaryDirectory() {
-    return fs::u8path(ToUtf8(wxFileName::GetTempDir()));
-}
-
 // Removes what processes that broke down have left.
 void RemoveLeftDirectories() {
     std::error_code error;
-    for (fs::directory_iterator entry(TemporaryDirectory(), error), end; !error && entry != end;
+    for (fs::directory_iterator entry(TemporaryPlace(), error), end; !error && entry != end;
          entry.increment(error)) {
         const std::string name = entry->path().filename().u8string();
         if (name.rfind(kDirectoryStart, 0) != 0) {
@@ -221,15 +215,10 @@ void RemoveLeftDirectories() {
 }
 
 bool IsPackage(const wxString& path) {
-    return FileBeginsWith(fs::u8path(ToUtf8(path)), "PK\x03\x04");
+    return FileBeginsWith(ToPath(path), "PK\x03\x04");
 }
 
 }  // namespace
-
-DeckFile::~DeckFile() {
-    std::error_code ignored;
-    fs::remove_all(fs::u8path(ToUtf8(mDirectory)), ignored);
-}
 
 bool DeckFile::IsDeck(const wxString& path) {
     if (!wxFileName::FileExists(path)) {
@@ -248,28 +237,27 @@ bool DeckFile::IsDeck(const wxString& path) {
             (database.HasTable("facts") && database.HasTable("data_for_fact")));
 }
 
+DeckFile::DeckFile()
+    : mDirectory(TemporaryPlace() / (kDirectoryStart + std::to_string(getpid()))) {}
+
 std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message,
                                          const DeckFileOptions& options) {
     // The message alone tells what is wrong.
     const wxLogNull silence;
+    RemoveLeftDirectories();
     std::shared_ptr<DeckFile> file(new DeckFile);
     file->mName = wxFileName(path).GetName();
-    RemoveLeftDirectories();
-    std::string directory =
-        (TemporaryDirectory() / (kDirectoryStart + std::to_string(getpid()) + "-XXXXXX"))
-            .u8string();
-    if (mkdtemp(directory.data()) == nullptr) {
+    if (file->mDirectory.GetError() != 0) {
         message = _("The deck could not be copied to the directory for temporary files.");
         return nullptr;
     }
-    file->mDirectory = FromUtf8(directory);
     const bool isReady =
         IsPackage(path) ? file->Unpack(path, options, message) : file->Copy(path, options, message);
     return isReady ? file : nullptr;
 }
 
 wxString DeckFile::DataPath() const {
-    return mDirectory + wxFileName::GetPathSeparator() + kDataName;
+    return mDirectory.Path(kDataName);
 }
 
 bool DeckFile::Unpack(const wxString& path, const DeckFileOptions& options, wxString& message) {
@@ -310,7 +298,7 @@ bool DeckFile::Copy(const wxString& path, const DeckFileOptions& options, wxStri
         return false;
     }
     mKind = database.HasTable("facts") ? Kind::kMnemosyneStore : Kind::kAnki;
-    std::ifstream in(fs::u8path(ToUtf8(path)), std::ios::binary);
+    std::ifstream in(ToPath(path), std::ios::binary);
     BoundedFile out(DataPath(), options);
     std::vector<char> block(kBlock);
     while (in.read(block.data(), static_cast<std::streamsize>(block.size())) || in.gcount() > 0) {
