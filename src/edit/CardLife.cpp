@@ -66,23 +66,3 @@ Plot MakeCardLifePlot(const wxString& title, const std::vector<ReviewRecord>& re
     plot.Series = {std::move(line), std::move(passes), std::move(failures)};
     return plot;
 }
-
-CardLifeReader::CardLifeReader(const wxString& path, const CardUuid& card, wxEvtHandler& handler,
-                               std::function<void()> done)
-    : mPath(path), mCard(card), mHandler(handler), mDone(std::move(done)) {}
-
-CardLifeReader::~CardLifeReader() {
-    Cancel();
-}
-
-void CardLifeReader::Cancel() {
-    mCancelled = true;
-    Join();
-}
-
-void CardLifeReader::Work() {
-    mReviews = ReadCardReviews(mPath, mCard, mCancelled);
-    if (!mCancelled) {
-        mHandler.CallAfter(mDone);
-    }
-}

@@ -11,6 +11,7 @@
 #include <list>
 #include <vector>
 
+#include "base/Job.h"
 #include "base/Text.h"
 #include "edit/CardLife.h"
 #include "edit/EditForm.h"
@@ -231,19 +232,29 @@ void EditFrame::FollowStored() {
 }
 
 void EditFrame::ReadLife() {
-    mpLife = std::make_unique<CardLifeReader>(ReviewLogPath(mpDatabase->GetPath()), mCard.CardId,
-                                              *this, [this] { ShowLife(); });
+    mpLife.reset();
+    const wxString path = ReviewLogPath(mpDatabase->GetPath());
+    mpLife = std::make_unique<Job>(
+        [this, path, id = mCard.CardId](const std::atomic<bool>& isCancelled) {
+            mReviews = ReadCardReviews(path, id, isCancelled);
+        },
+        [this] { CallAfter(&EditFrame::ShowLife); });
     // Without a thread the plots stay as they are.
     mpLife->Start();
 }
 
 void EditFrame::ShowLife() {
-    // The card may have turned to a new one meanwhile.
-    if (mHasLeft || mpLife == nullptr) {
+    // The card may have turned to a new one meanwhile, or be read again.
+    if (mHasLeft || mpLife == nullptr || !mpLife->IsFinished()) {
         return;
     }
     mpLife->Join();
-    ShowReviews(mpLife->Reviews());
+    const wxString failure = mpLife->TakeFailure();
+    if (failure.empty()) {
+        ShowReviews(mReviews);
+    } else {
+        wxLogError("%s", failure);
+    }
 }
 
 // Shows a plot beside both schedules, so that their fields stay side by side, or beside neither. A

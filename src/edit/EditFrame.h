@@ -11,9 +11,9 @@
 #include "store/Subject.h"
 
 class AppServices;
-class CardLifeReader;
 class Database;
 class EditForm;
+class Job;
 struct ReviewRecord;
 
 // The window in which one card is written or changed. Nothing reaches the store before a save, and
@@ -80,9 +80,10 @@ class EditFrame : public wxFrame, private Observer {
     // The card as it was first shown or last saved. Only its id matters for a stored card, since a
     // save reads the rest again.
     FlashCard mCard;
-    // The reviews that are being read or were read last, and when the card's last reviews were
-    // then.
-    std::unique_ptr<CardLifeReader> mpLife;
+    // The reviews of the card, and when its last ones were when that read them from the log, which
+    // may be huge. The worker writes them, and the main thread reads them after Join.
+    std::vector<ReviewRecord> mReviews;
+    std::unique_ptr<Job> mpLife;
     std::pair<wxDateTime, wxDateTime> mLifeUntil;
     // True once the window has closed and only waits for the toolkit to delete it.
     bool mHasLeft = false;

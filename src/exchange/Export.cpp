@@ -18,6 +18,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/Files.h"
 #include "base/Time.h"
 #include "base/Unicode.h"
 #include "formats/AnkiText.h"
@@ -411,10 +412,9 @@ int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& da
     const int result = WriteCards(sink, database, rowIds, options, progress);
     if (!sink.Flush() || !file.Close()) {
         const int error = file.GetLastError();
-        return Fail(progress, wxString::Format(
-                                  _("The file \"%s\" is not complete, as it could not "
-                                    "be written to its end: %s."),
-                                  fileName, wxSysErrorMsgStr(static_cast<unsigned long>(error))));
+        return Fail(progress, wxString::Format(_("The file \"%s\" is not complete, as it could not "
+                                                 "be written to its end: %s."),
+                                               fileName, SystemErrorText(error)));
     }
     if (result < 0) {
         return Fail(progress,
@@ -441,12 +441,11 @@ ExportThread::ExportThread(const wxString& fileName, wxFontEncoding encoding, Da
       mRowIds(rowIds),
       mOptions(options) {}
 
-void ExportThread::Cancel() {
-    mProgress.Cancelled = true;
-    Join();
-}
-
 void ExportThread::Work() {
     // The outcome is in the progress, whatever this returns.
     ExportToFile(mFileName, mEncoding, mDatabase, mRowIds, mOptions, mProgress);
+}
+
+void ExportThread::OnFailure(const wxString& message) {
+    Fail(mProgress, message);
 }

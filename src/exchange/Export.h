@@ -38,16 +38,13 @@ struct ExportOptions {
 // it.
 wxFontEncoding ExportEncoding(int choice);
 
-// The state of an export, which its worker and the main thread share. The worker writes it, except
-// for Cancelled; the main thread reads Position and Total at any time, and the rest after the
-// worker has ended.
+// The state of an export, which its worker and the main thread share. The worker writes it; the
+// main thread reads Position and Total at any time, and the rest after the worker has ended.
 struct ExportProgress {
     // The number of cards done.
     std::atomic<int32_t> Position{0};
     // The length of the bar, which is twice the number of cards.
     std::atomic<int32_t> Total{1};
-    // Set by the main thread. The export still goes on to its end, as half a file helps nobody.
-    std::atomic<bool> Cancelled{false};
     // True when the file is not what was asked for. An empty message then means that the file could
     // not be created, and that the library's log has told why.
     bool Failed = false;
@@ -87,7 +84,8 @@ int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& da
 int ExportToString(wxString& text, Database& database, const std::vector<int64_t>& rowIds,
                    const ExportOptions& options, ExportProgress& progress);
 
-// Writes an export file on a thread of its own. The destructor waits for its end.
+// Writes an export file on a thread of its own. The destructor waits for its end. An export that is
+// cancelled still goes on to its end, as half a file helps nobody.
 class ExportThread : public Worker {
   public:
     // The database and the row ids are not owned.
@@ -100,11 +98,10 @@ class ExportThread : public Worker {
 
     int32_t GetMaximum() const override { return mProgress.Total; }
     int32_t GetPosition() const override { return mProgress.Position; }
-    // Waits until the file is written to its end.
-    void Cancel() override;
 
   protected:
     void Work() override;
+    void OnFailure(const wxString& message) override;
 
   private:
     wxString mFileName;

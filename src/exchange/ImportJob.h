@@ -157,6 +157,7 @@ class ImportThread : public Worker {
 
   protected:
     void Work() override;
+    void OnFailure(const wxString& message) override { mResult.Fail(message); }
 
   private:
     bool AskNewCategory(wxWindow* parent);

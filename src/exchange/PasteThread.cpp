@@ -26,11 +26,6 @@ int32_t PasteThread::GetMaximum() const {
     return static_cast<int32_t>(mRowIds.size());
 }
 
-void PasteThread::Cancel() {
-    mCancelled = true;
-    Join();
-}
-
 void PasteThread::Work() {
     const StoreReadLock lock(mDatabase);
     if (mCopy) {
@@ -44,7 +39,7 @@ void PasteThread::Work() {
 void PasteThread::CopyCards() {
     NewCards copies(mDatabase);
     for (const int64_t rowId : mRowIds) {
-        if (mCancelled) {
+        if (IsCancelled()) {
             break;
         }
         std::list<FlashCard> cards;
@@ -66,7 +61,7 @@ void PasteThread::CopyCards() {
 
 // The store reports each card that it cannot move, and the others go on.
 void PasteThread::MoveCards() {
-    for (auto card = mRowIds.begin(); card != mRowIds.end() && !mCancelled;) {
+    for (auto card = mRowIds.begin(); card != mRowIds.end() && !IsCancelled();) {
         const auto left = static_cast<size_t>(mRowIds.end() - card);
         const auto count = static_cast<std::ptrdiff_t>(std::min(left, kMovedAtOnce));
         const std::vector<int64_t> group(card, card + count);

@@ -22,7 +22,6 @@ class PasteThread : public Worker {
 
     int32_t GetMaximum() const override;
     int32_t GetPosition() const override { return mPosition; }
-    void Cancel() override;
 
     // Hands over what was done, to be taken back. Call it once the worker has ended.
     StoreChange TakeChange() { return std::move(mChange); }
@@ -43,6 +42,4 @@ class PasteThread : public Worker {
     // The number of cards that were copied or moved so far; the last copies may still be on their
     // way into the store. Written by the worker.
     std::atomic<int32_t> mPosition{0};
-    // Written by the main thread.
-    std::atomic<bool> mCancelled{false};
 };

@@ -1,13 +1,12 @@
 #include "reviews/ReviewFigures.h"
 
-#include <wx/thread.h>
-
 #include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <numeric>
 #include <unordered_map>
 
+#include "base/Job.h"
 #include "store/Database.h"
 
 namespace {
@@ -226,7 +225,8 @@ class FigureMaker {
             }
             return;
         }
-        const int64_t due = DueTime(side);
+        const wxDateTime lastReview(wxLongLong(side.LastReview * 1000));
+        const int64_t due = DueTime(lastReview, side.Interval).GetValue().GetValue() / 1000;
         const bool isOverdue = due < mNow;
         const int32_t day = isOverdue ? -1 : mDays.Find(due) - mToday;
         if (category != nullptr) {
@@ -242,12 +242,6 @@ class FigureMaker {
             ++mFigures.Due.PerDay[static_cast<size_t>(std::max(day, 0))];
         }
         CountSchedule(side);
-    }
-
-    static int64_t DueTime(const CardSchedules::Side& side) {
-        // An interval that is no number counts as 0, as in the store.
-        const float interval = std::isnan(side.Interval) ? 0.0f : side.Interval;
-        return side.LastReview + static_cast<int64_t>(std::clamp(interval, -1e15f, 1e15f));
     }
 
     void CountSchedule(const CardSchedules::Side& side) {
@@ -410,43 +404,6 @@ class FigureMaker {
     ReviewFigures mFigures;
 };
 
-// Reads the log while the thread that made it reads the cards. Where the system has no other thread
-// to give, the log is read when it is waited for.
-class LogThread : private wxThread {
-  public:
-    LogThread(ReviewHistory& history, const wxString& path, const std::atomic<bool>& cancelled)
-        : wxThread(wxTHREAD_JOINABLE), mHistory(history), mPath(path), mCancelled(cancelled) {
-        mIsStarted = Create() == wxTHREAD_NO_ERROR && Run() == wxTHREAD_NO_ERROR;
-    }
-    ~LogThread() override { Finish(); }
-
-    // Returns true when the log was read.
-    bool Finish() {
-        if (mIsStarted) {
-            Wait();
-        } else if (!mIsFinished) {
-            Entry();
-        }
-        mIsStarted = false;
-        return mIsRead;
-    }
-
-  private:
-    ExitCode Entry() override {
-        mIsRead = mHistory.Update(mPath, mCancelled);
-        mIsFinished = true;
-        return nullptr;
-    }
-
-    ReviewHistory& mHistory;
-    const wxString mPath;
-    const std::atomic<bool>& mCancelled;
-    bool mIsStarted = false;
-    // Written by the thread, and read after it has ended.
-    bool mIsFinished = false;
-    bool mIsRead = false;
-};
-
 }  // namespace
 
 int32_t SpanDays(ReviewSpan span) {
@@ -495,7 +452,14 @@ ReviewFigures MakeReviewFigures(const std::vector<CardSchedules>& cards,
 
 int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistory& history,
                       const std::atomic<bool>& cancelled, ReviewFigures& figures) {
-    LogThread log(history, ReviewLogPath(database.GetPath()), cancelled);
+    // The log is read while this thread reads the cards.
+    bool isLogRead = false;
+    Job log([&, path = ReviewLogPath(database.GetPath())](const std::atomic<bool>&) {
+        isLogRead = history.Update(path, cancelled);
+    });
+    if (!log.Start()) {
+        log.RunHere();
+    }
     std::vector<CardSchedules> cards;
     int64_t rowId = INT64_MIN;
     int count = 1;
@@ -505,7 +469,9 @@ int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistor
     std::list<Category> categories;
     const bool isRead =
         count == 0 && database.TryLocked([&] { database.SelectAllCategories(categories); });
-    if (!log.Finish() || !isRead) {
+    log.Join();
+    log.RethrowFailure();
+    if (!isLogRead || !isRead) {
         return -1;
     }
     figures = MakeReviewFigures(cards, {categories.begin(), categories.end()}, history, query);

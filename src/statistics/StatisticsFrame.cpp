@@ -20,11 +20,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <string>
 #include <utility>
 
+#include "base/Job.h"
 #include "base/Text.h"
-#include "base/Worker.h"
 #include "plot/PlotControl.h"
 #include "plot/PlotDrawing.h"
 #include "shell/AppServices.h"
@@ -38,41 +39,24 @@
 #include "statistics/StatisticsOverview.h"
 #include "store/Database.h"
 
-// Counts once. The history belongs to the window, which leaves it alone meanwhile.
-class FiguresJob : public Worker {
-  public:
-    FiguresJob(Database& database, const ReviewQuery& query, ReviewHistory& history)
-        : mDatabase(database), mQuery(query), mHistory(history), mPath(database.GetPath()) {}
-    ~FiguresJob() override { FiguresJob::Cancel(); }
+// One count. The history belongs to the window, which leaves it alone meanwhile.
+struct FiguresJob {
+    FiguresJob(Database& database, const ReviewQuery& query, ReviewHistory& history,
+               std::function<void()> atEnd)
+        : Query(query),
+          Path(database.GetPath()),
+          Reading(
+              [this, &database, &history](const std::atomic<bool>& isCancelled) {
+                  Result = ReadReviewFigures(database, Query, history, isCancelled, Figures);
+              },
+              std::move(atEnd)) {}
 
-    int32_t GetMaximum() const override { return 1; }
-    int32_t GetPosition() const override { return IsFinished() ? 1 : 0; }
-    void Cancel() override {
-        AskToStop();
-        Join();
-    }
-    void AskToStop() { mCancelled = true; }
-
-    // Valid once the job has finished. False when the store could not be read or was changed for
-    // another one.
-    bool HasFigures() const { return mResult == 0 && mDatabase.GetPath() == mPath; }
-    const ReviewFigures& GetFigures() const { return mFigures; }
-    ReviewSpan GetSpan() const { return mQuery.Span; }
-
-  protected:
-    void Work() override {
-        mResult = ReadReviewFigures(mDatabase, mQuery, mHistory, mCancelled, mFigures);
-    }
-
-  private:
-    Database& mDatabase;
-    const ReviewQuery mQuery;
-    ReviewHistory& mHistory;
-    const wxString mPath;
-    std::atomic<bool> mCancelled{false};
+    const ReviewQuery Query;
+    const wxString Path;
     // Written by the worker and read once it has ended.
-    int mResult = -1;
-    ReviewFigures mFigures;
+    int Result = -1;
+    ReviewFigures Figures;
+    Job Reading;
 };
 
 // The numbers of a plot as a list, which makes its rows as they are shown.
@@ -143,8 +127,6 @@ const wxSize kSmallestSize(760, 560);
 constexpr int kWidestCategory = 180;
 const wxSize kPictureSize(900, 520);
 constexpr int kPictureScale = 2;
-// The window looks this often whether the worker has ended, in milliseconds.
-constexpr int kTick = 15;
 
 constexpr int kCategoryId = 11210;
 constexpr int kDirectionId = 11211;
@@ -182,8 +164,7 @@ StatisticsFrame::StatisticsFrame(AppServices& services)
     : wxFrame(nullptr, ID_WINDOW_STATISTICS, _("Statistics - Velomind"), wxDefaultPosition,
               wxDefaultSize, wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL, "frame"),
       mServices(services),
-      mPlots(MakeUncountedPlots()),
-      mTimer(this) {
+      mPlots(MakeUncountedPlots()) {
     InitFrame(*this, "statistics_window");
     for (const int id : kForeignCommands) {
         RemoveMenuItem(*GetMenuBar(), id);
@@ -301,7 +282,6 @@ wxSizer* StatisticsFrame::BuildButtons() {
 }
 
 void StatisticsFrame::BindCommands() {
-    Bind(wxEVT_TIMER, &StatisticsFrame::OnTimer, this);
     Bind(wxEVT_ACTIVATE, &StatisticsFrame::OnActivate, this);
     Bind(wxEVT_CLOSE_WINDOW, &StatisticsFrame::OnClose, this);
     Bind(wxEVT_CHAR_HOOK, &StatisticsFrame::OnCharHook, this);
@@ -362,7 +342,7 @@ ReviewQuery StatisticsFrame::ReadQuery() const {
 
 void StatisticsFrame::Count() {
     if (mpJob != nullptr) {
-        mpJob->AskToStop();
+        mpJob->Reading.AskToStop();
         mCountAgain = true;
     } else {
         StartJob();
@@ -374,29 +354,32 @@ void StatisticsFrame::StartJob() {
     if (mpDatabase == nullptr || !mpDatabase->IsOpen()) {
         return;
     }
-    mpJob = std::make_unique<FiguresJob>(*mpDatabase, ReadQuery(), mHistory);
-    mpJob->Start();
-    mTimer.Start(kTick);
-}
-
-void StatisticsFrame::OnTimer(wxTimerEvent&) {
-    if (mpJob == nullptr || !mpJob->IsFinished()) {
-        return;
-    }
-    mTimer.Stop();
-    TakeFigures();
-    if (mCountAgain) {
-        StartJob();
+    mpJob = std::make_unique<FiguresJob>(*mpDatabase, ReadQuery(), mHistory,
+                                         [this] { CallAfter(&StatisticsFrame::TakeFigures); });
+    if (!mpJob->Reading.Start()) {
+        mpJob->Reading.RunHere();
     }
 }
 
 void StatisticsFrame::TakeFigures() {
+    // The window may be about to go.
+    if (mpJob == nullptr || !mpJob->Reading.IsFinished()) {
+        return;
+    }
     const std::unique_ptr<FiguresJob> job = std::move(mpJob);
-    job->Join();
-    if (job->HasFigures() && !mCountAgain) {
-        mHardest = job->GetFigures().Hardest;
-        mPlots = MakeStatisticsPlots(job->GetFigures(), job->GetSpan());
+    job->Reading.Join();
+    const wxString failure = job->Reading.TakeFailure();
+    if (!failure.empty()) {
+        wxLogError("%s", failure);
+    }
+    // The store may have been changed for another one meanwhile.
+    if (job->Result == 0 && mpDatabase->GetPath() == job->Path && !mCountAgain) {
+        mHardest = job->Figures.Hardest;
+        mPlots = MakeStatisticsPlots(job->Figures, job->Query.Span);
         ShowPlots();
+    }
+    if (mCountAgain) {
+        StartJob();
     }
 }
 
@@ -475,7 +458,6 @@ void StatisticsFrame::OpenCard(int row) {
 
 // Called when the window closes: the object is destroyed later, when the store may be gone.
 void StatisticsFrame::LetGoOfStore() {
-    mTimer.Stop();
     mpJob.reset();
     mStoreAttachment.Detach();
     mpDatabase = nullptr;

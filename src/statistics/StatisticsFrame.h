@@ -1,7 +1,6 @@
 #pragma once
 
 #include <wx/frame.h>
-#include <wx/timer.h>
 
 #include <array>
 #include <list>
@@ -15,7 +14,6 @@
 
 class AppServices;
 class Database;
-class FiguresJob;
 class NumbersList;
 class PlotControl;
 class wxBoxSizer;
@@ -25,6 +23,7 @@ class wxListBox;
 class wxListEvent;
 class wxStaticText;
 class wxCheckBox;
+struct FiguresJob;
 
 // The small pictures and the answers of the first page, one above the other.
 class StatisticsOverview;
@@ -73,7 +72,6 @@ class StatisticsFrame : public wxFrame, private Observer {
     void OpenCard(int row);
     void LetGoOfStore();
 
-    void OnTimer(wxTimerEvent& event);
     void OnActivate(wxActivateEvent& event);
     void OnClose(wxCloseEvent& event);
     void OnCharHook(wxKeyEvent& event);
@@ -100,6 +98,5 @@ class StatisticsFrame : public wxFrame, private Observer {
     std::unique_ptr<FiguresJob> mpJob;
     // The choices or the store changed while the worker was counting.
     bool mCountAgain = false;
-    wxTimer mTimer;
     SubjectAttachment mStoreAttachment;
 };

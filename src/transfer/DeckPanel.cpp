@@ -63,7 +63,6 @@ class SurveyThread : public Worker {
         : mPath(path), mFile(std::move(file)), mOptions(std::move(options)), mDatabase(database) {}
     ~SurveyThread() override { SurveyThread::Cancel(); }
 
-    bool IsCancelled() const { return mProgress.IsCancelled; }
     // Read after Join.
     const DeckSurvey& GetSurvey() const { return mSurvey; }
     const std::shared_ptr<DeckFile>& GetFile() const { return mFile; }
@@ -72,7 +71,7 @@ class SurveyThread : public Worker {
     int32_t GetPosition() const override { return mProgress.Position; }
     void Cancel() override {
         mProgress.IsCancelled = true;
-        Join();
+        Worker::Cancel();
     }
 
   protected:
@@ -87,6 +86,7 @@ class SurveyThread : public Worker {
             mSurvey = SurveyDeck(mFile, mOptions, mDatabase, mProgress);
         }
     }
+    void OnFailure(const wxString& message) override { mSurvey.Failure = message; }
 
   private:
     wxString mPath;

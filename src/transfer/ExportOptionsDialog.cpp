@@ -275,7 +275,7 @@ bool ExportOptionsDialog::Export(const wxString& path) {
         return true;
     }
     const ExportProgress& progress = thread.GetProgress();
-    if (progress.Cancelled) {
+    if (thread.IsCancelled()) {
         return false;
     }
     // A failure without a message is one that the log has told already.

@@ -31,7 +31,8 @@ class FaultSearch : public Worker {
 
     // Read after the end of the worker.
     const std::vector<ImportFault>& GetFaults() const { return mFaults; }
-    bool IsCancelled() const { return mResult.Status == ImportStatus::kCancelled; }
+    // A cancel that came when the search was done came too late.
+    bool WasStopped() const { return mResult.Status == ImportStatus::kCancelled; }
 
     int32_t GetMaximum() const override { return 1000; }
     int32_t GetPosition() const override {
@@ -50,6 +51,7 @@ class FaultSearch : public Worker {
         const wxLogNull silence;
         mFaults = FindFaults(mInput, mDatabase, mResult, kMostFaults);
     }
+    void OnFailure(const wxString& message) override { mFaults.push_back({message, -1}); }
 
   private:
     ImportInput mInput;
@@ -118,7 +120,7 @@ void ShowAllFaults(wxWindow* parent, const ImportInput& input, Database& databas
                    FatalErrorReport& report) {
     FaultSearch search(input, database);
     const wxString failure = _("Unable to start a thread for the search.");
-    if (RunWithProgress(parent, search, report, failure) && !search.IsCancelled()) {
+    if (RunWithProgress(parent, search, report, failure) && !search.WasStopped()) {
         FaultDialog(parent, search.GetFaults()).ShowModal();
     }
 }

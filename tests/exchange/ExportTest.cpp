@@ -129,7 +129,7 @@ TEST_F(ExportTest, ACancelWaitsForTheWholeFile) {
     thread.Start();
     thread.Cancel();
     EXPECT_TRUE(thread.IsFinished());
-    EXPECT_TRUE(thread.GetProgress().Cancelled);
+    EXPECT_TRUE(thread.IsCancelled());
     EXPECT_EQ(thread.GetPosition(), 3002);
     EXPECT_EQ(thread.GetMaximum(), 6004);
 }
