@@ -16,6 +16,9 @@ int main(int argc, char** argv) {
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
+    if (AnswerWithoutDisplay(argc, arguments.data())) {
+        return 0;
+    }
     const int result = wxEntry(argc, arguments.data());
     // -1 is the library's own word for a start that came to nothing.
     return result == -1 ? kExitRefused : result;

@@ -25,7 +25,11 @@ enum class CommandLineOutcome {
     Refused
 };
 
-// Declares the program's options to the parser.
+// Answers --help and --version in the user's language, before anything asks for a display. Returns
+// false, and has printed nothing, when the words hold neither.
+bool AnswerWithoutDisplay(int argc, wchar_t** argv);
+
+// Declares the options that ask for work to the parser.
 void DescribeCommandLine(wxCmdLineParser& parser);
 
 // Does the work of each option that was given. The order of the work is fixed and does not depend

@@ -122,13 +122,6 @@ void VelomindApp::OnInitCmdLine(wxCmdLineParser& parser) {
     DescribeCommandLine(parser);
 }
 
-// The user asked for the help, so it goes to standard output and the run is a success.
-bool VelomindApp::OnCmdLineHelp(wxCmdLineParser& parser) {
-    PrintText(parser.GetUsageString());
-    mAllDone = true;
-    return true;
-}
-
 bool VelomindApp::OnCmdLineParsed(wxCmdLineParser& parser) {
     const CommandLineOutcome outcome = RunCommandLine(parser, *this);
     if (outcome == CommandLineOutcome::Refused) {

@@ -35,7 +35,6 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     int OnRun() override;
     int OnExit() override;
     void OnInitCmdLine(wxCmdLineParser& parser) override;
-    bool OnCmdLineHelp(wxCmdLineParser& parser) override;
     bool OnCmdLineParsed(wxCmdLineParser& parser) override;
 
     // AppServices
