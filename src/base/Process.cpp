@@ -40,7 +40,7 @@ void SetUpTranslations() {
     // The catalogues lie beside the program in a build folder, and in share/ of an installed tree.
     // The path of the program is free of links here.
     const wxFileName program(wxStandardPaths::Get().GetExecutablePath());
-    for (const char* const place : {"locale", "../../share/locale"}) {
+    for (const char* const place : {"locale", "../share/locale"}) {
         wxFileName folder = wxFileName::DirName(place);
         folder.MakeAbsolute(program.GetPath());
         wxFileTranslationsLoader::AddCatalogLookupPathPrefix(folder.GetPath());

@@ -14,6 +14,13 @@ wxString GetVersionText() {
 wxString GetHelpFilePath() {
     wxFileName path(wxStandardPaths::Get().GetExecutablePath());
     path.SetFullName("Help.htm");
+    if (!path.FileExists()) {
+        const wxFileName installed(path.GetPath() + "/../share/velomind", "Help.htm");
+        if (installed.FileExists()) {
+            path = installed;
+            path.MakeAbsolute();
+        }
+    }
     // The catalogue in use says the language. English has none.
     const wxTranslations* const translations = wxTranslations::Get();
     wxFileName translated = path;

@@ -28,8 +28,9 @@ constexpr int kLegalLastYear = 2008;
 // Returns the name, edition and version of the program, "Velomind Mobile 2.5.7.1625".
 wxString GetVersionText();
 
-// Returns the path of the user guide in the language of the program. The guides lie beside the
-// program's own file: Help.htm in English, and Help.de.htm and others for the other languages.
+// Returns the path of the user guide in the language of the program: Help.htm in English,
+// Help.de.htm and others for the other languages. The guides lie beside the program's own file or,
+// when it is installed under a prefix such as /usr, in share/velomind of that prefix.
 wxString GetHelpFilePath();
 
 // Shows the user guide in the user's browser, at the section with that id, or at its beginning when

@@ -1,27 +1,13 @@
-"""The program as its package brings it: VELOMIND_PACKAGE is unpacked into an empty folder. Without it
-VELOMIND_BINARY is the program where a package has installed it."""
+"""The program in the tree that an installation makes: VELOMIND_BINARY lies in its bin."""
 
 import os
-import subprocess
-import tempfile
 import unittest
 
 import driver
 from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press, type_text, wait_until
 
-PACKAGE = os.environ.get("VELOMIND_PACKAGE")
-
 
 class PackageRoad(RoadTest):
-    @classmethod
-    def setUpClass(cls):
-        if PACKAGE:
-            root = tempfile.TemporaryDirectory(prefix="velomind-package-")
-            cls.addClassCleanup(root.cleanup)
-            subprocess.run(["dpkg-deb", "--extract", PACKAGE, root.name], check=True)
-            driver.BINARY = os.path.join(root.name, "usr", "bin", "velomind")
-        cls.usr = os.path.dirname(os.path.dirname(driver.BINARY))
-
     def install_browser(self):
         """Pages open in a program that only writes down their address."""
         opened = self.sandbox.path("opened")
@@ -44,7 +30,8 @@ class PackageRoad(RoadTest):
         with open(opened, encoding="utf-8") as file:
             address = file.read().strip()
         os.remove(opened)
-        guide = os.path.join(self.usr, "lib", "velomind", page)
+        usr = os.path.dirname(os.path.dirname(driver.BINARY))
+        guide = os.path.join(usr, "share", "velomind", page)
         self.assertEqual(f"{guide}#{section}", address.removeprefix("file://"))
         self.assertTrue(os.path.exists(guide))
 
