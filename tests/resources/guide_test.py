@@ -129,7 +129,7 @@ class GuideTest(unittest.TestCase):
         self.assertEqual([], [section for section in sections if section not in places])
 
     def test_it_names_every_attribute(self):
-        names = re.findall(r'\{L"(\w+)"', read(SOURCES, "exchange", "CardRecord.cpp"))
+        names = re.findall(r'\{L"(\w+)"', read(SOURCES, "formats", "CardRecord.cpp"))
         self.assertTrue(names)
         told = {name.lower() for name in re.findall(r"<code>(\w+)</code>", PAGES["en"])}
         self.assertEqual([], [name for name in names if name not in told])
@@ -179,8 +179,9 @@ class GuideTest(unittest.TestCase):
                 self.assertTrue(translated & named, f"{label}: {translated}, not {named}")
 
     def test_it_explains_every_message_about_a_record(self):
-        for source in ("CardRecord", "ImportJob", "ImportRecord", "ImportPass", "Delimited"):
-            code = re.sub(r'"\s*\n\s*"', "", read(SOURCES, "exchange", source + ".cpp"))
+        for source in ("formats/CardRecord", "formats/Delimited", "exchange/ImportJob",
+                       "exchange/ImportRecord", "exchange/ImportPass"):
+            code = re.sub(r'"\s*\n\s*"', "", read(SOURCES, source + ".cpp"))
             # The errors that nobody expects are about threads, not about records.
             for message in re.findall(r'\b_\(\s*"(?!Unexpected Error)((?:[^"\\]|\\.)*)"\s*\)', code):
                 self.check_told(message.replace('\\"', '"'))
