@@ -18,7 +18,7 @@ class AppFatalErrorReport : public FatalErrorReport {
     void DeliverPending() override;
 
   protected:
-    // Main thread. Does not return, except in a test that puts its own version in place.
+    // Main thread only. Does not return, except in a test that overrides it.
     virtual void ShowAndEnd(const wxString& text);
 
   private:
@@ -36,7 +36,7 @@ class AppFatalErrorReport : public FatalErrorReport {
 // Announces the scheduler's rare maintenance in message boxes.
 class AppMaintenancePrompt : public MaintenancePrompt {
   public:
-    // The given step, if any, is done before the maintenance starts.
+    // Runs the given step, if any, before the maintenance starts.
     explicit AppMaintenancePrompt(std::function<void()> beforeStart = nullptr)
         : mBeforeStart(std::move(beforeStart)) {}
     void ConfirmStart() override;

@@ -187,7 +187,7 @@ void OnAbout(wxCommandEvent&) {
     AboutDialog(wxGetActiveWindow()).ShowModal();
 }
 
-// Shows the box and does nothing, whatever the user answers.
+// Shows the box and ignores the answer.
 void OnCrashTest(wxCommandEvent&) {
     ShowMessageBox(_("Do you want to crash the application?"), _("Test Error Handler"),
                    wxOK | wxCANCEL | wxICON_ERROR);

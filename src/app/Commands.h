@@ -5,8 +5,8 @@
 class wxEvtHandler;
 
 // The commands that need no window of their own: they work on whatever has the focus or start
-// another program. The application binds them, and so they are there in every window whose own
-// table does not take them first.
+// another program. The application binds them, so every window has them unless its own table takes
+// them first.
 
 // Binds Undo, Redo, Cut, Copy, Paste, Delete and Select All to the text field that has the keyboard
 // focus, with the rules that enable them. Without such a field they are disabled and pass on.

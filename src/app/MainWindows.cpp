@@ -15,7 +15,7 @@
 
 namespace {
 
-// Tells whether a window will be left on the screen once that frame is gone.
+// Returns true when a window will be left on the screen once that frame is gone.
 bool IsAnyOtherShown(const wxFrame& frame) {
     return std::any_of(
         wxTopLevelWindows.begin(), wxTopLevelWindows.end(), [&frame](const wxWindow* window) {

@@ -26,7 +26,7 @@ class MainWindows {
     wxFrame& ShowList();
     wxFrame& ShowStudy();
 
-    // Returns the one that is on the screen, or null.
+    // Returns the window that is on the screen, or null.
     wxFrame* GetShown() const;
 
     // Call this while a frame closes, whichever frame it is. If no window stays on the screen, the

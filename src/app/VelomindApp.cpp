@@ -91,7 +91,7 @@ bool VelomindApp::OnInit() {
     BindCommands();
     WatchDesktop([this](wxTopLevelWindow& window) {
         TakeDesktopStyle(window);
-        // The windows treat another size of texts as another font of the cards.
+        // The windows treat a new text size like a new font of the cards.
         mSettingsNotifier.Notify();
     });
     wxFrame& list = mWindows.ShowList();
@@ -312,7 +312,7 @@ void VelomindApp::ComeToFront(const wxString& token) {
             wanted.push_back(dialog);
         }
     }
-    // The token lets one window come to the front, and a dialog brings the windows behind along.
+    // The token lets one window come to the front, and a dialog brings the windows behind it along.
     if (!wanted.empty() && !token.empty()) {
         UseActivationToken(*wanted.back(), token);
     }

@@ -105,7 +105,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     Editors mEditors{*this};
     // The frame that was activated last, or null once that is gone.
     wxWeakRef<wxFrame> mLastActive;
-    // Files to open as soon as no dialog is open, the first in front.
+    // Files to open as soon as no dialog is open, in order.
     std::deque<wxString> mFilesToOpen;
     OpenDialogs mOpenDialogs;
     // The open window of statistics, or null.

@@ -57,7 +57,8 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
 }
 
 CategoryList::~CategoryList() {
-    // The base class sends this event while it destroys its rows, after this part of the object.
+    // The base class sends this event while it destroys its rows, when this part of the object is
+    // gone.
     Unbind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
 }
 
@@ -111,7 +112,7 @@ void CategoryList::RefreshRows() {
     for (const auto& [id, row] : gone) {
         goneRows.push_back(row);
     }
-    // Deletes from the last row on, as each deletion moves the rows behind it.
+    // Deletes from the last row on, as each deletion moves the rows after it.
     goneRows.sort();
     for (auto row = goneRows.rbegin(); row != goneRows.rend(); ++row) {
         DeleteItem(*row);
@@ -192,12 +193,12 @@ void CategoryList::Rename() {
     if (newName == category.Name || newName == untouched) {
         return;
     }
-    // After a failure too, so that the list shows what was done.
+    // Notifies after a failure too, so that the list shows what was done.
     RenameOrMerge(category, newName);
     mpDatabase->Notify();
 }
 
-// The store has reported what fails; the caller refreshes in any case.
+// The store reports what fails; the caller refreshes in any case.
 void CategoryList::RenameOrMerge(const Category& category, const wxString& newName) {
     std::list<Category> existing;
     if (mpDatabase->SelectCategoryByName(newName, existing) < 0) {
@@ -214,7 +215,7 @@ void CategoryList::RenameOrMerge(const Category& category, const wxString& newNa
 
 void CategoryList::RenameOnly(const Category& category, const wxString& newName) {
     std::list<Category> renamed;
-    // Read again, as the store may have made another text of the name.
+    // Reads it again, as the store may have changed the name's text.
     if (mpDatabase->UpdateCategory({category.Id, newName}) < 0 ||
         mpDatabase->SelectCategoryById(category.Id, renamed) < 0 || renamed.empty()) {
         return;

@@ -64,7 +64,7 @@ class CategoryList : public wxListCtrl, private Observer {
     AppServices& mServices;
     Database* mpDatabase = nullptr;
     bool mAsking = false;
-    // What the widest row needs, in pixels.
+    // The room that the widest row needs, in pixels.
     int mRowWidth = 0;
     // True while the control moves the focus, and the selection after it.
     bool mFocusMoves = false;

@@ -16,7 +16,7 @@
 
 namespace {
 
-// Nothing when no choice was ever stored, or none that makes sense.
+// Empty when no sensible choice was ever stored.
 using Choice = std::optional<int32_t>;
 
 Choice ReadStoredChoice() {
@@ -29,8 +29,8 @@ Choice ReadStoredChoice() {
     return static_cast<int32_t>(value);
 }
 
-// The choice as it was read for a notice of a store. Each window asks again while the notice goes
-// round, and each answer would be a parse of the settings file.
+// The choice as read for a notice of a store. Each window asks again during the notice, and each
+// answer would parse the settings file.
 struct NoticedChoice {
     const Database* Store = nullptr;
     unsigned Notice = 0;
@@ -59,7 +59,8 @@ bool HasCategory(Database& database, int32_t id) {
     return database.SelectCategoryById(id, found) >= 0 && !found.empty();
 }
 
-// The id of the first category, after "Default" was made in a store that had none; else -1.
+// Returns the id of the first category, after making "Default" in a store without any; -1 on
+// failure.
 int32_t FirstCategory(Database& database) {
     std::list<Category> all;
     if (database.SelectAllCategories(all) < 0) {
@@ -126,7 +127,7 @@ void AddCategory(wxWindow* parent, Database& database) {
         return;
     }
     const wxString name = dialog.GetValue();
-    // The store knows names that differ in their spelling only, such as numbers, as the same.
+    // The store may take names that differ only in spelling, such as numbers, for the same.
     std::list<Category> same;
     if (database.SelectCategoryByName(name, same) >= 0 && !same.empty()) {
         ShowMessageBox(wxString::Format(_("There is already a category named \"%s\"."),

@@ -13,8 +13,8 @@ class wxWindow;
 // windows ask. Main thread only.
 
 // Returns the stored choice, or the first category when none was stored or the store does not have
-// it. A store without any category gets "Default". -1 when -1 is the choice, or when no category
-// could be had.
+// it. A store without any category gets "Default". Returns -1 when that is the choice, or when
+// there is no category.
 int32_t GetCurrentCategoryId(Database& database);
 
 // Stores the choice if the store has that category; -1 is always taken.

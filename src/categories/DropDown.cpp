@@ -104,7 +104,7 @@ void wxDropDownButton::OnPaint(wxPaintEvent&) {
 }
 
 void wxDropDownButton::OnLeftDown(wxMouseEvent&) {
-    // The focus closes the drop-down, and the button must not open it again when it is let go.
+    // The focus closes the drop-down; the released button must not open it again.
     mPressCloses = mpPopup != nullptr && mpPopup->IsShown();
     mPressed = true;
     SetFocus();
@@ -171,10 +171,10 @@ void wxDropDownWindow::Popup() {
     mFormerFocus = FindFocus();
     Show();
     Place();
-    // Over the contents of the frame that were created later.
+    // Lies over the contents of the frame that were created later.
     Raise();
     mpContent->SetFocus();
-    // A list does not tell the windows around it of its focus.
+    // A list does not tell the surrounding windows of its focus.
     wxChildFocusEvent notice(mpContent);
     ProcessWindowEvent(notice);
 }

@@ -44,10 +44,10 @@ class wxDropDownButton : public wxControl {
 };
 
 // A panel around one child that lies over the other contents of a frame while it is open, and has
-// the keyboard focus then. It is a part of the frame and no window of its own: so it takes keys,
-// moves with the frame and has a place on every platform, also on those that let no program place
-// its windows. It closes by Escape, by a click or a step of the focus to anything else in the
-// frame, and when the user turns to another window. Owned by its frame.
+// the keyboard focus then. It is a part of the frame, no window of its own, so it takes keys, moves
+// with the frame and has a place even on platforms that let no program place its windows. It closes
+// by Escape, by a click or a move of the focus to anything else in the frame, and when the user
+// turns to another window. Owned by its frame.
 class wxDropDownWindow : public wxPanel, private wxEventFilter {
   public:
     // Opens below the anchor, a child of the frame; with null in the upper left corner of the
@@ -63,8 +63,8 @@ class wxDropDownWindow : public wxPanel, private wxEventFilter {
     // Closes, and gives the focus back to the window that had it when the drop-down opened.
     void Dismiss();
 
-    // Makes the drop-down stay open while the function returns true, although a question or a menu
-    // of the child has the keys.
+    // Keeps the drop-down open while the function returns true, even when a question or a menu of
+    // the child has the keys.
     void StayOpenWhile(const std::function<bool()>& isHeld) { mIsHeld = isHeld; }
 
   private:

@@ -22,8 +22,8 @@ wxString WithLineFeeds(wxString text) {
     return text;
 }
 
-// Goes through the fields of a form in the order in which faults are told, and ends at the first.
-// Each step returns 0 or, with the user told, -1. Lives for one save.
+// Checks the fields of a form, in order, up to the first fault. Each step returns 0, or -1 once the
+// user has been told. Lives for one save.
 class CardCollector {
   public:
     CardCollector(EditForm& form, Database& database, wxWindow& frame, FlashCard& card)

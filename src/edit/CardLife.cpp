@@ -9,7 +9,7 @@
 namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
-// The axis of intervals is logarithmic, and shows an interval of one second as if it were that.
+// Seconds. The axis is logarithmic, so shorter intervals are drawn as this one.
 constexpr double kLeastInterval = 10.0;
 
 double ShownInterval(const ReviewRecord& review) {

@@ -28,16 +28,16 @@ constexpr int32_t kBlankOrder = std::numeric_limits<int32_t>::min();
 
 // The fields of the editor in a column that scrolls: the texts, the details, and the two schedules,
 // which stand side by side where there is room. Shows a card, and says which fields the user has
-// touched since; knows neither the store nor the application. Owned by its frame.
+// touched since then; knows neither the store nor the application. Owned by its frame.
 class EditForm : public wxScrolledWindow {
   public:
     explicit EditForm(wxWindow* parent);
 
-    // Shows a card in all fields, none of which counts as touched then.
+    // Shows a card in all fields. None of them counts as touched.
     void Load(const FlashCard& card, const wxString& categoryName);
 
-    // Shows the card as the store has it now in each field that the user has not touched. These
-    // fields stay untouched, and the focus stays where it is.
+    // Shows the stored card in each field that the user has not touched. These fields stay
+    // untouched, and the focus stays where it is.
     void Follow(const FlashCard& card, const wxString& categoryName);
 
     // Returns true when the user has touched anything, that is when a control differs from what was
@@ -74,8 +74,8 @@ class EditForm : public wxScrolledWindow {
         wxWindow* Control = nullptr;
         // The same control, as a text.
         wxTextEntry* Entry = nullptr;
-        // The text that was put into the control last, and the card's own text behind it. They
-        // differ where the toolkit cannot show a character.
+        // The text last put into the control, and the card's own text. They differ where the
+        // toolkit cannot show a character.
         wxString Loaded;
         wxString Own;
     };

@@ -30,7 +30,7 @@ namespace {
 
 constexpr int kToolBarId = 10108;
 
-// Commands of the other windows, and the one that the OK button does.
+// The commands of other windows, and the one that the OK button stands for.
 constexpr int kForeignCommands[] = {wxID_OPEN,         ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,  wxID_NEW,
                                     ID_SAVE_CLOSE,     wxID_FIND};
@@ -154,7 +154,7 @@ void EditFrame::ShowTitle(const wxString& front) {
     SetTitle(front.empty() ? title : title + " - " + ShownName(front));
 }
 
-// Shows what the store has by now of the card.
+// Shows the card as the store has it now.
 void EditFrame::Follow(const FlashCard& stored) {
     mpForm->Follow(stored, GetCategoryName(stored.CategoryId));
     ShowTitle(stored.Front);
@@ -222,8 +222,8 @@ void EditFrame::Refresh() {
 }
 
 // Reads the card again when the user comes back to this window, since a score notifies nobody. A
-// failure is silent, as its message would activate the window again when it closes, and so return
-// for ever. A save tells the failure.
+// failure is silent: closing its message would activate the window and bring the message back for
+// ever. A save reports it.
 void EditFrame::FollowStored() {
     std::list<FlashCard> found;
     if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {

@@ -183,7 +183,7 @@ wxStaticText* EditSchedulePanel::CreateDescription() {
 void EditSchedulePanel::LayOut(const wxString& title) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
     wxBoxSizer* const group = AddFormGroup(*column, *this, title);
-    // At the top it is in sight even where the window shows the head of the schedules alone.
+    // At the top it is seen even where the window shows only the head of the schedules.
     group->Add(mpLife, FormRow(*this));
     group->Add(mpIntroduced, FormRow(*this));
     SetAccessibleName(*mpIntroduced, title + ": " + mpIntroduced->GetLabel());

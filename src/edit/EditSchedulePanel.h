@@ -15,7 +15,7 @@ class wxStaticText;
 class wxTextCtrl;
 
 // Returns a time as a person reads it: how far from now it is, and when it is by the clock on the
-// wall, as "in 3 days, Sat 28 Nov 14:05". The year is part of it unless it is the present one.
+// wall, such as "in 3 days, Sat 28 Nov 14:05". The year is part of it unless it is the present one.
 wxString DescribeTime(const wxDateTime& time, const wxDateTime& now);
 
 // Shows the schedule of one direction of study in the editor and lets the user change it. The

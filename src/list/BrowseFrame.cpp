@@ -55,7 +55,7 @@ bool RecentSearches::Add(const wxString& text) {
 namespace {
 
 const wxSize kFirstSize(640, 480);
-// Smaller, the search field would leave no room for the name of the category.
+// In a smaller window the search field leaves no room for the category's name.
 const wxSize kSmallestSize(480, 320);
 
 constexpr int kCategoryListId = 11001;
@@ -86,7 +86,7 @@ bool HasFocusIn(const wxWindow& control) {
     return window != nullptr;
 }
 
-// What the undoing could not change, in whole sentences; empty when it changed everything.
+// Says in whole sentences what the undoing could not change; empty when it changed everything.
 wxString DescribeLeftAlone(const UndoOutcome& outcome) {
     if (outcome.NameTaken) {
         return _(
@@ -457,8 +457,7 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
     if (event.GetActive()) {
         mServices.FrameActivated(*this);
         if (mpDatabase != nullptr) {
-            // Time may have passed, and the direction of study may be another. A start has just
-            // counted.
+            // The time and the direction of study may have changed. A start has just counted.
             if (mReadyShown != std::pair(mServices.GetClock().Now(), mServices.IsReverseStudy())) {
                 ShowReadyCount();
             }
@@ -575,7 +574,7 @@ void BrowseFrame::OnUndo(wxCommandEvent& event) {
     {
         const wxBusyCursor busy;
         mServices.GetUndoHistory().UndoLast(*mpDatabase, outcome);
-        // After a failure too, so that the list shows what was done.
+        // Notifies after a failure too, so that the list shows what was done.
         mpDatabase->Notify();
         mpCardList->SelectCards(std::move(outcome.RowIds));
     }
@@ -592,7 +591,7 @@ void BrowseFrame::OnUpdateUndo(wxUpdateUIEvent& event) {
     event.Skip(TextUndo::Find(FindFocus()) != nullptr);
 }
 
-// Names the step in the menu. Done before the menu opens, as its width is that of its texts then.
+// Names the step in the menu. Runs before the menu opens, which fixes the menu's width.
 void BrowseFrame::ShowUndoStep() {
     const bool isText = TextUndo::Find(FindFocus()) != nullptr;
     const wxString step = isText ? wxString() : mServices.GetUndoHistory().GetLabel();

@@ -43,8 +43,8 @@ class BrowseFrame : public wxFrame, private Observer {
 
     // Shows that store, which is not owned; null shows none.
     void SetDatabase(Database* database);
-    // The same for the window that a start shows: reads what is on the screen at once, and the rest
-    // when that has been drawn. When the rest cannot be read, the user may choose another store, as
+    // The same for the window shown at start: reads what is on the screen at once, and the rest
+    // once that is drawn. When the rest cannot be read, the user may choose another store, as
     // before the window was shown.
     void ShowAtStart(Database& database);
 
@@ -104,7 +104,7 @@ class BrowseFrame : public wxFrame, private Observer {
     SearchField* mpSearchCtrl = nullptr;
     wxDropDownButton* mpButton = nullptr;
     wxButton* mpStudyButton = nullptr;
-    // The time and the direction (true in reverse) for which the study button tells ready cards.
+    // The time and the direction (true in reverse) of the ready cards on the study button.
     std::pair<wxDateTime, bool> mReadyShown;
     // Opens the menu of the search field.
     wxDropDownButton* mpSearchMenuButton = nullptr;

@@ -29,7 +29,7 @@ using ListColumns = std::vector<ListColumn>;
 
 struct ListColumnTraits {
     ListColumn Column;
-    // Not translated yet. The menu and the settings name the column so, too.
+    // Not translated yet. The menu and the settings use this name too.
     const char* Heading;
     // The menu entry that shows and hides the column; 0 when it is always shown.
     int MenuId;
@@ -48,10 +48,10 @@ const ListColumnTraits& TraitsOf(ListColumn column);
 // not know the name of its category.
 wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection direction);
 
-// The columns that the settings name as shown, in order, with those that are always there.
+// Returns the columns that are always there and those that the settings show, in order.
 ListColumns ReadShownColumns();
 void WriteShownColumns(const ListColumns& columns);
 
-// Lets the columns of width 0 share evenly what the others leave of the room, in pixels. None gets
-// less than the least.
+// Gives the columns of width 0 equal shares of the room, in pixels, that the others leave, but at
+// least the least width.
 void ShareRoom(std::vector<int>& widths, int room, int least);

@@ -28,7 +28,7 @@ namespace {
 constexpr int kNoCard = -1;
 // A store with more cards takes long enough to be shown in two steps.
 constexpr int32_t kManyCards = 20000;
-// More than any screen has rows.
+// More rows than any screen has.
 constexpr int kFirstPage = 1000;
 
 std::vector<int64_t> RowIdsOf(const std::vector<int64_t>& all, const std::vector<long>& rows) {
@@ -88,7 +88,7 @@ void CardList::SetDatabase(Database* database, Extent extent) {
 }
 
 void CardList::CallWhenDrawn(std::function<void()> callback) {
-    // A start that has to choose another store asks for each of them.
+    // A start may ask again, once it has had to choose another store.
     if (mWhenDrawn == nullptr) {
         GetRowsWindow(*mpListCtrl).Bind(wxEVT_PAINT, &CardList::OnRowsPaint, this);
     }
@@ -189,7 +189,7 @@ void CardList::RefreshRows(Extent extent) {
     const std::vector<int64_t> former = std::move(mRowIds);
     mRowIds.clear();
     SelectRowIds(extent);
-    // When the rows are the same, so are their selection and focus.
+    // The same rows keep their selection and focus.
     if (mRowIds != former) {
         ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
     }
@@ -200,7 +200,7 @@ void CardList::RefreshRows(Extent extent) {
 void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow) {
     const auto count = static_cast<long>(mRowIds.size());
     if (focusedRow >= count) {
-        // Otherwise the control goes on to use a focused row that no longer exists.
+        // Otherwise the control keeps using a focused row that no longer exists.
         mpListCtrl->SetFocusedRow(-1);
     }
     mpListCtrl->SetItemCount(count);

@@ -34,10 +34,10 @@ class CardList : public wxPanel, private Observer {
 
     // Shows that store, which is not owned; null shows nothing.
     void SetDatabase(Database* database, Extent extent = Extent::kAll);
-    // Tells whether cards are missing that ReadAll brings.
+    // Returns true until ReadAll brings the cards that are missing.
     bool HasFirstPageOnly() const { return mHasFirstPageOnly; }
     void ReadAll() { RefreshRows(); }
-    // Calls back once, from the event loop, when the rows have been drawn for the next time.
+    // Calls back once, from the event loop, after the rows are next drawn.
     void CallWhenDrawn(std::function<void()> callback);
     // True takes the rows from the current category, false from searches in the whole store.
     void SetShowCategory(bool show);
@@ -74,8 +74,7 @@ class CardList : public wxPanel, private Observer {
     void SelectCards(std::vector<int64_t> rowIds);
     // Returns true when a command has a card to act on: a selected one, or the focused one.
     bool HasTarget() const;
-    // Tells whether the whole store had no card at its last notice. True also when the cards could
-    // not be counted.
+    // Returns true when the whole store had no card at its last notice, or could not count them.
     bool IsStoreEmpty() const { return mStoreCount == 0; }
 
     void SetFocus() override;

@@ -325,7 +325,8 @@ void CardListCtrl::OnRowsFocused(wxFocusEvent& event) {
 }
 
 // Makes the focused row the anchor. The base class offers no way but a key that steps onto the row,
-// so one is sent from the row above; it deselects the other rows, which are selected again after.
+// so one is sent from the row above. It deselects the other rows, which are selected again
+// afterwards.
 void CardListCtrl::AnchorFocusedRow() {
     const long row = GetFocusedRow();
     if (row < 0) {

@@ -44,7 +44,7 @@ class CardListCtrl : public wxListCtrl {
     // were shown before keep their widths.
     void SetColumns(const ListColumns& columns);
     const ListColumns& GetColumns() const { return mColumns; }
-    // Whether the user has set widths, in this or an earlier run of the program.
+    // Returns true once the user has set widths, in this or an earlier run of the program.
     bool AreWidthsSet() const { return mWidthsAreSet; }
     // Takes the present widths as set by the user.
     void KeepWidths() { mWidthsAreSet = true; }

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <vector>
 
-// A picture of numbers as a value: what is drawn and which numbers stand behind it, but neither
-// size nor colours. PlotDrawing.h draws it, PlotControl.h shows it in a window. A plot knows
-// nothing of where its numbers come from. No display is needed to make or to draw one.
+// A picture of numbers as a value: what is drawn and from which numbers, but neither size nor
+// colours. PlotDrawing.h draws it, PlotControl.h shows it in a window. A plot knows nothing of
+// where its numbers come from. No display is needed to make or to draw one.
 
 // A name beside an axis.
 struct PlotTick {
@@ -32,8 +32,8 @@ struct PlotAxis {
     double PartOf(double value) const;
 };
 
-// The colours that a series can have, all of them apart for colour-blind eyes in this order. The
-// grades go from bad to good, in shades of red and of blue.
+// The colours that a series can have. Colour-blind eyes can tell neighbours in this order apart.
+// The grades go from bad to good, in shades of red and of blue.
 enum class PlotHue {
     Blue,
     Orange,
@@ -55,10 +55,10 @@ struct PlotPoint {
     double Y = 0.0;
     // The right edge of a bar, whose left edge is X.
     double XEnd = 0.0;
-    // The ends of the whisker that tells how sure the value is. No whisker when they are equal.
+    // The ends of the whisker that tells how sure the value is; there is none when they are equal.
     double Low = 0.0;
     double High = 0.0;
-    // The part of the largest disc's area that the disc of a point has, 0 to 1.
+    // The area of the point's disc as a part of the largest disc's, 0 to 1.
     double Weight = 0.0;
     // A few characters above the point, such as the number of observations.
     wxString Note;
@@ -81,7 +81,7 @@ struct PlotRule {
     wxString Label;
 };
 
-// The numbers behind a plot as a person or another program reads them.
+// The numbers of a plot as a person or another program reads them.
 struct PlotTable {
     std::vector<wxString> Headings;
     // Each row has as many cells as there are headings.
@@ -127,7 +127,7 @@ struct Plot {
 };
 
 // Sets an axis of counts from 0 to a round number that is at least the greatest value, with ticks
-// at whole numbers: at most so many steps.
+// at whole numbers, and with at most that many steps.
 void SetCountAxis(PlotAxis& axis, double greatest, int mostSteps = 5);
 // Sets an axis from 0 to 1 with ticks in percent.
 void SetShareAxis(PlotAxis& axis);
@@ -143,6 +143,6 @@ wxString DurationText(double seconds);
 // Returns a day of the year in a few characters: "12 May".
 wxString DayText(const wxDateTime& day);
 
-// Returns in which of four shades above nothing a number of a calendar lies, 1 to 4, or 0 for
-// nothing. The shades split the numbers up to the greatest evenly.
+// Returns the shade of a number of a calendar, 1 to 4, or 0 for nothing. The shades split the
+// numbers up to the greatest evenly.
 int CalendarShade(int64_t number, int64_t greatest);

@@ -10,8 +10,8 @@
 
 class wxGraphicsContext;
 
-// The few things that a plot is drawn with. The origin is the upper left corner, and a unit is a
-// logical pixel.
+// The few operations that a plot is drawn with. The origin is the upper left corner, and a unit is
+// a logical pixel.
 enum class PlotAnchor { Left, Middle, Right };
 enum class PlotText { Usual, Small, Title };
 
@@ -23,16 +23,16 @@ class PlotCanvas {
     virtual void Disc(const wxPoint2DDouble& centre, double radius, const wxColour& colour) = 0;
     virtual void Line(const std::vector<wxPoint2DDouble>& points, const wxColour& colour,
                       double width, bool dashed = false) = 0;
-    // Writes one line of text whose middle is that high, with its left end, middle or right end at
-    // that place.
+    // Writes one line of text with its left end, middle or right end at that place; its middle is
+    // at that height.
     virtual void Write(const wxString& text, const wxPoint2DDouble& place, PlotAnchor anchor,
                        PlotText style, const wxColour& colour) = 0;
-    // Return how wide a text is, and how high a line of it.
+    // Return the width of a text, and the height of a line.
     virtual double WidthOf(const wxString& text, PlotText style) = 0;
     virtual double HeightOf(PlotText style) = 0;
 };
 
-// Draws on a screen or a bitmap. The context is not owned and must outlive the canvas; the font is
+// Draws on a screen or a bitmap. The context is not owned and must outlive the canvas; its font is
 // that of usual text.
 class ScreenCanvas : public PlotCanvas {
   public:
@@ -55,8 +55,8 @@ class ScreenCanvas : public PlotCanvas {
     wxFont mFont;
 };
 
-// Draws an SVG file. It needs no display: the width of a text, which depends on the fonts of the
-// viewer, is taken for that of a wide font.
+// Draws an SVG file. It needs no display: since the viewer's fonts are unknown, texts count as wide
+// as in a wide font.
 class SvgCanvas : public PlotCanvas {
   public:
     // The title is what a screen reader says of the picture.

@@ -12,13 +12,14 @@
 // click send wxEVT_BUTTON. Main thread only.
 class PlotControl : public wxControl {
   public:
-    // A tile leaves out the summary, and a compact control legend, titles of axes and notes too.
+    // A tile leaves out the summary; a compact control also the legend, the titles of axes and the
+    // notes.
     enum class Form { Full, Tile, Compact };
     PlotControl(wxWindow* parent, wxWindowID id, Form form = Form::Full);
 
     void SetPlot(Plot plot);
     const Plot& GetPlot() const { return mPlot; }
-    // Leaves the title to the window around. A screen reader still says it.
+    // Leaves the title to the surrounding window. A screen reader still says it.
     void HideTitle();
 
     // Returns the marked row of the plot's table, or -1.

@@ -30,7 +30,7 @@ constexpr double kEdge = 10.0;
 constexpr double kGap = 6.0;
 constexpr double kSwatch = 11.0;
 constexpr double kLargestDisc = 11.0;
-// The width of the picture in largest discs, unless they would be too large or small.
+// So many of the largest discs fit across the picture, unless they get too large or small.
 constexpr double kDiscPart = 50.0;
 constexpr double kSmallestDisc = 3.0;
 // The part of its place that a bar fills. Places this narrow are filled whole.
@@ -38,7 +38,7 @@ constexpr double kBarPart = 0.82;
 constexpr double kNarrowPlace = 4.0;
 constexpr double kThickestRow = 26.0;
 constexpr double kLargestDay = 22.0;
-// With fewer lines of text, a picture is drawn compact.
+// A picture with room for fewer lines of text is drawn compact.
 constexpr double kLinesOfAll = 8.5;
 // The first character of the scripts of East Asia.
 constexpr wchar_t kFirstWide = 0x2e80;
@@ -145,7 +145,7 @@ class PlotPainter {
     const PlotOptions& mOptions;
     double mWidth;
     double mHeight;
-    // What is still free.
+    // The area that is still free.
     wxRect2DDouble mArea;
     std::vector<wxRect2DDouble> mRows;
 };
@@ -213,7 +213,7 @@ void PlotPainter::DrawTitle() {
 std::vector<wxString> PlotPainter::Wrap(const wxString& text) {
     std::vector<wxString> lines;
     wxString line;
-    // How much of the line can stand alone when the rest goes to the next one.
+    // The part of the line that stays when the rest moves to the next one.
     size_t whole = 0;
     for (const wxUniChar character : text) {
         if (character == ' ' || character.GetValue() >= kFirstWide) {
@@ -358,7 +358,7 @@ void PlotPainter::DrawAcrossAxis() {
                  mLook.Muted(), 1.0);
 }
 
-// The rules lie upon the bars and under the lines and points.
+// The rules lie above the bars and below the lines and points.
 void PlotPainter::DrawSeries() {
     DrawBars();
     DrawRules();
@@ -385,7 +385,7 @@ void PlotPainter::DrawBars() {
             const double left = AtX(point.X) + space;
             const double bottom = std::round(AtY(heights[i]));
             heights[i] += point.Y;
-            // A single one among thousands still shows.
+            // Even a single one among thousands shows.
             const double top =
                 point.Y > 0 ? std::min(std::round(AtY(heights[i])), bottom - 1) : bottom;
             if (bottom > top) {
@@ -404,7 +404,7 @@ void PlotPainter::DrawLine(const PlotSeries& series) {
     mCanvas.Line(points, mLook.Of(series.Hue), 2.0);
 }
 
-// A disc whose area grows with the weight behind the value, on a whisker of how sure it is.
+// Draws a disc whose area grows with the value's weight, on a whisker that shows how sure it is.
 void PlotPainter::DrawPoints(const PlotSeries& series) {
     const wxColour colour = mLook.Of(series.Hue);
     const double line = Line(PlotText::Small);
@@ -457,7 +457,7 @@ void PlotPainter::DrawRules() {
 }
 
 // Each row of the table belongs to a point of the first series: its bar over the whole height, or
-// the room up to half the way to the next point.
+// the room halfway to the next point.
 void PlotPainter::FindRows() {
     if (mPlot.Series.empty() || mPlot.Series.front().Points.size() != mPlot.Table.Rows.size()) {
         return;

@@ -23,7 +23,7 @@ class PlotLook {
 
     const wxColour& Background() const { return mBackground; }
     const wxColour& Text() const { return mText; }
-    // Axis labels, and lines that must not be louder than the numbers.
+    // For axis labels, and lines that must not be louder than the numbers.
     const wxColour& Muted() const { return mMuted; }
     const wxColour& Grid() const { return mGrid; }
     wxColour Of(PlotHue hue) const;
@@ -43,8 +43,8 @@ struct PlotOptions {
     bool HasTitle = true;
     // The summary stands below the title.
     bool HasSummary = true;
-    // A small picture: no legend, no titles of axes and no notes. One that is too low for them is
-    // always drawn so.
+    // A small picture: no legend, no titles of axes and no notes. A picture that is too low for
+    // them is always compact.
     bool IsCompact = false;
     // The row of the table that is marked, or -1.
     int MarkedRow = -1;

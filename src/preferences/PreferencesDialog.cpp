@@ -81,7 +81,7 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
     LoadSettings();
     TextUndo::AttachTo(*mpForm);
     FitTextHeights(*mpForm);
-    // The window has room for the longer description, and opens with the other.
+    // Measures with the longer description, so that the window has room for both.
     ShowDescription(true);
     FitDialogToForm(*this, *mpForm, FromDIP(wxSize(400, 300)));
     ShowDescription(false);

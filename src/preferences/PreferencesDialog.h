@@ -17,8 +17,8 @@ class wxSpinCtrl;
 class wxStaticText;
 class wxTextCtrl;
 
-// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced,
-// the file that keeps the cards, and its backups. Nothing changes before the user presses OK. Main
+// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced, the
+// file that keeps the cards, and its backups. Nothing changes until the user presses OK. Main
 // thread only.
 class PreferencesDialog : public wxDialog {
   public:

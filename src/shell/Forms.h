@@ -21,8 +21,7 @@ class wxWindow;
 
 // The distances that the desktop's guidelines ask for, in pixels at the usual resolution: between
 // controls that belong together, and from the edge of a window to what stands in it. Groups of
-// controls keep the edge's distance from each other, and what a title stands over is indented by
-// it.
+// controls keep the edge's distance from each other, and controls below a title are indented by it.
 constexpr int kFormGap = 6;
 constexpr int kFormEdge = 12;
 
@@ -47,7 +46,7 @@ wxSizer* MakeOkCancel(wxWindow& window);
 void LetFormScroll(wxScrolledWindow& form);
 
 // Makes a dialog as large as the scrolled form in it wants to be, up to three quarters of the
-// screen's height, and at least of a size that is in pixels inside the frame.
+// screen's height, and at least as large as the given size, in pixels inside the frame.
 void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& leastSize);
 
 // Makes a choice that starts on its first entry.
@@ -72,13 +71,13 @@ wxFlexGridSizer* MakeFormGrid(const wxWindow& form);
 wxStaticText* AddFormRow(wxFlexGridSizer& grid, const wxString& text, wxWindow& control,
                          wxButton& help, wxSizer* field = nullptr);
 
-// A form with the labels above the controls: the room around each field, in pixels, and the sides
-// on which it is kept. A field stands close below its label.
+// For a form with the labels above the controls: the room around each field, in pixels, and its
+// sides. A field stands close below its label.
 constexpr int kFormBorder = 1;
 constexpr int kFieldSides = wxLEFT | wxRIGHT | wxBOTTOM;
 
 // Adds the label of a control to such a column; the caller adds the control below it. The first
-// label of a group keeps its distance above as well.
+// label of a group also keeps its distance above.
 enum class LabelPlace { First, Later };
 void AddFormLabel(wxSizer& column, const wxString& text, wxWindow& control,
                   const wxString& spokenName, LabelPlace place);

@@ -116,8 +116,8 @@ constexpr MenuRow kHelpRows[] = {
     kLine,
     {wxID_ABOUT, wxTRANSLATE("&About..."), "icons/about_menu.png"}};
 
-// The library shows the usual key of its own ids where a label names none. Only Edit names its key:
-// it has the id of opening a file, whose usual key would be another.
+// Where a label names no key, the library shows the usual key of the id. Only Edit names its key:
+// it has the id of opening a file, which has another.
 constexpr MenuRow kCardRows[] = {
     {wxID_NEW, wxTRANSLATE("&New"), "icons/newcard_menu.png", wxITEM_NORMAL,
      wxTRANSLATE("Creates a new flash card.")},
@@ -181,7 +181,7 @@ bool IsLooseLine(const wxMenu& menu, size_t position) {
                                    menu.FindItemByPosition(position - 1)->IsSeparator());
 }
 
-// The frame keeps a copy of the colour, so it takes it anew whenever the desktop's colours change.
+// The frame keeps a copy of the colour, which is renewed whenever the desktop's colours change.
 void UseFaceColour(wxFrame& frame) {
     frame.SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     frame.Bind(wxEVT_SYS_COLOUR_CHANGED, [&frame](wxSysColourChangedEvent& event) {

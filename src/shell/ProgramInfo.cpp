@@ -33,8 +33,8 @@ wxString GetHelpFilePath() {
 
 void OpenUserGuide(const wxString& section) {
     const wxString address = wxFileSystem::FileNameToURL(wxFileName(GetHelpFilePath()));
-    // Desktops that look for the file themselves take the section for a part of its name, so a
-    // browser is asked for it directly.
+    // Desktops that look for the file themselves take the section for a part of its name, so we ask
+    // a browser directly.
     if (section.empty() || !OpenInBrowser(address + "#" + section)) {
         wxLaunchDefaultBrowser(address);
     }

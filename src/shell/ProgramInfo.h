@@ -17,7 +17,7 @@ constexpr const char* kCommunitySite = "https://community.example.org";
 constexpr const char* kSupportSite = "https://support.example.org";
 constexpr const char* kSupportMailbox = "support@example.org";
 
-// Marked for translation, which the window that shows them does. The %i is the last year.
+// Marked here and translated by the window that shows them. The %i is the last year.
 constexpr const char* kLegalLines =
     wxTRANSLATE("Copyright (c) 2004-%i Ostrel.\nAll rights reserved.");
 constexpr const char* kLegalNotice = wxTRANSLATE(

@@ -81,7 +81,7 @@ wxString SizeKey(wxString key) {
     return key;
 }
 
-// Returns the widths that stand before the first token that is none.
+// Returns the widths before the first token that is not a width.
 std::vector<int> ParseWidths(const wxString& text) {
     std::vector<int> widths;
     wxStringTokenizer tokens(text, ",", wxTOKEN_RET_EMPTY_ALL);

@@ -28,7 +28,7 @@ constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval"
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
-// The beginning of several keys, which have a number behind it.
+// The beginning of several keys, which end with a number.
 constexpr char kSettingImportLayout[] = "ImportLayout";
 constexpr char kSettingQuickHelp[] = "QuickHelp";
 constexpr char kSettingTest[] = "Test";

@@ -67,7 +67,7 @@ class EntryField : public TextUndo::Field {
     wxTextEntry& mEntry;
 };
 
-// The text of a spin control, which the toolkit sets as a whole only.
+// The text of a spin control, which the toolkit can only set as a whole.
 class SpinField : public TextUndo::Field {
   public:
     explicit SpinField(wxSpinCtrl& control) : mControl(control) {}
@@ -108,7 +108,7 @@ void TextUndo::AttachTo(wxWindow& window) {
     std::unique_ptr<Field> field = MakeField(window);
     if (field != nullptr && Find(&window) == nullptr) {
         auto* const history = new TextUndo(std::move(field));
-        // A choice hides the client object of the window by those of its rows.
+        // A choice hides the window's client object behind those of its rows.
         static_cast<wxEvtHandler&>(window).SetClientObject(history);
         history->Watch(window);
     }
@@ -164,7 +164,7 @@ void TextUndo::Begin() {
 }
 
 // Finds what the user has changed since the last time. The text alone does not tell which of
-// several equal letters was typed, but the caret does: it stands behind what was put in.
+// several equal letters was typed, but the caret does: it stands after them.
 void TextUndo::Follow() {
     const wxString text = mpField->GetText();
     if (text.length() > kLongestText || mText.length() > kLongestText) {
@@ -189,7 +189,7 @@ void TextUndo::Follow() {
     }
 }
 
-// Adds a change to the newest one where both belong to one word. Returns false where they do not.
+// Joins a change to the newest one if both belong to one word. Returns false if not.
 bool TextUndo::Extend(const Change& change) {
     if (mDone == 0) {
         return false;
@@ -197,7 +197,7 @@ bool TextUndo::Extend(const Change& change) {
     Change& last = mChanges.back();
     const bool isPut = change.Before.empty();
     if (isPut && mIsSameMoment && last.After.empty() && change.Place == last.Place) {
-        // The toolkit may tell in two steps what is put over a selection.
+        // The toolkit may report in two steps what replaces a selection.
         last.After = change.After;
         last.IsTyped = change.IsTyped;
     } else if (isPut && change.IsTyped && last.IsTyped &&
@@ -237,7 +237,7 @@ void TextUndo::Add(Change change) {
 
 void TextUndo::Undo() {
     if (CanUndo()) {
-        // A copy, as a handler of the field's event may begin a new history.
+        // Copied, as a handler of the field's event may begin a new history.
         const Change change = mChanges[--mDone];
         Apply(change.Place, change.After, change.Before);
     }
@@ -261,7 +261,7 @@ void TextUndo::Apply(size_t place, const wxString& present, const wxString& want
     mpField->Replace(place, place + present.length(), wanted);
     mIsApplying = false;
     mText = text;
-    // An input method may have put in what it was about to, and a spin control takes numbers only.
+    // An input method may have added its text, and a spin control takes only numbers.
     if (mpField->GetText() != text) {
         Begin();
     }

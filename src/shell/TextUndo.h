@@ -30,7 +30,7 @@ class TextUndo : public wxClientData {
     // Returns the history of a field, or null when it has none. The window may be null.
     static TextUndo* Find(wxWindow* window);
     // Empties the history of a field, if it has one. Call it after the program itself has put
-    // another text into the field; the user could else bring the former text back.
+    // another text into the field; otherwise the user could bring the former text back.
     static void Restart(wxWindow& window);
 
     ~TextUndo() override;
@@ -47,7 +47,7 @@ class TextUndo : public wxClientData {
         size_t Place;
         wxString Before;
         wxString After;
-        // True while it holds nothing but letters typed one by one, and so may take up another.
+        // True while it holds only letters typed one by one, so that another may join them.
         bool IsTyped;
     };
     explicit TextUndo(std::unique_ptr<Field> field);
@@ -67,7 +67,8 @@ class TextUndo : public wxClientData {
     size_t mDone = 0;
     // The number of characters that all changes hold.
     size_t mSize = 0;
-    // True from a change to the next turn of the event loop: what changes meanwhile belongs to it.
+    // True from a change to the next turn of the event loop: further changes until then belong to
+    // it.
     bool mIsSameMoment = false;
     // True while an undo or a redo changes the text.
     bool mIsApplying = false;

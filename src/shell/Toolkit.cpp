@@ -64,7 +64,7 @@ void SetAccessibleRole(const wxWindow& window, AccessibleRole role) {
 void FitTextHeights(wxWindow& window) {
     const auto* const text = dynamic_cast<const wxTextCtrl*>(&window);
     if (text != nullptr && text->IsSingleLine()) {
-        // The minimum set last time would count as wanted.
+        // Drops the minimum set last time, which would count as wanted.
         window.SetMinSize(wxSize(window.GetMinWidth(), -1));
         int height = 0;
         gtk_widget_get_preferred_height(window.GetHandle(), nullptr, &height);
@@ -106,7 +106,7 @@ void KeepScrollBarVisible(wxScrolledWindow& form) {
 
 namespace {
 
-// What the program does for a window that the platform has restyled.
+// Called for each window that the platform has restyled.
 std::function<void(wxTopLevelWindow&)> gOnRestyled;
 
 // Runs in the next frame of a window that is on the screen, just before it is restyled.

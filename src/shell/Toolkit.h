@@ -11,9 +11,9 @@ class wxSpinCtrl;
 class wxTopLevelWindow;
 class wxWindow;
 
-// What the windowing library leaves out and the platform's own toolkit has. Toolkit.cpp is the one
-// file that calls the platform; on a platform without the function each does the next best thing
-// that the library offers, which may be nothing. Main thread only.
+// What the windowing library leaves out and the platform's own toolkit has. Only Toolkit.cpp calls
+// the platform; elsewhere each function does the next best thing that the library offers, which may
+// be nothing. Main thread only.
 
 // Sets what a screen reader says for a window that has no words of its own: one that paints itself,
 // or a control whose label stands beside it.
@@ -37,8 +37,8 @@ void ShowMenuPictures();
 // whatever else stands in the control.
 wxWindow& GetRowsWindow(wxListCtrl& list);
 
-// Gives the column headings the desktop's font back after the list was given another one: their
-// height is bound to the desktop's.
+// Gives the column headings the desktop's font back after the list got another one, since their
+// height stays the desktop's.
 void KeepHeadingFont(wxListCtrl& list);
 
 // Makes a screen reader say the row that the keys act on, or what the whole list holds when the row
@@ -54,9 +54,9 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place);
 // platform shows them only while the mouse moves, and nothing tells that a form goes on.
 void KeepScrollBarVisible(wxScrolledWindow& form);
 
-// Calls a function for each window after the user has chosen another theme or another size of all
-// texts on the desktop, until the program ends. The call comes from the event loop once the
-// platform has restyled the window: soon for one on the screen, for another when it is shown.
+// Calls a function for each window after the user has changed the desktop's theme or text size,
+// until the program ends. The call comes from the event loop once the platform has restyled the
+// window: soon for one on the screen, for another when it is shown.
 void WatchDesktop(std::function<void(wxTopLevelWindow&)> onChange);
 
 // Lets a window and all that stands in it take the desktop's present colours and text sizes. The
@@ -74,8 +74,7 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 // started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.
 void UseActivationToken(const wxTopLevelWindow& window, const wxString& token);
 
-// Returns whether programs may know and choose where their windows lie. Wayland keeps that to the
-// desktop.
+// Returns whether programs may know and choose where their windows lie. On Wayland they may not.
 bool HasWindowPlaces();
 
 // Returns a window's place in pixels: the corner of the frame around it, and the size inside that
@@ -90,6 +89,6 @@ void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner);
 // Returns whether the desktop has fitted a window to a part of the screen, such as its left half.
 bool IsTiled(const wxTopLevelWindow& window);
 
-// Opens an address in the program that the desktop has for web pages. Returns false if there is
-// none. The address reaches it as it stands, with a section of a local page too.
+// Opens an address in the desktop's program for web pages. Returns false if there is none. The
+// address arrives unchanged, even with a section of a local page.
 bool OpenInBrowser(const wxString& address);

@@ -30,7 +30,7 @@ namespace {
 
 // The largest coordinate that a window system can express.
 constexpr long kFarthest = 32767;
-// A smaller window would show nothing of use, so its place is taken for a mistake.
+// A smaller window would be of no use, so its place is taken for a mistake.
 constexpr int kSmallest = 64;
 // How long the window manager may take to settle a window, either new or maximised.
 constexpr long kSettlingMilliseconds = 300;
@@ -48,7 +48,7 @@ struct WatchedPlace {
     wxStopWatch SinceLatest;
     // The window has been free for long enough to believe it.
     bool WasFree = false;
-    // The place to hold the window to while it comes up. Empty as soon as the user may move it.
+    // The place to hold the window at while it comes up. Empty as soon as the user may move it.
     std::optional<wxRect> Wanted;
     int Corrections = kCorrections;
     bool WasHidden = false;
@@ -75,7 +75,7 @@ int64_t SharedArea(const wxRect& one, const wxRect& other) {
     return shared.IsEmpty() ? 0 : int64_t{shared.width} * shared.height;
 }
 
-// Holds the window to a place while it comes up, or comes back.
+// Holds the window at a place while it comes up or comes back.
 void Want(wxTopLevelWindow& window, const wxRect& place) {
     WatchedPlace& watched = Watched(window);
     watched.Wanted = place;

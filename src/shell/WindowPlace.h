@@ -39,8 +39,7 @@ wxString FormatSize(const WindowPlace& place);
 bool ParseSize(const wxString& text, WindowPlace& place);
 
 // Returns the place moved, and made smaller where it must be, so that it lies within the screen
-// that shows most of it, or within the first when none shows any. Returns it unchanged when there
-// is no screen.
+// that shows most of it, or else within the first. Returns it unchanged when there is no screen.
 wxRect ClampPlace(const wxRect& place, const std::vector<wxRect>& screens);
 
 // Returns the areas that the screens of this moment leave to windows.
@@ -49,13 +48,12 @@ std::vector<wxRect> ScreenAreas();
 // Follows the place of a window from now on until its end, for GetPlace, and keeps the size it was
 // made with free of frame and shadows. Harmless when called again.
 void WatchPlace(wxTopLevelWindow& window);
-// Moves a watched window. One that is not shown yet comes up at the place, even if the window
-// manager would put it elsewhere, and maximised if it was; one that is shown stays as it is in that
-// respect.
+// Moves a watched window. A window not shown yet comes up at the place, even against the window
+// manager, and maximised if it was; one that is shown keeps that state.
 void MoveToPlace(wxTopLevelWindow& window, const WindowPlace& place);
 // Returns the present place of a window, or the last one at which it was free.
 WindowPlace GetPlace(const wxTopLevelWindow& window);
 
-// Makes a watched window that is not shown look like one that is and that it takes the turn of: of
-// the same size, and maximised alike. Does nothing where windows have places, as each has its own.
+// Gives a watched, hidden window the size of the shown one that it replaces, and maximises it
+// alike. Does nothing where windows have places of their own.
 void TakeTurnOf(const wxTopLevelWindow& shown, wxTopLevelWindow& window);

@@ -59,7 +59,7 @@ struct FiguresJob {
     Job Reading;
 };
 
-// The numbers of a plot as a list, which makes its rows as they are shown.
+// Lists the numbers of a plot. Makes each row only when it is shown.
 class NumbersList : public wxListCtrl {
   public:
     NumbersList(wxWindow* parent, wxWindowID id)
@@ -68,7 +68,7 @@ class NumbersList : public wxListCtrl {
         Bind(wxEVT_LIST_ITEM_FOCUSED, &NumbersList::OnItemFocused, this);
     }
     ~NumbersList() override {
-        // The base class sends this event while it goes, after this part of the object.
+        // The base class sends this event in its destructor, when this part of the object is gone.
         Unbind(wxEVT_LIST_ITEM_FOCUSED, &NumbersList::OnItemFocused, this);
     }
     NumbersList(const NumbersList&) = delete;

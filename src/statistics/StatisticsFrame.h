@@ -25,13 +25,12 @@ class wxStaticText;
 class wxCheckBox;
 struct FiguresJob;
 
-// The small pictures and the answers of the first page, one above the other.
 class StatisticsOverview;
 
 // The window that shows what was learnt and what comes: a list of pages, each a plot whose numbers
-// can be had as a table, copied and saved. It counts on a worker thread when it opens, comes to the
-// front or hears of a change of the store, and goes on showing the last figures meanwhile. At most
-// one is open; it deletes itself when it closes. Main thread only.
+// can be shown as a table, copied and saved. It counts on a worker thread when it opens, comes to
+// the front or hears that the store changed, and shows the last figures meanwhile. At most one is
+// open; it deletes itself when it closes. Main thread only.
 class StatisticsFrame : public wxFrame, private Observer {
   public:
     // The services are not owned and must outlive the window.
@@ -46,8 +45,8 @@ class StatisticsFrame : public wxFrame, private Observer {
     StatisticsPage GetPage() const;
     void ShowPage(StatisticsPage page);
 
-    // Writes the picture of the page: SVG when the path ends so, else PNG with two pixels for each
-    // unit. Returns false when the file could not be written; it is then as it was.
+    // Writes the picture of the page: SVG for a path that ends in ".svg", else PNG with two pixels
+    // for each unit. Returns false, with the file as it was, when it cannot be written.
     bool SavePicture(const wxString& path) const;
 
   private:
@@ -93,7 +92,7 @@ class StatisticsFrame : public wxFrame, private Observer {
     std::vector<Category> mCategories;
     StatisticsPlots mPlots;
     std::vector<HardCard> mHardest;
-    // Read by the worker while there is one, else by nobody.
+    // Used by the worker alone.
     ReviewHistory mHistory;
     std::unique_ptr<FiguresJob> mpJob;
     // The choices or the store changed while the worker was counting.

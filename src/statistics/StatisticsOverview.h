@@ -11,16 +11,16 @@
 class PlotControl;
 class wxStaticText;
 
-// The first page of the statistics: what a learner asks first as large numbers, what they mean in a
-// sentence, and four of the plots in small. A double click or Enter on a plot opens its page.
-// Main thread only.
+// The first page of the statistics: large numbers that answer a learner's first questions, a
+// sentence on what they mean, and four of the plots in small. A double click or Enter on a plot
+// opens its page. Main thread only.
 class StatisticsOverview : public wxPanel {
   public:
     using PageOpener = std::function<void(StatisticsPage)>;
 
     StatisticsOverview(wxWindow* parent, const PageOpener& openPage);
 
-    // Shows the plots, and the answers and the advice of the overview's own.
+    // Shows the plots, the answers and the advice.
     void SetPlots(const StatisticsPlots& plots);
 
   private:

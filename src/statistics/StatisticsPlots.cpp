@@ -16,8 +16,8 @@ namespace {
 constexpr double kLeastSeconds = 10.0;
 // Fewer reviews say nothing about a category or about long intervals.
 constexpr int32_t kTellingReviews = 20;
-// Old cards remembered surely less often than the first come too late, surely more often than the
-// second too early, and surely more often than the third in time.
+// Old cards come too late when they are surely remembered less often than the first share, too
+// early when more often than the second, and in time when more often than the third.
 constexpr double kTooSeldom = 0.8;
 constexpr double kTooOften = 0.97;
 constexpr double kOftenEnough = 0.75;
@@ -76,7 +76,7 @@ wxString NoReviewsText(const ReviewFigures& figures) {
                : _("No reviews here in this time. Choose a longer time or another category.");
 }
 
-// The first is the number of reviews, the second that of the remembered ones.
+// Returns the numbers of reviews and of remembered ones.
 std::pair<int32_t, int32_t> AddUp(const std::array<Retention, kTimeRangeCount>& ranges,
                                   int64_t from = 0) {
     std::pair<int32_t, int32_t> sum;
@@ -101,7 +101,7 @@ int32_t ReviewsIn(const std::vector<DayReviews>& days) {
                            [](int32_t sum, const DayReviews& day) { return sum + day.Total(); });
 }
 
-// When the reviews left undone are worked off, in a sentence; empty when there are none, or no end.
+// Says when the overdue reviews will be worked off; empty when there are none, or no end.
 wxString WorkedOffText(const ReviewFigures& figures, size_t days) {
     const DueForecast& due = figures.Due;
     if (due.UsualDay == 0) {
@@ -341,8 +341,8 @@ void KeepRows(std::vector<Row>& rows, size_t first, size_t last) {
     rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(first));
 }
 
-// The range that holds the bound of old cards is split: what its old part has is what the ranges
-// above it lack of all old cards.
+// The range that holds the bound of old cards is split: its old part has the old cards that the
+// ranges above it lack.
 Plot MakeIntervals(const ReviewFigures& figures) {
     Plot plot = NewPlot(StatisticsPage::Intervals);
     const ScheduleFigures& schedules = figures.Schedules;

@@ -8,8 +8,8 @@
 #include "plot/Plot.h"
 #include "reviews/ReviewFigures.h"
 
-// What the statistics window shows of the figures: a picture and its numbers for each page, and the
-// answers to what a learner asks first. Needs no window.
+// Turns the figures into what the statistics window shows: a picture and its numbers for each page,
+// and the answers to a learner's first questions. Needs no window.
 
 // In the order of the window's list of pages. The overview shows some of the others in small.
 enum class StatisticsPage {
@@ -29,8 +29,8 @@ constexpr size_t kStatisticsPageCount = 10;
 // Returns the name of a page, translated.
 wxString StatisticsPageName(StatisticsPage page);
 
-// One plot for each page. That of the overview has no picture and only the table of the answers.
-// Each plot without numbers says kindly why.
+// One plot for each page. The overview's has no picture, only the table of the answers. A plot
+// without numbers says kindly why.
 using StatisticsPlots = std::array<Plot, kStatisticsPageCount>;
 StatisticsPlots MakeStatisticsPlots(const ReviewFigures& figures, ReviewSpan span);
 // The same while nothing has been counted yet.

@@ -92,8 +92,8 @@ constexpr int32_t kTextMargin = 12;
 // (about a hundredth of a second).
 constexpr size_t kCharactersAtOnce = 10000;
 constexpr size_t kCharactersWhenIdle = 5000;
-// Pixels of one side. Nobody scrolls through more, and the sum of two sides still fits into the
-// 32-bit numbers that the toolkit counts with.
+// The greatest height of a side in pixels. Nobody scrolls through more, and two sides together
+// still fit into the toolkit's 32-bit numbers.
 constexpr int64_t kHighestSide = 1000000000;
 
 int32_t TextHeight(const WrappedText& wrapped, int32_t lineHeight) {

@@ -65,7 +65,7 @@ class CardViewer : public wxScrolledWindow {
                const wxSize& size = wxDefaultSize, long style = wxHSCROLL | wxVSCROLL,
                const wxString& name = wxASCII_STR(wxPanelNameStr));
 
-    // A text of more than kMostCharacters ends with an ellipsis in their place.
+    // A longer text is cut here and ends with an ellipsis.
     static constexpr size_t kMostCharacters = 8000000;
     void SetFirstText(const wxString& text);
     void SetSecondText(const wxString& text);
@@ -79,7 +79,7 @@ class CardViewer : public wxScrolledWindow {
     void SetSecondCover(const wxBitmap& cover);
     bool IsSecondCovered() const { return mSecond.Cover.IsOk(); }
 
-    // Words about what the window shows, for screen readers. Nothing draws them.
+    // Tells screen readers what the window shows; nothing is drawn.
     void SetHint(const wxString& text);
     const wxString& GetHint() const { return mHint; }
 

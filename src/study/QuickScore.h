@@ -56,14 +56,14 @@ class QuickScore : public wxControlWithItems {
     int32_t GetPressed() const { return mPressed; }
 
     // Forgets a press that is under way and chooses nothing. The owner calls it when it shows
-    // something else than what the press was meant for, or when a menu or dialog gets the release.
+    // something other than what the press was meant for, or when a menu or dialog gets the release.
     void DropPress();
     // Called when the keys come back from a menu or another window. Keys that are down now were
     // pressed there, and start no press before they have been released.
     void ResumeKeys();
 
-    // Tips that replace the one of the whole control while the pointer is on an item; an empty list
-    // leaves that alone.
+    // Sets the tips of the single items, which replace the control's own; an empty list keeps that
+    // one.
     void SetItemTips(const std::vector<wxString>& tips);
 
     // Inner margin of an item in 1/96 inch.
@@ -163,7 +163,7 @@ class QuickScore : public wxControlWithItems {
     int32_t mTipItem = -1;
     // Rotation of the wheel that has not yet moved the cursor.
     int32_t mWheelRest = 0;
-    // Keys that are down and may not start a press before they have been let go.
+    // Keys that are down and may not start a press before they are released.
     std::set<int> mDownKeys;
     int32_t mItemHeight = 0;
     // The item height at which the minimum size was set, or 0 before that.

@@ -22,7 +22,7 @@ ScoreForecast::ScoreForecast(wxWindow* parent, const QuickScore& scores)
                wxBORDER_NONE | wxFULL_REPAINT_ON_RESIZE, "forecast"),
       mScores(scores) {
     SetBackgroundStyle(wxBG_STYLE_PAINT);
-    // Not a stop of the keys for screen readers either: the scores say the same.
+    // The scores say the same, so screen readers need not stop here.
     SetCanFocus(false);
     SetAccessibleRole(*this, AccessibleRole::Label);
     Bind(wxEVT_PAINT, &ScoreForecast::OnPaint, this);

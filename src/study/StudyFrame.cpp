@@ -50,11 +50,11 @@ constexpr int kCompactMargin = 3;
 
 const char* const kSettingsName = "Velomind";
 
-// In less room the words on the scores would be cut, or no line of a card be seen.
+// In less room the words on the scores are cut, or no line of a card is seen.
 const wxSize kSmallestSize(240, 320);
 
-// Keys that do what a menu entry does, beside the one that the entry shows. Ctrl+W stands for the
-// entry that this window leaves out.
+// Further keys for menu entries, besides those that the entries show. Ctrl+W stands for the entry
+// that this window leaves out.
 const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
                                     {wxACCEL_CTRL, 'Q', wxID_EXIT},
                                     {wxACCEL_CTRL, '=', wxID_ZOOM_IN},
@@ -140,7 +140,7 @@ void StudyFrame::CreateBars() {
     mpToolBar = new wxToolBar(this, kPanelId, wxDefaultPosition, wxDefaultSize,
                               wxTB_HORIZONTAL | wxTB_TEXT | wxTB_NODIVIDER, "toolbar");
     mpToolBar->SetToolBitmapSize(wxSize(16, 16));
-    // The same words as a tip at the tool and as help in the status bar.
+    // Both the tool's tip and the help in the status bar.
     const wxString backHelp = _("View the previous flash card");
     mpToolBar->AddTool(wxID_BACKWARD, wxGETTEXT_IN_CONTEXT("navigation", "Back"),
                        LoadResourceBitmap("icons/back_tool.png"), wxBitmapBundle(), wxITEM_NORMAL,
@@ -540,7 +540,7 @@ void StudyFrame::OnActivate(wxActivateEvent& event) {
         mServices.FrameActivated(*this);
         GiveFocus(*mpChildFocus);
         mpQuickScore->ResumeKeys();
-        // The card has waited meanwhile.
+        // Time has passed for the card on show.
         if (HasCard()) {
             UpdateForecast();
             mIsOfferStale = true;

@@ -29,7 +29,7 @@ class wxStaticText;
 // The window in which the user works through the cards: the front of a card, its back, a score, the
 // next card, and the way back through the cards scored last. Owns the Scheduler and is its only
 // listener; the study step itself is never stored, it follows from the Scheduler and two fields
-// here. At most one exists, made by the application and owned by nobody, as any frame.
+// here. The application makes at most one; like any frame, nobody owns it.
 class StudyFrame : public wxFrame {
   public:
     // The frame cannot be resized, minimized or maximized, whatever the style says. The services
@@ -83,14 +83,14 @@ class StudyFrame : public wxFrame {
         StudyFrame& mFrame;
     };
 
-    // A break whose bar the user has dismissed; none without an end.
+    // The break whose bar the user dismissed; End is invalid when there is none.
     struct DismissedBreak {
         int32_t CategoryId = -1;
         bool IsReverse = false;
         wxDateTime End;
     };
 
-    // Card, place in the history, whether the back is visible, and whether the back is the
+    // The card, its place in the history, whether the back is visible, and whether it is the
     // question.
     using StudyStep = std::tuple<CardUuid, int, bool, bool>;
 
@@ -184,7 +184,7 @@ class StudyFrame : public wxFrame {
     wxBoxSizer* mpCardSizer = nullptr;
     CardViewer* mpCardViewer = nullptr;
     QuickScore* mpQuickScore = nullptr;
-    // Left of the scores, only while they are not compact.
+    // Stands left of the scores while they are not compact.
     ScoreForecast* mpForecast = nullptr;
     BreakBar* mpBreakBar = nullptr;
     // The offer in the bar; stale when the numbers of due cards may have changed.

@@ -16,8 +16,8 @@
 // the list.
 //
 // A break begins when nothing of the category is due and ends when the next card falls due. Cards
-// shown meanwhile are early review, which the bar says. Who fails such a card makes it due at once,
-// but that is the same break still: a bar once dismissed stays away until the time that it told.
+// shown meanwhile are early review, which the bar says. A card failed in it is due at once, but the
+// break goes on: a dismissed bar stays away until the time that it told.
 
 namespace {
 
@@ -120,7 +120,7 @@ void StudyFrame::ChooseCategory() {
         CreateCategories();
     }
     mpScheduler->SetHistoryIndex(-1);
-    // Attached anew, the list counts anew.
+    // The list counts again when it is given the store again.
     mpCategoryList->SetDatabase(nullptr);
     mpCategoryList->SetDatabase(mpDatabase);
     mpCategories->Popup();

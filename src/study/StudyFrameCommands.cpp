@@ -19,7 +19,7 @@
 
 namespace {
 
-// From less than half of the size to more than ten times of it.
+// The text shrinks to less than half and grows to more than ten times its size.
 constexpr int32_t kLeastTextStep = -10;
 constexpr int32_t kGreatestTextStep = 25;
 
@@ -55,7 +55,7 @@ void StudyFrame::AddCardCommands() {
     AddCommand(
         ID_EXPORT, [this](bool) { OnExport(); },
         [this](wxUpdateUIEvent& event) {
-            // A card on show spares the count of all cards.
+            // While a card is on show, the cards need not be counted.
             event.Enable(mpDatabase != nullptr && (HasCard() || !mpDatabase->IsEmpty()));
         });
     AddCommand(
@@ -105,7 +105,7 @@ void StudyFrame::AddTextSizeCommands() {
         AddCommand(
             id,
             [this, way](bool) {
-                // The stored number may be any.
+                // The stored number may be out of range.
                 const int32_t step = std::clamp(ReadIntegerSetting(kSettingStudyTextStep),
                                                 kLeastTextStep, kGreatestTextStep);
                 SetTextStep(way == 0 ? 0

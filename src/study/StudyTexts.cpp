@@ -53,7 +53,7 @@ wxString IntervalText(float seconds) {
 }
 
 wxString ReturnText(const IntervalRange& interval) {
-    // Chance divides as often as it multiplies, so the middle is that of the factors.
+    // Chance divides as often as it multiplies, so the middle is the geometric mean.
     const float middle = std::sqrt(interval.Least) * std::sqrt(interval.Greatest);
     if (std::lround(middle) <= 1) {
         return _("at once");

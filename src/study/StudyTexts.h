@@ -23,8 +23,7 @@ wxString ShowBackLabel(bool compact);
 // The tip of the scores while the back is shown.
 wxString SelectScoreTip();
 
-// Says in how much time a card comes back, such as "4 days", "about 4 days" where chance has a part
-// in it, or "at once".
+// Says when a card comes back: "4 days", "about 4 days" where chance plays a part, or "at once".
 wxString ReturnText(const IntervalRange& interval);
 
 // Says a length of time in its largest unit, such as "3 hours".
@@ -36,16 +35,16 @@ wxString BreakMessage(const wxDateTime& due, const wxDateTime& now);
 // Offers a category with due cards; empty for null.
 wxString OfferText(const CategoryReady* category);
 
-// Why no card is shown, and what to do about it.
+// These say why no card is shown, and what to do about it.
 wxString StoreEmptyMessage();
 wxString CategoryEmptyMessage();
-// For a store with one category, and for one that has others to turn to.
+// The first is for a store with one category, the second for one that has others.
 wxString AllExcludedMessage();
 wxString CategoryExcludedMessage();
 
-// What the status bar of the study window says while there is a card. A text with numbers has a
-// wide and a narrow form. The wide form is taken when a sample of its greatest length fits the
-// field, so that the wording does not change with the number of digits.
+// The texts of the study window's status bar while there is a card. A text with numbers has a wide
+// and a narrow form. The wide form is taken when a sample of its greatest length fits the field, so
+// that the wording does not change with the number of digits.
 
 constexpr int kReadyField = 0;
 constexpr int kStepField = 1;

@@ -57,9 +57,9 @@ struct WrapLimits {
     size_t Characters = SIZE_MAX;
 };
 
-// Cuts on where the last call stopped: at line ends, between words, and inside a word that alone is
-// wider than MaxWidth. Each line takes at least one character, however wide. Empty lines are
-// dropped, and so is a text of white space only. The text has at most 4 billion characters.
+// Continues where the last call stopped. Cuts at line ends, between words, and inside a word that
+// alone is wider than MaxWidth. Each line takes at least one character, however wide. Empty lines
+// are dropped, and so is a text of white space only. The text has at most 4 billion characters.
 void WrapText(const wxString& text, const TextMeasure& measure, const WrapLimits& limits,
               WrappedText& wrapped);
 

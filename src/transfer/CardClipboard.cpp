@@ -161,7 +161,7 @@ void CardClipboard::Paste(Database& database, int32_t categoryId, AppServices::E
     PasteThread thread(database, cards.GetRowIds(), cards.IsCopy(), categoryId);
     if (RunWithProgress(nullptr, thread, mReport,
                         _("Unable to start a thread for the flash cards to be pasted."))) {
-        // Cancelled or not: it tells what was done.
+        // Even a cancelled paste has done something.
         mHistory.Add(thread.TakeChange());
         database.Notify();
     }

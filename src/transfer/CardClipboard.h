@@ -12,9 +12,8 @@ class Database;
 class FatalErrorReport;
 class UndoHistory;
 
-// Cards as they lie on the clipboard: row ids for this program, and for others a table of text,
-// which is made when a program first asks for it. Belongs to the clipboard once it was put there.
-// Main thread only.
+// Cards on the clipboard: row ids for this program, and for others a table of text, made when a
+// program first asks for it. Belongs to the clipboard once it is put there. Main thread only.
 class CardDataObject : public wxDataObject {
   public:
     // The database is not owned and must outlive the object. Pass no row ids to an object that the

@@ -51,10 +51,10 @@ wxString CutName(const wxString& name) {
     return CutWithEllipsis(name, kLongestName);
 }
 
-// Longer work shows that it goes on.
+// Longer work shows its progress.
 constexpr long kPatienceMilliseconds = 200;
 
-// Makes a deck's file ready, unless that was done, and reads the deck.
+// Prepares a deck's file, unless that was done before, and reads the deck.
 class SurveyThread : public Worker {
   public:
     // The database is not owned.
@@ -195,7 +195,7 @@ void DeckPanel::OnChoice() {
     mOnChange();
 }
 
-// Reads the whole deck and tells what comes of it. The path is needed the first time.
+// Reads the whole deck and shows the outcome. Needs the path the first time.
 void DeckPanel::Survey(const wxString& path) {
     // The dialog may not be on the screen yet.
     wxWindow* const dialog = wxGetTopLevelParent(this);

@@ -18,8 +18,8 @@ class wxScrolledWindow;
 class wxTextCtrl;
 
 // What the import dialog asks about a deck: how its categories are named, whether its schedules
-// come along, and what each field of its kinds of notes becomes. Below stands what of the deck has
-// no place here, before anything is written. Main thread only; a worker reads the deck.
+// come along, and what each field of its kinds of notes becomes. Below the questions it says,
+// before anything is written, what of the deck is lost. Main thread only; a worker reads the deck.
 class DeckPanel : public wxPanel {
   public:
     // The function is called after each choice of the user. The database and the report are not
@@ -50,7 +50,7 @@ class DeckPanel : public wxPanel {
     std::shared_ptr<DeckFile> mFile;
     DeckSurvey mSurvey;
     std::vector<DeckNoteType> mTypes;
-    // Whether the user has changed a role of the type.
+    // True for each type whose roles the user has changed.
     std::vector<bool> mIsChosen;
 
     wxChoice* mpNames = nullptr;

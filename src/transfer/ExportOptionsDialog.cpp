@@ -143,7 +143,7 @@ wxSizer* ExportOptionsDialog::MakeOptions() {
                      "file.\n\nUnicode can encode all languages and\ncan be loaded by most text "
                      "viewers\neditors, so it is the recommended format.")));
     mpFormatRows = std::make_unique<FormatRows>(*this, *grid, FormatSetup(), [this] {
-        // Anki reads UTF-8 alone and takes no schedules from a text.
+        // Anki reads only UTF-8 and takes no schedules from a text.
         const bool isAnki = mpFormatRows->GetFormat() == static_cast<int>(ExportFormat::kAnkiText);
         mpEncoding->Enable(!isAnki);
         mpScheduling->Enable(!isAnki);
@@ -278,7 +278,7 @@ bool ExportOptionsDialog::Export(const wxString& path) {
     if (thread.IsCancelled()) {
         return false;
     }
-    // A failure without a message is one that the log has told already.
+    // A failure without a message is already in the log.
     if (!progress.Failed) {
         ShowMessageBox(wxString::Format(_("%i Records Exported"), progress.Position.load()),
                        _("Export Complete"));

@@ -29,7 +29,7 @@ class FaultSearch : public Worker {
         : mInput(input), mDatabase(database) {}
     ~FaultSearch() override { FaultSearch::Cancel(); }
 
-    // Read after the end of the worker.
+    // Valid once the worker has ended.
     const std::vector<ImportFault>& GetFaults() const { return mFaults; }
     // A cancel that came when the search was done came too late.
     bool WasStopped() const { return mResult.Status == ImportStatus::kCancelled; }

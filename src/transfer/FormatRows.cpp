@@ -17,7 +17,6 @@
 
 namespace {
 
-// The same in both dialogs.
 constexpr int kDelimiterId = 10001;
 
 constexpr int kDelimitedFormat = 1;

@@ -23,12 +23,12 @@ class FormatRows {
     // What the two dialogs do not have in common.
     struct Setup {
         wxString FormatLabel;
-        // The format that is a table must be the second.
+        // The table must be the second format.
         wxArrayString Formats;
         wxString FormatHelp;
         wxString DelimiterLabel;
-        // What the choice of delimiters offers behind the field for one that is typed: labels, and
-        // the texts that they stand for.
+        // What the choice of delimiters offers after the field for a typed one: labels, and the
+        // texts that they stand for.
         wxArrayString FurtherLabels = {};
         std::vector<std::wstring> FurtherDelimiters = {};
 
@@ -53,7 +53,7 @@ class FormatRows {
     bool IsDelimited() const;
     // Chooses the table and a delimiter of the list. Does not call the function.
     void ChooseDelimited(wchar_t listed);
-    // Does so for any text between the columns; one that is not offered is typed into the field.
+    // The same for any text between columns; one that the list lacks goes into the field.
     void ChooseSeparator(const std::wstring& separator);
     // Chooses the format of that index. Does not call the function.
     void ChooseFormat(int index);
@@ -63,7 +63,7 @@ class FormatRows {
     // Returns the chosen delimiter, which counts only for a table: the first character of the field
     // when the user types one, and 0 while the field is empty.
     wchar_t GetDelimiter() const;
-    // Returns the same as a text, which may be longer for a further delimiter.
+    // Returns the same as a text; a further delimiter may have several characters.
     std::wstring GetSeparator() const;
     // Returns what is wrong with the typed delimiter, or nothing. Empties a field that holds only a
     // line break, which nobody could see in it.

@@ -56,7 +56,7 @@ EngineDialog::EngineDialog(wxWindow* parent) : wxDialog(parent, kEngineDialogId,
           "computer)\n2. Click on the link below to download\n3. Open the downloaded file\n"));
     text->Wrap(FromDIP(kTextWidth));
     const wxString address = EngineAddress();
-    // Escaped, the ampersand in the address is shown and underlines nothing.
+    // An escaped ampersand is shown instead of underlining a letter.
     auto* const link =
         new wxHyperlinkCtrl(this, wxID_ANY, wxControl::EscapeMnemonics(address), address);
     auto* const retry = new wxButton(this, wxID_OK, _("&Retry"));

@@ -21,7 +21,7 @@ bool BelongsToStore(Database& database, const wxString& path);
 void RunImportCommand(wxWindow* parent, AppServices& services, Database& database,
                       FatalErrorReport& report);
 
-// Lets the user say how to read a file, and imports it. The rest is as in the command.
+// Lets the user say how to read a file, and imports it as the command does.
 void ImportFileByDialog(wxWindow* parent, AppServices& services, Database& database,
                         FatalErrorReport& report, const wxString& path);
 

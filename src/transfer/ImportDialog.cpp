@@ -52,8 +52,8 @@ enum : int {
     ID_GUIDE = 10097
 };
 
-// A hostile file can have thousands of columns and megabytes in one field, with which the list
-// would stand still. Real records have a tenth of the rows, and nobody reads a longer value here.
+// A hostile file can have thousands of columns and megabytes in one field, which would freeze the
+// list. Real records have a tenth of the rows, and nobody reads a longer value here.
 constexpr size_t kMostRows = 200;
 constexpr size_t kLongestText = 500;
 
@@ -272,8 +272,8 @@ wxFontEncoding ImportDialog::GetEncoding() const {
                           : GetTextEncodings()[static_cast<size_t>(selection) - 1].Code;
 }
 
-// A table of the program's own form is read as it stands, and so is one in which the sides were not
-// found: what the engine says about it tells more.
+// A table of the program's own form is read as it stands. So is one whose sides were not found: the
+// engine's message about it tells more.
 void ImportDialog::TakeLayout(ImportInput& input) const {
     const TableSurvey& survey = mpTable->GetSurvey();
     input.Encoding = survey.Encoding;
@@ -295,7 +295,7 @@ bool ImportDialog::DetectDeck() {
     return true;
 }
 
-// The choices of a form show while it is chosen.
+// Shows the choices of the chosen form only.
 void ImportDialog::ShowChoices() {
     const bool isTable = mpFormatRows->IsDelimited();
     mpEncodingLabel->Show(isTable);
@@ -318,7 +318,7 @@ void ImportDialog::DetectTable() {
     mFirstLine = survey.FirstLine;
     mGuessedEncoding = input.Encoding;
     if (input.Layout != nullptr) {
-        // All texts between words are one choice.
+        // All other separators share one entry.
         const std::wstring& separator = input.Layout->Separator;
         mpFormatRows->ChooseSeparator(separator.size() > 1 ? L" - " : separator);
     } else if (input.Format == ImportFormat::kDelimited) {
@@ -380,8 +380,8 @@ void ImportDialog::ShowError(const wxString& text) {
     ShowPreview(true);
 }
 
-// Returns what the user may do about a text that cannot be read as it is meant, as paragraphs
-// behind the message; nothing when only a record is wrong.
+// Returns what the user may do about a text that cannot be read as it is meant, as paragraphs after
+// the message; nothing when only a record is wrong.
 wxString ImportDialog::GetAdvice() const {
     const TableLayout& layout = mpTable->GetLayout();
     wxString advice;

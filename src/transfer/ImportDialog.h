@@ -70,12 +70,12 @@ class ImportDialog : public wxDialog {
     std::set<int32_t> mTouchedCategories;
 
     std::unique_ptr<FormatRows> mpFormatRows;
-    // Whether any form fits the file, and whether an import of it has been tried.
+    // True while some form fits the file, and once an import of it has been tried.
     bool mFits = true;
     bool mWasRun = false;
     // The first line of the file that is not empty.
     wxString mFirstLine;
-    // What the file seems to be written in, for the program's own form.
+    // The encoding that the file seems to have, for the program's own form.
     wxFontEncoding mGuessedEncoding = wxFONTENCODING_SYSTEM;
     // Null when the file is no deck.
     DeckPanel* mpDeck = nullptr;

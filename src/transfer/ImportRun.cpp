@@ -34,7 +34,7 @@ class NewCategoryDialog : public wxDialog {
 NewCategoryDialog::NewCategoryDialog(wxWindow* parent, const wxString& categoryName)
     : wxDialog(parent, kCategoryDialogId, _("New Category")) {
     auto* const text = new wxStaticText(this, wxID_ANY, wxString());
-    // As label text, an ampersand in the name is shown and underlines nothing.
+    // As label text, an ampersand in the name is shown instead of underlining a letter.
     text->SetLabelText(
         wxString::Format(_("Category \"%s\" does not exist.  Would you like to create it?"),
                          ShownName(categoryName)));
@@ -119,7 +119,7 @@ void TellComplete(wxWindow& parent, const ImportResult& result, const wxTimeSpan
 
 void TellFailure(wxWindow* parent, const ImportResult& result) {
     if (result.Message.empty()) {
-        // The reason is in the log, as the toolkit's own message for a file that is not there.
+        // The log has the reason, such as the toolkit's own message about a missing file.
         return;
     }
     const wxString text =

@@ -159,7 +159,7 @@ void MergeDialog::CreateControls() {
     MakeFormColumn(*this)->Add(grid, wxSizerFlags(1).Expand());
 }
 
-// Adds what else differs below the columns; nothing when nothing does.
+// Lists below the columns what else differs, if anything does.
 void MergeDialog::AddOthers(wxSizer& rows, const wxString& others) {
     if (others.empty()) {
         return;
@@ -181,7 +181,7 @@ void MergeDialog::FitScreen() {
         for (wxWindow* const child : GetChildren()) {
             if (auto* const text = dynamic_cast<wxTextCtrl*>(child); text != nullptr) {
                 if (text->HasFlag(wxTE_MULTILINE)) {
-                    // Such a screen is not high either.
+                    // A narrow screen is not high either.
                     text->SetMinSize(FromDIP(wxSize(-1, kLeastHeight)));
                 }
                 continue;

@@ -64,8 +64,8 @@ void ProgressDialog::OnTick(wxTimerEvent&) {
 }
 
 void ProgressDialog::ShowPosition() {
-    // The worker may move on between these calls, and a job may have no length at all, so the
-    // numbers need not agree. The gauge complains about a value outside its range.
+    // The numbers need not agree: the worker may move on between these calls, and a job may have no
+    // length. The gauge complains about a value outside its range.
     const int32_t minimum = mSource.GetMinimum();
     const int32_t range = std::max(0, mSource.GetMaximum() - minimum);
     const int32_t position = mSource.GetPosition() - minimum;

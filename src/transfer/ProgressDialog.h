@@ -8,7 +8,7 @@ class ProgressSource;
 class Worker;
 class wxGauge;
 
-// Shows a long job on a worker thread: a gauge that follows it, and a Cancel button as the only way
+// Shows a long job on a worker thread: a gauge that follows it, and a Cancel button, the only way
 // out before its end. ShowModal returns wxID_OK when the job has ended and wxID_CANCEL after the
 // button; the job's own result says what came of it. Main thread only.
 class ProgressDialog : public wxDialog {
@@ -31,9 +31,9 @@ class ProgressDialog : public wxDialog {
     bool mInTick = false;
 };
 
-// Runs a worker behind a progress window and returns when it has ended. A failure of the store that
-// the worker met is delivered then, which ends the program. Returns false when the system has no
-// thread to give, after writing the given text to the log. A job that ends within the patience, in
-// milliseconds, shows no window.
+// Runs a worker behind a progress window and returns when it has ended. Then delivers a failure of
+// the store that the worker met, which ends the program. Returns false, with the given text in the
+// log, when the system has no thread to give. A job that ends within the patience, in milliseconds,
+// shows no window.
 bool RunWithProgress(wxWindow* parent, Worker& worker, FatalErrorReport& report,
                      const wxString& startFailure, long patience = 0);

@@ -116,7 +116,7 @@ void TablePanel::AddColumnHead(size_t column, wxFlexGridSizer& grid) {
     wxChoice* const use = MakeChoice(*mpRows, ID_FIRST_USE + static_cast<int>(column), UseLabels());
     use->SetSelection(static_cast<int>(mSurvey.Layout.Columns[column].Use));
     use->SetMinSize(FromDIP(wxSize(kColumnWidth, -1)));
-    // What the column holds, for those who do not see it.
+    // Tells screen readers what the column holds.
     const wxString first = mSurvey.Rows.empty() ? wxString() : mSurvey.Rows.front()[column];
     SetAccessibleName(*use, NameOfColumn(column) + ": " + CellText(first));
     use->Bind(wxEVT_CHOICE,
@@ -149,11 +149,10 @@ void TablePanel::ChooseUse(size_t column, int selection) {
 
 namespace {
 
-// Layouts are remembered in so many places of the settings; a new one takes the place of another
-// whose number is the same.
+// The settings remember this many layouts; a new one replaces another with the same number.
 constexpr uint64_t kPlaces = 64;
 
-// Returns a number for tables that are laid out alike: by the separator and the headings.
+// Returns a number that tables with the same separator and headings share.
 uint64_t KindOfTable(const TableLayout& layout) {
     // FNV-1a, whose values stay the same from one build to the next.
     uint64_t hash = 14695981039346656037U;
@@ -191,7 +190,7 @@ void TablePanel::RememberUses() const {
     WriteStringSetting(KeyOfKind(kind), text);
 }
 
-// A table of the program's own form says itself what its columns are.
+// A table of the program's own form names its columns itself.
 void TablePanel::TakeRememberedUses() {
     const uint64_t kind = KindOfTable(mSurvey.Layout);
     const wxArrayString parts = wxSplit(ReadStringSetting(KeyOfKind(kind)), ',');

@@ -21,7 +21,7 @@ class TablePanel : public wxPanel {
     // The function is called after each change that the user makes.
     TablePanel(wxWindow* parent, std::function<void()> onChange);
 
-    // Looks at a file, unless that was done with the same choices, and shows its rows.
+    // Surveys a file, unless that was done with the same choices, and shows its rows.
     void Survey(const wxString& fileName, wxFontEncoding encoding, const std::wstring& separator);
     const TableSurvey& GetSurvey() const { return mSurvey; }
     // Returns the layout as the user has left it.
