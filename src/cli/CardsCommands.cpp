@@ -83,18 +83,18 @@ class Store {
 
     explicit Store(const wxString& path);
 
-    // Opens the store. Returns kCardsDone, or what to end with after the reason was printed.
+    // Opens the store. Returns kCardsDone, or prints the reason and returns the exit code.
     int Open(Use use);
     Database& GetDatabase() { return mDatabase; }
     const wxString& GetPath() const { return mPath; }
     bool Exists() const { return wxFileName::FileExists(mPath); }
-    // Keeps the program from opening the store until this object ends. Returns false, with the
-    // reason printed, when it has the store open already.
+    // Keeps the program from opening the store while this object lives. Prints the reason and
+    // returns false when the program has it open already.
     bool KeepProgramOut();
 
   private:
     wxString mPath;
-    // The program opens no other store than this one.
+    // True for the store that the program itself opens.
     bool mIsProgramsStore;
     SingleInstance mInstance;
     EndingReport mReport;
@@ -157,7 +157,8 @@ bool Copy(std::FILE* from, std::FILE* to) {
 }
 
 // A file to read several times. What comes through a pipe, or from standard input for "-", is
-// copied to a temporary file first, which goes with this object. The user's file is never touched.
+// copied first to a temporary file, which is deleted with this object. The user's file is never
+// touched.
 class InputFile {
   public:
     // Returns false, with the reason printed, for a file that cannot be read.
@@ -203,10 +204,10 @@ int CopyTo(Store& store, const wxString& path) {
                                                    store.GetPath(), SystemErrorText(error)));
 }
 
-// A file with cards: a deck of another program, or a list whose form is found out.
+// A file with cards: a deck of another program, or a list whose form is guessed.
 class CardSource {
   public:
-    // Returns false, with the reason printed, for a deck that cannot be made ready.
+    // Prints the reason and returns false for a deck that cannot be prepared.
     bool Open(const InputFile& file) {
         mPath = file.GetPath();
         if (!DeckFile::IsDeck(mPath)) {
@@ -234,7 +235,7 @@ class CardSource {
         }
         return input;
     }
-    // What of a deck comes along and what does not; no line for a list.
+    // Says what of a deck is imported and what is not; no lines for a list.
     std::vector<wxString> Describe(Database& database) const {
         if (!IsDeck()) {
             return {};
@@ -267,7 +268,7 @@ int Import(const CardSource& source, Store& store, bool json) {
     return outcome < 0 || !isPrinted ? kCardsRefused : kCardsDone;
 }
 
-// The import itself, into a copy of the store, or into an empty one where there is none.
+// Imports into a copy of the store, or into an empty one where there is none.
 int TryImport(const CardSource& source, Store& store, bool json) {
     const TemporaryDirectory directory;
     Store copy(directory.Path(kDefaultStoreName));
@@ -285,9 +286,9 @@ int TryImport(const CardSource& source, Store& store, bool json) {
     return failure == kCardsDone ? Import(source, copy, json) : failure;
 }
 
-// Makes a backup of a store where backups lie; one that cannot be opened is copied as it is.
-// Returns its path, or the empty text when there is none, as for a store without cards, or when it
-// failed, which was told then.
+// Makes a backup of a store in the folder of backups; one that cannot be opened is copied as it is.
+// Returns its path. Returns the empty text for a store without cards, and on a failure, which was
+// reported.
 wxString MakeBackup(Store& store, BackupCause cause) {
     const wxDateTime now = CurrentTime();
     const BackupSettings settings = ReadBackupSettings(cause);
@@ -300,7 +301,7 @@ wxString MakeBackup(Store& store, BackupCause cause) {
     }
     const std::vector<StoreBackup> all = ListBackups(
         settings.Directory.empty() ? GetBackupDirectory() : settings.Directory, store.GetPath());
-    // Names have whole seconds.
+    // Names of backups have whole seconds.
     const auto made = std::find_if(all.begin(), all.end(), [&](const StoreBackup& backup) {
         return backup.Cause == cause && backup.Time > now - wxTimeSpan::Seconds(1);
     });
@@ -350,7 +351,7 @@ int SelectCards(Database& database, const CardsOptions& options, std::vector<int
                           : database.SearchRowIdsOrder(found.front().Id, search, order, rowIds);
 }
 
-// Shows the output to its reader only when it is complete, as the cards are read under a lock.
+// Passes on the output only when it is complete, since the cards are read under a lock.
 int ExportThroughCopy(Database& database, const std::vector<int64_t>& rowIds,
                       const CardsOptions& options) {
     const FilePointer copy(std::tmpfile(), &std::fclose);
@@ -397,7 +398,7 @@ int RunExport(const CardsOptions& options) {
     }
     ExportProgress progress;
     if (ExportToFile(path, wxFONTENCODING_UTF8, database, rowIds, options.Export, progress) < 0) {
-        // Without a message, the library's log has told why.
+        // Without a message, the library's log has the reason.
         return progress.Message.empty() ? int{kCardsRefused} : Refuse(progress.Message);
     }
     return kCardsDone;
@@ -505,8 +506,8 @@ int RunCheckStore(const wxString& path, bool json) {
     return FinishCheck(faults, json);
 }
 
-// The store is asked for the cards that the list names by their identity. Where there is none, an
-// empty one serves for the moment.
+// Looks up in the store the cards that the list names by identity. Where there is no store, an
+// empty one serves.
 int RunCheckList(const CardSource& source, const CardsOptions& options) {
     Store store(options.Store);
     const TemporaryDirectory directory;
@@ -560,8 +561,8 @@ int RunBackup(const CardsOptions& options) {
     return FinishOutput(PrintPath(path, options.Json));
 }
 
-// Puts a backup in the place of the store. The store that goes is backed up first, unless nothing
-// of it can be read.
+// Puts a backup in the place of the store, which is backed up first unless it cannot be read at
+// all.
 int RunRestore(const CardsOptions& options) {
     InputFile backup;
     if (!backup.Open(options.Operands.front())) {
@@ -592,7 +593,7 @@ int RunRestore(const CardsOptions& options) {
     return FinishOutput(kept.empty() || PrintPath(kept, options.Json));
 }
 
-// Leaves the damaged file as it is, and the store of the settings alone.
+// Changes neither the damaged file nor the store of the settings.
 int RunRepair(const CardsOptions& options) {
     const wxString damaged = FullPath(options.Operands[0]);
     const wxString target = FullPath(options.Operands[1]);

@@ -2,10 +2,10 @@
 
 struct CardsOptions;
 
-// How velomind-cards ends, as the shell sees it.
+// The exit codes of velomind-cards.
 enum CardsExit : int {
     kCardsDone = 0,
-    // The file, the name or the search that was given is not good.
+    // The given file, name or search is not good.
     kCardsRefused = 1,
     kCardsUsage = 2,
     // The store could not be opened, read or written, or is in use.

@@ -148,7 +148,7 @@ CommandLineAnswer ReadCommandLine(int argc, char** argv, CardsOptions& options, 
             return CommandLineAnswer::kTell;
         }
         if (letter == '?') {
-            // The reader of options has said what is wrong.
+            // The option parser has printed what is wrong.
             return CommandLineAnswer::kWrong;
         }
         letters += static_cast<char>(letter);

@@ -18,10 +18,9 @@ enum class CardsCommand {
     kRepair
 };
 
-// What the command line asks for.
 struct CardsOptions {
     CardsCommand Command = CardsCommand::kList;
-    // What stands behind the command, such as the file to import.
+    // The words after the command, such as the file to import.
     std::vector<wxString> Operands;
     // The path of the store; empty for the store of the settings.
     wxString Store;
@@ -35,14 +34,14 @@ struct CardsOptions {
 };
 
 enum class CommandLineAnswer {
-    // The options say what to do.
+    // Run the command.
     kRun,
-    // Help or the version was asked for; Text has it.
+    // Print the help or the version.
     kTell,
-    // Text says what is wrong with the line.
+    // Print what is wrong with the line.
     kWrong
 };
 
-// Reads the command line. Options may stand before and behind the command; text receives what is to
-// be said when there is nothing to run.
+// Reads the command line. Options may stand before and after the command; text receives what to
+// print when there is nothing to run.
 CommandLineAnswer ReadCommandLine(int argc, char** argv, CardsOptions& options, wxString& text);

@@ -18,7 +18,7 @@ std::string UnitsToUtf8(std::u16string_view text) {
     return ToUtf8(sink.GetText());
 }
 
-// A text that is no UTF-8, which none of ours is, would throw otherwise.
+// Otherwise text that is not UTF-8, which we never have, would throw.
 std::string Dump(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }

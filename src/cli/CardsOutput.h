@@ -14,12 +14,12 @@ struct ImportFault;
 struct ImportResult;
 struct RepairReport;
 
-// What velomind-cards prints on standard output: lines for people and simple scripts, or JSON. No
-// lock on the store may be held meanwhile, as the reader of a pipe may take its time.
+// Prints to standard output: lines for people and simple scripts, or JSON. Hold no lock on the
+// store meanwhile, as the reader of a pipe may take its time.
 
 using Json = nlohmann::ordered_json;
 
-// Collects the attributes of a record, with the texts that a text record gives them.
+// Collects the attributes of a record, in the texts of the program's own form.
 class JsonRecordWriter : public CardRecordWriter {
   public:
     int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
@@ -34,12 +34,12 @@ class JsonRecordWriter : public CardRecordWriter {
     Json mObject = Json::object();
 };
 
-// The counts of one category, for either direction of study.
+// The counts of one category in each direction.
 struct CategoryCounts {
     wxString Name;
     int32_t Cards = 0;
     struct Direction {
-        // Cards that are not excluded, those of them that were scored, and those that are due.
+        // Cards that are not excluded, and those of them that were scored and that are due.
         int32_t Studied = 0;
         int32_t Introduced = 0;
         int32_t Due = 0;
@@ -55,7 +55,7 @@ bool PrintLine(const std::string& line);
 // Returns the text in UTF-8 with its line breaks and tabs as blanks, for a cell of a line.
 std::string Cell(const wxString& text);
 
-// The notices are what the import of a deck could not take along.
+// The notices say what the import of a deck left out.
 bool PrintImport(const ImportResult& result, const std::vector<wxString>& notices, bool json);
 // Prints the path of a backup.
 bool PrintPath(const wxString& path, bool json);

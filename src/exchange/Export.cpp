@@ -65,7 +65,7 @@ constexpr ScheduleNames kReverse{u"RIntroduced",     u"RLastReview", u"RLastScor
 constexpr ScheduleNames kVersion1{u"Active",         u"LastReview", u"LastScore",
                                   u"ReviewInterval", u"Difficulty", u""};
 
-// Returns whether an identity has the form of files already, as nearly all have: 36 characters,
+// Returns whether an identity is already in the form of files, as nearly all are: 36 characters,
 // with dashes and in small letters.
 bool IsIdOfFiles(Text id) {
     size_t digits = 0;
@@ -120,7 +120,7 @@ class Record {
         char digits[64];
         char* end = nullptr;
         if (seconds >= 1.0 && seconds < kGreatest && seconds == std::floor(seconds)) {
-            // Most are whole numbers, for which the exact conversion would take long.
+            // Most are whole numbers, for which the exact conversion is slow.
             end = std::to_chars(digits, digits + 16, static_cast<int32_t>(seconds)).ptr;
             for (const char unit : {'.', '0', '0', '0', '0', '0', '0'}) {
                 *end++ = unit;
@@ -227,8 +227,7 @@ constexpr wxFontEncoding kEncodings[] = {wxFONTENCODING_UTF16LE, wxFONTENCODING_
                                          wxFONTENCODING_UTF8};
 constexpr char16_t kByteOrderMark = u'\xFEFF';
 
-// The names of the categories by their ids. The category "Default" has none, as a card of it does
-// not name its category.
+// The names of the categories by their ids. "Default" has none, as its cards do not name it.
 class CategoryNames {
   public:
     int Read(Database& database) {
@@ -256,9 +255,9 @@ class CategoryNames {
 // The number of cards that are read at once, and written once the store is free again.
 constexpr size_t kCardsAtOnce = 64;
 
-// Shows each card that is still in the store to one function, and calls another after every few
-// cards, when the store is free again. Either returns 0, or a negative value to stop; the cards
-// before a stop are finished first. Counts the cards in the position of the progress.
+// Calls one function for each card that is still in the store, and another after every few cards,
+// when the store is free again. Either returns 0, or a negative value to stop; the cards before a
+// stop are finished first. Counts the cards in the position of the progress.
 template <class Visit, class Finish>
 int VisitCards(Database& database, const std::vector<int64_t>& rowIds, ExportProgress& progress,
                int32_t& missing, const Visit& visit, const Finish& finish) {
@@ -442,7 +441,7 @@ ExportThread::ExportThread(const wxString& fileName, wxFontEncoding encoding, Da
       mOptions(options) {}
 
 void ExportThread::Work() {
-    // The outcome is in the progress, whatever this returns.
+    // The progress has the outcome.
     ExportToFile(mFileName, mEncoding, mDatabase, mRowIds, mOptions, mProgress);
 }
 

@@ -20,7 +20,7 @@ class TextSink;
 enum class ExportFormat {
     kVlmText = 0,
     kDelimited = 1,
-    // What the previous generation of the program reads.
+    // For the previous generation of the program.
     kVlmText1 = 2,
     // Plain text for Anki, without schedules and always in UTF-8.
     kAnkiText = 3
@@ -30,12 +30,11 @@ enum class ExportFormat {
 struct ExportOptions {
     bool IncludeScheduling = true;
     ExportFormat Format = ExportFormat::kVlmText;
-    // Between the columns of the delimited form.
+    // Separates the columns of the delimited form.
     wchar_t Delimiter = L'\t';
 };
 
-// Returns the encoding at a place in the list of choices, and UTF-16LE for a place that is not in
-// it.
+// Returns the encoding at a place in the list of choices; UTF-16LE for any other place.
 wxFontEncoding ExportEncoding(int choice);
 
 // The state of an export, which its worker and the main thread share. The worker writes it; the
@@ -46,15 +45,15 @@ struct ExportProgress {
     // The length of the bar, which is twice the number of cards.
     std::atomic<int32_t> Total{1};
     // True when the file is not what was asked for. An empty message then means that the file could
-    // not be created, and that the library's log has told why.
+    // not be created, for which the library's log has the reason.
     bool Failed = false;
     wxString Message;
     // The number of row ids without a card.
     int32_t Missing = 0;
 };
 
-// The next three decide which attributes of a card go into its record, in which order and with
-// which values. The caller ends the record.
+// The next three functions write a card's attributes, in order, into a record, which the caller
+// ends.
 
 // Writes the attributes of the full forms. With splitSecondTexts, the second texts of the sides are
 // attributes of their own. An empty category is left out. Returns 0, or -1 when the writer refuses
@@ -73,14 +72,13 @@ int WriteVersion1Record(CardRecordWriter& writer, const CardRow& card, bool incl
 int WriteCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,
                const ExportOptions& options, ExportProgress& progress);
 
-// Does the same into a file, which begins with a byte order mark and replaces one of that name. On
-// a failure the progress tells why, and a part of the file may be left.
+// Does the same into a file, which begins with a byte order mark and replaces any other of that
+// name. On a failure the progress has the reason, and part of the file may be left.
 int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& database,
                  const std::vector<int64_t>& rowIds, const ExportOptions& options,
                  ExportProgress& progress);
 
-// Does the same into a string, without a mark. On a failure the text is what was written until
-// then.
+// Does the same into a string, without a mark. A failure leaves the text written so far.
 int ExportToString(wxString& text, Database& database, const std::vector<int64_t>& rowIds,
                    const ExportOptions& options, ExportProgress& progress);
 
@@ -93,7 +91,7 @@ class ExportThread : public Worker {
                  const std::vector<int64_t>& rowIds, const ExportOptions& options);
     ~ExportThread() override { Join(); }
 
-    // Call it after Join.
+    // Valid after Join.
     const ExportProgress& GetProgress() const { return mProgress; }
 
     int32_t GetMaximum() const override { return mProgress.Total; }

@@ -67,7 +67,7 @@ ImportThread::~ImportThread() {
 }
 
 void ImportThread::Work() {
-    // The outcome is in the result, whatever this returns.
+    // The result has the outcome.
     ImportCards(mInput, mDatabase, mResult, mAskCategories, mpTouchedCategories);
 }
 

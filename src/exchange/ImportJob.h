@@ -34,28 +34,28 @@ enum class ImportFormat {
 using DeckReaderMaker =
     std::function<std::unique_ptr<CardRecordReader>(Database& database, wxString& message)>;
 
-// What becomes of a record without an id whose pair of texts a card of the store, or an earlier
-// record of the file, has already.
+// What becomes of a record without an id whose pair of texts is already in the store or earlier in
+// the file.
 enum class KnownPairs { kStop, kSkip, kUpdate };
 
 // A file to import, and how to read it.
 struct ImportInput {
     wxString FileName;
     ImportFormat Format = ImportFormat::kVlmText;
-    // Between the fields of the delimited format.
+    // Separates the fields of the delimited format.
     wchar_t Delimiter = L'\t';
-    // The encoding of a text that has no mark; wxFONTENCODING_SYSTEM for UTF-8 or Windows-1252,
-    // whichever it is.
+    // The encoding of a text without a mark; wxFONTENCODING_SYSTEM to find out whether it is UTF-8
+    // or Windows-1252.
     wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
-    // How to read a table that is not of this program's own form; null for one that is. The
-    // delimiter then does not count.
+    // How to read a table that is not in this program's own form; the delimiter does not count
+    // then. Null for one that is.
     std::shared_ptr<const TableLayout> Layout = nullptr;
     // Makes the engine that reads a store of version 1.0.
     LegacyRowSourceMaker MakeRowSource = &MakeLegacyRowSource;
-    // Needed for a deck alone.
+    // Needed only for a deck.
     DeckReaderMaker MakeDeckReader = nullptr;
     KnownPairs Pairs = KnownPairs::kStop;
-    // Whether to ask before the texts of a stored card are replaced.
+    // True asks before the texts of a stored card are replaced.
     bool AskBeforeChanges = false;
 };
 
@@ -69,9 +69,9 @@ enum class ImportMergePolicy : int32_t { kAsk = 0, kKeepDatabase = 1, kKeepImpor
 // The state of an import, which its worker and the main thread share. The worker writes it; the
 // main thread reads Status and Progress at any time, and the rest after the worker has ended.
 //
-// A question to the user goes through it like this. The worker fills in the fields of the question,
-// posts RequestSemaphore and waits for ReplySemaphore. Between the two the fields belong to the
-// main thread, which asks, writes the answer, and posts ReplySemaphore.
+// A question to the user takes this way. The worker fills in the fields of the question, posts
+// RequestSemaphore and waits for ReplySemaphore. Between the two the fields belong to the main
+// thread, which asks, writes the answer, and posts ReplySemaphore.
 struct ImportResult {
     // The main thread writes only kCancelled.
     std::atomic<ImportStatus> Status{ImportStatus::kRunning};
@@ -81,9 +81,9 @@ struct ImportResult {
     int32_t RecordsMerged = 0;
     // New cards.
     int32_t RecordsInserted = 0;
-    // Records without any text, such as pictures alone.
+    // Records without any text, such as those with only pictures.
     int32_t RecordsLeftOut = 0;
-    // What failed, and on which line of the file; -1 for no line.
+    // The failure and its line in the file; -1 for no line.
     wxString Message;
     int32_t LineNumber = -1;
     // The part of the current pass that is done, 0 to 1.
@@ -103,11 +103,11 @@ struct ImportResult {
     bool YesToAllCategories = false;
     wxString CategoryName;
 
-    // Moves on from one status to another. Returns false, with nothing changed, when the import
-    // was cancelled in the meantime: a cancel is never overwritten.
+    // Goes from one status to the next. Returns false, with nothing changed, when the import has
+    // been cancelled: a cancel is never overwritten.
     bool Advance(ImportStatus from, ImportStatus to);
-    // Ends the run as failed, unless it was cancelled. Always returns false, for a caller to pass
-    // on.
+    // Ends the run as failed, unless it was cancelled. Always returns false, which the caller
+    // returns.
     bool Fail(const wxString& message);
     // Ends a cancelled run. Always returns false.
     bool FailCancelled(int32_t line);
@@ -126,7 +126,7 @@ class ImportQuestions {
         bool IsOk = false;
         // What the stored card becomes.
         FlashCard Merged;
-        // How further cards of the run are merged; kAsk to be asked again.
+        // How to merge further cards of the run; kAsk asks again.
         ImportMergePolicy Further = ImportMergePolicy::kAsk;
     };
 
@@ -174,9 +174,9 @@ class ImportThread : public Worker {
 
 // The texts of failures that several steps of an import share.
 wxString UnreadableFileMessage(const wxString& fileName);
-// For a file that is a store, or that the engine keeps beside one.
+// The message for a store, or a file that the engine keeps beside one.
 wxString DatabaseFileMessage(const wxString& fileName);
 
-// Fills the number and the text of the store's last error into the places of a format.
+// Fills the number and the text of the store's last error into a format.
 wxString StoreMessage(const wxString& format, Database& database);
 wxString StoreReadMessage(Database& database);

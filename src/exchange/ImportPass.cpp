@@ -19,7 +19,7 @@
 
 namespace {
 
-// The steps of one pass. A step that fails puts the reason into the result and gives false.
+// The steps of one pass. A step that fails puts the reason into the result and returns false.
 class Pass {
   public:
     Pass(const ImportInput& input, Database& database, ImportResult& result,
@@ -60,14 +60,14 @@ class Pass {
     ImportGroup mGroup;
     ImportCategories mCategories;
     IntroductionOrders mOrders;
-    // The first record was shown, and nothing further is to be looked at.
+    // True once the preview has its record; nothing more is read.
     bool mHasPreview = false;
-    // The pairs of texts that the file has brought so far, while such records are not refused.
+    // The pairs of texts that the file has brought so far; kept unless known pairs stop the import.
     std::unordered_set<size_t> mNewPairs;
 };
 
 bool Pass::Run() {
-    // Not even looked into: to close another handle on the file drops the engine's locks.
+    // Even opening it is forbidden: closing another handle on the file drops the engine's locks.
     if (mDatabase.IsStoreFile(mInput.FileName)) {
         return mResult.Fail(DatabaseFileMessage(mInput.FileName));
     }
@@ -84,15 +84,15 @@ bool Pass::Run() {
     return true;
 }
 
-// A cancel or a failure leaves the cards before it, too. A card that the store refuses only now
-// stands before the failure in the file, so its message is the one that is told.
+// A cancel or a failure keeps the cards before it. A card that the store refuses only now comes
+// before the failure in the file, so its message is shown.
 bool Pass::ReadToEnd() {
     const bool hasRead = ReadRecords();
     return mGroup.Write() && hasRead && (mHasPreview || Finish());
 }
 
-// Takes the fault that has just ended the pass out of the result, so that the pass can go on.
-// Returns false when the faults are not collected, or the pass was cancelled.
+// Takes the fault that stopped the pass out of the result, so that the pass can continue. Returns
+// false when the faults are not collected, or the pass was cancelled.
 bool Pass::KeepFault() {
     if (mOptions.Faults == nullptr || mOptions.Faults->size() >= mOptions.MostFaults ||
         !mResult.Advance(ImportStatus::kFailed, ImportStatus::kRunning)) {
@@ -222,7 +222,7 @@ bool Pass::TakeKnownPair(ImportRecord& record, bool& isDone) {
 bool Pass::FindCategory(ImportRecord& record, int32_t line) {
     int32_t& id = record.Card.CategoryId;
     if (record.IsPair && !record.NamesCategory) {
-        // It stays where it is.
+        // The card stays in its category.
         return true;
     }
     if (mOptions.ValidateOnly) {
@@ -258,7 +258,7 @@ void Pass::Preview() {
     }
 }
 
-// A record without an id must not bring a pair of texts that a card of the store has already.
+// A record without an id must not repeat the pair of texts of a stored card.
 bool Pass::CheckPairIsNew(const ImportRecord& record) {
     if (record.Has(kAttributeId)) {
         return true;
@@ -311,7 +311,7 @@ bool Pass::Merge(ImportRecord& record, int32_t line) {
         return Update(record.Card);
     }
     if (mResult.MergePolicy == ImportMergePolicy::kKeepDatabase) {
-        // Counted as merged: the conflict was settled.
+        // Counts as merged, since the conflict was settled.
         ++mResult.RecordsMerged;
         return true;
     }
@@ -340,7 +340,8 @@ int ImportPass(const ImportInput& input, Database& database, ImportResult& resul
     try {
         return Pass(input, database, result, options).Run() ? 0 : -1;
     } catch (const std::bad_alloc&) {
-        // A record too long for the memory, such as a quote that a huge file never closes.
+        // A record can be too long for the memory, such as one with a quote that a huge file never
+        // closes.
         result.Fail(UnreadableFileMessage(input.FileName));
         return -1;
     }

@@ -31,28 +31,28 @@ struct ImportPassOptions {
     std::set<int32_t>* TouchedCategories = nullptr;
     // Receives the attributes of the first record, after which the pass ends; may be null.
     std::vector<CardAttribute>* PreviewAttributes = nullptr;
-    // Receives every fault of the file, one for each record, after which the pass goes on with the
-    // next; may be null, and then the first fault ends the pass. For a pass that only validates.
+    // Receives every fault of the file, one for each record, in a pass that only validates. When
+    // null, the first fault ends the pass.
     std::vector<ImportFault>* Faults = nullptr;
-    // The pass ends at the fault after so many.
+    // The pass ends at the fault after this many.
     size_t MostFaults = std::numeric_limits<size_t>::max();
 };
 
-// Reads a file once. Returns 0, or -1 with the reason in the result. A reason without a text was
-// told already: the library's log says why a file could not be opened.
+// Reads a file once. Returns 0, or -1 with the reason in the result. Without a text, the library's
+// log says why the file could not be opened.
 int ImportPass(const ImportInput& input, Database& database, ImportResult& result,
                const ImportPassOptions& options);
 
-// Imports a file: a pass that finds any fault before something is written, then the pass that
-// writes. New cards are written in groups. A failure or a cancel leaves the cards before it.
-// Returns 0, or -1 with the reason in the result.
+// Imports a file: a first pass finds any fault before the second writes. New cards are written in
+// groups. A failure or a cancel leaves the cards before it. Returns 0, or -1 with the reason in the
+// result.
 int ImportCards(const ImportInput& input, Database& database, ImportResult& result,
                 bool askCategories, std::set<int32_t>* touchedCategories);
 
-// Finds every fault of a file: what is wrong first with each of its records. Writes nothing.
-// Returns no fault for a file that can be imported.
+// Finds the first fault of each record of a file. Writes nothing. Returns no fault for a file that
+// can be imported.
 std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database);
-// Finds no more than so many. The result shows the progress, and cancels.
+// Finds no more than that many. The result shows the progress and can cancel.
 std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database,
                                     ImportResult& result, size_t most);
 
@@ -63,7 +63,7 @@ std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database
 bool GuessFormat(ImportInput& input, Database& database);
 bool GuessFormat(ImportInput& input, Database& database, const TableSurvey& survey);
 
-// Reads the attributes of the first record; none for a file without records. Writes and asks
+// Reads the attributes of the first record, or none from a file without records. Writes and asks
 // nothing. Returns true on a failure, which the result then tells.
 bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,
                    std::vector<CardAttribute>& attributes);

@@ -52,7 +52,7 @@ bool ImportGroup::Write() {
         return true;
     }
     mResult.LineNumber = outcome.Line;
-    // What came after it in the file is not written.
+    // Drops what came after it in the file.
     mCards.Clear();
     return mResult.Fail(
         StoreMessage(_("Unable to add flash card to database.  (%i:%s)"), mDatabase));
@@ -97,14 +97,14 @@ bool ImportRecord::Add(const CardAttribute& attribute, Database& database, Impor
 bool ImportRecord::SetId(const CardAttribute& attribute, Database& database, ImportResult& result,
                          ImportGroup& group) {
     if (attribute.Value.empty()) {
-        // As if it were not there, so it may also stand behind others.
+        // An empty id counts as absent, so it may also follow other attributes.
         return true;
     }
     if (Mask != 0) {
         return result.Fail(NamedMessage(_("\"%s\" must be specified before any other attributes."),
                                         attribute.Name));
     }
-    // The identity of no card is none to store a card under.
+    // The zero identity stands for no card.
     if (ParseUuid(attribute.Value, Card.CardId) != 0 || Card.CardId.IsZero()) {
         return result.Fail(NamedMessage(
             _("\"%s\" must be followed by a valid UUID (Universally Unique Identifier)."),

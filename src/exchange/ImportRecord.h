@@ -13,16 +13,16 @@
 class Database;
 struct ImportResult;
 
-// The new cards of an import that are not in the store yet, and the import's counters and messages
-// of them. What asks the store goes through here first, so that a record sees what the records
-// before it have brought, whether their group is written or not.
+// The new cards of an import that are not in the store yet, with their counters and messages. Every
+// question to the store comes here first, so that a record sees the cards of earlier records,
+// written or not.
 class ImportGroup {
   public:
     ImportGroup(Database& database, ImportResult& result)
         : mDatabase(database), mResult(result), mCards(database) {}
 
-    // Each writes the group when it has to: a card filled it, or it has what the store is asked
-    // for. Returns false when the store refuses a card, which the result then tells.
+    // Each writes the group if it must: when a card fills it, or when the question is about its
+    // cards. Returns false when the store refuses a card, which the result then tells.
     bool Add(FlashCard&& card);
     bool Settle(const CardUuid& id);
     bool Settle(int32_t categoryId);
@@ -34,7 +34,7 @@ class ImportGroup {
     NewCards mCards;
 };
 
-// The card that one record of a file becomes. Lives for that record, on the import's thread.
+// The card that a record of a file becomes. Lives for that record, on the import's thread.
 class ImportRecord {
   public:
     // Takes the attributes of the reader's current record in order. When the store has a card with
@@ -44,8 +44,8 @@ class ImportRecord {
               ImportGroup& group);
     // Puts the second texts into the sides of the card, after Read. A second call does nothing.
     void JoinSecondTexts();
-    // Begins with a stored card that has the same pair of texts, before Read: the attributes change
-    // that card.
+    // Starts from a stored card with the same pair of texts, which the attributes then change. Call
+    // it before Read.
     void StartFromPair(const FlashCard& stored);
 
     bool Has(CardAttributeCode code) const {
@@ -62,9 +62,9 @@ class ImportRecord {
     // The attributes that the record gave.
     uint32_t Mask = 0;
     wxString CategoryName = L"Default";
-    // False while the name is only the default.
+    // False while the category is only the default.
     bool NamesCategory = false;
-    // The stored card was found by its pair of texts.
+    // True when the stored card was found by its pair of texts.
     bool IsPair = false;
 
   private:
@@ -85,7 +85,7 @@ class ImportCategories {
     ImportCategories(Database& database, ImportResult& result, ImportGroup& group)
         : mDatabase(database), mResult(result), mGroup(group) {}
 
-    // Takes in the store's categories. Returns false when they cannot be read.
+    // Reads the store's categories. Returns false when they cannot be read.
     bool Load();
     // Finds the id of a category, and creates the category when it is missing. Returns false on a
     // failure.
@@ -112,7 +112,7 @@ class IntroductionOrders {
     IntroductionOrders(Database& database, ImportGroup& group)
         : mDatabase(database), mGroup(group) {}
 
-    // Takes note of an order that a record gave itself; the next numbers come after it.
+    // Notes an order that a record gave; the next numbers come after it.
     void Note(int32_t categoryId, int32_t order);
     // Gives the order of the next new card. Returns false when the group could not be written.
     bool Take(int32_t categoryId, int32_t& order);

@@ -29,7 +29,7 @@ constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
 
 using namespace std::string_view_literals;
 
-// The first bytes of the files that spreadsheets keep, new ones and old ones.
+// The first bytes of spreadsheets' own files, new and old.
 constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
 
 bool IsPackedFile(const wxString& path) {
@@ -111,7 +111,7 @@ bool ImportSource::OpenVersion1Store(const ImportInput& input, ImportResult& res
 }
 
 bool ImportSource::OpenText(wxFontEncoding chosen, ImportResult& result) {
-    // Both passes read the file from its beginning, and a pipe would block the worker for good.
+    // Both passes read the file from its beginning, so a pipe would block the worker for ever.
     if (wxFileName::Exists(mFileName) && !wxFileName::FileExists(mFileName)) {
         return result.Fail(UnreadableFileMessage(mFileName));
     }

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr double kLongestSeconds = 0.1;
-// Larger groups hardly gain. Those between the two are steps that the store writes at once.
+// Larger groups hardly gain. The sizes in between are those that the store writes at once.
 constexpr size_t kSmallestGroup = 256;
 constexpr size_t kLargestGroup = 4096;
 constexpr size_t kStep = 4;
@@ -58,9 +58,9 @@ NewCards::Outcome NewCards::Write() {
     return outcome;
 }
 
-// Keeps a write under a tenth of a second where a smaller group can do that. It cannot where the
+// Keeps a write under a tenth of a second where a smaller group can do that. It cannot where
 // waiting for the disk takes the time, which is as long for one card as for 1,000. A small group
-// that took more than half the time of a larger one shows that, and the next one is larger again.
+// that takes more than half the time of a larger one shows that, and the next one is larger again.
 void NewCards::Resize(size_t count, double seconds) {
     if (seconds > kLongestSeconds && mSize > kSmallestGroup) {
         mSize /= kStep;
@@ -71,9 +71,9 @@ void NewCards::Resize(size_t count, double seconds) {
     }
 }
 
-// Returns how many cards the store has taken, in their order. A card that the store refuses takes
-// its whole statement with it, so ever smaller parts are tried, until the cards before it are in
-// the store and the store has told what is wrong with it.
+// Returns how many cards the store has taken, in their order. A refused card fails its whole
+// statement, so ever smaller parts are tried, until the cards before it are in the store and the
+// store has reported what is wrong with it.
 size_t NewCards::WriteCards() {
     size_t written = 0;
     size_t part = mCards.size();

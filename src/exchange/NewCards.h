@@ -10,13 +10,13 @@
 
 class Database;
 
-// New cards on their way into the store, of an import or of pasted copies.
+// New cards on their way into the store, from an import or a paste.
 //
 // A statement that inserts one card waits for the disk four times; one that inserts 1,000 cards
 // does not wait longer. So new cards are collected here and written in groups. A group is one
 // statement: after a power cut the store has all of its cards or none. The size of a group follows
-// the time that the last one took, so that the user who presses Cancel waits for a tenth of a
-// second at most, on a slow disk as on a fast one.
+// the time that the last one took, so that a Cancel takes effect within a tenth of a second, on
+// slow and fast disks.
 //
 // The owner writes the group before it asks the store anything that a card of the group may answer.
 class NewCards {
@@ -24,7 +24,7 @@ class NewCards {
     // The database is not owned.
     explicit NewCards(Database& database) : mDatabase(database) {}
 
-    // Takes a card. The line is told if the store refuses the card.
+    // Takes a card and its line, which is reported if the store refuses the card.
     void Add(FlashCard&& card, int32_t line = -1);
     // Returns whether it is time to write the group.
     bool IsFull() const { return mCards.size() >= mSize || mCharacters >= kMostCharacters; }
@@ -33,11 +33,10 @@ class NewCards {
     bool HasCard(const CardUuid& id) const { return mIds.count(id) != 0; }
     bool HasCategory(int32_t categoryId) const;
 
-    // How far a write came.
     struct Outcome {
         // The number of cards that the store has taken.
         int32_t Written = 0;
-        // The store has refused the card after these, and has the reason in its last error.
+        // True when the store refused the next card; its last error has the reason.
         bool HasFailed = false;
         // The line of that card.
         int32_t Line = -1;
@@ -64,7 +63,7 @@ class NewCards {
     std::vector<int32_t> mLines;
     std::unordered_set<CardUuid, IdHash> mIds;
     size_t mCharacters = 0;
-    // How many cards make a group.
+    // The number of cards in a group.
     size_t mSize = 1024;
     // The time of the last group that was too large.
     double mSecondsOfLarger = std::numeric_limits<double>::infinity();

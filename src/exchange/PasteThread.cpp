@@ -35,7 +35,7 @@ void PasteThread::Work() {
     }
 }
 
-// The store reports each card that it cannot read or refuses, and the others go on.
+// The store reports each card that it cannot read or refuses; the others are still copied.
 void PasteThread::CopyCards() {
     NewCards copies(mDatabase);
     for (const int64_t rowId : mRowIds) {
@@ -59,7 +59,7 @@ void PasteThread::CopyCards() {
     }
 }
 
-// The store reports each card that it cannot move, and the others go on.
+// The store reports each card that it cannot move; the others are still moved.
 void PasteThread::MoveCards() {
     for (auto card = mRowIds.begin(); card != mRowIds.end() && !IsCancelled();) {
         const auto left = static_cast<size_t>(mRowIds.end() - card);

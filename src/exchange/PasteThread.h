@@ -23,7 +23,7 @@ class PasteThread : public Worker {
     int32_t GetMaximum() const override;
     int32_t GetPosition() const override { return mPosition; }
 
-    // Hands over what was done, to be taken back. Call it once the worker has ended.
+    // Hands over what was done, for an undo. Call it once the worker has ended.
     StoreChange TakeChange() { return std::move(mChange); }
 
   protected:
@@ -37,7 +37,7 @@ class PasteThread : public Worker {
     const std::vector<int64_t>& mRowIds;
     bool mCopy;
     int32_t mCategoryId;
-    // The worker's until it has ended.
+    // Belongs to the worker until it has ended.
     StoreChange mChange;
     // The number of cards that were copied or moved so far; the last copies may still be on their
     // way into the store. Written by the worker.

@@ -20,7 +20,7 @@ class AnkiTextWriter : public CardRecordWriter {
     // Leaves out an attribute that the text has no column for. Always returns 0.
     int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
     void EndRecord() override;
-    // Each row goes on when its record ends.
+    // Each row is handed on when its record ends.
     void Flush() override {}
 
   private:

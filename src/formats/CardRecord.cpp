@@ -91,7 +91,7 @@ bool LookupAttribute(const wxString& name, AttributeInfo& info) {
 
 namespace {
 
-// No attribute has a longer name. What is longer may be a whole file without line breaks.
+// No attribute has a longer name. A longer one may be a whole file without line breaks.
 constexpr size_t kLongestName = 200;
 
 constexpr int32_t kGreatestScore = 5;

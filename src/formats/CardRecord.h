@@ -16,10 +16,9 @@ struct CardSchedule;
 
 // One attribute of a record as a reader delivers it.
 struct CardAttribute {
-    // As spelled in the file.
     wxString Name;
     wxString Value;
-    // Where it stands in the file, from 1.
+    // The line in the file, from 1.
     int32_t Line = 0;
 };
 
@@ -41,16 +40,14 @@ class AttributeList {
     }
 
   private:
-    // A deque grows without copying what is in it.
+    // A deque grows without copying its entries.
     std::deque<CardAttribute> mEntries;
     size_t mCount = 0;
 };
 
-// A source of records. The import owns it, reads it once to its end, and does so on the thread that
-// the import runs on.
+// A source of records. The import owns it and reads it once to its end, on the import's thread.
 class CardRecordReader {
   public:
-    // What GetError gives.
     enum Error : int32_t { kNoError = 0, kMissingSeparator = 1, kRepeatedAttribute = 2 };
 
     virtual ~CardRecordReader() = default;
@@ -58,9 +55,9 @@ class CardRecordReader {
     // Returns the current line or row of the source, from 1.
     virtual int32_t GetLineNumber() const = 0;
     virtual int32_t GetError() const = 0;
-    // Why the source could not be read to its end, as a sentence; empty for none of that kind.
+    // Says in a sentence why the source could not be read to its end; empty if nothing kept it.
     virtual wxString GetFailure() const { return wxString(); }
-    // Returns how many records so far had nothing to read, such as cards of pictures alone.
+    // Returns how many records so far had no text, such as cards with only pictures.
     virtual int32_t CountLeftOut() const { return 0; }
     virtual uint32_t GetAttributeCount() const = 0;
     // Returns an attribute of the current record; valid until the next ReadRecord.
@@ -72,8 +69,8 @@ class CardRecordReader {
     virtual float GetProgress() const = 0;
 };
 
-// The name of an attribute, as a writer takes it. What a writer has to know of a name is found out
-// where the name is made: in compiling, for the constants that an export writes 24 times a card.
+// The name of an attribute, as a writer takes it. What a writer has to know of a name is found when
+// the name is made: at compile time for the constants that an export writes 24 times a card.
 class AttributeName {
   public:
     // Implicit, so that any text serves as a name. It is not copied.
@@ -100,21 +97,20 @@ class CardRecordWriter {
 
     // Returns 0, or -1 when this form has no place for an attribute of that name.
     virtual int WriteAttribute(const AttributeName& name, std::u16string_view value) = 0;
-    // The same for a value of ASCII without a line break, such as a number, of which an export has
-    // 18 a card.
+    // The same for an ASCII value without a line break, such as a number; an export has 18 a card.
     virtual int WritePlain(const AttributeName& name, std::string_view value) {
         return WriteAttribute(name, std::u16string(value.begin(), value.end()));
     }
     virtual void EndRecord() = 0;
-    // Hands the records that have ended on to where they go.
+    // Hands on the records that have ended.
     virtual void Flush() = 0;
 };
 
-// A stored card side may hold a second text, such as a reading, behind the main text: on a line of
+// A stored card side may hold a second text, such as a reading, after the main text: on a line of
 // its own in the brackets U+3010 and U+3011. With square brackets in their place, the side
 // "sushi\n[su-shi]" has the main text "sushi" and the second text "su-shi".
 
-// The two texts of a side, as parts of it.
+// The two texts of a side, as views into it.
 struct SplitSide {
     std::u16string_view Main;
     std::u16string_view Second;
@@ -170,8 +166,8 @@ constexpr uint32_t AttributeMask(bool schedule, bool reverse, int code) {
 bool LookupAttribute(const wxString& name, AttributeInfo& info);
 
 // Set a field of a card from the text of an attribute. Each returns the empty text on success. For
-// a value in the wrong form it leaves the field alone and returns what is wrong with it, in words
-// that have the attribute's name in them.
+// a value in the wrong form it leaves the field alone and returns a message that names the
+// attribute.
 wxString SetIntroductionOrder(const wxString& name, const wxString& value, int32_t& order);
 wxString SetFlag(const wxString& name, const wxString& value, bool& flag);
 // The code says which field of the schedule to set.

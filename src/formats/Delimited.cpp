@@ -13,9 +13,9 @@ namespace {
 
 constexpr wchar_t kQuote = L'"';
 // The names of all attributes take a few hundred characters. A file without line breaks is no
-// table, and this limit finds that out long before the limit of a record would.
+// table, which this limit notices long before the limit of a record.
 constexpr size_t kLongestHeader = size_t{1} << 20;
-// Rows that are not kept until the next flush.
+// Longer rows are written before the next flush.
 constexpr size_t kLongText = size_t{1} << 20;
 
 bool IsLineEnd(wchar_t character) {
@@ -28,7 +28,7 @@ std::wstring_view FinishField(std::wstring& field) {
     if (trimmed.size() < 2 || trimmed.find(L'\\') == std::wstring_view::npos) {
         return trimmed;
     }
-    // The result is never longer, so it is written over what was read already.
+    // The result is never longer, so it overwrites the text that was read.
     wchar_t* const begin = field.data() + (trimmed.data() - field.data());
     const wchar_t* const end = begin + trimmed.size();
     wchar_t* out = begin;
@@ -155,7 +155,7 @@ wchar_t DelimitedReader::ReadField() {
         mField.push_back(character);
         character = mSource.GetChar();
     }
-    // The text ended inside a field; that counts as the end of a line.
+    // A text that ends inside a field ends its line.
     return L'\n';
 }
 
@@ -282,8 +282,8 @@ void DelimitedWriter::AppendField(const std::u16string& value) {
     }
 }
 
-// Quotes are doubled, except in a value that also has the delimiter: files of this form have always
-// been written so, and other programs have learnt to read them.
+// Doubles quotes, except in a value that also has the delimiter: files have always been written so,
+// and other programs have learnt to read them.
 void DelimitedWriter::AppendSpecialField(const std::u16string& value) {
     mField.clear();
     AppendEscaped(mField, value);

@@ -19,21 +19,20 @@ class DelimitedReader : public CardRecordReader {
     // Reads the header. The source is not owned.
     DelimitedReader(CharSource& source, wchar_t delimiter);
 
-    // How the rows of a table are read that is not of this program's own form.
+    // How to read the rows of a table that is not in this program's own form.
     struct Foreign {
         // The names that the columns get; the table has no header, or the caller has read past it.
         std::vector<wxString> Columns;
-        // The number of the last row before the first one here.
+        // The number of the row before the first one that is read.
         int32_t RowNumber = 0;
         // Rows that begin with this character are left out, unless it is quoted; 0 for none.
         wchar_t Comment = 0;
-        // Whether the escapes are replaced.
+        // True to replace the escapes.
         bool HasEscapes = false;
     };
     DelimitedReader(CharSource& source, wchar_t delimiter, Foreign foreign);
 
     size_t GetColumnCount() const { return mColumns.size(); }
-    // As spelled in the file.
     const wxString& GetColumnName(size_t index) const { return mColumns[index]; }
 
     int32_t GetLineNumber() const override { return mRowNumber; }
@@ -44,7 +43,6 @@ class DelimitedReader : public CardRecordReader {
     float GetProgress() const override;
 
   private:
-    // What was in a row.
     struct Row {
         size_t Fields = 0;
         bool HasText = false;
@@ -63,7 +61,6 @@ class DelimitedReader : public CardRecordReader {
     int32_t mRowNumber = 1;
     wchar_t mComment = 0;
     bool mHasEscapes = true;
-    // Whether the present field is quoted.
     bool mIsQuoted = false;
     AttributeList mAttributes;
     // What ended the field before: a delimiter, a line break, or 0 at the end of the text. After a
@@ -83,7 +80,7 @@ class DelimitedWriter : public CardRecordWriter {
     int AddColumn(std::u16string_view name);
     void EndHeader();
 
-    // Refuses a name that is no column, and any before the header's end.
+    // Refuses a name that is not a column, and every name before EndHeader.
     int WriteAttribute(const AttributeName& name, std::u16string_view value) override;
     // A column that the record did not set stays empty.
     void EndRecord() override;

@@ -16,7 +16,7 @@ namespace {
 
 using Text = std::wstring_view;
 
-// What a tag does to the text. Tags that are not here leave no trace.
+// What a tag does to the text. Other tags leave no trace.
 enum class TagKind {
     kNone,
     kBreak,
@@ -50,7 +50,6 @@ constexpr TagRow kTags[] = {
     {L"ruby", TagKind::kRuby},        {L"rt", TagKind::kReading},    {L"rp", TagKind::kAside},
 };
 
-// A text in brackets that is no part of the text proper.
 struct MarkRow {
     Text Begin;
     Text End;
@@ -75,7 +74,7 @@ bool IsSourceSpace(wchar_t character) {
     return character == L' ' || (character >= L'\t' && character <= L'\r');
 }
 
-// The character of a number, or the mark of one that is none.
+// Returns the character of a number, or U+FFFD for a number that is no character.
 wchar_t NumberedCharacter(uint32_t number) {
     const bool isSurrogate = number >= 0xD800 && number < 0xE000;
     return number == 0 || number > 0x10FFFF || isSurrogate ? L'\uFFFD'
@@ -126,7 +125,7 @@ size_t ReadEntity(Text text, wchar_t& character) {
     return at + 1;
 }
 
-// Where a tag ends, behind its ">"; quotes may hold one. npos when it does not end.
+// Returns the place after a tag's ">", which quotes may hold too; npos when it does not end.
 size_t TagEnd(Text text) {
     wchar_t quote = L'\0';
     for (size_t at = 1; at < text.size(); ++at) {
@@ -144,7 +143,7 @@ size_t TagEnd(Text text) {
     return end == Text::npos ? end : end + 1;
 }
 
-// Writes the text and, where there are readings, the text with them.
+// Writes the text and, where there are readings, a second one with the readings.
 class Writer {
   public:
     void Add(wchar_t character) {
@@ -249,7 +248,7 @@ class Reader {
   private:
     Text Rest() const { return mHtml.substr(mAt); }
 
-    // Ends that were not found once are not looked for again.
+    // An end that was not found once is not looked for again.
     size_t FindEnd(size_t which, Text end, size_t from) {
         if (mIsEndMissing[which]) {
             return Text::npos;
@@ -286,7 +285,7 @@ class Reader {
         return false;
     }
 
-    // The source of a formula is text with entities and breaks like any other.
+    // The source of a formula has entities and breaks like any other text.
     void ReadFormula(size_t begin, size_t end) {
         const Text whole = mHtml;
         const EndsMissing wholeEnds = mIsEndMissing;
@@ -383,7 +382,7 @@ class Reader {
         }
     }
 
-    // Passes over the content of an element; one that does not end has none.
+    // Skips the content of an element; one that does not end has none.
     void SkipTo(const std::wstring& name) {
         if (mUnclosed.count(name) != 0) {
             return;
@@ -422,7 +421,7 @@ class Reader {
     Writer mWriter;
     size_t mAt = 0;
     bool mIsTagEndMissing = false;
-    // Ends that the rest of the text does not have.
+    // The ends that the rest of the text lacks.
     EndsMissing mIsEndMissing{};
     std::set<std::wstring> mUnclosed;
 };

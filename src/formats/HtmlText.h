@@ -4,7 +4,7 @@
 
 #include <string>
 
-// What of a field has no place in a text, counted.
+// Counts what a field loses when it becomes plain text.
 struct HtmlLosses {
     int Pictures = 0;
     int Sounds = 0;
@@ -20,11 +20,11 @@ struct HtmlText {
 };
 
 // Turns a field into text: breaks and the ends of blocks become line feeds, list items lines with a
-// dash, cells of a table blanks, entities their characters. White space of the source is one blank,
-// unless line feeds are breaks too, as in fields of Mnemosyne. Pictures and sounds are counted and
-// leave nothing; formulas keep their source without the markers. Lines have no blanks at their ends
-// and the text no empty lines at its own. Takes any text, in linear time.
+// dash, cells of a table blanks, entities their characters. White space of the source becomes one
+// blank, unless line feeds are breaks too, as in fields of Mnemosyne. Pictures and sounds are
+// counted and dropped; formulas keep their source without the markers. Lines have no blanks at
+// either end, and the text no empty lines at either end. Takes any text, in linear time.
 HtmlText ReadHtml(const wxString& html, bool lineFeedsBreak, HtmlLosses& losses);
 
-// True when there is nothing to be seen in the field: only white space and empty lines of markup.
+// Returns true when nothing can be seen in the field: only white space and markup without text.
 bool IsEmptyHtml(const wxString& html);

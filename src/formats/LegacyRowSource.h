@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-// The database engine of the program's first version, as far as a reader of its stores needs it. An
-// interface, because the engine exists on one platform and tests have to do without it. Results are
+// The database engine of the program's first version, as far as a reader of its stores needs it. It
+// is an interface because the engine exists on one platform and tests do without it. Results are
 // those of the engine: a negative one is a failure. Lives on one thread.
 //
 // This header stands alone so that the source for that platform compiles without the toolkit.
@@ -21,7 +21,7 @@ class LegacyRowSource {
     // Loads the engine. Fails where it is not installed.
     virtual int32_t Initialize() = 0;
     virtual int32_t Open(const std::wstring& path) = 0;
-    // Starts a statement, and gives up the remaining rows of the one before.
+    // Starts a statement; drops the rows that remain of the last one.
     virtual int32_t Run(const std::wstring& statement) = 0;
     // Returns the columns of the statement, as the engine spells them.
     virtual const std::vector<std::wstring>& GetColumnNames() const = 0;

@@ -10,16 +10,16 @@ constexpr wchar_t kCountCards[] = L"SELECT COUNT(*) FROM Cards;";
 constexpr wchar_t kSelectCards[] =
     L"SELECT CardId,Question,Answer,Active,LastReview,ReviewInterval,Difficulty,LastScore "
     L"FROM Cards;";
-// The earliest stores know no difficulty.
+// The earliest stores have no difficulty.
 constexpr wchar_t kSelectEarlyCards[] =
     L"SELECT CardId,Question,Answer,Active,LastReview,ReviewInterval,LastScore FROM Cards;";
 
 constexpr int32_t kUnspecifiedFailure = static_cast<int32_t>(0x80004005U);
 
-// The engine gave a value 512 bytes of UTF-16, terminator included.
+// The engine had 512 bytes of UTF-16 for a value, terminator included.
 constexpr size_t kLongestValue = 255;
 
-// Cuts a text to that length, and never between the halves of a surrogate pair.
+// Cuts a text to that length, never between the halves of a surrogate pair.
 wxString CutValue(const std::wstring& value) {
     size_t units = 0;
     size_t length = 0;
@@ -30,7 +30,7 @@ wxString CutValue(const std::wstring& value) {
         if (units + taken > kLongestValue) {
             break;
         }
-        // The second half of a pair is the next character, where characters are halves.
+        // Where wide characters have 16 bits, the second half of a pair is a character too.
         units += isFirstHalf ? 1 : taken;
         ++length;
     }

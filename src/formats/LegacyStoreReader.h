@@ -20,7 +20,7 @@ class LegacyStoreReader : public CardRecordReader {
     int32_t Initialize();
     int32_t Open(const wxString& path);
 
-    // Returns the number of the row that comes next, from 1.
+    // Returns the number of the next row, from 1.
     int32_t GetLineNumber() const override { return mRowNumber; }
     int32_t GetError() const override { return kNoError; }
     uint32_t GetAttributeCount() const override;
@@ -37,6 +37,6 @@ class LegacyStoreReader : public CardRecordReader {
     int32_t mRowNumber = 1;
     // One more than the number of rows.
     float mProgressDivisor = 1.0f;
-    // A statement has rows to come.
+    // True while a statement has more rows.
     bool mIsRunning = false;
 };

@@ -39,7 +39,7 @@ class Held {
 
     Interface* operator->() const { return mpInterface; }
     Interface* Get() const { return mpInterface; }
-    // Where a call puts the interface; there is none yet.
+    // Where a call puts the interface. Only while there is none.
     Interface** Place() { return &mpInterface; }
     template <class Base>
     Base** PlaceAs() {
@@ -59,7 +59,7 @@ void Release(Interface*& pointer) {
 }
 
 // The rows of a store of version 1.0 through the OLE DB provider of its engine, SQL Server CE 2.0.
-// For Windows only. Every value arrives as text, which the provider makes of it.
+// Windows only. The provider turns every value into text.
 class SqlCeRowSource : public LegacyRowSource {
   public:
     SqlCeRowSource() = default;
@@ -91,7 +91,7 @@ class SqlCeRowSource : public LegacyRowSource {
     std::vector<std::wstring> mColumnNames;
     // One row, with the same room for each column.
     std::vector<wchar_t> mRow;
-    // This object has initialised COM.
+    // True when this object has initialised COM.
     bool mOwnsCom = false;
 };
 
@@ -107,7 +107,7 @@ SqlCeRowSource::~SqlCeRowSource() {
 
 int32_t SqlCeRowSource::Initialize() {
     if (!mOwnsCom) {
-        // Refused where the thread has COM already in another mode, which does as well.
+        // Refused when the thread already has COM in another mode, which serves as well.
         mOwnsCom = SUCCEEDED(CoInitializeEx(nullptr, 0));
     }
     CloseSession();
@@ -198,7 +198,7 @@ int32_t SqlCeRowSource::Execute(const std::wstring& statement) {
         result = command->Execute(nullptr, IID_IRowset, nullptr, nullptr,
                                   reinterpret_cast<IUnknown**>(&mpRows));
     }
-    // A statement that gives no rows is none of ours.
+    // All of our statements give rows.
     return SUCCEEDED(result) && mpRows == nullptr ? E_FAIL : result;
 }
 
@@ -257,7 +257,7 @@ bool SqlCeRowSource::ReadRow(std::vector<std::wstring>& values) {
         return false;
     }
     std::fill(mRow.begin(), mRow.end(), L'\0');
-    // A row that cannot be read arrives empty, and the import says what it misses in it.
+    // A row that cannot be read arrives empty, and the import says what is missing.
     mpRows->GetData(row, mAccessorHandle, mRow.data());
     values.resize(mColumnNames.size());
     for (size_t i = 0; i < values.size(); ++i) {

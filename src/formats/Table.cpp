@@ -22,7 +22,7 @@ bool TableLayout::IsComplete() const {
 
 namespace {
 
-// Reads lines that a text such as " - " parts in two.
+// Reads lines that a text such as " - " splits in two.
 class PairReader : public CardRecordReader {
   public:
     PairReader(CharSource& source, std::wstring separator, int32_t rowNumber)
@@ -135,7 +135,7 @@ class TableReader : public CardRecordReader {
     AttributeList mAttributes;
     wxString mNotes;
     CardUuid mId;
-    // Whether the present row has any text, and whether one of its sides has lost all of it.
+    // True when the present row has any text, and when one of its sides has lost all of its text.
     bool mHasText = false;
     bool mIsSideLost = false;
     int32_t mLeftOut = 0;
@@ -183,7 +183,7 @@ bool TableReader::ReadRecord() {
     return false;
 }
 
-// The engine wants the identity before all else.
+// The engine wants the identity first.
 void TableReader::TakeIdentity() {
     mId = CardUuid();
     if (mIdColumn >= mRows->GetAttributeCount()) {
@@ -195,7 +195,7 @@ void TableReader::TakeIdentity() {
         return;
     }
     if (!isUuid && mLayout.Columns[mIdColumn].Use == ColumnUse::kNoteId) {
-        // As a package of the same deck names the first card of the note.
+        // The identity that a package of the same deck gives to the note's first card.
         mId = NamedUuid(ToUtf8(value) + "\n");
         Add("id", FormatUuid(mId));
         return;

@@ -19,13 +19,13 @@ class CharSource;
 // Tables as people have them: lists from mails, spreadsheets with headings of their own, the plain
 // text of Anki. A survey looks at the first rows and proposes a layout, which says what becomes of
 // each column; a reader then turns the rows into records with the attributes of cards. A table of
-// this program's own form, whose first row holds nothing but names of attributes, needs none of it
+// this program's own form, whose first row holds nothing but names of attributes, needs no layout
 // and is read by a DelimitedReader alone.
 
 // What becomes of a column.
 enum class ColumnUse : size_t {
     kIgnore,
-    // A line of the notes, with the heading of the column before it.
+    // Becomes a line of the notes, after the heading of the column.
     kAppend,
     kFront,
     kFront2,
@@ -39,7 +39,7 @@ enum class ColumnUse : size_t {
     kForwardX,
     kReverseX,
     kId,
-    // The identity of a note in Anki, of which the identity of the card is made.
+    // The identity of a note in Anki, from which the card's is made.
     kNoteId,
     kIntroduced,
     kLastReview,
@@ -61,10 +61,10 @@ const char* AttributeOfUse(ColumnUse use);
 // Returns the use as a choice for a person.
 wxString DescribeUse(ColumnUse use);
 
-// Returns what a heading says about its column, in any of the languages that the program knows:
-// the names of attributes, and words that people use for them. Nothing for a word that says
-// nothing. A language, such as "German", gives its number from 1 in language, and no use: the first
-// such column is the front.
+// Returns what a heading says about its column, in any of the languages that the program knows: the
+// names of attributes, and words that people use for them. Returns nothing for any other word. For
+// a language, such as "German", returns no use but its number, from 1, in language: the first such
+// column is the front.
 std::optional<ColumnUse> FindUseOfHeading(const wxString& heading, int& language);
 
 struct TableColumn {
@@ -75,22 +75,23 @@ struct TableColumn {
 
 // How the rows of a table are read.
 struct TableLayout {
-    // What stands between the fields: one character, or a text such as " - " that parts a line in
-    // two where it comes first.
+    // Separates the fields: one character, or a text such as " - ", whose first place splits a line
+    // in two.
     std::wstring Separator = L"\t";
-    // How many lines stand before the rows and say how to read them, such as "sep=;".
+    // The number of lines before the rows that say how to read them, such as "sep=;".
     int32_t HeadLines = 0;
-    // Whether the first row has the names of the columns.
+    // True when the first row names the columns.
     bool HasHeader = false;
-    // Further fields of a row are left out.
+    // A row's further fields are left out.
     std::vector<TableColumn> Columns;
-    // Whether fields are written in HTML.
+    // True when the fields are HTML.
     bool IsHtml = false;
-    // Whether \n, \r and \\ stand for line breaks and a backslash, as in this program's own tables.
+    // True when \n, \r and \\ stand for line breaks and a backslash, as in this program's own
+    // tables.
     bool HasEscapes = false;
-    // Whether rows that begin with "#" are comments.
+    // True when rows that begin with "#" are comments.
     bool HasComments = false;
-    // For every card, beside what the columns say; empty for none.
+    // The category of all cards when no column names theirs; may be empty.
     wxString Category;
     wxString Tags;
 
@@ -99,15 +100,15 @@ struct TableLayout {
     bool IsComplete() const;
 };
 
-// What a person has decided about a table; the rest is found out.
+// What the user has decided about a table; the survey finds the rest.
 struct TableChoice {
     wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
-    // Empty to be found out. " - " stands for any text between the two halves of a line.
+    // Empty lets the survey find it. " - " stands for any text between the two halves of a line.
     std::wstring Separator;
     std::optional<bool> HasHeader;
 };
 
-// What the first rows of a file show.
+// The findings from the first rows of a file.
 struct TableSurvey {
     // The encoding of the whole text; wxFONTENCODING_SYSTEM for UTF-8 or Windows-1252.
     wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
@@ -116,7 +117,7 @@ struct TableSurvey {
     std::vector<std::vector<wxString>> Rows;
     // The first line of the text that is not empty.
     wxString FirstLine;
-    // Whether the first row holds nothing but names of attributes, so that no layout is needed.
+    // True when the first row holds only names of attributes, so that no layout is needed.
     bool IsOwnForm = false;
 };
 
@@ -127,8 +128,7 @@ constexpr size_t kMostColumns = 200;
 // Looks at the beginning of a file. A file that cannot be read gives no columns.
 TableSurvey SurveyTable(const wxString& fileName, const TableChoice& choice);
 
-// Finds the name of the category that a card of the store is in; false for a card that it does not
-// have.
+// Finds the category name of a stored card. Returns false for a card that the store lacks.
 using CategoryFinder = std::function<bool(const CardUuid& id, wxString& category)>;
 
 // Makes a reader of the raw rows: its records have one attribute for each column of the layout, in

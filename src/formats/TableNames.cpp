@@ -53,11 +53,11 @@ const UseRow& RowOf(ColumnUse use) {
 
 struct Words {
     ColumnUse Use;
-    // In lower case, "|" around each.
+    // Words in lower case, each between two "|".
     std::wstring_view Text;
 };
 
-// A word stands in one row only, except that the first row that has it counts.
+// A word's first row counts.
 constexpr Words kWords[] = {
     {ColumnUse::kFront,
      L"|term|word|words|vocabulary|vocab|expression|phrase|prompt|front side|frontside|cue|source"
@@ -224,8 +224,7 @@ std::optional<ColumnUse> FindUseOfAttribute(const wxString& name) {
     return std::nullopt;
 }
 
-// Words count without a mark behind them and without what stands in brackets: "Wort*", "Front
-// (de)".
+// Strips a mark at the end and what stands in brackets: "Wort*", "Front (de)".
 wxString BareHeading(const wxString& heading) {
     wxString bare = LowerWide(heading);
     const size_t bracket = bare.find_first_of(L"([");

@@ -17,8 +17,8 @@
 #include "formats/TextSource.h"
 
 // Finds out how a table is laid out. All of it is a guess from the first hundred lines, made in
-// this order: the encoding, the head lines that say something themselves, what separates the
-// fields, whether the first row names the columns, and what each column is.
+// this order: the encoding, the head lines that give instructions, what separates the fields,
+// whether the first row names the columns, and what each column is.
 
 namespace {
 
@@ -26,10 +26,10 @@ using Row = std::vector<wxString>;
 using Rows = std::vector<Row>;
 
 constexpr size_t kSampledLines = 100;
-// A line of a list is short; what goes on for longer is no list.
+// The lines of a list are short; a longer line means that it is no list.
 constexpr size_t kLongestLine = size_t{1} << 16;
 
-// What may stand between the two halves of a line.
+// The texts that may stand between the two halves of a line.
 constexpr std::wstring_view kPairSeparators[] = {L" - ",      L" \u2013 ", L" \u2014 ", L" = ",
                                                  L" \u2192 ", L" -> ",     L" : ",      L": "};
 
@@ -98,7 +98,7 @@ Rows ReadRows(const Sample& sample, const TableLayout& layout) {
 
 // The head lines.
 
-// What the lines before the rows say.
+// The contents of the lines before the rows.
 struct Head {
     std::wstring Separator;
     std::optional<bool> IsHtml;
@@ -119,7 +119,7 @@ std::wstring SeparatorOfName(const wxString& name) {
     return name.empty() ? std::wstring() : name.Left(1).ToStdWstring();
 }
 
-// Takes in one line "#key:value". Returns false for a line that is none.
+// Reads one line "#key:value". Returns false for any other line.
 bool ReadHeadLine(const std::wstring& line, Head& head, TableLayout& layout) {
     const size_t colon = line.find(L':');
     if (line.empty() || line.front() != L'#' || colon == std::wstring::npos) {
@@ -180,7 +180,8 @@ size_t CountUses(const Row& row) {
 }
 
 struct Shape {
-    // The part of the rows that have more than one field, and that have as many as most.
+    // The share of rows with more than one field, and the share with the commonest number of
+    // fields.
     double Parted = 0.0;
     double Even = 0.0;
     size_t Fields = 0;
@@ -214,17 +215,17 @@ Shape ShapeOf(const Rows& rows) {
 
 struct Candidate {
     std::wstring_view Separator;
-    // The least part of rows that it has to part, and how much it is preferred over others.
+    // The least share of rows that it must split, and how much it is preferred over others.
     double LeastParted;
     double Bonus;
 };
 
-// Tabs stand in a text for no other reason; a comma or a blank nearly always does.
+// A tab in a text is nearly always a separator; a comma or a blank hardly ever is.
 constexpr Candidate kCandidates[] = {{L"\t", 0.5, 0.6}, {L"|", 0.7, 0.3},   {L";", 0.6, 0.3},
                                      {L",", 0.7, 0.0},  {L" - ", 0.8, 0.2}, {L" ", 1.0, -0.3}};
 
 double Rate(const Shape& shape, const Candidate& candidate) {
-    // Blanks stand in every text; a list has two words in each of its lines.
+    // Every text has blanks; only a list has two words in each line.
     const bool isDoubtful =
         candidate.Separator == L" " && (shape.Rows < 2 || shape.Fields != 2 || shape.Even < 1.0);
     if (shape.Parted < candidate.LeastParted || isDoubtful) {
@@ -233,8 +234,8 @@ double Rate(const Shape& shape, const Candidate& candidate) {
     return 0.5 + shape.Even + candidate.Bonus + (shape.HasNames ? 1.0 : 0.0);
 }
 
-// Lines "Name: value" are this program's own text form when a name in them is one of an attribute,
-// however wrong the others are.
+// Lines "Name: value" are this program's own text form when one name is an attribute's, however
+// wrong the others are.
 bool IsOwnText(const Rows& rows) {
     AttributeInfo info;
     return rows.size() < 2 || std::any_of(rows.begin(), rows.end(), [&info](const Row& row) {
@@ -242,7 +243,7 @@ bool IsOwnText(const Rows& rows) {
            });
 }
 
-// Returns the text that parts most lines in two, or the first one when none does.
+// Returns the text that splits most lines in two, or the first one when none does.
 std::wstring FindPairSeparator(const Sample& sample, const TableLayout& layout) {
     std::wstring best(kPairSeparators[0]);
     double greatest = 0.0;
@@ -390,7 +391,7 @@ class ColumnPlanner {
         }
     }
 
-    // A front beside an example or an explanation alone asks for that.
+    // Makes an example or an explanation the back when there is only a front beside it.
     void TakeNotesForBack() {
         for (size_t i = 0; i < mLayout.Columns.size() && !mLayout.HasUse(ColumnUse::kBack); ++i) {
             if (mLayout.Columns[i].Use == ColumnUse::kNotes) {
@@ -411,7 +412,7 @@ class ColumnPlanner {
     std::vector<int> mLanguages;
 };
 
-// Returns the uses of the columns, from 0, that head lines give.
+// Returns the uses that head lines give to columns, counted from 0.
 std::map<size_t, ColumnUse> SpecialColumns(const Head& head) {
     static const std::map<wxString, ColumnUse> uses = {{"guid column", ColumnUse::kNoteId},
                                                        {"deck column", ColumnUse::kCategory},

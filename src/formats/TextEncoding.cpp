@@ -76,7 +76,7 @@ const char* FindCharset(wxFontEncoding encoding) {
 
 namespace {
 
-// Enough to know any encoding by.
+// Enough bytes to recognise any encoding.
 constexpr size_t kMostBytes = size_t{1} << 18;
 
 // In UTF-16 every line break, tab and blank has one zero byte, always the same half of the two.
@@ -86,7 +86,7 @@ wxFontEncoding RecognizeUtf16(std::string_view bytes) {
         zeros[i % 2] += size_t{bytes[i] == '\0'};
     }
     const size_t most = std::max(zeros[0], zeros[1]);
-    // A zero that is no half of a character does not come often in a text.
+    // Zeros that are not halves of characters are rare in a text.
     const bool isPlain = most * 100 >= bytes.size() && std::min(zeros[0], zeros[1]) * 20 <= most;
     if (most == 0 || !isPlain) {
         return wxFONTENCODING_SYSTEM;
@@ -140,8 +140,7 @@ bool IsWestern(wxFontEncoding code) {
            code == wxFONTENCODING_ISO8859_15;
 }
 
-// Returns whether the bytes are whole characters of the encoding, and none that only a program of
-// its own gives a meaning to.
+// Returns whether the bytes are whole characters of the encoding, and none for private use.
 bool IsPlausible(std::string_view bytes, wxFontEncoding code) {
     const std::vector<uint8_t> copy(bytes.begin(), bytes.end());
     std::vector<wchar_t> text(bytes.size() + 1);

@@ -13,9 +13,9 @@ class wxInputStream;
 // An encoding that a table may be read in.
 struct TextEncoding {
     wxFontEncoding Code;
-    // Its name among programs, as the C library takes it.
+    // The name by which the C library knows it.
     const char* Charset;
-    // For whom it was made, to be translated.
+    // The people it was made for; to be translated.
     const char* Region;
 };
 
@@ -25,15 +25,15 @@ const std::vector<TextEncoding>& GetTextEncodings();
 // Returns the name of an encoding for a list, such as "Japanese (Shift_JIS)".
 wxString DescribeEncoding(const TextEncoding& encoding);
 
-// Returns the name by which the C library converts an encoding, or null for one that it need not:
-// UTF-8, UTF-16, Windows-1252 and all that are not in the list.
+// Returns the name by which the C library converts an encoding, or null for those converted here
+// (UTF-8, UTF-16, Windows-1252) and those not in the list.
 const char* FindCharset(wxFontEncoding encoding);
 
 // Finds the encoding of a text that has no mark, from its first bytes: UTF-16 by its zero bytes,
 // UTF-8 by its form, others by how often their letters follow one another. Returns
-// wxFONTENCODING_SYSTEM for UTF-8, and when Windows-1252 is as good as any: a CharSource then
+// wxFONTENCODING_SYSTEM for UTF-8, and when Windows-1252 fits as well as any: a CharSource then
 // decides between the two by the whole text.
 wxFontEncoding RecognizeEncoding(std::string_view bytes);
 
-// Does so for a stream, which it leaves where it is.
+// The same for a stream, which stays where it is.
 wxFontEncoding RecognizeEncoding(wxInputStream& stream);

@@ -155,10 +155,10 @@ EncodedSink::EncodedSink(wxOutputStream& stream, wxFontEncoding encoding)
 
 void EncodedSink::Write(std::u16string_view text) {
     while (!text.empty()) {
-        // As many units as have room in the block even if each takes the most bytes.
+        // The units that surely fit into the block, at the most bytes for each.
         size_t count = std::min(text.size(), (mBlock.size() - mHeld) / kLongestUnit);
         if (count < text.size() && count > 0 && IsHighHalf(text[count - 1])) {
-            // Its other half would come too late to make a character of both.
+            // Half a pair at the end waits for its other half.
             --count;
         }
         if (count == 0) {

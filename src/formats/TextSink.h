@@ -9,15 +9,14 @@
 
 class wxOutputStream;
 
-// Receives the text of an export, in UTF-16 and with a line feed at the end of each line. What no
-// text may have (NUL, half a surrogate pair) becomes U+FFFD. The two halves of a pair come in one
-// call.
+// Receives the text of an export, in UTF-16 and with a line feed at the end of each line. NUL and
+// half a surrogate pair become U+FFFD. Pass the two halves of a pair in one call.
 class TextSink {
   public:
     virtual ~TextSink() = default;
 
     virtual void Write(std::u16string_view text) = 0;
-    // Returns false once something could not be written. What came after it is lost.
+    // Returns false once something could not be written; what followed it is lost.
     virtual bool IsOk() const = 0;
 };
 
@@ -42,7 +41,7 @@ class EncodedSink : public TextSink {
 
     void Write(std::u16string_view text) override;
     bool IsOk() const override { return mIsOk; }
-    // Writes what is still held. Returns false when anything could not be written.
+    // Writes what is still held. Returns false when anything since the start could not be written.
     bool Flush();
 
   private:
@@ -51,7 +50,7 @@ class EncodedSink : public TextSink {
     wxOutputStream& mStream;
     EncodeFunction mEncode;
     std::string mBlock;
-    // How much of the block is filled.
+    // The bytes of the block that are filled.
     size_t mHeld = 0;
     bool mIsOk = true;
 };

@@ -166,7 +166,7 @@ TextDecoder::TextDecoder(wxFontEncoding encoding) : mDecode(&DecodeWindows1252) 
         mDecode = &DecodeUtf16<true>;
     } else if (const char* const charset = FindCharset(encoding); charset != nullptr) {
         const iconv_t converter = iconv_open("WCHAR_T", charset);
-        // The value that POSIX has for a failure. NOLINTNEXTLINE(performance-no-int-to-ptr)
+        // The value for a failure in POSIX. NOLINTNEXTLINE(performance-no-int-to-ptr)
         if (converter != reinterpret_cast<iconv_t>(-1)) {
             mConverter = converter;
             mDecode = nullptr;

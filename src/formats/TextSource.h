@@ -21,10 +21,10 @@ wxFontEncoding DetectTextEncoding(wxInputStream& stream);
 // looked at, to within a block.
 wxFontEncoding GuessTextEncoding(wxInputStream& stream, wxFileOffset limit = wxInvalidOffset);
 
-// Turns the bytes of a text file into characters. No input stops it: each part that is no character
-// of the encoding (a broken sequence, half a surrogate pair, an odd byte at the end) becomes
-// U+FFFD. The character NUL becomes U+FFFD too, as it would cut a card's text in the windows and in
-// the functions of SQL.
+// Turns the bytes of a text file into characters. Never fails: each part that is no character of
+// the encoding (a broken sequence, half a surrogate pair, an odd byte at the end) becomes U+FFFD.
+// The character NUL becomes U+FFFD too, as it would cut a card's text in the windows and in the
+// functions of SQL.
 class TextDecoder {
   public:
     // Knows UTF-8, UTF-16 in either byte order, and the encodings that FindCharset has a name for.
@@ -77,18 +77,18 @@ class CharSource {
 
     // Returns the part of the bytes whose characters were delivered, 0 to 1.
     float GetProgress() const;
-    // Why the text stopped before the end of the file.
+    // Why a text ended before its file.
     enum Failure { kNoFailure, kUnreadable, kTooLong };
     Failure GetFailure() const { return mFailure; }
 
-    // Keeps a preview of the first record from reading a huge file: no record begins further than
-    // some blocks from the start, and a record counts as too long sooner.
+    // Keeps a preview from reading a huge file: no record begins more than a few blocks from the
+    // start, and a record counts as too long sooner.
     void LimitToPreview();
 
     // Marks the beginning of a record. A record of more than 64 million characters, as after a
     // quote that a huge file never closes, ends the text before it fills the memory.
     void StartRecord() { StartRecord(mGreatestLength); }
-    // Does the same with another limit, which takes effect at the end of a block.
+    // The same with another limit, which takes effect at the end of a block.
     void StartRecord(size_t longest);
 
   private:
@@ -109,10 +109,10 @@ class CharSource {
     size_t mTextSize = 0;
     size_t mNext = 0;
     bool mEnded = false;
-    // No record begins in a block behind this position.
+    // No record begins in a block after this position.
     wxFileOffset mLastStart = std::numeric_limits<wxFileOffset>::max();
     size_t mGreatestLength = size_t{1} << 26;
-    // How many characters the blocks of the present record have.
+    // The number of characters in the blocks of the present record.
     size_t mRecordSize = 0;
     size_t mLongestRecord = 0;
     Failure mFailure = kNoFailure;

@@ -67,7 +67,7 @@ bool VlmTextReader::ReadRecord() {
     return found;
 }
 
-// Goes on behind the record in which the last call has failed, whose faulty line was read.
+// Skips the rest of the record in which the last call failed; its faulty line was read.
 void VlmTextReader::SkipFaultyRecord() {
     while (mError != kNoError) {
         ++mLineNumber;
@@ -163,7 +163,7 @@ namespace {
 constexpr char16_t kSeparator = u':';
 
 constexpr size_t kRun = 8;
-// Text that is not kept until the next flush.
+// Longer text is written before the next flush.
 constexpr size_t kLongText = size_t{1} << 20;
 
 // A carriage return ends a line for the reader. One that stayed in a value would make a line
@@ -198,7 +198,7 @@ bool HasLineEnd(std::u16string_view text) {
 
 }  // namespace
 
-// Makes room for more units behind the text.
+// Makes room for more units after the text.
 void VlmTextWriter::Reserve(size_t units) {
     if (mText.size() - mLength < units) {
         mText.resize(2 * (mLength + units));

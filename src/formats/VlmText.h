@@ -45,15 +45,15 @@ class VlmTextReader : public CardRecordReader {
     int32_t mLineNumber = 1;
     int32_t mError = kNoError;
     AttributeList mAttributes;
-    // True when the line before, comments aside, belongs to the last attribute.
+    // True when the previous line, comments aside, belongs to the last attribute.
     bool mHasLast = false;
     // The names of a record that has too many to search through them at each line.
     std::unordered_set<std::wstring> mNames;
     std::wstring mLine;
 };
 
-// Writes the program's own text form. An empty value leaves no line. A carriage return ends a line
-// of a value as a line feed does, and the two together end one line.
+// Writes the program's own text form. An empty value leaves no line. A carriage return, a line
+// feed, or both together end a line of a value.
 class VlmTextWriter : public CardRecordWriter {
   public:
     // The sink is not owned.

@@ -25,7 +25,7 @@ bool IsKnownSchema(int64_t schema) {
     return schema == 11 || (schema >= 14 && schema <= 18);
 }
 
-// JSON of other programs, whose values may be of any type.
+// Reading JSON of other programs, whose values may be of any type.
 
 wxString TextOf(const json& object, const char* key) {
     const auto found = object.is_object() ? object.find(key) : object.end();
@@ -64,13 +64,13 @@ json ParseJson(const std::string& text) {
     return json::parse(text, nullptr, false);
 }
 
-// Reads a message of "protocol buffers", as far as they are needed: numbered fields, each a number
-// or a text. What is cut or of another kind ends the reading.
+// Reads a message of "protocol buffers" as far as needed: numbered fields, each a number or a text.
+// A field that is cut off or of another kind ends the reading.
 class Message {
   public:
     explicit Message(std::string_view bytes) : mRest(bytes) {}
 
-    // The last text, or number, of that field; empty or 0 when there is none.
+    // Returns the last text, or number, of that field; empty or 0 when there is none.
     std::string_view Text(uint64_t field) const {
         std::string_view found;
         Visit([&](uint64_t number, uint64_t, std::string_view text) {
@@ -183,7 +183,7 @@ bool AnkiCollection::Open(const wxString& path, bool withAnswers,
            ReadNoteRows(places) && (!withAnswers || ReadAnswers());
 }
 
-// Reads the schema's number, and from where it says the kinds of notes and the decks.
+// Reads the schema's number, and then the kinds of notes and the decks from where it keeps them.
 bool AnkiCollection::ReadDescription() {
     int64_t schema = 0;
     std::string types;
@@ -326,7 +326,7 @@ bool AnkiCollection::ReadNoteRows(const Places& places) {
         mDatabase.ReadAll("notes", {"rowid", "id"}, [&](const ForeignDatabase::Row& row) {
             const int64_t id = row.Int64(1);
             const auto place = places.find(id);
-            // Notes without a new card come behind those that have one.
+            // Notes without a new card come after those that have one.
             notes.push_back(
                 {place == places.end() ? std::numeric_limits<int64_t>::max() : place->second,
                  {id, row.Int64(0)}});
@@ -342,8 +342,8 @@ bool AnkiCollection::ReadNoteRows(const Places& places) {
     return result < 0 ? FailDamaged() : true;
 }
 
-// Reads the last real answer of each card; an answer out of turn that left the schedule alone and a
-// change by hand are none.
+// Reads the last real answer of each card; changes by hand and answers out of turn, which left the
+// schedule alone, do not count.
 bool AnkiCollection::ReadAnswers() {
     if (!mDatabase.HasTable("revlog")) {
         return true;

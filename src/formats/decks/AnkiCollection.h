@@ -28,7 +28,7 @@ struct AnkiNoteType {
 
 struct AnkiNote {
     int64_t Id = 0;
-    // Given by whoever made the note; not always the only one of its kind.
+    // Given by the maker of the note; not always unique.
     std::string Guid;
     int64_t TypeId = 0;
     wxString Tags;
@@ -48,7 +48,7 @@ struct AnkiCard {
     int64_t Type = 0;
     // -1 is suspended, -2 and -3 are buried.
     int64_t Queue = 0;
-    // A place among the new, seconds, or days since the collection was made.
+    // A place among the new cards, seconds, or days since the collection was made.
     int64_t Due = 0;
     int64_t HomeDue = 0;
     // Days, or negative seconds.
@@ -65,24 +65,24 @@ struct AnkiCard {
 // Keeps some numbers of each note and card in memory and reads their texts when they are asked for.
 class AnkiCollection {
   public:
-    // Opens a file that does not change meanwhile. Returns false on a failure, which GetFailure
-    // tells. The last answers of cards are looked up only when they are wanted. The flag, which is
-    // not owned and may be null, ends all reading once it is true.
+    // Opens a file, which must not change meanwhile. Returns false on a failure, which GetFailure
+    // tells. Looks up the cards' last answers only on request. The flag, which is not owned and may
+    // be null, ends all reading once it is true.
     bool Open(const wxString& path, bool withAnswers, const std::atomic<bool>* isCancelled);
 
     const std::map<int64_t, AnkiNoteType>& GetTypes() const { return mTypes; }
-    // The whole name, with "::" between its levels; empty for an unknown deck.
+    // Returns the whole name, with "::" between its levels; empty for an unknown deck.
     wxString FindDeckName(int64_t deck) const;
-    // When the collection was made, in seconds since 1970.
+    // Returns when the collection was made, in seconds since 1970.
     int64_t GetCreated() const { return mCreated; }
     size_t CountNotes() const { return mOrder.size(); }
     int64_t CountReviews() const { return mReviews; }
 
-    // Reads a note by its place, in which notes are to be introduced, and its cards in the order of
-    // their numbers. Returns false on a failure.
+    // Reads a note by its place in the order of introduction, and its cards in the order of their
+    // numbers. Returns false on a failure.
     bool ReadNote(size_t place, AnkiNote& note, std::vector<AnkiCard>& cards);
 
-    // A sentence for a person.
+    // Returns a sentence for the user.
     const wxString& GetFailure() const { return mFailure; }
 
   private:

@@ -18,12 +18,12 @@
 namespace {
 
 constexpr int64_t kDay = 86400;
-// Keeps sums far from their ends; more than all the days of the years up to 9999.
+// More than all days up to the year 9999, and small enough that sums do not overflow.
 constexpr int64_t kGreatestDays = 3000000;
-// A number of days is never so large, nor a moment since 2001 so small.
+// Separates numbers of days, which are smaller, from moments since 2001, which are greater.
 constexpr int64_t kLeastMoment = 1000000000;
 
-// Han, kana and Hangul, to which a reading belongs rather than to a translation.
+// Returns true for Han, kana and Hangul: the side that has them gets the reading.
 bool HasEastAsian(const wxString& text) {
     const std::wstring_view view(text.wc_str(), text.length());
     return std::any_of(view.begin(), view.end(), [](wchar_t character) {
@@ -51,7 +51,7 @@ wxString OneLine(wxString text) {
     return text;
 }
 
-// A note with its fields turned into text, each once.
+// The fields of a note as text, each converted once.
 class NoteTexts {
   public:
     NoteTexts(const AnkiNoteType& type, const TypePlan& plan, const wxString& fields,
@@ -129,7 +129,7 @@ class AnkiDeck : public Deck {
     AnkiCollection mCollection;
     int64_t mNow = 0;
     std::map<int64_t, TypePlan> mPlans;
-    // The categories of decks that were asked for.
+    // The categories of decks that were looked up.
     std::map<int64_t, wxString> mCategories;
     size_t mNext = 0;
 };
@@ -293,7 +293,7 @@ void AnkiDeck::FillSides(const TypePlan& plan, size_t which, const NoteTexts& no
     };
     const auto fill = [&](const std::vector<ShownField>& shown, wxString& side, wxString& second) {
         add(shown, false, side, second);
-        // The question of a direction that this note does not have shows nothing.
+        // The question is empty in a direction that this note lacks.
         if (side.empty()) {
             add(shown, true, side, second);
         }

@@ -18,7 +18,7 @@ bool Meet(const std::set<size_t>& one, const std::set<size_t>& other) {
                        [&other](size_t field) { return other.count(field) != 0; });
 }
 
-// Without what is hidden at first or to be typed, in a question; each field once.
+// Returns each field once, without hints and, in a question, without those to type into.
 std::vector<ShownField> Visible(const std::vector<ShownField>& shown, bool isQuestion) {
     std::vector<ShownField> visible;
     std::set<size_t> seen;
@@ -31,7 +31,7 @@ std::vector<ShownField> Visible(const std::vector<ShownField>& shown, bool isQue
 }
 
 // Finds out how the templates of a type belong together. The forward direction is a template that
-// asks with its own fields; its mirror asks with what that answers, and answers with what it asks.
+// asks with its own fields; its mirror swaps question and answer.
 class Planner {
   public:
     explicit Planner(const AnkiNoteType& type) : mType(type) {}

@@ -8,7 +8,7 @@
 #include "formats/decks/AnkiTemplate.h"
 #include "formats/decks/Deck.h"
 
-// How the templates of a kind of note become cards. Found out once for each kind.
+// Decides, once for each kind of note, how its templates become cards.
 
 constexpr size_t kNoField = static_cast<size_t>(-1);
 
@@ -24,13 +24,12 @@ struct TemplatePair {
     std::vector<size_t> Second;
 };
 
-// What becomes of the notes of a kind.
 struct TypePlan {
     std::vector<TemplatePair> Pairs;
-    // What somebody has chosen for the fields; empty for none.
+    // The user's choices for the fields; may be empty.
     std::vector<FieldRole> Chosen;
     size_t ClozeField = 0;
-    // Some template shows the field with its readings.
+    // Fields that some template shows with their readings.
     std::set<size_t> WithReadings;
     // Fields that only switch others on, such as one that asks for a reverse card.
     std::set<size_t> Switches;

@@ -20,7 +20,7 @@ wxString StringOf(Text text) {
     return {text.data(), text.size()};
 }
 
-// What is written in comments is not shown.
+// Removes comments, whose contents are not shown.
 std::wstring WithoutComments(Text source) {
     std::wstring kept;
     size_t at = 0;
@@ -51,7 +51,7 @@ class TemplateParser {
                 return std::move(mFields);
             }
             Text tag = rest.substr(begin + mOpen.size(), end - begin - mOpen.size());
-            // The innermost of several opening braces counts.
+            // The innermost opening braces count.
             const size_t nested = tag.rfind(mOpen);
             tag.remove_prefix(nested == Text::npos ? 0 : nested + mOpen.size());
             ReadTag(tag);
@@ -137,11 +137,11 @@ class TemplateParser {
     std::vector<ShownField> mFields;
 };
 
-// An opening of a deletion and what closes it, both as places in the text.
+// The opening and the closing of a deletion, as places in the text.
 struct ClozeSpan {
     size_t Begin = 0;
     size_t TextBegin = 0;
-    // Where the closing braces stand.
+    // The place of the closing braces.
     size_t TextEnd = 0;
     std::vector<int> Numbers;
 };
@@ -173,7 +173,7 @@ size_t ReadClozeOpening(Text text, size_t at, std::vector<int>& numbers) {
     }
 }
 
-// The deletions in the order of their openings. One that is not closed is ordinary text.
+// Returns the deletions in the order of their openings. One that is not closed is ordinary text.
 std::vector<ClozeSpan> FindSpans(Text text) {
     std::vector<ClozeSpan> spans;
     std::vector<size_t> open;
@@ -222,7 +222,7 @@ class ClozeWriter {
 
     void WriteDeletion(size_t& index, bool isShown) {
         const ClozeSpan& span = mSpans[index++];
-        // The hint stands behind the first pair of colons that belongs to no deletion within.
+        // The hint follows the first pair of colons that belongs to no inner deletion.
         size_t hint = mText.find(L"::", span.TextBegin);
         for (size_t inner = index; inner < mSpans.size() && mSpans[inner].Begin < span.TextEnd;
              ++inner) {
@@ -266,7 +266,7 @@ std::vector<ShownField> ParseTemplate(const wxString& source,
     return TemplateParser(fieldNames).Parse(source);
 }
 
-// A base is what stands before a bracket up to a blank, which marks its beginning and is not shown.
+// The base of a bracket goes back to a blank, which only marks its beginning and is not shown.
 FuriganaText ReadFurigana(const wxString& text) {
     const Text source = ViewOf(text);
     std::wstring base;
@@ -286,7 +286,7 @@ FuriganaText ReadFurigana(const wxString& text) {
         const bool isReading =
             !inner.empty() && base.size() > wordAt && inner.find(L'\n') == Text::npos;
         if (isReading) {
-            // The blank before the base only says where it begins.
+            // Drops the blank that marks the beginning of the base.
             if (wordAt > 0 && base[wordAt - 1] == L' ') {
                 base.erase(wordAt - 1, 1);
                 reading.erase(wordInReading - 1);

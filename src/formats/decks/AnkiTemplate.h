@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-// What the card templates of Anki say about the fields of a note. A template is a page of HTML with
-// names in double braces, such as
+// Reads what Anki's card templates say about the fields of a note. A template is a page of HTML
+// with names in double braces, such as
 //
 //   {{#Hint}}<i>{{hint:Hint}}</i>{{/Hint}} {{furigana:Word}}
 //
@@ -24,7 +24,7 @@ struct ShownField {
 
     size_t Field = 0;
     Filter How = Filter::kNone;
-    // Behind a click, or a box to type in.
+    // True behind a click, or for a box to type in.
     bool IsHint = false;
     bool IsTyped = false;
     std::vector<Condition> Conditions;
@@ -34,8 +34,8 @@ struct ShownField {
 std::vector<ShownField> ParseTemplate(const wxString& source,
                                       const std::vector<wxString>& fieldNames);
 
-// A text with readings in brackets behind their bases, such as "漢字[かんじ]", without them
-// and with the readings alone. The reading is empty where the text has none.
+// A text with readings in brackets after their bases, such as "漢字[かんじ]": once without the
+// readings, once with the readings alone. The reading is empty where the text has none.
 struct FuriganaText {
     wxString Base;
     wxString Reading;
@@ -43,8 +43,8 @@ struct FuriganaText {
 FuriganaText ReadFurigana(const wxString& text);
 
 // One card of a text with deletions, such as "{{c1::Paris}} is in {{c2::France::land}}", as HTML:
-// the question with "[...]" or the hint in the place of what has that number, what was hidden, and
-// the whole text.
+// the question with "[...]" or a hint in place of the deletions of that number, the hidden parts,
+// and the whole text.
 struct ClozeCard {
     wxString Question;
     std::vector<wxString> Hidden;

@@ -10,7 +10,7 @@
 #include "base/Unicode.h"
 #include "store/Database.h"
 
-// The names of attributes, made once: a text of more than three characters asks for memory.
+// The names of attributes, made once: a text of more than three characters allocates memory.
 struct DeckReader::ScheduleNames {
     explicit ScheduleNames(const wxString& prefix)
         : Introduced(prefix + L"introduced"),
@@ -66,8 +66,8 @@ bool DeckReader::ReadRecord() {
     Add(kNames.Id, FormatUuid(card.Card.CardId));
     Add(kNames.Front, card.Card.Front);
     Add(kNames.Back, card.Card.Back);
-    // Where the card stands and what was learned of it here is newer than the deck. Its texts are
-    // those of the deck, also where that has none.
+    // The store's category and schedules are newer than the deck's. The texts are the deck's, even
+    // where they are empty.
     wxString category;
     const bool isStored = mOptions.FindStored && mOptions.FindStored(card.Card.CardId, category);
     const auto addText = [&](const wxString& name, const wxString& text) {
@@ -110,7 +110,7 @@ void DeckReader::AddSchedule(const ScheduleNames& names, const CardSchedule& sch
 
 namespace {
 
-// The second text is not mistaken for a part of the first: a line that begins like one is indented.
+// Indents a line that would be mistaken for a second text.
 void GuardSide(wxString& side) {
     if (side.find(L"\n\u3010") != wxString::npos) {
         side.Replace(L"\n\u3010", L"\n \u3010");
@@ -159,7 +159,7 @@ void Deck::Push(DeckCard&& card) {
 std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
                                            DeckOptions options, Database& database,
                                            wxString& message) {
-    // An empty store, such as a new user's, need not be asked.
+    // An empty store, such as a new user's, has nothing to find.
     if (!database.IsEmpty()) {
         options.FindStored = StoredCategoryFinder(database);
     }
@@ -184,8 +184,8 @@ float StoredInterval(int64_t lastReview, double seconds, bool& clamped) {
     return interval;
 }
 
-// An ease of 2.5 multiplies intervals as the neutral difficulty does, one of 1.3 as the hardest; a
-// step of difficulty is a factor of 1.1 between them.
+// An ease of 2.5 multiplies intervals like the neutral difficulty, one of 1.3 like the hardest;
+// each step of difficulty between them is a factor of 1.1.
 uint8_t DifficultyOfEase(double ease) {
     constexpr uint8_t kNeutral = 16;
     constexpr double kHardest = 32.0;

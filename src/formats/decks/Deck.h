@@ -19,10 +19,9 @@
 class Database;
 
 // Decks of other programs as records for the import. A deck is opened from its file, gives its
-// cards one by one, and counts what of it has no place here.
+// cards one by one, and counts what is lost.
 
-// What of a deck is left out or changed. The number of each kind is told before anything is
-// written.
+// Kinds of things that are left out or changed. Their numbers are shown before anything is written.
 enum class DeckLoss : size_t {
     kPictures,
     kSounds,
@@ -48,31 +47,31 @@ using DeckLosses = std::array<int64_t, static_cast<size_t>(DeckLoss::kCount)>;
 // What a field of a note becomes.
 enum class FieldRole { kFront, kFront2, kBack, kBack2, kNotes, kIgnore };
 
-// A kind of note, its fields, and what becomes of each unless somebody says otherwise.
+// A kind of note, its fields, and what becomes of each by default.
 struct DeckNoteType {
     wxString Id;
     wxString Name;
     std::vector<wxString> Fields;
     std::vector<FieldRole> Roles;
-    // The roles of a text with deletions are not to be chosen.
+    // The user cannot choose the roles of a text with deletions.
     bool IsCloze = false;
 };
 
 struct DeckOptions {
     // False makes every card a new one.
     bool WithSchedules = true;
-    // The category is the whole name "A::B", or else its last part.
+    // True makes the whole name "A::B" the category, false its last part.
     bool WholeDeckNames = true;
-    // The roles of fields that somebody has chosen, by the type's Id.
+    // The roles of fields that the user has chosen, by the type's Id.
     std::map<wxString, std::vector<FieldRole>> Roles;
-    // Finds the name of the category that a card of the store is in; false for a card that it does
-    // not have. Such cards keep their category and schedules. May be empty.
+    // Finds the category name of a stored card, or returns false. Stored cards keep their category
+    // and schedules. May be empty.
     std::function<bool(const CardUuid& id, wxString& category)> FindStored;
     // Ends the opening early, with any message, once it is true. Not owned; may be null.
     const std::atomic<bool>* IsCancelled = nullptr;
 };
 
-// A card of a deck, with the parts of it that a FlashCard does not hold by themselves.
+// A card of a deck, with parts that a FlashCard does not keep apart.
 struct DeckCard {
     FlashCard Card;
     wxString Front2;
@@ -86,19 +85,19 @@ class Deck {
     virtual ~Deck() = default;
 
     virtual std::vector<DeckNoteType> GetNoteTypes() const = 0;
-    // The next card, in the order in which new ones are to be introduced. False at the end, and on
-    // a failure, which GetFailure then tells.
+    // Reads the next card, in the order of introduction. Returns false at the end, and on a
+    // failure, which GetFailure then tells.
     bool ReadCard(DeckCard& card);
     virtual float GetProgress() const = 0;
 
-    // A sentence for a person; empty for none.
+    // Returns a sentence for the user; empty if all is well.
     const wxString& GetFailure() const { return mFailure; }
     int64_t CountNotes() const { return mNotes; }
     // Counts what was read so far.
     const DeckLosses& GetLosses() const { return mLosses; }
 
   protected:
-    // Pushes the cards of the next note, which may be none. False as for ReadCard.
+    // Pushes the cards of the next note, if it has any. Returns false as ReadCard does.
     virtual bool ReadNote() = 0;
     // Takes a card, or counts it as lost where a side has no text.
     void Push(DeckCard&& card);
@@ -113,13 +112,13 @@ class Deck {
 
   private:
     DeckLosses mLosses{};
-    // Cards of notes that were read.
+    // Cards of the notes read so far, not yet delivered.
     std::deque<DeckCard> mReady;
 };
 
-// How a deck's file is made ready.
+// How to prepare a deck's file.
 struct DeckFileOptions {
-    // What comes out of a package is counted as it comes, and more bytes than these are refused.
+    // A package that unpacks to more bytes is refused. They are counted while they come.
     int64_t MostBytes = int64_t{1} << 30;
     // Ends the work early, with any message, once it is true. Not owned; may be null.
     const std::atomic<bool>* IsCancelled = nullptr;
@@ -127,20 +126,21 @@ struct DeckFileOptions {
     std::atomic<int32_t>* Position = nullptr;
 };
 
-// A deck's file, made ready to read: a package unpacked, a database copied, both into a private
-// directory that goes with this object. Several decks may be opened from it one after another.
+// A deck's file, ready to read: a package unpacked, a database copied, both into a private
+// directory that is deleted with this object. Several decks may be opened from it one after
+// another.
 class DeckFile {
   public:
     DeckFile(const DeckFile&) = delete;
     DeckFile& operator=(const DeckFile&) = delete;
 
-    // True for a package, or a database of one of the programs. Looks at the contents alone.
+    // Returns true for a package, or a database of one of the programs. Looks only at the contents.
     static bool IsDeck(const wxString& path);
-    // Null when the file cannot be made ready, with the reason as a sentence.
+    // Returns null, with the reason as a sentence, when the file cannot be prepared.
     static std::shared_ptr<DeckFile> Open(const wxString& path, wxString& message,
                                           const DeckFileOptions& options = {});
 
-    // A deck from its first card on, or null and the reason.
+    // Returns a deck that begins with its first card, or null and the reason.
     std::unique_ptr<Deck> OpenDeck(const DeckOptions& options, wxString& message) const;
 
   private:
@@ -157,7 +157,7 @@ class DeckFile {
     Kind mKind = Kind::kAnki;
 };
 
-// The cards of a deck as records for the import.
+// Delivers the cards of a deck as records for the import.
 class DeckReader : public CardRecordReader {
   public:
     DeckReader(std::unique_ptr<Deck> deck, const DeckOptions& options);
@@ -167,7 +167,7 @@ class DeckReader : public CardRecordReader {
     uint32_t GetAttributeCount() const override;
     const CardAttribute& GetAttribute(uint32_t index) const override;
     bool ReadRecord() override;
-    // Reads on without making a record.
+    // Reads a card without making a record.
     bool SkipRecord();
     float GetProgress() const override { return mDeck->GetProgress(); }
     wxString GetFailure() const override { return mDeck->GetFailure(); }
@@ -187,20 +187,20 @@ class DeckReader : public CardRecordReader {
     int32_t mCardNumber = 0;
 };
 
-// Opens the deck for an import into the database, which is not owned. Null and the reason when that
-// fails; a null file has failed before.
+// Opens the deck for an import into the database, which is not owned. Returns null and the reason
+// when that fails; a null file is a failure too.
 std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file,
                                            DeckOptions options, Database& database,
                                            wxString& message);
 
-// What the decks of both programs share.
+// The decks of both programs share these.
 
-// Seconds as the store keeps them: not more than the exact number, at least 1, and so that the next
-// review is before the end of the year 9999. True in clamped when that was needed.
+// Returns seconds as the store keeps them: at most the exact number, at least 1, and with a next
+// review before the end of the year 9999, for which clamped tells whether they were cut.
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped);
-// The difficulty of an ease, 2.5 being neutral; 0 when it is not known.
+// Returns the difficulty of an ease, where 2.5 is neutral; 0 when it is unknown.
 uint8_t DifficultyOfEase(double ease);
-// The identity of the card of that note, the same for the same note whenever it is imported.
+// Returns the identity of a note's card, the same at every import.
 CardUuid DeckCardId(const std::string& noteId, const std::string& part);
-// A number of the first review block, the same for the same card.
+// Returns a number of the first review block, always the same for a card.
 int32_t DeckErc(const CardUuid& id);

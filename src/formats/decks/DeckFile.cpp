@@ -1,4 +1,4 @@
-// The files that decks come in: packages to unpack and databases to copy.
+// Prepares the files that decks come in: unpacks packages and copies databases.
 
 #include <signal.h>
 #include <unistd.h>
@@ -47,8 +47,8 @@ class BoundedFile {
     BoundedFile(const wxString& path, const DeckFileOptions& options)
         : mFile(ToPath(path), std::ios::binary | std::ios::trunc), mOptions(options) {}
 
-    // False when it is too much, the disk is full or the deck is no longer wanted; the message then
-    // says so.
+    // Returns false, with a message, when it is too much, the disk is full or the deck is no longer
+    // wanted.
     bool Write(const char* bytes, size_t count, wxString& message) {
         mWritten += static_cast<int64_t>(count);
         if (mWritten > mOptions.MostBytes) {
@@ -155,13 +155,13 @@ class Package {
         }
     }
 
-    // How far the file has been read, in thousandths.
+    // Returns the part of the file that was read, in thousandths.
     int32_t GetPosition() const {
         const wxFileOffset length = std::max<wxFileOffset>(mFile.GetLength(), 1);
         return static_cast<int32_t>(mFile.TellI() * 1000 / length);
     }
 
-    // A small member as a whole; empty when it is missing or large.
+    // Returns a small member as a whole; empty when it is missing or large.
     std::string ReadSmall(const wxString& name) {
         constexpr size_t kMost = 4096;
         std::string bytes;
@@ -179,7 +179,8 @@ class Package {
     std::map<wxString, std::unique_ptr<wxZipEntry>> mMembers;
 };
 
-// Which member holds the collection. The others are there for older programs and hold one sentence.
+// Returns the member that holds the collection. Others exist for older programs and hold one
+// sentence.
 wxString CollectionName(Package& package, wxString& message) {
     const char* const kNames[] = {"collection.anki2", "collection.anki21", "collection.anki21b"};
     if (!package.Has("meta")) {
@@ -194,7 +195,7 @@ wxString CollectionName(Package& package, wxString& message) {
     return kNames[version - 1];
 }
 
-// The name of a temporary directory goes on with the number of its process.
+// The number of the process follows in the name of a temporary directory.
 constexpr char kDirectoryStart[] = "velomind-deck-";
 
 // Removes what processes that broke down have left.
@@ -225,7 +226,7 @@ bool DeckFile::IsDeck(const wxString& path) {
         return false;
     }
     if (IsPackage(path)) {
-        // A package without members is one that was cut, and is to be called so.
+        // A package without members was cut off, and our message says so.
         const wxLogNull silence;
         const Package package(path);
         return package.IsEmpty() || package.Has("cards.xml") || package.Has("collection.anki2") ||
@@ -242,7 +243,7 @@ DeckFile::DeckFile()
 
 std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message,
                                          const DeckFileOptions& options) {
-    // The message alone tells what is wrong.
+    // Our message alone tells what is wrong.
     const wxLogNull silence;
     RemoveLeftDirectories();
     std::shared_ptr<DeckFile> file(new DeckFile);

@@ -8,20 +8,20 @@
 #include "formats/decks/AnkiCollection.h"
 #include "formats/decks/Deck.h"
 
-// The decks behind DeckFile: each opens a file of its program that does not change meanwhile, or
-// returns null and the reason. The facts of the formats are in docs/DECKS.md.
+// The decks that DeckFile opens. Each function opens a file of its program, which must not change
+// meanwhile, or returns null and the reason. The facts of the formats are in docs/DECKS.md.
 
 // The collection of an Anki package.
 std::unique_ptr<Deck> OpenAnkiDeck(const wxString& path, const DeckOptions& options,
                                    wxString& message);
 
-// The list of cards in a package of Mnemosyne, and the database of that program. The facts of a
-// deck are kept in memory. The name is that of a deck that has none inside.
+// The list of cards in a package of Mnemosyne, and the database of that program. Both keep a deck's
+// facts in memory. The name is for a deck that does not name itself.
 std::unique_ptr<Deck> OpenMnemosyneXml(const wxString& path, const wxString& name,
                                        const DeckOptions& options, wxString& message);
 std::unique_ptr<Deck> OpenMnemosyneStore(const wxString& path, const wxString& name,
                                          const DeckOptions& options, wxString& message);
 
-// The schedule that such a card of Anki has here; the times are seconds since 1970. Sets clamped
-// when its interval had to be shortened.
+// Returns the schedule of a card of Anki; the times are seconds since 1970. Sets clamped when its
+// interval had to be shortened.
 CardSchedule MakeAnkiSchedule(const AnkiCard& card, int64_t created, int64_t now, bool& clamped);

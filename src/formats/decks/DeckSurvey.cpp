@@ -7,7 +7,7 @@
 
 namespace {
 
-// The number as the choice of a plural form takes it.
+// Returns the number in the type that chooses plural forms.
 unsigned PluralNumber(int64_t count) {
     return static_cast<unsigned>(std::min<int64_t>(count, 2000000000));
 }
@@ -16,7 +16,7 @@ wxString Counted(const wxString& format, int64_t count) {
     return wxString::Format(format, static_cast<long long>(count));
 }
 
-// What a loss means to a person, with its number; empty for none.
+// Explains a loss and its number to the user; empty for none.
 wxString DescribeLoss(DeckLoss loss, int64_t count) {
     if (count <= 0) {
         return wxString();

@@ -12,7 +12,7 @@
 
 class Database;
 
-// What a deck holds and what of it has no place here. A person sees it before anything is written.
+// What a deck holds and what of it is lost. The user sees it before anything is written.
 struct DeckSurvey {
     int64_t Notes = 0;
     int64_t Cards = 0;
@@ -20,11 +20,11 @@ struct DeckSurvey {
     std::vector<DeckNoteType> Types;
     // The first card as the import would take it; empty for a deck without cards.
     std::vector<CardAttribute> FirstRecord;
-    // Why the deck cannot be read, as a sentence; empty for none.
+    // Says in a sentence why the deck cannot be read; else empty.
     wxString Failure;
 };
 
-// How far a survey has come. The main thread may cancel; the reading thread writes the position.
+// The progress of a survey. The main thread may cancel; the reading thread writes the position.
 struct SurveyProgress {
     std::atomic<bool> IsCancelled{false};
     // Thousandths.
@@ -35,5 +35,5 @@ struct SurveyProgress {
 DeckSurvey SurveyDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options,
                       Database& database, SurveyProgress& progress);
 
-// Lines for a person: the numbers of notes and cards, then each loss with its number.
+// Returns lines for the user: the numbers of notes and cards, then each loss with its number.
 std::vector<wxString> DescribeSurvey(const DeckSurvey& survey);

@@ -27,7 +27,7 @@ struct Direction {
     std::string Type;
     // The type's view, such as "2.1".
     std::string View;
-    // Names of tags, or their ids until those are known.
+    // The names of tags, or their ids until the names are known.
     std::vector<std::string> Tags;
     int Grade = -1;
     double Ease = 2.5;
@@ -36,7 +36,7 @@ struct Direction {
     bool IsActive = true;
 };
 
-// What both files of the program hold.
+// The common contents of the program's two kinds of files.
 struct Contents {
     std::unordered_map<std::string, Fact> Facts;
     std::vector<std::string> FactOrder;
@@ -44,7 +44,7 @@ struct Contents {
     std::map<std::string, std::string> TagNames;
 };
 
-// The number of a type before its own name; user's types are "2::My type".
+// Returns the number at the front of a type; a user's type is "2::My type".
 char BaseType(const std::string& type) {
     return type.empty() ? '\0' : type.front();
 }
@@ -144,7 +144,7 @@ void MnemosyneDeck::MakeTwoSided(const std::string& id, const Fact& fact,
     Push(std::move(card));
 }
 
-// A text such as "The capital of France is [Paris:a city]" with one card for each bracket.
+// Makes one card for each bracket of a text such as "The capital of France is [Paris:a city]".
 void MnemosyneDeck::MakeGaps(const std::string& id, const Fact& fact,
                              const std::vector<Direction>& directions) {
     struct Gap {
@@ -255,7 +255,7 @@ class XmlLoader {
             if (mpIsCancelled != nullptr && *mpIsCancelled) {
                 return false;
             }
-            // Entities of a document's own could grow without end.
+            // A document's own entities could grow without end.
             if (xmlTextReaderNodeType(mpReader) == XML_READER_TYPE_DOCUMENT_TYPE) {
                 return false;
             }
@@ -297,7 +297,7 @@ class XmlLoader {
         return true;
     }
 
-    // The elements within the present one; a numeric key is written with underlines.
+    // Reads the elements within the present one; a numeric key is written with underlines.
     Fact ReadFields() {
         Fact fields;
         if (xmlTextReaderIsEmptyElement(mpReader) != 0) {
@@ -347,7 +347,7 @@ class XmlLoader {
     xmlTextReaderPtr mpReader;
 };
 
-// Rows refer to each other by numbers; here they are texts as in the list.
+// Rows refer to each other by numbers, which become texts as in the list of cards.
 std::string KeyOf(int64_t number) {
     return std::to_string(number);
 }
