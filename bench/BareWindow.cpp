@@ -1,7 +1,7 @@
 #include <wx/app.h>
 #include <wx/frame.h>
 
-// The least program with a window: the floor of a start.
+// The smallest program with a window: the floor for a start.
 namespace {
 
 class BareApp : public wxApp {

@@ -3,7 +3,7 @@
 
 #include <clocale>
 
-// The library without windows, in the locale that the program itself sets.
+// Runs the benches with the windowless library, in the locale that the program sets.
 int main(int argc, char** argv) {
     if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {
         std::setlocale(LC_CTYPE, "C.UTF-8");

@@ -15,9 +15,9 @@
 #include "store/Database.h"
 #include "support/Fakes.h"
 
-// An export beside bare SQLite that reads the same cards by their row ids, each read by itself and
-// all of them under one lock of the file; a table reads the cards twice, and so does its floor. And
-// a paste beside bare statements.
+// Measures an export beside bare SQLite that reads the same cards by their row ids, one by one and
+// all under one lock of the file (twice for a table, whose export reads twice), and a paste beside
+// bare statements.
 namespace {
 
 constexpr int kCards = 100000;
@@ -68,7 +68,7 @@ class ExportStore {
     bool mIsOpen = false;
 };
 
-// All columns of each card, as a program would that does nothing with them.
+// Reads all columns of each card and does nothing with them.
 class BareScan {
   public:
     explicit BareScan(const std::string& path) {
@@ -122,15 +122,15 @@ class BareScan {
     sqlite3_stmt* mpSelect = nullptr;
 };
 
-// The processor's time of this thread, which other work on the machine does not lengthen. Nothing
-// here waits for a disk.
+// Returns the processor time of this thread, which other work on the machine does not lengthen.
+// Nothing here waits for a disk.
 double ProcessorMicroseconds() {
     timespec time{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) * 1e-3;
 }
 
-// A file of as many bytes, which are nothing in particular.
+// Writes a file of that many arbitrary bytes.
 void WriteFile(const std::string& path, std::uintmax_t bytes) {
     const std::vector<char> block(size_t{1} << 16, 'x');
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
@@ -215,7 +215,7 @@ BENCHMARK(ExportCards)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-// What a paste has to do at the least: one statement and one commit for each card.
+// The least work of a paste: one statement and one commit for each card.
 class BarePaste {
   public:
     BarePaste(const std::string& path, bool copy) {

@@ -9,9 +9,9 @@
 #include "reviews/ReviewFigures.h"
 #include "support/Fakes.h"
 
-// The statistics of a store of 100,000 cards beside their floor, which reads the same table by bare
-// SQLite and the bytes of the log: from nothing, as when the window opens, and again for another
-// question, when the log has been read.
+// Measures the statistics of 100,000 cards beside their floor, which reads the same table by bare
+// SQLite and the bytes of the log: first from nothing, as when the window opens, then for another
+// question, with the log already read.
 namespace {
 
 constexpr int kCards = 100000;
@@ -19,7 +19,7 @@ constexpr int64_t kNow = 1764000000;
 
 CardUuid IdOf(int card) {
     CardUuid id;
-    // As the store below makes them.
+    // Matches the ids of the store below.
     const wxString text =
         wxString::Format("%08x-0000-4000-8000-%012x", static_cast<unsigned>(card) * 2654435761U,
                          static_cast<unsigned>(card));
@@ -64,7 +64,7 @@ double Milliseconds(const std::chrono::steady_clock::time_point& start) {
         .count();
 }
 
-// Reads what the figures are made of and looks at nothing.
+// Reads the figures' sources and computes nothing.
 void ReadBare(const std::string& store, const std::string& log) {
     sqlite3* handle = nullptr;
     sqlite3_open(store.c_str(), &handle);
@@ -144,7 +144,7 @@ BENCHMARK(StatisticsFigures)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-// One score's line, which study waits for.
+// Appends the line of one score, for which study waits.
 void ReviewLogAppend(benchmark::State& state) {
     const std::string directory = std::string(VELOMIND_BENCH_DIRECTORY) + "/figures";
     std::filesystem::create_directories(directory);

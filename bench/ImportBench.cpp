@@ -16,9 +16,9 @@
 #include "store/Database.h"
 #include "support/Fakes.h"
 
-// Measures imports: how many records the validation looks at in a second, what a whole import costs
-// beside the same inserts by bare SQLite, and that memory does not grow with the file. A deck
-// stands beside the table of its cards.
+// Measures imports: the records that are validated in a second, a whole import beside the same
+// inserts by bare SQLite, a deck beside the table of its cards, and that memory does not grow with
+// the file.
 namespace {
 
 // A directory for one bench, on disk or on tmpfs.
@@ -107,7 +107,7 @@ void Validate(benchmark::State& state) {
     const bool withIds = state.range(0) != 0;
     const Workplace place(false);
     Store store(place.Path("store.vlm"));
-    // Other cards than the file's are in the store, as in life.
+    // The store has other cards than the file's, as in life.
     const std::string fill =
         "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 9999) INSERT "
         "INTO Cards (CardId, Front, Back, CategoryId) SELECT printf('%08x-1111-4000-8000-%012x', "
@@ -132,7 +132,7 @@ BENCHMARK(Validate)
     ->Args({1, 0, 1000000})
     ->Unit(benchmark::kMillisecond);
 
-// The inserts of an import by hand, as many rows to a statement as a group has.
+// The inserts of an import by hand, a group of rows in each statement.
 class BareInserts {
   public:
     explicit BareInserts(const std::string& path) { sqlite3_open(path.c_str(), &mpHandle); }
@@ -176,7 +176,7 @@ class BareInserts {
     }
     void Number(sqlite3_int64 value) { sqlite3_bind_int64(mpInsert, mParameter++, value); }
     void Bind(int record) {
-        // Random ids, as the program makes where the file gives none.
+        // Random ids, like those that the program makes where the file gives none.
         Text(IdText(record));
         Text(FrontText(record));
         Text(BackText(record));
@@ -289,7 +289,7 @@ bool ImportDeck(ImportInput input, Database& database) {
     return ImportCards(input, database, result, false, nullptr) == 0;
 }
 
-// The processor's time, which other programs on the machine disturb less.
+// Measures processor time, which other programs on the machine disturb less.
 template <class Work>
 double ProcessorTime(Work work) {
     const std::clock_t start = std::clock();
@@ -297,8 +297,8 @@ double ProcessorTime(Work work) {
     return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
-// A deck beside a table of the same cards with identities, which the store looks up for both. They
-// take turns, each into a fresh store. The ratio is the deck's best time in the table's.
+// A deck beside a table of the same cards, whose identities the store looks up for both. They take
+// turns, each into a fresh store. The ratio is the deck's best time over the table's.
 void ImportOfADeck(benchmark::State& state) {
     const int records = static_cast<int>(state.range(0));
     const Workplace place(false);
@@ -336,10 +336,10 @@ BENCHMARK(ImportOfADeck)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-// The process's greatest memory since the last reset, in bytes.
+// Returns the process's peak memory since the last reset, in bytes.
 double PeakMemory(bool reset) {
     if (reset) {
-        // What was freed before must not count as memory that the work found there.
+        // Memory freed earlier must not be there for the work to reuse.
         malloc_trim(0);
         std::ofstream("/proc/self/clear_refs") << "5";
     }
@@ -352,7 +352,7 @@ double PeakMemory(bool reset) {
     return kilobytes * 1024.0;
 }
 
-// Both passes; the counter is what the import took beyond what stood before it.
+// Both passes; the counter is the memory that the import adds.
 void Memory(benchmark::State& state) {
     const int records = static_cast<int>(state.range(0));
     const Workplace place(false);

@@ -16,9 +16,9 @@
 #include "store/Database.h"
 #include "support/FakeServices.h"
 
-// A refresh of the list of cards, window and all, beside bare SQLite that reads the same row ids
-// into an array, floor and list in turn. The floor of a search uses the engine's own LOWER and
-// LIKE. Needs a display.
+// Measures a refresh of the list of cards, window included, beside bare SQLite that reads the same
+// row ids into an array. Floor and list take turns. The floor of a search uses the engine's own
+// LOWER and LIKE. Needs a display.
 namespace {
 
 enum Kind { kByNumber, kByFront, kSearch };
@@ -76,7 +76,7 @@ class ListOnStore {
         wxYield();
     }
     void Refresh() { mDatabase.Notify(); }
-    // Every cell of the visible page, with no card at hand after a refresh.
+    // Reads every cell of the visible page, with no card cached after a refresh.
     void ReadPage() {
         const long top = Control().GetTopItem();
         const long last =
@@ -87,8 +87,8 @@ class ListOnStore {
             }
         }
     }
-    // Until the toolkit has drawn the rows; it waits for the screen's next frame, which is not our
-    // time.
+    // Returns processor time until the rows are drawn; the wait for the screen's next frame does
+    // not count.
     double DrawPage() {
         bool drawn = false;
         wxWindow& rows = Rows();
@@ -113,7 +113,7 @@ class ListOnStore {
     bool IsOpen = false;
 
   private:
-    // The child of the control that draws.
+    // The child of the control that draws the rows.
     wxWindow& Rows() const {
         for (wxWindow* const child : Control().GetChildren()) {
             if (child->IsKindOf(wxClassInfo::FindClass("wxListMainWindow"))) {

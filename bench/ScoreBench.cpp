@@ -12,9 +12,9 @@
 #include "store/Database.h"
 #include "support/Fakes.h"
 
-// From a score to the next card, in a store of introduced cards of which some are due,
-// beside the same statements by bare SQLite on a copy of the store. Both score 0 all the time,
-// which puts the card behind all others, so the number of due cards stays as it is.
+// Measures the time from a score to the next card, in a store of introduced cards of which some are
+// due, beside the same statements by bare SQLite on a copy of the store. Both always score 0, which
+// puts the card after all others and keeps the number of due cards.
 namespace {
 
 constexpr int64_t kStart = 1700000000;
@@ -25,8 +25,8 @@ const std::string kColumns =
     "Notes, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC, RIntroduced, "
     "RLastReview, RLastScore, RReviewInterval, RDifficulty, RERC";
 
-// One statement, so one commit. A due card waits a hundred thousand times its interval; another is
-// due in months.
+// One statement, so one commit. A due card has waited a hundred thousand times its interval; the
+// others are due in months.
 std::string FillSql(int cards, int due) {
     const std::string now = std::to_string(kStart);
     const std::string isDue = "i * 7919 % " + std::to_string(cards) + " < " + std::to_string(due);
@@ -195,7 +195,7 @@ class BareScore {
     int mLowBits = 0;
 };
 
-// How many cards of the store were scored, to see that both did the same.
+// Counts the scored cards of a store, to check that both did the same.
 int CountScored(const std::string& path) {
     sqlite3* handle = nullptr;
     sqlite3_stmt* statement = nullptr;
@@ -222,7 +222,7 @@ double Microseconds(const Work& work) {
         .count();
 }
 
-// Pair by pair, as the machine may be busy with something else for a while.
+// Compares pair by pair, as the machine may be busy with something else for a while.
 void CountTimes(benchmark::State& state, std::vector<double>& floorTimes,
                 std::vector<double>& times) {
     std::vector<double> ratios;

@@ -19,15 +19,15 @@
 #include "study/LearningProgress.h"
 #include "support/FakeServices.h"
 
-// The list of categories and the learning progress, windows and all, beside bare SQLite that counts
-// the same cards, and what it takes to have an editor or a long text on the screen. Needs a
+// Measures the list of categories and the learning progress, windows included, beside bare SQLite
+// that counts the same cards, and the time until an editor or a long text is on the screen. Needs a
 // display.
 namespace {
 
 constexpr int kCategories = 20;
 constexpr int64_t kNow = 1700000000;
 
-// The counts of one category that are asked for, forward and back.
+// The counts of one category, forward and back.
 constexpr const char* kTotal = "SELECT count(*) FROM Cards WHERE CategoryId = ?";
 constexpr std::array<const char*, 2> kReady = {
     "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ForwardX = 0 AND Introduced = 1 AND "
@@ -40,8 +40,8 @@ constexpr std::array<const char*, 4> kStudied = {
     "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ReverseX = 0",
     "SELECT count(*) FROM Cards WHERE CategoryId = ? AND ReverseX = 0 AND RIntroduced = 1"};
 
-// A store of twenty categories of as many cards each, half of the cards introduced and half of
-// those due.
+// A store of twenty categories with that many cards each, half of them introduced and half of those
+// due.
 class StudiedStore {
   public:
     explicit StudiedStore(int cards) {
@@ -224,7 +224,7 @@ double HeapMegabytes() {
     return static_cast<double>(heap.uordblks + heap.hblkhd) / 1e6;
 }
 
-// Words, of which no line is like the next.
+// Returns words, of which no line is like the next.
 wxString LongText(size_t characters) {
     std::string text;
     for (size_t i = 1; text.size() < characters; ++i) {
@@ -233,8 +233,8 @@ wxString LongText(size_t characters) {
     return wxString::FromAscii(text.data(), characters);
 }
 
-// From a text to the window that shows its beginning; whole_ms later all of it can be scrolled to,
-// and MB more are in use than before.
+// Measures from a text to the window that shows its beginning. After whole_ms all of it can be
+// scrolled to; MB is the memory added.
 void ShowLongText(benchmark::State& state) {
     auto* const frame = new wxFrame(nullptr, wxID_ANY, "text", wxDefaultPosition, wxSize(640, 480));
     auto* const viewer = new CardViewer(frame, wxID_ANY);

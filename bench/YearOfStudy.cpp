@@ -19,14 +19,13 @@
 
 // A year of study in both directions by a clock of its own, in a place where the clocks change in
 // spring and autumn. On the way the clock is once set back by a day and once forward by a year.
-// What must always hold is looked at with every review; the figures of each day and the growth of
-// an interval by score are drawn to an SVG file each: velomind_year CARDS DAYS REVIEWS-A-DAY
-// DIRECTORY
+// Every review is checked for what must always hold; the figures of each day and the growth of an
+// interval by score are drawn to an SVG file each: velomind_year CARDS DAYS REVIEWS-A-DAY DIRECTORY
 namespace {
 
 constexpr int kCategory = 0;
 constexpr int kHistory = 20;
-// The spread takes no more than this from an interval.
+// The spread leaves at least this part of an interval.
 constexpr float kLeastSpread = 0.8122f;
 
 void Check(bool holds, const char* what) {
@@ -36,7 +35,7 @@ void Check(bool holds, const char* what) {
     }
 }
 
-// The moment of a local time in 2025, the day counted from the 1st of January.
+// Returns the moment of a local time in 2025, with the day counted from the 1st of January.
 int64_t LocalTime(int day, int hour) {
     std::tm local{};
     local.tm_year = 125;
@@ -77,7 +76,7 @@ class Study {
     bool IsBreakTime() const { return mScheduler.IsBreakTime(); }
     void Refresh() { mScheduler.Refresh(); }
 
-    // Scores the card on show. Gives its interval in seconds.
+    // Scores the card on show. Returns its interval in seconds.
     float Review(int score);
 
   private:
@@ -200,7 +199,7 @@ void WritePlot(const Plot& plot, const std::string& path) {
           "a picture could not be written");
 }
 
-// How an interval grows when a card is asked just when it is due.
+// Draws how an interval grows when a card is always asked when it is due.
 void DrawGrowth(const std::string& directory) {
     struct Way {
         const char* Scores;
@@ -218,7 +217,7 @@ void DrawGrowth(const std::string& directory) {
     SetNumberAxis(plot.Across, "review", 1, 10, 1);
     for (const Way& way : kWays) {
         PlotSeries line = MakeLine(way.Name, way.Hue);
-        // One half: the spread takes and adds nothing.
+        // One half: the spread changes nothing.
         FakeRandom random;
         Study study(directory, 1, kReviewForward, random);
         for (int review = 0; way.Scores[review] != '\0'; ++review) {
@@ -232,7 +231,7 @@ void DrawGrowth(const std::string& directory) {
     WritePlot(plot, directory + "/interval-growth.svg");
 }
 
-// What a person who knows most of it gives: 0 to 5, in hundredths.
+// Draws the score of a person who knows most cards.
 int DrawScore(std::mt19937& dice) {
     constexpr std::array<unsigned, 6> kUpTo{3, 7, 15, 40, 75, 100};
     const auto chance = static_cast<unsigned>(dice() % 100);
@@ -252,8 +251,7 @@ void DrawYear(const std::string& directory, int cards, int days, int reviews) {
     std::mt19937 dice{20250101};
     int64_t shift = 0;
     for (int day = 0; day < days; ++day) {
-        // Two thirds through the year somebody sets the clock wrong, and later right again and
-        // more.
+        // Two thirds through the year the clock is set wrong, and later right again and beyond.
         shift -= day == days * 2 / 3 ? 86400 : 0;
         shift += day == days * 5 / 6 ? 365 * 86400 : 0;
         study.Set(LocalTime(day, 18) + shift);
