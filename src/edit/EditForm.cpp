@@ -21,20 +21,6 @@
 
 namespace {
 
-enum : int {
-    ID_REVERSE_SCHEDULE = 10000,
-    ID_FRONT = 10001,
-    ID_BACK = 10002,
-    ID_AUTHOR = 10003,
-    ID_INTRODUCTION_ORDER = 10004,
-    ID_FORWARD_SCHEDULE = 10005,
-    ID_REVERSE_X = 10006,
-    ID_FORWARD_X = 10008,
-    ID_CHAPTER = 10009,
-    ID_NOTES = 10010,
-    ID_CATEGORY = 10013
-};
-
 // The least width of a text field, in pixels at 1x.
 constexpr int kTextWidth = 320;
 // Lines that a field of several lines shows at least.
@@ -50,13 +36,13 @@ struct FieldRow {
 };
 
 constexpr FieldRow kRows[kCardFieldCount] = {
-    {ID_FRONT, wxTRANSLATE("F&ront"), FieldKind::Lines},
-    {ID_BACK, wxTRANSLATE("&Back"), FieldKind::Lines},
-    {ID_CATEGORY, wxTRANSLATE("Cate&gory"), FieldKind::Choice},
-    {ID_AUTHOR, wxTRANSLATE("&Author"), FieldKind::Line},
-    {ID_CHAPTER, wxTRANSLATE("Cha&pter"), FieldKind::Line},
-    {ID_NOTES, wxTRANSLATE("&Notes"), FieldKind::Lines},
-    {ID_INTRODUCTION_ORDER, wxTRANSLATE("&Introduction Order"), FieldKind::Short}};
+    {EditForm::ID_FRONT, wxTRANSLATE("F&ront"), FieldKind::Lines},
+    {EditForm::ID_BACK, wxTRANSLATE("&Back"), FieldKind::Lines},
+    {EditForm::ID_CATEGORY, wxTRANSLATE("Cate&gory"), FieldKind::Choice},
+    {EditForm::ID_AUTHOR, wxTRANSLATE("&Author"), FieldKind::Line},
+    {EditForm::ID_CHAPTER, wxTRANSLATE("Cha&pter"), FieldKind::Line},
+    {EditForm::ID_NOTES, wxTRANSLATE("&Notes"), FieldKind::Lines},
+    {EditForm::ID_INTRODUCTION_ORDER, wxTRANSLATE("&Introduction Order"), FieldKind::Short}};
 
 // The id of the category whose name a row of the choice shows.
 class RowCategory : public wxClientData {

@@ -31,6 +31,20 @@ constexpr int32_t kBlankOrder = std::numeric_limits<int32_t>::min();
 // touched since then; knows neither the store nor the application. Owned by its frame.
 class EditForm : public wxScrolledWindow {
   public:
+    enum ControlId : int {
+        ID_REVERSE_SCHEDULE = 10000,
+        ID_FRONT = 10001,
+        ID_BACK = 10002,
+        ID_AUTHOR = 10003,
+        ID_INTRODUCTION_ORDER = 10004,
+        ID_FORWARD_SCHEDULE = 10005,
+        ID_REVERSE_X = 10006,
+        ID_FORWARD_X = 10008,
+        ID_CHAPTER = 10009,
+        ID_NOTES = 10010,
+        ID_CATEGORY = 10013
+    };
+
     explicit EditForm(wxWindow* parent);
 
     // Shows a card in all fields. None of them counts as touched.

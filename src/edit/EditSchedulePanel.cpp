@@ -26,17 +26,6 @@
 
 namespace {
 
-enum : int {
-    ID_REVIEW_INTERVAL = 10000,
-    ID_INTRODUCED = 10001,
-    ID_LAST_REVIEW = 10002,
-    ID_INTERVAL_UNIT = 10003,
-    ID_NEXT_REVIEW = 10004,
-    ID_LAST_SCORE = 10005,
-    ID_DIFFICULTY = 10007,
-    ID_CARD_LIFE = 10120
-};
-
 constexpr int kLowestDifficulty = 0;
 constexpr int kHighestDifficulty = 32;
 constexpr int kHighestScore = 5;

@@ -22,6 +22,17 @@ wxString DescribeTime(const wxDateTime& time, const wxDateTime& now);
 // review interval appears in the largest unit that suits it, with two decimals. Owned by the form.
 class EditSchedulePanel : public wxPanel {
   public:
+    enum ControlId : int {
+        ID_REVIEW_INTERVAL = 10000,
+        ID_INTRODUCED = 10001,
+        ID_LAST_REVIEW = 10002,
+        ID_INTERVAL_UNIT = 10003,
+        ID_NEXT_REVIEW = 10004,
+        ID_LAST_SCORE = 10005,
+        ID_DIFFICULTY = 10007,
+        ID_CARD_LIFE = 10120
+    };
+
     // The title says which direction it is. It is the heading and the tool tip, and part of what
     // screen readers say.
     EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxString& title);

@@ -58,16 +58,8 @@ const wxSize kFirstSize(640, 480);
 // In a smaller window the search field leaves no room for the category's name.
 const wxSize kSmallestSize(480, 320);
 
-constexpr int kCategoryListId = 11001;
-constexpr int kSearchId = 11050;
-constexpr int kSearchMenuId = 11051;
-constexpr int kStudyButtonId = 11052;
-constexpr int kSearchAllId = 11006;
 constexpr int kLineId = 11138;
 constexpr int kDropDownId = 13245;
-// One id for each recent search in the field's menu. The last one is spare.
-constexpr int kFirstRecentId = 11000;
-constexpr int kLastRecentId = 11005;
 
 constexpr int kGap = 6;
 constexpr int kSearchWidth = 200;

@@ -37,6 +37,17 @@ class RecentSearches {
 // the window reports that it closes. Main thread only.
 class BrowseFrame : public wxFrame, private Observer {
   public:
+    enum ControlId : int {
+        kCategoryListId = 11001,
+        kSearchId = 11050,
+        kSearchMenuId = 11051,
+        kStudyButtonId = 11052,
+        kSearchAllId = 11006,
+        // One id for each recent search in the field's menu. The last one is spare.
+        kFirstRecentId = 11000,
+        kLastRecentId = 11005
+    };
+
     // The services are not owned and must outlive the window.
     explicit BrowseFrame(AppServices& services);
     ~BrowseFrame() override;

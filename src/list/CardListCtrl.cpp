@@ -41,7 +41,6 @@ const FlashCard& CardRowCache::Insert(int32_t row, FlashCard card) {
 
 namespace {
 
-constexpr int kNoticeId = 10000;
 constexpr int kNoticePlace = 30;
 constexpr int kNarrowestNotice = 180;
 // The base class cuts a longer text by adding up the widths of its single characters. That is slow,

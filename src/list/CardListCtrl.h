@@ -38,6 +38,8 @@ class CardRowCache {
 // and shows a notice when there are no rows. The source begins with the rules of the focus.
 class CardListCtrl : public wxListCtrl {
   public:
+    enum ControlId : int { kNoticeId = 10000 };
+
     explicit CardListCtrl(CardList& owner);
 
     // Shows these columns. Until the user sets a width they fill the list; after that those that

@@ -17,7 +17,6 @@ namespace {
 
 constexpr int kSwatchId = 10062;
 constexpr int kColorButtonId = 10064;
-constexpr int kFontNameId = 10047;
 constexpr int kFontButtonId = 10051;
 
 // Room for most names of fonts, in pixels at the usual resolution and in characters.

@@ -50,6 +50,8 @@ class ColorControl : public AppearanceControl {
 // same size.
 class FontControl : public AppearanceControl {
   public:
+    enum ControlId : int { kFontNameId = 10047 };
+
     FontControl(wxWindow* parent, wxWindowID id, const wxString& label);
 
     void SetFontData(const wxFontData& data);

@@ -27,25 +27,6 @@
 
 namespace {
 
-enum : int {
-    ID_LIST_FONT = 10004,
-    ID_STUDY_FONT = 10053,
-    ID_STUDY_FONT_COLOR = 10054,
-    ID_STUDY_COLOR = 10005,
-    ID_INTERVAL = 10003,
-    ID_DEFAULT = 10006,
-    ID_DIALOG = 10043,
-    ID_STORE_PATH = 10069,
-    ID_BROWSE = 10117,
-    ID_STORE_CHOICE = 10123,
-    ID_NEW_PATH = 10124,
-    ID_INTRODUCTION = 10149,
-    ID_BACKUPS = 10150,
-    ID_BACKUP_DIRECTORY = 10151,
-    ID_BROWSE_BACKUPS = 10152,
-    ID_LEAST_BACKUPS = 10153
-};
-
 // The width at which the texts of the form break into lines.
 constexpr int kTextWidth = 215;
 

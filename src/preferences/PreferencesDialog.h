@@ -22,6 +22,25 @@ class wxTextCtrl;
 // thread only.
 class PreferencesDialog : public wxDialog {
   public:
+    enum ControlId : int {
+        ID_LIST_FONT = 10004,
+        ID_STUDY_FONT = 10053,
+        ID_STUDY_FONT_COLOR = 10054,
+        ID_STUDY_COLOR = 10005,
+        ID_INTERVAL = 10003,
+        ID_DEFAULT = 10006,
+        ID_DIALOG = 10043,
+        ID_STORE_PATH = 10069,
+        ID_BROWSE = 10117,
+        ID_STORE_CHOICE = 10123,
+        ID_NEW_PATH = 10124,
+        ID_INTRODUCTION = 10149,
+        ID_BACKUPS = 10150,
+        ID_BACKUP_DIRECTORY = 10151,
+        ID_BROWSE_BACKUPS = 10152,
+        ID_LEAST_BACKUPS = 10153
+    };
+
     // The notifier is told after OK. It and the actions are not owned and must outlive the dialog.
     PreferencesDialog(wxWindow* parent, Subject& settingsNotifier, StoreFileActions& actions);
 

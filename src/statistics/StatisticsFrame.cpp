@@ -128,14 +128,6 @@ constexpr int kWidestCategory = 180;
 const wxSize kPictureSize(900, 520);
 constexpr int kPictureScale = 2;
 
-constexpr int kCategoryId = 11210;
-constexpr int kDirectionId = 11211;
-constexpr int kSpanId = 11212;
-constexpr int kPagesId = 11213;
-constexpr int kPlotId = 11214;
-constexpr int kNumbersId = 11215;
-constexpr int kShowNumbersId = 11216;
-
 // Commands of other windows.
 constexpr int kForeignCommands[] = {wxID_OPEN,        ID_SAVE_CLOSE,    ID_SAVE_NEW,
                                     ID_STUDY_FORWARD, ID_STUDY_REVERSE, ID_CUSTOMIZE_MENU};

@@ -33,6 +33,16 @@ class StatisticsOverview;
 // open; it deletes itself when it closes. Main thread only.
 class StatisticsFrame : public wxFrame, private Observer {
   public:
+    enum ControlId : int {
+        kCategoryId = 11210,
+        kDirectionId = 11211,
+        kSpanId = 11212,
+        kPagesId = 11213,
+        kPlotId = 11214,
+        kNumbersId = 11215,
+        kShowNumbersId = 11216
+    };
+
     // The services are not owned and must outlive the window.
     explicit StatisticsFrame(AppServices& services);
     ~StatisticsFrame() override;

@@ -17,10 +17,6 @@
 namespace {
 
 constexpr int kPanelId = 10102;
-constexpr int kTotalId = 10008;
-// The first of the six numbers of all categories.
-constexpr int kOutlookId = 10110;
-constexpr int kNextDueId = 10116;
 constexpr int kBorder = kFormGap;
 constexpr int kScrollStep = 10;
 // With fewer cards the name of the category tells nothing.
@@ -104,8 +100,8 @@ void LearningProgress::CreateControls(const StudyOutlook& outlook, const wxDateT
     row->Add(new wxStaticText(panel, wxID_STATIC, _("cards total")),
              wxSizerFlags().CentreVertical());
 
-    CreateBox(*panel, _("Study Front to Back"), {10001, 10002, 10003, 10000}, ForwardTexts());
-    CreateBox(*panel, _("Study Back to Front"), {10004, 10005, 10006, 10007}, ReverseTexts());
+    CreateBox(*panel, _("Study Front to Back"), kForwardIds, ForwardTexts());
+    CreateBox(*panel, _("Study Back to Front"), kReverseIds, ReverseTexts());
     CreateOutlook(*panel, outlook, now);
 
     auto* const column = new wxBoxSizer(wxVERTICAL);

@@ -41,12 +41,6 @@ class LearningProgress : public wxDialog {
         wxStaticText*& Waiting;
         wxStaticText*& Excluded;
     };
-    struct NumberIds {
-        int Ready;
-        int Memorized;
-        int Waiting;
-        int Excluded;
-    };
 
     NumberTexts ForwardTexts();
     NumberTexts ReverseTexts();

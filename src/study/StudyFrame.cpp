@@ -30,7 +30,6 @@
 
 namespace {
 
-constexpr int kQuickScoreId = 10006;
 constexpr int kStatusBarId = 10099;
 // The tool bar and the viewer share it.
 constexpr int kPanelId = 12000;

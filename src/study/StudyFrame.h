@@ -32,6 +32,8 @@ class wxStaticText;
 // here. The application makes at most one; like any frame, nobody owns it.
 class StudyFrame : public wxFrame {
   public:
+    enum ControlId : int { kQuickScoreId = 10006 };
+
     // The frame cannot be resized, minimized or maximized, whatever the style says. The services
     // are not owned and must outlive the frame.
     StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id, const wxString& title,

@@ -20,15 +20,6 @@
 
 namespace {
 
-enum : int {
-    ID_NAMES = 10301,
-    ID_SCHEDULES = 10302,
-    ID_TYPE = 10303,
-    ID_SUMMARY = 10304,
-    // The first of the choices of fields.
-    ID_FIRST_FIELD = 10320
-};
-
 constexpr int kFieldsHeight = 80;
 constexpr int kSummaryWidth = 260;
 // Real kinds of notes have up to twenty fields; a hostile one would fill the window with controls.

@@ -22,6 +22,15 @@ class wxTextCtrl;
 // before anything is written, what of the deck is lost. Main thread only; a worker reads the deck.
 class DeckPanel : public wxPanel {
   public:
+    enum ControlId : int {
+        ID_NAMES = 10301,
+        ID_SCHEDULES = 10302,
+        ID_TYPE = 10303,
+        ID_SUMMARY = 10304,
+        // The first of the choices of fields.
+        ID_FIRST_FIELD = 10320
+    };
+
     // The function is called after each choice of the user. The database and the report are not
     // owned.
     DeckPanel(wxWindow* parent, Database& database, FatalErrorReport& report,

@@ -26,19 +26,6 @@
 
 namespace {
 
-constexpr int kDialogId = 10033;
-constexpr int kEncodingId = 10080;
-constexpr int kEncodingHelpId = 10088;
-constexpr int kFormatId = 10081;
-constexpr int kFormatHelpId = 10086;
-constexpr int kDelimiterLabelId = 10000;
-constexpr int kOtherId = 10083;
-constexpr int kDelimiterHelpId = 10085;
-constexpr int kSchedulingId = 10082;
-constexpr int kSchedulingHelpId = 10084;
-constexpr int kRangeId = 10148;
-constexpr int kPreviewId = 10035;
-
 // Indexes of the radio buttons.
 enum Range : int { kAll = 0, kCurrentCategory = 1, kSelectedCards = 2 };
 
@@ -75,11 +62,11 @@ FormatRows::Setup FormatSetup() {
         _("This setting controls whether the card\nattributes are output to columns \n(Delimited) "
           "or rows (VLM Format).");
     setup.DelimiterLabel = _("Delimiter:");
-    setup.FormatId = kFormatId;
-    setup.FormatHelpId = kFormatHelpId;
-    setup.DelimiterLabelId = kDelimiterLabelId;
-    setup.OtherId = kOtherId;
-    setup.DelimiterHelpId = kDelimiterHelpId;
+    setup.FormatId = ExportOptionsDialog::kFormatId;
+    setup.FormatHelpId = ExportOptionsDialog::kFormatHelpId;
+    setup.DelimiterLabelId = ExportOptionsDialog::kDelimiterLabelId;
+    setup.OtherId = ExportOptionsDialog::kOtherId;
+    setup.DelimiterHelpId = ExportOptionsDialog::kDelimiterHelpId;
     return setup;
 }
 

@@ -22,6 +22,21 @@ class wxTextCtrl;
 // them. ShowModal returns wxID_OK after an export and wxID_CANCEL without one. Main thread only.
 class ExportOptionsDialog : public wxDialog {
   public:
+    enum ControlId : int {
+        kDialogId = 10033,
+        kEncodingId = 10080,
+        kEncodingHelpId = 10088,
+        kFormatId = 10081,
+        kFormatHelpId = 10086,
+        kDelimiterLabelId = 10000,
+        kOtherId = 10083,
+        kDelimiterHelpId = 10085,
+        kSchedulingId = 10082,
+        kSchedulingHelpId = 10084,
+        kRangeId = 10148,
+        kPreviewId = 10035
+    };
+
     // Starts with the narrowest range that has cards: the selected ones, which may be none, else
     // the current category, else all. The row ids and the services are not owned.
     ExportOptionsDialog(wxWindow* parent, Database& database, CategorySource& currentCategory,

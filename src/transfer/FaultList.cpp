@@ -18,7 +18,7 @@
 
 namespace {
 
-enum : int { ID_DIALOG = 10420, ID_FAULTS = 10421 };
+constexpr int kDialogId = 10420;
 
 constexpr size_t kMostFaults = 1000;
 
@@ -86,11 +86,11 @@ class FaultDialog : public wxDialog {
 };
 
 FaultDialog::FaultDialog(wxWindow* parent, const std::vector<ImportFault>& faults)
-    : wxDialog(parent, ID_DIALOG, _("All Faults"), wxDefaultPosition, wxDefaultSize,
+    : wxDialog(parent, kDialogId, _("All Faults"), wxDefaultPosition, wxDefaultSize,
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER) {
     auto* const count = new wxStaticText(this, wxID_ANY, CountText(faults.size()));
     auto* const text =
-        new wxTextCtrl(this, ID_FAULTS, FaultText(faults), wxDefaultPosition,
+        new wxTextCtrl(this, kFaultTextId, FaultText(faults), wxDefaultPosition,
                        FromDIP(wxSize(480, 240)), wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
     SetAccessibleName(*text, _("All Faults"));
     auto* const copy = new wxButton(this, wxID_COPY);

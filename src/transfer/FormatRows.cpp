@@ -17,8 +17,6 @@
 
 namespace {
 
-constexpr int kDelimiterId = 10001;
-
 constexpr int kDelimitedFormat = 1;
 // The entry after the listed delimiters, for one that is typed.
 constexpr int kOther = static_cast<int>(std::size(FormatRows::kListed));

@@ -20,6 +20,8 @@ class wxWindow;
 // dialog owns the controls and keeps this object, which outlives none of them. Main thread only.
 class FormatRows {
   public:
+    enum ControlId : int { kDelimiterId = 10001 };
+
     // What the two dialogs do not have in common.
     struct Setup {
         wxString FormatLabel;

@@ -33,25 +33,6 @@
 
 namespace {
 
-enum : int {
-    ID_DIALOG = 10089,
-    ID_FORMAT = 10004,
-    ID_FORMAT_HELP = 10005,
-    ID_DELIMITER_LABEL = 10006,
-    ID_OTHER_DELIMITER = 10007,
-    ID_DELIMITER_HELP = 10008,
-    ID_PREVIEW_LABEL = 10090,
-    ID_ERROR = 10011,
-    ID_PREVIEW = 10036,
-    ID_ENCODING = 10091,
-    ID_ENCODING_HELP = 10092,
-    ID_KNOWN_CARDS = 10093,
-    ID_KNOWN_CARDS_HELP = 10094,
-    ID_ASK_BEFORE = 10095,
-    ID_FAULTS = 10096,
-    ID_GUIDE = 10097
-};
-
 // A hostile file can have thousands of columns and megabytes in one field, which would freeze the
 // list. Real records have a tenth of the rows, and nobody reads a longer value here.
 constexpr size_t kMostRows = 200;

@@ -31,6 +31,25 @@ class wxTextCtrl;
 // wxOK when an import was run, whatever came of it, and wxCANCEL otherwise. Main thread only.
 class ImportDialog : public wxDialog {
   public:
+    enum ControlId : int {
+        ID_DIALOG = 10089,
+        ID_FORMAT = 10004,
+        ID_FORMAT_HELP = 10005,
+        ID_DELIMITER_LABEL = 10006,
+        ID_OTHER_DELIMITER = 10007,
+        ID_DELIMITER_HELP = 10008,
+        ID_PREVIEW_LABEL = 10090,
+        ID_ERROR = 10011,
+        ID_PREVIEW = 10036,
+        ID_ENCODING = 10091,
+        ID_ENCODING_HELP = 10092,
+        ID_KNOWN_CARDS = 10093,
+        ID_KNOWN_CARDS_HELP = 10094,
+        ID_ASK_BEFORE = 10095,
+        ID_FAULTS = 10096,
+        ID_GUIDE = 10097
+    };
+
     // Finds out how the file is to be read, as far as its first rows and its first card tell. The
     // services, the database and the report are not owned.
     ImportDialog(wxWindow* parent, AppServices& services, Database& database,

@@ -19,26 +19,6 @@
 
 namespace {
 
-constexpr int kDialogId = 10072;
-// Ids of the fields of the database, the imported and the merged version, in this order. Some ids
-// repeat, so handlers have to bind to the controls themselves.
-constexpr int kFrontIds[] = {10001, 10002, 10000};
-constexpr int kBackIds[] = {10003, 10005, 10003};
-constexpr int kAuthorIds[] = {10006, 10007, 10004};
-constexpr int kOrderIds[] = {10008, 10009, 10010};
-constexpr int kForwardIds[] = {10011, 10012, 10013};
-constexpr int kReverseIds[] = {10020, 10020, 10019};
-constexpr int kMergedColumn = 2;
-
-constexpr int kKeepDatabaseId = 10078;
-constexpr int kKeepImportedId = 10015;
-constexpr int kKeepMergedId = 10014;
-constexpr int kAlwaysDatabaseId = 10016;
-constexpr int kAlwaysImportedId = 10017;
-constexpr int kStopId = 10018;
-
-constexpr int kOthersId = 10021;
-
 constexpr int kSideHeight = 60;
 constexpr int kOthersHeight = 80;
 constexpr int kLeastHeight = 36;

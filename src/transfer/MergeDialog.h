@@ -19,6 +19,26 @@ class MergeDialog : public wxDialog {
     // The cards of the run that the answer applies to.
     enum Choice : int32_t { kThisCard = 0, kAlwaysImported = 1, kAlwaysDatabase = 2 };
 
+    enum ControlId : int {
+        kDialogId = 10072,
+        kKeepDatabaseId = 10078,
+        kKeepImportedId = 10015,
+        kKeepMergedId = 10014,
+        kAlwaysDatabaseId = 10016,
+        kAlwaysImportedId = 10017,
+        kStopId = 10018,
+        kOthersId = 10021
+    };
+    // The fields of the database, the imported and the merged version, in this order. Some ids
+    // repeat, so handlers have to bind to the controls themselves.
+    static constexpr int kFrontIds[] = {10001, 10002, 10000};
+    static constexpr int kBackIds[] = {10003, 10005, 10003};
+    static constexpr int kAuthorIds[] = {10006, 10007, 10004};
+    static constexpr int kOrderIds[] = {10008, 10009, 10010};
+    static constexpr int kForwardIds[] = {10011, 10012, 10013};
+    static constexpr int kReverseIds[] = {10020, 10020, 10019};
+    static constexpr int kMergedColumn = 2;
+
     // Fills the columns, marks what differs, and starts the merged version as the imported one. The
     // names are those of the cards' categories.
     MergeDialog(wxWindow* parent, const FlashCard& databaseCard, const FlashCard& importedCard,

@@ -16,9 +16,6 @@
 
 namespace {
 
-constexpr int kDialogId = 10030;
-constexpr int kGaugeId = 10031;
-constexpr int kCancelId = 10032;
 constexpr int kTimerId = 1138;
 constexpr int kTickMilliseconds = 16;
 constexpr int kGaugeWidth = 300;

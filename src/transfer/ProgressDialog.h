@@ -13,6 +13,8 @@ class wxGauge;
 // button; the job's own result says what came of it. Main thread only.
 class ProgressDialog : public wxDialog {
   public:
+    enum ControlId : int { kDialogId = 10030, kGaugeId = 10031, kCancelId = 10032 };
+
     // The source is a job that runs already. It is not owned.
     ProgressDialog(wxWindow* parent, ProgressSource& source);
 

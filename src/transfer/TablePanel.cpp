@@ -20,13 +20,6 @@
 
 namespace {
 
-enum : int {
-    ID_HAS_HEADER = 10401,
-    ID_ROWS = 10402,
-    // The choice above the first column; the others follow.
-    ID_FIRST_USE = 10410
-};
-
 constexpr int kColumnWidth = 120;
 constexpr int kRowsHeight = 150;
 // A hostile table has thousands of columns; nobody chooses for more than these by hand.

@@ -18,6 +18,13 @@ class wxScrolledWindow;
 // choices start as a survey of the file proposes them. Part of the import dialog; main thread only.
 class TablePanel : public wxPanel {
   public:
+    enum ControlId : int {
+        ID_HAS_HEADER = 10401,
+        ID_ROWS = 10402,
+        // The choice above the first column; the others follow.
+        ID_FIRST_USE = 10410
+    };
+
     // The function is called after each change that the user makes.
     TablePanel(wxWindow* parent, std::function<void()> onChange);
 

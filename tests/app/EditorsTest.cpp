@@ -1,5 +1,6 @@
 #include "app/MainWindows.h"
 
+#include "edit/EditForm.h"
 #include "edit/EditFrame.h"
 #include "support/GuiTest.h"
 
@@ -16,8 +17,8 @@ struct EditorsTest : GuiStoreTest {
 
     void OpenNew(const wxString& front) {
         mEditors.OpenNew(mDatabase);
-        Find<wxTextCtrl>(*wxTopLevelWindows.back(), 10001).ChangeValue(front);
-        Find<wxTextCtrl>(*wxTopLevelWindows.back(), 10002).ChangeValue("back");
+        Find<wxTextCtrl>(*wxTopLevelWindows.back(), EditForm::ID_FRONT).ChangeValue(front);
+        Find<wxTextCtrl>(*wxTopLevelWindows.back(), EditForm::ID_BACK).ChangeValue("back");
     }
     static size_t Count() {
         DrainEvents();

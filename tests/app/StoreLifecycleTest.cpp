@@ -7,8 +7,6 @@
 
 namespace {
 
-enum : int { ID_RETRY = 10068, ID_OPEN = 10070, ID_NEW = 10071, ID_PATH = 10121 };
-
 constexpr char kNoStore[] = "This is no store at all, and long enough to be read as one.";
 
 struct StoreLifecycleTest : GuiTest {
@@ -28,9 +26,9 @@ TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     const wxString gone = Path("gone.vlm");
     ModalAnswers answers;
     answers.Then([gone](wxDialog& dialog) {
-        EXPECT_EQ(Find<wxTextCtrl>(dialog, ID_PATH).GetValue(), gone);
+        EXPECT_EQ(Find<wxTextCtrl>(dialog, DatabaseOpenFailed::ID_PATH).GetValue(), gone);
         WriteBytes(gone, "");
-        Send(*FindById(dialog, ID_RETRY));
+        Send(*FindById(dialog, DatabaseOpenFailed::ID_RETRY));
     });
     // The wait while the file is brought to the present schema.
     answers.Expect(wxID_OK);
@@ -39,8 +37,8 @@ TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     mDatabase.Close();
 
     const wxString missing = Path("missing.vlm");
-    answers.ThenPress(ID_RETRY);
-    answers.ThenPress(ID_OPEN);
+    answers.ThenPress(DatabaseOpenFailed::ID_RETRY);
+    answers.ThenPress(DatabaseOpenFailed::ID_OPEN);
     answers.ThenChoose(gone);
     EXPECT_TRUE(Open(missing, true));
     EXPECT_FALSE(wxFileName::FileExists(missing));
@@ -51,13 +49,13 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     const wxString path = Path("bad.vlm");
     WriteBytes(path, kNoStore);
     ModalAnswers answers;
-    answers.ThenPress(ID_NEW);
+    answers.ThenPress(DatabaseOpenFailed::ID_NEW);
     answers.Expect([path](wxDialog& dialog) {
         // Cancelled, so that the recovery dialog stays and the file too.
         EXPECT_EQ(ReadBytes(path), kNoStore);
         EXPECT_EQ(dynamic_cast<wxFileDialog&>(dialog).GetDirectory(), wxPathOnly(path));
         wxWindow* const recovery = dialog.GetParent();
-        recovery->CallAfter([recovery] { Send(*FindById(*recovery, ID_NEW)); });
+        recovery->CallAfter([recovery] { Send(*FindById(*recovery, DatabaseOpenFailed::ID_NEW)); });
         return wxID_CANCEL;
     });
     answers.ThenChoose(path);

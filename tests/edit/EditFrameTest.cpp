@@ -1,5 +1,6 @@
 #include "edit/EditFrame.h"
 
+#include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
 #include "plot/PlotControl.h"
 #include "reviews/ReviewLog.h"
@@ -7,10 +8,14 @@
 
 namespace {
 
-constexpr int kFront = 10001, kBack = 10002, kAuthor = 10003, kOrder = 10004;
-constexpr int kForwardSchedule = 10005, kReverseX = 10006, kForwardX = 10008, kChapter = 10009;
-constexpr int kNotes = 10010, kCategory = 10013;
-constexpr int kInterval = 10000, kIntroduced = 10001;
+constexpr int kFront = EditForm::ID_FRONT, kBack = EditForm::ID_BACK;
+constexpr int kAuthor = EditForm::ID_AUTHOR, kChapter = EditForm::ID_CHAPTER;
+constexpr int kNotes = EditForm::ID_NOTES, kCategory = EditForm::ID_CATEGORY;
+constexpr int kOrder = EditForm::ID_INTRODUCTION_ORDER;
+constexpr int kForwardSchedule = EditForm::ID_FORWARD_SCHEDULE;
+constexpr int kReverseX = EditForm::ID_REVERSE_X, kForwardX = EditForm::ID_FORWARD_X;
+constexpr int kInterval = EditSchedulePanel::ID_REVIEW_INTERVAL;
+constexpr int kIntroduced = EditSchedulePanel::ID_INTRODUCED;
 
 // An editor, with a person's keys.
 struct EditFrameTest : FrameTest<EditFrame> {
@@ -235,7 +240,7 @@ TEST_F(EditFrameTest, TheReviewsOfACardAppearBesideItsSchedule) {
     const auto life = [this](ReviewDirection direction) -> PlotControl& {
         wxWindow& forward = Control(kForwardSchedule);
         return Find<PlotControl>(direction == kReviewForward ? forward : *forward.GetNextSibling(),
-                                 10120);
+                                 EditSchedulePanel::ID_CARD_LIFE);
     };
     Open(&card);
     mDatabase.Notify();

@@ -8,10 +8,12 @@
 
 namespace {
 
+using Panel = EditSchedulePanel;
+
 struct EditSchedulePanelTest : GuiTest {
-    wxTextCtrl& Interval() { return Find<wxTextCtrl>(*mpPanel, 10000); }
-    wxChoice& Unit() { return Find<wxChoice>(*mpPanel, 10003); }
-    wxSpinCtrl& Difficulty() { return Find<wxSpinCtrl>(*mpPanel, 10007); }
+    wxTextCtrl& Interval() { return Find<wxTextCtrl>(*mpPanel, Panel::ID_REVIEW_INTERVAL); }
+    wxChoice& Unit() { return Find<wxChoice>(*mpPanel, Panel::ID_INTERVAL_UNIT); }
+    wxSpinCtrl& Difficulty() { return Find<wxSpinCtrl>(*mpPanel, Panel::ID_DIFFICULTY); }
     void LoadInterval(float seconds) {
         CardSchedule schedule;
         schedule.ReviewInterval = seconds;
@@ -80,12 +82,13 @@ TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
     schedule.Difficulty = 20;
     schedule.ERC = 77;
     mpPanel->Load(schedule);
-    EXPECT_EQ(Find<wxTextCtrl>(*mpPanel, 10002).GetValue(), "2023-11-14 22:13:20Z");
-    EXPECT_EQ(Find<wxTextCtrl>(*mpPanel, 10004).GetValue(), "2023-11-14 22:14:20Z");
-    Find<wxCheckBox>(*mpPanel, 10001).SetValue(true);
+    EXPECT_EQ(Find<wxTextCtrl>(*mpPanel, Panel::ID_LAST_REVIEW).GetValue(), "2023-11-14 22:13:20Z");
+    EXPECT_EQ(Find<wxTextCtrl>(*mpPanel, Panel::ID_NEXT_REVIEW).GetValue(), "2023-11-14 22:14:20Z");
+    Find<wxCheckBox>(*mpPanel, Panel::ID_INTRODUCED).SetValue(true);
     Difficulty().SetValue(32);
-    Find<wxChoice>(*mpPanel, 10005).SetSelection(5);
-    EXPECT_EQ(Find<wxChoice>(*mpPanel, 10005).GetStringSelection(), "0 - Fail (incorrect)\n");
+    Find<wxChoice>(*mpPanel, Panel::ID_LAST_SCORE).SetSelection(5);
+    EXPECT_EQ(Find<wxChoice>(*mpPanel, Panel::ID_LAST_SCORE).GetStringSelection(),
+              "0 - Fail (incorrect)\n");
     CardSchedule saved;
     EXPECT_EQ(mpPanel->Save(saved), 0);
     schedule.Introduced = true;

@@ -39,7 +39,7 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x", "",
                                    "Search in All Categories"}));
     EXPECT_EQ(Cards().GetItemCount(), 2);
-    Command(11000);
+    Command(BrowseFrame::kFirstRecentId);
     EXPECT_EQ(SearchField().GetValue(), "salt & pepper");
     EXPECT_TRUE(SearchField().IsCancelButtonVisible());
     EXPECT_EQ(Column(1), Texts{"salt & pepper"});
@@ -52,7 +52,7 @@ TEST_F(BrowseFrameTest, ASearchFindsCardsOfAllCategoriesWhenTheMenuSaysSo) {
     Open();
     Search("here");
     EXPECT_EQ(Column(1), Texts{"here"});
-    Command(11006);
+    Command(BrowseFrame::kSearchAllId);
     EXPECT_EQ(Column(1), (Texts{"here", "there"}));
     EXPECT_EQ(Column(3), (Texts{"Default", "Other"}));
     SendCommand(CardPanel(), ID_COLUMN_CATEGORY);
@@ -61,7 +61,7 @@ TEST_F(BrowseFrameTest, ASearchFindsCardsOfAllCategoriesWhenTheMenuSaysSo) {
     Search("");
     EXPECT_EQ(Column(1), Texts{"here"});
     Search("here");
-    Command(11006, false);
+    Command(BrowseFrame::kSearchAllId, false);
     EXPECT_EQ(Column(1), Texts{"here"});
 }
 
@@ -72,7 +72,9 @@ TEST_F(BrowseFrameTest, TheStudyButtonCountsWhatIsReadyInTheDirectionOfStudy) {
     card.Reverse.ReviewInterval = 60.0f;
     Insert(card);
     Open();
-    const auto label = [this] { return FindById(*mpFrame, 11052)->GetLabel(); };
+    const auto label = [this] {
+        return FindById(*mpFrame, BrowseFrame::kStudyButtonId)->GetLabel();
+    };
     const auto comeBack = [this] {
         Activate(false);
         Activate(true);

@@ -48,10 +48,10 @@ TEST_F(CardListTest, ManyCardsAreOrderedFoundSelectedAndDeleted) {
     Command(wxID_DELETE);
     EXPECT_EQ(Query("SELECT count(*) FROM Cards"), Strings{"99990"});
     EXPECT_EQ(Cards().GetItemCount(), 0);
-    EXPECT_TRUE(WaitFor([this] { return FindById(Cards(), 10000)->IsShown(); }));
+    EXPECT_TRUE(WaitFor([this] { return FindById(Cards(), CardListCtrl::kNoticeId)->IsShown(); }));
     Search("");
     EXPECT_EQ(Cards().GetItemCount(), 99990);
-    EXPECT_TRUE(WaitFor([this] { return !FindById(Cards(), 10000)->IsShown(); }));
+    EXPECT_TRUE(WaitFor([this] { return !FindById(Cards(), CardListCtrl::kNoticeId)->IsShown(); }));
 }
 
 TEST_F(CardListTest, TheSelectionStaysWithItsCards) {
@@ -194,7 +194,7 @@ TEST_F(CardListTest, ColumnsFillTheListUntilTheUserSetsTheirWidths) {
     Open();
     EXPECT_EQ(widths(), (std::vector<int>{35, 95, 123}));
     // A search over all categories shows their names for as long as it lasts.
-    Command(11006);
+    Command(BrowseFrame::kSearchAllId);
     Search("x");
     EXPECT_EQ(Headings().back(), "Category");
     Close();

@@ -6,11 +6,7 @@
 
 namespace {
 
-constexpr int ID_INTERVAL = 10003, ID_LIST_FONT = 10004, ID_STUDY_COLOR = 10005;
-constexpr int ID_DEFAULT = 10006, ID_FONT_NAME = 10047, ID_STORE_PATH = 10069,
-              ID_STUDY_FONT_COLOR = 10054;
-constexpr int ID_BROWSE = 10117, ID_STORE_CHOICE = 10123, ID_NEW_PATH = 10124;
-constexpr int ID_INTRODUCTION = 10149;
+using Dialog = PreferencesDialog;
 
 struct PreferencesDialogTest : GuiStoreTest {
     PreferencesDialogTest() {
@@ -28,13 +24,15 @@ TEST_F(PreferencesDialogTest, TheStoreIsTheOneThatIsOpenWhateverTheSettingsSay) 
     for (const char* const stored : {"", "/another/store.vlm"}) {
         WriteStringSetting("DatabasePath", stored);
         mpDialog->SetDatabase(&mDatabase);
-        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(*mpDialog, ID_STORE_PATH).GetValue()));
-        EXPECT_TRUE(mDatabase.IsStoreFile(Find<wxTextCtrl>(*mpDialog, ID_NEW_PATH).GetValue()));
+        EXPECT_TRUE(
+            mDatabase.IsStoreFile(Find<wxTextCtrl>(*mpDialog, Dialog::ID_STORE_PATH).GetValue()));
+        EXPECT_TRUE(
+            mDatabase.IsStoreFile(Find<wxTextCtrl>(*mpDialog, Dialog::ID_NEW_PATH).GetValue()));
     }
 }
 
 TEST_F(PreferencesDialogTest, TheFormIsInSightUpToThreeQuartersOfTheScreen) {
-    auto& form = *FindById(*mpDialog, ID_INTERVAL)->GetParent();
+    auto& form = *FindById(*mpDialog, Dialog::ID_INTERVAL)->GetParent();
     const int needed = form.GetSizer()->CalcMin().y;
     const int screen = wxGetClientDisplayRect().height;
     const int height = mpDialog->GetClientSize().y;
@@ -47,15 +45,15 @@ TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
     CountingObserver observer(mNotifier);
     wxFontData font;
     font.SetChosenFont(wxFont(wxFontInfo(30).FaceName("Monospace")));
-    Find<FontControl>(*mpDialog, ID_LIST_FONT).SetFontData(font);
-    EXPECT_EQ(Find<wxTextCtrl>(*mpDialog, ID_FONT_NAME).GetValue(), "30pt, Monospace");
-    EXPECT_LT(FindById(*mpDialog, ID_FONT_NAME)->GetFont().GetPointSize(), 30);
+    Find<FontControl>(*mpDialog, Dialog::ID_LIST_FONT).SetFontData(font);
+    EXPECT_EQ(Find<wxTextCtrl>(*mpDialog, FontControl::kFontNameId).GetValue(), "30pt, Monospace");
+    EXPECT_LT(FindById(*mpDialog, FontControl::kFontNameId)->GetFont().GetPointSize(), 30);
     wxColourData colour;
     colour.SetColour(wxColour(1, 2, 3));
-    Find<ColorControl>(*mpDialog, ID_STUDY_COLOR).SetColourData(colour);
-    Find<ColorControl>(*mpDialog, ID_STUDY_FONT_COLOR).SetColourData(colour);
+    Find<ColorControl>(*mpDialog, Dialog::ID_STUDY_COLOR).SetColourData(colour);
+    Find<ColorControl>(*mpDialog, Dialog::ID_STUDY_FONT_COLOR).SetColourData(colour);
     for (const char* const interval : {"-7", "", "12 seconds", "99999999999"}) {
-        Find<wxTextCtrl>(*mpDialog, ID_INTERVAL).ChangeValue(interval);
+        Find<wxTextCtrl>(*mpDialog, Dialog::ID_INTERVAL).ChangeValue(interval);
         ModalAnswers answers;
         answers.ThenPress(wxID_OK);
         EXPECT_EQ(mpDialog->ShowModal(), wxID_OK);

@@ -46,7 +46,7 @@ struct StatisticsFrameTest : FrameTest<StatisticsFrame> {
     }
     const Plot& ShowPlot(StatisticsPage page) {
         mpFrame->ShowPage(page);
-        return Find<PlotControl>(*mpFrame, 11214).GetPlot();
+        return Find<PlotControl>(*mpFrame, StatisticsFrame::kPlotId).GetPlot();
     }
     wxString Copied() {
         SendCommand(*mpFrame, wxID_COPY);
@@ -69,13 +69,13 @@ TEST_F(StatisticsFrameTest, ShowsTheReviewsOfTheChosenCategoryAndDirection) {
         return ShowPlot(StatisticsPage::Reviews).Table.Rows.back().back();
     };
     EXPECT_EQ(reviewsToday(), "2");
-    Choose(*mpFrame, 11210, 2);
+    Choose(*mpFrame, StatisticsFrame::kCategoryId, 2);
     EXPECT_EQ(reviewsToday(), "1");
-    Choose(*mpFrame, 11211, 2);
+    Choose(*mpFrame, StatisticsFrame::kDirectionId, 2);
     WaitForFigures();
     EXPECT_TRUE(ShowPlot(StatisticsPage::Reviews).EmptyText.StartsWith("No reviews here"));
     // A change of the store counts again, and keeps the choice of category.
-    Choose(*mpFrame, 11211, 0);
+    Choose(*mpFrame, StatisticsFrame::kDirectionId, 0);
     Study("three", 1);
     mDatabase.Notify();
     EXPECT_EQ(reviewsToday(), "2");
@@ -85,17 +85,17 @@ TEST_F(StatisticsFrameTest, AHardCardOpensItsEditor) {
     const CardUuid id = Study("hard", 0);
     Open();
     EXPECT_EQ(ShowPlot(StatisticsPage::HardestCards).Names, std::vector<wxString>{"hard"});
-    auto& plot = Find<PlotControl>(*mpFrame, 11214);
+    auto& plot = Find<PlotControl>(*mpFrame, StatisticsFrame::kPlotId);
     DrainEvents();
     SendKeyDown(plot, WXK_HOME);
     SendKeyDown(plot, WXK_RETURN);
     ASSERT_EQ(mServices.Edited.size(), 1U);
     EXPECT_EQ(mServices.Edited[0].CardId, id);
     // The numbers do the same.
-    auto& toggle = Find<wxCheckBox>(*mpFrame, 11216);
+    auto& toggle = Find<wxCheckBox>(*mpFrame, StatisticsFrame::kShowNumbersId);
     toggle.SetValue(true);
     Send(toggle, wxEVT_CHECKBOX);
-    auto& numbers = Find<wxListCtrl>(*mpFrame, 11215);
+    auto& numbers = Find<wxListCtrl>(*mpFrame, StatisticsFrame::kNumbersId);
     EXPECT_TRUE(numbers.IsShown());
     EXPECT_FALSE(plot.IsShown());
     EXPECT_EQ(numbers.GetItemText(0, 1), "1");

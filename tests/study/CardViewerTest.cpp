@@ -61,7 +61,7 @@ struct CardViewerTest : GuiTest {
 
     wxFrame& mFrame =
         *new wxFrame(nullptr, wxID_ANY, "Viewer", wxDefaultPosition, wxSize(300, 400));
-    CardViewer& mViewer = *new CardViewer(&mFrame, 12000, wxDefaultPosition, wxDefaultSize,
+    CardViewer& mViewer = *new CardViewer(&mFrame, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                                           wxBORDER_NONE | wxHSCROLL | wxVSCROLL);
 };
 

@@ -36,7 +36,11 @@ TEST_F(GuiStoreTest, EachDirectionOfTheLearningProgressAddsUpToTheTotal) {
     LearningProgress& dialog = make();
     wxString numbers;
     // The total, then ready, memorized, waiting and excluded ones of both directions.
-    for (const int id : {10008, 10001, 10002, 10003, 10000, 10004, 10005, 10006, 10007}) {
+    const auto& front = LearningProgress::kForwardIds;
+    const auto& back = LearningProgress::kReverseIds;
+    for (const int id :
+         {int{LearningProgress::kTotalId}, front.Ready, front.Memorized, front.Waiting,
+          front.Excluded, back.Ready, back.Memorized, back.Waiting, back.Excluded}) {
         numbers += FindById(dialog, id)->GetLabel() + " ";
     }
     EXPECT_EQ(numbers, "5 2 1 1 1 1 0 4 0 ");
@@ -46,7 +50,7 @@ TEST_F(GuiStoreTest, EachDirectionOfTheLearningProgressAddsUpToTheTotal) {
     const auto showsOutlook = [&] {
         LearningProgress& other = make();
         wxString text;
-        for (int id = 10110; id <= 10116; ++id) {
+        for (int id = LearningProgress::kOutlookId; id <= LearningProgress::kNextDueId; ++id) {
             text += FindById(other, id)->GetLabel() + " ";
         }
         return text;

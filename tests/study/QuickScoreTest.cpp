@@ -4,6 +4,8 @@
 
 namespace {
 
+constexpr int kScoreId = 1;
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -34,7 +36,7 @@ struct QuickScoreTest : GuiTest {
     // Keeps the name of the event, its item and the way through the history.
     void Listen(const wxEventTypeTag<wxCommandEvent>& type, const std::string& name) {
         mFrame.Bind(type, [this, name](wxCommandEvent& event) {
-            const long way = event.GetId() == 10006 ? event.GetExtraLong() : event.GetId();
+            const long way = event.GetId() == kScoreId ? event.GetExtraLong() : event.GetId();
             mHeard.push_back(name +
                              (event.GetInt() < 0 ? "" : " " + std::to_string(event.GetInt())) +
                              (way == wxID_FORWARD    ? " forward"
@@ -66,7 +68,7 @@ struct QuickScoreTest : GuiTest {
     }
 
     wxFrame& mFrame = *new wxFrame(nullptr, wxID_ANY, "Score");
-    ScoreWithKeys& mScore = *new ScoreWithKeys(&mFrame, 10006);
+    ScoreWithKeys& mScore = *new ScoreWithKeys(&mFrame, kScoreId);
     Heard mHeard;
     int32_t mPressedInDrag = -1;
 };

@@ -25,7 +25,7 @@ struct StudyFrameTest : FrameTest<StudyFrame> {
     }
 
     CardViewer& Viewer() { return Find<CardViewer>(*mpFrame, "panel"); }
-    QuickScore& Scores() { return Find<QuickScore>(*mpFrame, 10006); }
+    QuickScore& Scores() { return Find<QuickScore>(*mpFrame, StudyFrame::kQuickScoreId); }
     wxStaticText& Message() { return Find<wxStaticText>(*mpFrame, wxID_STATIC); }
     wxString StatusText(int field) { return mpFrame->GetStatusBar()->GetStatusText(field); }
 

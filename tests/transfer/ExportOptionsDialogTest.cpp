@@ -1,11 +1,11 @@
 #include "transfer/ExportOptionsDialog.h"
 
 #include "transfer/DialogTest.h"
+#include "transfer/FormatRows.h"
 
 namespace {
 
-constexpr int kDelimiter = 10001, kPreview = 10035, kFormat = 10081, kScheduling = 10082;
-constexpr int kOther = 10083, kRange = 10148, kOk = wxID_OK;
+using Dialog = ExportOptionsDialog;
 
 struct ExportOptionsDialogTest : DialogTest {
     ExportOptionsDialogTest() { mDatabase.CategoryInsert("other"); }
@@ -17,7 +17,7 @@ struct ExportOptionsDialogTest : DialogTest {
     }
     void Choose(int id, int index) { ::Choose(*mDialog, id, index); }
     wxTextCtrl& Text(int id) { return Find<wxTextCtrl>(*mDialog, id); }
-    std::string Preview() { return Text(kPreview).GetValue().utf8_string(); }
+    std::string Preview() { return Text(Dialog::kPreviewId).GetValue().utf8_string(); }
     void InsertCards(int count, int32_t category) {
         for (int i = 0; i < count; ++i) {
             Insert(MakeCard("f", "b", category));
@@ -36,7 +36,7 @@ TEST_F(ExportOptionsDialogTest, TheRangeStartsAsNarrowAsItCan) {
     for (const auto& [current, selected, start, cards] : rows) {
         mCategories.Current = current;
         Open(selected);
-        auto& range = Find<wxRadioBox>(*mDialog, kRange);
+        auto& range = Find<wxRadioBox>(*mDialog, Dialog::kRangeId);
         EXPECT_EQ(range.GetSelection(), start);
         EXPECT_EQ(range.IsItemEnabled(1), current == 1);
         EXPECT_EQ(range.IsItemEnabled(2), !selected.empty());
@@ -49,23 +49,23 @@ TEST_F(ExportOptionsDialogTest, ThePreviewFollowsEveryOption) {
     InsertCards(1, 0);
     Open({});
     EXPECT_NE(Preview().find("RERC: 0"), std::string::npos);
-    auto& scheduling = Find<wxCheckBox>(*mDialog, kScheduling);
+    auto& scheduling = Find<wxCheckBox>(*mDialog, Dialog::kSchedulingId);
     scheduling.SetValue(false);
     Send(scheduling, wxEVT_CHECKBOX);
     EXPECT_EQ(Preview().find("RERC: 0"), std::string::npos);
-    Choose(kFormat, 1);
+    Choose(Dialog::kFormatId, 1);
     EXPECT_EQ(Preview().rfind("id\tFront\tBack", 0), 0U);
-    EXPECT_FALSE(Text(kOther).IsShown());
-    Choose(kDelimiter, 4);
-    EXPECT_TRUE(Text(kOther).IsShown());
+    EXPECT_FALSE(Text(Dialog::kOtherId).IsShown());
+    Choose(FormatRows::kDelimiterId, 4);
+    EXPECT_TRUE(Text(Dialog::kOtherId).IsShown());
     EXPECT_EQ(Preview(), "You must specify a delimiter.");
     // A wrong delimiter keeps the dialog open; a line break, which nobody can see, is taken out.
-    Text(kOther).SetValue("\n");
+    Text(Dialog::kOtherId).SetValue("\n");
     mAnswers.Expect(wxID_OK);
-    Send(*FindById(*mDialog, kOk));
+    Send(*FindById(*mDialog, wxID_OK));
     EXPECT_EQ(mAnswers.Dialogs.back().Message, Preview());
-    EXPECT_TRUE(Text(kOther).IsEmpty());
-    Text(kOther).SetValue("|");
+    EXPECT_TRUE(Text(Dialog::kOtherId).IsEmpty());
+    Text(Dialog::kOtherId).SetValue("|");
     EXPECT_EQ(Preview().rfind("id|Front|Back", 0), 0U);
 }
 

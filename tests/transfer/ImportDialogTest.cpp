@@ -4,11 +4,11 @@
 #include "formats/decks/DeckWriter.h"
 #include "support/FakeServices.h"
 #include "transfer/DialogTest.h"
+#include "transfer/FaultList.h"
+#include "transfer/FormatRows.h"
+#include "transfer/TablePanel.h"
 
 namespace {
-
-constexpr int ID_DELIMITER = 10001, ID_FORMAT = 10004, ID_OTHER = 10007, ID_ERROR = 10011;
-constexpr int ID_PREVIEW = 10036, ID_PREVIEW_LABEL = 10090;
 
 const wxString kNeither =
     "The file is neither a text with lines such as \"Front: dog\"\nnor a table with a column for "
@@ -33,16 +33,17 @@ struct ImportDialogTest : DialogTest {
 
     // Returns the format with its delimiter, and what the dialog shows below them.
     wxString Shown() {
-        wxString text = Find<wxChoice>(*mDialog, ID_FORMAT).GetStringSelection() + "/" +
-                        Find<wxChoice>(*mDialog, ID_DELIMITER).GetStringSelection() + ": ";
-        EXPECT_NE(IsShown(ID_ERROR), IsShown(ID_PREVIEW));
-        const bool isError = IsShown(ID_ERROR);
-        EXPECT_EQ(FindById(*mDialog, ID_PREVIEW_LABEL)->GetLabel(),
+        wxString text =
+            Find<wxChoice>(*mDialog, ImportDialog::ID_FORMAT).GetStringSelection() + "/" +
+            Find<wxChoice>(*mDialog, FormatRows::kDelimiterId).GetStringSelection() + ": ";
+        EXPECT_NE(IsShown(ImportDialog::ID_ERROR), IsShown(ImportDialog::ID_PREVIEW));
+        const bool isError = IsShown(ImportDialog::ID_ERROR);
+        EXPECT_EQ(FindById(*mDialog, ImportDialog::ID_PREVIEW_LABEL)->GetLabel(),
                   isError ? "Error (first card)" : "Preview (first card)");
         if (isError) {
-            return text + Find<wxTextCtrl>(*mDialog, ID_ERROR).GetValue();
+            return text + Find<wxTextCtrl>(*mDialog, ImportDialog::ID_ERROR).GetValue();
         }
-        const auto& list = Find<wxListCtrl>(*mDialog, ID_PREVIEW);
+        const auto& list = Find<wxListCtrl>(*mDialog, ImportDialog::ID_PREVIEW);
         for (int i = 0; i < list.GetItemCount(); ++i) {
             text += list.GetItemText(i, 0) + "=" + list.GetItemText(i, 1) + ";";
         }
@@ -95,19 +96,19 @@ TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
 
 TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
     Open("f: a\nb: b\n");
-    EXPECT_FALSE(IsShown(ID_DELIMITER));
-    EXPECT_FALSE(IsShown(ID_OTHER));
-    Choose(ID_FORMAT, 1);
-    EXPECT_TRUE(IsShown(ID_DELIMITER));
-    EXPECT_FALSE(IsShown(ID_OTHER));
+    EXPECT_FALSE(IsShown(FormatRows::kDelimiterId));
+    EXPECT_FALSE(IsShown(ImportDialog::ID_OTHER_DELIMITER));
+    Choose(ImportDialog::ID_FORMAT, 1);
+    EXPECT_TRUE(IsShown(FormatRows::kDelimiterId));
+    EXPECT_FALSE(IsShown(ImportDialog::ID_OTHER_DELIMITER));
     EXPECT_TRUE(
         Shown().StartsWith("Delimited/tab: \"f: a\" is not a valid attribute name.\nLine Number: "
                            "1\n\nThe first row is"));
 
-    Choose(ID_DELIMITER, 4);
-    EXPECT_TRUE(IsShown(ID_OTHER));
+    Choose(FormatRows::kDelimiterId, 4);
+    EXPECT_TRUE(IsShown(ImportDialog::ID_OTHER_DELIMITER));
     EXPECT_EQ(Shown(), "Delimited/other: You must specify a delimiter.");
-    auto& other = Find<wxTextCtrl>(*mDialog, ID_OTHER);
+    auto& other = Find<wxTextCtrl>(*mDialog, ImportDialog::ID_OTHER_DELIMITER);
     const std::pair<wxString, wxString> cases[] = {
         {"ab", "You can only have a one character delimiter"},
         {"\"", "\" cannot be used as a delimiter."},
@@ -117,41 +118,39 @@ TEST_F(ImportDialogTest, ShowsWhatTheChoicesAskFor) {
         other.SetValue(typed);
         EXPECT_EQ(Shown(), "Delimited/other: " + shown) << typed;
     }
-    Choose(ID_FORMAT, 0);
-    EXPECT_FALSE(IsShown(ID_OTHER));
+    Choose(ImportDialog::ID_FORMAT, 0);
+    EXPECT_FALSE(IsShown(ImportDialog::ID_OTHER_DELIMITER));
     EXPECT_EQ(Shown(), "VLM Text File/other: f=a;b=b;");
 }
 
 TEST_F(ImportDialogTest, LetsColumnsBeChosen) {
-    constexpr int ID_ENCODING = 10091, ID_HAS_HEADER = 10401, ID_FIRST_USE = 10410;
     Open("Hund;dog;M\xE4nnchen\nKatze;cat;\n");
     EXPECT_EQ(Shown(), L"Delimited/semi-colon: Front=Hund;Back=dog;Notes=M\u00E4nnchen;");
-    EXPECT_FALSE(Find<wxCheckBox>(*mDialog, ID_HAS_HEADER).GetValue());
+    EXPECT_FALSE(Find<wxCheckBox>(*mDialog, TablePanel::ID_HAS_HEADER).GetValue());
 
     // Two columns cannot be the same side, so they change places.
-    Choose(ID_FIRST_USE + 1, static_cast<int>(ColumnUse::kFront));
+    Choose(TablePanel::ID_FIRST_USE + 1, static_cast<int>(ColumnUse::kFront));
     EXPECT_EQ(Shown(), L"Delimited/semi-colon: Back=Hund;Front=dog;Notes=M\u00E4nnchen;");
-    Choose(ID_FIRST_USE + 2, static_cast<int>(ColumnUse::kIgnore));
+    Choose(TablePanel::ID_FIRST_USE + 2, static_cast<int>(ColumnUse::kIgnore));
     EXPECT_EQ(Shown(), L"Delimited/semi-colon: Back=Hund;Front=dog;");
 
-    auto& header = Find<wxCheckBox>(*mDialog, ID_HAS_HEADER);
+    auto& header = Find<wxCheckBox>(*mDialog, TablePanel::ID_HAS_HEADER);
     header.SetValue(true);
     Send(header, wxEVT_CHECKBOX, 1);
     EXPECT_EQ(Shown(), "Delimited/semi-colon: Front=Katze;Back=cat;");
 
-    auto& encoding = Find<wxChoice>(*mDialog, ID_ENCODING);
-    Choose(ID_ENCODING, encoding.FindString("Cyrillic (KOI8-R)"));
+    auto& encoding = Find<wxChoice>(*mDialog, ImportDialog::ID_ENCODING);
+    Choose(ImportDialog::ID_ENCODING, encoding.FindString("Cyrillic (KOI8-R)"));
     EXPECT_EQ(Shown(), L"Delimited/semi-colon: Front=Hund;Back=dog;Notes=M\u0414nnchen;");
 }
 
 // The dialog stays after a failed import, so that its choices can be changed, and remembers them.
 TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
-    constexpr int ID_KNOWN_CARDS = 10093, ID_FAULTS = 10096, ID_FIRST_USE = 10410;
     const std::string bytes = "Wort;Meaning;Xyz\nHund;dog;x\nin;store;y\n;none;z\n";
     Insert(MakeCard("in", "store"));
     Open(bytes);
-    EXPECT_FALSE(IsShown(ID_FAULTS));
-    Choose(ID_FIRST_USE + 2, static_cast<int>(ColumnUse::kChapter));
+    EXPECT_FALSE(IsShown(ImportDialog::ID_FAULTS));
+    Choose(TablePanel::ID_FIRST_USE + 2, static_cast<int>(ColumnUse::kChapter));
 
     mAnswers.Then([&](wxDialog& dialog) {
         mAnswers.ThenWatch();
@@ -159,19 +158,19 @@ TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
         Send(*FindById(dialog, wxID_OK));
         EXPECT_EQ(mAnswers.Dialogs.back().Title, "Import Failed");
         EXPECT_TRUE(dialog.IsModal());
-        EXPECT_TRUE(IsShown(ID_FAULTS));
+        EXPECT_TRUE(IsShown(ImportDialog::ID_FAULTS));
 
         mAnswers.ThenWatch();
         mAnswers.Expect([](wxDialog& list) {
-            EXPECT_EQ(Find<wxTextCtrl>(list, 10421).GetValue(),
+            EXPECT_EQ(Find<wxTextCtrl>(list, kFaultTextId).GetValue(),
                       "Line 3: Duplicate Card: There is already a card in the database with this "
                       "front/back pair.\nLine 4: Every card must have a front attribute.\n");
             return wxID_CLOSE;
         });
-        Send(*FindById(dialog, ID_FAULTS));
+        Send(*FindById(dialog, ImportDialog::ID_FAULTS));
 
         WriteBytes(mDirectory.Path("import.txt"), bytes.substr(0, bytes.size() - 8));
-        Choose(ID_KNOWN_CARDS, static_cast<int>(KnownPairs::kSkip));
+        Choose(ImportDialog::ID_KNOWN_CARDS, static_cast<int>(KnownPairs::kSkip));
         mAnswers.ThenWatch();
         mAnswers.Expect(wxID_OK);
         Send(*FindById(dialog, wxID_OK));
@@ -185,7 +184,6 @@ TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
 }
 
 TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
-    constexpr int ID_SUMMARY = 10304, ID_FIRST_FIELD = 10320;
     constexpr int kFront = 0, kBack = 2, kIgnore = 5;
     const wxString made = mDirectory.Path("made.db");
     ASSERT_EQ(WriteDatabase(made, Schema11(NoteRow(1, "g", 7, "a|b<img src=c>|y|m") +
@@ -197,23 +195,23 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     EXPECT_TRUE(Shown().StartsWith("Deck/")) << Shown();
     EXPECT_TRUE(Shown().Contains("front=a;back=b;notes=")) << Shown();
     EXPECT_TRUE(Shown().Contains("category=A::B;")) << Shown();
-    const auto& summary = Find<wxTextCtrl>(dialog, ID_SUMMARY);
+    const auto& summary = Find<wxTextCtrl>(dialog, DeckPanel::ID_SUMMARY);
     EXPECT_EQ(summary.GetValue(), "1 note\n1 card\n1 picture is left out.");
 
     // The first field becomes the back too.
-    Choose(ID_FIRST_FIELD, kBack);
-    Choose(ID_FIRST_FIELD + 3, kFront);
+    Choose(DeckPanel::ID_FIRST_FIELD, kBack);
+    Choose(DeckPanel::ID_FIRST_FIELD + 3, kFront);
     EXPECT_TRUE(Shown().Contains(L"front=m;back=a \u21B5 b;")) << Shown();
-    Choose(ID_FIRST_FIELD + 3, kIgnore);
+    Choose(DeckPanel::ID_FIRST_FIELD + 3, kIgnore);
     EXPECT_TRUE(summary.GetValue().Contains("1 card is left out, since a side has no"))
         << summary.GetValue();
-    Choose(ID_FIRST_FIELD, kFront);
+    Choose(DeckPanel::ID_FIRST_FIELD, kFront);
 
     // As a list it is nothing, and as a deck it comes back.
-    Choose(ID_FORMAT, 0);
-    EXPECT_FALSE(FindById(dialog, ID_SUMMARY)->GetParent()->IsShown());
-    EXPECT_TRUE(IsShown(ID_ERROR));
-    Choose(ID_FORMAT, 2);
+    Choose(ImportDialog::ID_FORMAT, 0);
+    EXPECT_FALSE(FindById(dialog, DeckPanel::ID_SUMMARY)->GetParent()->IsShown());
+    EXPECT_TRUE(IsShown(ImportDialog::ID_ERROR));
+    Choose(ImportDialog::ID_FORMAT, 2);
     EXPECT_TRUE(Shown().Contains("front=a;back=b;")) << Shown();
 
     WriteBytes(mDirectory.Path("cut.apkg"), ReadBytes(mDirectory.Path("my.apkg")).substr(0, 99));

@@ -5,7 +5,7 @@
 
 namespace {
 
-enum : int { ID_FRONT = 10000, ID_AUTHOR = 10004, ID_ORDER = 10010, ID_KEEP_MERGED = 10014 };
+constexpr int kMerged = MergeDialog::kMergedColumn;
 
 // Finds the controls of the merged column, from the top down. Ids cannot tell them all, as the
 // field of the back shares its id.
@@ -39,11 +39,11 @@ struct MergeDialogTest : DialogTest {
 
 TEST_F(MergeDialogTest, KeepsTheVersionOfTheButton) {
     const std::tuple<int, const FlashCard&, ImportMergePolicy> cases[] = {
-        {10078, mStored, ImportMergePolicy::kAsk},
-        {10015, mImported, ImportMergePolicy::kAsk},
-        {10014, mImported, ImportMergePolicy::kAsk},
-        {10016, mStored, ImportMergePolicy::kKeepDatabase},
-        {10017, mImported, ImportMergePolicy::kKeepImported}};
+        {MergeDialog::kKeepDatabaseId, mStored, ImportMergePolicy::kAsk},
+        {MergeDialog::kKeepImportedId, mImported, ImportMergePolicy::kAsk},
+        {MergeDialog::kKeepMergedId, mImported, ImportMergePolicy::kAsk},
+        {MergeDialog::kAlwaysDatabaseId, mStored, ImportMergePolicy::kKeepDatabase},
+        {MergeDialog::kAlwaysImportedId, mImported, ImportMergePolicy::kKeepImported}};
     for (const auto& [id, kept, further] : cases) {
         mAnswers.ThenPress(id);
         const auto answer = ImportQuestionDialogs().AskMerge(nullptr, mStored, mImported, 0);
@@ -66,19 +66,18 @@ TEST_F(MergeDialogTest, MarksTheFieldsThatDiffer) {
 }
 
 TEST_F(MergeDialogTest, TellsWhatElseDiffers) {
-    constexpr int ID_OTHERS = 10021;
     mImported.Forward.Introduced = true;
     mImported.Forward.LastReview = wxDateTime(1, wxDateTime::Feb, 2020, 12, 30);
     mImported.Forward.ReviewInterval = 259200.0f;
     MergeDialog dialog(nullptr, mStored, mImported, "Old", "New");
-    EXPECT_EQ(Find<wxTextCtrl>(dialog, ID_OTHERS).GetValue(),
+    EXPECT_EQ(Find<wxTextCtrl>(dialog, MergeDialog::kOthersId).GetValue(),
               wxString(L"Category: Old \u2192 New\nNotes: stored notes \u2192 imported notes\n"
                        L"Forward schedule: not introduced \u2192 reviewed ") +
                   mImported.Forward.LastReview.FormatDate() +
                   L", interval 3.00 days, difficulty 16");
     mImported = mStored;
     mImported.Back = "other";
-    EXPECT_EQ(MergeDialog(nullptr, mStored, mImported).FindWindow(ID_OTHERS), nullptr);
+    EXPECT_EQ(MergeDialog(nullptr, mStored, mImported).FindWindow(MergeDialog::kOthersId), nullptr);
 }
 
 TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
@@ -87,24 +86,24 @@ TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
     const struct {
         wxTextCtrl* Control;
         wxString Wrong, Message, Right;
-    } cases[] = {{&Find<wxTextCtrl>(dialog, ID_FRONT), " \n",
+    } cases[] = {{&Find<wxTextCtrl>(dialog, MergeDialog::kFrontIds[kMerged]), " \n",
                   "Flash cards cannot have a blank front", L"\u3000new "},
                  {back, "", "Flash cards cannot have a blank back", " text\n"},
-                 {&Find<wxTextCtrl>(dialog, ID_ORDER), "abc",
+                 {&Find<wxTextCtrl>(dialog, MergeDialog::kOrderIds[kMerged]), "abc",
                   "Introduction Order must be a whole number", " -7"}};
     mAnswers.Then([&](wxDialog&) {
-        Find<wxTextCtrl>(dialog, ID_AUTHOR).SetValue(" me ");
+        Find<wxTextCtrl>(dialog, MergeDialog::kAuthorIds[kMerged]).SetValue(" me ");
         for (const auto& row : cases) {
             row.Control->SetValue(row.Wrong);
             mAnswers.Expect(wxID_OK);
-            Send(*FindById(dialog, ID_KEEP_MERGED));
+            Send(*FindById(dialog, MergeDialog::kKeepMergedId));
             EXPECT_EQ(mAnswers.Dialogs.back().Title, "Message");
             EXPECT_EQ(mAnswers.Dialogs.back().Message, row.Message);
             EXPECT_TRUE(WaitFor([&] { return row.Control->HasFocus(); })) << row.Message;
             EXPECT_EQ(row.Control->GetStringSelection(), row.Wrong);
             row.Control->SetValue(row.Right);
         }
-        Send(*FindById(dialog, ID_KEEP_MERGED));
+        Send(*FindById(dialog, MergeDialog::kKeepMergedId));
     });
     EXPECT_EQ(dialog.ShowModal(), wxOK);
     const FlashCard& merged = dialog.GetMergedCard();
@@ -115,7 +114,7 @@ TEST_F(MergeDialogTest, RefusesAMergedVersionThatIsNoCard) {
 
 TEST_F(MergeDialogTest, AsksBeforeAnyWayOutStopsTheImport) {
     const std::function<void(wxDialog&)> ways[] = {
-        [](wxDialog& dialog) { Send(*FindById(dialog, 10018)); },
+        [](wxDialog& dialog) { Send(*FindById(dialog, MergeDialog::kStopId)); },
         [](wxDialog& dialog) { dialog.Close(); },
         [](wxDialog& dialog) { SendKeyEvent(wxEVT_CHAR_HOOK, dialog, WXK_ESCAPE); }};
     for (const auto& leave : ways) {

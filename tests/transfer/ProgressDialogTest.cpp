@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr int kGauge = 10031, kCancel = 10032;
-
 // A job that does one step a tick. A job of no steps has a range of 0.
 struct FakeJob : ProgressSource {
     int32_t GetMinimum() const override { return 100; }
@@ -36,11 +34,11 @@ TEST(ProgressDialogTest, OnlyTheButtonCancels) {
     FakeJob job;
     int gauge = 0;
     job.AtTick = [&](wxWindow& dialog) {
-        gauge = Find<wxGauge>(dialog, kGauge).GetValue();
+        gauge = Find<wxGauge>(dialog, ProgressDialog::kGaugeId).GetValue();
         dialog.Close();
         if (job.Ticks == 5) {
             EXPECT_FALSE(job.Cancelled);
-            Send(*FindById(dialog, kCancel));
+            Send(*FindById(dialog, ProgressDialog::kCancelId));
         }
     };
     EXPECT_EQ(ProgressDialog(nullptr, job).ShowModal(), wxID_CANCEL);

@@ -126,21 +126,6 @@ void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
     }
 }
 
-namespace {
-
-enum : int {
-    ID_EXIT = 10000,
-    ID_DIALOG = 10066,
-    ID_RETRY = 10068,
-    ID_OPEN = 10070,
-    ID_NEW = 10071,
-    ID_RESTORE_BACKUP = 10072,
-    ID_REPAIR = 10073,
-    ID_PATH = 10121
-};
-
-}  // namespace
-
 DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist)
     : wxDialog(parent, ID_DIALOG, "Velomind", wxDefaultPosition, wxSize(400, 300),
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),

@@ -47,6 +47,17 @@ void AskBeforeWindows(Database& database, const std::function<void()>& ask);
 // or with kGiveUp; closing it by the title bar or Esc is giving up.
 class DatabaseOpenFailed : public wxDialog {
   public:
+    enum ControlId : int {
+        ID_EXIT = 10000,
+        ID_DIALOG = 10066,
+        ID_RETRY = 10068,
+        ID_OPEN = 10070,
+        ID_NEW = 10071,
+        ID_RESTORE_BACKUP = 10072,
+        ID_REPAIR = 10073,
+        ID_PATH = 10121
+    };
+
     enum Answer : int { kTryAgain = 4, kGiveUp = 16 };
 
     DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist);
