@@ -13,7 +13,9 @@ class TextSink;
 
 // Reads a table. The first row names the columns; each further row is a record with an attribute
 // for every column. Fields are separated by the delimiter, may be quoted, and have the escapes \\,
-// \n and \r. The line number counts rows. Anything can be read as a table, so there are no errors.
+// \n and \r. A quote opens a quoted field only as its first character, and text after the closing
+// quote begins a new field: "x,"y" is x, and y". The line number counts rows. Anything can be read
+// as a table, so there are no errors.
 class DelimitedReader : public CardRecordReader {
   public:
     // Reads the header. The source is not owned.

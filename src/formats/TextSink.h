@@ -9,8 +9,9 @@
 
 class wxOutputStream;
 
-// Receives the text of an export, in UTF-16 and with a line feed at the end of each line. NUL and
-// half a surrogate pair become U+FFFD. Pass the two halves of a pair in one call.
+// Receives the text of an export, in UTF-16 and with a line feed at the end of each line. The
+// library's own stream is many times slower and loses a record with a number that is no character.
+// NUL and half a surrogate pair become U+FFFD. Pass the two halves of a pair in one call.
 class TextSink {
   public:
     virtual ~TextSink() = default;

@@ -33,8 +33,9 @@ class RecentSearches {
 };
 
 // The window in which the user finds and manages cards: a category drop-down and a search field
-// above the list of cards. The application makes one when it is first needed, and forgets it when
-// the window reports that it closes. Main thread only.
+// above the list of cards. Choosing a category gives the keys to the cards; the menu bar leaves the
+// drop-down open, so that its commands mean the category. The application makes one when it is
+// first needed, and forgets it when the window reports that it closes. Main thread only.
 class BrowseFrame : public wxFrame, private Observer {
   public:
     enum ControlId : int {

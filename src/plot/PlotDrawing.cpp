@@ -30,7 +30,7 @@ constexpr double kEdge = 10.0;
 constexpr double kGap = 6.0;
 constexpr double kSwatch = 11.0;
 constexpr double kLargestDisc = 11.0;
-// So many of the largest discs fit across the picture, unless they get too large or small.
+// The number of largest discs that fit across the picture, unless they get too large or small.
 constexpr double kDiscPart = 50.0;
 constexpr double kSmallestDisc = 3.0;
 // The part of its place that a bar fills. Places this narrow are filled whole.

@@ -13,7 +13,8 @@ class wxWindow;
 // lines, the text of a search field, or one that is typed into a choice or a spin control. Ctrl+Z
 // undoes; Ctrl+Shift+Z and Ctrl+Y redo. Owned by the field and ends with it. Main thread only.
 //
-// The history is a list of changes, each a place with what stood there before and after:
+// The history compares the text after each change, which is right for typing, paste, drop and input
+// methods alike. It is a list of changes, each a place with what stood there before and after:
 //
 //   "cat sat"  ->  "cat sat down"  ->  "dog sat down"
 //   {7, "", " "} {8, "", "down"}       {0, "cat", "dog"}

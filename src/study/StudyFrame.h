@@ -41,8 +41,8 @@ class StudyFrame : public wxFrame {
                long style = wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL);
     ~StudyFrame() override;
 
-    // Turns to another store, with a new Scheduler and an empty history. The Database is not owned.
-    // Null lets go of the present one.
+    // Turns to another store, with a new Scheduler, an empty history and the same direction of
+    // study. The Database is not owned. Null lets go of the present one.
     void SetDatabase(Database* database);
 
     // Shows the state of the Scheduler anew. newCard says that the Scheduler has made a new choice:

@@ -18,8 +18,8 @@ class wxScrolledWindow;
 class wxTextCtrl;
 
 // What the import dialog asks about a deck: how its categories are named, whether its schedules
-// come along, and what each field of its kinds of notes becomes. Below the questions it says,
-// before anything is written, what of the deck is lost. Main thread only; a worker reads the deck.
+// come along, and what each field of its kinds of notes becomes. Says below them, before anything
+// is written, what of the deck is lost. Main thread only; a worker reads the deck.
 class DeckPanel : public wxPanel {
   public:
     enum ControlId : int {
