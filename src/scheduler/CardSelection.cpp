@@ -77,7 +77,7 @@ int CardSelection::GetReviewCard(ReviewCard& chosen) {
     }
     if (card.Direction == kReviewNone) {
         VELOMIND_TRACE("no cards are ready for review");
-        // A failure here is the same as no card: the next way of choosing is tried.
+        // A failure here counts as no card: the next way of choosing is tried.
         IntroduceCard(card);
     }
     if (card.Direction == kReviewNone) {

@@ -9,25 +9,27 @@
 #include "store/Database.h"
 #include "store/FlashCard.h"
 
-// What is studied, and how eagerly new cards come in.
+// What to study, and how eagerly to introduce new cards.
 struct StudyOptions {
     int32_t CategoryId = -1;
-    // The directions studied, as a set.
+    // The set of directions to study.
     ReviewDirection Directions = kReviewForward;
-    // Introduces a new card even while others are due, when the intervals of all cards that are due
-    // within the next EarlyIntroductionInterval seconds are longer than that.
+    // Introduces a new card even while others are due, if all cards due within the next
+    // EarlyIntroductionInterval seconds have longer intervals than that.
     bool EarlyIntroduction = false;
     int32_t EarlyIntroductionInterval = 180;
 };
 
-// A card and the direction in which it is shown; no card while the direction is kReviewNone.
+// A card and the direction in which it is shown; kReviewNone means no card.
 struct ReviewCard {
     FlashCard Card;
     ReviewDirection Direction = kReviewNone;
 };
 
-// Chooses the next card to review: the due card that has waited longest for its interval, else a
-// new card, else one that is not due yet, so that study never runs dry while there are cards.
+// Chooses the next card to review: the due card that has waited longest in proportion to its
+// interval, else a new card, else one that is not due yet, so that study never runs dry while there
+// are cards. Goes by computed due times, while the counts take a stored time outside its range as
+// due.
 class CardSelection {
   public:
     CardSelection(Database& database, const StudyOptions& options, const Clock& time,
@@ -40,8 +42,8 @@ class CardSelection {
   private:
     // The result of a walk over the due cards.
     struct ReadyCard {
-        // The chosen card is known by its row: its identity may be stored in a form, such as
-        // capitals, by which no query finds it.
+        // The row names the chosen card: its identity may be stored in a form, such as capitals, by
+        // which no query finds it.
         int64_t RowId;
         ReviewDirection Direction;
         // Seconds; the shortest interval seen, including cards that fall due within the horizon.
@@ -52,7 +54,7 @@ class CardSelection {
 
     int FindReadyCard(int32_t horizon, ReadyCard& ready);
     int ReadCard(const ReadyCard& ready, ReviewCard& chosen);
-    // Both succeed without a card too, and then leave chosen unchanged.
+    // Both also succeed without a card, and then leave chosen unchanged.
     int IntroduceCard(ReviewCard& chosen);
     int PickEarlyReviewCard(ReviewCard& chosen);
     // Takes the first card of each direction studied and keeps the one with the lower key; chance

@@ -155,7 +155,7 @@ float ScoreMultiplier(int score, int difficulty) {
 float SpreadFactor(float random) {
     static const std::array<float, kSpreadCount> kTable = MakeSpreadTable();
     const int index = static_cast<int>(random * static_cast<float>(kSpreadCount));
-    // A random number of exactly 1 would lie one past the end.
+    // A random number of exactly 1 would be one past the end.
     return kTable.at(static_cast<size_t>(index < kSpreadCount ? index : kSpreadCount - 1));
 }
 
@@ -181,7 +181,7 @@ ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& n
 
 namespace {
 
-// Stands for chance at one of its limits.
+// Replaces chance by one of its limits.
 class FixedRandom : public ReviewRandom {
   public:
     explicit FixedRandom(float number) : mNumber(number) {}
@@ -194,7 +194,7 @@ class FixedRandom : public ReviewRandom {
 }  // namespace
 
 IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now) {
-    // The interval grows with the random number, so its limits are those of chance.
+    // The interval grows with the random number, so its limits are at those of chance.
     FixedRandom least(0.0f);
     FixedRandom greatest(1.0f);
     return {Review(schedule, score, now, least).NewInterval,
@@ -204,7 +204,7 @@ IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDat
 namespace {
 
 constexpr int32_t kBlockSize = 4096;
-// The last block that is opened. It lies safely below the greatest 32-bit number.
+// The last block to open, safely below the greatest 32-bit number.
 constexpr int32_t kLastBlock = 0x7FFF0000;
 
 int32_t BlockOf(int32_t erc) {

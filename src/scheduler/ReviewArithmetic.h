@@ -22,7 +22,7 @@ struct IntervalInUnits {
 // minutes, and 7201 is 2.0003 hours.
 IntervalInUnits SplitInterval(float seconds);
 
-// The source of chance in the schedule. Tests repeat it or choose it.
+// The source of chance in the schedule. Tests repeat or choose it.
 class ReviewRandom {
   public:
     virtual ~ReviewRandom() = default;
@@ -30,7 +30,7 @@ class ReviewRandom {
     virtual float Next() = 0;
 };
 
-// The fixed sequence of a 15-bit linear congruential generator that starts at 1 with every start of
+// The fixed sequence of a 15-bit linear congruential generator that begins with 1 at each start of
 // the program: 41, 18467, 6334, 26500, ... each divided by 32767.
 class SequenceRandom : public ReviewRandom {
   public:
@@ -42,20 +42,20 @@ class SequenceRandom : public ReviewRandom {
     uint32_t mState = 1;
 };
 
-// What one score does to a schedule. The score multiplies the time that really passed since the
-// last review, not the planned interval: a card remembered after a long gap is rewarded for the
-// gap. All arithmetic is in 32-bit float, one operation after the other, so that the same reviews
-// give the same bits on every machine.
+// What a score does to a schedule. It multiplies the time that really passed since the last review,
+// not the planned interval: a card remembered after a long gap is rewarded for the gap. All
+// arithmetic is in 32-bit float, one operation after the other, so that the same reviews give the
+// same bits on every machine.
 
-// Returns how fast the interval of a card grows beside that of a neutral card: 1 at difficulty 16,
-// more below it, at least 0.2 and at most 5.
+// Returns how fast the interval of a card grows compared with that of a neutral card: 1 at
+// difficulty 16, more below it, at least 0.2 and at most 5.
 float DifficultyFactor(int difficulty);
 
 // Returns the factor of the elapsed time for a score of 0 to 5.
 float ScoreMultiplier(int score, int difficulty);
 
-// Returns a factor around 1 for a random number of 0 to 1. It keeps cards that were learnt together
-// from falling due together.
+// Returns a factor around 1 for a random number of 0 to 1. It keeps cards learnt together from
+// falling due together.
 float SpreadFactor(float random);
 
 struct ReviewResult {
@@ -68,8 +68,7 @@ struct ReviewResult {
     bool FirstPass;
 };
 
-// Returns the effect of a score on a schedule that is reviewed now. Draws a random number only when
-// the interval is spread.
+// Returns the effect of a score given now. Draws a random number only if the interval is spread.
 ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& now,
                     ReviewRandom& random);
 
@@ -85,7 +84,7 @@ IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDat
 
 // The ERC number of a card puts the introduced cards of a category into blocks of 4096: the upper
 // bits count the blocks, and the low 12 bits are random, so that the cards of a block have a
-// shuffled order. Early review takes the lowest number, a card that has waited for the most blocks.
+// shuffled order. Early review takes the lowest number: a card that has waited for the most blocks.
 //
 // Returns the number of a card after a score. It had erc before, and greatest is the greatest
 // number of its category.

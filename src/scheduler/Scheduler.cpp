@@ -103,7 +103,7 @@ void TraceReview(const FlashCard& card, int score, const ReviewResult& result) {
                    result.Elapsed, score, result.OldInterval, result.NewInterval);
 }
 
-// The line of the log for a score that has taken the schedule from one state to the other.
+// Returns the line of the log for a score that took the schedule from one state to the other.
 ReviewRecord MakeRecord(const CardUuid& id, ReviewDirection direction, const CardSchedule& before,
                         const CardSchedule& after, const ReviewResult& result, int64_t replaces) {
     ReviewRecord record;
@@ -247,7 +247,7 @@ void Scheduler::ScoreCard(int score) {
     schedule.Difficulty = result.Difficulty;
     RenumberCard();
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
-    // A failure in the store ends the program, so the result needs no look.
+    // A failure in the store ends the program, so the result need not be checked.
     if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0 && mSources.Log != nullptr) {
         mSources.Log->Append(
             MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces));
@@ -368,8 +368,8 @@ bool Scheduler::IsExcluded(const FlashCard& card) const {
 }
 
 void Scheduler::PurgeHistory() {
-    // The counter counts the entries from before any was erased, and is compared with a position
-    // that has been corrected already.
+    // The counter counts the entries as before any erasure, but is compared with the corrected
+    // position.
     int index = 0;
     for (int counter = 0; index < GetHistoryCount(); ++counter) {
         int32_t count = 0;

@@ -14,17 +14,17 @@
 #include "store/Database.h"
 #include "store/FlashCard.h"
 
-// Which category is under study. The program's implementation reads the setting and repairs it
+// Says which category is under study. The program's implementation reads the setting and repairs it
 // against the store.
 class CategorySource {
   public:
     virtual ~CategorySource() = default;
-    // Returns the id of a category of the store, or -1 when none could be had.
+    // Returns the id of a category of the store, or -1 when there is none.
     virtual int32_t GetCurrentCategoryId(Database& database) = 0;
 };
 
-// A card that was scored, with its schedule from just before the score. Another score can then be
-// applied as though the first had never been given.
+// A scored card, with its schedule from just before the score, from which another score can start
+// as though the first had never been given.
 struct HistoryEntry {
     CardUuid CardId;
     CardSchedule Schedule;
@@ -59,7 +59,7 @@ struct CategoryReady {
 // other has any.
 const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId);
 
-// What waits in all categories together. An excluded card waits for nothing.
+// What waits in all categories together. Excluded cards do not count.
 struct StudyOutlook {
     // The cards of one direction.
     struct Side {
@@ -76,7 +76,7 @@ struct StudyOutlook {
     wxDateTime NextDue;
 };
 
-// Counts what waits now. A count that fails stays out.
+// Counts what waits now. A count that fails stays 0.
 StudyOutlook CountOutlook(Database& database, const wxDateTime& now);
 
 // How the program tells a person of the rare renumbering of the early-review order, which keeps the
@@ -103,7 +103,7 @@ class Scheduler {
         MaintenancePrompt& Maintenance;
         const Clock& Time;
         ReviewRandom& Random;
-        // Takes each score once the store has it; null where nobody keeps them.
+        // Takes each score once the store has it; null keeps no log.
         ReviewLog* Log = nullptr;
     };
 
@@ -120,7 +120,7 @@ class Scheduler {
     void SetEarlyIntroductionInterval(int32_t seconds) {
         mOptions.EarlyIntroductionInterval = seconds;
     }
-    // The directions to study. The current card stays if its direction is among them.
+    // Sets the directions to study. The current card stays if its direction is among them.
     void SetDirections(ReviewDirection mask);
 
     // -1 is the live card, 0 the card scored last, larger is older. Clamped to the entries there
@@ -133,7 +133,7 @@ class Scheduler {
     // for the live card.
     int GetShownScore() const;
 
-    // Why no card can be shown; all false while one is.
+    // Return why no card can be shown; all are false while one is.
     bool IsStoreEmpty() const { return mStoreEmpty; }
     bool IsCategoryEmpty() const { return mCategoryEmpty; }
     bool IsAllExcluded() const { return mAllExcluded; }
@@ -159,7 +159,7 @@ class Scheduler {
     // score of a card in the history changes nothing, so it gives the interval that the card has.
     IntervalRange PredictInterval(int score) const;
 
-    // Looks at the store again after cards or the current category changed elsewhere.
+    // Reads the store again after cards or the current category changed elsewhere.
     void Refresh();
 
     // Scores the current card, 0 to 5: rewrites its schedule and stores it. After the live card the
@@ -170,7 +170,7 @@ class Scheduler {
     // Loads the card at the history position, or the live card, or makes a new choice. The live
     // card stays until it is scored, deleted or excluded.
     void LoadCurrentCard();
-    // Chooses a new live card, or finds out why there is none.
+    // Chooses a new live card, or determines why there is none.
     void SelectLiveCard();
     void ShowPlaceholder(const wxString& word);
     // Tests the direction the previous card was shown in.
@@ -186,8 +186,8 @@ class Scheduler {
         return mHistoryPosition >= 0 && mHistoryPosition < GetHistoryCount();
     }
     // Runs before a score: keeps a live card's schedule in the history, or restores that of a card
-    // of the history from before its first score, unless the score stays the same.
-    // Returns when the review was that this one replaces, or -1.
+    // of the history from before its first score, unless the score stays the same. Returns the time
+    // of the review that this one replaces, or -1.
     int64_t KeepOrRestoreSchedule(int score);
     // Gives the current card its new place in the order of early review after a score.
     void RenumberCard();
@@ -197,7 +197,7 @@ class Scheduler {
 
     Database& mDatabase;
     Sources mSources;
-    // A list, since a listener may add another while it is called.
+    // A list lets a listener add another while it is called.
     std::list<Listener> mListeners;
     StudyOptions mOptions;
     FlashCard mCurrentCard;
