@@ -35,9 +35,9 @@ static_assert(std::size(kBounds) + 1 == kTimeRangeCount);
 constexpr int32_t kCalendarDays = 53 * 7;
 constexpr int32_t kUsualDays = 90;
 constexpr int kLeastRemembered = 3;
-// The share of a normal distribution that lies within so many deviations is 95 %.
+// 95 % of a normal distribution lie within this many deviations.
 constexpr double kDeviations = 1.959964;
-// Cards are read in portions of so many: a few milliseconds, for which study may have to wait.
+// The cards read at once: a few milliseconds, for which study may have to wait.
 constexpr int32_t kPortion = 2000;
 
 size_t RangeOf(double seconds) {
@@ -55,7 +55,8 @@ std::tm LocalDate(int64_t seconds) {
     return date;
 }
 
-// The first second of a day. Where the clock is put forward at midnight, the day begins at one.
+// Returns the first second of a day. Where the clock is put forward at midnight, the day begins at
+// one.
 int64_t StartOf(int32_t day) {
     std::time_t noon = int64_t{day} * kSecondsPerDay + kSecondsPerDay / 2;
     std::tm date{};
@@ -69,8 +70,8 @@ int64_t StartOf(int32_t day) {
     return start;
 }
 
-// The days of the figures: asking the system for the date of a million reviews would take longer
-// than all else.
+// The days of the figures: asking the system for the dates of a million reviews would take longer
+// than all the rest.
 class DayTable {
   public:
     DayTable(int32_t first, int32_t last) : mFirst(first) {
@@ -78,7 +79,7 @@ class DayTable {
             mStarts.push_back(StartOf(day));
         }
     }
-    // The day is first - 1 or last + 1 for all moments that lie before or behind the table.
+    // Returns first - 1 or last + 1 for all moments before or after the table.
     int32_t Find(int64_t seconds) {
         if (seconds >= mStart && seconds < mEnd) {
             return mDay;
@@ -96,7 +97,7 @@ class DayTable {
   private:
     int32_t mFirst;
     std::vector<int64_t> mStarts;
-    // The day found last, as a log is nearly in order.
+    // The last day found, as a log is nearly in order.
     int32_t mDay = 0;
     int64_t mStart = 0;
     int64_t mEnd = 0;
@@ -140,7 +141,7 @@ void CountDay(std::vector<DayReviews>& days, int32_t day, uint8_t score) {
     }
 }
 
-// The one computation of all figures, which lives as long as it takes.
+// Computes all figures once.
 class FigureMaker {
   public:
     FigureMaker(const std::vector<CardSchedules>& cards, const std::vector<Category>& categories,
@@ -177,12 +178,12 @@ class FigureMaker {
     }
 
   private:
-    // What the reviews of a card add up to, by its place in the history.
+    // The sums of a card's reviews, by its place in the history.
     struct CardReviews {
-        // Which of the store's cards and of the categories it is; -1 for none.
+        // The places of the card in the store and of its category; -1 for none.
         int32_t Card = -1;
         int32_t Category = -1;
-        // The first review in each direction; 0 before it was found.
+        // The first review in each direction; 0 until found.
         std::array<int64_t, 2> First{};
         int32_t Reviews = 0;
         int32_t Lapses = 0;
@@ -192,7 +193,7 @@ class FigureMaker {
     bool Asks(int32_t categoryId) const {
         return !mQuery.CategoryId || *mQuery.CategoryId == categoryId;
     }
-    // A review of tomorrow is one from a clock that was wrong.
+    // A review from tomorrow or later was made while the clock was wrong.
     bool Counts(const ReviewHistory::Review& review) const {
         return !review.IsReplaced && review.Time < mNow + kSecondsPerDay &&
                Asks(review.IsReverse ? kReviewReverse : kReviewForward);
@@ -251,8 +252,8 @@ class FigureMaker {
         ++figures.ByDifficulty[std::min<size_t>(side.Difficulty, kDifficultyCount - 1)];
     }
 
-    // Finds the cards of the reviews in the store. A card that has gone from it still counts where
-    // all categories are asked for.
+    // Finds the cards of the reviews in the store. A deleted card still counts when all categories
+    // are queried.
     void FindCards() {
         mReviewed.resize(mHistory.Cards().size());
         for (size_t i = 0; i < mCards.size(); ++i) {
@@ -289,7 +290,8 @@ class FigureMaker {
         }
     }
 
-    // The place of the queried category; -1 for all, and one that no card has when it is not there.
+    // Returns the place of the queried category; -1 for all, and a place that no card has for an
+    // unknown one.
     int32_t AskedPlace() const {
         if (!mQuery.CategoryId) {
             return -1;
@@ -324,7 +326,7 @@ class FigureMaker {
         if (isRecall) {
             card.Lapses += review.Score < kLeastRemembered ? 1 : 0;
             Count(mFigures.ByElapsed[RangeOf(static_cast<double>(review.Elapsed))], review.Score);
-            // How old the card is, is not known at its first review in the log.
+            // At its first review in the log the card's age is unknown.
             if (!isFirstInLog) {
                 const auto age = static_cast<double>(review.Time - firstTime);
                 Count(mFigures.ByAge[RangeOf(age)], review.Score);
@@ -335,7 +337,7 @@ class FigureMaker {
     void EstimateUsualDay() {
         std::vector<int32_t> totals;
         for (const DayReviews& day : mUsual) {
-            // Today is not over yet, and counts only where there is no other day.
+            // Today is not over yet, and counts only if there is no other day.
             if (day.Total() > 0 && (day.Day != mToday || totals.empty())) {
                 totals.push_back(day.Total());
             }

@@ -15,25 +15,25 @@
 
 class Database;
 
-// The numbers behind the plots of progress. Past reviews come from the review log, what is to come
-// from the present schedules. A figure of both directions counts a card twice, once in each.
+// The numbers for the plots of progress. The past comes from the review log, the future from the
+// present schedules. A figure of both directions counts a card twice, once in each.
 //
 // Days are those of the local calendar, counted from 1 January 1970 as day 0. A day lasts from
-// midnight to midnight of the time zone of the process, be it 23, 24 or 25 hours.
+// midnight to midnight in the process's time zone: 23, 24 or 25 hours.
 
-// How far back figures of the past go.
+// How far back the figures go.
 enum class ReviewSpan : uint8_t { kMonth, kQuarter, kYear, kAll };
 
-// Days of a span up to and with today: 30, 90, 365; 0 for all.
+// Returns the days of a span including today: 30, 90, 365; 0 for all.
 int32_t SpanDays(ReviewSpan span);
 
 // Returns the local day that holds a moment, in seconds since 1970.
 int32_t DayOf(int64_t seconds);
-// Returns noon of a day, whose date is the day's in every time zone rule.
+// Returns noon of a day, which has the day's date in every time zone.
 wxDateTime NoonOfDay(int32_t day);
 
 struct ReviewQuery {
-    // None asks for all categories.
+    // Empty asks for all categories.
     std::optional<int32_t> CategoryId;
     // A set of directions; both are kReviewForward | kReviewReverse.
     int Directions = kReviewForward | kReviewReverse;
@@ -44,21 +44,21 @@ struct ReviewQuery {
 
 constexpr size_t kForecastDays = 365;
 
-// What falls due, from the schedules of introduced cards that are not excluded. The span plays no
-// part.
+// What falls due, from the schedules of introduced cards that are not excluded. Does not depend on
+// the span.
 struct DueForecast {
-    // Due already at the moment of the question.
+    // Already due at the moment of the question.
     int32_t Overdue = 0;
-    // Reviews that fall due on each day without what is overdue; the first is the rest of today,
-    // the second tomorrow. A review that comes after the first one of a card is not foreseen.
+    // Reviews that fall due on each day, without the overdue ones; the first is the rest of today,
+    // the second tomorrow. Counts only the next review of each card.
     std::array<int32_t, kForecastDays> PerDay{};
-    // What is left undone at the end of each day when no day has more than UsualDay reviews; all
-    // zero while that is unknown.
+    // The reviews left at the end of each day if no day has more than UsualDay; all zero while that
+    // is unknown.
     std::array<int32_t, kForecastDays> LeftOver{};
     // The median number of reviews on the days of study among the last 90 days, in the queried
     // directions but over all categories. 0 while there was none.
     int32_t UsualDay = 0;
-    // The days of study behind it.
+    // The days of study that it is taken from.
     int32_t StudyDays = 0;
 };
 
@@ -83,25 +83,25 @@ struct TimeRange {
 constexpr size_t kTimeRangeCount = 17;
 const std::array<TimeRange, kTimeRangeCount>& TimeRanges();
 
-// How much was remembered, that is, scored 3 or more, among reviews of cards scored before.
+// Counts how many reviews of cards scored before were remembered, that is, scored 3 or more.
 struct Retention {
     TimeRange Range;
     int32_t Reviews = 0;
     int32_t Remembered = 0;
 
-    // The share, 0 to 1; 0 without a review.
+    // Returns the share, 0 to 1; 0 without a review.
     double Share() const { return Reviews == 0 ? 0.0 : static_cast<double>(Remembered) / Reviews; }
-    // The bounds within which the true share lies with 95 % certainty (Wilson's), so that five
-    // reviews do not look like five hundred. 0 and 1 without a review.
+    // Return the bounds of the true share with 95 % certainty (Wilson's), so that five reviews do
+    // not look like five hundred; 0 and 1 without a review.
     double LeastShare() const;
     double GreatestShare() const;
 };
 
-// Intervals from here on make a card an old one: 21 days.
+// A card with this interval or more is old: 21 days.
 constexpr int64_t kOldInterval = int64_t{21} * 86400;
 constexpr size_t kDifficultyCount = 33;
 
-// How the present schedules stand that are not excluded. The span plays no part.
+// The state of the present schedules that are not excluded. Does not depend on the span.
 struct ScheduleFigures {
     // Not scored yet.
     int32_t New = 0;
@@ -114,20 +114,20 @@ struct ScheduleFigures {
     std::array<int32_t, kDifficultyCount> ByDifficulty{};
 };
 
-// A card that was forgotten often within the span.
+// A card that was often forgotten within the span.
 struct HardCard {
     CardUuid CardId;
     wxString Front;
     // Scores 0 to 2 after the card had been scored before.
     int32_t Lapses = 0;
     int32_t Reviews = 0;
-    // The greater one of the queried directions.
+    // The greater one among the queried directions.
     uint8_t Difficulty = 0;
 };
 
 constexpr size_t kMostHardCards = 20;
 
-// How one category stands, to see which needs work. For every category, whichever is queried.
+// The state of a category, to see which needs work. Every category has one, whichever is queried.
 struct CategoryFigures {
     Category Info;
     int32_t Overdue = 0;
@@ -139,9 +139,9 @@ struct CategoryFigures {
     int32_t Remembered = 0;
 };
 
-// What the log had to say, to tell why plots may be empty.
+// What the log contained, to explain empty plots.
 struct LogFigures {
-    // Reviews in the log, those that a later score replaced left out.
+    // Reviews in the log, without those that a later score replaced.
     int64_t Reviews = 0;
     int64_t ForeignLines = 0;
     // The first one; invalid without any.
@@ -152,12 +152,12 @@ struct ReviewFigures {
     // The day of the question.
     int32_t Today = 0;
     DueForecast Due;
-    // Each day of the span up to today, from the oldest; for all from the first review on.
+    // Each day of the span up to today, from the oldest; for kAll from the first review on.
     std::vector<DayReviews> Days;
-    // Each of the last 371 days up to today, whatever the span, which fill 53 weeks of a calendar.
+    // The last 371 days up to today, for any span: 53 weeks of a calendar.
     std::vector<DayReviews> Calendar;
     // Split by the time since the review before, and by the time since the first review of the card
-    // in the log, in that direction. A range without reviews is there as well.
+    // in the log, in that direction. Ranges without reviews are included.
     std::array<Retention, kTimeRangeCount> ByElapsed;
     std::array<Retention, kTimeRangeCount> ByAge;
     ScheduleFigures Schedules;
@@ -173,11 +173,11 @@ ReviewFigures MakeReviewFigures(const std::vector<CardSchedules>& cards,
                                 const std::vector<Category>& categories,
                                 const ReviewHistory& history, const ReviewQuery& query);
 
-// Reads the open store and what its log has got since the last call with this history, and computes
-// the figures. For a worker thread: the store is locked for a few milliseconds at a time, so that
-// study goes on, and a card scored meanwhile counts as before or after. The Database must outlive
-// the call; when it is closed or turned to another store meanwhile the figures mean nothing, so the
-// caller drops them then. One history may serve one call at a time. Returns 0; or -1 when the store
-// could not be read, which is reported to nobody, or when cancelled became true.
+// Reads the open store and what its log has gained since the last call with this history, and
+// computes the figures. For a worker thread: the store is locked for a few milliseconds at a time,
+// so that study goes on, and a card scored meanwhile counts as before or after. The Database must
+// outlive the call; if it is closed or opens another store meanwhile, the caller must drop the
+// figures. Use a history for one call at a time. Returns 0; or -1 when the store could not be read,
+// which is not reported, or when cancelled became true.
 int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistory& history,
                       const std::atomic<bool>& cancelled, ReviewFigures& figures);

@@ -21,10 +21,10 @@ namespace {
 constexpr char kHeading[] =
     "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\tnew difficulty\t"
     "replaces\n";
-// A line has about 90 characters, and less than 200 with the greatest numbers.
+// A line has about 90 characters, and fewer than 200 with the greatest numbers.
 constexpr size_t kLongestLine = 512;
 constexpr int64_t kTypicalLine = 90;
-// The identity stands behind the time and a tab.
+// The identity follows the time and a tab.
 constexpr size_t kIdColumn = 21;
 constexpr size_t kChunk = size_t{1} << 20;
 constexpr int64_t kSecondsPerDay = 86400;
@@ -33,14 +33,14 @@ template <class Number>
 char* WriteNumber(char* out, Number number) {
     return std::to_chars(out, out + 64, number).ptr;
 }
-// Without an exponent, so that a person can read it, and with as many digits as it takes to read
-// the same number again.
+// Writes no exponent, so that a person can read it, and as many digits as it takes to read the same
+// number again.
 char* WriteNumber(char* out, float number) {
     return std::to_chars(out, out + 64, number, std::chars_format::fixed).ptr;
 }
 
-// Days from 1 January 1970 to a date of the Gregorian calendar. The year begins in March here, so
-// that the leap day is its last.
+// Returns the days from 1 January 1970 to a date of the Gregorian calendar. The year begins in
+// March here, so that the leap day is its last.
 int64_t DaysFromDate(int64_t year, int64_t month, int64_t day) {
     year -= month <= 2 ? 1 : 0;
     const int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
@@ -50,15 +50,15 @@ int64_t DaysFromDate(int64_t year, int64_t month, int64_t day) {
 
 char* WriteTime(char* out, int64_t seconds) {
     char* const end = WriteTimeStamp(out, seconds);
-    // Files of cards have a blank between date and time. Here it is the T of ISO 8601, so that
-    // other programs read it without being told how.
+    // Files of cards have a blank between date and time. Here it is the T of ISO 8601, which other
+    // programs can read.
     *std::find(out, end, ' ') = 'T';
     return end;
 }
 
-// Takes a line apart from its front, in one walk over its characters: a log of years has a million
-// lines, and the library's readers of numbers and times would take several times as long. Each
-// operation returns false where the line has something else.
+// Takes a line apart from its front, in one pass: a log of years has a million lines, and the
+// library's readers of numbers and times would take several times as long. Each operation returns
+// false where the line has something else.
 class LineReader {
   public:
     explicit LineReader(std::string_view line)
@@ -71,7 +71,7 @@ class LineReader {
         return isThere;
     }
 
-    // Takes only the very form that is written.
+    // Accepts only the exact form that is written.
     bool TakeTime(int64_t& seconds) {
         int year = 0;
         int month = 0;
@@ -100,7 +100,7 @@ class LineReader {
         return true;
     }
 
-    // A number of at most 18 digits, which fit.
+    // Takes a number of at most 18 digits, which fit.
     bool TakeWhole(int64_t& number) {
         const char* const begin = mpAt;
         number = 0;
@@ -116,7 +116,7 @@ class LineReader {
         return isRead;
     }
 
-    // An interval, which ends with a tab.
+    // Takes an interval, which ends with a tab.
     bool TakeInterval(float& number) {
         const char* const begin = mpAt;
         int64_t whole = 0;
@@ -156,10 +156,10 @@ std::string_view WithoutReturn(std::string_view line) {
     return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
 }
 
-// Splits what is read piece by piece into lines. What is left at the end has no line end.
+// Splits pieces of text into lines. The rest at the end has no line end.
 template <class Visit>
 void SplitLines(std::string_view bytes, std::string& rest, const Visit& visit) {
-    // A line that never ends must not fill the memory; cut like this it is no review.
+    // A line that never ends must not fill the memory; once cut it is no review.
     const auto keep = [&rest](std::string_view part) {
         rest.append(part.substr(0, kLongestLine - std::min(rest.size(), kLongestLine)));
     };
@@ -179,7 +179,8 @@ void SplitLines(std::string_view bytes, std::string& rest, const Visit& visit) {
     }
 }
 
-// Calls take with each piece of the file from the offset on, which moves on. False when take did.
+// Calls take with each piece of the file from the offset on, and advances the offset. Returns false
+// when take does.
 template <class Take>
 bool ReadPieces(int descriptor, int64_t& offset, const Take& take) {
     std::vector<char> buffer(kChunk);
@@ -198,7 +199,7 @@ bool ReadPieces(int descriptor, int64_t& offset, const Take& take) {
     }
 }
 
-// Opens the log of plots, which must be a plain file: a pipe would wait for ever.
+// Opens the log, which must be a plain file: a pipe would wait for ever.
 FileDescriptor OpenForReading(const wxString& path, struct stat& status) {
     FileDescriptor file(::open(ToUtf8(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.IsOpen() && (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))) {
@@ -207,7 +208,7 @@ FileDescriptor OpenForReading(const wxString& path, struct stat& status) {
     return file;
 }
 
-// The log may be read by those who may read the store.
+// Returns the mode that lets those read the log who may read the store.
 mode_t ModeOfStore(const std::string& logPath) {
     struct stat status {};
     const std::string store =
@@ -331,7 +332,7 @@ std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& 
         });
         return !cancelled;
     });
-    // The clock may have been put back between two of them.
+    // The clock may have been put back between two reviews.
     std::stable_sort(
         reviews.begin(), reviews.end(),
         [](const ReviewRecord& one, const ReviewRecord& other) { return one.Time < other.Time; });
@@ -378,8 +379,8 @@ void ReviewHistory::Take(std::string_view bytes) {
     AddPending();
 }
 
-// Looking up a card waits for memory for longer than it takes to read its line. Several are asked
-// for at once, and looked up when the first ones have come.
+// Looking up a card in memory takes longer than reading its line. Several are requested at once,
+// and looked up when the first ones have arrived.
 void ReviewHistory::TakeLine(std::string_view line) {
     ReviewRecord& record = mPending[mPendingCount];
     if (ParseReviewLine(line, record)) {
@@ -418,7 +419,7 @@ void ReviewHistory::Add(const ReviewRecord& record) {
                         record.Direction == kReviewReverse, false});
 }
 
-// The place of the card, or the one where it would be. The table has room.
+// Returns the place of the card, or the one where it would be. The table has room.
 size_t ReviewHistory::FindSlot(const CardUuid& id) const {
     size_t slot = HashOf(id) & (mIndex.size() - 1);
     while (mIndex[slot].Card != kNone && mIndex[slot].Id != id) {

@@ -14,20 +14,20 @@
 #include "store/FlashCard.h"
 
 // The review log is a plain text beside the store (ReviewLogPath), with one line for each score.
-// Nothing but plots depends on it: it may be deleted at any time, and a line that cannot be written
-// is let go. For the store "Words.vlm" it is "Words.vlm.reviews":
+// Only plots depend on it: it may be deleted at any time, and a line that cannot be written is
+// dropped. For the store "Words.vlm" it is "Words.vlm.reviews":
 //
 //     2026-03-01T18:04:09Z 1b4e28ba-2fa1-41d2-883f-0016d3cca427 F 4 86412 86400 131072 16 16 -
 //
-// with tabs in the place of the blanks: the time in UTC, the card, the direction (F from front to
-// back, R from back to front), the score, the seconds elapsed since the review before ("-" for a
-// card that had never been scored in that direction), the interval before and after in seconds, the
-// difficulty before and after, and, for a score given in place of an earlier one, the time of that
-// one, which then counts no more, else "-". The first line is a comment, "#", with these names.
+// with tabs in place of the blanks: the time in UTC, the card, the direction (F from front to back,
+// R from back to front), the score, the seconds elapsed since the review before ("-" for a card
+// that had never been scored in that direction), the interval before and after in seconds, the
+// difficulty before and after, and, for a score that replaces an earlier one, the time of that one,
+// else "-". The first line is a comment, "#", with these names.
 
 // One score.
 struct ReviewRecord {
-    // Seconds since 1970. The card's LastReview from then on.
+    // Seconds since 1970; becomes the card's LastReview.
     int64_t Time = 0;
     CardUuid CardId;
     ReviewDirection Direction = kReviewForward;
@@ -49,8 +49,8 @@ class ReviewLog {
     // The path of the log.
     explicit ReviewLog(const wxString& path);
 
-    // Adds a line, in one write and without waiting for the disk. A torn line that is at the end of
-    // the file gets its line end first. What fails is traced, once, and otherwise passed over.
+    // Adds a line, in one write and without waiting for the disk. A torn line at the end of the
+    // file gets its line end first. A failure is traced once and otherwise ignored.
     void Append(const ReviewRecord& record);
 
   private:
@@ -58,54 +58,54 @@ class ReviewLog {
     bool mHasFailed = false;
 };
 
-// Reads a line without its end. False when it is no line of the log.
+// Reads a line without its end. Returns false when it is no line of the log.
 bool ParseReviewLine(std::string_view line, ReviewRecord& record);
 // Returns the line of a record, with its end.
 std::string FormatReviewLine(const ReviewRecord& record);
 
-// Returns the reviews of one card in both directions, oldest first, those that were replaced left
-// out. Reads the whole log, so it takes a while: for a worker thread. A log that is not there has
-// none. Stops when cancelled becomes true.
+// Returns the reviews of one card in both directions, oldest first, without replaced ones. Reads
+// the whole log, so call it on a worker thread. A missing log has none. Stops when cancelled
+// becomes true.
 std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& card,
                                           const std::atomic<bool>& cancelled);
 
-// All reviews of a log in little room, to make figures from. Kept between questions, it reads only
-// what the log has got since. Any thread, one at a time.
+// All reviews of a log in little memory, for the figures. Kept between questions, it reads only
+// what is new in the log. Any thread, one at a time.
 class ReviewHistory {
   public:
     struct Review {
         int64_t Time;
         // Seconds since the review before; negative for the first one.
         float Elapsed;
-        // Which of Cards.
+        // The index in Cards.
         uint32_t Card;
-        // The review of this card before this one in the file, in either direction; kNone for none.
+        // The card's previous review in the file, in either direction; kNone for none.
         uint32_t Previous;
         uint8_t Score;
         bool IsReverse;
-        // A later score took its place.
+        // True when a later score took its place.
         bool IsReplaced;
     };
     static constexpr uint32_t kNone = UINT32_MAX;
 
     // Reads the log from where the last call ended, or anew when it is another file or shorter than
-    // it was. A log that is not there is empty. False when cancelled became true; a later call then
-    // goes on from there.
+    // before. A missing log is empty. Returns false when cancelled became true; a later call then
+    // continues.
     bool Update(const wxString& path, const std::atomic<bool>& cancelled);
-    // Takes the bytes of a log, which may end anywhere within a line.
+    // Takes bytes of a log, which may end anywhere within a line.
     void Take(std::string_view bytes);
 
     // In the order of the file.
     const std::vector<Review>& Reviews() const { return mReviews; }
     const std::vector<CardUuid>& Cards() const { return mCards; }
-    // Returns which of Cards it is, or kNone.
+    // Returns the index in Cards, or kNone.
     uint32_t FindCard(const CardUuid& id) const;
     // Lines that are neither reviews nor comments nor empty.
     int64_t ForeignLines() const { return mForeignLines; }
 
   private:
-    // A card and its last review, or an empty place. One look into memory finds all of it: the
-    // reviews come in no order of cards, so that each look is one that the processor waits for.
+    // A card and its last review, or an empty place. One access to memory finds all of it: reviews
+    // come in no order of cards, so the processor waits for each access.
     struct Slot {
         CardUuid Id;
         uint32_t Card = kNone;
@@ -123,13 +123,13 @@ class ReviewHistory {
     std::vector<CardUuid> mCards;
     // An open hash table, whose size is a power of 2.
     std::vector<Slot> mIndex;
-    // Reviews that were read and whose cards are on the way from memory.
+    // Reviews that were read while their cards are on the way from memory.
     std::array<ReviewRecord, 16> mPending;
     size_t mPendingCount = 0;
     int64_t mForeignLines = 0;
-    // The bytes of a line whose end was not read yet.
+    // The bytes of a line whose end is not yet read.
     std::string mRest;
-    // Which file was read, and how far.
+    // The file that was read, and how far.
     uint64_t mDevice = 0;
     uint64_t mFile = 0;
     int64_t mOffset = 0;
