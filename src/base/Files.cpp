@@ -22,7 +22,7 @@ namespace {
 
 using Block = std::array<char, 1 << 16>;
 
-// Returns the bytes read, fewer than the block has only at the end of the file; negative on an
+// Returns the number of bytes read, fewer than a block only at the end of the file; negative on an
 // error.
 ssize_t ReadBlock(int file, Block& block) {
     size_t filled = 0;
@@ -114,7 +114,7 @@ int CopyWholeFile(int source, int target) {
             break;
         }
     }
-    // Where neither is offered, and for what came in meanwhile.
+    // Copies plainly where neither is offered, and what was added meanwhile.
     if (::lseek(source, copied, SEEK_SET) < 0 || ::lseek(target, copied, SEEK_SET) < 0) {
         return errno;
     }

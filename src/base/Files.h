@@ -47,12 +47,12 @@ class FileDescriptor {
 // so after a power cut. A file system that cannot do this is no reason to fail.
 void SyncDirectory(const std::filesystem::path& file);
 
-// Copies what is left of one open file to another, where both stand now, and makes it last. Returns
-// 0 or the error's number.
+// Copies the rest of one open file to another, from their present positions, durably. Returns 0 or
+// the error's number.
 int CopyBytes(int source, int target);
 
-// Copies all bytes from one open file to another, which is empty, in the quickest way that the file
-// systems offer, and makes them last. Returns 0 or the error's number.
+// Copies all bytes from one open file to another, empty one, in the quickest way that the file
+// systems offer, durably. Returns 0 or the error's number.
 int CopyWholeFile(int source, int target);
 
 // Compares two open files from their first byte, the second as the disk has it. Returns 0 when they

@@ -27,7 +27,7 @@ std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {
     for (int i = 0; i < argc; ++i) {
         wxString word(argv[i], wxConvLibc);
         if (word.empty()) {
-            // Bytes that are no text in the locale become one character each, so that nothing is
+            // Bytes that are not text in the locale become one character each, so that nothing is
             // lost.
             word = wxString(argv[i], wxConvISO8859_1);
         }

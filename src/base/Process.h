@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-// What the process says to the world around its windows and in which language, and how it ends when
-// it does not end well.
+// The process's language, its output outside the windows, and how it ends on a failure.
 
 // Sets characters and messages to the user's locale, or to UTF-8 where that has only single bytes,
 // and numbers to a decimal point in any locale. Call it first in main.
@@ -19,7 +18,7 @@ std::vector<std::wstring> ReadCommandWords(int argc, char** argv);
 // Translates the program's texts into the user's language, if a catalogue for it is installed.
 void SetUpTranslations();
 
-// A good end is 0.
+// Success is 0.
 enum ExitCode : int {
     // The command line was refused, or an option could not do its work.
     kExitRefused = 1,
@@ -35,7 +34,7 @@ enum ExitCode : int {
 // Prints a text on standard output, as it stands.
 void PrintText(const wxString& text);
 
-// Prints a line on standard error, behind the program's name.
+// Prints a line on standard error, after the program's name.
 void PrintError(const wxString& text);
 
 // Takes the failures that the program cannot survive. The store calls Report when the engine

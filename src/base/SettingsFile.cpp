@@ -20,24 +20,24 @@
 //     StudyFramePosition=100,80,640,480
 //
 // in ~/.config/Velomind.conf. Every access parses the file, does one thing and, after a write,
-// replaces the file. That is slow for a thousand values and right for twenty: nothing is cached, so
-// two windows, or an editor of the user's, never disagree with the program. The user may edit the
-// file, copy it from another computer or keep it behind a link, so whatever stands in it counts as
-// input: a value that makes no sense gives its default, and a file that is not ours to use (a pipe,
-// a directory, one without the right to read) is left alone.
+// replaces the file. That is too slow for a thousand values and right for twenty: nothing is
+// cached, so two windows, or an editor of the user's, never disagree with the program. The user may
+// edit the file, copy it from another computer or keep it behind a link, so whatever stands in it
+// counts as input: a value that makes no sense gives its default, and a file that is not ours to
+// use (a pipe, a directory, one without the right to read) is left alone.
 
 namespace {
 
 wxString ConfigurationDirectory() {
     wxString directory;
-    // The rules of this variable want a relative path ignored.
+    // The rules of this variable say to ignore a relative path.
     if (wxGetEnv("XDG_CONFIG_HOME", &directory) && wxIsAbsolutePath(directory)) {
         return directory;
     }
     return wxFileName::GetHomeDir() + "/.config";
 }
 
-// Returns the file itself where its name is a link, since writing replaces what it is given.
+// Returns a link's target, since writing replaces the file that it is given.
 wxString FilePath(const wxString& application) {
     const wxString path = ConfigurationDirectory() + "/" + application + ".conf";
     std::error_code error;
@@ -81,7 +81,7 @@ class NoAsserts {
 };
 
 // The library's configuration over the text of the file. The library can open and write the file by
-// itself too, but then speaks up several times about a file that it cannot use, and writes it in
+// itself too, but then complains several times about a file that it cannot use, and writes it in
 // place. This class reads the text once, and at its end writes the changed text to a temporary file
 // that takes the other's name, so that a crash leaves the old settings or the new ones.
 class SettingsFile final : public wxFileConfig {
@@ -126,7 +126,7 @@ class SettingsFile final : public wxFileConfig {
   private:
     bool Store() {
         const wxLogNull quiet;
-        // A directory that cannot be made shows in what follows.
+        // A failure to make the directory shows in the next step.
         wxFileName(mPath).Mkdir(wxS_IRUSR | wxS_IWUSR | wxS_IXUSR, wxPATH_MKDIR_FULL);
         wxTempFileOutputStream file(mPath);
         return file.IsOk() && Save(file) && file.Commit();

@@ -6,8 +6,8 @@
 
 class wxConfigBase;
 
-// The file in which the user's choices are kept between runs, and the choices that concern the
-// program without its windows. Those of the windows are in shell/Settings.h.
+// The file in which the user's choices are kept between runs, and the choices that do not concern
+// windows. Those of the windows are in shell/Settings.h.
 
 // The name that the settings are kept under.
 constexpr const char* kApplicationName = "Velomind";
@@ -16,13 +16,13 @@ constexpr const char* kApplicationName = "Velomind";
 constexpr char kSettingDatabasePath[] = "DatabasePath";
 constexpr char kSettingCurrentCategoryId[] = "CurrentCategoryId";
 constexpr char kSettingBackups[] = "Backups";
-// Empty for the usual one.
+// Empty for the usual directory.
 constexpr char kSettingBackupDirectory[] = "BackupDirectory";
 constexpr char kSettingLeastBackups[] = "LeastBackups";
 
 // Opens the configuration file of an application for a single access; the end of the object writes
-// what was changed. The file lies in the user's configuration directory (XDG_CONFIG_HOME, else
+// the changes. The file lies in the user's configuration directory (XDG_CONFIG_HOME, else
 // ~/.config), which the first write makes. A file that is not a plain, readable one counts as empty
-// and is never replaced. Nothing is said about what cannot be read; that settings cannot be kept is
-// said once while the program runs, through the log.
+// and is never replaced. Unreadable content is ignored silently; a failure to keep settings is
+// logged once while the program runs.
 std::unique_ptr<wxConfigBase> OpenSettingsFile(const wxString& application);

@@ -33,9 +33,9 @@ namespace {
 constexpr long kPatienceMilliseconds = 2000;
 constexpr unsigned long kRetryMilliseconds = 20;
 // A call to the front is this letter and the caller's activation token, which may be empty. A file
-// to open follows behind a zero byte.
+// to open follows after a zero byte.
 constexpr char kCallToFront = 'f';
-// The longest token that is taken, in bytes. Those of desktops stay below half of it.
+// The longest token accepted, in bytes. Those of desktops stay below half of it.
 constexpr size_t kLongestToken = 255;
 // The longest path that the system takes.
 constexpr size_t kLongestPath = 4096;
@@ -74,7 +74,7 @@ wxString ReadToken(const char* bytes, size_t length) {
 }
 
 // Splits the path of a file off a call. Returns an empty text, with the length unchanged, unless a
-// path from the root stands behind the token.
+// path from the root follows the token.
 wxString TakeFile(const char* bytes, size_t& length) {
     const char* const zero = std::find(bytes, bytes + length, '\0');
     if (bytes + length - zero < 2 || zero[1] != '/') {
@@ -111,8 +111,8 @@ wxString FindRuntimeDirectory() {
 
 std::string TakeActivationToken() {
     std::string token;
-    // The later name counts, on which today's desktops agree. GTK removes the other itself, and a
-    // program that this one starts must not take either for its own.
+    // The later name counts, on which today's desktops agree. GTK removes the other itself;
+    // programs started from here must not see either.
     for (const char* const name : {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"}) {
         const char* const value = std::getenv(name);
         if (value != nullptr && *value != '\0') {
@@ -233,7 +233,7 @@ void SingleInstance::Listen(CallHandler onCalled) {
         return;
     }
     FileDescriptor listener = OpenSocket();
-    // Any socket there was left by a process that broke down, since the lock is ours.
+    // Any socket there was left by a crashed process, since the lock is ours.
     unlink(address.sun_path);
     const mode_t before = umask(S_IXUSR | S_IRWXG | S_IRWXO);
     const bool isBound = bind(listener.Get(), Generic(address), sizeof(address)) == 0;

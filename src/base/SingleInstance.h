@@ -35,9 +35,9 @@ class SingleInstance : private wxEventLoopSourceHandler {
 
     enum class Standing {
         First,
-        // Another process is the first, and has been greeted.
+        // Another process is the first and has been greeted.
         Second,
-        // The lock cannot be used, or its holder does not listen. GetProblem tells which.
+        // The lock cannot be used, or its holder does not listen; GetProblem tells which.
         Unclear
     };
 
@@ -53,14 +53,14 @@ class SingleInstance : private wxEventLoopSourceHandler {
 
     // Tries to take the lock, and greets the other process if that holds it. A greeting needs no
     // answer, so a busy first process keeps nobody waiting; one that is just starting or ending has
-    // two seconds to listen or to go. A first process stays the first when it asks again.
+    // two seconds to listen or to end. A first process stays the first when it asks again.
     Standing BecomeFirst(Greeting greeting);
     // Returns why the standing is unclear, as a text for the user.
     const wxString& GetProblem() const { return mProblem; }
 
     // Starts to listen, in the first process. The event loop calls the function when another
     // process asks this one to the front, with the other's activation token and the path of the
-    // file to open. Either is empty when it has none or sends something else.
+    // file to open. Either may be empty.
     using CallHandler = std::function<void(const wxString& token, const wxString& file)>;
     void Listen(CallHandler onCalled);
     void StopListening();

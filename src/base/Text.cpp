@@ -59,7 +59,7 @@ wxString CutWithEllipsis(const wxString& text, size_t most) {
 
 namespace {
 
-// More than any column shows.
+// More characters than any column shows.
 constexpr size_t kLongestCell = 500;
 constexpr size_t kLongestName = 200;
 
@@ -100,7 +100,8 @@ bool IsDigit(wchar_t character) {
     return character >= L'0' && character <= L'9';
 }
 
-// A number's shape at the front of a text: where its digits lie and whether a minus stands before.
+// The shape of a number at the front of a text: the place of its digits, and whether a minus
+// precedes them.
 struct Digits {
     const wchar_t* first;
     const wchar_t* last;
@@ -120,7 +121,7 @@ Digits FindDigits(const wchar_t* text, const wchar_t* end) {
     return {text, last, negative};
 }
 
-// The magnitude of the digits, no greater than limit + 1, which stands for "too great".
+// Returns the magnitude of the digits, at most limit + 1, which means "too great".
 uint64_t Magnitude(const Digits& digits, uint64_t limit) {
     uint64_t magnitude = 0;
     for (const wchar_t* digit = digits.first; digit != digits.last; ++digit) {
@@ -132,7 +133,7 @@ uint64_t Magnitude(const Digits& digits, uint64_t limit) {
     return magnitude;
 }
 
-// The number as a 32-bit unsigned conversion gives it: saturated, and negated modulo 2^32.
+// Returns the number of a 32-bit unsigned conversion: saturated, and negated modulo 2^32.
 uint32_t UnsignedValue(const Digits& digits) {
     constexpr uint64_t kLimit = std::numeric_limits<uint32_t>::max();
     const uint64_t magnitude = Magnitude(digits, kLimit);
@@ -192,7 +193,7 @@ bool ParseDecimal(const wxString& text, double& value) {
         return false;
     }
     if (result.ec == std::errc::result_out_of_range) {
-        // Too small to tell from nothing is as good as 0; too great has no value.
+        // A number too small counts as 0; one too great has no value.
         number = std::strtod(ascii.c_str(), nullptr);
         if (std::isinf(number)) {
             return false;

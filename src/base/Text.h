@@ -6,15 +6,15 @@
 #include <cstdint>
 #include <string_view>
 
-// Returns whether the whole program takes the character for white space: all that the platform's
-// wide classification calls space, and U+00A0, U+2007, U+202F and U+3000, which some platforms
-// leave out.
+// Returns whether the character is white space for the whole program: all that the platform's wide
+// classification calls space, and U+00A0, U+2007, U+202F and U+3000, which some platforms leave
+// out.
 bool IsWideSpace(wchar_t character);
 
 // Returns the text without the white space at both of its ends.
 wxString TrimWide(const wxString& text);
 
-// Returns the same as a part of the text, which is not copied.
+// Returns the same as a view into the text.
 std::wstring_view TrimView(std::wstring_view text);
 
 // Return every letter in lower case, character by character (towlower), whatever the script. The
@@ -24,18 +24,17 @@ std::wstring_view TrimView(std::wstring_view text);
 wchar_t LowerWide(wchar_t character);
 wxString LowerWide(const wxString& text);
 
-// Returns the text itself, or its beginning and an ellipsis, which together are as long as that,
-// when it has more characters. The length is at least 1.
+// Returns the text, or, if it has more than that many characters, its beginning and an ellipsis,
+// together that long. The length is at least 1.
 wxString CutWithEllipsis(const wxString& text, size_t most);
 
-// The next two return what a window shows of a text that may be of any length and have line breaks:
-// one bounded line, so that drawing is quick and a dialog keeps its size. The store has the whole
-// text.
+// The next two shorten a text of any length, with line breaks, to the one bounded line that a
+// window shows, so that drawing is quick and a dialog keeps its size.
 
-// For a cell of a list, which cuts what does not fit.
+// For a cell of a list, which cuts a text that does not fit.
 wxString CellText(const wxString& text);
 
-// For a name in a row, a menu or a message. An ellipsis stands for what is left out.
+// For a name in a row, a menu or a message. An ellipsis replaces the rest.
 wxString ShownName(const wxString& name);
 
 // Returns the path from the root of the file system. A relative path counts from the current
@@ -54,12 +53,12 @@ bool ParseWholeNumber(const wxString& text, int32_t& value);
 bool ParseDecimal(const wxString& text, double& value);
 
 // Reads the number at the front of a stored value or width: white space, one sign, digits. Leaves
-// in rest the position behind the last digit. A number out of range becomes the nearest one in it.
+// in rest the position after the last digit. A number out of range becomes the nearest one in it.
 // Returns false, with nothing changed, when there is no digit.
 bool ParseLeadingInteger(const wxString& text, int32_t& value, size_t& rest);
 
 // Reads an unsigned number in base 10 from position on, by the rules of a 32-bit conversion that
-// stops at the first character that is no digit: white space, one sign, digits. Moves position
-// behind the last digit; without a digit the result is 0 and position stays. A magnitude beyond
-// 4294967295 gives 4294967295, and a minus negates modulo 2^32.
+// stops at the first character that is no digit: white space, one sign, digits. Moves position past
+// the last digit; without a digit the result is 0 and position stays. A magnitude beyond 4294967295
+// gives 4294967295, and a minus negates modulo 2^32.
 uint32_t ReadUnsigned(const wxString& text, size_t& position);

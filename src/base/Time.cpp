@@ -17,8 +17,8 @@ int64_t FloorDivide(int64_t number, int64_t divisor) {
     return number % divisor < 0 ? quotient - 1 : quotient;
 }
 
-// The separator and a number below 100 in two digits. An export writes two times for each card, for
-// which the library's formatting is too slow.
+// Writes the separator and a number below 100 in two digits. An export writes two times for each
+// card, for which the library's formatting is too slow.
 char* WriteTwoDigits(char* out, char separator, int number) {
     out[0] = separator;
     out[1] = static_cast<char>('0' + number / 10);

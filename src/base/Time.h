@@ -11,8 +11,8 @@
 // Returns the present moment by the computer's clock.
 wxDateTime CurrentTime();
 
-// Tells the time to all that decides by it. This one is the computer's own clock; a test puts its
-// own in the place, and runs a year of study in a second.
+// Tells the time wherever it decides something. This one is the computer's clock; a test replaces
+// it and runs a year of study in a second.
 class Clock {
   public:
     virtual ~Clock() = default;
@@ -22,9 +22,10 @@ class Clock {
 // The last second of the year 9999. Files and the store hold times from 1970 to there.
 constexpr int64_t kLastTimeStamp = 253402300799;
 
-// Returns the text of a time in files: UTC, "2005-01-02 03:04:05Z". An invalid time has none.
+// Returns the text of a time in files: UTC, "2005-01-02 03:04:05Z"; empty for an invalid time.
 wxString FormatTimeStamp(const wxDateTime& time);
-// Writes the same for a time in seconds since 1970 into room for the longest, and returns the end.
+// Writes the same for a time in seconds since 1970 into a buffer of this length, and returns the
+// end.
 constexpr size_t kTimeStampLength = 32;
 char* WriteTimeStamp(char* out, int64_t seconds);
 

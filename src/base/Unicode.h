@@ -6,9 +6,8 @@
 #include <cstdint>
 #include <string>
 
-// Texts are characters inside the program and bytes or 16-bit units outside of it. Nothing that
-// comes from outside is refused: what is no character becomes U+FFFD, so no text is ever lost
-// whole.
+// Texts are characters inside the program and bytes or 16-bit units outside of it. Nothing from
+// outside is refused: what is no character becomes U+FFFD, so no text is ever lost as a whole.
 
 constexpr char32_t kReplacement = 0xFFFD;
 
@@ -39,12 +38,12 @@ inline char* PutUtf8(char32_t point, char* out) {
     return out;
 }
 
-// One character of a text in UTF-8, or a part of it that is none.
+// One character of a text in UTF-8, or a part that is not a character.
 struct Utf8Step {
     enum Kind {
         kWhole,
         kBroken,
-        // The bytes end within what may still become a character.
+        // The bytes end within a possible character.
         kCut
     };
     Kind What;
@@ -54,10 +53,10 @@ struct Utf8Step {
     char32_t Character;
 };
 
-// Reads what is at the front of the bytes, of which there is at least one. A broken part is as long
-// as it could have been the beginning of a character: E6 BC "z" is one broken part of two bytes and
-// a z, ED A0 80 (a surrogate) is three broken parts. Every reader of the program counts like this,
-// so that the same broken file shows as many U+FFFD everywhere.
+// Reads the front of the bytes, of which there is at least one. A broken part is as long as it
+// could have been the beginning of a character: E6 BC "z" is one broken part of two bytes and a z,
+// ED A0 80 (a surrogate) is three broken parts. Every reader of the program counts like this, so
+// that the same broken file shows as many U+FFFD everywhere.
 Utf8Step ReadUtf8(const uint8_t* bytes, const uint8_t* end);
 
 // Returns the text as UTF-8, of any length and with any NUL in it.

@@ -9,7 +9,7 @@
 
 class wxWindow;
 
-// A long job as the window that shows its progress sees it. Called on the main thread only.
+// A long job as its progress window sees it. Main thread only.
 class ProgressSource {
   public:
     virtual ~ProgressSource() = default;
