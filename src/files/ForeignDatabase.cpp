@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int kGreatestValue = 64 << 20;
-// The engine looks for a cancel after so many of its instructions, about a millisecond.
+// The engine checks for a cancel after this many of its instructions, about a millisecond.
 constexpr int kStepsBetweenLooks = 10000;
 
 struct Finalizer {
@@ -18,8 +18,8 @@ struct Finalizer {
 };
 using StatementPointer = std::unique_ptr<sqlite3_stmt, Finalizer>;
 
-// Reading of stored columns is all that a statement may do. Whatever a schema would compute with a
-// function is refused when the statement is prepared.
+// Lets a statement only read stored columns. One for which the schema would compute something with
+// a function is refused when it is prepared.
 int AllowReading(void*, int action, const char*, const char*, const char*, const char*) {
     switch (action) {
         case SQLITE_SELECT:
@@ -35,7 +35,7 @@ int LookForCancel(void* isCancelled) {
     return isCancelled != nullptr && *static_cast<const std::atomic<bool>*>(isCancelled) ? 1 : 0;
 }
 
-// Some programs order names by a collation of their own. Nothing here depends on their order.
+// Some programs have a collation of their own for names. Nothing here depends on its order.
 int CompareIgnoringCase(void*, int oneSize, const void* one, int otherSize, const void* other) {
     const auto* const left = static_cast<const unsigned char*>(one);
     const auto* const right = static_cast<const unsigned char*>(other);
@@ -58,7 +58,7 @@ std::string JoinColumns(const std::vector<const char*>& columns) {
     return joined;
 }
 
-// The path as an address, which can say that nobody writes the file meanwhile.
+// Returns the path as an address, which can say that nobody writes the file meanwhile.
 std::string ImmutableAddress(const wxString& path) {
     std::string address = "file:";
     for (const char byte : ToUtf8(path)) {
@@ -89,7 +89,7 @@ wxString ForeignDatabase::Row::Text(int column) const {
 }
 
 std::string ForeignDatabase::Row::Bytes(int column) const {
-    // The text first: it may convert the value, and the size is that of the converted one.
+    // Reads the text first: that may convert the value, and the size is the converted one's.
     const void* const bytes =
         sqlite3_column_type(mpStatement, column) == SQLITE_BLOB
             ? sqlite3_column_blob(mpStatement, column)
@@ -117,14 +117,14 @@ int ForeignDatabase::Open(const wxString& path, const std::atomic<bool>* isCance
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
-    // A column that is missing is a failure and not a text.
+    // Makes a missing column a failure instead of a text.
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_create_collation(mpHandle, "unicase", SQLITE_UTF8, nullptr, CompareIgnoringCase);
     sqlite3_exec(mpHandle, "PRAGMA cell_size_check=ON;", nullptr, nullptr, nullptr);
     sqlite3_progress_handler(mpHandle, kStepsBetweenLooks, LookForCancel,
                              const_cast<std::atomic<bool>*>(isCancelled));
     sqlite3_set_authorizer(mpHandle, AllowReading, nullptr);
-    // The engine looks at the file only now.
+    // The engine reads the file only now.
     const StatementPointer probe(Prepare("SELECT name FROM sqlite_master"));
     const int result = probe == nullptr ? SQLITE_ERROR : sqlite3_step(probe.get());
     return result == SQLITE_ROW || result == SQLITE_DONE ? 0 : -1;

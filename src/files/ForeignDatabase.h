@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
-// A database file of another program, to read rows from. The file is data, never code: it is opened
-// for reading only, only plain tables are read, and nothing that its schema would compute is run.
+// Reads rows from a database file of another program. The file is data, never code: it is opened
+// only for reading, only plain tables are read, and nothing that its schema would compute is run.
 // The file must not change meanwhile, so a file in use by its program has to be copied first.
 //
-// Columns of other programs hold whatever they like: a value asked for as a number or a text is
-// converted as the engine does, and what cannot be converted is 0 or empty.
+// Such columns may hold anything: a value read as a number or a text is converted as the engine
+// does, and one that cannot be converted is 0 or empty.
 class ForeignDatabase {
   public:
     // The present row while a visitor looks at it. Columns count from 0.
@@ -24,9 +24,9 @@ class ForeignDatabase {
         explicit Row(sqlite3_stmt* statement) : mpStatement(statement) {}
         int64_t Int64(int column) const;
         double Double(int column) const;
-        // Invalid UTF-8 has U+FFFD in its place.
+        // Returns the text, with U+FFFD for invalid UTF-8.
         wxString Text(int column) const;
-        // The bytes of a text or blob.
+        // Returns the bytes of a text or blob.
         std::string Bytes(int column) const;
 
       private:
@@ -40,23 +40,23 @@ class ForeignDatabase {
     ForeignDatabase(const ForeignDatabase&) = delete;
     ForeignDatabase& operator=(const ForeignDatabase&) = delete;
 
-    // 0, or -1 when the file is no database of the engine. Readings fail early once the flag is
-    // true, which is not owned and may be null.
+    // Returns 0, or -1 when the file is no database of the engine. Reading fails early once the
+    // flag is true, which is not owned and may be null.
     int Open(const wxString& path, const std::atomic<bool>* isCancelled = nullptr);
 
-    // True for a plain table of that name whose columns are all stored.
+    // Returns true for a plain table of that name whose columns are all stored.
     bool HasTable(const char* table);
 
     // Shows the columns of each row of a table, in the order of the rows' numbers. The names must
-    // be those of a program's own code. "rowid" is a column too. Returns 0, or -1 when the table or
-    // a column is missing or a page cannot be read.
+    // be literals of the program. "rowid" is a column too. Returns 0, or -1 when the table or a
+    // column is missing or a page cannot be read.
     int ReadAll(const char* table, const std::vector<const char*>& columns, const Visitor& visit);
-    // The same of the one row with that number. No such row is success. A table is read by the same
-    // columns each time. Used by one thread at a time, as all of the object.
+    // The same for the one row of that number. A missing row is success. Pass the same columns of a
+    // table each time. Like the whole object, for one thread at a time.
     int ReadRow(const char* table, const std::vector<const char*>& columns, int64_t rowId,
                 const Visitor& visit);
 
-    // The engine's text of the last failure.
+    // Returns the engine's text of the last failure.
     wxString GetError() const;
 
   private:

@@ -129,7 +129,7 @@ std::optional<std::string> PageFile::Content(std::string_view page, size_t offse
         return std::nullopt;
     }
     mBytesLeft -= length;
-    // How much of a long content lies in the page itself, by the rules of the file form.
+    // The part of a long content in the page itself, by the rules of the file format.
     const size_t most = isTable ? mUsable - 35 : (mUsable - 12) * 64 / 255 - 23;
     const size_t least = (mUsable - 12) * 32 / 255 - 23;
     size_t local = static_cast<size_t>(length);
@@ -201,7 +201,7 @@ void PageFile::ReadRows(size_t number, PageKind kind, const Visit& visit) const 
     if (page[start] != static_cast<char>(kind)) {
         return;
     }
-    // In front of each entry of an inner page stands the number of the page below it.
+    // Before each entry of an inner page stands the number of the page below it.
     const bool isInner = kind == PageKind::kIndexInner;
     const size_t places = start + (isInner ? 12 : 8);
     const size_t count = std::min<size_t>(Number(page, start + 3, 2), mUsable / 4);

@@ -75,7 +75,7 @@ wxString FormatBackupTime(const wxDateTime& time) {
 bool ParseBackupTime(const wxString& text, wxDateTime& time) {
     const wxString stamp = text.Left(4) + "-" + text.Mid(4, 2) + "-" + text.Mid(6, 2) + " " +
                            text.Mid(9, 2) + ":" + text.Mid(11, 2) + ":" + text.Mid(13, 2) + "Z";
-    // Only a text that is written the same again is one of ours.
+    // Only a text that comes out the same again is one of ours.
     return ParseTimeStamp(stamp, time) == 0 && FormatBackupTime(time) == text;
 }
 
@@ -83,7 +83,8 @@ wxString BackupName(const wxString& stem, const wxDateTime& time, BackupCause ca
     return stem + "." + FormatBackupTime(time) + "." + RowOf(cause).Word + kExtension;
 }
 
-// Reads the part of a name behind the stem, ".20261125T093000Z.import.vlm". False for other files.
+// Reads the part of a name after the stem, ".20261125T093000Z.import.vlm". Returns false for other
+// files.
 bool ParseBackupName(const wxString& rest, StoreBackup& backup) {
     for (const CauseRow& row : kCauses) {
         const wxString end = wxString(".") + row.Word + kExtension;
@@ -97,7 +98,7 @@ bool ParseBackupName(const wxString& rest, StoreBackup& backup) {
     return false;
 }
 
-// The cards of a store in the order of their identities.
+// Walks the cards of a store in the order of their identities.
 class CardWalk {
   public:
     explicit CardWalk(Database& database)
@@ -119,7 +120,7 @@ class CardWalk {
     int64_t RowId() const { return mRun.ColumnInt64(kRowIdColumn); }
 
   private:
-    // Numbers are compared as such: their texts would have to be made for each card.
+    // Compares numbers as numbers, since their texts would have to be made for each card.
     bool IsSame(const CardWalk& other, int first, int end) const {
         for (; first < end; ++first) {
             const bool isText = first < 3 || first == 4 || first == 5 || first == 9;
@@ -151,8 +152,8 @@ int MakeDirectories(const fs::path& directory) {
     return error.value();
 }
 
-// Removes copies of a store that were never finished, as the program or the system ended. Another
-// program may be about to finish a new one.
+// Removes copies of a store that were never finished because the program or the system ended.
+// Leaves new ones, which another program may be about to finish.
 void RemoveUnfinished(const fs::path& directory, const wxString& storePath) {
     const auto limit = fs::file_time_type::clock::now() - std::chrono::hours(1);
     const wxString stem = StemOf(storePath) + ".";
@@ -267,7 +268,7 @@ int CopyOpenStore(Database& database, const wxString& target) {
     if (GenerateUuid(unique) != 0) {
         return EIO;
     }
-    // The name is given only to a copy that is known to be whole.
+    // Only a copy that is known to be whole gets the name.
     const wxString unfinished = target + "." + FormatUuid(unique).Left(8) + kUnfinished;
     int32_t expected = 0;
     int error = database.CopyFile(unfinished, expected);
@@ -361,7 +362,7 @@ int StoreBackups::MakeCopy(const wxString& storePath, BackupCause cause, const w
     const fs::path directory = ToPath(GetDirectory());
     int error = MakeDirectories(directory);
     RemoveUnfinished(directory, storePath);
-    // Two in one second have two names.
+    // Two backups in one second get two names.
     for (wxDateTime time = now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
         const wxString name = BackupName(StemOf(storePath), time, cause);
         error = copy(FromPath(directory / ToPath(name)));

@@ -10,7 +10,7 @@
 
 #include "store/Database.h"
 
-// Whole copies of a store that are made by themselves before something changes much of it.
+// Whole copies of a store, made automatically before larger changes.
 //
 // A backup is a store file like any other. It lies in a directory of its own and is named by the
 // store, the time in UTC and the cause:
@@ -22,7 +22,7 @@
 // stores of the same file name share their row.
 
 enum class BackupCause : uint8_t {
-    // Before the first change of a day.
+    // Made before the first change of a day.
     kDay,
     kImport,
     kMerge,
@@ -47,16 +47,15 @@ struct BackupSettings {
     bool IsOn = true;
     // Empty for GetBackupDirectory.
     wxString Directory;
-    // So many of the newest always stay.
+    // The newest backups that are never deleted.
     size_t Least = 10;
-    // What all backups of a store may take together. The oldest go first, but never the newest
+    // The room for all backups of a store together. The oldest go first, but never the newest
     // Least.
     uint64_t MostBytes = uint64_t{2} << 30;
 };
 
-// Returns the settings of the user for a backup of that cause. Before a restoration, which may go
-// back to the oldest backup, one is made whatever the settings say, and none goes; one that was
-// asked for is made as well.
+// Returns the user's settings for a backup of that cause. Whatever the settings say, one is made on
+// request and before a restoration, which deletes none, as it may go back to the oldest.
 BackupSettings ReadBackupSettings(BackupCause cause = BackupCause::kDay);
 
 // Returns velomind/backups in the user's data directory (XDG_DATA_HOME, else ~/.local/share).
@@ -65,40 +64,40 @@ wxString GetBackupDirectory();
 // Returns what a window calls the cause.
 wxString NameOfCause(BackupCause cause);
 
-// Returns the backups of a store in the directory, the newest first. Files of other names are
-// passed over. The store itself need not exist.
+// Returns the backups of a store in the directory, the newest first. Skips files of other names.
+// The store itself need not exist.
 std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& storePath);
 
-// What thinning would do. All of the last two days stay, the newest of each day for 31 days, and
-// the newest of each month for ever; at least settings.Least stay, the newest ones.
+// What thinning would do. It keeps all of the last two days, the newest of each day for 31 days,
+// the newest of each month for ever, and always the newest settings.Least.
 struct BackupThinning {
     std::vector<StoreBackup> Gone;
-    // Those that would stay by their age, but go as all together take more than MostBytes.
+    // Backups that would stay by age, but go because all together take more than MostBytes.
     size_t GoneBySize = 0;
-    // True when what stays takes more all the same.
+    // True when the remaining ones still take more.
     bool IsOverLimit = false;
 };
-// Decides by the arguments alone; days and months are those of the local time zone. The backups are
-// the newest first.
+// Decides by the arguments alone; days and months are in the local time zone. The newest backup
+// comes first.
 BackupThinning ThinBackups(const std::vector<StoreBackup>& backups, const wxDateTime& now,
                            const BackupSettings& settings);
 
-// Copies an open store, as it is now, to a file that is not there, and opens the copy to see that
-// it is a store of as many cards. The store stays open; others can read it meanwhile. Returns 0, or
-// the system's number of the error, with nothing left behind.
+// Copies an open store, as it is now, to a new file, and opens the copy to check that it is a store
+// with as many cards. The store stays open; others can read it meanwhile. Returns 0, or the
+// system's number of the error, with nothing left behind.
 int CopyOpenStore(Database& database, const wxString& target);
 
-// Puts a copy of a backup, which is opened first, in the place of a store. Nobody may have the
-// store open. Returns 0, or the system's number of the error with the store as it was; EILSEQ when
+// Checks a backup by opening it, and puts a copy of it in the place of a store, which nobody may
+// have open. Returns 0, or the system's number of the error with the store as it was; EILSEQ when
 // the backup is no store.
 int RestoreBackup(const wxString& backup, const wxString& storePath);
 
-// What a store has now, seen from a backup of it.
+// How a store differs from a backup of it.
 struct StoreDifference {
     int32_t BackupCards = 0;
-    // Cards of the store that the backup does not have.
+    // Cards of the store that the backup lacks.
     int32_t Added = 0;
-    // Row ids, in the backup, of cards that the store does not have. Each can be brought back by
+    // Row ids, in the backup, of cards that the store lacks. Each can be brought back by
     // SelectCardByRowId from the backup and InsertFlashCard into the store.
     std::vector<int64_t> MissingRowIds;
     // Cards whose texts, category or exclusions differ.
@@ -109,29 +108,28 @@ struct StoreDifference {
 // Returns 0, or a negative value when either cannot be read.
 int CompareStores(Database& store, Database& backup, StoreDifference& difference);
 
-// Keeps the backups of a store by the settings. Lives with the store that is open; Make may be
-// called on any thread, one at a time, and needs no window.
+// Keeps the backups of the open store as the settings say. Make may be called on any thread, one at
+// a time, and needs no window.
 class StoreBackups {
   public:
-    // Told of what the user should know, in whole sentences. A disk that is full is told of once
-    // until a backup succeeds again, and so is a size limit that is passed. Called on the thread of
-    // Make.
+    // Receives what the user should know, in whole sentences. A full disk and a passed size limit
+    // are reported once until a backup succeeds again. Called on the thread of Make.
     using Tell = std::function<void(const wxString& text)>;
 
     StoreBackups(const BackupSettings& settings, Tell tell);
 
-    // Makes a backup and thins out the older ones. Returns 0, also when backups are off or there is
-    // nothing to keep (a store without cards); else the system's number of the error. A failure is
-    // told and is no reason to stop what was to be done.
+    // Makes a backup and thins out the older ones. Returns 0, also when backups are off or the
+    // store has no cards; else the system's number of the error. A failure is reported and must not
+    // stop the caller.
     int Make(Database& database, BackupCause cause, const wxDateTime& now);
 
     // The same for a store file that nobody has open. One that cannot be opened is copied byte by
-    // byte, with what the engine left beside it.
+    // byte, with the engine's files beside it.
     int MakeOfFile(const wxString& path, BackupCause cause, const wxDateTime& now);
 
-    // True when a store needs no backup of that day any more.
+    // Returns true when a store needs no more backup of that day.
     bool IsDayDone(const wxString& storePath, const wxDateTime& now) const;
-    // Makes the backup of a day unless one was made on that day. For Database::SetBeforeChange.
+    // Makes the backup of a day unless that day has one. For Database::SetBeforeChange.
     void MakeDaily(Database& database, const wxDateTime& now);
 
   private:
@@ -145,9 +143,9 @@ class StoreBackups {
 
     const BackupSettings mSettings;
     const Tell mTell;
-    // The last text told, so that none is told twice in a row.
+    // The last text reported, so that none is repeated.
     wxString mTold;
-    // The local day on which MakeDaily last did its work, and the store that it did it for.
+    // The local day on which MakeDaily last did its work, and for which store.
     wxDateTime mDay;
     wxString mDayStore;
 };

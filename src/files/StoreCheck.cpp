@@ -14,17 +14,17 @@ namespace {
 using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
 using StatementHandle = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 
-// The engine stops at so many faults, which is more than anybody reads.
+// The engine stops at this many faults, more than anybody reads.
 constexpr char kCheckPages[] = "PRAGMA integrity_check(10000)";
 
-// Each asks for all columns that the program reads of one table.
+// Each asks for all columns that the program reads from one table.
 constexpr const char* kColumns[] = {
     "SELECT CardId,Front,Back,CategoryId,Author,Chapter,IntroductionOrder,ForwardX,ReverseX,Notes,"
     "Introduced,LastReview,LastScore,ReviewInterval,Difficulty,NextReview,ERC,RIntroduced,"
     "RLastReview,RLastScore,RReviewInterval,RDifficulty,RNextReview,RERC FROM Cards LIMIT 0",
     "SELECT Id,Name FROM Categories LIMIT 0", "SELECT Key,Value FROM Globals LIMIT 0"};
 
-// Counts rows that mean nothing, and says so with the number of them.
+// Counts rows that mean nothing, and reports their number.
 struct RowCheck {
     const char* Sql;
     const char* Text;
@@ -45,7 +45,7 @@ Handle OpenHandle(const wxString& path, int flags) {
     return {handle, &sqlite3_close};
 }
 
-// The questions to one file.
+// Asks one file the questions.
 class Check {
   public:
     explicit Check(const wxString& path);
@@ -63,7 +63,7 @@ class Check {
 };
 
 Check::Check(const wxString& path) : mHandle(OpenHandle(path, SQLITE_OPEN_READONLY)) {
-    // What stands in the schema of a file from anywhere is data.
+    // The schema of a file from anywhere is data.
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
 }
@@ -74,7 +74,7 @@ void Check::Run() {
     }
 }
 
-// Returns false when the file cannot be asked anything else.
+// Returns false when no further questions to the file make sense.
 bool Check::AskPages() {
     const StatementHandle statement = Prepare(kCheckPages);
     int result = SQLITE_ERROR;

@@ -52,8 +52,8 @@ bool IsPending(const fs::path& companion) {
            std::ifstream(companion, std::ios::binary).get() != 0;
 }
 
-// True when changes wait in one of the engine's files, which would be lost by a move. A store that
-// was closed in good order has none, but perhaps an empty one or one whose zeros say "finished".
+// Returns true when changes wait in one of the engine's files, which a move would lose. A properly
+// closed store has no such file, or an empty one, or one whose zeros say "finished".
 bool HasPendingChanges(const fs::path& store) {
     return std::any_of(std::begin(kCompanions), std::end(kCompanions),
                        [&](const char* suffix) { return IsPending(Beside(store, suffix)); });
@@ -64,10 +64,10 @@ std::string TemporaryName(const fs::path& file) {
     return (file.parent_path() / "velomind-XXXXXX").string();
 }
 
-// The file that has to make room for a store, and the engine's files beside it, set aside until the
-// store is in its place: a journal that stayed would be played back into the store, and one that
-// went before a move that then fails would be missed by the file that stays. They wait in a
-// directory of their own under their own names, where a person can find them after a crash.
+// Sets aside the file that must make room for a store, and the engine's files beside it, until the
+// store is in place: a journal that stayed would be played back into the store, and one deleted too
+// early would be missing if the move fails. They wait in a directory of their own under their own
+// names, where the user can find them after a crash.
 class ReplacedFile {
   public:
     explicit ReplacedFile(const fs::path& file) : mFile(file) {}
@@ -76,9 +76,9 @@ class ReplacedFile {
     ReplacedFile(const ReplacedFile&) = delete;
     ReplacedFile& operator=(const ReplacedFile&) = delete;
 
-    // Sets aside whatever is there. Gives 0, or the error's number.
+    // Sets aside whatever is there. Returns 0, or the error's number.
     int SetAside() { return SetAsideFrom(0); }
-    // The engine's files alone, for a store that takes the place of the file at one stroke.
+    // Sets aside only the engine's files, for a store that replaces the file in one step.
     int SetAsideCompanions() { return SetAsideFrom(1); }
     void Delete();
 
@@ -133,7 +133,7 @@ ReplacedFile::~ReplacedFile() {
     }
     std::error_code error;
     for (auto suffix = kReplaced.rbegin(); suffix != kReplaced.rend(); ++suffix) {
-        // A failure means that the file never was there.
+        // A failure means that the file was never there.
         fs::rename(AsideOf(*suffix), Beside(mFile, *suffix), error);
     }
     fs::remove(mDirectory, error);
@@ -151,7 +151,7 @@ void ReplacedFile::Delete() {
     mDirectory.clear();
 }
 
-// 0 where a store may be put: nothing is there, or a plain file.
+// Returns 0 where a store may be put: where nothing is, or a plain file.
 int CheckTarget(const fs::path& target) {
     std::error_code error;
     switch (fs::status(target, error).type()) {
@@ -246,7 +246,7 @@ int CopyAndDelete(const fs::path& source, const fs::path& target) {
     return 0;
 }
 
-// A file at the target is there until the store is, whatever happens between.
+// A file at the target stays until the store is there, whatever happens in between.
 int Rename(const fs::path& source, const fs::path& target) {
     ReplacedFile replaced(target);
     if (const int error = replaced.SetAsideCompanions()) {
@@ -267,7 +267,7 @@ void CopyLog(const fs::path& source, const fs::path& target) {
     }
 }
 
-// A log that was at the target tells of the store that has gone from there.
+// A log at the target belongs to the store that is gone from there.
 void MoveLog(const fs::path& source, const fs::path& target) {
     const fs::path log = Beside(source, kReviewLogSuffix);
     std::error_code error;
@@ -359,7 +359,7 @@ int MoveStoreFile(const wxString& from, const wxString& to) {
     if (!NamesAFile(to)) {
         return to.empty() ? ENOENT : EINVAL;
     }
-    // A link to the store goes; the file behind it moves.
+    // A link to the store is removed; its target moves.
     const fs::path link = ToPath(from);
     std::error_code error;
     const fs::path source = fs::canonical(link, error);
@@ -400,7 +400,7 @@ int CopyStoreFile(const wxString& from, const wxString& to) {
     std::error_code error;
     const fs::path name = ToPath(MakeStorePathFull(to));
     const bool isLink = fs::is_symlink(name, error);
-    // That nothing is there is no failure.
+    // A missing file is no failure.
     error.clear();
     const fs::path target = isLink ? fs::weakly_canonical(name, error) : name;
     int result = error ? error.value() : CheckTarget(target);
@@ -409,7 +409,7 @@ int CopyStoreFile(const wxString& from, const wxString& to) {
     if (result != 0) {
         return result;
     }
-    // Who might read and write the file that goes may do so with the one that comes.
+    // The new file gets the permissions of the old one.
     const fs::perms permissions = fs::status(target, error).permissions();
     if (fs::exists(target, error)) {
         fs::permissions(copy.GetName(), permissions, error);

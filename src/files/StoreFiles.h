@@ -11,56 +11,56 @@
 // The name that a store file has unless the user says otherwise.
 constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
 
-// Returns the path of the default store, in the user's documents directory, which is made if it
-// does not exist.
+// Returns the path of the default store, in the user's documents directory, which is created if
+// missing.
 wxString GetDefaultStorePath();
 
-// Returns the path of the store that the settings name, or the default one where they name none.
-// IsStored tells which.
+// Returns the path of the store that the settings name, or the default one where they name none or
+// an empty one. isStored tells which.
 wxString GetChosenStorePath(bool& isStored);
 
-// Returns the full form of a path, whether or not the file exists. A text that names no store, the
-// empty one or an address that begins with "file:", stays as it is.
+// Returns the full form of a path, whether or not the file exists. A text that names no store
+// (empty, or an address that begins with "file:") stays as it is.
 wxString MakeStorePathFull(const wxString& path);
 
 // Returns true for one file under two paths: through a link, or a second name.
 bool IsSameFile(const wxString& path, const wxString& other);
 
-// Returns true for a database that has the tables of a store, by whatever name. Must not be asked
-// of the open store, whose locks would be gone.
+// Returns true for a database with the tables of a store, under any name. Do not ask about the open
+// store, whose locks would be lost.
 bool IsStoreOfCards(const wxString& path);
 
-// Returns true for a database of the store's engine, whoever made it, and for the files that the
-// engine keeps beside one. None of them is a text to import. Looks at the first bytes and the name.
+// Returns true for any database of the store's engine, and for the files that the engine keeps
+// beside one. None of them is a text to import. Decides by the first bytes and the name.
 bool IsDatabaseFile(const wxString& path);
 
-// The log of reviews lies beside its store, goes where that goes, and is of use for statistics
-// alone: what cannot be done with it is no failure.
+// The log of reviews lies beside its store and moves with it. Only statistics need it, so an
+// operation on it that fails is ignored.
 constexpr char kReviewLogSuffix[] = ".reviews";
 
-// Returns the path of the log of reviews of a store; empty for the empty path of no store.
+// Returns the path of a store's log of reviews; empty for an empty path.
 wxString ReviewLogPath(const wxString& storePath);
 
-// Copies the log of one store to another one, in the place of a log that may be there. Does nothing
-// when the first one has none.
+// Copies the log of one store to another one, over any log there. Does nothing when the first one
+// has none.
 void CopyReviewLog(const wxString& fromStore, const wxString& toStore);
 
-// Moves the store to another path, over a plain file that may be there, and across file systems if
-// need be. Returns 0, or the system's number of the error; the store then is whole where it was,
-// and so is the file that it was to replace. At no moment are its cards in no file.
+// Moves the store to another path, over any plain file there, and across file systems if need be.
+// Returns 0, or the system's number of the error; then the store is whole where it was, and so is
+// the file that it was to replace. The cards are in some file at every moment.
 int MoveStoreFile(const wxString& from, const wxString& to);
 
-// The way across file systems: copies, compares byte for byte, and only then deletes. Returns 0, or
+// Moves across file systems: copies, compares byte for byte, and only then deletes. Returns 0, or
 // the error's number with the store where it was.
 int CopyAndDeleteStoreFile(const wxString& from, const wxString& to);
 
-// Copies a store over another path, where a plain file may be, and puts it in place at one stroke:
-// at any moment the one or the other is there whole. Returns 0, or the error's number with the file
-// there as it was.
+// Copies a store to another path, over any plain file there, and puts it in place in one step: at
+// any moment one or the other is there, whole. Returns 0, or the error's number with the file there
+// as it was.
 int CopyStoreFile(const wxString& from, const wxString& to);
 
-// Copies a store that nobody can open, with what the engine would need to mend it, to a path where
-// nothing is. Returns 0 or the error's number.
+// Copies a store that nobody can open, with what the engine would need to mend it, to a free path.
+// Returns 0 or the error's number.
 int KeepStoreFile(const wxString& from, const wxString& to);
 
 // Lets the engine take back what a program that has ended left half done in a store file, so that

@@ -1,7 +1,7 @@
 // Saving the rows of a damaged store.
 //
-// The engine gives up a whole table at its first bad page. The rows behind that page are still
-// there, so the pages themselves are read, all of them, in three rounds:
+// The engine gives up a whole table at its first bad page. The rows after that page are still
+// there, so all pages are read one by one, in three rounds:
 //
 //     1. Leaves of tables. A record that begins with an identity is a card; one with a number or
 //        nothing and a name is a category.
@@ -10,9 +10,8 @@
 //        and backs, and that of categories and introduction orders have their texts and places.
 //     3. The cards that were found go into a new store.
 //
-// Pages that the store has given back hold rows of long ago. They are known by the list of free
-// pages and left out. A journal that waits beside the store is played back first, by the engine, in
-// the copy.
+// Freed pages hold rows of long ago. They are known by the list of free pages and left out. A
+// journal that waits beside the store is played back first, by the engine, in the copy.
 
 #include "files/StoreRepair.h"
 
@@ -45,7 +44,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The columns of the table of cards, by their places there.
+// The places of the columns in the table of cards.
 enum CardPlace : size_t {
     kCardId,
     kFront,
@@ -76,7 +75,7 @@ void ReadSchedule(const Record& record, size_t first, CardSchedule& schedule) {
     schedule.ERC = ToInt(record[first + 6]);
 }
 
-// What the pages of a damaged store give, before it becomes a store again.
+// Collects what the pages of a damaged store hold, and makes a store of it.
 class Salvage {
   public:
     explicit Salvage(const PageFile& file) : mFile(file) {}
@@ -88,7 +87,7 @@ class Salvage {
     RepairReport Report;
 
   private:
-    // What indexes say of a card whose row is lost.
+    // What indexes know of a card whose row is lost.
     struct Trace {
         std::optional<CardUuid> CardId;
         std::optional<std::pair<wxString, wxString>> Texts;
@@ -104,7 +103,7 @@ class Salvage {
     int WriteCategory(Database& database, int32_t id, const wxString& name);
 
     const PageFile& mFile;
-    // The keys are row ids, so that the cards come in the order in which they were made.
+    // The keys are row ids, so that the cards stay in the order of their creation.
     std::map<int64_t, FlashCard> mCards;
     std::set<CardUuid> mIds;
     std::map<int32_t, wxString> mCategories;
@@ -163,7 +162,7 @@ void Salvage::ReadIndexes() {
     RemakeCards();
 }
 
-// The last value of an entry is the row id of its card. An index is known by what is before it: an
+// The last value of an entry is the row id of its card. The values before it tell the index: an
 // identity alone, two texts, or two numbers.
 void Salvage::AddEntry(const Record& entry) {
     const auto* const rowId = entry.empty() ? nullptr : std::get_if<int64_t>(&entry.back());

@@ -18,7 +18,7 @@
 
 namespace {
 
-// A smaller store is copied before anybody could read a dialog.
+// A smaller store is copied before anyone could read a dialog.
 constexpr uint64_t kLargeStoreBytes = 100'000'000;
 
 // A worker's warnings are shown once the main thread is idle.
@@ -95,8 +95,7 @@ int ReplaceByNewStore(wxWindow* parent, const wxString& path) {
 
 namespace {
 
-// Writes the backup under another name first, so that the file that may be there stays whole until
-// the backup is.
+// Writes the backup under another name first, so that a file there stays whole until the backup is.
 int WriteBackup(wxWindow* parent, Database& database, const wxString& path) {
     const wxString unfinished = FreePathBeside(path, "unfinished");
     return RunBackup(parent, database.GetPath(), [&] {
@@ -142,7 +141,7 @@ namespace {
 int FindCategory(Database& backup, Database& store, int32_t id, int32_t& found) {
     std::list<Category> then;
     found = -1;
-    // Deleted cards go back to the deleted ones, and so do those whose category is not known.
+    // Deleted cards stay among the deleted ones, and so do those of unknown categories.
     if (id == -1 || backup.SelectCategoryById(id, then) < 0 || then.empty()) {
         return 0;
     }

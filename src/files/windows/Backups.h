@@ -51,11 +51,11 @@ int ReplaceByNewStore(wxWindow* parent, const wxString& path);
 // Asks for a file and writes a backup into it.
 void BackUpWhereWanted(wxWindow* parent, Database& database);
 
-// Puts cards of a backup, by their row ids there, into the store as they were. A category that the
-// store does not have by name is made anew. Returns 0, or a negative value with some of the cards
-// in the store.
+// Puts cards of a backup, by their row ids there, into the store as they were. A category whose
+// name the store lacks is created. Returns 0, or a negative value with some of the cards in the
+// store.
 int BringCardsBack(Database& backup, Database& store, const std::vector<int64_t>& rowIds);
 
-// Returns a path beside a store file at which nothing is: "FlashCards2 repaired.vlm" for the word
-// "repaired", or with a number behind the word.
+// Returns a free path beside a store file: "FlashCards2 repaired.vlm" for the word "repaired", or
+// with a number after the word.
 wxString FreePathBeside(const wxString& storePath, const wxString& word);

@@ -99,7 +99,7 @@ BringBackDialog::BringBackDialog(wxWindow* parent, Database& backup,
         values.push_back(ShownName(card.Back));
         mpCards->AppendItem(values);
     }
-    // The keys go on from the first card.
+    // The keys start at the first card.
     mpCards->SetCurrentItem(mpCards->RowToItem(0));
     mpCards->SelectAll();
 
@@ -165,7 +165,7 @@ void RestoreDialog::CreateControls() {
     mpList->AppendTextColumn(_("Cards"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
     mpList->AppendTextColumn(_("Size"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
 
-    // Four lines, so that the window keeps its size.
+    // Has room for four lines, so that the window keeps its size.
     mpDifference = new wxTextCtrl(this, wxID_ANY, "\n\n\n", wxDefaultPosition,
                                   wxSize(-1, 5 * GetCharHeight() + FromDIP(2 * kFormGap)),
                                   wxTE_MULTILINE | wxTE_READONLY);
@@ -348,7 +348,7 @@ void RestoreDialog::BringBack() {
         other.IsCompared = false;
     }
     row.Difference.MissingRowIds.clear();
-    // The button is about to be disabled, and would take the keys with it.
+    // The button is about to be disabled, which would lose the keys.
     mpList->SetFocus();
     ShowSelected();
 }

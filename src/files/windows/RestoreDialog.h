@@ -18,13 +18,12 @@ class wxDataViewListCtrl;
 class wxTextCtrl;
 struct BackupReader;
 
-// Lists the backups of a store with what differs from now. The dialog opens at once; a worker reads
-// one backup after the other, the selected one first. Ends with wxID_OK when the user wants to go
-// back to the chosen one. Single cards that were deleted since can be brought back at once. Main
-// thread only.
+// Lists the backups of a store and how each differs from it. The dialog opens at once; a worker
+// reads one backup after the other, the selected one first. Ends with wxID_OK when the user wants
+// to go back to the chosen one. Cards deleted since can be brought back singly. Main thread only.
 class RestoreDialog : public wxDialog {
   public:
-    // The open store of that path, or null where it cannot be opened.
+    // Takes the open store of that path, or null when it cannot be opened.
     RestoreDialog(wxWindow* parent, const wxString& storePath, Database* database);
     ~RestoreDialog() override;
 
@@ -35,7 +34,7 @@ class RestoreDialog : public wxDialog {
         StoreBackup Backup;
         bool IsRead = false;
         bool IsReadable = true;
-        // The worker tried to compare it.
+        // True once the worker has tried to compare it.
         bool IsCompared = false;
         StoreDifference Difference;
     };
@@ -67,14 +66,14 @@ class RestoreDialog : public wxDialog {
     wxTimer mTimer;
 };
 
-// Lets the user go back to a backup of the open store, which is backed up first. The Database comes
-// out of it open, and the windows are told.
+// Lets the user go back to a backup of the open store, which is backed up first. Leaves the
+// Database open and tells the windows.
 void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& database);
 
-// Lets the user put a backup in the place of a store file that cannot be opened, which is kept
-// under another name. Returns true when a backup is in its place.
+// Lets the user replace a store file that cannot be opened by a backup, and keeps the file under
+// another name. Returns true when a backup is in its place.
 bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath);
 
-// Puts what can be read of a damaged store file into a new one beside it and tells of it. Returns
+// Puts the readable rows of a damaged store file into a new one beside it and reports it. Returns
 // true and the path of the new one.
 bool RepairUnreadableStore(wxWindow* parent, const wxString& storePath, wxString& repaired);

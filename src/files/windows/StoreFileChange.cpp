@@ -34,7 +34,7 @@ class StoreFileChange {
 
   private:
     bool MayReplace(const wxString& caption) const;
-    // The format takes the system's text of the error.
+    // Fills the system's text of the error into the format.
     void Tell(const wxString& format, int error, const wxString& caption) const;
     // Opens a file in place of the one that was closed, and tells the windows.
     void Reopen(const wxString& path, bool mustExist);
@@ -83,7 +83,7 @@ void StoreFileChange::Create() {
     mDatabase.Close();
     const int error = mExists ? ReplaceByNewStore(mNewPath) : 0;
     if (error != 0) {
-        // The old file would be opened with all its cards, as if it were the new store.
+        // Otherwise the old file would be opened with all its cards, as if it were the new store.
         Tell(_("Unable to replace the store file (%s)"), error, caption);
         Reopen(mCurrentPath, true);
         return;

@@ -10,8 +10,8 @@ class BackupKeeper;
 class Database;
 class wxWindow;
 
-// What a change of the store file needs of the application. A seam for the tests of the change and
-// of the preferences, which answer without a window.
+// What a change of the store file needs from the application. A seam for the tests of the change
+// and of the preferences, which answer without a window.
 class StoreFileActions {
   public:
     virtual ~StoreFileActions() = default;
@@ -36,8 +36,8 @@ class StoreFileActions {
 // In the order in which the choice lists them.
 enum class StoreFileChoice : int { kKeep, kMove, kCreate, kOpen };
 
-// Carries out the choice on the open store, with its questions. The Database comes out of it open:
-// on the new file, or on the old one when the change was refused or failed. The windows are told.
+// Carries out the choice on the open store, with its questions. Leaves the Database open, on the
+// new file, or on the old one when the change was refused or failed, and tells the windows.
 void ChangeStoreFile(StoreFileActions& actions, wxWindow* parent, Database& database,
                      StoreFileChoice choice, const wxString& currentPath, const wxString& newPath);
 

@@ -64,7 +64,7 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 
 namespace {
 
-// Asks what to open in place of a path that failed. False when the user gives up.
+// Asks what to open in place of a path that failed. Returns false when the user gives up.
 bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
     // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
@@ -88,7 +88,7 @@ std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
 }
 
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
-    // A stored choice must still mean the same file when the program starts in another directory.
+    // A stored choice must mean the same file when the program starts in another directory.
     wxString choice = MakeStorePathFull(path);
     AppUpgradeWait wait(parent);
     while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
@@ -193,7 +193,7 @@ void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
         return;
     }
     if (wxFileExists(path)) {
-        // A file that cannot be replaced shows itself when the store is opened.
+        // A failure to replace the file shows when the store is opened.
         ReplaceByNewStore(this, path);
     }
     mpPath->SetValue(path);

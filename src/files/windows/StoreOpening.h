@@ -21,21 +21,21 @@ bool ChooseStoreFileToOpen(wxWindow* parent, wxString& path);
 bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBeforeOverwriting,
                            wxString& path);
 
-// How the program comes to an open store file. Main thread only.
+// Opens a store file for the program. Main thread only.
 
-// Returns a new Database with the stored choice of file open, or the default file where none is
+// Returns a new Database with the stored choice of file open, or the default file if none is
 // stored. Ends the program when none can be opened.
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report);
 
 // Opens the file, and asks the user for another as long as that fails; ends the program when they
-// give up. The path that opened is stored as the choice. The Database must be closed.
+// give up. Stores the path that opened as the choice. The Database must be closed.
 void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
 
 // The same, but returns false, with the Database closed, when the user gives up.
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
 
-// Runs questions to the open store as Database::Try does, and keeps the log silent: true when the
-// store answered all. Whoever asks tells the user of a failure.
+// Runs questions to the open store as Database::Try does, and keeps the log silent. Returns true
+// when the store answered all. The caller tells the user of a failure.
 bool TryQuietly(Database& database, const std::function<void()>& ask);
 
 // Runs the questions that a window asks of the open store before it is shown. While the store fails
@@ -44,7 +44,7 @@ bool TryQuietly(Database& database, const std::function<void()>& ask);
 void AskBeforeWindows(Database& database, const std::function<void()>& ask);
 
 // The recovery dialog, shown when the store file cannot be opened. Ends with kTryAgain and a path,
-// or with kGiveUp; closing it by the title bar or Esc is giving up.
+// or with kGiveUp, which the title bar and Esc mean too.
 class DatabaseOpenFailed : public wxDialog {
   public:
     enum ControlId : int {
