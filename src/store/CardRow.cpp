@@ -40,7 +40,7 @@ int AddFlashCard(const StatementRun& run, std::list<FlashCard>& cards) {
     return 0;
 }
 
-// The loop that all readers of rows share; read gives a negative value for a row that is damaged.
+// The loop that all readers of rows share; read returns a negative value for a damaged row.
 template <typename Reader>
 int ReadRows(StatementRun& run, const char* label, const Reader& read) {
     for (;;) {

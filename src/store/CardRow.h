@@ -8,11 +8,11 @@
 #include "store/FlashCard.h"
 #include "store/Statement.h"
 
-// Where the six schedule columns of each direction begin in the column list for reading a card:
+// The first of a direction's six schedule columns in the column list for reading a card:
 // Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC.
 constexpr int kForwardScheduleColumn = 10;
 constexpr int kReverseScheduleColumn = 16;
-// The row id, which the column list of a walk over due cards has at its end.
+// The row id, at the end of the column list of a walk over due cards.
 constexpr int kRowIdColumn = 22;
 
 // A card as it lies in the store, for whoever looks at many cards and keeps none: nothing is copied
@@ -41,7 +41,7 @@ class CardRow {
     explicit CardRow(const StatementRun& run) : mRun(run) {}
     // 0, or -1 on a bad text.
     int CardId(CardUuid& uuid) const { return mRun.ColumnUuid(0, uuid); }
-    // The same as it is stored, in whatever form.
+    // The same as it is stored, in any form.
     std::u16string_view CardIdText() const { return mRun.ColumnUtf16(0); }
     std::u16string_view Front() const { return mRun.ColumnUtf16(1); }
     std::u16string_view Back() const { return mRun.ColumnUtf16(2); }
@@ -63,7 +63,7 @@ class CardRow {
     const StatementRun& mRun;
 };
 
-// The readers step a run whose arguments are bound. Each returns 0, or -1 on any failure.
+// These step a run whose arguments are bound. Each returns 0, or -1 on any failure.
 
 // Clears the list and reads every row into it.
 int ReadFlashCardRows(StatementRun& run, std::list<FlashCard>& cards);

@@ -39,8 +39,8 @@ constexpr std::array<int8_t, 128> MakeHexDigits() {
     return digits;
 }
 
-// Comparisons would be guessed wrongly by the processor half of the time, and a log of reviews has
-// a million identities.
+// The processor would mispredict half of all comparisons, and a log of reviews has a million
+// identities.
 constexpr std::array<int8_t, 128> kHexDigits = MakeHexDigits();
 
 template <class Character>
@@ -55,7 +55,7 @@ int HexDigit(char16_t character) {
     return HexDigit(static_cast<uint16_t>(character));
 }
 
-// Whether a dash stands before that byte.
+// Returns whether a dash stands before that byte.
 bool HasDash(size_t byte) {
     return byte == 4 || byte == 6 || byte == 8 || byte == 10;
 }
@@ -151,7 +151,7 @@ int GenerateUuid(CardUuid& uuid, RandomSource source) {
 }
 
 CardUuid NamedUuid(const std::string& name) {
-    // Drawn once at random.
+    // Chosen once at random.
     static const uuid_t kNamespace = {0x6b, 0x1f, 0x3c, 0x52, 0x9d, 0x0e, 0x4a, 0x77,
                                       0xb2, 0x48, 0x51, 0xe6, 0x0a, 0xc9, 0x8d, 0x34};
     CardUuid uuid;

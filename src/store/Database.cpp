@@ -121,7 +121,7 @@ int Database::CopyFile(const wxString& target, int32_t& cards) {
     if (reading.Step("CopyFile") < 0 || CountAllCards(cards) < 0 || hasMoved != 0) {
         return EIO;
     }
-    // The file alone is not the whole store where another program has given it a write-ahead log.
+    // The file is not the whole store if another program has given it a write-ahead log.
     constexpr off_t kVersionOffset = 18;
     constexpr char kJournal = 1;
     if (::pread(mSource.Get(), &version, 1, kVersionOffset) != 1 || version != kJournal) {
@@ -134,7 +134,7 @@ int Database::CopyFile(const wxString& target, int32_t& cards) {
 
 // The engine ends a commit by removing its journal and does not sync the directory after it. A
 // power cut could then bring the journal back, and the next start would play it back into the
-// store: the last answer would be taken back although the program had gone on.
+// store: the last answer would be lost although the program had gone on.
 void Database::ConfirmChanges() {
     const Lock lock(mMutex);
     if (!mDirectory.IsOpen() || mChangeGroups > 0) {
@@ -143,7 +143,7 @@ void Database::ConfirmChanges() {
     const int changes = sqlite3_total_changes(mpHandle);
     if (changes != mConfirmedChanges) {
         mConfirmedChanges = changes;
-        // A file system that cannot is no reason to fail.
+        // A file system that cannot do this is no reason to fail.
         ::fsync(mDirectory.Get());
     }
 }

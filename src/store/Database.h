@@ -23,7 +23,7 @@
 
 class Job;
 
-// What a list of cards can be sorted by: a column of the card, or the name of its category.
+// The column that sorts a list of cards, or the name of their category.
 enum class CardColumn : uint8_t {
     kIntroductionOrder,
     kFront,
@@ -71,8 +71,8 @@ int RegisterSearchFunction(sqlite3* handle);
 // survives a power cut from then on.
 //
 // A file may come from anywhere and is data, never code: nothing in its schema is run. Triggers and
-// views are switched off, and a file whose cards, categories or values would be computed by the
-// schema (a check, a generated column, an index on an expression) is refused.
+// views are switched off. A file is refused if its schema would compute anything of cards,
+// categories or values (a check, a generated column, an index on an expression).
 //
 // Call Notify once a change of cards or categories is complete. One operation runs at a time: each
 // holds a recursive mutex, because update handlers of windows behind a modal dialog may run while a
@@ -84,46 +84,46 @@ class Database : public Subject {
     ~Database() override;
 
     // Opens or creates the store file, and upgrades one of the first schema while wait keeps the
-    // user informed. The path is made absolute; an empty path and one that begins with "file:"
-    // are refused. Where no file is, or an empty one, a new store appears whole: it is made under
-    // another name beside it. Each table and index is read once, so that a damaged one is found
-    // here. Returns 0, or a negative value and a closed Database with the file as it was.
+    // user informed. The path is made absolute; an empty path and one that begins with "file:" are
+    // refused. Where there is no file, or an empty one, a new store appears whole: it is made under
+    // another name beside it. Reads each table and index once, to find a damaged one here. Returns
+    // 0, or a negative value and a closed Database with the file as it was.
     int Open(const wxString& path, UpgradeWait& wait);
     // Finalises every statement and closes the handle. Harmless on a closed Database, and without
     // effect while one is being opened.
     void Close();
-    // False also while a file is only being opened.
+    // Returns false also while a file is being opened.
     bool IsOpen() const;
 
-    // Runs questions to the open store whose failure is a result instead of the program's end.
-    // Returns true when each of their steps succeeded and the store is still open. A list of row
-    // ids counts as read when the cards of its first page could be read too.
+    // Runs questions to the open store; a failure is a result and does not end the program. Returns
+    // true when each step succeeded and the store is still open. A list of row ids counts as read
+    // when the cards of its first page can be read too.
     bool Try(const std::function<void()>& ask);
-    // The same for a worker beside other threads that use the store: they wait until it has asked,
-    // so that none of their own failures is taken for one of these.
+    // The same for a worker beside other threads that use the store: they wait meanwhile, so that
+    // none of their failures is taken for one of these.
     bool TryLocked(const std::function<void()>& ask);
 
     // Called before each statement that may change the open store, on its thread and with the store
     // locked: it may read the store, must not change it, and must not wait for another thread.
     void SetBeforeChange(std::function<void()> hook);
-    // Copies the store's file, as it is now, to a path where nothing is, under the store's own read
-    // lock. Returns 0 and the number of cards in it, or the system's number of the error.
+    // Copies the store's file, as it is now, to a free path, under the store's own read lock.
+    // Returns 0 and the number of cards in it, or the system's number of the error.
     int CopyFile(const wxString& target, int32_t& cards);
 
-    // Card writes. A card without an identity is not inserted: -1.
+    // Card writes. Inserting a card without an identity returns -1.
     int InsertFlashCard(const FlashCard& card);
     int UpdateFlashCard(const FlashCard& card);
     int DeleteCard(const CardUuid& id);
     int CardDeleteByRowId(int64_t rowId);
     int CardUpdateCategory(int64_t rowId, int32_t categoryId);
-    // Inserts the cards in their order, many rows a statement, which is many times as fast as one
-    // by one. Each statement is written whole or not at all. Returns 0; or a negative value,
-    // without a report, with only the first `inserted` cards in the store. Write the next one by
-    // itself then: it succeeds, or its failure is reported as its own.
+    // Inserts the cards in order, many rows a statement, which is many times faster than one by
+    // one. Each statement is written whole or not at all. Returns 0; or a negative value, without a
+    // report, with only the first `inserted` cards in the store. Write the next one by itself then:
+    // it succeeds, or its failure is reported as its own.
     int InsertFlashCards(const std::vector<FlashCard>& cards, size_t& inserted);
-    // The same for many row ids; one that is gone is passed over. A group of them that fails is
-    // repeated card by card, so that each failure is reported as its own. Returns 0, or the last
-    // failure after all others were done.
+    // The same for many row ids; one that is gone is skipped. A group that fails is repeated card
+    // by card, so that each failure is reported as its own. Returns 0, or the last failure after
+    // all others were done.
     int CardsDeleteByRowId(const std::vector<int64_t>& rowIds);
     int CardsUpdateCategory(const std::vector<int64_t>& rowIds, int32_t categoryId);
     // Puts every card into review block 0, in both directions.
@@ -133,8 +133,8 @@ class Database : public Subject {
 
     // Card reads. The list is cleared first; no match is an empty list and success.
     int SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards);
-    // Shows the stored rows, in the order of the row ids, in place of cards made of them. A row id
-    // without a card is passed over. The visitor must not use the Database.
+    // Shows the stored rows, in the order of the row ids, without making cards of them. A row id
+    // without a card is skipped. The visitor must not use the Database.
     int VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit);
     int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
     int SelectCardsByFrontBack(const wxString& front, const wxString& back,
@@ -153,8 +153,8 @@ class Database : public Subject {
     // the last one read. Returns how many there were, or a negative value, which is not reported:
     // it serves a worker that reads all cards in small portions, between which others can write.
     int SelectSchedules(int32_t most, int64_t& rowId, std::vector<CardSchedules>& cards);
-    // The greatest ERC of either direction over the category's introduced, not excluded cards;
-    // 0 when there is none.
+    // Gives the greatest ERC of either direction over the category's introduced, not excluded
+    // cards; 0 when there is none.
     int SelectMaxErc(int32_t categoryId, int32_t& erc);
 
     // Counts.
@@ -169,9 +169,9 @@ class Database : public Subject {
     int SelectCardIdCount(const CardUuid& id, int32_t& count);
     // True also when the cards cannot be counted.
     bool IsEmpty();
-    // True when the path leads to the file of the open store, under any name or link.
+    // Returns true when the path leads to the open store's file, under any name or link.
     bool IsStoreFile(const wxString& path);
-    // The path of the file of the open store; empty on a closed Database.
+    // Returns the path of the open store's file; empty on a closed Database.
     wxString GetPath() const;
 
     // The operations above under a name for each direction.
@@ -215,8 +215,7 @@ class Database : public Subject {
     // one longer than the engine's limit (50,000 bytes) finds nothing.
     int CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds);
     int CardSelectRowIdsOrder(int32_t categoryId, CardOrder order, std::vector<int64_t>& rowIds);
-    // The first ones by introduction order, at most that many, which takes the same time in every
-    // store.
+    // At most that many, the first by introduction order; takes the same time in every store.
     int CardSelectFirstRowIds(int32_t categoryId, int most, std::vector<int64_t>& rowIds);
     int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
@@ -226,28 +225,28 @@ class Database : public Subject {
     // Categories.
     int SelectAllCategories(std::list<Category>& categories);
     int SelectCategoryById(int32_t id, std::list<Category>& categories);
-    // The column's numeric affinity makes "007" the name 7; this lookup sees names as the store
-    // does, so ask it before an insert or a rename.
+    // The column's numeric affinity turns the name "007" into 7. This lookup compares names as the
+    // store does, so ask it before an insert or a rename.
     int SelectCategoryByName(const wxString& name, std::list<Category>& categories);
-    // Gives the new row the smallest unused id; stray cards of that id go to -1 first. A name that
-    // exists fails in the engine: ask SelectCategoryByName first.
+    // Gives the new row the smallest unused id; stray cards of that id go to -1 first. An existing
+    // name fails in the engine: ask SelectCategoryByName first.
     int CategoryInsert(const wxString& name);
     // Gives the id of the category of that name, which is made where there is none.
     int FindOrInsertCategory(const wxString& name, int32_t& id);
     int UpdateCategory(const Category& category);
-    // Refused with -1 while cards are in it.
+    // Returns -1 while the category has cards.
     int DeleteCategory(int32_t id);
 
     // Store-wide values. A missing key is an empty list and success.
     int GetGlobal(const wxString& key, std::list<wxString>& values);
     int GetGlobalInt(const wxString& key, std::list<int32_t>& values);
-    // Writes nothing when the value stands already.
+    // Writes nothing when the value is there already.
     int SetGlobal(const wxString& key, const wxString& value);
     int SetGlobalInt(const wxString& key, int32_t value);
 
-    // Runs any SQL text: 0 or -1.
+    // Runs any SQL text. Returns 0 or -1.
     int Execute(const wxString& sql);
-    // The engine's text and number of the last failure.
+    // Return the engine's text and number of the last failure.
     wxString GetLastError();
     int GetLastErrorCode();
 
@@ -256,9 +255,9 @@ class Database : public Subject {
     // Marks the statement as used by that run, or as free with null. Returns -1 and changes nothing
     // when there is no statement or it is marked so already.
     int MarkStatement(sqlite3_stmt* statement, StatementRun* run);
-    // Tells of a statement that may change the store.
+    // Called before a statement that may change the store.
     void AnnounceChange();
-    // Makes what changed since the last call survive a power cut. Called after each statement that
+    // Makes the changes since the last call survive a power cut. Called after each statement that
     // ended.
     void ConfirmChanges();
     // Reports a step that failed with that code of the engine, together with the store's path.
@@ -339,29 +338,29 @@ class Database : public Subject {
     void OpenDirectory();
     int CheckSchema();
     int FindTable(const char* sql, bool& found);
-    // A file whose tables cannot serve the store is left as it is.
+    // Leaves a file whose tables cannot serve the store as it is.
     int CheckCardTables();
     int CreateCardTables();
     int BringToVersion(UpgradeWait& wait);
     int UpgradeFirstSchema(UpgradeWait& wait);
     int ReadEachTree();
 
-    // Computes the next reviews again that an earlier version, whose times ended in 2038, stored as
-    // -1, for the cards that the scheduler asks for. Where nothing can be written, as in a
-    // read-only file, such a card goes on counting as due.
+    // Recomputes next reviews that an earlier version, whose times ended in 2038, stored as -1, for
+    // the cards that the scheduler asks for. Where nothing can be written, as in a read-only file,
+    // such a card stays due.
     void MendNextReviews();
     int WriteCard(const FlashCard& card);
-    // Stores the identity in lower case, as the statements look for it. Returns the number of rows
+    // Stores the identity in lower case, which the statements look for. Returns the number of rows
     // changed, or -1.
     int LowerCardId(const CardUuid& id);
 
-    // Shapes that several operations share: a statement, and the arguments for its parameters.
+    // Operations share these: each takes a statement and the arguments for its parameters.
     template <typename... Values>
     int Run(const StatementKey& key, const char* label, const Values&... values) {
         const Lock lock(mMutex);
         return StatementRun(*this, Prepared(key), values...).Step(label);
     }
-    // The first number of the first row; a missing row is -1.
+    // Gives the first number of the first row; a missing row is -1.
     template <typename... Values>
     int SelectInt(const StatementKey& key, int32_t& value, const char* label,
                   const Values&... values) {
@@ -383,12 +382,13 @@ class Database : public Subject {
         return reader(run, records);
     }
     int ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds);
-    // The greatest number of rows that one statement of a group takes, none more than are left.
+    // Returns the greatest number of rows for one statement of a group, at most those that are
+    // left.
     size_t GroupSize(size_t left, size_t parametersPerRow) const;
-    // Steps a run whose failure the caller answers itself.
+    // Steps a run whose failure the caller handles itself.
     int StepQuietly(StatementRun& run, const char* label);
-    // Runs a statement over the row ids in groups: sql stands before "(?,?,...)", and values are
-    // the arguments before the row ids. single does the same for one row id.
+    // Runs a statement over the row ids in groups: sql comes before "(?,?,...)", and values are the
+    // arguments before the row ids. single does the same for one row id.
     template <typename... Values>
     int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
                       const std::function<int(int64_t)>& single, const Values&... values);
@@ -430,8 +430,8 @@ class Database : public Subject {
 };
 
 // While one lives, changes of the store are confirmed together when the last one ends: each is
-// still committed by itself and whole after a power cut, but the cut may take back the last of
-// them. For an import, which tells of success at its end only.
+// still committed by itself and whole after a power cut, but the cut may undo the last of them. For
+// an import, which reports success only at its end.
 class StoreChangeGroup {
   public:
     explicit StoreChangeGroup(Database& database);
@@ -443,8 +443,8 @@ class StoreChangeGroup {
     Database& mDatabase;
 };
 
-// A store that is opened beside the program's own, such as a backup: its failures are results
-// alone, nothing is logged when it cannot be opened, and no window waits for an upgrade.
+// A store that is opened beside the program's own, such as a backup: its failures are only results,
+// nothing is logged when it cannot be opened, and no window waits for an upgrade.
 class QuietDatabase : private FatalErrorReport, private UpgradeWait, public Database {
   public:
     QuietDatabase() : Database(static_cast<FatalErrorReport&>(*this)) {}

@@ -13,7 +13,7 @@
 
 namespace {
 
-// A statement is prepared once for each of these numbers of rows.
+// Each number of rows has a statement of its own, prepared once.
 constexpr size_t kGroupSizes[] = {4096, 1024, 256, 64, 16, 4, 1};
 constexpr size_t kParametersPerCard = 24;
 
@@ -122,7 +122,7 @@ int Database::CardsUpdateCategory(const std::vector<int64_t>& rowIds, int32_t ca
 int Database::UpdateFlashCard(const FlashCard& card) {
     const Lock lock(mMutex);
     const int result = WriteCard(card);
-    // No row: the card has gone, or another program has stored its identity in capitals.
+    // Without a row, the card is gone or another program has stored its identity in capitals.
     if (result < 0 || sqlite3_changes(mpHandle) > 0 || LowerCardId(card.CardId) <= 0) {
         return result;
     }
@@ -248,7 +248,7 @@ int Database::SelectSchedules(int32_t most, int64_t& rowId, std::vector<CardSche
         }
         rowId = run.ColumnInt64(0);
         CardSchedules& card = cards.emplace_back();
-        // A text that is no identity leaves it zero.
+        // A text that is no identity leaves zero.
         run.ColumnUuid(1, card.CardId);
         card.CategoryId = run.ColumnInt(2);
         readSide(3, 5, card.Forward);

@@ -32,7 +32,7 @@ int Database::CategoryInsert(const wxString& name) {
     while (used.count(id) != 0) {
         ++id;
     }
-    // Cards that an earlier category of this id left behind are nobody's.
+    // Cards left over from an earlier category of this id belong to none.
     if (UpdateFlashCardCategory(id, -1) < 0) {
         return -1;
     }
@@ -83,7 +83,7 @@ int Database::GetGlobalInt(const wxString& key, std::list<int32_t>& values) {
     std::list<wxString> texts;
     const int result = GetGlobal(key, texts);
     for (const wxString& text : texts) {
-        // A text without a number in front counts as 0.
+        // A text without a leading number counts as 0.
         int32_t value = 0;
         size_t rest = 0;
         ParseLeadingInteger(text, value, rest);

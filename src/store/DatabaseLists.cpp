@@ -11,17 +11,17 @@
 
 namespace {
 
-// True where LOWER(text) LIKE ? is true for one of the five.
+// True when LOWER(text) LIKE ? is true for one of the five.
 constexpr char kSearchColumns[] = "CONTAINS(?,Front,Back,Author,Chapter,Notes)";
 
 struct OrderText {
     CardColumn Column;
     const char* Expression;
-    // What sorts cards of the same value.
+    // Sorts cards of the same value.
     const char* Tail;
 };
 
-// A card that was not introduced has no schedule yet and stands behind those that have one.
+// A card that was not introduced has no schedule yet and comes after those that have one.
 constexpr OrderText kOrders[] = {
     {CardColumn::kIntroductionOrder, "IntroductionOrder", ""},
     {CardColumn::kFront, "Front", ""},
@@ -49,7 +49,8 @@ std::string FormatOrder(CardOrder order) {
 
 }  // namespace
 
-// The engine refuses a pattern that is too long. That is no failure of the store: it finds nothing.
+// The engine refuses a pattern that is too long, which counts as finding nothing and not as a
+// failure.
 bool Database::IsPatternTooLong(const wxString& pattern) const {
     const int limit = sqlite3_limit(mpHandle, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1);
     return ToUtf8(pattern).length() > static_cast<size_t>(limit);
@@ -92,8 +93,8 @@ int Database::ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds) 
     return 0;
 }
 
-// Reads the cards that a window draws at once. Try records a step that fails; a card with a damaged
-// value does not count, as its row of the list says so.
+// Reads the cards that a window draws at once. Try records a step that fails. A card with a damaged
+// value is no failure, as its row in the list shows it.
 void Database::ReadFirstCards(const std::vector<int64_t>& rowIds) {
     constexpr size_t kFirstPage = 50;
     std::list<FlashCard> cards;

@@ -38,7 +38,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // Returns the absolute form of a path, or the empty text for one that names no store: the empty
-// one, an address of the engine's own kind, or a text that no file name can hold as it stands.
+// path and an address of the engine's, which would open a store in memory, or a text that no file
+// name can hold.
 wxString StorePath(const wxString& path) {
     const bool named =
         !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos;
@@ -54,8 +55,8 @@ wxString StorePath(const wxString& path) {
 
 enum class FileKind { kNone, kEmpty, kFilled, kUnfit };
 
-// Unfit files are those that the engine would treat as empty or wait on: a device, a pipe, a
-// directory, and a file of a single byte, which it takes for its own mark on an empty one; and an
+// A file is unfit if the engine would treat it as empty or wait on it: a device, a pipe, a
+// directory, and a file of one byte, which it takes for its own mark on an empty one. So is an
 // empty file that must not be written.
 FileKind KindOf(const fs::path& file) {
     std::error_code error;
@@ -81,7 +82,7 @@ bool IsNew(FileKind kind) {
     return kind == FileKind::kNone || kind == FileKind::kEmpty;
 }
 
-// The file that a link stands for, whether it exists or not.
+// Returns the file that a link stands for, whether it exists or not.
 fs::path FollowLinks(fs::path file) {
     constexpr int kMostLinks = 40;
     std::error_code error;
@@ -101,17 +102,16 @@ bool PutInPlace(const fs::path& made, const fs::path& target) {
     if (kind == FileKind::kEmpty) {
         fs::permissions(made, fs::status(target, error).permissions(), error);
     }
-    // Left by a store that stood here before, they would be played back into this one.
+    // Companions of an earlier store would be played back into this one.
     RemoveCompanions(target);
     fs::rename(made, target, error);
     SyncDirectory(target);
     return !error;
 }
 
-// True when the file does not end with a whole page. The engine looks only at the number of pages,
-// counts a cut one as whole, and would then read zeros in the place of cards. It is read through
-// the connection, as another handle of ours on the file would drop the engine's locks when it is
-// closed.
+// Returns true when the file does not end with a whole page. The engine looks only at the number of
+// pages, counts a cut one as whole, and would read zeros in place of cards. Reads through the
+// connection, as closing another handle of ours on the file would drop the engine's locks.
 bool IsCutOff(sqlite3* handle) {
     sqlite3_file* file = nullptr;
     sqlite3_int64 size = 0;
@@ -137,8 +137,8 @@ constexpr std::pair<int, int> kSwitches[] = {
     {SQLITE_DBCONFIG_ENABLE_FKEY, 0},
 };
 
-// The engine is stopped after this much work while a schema is read and looked through. It is
-// enough for some two thousand objects.
+// The most work of the engine while a schema is read and reviewed: enough for about two thousand
+// objects.
 constexpr int kStepsPerCall = 1000;
 constexpr int kMostSchemaCalls = 40;
 
@@ -216,8 +216,8 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
     return ReadEachTree();
 }
 
-// Without its directory the store is used all the same, as safe from power cuts as the engine alone
-// makes it.
+// Without its directory the store is still used, as safe from power cuts as the engine alone makes
+// it.
 void Database::OpenDirectory() {
     const fs::path file = fs::u8path(sqlite3_db_filename(mpHandle, "main"));
     mDirectory =
@@ -283,7 +283,7 @@ int Database::CreateCardTables() {
     return 0;
 }
 
-// A file of the first schema is upgraded before anything else is written to it: one that cannot be
+// Upgrades a file of the first schema before anything else is written to it: one that cannot be
 // upgraded stays as it is.
 int Database::BringToVersion(UpgradeWait& wait) {
     bool hasGlobals = false;
@@ -325,7 +325,7 @@ int Database::UpgradeFirstSchema(UpgradeWait& wait) {
     if (!worker.Start()) {
         return -1;
     }
-    // The windows behind the waiting one go on asking meanwhile. They find no statement, and the
+    // The windows behind the waiting one keep asking meanwhile. They find no statement, and the
     // mutex is free: joining takes the window library's own lock, which comes before ours.
     mPrepared = {};
     mMutex.unlock();
@@ -348,7 +348,7 @@ int Database::ReadEachTree() {
         reads.push_back(run.ColumnText(0));
     }
     for (const wxString& read : reads) {
-        // An engine that does not take such a text tells nothing of the file.
+        // An engine that does not know such a text says nothing about the file.
         if (ExecuteText(read) < 0 && (mLastErrorCode & 0xFF) != SQLITE_ERROR) {
             return -1;
         }

@@ -7,8 +7,8 @@ namespace {
 
 constexpr int64_t kGreatest = std::numeric_limits<int64_t>::max();
 
-// All sums of times go through here. The least number stays out of reach, as it stands for an
-// invalid time.
+// All sums of times go through here. The least number is never reached, as it stands for an invalid
+// time.
 int64_t AddSaturated(int64_t left, int64_t right) {
     if (right > 0 ? left > kGreatest - right : left < -kGreatest - right) {
         return right > 0 ? kGreatest : -kGreatest;
@@ -16,7 +16,7 @@ int64_t AddSaturated(int64_t left, int64_t right) {
     return left + right;
 }
 
-// The whole seconds of an interval in milliseconds.
+// Returns the whole seconds of an interval in milliseconds.
 int64_t WaitMilliseconds(float interval) {
     // Close to the greatest number of milliseconds, 291 million years.
     constexpr float kBound = 9.2e15f;

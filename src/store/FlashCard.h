@@ -8,27 +8,26 @@
 #include "base/Time.h"
 #include "store/CardUuid.h"
 
-// When a card is due that was scored at lastReview: that time plus the whole seconds of the
-// interval, truncated toward zero. Saturates at the ends of what a time can hold, which only a
-// damaged store and intervals of many million years reach; an interval that is no number counts as
-// 0.
+// Returns when a card scored at lastReview is due: that time plus the interval in whole seconds,
+// truncated toward zero. Saturates at the limits of a time, which only a damaged store and
+// intervals of many million years reach; an interval that is not a number counts as 0.
 wxDateTime DueTime(const wxDateTime& lastReview, float interval);
 
-// The whole seconds from one valid time to another, truncated toward zero, negative where the first
-// is the later one. Saturates likewise.
+// Returns the whole seconds from one valid time to another, truncated toward zero, negative when
+// the first is later. Saturates likewise.
 int64_t SecondsBetween(const wxDateTime& from, const wxDateTime& to);
 
 // A set of study directions: which side of a card is shown first.
 enum ReviewDirection : int {
     kReviewNone = 0,
-    // The front is shown, the back to be recalled.
+    // Shows the front; the back is to be recalled.
     kReviewForward = 1,
-    // The back is shown, the front to be recalled.
+    // Shows the back; the front is to be recalled.
     kReviewReverse = 2
 };
 constexpr ReviewDirection kEachDirection[] = {kReviewForward, kReviewReverse};
 
-// When a card is to come back in one direction of study. A flat record: the history saves and
+// Says when a card comes back in one direction of study. A flat record: the history saves and
 // restores it as a block.
 struct CardSchedule {
     // The card was scored at least once in this direction.
@@ -41,7 +40,7 @@ struct CardSchedule {
     float ReviewInterval = 5.0f;
     // 0 is easiest, 32 hardest, 16 neutral.
     uint8_t Difficulty = 16;
-    // Review block number with random low bits; the order of early review.
+    // A review block number with random low bits; gives the order of early review.
     int32_t ERC = 0;
 
     // The DueTime; invalid while LastReview is.
@@ -80,7 +79,7 @@ inline const CardSchedule& ScheduleOf(const FlashCard& card, ReviewDirection dir
     return direction == kReviewForward ? card.Forward : card.Reverse;
 }
 
-// The schedules of a card without its texts, as figures over many cards need them.
+// The schedules of a card without its texts, for figures over many cards.
 struct CardSchedules {
     struct Side {
         bool Introduced = false;
@@ -90,14 +89,14 @@ struct CardSchedules {
         // Seconds since 1970.
         int64_t LastReview = 0;
     };
-    // Zero where the store has no proper identity.
+    // Zero when the store has no valid identity.
     CardUuid CardId;
     int32_t CategoryId = -1;
     Side Forward;
     Side Reverse;
 };
 
-// A named group of cards. Ids are the smallest unused numbers from 0.
+// A named group of cards. A new one gets the smallest unused id from 0.
 struct Category {
     int32_t Id = -1;
     wxString Name;

@@ -1,13 +1,13 @@
 // The function of the list's search, on UTF-16.
 //
-// A search for "Hund" asks each card whether one of its texts has that, which the engine would say
-// by LOWER(Front) LIKE '%hund%' OR LOWER(Back) LIKE '%hund%' and so on. Its functions work on
-// UTF-8, while the store has its texts in UTF-16: each text would be turned into the other form and
-// back, five times a card, which is most of a search's time. CONTAINS('%hund%', Front, Back, ...)
-// reads all texts of a card in one call, as they are stored. It has to give what the engine gives,
-// or a search would find other cards: only the letters A to Z have a lower case, "%" stands for any
-// text and "_" for one character, and a text that is not well-formed is seen as the engine sees it
-// after its own conversion. The tests compare both on random texts.
+// A search for "Hund" asks of each card whether one of its texts contains that. The engine would
+// answer with LOWER(Front) LIKE '%hund%' OR LOWER(Back) LIKE '%hund%' and so on. Its functions work
+// on UTF-8, while the store has its texts in UTF-16: each text would be turned into the other form
+// and back, five times a card, which is most of a search's time. CONTAINS('%hund%', Front, Back,
+// ...) reads all texts of a card in one call, as they are stored. It must give the engine's
+// results, or a search would find other cards: only the letters A to Z have a lower case, "%"
+// stands for any text and "_" for one character, and a text that is not well-formed is seen as the
+// engine sees it after its own conversion. The tests compare both on random texts.
 
 #include <sqlite3.h>
 
@@ -37,7 +37,7 @@ constexpr uint32_t ToUpper(uint32_t character) {
     return character - 'a' < 26 ? character & ~0x20U : character;
 }
 
-// A unit that is a character by itself, and not the end of a text.
+// Returns true for a unit that is a character by itself, and not the end of a text.
 constexpr bool IsPlain(uint32_t unit) {
     return unit - 1 < 0xD7FF;
 }
@@ -62,7 +62,7 @@ bool IsNativeText(sqlite3_value* value) {
 
 Units GetUnits(sqlite3_value* value) {
     if (IsNativeText(value)) {
-        // Asked for a text, the engine would copy it to put a NUL behind.
+        // Asked for a text, the engine would copy it to append a NUL.
         const void* const data = sqlite3_value_blob(value);
         return {data == nullptr ? "" : data, static_cast<size_t>(sqlite3_value_bytes(value)) / 2};
     }
@@ -71,7 +71,7 @@ Units GetUnits(sqlite3_value* value) {
 }
 
 // The characters of a UTF-16 text of the machine's byte order, which may lie at an odd address.
-// Sees an ill-formed text as the engine sees it through UTF-8. Copies are places to come back to.
+// Sees an ill-formed text as the engine sees it through UTF-8. A copy marks a place to return to.
 class Characters {
   public:
     explicit Characters(const Units& units)
@@ -79,7 +79,7 @@ class Characters {
 
     bool HasMore() const { return mpAt != mpEnd; }
 
-    // The next character. Gives a NUL at the end, so that one in the text counts as its end.
+    // Returns the next character, and NUL at the end, so that a NUL in the text counts as its end.
     uint32_t Next() {
         if (!HasMore()) {
             return kEnd;
@@ -96,8 +96,8 @@ class Characters {
         return rest.Next() == kEnd;
     }
 
-    // Goes behind the next character that is the given one in either case: false at the end. Most
-    // of a search's time passes here.
+    // Moves past the next character that is the given one in either case. Returns false at the end.
+    // Most of a search's time is spent here.
     bool Find(uint32_t lower) {
         const uint32_t upper = ToUpper(lower);
         while (HasMore()) {
@@ -124,7 +124,7 @@ class Characters {
         return unit;
     }
 
-    // The engine makes a pair of any half and whatever follows it.
+    // Like the engine, makes a pair of any half and the unit after it.
     uint32_t ReadPair(uint32_t half) {
         if (!HasMore()) {
             return kReplacement;
@@ -146,7 +146,7 @@ enum class Match {
 
 Match Compare(Characters pattern, Characters text);
 
-// Behind a "%": the rest of the pattern may begin anywhere.
+// Compares what follows a "%": the rest of the pattern may begin anywhere.
 Match CompareAnywhere(Characters pattern, Characters text) {
     uint32_t first = pattern.Next();
     while (first == '%' || first == '_') {

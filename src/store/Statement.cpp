@@ -19,7 +19,7 @@ StatementRun::~StatementRun() {
 
 void StatementRun::Release() {
     if (mpStatement != nullptr) {
-        // The result repeats that of the last step, which was looked at there.
+        // The result repeats that of the last step, which was checked there.
         sqlite3_reset(mpStatement);
         // Else the texts of a large group would stay until the next one.
         sqlite3_clear_bindings(mpStatement);
@@ -132,7 +132,7 @@ wxDateTime StatementRun::ColumnTime(int index) const {
 }
 
 int64_t StatementRun::ColumnSeconds(int index) const {
-    // A number in a damaged row must not overflow, nor become the one that stands for "no time".
+    // A number in a damaged row must neither overflow nor become the one that stands for "no time".
     constexpr int64_t kGreatest = std::numeric_limits<int64_t>::max() / 1000;
     return std::clamp(ColumnInt64(index), -kGreatest, kGreatest);
 }
@@ -143,6 +143,6 @@ int StatementRun::ColumnUuid(int index, CardUuid& uuid) const {
 
 StoreReadLock::StoreReadLock(Database& database)
     : mRun(database, database.GetStatement("SELECT count(*) FROM Categories;")) {
-    // Without its row there is no lock, and every read takes its own as usual.
+    // Without its row there is no lock, and each read takes its own as usual.
     mRun.Step("StoreReadLock");
 }

@@ -31,21 +31,21 @@ class StatementRun {
     StatementRun(const StatementRun&) = delete;
     StatementRun& operator=(const StatementRun&) = delete;
 
-    // Gives values to the next parameters, from the first one on: numbers, texts, identities, and
-    // times as whole seconds since 1970, or -1 for a time before it or after the year 9999. Returns
-    // 0 or -1.
+    // Binds values to the next parameters, from the first one on: numbers, texts, identities, and
+    // times as whole seconds since 1970, or -1 for a time before 1970 or after the year 9999.
+    // Returns 0 or -1.
     template <typename... Values>
     int Bind(const Values&... values) {
         return (BindNext(values) && ...) ? 0 : -1;
     }
 
-    // Runs to the next row or to the end: 0 in both cases, and IsDone tells which. The label names
-    // the operation in messages. An engine failure goes to the FatalErrorReport of the Database;
-    // if that returns, the result is negative.
+    // Runs to the next row or to the end. Returns 0 in both cases, and IsDone tells which. The
+    // label names the operation in messages. An engine failure goes to the FatalErrorReport of the
+    // Database; if that returns, the result is negative.
     int Step(const char* label);
     bool IsDone() const { return mDone; }
 
-    // For the Database alone: its closing takes the handle away from a run that still lives.
+    // Only for the Database, whose closing takes the handle away from a run that still lives.
     void Forget() { mpStatement = nullptr; }
 
     // Columns count from 0.
@@ -53,13 +53,13 @@ class StatementRun {
     int64_t ColumnInt64(int index) const;
     double ColumnDouble(int index) const;
     wxString ColumnText(int index) const;
-    // The engine's own text, which ends with the next step, the run, or another kind of look at the
-    // column.
+    // Returns the engine's own text, valid until the next step, the end of the run, or another read
+    // of the column.
     std::u16string_view ColumnUtf16(int index) const;
     wxDateTime ColumnTime(int index) const;
-    // The same as seconds since 1970, within the range of a time.
+    // Returns the same as seconds since 1970, within the range of a time.
     int64_t ColumnSeconds(int index) const;
-    // 0, or -1 when the column's text is no identity.
+    // Returns 0, or -1 when the column's text is no identity.
     int ColumnUuid(int index, CardUuid& uuid) const;
 
   private:
@@ -86,14 +86,13 @@ class StatementRun {
 };
 
 // Keeps the store's file locked for reading while it lives. Operations in a row then need not lock
-// and unlock the file one by one, which costs more than a small read itself. Each write commits by
-// itself as ever; other programs can read meanwhile but not write. It is of no effect where the
-// store cannot be read.
+// the file one by one, which costs more than a small read. Each write still commits by itself;
+// other programs can read meanwhile but not write. Has no effect where the store cannot be read.
 class StoreReadLock {
   public:
     explicit StoreReadLock(Database& database);
 
   private:
-    // Has stepped to its only row, and so reads until it is reset.
+    // Stands on its only row, and so keeps reading until it is reset.
     StatementRun mRun;
 };

@@ -3,7 +3,7 @@
 #include <sqlite3.h>
 
 // The texts of the store file's tables and indexes. Files are shared with other versions of the
-// program, so every column stays, also those that nothing here reads.
+// program, so columns that nothing here reads stay too.
 
 // The schema version that this program writes under kVersionKey; it refuses a greater one.
 constexpr int kSchemaVersion = 2;
@@ -45,7 +45,7 @@ constexpr char kCreateCards[] =
     "RLastScore           INTEGER,"
     "RERC                 INTEGER);";
 
-// Everything of an INSERT of cards before its rows of VALUES, of 24 parameters each.
+// The part of an INSERT of cards before its rows of VALUES, with 24 parameters each.
 constexpr char kInsertCards[] =
     "INSERT INTO Cards ("
     "CardId,Front,Back,CategoryId,Author,Chapter,IntroductionOrder,ForwardX,ReverseX,Notes,"
@@ -62,14 +62,14 @@ constexpr char kSelectCards[] = "SELECT " CARD_COLUMNS " FROM Cards ";
 constexpr char kSelectCardsAndRows[] = "SELECT " CARD_COLUMNS ", ROWID FROM Cards ";
 // Every card with its row id, by identity, in the columns of CardRow.
 constexpr char kSelectCardsById[] = "SELECT " CARD_COLUMNS ", ROWID FROM Cards ORDER BY CardId;";
-// Before and after the rows of VALUES that are the wanted row ids. A cross join has the engine take
-// them one by one, and so in their order.
+// The parts before and after the wanted row ids as rows of VALUES. A cross join makes the engine
+// take them one by one, in order.
 constexpr char kSelectWantedCards[] = "SELECT " CARD_COLUMNS " FROM (VALUES ";
 constexpr char kOfWantedCards[] = ") AS Wanted CROSS JOIN Cards ON Cards.ROWID = Wanted.column1;";
 #undef CARD_COLUMNS
 
-// NAME is no type that the engine knows, which gives the column numeric affinity: the names "007"
-// and "7" are one name. Existing files have it so.
+// The engine does not know the type NAME and gives the column numeric affinity: the names "007" and
+// "7" are one name. Existing files have it.
 constexpr char kCreateCategories[] =
     "CREATE TABLE Categories("
     "Id       INTEGER PRIMARY KEY,"
@@ -80,7 +80,7 @@ constexpr char kCreateGlobals[] =
     "Key       TEXT PRIMARY KEY,"
     "Value     TEXT);";
 
-// The column lists of the indexes on Cards, in the order of creation. Their names are made from
+// The column lists of the indexes on Cards, in the order of creation. The indexes are named after
 // them.
 constexpr const char* kCardIndexes[] = {
     "CategoryId,ForwardX,Introduced,NextReview",

@@ -25,7 +25,7 @@ void Subject::Notify() {
     }
     ++mNotifying;
     ++mNotice;
-    // An observer that is added meanwhile has seen the change already and is not told of it.
+    // An observer added during the notice has seen the change already.
     const auto last = std::prev(mObservers.end());
     for (auto at = mObservers.begin();; ++at) {
         if (*at != nullptr) {

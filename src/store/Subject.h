@@ -4,15 +4,15 @@
 
 class Subject;
 
-// Is told when a Subject has changed.
+// Hears when a Subject has changed.
 class Observer {
   public:
     virtual ~Observer() = default;
     virtual void Update(Subject* subject) = 0;
 };
 
-// Tells its observers of its changes, in the order in which they were added. An observer may remove
-// itself or others, and may be added, while a notice is under way.
+// Tells its observers of its changes, in the order in which they were added. Observers may be added
+// and removed, also by themselves, during a notice.
 class Subject {
   public:
     Subject() = default;
@@ -24,13 +24,13 @@ class Subject {
     // Removes the first match.
     virtual void RemoveObserver(Observer* observer);
     virtual void Notify();
-    // The number of the notice that is under way, or 0 while none is. Each notice has its own, so
-    // that what one observer read for it can serve the next.
+    // Returns the number of the present notice, or 0. Each notice has its own, so that what one
+    // observer read for it can serve the next.
     unsigned GetNotice() const { return mNotifying == 0 ? 0 : mNotice; }
 
   private:
     std::list<Observer*> mObservers;
-    // How many notices are under way. While any is, a removed observer leaves a null behind.
+    // The number of notices under way. Meanwhile a removed observer leaves a null in its place.
     int mNotifying = 0;
     unsigned mNotice = 0;
 };

@@ -36,7 +36,7 @@ int NoteCategory(Database& database, int32_t id, StoreChange& change) {
     return 0;
 }
 
-// Lets go of what a change holds when so many more cards are too many. Returns false then.
+// Drops the contents of a change if that many more cards are too many, and returns false.
 bool HasRoomFor(size_t cards, StoreChange& change) {
     if (change.CountCards() + cards > UndoHistory::kMostCards) {
         change.IsTooLarge = true;
@@ -67,13 +67,13 @@ int NoteMovedRows(Database& database, const std::vector<int64_t>& rowIds, StoreC
     return 0;
 }
 
-// Finds the categories into which cards go back, and makes those anew that are no more.
+// Finds the categories to which cards return, and recreates those that are gone.
 class FormerPlaces {
   public:
     FormerPlaces(Database& database, const std::list<Category>& categories)
         : mDatabase(database), mCategories(categories) {}
 
-    // Returns 0 or -1. A category that had no name then, such as -1, stays what it was.
+    // Returns 0 or -1. A category that had no name then, such as -1, stays the same.
     int Find(int32_t formerId, int32_t& id) {
         const auto known = mIds.find(formerId);
         if (known != mIds.end()) {
@@ -97,7 +97,7 @@ class FormerPlaces {
             return -1;
         }
         // Another category may have taken the id of one that is gone. A renaming is a step of its
-        // own and taken back before.
+        // own and was taken back before.
         if (!found.empty() && found.front().Name == former.Name) {
             return 0;
         }
@@ -109,7 +109,7 @@ class FormerPlaces {
     std::map<int32_t, int32_t> mIds;
 };
 
-// Writes the cards, and the one that a group fails at by itself, so that it is reported.
+// Writes the cards. One that a group fails at is written by itself, so that it is reported.
 int InsertAll(Database& database, const std::vector<FlashCard>& cards) {
     for (std::vector<FlashCard> left = cards; !left.empty();) {
         size_t inserted = 0;
@@ -200,7 +200,7 @@ int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome
     return 0;
 }
 
-// A merge made a category go; it comes back even when it has no cards.
+// A merge removed a category, which comes back even if it had no cards.
 int PartAgain(Database& database, const StoreChange& change, UndoOutcome& outcome) {
     FormerPlaces places(database, change.Categories);
     for (const Category& category : change.Categories) {

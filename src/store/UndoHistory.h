@@ -16,7 +16,7 @@ class Database;
 struct StoreChange {
     enum class Kind { kDeletion, kMove, kPaste, kRename, kMerge };
 
-    // A card that went into another category, and the one that it was in.
+    // A card that went into another category, and its former category.
     struct Moved {
         CardUuid CardId;
         int32_t FromId = -1;
@@ -29,48 +29,48 @@ struct StoreChange {
     std::vector<Moved> MovedCards;
     // The category the cards went into, or the one that was renamed.
     int32_t IntoId = -1;
-    // The categories that the cards were in, as they were called. Rename and merge: the one whose
+    // The former categories of the cards, with their names then. Rename and merge: the one whose
     // name is gone.
     std::list<Category> Categories;
-    // Rename: the name it has since.
+    // Rename: the new name.
     wxString NewName;
-    // It had more cards than the history keeps, and cannot be taken back.
+    // True for a step with more cards than the history keeps, which cannot be taken back.
     bool IsTooLarge = false;
 
     size_t CountCards() const { return Cards.size() + MovedCards.size(); }
 };
 
-// What became of a step that was taken back.
+// The outcome of taking back a step.
 struct UndoOutcome {
-    // Cards that are again as they were.
+    // The cards that are as they were before.
     int32_t Restored = 0;
     // Cards left alone, because they were changed, moved, deleted or made anew after the step.
     int32_t LeftAlone = 0;
-    // The category was not renamed back: it has gone or has yet another name, or its former name
-    // belongs to another one meanwhile.
+    // True when the category was not renamed back: it is gone or renamed again, or another one has
+    // its former name.
     bool NameTaken = false;
-    // The rows that the restored cards have now; none for copies that were taken away.
+    // The present rows of the restored cards; none for copies that were taken away.
     std::vector<int64_t> RowIds;
 };
 
 // The steps of this session that Edit > Undo can take back, the last one first. Taking back changes
-// only what the step itself had changed: a card that was moved and then studied goes back into its
-// category with the schedule it has now. Main thread only.
+// only what the step had changed: a card that was moved and then studied goes back into its
+// category with its present schedule. Main thread only.
 class UndoHistory {
   public:
-    // Cards that all steps together may hold. The oldest steps are dropped first; a step that is
-    // larger by itself empties the history, since the step before it could not be taken back alone.
+    // The most cards in all steps together. The oldest steps are dropped first; a larger step
+    // empties the history, since the step before it could not be taken back alone.
     static constexpr size_t kMostCards = 100000;
 
     void Add(StoreChange change);
-    // The steps mean nothing for another store.
+    // Call it for another store, where the steps mean nothing.
     void Clear() { mSteps.clear(); }
     bool IsEmpty() const { return mSteps.empty(); }
 
-    // What the menu says, such as "Undo deletion of 12 cards"; empty without a step.
+    // Returns the menu's text, such as "Undo deletion of 12 cards"; empty without a step.
     wxString GetLabel() const;
 
-    // Takes back the last step and drops it. Returns 0, or -1 when the store fails, which then has
+    // Takes back the last step and drops it. Returns 0, or -1 when the store fails, which has then
     // reported it. The caller notifies in either case.
     int UndoLast(Database& database, UndoOutcome& outcome);
 
@@ -78,16 +78,16 @@ class UndoHistory {
     std::list<StoreChange> mSteps;
 };
 
-// What a command is about to do, read before it does it. Each returns 0, or -1 when the store
-// fails, which then has reported it. Rows that are gone are passed over. A change that grows too
-// large lets go of its cards. Any thread.
+// These note what a command is about to do. Each returns 0, or -1 when the store fails, which has
+// then reported it. They skip rows that are gone. A change that grows too large drops its cards.
+// Any thread.
 
-// Reads what a deletion of these rows is about to take away.
+// Notes the cards that a deletion of these rows is about to take away.
 int NoteDeletion(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change);
 // Adds a copy that is about to be written.
 void NoteCopy(const FlashCard& card, StoreChange& change);
-// Adds where the cards of these rows are that are about to go into a category.
+// Adds the categories of the cards in these rows, which are about to go into another.
 int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t intoId,
              StoreChange& change);
-// Reads which cards a merge of one category into another is about to move.
+// Notes the cards that a merge of one category into another is about to move.
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change);
