@@ -96,7 +96,7 @@ bool VelomindApp::OnInit() {
     });
     wxFrame& list = mWindows.ShowList();
     BringToFront(list);
-    // Asked from the event loop, when the window is on the screen for the question to stand over.
+    // Asks from the event loop, when the window that the question stands over is on the screen.
     list.CallAfter(
         [this, &list] { OfferVersion1Import(&list, *this, *mpDatabase, mFatalErrorReport); });
     return true;

@@ -54,7 +54,7 @@ class SurveyThread : public Worker {
         : mPath(path), mFile(std::move(file)), mOptions(std::move(options)), mDatabase(database) {}
     ~SurveyThread() override { SurveyThread::Cancel(); }
 
-    // Read after Join.
+    // Valid after Join.
     const DeckSurvey& GetSurvey() const { return mSurvey; }
     const std::shared_ptr<DeckFile>& GetFile() const { return mFile; }
 
