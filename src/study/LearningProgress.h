@@ -19,6 +19,21 @@ class wxStaticText;
 // all categories together. Counts once, in the constructor, and changes nothing. Main thread only.
 class LearningProgress : public wxDialog {
   public:
+    enum ControlId : int {
+        kTotalId = 10008,
+        // The first of the six numbers of all categories.
+        kOutlookId = 10110,
+        kNextDueId = 10116
+    };
+    struct NumberIds {
+        int Ready;
+        int Memorized;
+        int Waiting;
+        int Excluded;
+    };
+    static constexpr NumberIds kForwardIds{10001, 10002, 10003, 10000};
+    static constexpr NumberIds kReverseIds{10004, 10005, 10006, 10007};
+
     // What is counted. The Database and the clock are used by the constructor only.
     struct Source {
         Database& Store;
