@@ -3,6 +3,7 @@
 #include "formats/Table.h"
 #include "formats/decks/DeckWriter.h"
 #include "support/FakeServices.h"
+#include "transfer/DeckPanel.h"
 #include "transfer/DialogTest.h"
 #include "transfer/FaultList.h"
 #include "transfer/FormatRows.h"
