@@ -191,8 +191,8 @@ void LearningProgressCounts(benchmark::State& state) {
             }
         },
         [&] {
-            LearningProgress dialog(store.Cards, GetServices().GetClock(), 0, "category 0", nullptr,
-                                    wxID_ANY, "progress");
+            LearningProgress dialog({store.Cards, GetServices().GetClock(), {0, "category 0"}},
+                                    nullptr, wxID_ANY, "progress");
         });
 }
 
