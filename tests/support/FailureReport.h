@@ -24,13 +24,15 @@ class FailureReport : public ::testing::EmptyTestEventListener {
         return std::string(test.test_suite_name()) + "." + test.name();
     }
 
-    void OnTestStart(const ::testing::TestInfo& /*test*/) override { mSeen.clear(); }
+    void OnTestStart(const ::testing::TestInfo& test) override {
+        mpTest = &test;
+        mSeen.clear();
+    }
 
+    // GoogleTest is locked meanwhile, and asking it for the test would wait for ever.
     void OnTestPartResult(const ::testing::TestPartResult& result) override {
-        const ::testing::TestInfo* const test =
-            ::testing::UnitTest::GetInstance()->current_test_info();
-        if (result.failed() && mSeen.empty() && mpScreen != nullptr && test != nullptr) {
-            mSeen = mpScreen(NameOf(*test));
+        if (result.failed() && mSeen.empty() && mpScreen != nullptr && mpTest != nullptr) {
+            mSeen = mpScreen(NameOf(*mpTest));
         }
     }
 
@@ -39,8 +41,10 @@ class FailureReport : public ::testing::EmptyTestEventListener {
             std::cout << mSeen << "to run it alone: ctest --preset " VELOMIND_PRESET " -R '^"
                       << NameOf(test) << "'" << std::endl;
         }
+        mpTest = nullptr;
     }
 
     const Screen mpScreen;
+    const ::testing::TestInfo* mpTest = nullptr;
     std::string mSeen;
 };
