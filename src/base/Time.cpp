@@ -1,5 +1,7 @@
 #include "base/Time.h"
 
+#include <wx/intl.h>
+
 #include <charconv>
 #include <ctime>
 
@@ -96,4 +98,23 @@ int ParseTimeStamp(const wxString& text, wxDateTime& time) {
     date.tm_sec = numbers[5];
     time = wxDateTime(wxLongLong(int64_t{::timegm(&date)} * 1000));
     return 0;
+}
+
+wxString CountOfUnits(unsigned count, int unit) {
+    switch (unit) {
+        case 6:
+            return wxString::Format(wxPLURAL("%u year", "%u years", count), count);
+        case 5:
+            return wxString::Format(wxPLURAL("%u month", "%u months", count), count);
+        case 4:
+            return wxString::Format(wxPLURAL("%u week", "%u weeks", count), count);
+        case 3:
+            return wxString::Format(wxPLURAL("%u day", "%u days", count), count);
+        case 2:
+            return wxString::Format(wxPLURAL("%u hour", "%u hours", count), count);
+        case 1:
+            return wxString::Format(wxPLURAL("%u minute", "%u minutes", count), count);
+        default:
+            return wxString::Format(wxPLURAL("%u second", "%u seconds", count), count);
+    }
 }

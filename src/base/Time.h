@@ -32,3 +32,7 @@ char* WriteTimeStamp(char* out, int64_t seconds);
 // Reads such a text; the digits of a component are not counted and the final Z may be missing.
 // A day past the end of its month rolls over into the next. Returns 0, or -1 with time unchanged.
 int ParseTimeStamp(const wxString& text, wxDateTime& time);
+
+// Returns a number of units of time in words, "3 weeks". The units are 0 seconds, 1 minutes, 2
+// hours, 3 days, 4 weeks, 5 months, 6 years.
+wxString CountOfUnits(unsigned count, int unit);

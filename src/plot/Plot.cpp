@@ -6,6 +6,8 @@
 #include <cmath>
 #include <iterator>
 
+#include "base/Time.h"
+
 namespace {
 
 constexpr double kMinute = 60.0;
@@ -131,8 +133,9 @@ double Plot::GreatestY() const {
     return greatest;
 }
 
-void SetCountAxis(PlotAxis& axis, double greatest, int mostSteps) {
-    const double step = std::max(1.0, RoundStep(std::max(greatest, 1.0) / mostSteps));
+void SetCountAxis(PlotAxis& axis, double greatest) {
+    constexpr int kMostSteps = 5;
+    const double step = std::max(1.0, RoundStep(std::max(greatest, 1.0) / kMostSteps));
     const int steps = std::max(1, static_cast<int>(std::ceil(greatest / step - 1e-9)));
     axis.Scale = PlotScale::Linear;
     axis.Low = 0.0;
@@ -178,34 +181,20 @@ void SetDayAxis(PlotAxis& axis, const wxDateTime& firstDay, int days) {
 }
 
 wxString DurationText(double seconds) {
-    const auto count = [seconds](double unit) {
-        return static_cast<int>(std::lround(seconds / unit));
-    };
+    // From the hour on, in the order of the units of CountOfUnits, whose hour is 2.
+    constexpr double kUnits[] = {kHour, kDay, kWeek, kMonth, kYear};
+    constexpr size_t kHourUnit = 2;
+    const auto round = [seconds](double unit) { return std::lround(seconds / unit); };
     // The unit is the largest that rounds to at least one.
-    if (seconds >= 0.95 * kYear) {
-        const int n = count(kYear);
-        return wxString::Format(wxPLURAL("%i year", "%i years", static_cast<unsigned>(n)), n);
+    for (size_t i = std::size(kUnits); i-- > 0;) {
+        if (seconds >= 0.95 * kUnits[i]) {
+            return CountOfUnits(static_cast<unsigned>(round(kUnits[i])),
+                                static_cast<int>(i + kHourUnit));
+        }
     }
-    if (seconds >= 0.95 * kMonth) {
-        const int n = count(kMonth);
-        return wxString::Format(wxPLURAL("%i month", "%i months", static_cast<unsigned>(n)), n);
-    }
-    if (seconds >= 0.95 * kWeek) {
-        const int n = count(kWeek);
-        return wxString::Format(wxPLURAL("%i week", "%i weeks", static_cast<unsigned>(n)), n);
-    }
-    if (seconds >= 0.95 * kDay) {
-        const int n = count(kDay);
-        return wxString::Format(wxPLURAL("%i day", "%i days", static_cast<unsigned>(n)), n);
-    }
-    if (seconds >= 0.95 * kHour) {
-        const int n = count(kHour);
-        return wxString::Format(wxPLURAL("%i hour", "%i hours", static_cast<unsigned>(n)), n);
-    }
-    if (seconds >= 0.95 * kMinute) {
-        return wxString::Format(_("%i min"), count(kMinute));
-    }
-    return wxString::Format(_("%i s"), count(1.0));
+    return seconds >= 0.95 * kMinute
+               ? wxString::Format(_("%i min"), static_cast<int>(round(kMinute)))
+               : wxString::Format(_("%i s"), static_cast<int>(round(1.0)));
 }
 
 wxString DayText(const wxDateTime& day) {

@@ -127,8 +127,8 @@ struct Plot {
 };
 
 // Sets an axis of counts from 0 to a round number that is at least the greatest value, with ticks
-// at whole numbers, and with at most that many steps.
-void SetCountAxis(PlotAxis& axis, double greatest, int mostSteps = 5);
+// at whole numbers, and with at most five steps.
+void SetCountAxis(PlotAxis& axis, double greatest);
 // Sets an axis from 0 to 1 with ticks in percent.
 void SetShareAxis(PlotAxis& axis);
 // Sets a logarithmic axis of seconds, with ticks at the usual lengths of time. Both ends are above

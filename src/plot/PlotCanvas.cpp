@@ -4,13 +4,14 @@
 #include <wx/graphics.h>
 #include <wx/pen.h>
 
-#include <cstdio>
+#include <cmath>
 
 namespace {
 
-// The sizes of small text and of titles beside the usual one.
-constexpr double kSmall = 0.85;
-constexpr double kTitle = 1.15;
+// Returns the size of a text beside the usual one.
+double PartOfUsual(PlotText style) {
+    return style == PlotText::Small ? 0.85 : style == PlotText::Title ? 1.15 : 1.0;
+}
 
 }  // namespace
 
@@ -69,48 +70,26 @@ double ScreenCanvas::HeightOf(PlotText style) {
     return height;
 }
 
-wxFont ScreenCanvas::FontOf(PlotText style) const {
-    switch (style) {
-        case PlotText::Small:
-            return mFont.Scaled(static_cast<float>(kSmall));
-        case PlotText::Title:
-            return mFont.Scaled(static_cast<float>(kTitle)).Bold();
-        case PlotText::Usual:
-            break;
-    }
-    return mFont;
-}
-
 void ScreenCanvas::UseFont(PlotText style, const wxColour& colour) {
-    mContext.SetFont(FontOf(style), colour);
+    const wxFont font = mFont.Scaled(static_cast<float>(PartOfUsual(style)));
+    mContext.SetFont(style == PlotText::Title ? font.Bold() : font, colour);
 }
 
 namespace {
 
 constexpr double kSvgFontSize = 13.0;
-// Widths of characters in parts of the font's size. From the first wide character on, those of East
-// Asia are as wide as high.
+// Widths of characters in parts of the font's size.
 constexpr double kUsualWidth = 0.58;
 constexpr double kBoldWidth = 0.64;
-constexpr wchar_t kFirstWide = 0x2e80;
 
 double SvgFontSize(PlotText style) {
-    return style == PlotText::Small   ? kSvgFontSize * kSmall
-           : style == PlotText::Title ? kSvgFontSize * kTitle
-                                      : kSvgFontSize;
+    return kSvgFontSize * PartOfUsual(style);
 }
 
 // Returns a number with a point, whatever the locale, and no more digits than a picture needs.
 std::string Number(double value) {
-    wxString text = wxString::FromCDouble(value, 2);
-    while (text.EndsWith("0") || text.EndsWith(".")) {
-        const bool wasPoint = text.EndsWith(".");
-        text.RemoveLast();
-        if (wasPoint) {
-            break;
-        }
-    }
-    return text.empty() || text == "-" ? "0" : text.utf8_string();
+    // The 0 turns a negative zero into a positive one.
+    return wxString::FromCDouble(std::round(value * 100.0) / 100.0 + 0.0).utf8_string();
 }
 
 std::string Colour(const char* attribute, const wxColour& colour) {
@@ -197,7 +176,7 @@ double SvgCanvas::WidthOf(const wxString& text, PlotText style) {
     const double usual = style == PlotText::Title ? kBoldWidth : kUsualWidth;
     double width = 0.0;
     for (const wxUniChar character : text) {
-        width += character.GetValue() >= kFirstWide ? 1.0 : usual;
+        width += character.GetValue() >= kFirstWideCharacter ? 1.0 : usual;
     }
     return width * SvgFontSize(style);
 }

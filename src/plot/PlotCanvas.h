@@ -10,6 +10,9 @@
 
 class wxGraphicsContext;
 
+// The first character of the scripts of East Asia, which are as wide as high and know no spaces.
+constexpr wchar_t kFirstWideCharacter = 0x2e80;
+
 // The few operations that a plot is drawn with. The origin is the upper left corner, and a unit is
 // a logical pixel.
 enum class PlotAnchor { Left, Middle, Right };
@@ -48,7 +51,6 @@ class ScreenCanvas : public PlotCanvas {
     double HeightOf(PlotText style) override;
 
   private:
-    wxFont FontOf(PlotText style) const;
     void UseFont(PlotText style, const wxColour& colour);
 
     wxGraphicsContext& mContext;

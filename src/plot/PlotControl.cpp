@@ -28,14 +28,13 @@ PlotControl::PlotControl(wxWindow* parent, wxWindowID id, Form form) : mForm(for
     SetAccessibleRole(*this, AccessibleRole::Chart);
     Bind(wxEVT_PAINT, &PlotControl::OnPaint, this);
     Bind(wxEVT_KEY_DOWN, &PlotControl::OnKey, this);
-    Bind(wxEVT_MOTION, &PlotControl::OnMotion, this);
+    Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
+        event.Skip();
+        Mark(RowAt(event.GetPosition()));
+    });
     Bind(wxEVT_LEAVE_WINDOW, [this](wxMouseEvent&) { Mark(-1); });
     Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent&) { SetFocus(); });
-    Bind(wxEVT_LEFT_DCLICK, [this](wxMouseEvent&) {
-        wxCommandEvent pressed(wxEVT_BUTTON, GetId());
-        pressed.SetEventObject(this);
-        ProcessWindowEvent(pressed);
-    });
+    Bind(wxEVT_LEFT_DCLICK, [this](wxMouseEvent&) { SendPress(*this); });
     for (const auto& type : {wxEVT_SET_FOCUS, wxEVT_KILL_FOCUS}) {
         Bind(type, [this](wxFocusEvent& event) {
             event.Skip();
@@ -144,18 +143,10 @@ void PlotControl::OnKey(wxKeyEvent& event) {
                                        : int{wxNavigationKeyEvent::IsForward});
             return;
         case WXK_RETURN:
-        case WXK_NUMPAD_ENTER: {
-            wxCommandEvent pressed(wxEVT_BUTTON, GetId());
-            pressed.SetEventObject(this);
-            ProcessWindowEvent(pressed);
+        case WXK_NUMPAD_ENTER:
+            SendPress(*this);
             return;
-        }
         default:
             event.Skip();
     }
-}
-
-void PlotControl::OnMotion(wxMouseEvent& event) {
-    event.Skip();
-    Mark(RowAt(event.GetPosition()));
 }

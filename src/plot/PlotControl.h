@@ -38,7 +38,6 @@ class PlotControl : public wxControl {
 
     void OnPaint(wxPaintEvent& event);
     void OnKey(wxKeyEvent& event);
-    void OnMotion(wxMouseEvent& event);
 
     Plot mPlot;
     Form mForm;

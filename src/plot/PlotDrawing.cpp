@@ -2,7 +2,6 @@
 
 #include <wx/dcmemory.h>
 #include <wx/graphics.h>
-#include <wx/intl.h>
 #include <wx/settings.h>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include <memory>
 
 #include "plot/PlotCanvas.h"
+#include "shell/Toolkit.h"
 
 namespace {
 
@@ -40,24 +40,10 @@ constexpr double kThickestRow = 26.0;
 constexpr double kLargestDay = 22.0;
 // A picture with room for fewer lines of text is drawn compact.
 constexpr double kLinesOfAll = 8.5;
-// The first character of the scripts of East Asia.
-constexpr wchar_t kFirstWide = 0x2e80;
 
 wxColour FromRgb(unsigned rgb) {
     return wxColour(static_cast<unsigned char>(rgb >> 16U), static_cast<unsigned char>(rgb >> 8U),
                     static_cast<unsigned char>(rgb));
-}
-
-double Brightness(const wxColour& colour) {
-    return 0.299 * colour.Red() + 0.587 * colour.Green() + 0.114 * colour.Blue();
-}
-
-wxColour Mix(const wxColour& from, const wxColour& to, double part) {
-    const auto channel = [part](unsigned char a, unsigned char b) {
-        return static_cast<unsigned char>(std::lround(a + (b - a) * part));
-    };
-    return wxColour(channel(from.Red(), to.Red()), channel(from.Green(), to.Green()),
-                    channel(from.Blue(), to.Blue()));
 }
 
 wxColour WithAlpha(const wxColour& colour, unsigned char alpha) {
@@ -69,9 +55,9 @@ wxColour WithAlpha(const wxColour& colour, unsigned char alpha) {
 PlotLook::PlotLook(const wxColour& background, const wxColour& text)
     : mBackground(background),
       mText(text),
-      mMuted(Mix(background, text, 0.68)),
-      mGrid(Mix(background, text, 0.13)),
-      mDark(Brightness(background) < 128.0) {}
+      mMuted(MixColours(background, text, 0.68)),
+      mGrid(MixColours(background, text, 0.13)),
+      mDark(background.GetLuminance() < 0.5) {}
 
 wxColour PlotLook::Of(PlotHue hue) const {
     return FromRgb(kHues[static_cast<size_t>(hue)][mDark ? 1 : 0]);
@@ -216,7 +202,7 @@ std::vector<wxString> PlotPainter::Wrap(const wxString& text) {
     // The part of the line that stays when the rest moves to the next one.
     size_t whole = 0;
     for (const wxUniChar character : text) {
-        if (character == ' ' || character.GetValue() >= kFirstWide) {
+        if (character == ' ' || character.GetValue() >= kFirstWideCharacter) {
             whole = line.length();
         }
         line += character;

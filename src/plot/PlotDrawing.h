@@ -3,7 +3,6 @@
 #include <wx/bitmap.h>
 #include <wx/colour.h>
 #include <wx/geometry.h>
-#include <wx/string.h>
 
 #include <string>
 #include <vector>

@@ -128,6 +128,11 @@ constexpr MenuRow kCardRows[] = {
     {wxID_PASTE, wxTRANSLATE("&Paste"), "icons/paste_menu.png"},
     {wxID_DELETE, wxTRANSLATE("&Delete"), "icons/delete_menu.png"}};
 
+constexpr MenuRow kCategoryRows[] = {
+    {ID_NEW_CATEGORY, wxTRANSLATE("New &Category"), "icons/newcategory_menu.png"},
+    {ID_RENAME_CATEGORY, wxTRANSLATE("Rename..."), "icons/blank_menu.png"},
+    {wxID_DELETE, wxTRANSLATE("Delete"), "icons/delete_menu.png"}};
+
 // Translates a text of the tables. The translation of an empty text would be the catalogue's
 // header.
 wxString Translated(const char* text) {
@@ -208,6 +213,10 @@ wxMenuBar* BuildMenuBar() {
 std::unique_ptr<wxMenu> BuildCardMenu() {
     ShowMenuPictures();
     return BuildMenu(kCardRows);
+}
+
+std::unique_ptr<wxMenu> BuildCategoryMenu() {
+    return BuildMenu(kCategoryRows);
 }
 
 void PopUpMenu(wxWindow& window, wxMenu& menu, const wxContextMenuEvent& event) {

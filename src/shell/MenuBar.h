@@ -17,6 +17,9 @@ wxMenuBar* BuildMenuBar();
 // Builds the pop-up menu of a card, for the viewer and the list.
 std::unique_ptr<wxMenu> BuildCardMenu();
 
+// Builds the pop-up menu of the list of categories.
+std::unique_ptr<wxMenu> BuildCategoryMenu();
+
 // Shows a context menu at the mouse, or in the corner of the window if a key asked for it.
 void PopUpMenu(wxWindow& window, wxMenu& menu, const wxContextMenuEvent& event);
 

@@ -1,6 +1,7 @@
 #include "shell/Toolkit.h"
 
 #include <wx/app.h>
+#include <wx/colour.h>
 #include <wx/defs.h>
 #include <wx/listctrl.h>
 #include <wx/panel.h>
@@ -365,4 +366,16 @@ void TellRow(wxListCtrl& list, const wxString& row, const wxString& whole) {
     wxWindow& rows = GetRowsWindow(list);
     SetAccessibleName(rows, row.empty() ? whole : row);
     SetAccessibleRole(rows, AccessibleRole::List);
+}
+
+void SendPress(wxWindow& control) {
+    wxCommandEvent pressed(wxEVT_BUTTON, control.GetId());
+    pressed.SetEventObject(&control);
+    control.ProcessWindowEvent(pressed);
+}
+
+wxColour MixColours(const wxColour& colour, const wxColour& other, double part) {
+    return wxColour(wxColour::AlphaBlend(other.Red(), colour.Red(), part),
+                    wxColour::AlphaBlend(other.Green(), colour.Green(), part),
+                    wxColour::AlphaBlend(other.Blue(), colour.Blue(), part));
 }

@@ -5,6 +5,7 @@
 
 #include <functional>
 
+class wxColour;
 class wxListCtrl;
 class wxScrolledWindow;
 class wxSpinCtrl;
@@ -92,3 +93,9 @@ bool IsTiled(const wxTopLevelWindow& window);
 // Opens an address in the desktop's program for web pages. Returns false if there is none. The
 // address arrives unchanged, even with a section of a local page.
 bool OpenInBrowser(const wxString& address);
+
+// Sends the event of a pressed button from a control that paints itself.
+void SendPress(wxWindow& control);
+
+// Returns a colour with that part, 0 to 1, of the other one in it.
+wxColour MixColours(const wxColour& colour, const wxColour& other, double part);

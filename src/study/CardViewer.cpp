@@ -12,24 +12,19 @@
 
 #include "base/Text.h"
 #include "shell/MenuBar.h"
+#include "shell/Toolkit.h"
 
 namespace {
 
 constexpr int kHeight = 256;
-
-unsigned char Blend(unsigned char top, unsigned char bottom, int step) {
-    return static_cast<unsigned char>((top * (kHeight - step) + bottom * step) / kHeight);
-}
 
 }  // namespace
 
 wxBitmap MakeStudyCover(const wxColour& top, const wxColour& bottom) {
     wxImage image(1, kHeight, false);
     for (int y = 0; y < kHeight; ++y) {
-        const int step = y + 1;
-        image.SetRGB(0, y, Blend(top.Red(), bottom.Red(), step),
-                     Blend(top.Green(), bottom.Green(), step),
-                     Blend(top.Blue(), bottom.Blue(), step));
+        const wxColour colour = MixColours(top, bottom, (y + 1.0) / kHeight);
+        image.SetRGB(0, y, colour.Red(), colour.Green(), colour.Blue());
     }
     return wxBitmap(image);
 }
@@ -117,17 +112,10 @@ CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position,
     Bind(wxEVT_LEFT_DOWN, &CardViewer::OnLeftDown, this);
     Bind(wxEVT_LEFT_UP, &CardViewer::OnLeftUp, this);
     Bind(wxEVT_MOUSEWHEEL, &CardViewer::OnWheel, this);
-    Bind(wxEVT_CONTEXT_MENU, &CardViewer::OnContextMenu, this);
+    Bind(wxEVT_CONTEXT_MENU,
+         [this](wxContextMenuEvent& event) { PopUpMenu(*this, *BuildCardMenu(), event); });
     // A press that loses the mouse gets no release, and the press alone has done nothing.
     Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
-}
-
-void CardViewer::SetFirstText(const wxString& text) {
-    SetText(mFirst, text);
-}
-
-void CardViewer::SetSecondText(const wxString& text) {
-    SetText(mSecond, text);
 }
 
 void CardViewer::SetText(CardViewerSide& side, const wxString& text) {
@@ -138,22 +126,6 @@ void CardViewer::SetText(CardViewerSide& side, const wxString& text) {
         side.Wraps = {};
         Relayout(kCharactersAtOnce);
     }
-}
-
-void CardViewer::SetFirstColour(const wxColour& colour) {
-    mFirst.TextColour = colour;
-}
-
-void CardViewer::SetSecondColour(const wxColour& colour) {
-    mSecond.TextColour = colour;
-}
-
-void CardViewer::SetSecondCover(const wxBitmap& cover) {
-    mSecond.Cover = cover;
-}
-
-void CardViewer::SetHint(const wxString& text) {
-    mHint = text;
 }
 
 void CardViewer::SetLayout(int32_t orientation) {
@@ -261,24 +233,12 @@ void CardViewer::DropPress() {
     }
 }
 
-void CardViewer::ScrollToTop() {
-    Scroll(wxDefaultCoord, 0);
-}
-
 void CardViewer::ScrollToSecond() {
     if (mLayout == wxHORIZONTAL) {
         ScrollToTop();
     } else if (GetVirtualSize().y != GetClientSize().y) {
         Scroll(wxDefaultCoord, mFirst.Rect.height);
     }
-}
-
-void CardViewer::PageUp() {
-    ScrollByPage(-1);
-}
-
-void CardViewer::PageDown() {
-    ScrollByPage(1);
 }
 
 void CardViewer::ScrollByPage(int32_t direction) {
@@ -391,9 +351,4 @@ void CardViewer::ChangeTextSize(int32_t rotation, int32_t delta) {
         command.SetEventObject(this);
         GetParent()->GetEventHandler()->ProcessEvent(command);
     }
-}
-
-void CardViewer::OnContextMenu(wxContextMenuEvent& event) {
-    const std::unique_ptr<wxMenu> menu = BuildCardMenu();
-    PopUpMenu(*this, *menu, event);
 }

@@ -67,20 +67,20 @@ class CardViewer : public wxScrolledWindow {
 
     // A longer text is cut here and ends with an ellipsis.
     static constexpr size_t kMostCharacters = 8000000;
-    void SetFirstText(const wxString& text);
-    void SetSecondText(const wxString& text);
+    void SetFirstText(const wxString& text) { SetText(mFirst, text); }
+    void SetSecondText(const wxString& text) { SetText(mSecond, text); }
     const wxString& GetFirstText() const { return mFirst.Text; }
     const wxString& GetSecondText() const { return mSecond.Text; }
 
     // Colours and the cover are only stored: the caller refreshes.
-    void SetFirstColour(const wxColour& colour);
-    void SetSecondColour(const wxColour& colour);
+    void SetFirstColour(const wxColour& colour) { mFirst.TextColour = colour; }
+    void SetSecondColour(const wxColour& colour) { mSecond.TextColour = colour; }
     // A null bitmap takes the cover away.
-    void SetSecondCover(const wxBitmap& cover);
+    void SetSecondCover(const wxBitmap& cover) { mSecond.Cover = cover; }
     bool IsSecondCovered() const { return mSecond.Cover.IsOk(); }
 
     // Tells screen readers what the window shows; nothing is drawn.
-    void SetHint(const wxString& text);
+    void SetHint(const wxString& text) { mHint = text; }
     const wxString& GetHint() const { return mHint; }
 
     // wxVERTICAL (the first side above the second) or wxHORIZONTAL.
@@ -92,11 +92,11 @@ class CardViewer : public wxScrolledWindow {
     // Forgets a press of the mouse that is under way, so that its release is not a click.
     void DropPress();
 
-    void ScrollToTop();
+    void ScrollToTop() { Scroll(wxDefaultCoord, 0); }
     // Scrolls until the dividing line is at the top; does nothing when there is nothing to scroll.
     void ScrollToSecond();
-    void PageUp();
-    void PageDown();
+    void PageUp() { ScrollByPage(-1); }
+    void PageDown() { ScrollByPage(1); }
 
     const CardViewerSide& GetFirst() const { return mFirst; }
     const CardViewerSide& GetSecond() const { return mSecond; }
@@ -131,7 +131,6 @@ class CardViewer : public wxScrolledWindow {
     void OnLeftUp(wxMouseEvent& event);
     void OnWheel(wxMouseEvent& event);
     void ChangeTextSize(int32_t rotation, int32_t delta);
-    void OnContextMenu(wxContextMenuEvent& event);
 
     int32_t mLayout = wxVERTICAL;
     int32_t mColumnWidth = 0;

@@ -1,6 +1,5 @@
 #include "study/LearningProgress.h"
 
-#include <wx/frame.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
 #include <wx/sizer.h>

@@ -40,10 +40,6 @@ bool QuickScore::Create(wxWindow* parent, wxWindowID id, const wxPoint& position
     return true;
 }
 
-unsigned int QuickScore::GetCount() const {
-    return static_cast<unsigned int>(mStrings.size());
-}
-
 wxString QuickScore::GetString(unsigned int n) const {
     wxCHECK_MSG(IsValid(n), wxString(), "no such item");
     return mStrings[n];
@@ -72,14 +68,6 @@ void QuickScore::SetAllStrings(const wxString& label) {
     for (unsigned int n = 0; n < GetCount(); ++n) {
         SetString(n, label);
     }
-}
-
-void QuickScore::SetSelection(int n) {
-    MoveCursor(n, false);
-}
-
-void QuickScore::SetMark(int32_t n) {
-    Activate(n, 0);
 }
 
 void QuickScore::SetMargin(int32_t units) {
@@ -131,14 +119,6 @@ int QuickScore::DoInsertItems(const wxArrayStringsAdapter& items, unsigned int p
     return static_cast<int>(pos + items.GetCount()) - 1;
 }
 
-void QuickScore::DoSetItemClientData(unsigned int n, void* clientData) {
-    mClientData[n] = clientData;
-}
-
-void* QuickScore::DoGetItemClientData(unsigned int n) const {
-    return mClientData[n];
-}
-
 void QuickScore::DoClear() {
     mStrings.clear();
     mClientData.clear();
@@ -185,7 +165,6 @@ void QuickScore::UpdateMetrics() {
     mItemWidth = std::max(mItemHeight, textWidth + 2 * quarter + 1);
     mPadY = pad;
     mPadX = quarter;
-    mTextHeight = textHeight;
     InvalidateBestSize();
 }
 
@@ -226,8 +205,4 @@ void QuickScore::SetPressed(int32_t n) {
     RefreshItem(mPressed);
     RefreshItem(n);
     mPressed = n;
-}
-
-void QuickScore::ClearPressed() {
-    SetPressed(-1);
 }

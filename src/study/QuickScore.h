@@ -39,7 +39,7 @@ class QuickScore : public wxControlWithItems {
                 const wxString& name = wxASCII_STR(wxPanelNameStr));
 
     // The labels of the items. Each change measures the control anew.
-    unsigned int GetCount() const override;
+    unsigned int GetCount() const override { return static_cast<unsigned int>(mStrings.size()); }
     wxString GetString(unsigned int n) const override;
     void SetString(unsigned int n, const wxString& label) override;
     // Replaces all labels, keeps cursor and mark, and makes the best size the minimum size.
@@ -47,9 +47,9 @@ class QuickScore : public wxControlWithItems {
     void SetAllStrings(const wxString& label);
 
     // These move the cursor and the mark without an event; -1 is none.
-    void SetSelection(int n) override;
+    void SetSelection(int n) override { MoveCursor(n, false); }
     int GetSelection() const override { return mCursor; }
-    void SetMark(int32_t n);
+    void SetMark(int32_t n) { Activate(n, 0); }
     void ClearMark() { SetMark(-1); }
     int32_t GetMark() const { return mMark; }
     // The item drawn as pressed, or -1.
@@ -80,8 +80,8 @@ class QuickScore : public wxControlWithItems {
     wxSize DoGetBestClientSize() const override;
     int DoInsertItems(const wxArrayStringsAdapter& items, unsigned int pos, void** clientData,
                       wxClientDataType type) override;
-    void DoSetItemClientData(unsigned int n, void* clientData) override;
-    void* DoGetItemClientData(unsigned int n) const override;
+    void DoSetItemClientData(unsigned int n, void* data) override { mClientData[n] = data; }
+    void* DoGetItemClientData(unsigned int n) const override { return mClientData[n]; }
     void DoClear() override;
     void DoDeleteOneItem(unsigned int pos) override;
 
@@ -102,7 +102,7 @@ class QuickScore : public wxControlWithItems {
     // Moves the mark; a direction other than 0 says that the user chose it.
     void Activate(int32_t n, int direction);
     void SetPressed(int32_t n);
-    void ClearPressed();
+    void ClearPressed() { SetPressed(-1); }
     // True while a key or a mouse button holds an item down.
     bool IsHeld() const;
     void Press(int32_t key);
@@ -180,7 +180,6 @@ class QuickScore : public wxControlWithItems {
     int32_t mMargin = 3;
     int32_t mPadX = 0;
     int32_t mPadY = 0;
-    int32_t mTextHeight = 0;
 
     wxDECLARE_DYNAMIC_CLASS(QuickScore);
 };

@@ -9,6 +9,8 @@
 
 #include <cmath>
 
+#include "shell/Toolkit.h"
+
 // How the control looks. Each state of a button is a square picture, made once; PaintBitmap
 // stretches its middle column to the width of the item.
 
@@ -17,20 +19,12 @@ namespace {
 // The picture is painted at four times its size; scaling it down smooths the round corners.
 constexpr int32_t kOversampling = 4;
 
-wxColour Blend(const wxColour& from, const wxColour& to, double t) {
-    const auto channel = [t](unsigned char a, unsigned char b) {
-        return static_cast<unsigned char>(a * (1.0 - t) + b * t);
-    };
-    return wxColour(channel(from.Red(), to.Red()), channel(from.Green(), to.Green()),
-                    channel(from.Blue(), to.Blue()));
-}
-
 // Fades from the background outside to nearly grey inside.
 void PaintShadow(wxDC& dc, wxRect shadow, int32_t radius, const wxColour& background) {
     constexpr int32_t kSteps = 8;
     const wxColour grey(127, 127, 127);
     for (int32_t k = 1; k <= kSteps; ++k) {
-        const wxColour colour = Blend(background, grey, static_cast<double>(k) / kSteps);
+        const wxColour colour = MixColours(background, grey, static_cast<double>(k) / kSteps);
         dc.SetPen(wxPen(colour, kSteps));
         dc.SetBrush(wxBrush(colour));
         dc.DrawRoundedRectangle(shadow, radius);
@@ -56,7 +50,7 @@ void PaintGradient(wxDC& dc, const wxRect& button, int32_t radius, const wxColou
     for (int32_t y = 0; y < button.height; ++y) {
         const double t = button.height > 1 ? static_cast<double>(y) / (button.height - 1) : 0.0;
         const int32_t inset = RowInset(y, button.height, radius);
-        dc.SetPen(wxPen(Blend(top, bottom, t), 1));
+        dc.SetPen(wxPen(MixColours(top, bottom, t), 1));
         dc.DrawLine(button.x + inset, button.y + y, button.x + button.width - inset, button.y + y);
     }
 }

@@ -22,10 +22,9 @@
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
-#include "study/BreakBar.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
-#include "study/ScoreForecast.h"
+#include "study/StudyPanels.h"
 #include "study/StudyTexts.h"
 
 namespace {

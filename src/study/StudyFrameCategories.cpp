@@ -7,9 +7,9 @@
 #include "categories/CategoryList.h"
 #include "categories/DropDown.h"
 #include "shell/AppServices.h"
-#include "study/BreakBar.h"
 #include "study/CardViewer.h"
 #include "study/StudyFrame.h"
+#include "study/StudyPanels.h"
 #include "study/StudyTexts.h"
 
 // How the study window tells of the end of the day, and goes from one category to another without

@@ -11,6 +11,7 @@
 #include <cmath>
 
 #include "base/Text.h"
+#include "base/Time.h"
 #include "scheduler/Scheduler.h"
 
 ScoreLabels GetScoreLabels(bool compact) {
@@ -34,22 +35,7 @@ wxString IntervalText(float seconds) {
     const IntervalInUnits interval = SplitInterval(seconds);
     constexpr float kMost = 1e9f;
     const auto n = static_cast<unsigned>(std::lround(std::clamp(interval.Value, 0.0f, kMost)));
-    switch (interval.Unit) {
-        case 6:
-            return wxString::Format(wxPLURAL("%u year", "%u years", n), n);
-        case 5:
-            return wxString::Format(wxPLURAL("%u month", "%u months", n), n);
-        case 4:
-            return wxString::Format(wxPLURAL("%u week", "%u weeks", n), n);
-        case 3:
-            return wxString::Format(wxPLURAL("%u day", "%u days", n), n);
-        case 2:
-            return wxString::Format(wxPLURAL("%u hour", "%u hours", n), n);
-        case 1:
-            return wxString::Format(wxPLURAL("%u minute", "%u minutes", n), n);
-        default:
-            return wxString::Format(wxPLURAL("%u second", "%u seconds", n), n);
-    }
+    return CountOfUnits(n, interval.Unit);
 }
 
 wxString ReturnText(const IntervalRange& interval) {
@@ -161,25 +147,18 @@ RescoreMessageBox::RescoreMessageBox(wxWindow* parent) {
     wxDialog::Create(parent, kRescoreDialogId, _("Rescore"), wxDefaultPosition, wxSize(400, 300),
                      wxDEFAULT_DIALOG_STYLE, "dialog");
     SetFont(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT));
-    CreateControls();
-    GetSizer()->SetSizeHints(this);
-    Centre(wxBOTH);
-}
-
-void RescoreMessageBox::AddText(const wxString& words) {
-    auto* const text = new wxStaticText(this, wxID_STATIC, words);
-    text->Wrap(kTextWidth);
-    GetSizer()->Add(text,
-                    wxSizerFlags().Centre().Border(wxLEFT | wxRIGHT | wxTOP, FromDIP(2 * kBorder)));
-}
-
-void RescoreMessageBox::CreateControls() {
     SetSizer(new wxBoxSizer(wxVERTICAL));
-    AddText(
+    const auto addText = [this](const wxString& words) {
+        auto* const text = new wxStaticText(this, wxID_STATIC, words);
+        text->Wrap(kTextWidth);
+        GetSizer()->Add(
+            text, wxSizerFlags().Centre().Border(wxLEFT | wxRIGHT | wxTOP, FromDIP(2 * kBorder)));
+    };
+    addText(
         _("You have changed the score on a flash card in your card history. If you keep the new "
           "score the previous score will be undone and the score you have selected will be "
           "recorded in its place.  "));
-    AddText(_("Do you want to rescore the card or leave it with its original score?"));
+    addText(_("Do you want to rescore the card or leave it with its original score?"));
 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     GetSizer()->Add(buttons, wxSizerFlags().Centre().Border(wxALL, FromDIP(2 * kBorder)));
@@ -193,4 +172,6 @@ void RescoreMessageBox::CreateControls() {
     // Enter keeps the score that was just chosen.
     rescore->SetDefault();
     rescore->SetFocus();
+    GetSizer()->SetSizeHints(this);
+    Centre(wxBOTH);
 }

@@ -60,8 +60,4 @@ wxString StudyReadyText(Scheduler& scheduler, const wxStatusBar& bar);
 class RescoreMessageBox : public wxDialog {
   public:
     explicit RescoreMessageBox(wxWindow* parent);
-
-  private:
-    void AddText(const wxString& words);
-    void CreateControls();
 };

@@ -1,7 +1,7 @@
 // The steps of study as a person takes them with one hand on the keys.
 
-#include "study/ScoreForecast.h"
 #include "study/StudyFrameFixture.h"
+#include "study/StudyPanels.h"
 #include "study/StudyTexts.h"
 
 namespace {
