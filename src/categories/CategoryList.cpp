@@ -5,8 +5,10 @@
 #include <wx/vector.h>
 
 #include <algorithm>
+#include <functional>
 #include <list>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "base/Text.h"
@@ -24,12 +26,6 @@
 namespace {
 
 constexpr long kChosen = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
-
-void AppendEntry(wxMenu& menu, int id, const wxString& label, const char* picture) {
-    auto* const item = new wxMenuItem(&menu, id, label);
-    item->SetBitmap(LoadResourceBitmap(picture));
-    menu.Append(item);
-}
 
 }  // namespace
 
@@ -108,14 +104,13 @@ void CategoryList::RefreshRows() {
             SelectRow(place->second);
         }
     }
-    std::list<long> goneRows;
-    for (const auto& [id, row] : gone) {
-        goneRows.push_back(row);
-    }
     // Deletes from the last row on, as each deletion moves the rows after it.
-    goneRows.sort();
-    for (auto row = goneRows.rbegin(); row != goneRows.rend(); ++row) {
-        DeleteItem(*row);
+    std::set<long, std::greater<>> goneRows;
+    for (const auto& [id, row] : gone) {
+        goneRows.insert(row);
+    }
+    for (const long row : goneRows) {
+        DeleteItem(row);
     }
     SetColumnWidth(0, wxLIST_AUTOSIZE);
     mRowWidth = GetColumnWidth(0);
@@ -152,18 +147,6 @@ void CategoryList::SelectRow(long row) {
 void CategoryList::TellFocusedRow() {
     const long row = FocusedRow();
     TellRow(*this, row < 0 ? wxString() : GetItemText(row), _("Categories"));
-}
-
-long CategoryList::FocusedRow() const {
-    return GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED);
-}
-
-int32_t CategoryList::CategoryOf(long row) const {
-    return static_cast<int32_t>(GetItemData(row));
-}
-
-bool CategoryList::HasFocusedRow() const {
-    return FocusedRow() >= 0;
 }
 
 bool CategoryList::HasFocusedCategory() const {
@@ -352,11 +335,7 @@ void CategoryList::OnListKeyDown(wxListEvent& event) {
 }
 
 void CategoryList::OnContextMenu(wxContextMenuEvent& event) {
-    wxMenu menu;
-    AppendEntry(menu, ID_NEW_CATEGORY, _("New &Category"), "icons/newcategory_menu.png");
-    AppendEntry(menu, ID_RENAME_CATEGORY, _("Rename..."), "icons/blank_menu.png");
-    AppendEntry(menu, wxID_DELETE, _("Delete"), "icons/delete_menu.png");
     mAsking = true;
-    PopUpMenu(*this, menu, event);
+    PopUpMenu(*this, *BuildCategoryMenu(), event);
     mAsking = false;
 }

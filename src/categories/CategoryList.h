@@ -22,7 +22,7 @@ class CategoryList : public wxListCtrl, private Observer {
     // Shows that store, which is not owned. Null leaves the rows as they are.
     void SetDatabase(Database* database);
 
-    bool HasFocusedRow() const;
+    bool HasFocusedRow() const { return FocusedRow() >= 0; }
     // Returns true when a row is focused and stands for a category.
     bool HasFocusedCategory() const;
 
@@ -53,8 +53,8 @@ class CategoryList : public wxListCtrl, private Observer {
     void FillWidth();
     void SelectRow(long row);
     void TellFocusedRow();
-    long FocusedRow() const;
-    int32_t CategoryOf(long row) const;
+    long FocusedRow() const { return GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
+    int32_t CategoryOf(long row) const { return static_cast<int32_t>(GetItemData(row)); }
     void UseFont();
 
     void OnItemFocused(wxListEvent& event);

@@ -6,7 +6,6 @@
 
 #include <limits>
 #include <list>
-#include <memory>
 #include <optional>
 
 #include "base/Text.h"

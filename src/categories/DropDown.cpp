@@ -65,9 +65,7 @@ wxSize wxDropDownButton::DoGetBestClientSize() const {
 }
 
 void wxDropDownButton::Press() {
-    wxCommandEvent pressed(wxEVT_BUTTON, GetId());
-    pressed.SetEventObject(this);
-    ProcessWindowEvent(pressed);
+    SendPress(*this);
     if (mpPopup != nullptr) {
         mpPopup->Popup();
     }
@@ -115,10 +113,7 @@ void wxDropDownButton::OnLeftUp(wxMouseEvent& event) {
     const bool isClick = mPressed && GetClientRect().Contains(event.GetPosition());
     mPressed = false;
     Refresh();
-    if (!isClick) {
-        return;
-    }
-    if (!mPressCloses) {
+    if (isClick && !mPressCloses) {
         Press();
     }
 }

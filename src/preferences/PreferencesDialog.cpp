@@ -3,27 +3,114 @@
 #include <wx/button.h>
 #include <wx/checkbox.h>
 #include <wx/choice.h>
+#include <wx/colordlg.h>
 #include <wx/dirdlg.h>
 #include <wx/filename.h>
+#include <wx/fontdlg.h>
 #include <wx/intl.h>
 #include <wx/scrolwin.h>
+#include <wx/settings.h>
 #include <wx/sizer.h>
 #include <wx/spinctrl.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
-#include <initializer_list>
+#include <algorithm>
 #include <limits>
 
 #include "files/windows/Backups.h"
 #include "files/windows/StoreFileChange.h"
-#include "preferences/AppearanceControls.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
 #include "store/Subject.h"
+
+namespace {
+
+constexpr int kSwatchId = 10062;
+constexpr int kColorButtonId = 10064;
+constexpr int kFontButtonId = 10051;
+
+// Room for most names of fonts, in pixels at the usual resolution and in characters.
+constexpr int kNameWidth = 180;
+constexpr int kNameLength = 22;
+
+}  // namespace
+
+void AppearanceControl::CreateRow(wxWindow* sample, int buttonId, const wxString& buttonText,
+                                  const wxString& label) {
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    row->Add(sample, wxSizerFlags(1).Expand());
+    mpButton = new wxButton(this, buttonId, buttonText);
+    row->Add(mpButton, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
+    SetSizer(row);
+    SetAccessibleName(*mpButton, label + " " + mpButton->GetLabelText());
+    mpButton->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Change(); });
+}
+
+void AppearanceControl::AlignButtons(std::initializer_list<const AppearanceControl*> controls) {
+    int width = 0;
+    for (const AppearanceControl* const control : controls) {
+        width = std::max(width, control->mpButton->GetBestSize().x);
+    }
+    for (const AppearanceControl* const control : controls) {
+        control->mpButton->SetMinSize(wxSize(width, -1));
+    }
+}
+
+ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& label)
+    : AppearanceControl(parent, id) {
+    mpSwatch =
+        new wxPanel(this, kSwatchId, wxDefaultPosition, FromDIP(wxSize(10, 10)), wxBORDER_SIMPLE);
+    mpSwatch->SetCanFocus(false);
+    CreateRow(mpSwatch, kColorButtonId, _("Change Color..."), label);
+}
+
+void ColorControl::SetColourData(const wxColourData& data) {
+    mData = data;
+    mpSwatch->SetBackgroundColour(mData.GetColour());
+    mpSwatch->Refresh();
+}
+
+void ColorControl::Change() {
+    wxColourDialog dialog(this, &mData);
+    if (dialog.ShowModal() == wxID_OK) {
+        SetColourData(dialog.GetColourData());
+    }
+}
+
+FontControl::FontControl(wxWindow* parent, wxWindowID id, const wxString& label)
+    : AppearanceControl(parent, id) {
+    const int width = std::max(FromDIP(kNameWidth), kNameLength * GetCharWidth());
+    mpName = new wxTextCtrl(this, kFontNameId, wxString(), wxDefaultPosition, wxSize(width, -1),
+                            wxTE_READONLY | wxTE_CENTRE);
+    mpName->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+    SetAccessibleName(*mpName, label);
+    CreateRow(mpName, kFontButtonId, _("Change Font..."), label);
+}
+
+void FontControl::SetFontData(const wxFontData& data) {
+    const int size = mpName->GetFont().GetPointSize();
+    mData = data;
+    wxFont font = GetFontOfData();
+    mpName->SetValue(wxString::Format(_("%ipt, %s"), font.GetPointSize(), font.GetFaceName()));
+    font.SetPointSize(size);
+    mpName->SetFont(font);
+}
+
+wxFont FontControl::GetFontOfData() const {
+    const wxFont chosen = mData.GetChosenFont();
+    return chosen.IsOk() ? chosen : mData.GetInitialFont();
+}
+
+void FontControl::Change() {
+    wxFontDialog dialog(this, mData);
+    if (dialog.ShowModal() == wxID_OK) {
+        SetFontData(dialog.GetFontData());
+    }
+}
 
 namespace {
 
@@ -68,8 +155,13 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
     ShowDescription(false);
     CentreOnParent();
     Bind(wxEVT_CHOICE, &PreferencesDialog::OnIntroductionChoice, this, ID_INTRODUCTION);
-    Bind(wxEVT_CHOICE, &PreferencesDialog::OnStoreChoice, this, ID_STORE_CHOICE);
-    Bind(wxEVT_BUTTON, &PreferencesDialog::OnDefault, this, ID_DEFAULT);
+    Bind(
+        wxEVT_CHOICE, [this](wxCommandEvent& event) { EnableNewStore(event.GetSelection() != 0); },
+        ID_STORE_CHOICE);
+    Bind(
+        wxEVT_BUTTON,
+        [this](wxCommandEvent&) { mpNewPathText->ChangeValue(mActions.GetDefaultStorePath()); },
+        ID_DEFAULT);
     Bind(wxEVT_BUTTON, &PreferencesDialog::OnBrowse, this, ID_BROWSE);
     Bind(wxEVT_BUTTON, &PreferencesDialog::OnBrowseBackups, this, ID_BROWSE_BACKUPS);
     Bind(
@@ -111,10 +203,9 @@ void PreferencesDialog::CreateAdvanced() {
     for (const wxString& text : {wxString(_("Introduction Options")), question}) {
         AddText(group, text)->Wrap(FromDIP(kTextWidth));
     }
-    wxArrayString entries;
-    entries.Add(_("After Scheduled Review"));
-    entries.Add(_("During Scheduled Review"));
-    mpIntroductionChoice = AddChoice(group, ID_INTRODUCTION, entries, question);
+    mpIntroductionChoice =
+        AddChoice(group, ID_INTRODUCTION,
+                  {_("After Scheduled Review"), _("During Scheduled Review")}, question);
     mpIntroductionText = AddText(group, wxString());
 
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
@@ -136,12 +227,11 @@ void PreferencesDialog::CreateStoreFile() {
     SetAccessibleName(*mpStorePathText, label->GetLabelText());
     group.Add(mpStorePathText, row);
 
-    wxArrayString entries;
-    entries.Add(_("Do not change the store file"));
-    entries.Add(_("Move flash card store file to:"));
-    entries.Add(_("Create a new flash card store file:"));
-    entries.Add(_("Open flash card store file:"));
-    mpStoreChoice = AddChoice(group, ID_STORE_CHOICE, entries, _("Store File"));
+    mpStoreChoice =
+        AddChoice(group, ID_STORE_CHOICE,
+                  {_("Do not change the store file"), _("Move flash card store file to:"),
+                   _("Create a new flash card store file:"), _("Open flash card store file:")},
+                  _("Store File"));
 
     mpNewPathText = new wxTextCtrl(mpForm, ID_NEW_PATH);
     SetAccessibleName(*mpNewPathText, _("New store file"));
@@ -200,9 +290,9 @@ Control* PreferencesDialog::AddControl(wxSizer& group, const wxString& label, in
     return control;
 }
 
-wxChoice* PreferencesDialog::AddChoice(wxSizer& group, int id, const wxArrayString& entries,
+wxChoice* PreferencesDialog::AddChoice(wxSizer& group, int id, const std::vector<wxString>& entries,
                                        const wxString& spokenName) {
-    wxChoice* const choice = MakeChoice(*mpForm, id, entries);
+    wxChoice* const choice = MakeChoice(*mpForm, id, wxArrayString(entries.size(), entries.data()));
     SetAccessibleName(*choice, spokenName);
     group.Add(choice, wxSizerFlags().Border(wxTOP, FromDIP(kFormGap)));
     return choice;
@@ -254,10 +344,6 @@ void PreferencesDialog::OnIntroductionChoice(wxCommandEvent& event) {
     ShowDescription(early);
 }
 
-void PreferencesDialog::OnStoreChoice(wxCommandEvent& event) {
-    EnableNewStore(event.GetSelection() != 0);
-}
-
 void PreferencesDialog::EnableNewStore(bool enable) {
     mpNewPathText->Enable(enable);
     mpDefaultButton->Enable(enable);
@@ -276,10 +362,6 @@ void PreferencesDialog::OnBrowseBackups(wxCommandEvent&) {
     if (dialog.ShowModal() == wxID_OK) {
         mpBackupDirectory->ChangeValue(dialog.GetPath());
     }
-}
-
-void PreferencesDialog::OnDefault(wxCommandEvent&) {
-    mpNewPathText->ChangeValue(mActions.GetDefaultStorePath());
 }
 
 void PreferencesDialog::OnBrowse(wxCommandEvent&) {

@@ -17,8 +17,10 @@
 #include <wx/mstream.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
+#include <wx/wrapsizer.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <functional>
 #include <string>
@@ -36,7 +38,6 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
-#include "statistics/StatisticsOverview.h"
 #include "store/Database.h"
 
 // One count. The history belongs to the window, which leaves it alone meanwhile.
@@ -58,6 +59,100 @@ struct FiguresJob {
     ReviewFigures Figures;
     Job Reading;
 };
+
+namespace {
+
+constexpr StatisticsPage kTiles[] = {StatisticsPage::Due, StatisticsPage::Reviews,
+                                     StatisticsPage::RememberedByInterval,
+                                     StatisticsPage::Categories};
+constexpr float kNumberSize = 2.0F;
+constexpr int kFirstTileId = 11200;
+
+}  // namespace
+
+// The first page of the statistics: large numbers that answer a learner's first questions, a
+// sentence on what they mean, and four of the plots in small. A double click or Enter on a plot
+// opens its page. Main thread only.
+class StatisticsOverview : public wxPanel {
+  public:
+    using PageOpener = std::function<void(StatisticsPage)>;
+
+    StatisticsOverview(wxWindow* parent, const PageOpener& openPage);
+
+    // Shows the plots, the answers and the advice.
+    void SetPlots(const StatisticsPlots& plots);
+
+  private:
+    static constexpr size_t kTileCount = 4;
+
+    void WrapAdvice();
+
+    std::array<wxStaticText*, kAnswerCount> mNumbers{};
+    std::array<wxStaticText*, kAnswerCount> mCaptions{};
+    std::array<PlotControl*, kTileCount> mTiles{};
+    wxStaticText* mpAdvice = nullptr;
+    wxString mAdvice;
+    int mWrapWidth = -1;
+};
+
+StatisticsOverview::StatisticsOverview(wxWindow* parent, const PageOpener& openPage) {
+    wxPanel::Create(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL,
+                    "overview");
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    auto* const answers = new wxWrapSizer(wxHORIZONTAL);
+    for (size_t i = 0; i < kAnswerCount; ++i) {
+        auto* const answer = new wxBoxSizer(wxVERTICAL);
+        mNumbers[i] = new wxStaticText(this, wxID_ANY, wxString());
+        mNumbers[i]->SetFont(GetFont().Scaled(kNumberSize).Bold());
+        mCaptions[i] = new wxStaticText(this, wxID_ANY, wxString());
+        answer->Add(mNumbers[i]);
+        answer->Add(mCaptions[i]);
+        answers->Add(answer, wxSizerFlags().Border(wxRIGHT, FromDIP(3 * kFormEdge)));
+    }
+    column->Add(answers, wxSizerFlags().Expand());
+    mpAdvice = new wxStaticText(this, wxID_ANY, wxString());
+    column->Add(mpAdvice, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, FromDIP(kFormEdge)));
+    auto* const tiles = new wxGridSizer(2, FromDIP(wxSize(kFormEdge, kFormEdge)));
+    for (size_t i = 0; i < kTileCount; ++i) {
+        const int id = kFirstTileId + static_cast<int>(i);
+        mTiles[i] = new PlotControl(this, id, PlotControl::Form::Tile);
+        mTiles[i]->Bind(wxEVT_BUTTON,
+                        [openPage, page = kTiles[i]](wxCommandEvent&) { openPage(page); });
+        tiles->Add(mTiles[i], wxSizerFlags().Expand());
+    }
+    column->Add(tiles, wxSizerFlags(1).Expand());
+    SetSizer(column);
+    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        event.Skip();
+        WrapAdvice();
+    });
+}
+
+void StatisticsOverview::SetPlots(const StatisticsPlots& plots) {
+    const Plot& own = plots[static_cast<size_t>(StatisticsPage::Overview)];
+    for (size_t i = 0; i < kAnswerCount; ++i) {
+        const bool isKnown = i < own.Table.Rows.size();
+        mCaptions[i]->SetLabelText(isKnown ? own.Table.Rows[i][0] : wxString());
+        mNumbers[i]->SetLabelText(isKnown ? own.Table.Rows[i][1] : wxString());
+    }
+    for (size_t i = 0; i < kTileCount; ++i) {
+        mTiles[i]->SetPlot(plots[static_cast<size_t>(kTiles[i])]);
+    }
+    mAdvice = own.EmptyText.empty() ? own.Summary : own.EmptyText;
+    mWrapWidth = -1;
+    WrapAdvice();
+    Layout();
+}
+
+void StatisticsOverview::WrapAdvice() {
+    const int width = GetClientSize().x;
+    if (width == mWrapWidth || width <= 0) {
+        return;
+    }
+    mWrapWidth = width;
+    mpAdvice->SetLabelText(mAdvice);
+    mpAdvice->Wrap(width);
+}
 
 // Lists the numbers of a plot. Makes each row only when it is shown.
 class NumbersList : public wxListCtrl {
@@ -230,8 +325,9 @@ void StatisticsFrame::BuildControls() {
 }
 
 wxChoice* StatisticsFrame::AddChoice(wxSizer& row, int id, const wxString& label,
-                                     const wxArrayString& entries) {
-    wxChoice* const choice = MakeChoice(*mpPages->GetParent(), id, entries);
+                                     const std::vector<wxString>& entries) {
+    wxChoice* const choice =
+        MakeChoice(*mpPages->GetParent(), id, wxArrayString(entries.size(), entries.data()));
     choice->MoveBeforeInTabOrder(mpPages);
     row.Add(MakeFormLabel(label, *choice),
             wxSizerFlags().CentreVertical().Border(wxRIGHT, FromDIP(kFormGap)));
@@ -242,20 +338,11 @@ wxChoice* StatisticsFrame::AddChoice(wxSizer& row, int id, const wxString& label
 
 wxSizer* StatisticsFrame::BuildChoices() {
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
-    wxArrayString categories;
-    categories.push_back(_("All Categories"));
-    mpCategory = AddChoice(*row, kCategoryId, _("Cate&gory:"), categories);
-    wxArrayString directions;
-    directions.push_back(_("Both Directions"));
-    directions.push_back(_("Front to Back"));
-    directions.push_back(_("Back to Front"));
-    mpDirection = AddChoice(*row, kDirectionId, _("&Direction:"), directions);
-    wxArrayString spans;
-    spans.push_back(_("1 Month"));
-    spans.push_back(_("3 Months"));
-    spans.push_back(_("1 Year"));
-    spans.push_back(_("All"));
-    mpSpan = AddChoice(*row, kSpanId, _("Ti&me:"), spans);
+    mpCategory = AddChoice(*row, kCategoryId, _("Cate&gory:"), {_("All Categories")});
+    mpDirection = AddChoice(*row, kDirectionId, _("&Direction:"),
+                            {_("Both Directions"), _("Front to Back"), _("Back to Front")});
+    mpSpan =
+        AddChoice(*row, kSpanId, _("Ti&me:"), {_("1 Month"), _("3 Months"), _("1 Year"), _("All")});
     return row;
 }
 

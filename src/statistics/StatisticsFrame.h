@@ -2,7 +2,6 @@
 
 #include <wx/frame.h>
 
-#include <array>
 #include <list>
 #include <memory>
 #include <vector>
@@ -16,12 +15,9 @@ class AppServices;
 class Database;
 class NumbersList;
 class PlotControl;
-class wxBoxSizer;
 class wxButton;
 class wxChoice;
 class wxListBox;
-class wxListEvent;
-class wxStaticText;
 class wxCheckBox;
 struct FiguresJob;
 
@@ -65,7 +61,8 @@ class StatisticsFrame : public wxFrame, private Observer {
     void BuildControls();
     wxSizer* BuildChoices();
     wxSizer* BuildButtons();
-    wxChoice* AddChoice(wxSizer& row, int id, const wxString& label, const wxArrayString& entries);
+    wxChoice* AddChoice(wxSizer& row, int id, const wxString& label,
+                        const std::vector<wxString>& entries);
     void BindCommands();
     void ListCategories();
     ReviewQuery ReadQuery() const;

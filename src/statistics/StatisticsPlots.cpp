@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <numeric>
 #include <utility>
 
@@ -76,24 +75,16 @@ wxString NoReviewsText(const ReviewFigures& figures) {
                : _("No reviews here in this time. Choose a longer time or another category.");
 }
 
-// Returns the numbers of reviews and of remembered ones.
-std::pair<int32_t, int32_t> AddUp(const std::array<Retention, kTimeRangeCount>& ranges,
-                                  int64_t from = 0) {
-    std::pair<int32_t, int32_t> sum;
+// Joins the ranges from that length of time on.
+Retention AddUp(const std::array<Retention, kTimeRangeCount>& ranges, int64_t from = 0) {
+    Retention sum;
     for (const Retention& range : ranges) {
         if (range.Range.From >= from) {
-            sum.first += range.Reviews;
-            sum.second += range.Remembered;
+            sum.Reviews += range.Reviews;
+            sum.Remembered += range.Remembered;
         }
     }
     return sum;
-}
-
-Retention AsOne(const std::pair<int32_t, int32_t>& sum) {
-    Retention all;
-    all.Reviews = sum.first;
-    all.Remembered = sum.second;
-    return all;
 }
 
 int32_t ReviewsIn(const std::vector<DayReviews>& days) {
@@ -243,7 +234,7 @@ Plot MakeCalendar(const ReviewFigures& figures) {
 }
 
 wxString JudgeIntervals(const ReviewFigures& figures) {
-    const Retention old = AsOne(AddUp(figures.ByElapsed, kOldInterval));
+    const Retention old = AddUp(figures.ByElapsed, kOldInterval);
     if (old.Reviews < kTellingReviews) {
         return wxString();
     }
@@ -315,7 +306,7 @@ Plot MakeRemembered(const ReviewFigures& figures, StatisticsPage page,
     plot.Up.Title = _("share remembered, with the number of reviews");
     SetDurationAxis(plot.Across, low, high);
     SetShareAxis(plot.Up);
-    const Retention all = AsOne(AddUp(ranges));
+    const Retention all = AddUp(ranges);
     plot.Summary = wxString::Format(_("%s of %i reviews were remembered (score 3 or more)."),
                                     ShareText(all.Share()), all.Reviews);
     plot.Rules.push_back({all.Share(), wxString()});
@@ -412,7 +403,10 @@ Plot MakeDifficulties(const ReviewFigures& figures) {
 }
 
 Retention RetentionOf(const CategoryFigures& category) {
-    return AsOne({category.Reviews, category.Remembered});
+    Retention retention;
+    retention.Reviews = category.Reviews;
+    retention.Remembered = category.Remembered;
+    return retention;
 }
 
 Plot MakeCategories(const ReviewFigures& figures) {
@@ -535,7 +529,7 @@ StatisticsPlots MakeUncountedPlots() {
 
 std::array<StatisticsAnswer, kAnswerCount> MakeAnswers(const ReviewFigures& figures) {
     const wxString unknown(L"\u2013");
-    const Retention all = AsOne(AddUp(figures.ByElapsed));
+    const Retention all = AddUp(figures.ByElapsed);
     const int32_t today = figures.Days.empty() ? 0 : figures.Days.back().Total();
     return {{{CountText(figures.Due.Overdue), _("due now")},
              {CountText(figures.Due.PerDay[1]), _("due tomorrow")},

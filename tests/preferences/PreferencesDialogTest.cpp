@@ -1,7 +1,6 @@
 #include "preferences/PreferencesDialog.h"
 
 #include "files/windows/FakeStoreFileActions.h"
-#include "preferences/AppearanceControls.h"
 #include "support/GuiTest.h"
 
 namespace {
