@@ -1,13 +1,11 @@
 #include "app/AppReports.h"
 
-#include <wx/app.h>
 #include <wx/intl.h>
 #include <wx/log.h>
 #include <wx/msgdlg.h>
 #include <wx/thread.h>
 #include <wx/utils.h>
 
-#include "base/Process.h"
 #include "shell/MessageBox.h"
 
 void AppFatalErrorReport::Report(const wxString& text) {

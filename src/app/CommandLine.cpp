@@ -2,7 +2,6 @@
 
 #include <wx/app.h>
 #include <wx/cmdline.h>
-#include <wx/string.h>
 #include <wx/translation.h>
 
 #include <algorithm>

@@ -28,14 +28,6 @@ bool IsAnyOtherShown(const wxFrame& frame) {
 MainWindows::MainWindows(Maker makeList, Maker makeStudy)
     : mList{std::move(makeList)}, mStudy{std::move(makeStudy)} {}
 
-wxFrame& MainWindows::ShowList() {
-    return Show(mList, mStudy);
-}
-
-wxFrame& MainWindows::ShowStudy() {
-    return Show(mStudy, mList);
-}
-
 wxFrame& MainWindows::Show(Place& wanted, Place& other) {
     if (wanted.Frame == nullptr) {
         const wxBusyCursor busy;
@@ -66,12 +58,9 @@ void MainWindows::Forget(wxFrame& frame) {
             place->Frame = nullptr;
         }
     }
-    if (!IsAnyOtherShown(frame)) {
-        CloseHidden();
+    if (IsAnyOtherShown(frame)) {
+        return;
     }
-}
-
-void MainWindows::CloseHidden() {
     for (Place* const place : {&mList, &mStudy}) {
         if (place->Frame != nullptr && !place->Frame->IsShown()) {
             place->Frame->Close();

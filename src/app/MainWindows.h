@@ -23,8 +23,8 @@ class MainWindows {
     MainWindows(Maker makeList, Maker makeStudy);
 
     // Show the window, which is created the first time, and hide the other.
-    wxFrame& ShowList();
-    wxFrame& ShowStudy();
+    wxFrame& ShowList() { return Show(mList, mStudy); }
+    wxFrame& ShowStudy() { return Show(mStudy, mList); }
 
     // Returns the window that is on the screen, or null.
     wxFrame* GetShown() const;
@@ -45,7 +45,6 @@ class MainWindows {
     };
 
     static wxFrame& Show(Place& wanted, Place& other);
-    void CloseHidden();
 
     Place mList;
     Place mStudy;

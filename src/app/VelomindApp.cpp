@@ -4,16 +4,15 @@
 #include <wx/cshelp.h>
 #include <wx/dialog.h>
 #include <wx/filename.h>
-#include <wx/frame.h>
 #include <wx/image.h>
-#include <wx/msgdlg.h>
 #include <wx/sysopt.h>
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <functional>
+#include <utility>
 #include <vector>
 
-#include "app/CommandLine.h"
 #include "app/Commands.h"
 #include "base/Process.h"
 #include "base/Text.h"
@@ -21,7 +20,6 @@
 #include "exchange/ImportJob.h"
 #include "files/StoreFiles.h"
 #include "files/windows/RestoreDialog.h"
-#include "files/windows/StoreFileChange.h"
 #include "files/windows/StoreOpening.h"
 #include "list/BrowseFrame.h"
 #include "preferences/PreferencesDialog.h"
@@ -215,25 +213,27 @@ void VelomindApp::FrameClosed(wxFrame& frame) {
 
 void VelomindApp::BindCommands() {
     Bind(wxEVT_MENU, &VelomindApp::OnWindowCommand, this, ID_WINDOW_FIRST, ID_WINDOW_LAST);
-    Bind(wxEVT_MENU, &VelomindApp::OnNewCard, this, wxID_NEW);
-    Bind(wxEVT_MENU, &VelomindApp::OnNewCategory, this, ID_NEW_CATEGORY);
-    Bind(wxEVT_MENU, &VelomindApp::OnImport, this, ID_IMPORT);
-    Bind(wxEVT_MENU, &VelomindApp::OnBackUp, this, ID_BACK_UP);
-    Bind(wxEVT_MENU, &VelomindApp::OnRestore, this, ID_RESTORE);
-    Bind(wxEVT_MENU, &VelomindApp::OnFind, this, wxID_FIND);
-    Bind(wxEVT_MENU, &VelomindApp::OnExitCommand, this, wxID_EXIT);
-    Bind(wxEVT_MENU, &VelomindApp::OnLearningProgress, this, ID_LEARNING_PROGRESS);
-    Bind(wxEVT_MENU, &VelomindApp::OnStatistics, this, ID_STATISTICS);
-    Bind(wxEVT_MENU, &VelomindApp::OnPreferences, this, wxID_PREFERENCES);
+    const std::pair<int, std::function<void()>> commands[] = {
+        {wxID_NEW, [this] { mEditors.OpenNew(*mpDatabase); }},
+        {ID_NEW_CATEGORY, [this] { AddCategory(mLastActive.get(), *mpDatabase); }},
+        {ID_IMPORT,
+         [this] { RunImportCommand(mLastActive.get(), *this, *mpDatabase, mFatalErrorReport); }},
+        {ID_BACK_UP, [this] { BackUpWhereWanted(mLastActive.get(), *mpDatabase); }},
+        {ID_RESTORE, [this] { Restore(); }},
+        {wxID_FIND, [this] { Find(); }},
+        {wxID_EXIT, [this] { CloseWindows(); }},
+        {ID_LEARNING_PROGRESS, [this] { ShowLearningProgress(); }},
+        {ID_STATISTICS, [this] { ShowStatistics(); }},
+        {wxID_PREFERENCES, [this] { ShowPreferences(); }}};
+    for (const auto& [id, run] : commands) {
+        Bind(
+            wxEVT_MENU, [run = run](wxCommandEvent&) { run(); }, id);
+    }
     Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
         event.Skip();
         OpenNextFile();
     });
     BindTextCommands(*this);
-    DisableMissingCommands();
-}
-
-void VelomindApp::DisableMissingCommands() {
     for (const int id : kMissingCommands) {
         Bind(
             wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Enable(false); }, id);
@@ -336,21 +336,13 @@ void VelomindApp::OnWindowCommand(wxCommandEvent& event) {
     }
 }
 
-void VelomindApp::OnNewCard(wxCommandEvent&) {
-    mEditors.OpenNew(*mpDatabase);
-}
-
-void VelomindApp::OnNewCategory(wxCommandEvent&) {
-    AddCategory(mLastActive.get(), *mpDatabase);
-}
-
-void VelomindApp::OnFind(wxCommandEvent&) {
+void VelomindApp::Find() {
     if (auto* const list = dynamic_cast<BrowseFrame*>(&mWindows.ShowList())) {
         list->FocusSearch();
     }
 }
 
-void VelomindApp::OnLearningProgress(wxCommandEvent&) {
+void VelomindApp::ShowLearningProgress() {
     const int32_t category = GetCurrentCategoryId(*mpDatabase);
     LearningProgress dialog(
         {*mpDatabase, mClock, {category, GetCategoryName(*mpDatabase, category)}},
@@ -358,7 +350,7 @@ void VelomindApp::OnLearningProgress(wxCommandEvent&) {
     dialog.ShowModal();
 }
 
-void VelomindApp::OnStatistics(wxCommandEvent&) {
+void VelomindApp::ShowStatistics() {
     if (mpStatistics == nullptr) {
         const wxBusyCursor busy;
         mpStatistics = new StatisticsFrame(*this);
@@ -379,28 +371,20 @@ AppStoreFileActions VelomindApp::MakeStoreFileActions() {
         });
 }
 
-void VelomindApp::OnPreferences(wxCommandEvent&) {
+void VelomindApp::ShowPreferences() {
     AppStoreFileActions actions = MakeStoreFileActions();
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
     dialog.ShowModal();
 }
 
-void VelomindApp::OnImport(wxCommandEvent&) {
-    RunImportCommand(mLastActive.get(), *this, *mpDatabase, mFatalErrorReport);
-}
-
-void VelomindApp::OnBackUp(wxCommandEvent&) {
-    BackUpWhereWanted(mLastActive.get(), *mpDatabase);
-}
-
 // The editors close before the store does, so none of them can be the parent.
-void VelomindApp::OnRestore(wxCommandEvent&) {
+void VelomindApp::Restore() {
     AppStoreFileActions actions = MakeStoreFileActions();
     RestoreStore(actions, mWindows.GetShown(), *mpDatabase);
 }
 
-void VelomindApp::OnExitCommand(wxCommandEvent&) {
+void VelomindApp::CloseWindows() {
     if (mEditors.CloseAll()) {
         if (mpStatistics != nullptr) {
             mpStatistics->Close();
@@ -409,18 +393,6 @@ void VelomindApp::OnExitCommand(wxCommandEvent&) {
     }
 }
 
-void VelomindApp::OpenEditor(const FlashCard& card) {
-    mEditors.Open(card, *mpDatabase);
-}
-
 void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) {
     ExportOptionsDialog(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds).ShowModal();
-}
-
-void VelomindApp::PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) {
-    mClipboard.Put(*mpDatabase, rowIds, !cut);
-}
-
-void VelomindApp::PasteCards(int32_t categoryId, EmptyCut empty) {
-    mClipboard.Paste(*mpDatabase, categoryId, empty);
 }

@@ -47,11 +47,15 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void FrameActivated(wxFrame& frame) override;
     void FrameClosed(wxFrame& frame) override;
     void OpenFile(const wxString& path) override;
-    void OpenEditor(const FlashCard& card) override;
+    void OpenEditor(const FlashCard& card) override { mEditors.Open(card, *mpDatabase); }
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
-    void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override;
+    void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
+        mClipboard.Put(*mpDatabase, rowIds, !cut);
+    }
     bool CanPasteCards() const override { return mClipboard.HasCards(); }
-    void PasteCards(int32_t categoryId, EmptyCut empty) override;
+    void PasteCards(int32_t categoryId, EmptyCut empty) override {
+        mClipboard.Paste(*mpDatabase, categoryId, empty);
+    }
     UndoHistory& GetUndoHistory() override { return mUndoHistory; }
     int BackUpStore(wxWindow* parent, BackupCause cause) override {
         return mpBackupKeeper->BackUp(parent, cause);
@@ -68,7 +72,6 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OpenAddress(const wxString& address) override;
 
     void BindCommands();
-    void DisableMissingCommands();
     wxFrame* MakeListWindow();
     wxFrame* MakeStudyWindow();
     void ListenToOthers();
@@ -79,16 +82,12 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     AppStoreFileActions MakeStoreFileActions();
 
     void OnWindowCommand(wxCommandEvent& event);
-    void OnNewCard(wxCommandEvent& event);
-    void OnNewCategory(wxCommandEvent& event);
-    void OnLearningProgress(wxCommandEvent& event);
-    void OnStatistics(wxCommandEvent& event);
-    void OnPreferences(wxCommandEvent& event);
-    void OnImport(wxCommandEvent& event);
-    void OnBackUp(wxCommandEvent& event);
-    void OnRestore(wxCommandEvent& event);
-    void OnFind(wxCommandEvent& event);
-    void OnExitCommand(wxCommandEvent& event);
+    void Find();
+    void ShowLearningProgress();
+    void ShowStatistics();
+    void ShowPreferences();
+    void Restore();
+    void CloseWindows();
 
     AppFatalErrorReport mFatalErrorReport;
     AppMaintenancePrompt mMaintenancePrompt{

@@ -12,15 +12,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <utility>
-#include <vector>
 
 #include "base/Text.h"
 #include "categories/CategoryList.h"
 #include "categories/CurrentCategory.h"
 #include "categories/DropDown.h"
 #include "files/windows/StoreOpening.h"
-#include "list/CardList.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
@@ -32,13 +29,8 @@
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 
-namespace {
-
-constexpr size_t kMost = 5;
-
-}  // namespace
-
 bool RecentSearches::Add(const wxString& text) {
+    constexpr size_t kMost = 5;
     const auto found = std::find(mTexts.begin(), mTexts.end(), text);
     if (found == mTexts.end()) {
         mTexts.insert(mTexts.begin(), text);
@@ -150,10 +142,6 @@ BrowseFrame::~BrowseFrame() {
     LetGoOfStore();
 }
 
-void BrowseFrame::SetDatabase(Database* database) {
-    Attach(database, CardList::Extent::kAll);
-}
-
 void BrowseFrame::ShowAtStart(Database& database) {
     Attach(nullptr, CardList::Extent::kAll);
     Attach(&database, CardList::Extent::kFirstPage);
@@ -259,7 +247,10 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
 
     // Bound to the field and not to this window, because the field handles some of these events and
     // does not pass them on.
-    mpSearchCtrl->Bind(wxEVT_TEXT, &BrowseFrame::OnSearchText, this);
+    mpSearchCtrl->Bind(wxEVT_TEXT, [this](wxCommandEvent& event) {
+        event.Skip();
+        mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
+    });
     mpSearchCtrl->Bind(wxEVT_TEXT_ENTER, &BrowseFrame::OnSearchEnter, this);
     mpSearchCtrl->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { ClearSearch(); });
     Bind(wxEVT_MENU, &BrowseFrame::OnRecentSearch, this, kFirstRecentId, kLastRecentId);
@@ -282,46 +273,51 @@ void BrowseFrame::BindCommands() {
     // The button opens the drop-down itself; the event must not reach the application.
     Bind(
         wxEVT_BUTTON, [](wxCommandEvent&) {}, kDropDownId);
-    Bind(wxEVT_LIST_ITEM_ACTIVATED, &BrowseFrame::OnCategoryChosen, this, kCategoryListId);
+    Bind(
+        wxEVT_LIST_ITEM_ACTIVATED,
+        [this](wxListEvent&) {
+            mpButton->GetPopup()->Dismiss();
+            GiveKeysTo(*mpCardList);
+        },
+        kCategoryListId);
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { mpCardList->EditSelected(); }, wxID_OPEN);
     Bind(
-        wxEVT_UPDATE_UI, [this](wxUpdateUIEvent& event) { event.Enable(mpCardList->CanEdit()); },
+        wxEVT_UPDATE_UI, [this](wxUpdateUIEvent& event) { event.Enable(mpCardList->HasTarget()); },
         wxID_OPEN);
-    Bind(wxEVT_MENU, &BrowseFrame::OnExport, this, ID_EXPORT);
+    Bind(
+        wxEVT_MENU,
+        [this](wxCommandEvent&) {
+            std::vector<int64_t> rowIds;
+            mpCardList->CollectSelection(rowIds, false);
+            mServices.ExportCards(*this, rowIds);
+        },
+        ID_EXPORT);
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) { event.Enable(!mpCardList->IsStoreEmpty()); }, ID_EXPORT);
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
-    Bind(wxEVT_MENU, &BrowseFrame::OnRename, this, ID_RENAME);
-    Bind(
-        wxEVT_UPDATE_UI,
-        [this](wxUpdateUIEvent& event) {
-            if (HasFocusIn(*mpCategoryList)) {
-                event.Enable(mpCategoryList->HasFocusedRow());
-            } else {
-                event.Skip();
-            }
-        },
-        ID_RENAME);
     Bind(
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_LIST);
 }
 
 void BrowseFrame::BindListCommands() {
-    const auto onClipboard = [this] { return mpCardList->CanPutOnClipboard(); };
-    AddListCommand(wxID_CUT, {}, {[this] { mpCardList->Cut(); }, onClipboard});
-    AddListCommand(wxID_COPY, {}, {[this] { mpCardList->Copy(); }, onClipboard});
+    const auto hasTarget = [this] { return mpCardList->HasTarget(); };
+    AddListCommand(
+        ID_RENAME,
+        {[this] { mpCategoryList->Rename(); }, [this] { return mpCategoryList->HasFocusedRow(); }},
+        {});
+    AddListCommand(wxID_CUT, {}, {[this] { mpCardList->Cut(); }, hasTarget});
+    AddListCommand(wxID_COPY, {}, {[this] { mpCardList->Copy(); }, hasTarget});
     AddListCommand(
         wxID_PASTE,
         {[this] { mpCategoryList->Paste(); }, [this] { return mpCategoryList->CanPaste(); }},
         {[this] { mpCardList->Paste(); }, [this] { return mpCardList->CanPaste(); }});
-    AddListCommand(
-        wxID_DELETE,
-        {[this] { mpCategoryList->DeleteFocused(); },
-         [this] { return mpCategoryList->HasFocusedCategory(); }},
-        {[this] { mpCardList->DeleteSelected(); }, [this] { return mpCardList->HasTarget(); }});
+    AddListCommand(wxID_DELETE,
+                   {[this] { mpCategoryList->DeleteFocused(); },
+                    [this] { return mpCategoryList->HasFocusedCategory(); }},
+                   {[this] { mpCardList->DeleteSelected(); }, hasTarget});
     // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);
@@ -507,11 +503,6 @@ void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     }
 }
 
-void BrowseFrame::OnSearchText(wxCommandEvent& event) {
-    event.Skip();
-    mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
-}
-
 void BrowseFrame::OnSearchEnter(wxCommandEvent&) {
     const wxBusyCursor busy;
     const wxString text = mpSearchCtrl->GetValue();
@@ -536,23 +527,6 @@ void BrowseFrame::OnSearchAll(wxCommandEvent& event) {
     mSearchAll = event.IsChecked();
     mpSearchCtrl->SetDescriptiveText(mSearchAll ? _("Search in All Categories") : _("Search"));
     mpCardList->SetSearchAll(mSearchAll);
-}
-
-void BrowseFrame::OnExport(wxCommandEvent&) {
-    std::vector<int64_t> rowIds;
-    mpCardList->CollectSelection(rowIds, false);
-    mServices.ExportCards(*this, rowIds);
-}
-
-void BrowseFrame::OnCategoryChosen(wxListEvent&) {
-    mpButton->GetPopup()->Dismiss();
-    GiveKeysTo(*mpCardList);
-}
-
-void BrowseFrame::OnRename(wxCommandEvent&) {
-    if (HasFocusIn(*mpCategoryList)) {
-        mpCategoryList->Rename();
-    }
 }
 
 // A text field with the focus takes back what was typed into it; else the last step in the store is

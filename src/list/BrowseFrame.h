@@ -11,13 +11,11 @@
 #include "store/Subject.h"
 
 class AppServices;
-class CardList;
 class CategoryList;
 class Database;
 class wxDropDownButton;
 class SearchField;
 class wxButton;
-class wxListEvent;
 
 // Keeps the texts that were searched for last: newest first, each once, at most five. They live as
 // long as the list window and are not stored.
@@ -54,7 +52,7 @@ class BrowseFrame : public wxFrame, private Observer {
     ~BrowseFrame() override;
 
     // Shows that store, which is not owned; null shows none.
-    void SetDatabase(Database* database);
+    void SetDatabase(Database* database) { Attach(database, CardList::Extent::kAll); }
     // The same for the window shown at start: reads what is on the screen at once, and the rest
     // once that is drawn. When the rest cannot be read, the user may choose another store, as
     // before the window was shown.
@@ -100,13 +98,9 @@ class BrowseFrame : public wxFrame, private Observer {
     void OnChildFocus(wxChildFocusEvent& event);
     void OnClose(wxCloseEvent& event);
     void OnCharHook(wxKeyEvent& event);
-    void OnSearchText(wxCommandEvent& event);
     void OnSearchEnter(wxCommandEvent& event);
     void OnRecentSearch(wxCommandEvent& event);
     void OnSearchAll(wxCommandEvent& event);
-    void OnExport(wxCommandEvent& event);
-    void OnCategoryChosen(wxListEvent& event);
-    void OnRename(wxCommandEvent& event);
     void OnUndo(wxCommandEvent& event);
     void OnUpdateUndo(wxUpdateUIEvent& event);
 

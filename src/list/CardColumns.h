@@ -2,7 +2,6 @@
 
 #include <wx/string.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 

@@ -7,12 +7,10 @@
 
 #include <algorithm>
 #include <list>
-#include <memory>
 #include <utility>
 
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
-#include "list/CardListCtrl.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
@@ -58,11 +56,16 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
     SetSizer(sizer);
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
 
-    mpListCtrl->Bind(wxEVT_LIST_ITEM_ACTIVATED, &CardList::OnItemActivated, this);
+    mpListCtrl->Bind(wxEVT_LIST_ITEM_ACTIVATED,
+                     [this](wxListEvent& event) { EditRow(event.GetIndex()); });
     mpListCtrl->Bind(wxEVT_LIST_KEY_DOWN, &CardList::OnListKeyDown, this);
     mpListCtrl->Bind(wxEVT_LIST_COL_CLICK, &CardList::OnColumnClick, this);
-    mpListCtrl->Bind(wxEVT_LIST_COL_RIGHT_CLICK, &CardList::OnColumnRightClick, this);
-    mpListCtrl->Bind(wxEVT_CONTEXT_MENU, &CardList::OnContextMenu, this);
+    mpListCtrl->Bind(wxEVT_LIST_COL_RIGHT_CLICK, [this](wxListEvent& event) {
+        ShowColumnMenu(event.GetColumn(), wxDefaultPosition);
+    });
+    mpListCtrl->Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent& event) {
+        PopUpMenu(*this, *BuildCardMenu(), event);
+    });
     BindColumnMenu();
 }
 
@@ -146,10 +149,6 @@ void CardList::ArrangeColumns() {
     }
     const auto sorted = std::find(columns.begin(), columns.end(), mSortColumn);
     mpListCtrl->ShowSortIndicator(static_cast<int>(sorted - columns.begin()));
-}
-
-void CardList::SetFocus() {
-    mpListCtrl->SetFocus();
 }
 
 void CardList::Update(Subject* subject) {
@@ -335,10 +334,6 @@ void CardList::EditSelected() {
         mpListCtrl->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED));
 }
 
-bool CardList::CanEdit() const {
-    return HasTarget();
-}
-
 void CardList::EditRow(long row) {
     if (row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
         return;
@@ -351,16 +346,12 @@ void CardList::EditRow(long row) {
 }
 
 void CardList::PutOnClipboard(bool cut) {
-    if (CanPutOnClipboard()) {
+    if (HasTarget()) {
         mpListCtrl->SelectSomeRow();
         std::vector<int64_t> rowIds;
         CollectSelection(rowIds, false);
         mServices.PutCardsOnClipboard(rowIds, cut);
     }
-}
-
-bool CardList::CanPutOnClipboard() const {
-    return HasTarget();
 }
 
 void CardList::Paste() {
@@ -408,10 +399,6 @@ void CardList::DeleteSelected() {
     }
 }
 
-void CardList::SelectAll() {
-    mpListCtrl->SelectEveryRow(true);
-}
-
 void CardList::SelectCards(std::vector<int64_t> rowIds) {
     std::sort(rowIds.begin(), rowIds.end());
     const auto isAmong = [&rowIds](int64_t rowId) {
@@ -434,10 +421,6 @@ bool CardList::HasTarget() const {
 void CardList::UseFont() {
     mpListCtrl->SetFont(ReadFontSetting(kSettingBrowseFont));
     KeepHeadingFont(*mpListCtrl);
-}
-
-void CardList::OnItemActivated(wxListEvent& event) {
-    EditRow(event.GetIndex());
 }
 
 void CardList::OnListKeyDown(wxListEvent& event) {
@@ -471,17 +454,12 @@ void CardList::OnColumnClick(wxListEvent& event) {
     }
 }
 
-void CardList::OnColumnRightClick(wxListEvent& event) {
-    mMenuColumn = event.GetColumn();
-    ShowColumnMenu(wxDefaultPosition);
-}
-
 void CardList::OpenColumnMenu() {
-    mMenuColumn = -1;
-    ShowColumnMenu(GetRowsWindow(*mpListCtrl).GetPosition());
+    ShowColumnMenu(-1, GetRowsWindow(*mpListCtrl).GetPosition());
 }
 
-void CardList::ShowColumnMenu(const wxPoint& place) {
+void CardList::ShowColumnMenu(int column, const wxPoint& place) {
+    mMenuColumn = column;
     wxMenu menu;
     menu.Append(ID_COLUMN_AUTO_SIZE, _("Auto Size Column"))->Enable(mMenuColumn >= 0);
     menu.Append(ID_COLUMN_AUTO_SIZE_ALL, _("Auto Size All Columns"));
@@ -509,7 +487,13 @@ void CardList::BindColumnMenu() {
         [this](wxCommandEvent&) { mpListCtrl->SetColumnWidth(mMenuColumn, wxLIST_AUTOSIZE); },
         ID_COLUMN_AUTO_SIZE);
     Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { AutoSizeAllColumns(); }, ID_COLUMN_AUTO_SIZE_ALL);
+        wxEVT_MENU,
+        [this](wxCommandEvent&) {
+            for (int column = 0; column < mpListCtrl->GetColumnCount(); ++column) {
+                mpListCtrl->SetColumnWidth(column, wxLIST_AUTOSIZE);
+            }
+        },
+        ID_COLUMN_AUTO_SIZE_ALL);
 }
 
 void CardList::ToggleColumn(ListColumn column) {
@@ -525,15 +509,4 @@ void CardList::ToggleColumn(ListColumn column) {
     if (mSortColumn != sorted) {
         RefreshRows();
     }
-}
-
-void CardList::AutoSizeAllColumns() {
-    for (int column = 0; column < mpListCtrl->GetColumnCount(); ++column) {
-        mpListCtrl->SetColumnWidth(column, wxLIST_AUTOSIZE);
-    }
-}
-
-void CardList::OnContextMenu(wxContextMenuEvent& event) {
-    const std::unique_ptr<wxMenu> menu = BuildCardMenu();
-    PopUpMenu(*this, *menu, event);
 }

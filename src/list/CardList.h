@@ -61,15 +61,13 @@ class CardList : public wxPanel, private Observer {
 
     // Opens the first focused or selected card in its editor.
     void EditSelected();
-    bool CanEdit() const;
     void Cut() { PutOnClipboard(true); }
     void Copy() { PutOnClipboard(false); }
-    bool CanPutOnClipboard() const;
     void Paste();
     bool CanPaste() const;
     // Asks before it deletes. When no card is selected, the focused card is deleted.
     void DeleteSelected();
-    void SelectAll();
+    void SelectAll() { mpListCtrl->SelectEveryRow(true); }
     // Selects and shows the cards of these row ids. Does nothing when none of them is in the list.
     void SelectCards(std::vector<int64_t> rowIds);
     // Returns true when a command has a card to act on: a selected one, or the focused one.
@@ -77,7 +75,7 @@ class CardList : public wxPanel, private Observer {
     // Returns true when the whole store had no card at its last notice, or could not count them.
     bool IsStoreEmpty() const { return mStoreCount == 0; }
 
-    void SetFocus() override;
+    void SetFocus() override { mpListCtrl->SetFocus(); }
 
   private:
     void Update(Subject* subject) override;
@@ -107,14 +105,11 @@ class CardList : public wxPanel, private Observer {
     void PutOnClipboard(bool cut);
     void UseFont();
 
-    void OnItemActivated(wxListEvent& event);
     void OnListKeyDown(wxListEvent& event);
     void OnColumnClick(wxListEvent& event);
-    void OnColumnRightClick(wxListEvent& event);
     void BindColumnMenu();
-    void ShowColumnMenu(const wxPoint& place);
-    void AutoSizeAllColumns();
-    void OnContextMenu(wxContextMenuEvent& event);
+    // Opens the menu on the heading of a column, or of none for -1.
+    void ShowColumnMenu(int column, const wxPoint& place);
     void OnRowsPaint(wxPaintEvent& event);
 
     AppServices& mServices;
