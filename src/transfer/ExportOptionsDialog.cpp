@@ -13,6 +13,7 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "base/Process.h"
 #include "base/Text.h"
@@ -35,29 +36,12 @@ constexpr size_t kPreviewLength = size_t{1} << 16;
 constexpr int kPreviewWidth = 360;
 constexpr int kPreviewHeight = 160;
 
-wxArrayString EncodingLabels() {
-    wxArrayString labels;
-    labels.push_back(_("Unicode (recommended)"));
-    labels.push_back(_("Unicode big endian"));
-    labels.push_back(_("UTF-8"));
-    return labels;
-}
-
-wxArrayString RangeLabels() {
-    wxArrayString labels;
-    labels.push_back(_("&All"));
-    labels.push_back(_("&Current Category"));
-    labels.push_back(_("&Selected Cards"));
-    return labels;
-}
-
 FormatRows::Setup FormatSetup() {
     FormatRows::Setup setup;
     setup.FormatLabel = _("Format:");
-    setup.Formats.push_back(_("VLM Text File"));
-    setup.Formats.push_back(_("Delimited"));
-    setup.Formats.push_back(_("VLM 1.0 Text File"));
-    setup.Formats.push_back(_("Anki Plain Text"));
+    const wxString formats[] = {_("VLM Text File"), _("Delimited"), _("VLM 1.0 Text File"),
+                                _("Anki Plain Text")};
+    setup.Formats = wxArrayString(std::size(formats), formats);
     setup.FormatHelp =
         _("This setting controls whether the card\nattributes are output to columns \n(Delimited) "
           "or rows (VLM Format).");
@@ -68,17 +52,6 @@ FormatRows::Setup FormatSetup() {
     setup.OtherId = ExportOptionsDialog::kOtherId;
     setup.DelimiterHelpId = ExportOptionsDialog::kDelimiterHelpId;
     return setup;
-}
-
-bool AskForFile(wxWindow* parent, wxString& path) {
-    wxFileDialog dialog(parent, _("Export Flashcards"), wxString(), "export.txt",
-                        _("Text files (*.txt)|*.txt|All files (*.*)|*.*"),
-                        wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
-    if (dialog.ShowModal() != wxID_OK) {
-        return false;
-    }
-    path = dialog.GetPath();
-    return true;
 }
 
 }  // namespace
@@ -95,8 +68,9 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, Database& database,
     wxBoxSizer* const rows = MakeFormColumn(*this);
     const wxSizerFlags group = wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge));
     rows->Add(MakeOptions(), wxSizerFlags().Expand());
+    const wxString ranges[] = {_("&All"), _("&Current Category"), _("&Selected Cards")};
     mpRange = new wxRadioBox(this, kRangeId, _("Range"), wxDefaultPosition, wxDefaultSize,
-                             RangeLabels(), 1, wxRA_SPECIFY_COLS);
+                             wxArrayString(std::size(ranges), ranges), 1, wxRA_SPECIFY_COLS);
     rows->Add(mpRange, group);
     rows->Add(new wxStaticLine(this), group);
     rows->Add(MakePreview(), wxSizerFlags(group).Proportion(1));
@@ -122,7 +96,8 @@ ExportOptionsDialog::~ExportOptionsDialog() = default;
 
 wxSizer* ExportOptionsDialog::MakeOptions() {
     wxFlexGridSizer* const grid = MakeFormGrid(*this);
-    mpEncoding = MakeChoice(*this, kEncodingId, EncodingLabels());
+    const wxString encodings[] = {_("Unicode (recommended)"), _("Unicode big endian"), _("UTF-8")};
+    mpEncoding = MakeChoice(*this, kEncodingId, wxArrayString(std::size(encodings), encodings));
     AddFormRow(*grid, _("Encoding:"), *mpEncoding,
                *MakeHelpButton(
                    *this, kEncodingHelpId, _("Encoding Help"),
@@ -245,8 +220,10 @@ void ExportOptionsDialog::OnOk(wxCommandEvent&) {
         mpFormatRows->FocusTypedDelimiter();
         return;
     }
-    wxString path;
-    if (!AskForFile(this, path)) {
+    const wxString path = wxFileSelector(
+        _("Export Flashcards"), wxString(), "export.txt", wxString(),
+        _("Text files (*.txt)|*.txt|All files (*.*)|*.*"), wxFD_SAVE | wxFD_OVERWRITE_PROMPT, this);
+    if (path.empty()) {
         EndModal(wxID_CANCEL);
     } else if (Export(path)) {
         EndModal(wxID_OK);

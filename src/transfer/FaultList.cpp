@@ -80,31 +80,26 @@ wxString CountText(size_t count) {
     return count < kMostFaults ? found : found + " " + _("(there may be more)");
 }
 
-class FaultDialog : public wxDialog {
-  public:
-    FaultDialog(wxWindow* parent, const std::vector<ImportFault>& faults);
-};
-
-FaultDialog::FaultDialog(wxWindow* parent, const std::vector<ImportFault>& faults)
-    : wxDialog(parent, kDialogId, _("All Faults"), wxDefaultPosition, wxDefaultSize,
-               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER) {
-    auto* const count = new wxStaticText(this, wxID_ANY, CountText(faults.size()));
-    auto* const text =
-        new wxTextCtrl(this, kFaultTextId, FaultText(faults), wxDefaultPosition,
-                       FromDIP(wxSize(480, 240)), wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
+void ShowFaults(wxWindow* parent, const std::vector<ImportFault>& faults) {
+    wxDialog dialog(parent, kDialogId, _("All Faults"), wxDefaultPosition, wxDefaultSize,
+                    wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER);
+    auto* const count = new wxStaticText(&dialog, wxID_ANY, CountText(faults.size()));
+    auto* const text = new wxTextCtrl(&dialog, kFaultTextId, FaultText(faults), wxDefaultPosition,
+                                      dialog.FromDIP(wxSize(480, 240)),
+                                      wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
     SetAccessibleName(*text, _("All Faults"));
-    auto* const copy = new wxButton(this, wxID_COPY);
-    auto* const close = new wxButton(this, wxID_CLOSE);
+    auto* const copy = new wxButton(&dialog, wxID_COPY);
+    auto* const close = new wxButton(&dialog, wxID_CLOSE);
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     buttons->Add(copy);
-    buttons->Add(close, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
-    wxBoxSizer* const rows = MakeFormColumn(*this);
+    buttons->Add(close, wxSizerFlags().Border(wxLEFT, dialog.FromDIP(kFormGap)));
+    wxBoxSizer* const rows = MakeFormColumn(dialog);
     rows->Add(count);
-    rows->Add(text, FormRow(*this).Proportion(1));
-    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
-    GetSizer()->SetSizeHints(this);
-    CentreOnParent();
-    SetEscapeId(wxID_CLOSE);
+    rows->Add(text, FormRow(dialog).Proportion(1));
+    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, dialog.FromDIP(kFormEdge)));
+    dialog.GetSizer()->SetSizeHints(&dialog);
+    dialog.CentreOnParent();
+    dialog.SetEscapeId(wxID_CLOSE);
     close->SetDefault();
     text->SetInsertionPoint(0);
     text->SetFocus();
@@ -112,6 +107,7 @@ FaultDialog::FaultDialog(wxWindow* parent, const std::vector<ImportFault>& fault
         text->SelectAll();
         text->Copy();
     });
+    dialog.ShowModal();
 }
 
 }  // namespace
@@ -121,6 +117,6 @@ void ShowAllFaults(wxWindow* parent, const ImportInput& input, Database& databas
     FaultSearch search(input, database);
     const wxString failure = _("Unable to start a thread for the search.");
     if (RunWithProgress(parent, search, report, failure) && !search.WasStopped()) {
-        FaultDialog(parent, search.GetFaults()).ShowModal();
+        ShowFaults(parent, search.GetFaults());
     }
 }
