@@ -207,8 +207,10 @@ int CopyTo(Store& store, const wxString& path) {
 // A file with cards: a deck of another program, or a list whose form is guessed.
 class CardSource {
   public:
-    // Prints the reason and returns false for a deck that cannot be prepared.
-    bool Open(const InputFile& file) {
+    // Returns false, with the reason printed, for a deck that cannot be made ready. A deck that
+    // goes beyond the bounds is read only when it may be large.
+    bool Open(const InputFile& file, bool mayBeLarge) {
+        mDeckOptions.MayBeLarge = mayBeLarge;
         mPath = file.GetPath();
         if (!DeckFile::IsDeck(mPath)) {
             return true;
@@ -227,33 +229,38 @@ class CardSource {
         input.FileName = mPath;
         if (IsDeck()) {
             input.Format = ImportFormat::kDeck;
-            input.MakeDeckReader = [deck = mDeck](Database& asked, wxString& message) {
-                return MakeDeckReader(deck, DeckOptions(), asked, message);
+            input.MakeDeckReader = [deck = mDeck, options = mDeckOptions](Database& asked,
+                                                                          wxString& message) {
+                return MakeDeckReader(deck, options, asked, message);
             };
         } else {
             GuessFormat(input, database);
         }
         return input;
     }
-    // Says what of a deck is imported and what is not; no lines for a list.
-    std::vector<wxString> Describe(Database& database) const {
-        if (!IsDeck()) {
-            return {};
-        }
+    // What of a deck comes along and what does not; nothing of a list.
+    DeckSurvey Survey(Database& database) const {
         SurveyProgress progress;
-        const DeckSurvey survey = SurveyDeck(mDeck, DeckOptions(), database, progress);
-        return survey.Failure.empty() ? DescribeSurvey(survey) : std::vector<wxString>();
+        return IsDeck() ? SurveyDeck(mDeck, mDeckOptions, database, progress) : DeckSurvey();
     }
 
   private:
     wxString mPath;
     std::shared_ptr<DeckFile> mDeck;
+    DeckOptions mDeckOptions;
 };
 
 // Imports into an open store and tells the outcome.
 int Import(const CardSource& source, Store& store, bool json) {
     const ImportInput input = source.MakeInput(store.GetDatabase());
-    const std::vector<wxString> notices = source.Describe(store.GetDatabase());
+    const DeckSurvey survey = source.Survey(store.GetDatabase());
+    if (survey.IsTooLarge) {
+        return Refuse(survey.Failure + "  " + _("With --large it is imported all the same."));
+    }
+    std::vector<wxString> notices;
+    if (source.IsDeck() && survey.Failure.empty()) {
+        notices = DescribeSurvey(survey);
+    }
     ImportResult result;
     const int outcome = ImportCards(input, store.GetDatabase(), result, false, nullptr);
     store.GetDatabase().Close();
@@ -314,7 +321,7 @@ int RunImport(const CardsOptions& options) {
         return kCardsRefused;
     }
     CardSource source;
-    if (!source.Open(file)) {
+    if (!source.Open(file, options.Large)) {
         return kCardsRefused;
     }
     if (!source.IsDeck() && IsDatabaseFile(file.GetPath())) {
@@ -529,7 +536,7 @@ int RunCheck(const CardsOptions& options) {
         return kCardsRefused;
     }
     CardSource source;
-    if (!source.Open(file)) {
+    if (!source.Open(file, options.Large)) {
         return kCardsRefused;
     }
     return !source.IsDeck() && IsDatabaseFile(file.GetPath())

@@ -15,6 +15,7 @@ enum OptionLetter : int {
     kStore = 's',
     kJson = 'j',
     kDryRun = 'n',
+    kLarge = 'l',
     kFormat = 'f',
     kScheduling = 'k',
     kOutput = 'o',
@@ -26,6 +27,7 @@ enum OptionLetter : int {
 constexpr option kOptions[] = {{"store", required_argument, nullptr, kStore},
                                {"json", no_argument, nullptr, kJson},
                                {"dry-run", no_argument, nullptr, kDryRun},
+                               {"large", no_argument, nullptr, kLarge},
                                {"format", required_argument, nullptr, kFormat},
                                {"scheduling", no_argument, nullptr, kScheduling},
                                {"output", required_argument, nullptr, kOutput},
@@ -44,7 +46,7 @@ struct CommandRow {
 };
 
 constexpr CommandRow kCommands[] = {
-    {"import", CardsCommand::kImport, 1, 1, "sjn", "import [--dry-run] FILE"},
+    {"import", CardsCommand::kImport, 1, 1, "sjnl", "import [--dry-run] [--large] FILE"},
     {"export", CardsCommand::kExport, 0, 0, "sfko",
      "export [--format vlm|delimited|vlm1|anki] [--scheduling] [--output FILE]"},
     {"list", CardsCommand::kList, 0, 1, "sjc", "list [--category NAME] [SEARCH]"},
@@ -85,6 +87,9 @@ wxString TakeOption(int letter, const wxString& value, CardsOptions& options) {
             break;
         case kDryRun:
             options.DryRun = true;
+            break;
+        case kLarge:
+            options.Large = true;
             break;
         case kFormat: {
             const auto* const row =

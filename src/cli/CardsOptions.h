@@ -26,6 +26,8 @@ struct CardsOptions {
     wxString Store;
     bool Json = false;
     bool DryRun = false;
+    // Whether a deck may go beyond the bounds that a person is asked about.
+    bool Large = false;
     // The file of an export; empty for standard output.
     wxString Output;
     // The only category to list; empty for all.

@@ -160,6 +160,7 @@ bool Pass::TakeRecord() {
     const CardRecordReader& reader = mSource.Reader();
     const int32_t line = reader.GetAttribute(0).Line;
     ImportRecord record;
+    record.IsForeign = mInput.Format == ImportFormat::kDeck || mInput.Layout != nullptr;
     if (!record.Read(reader, mDatabase, mResult, mGroup)) {
         return false;
     }
@@ -221,8 +222,8 @@ bool Pass::TakeKnownPair(ImportRecord& record, bool& isDone) {
 
 bool Pass::FindCategory(ImportRecord& record, int32_t line) {
     int32_t& id = record.Card.CategoryId;
-    if (record.IsPair && !record.NamesCategory) {
-        // The card stays in its category.
+    if ((record.IsPair || (record.IsForeign && record.IsStored())) && !record.NamesCategory) {
+        // It stays where it is, which may be among the deleted cards.
         return true;
     }
     if (mOptions.ValidateOnly) {

@@ -180,7 +180,7 @@ void ImportRecord::StartFromPair(const FlashCard& stored) {
 
 bool ImportRecord::IsDuplicate() const {
     const FlashCard& stored = Stored.front();
-    if (IsPair && (Card.Chapter != stored.Chapter || Card.Notes != stored.Notes)) {
+    if ((IsPair || IsForeign) && (Card.Chapter != stored.Chapter || Card.Notes != stored.Notes)) {
         return false;
     }
     return Card.CardId == stored.CardId && Card.Front == stored.Front && Card.Back == stored.Back &&

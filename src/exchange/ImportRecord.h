@@ -53,7 +53,7 @@ class ImportRecord {
     }
     bool IsStored() const { return !Stored.empty(); }
     // Returns whether the card equals the stored one. Chapter and notes are compared only when the
-    // record has found the card by its pair of texts.
+    // record has found the card by its pair of texts, or has come from another program.
     bool IsDuplicate() const;
 
     FlashCard Card;
@@ -66,6 +66,8 @@ class ImportRecord {
     bool NamesCategory = false;
     // True when the stored card was found by its pair of texts.
     bool IsPair = false;
+    // The record comes from a deck, or a table that is not of this program's own form.
+    bool IsForeign = false;
 
   private:
     bool Add(const CardAttribute& attribute, Database& database, ImportResult& result,

@@ -18,6 +18,7 @@
 #include "formats/Table.h"
 #include "formats/TextSource.h"
 #include "formats/VlmText.h"
+#include "formats/decks/Deck.h"
 #include "store/Database.h"
 
 namespace {
@@ -29,8 +30,9 @@ constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
 
 using namespace std::string_view_literals;
 
-// The first bytes of spreadsheets' own files, new and old.
-constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
+// The first bytes of the files that spreadsheets keep, new ones and old ones.
+constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "PK\5\6"sv,
+                                             "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
 
 bool IsPackedFile(const wxString& path) {
     const std::filesystem::path file = ToPath(path);
@@ -41,12 +43,14 @@ bool IsPackedFile(const wxString& path) {
 bool FindCategoryOfCard(Database& database, const CardUuid& id, wxString& name) {
     std::list<FlashCard> cards;
     std::list<Category> categories;
-    if (database.SelectCardById(id, cards) < 0 || cards.empty() ||
-        database.SelectCategoryById(cards.front().CategoryId, categories) < 0 ||
-        categories.empty()) {
+    if (database.SelectCardById(id, cards) < 0 || cards.empty()) {
         return false;
     }
-    name = categories.front().Name;
+    // A deleted card is in none.
+    if (database.SelectCategoryById(cards.front().CategoryId, categories) >= 0 &&
+        !categories.empty()) {
+        name = categories.front().Name;
+    }
     return true;
 }
 
@@ -118,6 +122,12 @@ bool ImportSource::OpenText(wxFontEncoding chosen, ImportResult& result) {
     mStream = std::make_unique<wxFileInputStream>(mFileName);
     if (!mStream->IsOk()) {
         return result.Fail(wxString());
+    }
+    // The content of such a file was no deck.
+    if (DeckFile::HasDeckName(mFileName)) {
+        return result.Fail(
+            _("This file has the name of a deck, but there is no deck in it.  Export or download "
+              "the deck once more and import that file."));
     }
     if (IsPackedFile(mFileName)) {
         return result.Fail(

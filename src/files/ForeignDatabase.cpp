@@ -130,6 +130,24 @@ int ForeignDatabase::Open(const wxString& path, const std::atomic<bool>* isCance
     return result == SQLITE_ROW || result == SQLITE_DONE ? 0 : -1;
 }
 
+int ForeignDatabase::PlayBackLog(const wxString& path) {
+    sqlite3* handle = nullptr;
+    constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_NOMUTEX;
+    int result = sqlite3_open_v2(ToUtf8(path).c_str(), &handle, kFlags, nullptr);
+    if (result == SQLITE_OK) {
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+        // Reads the header alone, with which the engine finds the log.
+        result = sqlite3_exec(handle, "PRAGMA schema_version", nullptr, nullptr, nullptr);
+    }
+    if (result == SQLITE_OK) {
+        result = sqlite3_wal_checkpoint_v2(handle, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr,
+                                           nullptr);
+    }
+    sqlite3_close(handle);
+    return result == SQLITE_OK ? 0 : -1;
+}
+
 bool ForeignDatabase::HasTable(const char* table) {
     const StatementPointer find(Prepare("SELECT type, sql FROM sqlite_master WHERE name=?"));
     if (find == nullptr) {

@@ -44,7 +44,11 @@ class ForeignDatabase {
     // flag is true, which is not owned and may be null.
     int Open(const wxString& path, const std::atomic<bool>* isCancelled = nullptr);
 
-    // Returns true for a plain table of that name whose columns are all stored.
+    // Plays the write-ahead log beside a database back into it. The file is a copy that nobody else
+    // has open. Returns 0, or -1 when one of them is damaged.
+    static int PlayBackLog(const wxString& path);
+
+    // True for a plain table of that name whose columns are all stored.
     bool HasTable(const char* table);
 
     // Shows the columns of each row of a table, in the order of the rows' numbers. The names must

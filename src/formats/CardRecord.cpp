@@ -78,6 +78,12 @@ bool Find(std::wstring_view name, AttributeInfo& info) {
 
 }  // namespace
 
+CardUuid NoteCardId(const std::string& noteId, const std::string& part) {
+    CardUuid id;
+    const bool isUuid = part.empty() && ParseUuidUtf8(noteId, id) == 0 && !id.IsZero();
+    return isUuid ? id : NamedUuid(noteId + '\n' + part);
+}
+
 bool LookupAttribute(const wxString& name, AttributeInfo& info) {
     const size_t length = name.length();
     std::array<wchar_t, LongestName()> lower{};

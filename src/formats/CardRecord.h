@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "store/CardUuid.h"
+
 struct CardSchedule;
 
 // A record is how a card travels: a list of attributes, each a name with a text. This file has the
@@ -121,6 +123,11 @@ bool HasSecondText(std::u16string_view side);
 SplitSide SplitSecondText(std::u16string_view side);
 // Returns the side of the two texts; the main text alone when the second is empty.
 wxString JoinSecondText(const wxString& main, const wxString& second);
+
+// Returns the identity of a card that is made of a note of another program, whether the note comes
+// in a package or in a table: the note's own identity where that is a UUID, else one made of it. A
+// note can make several cards, each with a part of its own; that of the first is empty.
+CardUuid NoteCardId(const std::string& noteId, const std::string& part);
 
 // What an attribute means for the card. The attributes of a schedule have codes from 0 too, and one
 // code serves both directions of study.

@@ -125,8 +125,9 @@ size_t ReadEntity(Text text, wchar_t& character) {
     return at + 1;
 }
 
-// Returns the place after a tag's ">", which quotes may hold too; npos when it does not end.
-size_t TagEnd(Text text) {
+// Returns where a tag ends, after its ">"; quotes may hold one. npos when it does not end, or a
+// quote is never closed.
+size_t QuotedTagEnd(Text text) {
     wchar_t quote = L'\0';
     for (size_t at = 1; at < text.size(); ++at) {
         const wchar_t character = text[at];
@@ -138,9 +139,7 @@ size_t TagEnd(Text text) {
             return at + 1;
         }
     }
-    // A quote that is never closed.
-    const size_t end = text.find(L'>');
-    return end == Text::npos ? end : end + 1;
+    return Text::npos;
 }
 
 // Writes the text and, where there are readings, a second one with the readings.
@@ -230,7 +229,16 @@ class Writer {
 
 class Reader {
     static constexpr size_t kCommentEnd = std::size(kMarks);
-    using EndsMissing = std::array<bool, kCommentEnd + 1>;
+
+    // What the rest of the text does not have, so that it is looked for once and not at each place
+    // that could have used it.
+    struct Missing {
+        std::array<bool, kCommentEnd + 1> Ends{};
+        bool TagEnd = false;
+        // Whether a quote in a tag was never closed; tags then end at their first ">".
+        bool QuoteEnd = false;
+        std::set<std::wstring> Unclosed;
+    };
 
   public:
     Reader(Text html, bool lineFeedsBreak, HtmlLosses& losses)
@@ -248,14 +256,29 @@ class Reader {
   private:
     Text Rest() const { return mHtml.substr(mAt); }
 
-    // An end that was not found once is not looked for again.
     size_t FindEnd(size_t which, Text end, size_t from) {
-        if (mIsEndMissing[which]) {
+        if (mMissing.Ends[which]) {
             return Text::npos;
         }
         const size_t found = mHtml.find(end, from);
-        mIsEndMissing[which] = found == Text::npos;
+        mMissing.Ends[which] = found == Text::npos;
         return found;
+    }
+
+    size_t FindTagEnd(Text rest) {
+        if (mMissing.TagEnd) {
+            return Text::npos;
+        }
+        if (!mMissing.QuoteEnd) {
+            const size_t end = QuotedTagEnd(rest);
+            if (end != Text::npos) {
+                return end;
+            }
+            mMissing.QuoteEnd = true;
+        }
+        const size_t end = rest.find(L'>');
+        mMissing.TagEnd = end == Text::npos;
+        return end == Text::npos ? end : end + 1;
     }
 
     bool ReadMark() {
@@ -285,10 +308,11 @@ class Reader {
         return false;
     }
 
-    // The source of a formula has entities and breaks like any other text.
+    // The source of a formula is text with entities and breaks like any other. What is missing in
+    // it, as the end of "a<b", may well be there after it.
     void ReadFormula(size_t begin, size_t end) {
         const Text whole = mHtml;
-        const EndsMissing wholeEnds = mIsEndMissing;
+        Missing missing = std::exchange(mMissing, Missing());
         mHtml = whole.substr(0, end);
         mAt = begin;
         while (mAt < mHtml.size()) {
@@ -297,7 +321,7 @@ class Reader {
             }
         }
         mHtml = whole;
-        mIsEndMissing = wholeEnds;
+        mMissing = std::move(missing);
     }
 
     bool ReadTag() {
@@ -315,9 +339,8 @@ class Reader {
         if (nameAt >= rest.size() || !(IsAsciiLetter(rest[nameAt]) || rest[1] == L'!')) {
             return false;
         }
-        const size_t length = mIsTagEndMissing ? Text::npos : TagEnd(rest);
+        const size_t length = FindTagEnd(rest);
         if (length == Text::npos) {
-            mIsTagEndMissing = true;
             return false;
         }
         std::wstring name;
@@ -384,7 +407,7 @@ class Reader {
 
     // Skips the content of an element; one that does not end has none.
     void SkipTo(const std::wstring& name) {
-        if (mUnclosed.count(name) != 0) {
+        if (mMissing.Unclosed.count(name) != 0) {
             return;
         }
         const std::wstring end = L"</" + name;
@@ -398,7 +421,7 @@ class Reader {
             }
             ++at;
         }
-        mUnclosed.insert(name);
+        mMissing.Unclosed.insert(name);
     }
 
     void ReadCharacter() {
@@ -420,10 +443,7 @@ class Reader {
     HtmlLosses& mLosses;
     Writer mWriter;
     size_t mAt = 0;
-    bool mIsTagEndMissing = false;
-    // The ends that the rest of the text lacks.
-    EndsMissing mIsEndMissing{};
-    std::set<std::wstring> mUnclosed;
+    Missing mMissing;
 };
 
 }  // namespace

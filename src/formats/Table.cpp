@@ -190,23 +190,30 @@ void TableReader::TakeIdentity() {
         return;
     }
     const wxString& value = mRows->GetAttribute(static_cast<uint32_t>(mIdColumn)).Value;
-    const bool isUuid = ParseUuid(value, mId) == 0;
     if (value.empty()) {
         return;
     }
-    if (!isUuid && mLayout.Columns[mIdColumn].Use == ColumnUse::kNoteId) {
-        // The identity that a package of the same deck gives to the note's first card.
-        mId = NamedUuid(ToUtf8(value) + "\n");
+    if (mLayout.Columns[mIdColumn].Use == ColumnUse::kNoteId) {
+        // As a package of the same deck names the first card of the note.
+        mId = NoteCardId(ToUtf8(value), "");
         Add("id", FormatUuid(mId));
         return;
     }
+    ParseUuid(value, mId);
     Add("id", value);
 }
 
 void TableReader::TakeFields() {
     const size_t count = std::min<size_t>(mLayout.Columns.size(), mRows->GetAttributeCount());
+    wxString category;
+    const bool isStored = IsStored(category);
+    // A note of a deck that the store has stays where it is, as with a package of the deck.
+    const bool staysInPlace = isStored && mLayout.Columns[mIdColumn].Use == ColumnUse::kNoteId;
     bool namesCategory = false;
     for (size_t i = 0; i < count; ++i) {
+        if (staysInPlace && mLayout.Columns[i].Use == ColumnUse::kCategory) {
+            continue;
+        }
         const bool isTaken = TakeField(i);
         namesCategory =
             namesCategory || (isTaken && mLayout.Columns[i].Use == ColumnUse::kCategory);
@@ -217,9 +224,10 @@ void TableReader::TakeFields() {
     if (!mNotes.empty()) {
         Add(AttributeOfUse(ColumnUse::kNotes), mNotes);
     }
-    wxString category;
-    if (!namesCategory && IsStored(category)) {
-        Add(AttributeOfUse(ColumnUse::kCategory), category);
+    if (!namesCategory && isStored) {
+        if (!category.empty()) {
+            Add(AttributeOfUse(ColumnUse::kCategory), category);
+        }
     } else if (!namesCategory && !mHasCategory && !mLayout.Category.empty()) {
         Add(AttributeOfUse(ColumnUse::kCategory), mLayout.Category);
     }

@@ -15,6 +15,7 @@
 #include "base/Text.h"
 #include "base/Worker.h"
 #include "shell/Forms.h"
+#include "shell/MessageBox.h"
 #include "shell/Toolkit.h"
 #include "transfer/ProgressDialog.h"
 
@@ -23,7 +24,8 @@ namespace {
 constexpr int kFieldsHeight = 80;
 constexpr int kSummaryWidth = 260;
 // Real kinds of notes have up to twenty fields; a hostile one would fill the window with controls.
-constexpr size_t kMostFields = 100;
+constexpr size_t kMostChoices = 100;
+constexpr size_t kMostTypes = 1000;
 constexpr size_t kLongestName = 40;
 
 // In the order of FieldRole.
@@ -139,6 +141,7 @@ void DeckPanel::MakeControls() {
 void DeckPanel::Open(const wxString& path) {
     Survey(path);
     mTypes = mSurvey.Types;
+    mTypes.resize(std::min(mTypes.size(), kMostTypes));
     mIsChosen.assign(mTypes.size(), false);
     mpType->Clear();
     for (const DeckNoteType& type : mTypes) {
@@ -157,7 +160,7 @@ void DeckPanel::ShowFields() {
     const int selection = mpType->GetSelection();
     if (selection != wxNOT_FOUND) {
         const DeckNoteType& type = mTypes[static_cast<size_t>(selection)];
-        for (size_t i = 0; i < std::min(type.Fields.size(), kMostFields); ++i) {
+        for (size_t i = 0; i < std::min(type.Fields.size(), kMostChoices); ++i) {
             wxChoice* const role =
                 MakeChoice(*mpFields, ID_FIRST_FIELD + static_cast<int>(i), RoleLabels());
             role->SetSelection(static_cast<int>(type.Roles[i]));
@@ -186,11 +189,35 @@ void DeckPanel::OnChoice() {
     mOnChange();
 }
 
-// Reads the whole deck and shows the outcome. Needs the path the first time.
-void DeckPanel::Survey(const wxString& path) {
-    // The dialog may not be on the screen yet.
+// Returns the window that questions belong to: the dialog may not be on the screen yet.
+wxWindow* DeckPanel::FindParent() {
     wxWindow* const dialog = wxGetTopLevelParent(this);
-    wxWindow* const parent = dialog->IsShown() ? dialog : dialog->GetParent();
+    return dialog->IsShown() ? dialog : dialog->GetParent();
+}
+
+// Asks once whether a deck may go beyond the bounds. Returns true when it may from now on.
+bool DeckPanel::AskAboutSize() {
+    if (!mSurvey.IsTooLarge || mWasAsked) {
+        return false;
+    }
+    mWasAsked = true;
+    const wxString question =
+        mSurvey.Failure + "\n" + _("Decks of people do not.  Do you want to read it all the same?");
+    mMayBeLarge =
+        ShowMessageBox(question, _("Import"), wxYES_NO | wxNO_DEFAULT, FindParent()) == wxYES;
+    return mMayBeLarge;
+}
+
+// Reads the whole deck and tells what comes of it. The path is needed the first time.
+void DeckPanel::Survey(const wxString& path) {
+    ReadDeck(path);
+    if (AskAboutSize()) {
+        ReadDeck(path);
+    }
+}
+
+void DeckPanel::ReadDeck(const wxString& path) {
+    wxWindow* const parent = FindParent();
     const bool wasOpen = mFile != nullptr;
     SurveyThread thread(path, mFile, GetOptions(), mDatabase);
     {
@@ -217,6 +244,7 @@ DeckOptions DeckPanel::GetOptions() const {
     DeckOptions options;
     options.WithSchedules = mpSchedules->GetValue();
     options.WholeDeckNames = mpNames->GetSelection() == 0;
+    options.MayBeLarge = mMayBeLarge;
     for (size_t i = 0; i < mTypes.size(); ++i) {
         if (mIsChosen[i]) {
             options.Roles[mTypes[i].Id] = mTypes[i].Roles;

@@ -50,6 +50,9 @@ class DeckPanel : public wxPanel {
     void ShowFields();
     void ChooseRole(size_t field, int role);
     void Survey(const wxString& path);
+    void ReadDeck(const wxString& path);
+    bool AskAboutSize();
+    wxWindow* FindParent();
     DeckOptions GetOptions() const;
     void OnChoice();
 
@@ -61,6 +64,9 @@ class DeckPanel : public wxPanel {
     std::vector<DeckNoteType> mTypes;
     // True for each type whose roles the user has changed.
     std::vector<bool> mIsChosen;
+    // Whether the user was asked about a deck beyond the bounds, and has agreed to it.
+    bool mWasAsked = false;
+    bool mMayBeLarge = false;
 
     wxChoice* mpNames = nullptr;
     wxCheckBox* mpSchedules = nullptr;

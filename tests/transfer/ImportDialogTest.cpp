@@ -215,6 +215,25 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     Choose(ImportDialog::ID_FORMAT, 2);
     EXPECT_TRUE(Shown().Contains("front=a;back=b;")) << Shown();
 
+    // A deck that makes far more than it is comes in after a question only.
+    std::string gaps;
+    for (int i = 1; i <= 60; ++i) {
+        gaps += "{{c" + std::to_string(i) + "::x}}";
+    }
+    std::string rows = NoteRow(1, "g", 8, gaps + std::string(3000, 'y'));
+    for (int i = 0; i < 60; ++i) {
+        rows += NewCard(1, i);
+    }
+    ASSERT_EQ(WriteDatabase(made, Schema11(rows)), "");
+    WritePackage(mDirectory.Path("large.apkg"), {{"collection.anki2", ReadBytes(made)}});
+    mAnswers.Expect(wxID_NO);
+    OpenFile("large.apkg");
+    EXPECT_TRUE(Shown().Contains("64 times the size of its file")) << Shown();
+    mAnswers.Expect(wxID_YES);
+    EXPECT_EQ(Find<wxTextCtrl>(OpenFile("large.apkg"), ID_SUMMARY).GetValue(),
+              "1 note\n60 cards\n1 text with several gaps becomes several cards.");
+    EXPECT_TRUE(mAnswers.Dialogs.back().Message.StartsWith("The cards of the deck take more"));
+
     WriteBytes(mDirectory.Path("cut.apkg"), ReadBytes(mDirectory.Path("my.apkg")).substr(0, 99));
     OpenFile("cut.apkg");
     EXPECT_TRUE(Shown().Contains("The package is damaged.")) << Shown();

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <string_view>
@@ -42,6 +44,12 @@ int64_t NumberOf(const json& object, const char* key) {
     if (found->is_boolean()) {
         return found->get<bool>() ? 1 : 0;
     }
+    if (found->is_number_float()) {
+        // Beyond the range of whole numbers nothing is meant.
+        constexpr double kGreatest = 9e15;
+        const double number = found->get<double>();
+        return std::abs(number) < kGreatest ? static_cast<int64_t>(number) : 0;
+    }
     return found->is_number() ? found->get<int64_t>() : 0;
 }
 
@@ -60,8 +68,36 @@ std::vector<const json*> OrderedList(const json& object, const char* key) {
     return list;
 }
 
+// Returns the bound that a text in JSON passes, or null. The parser takes a hundred bytes for each
+// value of two, so they are counted before it sees them.
+const DeckBound* FindPassedBound(const std::string& text) {
+    int64_t parts = 1;
+    int64_t depth = 0;
+    bool isText = false;
+    for (size_t at = 0; at < text.size(); ++at) {
+        const char byte = text[at];
+        if (isText) {
+            at += byte == '\\' ? 1 : 0;
+            isText = byte != '"';
+            continue;
+        }
+        isText = byte == '"';
+        const bool isOpening = byte == '[' || byte == '{';
+        depth += isOpening ? 1 : byte == ']' || byte == '}' ? -1 : 0;
+        parts += isOpening || byte == ',' ? 1 : 0;
+        if (depth > kDeepestPart.Most) {
+            return &kDeepestPart;
+        }
+        if (parts > kMostParts.Most) {
+            return &kMostParts;
+        }
+    }
+    return nullptr;
+}
+
 json ParseJson(const std::string& text) {
-    return json::parse(text, nullptr, false);
+    return FindPassedBound(text) == nullptr ? json::parse(text, nullptr, false)
+                                            : json(json::value_t::discarded);
 }
 
 // Reads a message of "protocol buffers" as far as needed: numbered fields, each a number or a text.
@@ -130,6 +166,26 @@ class Message {
     std::string_view mRest;
 };
 
+// Counts a description that stands in tables.
+class DescriptionSize {
+  public:
+    // Takes in a row with so many bytes of text. Returns false beyond a bound.
+    bool Take(size_t bytes) {
+        ++mRows;
+        mBytes += static_cast<int64_t>(bytes);
+        return FindPassedBound() == nullptr;
+    }
+    const DeckBound* FindPassedBound() const {
+        return mBytes > kMostDescription.Most ? &kMostDescription
+               : mRows > kMostParts.Most      ? &kMostParts
+                                              : nullptr;
+    }
+
+  private:
+    int64_t mRows = 0;
+    int64_t mBytes = 0;
+};
+
 const std::vector<const char*> kCardColumns = {"rowid", "id",  "nid",    "did",   "odid",
                                                "ord",   "mod", "type",   "queue", "due",
                                                "odue",  "ivl", "factor", "data"};
@@ -148,7 +204,7 @@ AnkiCard CardOf(const ForeignDatabase::Row& row) {
         ++column;
     }
     const std::string data = row.Bytes(column);
-    if (!data.empty()) {
+    if (data.find("\"lrt\"") != std::string::npos) {
         const int64_t time = NumberOf(ParseJson(data), "lrt");
         card.LastReview = time > 0 ? time : -1;
     }
@@ -164,6 +220,13 @@ bool AnkiCollection::Fail(const wxString& message) {
 
 bool AnkiCollection::FailDamaged() {
     return Fail(wxString::Format(_("The deck is damaged.  (%s)"), mDatabase.GetError()));
+}
+
+bool AnkiCollection::IsGood(int result) {
+    if (mRoom.GetPassed() != nullptr) {
+        return FailBound(*mRoom.GetPassed());
+    }
+    return result < 0 ? FailDamaged() : true;
 }
 
 bool AnkiCollection::HasTables(std::initializer_list<const char*> tables) {
@@ -203,10 +266,42 @@ bool AnkiCollection::ReadDescription() {
         return Fail(_("The deck comes from a version of Anki that is not known here."));
     }
     if (schema >= kFirstWithTables) {
-        return ReadTypeTables() && ReadDeckTable();
+        return ReadTypeTables() && ReadDeckTable() && CheckTypes();
     }
-    return (TakeTypes(types) && TakeDecks(decks)) ||
-           Fail(_("The deck is damaged.  Its description is cut."));
+    if (!CheckDescription(types, decks)) {
+        return false;
+    }
+    return TakeTypes(types) && TakeDecks(decks)
+               ? CheckTypes()
+               : Fail(_("The deck is damaged.  Its description is cut."));
+}
+
+bool AnkiCollection::CheckDescription(const std::string& types, const std::string& decks) {
+    if (types.size() + decks.size() > static_cast<size_t>(kMostDescription.Most)) {
+        return FailBound(kMostDescription);
+    }
+    for (const std::string* const text : {&types, &decks}) {
+        const DeckBound* const passed = FindPassedBound(*text);
+        if (passed != nullptr) {
+            return FailBound(*passed);
+        }
+    }
+    return true;
+}
+
+bool AnkiCollection::CheckTypes() {
+    if (mTypes.size() > static_cast<size_t>(kMostNoteTypes.Most)) {
+        return FailBound(kMostNoteTypes);
+    }
+    for (const auto& [id, type] : mTypes) {
+        if (type.Fields.size() > static_cast<size_t>(kMostFields.Most)) {
+            return FailBound(kMostFields);
+        }
+        if (type.Templates.size() > static_cast<size_t>(kMostTemplates.Most)) {
+            return FailBound(kMostTemplates);
+        }
+    }
+    return true;
 }
 
 bool AnkiCollection::TakeTypes(const std::string& text) {
@@ -246,27 +341,37 @@ bool AnkiCollection::ReadTypeTables() {
     }
     std::map<int64_t, std::map<int64_t, wxString>> fields;
     std::map<int64_t, std::map<int64_t, AnkiTemplateText>> templates;
+    DescriptionSize size;
     const int results[] = {
         mDatabase.ReadAll("notetypes", {"id", "name", "config"},
-                          [this](const ForeignDatabase::Row& row) {
+                          [&](const ForeignDatabase::Row& row) {
+                              const std::string name = row.Bytes(1);
+                              const std::string config = row.Bytes(2);
                               AnkiNoteType& type = mTypes[row.Int64(0)];
-                              type.Name = row.Text(1);
-                              type.IsCloze = Message(row.Bytes(2)).Number(1) == 1;
-                              return true;
+                              type.Name = FromUtf8(name);
+                              type.IsCloze = Message(config).Number(1) == 1;
+                              return size.Take(name.size() + config.size());
                           }),
         mDatabase.ReadAll("fields", {"ntid", "ord", "name"},
-                          [&fields](const ForeignDatabase::Row& row) {
-                              fields[row.Int64(0)][row.Int64(1)] = row.Text(2);
-                              return true;
+                          [&](const ForeignDatabase::Row& row) {
+                              const std::string name = row.Bytes(2);
+                              fields[row.Int64(0)][row.Int64(1)] = FromUtf8(name);
+                              return size.Take(name.size());
                           }),
         mDatabase.ReadAll(
-            "templates", {"ntid", "ord", "config"}, [&templates](const ForeignDatabase::Row& row) {
+            "templates", {"ntid", "ord", "config"}, [&](const ForeignDatabase::Row& row) {
                 const std::string bytes = row.Bytes(2);
+                if (!size.Take(bytes.size())) {
+                    return false;
+                }
                 const Message config(bytes);
                 templates[row.Int64(0)][row.Int64(1)] = {FromUtf8(std::string(config.Text(1))),
                                                          FromUtf8(std::string(config.Text(2)))};
                 return true;
             })};
+    if (size.FindPassedBound() != nullptr) {
+        return FailBound(*size.FindPassedBound());
+    }
     if (*std::min_element(std::begin(results), std::end(results)) < 0) {
         return FailDamaged();
     }
@@ -285,18 +390,24 @@ bool AnkiCollection::ReadDeckTable() {
     if (!HasTables({"decks"})) {
         return false;
     }
+    DescriptionSize size;
     const int result =
-        mDatabase.ReadAll("decks", {"id", "name"}, [this](const ForeignDatabase::Row& row) {
-            wxString name = row.Text(1);
+        mDatabase.ReadAll("decks", {"id", "name"}, [&](const ForeignDatabase::Row& row) {
+            const std::string bytes = row.Bytes(1);
+            wxString name = FromUtf8(bytes);
             name.Replace(L"\x1F", "::");
             mDecks[row.Int64(0)] = name;
-            return true;
+            return size.Take(bytes.size());
         });
+    if (size.FindPassedBound() != nullptr) {
+        return FailBound(*size.FindPassedBound());
+    }
     return result < 0 ? FailDamaged() : true;
 }
 
 // Reads which cards each note has, and the least place of a new card of each.
 bool AnkiCollection::ReadCardRows(Places& places) {
+    int64_t rows = 0;
     const int result =
         mDatabase.ReadAll("cards", {"rowid", "nid", "type", "due", "odid", "odue"},
                           [&](const ForeignDatabase::Row& row) {
@@ -308,12 +419,12 @@ bool AnkiCollection::ReadCardRows(Places& places) {
                                   const auto found = places.emplace(noteId, due).first;
                                   found->second = std::min(found->second, due);
                               }
-                              return true;
+                              return mRoom.TakeRow(rows);
                           });
     std::sort(mCardRows.begin(), mCardRows.end(), [](const RowOfNote& one, const RowOfNote& other) {
         return std::pair(one.NoteId, one.RowId) < std::pair(other.NoteId, other.RowId);
     });
-    return result < 0 ? FailDamaged() : true;
+    return IsGood(result);
 }
 
 bool AnkiCollection::ReadNoteRows(const Places& places) {
@@ -322,16 +433,30 @@ bool AnkiCollection::ReadNoteRows(const Places& places) {
         RowOfNote Row;
     };
     std::vector<Placed> notes;
+    // The notes by their guids, of which a number is enough.
+    std::vector<std::pair<size_t, int64_t>> guids;
+    int64_t rows = 0;
     const int result =
-        mDatabase.ReadAll("notes", {"rowid", "id"}, [&](const ForeignDatabase::Row& row) {
+        mDatabase.ReadAll("notes", {"rowid", "id", "guid"}, [&](const ForeignDatabase::Row& row) {
             const int64_t id = row.Int64(1);
+            const std::string guid = row.Bytes(2);
+            guids.emplace_back(std::hash<std::string>()(guid), id);
+            if (guid.empty()) {
+                mTaken.insert(id);
+            }
             const auto place = places.find(id);
             // Notes without a new card come after those that have one.
             notes.push_back(
                 {place == places.end() ? std::numeric_limits<int64_t>::max() : place->second,
                  {id, row.Int64(0)}});
-            return true;
+            return mRoom.TakeRow(rows) && mRoom.TakeText(guid.size());
         });
+    std::sort(guids.begin(), guids.end());
+    for (size_t i = 1; i < guids.size(); ++i) {
+        if (guids[i].first == guids[i - 1].first && guids[i].second != guids[i - 1].second) {
+            mTaken.insert(guids[i].second);
+        }
+    }
     std::sort(notes.begin(), notes.end(), [](const Placed& one, const Placed& other) {
         return std::pair(one.Place, one.Row.NoteId) < std::pair(other.Place, other.Row.NoteId);
     });
@@ -339,7 +464,7 @@ bool AnkiCollection::ReadNoteRows(const Places& places) {
     for (const Placed& note : notes) {
         mOrder.push_back(note.Row);
     }
-    return result < 0 ? FailDamaged() : true;
+    return IsGood(result);
 }
 
 // Reads the last real answer of each card; changes by hand and answers out of turn, which left the
@@ -348,21 +473,23 @@ bool AnkiCollection::ReadAnswers() {
     if (!mDatabase.HasTable("revlog")) {
         return true;
     }
+    int64_t rows = 0;
     const int result = mDatabase.ReadAll(
-        "revlog", {"id", "cid", "ease", "type", "factor"}, [this](const ForeignDatabase::Row& row) {
+        "revlog", {"id", "cid", "ease", "type", "factor"}, [&](const ForeignDatabase::Row& row) {
             const int64_t ease = row.Int64(2);
             const bool isCramming = row.Int64(3) == 3 && row.Int64(4) == 0;
             ++mReviews;
             if (ease >= 1 && ease <= 4 && !isCramming) {
-                Answer& last = mAnswers[row.Int64(1)];
+                const auto [answer, isNew] = mAnswers.try_emplace(row.Int64(1));
                 const int64_t time = row.Int64(0) / 1000;
-                if (time > last.Time) {
-                    last = {time, ease};
+                if (time > answer->second.Time) {
+                    answer->second = {time, ease};
                 }
+                return !isNew || mRoom.TakeRow(rows);
             }
             return true;
         });
-    return result < 0 ? FailDamaged() : true;
+    return IsGood(result);
 }
 
 wxString AnkiCollection::FindDeckName(int64_t deck) const {
@@ -376,14 +503,20 @@ bool AnkiCollection::ReadNote(size_t place, AnkiNote& note, std::vector<AnkiCard
     note.Id = row.NoteId;
     cards.clear();
     const int result = mDatabase.ReadRow("notes", {"guid", "mid", "tags", "flds"}, row.RowId,
-                                         [&note](const ForeignDatabase::Row& columns) {
+                                         [&](const ForeignDatabase::Row& columns) {
+                                             const std::string tags = columns.Bytes(2);
+                                             const std::string fields = columns.Bytes(3);
+                                             if (!mRoom.TakeText(tags.size() + fields.size())) {
+                                                 return false;
+                                             }
                                              note.Guid = columns.Bytes(0);
                                              note.TypeId = columns.Int64(1);
-                                             note.Tags = columns.Text(2);
-                                             note.Fields = columns.Text(3);
+                                             note.Tags = FromUtf8(tags);
+                                             note.Fields = FromUtf8(fields);
                                              return false;
                                          });
-    return result < 0 ? FailDamaged() : ReadCardsOf(row.NoteId, cards);
+    note.IsGuidTaken = mTaken.count(row.NoteId) != 0;
+    return IsGood(result) && ReadCardsOf(row.NoteId, cards);
 }
 
 bool AnkiCollection::ReadCardsOf(int64_t noteId, std::vector<AnkiCard>& cards) {

@@ -8,10 +8,12 @@
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "files/ForeignDatabase.h"
+#include "formats/decks/DeckBounds.h"
 
 // A card template as its two pages of HTML.
 struct AnkiTemplateText {
@@ -30,6 +32,8 @@ struct AnkiNote {
     int64_t Id = 0;
     // Given by the maker of the note; not always unique.
     std::string Guid;
+    // Whether another note with a smaller number has the same Guid, or there is none.
+    bool IsGuidTaken = false;
     int64_t TypeId = 0;
     wxString Tags;
     // All fields as HTML, with U+001F between them.
@@ -65,9 +69,12 @@ struct AnkiCard {
 // Keeps some numbers of each note and card in memory and reads their texts when they are asked for.
 class AnkiCollection {
   public:
-    // Opens a file, which must not change meanwhile. Returns false on a failure, which GetFailure
-    // tells. Looks up the cards' last answers only on request. The flag, which is not owned and may
-    // be null, ends all reading once it is true.
+    // The room counts rows and texts, and is not owned.
+    explicit AnkiCollection(DeckRoom& room) : mRoom(room) {}
+
+    // Opens a file that does not change meanwhile. Returns false on a failure, which GetFailure
+    // tells. The last answers of cards are looked up only when they are wanted. The flag, which is
+    // not owned and may be null, ends all reading once it is true.
     bool Open(const wxString& path, bool withAnswers, const std::atomic<bool>* isCancelled);
 
     const std::map<int64_t, AnkiNoteType>& GetTypes() const { return mTypes; }
@@ -100,8 +107,13 @@ class AnkiCollection {
 
     bool Fail(const wxString& message);
     bool FailDamaged();
+    bool FailBound(const DeckBound& bound) { return Fail(BoundMessage(bound)); }
+    // Returns whether a reading went well and stayed within the bounds.
+    bool IsGood(int result);
     bool HasTables(std::initializer_list<const char*> tables);
     bool ReadDescription();
+    bool CheckDescription(const std::string& types, const std::string& decks);
+    bool CheckTypes();
     bool TakeTypes(const std::string& text);
     bool TakeDecks(const std::string& text);
     bool ReadTypeTables();
@@ -111,6 +123,7 @@ class AnkiCollection {
     bool ReadAnswers();
     bool ReadCardsOf(int64_t noteId, std::vector<AnkiCard>& cards);
 
+    DeckRoom& mRoom;
     ForeignDatabase mDatabase;
     wxString mFailure;
     int64_t mCreated = 0;
@@ -121,5 +134,7 @@ class AnkiCollection {
     std::vector<RowOfNote> mCardRows;
     // The notes in the order in which their cards come.
     std::vector<RowOfNote> mOrder;
+    // The numbers of the notes whose Guid is taken.
+    std::unordered_set<int64_t> mTaken;
     std::unordered_map<int64_t, Answer> mAnswers;
 };

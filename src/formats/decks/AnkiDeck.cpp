@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -22,6 +23,8 @@ constexpr int64_t kDay = 86400;
 constexpr int64_t kGreatestDays = 3000000;
 // Separates numbers of days, which are smaller, from moments since 2001, which are greater.
 constexpr int64_t kLeastMoment = 1000000000;
+// Numbers of deletions have four digits at the most.
+constexpr int64_t kMostClozes = 9999;
 
 // Returns true for Han, kana and Hangul: the side that has them gets the reading.
 bool HasEastAsian(const wxString& text) {
@@ -54,48 +57,88 @@ wxString OneLine(wxString text) {
 // The fields of a note as text, each converted once.
 class NoteTexts {
   public:
-    NoteTexts(const AnkiNoteType& type, const TypePlan& plan, const wxString& fields,
-              HtmlLosses& losses) {
+    NoteTexts(const TypePlan& plan, const wxString& fields, HtmlLosses& losses) {
+        mEmpty.set();
         const std::wstring_view whole(fields.wc_str(), fields.length());
-        size_t at = 0;
-        while (at <= whole.size()) {
+        for (size_t at = 0; at <= whole.size() && !mHasTooMany;) {
             const size_t end = std::min(whole.find(L'\x1F', at), whole.size());
-            mSources.emplace_back(whole.data() + at, end - at);
-            at = end + 1;
-        }
-        mSources.resize(std::max(mSources.size(), type.Fields.size()));
-        mTexts.reserve(mSources.size());
-        for (size_t i = 0; i < mSources.size(); ++i) {
-            HtmlText text = ReadHtml(mSources[i], false, losses);
-            if (plan.WithReadings.count(i) != 0 && text.Text.find(L'[') != wxString::npos) {
-                const FuriganaText split = ReadFurigana(text.Text);
-                text.Text = split.Base;
-                text.Reading = split.Reading.empty() ? text.Reading : split.Reading;
+            mHasTooMany = mSources.size() == mEmpty.size();
+            if (!mHasTooMany) {
+                Add(plan, wxString(whole.data() + at, end - at), losses);
             }
-            mTexts.push_back(std::move(text));
+            at = end + 1;
         }
     }
 
+    // Fields of the type that the note does not have are empty.
     size_t Count() const { return mTexts.size(); }
-    const wxString& Source(size_t field) const { return mSources[field]; }
-    const wxString& Text(size_t field) const { return mTexts[field].Text; }
-    const wxString& Reading(size_t field) const { return mTexts[field].Reading; }
+    bool HasTooMany() const { return mHasTooMany; }
+    const wxString& Source(size_t field) const {
+        return field < mSources.size() ? mSources[field] : kNothing.Text;
+    }
+    const wxString& Text(size_t field) const { return At(field).Text; }
+    const wxString& Reading(size_t field) const { return At(field).Reading; }
 
     bool IsShown(const ShownField& field) const {
-        return std::all_of(field.Conditions.begin(), field.Conditions.end(),
-                           [this](const ShownField::Condition& condition) {
-                               return IsEmptyHtml(mSources[condition.Field]) == condition.IsEmpty;
-                           });
+        return field.Within == nullptr ||
+               ((field.Within->Filled & mEmpty).none() && (field.Within->Empty & ~mEmpty).none());
     }
 
   private:
+    static const HtmlText kNothing;
+
+    const HtmlText& At(size_t field) const {
+        return field < mTexts.size() ? mTexts[field] : kNothing;
+    }
+
+    void Add(const TypePlan& plan, const wxString& source, HtmlLosses& losses) {
+        const size_t field = mSources.size();
+        HtmlLosses counted;
+        HtmlText text = ReadHtml(source, false, counted);
+        mEmpty[field] = text.Text.empty() && counted.Pictures == 0 && counted.Sounds == 0;
+        losses.Pictures += counted.Pictures;
+        losses.Sounds += counted.Sounds;
+        losses.Formulas += counted.Formulas;
+        if (plan.WithReadings[field] && text.Text.find(L'[') != wxString::npos) {
+            const FuriganaText split = ReadFurigana(text.Text);
+            text.Text = split.Base;
+            text.Reading = split.Reading.empty() ? text.Reading : split.Reading;
+        }
+        mSources.push_back(source);
+        mTexts.push_back(std::move(text));
+    }
+
     std::vector<wxString> mSources;
     std::vector<HtmlText> mTexts;
+    // The fields in which there is nothing to be seen.
+    FieldBits mEmpty;
+    bool mHasTooMany = false;
+};
+
+const HtmlText NoteTexts::kNothing;
+
+// A note of which cards are still to be made.
+struct OpenNote {
+    const AnkiNoteType* Type = nullptr;
+    const TypePlan* Plan = nullptr;
+    std::unique_ptr<NoteTexts> Texts;
+    // In the order of their numbers.
+    std::vector<AnkiCard> Cards;
+    // What its cards have their identities from: as it is now, and with the note's number.
+    std::string Id;
+    std::string LongId;
+    wxString Tags;
+    // The next pair of templates, or the next card of a text with deletions.
+    size_t Next = 0;
+
+    size_t CountSteps() const {
+        return Texts == nullptr ? 0 : Type->IsCloze ? Cards.size() : Plan->Pairs.size();
+    }
 };
 
 class AnkiDeck : public Deck {
   public:
-    explicit AnkiDeck(DeckOptions options) : mOptions(std::move(options)) {}
+    explicit AnkiDeck(const DeckOptions& options) : Deck(options), mCollection(mRoom) {}
 
     bool Open(const wxString& path);
 
@@ -107,31 +150,25 @@ class AnkiDeck : public Deck {
 
   private:
     bool ReadNote() override;
-    void MakeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                   std::vector<AnkiCard> cards, const std::string& id, const wxString& tags);
-    void MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size_t which,
-                      const NoteTexts& note, const std::vector<AnkiCard>& cards,
-                      const std::string& id, const wxString& tags);
-    void MakeClozeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                        const std::vector<AnkiCard>& cards, const std::string& id,
-                        const wxString& tags);
-    void FillSides(const TypePlan& plan, size_t which, const NoteTexts& note, DeckCard& card,
-                   std::set<size_t>& used) const;
-    void FillChosen(const std::vector<FieldRole>& roles, const NoteTexts& note, DeckCard& card,
-                    std::set<size_t>& used) const;
-    wxString MakeNotes(const AnkiNoteType& type, const NoteTexts& note,
-                       const std::set<size_t>& used, const wxString& tags) const;
+    void TakeNote(const AnkiNote& row, const AnkiNoteType& type, std::vector<AnkiCard> cards);
+    void TakeClozeRows();
+    void MakePairCard(size_t which);
+    void MakeClozeCard(const AnkiCard& row);
+    void SetId(const std::string& part, DeckCard& card) const;
+    void FillSides(size_t which, DeckCard& card, FieldBits& used) const;
+    void FillChosen(DeckCard& card, FieldBits& used) const;
+    wxString MakeNotes(const FieldBits& used) const;
     void TakeSchedule(const AnkiCard& row, const CardUuid& id, CardSchedule& schedule,
                       bool& excluded);
     const wxString& CategoryOf(const AnkiCard& row);
 
-    DeckOptions mOptions;
     AnkiCollection mCollection;
     int64_t mNow = 0;
     std::map<int64_t, TypePlan> mPlans;
     // The categories of decks that were looked up.
     std::map<int64_t, wxString> mCategories;
     size_t mNext = 0;
+    OpenNote mNote;
 };
 
 bool AnkiDeck::Open(const wxString& path) {
@@ -152,6 +189,10 @@ bool AnkiDeck::Open(const wxString& path) {
 
 std::vector<DeckNoteType> AnkiDeck::GetNoteTypes() const {
     std::vector<DeckNoteType> types;
+    if (mPlans.empty()) {
+        // The deck was not read to the end of its description.
+        return types;
+    }
     for (const auto& [id, type] : mCollection.GetTypes()) {
         DeckNoteType shown;
         shown.Id = IdText(id);
@@ -162,11 +203,12 @@ std::vector<DeckNoteType> AnkiDeck::GetNoteTypes() const {
         const TypePlan& plan = mPlans.at(id);
         if (!plan.Pairs.empty()) {
             const TemplatePair& pair = plan.Pairs.front();
-            for (const size_t field : FieldSet(pair.Back)) {
-                shown.Roles[field] = FieldRole::kBack;
-            }
-            for (const size_t field : FieldSet(pair.Front)) {
-                shown.Roles[field] = FieldRole::kFront;
+            const FieldBits front = FieldSet(pair.Front);
+            const FieldBits back = FieldSet(pair.Back);
+            for (size_t field = 0; field < shown.Roles.size(); ++field) {
+                shown.Roles[field] = front[field]  ? FieldRole::kFront
+                                     : back[field] ? FieldRole::kBack
+                                                   : FieldRole::kNotes;
             }
             if (!pair.Second.empty()) {
                 shown.Roles[pair.Second.front()] = FieldRole::kFront2;
@@ -178,7 +220,16 @@ std::vector<DeckNoteType> AnkiDeck::GetNoteTypes() const {
 }
 
 bool AnkiDeck::ReadNote() {
-    if (mNext == mCollection.CountNotes() || !mFailure.empty()) {
+    if (mNote.Next < mNote.CountSteps()) {
+        const size_t step = mNote.Next++;
+        if (mNote.Type->IsCloze) {
+            MakeClozeCard(mNote.Cards[step]);
+        } else {
+            MakePairCard(step);
+        }
+        return true;
+    }
+    if (mNext == mCollection.CountNotes()) {
         return false;
     }
     AnkiNote row;
@@ -193,21 +244,27 @@ bool AnkiDeck::ReadNote() {
         Count(DeckLoss::kNotesSkipped);
         return true;
     }
+    TakeNote(row, type->second, std::move(cards));
+    return !mNote.Texts->HasTooMany() || Fail(BoundMessage(kMostFields));
+}
+
+void AnkiDeck::TakeNote(const AnkiNote& row, const AnkiNoteType& type,
+                        std::vector<AnkiCard> cards) {
     const TypePlan& plan = mPlans.at(row.TypeId);
     HtmlLosses losses;
-    const NoteTexts note(type->second, plan, row.Fields, losses);
+    mNote = OpenNote();
+    mNote.Type = &type;
+    mNote.Plan = &plan;
+    mNote.Texts = std::make_unique<NoteTexts>(plan, row.Fields, losses);
+    mNote.LongId = row.Guid + ' ' + std::to_string(row.Id);
+    mNote.Id = row.IsGuidTaken ? mNote.LongId : row.Guid;
+    mNote.Tags = TrimWide(row.Tags);
+    mNote.Cards = std::move(cards);
     Count(DeckLoss::kPictures, losses.Pictures);
     Count(DeckLoss::kSounds, losses.Sounds);
     Count(DeckLoss::kFormulas, losses.Formulas);
     Count(DeckLoss::kHints, plan.Hints);
-    MakeCards(type->second, plan, note, std::move(cards), row.Guid + ' ' + std::to_string(row.Id),
-              TrimWide(row.Tags));
-    return true;
-}
-
-void AnkiDeck::MakeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                         std::vector<AnkiCard> cards, const std::string& id, const wxString& tags) {
-    for (AnkiCard& card : cards) {
+    for (AnkiCard& card : mNote.Cards) {
         if (card.HomeDeck != 0) {
             Count(DeckLoss::kFiltered);
             card.Deck = card.HomeDeck;
@@ -215,24 +272,54 @@ void AnkiDeck::MakeCards(const AnkiNoteType& type, const TypePlan& plan, const N
         }
     }
     if (type.IsCloze) {
-        MakeClozeCards(type, plan, note, cards, id, tags);
+        TakeClozeRows();
+    }
+}
+
+// Leaves the rows whose numbers the text has, each once. A card has the whole text in it, so rows
+// without end would make a store without end.
+void AnkiDeck::TakeClozeRows() {
+    const wxString& source = mNote.Texts->Source(mNote.Plan->ClozeField);
+    if (source.Contains("image-occlusion:")) {
+        Count(DeckLoss::kOcclusions, static_cast<int64_t>(mNote.Cards.size()));
+        mNote.Cards.clear();
         return;
     }
-    for (size_t i = 0; i < plan.Pairs.size(); ++i) {
-        MakePairCard(type, plan, i, note, cards, id, tags);
+    const std::set<int> numbers = FindClozeNumbers(source);
+    std::vector<AnkiCard> kept;
+    for (const AnkiCard& card : mNote.Cards) {
+        const bool isKnown = card.Number >= 0 && card.Number < kMostClozes &&
+                             numbers.count(static_cast<int>(card.Number) + 1) != 0;
+        if (!isKnown || (!kept.empty() && kept.back().Number == card.Number)) {
+            Count(DeckLoss::kEmptySides);
+        } else {
+            kept.push_back(card);
+        }
     }
+    mNote.Cards = std::move(kept);
+    if (mNote.Cards.size() > 1) {
+        Count(DeckLoss::kClozesSplit);
+    }
+}
+
+void AnkiDeck::SetId(const std::string& part, DeckCard& card) const {
+    card.Card.CardId = NoteCardId(mNote.Id, part);
+    // What earlier versions gave.
+    const CardUuid other = NamedUuid(mNote.LongId + '\n' + part);
+    card.OtherId = other == card.Card.CardId ? CardUuid() : other;
 }
 
 const AnkiCard* FindCard(const std::vector<AnkiCard>& cards, size_t number) {
-    const auto found = std::find_if(cards.begin(), cards.end(), [number](const AnkiCard& card) {
-        return card.Number == static_cast<int64_t>(number);
-    });
-    return found == cards.end() ? nullptr : &*found;
+    const auto wanted = static_cast<int64_t>(number);
+    const auto found =
+        std::lower_bound(cards.begin(), cards.end(), wanted,
+                         [](const AnkiCard& card, int64_t least) { return card.Number < least; });
+    return found == cards.end() || found->Number != wanted ? nullptr : &*found;
 }
 
-void AnkiDeck::MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size_t which,
-                            const NoteTexts& note, const std::vector<AnkiCard>& cards,
-                            const std::string& id, const wxString& tags) {
+void AnkiDeck::MakePairCard(size_t which) {
+    const TypePlan& plan = *mNote.Plan;
+    const std::vector<AnkiCard>& cards = mNote.Cards;
     const TemplatePair& pair = plan.Pairs[which];
     const AnkiCard* forward = FindCard(cards, pair.Forward);
     for (const size_t same : pair.Same) {
@@ -250,15 +337,14 @@ void AnkiDeck::MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size
     }
     DeckCard card;
     // A card of the first pair keeps its identity when the type gets further templates.
-    const std::string part = which == 0 ? "" : std::to_string(pair.Forward);
-    card.Card.CardId = DeckCardId(id, part);
-    std::set<size_t> used;
+    SetId(which == 0 ? "" : std::to_string(pair.Forward), card);
+    FieldBits used;
     if (which == 0 && !plan.Chosen.empty()) {
-        FillChosen(plan.Chosen, note, card, used);
+        FillChosen(card, used);
     } else {
-        FillSides(plan, which, note, card, used);
+        FillSides(which, card, used);
     }
-    card.Card.Notes = MakeNotes(type, note, used, tags);
+    card.Card.Notes = MakeNotes(used);
     const AnkiCard& named = forward != nullptr ? *forward : *reverse;
     card.Category = CategoryOf(named);
     card.Card.ForwardX = forward == nullptr;
@@ -278,16 +364,16 @@ void AnkiDeck::MakePairCard(const AnkiNoteType& type, const TypePlan& plan, size
     Push(std::move(card));
 }
 
-void AnkiDeck::FillSides(const TypePlan& plan, size_t which, const NoteTexts& note, DeckCard& card,
-                         std::set<size_t>& used) const {
-    const TemplatePair& pair = plan.Pairs[which];
+void AnkiDeck::FillSides(size_t which, DeckCard& card, FieldBits& used) const {
+    const NoteTexts& note = *mNote.Texts;
+    const TemplatePair& pair = mNote.Plan->Pairs[which];
     const auto add = [&](const std::vector<ShownField>& shown, bool always, wxString& side,
                          wxString& second) {
         for (const ShownField& field : shown) {
-            if (field.Field < note.Count() && (always || note.IsShown(field))) {
+            if (always || note.IsShown(field)) {
                 AddLine(side, note.Text(field.Field));
                 AddLine(second, OneLine(note.Reading(field.Field)));
-                used.insert(field.Field);
+                used.set(field.Field);
             }
         }
     };
@@ -298,7 +384,7 @@ void AnkiDeck::FillSides(const TypePlan& plan, size_t which, const NoteTexts& no
             add(shown, true, side, second);
         }
     };
-    used = plan.Switches;
+    used = mNote.Plan->Switches;
     fill(pair.Front, card.Card.Front, card.Front2);
     fill(pair.Back, card.Card.Back, card.Back2);
     for (const size_t field : pair.Second) {
@@ -306,15 +392,16 @@ void AnkiDeck::FillSides(const TypePlan& plan, size_t which, const NoteTexts& no
         wxString& second = isOfBack ? card.Back2 : card.Front2;
         if (second.empty()) {
             second = OneLine(note.Text(field));
-            used.insert(field);
+            used.set(field);
         }
     }
     card.Front2 = OneLine(card.Front2);
     card.Back2 = OneLine(card.Back2);
 }
 
-void AnkiDeck::FillChosen(const std::vector<FieldRole>& roles, const NoteTexts& note,
-                          DeckCard& card, std::set<size_t>& used) const {
+void AnkiDeck::FillChosen(DeckCard& card, FieldBits& used) const {
+    const NoteTexts& note = *mNote.Texts;
+    const std::vector<FieldRole>& roles = mNote.Plan->Chosen;
     for (size_t i = 0; i < std::min(roles.size(), note.Count()); ++i) {
         wxString* const sides[] = {&card.Card.Front, &card.Front2, &card.Card.Back, &card.Back2};
         const auto role = static_cast<size_t>(roles[i]);
@@ -327,59 +414,51 @@ void AnkiDeck::FillChosen(const std::vector<FieldRole>& roles, const NoteTexts& 
             }
         }
         if (roles[i] != FieldRole::kNotes) {
-            used.insert(i);
+            used.set(i);
         }
     }
     card.Front2 = OneLine(card.Front2);
     card.Back2 = OneLine(card.Back2);
 }
 
-wxString AnkiDeck::MakeNotes(const AnkiNoteType& type, const NoteTexts& note,
-                             const std::set<size_t>& used, const wxString& tags) const {
+wxString AnkiDeck::MakeNotes(const FieldBits& used) const {
+    const NoteTexts& note = *mNote.Texts;
+    const std::vector<wxString>& names = mNote.Type->Fields;
     wxString notes;
     for (size_t i = 0; i < note.Count(); ++i) {
-        if (used.count(i) == 0 && !note.Text(i).empty()) {
-            const wxString name = i < type.Fields.size() ? type.Fields[i] + L": " : wxString();
+        if (!used[i] && !note.Text(i).empty()) {
+            const wxString name = i < names.size() ? names[i] + L": " : wxString();
             const wxString& reading = note.Reading(i);
             AddLine(notes,
                     name + note.Text(i) + (reading.empty() ? wxString() : L" (" + reading + L")"));
         }
     }
-    if (!tags.empty()) {
-        AddLine(notes, L"Tags: " + tags);
+    if (!mNote.Tags.empty()) {
+        AddLine(notes, L"Tags: " + mNote.Tags);
     }
     return notes;
 }
 
-void AnkiDeck::MakeClozeCards(const AnkiNoteType& type, const TypePlan& plan, const NoteTexts& note,
-                              const std::vector<AnkiCard>& cards, const std::string& id,
-                              const wxString& tags) {
-    const wxString& source = note.Source(plan.ClozeField);
-    if (source.Contains("image-occlusion:")) {
-        Count(DeckLoss::kOcclusions, static_cast<int64_t>(cards.size()));
-        return;
-    }
-    if (cards.size() > 1) {
-        Count(DeckLoss::kClozesSplit);
-    }
+void AnkiDeck::MakeClozeCard(const AnkiCard& row) {
+    const size_t field = mNote.Plan->ClozeField;
+    const int number = static_cast<int>(row.Number) + 1;
+    const ClozeCard cloze = ::MakeClozeCard(mNote.Texts->Source(field), number);
     HtmlLosses counted;
-    for (const AnkiCard& row : cards) {
-        const int number = static_cast<int>(std::clamp<int64_t>(row.Number, 0, 9998)) + 1;
-        const ClozeCard cloze = MakeClozeCard(source, number);
-        DeckCard card;
-        card.Card.CardId = DeckCardId(id, "c" + std::to_string(number));
-        card.Card.Front = ReadHtml(cloze.Question, false, counted).Text;
-        for (const wxString& hidden : cloze.Hidden) {
-            const wxString text = ReadHtml(hidden, false, counted).Text;
-            card.Card.Back += (card.Card.Back.empty() ? "" : ", ") + text;
-        }
-        card.Card.Notes = ReadHtml(cloze.Whole, false, counted).Text;
-        AddLine(card.Card.Notes, MakeNotes(type, note, {plan.ClozeField}, tags));
-        card.Category = CategoryOf(row);
-        card.Card.ReverseX = true;
-        TakeSchedule(row, card.Card.CardId, card.Card.Forward, card.Card.ForwardX);
-        Push(std::move(card));
+    DeckCard card;
+    SetId("c" + std::to_string(number), card);
+    card.Card.Front = ReadHtml(cloze.Question, false, counted).Text;
+    for (const wxString& hidden : cloze.Hidden) {
+        const wxString text = ReadHtml(hidden, false, counted).Text;
+        card.Card.Back += (card.Card.Back.empty() ? "" : ", ") + text;
     }
+    card.Card.Notes = ReadHtml(cloze.Whole, false, counted).Text;
+    FieldBits used;
+    used.set(field);
+    AddLine(card.Card.Notes, MakeNotes(used));
+    card.Category = CategoryOf(row);
+    card.Card.ReverseX = true;
+    TakeSchedule(row, card.Card.CardId, card.Card.Forward, card.Card.ForwardX);
+    Push(std::move(card));
 }
 
 void AnkiDeck::TakeSchedule(const AnkiCard& row, const CardUuid& id, CardSchedule& schedule,
@@ -451,7 +530,8 @@ CardSchedule MakeAnkiSchedule(const AnkiCard& card, int64_t created, int64_t now
 std::unique_ptr<Deck> OpenAnkiDeck(const wxString& path, const DeckOptions& options,
                                    wxString& message) {
     auto deck = std::make_unique<AnkiDeck>(options);
-    if (!deck->Open(path)) {
+    // One that is too large is opened, so that it can be asked about.
+    if (!deck->Open(path) && !deck->IsTooLarge()) {
         message = deck->GetFailure();
         return nullptr;
     }

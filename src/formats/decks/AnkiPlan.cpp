@@ -1,29 +1,29 @@
 #include "formats/decks/AnkiPlan.h"
 
-#include <algorithm>
+#include <set>
 #include <utility>
 
-std::set<size_t> FieldSet(const std::vector<ShownField>& shown) {
-    std::set<size_t> fields;
+FieldBits FieldSet(const std::vector<ShownField>& shown) {
+    FieldBits fields;
     for (const ShownField& field : shown) {
-        fields.insert(field.Field);
+        fields.set(field.Field);
     }
     return fields;
 }
 
 namespace {
 
-bool Meet(const std::set<size_t>& one, const std::set<size_t>& other) {
-    return std::any_of(one.begin(), one.end(),
-                       [&other](size_t field) { return other.count(field) != 0; });
+bool Meet(const FieldBits& one, const FieldBits& other) {
+    return (one & other).any();
 }
 
 // Returns each field once, without hints and, in a question, without those to type into.
 std::vector<ShownField> Visible(const std::vector<ShownField>& shown, bool isQuestion) {
     std::vector<ShownField> visible;
-    std::set<size_t> seen;
+    FieldBits seen;
     for (const ShownField& field : shown) {
-        if (!field.IsHint && !(isQuestion && field.IsTyped) && seen.insert(field.Field).second) {
+        if (!field.IsHint && !(isQuestion && field.IsTyped) && !seen[field.Field]) {
+            seen.set(field.Field);
             visible.push_back(field);
         }
     }
@@ -50,8 +50,12 @@ class Planner {
                 mQuestions.back().push_back(ShownField());
             }
         }
-        for (const size_t field : mShown) {
-            mPlan.Switches.erase(field);
+        mPlan.Switches &= ~mShown;
+        for (const auto& question : mQuestions) {
+            mAsked.push_back(FieldSet(question));
+        }
+        for (const auto& answer : mAnswers) {
+            mAnswered.push_back(FieldSet(answer));
         }
         std::set<size_t> taken;
         for (size_t i = 0; i < mQuestions.size(); ++i) {
@@ -69,7 +73,7 @@ class Planner {
             if (field.How == Filter::kCloze) {
                 mPlan.ClozeField = field.Field;
             } else if (field.How != Filter::kNone) {
-                mPlan.WithReadings.insert(field.Field);
+                mPlan.WithReadings.set(field.Field);
             }
             mPlan.Hints += field.IsHint ? 1 : 0;
         }
@@ -77,34 +81,32 @@ class Planner {
 
     void NoteSwitches(const std::vector<ShownField>& shown) {
         for (const ShownField& field : shown) {
-            mShown.insert(field.Field);
-            for (const ShownField::Condition& condition : field.Conditions) {
-                mPlan.Switches.insert(condition.Field);
+            mShown.set(field.Field);
+            if (field.Within != nullptr) {
+                mPlan.Switches |= field.Within->Filled | field.Within->Empty;
             }
         }
     }
 
     std::vector<ShownField> BackOf(size_t forward) const {
-        const std::set<size_t> asked = FieldSet(mQuestions[forward]);
+        const FieldBits& asked = mAsked[forward];
         std::vector<ShownField> back;
         for (const ShownField& field : mAnswers[forward]) {
-            if (asked.count(field.Field) == 0) {
+            if (!asked[field.Field]) {
                 back.push_back(field);
             }
         }
         if (back.empty() && mType.Fields.size() > 1) {
             ShownField second;
-            second.Field = asked.count(1) == 0 ? 1 : 0;
+            second.Field = asked[1] ? 0 : 1;
             back.push_back(second);
         }
         return back;
     }
 
-    bool IsMirror(const TemplatePair& pair, size_t candidate) const {
-        const std::set<size_t> front = FieldSet(pair.Front);
-        const std::set<size_t> asked = FieldSet(mQuestions[candidate]);
-        return !Meet(front, asked) && Meet(asked, FieldSet(pair.Back)) &&
-               Meet(FieldSet(mAnswers[candidate]), front);
+    bool IsMirror(const FieldBits& front, const FieldBits& back, size_t candidate) const {
+        return !Meet(front, mAsked[candidate]) && Meet(mAsked[candidate], back) &&
+               Meet(mAnswered[candidate], front);
     }
 
     void MakePair(size_t forward, std::set<size_t>& taken) {
@@ -112,15 +114,16 @@ class Planner {
         pair.Forward = forward;
         pair.Front = mQuestions[forward];
         pair.Back = BackOf(forward);
-        const std::set<size_t> front = FieldSet(pair.Front);
+        const FieldBits& front = mAsked[forward];
+        const FieldBits back = FieldSet(pair.Back);
         for (size_t i = forward + 1; i < mQuestions.size(); ++i) {
             if (taken.count(i) != 0) {
                 continue;
             }
-            if (FieldSet(mQuestions[i]) == front) {
+            if (mAsked[i] == front) {
                 pair.Same.push_back(i);
                 taken.insert(i);
-            } else if (pair.Reverse == kNoField && IsMirror(pair, i)) {
+            } else if (pair.Reverse == kNoField && IsMirror(front, back, i)) {
                 pair.Reverse = i;
                 taken.insert(i);
             }
@@ -133,11 +136,10 @@ class Planner {
     }
 
     void FindSecond(TemplatePair& pair) const {
-        const std::set<size_t> front = FieldSet(pair.Front);
-        const std::set<size_t> back = FieldSet(pair.Back);
-        const std::set<size_t> other = FieldSet(mAnswers[pair.Reverse]);
-        for (const size_t field : FieldSet(mAnswers[pair.Forward])) {
-            if (other.count(field) != 0 && front.count(field) == 0 && back.count(field) == 0) {
+        const FieldBits second = mAnswered[pair.Forward] & mAnswered[pair.Reverse] &
+                                 ~FieldSet(pair.Front) & ~FieldSet(pair.Back);
+        for (size_t field = 0; field < mType.Fields.size(); ++field) {
+            if (second[field]) {
                 pair.Second.push_back(field);
             }
         }
@@ -146,7 +148,10 @@ class Planner {
     const AnkiNoteType& mType;
     std::vector<std::vector<ShownField>> mQuestions;
     std::vector<std::vector<ShownField>> mAnswers;
-    std::set<size_t> mShown;
+    // The fields of the questions and answers.
+    std::vector<FieldBits> mAsked;
+    std::vector<FieldBits> mAnswered;
+    FieldBits mShown;
     TypePlan mPlan;
 };
 

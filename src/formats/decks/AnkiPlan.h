@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
 #include <vector>
 
 #include "formats/decks/AnkiCollection.h"
@@ -29,13 +28,14 @@ struct TypePlan {
     // The user's choices for the fields; may be empty.
     std::vector<FieldRole> Chosen;
     size_t ClozeField = 0;
-    // Fields that some template shows with their readings.
-    std::set<size_t> WithReadings;
+    // Some template shows the field with its readings.
+    FieldBits WithReadings;
     // Fields that only switch others on, such as one that asks for a reverse card.
-    std::set<size_t> Switches;
+    FieldBits Switches;
     int64_t Hints = 0;
 };
 
 TypePlan MakeTypePlan(const AnkiNoteType& type);
 
-std::set<size_t> FieldSet(const std::vector<ShownField>& shown);
+// Returns the fields that are shown.
+FieldBits FieldSet(const std::vector<ShownField>& shown);

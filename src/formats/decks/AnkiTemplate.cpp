@@ -1,8 +1,10 @@
 #include "formats/decks/AnkiTemplate.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "base/Text.h"
@@ -37,7 +39,11 @@ std::wstring WithoutComments(Text source) {
 
 class TemplateParser {
   public:
-    explicit TemplateParser(const std::vector<wxString>& names) : mNames(names) {}
+    explicit TemplateParser(const std::vector<wxString>& names) {
+        for (size_t i = 0; i < std::min(names.size(), FieldBits().size()); ++i) {
+            mPlaces.emplace(names[i].ToStdWstring(), i);
+        }
+    }
 
     std::vector<ShownField> Parse(const wxString& source) {
         const std::wstring text = WithoutComments(ViewOf(source));
@@ -60,6 +66,11 @@ class TemplateParser {
     }
 
   private:
+    struct Section {
+        size_t Field;
+        bool IsEmpty;
+    };
+
     void SwitchDelimiters(Text& rest) {
         if (rest.substr(0, 3) == L"{{=") {
             mOpen = L"<%";
@@ -69,9 +80,8 @@ class TemplateParser {
     }
 
     size_t FieldOf(Text name) const {
-        const wxString wanted = StringOf(TrimView(name));
-        const auto found = std::find(mNames.begin(), mNames.end(), wanted);
-        return found == mNames.end() ? kNoField : static_cast<size_t>(found - mNames.begin());
+        const auto found = mPlaces.find(std::wstring(TrimView(name)));
+        return found == mPlaces.end() ? kNoField : found->second;
     }
 
     void ReadTag(Text tag) {
@@ -84,12 +94,28 @@ class TemplateParser {
         const wchar_t first = tag.front();
         if (first == L'#' || first == L'^') {
             mOpenSections.push_back({FieldOf(tag.substr(1)), first == L'^'});
+            NoteSection(mOpenSections.back(), 1);
         } else if (first == L'/') {
             if (!mOpenSections.empty()) {
+                NoteSection(mOpenSections.back(), -1);
                 mOpenSections.pop_back();
             }
         } else {
             ReadField(tag);
+        }
+    }
+
+    // Counts how often a section of that kind is open. Within one, another one says nothing new.
+    void NoteSection(const Section& section, int step) {
+        if (section.Field == kNoField) {
+            return;
+        }
+        int& count = mCounts[section.IsEmpty ? 1 : 0][section.Field];
+        count += step;
+        FieldBits& bits = section.IsEmpty ? mConditions.Empty : mConditions.Filled;
+        if (bits[section.Field] != (count > 0)) {
+            bits[section.Field] = count > 0;
+            mpShared = nullptr;
         }
     }
 
@@ -106,11 +132,10 @@ class TemplateParser {
             AddFilter(shown, TrimView(colon == Text::npos ? filters : filters.substr(colon + 1)));
             filters = filters.substr(0, colon == Text::npos ? 0 : colon);
         }
-        for (const ShownField::Condition& condition : mOpenSections) {
-            if (condition.Field != kNoField) {
-                shown.Conditions.push_back(condition);
-            }
+        if (mpShared == nullptr && (mConditions.Filled | mConditions.Empty).any()) {
+            mpShared = std::make_shared<ShownField::Conditions>(mConditions);
         }
+        shown.Within = mpShared;
         mFields.push_back(std::move(shown));
     }
 
@@ -130,10 +155,16 @@ class TemplateParser {
         shown.IsTyped = shown.IsTyped || filter == L"type";
     }
 
-    const std::vector<wxString>& mNames;
+    // The fields by their names.
+    std::unordered_map<std::wstring, size_t> mPlaces;
     Text mOpen = L"{{";
     Text mClose = L"}}";
-    std::vector<ShownField::Condition> mOpenSections;
+    std::vector<Section> mOpenSections;
+    // How many sections are open for each field, filled and empty.
+    std::array<std::array<int, static_cast<size_t>(kMostFields.Most)>, 2> mCounts{};
+    ShownField::Conditions mConditions;
+    // A copy of the conditions, until they change.
+    std::shared_ptr<const ShownField::Conditions> mpShared;
     std::vector<ShownField> mFields;
 };
 
@@ -272,7 +303,15 @@ FuriganaText ReadFurigana(const wxString& text) {
     std::wstring base;
     std::wstring reading;
     bool hasReading = false;
-    const size_t lastEnd = source.rfind(L']') == Text::npos ? 0 : source.rfind(L']');
+    // The next bracket that closes, and the next line feed, looked for once they lie behind.
+    size_t nextEnd = 0;
+    size_t nextLine = 0;
+    const auto find = [&source](wchar_t wanted, size_t from, size_t& next) {
+        if (next != Text::npos && next <= from) {
+            next = source.find(wanted, from);
+        }
+        return next;
+    };
     size_t wordAt = 0;
     size_t wordInReading = 0;
     const auto beginWord = [&] {
@@ -281,10 +320,10 @@ FuriganaText ReadFurigana(const wxString& text) {
     };
     for (size_t at = 0; at < source.size(); ++at) {
         const wchar_t character = source[at];
-        const size_t end = character == L'[' && at < lastEnd ? source.find(L']', at) : Text::npos;
+        const size_t end = character == L'[' ? find(L']', at, nextEnd) : Text::npos;
         const Text inner = end == Text::npos ? Text() : source.substr(at + 1, end - at - 1);
         const bool isReading =
-            !inner.empty() && base.size() > wordAt && inner.find(L'\n') == Text::npos;
+            !inner.empty() && base.size() > wordAt && find(L'\n', at, nextLine) > end;
         if (isReading) {
             // Drops the blank that marks the beginning of the base.
             if (wordAt > 0 && base[wordAt - 1] == L' ') {
@@ -310,4 +349,12 @@ FuriganaText ReadFurigana(const wxString& text) {
 
 ClozeCard MakeClozeCard(const wxString& text, int number) {
     return ClozeWriter(ViewOf(text), number).Make();
+}
+
+std::set<int> FindClozeNumbers(const wxString& text) {
+    std::set<int> numbers;
+    for (const ClozeSpan& span : FindSpans(ViewOf(text))) {
+        numbers.insert(span.Numbers.begin(), span.Numbers.end());
+    }
+    return numbers;
 }

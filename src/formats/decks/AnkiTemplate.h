@@ -2,11 +2,15 @@
 
 #include <wx/string.h>
 
-#include <cstdint>
+#include <cstddef>
+#include <memory>
+#include <set>
 #include <vector>
 
-// Reads what Anki's card templates say about the fields of a note. A template is a page of HTML
-// with names in double braces, such as
+#include "formats/decks/DeckBounds.h"
+
+// What the card templates of Anki say about the fields of a note. A template is a page of HTML with
+// names in double braces, such as
 //
 //   {{#Hint}}<i>{{hint:Hint}}</i>{{/Hint}} {{furigana:Word}}
 //
@@ -16,10 +20,10 @@
 // A field that a template shows.
 struct ShownField {
     enum class Filter { kNone, kFurigana, kKana, kKanji, kCloze };
-    // The field shows only where another field is filled, or is empty.
-    struct Condition {
-        size_t Field = 0;
-        bool IsEmpty = false;
+    // The field shows only where these other fields are filled, and those empty.
+    struct Conditions {
+        FieldBits Filled;
+        FieldBits Empty;
     };
 
     size_t Field = 0;
@@ -27,10 +31,12 @@ struct ShownField {
     // True behind a click, or for a box to type in.
     bool IsHint = false;
     bool IsTyped = false;
-    std::vector<Condition> Conditions;
+    // Shared with its neighbours; null for none.
+    std::shared_ptr<const Conditions> Within;
 };
 
-// The fields of a template in their order. Names that no field has are left out.
+// The fields of a template in their order. Names that no field has are left out. There are no more
+// names than kMostFields.
 std::vector<ShownField> ParseTemplate(const wxString& source,
                                       const std::vector<wxString>& fieldNames);
 
@@ -51,3 +57,5 @@ struct ClozeCard {
     wxString Whole;
 };
 ClozeCard MakeClozeCard(const wxString& text, int number);
+// Returns the numbers that the deletions of a text have.
+std::set<int> FindClozeNumbers(const wxString& text);

@@ -1,5 +1,7 @@
 #include "formats/decks/Deck.h"
 
+#include <wx/intl.h>
+
 #include <algorithm>
 #include <cmath>
 #include <list>
@@ -63,25 +65,29 @@ bool DeckReader::ReadRecord() {
         return false;
     }
     ++mCardNumber;
+    bool isStored = mOptions.IsStored && mOptions.IsStored(card.Card.CardId);
+    if (!isStored && mOptions.IsStored && !card.OtherId.IsZero() &&
+        mOptions.IsStored(card.OtherId)) {
+        isStored = true;
+        card.Card.CardId = card.OtherId;
+    }
     Add(kNames.Id, FormatUuid(card.Card.CardId));
     Add(kNames.Front, card.Card.Front);
     Add(kNames.Back, card.Card.Back);
-    // The store's category and schedules are newer than the deck's. The texts are the deck's, even
-    // where they are empty.
-    wxString category;
-    const bool isStored = mOptions.FindStored && mOptions.FindStored(card.Card.CardId, category);
-    const auto addText = [&](const wxString& name, const wxString& text) {
-        if (isStored || !text.empty()) {
+    // Where the card stands and what was learned of it here is newer than the deck, and so is what
+    // the deck has nothing for. All else is the deck's.
+    const auto addText = [this](const wxString& name, const wxString& text) {
+        if (!text.empty()) {
             Add(name, text);
         }
     };
     addText(kNames.Front2, card.Front2);
     addText(kNames.Back2, card.Back2);
     addText(kNames.Notes, card.Card.Notes);
-    Add(kNames.Category, isStored ? category : card.Category);
     if (isStored) {
         return true;
     }
+    Add(kNames.Category, card.Category);
     if (card.Card.ForwardX) {
         Add(kNames.ForwardX, kNames.True);
     }
@@ -117,27 +123,32 @@ void GuardSide(wxString& side) {
     }
 }
 
-// Returns the search for the category of a stored card.
-std::function<bool(const CardUuid&, wxString&)> StoredCategoryFinder(Database& database) {
-    return [&database](const CardUuid& id, wxString& name) {
+std::function<bool(const CardUuid&)> StoredCardFinder(Database& database) {
+    return [&database](const CardUuid& id) {
         std::list<FlashCard> cards;
-        if (database.SelectCardById(id, cards) < 0 || cards.empty()) {
-            return false;
-        }
-        std::list<Category> categories;
-        if (database.SelectCategoryById(cards.front().CategoryId, categories) >= 0 &&
-            !categories.empty()) {
-            name = categories.front().Name;
-        }
-        return true;
+        return database.SelectCardById(id, cards) >= 0 && !cards.empty();
     };
 }
 
 }  // namespace
 
+Deck::Deck(DeckOptions options)
+    : mOptions(std::move(options)), mRoom(mOptions.FileSize, mOptions.MayBeLarge) {}
+
 bool Deck::ReadCard(DeckCard& card) {
     while (mReady.empty()) {
-        if (!ReadNote()) {
+        if (!mFailure.empty()) {
+            return false;
+        }
+        if (mOptions.IsCancelled != nullptr && *mOptions.IsCancelled) {
+            return Fail(_("Cancelled"));
+        }
+        const bool hasNote = ReadNote();
+        if (mRoom.GetPassed() != nullptr) {
+            mReady.clear();
+            return Fail(BoundMessage(*mRoom.GetPassed()));
+        }
+        if (!hasNote) {
             return false;
         }
     }
@@ -153,6 +164,13 @@ void Deck::Push(DeckCard&& card) {
         Count(DeckLoss::kEmptySides);
         return;
     }
+    const wxString* const texts[] = {&card.Card.Front, &card.Front2,     &card.Card.Back,
+                                     &card.Back2,      &card.Card.Notes, &card.Category};
+    size_t characters = 0;
+    for (const wxString* const text : texts) {
+        characters += text->length();
+    }
+    mRoom.TakeCard(characters);
     mReady.push_back(std::move(card));
 }
 
@@ -161,7 +179,7 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
                                            wxString& message) {
     // An empty store, such as a new user's, has nothing to find.
     if (!database.IsEmpty()) {
-        options.FindStored = StoredCategoryFinder(database);
+        options.IsStored = StoredCardFinder(database);
     }
     std::unique_ptr<Deck> deck = file == nullptr ? nullptr : file->OpenDeck(options, message);
     if (deck == nullptr) {
@@ -199,10 +217,6 @@ uint8_t DifficultyOfEase(double ease) {
     }
     const double steps = std::floor(std::log(growth) / std::log(kStep) + 0.5);
     return static_cast<uint8_t>(std::clamp(kNeutral - steps, 0.0, kHardest));
-}
-
-CardUuid DeckCardId(const std::string& noteId, const std::string& part) {
-    return NamedUuid(noteId + '\n' + part);
 }
 
 int32_t DeckErc(const CardUuid& id) {

@@ -14,6 +14,7 @@
 
 #include "base/Files.h"
 #include "formats/CardRecord.h"
+#include "formats/decks/DeckBounds.h"
 #include "store/FlashCard.h"
 
 class Database;
@@ -64,9 +65,13 @@ struct DeckOptions {
     bool WholeDeckNames = true;
     // The roles of fields that the user has chosen, by the type's Id.
     std::map<wxString, std::vector<FieldRole>> Roles;
-    // Finds the category name of a stored card, or returns false. Stored cards keep their category
-    // and schedules. May be empty.
-    std::function<bool(const CardUuid& id, wxString& category)> FindStored;
+    // Tells whether the store has a card. Such cards keep their category and schedules. May be
+    // empty.
+    std::function<bool(const CardUuid& id)> IsStored;
+    // Whether somebody has agreed that the deck may go beyond the bounds that are asked about.
+    bool MayBeLarge = false;
+    // The size of the deck's file.
+    int64_t FileSize = 0;
     // Ends the opening early, with any message, once it is true. Not owned; may be null.
     const std::atomic<bool>* IsCancelled = nullptr;
 };
@@ -74,6 +79,8 @@ struct DeckOptions {
 // A card of a deck, with parts that a FlashCard does not keep apart.
 struct DeckCard {
     FlashCard Card;
+    // Another identity that the store may have the card under; zero for none.
+    CardUuid OtherId;
     wxString Front2;
     wxString Back2;
     wxString Category;
@@ -82,6 +89,7 @@ struct DeckCard {
 // An open deck. Reads from a file of its own, on any one thread.
 class Deck {
   public:
+    explicit Deck(DeckOptions options);
     virtual ~Deck() = default;
 
     virtual std::vector<DeckNoteType> GetNoteTypes() const = 0;
@@ -92,12 +100,16 @@ class Deck {
 
     // Returns a sentence for the user; empty if all is well.
     const wxString& GetFailure() const { return mFailure; }
+    // Returns whether the failure is that the deck goes beyond a bound that a person is asked
+    // about.
+    bool IsTooLarge() const { return mRoom.GetPassed() != nullptr; }
     int64_t CountNotes() const { return mNotes; }
     // Counts what was read so far.
     const DeckLosses& GetLosses() const { return mLosses; }
 
   protected:
-    // Pushes the cards of the next note, if it has any. Returns false as ReadCard does.
+    // Pushes the next card of a note that can make many, or the cards of the next note, which may
+    // be none. False as for ReadCard.
     virtual bool ReadNote() = 0;
     // Takes a card, or counts it as lost where a side has no text.
     void Push(DeckCard&& card);
@@ -107,6 +119,8 @@ class Deck {
         return false;
     }
 
+    const DeckOptions mOptions;
+    DeckRoom mRoom;
     wxString mFailure;
     int64_t mNotes = 0;
 
@@ -118,8 +132,8 @@ class Deck {
 
 // How to prepare a deck's file.
 struct DeckFileOptions {
-    // A package that unpacks to more bytes is refused. They are counted while they come.
-    int64_t MostBytes = int64_t{1} << 30;
+    // What comes out of a package is counted as it comes, and more bytes than these are refused.
+    int64_t MostBytes = kMostUnpacked.Most;
     // Ends the work early, with any message, once it is true. Not owned; may be null.
     const std::atomic<bool>* IsCancelled = nullptr;
     // Receives the part that is done, in thousandths. Not owned; may be null.
@@ -136,12 +150,14 @@ class DeckFile {
 
     // Returns true for a package, or a database of one of the programs. Looks only at the contents.
     static bool IsDeck(const wxString& path);
-    // Returns null, with the reason as a sentence, when the file cannot be prepared.
+    // True for the name of a deck, whatever is in the file.
+    static bool HasDeckName(const wxString& path);
+    // Null when the file cannot be made ready, with the reason as a sentence.
     static std::shared_ptr<DeckFile> Open(const wxString& path, wxString& message,
                                           const DeckFileOptions& options = {});
 
-    // Returns a deck that begins with its first card, or null and the reason.
-    std::unique_ptr<Deck> OpenDeck(const DeckOptions& options, wxString& message) const;
+    // A deck from its first card on, or null and the reason.
+    std::unique_ptr<Deck> OpenDeck(const DeckOptions& wanted, wxString& message) const;
 
   private:
     enum class Kind { kAnki, kMnemosyneXml, kMnemosyneStore };
@@ -151,7 +167,8 @@ class DeckFile {
     bool Copy(const wxString& path, const DeckFileOptions& options, wxString& message);
     wxString DataPath() const;
 
-    TemporaryDirectory mDirectory;
+    int64_t mSize = 0;
+    wxString mDirectory;
     // The name of a deck that has none inside.
     wxString mName;
     Kind mKind = Kind::kAnki;
@@ -200,7 +217,5 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped);
 // Returns the difficulty of an ease, where 2.5 is neutral; 0 when it is unknown.
 uint8_t DifficultyOfEase(double ease);
-// Returns the identity of a note's card, the same at every import.
-CardUuid DeckCardId(const std::string& noteId, const std::string& part);
-// Returns a number of the first review block, always the same for a card.
+// A number of the first review block, the same for the same card.
 int32_t DeckErc(const CardUuid& id);

@@ -10,15 +10,18 @@
 #include <zstd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
 
 #include "base/Files.h"
+#include "base/Unicode.h"
 #include "files/ForeignDatabase.h"
 #include "files/StoreFiles.h"
 #include "formats/decks/Deck.h"
@@ -35,12 +38,6 @@ wxString DamagedMessage(const wxString& why) {
     return wxString::Format(_("The package is damaged.  (%s)"), why);
 }
 
-wxString TooLargeMessage(int64_t mostBytes) {
-    return wxString::Format(_("The deck is larger than %s and is not imported."),
-                            wxFileName::GetHumanReadableSize(
-                                static_cast<unsigned long long>(mostBytes), wxString(), 0));
-}
-
 // Takes the bytes of a deck and writes them to a file, up to the limit.
 class BoundedFile {
   public:
@@ -52,7 +49,7 @@ class BoundedFile {
     bool Write(const char* bytes, size_t count, wxString& message) {
         mWritten += static_cast<int64_t>(count);
         if (mWritten > mOptions.MostBytes) {
-            message = TooLargeMessage(mOptions.MostBytes);
+            message = BoundMessage(kMostUnpacked, mOptions.MostBytes);
             return false;
         }
         if (mOptions.IsCancelled != nullptr && *mOptions.IsCancelled) {
@@ -114,6 +111,10 @@ class Decompressor {
     size_t mLast = 1;
 };
 
+// What may stand in a package of one of the programs. All other members are passed over.
+constexpr const char* kMembers[] = {"cards.xml", "collection.anki2", "collection.anki21",
+                                    "collection.anki21b", "meta"};
+
 // The members of a package, by name. Names are only compared, never used as paths.
 class Package {
   public:
@@ -123,12 +124,17 @@ class Package {
             if (entry == nullptr) {
                 break;
             }
+            mIsEmpty = false;
             const wxString name = entry->GetInternalName();
-            mMembers.emplace(name, std::move(entry));
+            if (std::find(std::begin(kMembers), std::end(kMembers), name) != std::end(kMembers)) {
+                mMembers.emplace(name, std::move(entry));
+            }
         }
     }
 
-    bool IsEmpty() const { return mMembers.empty(); }
+    bool IsEmpty() const { return mIsEmpty; }
+    // Whether a collection or a list of cards is in it.
+    bool HasDeck() const { return mMembers.size() > mMembers.count("meta"); }
     bool Has(const wxString& name) const { return mMembers.count(name) != 0; }
 
     // Gives the bytes of a member to a function, which returns false to stop with a message.
@@ -176,6 +182,7 @@ class Package {
   private:
     wxFileInputStream mFile;
     wxZipInputStream mZip;
+    bool mIsEmpty = true;
     std::map<wxString, std::unique_ptr<wxZipEntry>> mMembers;
 };
 
@@ -215,6 +222,74 @@ void RemoveLeftDirectories() {
     }
 }
 
+// The name of the first member as it stands in front of its bytes, for a package without its list.
+std::string FirstMemberName(const wxString& path) {
+    constexpr size_t kHead = 30;
+    std::string head(kHead, '\0');
+    std::ifstream file(fs::u8path(ToUtf8(path)), std::ios::binary);
+    if (!file.read(head.data(), kHead)) {
+        return std::string();
+    }
+    const auto byte = [&head](size_t at) { return static_cast<unsigned char>(head[at]); };
+    std::string name(byte(26) + size_t{256} * byte(27), '\0');
+    file.read(name.data(), static_cast<std::streamsize>(name.size()));
+    return name;
+}
+
+// Whether a package that was cut was one of a deck.
+bool WasDeck(const wxString& path) {
+    const std::string first = FirstMemberName(path);
+    return DeckFile::HasDeckName(path) ||
+           std::find(std::begin(kMembers), std::end(kMembers), first) != std::end(kMembers);
+}
+
+// What the engine keeps beside a database that its program has open, or has not closed.
+wxString LogPath(const wxString& path) {
+    return path + "-wal";
+}
+
+bool HasLog(const wxString& path) {
+    const wxULongLong size = wxFileName::GetSize(LogPath(path));
+    return size != wxInvalidSize && size != 0;
+}
+
+bool HasJournal(const wxString& path) {
+    return FileBeginsWith(fs::u8path(ToUtf8(path + "-journal")), "\xD9\xD5\x05\xF9");
+}
+
+// What changes when a program writes to a database: sizes and times of the file and of its log.
+using Stamp = std::array<int64_t, 4>;
+
+Stamp StampOf(const wxString& path) {
+    Stamp stamp{};
+    for (size_t i = 0; i < 2; ++i) {
+        std::error_code error;
+        const fs::path file = fs::u8path(ToUtf8(i == 0 ? path : LogPath(path)));
+        stamp[2 * i] = static_cast<int64_t>(fs::file_size(file, error));
+        stamp[2 * i + 1] =
+            static_cast<int64_t>(fs::last_write_time(file, error).time_since_epoch().count());
+    }
+    return stamp;
+}
+
+bool CopyFile(const wxString& from, const wxString& to, const DeckFileOptions& options,
+              wxString& message) {
+    std::ifstream in(fs::u8path(ToUtf8(from)), std::ios::binary);
+    BoundedFile out(to, options);
+    std::vector<char> block(kBlock);
+    while (in.read(block.data(), static_cast<std::streamsize>(block.size())) || in.gcount() > 0) {
+        if (!out.Write(block.data(), static_cast<size_t>(in.gcount()), message)) {
+            return false;
+        }
+    }
+    return out.Finish(message);
+}
+
+bool HasDeckTables(ForeignDatabase& database) {
+    return (database.HasTable("col") && database.HasTable("notes")) ||
+           (database.HasTable("facts") && database.HasTable("data_for_fact"));
+}
+
 bool IsPackage(const wxString& path) {
     return FileBeginsWith(ToPath(path), "PK\x03\x04");
 }
@@ -229,13 +304,20 @@ bool DeckFile::IsDeck(const wxString& path) {
         // A package without members was cut off, and our message says so.
         const wxLogNull silence;
         const Package package(path);
-        return package.IsEmpty() || package.Has("cards.xml") || package.Has("collection.anki2") ||
-               package.Has("collection.anki21") || package.Has("collection.anki21b");
+        return package.HasDeck() || (package.IsEmpty() && WasDeck(path));
+    }
+    if (!IsDatabaseFile(path)) {
+        return false;
     }
     ForeignDatabase database;
-    return IsDatabaseFile(path) && database.Open(path) == 0 &&
-           ((database.HasTable("col") && database.HasTable("notes")) ||
-            (database.HasTable("facts") && database.HasTable("data_for_fact")));
+    const bool isOpen = database.Open(path) == 0;
+    return (isOpen && HasDeckTables(database)) || (HasDeckName(path) && HasLog(path));
+}
+
+bool DeckFile::HasDeckName(const wxString& path) {
+    const wxString type = wxFileName(path).GetExt().Lower();
+    return type == "apkg" || type == "colpkg" || type == "cards" || type == "anki2" ||
+           type == "anki21";
 }
 
 DeckFile::DeckFile()
@@ -248,7 +330,13 @@ std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message
     RemoveLeftDirectories();
     std::shared_ptr<DeckFile> file(new DeckFile);
     file->mName = wxFileName(path).GetName();
-    if (file->mDirectory.GetError() != 0) {
+    const wxULongLong size = wxFileName::GetSize(path);
+    file->mSize = size == wxInvalidSize ? 0 : static_cast<int64_t>(size.GetValue());
+    RemoveLeftDirectories();
+    std::string directory =
+        (TemporaryDirectory() / (kDirectoryStart + std::to_string(getpid()) + "-XXXXXX"))
+            .u8string();
+    if (mkdtemp(directory.data()) == nullptr) {
         message = _("The deck could not be copied to the directory for temporary files.");
         return nullptr;
     }
@@ -292,25 +380,43 @@ bool DeckFile::Unpack(const wxString& path, const DeckFileOptions& options, wxSt
     return isRead && file.Finish(message);
 }
 
+// A log beside the database has what its program wrote last. It is played back into the copy, so
+// that the file of the person stays as it is.
 bool DeckFile::Copy(const wxString& path, const DeckFileOptions& options, wxString& message) {
-    ForeignDatabase database;
-    if (!IsDatabaseFile(path) || database.Open(path) < 0) {
+    if (!IsDatabaseFile(path)) {
         message = _("The file is no deck of Anki or Mnemosyne.");
         return false;
     }
-    mKind = database.HasTable("facts") ? Kind::kMnemosyneStore : Kind::kAnki;
-    std::ifstream in(ToPath(path), std::ios::binary);
-    BoundedFile out(DataPath(), options);
-    std::vector<char> block(kBlock);
-    while (in.read(block.data(), static_cast<std::streamsize>(block.size())) || in.gcount() > 0) {
-        if (!out.Write(block.data(), static_cast<size_t>(in.gcount()), message)) {
-            return false;
-        }
+    const Stamp before = StampOf(path);
+    const bool hasLog = HasLog(path);
+    if (!CopyFile(path, DataPath(), options, message) ||
+        (hasLog && !CopyFile(LogPath(path), LogPath(DataPath()), options, message))) {
+        return false;
     }
-    return out.Finish(message);
+    if (HasJournal(path) || StampOf(path) != before) {
+        message =
+            _("Another program is writing to the deck, or was ended while it did.  Open the "
+              "deck there, close it, and import it again.");
+        return false;
+    }
+    ForeignDatabase database;
+    if ((hasLog && ForeignDatabase::PlayBackLog(DataPath()) < 0) || database.Open(DataPath()) < 0) {
+        message = wxString::Format(_("The deck is damaged.  (%s)"), database.GetError());
+        return false;
+    }
+    const wxULongLong size = wxFileName::GetSize(DataPath());
+    if (size == wxInvalidSize || size.GetValue() > static_cast<uint64_t>(options.MostBytes)) {
+        message = BoundMessage(kMostUnpacked, options.MostBytes);
+        return false;
+    }
+    mSize = static_cast<int64_t>(size.GetValue());
+    mKind = database.HasTable("facts") ? Kind::kMnemosyneStore : Kind::kAnki;
+    return true;
 }
 
-std::unique_ptr<Deck> DeckFile::OpenDeck(const DeckOptions& options, wxString& message) const {
+std::unique_ptr<Deck> DeckFile::OpenDeck(const DeckOptions& wanted, wxString& message) const {
+    DeckOptions options = wanted;
+    options.FileSize = mSize;
     switch (mKind) {
         case Kind::kMnemosyneXml:
             return OpenMnemosyneXml(DataPath(), mName, options, message);

@@ -3,6 +3,7 @@
 #include <wx/intl.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace {
@@ -81,12 +82,8 @@ wxString DescribeLoss(DeckLoss loss, int64_t count) {
     return Counted(format(), count);
 }
 
-}  // namespace
-
-DeckSurvey SurveyDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options,
-                      Database& database, SurveyProgress& progress) {
-    DeckSurvey survey;
-    options.IsCancelled = &progress.IsCancelled;
+void ReadDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options, Database& database,
+              SurveyProgress& progress, DeckSurvey& survey) {
     const std::unique_ptr<DeckReader> reader =
         MakeDeckReader(file, std::move(options), database, survey.Failure);
     if (reader != nullptr) {
@@ -104,9 +101,24 @@ DeckSurvey SurveyDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options
         survey.Notes = reader->GetDeck().CountNotes();
         survey.Losses = reader->GetDeck().GetLosses();
         survey.Failure = reader->GetFailure();
+        survey.IsTooLarge = reader->GetDeck().IsTooLarge();
+    }
+}
+
+}  // namespace
+
+DeckSurvey SurveyDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options,
+                      Database& database, SurveyProgress& progress) {
+    DeckSurvey survey;
+    options.IsCancelled = &progress.IsCancelled;
+    try {
+        ReadDeck(file, std::move(options), database, progress, survey);
+    } catch (const std::bad_alloc&) {
+        survey.Failure = _("There is not enough memory for the deck.");
     }
     if (progress.IsCancelled) {
         survey.Failure = _("Cancelled");
+        survey.IsTooLarge = false;
     }
     return survey;
 }

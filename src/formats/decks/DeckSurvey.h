@@ -22,6 +22,8 @@ struct DeckSurvey {
     std::vector<CardAttribute> FirstRecord;
     // Says in a sentence why the deck cannot be read; else empty.
     wxString Failure;
+    // Whether the failure is that the deck goes beyond a bound that a person is asked about.
+    bool IsTooLarge = false;
 };
 
 // The progress of a survey. The main thread may cancel; the reading thread writes the position.

@@ -4,7 +4,10 @@
 #include <wx/intl.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -27,7 +30,7 @@ struct Direction {
     std::string Type;
     // The type's view, such as "2.1".
     std::string View;
-    // The names of tags, or their ids until the names are known.
+    // The ids of its tags, each once.
     std::vector<std::string> Tags;
     int Grade = -1;
     double Ease = 2.5;
@@ -49,10 +52,32 @@ char BaseType(const std::string& type) {
     return type.empty() ? '\0' : type.front();
 }
 
+// A text such as "The capital of France is [Paris:a city]", of which each bracket becomes a card.
+struct OpenText {
+    struct Gap {
+        size_t Begin;
+        size_t End;
+    };
+
+    std::string Id;
+    wxString Text;
+    std::vector<Gap> Gaps;
+    const std::vector<Direction>* Directions = nullptr;
+    // The next gap that becomes a card.
+    size_t Next = 0;
+
+    size_t CountCards() const {
+        return Directions == nullptr ? 0 : std::min(Gaps.size(), Directions->size());
+    }
+};
+
 class MnemosyneDeck : public Deck {
   public:
-    MnemosyneDeck(Contents contents, const wxString& name, DeckOptions options)
-        : mContents(std::move(contents)), mName(name), mOptions(std::move(options)) {}
+    MnemosyneDeck(const wxString& name, const DeckOptions& options) : Deck(options), mName(name) {}
+
+    // Each reads a file of the program whole. Returns false on a failure, which GetFailure tells.
+    bool OpenXml(const wxString& path);
+    bool OpenStore(const wxString& path);
 
     std::vector<DeckNoteType> GetNoteTypes() const override { return {}; }
     float GetProgress() const override {
@@ -66,19 +91,24 @@ class MnemosyneDeck : public Deck {
     wxString Value(const Fact& fact, const char* key);
     void MakeTwoSided(const std::string& id, const Fact& fact,
                       const std::vector<Direction>& directions);
-    void MakeGaps(const std::string& id, const Fact& fact,
+    void OpenGaps(const std::string& id, const Fact& fact,
                   const std::vector<Direction>& directions);
+    void MakeGapCard(size_t which);
     void TakeSchedule(const Direction& direction, const CardUuid& id, CardSchedule& schedule,
                       bool& excluded);
     void TakeTags(const Direction& direction, DeckCard& card) const;
 
     Contents mContents;
     wxString mName;
-    DeckOptions mOptions;
     size_t mNext = 0;
+    OpenText mText;
 };
 
 bool MnemosyneDeck::ReadNote() {
+    if (mText.Next < mText.CountCards()) {
+        MakeGapCard(mText.Next++);
+        return true;
+    }
     if (mNext == mContents.FactOrder.size()) {
         return false;
     }
@@ -112,7 +142,7 @@ void MnemosyneDeck::ReadFact(const std::string& id) {
             Count(DeckLoss::kOcclusions, static_cast<int64_t>(cards->second.size()));
             break;
         case '5':
-            MakeGaps(id, fact->second, cards->second);
+            OpenGaps(id, fact->second, cards->second);
             break;
         default:
             MakeTwoSided(id, fact->second, cards->second);
@@ -123,7 +153,7 @@ void MnemosyneDeck::ReadFact(const std::string& id) {
 void MnemosyneDeck::MakeTwoSided(const std::string& id, const Fact& fact,
                                  const std::vector<Direction>& directions) {
     DeckCard card;
-    card.Card.CardId = DeckCardId(id, "");
+    card.Card.CardId = NoteCardId(id, "");
     const bool isFromAnki = BaseType(directions.front().Type) == '7';
     const bool hasMeaning = fact.count("m_1") != 0;
     card.Card.Front = Value(fact, isFromAnki ? "0" : "f");
@@ -144,51 +174,51 @@ void MnemosyneDeck::MakeTwoSided(const std::string& id, const Fact& fact,
     Push(std::move(card));
 }
 
-// Makes one card for each bracket of a text such as "The capital of France is [Paris:a city]".
-void MnemosyneDeck::MakeGaps(const std::string& id, const Fact& fact,
+void MnemosyneDeck::OpenGaps(const std::string& id, const Fact& fact,
                              const std::vector<Direction>& directions) {
-    struct Gap {
-        size_t Begin;
-        size_t End;
-    };
-    const wxString text = Value(fact, "text");
-    std::vector<Gap> gaps;
+    mText = OpenText();
+    mText.Id = id;
+    mText.Text = Value(fact, "text");
+    mText.Directions = &directions;
     size_t at = 0;
-    while ((at = text.find('[', at)) != wxString::npos) {
-        const size_t end = text.find(']', at);
+    while ((at = mText.Text.find('[', at)) != wxString::npos) {
+        const size_t end = mText.Text.find(']', at);
         if (end == wxString::npos) {
             break;
         }
-        gaps.push_back({at, end});
+        mText.Gaps.push_back({at, end});
         at = end + 1;
     }
-    if (gaps.size() > 1) {
+    if (mText.Gaps.size() > 1) {
         Count(DeckLoss::kClozesSplit);
     }
-    for (size_t i = 0; i < std::min(gaps.size(), directions.size()); ++i) {
-        DeckCard card;
-        card.Card.CardId = DeckCardId(id, "c" + std::to_string(i + 1));
-        size_t rest = 0;
-        for (size_t j = 0; j < gaps.size(); ++j) {
-            const Gap& gap = gaps[j];
-            const wxString inner = text.Mid(gap.Begin + 1, gap.End - gap.Begin - 1);
-            const wxString word = inner.BeforeFirst(':');
-            const wxString hint = inner.AfterFirst(':');
-            const wxString before = text.Mid(rest, gap.Begin - rest);
-            card.Card.Notes += before + word;
-            card.Card.Front += before + (j != i ? word : "[" + (hint.empty() ? "..." : hint) + "]");
-            if (j == i) {
-                card.Card.Back = word;
-            }
-            rest = gap.End + 1;
+}
+
+void MnemosyneDeck::MakeGapCard(size_t which) {
+    const wxString& text = mText.Text;
+    const Direction& direction = (*mText.Directions)[which];
+    DeckCard card;
+    card.Card.CardId = NoteCardId(mText.Id, "c" + std::to_string(which + 1));
+    size_t rest = 0;
+    for (size_t i = 0; i < mText.Gaps.size(); ++i) {
+        const OpenText::Gap& gap = mText.Gaps[i];
+        const wxString inner = text.Mid(gap.Begin + 1, gap.End - gap.Begin - 1);
+        const wxString word = inner.BeforeFirst(':');
+        const wxString hint = inner.AfterFirst(':');
+        const wxString before = text.Mid(rest, gap.Begin - rest);
+        card.Card.Notes += before + word;
+        card.Card.Front += before + (i != which ? word : "[" + (hint.empty() ? "..." : hint) + "]");
+        if (i == which) {
+            card.Card.Back = word;
         }
-        card.Card.Front += text.Mid(rest);
-        card.Card.Notes += text.Mid(rest);
-        card.Card.ReverseX = true;
-        TakeSchedule(directions[i], card.Card.CardId, card.Card.Forward, card.Card.ForwardX);
-        TakeTags(directions[i], card);
-        Push(std::move(card));
+        rest = gap.End + 1;
     }
+    card.Card.Front += text.Mid(rest);
+    card.Card.Notes += text.Mid(rest);
+    card.Card.ReverseX = true;
+    TakeSchedule(direction, card.Card.CardId, card.Card.Forward, card.Card.ForwardX);
+    TakeTags(direction, card);
+    Push(std::move(card));
 }
 
 void MnemosyneDeck::TakeSchedule(const Direction& direction, const CardUuid& id,
@@ -215,7 +245,9 @@ void MnemosyneDeck::TakeSchedule(const Direction& direction, const CardUuid& id,
 void MnemosyneDeck::TakeTags(const Direction& direction, DeckCard& card) const {
     wxString tags;
     for (const std::string& tag : direction.Tags) {
-        const wxString name = TrimWide(FromUtf8(tag));
+        const auto known = mContents.TagNames.find(tag);
+        const wxString name =
+            known == mContents.TagNames.end() ? wxString() : TrimWide(FromUtf8(known->second));
         if (name.empty() || name == "__UNTAGGED__") {
             continue;
         }
@@ -235,16 +267,68 @@ void MnemosyneDeck::TakeTags(const Direction& direction, DeckCard& card) const {
     }
 }
 
+// The bytes of a list of cards as the parser takes them: as they are, since the parser would unpack
+// a list that is packed once more, past all bounds. Entries have few attributes; the parser
+// compares each with all others.
+class XmlInput {
+  public:
+    XmlInput(const wxString& path, const std::atomic<bool>* isCancelled)
+        : mFile(std::filesystem::u8path(ToUtf8(path)), std::ios::binary),
+          mpIsCancelled(isCancelled) {}
+
+    // Called by the parser. Returns how many bytes there are, 0 at the end, or -1 to end it.
+    static int Read(void* input, char* bytes, int count) {
+        return static_cast<XmlInput*>(input)->Read(bytes, count);
+    }
+    bool HasTooManyAttributes() const { return mAttributes > kMostAttributes.Most; }
+
+  private:
+    int Read(char* bytes, int count) {
+        if (mpIsCancelled != nullptr && *mpIsCancelled) {
+            return -1;
+        }
+        mFile.read(bytes, count);
+        const auto length = static_cast<int>(mFile.gcount());
+        for (int i = 0; i < length && !HasTooManyAttributes(); ++i) {
+            Look(bytes[i]);
+        }
+        return HasTooManyAttributes() || mFile.bad() ? -1 : length;
+    }
+
+    // Counts the values in quotes since the last "<", which is always the beginning of a tag.
+    void Look(char byte) {
+        if (byte == '<') {
+            mIsInTag = true;
+            mQuote = '\0';
+            mAttributes = 0;
+        } else if (mQuote != '\0') {
+            mQuote = byte == mQuote ? '\0' : mQuote;
+        } else if (byte == '>') {
+            mIsInTag = false;
+        } else if (mIsInTag && (byte == '"' || byte == '\'')) {
+            mQuote = byte;
+            ++mAttributes;
+        }
+    }
+
+    std::ifstream mFile;
+    const std::atomic<bool>* mpIsCancelled;
+    bool mIsInTag = false;
+    char mQuote = '\0';
+    int64_t mAttributes = 0;
+};
+
 // A list of cards as elements, each a line of the program's log:
 //
 //   <log type="16" o_id="x"><f>chat</f><b>cat</b></log>
 //   <log type="6" o_id="y" card_t="1" fact="x" fact_v="1.1" tags="z" gr="4" .../>
 class XmlLoader {
   public:
-    XmlLoader(const wxString& path, const std::atomic<bool>* isCancelled)
-        : mpIsCancelled(isCancelled),
-          mpReader(xmlReaderForFile(ToUtf8(path).c_str(), nullptr,
-                                    XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {}
+    // The input and the room are not owned.
+    XmlLoader(XmlInput& input, DeckRoom& room)
+        : mRoom(room),
+          mpReader(xmlReaderForIO(&XmlInput::Read, nullptr, &input, nullptr, nullptr,
+                                  XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {}
     ~XmlLoader() { xmlFreeTextReader(mpReader); }
     XmlLoader(const XmlLoader&) = delete;
     XmlLoader& operator=(const XmlLoader&) = delete;
@@ -252,10 +336,7 @@ class XmlLoader {
     bool Load(Contents& contents) {
         int result = 0;
         while (mpReader != nullptr && (result = xmlTextReaderRead(mpReader)) == 1) {
-            if (mpIsCancelled != nullptr && *mpIsCancelled) {
-                return false;
-            }
-            // A document's own entities could grow without end.
+            // Entities of a document's own could grow without end.
             if (xmlTextReaderNodeType(mpReader) == XML_READER_TYPE_DOCUMENT_TYPE) {
                 return false;
             }
@@ -273,6 +354,7 @@ class XmlLoader {
             xmlTextReaderGetAttribute(mpReader, reinterpret_cast<const xmlChar*>(name));
         std::string text = value == nullptr ? "" : reinterpret_cast<const char*>(value);
         xmlFree(value);
+        mRoom.TakeText(text.size());
         return text;
     }
     int64_t Number(const char* name, int64_t missing) {
@@ -287,14 +369,17 @@ class XmlLoader {
             const Fact fields = ReadFields();
             const auto name = fields.find("name");
             contents.TagNames[id] = name == fields.end() ? "" : name->second;
+            mRoom.TakeRow(mTags);
         } else if (type == "16") {
             if (contents.Facts.emplace(id, ReadFields()).second) {
                 contents.FactOrder.push_back(id);
+                mRoom.TakeRow(mFacts);
             }
         } else if (type == "6") {
             ReadDirection(contents, id);
+            mRoom.TakeRow(mDirections);
         }
-        return true;
+        return mRoom.GetPassed() == nullptr;
     }
 
     // Reads the elements within the present one; a numeric key is written with underlines.
@@ -304,17 +389,22 @@ class XmlLoader {
             return fields;
         }
         std::string key;
-        while (xmlTextReaderRead(mpReader) == 1 && xmlTextReaderDepth(mpReader) > 1) {
+        while (xmlTextReaderRead(mpReader) == 1 && xmlTextReaderDepth(mpReader) > 1 &&
+               mRoom.GetPassed() == nullptr) {
             const int kind = xmlTextReaderNodeType(mpReader);
             if (kind == XML_READER_TYPE_ELEMENT) {
                 key = reinterpret_cast<const char*>(xmlTextReaderConstName(mpReader));
                 if (key.rfind("___", 0) == 0) {
                     key.erase(0, 3);
                 }
+                mRoom.TakeText(key.size());
             } else if (kind == XML_READER_TYPE_TEXT || kind == XML_READER_TYPE_CDATA ||
                        kind == XML_READER_TYPE_SIGNIFICANT_WHITESPACE) {
                 const xmlChar* const value = xmlTextReaderConstValue(mpReader);
-                fields[key] += value == nullptr ? "" : reinterpret_cast<const char*>(value);
+                std::string& field = fields[key];
+                const size_t length = field.size();
+                field += value == nullptr ? "" : reinterpret_cast<const char*>(value);
+                mRoom.TakeText(field.size() - length);
             }
         }
         return fields;
@@ -332,19 +422,23 @@ class XmlLoader {
         double ease = 0.0;
         direction.Ease = FromUtf8(Attribute("e")).ToCDouble(&ease) ? ease : 2.5;
         const std::string tags = Attribute("tags") + ",";
+        std::set<std::string> seen;
         for (size_t at = 0; at < tags.size();) {
             const size_t end = tags.find(',', at);
-            const auto name = contents.TagNames.find(tags.substr(at, end - at));
-            if (name != contents.TagNames.end()) {
-                direction.Tags.push_back(name->second);
+            const std::string tag = tags.substr(at, end - at);
+            if (contents.TagNames.count(tag) != 0 && seen.insert(tag).second) {
+                direction.Tags.push_back(tag);
             }
             at = end + 1;
         }
         contents.Cards[direction.Fact].push_back(std::move(direction));
     }
 
-    const std::atomic<bool>* mpIsCancelled;
+    DeckRoom& mRoom;
     xmlTextReaderPtr mpReader;
+    int64_t mTags = 0;
+    int64_t mFacts = 0;
+    int64_t mDirections = 0;
 };
 
 // Rows refer to each other by numbers, which become texts as in the list of cards.
@@ -352,7 +446,9 @@ std::string KeyOf(int64_t number) {
     return std::to_string(number);
 }
 
-bool LoadStore(ForeignDatabase& database, Contents& contents) {
+bool LoadStore(ForeignDatabase& database, Contents& contents, DeckRoom& room) {
+    int64_t facts = 0;
+    int64_t directions = 0;
     using Row = ForeignDatabase::Row;
     for (const char* const table : {"facts", "data_for_fact", "cards", "tags", "tags_for_card"}) {
         if (!database.HasTable(table)) {
@@ -366,25 +462,29 @@ bool LoadStore(ForeignDatabase& database, Contents& contents) {
         ids[key] = row.Bytes(1);
         contents.FactOrder.push_back(row.Bytes(1));
         contents.Facts[row.Bytes(1)];
-        return true;
+        return room.TakeRow(facts) && room.TakeText(row.Bytes(1).size());
     });
-    result = std::min(
-        result,
-        database.ReadAll("data_for_fact", {"_fact_id", "key", "value"}, [&](const Row& row) {
-            const auto id = ids.find(KeyOf(row.Int64(0)));
-            if (id != ids.end()) {
-                contents.Facts[id->second][row.Bytes(1)] = row.Bytes(2);
-            }
-            return true;
-        }));
+    result = std::min(result, database.ReadAll("data_for_fact", {"_fact_id", "key", "value"},
+                                               [&](const Row& row) {
+                                                   const auto id = ids.find(KeyOf(row.Int64(0)));
+                                                   const std::string key = row.Bytes(1);
+                                                   const std::string value = row.Bytes(2);
+                                                   if (id == ids.end()) {
+                                                       return true;
+                                                   }
+                                                   contents.Facts[id->second][key] = value;
+                                                   return room.TakeText(key.size() + value.size());
+                                               }));
     result = std::min(result, database.ReadAll("tags", {"_id", "name"}, [&](const Row& row) {
-        contents.TagNames[KeyOf(row.Int64(0))] = row.Bytes(1);
-        return true;
+        const std::string name = row.Bytes(1);
+        contents.TagNames[KeyOf(row.Int64(0))] = name;
+        return room.TakeText(name.size());
     }));
     result = std::min(
         result, database.ReadAll("tags_for_card", {"_card_id", "_tag_id"}, [&](const Row& row) {
-            tags[KeyOf(row.Int64(0))].push_back(contents.TagNames[KeyOf(row.Int64(1))]);
-            return true;
+            const std::string tag = KeyOf(row.Int64(1));
+            tags[KeyOf(row.Int64(0))].push_back(tag);
+            return room.TakeText(tag.size());
         }));
     result = std::min(
         result, database.ReadAll("cards",
@@ -402,32 +502,56 @@ bool LoadStore(ForeignDatabase& database, Contents& contents) {
                                      direction.Last = row.Int64(7);
                                      direction.Next = row.Int64(8);
                                      direction.IsActive = row.Int64(9) != 0;
-                                     direction.Tags = tags[KeyOf(row.Int64(0))];
+                                     direction.Tags = std::move(tags[KeyOf(row.Int64(0))]);
+                                     const size_t size = direction.Id.size() +
+                                                         direction.Type.size() +
+                                                         direction.View.size();
                                      contents.Cards[direction.Fact].push_back(std::move(direction));
-                                     return true;
+                                     return room.TakeRow(directions) && room.TakeText(size);
                                  }));
     return result >= 0;
 }
 
+bool MnemosyneDeck::OpenXml(const wxString& path) {
+    XmlInput input(path, mOptions.IsCancelled);
+    const bool isLoaded = XmlLoader(input, mRoom).Load(mContents);
+    if (mRoom.GetPassed() != nullptr || input.HasTooManyAttributes()) {
+        return Fail(
+            BoundMessage(input.HasTooManyAttributes() ? kMostAttributes : *mRoom.GetPassed()));
+    }
+    return isLoaded || Fail(_("The deck is damaged.  Its list of cards is cut."));
+}
+
+bool MnemosyneDeck::OpenStore(const wxString& path) {
+    ForeignDatabase database;
+    const bool isLoaded =
+        database.Open(path, mOptions.IsCancelled) >= 0 && LoadStore(database, mContents, mRoom);
+    if (mRoom.GetPassed() != nullptr) {
+        return Fail(BoundMessage(*mRoom.GetPassed()));
+    }
+    return isLoaded || Fail(wxString::Format(_("The deck is damaged.  (%s)"), database.GetError()));
+}
+
 }  // namespace
+
+// A deck that is too large is opened, so that it can be asked about.
 
 std::unique_ptr<Deck> OpenMnemosyneXml(const wxString& path, const wxString& name,
                                        const DeckOptions& options, wxString& message) {
-    Contents contents;
-    if (!XmlLoader(path, options.IsCancelled).Load(contents)) {
-        message = _("The deck is damaged.  Its list of cards is cut.");
+    auto deck = std::make_unique<MnemosyneDeck>(name, options);
+    if (!deck->OpenXml(path) && !deck->IsTooLarge()) {
+        message = deck->GetFailure();
         return nullptr;
     }
-    return std::make_unique<MnemosyneDeck>(std::move(contents), name, options);
+    return deck;
 }
 
 std::unique_ptr<Deck> OpenMnemosyneStore(const wxString& path, const wxString& name,
                                          const DeckOptions& options, wxString& message) {
-    ForeignDatabase database;
-    Contents contents;
-    if (database.Open(path, options.IsCancelled) < 0 || !LoadStore(database, contents)) {
-        message = wxString::Format(_("The deck is damaged.  (%s)"), database.GetError());
+    auto deck = std::make_unique<MnemosyneDeck>(name, options);
+    if (!deck->OpenStore(path) && !deck->IsTooLarge()) {
+        message = deck->GetFailure();
         return nullptr;
     }
-    return std::make_unique<MnemosyneDeck>(std::move(contents), name, options);
+    return deck;
 }

@@ -2,69 +2,19 @@
 
 #include <wx/dir.h>
 #include <wx/filename.h>
-#include <zstd.h>
 
 #include <cstdlib>
 
 #include "base/Time.h"
 #include "exchange/Export.h"
-#include "exchange/ImportFixture.h"
+#include "formats/decks/DeckFixture.h"
 #include "formats/decks/DeckFormats.h"
 #include "formats/decks/DeckSurvey.h"
-#include "formats/decks/DeckWriter.h"
 #include "fuzz/Mutator.h"
 
 namespace {
 
-struct DeckImportTest : ImportFixture {
-    // The bytes of a database that a script makes.
-    std::string MakeDatabase(const std::string& script) {
-        const wxString path = mDirectory.Path("made.db");
-        EXPECT_EQ(WriteDatabase(path, script), "");
-        return ReadBytes(path);
-    }
-    std::string MakePackage(const Members& members) {
-        const wxString path = mDirectory.Path("made.zip");
-        WritePackage(path, members);
-        return ReadBytes(path);
-    }
-    static std::string Compress(const std::string& bytes) {
-        std::string compressed(ZSTD_compressBound(bytes.size()), '\0');
-        compressed.resize(
-            ZSTD_compress(compressed.data(), compressed.size(), bytes.data(), bytes.size(), 3));
-        return compressed;
-    }
-
-    // Imports a file of these bytes and returns the outcome.
-    std::string ImportDeck(const std::string& bytes, const DeckOptions& options = {},
-                           const DeckFileOptions& fileOptions = {}) {
-        ImportInput input;
-        input.FileName = mDirectory.Path("My deck.bin");
-        WriteBytes(input.FileName, bytes);
-        if (!DeckFile::IsDeck(input.FileName)) {
-            return "no deck";
-        }
-        input.Format = ImportFormat::kDeck;
-        wxString message;
-        const std::shared_ptr<DeckFile> file = DeckFile::Open(input.FileName, message, fileOptions);
-        if (file == nullptr) {
-            return message.utf8_string();
-        }
-        input.MakeDeckReader = [file, options](Database& database, wxString& why) {
-            return MakeDeckReader(file, options, database, why);
-        };
-        Run(input);
-        return Outcome();
-    }
-    std::string ImportRows(const std::string& rows) {
-        return ImportDeck(MakePackage({{"collection.anki2", MakeDatabase(Schema11(rows))}}));
-    }
-    Strings Cards() {
-        return Query(
-            "SELECT Front, Back, Notes, ForwardX, ReverseX, Name FROM Cards JOIN Categories "
-            "ON CategoryId = Categories.Id ORDER BY IntroductionOrder");
-    }
-};
+using DeckImportTest = DeckFixture;
 
 const std::string kOne = NoteRow(1, "g", 7, "a|b") + NewCard(1, 0);
 
@@ -105,19 +55,91 @@ TEST_F(DeckImportTest, MakesOneCardOfTwoMirroredTemplates) {
                                      "u [...]|v|u v\nExtra: w\nTags: t1 t2|0|1|A::B"));
 }
 
-TEST_F(DeckImportTest, UpdatesTextsAndMovesNothingTheSecondTime) {
-    ImportRows(kOne);
+// A deck comes as a package or as Anki's own text, first or later, and each finds the cards that
+// the other has made. Where a card stands, its schedule and what somebody has noted stay.
+TEST_F(DeckImportTest, FindsTheCardsOfADeckInEachOrder) {
+    const std::string head = "#separator:tab\n#html:true\n#guid column:1\n#deck column:2\n";
+    const std::string uuid = "01234567-89ab-4def-8123-456789abcdef";
+    const auto package = [](const std::string& first, const std::string& second) {
+        return Schema11(NoteRow(1, first, 7, "a|b") + NewCard(1, 0) + NoteRow(2, second, 7, "c|d") +
+                        NewCard(2, 0) + "UPDATE notes SET tags = '';");
+    };
+    const std::string deck = package("g", "h");
+    const std::string newer =
+        Schema11(NoteRow(1, "g", 7, "a|changed") +
+                 "INSERT INTO cards VALUES(5,1,2,0,0,0,2,2,10,0,5,2500,'');" +
+                 NoteRow(2, "h", 7, "c|d||more") + NewCard(2, 0) + NoteRow(3, "i", 7, "e|f") +
+                 NewCard(3, 0) + "UPDATE notes SET tags = '';");
+    const std::string text = head + "g\tA::B\ta\tb\nh\tA::B\tc\td\n";
+    const std::string newerText = head + "g\tA::B\ta\tchanged\nh\tA::B\tc\td\tmore\n";
+    const std::string own = "a|b|mine|3|Mine";
+    const std::string lost = "c|d||0|";
+    const struct {
+        const char* Name;
+        std::string First;
+        std::string Then;
+        const char* Outcome;
+        Strings Cards;
+    } cases[] = {
+        {"the same package", deck, deck, "0 inserted, 0 merged, 2 ignored", {own, lost}},
+        {"a newer package",
+         deck,
+         newer,
+         "1 inserted, 2 merged, 0 ignored",
+         {"a|changed|mine|3|Mine", "c|d|More: more|0|", "e|f||0|A::B"}},
+        {"the package and a text", deck, text, "0 inserted, 0 merged, 2 ignored", {own, lost}},
+        {"a text and the package", text, deck, "0 inserted, 0 merged, 2 ignored", {own, lost}},
+        {"a newer text",
+         text,
+         newerText,
+         "0 inserted, 2 merged, 0 ignored",
+         {"a|changed|mine|3|Mine", "c|d|more|0|"}},
+        {"one name for two notes",
+         package("g", "g"),
+         package("g", "g"),
+         "0 inserted, 0 merged, 2 ignored",
+         {own, lost}},
+        {"notes without names",
+         package("", ""),
+         package("", ""),
+         "0 inserted, 0 merged, 2 ignored",
+         {own, lost}},
+        {"cards that came from here",
+         head + uuid + "\tA::B\ta\tb\n",
+         package(uuid, "h"),
+         "1 inserted, 0 merged, 1 ignored",
+         {own, "c|d||0|A::B"}},
+    };
+    const auto import = [this](const std::string& source) {
+        if (source.front() != '#') {
+            return ImportDeck(MakePackage({{"collection.anki2", MakeDatabase(source)}}));
+        }
+        ImportInput input = TextFile(source);
+        GuessFormat(input, mDatabase);
+        Run(input);
+        return Outcome();
+    };
     mDatabase.CategoryInsert("Mine");
-    mDatabase.Execute(
-        "UPDATE Cards SET CategoryId = (SELECT Id FROM Categories WHERE Name = 'Mine'"
-        "), LastScore = 3, Introduced = 1");
-    const std::string newer = NoteRow(1, "g", 7, "a|changed") +
-                              "INSERT INTO cards VALUES(5,1,2,0,0,0,2,2,10,0,5,2500,'');" +
-                              NoteRow(2, "h", 7, "c|d") + NewCard(2, 0);
-    EXPECT_EQ(ImportRows(newer), "1 inserted, 1 merged, 0 ignored");
-    EXPECT_THAT(Query("SELECT Back, Name, LastScore FROM Cards JOIN Categories ON CategoryId = "
-                      "Categories.Id WHERE Front = 'a'"),
-                testing::ElementsAre("changed|Mine|3"));
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.Name);
+        Query("DELETE FROM Cards");
+        import(test.First);
+        Query(
+            "UPDATE Cards SET CategoryId = (SELECT Id FROM Categories WHERE Name = 'Mine'), "
+            "LastScore = 3, Introduced = 1, Notes = 'mine' WHERE Front = 'a'");
+        Query("UPDATE Cards SET CategoryId = -1 WHERE Front = 'c'");
+        EXPECT_EQ(import(test.Then), test.Outcome);
+        EXPECT_EQ(
+            Query("SELECT Front, Back, Notes, LastScore, IFNULL(Name, '') FROM Cards LEFT JOIN "
+                  "Categories ON CategoryId = Categories.Id ORDER BY Front"),
+            test.Cards);
+    }
+    // An earlier version had named the cards of packages otherwise.
+    Query("DELETE FROM Cards");
+    import(deck);
+    const std::string earlier = FormatUuid(NamedUuid("g 1\n")).utf8_string();
+    Query("UPDATE Cards SET CardId = '" + earlier + "' WHERE Front = 'a'");
+    EXPECT_EQ(import(deck), "0 inserted, 0 merged, 2 ignored");
 }
 
 TEST_F(DeckImportTest, ReadsMnemosyne) {
