@@ -15,7 +15,7 @@ from driver import BINARY, LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, 
 CARDS = os.path.join(os.path.dirname(BINARY), "velomind-cards")
 
 
-def anki_package(words):
+def anki_package(words, rows=""):
     """A package as Anki shares it: a note with both directions for each pair of words."""
     database = sqlite3.connect(":memory:")
     templates = [{"ord": 0, "qfmt": "{{Word}}", "afmt": "{{FrontSide}}{{Sense}}"},
@@ -33,8 +33,10 @@ def anki_package(words):
         for direction in (0, 1):
             database.execute("INSERT INTO cards VALUES (NULL, ?, 2, 0, ?, 0, 0, 0, ?, 0, 0, 0, '')",
                              (number, direction, number))
+    database.executescript(rows)
     database.execute("INSERT INTO col VALUES (11, 1000000000, ?, ?)",
                      (json.dumps(types), json.dumps({"2": {"name": "Languages::French"}})))
+    database.commit()
     package = io.BytesIO()
     with zipfile.ZipFile(package, "w", zipfile.ZIP_DEFLATED) as archive:
         archive.writestr("collection.anki2", database.serialize())
@@ -42,6 +44,8 @@ def anki_package(words):
     return package.getvalue()
 
 
+# A text of twenty characters in the package and of half a million in a card.
+LONG = "UPDATE notes SET flds = replace(hex(zeroblob(250000)), '00', 'ab') || char(31) || 'b';"
 OLD = [("le chat", "cat<img src=a>")] + [(f"mot {number}", f"word {number}") for number in range(5)]
 # A week later one note says more, and ten are new.
 NEW = [("le chat", "cat, tomcat")] + OLD[1:] + \
@@ -103,6 +107,30 @@ class DeckRoad(RoadTest):
                          self.sandbox.query("SELECT Back FROM Cards WHERE Front = 'le chat'"))
         self.sandbox.check_store()
 
+    def test_a_deck_that_makes_far_more_than_it_is_asks_first(self):
+        path = self.sandbox.write("long.apkg", anki_package([("a", "b")], LONG))
+        self.sandbox.write("pointer.apkg", "version https://example.com/v1\noid 4d7a\nsize 12\n")
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        program.open_import(path)
+        program.wait_text("are smaller.  Do you want to read it all the same?")
+        press("Return")
+        program.wait_text("more than 64 times the size of its file.")
+        press("Escape")
+        program.wait_window(LIST_WINDOW)
+        program.open_import(path)
+        program.wait_text("Do you want to read it all the same?")
+        program.click("Yes")
+        program.wait_text("1 card")
+        press("Escape")
+        program.wait_window(LIST_WINDOW)
+        program.open_import(self.sandbox.path("pointer.apkg"))
+        program.wait_text("there is no deck in it")
+        press("Escape")
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(0, self.sandbox.card_count())
+        self.assertEqual(0, program.quit())
+
     def test_a_second_start_hands_its_file_to_the_first(self):
         program = self.sandbox.start()
         program.wait_window(LIST_WINDOW)
@@ -143,9 +171,12 @@ class DeckRoad(RoadTest):
     def test_a_deck_without_a_display(self):
         path = self.sandbox.write("french.apkg", anki_package(OLD))
 
-        def cards(*arguments):
-            done = subprocess.run([CARDS, *arguments], env=self.sandbox.environment(),
+        def run(*arguments):
+            return subprocess.run([CARDS, *arguments], env=self.sandbox.environment(),
                                   capture_output=True, text=True, timeout=60, check=False)
+
+        def cards(*arguments):
+            done = run(*arguments)
             self.assertEqual((0, ""), (done.returncode, done.stderr))
             return done.stdout
         told = cards("import", "--dry-run", path)
@@ -155,6 +186,13 @@ class DeckRoad(RoadTest):
         self.assertEqual((6, "1 picture is left out."), (result["inserted"], result["notices"][2]))
         self.assertEqual([], json.loads(cards("--json", "check", path)))
         self.assertEqual(6, self.sandbox.card_count())
+        path = self.sandbox.write("long.apkg", anki_package([("a", "b")], LONG))
+        refused = run("import", path)
+        self.assertEqual(1, refused.returncode)
+        self.assertIn("With --large it is imported all the same.", refused.stderr)
+        self.assertEqual(6, self.sandbox.card_count())
+        cards("import", "--large", path)
+        self.assertEqual(7, self.sandbox.card_count())
 
 
 if __name__ == "__main__":
