@@ -12,6 +12,9 @@ namespace {
 constexpr int kGreatestValue = 64 << 20;
 // The engine checks for a cancel after this many of its instructions, about a millisecond.
 constexpr int kStepsBetweenLooks = 10000;
+// A schema is read with some eight instructions for each table, in time that grows with the square
+// of their number. So many looks are enough for thousands of tables; real decks have twenty.
+constexpr int kLooksForSchema = 8;
 
 struct Finalizer {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -31,11 +34,7 @@ int AllowReading(void*, int action, const char*, const char*, const char*, const
     }
 }
 
-int LookForCancel(void* isCancelled) {
-    return isCancelled != nullptr && *static_cast<const std::atomic<bool>*>(isCancelled) ? 1 : 0;
-}
-
-// Some programs have a collation of their own for names. Nothing here depends on its order.
+// Some programs order names by a collation of their own. Nothing here depends on their order.
 int CompareIgnoringCase(void*, int oneSize, const void* one, int otherSize, const void* other) {
     const auto* const left = static_cast<const unsigned char*>(one);
     const auto* const right = static_cast<const unsigned char*>(other);
@@ -121,13 +120,20 @@ int ForeignDatabase::Open(const wxString& path, const std::atomic<bool>* isCance
     sqlite3_db_config(mpHandle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_create_collation(mpHandle, "unicase", SQLITE_UTF8, nullptr, CompareIgnoringCase);
     sqlite3_exec(mpHandle, "PRAGMA cell_size_check=ON;", nullptr, nullptr, nullptr);
-    sqlite3_progress_handler(mpHandle, kStepsBetweenLooks, LookForCancel,
-                             const_cast<std::atomic<bool>*>(isCancelled));
+    mWatch = {isCancelled, true, kLooksForSchema};
+    sqlite3_progress_handler(mpHandle, kStepsBetweenLooks, LookForEnd, &mWatch);
     sqlite3_set_authorizer(mpHandle, AllowReading, nullptr);
     // The engine reads the file only now.
     const StatementPointer probe(Prepare("SELECT name FROM sqlite_master"));
     const int result = probe == nullptr ? SQLITE_ERROR : sqlite3_step(probe.get());
+    mWatch.IsOpening = false;
     return result == SQLITE_ROW || result == SQLITE_DONE ? 0 : -1;
+}
+
+int ForeignDatabase::LookForEnd(void* watch) {
+    auto& self = *static_cast<Watch*>(watch);
+    const bool isCancelled = self.IsCancelled != nullptr && *self.IsCancelled;
+    return isCancelled || (self.IsOpening && --self.LooksLeft < 0) ? 1 : 0;
 }
 
 int ForeignDatabase::PlayBackLog(const wxString& path) {

@@ -64,11 +64,22 @@ class ForeignDatabase {
     wxString GetError() const;
 
   private:
+    // What the engine asks between its instructions.
+    struct Watch {
+        // Not owned; may be null.
+        const std::atomic<bool>* IsCancelled = nullptr;
+        // While the file is opened, how often the engine may still ask.
+        bool IsOpening = true;
+        int LooksLeft = 0;
+    };
+    static int LookForEnd(void* watch);
+
     sqlite3_stmt* Prepare(const std::string& sql);
     int Visit(sqlite3_stmt* statement, const Visitor& visit);
     void Close();
 
     sqlite3* mpHandle = nullptr;
+    Watch mWatch;
     // The statements of ReadRow by their tables, whose names are literals of the program.
     std::map<const char*, sqlite3_stmt*> mRowStatements;
 };

@@ -146,6 +146,12 @@ TEST_F(HostileDeckTest, IsRefusedOrStaysSmall) {
          anki("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 1000000) "
               "INSERT INTO cards(nid) SELECT 1 FROM n;"),
          "The deck makes more than 1000000 cards."},
+        {"tables without end",
+         anki(
+             "PRAGMA writable_schema = ON; WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 "
+             "FROM n WHERE i < 200000) INSERT INTO sqlite_master SELECT 'table', 't' || i, "
+             "'t' || i, 0, 'CREATE TABLE t' || i || '(a)' FROM n;"),
+         "The deck is damaged."},
         {"quotes in tags",
          database(NoteRow(1, "g", 7, Repeat("<a =''>''=\"", 200000) + "x|b") + NewCard(1, 0)),
          "1 inserted"},
