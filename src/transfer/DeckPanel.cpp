@@ -202,7 +202,8 @@ bool DeckPanel::AskAboutSize() {
     }
     mWasAsked = true;
     const wxString question =
-        mSurvey.Failure + "\n" + _("Decks that people make are smaller.  Do you want to read it all the same?");
+        mSurvey.Failure + "\n" +
+        _("Decks that people make are smaller.  Do you want to read it all the same?");
     mMayBeLarge =
         ShowMessageBox(question, _("Import"), wxYES_NO | wxNO_DEFAULT, FindParent()) == wxYES;
     return mMayBeLarge;

@@ -45,7 +45,7 @@ def anki_package(words, rows=""):
 
 
 # A text of twenty characters in the package and of half a million in a card.
-LONG = "UPDATE notes SET flds = replace(hex(zeroblob(250000)), '00', 'ab') || char(31) || 'b';"
+LONG = "UPDATE notes SET guid = 'long', flds = replace(hex(zeroblob(250000)), '00', 'ab') || char(31) || 'b';"
 OLD = [("le chat", "cat<img src=a>")] + [(f"mot {number}", f"word {number}") for number in range(5)]
 # A week later one note says more, and ten are new.
 NEW = [("le chat", "cat, tomcat")] + OLD[1:] + \
