@@ -207,8 +207,8 @@ int CopyTo(Store& store, const wxString& path) {
 // A file with cards: a deck of another program, or a list whose form is guessed.
 class CardSource {
   public:
-    // Returns false, with the reason printed, for a deck that cannot be made ready. A deck that
-    // goes beyond the bounds is read only when it may be large.
+    // Prints the reason and returns false for a deck that cannot be prepared. A deck beyond the
+    // bounds is read only when it may be large.
     bool Open(const InputFile& file, bool mayBeLarge) {
         mDeckOptions.MayBeLarge = mayBeLarge;
         mPath = file.GetPath();
@@ -238,7 +238,7 @@ class CardSource {
         }
         return input;
     }
-    // What of a deck comes along and what does not; nothing of a list.
+    // Finds out what of a deck is imported and what is not; nothing of a list.
     DeckSurvey Survey(Database& database) const {
         SurveyProgress progress;
         return IsDeck() ? SurveyDeck(mDeck, mDeckOptions, database, progress) : DeckSurvey();

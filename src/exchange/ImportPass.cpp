@@ -223,7 +223,7 @@ bool Pass::TakeKnownPair(ImportRecord& record, bool& isDone) {
 bool Pass::FindCategory(ImportRecord& record, int32_t line) {
     int32_t& id = record.Card.CategoryId;
     if ((record.IsPair || (record.IsForeign && record.IsStored())) && !record.NamesCategory) {
-        // It stays where it is, which may be among the deleted cards.
+        // The card stays in its category, or among the deleted cards.
         return true;
     }
     if (mOptions.ValidateOnly) {

@@ -13,12 +13,12 @@
 #include "base/Files.h"
 #include "exchange/ImportJob.h"
 #include "files/StoreFiles.h"
+#include "formats/CardRecord.h"
 #include "formats/Delimited.h"
 #include "formats/LegacyStoreReader.h"
 #include "formats/Table.h"
 #include "formats/TextSource.h"
 #include "formats/VlmText.h"
-#include "formats/decks/Deck.h"
 #include "store/Database.h"
 
 namespace {
@@ -30,7 +30,7 @@ constexpr wxFileOffset kPreviewedBytes = wxFileOffset{1} << 20;
 
 using namespace std::string_view_literals;
 
-// The first bytes of the files that spreadsheets keep, new ones and old ones.
+// The first bytes of spreadsheets' own files, new and old, and of an empty package.
 constexpr std::string_view kPackedMarks[] = {"PK\3\4"sv, "PK\5\6"sv,
                                              "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv};
 
@@ -124,7 +124,7 @@ bool ImportSource::OpenText(wxFontEncoding chosen, ImportResult& result) {
         return result.Fail(wxString());
     }
     // The content of such a file was no deck.
-    if (DeckFile::HasDeckName(mFileName)) {
+    if (HasDeckName(mFileName)) {
         return result.Fail(
             _("This file has the name of a deck, but there is no deck in it.  Export or download "
               "the deck once more and import that file."));

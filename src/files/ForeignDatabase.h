@@ -48,7 +48,7 @@ class ForeignDatabase {
     // has open. Returns 0, or -1 when one of them is damaged.
     static int PlayBackLog(const wxString& path);
 
-    // True for a plain table of that name whose columns are all stored.
+    // Returns true for a plain table of that name whose columns are all stored.
     bool HasTable(const char* table);
 
     // Shows the columns of each row of a table, in the order of the rows' numbers. The names must

@@ -78,6 +78,13 @@ bool Find(std::wstring_view name, AttributeInfo& info) {
 
 }  // namespace
 
+bool HasDeckName(const wxString& path) {
+    const wxString lower = path.Lower();
+    const char* const endings[] = {".apkg", ".colpkg", ".cards", ".anki2", ".anki21"};
+    return std::any_of(std::begin(endings), std::end(endings),
+                       [&lower](const char* ending) { return lower.EndsWith(ending); });
+}
+
 CardUuid NoteCardId(const std::string& noteId, const std::string& part) {
     CardUuid id;
     const bool isUuid = part.empty() && ParseUuidUtf8(noteId, id) == 0 && !id.IsZero();

@@ -124,6 +124,10 @@ SplitSide SplitSecondText(std::u16string_view side);
 // Returns the side of the two texts; the main text alone when the second is empty.
 wxString JoinSecondText(const wxString& main, const wxString& second);
 
+// Returns true for the name of another program's deck, whatever is in the file. Such a file is
+// never read as a list.
+bool HasDeckName(const wxString& path);
+
 // Returns the identity of a card that is made of a note of another program, whether the note comes
 // in a package or in a table: the note's own identity where that is a UUID, else one made of it. A
 // note can make several cards, each with a part of its own; that of the first is empty.

@@ -125,7 +125,7 @@ size_t ReadEntity(Text text, wchar_t& character) {
     return at + 1;
 }
 
-// Returns where a tag ends, after its ">"; quotes may hold one. npos when it does not end, or a
+// Returns the place after a tag's ">", which quotes may hold too; npos when it does not end or a
 // quote is never closed.
 size_t QuotedTagEnd(Text text) {
     wchar_t quote = L'\0';
@@ -308,8 +308,8 @@ class Reader {
         return false;
     }
 
-    // The source of a formula is text with entities and breaks like any other. What is missing in
-    // it, as the end of "a<b", may well be there after it.
+    // The source of a formula has entities and breaks like any other text. What it lacks, such as
+    // the end of "a<b", the text after it may have.
     void ReadFormula(size_t begin, size_t end) {
         const Text whole = mHtml;
         Missing missing = std::exchange(mMissing, Missing());

@@ -194,7 +194,7 @@ void TableReader::TakeIdentity() {
         return;
     }
     if (mLayout.Columns[mIdColumn].Use == ColumnUse::kNoteId) {
-        // As a package of the same deck names the first card of the note.
+        // The identity that a package of the same deck gives to the note's first card.
         mId = NoteCardId(ToUtf8(value), "");
         Add("id", FormatUuid(mId));
         return;

@@ -72,9 +72,9 @@ class AnkiCollection {
     // The room counts rows and texts, and is not owned.
     explicit AnkiCollection(DeckRoom& room) : mRoom(room) {}
 
-    // Opens a file that does not change meanwhile. Returns false on a failure, which GetFailure
-    // tells. The last answers of cards are looked up only when they are wanted. The flag, which is
-    // not owned and may be null, ends all reading once it is true.
+    // Opens a file, which must not change meanwhile. Returns false on a failure, which GetFailure
+    // tells. Looks up the cards' last answers only on request. The flag, which is not owned and may
+    // be null, ends all reading once it is true.
     bool Open(const wxString& path, bool withAnswers, const std::atomic<bool>* isCancelled);
 
     const std::map<int64_t, AnkiNoteType>& GetTypes() const { return mTypes; }

@@ -28,7 +28,7 @@ struct TypePlan {
     // The user's choices for the fields; may be empty.
     std::vector<FieldRole> Chosen;
     size_t ClozeField = 0;
-    // Some template shows the field with its readings.
+    // Fields that some template shows with their readings.
     FieldBits WithReadings;
     // Fields that only switch others on, such as one that asks for a reverse card.
     FieldBits Switches;

@@ -9,8 +9,8 @@
 
 #include "formats/decks/DeckBounds.h"
 
-// What the card templates of Anki say about the fields of a note. A template is a page of HTML with
-// names in double braces, such as
+// Reads what Anki's card templates say about the fields of a note. A template is a page of HTML
+// with names in double braces, such as
 //
 //   {{#Hint}}<i>{{hint:Hint}}</i>{{/Hint}} {{furigana:Word}}
 //

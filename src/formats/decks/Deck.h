@@ -65,7 +65,7 @@ struct DeckOptions {
     bool WholeDeckNames = true;
     // The roles of fields that the user has chosen, by the type's Id.
     std::map<wxString, std::vector<FieldRole>> Roles;
-    // Tells whether the store has a card. Such cards keep their category and schedules. May be
+    // Returns whether the store has a card. Stored cards keep their category and schedules. May be
     // empty.
     std::function<bool(const CardUuid& id)> IsStored;
     // Whether somebody has agreed that the deck may go beyond the bounds that are asked about.
@@ -109,7 +109,7 @@ class Deck {
 
   protected:
     // Pushes the next card of a note that can make many, or the cards of the next note, which may
-    // be none. False as for ReadCard.
+    // be none. Returns false as ReadCard does.
     virtual bool ReadNote() = 0;
     // Takes a card, or counts it as lost where a side has no text.
     void Push(DeckCard&& card);
@@ -132,7 +132,7 @@ class Deck {
 
 // How to prepare a deck's file.
 struct DeckFileOptions {
-    // What comes out of a package is counted as it comes, and more bytes than these are refused.
+    // A package that unpacks to more bytes is refused. They are counted while they come.
     int64_t MostBytes = kMostUnpacked.Most;
     // Ends the work early, with any message, once it is true. Not owned; may be null.
     const std::atomic<bool>* IsCancelled = nullptr;
@@ -150,13 +150,11 @@ class DeckFile {
 
     // Returns true for a package, or a database of one of the programs. Looks only at the contents.
     static bool IsDeck(const wxString& path);
-    // True for the name of a deck, whatever is in the file.
-    static bool HasDeckName(const wxString& path);
-    // Null when the file cannot be made ready, with the reason as a sentence.
+    // Returns null, with the reason as a sentence, when the file cannot be prepared.
     static std::shared_ptr<DeckFile> Open(const wxString& path, wxString& message,
                                           const DeckFileOptions& options = {});
 
-    // A deck from its first card on, or null and the reason.
+    // Returns a deck that begins with its first card, or null and the reason.
     std::unique_ptr<Deck> OpenDeck(const DeckOptions& wanted, wxString& message) const;
 
   private:
@@ -168,7 +166,7 @@ class DeckFile {
     wxString DataPath() const;
 
     int64_t mSize = 0;
-    wxString mDirectory;
+    TemporaryDirectory mDirectory;
     // The name of a deck that has none inside.
     wxString mName;
     Kind mKind = Kind::kAnki;
@@ -217,5 +215,5 @@ std::unique_ptr<DeckReader> MakeDeckReader(const std::shared_ptr<DeckFile>& file
 float StoredInterval(int64_t lastReview, double seconds, bool& clamped);
 // Returns the difficulty of an ease, where 2.5 is neutral; 0 when it is unknown.
 uint8_t DifficultyOfEase(double ease);
-// A number of the first review block, the same for the same card.
+// Returns a number of the first review block, always the same for a card.
 int32_t DeckErc(const CardUuid& id);

@@ -1,7 +1,8 @@
 #include "formats/decks/DeckBounds.h"
 
 #include <wx/filename.h>
-#include <wx/numformatter.h>
+
+#include <string>
 
 wxString BoundMessage(const DeckBound& bound) {
     return BoundMessage(bound, bound.Most);
@@ -11,7 +12,7 @@ wxString BoundMessage(const DeckBound& bound, int64_t most) {
     const wxString number =
         bound.IsBytes
             ? wxFileName::GetHumanReadableSize(static_cast<unsigned long long>(most), wxString(), 0)
-            : wxNumberFormatter::ToString(static_cast<long>(most));
+            : wxString(std::to_string(most));
     return wxString::Format(wxGetTranslation(bound.Sentence), number);
 }
 

@@ -24,6 +24,7 @@
 #include "base/Unicode.h"
 #include "files/ForeignDatabase.h"
 #include "files/StoreFiles.h"
+#include "formats/CardRecord.h"
 #include "formats/decks/Deck.h"
 #include "formats/decks/DeckFormats.h"
 
@@ -226,7 +227,7 @@ void RemoveLeftDirectories() {
 std::string FirstMemberName(const wxString& path) {
     constexpr size_t kHead = 30;
     std::string head(kHead, '\0');
-    std::ifstream file(fs::u8path(ToUtf8(path)), std::ios::binary);
+    std::ifstream file(ToPath(path), std::ios::binary);
     if (!file.read(head.data(), kHead)) {
         return std::string();
     }
@@ -239,7 +240,7 @@ std::string FirstMemberName(const wxString& path) {
 // Whether a package that was cut was one of a deck.
 bool WasDeck(const wxString& path) {
     const std::string first = FirstMemberName(path);
-    return DeckFile::HasDeckName(path) ||
+    return HasDeckName(path) ||
            std::find(std::begin(kMembers), std::end(kMembers), first) != std::end(kMembers);
 }
 
@@ -254,7 +255,7 @@ bool HasLog(const wxString& path) {
 }
 
 bool HasJournal(const wxString& path) {
-    return FileBeginsWith(fs::u8path(ToUtf8(path + "-journal")), "\xD9\xD5\x05\xF9");
+    return FileBeginsWith(ToPath(path + "-journal"), "\xD9\xD5\x05\xF9");
 }
 
 // What changes when a program writes to a database: sizes and times of the file and of its log.
@@ -264,7 +265,7 @@ Stamp StampOf(const wxString& path) {
     Stamp stamp{};
     for (size_t i = 0; i < 2; ++i) {
         std::error_code error;
-        const fs::path file = fs::u8path(ToUtf8(i == 0 ? path : LogPath(path)));
+        const fs::path file = ToPath(i == 0 ? path : LogPath(path));
         stamp[2 * i] = static_cast<int64_t>(fs::file_size(file, error));
         stamp[2 * i + 1] =
             static_cast<int64_t>(fs::last_write_time(file, error).time_since_epoch().count());
@@ -274,7 +275,7 @@ Stamp StampOf(const wxString& path) {
 
 bool CopyFile(const wxString& from, const wxString& to, const DeckFileOptions& options,
               wxString& message) {
-    std::ifstream in(fs::u8path(ToUtf8(from)), std::ios::binary);
+    std::ifstream in(ToPath(from), std::ios::binary);
     BoundedFile out(to, options);
     std::vector<char> block(kBlock);
     while (in.read(block.data(), static_cast<std::streamsize>(block.size())) || in.gcount() > 0) {
@@ -314,12 +315,6 @@ bool DeckFile::IsDeck(const wxString& path) {
     return (isOpen && HasDeckTables(database)) || (HasDeckName(path) && HasLog(path));
 }
 
-bool DeckFile::HasDeckName(const wxString& path) {
-    const wxString type = wxFileName(path).GetExt().Lower();
-    return type == "apkg" || type == "colpkg" || type == "cards" || type == "anki2" ||
-           type == "anki21";
-}
-
 DeckFile::DeckFile()
     : mDirectory(TemporaryPlace() / (kDirectoryStart + std::to_string(getpid()))) {}
 
@@ -332,11 +327,7 @@ std::shared_ptr<DeckFile> DeckFile::Open(const wxString& path, wxString& message
     file->mName = wxFileName(path).GetName();
     const wxULongLong size = wxFileName::GetSize(path);
     file->mSize = size == wxInvalidSize ? 0 : static_cast<int64_t>(size.GetValue());
-    RemoveLeftDirectories();
-    std::string directory =
-        (TemporaryDirectory() / (kDirectoryStart + std::to_string(getpid()) + "-XXXXXX"))
-            .u8string();
-    if (mkdtemp(directory.data()) == nullptr) {
+    if (file->mDirectory.GetError() != 0) {
         message = _("The deck could not be copied to the directory for temporary files.");
         return nullptr;
     }

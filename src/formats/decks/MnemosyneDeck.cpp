@@ -336,7 +336,7 @@ class XmlLoader {
     bool Load(Contents& contents) {
         int result = 0;
         while (mpReader != nullptr && (result = xmlTextReaderRead(mpReader)) == 1) {
-            // Entities of a document's own could grow without end.
+            // A document's own entities could grow without end.
             if (xmlTextReaderNodeType(mpReader) == XML_READER_TYPE_DOCUMENT_TYPE) {
                 return false;
             }
