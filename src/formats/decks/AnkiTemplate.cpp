@@ -303,7 +303,7 @@ FuriganaText ReadFurigana(const wxString& text) {
     std::wstring base;
     std::wstring reading;
     bool hasReading = false;
-    // The next bracket that closes, and the next line feed, looked for once they lie behind.
+    // The next bracket that closes, and the next line feed, looked for again once they are passed.
     size_t nextEnd = 0;
     size_t nextLine = 0;
     const auto find = [&source](wchar_t wanted, size_t from, size_t& next) {

@@ -15,7 +15,7 @@
 //   {{#Hint}}<i>{{hint:Hint}}</i>{{/Hint}} {{furigana:Word}}
 //
 // which shows the field Word with its readings, and before it, where the note has one, the field
-// Hint behind a click. Only the fields count here; the page around them does not.
+// Hint shown after a click. Only the fields count here; the page around them does not.
 
 // A field that a template shows.
 struct ShownField {
@@ -28,7 +28,7 @@ struct ShownField {
 
     size_t Field = 0;
     Filter How = Filter::kNone;
-    // True behind a click, or for a box to type in.
+    // True when shown after a click, or for a box to type in.
     bool IsHint = false;
     bool IsTyped = false;
     // Shared with its neighbours; null for none.

@@ -167,7 +167,7 @@ class DeckFile {
 
     int64_t mSize = 0;
     TemporaryDirectory mDirectory;
-    // The name of a deck that has none inside.
+    // The name for a deck that does not name itself.
     wxString mName;
     Kind mKind = Kind::kAnki;
 };

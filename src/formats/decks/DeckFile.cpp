@@ -206,7 +206,7 @@ wxString CollectionName(Package& package, wxString& message) {
 // The number of the process follows in the name of a temporary directory.
 constexpr char kDirectoryStart[] = "velomind-deck-";
 
-// Removes what processes that broke down have left.
+// Removes the directories that crashed processes have left.
 void RemoveLeftDirectories() {
     std::error_code error;
     for (fs::directory_iterator entry(TemporaryPlace(), error), end; !error && entry != end;
