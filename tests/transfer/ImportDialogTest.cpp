@@ -230,7 +230,7 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     OpenFile("large.apkg");
     EXPECT_TRUE(Shown().Contains("64 times the size of its file")) << Shown();
     mAnswers.Expect(wxID_YES);
-    EXPECT_EQ(Find<wxTextCtrl>(OpenFile("large.apkg"), ID_SUMMARY).GetValue(),
+    EXPECT_EQ(Find<wxTextCtrl>(OpenFile("large.apkg"), DeckPanel::ID_SUMMARY).GetValue(),
               "1 note\n60 cards\n1 text with several gaps becomes several cards.");
     EXPECT_TRUE(mAnswers.Dialogs.back().Message.StartsWith("The cards of the deck take more"));
 
