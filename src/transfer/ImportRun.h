@@ -19,6 +19,7 @@ class ImportQuestionDialogs : public ImportQuestions {
     explicit ImportQuestionDialogs(Database* database = nullptr) : mpDatabase(database) {}
 
     CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) override;
+    CategoryAnswer AskLongField(wxWindow* parent, int32_t line, int32_t lines) override;
     MergeAnswer AskMerge(wxWindow* parent, const FlashCard& stored, const FlashCard& imported,
                          uint32_t attributeMask) override;
 

@@ -18,6 +18,9 @@ struct FakeQuestions : ImportQuestions {
         Categories.pop_front();
         return answer;
     }
+    CategoryAnswer AskLongField(wxWindow*, int32_t line, int32_t lines) override {
+        return AskNewCategory(nullptr, wxString::Format("%i:%i", line, lines));
+    }
     MergeAnswer AskMerge(wxWindow*, const FlashCard& stored, const FlashCard& imported,
                          uint32_t mask) override {
         ++Merges;
