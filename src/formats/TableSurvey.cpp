@@ -191,7 +191,9 @@ bool IsLetter(const wxString& cell) {
 
 bool IsKnownHeading(const wxString& cell, std::optional<ColumnUse>& use, int& language) {
     use = FindUseOfHeading(cell, language);
-    return (use.has_value() || language > 0) && !IsLetter(cell);
+    // The code of a language, such as "it", is a word of another one as soon as more stands there.
+    const bool isCode = language > 0 && cell.length() > 3 && !std::iswalpha(cell[2].GetValue());
+    return (use.has_value() || language > 0) && !IsLetter(cell) && !isCode;
 }
 
 size_t CountUses(const Row& row) {
