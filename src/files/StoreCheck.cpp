@@ -42,9 +42,6 @@ constexpr RowCheck kRowChecks[] = {
 Handle OpenHandle(const wxString& path, int flags) {
     sqlite3* handle = nullptr;
     sqlite3_open_v2(ToPath(path).c_str(), &handle, flags, nullptr);
-    // Somebody who studies beside it writes for moments only.
-    constexpr int kMostBusyMilliseconds = 5000;
-    sqlite3_busy_timeout(handle, kMostBusyMilliseconds);
     return {handle, &sqlite3_close};
 }
 

@@ -146,23 +146,17 @@ void TellComplete(wxWindow& parent, const ImportResult& result, const wxTimeSpan
     ShowMessageBox(text, _("Import Complete"), wxOK | wxCENTRE, &parent);
 }
 
-void TellFailure(wxWindow* parent, const ImportResult& result) {
-    if (result.Message.empty()) {
-        // The log has the reason, such as the toolkit's own message about a missing file.
-        return;
-    }
-    const wxString text =
-        result.LineNumber >= 1
-            ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
-            : result.Message;
-    ShowMessageBox(text, _("Import Failed"), wxOK | wxCENTRE, parent);
+wxString DescribeFailure(const ImportResult& result) {
+    return result.LineNumber >= 1
+               ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
+               : result.Message;
 }
 
 }  // namespace
 
 bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInput& input,
                         Database& database, FatalErrorReport& report,
-                        std::set<int32_t>* touchedCategories) {
+                        std::set<int32_t>* touchedCategories, wxString* pFailure) {
     // An error was told, and the import goes on.
     services.BackUpStore(parent, BackupCause::kImport);
     const wxDateTime start = CurrentTime();
@@ -183,7 +177,13 @@ bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInp
         case ImportStatus::kCancelled:
             return false;
         default:
-            TellFailure(parent, result);
+            if (pFailure != nullptr) {
+                *pFailure = DescribeFailure(result);
+            } else if (!result.Message.empty()) {
+                // Without a message, the toolkit's own for a file that is not there says why.
+                ShowMessageBox(DescribeFailure(result), _("Import Failed"), wxOK | wxCENTRE,
+                               parent);
+            }
             return false;
     }
 }
