@@ -559,9 +559,10 @@ int RunCounts(const CardsOptions& options) {
     return FinishOutput(isPrinted);
 }
 
-int FinishCheck(const std::vector<ImportFault>& faults, bool json) {
+// Notices stand among the faults and are none.
+int FinishCheck(const std::vector<ImportFault>& faults, bool isGood, bool json) {
     const int outcome = FinishOutput(PrintFaults(faults, json));
-    return faults.empty() ? outcome : kCardsRefused;
+    return isGood ? outcome : kCardsRefused;
 }
 
 int RunCheckStore(const wxString& path, bool json) {
@@ -569,7 +570,7 @@ int RunCheckStore(const wxString& path, bool json) {
     for (const wxString& fault : CheckStoreFile(path)) {
         faults.push_back({fault, -1});
     }
-    return FinishCheck(faults, json);
+    return FinishCheck(faults, faults.empty(), json);
 }
 
 // Looks up in the store the cards that the list names by identity. Where there is no store, an
@@ -592,8 +593,7 @@ int RunCheckList(const CardSource& source, const CardsOptions& options) {
     for (const SourceNotice& notice : result.Notices) {
         faults.push_back({notice.Text, notice.Line});
     }
-    const int outcome = FinishCheck(faults, options.Json);
-    return isGood && outcome == kCardsRefused ? int{kCardsDone} : outcome;
+    return FinishCheck(faults, isGood, options.Json);
 }
 
 int RunCheck(const CardsOptions& options) {

@@ -359,11 +359,13 @@ bool BeginsSmall(const wxString& cell) {
 }
 
 // Judges whether the rows below look otherwise than the first: a column of numbers or of another
-// alphabet stands below a word. Where most of the first row is known, it is enough that its words
-// begin with capitals and those of a column below it do not.
-bool LookOtherwise(const Rows& rows, bool isMostKnown) {
+// alphabet stands below a word. Where at least half of the first row is known, capitals count too:
+// its words begin with them, and those below do not, in all columns or, when most is known, in one.
+bool LookOtherwise(const Rows& rows, size_t known, size_t filled) {
     const Row& first = rows.front();
-    const bool hasCapitals = std::none_of(first.begin(), first.end(), BeginsSmall);
+    const bool hasCapitals =
+        known * 2 >= filled && std::none_of(first.begin(), first.end(), BeginsSmall);
+    size_t small = 0;
     for (size_t column = 0; column < first.size(); ++column) {
         const wxString& head = first[column];
         const auto allBelow = [&](const auto& predicate) {
@@ -373,13 +375,12 @@ bool LookOtherwise(const Rows& rows, bool isMostKnown) {
             });
         };
         const bool isWord = !head.empty() && !IsNumber(head) && !IsForeignScript(head);
-        const bool isOtherKind =
-            rows.size() > 2 && (allBelow(IsNumber) || allBelow(IsForeignScript));
-        if (isWord && (isOtherKind || (isMostKnown && hasCapitals && allBelow(BeginsSmall)))) {
+        if (isWord && rows.size() > 2 && (allBelow(IsNumber) || allBelow(IsForeignScript))) {
             return true;
         }
+        small += size_t{isWord && allBelow(BeginsSmall)};
     }
-    return false;
+    return hasCapitals && small >= (known * 2 > filled ? 1 : filled);
 }
 
 // Judges whether the first row names the columns: all of its cells say what they are, or one does
@@ -406,9 +407,8 @@ bool IsHeader(const Rows& rows) {
             return false;
         }
     }
-    return known == filled
-               ? namesSide
-               : known > 0 && rows.size() > 1 && LookOtherwise(rows, known * 2 > filled);
+    return known == filled ? namesSide
+                           : known > 0 && rows.size() > 1 && LookOtherwise(rows, known, filled);
 }
 
 template <class Predicate>
