@@ -212,7 +212,7 @@ TEST_F(ImportIntoStore, ARefusedCardKeepsThoseBeforeItAndTellsItsLine) {
     EXPECT_EQ(ImportTable(text), -1);
     EXPECT_EQ(Outcome(), "Unable to add flash card to database.  (1811:no) @1040");
     EXPECT_EQ(mResult->RecordsInserted, 1038);
-    // Nor is a record counted that stands behind it.
+    // A record that stands after it is not counted.
     const std::string known = Id(Insert(MakeCard("a", "b")));
     EXPECT_EQ(Import(known + "\nf: f\nb: bad\n\n" + known), -1);
     EXPECT_EQ(mResult->DuplicatesIgnored, 1);
