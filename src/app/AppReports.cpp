@@ -45,6 +45,9 @@ void AppFatalErrorReport::ReportOnMainThread(const wxString& text) {
 
 void AppFatalErrorReport::ShowAndEnd(const wxString& text) {
     PrintError(text);
+    if (!mShowsWindow) {
+        EndProcess(kExitFatal);
+    }
     const wxBusyCursorSuspender ready;
     // A warning that waits for an idle moment, such as that of a failed backup, would take the
     // keys.

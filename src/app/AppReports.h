@@ -16,6 +16,8 @@ class AppFatalErrorReport : public FatalErrorReport {
   public:
     void Report(const wxString& text) override;
     void DeliverPending() override;
+    // From now on a failure is only printed before it ends the program.
+    void ShowNoWindow() { mShowsWindow = false; }
 
   protected:
     // Main thread only. Does not return, except in a test that overrides it.
@@ -27,6 +29,7 @@ class AppFatalErrorReport : public FatalErrorReport {
     // True while the box is on the screen. The windows behind it go on updating, and may fail
     // again.
     bool mShowing = false;
+    bool mShowsWindow = true;
     std::mutex mMutex;
     // Workers write these two and the main thread takes them, both under the mutex.
     bool mHasPending = false;

@@ -32,6 +32,9 @@ constexpr Option kOptions[] = {
 
 constexpr char kUninstall[] = "uninstall";
 constexpr char kVersion[] = "version";
+constexpr char kNoQuestions[] = "no-questions";
+constexpr char kNoQuestionsHelp[] = wxTRANSLATE(
+    "shows no window with --import: what fails is told on standard error, and the file stays");
 
 wxString HelpLine(const wxString& option, const wxString& description) {
     return wxString::Format("  %-20s  %s\n", option, description);
@@ -47,6 +50,7 @@ wxString HelpText() {
                              wxGetTranslation(option.Description));
         }
     }
+    text += HelpLine("--no-questions", wxGetTranslation(kNoQuestionsHelp));
     text += HelpLine("-h, --help", _("shows this help, then exits"));
     text += HelpLine("--version", _("shows the version, then exits"));
     text += HelpLine("--verbose", _("also writes messages of the program's libraries"));
@@ -62,6 +66,7 @@ void DescribeCommandLine(wxCmdLineParser& parser) {
         parser.AddLongOption(option.Name, wxGetTranslation(option.Description));
     }
     parser.AddLongSwitch(kUninstall, _("handles some of the uninstall cleanup"));
+    parser.AddLongSwitch(kNoQuestions, wxGetTranslation(kNoQuestionsHelp));
     parser.AddParam(_("a deck or a list of cards to import, or a store to open"),
                     wxCMD_LINE_VAL_STRING, wxCMD_LINE_PARAM_OPTIONAL);
 }
@@ -100,7 +105,7 @@ CommandLineOutcome RunCommandLine(const wxCmdLineParser& parser, CommandLineActi
     bool allDone = false;
     wxString value;
     if (parser.Found("import", &value)) {
-        if (!actions.ImportFile(value)) {
+        if (!actions.ImportFile(value, !parser.Found(kNoQuestions))) {
             return CommandLineOutcome::Refused;
         }
         allDone = true;

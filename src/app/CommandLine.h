@@ -8,8 +8,9 @@ class wxCmdLineParser;
 class CommandLineActions {
   public:
     virtual ~CommandLineActions() = default;
-    // Imports the file into the store. Returns false when the import could not even begin.
-    virtual bool ImportFile(const wxString& path) = 0;
+    // Imports the file into the store. Returns false when the import could not even begin, or when
+    // it has failed and nobody may be asked or told in a window.
+    virtual bool ImportFile(const wxString& path, bool mayAsk) = 0;
     virtual void ShowMessage(const wxString& text) = 0;
     virtual void OpenAddress(const wxString& address) = 0;
     // Opens a store, or asks how to import a file of cards, once the windows are there.

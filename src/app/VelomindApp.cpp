@@ -5,6 +5,7 @@
 #include <wx/dialog.h>
 #include <wx/filename.h>
 #include <wx/image.h>
+#include <wx/log.h>
 #include <wx/sysopt.h>
 #include <wx/utils.h>
 
@@ -129,7 +130,32 @@ bool VelomindApp::OnCmdLineParsed(wxCmdLineParser& parser) {
     return wxApp::OnCmdLineParsed(parser);
 }
 
-bool VelomindApp::ImportFile(const wxString& path) {
+namespace {
+
+// Opens the store for a moment, as the windows that help where that fails would wait for somebody.
+bool CanOpenStore(FatalErrorReport& report) {
+    class NoWait : public UpgradeWait {
+      public:
+        void WaitFor(const Job& /*worker*/) override {}
+    } wait;
+    bool isStored = false;
+    const wxString path = MakeStorePathFull(GetChosenStorePath(isStored));
+    Database database(report);
+    if (!wxFileName::FileExists(path) || database.Open(path, wait) == 0) {
+        return true;
+    }
+    PrintError(wxString::Format(_("The store \"%s\" cannot be opened: %s"), path,
+                                database.GetLastError()));
+    return false;
+}
+
+}  // namespace
+
+bool VelomindApp::ImportFile(const wxString& path, bool mayAsk) {
+    if (!mayAsk) {
+        delete wxLog::SetActiveTarget(new wxLogStderr);
+        mFatalErrorReport.ShowNoWindow();
+    }
     const wxString file = FullPath(path);
     if (!wxFileName::FileExists(file) || !wxFileName::IsFileReadable(file)) {
         PrintError(wxString::Format(_("The file \"%s\" cannot be read."), path));
@@ -152,6 +178,9 @@ bool VelomindApp::ImportFile(const wxString& path) {
             return false;
     }
     ListenToOthers();
+    if (!mayAsk && !CanOpenStore(mFatalErrorReport)) {
+        return false;
+    }
     OpenStore();
     if (BelongsToStore(*mpDatabase, file)) {
         PrintError(DatabaseFileMessage(path));
@@ -162,7 +191,15 @@ bool VelomindApp::ImportFile(const wxString& path) {
     input.FileName = file;
     input.Format = ImportFormat::kDelimited;
     input.Delimiter = L'\t';
-    ImportWithProgress(nullptr, *this, input, *mpDatabase, mFatalErrorReport);
+    wxString failure;
+    const bool isImported =
+        ImportWithProgress(nullptr, *this, input, *mpDatabase, mFatalErrorReport, nullptr,
+                           mayAsk ? nullptr : &failure);
+    if (!mayAsk && !isImported) {
+        PrintError(failure);
+        CloseStore();
+        return false;
+    }
     // The file was made to be imported once, so it is removed whatever became of the import.
     // The log tells when it cannot be.
     wxRemoveFile(file);

@@ -67,7 +67,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
 
   private:
     // CommandLineActions
-    bool ImportFile(const wxString& path) override;
+    bool ImportFile(const wxString& path, bool mayAsk) override;
     void ShowMessage(const wxString& text) override;
     void OpenAddress(const wxString& address) override;
 

@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <limits>
 #include <list>
 #include <map>
 #include <memory>
@@ -37,6 +38,8 @@
 #include "files/StoreCheck.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
+#include "formats/Table.h"
+#include "formats/TextEncoding.h"
 #include "formats/TextSink.h"
 #include "formats/decks/DeckSurvey.h"
 #include "store/CardRow.h"
@@ -54,10 +57,6 @@ int Refuse(const wxString& text) {
 int FailStore(const wxString& text) {
     PrintError(text);
     return kCardsStoreFailed;
-}
-
-int FinishOutput(bool isPrinted) {
-    return isPrinted ? int{kCardsDone} : Refuse(_("The output could not be written to its end."));
 }
 
 // The process has one thread, so a failure ends it where it happens.
@@ -178,11 +177,14 @@ bool InputFile::Open(const wxString& name) {
     const fs::file_type type = fs::status(ToPath(mPath), error).type();
     const bool isPipe = name == "-" || type == fs::file_type::fifo ||
                         type == fs::file_type::character || type == fs::file_type::socket;
-    const bool isGood = isPipe
-                            ? CopyPipe(name)
-                            : type == fs::file_type::regular && wxFileName::IsFileReadable(mPath);
+    errno = 0;
+    const bool isGood =
+        isPipe ? CopyPipe(name)
+               : type != fs::file_type::directory && access(ToPath(mPath).c_str(), R_OK) == 0;
     if (!isGood) {
-        PrintError(wxString::Format(_("The file \"%s\" cannot be read."), name));
+        const int reason = type == fs::file_type::directory ? EISDIR : errno;
+        PrintError(wxString::Format(_("The file \"%s\" cannot be read: %s."), name,
+                                    SystemErrorText(reason)));
     }
     return isGood;
 }
@@ -207,10 +209,13 @@ int CopyTo(Store& store, const wxString& path) {
 // A file with cards: a deck of another program, or a list whose form is guessed.
 class CardSource {
   public:
-    // Prints the reason and returns false for a deck that cannot be prepared. A deck beyond the
-    // bounds is read only when it may be large.
-    bool Open(const InputFile& file, bool mayBeLarge) {
-        mDeckOptions.MayBeLarge = mayBeLarge;
+    explicit CardSource(const CardsOptions& options) : mOptions(options) {
+        // A deck beyond the bounds is read only when it may be large.
+        mDeckOptions.MayBeLarge = options.Large;
+    }
+
+    // Prints the reason and returns false for a deck that cannot be prepared.
+    bool Open(const InputFile& file) {
         mPath = file.GetPath();
         if (!DeckFile::IsDeck(mPath)) {
             return true;
@@ -234,32 +239,89 @@ class CardSource {
                 return MakeDeckReader(deck, options, asked, message);
             };
         } else {
-            GuessFormat(input, database);
+            ReadList(input, database);
         }
+        input.Pairs = mOptions.Known;
         return input;
     }
-    // Finds out what of a deck is imported and what is not; nothing of a list.
-    DeckSurvey Survey(Database& database) const {
+    // Says what of a deck is imported and what is not, and what was guessed about a list. Prints
+    // the reason and returns false for a deck beyond the bounds.
+    bool Describe(Database& database, const ImportInput& input,
+                  std::vector<wxString>& notices) const {
+        if (!IsDeck()) {
+            notices = DescribeGuesses(input);
+            return true;
+        }
         SurveyProgress progress;
-        return IsDeck() ? SurveyDeck(mDeck, mDeckOptions, database, progress) : DeckSurvey();
+        const DeckSurvey survey = SurveyDeck(mDeck, mDeckOptions, database, progress);
+        if (survey.IsTooLarge) {
+            PrintError(survey.Failure + "  " + _("With --large it is imported all the same."));
+            return false;
+        }
+        if (survey.Failure.empty()) {
+            notices = DescribeSurvey(survey);
+        }
+        return true;
     }
 
   private:
+    void ReadList(ImportInput& input, Database& database) const;
+    std::vector<wxString> DescribeGuesses(const ImportInput& input) const;
+
+    const CardsOptions& mOptions;
     wxString mPath;
     std::shared_ptr<DeckFile> mDeck;
     DeckOptions mDeckOptions;
 };
 
-// Imports into an open store and tells the outcome.
-int Import(const CardSource& source, Store& store, bool json) {
-    const ImportInput input = source.MakeInput(store.GetDatabase());
-    const DeckSurvey survey = source.Survey(store.GetDatabase());
-    if (survey.IsTooLarge) {
-        return Refuse(survey.Failure + "  " + _("With --large it is imported all the same."));
+// Finds out how to read a list, as far as the options do not say it.
+void CardSource::ReadList(ImportInput& input, Database& database) const {
+    const TableChoice& choice = mOptions.Table;
+    TableSurvey survey = SurveyTable(mPath, choice);
+    if (choice.Separator.empty() && !choice.HasHeader && mOptions.Columns.empty()) {
+        GuessFormat(input, database, survey);
+        return;
     }
+    input.Format = ImportFormat::kDelimited;
+    input.Encoding = survey.IsOwnForm ? survey.OwnEncoding : survey.Encoding;
+    TableLayout& layout = survey.Layout;
+    if (survey.IsOwnForm && mOptions.Columns.empty()) {
+        input.Delimiter = layout.Separator.front();
+        input.HasEscapes = layout.HasEscapes;
+        return;
+    }
+    if (!mOptions.Columns.empty()) {
+        layout.Columns.resize(std::max(layout.Columns.size(), mOptions.Columns.size()));
+        for (size_t i = 0; i < layout.Columns.size(); ++i) {
+            layout.Columns[i].Use =
+                i < mOptions.Columns.size() ? mOptions.Columns[i] : ColumnUse::kIgnore;
+        }
+    }
+    input.Layout = std::make_shared<const TableLayout>(layout);
+}
+
+std::vector<wxString> CardSource::DescribeGuesses(const ImportInput& input) const {
+    std::vector<wxString> guesses;
+    const std::vector<TextEncoding>& all = GetTextEncodings();
+    const auto encoding = std::find_if(all.begin(), all.end(), [&](const TextEncoding& known) {
+        return known.Code == input.Encoding;
+    });
+    if (mOptions.Table.Encoding == wxFONTENCODING_SYSTEM && encoding != all.end()) {
+        guesses.push_back(wxString::Format(_("The encoding was guessed: %s."), encoding->Charset));
+    }
+    if (input.Layout != nullptr && input.Layout->HasHeader && !mOptions.Table.HasHeader) {
+        guesses.push_back(wxString::Format(_("Row %i is taken for the names of the columns."),
+                                           input.Layout->HeadLines + 1));
+    }
+    return guesses;
+}
+
+// Imports into an open store and tells the outcome.
+int Import(const CardSource& source, Store& store, bool json, bool& hasCards) {
+    const ImportInput input = source.MakeInput(store.GetDatabase());
     std::vector<wxString> notices;
-    if (source.IsDeck() && survey.Failure.empty()) {
-        notices = DescribeSurvey(survey);
+    if (!source.Describe(store.GetDatabase(), input, notices)) {
+        return kCardsRefused;
     }
     ImportResult result;
     const int outcome = ImportCards(input, store.GetDatabase(), result, false, nullptr);
@@ -271,8 +333,12 @@ int Import(const CardSource& source, Store& store, bool json) {
                 : result.Message;
         return Refuse(text);
     }
-    const bool isPrinted = PrintImport(result, notices, json);
-    return outcome < 0 || !isPrinted ? kCardsRefused : kCardsDone;
+    hasCards = result.RecordsInserted > 0;
+    for (const SourceNotice& notice : result.Notices) {
+        notices.push_back(wxString::Format(_("Line %i: %s"), notice.Line, notice.Text));
+    }
+    const int printed = FinishOutput(PrintImport(result, notices, json));
+    return outcome < 0 ? int{kCardsRefused} : printed;
 }
 
 // Imports into a copy of the store, or into an empty one where there is none.
@@ -290,7 +356,8 @@ int TryImport(const CardSource& source, Store& store, bool json) {
         store.GetDatabase().Close();
     }
     const int failure = copy.Open(Store::Use::kWriteOrCreate);
-    return failure == kCardsDone ? Import(source, copy, json) : failure;
+    bool hasCards = false;
+    return failure == kCardsDone ? Import(source, copy, json, hasCards) : failure;
 }
 
 // Makes a backup of a store in the folder of backups; one that cannot be opened is copied as it is.
@@ -320,8 +387,8 @@ int RunImport(const CardsOptions& options) {
     if (!file.Open(options.Operands.front())) {
         return kCardsRefused;
     }
-    CardSource source;
-    if (!source.Open(file, options.Large)) {
+    CardSource source(options);
+    if (!source.Open(file)) {
         return kCardsRefused;
     }
     if (!source.IsDeck() && IsDatabaseFile(file.GetPath())) {
@@ -331,11 +398,19 @@ int RunImport(const CardsOptions& options) {
     if (options.DryRun) {
         return TryImport(source, store, options.Json);
     }
+    const bool isNew = !store.Exists();
     if (const int failure = store.Open(Store::Use::kWriteOrCreate)) {
         return failure;
     }
     MakeBackup(store, BackupCause::kImport);
-    return Import(source, store, options.Json);
+    bool hasCards = false;
+    const int outcome = Import(source, store, options.Json, hasCards);
+    if (isNew && !hasCards) {
+        // Nobody has asked for a store without cards.
+        std::error_code error;
+        fs::remove(ToPath(store.GetPath()), error);
+    }
+    return outcome;
 }
 
 // Puts the cards of one category, or of all, into the order of their introduction.
@@ -422,31 +497,33 @@ int ReadCategories(Database& database, std::map<int32_t, wxString>& names) {
     return 0;
 }
 
-// Prints one card at a time; the store is free between them.
+// Prints some cards at a time; the store is free while their texts are written.
 int PrintCards(Database& database, const std::vector<int64_t>& rowIds, bool json) {
+    constexpr size_t kCardsAtOnce = 64;
     std::map<int32_t, wxString> names;
     if (ReadCategories(database, names) < 0) {
         return kCardsStoreFailed;
     }
+    std::map<int32_t, std::u16string> categories;
+    for (const auto& [id, name] : names) {
+        categories[id] = ToUtf16(name);
+    }
     bool isGood = !json || std::fputs("[", stdout) != EOF;
-    const char* separator = "";
-    for (const int64_t rowId : rowIds) {
-        std::string line;
+    CardPrinter printer(json);
+    for (auto rowId = rowIds.begin(); rowId != rowIds.end() && isGood;) {
+        const auto left = static_cast<size_t>(rowIds.end() - rowId);
+        const auto end = rowId + static_cast<std::ptrdiff_t>(std::min(left, kCardsAtOnce));
         const auto visit = [&](const CardRow& card) {
-            const std::u16string category = ToUtf16(names[card.CategoryId()]);
-            JsonRecordWriter record;
-            WriteCardRecord(record, card, category, true, true);
-            line = json ? record.GetText() : record.GetLine();
+            WriteCardRecord(printer, card, categories[card.CategoryId()], true, true);
+            printer.EndRecord();
         };
-        if (database.VisitCardsByRowId({rowId}, visit) < 0) {
+        if (database.VisitCardsByRowId({rowId, end}, visit) < 0) {
             return kCardsStoreFailed;
         }
-        if (!line.empty()) {
-            isGood = isGood && std::fputs(separator, stdout) != EOF && PrintLine(line);
-            separator = json ? "," : "";
-        }
+        isGood = printer.Print();
+        rowId = end;
     }
-    isGood = isGood && (!json || PrintLine("]")) && std::fflush(stdout) == 0;
+    isGood = isGood && (!json || PrintLine("]"));
     return FinishOutput(isGood);
 }
 
@@ -500,9 +577,10 @@ int RunCounts(const CardsOptions& options) {
     return FinishOutput(isPrinted);
 }
 
-int FinishCheck(const std::vector<ImportFault>& faults, bool json) {
+// Notices stand among the faults and are none.
+int FinishCheck(const std::vector<ImportFault>& faults, bool isGood, bool json) {
     const int outcome = FinishOutput(PrintFaults(faults, json));
-    return faults.empty() ? outcome : kCardsRefused;
+    return isGood ? outcome : kCardsRefused;
 }
 
 int RunCheckStore(const wxString& path, bool json) {
@@ -510,7 +588,7 @@ int RunCheckStore(const wxString& path, bool json) {
     for (const wxString& fault : CheckStoreFile(path)) {
         faults.push_back({fault, -1});
     }
-    return FinishCheck(faults, json);
+    return FinishCheck(faults, faults.empty(), json);
 }
 
 // Looks up in the store the cards that the list names by identity. Where there is no store, an
@@ -524,10 +602,16 @@ int RunCheckList(const CardSource& source, const CardsOptions& options) {
     if (const int failure = asked.Open(use)) {
         return failure;
     }
-    const std::vector<ImportFault> faults =
-        FindFaults(source.MakeInput(asked.GetDatabase()), asked.GetDatabase());
+    ImportResult result;
+    std::vector<ImportFault> faults =
+        FindFaults(source.MakeInput(asked.GetDatabase()), asked.GetDatabase(), result,
+                   std::numeric_limits<size_t>::max());
     asked.GetDatabase().Close();
-    return FinishCheck(faults, options.Json);
+    const bool isGood = faults.empty();
+    for (const SourceNotice& notice : result.Notices) {
+        faults.push_back({notice.Text, notice.Line});
+    }
+    return FinishCheck(faults, isGood, options.Json);
 }
 
 int RunCheck(const CardsOptions& options) {
@@ -535,8 +619,8 @@ int RunCheck(const CardsOptions& options) {
     if (!file.Open(options.Operands.front())) {
         return kCardsRefused;
     }
-    CardSource source;
-    if (!source.Open(file, options.Large)) {
+    CardSource source(options);
+    if (!source.Open(file)) {
         return kCardsRefused;
     }
     return !source.IsDeck() && IsDatabaseFile(file.GetPath())
@@ -624,6 +708,11 @@ int RunRepair(const CardsOptions& options) {
 }
 
 }  // namespace
+
+int FinishOutput(bool isPrinted) {
+    const bool isGood = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && isPrinted;
+    return isGood ? int{kCardsDone} : Refuse(_("The output could not be written to its end."));
+}
 
 int RunCardsCommand(const CardsOptions& options) {
     switch (options.Command) {

@@ -2,9 +2,13 @@
 
 #include <wx/string.h>
 
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "exchange/Export.h"
+#include "exchange/ImportJob.h"
+#include "formats/Table.h"
 
 enum class CardsCommand {
     kImport,
@@ -33,6 +37,10 @@ struct CardsOptions {
     // The only category to list; empty for all.
     wxString Category;
     ExportOptions Export;
+    // How to read a list; what is not set is found out.
+    TableChoice Table;
+    std::vector<ColumnUse> Columns;
+    KnownPairs Known = KnownPairs::kStop;
 };
 
 enum class CommandLineAnswer {
@@ -41,7 +49,9 @@ enum class CommandLineAnswer {
     // Print the help or the version.
     kTell,
     // Print what is wrong with the line.
-    kWrong
+    kWrong,
+    // Text names a word whose bytes are no characters here.
+    kRefused
 };
 
 // Reads the command line. Options may stand before and after the command; text receives what to

@@ -3,19 +3,50 @@
 #include <wx/intl.h>
 
 #include <cstdio>
+#include <utility>
 
 #include "base/Unicode.h"
 #include "exchange/ImportJob.h"
 #include "exchange/ImportPass.h"
 #include "files/StoreRepair.h"
-#include "formats/TextSink.h"
 
 namespace {
 
-std::string UnitsToUtf8(std::u16string_view text) {
-    StringSink sink;
-    sink.Write(text);
-    return ToUtf8(sink.GetText());
+// Appends a character for JSON, or for a cell of a line, in which line breaks and tabs are blanks.
+void AppendCharacter(std::string& out, char32_t point, bool json) {
+    if (json && (point == '"' || point == '\\')) {
+        out.push_back('\\');
+    }
+    if (point >= 0x20) {
+        char bytes[4];
+        out.append(bytes, PutUtf8(point, bytes));
+    } else if (json) {
+        constexpr char kDigits[] = "0123456789abcdef";
+        out.append("\\u00").append(1, kDigits[point >> 4]).append(1, kDigits[point & 0xF]);
+    } else {
+        const bool isBlank = point == '\n' || point == '\r' || point == '\t';
+        out.push_back(isBlank ? ' ' : static_cast<char>(point));
+    }
+}
+
+// Appends a text in UTF-16, whose broken parts become U+FFFD.
+void AppendUtf8(std::string& out, std::u16string_view text, bool json) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        char32_t point = text[i];
+        const bool isHigh = point >= 0xD800 && point < 0xDC00;
+        if (isHigh && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+            point = 0x10000 + ((point - 0xD800) << 10) + (char32_t{text[++i]} - 0xDC00);
+        }
+        AppendCharacter(out, IsScalarValue(point) ? point : kReplacement, json);
+    }
+}
+
+// Returns whether a value of an export, such as "-5" or "2.500000", is a number of JSON; a time and
+// an identity, which may also begin with digits, are not.
+bool IsJsonNumber(std::string_view value) {
+    const std::string_view digits = value.substr(!value.empty() && value.front() == '-' ? 1 : 0);
+    return !digits.empty() && digits.front() != '.' &&
+           digits.find_first_not_of("0123456789.") == std::string_view::npos;
 }
 
 // Otherwise text that is not UTF-8, which we never have, would throw.
@@ -43,20 +74,58 @@ Json DirectionObject(const CategoryCounts::Direction& direction) {
 
 }  // namespace
 
-int JsonRecordWriter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
-    mObject[UnitsToUtf8(name.Text())] = UnitsToUtf8(value);
+int CardPrinter::WriteAttribute(const AttributeName& name, std::u16string_view value) {
+    if (mIsJson) {
+        AppendKey(name.Text());
+        mText.push_back('"');
+        AppendUtf8(mText, value, true);
+        mText.push_back('"');
+        return 0;
+    }
+    for (const auto& [cell, text] :
+         {std::make_pair(u"Front", &mFront), std::make_pair(u"Back", &mBack),
+          std::make_pair(u"Category", &mCategory)}) {
+        if (name.Text() == cell) {
+            AppendUtf8(*text, value, false);
+        }
+    }
     return 0;
 }
 
-std::string JsonRecordWriter::GetText() const {
-    return Dump(mObject);
+int CardPrinter::WritePlain(const AttributeName& name, std::string_view value) {
+    if (!mIsJson) {
+        return 0;
+    }
+    AppendKey(name.Text());
+    const bool isValue = value == "true" || value == "false" || IsJsonNumber(value);
+    mText.append(isValue ? "" : "\"").append(value).append(isValue ? "" : "\"");
+    return 0;
 }
 
-std::string JsonRecordWriter::GetLine() const {
-    const auto cell = [this](const char* name) {
-        return mObject.contains(name) ? Cell(FromUtf8(mObject[name].get<std::string>())) : "";
-    };
-    return cell("Front") + "\t" + cell("Back") + "\t" + cell("Category");
+void CardPrinter::AppendKey(std::u16string_view name) {
+    mText.append(!mIsOpen ? (mHasRecords ? ",{\"" : "{\"") : ",\"");
+    mIsOpen = true;
+    AppendUtf8(mText, name, true);
+    mText.append("\":");
+}
+
+void CardPrinter::EndRecord() {
+    if (mIsJson) {
+        mText.append("}\n");
+    } else {
+        mText.append(mFront).append("\t").append(mBack).append("\t").append(mCategory).append("\n");
+        mFront.clear();
+        mBack.clear();
+        mCategory.clear();
+    }
+    mIsOpen = false;
+    mHasRecords = true;
+}
+
+bool CardPrinter::Print() {
+    const bool isGood = std::fwrite(mText.data(), 1, mText.size(), stdout) == mText.size();
+    mText.clear();
+    return isGood;
 }
 
 bool PrintLine(const std::string& line) {

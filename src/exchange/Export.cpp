@@ -15,6 +15,7 @@
 #include <limits>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -262,7 +263,15 @@ template <class Visit, class Finish>
 int VisitCards(Database& database, const std::vector<int64_t>& rowIds, ExportProgress& progress,
                int32_t& missing, const Visit& visit, const Finish& finish) {
     missing = 0;
+    // Locking anew for each few cards would take longer than reading them. Now and then another
+    // program gets its turn to write, which does not wait for ever.
+    constexpr std::ptrdiff_t kCardsPerLock = 8192;
+    std::optional<StoreReadLock> lock;
     for (auto rowId = rowIds.begin(); rowId != rowIds.end();) {
+        if ((rowId - rowIds.begin()) % kCardsPerLock == 0) {
+            lock.reset();
+            lock.emplace(database);
+        }
         const auto left = static_cast<size_t>(rowIds.end() - rowId);
         const auto count = static_cast<std::ptrdiff_t>(std::min(left, kCardsAtOnce));
         int32_t found = 0;
@@ -337,6 +346,7 @@ int WriteDelimitedCards(TextSink& sink, Database& database, const std::vector<in
     }
     DelimitedWriter writer(sink, options.Delimiter);
     WriteCardHeader(writer, split, options.IncludeScheduling);
+    writer.Flush();
     progress.Position = 0;
     const auto write = [&](const CardRow& card) {
         const int result = WriteCardRecord(writer, card, categories.Find(card.CategoryId()), split,
@@ -375,7 +385,6 @@ int WriteCards(TextSink& sink, Database& database, const std::vector<int64_t>& r
                const ExportOptions& options, ExportProgress& progress) {
     progress.Total = BarLength(rowIds.size());
     progress.Position = 0;
-    const StoreReadLock lock(database);
     CategoryNames categories;
     if (categories.Read(database) < 0) {
         return -1;

@@ -88,8 +88,18 @@ void ImportThread::OnTimer(wxWindow* dialog) {
     if (mResult.RequestSemaphore.TryWait() != wxSEMA_NO_ERROR) {
         return;
     }
-    const bool goOn =
-        mResult.Request == ImportRequest::kMerge ? AskMerge(dialog) : AskNewCategory(dialog);
+    bool goOn = false;
+    switch (mResult.Request) {
+        case ImportRequest::kMerge:
+            goOn = AskMerge(dialog);
+            break;
+        case ImportRequest::kNewCategory:
+            goOn = AskNewCategory(dialog);
+            break;
+        case ImportRequest::kLongField:
+            goOn = AskLongField(dialog);
+            break;
+    }
     if (goOn) {
         Reply();
     } else {
@@ -101,6 +111,14 @@ bool ImportThread::AskNewCategory(wxWindow* parent) {
     const auto answer = mQuestions.AskNewCategory(parent, mResult.CategoryName);
     if (answer == ImportQuestions::CategoryAnswer::kYesToAll) {
         mResult.YesToAllCategories = true;
+    }
+    return answer != ImportQuestions::CategoryAnswer::kCancel;
+}
+
+bool ImportThread::AskLongField(wxWindow* parent) {
+    const auto answer = mQuestions.AskLongField(parent, mResult.LineNumber, mResult.FieldLines);
+    if (answer == ImportQuestions::CategoryAnswer::kYesToAll) {
+        mResult.YesToAllLongFields = true;
     }
     return answer != ImportQuestions::CategoryAnswer::kCancel;
 }

@@ -9,8 +9,10 @@
 #include <functional>
 #include <memory>
 #include <set>
+#include <vector>
 
 #include "base/Worker.h"
+#include "formats/CardRecord.h"
 #include "formats/LegacyRowSource.h"
 #include "store/FlashCard.h"
 
@@ -50,6 +52,8 @@ struct ImportInput {
     // How to read a table that is not in this program's own form; the delimiter does not count
     // then. Null for one that is.
     std::shared_ptr<const TableLayout> Layout = nullptr;
+    // False when backslashes in a table of this program's own form are text, as in formulas.
+    bool HasEscapes = true;
     // Makes the engine that reads a store of version 1.0.
     LegacyRowSourceMaker MakeRowSource = &MakeLegacyRowSource;
     // Needed only for a deck.
@@ -61,7 +65,7 @@ struct ImportInput {
 
 enum class ImportStatus : int32_t { kRunning = 0, kFinished = 1, kCancelled = 2, kFailed = 3 };
 
-enum class ImportRequest : int32_t { kMerge = 0, kNewCategory = 1 };
+enum class ImportRequest : int32_t { kMerge = 0, kNewCategory = 1, kLongField = 2 };
 
 // What becomes of a stored card whose texts differ from the imported card's.
 enum class ImportMergePolicy : int32_t { kAsk = 0, kKeepDatabase = 1, kKeepImported = 2 };
@@ -102,6 +106,10 @@ struct ImportResult {
     uint32_t AttributeMask = 0;
     bool YesToAllCategories = false;
     wxString CategoryName;
+    bool YesToAllLongFields = false;
+    int32_t FieldLines = 0;
+    // What was odd about the file, each thing once.
+    std::vector<SourceNotice> Notices;
 
     // Goes from one status to the next. Returns false, with nothing changed, when the import has
     // been cancelled: a cancel is never overwritten.
@@ -133,6 +141,9 @@ class ImportQuestions {
     virtual ~ImportQuestions() = default;
     // Asks whether a category of that name may be created.
     virtual CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) = 0;
+    // Asks whether a quoted field that goes over so many lines is meant to. The line is that of its
+    // record.
+    virtual CategoryAnswer AskLongField(wxWindow* parent, int32_t line, int32_t lines) = 0;
     // Asks which version of a card to keep. The mask tells the attributes that the record gave.
     virtual MergeAnswer AskMerge(wxWindow* parent, const FlashCard& stored,
                                  const FlashCard& imported, uint32_t attributeMask) = 0;
@@ -161,6 +172,7 @@ class ImportThread : public Worker {
 
   private:
     bool AskNewCategory(wxWindow* parent);
+    bool AskLongField(wxWindow* parent);
     bool AskMerge(wxWindow* parent);
     void Reply();
 

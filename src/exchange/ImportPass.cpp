@@ -3,6 +3,7 @@
 #include <wx/intl.h>
 #include <wx/log.h>
 
+#include <algorithm>
 #include <functional>
 #include <limits>
 #include <list>
@@ -43,6 +44,7 @@ class Pass {
     bool TakeRecord();
     bool FindPair(ImportRecord& record, std::list<FlashCard>& cards);
     bool TakeKnownPair(ImportRecord& record, bool& isDone);
+    bool CheckFieldLines(int32_t line);
     bool FindCategory(ImportRecord& record, int32_t line);
     bool CheckComplete(const ImportRecord& record);
     void Preview();
@@ -137,6 +139,10 @@ bool Pass::Finish() {
         return mResult.Fail(mSource.FailureMessage());
     }
     mResult.RecordsLeftOut = reader.CountLeftOut();
+    if (mOptions.ValidateOnly) {
+        const std::vector<SourceNotice> notices = reader.GetNotices();
+        mResult.Notices.insert(mResult.Notices.end(), notices.begin(), notices.end());
+    }
     const wxString failure = reader.GetFailure();
     if (!failure.empty()) {
         mResult.LineNumber = -1;
@@ -149,6 +155,11 @@ bool Pass::Finish() {
         case CardRecordReader::kRepeatedAttribute:
             mResult.LineNumber = line;
             return mResult.Fail(RepeatedAttributeMessage());
+        case CardRecordReader::kOpenQuote:
+            mResult.LineNumber = line;
+            return mResult.Fail(
+                _("A double quote opens a field here, and no other one closes it in front of a "
+                  "delimiter or at the end of a line."));
         default:
             break;
     }
@@ -165,6 +176,9 @@ bool Pass::TakeRecord() {
         return false;
     }
     mResult.LineNumber = line;
+    if (!CheckFieldLines(line)) {
+        return false;
+    }
     bool isDone = false;
     if (mInput.Pairs != KnownPairs::kStop && mOptions.PreviewAttributes == nullptr &&
         !TakeKnownPair(record, isDone)) {
@@ -186,12 +200,34 @@ bool Pass::TakeRecord() {
     return mInput.Pairs != KnownPairs::kStop || CheckPairIsNew(record);
 }
 
+// A quote that a person has left open swallows the lines up to the next one. Whoever can be asked
+// is asked about a field of many lines, and others are told of it.
+bool Pass::CheckFieldLines(int32_t line) {
+    constexpr int32_t kFewLines = 5;
+    const int32_t lines = mSource.Reader().CountFieldLines();
+    if (!mOptions.ValidateOnly || mOptions.PreviewAttributes != nullptr || lines <= kFewLines ||
+        mResult.YesToAllLongFields) {
+        return true;
+    }
+    if (mOptions.AskCategories) {
+        mResult.FieldLines = lines;
+        return mResult.Ask(ImportRequest::kLongField, line);
+    }
+    mResult.Notices.push_back(
+        {line, wxString::Format(_("A quoted field goes over %i lines. A double quote that is never "
+                                  "closed may be the reason."),
+                                lines)});
+    return true;
+}
+
+size_t HashOfPair(const FlashCard& card) {
+    return std::hash<std::wstring>()(card.Front.ToStdWstring() + L'\0' + card.Back.ToStdWstring());
+}
+
 // Finds the cards with the record's pair of texts, those of the file included.
 bool Pass::FindPair(ImportRecord& record, std::list<FlashCard>& cards) {
     record.JoinSecondTexts();
-    const size_t hash = std::hash<std::wstring>()(record.Card.Front.ToStdWstring() + L'\0' +
-                                                  record.Card.Back.ToStdWstring());
-    if (!mNewPairs.insert(hash).second && !mGroup.Write()) {
+    if (mNewPairs.count(HashOfPair(record.Card)) != 0 && !mGroup.Write()) {
         return false;
     }
     return mDatabase.SelectCardsByFrontBack(record.Card.Front, record.Card.Back, cards) >= 0 ||
@@ -211,7 +247,9 @@ bool Pass::TakeKnownPair(ImportRecord& record, bool& isDone) {
         return true;
     }
     if (mInput.Pairs == KnownPairs::kSkip) {
-        mResult.DuplicatesIgnored += mOptions.ValidateOnly ? 0 : 1;
+        if (!mOptions.ValidateOnly) {
+            mGroup.CountIgnored(mResult.DuplicatesIgnored);
+        }
         isDone = true;
         return true;
     }
@@ -281,7 +319,7 @@ bool Pass::Write(ImportRecord& record) {
         return Insert(record);
     }
     if (record.IsDuplicate()) {
-        ++mResult.DuplicatesIgnored;
+        mGroup.CountIgnored(mResult.DuplicatesIgnored);
         return true;
     }
     return Merge(record, mResult.LineNumber);
@@ -301,6 +339,9 @@ bool Pass::Insert(ImportRecord& record) {
         !mOrders.Take(card.CategoryId, card.IntroductionOrder)) {
         return false;
     }
+    if (mInput.Pairs != KnownPairs::kStop) {
+        mNewPairs.insert(HashOfPair(card));
+    }
     return mGroup.Add(std::move(card));
 }
 
@@ -308,12 +349,13 @@ bool Pass::Insert(ImportRecord& record) {
 bool Pass::Merge(ImportRecord& record, int32_t line) {
     const FlashCard& stored = record.Stored.front();
     const bool sameTexts = record.Card.Front == stored.Front && record.Card.Back == stored.Back;
-    if (sameTexts || mResult.MergePolicy == ImportMergePolicy::kKeepImported) {
+    const bool isPlain = sameTexts && !mInput.AskBeforeChanges;
+    if (isPlain || mResult.MergePolicy == ImportMergePolicy::kKeepImported) {
         return Update(record.Card);
     }
     if (mResult.MergePolicy == ImportMergePolicy::kKeepDatabase) {
         // Counts as merged, since the conflict was settled.
-        ++mResult.RecordsMerged;
+        mGroup.CountIgnored(mResult.RecordsMerged);
         return true;
     }
     mResult.DatabaseCard = stored;
@@ -389,6 +431,21 @@ std::vector<ImportFault> FindFaults(const ImportInput& input, Database& database
 
 namespace {
 
+// Returns whether a column is called "id" and holds something else than identities of cards.
+bool HasIdOfOthers(const TableLayout& layout) {
+    constexpr uint32_t kId = AttributeMask(false, false, kAttributeId);
+    return std::any_of(layout.Columns.begin(), layout.Columns.end(), [](const TableColumn& column) {
+        AttributeInfo info;
+        return column.Use == ColumnUse::kIgnore && LookupAttribute(column.Heading, info) &&
+               info.Mask == kId;
+    });
+}
+
+bool CanOpen(const ImportInput& input, Database& database) {
+    ImportResult result;
+    return ImportSource(true).Open(input, database, result);
+}
+
 bool HasPreview(const ImportInput& input, Database& database) {
     ImportResult result;
     std::vector<CardAttribute> attributes;
@@ -404,30 +461,31 @@ bool GuessFormat(ImportInput& input, Database& database) {
 bool GuessFormat(ImportInput& input, Database& database, const TableSurvey& survey) {
     // What does not fit is no fault.
     const wxLogNull silence;
-    input.Encoding = survey.Encoding;
+    input.Encoding = survey.OwnEncoding;
+    input.HasEscapes = survey.Layout.HasEscapes || !survey.IsOwnForm;
     input.Format = ImportFormat::kDelimited;
     for (const wchar_t delimiter : {L'\t', L',', L' ', L';'}) {
         input.Delimiter = delimiter;
-        if (HasPreview(input, database)) {
+        // A table is what its first row says, and a record below it may have a fault.
+        const bool isNamed = survey.IsOwnForm && survey.Layout.Separator[0] == delimiter &&
+                             !HasIdOfOthers(survey.Layout) && CanOpen(input, database);
+        if (isNamed || HasPreview(input, database)) {
             return true;
         }
     }
     input.Delimiter = L'\t';
+    input.HasEscapes = true;
     input.Format = ImportFormat::kVlmText;
-    if (HasPreview(input, database)) {
+    if (survey.IsOwnText || HasPreview(input, database)) {
         return true;
     }
     if (!survey.Layout.IsComplete()) {
         return false;
     }
+    input.Encoding = survey.Encoding;
     input.Format = ImportFormat::kDelimited;
     input.Layout = std::make_shared<const TableLayout>(survey.Layout);
-    if (HasPreview(input, database)) {
-        return true;
-    }
-    input.Layout = nullptr;
-    input.Format = ImportFormat::kVlmText;
-    return false;
+    return true;
 }
 
 bool ImportPreview(const ImportInput& input, Database& database, ImportResult& result,

@@ -49,13 +49,25 @@ bool ImportGroup::Write() {
     const NewCards::Outcome outcome = mCards.Write();
     mResult.RecordsInserted += outcome.Written;
     if (!outcome.HasFailed) {
+        mIgnored.clear();
         return true;
     }
+    for (const Ignored& ignored : mIgnored) {
+        *ignored.pCounter -= ignored.Line > outcome.Line ? 1 : 0;
+    }
+    mIgnored.clear();
     mResult.LineNumber = outcome.Line;
     // Drops what came after it in the file.
     mCards.Clear();
     return mResult.Fail(
         StoreMessage(_("Unable to add flash card to database.  (%i:%s)"), mDatabase));
+}
+
+void ImportGroup::CountIgnored(int32_t& counter) {
+    ++counter;
+    if (!mCards.IsEmpty()) {
+        mIgnored.push_back({&counter, mResult.LineNumber});
+    }
 }
 
 bool ImportRecord::Read(const CardRecordReader& reader, Database& database, ImportResult& result,

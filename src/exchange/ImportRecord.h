@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <vector>
 
 #include "exchange/NewCards.h"
 #include "formats/CardRecord.h"
@@ -27,11 +28,21 @@ class ImportGroup {
     bool Settle(const CardUuid& id);
     bool Settle(int32_t categoryId);
     bool Write();
+    // Counts a record that changes nothing. The counter, one of the result, is taken back when the
+    // store refuses a card that stands before the record in the file.
+    void CountIgnored(int32_t& counter);
 
   private:
+    // A count that a card of the group may still undo.
+    struct Ignored {
+        int32_t* pCounter;
+        int32_t Line;
+    };
+
     Database& mDatabase;
     ImportResult& mResult;
     NewCards mCards;
+    std::vector<Ignored> mIgnored;
 };
 
 // The card that a record of a file becomes. Lives for that record, on the import's thread.

@@ -95,7 +95,7 @@ bool ImportSource::Open(const ImportInput& input, Database& database, ImportResu
         return true;
     }
     if (input.Format == ImportFormat::kDelimited) {
-        return OpenTable(input.Delimiter, result);
+        return OpenTable(input, result);
     }
     mReader = std::make_unique<VlmTextReader>(*mText, false);
     return true;
@@ -148,8 +148,11 @@ bool ImportSource::OpenText(wxFontEncoding chosen, ImportResult& result) {
     return true;
 }
 
-bool ImportSource::OpenTable(wchar_t delimiter, ImportResult& result) {
-    auto reader = std::make_unique<DelimitedReader>(*mText, delimiter);
+bool ImportSource::OpenTable(const ImportInput& input, ImportResult& result) {
+    auto reader = std::make_unique<DelimitedReader>(*mText, input.Delimiter);
+    if (!input.HasEscapes) {
+        reader->KeepEscapes();
+    }
     if (HasFailed()) {
         result.LineNumber = reader->GetLineNumber();
         return result.Fail(FailureMessage());

@@ -33,7 +33,7 @@ class ImportSource {
   private:
     bool OpenVersion1Store(const ImportInput& input, ImportResult& result);
     bool OpenText(wxFontEncoding chosen, ImportResult& result);
-    bool OpenTable(wchar_t delimiter, ImportResult& result);
+    bool OpenTable(const ImportInput& input, ImportResult& result);
 
     bool mIsPreview;
     wxString mFileName;

@@ -7,6 +7,7 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "store/CardUuid.h"
 
@@ -47,10 +48,21 @@ class AttributeList {
     size_t mCount = 0;
 };
 
+// What a person should know about a source that was read all the same, with its line, from 1.
+struct SourceNotice {
+    int32_t Line = -1;
+    wxString Text;
+};
+
 // A source of records. The import owns it and reads it once to its end, on the import's thread.
 class CardRecordReader {
   public:
-    enum Error : int32_t { kNoError = 0, kMissingSeparator = 1, kRepeatedAttribute = 2 };
+    enum Error : int32_t {
+        kNoError = 0,
+        kMissingSeparator = 1,
+        kRepeatedAttribute = 2,
+        kOpenQuote = 3
+    };
 
     virtual ~CardRecordReader() = default;
 
@@ -61,6 +73,10 @@ class CardRecordReader {
     virtual wxString GetFailure() const { return wxString(); }
     // Returns how many records so far had no text, such as cards with only pictures.
     virtual int32_t CountLeftOut() const { return 0; }
+    // Returns what was odd about the source so far.
+    virtual std::vector<SourceNotice> GetNotices() const { return {}; }
+    // Returns how many lines the longest quoted field of the current record goes over; 0 for none.
+    virtual int32_t CountFieldLines() const { return 0; }
     virtual uint32_t GetAttributeCount() const = 0;
     // Returns an attribute of the current record; valid until the next ReadRecord.
     virtual const CardAttribute& GetAttribute(uint32_t index) const = 0;

@@ -1,5 +1,7 @@
 #include "formats/Delimited.h"
 
+#include <wx/intl.h>
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -15,6 +17,11 @@ constexpr wchar_t kQuote = L'"';
 // The names of all attributes take a few hundred characters. A file without line breaks is no
 // table, which this limit notices long before the limit of a record.
 constexpr size_t kLongestHeader = size_t{1} << 20;
+// A quote in the tables of others is text when its field would be longer.
+constexpr size_t kLongestQuoted = size_t{1} << 20;
+// A field that the end of a sample cuts off has at most so many lines, if it is quoted at all.
+constexpr int32_t kMostCutLines = 20;
+constexpr size_t kMostNotices = 100;
 // Longer rows are written before the next flush.
 constexpr size_t kLongText = size_t{1} << 20;
 
@@ -73,7 +80,12 @@ DelimitedReader::DelimitedReader(CharSource& source, wchar_t delimiter, Foreign 
       mColumns(std::move(foreign.Columns)),
       mRowNumber(foreign.RowNumber),
       mComment(foreign.Comment),
-      mHasEscapes(foreign.HasEscapes) {}
+      mHasEscapes(foreign.HasEscapes),
+      mIsForeign(true),
+      mQuotesAreText(foreign.QuotesAreText),
+      mIsCut(foreign.IsCut),
+      mTextColumns(std::move(foreign.TextColumns)),
+      mLine(foreign.RowNumber + 1) {}
 
 uint32_t DelimitedReader::GetAttributeCount() const {
     return static_cast<uint32_t>(mAttributes.Count());
@@ -85,15 +97,20 @@ float DelimitedReader::GetProgress() const {
 
 bool DelimitedReader::ReadRecord() {
     mAttributes.Clear();
-    while (!mSource.AtEnd()) {
+    SkipFaultyRow();
+    while (!AtEnd()) {
         ++mRowNumber;
         mAttributes.Clear();
         mSource.StartRecord();
+        mFieldLines = 0;
         const Row row = ReadRow([this](size_t index, std::wstring_view field) {
             if (index < mColumns.size()) {
                 mAttributes.Append().Value.assign(field.data(), field.size());
             }
         });
+        if (mError != kNoError) {
+            break;
+        }
         if (!row.IsComment && (row.Fields > 1 || row.HasText)) {
             for (size_t i = 0; i < mColumns.size(); ++i) {
                 CardAttribute& attribute = i < row.Fields ? mAttributes[i] : mAttributes.Append();
@@ -117,7 +134,7 @@ DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
     bool done = false;
     while (!done) {
         mField.clear();
-        mLastTerminator = ReadField();
+        mLastTerminator = ReadField(row.Fields);
         const std::wstring_view field = mHasEscapes ? FinishField(mField) : TrimView(mField);
         if (mComment != 0 && row.Fields == 0) {
             row.IsComment = !mIsQuoted && !field.empty() && field.front() == mComment;
@@ -128,53 +145,164 @@ DelimitedReader::Row DelimitedReader::ReadRow(TakeField take) {
             row.HasText = row.HasText || !field.empty();
         }
         // A character after a closing quote begins another field, even at the end of the text.
-        done = mLastTerminator == 0 || IsLineEnd(mLastTerminator) ||
-               (mLastTerminator == mDelimiter && mSource.AtEnd());
+        done = mLastTerminator == 0 || IsLineEnd(mLastTerminator) || mError != kNoError ||
+               (mLastTerminator == mDelimiter && AtEnd());
     }
     return row;
 }
 
 // Appends the next field's text to mField and returns what ended it.
-wchar_t DelimitedReader::ReadField() {
-    bool quoted = false;
-    wchar_t character = ReadFirst(quoted);
-    mIsQuoted = quoted;
+wchar_t DelimitedReader::ReadField(size_t column) {
+    const bool isPending = mLastTerminator != 0 && !IsBreak(mLastTerminator);
+    wchar_t character = isPending ? mLastTerminator : ReadFirst();
+    mIsQuoted = !isPending && character == kQuote;
+    if (mIsQuoted && !mIsForeign) {
+        return ReadQuoted();
+    }
+    if (mIsQuoted) {
+        wchar_t terminator = 0;
+        if (ReadForeignQuoted(column, terminator)) {
+            return terminator;
+        }
+        mIsQuoted = false;
+    }
     if (character == 0) {
         return 0;
     }
     while (character != 0) {
-        if (!quoted && IsBreak(character)) {
+        if (IsBreak(character)) {
             return character;
         }
-        if (quoted && character == kQuote) {
-            character = mSource.GetChar();
-            if (character != kQuote) {
-                return character;
-            }
-        }
         mField.push_back(character);
-        character = mSource.GetChar();
+        character = GetChar();
     }
-    // A text that ends inside a field ends its line.
+    // The text ended inside a field; that counts as the end of a line.
     return L'\n';
 }
 
-// Returns the first character of the next field, after its opening quote if it has one.
-wchar_t DelimitedReader::ReadFirst(bool& quoted) {
-    const bool isPending = mLastTerminator != 0 && !IsBreak(mLastTerminator);
-    if (isPending) {
-        return mLastTerminator;
-    }
-    wchar_t character = mSource.GetChar();
+// Returns the first character of the next field.
+wchar_t DelimitedReader::ReadFirst() {
+    const wchar_t character = GetChar();
     const bool isOtherHalf = (mLastTerminator == L'\r' && character == L'\n') ||
                              (mLastTerminator == L'\n' && character == L'\r');
-    if (isOtherHalf) {
-        character = mSource.GetChar();
+    return isOtherHalf ? GetChar() : character;
+}
+
+// Reads a field of the program's own form after its opening quote.
+wchar_t DelimitedReader::ReadQuoted() {
+    const int32_t line = mLine;
+    bool hasCrossed = false;
+    for (wchar_t character = GetChar(); character != 0; character = GetChar()) {
+        if (character == kQuote) {
+            character = GetChar();
+            if (character != kQuote) {
+                if (hasCrossed && character != 0 && !IsBreak(character)) {
+                    mError = kOpenQuote;
+                    mErrorLine = line;
+                }
+                return character;
+            }
+        }
+        hasCrossed = hasCrossed || IsLineEnd(character);
+        mField.push_back(character);
     }
-    if (character == kQuote) {
-        quoted = true;
-        character = mSource.GetChar();
+    if (hasCrossed) {
+        mError = kOpenQuote;
+        mErrorLine = line;
     }
+    return mField.empty() ? L'\0' : L'\n';
+}
+
+// Reads a field of another table after its opening quote. Returns false, with nothing read, for one
+// that is not closed as a quoted field is, so that the quote is text.
+bool DelimitedReader::ReadForeignQuoted(size_t column, wchar_t& terminator) {
+    if (mQuotesAreText || (column < mTextColumns.size() && mTextColumns[column])) {
+        return false;
+    }
+    if (mNextAhead == mAhead.size()) {
+        mAhead.clear();
+        mNextAhead = 0;
+    }
+    const size_t start = mNextAhead;
+    const int32_t line = mLine;
+    int32_t lines = 0;
+    bool isClosed = false;
+    mKeepsAhead = true;
+    while (mField.size() < kLongestQuoted) {
+        wchar_t character = GetChar();
+        lines = mLine - line;
+        if (character == 0) {
+            isClosed = mIsCut && lines < kMostCutLines;
+            terminator = mField.empty() ? L'\0' : L'\n';
+            break;
+        }
+        if (character == kQuote) {
+            character = GetChar();
+            if (character != kQuote) {
+                isClosed = character == 0 || IsBreak(character);
+                terminator = character;
+                break;
+            }
+        }
+        mField.push_back(character);
+    }
+    mKeepsAhead = false;
+    if (column >= mQuotes.size()) {
+        mQuotes.resize(column + 1);
+    }
+    if (isClosed) {
+        ++mQuotes[column].Closed;
+        mFieldLines = std::max(mFieldLines, lines + 1);
+        return true;
+    }
+    ++mQuotes[column].Open;
+    NoteOpenQuote(line);
+    mNextAhead = start;
+    mLine = line;
+    mPrevious = kQuote;
+    mField.clear();
+    return false;
+}
+
+void DelimitedReader::NoteOpenQuote(int32_t line) {
+    if (mNotices.size() < kMostNotices) {
+        mNotices.push_back(
+            {line, _("A field begins with a double quote and does not end with one, so that the "
+                     "quote is taken for text.")});
+    }
+}
+
+// Goes on after the line in which the last call has failed.
+void DelimitedReader::SkipFaultyRow() {
+    if (mError == kNoError) {
+        return;
+    }
+    mError = kNoError;
+    while (mLastTerminator != 0 && !IsLineEnd(mLastTerminator)) {
+        mLastTerminator = GetChar();
+    }
+}
+
+bool DelimitedReader::AtEnd() {
+    return mNextAhead == mAhead.size() && mSource.AtEnd();
+}
+
+// Returns the next character, or 0 at the end.
+wchar_t DelimitedReader::GetChar() {
+    wchar_t character = 0;
+    if (mNextAhead < mAhead.size()) {
+        character = mAhead[mNextAhead++];
+    } else {
+        character = mSource.GetChar();
+        if (mKeepsAhead && character != 0) {
+            mAhead.push_back(character);
+            ++mNextAhead;
+        }
+    }
+    if (IsLineEnd(character) && !(character == L'\n' && mPrevious == L'\r')) {
+        ++mLine;
+    }
+    mPrevious = character;
     return character;
 }
 

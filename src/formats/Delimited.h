@@ -14,8 +14,12 @@ class TextSink;
 // Reads a table. The first row names the columns; each further row is a record with an attribute
 // for every column. Fields are separated by the delimiter, may be quoted, and have the escapes \\,
 // \n and \r. A quote opens a quoted field only as its first character, and text after the closing
-// quote begins a new field: "x,"y" is x, and y". The line number counts rows. Anything can be read
-// as a table, so there are no errors.
+// quote begins a new field: "x,"y" is x, and y". The line number counts rows.
+//
+// The only error is a quote that a person has left open: the field crosses a line end, and its
+// closing quote, if there is one, is followed by neither a delimiter nor a line end. An exported
+// row has one line. In the tables of others a quote may also be text: there it opens a quoted field
+// only when that field is closed before a delimiter or a line end.
 class DelimitedReader : public CardRecordReader {
   public:
     // Reads the header. The source is not owned.
@@ -31,14 +35,32 @@ class DelimitedReader : public CardRecordReader {
         wchar_t Comment = 0;
         // True to replace the escapes.
         bool HasEscapes = false;
+        // True when no quote opens a field; and the columns, from 0, in which none does.
+        bool QuotesAreText = false;
+        std::vector<bool> TextColumns = {};
+        // True when the text is the beginning of a longer one, which may cut its last field off.
+        bool IsCut = false;
     };
     DelimitedReader(CharSource& source, wchar_t delimiter, Foreign foreign);
 
+    // The fields of a column that begin with a quote.
+    struct QuoteCount {
+        size_t Closed = 0;
+        size_t Open = 0;
+    };
+    // Returns the counts of the columns of a foreign table, up to the last one with a quote.
+    const std::vector<QuoteCount>& GetQuoteCounts() const { return mQuotes; }
+
     size_t GetColumnCount() const { return mColumns.size(); }
     const wxString& GetColumnName(size_t index) const { return mColumns[index]; }
+    // Leaves \n, \r and \\ as they are, before the first record is read.
+    void KeepEscapes() { mHasEscapes = false; }
 
-    int32_t GetLineNumber() const override { return mRowNumber; }
-    int32_t GetError() const override { return kNoError; }
+    // Returns the line of the quote after an error, and otherwise the row.
+    int32_t GetLineNumber() const override { return mError == kNoError ? mRowNumber : mErrorLine; }
+    int32_t GetError() const override { return mError; }
+    std::vector<SourceNotice> GetNotices() const override { return mNotices; }
+    int32_t CountFieldLines() const override { return mFieldLines; }
     uint32_t GetAttributeCount() const override;
     const CardAttribute& GetAttribute(uint32_t index) const override { return mAttributes[index]; }
     bool ReadRecord() override;
@@ -53,9 +75,15 @@ class DelimitedReader : public CardRecordReader {
 
     template <class TakeField>
     Row ReadRow(TakeField take);
-    wchar_t ReadField();
-    wchar_t ReadFirst(bool& quoted);
+    wchar_t ReadField(size_t column);
+    wchar_t ReadFirst();
+    wchar_t ReadQuoted();
+    bool ReadForeignQuoted(size_t column, wchar_t& terminator);
+    void NoteOpenQuote(int32_t line);
+    void SkipFaultyRow();
     bool IsBreak(wchar_t character) const;
+    wchar_t GetChar();
+    bool AtEnd();
 
     CharSource& mSource;
     wchar_t mDelimiter;
@@ -64,6 +92,24 @@ class DelimitedReader : public CardRecordReader {
     wchar_t mComment = 0;
     bool mHasEscapes = true;
     bool mIsQuoted = false;
+    // How the quotes of a foreign table are read, and what was found.
+    bool mIsForeign = false;
+    bool mQuotesAreText = false;
+    bool mIsCut = false;
+    std::vector<bool> mTextColumns;
+    std::vector<QuoteCount> mQuotes;
+    std::vector<SourceNotice> mNotices;
+    int32_t mFieldLines = 0;
+    int32_t mError = kNoError;
+    int32_t mErrorLine = 0;
+    // The line of the next character, from 1, and the character before that.
+    int32_t mLine = 1;
+    wchar_t mPrevious = 0;
+    // Characters that were read to find the end of a quoted field, and the index of the first that
+    // is still to be delivered.
+    std::wstring mAhead;
+    size_t mNextAhead = 0;
+    bool mKeepsAhead = false;
     AttributeList mAttributes;
     // What ended the field before: a delimiter, a line break, or 0 at the end of the text. After a
     // closing quote it may be any character, and is then the first of the next field.

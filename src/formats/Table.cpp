@@ -75,7 +75,8 @@ void PairReader::Add(std::wstring_view field) {
 
 }  // namespace
 
-std::unique_ptr<CardRecordReader> MakeRowReader(CharSource& source, const TableLayout& layout) {
+std::unique_ptr<CardRecordReader> MakeRowReader(CharSource& source, const TableLayout& layout,
+                                                bool isCut) {
     std::wstring line;
     for (int32_t i = 0; i < layout.HeadLines; ++i) {
         source.ReadLine(line);
@@ -89,6 +90,11 @@ std::unique_ptr<CardRecordReader> MakeRowReader(CharSource& source, const TableL
         foreign.RowNumber = layout.HeadLines;
         foreign.Comment = layout.HasComments ? L'#' : L'\0';
         foreign.HasEscapes = layout.HasEscapes;
+        foreign.QuotesAreText = layout.QuotesAreText;
+        foreign.IsCut = isCut;
+        for (const TableColumn& column : layout.Columns) {
+            foreign.TextColumns.push_back(column.QuotesAreText);
+        }
         const wchar_t delimiter = layout.Separator.empty() ? L'\t' : layout.Separator.front();
         reader = std::make_unique<DelimitedReader>(source, delimiter, std::move(foreign));
     }
@@ -115,6 +121,8 @@ class TableReader : public CardRecordReader {
     bool ReadRecord() override;
     float GetProgress() const override { return mRows->GetProgress(); }
     int32_t CountLeftOut() const override { return mLeftOut; }
+    std::vector<SourceNotice> GetNotices() const override { return mRows->GetNotices(); }
+    int32_t CountFieldLines() const override { return mRows->CountFieldLines(); }
 
   private:
     void TakeIdentity();

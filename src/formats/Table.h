@@ -71,6 +71,8 @@ struct TableColumn {
     // The cell of the first row; empty in a table without names.
     wxString Heading;
     ColumnUse Use = ColumnUse::kIgnore;
+    // True when a quote at the front of a field is text, as it is in most rows that have one.
+    bool QuotesAreText = false;
 };
 
 // How the rows of a table are read.
@@ -91,6 +93,8 @@ struct TableLayout {
     bool HasEscapes = false;
     // True when rows that begin with "#" are comments.
     bool HasComments = false;
+    // True when quotes are text in every column.
+    bool QuotesAreText = false;
     // The category of all cards when no column names theirs; may be empty.
     wxString Category;
     wxString Tags;
@@ -106,12 +110,15 @@ struct TableChoice {
     // Empty lets the survey find it. " - " stands for any text between the two halves of a line.
     std::wstring Separator;
     std::optional<bool> HasHeader;
+    bool QuotesAreText = false;
 };
 
 // The findings from the first rows of a file.
 struct TableSurvey {
     // The encoding of the whole text; wxFONTENCODING_SYSTEM for UTF-8 or Windows-1252.
     wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
+    // The same for this program's own forms, whose encoding is never guessed from their letters.
+    wxFontEncoding OwnEncoding = wxFONTENCODING_SYSTEM;
     TableLayout Layout;
     // The first rows that become cards, with a text for each column.
     std::vector<std::vector<wxString>> Rows;
@@ -119,6 +126,8 @@ struct TableSurvey {
     wxString FirstLine;
     // True when the first row holds only names of attributes, so that no layout is needed.
     bool IsOwnForm = false;
+    // True when most lines are "Name: text" and enough of the names are attributes.
+    bool IsOwnText = false;
 };
 
 // How many rows a survey shows, and how many columns a table may have.
@@ -133,7 +142,8 @@ using CategoryFinder = std::function<bool(const CardUuid& id, wxString& category
 
 // Makes a reader of the raw rows: its records have one attribute for each column of the layout, in
 // their order. It has read past the header. The source is not owned.
-std::unique_ptr<CardRecordReader> MakeRowReader(CharSource& source, const TableLayout& layout);
+std::unique_ptr<CardRecordReader> MakeRowReader(CharSource& source, const TableLayout& layout,
+                                                bool isCut = false);
 
 // Reads the rows of a table as records of attributes. The source is not owned. A card that is found
 // keeps its category when the table says nothing about it.

@@ -36,6 +36,8 @@ constexpr std::wstring_view kPairSeparators[] = {L" - ",      L" \u2013 ", L" \u
 struct Sample {
     wxFontEncoding Encoding = wxFONTENCODING_SYSTEM;
     std::vector<std::wstring> Lines;
+    // True when the file goes on after these lines.
+    bool IsCut = false;
 };
 
 Sample ReadSample(const wxString& fileName, wxFontEncoding chosen) {
@@ -64,11 +66,14 @@ Sample ReadSample(const wxString& fileName, wxFontEncoding chosen) {
         source.ReadLine(line);
         sample.Lines.push_back(line);
     }
+    sample.IsCut = !source.AtEnd();
     return sample;
 }
 
-// Reads the rows of the sample. Empty fields at the end of a row are left out.
-Rows ReadRows(const Sample& sample, const TableLayout& layout) {
+// Reads the rows of the sample. Empty fields at the end of a row are left out. The counts, which
+// may be null, receive the quotes of the columns.
+Rows ReadRows(const Sample& sample, const TableLayout& layout,
+              std::vector<DelimitedReader::QuoteCount>* quotes = nullptr) {
     std::wstring text;
     for (const std::wstring& line : sample.Lines) {
         text += line + L"\n";
@@ -79,7 +84,10 @@ Rows ReadRows(const Sample& sample, const TableLayout& layout) {
     TableLayout raw = layout;
     raw.HasHeader = false;
     raw.Columns.assign(kMostColumns, TableColumn());
-    const std::unique_ptr<CardRecordReader> reader = MakeRowReader(source, raw);
+    for (size_t i = 0; i < layout.Columns.size(); ++i) {
+        raw.Columns[i].QuotesAreText = layout.Columns[i].QuotesAreText;
+    }
+    const std::unique_ptr<CardRecordReader> reader = MakeRowReader(source, raw, sample.IsCut);
     Rows rows;
     while (reader->ReadRecord()) {
         Row row;
@@ -92,6 +100,10 @@ Rows ReadRows(const Sample& sample, const TableLayout& layout) {
         if (!row.empty()) {
             rows.push_back(std::move(row));
         }
+    }
+    const auto* const table = dynamic_cast<const DelimitedReader*>(reader.get());
+    if (quotes != nullptr && table != nullptr) {
+        *quotes = table->GetQuoteCounts();
     }
     return rows;
 }
@@ -169,14 +181,27 @@ Head ReadHead(const Sample& sample, TableLayout& layout) {
 
 // The separator.
 
+// Some attributes have a letter for a name, such as "a", but a letter of ours heads no column of
+// another program's list: it is a word in one. A single sign of Chinese or Japanese is a word.
+bool IsLetter(const wxString& cell) {
+    constexpr wchar_t kFirstSign = 0x2E80;
+    const wxString text = TrimWide(cell);
+    return text.length() == 1 && text[0] < kFirstSign && std::iswalpha(text[0].GetValue()) != 0;
+}
+
+bool IsKnownHeading(const wxString& cell, std::optional<ColumnUse>& use, int& language) {
+    use = FindUseOfHeading(cell, language);
+    // The code of a language, such as "it", is a word of another one as soon as more stands there.
+    const bool isCode = language > 0 && cell.length() > 3 && !std::iswalpha(cell[2].GetValue());
+    return (use.has_value() || language > 0) && !IsLetter(cell) && !isCode;
+}
+
 size_t CountUses(const Row& row) {
-    size_t uses = 0;
-    for (const wxString& cell : row) {
+    return static_cast<size_t>(std::count_if(row.begin(), row.end(), [](const wxString& cell) {
+        std::optional<ColumnUse> use;
         int language = 0;
-        const bool isKnown = FindUseOfHeading(cell, language).has_value() || language > 0;
-        uses += size_t{isKnown};
-    }
-    return uses;
+        return IsKnownHeading(cell, use, language);
+    }));
 }
 
 struct Shape {
@@ -234,17 +259,44 @@ double Rate(const Shape& shape, const Candidate& candidate) {
     return 0.5 + shape.Even + candidate.Bonus + (shape.HasNames ? 1.0 : 0.0);
 }
 
-// Lines "Name: value" are this program's own text form when one name is an attribute's, however
-// wrong the others are.
-bool IsOwnText(const Rows& rows) {
-    AttributeInfo info;
-    return rows.size() < 2 || std::any_of(rows.begin(), rows.end(), [&info](const Row& row) {
-               return LookupAttribute(row.front(), info);
-           });
+// Returns the name of a line "Name: text", or the empty text.
+std::wstring NameOfLine(const std::wstring& line) {
+    constexpr size_t kLongestName = 30;
+    const std::wstring_view text = TrimView(line);
+    const std::wstring_view name = TrimView(text.substr(0, text.find_first_of(L":\uFF1A")));
+    const bool isName = name.size() < text.size() && name.size() <= kLongestName &&
+                        name.find_first_of(L" \t\u3000") == std::wstring_view::npos &&
+                        text.find(L'\t') == std::wstring_view::npos;
+    return isName ? std::wstring(name) : std::wstring();
+}
+
+// Lines "Name: text" are this program's own text form when their names are attributes, however
+// wrong some of them are. In a list of pairs, such as "book: Buch", a name may be one by chance,
+// but no name comes again and again.
+bool IsOwnText(const Sample& sample) {
+    size_t lines = 0;
+    size_t named = 0;
+    size_t known = 0;
+    std::set<std::wstring> names;
+    for (const std::wstring& line : sample.Lines) {
+        const std::wstring_view text = TrimView(line);
+        if (text.empty() || text.front() == L'#') {
+            continue;
+        }
+        ++lines;
+        const std::wstring name = NameOfLine(line);
+        AttributeInfo info;
+        named += size_t{!name.empty()};
+        known += size_t{LookupAttribute(name, info)};
+        names.insert(name);
+    }
+    const bool isMost = named * 5 >= lines * 4;
+    return isMost && known > 0 && (known * 3 >= named || names.size() * 2 <= named);
 }
 
 // Returns the text that splits most lines in two, or the first one when none does.
 std::wstring FindPairSeparator(const Sample& sample, const TableLayout& layout) {
+    const bool isOwnText = IsOwnText(sample);
     std::wstring best(kPairSeparators[0]);
     double greatest = 0.0;
     for (const std::wstring_view separator : kPairSeparators) {
@@ -253,7 +305,7 @@ std::wstring FindPairSeparator(const Sample& sample, const TableLayout& layout) 
         const Rows rows = ReadRows(sample, tried);
         const double parted = ShapeOf(rows).Parted;
         const bool isColon = separator.find(L':') != std::wstring_view::npos;
-        if (parted > greatest && !(isColon && IsOwnText(rows))) {
+        if (parted > greatest && !(isColon && (isOwnText || rows.size() < 2))) {
             greatest = parted;
             best = separator;
         }
@@ -284,19 +336,70 @@ bool IsSide(ColumnUse use) {
     return use == ColumnUse::kFront || use == ColumnUse::kBack;
 }
 
-// Judges whether a row names the columns: at least half of its cells say what they are, and no two
-// say that they are the same side or the same language, as the cells of a list of such words do.
-bool IsHeader(const Row& row) {
+wxString CellAt(const Row& row, size_t column) {
+    return column < row.size() ? row[column] : wxString();
+}
+
+bool IsNumber(const wxString& cell) {
+    return std::all_of(cell.begin(), cell.end(), [](wxUniChar character) {
+        return (character >= '0' && character <= '9') || character == '.' || character == ',';
+    });
+}
+
+// Returns whether the text has a letter of another alphabet than the Latin one.
+bool IsForeignScript(const wxString& cell) {
+    constexpr wchar_t kFirstGreek = 0x370;
+    return std::any_of(cell.begin(), cell.end(), [](wxUniChar character) {
+        return character >= kFirstGreek && std::iswalpha(character.GetValue()) != 0;
+    });
+}
+
+bool BeginsSmall(const wxString& cell) {
+    return !cell.empty() && std::iswlower(cell[0].GetValue()) != 0;
+}
+
+// Judges whether the rows below look otherwise than the first: a column of numbers or of another
+// alphabet stands below a word. Where at least half of the first row is known, capitals count too:
+// its words begin with them, and those below do not, in all columns or, when most is known, in one.
+bool LookOtherwise(const Rows& rows, size_t known, size_t filled) {
+    const Row& first = rows.front();
+    const bool hasCapitals =
+        known * 2 >= filled && std::none_of(first.begin(), first.end(), BeginsSmall);
+    size_t small = 0;
+    for (size_t column = 0; column < first.size(); ++column) {
+        const wxString& head = first[column];
+        const auto allBelow = [&](const auto& predicate) {
+            return std::all_of(rows.begin() + 1, rows.end(), [&](const Row& row) {
+                const wxString cell = CellAt(row, column);
+                return !cell.empty() && predicate(cell);
+            });
+        };
+        const bool isWord = !head.empty() && !IsNumber(head) && !IsForeignScript(head);
+        if (isWord && rows.size() > 2 && (allBelow(IsNumber) || allBelow(IsForeignScript))) {
+            return true;
+        }
+        small += size_t{isWord && allBelow(BeginsSmall)};
+    }
+    return hasCapitals && small >= (known * 2 > filled ? 1 : filled);
+}
+
+// Judges whether the first row names the columns: all of its cells say what they are, or one does
+// and the rows below look otherwise. No two may say that they are the same side or the same
+// language, as the cells of a list of such words do.
+bool IsHeader(const Rows& rows) {
     size_t known = 0;
     size_t filled = 0;
     bool namesSide = false;
     std::set<ColumnUse> sides;
     std::set<int> languages;
-    for (const wxString& cell : row) {
+    for (const wxString& cell : rows.front()) {
         int language = 0;
-        const std::optional<ColumnUse> use = FindUseOfHeading(cell, language);
+        std::optional<ColumnUse> use;
         filled += size_t{!cell.empty()};
-        known += size_t{use.has_value() || language > 0};
+        if (!IsKnownHeading(cell, use, language)) {
+            continue;
+        }
+        ++known;
         namesSide = namesSide || language > 0 || (use && IsSide(*use));
         const bool isRepeated = (language > 0 && !languages.insert(language).second) ||
                                 (use && IsSide(*use) && !sides.insert(*use).second);
@@ -304,11 +407,8 @@ bool IsHeader(const Row& row) {
             return false;
         }
     }
-    return namesSide && known * 2 >= filled;
-}
-
-wxString CellAt(const Row& row, size_t column) {
-    return column < row.size() ? row[column] : wxString();
+    return known == filled ? namesSide
+                           : known > 0 && rows.size() > 1 && LookOtherwise(rows, known, filled);
 }
 
 template <class Predicate>
@@ -316,12 +416,6 @@ bool AllCells(const Rows& rows, size_t column, Predicate predicate) {
     return std::all_of(rows.begin(), rows.end(), [&](const Row& row) {
         const wxString cell = CellAt(row, column);
         return cell.empty() || predicate(cell);
-    });
-}
-
-bool IsNumber(const wxString& cell) {
-    return std::all_of(cell.begin(), cell.end(), [](wxUniChar character) {
-        return (character >= '0' && character <= '9') || character == '.' || character == ',';
     });
 }
 
@@ -444,10 +538,54 @@ bool HasMarkup(const Rows& rows) {
 
 bool IsOwnHeader(const Row& row) {
     std::set<uint32_t> seen;
-    return !row.empty() && std::all_of(row.begin(), row.end(), [&seen](const wxString& name) {
-        AttributeInfo info;
-        return LookupAttribute(name, info) && seen.insert(info.Mask).second;
-    });
+    return row.size() > 1 && std::all_of(row.begin(), row.end(), [&seen](const wxString& name) {
+               AttributeInfo info;
+               return LookupAttribute(name, info) && seen.insert(info.Mask).second;
+           });
+}
+
+// Sets in which columns a quote at the front of a field is text: it does not close the field as a
+// quoted one in most rows that have such a quote.
+void FindTextQuotes(const Sample& sample, TableLayout& layout) {
+    std::vector<DelimitedReader::QuoteCount> quotes;
+    ReadRows(sample, layout, &quotes);
+    layout.Columns.resize(std::min(quotes.size(), kMostColumns));
+    for (size_t i = 0; i < layout.Columns.size(); ++i) {
+        layout.Columns[i].QuotesAreText = quotes[i].Open > quotes[i].Closed;
+    }
+}
+
+// Commands of formulas that begin like the escapes \n and \r.
+constexpr std::wstring_view kCommands[] = {
+    L"nu",     L"ne",     L"neq",     L"nabla",    L"neg",        L"not",
+    L"notin",  L"ni",     L"nmid",    L"nless",    L"nsim",       L"nexists",
+    L"ngeq",   L"nleq",   L"newline", L"nonumber", L"rho",        L"right",
+    L"rangle", L"rceil",  L"rfloor",  L"rm",       L"rightarrow", L"rightleftharpoons",
+    L"rvert",  L"rbrace", L"rbrack",  L"real"};
+
+// Judges whether the backslashes of a table belong to formulas, such as \rho: none of them is an
+// escape for certain, as \\ is, and each that may be one begins a whole command.
+bool HasFormulas(const Sample& sample) {
+    size_t commands = 0;
+    for (const std::wstring& line : sample.Lines) {
+        for (size_t at = line.find(L'\\'); at != std::wstring::npos;
+             at = line.find(L'\\', at + 1)) {
+            const std::wstring_view rest = std::wstring_view(line).substr(at + 1);
+            const auto end = std::find_if(rest.begin(), rest.end(), [](wchar_t character) {
+                return (character < L'a' || character > L'z') &&
+                       (character < L'A' || character > L'Z');
+            });
+            const std::wstring_view word = rest.substr(0, static_cast<size_t>(end - rest.begin()));
+            const bool isEscape = !rest.empty() && (rest[0] == L'n' || rest[0] == L'r');
+            const bool isCommand =
+                std::find(std::begin(kCommands), std::end(kCommands), word) != std::end(kCommands);
+            if ((isEscape && !isCommand) || (!rest.empty() && rest[0] == L'\\')) {
+                return false;
+            }
+            commands += size_t{isEscape};
+        }
+    }
+    return commands > 0;
 }
 
 // Names the columns from the first row, or from the head line that has the names.
@@ -496,6 +634,11 @@ TableSurvey SurveyTable(const wxString& fileName, const TableChoice& choice) {
     TableSurvey survey;
     const Sample sample = ReadSample(fileName, choice.Encoding);
     survey.Encoding = sample.Encoding;
+    survey.OwnEncoding =
+        choice.Encoding == wxFONTENCODING_SYSTEM && !IsEncodingCertain(sample.Encoding)
+            ? wxFONTENCODING_SYSTEM
+            : sample.Encoding;
+    survey.IsOwnText = IsOwnText(sample);
     survey.FirstLine = FirstText(sample);
     TableLayout& layout = survey.Layout;
     const Head head = ReadHead(sample, layout);
@@ -503,20 +646,25 @@ TableSurvey SurveyTable(const wxString& fileName, const TableChoice& choice) {
     if (choice.Separator.size() > 1) {
         layout.Separator = FindPairSeparator(sample, layout);
     } else if (choice.Separator.empty()) {
-        layout.Separator = head.Separator.empty() ? FindSeparator(sample, layout) : head.Separator;
+        layout.Separator = head.Separator;
+        if (head.Separator.empty() && !survey.IsOwnText) {
+            layout.Separator = FindSeparator(sample, layout);
+        }
     }
     if (layout.Separator.empty()) {
         return survey;
     }
+    layout.QuotesAreText = choice.QuotesAreText;
+    FindTextQuotes(sample, layout);
     Rows rows = ReadRows(sample, layout);
     if (rows.empty() && head.Columns.empty()) {
         return survey;
     }
     survey.IsOwnForm = layout.HeadLines == 0 && IsOwnHeader(rows.front()) &&
                        choice.HasHeader.value_or(true) && layout.Separator.size() == 1;
-    layout.HasEscapes = survey.IsOwnForm;
+    layout.HasEscapes = survey.IsOwnForm && !HasFormulas(sample);
     layout.HasHeader =
-        head.Columns.empty() && choice.HasHeader.value_or(!rows.empty() && IsHeader(rows.front()));
+        head.Columns.empty() && choice.HasHeader.value_or(!rows.empty() && IsHeader(rows));
     layout.HasHeader = layout.HasHeader || survey.IsOwnForm;
     NameColumns(head, rows, layout);
     layout.IsHtml = !survey.IsOwnForm && head.IsHtml.value_or(HasMarkup(rows));

@@ -40,6 +40,7 @@ const std::vector<TextEncoding>& GetTextEncodings() {
         {wxFONTENCODING_CP1258, "Windows-1258", wxTRANSLATE("Vietnamese")},
         {wxFONTENCODING_SHIFT_JIS, "Shift_JIS", wxTRANSLATE("Japanese")},
         {wxFONTENCODING_EUC_JP, "EUC-JP", wxTRANSLATE("Japanese")},
+        {wxFONTENCODING_ISO2022_JP, "ISO-2022-JP", wxTRANSLATE("Japanese")},
         {wxFONTENCODING_CP936, "GB18030", wxTRANSLATE("Chinese, simplified")},
         {wxFONTENCODING_BIG5, "Big5", wxTRANSLATE("Chinese, traditional")},
         {wxFONTENCODING_EUC_KR, "EUC-KR", wxTRANSLATE("Korean")}};
@@ -56,6 +57,7 @@ const char* FindCharset(wxFontEncoding encoding) {
         wxFontEncoding Code;
         const char* Charset;
     } supersets[] = {{wxFONTENCODING_SHIFT_JIS, "CP932"},
+                     {wxFONTENCODING_ISO2022_JP, "ISO-2022-JP-3"},
                      {wxFONTENCODING_BIG5, "CP950"},
                      {wxFONTENCODING_EUC_KR, "CP949"},
                      {wxFONTENCODING_CP874, "CP874"}};
@@ -92,6 +94,12 @@ wxFontEncoding RecognizeUtf16(std::string_view bytes) {
         return wxFONTENCODING_SYSTEM;
     }
     return zeros[0] == most ? wxFONTENCODING_UTF16BE : wxFONTENCODING_UTF16LE;
+}
+
+// The text of Japanese mails says by escape sequences which characters come next.
+bool IsIso2022Jp(std::string_view bytes) {
+    return bytes.find("\x1B$B") != std::string_view::npos ||
+           bytes.find("\x1B$@") != std::string_view::npos;
 }
 
 bool IsUtf8(std::string_view bytes, bool isCut) {
@@ -176,7 +184,8 @@ bool HasOnlyPairs(std::string_view bytes) {
 }  // namespace
 
 wxFontEncoding RecognizeEncoding(std::string_view bytes) {
-    const wxFontEncoding wide = RecognizeUtf16(bytes);
+    const wxFontEncoding wide =
+        IsIso2022Jp(bytes) ? wxFONTENCODING_ISO2022_JP : RecognizeUtf16(bytes);
     if (wide != wxFONTENCODING_SYSTEM || IsUtf8(bytes, bytes.size() >= kMostBytes)) {
         return wide;
     }
@@ -203,4 +212,13 @@ wxFontEncoding RecognizeEncoding(wxInputStream& stream) {
     bytes.resize(stream.LastRead());
     stream.SeekI(start);
     return RecognizeEncoding(bytes);
+}
+
+bool IsEncodingCertain(wxFontEncoding encoding) {
+    return encoding == wxFONTENCODING_UTF16LE || encoding == wxFONTENCODING_UTF16BE ||
+           encoding == wxFONTENCODING_ISO2022_JP;
+}
+
+wxFontEncoding FindEncoding(const wxString& charset) {
+    return EncodingOfName(charset);
 }

@@ -37,3 +37,11 @@ wxFontEncoding RecognizeEncoding(std::string_view bytes);
 
 // The same for a stream, which stays where it is.
 wxFontEncoding RecognizeEncoding(wxInputStream& stream);
+
+// Returns whether a text without a mark shows by its own bytes that it is in this encoding, so that
+// no letters have to be compared.
+bool IsEncodingCertain(wxFontEncoding encoding);
+
+// Finds an encoding of the list by its name among programs, such as "shift_jis". Returns
+// wxFONTENCODING_SYSTEM for a name that is not known.
+wxFontEncoding FindEncoding(const wxString& charset);

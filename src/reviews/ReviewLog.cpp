@@ -352,7 +352,10 @@ bool ReviewHistory::Update(const wxString& path, const std::atomic<bool>& cancel
     mDevice = status.st_dev;
     mFile = status.st_ino;
     if (mReviews.empty()) {
-        mReviews.reserve(static_cast<size_t>(status.st_size / kTypicalLine));
+        // A file may have any size and no content, as one with holes in it.
+        constexpr off_t kMostReserved = off_t{1} << 20;
+        mReviews.reserve(
+            static_cast<size_t>(std::min(status.st_size / kTypicalLine, kMostReserved)));
     }
     return ReadPieces(file.Get(), mOffset, [&](std::string_view piece) {
         Take(piece);

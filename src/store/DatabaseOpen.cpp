@@ -131,6 +131,10 @@ bool IsCutOff(sqlite3* handle) {
 
 // Switches off all that would run when it stands in a schema, and foreign keys, whose actions
 // change other rows.
+// Another program, such as velomind-cards beside this one, locks the store for moments only. Who
+// waits so long for it in vain has a store that is in use.
+constexpr int kMostBusyMilliseconds = 5000;
+
 constexpr std::pair<int, int> kSwitches[] = {
     {SQLITE_DBCONFIG_DEFENSIVE, 1},   {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
     {SQLITE_DBCONFIG_ENABLE_VIEW, 0}, {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
@@ -234,6 +238,7 @@ int Database::OpenHandle(const wxString& file) {
         return -1;
     }
     sqlite3_extended_result_codes(mpHandle, 1);
+    sqlite3_busy_timeout(mpHandle, kMostBusyMilliseconds);
     OpenDirectory();
     for (const auto& [option, value] : kSwitches) {
         sqlite3_db_config(mpHandle, option, value, nullptr);

@@ -233,7 +233,7 @@ ImportInput ImportDialog::GetInput() const {
     input.FileName = mFileName;
     input.Format = mpFormatRows->IsDelimited() ? ImportFormat::kDelimited : ImportFormat::kVlmText;
     input.Delimiter = mpFormatRows->GetDelimiter();
-    input.Encoding = mGuessedEncoding;
+    input.Encoding = GetEncoding() == wxFONTENCODING_SYSTEM ? mOwnEncoding : GetEncoding();
     input.Pairs = static_cast<KnownPairs>(mpKnownCards->GetSelection());
     input.AskBeforeChanges = mpAskBefore->GetValue();
     if (mpFormatRows->IsDelimited()) {
@@ -257,9 +257,10 @@ wxFontEncoding ImportDialog::GetEncoding() const {
 // engine's message about it tells more.
 void ImportDialog::TakeLayout(ImportInput& input) const {
     const TableSurvey& survey = mpTable->GetSurvey();
-    input.Encoding = survey.Encoding;
+    input.HasEscapes = survey.Layout.HasEscapes || !survey.IsOwnForm;
     const bool isNeeded = !survey.IsOwnForm && survey.Layout.IsComplete();
     if (isNeeded || mpTable->IsChanged()) {
+        input.Encoding = survey.IsOwnForm ? survey.OwnEncoding : survey.Encoding;
         input.Layout = std::make_shared<const TableLayout>(mpTable->GetLayout());
     }
 }
@@ -278,11 +279,11 @@ bool ImportDialog::DetectDeck() {
 
 // Shows the choices of the chosen form only.
 void ImportDialog::ShowChoices() {
-    const bool isTable = mpFormatRows->IsDelimited();
-    mpEncodingLabel->Show(isTable);
-    mpEncoding->Show(isTable);
-    mpEncodingHelp->Show(isTable);
-    mpTable->Show(isTable);
+    const bool isText = mpFormatRows->GetFormat() != kDeckFormat;
+    mpEncodingLabel->Show(isText);
+    mpEncoding->Show(isText);
+    mpEncodingHelp->Show(isText);
+    mpTable->Show(mpFormatRows->IsDelimited());
     if (mpDeck != nullptr) {
         mpDeck->Show(mpFormatRows->GetFormat() == kDeckFormat && mpDeck->GetFault().empty());
     }
@@ -297,7 +298,7 @@ void ImportDialog::DetectTable() {
     const TableSurvey survey = SurveyTable(mFileName, TableChoice());
     mFits = GuessFormat(input, mDatabase, survey);
     mFirstLine = survey.FirstLine;
-    mGuessedEncoding = input.Encoding;
+    mOwnEncoding = survey.OwnEncoding;
     if (input.Layout != nullptr) {
         // All other separators share one entry.
         const std::wstring& separator = input.Layout->Separator;
@@ -317,6 +318,19 @@ void ImportDialog::SurveyRows() {
     }
 }
 
+// Says behind "Automatic" what that has come to.
+void ImportDialog::ShowEncoding(wxFontEncoding found) {
+    const std::vector<TextEncoding>& all = GetTextEncodings();
+    const auto encoding = std::find_if(
+        all.begin(), all.end(), [found](const TextEncoding& known) { return known.Code == found; });
+    const wxString label = encoding == all.end()
+                               ? wxString(_("Automatic"))
+                               : wxString::Format(_("Automatic: %s"), DescribeEncoding(*encoding));
+    if (mpEncoding->GetString(0) != label) {
+        mpEncoding->SetString(0, label);
+    }
+}
+
 void ImportDialog::RefreshPreview() {
     const bool isDeck = mpFormatRows->GetFormat() == kDeckFormat;
     const wxString fault = isDeck ? mpDeck->GetFault() : mpFormatRows->CheckDelimiter();
@@ -333,7 +347,9 @@ void ImportDialog::RefreshPreview() {
     const wxLogNull silence;
     ImportResult result;
     std::vector<CardAttribute> attributes;
-    if (ImportPreview(GetInput(), mDatabase, result, attributes)) {
+    const ImportInput input = GetInput();
+    ShowEncoding(GetEncoding() == wxFONTENCODING_SYSTEM ? input.Encoding : wxFONTENCODING_SYSTEM);
+    if (ImportPreview(input, mDatabase, result, attributes)) {
         // A file that is no text has no lines.
         const bool hasLine = result.LineNumber >= 1 || result.Message.empty();
         ShowError(hasLine ? wxString::Format(_("%s\nLine Number: %i"), result.Message,
@@ -397,7 +413,13 @@ void ImportDialog::OpenGuide() {
 
 // Puts either the error or the record on the screen.
 void ImportDialog::ShowPreview(bool isError) {
-    const wxString label = isError ? _("Error (first card)") : _("Preview (first card)");
+    wxString label = isError ? _("Error (first card)") : _("Preview (first card)");
+    const TableLayout& layout = mpTable->GetLayout();
+    if (!isError && mpFormatRows->IsDelimited() && layout.HasHeader &&
+        !mpTable->GetSurvey().IsOwnForm) {
+        label = wxString::Format(_("Preview (first card; row %i has the column names)"),
+                                 layout.HeadLines + 1);
+    }
     mpPreviewLabel->SetLabel(label);
     SetAccessibleName(*mpError, label);
     TellRow(*mpPreview, wxString(), label);

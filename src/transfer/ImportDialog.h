@@ -74,6 +74,7 @@ class ImportDialog : public wxDialog {
     void DetectTable();
     void ShowChoices();
     void SurveyRows();
+    void ShowEncoding(wxFontEncoding found);
     void RefreshPreview();
     void ShowRecord(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
@@ -95,7 +96,7 @@ class ImportDialog : public wxDialog {
     // The first line of the file that is not empty.
     wxString mFirstLine;
     // The encoding that the file seems to have, for the program's own form.
-    wxFontEncoding mGuessedEncoding = wxFONTENCODING_SYSTEM;
+    wxFontEncoding mOwnEncoding = wxFONTENCODING_SYSTEM;
     // Null when the file is no deck.
     DeckPanel* mpDeck = nullptr;
     wxStaticText* mpEncodingLabel = nullptr;

@@ -6,6 +6,7 @@
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 
+#include <algorithm>
 #include <list>
 
 #include "base/Text.h"
@@ -22,22 +23,21 @@
 namespace {
 
 constexpr int kCategoryDialogId = 10038;
+constexpr int kLongFieldDialogId = 10039;
 constexpr int kTextWidth = 380;
 
-// Asks whether to create a category that a file names and the store lacks. ShowModal returns
-// wxID_YES, wxID_YESTOALL for this one and all others of the file, or wxID_CANCEL.
-class NewCategoryDialog : public wxDialog {
+// Asks whether an import may go on. ShowModal returns wxID_YES, wxID_YESTOALL for this question and
+// all others of its kind about the file, or wxID_CANCEL.
+class GoOnDialog : public wxDialog {
   public:
-    NewCategoryDialog(wxWindow* parent, const wxString& categoryName);
+    GoOnDialog(wxWindow* parent, int id, const wxString& caption, const wxString& question);
 };
 
-NewCategoryDialog::NewCategoryDialog(wxWindow* parent, const wxString& categoryName)
-    : wxDialog(parent, kCategoryDialogId, _("New Category")) {
+GoOnDialog::GoOnDialog(wxWindow* parent, int id, const wxString& caption, const wxString& question)
+    : wxDialog(parent, id, caption) {
     auto* const text = new wxStaticText(this, wxID_ANY, wxString());
-    // As label text, an ampersand in the name is shown instead of underlining a letter.
-    text->SetLabelText(
-        wxString::Format(_("Category \"%s\" does not exist.  Would you like to create it?"),
-                         ShownName(categoryName)));
+    // As label text, an ampersand in a name is shown and underlines nothing.
+    text->SetLabelText(question);
     text->Wrap(FromDIP(kTextWidth));
     auto* const yes = new wxButton(this, wxID_YES, _("&Yes"));
     auto* const yesToAll = new wxButton(this, wxID_YESTOALL, _("Yes to All"));
@@ -63,16 +63,37 @@ NewCategoryDialog::NewCategoryDialog(wxWindow* parent, const wxString& categoryN
 
 }  // namespace
 
+namespace {
+
+ImportQuestions::CategoryAnswer AskToGoOn(wxWindow* parent, int id, const wxString& caption,
+                                          const wxString& question) {
+    switch (GoOnDialog(parent, id, caption, question).ShowModal()) {
+        case wxID_YES:
+            return ImportQuestions::CategoryAnswer::kYes;
+        case wxID_YESTOALL:
+            return ImportQuestions::CategoryAnswer::kYesToAll;
+        default:
+            return ImportQuestions::CategoryAnswer::kCancel;
+    }
+}
+
+}  // namespace
+
 ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskNewCategory(wxWindow* parent,
                                                                       const wxString& name) {
-    switch (NewCategoryDialog(parent, name).ShowModal()) {
-        case wxID_YES:
-            return CategoryAnswer::kYes;
-        case wxID_YESTOALL:
-            return CategoryAnswer::kYesToAll;
-        default:
-            return CategoryAnswer::kCancel;
-    }
+    return AskToGoOn(
+        parent, kCategoryDialogId, _("New Category"),
+        wxString::Format(_("Category \"%s\" does not exist.  Would you like to create it?"),
+                         ShownName(name)));
+}
+
+ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskLongField(wxWindow* parent, int32_t line,
+                                                                    int32_t lines) {
+    return AskToGoOn(
+        parent, kLongFieldDialogId, _("Long Field"),
+        wxString::Format(_("The record at line %i has a quoted field of %i lines.  A double quote "
+                           "that is never closed may be the reason.  Import it as it is?"),
+                         line, lines));
 }
 
 wxString ImportQuestionDialogs::NameOfCategory(int32_t id) const {
@@ -114,26 +135,28 @@ void TellComplete(wxWindow& parent, const ImportResult& result, const wxTimeSpan
                                                  static_cast<unsigned>(result.RecordsLeftOut)),
                                         result.RecordsLeftOut);
     }
+    constexpr size_t kMostTold = 10;
+    for (size_t i = 0; i < std::min(result.Notices.size(), kMostTold); ++i) {
+        const SourceNotice& notice = result.Notices[i];
+        text += "\n" + wxString::Format(_("Line %i: %s"), notice.Line, notice.Text);
+    }
+    if (result.Notices.size() > kMostTold) {
+        text += "\n" + _("(there may be more)");
+    }
     ShowMessageBox(text, _("Import Complete"), wxOK | wxCENTRE, &parent);
 }
 
-void TellFailure(wxWindow* parent, const ImportResult& result) {
-    if (result.Message.empty()) {
-        // The log has the reason, such as the toolkit's own message about a missing file.
-        return;
-    }
-    const wxString text =
-        result.LineNumber >= 1
-            ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
-            : result.Message;
-    ShowMessageBox(text, _("Import Failed"), wxOK | wxCENTRE, parent);
+wxString DescribeFailure(const ImportResult& result) {
+    return result.LineNumber >= 1
+               ? wxString::Format(_("%s\nLine Number: %i"), result.Message, result.LineNumber)
+               : result.Message;
 }
 
 }  // namespace
 
 bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInput& input,
                         Database& database, FatalErrorReport& report,
-                        std::set<int32_t>* touchedCategories) {
+                        std::set<int32_t>* touchedCategories, wxString* pFailure) {
     // An error was told, and the import goes on.
     services.BackUpStore(parent, BackupCause::kImport);
     const wxDateTime start = CurrentTime();
@@ -154,7 +177,13 @@ bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInp
         case ImportStatus::kCancelled:
             return false;
         default:
-            TellFailure(parent, result);
+            if (pFailure != nullptr) {
+                *pFailure = DescribeFailure(result);
+            } else if (!result.Message.empty()) {
+                // Without a message, the toolkit's own for a file that is not there says why.
+                ShowMessageBox(DescribeFailure(result), _("Import Failed"), wxOK | wxCENTRE,
+                               parent);
+            }
             return false;
     }
 }

@@ -19,6 +19,7 @@ class ImportQuestionDialogs : public ImportQuestions {
     explicit ImportQuestionDialogs(Database* database = nullptr) : mpDatabase(database) {}
 
     CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) override;
+    CategoryAnswer AskLongField(wxWindow* parent, int32_t line, int32_t lines) override;
     MergeAnswer AskMerge(wxWindow* parent, const FlashCard& stored, const FlashCard& imported,
                          uint32_t attributeMask) override;
 
@@ -35,6 +36,8 @@ class ImportQuestionDialogs : public ImportQuestions {
 // With a parent, asks before it creates a category and tells a success. Without one, as on the
 // command line, creates categories unasked and tells only a failure. Adds the ids of the categories
 // that cards went into to the set, which may be null. The caller notifies the database's observers.
+// A failure goes to pFailure, instead of to a message box, unless that is null.
 bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInput& input,
                         Database& database, FatalErrorReport& report,
-                        std::set<int32_t>* touchedCategories = nullptr);
+                        std::set<int32_t>* touchedCategories = nullptr,
+                        wxString* pFailure = nullptr);

@@ -38,23 +38,35 @@ wxArrayString UseLabels() {
 TablePanel::TablePanel(wxWindow* parent, std::function<void()> onChange)
     : wxPanel(parent), mOnChange(std::move(onChange)) {
     mpHasHeader = new wxCheckBox(this, ID_HAS_HEADER, _("First row holds column names"));
+    mpQuotesAreText = new wxCheckBox(this, ID_QUOTES_ARE_TEXT, _("Quotes are text"));
     mpRows = new wxScrolledWindow(this, ID_ROWS, wxDefaultPosition,
                                   FromDIP(wxSize(-1, kRowsHeight)), wxHSCROLL | wxVSCROLL);
     SetAccessibleName(*mpRows, _("First rows"));
     mpRows->SetScrollRate(1, 1);
     LetFormScroll(*mpRows);
+    auto* const boxes = new wxBoxSizer(wxHORIZONTAL);
+    boxes->Add(mpHasHeader);
+    boxes->Add(mpQuotesAreText, wxSizerFlags().Border(wxLEFT, FromDIP(kFormEdge)));
     auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(mpHasHeader);
+    rows->Add(boxes);
     rows->Add(mpRows, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kFormGap)));
     SetSizer(rows);
     mpHasHeader->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent& event) {
         mChoice.HasHeader = event.IsChecked();
-        mIsChanged = true;
-        mSurvey = SurveyTable(mFileName, mChoice);
-        TakeRememberedUses();
-        ShowRows();
-        mOnChange();
+        SurveyAgain();
     });
+    mpQuotesAreText->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent& event) {
+        mChoice.QuotesAreText = event.IsChecked();
+        SurveyAgain();
+    });
+}
+
+void TablePanel::SurveyAgain() {
+    mIsChanged = true;
+    mSurvey = SurveyTable(mFileName, mChoice);
+    TakeRememberedUses();
+    ShowRows();
+    mOnChange();
 }
 
 void TablePanel::Survey(const wxString& fileName, wxFontEncoding encoding,
@@ -64,8 +76,9 @@ void TablePanel::Survey(const wxString& fileName, wxFontEncoding encoding,
     }
     const wxBusyCursor busy;
     mFileName = fileName;
-    mChoice = {encoding, separator, std::nullopt};
-    mIsChanged = false;
+    mChoice = {encoding, separator, std::nullopt, mChoice.QuotesAreText};
+    // A table of the program's own form has a layout only while the user has changed something.
+    mIsChanged = mChoice.QuotesAreText;
     mSurvey = SurveyTable(mFileName, mChoice);
     TakeRememberedUses();
     ShowRows();
@@ -102,6 +115,7 @@ void TablePanel::ShowRows() {
     mpRows->FitInside();
     mpRows->Show(columns > 0);
     mpHasHeader->Enable(columns > 0);
+    mpQuotesAreText->Enable(columns > 0 || mChoice.QuotesAreText);
     Layout();
 }
 

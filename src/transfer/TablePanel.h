@@ -21,6 +21,7 @@ class TablePanel : public wxPanel {
     enum ControlId : int {
         ID_HAS_HEADER = 10401,
         ID_ROWS = 10402,
+        ID_QUOTES_ARE_TEXT = 10403,
         // The choice above the first column; the others follow.
         ID_FIRST_USE = 10410
     };
@@ -41,6 +42,7 @@ class TablePanel : public wxPanel {
     void RememberUses() const;
 
   private:
+    void SurveyAgain();
     void TakeRememberedUses();
     void ShowRows();
     void AddColumnHead(size_t column, wxFlexGridSizer& grid);
@@ -54,6 +56,7 @@ class TablePanel : public wxPanel {
     bool mIsChanged = false;
 
     wxCheckBox* mpHasHeader = nullptr;
+    wxCheckBox* mpQuotesAreText = nullptr;
     wxScrolledWindow* mpRows = nullptr;
     std::vector<wxChoice*> mUses;
 };

@@ -43,11 +43,13 @@ class CardsRoad(RoadTest):
             return file.read()
 
     def test_lines_that_make_no_sense(self):
-        for arguments in (("fly",), ("list", "--wings")):
+        for arguments in (("fly",), ("list", "--wings"), ("--json", "export"), ("list", "--category")):
             with self.subTest(arguments):
                 code, output, error = self.run_cards(*arguments)
                 self.assertEqual((2, ""), (code, output))
-                self.assertNotEqual("", error)
+                self.assertTrue(error.startswith("velomind-cards: "), error)
+        self.assertIn('"export" does not take the option --json', self.run_cards("--json", "export")[2])
+        self.assertIn("--known=stop|skip|update", self.run_cards("import", "--help")[1])
         self.assertFalse(os.path.exists(self.sandbox.store))
 
     def test_no_window_library(self):
@@ -58,7 +60,9 @@ class CardsRoad(RoadTest):
         self.assertEqual(0, self.run_cards("--store", store, "import", self.sandbox.write("two.txt", TWO))[0])
         bad = self.sandbox.write("bad.vlm.txt", FAULTS)
         whole = self.read(store)
-        cases = ((1, "line 4", "import", bad), (1, "cannot be read", "import", "absent.txt"),
+        cases = ((1, "line 4", "import", bad), (1, "cannot be read: No such file", "import", "absent.txt"),
+                 (1, "cannot be read: Is a directory", "import", self.sandbox.root),
+                 (1, "\"caf\\xe9\"", "import", os.fsdecode(b"caf\xe9")),
                  (1, "store of flash cards", "import", store), (1, "no category", "list", "--category", "X"),
                  (1, "flash cards themselves", "export", "--output", store),
                  (3, "There is no store", "--store", "absent.vlm", "due"),
@@ -86,7 +90,7 @@ class CardsRoad(RoadTest):
         code, output, _ = self.run_cards("--json", "import", self.sandbox.write("bad.txt", FAULTS))
         self.assertEqual((1, 4), (code, json.loads(output)["line"]))
         listed = self.cards("list", "--category", "Numbers", "ein")
-        self.assertEqual([("one", "eins", "false")], [(c["Front"], c["Back"], c["Introduced"]) for c in listed])
+        self.assertEqual([("one", "eins", False)], [(c["Front"], c["Back"], c["Introduced"]) for c in listed])
         self.assertEqual("one\teins\tNumbers\n", self.run_cards("list", "ein")[1])
         self.assertEqual([{"category": "Numbers", "forward": 0, "reverse": 0}], self.cards("due"))
         self.change("UPDATE Cards SET Introduced=1, LastReview=1, NextReview=2 WHERE Front='two'")
@@ -104,6 +108,48 @@ class CardsRoad(RoadTest):
                     "--json", "--store", again, "import", exported)[1])["inserted"])
                 os.remove(again)
         self.sandbox.check_store()
+
+    def test_how_a_list_is_read(self):
+        latin = self.sandbox.write("latin.txt", "Front;Back\npiù;gi\xe0\n".encode("cp1252"))
+        words = self.sandbox.write("words.csv", "a|it|eins\nback|it|zwei\n")
+        cases = ((["Front=Back", "pi\u00f9=gi\u00e0"], latin, "--encoding", "windows-1252", "--headings", "no"),
+                 (["pi\u0449=gi\u0430"], latin, "--encoding", "windows-1251"),
+                 (["eins=a", "zwei=back"], words, "--delimiter", "pipe", "--columns", "back,ignore,front"),
+                 (["it=back"], words, "--delimiter", "|", "--headings", "yes"))
+        for expected, path, *options in cases:
+            with self.subTest(options):
+                store = self.sandbox.path("how.vlm")
+                self.assertEqual(0, self.run_cards("--store", store, "import", *options, path)[0])
+                self.assertEqual(expected, ["=".join(line.split("\t")[:2]) for line in
+                                            self.run_cards("--store", store, "list")[1].splitlines()])
+                os.remove(store)
+        two = self.sandbox.write("two.txt", TWO.replace("id\t", "Notes\t"))
+        self.cards("import", two)
+        self.assertEqual(1, self.run_cards("import", two)[0])
+        self.assertEqual(2, self.cards("import", "--known", "skip", two)["duplicates"])
+        odd = self.sandbox.write("odd.csv", "a,\"b, c\"\nd,\"e, f\"\ng,\"h\" i\n")
+        self.assertEqual([3], [fault["line"] for fault in self.cards("check", odd)])
+        told = self.cards("import", odd)
+        self.assertEqual(3, told["inserted"])
+        self.assertIn("Line 3: ", told["notices"][0])
+
+    def test_an_import_without_a_card_leaves_no_store(self):
+        for text in ("", "words\n", "Front,Back\n"):
+            with self.subTest(text):
+                self.run_cards("import", self.sandbox.write("list.txt", text))
+                self.assertFalse(os.path.exists(self.sandbox.store))
+
+    def test_output_that_cannot_be_written_is_told(self):
+        two = self.sandbox.write("two.txt", TWO)
+        self.cards("import", two)
+        for arguments in (("import", two), ("--json", "import", two), ("export",), ("export", "--output", "-"),
+                          ("list",), ("--json", "list"), ("due",), ("stats",), ("--json", "check", two),
+                          ("backup", self.sandbox.path("copy.vlm")), ("--help",), ("--version",)):
+            with self.subTest(arguments), open("/dev/full", "w", encoding="utf-8") as full:
+                done = subprocess.run([CARDS, *arguments], env=self.sandbox.environment(), stdout=full,
+                                      stderr=subprocess.PIPE, text=True, timeout=60, check=False)
+                self.assertEqual((1, "velomind-cards: The output could not be written to its end.\n"),
+                                 (done.returncode, done.stderr))
 
     def test_every_fault_of_a_list_and_of_a_store(self):
         bad = self.sandbox.write("bad.txt", FAULTS)

@@ -55,6 +55,23 @@ class CommandLineRoad(RoadTest):
         self.assertTrue(os.path.exists(words))
         self.assertFalse(os.path.exists(self.sandbox.store))
 
+    @on_one_desktop
+    def test_an_import_without_questions_waits_for_nobody(self):
+        words = self.sandbox.write("words.txt", "Front\tBack\na\n")
+        program = self.sandbox.start("--no-questions", "--import", words)
+        self.assertEqual(1, program.wait())
+        self.assertIn("must have an back attribute", program.error_text())
+        self.assertTrue(os.path.exists(words))
+        good = self.sandbox.write("good.txt", "Front\tBack\na\tb\n")
+        self.assertEqual(0, self.sandbox.run("--no-questions", "--import", good))
+        self.assertFalse(os.path.exists(good))
+        with open(self.sandbox.store, "wb") as file:
+            file.write(b"no store" * 1000)
+        program = self.sandbox.start("--no-questions", "--import", words)
+        self.assertEqual(1, program.wait())
+        self.assertIn("cannot be opened", program.error_text())
+        self.assertTrue(os.path.exists(words))
+
     def refuse(self, path):
         program = self.sandbox.start("--import", path)
         self.assertEqual(1, program.wait())

@@ -103,7 +103,7 @@ class ImportRoad(RoadTest):
         program = self.sandbox.start()
         for path, count in zip(files, (3, 2)):
             self.choose_file(program, path)
-            program.wait_text("Preview (first card)")
+            program.wait_text("Preview (first card")
             program.click("OK")
             program.wait_window("Import Complete")
             program.wait_text(f"{count} Records Inserted")

@@ -97,6 +97,9 @@ TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone)
               "true,\"a\\r\\n\"\"b\"\"\"\n"
               "00000000-0000-4000-8000-000000000001,f,,b,,,,,0,false,false,\n");
     EXPECT_EQ(mProgress.Missing, 1);
+    mRowIds.clear();
+    EXPECT_EQ(Text(ExportFormat::kDelimited, false),
+              "id,Front,Back,Category,Author,Chapter,IntroductionOrder,ForwardX,ReverseX,Notes\n");
     mDatabase.Close();
     wxString text;
     EXPECT_LT(ExportToString(text, mDatabase, mRowIds, {}, mProgress), 0);

@@ -77,6 +77,13 @@ TEST_F(ImportIntoStore, SkipsOrUpdatesKnownPairs) {
     EXPECT_EQ(Cards(), (Strings{"f\n\xE3\x80\x90r\xE3\x80\x91|b|Words|0", "g|h|Default|1"}));
     EXPECT_EQ(Stored(card.CardId).Notes, "new");
     EXPECT_TRUE(Stored(card.CardId).Forward.Introduced);
+
+    // The first card still waits in its group when the second asks for its pair.
+    const std::string id = Id(MakeCard("", ""));
+    input = TextFile(id + "f: new\nb: pair\n\nf: new\nb: pair\n");
+    input.Pairs = KnownPairs::kSkip;
+    EXPECT_EQ(Run(input), 0);
+    EXPECT_EQ(Outcome(), "1 inserted, 0 merged, 1 ignored");
 }
 
 TEST_F(ImportIntoStore, RefusesANewCardWhosePairOfTextsIsThere) {
@@ -205,6 +212,11 @@ TEST_F(ImportIntoStore, ARefusedCardKeepsThoseBeforeItAndTellsItsLine) {
     EXPECT_EQ(ImportTable(text), -1);
     EXPECT_EQ(Outcome(), "Unable to add flash card to database.  (1811:no) @1040");
     EXPECT_EQ(mResult->RecordsInserted, 1038);
+    // A record that stands after it is not counted.
+    const std::string known = Id(Insert(MakeCard("a", "b")));
+    EXPECT_EQ(Import(known + "\nf: f\nb: bad\n\n" + known), -1);
+    EXPECT_EQ(mResult->DuplicatesIgnored, 1);
+    Query("DELETE FROM Cards WHERE Front = 'a'");
     EXPECT_EQ(Cards().size(), 1038U);
     // What fails behind them leaves them, too.
     const FlashCard card = Insert(MakeCard("f", "b"));

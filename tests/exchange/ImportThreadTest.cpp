@@ -18,6 +18,9 @@ struct FakeQuestions : ImportQuestions {
         Categories.pop_front();
         return answer;
     }
+    CategoryAnswer AskLongField(wxWindow*, int32_t line, int32_t lines) override {
+        return AskNewCategory(nullptr, wxString::Format("%i:%i", line, lines));
+    }
     MergeAnswer AskMerge(wxWindow*, const FlashCard& stored, const FlashCard& imported,
                          uint32_t mask) override {
         ++Merges;
@@ -129,6 +132,43 @@ TEST_F(ImportOnAThread, MergesAsThePolicySays) {
     EXPECT_EQ(Run(text, false).GetResult().RecordsMerged, 3);
     EXPECT_EQ(mQuestions.Merges, 2);
     EXPECT_EQ(backs(), (std::vector<std::string>{"new|", "b|w", "new|", "new|"}));
+}
+
+// A change of a schedule alone, too, when the user wants to be asked; a record without a change
+// never.
+TEST_F(ImportOnAThread, AsksBeforeAnyChange) {
+    const FlashCard card = Insert(MakeCard("f", "b"));
+    const std::string id = "id: " + FormatUuid(card.CardId).utf8_string() + "\n";
+    mQuestions.Merge = [](const FlashCard& stored, const FlashCard&, uint32_t) {
+        ImportQuestions::MergeAnswer answer;
+        answer.IsOk = true;
+        answer.Merged = stored;
+        return answer;
+    };
+    for (const bool asks : {true, false}) {
+        ImportInput input = TextFile(id + "Introduced: true\nLastScore: 2\n\n" + id);
+        input.AskBeforeChanges = asks;
+        mThread = std::make_unique<ImportThread>(input, mDatabase, true, &mTouched, mQuestions);
+        mThread->Start();
+        EXPECT_TRUE(TickUntil(*mThread, [this] { return mThread->IsFinished(); }));
+        EXPECT_EQ(mQuestions.Merges, 1);
+        EXPECT_EQ(Stored(card.CardId).Forward.Introduced, !asks);
+    }
+}
+
+// Only whoever can answer is asked; others are told.
+TEST_F(ImportOnAThread, AsksAboutAFieldOfManyLines) {
+    for (const bool asks : {true, false}) {
+        ImportInput input =
+            TextFile("Wort;Meaning\nHund;dog\nKatze;\"c\na\nt\n1\n2\n3\"\nKuh;cow\n");
+        GuessFormat(input, mDatabase);
+        mThread = std::make_unique<ImportThread>(input, mDatabase, asks, &mTouched, mQuestions);
+        mThread->Start();
+        EXPECT_TRUE(TickUntil(*mThread, [this] { return mThread->IsFinished(); }));
+        EXPECT_EQ(mQuestions.Asked, "3:6 ");
+        EXPECT_EQ(CardCount(), asks ? 0 : 3) << "cancelled";
+        EXPECT_EQ(mThread->GetResult().Notices.size(), asks ? 0U : 1U);
+    }
 }
 
 TEST_F(ImportOnAThread, LeavesWholeCardsWhenItIsCancelledOrItsOwnerGoes) {

@@ -34,7 +34,7 @@ TEST(DelimitedReader, ReadsFields) {
         {"a quote inside", "a\"b,\"c", "a\"b|c|/"},
         {"delimiter and quote undoubled", "\"x,\"y\"", "x,|y\"|/"},
         {"lines inside quotes", "\"a\r\nb\",c\nd", "a\r\nb|c|/d||/"},
-        {"an open quote", "a,\"b\nc,d\n", "a|b\nc,d|/"},
+        {"an open quote", "a,\"b", "a|b|/"},
         {"an open quote with nothing in it", "a,\"", "a||/"},
         {"an empty quoted field", "\"\",a", "|a|/"},
         {"escapes", "a\\nb,a\\\\nb,\\r\\q\\", "a\nb|a\\nb|\r\\q\\/"},
@@ -47,4 +47,30 @@ TEST(DelimitedReader, ReadsFields) {
     EXPECT_EQ(Rows("a  b\n", ' '), "a||b/");
     // A quote cannot both part and enclose fields; the text is read to its end all the same.
     EXPECT_EQ(Rows("a\"b\n", '"'), "a|b|/");
+}
+
+// Exported rows never cross lines, so this is a quote that a person has forgotten. The rows after
+// the faulty line are read all the same, to find their faults.
+TEST(DelimitedReader, RefusesAnOpenQuoteThatSwallowsRows) {
+    const std::tuple<const char*, std::string, int32_t, std::string> cases[] = {
+        {"closed inside another field", "1,2\na,b\nc,\"d\ne,\"f\"\ng,h\n", 3, "g|h/"},
+        {"never closed", "1,2\na,b\nc,\"d\ne,f\n", 3, ""},
+        {"after a field of two lines", "1,2\r\n\"a\r\nb\",c\r\nd,\"e\r\nf\" g\r\nh,i\r\n", 4,
+         "h|i/"},
+        {"closed on its own line", "1,2\n\"a\"b\n", 0, ""},
+    };
+    for (const auto& [what, text, line, rest] : cases) {
+        TextOfBytes file(text);
+        DelimitedReader reader(file.Source(), L',');
+        while (reader.ReadRecord()) {
+        }
+        EXPECT_EQ(reader.GetError(), line > 0 ? reader.kOpenQuote : reader.kNoError) << what;
+        EXPECT_EQ(line > 0 ? reader.GetLineNumber() : 0, line) << what;
+        std::string rows;
+        for (; reader.ReadRecord(); rows += "/") {
+            rows += reader.GetAttribute(0).Value.utf8_string() + "|" +
+                    reader.GetAttribute(1).Value.utf8_string();
+        }
+        EXPECT_EQ(rows, rest) << what;
+    }
 }

@@ -52,8 +52,11 @@ ALLOWED = {
     "HtmlText.cpp": {"[sound:"},
     # The words of a command line, and names of attributes.
     "CardsOptions.cpp": {"export [--format vlm|delimited|vlm1|anki] [--scheduling] [--output FILE]",
-                         "list [--category NAME] [SEARCH]", "check FILE", "restore FILE",
-                         "repair DAMAGED NEW"},
+                         "list [--category NAME] [SEARCH]", "restore FILE", "repair DAMAGED NEW",
+                         "import [--dry-run] [--large] [--encoding NAME] [--delimiter TEXT] [--columns LIST] "
+                         "[--headings yes|no] [--known stop|skip|update] FILE",
+                         "check [--encoding NAME] [--delimiter TEXT] [--columns LIST] "
+                         "[--headings yes|no] FILE"},
     "CardsOutput.cpp": {"Front", "Back", "Category"},
     # Names and values of settings.
     "SettingsFile.h": {"Backups"},

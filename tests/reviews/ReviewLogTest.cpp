@@ -1,5 +1,6 @@
 #include "reviews/ReviewLog.h"
 
+#include <atomic>
 #include <filesystem>
 
 #include "scheduler/Scheduler.h"
@@ -163,6 +164,14 @@ TEST_F(ReviewLogTest, AHugeLogIsReadOnFromItsEnd) {
     std::filesystem::remove(mPath.utf8_string());
     EXPECT_TRUE(history.Update(mPath, mCancelled));
     EXPECT_TRUE(history.Reviews().empty());
+}
+
+// Its size alone must not take the memory.
+TEST_F(ReviewLogTest, ALogOfATerabyteWithoutContentReservesNothing) {
+    WriteBytes(mPath, "");
+    std::filesystem::resize_file(mPath.utf8_string(), uintmax_t{1} << 43);
+    const std::atomic<bool> cancelled{true};
+    EXPECT_NO_THROW(EXPECT_FALSE(ReviewHistory().Update(mPath, cancelled)));
 }
 
 }  // namespace

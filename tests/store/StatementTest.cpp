@@ -1,4 +1,10 @@
 #include <sqlite3.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <thread>
 
 #include "store/Statement.h"
 #include "support/StoreFixture.h"
@@ -36,6 +42,8 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
     Database other(mReport);
     ASSERT_EQ(other.Open(StorePath(), mWait), 0);
     ASSERT_EQ(other.Execute("BEGIN EXCLUSIVE"), 0);
+    // Without it the update would wait for seconds.
+    ASSERT_EQ(mDatabase.Execute("PRAGMA busy_timeout = 0"), 0);
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), -SQLITE_BUSY);
     other.Close();
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
@@ -46,6 +54,28 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
                       StorePath(),
                   "Problem accessing flash cards (5/UpdateFlashCard)\n" + StorePath() +
                       "\nAnother program is using this store. What was to be done is not done."}));
+}
+
+// As velomind-cards does beside a person who studies. It commits once the main thread sleeps.
+TEST_F(StatementTest, AWriteWaitsForAnotherProgramThatIsAboutToEnd) {
+    const FlashCard card = Insert(MakeCard("front", "back"));
+    Database other(mReport);
+    ASSERT_EQ(other.Open(StorePath(), mWait), 0);
+    ASSERT_EQ(other.Execute("BEGIN EXCLUSIVE"), 0);
+    const std::string state = "/proc/self/task/" + std::to_string(::gettid()) + "/stat";
+    std::thread worker([&] {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(4);
+        std::string text;
+        while (text.find(") S ") == std::string::npos && std::chrono::steady_clock::now() < limit) {
+            std::ifstream file(state);
+            std::getline(file, text);
+        }
+        other.Execute("COMMIT");
+    });
+    const int result = mDatabase.UpdateFlashCard(card);
+    worker.join();
+    EXPECT_EQ(result, 0);
+    EXPECT_TRUE(mReport.Texts.empty());
 }
 
 // The engine then refuses whatever was prepared before.
