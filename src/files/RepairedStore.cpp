@@ -132,10 +132,10 @@ void MendWhole(Cell& cell, int64_t missing) {
     }
 }
 
-// Without the time of its last review a schedule says nothing, and the card is new.
+// Without the time of its last review a card is new.
 void MendSchedule(Cell* cells) {
     if (!IsNumber(cells[kLastReview])) {
-        std::fill(cells, cells + kScheduleColumnCount, Cell());
+        cells[0] = Cell();
     }
     const CardSchedule fresh;
     MendWhole(cells[kLastReview], fresh.LastReview.GetTicks());
