@@ -26,6 +26,8 @@ class MainWindows {
     wxFrame& ShowList() { return Show(mList, mStudy); }
     wxFrame& ShowStudy() { return Show(mStudy, mList); }
 
+    // Returns the study window, which may be hidden, or null.
+    wxFrame* GetStudy() const { return mStudy.Frame; }
     // Returns the window that is on the screen, or null.
     wxFrame* GetShown() const;
 

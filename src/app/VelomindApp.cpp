@@ -399,12 +399,16 @@ void VelomindApp::ShowStatistics() {
 
 AppStoreFileActions VelomindApp::MakeStoreFileActions() {
     // Cards on the clipboard are known by their row ids, which mean other cards in another store,
-    // and the steps that can be taken back were done in the store that was open.
+    // and the steps that can be taken back were done in the store that was open, as were the scores
+    // that can be given again.
     return AppStoreFileActions(
         *mpBackupKeeper, [this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
         [this] {
             mClipboard.TakeBack();
             mUndoHistory.Clear();
+            if (auto* const study = dynamic_cast<StudyFrame*>(mWindows.GetStudy())) {
+                study->ForgetStore();
+            }
         });
 }
 

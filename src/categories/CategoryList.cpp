@@ -230,7 +230,11 @@ void CategoryList::Merge(const Category& from, const Category& into) {
         mpDatabase->UpdateFlashCardCategory(from.Id, into.Id) < 0) {
         return;
     }
+    const wxString notice = DescribeWithoutUndo(change);
     mServices.GetUndoHistory().Add(std::move(change));
+    if (!notice.empty()) {
+        Ask(notice, _("Confirm Rename"), wxOK | wxCENTRE);
+    }
     if (mServices.GetCurrentCategoryId(*mpDatabase) == from.Id) {
         // The current category follows the cards.
         mServices.SetCurrentCategoryId(*mpDatabase, into.Id);

@@ -40,8 +40,8 @@ class CardCollector {
         TakeText(CardField::Chapter, mCard.Chapter);
         TakeText(CardField::Notes, mCard.Notes);
         mForm.TakeExclusions(mCard);
-        if (CollectSchedule(mForm.GetForwardSchedule(), mCard.Forward) < 0 ||
-            CollectSchedule(mForm.GetReverseSchedule(), mCard.Reverse) < 0) {
+        if (mForm.GetForwardSchedule().Save(mCard.Forward) < 0 ||
+            mForm.GetReverseSchedule().Save(mCard.Reverse) < 0) {
             return -1;
         }
         return CollectCategory() < 0 ? -1 : CollectOrder();
@@ -67,10 +67,6 @@ class CardCollector {
     int CollectSide(CardField field, wxString& side, const wxString& blankMessage) {
         TakeText(field, side);
         return TrimWide(side).empty() ? Refuse(field, blankMessage) : 0;
-    }
-
-    static int CollectSchedule(EditSchedulePanel& panel, CardSchedule& schedule) {
-        return panel.IsModified() ? panel.Save(schedule) : 0;
     }
 
     int CollectCategory() {

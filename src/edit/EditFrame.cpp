@@ -145,19 +145,11 @@ void EditFrame::SetCard(const FlashCard& card) {
     mpLife.reset();
     ShowReviews({});
     mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
-    ShowTitle(mCard.Front);
-}
-
-// Tells the editors of several cards apart in the desktop's lists of windows.
-void EditFrame::ShowTitle(const wxString& front) {
-    const wxString title = _("Edit - Velomind");
-    SetTitle(front.empty() ? title : title + " - " + ShownName(front));
 }
 
 // Shows the card as the store has it now.
 void EditFrame::Follow(const FlashCard& stored) {
     mpForm->Follow(stored, GetCategoryName(stored.CategoryId));
-    ShowTitle(stored.Front);
     const std::pair reviewed(stored.Forward.LastReview, stored.Reverse.LastReview);
     if (mpLife == nullptr || reviewed != mLifeUntil) {
         mLifeUntil = reviewed;

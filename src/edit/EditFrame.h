@@ -54,7 +54,6 @@ class EditFrame : public wxFrame, private Observer {
     wxString GetCategoryName(int32_t id);
     bool IsNew() const { return mCard.CardId.IsZero(); }
     int FindStored(std::list<FlashCard>& found);
-    void ShowTitle(const wxString& front);
     void Follow(const FlashCard& stored);
     void Refresh();
     void FollowStored();

@@ -254,9 +254,11 @@ void EditSchedulePanel::Follow(const CardSchedule& schedule) {
 
 int EditSchedulePanel::Save(CardSchedule& schedule) {
     const State state = GetState();
-    CardSchedule changed = mSchedule;
-    changed.Introduced = state.Introduced;
-    if (state.Score != wxNOT_FOUND) {
+    CardSchedule changed = schedule;
+    if (state.Introduced != mSaved.Introduced) {
+        changed.Introduced = state.Introduced;
+    }
+    if (state.Score != mSaved.Score && state.Score != wxNOT_FOUND) {
         changed.LastScore = static_cast<uint8_t>(kHighestScore - state.Score);
     }
     if (CollectInterval(state, changed.ReviewInterval) < 0 ||

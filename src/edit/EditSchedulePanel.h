@@ -42,8 +42,8 @@ class EditSchedulePanel : public wxPanel {
     // how far away its times are by now.
     void Follow(const CardSchedule& schedule);
 
-    // Checks the controls and writes the whole record. An untouched interval comes back as it was
-    // loaded, although it is shown rounded. Returns 0, or -1 with the record unchanged when the
+    // Checks the controls and writes those that the user has touched into the record, which else
+    // keeps what study has put there meanwhile. Returns 0, or -1 with the record unchanged when the
     // user was told of a fault; the focus is then on the field in question.
     int Save(CardSchedule& schedule);
 

@@ -1,9 +1,9 @@
 #include "exchange/PasteThread.h"
 
 #include <algorithm>
-#include <list>
 
 #include "exchange/NewCards.h"
+#include "store/CardRow.h"
 #include "store/Database.h"
 #include "store/Statement.h"
 
@@ -42,12 +42,18 @@ void PasteThread::CopyCards() {
         if (IsCancelled()) {
             break;
         }
-        std::list<FlashCard> cards;
-        if (mDatabase.SelectCardByRowId(rowId, cards) == 0 && !cards.empty() &&
-            GenerateUuid(cards.front().CardId) == 0) {
-            cards.front().CategoryId = mCategoryId;
-            NoteCopy(cards.front(), mChange);
-            copies.Add(std::move(cards.front()));
+        // A copy has an identity of its own, and so may have what it is made of none.
+        FlashCard card;
+        bool isRead = false;
+        const auto read = [&](const CardRow& row) {
+            row.Read(card);
+            isRead = true;
+        };
+        if (mDatabase.VisitCardsByRowId({rowId}, read) == 0 && isRead &&
+            GenerateUuid(card.CardId) == 0) {
+            card.CategoryId = mCategoryId;
+            NoteCopy(card, mChange);
+            copies.Add(std::move(card));
         }
         while (copies.IsFull()) {
             copies.Write();

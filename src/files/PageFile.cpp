@@ -9,9 +9,14 @@
 
 #include "files/PageFile.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstring>
-#include <map>
+#include <limits>
 #include <utility>
 
 #include "base/Unicode.h"
@@ -19,71 +24,117 @@
 namespace {
 
 constexpr size_t kHeaderLength = 100;
+constexpr size_t kSmallestPage = 512;
+constexpr size_t kGreatestPage = 65536;
 
 }  // namespace
 
-int64_t ToNumber(const Value& value) {
-    if (const auto* const number = std::get_if<double>(&value)) {
-        return *number > -9e18 && *number < 9e18 ? static_cast<int64_t>(*number) : 0;
+int32_t ToInt(const Value& value) {
+    constexpr int64_t kLeast = std::numeric_limits<int32_t>::min();
+    constexpr int64_t kMost = std::numeric_limits<int32_t>::max();
+    if (const auto* const real = std::get_if<double>(&value)) {
+        return *real > -1e9 && *real < 1e9 ? static_cast<int32_t>(*real) : 0;
     }
     const auto* const number = std::get_if<int64_t>(&value);
-    return number == nullptr ? 0 : *number;
+    return number == nullptr ? 0 : static_cast<int32_t>(std::clamp(*number, kLeast, kMost));
 }
 
-int32_t ToInt(const Value& value) {
-    return static_cast<int32_t>(ToNumber(value));
-}
-
-float ToFloat(const Value& value) {
-    const auto* const number = std::get_if<double>(&value);
-    return number == nullptr ? static_cast<float>(ToNumber(value)) : static_cast<float>(*number);
-}
-
-PageFile::PageFile(std::string bytes) : mBytes(std::move(bytes)) {
-    const uint64_t stored = mBytes.length() < kHeaderLength ? 0 : Number(mBytes, 16, 2);
+PageFile::PageFile(int file) : mFile(file) {
+    FindExtents();
+    const std::string header = Bytes(0, kHeaderLength);
+    const uint64_t stored = Number(header, 16, 2);
     // 65536 does not fit into the two bytes and is written as 1.
-    mPageSize = stored == 1 ? 65536 : static_cast<size_t>(stored);
-    const bool hasHeader = mBytes.rfind("SQLite format 3", 0) == 0 && HasPageSize(mPageSize);
+    mPageSize = stored == 1 ? kGreatestPage : static_cast<size_t>(stored);
+    const bool hasHeader = header.rfind("SQLite format 3", 0) == 0 && HasPageSize(mPageSize);
     if (!hasHeader) {
         mPageSize = GuessPageSize();
     }
-    mBytesLeft = 8 * uint64_t{mBytes.length()};
-    mUsable = mPageSize - (hasHeader ? static_cast<size_t>(Number(mBytes, 20, 1)) : 0);
-    const uint64_t encoding = hasHeader ? Number(mBytes, 56, 4) : 2;
-    mEncoding = encoding == 1   ? Encoding::kUtf8
-                : encoding == 3 ? Encoding::kUtf16Big
-                                : Encoding::kUtf16Little;
+    mBytesLeft = 8 * mDataLength;
+    mUsable = mPageSize - (hasHeader ? static_cast<size_t>(Number(header, 20, 1)) : 0);
+    const uint64_t encoding = hasHeader ? Number(header, 56, 4) : 2;
+    mEncoding = encoding == 1   ? TextEncoding::kUtf8
+                : encoding == 3 ? TextEncoding::kUtf16Big
+                                : TextEncoding::kUtf16Little;
     if (hasHeader) {
-        FindFreePages();
+        FindFreePages(header);
     }
+}
+
+// A file system that does not tell of holes says that there are none.
+void PageFile::FindExtents() {
+    struct stat status {};
+    if (::fstat(mFile, &status) != 0) {
+        return;
+    }
+    mLength = static_cast<uint64_t>(status.st_size);
+    for (off_t end = 0; end < status.st_size;) {
+        const off_t begin = ::lseek(mFile, end, SEEK_DATA);
+        if (begin < 0) {
+            return;
+        }
+        end = ::lseek(mFile, begin, SEEK_HOLE);
+        end = end < 0 ? status.st_size : end;
+        mExtents.emplace_back(begin, end);
+        mDataLength += static_cast<uint64_t>(end - begin);
+    }
+}
+
+uint64_t PageFile::NextPage(uint64_t number) const {
+    const uint64_t from = number * mPageSize;
+    const auto next =
+        std::upper_bound(mExtents.begin(), mExtents.end(), from,
+                         [](uint64_t at, const auto& extent) { return at < extent.second; });
+    return next == mExtents.end() ? 0 : std::max(next->first, from) / mPageSize + 1;
+}
+
+bool PageFile::IsFree(uint64_t number) const {
+    return std::binary_search(mFree.begin(), mFree.end(), number);
+}
+
+std::string PageFile::Bytes(uint64_t offset, size_t length) const {
+    std::string bytes(length, '\0');
+    for (size_t done = 0; done < length;) {
+        const ssize_t count =
+            ::pread(mFile, bytes.data() + done, length - done, static_cast<off_t>(offset + done));
+        if (count == 0 || (count < 0 && errno != EINTR)) {
+            break;
+        }
+        done += static_cast<size_t>(std::max<ssize_t>(count, 0));
+    }
+    return bytes;
 }
 
 // Returns the greatest size at which about as many pages look like leaves of a table as at any
 // other: at half the size there are as many, and at twice the size half as many.
 size_t PageFile::GuessPageSize() const {
-    std::map<size_t, size_t> leavesBySize;
-    size_t most = 0;
-    for (size_t size = 512; size <= 65536; size *= 2) {
-        size_t leaves = 0;
-        for (size_t at = 0; at + size <= mBytes.length(); at += size) {
-            const uint64_t rows = Number(mBytes, at + 3, 2);
-            const uint64_t content = Number(mBytes, at + 5, 2);
-            const bool isLeaf = mBytes[at] == static_cast<char>(PageKind::kTableLeaf) && rows > 0 &&
-                                content < size && 8 + 2 * rows <= content;
-            leaves += isLeaf ? 1U : 0U;
+    constexpr size_t kSizes = 8;
+    std::array<uint64_t, kSizes> leaves{};
+    for (const auto& [begin, end] : mExtents) {
+        for (uint64_t at = begin / kGreatestPage * kGreatestPage; at < end; at += kGreatestPage) {
+            const std::string bytes = Bytes(at, kGreatestPage);
+            for (size_t place = 0; place < bytes.length(); place += kSmallestPage) {
+                const uint64_t rows = Number(bytes, place + 3, 2);
+                const uint64_t content = Number(bytes, place + 5, 2);
+                const bool isLeaf = bytes[place] == static_cast<char>(PageKind::kTableLeaf) &&
+                                    rows > 0 && 8 + 2 * rows <= content;
+                for (size_t i = 0; isLeaf && i < kSizes; ++i) {
+                    const size_t size = kSmallestPage << i;
+                    leaves[i] += place % size == 0 && content < size ? 1U : 0U;
+                }
+            }
         }
-        leavesBySize[size] = leaves;
-        most = std::max(most, leaves);
     }
+    const uint64_t most = *std::max_element(leaves.begin(), leaves.end());
     size_t best = 4096;
-    for (const auto& [size, leaves] : leavesBySize) {
-        best = most > 0 && 4 * leaves >= 3 * most ? size : best;
+    for (size_t i = 0; i < kSizes; ++i) {
+        best = most > 0 && 4 * leaves[i] >= 3 * most ? kSmallestPage << i : best;
     }
     return best;
 }
 
 bool PageFile::HasPageSize(size_t size) const {
-    return size >= 512 && size <= 65536 && (size & (size - 1)) == 0 && mBytes.length() >= size;
+    return size >= kSmallestPage && size <= kGreatestPage && (size & (size - 1)) == 0 &&
+           mLength >= size;
 }
 
 uint64_t PageFile::Number(std::string_view bytes, size_t offset, size_t length) {
@@ -110,22 +161,47 @@ bool PageFile::ReadVarint(std::string_view bytes, size_t& offset, uint64_t& valu
     return false;
 }
 
-// Each page of the list names the next one and the free pages themselves.
-void PageFile::FindFreePages() {
-    size_t trunk = static_cast<size_t>(Number(mBytes, 32, 4));
-    while (trunk >= 2 && trunk <= CountPages() && mFree.insert(trunk).second) {
-        const std::string_view page = Page(trunk);
+// Each page of the list names the next one and the free pages themselves. The header says how many
+// there are together. A wrong list must not cost the rows of a page that is in use.
+void PageFile::FindFreePages(std::string_view header) {
+    const uint64_t expected = Number(header, 36, 4);
+    uint64_t trunk = Number(header, 32, 4);
+    const auto isPage = [this](uint64_t number) { return number >= 2 && number <= CountPages(); };
+    while (isPage(trunk) && mFree.size() < expected && mFree.size() <= mDataLength / 4) {
+        const std::string page = Page(trunk);
+        mFree.push_back(trunk);
         const size_t count = std::min<size_t>(Number(page, 4, 4), mUsable / 4 - 2);
         for (size_t i = 0; i < count; ++i) {
-            mFree.insert(static_cast<size_t>(Number(page, 8 + 4 * i, 4)));
+            mFree.push_back(Number(page, 8 + 4 * i, 4));
         }
-        trunk = static_cast<size_t>(Number(page, 0, 4));
+        trunk = Number(page, 0, 4);
     }
+    std::sort(mFree.begin(), mFree.end());
+    if (trunk != 0 || mFree.size() != expected ||
+        !std::all_of(mFree.begin(), mFree.end(), isPage) ||
+        std::adjacent_find(mFree.begin(), mFree.end()) != mFree.end()) {
+        mFree.clear();
+    }
+}
+
+size_t PageFile::CountColumns(std::string_view content) {
+    size_t at = 0;
+    uint64_t length = 0;
+    size_t columns = 0;
+    if (!ReadVarint(content, at, length)) {
+        return 0;
+    }
+    for (uint64_t type = 0; at < length; ++columns) {
+        if (!ReadVarint(content, at, type)) {
+            break;
+        }
+    }
+    return columns;
 }
 
 std::optional<std::string> PageFile::Content(std::string_view page, size_t offset, uint64_t length,
                                              bool isTable) const {
-    if (length > mBytes.length() || mBytesLeft < length) {
+    if (length > mDataLength || mBytesLeft < length) {
         return std::nullopt;
     }
     mBytesLeft -= length;
@@ -141,14 +217,14 @@ std::optional<std::string> PageFile::Content(std::string_view page, size_t offse
         return std::nullopt;
     }
     std::string content(page.substr(offset, local));
-    size_t next = static_cast<size_t>(Number(page, offset + local, 4));
+    uint64_t next = Number(page, offset + local, 4);
     while (content.length() < length && next >= 2 && next <= CountPages()) {
-        const std::string_view more = Page(next);
-        if (more.find_first_not_of('\0') == std::string_view::npos) {
+        const std::string more = Page(next);
+        if (more.find_first_not_of('\0') == std::string::npos) {
             break;
         }
-        content += more.substr(4, std::min<size_t>(mUsable - 4, length - content.length()));
-        next = static_cast<size_t>(Number(more, 0, 4));
+        content.append(more, 4, std::min<size_t>(mUsable - 4, length - content.length()));
+        next = Number(more, 0, 4);
     }
     return content;
 }
@@ -188,15 +264,18 @@ std::optional<Record> PageFile::Parse(std::string_view content, uint64_t wholeLe
             const unsigned unused = 64 - 8 * static_cast<unsigned>(length);
             record.emplace_back(static_cast<int64_t>(Number(bytes, 0, bytes.length()) << unused) >>
                                 unused);
-        } else {
+        } else if (type % 2 == 1) {
             record.emplace_back(std::string(bytes));
+        } else {
+            record.emplace_back(Blob{std::string(bytes)});
         }
     }
     return record;
 }
 
-void PageFile::ReadRows(size_t number, PageKind kind, const Visit& visit) const {
-    const std::string_view page = Page(number);
+void PageFile::ReadRows(uint64_t number, PageKind kind, const Want& want,
+                        const Visit& visit) const {
+    const std::string page = Page(number);
     const size_t start = number == 1 ? kHeaderLength : 0;
     if (page[start] != static_cast<char>(kind)) {
         return;
@@ -213,6 +292,10 @@ void PageFile::ReadRows(size_t number, PageKind kind, const Visit& visit) const 
         if (!ReadVarint(page, at, length) || (isTable && !ReadVarint(page, at, rowId))) {
             continue;
         }
+        const std::string_view local = std::string_view(page).substr(std::min(at, page.length()));
+        if (isTable && !want(static_cast<int64_t>(rowId), CountColumns(local))) {
+            continue;
+        }
         const std::optional<std::string> content = Content(page, at, length, isTable);
         const std::optional<Record> record = content ? Parse(*content, length) : std::nullopt;
         if (record) {
@@ -224,12 +307,9 @@ void PageFile::ReadRows(size_t number, PageKind kind, const Visit& visit) const 
 wxString PageFile::ToText(const Value& value) const {
     const auto* const bytes = std::get_if<std::string>(&value);
     if (bytes == nullptr) {
-        // A name that looks like a number is stored as one.
-        return std::holds_alternative<std::monostate>(value)
-                   ? wxString()
-                   : wxString::Format("%lld", static_cast<long long>(ToNumber(value)));
+        return wxString();
     }
-    if (mEncoding == Encoding::kUtf8) {
+    if (mEncoding == TextEncoding::kUtf8) {
         return FromUtf8(*bytes);
     }
     wxString text;
@@ -238,7 +318,7 @@ wxString PageFile::ToText(const Value& value) const {
         const auto first = static_cast<unsigned char>((*bytes)[i]);
         const auto second = static_cast<unsigned char>((*bytes)[i + 1]);
         const auto unit = static_cast<char32_t>(
-            mEncoding == Encoding::kUtf16Big ? first << 8 | second : second << 8 | first);
+            mEncoding == TextEncoding::kUtf16Big ? first << 8 | second : second << 8 | first);
         if (unit >= 0xD800 && unit < 0xDC00) {
             high = unit;
             continue;

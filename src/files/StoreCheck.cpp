@@ -3,11 +3,14 @@
 #include <sqlite3.h>
 #include <wx/intl.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "base/Files.h"
 #include "base/Unicode.h"
+#include "store/StoreSchema.h"
 
 namespace {
 
@@ -55,22 +58,51 @@ class Check {
   private:
     bool AskPages();
     bool AskColumns();
+    void AskOpening();
     void AskRows();
     StatementHandle Prepare(const char* sql);
     void AddEngineFault();
 
+    const wxString mPath;
     const Handle mHandle;
 };
 
-Check::Check(const wxString& path) : mHandle(OpenHandle(path, SQLITE_OPEN_READONLY)) {
+Check::Check(const wxString& path) : mPath(path), mHandle(OpenHandle(path, SQLITE_OPEN_READONLY)) {
     // The schema of a file from anywhere is data.
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+    sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_drop_modules(mHandle.get(), nullptr);
 }
 
 void Check::Run() {
     if (AskPages() && AskColumns()) {
         AskRows();
+    }
+    if (Faults.empty()) {
+        AskOpening();
+    }
+}
+
+// Finds what the engine has nothing against and the program refuses when it opens a store.
+void Check::AskOpening() {
+    const auto ask = [this](const std::string& sql) {
+        const StatementHandle statement = Prepare(sql.c_str());
+        const bool isRow = statement != nullptr && sqlite3_step(statement.get()) == SQLITE_ROW;
+        return isRow ? sqlite3_column_int64(statement.get(), 0) : 0;
+    };
+    std::error_code error;
+    const auto size = static_cast<int64_t>(std::filesystem::file_size(ToPath(mPath), error));
+    const int64_t pageSize = ask("PRAGMA page_size");
+    if (!error && pageSize > 0 && size % pageSize != 0) {
+        Faults.push_back(wxGetTranslation(kCutOffStore));
+    }
+    if (ask(std::string("SELECT CAST(Value AS INTEGER) FROM Globals WHERE Key='") + kVersionKey +
+            "'") > kSchemaVersion) {
+        Faults.push_back(wxGetTranslation(kNewerStore));
+    }
+    if (!IsPlainSchema(mHandle.get())) {
+        Faults.push_back(wxGetTranslation(kUnfitSchema));
     }
 }
 

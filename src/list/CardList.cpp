@@ -388,6 +388,7 @@ void CardList::DeleteSelected() {
     }
     // The store itself reports a failure; the other cards are deleted all the same.
     mpDatabase->CardsDeleteByRowId(rowIds);
+    const wxString notice = DescribeWithoutUndo(change);
     mServices.GetUndoHistory().Add(std::move(change));
     mpListCtrl->SelectEveryRow(false);
     mpListCtrl->SetFocusedRow(-1);
@@ -396,6 +397,9 @@ void CardList::DeleteSelected() {
     RestoreFocus(kNoCard, rows.front());
     if (mpListCtrl->GetFocusedRow() >= 0) {
         mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
+    }
+    if (!notice.empty()) {
+        ShowMessageBox(notice, _("Delete Card(s)"), wxOK | wxCENTRE, this);
     }
 }
 

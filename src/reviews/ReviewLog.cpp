@@ -28,6 +28,9 @@ constexpr int64_t kTypicalLine = 90;
 constexpr size_t kIdColumn = 21;
 constexpr size_t kChunk = size_t{1} << 20;
 constexpr int64_t kSecondsPerDay = 86400;
+// How many reviews of a card may lie between a score and the one that it replaces: study keeps the
+// last 20 scores. Without an end a log of one card would take its square in time.
+constexpr int kFarthestReplaced = 1000;
 
 template <class Number>
 char* WriteNumber(char* out, Number number) {
@@ -249,6 +252,10 @@ int AppendText(const std::string& path, std::string text) {
 
 ReviewLog::ReviewLog(const wxString& path) : mPath(ToUtf8(path)) {}
 
+void ReviewLog::SetPath(const wxString& path) {
+    mPath = ToUtf8(path);
+}
+
 void ReviewLog::Append(const ReviewRecord& record) {
     const int error = AppendText(mPath, FormatReviewLine(record));
     if (error != 0 && !mHasFailed) {
@@ -322,10 +329,15 @@ std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& 
                 !ParseReviewLine(WithoutReturn(line), record)) {
                 return;
             }
-            const auto replaced = std::find_if(
-                reviews.rbegin(), reviews.rend(),
-                [&](const ReviewRecord& each) { return each.Time == record.Replaces; });
-            if (replaced != reviews.rend()) {
+            const auto end = reviews.size() > kFarthestReplaced && record.Replaces >= 0
+                                 ? reviews.rbegin() + kFarthestReplaced
+                                 : reviews.rend();
+            const auto replaced = record.Replaces < 0
+                                      ? end
+                                      : std::find_if(reviews.rbegin(), end, [&](const auto& each) {
+                                            return each.Time == record.Replaces;
+                                        });
+            if (replaced != end) {
                 reviews.erase(std::next(replaced).base());
             }
             reviews.push_back(record);
@@ -409,8 +421,8 @@ void ReviewHistory::Add(const ReviewRecord& record) {
     Slot& slot = InternCard(record.CardId);
     if (record.Replaces >= 0) {
         uint32_t earlier = slot.LastReview;
-        while (earlier != kNone && mReviews[earlier].Time != record.Replaces) {
-            earlier = mReviews[earlier].Previous;
+        for (int i = 0; earlier != kNone && mReviews[earlier].Time != record.Replaces; ++i) {
+            earlier = i < kFarthestReplaced ? mReviews[earlier].Previous : kNone;
         }
         if (earlier != kNone) {
             mReviews[earlier].IsReplaced = true;

@@ -43,11 +43,14 @@ struct ReviewRecord {
     int64_t Replaces = -1;
 };
 
-// Appends scores to the log of one store. Main thread only.
+// Appends scores to the log of a store. Main thread only.
 class ReviewLog {
   public:
     // The path of the log.
     explicit ReviewLog(const wxString& path);
+
+    // Goes on with the log of another store.
+    void SetPath(const wxString& path);
 
     // Adds a line, in one write and without waiting for the disk. A torn line at the end of the
     // file gets its line end first. A failure is traced once and otherwise ignored.

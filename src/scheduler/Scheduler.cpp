@@ -249,6 +249,8 @@ void Scheduler::ScoreCard(int score) {
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failure in the store ends the program, so the result need not be checked.
     if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0 && mSources.Log != nullptr) {
+        // The store may be another one, or stand elsewhere, since the last score.
+        mSources.Log->SetPath(ReviewLogPath(mDatabase.GetPath()));
         mSources.Log->Append(
             MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces));
     }

@@ -14,9 +14,6 @@ void ReadSchedule(const StatementRun& run, int column, CardSchedule& schedule) {
 }
 
 int ReadFlashCard(const StatementRun& run, FlashCard& card) {
-    if (run.ColumnUuid(0, card.CardId) < 0) {
-        return -1;
-    }
     card.Front = run.ColumnText(1);
     card.Back = run.ColumnText(2);
     card.CategoryId = run.ColumnInt(3);
@@ -28,7 +25,7 @@ int ReadFlashCard(const StatementRun& run, FlashCard& card) {
     card.Notes = run.ColumnText(9);
     ReadSchedule(run, kForwardScheduleColumn, card.Forward);
     ReadSchedule(run, kReverseScheduleColumn, card.Reverse);
-    return 0;
+    return run.ColumnUuid(0, card.CardId);
 }
 
 int AddFlashCard(const StatementRun& run, std::list<FlashCard>& cards) {
@@ -63,6 +60,10 @@ int BindSchedule(StatementRun& run, const CardSchedule& schedule) {
 }
 
 }  // namespace
+
+int CardRow::Read(FlashCard& card) const {
+    return ReadFlashCard(mRun, card);
+}
 
 int ReadFlashCardRows(StatementRun& run, std::list<FlashCard>& cards) {
     cards.clear();

@@ -56,6 +56,8 @@ class CardRow {
         return {mRun,
                 direction == kReviewForward ? kForwardScheduleColumn : kReverseScheduleColumn};
     }
+    // Reads the whole card. Returns 0, or -1 when all but its identity was read, which is none.
+    int Read(FlashCard& card) const;
     // Only in a walk that has the column.
     int64_t RowId() const { return mRun.ColumnInt64(kRowIdColumn); }
 

@@ -50,6 +50,13 @@ struct CardOrder {
     bool Descending;
 };
 
+// What other versions of the program keep with a card: FrontAudio, BackAudio, FrontImage and
+// BackImage.
+struct CardMedia {
+    CardUuid CardId;
+    std::vector<StoredValue> Values;
+};
+
 using CardRowVisitor = std::function<void(const CardRow&)>;
 
 // What the store asks of the program while a worker upgrades the store file: keep the user informed
@@ -130,6 +137,12 @@ class Database : public Subject {
     int ResetErc();
     // Moves every card of one category into another.
     int UpdateFlashCardCategory(int32_t fromId, int32_t toId);
+
+    // The columns of sounds and pictures, which this program never shows. Both serve a deletion
+    // that is taken back. Appends those of the rows that have any; a file without the columns has
+    // none.
+    int SelectMedia(const std::vector<int64_t>& rowIds, std::vector<CardMedia>& media);
+    int UpdateMedia(const CardMedia& media);
 
     // Card reads. The list is cleared first; no match is an empty list and success.
     int SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards);
@@ -332,6 +345,8 @@ class Database : public Subject {
 
     // The steps of Open, in their order. Each returns 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);
+    // Keeps why a file is refused that the engine has nothing against. Returns -1.
+    int Refuse(const wxString& reason);
     int CreateStoreFile(const wxString& file, UpgradeWait& wait);
     int OpenFile(const wxString& file, UpgradeWait& wait);
     int OpenHandle(const wxString& file);
@@ -394,6 +409,8 @@ class Database : public Subject {
                       const std::function<int(int64_t)>& single, const Values&... values);
     int ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
+    // The columns of CardMedia that the file has, with commas between.
+    int FindMediaColumns(std::vector<std::string>& columns);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const std::string& selection, CardOrder order);
     // Keeps the engine's number and text for GetLastError, whatever runs after.

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/Time.h"
+#include "base/Unicode.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
 #include "store/StoreSchema.h"
@@ -195,6 +196,68 @@ int Database::VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRo
         }
     }
     return IsOpen() ? 0 : -1;
+}
+
+int Database::FindMediaColumns(std::vector<std::string>& columns) {
+    StatementRun run(*this, GetStatement("SELECT name FROM pragma_table_info('Cards') WHERE name IN"
+                                         " ('FrontAudio','BackAudio','FrontImage','BackImage');"));
+    int result = run.Step("FindMediaColumns");
+    for (; result == 0 && !run.IsDone(); result = run.Step("FindMediaColumns")) {
+        columns.push_back(ToUtf8(run.ColumnText(0)));
+    }
+    return result;
+}
+
+int Database::SelectMedia(const std::vector<int64_t>& rowIds, std::vector<CardMedia>& media) {
+    const Lock lock(mMutex);
+    std::vector<std::string> columns;
+    if (FindMediaColumns(columns) < 0 || columns.empty()) {
+        return columns.empty() && IsOpen() ? 0 : -1;
+    }
+    std::string sql = "SELECT CardId";
+    std::string condition;
+    for (const std::string& column : columns) {
+        sql += "," + column;
+        condition += (condition.empty() ? "" : " OR ") + column + " NOT NULL";
+    }
+    sql += " FROM Cards WHERE (" + condition + ") AND ROWID IN ";
+    for (size_t begin = 0; IsOpen() && begin < rowIds.size();) {
+        const size_t end = begin + GroupSize(rowIds.size() - begin, 1);
+        StatementRun run(*this, GetStatement(sql + "(" + Repeat("?", end - begin) + ")"));
+        for (; begin < end; ++begin) {
+            run.Bind(rowIds[begin]);
+        }
+        int result = run.Step("SelectMedia");
+        for (; result == 0 && !run.IsDone(); result = run.Step("SelectMedia")) {
+            CardMedia& found = media.emplace_back();
+            run.ColumnUuid(0, found.CardId);
+            for (size_t i = 1; i <= columns.size(); ++i) {
+                found.Values.push_back(run.ColumnValue(static_cast<int>(i)));
+            }
+        }
+        if (result < 0) {
+            return result;
+        }
+    }
+    return IsOpen() ? 0 : -1;
+}
+
+int Database::UpdateMedia(const CardMedia& media) {
+    const Lock lock(mMutex);
+    std::vector<std::string> columns;
+    if (FindMediaColumns(columns) < 0 || columns.size() != media.Values.size()) {
+        return -1;
+    }
+    std::string sql;
+    for (const std::string& column : columns) {
+        sql += (sql.empty() ? "UPDATE Cards SET " : ",") + column + "=?";
+    }
+    StatementRun run(*this, GetStatement(sql + " WHERE CardId=?;"));
+    for (const StoredValue& value : media.Values) {
+        run.Bind(value);
+    }
+    run.Bind(media.CardId);
+    return run.Step("UpdateMedia");
 }
 
 int Database::SelectCardById(const CardUuid& id, std::list<FlashCard>& cards) {

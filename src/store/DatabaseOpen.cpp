@@ -178,10 +178,20 @@ int QuietDatabase::OpenQuietly(const wxString& path) {
     return Open(path, *this);
 }
 
+int Database::Refuse(const wxString& reason) {
+    mLastErrorCode = SQLITE_ERROR;
+    mLastErrorText = reason;
+    return -1;
+}
+
 int Database::OpenSteps(const wxString& path, UpgradeWait& wait) {
     const wxString file = StorePath(path);
     const FileKind kind = file.empty() ? FileKind::kUnfit : KindOf(ToPath(file));
-    if (kind == FileKind::kUnfit || (IsNew(kind) && CreateStoreFile(file, wait) < 0)) {
+    if (kind == FileKind::kUnfit) {
+        return Refuse(file.empty() ? _("Its name cannot be that of a store.")
+                                   : _("It is no file that can hold a store."));
+    }
+    if (IsNew(kind) && CreateStoreFile(file, wait) < 0) {
         return -1;
     }
     return OpenFile(file, wait);
@@ -256,6 +266,11 @@ int Database::CheckSchema() {
         KeepError();
     }
     sqlite3_progress_handler(mpHandle, 0, nullptr, nullptr);
+    // What the engine says of these is no reason.
+    if (!isPlain && (mLastErrorCode == SQLITE_OK || mLastErrorCode == SQLITE_AUTH ||
+                     mLastErrorCode == SQLITE_INTERRUPT)) {
+        return Refuse(wxGetTranslation(kUnfitSchema));
+    }
     return isPlain ? 0 : -1;
 }
 
@@ -268,7 +283,7 @@ int Database::FindTable(const char* sql, bool& found) {
 
 int Database::CheckCardTables() {
     if (IsCutOff(mpHandle)) {
-        return -1;
+        return Refuse(wxGetTranslation(kCutOffStore));
     }
     Prepare(StatementId::kInsertFlashCard, StatementId::kDeleteCategory);
     // They come again after those on the store-wide values, which come after an upgrade.
@@ -303,7 +318,7 @@ int Database::BringToVersion(UpgradeWait& wait) {
         }
     }
     if (!versions.empty() && versions.front() > kSchemaVersion) {
-        return -1;
+        return Refuse(wxGetTranslation(kNewerStore));
     }
     if (versions.empty() && UpgradeFirstSchema(wait) < 0) {
         return -1;

@@ -72,6 +72,10 @@ bool StatementRun::BindNext(const CardUuid& uuid) {
     return BindUtf8({text.data(), text.size()});
 }
 
+bool StatementRun::BindNext(const StoredValue& value) {
+    return IsBound(sqlite3_bind_value(mpStatement, ++mBound, value.get()));
+}
+
 int StatementRun::Step(const char* label) {
     if (mpStatement == nullptr) {
         return -1;
@@ -125,6 +129,10 @@ std::u16string_view StatementRun::ColumnUtf16(int index) const {
     }
     const int length = sqlite3_column_bytes16(mpStatement, index);
     return {static_cast<const char16_t*>(text), static_cast<size_t>(length) / sizeof(char16_t)};
+}
+
+StoredValue StatementRun::ColumnValue(int index) const {
+    return {sqlite3_value_dup(sqlite3_column_value(mpStatement, index)), sqlite3_value_free};
 }
 
 wxDateTime StatementRun::ColumnTime(int index) const {

@@ -5,10 +5,14 @@
 #include <wx/string.h>
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 class CardUuid;
 class Database;
+
+// A value of any type as the store has it.
+using StoredValue = std::shared_ptr<sqlite3_value>;
 
 // One execution of a prepared statement with its arguments:
 //
@@ -56,6 +60,8 @@ class StatementRun {
     // Returns the engine's own text, valid until the next step, the end of the run, or another read
     // of the column.
     std::u16string_view ColumnUtf16(int index) const;
+    // A copy of the value, whatever its type.
+    StoredValue ColumnValue(int index) const;
     wxDateTime ColumnTime(int index) const;
     // Returns the same as seconds since 1970, within the range of a time.
     int64_t ColumnSeconds(int index) const;
@@ -73,6 +79,7 @@ class StatementRun {
     bool BindNext(const wxString& text);
     bool BindNext(const wxDateTime& time);
     bool BindNext(const CardUuid& uuid);
+    bool BindNext(const StoredValue& value);
     bool BindUtf8(std::string_view text);
     // False, with the statement given up, when the engine's result of a bind is an error.
     bool IsBound(int result);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sqlite3.h>
+#include <wx/translation.h>
 
 // The texts of the store file's tables and indexes. Files are shared with other versions of the
 // program, so columns that nothing here reads stay too.
@@ -102,6 +103,12 @@ constexpr char kSelectTreeReads[] =
 
 // The first schema had card ids with upper-case digits.
 constexpr char kUpgradeFirstSchema[] = "UPDATE Cards SET CardId=LOWER(CardId)";
+
+// Why a file is refused that the engine can open.
+constexpr char kUnfitSchema[] =
+    wxTRANSLATE("Its tables have rules, computed columns or names that no store has.");
+constexpr char kCutOffStore[] = wxTRANSLATE("Its end is missing.");
+constexpr char kNewerStore[] = wxTRANSLATE("It was made by a newer version of Velomind.");
 
 // Looks through the schema of a file that may come from anywhere, before anything is written to it.
 // What stands in it on our own tables has to be plain: columns with literal defaults, and indexes

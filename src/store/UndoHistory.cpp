@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "base/Text.h"
+#include "store/CardRow.h"
 #include "store/Database.h"
 
 namespace {
@@ -36,11 +38,19 @@ int NoteCategory(Database& database, int32_t id, StoreChange& change) {
     return 0;
 }
 
+int NoteCategories(Database& database, const std::set<int32_t>& ids, StoreChange& change) {
+    const bool areNoted = std::all_of(ids.begin(), ids.end(), [&](int32_t id) {
+        return NoteCategory(database, id, change) == 0;
+    });
+    return areNoted ? 0 : -1;
+}
+
 // Drops the contents of a change if that many more cards are too many, and returns false.
 bool HasRoomFor(size_t cards, StoreChange& change) {
     if (change.CountCards() + cards > UndoHistory::kMostCards) {
         change.IsTooLarge = true;
         change.Cards.clear();
+        change.Media.clear();
         change.MovedCards.clear();
     }
     return !change.IsTooLarge;
@@ -50,21 +60,22 @@ int NoteMovedRows(Database& database, const std::vector<int64_t>& rowIds, StoreC
     if (!HasRoomFor(rowIds.size(), change)) {
         return 0;
     }
-    std::list<FlashCard> cards;
-    for (const int64_t rowId : rowIds) {
-        if (database.SelectCardByRowId(rowId, cards) < 0) {
-            return -1;
+    std::set<int32_t> categories;
+    const auto visit = [&](const CardRow& row) {
+        CardUuid id;
+        if (row.CategoryId() == change.IntoId) {
+            return;
         }
-        for (const FlashCard& card : cards) {
-            if (card.CategoryId != change.IntoId) {
-                change.MovedCards.push_back({card.CardId, card.CategoryId});
-                if (NoteCategory(database, card.CategoryId, change) < 0) {
-                    return -1;
-                }
-            }
+        if (row.CardId(id) < 0) {
+            ++change.Nameless;
+            return;
         }
-    }
-    return 0;
+        change.MovedCards.push_back({id, row.CategoryId()});
+        categories.insert(row.CategoryId());
+    };
+    return database.VisitCardsByRowId(rowIds, visit) < 0
+               ? -1
+               : NoteCategories(database, categories, change);
 }
 
 // Finds the categories to which cards return, and recreates those that are gone.
@@ -145,6 +156,15 @@ int PutBackDeleted(Database& database, const StoreChange& change, UndoOutcome& o
         return -1;
     }
     outcome.Restored = static_cast<int32_t>(missing.size());
+    std::set<CardUuid> restored;
+    for (const FlashCard& card : missing) {
+        restored.insert(card.CardId);
+    }
+    for (const CardMedia& media : change.Media) {
+        if (restored.count(media.CardId) != 0 && database.UpdateMedia(media) < 0) {
+            return -1;
+        }
+    }
     for (const FlashCard& card : missing) {
         if (database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
             return -1;
@@ -299,24 +319,45 @@ int UndoHistory::UndoLast(Database& database, UndoOutcome& outcome) {
     return 0;
 }
 
+wxString DescribeWithoutUndo(const StoreChange& change) {
+    const auto count = static_cast<int>(change.Nameless);
+    return count == 0 ? wxString()
+                      : wxString::Format(wxPLURAL("The store has no proper identity for %i of these"
+                                                  " cards. What was done to it cannot be undone.",
+                                                  "The store has no proper identity for %i of these"
+                                                  " cards. What was done to them cannot be undone.",
+                                                  static_cast<unsigned>(count)),
+                                         count);
+}
+
 int NoteDeletion(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change) {
     change.What = Kind::kDeletion;
     if (!HasRoomFor(rowIds.size(), change)) {
         return 0;
     }
     change.Cards.reserve(rowIds.size());
-    std::list<FlashCard> cards;
-    for (const int64_t rowId : rowIds) {
-        if (database.SelectCardByRowId(rowId, cards) < 0) {
-            return -1;
+    std::set<int32_t> categories;
+    const auto visit = [&](const CardRow& row) {
+        FlashCard card;
+        if (row.Read(card) < 0) {
+            ++change.Nameless;
+            return;
         }
-        for (FlashCard& card : cards) {
-            if (NoteCategory(database, card.CategoryId, change) < 0) {
-                return -1;
-            }
-            change.Cards.push_back(std::move(card));
+        categories.insert(card.CategoryId);
+        change.Cards.push_back(std::move(card));
+    };
+    if (database.VisitCardsByRowId(rowIds, visit) < 0 ||
+        NoteCategories(database, categories, change) < 0 ||
+        database.SelectMedia(rowIds, change.Media) < 0) {
+        return -1;
+    }
+    size_t bytes = 0;
+    for (const CardMedia& media : change.Media) {
+        for (const StoredValue& value : media.Values) {
+            bytes += static_cast<size_t>(sqlite3_value_bytes(value.get()));
         }
     }
+    HasRoomFor(bytes > UndoHistory::kMostMediaBytes ? UndoHistory::kMostCards : 0, change);
     return 0;
 }
 

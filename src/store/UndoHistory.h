@@ -6,9 +6,8 @@
 #include <list>
 #include <vector>
 
+#include "store/Database.h"
 #include "store/FlashCard.h"
-
-class Database;
 
 // What one command did to the cards or categories of the store, with all that is needed to take it
 // back. Cards are named by their identities, since the engine gives the row of a deleted card to
@@ -25,6 +24,11 @@ struct StoreChange {
     Kind What = Kind::kDeletion;
     // Deletion: the cards as they were. Paste: the copies as they were written.
     std::vector<FlashCard> Cards;
+    // Deletion: what those of them had that this program does not show.
+    std::vector<CardMedia> Media;
+    // Cards that are changed with the others and cannot be taken back: a damaged store has no
+    // identity for them by which they could be found.
+    int32_t Nameless = 0;
     // Move and merge.
     std::vector<Moved> MovedCards;
     // The category the cards went into, or the one that was renamed.
@@ -61,6 +65,8 @@ class UndoHistory {
     // The most cards in all steps together. The oldest steps are dropped first; a larger step
     // empties the history, since the step before it could not be taken back alone.
     static constexpr size_t kMostCards = 100000;
+    // The bytes of sounds and pictures that one step may hold, likewise.
+    static constexpr size_t kMostMediaBytes = size_t{64} << 20;
 
     void Add(StoreChange change);
     // Call it for another store, where the steps mean nothing.
@@ -77,6 +83,9 @@ class UndoHistory {
   private:
     std::list<StoreChange> mSteps;
 };
+
+// Returns what the user has to know of a step that was done; empty if it can be taken back whole.
+wxString DescribeWithoutUndo(const StoreChange& change);
 
 // These note what a command is about to do. Each returns 0, or -1 when the store fails, which has
 // then reported it. They skip rows that are gone. A change that grows too large drops its cards.

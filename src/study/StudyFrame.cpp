@@ -244,7 +244,6 @@ void StudyFrame::SetDatabase(Database* database) {
         mpScheduler.reset();
         return;
     }
-    mReviewLog = ReviewLog(ReviewLogPath(database->GetPath()));
     const Scheduler::Sources sources{mServices, mServices.GetMaintenancePrompt(),
                                      mServices.GetClock(), mServices.GetReviewRandom(),
                                      &mReviewLog};
@@ -256,6 +255,12 @@ void StudyFrame::SetDatabase(Database* database) {
     mpScheduler->AddListener([this](int change) { UpdateCard(change == 1); });
     mStoreAttachment.Attach(database, &mObserver);
     UpdateCard(false);
+}
+
+void StudyFrame::ForgetStore() {
+    if (mpScheduler != nullptr) {
+        mpScheduler->Initialise();
+    }
 }
 
 void StudyFrame::UpdateCard(bool newCard) {
@@ -343,8 +348,7 @@ void StudyFrame::UpdateMessage() {
     SetAccessibleName(*mpMessagePanel, message);
     SetAccessibleRole(*mpMessagePanel, AccessibleRole::Label);
     mpMessagePanel->Layout();
-    // Without a card there is no step and no count to tell.
-    mpStatusBar->SetStatusText(wxString(), kStepField);
+    // The text of the step stays. There is no count to tell.
     SetReadyText(wxString());
     mServices.SetStudyMessage(message);
 }

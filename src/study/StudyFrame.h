@@ -44,6 +44,9 @@ class StudyFrame : public wxFrame {
     // Turns to another store, with a new Scheduler, an empty history and the same direction of
     // study. The Database is not owned. Null lets go of the present one.
     void SetDatabase(Database* database);
+    // Call this when the Database has another store than before: the history of scores ends, which
+    // would give a card of the new store what one of the old one had.
+    void ForgetStore();
 
     // Shows the state of the Scheduler anew. newCard says that the Scheduler has made a new choice:
     // the back is then covered even when it chose the same card again.

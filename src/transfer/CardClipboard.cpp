@@ -13,6 +13,7 @@
 #include "base/Unicode.h"
 #include "exchange/Export.h"
 #include "exchange/PasteThread.h"
+#include "shell/MessageBox.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 #include "transfer/ProgressDialog.h"
@@ -162,8 +163,13 @@ void CardClipboard::Paste(Database& database, int32_t categoryId, AppServices::E
     if (RunWithProgress(nullptr, thread, mReport,
                         _("Unable to start a thread for the flash cards to be pasted."))) {
         // Even a cancelled paste has done something.
-        mHistory.Add(thread.TakeChange());
+        StoreChange change = thread.TakeChange();
+        const wxString notice = DescribeWithoutUndo(change);
+        mHistory.Add(std::move(change));
         database.Notify();
+        if (!notice.empty()) {
+            ShowMessageBox(notice, _("Paste"), wxOK | wxCENTRE);
+        }
     }
     if (!cards.IsCopy() && empty == AppServices::EmptyCut::kAfter) {
         TakeBack();

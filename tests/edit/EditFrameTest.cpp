@@ -139,8 +139,7 @@ TEST_F(EditFrameTest, ASaveLeavesWhatWasNotTouchedAsTheStoreHasIt) {
     mDatabase.CategoryInsert("one");
     mDatabase.CategoryInsert("two");
     for (const TouchedField& field :
-         {TouchedField{kForwardSchedule, nullptr,
-                       "Introduced = 1, ReviewInterval = 1e6, NextReview = 1e6"},
+         {TouchedField{kForwardSchedule, nullptr, "Introduced = 1"},
           {kFront, "mine", "Front = 'mine'"},
           {kBack, "\t1\r\n2\r3\r\n", "Back = '1' || char(10) || '2' || char(10) || '3'"},
           {kCategory, "Default", "CategoryId = 0"},

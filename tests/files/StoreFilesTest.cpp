@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "files/StoreCheck.h"
 #include "support/StoreFixture.h"
 
 namespace {
@@ -63,6 +64,29 @@ TEST_F(StoreFilesTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
     WriteBytes(mStore + "-journal", "hot");
     EXPECT_EQ(MoveStoreFile(mStore, Path("other.vlm")), EBUSY);
     EXPECT_FALSE(wxFileName::Exists(Path("other.vlm")));
+}
+
+// The engine has nothing against these files.
+TEST_F(StoreFilesTest, AStoreThatIsRefusedIsToldWhyByTheOpenAndTheCheck) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"UPDATE Globals SET Value='99'", "It was made by a newer version of Velomind."},
+        {"ALTER TABLE Cards ADD COLUMN rowid INTEGER",
+         "Its tables have rules, computed columns or names that no store has."},
+        {"ALTER TABLE Cards ADD COLUMN Twice AS (Front||Front)",
+         "Its tables have rules, computed columns or names that no store has."},
+        {"CREATE INDEX Odd ON Cards(length(Front))",
+         "Its tables have rules, computed columns or names that no store has."},
+    };
+    const wxString path = Path("refused.vlm");
+    for (const auto& [sql, reason] : cases) {
+        std::filesystem::remove(path.utf8_string());
+        QuietDatabase database;
+        ASSERT_EQ(database.OpenQuietly(path), 0);
+        ASSERT_EQ(database.Execute(sql), 0) << sql;
+        EXPECT_LT(database.OpenQuietly(path), 0) << sql;
+        EXPECT_EQ(database.GetLastError(), reason) << sql;
+        EXPECT_EQ(CheckStoreFile(path), std::vector<wxString>{reason}) << sql;
+    }
 }
 
 TEST_F(StoreFilesTest, AFailedMoveLeavesWhatItWasToReplaceWhole) {

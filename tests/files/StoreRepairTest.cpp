@@ -1,8 +1,12 @@
 #include "files/StoreRepair.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <random>
 
 #include "support/StoreFixture.h"
@@ -67,7 +71,7 @@ TEST_F(StoreRepairTest, AnyLostPageCostsNoCardItsTextsAndOtherCardsNothing) {
     int remade = 0;
     int shortened = 0;
     // The first page, which says what the others are, is one of them.
-    for (size_t page = 1; page <= pages; page += 3) {
+    for (size_t page = 1; page <= pages; page += 5) {
         SCOPED_TRACE(page);
         ASSERT_EQ(Repair(WithoutPage(page)), 0);
         EXPECT_EQ(Query("PRAGMA integrity_check"), Strings{"ok"});
@@ -102,9 +106,112 @@ TEST_F(StoreRepairTest, CategoriesKeepTheirNamesOrGetOne) {
     ASSERT_EQ(Repair(ReadBytes(StorePath())), 0);
     EXPECT_EQ(Query("SELECT c.Name,count(*) FROM Cards JOIN Categories c ON c.Id=CategoryId"
                     " GROUP BY CategoryId ORDER BY CategoryId"),
-              (Strings{"Default|100", "7|100", "Category 1|100"}));
+              (Strings{"Default|100", "Category 1|100", "7|100"}));
     EXPECT_EQ(mRepair.NamelessCategories, 1);
     EXPECT_TRUE(DescribeRepair(mRepair).StartsWith("300 cards were saved.\n"));
+}
+
+// What the engine itself reads of a store is the least that a repair saves.
+struct ReadableDamage {
+    const char* Name;
+    // Run on the whole store.
+    const char* Sql;
+    // Bytes from a place on that become 1, then bytes cut from the end.
+    size_t Place = 0;
+    size_t Length = 0;
+    size_t Cut = 0;
+};
+constexpr char kKept[] =
+    "SELECT Front,Back,CategoryId,Notes,FrontImage,Introduced,LastReview,ReviewInterval,"
+    "RERC FROM Cards ORDER BY IntroductionOrder";
+const ReadableDamage kReadableDamages[] = {
+    {"an identity of zeros",
+     "UPDATE Cards SET CardId='00000000-0000-0000-0000-000000000000' WHERE rowid=7"},
+    {"an empty identity", "UPDATE Cards SET CardId='' WHERE rowid=7"},
+    {"no identity", "UPDATE Cards SET CardId=NULL WHERE rowid=7"},
+    {"a word as identity", "UPDATE Cards SET CardId='x' WHERE rowid=7"},
+    {"a number as identity", "UPDATE Cards SET CardId=12 WHERE rowid=7"},
+    {"bytes as identity", "UPDATE Cards SET CardId=x'00ff' WHERE rowid=7"},
+    {"a wrong list of free pages", "", 35, 1},
+    {"a table without a column", "ALTER TABLE Cards DROP COLUMN RLastScore"},
+    {"a table with other columns", "ALTER TABLE Cards ADD COLUMN Colour TEXT DEFAULT 'red'"},
+    {"a last page cut short",
+     "INSERT INTO Cards(CardId,Front,Back,CategoryId,Notes,IntroductionOrder,Introduced,LastReview,"
+     "ReviewInterval,RERC) SELECT printf('00000000-0000-4000-8000-%012d',rowid),'new','new',0,'',"
+     "1000+rowid,1,1700000000,60.0,5 FROM Cards LIMIT 90",
+     0, 0, 500},
+};
+
+TEST_F(StoreRepairTest, WhatTheEngineReadsIsSaved) {
+    for (const ReadableDamage& damage : kReadableDamages) {
+        SCOPED_TRACE(damage.Name);
+        WriteBytes(StorePath(), mWhole);
+        Query("UPDATE Cards SET FrontImage=x'00ff00' WHERE rowid%3=0");
+        ASSERT_EQ(Query(damage.Sql), Strings());
+        const auto rows = [this] {
+            Strings kept = Query(kKept);
+            std::sort(kept.begin(), kept.end());
+            return kept;
+        };
+        const Strings whole = rows();
+        std::string bytes = ReadBytes(StorePath());
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(damage.Place), damage.Length, 1);
+        bytes.resize(bytes.length() - damage.Cut);
+        WriteBytes(StorePath(), bytes);
+        const Strings read = rows();
+        Strings readable;
+        std::set_intersection(read.begin(), read.end(), whole.begin(), whole.end(),
+                              std::back_inserter(readable));
+        ASSERT_GT(readable.size(), 290U);
+        ASSERT_EQ(Repair(bytes), 0);
+        const Strings saved = rows();
+        Strings lost;
+        std::set_difference(readable.begin(), readable.end(), saved.begin(), saved.end(),
+                            std::back_inserter(lost));
+        EXPECT_EQ(lost, Strings());
+        EXPECT_EQ(Query("SELECT count(*) FROM Cards WHERE length(CardId)<>36 OR CardId NOT LIKE"
+                        " '%-4%' OR CardId LIKE '00000000-0000-0000%'"),
+                  Strings{"0"});
+        EXPECT_EQ(Query("PRAGMA integrity_check"), Strings{"ok"});
+    }
+}
+
+TEST_F(StoreRepairTest, ALogOfWritesIsPlayedBackAndWhatIsNotThereTakesNoTime) {
+    sqlite3* other = nullptr;
+    WriteBytes(StorePath(), mWhole);
+    ASSERT_EQ(sqlite3_open(StorePath().utf8_str(), &other), SQLITE_OK);
+    for (const char* const sql :
+         {"PRAGMA journal_mode=WAL", "UPDATE Cards SET Front='in the log' WHERE rowid<9"}) {
+        ASSERT_EQ(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    std::string store = ReadBytes(StorePath());
+    const std::string log = ReadBytes(StorePath() + "-wal");
+    sqlite3_close(other);
+    WriteBytes(mDirectory.Path("damaged.vlm-wal"), log);
+    ASSERT_EQ(Repair(store), 0);
+    EXPECT_EQ(Query("SELECT count(*) FROM Cards WHERE Front='in the log'"), Strings{"8"});
+    EXPECT_EQ(ReadBytes(mDirectory.Path("damaged.vlm-wal")), log);
+    std::filesystem::remove(mDirectory.Path("damaged.vlm-wal").utf8_string());
+
+    // A terabyte of holes behind the pages, and a table that has to be found among them.
+    const std::string damaged = WithoutPage(1);
+    const wxString path = mDirectory.Path("long.vlm");
+    WriteBytes(path, damaged);
+    std::filesystem::resize_file(path.utf8_string(), std::uintmax_t{1} << 40);
+    std::filesystem::remove(StorePath().utf8_string());
+    ASSERT_EQ(RepairStore(path, StorePath(), mRepair), 0);
+    EXPECT_GE(mRepair.Cards, kCards);
+}
+
+TEST_F(StoreRepairTest, ARepairThatWasKilledLeavesNothingForLong) {
+    const std::filesystem::path root = mDirectory.Path("").utf8_string();
+    for (const char* const name : {"velomind-repair-abc123", "velomind-repair-mine"}) {
+        std::filesystem::create_directory(root / name);
+        WriteBytes(mDirectory.Path(wxString(name) + "/damaged.vlm"), mWhole);
+    }
+    ASSERT_EQ(Repair(mWhole), 0);
+    EXPECT_FALSE(std::filesystem::exists(root / "velomind-repair-abc123"));
+    EXPECT_TRUE(std::filesystem::exists(root / "velomind-repair-mine"));
 }
 
 TEST_F(StoreRepairTest, AJournalIsPlayedBackInTheCopyAlone) {

@@ -40,8 +40,8 @@ ALLOWED = {
     "Export.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
                    "Introduced", "Difficulty", "Default"},
     # How a file of the engine begins, and what it is asked.
-    "PageFile.cpp": {"SQLite format 3"},
-    "StoreCheck.cpp": {"PRAGMA integrity_check(10000)"},
+    "PageFile.cpp": {"SQLite format 3"}, "RepairedStore.cpp": ANY, "StoreRepair.cpp": ANY,
+    "StoreCheck.cpp": {"PRAGMA integrity_check(10000)", "PRAGMA page_size"},
     "StoreSchema.cpp": {"PRAGMA ignore_check_constraints = 1"},
     "StoreFiles.cpp": {"Cards", "Categories", "Globals", "SQLite format 3\\0"},
     # Words of the files of other programs.
@@ -73,7 +73,7 @@ ALLOWED = {
     "ProgramInfo.cpp": {" Mobile ", "Language", "Help."},
     # Names of columns in the store, and of its operations in messages.
     "DatabaseLists.cpp": {"Front", "Back", "Author", "Chapter", "Notes"},
-    "DatabaseCards.cpp": {"Delete CardId: %s"},
+    "DatabaseCards.cpp": {"Delete CardId: %s", " NOT NULL", ") AND ROWID IN "},
     "DatabaseCategories.cpp": {"Delete Category: %i", "%s Global: %s/%s", "Insert", "Update"},
     # The program, its maker, and the category that each store begins with.
     "": {"Velomind", "Ostrel"},

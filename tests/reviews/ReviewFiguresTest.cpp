@@ -248,6 +248,11 @@ TEST(ReviewFigures, AUsualDayWorksOffWhatIsDue) {
             history.Take(FormatReviewLine(record));
         }
     }
+    // Made while the clock was ahead.
+    for (int i = 0; i < 50; ++i) {
+        record.Time = kNow + int64_t{3} * 86400 + i % 2 * 86400;
+        history.Take(FormatReviewLine(record));
+    }
     // Four cards are overdue, one is due this second, and seven come tomorrow.
     std::vector<CardSchedules> cards(12);
     for (size_t i = 0; i < cards.size(); ++i) {

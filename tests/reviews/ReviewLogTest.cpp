@@ -143,6 +143,22 @@ TEST_F(ReviewLogTest, ALogThatCannotBeWrittenIsTracedOnce) {
     EXPECT_EQ(ReadAll().Reviews().size(), 0U);
 }
 
+// Each line is a score in place of one that is not there, or of the one before.
+TEST_F(ReviewLogTest, ALongLogOfOneCardTakesTimeByItsLength) {
+    std::string bytes;
+    for (int i = 0; i < 80000; ++i) {
+        bytes += kReview + (i % 2 == 0 ? "\t1980-01-01T00:00:00Z\n" : "\t-\n");
+    }
+    WriteBytes(mPath, bytes);
+    ReviewRecord record;
+    ASSERT_TRUE(ParseReviewLine(kReview + "\t-", record));
+    const std::clock_t begin = std::clock();
+    EXPECT_EQ(ReadCardReviews(mPath, record.CardId, mCancelled).size(), 80000U);
+    EXPECT_EQ(ReadAll().Reviews().size(), 80000U);
+    // Four to five seconds where each line looks through all before it.
+    EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC);
+}
+
 // More than one piece of a file, read on after it grew, and anew when another one is in its place.
 TEST_F(ReviewLogTest, AHugeLogIsReadOnFromItsEnd) {
     std::string bytes;

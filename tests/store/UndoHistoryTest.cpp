@@ -137,6 +137,53 @@ TEST_F(UndoHistoryTest, ARenamingComesBackUnlessTheNameIsTaken) {
     EXPECT_EQ(mHistory.UndoLast(mDatabase, outcome), 0);
     EXPECT_TRUE(outcome.NameTaken);
     EXPECT_EQ(Categories(), (Strings{"Default", "Verbs", "Words"}));
+    // Renamed once more, by an import or another program.
+    rename("Sayings");
+    EXPECT_EQ(mDatabase.UpdateCategory({1, "Proverbs"}), 0);
+    EXPECT_EQ(mHistory.UndoLast(mDatabase, outcome), 0);
+    EXPECT_TRUE(outcome.NameTaken);
+    EXPECT_EQ(Categories(), (Strings{"Default", "Proverbs", "Verbs"}));
+}
+
+TEST_F(UndoHistoryTest, SoundsAndPicturesComeBackAsTheyWere) {
+    const FlashCard card = Insert(MakeCard("seen", "back", 0));
+    const FlashCard plain = Insert(MakeCard("plain", "back", 0));
+    Query(
+        "UPDATE Cards SET FrontAudio=x'0001FF',BackAudio='text',FrontImage=12 WHERE Front='seen'");
+    const Strings rows = Query("SELECT * FROM Cards ORDER BY Front");
+    Delete({card, plain});
+    EXPECT_EQ(Undo(), Counts(2, 0));
+    EXPECT_EQ(Query("SELECT * FROM Cards ORDER BY Front"), rows);
+    EXPECT_EQ(Query("SELECT typeof(FrontAudio),typeof(BackAudio),typeof(FrontImage) FROM Cards"
+                    " WHERE Front='seen'"),
+              Strings{"blob|text|integer"});
+}
+
+// A damaged store may have such a card among others.
+TEST_F(UndoHistoryTest, ACardWithoutAnIdentityIsChangedWithTheOthers) {
+    const FlashCard whole = Insert(MakeCard("whole", "back", 0));
+    Insert(MakeCard("nameless", "back", 0));
+    Query("UPDATE Cards SET CardId='x' WHERE Front='nameless'");
+    std::vector<int64_t> rowIds;
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(CardColumn::kFront, rowIds), 0);
+    const Category from{0, "Default"};
+    StoreChange merge;
+    EXPECT_EQ(NoteMerge(mDatabase, from, 1, merge), 0);
+    StoreChange move;
+    EXPECT_EQ(NoteMove(mDatabase, rowIds, 1, move), 0);
+    StoreChange deletion;
+    EXPECT_EQ(NoteDeletion(mDatabase, rowIds, deletion), 0);
+    for (const StoreChange& change : {merge, move, deletion}) {
+        EXPECT_EQ(change.CountCards(), 1U);
+        EXPECT_EQ(DescribeWithoutUndo(change),
+                  "The store has no proper identity for 1 of these cards. What was done to it"
+                  " cannot be undone.");
+    }
+    EXPECT_EQ(mDatabase.CardsDeleteByRowId(rowIds), 0);
+    mHistory.Add(std::move(deletion));
+    EXPECT_EQ(Undo(), Counts(1, 0));
+    EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"whole"});
+    EXPECT_EQ(Stored(whole.CardId).Front, "whole");
 }
 
 TEST_F(UndoHistoryTest, TheOldestStepsGoFirstAndAHugeOneTakesAllWithIt) {

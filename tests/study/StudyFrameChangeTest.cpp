@@ -93,6 +93,42 @@ TEST_F(StudyFrameChange, SettingsAndThemesAreTakenOverAtOnce) {
     EXPECT_EQ(State(), "f3|");
 }
 
+// The log lies beside the store that has the score, and a score of the history belongs to the store
+// in which it was given, wherever that is by now.
+TEST_F(StudyFrameChange, TheLogAndTheHistoryGoWithTheStore) {
+    const std::vector<FlashCard> cards = InsertCards(2);
+    Open();
+    Keys({'4', '4'});
+    const auto lines = [](const wxString& store) {
+        const std::string log = ReadBytes(ReviewLogPath(store));
+        return std::count(log.begin(), log.end(), '\n');
+    };
+    EXPECT_EQ(lines(StorePath()), 2);
+    const wxString moved = mDirectory.Path("moved.vlm");
+    mDatabase.Close();
+    ASSERT_EQ(MoveStoreFile(StorePath(), moved), 0);
+    ASSERT_EQ(mDatabase.Open(moved, mWait), 0);
+    mDatabase.Notify();
+    Keys({WXK_LEFT});
+    EXPECT_EQ(State(), "f1/b1 scored 4");
+    Keys({WXK_RIGHT, '4', '4'});
+    EXPECT_EQ(lines(moved), 3);
+    EXPECT_FALSE(wxFileName::FileExists(ReviewLogPath(StorePath())));
+
+    // A copy has the same cards, with what was done to them there.
+    const wxString copy = mDirectory.Path("copy.vlm");
+    WriteBytes(copy, ReadBytes(moved));
+    mDatabase.Close();
+    ASSERT_EQ(mDatabase.Open(copy, mWait), 0);
+    mpFrame->ForgetStore();
+    mDatabase.Notify();
+    Keys({WXK_LEFT});
+    EXPECT_EQ(StatusText(1), "Try to remember");
+    Keys({'4', '4'});
+    EXPECT_EQ(lines(moved), 3);
+    EXPECT_EQ(lines(copy), 2);
+}
+
 TEST_F(StudyFrameChange, AnotherStoreBringsItsOwnCardsAndKeepsTheDirection) {
     InsertCards(1);
     Database other(mReport);

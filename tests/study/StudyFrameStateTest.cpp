@@ -171,7 +171,8 @@ TEST_F(StudyFrameState, NothingIsSaidOfACardThatIsGone) {
     mDatabase.Notify();
     DrainEvents();
     EXPECT_EQ(State(), "message");
-    EXPECT_EQ(StatusText(0) + StatusText(1), "");
+    EXPECT_EQ(StatusText(0), "");
+    EXPECT_EQ(StatusText(1), "Try to remember");
 }
 
 TEST_F(StudyFrameState, StatusTextsFitTheWindowAndTakeTurnsWithTheHelpOfTheMenus) {

@@ -36,8 +36,10 @@ class StoreFileChange {
     bool MayReplace(const wxString& caption) const;
     // Fills the system's text of the error into the format.
     void Tell(const wxString& format, int error, const wxString& caption) const;
-    // Opens a file in place of the one that was closed, and tells the windows.
-    void Reopen(const wxString& path, bool mustExist);
+    // Open a file in place of the one that was closed, or the store that was closed again, and tell
+    // the windows.
+    void Open(const wxString& path, bool mustExist);
+    void Reopen(const wxString& path);
 
     StoreFileActions& mActions;
     wxWindow* mpParent;
@@ -65,11 +67,11 @@ void StoreFileChange::Move() {
         error = MoveStoreFile(mCurrentPath, mNewPath);
     }
     if (error == 0) {
-        Reopen(mNewPath, true);
+        Reopen(mNewPath);
         return;
     }
     Tell(_("Unable to move the store file (%s)"), error, _("Move failed"));
-    Reopen(mCurrentPath, true);
+    Reopen(mCurrentPath);
 }
 
 void StoreFileChange::Create() {
@@ -85,10 +87,10 @@ void StoreFileChange::Create() {
     if (error != 0) {
         // Otherwise the old file would be opened with all its cards, as if it were the new store.
         Tell(_("Unable to replace the store file (%s)"), error, caption);
-        Reopen(mCurrentPath, true);
+        Reopen(mCurrentPath);
         return;
     }
-    Reopen(mNewPath, false);
+    Open(mNewPath, false);
 }
 
 void StoreFileChange::Open() {
@@ -97,7 +99,7 @@ void StoreFileChange::Open() {
         return;
     }
     mDatabase.Close();
-    Reopen(mNewPath, true);
+    Open(mNewPath, true);
 }
 
 bool StoreFileChange::MayReplace(const wxString& caption) const {
@@ -112,8 +114,13 @@ void StoreFileChange::Tell(const wxString& format, int error, const wxString& ca
     ShowMessageBox(wxString::Format(format, SystemErrorText(error)), caption, wxOK, mpParent);
 }
 
-void StoreFileChange::Reopen(const wxString& path, bool mustExist) {
+void StoreFileChange::Open(const wxString& path, bool mustExist) {
     mActions.OpenStoreFile(mpParent, mDatabase, path, mustExist);
+    mDatabase.Notify();
+}
+
+void StoreFileChange::Reopen(const wxString& path) {
+    mActions.ReopenStoreFile(mpParent, mDatabase, path);
     mDatabase.Notify();
 }
 
@@ -167,4 +174,12 @@ void AppStoreFileActions::OpenStoreFile(wxWindow* parent, Database& database, co
                                         bool mustExist) {
     ::OpenStoreFile(parent, database, path, mustExist);
     mStoreChanged();
+}
+
+void AppStoreFileActions::ReopenStoreFile(wxWindow* parent, Database& database,
+                                          const wxString& path) {
+    ::OpenStoreFile(parent, database, path, true);
+    if (!database.IsStoreFile(path)) {
+        mStoreChanged();
+    }
 }

@@ -28,9 +28,13 @@ class StoreFileActions {
     // is told; the first returns the system's number of the error, or 0.
     virtual int BackUp(wxWindow* parent, BackupCause cause) = 0;
     virtual void BackUpFile(wxWindow* parent, const wxString& path) = 0;
-    // Opens that file, or another that the user names. The Database must be closed.
+    // Opens that file, or another that the user names, in the place of another store. The Database
+    // must be closed.
     virtual void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                                bool mustExist) = 0;
+    // Opens the store that was closed again, wherever it is now. What belongs to it stays, unless
+    // the user has to name another one.
+    virtual void ReopenStoreFile(wxWindow* parent, Database& database, const wxString& path) = 0;
 };
 
 // In the order in which the choice lists them.
@@ -58,6 +62,7 @@ class AppStoreFileActions : public StoreFileActions {
     void BackUpFile(wxWindow* parent, const wxString& path) override;
     void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                        bool mustExist) override;
+    void ReopenStoreFile(wxWindow* parent, Database& database, const wxString& path) override;
 
   private:
     BackupKeeper& mBackups;

@@ -27,6 +27,9 @@ struct FakeStoreFileActions : StoreFileActions {
         return 0;
     }
     void BackUpFile(wxWindow*, const wxString&) override { Calls += "backup:file "; }
+    void ReopenStoreFile(wxWindow* parent, Database& database, const wxString& path) override {
+        OpenStoreFile(parent, database, path, true);
+    }
     void OpenStoreFile(wxWindow*, Database& database, const wxString& path,
                        bool mustExist) override {
         Calls += "open:" + wxFileName(path).GetFullName() + (mustExist ? " " : ":new ");
