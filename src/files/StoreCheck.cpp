@@ -8,6 +8,7 @@
 
 #include "base/Files.h"
 #include "base/Unicode.h"
+#include "store/ReadOnlyFile.h"
 
 namespace {
 
@@ -39,9 +40,10 @@ constexpr RowCheck kRowChecks[] = {
     {"SELECT COUNT(*) FROM Cards WHERE Front IS NULL OR Back IS NULL",
      wxTRANSLATE("Cards without a front or a back: %i")}};
 
-Handle OpenHandle(const wxString& path, int flags) {
+// What is wrong with the file itself shows at the first question.
+Handle OpenHandle(const wxString& path, std::unique_ptr<TemporaryDirectory>& privateCopy) {
     sqlite3* handle = nullptr;
-    sqlite3_open_v2(ToPath(path).c_str(), &handle, flags, nullptr);
+    OpenReadOnly(path, handle, privateCopy);
     return {handle, &sqlite3_close};
 }
 
@@ -59,17 +61,24 @@ class Check {
     StatementHandle Prepare(const char* sql);
     void AddEngineFault();
 
+    // Goes after the handle.
+    std::unique_ptr<TemporaryDirectory> mpPrivateCopy;
     const Handle mHandle;
 };
 
-Check::Check(const wxString& path) : mHandle(OpenHandle(path, SQLITE_OPEN_READONLY)) {
+Check::Check(const wxString& path) : mHandle(OpenHandle(path, mpPrivateCopy)) {
     // The schema of a file from anywhere is data.
+    if (mHandle == nullptr) {
+        return;
+    }
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
 }
 
 void Check::Run() {
-    if (AskPages() && AskColumns()) {
+    if (mHandle == nullptr) {
+        Faults.push_back(FromUtf8(sqlite3_errstr(SQLITE_CANTOPEN)));
+    } else if (AskPages() && AskColumns()) {
         AskRows();
     }
 }
