@@ -15,6 +15,7 @@ enum OptionLetter : int {
     kStore = 's',
     kJson = 'j',
     kDryRun = 'n',
+    kNoBackup = 'b',
     kFormat = 'f',
     kScheduling = 'k',
     kOutput = 'o',
@@ -26,6 +27,7 @@ enum OptionLetter : int {
 constexpr option kOptions[] = {{"store", required_argument, nullptr, kStore},
                                {"json", no_argument, nullptr, kJson},
                                {"dry-run", no_argument, nullptr, kDryRun},
+                               {"no-backup", no_argument, nullptr, kNoBackup},
                                {"format", required_argument, nullptr, kFormat},
                                {"scheduling", no_argument, nullptr, kScheduling},
                                {"output", required_argument, nullptr, kOutput},
@@ -52,7 +54,7 @@ constexpr CommandRow kCommands[] = {
     {"check", CardsCommand::kCheck, 1, 1, "sj", "check FILE"},
     {"stats", CardsCommand::kStats, 0, 0, "sj", "stats"},
     {"backup", CardsCommand::kBackup, 0, 1, "sj", "backup [FILE]"},
-    {"restore", CardsCommand::kRestore, 1, 1, "sj", "restore FILE"},
+    {"restore", CardsCommand::kRestore, 1, 1, "sjb", "restore [--no-backup] FILE"},
     {"repair", CardsCommand::kRepair, 2, 2, "j", "repair DAMAGED NEW"}};
 
 struct FormatRow {
@@ -85,6 +87,9 @@ wxString TakeOption(int letter, const wxString& value, CardsOptions& options) {
             break;
         case kDryRun:
             options.DryRun = true;
+            break;
+        case kNoBackup:
+            options.NoBackup = true;
             break;
         case kFormat: {
             const auto* const row =

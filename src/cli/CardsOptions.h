@@ -26,6 +26,8 @@ struct CardsOptions {
     wxString Store;
     bool Json = false;
     bool DryRun = false;
+    // A restoration keeps nothing of the store that it replaces.
+    bool NoBackup = false;
     // The file of an export; empty for standard output.
     wxString Output;
     // The only category to list; empty for all.

@@ -26,7 +26,10 @@ struct FakeStoreFileActions : StoreFileActions {
         Calls += "backup ";
         return 0;
     }
-    void BackUpFile(wxWindow*, const wxString&) override { Calls += "backup:file "; }
+    int BackUpFile(wxWindow*, const wxString&) override {
+        Calls += "backup:file ";
+        return BackupError;
+    }
     void OpenStoreFile(wxWindow*, Database& database, const wxString& path,
                        bool mustExist) override {
         Calls += "open:" + wxFileName(path).GetFullName() + (mustExist ? " " : ":new ");
@@ -38,4 +41,6 @@ struct FakeStoreFileActions : StoreFileActions {
     // Where the last file dialog began.
     wxString ChosenFrom;
     bool MayDiscard = true;
+    // What the backup of a file that is to be replaced comes to.
+    int BackupError = 0;
 };
