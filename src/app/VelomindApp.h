@@ -60,6 +60,9 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     int BackUpStore(wxWindow* parent, BackupCause cause) override {
         return mpBackupKeeper->BackUp(parent, cause);
     }
+    void ExpectChange(BackupCause cause, uint64_t bytes) override {
+        mpBackupKeeper->ExpectChange(cause, bytes);
+    }
     void BackUpDay(wxWindow* parent) override { mpBackupKeeper->BackUpDay(parent); }
     bool IsReverseStudy() const override { return mReverseStudy; }
     void SetReverseStudy(bool reverse) override { mReverseStudy = reverse; }

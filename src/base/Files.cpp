@@ -121,6 +121,25 @@ int CopyWholeFile(int source, int target) {
     return CopyBytes(source, target);
 }
 
+int CopyFirstBytes(int source, int target, int64_t bytes) {
+    if (::lseek(source, 0, SEEK_SET) < 0) {
+        return errno;
+    }
+    Block block;
+    while (bytes > 0) {
+        const ssize_t count = ReadBlock(source, block);
+        if (count <= 0) {
+            return count < 0 ? errno : EIO;
+        }
+        const auto part = static_cast<size_t>(std::min<int64_t>(count, bytes));
+        if (const int error = WriteBlock(target, block, part)) {
+            return error;
+        }
+        bytes -= static_cast<int64_t>(part);
+    }
+    return ::fsync(target) == 0 ? 0 : errno;
+}
+
 int CompareBytes(int source, int target) {
     // Drops the cached pages, so that what is read back comes from the disk.
     ::posix_fadvise(target, 0, 0, POSIX_FADV_DONTNEED);

@@ -3,6 +3,7 @@
 #include <unistd.h>
 #include <wx/string.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -54,6 +55,10 @@ int CopyBytes(int source, int target);
 // Copies all bytes from one open file to another, empty one, in the quickest way that the file
 // systems offer, durably. Returns 0 or the error's number.
 int CopyWholeFile(int source, int target);
+
+// Copies so many bytes from the beginning of one open file to another, which is empty, and makes
+// them last. Returns 0 or the error's number; EIO where the first file is shorter.
+int CopyFirstBytes(int source, int target, int64_t bytes);
 
 // Compares two open files from their first byte, the second as the disk has it. Returns 0 when they
 // are equal, EIO when they differ, or another error's number.

@@ -1,5 +1,8 @@
 #include "base/SettingsFile.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <wx/fileconf.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
@@ -8,10 +11,14 @@
 #include <wx/utils.h>
 #include <wx/wfstream.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <string>
 #include <system_error>
 
 #include "base/Files.h"
+#include "base/Unicode.h"
 
 // The settings lie in one text file of lines "Key=value" in a single section, for example
 //
@@ -128,8 +135,40 @@ class SettingsFile final : public wxFileConfig {
         const wxLogNull quiet;
         // A failure to make the directory shows in the next step.
         wxFileName(mPath).Mkdir(wxS_IRUSR | wxS_IWUSR | wxS_IXUSR, wxPATH_MKDIR_FULL);
-        wxTempFileOutputStream file(mPath);
-        return file.IsOk() && Save(file) && file.Commit();
+        wxMemoryOutputStream text;
+        const wxStreamBuffer* const bytes = text.GetOutputStreamBuffer();
+        return Save(text) &&
+               Replace(static_cast<const char*>(bytes->GetBufferStart()), bytes->GetIntPosition());
+    }
+
+    // The library's temporary file deletes the old one before the new one has its name, and does
+    // not wait for the disk: a power cut could leave no settings, or an empty file.
+    bool Replace(const char* bytes, size_t size) const {
+        const std::string name = ToUtf8(mPath);
+        std::string temporary = name + "-XXXXXX";
+        const FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+        if (!file.IsOpen()) {
+            return false;
+        }
+        struct stat status {};
+        if (::stat(name.c_str(), &status) == 0) {
+            ::fchmod(file.Get(), status.st_mode & 0777);
+        }
+        while (size > 0) {
+            const ssize_t written = ::write(file.Get(), bytes, size);
+            if (written <= 0) {
+                break;
+            }
+            bytes += written;
+            size -= static_cast<size_t>(written);
+        }
+        if (size > 0 || ::fsync(file.Get()) != 0 ||
+            std::rename(temporary.c_str(), name.c_str()) != 0) {
+            ::unlink(temporary.c_str());
+            return false;
+        }
+        SyncDirectory(ToPath(mPath));
+        return true;
     }
 
     const wxString mPath;

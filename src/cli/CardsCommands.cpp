@@ -132,7 +132,10 @@ int Store::Open(Use use) {
         return kCardsStoreFailed;
     }
     SilentWait wait;
-    if (mDatabase.Open(mPath, wait) < 0) {
+    // A command that only reads creates and upgrades nothing.
+    const int result =
+        use == Use::kRead ? mDatabase.OpenToRead(mPath) : mDatabase.Open(mPath, wait);
+    if (result < 0) {
         return FailStore(wxString::Format(_("The store \"%s\" cannot be opened: %s"), mPath,
                                           mDatabase.GetLastError()));
     }
@@ -360,28 +363,6 @@ int TryImport(const CardSource& source, Store& store, bool json) {
     return failure == kCardsDone ? Import(source, copy, json, hasCards) : failure;
 }
 
-// Makes a backup of a store in the folder of backups; one that cannot be opened is copied as it is.
-// Returns its path. Returns the empty text for a store without cards, and on a failure, which was
-// reported.
-wxString MakeBackup(Store& store, BackupCause cause) {
-    const wxDateTime now = CurrentTime();
-    const BackupSettings settings = ReadBackupSettings(cause);
-    StoreBackups backups(settings, [](const wxString& text) { PrintError(text); });
-    Database& database = store.GetDatabase();
-    const int error = database.IsOpen() ? backups.Make(database, cause, now)
-                                        : backups.MakeOfFile(store.GetPath(), cause, now);
-    if (error != 0) {
-        return wxString();
-    }
-    const std::vector<StoreBackup> all = ListBackups(
-        settings.Directory.empty() ? GetBackupDirectory() : settings.Directory, store.GetPath());
-    // Names of backups have whole seconds.
-    const auto made = std::find_if(all.begin(), all.end(), [&](const StoreBackup& backup) {
-        return backup.Cause == cause && backup.Time > now - wxTimeSpan::Seconds(1);
-    });
-    return made == all.end() ? wxString() : made->Path;
-}
-
 int RunImport(const CardsOptions& options) {
     InputFile file;
     if (!file.Open(options.Operands.front())) {
@@ -402,7 +383,12 @@ int RunImport(const CardsOptions& options) {
     if (const int failure = store.Open(Store::Use::kWriteOrCreate)) {
         return failure;
     }
-    MakeBackup(store, BackupCause::kImport);
+    // The first pass writes nothing, and a list that changes nothing costs no backup.
+    StoreBackups backups(ReadBackupSettings(BackupCause::kImport), PrintError);
+    backups.ExpectChange(BackupCause::kImport,
+                         ImportedBytes(wxFileName::GetSize(file.GetPath()).GetValue()));
+    store.GetDatabase().SetBeforeChange(
+        [&] { backups.MakeBeforeChange(store.GetDatabase(), CurrentTime()); });
     bool hasCards = false;
     const int outcome = Import(source, store, options.Json, hasCards);
     if (isNew && !hasCards) {
@@ -635,7 +621,9 @@ int RunBackup(const CardsOptions& options) {
     }
     wxString path;
     if (options.Operands.empty()) {
-        path = MakeBackup(store, BackupCause::kUser);
+        StoreBackups backups(ReadBackupSettings(BackupCause::kUser), PrintError);
+        backups.Make(store.GetDatabase(), BackupCause::kUser, CurrentTime());
+        path = backups.GetLast();
         if (path.empty()) {
             return FailStore(_("No backup was made."));
         }
@@ -652,8 +640,20 @@ int RunBackup(const CardsOptions& options) {
     return FinishOutput(PrintPath(path, options.Json));
 }
 
-// Puts a backup in the place of the store, which is backed up first unless it cannot be read at
-// all.
+// Keeps the store that is about to be replaced, one that is damaged included. Returns kCardsDone
+// and the path of the backup, or an empty path for a store without cards.
+int KeepBeforeRestore(const Store& store, const wxString& backup, wxString& kept) {
+    StoreBackups backups(ReadBackupSettings(BackupCause::kRestore), PrintError);
+    const int error = backups.MakeOfFile(store.GetPath(), BackupCause::kRestore, CurrentTime(),
+                                         wxFileName::GetSize(backup).GetValue());
+    kept = backups.GetLast();
+    return error == 0
+               ? int{kCardsDone}
+               : FailStore(_("Nothing was changed. With --no-backup the store is replaced although "
+                             "its cards are lost then."));
+}
+
+// Puts a backup in the place of the store, which is backed up first.
 int RunRestore(const CardsOptions& options) {
     InputFile backup;
     if (!backup.Open(options.Operands.front())) {
@@ -663,21 +663,20 @@ int RunRestore(const CardsOptions& options) {
     if (IsSameFile(backup.GetPath(), store.GetPath())) {
         return Refuse(_("A store cannot be restored from itself."));
     }
+    if (CheckBackup(backup.GetPath()) != 0) {
+        return Refuse(
+            wxString::Format(_("The file \"%s\" is not a whole store."), options.Operands.front()));
+    }
     if (!store.KeepProgramOut()) {
         return kCardsStoreFailed;
     }
     wxString kept;
-    if (store.Exists()) {
-        store.Open(Store::Use::kWrite);
-        kept = MakeBackup(store, BackupCause::kRestore);
-        store.GetDatabase().Close();
+    if (store.Exists() && !options.NoBackup) {
+        if (const int failure = KeepBeforeRestore(store, backup.GetPath(), kept)) {
+            return failure;
+        }
     }
-    const int error = RestoreBackup(backup.GetPath(), store.GetPath());
-    if (error == EILSEQ) {
-        return Refuse(
-            wxString::Format(_("The file \"%s\" is not a whole store."), options.Operands.front()));
-    }
-    if (error != 0) {
+    if (const int error = RestoreBackup(backup.GetPath(), store.GetPath())) {
         return FailStore(wxString::Format(_("The store \"%s\" cannot be replaced: %s."),
                                           store.GetPath(), SystemErrorText(error)));
     }

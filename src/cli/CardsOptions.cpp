@@ -21,6 +21,7 @@ enum OptionLetter : int {
     kJson = 'j',
     kDryRun = 'n',
     kLarge = 'l',
+    kNoBackup = 'b',
     kFormat = 'f',
     kScheduling = 'k',
     kOutput = 'o',
@@ -59,6 +60,7 @@ constexpr OptionRow kOptionRows[] = {
     {kHeadings, "headings", "yes|no", wxTRANSLATE("says whether the first row names the columns")},
     {kKnown, "known", "stop|skip|update",
      wxTRANSLATE("says what becomes of cards whose front and back are there already")},
+    {kNoBackup, "no-backup", nullptr, wxTRANSLATE("replaces the store without a backup of it")},
     {kFormat, "format", "vlm|delimited|vlm1|anki", wxTRANSLATE("chooses the form of the text")},
     {kScheduling, "scheduling", nullptr, wxTRANSLATE("includes the schedules")},
     {kOutput, "output", "FILE", wxTRANSLATE("writes to this file; - is standard output")},
@@ -88,7 +90,7 @@ constexpr CommandRow kCommands[] = {
      "check [--encoding NAME] [--delimiter TEXT] [--columns LIST] [--headings yes|no] FILE"},
     {"stats", CardsCommand::kStats, 0, 0, "sj", "stats"},
     {"backup", CardsCommand::kBackup, 0, 1, "sj", "backup [FILE]"},
-    {"restore", CardsCommand::kRestore, 1, 1, "sj", "restore FILE"},
+    {"restore", CardsCommand::kRestore, 1, 1, "sjb", "restore [--no-backup] FILE"},
     {"repair", CardsCommand::kRepair, 2, 2, "j", "repair DAMAGED NEW"}};
 
 struct FormatRow {
@@ -210,6 +212,9 @@ wxString TakeOption(int letter, const wxString& value, CardsOptions& options) {
             break;
         case kLarge:
             options.Large = true;
+            break;
+        case kNoBackup:
+            options.NoBackup = true;
             break;
         case kFormat: {
             const auto* const row =

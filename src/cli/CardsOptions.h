@@ -32,6 +32,8 @@ struct CardsOptions {
     bool DryRun = false;
     // Whether a deck may go beyond the bounds that a person is asked about.
     bool Large = false;
+    // A restoration keeps nothing of the store that it replaces.
+    bool NoBackup = false;
     // The file of an export; empty for standard output.
     wxString Output;
     // The only category to list; empty for all.

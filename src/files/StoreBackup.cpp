@@ -1,23 +1,17 @@
 #include "files/StoreBackup.h"
 
-#include <wx/confbase.h>
+#include <sys/stat.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
-#include <wx/utils.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
-#include <iterator>
-#include <limits>
-#include <set>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "base/Files.h"
-#include "base/SettingsFile.h"
-#include "base/Time.h"
 #include "files/StoreFiles.h"
 #include "store/CardUuid.h"
 #include "store/StoreSchema.h"
@@ -26,76 +20,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kExtension[] = ".vlm";
-constexpr char kUnfinished[] = ".unfinished";
-
-struct CauseRow {
-    BackupCause Cause;
-    // In file names.
-    const char* Word;
-    const char* Name;
-};
-
-constexpr CauseRow kCauses[] = {
-    {BackupCause::kDay, "day", wxTRANSLATE("Before the first change of the day")},
-    {BackupCause::kImport, "import", wxTRANSLATE("Before an import")},
-    {BackupCause::kMerge, "merge", wxTRANSLATE("Before a merge of categories")},
-    {BackupCause::kMaintenance, "maintenance", wxTRANSLATE("Before maintenance")},
-    {BackupCause::kMove, "move", wxTRANSLATE("Before a move of the store file")},
-    {BackupCause::kReplace, "replace", wxTRANSLATE("Before the store file was replaced")},
-    {BackupCause::kRepair, "repair", wxTRANSLATE("Before a repair")},
-    {BackupCause::kRestore, "restore", wxTRANSLATE("Before another backup was restored")},
-    {BackupCause::kUser, "user", wxTRANSLATE("On request")},
-};
-
-const CauseRow& RowOf(BackupCause cause) {
-    return *std::find_if(std::begin(kCauses), std::end(kCauses),
-                         [&](const CauseRow& row) { return row.Cause == cause; });
-}
-
-// Opens another store quietly. Returns the number of its cards, or -1.
-int32_t OpenToRead(QuietDatabase& database, const wxString& path) {
+// Returns the number of a store's cards, or -1.
+int32_t OpenToCount(QuietDatabase& database, const wxString& path) {
     int32_t count = 0;
-    return database.OpenQuietly(path) == 0 && database.CountAllCards(count) >= 0 ? count : -1;
+    return database.OpenToRead(path) == 0 && database.CountAllCards(count) >= 0 ? count : -1;
 }
 
-wxString StemOf(const wxString& storePath) {
-    return wxFileName(storePath).GetName();
-}
-
-// "20261125T093000Z"
-wxString FormatBackupTime(const wxDateTime& time) {
-    wxString text = FormatTimeStamp(time);
-    text.Replace("-", "");
-    text.Replace(":", "");
-    text.Replace(" ", "T");
-    return text;
-}
-
-bool ParseBackupTime(const wxString& text, wxDateTime& time) {
-    const wxString stamp = text.Left(4) + "-" + text.Mid(4, 2) + "-" + text.Mid(6, 2) + " " +
-                           text.Mid(9, 2) + ":" + text.Mid(11, 2) + ":" + text.Mid(13, 2) + "Z";
-    // Only a text that comes out the same again is one of ours.
-    return ParseTimeStamp(stamp, time) == 0 && FormatBackupTime(time) == text;
-}
-
-wxString BackupName(const wxString& stem, const wxDateTime& time, BackupCause cause) {
-    return stem + "." + FormatBackupTime(time) + "." + RowOf(cause).Word + kExtension;
-}
-
-// Reads the part of a name after the stem, ".20261125T093000Z.import.vlm". Returns false for other
-// files.
-bool ParseBackupName(const wxString& rest, StoreBackup& backup) {
-    for (const CauseRow& row : kCauses) {
-        const wxString end = wxString(".") + row.Word + kExtension;
-        wxString time;
-        if (rest.StartsWith(".") && rest.EndsWith(end, &time) &&
-            ParseBackupTime(time.Mid(1), backup.Time)) {
-            backup.Cause = row.Cause;
-            return true;
-        }
-    }
-    return false;
+// The identities of the first schema have capitals, all others have none.
+char16_t ToLower(char16_t letter) {
+    return letter >= u'A' && letter <= u'F' ? static_cast<char16_t>(letter + (u'a' - u'A'))
+                                            : letter;
 }
 
 // Walks the cards of a store in the order of their identities.
@@ -109,7 +43,14 @@ class CardWalk {
     bool HasFailed() const { return mHasFailed; }
     bool HasCard() const { return !mHasFailed && !mRun.IsDone(); }
     int CompareIds(const CardWalk& other) const {
-        return mRun.ColumnUtf16(0).compare(other.mRun.ColumnUtf16(0));
+        const std::u16string_view id = mRun.ColumnUtf16(0);
+        const std::u16string_view otherId = other.mRun.ColumnUtf16(0);
+        for (size_t i = 0; i < std::min(id.size(), otherId.size()); ++i) {
+            if (const int difference = ToLower(id[i]) - ToLower(otherId[i])) {
+                return difference;
+            }
+        }
+        return static_cast<int>(id.size()) - static_cast<int>(otherId.size());
     }
     bool HasSameContent(const CardWalk& other) const {
         return IsSame(other, 1, kForwardScheduleColumn);
@@ -152,113 +93,10 @@ int MakeDirectories(const fs::path& directory) {
     return error.value();
 }
 
-// Removes copies of a store that were never finished because the program or the system ended.
-// Leaves new ones, which another program may be about to finish.
-void RemoveUnfinished(const fs::path& directory, const wxString& storePath) {
-    const auto limit = fs::file_time_type::clock::now() - std::chrono::hours(1);
-    const wxString stem = StemOf(storePath) + ".";
-    std::error_code error;
-    for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
-         entry.increment(error)) {
-        const wxString name = FromPath(entry->path().filename());
-        std::error_code ignored;
-        if (name.StartsWith(stem) && name.EndsWith(kUnfinished) &&
-            entry->last_write_time(ignored) < limit) {
-            fs::remove(entry->path(), ignored);
-        }
-    }
-}
+// How a copy is checked before it gets its name.
+enum class CopyCheck { kSameCards, kNone };
 
-}  // namespace
-
-BackupSettings ReadBackupSettings(BackupCause cause) {
-    BackupSettings settings;
-    const auto file = OpenSettingsFile(kApplicationName);
-    long least = 0;
-    settings.IsOn = file->ReadBool(kSettingBackups, settings.IsOn);
-    settings.Directory = file->Read(kSettingBackupDirectory, wxString());
-    if (file->Read(kSettingLeastBackups, &least) && least <= std::numeric_limits<int32_t>::max()) {
-        settings.Least = static_cast<size_t>(std::max(1L, least));
-    }
-    if (cause == BackupCause::kRestore) {
-        settings.Least = std::numeric_limits<size_t>::max();
-        settings.MostBytes = std::numeric_limits<uint64_t>::max();
-    }
-    settings.IsOn = settings.IsOn || cause == BackupCause::kRestore || cause == BackupCause::kUser;
-    return settings;
-}
-
-wxString GetBackupDirectory() {
-    wxString data;
-    if (!wxGetEnv("XDG_DATA_HOME", &data) || !wxIsAbsolutePath(data)) {
-        data = wxFileName::GetHomeDir() + "/.local/share";
-    }
-    return data + "/velomind/backups";
-}
-
-wxString NameOfCause(BackupCause cause) {
-    return wxGetTranslation(RowOf(cause).Name);
-}
-
-std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& storePath) {
-    std::vector<StoreBackup> backups;
-    const wxString stem = StemOf(storePath);
-    std::error_code error;
-    for (fs::directory_iterator entry(ToPath(directory), error), end; !error && entry != end;
-         entry.increment(error)) {
-        const wxString name = FromPath(entry->path().filename());
-        StoreBackup backup;
-        wxString rest;
-        std::error_code unreadable;
-        if (name.StartsWith(stem, &rest) && ParseBackupName(rest, backup)) {
-            backup.Path = FromPath(entry->path());
-            backup.Bytes = entry->file_size(unreadable);
-            if (!unreadable) {
-                const uintmax_t log = fs::file_size(ToPath(ReviewLogPath(backup.Path)), unreadable);
-                backup.Bytes += unreadable ? 0 : log;
-                backups.push_back(backup);
-            }
-        }
-    }
-    std::sort(backups.begin(), backups.end(),
-              [](const StoreBackup& left, const StoreBackup& right) {
-                  return left.Time == right.Time ? left.Path > right.Path : left.Time > right.Time;
-              });
-    return backups;
-}
-
-BackupThinning ThinBackups(const std::vector<StoreBackup>& backups, const wxDateTime& now,
-                           const BackupSettings& settings) {
-    const wxDateTime twoDaysAgo = now - wxTimeSpan::Days(2);
-    const wxDateTime monthAgo = now - wxTimeSpan::Days(31);
-    BackupThinning thinning;
-    std::set<wxString> periods;
-    uint64_t bytes = 0;
-    size_t kept = 0;
-    for (const StoreBackup& backup : backups) {
-        const wxString day = backup.Time.FormatISODate();
-        const bool isFirstOfDay = periods.insert(day).second;
-        const bool isFirstOfMonth = periods.insert(day.Left(7)).second;
-        const bool staysByAge =
-            backup.Time >= twoDaysAgo || (backup.Time >= monthAgo ? isFirstOfDay : isFirstOfMonth);
-        if (kept >= settings.Least && !staysByAge) {
-            thinning.Gone.push_back(backup);
-            continue;
-        }
-        const bool fits = bytes + backup.Bytes <= settings.MostBytes;
-        if (kept >= settings.Least && !fits) {
-            thinning.Gone.push_back(backup);
-            ++thinning.GoneBySize;
-            continue;
-        }
-        thinning.IsOverLimit = thinning.IsOverLimit || !fits;
-        bytes += backup.Bytes;
-        ++kept;
-    }
-    return thinning;
-}
-
-int CopyOpenStore(Database& database, const wxString& target) {
+int CopyStore(Database& database, const wxString& target, CopyCheck check) {
     const fs::path file = ToPath(target);
     std::error_code failure;
     CardUuid unique;
@@ -268,13 +106,13 @@ int CopyOpenStore(Database& database, const wxString& target) {
     if (GenerateUuid(unique) != 0) {
         return EIO;
     }
-    // Only a copy that is known to be whole gets the name.
-    const wxString unfinished = target + "." + FormatUuid(unique).Left(8) + kUnfinished;
+    // The name is given only to a copy that is known to be whole.
+    const wxString unfinished = target + "." + FormatUuid(unique).Left(8) + kUnfinishedBackup;
     int32_t expected = 0;
     int error = database.CopyFile(unfinished, expected);
-    if (error == 0) {
+    if (error == 0 && check == CopyCheck::kSameCards) {
         QuietDatabase copy;
-        error = OpenToRead(copy, unfinished) == expected ? 0 : EIO;
+        error = expected >= 0 && OpenToCount(copy, unfinished) == expected ? 0 : EIO;
     }
     if (error == 0) {
         fs::rename(ToPath(unfinished), file, failure);
@@ -289,16 +127,56 @@ int CopyOpenStore(Database& database, const wxString& target) {
     return error;
 }
 
+// Returns true when the cards of the store are about to go from it.
+bool Replaces(BackupCause cause) {
+    return cause == BackupCause::kReplace || cause == BackupCause::kRestore ||
+           cause == BackupCause::kDamaged;
+}
+
+bool IsOnSameDisk(const fs::path& path, const fs::path& other) {
+    struct stat status {};
+    struct stat otherStatus {};
+    return ::stat(path.c_str(), &status) == 0 && ::stat(other.c_str(), &otherStatus) == 0 &&
+           status.st_dev == otherStatus.st_dev;
+}
+
+// Tells whether so many bytes fit into a directory and leave a reserve.
+bool HasRoom(const fs::path& directory, uint64_t bytes, uint64_t reserve) {
+    std::error_code error;
+    const fs::space_info space = fs::space(directory, error);
+    return error || (space.available >= bytes && space.available - bytes >= reserve);
+}
+
+}  // namespace
+
+int CopyOpenStore(Database& database, const wxString& target) {
+    return CopyStore(database, target, CopyCheck::kSameCards);
+}
+
+int CheckBackup(const wxString& backup) {
+    QuietDatabase database;
+    if (!wxFileName::FileExists(backup)) {
+        return ENOENT;
+    }
+    return OpenToCount(database, backup) < 0 ? EILSEQ : 0;
+}
+
 int RestoreBackup(const wxString& backup, const wxString& storePath) {
-    {
-        QuietDatabase database;
-        if (!wxFileName::FileExists(backup) || OpenToRead(database, backup) < 0) {
-            return wxFileName::FileExists(backup) ? EILSEQ : ENOENT;
-        }
+    QuietDatabase database;
+    if (!wxFileName::FileExists(backup)) {
+        return ENOENT;
+    }
+    if (OpenToCount(database, backup) < 0) {
+        return EILSEQ;
     }
     // The store is whole by itself until it is replaced.
     PlayBackJournal(ToPath(storePath));
-    return CopyStoreFile(backup, storePath);
+    // What a program has left half done beside the backup is in the copy that is read then.
+    const int error = CopyStoreFile(database.GetFileRead(), storePath);
+    if (error == 0 && database.GetFileRead() != database.GetPath()) {
+        CopyReviewLog(backup, storePath);
+    }
+    return error;
 }
 
 int CompareStores(Database& store, Database& backup, StoreDifference& difference) {
@@ -328,100 +206,200 @@ int CompareStores(Database& store, Database& backup, StoreDifference& difference
     return now.HasFailed() || then.HasFailed() ? -1 : 0;
 }
 
+namespace {
+
+// Returns the newest of a store's own backups, leaving out what a clock that was ahead has put into
+// the future, when it is just what the store has now; else an empty text.
+wxString FindSame(const BackupSettings& settings, Database& database, const wxDateTime& now) {
+    const std::vector<StoreBackup> backups =
+        OwnBackups(ListBackups(GetBackupDirectory(settings), database.GetPath()));
+    const auto newest = std::find_if(backups.begin(), backups.end(),
+                                     [&](const StoreBackup& backup) { return backup.Time <= now; });
+    return newest != backups.end() && !newest->IsChanged && database.IsCopy(newest->Path)
+               ? newest->Path
+               : wxString();
+}
+
+}  // namespace
+
 StoreBackups::StoreBackups(const BackupSettings& settings, Tell tell)
-    : mSettings(settings), mTell(std::move(tell)) {}
+    : mTell(std::move(tell)), mSettings(settings) {}
 
-wxString StoreBackups::GetDirectory() const {
-    return mSettings.Directory.empty() ? GetBackupDirectory() : mSettings.Directory;
+void StoreBackups::SetSettings(const BackupSettings& settings) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mSettings = settings;
 }
 
-int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& now) {
-    if (!mSettings.IsOn || database.IsEmpty()) {
+BackupSettings StoreBackups::GetSettings() const {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mSettings;
+}
+
+wxString StoreBackups::GetLast() const {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mLast;
+}
+
+void StoreBackups::SetLast(const wxString& path) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mLast = path;
+}
+
+int StoreBackups::Make(Database& database, BackupCause cause, const wxDateTime& now,
+                       uint64_t change) {
+    const BackupSettings settings = GetSettings();
+    int32_t count = 0;
+    SetLast(wxString());
+    const bool isCounted = database.TryLocked([&] { database.CountAllCards(count); });
+    if (!settings.IsOn || !database.IsOpen() || (isCounted && count == 0)) {
         return 0;
     }
-    return MakeCopy(database.GetPath(), cause, now,
-                    [&](const wxString& target) { return CopyOpenStore(database, target); });
+    const wxString same = FindSame(settings, database, now);
+    if (!same.empty()) {
+        SetLast(same);
+        return 0;
+    }
+    const bool isDamaged = !isCounted && Replaces(cause);
+    const auto copy = [&](const wxString& target) {
+        return CopyStore(database, target, isDamaged ? CopyCheck::kNone : CopyCheck::kSameCards);
+    };
+    return Run(settings, {database.GetPath(), isDamaged ? BackupCause::kDamaged : cause, now,
+                          static_cast<uint64_t>(database.CountBytes()), change, copy});
 }
 
-int StoreBackups::MakeOfFile(const wxString& path, BackupCause cause, const wxDateTime& now) {
+int StoreBackups::MakeOfFile(const wxString& path, BackupCause cause, const wxDateTime& now,
+                             uint64_t change) {
+    const BackupSettings settings = GetSettings();
+    SetLast(wxString());
     std::error_code error;
-    QuietDatabase database;
-    if (!mSettings.IsOn || fs::file_size(ToPath(path), error) == 0 || error) {
+    const uint64_t bytes = fs::file_size(ToPath(path), error);
+    if (!settings.IsOn || bytes == 0 || error) {
         return 0;
     }
-    if (database.OpenQuietly(path) >= 0) {
-        return Make(database, cause, now);
+    {
+        QuietDatabase database;
+        if (OpenToCount(database, path) >= 0) {
+            return Make(database, cause, now, change);
+        }
     }
-    return MakeCopy(path, cause, now, [&](const wxString& target) {
+    const bool isDamaged = Replaces(cause) && IsDatabaseFile(path);
+    const auto copy = [&](const wxString& target) {
         return wxFileName::Exists(target) ? EEXIST : KeepStoreFile(path, target);
-    });
+    };
+    return Run(settings,
+               {path, isDamaged ? BackupCause::kDamaged : cause, now, bytes, change, copy});
 }
 
-int StoreBackups::MakeCopy(const wxString& storePath, BackupCause cause, const wxDateTime& now,
-                           const Copy& copy) {
-    const fs::path directory = ToPath(GetDirectory());
-    int error = MakeDirectories(directory);
-    RemoveUnfinished(directory, storePath);
-    // Two backups in one second get two names.
-    for (wxDateTime time = now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
-        const wxString name = BackupName(StemOf(storePath), time, cause);
-        error = copy(FromPath(directory / ToPath(name)));
+int StoreBackups::Run(const BackupSettings& settings, const Task& task) {
+    const wxString directory = GetBackupDirectory(settings);
+    int error = MakeDirectories(ToPath(directory));
+    RemoveUnfinishedBackups(directory, task.StorePath);
+    // A disk that the backup filled up would stop the change half way.
+    const bool isShared = IsOnSameDisk(ToPath(directory), ToPath(task.StorePath));
+    const uint64_t reserve = isShared ? std::max(settings.LeastRoom, task.Change) : 0;
+    if (error == 0 && !HasRoom(ToPath(directory), task.Bytes, reserve)) {
+        error = ENOSPC;
+    }
+    // Two in one second have two names.
+    for (wxDateTime time = task.Now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
+        const wxString path = BackupPath(directory, task.StorePath, time, task.Cause);
+        error = task.Copy(path);
+        if (error == 0) {
+            SealBackup(path, task.StorePath, time);
+            SetLast(path);
+        }
         if (error != EEXIST) {
             break;
         }
     }
     if (error != 0) {
-        TellOnce(wxString::Format(
-            _("No backup of the store file could be written to \"%s\" (%s). Your cards are safe in "
-              "the store file itself."),
-            GetDirectory(), SystemErrorText(error)));
+        TellFailure(settings, task, error);
         return error;
     }
-    mTold.clear();
-    Thin(storePath, now);
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mTold.clear();
+    }
+    Thin(settings, task.StorePath);
     return 0;
 }
 
+void StoreBackups::TellFailure(const BackupSettings& settings, const Task& task, int error) {
+    const wxString text =
+        Replaces(task.Cause)
+            ? _("No backup of the store file could be written to \"%s\" (%s).")
+            : _("No backup of the store file could be written to \"%s\" (%s). Your cards are safe "
+                "in the store file itself.");
+    TellOnce(wxString::Format(text, GetBackupDirectory(settings), SystemErrorText(error)));
+}
+
 bool StoreBackups::IsDayDone(const wxString& storePath, const wxDateTime& now) const {
-    if (!mSettings.IsOn || (mDay.IsValid() && now.IsSameDate(mDay) && storePath == mDayStore)) {
-        return true;
+    const BackupSettings settings = GetSettings();
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        if (!settings.IsOn || (mDay.IsValid() && now.IsSameDate(mDay) && storePath == mDayStore)) {
+            return true;
+        }
     }
-    const std::vector<StoreBackup> backups = ListBackups(GetDirectory(), storePath);
-    return !backups.empty() && backups.front().Time.IsSameDate(now);
+    const std::vector<StoreBackup> backups =
+        OwnBackups(ListBackups(GetBackupDirectory(settings), storePath));
+    return std::any_of(backups.begin(), backups.end(),
+                       [&](const StoreBackup& backup) { return backup.Time.IsSameDate(now); });
 }
 
-void StoreBackups::MakeDaily(Database& database, const wxDateTime& now) {
-    const bool isDone = IsDayDone(database.GetPath(), now);
-    mDay = now;
-    mDayStore = database.GetPath();
-    if (!isDone) {
-        Make(database, BackupCause::kDay, now);
+void StoreBackups::ExpectChange(BackupCause cause, uint64_t bytes) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mExpected = cause;
+    mExpectedBytes = bytes;
+}
+
+void StoreBackups::MakeBeforeChange(Database& database, const wxDateTime& now) {
+    const wxString path = database.GetPath();
+    const bool isDone = IsDayDone(path, now);
+    BackupCause cause = BackupCause::kDay;
+    uint64_t bytes = 0;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mDay = now;
+        mDayStore = path;
+        std::swap(cause, mExpected);
+        std::swap(bytes, mExpectedBytes);
+    }
+    if (!isDone || cause != BackupCause::kDay) {
+        Make(database, cause, now, bytes);
     }
 }
 
-void StoreBackups::Thin(const wxString& storePath, const wxDateTime& now) {
+void StoreBackups::Thin(const BackupSettings& settings, const wxString& storePath) {
+    BackupSettings thinned = settings;
+    thinned.JustMade = GetLast();
     const BackupThinning thinning =
-        ThinBackups(ListBackups(GetDirectory(), storePath), now, mSettings);
+        ThinBackups(OwnBackups(ListBackups(GetBackupDirectory(settings), storePath)), thinned);
     for (const StoreBackup& backup : thinning.Gone) {
         std::error_code ignored;
         fs::remove(ToPath(backup.Path), ignored);
         fs::remove(ToPath(ReviewLogPath(backup.Path)), ignored);
     }
     if (thinning.IsOverLimit || thinning.GoneBySize > 0) {
-        const wxString limit = wxFileName::GetHumanReadableSize(wxULongLong(mSettings.MostBytes));
+        const wxString limit = wxFileName::GetHumanReadableSize(wxULongLong(settings.MostBytes));
         TellOnce(thinning.IsOverLimit
-                     ? wxString::Format(_("The newest backups of the store file take more than %s "
+                     ? wxString::Format(_("The backups of the store file take more than %s "
                                           "together. They are kept all the same."),
                                         limit)
                      : wxString::Format(_("The backups of the store file would take more than %s. "
-                                          "The oldest have been deleted."),
+                                          "Those that lay closest together have been deleted."),
                                         limit));
     }
 }
 
 void StoreBackups::TellOnce(const wxString& text) {
-    if (mTell && text != mTold) {
+    bool isNew = false;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        isNew = text != mTold;
+        mTold = text;
+    }
+    if (mTell && isNew) {
         mTell(text);
     }
-    mTold = text;
 }

@@ -10,6 +10,7 @@
 
 #include "base/Files.h"
 #include "base/Unicode.h"
+#include "store/ReadOnlyFile.h"
 #include "store/StoreSchema.h"
 
 namespace {
@@ -42,9 +43,10 @@ constexpr RowCheck kRowChecks[] = {
     {"SELECT COUNT(*) FROM Cards WHERE Front IS NULL OR Back IS NULL",
      wxTRANSLATE("Cards without a front or a back: %i")}};
 
-Handle OpenHandle(const wxString& path, int flags) {
+// What is wrong with the file itself shows at the first question.
+Handle OpenHandle(const wxString& path, std::unique_ptr<TemporaryDirectory>& privateCopy) {
     sqlite3* handle = nullptr;
-    sqlite3_open_v2(ToPath(path).c_str(), &handle, flags, nullptr);
+    OpenReadOnly(path, handle, privateCopy);
     return {handle, &sqlite3_close};
 }
 
@@ -64,11 +66,16 @@ class Check {
     void AddEngineFault();
 
     const wxString mPath;
+    // Goes after the handle.
+    std::unique_ptr<TemporaryDirectory> mpPrivateCopy;
     const Handle mHandle;
 };
 
-Check::Check(const wxString& path) : mPath(path), mHandle(OpenHandle(path, SQLITE_OPEN_READONLY)) {
+Check::Check(const wxString& path) : mPath(path), mHandle(OpenHandle(path, mpPrivateCopy)) {
     // The schema of a file from anywhere is data.
+    if (mHandle == nullptr) {
+        return;
+    }
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     sqlite3_db_config(mHandle.get(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
@@ -76,7 +83,9 @@ Check::Check(const wxString& path) : mPath(path), mHandle(OpenHandle(path, SQLIT
 }
 
 void Check::Run() {
-    if (AskPages() && AskColumns()) {
+    if (mHandle == nullptr) {
+        Faults.push_back(FromUtf8(sqlite3_errstr(SQLITE_CANTOPEN)));
+    } else if (AskPages() && AskColumns()) {
         AskRows();
     }
     if (Faults.empty()) {

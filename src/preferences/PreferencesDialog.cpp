@@ -271,8 +271,8 @@ void PreferencesDialog::CreateBackups() {
     least->Add(mpLeastBackups, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
     const wxString limit =
         wxFileName::GetHumanReadableSize(wxULongLong(BackupSettings().MostBytes));
-    AddText(group,
-            wxString::Format(_("The oldest go first when all together take more than %s."), limit))
+    AddText(group, wxString::Format(
+                       _("Those closest together go first when all take more than %s."), limit))
         ->Wrap(FromDIP(kTextWidth));
 }
 

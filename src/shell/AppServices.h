@@ -62,6 +62,9 @@ class AppServices : public CategorySource {
     // Makes a backup of the store before something large is done to it. Returns 0, or the system's
     // number of the error, which was told and is no reason to stop.
     virtual int BackUpStore(wxWindow* parent, BackupCause cause) = 0;
+    // Says what the next change of the store begins, such as an import, and the bytes that it may
+    // need. The backup makes itself before that change, if there is one. kDay for nothing.
+    virtual void ExpectChange(BackupCause cause, uint64_t bytes) = 0;
     // Makes the backup of the day now where it takes long, before what most often is the first
     // change of a day. Events are handled meanwhile.
     virtual void BackUpDay(wxWindow* parent) = 0;

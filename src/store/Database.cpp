@@ -3,6 +3,7 @@
 #include "store/Database.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <wx/intl.h>
@@ -16,6 +17,7 @@
 #include "base/Files.h"
 #include "base/Process.h"
 #include "base/Unicode.h"
+#include "store/StoreSchema.h"
 
 Database::Database(FatalErrorReport& report)
     : mReport(report), mLastErrorText(FromUtf8(sqlite3_errstr(SQLITE_OK))) {}
@@ -45,6 +47,8 @@ void Database::CloseHandle() {
     FinaliseStatements();
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
+    mpPrivateCopy.reset();
+    mPathRead.clear();
     mDirectory.Close();
     mSource.Close();
     mConfirmedChanges = 0;
@@ -105,31 +109,72 @@ void Database::AnnounceChange() {
     }
 }
 
-int Database::CopyFile(const wxString& target, int32_t& cards) {
+int64_t Database::CountBytes() {
     const Lock lock(mMutex);
+    int64_t bytes = 0;
+    const bool isCounted = TryLocked([&] {
+        StatementRun run(*this, GetStatement(kSelectBytes));
+        bytes = run.Step("CountBytes") >= 0 ? run.ColumnInt64(0) : 0;
+    });
+    return isCounted ? bytes : 0;
+}
+
+int Database::OpenSource() {
+    constexpr off_t kVersionOffset = 18;
+    constexpr char kJournal = 1;
     if (!mSource.IsOpen()) {
-        mSource = FileDescriptor(::open(ToUtf8(GetPath()).c_str(), O_RDONLY | O_CLOEXEC));
+        mSource = FileDescriptor(::open(ToUtf8(GetFileRead()).c_str(), O_RDONLY | O_CLOEXEC));
     }
-    if (!mSource.IsOpen()) {
-        return errno;
-    }
-    // The file stays locked for reading until the run ends. A StoreReadLock may be held already.
-    StatementRun reading(*this, GetStatement("SELECT count(*) FROM Globals;"));
     int hasMoved = 1;
     char version = 0;
     sqlite3_file_control(mpHandle, "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
-    if (reading.Step("CopyFile") < 0 || CountAllCards(cards) < 0 || hasMoved != 0) {
-        return EIO;
+    if (!mSource.IsOpen() || hasMoved != 0) {
+        return mSource.IsOpen() ? EIO : errno;
     }
-    // The file is not the whole store if another program has given it a write-ahead log.
-    constexpr off_t kVersionOffset = 18;
-    constexpr char kJournal = 1;
-    if (::pread(mSource.Get(), &version, 1, kVersionOffset) != 1 || version != kJournal) {
-        return ENOTSUP;
+    // The file alone is not the whole store where another program has given it a write-ahead log.
+    return ::pread(mSource.Get(), &version, 1, kVersionOffset) == 1 && version == kJournal
+               ? 0
+               : ENOTSUP;
+}
+
+int Database::CopyFile(const wxString& target, int32_t& cards) {
+    const Lock lock(mMutex);
+    // The file stays locked for reading until the run ends. A StoreReadLock may be held already.
+    StatementRun reading(*this, GetStatement("SELECT count(*) FROM sqlite_master;"));
+    const bool isLocked = TryLocked([&] { reading.Step("CopyFile"); });
+    if (const int error = isLocked ? OpenSource() : EIO) {
+        return error;
+    }
+    cards = TryLocked([&] { CountAllCards(cards); }) ? cards : -1;
+    const int64_t bytes = CountBytes();
+    struct stat status {};
+    if (::fstat(mSource.Get(), &status) != 0 || bytes == 0 || status.st_size < bytes) {
+        return EIO;
     }
     const FileDescriptor copy(
         ::open(ToUtf8(target).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    return copy.IsOpen() ? CopyWholeFile(mSource.Get(), copy.Get()) : errno;
+    if (!copy.IsOpen()) {
+        return errno;
+    }
+    // What lies behind the last page is nothing, and may be a hole of terabytes.
+    return status.st_size == bytes ? CopyWholeFile(mSource.Get(), copy.Get())
+                                   : CopyFirstBytes(mSource.Get(), copy.Get(), bytes);
+}
+
+bool Database::IsCopy(const wxString& path) {
+    const Lock lock(mMutex);
+    const FileDescriptor other(::open(ToUtf8(path).c_str(), O_RDONLY | O_CLOEXEC));
+    StatementRun reading(*this, GetStatement("SELECT count(*) FROM sqlite_master;"));
+    if (!other.IsOpen() || !TryLocked([&] { reading.Step("IsCopy"); }) || OpenSource() != 0) {
+        return false;
+    }
+    // Each change of the store changes a count in the header, so most files are told apart by it.
+    std::array<char, 100> header{};
+    std::array<char, 100> otherHeader{};
+    const auto size = static_cast<ssize_t>(header.size());
+    return ::pread(mSource.Get(), header.data(), header.size(), 0) == size &&
+           ::pread(other.Get(), otherHeader.data(), otherHeader.size(), 0) == size &&
+           header == otherHeader && CompareBytes(mSource.Get(), other.Get()) == 0;
 }
 
 // The engine ends a commit by removing its journal and does not sync the directory after it. A
@@ -231,14 +276,17 @@ int Database::ExecuteText(const wxString& sql) {
 }
 
 bool Database::IsStoreFile(const wxString& path) {
-    namespace fs = std::filesystem;
     const Lock lock(mMutex);
-    const char* const name = IsOpen() ? sqlite3_db_filename(mpHandle, "main") : nullptr;
     std::error_code error;
-    return name != nullptr && fs::equivalent(fs::u8path(name), ToPath(path), error);
+    return IsOpen() && std::filesystem::equivalent(ToPath(GetPath()), ToPath(path), error);
 }
 
 wxString Database::GetPath() const {
+    const Lock lock(mMutex);
+    return mPathRead.empty() || !IsOpen() ? GetFileRead() : mPathRead;
+}
+
+wxString Database::GetFileRead() const {
     const Lock lock(mMutex);
     const char* const name = IsOpen() ? sqlite3_db_filename(mpHandle, "main") : nullptr;
     return name == nullptr ? wxString() : FromUtf8(name);

@@ -9,6 +9,7 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -96,6 +97,11 @@ class Database : public Subject {
     // another name beside it. Reads each table and index once, to find a damaged one here. Returns
     // 0, or a negative value and a closed Database with the file as it was.
     int Open(const wxString& path, UpgradeWait& wait);
+    // Opens a store file to read from, and creates and upgrades nothing: a file of the first schema
+    // is read as it is, and what a program has left half done beside the file is played back in a
+    // private copy. Returns 0; or a negative value for what is no whole store, an empty file
+    // included, with a closed Database and the reason in GetLastError.
+    int OpenToRead(const wxString& path);
     // Finalises every statement and closes the handle. Harmless on a closed Database, and without
     // effect while one is being opened.
     void Close();
@@ -113,9 +119,15 @@ class Database : public Subject {
     // Called before each statement that may change the open store, on its thread and with the store
     // locked: it may read the store, must not change it, and must not wait for another thread.
     void SetBeforeChange(std::function<void()> hook);
-    // Copies the store's file, as it is now, to a free path, under the store's own read lock.
-    // Returns 0 and the number of cards in it, or the system's number of the error.
+    // Copies the store's pages, as they are now, to a free path, under the store's own read lock.
+    // Returns 0 and the number of cards in them, or -1 where they cannot be counted as the file is
+    // damaged; else the system's number of the error.
     int CopyFile(const wxString& target, int32_t& cards);
+    // Returns true for another file with just the bytes that the store has now.
+    bool IsCopy(const wxString& path);
+    // Returns the bytes of the store's pages, which the file may be longer than; 0 where they
+    // cannot be counted.
+    int64_t CountBytes();
 
     // Card writes. Inserting a card without an identity returns -1.
     int InsertFlashCard(const FlashCard& card);
@@ -186,6 +198,9 @@ class Database : public Subject {
     bool IsStoreFile(const wxString& path);
     // Returns the path of the open store's file; empty on a closed Database.
     wxString GetPath() const;
+    // Returns the path of the file that is read in its place: a private copy, which goes at Close,
+    // or the file itself.
+    wxString GetFileRead() const;
 
     // The operations above under a name for each direction.
     using Cards = std::list<FlashCard>;
@@ -347,9 +362,11 @@ class Database : public Subject {
     int OpenSteps(const wxString& path, UpgradeWait& wait);
     // Keeps why a file is refused that the engine has nothing against. Returns -1.
     int Refuse(const wxString& reason);
+    int ReadSteps(const wxString& path);
     int CreateStoreFile(const wxString& file, UpgradeWait& wait);
     int OpenFile(const wxString& file, UpgradeWait& wait);
     int OpenHandle(const wxString& file);
+    int PrepareHandle(int result);
     void OpenDirectory();
     int CheckSchema();
     int FindTable(const char* sql, bool& found);
@@ -357,6 +374,10 @@ class Database : public Subject {
     int CheckCardTables();
     int CreateCardTables();
     int BringToVersion(UpgradeWait& wait);
+    int ReadVersion(bool hasGlobals, std::list<int32_t>& versions);
+    // Opens the store's file for a first copy, and returns 0 when what it holds is all of the
+    // store.
+    int OpenSource();
     int UpgradeFirstSchema(UpgradeWait& wait);
     int ReadEachTree();
 
@@ -433,6 +454,9 @@ class Database : public Subject {
     std::map<sqlite3_stmt*, StatementRun*> mStatementsInUse;
     int mLastErrorCode = SQLITE_OK;
     wxString mLastErrorText;
+    // The store that was opened to read, and the copy of it that is read where there is one.
+    wxString mPathRead;
+    std::unique_ptr<TemporaryDirectory> mpPrivateCopy;
     // The directory of the open store's file, to be synced.
     FileDescriptor mDirectory;
     // The store's file, opened for the first copy. It stays open while the engine has the file, as

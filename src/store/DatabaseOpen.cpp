@@ -9,6 +9,8 @@
 //     CheckCardTables    each statement can be prepared
 //     BringToVersion     upgrades the first schema, refuses a later one than ours
 //     ReadEachTree       each table and index can be read
+//
+// OpenToRead leaves out the steps that write.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,6 +19,7 @@
 #include <wx/log.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -30,6 +33,7 @@
 #include "base/Unicode.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
+#include "store/ReadOnlyFile.h"
 #include "store/StoreCompanions.h"
 #include "store/StoreSchema.h"
 
@@ -173,6 +177,44 @@ int Database::Open(const wxString& path, UpgradeWait& wait) {
     return result;
 }
 
+int Database::OpenToRead(const wxString& path) {
+    const Lock lock(mMutex);
+    if (mOpening) {
+        return -1;
+    }
+    CloseHandle();
+    mLastErrorCode = SQLITE_OK;
+    mOpening = true;
+    const int result = ReadSteps(path);
+    if (result < 0) {
+        CloseHandle();
+        if (mLastErrorCode == SQLITE_OK) {
+            mLastErrorText = SystemErrorText(EILSEQ);
+        }
+    }
+    mOpening = false;
+    return result;
+}
+
+// The steps of Open without those that write.
+int Database::ReadSteps(const wxString& path) {
+    const wxString file = StorePath(path);
+    if (file.empty() || KindOf(ToPath(file)) != FileKind::kFilled) {
+        return -1;
+    }
+    mPathRead = file;
+    bool hasCards = false;
+    bool hasGlobals = false;
+    std::list<int32_t> versions;
+    if (PrepareHandle(OpenReadOnly(file, mpHandle, mpPrivateCopy)) < 0 || CheckSchema() < 0 ||
+        FindTable(kFindCardsTable, hasCards) < 0 || !hasCards || CheckCardTables() < 0 ||
+        FindTable(kFindGlobalsTable, hasGlobals) < 0 || ReadVersion(hasGlobals, versions) < 0) {
+        return -1;
+    }
+    Prepare(StatementId::kInsertFlashCard, StatementId::kDeleteCategory);
+    return mpHandle == nullptr ? -1 : ReadEachTree();
+}
+
 int QuietDatabase::OpenQuietly(const wxString& path) {
     const wxLogNull silence;
     return Open(path, *this);
@@ -242,14 +284,24 @@ void Database::OpenDirectory() {
 }
 
 int Database::OpenHandle(const wxString& file) {
-    const int result = sqlite3_open16(ToUtf16(file).c_str(), &mpHandle);
+    if (PrepareHandle(sqlite3_open16(ToUtf16(file).c_str(), &mpHandle)) < 0) {
+        return -1;
+    }
+    OpenDirectory();
+    return 0;
+}
+
+int Database::PrepareHandle(int result) {
     if (result != SQLITE_OK || RegisterSearchFunction(mpHandle) != SQLITE_OK) {
         KeepError();
+        if (mLastErrorCode == SQLITE_OK) {
+            mLastErrorCode = result;
+            mLastErrorText = FromUtf8(sqlite3_errstr(result));
+        }
         return -1;
     }
     sqlite3_extended_result_codes(mpHandle, 1);
     sqlite3_busy_timeout(mpHandle, kMostBusyMilliseconds);
-    OpenDirectory();
     for (const auto& [option, value] : kSwitches) {
         sqlite3_db_config(mpHandle, option, value, nullptr);
     }
@@ -311,14 +363,8 @@ int Database::BringToVersion(UpgradeWait& wait) {
         return -1;
     }
     std::list<int32_t> versions;
-    if (hasGlobals) {
-        Prepare(StatementId::kGetGlobal, StatementId::kUpdateGlobal);
-        if (GetGlobalInt(kVersionKey, versions) < 0) {
-            return -1;
-        }
-    }
-    if (!versions.empty() && versions.front() > kSchemaVersion) {
-        return Refuse(wxGetTranslation(kNewerStore));
+    if (ReadVersion(hasGlobals, versions) < 0) {
+        return -1;
     }
     if (versions.empty() && UpgradeFirstSchema(wait) < 0) {
         return -1;
@@ -334,6 +380,19 @@ int Database::BringToVersion(UpgradeWait& wait) {
         return -1;
     }
     return 0;
+}
+
+// No version is that of the first schema; one that is later than ours is refused.
+int Database::ReadVersion(bool hasGlobals, std::list<int32_t>& versions) {
+    if (hasGlobals) {
+        Prepare(StatementId::kGetGlobal, StatementId::kUpdateGlobal);
+        if (GetGlobalInt(kVersionKey, versions) < 0) {
+            return -1;
+        }
+    }
+    return !versions.empty() && versions.front() > kSchemaVersion
+               ? Refuse(wxGetTranslation(kNewerStore))
+               : 0;
 }
 
 int Database::UpgradeFirstSchema(UpgradeWait& wait) {

@@ -94,6 +94,10 @@ constexpr const char* kCardIndexes[] = {
     "CategoryId,IntroductionOrder",
 };
 
+// The bytes of the pages that the engine counts in the file.
+constexpr char kSelectBytes[] =
+    "SELECT page_count*page_size FROM pragma_page_count(),pragma_page_size();";
+
 // A text for each table and index that a statement of ours may read or write: it asks for the first
 // row of the one and of nothing else.
 constexpr char kSelectTreeReads[] =

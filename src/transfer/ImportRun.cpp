@@ -2,6 +2,7 @@
 
 #include <wx/button.h>
 #include <wx/dialog.h>
+#include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
@@ -152,13 +153,29 @@ wxString DescribeFailure(const ImportResult& result) {
                : result.Message;
 }
 
+// While it lives, the first change of the store is preceded by the backup of an import. An error is
+// told, and the import goes on.
+class ImportBackup {
+  public:
+    ImportBackup(AppServices& services, const wxString& file) : mServices(services) {
+        const wxULongLong size = wxFileName::GetSize(file);
+        mServices.ExpectChange(BackupCause::kImport,
+                               size == wxInvalidSize ? 0 : ImportedBytes(size.GetValue()));
+    }
+    ~ImportBackup() { mServices.ExpectChange(BackupCause::kDay, 0); }
+    ImportBackup(const ImportBackup&) = delete;
+    ImportBackup& operator=(const ImportBackup&) = delete;
+
+  private:
+    AppServices& mServices;
+};
+
 }  // namespace
 
 bool ImportWithProgress(wxWindow* parent, AppServices& services, const ImportInput& input,
                         Database& database, FatalErrorReport& report,
                         std::set<int32_t>* touchedCategories, wxString* pFailure) {
-    // An error was told, and the import goes on.
-    services.BackUpStore(parent, BackupCause::kImport);
+    const ImportBackup backup(services, input.FileName);
     const wxDateTime start = CurrentTime();
     ImportQuestionDialogs questions(&database);
     const bool askCategories = parent != nullptr;

@@ -35,6 +35,7 @@ std::string Understood(const CardsOptions& options) {
     } rows[] = {{!options.Store.empty(), "store=" + options.Store.utf8_string()},
                 {options.Json, "json"},
                 {options.DryRun, "dry"},
+                {options.NoBackup, "no-backup"},
                 {!options.Output.empty(), "output=" + options.Output.utf8_string()},
                 {!options.Category.empty(), "category=" + options.Category.utf8_string()},
                 {options.Export.Format != ExportFormat::kVlmText,
@@ -82,6 +83,7 @@ TEST(CardsOptions, TakesOptionsBeforeAndAfterTheCommand) {
         {{"export", "--format", "anki"}, write + format(ExportFormat::kAnkiText)},
         {{"backup"}, Command(CardsCommand::kBackup)},
         {{"backup", "to"}, Command(CardsCommand::kBackup) + " to"},
+        {{"restore", "--no-backup", "a"}, Command(CardsCommand::kRestore) + " a no-backup"},
         {{"repair", "from", "to", "--json"}, Command(CardsCommand::kRepair) + " from to json"}};
     for (const auto& [words, expected] : lines) {
         CardsOptions options;
@@ -109,7 +111,7 @@ TEST(CardsOptions, TellsWhatIsWrongWithALine) {
         {{"import", "--headings", "2", "a"}, "neither \"yes\" nor \"no\""},
         {{"import", "--known", "no", "a"}, "neither \"stop\""},
         {{"list", "--category"}, "\"--category\" needs a value"},
-        {{"restore"}, "restore FILE"},
+        {{"restore"}, "restore [--no-backup] FILE"},
         {{"repair", "a"}, "repair DAMAGED NEW"},
         {{"stats", "a"}, "stats"},
         {{"list", "--wings"}, "no option \"--wings\""}};

@@ -3,6 +3,8 @@
 import datetime
 import glob
 import os
+import shutil
+import sqlite3
 import unittest
 
 from driver import (DESKTOP, LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press,
@@ -94,6 +96,57 @@ class BackupRoad(RoadTest):
         self.assertEqual(0, self.sandbox.run("--import", one))
         self.assertEqual(1, len(self.backups("import")))
 
+    @on_one_desktop
+    def test_a_backup_that_is_opened_is_restored_instead(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("japanese.txt")))
+        cards = self.sandbox.card_count()
+        backup, = self.backups("import")
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(0, self.sandbox.run(backup), "handed over to the program that runs")
+        program.wait_text("is a backup. Do you want to restore it")
+        self.look("backup-opened")
+        program.click("Yes")
+        self.wait_cards(self.cards)
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual(1, len(self.backups("restore")))
+        self.assertGreater(cards, self.cards)
+
+    @on_one_desktop
+    def test_what_is_no_backup_and_what_is_another_stores(self):
+        backups = os.path.join(self.sandbox.home, ".local/share/velomind/backups")
+        os.makedirs(backups)
+        other = os.path.join(backups, "FlashCards2.0123abcd.20260101T000000Z.user.vlm")
+        shutil.copy(self.sandbox.store, other)
+        with open(os.path.join(backups, "FlashCards2.0123abcd.txt"), "w", encoding="utf-8") as file:
+            file.write("/home/other/FlashCards2.vlm\n")
+        foreign = self.sandbox.path("bookmarks.db")
+        with sqlite3.connect(foreign) as connection:
+            connection.execute("CREATE TABLE Bookmarks (Address)")
+        connection.close()
+        with open(foreign, "rb") as file:
+            before = file.read()
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        program.click("File")
+        program.click("Restore...")
+        program.wait_window(RESTORE)
+        program.wait_text("A backup of the store file \"/home/other/FlashCards2.vlm\"")
+        program.wait_text("Cards deleted since: 0")
+        self.look("others")
+        program.click("Other File...")
+        program.wait_window("Open Store File")
+        type_text(foreign)
+        press("Return")
+        program.wait_text("This file is no whole store of flash cards.")
+        self.look("foreign")
+        press("Escape")
+        program.wait_window(LIST_WINDOW)
+        self.assertEqual(0, program.quit())
+        with open(foreign, "rb") as file:
+            self.assertEqual(before, file.read())
+
     def put_zeros(self, page):
         """Damages the store, and gives the bytes that it then has."""
         whole = self.sandbox.store_bytes()
@@ -107,6 +160,30 @@ class BackupRoad(RoadTest):
         directory = os.environ.get("VELOMIND_PICTURES")
         if directory:
             DESKTOP.take_picture(os.path.join(directory, f"{name}.png"))
+
+    @unittest.skipUnless(os.environ.get("VELOMIND_DESKTOP") == "wayland", "only there it can be changed")
+    def test_the_theme_changes_during_an_import_and_its_backup(self):
+        self.sandbox.change_desktop("Adwaita", 1.0)
+        rows = "".join(f"front {number}\tback {number}\n" for number in range(40000))
+        for part in ("first", "second"):
+            path = self.sandbox.write(f"{part}.txt", "Front\tBack\n" + rows.replace("front", part))
+            program = self.sandbox.start()
+            program.wait_window(LIST_WINDOW)
+            program.open_import(path)
+            press("Return")
+            sizes = 0
+            while not program.windows("Import Complete"):
+                sizes += 1
+                self.sandbox.change_desktop("Adwaita-dark" if sizes % 2 else "Adwaita", 1 + sizes % 3 / 10)
+                self.look(f"theme-{part}-{sizes}")
+                program.settle()
+            press("Return")
+            program.wait_window(LIST_WINDOW)
+            self.assertEqual(0, program.quit())
+            self.assertGreater(sizes, 1)
+            self.sandbox.check_store()
+        self.assertEqual(self.cards + 80000, self.sandbox.card_count())
+        self.assertEqual(2, len(self.backups("import")))
 
     def test_a_backup_goes_where_the_user_wants_it(self):
         # A typed name that is there already would bring up the file dialog's list of names that fit, which

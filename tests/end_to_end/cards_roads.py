@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import sqlite3
 import subprocess
 import threading
@@ -197,12 +198,71 @@ class CardsRoad(RoadTest):
         self.assertEqual(whole, self.sandbox.store_bytes())
         self.assertIn("elsewhere", self.cards("backup")["backup"])
         self.cards("import", self.sandbox.sample("capitals.txt"))
-        self.assertEqual(2, len(os.listdir(self.sandbox.path("elsewhere"))), "backups are off")
+        names = os.listdir(self.sandbox.path("elsewhere"))
+        self.assertEqual(2, len([name for name in names if name.endswith(".vlm")]), "backups are off")
         before = self.sandbox.store_bytes()
         for wrong in (two, "absent.vlm", self.sandbox.store):
             self.assertEqual(1, self.run_cards("restore", wrong)[0], wrong)
         self.assertEqual(before, self.sandbox.store_bytes())
         self.sandbox.check_store()
+
+    def test_what_only_reads_writes_nothing(self):
+        self.cards("import", self.sandbox.write("two.txt", TWO))
+        whole = self.sandbox.store_bytes()
+        first = self.sandbox.path("first.vlm")
+        half = self.sandbox.path("half.vlm")
+        for path in (first, half):
+            with open(path, "wb") as file:
+                file.write(whole)
+        with sqlite3.connect(first) as connection:
+            connection.executescript("DROP TABLE Globals; UPDATE Cards SET CardId = UPPER(CardId);")
+        connection.close()
+        # A log that another program has left.
+        connection = sqlite3.connect(half, isolation_level=None)
+        connection.executescript("PRAGMA journal_mode=WAL; UPDATE Cards SET Front = 'half';")
+        left = shutil.copy(half, self.sandbox.path("left.vlm"))
+        shutil.copy(half + "-wal", left + "-wal")
+        connection.close()
+        foreign = self.sandbox.path("bookmarks.db")
+        with sqlite3.connect(foreign) as connection:
+            connection.execute("CREATE TABLE Bookmarks (Address)")
+        connection.close()
+        empty = self.sandbox.write("empty.vlm", "")
+        two = self.sandbox.write("two.txt", TWO)
+        out = os.path.join(self.sandbox.root, "out")
+        os.mkdir(out)
+        for store, code in ((first, 0), (left, 0), (foreign, 3), (empty, 3)):
+            with open(store, "rb") as file:
+                before = file.read()
+            names = sorted(os.listdir(self.sandbox.root))
+            for command in (("stats",), ("list",), ("due",), ("export",), ("import", "--dry-run", two),
+                            ("backup", os.path.join(out, os.path.basename(store)))):
+                with self.subTest((os.path.basename(store), command)):
+                    self.assertEqual(code, self.run_cards("--store", store, *command)[0])
+                    with open(store, "rb") as file:
+                        self.assertEqual(before, file.read())
+                    self.assertEqual(names, sorted(os.listdir(self.sandbox.root)))
+        self.assertEqual(["half", "half"],
+                         [card["Front"] for card in json.loads(self.run_cards(
+                             "--json", "--store", os.path.join(out, "left.vlm"), "list")[1])])
+        self.assertEqual([], self.cards("check", left))
+        for wrong in (foreign, empty):
+            self.assertEqual(1, self.run_cards("restore", wrong)[0])
+        self.assertEqual(whole, self.sandbox.store_bytes())
+
+    def test_no_backup_no_replacement(self):
+        self.cards("import", self.sandbox.write("two.txt", TWO))
+        copy = self.cards("backup", self.sandbox.path("copy.vlm"))["backup"]
+        self.change("UPDATE Cards SET Front = 'later'")
+        later = self.sandbox.store_bytes()
+        self.sandbox.set_setting("BackupDirectory", self.sandbox.write("file", "no folder"))
+        code, _, error = self.run_cards("restore", copy)
+        self.assertEqual(3, code)
+        self.assertIn("--no-backup", error)
+        self.assertNotIn("safe", error)
+        self.assertEqual(later, self.sandbox.store_bytes())
+        self.assertEqual(0, self.run_cards("restore", "--no-backup", copy)[0])
+        self.assertNotEqual(later, self.sandbox.store_bytes())
 
     def test_a_damaged_store_gives_its_cards_to_a_new_one(self):
         self.cards("import", self.sandbox.sample("capitals.txt"))

@@ -62,6 +62,7 @@ class Sandbox:
         self.language = "en"
         self.locale = "C.UTF-8"
         self.bus = None
+        self.desktop_settings = "memory"
         self._programs = []
         if not DESKTOP.tells_windows:
             self.let_read_windows()
@@ -76,7 +77,7 @@ class Sandbox:
         environment.update(
             HOME=self.home, XDG_CONFIG_HOME=self.config, XDG_RUNTIME_DIR=self.runtime,
             LC_ALL=self.locale, LANGUAGE=self.language,
-            GSETTINGS_BACKEND="memory", NO_AT_BRIDGE="1")
+            GSETTINGS_BACKEND=self.desktop_settings, NO_AT_BRIDGE="1")
         if self.bus:
             environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address
             del environment["NO_AT_BRIDGE"]
@@ -101,6 +102,17 @@ class Sandbox:
     def set_setting(self, key, value):
         with open(os.path.join(self.config, "Velomind.conf"), "a", encoding="utf-8") as file:
             file.write(f"{key}={value}\n")
+
+    def change_desktop(self, theme, scaling):
+        """Gives the desktop a theme and a text size, for programs started after the first call. Only
+        one of Wayland takes them from here."""
+        self.desktop_settings = "keyfile"
+        directory = os.path.join(self.config, "glib-2.0", "settings")
+        os.makedirs(directory, exist_ok=True)
+        with open(os.path.join(directory, "keyfile.new"), "w", encoding="utf-8") as file:
+            file.write(f"[org/gnome/desktop/interface]\ngtk-theme='{theme}'\n"
+                       f"text-scaling-factor={scaling}\n")
+        os.replace(os.path.join(directory, "keyfile.new"), os.path.join(directory, "keyfile"))
 
     def let_read_windows(self):
         """Programs started from now on tell Program.read what their windows say."""

@@ -1,6 +1,7 @@
 #include "faults/PowerCut.h"
 
 #include <sqlite3.h>
+#include <wx/confbase.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+#include "base/SettingsFile.h"
 #include "files/StoreBackup.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
@@ -297,6 +299,25 @@ TEST_F(PowerCutTest, ARestorationOverAHalfDoneChangeLeavesTheOldStoreOrTheNewOne
     mpRecording->Stop();
     NoteState();
     ExpectEveryConfirmedChange();
+}
+
+TEST_F(PowerCutTest, SettingsAreTheOldOnesOrTheNewOnesAndNeverNone) {
+    setenv("XDG_CONFIG_HOME", mDisk.c_str(), 1);
+    const auto write = [](const char* path) {
+        OpenSettingsFile(kApplicationName)->Write(kSettingDatabasePath, wxString(path));
+    };
+    write("/one.vlm");
+    mpRecording = std::make_unique<DiskRecording>(mDisk);
+    write("/two.vlm");
+    mpRecording->Mark();
+    mpRecording->Stop();
+    setenv("XDG_CONFIG_HOME", mDirectory.Path("").utf8_str(), 1);
+    CutEverywhere([](size_t marks) {
+        const wxString found =
+            OpenSettingsFile(kApplicationName)->Read(kSettingDatabasePath, wxString());
+        EXPECT_TRUE(found == "/two.vlm" || (found == "/one.vlm" && marks == 0)) << found;
+    });
+    unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST_F(PowerCutTest, AMoveOverAFileLeavesThatFileOrTheStore) {

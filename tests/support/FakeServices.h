@@ -44,6 +44,7 @@ struct FakeServices : AppServices {
         BackedUp.push_back(cause);
         return 0;
     }
+    void ExpectChange(BackupCause, uint64_t) override {}
     void BackUpDay(wxWindow*) override {}
     bool IsReverseStudy() const override { return ReverseStudy; }
     void SetReverseStudy(bool reverse) override { ReverseStudy = reverse; }

@@ -6,6 +6,7 @@
 #include <wx/log.h>
 #include <wx/utils.h>
 
+#include <cerrno>
 #include <list>
 #include <map>
 
@@ -41,9 +42,8 @@ int RunBackup(wxWindow* parent, const wxString& storePath, const std::function<i
     return job();
 }
 
-// A failure was told and is no reason to stop.
-void BackUpClosedFile(wxWindow* parent, const wxString& path) {
-    RunBackup(parent, path, [&path] {
+int BackUpClosedFile(wxWindow* parent, const wxString& path) {
+    return RunBackup(parent, path, [&path] {
         return StoreBackups(ReadBackupSettings(), TellByLog)
             .MakeOfFile(path, BackupCause::kReplace, CurrentTime());
     });
@@ -52,9 +52,10 @@ void BackUpClosedFile(wxWindow* parent, const wxString& path) {
 }  // namespace
 
 BackupKeeper::BackupKeeper(Database& database, Subject& settingsNotifier)
-    : mDatabase(database), mSettingsAttachment(&settingsNotifier, this) {
-    Update(nullptr);
-    mDatabase.SetBeforeChange([this] { mpBackups->MakeDaily(mDatabase, CurrentTime()); });
+    : mDatabase(database),
+      mBackups(ReadBackupSettings(), TellByLog),
+      mSettingsAttachment(&settingsNotifier, this) {
+    mDatabase.SetBeforeChange([this] { mBackups.MakeBeforeChange(mDatabase, CurrentTime()); });
 }
 
 BackupKeeper::~BackupKeeper() {
@@ -62,34 +63,42 @@ BackupKeeper::~BackupKeeper() {
 }
 
 void BackupKeeper::Update(Subject*) {
-    mpBackups = std::make_unique<StoreBackups>(ReadBackupSettings(), TellByLog);
+    mBackups.SetSettings(ReadBackupSettings());
 }
 
 int BackupKeeper::BackUp(wxWindow* parent, BackupCause cause) {
     StoreBackups keepingAll(ReadBackupSettings(BackupCause::kRestore), TellByLog);
-    StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : *mpBackups;
+    StoreBackups& backups = cause == BackupCause::kRestore ? keepingAll : mBackups;
     return RunBackup(parent, mDatabase.GetPath(),
                      [&] { return backups.Make(mDatabase, cause, CurrentTime()); });
 }
 
 void BackupKeeper::BackUpDay(wxWindow* parent) {
     const wxDateTime now = CurrentTime();
-    if (IsLarge(mDatabase.GetPath()) && !mpBackups->IsDayDone(mDatabase.GetPath(), now)) {
+    if (IsLarge(mDatabase.GetPath()) && !mBackups.IsDayDone(mDatabase.GetPath(), now)) {
         RunBehindWait(parent, _("Backing Up"),
-                      [&] { return mpBackups->Make(mDatabase, BackupCause::kDay, now); });
+                      [&] { return mBackups.Make(mDatabase, BackupCause::kDay, now); });
     }
 }
 
-void BackupKeeper::BackUpFile(wxWindow* parent, const wxString& path) {
-    if (mDatabase.IsStoreFile(path)) {
-        BackUp(parent, BackupCause::kReplace);
-    } else {
-        BackUpClosedFile(parent, path);
-    }
+int BackupKeeper::BackUpFile(wxWindow* parent, const wxString& path) {
+    return mDatabase.IsStoreFile(path) ? BackUp(parent, BackupCause::kReplace)
+                                       : BackUpClosedFile(parent, path);
+}
+
+bool MayGoOnWithoutBackup(wxWindow* parent, int error, const wxString& caption) {
+    return ShowMessageBox(
+               wxString::Format(_("The store file as it is now could not be kept (%s). Its "
+                                  "cards would be lost. Do you want to continue?"),
+                                SystemErrorText(error)),
+               caption, wxYES_NO | wxNO_DEFAULT, parent) == wxYES;
 }
 
 int ReplaceByNewStore(wxWindow* parent, const wxString& path) {
-    BackUpClosedFile(parent, path);
+    const int error = BackUpClosedFile(parent, path);
+    if (error != 0 && !MayGoOnWithoutBackup(parent, error, _("New Store File"))) {
+        return ECANCELED;
+    }
     return ReplaceByNewStore(path);
 }
 

@@ -3,7 +3,6 @@
 #include <wx/string.h>
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "files/StoreBackup.h"
@@ -26,11 +25,16 @@ class BackupKeeper : private Observer {
 
     // Makes a backup of the store before something is done to it; behind a wait dialog where the
     // store is large. Before a restoration one is made whatever the settings say, and none goes.
-    // Returns 0, or the system's number of the error, which was told and is no reason to stop.
+    // Returns 0, or the system's number of the error, which was told and is no reason to stop where
+    // the cards stay in the store.
     int BackUp(wxWindow* parent, BackupCause cause);
     // The same for a store file that the program is about to replace, which may be another one; a
     // file that cannot be opened is copied as it is.
-    void BackUpFile(wxWindow* parent, const wxString& path);
+    int BackUpFile(wxWindow* parent, const wxString& path);
+    // Says what the next change of the store begins, such as an import, and the bytes that it
+    // needs. The backup then makes itself before that change, on its thread; none is made when
+    // nothing changes. kDay is back to the usual.
+    void ExpectChange(BackupCause cause, uint64_t bytes) { mBackups.ExpectChange(cause, bytes); }
     // Makes the backup of the day of a large store now, behind a wait dialog. For what most often
     // is the first change of a day; the backup of any other change, and of a small store, makes
     // itself while the change waits. Events are handled meanwhile.
@@ -40,12 +44,18 @@ class BackupKeeper : private Observer {
     void Update(Subject* subject) override;
 
     Database& mDatabase;
-    std::unique_ptr<StoreBackups> mpBackups;
+    // Has the settings as a value, as a worker may use it while they change.
+    StoreBackups mBackups;
     SubjectAttachment mSettingsAttachment;
 };
 
+// Asks whether a store file is to be replaced although its backup has failed with that error, so
+// that its cards would be lost.
+bool MayGoOnWithoutBackup(wxWindow* parent, int error, const wxString& caption);
+
 // Backs up a file that nobody has open, and puts a new store in its place. Returns 0, or the
-// system's number of the error with the file as it was.
+// system's number of the error with the file as it was; ECANCELED when there is no backup and the
+// user does not go on without one.
 int ReplaceByNewStore(wxWindow* parent, const wxString& path);
 
 // Asks for a file and writes a backup into it.

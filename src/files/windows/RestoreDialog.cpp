@@ -39,11 +39,11 @@ struct BackupReader {
     void Read() {
         QuietDatabase backup;
         QuietDatabase store;
-        if (!wxFileName::FileExists(BackupPath) || backup.OpenQuietly(BackupPath) < 0) {
+        if (!wxFileName::FileExists(BackupPath) || backup.OpenToRead(BackupPath) < 0) {
             return;
         }
         Result = backup.CountAllCards(Difference.BackupCards);
-        if (IsComparison() && store.OpenQuietly(StorePath) >= 0) {
+        if (IsComparison() && store.OpenToRead(StorePath) >= 0) {
             Result = CompareStores(store, backup, Difference);
         }
     }
@@ -131,12 +131,12 @@ RestoreDialog::RestoreDialog(wxWindow* parent, const wxString& storePath, Databa
       mStorePath(storePath),
       mpDatabase(database),
       mTimer(this) {
-    CreateControls();
-    const BackupSettings settings = ReadBackupSettings();
-    const wxString directory =
-        settings.Directory.empty() ? GetBackupDirectory() : settings.Directory;
-    for (const StoreBackup& backup : ListBackups(directory, storePath)) {
-        AddBackup(backup);
+    const std::vector<StoreBackup> backups =
+        ListBackups(GetBackupDirectory(ReadBackupSettings()), storePath);
+    // Those of other stores stand at the end.
+    CreateControls(!backups.empty() && backups.back().Of == StoreBackup::Owner::kOtherStore);
+    for (const StoreBackup& backup : backups) {
+        AddBackup(backup, false);
     }
     if (!mRows.empty()) {
         mpList->SelectRow(0);
@@ -155,7 +155,7 @@ RestoreDialog::RestoreDialog(wxWindow* parent, const wxString& storePath, Databa
 
 RestoreDialog::~RestoreDialog() = default;
 
-void RestoreDialog::CreateControls() {
+void RestoreDialog::CreateControls(bool hasOthers) {
     auto* const text = new wxStaticText(this, wxID_ANY, _("Backups of the store file:"));
     mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, FromDIP(wxSize(560, 220)),
                                     wxDV_SINGLE | wxDV_ROW_LINES);
@@ -164,10 +164,13 @@ void RestoreDialog::CreateControls() {
     mpList->AppendTextColumn(_("Cause"), wxDATAVIEW_CELL_INERT, FromDIP(240));
     mpList->AppendTextColumn(_("Cards"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
     mpList->AppendTextColumn(_("Size"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
+    if (hasOthers) {
+        mpList->AppendTextColumn(_("Other Store File"), wxDATAVIEW_CELL_INERT, FromDIP(260));
+    }
 
-    // Has room for four lines, so that the window keeps its size.
-    mpDifference = new wxTextCtrl(this, wxID_ANY, "\n\n\n", wxDefaultPosition,
-                                  wxSize(-1, 5 * GetCharHeight() + FromDIP(2 * kFormGap)),
+    // Has room for five lines, so that the window keeps its size.
+    mpDifference = new wxTextCtrl(this, wxID_ANY, "\n\n\n\n", wxDefaultPosition,
+                                  wxSize(-1, 6 * GetCharHeight() + FromDIP(2 * kFormGap)),
                                   wxTE_MULTILINE | wxTE_READONLY);
     SetAccessibleName(*mpDifference, _("What differs from now"));
 
@@ -190,14 +193,20 @@ void RestoreDialog::CreateControls() {
     CentreOnParent();
 }
 
-void RestoreDialog::AddBackup(const StoreBackup& backup) {
+void RestoreDialog::AddBackup(const StoreBackup& backup, bool isFile) {
     mRows.push_back(Row());
     mRows.back().Backup = backup;
+    mRows.back().IsFile = isFile;
     wxVector<wxVariant> values;
     values.push_back(FormatTime(backup.Time));
-    values.push_back(NameOfCause(backup.Cause));
+    values.push_back(isFile ? wxFileName(backup.Path).GetFullName() : NameOfCause(backup.Cause));
     values.push_back(wxString());
     values.push_back(wxFileName::GetHumanReadableSize(wxULongLong(backup.Bytes)));
+    if (mpList->GetColumnCount() > values.size()) {
+        const bool isNameless =
+            backup.Of == StoreBackup::Owner::kOtherStore && backup.OtherPath.empty();
+        values.push_back(isNameless ? wxString(_("Another store file")) : backup.OtherPath);
+    }
     mpList->AppendItem(values);
 }
 
@@ -251,29 +260,48 @@ void RestoreDialog::ShowSelected() {
     const int selected = SelectedRow();
     const Row* const row =
         selected == wxNOT_FOUND ? nullptr : &mRows[static_cast<size_t>(selected)];
-    wxString text;
+    wxString text = row == nullptr ? wxString() : DescribeSource(*row);
     if (row == nullptr) {
         text = mRows.empty() ? _("There is no backup yet.") : wxString();
-    } else if (!row->IsReadable) {
-        text = _("This backup cannot be read.");
-    } else if (mpDatabase == nullptr) {
-        text = row->Backup.Path;
-    } else if (!row->IsCompared) {
-        text = _("Comparing with the store file...");
     } else {
-        const StoreDifference& difference = row->Difference;
-        text = wxString::Format(
-            _("Cards deleted since: %i\nCards added since: %i\nCards changed since: %i\n"
-              "Cards scored since: %i"),
-            static_cast<int>(difference.MissingRowIds.size()), difference.Added, difference.Changed,
-            difference.Scored);
+        text += DescribeDifference(*row);
     }
     if (mpDifference->GetValue() != text) {
         mpDifference->ChangeValue(text);
     }
-    mpRestore->Enable(row != nullptr && row->IsReadable);
+    mpRestore->Enable(row != nullptr && row->IsRead && row->IsReadable);
     mpBringBack->Enable(row != nullptr && row->IsReadable &&
                         !row->Difference.MissingRowIds.empty());
+}
+
+// A backup of this store needs no further words.
+wxString RestoreDialog::DescribeSource(const Row& row) const {
+    if (row.IsFile || mpDatabase == nullptr) {
+        return row.Backup.Path + "\n";
+    }
+    return row.Backup.OtherPath.empty()
+               ? wxString()
+               : wxString::Format(_("A backup of the store file \"%s\""), row.Backup.OtherPath) +
+                     "\n";
+}
+
+wxString RestoreDialog::DescribeDifference(const Row& row) const {
+    if (!row.IsReadable) {
+        return row.IsFile ? _("This file is no whole store of flash cards.")
+                          : _("This backup cannot be read.");
+    }
+    if (mpDatabase == nullptr) {
+        return wxString();
+    }
+    if (!row.IsCompared) {
+        return _("Comparing with the store file...");
+    }
+    const StoreDifference& difference = row.Difference;
+    return wxString::Format(
+        _("Cards deleted since: %i\nCards added since: %i\nCards changed since: %i\n"
+          "Cards scored since: %i"),
+        static_cast<int>(difference.MissingRowIds.size()), difference.Added, difference.Changed,
+        difference.Scored);
 }
 
 void RestoreDialog::OnSelection(wxDataViewEvent&) {
@@ -292,8 +320,10 @@ void RestoreDialog::OnRestore(wxCommandEvent&) {
                 "The store file as it is now is backed up first.")
             : _("Do you want to put the backup of %s in the place of the store file?\n"
                 "The file that cannot be opened is kept under another name.");
-    if (ShowMessageBox(wxString::Format(question, FormatTime(GetChosen().Time)), _("Restore"),
-                       wxYES_NO | wxNO_DEFAULT, this) == wxYES) {
+    const wxString source =
+        GetChosen().OtherPath.empty() ? wxString() : DescribeSource(mRows[mChosen]) + "\n";
+    if (ShowMessageBox(source + wxString::Format(question, FormatTime(GetChosen().Time)),
+                       _("Restore"), wxYES_NO | wxNO_DEFAULT, this) == wxYES) {
         mTimer.Stop();
         // The store must not be open twice when it is replaced.
         mpReader.reset();
@@ -315,7 +345,7 @@ void RestoreDialog::OnOtherFile(wxCommandEvent&) {
     backup.Path = path;
     backup.Time = wxFileName(path).GetModificationTime();
     backup.Bytes = wxFileName::GetSize(path).GetValue();
-    AddBackup(backup);
+    AddBackup(backup, true);
     mpList->SelectRow(static_cast<unsigned>(mRows.size() - 1));
     ShowSelected();
 }
@@ -324,7 +354,7 @@ void RestoreDialog::BringBack() {
     Row& row = mRows[static_cast<size_t>(SelectedRow())];
     QuietDatabase backup;
     const wxBusyCursor busy;
-    if (backup.OpenQuietly(row.Backup.Path) < 0) {
+    if (backup.OpenToRead(row.Backup.Path) < 0) {
         row.IsReadable = false;
         ShowSelected();
         return;
@@ -362,34 +392,31 @@ void TellFailure(wxWindow* parent, const wxString& path, int error) {
                    _("Restore failed"), wxOK | wxCENTRE, parent);
 }
 
-bool MayGoOnWithoutBackup(wxWindow* parent, int error) {
-    return ShowMessageBox(
-               wxString::Format(_("The store file as it is now could not be kept (%s). Its "
-                                  "cards would be lost. Do you want to continue?"),
-                                SystemErrorText(error)),
-               _("Restore"), wxYES_NO | wxNO_DEFAULT, parent) == wxYES;
-}
-
 }  // namespace
 
 void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& database) {
-    const wxString path = database.GetPath();
-    const wxString stored = ReadStringSetting(kSettingDatabasePath);
-    // The setting may name the file in the user's own words, such as a link.
-    const wxString shown = database.IsStoreFile(stored) ? stored : path;
     wxString backup;
     {
-        RestoreDialog dialog(parent, path, &database);
+        RestoreDialog dialog(parent, database.GetPath(), &database);
         if (dialog.ShowModal() != wxID_OK) {
             return;
         }
         backup = dialog.GetChosen().Path;
     }
+    RestoreStore(actions, parent, database, backup);
+}
+
+void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& database,
+                  const wxString& backup) {
+    const wxString path = database.GetPath();
+    const wxString stored = ReadStringSetting(kSettingDatabasePath);
+    // The setting may name the file in the user's own words, such as a link.
+    const wxString shown = database.IsStoreFile(stored) ? stored : path;
     if (!actions.DiscardEdits(parent)) {
         return;
     }
     const int kept = actions.BackUp(parent, BackupCause::kRestore);
-    if (kept != 0 && !MayGoOnWithoutBackup(parent, kept)) {
+    if (kept != 0 && !MayGoOnWithoutBackup(parent, kept, _("Restore"))) {
         return;
     }
     database.Close();
@@ -405,16 +432,36 @@ void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& databas
     database.Notify();
 }
 
+OpenedBackup AskAboutBackup(wxWindow* parent, const wxString& path, const wxString& storePath) {
+    if (!IsBackup(GetBackupDirectory(ReadBackupSettings()), path)) {
+        return OpenedBackup::kOpen;
+    }
+    const wxString question = wxString::Format(
+        _("\"%s\" is a backup. Do you want to restore it, so that its cards are in "
+          "the store file \"%s\" again?\nThe store file as it is now is kept.\n"
+          "With No the backup itself is opened, and changes with what you do."),
+        path, storePath);
+    switch (ShowMessageBox(question, _("Restore"), wxYES_NO | wxCANCEL | wxNO_DEFAULT, parent)) {
+        case wxYES:
+            return OpenedBackup::kRestore;
+        case wxNO:
+            return OpenedBackup::kOpen;
+        default:
+            return OpenedBackup::kCancel;
+    }
+}
+
 bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath) {
     RestoreDialog dialog(parent, storePath, nullptr);
-    if (dialog.ShowModal() != wxID_OK) {
-        return false;
-    }
-    const wxString backup = dialog.GetChosen().Path;
+    return dialog.ShowModal() == wxID_OK &&
+           RestoreUnreadableStore(parent, storePath, dialog.GetChosen().Path);
+}
+
+bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath, const wxString& backup) {
     const wxBusyCursor busy;
     if (wxFileName::FileExists(storePath)) {
         const int kept = KeepStoreFile(storePath, FreePathBeside(storePath, _("damaged")));
-        if (kept != 0 && !MayGoOnWithoutBackup(parent, kept)) {
+        if (kept != 0 && !MayGoOnWithoutBackup(parent, kept, _("Restore"))) {
             return false;
         }
     }

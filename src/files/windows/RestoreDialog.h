@@ -32,6 +32,8 @@ class RestoreDialog : public wxDialog {
   private:
     struct Row {
         StoreBackup Backup;
+        // Chosen as a file, which may be anything.
+        bool IsFile = false;
         bool IsRead = false;
         bool IsReadable = true;
         // True once the worker has tried to compare it.
@@ -39,8 +41,10 @@ class RestoreDialog : public wxDialog {
         StoreDifference Difference;
     };
 
-    void CreateControls();
-    void AddBackup(const StoreBackup& backup);
+    void CreateControls(bool hasOthers);
+    void AddBackup(const StoreBackup& backup, bool isFile);
+    wxString DescribeSource(const Row& row) const;
+    wxString DescribeDifference(const Row& row) const;
     int SelectedRow() const;
     void TakeResult();
     void ReadNext();
@@ -70,9 +74,20 @@ class RestoreDialog : public wxDialog {
 // Database open and tells the windows.
 void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& database);
 
+// The same for a backup that the user has chosen already.
+void RestoreStore(StoreFileActions& actions, wxWindow* parent, Database& database,
+                  const wxString& backup);
+
+// What the user wants of a file that is to be opened as the store.
+enum class OpenedBackup { kOpen, kRestore, kCancel };
+// Asks it for a file that is a backup, which is none any more once somebody goes on in it. Any
+// other file is opened.
+OpenedBackup AskAboutBackup(wxWindow* parent, const wxString& path, const wxString& storePath);
+
 // Lets the user replace a store file that cannot be opened by a backup, and keeps the file under
 // another name. Returns true when a backup is in its place.
 bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath);
+bool RestoreUnreadableStore(wxWindow* parent, const wxString& storePath, const wxString& backup);
 
 // Puts the readable rows of a damaged store file into a new one beside it and reports it. Returns
 // true and the path of the new one.

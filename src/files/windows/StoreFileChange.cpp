@@ -10,6 +10,7 @@
 #include "base/Files.h"
 #include "files/StoreFiles.h"
 #include "files/windows/Backups.h"
+#include "files/windows/RestoreDialog.h"
 #include "files/windows/StoreOpening.h"
 #include "shell/MessageBox.h"
 #include "store/Database.h"
@@ -34,6 +35,8 @@ class StoreFileChange {
 
   private:
     bool MayReplace(const wxString& caption) const;
+    // Backs up the file in the way. Returns false when that fails and the user does not go on.
+    bool KeepReplaced(const wxString& caption) const;
     // Fills the system's text of the error into the format.
     void Tell(const wxString& format, int error, const wxString& caption) const;
     // Open a file in place of the one that was closed, or the store that was closed again, and tell
@@ -55,8 +58,8 @@ void StoreFileChange::Move() {
         !MayReplace(_("Move Store File"))) {
         return;
     }
-    if (mExists) {
-        mActions.BackUpFile(mpParent, mNewPath);
+    if (!KeepReplaced(_("Move Store File"))) {
+        return;
     }
     // An error was told, and the move goes on.
     mActions.BackUp(mpParent, BackupCause::kMove);
@@ -79,8 +82,8 @@ void StoreFileChange::Create() {
     if (!mActions.DiscardEdits(mpParent) || !MayReplace(caption)) {
         return;
     }
-    if (mExists) {
-        mActions.BackUpFile(mpParent, mNewPath);
+    if (!KeepReplaced(caption)) {
+        return;
     }
     mDatabase.Close();
     const int error = mExists ? ReplaceByNewStore(mNewPath) : 0;
@@ -94,12 +97,24 @@ void StoreFileChange::Create() {
 }
 
 void StoreFileChange::Open() {
-    if (MakeStorePathFull(mNewPath) == MakeStorePathFull(mCurrentPath) ||
-        !mActions.DiscardEdits(mpParent)) {
+    if (MakeStorePathFull(mNewPath) == MakeStorePathFull(mCurrentPath)) {
+        return;
+    }
+    const OpenedBackup answer = AskAboutBackup(mpParent, mNewPath, mCurrentPath);
+    if (answer == OpenedBackup::kRestore) {
+        RestoreStore(mActions, mpParent, mDatabase, mNewPath);
+        return;
+    }
+    if (answer == OpenedBackup::kCancel || !mActions.DiscardEdits(mpParent)) {
         return;
     }
     mDatabase.Close();
     Open(mNewPath, true);
+}
+
+bool StoreFileChange::KeepReplaced(const wxString& caption) const {
+    const int error = mExists ? mActions.BackUpFile(mpParent, mNewPath) : 0;
+    return error == 0 || MayGoOnWithoutBackup(mpParent, error, caption);
 }
 
 bool StoreFileChange::MayReplace(const wxString& caption) const {
@@ -154,8 +169,8 @@ int AppStoreFileActions::BackUp(wxWindow* parent, BackupCause cause) {
     return mBackups.BackUp(parent, cause);
 }
 
-void AppStoreFileActions::BackUpFile(wxWindow* parent, const wxString& path) {
-    mBackups.BackUpFile(parent, path);
+int AppStoreFileActions::BackUpFile(wxWindow* parent, const wxString& path) {
+    return mBackups.BackUpFile(parent, path);
 }
 
 wxString AppStoreFileActions::GetDefaultStorePath() {

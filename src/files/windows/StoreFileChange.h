@@ -25,9 +25,9 @@ class StoreFileActions {
     // are closed then.
     virtual bool DiscardEdits(wxWindow* parent) = 0;
     // Make a backup of the open store, and of a file that is about to be replaced. What goes wrong
-    // is told; the first returns the system's number of the error, or 0.
+    // is told; they return the system's number of the error, or 0.
     virtual int BackUp(wxWindow* parent, BackupCause cause) = 0;
-    virtual void BackUpFile(wxWindow* parent, const wxString& path) = 0;
+    virtual int BackUpFile(wxWindow* parent, const wxString& path) = 0;
     // Opens that file, or another that the user names, in the place of another store. The Database
     // must be closed.
     virtual void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
@@ -59,7 +59,7 @@ class AppStoreFileActions : public StoreFileActions {
     bool ChooseToSave(wxWindow* parent, const wxString& title, wxString& path) override;
     bool DiscardEdits(wxWindow* parent) override { return mDiscardEdits(parent); }
     int BackUp(wxWindow* parent, BackupCause cause) override;
-    void BackUpFile(wxWindow* parent, const wxString& path) override;
+    int BackUpFile(wxWindow* parent, const wxString& path) override;
     void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                        bool mustExist) override;
     void ReopenStoreFile(wxWindow* parent, Database& database, const wxString& path) override;

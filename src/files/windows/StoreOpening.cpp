@@ -180,8 +180,13 @@ void DatabaseOpenFailed::OnRetry(wxCommandEvent&) {
 
 void DatabaseOpenFailed::OnOpen(wxCommandEvent&) {
     wxString path = GetPath();
-    if (ChooseStoreFileToOpen(this, path)) {
-        mpPath->SetValue(path);
+    if (!ChooseStoreFileToOpen(this, path)) {
+        return;
+    }
+    const OpenedBackup answer = AskAboutBackup(this, path, GetPath());
+    if (answer == OpenedBackup::kRestore ? RestoreUnreadableStore(this, GetPath(), path)
+                                         : answer == OpenedBackup::kOpen) {
+        mpPath->SetValue(answer == OpenedBackup::kOpen ? path : GetPath());
         mMustExist = true;
         EndModal(kTryAgain);
     }
@@ -193,8 +198,10 @@ void DatabaseOpenFailed::OnNew(wxCommandEvent&) {
         return;
     }
     if (wxFileExists(path)) {
-        // A failure to replace the file shows when the store is opened.
-        ReplaceByNewStore(this, path);
+        // Any other failure to replace the file shows when the store is opened.
+        if (ReplaceByNewStore(this, path) == ECANCELED) {
+            return;
+        }
     }
     mpPath->SetValue(path);
     mMustExist = false;

@@ -1,6 +1,10 @@
 #include "files/windows/Backups.h"
 
-#include "support/StoreFixture.h"
+#include <wx/confbase.h>
+#include <wx/log.h>
+
+#include "shell/Settings.h"
+#include "support/GuiTest.h"
 
 namespace {
 
@@ -41,6 +45,54 @@ TEST_F(BringBack, CardsReturnToTheCategoryOfTheirName) {
                   Query("SELECT Front, Notes, Name FROM Cards JOIN Categories"
                         " ON CategoryId = Id"));
     }
+}
+
+struct BackupKeeperTest : GuiStoreTest {
+    // Changes the settings while it is told of something, as a change of the theme does that comes
+    // in the middle of a backup.
+    class RestlessLog : public wxLog {
+      public:
+        explicit RestlessLog(Subject& notifier)
+            : mNotifier(notifier), mpFormer(SetActiveTarget(this)) {}
+        ~RestlessLog() override { SetActiveTarget(mpFormer); }
+        int Told = 0;
+
+      private:
+        void DoLogRecord(wxLogLevel, const wxString&, const wxLogRecordInfo&) override {
+            ++Told;
+            mNotifier.Notify();
+        }
+        Subject& mNotifier;
+        wxLog* const mpFormer;
+    };
+};
+
+TEST_F(BackupKeeperTest, ABackupGoesOnWithItsSettingsWhileTheyChange) {
+    Insert(MakeCard("front", "back"));
+    WriteBytes(mDirectory.Path("file"), "no directory");
+    OpenSettings()->Write(kSettingBackupDirectory, mDirectory.Path("file"));
+    Subject notifier;
+    BackupKeeper keeper(mDatabase, notifier);
+    RestlessLog log(notifier);
+    EXPECT_NE(keeper.BackUp(nullptr, BackupCause::kMerge), 0);
+    EXPECT_NE(keeper.BackUp(nullptr, BackupCause::kMerge), 0);
+    EXPECT_EQ(log.Told, 1) << "what it knows must not go with the settings";
+    OpenSettings()->Write(kSettingBackupDirectory, mDirectory.Path("backups"));
+    notifier.Notify();
+    EXPECT_EQ(keeper.BackUp(nullptr, BackupCause::kMerge), 0);
+    // An import that changes nothing makes none, and one that does makes one.
+    const auto count = [this] {
+        return ListBackups(mDirectory.Path("backups"), StorePath()).size();
+    };
+    EXPECT_EQ(count(), 1U);
+    Insert(MakeCard("second", "back"));
+    keeper.ExpectChange(BackupCause::kImport, 0);
+    int32_t cards = 0;
+    mDatabase.CountAllCards(cards);
+    EXPECT_EQ(count(), 1U);
+    Insert(MakeCard("third", "back"));
+    Insert(MakeCard("fourth", "back"));
+    EXPECT_EQ(count(), 2U);
 }
 
 }  // namespace

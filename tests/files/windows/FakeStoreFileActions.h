@@ -26,7 +26,10 @@ struct FakeStoreFileActions : StoreFileActions {
         Calls += "backup ";
         return 0;
     }
-    void BackUpFile(wxWindow*, const wxString&) override { Calls += "backup:file "; }
+    int BackUpFile(wxWindow*, const wxString&) override {
+        Calls += "backup:file ";
+        return BackupError;
+    }
     void ReopenStoreFile(wxWindow* parent, Database& database, const wxString& path) override {
         OpenStoreFile(parent, database, path, true);
     }
@@ -41,4 +44,6 @@ struct FakeStoreFileActions : StoreFileActions {
     // Where the last file dialog began.
     wxString ChosenFrom;
     bool MayDiscard = true;
+    // What the backup of a file that is to be replaced comes to.
+    int BackupError = 0;
 };

@@ -1,7 +1,9 @@
 #include "files/windows/StoreFileChange.h"
 
 #include <unistd.h>
+
 #include <wx/filename.h>
+#include <cerrno>
 
 #include "files/windows/FakeStoreFileActions.h"
 #include "support/GuiTest.h"
@@ -74,6 +76,51 @@ TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
         EXPECT_EQ(mObserver.Calls, 1);
         EXPECT_EQ(CountCards(), moves ? 1 : 0);
         EXPECT_EQ(wxFileName::FileExists(StorePath()), !moves);
+    }
+}
+
+TEST_F(StoreFileChangeTest, AFileInTheWayThatCannotBeKeptStaysUnlessTheUserGoesOn) {
+    const wxString path = Path("other.vlm");
+    mActions.BackupError = ENOSPC;
+    for (const StoreFileChoice choice : {StoreFileChoice::kCreate, StoreFileChoice::kMove}) {
+        WriteBytes(path, "precious");
+        for (const int answer : {wxID_NO, wxID_YES}) {
+            Reopen();
+            ModalAnswers answers;
+            answers.Expect(wxID_YES);
+            answers.Expect([&](wxDialog& box) {
+                const auto& question = dynamic_cast<wxMessageDialog&>(box);
+                EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
+                EXPECT_TRUE(question.GetMessage().Contains("could not be kept"));
+                return answer;
+            });
+            Change(choice, path);
+            EXPECT_EQ(ReadBytes(path) == "precious", answer == wxID_NO);
+        }
+    }
+}
+
+TEST_F(StoreFileChangeTest, ABackupIsRestoredOrOpenedAsTheUserSays) {
+    const wxString directory = GetBackupDirectory(ReadBackupSettings());
+    const wxString backup =
+        BackupPath(directory, StorePath(), wxDateTime::Now(), BackupCause::kDay);
+    wxFileName::Mkdir(directory, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
+    ASSERT_EQ(CopyOpenStore(mDatabase, backup), 0);
+    const wxString name = wxFileName(backup).GetFullName();
+    const std::tuple<int, wxString, int> cases[] = {
+        {wxID_CANCEL, "", 2},
+        {wxID_NO, "discard open:" + name + " ", 1},
+        {wxID_YES, "discard backup open:store.vlm ", 1}};
+    for (const auto& [answer, calls, cards] : cases) {
+        Reopen();
+        mDatabase.Execute("DELETE FROM Cards WHERE rowid > 1");
+        Insert(MakeCard("second", "back"));
+        ModalAnswers answers;
+        answers.Expect(answer);
+        Change(StoreFileChoice::kOpen, backup);
+        EXPECT_TRUE(answers.Dialogs[0].Message.Contains("is a backup"));
+        EXPECT_EQ(mActions.Calls, calls);
+        EXPECT_EQ(CountCards(), cards);
     }
 }
 
