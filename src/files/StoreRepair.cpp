@@ -112,29 +112,47 @@ EngineReader::EngineReader(const std::string& path, RepairedStore& store) : mSto
 }
 
 void EngineReader::ReadSchema() {
-    std::string names;
-    bool hasTexts = false;
-    std::vector<wxString> columns;
+    struct Column {
+        std::string Name;
+        int Hidden;
+    };
+    std::vector<Column> columns;
     const StatementHandle schema = PrepareStatement(mConnection, "PRAGMA table_xinfo(Cards)");
     while (schema != nullptr && sqlite3_step(schema.get()) == SQLITE_ROW) {
         const auto* const bytes =
             reinterpret_cast<const char*>(sqlite3_column_text(schema.get(), 1));
-        const wxString name = FromUtf8(bytes == nullptr ? "" : bytes);
-        columns.push_back(name);
-        // The last column tells of those that the engine computes: such a one is not read, and
-        // one of the two kinds is in no record.
-        constexpr int kVirtual = 2;
-        const int hidden = sqlite3_column_int(schema.get(), 6);
+        columns.push_back({bytes == nullptr ? "" : bytes, sqlite3_column_int(schema.get(), 6)});
+    }
+    const auto isThere = [&columns](const char* name) {
+        return std::any_of(columns.begin(), columns.end(), [name](const Column& column) {
+            return sqlite3_stricmp(column.Name.c_str(), name) == 0;
+        });
+    };
+    std::string names;
+    bool hasTexts = false;
+    for (size_t i = 0; i < columns.size(); ++i) {
+        const char* const name = columns[i].Name.c_str();
         const auto* const found =
             std::find_if(std::begin(kCardColumnNames), std::end(kCardColumnNames),
-                         [&name](const char* known) { return name.CmpNoCase(known) == 0; });
-        const auto place = static_cast<size_t>(found - std::begin(kCardColumnNames));
-        if (hidden != kVirtual) {
-            mRecordPlaces.push_back(hidden == 0 ? place : size_t{kCardColumnCount});
+                         [name](const char* known) { return sqlite3_stricmp(name, known) == 0; });
+        auto place = static_cast<size_t>(found - std::begin(kCardColumnNames));
+        // The damage may lie in the name itself.
+        if (place == kCardColumnCount && columns.size() == kCardColumnCount &&
+            !isThere(kCardColumnNames[i])) {
+            place = i;
         }
-        if (hidden == 0 && place < kCardColumnCount) {
+        // A column that the engine computes is not read, and one of the two kinds is in no record.
+        constexpr int kVirtual = 2;
+        if (columns[i].Hidden != kVirtual) {
+            mRecordPlaces.push_back(columns[i].Hidden == 0 ? place : size_t{kCardColumnCount});
+        }
+        if (columns[i].Hidden == 0 && place < kCardColumnCount) {
             mAskedPlaces.push_back(place);
-            names += std::string(",") + *found;
+            names += ",\"";
+            for (const char character : columns[i].Name) {
+                names += character == '"' ? "\"\"" : std::string(1, character);
+            }
+            names += '"';
             hasTexts = hasTexts || place == kFront || place == kBack;
         }
     }
@@ -157,10 +175,7 @@ void EngineReader::ReadSchema() {
     mPageSize = static_cast<size_t>(std::max(512, std::atoi(ask("PRAGMA page_size").c_str())));
     // A column may have one of the engine's names for the row id.
     for (const char* const rowId : {"rowid", "oid", "_rowid_"}) {
-        const bool isColumn =
-            std::any_of(columns.begin(), columns.end(),
-                        [rowId](const wxString& name) { return name.CmpNoCase(rowId) == 0; });
-        if (!isColumn && mRow == nullptr) {
+        if (!isThere(rowId) && mRow == nullptr) {
             const std::string select =
                 std::string("SELECT ") + rowId + names + " FROM Cards NOT INDEXED WHERE " + rowId;
             mRow = PrepareStatement(mConnection, select + "=?");

@@ -3,7 +3,10 @@
 #include <wx/filename.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iterator>
 #include <set>
@@ -395,6 +398,47 @@ TEST_F(BackupLuck, WhatABackupMustSurvive) {
         EXPECT_LE(gone.size(), row.Gone);
         EXPECT_EQ(added.size(), static_cast<size_t>(row.Added));
     }
+}
+
+TEST_F(StoreBackupTest, ACopyWithOtherCardsThanTheStoreIsNone) {
+    // Another file of the same size and change counter gets into the store's place, so that the
+    // engine goes on with the pages that it remembers, and the copy has the other ones.
+    int32_t count = 0;
+    ASSERT_EQ(mDatabase.CountAllCards(count), 0);
+    const std::string bytes = ReadBytes(StorePath());
+    std::string other = bytes;
+    const wxString path = mDirectory.Path("other.vlm");
+    WriteBytes(path, bytes);
+    {
+        QuietDatabase database;
+        ASSERT_EQ(database.OpenQuietly(path), 0);
+        ASSERT_EQ(database.DeleteCard(mCards.front().CardId), 0);
+    }
+    other = ReadBytes(path);
+    ASSERT_EQ(other.size(), bytes.size());
+    for (const size_t counter : {24U, 92U}) {
+        other.replace(counter, 4, bytes, counter, 4);
+    }
+    std::fstream store(StorePath().utf8_string(), std::ios::binary | std::ios::in | std::ios::out);
+    store.write(other.data(), static_cast<std::streamsize>(other.size()));
+    store.close();
+    EXPECT_EQ(CopyOpenStore(mDatabase, mDirectory.Path("copy.vlm")), EIO);
+    EXPECT_FALSE(wxFileName::FileExists(mDirectory.Path("copy.vlm")));
+}
+
+TEST_F(StoreBackupTest, AnUnfinishedCopyOfAnotherProgramStaysForAnHour) {
+    MakeBackups().Make(mDatabase, BackupCause::kDay, mNow);
+    const wxString made = List().front().Path;
+    const wxString young = made + ".01234567.unfinished";
+    const wxString old = made + ".89abcdef.unfinished";
+    WriteBytes(young, "half");
+    WriteBytes(old, "half");
+    std::filesystem::last_write_time(
+        old.utf8_string(), std::filesystem::file_time_type::clock::now() - std::chrono::hours(2));
+    mDatabase.UpdateCategory({0, "Changed"});
+    MakeBackups().Make(mDatabase, BackupCause::kImport, mNow);
+    EXPECT_TRUE(wxFileName::FileExists(young));
+    EXPECT_FALSE(wxFileName::FileExists(old));
 }
 
 TEST_F(StoreBackupTest, AStoreThatIsDamagedIsKeptAsItIsBeforeItGoes) {
