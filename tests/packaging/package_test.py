@@ -98,12 +98,12 @@ class CommandLineTest(unittest.TestCase):
                                    run("--messagebox", "--help").stdout))
 
     def test_help_man_pages_and_completion_tell_of_the_same_options(self):
-        told = set(re.findall(r"^  (?:-h, )?(--\w+)", run("--help").stdout, re.MULTILINE))
+        told = set(re.findall(r"^  (?:-h, )?(--[-\w]+)", run("--help").stdout, re.MULTILINE))
         self.assertGreater(len(told), 5)
         self.assertEqual(told, {word.split("=")[0] for word in complete("--")})
         for language in ("", "de", "ja"):
             page = read(SHARE, "man", language, "man1", "velomind.1").replace("\\-", "-")
-            told_there = re.findall(r"^\.TP\n\\fB(?:-h\\fR, \\fB)?(--\w+)", page, re.MULTILINE)
+            told_there = re.findall(r"^\.TP\n\\fB(?:-h\\fR, \\fB)?(--[-\w]+)", page, re.MULTILINE)
             self.assertEqual(told, set(told_there), language)
 
     def test_the_shell_completes_options_and_files(self):
