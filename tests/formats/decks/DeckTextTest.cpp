@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "formats/HtmlText.h"
+#include "formats/decks/AnkiPlan.h"
 #include "formats/decks/AnkiTemplate.h"
 
 TEST(HtmlText, KeepsWhatAPersonReads) {
@@ -116,4 +117,21 @@ TEST(AnkiTemplate, HidesTheDeletionsOfOneNumber) {
         }
         EXPECT_EQ(card.Question + "|" + hidden + "|" + card.Whole, test.Card) << test.Source;
     }
+}
+
+TEST(AnkiPlan, APairHasOneMirrorAndAnAnswerKeepsTheFieldThatIsTyped) {
+    AnkiNoteType type;
+    type.Fields = {"A", "B", "C"};
+    type.Templates = {
+        {"{{A}}", "{{FrontSide}} {{B}}"}, {"{{B}}", "{{A}}"}, {"{{B}} {{C}}", "{{A}}"}};
+    TypePlan plan = MakeTypePlan(type);
+    ASSERT_EQ(plan.Pairs.size(), 2U) << "the third template asks a card of its own";
+    EXPECT_EQ(plan.Pairs[0].Reverse, 1U);
+    EXPECT_EQ(plan.Pairs[1].Forward, 2U);
+
+    type.Templates = {{"{{A}} {{type:C}}", "{{FrontSide}} {{type:C}}"}};
+    plan = MakeTypePlan(type);
+    ASSERT_EQ(plan.Pairs.size(), 1U);
+    EXPECT_EQ(FieldSet(plan.Pairs[0].Front), FieldBits(1));
+    EXPECT_EQ(FieldSet(plan.Pairs[0].Back), FieldBits(4));
 }
