@@ -393,6 +393,7 @@ void VelomindApp::CloseWindows() {
     }
 }
 
-void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) {
-    ExportOptionsDialog(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds).ShowModal();
+void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
+                              OfferFirst first) {
+    ExportOptionsDialog(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds, first).ShowModal();
 }

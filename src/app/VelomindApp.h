@@ -48,7 +48,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void FrameClosed(wxFrame& frame) override;
     void OpenFile(const wxString& path) override;
     void OpenEditor(const FlashCard& card) override { mEditors.Open(card, *mpDatabase); }
-    void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
+    void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
+                     OfferFirst first) override;
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         mClipboard.Put(*mpDatabase, rowIds, !cut);
     }

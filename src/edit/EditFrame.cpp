@@ -370,5 +370,5 @@ void EditFrame::OnExport(wxCommandEvent&) {
     std::vector<int64_t> rowIds;
     // A failure is reported by the store itself.
     mpDatabase->SelectRowIdById(mCard.CardId, rowIds);
-    mServices.ExportCards(*this, rowIds);
+    mServices.ExportCards(*this, rowIds, AppServices::OfferFirst::kSelection);
 }

@@ -290,7 +290,10 @@ void BrowseFrame::BindCommands() {
         [this](wxCommandEvent&) {
             std::vector<int64_t> rowIds;
             mpCardList->CollectSelection(rowIds, false);
-            mServices.ExportCards(*this, rowIds);
+            // One row is selected by almost any press or key, and is rarely meant.
+            mServices.ExportCards(*this, rowIds,
+                                  rowIds.size() > 1 ? AppServices::OfferFirst::kSelection
+                                                    : AppServices::OfferFirst::kCategory);
         },
         ID_EXPORT);
     Bind(

@@ -160,6 +160,7 @@ int Database::Open(const wxString& path, UpgradeWait& wait) {
         return -1;
     }
     CloseHandle();
+    mLastErrorCode = SQLITE_OK;
     mOpening = true;
     const int result = OpenSteps(path, wait);
     if (result < 0) {
@@ -263,6 +264,7 @@ int Database::FindTable(const char* sql, bool& found) {
 
 int Database::CheckCardTables() {
     if (IsCutOff(mpHandle)) {
+        mLastErrorCode = SQLITE_CORRUPT;
         return -1;
     }
     Prepare(StatementId::kInsertFlashCard, StatementId::kDeleteCategory);

@@ -10,6 +10,7 @@
 #include "base/Files.h"
 #include "files/StoreFiles.h"
 #include "files/windows/Backups.h"
+#include "files/windows/OpenFault.h"
 #include "files/windows/StoreOpening.h"
 #include "shell/MessageBox.h"
 #include "store/Database.h"
@@ -36,6 +37,10 @@ class StoreFileChange {
     bool MayReplace(const wxString& caption) const;
     // Fills the system's text of the error into the format.
     void Tell(const wxString& format, int error, const wxString& caption) const;
+    void TellNotOpened(OpenFault fault, const wxString& caption) const;
+    // Opens the new file in place of the one that was closed. Where that fails the user is told why
+    // and works on with the former store, which is whole: nobody shall lose it for a mistyped path.
+    void OpenNew(bool mustExist, const wxString& caption);
     // Opens a file in place of the one that was closed, and tells the windows.
     void Reopen(const wxString& path, bool mustExist);
 
@@ -88,16 +93,41 @@ void StoreFileChange::Create() {
         Reopen(mCurrentPath, true);
         return;
     }
-    Reopen(mNewPath, false);
+    OpenNew(false, caption);
 }
 
 void StoreFileChange::Open() {
-    if (MakeStorePathFull(mNewPath) == MakeStorePathFull(mCurrentPath) ||
-        !mActions.DiscardEdits(mpParent)) {
+    if (MakeStorePathFull(mNewPath) == MakeStorePathFull(mCurrentPath)) {
+        return;
+    }
+    const wxString caption = _("Open Store File");
+    if (!mExists) {
+        TellNotOpened(FindOpenFault(mNewPath, mDatabase), caption);
+        return;
+    }
+    if (!mActions.DiscardEdits(mpParent)) {
         return;
     }
     mDatabase.Close();
-    Reopen(mNewPath, true);
+    OpenNew(true, caption);
+}
+
+void StoreFileChange::OpenNew(bool mustExist, const wxString& caption) {
+    if (mActions.TryStoreFile(mpParent, mDatabase, mNewPath, mustExist)) {
+        mDatabase.Notify();
+        return;
+    }
+    const OpenFault fault = FindOpenFault(mNewPath, mDatabase);
+    Reopen(mCurrentPath, true);
+    TellNotOpened(fault, caption);
+}
+
+void StoreFileChange::TellNotOpened(OpenFault fault, const wxString& caption) const {
+    ShowMessageBox(
+        wxString::Format(_("The store file \"%s\" could not be opened. %s\nThe store file \"%s\" "
+                           "is open as before."),
+                         mNewPath, DescribeOpenFault(fault), mDatabase.GetPath()),
+        caption, wxOK | wxCENTRE, mpParent);
 }
 
 bool StoreFileChange::MayReplace(const wxString& caption) const {
@@ -167,4 +197,13 @@ void AppStoreFileActions::OpenStoreFile(wxWindow* parent, Database& database, co
                                         bool mustExist) {
     ::OpenStoreFile(parent, database, path, mustExist);
     mStoreChanged();
+}
+
+bool AppStoreFileActions::TryStoreFile(wxWindow* parent, Database& database, const wxString& path,
+                                       bool mustExist) {
+    const bool isOpen = OpenChosenStore(parent, database, path, mustExist);
+    if (isOpen) {
+        mStoreChanged();
+    }
+    return isOpen;
 }

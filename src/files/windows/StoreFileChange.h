@@ -31,6 +31,9 @@ class StoreFileActions {
     // Opens that file, or another that the user names. The Database must be closed.
     virtual void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                                bool mustExist) = 0;
+    // Opens just that file. Returns false, with the Database closed, when it cannot be opened.
+    virtual bool TryStoreFile(wxWindow* parent, Database& database, const wxString& path,
+                              bool mustExist) = 0;
 };
 
 // In the order in which the choice lists them.
@@ -58,6 +61,8 @@ class AppStoreFileActions : public StoreFileActions {
     void BackUpFile(wxWindow* parent, const wxString& path) override;
     void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                        bool mustExist) override;
+    bool TryStoreFile(wxWindow* parent, Database& database, const wxString& path,
+                      bool mustExist) override;
 
   private:
     BackupKeeper& mBackups;

@@ -77,6 +77,33 @@ TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
     }
 }
 
+TEST_F(StoreFileChangeTest, AfterAFailedOpenTheUserIsToldWhyAndTheOldStoreIsOpen) {
+    WriteBytes(Path("text.vlm"), "no store at all, and long enough to be read as one");
+    WriteBytes(Path("cut.vlm"), ReadBytes(StorePath()).substr(0, 5000));
+    ASSERT_TRUE(wxFileName::Mkdir(Path("folder.vlm")));
+    const std::tuple<StoreFileChoice, const char*, const char*, const char*> cases[] = {
+        {StoreFileChoice::kOpen, "gone.vlm", "There is no such file.", ""},
+        {StoreFileChoice::kOpen, "not/there.vlm", "There is no such folder.", ""},
+        {StoreFileChoice::kOpen, "folder.vlm", "a folder or a device", ""},
+        {StoreFileChoice::kOpen, "text.vlm", "This is no store file of Velomind",
+         "discard open:text.vlm open:store.vlm "},
+        {StoreFileChoice::kOpen, "cut.vlm", "The file is damaged.",
+         "discard open:cut.vlm open:store.vlm "},
+        {StoreFileChoice::kCreate, "not/there.vlm", "There is no such folder.",
+         "discard open:there.vlm:new open:store.vlm "}};
+    for (const auto& [choice, name, reason, calls] : cases) {
+        SCOPED_TRACE(name);
+        ModalAnswers answers;
+        answers.Expect(wxID_OK);
+        Change(choice, Path(name));
+        EXPECT_EQ(mActions.Calls, calls);
+        ASSERT_EQ(answers.Dialogs.size(), 1U);
+        EXPECT_THAT(answers.Dialogs[0].Message.utf8_string(), testing::HasSubstr(reason));
+        EXPECT_TRUE(mDatabase.IsStoreFile(StorePath()));
+        EXPECT_EQ(CountCards(), 1);
+    }
+}
+
 TEST_F(StoreFileChangeTest, AfterAFailedMoveTheOldStoreIsOpen) {
     ModalAnswers answers;
     answers.Expect(wxID_OK);
