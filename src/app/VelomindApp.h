@@ -48,6 +48,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void FrameClosed(wxFrame& frame) override;
     void OpenFile(const wxString& path) override;
     void OpenEditor(const FlashCard& card) override { mEditors.Open(card, *mpDatabase); }
+    void CardSaved(const CardUuid& id) override;
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
                      OfferFirst first) override;
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
@@ -83,11 +84,14 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     AppStoreFileActions MakeStoreFileActions();
 
     void OnWindowCommand(wxCommandEvent& event);
+    void OnRecentStore(wxCommandEvent& event);
     void Find();
     void ShowLearningProgress();
     void ShowStatistics();
     void ShowPreferences();
     void Restore();
+    void OpenStoreByDialog();
+    void OpenOtherStore(const wxString& path);
     void CloseWindows();
 
     AppFatalErrorReport mFatalErrorReport;

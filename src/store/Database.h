@@ -231,6 +231,9 @@ class Database : public Subject {
     // Gives the new row the smallest unused id; stray cards of that id go to -1 first. An existing
     // name fails in the engine: ask SelectCategoryByName first.
     int CategoryInsert(const wxString& name);
+    // Brings a category back that was deleted: under its former id where that is free, so that it
+    // stands where it stood, else under the smallest unused one.
+    int CategoryBringBack(const Category& category);
     // Gives the id of the category of that name, which is made where there is none.
     int FindOrInsertCategory(const wxString& name, int32_t& id);
     int UpdateCategory(const Category& category);

@@ -13,7 +13,9 @@
 #include <wx/textctrl.h>
 #include <wx/utils.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <vector>
 
 #include "base/Job.h"
 #include "base/Process.h"
@@ -79,6 +81,17 @@ bool ChooseAnother(wxWindow* parent, OpenFault fault, wxString& path, bool& must
 
 }  // namespace
 
+namespace {
+
+void NoteRecentStore(const wxString& path) {
+    std::vector<wxString> paths = ReadRecentTexts(kSettingRecentStore);
+    paths.erase(std::remove(paths.begin(), paths.end(), path), paths.end());
+    paths.insert(paths.begin(), path);
+    WriteRecentTexts(kSettingRecentStore, paths);
+}
+
+}  // namespace
+
 std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
     auto database = std::make_unique<Database>(report);
     bool isStored = false;
@@ -95,6 +108,7 @@ bool OpenChosenStore(wxWindow* parent, Database& database, const wxString& path,
         return false;
     }
     OpenSettings()->Write(kSettingDatabasePath, choice);
+    NoteRecentStore(choice);
     return true;
 }
 
