@@ -350,9 +350,6 @@ class Sway(Desktop):
     def is_active(self, window):
         return (self._node(window) or {}).get("focused", False)
 
-    def wants_attention(self, window):
-        return (self._node(window) or {}).get("urgent", False)
-
     def activate(self, window):
         self._ask(self._COMMAND, f"[con_id={window}] focus")
 

@@ -315,7 +315,7 @@ void VelomindApp::ComeToFront(const wxString& token) {
         }
     }
     // The token lets one window come to the front, and a dialog brings the windows behind it along.
-    if (!wanted.empty()) {
+    if (!wanted.empty() && !token.empty()) {
         UseActivationToken(*wanted.back(), token);
     }
     for (wxTopLevelWindow* const window : wanted) {

@@ -29,8 +29,13 @@
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 
+namespace {
+
+constexpr size_t kMost = 5;
+
+}  // namespace
+
 bool RecentSearches::Add(const wxString& text) {
-    constexpr size_t kMost = 5;
     const auto found = std::find(mTexts.begin(), mTexts.end(), text);
     if (found == mTexts.end()) {
         mTexts.insert(mTexts.begin(), text);

@@ -195,25 +195,29 @@ bool IsLooseLine(const wxMenu& menu, size_t position) {
                                    menu.FindItemByPosition(position - 1)->IsSeparator());
 }
 
-// Fills the menu of the last stores, without the open one, which is the first in the settings. Does
-// nothing where a frame has no such menu, or while that menu itself is opened.
-void ShowRecentStores(wxFrame& frame, const wxMenu* opened) {
+// Fills the menu of the last stores, without the open one, which is the first in the settings. A
+// menu that is right already stays untouched, as it may just be on the screen.
+void ShowRecentStores(wxFrame& frame) {
     const wxMenuItem* const item = frame.GetMenuBar()->FindItem(ID_RECENT_STORES);
-    if (item == nullptr || item->GetSubMenu() == opened) {
+    const std::vector<wxString> paths = ReadRecentTexts(kSettingRecentStore);
+    if (item == nullptr || paths.size() < 2) {
         return;
     }
     wxMenu& menu = *item->GetSubMenu();
+    bool isRight = menu.GetMenuItemCount() == paths.size() - 1;
+    for (size_t i = 1; i < paths.size() && isRight; ++i) {
+        isRight =
+            menu.FindItemByPosition(i - 1)->GetItemLabel() == wxControl::EscapeMnemonics(paths[i]);
+    }
+    if (isRight) {
+        return;
+    }
     while (menu.GetMenuItemCount() > 0) {
         menu.Destroy(menu.FindItemByPosition(0));
     }
     int id = ID_RECENT_STORE_FIRST;
-    const std::vector<wxString> paths = ReadRecentTexts(kSettingRecentStore);
     for (size_t i = 1; i < paths.size(); ++i) {
         menu.Append(id++, wxControl::EscapeMnemonics(paths[i]));
-    }
-    if (paths.size() < 2) {
-        AppendRows(menu, std::begin(kNoRecentRows), std::end(kNoRecentRows));
-        menu.Enable(ID_RECENT_STORE_FIRST, false);
     }
 }
 
@@ -272,7 +276,7 @@ void InitFrame(wxFrame& frame, const wxString&) {
     frame.SetMenuBar(bar.release());
     frame.Bind(wxEVT_MENU_OPEN, [&frame](wxMenuEvent& event) {
         event.Skip();
-        ShowRecentStores(frame, event.GetMenu());
+        ShowRecentStores(frame);
     });
     // No entry of the bar closes the window or the program, but users of a desktop expect the keys.
     const wxAcceleratorEntry keys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},

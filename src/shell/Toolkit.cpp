@@ -227,20 +227,7 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
 }
 
 void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
-    if (!token.empty()) {
-        gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
-    } else if (!HasWindowPlaces()) {
-        // A token of our own entitles to nothing, but lets the desktop mark the window as urgent.
-        GdkAppLaunchContext* const context =
-            gdk_display_get_app_launch_context(gdk_display_get_default());
-        char* const own = g_app_launch_context_get_startup_notify_id(G_APP_LAUNCH_CONTEXT(context),
-                                                                     nullptr, nullptr);
-        if (own != nullptr) {
-            gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), own);
-        }
-        g_free(own);
-        g_object_unref(context);
-    }
+    gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
 }
 
 bool OpenInBrowser(const wxString& address) {

@@ -72,8 +72,7 @@ using SpinTextGuard = bool (*)(const wxString& text, double number);
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 
 // Entitles a window to come to the front, with the token that another process got when the user
-// started it. The next Raise uses it up. Without a token the Raise asks for attention, on desktops
-// that let no window come to the front by itself. Without effect where the desktop knows no tokens.
+// started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.
 void UseActivationToken(const wxTopLevelWindow& window, const wxString& token);
 
 // Returns whether programs may know and choose where their windows lie. On Wayland they may not.

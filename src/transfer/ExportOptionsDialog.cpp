@@ -150,9 +150,7 @@ wxSizer* ExportOptionsDialog::MakePreview() {
 // Says how many cards a range has. One without cards cannot be chosen.
 void ExportOptionsDialog::OfferRange(int range, int32_t cards) {
     const auto item = static_cast<unsigned>(range);
-    // The toolkit knows no access keys here; its constructor takes the marks away, this does not.
-    const wxString label = wxControl::RemoveMnemonics(RangeLabels()[item]);
-    mpRange->SetString(item, wxString::Format("%s (%i)", label, cards));
+    mpRange->SetString(item, wxString::Format("%s (%i)", mpRange->GetString(item), cards));
     mpRange->Enable(item, cards > 0 || range == kAll);
 }
 

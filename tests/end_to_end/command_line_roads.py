@@ -3,7 +3,6 @@
 import fcntl
 import os
 import unittest
-from unittest import mock
 
 from driver import DESKTOP, LIST_WINDOW, RoadTest, on_one_desktop, press, wait_until
 
@@ -37,20 +36,6 @@ class CommandLineRoad(RoadTest):
         self.assertEqual(110, self.sandbox.card_count())
         press("Return")
         self.assertEqual(0, program.wait())
-
-    @unittest.skipUnless(hasattr(DESKTOP, "wants_attention"), "only sway tells")
-    def test_a_second_start_that_may_not_take_the_keys_asks_for_attention(self):
-        program = self.sandbox.start()
-        program.wait_window(LIST_WINDOW)
-        window = program.windows(LIST_WINDOW)[0]
-        DESKTOP.put_away(window)
-        program.wait_no_window(LIST_WINDOW)
-        with mock.patch.object(DESKTOP, "launch_environment", dict):
-            self.assertEqual(0, self.sandbox.run())
-        wait_until(lambda: DESKTOP.wants_attention(window) or DESKTOP.is_active(window),
-                   "a window that is urgent or in front")
-        # Back to the place where the other roads begin.
-        DESKTOP.activate(window)
 
     @on_one_desktop
     def test_a_start_that_cannot_tell_whether_it_is_the_first_does_nothing(self):
