@@ -27,6 +27,7 @@
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
+#include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "statistics/StatisticsFrame.h"
 #include "store/Database.h"
@@ -257,6 +258,7 @@ void VelomindApp::BindCommands() {
          [this] { RunImportCommand(mLastActive.get(), *this, *mpDatabase, mFatalErrorReport); }},
         {ID_BACK_UP, [this] { BackUpWhereWanted(mLastActive.get(), *mpDatabase); }},
         {ID_RESTORE, [this] { Restore(); }},
+        {ID_OPEN_STORE, [this] { OpenStoreByDialog(); }},
         {wxID_FIND, [this] { Find(); }},
         {wxID_EXIT, [this] { CloseWindows(); }},
         {ID_LEARNING_PROGRESS, [this] { ShowLearningProgress(); }},
@@ -266,6 +268,8 @@ void VelomindApp::BindCommands() {
         Bind(
             wxEVT_MENU, [run = run](wxCommandEvent&) { run(); }, id);
     }
+    Bind(wxEVT_MENU, &VelomindApp::OnRecentStore, this, ID_RECENT_STORE_FIRST,
+         ID_RECENT_STORE_LAST);
     Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
         event.Skip();
         OpenNextFile();
@@ -324,9 +328,7 @@ void VelomindApp::OpenNextFile() {
     } else if (mpDatabase->IsStoreFile(path)) {
         // It is open already.
     } else if (!BelongsToStore(*mpDatabase, path) && IsStoreOfCards(path)) {
-        AppStoreFileActions actions = MakeStoreFileActions();
-        ChangeStoreFile(actions, &list, *mpDatabase, StoreFileChoice::kOpen, mpDatabase->GetPath(),
-                        path);
+        OpenOtherStore(path);
     } else {
         ImportFileByDialog(&list, *this, *mpDatabase, mFatalErrorReport, path);
     }
@@ -425,6 +427,28 @@ void VelomindApp::Restore() {
     RestoreStore(actions, mWindows.GetShown(), *mpDatabase);
 }
 
+void VelomindApp::OpenStoreByDialog() {
+    wxString path = mpDatabase->GetPath();
+    if (ChooseStoreFileToOpen(mWindows.GetShown(), path)) {
+        OpenOtherStore(path);
+    }
+}
+
+void VelomindApp::OnRecentStore(wxCommandEvent& event) {
+    const std::vector<wxString> paths = ReadRecentTexts(kSettingRecentStore);
+    // The first one is the open store, which the menu leaves out.
+    const auto place = static_cast<size_t>(event.GetId() - ID_RECENT_STORE_FIRST + 1);
+    if (place < paths.size()) {
+        OpenOtherStore(paths[place]);
+    }
+}
+
+void VelomindApp::OpenOtherStore(const wxString& path) {
+    AppStoreFileActions actions = MakeStoreFileActions();
+    ChangeStoreFile(actions, mWindows.GetShown(), *mpDatabase, StoreFileChoice::kOpen,
+                    mpDatabase->GetPath(), path);
+}
+
 void VelomindApp::CloseWindows() {
     if (mEditors.CloseAll()) {
         if (mpStatistics != nullptr) {
@@ -434,6 +458,13 @@ void VelomindApp::CloseWindows() {
     }
 }
 
-void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) {
-    ExportOptionsDialog(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds).ShowModal();
+void VelomindApp::CardSaved(const CardUuid& id) {
+    if (auto* const list = dynamic_cast<BrowseFrame*>(mWindows.GetShown())) {
+        list->ShowCard(id);
+    }
+}
+
+void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
+                              OfferFirst first) {
+    ExportOptionsDialog(&parent, *mpDatabase, *this, mFatalErrorReport, rowIds, first).ShowModal();
 }

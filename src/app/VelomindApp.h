@@ -48,7 +48,9 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void FrameClosed(wxFrame& frame) override;
     void OpenFile(const wxString& path) override;
     void OpenEditor(const FlashCard& card) override { mEditors.Open(card, *mpDatabase); }
-    void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) override;
+    void CardSaved(const CardUuid& id) override;
+    void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
+                     OfferFirst first) override;
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         mClipboard.Put(*mpDatabase, rowIds, !cut);
     }
@@ -85,11 +87,14 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     AppStoreFileActions MakeStoreFileActions();
 
     void OnWindowCommand(wxCommandEvent& event);
+    void OnRecentStore(wxCommandEvent& event);
     void Find();
     void ShowLearningProgress();
     void ShowStatistics();
     void ShowPreferences();
     void Restore();
+    void OpenStoreByDialog();
+    void OpenOtherStore(const wxString& path);
     void CloseWindows();
 
     AppFatalErrorReport mFatalErrorReport;

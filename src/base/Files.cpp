@@ -70,6 +70,15 @@ wxString SystemErrorText(int error) {
             return _("no reason was given");
         case EILSEQ:
             return _("it is no whole store of flash cards");
+        case EBUSY:
+        case ENOTSUP:
+            return _("another program is using the file");
+        case EINVAL:
+            return _("no file can have this name");
+        case EIO:
+            return _("the file could not be read or written");
+        case ECANCELED:
+            return _("it was broken off");
         default:
             return wxSysErrorMsgStr(static_cast<unsigned long>(error));
     }

@@ -15,8 +15,9 @@
 std::filesystem::path ToPath(const wxString& path);
 wxString FromPath(const std::filesystem::path& path);
 
-// Returns what an error's number of the system means, for the user. 0 has no reason to give, and
-// EILSEQ says of a file that it is no whole store.
+// Returns what an error's number of the system means, for the user. 0 has no reason to give. The
+// numbers that the program gives a sense of its own, such as EILSEQ for what is no whole store,
+// have texts of their own.
 wxString SystemErrorText(int error);
 
 // Owns a file descriptor and closes it.

@@ -86,15 +86,15 @@ void CategoryList::RefreshRows() {
     for (long row = 0; row < GetItemCount(); ++row) {
         rows.emplace(CategoryOf(row), row);
     }
+    for (const Category& category : categories) {
+        if (rows.count(category.Id) == 0) {
+            InsertRow(category, rows);
+        }
+    }
     std::map<int32_t, long> gone = rows;
     for (const Category& category : categories) {
         gone.erase(category.Id);
-        auto place = rows.find(category.Id);
-        if (place == rows.end()) {
-            const long row = InsertItem(GetItemCount(), ShownName(category.Name), 0);
-            SetItemData(row, category.Id);
-            place = rows.emplace(category.Id, row).first;
-        }
+        const auto place = rows.find(category.Id);
         wxString text;
         if (MakeRowText(category, now, text) < 0) {
             return;
@@ -108,6 +108,11 @@ void CategoryList::RefreshRows() {
     std::set<long, std::greater<>> goneRows;
     for (const auto& [id, row] : gone) {
         goneRows.insert(row);
+        mFormerRows[mNames[id]] = row;
+    }
+    mNames.clear();
+    for (const Category& category : categories) {
+        mNames.emplace(category.Id, category.Name);
     }
     for (const long row : goneRows) {
         DeleteItem(row);
@@ -116,6 +121,20 @@ void CategoryList::RefreshRows() {
     mRowWidth = GetColumnWidth(0);
     FillWidth();
     TellFocusedRow();
+}
+
+// Gives a category its row and keeps the map from categories to rows true. A new one stands last;
+// one that comes back, by an undo for example, stands where it stood.
+void CategoryList::InsertRow(const Category& category, std::map<int32_t, long>& rows) {
+    const auto former = mFormerRows.find(category.Name);
+    const long last = GetItemCount();
+    const long row = former == mFormerRows.end() ? last : std::min(former->second, last);
+    InsertItem(row, ShownName(category.Name), 0);
+    SetItemData(row, category.Id);
+    for (auto& [id, place] : rows) {
+        place += place >= row ? 1 : 0;
+    }
+    rows.emplace(category.Id, row);
 }
 
 int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, wxString& text) {
@@ -219,7 +238,12 @@ void CategoryList::Merge(const Category& from, const Category& into) {
           "This may take several minutes.\n"
           "Continue?"),
         newName, oldName, newName);
-    if (Ask(question, _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) != wxOK) {
+    int32_t count = 0;
+    if (mpDatabase->SelectCategoryIdCount(from.Id, count) < 0) {
+        return;
+    }
+    if (Ask(question + AboutCards(count), _("Confirm Rename"), wxOK | wxCANCEL | wxCENTRE) !=
+        wxOK) {
         return;
     }
     // An error was told, and the merge goes on.
@@ -249,20 +273,25 @@ void CategoryList::DeleteFocused() {
         return;
     }
     const wxString refusal = _("Cannot Delete Category");
-    if (GetItemCount() < 2) {
-        Ask(wxString::Format(_("Cannot delete category \"%s\" because it is the only category"),
-                             GetItemText(row)),
-            refusal);
+    int32_t count = 0;
+    std::list<Category> found;
+    if (mpDatabase->SelectCategoryIdCount(CategoryOf(row), count) < 0 ||
+        mpDatabase->SelectCategoryById(CategoryOf(row), found) < 0 || found.empty()) {
+        RefreshRows();
         return;
     }
-    int32_t count = 0;
-    if (mpDatabase->SelectCategoryIdCount(CategoryOf(row), count) < 0) {
-        RefreshRows();
+    // The text of the row has the counts too.
+    const wxString name = ShownName(found.front().Name);
+    if (GetItemCount() < 2) {
+        Ask(wxString::Format(_("Cannot delete category \"%s\" because it is the only category"),
+                             name),
+            refusal);
         return;
     }
     if (count > 0) {
         Ask(wxString::Format(_("Cannot delete category \"%s\" because there are flash cards in it"),
-                             GetItemText(row)),
+                             name) +
+                AboutCards(count),
             refusal);
         return;
     }

@@ -3,6 +3,7 @@
 #include <wx/listctrl.h>
 
 #include <cstdint>
+#include <map>
 
 #include "store/FlashCard.h"
 #include "store/Subject.h"
@@ -43,6 +44,7 @@ class CategoryList : public wxListCtrl, private Observer {
 
     // Brings the rows up to date. Stops at the first failure, which the store reports.
     void RefreshRows();
+    void InsertRow(const Category& category, std::map<int32_t, long>& rows);
     // Makes a row's text with the counts as of that time. Returns 0 or -1.
     int MakeRowText(const Category& category, const wxDateTime& now, wxString& text);
     void RenameOrMerge(const Category& category, const wxString& newName);
@@ -62,6 +64,9 @@ class CategoryList : public wxListCtrl, private Observer {
     void OnContextMenu(wxContextMenuEvent& event);
 
     AppServices& mServices;
+    // The names of the rows, and the last rows of those that are gone.
+    std::map<int32_t, wxString> mNames;
+    std::map<wxString, long> mFormerRows;
     Database* mpDatabase = nullptr;
     bool mAsking = false;
     // The room that the widest row needs, in pixels.

@@ -25,15 +25,16 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "store/Database.h"
+#include "store/UndoHistory.h"
 
 namespace {
 
 constexpr int kToolBarId = 10108;
 
 // The commands of other windows, and the one that the OK button stands for.
-constexpr int kForeignCommands[] = {wxID_OPEN,         ID_STUDY_FORWARD, ID_STUDY_REVERSE,
-                                    ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,  wxID_NEW,
-                                    ID_SAVE_CLOSE,     wxID_FIND};
+constexpr int kForeignCommands[] = {
+    wxID_OPEN, ID_STUDY_FORWARD, ID_STUDY_REVERSE, ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,
+    wxID_NEW,  ID_SAVE_CLOSE,    wxID_FIND,        ID_OPEN_STORE,     ID_RECENT_STORES};
 
 // Returns the name of the user, who is the author of new cards.
 wxString GetOwnerName() {
@@ -270,8 +271,8 @@ void EditFrame::ShowReviews(const std::vector<ReviewRecord>& reviews) {
 int EditFrame::Save() {
     mServices.BackUpDay(this);
     FlashCard card = mCard;
+    std::list<FlashCard> found;
     if (!IsNew()) {
-        std::list<FlashCard> found;
         if (FindStored(found) < 0 || found.empty()) {
             ShowValidationMessage(
                 _("The flash card is no longer in the store, so it was not saved."));
@@ -283,7 +284,9 @@ int EditFrame::Save() {
         return -1;
     }
     Database& database = *mpDatabase;
-    mServices.SetCurrentCategoryId(database, card.CategoryId);
+    if (ReadBooleanSetting(kSettingFollowSavedCards)) {
+        mServices.SetCurrentCategoryId(database, card.CategoryId);
+    }
     // A write that fails is reported by the store itself.
     if (!IsNew()) {
         database.UpdateFlashCard(card);
@@ -294,8 +297,20 @@ int EditFrame::Save() {
         return -1;
     }
     mCard = card;
+    NoteStep(found);
     database.Notify();
+    mServices.CardSaved(card.CardId);
     return 0;
+}
+
+// Lets the list take the save back. The card before it is none for a new one. Reads the card again,
+// as the store may have changed its values.
+void EditFrame::NoteStep(const std::list<FlashCard>& before) {
+    std::list<FlashCard> after;
+    if (FindStored(after) >= 0 && !after.empty()) {
+        mServices.GetUndoHistory().Add(before.empty() ? NoteNewCard(after.front())
+                                                      : NoteEdit(before.front(), after.front()));
+    }
 }
 
 void EditFrame::SaveAndClose() {
@@ -362,5 +377,5 @@ void EditFrame::OnExport(wxCommandEvent&) {
     std::vector<int64_t> rowIds;
     // A failure is reported by the store itself.
     mpDatabase->SelectRowIdById(mCard.CardId, rowIds);
-    mServices.ExportCards(*this, rowIds);
+    mServices.ExportCards(*this, rowIds, AppServices::OfferFirst::kSelection);
 }

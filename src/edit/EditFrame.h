@@ -64,6 +64,7 @@ class EditFrame : public wxFrame, private Observer {
     void ShowReviews(const std::vector<ReviewRecord>& reviews);
 
     int Save();
+    void NoteStep(const std::list<FlashCard>& before);
     void SaveAndClose();
     void SaveAndNew();
     void Leave();

@@ -455,7 +455,7 @@ int ReplaceByNewStore(const wxString& path) {
     const int code = database.GetLastErrorCode() & 0xFF;
     database.Close();
     if (!isMade) {
-        return code == SQLITE_FULL ? ENOSPC : EIO;
+        return code == SQLITE_FULL ? ENOSPC : code == SQLITE_BUSY ? EBUSY : EIO;
     }
     const int error = MoveStoreFile(name, path);
     if (error != 0) {

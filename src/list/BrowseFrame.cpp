@@ -29,8 +29,13 @@
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 
+namespace {
+
+constexpr size_t kMost = 5;
+
+}  // namespace
+
 bool RecentSearches::Add(const wxString& text) {
-    constexpr size_t kMost = 5;
     const auto found = std::find(mTexts.begin(), mTexts.end(), text);
     if (found == mTexts.end()) {
         mTexts.insert(mTexts.begin(), text);
@@ -42,6 +47,30 @@ bool RecentSearches::Add(const wxString& text) {
     }
     std::rotate(mTexts.begin(), found, found + 1);
     return true;
+}
+
+namespace {
+
+const wxString& OldestSearch() {
+    static const wxString text(L"\u65e5\u672c\u8a9e");
+    return text;
+}
+
+}  // namespace
+
+void RecentSearches::Read() {
+    Add(OldestSearch());
+    std::vector<wxString> stored = ReadRecentTexts(kSettingRecentSearch);
+    stored.resize(std::min(stored.size(), kMost - 1));
+    for (auto text = stored.rbegin(); text != stored.rend(); ++text) {
+        Add(*text);
+    }
+}
+
+void RecentSearches::Write() const {
+    std::vector<wxString> texts = mTexts;
+    texts.erase(std::remove(texts.begin(), texts.end(), OldestSearch()), texts.end());
+    WriteRecentTexts(kSettingRecentSearch, texts);
 }
 
 namespace {
@@ -192,6 +221,13 @@ void BrowseFrame::FocusSearch() {
     mpSearchCtrl->SelectAll();
 }
 
+void BrowseFrame::ShowCard(const CardUuid& id) {
+    std::vector<int64_t> rowIds;
+    if (mpDatabase != nullptr && mpDatabase->SelectRowIdById(id, rowIds) >= 0) {
+        mpCardList->ShowCards(rowIds);
+    }
+}
+
 void BrowseFrame::Update(Subject* subject) {
     if (subject == &mServices.GetSettingsNotifier()) {
         SaveWindowPosition(kSettingBrowseFramePosition, kApplicationName, *this);
@@ -211,6 +247,7 @@ void BrowseFrame::BuildControls() {
     row->Add(new wxStaticText(this, wxID_ANY, wxString()), 1, wxEXPAND);
     BuildSearchField(*row);
     column->Add(row, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    BuildFirstSteps(*column);
     column->Add(new wxStaticLine(this, kLineId, wxDefaultPosition, wxSize(1, 1), wxLI_HORIZONTAL),
                 0, wxEXPAND);
     mpCardList = new CardList(mServices, this, wxSize(100, 100));
@@ -218,7 +255,8 @@ void BrowseFrame::BuildControls() {
     column->Add(mpCardList, 1, wxEXPAND);
     SetSizer(column);
     BuildDropDown();
-    AddRecentSearch(wxString(L"\u65e5\u672c\u8a9e"));
+    mRecentSearches.Read();
+    RebuildSearchMenu();
     UseFont();
 }
 
@@ -265,6 +303,38 @@ void BrowseFrame::BuildStudyButton(wxSizer& row) {
     row.Add(mpStudyButton, wxSizerFlags().Expand().Border(wxLEFT, FromDIP(kGap)));
 }
 
+// Buttons for what a new user does first. They stand above the list while the store has no cards.
+void BrowseFrame::BuildFirstSteps(wxSizer& column) {
+    auto* const steps = new wxPanel(this, kFirstStepsId);
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    const auto add = [this, steps, row](int id, const wxString& label, auto&& act) {
+        auto* const button = new wxButton(steps, id, label);
+        button->Bind(wxEVT_BUTTON, [act](wxCommandEvent&) { act(); });
+        row->Add(button, wxSizerFlags().Border(wxRIGHT, FromDIP(kGap)));
+    };
+    add(kFirstCardId, _("New Card"), [this] { ProcessCommand(wxID_NEW); });
+    add(kFirstImportId, _("Import..."), [this] { ProcessCommand(ID_IMPORT); });
+    const wxString sample = FindSampleList();
+    if (!sample.empty()) {
+        add(kSampleId, _("Try a Sample List..."), [this, sample] { mServices.OpenFile(sample); });
+    }
+    steps->SetSizer(row);
+    steps->Hide();
+    column.Add(steps, wxSizerFlags().Border(wxLEFT | wxBOTTOM, FromDIP(kGap)));
+}
+
+void BrowseFrame::ShowFirstSteps() {
+    wxWindow& steps = *FindWindow(kFirstStepsId);
+    const bool show = mpDatabase != nullptr && mpCardList->IsStoreEmpty();
+    if (show != steps.IsShown()) {
+        if (!show && steps.IsDescendant(FindFocus())) {
+            mpCardList->SetFocus();
+        }
+        steps.Show(show);
+        Layout();
+    }
+}
+
 void BrowseFrame::BindCommands() {
     Bind(wxEVT_ACTIVATE, &BrowseFrame::OnActivate, this);
     Bind(wxEVT_CHILD_FOCUS, &BrowseFrame::OnChildFocus, this);
@@ -290,7 +360,10 @@ void BrowseFrame::BindCommands() {
         [this](wxCommandEvent&) {
             std::vector<int64_t> rowIds;
             mpCardList->CollectSelection(rowIds, false);
-            mServices.ExportCards(*this, rowIds);
+            // One row is selected by almost any press or key, and is rarely meant.
+            mServices.ExportCards(*this, rowIds,
+                                  rowIds.size() > 1 ? AppServices::OfferFirst::kSelection
+                                                    : AppServices::OfferFirst::kCategory);
         },
         ID_EXPORT);
     Bind(
@@ -298,16 +371,37 @@ void BrowseFrame::BindCommands() {
         [this](wxUpdateUIEvent& event) { event.Enable(!mpCardList->IsStoreEmpty()); }, ID_EXPORT);
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
+    BindViewCommands();
     Bind(
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_LIST);
 }
 
+void BrowseFrame::BindViewCommands() {
+    // The current category is the focused row of the categories, whether they are open or not.
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { mpCategoryList->Rename(); }, ID_RENAME);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) { event.Enable(mpCategoryList->HasFocusedRow()); },
+        ID_RENAME);
+    wxMenu* view = nullptr;
+    GetMenuBar()->FindItem(ID_WINDOW_LIST, &view);
+    view->AppendSeparator();
+    view->AppendCheckItem(ID_FOLLOW_SAVED, _("Follow Saved Cards"));
+    Bind(
+        wxEVT_MENU,
+        [](wxCommandEvent& event) {
+            WriteBooleanSetting(kSettingFollowSavedCards, event.IsChecked());
+        },
+        ID_FOLLOW_SAVED);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [](wxUpdateUIEvent& event) { event.Check(ReadBooleanSetting(kSettingFollowSavedCards)); },
+        ID_FOLLOW_SAVED);
+}
+
 void BrowseFrame::BindListCommands() {
     const auto hasTarget = [this] { return mpCardList->HasTarget(); };
-    AddListCommand(
-        ID_RENAME,
-        {[this] { mpCategoryList->Rename(); }, [this] { return mpCategoryList->HasFocusedRow(); }},
-        {});
     AddListCommand(wxID_CUT, {}, {[this] { mpCardList->Cut(); }, hasTarget});
     AddListCommand(wxID_COPY, {}, {[this] { mpCardList->Copy(); }, hasTarget});
     AddListCommand(
@@ -321,8 +415,22 @@ void BrowseFrame::BindListCommands() {
     // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);
-    Bind(wxEVT_MENU, &BrowseFrame::OnUndo, this, wxID_UNDO);
+    Bind(
+        wxEVT_MENU,
+        [this](wxCommandEvent& event) { OnUndo(event, &UndoHistory::UndoLast, _("Undo")); },
+        wxID_UNDO);
+    Bind(
+        wxEVT_MENU,
+        [this](wxCommandEvent& event) { OnUndo(event, &UndoHistory::RedoLast, _("Redo")); },
+        wxID_REDO);
     Bind(wxEVT_UPDATE_UI, &BrowseFrame::OnUpdateUndo, this, wxID_UNDO);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) {
+            event.Enable(mServices.GetUndoHistory().CanRedo());
+            event.Skip(TextUndo::Find(FindFocus()) != nullptr);
+        },
+        wxID_REDO);
 }
 
 void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
@@ -385,6 +493,7 @@ void BrowseFrame::ShowCategory() {
     SetAccessibleName(*mpButton, wxString::Format(_("Category: %s"), mpButton->GetLabelText()));
     ShowUndoStep();
     ShowReadyCount();
+    ShowFirstSteps();
 }
 
 // Shows how many cards of the current category are ready in the direction of study.
@@ -404,6 +513,7 @@ void BrowseFrame::ShowReadyCount() {
 
 void BrowseFrame::AddRecentSearch(const wxString& text) {
     if (mRecentSearches.Add(text)) {
+        mRecentSearches.Write();
         RebuildSearchMenu();
     }
 }
@@ -530,8 +640,8 @@ void BrowseFrame::OnSearchAll(wxCommandEvent& event) {
 }
 
 // A text field with the focus takes back what was typed into it; else the last step in the store is
-// taken back, wherever it was done.
-void BrowseFrame::OnUndo(wxCommandEvent& event) {
+// taken back or done again, wherever it was done.
+void BrowseFrame::OnUndo(wxCommandEvent& event, TakeStep take, const wxString& caption) {
     if (TextUndo::Find(FindFocus()) != nullptr) {
         event.Skip();
         return;
@@ -539,14 +649,14 @@ void BrowseFrame::OnUndo(wxCommandEvent& event) {
     UndoOutcome outcome;
     {
         const wxBusyCursor busy;
-        mServices.GetUndoHistory().UndoLast(*mpDatabase, outcome);
+        (mServices.GetUndoHistory().*take)(*mpDatabase, outcome);
         // Notifies after a failure too, so that the list shows what was done.
         mpDatabase->Notify();
         mpCardList->SelectCards(std::move(outcome.RowIds));
     }
     const wxString leftAlone = DescribeLeftAlone(outcome);
     if (!leftAlone.empty()) {
-        ShowMessageBox(leftAlone, _("Undo"), wxOK | wxCENTRE, this);
+        ShowMessageBox(leftAlone, caption, wxOK | wxCENTRE, this);
     }
 }
 

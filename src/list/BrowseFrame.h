@@ -15,12 +15,17 @@ class CategoryList;
 class Database;
 class wxDropDownButton;
 class SearchField;
+class UndoHistory;
+struct UndoOutcome;
 class wxButton;
 
-// Keeps the texts that were searched for last: newest first, each once, at most five. They live as
-// long as the list window and are not stored.
+// Keeps the texts that were searched for last: newest first, each once, at most five. A new list
+// begins with a text that is always its oldest, and with the newest four of the last one.
 class RecentSearches {
   public:
+    // Reads what Write has stored.
+    void Read();
+    void Write() const;
     // Puts the text in front. Returns false when it stood there already and nothing changed.
     bool Add(const wxString& text);
 
@@ -42,6 +47,10 @@ class BrowseFrame : public wxFrame, private Observer {
         kSearchMenuId = 11051,
         kStudyButtonId = 11052,
         kSearchAllId = 11006,
+        kFirstStepsId = 11060,
+        kFirstCardId = 11061,
+        kFirstImportId = 11062,
+        kSampleId = 11063,
         // One id for each recent search in the field's menu. The last one is spare.
         kFirstRecentId = 11000,
         kLastRecentId = 11005
@@ -57,6 +66,9 @@ class BrowseFrame : public wxFrame, private Observer {
     // once that is drawn. When the rest cannot be read, the user may choose another store, as
     // before the window was shown.
     void ShowAtStart(Database& database);
+
+    // Selects that card and brings it into view, if the list has it. Does not take the focus.
+    void ShowCard(const CardUuid& id);
 
     // Brings the window to the front with the search field ready for a text. Does nothing while the
     // window is hidden.
@@ -78,7 +90,9 @@ class BrowseFrame : public wxFrame, private Observer {
     void BuildDropDown();
     void BuildSearchField(wxSizer& row);
     void BuildStudyButton(wxSizer& row);
+    void BuildFirstSteps(wxSizer& column);
     void BindCommands();
+    void BindViewCommands();
     void BindListCommands();
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
     const ListCommand* FindListCommand(const ListCommand& inCategories,
@@ -87,6 +101,7 @@ class BrowseFrame : public wxFrame, private Observer {
     void UseFont();
     void ShowCategory();
     void ShowReadyCount();
+    void ShowFirstSteps();
     void ShowUndoStep();
     void AddRecentSearch(const wxString& text);
     void RebuildSearchMenu();
@@ -101,7 +116,8 @@ class BrowseFrame : public wxFrame, private Observer {
     void OnSearchEnter(wxCommandEvent& event);
     void OnRecentSearch(wxCommandEvent& event);
     void OnSearchAll(wxCommandEvent& event);
-    void OnUndo(wxCommandEvent& event);
+    using TakeStep = int (UndoHistory::*)(Database& database, UndoOutcome& outcome);
+    void OnUndo(wxCommandEvent& event, TakeStep take, const wxString& caption);
     void OnUpdateUndo(wxUpdateUIEvent& event);
 
     AppServices& mServices;

@@ -370,8 +370,9 @@ void CardList::DeleteSelected() {
     }
     mpListCtrl->SelectSomeRow();
     const int answer =
-        ShowMessageBox(_("Do you really want to delete the selected card(s)?"), _("Delete Card(s)"),
-                       wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
+        ShowMessageBox(_("Do you really want to delete the selected card(s)?") +
+                           AboutCards(mpListCtrl->GetSelectedItemCount()),
+                       _("Delete Card(s)"), wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
     if (answer != wxOK) {
         return;
     }
@@ -416,6 +417,15 @@ void CardList::SelectCards(std::vector<int64_t> rowIds) {
     RestoreSelection(std::move(rowIds));
     mpListCtrl->SetFocusedRow(row);
     mpListCtrl->EnsureVisible(row);
+}
+
+void CardList::ShowCards(const std::vector<int64_t>& rowIds) {
+    std::vector<int64_t> selected;
+    CollectSelection(selected, false);
+    const bool isSelected = std::any_of(rowIds.begin(), rowIds.end(), [&selected](int64_t rowId) {
+        return std::find(selected.begin(), selected.end(), rowId) != selected.end();
+    });
+    SelectCards(isSelected ? selected : rowIds);
 }
 
 bool CardList::HasTarget() const {

@@ -70,6 +70,8 @@ class CardList : public wxPanel, private Observer {
     void SelectAll() { mpListCtrl->SelectEveryRow(true); }
     // Selects and shows the cards of these row ids. Does nothing when none of them is in the list.
     void SelectCards(std::vector<int64_t> rowIds);
+    // The same, but a selection that has one of them already stays.
+    void ShowCards(const std::vector<int64_t>& rowIds);
     // Returns true when a command has a card to act on: a selected one, or the focused one.
     bool HasTarget() const;
     // Returns true when the whole store had no card at its last notice, or could not count them.

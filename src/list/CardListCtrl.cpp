@@ -70,8 +70,8 @@ CardListCtrl::CardListCtrl(CardList& owner)
     : wxListCtrl(&owner, kCardListId, wxDefaultPosition, wxSize(100, 100),
                  wxLC_REPORT | wxLC_VIRTUAL | wxBORDER_NONE, wxDefaultValidator, "listCtrl"),
       mOwner(owner) {
-    mpEmptyNotice = new wxStaticText(&GetRowsWindow(*this), kNoticeId, wxString(),
-                                     wxPoint(kNoticePlace, kNoticePlace));
+    mpRows = &GetRowsWindow(*this);
+    mpEmptyNotice = new wxStaticText(this, kNoticeId, wxString());
     SetAdvice(wxString());
     mpEmptyNotice->Hide();
     TellRow(*this, wxString(), _("Cards"));
@@ -258,7 +258,7 @@ bool CardListCtrl::SetColumnWidth(int column, int width) {
 
 wxWindow* CardListCtrl::FindHeadings() const {
     for (wxWindow* const child : GetChildren()) {
-        if (child != mpEmptyNotice->GetParent()) {
+        if (child != mpEmptyNotice && child != mpRows) {
             return child;
         }
     }
@@ -290,7 +290,7 @@ wxString CardListCtrl::OnGetItemText(long row, long column) const {
     if (IsCutWell(text)) {
         return text;
     }
-    wxClientDC dc(mpEmptyNotice->GetParent());
+    wxClientDC dc(mpRows);
     dc.SetFont(GetFont());
     const int width = GetColumnWidth(static_cast<int>(column)) - kCellMargins;
     return wxControl::Ellipsize(text, dc, wxELLIPSIZE_END, width, wxELLIPSIZE_FLAGS_NONE);
@@ -395,6 +395,10 @@ void CardListCtrl::OnIdle(wxIdleEvent& event) {
     event.Skip();
     const bool isEmpty = GetItemCount() == 0;
     if (mpEmptyNotice->IsShown() != isEmpty) {
+        // Hidden, it stands outside the rows: GTK complains of a hidden child whenever it scrolls.
+        mpEmptyNotice->Hide();
+        mpEmptyNotice->Reparent(isEmpty ? mpRows : this);
+        mpEmptyNotice->Move(kNoticePlace, kNoticePlace);
         mpEmptyNotice->Show(isEmpty);
     }
     KeepHeadingsInPlace();

@@ -97,6 +97,7 @@ class CardListCtrl : public wxListCtrl {
     void OnRowsSize(wxSizeEvent& event);
 
     CardList& mOwner;
+    wxWindow* mpRows = nullptr;
     wxStaticText* mpEmptyNotice = nullptr;
     wxString mNotice;
     ListColumns mColumns;

@@ -10,6 +10,7 @@
 #include "scheduler/Scheduler.h"
 #include "store/Subject.h"
 
+class CardUuid;
 class Database;
 class UndoHistory;
 struct FlashCard;
@@ -40,8 +41,15 @@ class AppServices : public CategorySource {
     // Opens a stored card in its editor, or raises the editor that has it.
     virtual void OpenEditor(const FlashCard& card) = 0;
 
-    // Asks how to export the cards of these row ids, and exports them.
-    virtual void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds) = 0;
+    // Shows a card in the list, if there is a list and the card is in it, since an editor has just
+    // saved it.
+    virtual void CardSaved(const CardUuid& id) = 0;
+
+    // Asks which cards to export and how, and exports them. The selected ones have these row ids,
+    // which may be none. They are offered first when that is said; else the current category is.
+    enum class OfferFirst { kSelection, kCategory };
+    virtual void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
+                             OfferFirst first) = 0;
 
     // Puts the cards of these row ids on the clipboard. Cut cards stay in the store until they are
     // pasted.

@@ -27,6 +27,12 @@ enum CommandId : int {
     ID_BACK_UP = 30060,
     ID_RESTORE = 30061,
     ID_STATISTICS = 30062,
+    ID_OPEN_STORE = 30063,
+    ID_RECENT_STORES = 30064,
+    ID_FOLLOW_SAVED = 30065,
+    // One id for each store in the menu of the last ones.
+    ID_RECENT_STORE_FIRST = 30070,
+    ID_RECENT_STORE_LAST = 30074,
     ID_LAYOUT_HORIZONTAL = 30012,
     ID_LAYOUT_VERTICAL = 30013,
     ID_RENAME_CATEGORY = 30020,

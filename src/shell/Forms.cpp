@@ -59,6 +59,23 @@ wxSizer* MakeOkCancel(wxWindow& window) {
     return row;
 }
 
+void LetReturnPressDefault(wxDialog& dialog) {
+    dialog.Bind(wxEVT_CHAR_HOOK, [&dialog](wxKeyEvent& event) {
+        const int key = event.GetKeyCode();
+        const bool isReturn = key == WXK_RETURN || key == WXK_NUMPAD_ENTER;
+        auto* const button = dynamic_cast<wxButton*>(dialog.GetDefaultItem());
+        if (!isReturn || event.HasAnyModifiers() || button == nullptr || !button->IsEnabled() ||
+            dynamic_cast<wxButton*>(wxWindow::FindFocus()) != nullptr) {
+            event.Skip();
+            return;
+        }
+        wxCommandEvent press(wxEVT_BUTTON, button->GetId());
+        press.SetEventObject(button);
+        // Later, as the press may end the dialog in the midst of the key's event.
+        wxPostEvent(button->GetEventHandler(), press);
+    });
+}
+
 namespace {
 
 // Lines of text that stay visible above and below the focused control.

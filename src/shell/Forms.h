@@ -39,6 +39,10 @@ wxSizerFlags FormRow(const wxWindow& form);
 // the platform's usual order. The row has no room around it. Add it expanded, at the end.
 wxSizer* MakeOkCancel(wxWindow& window);
 
+// Lets Return press the default button of a dialog wherever the focus is, but on another button.
+// Lists, choices and radio buttons would take the key for themselves otherwise.
+void LetReturnPressDefault(wxDialog& dialog);
+
 // Lets a form that is taller than its window follow the keyboard and the wheel: the focused control
 // scrolls into view together with its label, and the wheel scrolls by lines of text wherever the
 // mouse is. A scroll bar is visible while the form is taller than its window. Call this once all

@@ -1,12 +1,14 @@
 #include "shell/MenuBar.h"
 
 #include <wx/accel.h>
+#include <wx/control.h>
 #include <wx/frame.h>
 #include <wx/menu.h>
 #include <wx/settings.h>
 #include <wx/translation.h>
 
 #include <iterator>
+#include <vector>
 
 #include "resources/ResourceBitmap.h"
 #include "shell/CommandIds.h"
@@ -31,6 +33,9 @@ struct MenuRow {
 
 constexpr MenuRow kLine = {wxID_SEPARATOR};
 
+// Stands in the menu of the last stores before it is first opened, and while there are none.
+constexpr MenuRow kNoRecentRows[] = {{ID_RECENT_STORE_FIRST, wxTRANSLATE("No Other Store")}};
+
 constexpr MenuRow kFileRows[] = {
     {wxID_NEW, wxTRANSLATE("&New Card\tCtrl+N"), "icons/newcard_menu.png", wxITEM_NORMAL,
      wxTRANSLATE("Creates a new flash card.")},
@@ -42,6 +47,10 @@ constexpr MenuRow kFileRows[] = {
     kLine,
     {ID_IMPORT, wxTRANSLATE("&Import...\tCtrl+I"), "icons/import_menu.png"},
     {ID_EXPORT, wxTRANSLATE("Export..."), "icons/export_menu.png"},
+    kLine,
+    {ID_OPEN_STORE, wxTRANSLATE("&Open Store..."), "icons/blank_menu.png"},
+    {ID_RECENT_STORES, wxTRANSLATE("&Recent Stores"), nullptr, wxITEM_NORMAL, "",
+     std::begin(kNoRecentRows), std::end(kNoRecentRows)},
     kLine,
     {ID_BACK_UP, wxTRANSLATE("&Back Up..."), "icons/blank_menu.png"},
     {ID_RESTORE, wxTRANSLATE("Res&tore..."), "icons/blank_menu.png"},
@@ -186,6 +195,32 @@ bool IsLooseLine(const wxMenu& menu, size_t position) {
                                    menu.FindItemByPosition(position - 1)->IsSeparator());
 }
 
+// Fills the menu of the last stores, without the open one, which is the first in the settings. A
+// menu that is right already stays untouched, as it may just be on the screen.
+void ShowRecentStores(wxFrame& frame) {
+    const wxMenuItem* const item = frame.GetMenuBar()->FindItem(ID_RECENT_STORES);
+    const std::vector<wxString> paths = ReadRecentTexts(kSettingRecentStore);
+    if (item == nullptr || paths.size() < 2) {
+        return;
+    }
+    wxMenu& menu = *item->GetSubMenu();
+    bool isRight = menu.GetMenuItemCount() == paths.size() - 1;
+    for (size_t i = 1; i < paths.size() && isRight; ++i) {
+        isRight =
+            menu.FindItemByPosition(i - 1)->GetItemLabel() == wxControl::EscapeMnemonics(paths[i]);
+    }
+    if (isRight) {
+        return;
+    }
+    while (menu.GetMenuItemCount() > 0) {
+        menu.Destroy(menu.FindItemByPosition(0));
+    }
+    int id = ID_RECENT_STORE_FIRST;
+    for (size_t i = 1; i < paths.size(); ++i) {
+        menu.Append(id++, wxControl::EscapeMnemonics(paths[i]));
+    }
+}
+
 // The frame keeps a copy of the colour, which is renewed whenever the desktop's colours change.
 void UseFaceColour(wxFrame& frame) {
     frame.SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
@@ -239,6 +274,10 @@ void InitFrame(wxFrame& frame, const wxString&) {
         menu->Destroy(test);
     }
     frame.SetMenuBar(bar.release());
+    frame.Bind(wxEVT_MENU_OPEN, [&frame](wxMenuEvent& event) {
+        event.Skip();
+        ShowRecentStores(frame);
+    });
     // No entry of the bar closes the window or the program, but users of a desktop expect the keys.
     const wxAcceleratorEntry keys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
                                        {wxACCEL_CTRL, 'Q', wxID_EXIT}};

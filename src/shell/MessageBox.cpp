@@ -26,6 +26,12 @@ int ShowMessageBox(const wxString& text, const wxString& caption, long style, wx
     }
 }
 
+wxString AboutCards(int count) {
+    return wxString::Format("\n" + wxPLURAL("This is about %i card.", "This is about %i cards.",
+                                            static_cast<unsigned>(count)),
+                            count);
+}
+
 void ShowValidationMessage(const wxString& text) {
     ShowMessageBox(text, _("Message"), wxOK);
 }

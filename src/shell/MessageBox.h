@@ -11,6 +11,9 @@ class wxWindow;
 int ShowMessageBox(const wxString& text, const wxString& caption, long style = wxOK | wxCENTRE,
                    wxWindow* parent = nullptr);
 
+// Returns the line that ends a question about cards and says how many they are.
+wxString AboutCards(int count);
+
 // Shows the box of a validation message: caption "Message" and the button OK.
 void ShowValidationMessage(const wxString& text);
 

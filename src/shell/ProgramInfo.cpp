@@ -31,6 +31,24 @@ wxString GetHelpFilePath() {
     return translated.FileExists() ? translated.GetFullPath() : path.GetFullPath();
 }
 
+wxString FindSampleList() {
+    const wxFileName program(wxStandardPaths::Get().GetExecutablePath());
+    const wxTranslations* const translations = wxTranslations::Get();
+    const wxString language =
+        translations == nullptr ? wxString() : translations->GetHeaderValue("Language", "velomind");
+    // Beside a program in its build folder, and in the share/ of an installed one.
+    for (const char* const place : {"/../../samples/", "/../share/doc/velomind/examples/"}) {
+        for (const wxString& folder : {language, wxString()}) {
+            wxFileName list(program.GetPath() + place + folder, "capitals.txt");
+            list.MakeAbsolute();
+            if (list.FileExists()) {
+                return list.GetFullPath();
+            }
+        }
+    }
+    return wxString();
+}
+
 void OpenUserGuide(const wxString& section) {
     const wxString address = wxFileSystem::FileNameToURL(wxFileName(GetHelpFilePath()));
     // Desktops that look for the file themselves take the section for a part of its name, so we ask

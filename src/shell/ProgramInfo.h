@@ -33,6 +33,10 @@ wxString GetVersionText();
 // when it is installed under a prefix such as /usr, in share/velomind of that prefix.
 wxString GetHelpFilePath();
 
+// Returns the path of a word list for a first try, in the language of the program where there is
+// one; empty when none was installed.
+wxString FindSampleList();
+
 // Shows the user guide in the user's browser, at the section with that id, or at its beginning when
 // the id is empty.
 void OpenUserGuide(const wxString& section = wxString());

@@ -34,8 +34,10 @@ constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
     {kSettingFontColor, wxSYS_COLOUR_WINDOWTEXT}, {kSettingStudyBgColor, wxSYS_COLOUR_WINDOW}};
 constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180},
                                                     {kSettingLeastBackups, 10}};
-constexpr DefaultRow<bool> kBooleanDefaults[] = {
-    {kSettingBackups, true}, {kSettingEarlyIntroduction, false}, {kSettingTest, false}};
+constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingBackups, true},
+                                                 {kSettingEarlyIntroduction, false},
+                                                 {kSettingFollowSavedCards, true},
+                                                 {kSettingTest, false}};
 constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"},
                                                        {kSettingCardListShown, "Category"}};
 
@@ -149,6 +151,37 @@ wxString ReadStringSetting(const wxString& key) {
 
 void WriteStringSetting(const wxString& key, const wxString& value) {
     OpenSettings()->Write(key, value);
+}
+
+namespace {
+
+// The most texts of one kind: the five last stores beside the open one.
+constexpr size_t kMostRecent = 6;
+
+wxString RecentKey(const wxString& key, size_t place) {
+    return key + wxString::Format("%zu", place + 1);
+}
+
+}  // namespace
+
+std::vector<wxString> ReadRecentTexts(const wxString& key) {
+    std::vector<wxString> texts;
+    const auto settings = OpenSettings();
+    while (texts.size() < kMostRecent) {
+        const wxString text = settings->Read(RecentKey(key, texts.size()), wxString());
+        if (text.empty()) {
+            break;
+        }
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+void WriteRecentTexts(const wxString& key, const std::vector<wxString>& texts) {
+    const auto settings = OpenSettings();
+    for (size_t i = 0; i < kMostRecent; ++i) {
+        settings->Write(RecentKey(key, i), i < texts.size() ? texts[i] : wxString());
+    }
 }
 
 wxString FormatColourText(const wxColour& colour) {

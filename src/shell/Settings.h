@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "base/SettingsFile.h"
 
@@ -22,13 +23,16 @@ constexpr char kSettingBrowseFont[] = "BrowseFont";
 constexpr char kSettingCardLayout[] = "CardLayout";
 constexpr char kSettingCompactScoring[] = "CompactScoring";
 constexpr char kSettingStudyTextStep[] = "StudyTextStep";
+constexpr char kSettingFollowSavedCards[] = "FollowSavedCards";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
-// The beginning of several keys, which end with a number.
+// The beginnings of several keys each, which end with a number.
+constexpr char kSettingRecentSearch[] = "RecentSearch";
+constexpr char kSettingRecentStore[] = "RecentStore";
 constexpr char kSettingImportLayout[] = "ImportLayout";
 constexpr char kSettingQuickHelp[] = "QuickHelp";
 constexpr char kSettingTest[] = "Test";
@@ -61,6 +65,11 @@ void WriteBooleanSetting(const wxString& key, bool value);
 // Returns the key's default when the value is absent, or the empty text if it has none.
 wxString ReadStringSetting(const wxString& key);
 void WriteStringSetting(const wxString& key, const wxString& value);
+
+// Texts that were used last, the newest first, under numbered keys from 1 on. Empty ones end the
+// list.
+std::vector<wxString> ReadRecentTexts(const wxString& key);
+void WriteRecentTexts(const wxString& key, const std::vector<wxString>& texts);
 
 // Returns the text form of a colour, "R128G128B128".
 wxString FormatColourText(const wxColour& colour);

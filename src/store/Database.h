@@ -259,6 +259,9 @@ class Database : public Subject {
     // Gives the new row the smallest unused id; stray cards of that id go to -1 first. An existing
     // name fails in the engine: ask SelectCategoryByName first.
     int CategoryInsert(const wxString& name);
+    // Brings a category back that was deleted: under its former id where that is free, so that it
+    // stands where it stood, else under the smallest unused one.
+    int CategoryBringBack(const Category& category);
     // Gives the id of the category of that name, which is made where there is none.
     int FindOrInsertCategory(const wxString& name, int32_t& id);
     int UpdateCategory(const Category& category);
@@ -361,7 +364,7 @@ class Database : public Subject {
     // The steps of Open, in their order. Each returns 0 or a negative value.
     int OpenSteps(const wxString& path, UpgradeWait& wait);
     // Keeps why a file is refused that the engine has nothing against. Returns -1.
-    int Refuse(const wxString& reason);
+    int Refuse(const wxString& reason, int code = SQLITE_ERROR);
     int ReadSteps(const wxString& path);
     int CreateStoreFile(const wxString& file, UpgradeWait& wait);
     int OpenFile(const wxString& file, UpgradeWait& wait);

@@ -39,6 +39,21 @@ int Database::CategoryInsert(const wxString& name) {
     return Run(StatementId::kCategoryInsert, "CategoryInsert", id, name);
 }
 
+int Database::CategoryBringBack(const Category& category) {
+    const Lock lock(mMutex);
+    std::list<Category> found;
+    if (SelectCategoryById(category.Id, found) < 0) {
+        return -1;
+    }
+    if (!found.empty()) {
+        return CategoryInsert(category.Name);
+    }
+    if (UpdateFlashCardCategory(category.Id, -1) < 0) {
+        return -1;
+    }
+    return Run(StatementId::kCategoryInsert, "CategoryBringBack", category.Id, category.Name);
+}
+
 int Database::FindOrInsertCategory(const wxString& name, int32_t& id) {
     const Lock lock(mMutex);
     std::list<Category> found;

@@ -168,6 +168,7 @@ int Database::Open(const wxString& path, UpgradeWait& wait) {
         return -1;
     }
     CloseHandle();
+    mLastErrorCode = SQLITE_OK;
     mOpening = true;
     const int result = OpenSteps(path, wait);
     if (result < 0) {
@@ -220,8 +221,8 @@ int QuietDatabase::OpenQuietly(const wxString& path) {
     return Open(path, *this);
 }
 
-int Database::Refuse(const wxString& reason) {
-    mLastErrorCode = SQLITE_ERROR;
+int Database::Refuse(const wxString& reason, int code) {
+    mLastErrorCode = code;
     mLastErrorText = reason;
     return -1;
 }
@@ -335,7 +336,7 @@ int Database::FindTable(const char* sql, bool& found) {
 
 int Database::CheckCardTables() {
     if (IsCutOff(mpHandle)) {
-        return Refuse(wxGetTranslation(kCutOffStore));
+        return Refuse(wxGetTranslation(kCutOffStore), SQLITE_CORRUPT);
     }
     Prepare(StatementId::kInsertFlashCard, StatementId::kDeleteCategory);
     // They come again after those on the store-wide values, which come after an upgrade.

@@ -70,7 +70,7 @@ int NoteMovedRows(Database& database, const std::vector<int64_t>& rowIds, StoreC
             ++change.Nameless;
             return;
         }
-        change.MovedCards.push_back({id, row.CategoryId()});
+        change.MovedCards.push_back({id, row.CategoryId(), change.IntoId});
         categories.insert(row.CategoryId());
     };
     return database.VisitCardsByRowId(rowIds, visit) < 0
@@ -112,6 +112,11 @@ class FormerPlaces {
         if (!found.empty() && found.front().Name == former.Name) {
             return 0;
         }
+        std::list<Category> named;
+        if (mDatabase.SelectCategoryByName(former.Name, named) < 0 ||
+            (named.empty() && mDatabase.CategoryBringBack(former) < 0)) {
+            return -1;
+        }
         return mDatabase.FindOrInsertCategory(former.Name, id);
     }
 
@@ -135,7 +140,8 @@ int InsertAll(Database& database, const std::vector<FlashCard>& cards) {
     return 0;
 }
 
-int PutBackDeleted(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+int PutBackDeleted(Database& database, const StoreChange& change, UndoOutcome& outcome,
+                   StoreChange& opposite) {
     FormerPlaces places(database, change.Categories);
     std::vector<FlashCard> missing;
     for (const FlashCard& card : change.Cards) {
@@ -170,10 +176,12 @@ int PutBackDeleted(Database& database, const StoreChange& change, UndoOutcome& o
             return -1;
         }
     }
+    opposite.Cards = std::move(missing);
     return 0;
 }
 
-int TakeBackCopies(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+int TakeBackCopies(Database& database, const StoreChange& change, UndoOutcome& outcome,
+                   StoreChange& opposite) {
     std::list<FlashCard> found;
     std::vector<int64_t> rowIds;
     for (const FlashCard& card : change.Cards) {
@@ -184,15 +192,19 @@ int TakeBackCopies(Database& database, const StoreChange& change, UndoOutcome& o
             ++outcome.LeftAlone;
             continue;
         }
-        if (database.SelectRowIdById(card.CardId, rowIds) < 0) {
+        if (database.SelectRowIdById(card.CardId, rowIds) < 0 ||
+            NoteCategory(database, card.CategoryId, opposite) < 0) {
             return -1;
         }
+        opposite.Cards.push_back(card);
         ++outcome.Restored;
     }
-    return database.CardsDeleteByRowId(rowIds);
+    return database.SelectMedia(rowIds, opposite.Media) < 0 ? -1
+                                                            : database.CardsDeleteByRowId(rowIds);
 }
 
-int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
+             StoreChange& opposite) {
     FormerPlaces places(database, change.Categories);
     std::map<int32_t, std::vector<int64_t>> rowIds;
     std::list<FlashCard> found;
@@ -200,15 +212,17 @@ int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome
         if (database.SelectCardById(moved.CardId, found) < 0) {
             return -1;
         }
-        if (found.empty() || found.front().CategoryId != change.IntoId) {
+        if (found.empty() || found.front().CategoryId != moved.IntoId) {
             ++outcome.LeftAlone;
             continue;
         }
         int32_t id = -1;
         if (places.Find(moved.FromId, id) < 0 ||
-            database.SelectRowIdById(moved.CardId, rowIds[id]) < 0) {
+            database.SelectRowIdById(moved.CardId, rowIds[id]) < 0 ||
+            NoteCategory(database, moved.IntoId, opposite) < 0) {
             return -1;
         }
+        opposite.MovedCards.push_back({moved.CardId, moved.IntoId, id});
         ++outcome.Restored;
     }
     for (const auto& [id, rows] : rowIds) {
@@ -221,18 +235,40 @@ int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome
 }
 
 // A merge removed a category, which comes back even if it had no cards.
-int PartAgain(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+int PartAgain(Database& database, const StoreChange& change, UndoOutcome& outcome,
+              StoreChange& opposite) {
     FormerPlaces places(database, change.Categories);
+    int32_t parted = -1;
     for (const Category& category : change.Categories) {
         int32_t id = -1;
         if (places.Find(category.Id, id) < 0) {
             return -1;
         }
+        parted = category.Id == change.Categories.front().Id ? id : parted;
     }
-    return MoveBack(database, change, outcome);
+    if (database.SelectCategoryById(parted, opposite.Categories) < 0) {
+        return -1;
+    }
+    return MoveBack(database, change, outcome, opposite);
 }
 
-int RenameBack(Database& database, const StoreChange& change, UndoOutcome& outcome) {
+// Moves the cards once more, and removes the category that they leave unless others are in it now.
+int MergeAgain(Database& database, const StoreChange& change, UndoOutcome& outcome,
+               StoreChange& opposite) {
+    opposite.Categories.push_back(change.Categories.front());
+    if (MoveBack(database, change, outcome, opposite) < 0) {
+        return -1;
+    }
+    int32_t left = 0;
+    const int32_t from = change.Categories.front().Id;
+    if (database.SelectCategoryIdCount(from, left) < 0) {
+        return -1;
+    }
+    return left > 0 ? 0 : database.DeleteCategory(from);
+}
+
+int RenameBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
+               StoreChange& opposite) {
     const Category& former = change.Categories.front();
     std::list<Category> found;
     std::list<Category> named;
@@ -243,16 +279,124 @@ int RenameBack(Database& database, const StoreChange& change, UndoOutcome& outco
     const bool isTaken = !named.empty() && named.front().Id != former.Id;
     const bool isSame = !found.empty() && found.front().Name == change.NewName;
     outcome.NameTaken = isTaken || !isSame;
-    return outcome.NameTaken ? 0 : database.UpdateCategory(former);
+    if (outcome.NameTaken) {
+        return 0;
+    }
+    opposite.Categories = std::move(found);
+    opposite.NewName = former.Name;
+    return database.UpdateCategory(former);
+}
+
+// Gives a value of a card its former state if the step changed it. Returns false when it was
+// changed once more since.
+template <typename Value>
+bool Revert(const Value& before, const Value& after, Value& now) {
+    if (before == after) {
+        return true;
+    }
+    if (!(now == after)) {
+        return false;
+    }
+    now = before;
+    return true;
+}
+
+bool RevertCard(const FlashCard& before, const FlashCard& after, FlashCard& now) {
+    return Revert(before.Front, after.Front, now.Front) &&
+           Revert(before.Back, after.Back, now.Back) &&
+           Revert(before.CategoryId, after.CategoryId, now.CategoryId) &&
+           Revert(before.Author, after.Author, now.Author) &&
+           Revert(before.Chapter, after.Chapter, now.Chapter) &&
+           Revert(before.IntroductionOrder, after.IntroductionOrder, now.IntroductionOrder) &&
+           Revert(before.ForwardX, after.ForwardX, now.ForwardX) &&
+           Revert(before.ReverseX, after.ReverseX, now.ReverseX) &&
+           Revert(before.Notes, after.Notes, now.Notes) &&
+           Revert(before.Forward, after.Forward, now.Forward) &&
+           Revert(before.Reverse, after.Reverse, now.Reverse);
+}
+
+// A card that was edited and then studied keeps its present schedule.
+int EditBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
+             StoreChange& opposite) {
+    const FlashCard& before = change.Cards.front();
+    std::list<FlashCard> found;
+    std::list<Category> place;
+    if (database.SelectCardById(before.CardId, found) < 0 ||
+        database.SelectCategoryById(before.CategoryId, place) < 0) {
+        return -1;
+    }
+    FlashCard card = found.empty() ? FlashCard() : found.front();
+    const bool hasPlace = before.CategoryId == -1 || !place.empty() ||
+                          before.CategoryId == change.Cards.back().CategoryId;
+    if (found.empty() || !hasPlace || !RevertCard(before, change.Cards.back(), card)) {
+        outcome.LeftAlone = 1;
+        return 0;
+    }
+    if (database.UpdateFlashCard(card) < 0 ||
+        database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
+        return -1;
+    }
+    outcome.Restored = 1;
+    opposite.Cards = {found.front(), card};
+    return 0;
+}
+
+int TakeBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
+             StoreChange& opposite) {
+    switch (change.What) {
+        case Kind::kDeletion:
+            return change.IsTakenBack ? TakeBackCopies(database, change, outcome, opposite)
+                                      : PutBackDeleted(database, change, outcome, opposite);
+        case Kind::kPaste:
+        case Kind::kNewCard:
+            return change.IsTakenBack ? PutBackDeleted(database, change, outcome, opposite)
+                                      : TakeBackCopies(database, change, outcome, opposite);
+        case Kind::kMove:
+            return MoveBack(database, change, outcome, opposite);
+        case Kind::kRename:
+            return RenameBack(database, change, outcome, opposite);
+        case Kind::kMerge:
+            return change.IsTakenBack ? MergeAgain(database, change, outcome, opposite)
+                                      : PartAgain(database, change, outcome, opposite);
+        case Kind::kEdit:
+            return EditBack(database, change, outcome, opposite);
+    }
+    return 0;
+}
+
+bool IsEmptyChange(const StoreChange& change) {
+    const bool hasCategory =
+        (change.What == Kind::kRename || change.What == Kind::kMerge) && !change.Categories.empty();
+    return !hasCategory && !change.IsTooLarge && change.CountCards() == 0;
+}
+
+// Takes the last step of one list back, and puts its opposite at the end of the other.
+int TakeLast(std::list<StoreChange>& from, std::list<StoreChange>& to, Database& database,
+             UndoOutcome& outcome) {
+    outcome = UndoOutcome();
+    if (from.empty()) {
+        return 0;
+    }
+    const StoreChange change = std::move(from.back());
+    from.pop_back();
+    StoreChange opposite;
+    opposite.What = change.What;
+    opposite.IsTakenBack = !change.IsTakenBack;
+    const StoreChangeGroup group(database);
+    const int result = TakeBack(database, change, outcome, opposite);
+    if (result == 0 && !IsEmptyChange(opposite)) {
+        to.push_back(std::move(opposite));
+    }
+    return result;
 }
 
 }  // namespace
 
 void UndoHistory::Add(StoreChange change) {
-    if (change.What != Kind::kRename && change.What != Kind::kMerge && !change.IsTooLarge &&
-        change.CountCards() == 0) {
+    if (IsEmptyChange(change)) {
         return;
     }
+    mTakenBack.clear();
     mSteps.push_back(std::move(change));
     if (mSteps.back().IsTooLarge) {
         mSteps.clear();
@@ -267,6 +411,11 @@ void UndoHistory::Add(StoreChange change) {
         --oldest;
     }
     mSteps.erase(mSteps.begin(), oldest);
+}
+
+void UndoHistory::Clear() {
+    mSteps.clear();
+    mTakenBack.clear();
 }
 
 wxString UndoHistory::GetLabel() const {
@@ -292,31 +441,21 @@ wxString UndoHistory::GetLabel() const {
         case Kind::kMerge:
             return wxString::Format(_("Undo merging of category \"%s\""),
                                     ShownName(last.Categories.front().Name));
+        case Kind::kEdit:
+            return wxString::Format(_("Undo editing of \"%s\""),
+                                    ShownName(last.Cards.back().Front));
+        case Kind::kNewCard:
+            return wxString::Format(_("Undo new card \"%s\""), ShownName(last.Cards.back().Front));
     }
     return wxString();
 }
 
 int UndoHistory::UndoLast(Database& database, UndoOutcome& outcome) {
-    outcome = UndoOutcome();
-    if (mSteps.empty()) {
-        return 0;
-    }
-    const StoreChange change = std::move(mSteps.back());
-    mSteps.pop_back();
-    const StoreChangeGroup group(database);
-    switch (change.What) {
-        case Kind::kDeletion:
-            return PutBackDeleted(database, change, outcome);
-        case Kind::kMove:
-            return MoveBack(database, change, outcome);
-        case Kind::kPaste:
-            return TakeBackCopies(database, change, outcome);
-        case Kind::kRename:
-            return RenameBack(database, change, outcome);
-        case Kind::kMerge:
-            return PartAgain(database, change, outcome);
-    }
-    return 0;
+    return TakeLast(mSteps, mTakenBack, database, outcome);
+}
+
+int UndoHistory::RedoLast(Database& database, UndoOutcome& outcome) {
+    return TakeLast(mTakenBack, mSteps, database, outcome);
 }
 
 wxString DescribeWithoutUndo(const StoreChange& change) {
@@ -366,6 +505,22 @@ void NoteCopy(const FlashCard& card, StoreChange& change) {
     if (HasRoomFor(1, change)) {
         change.Cards.push_back(card);
     }
+}
+
+StoreChange NoteEdit(const FlashCard& before, const FlashCard& after) {
+    StoreChange change;
+    change.What = Kind::kEdit;
+    if (!IsSameCard(before, after)) {
+        change.Cards = {before, after};
+    }
+    return change;
+}
+
+StoreChange NoteNewCard(const FlashCard& card) {
+    StoreChange change;
+    change.What = Kind::kNewCard;
+    change.Cards = {card};
+    return change;
 }
 
 int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t intoId,

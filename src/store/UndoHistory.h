@@ -13,16 +13,20 @@
 // back. Cards are named by their identities, since the engine gives the row of a deleted card to
 // the next new one.
 struct StoreChange {
-    enum class Kind { kDeletion, kMove, kPaste, kRename, kMerge };
+    enum class Kind { kDeletion, kMove, kPaste, kRename, kMerge, kEdit, kNewCard };
 
-    // A card that went into another category, and its former category.
+    // A card that went into another category, its former category and that one.
     struct Moved {
         CardUuid CardId;
         int32_t FromId = -1;
+        int32_t IntoId = -1;
     };
 
     Kind What = Kind::kDeletion;
-    // Deletion: the cards as they were. Paste: the copies as they were written.
+    // True for a step that was taken back and can be done again.
+    bool IsTakenBack = false;
+    // Deletion: the cards as they were. Paste and new card: the cards as they were written. Edit:
+    // the card before and after.
     std::vector<FlashCard> Cards;
     // Deletion: what those of them had that this program does not show.
     std::vector<CardMedia> Media;
@@ -31,7 +35,7 @@ struct StoreChange {
     int32_t Nameless = 0;
     // Move and merge.
     std::vector<Moved> MovedCards;
-    // The category the cards went into, or the one that was renamed.
+    // The category the cards went into.
     int32_t IntoId = -1;
     // The former categories of the cards, with their names then. Rename and merge: the one whose
     // name is gone.
@@ -46,7 +50,7 @@ struct StoreChange {
 
 // The outcome of taking back a step.
 struct UndoOutcome {
-    // The cards that are as they were before.
+    // The cards that are as they were before the step, or after it when it was done again.
     int32_t Restored = 0;
     // Cards left alone, because they were changed, moved, deleted or made anew after the step.
     int32_t LeftAlone = 0;
@@ -57,9 +61,11 @@ struct UndoOutcome {
     std::vector<int64_t> RowIds;
 };
 
-// The steps of this session that Edit > Undo can take back, the last one first. Taking back changes
-// only what the step had changed: a card that was moved and then studied goes back into its
-// category with its present schedule. Main thread only.
+// The steps of this session that Edit > Undo can take back, the last one first, and those that were
+// taken back and that Edit > Redo does again. Taking back changes only what the step had changed: a
+// card that was moved and then studied goes back into its category with its present schedule. What
+// is done again is a step as any other, whose content is found while its opposite is taken back.
+// Main thread only.
 class UndoHistory {
   public:
     // The most cards in all steps together. The oldest steps are dropped first; a larger step
@@ -70,8 +76,9 @@ class UndoHistory {
 
     void Add(StoreChange change);
     // Call it for another store, where the steps mean nothing.
-    void Clear() { mSteps.clear(); }
+    void Clear();
     bool IsEmpty() const { return mSteps.empty(); }
+    bool CanRedo() const { return !mTakenBack.empty(); }
 
     // Returns the menu's text, such as "Undo deletion of 12 cards"; empty without a step.
     wxString GetLabel() const;
@@ -79,9 +86,12 @@ class UndoHistory {
     // Takes back the last step and drops it. Returns 0, or -1 when the store fails, which has then
     // reported it. The caller notifies in either case.
     int UndoLast(Database& database, UndoOutcome& outcome);
+    // The same for the step that was taken back last, which is done again.
+    int RedoLast(Database& database, UndoOutcome& outcome);
 
   private:
     std::list<StoreChange> mSteps;
+    std::list<StoreChange> mTakenBack;
 };
 
 // Returns what the user has to know of a step that was done; empty if it can be taken back whole.
@@ -98,5 +108,8 @@ void NoteCopy(const FlashCard& card, StoreChange& change);
 // Adds the categories of the cards in these rows, which are about to go into another.
 int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t intoId,
              StoreChange& change);
+// Returns what a save in the editor did to a card, or the writing of a new one.
+StoreChange NoteEdit(const FlashCard& before, const FlashCard& after);
+StoreChange NoteNewCard(const FlashCard& card);
 // Notes the cards that a merge of one category into another is about to move.
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change);

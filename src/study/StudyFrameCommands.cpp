@@ -146,7 +146,7 @@ std::vector<int64_t> StudyFrame::FindCurrentRow() {
 }
 
 void StudyFrame::OnExport() {
-    mServices.ExportCards(*this, FindCurrentRow());
+    mServices.ExportCards(*this, FindCurrentRow(), AppServices::OfferFirst::kCategory);
 }
 
 void StudyFrame::OnEdit() {

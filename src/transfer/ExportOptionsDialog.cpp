@@ -58,7 +58,8 @@ FormatRows::Setup FormatSetup() {
 
 ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, Database& database,
                                          CategorySource& currentCategory, FatalErrorReport& report,
-                                         const std::vector<int64_t>& selectedRowIds)
+                                         const std::vector<int64_t>& selectedRowIds,
+                                         AppServices::OfferFirst first)
     : wxDialog(parent, kDialogId, _("Export Options"), wxDefaultPosition, wxSize(400, 300),
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
       mDatabase(database),
@@ -78,8 +79,10 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, Database& database,
     mpEncoding->SetFocus();
     FitTextHeights(*this);
     mpFormatRows->ShowDelimiter();
+    ChooseNarrowestRange(first);
     FitToOptions();
     CentreOnParent();
+    LetReturnPressDefault(*this);
 
     mpScheduling->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { RefreshPreview(); });
     mpRange->Bind(wxEVT_RADIOBOX, [this](wxCommandEvent&) {
@@ -87,7 +90,6 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, Database& database,
         RefreshPreview();
     });
     Bind(wxEVT_BUTTON, &ExportOptionsDialog::OnOk, this, wxID_OK);
-    ChooseNarrowestRange();
     LoadRange();
     RefreshPreview();
 }
@@ -145,18 +147,27 @@ wxSizer* ExportOptionsDialog::MakePreview() {
     return rows;
 }
 
-void ExportOptionsDialog::ChooseNarrowestRange() {
-    int32_t count = 0;
-    const int32_t category = mCurrentCategory.GetCurrentCategoryId(mDatabase);
-    if (mDatabase.SelectCategoryIdCount(category, count) >= 0 && count > 0) {
-        mpRange->SetSelection(kCurrentCategory);
-    } else {
-        mpRange->Enable(kCurrentCategory, false);
-    }
-    if (!mSelectedRowIds.empty()) {
+// Says how many cards a range has. One without cards cannot be chosen.
+void ExportOptionsDialog::OfferRange(int range, int32_t cards) {
+    const auto item = static_cast<unsigned>(range);
+    mpRange->SetString(item, wxString::Format("%s (%i)", mpRange->GetString(item), cards));
+    mpRange->Enable(item, cards > 0 || range == kAll);
+}
+
+void ExportOptionsDialog::ChooseNarrowestRange(AppServices::OfferFirst first) {
+    int32_t all = 0;
+    int32_t category = 0;
+    // The store itself reports what it cannot count.
+    mDatabase.CountAllCards(all);
+    mDatabase.SelectCategoryIdCount(mCurrentCategory.GetCurrentCategoryId(mDatabase), category);
+    OfferRange(kAll, all);
+    OfferRange(kCurrentCategory, category);
+    OfferRange(kSelectedCards, static_cast<int32_t>(mSelectedRowIds.size()));
+    const bool startsAtSelection = first == AppServices::OfferFirst::kSelection || category == 0;
+    if (!mSelectedRowIds.empty() && startsAtSelection) {
         mpRange->SetSelection(kSelectedCards);
     } else {
-        mpRange->Enable(kSelectedCards, false);
+        mpRange->SetSelection(category > 0 ? kCurrentCategory : kAll);
     }
 }
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "exchange/Export.h"
+#include "shell/AppServices.h"
 
-class CategorySource;
 class Database;
 class FatalErrorReport;
 class FormatRows;
@@ -38,16 +38,19 @@ class ExportOptionsDialog : public wxDialog {
     };
 
     // Starts with the narrowest range that has cards: the selected ones, which may be none, else
-    // the current category, else all. The row ids and the services are not owned.
+    // the current category, else all. The current category comes before the selected cards where
+    // that is asked for. The row ids and the services are not owned.
     ExportOptionsDialog(wxWindow* parent, Database& database, CategorySource& currentCategory,
-                        FatalErrorReport& report, const std::vector<int64_t>& selectedRowIds);
+                        FatalErrorReport& report, const std::vector<int64_t>& selectedRowIds,
+                        AppServices::OfferFirst first);
     ~ExportOptionsDialog() override;
 
   private:
     wxSizer* MakeOptions();
     wxSizer* MakeScheduling();
     wxSizer* MakePreview();
-    void ChooseNarrowestRange();
+    void OfferRange(int range, int32_t cards);
+    void ChooseNarrowestRange(AppServices::OfferFirst first);
 
     void FitToOptions();
     void LoadRange();

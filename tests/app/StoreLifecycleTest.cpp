@@ -67,4 +67,36 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     EXPECT_EQ(ReadBytes(kept[0].Path), kNoStore);
 }
 
+// The reason, and the button that most likely helps and has the focus.
+TEST_F(StoreLifecycleTest, TheRecoveryDialogTellsWhyAndAdvises) {
+    const wxString cut = Path("cut.vlm");
+    ASSERT_TRUE(Open(Path("whole.vlm"), false));
+    mDatabase.Close();
+    WriteBytes(cut, ReadBytes(Path("whole.vlm")).substr(0, 5000));
+    WriteBytes(Path("text.vlm"), kNoStore);
+    const wxString kept = Path("kept.vlm");
+    WriteBytes(kept, ReadBytes(cut));
+    const wxString backups = GetBackupDirectory();
+    ASSERT_TRUE(wxFileName::Mkdir(backups, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL));
+    WriteBytes(backups + "/kept.20261125T093000Z.import.vlm", ReadBytes(Path("whole.vlm")));
+    const std::tuple<wxString, const char*, int> cases[] = {
+        {Path("gone.vlm"), "There is no such file.", DatabaseOpenFailed::ID_OPEN},
+        {Path("not/there.vlm"), "There is no such folder.", DatabaseOpenFailed::ID_RETRY},
+        {Path("text.vlm"), "This is no store file", DatabaseOpenFailed::ID_OPEN},
+        {cut, "The file is damaged.", DatabaseOpenFailed::ID_REPAIR},
+        {kept, "The file is damaged.", DatabaseOpenFailed::ID_RESTORE_BACKUP}};
+    for (const auto& [path, reason, advised] : cases) {
+        SCOPED_TRACE(path.utf8_string());
+        ModalAnswers answers;
+        answers.Then([reason = reason, advised = advised](wxDialog& dialog) {
+            const wxString text = FindById(dialog, DatabaseOpenFailed::ID_REASON)->GetLabel();
+            EXPECT_TRUE(text.StartsWith(reason)) << text;
+            EXPECT_TRUE(WaitFor([&] { return FindById(dialog, advised)->HasFocus(); }));
+            EXPECT_EQ(dialog.GetDefaultItem(), FindById(dialog, advised));
+            Send(*FindById(dialog, DatabaseOpenFailed::ID_EXIT));
+        });
+        EXPECT_FALSE(Open(path, true));
+    }
+}
+
 }  // namespace

@@ -84,6 +84,28 @@ TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {
     EXPECT_EQ(Column(1), Texts{"seven"});
 }
 
+TEST_F(CategoryListTest, ACategoryThatAMergeRemovedComesBackToItsPlace) {
+    AddCategories({"First", "Second", "Third"});
+    Insert(MakeCard("a", "", 1));
+    Open();
+    EXPECT_EQ(mDatabase.DeleteCategory(0), 0);
+    mDatabase.Notify();
+    Choose(0);
+    const Texts before{"First", "Second", "Third"};
+    EXPECT_EQ(Rows(), before);
+    Rename("Third", wxID_OK);
+    EXPECT_EQ(Rows(), (Texts{"Second", "Third"}));
+    Command(wxID_UNDO);
+    EXPECT_EQ(Rows(), before);
+    EXPECT_EQ(Stored(), (Strings{"1 First", "2 Second", "3 Third"}));
+    Command(wxID_REDO);
+    EXPECT_EQ(Rows(), (Texts{"Second", "Third"}));
+    EXPECT_EQ(Query("SELECT CategoryId FROM Cards"), Strings{"3"});
+    Command(wxID_UNDO);
+    EXPECT_EQ(Rows(), before);
+    EXPECT_EQ(Query("SELECT CategoryId FROM Cards"), Strings{"1"});
+}
+
 TEST_F(CategoryListTest, OnlyAnEmptyCategoryThatIsNotTheLastOneIsDeleted) {
     Insert(MakeCard("a", "", 1));
     Open();
@@ -96,17 +118,22 @@ TEST_F(CategoryListTest, OnlyAnEmptyCategoryThatIsNotTheLastOneIsDeleted) {
               "Cannot delete category \"Default\" because it is the only category");
 
     AddCategories({"Full", "Last"});
-    Insert(MakeCard("b", "", 1));
+    FlashCard due = MakeCard("b", "", 1);
+    due.Forward.Introduced = true;
+    due.Forward.LastReview = wxDateTime(time_t(1600000000));
+    Insert(due);
     mDatabase.Notify();
     Choose(1);
+    EXPECT_EQ(Rows()[1], "Full (1/0)");
     EXPECT_EQ(remove(wxID_OK),
-              "Cannot delete category \"Full\" because there are flash cards in it");
+              "Cannot delete category \"Full\" because there are flash cards in it\n"
+              "This is about 1 card.");
     Choose(2);
     EXPECT_EQ(remove(wxID_CANCEL), "Do you really want to delete the selected category?");
-    EXPECT_EQ(Rows(), (Texts{"Default", "Full", "Last"}));
+    EXPECT_EQ(Rows(), (Texts{"Default", "Full (1/0)", "Last"}));
     remove(wxID_OK);
     // The one above follows the last one, and the one below any other.
-    EXPECT_EQ(Rows(), (Texts{"Default", "Full"}));
+    EXPECT_EQ(Rows(), (Texts{"Default", "Full (1/0)"}));
     EXPECT_EQ(mServices.CurrentCategory, 1);
     EXPECT_EQ(ChosenRow(), 1);
     Choose(0);

@@ -135,6 +135,31 @@ struct TouchedField {
     std::string Change;
 };
 
+TEST_F(EditFrameTest, ASaveCanBeTakenBackAndIsShownByTheList) {
+    EXPECT_EQ(mDatabase.CategoryInsert("Other"), 0);
+    FlashCard card = Insert(MakeCard("before", "b", 1));
+    for (const bool follow : {true, false}) {
+        WriteBooleanSetting(kSettingFollowSavedCards, follow);
+        mServices.CurrentCategory = 0;
+        Open(&card);
+        Type(kFront, "after");
+        Command(ID_SAVE_CLOSE);
+        EXPECT_EQ(Stored(card.CardId).Front, "after");
+        EXPECT_EQ(mServices.CurrentCategory, follow ? 1 : 0);
+        EXPECT_EQ(mServices.Saved.back(), card.CardId);
+        UndoOutcome outcome;
+        EXPECT_EQ(mServices.History.UndoLast(mDatabase, outcome), 0);
+        EXPECT_EQ(Stored(card.CardId).Front, "before");
+    }
+    Open();
+    TypeCard();
+    Command(ID_SAVE_CLOSE);
+    EXPECT_EQ(mServices.History.GetLabel(), "Undo new card \"f\"");
+    UndoOutcome outcome;
+    EXPECT_EQ(mServices.History.UndoLast(mDatabase, outcome), 0);
+    EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"before"});
+}
+
 TEST_F(EditFrameTest, ASaveLeavesWhatWasNotTouchedAsTheStoreHasIt) {
     mDatabase.CategoryInsert("one");
     mDatabase.CategoryInsert("two");

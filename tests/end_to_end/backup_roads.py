@@ -49,7 +49,7 @@ class BackupRoad(RoadTest):
         program.wait_text(f"Cards deleted since: {self.cards}")
 
     @on_one_desktop
-    def test_deleted_cards_come_back_one_by_one(self):
+    def test_deleted_cards_come_back_one_by_one_and_all(self):
         program = self.delete_all()
         self.open_backups(program)
         program.click("Bring Back Cards...")
@@ -57,6 +57,13 @@ class BackupRoad(RoadTest):
         press("Down")
         program.click("Bring Back")
         self.wait_cards(1)
+        program.wait_window(RESTORE)
+        # Return brings back all that is selected, which the list would reduce to one row.
+        program.wait_text(f"Cards deleted since: {self.cards - 1}")
+        program.click("Bring Back Cards...")
+        program.wait_window("Bring Back Cards")
+        press("Return")
+        self.wait_cards(self.cards)
         program.wait_window(RESTORE)
         press("Escape")
         # The card that came back can be studied.

@@ -23,8 +23,8 @@ class ExportRoad(RoadTest):
         card = dict(zip(names, values))
         self.assertEqual(("一", "いち", "one"), (card["Front"], card["Front2"], card["Back"]))
 
-        # The last entry of the first menu.
-        press("alt+f", "Up", "Up", "Up", "Return")
+        # The entry above those of the stores and backups.
+        press("alt+f", "Up", "Up", "Up", "Up", "Up", "Return")
         program.wait_window("Export Options")
         press("alt+o")
         program.wait_window("Export Flashcards")

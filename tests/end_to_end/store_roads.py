@@ -1,9 +1,10 @@
 """A store that cannot be opened, and one that fails behind the program's back."""
 
+import shutil
 import sqlite3
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, press
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, type_text
 
 RECOVERY = "Velomind"
 
@@ -38,6 +39,37 @@ class StoreRoad(RoadTest):
                 program.click(button)
             self.assertEqual(255, program.wait())
             self.assertEqual(damaged, self.sandbox.store_bytes())
+
+    @on_one_desktop
+    def test_another_store_opens_from_the_menu_and_a_wrong_path_changes_nothing(self):
+        self.sandbox.let_read_windows()
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        other = self.sandbox.path("other.vlm")
+        shutil.copy(self.sandbox.store, other)
+        with sqlite3.connect(other) as connection:
+            connection.execute("DELETE FROM Cards")
+        connection.close()
+        broken = self.sandbox.write("broken.vlm", b"no store, and long enough to be taken for one")
+        empty = "Try a Sample List..."
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        program.wait_no_text(empty)
+        for path in (broken, other):
+            program.click("File")
+            program.click("Open Store...")
+            program.wait_window("Open Store File")
+            type_text(path)
+            press("Return")
+            if path == broken:
+                program.wait_text("This is no store file of Velomind")
+                press("Return")
+                program.wait_no_window("Open Store File")
+                program.wait_no_text(empty)
+        program.wait_text(empty)
+        # By the keys, which open a submenu on every desktop: its first entry is the former store.
+        press("alt+f", "r", "Return")
+        program.wait_no_text(empty)
+        self.assertEqual(0, program.quit())
 
     def test_a_store_locked_by_another_process_is_fatal(self):
         self.sandbox.let_read_windows()

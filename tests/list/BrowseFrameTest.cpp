@@ -43,6 +43,33 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     EXPECT_EQ(SearchField().GetValue(), "salt & pepper");
     EXPECT_TRUE(SearchField().IsCancelButtonVisible());
     EXPECT_EQ(Column(1), Texts{"salt & pepper"});
+    // A new window begins with the newest four; the first one is its oldest again.
+    Close();
+    Open();
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", first, "",
+                                   "Search in All Categories"}));
+}
+
+TEST_F(BrowseFrameTest, AnEmptyStoreOffersTheFirstStepsByButtons) {
+    Open();
+    const wxWindow& steps = *FindById(*mpFrame, BrowseFrame::kFirstStepsId);
+    EXPECT_TRUE(steps.IsShownOnScreen());
+    int command = 0;
+    mpFrame->Bind(wxEVT_MENU, [&command](wxCommandEvent& event) { command = event.GetId(); });
+    Send(*FindById(*mpFrame, BrowseFrame::kFirstCardId));
+    EXPECT_EQ(command, wxID_NEW);
+    Send(*FindById(*mpFrame, BrowseFrame::kFirstImportId));
+    EXPECT_EQ(command, ID_IMPORT);
+    const FlashCard card = Insert(MakeCard("first", "x"));
+    Insert(MakeCard("second", "x"));
+    mDatabase.Notify();
+    EXPECT_FALSE(steps.IsShown());
+    // A card that an editor has saved is shown, and a selection of several with it stays.
+    mpFrame->ShowCard(card.CardId);
+    EXPECT_EQ(Cards().GetSelectedRows(), std::vector<long>{0});
+    Select({0, 1});
+    mpFrame->ShowCard(card.CardId);
+    EXPECT_EQ(Cards().GetSelectedRows(), (std::vector<long>{0, 1}));
 }
 
 TEST_F(BrowseFrameTest, ASearchFindsCardsOfAllCategoriesWhenTheMenuSaysSo) {

@@ -167,7 +167,9 @@ TEST_F(CardListTest, ADoubleClickOnAnEdgeFitsTheColumnAndHeadingsGoWithTheirCell
     Cards().SetColumnWidth(2, 2000);
     DrainEvents();
     wxScrollWinEvent scroll(wxEVT_SCROLLWIN_THUMBTRACK, 9, wxHORIZONTAL);
+    testing::internal::CaptureStderr();
     Cards().ProcessWindowEvent(scroll);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "a complaint of the toolkit";
     EXPECT_GT(scrolled(), 0);
     EXPECT_TRUE(WaitFor([&] { return drawn == scrolled(); })) << drawn;
     Close();
@@ -283,10 +285,11 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
     mServices.HasCardsToPaste = true;
     Open();
     // Cut, paste, delete, select all, rename.
-    const std::pair<std::string, Strings> cases[] = {{"cards", {"on", "on", "on", "on", ""}},
-                                                     {"search", {"", "", "", "", ""}},
+    // The current category can be renamed wherever the focus is.
+    const std::pair<std::string, Strings> cases[] = {{"cards", {"on", "on", "on", "on", "on"}},
+                                                     {"search", {"", "", "", "", "on"}},
                                                      {"categories", {"", "on", "on", "on", "on"}},
-                                                     {"button", {"", "", "", "", ""}}};
+                                                     {"button", {"", "", "", "", "on"}}};
     for (const auto& [where, rules] : cases) {
         if (where == "search") {
             mpFrame->FocusSearch();
@@ -319,7 +322,12 @@ TEST_F(CardListTest, CommandsGoByTheFocus) {
     DrainEvents();
     Command(wxID_SELECTALL);
     Command(ID_EXPORT);
-    EXPECT_EQ(mServices.Exported, (std::vector<std::vector<int64_t>>{{1, 2}}));
+    Select({1});
+    Command(ID_EXPORT);
+    EXPECT_EQ(mServices.Exported, (std::vector<std::vector<int64_t>>{{1, 2}, {2}}));
+    // One row is selected by chance.
+    using First = AppServices::OfferFirst;
+    EXPECT_EQ(mServices.Offered, (std::vector<First>{First::kSelection, First::kCategory}));
     EXPECT_EQ(Rule(ID_EXPORT), "on");
     EXPECT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
     mDatabase.Notify();

@@ -2,6 +2,8 @@
 
 #include "support/StoreFixture.h"
 
+using Counts = std::pair<int32_t, int32_t>;
+
 struct UndoHistoryTest : StoreFixture {
     void SetUp() override { EXPECT_EQ(mDatabase.CategoryInsert("Verbs"), 0); }
 
@@ -40,9 +42,15 @@ struct UndoHistoryTest : StoreFixture {
     }
 
     // The restored and the left alone cards of taking back one step.
-    std::pair<int32_t, int32_t> Undo() {
+    Counts Undo() {
         UndoOutcome outcome;
         EXPECT_EQ(mHistory.UndoLast(mDatabase, outcome), 0);
+        return {outcome.Restored, outcome.LeftAlone};
+    }
+
+    Counts Redo() {
+        UndoOutcome outcome;
+        EXPECT_EQ(mHistory.RedoLast(mDatabase, outcome), 0);
         return {outcome.Restored, outcome.LeftAlone};
     }
 
@@ -50,8 +58,6 @@ struct UndoHistoryTest : StoreFixture {
 
     UndoHistory mHistory;
 };
-
-using Counts = std::pair<int32_t, int32_t>;
 
 TEST_F(UndoHistoryTest, StepsComeBackInTurnAndLeaveWhatWasStudiedSince) {
     const FlashCard kept = Insert(MakeCard("moved", "back", 0));
@@ -77,6 +83,70 @@ TEST_F(UndoHistoryTest, StepsComeBackInTurnAndLeaveWhatWasStudiedSince) {
     EXPECT_EQ(Stored(kept.CardId).Forward.ReviewInterval, 777.0f);
     EXPECT_TRUE(mHistory.IsEmpty());
     EXPECT_EQ(Undo(), Counts(0, 0));
+}
+
+TEST_F(UndoHistoryTest, EachStepCanBeDoneAgainAndTakenBackOnceMore) {
+    const FlashCard card = Insert(MakeCard("card", "back", 0));
+    const auto store = [this] {
+        return Query(
+            "SELECT Front, Name FROM Cards LEFT JOIN Categories ON Id = CategoryId ORDER BY Front");
+    };
+    const std::pair<const char*, std::function<void()>> steps[] = {
+        {"deletion", [&] { Delete({Stored(card.CardId)}); }},
+        {"move", [&] { Move({card}, 1); }},
+        {"new card", [&] { mHistory.Add(NoteNewCard(Insert(MakeCard("new", "x", 1)))); }},
+        {"edit",
+         [&] {
+             FlashCard edited = Stored(card.CardId);
+             edited.Front = "edited";
+             edited.CategoryId = 1;
+             mHistory.Add(NoteEdit(Stored(card.CardId), edited));
+             EXPECT_EQ(mDatabase.UpdateFlashCard(edited), 0);
+         }},
+        {"merge", [&] {
+             Merge({0, "Default"}, 1);
+         }}};
+    for (const auto& [name, act] : steps) {
+        SCOPED_TRACE(name);
+        const Strings before = store();
+        act();
+        const Strings after = store();
+        EXPECT_NE(before, after);
+        for (int turn = 0; turn < 2; ++turn) {
+            EXPECT_EQ(Undo(), Counts(1, 0));
+            EXPECT_EQ(store(), before);
+            EXPECT_EQ(Redo(), Counts(1, 0));
+            EXPECT_EQ(store(), after);
+        }
+        Undo();
+        EXPECT_EQ(store(), before);
+    }
+    // A new step leaves nothing to do again.
+    Move({card}, 1);
+    EXPECT_FALSE(mHistory.CanRedo());
+}
+
+TEST_F(UndoHistoryTest, AnEditIsTakenBackWithoutWhatWasDoneSince) {
+    const FlashCard before = Insert(MakeCard("before", "back", 0));
+    FlashCard after = before;
+    after.Front = "after";
+    EXPECT_EQ(mDatabase.UpdateFlashCard(after), 0);
+    mHistory.Add(NoteEdit(before, after));
+    EXPECT_EQ(mHistory.GetLabel(), "Undo editing of \"after\"");
+    FlashCard studied = after;
+    studied.Forward.ReviewInterval = 777.0f;
+    EXPECT_EQ(mDatabase.UpdateFlashCard(studied), 0);
+    EXPECT_EQ(Undo(), Counts(1, 0));
+    EXPECT_EQ(Stored(before.CardId).Front, "before");
+    EXPECT_EQ(Stored(before.CardId).Forward.ReviewInterval, 777.0f);
+    EXPECT_EQ(Redo(), Counts(1, 0));
+
+    FlashCard other = Stored(before.CardId);
+    other.Front = "typed elsewhere";
+    EXPECT_EQ(mDatabase.UpdateFlashCard(other), 0);
+    EXPECT_EQ(Undo(), Counts(0, 1));
+    EXPECT_EQ(Stored(before.CardId).Front, "typed elsewhere");
+    EXPECT_FALSE(mHistory.CanRedo());
 }
 
 TEST_F(UndoHistoryTest, CardsThatWentOtherWaysMeanwhileAreLeftAlone) {
@@ -152,8 +222,12 @@ TEST_F(UndoHistoryTest, SoundsAndPicturesComeBackAsTheyWere) {
         "UPDATE Cards SET FrontAudio=x'0001FF',BackAudio='text',FrontImage=12 WHERE Front='seen'");
     const Strings rows = Query("SELECT * FROM Cards ORDER BY Front");
     Delete({card, plain});
-    EXPECT_EQ(Undo(), Counts(2, 0));
-    EXPECT_EQ(Query("SELECT * FROM Cards ORDER BY Front"), rows);
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(Undo(), Counts(2, 0));
+        EXPECT_EQ(Query("SELECT * FROM Cards ORDER BY Front"), rows);
+        EXPECT_EQ(Redo(), Counts(2, 0));
+    }
+    Undo();
     EXPECT_EQ(Query("SELECT typeof(FrontAudio),typeof(BackAudio),typeof(FrontImage) FROM Cards"
                     " WHERE Front='seen'"),
               Strings{"blob|text|integer"});

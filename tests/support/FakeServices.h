@@ -29,8 +29,10 @@ struct FakeServices : AppServices {
 
     void OpenFile(const wxString& path) override { Opened.push_back(path); }
     void OpenEditor(const FlashCard& card) override { Edited.push_back(card); }
-    void ExportCards(wxWindow&, const std::vector<int64_t>& rowIds) override {
+    void CardSaved(const CardUuid& id) override { Saved.push_back(id); }
+    void ExportCards(wxWindow&, const std::vector<int64_t>& rowIds, OfferFirst first) override {
         Exported.push_back(rowIds);
+        Offered.push_back(first);
     }
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         Taken.push_back({rowIds, cut});
@@ -64,6 +66,8 @@ struct FakeServices : AppServices {
     std::vector<wxString> Opened;
     std::vector<FlashCard> Edited;
     std::vector<std::vector<int64_t>> Exported;
+    std::vector<OfferFirst> Offered;
+    std::vector<CardUuid> Saved;
     std::vector<CardsTaken> Taken;
     std::vector<std::pair<int32_t, EmptyCut>> Pasted;
     bool ReverseStudy = false;

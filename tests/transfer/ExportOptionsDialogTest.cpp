@@ -6,14 +6,15 @@
 namespace {
 
 using Dialog = ExportOptionsDialog;
+using First = AppServices::OfferFirst;
 
 struct ExportOptionsDialogTest : DialogTest {
     ExportOptionsDialogTest() { mDatabase.CategoryInsert("other"); }
 
-    void Open(const std::vector<int64_t>& selected) {
+    void Open(const std::vector<int64_t>& selected, First first = First::kSelection) {
         mSelected = selected;
         mDialog = std::make_unique<ExportOptionsDialog>(nullptr, mDatabase, mCategories, mOrdered,
-                                                        mSelected);
+                                                        mSelected, first);
     }
     void Choose(int id, int index) { ::Choose(*mDialog, id, index); }
     wxTextCtrl& Text(int id) { return Find<wxTextCtrl>(*mDialog, id); }
@@ -31,17 +32,54 @@ struct ExportOptionsDialogTest : DialogTest {
 TEST_F(ExportOptionsDialogTest, TheRangeStartsAsNarrowAsItCan) {
     InsertCards(18, 0);
     InsertCards(2, 1);
-    const std::tuple<int32_t, std::vector<int64_t>, int, size_t> rows[] = {
-        {2, {}, 0, 16}, {1, {}, 1, 2}, {2, {20, 3, 99}, 2, 2}};
-    for (const auto& [current, selected, start, cards] : rows) {
+    // For the current category, the selected cards and what is offered first: the range at the
+    // start, the cards in the preview and the numbers beside the ranges.
+    const std::tuple<int32_t, std::vector<int64_t>, First, int, size_t, const char*> rows[] = {
+        {2, {}, First::kSelection, 0, 16, "All (20) Current Category (0) Selected Cards (0) "},
+        {1, {}, First::kSelection, 1, 2, "All (20) Current Category (2) Selected Cards (0) "},
+        {1, {3}, First::kCategory, 1, 2, "All (20) Current Category (2) Selected Cards (1) "},
+        {2, {3}, First::kCategory, 2, 1, "All (20) Current Category (0) Selected Cards (1) "},
+        {2,
+         {20, 3, 99},
+         First::kSelection,
+         2,
+         2,
+         "All (20) Current Category (0) Selected Cards (3) "}};
+    for (const auto& [current, selected, first, start, cards, labels] : rows) {
         mCategories.Current = current;
-        Open(selected);
+        Open(selected, first);
         auto& range = Find<wxRadioBox>(*mDialog, Dialog::kRangeId);
         EXPECT_EQ(range.GetSelection(), start);
+        wxString shown;
+        for (unsigned i = 0; i < range.GetCount(); ++i) {
+            shown << range.GetString(i) << " ";
+        }
+        EXPECT_EQ(shown, labels);
         EXPECT_EQ(range.IsItemEnabled(1), current == 1);
         EXPECT_EQ(range.IsItemEnabled(2), !selected.empty());
         EXPECT_EQ(wxString(Preview()).Replace("id: ", ""), cards);
     }
+}
+
+TEST_F(ExportOptionsDialogTest, ReturnPressesTheDefaultButtonFromEachControl) {
+    InsertCards(1, 0);
+    Open({});
+    ShowAndWait(*mDialog);
+    int pressed = 0;
+    mDialog->Bind(wxEVT_BUTTON, [&pressed](wxCommandEvent& event) { pressed += event.GetId(); });
+    for (const int id : {Dialog::kEncodingId, Dialog::kFormatId, Dialog::kSchedulingId,
+                         Dialog::kRangeId, Dialog::kPreviewId}) {
+        SCOPED_TRACE(id);
+        pressed = 0;
+        wxWindow& control = *FindById(*mDialog, id);
+        control.SetFocus();
+        EXPECT_TRUE(WaitFor([&control] { return control.IsDescendant(wxWindow::FindFocus()); }));
+        EXPECT_TRUE(SendKeyEvent(wxEVT_CHAR_HOOK, control, WXK_RETURN));
+        EXPECT_TRUE(WaitFor([&pressed] { return pressed == wxID_OK; }));
+    }
+    FindById(*mDialog, Dialog::kFormatHelpId)->SetFocus();
+    EXPECT_TRUE(WaitFor([this] { return FindById(*mDialog, Dialog::kFormatHelpId)->HasFocus(); }));
+    EXPECT_FALSE(SendKeyEvent(wxEVT_CHAR_HOOK, *wxWindow::FindFocus(), WXK_RETURN));
 }
 
 // What counts as a delimiter is tested with the import dialog, which has the same rows.

@@ -110,6 +110,8 @@ BringBackDialog::BringBackDialog(wxWindow* parent, Database& backup,
     FindWindow(wxID_OK)->SetLabel(_("Bring Back"));
     GetSizer()->SetSizeHints(this);
     CentreOnParent();
+    // The list would deselect all rows but one.
+    LetReturnPressDefault(*this);
     mpCards->SetFocus();
 }
 

@@ -10,6 +10,7 @@
 #include "base/Files.h"
 #include "files/StoreFiles.h"
 #include "files/windows/Backups.h"
+#include "files/windows/OpenFault.h"
 #include "files/windows/RestoreDialog.h"
 #include "files/windows/StoreOpening.h"
 #include "shell/MessageBox.h"
@@ -39,9 +40,11 @@ class StoreFileChange {
     bool KeepReplaced(const wxString& caption) const;
     // Fills the system's text of the error into the format.
     void Tell(const wxString& format, int error, const wxString& caption) const;
-    // Open a file in place of the one that was closed, or the store that was closed again, and tell
-    // the windows.
-    void Open(const wxString& path, bool mustExist);
+    void TellNotOpened(OpenFault fault, const wxString& caption) const;
+    // Opens the new file in place of the one that was closed. Where that fails the user is told why
+    // and works on with the former store, which is whole: nobody shall lose it for a mistyped path.
+    void OpenNew(bool mustExist, const wxString& caption);
+    // Opens the store that was closed again, and tells the windows.
     void Reopen(const wxString& path);
 
     StoreFileActions& mActions;
@@ -93,11 +96,16 @@ void StoreFileChange::Create() {
         Reopen(mCurrentPath);
         return;
     }
-    Open(mNewPath, false);
+    OpenNew(false, caption);
 }
 
 void StoreFileChange::Open() {
     if (MakeStorePathFull(mNewPath) == MakeStorePathFull(mCurrentPath)) {
+        return;
+    }
+    const wxString caption = _("Open Store File");
+    if (!mExists) {
+        TellNotOpened(FindOpenFault(mNewPath, mDatabase), caption);
         return;
     }
     const OpenedBackup answer = AskAboutBackup(mpParent, mNewPath, mCurrentPath);
@@ -109,12 +117,30 @@ void StoreFileChange::Open() {
         return;
     }
     mDatabase.Close();
-    Open(mNewPath, true);
+    OpenNew(true, caption);
 }
 
 bool StoreFileChange::KeepReplaced(const wxString& caption) const {
     const int error = mExists ? mActions.BackUpFile(mpParent, mNewPath) : 0;
     return error == 0 || MayGoOnWithoutBackup(mpParent, error, caption);
+}
+
+void StoreFileChange::OpenNew(bool mustExist, const wxString& caption) {
+    if (mActions.TryStoreFile(mpParent, mDatabase, mNewPath, mustExist)) {
+        mDatabase.Notify();
+        return;
+    }
+    const OpenFault fault = FindOpenFault(mNewPath, mDatabase);
+    Reopen(mCurrentPath);
+    TellNotOpened(fault, caption);
+}
+
+void StoreFileChange::TellNotOpened(OpenFault fault, const wxString& caption) const {
+    ShowMessageBox(
+        wxString::Format(_("The store file \"%s\" could not be opened. %s\nThe store file \"%s\" "
+                           "is open as before."),
+                         mNewPath, DescribeOpenFault(fault), mDatabase.GetPath()),
+        caption, wxOK | wxCENTRE, mpParent);
 }
 
 bool StoreFileChange::MayReplace(const wxString& caption) const {
@@ -127,11 +153,6 @@ bool StoreFileChange::MayReplace(const wxString& caption) const {
 
 void StoreFileChange::Tell(const wxString& format, int error, const wxString& caption) const {
     ShowMessageBox(wxString::Format(format, SystemErrorText(error)), caption, wxOK, mpParent);
-}
-
-void StoreFileChange::Open(const wxString& path, bool mustExist) {
-    mActions.OpenStoreFile(mpParent, mDatabase, path, mustExist);
-    mDatabase.Notify();
 }
 
 void StoreFileChange::Reopen(const wxString& path) {
@@ -197,4 +218,13 @@ void AppStoreFileActions::ReopenStoreFile(wxWindow* parent, Database& database,
     if (!database.IsStoreFile(path)) {
         mStoreChanged();
     }
+}
+
+bool AppStoreFileActions::TryStoreFile(wxWindow* parent, Database& database, const wxString& path,
+                                       bool mustExist) {
+    const bool isOpen = OpenChosenStore(parent, database, path, mustExist);
+    if (isOpen) {
+        mStoreChanged();
+    }
+    return isOpen;
 }

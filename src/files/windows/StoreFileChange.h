@@ -35,6 +35,9 @@ class StoreFileActions {
     // Opens the store that was closed again, wherever it is now. What belongs to it stays, unless
     // the user has to name another one.
     virtual void ReopenStoreFile(wxWindow* parent, Database& database, const wxString& path) = 0;
+    // Opens just that file. Returns false, with the Database closed, when it cannot be opened.
+    virtual bool TryStoreFile(wxWindow* parent, Database& database, const wxString& path,
+                              bool mustExist) = 0;
 };
 
 // In the order in which the choice lists them.
@@ -63,6 +66,8 @@ class AppStoreFileActions : public StoreFileActions {
     void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path,
                        bool mustExist) override;
     void ReopenStoreFile(wxWindow* parent, Database& database, const wxString& path) override;
+    bool TryStoreFile(wxWindow* parent, Database& database, const wxString& path,
+                      bool mustExist) override;
 
   private:
     BackupKeeper& mBackups;

@@ -13,7 +13,9 @@
 #include <wx/textctrl.h>
 #include <wx/utils.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <vector>
 
 #include "base/Job.h"
 #include "base/Process.h"
@@ -65,16 +67,27 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 namespace {
 
 // Asks what to open in place of a path that failed. Returns false when the user gives up.
-bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
+bool ChooseAnother(wxWindow* parent, OpenFault fault, wxString& path, bool& mustExist) {
     // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
-    DatabaseOpenFailed dialog(parent, path, mustExist);
+    DatabaseOpenFailed dialog(parent, path, mustExist, fault);
     if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
         return false;
     }
     path = MakeStorePathFull(dialog.GetPath());
     mustExist = dialog.MustExist();
     return true;
+}
+
+}  // namespace
+
+namespace {
+
+void NoteRecentStore(const wxString& path) {
+    std::vector<wxString> paths = ReadRecentTexts(kSettingRecentStore);
+    paths.erase(std::remove(paths.begin(), paths.end(), path), paths.end());
+    paths.insert(paths.begin(), path);
+    WriteRecentTexts(kSettingRecentStore, paths);
 }
 
 }  // namespace
@@ -87,16 +100,25 @@ std::unique_ptr<Database> OpenAtStart(FatalErrorReport& report) {
     return database;
 }
 
-bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
+bool OpenChosenStore(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
     // A stored choice must mean the same file when the program starts in another directory.
-    wxString choice = MakeStorePathFull(path);
+    const wxString choice = MakeStorePathFull(path);
     AppUpgradeWait wait(parent);
-    while ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
-        if (!ChooseAnother(parent, choice, mustExist)) {
+    if ((mustExist && !wxFileName::FileExists(choice)) || database.Open(choice, wait) != 0) {
+        return false;
+    }
+    OpenSettings()->Write(kSettingDatabasePath, choice);
+    NoteRecentStore(choice);
+    return true;
+}
+
+bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
+    wxString choice = MakeStorePathFull(path);
+    while (!OpenChosenStore(parent, database, choice, mustExist)) {
+        if (!ChooseAnother(parent, FindOpenFault(choice, database), choice, mustExist)) {
             return false;
         }
     }
-    OpenSettings()->Write(kSettingDatabasePath, choice);
     return true;
 }
 
@@ -117,46 +139,71 @@ void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
         if (TryQuietly(database, ask)) {
             return;
         }
+        const OpenFault fault = FindOpenFault(path, database);
         database.Close();
         bool mustExist = true;
-        if (!ChooseAnother(nullptr, path, mustExist)) {
+        if (!ChooseAnother(nullptr, fault, path, mustExist)) {
             EndProcess(kExitFromRecovery);
         }
         OpenStoreFile(nullptr, database, path, mustExist);
     }
 }
 
-DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist)
+namespace {
+
+// The width at which the texts of the recovery dialog break into lines.
+constexpr int kRecoveryWidth = 420;
+
+struct RecoveryRow {
+    int Id;
+    const char* Label;
+    const char* Line;
+};
+
+constexpr RecoveryRow kRecoveryRows[] = {
+    {DatabaseOpenFailed::ID_RETRY, wxTRANSLATE("&Retry"),
+     wxTRANSLATE("Tries once more to open this file.")},
+    {DatabaseOpenFailed::ID_OPEN, wxTRANSLATE("&Open"),
+     wxTRANSLATE("Opens another store file, or this one where it is now.")},
+    {DatabaseOpenFailed::ID_NEW, wxTRANSLATE("&New"),
+     wxTRANSLATE("Begins a new store file without cards.")},
+    {DatabaseOpenFailed::ID_RESTORE_BACKUP, wxTRANSLATE("Re&store..."),
+     wxTRANSLATE("Puts a backup in the place of this file.")},
+    {DatabaseOpenFailed::ID_REPAIR, wxTRANSLATE("Re&pair..."),
+     wxTRANSLATE("Puts what can be read of this file into a new one.")},
+    {DatabaseOpenFailed::ID_EXIT, wxTRANSLATE("E&xit"), wxTRANSLATE("Ends Velomind.")}};
+
+bool HasBackup(const wxString& path) {
+    const wxString directory = GetBackupDirectory(ReadBackupSettings());
+    return !OwnBackups(ListBackups(directory, path)).empty();
+}
+
+// Returns the button of what most likely helps.
+int FindAdvice(OpenFault fault, const wxString& path) {
+    switch (fault) {
+        case OpenFault::kMissing:
+        case OpenFault::kNoFile:
+        case OpenFault::kUnknown:
+            return DatabaseOpenFailed::ID_OPEN;
+        case OpenFault::kForeign:
+            return HasBackup(path) ? DatabaseOpenFailed::ID_RESTORE_BACKUP
+                                   : DatabaseOpenFailed::ID_OPEN;
+        case OpenFault::kDamaged:
+            return HasBackup(path) ? DatabaseOpenFailed::ID_RESTORE_BACKUP
+                                   : DatabaseOpenFailed::ID_REPAIR;
+        default:
+            return DatabaseOpenFailed::ID_RETRY;
+    }
+}
+
+}  // namespace
+
+DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist,
+                                       OpenFault fault)
     : wxDialog(parent, ID_DIALOG, "Velomind", wxDefaultPosition, wxSize(400, 300),
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
       mMustExist(mustExist) {
-    auto* const message =
-        new wxStaticText(this, wxID_ANY, _("Unable to open the flash card store file."));
-    mpPath = new wxTextCtrl(this, ID_PATH, path, wxDefaultPosition, FromDIP(wxSize(390, -1)),
-                            wxTE_READONLY);
-    SetAccessibleName(*mpPath, message->GetLabelText());
-
-    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-    const auto addButton = [&](int id, const wxString& label) {
-        auto* const button = new wxButton(this, id, label);
-        buttons->Add(button, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
-        return button;
-    };
-    wxButton* const retry = addButton(ID_RETRY, _("Retry"));
-    addButton(ID_OPEN, _("Open"));
-    addButton(ID_NEW, _("New"));
-    addButton(ID_RESTORE_BACKUP, _("Restore..."));
-    addButton(ID_REPAIR, _("Repair..."))->Enable(wxFileExists(path));
-    addButton(ID_EXIT, _("Exit"));
-
-    wxBoxSizer* const rows = MakeFormColumn(*this);
-    rows->Add(message);
-    rows->Add(mpPath, FormRow(*this));
-    rows->Add(buttons, wxSizerFlags().Right().Border(wxTOP, FromDIP(kFormEdge)));
-    FitTextHeights(*this);
-    GetSizer()->SetSizeHints(this);
-    Centre();
-
+    CreateControls(path, fault);
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnRetry, this, ID_RETRY);
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnOpen, this, ID_OPEN);
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnNew, this, ID_NEW);
@@ -165,8 +212,37 @@ DatabaseOpenFailed::DatabaseOpenFailed(wxWindow* parent, const wxString& path, b
     Bind(wxEVT_BUTTON, &DatabaseOpenFailed::OnExit, this, ID_EXIT);
     Bind(wxEVT_CLOSE_WINDOW, &DatabaseOpenFailed::OnClose, this);
     SetEscapeId(ID_EXIT);
-    retry->SetDefault();
-    retry->SetFocus();
+}
+
+void DatabaseOpenFailed::CreateControls(const wxString& path, OpenFault fault) {
+    wxBoxSizer* const rows = MakeFormColumn(*this);
+    auto* const message =
+        new wxStaticText(this, wxID_ANY, _("Unable to open the flash card store file."));
+    rows->Add(message);
+    mpPath = new wxTextCtrl(this, ID_PATH, path, wxDefaultPosition,
+                            FromDIP(wxSize(kRecoveryWidth, -1)), wxTE_READONLY);
+    SetAccessibleName(*mpPath, message->GetLabelText());
+    rows->Add(mpPath, FormRow(*this));
+    auto* const reason = new wxStaticText(this, ID_REASON, DescribeOpenFault(fault));
+    reason->Wrap(FromDIP(kRecoveryWidth));
+    rows->Add(reason, FormRow(*this));
+
+    auto* const grid = new wxFlexGridSizer(2, FromDIP(wxSize(kFormEdge, kFormGap)));
+    for (const RecoveryRow& row : kRecoveryRows) {
+        auto* const button = new wxButton(this, row.Id, wxGetTranslation(row.Label));
+        grid->Add(button, wxSizerFlags().Expand());
+        grid->Add(new wxStaticText(this, wxID_ANY, wxGetTranslation(row.Line)),
+                  wxSizerFlags().CentreVertical());
+        button->SetHelpText(wxGetTranslation(row.Line));
+    }
+    rows->Add(grid, wxSizerFlags().Border(wxTOP, FromDIP(kFormEdge)));
+    FindWindow(ID_REPAIR)->Enable(wxFileExists(path));
+    FitTextHeights(*this);
+    GetSizer()->SetSizeHints(this);
+    Centre();
+    auto* const advised = dynamic_cast<wxButton*>(FindWindow(FindAdvice(fault, path)));
+    advised->SetDefault();
+    advised->SetFocus();
 }
 
 wxString DatabaseOpenFailed::GetPath() const {

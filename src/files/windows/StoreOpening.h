@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+#include "files/windows/OpenFault.h"
 #include "store/Database.h"
 
 class FatalErrorReport;
@@ -34,6 +35,10 @@ void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, b
 // The same, but returns false, with the Database closed, when the user gives up.
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
 
+// Opens the file and stores its path as the choice. Returns false, with the Database closed, when
+// it cannot be opened.
+bool OpenChosenStore(wxWindow* parent, Database& database, const wxString& path, bool mustExist);
+
 // Runs questions to the open store as Database::Try does, and keeps the log silent. Returns true
 // when the store answered all. The caller tells the user of a failure.
 bool TryQuietly(Database& database, const std::function<void()>& ask);
@@ -43,8 +48,9 @@ bool TryQuietly(Database& database, const std::function<void()>& ask);
 // they give up.
 void AskBeforeWindows(Database& database, const std::function<void()>& ask);
 
-// The recovery dialog, shown when the store file cannot be opened. Ends with kTryAgain and a path,
-// or with kGiveUp, which the title bar and Esc mean too.
+// The recovery dialog, shown when the store file cannot be opened. Tells why, and has the focus on
+// what most likely helps. Ends with kTryAgain and a path, or with kGiveUp, which the title bar and
+// Esc mean too.
 class DatabaseOpenFailed : public wxDialog {
   public:
     enum ControlId : int {
@@ -55,17 +61,19 @@ class DatabaseOpenFailed : public wxDialog {
         ID_NEW = 10071,
         ID_RESTORE_BACKUP = 10072,
         ID_REPAIR = 10073,
+        ID_REASON = 10074,
         ID_PATH = 10121
     };
 
     enum Answer : int { kTryAgain = 4, kGiveUp = 16 };
 
-    DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist);
+    DatabaseOpenFailed(wxWindow* parent, const wxString& path, bool mustExist, OpenFault fault);
 
     wxString GetPath() const;
     bool MustExist() const { return mMustExist; }
 
   private:
+    void CreateControls(const wxString& path, OpenFault fault);
     void OnRetry(wxCommandEvent& event);
     void OnOpen(wxCommandEvent& event);
     void OnNew(wxCommandEvent& event);

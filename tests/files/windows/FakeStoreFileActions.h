@@ -39,6 +39,11 @@ struct FakeStoreFileActions : StoreFileActions {
         SilentUpgradeWait wait;
         database.Open(path, wait);
     }
+    bool TryStoreFile(wxWindow*, Database& database, const wxString& path,
+                      bool mustExist) override {
+        OpenStoreFile(nullptr, database, path, mustExist);
+        return database.IsOpen();
+    }
 
     wxString Calls;
     // Where the last file dialog began.

@@ -1,8 +1,8 @@
 #include "files/windows/StoreFileChange.h"
 
 #include <unistd.h>
-
 #include <wx/filename.h>
+
 #include <cerrno>
 
 #include "files/windows/FakeStoreFileActions.h"
@@ -121,6 +121,40 @@ TEST_F(StoreFileChangeTest, ABackupIsRestoredOrOpenedAsTheUserSays) {
         EXPECT_TRUE(answers.Dialogs[0].Message.Contains("is a backup"));
         EXPECT_EQ(mActions.Calls, calls);
         EXPECT_EQ(CountCards(), cards);
+    }
+}
+
+TEST_F(StoreFileChangeTest, AfterAFailedOpenTheUserIsToldWhyAndTheOldStoreIsOpen) {
+    WriteBytes(Path("text.vlm"), "no store at all, and long enough to be read as one");
+    WriteBytes(Path("cut.vlm"), ReadBytes(StorePath()).substr(0, 5000));
+    ASSERT_TRUE(wxFileName::Mkdir(Path("folder.vlm")));
+    {
+        QuietDatabase later;
+        ASSERT_EQ(later.OpenQuietly(Path("later.vlm")), 0);
+        ASSERT_EQ(later.Execute("UPDATE Globals SET Value='99'"), 0);
+    }
+    const std::tuple<StoreFileChoice, const char*, const char*, const char*> cases[] = {
+        {StoreFileChoice::kOpen, "gone.vlm", "There is no such file.", ""},
+        {StoreFileChoice::kOpen, "not/there.vlm", "There is no such folder.", ""},
+        {StoreFileChoice::kOpen, "folder.vlm", "a folder or a device", ""},
+        {StoreFileChoice::kOpen, "text.vlm", "This is no store file of Velomind",
+         "discard open:text.vlm open:store.vlm "},
+        {StoreFileChoice::kOpen, "cut.vlm", "The file is damaged.",
+         "discard open:cut.vlm open:store.vlm "},
+        {StoreFileChoice::kOpen, "later.vlm", "A newer version of Velomind",
+         "discard open:later.vlm open:store.vlm "},
+        {StoreFileChoice::kCreate, "not/there.vlm", "There is no such folder.",
+         "discard open:there.vlm:new open:store.vlm "}};
+    for (const auto& [choice, name, reason, calls] : cases) {
+        SCOPED_TRACE(name);
+        ModalAnswers answers;
+        answers.Expect(wxID_OK);
+        Change(choice, Path(name));
+        EXPECT_EQ(mActions.Calls, calls);
+        ASSERT_EQ(answers.Dialogs.size(), 1U);
+        EXPECT_THAT(answers.Dialogs[0].Message.utf8_string(), testing::HasSubstr(reason));
+        EXPECT_TRUE(mDatabase.IsStoreFile(StorePath()));
+        EXPECT_EQ(CountCards(), 1);
     }
 }
 
