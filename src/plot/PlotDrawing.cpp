@@ -8,6 +8,7 @@
 #include <cmath>
 #include <memory>
 
+#include "base/Time.h"
 #include "plot/PlotCanvas.h"
 #include "shell/Toolkit.h"
 
@@ -536,9 +537,7 @@ void PlotPainter::DrawCalendar() {
     const int weeks = (offset + static_cast<int>(mPlot.Days.size()) + 6) / 7;
     double names = 0.0;
     for (const auto day : {wxDateTime::Mon, wxDateTime::Wed, wxDateTime::Fri}) {
-        names =
-            std::max(names, mCanvas.WidthOf(wxDateTime::GetWeekDayName(day, wxDateTime::Name_Abbr),
-                                            PlotText::Small));
+        names = std::max(names, mCanvas.WidthOf(WeekdayName(day), PlotText::Small));
     }
     const double width = mArea.m_width - names - kGap;
     const double height = mArea.m_height - 2 * line - 3 * kGap;
@@ -556,9 +555,8 @@ void PlotPainter::DrawCalendar() {
                      mLook.Shade(CalendarShade(mPlot.Days[i], greatest)));
     }
     for (const auto day : {wxDateTime::Mon, wxDateTime::Wed, wxDateTime::Fri}) {
-        Write(wxDateTime::GetWeekDayName(day, wxDateTime::Name_Abbr), left - kGap,
-              top + side * (static_cast<int>(day) - 0.5), PlotAnchor::Right, PlotText::Small,
-              mLook.Muted());
+        Write(WeekdayName(day), left - kGap, top + side * (static_cast<int>(day) - 0.5),
+              PlotAnchor::Right, PlotText::Small, mLook.Muted());
     }
     MarkRow();
     DrawMonths(mArea.m_y + line / 2, left, side, offset);
@@ -572,7 +570,7 @@ void PlotPainter::DrawMonths(double top, double left, double side, int offset) {
         if (date.GetDay() != 1) {
             continue;
         }
-        const wxString name = wxDateTime::GetMonthName(date.GetMonth(), wxDateTime::Name_Abbr);
+        const wxString name = MonthName(date.GetMonth());
         const double width = mCanvas.WidthOf(name, PlotText::Small);
         const int week = (offset + static_cast<int>(i)) / 7;
         const double x = left + side * week;

@@ -61,7 +61,7 @@ wxString BreakMessage(const wxDateTime& due, const wxDateTime& now) {
     const auto seconds = static_cast<float>((due - now).GetSeconds().ToDouble());
     // Translators: the first %s is a time of day or a date, the second a length of time.
     return wxString::Format(_("Nothing is due now. Next card: %s (%s). Going on is early review."),
-                            due.Format(form), IntervalText(seconds));
+                            FormatDate(due, form), IntervalText(seconds));
 }
 
 wxString OfferText(const CategoryReady* category) {

@@ -16,6 +16,7 @@
 #include "base/Files.h"
 #include "base/Job.h"
 #include "base/Text.h"
+#include "base/Time.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
 #include "files/windows/Backups.h"
@@ -64,7 +65,7 @@ constexpr int kTickMilliseconds = 30;
 constexpr int kCardsColumn = 2;
 
 wxString FormatTime(const wxDateTime& time) {
-    return time.Format("%x %H:%M");
+    return FormatDate(time, _("%a %d %b %Y %H:%M"));
 }
 
 // Lists the cards of a backup that the store does not have any more, all of them selected.
