@@ -158,13 +158,21 @@ RestoreDialog::~RestoreDialog() = default;
 
 void RestoreDialog::CreateControls() {
     auto* const text = new wxStaticText(this, wxID_ANY, _("Backups of the store file:"));
-    mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, FromDIP(wxSize(560, 220)),
+    mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, FromDIP(wxSize(620, 220)),
                                     wxDV_SINGLE | wxDV_ROW_LINES);
     SetAccessibleName(*mpList, text->GetLabelText());
-    mpList->AppendTextColumn(_("Date"), wxDATAVIEW_CELL_INERT, FromDIP(140));
-    mpList->AppendTextColumn(_("Cause"), wxDATAVIEW_CELL_INERT, FromDIP(240));
-    mpList->AppendTextColumn(_("Cards"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
-    mpList->AppendTextColumn(_("Size"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
+    // A heading that is longer in another language, or in a larger font, has room too.
+    const auto addColumn = [this](const wxString& title, const wxString& longest,
+                                  wxAlignment alignment) {
+        const int width = std::max(GetTextExtent(title).x, GetTextExtent(longest).x);
+        mpList->AppendTextColumn(title, wxDATAVIEW_CELL_INERT, width + FromDIP(2 * kFormEdge),
+                                 alignment);
+    };
+    const wxDateTime aWideDate(30, wxDateTime::Sep, 2026, 20, 0);
+    addColumn(_("Date"), FormatTime(aWideDate), wxALIGN_LEFT);
+    addColumn(_("Cause"), NameOfCause(BackupCause::kRestore), wxALIGN_LEFT);
+    addColumn(_("Cards"), _("Unreadable"), wxALIGN_RIGHT);
+    addColumn(_("Size"), wxFileName::GetHumanReadableSize(wxULongLong(1000000)), wxALIGN_RIGHT);
 
     // Has room for four lines, so that the window keeps its size.
     mpDifference = new wxTextCtrl(this, wxID_ANY, "\n\n\n", wxDefaultPosition,
