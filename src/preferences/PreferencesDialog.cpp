@@ -261,16 +261,18 @@ void PreferencesDialog::CreateControls() {
 
 // Two columns of groups stand side by side, so that they fit on a low screen.
 void PreferencesDialog::AddColumn() {
-    if (mpFormSizer != nullptr) {
+    const bool isFirst = mpFormSizer == nullptr;
+    if (!isFirst) {
         mpColumns->AddSpacer(2 * FromDIP(kFormEdge));
     }
     mpFormSizer = new wxBoxSizer(wxVERTICAL);
-    mpColumns->Add(mpFormSizer, wxSizerFlags(1).Expand());
+    // Equal shares would ask for twice the width of the wider one.
+    mpColumns->Add(mpFormSizer, wxSizerFlags(isFirst ? 0 : 1).Expand());
 }
 
 // On a screen that is too narrow for both, such as with a large font, one stands below the other.
 void PreferencesDialog::ArrangeColumns() {
-    const int room = wxGetClientDisplayRect().width - FromDIP(4 * kFormEdge);
+    const int room = wxGetClientDisplayRect().width - FromDIP(kFormEdge);
     if (mpForm->GetSizer()->CalcMin().x > room) {
         mpColumns->SetOrientation(wxVERTICAL);
     }
