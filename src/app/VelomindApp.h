@@ -86,6 +86,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
 
     void OnWindowCommand(wxCommandEvent& event);
     void Find();
+    void EditCardBehind();
     void ShowLearningProgress();
     void ShowStatistics();
     void ShowPreferences();

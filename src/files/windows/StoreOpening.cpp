@@ -69,7 +69,14 @@ bool ChooseAnother(wxWindow* parent, wxString& path, bool& mustExist) {
     // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
     DatabaseOpenFailed dialog(parent, path, mustExist);
-    if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
+    // After a try that failed it is there again, and must not jump.
+    static wxPoint place = wxDefaultPosition;
+    if (place != wxDefaultPosition) {
+        dialog.Move(place);
+    }
+    const int answer = dialog.ShowModal();
+    place = dialog.GetPosition();
+    if (answer != DatabaseOpenFailed::kTryAgain) {
         return false;
     }
     path = MakeStorePathFull(dialog.GetPath());
