@@ -260,6 +260,7 @@ void VelomindApp::BindCommands() {
         {ID_RESTORE, [this] { Restore(); }},
         {ID_OPEN_STORE, [this] { OpenStoreByDialog(); }},
         {wxID_FIND, [this] { Find(); }},
+        {wxID_OPEN, [this] { EditCardBehind(); }},
         {wxID_EXIT, [this] { CloseWindows(); }},
         {ID_LEARNING_PROGRESS, [this] { ShowLearningProgress(); }},
         {ID_STATISTICS, [this] { ShowStatistics(); }},
@@ -372,6 +373,16 @@ void VelomindApp::OnWindowCommand(wxCommandEvent& event) {
             BringToFront(*frame);
             return;
         }
+    }
+}
+
+// Only an editor leaves this command to the application: it means the card of the window behind.
+void VelomindApp::EditCardBehind() {
+    wxFrame* const shown = mWindows.GetShown();
+    if (shown != nullptr && mLastActive != shown) {
+        wxCommandEvent edit(wxEVT_MENU, wxID_OPEN);
+        // Looks at the window's own handlers alone, or the event would come back here.
+        shown->GetEventHandler()->ProcessEventLocally(edit);
     }
 }
 

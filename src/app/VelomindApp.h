@@ -89,6 +89,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void OnWindowCommand(wxCommandEvent& event);
     void OnRecentStore(wxCommandEvent& event);
     void Find();
+    void EditCardBehind();
     void ShowLearningProgress();
     void ShowStatistics();
     void ShowPreferences();

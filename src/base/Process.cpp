@@ -20,6 +20,8 @@ void SetUpCharacters() {
     if (std::setlocale(LC_MESSAGES, "") == nullptr) {
         std::setlocale(LC_MESSAGES, "C.UTF-8");
     }
+    // GTK's file dialogs write dates by this category; the program's own are FormatDate's.
+    std::setlocale(LC_TIME, "");
 }
 
 std::vector<std::wstring> ReadCommandWords(int argc, char** argv) {

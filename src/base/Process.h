@@ -7,8 +7,8 @@
 
 // The process's language, its output outside the windows, and how it ends on a failure.
 
-// Sets characters and messages to the user's locale, or to UTF-8 where that has only single bytes,
-// and numbers to a decimal point in any locale. Call it first in main.
+// Sets characters, messages and dates to the user's locale, or characters to UTF-8 where that has
+// only single bytes, and numbers to a decimal point in any locale. Call it first in main.
 void SetUpCharacters();
 
 // Returns the words of the command line in the characters of SetUpCharacters. The library would

@@ -105,6 +105,11 @@ class SettingsFile final : public wxFileConfig {
         }
     }
 
+    bool DeleteEntry(const wxString& key, bool deleteGroupIfEmpty) override {
+        mWritten = true;
+        return wxFileConfig::DeleteEntry(key, deleteGroupIfEmpty);
+    }
+
   protected:
     bool DoReadLong(const wxString& key, long* value) const override {
         const wxLogNull quiet;

@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <ctime>
+#include <iterator>
 
 #include "base/Text.h"
 
@@ -40,7 +41,33 @@ constexpr Component kComponents[] = {
     {0, 23, L':', true},      {0, 59, L':', true}, {0, 59, L'Z', false},
 };
 
+// In the order of wxDateTime.
+constexpr const char* kMonths[] = {wxTRANSLATE("Jan"), wxTRANSLATE("Feb"), wxTRANSLATE("Mar"),
+                                   wxTRANSLATE("Apr"), wxTRANSLATE("May"), wxTRANSLATE("Jun"),
+                                   wxTRANSLATE("Jul"), wxTRANSLATE("Aug"), wxTRANSLATE("Sep"),
+                                   wxTRANSLATE("Oct"), wxTRANSLATE("Nov"), wxTRANSLATE("Dec")};
+constexpr const char* kWeekdays[] = {wxTRANSLATE("Sun"), wxTRANSLATE("Mon"), wxTRANSLATE("Tue"),
+                                     wxTRANSLATE("Wed"), wxTRANSLATE("Thu"), wxTRANSLATE("Fri"),
+                                     wxTRANSLATE("Sat")};
+
 }  // namespace
+
+wxString MonthName(wxDateTime::Month month) {
+    return month < std::size(kMonths) ? wxGetTranslation(kMonths[month]) : wxString();
+}
+
+wxString WeekdayName(wxDateTime::WeekDay day) {
+    return day < std::size(kWeekdays) ? wxGetTranslation(kWeekdays[day]) : wxString();
+}
+
+wxString FormatDate(const wxDateTime& time, wxString form) {
+    if (!time.IsValid()) {
+        return wxString();
+    }
+    form.Replace("%a", WeekdayName(time.GetWeekDay()));
+    form.Replace("%b", MonthName(time.GetMonth()));
+    return time.Format(form);
+}
 
 wxString FormatTimeStamp(const wxDateTime& time) {
     if (!time.IsValid()) {

@@ -19,6 +19,14 @@ class Clock {
     virtual wxDateTime Now() const { return CurrentTime(); }
 };
 
+// Return the short name of a month or a day in the language that the program shows. The C library
+// would name them in that of the user's locale, which may be another, or not be installed.
+wxString MonthName(wxDateTime::Month month);
+wxString WeekdayName(wxDateTime::WeekDay day);
+
+// Returns a time of the local clock by a form of strftime, whose %a and %b are the names above.
+wxString FormatDate(const wxDateTime& time, wxString form);
+
 // The last second of the year 9999. Files and the store hold times from 1970 to there.
 constexpr int64_t kLastTimeStamp = 253402300799;
 

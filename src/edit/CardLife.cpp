@@ -6,6 +6,8 @@
 #include <iterator>
 #include <utility>
 
+#include "base/Time.h"
+
 namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
@@ -60,7 +62,7 @@ Plot MakeCardLifePlot(const wxString& title, const std::vector<ReviewRecord>& re
         point.Note = wxString::Format("%i", review.Score);
         line.Points.push_back(point);
         (review.Score >= 3 ? passes : failures).Points.push_back(point);
-        plot.Table.Rows.push_back({TimeOf(review).Format(_("%a %d %b %Y %H:%M")), point.Note,
+        plot.Table.Rows.push_back({FormatDate(TimeOf(review), _("%a %d %b %Y %H:%M")), point.Note,
                                    DurationText(static_cast<double>(review.NewInterval))});
     }
     plot.Series = {std::move(line), std::move(passes), std::move(failures)};

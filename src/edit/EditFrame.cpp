@@ -1,5 +1,6 @@
 #include "edit/EditFrame.h"
 
+#include <wx/accel.h>
 #include <wx/display.h>
 #include <wx/log.h>
 #include <wx/menu.h>
@@ -36,6 +37,16 @@ constexpr int kForeignCommands[] = {
     wxID_OPEN, ID_STUDY_FORWARD, ID_STUDY_REVERSE, ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,
     wxID_NEW,  ID_SAVE_CLOSE,    wxID_FIND,        ID_OPEN_STORE,     ID_RECENT_STORES};
 
+// The keys of the commands that the menus of the other windows show and this one's leave out.
+const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
+                                    {wxACCEL_CTRL, 'Q', wxID_EXIT},
+                                    {wxACCEL_CTRL, '1', ID_WINDOW_LIST},
+                                    {wxACCEL_CTRL, '2', ID_WINDOW_STUDY},
+                                    {wxACCEL_CTRL, 'F', wxID_FIND},
+                                    {wxACCEL_CTRL, 'N', wxID_NEW},
+                                    {wxACCEL_CTRL | wxACCEL_SHIFT, 'N', ID_NEW_CATEGORY},
+                                    {wxACCEL_CTRL, 'E', wxID_OPEN}};
+
 // Returns the name of the user, who is the author of new cards.
 wxString GetOwnerName() {
     const wxString name = wxGetUserName();
@@ -50,6 +61,7 @@ EditFrame::EditFrame(AppServices& services)
       mServices(services) {
     InitFrame(*this, "editcard");
     TrimMenuBar();
+    SetAcceleratorTable(wxAcceleratorTable(WXSIZEOF(kKeys), kKeys));
     CreateToolBar();
     CreateForm();
     ApplyFont();

@@ -114,7 +114,8 @@ wxString DescribeTime(const wxDateTime& time, const wxDateTime& now) {
     const IntervalInUnits distance = SplitInterval(static_cast<float>(std::abs(seconds)));
     const auto count = static_cast<unsigned>(std::lround(distance.Value));
     const bool isThisYear = time.GetYear() == now.GetYear();
-    const wxString date = time.Format(isThisYear ? _("%a %d %b %H:%M") : _("%a %d %b %Y %H:%M"));
+    const wxString date =
+        FormatDate(time, isThisYear ? _("%a %d %b %H:%M") : _("%a %d %b %Y %H:%M"));
     return (seconds < 0 ? Before(count, distance.Unit) : After(count, distance.Unit)) + ", " + date;
 }
 

@@ -39,7 +39,7 @@ double RoundStep(double least) {
 }
 
 wxString MonthText(const wxDateTime& day) {
-    const wxString month = wxDateTime::GetMonthName(day.GetMonth(), wxDateTime::Name_Abbr);
+    const wxString month = MonthName(day.GetMonth());
     if (day.GetMonth() != wxDateTime::Jan) {
         return month;
     }
@@ -198,7 +198,7 @@ wxString DurationText(double seconds) {
 }
 
 wxString DayText(const wxDateTime& day) {
-    const wxString month = wxDateTime::GetMonthName(day.GetMonth(), wxDateTime::Name_Abbr);
+    const wxString month = MonthName(day.GetMonth());
     // Translators: a day and the short name of its month, such as "12 May". "%2$s %1$i" turns the
     // order round.
     return wxString::Format(_("%i %s"), day.GetDay(), month);

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <memory>
 
+#include "base/Time.h"
 #include "plot/PlotCanvas.h"
 #include "shell/Toolkit.h"
 
@@ -37,7 +38,10 @@ constexpr double kSmallestDisc = 3.0;
 constexpr double kBarPart = 0.82;
 constexpr double kNarrowPlace = 4.0;
 constexpr double kThickestRow = 26.0;
-constexpr double kLargestDay = 22.0;
+constexpr double kLargestDay = 40.0;
+constexpr int kMostBands = 4;
+// The days whose names stand beside a calendar.
+constexpr wxDateTime::WeekDay kNamedDays[] = {wxDateTime::Mon, wxDateTime::Wed, wxDateTime::Fri};
 // A picture with room for fewer lines of text is drawn compact.
 constexpr double kLinesOfAll = 8.5;
 
@@ -120,7 +124,9 @@ class PlotPainter {
     void DrawRanking();
     void DrawRankingRow(size_t i, double scale);
     void DrawCalendar();
-    void DrawMonths(double top, double left, double side, int offset);
+    void FitCalendar(int weeks, double width, double height, double head);
+    wxRect2DDouble PlaceOfDay(int day) const;
+    void DrawMonths(int firstOfBand, int offset);
     void DrawShades(double left, double y);
 
     void MarkRow();
@@ -134,6 +140,18 @@ class PlotPainter {
     // The area that is still free.
     wxRect2DDouble mArea;
     std::vector<wxRect2DDouble> mRows;
+    // How the days of a calendar are laid out.
+    struct {
+        int Bands = 1;
+        int WeeksInBand = 1;
+        double Side = 0.0;
+        double Left = 0.0;
+        double Top = 0.0;
+        // The height of the names of months.
+        double Head = 0.0;
+
+        double BandHeight() const { return Head + 7 * Side; }
+    } mCalendar;
 };
 
 std::vector<wxRect2DDouble> PlotPainter::Draw() {
@@ -527,6 +545,33 @@ int Weekday(const wxDateTime& day) {
     return (static_cast<int>(day.GetWeekDay()) + 6) % 7;
 }
 
+// Breaks the weeks into as many bands, one below the other, as make the days the largest. A band
+// has its months above it.
+void PlotPainter::FitCalendar(int weeks, double width, double height, double head) {
+    mCalendar.Side = 0.0;
+    for (int bands = 1; bands <= kMostBands; ++bands) {
+        const int perBand = (weeks + bands - 1) / bands;
+        const double side = std::min({width / perBand, (height / bands - head) / 7, kLargestDay});
+        if (side > mCalendar.Side) {
+            mCalendar.Side = side;
+            mCalendar.WeeksInBand = perBand;
+            mCalendar.Bands = bands;
+        }
+    }
+    mCalendar.Side = std::max(2.0, mCalendar.Side);
+    mCalendar.Head = head;
+}
+
+// Returns the place of a day, counted from the Monday of the first week.
+wxRect2DDouble PlotPainter::PlaceOfDay(int day) const {
+    const int week = day / 7;
+    const double side = mCalendar.Side;
+    const double top =
+        mCalendar.Top + mCalendar.BandHeight() * (week / mCalendar.WeeksInBand) + mCalendar.Head;
+    return {mCalendar.Left + side * (week % mCalendar.WeeksInBand), top + side * (day % 7), side,
+            side};
+}
+
 void PlotPainter::DrawCalendar() {
     if (mPlot.Days.empty()) {
         return;
@@ -535,48 +580,57 @@ void PlotPainter::DrawCalendar() {
     const int offset = Weekday(mPlot.FirstDay);
     const int weeks = (offset + static_cast<int>(mPlot.Days.size()) + 6) / 7;
     double names = 0.0;
-    for (const auto day : {wxDateTime::Mon, wxDateTime::Wed, wxDateTime::Fri}) {
-        names =
-            std::max(names, mCanvas.WidthOf(wxDateTime::GetWeekDayName(day, wxDateTime::Name_Abbr),
-                                            PlotText::Small));
+    for (const auto day : kNamedDays) {
+        names = std::max(names, mCanvas.WidthOf(WeekdayName(day), PlotText::Small));
     }
-    const double width = mArea.m_width - names - kGap;
-    const double height = mArea.m_height - 2 * line - 3 * kGap;
-    const double side = std::max(2.0, std::min({width / weeks, height / 7, kLargestDay}));
-    const double left = mArea.m_x + names + kGap;
-    const double top = mArea.m_y + line + kGap;
+    const double shades = mOptions.IsCompact ? 0.0 : line + kGap;
+    FitCalendar(weeks, mArea.m_width - names - kGap, mArea.m_height - shades, line + kGap);
+    mCalendar.Left = mArea.m_x + names + kGap;
+    mCalendar.Top = mArea.m_y;
     const int64_t greatest = *std::max_element(mPlot.Days.begin(), mPlot.Days.end());
+    const double space = mCalendar.Side >= 6 ? 1.5 : 0.5;
     for (size_t i = 0; i < mPlot.Days.size(); ++i) {
-        const int cell = offset + static_cast<int>(i);
-        const int week = cell / 7;
-        const wxRect2DDouble place(left + side * week, top + side * (cell % 7), side, side);
+        const wxRect2DDouble place = PlaceOfDay(offset + static_cast<int>(i));
         mRows.push_back(place);
-        const double space = side >= 6 ? 1.5 : 0.5;
-        mCanvas.Fill({place.m_x, place.m_y, side - space, side - space},
+        mCanvas.Fill({place.m_x, place.m_y, place.m_width - space, place.m_height - space},
                      mLook.Shade(CalendarShade(mPlot.Days[i], greatest)));
     }
-    for (const auto day : {wxDateTime::Mon, wxDateTime::Wed, wxDateTime::Fri}) {
-        Write(wxDateTime::GetWeekDayName(day, wxDateTime::Name_Abbr), left - kGap,
-              top + side * (static_cast<int>(day) - 0.5), PlotAnchor::Right, PlotText::Small,
-              mLook.Muted());
-    }
     MarkRow();
-    DrawMonths(mArea.m_y + line / 2, left, side, offset);
-    DrawShades(left, top + 7 * side + kGap + line / 2);
+    for (int band = 0; band < mCalendar.Bands; ++band) {
+        const int first = band * mCalendar.WeeksInBand * 7;
+        for (const auto day : kNamedDays) {
+            const wxRect2DDouble place = PlaceOfDay(first + static_cast<int>(day) - 1);
+            Write(WeekdayName(day), mCalendar.Left - kGap, place.GetCentre().m_y, PlotAnchor::Right,
+                  PlotText::Small, mLook.Muted());
+        }
+        DrawMonths(first, offset);
+    }
+    DrawShades(mCalendar.Left,
+               mCalendar.Top + mCalendar.BandHeight() * mCalendar.Bands + kGap + line / 2);
 }
 
-void PlotPainter::DrawMonths(double top, double left, double side, int offset) {
+// Names the months of a band where they begin. The one that begins before the band is named too
+// where there is room before the next.
+void PlotPainter::DrawMonths(int firstOfBand, int offset) {
+    constexpr int kRoomForName = 20;
+    const int end = std::min(firstOfBand + mCalendar.WeeksInBand * 7,
+                             offset + static_cast<int>(mPlot.Days.size()));
+    const int start = std::max(firstOfBand, offset);
     double free = 0.0;
-    for (size_t i = 0; i < mPlot.Days.size(); ++i) {
-        const wxDateTime date = mPlot.FirstDay + wxDateSpan::Days(static_cast<int>(i));
-        if (date.GetDay() != 1) {
+    for (int day = start; day < end; ++day) {
+        const wxDateTime date = mPlot.FirstDay + wxDateSpan::Days(day - offset);
+        const int dayOfMonth = date.GetDay();
+        if (dayOfMonth != 1 && (day != start || dayOfMonth > kRoomForName)) {
             continue;
         }
-        const wxString name = wxDateTime::GetMonthName(date.GetMonth(), wxDateTime::Name_Abbr);
+        const wxString name = MonthName(date.GetMonth());
         const double width = mCanvas.WidthOf(name, PlotText::Small);
-        const int week = (offset + static_cast<int>(i)) / 7;
-        const double x = left + side * week;
-        if (x >= free && x + width <= mWidth) {
+        const wxRect2DDouble place = PlaceOfDay(day);
+        const double top = mCalendar.Top +
+                           mCalendar.BandHeight() * (day / 7 / mCalendar.WeeksInBand) +
+                           (mCalendar.Head - kGap) / 2;
+        const double x = std::min(place.m_x, mArea.GetRight() - width);
+        if (x >= free) {
             Write(name, x, top, PlotAnchor::Left, PlotText::Small, mLook.Muted());
             free = x + width + kGap;
         }

@@ -4,6 +4,7 @@
 #include <wx/checkbox.h>
 #include <wx/choice.h>
 #include <wx/colordlg.h>
+#include <wx/dcclient.h>
 #include <wx/dirdlg.h>
 #include <wx/filename.h>
 #include <wx/fontdlg.h>
@@ -39,15 +40,55 @@ constexpr int kNameLength = 22;
 
 }  // namespace
 
-void AppearanceControl::CreateRow(wxWindow* sample, int buttonId, const wxString& buttonText,
-                                  const wxString& label) {
+void AppearanceControl::CreateRows(wxWindow* sample, int buttonId, const wxString& buttonText,
+                                   const wxString& label) {
+    auto* const head = new wxBoxSizer(wxHORIZONTAL);
+    head->Add(new wxStaticText(this, wxID_STATIC, label), wxSizerFlags(1).CentreVertical());
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     row->Add(sample, wxSizerFlags(1).Expand());
     mpButton = new wxButton(this, buttonId, buttonText);
     row->Add(mpButton, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
-    SetSizer(row);
+    mpFollow = new wxCheckBox(this, kFollowId, _("Follow the desktop"));
+    head->Add(mpFollow, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormEdge)));
+
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    rows->Add(head, wxSizerFlags().Expand());
+    rows->Add(row, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormGap) / 2));
+    SetSizer(rows);
     SetAccessibleName(*mpButton, label + " " + mpButton->GetLabelText());
+    SetAccessibleName(*mpFollow, label + " " + mpFollow->GetLabelText());
     mpButton->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Change(); });
+    mpFollow->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { OnFollow(); });
+}
+
+void AppearanceControl::Load() {
+    ShowStored(mKey);
+    mpFollow->SetValue(!HasSetting(mKey));
+    mIsTouched = false;
+}
+
+void AppearanceControl::Store() {
+    if (!mIsTouched) {
+        return;
+    }
+    if (mpFollow->GetValue()) {
+        RemoveSetting(mKey);
+    } else {
+        Write(mKey);
+    }
+}
+
+void AppearanceControl::Touch() {
+    mpFollow->SetValue(false);
+    mIsTouched = true;
+}
+
+// A value that no longer follows the desktop stays as the desktop has it now.
+void AppearanceControl::OnFollow() {
+    mIsTouched = true;
+    if (mpFollow->GetValue()) {
+        ShowDefault(mKey);
+    }
 }
 
 void AppearanceControl::AlignButtons(std::initializer_list<const AppearanceControl*> controls) {
@@ -60,18 +101,37 @@ void AppearanceControl::AlignButtons(std::initializer_list<const AppearanceContr
     }
 }
 
-ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& label)
-    : AppearanceControl(parent, id) {
+ColorControl::ColorControl(wxWindow* parent, wxWindowID id, const wxString& label,
+                           const wxString& key)
+    : AppearanceControl(parent, id, key) {
     mpSwatch =
         new wxPanel(this, kSwatchId, wxDefaultPosition, FromDIP(wxSize(10, 10)), wxBORDER_SIMPLE);
     mpSwatch->SetCanFocus(false);
-    CreateRow(mpSwatch, kColorButtonId, _("Change Color..."), label);
+    CreateRows(mpSwatch, kColorButtonId, _("Change Color..."), label);
 }
 
 void ColorControl::SetColourData(const wxColourData& data) {
     mData = data;
-    mpSwatch->SetBackgroundColour(mData.GetColour());
+    ShowColour(mData.GetColour());
+    Touch();
+}
+
+void ColorControl::ShowColour(const wxColour& colour) {
+    mData.SetColour(colour);
+    mpSwatch->SetBackgroundColour(colour);
     mpSwatch->Refresh();
+}
+
+void ColorControl::ShowStored(const wxString& key) {
+    ShowColour(ReadColourSetting(key));
+}
+
+void ColorControl::ShowDefault(const wxString& key) {
+    ShowColour(DefaultColourSetting(key));
+}
+
+void ColorControl::Write(const wxString& key) {
+    WriteColourSetting(key, mData.GetColour());
 }
 
 void ColorControl::Change() {
@@ -81,20 +141,26 @@ void ColorControl::Change() {
     }
 }
 
-FontControl::FontControl(wxWindow* parent, wxWindowID id, const wxString& label)
-    : AppearanceControl(parent, id) {
+FontControl::FontControl(wxWindow* parent, wxWindowID id, const wxString& label,
+                         const wxString& key)
+    : AppearanceControl(parent, id, key) {
     const int width = std::max(FromDIP(kNameWidth), kNameLength * GetCharWidth());
     mpName = new wxTextCtrl(this, kFontNameId, wxString(), wxDefaultPosition, wxSize(width, -1),
                             wxTE_READONLY | wxTE_CENTRE);
     mpName->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     SetAccessibleName(*mpName, label);
-    CreateRow(mpName, kFontButtonId, _("Change Font..."), label);
+    CreateRows(mpName, kFontButtonId, _("Change Font..."), label);
 }
 
 void FontControl::SetFontData(const wxFontData& data) {
-    const int size = mpName->GetFont().GetPointSize();
     mData = data;
-    wxFont font = GetFontOfData();
+    ShowFont(GetFontOfData());
+    Touch();
+}
+
+void FontControl::ShowFont(const wxFont& shown) {
+    const int size = mpName->GetFont().GetPointSize();
+    wxFont font = shown;
     mpName->SetValue(wxString::Format(_("%ipt, %s"), font.GetPointSize(), font.GetFaceName()));
     font.SetPointSize(size);
     mpName->SetFont(font);
@@ -103,6 +169,22 @@ void FontControl::SetFontData(const wxFontData& data) {
 wxFont FontControl::GetFontOfData() const {
     const wxFont chosen = mData.GetChosenFont();
     return chosen.IsOk() ? chosen : mData.GetInitialFont();
+}
+
+void FontControl::ShowStored(const wxString& key) {
+    mData.SetInitialFont(ReadFontSetting(key));
+    mData.SetAllowSymbols(false);
+    ShowFont(mData.GetInitialFont());
+}
+
+void FontControl::ShowDefault(const wxString& /*key*/) {
+    mData.SetInitialFont(DefaultFontSetting());
+    mData.SetChosenFont(wxNullFont);
+    ShowFont(mData.GetInitialFont());
+}
+
+void FontControl::Write(const wxString& key) {
+    WriteFontSetting(key, GetFontOfData());
 }
 
 void FontControl::Change() {
@@ -114,28 +196,10 @@ void FontControl::Change() {
 
 namespace {
 
-// The width at which the texts of the form break into lines.
+// The least width at which the texts of the form break into lines. They take that of their group.
 constexpr int kTextWidth = 215;
 
 constexpr int kMostLeastBackups = 1000;
-
-// A font with a colour key lets the platform's font dialog offer the colour too, where it can.
-void LoadFont(FontControl& control, const wxString& key, const wxString& colourKey) {
-    wxFontData data;
-    data.SetInitialFont(ReadFontSetting(key));
-    data.SetAllowSymbols(false);
-    data.EnableEffects(!colourKey.empty());
-    if (!colourKey.empty()) {
-        data.SetColour(ReadColourSetting(colourKey));
-    }
-    control.SetFontData(data);
-}
-
-void LoadColour(ColorControl& control, const wxString& key) {
-    wxColourData data;
-    data.SetColour(ReadColourSetting(key));
-    control.SetColourData(data);
-}
 
 }  // namespace
 
@@ -151,8 +215,15 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
     FitTextHeights(*mpForm);
     // Measures with the longer description, so that the window has room for both.
     ShowDescription(true);
+    ArrangeColumns();
+    WrapTexts();
     FitDialogToForm(*this, *mpForm, FromDIP(wxSize(400, 300)));
     ShowDescription(false);
+    mpForm->Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        event.Skip();
+        // The form has its new layout when the event is done.
+        CallAfter(&PreferencesDialog::WrapTexts);
+    });
     CentreOnParent();
     Bind(wxEVT_CHOICE, &PreferencesDialog::OnIntroductionChoice, this, ID_INTRODUCTION);
     Bind(
@@ -173,9 +244,12 @@ void PreferencesDialog::CreateControls() {
     mpForm = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                                   wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL);
     mpForm->SetScrollRate(1, 1);
-    mpFormSizer = MakeFormColumn(*mpForm);
+    mpColumns = new wxBoxSizer(wxHORIZONTAL);
+    MakeFormColumn(*mpForm)->Add(mpColumns, wxSizerFlags(1).Expand());
+    AddColumn();
     CreateAppearance();
     CreateAdvanced();
+    AddColumn();
     CreateStoreFile();
     CreateBackups();
     LetFormScroll(*mpForm);
@@ -185,28 +259,80 @@ void PreferencesDialog::CreateControls() {
     rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, FromDIP(kFormEdge)));
 }
 
+// Two columns of groups stand side by side, so that they fit on a low screen.
+void PreferencesDialog::AddColumn() {
+    const bool isFirst = mpFormSizer == nullptr;
+    if (!isFirst) {
+        mpColumns->AddSpacer(2 * FromDIP(kFormEdge));
+    }
+    mpFormSizer = new wxBoxSizer(wxVERTICAL);
+    // Equal shares would ask for twice the width of the wider one.
+    mpColumns->Add(mpFormSizer, wxSizerFlags(isFirst ? 0 : 1).Expand());
+}
+
+// On a screen that is too narrow for both, such as with a large font, one stands below the other.
+void PreferencesDialog::ArrangeColumns() {
+    const int room = wxGetClientDisplayRect().width - FromDIP(kFormEdge);
+    if (mpForm->GetSizer()->CalcMin().x > room) {
+        mpColumns->SetOrientation(wxVERTICAL);
+    }
+}
+
+// Breaks the longer texts at the width of their group, which is that of its other controls at
+// least.
+void PreferencesDialog::WrapTexts() {
+    bool isChanged = false;
+    for (WrappedText& text : mWrappedTexts) {
+        const int width =
+            std::max({text.pGroup->GetSize().x, text.pGroup->CalcMin().x, FromDIP(kTextWidth)});
+        if (width != text.Width) {
+            text.Width = width;
+            text.pLabel->SetLabelText(text.Words);
+            text.pLabel->Wrap(width);
+            // The lines must not keep the group from becoming narrower again. The toolkit's own
+            // best height never gets less than the one that the label has had.
+            const wxClientDC dc(text.pLabel);
+            const int height = dc.GetMultiLineTextExtent(text.pLabel->GetLabel()).y;
+            text.pLabel->SetMinSize(wxSize(FromDIP(kTextWidth), height));
+            isChanged = true;
+        }
+    }
+    if (isChanged) {
+        mpForm->FitInside();
+    }
+}
+
+wxStaticText* PreferencesDialog::AddWrappedText(wxSizer& group, const wxString& text) {
+    wxStaticText* const label = AddText(group, wxString());
+    label->SetMinSize(wxSize(FromDIP(kTextWidth), -1));
+    mWrappedTexts.push_back({label, &group, text});
+    return label;
+}
+
 void PreferencesDialog::CreateAppearance() {
     wxBoxSizer& group = *AddFormGroup(*mpFormSizer, *mpForm, _("Appearance"));
-    mpListFont = AddControl<FontControl>(group, _("List View Font:"), ID_LIST_FONT);
-    mpStudyFont = AddControl<FontControl>(group, _("Study Flash Card Font:"), ID_STUDY_FONT);
+    mpListFont =
+        AddControl<FontControl>(group, _("List View Font:"), ID_LIST_FONT, kSettingBrowseFont);
+    mpStudyFont =
+        AddControl<FontControl>(group, _("Study Flash Card Font:"), ID_STUDY_FONT, kSettingFont);
     // The font dialogs of some desktops, GTK's among them, offer no colour, so it has a row of its
     // own.
-    mpStudyFontColor =
-        AddControl<ColorControl>(group, _("Study Flash Card Font Color:"), ID_STUDY_FONT_COLOR);
-    mpStudyColor = AddControl<ColorControl>(group, _("Study Flash Card Color:"), ID_STUDY_COLOR);
+    mpStudyFontColor = AddControl<ColorControl>(group, _("Study Flash Card Font Color:"),
+                                                ID_STUDY_FONT_COLOR, kSettingFontColor);
+    mpStudyColor = AddControl<ColorControl>(group, _("Study Flash Card Color:"), ID_STUDY_COLOR,
+                                            kSettingStudyBgColor);
     AppearanceControl::AlignButtons({mpListFont, mpStudyFont, mpStudyFontColor, mpStudyColor});
 }
 
 void PreferencesDialog::CreateAdvanced() {
     wxBoxSizer& group = *AddFormGroup(*mpFormSizer, *mpForm, _("Advanced"));
     const wxString question = _("When would you like new cards introduced?");
-    for (const wxString& text : {wxString(_("Introduction Options")), question}) {
-        AddText(group, text)->Wrap(FromDIP(kTextWidth));
-    }
+    AddWrappedText(group, _("Introduction Options"));
+    AddWrappedText(group, question);
     mpIntroductionChoice =
         AddChoice(group, ID_INTRODUCTION,
                   {_("After Scheduled Review"), _("During Scheduled Review")}, question);
-    mpIntroductionText = AddText(group, wxString());
+    mpIntroductionText = AddWrappedText(group, wxString());
 
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     group.Add(row, FormRow(*mpForm));
@@ -271,9 +397,9 @@ void PreferencesDialog::CreateBackups() {
     least->Add(mpLeastBackups, wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
     const wxString limit =
         wxFileName::GetHumanReadableSize(wxULongLong(BackupSettings().MostBytes));
-    AddText(group, wxString::Format(
-                       _("Those closest together go first when all take more than %s."), limit))
-        ->Wrap(FromDIP(kTextWidth));
+    AddWrappedText(
+        group,
+        wxString::Format(_("Those closest together go first when all take more than %s."), limit));
 }
 
 wxStaticText* PreferencesDialog::AddText(wxSizer& group, const wxString& text) {
@@ -283,9 +409,9 @@ wxStaticText* PreferencesDialog::AddText(wxSizer& group, const wxString& text) {
 }
 
 template <class Control>
-Control* PreferencesDialog::AddControl(wxSizer& group, const wxString& label, int id) {
-    AddText(group, label);
-    auto* const control = new Control(mpForm, id, label);
+Control* PreferencesDialog::AddControl(wxSizer& group, const wxString& label, int id,
+                                       const wxString& key) {
+    auto* const control = new Control(mpForm, id, label, key);
     group.Add(control, FormRow(*mpForm));
     return control;
 }
@@ -300,10 +426,9 @@ wxChoice* PreferencesDialog::AddChoice(wxSizer& group, int id, const std::vector
 
 // The description stays that of the first choice until the user makes a choice.
 void PreferencesDialog::LoadSettings() {
-    LoadFont(*mpListFont, kSettingBrowseFont, wxString());
-    LoadFont(*mpStudyFont, kSettingFont, kSettingFontColor);
-    LoadColour(*mpStudyFontColor, kSettingFontColor);
-    LoadColour(*mpStudyColor, kSettingStudyBgColor);
+    for (AppearanceControl* const control : GetAppearance()) {
+        control->Load();
+    }
     mpIntervalText->ChangeValue(
         wxString::Format("%i", ReadIntegerSetting(kSettingEarlyIntroductionInterval)));
     const bool early = ReadBooleanSetting(kSettingEarlyIntroduction);
@@ -330,12 +455,14 @@ void PreferencesDialog::SetDatabase(Database* database) {
 }
 
 void PreferencesDialog::ShowDescription(bool early) {
-    mpIntroductionText->SetLabelText(
+    const auto isIt = [this](const WrappedText& text) { return text.pLabel == mpIntroductionText; };
+    WrappedText& text = *std::find_if(mWrappedTexts.begin(), mWrappedTexts.end(), isIt);
+    text.Words =
         early ? _("New cards are introduced during the review of scheduled cards if the review "
                   "interval of all ready cards is greater than the value specified below.")
-              : _("New cards are only introduced after all scheduled cards have been reviewed."));
-    mpIntroductionText->Wrap(FromDIP(kTextWidth));
-    mpForm->FitInside();
+              : _("New cards are only introduced after all scheduled cards have been reviewed.");
+    text.Width = -1;
+    WrapTexts();
 }
 
 void PreferencesDialog::OnIntroductionChoice(wxCommandEvent& event) {
@@ -387,7 +514,9 @@ void PreferencesDialog::OnBrowse(wxCommandEvent&) {
 
 // A store action that stops leaves the settings written, and the dialog closes all the same.
 void PreferencesDialog::OnOk(wxCommandEvent&) {
-    ApplyAppearance();
+    for (AppearanceControl* const control : GetAppearance()) {
+        control->Store();
+    }
     ApplyIntroduction();
     ApplyBackups();
     ChangeStoreFile(mActions, this, *mpDatabase,
@@ -397,11 +526,8 @@ void PreferencesDialog::OnOk(wxCommandEvent&) {
     EndModal(wxID_OK);
 }
 
-void PreferencesDialog::ApplyAppearance() {
-    WriteFontSetting(kSettingBrowseFont, mpListFont->GetFontOfData());
-    WriteFontSetting(kSettingFont, mpStudyFont->GetFontOfData());
-    WriteColourSetting(kSettingFontColor, mpStudyFontColor->GetColourData().GetColour());
-    WriteColourSetting(kSettingStudyBgColor, mpStudyColor->GetColourData().GetColour());
+std::array<AppearanceControl*, 4> PreferencesDialog::GetAppearance() const {
+    return {mpListFont, mpStudyFont, mpStudyFontColor, mpStudyColor};
 }
 
 void PreferencesDialog::ApplyIntroduction() {

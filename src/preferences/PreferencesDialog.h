@@ -5,6 +5,7 @@
 #include <wx/fontdata.h>
 #include <wx/panel.h>
 
+#include <array>
 #include <initializer_list>
 #include <vector>
 
@@ -21,38 +22,61 @@ class wxSpinCtrl;
 class wxStaticText;
 class wxTextCtrl;
 
-// The shared half of the controls below: a sample of what is chosen, and beside it a button that
-// opens the platform's dialog for choosing another. The label that stands above the control in its
-// form becomes part of the button's name for screen readers.
+// The shared half of the controls below, which each stand for one setting: a label and a check box
+// for following the desktop; below them a sample of what is chosen, and a button that opens the
+// platform's dialog for choosing another. The label becomes part of their names for screen readers.
 class AppearanceControl : public wxPanel {
   public:
+    enum ControlId : int { kFollowId = 10056 };
+
+    // Shows the setting. A value that is not stored follows the desktop.
+    void Load();
+    // Stores the value, or that it follows the desktop, if either was touched since Load.
+    void Store();
+
     // Makes the buttons of several controls equally wide, for a form that shows them in a column.
     static void AlignButtons(std::initializer_list<const AppearanceControl*> controls);
 
   protected:
-    AppearanceControl(wxWindow* parent, wxWindowID id) : wxPanel(parent, id) {}
+    AppearanceControl(wxWindow* parent, wxWindowID id, const wxString& key)
+        : wxPanel(parent, id), mKey(key) {}
 
-    // Lays out the two. Called once, by the constructor of the derived class.
-    void CreateRow(wxWindow* sample, int buttonId, const wxString& buttonText,
-                   const wxString& label);
+    // Lays out the parts. Called once, by the constructor of the derived class.
+    void CreateRows(wxWindow* sample, int buttonId, const wxString& buttonText,
+                    const wxString& label);
+    // Notes that the value was chosen, so that it no longer follows the desktop.
+    void Touch();
 
     // Runs the platform's dialog and takes its answer.
     virtual void Change() = 0;
+    // Shows the value of the settings, or that of the desktop.
+    virtual void ShowStored(const wxString& key) = 0;
+    virtual void ShowDefault(const wxString& key) = 0;
+    virtual void Write(const wxString& key) = 0;
 
   private:
+    void OnFollow();
+
+    const wxString mKey;
+    bool mIsTouched = false;
+    wxCheckBox* mpFollow = nullptr;
     wxButton* mpButton = nullptr;
 };
 
 // A colour, shown as a swatch.
 class ColorControl : public AppearanceControl {
   public:
-    ColorControl(wxWindow* parent, wxWindowID id, const wxString& label);
+    ColorControl(wxWindow* parent, wxWindowID id, const wxString& label, const wxString& key);
 
     void SetColourData(const wxColourData& data);
     const wxColourData& GetColourData() const { return mData; }
 
   private:
     void Change() override;
+    void ShowStored(const wxString& key) override;
+    void ShowDefault(const wxString& key) override;
+    void Write(const wxString& key) override;
+    void ShowColour(const wxColour& colour);
 
     wxColourData mData;
     wxPanel* mpSwatch = nullptr;
@@ -64,7 +88,7 @@ class FontControl : public AppearanceControl {
   public:
     enum ControlId : int { kFontNameId = 10047 };
 
-    FontControl(wxWindow* parent, wxWindowID id, const wxString& label);
+    FontControl(wxWindow* parent, wxWindowID id, const wxString& label, const wxString& key);
 
     void SetFontData(const wxFontData& data);
     const wxFontData& GetFontData() const { return mData; }
@@ -74,14 +98,18 @@ class FontControl : public AppearanceControl {
 
   private:
     void Change() override;
+    void ShowStored(const wxString& key) override;
+    void ShowDefault(const wxString& key) override;
+    void Write(const wxString& key) override;
+    void ShowFont(const wxFont& font);
 
     wxFontData mData;
     wxTextCtrl* mpName = nullptr;
 };
 
 // The dialog behind Options: the fonts and colours of the cards, when new cards are introduced, the
-// file that keeps the cards, and its backups. Nothing changes until the user presses OK. Main
-// thread only.
+// file that keeps the cards, and its backups. Nothing changes until the user presses OK, and of the
+// appearance only what the user has touched. Main thread only.
 class PreferencesDialog : public wxDialog {
   public:
     enum ControlId : int {
@@ -110,7 +138,19 @@ class PreferencesDialog : public wxDialog {
     void SetDatabase(Database* database);
 
   private:
+    // A text that breaks into lines at the width of its group.
+    struct WrappedText {
+        wxStaticText* pLabel = nullptr;
+        wxSizer* pGroup = nullptr;
+        wxString Words;
+        // The width at which it is broken now.
+        int Width = -1;
+    };
+
     void CreateControls();
+    void AddColumn();
+    void ArrangeColumns();
+    void WrapTexts();
     void CreateAppearance();
     void CreateAdvanced();
     void CreateStoreFile();
@@ -118,8 +158,9 @@ class PreferencesDialog : public wxDialog {
 
     // Each of these adds a row to the end of a group.
     wxStaticText* AddText(wxSizer& group, const wxString& text);
+    wxStaticText* AddWrappedText(wxSizer& group, const wxString& text);
     template <class Control>
-    Control* AddControl(wxSizer& group, const wxString& label, int id);
+    Control* AddControl(wxSizer& group, const wxString& label, int id, const wxString& key);
     wxChoice* AddChoice(wxSizer& group, int id, const std::vector<wxString>& entries,
                         const wxString& spokenName);
 
@@ -128,7 +169,7 @@ class PreferencesDialog : public wxDialog {
     void EnableBackups();
     void EnableNewStore(bool enable);
 
-    void ApplyAppearance();
+    std::array<AppearanceControl*, 4> GetAppearance() const;
     void ApplyIntroduction();
     void ApplyBackups();
 
@@ -140,7 +181,10 @@ class PreferencesDialog : public wxDialog {
     Subject& mSettingsNotifier;
     StoreFileActions& mActions;
     wxScrolledWindow* mpForm = nullptr;
+    wxBoxSizer* mpColumns = nullptr;
+    // The column that is being filled.
     wxBoxSizer* mpFormSizer = nullptr;
+    std::vector<WrappedText> mWrappedTexts;
     FontControl* mpListFont = nullptr;
     FontControl* mpStudyFont = nullptr;
     ColorControl* mpStudyFontColor = nullptr;

@@ -33,14 +33,19 @@ const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, i
     const auto current = std::find_if(
         categories.begin(), categories.end(),
         [categoryId](const CategoryReady& each) { return each.Info.Id == categoryId; });
-    const auto hasDue = [categoryId](const CategoryReady& each) {
-        return each.Ready > 0 && each.Info.Id != categoryId;
-    };
-    auto found = std::find_if(current, categories.end(), hasDue);
-    if (found == categories.end()) {
-        found = std::find_if(categories.begin(), categories.end(), hasDue);
+    for (int CategoryReady::*const count : {&CategoryReady::Ready, &CategoryReady::New}) {
+        const auto hasAny = [categoryId, count](const CategoryReady& each) {
+            return each.*count > 0 && each.Info.Id != categoryId;
+        };
+        auto found = std::find_if(current, categories.end(), hasAny);
+        if (found == categories.end()) {
+            found = std::find_if(categories.begin(), categories.end(), hasAny);
+        }
+        if (found != categories.end()) {
+            return &*found;
+        }
     }
-    return found == categories.end() ? nullptr : &*found;
+    return nullptr;
 }
 
 namespace {
@@ -186,6 +191,20 @@ int Scheduler::CountReady(int32_t categoryId) {
     return all;
 }
 
+int Scheduler::CountNew(int32_t categoryId) {
+    int count = 0;
+    for (const ReviewDirection direction : kEachDirection) {
+        int32_t all = 0;
+        int32_t introduced = 0;
+        if ((mOptions.Directions & direction) != 0 &&
+            mDatabase.Count(direction, categoryId, all) >= 0 &&
+            mDatabase.CountIntroduced(direction, categoryId, introduced) >= 0) {
+            count += all - introduced;
+        }
+    }
+    return count;
+}
+
 wxDateTime Scheduler::GetNextDueTime() {
     wxDateTime next;
     for (const ReviewDirection direction : kEachDirection) {
@@ -204,7 +223,7 @@ std::vector<CategoryReady> Scheduler::CountCategories() {
     mDatabase.SelectAllCategories(all);
     std::vector<CategoryReady> counted;
     for (const Category& category : all) {
-        counted.push_back({category, CountReady(category.Id)});
+        counted.push_back({category, CountReady(category.Id), CountNew(category.Id)});
     }
     return counted;
 }

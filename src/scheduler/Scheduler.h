@@ -49,14 +49,15 @@ class CardHistory {
     std::list<HistoryEntry> mEntries;
 };
 
-// A category and how many of its cards are due.
+// A category and what waits in it: cards that are due, and cards that were never scored.
 struct CategoryReady {
     Category Info;
     int Ready = 0;
+    int New = 0;
 };
 
-// Returns the first category after the given one, round the end, that has due cards; null when no
-// other has any.
+// Returns the first category after the given one, round the end, that has due cards; when none has
+// any, the first that has new ones. Null when no other has either.
 const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId);
 
 // What waits in all categories together. Excluded cards do not count.
@@ -152,7 +153,9 @@ class Scheduler {
     wxDateTime GetNextDueTime();
 
     int32_t GetCategoryId() const { return mOptions.CategoryId; }
-    // Returns all categories in the order of the store, each with its number of due cards.
+    // Counts the cards of the category that were never scored, over all directions studied.
+    int GetNewCount() { return CountNew(mOptions.CategoryId); }
+    // Returns all categories in the order of the store, each with what waits in it.
     std::vector<CategoryReady> CountCategories();
 
     // Returns the intervals that a score of 0 to 5 can give the current card now. The recorded
@@ -179,6 +182,7 @@ class Scheduler {
         return ScheduleOf(mCurrentCard, mCurrentDirection);
     }
     int CountReady(int32_t categoryId);
+    int CountNew(int32_t categoryId);
     // The history's entry whose schedule a score starts from, or null when it starts from that of
     // the current card.
     const HistoryEntry* EntryToRestore(int score) const;

@@ -57,11 +57,6 @@ Value DefaultOf(const DefaultRow<Value> (&table)[kCount], const wxString& key, V
     return row == nullptr ? otherwise : row->Default;
 }
 
-wxColour DefaultColour(const wxString& key) {
-    const DefaultRow<wxSystemColour>* const row = FindDefault(kColourDefaults, key);
-    return row == nullptr ? wxColour() : wxSystemSettings::GetColour(row->Default);
-}
-
 // Reads one third of a colour text: its letter, and three characters that are a number of at most
 // 255.
 bool ParseColourGroup(const wxString& text, size_t position, char letter, unsigned char& part) {
@@ -103,12 +98,29 @@ std::unique_ptr<wxConfigBase> OpenSettings() {
     return OpenSettingsFile(kApplicationName);
 }
 
-wxFont ReadFontSetting(const wxString& key) {
+bool HasSetting(const wxString& key) {
+    return OpenSettings()->HasEntry(key);
+}
+
+void RemoveSetting(const wxString& key) {
+    OpenSettings()->DeleteEntry(key);
+}
+
+wxFont DefaultFontSetting() {
     static const wxFont standard = wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT);
+    return standard;
+}
+
+wxColour DefaultColourSetting(const wxString& key) {
+    const DefaultRow<wxSystemColour>* const row = FindDefault(kColourDefaults, key);
+    return row == nullptr ? wxColour() : wxSystemSettings::GetColour(row->Default);
+}
+
+wxFont ReadFontSetting(const wxString& key) {
     wxFont font;
     const wxString text = OpenSettings()->Read(key, wxString());
     const bool taken = font.SetNativeFontInfo(text) && font.IsOk();
-    return taken && font.GetFractionalPointSize() <= kLargestFont ? font : standard;
+    return taken && font.GetFractionalPointSize() <= kLargestFont ? font : DefaultFontSetting();
 }
 
 void WriteFontSetting(const wxString& key, const wxFont& font) {
@@ -118,7 +130,7 @@ void WriteFontSetting(const wxString& key, const wxFont& font) {
 wxColour ReadColourSetting(const wxString& key) {
     wxColour colour;
     const bool taken = ParseColourText(OpenSettings()->Read(key, wxString()), colour);
-    return taken ? colour : DefaultColour(key);
+    return taken ? colour : DefaultColourSetting(key);
 }
 
 void WriteColourSetting(const wxString& key, const wxColour& colour) {

@@ -49,6 +49,13 @@ constexpr char kSettingImportDialogPosition[] = "ImportDialogPosition";
 // Returns a fresh configuration object, for keys that have no accessor of their own.
 std::unique_ptr<wxConfigBase> OpenSettings();
 
+bool HasSetting(const wxString& key);
+// Removes a value, so that its default holds again.
+void RemoveSetting(const wxString& key);
+
+// Return what holds where no value is stored: the desktop's own.
+wxFont DefaultFontSetting();
+wxColour DefaultColourSetting(const wxString& key);
 // Returns the system's default GUI font when the value is absent or no font.
 wxFont ReadFontSetting(const wxString& key);
 void WriteFontSetting(const wxString& key, const wxFont& font);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "base/Time.h"
 
 namespace {
 
@@ -32,7 +33,7 @@ wxString ShareText(double share) {
 }
 
 wxString DateText(int32_t day) {
-    return NoonOfDay(day).FormatDate();
+    return FormatDate(NoonOfDay(day), _("%d %b %Y"));
 }
 
 wxString RangeText(const TimeRange& range) {

@@ -177,6 +177,7 @@ class QuickScore : public wxControlWithItems {
     wxBitmap mDisabledBitmap;
     // The background that the four pictures were painted on.
     wxColour mBitmapBackground;
+    bool mIsDark = false;
     int32_t mMargin = 3;
     int32_t mPadX = 0;
     int32_t mPadY = 0;

@@ -101,13 +101,16 @@ void QuickScore::EnsureBitmaps() {
         mBitmapBackground == background) {
         return;
     }
-    const wxColour grey(197, 197, 197);
-    const wxColour blue(97, 127, 220);
     const wxColour face = wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE);
     const int32_t size = mItemHeight;
-    mDefaultBitmap = MakeButtonBitmap(size, background, *wxWHITE, grey, false, scale);
-    mSelectedBitmap = MakeButtonBitmap(size, background, *wxWHITE, blue, false, scale);
-    mPressedBitmap = MakeButtonBitmap(size, background, *wxWHITE, blue, true, scale);
+    // Light buttons would shine in a dark window.
+    mIsDark = background.GetLuminance() < 0.5;
+    const wxColour top = mIsDark ? wxColour(92, 92, 92) : *wxWHITE;
+    const wxColour grey = mIsDark ? wxColour(66, 66, 66) : wxColour(197, 197, 197);
+    const wxColour blue = mIsDark ? wxColour(45, 75, 168) : wxColour(97, 127, 220);
+    mDefaultBitmap = MakeButtonBitmap(size, background, top, grey, false, scale);
+    mSelectedBitmap = MakeButtonBitmap(size, background, top, blue, false, scale);
+    mPressedBitmap = MakeButtonBitmap(size, background, top, blue, true, scale);
     mDisabledBitmap = MakeButtonBitmap(size, background, face, face, true, scale);
     mBitmapBackground = background;
 }
@@ -156,9 +159,9 @@ void QuickScore::PaintBitmap(wxDC& dc, const wxBitmap& bitmap, const wxRect& ite
     }
 }
 
-// Draws a rectangle of our own: that of a dark theme cannot be seen on a light button.
+// Draws a rectangle of our own, which can be seen on the button.
 void QuickScore::PaintFocus(wxDC& dc, const wxRect& rect) const {
-    dc.SetPen(wxPen(*wxBLACK, 1, wxPENSTYLE_DOT));
+    dc.SetPen(wxPen(mIsDark ? *wxWHITE : *wxBLACK, 1, wxPENSTYLE_DOT));
     dc.SetBrush(*wxTRANSPARENT_BRUSH);
     dc.DrawRectangle(rect);
 }
@@ -169,8 +172,7 @@ void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
     dc.SetBackground(wxBrush(GetBackgroundColour()));
     dc.Clear();
     dc.SetFont(GetFont());
-    // The buttons are light in every theme.
-    dc.SetTextForeground(IsEnabled() ? *wxBLACK
+    dc.SetTextForeground(IsEnabled() ? (mIsDark ? *wxWHITE : *wxBLACK)
                                      : wxSystemSettings::GetColour(wxSYS_COLOUR_GRAYTEXT));
     for (int32_t n = 0; n < static_cast<int32_t>(GetCount()); ++n) {
         if (GetUpdateRegion().Contains(GetItemRect(n)) != wxOutRegion) {

@@ -150,7 +150,7 @@ void StudyFrame::CreateBars() {
     SetToolBar(mpToolBar);
 
     mpStatusBar = new wxStatusBar(this, kStatusBarId, wxSTB_DEFAULT_STYLE, "statusBar");
-    mpStatusBar->SetFieldsCount(2);
+    mpStatusBar->SetFieldsCount(3);
     SetStatusBar(mpStatusBar);
     mpStatusBar->Bind(wxEVT_SIZE, &StudyFrame::OnStatusBarSize, this);
 }
@@ -287,6 +287,7 @@ void StudyFrame::UpdateCard(bool newCard) {
     } else {
         UpdateMessage();
     }
+    UpdateCategoryText();
     UpdateBreakBar();
     if (step != mShownStep) {
         DropPresses();

@@ -150,6 +150,8 @@ class StudyFrame : public wxFrame {
     void OnChange(Subject* subject);
 
     // The bar of the break and the way to other categories; see StudyFrameCategories.cpp.
+    // Tells in the status bar which category is studied, and how many new cards wait in it.
+    void UpdateCategoryText();
     bool IsBreakDismissed() const;
     void UpdateBreakBar();
     void DismissBreak();

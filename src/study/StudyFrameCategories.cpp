@@ -5,6 +5,7 @@
 
 #include "base/Text.h"
 #include "categories/CategoryList.h"
+#include "categories/CurrentCategory.h"
 #include "categories/DropDown.h"
 #include "shell/AppServices.h"
 #include "study/CardViewer.h"
@@ -24,6 +25,11 @@ namespace {
 constexpr int kCategoryListId = 11001;
 
 }  // namespace
+
+void StudyFrame::UpdateCategoryText() {
+    const wxString name = GetCategoryName(*mpDatabase, mpScheduler->GetCategoryId());
+    mpStatusBar->SetStatusText(StudyCategoryText(name, mpScheduler->GetNewCount()), kCategoryField);
+}
 
 bool StudyFrame::IsBreakDismissed() const {
     return mDismissedBreak.End.IsValid() &&
@@ -76,15 +82,16 @@ void StudyFrame::GoToNextDue() {
     const std::vector<CategoryReady> categories = mpScheduler->CountCategories();
     const CategoryReady* const next = FindNextDue(categories, mpScheduler->GetCategoryId());
     if (next == nullptr) {
-        mpStatusBar->SetStatusText(_("No other category has due cards"), kStepField);
+        mpStatusBar->SetStatusText(_("No other category has due or new cards"), kStepField);
         return;
     }
     mpScheduler->SetHistoryIndex(-1);
     mServices.SetCurrentCategoryId(*mpDatabase, next->Info.Id);
     mpDatabase->Notify();
     mpCardViewer->ScrollToTop();
-    mpStatusBar->SetStatusText(wxString::Format(_("Category: %s"), ShownName(next->Info.Name)),
-                               kStepField);
+    // Translators: %s is the name of a category in which nothing is due.
+    const wxString format = next->Ready > 0 ? _("Category: %s") : _("New cards: %s");
+    mpStatusBar->SetStatusText(wxString::Format(format, ShownName(next->Info.Name)), kStepField);
     TakeKeys();
 }
 

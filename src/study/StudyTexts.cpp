@@ -61,12 +61,17 @@ wxString BreakMessage(const wxDateTime& due, const wxDateTime& now) {
     const auto seconds = static_cast<float>((due - now).GetSeconds().ToDouble());
     // Translators: the first %s is a time of day or a date, the second a length of time.
     return wxString::Format(_("Nothing is due now. Next card: %s (%s). Going on is early review."),
-                            due.Format(form), IntervalText(seconds));
+                            FormatDate(due, form), IntervalText(seconds));
 }
 
 wxString OfferText(const CategoryReady* category) {
     if (category == nullptr) {
         return wxString();
+    }
+    if (category->Ready == 0) {
+        // Translators: %s is the name of a category, %i the number of its new cards.
+        return wxString::Format(_("Study %s (%i new)"), ShownName(category->Info.Name),
+                                category->New);
     }
     // Translators: %s is the name of a category, %i the number of its cards that are due.
     return wxString::Format(_("Study %s (%i due)"), ShownName(category->Info.Name),
@@ -120,6 +125,14 @@ wxString StudyStepText(const Scheduler& scheduler, bool backShown, const wxStatu
     const bool narrow = IsAsWideAsField(_("Recently studied 00/00"), bar, kStepField);
     return wxString::Format(narrow ? _("Recent %i/%i") : _("Recently studied %i/%i"), position + 1,
                             scheduler.GetHistoryCount());
+}
+
+wxString StudyCategoryText(const wxString& name, int newCards) {
+    if (newCards == 0) {
+        return ShownName(name);
+    }
+    // Translators: the name of a category and the number of its new cards, in a status bar.
+    return wxString::Format(_("%s: %i new"), ShownName(name), newCards);
 }
 
 wxString StudyReadyText(Scheduler& scheduler, const wxStatusBar& bar) {

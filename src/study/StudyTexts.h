@@ -32,7 +32,7 @@ wxString IntervalText(float seconds);
 // The words of the bar in break time: when the next card is due, by the local clock, and what
 // studying on means. Empty for a time that is not valid, which a store that failed gives.
 wxString BreakMessage(const wxDateTime& due, const wxDateTime& now);
-// Offers a category with due cards; empty for null.
+// Offers a category with due cards or, when it has none, with new ones; empty for null.
 wxString OfferText(const CategoryReady* category);
 
 // These say why no card is shown, and what to do about it.
@@ -48,9 +48,12 @@ wxString CategoryExcludedMessage();
 
 constexpr int kReadyField = 0;
 constexpr int kStepField = 1;
+constexpr int kCategoryField = 2;
 
 // Names the step of study.
 wxString StudyStepText(const Scheduler& scheduler, bool backShown, const wxStatusBar& bar);
+// Names a category, and says how many new cards wait in it.
+wxString StudyCategoryText(const wxString& name, int newCards);
 // Says how many cards are due, or that none is.
 wxString StudyReadyText(Scheduler& scheduler, const wxStatusBar& bar);
 

@@ -24,6 +24,7 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "transfer/CardSample.h"
 #include "transfer/DeckPanel.h"
 #include "transfer/FaultList.h"
 #include "transfer/FormatRows.h"
@@ -99,7 +100,13 @@ void ImportDialog::CreateControls() {
     rows->Add(new wxStaticLine(this), group);
     rows->Add(mpPreviewLabel, group);
     rows->Add(mpError, FormRow(*this).Proportion(2));
-    rows->Add(mpPreview, FormRow(*this).Proportion(2));
+    auto* const preview = new wxBoxSizer(wxHORIZONTAL);
+    preview->Add(mpPreview, wxSizerFlags(1).Expand());
+    if (mpDeck != nullptr) {
+        mpSample = new CardSample(this);
+        preview->Add(mpSample, wxSizerFlags(1).Expand().Border(wxLEFT, FromDIP(kFormEdge)));
+    }
+    rows->Add(preview, FormRow(*this).Proportion(2));
     rows->Add(CreateHelp(), FormRow(*this));
     rows->Add(MakeOkCancel(*this), group);
     // Most files are recognized, and Enter is then all that is left to do.
@@ -339,6 +346,7 @@ void ImportDialog::RefreshPreview() {
         return;
     }
     if (isDeck) {
+        ShowSample(mpDeck->GetFirstRecord());
         ShowRecord(mpDeck->GetFirstRecord());
         return;
     }
@@ -370,6 +378,19 @@ void ImportDialog::ShowRecord(const std::vector<CardAttribute>& attributes) {
         mpPreview->SetItem(row, 1, RowText(attributes[i].Value));
     }
     ShowPreview(false);
+}
+
+void ImportDialog::ShowSample(const std::vector<CardAttribute>& attributes) {
+    wxString front;
+    wxString back;
+    for (const CardAttribute& attribute : attributes) {
+        if (attribute.Name.IsSameAs("front", false)) {
+            front = attribute.Value;
+        } else if (attribute.Name.IsSameAs("back", false)) {
+            back = attribute.Value;
+        }
+    }
+    mpSample->SetTexts(front, back);
 }
 
 void ImportDialog::ShowError(const wxString& text) {
@@ -427,7 +448,9 @@ void ImportDialog::ShowPreview(bool isError) {
     mpGuide->Show(isError || mWasRun);
     const bool errorChanged = mpError->Show(isError);
     const bool previewChanged = mpPreview->Show(!isError);
-    if (errorChanged || previewChanged) {
+    const bool sampleChanged =
+        mpSample != nullptr && mpSample->Show(!isError && mpFormatRows->GetFormat() == kDeckFormat);
+    if (errorChanged || previewChanged || sampleChanged) {
         Layout();
     }
 }

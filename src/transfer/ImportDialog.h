@@ -11,6 +11,7 @@
 #include "formats/CardRecord.h"
 
 class AppServices;
+class CardSample;
 class Database;
 class DeckPanel;
 class FatalErrorReport;
@@ -77,6 +78,7 @@ class ImportDialog : public wxDialog {
     void ShowEncoding(wxFontEncoding found);
     void RefreshPreview();
     void ShowRecord(const std::vector<CardAttribute>& attributes);
+    void ShowSample(const std::vector<CardAttribute>& attributes);
     void ShowError(const wxString& text);
     wxString GetAdvice() const;
     void OpenGuide();
@@ -110,4 +112,6 @@ class ImportDialog : public wxDialog {
     wxStaticText* mpPreviewLabel = nullptr;
     wxTextCtrl* mpError = nullptr;
     wxListCtrl* mpPreview = nullptr;
+    // Stands beside the preview of a deck; null when the file is no deck.
+    CardSample* mpSample = nullptr;
 };

@@ -11,6 +11,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "base/Time.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
@@ -52,8 +53,9 @@ wxString DescribeSchedule(const CardSchedule& schedule) {
     }
     const IntervalInUnits interval = SplitInterval(schedule.ReviewInterval);
     return wxString::Format(_("reviewed %s, interval %.2f %s, difficulty %u"),
-                            schedule.LastReview.FormatDate(), static_cast<double>(interval.Value),
-                            IntervalUnitName(interval.Unit), unsigned{schedule.Difficulty});
+                            FormatDate(schedule.LastReview, _("%d %b %Y")),
+                            static_cast<double>(interval.Value), IntervalUnitName(interval.Unit),
+                            unsigned{schedule.Difficulty});
 }
 
 // Returns what differs between two cards in fields without a column, one a line.

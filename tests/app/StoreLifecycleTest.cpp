@@ -37,8 +37,18 @@ TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
     mDatabase.Close();
 
     const wxString missing = Path("missing.vlm");
-    answers.ThenPress(DatabaseOpenFailed::ID_RETRY);
-    answers.ThenPress(DatabaseOpenFailed::ID_OPEN);
+    const auto isSettled = [](const wxDialog& dialog, const wxPoint& place) {
+        return WaitFor([&] { return dialog.GetScreenPosition() == place; });
+    };
+    answers.Then([&](wxDialog& dialog) {
+        dialog.Move(200, 300);
+        EXPECT_TRUE(isSettled(dialog, wxPoint(200, 300)));
+        Send(*FindById(dialog, DatabaseOpenFailed::ID_RETRY));
+    });
+    answers.Then([&](wxDialog& dialog) {
+        EXPECT_TRUE(isSettled(dialog, wxPoint(200, 300))) << "a failed try does not move it";
+        Send(*FindById(dialog, DatabaseOpenFailed::ID_OPEN));
+    });
     answers.ThenChoose(gone);
     EXPECT_TRUE(Open(missing, true));
     EXPECT_FALSE(wxFileName::FileExists(missing));

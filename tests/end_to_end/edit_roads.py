@@ -150,6 +150,34 @@ class EditRoad(RoadTest):
         self.assertEqual([("hello, good day!",)], self.sandbox.query(
             "SELECT Back FROM Cards WHERE Front = ?", front))
 
+    def test_the_keys_of_the_other_windows_work_in_the_editor_too(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        press("ctrl+n")
+        program.wait_window(EDIT_WINDOW)
+        type_text("kept")
+        for key, window in (("ctrl+2", STUDY_WINDOW), ("ctrl+1", LIST_WINDOW), ("ctrl+f", LIST_WINDOW)):
+            program.wait_window(EDIT_WINDOW)
+            press(key)
+            program.wait_window(window)
+        # What is typed now is searched for, and the card found is the one at hand.
+        type_text("bonsoir")
+        press("Return")
+        program.wait_window(EDIT_WINDOW)
+        press("ctrl+e")
+        program.wait_window(f"{EDIT_WINDOW} - bonsoir")
+        press("ctrl+w")
+        program.wait_no_window(f"{EDIT_WINDOW} - bonsoir")
+        program.wait_window(EDIT_WINDOW)
+        press("Tab")
+        type_text("back")
+        press("ctrl+Return")
+        program.wait_no_window(EDIT_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual([("kept", "back")], self.sandbox.query(
+            "SELECT Front, Back FROM Cards WHERE Front LIKE 'kept%'"))
+
     def change_main_window(self, program, key, old, new):
         press(key)
         program.wait_window(new)

@@ -3,8 +3,10 @@
 #include <glib.h>
 
 #include <cmath>
+#include <set>
 #include <utility>
 
+#include "base/Time.h"
 #include "plot/PlotCanvas.h"
 #include "plot/PlotControl.h"
 #include "plot/PlotDrawing.h"
@@ -160,6 +162,36 @@ TEST_F(PlotTest, NoTextIsCutAndNoneTouchesAnother) {
                         << text << " and " << canvas.Places[k].first;
                 }
             }
+        }
+    }
+}
+
+TEST_F(PlotTest, ACalendarFillsItsPageAndNamesItsMonths) {
+    Plot plot;
+    plot.Kind = PlotKind::Calendar;
+    plot.FirstDay = wxDateTime(26, wxDateTime::Nov, 2025, 12);
+    plot.Days.assign(365, 1);
+    for (const wxSize& size : {wxSize(340, 200), wxSize(700, 520), wxSize(1200, 400)}) {
+        TextPlaces canvas(size);
+        const auto days = DrawPlot(canvas, plot, size, PlotLook::Paper());
+        ASSERT_EQ(days.size(), 365U);
+        double right = 0.0;
+        double bottom = 0.0;
+        for (const wxRect2DDouble& day : days) {
+            right = std::max(right, day.GetRight());
+            bottom = std::max(bottom, day.GetBottom());
+        }
+        EXPECT_LE(right, size.x);
+        EXPECT_LE(bottom, size.y);
+        EXPECT_TRUE(right > size.x * 0.9 || bottom > size.y * 0.8) << right << " " << bottom;
+        EXPECT_GT(right * bottom, size.x * size.y * 0.45);
+        std::set<wxString> names;
+        for (const auto& [text, place] : canvas.Places) {
+            EXPECT_TRUE(wxRect2DDouble(0, 0, size.x, size.y).Contains(place)) << text;
+            names.insert(text);
+        }
+        for (int month = 0; month < 12; ++month) {
+            EXPECT_EQ(names.count(MonthName(static_cast<wxDateTime::Month>(month))), 1U) << month;
         }
     }
 }

@@ -60,10 +60,69 @@ TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
     }
     EXPECT_EQ(observer.Calls, 4);
     EXPECT_TRUE(ReadBooleanSetting("EarlyIntroduction"));
+    EXPECT_FALSE(HasSetting("Font")) << "untouched, so it follows the desktop";
     EXPECT_EQ(ReadFontSetting("BrowseFont").GetPointSize(), 30);
-    EXPECT_LT(ReadFontSetting("Font").GetPointSize(), 30);
     EXPECT_EQ(ReadColourSetting("FontColor"), wxColour(1, 2, 3));
     EXPECT_EQ(ReadColourSetting("StudyBgColor"), wxColour(1, 2, 3));
+}
+
+TEST_F(PreferencesDialogTest, WhatFollowsTheDesktopIsNotStored) {
+    const struct {
+        int Id;
+        const char* Key;
+        const char* Stored;
+    } cases[] = {{Dialog::ID_LIST_FONT, "BrowseFont", "Monospace 30"},
+                 {Dialog::ID_STUDY_FONT, "Font", "Monospace 30"},
+                 {Dialog::ID_STUDY_FONT_COLOR, "FontColor", "R001G002B003"},
+                 {Dialog::ID_STUDY_COLOR, "StudyBgColor", "R001G002B003"}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.Key);
+        // Whether the value is stored at first, and whether it shall follow the desktop: -1 leaves
+        // the box alone.
+        for (const auto& [stored, follow] :
+             {std::pair(false, -1), {true, -1}, {true, 1}, {false, 0}}) {
+            RemoveSetting(one.Key);
+            if (stored) {
+                WriteStringSetting(one.Key, one.Stored);
+            }
+            PreferencesDialog dialog(nullptr, mNotifier, mFiles);
+            dialog.SetDatabase(&mDatabase);
+            auto& box = Find<wxCheckBox>(*FindById(dialog, one.Id), AppearanceControl::kFollowId);
+            EXPECT_EQ(box.GetValue(), !stored);
+            if (follow >= 0) {
+                box.SetValue(follow == 1);
+                Send(box, wxEVT_CHECKBOX, follow);
+            }
+            ModalAnswers answers;
+            answers.ThenPress(wxID_OK);
+            dialog.ShowModal();
+            const bool isStored = follow < 0 ? stored : follow == 0;
+            EXPECT_EQ(HasSetting(one.Key), isStored);
+            if (stored && isStored) {
+                EXPECT_EQ(ReadStringSetting(one.Key), one.Stored);
+            }
+        }
+    }
+}
+
+TEST_F(PreferencesDialogTest, TheLongTextsTakeTheWidthOfTheirGroup) {
+    for (wxWindow* const child :
+         FindById(*mpDialog, Dialog::ID_INTERVAL)->GetParent()->GetChildren()) {
+        const auto* const text = dynamic_cast<wxStaticText*>(child);
+        if (text != nullptr) {
+            const auto lines = static_cast<int>(text->GetLabelText().Freq('\n')) + 1;
+            EXPECT_LT(text->GetSize().y, (lines + 1) * text->GetCharHeight()) << "an empty line";
+        }
+        if (text != nullptr && text->GetLabelText().Contains("\n")) {
+            // A line ends where the next word would not fit.
+            const wxString first = text->GetLabelText().BeforeFirst('\n') + " " +
+                                   text->GetLabelText().AfterFirst('\n').BeforeFirst(' ');
+            EXPECT_GT(text->GetTextExtent(first).x, text->GetSize().x - 10) << first;
+        }
+    }
+    EXPECT_LE(mpDialog->GetSize().y, 760);
+    EXPECT_GE(mpDialog->GetClientSize().y,
+              FindById(*mpDialog, Dialog::ID_INTERVAL)->GetParent()->GetSizer()->CalcMin().y);
 }
 
 }  // namespace

@@ -99,17 +99,24 @@ TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {
     EXPECT_EQ(mScheduler.GetReadyCount() + mScheduler.GetHistoryCount(), 0);
 }
 
-TEST(Categories, TheNextWithDueCardsIsFoundRoundTheEnd) {
+TEST(Categories, TheNextWithDueOrElseNewCardsIsFoundRoundTheEnd) {
     const struct {
-        std::vector<int> Ready;  // By the id of the category.
+        std::vector<std::pair<int, int>> Waiting;  // Due and new cards, by the id of the category.
         int32_t Current;
         int32_t Expected;
-    } cases[] = {{{0, 3, 2}, 0, 1}, {{0, 3, 2}, 1, 2},  {{1, 3, 2}, 2, 0}, {{0, 0, 2}, 2, -1},
-                 {{0, 4, 0}, 2, 1}, {{0, 4, 2}, -1, 1}, {{}, 0, -1}};
+    } cases[] = {{{{}, {3, 0}, {2, 0}}, 0, 1},
+                 {{{}, {3, 0}, {2, 0}}, 1, 2},
+                 {{{1, 0}, {3, 0}, {2, 0}}, 2, 0},
+                 {{{}, {}, {2, 9}}, 2, -1},
+                 {{{}, {4, 0}, {}}, 2, 1},
+                 {{{}, {4, 0}, {2, 0}}, -1, 1},
+                 {{{0, 1}, {0, 1}, {2, 0}}, 0, 2},
+                 {{{0, 1}, {}, {2, 0}}, 2, 0},
+                 {{}, 0, -1}};
     for (const auto& c : cases) {
         std::vector<CategoryReady> categories;
-        for (const int ready : c.Ready) {
-            categories.push_back({{static_cast<int32_t>(categories.size()), "c"}, ready});
+        for (const auto& [ready, fresh] : c.Waiting) {
+            categories.push_back({{static_cast<int32_t>(categories.size()), "c"}, ready, fresh});
         }
         const CategoryReady* const next = FindNextDue(categories, c.Current);
         EXPECT_EQ(next == nullptr ? -1 : next->Info.Id, c.Expected) << c.Current;

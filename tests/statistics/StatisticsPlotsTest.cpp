@@ -4,6 +4,8 @@
 
 #include <initializer_list>
 
+#include "base/Time.h"
+
 namespace {
 
 constexpr int32_t kToday = 20000;
@@ -81,7 +83,8 @@ TEST(StatisticsPlotsTest, WhatIsOverdueStandsOnTodayAndTheUsualDayIsALine) {
     EXPECT_EQ(plot.StackedHeight(1), 5);
     ASSERT_EQ(plot.Rules.size(), 1U);
     EXPECT_EQ(plot.Rules[0].Y, 20);
-    EXPECT_TRUE(plot.Summary.Contains(NoonOfDay(kToday + 1).FormatDate())) << plot.Summary;
+    EXPECT_TRUE(plot.Summary.Contains(FormatDate(NoonOfDay(kToday + 1), "%d %b %Y")))
+        << plot.Summary;
     EXPECT_EQ(plot.Table.Rows[0][3], "14");
 }
 

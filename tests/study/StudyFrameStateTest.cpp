@@ -195,6 +195,31 @@ TEST_F(StudyFrameState, StatusTextsFitTheWindowAndTakeTurnsWithTheHelpOfTheMenus
     EXPECT_EQ(StatusText(0), "Ready for Review: 1");
 }
 
+TEST_F(StudyFrameState, NewCardsAreToldAndAreSomethingToGoOnWith) {
+    mDatabase.CategoryInsert("Capitals");
+    mDatabase.CategoryInsert("Empty");
+    InsertCards(1);
+    for (const char* const front : {"a", "b"}) {
+        FlashCard card = MakeCard(front, "city");
+        card.CategoryId = 1;
+        Insert(card);
+    }
+    mServices.CurrentCategory = 2;
+    Open();
+    EXPECT_EQ(StatusText(2), "Empty");
+    Command(ID_NEXT_DUE_CATEGORY);
+    EXPECT_EQ(StatusText(1), "New cards: Default");
+    EXPECT_EQ(StatusText(2), "Default: 1 new");
+    Keys({WXK_SPACE, '5'});
+    EXPECT_EQ(StatusText(2), "Default");
+    Command(ID_NEXT_DUE_CATEGORY);
+    EXPECT_EQ(StatusText(0), "Ready for Review: 0");
+    EXPECT_EQ(StatusText(1), "New cards: Capitals");
+    EXPECT_EQ(StatusText(2), "Capitals: 2 new");
+    Command(ID_NEXT_DUE_CATEGORY);
+    EXPECT_EQ(StatusText(1), "No other category has due or new cards");
+}
+
 TEST_F(StudyFrameState, TheOtherDirectionSelectsAnewAndKeepsTheHistory) {
     InsertCards(2);
     Open();

@@ -3,6 +3,7 @@
 #include "formats/Table.h"
 #include "formats/decks/DeckWriter.h"
 #include "support/FakeServices.h"
+#include "transfer/CardSample.h"
 #include "transfer/DeckPanel.h"
 #include "transfer/DialogTest.h"
 #include "transfer/FaultList.h"
@@ -225,6 +226,8 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     EXPECT_TRUE(Shown().Contains("category=A::B;")) << Shown();
     const auto& summary = Find<wxTextCtrl>(dialog, DeckPanel::ID_SUMMARY);
     EXPECT_EQ(summary.GetValue(), "1 note\n1 card\n1 picture is left out.");
+    const auto side = [&](int id) { return Find<wxStaticText>(dialog, id).GetLabelText(); };
+    EXPECT_EQ(side(CardSample::ID_FRONT) + "/" + side(CardSample::ID_BACK), "a/b");
 
     // The first field becomes the back too.
     Choose(DeckPanel::ID_FIRST_FIELD, kBack);

@@ -1,5 +1,6 @@
 #include "transfer/MergeDialog.h"
 
+#include "base/Time.h"
 #include "transfer/DialogTest.h"
 #include "transfer/ImportRun.h"
 
@@ -73,7 +74,7 @@ TEST_F(MergeDialogTest, TellsWhatElseDiffers) {
     EXPECT_EQ(Find<wxTextCtrl>(dialog, MergeDialog::kOthersId).GetValue(),
               wxString(L"Category: Old \u2192 New\nNotes: stored notes \u2192 imported notes\n"
                        L"Forward schedule: not introduced \u2192 reviewed ") +
-                  mImported.Forward.LastReview.FormatDate() +
+                  FormatDate(mImported.Forward.LastReview, "%d %b %Y") +
                   L", interval 3.00 days, difficulty 16");
     mImported = mStored;
     mImported.Back = "other";

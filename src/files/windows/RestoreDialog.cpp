@@ -16,6 +16,7 @@
 #include "base/Files.h"
 #include "base/Job.h"
 #include "base/Text.h"
+#include "base/Time.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
 #include "files/windows/Backups.h"
@@ -64,7 +65,7 @@ constexpr int kTickMilliseconds = 30;
 constexpr int kCardsColumn = 2;
 
 wxString FormatTime(const wxDateTime& time) {
-    return time.Format("%x %H:%M");
+    return FormatDate(time, _("%a %d %b %Y %H:%M"));
 }
 
 // Lists the cards of a backup that the store does not have any more, all of them selected.
@@ -159,13 +160,25 @@ RestoreDialog::~RestoreDialog() = default;
 
 void RestoreDialog::CreateControls(bool hasOthers) {
     auto* const text = new wxStaticText(this, wxID_ANY, _("Backups of the store file:"));
-    mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, FromDIP(wxSize(560, 220)),
+    mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, FromDIP(wxSize(620, 220)),
                                     wxDV_SINGLE | wxDV_ROW_LINES);
     SetAccessibleName(*mpList, text->GetLabelText());
-    mpList->AppendTextColumn(_("Date"), wxDATAVIEW_CELL_INERT, FromDIP(140));
-    mpList->AppendTextColumn(_("Cause"), wxDATAVIEW_CELL_INERT, FromDIP(240));
-    mpList->AppendTextColumn(_("Cards"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
-    mpList->AppendTextColumn(_("Size"), wxDATAVIEW_CELL_INERT, FromDIP(80), wxALIGN_RIGHT);
+    // A heading that is longer in another language, or in a larger font, has room too.
+    const auto addColumn = [this](const wxString& title, const std::vector<wxString>& longest,
+                                  wxAlignment alignment) {
+        int width = GetTextExtent(title).x;
+        for (const wxString& value : longest) {
+            width = std::max(width, GetTextExtent(value).x);
+        }
+        mpList->AppendTextColumn(title, wxDATAVIEW_CELL_INERT, width + FromDIP(2 * kFormEdge),
+                                 alignment);
+    };
+    const wxDateTime aWideDate(30, wxDateTime::Sep, 2026, 20, 0);
+    addColumn(_("Date"), {FormatTime(aWideDate)}, wxALIGN_LEFT);
+    addColumn(_("Cause"), {NameOfCause(BackupCause::kRestore), NameOfCause(BackupCause::kDamaged)},
+              wxALIGN_LEFT);
+    addColumn(_("Cards"), {_("Unreadable")}, wxALIGN_RIGHT);
+    addColumn(_("Size"), {wxFileName::GetHumanReadableSize(wxULongLong(1000000))}, wxALIGN_RIGHT);
     if (hasOthers) {
         mpList->AppendTextColumn(_("Other Store File"), wxDATAVIEW_CELL_INERT, FromDIP(260));
     }

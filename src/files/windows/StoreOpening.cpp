@@ -71,7 +71,14 @@ bool ChooseAnother(wxWindow* parent, OpenFault fault, wxString& path, bool& must
     // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
     DatabaseOpenFailed dialog(parent, path, mustExist, fault);
-    if (dialog.ShowModal() != DatabaseOpenFailed::kTryAgain) {
+    // After a try that failed it is there again, and must not jump.
+    static wxPoint place = wxDefaultPosition;
+    if (place != wxDefaultPosition) {
+        dialog.Move(place);
+    }
+    const int answer = dialog.ShowModal();
+    place = dialog.GetPosition();
+    if (answer != DatabaseOpenFailed::kTryAgain) {
         return false;
     }
     path = MakeStorePathFull(dialog.GetPath());
