@@ -165,9 +165,11 @@ class EditRoad(RoadTest):
         type_text("bonsoir")
         press("Return")
         program.wait_window(EDIT_WINDOW)
-        press("ctrl+e")
-        program.wait_window(EDIT_WINDOW)
-        press("ctrl+w")
+        for key, count in (("ctrl+e", 2), ("ctrl+w", 1)):
+            press(key)
+            wait_until(lambda: len(program.windows(EDIT_WINDOW)) == count,  # noqa: B023
+                       f"{count} editors")
+            program.settle()
         program.wait_window(EDIT_WINDOW)
         press("Tab")
         type_text("back")
