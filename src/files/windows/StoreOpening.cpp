@@ -181,8 +181,11 @@ constexpr RecoveryRow kRecoveryRows[] = {
     {DatabaseOpenFailed::ID_EXIT, wxTRANSLATE("E&xit"), wxTRANSLATE("Ends Velomind.")}};
 
 bool HasBackup(const wxString& path) {
-    const wxString directory = GetBackupDirectory(ReadBackupSettings());
-    return !OwnBackups(ListBackups(directory, path)).empty();
+    const std::vector<StoreBackup> backups =
+        ListBackups(GetBackupDirectory(ReadBackupSettings()), path);
+    return std::any_of(backups.begin(), backups.end(), [](const StoreBackup& backup) {
+        return backup.Of != StoreBackup::Owner::kOtherStore;
+    });
 }
 
 // Returns the button of what most likely helps.
