@@ -26,11 +26,11 @@ class ProgressSource {
 };
 
 // A job whose progress a window shows. A derived class does it in Work and keeps what both threads
-// share in atomic fields, or hands it over by a semaphore. Its destructor cancels or joins, because
-// only there its own members are still alive for the worker.
+// share in atomic fields, or hands it over by a semaphore. Its destructor must cancel or join, as
+// later its own members are gone while the worker runs.
 class Worker : public ProgressSource {
   public:
-    // Returns false when the system has no thread to give; the job then counts as finished.
+    // Returns false when the system has no thread; the job then counts as finished.
     bool Start() { return mJob.Start(); }
     // Waits for the end of the thread. Returns at once when it does not run.
     void Join();

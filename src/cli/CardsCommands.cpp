@@ -163,7 +163,7 @@ bool Copy(std::FILE* from, std::FILE* to) {
 // touched.
 class InputFile {
   public:
-    // Returns false, with the reason printed, for a file that cannot be read.
+    // Prints the reason and returns false for a file that cannot be read.
     bool Open(const wxString& name);
     const wxString& GetPath() const { return mPath; }
 

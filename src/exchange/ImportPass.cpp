@@ -459,7 +459,7 @@ bool GuessFormat(ImportInput& input, Database& database) {
 }
 
 bool GuessFormat(ImportInput& input, Database& database, const TableSurvey& survey) {
-    // What does not fit is no fault.
+    // A form that does not fit is no fault.
     const wxLogNull silence;
     input.Encoding = survey.OwnEncoding;
     input.HasEscapes = survey.Layout.HasEscapes || !survey.IsOwnForm;

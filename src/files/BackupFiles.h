@@ -95,7 +95,7 @@ wxString BackupPath(const wxString& directory, const wxString& storePath, const 
 // failure.
 void SealBackup(const wxString& backupPath, const wxString& storePath, const wxDateTime& time);
 
-// Returns the backups of a store in the directory, the newest first, and behind them those of other
+// Returns the backups of a store in the directory, the newest first, and after them those of other
 // stores with the same file name, since a folder may have been renamed. Skips files of other names.
 // The store itself need not exist.
 std::vector<StoreBackup> ListBackups(const wxString& directory, const wxString& storePath);
@@ -107,7 +107,7 @@ std::vector<StoreBackup> OwnBackups(std::vector<StoreBackup> backups);
 // Removes copies of a store that were never finished, because the program or the system ended.
 // Another program may be about to finish a new one.
 void RemoveUnfinishedBackups(const wxString& directory, const wxString& storePath);
-// What stands behind the name of a copy until it is known to be whole.
+// Ends the name of a copy until it is known to be whole.
 constexpr char kUnfinishedBackup[] = ".unfinished";
 
 // What thinning would do. It keeps all of the last two days, the newest of each day for 31 days and

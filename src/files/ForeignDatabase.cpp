@@ -34,7 +34,7 @@ int AllowReading(void*, int action, const char*, const char*, const char*, const
     }
 }
 
-// Some programs order names by a collation of their own. Nothing here depends on their order.
+// Some programs have a collation of their own for names. Nothing here depends on its order.
 int CompareIgnoringCase(void*, int oneSize, const void* one, int otherSize, const void* other) {
     const auto* const left = static_cast<const unsigned char*>(one);
     const auto* const right = static_cast<const unsigned char*>(other);

@@ -19,7 +19,7 @@ struct Blob {
 };
 using Value = std::variant<std::monostate, int64_t, double, std::string, Blob>;
 struct Record : std::vector<Value> {
-    // A part of it is lost.
+    // True when a part of it is lost.
     bool IsCut = false;
 };
 
@@ -41,16 +41,16 @@ class PageFile {
     explicit PageFile(int file);
 
     // Returns the next page of which the file has bytes, or 0 at its end: a file can be a thousand
-    // times as long as what is in it. Pages count from 1, as the file does itself.
+    // times as long as what is in it. Pages count from 1, as in the file itself.
     uint64_t NextPage(uint64_t number) const;
     // Returns true for a page on the list of free pages. A list that cannot be right has none.
     bool IsFree(uint64_t number) const;
     TextEncoding Encoding() const { return mEncoding; }
     size_t PageSize() const { return mPageSize; }
 
-    // Calls visit with the row id and the record of each row of a page, if it is of that kind.
-    // Entries of an index have the row id in their record, and 0 here. Rows of a table are read
-    // only if they are wanted, by their row id and number of columns.
+    // Calls visit with the row id and the record of each row of a page of that kind. Entries of an
+    // index have the row id in their record, and 0 here. Rows of a table are read only if they are
+    // wanted, by their row id and number of columns.
     using Want = std::function<bool(int64_t rowId, size_t columns)>;
     using Visit = std::function<void(int64_t rowId, const Record& record)>;
     void ReadRows(uint64_t number, PageKind kind, const Want& want, const Visit& visit) const;
@@ -68,8 +68,8 @@ class PageFile {
     // Returns bytes of the file. What lies after its end, or cannot be read, is zeros.
     std::string Bytes(uint64_t offset, size_t length) const;
     std::string Page(uint64_t number) const { return Bytes((number - 1) * mPageSize, mPageSize); }
-    // The content of a row that begins in a page, with what its chain of further pages holds, up to
-    // the first that is lost.
+    // Returns the content of a row that begins in a page and continues in its chain of pages, up to
+    // the first lost one.
     std::optional<std::string> Content(std::string_view page, size_t offset, uint64_t length,
                                        bool isTable) const;
     // A record whose content breaks off has a part of a text, and nothing after it.
@@ -85,6 +85,6 @@ class PageFile {
     TextEncoding mEncoding = TextEncoding::kUtf16Little;
     // Sorted.
     std::vector<uint64_t> mFree;
-    // All contents together are shorter than the file, unless it is made to keep us busy.
+    // All contents together are shorter than the file, unless it was made to keep us busy.
     mutable uint64_t mBytesLeft = 0;
 };

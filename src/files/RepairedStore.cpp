@@ -370,7 +370,7 @@ void RepairedStore::AddCategory(int64_t id, const Cell& name, unsigned char enco
         ++mCategories;
         return;
     }
-    // Two names may have become one; their cards then share the category.
+    // Two names may have become equal; their cards then share the category.
     const StatementHandle same =
         PrepareStatement(mConnection, "SELECT Id FROM main.Categories WHERE Name=? AND Id<>?");
     BindCell(same, 1, name, encoding);

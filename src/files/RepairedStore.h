@@ -26,7 +26,7 @@ using ConnectionHandle = std::unique_ptr<sqlite3, CloseConnection>;
 // Returns null where the engine refuses the text.
 StatementHandle PrepareStatement(const ConnectionHandle& connection, const std::string& sql);
 
-// The columns of the table of cards, by their places there.
+// The places of the columns in the table of cards.
 enum CardPlace : size_t {
     kCardId,
     kFront,

@@ -77,7 +77,7 @@ class CardWalk {
     bool mHasFailed = false;
 };
 
-// Makes a directory and those above it, and makes them last. Returns 0 or the error's number.
+// Makes a directory and those above it, durably. Returns 0 or the error's number.
 int MakeDirectories(const fs::path& directory) {
     std::error_code error;
     if (fs::is_directory(directory, error)) {
@@ -106,7 +106,7 @@ int CopyStore(Database& database, const wxString& target, CopyCheck check) {
     if (GenerateUuid(unique) != 0) {
         return EIO;
     }
-    // The name is given only to a copy that is known to be whole.
+    // Only a copy that is known to be whole gets the name.
     const wxString unfinished = target + "." + FormatUuid(unique).Left(8) + kUnfinishedBackup;
     int32_t expected = 0;
     int error = database.CopyFile(unfinished, expected);
@@ -300,7 +300,7 @@ int StoreBackups::Run(const BackupSettings& settings, const Task& task) {
     if (error == 0 && !HasRoom(ToPath(directory), task.Bytes, reserve)) {
         error = ENOSPC;
     }
-    // Two in one second have two names.
+    // Two backups in one second get two names.
     for (wxDateTime time = task.Now; error == 0 || error == EEXIST; time += wxTimeSpan::Second()) {
         const wxString path = BackupPath(directory, task.StorePath, time, task.Cause);
         error = task.Copy(path);

@@ -39,13 +39,13 @@ constexpr std::string_view kDatabaseMark = "SQLite format 3\0"sv;
 constexpr std::string_view kMarks[] = {kDatabaseMark, "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7"sv,
                                        "\x37\x7F\x06\x82"sv, "\x37\x7F\x06\x83"sv};
 
-// False for a text that no file name can hold as it stands, and for an address.
+// Returns false for a text that no file name can hold as it stands, and for an address.
 bool NamesAFile(const wxString& path) {
     return !path.empty() && !path.StartsWith("file:") && path.find(L'\0') == wxString::npos &&
            FromUtf8(ToUtf8(path)) == path;
 }
 
-// True when changes wait in this file of the engine.
+// Returns true when changes wait in this file of the engine.
 bool IsPending(const fs::path& companion) {
     std::error_code error;
     return fs::exists(companion, error) && fs::file_size(companion, error) != 0 &&
@@ -59,7 +59,7 @@ bool HasPendingChanges(const fs::path& store) {
                        [&](const char* suffix) { return IsPending(Beside(store, suffix)); });
 }
 
-// A pattern for mkstemp and mkdtemp: something beside the file that lives no longer than a move.
+// Returns a pattern for mkstemp and mkdtemp: a name beside the file for the time of a move.
 std::string TemporaryName(const fs::path& file) {
     return (file.parent_path() / "velomind-XXXXXX").string();
 }
@@ -437,7 +437,7 @@ int KeepStoreFile(const wxString& from, const wxString& to) {
 void PlayBackJournal(const std::filesystem::path& store) {
     sqlite3* handle = nullptr;
     if (sqlite3_open_v2(store.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
-        // Any first read does it. What it says of a damaged file does not count.
+        // Any first read plays it back. Its result for a damaged file does not count.
         sqlite3_exec(handle, "SELECT count(*) FROM sqlite_master;", nullptr, nullptr, nullptr);
     }
     sqlite3_close(handle);

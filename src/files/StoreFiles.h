@@ -4,9 +4,9 @@
 
 #include <filesystem>
 
-// The store file as a file among others: its path, its move to another place, its end. Nobody may
-// have the store open meanwhile. The engine may have left files of its own beside the store, such
-// as a journal; they belong to it, go with it, and must never meet another store.
+// The store file as a file among others: its path, its move, its end. Nobody may have the store
+// open meanwhile. Files that the engine left beside the store, such as a journal, belong to it, go
+// with it, and must never meet another store.
 
 // The name that a store file has unless the user says otherwise.
 constexpr char kDefaultStoreName[] = "FlashCards2.vlm";
@@ -67,6 +67,6 @@ int KeepStoreFile(const wxString& from, const wxString& to);
 // the file is whole by itself. Nothing happens where there is no file.
 void PlayBackJournal(const std::filesystem::path& store);
 
-// Puts a new store, without cards, in the place of a file at one stroke, and deletes what the
-// engine may have left beside that. Returns 0, or the error's number with all of it still there.
+// Replaces a file in one step by a new store without cards, and deletes what the engine left beside
+// the file. Returns 0, or the error's number with all of it still there.
 int ReplaceByNewStore(const wxString& path);

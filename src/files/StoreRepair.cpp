@@ -536,7 +536,7 @@ int CopyReadable(const fs::path& from, const fs::path& to) {
 int CopyDamaged(const fs::path& damaged, const fs::path& copy) {
     const int error = CopyReadable(damaged, copy);
     if (error == 0) {
-        // A missing one is no fault, and one that cannot be read is of no use.
+        // A missing journal is no fault, and one that cannot be read is of no use.
         for (const char* const companion : {"-journal", "-wal"}) {
             CopyReadable(Beside(damaged, companion), Beside(copy, companion));
         }
@@ -617,7 +617,7 @@ int RepairStore(const wxString& damaged, const wxString& target, RepairReport& r
     if (copied != 0) {
         return copied;
     }
-    // The store gets its name once it is whole.
+    // The store gets its name only once it is whole.
     const wxString made = work.Path("repaired.vlm");
     RepairReport found;
     RepairedStore store(made, work.Path("traces"));

@@ -176,7 +176,7 @@ wchar_t DelimitedReader::ReadField(size_t column) {
         mField.push_back(character);
         character = GetChar();
     }
-    // The text ended inside a field; that counts as the end of a line.
+    // A text that ends inside a field ends its line.
     return L'\n';
 }
 

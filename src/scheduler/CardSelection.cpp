@@ -15,7 +15,7 @@ class ReadySearch {
   public:
     explicit ReadySearch(const wxDateTime& now) : mNow(now) {}
 
-    // Among equals the card that was visited first stays.
+    // Among equals the first card visited wins.
     void Visit(const CardRow& row, ReviewDirection direction) {
         const CardRow::Schedule schedule = row.ScheduleOf(direction);
         const float interval = schedule.ReviewInterval();

@@ -72,8 +72,8 @@ struct ReviewResult {
 ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& now,
                     ReviewRandom& random);
 
-// The intervals in seconds that a score can give, from the shortest to the longest; chance decides
-// between them. Both are the same when the interval is not spread.
+// The shortest and the longest interval, in seconds, that a score can give; chance decides between
+// them. Both are the same when the interval is not spread.
 struct IntervalRange {
     float Least;
     float Greatest;

@@ -291,7 +291,7 @@ void Scheduler::RenumberCard() {
     }
     if (IsErcUsedUp(before, greatest)) {
         mSources.Maintenance.ConfirmStart();
-        // If it fails the old numbers stay, and this card gets its low number all the same.
+        // If it fails, the old numbers stay, and this card still gets its low number.
         if (mDatabase.ResetErc() >= 0) {
             mCurrentCard.Forward.ERC = mCurrentCard.Reverse.ERC = 0;
         }

@@ -80,12 +80,12 @@ struct StudyOutlook {
 // Counts what waits now. A count that fails stays 0.
 StudyOutlook CountOutlook(Database& database, const wxDateTime& now);
 
-// How the program tells a person of the rare renumbering of the early-review order, which keeps the
-// screen still for a while.
+// Tells the user of the rare renumbering of the early-review order, which freezes the screen for a
+// while.
 class MaintenancePrompt {
   public:
     virtual ~MaintenancePrompt() = default;
-    // Returns when the person has confirmed.
+    // Returns when the user has confirmed.
     virtual void ConfirmStart() = 0;
     virtual void TellComplete() = 0;
 };

@@ -4,6 +4,7 @@
 
 // The program's own command ids. A command that the windowing library has an id for uses that one.
 // The windows' ids lie together, so that one handler takes their range. The library takes no id
+// above 32766. Where a dialog repeats an id, handlers bind to the control. The library takes no id
 // above 32766. Where a dialog repeats an id, handlers bind to the control.
 enum CommandId : int {
     ID_WINDOW_STUDY = 28000,

@@ -20,7 +20,7 @@ class CardUuid {
     bool operator<(const CardUuid& other) const { return Bytes < other.Bytes; }
 };
 
-// Returns 36 characters, lower-case hexadecimal, with dashes.
+// Returns Returns 36 characters, lower-case hexadecimal, with dashes.
 wxString FormatUuid(const CardUuid& uuid);
 std::array<char, 36> UuidText(const CardUuid& uuid);
 

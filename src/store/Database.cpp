@@ -43,7 +43,7 @@ void Database::CloseHandle() {
         run->Forget();
     }
     mStatementsInUse.clear();
-    // A connection with a living statement would refuse to close.
+    // A connection with an open statement would refuse to close.
     FinaliseStatements();
     sqlite3_close(mpHandle);
     mpHandle = nullptr;
@@ -131,7 +131,7 @@ int Database::OpenSource() {
     if (!mSource.IsOpen() || hasMoved != 0) {
         return mSource.IsOpen() ? EIO : errno;
     }
-    // The file alone is not the whole store where another program has given it a write-ahead log.
+    // The file is not the whole store if another program has given it a write-ahead log.
     return ::pread(mSource.Get(), &version, 1, kVersionOffset) == 1 && version == kJournal
                ? 0
                : ENOTSUP;

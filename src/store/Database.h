@@ -174,9 +174,9 @@ class Database : public Subject {
     // the limit, in that order and with its row id. The visitor must not use the Database.
     int VisitReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& limit,
                    const CardRowVisitor& visit);
-    // Appends the schedules of at most so many cards whose row ids follow that one, which becomes
-    // the last one read. Returns how many there were, or a negative value, which is not reported:
-    // it serves a worker that reads all cards in small portions, between which others can write.
+    // Appends the schedules of at most that many cards after the row id, which becomes the last one
+    // read. Returns their number, or a negative value, which is not reported: a worker reads all
+    // cards in small portions, between which others can write.
     int SelectSchedules(int32_t most, int64_t& rowId, std::vector<CardSchedules>& cards);
     // Gives the greatest ERC of either direction over the category's introduced, not excluded
     // cards; 0 when there is none.
@@ -192,7 +192,7 @@ class Database : public Subject {
     int CountReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& now,
                    int32_t& count);
     int SelectCardIdCount(const CardUuid& id, int32_t& count);
-    // True also when the cards cannot be counted.
+    // Returns true also when the cards cannot be counted.
     bool IsEmpty();
     // Returns true when the path leads to the open store's file, under any name or link.
     bool IsStoreFile(const wxString& path);
@@ -235,7 +235,8 @@ class Database : public Subject {
         return CountReady(kReviewReverse, id, now, count);
     }
 
-    // The greatest IntroductionOrder of the category; on an empty category -1, order unchanged.
+    // Gives the category's greatest IntroductionOrder. Returns -1, with order unchanged, for an
+    // empty one.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
 
     // Row ids for a list view, appended to rowIds. Each order is a statement of its own, prepared
@@ -292,8 +293,8 @@ class Database : public Subject {
     // ended.
     void ConfirmChanges();
     // Reports a step that failed with that code of the engine, together with the store's path.
-    // While a store is being opened or tried nothing is reported. Returns the negative code of a
-    // lock or a misuse, detailed, and else -SQLITE_ERROR.
+    // Reports nothing while a store is being opened or tried. Returns the negative code of a lock
+    // or a misuse, detailed, and else -SQLITE_ERROR.
     int ReportStepFailure(sqlite3_stmt* statement, const char* label, int code);
 
   private:
@@ -437,7 +438,7 @@ class Database : public Subject {
     int FindMediaColumns(std::vector<std::string>& columns);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const std::string& selection, CardOrder order);
-    // Keeps the engine's number and text for GetLastError, whatever runs after.
+    // Keeps the engine's number and text for GetLastError, whatever runs afterwards.
     void KeepError();
 
     FatalErrorReport& mReport;

@@ -28,7 +28,7 @@ const Database::StatementText Database::kStatementTexts[] = {
     {StatementId::kCardUpdateCategory, "", "UPDATE Cards SET CategoryId=? WHERE ROWID=?"},
     {StatementId::kUpdateFlashCardCategory, "",
      "UPDATE Cards SET CategoryId=? WHERE CategoryId=?;"},
-    // Nothing runs these three; a file on which they cannot be prepared is no store.
+    // These three are never run; a file on which they cannot be prepared is no store.
     {StatementId::kUnused, "", "DELETE FROM Cards"},
     {StatementId::kUnused, kSelectCards, ""},
     {StatementId::kUnused, kSelectCards, "ORDER BY CategoryId, IntroductionOrder"},

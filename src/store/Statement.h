@@ -20,9 +20,8 @@ using StoredValue = std::shared_ptr<sqlite3_value>;
 //     while (run.Step("Example") == 0 && !run.IsDone()) { ... run.ColumnInt(0) ... }
 //
 // The run marks the statement as in use while it lives and resets it at its end, so a statement
-// stepped for one row only is ready again at once. A run on a statement that is in use already, or
-// with an argument that cannot be bound, has no handle, and each of its operations fails
-// harmlessly.
+// stepped for one row only is ready again at once. A run on a statement that is in use, or with an
+// argument that cannot be bound, has no handle; its operations fail harmlessly.
 class StatementRun {
   public:
     // The arguments are those of Bind.
@@ -65,7 +64,7 @@ class StatementRun {
     wxDateTime ColumnTime(int index) const;
     // Returns the same as seconds since 1970, within the range of a time.
     int64_t ColumnSeconds(int index) const;
-    // Returns 0, or -1 when the column's text is no identity.
+    // Returns Returns 0, or -1 when the column's text is no identity.
     int ColumnUuid(int index, CardUuid& uuid) const;
 
   private:

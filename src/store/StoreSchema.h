@@ -98,8 +98,8 @@ constexpr const char* kCardIndexes[] = {
 constexpr char kSelectBytes[] =
     "SELECT page_count*page_size FROM pragma_page_count(),pragma_page_size();";
 
-// A text for each table and index that a statement of ours may read or write: it asks for the first
-// row of the one and of nothing else.
+// Selects a text for each table and index that our statements may read or write, which asks for the
+// first row of that one alone.
 constexpr char kSelectTreeReads[] =
     "SELECT printf('SELECT 1 FROM \"%w\" ' || CASE type WHEN 'index' THEN 'INDEXED BY \"%w\"' ELSE"
     " 'NOT INDEXED' END || ' LIMIT 1;', tbl_name, name) FROM sqlite_master WHERE type IN"

@@ -12,7 +12,7 @@
 // A held key repeats: the toolkit reports it as going down again and again, and does not mark the
 // repeats on every platform. So the control remembers which keys are down, and only a key that was
 // up starts a press. Example: Space is held down and shows the back; its repeats must not score.
-// Keys with Ctrl, Alt or Meta belong to the menus.
+// Keys with Ctrl, Alt or Meta belong to the menus. Keys with Ctrl, Alt or Meta belong to the menus.
 //
 // When the keys come back from a menu, a dialog or another program, the control has not seen which
 // ones went down meanwhile, and asks the platform (ResumeKeys).

@@ -209,7 +209,7 @@ bool DeckPanel::AskAboutSize() {
     return mMayBeLarge;
 }
 
-// Reads the whole deck and tells what comes of it. The path is needed the first time.
+// Reads the whole deck and shows the outcome. Needs the path the first time.
 void DeckPanel::Survey(const wxString& path) {
     ReadDeck(path);
     if (AskAboutSize()) {

@@ -35,9 +35,9 @@ class BackupKeeper : private Observer {
     // needs. The backup then makes itself before that change, on its thread; none is made when
     // nothing changes. kDay is back to the usual.
     void ExpectChange(BackupCause cause, uint64_t bytes) { mBackups.ExpectChange(cause, bytes); }
-    // Makes the backup of the day of a large store now, behind a wait dialog. For what most often
-    // is the first change of a day; the backup of any other change, and of a small store, makes
-    // itself while the change waits. Events are handled meanwhile.
+    // Makes the day's backup of a large store now, behind a wait dialog. Call it before a change
+    // that is often the first of a day; before other changes, and for a small store, the backup is
+    // made while the change waits. Events are handled meanwhile.
     void BackUpDay(wxWindow* parent);
 
   private:
@@ -53,9 +53,9 @@ class BackupKeeper : private Observer {
 // that its cards would be lost.
 bool MayGoOnWithoutBackup(wxWindow* parent, int error, const wxString& caption);
 
-// Backs up a file that nobody has open, and puts a new store in its place. Returns 0, or the
-// system's number of the error with the file as it was; ECANCELED when there is no backup and the
-// user does not go on without one.
+// Backs up a file that nobody has open, and replaces it by a new store. Returns 0, or the system's
+// number of the error with the file as it was; ECANCELED when there is no backup and the user does
+// not go on without one.
 int ReplaceByNewStore(wxWindow* parent, const wxString& path);
 
 // Asks for a file and writes a backup into it.

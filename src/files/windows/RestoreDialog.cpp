@@ -27,10 +27,10 @@
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 
-// Reads one backup, and compares it with the store when that is wanted. It opens both itself, so
-// that the windows' store is not kept waiting.
+// Reads one backup and, if wanted, compares it with the store. Opens both itself, so that the
+// windows' store does not wait.
 struct BackupReader {
-    // An empty path of the store for none.
+    // With an empty store path it does not compare.
     BackupReader(const wxString& backupPath, const wxString& storePath)
         : BackupPath(backupPath),
           StorePath(storePath),
@@ -68,7 +68,7 @@ wxString FormatTime(const wxDateTime& time) {
     return FormatDate(time, _("%a %d %b %Y %H:%M"));
 }
 
-// Lists the cards of a backup that the store does not have any more, all of them selected.
+// Lists the cards of a backup that the store no longer has, all of them selected.
 class BringBackDialog : public wxDialog {
   public:
     BringBackDialog(wxWindow* parent, Database& backup, const std::vector<int64_t>& rowIds);

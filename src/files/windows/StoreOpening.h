@@ -102,7 +102,7 @@ class AppUpgradeWait : public UpgradeWait {
 int RunBehindWait(wxWindow* parent, const wxString& title, const std::function<int()>& task);
 
 // Asks for patience while a worker runs and ends by itself with wxID_OK when the worker has ended.
-// The gauge only shows that the program lives: it fills once in two minutes and starts over.
+// The gauge only shows that the program is alive: it fills once in two minutes and starts over.
 class ThreadWaitDialog : public wxDialog {
   public:
     ThreadWaitDialog(wxWindow* parent, wxWindowID id, const wxString& title,

@@ -27,7 +27,7 @@ bool IsKnownSchema(int64_t schema) {
     return schema == 11 || (schema >= 14 && schema <= 18);
 }
 
-// Reading Reading JSON of other programs, whose values may be of any type.
+// Reading Reading Reading JSON of other programs, whose values may be of any type.
 
 wxString TextOf(const json& object, const char* key) {
     const auto found = object.is_object() ? object.find(key) : object.end();

@@ -217,7 +217,8 @@ TEST_F(HostileDeckTest, IsNoDeckByItsNameAlone) {
     const char* const noDeck = "This file has the name of a deck, but there is no deck in it.";
     const char* const packed = "This file is a spreadsheet or another packed file";
     const std::tuple<const char*, std::string, const char*> files[] = {
-        {"pointer.apkg", "version https://example.com/spec/v1\noid sha256:4d7a\nsize 12\n", noDeck},
+        {"pointer.apkg", "version https://example.com/pointer/v1\noid sha256:4d7a\nsize 12\n",
+         noDeck},
         {"list.CARDS", "Front: a\nBack: b\n", noDeck},
         {"table.colpkg", "a\tb\nc\td\n", noDeck},
         {"nothing.apkg", "", noDeck},
