@@ -156,7 +156,7 @@ int Database::CopyFile(const wxString& target, int32_t& cards) {
     if (!copy.IsOpen()) {
         return errno;
     }
-    // What lies behind the last page is nothing, and may be a hole of terabytes.
+    // Nothing follows the last page but perhaps a hole of terabytes.
     return status.st_size == bytes ? CopyWholeFile(mSource.Get(), copy.Get())
                                    : CopyFirstBytes(mSource.Get(), copy.Get(), bytes);
 }

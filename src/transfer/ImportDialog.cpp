@@ -325,7 +325,7 @@ void ImportDialog::SurveyRows() {
     }
 }
 
-// Says behind "Automatic" what that has come to.
+// Says after "Automatic" which encoding was guessed.
 void ImportDialog::ShowEncoding(wxFontEncoding found) {
     const std::vector<TextEncoding>& all = GetTextEncodings();
     const auto encoding = std::find_if(
