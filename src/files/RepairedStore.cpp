@@ -230,7 +230,8 @@ RepairedStore::RepairedStore(const wxString& path, const wxString& traces) : mPa
           "PRAGMA main.synchronous=OFF", "PRAGMA Lost.synchronous=OFF", kCacheOfCards,
           "CREATE TABLE Lost.Traces(RowId INTEGER PRIMARY KEY,CardId,Front,Back,CategoryId,"
           "IntroductionOrder)",
-          "BEGIN"}) {
+          "CREATE TABLE Lost.Aside AS SELECT * FROM main.Cards",
+          "CREATE UNIQUE INDEX Lost.AsideIds ON Aside(CardId)", "BEGIN"}) {
         Run(sql);
     }
     DropIndexes();
@@ -238,12 +239,16 @@ RepairedStore::RepairedStore(const wxString& path, const wxString& traces) : mPa
     for (size_t i = 1; i <= kCardColumnCount; ++i) {
         question += ",?";
     }
-    mHasRow = PrepareStatement(mConnection, "SELECT 1 FROM main.Cards WHERE ROWID=?");
+    mHasRow = PrepareStatement(mConnection, "SELECT CardId FROM main.Cards WHERE ROWID=?");
     mInsert =
         PrepareStatement(mConnection, "INSERT OR IGNORE INTO main.Cards(" + JoinColumns("", ",") +
                                           ",ROWID) VALUES(" + question + ")");
     mHasEqual = PrepareStatement(mConnection, "SELECT 1 FROM main.Cards WHERE " +
                                                   JoinColumns(" IS ?", " AND ") + " LIMIT 1");
+    mPutAside = PrepareStatement(
+        mConnection, "INSERT OR IGNORE INTO Lost.Aside(" + JoinColumns("", ",") + ") SELECT " +
+                         question.substr(2) +
+                         " WHERE NOT EXISTS(SELECT 1 FROM main.Cards AS c WHERE c.CardId=?1)");
     mInsertCategory =
         PrepareStatement(mConnection, "INSERT OR IGNORE INTO main.Categories(Name,Id) VALUES(?,?)");
     const auto note = [this](const char* columns, const char* values, const char* updates) {
@@ -309,6 +314,23 @@ bool RepairedStore::HasRow(int64_t rowId) {
     return Step(mHasRow);
 }
 
+bool RepairedStore::HasRow(int64_t rowId, std::string_view id, unsigned char encoding) {
+    sqlite3_stmt* const row = mHasRow.get();
+    sqlite3_bind_int64(row, 1, rowId);
+    bool isSame = false;
+    if (mError == 0 && sqlite3_step(row) == SQLITE_ROW) {
+        const void* const bytes = encoding == SQLITE_UTF8
+                                      ? static_cast<const void*>(sqlite3_column_text(row, 0))
+                                      : sqlite3_column_text16(row, 0);
+        const int length = encoding == SQLITE_UTF8 ? sqlite3_column_bytes(row, 0)
+                                                   : sqlite3_column_bytes16(row, 0);
+        isSame = bytes != nullptr &&
+                 id == std::string_view(static_cast<const char*>(bytes), static_cast<size_t>(length));
+    }
+    sqlite3_reset(row);
+    return isSame;
+}
+
 bool RepairedStore::Insert(const FoundCard& card) {
     BindCard(mInsert, card);
     if (card.RowId) {
@@ -325,6 +347,14 @@ bool RepairedStore::HasEqual(const FoundCard& card) {
     return Step(mHasEqual);
 }
 
+// Two rows have one row id where one of these is damaged. Returns false where the card itself is
+// there already.
+bool RepairedStore::PutAside(const FoundCard& card) {
+    BindCard(mPutAside, card);
+    Step(mPutAside);
+    return mError == 0 && sqlite3_changes(mConnection.get()) > 0;
+}
+
 bool RepairedStore::AddCard(const FoundCard& card, bool isOfStore) {
     FoundCard mended = card;
     MendCard(mended);
@@ -333,6 +363,8 @@ bool RepairedStore::AddCard(const FoundCard& card, bool isOfStore) {
         id = CardUuid();
     }
     bool isInserted = false;
+    bool isAside = false;
+    const bool hasIdentity = !id.IsZero();
     // The second time a card of the store has another identity.
     for (int i = 0; i < 2 && !isInserted && mError == 0; ++i) {
         if (id.IsZero() && GenerateUuid(id) != 0) {
@@ -349,13 +381,14 @@ bool RepairedStore::AddCard(const FoundCard& card, bool isOfStore) {
                                     ? TextCell({utf8.data(), utf8.size()})
                                     : TextCell({utf16.data(), utf16.size()});
         isInserted = Insert(mended);
-        if (!isInserted && (!isOfStore || HasEqual(mended))) {
+        isAside = !isInserted && i == 0 && hasIdentity && PutAside(mended);
+        if (!isInserted && (isAside || !isOfStore || HasEqual(mended))) {
             break;
         }
         id = CardUuid();
     }
     mCards += isInserted ? 1 : 0;
-    return isInserted;
+    return isInserted || isAside;
 }
 
 void RepairedStore::AddCategory(int64_t id, const Cell& name, unsigned char encoding) {
@@ -407,7 +440,8 @@ void RepairedStore::RemakeCards(RepairReport& report) {
         mConnection,
         "SELECT RowId,CardId,Front,Back,CategoryId,IntroductionOrder FROM Lost.Traces AS t"
         " WHERE NOT EXISTS(SELECT 1 FROM main.Cards AS c WHERE c.ROWID=t.RowId)"
-        " AND NOT EXISTS(SELECT 1 FROM main.Cards AS c WHERE c.CardId=t.CardId)");
+        " AND NOT EXISTS(SELECT 1 FROM main.Cards AS c WHERE c.CardId=t.CardId)"
+        " AND NOT EXISTS(SELECT 1 FROM Lost.Aside AS a WHERE a.CardId=t.CardId)");
     const auto text = [&traces](int column) {
         const auto* const bytes = sqlite3_column_text(traces.get(), column);
         const auto length = static_cast<size_t>(sqlite3_column_bytes(traces.get(), column));
@@ -462,6 +496,10 @@ void RepairedStore::NameCategories(RepairReport& report) {
 
 void RepairedStore::Finish(RepairReport& report) {
     RemakeCards(report);
+    const std::string columns = JoinColumns("", ",");
+    Run(("INSERT OR IGNORE INTO main.Cards(" + columns + ") SELECT " + columns + " FROM Lost.Aside")
+            .c_str());
+    mCards += mError == 0 ? sqlite3_changes(mConnection.get()) : 0;
     if (mError == 0 && mCards == 0 && mCategories == 0) {
         mError = EILSEQ;
     }
@@ -472,7 +510,7 @@ void RepairedStore::Finish(RepairReport& report) {
     }
     NameCategories(report);
     Run("COMMIT");
-    for (StatementHandle* const statement : {&mHasRow, &mInsert, &mHasEqual, &mInsertCategory,
+    for (StatementHandle* const statement : {&mHasRow, &mInsert, &mHasEqual, &mPutAside, &mInsertCategory,
                                              &mNoteIdentity, &mNoteTexts, &mNotePlace}) {
         statement->reset();
     }

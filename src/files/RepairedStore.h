@@ -76,10 +76,13 @@ class RepairedStore {
     // Returns 0 or the system's number of the first error.
     int GetError() const { return mError; }
     bool HasRow(int64_t rowId);
+    // Whether the card of that row has this identity, bytes for bytes.
+    bool HasRow(int64_t rowId, std::string_view id, unsigned char encoding);
 
     // Keeps the row id, and gives a new identity to a card that has none. Where another card has
     // its identity the card is passed over, unless it is known to be of the store: it then gets a
-    // new one, if it differs at all. Returns true when the card is there now.
+    // new one, if it differs at all. Where another card has its row id a card with an identity of
+    // its own gets a new row id in the end. Returns true when the card was added.
     bool AddCard(const FoundCard& card, bool isOfStore);
     // The first name of an id stays.
     void AddCategory(int64_t id, const Cell& name, unsigned char encoding);
@@ -101,6 +104,7 @@ class RepairedStore {
     void Fail();
     bool Insert(const FoundCard& card);
     bool HasEqual(const FoundCard& card);
+    bool PutAside(const FoundCard& card);
     void DropIndexes();
     void RemakeCards(RepairReport& report);
     void NameCategories(RepairReport& report);
@@ -113,6 +117,7 @@ class RepairedStore {
     StatementHandle mHasRow;
     StatementHandle mInsert;
     StatementHandle mHasEqual;
+    StatementHandle mPutAside;
     StatementHandle mInsertCategory;
     StatementHandle mNoteIdentity;
     StatementHandle mNoteTexts;

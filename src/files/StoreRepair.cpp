@@ -82,18 +82,19 @@ class EngineReader {
     FoundCard ReadCard(const StatementHandle& statement) const;
     // A row that may not be what it was: nothing is in it, or it goes on in other pages.
     bool IsDoubtful(const FoundCard& card) const;
-    void Save(const FoundCard& card);
 
     RepairedStore& mStore;
     ConnectionHandle mConnection;
     unsigned char mEncoding = SQLITE_UTF16LE;
     size_t mPageSize = 4096;
+    int64_t mMostRows = 0;
     std::vector<size_t> mRecordPlaces;
     // Those of them that the engine is asked for, in the order of the question.
     std::vector<size_t> mAskedPlaces;
     bool mHasRowIds = true;
     StatementHandle mScan;
     StatementHandle mRow;
+    // In ascending order.
     std::vector<int64_t> mLeft;
 };
 
@@ -173,6 +174,9 @@ void EngineReader::ReadSchema() {
         wxBYTE_ORDER == wxLITTLE_ENDIAN ? SQLITE_UTF16LE : SQLITE_UTF16BE;
     mEncoding = ask("PRAGMA encoding") == "UTF-8" ? SQLITE_UTF8 : kNative;
     mPageSize = static_cast<size_t>(std::max(512, std::atoi(ask("PRAGMA page_size").c_str())));
+    constexpr int64_t kLeastRow = 8;
+    mMostRows = std::atoll(ask("PRAGMA page_count").c_str()) *
+                (static_cast<int64_t>(mPageSize) / kLeastRow);
     // A column may have one of the engine's names for the row id.
     for (const char* const rowId : {"rowid", "oid", "_rowid_"}) {
         if (!isThere(rowId) && mRow == nullptr) {
@@ -227,16 +231,14 @@ bool EngineReader::IsDoubtful(const FoundCard& card) const {
     return texts == 0 || length > mPageSize;
 }
 
-void EngineReader::Save(const FoundCard& card) {
-    mStore.AddCard(card, true);
-}
-
 bool EngineReader::SaveAll() {
     const bool isWhole = SaveCards();
     return SaveCategories() && isWhole;
 }
 
-// Rows come in the order of their row ids. Where they do not, the tree of the table is damaged.
+// Rows come in the order of their row ids, unless one of these is damaged: then the scan goes on all
+// the same. A tree whose branches meet again gives its rows over and over, which ends at more rows
+// than the file can have.
 bool EngineReader::SaveCards() {
     if (mScan == nullptr) {
         return false;
@@ -246,34 +248,32 @@ bool EngineReader::SaveCards() {
     int64_t rows = 0;
     int64_t next = kFirst;
     int64_t gap = 0;
+    bool isInOrder = true;
     for (int resumptions = 0; resumptions < kMostResumptions && mStore.GetError() == 0;) {
         if (mHasRowIds) {
             sqlite3_bind_int64(mScan.get(), 1, next);
         }
         int result = SQLITE_ROW;
-        while ((result = sqlite3_step(mScan.get())) == SQLITE_ROW && mStore.GetError() == 0) {
+        int64_t least = next;
+        while (rows < mMostRows && (result = sqlite3_step(mScan.get())) == SQLITE_ROW &&
+               mStore.GetError() == 0) {
             const FoundCard card = ReadCard(mScan);
-            if (card.RowId && *card.RowId < next) {
-                result = SQLITE_CORRUPT;
-                break;
-            }
+            const int64_t rowId = card.RowId.value_or(least);
+            isInOrder = isInOrder && rowId >= least;
+            least = rowId < kLast && card.RowId ? rowId + 1 : least;
             ++rows;
             gap = 0;
-            if (!IsDoubtful(card)) {
-                Save(card);
-            } else if (card.RowId) {
-                mLeft.push_back(*card.RowId);
-            }
-            if (card.RowId) {
-                if (*card.RowId == kLast) {
-                    break;
-                }
-                next = *card.RowId + 1;
+            const bool isAhead = mLeft.empty() || rowId > mLeft.back();
+            if (card.RowId && isAhead && IsDoubtful(card)) {
+                mLeft.push_back(rowId);
+            } else {
+                mStore.AddCard(card, true);
             }
         }
         sqlite3_reset(mScan.get());
-        if (result == SQLITE_DONE || !mHasRowIds) {
-            return result == SQLITE_DONE && resumptions == 0 && mLeft.empty() &&
+        next = std::max(next, least);
+        if (result == SQLITE_DONE || !mHasRowIds || rows >= mMostRows) {
+            return result == SQLITE_DONE && resumptions == 0 && isInOrder && mLeft.empty() &&
                    Agrees("Cards", rows);
         }
         // The greatest row id of a damaged store is not known, and what is asked for after a bad
@@ -350,7 +350,9 @@ class PageReader {
   private:
     unsigned char Encoding() const;
     Cell ToCell(const Value& value) const;
+    const Value* FindIdentity(const Record& record) const;
     bool IsCard(const Record& record) const;
+    bool IsOther(int64_t rowId, const Record& record) const;
     void SaveRow(int64_t rowId, const Record& record, bool isFree);
     void NoteEntry(const Record& entry);
 
@@ -401,7 +403,7 @@ void PageReader::SaveRows() {
         const auto want = [&](int64_t rowId, size_t columns) {
             return columns == kCategoryColumns
                        ? !isFree
-                       : columns > kCategoryColumns && !mStore.HasRow(rowId);
+                       : columns > kCategoryColumns && !(isFree && mStore.HasRow(rowId));
         };
         mFile.ReadRows(page, PageKind::kTableLeaf, want, [&](int64_t rowId, const Record& record) {
             // The id of a category is its row id, which the record leaves out.
@@ -415,19 +417,36 @@ void PageReader::SaveRows() {
     mEngine.SaveLeft();
 }
 
-// A card has a proper identity or at least all columns of one. Columns that were added to a table
-// later are missing in its older rows.
-bool PageReader::IsCard(const Record& record) const {
+// Returns null for a record that has no proper identity.
+const Value* PageReader::FindIdentity(const Record& record) const {
     const std::vector<size_t>& places = mEngine.RecordPlaces();
     const auto place = static_cast<size_t>(
         std::find(places.begin(), places.end(), size_t{kCardId}) - places.begin());
     CardUuid id;
-    return (record.size() == places.size() && record.size() >= kFewestColumns) ||
-           (place < record.size() && ParseUuid(mFile.ToText(record[place]), id) == 0);
+    const bool isProper =
+        place < record.size() && ParseUuid(mFile.ToText(record[place]), id) == 0 && !id.IsZero();
+    return isProper ? &record[place] : nullptr;
+}
+
+// A card has a proper identity or at least all columns of one. Columns that were added to a table
+// later are missing in its older rows.
+bool PageReader::IsCard(const Record& record) const {
+    return (record.size() == mEngine.RecordPlaces().size() && record.size() >= kFewestColumns) ||
+           FindIdentity(record) != nullptr;
+}
+
+// Whether a saved row is another card than this one, which can be told by identities alone.
+bool PageReader::IsOther(int64_t rowId, const Record& record) const {
+    const Value* const id = FindIdentity(record);
+    return id != nullptr && !mStore.HasRow(rowId, std::get<std::string>(*id), Encoding());
 }
 
 void PageReader::SaveRow(int64_t rowId, const Record& record, bool isFree) {
-    if (!IsCard(record) || (!record.IsCut && mEngine.SaveRow(rowId)) || isFree) {
+    if (!IsCard(record)) {
+        return;
+    }
+    const bool isTaken = mStore.HasRow(rowId);
+    if (isTaken ? !IsOther(rowId, record) : (!record.IsCut && mEngine.SaveRow(rowId)) || isFree) {
         return;
     }
     FoundCard card;

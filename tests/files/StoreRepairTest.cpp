@@ -120,6 +120,8 @@ struct ReadableDamage {
     size_t Place = 0;
     size_t Length = 0;
     size_t Cut = 0;
+    // The last byte of the row id of row 147.
+    int RowIdByte = -1;
 };
 constexpr char kKept[] =
     "SELECT Front,Back,CategoryId,Notes,FrontImage,Introduced,LastReview,ReviewInterval,"
@@ -140,7 +142,24 @@ const ReadableDamage kReadableDamages[] = {
      "ReviewInterval,RERC) SELECT printf('00000000-0000-4000-8000-%012d',rowid),'new','new',0,'',"
      "1000+rowid,1,1700000000,60.0,5 FROM Cards LIMIT 90",
      0, 0, 500},
+    {"a row with the id of an earlier one", "", 0, 0, 0, 0x05},
+    {"a row with the id of a later one", "", 0, 0, 0, 0x7F},
 };
+
+// A row id stands before the header of its record, and the identity of the card after that.
+size_t RowIdPlace(const std::string& bytes, const std::string& id) {
+    std::string text;
+    for (const char character : id) {
+        text += {character, '\0'};
+    }
+    for (size_t place = bytes.find(text);; place = bytes.find(text, place + 1)) {
+        for (size_t header = 29; header < 33; ++header) {
+            if (bytes.at(place - header) == static_cast<char>(header)) {
+                return place - header - 1;
+            }
+        }
+    }
+}
 
 TEST_F(StoreRepairTest, WhatTheEngineReadsIsSaved) {
     for (const ReadableDamage& damage : kReadableDamages) {
@@ -157,6 +176,10 @@ TEST_F(StoreRepairTest, WhatTheEngineReadsIsSaved) {
         std::string bytes = ReadBytes(StorePath());
         std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(damage.Place), damage.Length, 1);
         bytes.resize(bytes.length() - damage.Cut);
+        if (damage.RowIdByte >= 0) {
+            const std::string id = Query("SELECT CardId FROM Cards WHERE rowid=147").front();
+            bytes[RowIdPlace(bytes, id)] = static_cast<char>(damage.RowIdByte);
+        }
         WriteBytes(StorePath(), bytes);
         const Strings read = rows();
         Strings readable;

@@ -108,6 +108,8 @@ class HostileTest(unittest.TestCase):
             with self.subTest(store=number, seed=SEED):
                 with open(store, "wb") as file:
                     file.write(damaged)
+                if os.path.exists(repaired):
+                    os.remove(repaired)
                 code, output = self.run_cards(None, "repair", store, repaired)
                 with open(store, "rb") as file:
                     self.assertEqual(damaged, file.read())
@@ -122,7 +124,6 @@ class HostileTest(unittest.TestCase):
                     self.assertEqual(told["cards"] + told["remade"],
                                      len(json.loads(self.run_cards(repaired, "list")[1])))
                     saved += told["cards"] + told["remade"]
-                    os.remove(repaired)
                 self.run_cards(store, "check", store)
                 opened += self.run_cards(store, "list")[0] == 0
                 for command in ("stats", "due", "export", "backup"):
