@@ -237,6 +237,8 @@ std::optional<Record> PageFile::Parse(std::string_view content, uint64_t wholeLe
     }
     size_t body = static_cast<size_t>(headerLength);
     Record record;
+    constexpr uint64_t kUsualColumns = 32;
+    record.reserve(static_cast<size_t>(std::min(headerLength, kUsualColumns)));
     while (at < headerLength) {
         uint64_t type = 0;
         if (!ReadVarint(content, at, type) || type == 10 || type == 11) {

@@ -309,11 +309,6 @@ void RepairedStore::DropIndexes() {
     }
 }
 
-bool RepairedStore::HasRow(int64_t rowId) {
-    sqlite3_bind_int64(mHasRow.get(), 1, rowId);
-    return Step(mHasRow);
-}
-
 bool RepairedStore::HasRow(int64_t rowId, std::string_view id, unsigned char encoding) {
     sqlite3_stmt* const row = mHasRow.get();
     sqlite3_bind_int64(row, 1, rowId);
@@ -322,10 +317,10 @@ bool RepairedStore::HasRow(int64_t rowId, std::string_view id, unsigned char enc
         const void* const bytes = encoding == SQLITE_UTF8
                                       ? static_cast<const void*>(sqlite3_column_text(row, 0))
                                       : sqlite3_column_text16(row, 0);
-        const int length = encoding == SQLITE_UTF8 ? sqlite3_column_bytes(row, 0)
-                                                   : sqlite3_column_bytes16(row, 0);
-        isSame = bytes != nullptr &&
-                 id == std::string_view(static_cast<const char*>(bytes), static_cast<size_t>(length));
+        const int length =
+            encoding == SQLITE_UTF8 ? sqlite3_column_bytes(row, 0) : sqlite3_column_bytes16(row, 0);
+        isSame = bytes != nullptr && id == std::string_view(static_cast<const char*>(bytes),
+                                                            static_cast<size_t>(length));
     }
     sqlite3_reset(row);
     return isSame;
@@ -339,7 +334,11 @@ bool RepairedStore::Insert(const FoundCard& card) {
         sqlite3_bind_null(mInsert.get(), kCardColumnCount + 1);
     }
     Step(mInsert);
-    return mError == 0 && sqlite3_changes(mConnection.get()) > 0;
+    if (mError != 0 || sqlite3_changes(mConnection.get()) == 0) {
+        return false;
+    }
+    mRowIds.Add(sqlite3_last_insert_rowid(mConnection.get()));
+    return true;
 }
 
 bool RepairedStore::HasEqual(const FoundCard& card) {
@@ -510,8 +509,9 @@ void RepairedStore::Finish(RepairReport& report) {
     }
     NameCategories(report);
     Run("COMMIT");
-    for (StatementHandle* const statement : {&mHasRow, &mInsert, &mHasEqual, &mPutAside, &mInsertCategory,
-                                             &mNoteIdentity, &mNoteTexts, &mNotePlace}) {
+    for (StatementHandle* const statement :
+         {&mHasRow, &mInsert, &mHasEqual, &mPutAside, &mInsertCategory, &mNoteIdentity, &mNoteTexts,
+          &mNotePlace}) {
         statement->reset();
     }
     mConnection.reset();

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -64,6 +65,30 @@ struct FoundCard {
     unsigned char Encoding = SQLITE_UTF8;
 };
 
+// Row ids, mostly one after the other: a million of them take less than a megabyte.
+class RowIds {
+  public:
+    // Returns false for one that is there already.
+    bool Add(int64_t rowId) {
+        uint64_t& bits = mBits[rowId >> 6];
+        const bool isNew = (bits & Bit(rowId)) == 0;
+        bits |= Bit(rowId);
+        return isNew;
+    }
+    bool Has(int64_t rowId) const {
+        const auto found = mBits.find(rowId >> 6);
+        return found != mBits.end() && (found->second & Bit(rowId)) != 0;
+    }
+    bool IsEmpty() const { return mBits.empty(); }
+
+  private:
+    static uint64_t Bit(int64_t rowId) {
+        return uint64_t{1} << (static_cast<uint64_t>(rowId) & 63);
+    }
+
+    std::unordered_map<int64_t, uint64_t> mBits;
+};
+
 // The new store that a repair fills. Nothing of the rows stays in memory. It is made with no care
 // for crashes, so it must get its name only after Finish. The first failure ends all that follows:
 // GetError has it.
@@ -75,7 +100,7 @@ class RepairedStore {
 
     // Returns 0 or the system's number of the first error.
     int GetError() const { return mError; }
-    bool HasRow(int64_t rowId);
+    bool HasRow(int64_t rowId) const { return mRowIds.Has(rowId); }
     // Whether the card of that row has this identity, bytes for bytes.
     bool HasRow(int64_t rowId, std::string_view id, unsigned char encoding);
 
@@ -114,6 +139,7 @@ class RepairedStore {
     ConnectionHandle mConnection;
     // The texts of the indexes, which are made in the end: that is many times as fast.
     std::vector<std::string> mIndexes;
+    RowIds mRowIds;
     StatementHandle mHasRow;
     StatementHandle mInsert;
     StatementHandle mHasEqual;

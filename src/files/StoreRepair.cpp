@@ -236,9 +236,9 @@ bool EngineReader::SaveAll() {
     return SaveCategories() && isWhole;
 }
 
-// Rows come in the order of their row ids, unless one of these is damaged: then the scan goes on all
-// the same. A tree whose branches meet again gives its rows over and over, which ends at more rows
-// than the file can have.
+// Rows come in the order of their row ids, unless one of these is damaged: then the scan goes on
+// all the same. A tree whose branches meet again gives its rows over and over, which ends at more
+// rows than the file can have.
 bool EngineReader::SaveCards() {
     if (mScan == nullptr) {
         return false;
@@ -344,6 +344,8 @@ class PageReader {
     PageReader(const PageFile& file, EngineReader& engine, RepairedStore& store)
         : mFile(file), mEngine(engine), mStore(store) {}
     void SaveRows();
+    // Saves those cards of equal row ids that were passed over.
+    void SaveDoubles();
     void NoteEntries();
     int32_t CountShortened() const { return mShortened; }
 
@@ -360,6 +362,9 @@ class PageReader {
     EngineReader& mEngine;
     RepairedStore& mStore;
     int32_t mShortened = 0;
+    // The row ids of cards in pages, and those that two cards have.
+    RowIds mSeen;
+    RowIds mDoubles;
 };
 
 unsigned char PageReader::Encoding() const {
@@ -401,9 +406,12 @@ void PageReader::SaveRows() {
             continue;
         }
         const auto want = [&](int64_t rowId, size_t columns) {
+            if (!isFree && columns >= kFewestColumns && !mSeen.Add(rowId)) {
+                mDoubles.Add(rowId);
+            }
             return columns == kCategoryColumns
                        ? !isFree
-                       : columns > kCategoryColumns && !(isFree && mStore.HasRow(rowId));
+                       : columns > kCategoryColumns && !mStore.HasRow(rowId);
         };
         mFile.ReadRows(page, PageKind::kTableLeaf, want, [&](int64_t rowId, const Record& record) {
             // The id of a category is its row id, which the record leaves out.
@@ -415,6 +423,21 @@ void PageReader::SaveRows() {
         });
     }
     mEngine.SaveLeft();
+}
+
+void PageReader::SaveDoubles() {
+    const auto want = [this](int64_t rowId, size_t columns) {
+        return columns >= kFewestColumns && mDoubles.Has(rowId);
+    };
+    const auto save = [this](int64_t rowId, const Record& record) {
+        SaveRow(rowId, record, false);
+    };
+    for (uint64_t page = mDoubles.IsEmpty() ? 0 : mFile.NextPage(0);
+         page != 0 && mStore.GetError() == 0; page = mFile.NextPage(page)) {
+        if (!mFile.IsFree(page)) {
+            mFile.ReadRows(page, PageKind::kTableLeaf, want, save);
+        }
+    }
 }
 
 // Returns null for a record that has no proper identity.
@@ -616,6 +639,7 @@ int SaveRows(const fs::path& copy, RepairedStore& store, RepairReport& report) {
         const PageFile file(pages.Get());
         PageReader reader(file, engine, store);
         reader.SaveRows();
+        reader.SaveDoubles();
         reader.NoteEntries();
         report.Shortened = reader.CountShortened();
     }
