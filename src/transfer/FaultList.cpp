@@ -31,6 +31,8 @@ class FaultSearch : public Worker {
 
     // Valid once the worker has ended.
     const std::vector<ImportFault>& GetFaults() const { return mFaults; }
+    // What was read in a way that may not be meant, and is no fault.
+    const std::vector<SourceNotice>& GetNotices() const { return mResult.Notices; }
     // A cancel that came when the search was done came too late.
     bool WasStopped() const { return mResult.Status == ImportStatus::kCancelled; }
 
@@ -61,14 +63,8 @@ class FaultSearch : public Worker {
     std::vector<ImportFault> mFaults;
 };
 
-wxString FaultText(const std::vector<ImportFault>& faults) {
-    wxString text;
-    for (const ImportFault& fault : faults) {
-        text += fault.Line >= 1 ? wxString::Format(_("Line %i: %s"), fault.Line, fault.Message)
-                                : fault.Message;
-        text += "\n";
-    }
-    return text;
+void AddLine(wxString& text, int32_t line, const wxString& message) {
+    text += (line >= 1 ? wxString::Format(_("Line %i: %s"), line, message) : message) + "\n";
 }
 
 wxString CountText(size_t count) {
@@ -80,11 +76,19 @@ wxString CountText(size_t count) {
     return count < kMostFaults ? found : found + " " + _("(there may be more)");
 }
 
-void ShowFaults(wxWindow* parent, const std::vector<ImportFault>& faults) {
+void ShowFaults(wxWindow* parent, const FaultSearch& search) {
+    const std::vector<ImportFault>& faults = search.GetFaults();
+    wxString lines;
+    for (const ImportFault& fault : faults) {
+        AddLine(lines, fault.Line, fault.Message);
+    }
+    for (const SourceNotice& notice : search.GetNotices()) {
+        AddLine(lines, notice.Line, notice.Text);
+    }
     wxDialog dialog(parent, kDialogId, _("All Faults"), wxDefaultPosition, wxDefaultSize,
                     wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER);
     auto* const count = new wxStaticText(&dialog, wxID_ANY, CountText(faults.size()));
-    auto* const text = new wxTextCtrl(&dialog, kFaultTextId, FaultText(faults), wxDefaultPosition,
+    auto* const text = new wxTextCtrl(&dialog, kFaultTextId, lines, wxDefaultPosition,
                                       dialog.FromDIP(wxSize(480, 240)),
                                       wxTE_MULTILINE | wxTE_READONLY | wxHSCROLL);
     SetAccessibleName(*text, _("All Faults"));
@@ -117,6 +121,6 @@ void ShowAllFaults(wxWindow* parent, const ImportInput& input, Database& databas
     FaultSearch search(input, database);
     const wxString failure = _("Unable to start a thread for the search.");
     if (RunWithProgress(parent, search, report, failure) && !search.WasStopped()) {
-        ShowFaults(parent, search.GetFaults());
+        ShowFaults(parent, search);
     }
 }

@@ -77,6 +77,27 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     EXPECT_EQ(ReadBytes(kept[0].Path), kNoStore);
 }
 
+// A folder that cannot be made keeps the backup away.
+TEST_F(StoreLifecycleTest, NewWithoutABackupAsksAndNoLeavesTheFile) {
+    const wxString path = Path("bad.vlm");
+    WriteBytes(path, kNoStore);
+    WriteStringSetting(kSettingBackupDirectory, path + "/none");
+    ModalAnswers answers;
+    answers.ThenPress(DatabaseOpenFailed::ID_NEW);
+    answers.ThenChoose(path);
+    answers.Expect([](wxDialog& box) {
+        const auto& question = dynamic_cast<wxMessageDialog&>(box);
+        EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
+        EXPECT_TRUE(question.GetMessage().Contains("could not be kept"));
+        wxWindow* const recovery = box.GetParent();
+        recovery->CallAfter(
+            [recovery] { Send(*FindById(*recovery, DatabaseOpenFailed::ID_EXIT)); });
+        return wxID_NO;
+    });
+    EXPECT_FALSE(Open(path, true));
+    EXPECT_EQ(ReadBytes(path), kNoStore);
+}
+
 // The reason, and the button that most likely helps and has the focus.
 TEST_F(StoreLifecycleTest, TheRecoveryDialogTellsWhyAndAdvises) {
     const wxString cut = Path("cut.vlm");

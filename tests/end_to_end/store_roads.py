@@ -71,6 +71,43 @@ class StoreRoad(RoadTest):
         program.wait_no_text(empty)
         self.assertEqual(0, program.quit())
 
+    @on_one_desktop
+    def test_the_log_and_the_history_go_with_the_store(self):
+        self.sandbox.let_read_windows()
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        other = shutil.copy(self.sandbox.store, self.sandbox.path("other.vlm"))
+        hidden = "The back side of this flash card is hidden"
+        scored = "SELECT Front, LastScore FROM Cards WHERE Introduced ORDER BY Front"
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        for store, digit in ((self.sandbox.store, "5"), (other, "4")):
+            if store == other:
+                press("ctrl+1")
+                program.wait_window(LIST_WINDOW)
+                program.click("File")
+                program.click("Open Store...")
+                program.wait_window("Open Store File")
+                type_text(other)
+                press("Return")
+                program.wait_no_window("Open Store File")
+            press("ctrl+2")
+            program.wait_window(STUDY_WINDOW)
+            # The card of the former store must not come back, to be scored in this one.
+            press("Left")
+            program.wait_text(hidden)
+            press("space")
+            program.wait_no_text(hidden)
+            press(digit)
+            program.wait_text(hidden)
+        self.assertEqual(0, program.quit())
+        for store, digit in ((self.sandbox.store, 5), (other, 4)):
+            with open(store + ".reviews", encoding="utf-8") as log:
+                # After the line that names the columns.
+                self.assertEqual(1, len(log.readlines()[1:]))
+            with sqlite3.connect(store) as connection:
+                self.assertEqual([digit], [score for _, score in connection.execute(scored)])
+            connection.close()
+
     def test_a_store_locked_by_another_process_is_fatal(self):
         self.sandbox.let_read_windows()
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))

@@ -175,7 +175,7 @@ TEST_F(ImportDialogTest, ShowsAndTakesTheEncoding) {
 
 // The dialog stays after a failed import, so that its choices can be changed, and remembers them.
 TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
-    const std::string bytes = "Wort;Meaning;Xyz\nHund;dog;x\nin;store;y\n;none;z\n";
+    const std::string bytes = "Wort;Meaning;Xyz\nHund;dog;\"x\" y\nin;store;\"y\"\n;none;\"z\"\n";
     Insert(MakeCard("in", "store"));
     Open(bytes);
     EXPECT_FALSE(IsShown(ImportDialog::ID_FAULTS));
@@ -193,12 +193,15 @@ TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
         mAnswers.Expect([](wxDialog& list) {
             EXPECT_EQ(Find<wxTextCtrl>(list, kFaultTextId).GetValue(),
                       "Line 3: Duplicate Card: There is already a card in the database with this "
-                      "front/back pair.\nLine 4: Every card must have a front attribute.\n");
+                      "front/back pair.\nLine 4: Every card must have a front attribute.\nLine 2: "
+                      "A field "
+                      "begins with a double quote and does not end with one, so that the quote is "
+                      "taken for text.\n");
             return wxID_CLOSE;
         });
         Send(*FindById(dialog, ImportDialog::ID_FAULTS));
 
-        WriteBytes(mDirectory.Path("import.txt"), bytes.substr(0, bytes.size() - 8));
+        WriteBytes(mDirectory.Path("import.txt"), bytes.substr(0, bytes.find(";none")));
         Choose(ImportDialog::ID_KNOWN_CARDS, static_cast<int>(KnownPairs::kSkip));
         mAnswers.ThenWatch();
         mAnswers.Expect(wxID_OK);
@@ -209,7 +212,7 @@ TEST_F(ImportDialogTest, StaysAfterAFailureAndRemembersTheColumns) {
         "1 Records Inserted\n0 Records Merged\n1 Duplicates Ignored"));
 
     Open(bytes);
-    EXPECT_EQ(Shown(), "Delimited/semi-colon: Front=Hund;Back=dog;Chapter=x;");
+    EXPECT_EQ(Shown(), "Delimited/semi-colon: Front=Hund;Back=dog;Chapter=\"x\" y;");
 }
 
 TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
