@@ -237,7 +237,9 @@ class CardSource {
         input.FileName = mPath;
         if (IsDeck()) {
             input.Format = ImportFormat::kDeck;
+            // Nobody cancels a command but by its end.
             input.MakeDeckReader = [deck = mDeck, options = mDeckOptions](Database& asked,
+                                                                          const std::atomic<bool>&,
                                                                           wxString& message) {
                 return MakeDeckReader(deck, options, asked, message);
             };

@@ -5,6 +5,11 @@
 #include "exchange/ImportPass.h"
 #include "store/Database.h"
 
+void ImportResult::Cancel() {
+    Status = ImportStatus::kCancelled;
+    IsCancelled = true;
+}
+
 bool ImportResult::Advance(ImportStatus from, ImportStatus to) {
     return Status.compare_exchange_strong(from, to);
 }
@@ -77,7 +82,7 @@ int32_t ImportThread::GetPosition() const {
 
 void ImportThread::Cancel() {
     if (!IsFinished()) {
-        mResult.Status = ImportStatus::kCancelled;
+        mResult.Cancel();
     }
     // A worker that has put a question, or is about to, must not wait for its answer.
     Reply();

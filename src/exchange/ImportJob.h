@@ -32,9 +32,9 @@ enum class ImportFormat {
 };
 
 // Makes the reader of a deck's cards, or returns null and says why there is none. It is called for
-// each pass, on the thread that reads.
-using DeckReaderMaker =
-    std::function<std::unique_ptr<CardRecordReader>(Database& database, wxString& message)>;
+// each pass, on the thread that reads. The flag ends it and the reader early, and outlives both.
+using DeckReaderMaker = std::function<std::unique_ptr<CardRecordReader>(
+    Database& database, const std::atomic<bool>& isCancelled, wxString& message)>;
 
 // What becomes of a record without an id whose pair of texts is already in the store or earlier in
 // the file.
@@ -77,8 +77,10 @@ enum class ImportMergePolicy : int32_t { kAsk = 0, kKeepDatabase = 1, kKeepImpor
 // RequestSemaphore and waits for ReplySemaphore. Between the two the fields belong to the main
 // thread, which asks, writes the answer, and posts ReplySemaphore.
 struct ImportResult {
-    // The main thread writes only kCancelled.
+    // The main thread writes only kCancelled, by Cancel.
     std::atomic<ImportStatus> Status{ImportStatus::kRunning};
+    // Follows the status, for readers that know nothing of imports.
+    std::atomic<bool> IsCancelled{false};
     // Records that equal their stored card.
     int32_t DuplicatesIgnored = 0;
     // Records that matched a stored card and differed from it.
@@ -111,6 +113,7 @@ struct ImportResult {
     // What was odd about the file, each thing once.
     std::vector<SourceNotice> Notices;
 
+    void Cancel();
     // Goes from one status to the next. Returns false, with nothing changed, when the import has
     // been cancelled: a cancel is never overwritten.
     bool Advance(ImportStatus from, ImportStatus to);

@@ -78,7 +78,7 @@ bool ImportSource::Open(const ImportInput& input, Database& database, ImportResu
     }
     if (input.Format == ImportFormat::kDeck) {
         wxString message;
-        mReader = input.MakeDeckReader(database, message);
+        mReader = input.MakeDeckReader(database, result.IsCancelled, message);
         return mReader != nullptr || result.Fail(message);
     }
     if (IsDatabaseFile(mFileName)) {

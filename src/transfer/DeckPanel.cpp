@@ -255,12 +255,15 @@ DeckOptions DeckPanel::GetOptions() const {
 }
 
 DeckReaderMaker DeckPanel::GetReaderMaker() const {
-    return [file = mFile, options = GetOptions(), fault = mSurvey.Failure](
-               Database& database, wxString& message) -> std::unique_ptr<CardRecordReader> {
+    return [file = mFile, choice = GetOptions(), fault = mSurvey.Failure](
+               Database& database, const std::atomic<bool>& isCancelled,
+               wxString& message) -> std::unique_ptr<CardRecordReader> {
         if (file == nullptr) {
             message = fault;
             return nullptr;
         }
+        DeckOptions options = choice;
+        options.IsCancelled = &isCancelled;
         return MakeDeckReader(file, options, database, message);
     };
 }

@@ -42,7 +42,7 @@ class FaultSearch : public Worker {
     }
     void Cancel() override {
         if (!IsFinished()) {
-            mResult.Status = ImportStatus::kCancelled;
+            mResult.Cancel();
         }
         Join();
     }

@@ -102,6 +102,25 @@ TEST_F(ImportOnAThread, AsksOnceForEachNewCategoryAsLongAsItMay) {
     }
 }
 
+TEST_F(ImportOnAThread, ACancelEndsTheOpeningOfADeck) {
+    ImportInput input = TextFile("");
+    input.Format = ImportFormat::kDeck;
+    std::atomic<bool> isOpening{false};
+    input.MakeDeckReader = [&isOpening](Database&, const std::atomic<bool>& isCancelled,
+                                        wxString&) {
+        isOpening = true;
+        while (!isCancelled) {
+            wxThread::Yield();
+        }
+        return nullptr;
+    };
+    ImportThread thread(input, mDatabase, true, &mTouched, mQuestions);
+    thread.Start();
+    ASSERT_TRUE(TickUntil(thread, [&isOpening] { return isOpening.load(); }));
+    thread.Cancel();
+    EXPECT_EQ(thread.GetResult().Status, ImportStatus::kCancelled);
+}
+
 TEST_F(ImportOnAThread, MergesAsThePolicySays) {
     std::vector<FlashCard> cards;
     std::string text;

@@ -42,7 +42,8 @@ struct DeckFixture : ImportFixture {
         if (file == nullptr) {
             return message.utf8_string();
         }
-        input.MakeDeckReader = [file, options](Database& database, wxString& why) {
+        input.MakeDeckReader = [file, options](Database& database, const std::atomic<bool>&,
+                                               wxString& why) {
             return MakeDeckReader(file, options, database, why);
         };
         Run(input);
