@@ -58,15 +58,29 @@ TEST_F(StoreLifecycleTest, RetryMakesNoFileAndOpenTakesAnother) {
 TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     const wxString path = Path("bad.vlm");
     WriteBytes(path, kNoStore);
+    // The backup cannot be made at first.
+    WriteStringSetting(kSettingBackupDirectory, path + "/none");
     ModalAnswers answers;
-    answers.ThenPress(DatabaseOpenFailed::ID_NEW);
-    answers.Expect([path](wxDialog& dialog) {
-        // Cancelled, so that the recovery dialog stays and the file too.
+    const auto pressNew = [path](wxDialog& dialog) {
         EXPECT_EQ(ReadBytes(path), kNoStore);
-        EXPECT_EQ(dynamic_cast<wxFileDialog&>(dialog).GetDirectory(), wxPathOnly(path));
         wxWindow* const recovery = dialog.GetParent();
         recovery->CallAfter([recovery] { Send(*FindById(*recovery, DatabaseOpenFailed::ID_NEW)); });
+    };
+    answers.ThenPress(DatabaseOpenFailed::ID_NEW);
+    answers.Expect([&](wxDialog& dialog) {
+        // Cancelled, so that the recovery dialog stays and the file too.
+        EXPECT_EQ(dynamic_cast<wxFileDialog&>(dialog).GetDirectory(), wxPathOnly(path));
+        pressNew(dialog);
         return wxID_CANCEL;
+    });
+    answers.ThenChoose(path);
+    answers.Expect([&](wxDialog& box) {
+        const auto& question = dynamic_cast<wxMessageDialog&>(box);
+        EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
+        EXPECT_TRUE(question.GetMessage().Contains("could not be kept"));
+        WriteStringSetting(kSettingBackupDirectory, wxString());
+        pressNew(box);
+        return wxID_NO;
     });
     answers.ThenChoose(path);
     EXPECT_TRUE(Open(path, true));
@@ -75,27 +89,6 @@ TEST_F(StoreLifecycleTest, NewReplacesAFileThatIsInTheWay) {
     const std::vector<StoreBackup> kept = ListBackups(GetBackupDirectory(), path);
     ASSERT_EQ(kept.size(), 1U);
     EXPECT_EQ(ReadBytes(kept[0].Path), kNoStore);
-}
-
-// A folder that cannot be made keeps the backup away.
-TEST_F(StoreLifecycleTest, NewWithoutABackupAsksAndNoLeavesTheFile) {
-    const wxString path = Path("bad.vlm");
-    WriteBytes(path, kNoStore);
-    WriteStringSetting(kSettingBackupDirectory, path + "/none");
-    ModalAnswers answers;
-    answers.ThenPress(DatabaseOpenFailed::ID_NEW);
-    answers.ThenChoose(path);
-    answers.Expect([](wxDialog& box) {
-        const auto& question = dynamic_cast<wxMessageDialog&>(box);
-        EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
-        EXPECT_TRUE(question.GetMessage().Contains("could not be kept"));
-        wxWindow* const recovery = box.GetParent();
-        recovery->CallAfter(
-            [recovery] { Send(*FindById(*recovery, DatabaseOpenFailed::ID_EXIT)); });
-        return wxID_NO;
-    });
-    EXPECT_FALSE(Open(path, true));
-    EXPECT_EQ(ReadBytes(path), kNoStore);
 }
 
 // The reason, and the button that most likely helps and has the focus.

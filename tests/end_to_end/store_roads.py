@@ -10,6 +10,13 @@ RECOVERY = "Velomind"
 
 
 class StoreRoad(RoadTest):
+    def open_store(self, program, path):
+        program.click("File")
+        program.click("Open Store...")
+        program.wait_window("Open Store File")
+        type_text(path)
+        press("Return")
+
     def test_a_store_that_fails_at_the_first_list_can_be_left(self):
         self.sandbox.let_read_windows()
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
@@ -55,11 +62,7 @@ class StoreRoad(RoadTest):
         program.wait_window(LIST_WINDOW)
         program.wait_no_text(empty)
         for path in (broken, other):
-            program.click("File")
-            program.click("Open Store...")
-            program.wait_window("Open Store File")
-            type_text(path)
-            press("Return")
+            self.open_store(program, path)
             if path == broken:
                 program.wait_text("This is no store file of Velomind")
                 press("Return")
@@ -77,18 +80,13 @@ class StoreRoad(RoadTest):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
         other = shutil.copy(self.sandbox.store, self.sandbox.path("other.vlm"))
         hidden = "The back side of this flash card is hidden"
-        scored = "SELECT Front, LastScore FROM Cards WHERE Introduced ORDER BY Front"
         program = self.sandbox.start()
         program.wait_window(LIST_WINDOW)
         for store, digit in ((self.sandbox.store, "5"), (other, "4")):
             if store == other:
                 press("ctrl+1")
                 program.wait_window(LIST_WINDOW)
-                program.click("File")
-                program.click("Open Store...")
-                program.wait_window("Open Store File")
-                type_text(other)
-                press("Return")
+                self.open_store(program, other)
                 program.wait_no_window("Open Store File")
             press("ctrl+2")
             program.wait_window(STUDY_WINDOW)
@@ -105,7 +103,8 @@ class StoreRoad(RoadTest):
                 # After the line that names the columns.
                 self.assertEqual(1, len(log.readlines()[1:]))
             with sqlite3.connect(store) as connection:
-                self.assertEqual([digit], [score for _, score in connection.execute(scored)])
+                self.assertEqual([(digit,)], connection.execute(
+                    "SELECT LastScore FROM Cards WHERE Introduced").fetchall())
             connection.close()
 
     def test_a_store_locked_by_another_process_is_fatal(self):
