@@ -423,14 +423,9 @@ void BrowseFrame::BindListCommands() {
         wxEVT_MENU,
         [this](wxCommandEvent& event) { OnUndo(event, &UndoHistory::RedoLast, _("Redo")); },
         wxID_REDO);
-    Bind(wxEVT_UPDATE_UI, &BrowseFrame::OnUpdateUndo, this, wxID_UNDO);
-    Bind(
-        wxEVT_UPDATE_UI,
-        [this](wxUpdateUIEvent& event) {
-            event.Enable(mServices.GetUndoHistory().CanRedo());
-            event.Skip(TextUndo::Find(FindFocus()) != nullptr);
-        },
-        wxID_REDO);
+    for (const int id : {wxID_UNDO, wxID_REDO}) {
+        Bind(wxEVT_UPDATE_UI, &BrowseFrame::OnUpdateUndo, this, id);
+    }
 }
 
 void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
@@ -491,7 +486,7 @@ void BrowseFrame::ShowCategory() {
     // SetLabelText, because a name may contain "&", which marks a mnemonic in a label.
     mpButton->SetLabelText(ShownName(GetCategoryName(*mpDatabase, id)));
     SetAccessibleName(*mpButton, wxString::Format(_("Category: %s"), mpButton->GetLabelText()));
-    ShowUndoStep();
+    ShowUndoSteps();
     ShowReadyCount();
     ShowFirstSteps();
 }
@@ -570,7 +565,7 @@ void BrowseFrame::OnActivate(wxActivateEvent& event) {
 // toolkit moves the focus without the user.
 void BrowseFrame::OnChildFocus(wxChildFocusEvent& event) {
     event.Skip();
-    ShowUndoStep();
+    ShowUndoSteps();
     if (IsActive() && wxGetTopLevelParent(event.GetWindow()) == this) {
         mpChildFocus = event.GetWindow();
     }
@@ -649,7 +644,12 @@ void BrowseFrame::OnUndo(wxCommandEvent& event, TakeStep take, const wxString& c
     UndoOutcome outcome;
     {
         const wxBusyCursor busy;
+        const int32_t category = mServices.GetCurrentCategoryId(*mpDatabase);
         (mServices.GetUndoHistory().*take)(*mpDatabase, outcome);
+        if (category != -1 && category == outcome.GoneId) {
+            // The current category follows its cards, as it did in the merge.
+            mServices.SetCurrentCategoryId(*mpDatabase, outcome.IntoId);
+        }
         // Notifies after a failure too, so that the list shows what was done.
         mpDatabase->Notify();
         mpCardList->SelectCards(std::move(outcome.RowIds));
@@ -661,20 +661,26 @@ void BrowseFrame::OnUndo(wxCommandEvent& event, TakeStep take, const wxString& c
 }
 
 void BrowseFrame::OnUpdateUndo(wxUpdateUIEvent& event) {
-    ShowUndoStep();
-    event.Enable(!mServices.GetUndoHistory().IsEmpty());
+    ShowUndoSteps();
+    const UndoHistory& history = mServices.GetUndoHistory();
+    event.Enable(event.GetId() == wxID_UNDO ? !history.IsEmpty() : history.CanRedo());
     // Only the field itself knows whether it has something to take back.
     event.Skip(TextUndo::Find(FindFocus()) != nullptr);
 }
 
-// Names the step in the menu. Runs before the menu opens, which fixes the menu's width.
-void BrowseFrame::ShowUndoStep() {
+// Names the steps in the menu. Runs before the menu opens, which fixes the menu's width.
+void BrowseFrame::ShowUndoSteps() {
+    const UndoHistory& history = mServices.GetUndoHistory();
     const bool isText = TextUndo::Find(FindFocus()) != nullptr;
-    const wxString step = isText ? wxString() : mServices.GetUndoHistory().GetLabel();
-    const wxString text =
-        step.empty() ? _("&Undo\tCtrl+Z") : wxControl::EscapeMnemonics(step) + "\tCtrl+Z";
-    wxMenuItem* const item = GetMenuBar()->FindItem(wxID_UNDO);
-    if (item->GetItemLabel() != text) {
-        item->SetItemLabel(text);
-    }
+    const auto show = [&](int id, const wxString& step, const wxString& plain) {
+        const wxString text = isText || step.empty() ? plain
+                                                     : wxControl::EscapeMnemonics(step) + "\t" +
+                                                           plain.AfterFirst('\t');
+        wxMenuItem* const item = GetMenuBar()->FindItem(id);
+        if (item->GetItemLabel() != text) {
+            item->SetItemLabel(text);
+        }
+    };
+    show(wxID_UNDO, history.GetUndoLabel(), _("&Undo\tCtrl+Z"));
+    show(wxID_REDO, history.GetRedoLabel(), _("R&edo\tCtrl+Shift+Z"));
 }

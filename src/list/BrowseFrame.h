@@ -102,7 +102,7 @@ class BrowseFrame : public wxFrame, private Observer {
     void ShowCategory();
     void ShowReadyCount();
     void ShowFirstSteps();
-    void ShowUndoStep();
+    void ShowUndoSteps();
     void AddRecentSearch(const wxString& text);
     void RebuildSearchMenu();
     void Search(const wxString& text);

@@ -246,6 +246,7 @@ int PartAgain(Database& database, const StoreChange& change, UndoOutcome& outcom
         }
         parted = category.Id == change.Categories.front().Id ? id : parted;
     }
+    opposite.IntoId = change.IntoId;
     if (database.SelectCategoryById(parted, opposite.Categories) < 0) {
         return -1;
     }
@@ -256,6 +257,7 @@ int PartAgain(Database& database, const StoreChange& change, UndoOutcome& outcom
 int MergeAgain(Database& database, const StoreChange& change, UndoOutcome& outcome,
                StoreChange& opposite) {
     opposite.Categories.push_back(change.Categories.front());
+    opposite.IntoId = change.IntoId;
     if (MoveBack(database, change, outcome, opposite) < 0) {
         return -1;
     }
@@ -264,7 +266,13 @@ int MergeAgain(Database& database, const StoreChange& change, UndoOutcome& outco
     if (database.SelectCategoryIdCount(from, left) < 0) {
         return -1;
     }
-    return left > 0 ? 0 : database.DeleteCategory(from);
+    if (left > 0) {
+        return 0;
+    }
+    outcome.GoneId = from;
+    outcome.IntoId =
+        opposite.MovedCards.empty() ? change.IntoId : opposite.MovedCards.front().IntoId;
+    return database.DeleteCategory(from);
 }
 
 int RenameBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
@@ -390,6 +398,52 @@ int TakeLast(std::list<StoreChange>& from, std::list<StoreChange>& to, Database&
     return result;
 }
 
+wxString FormatForCards(const StoreChange& step) {
+    const auto number = static_cast<unsigned>(step.CountCards());
+    const bool isRedo = step.IsTakenBack;
+    switch (step.What) {
+        case Kind::kDeletion:
+            return isRedo
+                       ? wxPLURAL("Redo deletion of %i card", "Redo deletion of %i cards", number)
+                       : wxPLURAL("Undo deletion of %i card", "Undo deletion of %i cards", number);
+        case Kind::kMove:
+            return isRedo ? wxPLURAL("Redo moving of %i card", "Redo moving of %i cards", number)
+                          : wxPLURAL("Undo moving of %i card", "Undo moving of %i cards", number);
+        default:
+            return isRedo ? wxPLURAL("Redo pasting of %i card", "Redo pasting of %i cards", number)
+                          : wxPLURAL("Undo pasting of %i card", "Undo pasting of %i cards", number);
+    }
+}
+
+// Returns the menu's text for a step, which names the same thing to take it back and to do it
+// again.
+wxString DescribeStep(const StoreChange& step) {
+    const bool isRedo = step.IsTakenBack;
+    switch (step.What) {
+        case Kind::kDeletion:
+        case Kind::kMove:
+        case Kind::kPaste:
+            return wxString::Format(FormatForCards(step), static_cast<int>(step.CountCards()));
+        case Kind::kRename:
+            return wxString::Format(
+                isRedo ? _("Redo renaming of category \"%s\"")
+                       : _("Undo renaming of category \"%s\""),
+                ShownName(isRedo ? step.NewName : step.Categories.front().Name));
+        case Kind::kMerge:
+            return wxString::Format(isRedo ? _("Redo merging of category \"%s\"")
+                                           : _("Undo merging of category \"%s\""),
+                                    ShownName(step.Categories.front().Name));
+        case Kind::kEdit:
+            return wxString::Format(
+                isRedo ? _("Redo editing of \"%s\"") : _("Undo editing of \"%s\""),
+                ShownName((isRedo ? step.Cards.front() : step.Cards.back()).Front));
+        case Kind::kNewCard:
+            return wxString::Format(isRedo ? _("Redo new card \"%s\"") : _("Undo new card \"%s\""),
+                                    ShownName(step.Cards.back().Front));
+    }
+    return wxString();
+}
+
 }  // namespace
 
 void UndoHistory::Add(StoreChange change) {
@@ -418,36 +472,12 @@ void UndoHistory::Clear() {
     mTakenBack.clear();
 }
 
-wxString UndoHistory::GetLabel() const {
-    if (mSteps.empty()) {
-        return wxString();
-    }
-    const StoreChange& last = mSteps.back();
-    const auto count = static_cast<int>(last.CountCards());
-    const auto number = static_cast<unsigned>(count);
-    switch (last.What) {
-        case Kind::kDeletion:
-            return wxString::Format(
-                wxPLURAL("Undo deletion of %i card", "Undo deletion of %i cards", number), count);
-        case Kind::kMove:
-            return wxString::Format(
-                wxPLURAL("Undo moving of %i card", "Undo moving of %i cards", number), count);
-        case Kind::kPaste:
-            return wxString::Format(
-                wxPLURAL("Undo pasting of %i card", "Undo pasting of %i cards", number), count);
-        case Kind::kRename:
-            return wxString::Format(_("Undo renaming of category \"%s\""),
-                                    ShownName(last.Categories.front().Name));
-        case Kind::kMerge:
-            return wxString::Format(_("Undo merging of category \"%s\""),
-                                    ShownName(last.Categories.front().Name));
-        case Kind::kEdit:
-            return wxString::Format(_("Undo editing of \"%s\""),
-                                    ShownName(last.Cards.back().Front));
-        case Kind::kNewCard:
-            return wxString::Format(_("Undo new card \"%s\""), ShownName(last.Cards.back().Front));
-    }
-    return wxString();
+wxString UndoHistory::GetUndoLabel() const {
+    return mSteps.empty() ? wxString() : DescribeStep(mSteps.back());
+}
+
+wxString UndoHistory::GetRedoLabel() const {
+    return mTakenBack.empty() ? wxString() : DescribeStep(mTakenBack.back());
 }
 
 int UndoHistory::UndoLast(Database& database, UndoOutcome& outcome) {

@@ -59,6 +59,10 @@ struct UndoOutcome {
     bool NameTaken = false;
     // The present rows of the restored cards; none for copies that were taken away.
     std::vector<int64_t> RowIds;
+    // Redo of a merge: the category that is gone once more, and the one that its cards are in now.
+    // Both are -1 for all else.
+    int32_t GoneId = -1;
+    int32_t IntoId = -1;
 };
 
 // The steps of this session that Edit > Undo can take back, the last one first, and those that were
@@ -80,8 +84,9 @@ class UndoHistory {
     bool IsEmpty() const { return mSteps.empty(); }
     bool CanRedo() const { return !mTakenBack.empty(); }
 
-    // Returns the menu's text, such as "Undo deletion of 12 cards"; empty without a step.
-    wxString GetLabel() const;
+    // Return the menu's texts, such as "Undo deletion of 12 cards"; empty without a step.
+    wxString GetUndoLabel() const;
+    wxString GetRedoLabel() const;
 
     // Takes back the last step and drops it. Returns 0, or -1 when the store fails, which has then
     // reported it. The caller notifies in either case.

@@ -98,9 +98,13 @@ TEST_F(CategoryListTest, ACategoryThatAMergeRemovedComesBackToItsPlace) {
     Command(wxID_UNDO);
     EXPECT_EQ(Rows(), before);
     EXPECT_EQ(Stored(), (Strings{"1 First", "2 Second", "3 Third"}));
+    // Done again, it leaves the category that follows the cards, and not the first one, as current.
+    Choose(0);
     Command(wxID_REDO);
     EXPECT_EQ(Rows(), (Texts{"Second", "Third"}));
     EXPECT_EQ(Query("SELECT CategoryId FROM Cards"), Strings{"3"});
+    EXPECT_EQ(ChosenRow(), 1);
+    EXPECT_EQ(Button().GetLabelText(), "Third");
     Command(wxID_UNDO);
     EXPECT_EQ(Rows(), before);
     EXPECT_EQ(Query("SELECT CategoryId FROM Cards"), Strings{"1"});

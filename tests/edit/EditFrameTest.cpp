@@ -154,7 +154,7 @@ TEST_F(EditFrameTest, ASaveCanBeTakenBackAndIsShownByTheList) {
     Open();
     TypeCard();
     Command(ID_SAVE_CLOSE);
-    EXPECT_EQ(mServices.History.GetLabel(), "Undo new card \"f\"");
+    EXPECT_EQ(mServices.History.GetUndoLabel(), "Undo new card \"f\"");
     UndoOutcome outcome;
     EXPECT_EQ(mServices.History.UndoLast(mDatabase, outcome), 0);
     EXPECT_EQ(Query("SELECT Front FROM Cards"), Strings{"before"});

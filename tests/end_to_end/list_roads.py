@@ -111,7 +111,7 @@ class ListRoad(RoadTest):
         wait_until(lambda: shown() == ["Category"], "the author hidden")
 
     def rename_category(self, name):
-        press("alt+Down", "ctrl+r")
+        press("ctrl+r")
         self.program.wait_window("Rename Category")
         press(name, "Return")
         self.program.wait_no_window("Rename Category")
@@ -150,17 +150,46 @@ class ListRoad(RoadTest):
         self.rename_category("7")
         self.wait_cards("a7 b1 c1 d1 e7")
         self.program.wait_window(LIST_WINDOW)
-        press("Escape")
         self.rename_category("1")
         self.program.wait_window("Confirm Rename")
         press("Return")
         self.wait_cards("a1 b1 c1 d1 e1")
         self.program.wait_window(LIST_WINDOW)
-        press("Escape")
-        for cards in ("a7 b1 c1 d1 e7", "a2 b1 c1 d1 e2", "a1 b1 c1 d1 e2"):
+        self.take_back_and_do_again((
+            ("moving of 1 card", "a1 b1 c1 d1 e2"), ('renaming of category "2"', "a2 b1 c1 d1 e2"),
+            ('merging of category "7"', "a7 b1 c1 d1 e7"), ("", "a1 b1 c1 d1 e1")))
+
+    def take_back_and_do_again(self, steps):
+        """Takes all steps back by the keys and does them again by the menu, each told by its name and
+        by the cards before it; the last has no name."""
+        for _, cards in reversed(steps[:-1]):
             press("ctrl+z")
             self.wait_cards(cards)
             self.program.wait_window(LIST_WINDOW)
+        for (name, _), (_, cards) in zip(steps, steps[1:]):
+            self.program.click("Edit")
+            self.program.click(f"Redo {name}")
+            self.wait_cards(cards)
+            self.program.wait_window(LIST_WINDOW)
+
+    @on_one_desktop
+    def test_what_was_edited_written_and_pasted_is_taken_back_and_done_again(self):
+        for key, *typed in (("Return", "End", "z"), ("ctrl+n", "n", "Tab", "x")):
+            press(key)
+            self.program.wait_window(EDIT_WINDOW)
+            press(*typed, "ctrl+Return")
+            self.program.wait_no_window(EDIT_WINDOW)
+            self.program.wait_window(LIST_WINDOW)
+        edited = "az1 b1 c1 d1 e2"
+        self.wait_cards(edited + " n1")
+        # The pasted card comes beside the one that the keys were on.
+        press("ctrl+c", "ctrl+v")
+        self.wait_cards(edited + " n1 n1")
+        self.program.wait_no_window("Progress")
+        self.program.wait_window(LIST_WINDOW)
+        self.take_back_and_do_again((
+            ('editing of "az"', "a1 b1 c1 d1 e2"), ('new card "n"', edited),
+            ("pasting of 1 card", edited + " n1"), ("", edited + " n1 n1")))
 
     def answer_blank_first(self, title, name):
         self.program.wait_window(title)
@@ -173,11 +202,25 @@ class ListRoad(RoadTest):
     def test_a_category_is_added_and_renamed_by_the_mouse_but_not_to_a_blank(self):
         press("ctrl+shift+n")
         self.answer_blank_first("Add Category", "3")
-        for label in ("Category: 1", "Edit", "Rename"):
+        for label in ("Edit", "Rename"):
             self.program.click(label)
         self.answer_blank_first("Rename Category", "4")
         self.wait_cards("a4 b4 c4 d4 e2")
         self.assertEqual([(3,)], self.sandbox.query("SELECT Name FROM Categories WHERE Id > 1"))
+
+
+class LongListRoad(RoadTest):
+    def test_scrolling_and_sorting_leave_the_toolkit_nothing_to_complain_of(self):
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        for across in (.3, .7, .6):
+            press("Next", "Next", "End", "Home", "End")
+            program.settle()
+            program.click_at(LIST_WINDOW, across, .17)
+            program.settle()
+        self.assertEqual(0, program.quit())
+        self.assertEqual("", program.error_text())
 
 
 class EmptyListRoad(RoadTest):

@@ -68,7 +68,7 @@ TEST_F(UndoHistoryTest, StepsComeBackInTurnAndLeaveWhatWasStudiedSince) {
     gone = Insert(gone);
     Move({kept}, 1);
     Delete({gone});
-    EXPECT_EQ(mHistory.GetLabel(), "Undo deletion of 1 card");
+    EXPECT_EQ(mHistory.GetUndoLabel(), "Undo deletion of 1 card");
     FlashCard studied = Stored(kept.CardId);
     studied.Forward.ReviewInterval = 777.0f;
     EXPECT_EQ(mDatabase.UpdateFlashCard(studied), 0);
@@ -95,6 +95,12 @@ TEST_F(UndoHistoryTest, EachStepCanBeDoneAgainAndTakenBackOnceMore) {
         {"deletion", [&] { Delete({Stored(card.CardId)}); }},
         {"move", [&] { Move({card}, 1); }},
         {"new card", [&] { mHistory.Add(NoteNewCard(Insert(MakeCard("new", "x", 1)))); }},
+        {"paste",
+         [&] {
+             StoreChange change;
+             NoteCopy(Insert(MakeCard("copy", "x", 1)), change);
+             mHistory.Add(std::move(change));
+         }},
         {"edit",
          [&] {
              FlashCard edited = Stored(card.CardId);
@@ -112,9 +118,12 @@ TEST_F(UndoHistoryTest, EachStepCanBeDoneAgainAndTakenBackOnceMore) {
         act();
         const Strings after = store();
         EXPECT_NE(before, after);
+        wxString label = mHistory.GetUndoLabel();
+        label.Replace("Undo", "Redo");
         for (int turn = 0; turn < 2; ++turn) {
             EXPECT_EQ(Undo(), Counts(1, 0));
             EXPECT_EQ(store(), before);
+            EXPECT_EQ(mHistory.GetRedoLabel(), label);
             EXPECT_EQ(Redo(), Counts(1, 0));
             EXPECT_EQ(store(), after);
         }
@@ -132,7 +141,7 @@ TEST_F(UndoHistoryTest, AnEditIsTakenBackWithoutWhatWasDoneSince) {
     after.Front = "after";
     EXPECT_EQ(mDatabase.UpdateFlashCard(after), 0);
     mHistory.Add(NoteEdit(before, after));
-    EXPECT_EQ(mHistory.GetLabel(), "Undo editing of \"after\"");
+    EXPECT_EQ(mHistory.GetUndoLabel(), "Undo editing of \"after\"");
     FlashCard studied = after;
     studied.Forward.ReviewInterval = 777.0f;
     EXPECT_EQ(mDatabase.UpdateFlashCard(studied), 0);
@@ -199,8 +208,9 @@ TEST_F(UndoHistoryTest, ARenamingComesBackUnlessTheNameIsTaken) {
     };
     rename("Words");
     rename("More words");
-    EXPECT_EQ(mHistory.GetLabel(), "Undo renaming of category \"Words\"");
+    EXPECT_EQ(mHistory.GetUndoLabel(), "Undo renaming of category \"Words\"");
     Undo();
+    EXPECT_EQ(mHistory.GetRedoLabel(), "Redo renaming of category \"Words\"");
     EXPECT_EQ(Categories(), (Strings{"Default", "Words"}));
     EXPECT_EQ(mDatabase.CategoryInsert("Verbs"), 0);
     UndoOutcome outcome;
@@ -269,7 +279,7 @@ TEST_F(UndoHistoryTest, TheOldestStepsGoFirstAndAHugeOneTakesAllWithIt) {
     };
     add(UndoHistory::kMostCards - 1);
     add(2);
-    EXPECT_EQ(mHistory.GetLabel(), "Undo moving of 2 cards");
+    EXPECT_EQ(mHistory.GetUndoLabel(), "Undo moving of 2 cards");
     EXPECT_EQ(Undo(), Counts(0, 2));
     EXPECT_TRUE(mHistory.IsEmpty());
     add(2);
