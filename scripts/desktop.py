@@ -364,6 +364,14 @@ class Sway(Desktop):
         """Takes a window out of sight, as a person does who turns to something else."""
         self._ask(self._COMMAND, "workspace away")
 
+    def let_take_focus(self, may):
+        """Whether programs may take the focus from others. Of itself sway lets none."""
+        self._ask(self._COMMAND, f"focus_on_window_activation {'focus' if may else 'urgent'}")
+
+    def wants_attention(self, process):
+        """Whether a window of that process asks for it."""
+        return any(node["urgent"] for node in self._nodes() if node["pid"] == process)
+
     def title(self, window):
         return (self._node(window) or {}).get("name") or ""
 

@@ -337,7 +337,7 @@ void VelomindApp::OpenNextFile() {
     wxWakeUpIdle();
 }
 
-// Called when a second process was started, with its activation token.
+// Called when a second process was started, with its activation token if it got one.
 void VelomindApp::ComeToFront(const wxString& token) {
     std::vector<wxTopLevelWindow*> wanted;
     wxFrame* const frame =
@@ -353,8 +353,9 @@ void VelomindApp::ComeToFront(const wxString& token) {
         }
     }
     // The token lets one window come to the front, and a dialog brings the windows behind it along.
-    if (!wanted.empty() && !token.empty()) {
-        UseActivationToken(*wanted.back(), token);
+    const wxString own = token.empty() ? MakeActivationToken() : token;
+    if (!wanted.empty() && !own.empty()) {
+        UseActivationToken(*wanted.back(), own);
     }
     for (wxTopLevelWindow* const window : wanted) {
         BringToFront(*window);

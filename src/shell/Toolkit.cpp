@@ -24,6 +24,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "shell/WaylandToken.h"
+
 namespace {
 
 // Room above and below the line of a text field, for its frame.
@@ -230,6 +232,16 @@ void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
     gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
 }
 
+wxString MakeActivationToken() {
+#ifdef GDK_WINDOWING_WAYLAND
+    GdkDisplay* const display = gdk_display_get_default();
+    if (GDK_IS_WAYLAND_DISPLAY(display)) {
+        return RequestWaylandToken(gdk_wayland_display_get_wl_display(display));
+    }
+#endif
+    return wxString();
+}
+
 bool OpenInBrowser(const wxString& address) {
     GAppInfo* const browser = g_app_info_get_default_for_type("text/html", TRUE);
     if (browser == nullptr) {
@@ -316,6 +328,10 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
 }
 
 void UseActivationToken(const wxTopLevelWindow& /*window*/, const wxString& /*token*/) {}
+
+wxString MakeActivationToken() {
+    return wxString();
+}
 
 bool OpenInBrowser(const wxString& address) {
     return wxLaunchDefaultBrowser(address);

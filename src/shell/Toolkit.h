@@ -74,6 +74,9 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 // Entitles a window to come to the front, with the token that another process got when the user
 // started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.
 void UseActivationToken(const wxTopLevelWindow& window, const wxString& token);
+// Returns a token for a call by a process that got none. The window then comes to the front, or the
+// desktop shows that it wants to. Empty where the desktop knows no such tokens.
+wxString MakeActivationToken();
 
 // Returns whether programs may know and choose where their windows lie. On Wayland they may not.
 bool HasWindowPlaces();

@@ -3,6 +3,7 @@
 import fcntl
 import os
 import unittest
+from unittest import mock
 
 from driver import DESKTOP, LIST_WINDOW, RoadTest, on_one_desktop, press, wait_until
 
@@ -36,6 +37,22 @@ class CommandLineRoad(RoadTest):
         self.assertEqual(110, self.sandbox.card_count())
         press("Return")
         self.assertEqual(0, program.wait())
+
+    @unittest.skipUnless(os.environ.get("VELOMIND_DESKTOP") == "wayland", "only there no window may")
+    def test_a_second_start_asks_for_attention_where_it_may_not_take_the_focus(self):
+        program = self.sandbox.start()
+        DESKTOP.put_away(program.wait_window(LIST_WINDOW))
+        program.wait_no_window(LIST_WINDOW)
+        # A terminal gives no token along, unlike a launcher.
+        self.enterContext(mock.patch.object(DESKTOP, "launch_environment", return_value={}))
+        for may in (False, True):
+            DESKTOP.let_take_focus(may)
+            self.assertEqual(0, self.sandbox.run())
+            if may:
+                program.wait_window(LIST_WINDOW)
+            else:
+                wait_until(lambda: DESKTOP.wants_attention(program.process.pid), "attention asked for")
+                self.assertEqual([], program.windows(LIST_WINDOW))
 
     @on_one_desktop
     def test_a_start_that_cannot_tell_whether_it_is_the_first_does_nothing(self):
