@@ -75,6 +75,8 @@ wxString SystemErrorText(int error) {
             return _("another program is using the file");
         case EINVAL:
             return _("no file can have this name");
+        case ENODEV:
+            return _("it is no plain file");
         case EIO:
             return _("the file could not be read or written");
         case ECANCELED:

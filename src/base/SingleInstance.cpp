@@ -175,7 +175,9 @@ SingleInstance::Lock SingleInstance::TakeLock() {
                              S_IRUSR | S_IWUSR));
     struct stat opened {};
     if (!file.IsOpen() || fstat(file.Get(), &opened) != 0) {
-        return Refuse(SystemErrorText(errno));
+        // What the system says of a link speaks of many, and what it says of a socket of a device.
+        const bool isPlain = errno != ELOOP && errno != ENXIO;
+        return Refuse(isPlain ? SystemErrorText(errno) : _("it is no plain file of yours"));
     }
     if (!S_ISREG(opened.st_mode) || opened.st_uid != geteuid()) {
         return Refuse(_("it is no plain file of yours"));

@@ -468,8 +468,7 @@ int RunExport(const CardsOptions& options) {
     }
     ExportProgress progress;
     if (ExportToFile(path, wxFONTENCODING_UTF8, database, rowIds, options.Export, progress) < 0) {
-        // Without a message, the library's log has the reason.
-        return progress.Message.empty() ? int{kCardsRefused} : Refuse(progress.Message);
+        return Refuse(progress.Message);
     }
     return kCardsDone;
 }

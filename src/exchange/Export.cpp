@@ -406,13 +406,13 @@ int ExportToFile(const wxString& fileName, wxFontEncoding encoding, Database& da
                                        "Choose another file for the export."),
                                      fileName));
     }
+    // The message alone tells the user what failed.
+    const wxLogNull silence;
     wxFile file(fileName, wxFile::write);
     if (!file.IsOpened()) {
-        progress.Failed = true;
-        return -1;
+        return Fail(progress, wxString::Format(_("The file \"%s\" cannot be written: %s."),
+                                               fileName, SystemErrorText(file.GetLastError())));
     }
-    // From here on the message alone tells the user what failed.
-    const wxLogNull silence;
     wxFileOutputStream stream(file);
     const bool isAnki = options.Format == ExportFormat::kAnkiText;
     EncodedSink sink(stream, isAnki ? wxFONTENCODING_UTF8 : encoding);

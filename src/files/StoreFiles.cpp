@@ -161,7 +161,7 @@ int CheckTarget(const fs::path& target) {
         case fs::file_type::directory:
             return EISDIR;
         default:
-            return error ? error.value() : EEXIST;
+            return error ? error.value() : ENODEV;
     }
 }
 
@@ -195,7 +195,7 @@ int FileCopy::Make(const fs::path& source, int (*copyBytes)(int source, int targ
         return errno;
     }
     if (!S_ISREG(status.st_mode)) {
-        return EINVAL;
+        return ENODEV;
     }
     const FileDescriptor copy(::mkostemp(mName.data(), O_CLOEXEC));
     mIsMade = copy.IsOpen();

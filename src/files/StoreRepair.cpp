@@ -550,7 +550,7 @@ int CopyReadable(const fs::path& from, const fs::path& to) {
         return errno;
     }
     if (!S_ISREG(status.st_mode)) {
-        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        return S_ISDIR(status.st_mode) ? EISDIR : ENODEV;
     }
     const FileDescriptor target(::open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!target.IsOpen() || ::ftruncate(target.Get(), status.st_size) != 0) {

@@ -142,7 +142,10 @@ int Database::CopyFile(const wxString& target, int32_t& cards) {
     // The file stays locked for reading until the run ends. A StoreReadLock may be held already.
     StatementRun reading(*this, GetStatement("SELECT count(*) FROM sqlite_master;"));
     const bool isLocked = TryLocked([&] { reading.Step("CopyFile"); });
-    if (const int error = isLocked ? OpenSource() : EIO) {
+    if (!isLocked) {
+        return (mLastErrorCode & 0xFF) == SQLITE_BUSY ? EBUSY : EIO;
+    }
+    if (const int error = OpenSource()) {
         return error;
     }
     cards = TryLocked([&] { CountAllCards(cards); }) ? cards : -1;

@@ -253,11 +253,10 @@ bool ExportOptionsDialog::Export(const wxString& path) {
     if (thread.IsCancelled()) {
         return false;
     }
-    // A failure without a message is already in the log.
     if (!progress.Failed) {
         ShowMessageBox(wxString::Format(_("%i Records Exported"), progress.Position.load()),
                        _("Export Complete"));
-    } else if (!progress.Message.empty()) {
+    } else {
         ShowMessageBox(progress.Message, _("Export Failed"), wxOK | wxCENTRE, this);
     }
     return true;

@@ -85,21 +85,24 @@ TEST_F(SingleInstanceTest, WithoutALockOfItsOwnAProcessIsNotTheFirst) {
     const wxString lock = Directory() + "/velomind.lock";
     const wxString other = Directory() + "/other";
     WriteBytes(other, "");
-    const std::pair<const char*, std::function<int()>> cases[] = {
-        {"a directory", [&] { return mkdir(lock.utf8_str(), 0700); }},
-        {"a link", [&] { return symlink(other.utf8_str(), lock.utf8_str()); }},
-        {"a pipe", [&] { return mkfifo(lock.utf8_str(), 0600); }},
-        {"somebody else's",
+    const char* const plain = "it is no plain file of yours";
+    const std::tuple<const char*, const char*, std::function<int()>> cases[] = {
+        {"a directory", "Is a directory", [&] { return mkdir(lock.utf8_str(), 0700); }},
+        {"a link", plain, [&] { return symlink(other.utf8_str(), lock.utf8_str()); }},
+        {"a pipe", plain, [&] { return mkfifo(lock.utf8_str(), 0600); }},
+        {"a socket", plain, [&] { return mknod(lock.utf8_str(), S_IFSOCK | 0600, 0); }},
+        {"somebody else's", geteuid() == 0 ? plain : "Permission denied",
          [&] {
              WriteBytes(lock, "");
              return geteuid() == 0 ? chown(lock.utf8_str(), 1, 1) : chmod(lock.utf8_str(), 0);
          }},
     };
-    for (const auto& [what, make] : cases) {
+    for (const auto& [what, reason, make] : cases) {
         ASSERT_EQ(make(), 0) << what;
         SingleInstance process(Directory());
         EXPECT_EQ(process.BecomeFirst(Greeting::None), Standing::Unclear) << what;
-        EXPECT_TRUE(process.GetProblem().Contains(lock)) << what;
+        EXPECT_TRUE(process.GetProblem().Contains(lock + "\" cannot be locked: " + reason))
+            << process.GetProblem();
         ASSERT_EQ(std::remove(lock.utf8_str()), 0);
     }
     EXPECT_EQ(SingleInstance(wxString()).BecomeFirst(Greeting::None), Standing::Unclear);

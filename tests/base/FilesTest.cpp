@@ -94,7 +94,7 @@ TEST(Files, AReasonIsTheOneOfTheFailure) {
     };
     EXPECT_EQ(text(ENOSPC), std::strerror(ENOSPC));
     EXPECT_EQ(text(EACCES), std::strerror(EACCES));
-    for (const int error : {0, EILSEQ, EBUSY, ENOTSUP, EINVAL, EIO, ECANCELED}) {
+    for (const int error : {0, EILSEQ, EBUSY, ENOTSUP, EINVAL, ENODEV, EIO, ECANCELED}) {
         EXPECT_FALSE(text(error).empty());
         EXPECT_NE(text(error), std::strerror(error));
         EXPECT_NE(text(error), std::strerror(EACCES));

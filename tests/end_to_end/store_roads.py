@@ -1,5 +1,6 @@
 """A store that cannot be opened, and one that fails behind the program's back."""
 
+import os
 import shutil
 import sqlite3
 import unittest
@@ -106,6 +107,56 @@ class StoreRoad(RoadTest):
                 self.assertEqual([(digit,)], connection.execute(
                     "SELECT LastScore FROM Cards WHERE Introduced").fetchall())
             connection.close()
+
+    @on_one_desktop
+    def test_what_fails_is_told_with_its_own_reason(self):
+        self.sandbox.let_read_windows()
+        self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
+        whole = self.sandbox.store_bytes()
+        with open(self.sandbox.store, "wb") as file:
+            file.write(b"x" * 5000)
+        program = self.sandbox.start()
+        program.wait_window(RECOVERY)
+        program.wait_text("This is no store file of Velomind")
+        program.click("Repair...")
+        program.wait_text("(it is no whole store of flash cards)")
+        press("Return")
+        program.wait_no_window("Repair")
+        self.sandbox.write("documents/FlashCards2.vlm", whole)
+        program.click("Retry")
+        program.wait_window(LIST_WINDOW)
+        closed = "/sys/velomind"
+        with self.assertRaises(OSError) as refused:
+            open(closed, "wb")  # noqa: SIM115  (it never opens)
+        refusal = refused.exception.strerror
+        full = self.sandbox.path("full")
+        for entry, title, path, reason in (
+                ("Back Up...", "Back Up Store File", closed, f"({refusal})"),
+                ("Back Up...", "Back Up Store File", full, "(it is no plain file)"),
+                ("Export...", "Export Flashcards", closed, f"cannot be written: {refusal}."),
+                ("Export...", "Export Flashcards", full, "its end: No space left on device.")):
+            program.click("File")
+            program.click(entry)
+            if entry == "Export...":
+                program.wait_window("Export Options")
+                press("alt+o")
+            program.wait_window(title)
+            press("ctrl+a")
+            type_text(path)
+            if path == full:
+                # Now it is there; the file dialog would have offered it while the name was typed.
+                os.symlink("/dev/full", full)
+            press("Return")
+            if path == full:
+                program.click("Replace")
+            program.wait_text(reason)
+            if path == full:
+                os.remove(full)
+            press("Return")
+            program.wait_no_text(reason)
+            program.wait_window(LIST_WINDOW)
+        self.assertEqual(0, program.quit())
+        self.assertEqual(whole, self.sandbox.store_bytes())
 
     def test_a_store_locked_by_another_process_is_fatal(self):
         self.sandbox.let_read_windows()

@@ -108,7 +108,7 @@ TEST_F(ExportTest, ATableHasColumnsForAllAttributesAndLeavesOutCardsThatAreGone)
 TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {
     const std::tuple<wxString, const char*, const char*> rows[] = {
         {"/dev/full", "", "No space left on device"},
-        {mDirectory.Path("none/out.txt"), "", ""},
+        {mDirectory.Path("none/out.txt"), "", "cannot be written: No such file or directory."},
         {StorePath(), "", "holds the flash cards themselves"},
         {mDirectory.Path("out.txt"), "UPDATE Cards SET CardId = 'no id' WHERE Front = 'f'",
          "exported before it: 1"}};
@@ -121,7 +121,6 @@ TEST_F(ExportTest, WhatEndsAnExportEarlyIsTold) {
         EXPECT_TRUE(thread.GetProgress().Failed) << path;
         const std::string message = thread.GetProgress().Message.utf8_string();
         EXPECT_NE(message.find(told), std::string::npos) << message;
-        EXPECT_EQ(message.empty(), *told == '\0');
     }
 }
 

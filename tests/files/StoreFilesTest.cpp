@@ -53,7 +53,7 @@ TEST_F(StoreFilesTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
                                               {Path("directory"), EISDIR},
                                               {Path("not/there.vlm"), ENOENT},
                                               {Path("store.vlm/inside"), ENOTDIR},
-                                              {"/dev/null", EEXIST},
+                                              {"/dev/null", ENODEV},
                                               {Path("link.vlm"), EEXIST},
                                               {mStore, EEXIST}};
     for (const auto& [target, error] : cases) {

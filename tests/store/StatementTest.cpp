@@ -45,6 +45,8 @@ TEST_F(StatementTest, AFailedStepIsReportedInTheProgramsWords) {
     // Without it the update would wait for seconds.
     ASSERT_EQ(mDatabase.Execute("PRAGMA busy_timeout = 0"), 0);
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), -SQLITE_BUSY);
+    int32_t cards = 0;
+    EXPECT_EQ(mDatabase.CopyFile(StorePath() + ".copy", cards), EBUSY);
     other.Close();
     EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
     EXPECT_EQ(mReport.Texts,
