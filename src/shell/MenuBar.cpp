@@ -273,6 +273,8 @@ void InitFrame(wxFrame& frame, const wxString&) {
         wxMenuItem* const test = bar->FindItem(ID_TEST_MENU, &menu);
         menu->Destroy(test);
     }
+    // What stands in the menu of the last stores now is no command.
+    bar->Enable(ID_RECENT_STORE_FIRST, false);
     frame.SetMenuBar(bar.release());
     frame.Bind(wxEVT_MENU_OPEN, [&frame](wxMenuEvent& event) {
         event.Skip();

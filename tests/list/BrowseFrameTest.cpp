@@ -54,6 +54,7 @@ TEST_F(BrowseFrameTest, AnEmptyStoreOffersTheFirstStepsByButtons) {
     Open();
     const wxWindow& steps = *FindById(*mpFrame, BrowseFrame::kFirstStepsId);
     EXPECT_TRUE(steps.IsShownOnScreen());
+    EXPECT_FALSE(mpFrame->GetMenuBar()->IsEnabled(ID_RECENT_STORE_FIRST)) << "no other store";
     int command = 0;
     mpFrame->Bind(wxEVT_MENU, [&command](wxCommandEvent& event) { command = event.GetId(); });
     Send(*FindById(*mpFrame, BrowseFrame::kFirstCardId));

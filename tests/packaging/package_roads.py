@@ -65,6 +65,14 @@ class PackageRoad(RoadTest):
             program.close(title)
             self.assertEqual(0, program.wait())
 
+    def test_a_first_start_offers_the_examples_in_the_language_of_its_user(self):
+        self.sandbox.let_read_windows()
+        self.sandbox.language = "de"
+        program = self.sandbox.start()
+        program.wait_window("Liste - Velomind")
+        program.click("Eine Beispielliste ausprobieren...")
+        program.wait_text("/share/doc/velomind/examples/de/capitals.txt")
+
     def test_its_examples_can_be_imported(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("japanese.txt")))
         self.assertEqual(129, self.sandbox.card_count())

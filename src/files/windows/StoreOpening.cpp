@@ -66,23 +66,46 @@ bool ChooseStoreFileToSave(wxWindow* parent, const wxString& title, bool askBefo
 
 namespace {
 
-// Asks what to open in place of a path that failed. Returns false when the user gives up.
-bool ChooseAnother(wxWindow* parent, OpenFault fault, wxString& path, bool& mustExist) {
+// The recovery dialog of one opening, which is shown again after each try that fails. It stays
+// where the user saw it last.
+class Recovery {
+  public:
+    explicit Recovery(wxWindow* parent) : mpParent(parent) {}
+
+    // Asks what to open in place of a path that failed. Returns false when the user gives up.
+    bool ChooseAnother(OpenFault fault, wxString& path, bool& mustExist);
+    // Opens the file, and asks as long as that fails. Returns false when the user gives up.
+    bool Open(Database& database, const wxString& path, bool mustExist);
+
+  private:
+    wxWindow* mpParent;
+    wxPoint mPlace = wxDefaultPosition;
+};
+
+bool Recovery::ChooseAnother(OpenFault fault, wxString& path, bool& mustExist) {
     // The pointer must not say "wait" while the user is to choose.
     const wxBusyCursorSuspender ready;
-    DatabaseOpenFailed dialog(parent, path, mustExist, fault);
-    // After a try that failed it is there again, and must not jump.
-    static wxPoint place = wxDefaultPosition;
-    if (place != wxDefaultPosition) {
-        dialog.Move(place);
+    DatabaseOpenFailed dialog(mpParent, path, mustExist, fault);
+    if (mPlace != wxDefaultPosition) {
+        dialog.Move(mPlace);
     }
     const int answer = dialog.ShowModal();
-    place = dialog.GetPosition();
+    mPlace = dialog.GetPosition();
     if (answer != DatabaseOpenFailed::kTryAgain) {
         return false;
     }
     path = MakeStorePathFull(dialog.GetPath());
     mustExist = dialog.MustExist();
+    return true;
+}
+
+bool Recovery::Open(Database& database, const wxString& path, bool mustExist) {
+    wxString choice = MakeStorePathFull(path);
+    while (!OpenChosenStore(mpParent, database, choice, mustExist)) {
+        if (!ChooseAnother(FindOpenFault(choice, database), choice, mustExist)) {
+            return false;
+        }
+    }
     return true;
 }
 
@@ -120,13 +143,7 @@ bool OpenChosenStore(wxWindow* parent, Database& database, const wxString& path,
 }
 
 bool TryOpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
-    wxString choice = MakeStorePathFull(path);
-    while (!OpenChosenStore(parent, database, choice, mustExist)) {
-        if (!ChooseAnother(parent, FindOpenFault(choice, database), choice, mustExist)) {
-            return false;
-        }
-    }
-    return true;
+    return Recovery(parent).Open(database, path, mustExist);
 }
 
 void OpenStoreFile(wxWindow* parent, Database& database, const wxString& path, bool mustExist) {
@@ -141,6 +158,7 @@ bool TryQuietly(Database& database, const std::function<void()>& ask) {
 }
 
 void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
+    Recovery recovery(nullptr);
     for (;;) {
         wxString path = database.GetPath();
         if (TryQuietly(database, ask)) {
@@ -149,10 +167,10 @@ void AskBeforeWindows(Database& database, const std::function<void()>& ask) {
         const OpenFault fault = FindOpenFault(path, database);
         database.Close();
         bool mustExist = true;
-        if (!ChooseAnother(nullptr, fault, path, mustExist)) {
+        if (!recovery.ChooseAnother(fault, path, mustExist) ||
+            !recovery.Open(database, path, mustExist)) {
             EndProcess(kExitFromRecovery);
         }
-        OpenStoreFile(nullptr, database, path, mustExist);
     }
 }
 
