@@ -82,7 +82,7 @@ void StudyFrame::GoToNextDue() {
     const std::vector<CategoryReady> categories = mpScheduler->CountCategories();
     const CategoryReady* const next = FindNextDue(categories, mpScheduler->GetCategoryId());
     if (next == nullptr) {
-        mpStatusBar->SetStatusText(_("No other category has due or new cards"), kStepField);
+        mpStatusBar->SetStatusText(_("Nothing else to study now"), kStepField);
         return;
     }
     mpScheduler->SetHistoryIndex(-1);

@@ -217,7 +217,7 @@ TEST_F(StudyFrameState, NewCardsAreToldAndAreSomethingToGoOnWith) {
     EXPECT_EQ(StatusText(1), "New cards: Capitals");
     EXPECT_EQ(StatusText(2), "Capitals: 2 new");
     Command(ID_NEXT_DUE_CATEGORY);
-    EXPECT_EQ(StatusText(1), "No other category has due or new cards");
+    EXPECT_EQ(StatusText(1), "Nothing else to study now");
 }
 
 TEST_F(StudyFrameState, TheOtherDirectionSelectsAnewAndKeepsTheHistory) {
