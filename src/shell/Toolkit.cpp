@@ -5,6 +5,7 @@
 #include <wx/defs.h>
 #include <wx/listctrl.h>
 #include <wx/panel.h>
+#include <wx/radiobox.h>
 #include <wx/scrolwin.h>
 #include <wx/settings.h>
 #include <wx/spinctrl.h>
@@ -228,6 +229,31 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
                      reinterpret_cast<void*>(keepsText));
 }
 
+namespace {
+
+// Comes to the button that the focus has moved to.
+gboolean OnRadioKeyUp(GtkWidget* button, GdkEventKey* event, void* /*data*/) {
+    const guint key = event->keyval;
+    if (key == GDK_KEY_Up || key == GDK_KEY_Down || key == GDK_KEY_Left || key == GDK_KEY_Right) {
+        gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(button), TRUE);
+    }
+    return FALSE;
+}
+
+void WatchRadioButtons(GtkWidget* widget, void* /*data*/) {
+    if (GTK_IS_RADIO_BUTTON(widget)) {
+        g_signal_connect(widget, "key-release-event", G_CALLBACK(OnRadioKeyUp), nullptr);
+    } else if (GTK_IS_CONTAINER(widget)) {
+        gtk_container_forall(GTK_CONTAINER(widget), WatchRadioButtons, nullptr);
+    }
+}
+
+}  // namespace
+
+void LetArrowsChoose(const wxRadioBox& group) {
+    WatchRadioButtons(group.GetHandle(), nullptr);
+}
+
 void UseActivationToken(const wxTopLevelWindow& window, const wxString& token) {
     gtk_window_set_startup_id(GTK_WINDOW(window.GetHandle()), token.utf8_str());
 }
@@ -326,6 +352,8 @@ const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     place = wxRect(form.ScreenToClient(focus->GetScreenPosition()), focus->GetSize());
     return focus;
 }
+
+void LetArrowsChoose(const wxRadioBox& /*group*/) {}
 
 void UseActivationToken(const wxTopLevelWindow& /*window*/, const wxString& /*token*/) {}
 

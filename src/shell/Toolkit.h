@@ -7,6 +7,7 @@
 
 class wxColour;
 class wxListCtrl;
+class wxRadioBox;
 class wxScrolledWindow;
 class wxSpinCtrl;
 class wxTopLevelWindow;
@@ -70,6 +71,10 @@ void TakeDesktopStyle(wxWindow& window);
 // the number replaces the text.
 using SpinTextGuard = bool (*)(const wxString& text, double number);
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
+
+// Lets the arrow keys choose in a group of choices. By default they move the focus alone here, and
+// Return would then act on another choice than the one that the keys are at.
+void LetArrowsChoose(const wxRadioBox& group);
 
 // Entitles a window to come to the front, with the token that another process got when the user
 // started it. The next Raise uses it up. Without effect where the desktop knows no such tokens.

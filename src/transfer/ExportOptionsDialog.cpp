@@ -72,6 +72,7 @@ ExportOptionsDialog::ExportOptionsDialog(wxWindow* parent, Database& database,
     const wxString ranges[] = {_("&All"), _("&Current Category"), _("&Selected Cards")};
     mpRange = new wxRadioBox(this, kRangeId, _("Range"), wxDefaultPosition, wxDefaultSize,
                              wxArrayString(std::size(ranges), ranges), 1, wxRA_SPECIFY_COLS);
+    LetArrowsChoose(*mpRange);
     rows->Add(mpRange, group);
     rows->Add(new wxStaticLine(this), group);
     rows->Add(MakePreview(), wxSizerFlags(group).Proportion(1));

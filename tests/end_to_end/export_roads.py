@@ -42,6 +42,27 @@ class ExportRoad(RoadTest):
         self.assertEqual(0, program.quit())
         self.assertIsNone(DESKTOP.clipboard())
 
+    @on_one_desktop
+    def test_the_range_that_the_keys_are_at_is_exported(self):
+        for words in ("japanese.txt", "french.txt"):
+            self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample(words)))
+        self.sandbox.let_read_windows()
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+        program.click("File")
+        program.click("Export...")
+        program.wait_window("Export Options")
+        while not any(control.focused and control.name.startswith("Current Category")
+                      for control in program.controls()):
+            press("Tab")
+            program.settle()
+        press("Up", "Return")
+        program.wait_window("Export Flashcards")
+        press("ctrl+a")
+        type_text(self.sandbox.path("all.txt"))
+        press("Return")
+        program.wait_text(f"{self.sandbox.card_count()} Records Exported")
+
     def test_copies_of_all_cards_of_the_list(self):
         self.assertEqual(0, self.sandbox.run("--import", self.sandbox.sample("french.txt")))
         count = self.sandbox.card_count()
