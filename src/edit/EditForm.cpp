@@ -207,16 +207,17 @@ void EditForm::ArrangeSchedules() {
     InvalidateBestSize();
 }
 
-wxSize EditForm::GetWantedSize(int highest) {
+wxSize EditForm::GetWantedSize(const wxSize& largest) {
     mpSchedules->SetOrientation(wxVERTICAL);
     wxSize wanted = GetSizer()->CalcMin();
-    if (wanted.y > highest) {
+    if (wanted.y > largest.y) {
         mpSchedules->SetOrientation(wxHORIZONTAL);
-        wanted = GetSizer()->CalcMin();
+        const wxSize wide = GetSizer()->CalcMin();
+        wanted = wide.x <= largest.x ? wide : wanted;
     }
     ArrangeSchedules();
-    if (wanted.y > highest) {
-        wanted.y = highest;
+    if (wanted.y > largest.y) {
+        wanted.y = largest.y;
         wanted.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this), 0);
     }
     return wanted;

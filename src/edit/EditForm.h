@@ -75,9 +75,9 @@ class EditForm : public wxScrolledWindow {
     // name of a renamed category is renamed there too.
     void SetCategories(const std::list<Category>& categories);
 
-    // Returns the size that shows all fields without scrolling. When that is higher than the given
-    // height, it is the one with the schedules side by side, cut to the height.
-    wxSize GetWantedSize(int highest);
+    // Returns the size that shows all fields without scrolling. When that is too high, returns the
+    // size with the schedules side by side, unless that is too wide. Cuts either to the height.
+    wxSize GetWantedSize(const wxSize& largest);
 
     // Sets the font of the texts. The introduction order and the schedules keep the window's font.
     void SetTextFont(const wxFont& font);

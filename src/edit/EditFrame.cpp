@@ -129,14 +129,16 @@ void EditFrame::ApplyFont() {
 }
 
 // Grows the window to the size of the form. A form that is too tall for the screen scrolls, and the
-// window then takes a good part of the screen's height.
+// window then takes a good part of the screen's height, and no more of its width.
 void EditFrame::FitToForm() {
     constexpr double kPartOfScreen = 0.75;
-    const int highest = static_cast<int>(wxDisplay(this).GetClientArea().height * kPartOfScreen);
+    wxSize largest = wxDisplay(this).GetClientArea().GetSize();
+    largest.Scale(kPartOfScreen, kPartOfScreen);
     // The form itself has no least size, so this is what the buttons need.
     const int buttons = mpForm->GetParent()->GetSizer()->CalcMin().y;
     const int bars = ClientToWindowSize(wxSize(0, 0)).y;
-    wxSize content = mpForm->GetWantedSize(highest - bars - buttons);
+    largest.y -= bars + buttons;
+    wxSize content = mpForm->GetWantedSize(largest);
     content.y += buttons;
     content.IncTo(GetClientSize());
     SetClientSize(content);

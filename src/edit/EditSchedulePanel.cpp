@@ -159,7 +159,11 @@ void EditSchedulePanel::CreateControls() {
 }
 
 wxTextCtrl* EditSchedulePanel::CreateReadOnlyText(int id) {
-    return new wxTextCtrl(this, id, wxString(), wxDefaultPosition, wxDefaultSize, wxTE_READONLY);
+    auto* const text =
+        new wxTextCtrl(this, id, wxString(), wxDefaultPosition, wxDefaultSize, wxTE_READONLY);
+    // Just wide enough for a time, which leaves room for the description beside it.
+    text->SetMinSize(text->GetSizeFromText(FormatTimeStamp(CurrentTime()) + "00"));
+    return text;
 }
 
 // Makes a text that is wide enough for any time from the start, so that the form keeps its width.
@@ -180,18 +184,20 @@ void EditSchedulePanel::LayOut(const wxString& title) {
 
     auto* const grid = new wxFlexGridSizer(2, FromDIP(wxSize(kFormEdge, kFormGap)));
     grid->AddGrowableCol(1, 1);
-    AddRow(*grid, _("Last Review"), *mpLastReview, title);
-    grid->AddSpacer(0);
-    grid->Add(mpLastReviewHere, wxSizerFlags().Expand());
+    const auto beside = [this](wxWindow& time, wxWindow& description) {
+        auto* const row = new wxBoxSizer(wxHORIZONTAL);
+        row->Add(&time, wxSizerFlags().CentreVertical());
+        row->Add(&description, wxSizerFlags(1).CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
+        return row;
+    };
+    AddRow(*grid, _("Last Review"), *mpLastReview, title, beside(*mpLastReview, *mpLastReviewHere));
     auto* const interval = new wxBoxSizer(wxHORIZONTAL);
     interval->Add(mpReviewInterval, wxSizerFlags(1).CentreVertical());
     interval->Add(mpIntervalUnit,
                   wxSizerFlags().CentreVertical().Border(wxLEFT, FromDIP(kFormGap)));
     SetAccessibleName(*mpIntervalUnit, title + ": " + _("Unit of the Review Interval"));
     AddRow(*grid, _("Review Interval"), *mpReviewInterval, title, interval);
-    AddRow(*grid, _("Next Review"), *mpNextReview, title);
-    grid->AddSpacer(0);
-    grid->Add(mpNextReviewHere, wxSizerFlags().Expand());
+    AddRow(*grid, _("Next Review"), *mpNextReview, title, beside(*mpNextReview, *mpNextReviewHere));
     AddRow(*grid, _("Difficulty"), *mpDifficulty, title);
     AddRow(*grid, _("Last Score"), *mpLastScore, title);
     group->Add(grid, FormRow(*this));

@@ -3,10 +3,10 @@
 #include <wx/checkbox.h>
 #include <wx/choice.h>
 #include <wx/intl.h>
+#include <wx/listbox.h>
 #include <wx/scrolwin.h>
 #include <wx/sizer.h>
 #include <wx/stattext.h>
-#include <wx/textctrl.h>
 #include <wx/utils.h>
 
 #include <algorithm>
@@ -22,7 +22,8 @@
 namespace {
 
 constexpr int kFieldsHeight = 80;
-constexpr int kSummaryWidth = 260;
+// Five lines: most decks lose in fewer ways.
+constexpr int kSummaryHeight = 120;
 // Real kinds of notes have up to twenty fields; a hostile one would fill the window with controls.
 constexpr size_t kMostChoices = 100;
 constexpr size_t kMostTypes = 1000;
@@ -113,9 +114,8 @@ void DeckPanel::MakeControls() {
     mpFieldGrid = new wxFlexGridSizer(2, gap, gap);
     mpFieldGrid->AddGrowableCol(1);
     mpFields->SetSizer(mpFieldGrid);
-    mpSummary = new wxTextCtrl(this, ID_SUMMARY, wxString(), wxDefaultPosition,
-                               FromDIP(wxSize(kSummaryWidth, -1)), wxTE_MULTILINE | wxTE_READONLY);
-    SetAccessibleName(*mpSummary, _("What comes along"));
+    mpSummary =
+        new wxListBox(this, ID_SUMMARY, wxDefaultPosition, FromDIP(wxSize(-1, kSummaryHeight)));
 
     auto* const grid = new wxFlexGridSizer(2, gap, gap);
     grid->AddGrowableCol(1);
@@ -123,15 +123,20 @@ void DeckPanel::MakeControls() {
     grid->Add(mpNames, wxSizerFlags().Expand());
     grid->Add(MakeFormLabel(_("Kind of note"), *mpType), wxSizerFlags().CentreVertical());
     grid->Add(mpType, wxSizerFlags().Expand());
-    auto* const rows = new wxBoxSizer(wxVERTICAL);
-    rows->Add(mpSchedules, wxSizerFlags().Border(wxBOTTOM, gap));
-    rows->Add(grid, wxSizerFlags().Expand());
-    rows->Add(mpFields, wxSizerFlags(1).Expand().Border(wxTOP, gap));
+    auto* const choices = new wxBoxSizer(wxVERTICAL);
+    choices->Add(mpSchedules, wxSizerFlags().Border(wxBOTTOM, gap));
+    choices->Add(grid, wxSizerFlags().Expand());
     // Side by side, they leave room for the preview on a small screen.
     auto* const halves = new wxBoxSizer(wxHORIZONTAL);
-    halves->Add(rows, wxSizerFlags(1).Expand().Border(wxRIGHT, FromDIP(kFormEdge)));
-    halves->Add(mpSummary, wxSizerFlags(1).Expand());
-    SetSizer(halves);
+    halves->Add(choices, wxSizerFlags(1).Border(wxRIGHT, FromDIP(kFormEdge)));
+    halves->Add(mpFields, wxSizerFlags(1).Expand().ReserveSpaceEvenIfHidden());
+    auto* const rows = new wxBoxSizer(wxVERTICAL);
+    rows->Add(halves, wxSizerFlags(1).Expand());
+    // Over the whole width the sentences are not cut.
+    rows->Add(MakeFormLabel(_("What comes along"), *mpSummary),
+              wxSizerFlags().Border(wxTOP, FromDIP(kFormEdge)));
+    rows->Add(mpSummary, wxSizerFlags(1).Expand().Border(wxTOP, gap));
+    SetSizer(rows);
 
     mpNames->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { OnChoice(); });
     mpSchedules->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { OnChoice(); });
@@ -228,17 +233,12 @@ void DeckPanel::ReadDeck(const wxString& path) {
     }
     mFile = thread.GetFile();
     mSurvey = thread.GetSurvey();
-    wxString text = mSurvey.Failure;
+    const wxString failure = mSurvey.Failure;
     if (wasOpen && thread.IsCancelled()) {
         // The deck was read before, so only the numbers are missing.
         mSurvey.Failure.clear();
     }
-    if (text.empty()) {
-        for (const wxString& line : DescribeSurvey(mSurvey)) {
-            text += (text.empty() ? "" : "\n") + line;
-        }
-    }
-    mpSummary->ChangeValue(text);
+    mpSummary->Set(failure.empty() ? DescribeSurvey(mSurvey) : std::vector<wxString>{failure});
 }
 
 DeckOptions DeckPanel::GetOptions() const {

@@ -14,8 +14,8 @@ class FatalErrorReport;
 class wxCheckBox;
 class wxChoice;
 class wxFlexGridSizer;
+class wxListBox;
 class wxScrolledWindow;
-class wxTextCtrl;
 
 // What the import dialog asks about a deck: how its categories are named, whether its schedules
 // come along, and what each field of its kinds of notes becomes. Says below them, before anything
@@ -73,5 +73,5 @@ class DeckPanel : public wxPanel {
     wxChoice* mpType = nullptr;
     wxScrolledWindow* mpFields = nullptr;
     wxFlexGridSizer* mpFieldGrid = nullptr;
-    wxTextCtrl* mpSummary = nullptr;
+    wxListBox* mpSummary = nullptr;
 };

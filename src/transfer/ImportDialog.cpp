@@ -113,7 +113,18 @@ void ImportDialog::CreateControls() {
     FindWindow(wxID_OK)->SetFocus();
     FitTextHeights(*this);
     // Measures before the delimiter's row is hidden, so that there is room when it comes back.
+    // A deck and a table are never shown together.
+    if (mpDeck != nullptr) {
+        mpDeck->Hide();
+        mpSample->Hide();
+    }
     wxSize fitting = GetSizer()->ComputeFittingClientSize(this);
+    if (mpDeck != nullptr) {
+        mpSample->Show();
+        mpFormatRows->ChooseFormat(kDeckFormat);
+        ShowChoices();
+        fitting.IncTo(GetSizer()->ComputeFittingClientSize(this));
+    }
     SetMinClientSize(fitting);
     fitting.IncTo(FromDIP(wxSize(580, 300)));
     SetClientSize(fitting);

@@ -108,6 +108,30 @@ TEST_F(EditSchedulePanelTest, AllElseComesBackAsItCameOrAsChosen) {
     EXPECT_EQ(saved, schedule);
 }
 
+TEST_F(EditSchedulePanelTest, TheLocalTimeStandsBesideTheStatedOneOnceTheCardWasReviewed) {
+    mpPanel->SetSize(mpPanel->GetBestSize());
+    mpPanel->Layout();
+    CardSchedule schedule;
+    schedule.LastReview = wxDateTime(static_cast<time_t>(1700000000));
+    schedule.ReviewInterval = 60.0f;
+    for (const bool isIntroduced : {true, false}) {
+        schedule.Introduced = isIntroduced;
+        mpPanel->Load(schedule);
+        std::vector<int> rows;
+        for (const wxWindow* const child : mpPanel->GetChildren()) {
+            if (child->GetLabel().Contains("14 Nov 2023")) {
+                rows.push_back(child->GetRect().y + child->GetRect().height / 2);
+            }
+        }
+        ASSERT_EQ(rows.size(), isIntroduced ? 2 : 0);
+        for (size_t i = 0; i < rows.size(); ++i) {
+            const int id = i == 0 ? Panel::ID_LAST_REVIEW : Panel::ID_NEXT_REVIEW;
+            const wxRect stated = FindById(*mpPanel, id)->GetRect();
+            EXPECT_TRUE(rows[i] > stated.GetTop() && rows[i] < stated.GetBottom()) << i;
+        }
+    }
+}
+
 TEST_F(EditSchedulePanelTest, ATimeIsToldByItsDistanceAndTheClockOnTheWall) {
     wxSetEnv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
     tzset();

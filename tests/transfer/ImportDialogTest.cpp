@@ -227,8 +227,11 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     EXPECT_TRUE(Shown().StartsWith("Deck/")) << Shown();
     EXPECT_TRUE(Shown().Contains("front=a;back=b;notes=")) << Shown();
     EXPECT_TRUE(Shown().Contains("category=A::B;")) << Shown();
-    const auto& summary = Find<wxTextCtrl>(dialog, DeckPanel::ID_SUMMARY);
-    EXPECT_EQ(summary.GetValue(), "1 note\n1 card\n1 picture is left out.");
+    const auto summary = [](ImportDialog& shown) {
+        return wxJoin(Find<wxListBox>(shown, DeckPanel::ID_SUMMARY).GetStrings(), '\n');
+    };
+    EXPECT_EQ(summary(dialog), "1 note\n1 card\n1 picture is left out.");
+    EXPECT_LT(dialog.GetSize().y, 720) << "fits on a low screen beside panels";
     const auto side = [&](int id) { return Find<wxStaticText>(dialog, id).GetLabelText(); };
     EXPECT_EQ(side(CardSample::ID_FRONT) + "/" + side(CardSample::ID_BACK), "a/b");
 
@@ -237,8 +240,8 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     Choose(DeckPanel::ID_FIRST_FIELD + 3, kFront);
     EXPECT_TRUE(Shown().Contains(L"front=m;back=a \u21B5 b;")) << Shown();
     Choose(DeckPanel::ID_FIRST_FIELD + 3, kIgnore);
-    EXPECT_TRUE(summary.GetValue().Contains("1 card is left out, since a side has no"))
-        << summary.GetValue();
+    EXPECT_TRUE(summary(dialog).Contains("1 card is left out, since a side has no"))
+        << summary(dialog);
     Choose(DeckPanel::ID_FIRST_FIELD, kFront);
 
     // As a list it is nothing, and as a deck it comes back.
@@ -263,7 +266,7 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     OpenFile("large.apkg");
     EXPECT_TRUE(Shown().Contains("64 times the size of its file")) << Shown();
     mAnswers.Expect(wxID_YES);
-    EXPECT_EQ(Find<wxTextCtrl>(OpenFile("large.apkg"), DeckPanel::ID_SUMMARY).GetValue(),
+    EXPECT_EQ(summary(OpenFile("large.apkg")),
               "1 note\n60 cards\n1 text with several gaps becomes several cards.");
     EXPECT_TRUE(mAnswers.Dialogs.back().Message.StartsWith("The cards of the deck take more"));
 
