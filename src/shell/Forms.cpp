@@ -157,7 +157,7 @@ void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& lea
     wxSize wanted = dialog.GetSizer()->CalcMin();
     wanted.IncTo(leastSize);
     form.SetMinSize(wxDefaultSize);
-    const int tallest = screen.y * 3 / 4;
+    const int tallest = screen.y * 4 / 5;
     if (wanted.y > tallest) {
         wanted.y = tallest;
         wanted.x += std::max(wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, &dialog), 0);

@@ -49,7 +49,7 @@ void LetReturnPressDefault(wxDialog& dialog);
 // controls stand in the form. The form must scroll by single pixels.
 void LetFormScroll(wxScrolledWindow& form);
 
-// Makes a dialog as large as the scrolled form in it wants to be, up to three quarters of the
+// Makes a dialog as large as the scrolled form in it wants to be, up to four fifths of the
 // screen's height, and at least as large as the given size, in pixels inside the frame.
 void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& leastSize);
 

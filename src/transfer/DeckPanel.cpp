@@ -110,6 +110,7 @@ void DeckPanel::MakeControls() {
     mpFields = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition,
                                     FromDIP(wxSize(-1, kFieldsHeight)), wxVSCROLL);
     mpFields->SetScrollRate(0, FromDIP(kFormGap));
+    KeepScrollBarVisible(*mpFields);
     const int gap = FromDIP(kFormGap);
     mpFieldGrid = new wxFlexGridSizer(2, gap, gap);
     mpFieldGrid->AddGrowableCol(1);

@@ -160,18 +160,21 @@ RestoreDialog::~RestoreDialog() = default;
 
 void RestoreDialog::CreateControls(bool hasOthers) {
     auto* const text = new wxStaticText(this, wxID_ANY, _("Backups of the store file:"));
-    mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, FromDIP(wxSize(620, 220)),
+    mpList = new wxDataViewListCtrl(this, ID_LIST, wxDefaultPosition, wxDefaultSize,
                                     wxDV_SINGLE | wxDV_ROW_LINES);
     SetAccessibleName(*mpList, text->GetLabelText());
     // A heading that is longer in another language, or in a larger font, has room too.
-    const auto addColumn = [this](const wxString& title, const std::vector<wxString>& longest,
-                                  wxAlignment alignment) {
+    int wholeWidth = FromDIP(2 * kFormEdge);
+    const auto addColumn = [this, &wholeWidth](const wxString& title,
+                                               const std::vector<wxString>& longest,
+                                               wxAlignment alignment) {
         int width = GetTextExtent(title).x;
         for (const wxString& value : longest) {
             width = std::max(width, GetTextExtent(value).x);
         }
-        mpList->AppendTextColumn(title, wxDATAVIEW_CELL_INERT, width + FromDIP(2 * kFormEdge),
-                                 alignment);
+        width += FromDIP(2 * kFormEdge);
+        wholeWidth += width;
+        mpList->AppendTextColumn(title, wxDATAVIEW_CELL_INERT, width, alignment);
     };
     const wxDateTime aWideDate(30, wxDateTime::Sep, 2026, 20, 0);
     addColumn(_("Date"), {FormatTime(aWideDate)}, wxALIGN_LEFT);
@@ -182,6 +185,7 @@ void RestoreDialog::CreateControls(bool hasOthers) {
     if (hasOthers) {
         mpList->AppendTextColumn(_("Other Store File"), wxDATAVIEW_CELL_INERT, FromDIP(260));
     }
+    mpList->SetMinSize(wxSize(std::max(wholeWidth, FromDIP(620)), FromDIP(220)));
 
     // Has room for five lines, so that the window keeps its size.
     mpDifference = new wxTextCtrl(this, wxID_ANY, "\n\n\n\n", wxDefaultPosition,
