@@ -151,6 +151,8 @@ void StudyFrame::CreateBars() {
 
     mpStatusBar = new wxStatusBar(this, kStatusBarId, wxSTB_DEFAULT_STYLE, "statusBar");
     mpStatusBar->SetFieldsCount(3);
+    // The letters of some languages come from a taller font than that of the window.
+    mpStatusBar->SetMinHeight(mpStatusBar->GetTextExtent(_("Try to remember")).y);
     SetStatusBar(mpStatusBar);
     mpStatusBar->Bind(wxEVT_SIZE, &StudyFrame::OnStatusBarSize, this);
 }

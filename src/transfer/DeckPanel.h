@@ -18,7 +18,7 @@ class wxListBox;
 class wxScrolledWindow;
 
 // What the import dialog asks about a deck: how its categories are named, whether its schedules
-// come along, and what each field of its kinds of notes becomes. Says below them, before anything
+// come along, and what each field of its kinds of notes becomes. Lists below them, before anything
 // is written, what of the deck is lost. Main thread only; a worker reads the deck.
 class DeckPanel : public wxPanel {
   public:
