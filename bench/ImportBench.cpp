@@ -282,7 +282,7 @@ ImportInput MakeDeck(const Workplace& place, int count) {
 bool ImportDeck(ImportInput input, Database& database) {
     wxString message;
     const auto deck = DeckFile::Open(input.FileName, message);
-    input.MakeDeckReader = [deck](Database& asked, wxString& why) {
+    input.MakeDeckReader = [deck](Database& asked, const std::atomic<bool>&, wxString& why) {
         return MakeDeckReader(deck, DeckOptions(), asked, why);
     };
     ImportResult result;

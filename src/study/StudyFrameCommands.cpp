@@ -75,7 +75,9 @@ void StudyFrame::AddCardCommands() {
         });
     AddCommand(
         ID_RENAME, [this](bool) { mpCategoryList->Rename(); },
-        [this](wxUpdateUIEvent& event) { event.Enable(mpCategoryList->HasFocusedRow()); });
+        [this](wxUpdateUIEvent& event) {
+            event.Enable(IsChoosingCategory() && mpCategoryList->HasFocusedRow());
+        });
     // Swallowed here, so that the application's commands for text fields never run.
     for (const int id : {wxID_UNDO, wxID_PASTE, wxID_SELECTALL}) {
         AddCommand(
