@@ -21,6 +21,7 @@
 
 #include "files/windows/Backups.h"
 #include "files/windows/StoreFileChange.h"
+#include "preferences/StudyGroup.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
 #include "shell/TextUndo.h"
@@ -240,6 +241,8 @@ PreferencesDialog::PreferencesDialog(wxWindow* parent, Subject& settingsNotifier
     Bind(wxEVT_BUTTON, &PreferencesDialog::OnOk, this, wxID_OK);
 }
 
+PreferencesDialog::~PreferencesDialog() = default;
+
 void PreferencesDialog::CreateControls() {
     mpForm = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                                   wxHSCROLL | wxVSCROLL | wxTAB_TRAVERSAL);
@@ -249,6 +252,7 @@ void PreferencesDialog::CreateControls() {
     AddColumn();
     CreateAppearance();
     CreateAdvanced();
+    mpStudyGroup = std::make_unique<StudyGroup>(*mpForm, *mpFormSizer);
     AddColumn();
     CreateStoreFile();
     CreateBackups();
@@ -434,6 +438,7 @@ void PreferencesDialog::LoadSettings() {
     const bool early = ReadBooleanSetting(kSettingEarlyIntroduction);
     mpIntroductionChoice->SetSelection(early ? 1 : 0);
     mpIntervalText->Enable(early);
+    mpStudyGroup->Load();
     const BackupSettings backups = ReadBackupSettings();
     mpBackups->SetValue(backups.IsOn);
     mpBackupDirectory->ChangeValue(backups.Directory.empty() ? GetBackupDirectory()
@@ -518,6 +523,7 @@ void PreferencesDialog::OnOk(wxCommandEvent&) {
         control->Store();
     }
     ApplyIntroduction();
+    mpStudyGroup->Store();
     ApplyBackups();
     ChangeStoreFile(mActions, this, *mpDatabase,
                     static_cast<StoreFileChoice>(mpStoreChoice->GetSelection()),

@@ -7,10 +7,12 @@
 
 #include <array>
 #include <initializer_list>
+#include <memory>
 #include <vector>
 
 class Database;
 class StoreFileActions;
+class StudyGroup;
 class Subject;
 class wxBoxSizer;
 class wxButton;
@@ -107,9 +109,10 @@ class FontControl : public AppearanceControl {
     wxTextCtrl* mpName = nullptr;
 };
 
-// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced, the
-// file that keeps the cards, and its backups. Nothing changes until the user presses OK, and of the
-// appearance only what the user has touched. Main thread only.
+// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced and
+// what a forgotten card keeps, the file that keeps the cards, and its backups. Nothing changes
+// until the user presses OK, and of the appearance only what the user has touched. Main thread
+// only.
 class PreferencesDialog : public wxDialog {
   public:
     enum ControlId : int {
@@ -133,6 +136,7 @@ class PreferencesDialog : public wxDialog {
 
     // The notifier is told after OK. It and the actions are not owned and must outlive the dialog.
     PreferencesDialog(wxWindow* parent, Subject& settingsNotifier, StoreFileActions& actions);
+    ~PreferencesDialog() override;
 
     // Sets the open store, which is not owned. Call it before the dialog is shown.
     void SetDatabase(Database* database);
@@ -192,6 +196,7 @@ class PreferencesDialog : public wxDialog {
     wxChoice* mpIntroductionChoice = nullptr;
     wxStaticText* mpIntroductionText = nullptr;
     wxTextCtrl* mpIntervalText = nullptr;
+    std::unique_ptr<StudyGroup> mpStudyGroup;
     wxTextCtrl* mpStorePathText = nullptr;
     wxChoice* mpStoreChoice = nullptr;
     wxTextCtrl* mpNewPathText = nullptr;

@@ -47,6 +47,10 @@ class SequenceRandom : public ReviewRandom {
 // arithmetic is in 32-bit float, one operation after the other, so that the same reviews give the
 // same bits on every machine.
 
+// The settings for what a forgotten card keeps of its interval, in hundredths: with 0 it begins
+// again.
+constexpr int kRelearnShares[] = {0, 25, 50};
+
 // Returns how fast the interval of a card grows compared with that of a neutral card: 1 at
 // difficulty 16, more below it, at least 0.2 and at most 5.
 float DifficultyFactor(int difficulty);

@@ -1,6 +1,7 @@
 #include "preferences/PreferencesDialog.h"
 
 #include "files/windows/FakeStoreFileActions.h"
+#include "preferences/StudyGroup.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -64,6 +65,27 @@ TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
     EXPECT_EQ(ReadFontSetting("BrowseFont").GetPointSize(), 30);
     EXPECT_EQ(ReadColourSetting("FontColor"), wxColour(1, 2, 3));
     EXPECT_EQ(ReadColourSetting("StudyBgColor"), wxColour(1, 2, 3));
+}
+
+TEST_F(PreferencesDialogTest, AForgottenCardKeepsWhatIsChosen) {
+    const struct {
+        int32_t Stored, Shown, Chosen, Written;
+    } cases[] = {{-1, 0, -1, 0}, {0, 0, 1, 25}, {25, 1, 2, 50}, {50, 2, -1, 50}, {33, 0, -1, 0}};
+    for (const auto& c : cases) {
+        RemoveSetting("RelearnShare");
+        if (c.Stored >= 0) {
+            WriteIntegerSetting("RelearnShare", c.Stored);
+        }
+        PreferencesDialog dialog(nullptr, mNotifier, mFiles);
+        dialog.SetDatabase(&mDatabase);
+        auto& choice = Find<wxChoice>(dialog, StudyGroup::kRelearningId);
+        EXPECT_EQ(choice.GetSelection(), c.Shown);
+        choice.SetSelection(c.Chosen < 0 ? choice.GetSelection() : c.Chosen);
+        ModalAnswers answers;
+        answers.ThenPress(wxID_OK);
+        dialog.ShowModal();
+        EXPECT_EQ(ReadIntegerSetting("RelearnShare"), c.Written) << c.Stored;
+    }
 }
 
 TEST_F(PreferencesDialogTest, WhatFollowsTheDesktopIsNotStored) {
