@@ -8,8 +8,10 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <map>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "plot/Plot.h"
 #include "plot/PlotDrawing.h"
@@ -19,8 +21,10 @@
 
 // A year of study in both directions by a clock of its own, in a place where the clocks change in
 // spring and autumn. On the way the clock is once set back by a day and once forward by a year.
-// Every review is checked for what must always hold; the figures of each day and the growth of an
-// interval by score are drawn to an SVG file each: velomind_year CARDS DAYS REVIEWS-A-DAY DIRECTORY
+// Every review is checked for what must always hold, when a forgotten card begins again and when it
+// keeps a quarter of its interval. The figures of each day and the growth of an interval by score,
+// for cards that begin again, are drawn to an SVG file each: velomind_year CARDS DAYS REVIEWS-A-DAY
+// DIRECTORY
 namespace {
 
 constexpr int kCategory = 0;
@@ -47,22 +51,23 @@ int64_t LocalTime(int day, int hour) {
 
 class Study {
   public:
-    Study(const std::string& directory, int cards, int directions, ReviewRandom& random)
-        : mDirectory(directory), mRandom(random) {
+    Study(const std::string& directory, int cards, int directions, int share, ReviewRandom& random)
+        : mDirectory(directory), mRandom(random), mShare(share) {
         std::filesystem::create_directories(directory);
         const std::string path = directory + "/year.vlm";
-        std::filesystem::remove(path);
+        RemoveFiles();
         Check(mDatabase.Open(wxString::FromUTF8(path), mWait) == 0 &&
                   mDatabase.CategoryInsert("Default") == 0 &&
                   mDatabase.Execute(wxString::FromUTF8(FillSql(cards))) == 0,
               "no store");
         mCards = cards;
+        mScheduler.SetRelearnShare(share);
         mScheduler.SetDirections(static_cast<ReviewDirection>(directions));
         mScheduler.Initialise();
     }
     ~Study() {
         mDatabase.Close();
-        std::filesystem::remove(mDirectory + "/year.vlm");
+        RemoveFiles();
     }
     Study(const Study&) = delete;
     Study& operator=(const Study&) = delete;
@@ -80,6 +85,10 @@ class Study {
     float Review(int score);
 
   private:
+    void RemoveFiles() const {
+        std::filesystem::remove(mDirectory + "/year.vlm");
+        std::filesystem::remove(mDirectory + "/year.vlm" + kReviewLogSuffix);
+    }
     static std::string FillSql(int cards) {
         return "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < " +
                std::to_string(cards - 1) +
@@ -97,6 +106,7 @@ class Study {
         return cards.front();
     }
     void CheckSchedule(const CardSchedule& old, const CardSchedule& now, int score) const;
+    void CheckLost(const CardUuid& id, bool forward, float old, float now, int score);
     void CheckCounts();
 
     std::string mDirectory;
@@ -107,7 +117,11 @@ class Study {
     ReviewRandom& mRandom;
     FakeCategorySource mCategory;
     SilentMaintenance mMaintenance;
-    Scheduler mScheduler{mDatabase, {mCategory, mMaintenance, mClock, mRandom}};
+    ReviewLog mLog{wxString()};
+    Scheduler mScheduler{mDatabase, {mCategory, mMaintenance, mClock, mRandom, &mLog}};
+    int mShare;
+    // The interval that each card and direction had when it was forgotten, until it is passed.
+    std::map<std::pair<CardUuid, bool>, float> mLost;
     int mCards = 0;
     int mIntroduced = 0;
     double mSlowest = 0.0;
@@ -129,6 +143,7 @@ float Study::Review(int score) {
     const CardSchedule& after = forward ? card.Forward : card.Reverse;
     mIntroduced += before.Introduced ? 0 : 1;
     CheckSchedule(before, after, score);
+    CheckLost(old.CardId, forward, before.ReviewInterval, after.ReviewInterval, score);
     CheckCounts();
     Check(mScheduler.GetHistoryCount() <= kHistory, "the history holds 20 cards");
     return after.ReviewInterval;
@@ -145,6 +160,20 @@ void Study::CheckSchedule(const CardSchedule& old, const CardSchedule& now, int 
     } else if (old.Introduced) {
         Check(now.ReviewInterval <= std::max(old.ReviewInterval, 1.0f) / kLeastSpread,
               "a bad score never lengthens one");
+    }
+}
+
+void Study::CheckLost(const CardUuid& id, bool forward, float old, float now, int score) {
+    if (score < 3) {
+        mLost.emplace(std::pair(id, forward), old);
+        return;
+    }
+    const auto lost = mLost.find({id, forward});
+    if (lost != mLost.end()) {
+        Check(mShare == 0 || (now * 100.0f >= lost->second * static_cast<float>(mShare) * 0.9999f &&
+                              now >= 3600.0f),
+              "a forgotten card keeps its share");
+        mLost.erase(lost);
     }
 }
 
@@ -219,7 +248,7 @@ void DrawGrowth(const std::string& directory) {
         PlotSeries line = MakeLine(way.Name, way.Hue);
         // One half: the spread changes nothing.
         FakeRandom random;
-        Study study(directory, 1, kReviewForward, random);
+        Study study(directory, 1, kReviewForward, 0, random);
         for (int review = 0; way.Scores[review] != '\0'; ++review) {
             const float interval = study.Review(way.Scores[review] - '0');
             AddPoint(line, review + 1, static_cast<double>(interval));
@@ -242,12 +271,13 @@ int DrawScore(std::mt19937& dice) {
     return score;
 }
 
-void DrawYear(const std::string& directory, int cards, int days, int reviews) {
+// Studies for a year, and draws it if cards begin again.
+void StudyYear(const std::string& directory, int cards, int days, int reviews, int share) {
     PlotSeries dueLine = MakeLine("due at the start", PlotHue::Red);
     PlotSeries againLine = MakeLine("scored again", PlotHue::Blue);
     PlotSeries newLine = MakeLine("new", PlotHue::Green);
     SequenceRandom random;
-    Study study(directory, cards, kReviewForward | kReviewReverse, random);
+    Study study(directory, cards, kReviewForward | kReviewReverse, share, random);
     std::mt19937 dice{20250101};
     int64_t shift = 0;
     for (int day = 0; day < days; ++day) {
@@ -269,6 +299,12 @@ void DrawYear(const std::string& directory, int cards, int days, int reviews) {
         AddPoint(againLine, day, reviewed - fresh);
         AddPoint(newLine, day, fresh);
     }
+    std::printf(
+        "%d cards, %d days, %d reviews, %d %% kept: every check held; slowest review %.1f ms\n",
+        cards, days, days * reviews, share, study.SlowestReview() * 1e3);
+    if (share > 0) {
+        return;
+    }
     Plot plot;
     plot.Title = wxString::Format("A year of %d reviews a day, in both directions", reviews);
     plot.Series = {dueLine, againLine, newLine};
@@ -276,8 +312,6 @@ void DrawYear(const std::string& directory, int cards, int days, int reviews) {
     SetCountAxis(plot.Up, plot.GreatestY());
     SetNumberAxis(plot.Across, "day", 0, days, std::max(days / 12, 1));
     WritePlot(plot, directory + "/year-of-study.svg");
-    std::printf("%d cards, %d days, %d reviews: every check held; slowest review %.1f ms\n", cards,
-                days, days * reviews, study.SlowestReview() * 1e3);
 }
 
 }  // namespace
@@ -292,6 +326,8 @@ int main(int argc, char** argv) {
     tzset();
     std::filesystem::create_directories(argv[4]);
     DrawGrowth(argv[4]);
-    DrawYear(argv[4], std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3]));
+    for (const int share : {0, 25}) {
+        StudyYear(argv[4], std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3]), share);
+    }
     return 0;
 }

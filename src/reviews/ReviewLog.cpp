@@ -256,12 +256,13 @@ void ReviewLog::SetPath(const wxString& path) {
     mPath = ToUtf8(path);
 }
 
-void ReviewLog::Append(const ReviewRecord& record) {
+bool ReviewLog::Append(const ReviewRecord& record) {
     const int error = AppendText(mPath, FormatReviewLine(record));
     if (error != 0 && !mHasFailed) {
         mHasFailed = true;
         VELOMIND_TRACE("Review log: error %i", error);
     }
+    return error == 0;
 }
 
 std::string FormatReviewLine(const ReviewRecord& record) {
@@ -309,41 +310,49 @@ bool ParseReviewLine(std::string_view line, ReviewRecord& record) {
            (reader.Take('-') || reader.TakeTime(record.Replaces)) && reader.IsDone();
 }
 
-std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& card,
-                                          const std::atomic<bool>& cancelled) {
-    std::vector<ReviewRecord> reviews;
+bool VisitReviews(const wxString& path, const CardUuid* card,
+                  const std::function<void(const ReviewRecord&)>& visit,
+                  const std::atomic<bool>& cancelled) {
     struct stat status {};
     const FileDescriptor file = OpenForReading(path, status);
     if (!file.IsOpen()) {
-        return reviews;
+        return !cancelled;
     }
-    const std::array<char, 36> id = UuidText(card);
-    const std::string_view wanted(id.data(), id.size());
+    const std::array<char, 36> id = UuidText(card == nullptr ? CardUuid() : *card);
+    const std::string_view wanted(id.data(), card == nullptr ? 0 : id.size());
     std::string rest;
     int64_t offset = 0;
-    ReadPieces(file.Get(), offset, [&](std::string_view piece) {
+    return ReadPieces(file.Get(), offset, [&](std::string_view piece) {
         SplitLines(piece, rest, [&](std::string_view line) {
             ReviewRecord record;
-            if (line.size() < kIdColumn + wanted.size() ||
-                line.compare(kIdColumn, wanted.size(), wanted) != 0 ||
-                !ParseReviewLine(WithoutReturn(line), record)) {
-                return;
+            if (line.size() >= kIdColumn + wanted.size() &&
+                line.compare(kIdColumn, wanted.size(), wanted) == 0 &&
+                ParseReviewLine(WithoutReturn(line), record)) {
+                visit(record);
             }
-            const auto end = reviews.size() > kFarthestReplaced && record.Replaces >= 0
-                                 ? reviews.rbegin() + kFarthestReplaced
-                                 : reviews.rend();
-            const auto replaced = record.Replaces < 0
-                                      ? end
-                                      : std::find_if(reviews.rbegin(), end, [&](const auto& each) {
-                                            return each.Time == record.Replaces;
-                                        });
-            if (replaced != end) {
-                reviews.erase(std::next(replaced).base());
-            }
-            reviews.push_back(record);
         });
         return !cancelled;
     });
+}
+
+std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& card,
+                                          const std::atomic<bool>& cancelled) {
+    std::vector<ReviewRecord> reviews;
+    const auto keep = [&reviews](const ReviewRecord& record) {
+        const auto end = reviews.size() > kFarthestReplaced && record.Replaces >= 0
+                             ? reviews.rbegin() + kFarthestReplaced
+                             : reviews.rend();
+        const auto replaced =
+            record.Replaces < 0 ? end : std::find_if(reviews.rbegin(), end, [&](const auto& each) {
+                return each.Time == record.Replaces;
+            });
+        if (replaced != end) {
+            reviews.erase(std::next(replaced).base());
+        }
+        reviews.push_back(record);
+    };
+    // What was read before a cancel counts.
+    VisitReviews(path, &card, keep, cancelled);
     // The clock may have been put back between two reviews.
     std::stable_sort(
         reviews.begin(), reviews.end(),

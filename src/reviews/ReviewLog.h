@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,8 +15,9 @@
 #include "store/FlashCard.h"
 
 // The review log is a plain text beside the store (ReviewLogPath), with one line for each score.
-// Only plots depend on it: it may be deleted at any time, and a line that cannot be written is
-// dropped. For the store "Words.vlm" it is "Words.vlm.reviews":
+// Only plots depend on it, and what a forgotten card keeps of its interval, if the user wants that:
+// it may be deleted at any time, and a line that cannot be written is dropped. For the store
+// "Words.vlm" it is "Words.vlm.reviews":
 //
 //     2026-03-01T18:04:09Z 1b4e28ba-2fa1-41d2-883f-0016d3cca427 F 4 86412 86400 131072 16 16 -
 //
@@ -53,8 +55,9 @@ class ReviewLog {
     void SetPath(const wxString& path);
 
     // Adds a line, in one write and without waiting for the disk. A torn line at the end of the
-    // file gets its line end first. A failure is traced once and otherwise ignored.
-    void Append(const ReviewRecord& record);
+    // file gets its line end first. A failure is traced once and otherwise ignored. Returns true
+    // when the line is there.
+    bool Append(const ReviewRecord& record);
 
   private:
     std::string mPath;
@@ -65,6 +68,13 @@ class ReviewLog {
 bool ParseReviewLine(std::string_view line, ReviewRecord& record);
 // Returns the line of a record, with its end.
 std::string FormatReviewLine(const ReviewRecord& record);
+
+// Calls visit with each review in the order of the file, replaced ones included; for a card, only
+// with those of that card, which takes a fraction of the time. A missing log has none. Returns
+// false when cancelled became true. Any thread.
+bool VisitReviews(const wxString& path, const CardUuid* card,
+                  const std::function<void(const ReviewRecord&)>& visit,
+                  const std::atomic<bool>& cancelled);
 
 // Returns the reviews of one card in both directions, oldest first, without replaced ones. Reads
 // the whole log, so call it on a worker thread. A missing log has none. Stops when cancelled

@@ -2,6 +2,7 @@
 
 #include <wx/translation.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -74,7 +75,10 @@ constexpr int kSpreadCount = 31;
 
 // Seconds; the least interval after a first pass with score 3, 4 and 5: 1, 4 and 16 hours.
 constexpr std::array<float, 3> kFirstPassFloors{3600.0f, 14400.0f, 57600.0f};
-constexpr int kLeastGoodScore = 3;
+
+float FirstPassFloor(int score) {
+    return kFirstPassFloors.at(static_cast<size_t>(score - kLeastGoodScore));
+}
 
 std::array<float, kSpreadCount> MakeSpreadTable() {
     std::array<float, kSpreadCount> table{};
@@ -159,8 +163,22 @@ float SpreadFactor(float random) {
     return kTable.at(static_cast<size_t>(index < kSpreadCount ? index : kSpreadCount - 1));
 }
 
+float LostInterval(float lost, int score, float oldInterval) {
+    if (score >= kLeastGoodScore) {
+        return 0.0f;
+    }
+    return lost > 0.0f ? lost : oldInterval;
+}
+
+float RelearnedInterval(float lost, int score, int share) {
+    if (share == 0 || !(lost > 0.0f) || score < kLeastGoodScore) {
+        return 0.0f;
+    }
+    return std::max(FirstPassFloor(score), lost * static_cast<float>(share) / 100.0f);
+}
+
 ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& now,
-                    ReviewRandom& random) {
+                    ReviewRandom& random, float least) {
     ReviewResult result{};
     const float stored = schedule.ReviewInterval;
     result.OldInterval = kLeastInterval > stored ? kLeastInterval : stored;
@@ -171,11 +189,12 @@ ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& n
         NextDifficulty(schedule.Difficulty, score, result.Elapsed, result.OldInterval);
     result.FirstPass = !schedule.Introduced && score >= kLeastGoodScore;
     if (result.FirstPass) {
-        const float floor = kFirstPassFloors.at(static_cast<size_t>(score - kLeastGoodScore));
+        const float floor = FirstPassFloor(score);
         if (!(result.NewInterval > floor)) {
             result.NewInterval = floor;
         }
     }
+    result.NewInterval = std::max(result.NewInterval, least);
     return result;
 }
 
@@ -193,12 +212,13 @@ class FixedRandom : public ReviewRandom {
 
 }  // namespace
 
-IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now) {
+IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now,
+                            float least) {
     // The interval grows with the random number, so its limits are at those of chance.
-    FixedRandom least(0.0f);
-    FixedRandom greatest(1.0f);
-    return {Review(schedule, score, now, least).NewInterval,
-            Review(schedule, score, now, greatest).NewInterval};
+    FixedRandom lowest(0.0f);
+    FixedRandom highest(1.0f);
+    return {Review(schedule, score, now, lowest, least).NewInterval,
+            Review(schedule, score, now, highest, least).NewInterval};
 }
 
 namespace {

@@ -51,6 +51,19 @@ class SequenceRandom : public ReviewRandom {
 // again.
 constexpr int kRelearnShares[] = {0, 25, 50};
 
+// A score of at least this passes a card; a lower one fails it.
+constexpr int kLeastGoodScore = 3;
+
+// A card is being relearned from a score that fails it until one that passes it. What it lost is
+// the interval, in seconds, that the first failure met; 0 while it is not being relearned.
+//
+// Returns what it has lost after a score that met the old interval.
+float LostInterval(float lost, int score, float oldInterval);
+// Returns the least interval of a card after a score if it keeps a share of what it lost; 0 where
+// the score alone decides. Such a pass has the least interval of a first pass, too: without it the
+// card would come several times more on that day.
+float RelearnedInterval(float lost, int score, int share);
+
 // Returns how fast the interval of a card grows compared with that of a neutral card: 1 at
 // difficulty 16, more below it, at least 0.2 and at most 5.
 float DifficultyFactor(int difficulty);
@@ -72,9 +85,10 @@ struct ReviewResult {
     bool FirstPass;
 };
 
-// Returns the effect of a score given now. Draws a random number only if the interval is spread.
+// Returns the effect of a score given now, whose interval is at least the given one, in seconds.
+// Draws a random number only if the interval is spread.
 ReviewResult Review(const CardSchedule& schedule, int score, const wxDateTime& now,
-                    ReviewRandom& random);
+                    ReviewRandom& random, float least = 0);
 
 // The shortest and the longest interval, in seconds, that a score can give; chance decides between
 // them. Both are the same when the interval is not spread.
@@ -84,7 +98,8 @@ struct IntervalRange {
 };
 
 // Returns what Review would make of the interval, without drawing a random number.
-IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now);
+IntervalRange PredictReview(const CardSchedule& schedule, int score, const wxDateTime& now,
+                            float least = 0);
 
 // The ERC number of a card puts the introduced cards of a category into blocks of 4096: the upper
 // bits count the blocks, and the low 12 bits are random, so that the cards of a block have a

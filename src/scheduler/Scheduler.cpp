@@ -148,8 +148,26 @@ void Scheduler::Initialise() {
             mOptions.CategoryId = categories.front().Id;
         }
     }
+    ReadLog();
     LoadCurrentCard();
     Tell(0);
+}
+
+void Scheduler::SetRelearnShare(int share) {
+    const bool isKnown =
+        std::count(std::begin(kRelearnShares), std::end(kRelearnShares), share) > 0;
+    const bool hadNone = std::exchange(mRelearnShare, isKnown ? share : 0) == 0;
+    if (hadNone != (mRelearnShare == 0)) {
+        ReadLog();
+    }
+}
+
+void Scheduler::ReadLog() {
+    if (mRelearnShare == 0 || mSources.Log == nullptr) {
+        mRelearning.Stop();
+    } else {
+        mRelearning.Read(ReviewLogPath(mDatabase.GetPath()));
+    }
 }
 
 void Scheduler::SetDirections(ReviewDirection mask) {
@@ -228,14 +246,27 @@ std::vector<CategoryReady> Scheduler::CountCategories() {
     return counted;
 }
 
-IntervalRange Scheduler::PredictInterval(int score) const {
+IntervalRange Scheduler::PredictInterval(int score) {
     const CardSchedule& schedule = CurrentSchedule();
     if (mHistoryPosition != -1 && score == schedule.LastScore) {
         return {schedule.ReviewInterval, schedule.ReviewInterval};
     }
     const HistoryEntry* const entry = EntryToRestore(score);
     const bool restores = entry != nullptr && entry->Direction == mCurrentDirection;
-    return PredictReview(restores ? entry->Schedule : schedule, score, mSources.Time.Now());
+    const CardSchedule& start = restores ? entry->Schedule : schedule;
+    return PredictReview(start, score, mSources.Time.Now(), LeastInterval(start, score));
+}
+
+float Scheduler::LeastInterval(const CardSchedule& schedule, int score) {
+    if (mRelearnShare == 0 || mSources.Log == nullptr) {
+        return 0.0f;
+    }
+    // The store may be another one, or stand elsewhere, since the last score.
+    if (mRelearning.GetPath() != ReviewLogPath(mDatabase.GetPath())) {
+        ReadLog();
+    }
+    const float lost = mRelearning.Find(mCurrentCard.CardId, mCurrentDirection, schedule);
+    return RelearnedInterval(lost, score, mRelearnShare);
 }
 
 void Scheduler::Refresh() {
@@ -257,7 +288,8 @@ void Scheduler::ScoreCard(int score) {
     const int64_t replaces = KeepOrRestoreSchedule(score);
     CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
     const CardSchedule before = schedule;
-    const ReviewResult result = Review(schedule, score, mSources.Time.Now(), mSources.Random);
+    const ReviewResult result = Review(schedule, score, mSources.Time.Now(), mSources.Random,
+                                       LeastInterval(schedule, score));
     TraceReview(mCurrentCard, score, result);
     schedule.Introduced = true;
     schedule.ReviewInterval = result.NewInterval;
@@ -270,8 +302,12 @@ void Scheduler::ScoreCard(int score) {
     if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0 && mSources.Log != nullptr) {
         // The store may be another one, or stand elsewhere, since the last score.
         mSources.Log->SetPath(ReviewLogPath(mDatabase.GetPath()));
-        mSources.Log->Append(
-            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces));
+        const ReviewRecord record =
+            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces);
+        // A review without its line counts as little now as it will at the next start.
+        if (mSources.Log->Append(record) && mRelearnShare != 0) {
+            mRelearning.Take(record);
+        }
     }
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {

@@ -9,6 +9,7 @@
 #include "base/Time.h"
 #include "reviews/ReviewLog.h"
 #include "scheduler/CardSelection.h"
+#include "scheduler/Relearning.h"
 #include "scheduler/ReviewArithmetic.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
@@ -104,7 +105,8 @@ class Scheduler {
         MaintenancePrompt& Maintenance;
         const Clock& Time;
         ReviewRandom& Random;
-        // Takes each score once the store has it; null keeps no log.
+        // Takes each score once the store has it; null keeps no log, and so no card keeps a part of
+        // its interval.
         ReviewLog* Log = nullptr;
     };
 
@@ -121,6 +123,11 @@ class Scheduler {
     void SetEarlyIntroductionInterval(int32_t seconds) {
         mOptions.EarlyIntroductionInterval = seconds;
     }
+    // Sets what a forgotten card keeps of its interval, one of kRelearnShares; any other counts as
+    // 0. With more than 0 the log is read, on a worker. Takes effect at the next score.
+    void SetRelearnShare(int share);
+    // Returns true when no worker reads the log.
+    bool IsLogRead() const { return mRelearning.IsRead(); }
     // Sets the directions to study. The current card stays if its direction is among them.
     void SetDirections(ReviewDirection mask);
 
@@ -160,7 +167,7 @@ class Scheduler {
 
     // Returns the intervals that a score of 0 to 5 can give the current card now. The recorded
     // score of a card in the history changes nothing, so it gives the interval that the card has.
-    IntervalRange PredictInterval(int score) const;
+    IntervalRange PredictInterval(int score);
 
     // Reads the store again after cards or the current category changed elsewhere.
     void Refresh();
@@ -193,6 +200,9 @@ class Scheduler {
     // of the history from before its first score, unless the score stays the same. Returns the time
     // of the review that this one replaces, or -1.
     int64_t KeepOrRestoreSchedule(int score);
+    // Returns the least interval that a score gives the current card with this schedule.
+    float LeastInterval(const CardSchedule& schedule, int score);
+    void ReadLog();
     // Gives the current card its new place in the order of early review after a score.
     void RenumberCard();
     void PurgeHistory();
@@ -204,6 +214,8 @@ class Scheduler {
     // A list lets a listener add another while it is called.
     std::list<Listener> mListeners;
     StudyOptions mOptions;
+    int mRelearnShare = 0;
+    Relearning mRelearning;
     FlashCard mCurrentCard;
     ReviewDirection mCurrentDirection = kReviewNone;
     bool mStoreEmpty = false;

@@ -250,7 +250,7 @@ void StudyFrame::SetDatabase(Database* database) {
                                      mServices.GetClock(), mServices.GetReviewRandom(),
                                      &mReviewLog};
     mpScheduler = std::make_unique<Scheduler>(*database, sources);
-    ApplyIntroduction();
+    ApplyStudySettings();
     if (mReverseStudy) {
         mpScheduler->SetDirections(kReviewReverse);
     }
@@ -459,14 +459,15 @@ void StudyFrame::ApplySettings() {
     mpCardViewer->SetSecondColour(text);
     mpCardViewer->SetBackgroundColour(ReadColourSetting(kSettingStudyBgColor));
     mpCardViewer->Refresh();
-    ApplyIntroduction();
+    ApplyStudySettings();
 }
 
-void StudyFrame::ApplyIntroduction() {
+void StudyFrame::ApplyStudySettings() {
     if (mpScheduler != nullptr) {
         mpScheduler->SetEarlyIntroduction(ReadBooleanSetting(kSettingEarlyIntroduction));
         mpScheduler->SetEarlyIntroductionInterval(
             ReadIntegerSetting(kSettingEarlyIntroductionInterval));
+        mpScheduler->SetRelearnShare(ReadIntegerSetting(kSettingRelearnShare));
     }
 }
 
@@ -523,6 +524,9 @@ void StudyFrame::OnChange(Subject* subject) {
         mpScheduler->Refresh();
     } else if (subject == &mServices.GetSettingsNotifier()) {
         ApplySettings();
+        if (HasCard()) {
+            UpdateForecast();
+        }
     }
 }
 

@@ -138,7 +138,7 @@ class StudyFrame : public wxFrame {
     // Tells screen readers in words what the controls that paint themselves show.
     void TellAccessibility();
 
-    void ApplyIntroduction();
+    void ApplyStudySettings();
     void SetCardLayout(int orientation);
     void SetCompactScoring(bool compact);
     void GrowToFit();
