@@ -91,7 +91,7 @@ struct RelearningTest : StoreFixture {
             mpScheduler->SetHistoryIndex(0);
         }
         float expected = Review(before, score, mClock.Now(), mRandom).NewInterval;
-        if (mShare > 0 && score > 2 && Lost() > 0) {
+        if (mHasLog && mShare > 0 && score > 2 && Lost() > 0) {
             const float hours = score == 3 ? 1 : score == 4 ? 4 : 16;
             expected =
                 std::max({expected, hours * 3600, Lost() * static_cast<float>(mShare) / 100});
@@ -116,8 +116,8 @@ struct RelearningTest : StoreFixture {
             Restart();
         } else if (word == "released") {
             Release();
-        } else if (word == "without-log") {
-            mHasLog = false;
+        } else if (word == "without-log" || word == "with-log") {
+            mHasLog = word == "with-log";
             Restart();
         } else if (word == "delete-log") {
             DeleteLog();
@@ -202,7 +202,7 @@ TEST_F(RelearningTest, TheFirstPassAfterAFailureKeepsTheShare) {
         {"a pass taken back", 25, 16, "0 4 <0 4", 4 * kDay},
         {"a pass taken back for a failure and another pass", 25, 16, "0 4 <0 <3", 4 * kDay},
         {"a pass taken back for another", 50, 16, "0 3 <4", 8 * kDay},
-        {"all in one second", 25, 16, "at-once 0 4 <0 4", 4 * kDay},
+        {"all in one second", 25, 16, "at-once 0 4 <5", 4 * kDay},
         {"turned off and on between", 25, 16, "0 %0 0 %50 4", 8 * kDay},
         {"turned off for the pass", 25, 16, "0 %0 4", kAny},
         {"a start between", 25, 16, "0 start 0 start released 3", 4 * kDay},
@@ -212,6 +212,8 @@ TEST_F(RelearningTest, TheFirstPassAfterAFailureKeepsTheShare) {
         {"the worker is done later", 25, 16, "0 held 0 released 4", 4 * kDay},
         {"passed before it was done", 25, 16, "0 held 4 week 0 released 3", kDay},
         {"no log", 25, 16, "without-log 0 4 0 3", kAny},
+        {"a pass without its line", 25, 16, "0 without-log 4 with-log 0 start released 4",
+         4 * kHour},
         {"a log that is gone", 25, 16, "0 delete-log 4", kAny},
         {"a log that begins within", 25, 16, "0 delete-log 0 start released 4", 4 * kHour},
         {"the clock set back", 25, 16, "0 back 0 start released 4", 4 * kDay},
