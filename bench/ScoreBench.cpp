@@ -14,7 +14,8 @@
 
 // Measures the time from a score to the next card, in a store of introduced cards of which some are
 // due, beside the same statements by bare SQLite on a copy of the store. Both always score 0, which
-// puts the card after all others and keeps the number of due cards.
+// puts the card after all others and keeps the number of due cards. With a share each is a card
+// that is being relearned.
 namespace {
 
 constexpr int64_t kStart = 1700000000;
@@ -267,6 +268,7 @@ void ScoreToNextCard(benchmark::State& state) {
     SilentMaintenance maintenance;
     ReviewLog log(ReviewLogPath(wxString::FromUTF8(storePath)));
     Scheduler scheduler(database, {category, maintenance, clock, random, &log});
+    scheduler.SetRelearnShare(static_cast<int>(state.range(3)));
     BareScore bare(floorPath);
     std::vector<double> floorTimes;
     std::vector<double> times;
@@ -294,16 +296,17 @@ void ScoreToNextCard(benchmark::State& state) {
 }
 
 BENCHMARK(ScoreToNextCard)
-    ->ArgNames({"due", "tmpfs", "cards"})
-    ->ArgsProduct({{0, 1000}, {0, 1}, {kCards}})
-    ->Args({1000, 1, 10000})
-    ->Args({1000, 1, 1000000})
+    ->ArgNames({"due", "tmpfs", "cards", "share"})
+    ->ArgsProduct({{0, 1000}, {0, 1}, {kCards}, {0}})
+    ->Args({1000, 1, 10000, 0})
+    ->Args({1000, 1, 1000000, 0})
+    ->Args({1000, 1, kCards, 25})
     ->Iterations(2000)
     ->UseManualTime()
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK(ScoreToNextCard)
-    ->ArgNames({"due", "tmpfs", "cards"})
-    ->ArgsProduct({{kCards}, {0, 1}, {kCards}})
+    ->ArgNames({"due", "tmpfs", "cards", "share"})
+    ->ArgsProduct({{kCards}, {0, 1}, {kCards}, {0}})
     ->Iterations(40)
     ->UseManualTime()
     ->Unit(benchmark::kMicrosecond);

@@ -126,7 +126,7 @@ struct RelearningTest : StoreFixture {
             }
             Restart();
         } else if (word == "week") {
-            mClock.Advance(7 * 86400);
+            mClock.Advance(int64_t{7} * 86400);
         } else if (word == "back") {
             mClock.Advance(-86400);
         } else if (word == "at-once") {
