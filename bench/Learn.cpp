@@ -186,7 +186,7 @@ struct OwnOptions {
     double Stretch = 1.0;
     // Lengthens it from day to day, so that as many cards are recalled.
     double RecallTarget = 0;
-    // So many passes of a day, and the card waits until the next; 0 never.
+    // The passes of a day after which a card waits until the next; 0 for none.
     int PassesADay = 0;
 };
 

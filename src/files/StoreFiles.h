@@ -34,8 +34,8 @@ bool IsStoreOfCards(const wxString& path);
 // beside one. None of them is a text to import. Decides by the first bytes and the name.
 bool IsDatabaseFile(const wxString& path);
 
-// The log of reviews lies beside its store and moves with it. Only statistics need it, so an
-// operation on it that fails is ignored.
+// The log of reviews lies beside its store and moves with it. Only statistics and what a
+// forgotten card keeps need it, so an operation on it that fails is ignored.
 constexpr char kReviewLogSuffix[] = ".reviews";
 
 // Returns the path of a store's log of reviews; empty for an empty path.
