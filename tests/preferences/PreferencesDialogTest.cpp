@@ -68,23 +68,19 @@ TEST_F(PreferencesDialogTest, OkWritesWhatMakesSenseAndTellsTheWindows) {
 }
 
 TEST_F(PreferencesDialogTest, AForgottenCardKeepsWhatIsChosen) {
-    const struct {
-        int32_t Stored, Shown, Chosen, Written;
-    } cases[] = {{-1, 0, -1, 0}, {0, 0, 1, 25}, {25, 1, 2, 50}, {50, 2, -1, 50}, {33, 0, -1, 0}};
-    for (const auto& c : cases) {
-        RemoveSetting("RelearnShare");
-        if (c.Stored >= 0) {
-            WriteIntegerSetting("RelearnShare", c.Stored);
-        }
+    // What is stored, what is shown for it, and what is stored for the choice after that.
+    const int32_t cases[][3] = {{0, 0, 25}, {25, 1, 50}, {33, 0, 25}};
+    for (const auto& [stored, shown, written] : cases) {
+        WriteIntegerSetting("RelearnShare", stored);
         PreferencesDialog dialog(nullptr, mNotifier, mFiles);
         dialog.SetDatabase(&mDatabase);
         auto& choice = Find<wxChoice>(dialog, StudyGroup::kRelearningId);
-        EXPECT_EQ(choice.GetSelection(), c.Shown);
-        choice.SetSelection(c.Chosen < 0 ? choice.GetSelection() : c.Chosen);
+        EXPECT_EQ(choice.GetSelection(), shown);
+        choice.SetSelection(shown + 1);
         ModalAnswers answers;
         answers.ThenPress(wxID_OK);
         dialog.ShowModal();
-        EXPECT_EQ(ReadIntegerSetting("RelearnShare"), c.Written) << c.Stored;
+        EXPECT_EQ(ReadIntegerSetting("RelearnShare"), written);
     }
 }
 
