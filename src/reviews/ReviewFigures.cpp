@@ -55,28 +55,13 @@ std::tm LocalDate(int64_t seconds) {
     return date;
 }
 
-// Returns the first second of a day. Where the clock is put forward at midnight, the day begins at
-// one.
-int64_t StartOf(int32_t day) {
-    std::time_t noon = int64_t{day} * kSecondsPerDay + kSecondsPerDay / 2;
-    std::tm date{};
-    ::gmtime_r(&noon, &date);
-    date.tm_hour = 0;
-    date.tm_isdst = -1;
-    int64_t start = ::mktime(&date);
-    while (DayOf(start) < day) {
-        start += 1800;
-    }
-    return start;
-}
-
 // The days of the figures: asking the system for the dates of a million reviews would take longer
 // than all the rest.
 class DayTable {
   public:
     DayTable(int32_t first, int32_t last) : mFirst(first) {
         for (int32_t day = first; day <= last + 1; ++day) {
-            mStarts.push_back(StartOf(day));
+            mStarts.push_back(StartOfDay(day));
         }
     }
     // Returns first - 1 or last + 1 for all moments before or after the table.
@@ -419,8 +404,21 @@ int32_t DayOf(int64_t seconds) {
     return static_cast<int32_t>(::timegm(&date) / kSecondsPerDay);
 }
 
+int64_t StartOfDay(int32_t day) {
+    std::time_t noon = int64_t{day} * kSecondsPerDay + kSecondsPerDay / 2;
+    std::tm date{};
+    ::gmtime_r(&noon, &date);
+    date.tm_hour = 0;
+    date.tm_isdst = -1;
+    int64_t start = ::mktime(&date);
+    while (DayOf(start) < day) {
+        start += 1800;
+    }
+    return start;
+}
+
 wxDateTime NoonOfDay(int32_t day) {
-    return wxDateTime(static_cast<time_t>(StartOf(day) + kSecondsPerDay / 2));
+    return wxDateTime(static_cast<time_t>(StartOfDay(day) + kSecondsPerDay / 2));
 }
 
 int32_t DayReviews::Total() const {

@@ -29,6 +29,8 @@ int32_t SpanDays(ReviewSpan span);
 
 // Returns the local day that holds a moment, in seconds since 1970.
 int32_t DayOf(int64_t seconds);
+// Returns the first second of a day. Where the clock is put forward at midnight, it begins at one.
+int64_t StartOfDay(int32_t day);
 // Returns noon of a day, which has the day's date in every time zone.
 wxDateTime NoonOfDay(int32_t day);
 

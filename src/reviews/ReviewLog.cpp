@@ -310,9 +310,14 @@ bool ParseReviewLine(std::string_view line, ReviewRecord& record) {
            (reader.Take('-') || reader.TakeTime(record.Replaces)) && reader.IsDone();
 }
 
+int64_t ReviewLogLength(const wxString& path) {
+    struct stat status {};
+    return OpenForReading(path, status).IsOpen() ? int64_t{status.st_size} : 0;
+}
+
 bool VisitReviews(const wxString& path, const CardUuid* card,
                   const std::function<void(const ReviewRecord&)>& visit,
-                  const std::atomic<bool>& cancelled) {
+                  const std::atomic<bool>& cancelled, int64_t end) {
     struct stat status {};
     const FileDescriptor file = OpenForReading(path, status);
     if (!file.IsOpen()) {
@@ -323,7 +328,10 @@ bool VisitReviews(const wxString& path, const CardUuid* card,
     std::string rest;
     int64_t offset = 0;
     return ReadPieces(file.Get(), offset, [&](std::string_view piece) {
-        SplitLines(piece, rest, [&](std::string_view line) {
+        const int64_t left = end - (offset - static_cast<int64_t>(piece.size()));
+        const std::string_view asked =
+            piece.substr(0, static_cast<size_t>(std::clamp<int64_t>(left, 0, kChunk)));
+        SplitLines(asked, rest, [&](std::string_view line) {
             ReviewRecord record;
             if (line.size() >= kIdColumn + wanted.size() &&
                 line.compare(kIdColumn, wanted.size(), wanted) == 0 &&
@@ -440,7 +448,8 @@ void ReviewHistory::Add(const ReviewRecord& record) {
     const auto place = static_cast<uint32_t>(mReviews.size());
     mReviews.push_back({record.Time, static_cast<float>(record.Elapsed), slot.Card,
                         std::exchange(slot.LastReview, place), record.Score,
-                        record.Direction == kReviewReverse, false});
+                        record.Direction == kReviewReverse, false,
+                        record.OldInterval >= kKnownInterval});
 }
 
 // Returns the place of the card, or the one where it would be. The table has room.

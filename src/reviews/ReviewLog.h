@@ -45,6 +45,13 @@ struct ReviewRecord {
     int64_t Replaces = -1;
 };
 
+// A card is known once its interval is a day. To fail it then is a lapse; a failure while it is
+// still being learnt, or learnt again, is none.
+constexpr float kKnownInterval = 86400.0f;
+constexpr uint8_t kLeastPass = 3;
+// A card with that many lapses in one direction, since it was last begun anew, takes too much.
+constexpr int32_t kManyLapses = 8;
+
 // Appends scores to the log of a store. Main thread only.
 class ReviewLog {
   public:
@@ -69,12 +76,15 @@ bool ParseReviewLine(std::string_view line, ReviewRecord& record);
 // Returns the line of a record, with its end.
 std::string FormatReviewLine(const ReviewRecord& record);
 
+// Returns the bytes of the log; 0 without one.
+int64_t ReviewLogLength(const wxString& path);
+
 // Calls visit with each review in the order of the file, replaced ones included; for a card, only
-// with those of that card, which takes a fraction of the time. A missing log has none. Returns
-// false when cancelled became true. Any thread.
+// with those of that card, which takes a fraction of the time. Leaves out what follows the first
+// end bytes. A missing log has none. Returns false when cancelled became true. Any thread.
 bool VisitReviews(const wxString& path, const CardUuid* card,
                   const std::function<void(const ReviewRecord&)>& visit,
-                  const std::atomic<bool>& cancelled);
+                  const std::atomic<bool>& cancelled, int64_t end = INT64_MAX);
 
 // Returns the reviews of one card in both directions, oldest first, without replaced ones. Reads
 // the whole log, so call it on a worker thread. A missing log has none. Stops when cancelled
@@ -98,6 +108,8 @@ class ReviewHistory {
         bool IsReverse;
         // True when a later score took its place.
         bool IsReplaced;
+        // True when its interval before was kKnownInterval or more.
+        bool WasKnown;
     };
     static constexpr uint32_t kNone = UINT32_MAX;
 

@@ -115,6 +115,9 @@ int CardSelection::ReadCard(const ReadyCard& ready, ReviewCard& chosen) {
 }
 
 int CardSelection::IntroduceCard(ReviewCard& chosen) {
+    if (mOptions.MayIntroduce && !mOptions.MayIntroduce()) {
+        return 0;
+    }
     const int result = ChooseFirst(&Database::SelectNew, IntroductionKey, chosen);
     if (chosen.Direction != kReviewNone) {
         VELOMIND_TRACE("introducing a card %s", FormatUuid(chosen.Card.CardId));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <utility>
 
@@ -18,6 +19,9 @@ struct StudyOptions {
     // EarlyIntroductionInterval seconds have longer intervals than that.
     bool EarlyIntroduction = false;
     int32_t EarlyIntroductionInterval = 180;
+    // Asked before a new card is taken; when it says no, study goes on as though there were none.
+    // Empty takes all.
+    std::function<bool()> MayIntroduce;
 };
 
 // A card and the direction in which it is shown; kReviewNone means no card.

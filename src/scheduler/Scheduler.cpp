@@ -131,6 +131,9 @@ ReviewRecord MakeRecord(const CardUuid& id, ReviewDirection direction, const Car
 
 Scheduler::Scheduler(Database& database, const Sources& sources)
     : mDatabase(database), mSources(sources) {
+    if (mSources.Day != nullptr) {
+        mOptions.MayIntroduce = [this] { return mSources.Day->MayIntroduce(mOptions.CategoryId); };
+    }
     Initialise();
 }
 
@@ -196,6 +199,15 @@ bool Scheduler::IsBreakTime() const {
            mHistoryPosition == -1;
 }
 
+bool Scheduler::HoldsNewCards() {
+    return mOptions.MayIntroduce && !mOptions.MayIntroduce() && GetNewCount() > 0;
+}
+
+bool Scheduler::TakesTooMuch() const {
+    return mSources.Day != nullptr && CurrentSchedule().Introduced &&
+           mSources.Day->TakesTooMuch(mCurrentCard.CardId, mCurrentDirection);
+}
+
 int Scheduler::CountReady(int32_t categoryId) {
     const wxDateTime now = mSources.Time.Now();
     int all = 0;
@@ -241,7 +253,10 @@ std::vector<CategoryReady> Scheduler::CountCategories() {
     mDatabase.SelectAllCategories(all);
     std::vector<CategoryReady> counted;
     for (const Category& category : all) {
-        counted.push_back({category, CountReady(category.Id), CountNew(category.Id)});
+        const bool mayIntroduce =
+            mSources.Day == nullptr || mSources.Day->MayIntroduce(category.Id);
+        counted.push_back(
+            {category, CountReady(category.Id), mayIntroduce ? CountNew(category.Id) : 0});
     }
     return counted;
 }
@@ -299,15 +314,9 @@ void Scheduler::ScoreCard(int score) {
     RenumberCard();
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failure in the store ends the program, so the result need not be checked.
-    if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0 && mSources.Log != nullptr) {
-        // The store may be another one, or stand elsewhere, since the last score.
-        mSources.Log->SetPath(ReviewLogPath(mDatabase.GetPath()));
-        const ReviewRecord record =
-            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces);
-        // A review without its line counts as little now as it will at the next start.
-        if (mSources.Log->Append(record) && mRelearnShare != 0) {
-            mRelearning.Take(record);
-        }
+    if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0) {
+        NoteReview(
+            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces));
     }
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {
@@ -316,6 +325,20 @@ void Scheduler::ScoreCard(int score) {
     mLiveCardId = CardUuid();
     LoadCurrentCard();
     Tell(1);
+}
+
+void Scheduler::NoteReview(const ReviewRecord& record) {
+    if (mSources.Log != nullptr) {
+        // The store may be another one, or stand elsewhere, since the last score.
+        mSources.Log->SetPath(ReviewLogPath(mDatabase.GetPath()));
+        // A review without its line counts as little now as it will at the next start.
+        if (mSources.Log->Append(record) && mRelearnShare != 0) {
+            mRelearning.Take(record);
+        }
+    }
+    if (mSources.Day != nullptr) {
+        mSources.Day->Add(record, mCurrentCard.CategoryId);
+    }
 }
 
 void Scheduler::RenumberCard() {

@@ -11,6 +11,7 @@
 #include "scheduler/CardSelection.h"
 #include "scheduler/Relearning.h"
 #include "scheduler/ReviewArithmetic.h"
+#include "scheduler/StudyDay.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
@@ -108,6 +109,8 @@ class Scheduler {
         // Takes each score once the store has it; null keeps no log, and so no card keeps a part of
         // its interval.
         ReviewLog* Log = nullptr;
+        // Limits the new cards of a day and counts each score; null limits nothing.
+        StudyDay* Day = nullptr;
     };
 
     Scheduler(Database& database, const Sources& sources);
@@ -145,6 +148,10 @@ class Scheduler {
     bool IsStoreEmpty() const { return mStoreEmpty; }
     bool IsCategoryEmpty() const { return mCategoryEmpty; }
     bool IsAllExcluded() const { return mAllExcluded; }
+    // True while new cards of the category wait, and today has room for none of them.
+    bool HoldsNewCards();
+    // True when the current card was failed too often in the direction in which it is shown.
+    bool TakesTooMuch() const;
     bool HasCard() const { return !mStoreEmpty && !mCategoryEmpty && !mAllExcluded; }
 
     // The reference is valid until another card is shown.
@@ -162,7 +169,8 @@ class Scheduler {
     int32_t GetCategoryId() const { return mOptions.CategoryId; }
     // Counts the cards of the category that were never scored, over all directions studied.
     int GetNewCount() { return CountNew(mOptions.CategoryId); }
-    // Returns all categories in the order of the store, each with what waits in it.
+    // Returns all categories in the order of the store, each with what waits in it. New cards for
+    // which today has no room do not count.
     std::vector<CategoryReady> CountCategories();
 
     // Returns the intervals that a score of 0 to 5 can give the current card now. The recorded
@@ -203,6 +211,8 @@ class Scheduler {
     // Returns the least interval that a score gives the current card with this schedule.
     float LeastInterval(const CardSchedule& schedule, int score);
     void ReadLog();
+    // Tells the log and the day of a score that the store has.
+    void NoteReview(const ReviewRecord& record);
     // Gives the current card its new place in the order of early review after a score.
     void RenumberCard();
     void PurgeHistory();

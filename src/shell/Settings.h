@@ -28,6 +28,13 @@ constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
 constexpr char kSettingEarlyIntroductionInterval[] = "EarlyIntroductionInterval";
 constexpr char kSettingRelearnShare[] = "RelearnShare";
+// 0 sets no limit.
+constexpr char kSettingNewCardsPerDay[] = "NewCardsPerDay";
+constexpr char kSettingNewCardsPerCategory[] = "NewCardsPerCategory";
+constexpr char kSettingEnoughForToday[] = "EnoughForToday";
+constexpr char kSettingEnoughIsMinutes[] = "EnoughIsMinutes";
+constexpr char kSettingHideRelearnHint[] = "HideRelearnHint";
+constexpr char kSettingHidePassHint[] = "HidePassHint";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";

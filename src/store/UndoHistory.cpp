@@ -324,9 +324,8 @@ bool RevertCard(const FlashCard& before, const FlashCard& after, FlashCard& now)
 }
 
 // A card that was edited and then studied keeps its present schedule.
-int EditBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
-             StoreChange& opposite) {
-    const FlashCard& before = change.Cards.front();
+int RevertOne(Database& database, const FlashCard& before, const FlashCard& after,
+              UndoOutcome& outcome, StoreChange& opposite) {
     std::list<FlashCard> found;
     std::list<Category> place;
     if (database.SelectCardById(before.CardId, found) < 0 ||
@@ -334,18 +333,29 @@ int EditBack(Database& database, const StoreChange& change, UndoOutcome& outcome
         return -1;
     }
     FlashCard card = found.empty() ? FlashCard() : found.front();
-    const bool hasPlace = before.CategoryId == -1 || !place.empty() ||
-                          before.CategoryId == change.Cards.back().CategoryId;
-    if (found.empty() || !hasPlace || !RevertCard(before, change.Cards.back(), card)) {
-        outcome.LeftAlone = 1;
+    const bool hasPlace =
+        before.CategoryId == -1 || !place.empty() || before.CategoryId == after.CategoryId;
+    if (found.empty() || !hasPlace || !RevertCard(before, after, card)) {
+        ++outcome.LeftAlone;
         return 0;
     }
     if (database.UpdateFlashCard(card) < 0 ||
         database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
         return -1;
     }
-    outcome.Restored = 1;
-    opposite.Cards = {found.front(), card};
+    ++outcome.Restored;
+    opposite.Cards.push_back(found.front());
+    opposite.Cards.push_back(card);
+    return 0;
+}
+
+int EditBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
+             StoreChange& opposite) {
+    for (size_t i = 0; i + 1 < change.Cards.size(); i += 2) {
+        if (RevertOne(database, change.Cards[i], change.Cards[i + 1], outcome, opposite) < 0) {
+            return -1;
+        }
+    }
     return 0;
 }
 
@@ -415,6 +425,15 @@ wxString FormatForCards(const StoreChange& step) {
     }
 }
 
+wxString DescribeEdits(const StoreChange& step) {
+    const auto count = static_cast<int>(step.Cards.size() / 2);
+    const auto number = static_cast<unsigned>(count);
+    return wxString::Format(
+        step.IsTakenBack ? wxPLURAL("Redo change of %i card", "Redo change of %i cards", number)
+                         : wxPLURAL("Undo change of %i card", "Undo change of %i cards", number),
+        count);
+}
+
 // Returns the menu's text for a step, which names the same thing to take it back and to do it
 // again.
 wxString DescribeStep(const StoreChange& step) {
@@ -434,6 +453,9 @@ wxString DescribeStep(const StoreChange& step) {
                                            : _("Undo merging of category \"%s\""),
                                     ShownName(step.Categories.front().Name));
         case Kind::kEdit:
+            if (step.Cards.size() > 2) {
+                return DescribeEdits(step);
+            }
             return wxString::Format(
                 isRedo ? _("Redo editing of \"%s\"") : _("Undo editing of \"%s\""),
                 ShownName((isRedo ? step.Cards.front() : step.Cards.back()).Front));
@@ -544,6 +566,14 @@ StoreChange NoteEdit(const FlashCard& before, const FlashCard& after) {
         change.Cards = {before, after};
     }
     return change;
+}
+
+void NoteEdit(const FlashCard& before, const FlashCard& after, StoreChange& change) {
+    change.What = Kind::kEdit;
+    if (!IsSameCard(before, after) && HasRoomFor(2, change)) {
+        change.Cards.push_back(before);
+        change.Cards.push_back(after);
+    }
 }
 
 StoreChange NoteNewCard(const FlashCard& card) {

@@ -26,7 +26,7 @@ struct StoreChange {
     // True for a step that was taken back and can be done again.
     bool IsTakenBack = false;
     // Deletion: the cards as they were. Paste and new card: the cards as they were written. Edit:
-    // the card before and after.
+    // each card before and after.
     std::vector<FlashCard> Cards;
     // Deletion: what those of them had that this program does not show.
     std::vector<CardMedia> Media;
@@ -115,6 +115,8 @@ int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t int
              StoreChange& change);
 // Returns what a save in the editor did to a card, or the writing of a new one.
 StoreChange NoteEdit(const FlashCard& before, const FlashCard& after);
+// Adds a card that is about to be changed with others by one command.
+void NoteEdit(const FlashCard& before, const FlashCard& after, StoreChange& change);
 StoreChange NoteNewCard(const FlashCard& card);
 // Notes the cards that a merge of one category into another is about to move.
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change);
