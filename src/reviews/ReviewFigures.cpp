@@ -34,7 +34,6 @@ static_assert(std::size(kBounds) + 1 == kTimeRangeCount);
 
 constexpr int32_t kCalendarDays = 53 * 7;
 constexpr int32_t kUsualDays = 90;
-constexpr int kLeastRemembered = 3;
 // 95 % of a normal distribution lie within this many deviations.
 constexpr double kDeviations = 1.959964;
 // The cards read at once: a few milliseconds, for which study may have to wait.
@@ -108,7 +107,7 @@ std::array<Retention, kTimeRangeCount> EmptyRetentions() {
 
 void Count(Retention& retention, uint8_t score) {
     ++retention.Reviews;
-    retention.Remembered += score >= kLeastRemembered ? 1 : 0;
+    retention.Remembered += score >= kLeastPass ? 1 : 0;
 }
 
 std::vector<DayReviews> EmptyDays(int32_t first, int32_t last) {
@@ -159,6 +158,8 @@ class FigureMaker {
         EstimateUsualDay();
         SpreadLeftOver();
         ChooseHardest();
+        ChooseCostly();
+        mFigures.Habit = FindStudyHabit(mHistory, mNow);
         return std::move(mFigures);
     }
 
@@ -172,6 +173,8 @@ class FigureMaker {
         std::array<int64_t, 2> First{};
         int32_t Reviews = 0;
         int32_t Lapses = 0;
+        // Those of a known card since it was begun anew, in each direction.
+        std::array<int32_t, 2> KnownLapses{};
     };
 
     bool Asks(ReviewDirection direction) const { return (mQuery.Directions & direction) != 0; }
@@ -297,19 +300,22 @@ class FigureMaker {
         if (isWithin && isRecall && card.Category >= 0) {
             CategoryFigures& category = mFigures.Categories[static_cast<size_t>(card.Category)];
             ++category.Reviews;
-            category.Remembered += review.Score >= kLeastRemembered ? 1 : 0;
+            category.Remembered += review.Score >= kLeastPass ? 1 : 0;
         }
         if (asked >= 0 && card.Category != asked) {
             return;
         }
         CountDay(mFigures.Calendar, day, review.Score);
+        int32_t& lapses = card.KnownLapses[review.IsReverse ? 1 : 0];
+        lapses = isRecall ? lapses : 0;
+        lapses += review.WasKnown && review.Score < kLeastPass ? 1 : 0;
         if (!isWithin) {
             return;
         }
         CountDay(mFigures.Days, day, review.Score);
         ++card.Reviews;
         if (isRecall) {
-            card.Lapses += review.Score < kLeastRemembered ? 1 : 0;
+            card.Lapses += review.Score < kLeastPass ? 1 : 0;
             Count(mFigures.ByElapsed[RangeOf(static_cast<double>(review.Elapsed))], review.Score);
             // At its first review in the log the card's age is unknown.
             if (!isFirstInLog) {
@@ -368,6 +374,33 @@ class FigureMaker {
         std::partial_sort(hardest.begin(), hardest.begin() + static_cast<std::ptrdiff_t>(count),
                           hardest.end(), isHarder);
         hardest.resize(count);
+    }
+
+    void ChooseCostly() {
+        std::vector<CostlyCard>& costly = mFigures.Costly;
+        for (const CardReviews& reviews : mReviewed) {
+            if (reviews.Card < 0) {
+                continue;
+            }
+            const CardSchedules& card = mCards[static_cast<size_t>(reviews.Card)];
+            CostlyCard one{card.CardId, wxString(), kReviewNone, 0};
+            for (const ReviewDirection direction : kEachDirection) {
+                const bool isReverse = direction == kReviewReverse;
+                const CardSchedules::Side& side = isReverse ? card.Reverse : card.Forward;
+                const int32_t lapses = reviews.KnownLapses[isReverse ? 1 : 0];
+                if (lapses >= kManyLapses && side.Introduced && !side.Excluded) {
+                    one.Directions |= direction;
+                    one.Lapses += lapses;
+                }
+            }
+            if (one.Directions != kReviewNone) {
+                costly.push_back(one);
+            }
+        }
+        std::sort(costly.begin(), costly.end(), [](const CostlyCard& a, const CostlyCard& b) {
+            return a.Lapses != b.Lapses ? a.Lapses > b.Lapses : a.CardId < b.CardId;
+        });
+        costly.resize(std::min(costly.size(), kMostCostlyCards));
     }
 
     uint8_t DifficultyOf(const CardSchedules& card) const {
@@ -451,7 +484,8 @@ ReviewFigures MakeReviewFigures(const std::vector<CardSchedules>& cards,
 }
 
 int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistory& history,
-                      const std::atomic<bool>& cancelled, ReviewFigures& figures) {
+                      const std::atomic<bool>& cancelled, ReviewFigures& figures,
+                      std::vector<CardSchedules>* schedules) {
     // The log is read while this thread reads the cards.
     bool isLogRead = false;
     Job log([&, path = ReviewLogPath(database.GetPath())](const std::atomic<bool>&) {
@@ -475,12 +509,20 @@ int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistor
         return -1;
     }
     figures = MakeReviewFigures(cards, {categories.begin(), categories.end()}, history, query);
-    for (HardCard& card : figures.Hardest) {
+    const auto readFront = [&database](const CardUuid& id, wxString& front) {
         std::list<FlashCard> found;
-        if (database.TryLocked([&] { database.SelectCardById(card.CardId, found); }) &&
-            !found.empty()) {
-            card.Front = found.front().Front;
+        if (database.TryLocked([&] { database.SelectCardById(id, found); }) && !found.empty()) {
+            front = found.front().Front;
         }
+    };
+    for (HardCard& card : figures.Hardest) {
+        readFront(card.CardId, card.Front);
+    }
+    for (CostlyCard& card : figures.Costly) {
+        readFront(card.CardId, card.Front);
+    }
+    if (schedules != nullptr) {
+        *schedules = std::move(cards);
     }
     return 0;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "reviews/ReviewLog.h"
+#include "reviews/StudyHabit.h"
 #include "store/CardUuid.h"
 #include "store/FlashCard.h"
 
@@ -62,6 +63,9 @@ struct DueForecast {
     int32_t UsualDay = 0;
     // The days of study that it is taken from.
     int32_t StudyDays = 0;
+    // The answers after which the person wants to stop; 0 without such a measure. With one,
+    // LeftOver comes from a forecast that studies the days through.
+    int32_t Measure = 0;
 };
 
 // The reviews of one day.
@@ -129,6 +133,18 @@ struct HardCard {
 
 constexpr size_t kMostHardCards = 20;
 
+// A card that takes too much (kManyLapses) and is still studied in such a direction.
+struct CostlyCard {
+    CardUuid CardId;
+    wxString Front;
+    // A set of the directions in which it takes too much, among the queried ones.
+    int Directions = kReviewNone;
+    // In these directions, since it was last begun anew; the span plays no part.
+    int32_t Lapses = 0;
+};
+
+constexpr size_t kMostCostlyCards = 200;
+
 // The state of a category, to see which needs work. Every category has one, whichever is queried.
 struct CategoryFigures {
     Category Info;
@@ -165,6 +181,10 @@ struct ReviewFigures {
     ScheduleFigures Schedules;
     // Most lapses first, at most kMostHardCards.
     std::vector<HardCard> Hardest;
+    // Most lapses first, at most kMostCostlyCards.
+    std::vector<CostlyCard> Costly;
+    // In all categories and directions.
+    StudyHabit Habit;
     // In the order of the store.
     std::vector<CategoryFigures> Categories;
     LogFigures Log;
@@ -179,7 +199,9 @@ ReviewFigures MakeReviewFigures(const std::vector<CardSchedules>& cards,
 // computes the figures. For a worker thread: the store is locked for a few milliseconds at a time,
 // so that study goes on, and a card scored meanwhile counts as before or after. The Database must
 // outlive the call; if it is closed or opens another store meanwhile, the caller must drop the
-// figures. Use a history for one call at a time. Returns 0; or -1 when the store could not be read,
+// figures. Use a history for one call at a time. cards gets the schedules that were read, if it is
+// not null. Returns 0; or -1 when the store could not be read,
 // which is not reported, or when cancelled became true.
 int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistory& history,
-                      const std::atomic<bool>& cancelled, ReviewFigures& figures);
+                      const std::atomic<bool>& cancelled, ReviewFigures& figures,
+                      std::vector<CardSchedules>* cards = nullptr);

@@ -61,6 +61,7 @@ class BacklogStudy {
             mWaiting.emplace(DueOf(schedule), mCards.size());
             mCards.push_back(schedule);
         }
+        mLost.resize(mCards.size());
     }
 
     BacklogForecast Study() {
@@ -184,7 +185,15 @@ class BacklogStudy {
         CardSchedule& schedule = mCards[card];
         ScoreMix& mix = schedule.ReviewInterval >= kKnownInterval ? mKnown : mLearning;
         const wxDateTime now(wxLongLong(mNow * 1000));
-        const ReviewResult result = Review(schedule, mix.Next(), now, mRandom);
+        const int score = mix.Next();
+        ReviewResult result = Review(schedule, score, now, mRandom);
+        if (score >= kLeastPass) {
+            const auto share = static_cast<float>(mPlan.RelearnShare) / 100.0f;
+            result.NewInterval = std::max(result.NewInterval, share * mLost[card]);
+            mLost[card] = 0.0f;
+        } else if (mLost[card] == 0.0f) {
+            mLost[card] = result.OldInterval;
+        }
         schedule.LastReview = now;
         schedule.ReviewInterval = result.NewInterval;
         schedule.Difficulty = result.Difficulty;
@@ -202,6 +211,8 @@ class BacklogStudy {
     SequenceRandom mRandom;
     int64_t mNow = 0;
     std::vector<CardSchedule> mCards;
+    // The interval that the first of a card's present failures met; 0 for none.
+    std::vector<float> mLost;
     // A heap of those that are due, and those that are not, first due first.
     std::vector<Rating> mDue;
     std::priority_queue<std::pair<int64_t, Index>, std::vector<std::pair<int64_t, Index>>,

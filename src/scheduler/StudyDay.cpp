@@ -32,6 +32,7 @@ bool ForecastAfter(Database& database, const wxString& path, int64_t now,
     plan.Schedules = StudiedSchedules(cards, ReviewQuery());
     plan.Habit = FindStudyHabit(history, now);
     plan.AnswersPerDay = pause.Limits.AnswersPerDay(plan.Habit.SecondsPerAnswer);
+    plan.RelearnShare = pause.Limits.RelearnShare;
     plan.Now = now;
     pause.Backlog = ForecastBacklog(plan, isCancelled);
     return !isCancelled && pause.Backlog.DoneAfter != 0;

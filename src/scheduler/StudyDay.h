@@ -24,6 +24,8 @@ struct DayLimits {
     // Answers or minutes after which it is enough. This stops nothing; it is only told.
     int32_t Enough = 0;
     bool EnoughIsMinutes = false;
+    // What a forgotten card keeps of its interval, for the forecast.
+    int32_t RelearnShare = 0;
 
     // Returns the answers that fit into a day, for a forecast; 0 without a limit.
     int32_t AnswersPerDay(double secondsPerAnswer) const;

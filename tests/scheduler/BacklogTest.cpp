@@ -65,7 +65,7 @@ TEST_F(BacklogTest, AfterAHolidayTheBacklogIsGoneTenDaysLater) {
     last.Time = mClock.Now().GetTicks() - 22 * kDay;
     ReviewLog(ReviewLogPath(StorePath())).Append(last);
     StudyDay day(mClock);
-    day.SetLimits({1, false, 90, false});
+    day.SetLimits({1, false, 90, false, 0});
     day.Open(&mDatabase, nullptr);
     day.MayIntroduce(0);
     ASSERT_NE(day.GetPause(), nullptr);
@@ -83,7 +83,7 @@ TEST_F(BacklogTest, EndsOnTheDayOnWhichALearnerEndsIt) {
         std::vector<int> Scores;
     } cases[] = {{200, 0, 200, {4}},
                  {300, 30, 20, {4, 5, 3}},
-                 {200, 10, 40, {4, 4, 0, 4, 5}},
+                 {300, 10, 60, {4, 4, 0, 4, 5}},
                  {200, 0, 40, {4, 2, 4, 1}},
                  {60, 0, 1, {0}}};
     for (const auto& c : cases) {

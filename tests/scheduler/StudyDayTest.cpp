@@ -63,7 +63,7 @@ struct StudyDayTest : StoreFixture {
 // What the worker reads from the log is what was counted in memory.
 TEST_F(StudyDayTest, TheDayEndsAtMidnightByTheClockOnTheWall) {
     InsertNew(30, 0);
-    mDay.SetLimits({3, false, 40, false});
+    mDay.SetLimits({3, false, 40, false, 0});
     Scheduler scheduler = MakeScheduler();
     const struct {
         const char* Story;
@@ -106,7 +106,7 @@ TEST_F(StudyDayTest, NewCardsAreCountedInEachCategoryOrInAllAndMoreCanBeHad) {
         mCategory.Current = 0;
         InsertNew(9, 0);
         InsertNew(9, 1);
-        mDay.SetLimits({2, perCategory, 0, false});
+        mDay.SetLimits({2, perCategory, 0, false, 0});
         Scheduler scheduler = MakeScheduler();
         EXPECT_EQ(Answer(scheduler, 5), 2);
         EXPECT_TRUE(scheduler.HoldsNewCards());
@@ -130,12 +130,12 @@ TEST_F(StudyDayTest, NewCardsAreCountedInEachCategoryOrInAllAndMoreCanBeHad) {
 TEST_F(StudyDayTest, MinutesArePausesLeftOut) {
     InsertNew(9, 0);
     mClock.Advance(36000);
-    mDay.SetLimits({0, false, 5, true});
+    mDay.SetLimits({0, false, 5, true, 0});
     Scheduler scheduler = MakeScheduler();
     Answer(scheduler, 6);
     mClock.Advance(7200);
     Answer(scheduler, 6);
-    mDay.SetLimits({1, false, 5, true});
+    mDay.SetLimits({1, false, 5, true, 0});
     // Twice a first answer of a minute, and five of ten seconds.
     EXPECT_EQ(Done(mDay), 3);
     EXPECT_EQ(mDay.GetLimits().AnswersPerDay(12.5), 24);
