@@ -21,6 +21,7 @@
 
 #include "files/windows/Backups.h"
 #include "files/windows/StoreFileChange.h"
+#include "preferences/DayGroup.h"
 #include "preferences/StudyGroup.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
@@ -256,6 +257,7 @@ void PreferencesDialog::CreateControls() {
     AddColumn();
     CreateStoreFile();
     CreateBackups();
+    mpDayGroup = std::make_unique<DayGroup>(*mpForm, *mpFormSizer);
     LetFormScroll(*mpForm);
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     SetSizer(rows);
@@ -439,6 +441,7 @@ void PreferencesDialog::LoadSettings() {
     mpIntroductionChoice->SetSelection(early ? 1 : 0);
     mpIntervalText->Enable(early);
     mpStudyGroup->Load();
+    mpDayGroup->Load();
     const BackupSettings backups = ReadBackupSettings();
     mpBackups->SetValue(backups.IsOn);
     mpBackupDirectory->ChangeValue(backups.Directory.empty() ? GetBackupDirectory()
@@ -524,6 +527,7 @@ void PreferencesDialog::OnOk(wxCommandEvent&) {
     }
     ApplyIntroduction();
     mpStudyGroup->Store();
+    mpDayGroup->Store();
     ApplyBackups();
     ChangeStoreFile(mActions, this, *mpDatabase,
                     static_cast<StoreFileChoice>(mpStoreChoice->GetSelection()),

@@ -11,6 +11,7 @@
 #include <vector>
 
 class Database;
+class DayGroup;
 class StoreFileActions;
 class StudyGroup;
 class Subject;
@@ -197,6 +198,7 @@ class PreferencesDialog : public wxDialog {
     wxStaticText* mpIntroductionText = nullptr;
     wxTextCtrl* mpIntervalText = nullptr;
     std::unique_ptr<StudyGroup> mpStudyGroup;
+    std::unique_ptr<DayGroup> mpDayGroup;
     wxTextCtrl* mpStorePathText = nullptr;
     wxChoice* mpStoreChoice = nullptr;
     wxTextCtrl* mpNewPathText = nullptr;

@@ -30,6 +30,7 @@
 #include "base/Text.h"
 #include "plot/PlotControl.h"
 #include "plot/PlotDrawing.h"
+#include "scheduler/Backlog.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/Forms.h"
@@ -37,22 +38,39 @@
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "shell/StudySettings.h"
 #include "shell/Toolkit.h"
+#include "statistics/CostlyCards.h"
+#include "statistics/StatisticsHints.h"
 #include "store/Database.h"
 
 // One count. The history belongs to the window, which leaves it alone meanwhile.
 struct FiguresJob {
-    FiguresJob(Database& database, const ReviewQuery& query, ReviewHistory& history,
-               std::function<void()> atEnd)
+    FiguresJob(Database& database, const ReviewQuery& query, const DayLimits& limits,
+               ReviewHistory& history, std::function<void()> atEnd)
         : Query(query),
+          Limits(limits),
           Path(database.GetPath()),
           Reading(
               [this, &database, &history](const std::atomic<bool>& isCancelled) {
-                  Result = ReadReviewFigures(database, Query, history, isCancelled, Figures);
+                  Read(database, history, isCancelled);
               },
               std::move(atEnd)) {}
 
+    void Read(Database& database, ReviewHistory& history, const std::atomic<bool>& isCancelled) {
+        std::vector<CardSchedules> cards;
+        Result = ReadReviewFigures(database, Query, history, isCancelled, Figures, &cards);
+        const int32_t measure = Limits.AnswersPerDay(Figures.Habit.SecondsPerAnswer);
+        if (Result == 0 && measure > 0) {
+            const BacklogPlan plan{StudiedSchedules(cards, Query), Figures.Habit, measure,
+                                   Limits.RelearnShare, Query.Now.GetTicks()};
+            Figures.Due.LeftOver = ForecastBacklog(plan, isCancelled).LeftOver;
+            Figures.Due.Measure = measure;
+        }
+    }
+
     const ReviewQuery Query;
+    const DayLimits Limits;
     const wxString Path;
     // Written by the worker and read once it has ended.
     int Result = -1;
@@ -71,7 +89,7 @@ constexpr int kFirstTileId = 11200;
 }  // namespace
 
 // The first page of the statistics: large numbers that answer a learner's first questions, a
-// sentence on what they mean, and four of the plots in small. A double click or Enter on a plot
+// sentence on what they mean, what the last month suggests, and four of the plots in small. A double click or Enter on a plot
 // opens its page. Main thread only.
 class StatisticsOverview : public wxPanel {
   public:
@@ -81,6 +99,7 @@ class StatisticsOverview : public wxPanel {
 
     // Shows the plots, the answers and the advice.
     void SetPlots(const StatisticsPlots& plots);
+    void SetHints(std::vector<StatisticsHint> hints) { mpHints->SetHints(std::move(hints)); }
 
   private:
     static constexpr size_t kTileCount = 4;
@@ -91,6 +110,7 @@ class StatisticsOverview : public wxPanel {
     std::array<wxStaticText*, kAnswerCount> mCaptions{};
     std::array<PlotControl*, kTileCount> mTiles{};
     wxStaticText* mpAdvice = nullptr;
+    HintsPanel* mpHints = nullptr;
     wxString mAdvice;
     int mWrapWidth = -1;
 };
@@ -112,6 +132,12 @@ StatisticsOverview::StatisticsOverview(wxWindow* parent, const PageOpener& openP
     column->Add(answers, wxSizerFlags().Expand());
     mpAdvice = new wxStaticText(this, wxID_ANY, wxString());
     column->Add(mpAdvice, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, FromDIP(kFormEdge)));
+    mpHints = new HintsPanel(this, [this] {
+        wxCommandEvent open(wxEVT_MENU, wxID_PREFERENCES);
+        // The application has the command.
+        wxGetTopLevelParent(this)->ProcessWindowEvent(open);
+    });
+    column->Add(mpHints, wxSizerFlags().Expand());
     auto* const tiles = new wxGridSizer(2, FromDIP(wxSize(kFormEdge, kFormEdge)));
     for (size_t i = 0; i < kTileCount; ++i) {
         const int id = kFirstTileId + static_cast<int>(i);
@@ -273,6 +299,7 @@ StatisticsFrame::~StatisticsFrame() {
 
 void StatisticsFrame::SetDatabase(Database* database) {
     mpDatabase = database;
+    mpCostly->SetDatabase(database);
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
         ListCategories();
@@ -315,6 +342,8 @@ void StatisticsFrame::BuildControls() {
                                  static_cast<wxWindow*>(mpNumbers)}) {
         content->Add(part, wxSizerFlags(1).Expand());
     }
+    mpCostly = new CostlyCardsPanel(panel, mServices);
+    content->Add(mpCostly, wxSizerFlags().Expand().Border(wxTOP, gap));
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     row->Add(mpPages, wxSizerFlags().Expand().Border(wxRIGHT, gap));
     row->Add(content, wxSizerFlags(1).Expand());
@@ -433,7 +462,7 @@ void StatisticsFrame::StartJob() {
     if (mpDatabase == nullptr || !mpDatabase->IsOpen()) {
         return;
     }
-    mpJob = std::make_unique<FiguresJob>(*mpDatabase, ReadQuery(), mHistory,
+    mpJob = std::make_unique<FiguresJob>(*mpDatabase, ReadQuery(), ReadDayLimits(), mHistory,
                                          [this] { CallAfter(&StatisticsFrame::TakeFigures); });
     if (!mpJob->Reading.Start()) {
         mpJob->Reading.RunHere();
@@ -454,6 +483,8 @@ void StatisticsFrame::TakeFigures() {
     // The store may have been changed for another one meanwhile.
     if (job->Result == 0 && mpDatabase->GetPath() == job->Path && !mCountAgain) {
         mHardest = job->Figures.Hardest;
+        mpCostly->SetCards(job->Figures.Costly);
+        mpOverview->SetHints(MakeHints(job->Figures.Habit, job->Limits.RelearnShare));
         mPlots = MakeStatisticsPlots(job->Figures, job->Query.Span);
         ShowPlots();
     }
@@ -474,6 +505,7 @@ void StatisticsFrame::ShowCurrent() {
     mpOverview->Show(isOverview && !hasNumbers);
     mpPlot->Show(!isOverview && !hasNumbers);
     mpNumbers->Show(hasNumbers);
+    mpCostly->Show(GetPage() == StatisticsPage::HardestCards && !mpCostly->IsEmpty());
     mpNumbers->GetParent()->Layout();
     mpNumbers->SetTable(CurrentPlot().Table);
     mpCopy->Enable(!CurrentPlot().Table.Rows.empty());
@@ -540,6 +572,7 @@ void StatisticsFrame::LetGoOfStore() {
     mpJob.reset();
     mStoreAttachment.Detach();
     mpDatabase = nullptr;
+    mpCostly->SetDatabase(nullptr);
 }
 
 void StatisticsFrame::OnActivate(wxActivateEvent& event) {

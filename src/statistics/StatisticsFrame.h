@@ -12,6 +12,7 @@
 #include "store/Subject.h"
 
 class AppServices;
+class CostlyCardsPanel;
 class Database;
 class NumbersList;
 class PlotControl;
@@ -90,6 +91,7 @@ class StatisticsFrame : public wxFrame, private Observer {
     wxListBox* mpPages = nullptr;
     StatisticsOverview* mpOverview = nullptr;
     PlotControl* mpPlot = nullptr;
+    CostlyCardsPanel* mpCostly = nullptr;
     NumbersList* mpNumbers = nullptr;
     wxCheckBox* mpShowNumbers = nullptr;
     wxButton* mpCopy = nullptr;

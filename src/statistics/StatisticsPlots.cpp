@@ -93,9 +93,30 @@ int32_t ReviewsIn(const std::vector<DayReviews>& days) {
                            [](int32_t sum, const DayReviews& day) { return sum + day.Total(); });
 }
 
+// The same with the measure that the person has set, over the whole forecast.
+wxString BacklogText(const ReviewFigures& figures) {
+    const DueForecast& due = figures.Due;
+    const auto* const done = std::find(due.LeftOver.begin(), due.LeftOver.end(), 0);
+    if (done == due.LeftOver.begin()) {
+        return wxString::Format(_("Your measure of %i a day is enough for what is due today."),
+                                due.Measure);
+    }
+    if (done == due.LeftOver.end()) {
+        return wxString::Format(_("At %i a day the backlog is not gone within a year."),
+                                due.Measure);
+    }
+    const auto day = figures.Today + static_cast<int32_t>(done - due.LeftOver.begin());
+    // Translators: %s is a date.
+    return wxString::Format(_("At %i a day the backlog is gone on %s."), due.Measure,
+                            DateText(day));
+}
+
 // Says when the overdue reviews will be worked off; empty when there are none, or no end.
 wxString WorkedOffText(const ReviewFigures& figures, size_t days) {
     const DueForecast& due = figures.Due;
+    if (due.Measure > 0) {
+        return BacklogText(figures);
+    }
     if (due.UsualDay == 0) {
         return wxString();
     }
@@ -115,6 +136,24 @@ wxString WorkedOffText(const ReviewFigures& figures, size_t days) {
                             due.UsualDay, DateText(day));
 }
 
+// What is left at the end of each day, down to the day on which nothing is.
+PlotSeries LeftOverLine(const DueForecast& due, size_t days) {
+    PlotSeries line;
+    line.Name = _("left undone");
+    line.Marks = PlotMarks::Line;
+    line.Hue = PlotHue::Orange;
+    for (size_t i = 0; i < days; ++i) {
+        PlotPoint point;
+        point.X = static_cast<double>(i) + 1.0;
+        point.Y = due.LeftOver[i];
+        line.Points.push_back(point);
+        if (due.LeftOver[i] == 0) {
+            break;
+        }
+    }
+    return line;
+}
+
 Plot MakeDue(const ReviewFigures& figures, ReviewSpan span) {
     Plot plot = NewPlot(StatisticsPage::Due);
     const DueForecast& due = figures.Due;
@@ -126,6 +165,7 @@ Plot MakeDue(const ReviewFigures& figures, ReviewSpan span) {
     overdue.Name = _("overdue");
     overdue.Hue = PlotHue::Red;
     plot.Table.Headings = {_("Day"), _("Overdue"), _("Due"), _("Left undone")};
+    const bool hasLeftOver = due.Measure > 0 || due.UsualDay > 0;
     for (size_t i = 0; i < days; ++i) {
         const auto left = static_cast<double>(i);
         const int32_t late = i == 0 ? due.Overdue : 0;
@@ -133,10 +173,14 @@ Plot MakeDue(const ReviewFigures& figures, ReviewSpan span) {
         overdue.Points.push_back(Bar(left, left + 1.0, late));
         plot.Table.Rows.push_back({DateText(figures.Today + static_cast<int32_t>(i)),
                                    CountText(late), CountText(due.PerDay[i]),
-                                   due.UsualDay == 0 ? wxString() : CountText(due.LeftOver[i])});
+                                   hasLeftOver ? CountText(due.LeftOver[i]) : wxString()});
     }
     plot.Series = {overdue, fresh};
-    if (due.UsualDay > 0) {
+    if (due.Measure > 0) {
+        plot.Series.push_back(LeftOverLine(due, days));
+        plot.Rules.push_back({static_cast<double>(due.Measure),
+                              wxString::Format(_("your measure: %i"), due.Measure)});
+    } else if (due.UsualDay > 0) {
         plot.Rules.push_back({static_cast<double>(due.UsualDay),
                               wxString::Format(_("your usual day: %i"), due.UsualDay)});
     }
