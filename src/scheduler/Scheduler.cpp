@@ -183,6 +183,13 @@ void Scheduler::SetDirections(ReviewDirection mask) {
     Tell(1);
 }
 
+void Scheduler::ChooseAgain() {
+    mHistoryPosition = -1;
+    ClearLiveCard();
+    LoadCurrentCard();
+    Tell(1);
+}
+
 void Scheduler::SetHistoryIndex(int index) {
     mHistoryPosition = std::min(std::max(index, -1), GetHistoryCount() - 1);
     LoadCurrentCard();

@@ -131,6 +131,8 @@ class Scheduler {
     void SetRelearnShare(int share);
     // Returns true when no worker reads the log.
     bool IsLogRead() const { return mRelearning.IsRead(); }
+    // Gives up the live card for another choice, such as when new cards may come again.
+    void ChooseAgain();
     // Sets the directions to study. The current card stays if its direction is among them.
     void SetDirections(ReviewDirection mask);
 

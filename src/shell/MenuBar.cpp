@@ -81,6 +81,7 @@ constexpr MenuRow kViewRows[] = {
 constexpr MenuRow kStudyRows[] = {
     {ID_CHOOSE_CATEGORY, wxTRANSLATE("Choose Category\tAlt+Down")},
     {ID_NEXT_DUE_CATEGORY, wxTRANSLATE("Next Category with Due Cards\tCtrl+D")},
+    {ID_SHOW_MORE_TODAY, wxTRANSLATE("Show More Today")},
     kLine,
     {wxID_ZOOM_IN, wxTRANSLATE("Larger Text\tCtrl++")},
     {wxID_ZOOM_OUT, wxTRANSLATE("Smaller Text\tCtrl+-")},

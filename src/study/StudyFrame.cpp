@@ -21,6 +21,7 @@
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
 #include "shell/Settings.h"
+#include "shell/StudySettings.h"
 #include "shell/Toolkit.h"
 #include "study/CardViewer.h"
 #include "study/QuickScore.h"
@@ -108,7 +109,7 @@ wxEND_EVENT_TABLE()
 StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
                        const wxString& title, const wxPoint& position, const wxSize& size,
                        long style)
-    : mServices(services) {
+    : mServices(services), mStudyDay(services.GetClock()) {
     SetExtraStyle(wxFRAME_EX_METAL);
     Create(parent, id, title, position, size, style);
     InitFrame(*this, "study_window");
@@ -166,6 +167,8 @@ void StudyFrame::CreateContent() {
     mpBreakBar->Hide();
     Bind(
         wxEVT_BUTTON, [this](wxCommandEvent&) { GoToNextDue(); }, ID_NEXT_DUE_CATEGORY);
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { ShowMoreToday(); }, ID_SHOW_MORE_TODAY);
     Bind(
         wxEVT_BUTTON, [this](wxCommandEvent&) { DismissBreak(); }, wxID_CLOSE);
 
@@ -244,11 +247,13 @@ void StudyFrame::SetDatabase(Database* database) {
     }
     if (database == nullptr) {
         mpScheduler.reset();
+        mStudyDay.Open(nullptr, nullptr);
         return;
     }
+    OpenDay();
     const Scheduler::Sources sources{mServices, mServices.GetMaintenancePrompt(),
                                      mServices.GetClock(), mServices.GetReviewRandom(),
-                                     &mReviewLog};
+                                     &mReviewLog, &mStudyDay};
     mpScheduler = std::make_unique<Scheduler>(*database, sources);
     ApplyStudySettings();
     if (mReverseStudy) {
@@ -261,6 +266,7 @@ void StudyFrame::SetDatabase(Database* database) {
 
 void StudyFrame::ForgetStore() {
     if (mpScheduler != nullptr) {
+        OpenDay();
         mpScheduler->Initialise();
     }
 }
@@ -290,6 +296,7 @@ void StudyFrame::UpdateCard(bool newCard) {
         UpdateMessage();
     }
     UpdateCategoryText();
+    UpdateDay();
     UpdateBreakBar();
     if (step != mShownStep) {
         DropPresses();
@@ -341,6 +348,8 @@ void StudyFrame::UpdateMessage() {
         message = StoreEmptyMessage();
     } else if (mpScheduler->IsCategoryEmpty()) {
         message = CategoryEmptyMessage();
+    } else if (mpScheduler->HoldsNewCards()) {
+        message = NewCardsHeldMessage();
     } else {
         std::list<Category> categories;
         mpDatabase->SelectAllCategories(categories);
@@ -524,8 +533,12 @@ void StudyFrame::OnChange(Subject* subject) {
         mpScheduler->Refresh();
     } else if (subject == &mServices.GetSettingsNotifier()) {
         ApplySettings();
+        mStudyDay.SetLimits(ReadDayLimits());
+        UpdateDay();
         if (HasCard()) {
             UpdateForecast();
+        } else if (mpScheduler != nullptr) {
+            mpScheduler->Refresh();
         }
     }
 }
@@ -553,7 +566,11 @@ void StudyFrame::OnActivate(wxActivateEvent& event) {
         if (HasCard()) {
             UpdateForecast();
             mIsOfferStale = true;
+            UpdateDay();
             UpdateBreakBar();
+        } else if (mpScheduler != nullptr && mStudyDay.GetLimits().NewCards > 0) {
+            // Another day may have begun, which has room for new cards.
+            mpScheduler->Refresh();
         }
     } else {
         DropPresses();
@@ -607,6 +624,7 @@ void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
 
 void StudyFrame::OnStatusBarSize(wxSizeEvent& event) {
     event.Skip();
+    PlaceDayBar();
     if (HasCard()) {
         UpdateStatusTexts();
     }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "scheduler/Scheduler.h"
+#include "scheduler/StudyDay.h"
 #include "store/CardUuid.h"
 #include "store/Subject.h"
 
@@ -18,6 +19,7 @@ class AppServices;
 class BreakBar;
 class CardViewer;
 class CategoryList;
+class DayBar;
 class Database;
 class QuickScore;
 class ScoreForecast;
@@ -161,6 +163,16 @@ class StudyFrame : public wxFrame {
     void CreateCategories();
     void ChooseCategory();
 
+    // The measure of the day; see StudyFrameDay.cpp.
+    void OpenDay();
+    void OnDayCounted();
+    void UpdateDay();
+    void PlaceDayBar();
+    // What the bar above the card says of a pause, or of a day that was enough; empty for nothing.
+    wxString DayMessage();
+    void DismissDayMessage();
+    void ShowMoreToday();
+
     void OnClose(wxCloseEvent& event);
     void OnActivate(wxActivateEvent& event);
     void OnCharHook(wxKeyEvent& event);
@@ -207,7 +219,13 @@ class StudyFrame : public wxFrame {
     Database* mpDatabase = nullptr;
     // The log of the store under study, which the Scheduler writes.
     ReviewLog mReviewLog{wxString()};
+    StudyDay mStudyDay;
     std::unique_ptr<Scheduler> mpScheduler;
+    // Made when there is a measure for the day. It belongs to the status bar.
+    DayBar* mpDayBar = nullptr;
+    bool mIsPauseDismissed = false;
+    // The day on which the user has dismissed that it is enough.
+    int32_t mDismissedDay = -1;
     // The card for which mDefaultScore and mBackShown hold.
     CardUuid mCurrentCardId;
     // The score on which the cursor rests while the current card is studied.

@@ -44,15 +44,24 @@ void StudyFrame::UpdateBreakBar() {
         // While the message of a store that failed is on the screen, the store tells no time.
         message = BreakMessage(mpScheduler->GetNextDueTime(), mServices.GetClock().Now());
     }
+    const bool isBreak = !message.empty();
+    if (!isBreak && HasCard()) {
+        message = DayMessage();
+    }
     const bool shows = !message.empty();
-    if (shows) {
+    if (shows && !isBreak) {
+        mOffer.clear();
+        mIsOfferStale = true;
+        mpBreakBar->SetTexts(message, mOffer, false);
+    }
+    if (isBreak) {
         // The categories are counted once for a bar, and not again at each score.
         if (!mpBreakBar->IsShown() || mIsOfferStale) {
             const std::vector<CategoryReady> categories = mpScheduler->CountCategories();
             mOffer = OfferText(FindNextDue(categories, mpScheduler->GetCategoryId()));
             mIsOfferStale = false;
         }
-        mpBreakBar->SetTexts(message, mOffer);
+        mpBreakBar->SetTexts(message, mOffer, mpScheduler->HoldsNewCards());
     }
     if (mpBreakBar->IsShown() != shows) {
         GetSizer()->Show(mpBreakBar, shows);
@@ -61,6 +70,12 @@ void StudyFrame::UpdateBreakBar() {
 }
 
 void StudyFrame::DismissBreak() {
+    if (!mpScheduler->IsBreakTime() || IsBreakDismissed()) {
+        DismissDayMessage();
+        UpdateBreakBar();
+        TakeKeys();
+        return;
+    }
     mDismissedBreak = {mpScheduler->GetCategoryId(), mReverseStudy, mpScheduler->GetNextDueTime()};
     UpdateBreakBar();
     TakeKeys();

@@ -45,6 +45,11 @@ void StudyFrame::AddStudyCommands() {
     AddCommand(
         ID_NEXT_DUE_CATEGORY, [this](bool) { GoToNextDue(); },
         [this](wxUpdateUIEvent& event) { event.Enable(mpScheduler != nullptr); });
+    AddCommand(
+        ID_SHOW_MORE_TODAY, [this](bool) { ShowMoreToday(); },
+        [this](wxUpdateUIEvent& event) {
+            event.Enable(mpScheduler != nullptr && mpScheduler->HoldsNewCards());
+        });
     Bind(
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_STUDY);
     Bind(

@@ -36,16 +36,21 @@ BreakBar::BreakBar(wxWindow* parent) {
     mpText = new wxStaticText(this, wxID_ANY, wxString());
     mpOffer = new wxButton(this, ID_NEXT_DUE_CATEGORY, wxString());
     mpOffer->SetToolTip(_("Studies the next category with due cards (Ctrl+D)."));
+    mpMore = new wxButton(this, ID_SHOW_MORE_TODAY, _("Show More Today"));
+    mpMore->SetToolTip(_("Introduces new cards beyond those of today."));
+    mpMore->Hide();
     mpDismiss = wxBitmapButton::NewCloseButton(this, wxID_CLOSE);
     mpDismiss->SetToolTip(_("Dismiss (Esc)"));
     SetAccessibleName(*mpDismiss, _("Dismiss"));
-    for (wxWindow* const button : {static_cast<wxWindow*>(mpOffer), mpDismiss}) {
+    for (wxWindow* const button :
+         {static_cast<wxWindow*>(mpOffer), static_cast<wxWindow*>(mpMore), mpDismiss}) {
         button->SetCanFocus(false);
     }
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     const int between = FromDIP(kBetween);
     row->Add(mpText, wxSizerFlags(1).CentreVertical().Border(wxLEFT, FromDIP(kEdge)));
     row->Add(mpOffer, wxSizerFlags().CentreVertical().Border(wxLEFT | wxTOP | wxBOTTOM, between));
+    row->Add(mpMore, wxSizerFlags().CentreVertical().Border(wxLEFT | wxTOP | wxBOTTOM, between));
     row->Add(mpDismiss, wxSizerFlags().CentreVertical().Border(wxALL, between));
     SetSizer(row);
     UseColours();
@@ -55,11 +60,12 @@ BreakBar::BreakBar(wxWindow* parent) {
     });
 }
 
-void BreakBar::SetTexts(const wxString& message, const wxString& offer) {
+void BreakBar::SetTexts(const wxString& message, const wxString& offer, bool offersMore) {
     const wxString label = wxControl::EscapeMnemonics(offer);
-    if (message == mMessage && label == mpOffer->GetLabel()) {
+    if (message == mMessage && label == mpOffer->GetLabel() && offersMore == mpMore->IsShown()) {
         return;
     }
+    mpMore->Show(offersMore);
     mMessage = message;
     mpOffer->SetLabel(label);
     mpOffer->Show(!label.empty());
@@ -78,8 +84,8 @@ void BreakBar::UseColours() {
 void BreakBar::WrapMessage() {
     const int between = FromDIP(kBetween);
     int width = GetClientSize().x - FromDIP(kEdge) - mpDismiss->GetBestSize().x - 3 * between;
-    if (mpOffer->IsShown()) {
-        width -= mpOffer->GetBestSize().x;
+    for (const wxButton* const button : {mpOffer, mpMore}) {
+        width -= button->IsShown() ? button->GetBestSize().x + between : 0;
     }
     width = std::max(width, FromDIP(kNarrowestMessage));
     if (width == mWrapWidth) {

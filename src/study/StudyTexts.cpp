@@ -106,6 +106,45 @@ wxString CategoryExcludedMessage() {
         "menu, click 'Study Back to Front' or 'Study Front to Back' menu item.");
 }
 
+wxString NewCardsHeldMessage() {
+    return _(
+        "The new cards of today are used up, and no other card of this category can be "
+        "studied.\nTo go on with new cards, click on the 'View' menu and the 'Show More Today' "
+        "menu item.");
+}
+
+wxString PauseText(const StudyPause& pause, const wxDateTime& now) {
+    const auto seconds = static_cast<float>(now.GetTicks() - pause.LastAnswer);
+    const int32_t due = pause.Backlog.Due;
+    // Translators: %s is a length of time such as "3 weeks".
+    const wxString away = wxString::Format(
+        wxPLURAL("After %s away %i card is due.", "After %s away %i cards are due.",
+                 static_cast<unsigned>(due)),
+        IntervalText(seconds), due);
+    const int32_t measure = pause.Limits.Enough;
+    if (pause.Backlog.DoneAfter == BacklogForecast::kNever) {
+        return away;
+    }
+    const wxString day = FormatDate(now + wxDateSpan::Days(pause.Backlog.DoneAfter), _("%d %b %Y"));
+    return away + " " +
+           (pause.Limits.EnoughIsMinutes
+                ? wxString::Format(_("At %i minutes a day the backlog is gone on %s."), measure, day)
+                : wxString::Format(_("At %i a day the backlog is gone on %s."), measure, day));
+}
+
+wxString EnoughText(const DayProgress& progress) {
+    // Translators: what was planned for the day, in answers or minutes, is done.
+    return wxString::Format(progress.IsMinutes ? _("Enough for today: %i minutes.")
+                                               : _("Enough for today: %i answers."),
+                            progress.Done);
+}
+
+wxString DayText(const DayProgress& progress) {
+    // Translators: how far the day of study is: "23 of 40".
+    return wxString::Format(progress.IsMinutes ? _("%i of %i min") : _("%i of %i"), progress.Done,
+                            progress.Goal);
+}
+
 namespace {
 
 bool IsAsWideAsField(const wxString& text, const wxStatusBar& bar, int field) {
@@ -120,7 +159,9 @@ bool IsAsWideAsField(const wxString& text, const wxStatusBar& bar, int field) {
 wxString StudyStepText(const Scheduler& scheduler, bool backShown, const wxStatusBar& bar) {
     const int position = scheduler.GetHistoryIndex();
     if (position < 0) {
-        return backShown ? _("Score yourself") : _("Try to remember");
+        const wxString step = backShown ? _("Score yourself") : _("Try to remember");
+        // Translators: the step of study with a card that was forgotten too often.
+        return scheduler.TakesTooMuch() ? wxString::Format(_("%s (stubborn)"), step) : step;
     }
     const bool narrow = IsAsWideAsField(_("Recently studied 00/00"), bar, kStepField);
     return wxString::Format(narrow ? _("Recent %i/%i") : _("Recently studied %i/%i"), position + 1,

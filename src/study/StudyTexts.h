@@ -8,7 +8,9 @@
 
 class Scheduler;
 struct CategoryReady;
+struct DayProgress;
 struct IntervalRange;
+struct StudyPause;
 class wxStatusBar;
 
 // The words of the study window, translated at the moment of the call.
@@ -41,6 +43,12 @@ wxString CategoryEmptyMessage();
 // The first is for a store with one category, the second for one that has others.
 wxString AllExcludedMessage();
 wxString CategoryExcludedMessage();
+// For a category in which nothing but new cards waits, for which today has no room.
+wxString NewCardsHeldMessage();
+
+// What the bar above the card says of a pause that has just ended, and of a day that was enough.
+wxString PauseText(const StudyPause& pause, const wxDateTime& now);
+wxString EnoughText(const DayProgress& progress);
 
 // The texts of the study window's status bar while there is a card. A text with numbers has a wide
 // and a narrow form. The wide form is taken when a sample of its greatest length fits the field, so
@@ -49,9 +57,13 @@ wxString CategoryExcludedMessage();
 constexpr int kReadyField = 0;
 constexpr int kStepField = 1;
 constexpr int kCategoryField = 2;
+// Only with a measure for the day.
+constexpr int kDayField = 3;
 
 // Names the step of study.
 wxString StudyStepText(const Scheduler& scheduler, bool backShown, const wxStatusBar& bar);
+// Says how far the day is: "23 of 40".
+wxString DayText(const DayProgress& progress);
 // Names a category, and says how many new cards wait in it.
 wxString StudyCategoryText(const wxString& name, int newCards);
 // Says how many cards are due, or that none is.
