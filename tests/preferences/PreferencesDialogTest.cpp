@@ -1,6 +1,9 @@
 #include "preferences/PreferencesDialog.h"
 
+#include <wx/spinctrl.h>
+
 #include "files/windows/FakeStoreFileActions.h"
+#include "preferences/DayGroup.h"
 #include "preferences/StudyGroup.h"
 #include "support/GuiTest.h"
 
@@ -81,6 +84,23 @@ TEST_F(PreferencesDialogTest, AForgottenCardKeepsWhatIsChosen) {
         answers.ThenPress(wxID_OK);
         dialog.ShowModal();
         EXPECT_EQ(ReadIntegerSetting("RelearnShare"), written);
+    }
+}
+
+TEST_F(PreferencesDialogTest, ALimitOfTheDayIsStoredOnceItIsSwitchedOn) {
+    Find<wxSpinCtrl>(*mpDialog, DayGroup::kNewCardsCountId).SetValue(7);
+    for (const bool on : {false, true, false}) {
+        auto& box = Find<wxCheckBox>(*mpDialog, DayGroup::kNewCardsId);
+        box.SetValue(on);
+        Send(box, wxEVT_CHECKBOX);
+        EXPECT_EQ(FindById(*mpDialog, DayGroup::kNewCardsCountId)->IsEnabled(), on);
+        Choose(*mpDialog, DayGroup::kEnoughUnitId, on ? 1 : 0);
+        ModalAnswers answers;
+        answers.ThenPress(wxID_OK);
+        EXPECT_EQ(mpDialog->ShowModal(), wxID_OK);
+        EXPECT_EQ(ReadIntegerSetting(kSettingNewCardsPerDay), on ? 7 : 0);
+        EXPECT_EQ(ReadIntegerSetting(kSettingEnoughForToday), 0);
+        EXPECT_EQ(ReadBooleanSetting(kSettingEnoughIsMinutes), on);
     }
 }
 

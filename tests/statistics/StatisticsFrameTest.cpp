@@ -3,9 +3,11 @@
 #include <wx/checkbox.h>
 #include <wx/clipbrd.h>
 #include <wx/dataobj.h>
+#include <wx/hyperlink.h>
 
 #include "plot/PlotControl.h"
 #include "reviews/ReviewLog.h"
+#include "statistics/CostlyCards.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -131,4 +133,103 @@ TEST_F(StatisticsFrameTest, AStoreThatClosesWhileItIsCountedDoesNoHarm) {
     mDatabase.Notify();
     WaitForFigures();
     EXPECT_EQ(ShowPlot(StatisticsPage::Reviews).Table.Rows.back().back(), "1");
+}
+
+TEST_F(StatisticsFrameTest, CardsThatTakeTooMuchAreExcludedOrBegunAnewInOneStep) {
+    const int64_t now = mServices.Time.Now().GetTicks();
+    std::vector<CardUuid> ids;
+    for (const char* const front : {"one", "two", "three"}) {
+        ids.push_back(Study(front, 0));
+        ReviewRecord record;
+        record.CardId = ids.back();
+        record.Elapsed = kDay;
+        record.OldInterval = static_cast<float>(kDay);
+        for (int i = *front == 't' ? 0 : 1; i < 9; ++i) {
+            record.Time = now - 40 * kDay + i * kDay;
+            ReviewLog(ReviewLogPath(StorePath())).Append(record);
+        }
+    }
+    Open();
+    mpFrame->ShowPage(StatisticsPage::HardestCards);
+    auto& list = Find<wxListCtrl>(*mpFrame, CostlyCardsPanel::kListId);
+    const auto select = [&](std::initializer_list<const char*> fronts) {
+        for (int row = 0; row < list.GetItemCount(); ++row) {
+            const bool isOne =
+                std::count(fronts.begin(), fronts.end(), list.GetItemText(row)) > 0;
+            list.SetItemState(row, isOne ? wxLIST_STATE_SELECTED : 0, wxLIST_STATE_SELECTED);
+        }
+    };
+    ASSERT_EQ(list.GetItemCount(), 3);
+    EXPECT_TRUE(list.IsShownOnScreen());
+    EXPECT_EQ(list.GetItemText(2) + list.GetItemText(2, 1), "one8");
+    EXPECT_FALSE(FindById(*mpFrame, CostlyCardsPanel::kResetId)->IsEnabled());
+    select({"one", "three"});
+    Send(*FindById(*mpFrame, CostlyCardsPanel::kEditId));
+    EXPECT_EQ(mServices.Edited.size(), 2U);
+    Send(*FindById(*mpFrame, CostlyCardsPanel::kResetId));
+    WaitForFigures();
+    EXPECT_EQ(list.GetItemCount(), 1);
+    EXPECT_FALSE(Stored(ids[0]).Forward.Introduced);
+    select({"two"});
+    Send(*FindById(*mpFrame, CostlyCardsPanel::kExcludeId));
+    WaitForFigures();
+    EXPECT_TRUE(Stored(ids[1]).ForwardX);
+    EXPECT_FALSE(Stored(ids[1]).ReverseX);
+    EXPECT_FALSE(list.IsShownOnScreen());
+    UndoOutcome outcome;
+    EXPECT_EQ(mServices.History.UndoLast(mDatabase, outcome), 0);
+    EXPECT_FALSE(Stored(ids[1]).ForwardX);
+    EXPECT_EQ(mServices.History.UndoLast(mDatabase, outcome), 0);
+    EXPECT_EQ(outcome.Restored, 2);
+    EXPECT_EQ(Stored(ids[0]).Forward.ReviewInterval, static_cast<float>(kDay));
+}
+
+// A month of forgotten cards that were asked often, all with threes.
+TEST_F(StatisticsFrameTest, TheOverviewSaysWhatTheMonthSuggestsUntilItIsSentAway) {
+    const CardUuid id = Study("one", 0);
+    ReviewLog log(ReviewLogPath(StorePath()));
+    for (int i = 0; i < 200; ++i) {
+        ReviewRecord record;
+        record.CardId = id;
+        record.Time = mServices.Time.Now().GetTicks() - (20 - i / 10) * kDay + i % 10;
+        record.Elapsed = 1;
+        record.Score = i % 10 == 0 ? 0 : 3;
+        record.OldInterval = static_cast<float>(i % 10 == 0 ? kDay : 1);
+        log.Append(record);
+    }
+    Open();
+    DrainEvents();
+    wxWindow& hints = Find<wxWindow>(*mpFrame, "hints");
+    const auto texts = [&hints] {
+        wxString all;
+        for (wxWindow* const child : hints.GetChildren()) {
+            const auto* const text = dynamic_cast<wxStaticText*>(child);
+            all += text == nullptr ? wxString() : text->GetLabel() + "|";
+        }
+        all.Replace("\n", " ");
+        return all;
+    };
+    EXPECT_TRUE(texts().StartsWith("In the last month 180 of your 203 answers went to")) << texts();
+    EXPECT_TRUE(texts().Contains("180 of your 182 passes were a 3")) << texts();
+    int opened = 0;
+    mpFrame->Bind(
+        wxEVT_MENU, [&opened](wxCommandEvent&) { ++opened; }, wxID_PREFERENCES);
+    auto& link = Find<wxWindow>(*mpFrame, wxID_PREFERENCES);
+    wxHyperlinkEvent click(&link, wxID_PREFERENCES, "options:");
+    link.HandleWindowEvent(click);
+    EXPECT_EQ(opened, 1);
+    for (int left = 2; left > 0; --left) {
+        EXPECT_TRUE(hints.IsShown());
+        for (wxWindow* const child : hints.GetChildren()) {
+            if (dynamic_cast<wxButton*>(child) != nullptr) {
+                Send(*child);
+                break;
+            }
+        }
+        DrainEvents();
+    }
+    EXPECT_FALSE(hints.IsShown());
+    mDatabase.Notify();
+    WaitForFigures();
+    EXPECT_FALSE(hints.IsShown());
 }

@@ -86,6 +86,14 @@ TEST(StatisticsPlotsTest, WhatIsOverdueStandsOnTodayAndTheUsualDayIsALine) {
     EXPECT_TRUE(plot.Summary.Contains(FormatDate(NoonOfDay(kToday + 1), "%d %b %Y")))
         << plot.Summary;
     EXPECT_EQ(plot.Table.Rows[0][3], "14");
+    // A measure that the person has set takes its place.
+    figures.Due.Measure = 15;
+    const Plot other =
+        PlotOf(MakeStatisticsPlots(figures, ReviewSpan::kQuarter), StatisticsPage::Due);
+    EXPECT_EQ(other.Rules[0].Y, 15);
+    EXPECT_EQ(other.Series[2].Points.size(), 2U);
+    EXPECT_EQ(other.Summary, "At 15 a day the backlog is gone on " +
+                                 FormatDate(NoonOfDay(kToday + 1), "%d %b %Y") + ".");
 }
 
 TEST(StatisticsPlotsTest, ManyDaysOfReviewsAreDrawnAsMeansOfWeeksAndNoneIsLost) {

@@ -158,6 +158,26 @@ TEST_F(UndoHistoryTest, AnEditIsTakenBackWithoutWhatWasDoneSince) {
     EXPECT_FALSE(mHistory.CanRedo());
 }
 
+TEST_F(UndoHistoryTest, ACommandThatChangedSeveralCardsIsOneStep) {
+    StoreChange change;
+    std::vector<FlashCard> cards;
+    for (const char* const name : {"one", "two", "untouched"}) {
+        cards.push_back(Insert(MakeCard(name, "back", 0)));
+        FlashCard after = cards.back();
+        after.ForwardX = *name != 'u';
+        EXPECT_EQ(mDatabase.UpdateFlashCard(after), 0);
+        NoteEdit(cards.back(), after, change);
+    }
+    mHistory.Add(change);
+    EXPECT_EQ(mHistory.GetLabel(), "Undo change of 2 cards");
+    EXPECT_EQ(Undo(), Counts(2, 0));
+    EXPECT_FALSE(Stored(cards[1].CardId).ForwardX);
+    EXPECT_EQ(Redo(), Counts(2, 0));
+    EXPECT_EQ(mDatabase.DeleteCard(cards[0].CardId), 0);
+    EXPECT_EQ(Undo(), Counts(1, 1));
+    EXPECT_FALSE(Stored(cards[1].CardId).ForwardX);
+}
+
 TEST_F(UndoHistoryTest, CardsThatWentOtherWaysMeanwhileAreLeftAlone) {
     const FlashCard moved = Insert(MakeCard("moved", "back", 0));
     const FlashCard imported = Insert(MakeCard("imported again", "back", 0));
