@@ -267,7 +267,11 @@ void ScoreToNextCard(benchmark::State& state) {
     FakeCategorySource category;
     SilentMaintenance maintenance;
     ReviewLog log(ReviewLogPath(wxString::FromUTF8(storePath)));
-    Scheduler scheduler(database, {category, maintenance, clock, random, &log});
+    // As in the program, with both limits of a day set.
+    StudyDay day(clock);
+    day.SetLimits({10, false, 40, false, 0});
+    day.Open(&database, nullptr);
+    Scheduler scheduler(database, {category, maintenance, clock, random, &log, &day});
     scheduler.SetRelearnShare(static_cast<int>(state.range(3)));
     BareScore bare(floorPath);
     std::vector<double> floorTimes;
@@ -291,6 +295,7 @@ void ScoreToNextCard(benchmark::State& state) {
         state.SkipWithError("the two have not scored alike");
     }
     CountTimes(state, floorTimes, times);
+    day.Open(nullptr, nullptr);
     database.Close();
     std::filesystem::remove_all(directory);
 }

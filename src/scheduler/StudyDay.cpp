@@ -137,8 +137,14 @@ void StudyDay::WaitForCounts() {
     }
 }
 
-int32_t StudyDay::Today() const {
-    return DayOf(mClock.Now().GetTicks());
+int32_t StudyDay::Today() {
+    const int64_t now = mClock.Now().GetTicks();
+    if (now < mDayStart || now >= mDayEnd) {
+        mDay = DayOf(now);
+        mDayStart = StartOfDay(mDay);
+        mDayEnd = StartOfDay(mDay + 1);
+    }
+    return mDay;
 }
 
 int32_t StudyDay::CountNew(int32_t categoryId) {

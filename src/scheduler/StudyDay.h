@@ -83,7 +83,7 @@ class StudyDay {
   private:
     struct Reading;
 
-    int32_t Today() const;
+    int32_t Today();
     void Start();
     // Takes over what the worker has counted, if it has ended.
     void CatchUp();
@@ -105,5 +105,9 @@ class StudyDay {
         int32_t Allowed;
     };
     std::vector<Grant> mGrants;
+    // The day that the clock showed last. The system's calendar is slow.
+    int32_t mDay = 0;
+    int64_t mDayStart = 0;
+    int64_t mDayEnd = 0;
     std::unique_ptr<Reading> mpReading;
 };
