@@ -5,7 +5,8 @@
 
 #include "reviews/ReviewLog.h"
 
-// How a person has answered of late, in all categories and directions. Replaced scores do not count.
+// How a person has answered of late, in all categories and directions. Replaced scores do not
+// count.
 struct StudyHabit {
     // Within the last 30 days.
     int32_t Answers = 0;

@@ -72,8 +72,7 @@ class BacklogStudy {
             mNow = day == 0 ? mPlan.Now : StartOfDay(today + day) + hour;
             Rank();
             forecast.Due = day == 0 ? CountDue() : forecast.Due;
-            const int32_t answers =
-                mPlan.AnswersPerDay - (day == 0 ? mPlan.Habit.AnswersToday : 0);
+            const int32_t answers = mPlan.AnswersPerDay - (day == 0 ? mPlan.Habit.AnswersToday : 0);
             if (IsDoneAfter(answers)) {
                 forecast.DoneAfter = day;
                 break;

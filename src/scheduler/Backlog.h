@@ -14,8 +14,8 @@
 // interval comes first, each score does to the interval what it does in study, and a card that is
 // forgotten comes back and takes answers of its own. Scores come in the shares in which the person
 // has given them of late, or are all 4 where the log does not tell. New cards are left out: they
-// wait until nothing is due. Chance in the intervals and the order of the scores can move the end by
-// a few cards, which is a day where they are the last ones.
+// wait until nothing is due. Chance in the intervals and the order of the scores can move the end
+// by a few cards, which is a day where they are the last ones.
 
 struct BacklogPlan {
     // The introduced schedules that are not excluded.

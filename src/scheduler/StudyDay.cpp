@@ -103,8 +103,7 @@ void StudyDay::Start() {
     if (mpDatabase == nullptr || !mpDatabase->IsOpen()) {
         return;
     }
-    mpReading =
-        std::make_unique<Reading>(*mpDatabase, mLimits, mClock.Now().GetTicks(), mAtEnd);
+    mpReading = std::make_unique<Reading>(*mpDatabase, mLimits, mClock.Now().GetTicks(), mAtEnd);
     if (!mpReading->Work.Start()) {
         mpReading->Work.RunHere();
     }

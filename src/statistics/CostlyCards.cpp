@@ -87,9 +87,8 @@ void CostlyCardsPanel::SetCards(const std::vector<CostlyCard>& cards) {
         const CostlyCard& card = mCards[i];
         const long row = mpList->InsertItem(static_cast<long>(i), CellText(card.Front));
         mpList->SetItem(row, 1, wxString::Format("%i", card.Lapses));
-        if (std::any_of(selected.begin(), selected.end(), [&card](const CostlyCard& each) {
-                return each.CardId == card.CardId;
-            })) {
+        if (std::any_of(selected.begin(), selected.end(),
+                        [&card](const CostlyCard& each) { return each.CardId == card.CardId; })) {
             mpList->SetItemState(row, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
         }
     }

@@ -89,8 +89,8 @@ constexpr int kFirstTileId = 11200;
 }  // namespace
 
 // The first page of the statistics: large numbers that answer a learner's first questions, a
-// sentence on what they mean, what the last month suggests, and four of the plots in small. A double click or Enter on a plot
-// opens its page. Main thread only.
+// sentence on what they mean, what the last month suggests, and four of the plots in small. A
+// double click or Enter on a plot opens its page. Main thread only.
 class StatisticsOverview : public wxPanel {
   public:
     using PageOpener = std::function<void(StatisticsPage)>;

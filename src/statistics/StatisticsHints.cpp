@@ -73,8 +73,8 @@ void HintsPanel::Rebuild() {
         text->Wrap(FromDIP(kTextWidth));
         auto* const row = new wxBoxSizer(wxHORIZONTAL);
         if (hint.HasOption) {
-            auto* const link = new wxHyperlinkCtrl(this, wxID_PREFERENCES, _("Options > Study"),
-                                                   "options:");
+            auto* const link =
+                new wxHyperlinkCtrl(this, wxID_PREFERENCES, _("Options > Study"), "options:");
             // Not skipped, so that no browser opens.
             link->Bind(wxEVT_HYPERLINK, [this](wxHyperlinkEvent&) { mOpenOptions(); });
             row->Add(link, wxSizerFlags().CentreVertical().Border(wxRIGHT, gap));

@@ -251,9 +251,12 @@ void StudyFrame::SetDatabase(Database* database) {
         return;
     }
     OpenDay();
-    const Scheduler::Sources sources{mServices, mServices.GetMaintenancePrompt(),
-                                     mServices.GetClock(), mServices.GetReviewRandom(),
-                                     &mReviewLog, &mStudyDay};
+    const Scheduler::Sources sources{mServices,
+                                     mServices.GetMaintenancePrompt(),
+                                     mServices.GetClock(),
+                                     mServices.GetReviewRandom(),
+                                     &mReviewLog,
+                                     &mStudyDay};
     mpScheduler = std::make_unique<Scheduler>(*database, sources);
     ApplyStudySettings();
     if (mReverseStudy) {

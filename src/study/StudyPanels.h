@@ -9,8 +9,8 @@ class QuickScore;
 class wxButton;
 class wxStaticText;
 
-// The bar above the card that says that nothing is due, or that it is enough for today: a message, a
-// button that offers another category, one that offers more new cards, and one that dismisses the
+// The bar above the card that says that nothing is due, or that it is enough for today: a message,
+// a button that offers another category, one that offers more new cards, and one that dismisses the
 // bar. None takes the focus, so the scoring keys keep working; the frame has a key or a menu entry
 // for each. The buttons send wxEVT_BUTTON with ID_NEXT_DUE_CATEGORY, ID_SHOW_MORE_TODAY and
 // wxID_CLOSE. Owned by its parent, which lays it out.

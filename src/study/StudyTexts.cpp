@@ -117,10 +117,10 @@ wxString PauseText(const StudyPause& pause, const wxDateTime& now) {
     const auto seconds = static_cast<float>(now.GetTicks() - pause.LastAnswer);
     const int32_t due = pause.Backlog.Due;
     // Translators: %s is a length of time such as "3 weeks".
-    const wxString away = wxString::Format(
-        wxPLURAL("After %s away %i card is due.", "After %s away %i cards are due.",
-                 static_cast<unsigned>(due)),
-        IntervalText(seconds), due);
+    const wxString away =
+        wxString::Format(wxPLURAL("After %s away %i card is due.",
+                                  "After %s away %i cards are due.", static_cast<unsigned>(due)),
+                         IntervalText(seconds), due);
     const int32_t measure = pause.Limits.Enough;
     if (pause.Backlog.DoneAfter == BacklogForecast::kNever) {
         return away;
@@ -128,7 +128,8 @@ wxString PauseText(const StudyPause& pause, const wxDateTime& now) {
     const wxString day = FormatDate(now + wxDateSpan::Days(pause.Backlog.DoneAfter), _("%d %b %Y"));
     return away + " " +
            (pause.Limits.EnoughIsMinutes
-                ? wxString::Format(_("At %i minutes a day the backlog is gone on %s."), measure, day)
+                ? wxString::Format(_("At %i minutes a day the backlog is gone on %s."), measure,
+                                   day)
                 : wxString::Format(_("At %i a day the backlog is gone on %s."), measure, day));
 }
 

@@ -13,8 +13,8 @@ ReviewRecord MakeReview(char letter, int64_t time) {
     ReviewRecord record;
     record.Time = time;
     record.Score = std::string_view("fLr").find(letter) == std::string_view::npos ? 4 : 1;
-    record.OldInterval = std::string_view("PLur").find(letter) == std::string_view::npos ? 600.0f
-                                                                                         : 86400.0f;
+    record.OldInterval =
+        std::string_view("PLur").find(letter) == std::string_view::npos ? 600.0f : 86400.0f;
     record.Elapsed = letter == 'n' ? -1 : 86400;
     return record;
 }
@@ -26,9 +26,8 @@ TEST(StudyTallyTest, CountsFailuresOfKnownCardsAndNoneThatWasTakenBack) {
         const char* Reviews;
         int Lapses;
         int Answers;
-    } cases[] = {{"PLPLLLLLPLL", 8, 11}, {"LfffpL", 2, 6}, {"LLu", 1, 2},
-                 {"PrP", 1, 2},          {"Lr", 1, 1},     {"LLLnP", 0, 5},
-                 {"LLnfL", 1, 5},        {"Lur", 1, 1}};
+    } cases[] = {{"PLPLLLLLPLL", 8, 11}, {"LfffpL", 2, 6}, {"LLu", 1, 2},   {"PrP", 1, 2},
+                 {"Lr", 1, 1},           {"LLLnP", 0, 5},  {"LLnfL", 1, 5}, {"Lur", 1, 1}};
     for (const auto& c : cases) {
         StudyTally tally;
         int64_t time = 0;

@@ -72,17 +72,18 @@ TEST_F(StudyDayTest, TheDayEndsAtMidnightByTheClockOnTheWall) {
         int New;
         bool RestartsBefore = false;
         int Answers = 12;
-    } visits[] = {{"ten minutes to midnight", 1698529800, 28, 3},
-                  {"midnight", 1698530400, 29, 3},
-                  {"half past two, in summer time", 1698539400, 29, 0},
-                  {"half past two again, an hour later", 1698543000, 29, 0, true},
-                  {"just before midnight, after 25 hours", 1698620220, 29, 0},
-                  {"the next day", 1698620400, 30, 3, true},
-                  {"the clock set back to a day that had its cards", 1698577200, 29, 0},
-                  {"the clock set back to before the start", 1698404400, 27, 3},
-                  {"the clock is right again", 1698624000, 30, 0, true},
-                  {"the first second of a day of 23 hours, when all is due", 1711839600, 31, 3, false, 60},
-                  {"its last hour", 1711918800, 31, 0}};
+    } visits[] = {
+        {"ten minutes to midnight", 1698529800, 28, 3},
+        {"midnight", 1698530400, 29, 3},
+        {"half past two, in summer time", 1698539400, 29, 0},
+        {"half past two again, an hour later", 1698543000, 29, 0, true},
+        {"just before midnight, after 25 hours", 1698620220, 29, 0},
+        {"the next day", 1698620400, 30, 3, true},
+        {"the clock set back to a day that had its cards", 1698577200, 29, 0},
+        {"the clock set back to before the start", 1698404400, 27, 3},
+        {"the clock is right again", 1698624000, 30, 0, true},
+        {"the first second of a day of 23 hours, when all is due", 1711839600, 31, 3, false, 60},
+        {"its last hour", 1711918800, 31, 0}};
     std::map<int, int> answers;
     for (const auto& visit : visits) {
         mClock.Set(visit.Time);

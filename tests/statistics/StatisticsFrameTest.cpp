@@ -154,8 +154,7 @@ TEST_F(StatisticsFrameTest, CardsThatTakeTooMuchAreExcludedOrBegunAnewInOneStep)
     auto& list = Find<wxListCtrl>(*mpFrame, CostlyCardsPanel::kListId);
     const auto select = [&](std::initializer_list<const char*> fronts) {
         for (int row = 0; row < list.GetItemCount(); ++row) {
-            const bool isOne =
-                std::count(fronts.begin(), fronts.end(), list.GetItemText(row)) > 0;
+            const bool isOne = std::count(fronts.begin(), fronts.end(), list.GetItemText(row)) > 0;
             list.SetItemState(row, isOne ? wxLIST_STATE_SELECTED : 0, wxLIST_STATE_SELECTED);
         }
     };

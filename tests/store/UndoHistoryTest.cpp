@@ -169,7 +169,7 @@ TEST_F(UndoHistoryTest, ACommandThatChangedSeveralCardsIsOneStep) {
         NoteEdit(cards.back(), after, change);
     }
     mHistory.Add(change);
-    EXPECT_EQ(mHistory.GetLabel(), "Undo change of 2 cards");
+    EXPECT_EQ(mHistory.GetUndoLabel(), "Undo change of 2 cards");
     EXPECT_EQ(Undo(), Counts(2, 0));
     EXPECT_FALSE(Stored(cards[1].CardId).ForwardX);
     EXPECT_EQ(Redo(), Counts(2, 0));

@@ -96,8 +96,8 @@ TEST_F(StudyFrameDay, ACardThatTakesTooMuchAndAPauseAreToldOnce) {
     Open();
     EXPECT_TRUE(WaitFor([this] { return !Bar().empty(); }));
     const wxString day = FormatDate(mServices.Time.Now() + wxDateSpan::Days(2), "%d %b %Y");
-    EXPECT_EQ(Bar(), "After 3 weeks away 3 cards are due. At 1 a day the backlog is gone on " + day +
-                         ".");
+    EXPECT_EQ(Bar(),
+              "After 3 weeks away 3 cards are due. At 1 a day the backlog is gone on " + day + ".");
     EXPECT_EQ(StatusText(1), "Try to remember (stubborn)");
     Keys({WXK_SPACE, '4'});
     EXPECT_EQ(Bar(), "Enough for today: 1 answers.");
