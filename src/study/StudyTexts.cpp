@@ -134,10 +134,13 @@ wxString PauseText(const StudyPause& pause, const wxDateTime& now) {
 }
 
 wxString EnoughText(const DayProgress& progress) {
-    // Translators: what was planned for the day, in answers or minutes, is done.
-    return wxString::Format(progress.IsMinutes ? _("Enough for today: %i minutes.")
-                                               : _("Enough for today: %i answers."),
-                            progress.Done);
+    const auto done = static_cast<unsigned>(progress.Done);
+    // Translators: what was planned for the day is done.
+    return wxString::Format(
+        progress.IsMinutes
+            ? wxPLURAL("Enough for today: %i minute.", "Enough for today: %i minutes.", done)
+            : wxPLURAL("Enough for today: %i answer.", "Enough for today: %i answers.", done),
+        progress.Done);
 }
 
 wxString DayText(const DayProgress& progress) {

@@ -100,6 +100,6 @@ TEST_F(StudyFrameDay, ACardThatTakesTooMuchAndAPauseAreToldOnce) {
               "After 3 weeks away 3 cards are due. At 1 a day the backlog is gone on " + day + ".");
     EXPECT_EQ(StatusText(1), "Try to remember (stubborn)");
     Keys({WXK_SPACE, '4'});
-    EXPECT_EQ(Bar(), "Enough for today: 1 answers.");
+    EXPECT_EQ(Bar(), "Enough for today: 1 answer.");
     EXPECT_EQ(StatusText(1), "Try to remember");
 }
