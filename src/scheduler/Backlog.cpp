@@ -84,7 +84,8 @@ class BacklogStudy {
 
   private:
     using Index = size_t;
-    // Whoever has waited longest in proportion comes first; of equals, who fell due first.
+    // The card that has waited longest in proportion comes first; among equals, the one that fell
+    // due first.
     struct Rating {
         double Ratio;
         int64_t Due;

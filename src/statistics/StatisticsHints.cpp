@@ -74,7 +74,7 @@ void HintsPanel::Rebuild() {
         auto* const row = new wxBoxSizer(wxHORIZONTAL);
         if (hint.HasOption) {
             auto* const link =
-                new wxHyperlinkCtrl(this, wxID_PREFERENCES, _("Options > Study"), "options:");
+                new wxHyperlinkCtrl(this, wxID_PREFERENCES, _("Options > Study"), wxString());
             // Not skipped, so that no browser opens.
             link->Bind(wxEVT_HYPERLINK, [this](wxHyperlinkEvent&) { mOpenOptions(); });
             row->Add(link, wxSizerFlags().CentreVertical().Border(wxRIGHT, gap));
