@@ -44,11 +44,11 @@ CostlyCardsPanel::CostlyCardsPanel(wxWindow* parent, AppServices& services)
                             wxLC_REPORT);
     mpList->AppendColumn(_("Front"), wxLIST_FORMAT_LEFT, FromDIP(kFrontWidth));
     mpList->AppendColumn(_("Forgotten"), wxLIST_FORMAT_RIGHT, wxLIST_AUTOSIZE_USEHEADER);
-    column->Add(MakeFormLabel(_("Cards that take too &much:"), *mpList));
+    column->Add(MakeFormLabel(_("Cards that take too much:"), *mpList));
     column->Add(mpList, wxSizerFlags(1).Expand().Border(wxTOP | wxBOTTOM, FromDIP(kFormGap)));
     auto* const row = new wxBoxSizer(wxHORIZONTAL);
     const std::pair<int, wxString> buttons[] = {
-        {kExcludeId, _("E&xclude")}, {kEditId, _("&Edit")}, {kResetId, _("&Reset")}};
+        {kExcludeId, _("Exclude")}, {kEditId, _("Edit")}, {kResetId, _("Reset")}};
     const wxString tips[] = {_("Asks these cards no more in the directions in which they take too "
                                "much. The list can take it back."),
                              _("Opens the editor, where a card can be made easier."),

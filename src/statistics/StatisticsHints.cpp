@@ -17,7 +17,7 @@ namespace {
 // Fewer answers in a month tell of no habit.
 constexpr int32_t kTellingMonth = 100;
 // The texts wrap at this width, in pixels at the usual resolution.
-constexpr int kTextWidth = 420;
+constexpr int kTextWidth = 520;
 
 }  // namespace
 
