@@ -16,8 +16,8 @@
 
 // The review log is a plain text beside the store (ReviewLogPath), with one line for each score.
 // Only plots depend on it, the counts of a day of study, and what a forgotten card keeps of its
-// interval, if the user wants that: it may be deleted at any time, and a line that cannot be written
-// is dropped. For the store "Words.vlm" it is "Words.vlm.reviews":
+// interval, if the user wants that: it may be deleted at any time, and a line that cannot be
+// written is dropped. For the store "Words.vlm" it is "Words.vlm.reviews":
 //
 //     2026-03-01T18:04:09Z 1b4e28ba-2fa1-41d2-883f-0016d3cca427 F 4 86412 86400 131072 16 16 -
 //

@@ -186,14 +186,9 @@ class BacklogStudy {
         ScoreMix& mix = schedule.ReviewInterval >= kKnownInterval ? mKnown : mLearning;
         const wxDateTime now(wxLongLong(mNow * 1000));
         const int score = mix.Next();
-        ReviewResult result = Review(schedule, score, now, mRandom);
-        if (score >= kLeastPass) {
-            const auto share = static_cast<float>(mPlan.RelearnShare) / 100.0f;
-            result.NewInterval = std::max(result.NewInterval, share * mLost[card]);
-            mLost[card] = 0.0f;
-        } else if (mLost[card] == 0.0f) {
-            mLost[card] = result.OldInterval;
-        }
+        const float least = RelearnedInterval(mLost[card], score, mPlan.RelearnShare);
+        const ReviewResult result = Review(schedule, score, now, mRandom, least);
+        mLost[card] = LostInterval(mLost[card], score, result.OldInterval);
         schedule.LastReview = now;
         schedule.ReviewInterval = result.NewInterval;
         schedule.Difficulty = result.Difficulty;

@@ -22,7 +22,7 @@ struct BacklogPlan {
     std::vector<CardSchedules::Side> Schedules;
     StudyHabit Habit;
     int32_t AnswersPerDay = 0;
-    // The percentage of the interval that failed which the first pass after it gives at least.
+    // What a forgotten card keeps of its interval, in percent.
     int32_t RelearnShare = 0;
     // Seconds since 1970. Each day is studied at this time of the day.
     int64_t Now = 0;

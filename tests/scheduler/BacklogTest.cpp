@@ -27,8 +27,10 @@ struct BacklogTest : StoreFixture {
     }
     // Returns the day on which a learner ends the backlog who gives each known card that score in
     // its turn, and all others a 4.
-    int StudyToTheEnd(int perDay, const std::vector<int>& scores) {
-        Scheduler scheduler(mDatabase, {mCategory, mMaintenance, mClock, mRandom});
+    int StudyToTheEnd(int perDay, const std::vector<int>& scores, int share = 0) {
+        ReviewLog log(ReviewLogPath(StorePath()));
+        Scheduler scheduler(mDatabase, {mCategory, mMaintenance, mClock, mRandom, &log});
+        scheduler.SetRelearnShare(share);
         const int64_t start = mClock.Now().GetTicks();
         size_t turn = 0;
         for (int day = 0; day < 365; ++day) {
@@ -81,9 +83,11 @@ TEST_F(BacklogTest, EndsOnTheDayOnWhichALearnerEndsIt) {
         int64_t DaysAhead;
         int PerDay;
         std::vector<int> Scores;
+        int RelearnShare = 0;
     } cases[] = {{200, 0, 200, {4}},
                  {300, 30, 20, {4, 5, 3}},
                  {300, 10, 60, {4, 4, 0, 4, 5}},
+                 {200, 10, 30, {4, 4, 0, 4, 5}, 25},
                  {200, 0, 40, {4, 2, 4, 1}},
                  {60, 0, 1, {0}}};
     for (const auto& c : cases) {
@@ -96,12 +100,14 @@ TEST_F(BacklogTest, EndsOnTheDayOnWhichALearnerEndsIt) {
         plan.Schedules = StudiedSchedules(cards, ReviewQuery());
         ASSERT_EQ(plan.Schedules.size(), static_cast<size_t>(c.Cards));
         plan.AnswersPerDay = c.PerDay;
+        plan.RelearnShare = c.RelearnShare;
         plan.Now = mClock.Now().GetTicks();
         for (const int score : c.Scores) {
             plan.Habit.Known[static_cast<size_t>(score)] += 20;
         }
         plan.Habit.Learning = {0, 0, 0, 0, 20, 0};
         const BacklogForecast forecast = ForecastBacklog(plan, mCancelled);
-        EXPECT_EQ(forecast.DoneAfter, StudyToTheEnd(c.PerDay, c.Scores)) << c.PerDay;
+        EXPECT_EQ(forecast.DoneAfter, StudyToTheEnd(c.PerDay, c.Scores, c.RelearnShare))
+            << c.PerDay;
     }
 }
