@@ -209,6 +209,7 @@ bool VelomindApp::ImportFile(const wxString& path, bool mayAsk) {
 }
 
 void VelomindApp::OpenStore() {
+    BeginSettings();
     mpDatabase = OpenAtStart(mFatalErrorReport);
     mpBackupKeeper = std::make_unique<BackupKeeper>(*mpDatabase, mSettingsNotifier);
 }

@@ -83,6 +83,8 @@ constexpr MenuRow kStudyRows[] = {
     {ID_NEXT_DUE_CATEGORY, wxTRANSLATE("Next Category with Due Cards\tCtrl+D")},
     {ID_SHOW_MORE_TODAY, wxTRANSLATE("Show More Today")},
     kLine,
+    {ID_TYPE_ANSWER, wxTRANSLATE("Type the Answer"), nullptr, wxITEM_CHECK},
+    kLine,
     {wxID_ZOOM_IN, wxTRANSLATE("Larger Text\tCtrl++")},
     {wxID_ZOOM_OUT, wxTRANSLATE("Smaller Text\tCtrl+-")},
     {wxID_ZOOM_100, wxTRANSLATE("Normal Text Size\tCtrl+0")}};

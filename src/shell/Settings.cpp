@@ -98,6 +98,14 @@ std::unique_ptr<wxConfigBase> OpenSettings() {
     return OpenSettingsFile(kApplicationName);
 }
 
+void BeginSettings() {
+    // Seven steps of a tenth make the text of the cards about twice as large as the desktop's.
+    constexpr int32_t kFirstTextStep = 7;
+    if (OpenSettings()->GetNumberOfEntries() == 0) {
+        WriteIntegerSetting(kSettingStudyTextStep, kFirstTextStep);
+    }
+}
+
 bool HasSetting(const wxString& key) {
     return OpenSettings()->HasEntry(key);
 }

@@ -23,6 +23,8 @@ constexpr char kSettingBrowseFont[] = "BrowseFont";
 constexpr char kSettingCardLayout[] = "CardLayout";
 constexpr char kSettingCompactScoring[] = "CompactScoring";
 constexpr char kSettingStudyTextStep[] = "StudyTextStep";
+constexpr char kSettingTypeAnswerForward[] = "TypeAnswerForward";
+constexpr char kSettingTypeAnswerReverse[] = "TypeAnswerReverse";
 constexpr char kSettingFollowSavedCards[] = "FollowSavedCards";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
@@ -56,6 +58,10 @@ constexpr char kSettingImportDialogPosition[] = "ImportDialogPosition";
 
 // Returns a fresh configuration object, for keys that have no accessor of their own.
 std::unique_ptr<wxConfigBase> OpenSettings();
+
+// Chooses what a new installation begins with. Call it before anything else is written: where
+// there are settings already it does nothing, so that an update changes no window.
+void BeginSettings();
 
 bool HasSetting(const wxString& key);
 // Removes a value, so that its default holds again.

@@ -9,8 +9,10 @@
 #include <wx/scrolwin.h>
 #include <wx/settings.h>
 #include <wx/spinctrl.h>
+#include <wx/stattext.h>
 #include <wx/statusbr.h>
 #include <wx/textctrl.h>
+#include <wx/toolbar.h>
 #include <wx/toplevel.h>
 #include <wx/utils.h>
 
@@ -54,6 +56,26 @@ void SetAccessibleName(const wxWindow& window, const wxString& name) {
     }
 }
 
+void SetAccessibleDescription(const wxWindow& window, const wxString& description) {
+    GtkWidget* const widget = window.GetHandle();
+    if (widget != nullptr) {
+        atk_object_set_description(gtk_widget_get_accessible(widget), description.utf8_str());
+    }
+}
+
+void NameTools(wxToolBar& bar) {
+    GtkWidget* const widget = bar.GetHandle();
+    GtkWidget* const tools = GTK_IS_TOOLBAR(widget) ? widget : gtk_bin_get_child(GTK_BIN(widget));
+    for (size_t i = 0; i < bar.GetToolsCount(); ++i) {
+        GtkToolItem* const item = gtk_toolbar_get_nth_item(GTK_TOOLBAR(tools), static_cast<int>(i));
+        GtkWidget* const button = item == nullptr ? nullptr : gtk_bin_get_child(GTK_BIN(item));
+        if (button != nullptr) {
+            atk_object_set_name(gtk_widget_get_accessible(button),
+                                bar.GetToolByPos(static_cast<int>(i))->GetLabel().utf8_str());
+        }
+    }
+}
+
 void SetAccessibleRole(const wxWindow& window, AccessibleRole role) {
     // In the order of AccessibleRole.
     constexpr AtkRole kRoles[] = {ATK_ROLE_PUSH_BUTTON, ATK_ROLE_LIST, ATK_ROLE_LABEL,
@@ -79,6 +101,44 @@ void FitTextHeights(wxWindow& window) {
     for (wxWindow* const child : window.GetChildren()) {
         FitTextHeights(*child);
     }
+}
+
+int GetThemeCornerRadius() {
+    GtkWidget* const button = gtk_button_new();
+    g_object_ref_sink(button);
+    int radius = 0;
+    gtk_style_context_get(gtk_widget_get_style_context(button), GTK_STATE_FLAG_NORMAL,
+                          "border-radius", &radius, nullptr);
+    g_object_unref(button);
+    return radius;
+}
+
+int SetMarkedText(wxStaticText& window, const std::vector<MarkedText>& pieces,
+                  const wxColour& background, int width) {
+    const bool isDark = background.GetLuminance() < 0.5;
+    const std::string error = std::string(" foreground='") + (isDark ? "#ff9b8f'" : "#b00020'");
+    // In the order of TextMark.
+    const std::string kMarks[] = {"", " underline='error'",
+                                  " underline='double' weight='bold'" + error,
+                                  " strikethrough='true'" + error};
+    std::string markup;
+    for (const MarkedText& piece : pieces) {
+        char* const text = g_markup_escape_text(piece.Text.utf8_str(), -1);
+        markup += "<span" + kMarks[static_cast<size_t>(piece.Mark)] + ">" + text + "</span>";
+        g_free(text);
+    }
+    auto* const label = GTK_LABEL(window.GetHandle());
+    gtk_label_set_line_wrap(label, TRUE);
+    gtk_label_set_line_wrap_mode(label, PANGO_WRAP_WORD_CHAR);
+    gtk_label_set_markup(label, markup.c_str());
+    PangoLayout* const layout = gtk_widget_create_pango_layout(window.GetHandle(), nullptr);
+    pango_layout_set_markup(layout, markup.c_str(), -1);
+    pango_layout_set_wrap(layout, PANGO_WRAP_WORD_CHAR);
+    pango_layout_set_width(layout, width * PANGO_SCALE);
+    int height = 0;
+    pango_layout_get_pixel_size(layout, nullptr, &height);
+    g_object_unref(layout);
+    return height;
 }
 
 void ShowMenuPictures() {
@@ -329,6 +389,26 @@ bool IsTiled(const wxTopLevelWindow& window) {
 #else
 
 void SetAccessibleName(const wxWindow& /*window*/, const wxString& /*name*/) {}
+
+void SetAccessibleDescription(const wxWindow& /*window*/, const wxString& /*description*/) {}
+
+void NameTools(wxToolBar& /*bar*/) {}
+
+int GetThemeCornerRadius() {
+    constexpr int kUsualRadius = 4;
+    return kUsualRadius;
+}
+
+int SetMarkedText(wxStaticText& window, const std::vector<MarkedText>& pieces,
+                  const wxColour& /*background*/, int width) {
+    wxString text;
+    for (const MarkedText& piece : pieces) {
+        text += piece.Text;
+    }
+    window.SetLabelText(text);
+    window.Wrap(width);
+    return window.GetBestSize().y;
+}
 
 void SetAccessibleRole(const wxWindow& /*window*/, AccessibleRole /*role*/) {}
 

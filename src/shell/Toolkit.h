@@ -4,12 +4,15 @@
 #include <wx/string.h>
 
 #include <functional>
+#include <vector>
 
 class wxColour;
 class wxListCtrl;
 class wxRadioBox;
 class wxScrolledWindow;
 class wxSpinCtrl;
+class wxStaticText;
+class wxToolBar;
 class wxTopLevelWindow;
 class wxWindow;
 
@@ -20,6 +23,12 @@ class wxWindow;
 // Sets what a screen reader says for a window that has no words of its own: one that paints itself,
 // or a control whose label stands beside it.
 void SetAccessibleName(const wxWindow& window, const wxString& name);
+
+// Sets what a screen reader says after the name of a window.
+void SetAccessibleDescription(const wxWindow& window, const wxString& description);
+
+// Lets screen readers say the labels of tools that show pictures alone.
+void NameTools(wxToolBar& bar);
 
 // Sets the kind of control that a screen reader announces for a window that paints itself. The
 // library's own controls announce theirs.
@@ -101,6 +110,20 @@ bool IsTiled(const wxTopLevelWindow& window);
 // Opens an address in the desktop's program for web pages. Returns false if there is none. The
 // address arrives unchanged, even with a section of a local page.
 bool OpenInBrowser(const wxString& address);
+
+// Returns the radius of the corners that the desktop's theme gives to buttons, in logical pixels.
+int GetThemeCornerRadius();
+
+// A piece of a text and how it is marked. The marks differ in form; a colour comes in addition.
+enum class TextMark { None, Wavy, Underlined, Struck };
+struct MarkedText {
+    wxString Text;
+    TextMark Mark = TextMark::None;
+};
+// Shows the pieces as one text in their own direction of writing, wrapped at a width in pixels, on
+// a background of that colour. Returns the height that they need. Elsewhere the marks are missing.
+int SetMarkedText(wxStaticText& window, const std::vector<MarkedText>& pieces,
+                  const wxColour& background, int width);
 
 // Sends the event of a pressed button from a control that paints itself.
 void SendPress(wxWindow& control);

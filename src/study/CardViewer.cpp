@@ -14,18 +14,9 @@
 #include "shell/MenuBar.h"
 #include "shell/Toolkit.h"
 
-namespace {
-
-constexpr int kHeight = 256;
-
-}  // namespace
-
-wxBitmap MakeStudyCover(const wxColour& top, const wxColour& bottom) {
-    wxImage image(1, kHeight, false);
-    for (int y = 0; y < kHeight; ++y) {
-        const wxColour colour = MixColours(top, bottom, (y + 1.0) / kHeight);
-        image.SetRGB(0, y, colour.Red(), colour.Green(), colour.Blue());
-    }
+wxBitmap MakeStudyCover(const wxColour& colour) {
+    wxImage image(1, 1, false);
+    image.SetRGB(0, 0, colour.Red(), colour.Green(), colour.Blue());
     return wxBitmap(image);
 }
 

@@ -13,9 +13,9 @@
 
 class wxDC;
 
-// The picture that hides the back of a card: one pixel wide and 256 high, from the first colour at
-// the top to the second at the bottom, to be stretched over whatever it covers.
-wxBitmap MakeStudyCover(const wxColour& top, const wxColour& bottom);
+// The picture that hides the back of a card: one pixel of that colour, to be stretched over
+// whatever it covers. It is plain, as a gradient would draw the eye to what has nothing to tell.
+wxBitmap MakeStudyCover(const wxColour& colour);
 
 // Where the two sides of a card stand on the surface that they scroll on together. A line of one
 // pixel divides them.

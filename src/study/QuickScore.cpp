@@ -92,7 +92,8 @@ bool QuickScore::Enable(bool enable) {
 
 int32_t QuickScore::ItemAt(const wxPoint& point) const {
     const auto count = static_cast<int32_t>(GetCount());
-    if (point.x < 0 || point.x >= GetClientSize().x || point.y < 0 ||
+    const wxRect first = GetItemRect(0);
+    if (point.x < first.x || point.x >= GetClientSize().x || point.y < 0 ||
         point.y >= mItemHeight * count) {
         return -1;
     }
@@ -100,7 +101,18 @@ int32_t QuickScore::ItemAt(const wxPoint& point) const {
 }
 
 wxRect QuickScore::GetItemRect(int32_t n) const {
-    return wxRect(0, n * mItemHeight, std::max(mItemWidth, GetClientSize().x), mItemHeight);
+    const int32_t client = GetClientSize().x;
+    int32_t width = std::max(mItemWidth, client);
+    if (mNoteWidth > 0) {
+        width = std::min(width, mItemWidth + mNoteWidth);
+    }
+    return wxRect(std::max(client - width, 0), n * mItemHeight, width, mItemHeight);
+}
+
+void QuickScore::ReserveNotes(const std::vector<wxString>& widest) {
+    mWidestNotes = widest;
+    UpdateMetrics();
+    Refresh();
 }
 
 wxSize QuickScore::DoGetBestClientSize() const {
@@ -145,24 +157,36 @@ void QuickScore::UpdateMetrics() {
     dc.SetFont(GetFont());
     // The context gives an inch in pixels of the screen, but everything else in logical pixels.
     const double ppi = dc.GetPPI().y / GetContentScaleFactor();
-    int32_t textWidth = 0;
     int32_t textHeight = 0;
-    for (const wxString& label : mStrings) {
+    const auto measure = [&dc, &textHeight](const wxString& text) {
         wxCoord width = 0;
         wxCoord height = 0;
         wxCoord externalLeading = 0;
-        dc.GetTextExtent(label, &width, &height, nullptr, &externalLeading);
-        textWidth = std::max(textWidth, width);
+        dc.GetTextExtent(text, &width, &height, nullptr, &externalLeading);
         textHeight = std::max(textHeight, height + externalLeading);
+        return width;
+    };
+    const bool hasWords = std::any_of(mStrings.begin(), mStrings.end(),
+                                      [](const wxString& label) { return label.length() > 1; });
+    dc.SetFont(GetFont().Bold());
+    mFigureWidth = hasWords ? measure("0") * 5 / 2 : 0;
+    dc.SetFont(GetFont());
+    int32_t textWidth = 0;
+    for (int32_t n = 0; n < static_cast<int32_t>(GetCount()); ++n) {
+        const LabelParts parts = SplitLabel(n);
+        const int32_t figure = parts.Figure.empty() ? 0 : mFigureWidth;
+        textWidth = std::max(textWidth, figure + measure(parts.Words));
     }
     const auto pad = static_cast<int32_t>(std::ceil(mMargin / 96.0 * ppi));
     const int32_t total = textHeight + 2 * pad;
     const int32_t quarter = total / 4;
-    if (mItemHeight != total + 1) {
-        mItemHeight = total + 1;
-        mDefaultBitmap = wxNullBitmap;
+    mSignWidth = hasWords ? total / 2 : 0;
+    mItemHeight = total + 1;
+    mItemWidth = std::max(mItemHeight, mSignWidth + textWidth + (hasWords ? 3 : 2) * quarter + 1);
+    mNoteWidth = 0;
+    for (const wxString& note : mWidestNotes) {
+        mNoteWidth = std::max(mNoteWidth, measure(note) + 4 * quarter);
     }
-    mItemWidth = std::max(mItemHeight, textWidth + 2 * quarter + 1);
     mPadY = pad;
     mPadX = quarter;
     InvalidateBestSize();

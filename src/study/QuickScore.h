@@ -1,7 +1,6 @@
 #pragma once
 
 #include <wx/arrstr.h>
-#include <wx/bitmap.h>
 #include <wx/ctrlsub.h>
 #include <wx/event.h>
 #include <wx/stopwatch.h>
@@ -18,7 +17,7 @@ wxDECLARE_EVENT(EVT_QUICKSCORE_PAGE_UP, wxCommandEvent);
 wxDECLARE_EVENT(EVT_QUICKSCORE_PAGE_DOWN, wxCommandEvent);
 
 // A column of large buttons: a single-selection list to its container, push buttons to the user.
-// The cursor is the item with the focus rectangle and is what GetSelection returns; the mark is the
+// The cursor is the item with the frame and is what GetSelection returns; the mark is the
 // highlighted item, the recorded score of a card in the history. A key or the mouse presses an item
 // and the release chooses it. Only a key that truly goes down starts a press. A key that repeats,
 // because it has been held down since before, here or in another window, does not.
@@ -61,10 +60,21 @@ class QuickScore : public wxControlWithItems {
     // Called when the keys come back from a menu or another window. Keys that are down now were
     // pressed there, and start no press before they have been released.
     void ResumeKeys();
+    // Takes the focus from a field in which a key went down that is still held: its repeats and
+    // its release belong to the field.
+    void TakeFocusWithKey(int key);
 
     // Sets the tips of the single items, which replace the control's own; an empty list keeps that
     // one.
     void SetItemTips(const std::vector<wxString>& tips);
+
+    // Sets what stands at the right end of each item, such as when a card comes back; an empty list
+    // takes the notes away. The widest ones reserve room, so that the items keep their width
+    // whatever the notes say. With notes the items stand at the right of the control, as wide as
+    // they and their notes need, and else they fill it.
+    void SetNotes(const std::vector<wxString>& notes) { mNotes = notes, Refresh(); }
+    void ReserveNotes(const std::vector<wxString>& widest);
+    const std::vector<wxString>& GetNotes() const { return mNotes; }
 
     // Inner margin of an item in 1/96 inch.
     void SetMargin(int32_t units);
@@ -91,12 +101,17 @@ class QuickScore : public wxControlWithItems {
   private:
     void ForgetPositions();
     void UpdateMetrics();
-    void EnsureBitmaps();
     void RefreshItem(int32_t n);
-    const wxBitmap& ItemBitmap(int32_t n) const;
+    // A label as it is drawn; the figure is empty where the label has none.
+    struct LabelParts {
+        wxString Figure;
+        wxString Words;
+    };
+    LabelParts SplitLabel(int32_t n) const;
     void PaintItem(wxDC& dc, int32_t n);
-    void PaintBitmap(wxDC& dc, const wxBitmap& bitmap, const wxRect& item) const;
-    void PaintFocus(wxDC& dc, const wxRect& rect) const;
+    void PaintButton(wxDC& dc, const wxRect& button, int32_t n);
+    void PaintSign(wxDC& dc, const wxRect& place, int32_t n) const;
+    void PaintNote(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const;
 
     void MoveCursor(int32_t n, bool notify);
     // Moves the mark; a direction other than 0 says that the user chose it.
@@ -159,7 +174,7 @@ class QuickScore : public wxControlWithItems {
     long mClickTime = 0;
     bool mClickChose = false;
     std::vector<wxString> mItemTips;
-    // The item under the pointer, or -1.
+    // The item under the pointer, or -1; it looks like a button that can be pressed.
     int32_t mTipItem = -1;
     // Rotation of the wheel that has not yet moved the cursor.
     int32_t mWheelRest = 0;
@@ -171,16 +186,16 @@ class QuickScore : public wxControlWithItems {
     int32_t mItemWidth = 0;
     wxArrayString mStrings;
     std::vector<void*> mClientData;
-    wxBitmap mDefaultBitmap;
-    wxBitmap mSelectedBitmap;
-    wxBitmap mPressedBitmap;
-    wxBitmap mDisabledBitmap;
-    // The background that the four pictures were painted on.
-    wxColour mBitmapBackground;
-    bool mIsDark = false;
     int32_t mMargin = 3;
     int32_t mPadX = 0;
     int32_t mPadY = 0;
+    // Room for the sign and the figure before the words. Both are 0 while every label is a figure.
+    int32_t mSignWidth = 0;
+    int32_t mFigureWidth = 0;
+    std::vector<wxString> mNotes;
+    std::vector<wxString> mWidestNotes;
+    // Room for the widest note; 0 without notes.
+    int32_t mNoteWidth = 0;
 
     wxDECLARE_DYNAMIC_CLASS(QuickScore);
 };

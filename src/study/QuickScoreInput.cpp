@@ -104,6 +104,11 @@ void QuickScore::ResumeKeys() {
     }
 }
 
+void QuickScore::TakeFocusWithKey(int key) {
+    SetFocus();
+    mDownKeys.insert(key);
+}
+
 void QuickScore::ForgetLostKeys(int present) {
     const auto isLost = [this, present](int key) {
         return key != present && !IsKeyDown(key).value_or(true);
@@ -252,6 +257,7 @@ void QuickScore::OnKillFocus(wxFocusEvent& event) {
 
 void QuickScore::OnLeaveWindow(wxMouseEvent& event) {
     ClearPressed();
+    ShowTipOf(-1);
     event.Skip();
 }
 
@@ -340,7 +346,11 @@ void QuickScore::SetItemTips(const std::vector<wxString>& tips) {
 }
 
 void QuickScore::ShowTipOf(int32_t item) {
-    mTipItem = item;
+    if (item != mTipItem) {
+        RefreshItem(mTipItem);
+        RefreshItem(item);
+        mTipItem = item;
+    }
     const auto index = static_cast<size_t>(item);
     if (item >= 0 && index < mItemTips.size() && GetToolTipText() != mItemTips[index]) {
         SetToolTip(mItemTips[index]);

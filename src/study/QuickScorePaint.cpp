@@ -2,178 +2,140 @@
 
 #include <wx/brush.h>
 #include <wx/dcbuffer.h>
-#include <wx/dcmemory.h>
-#include <wx/image.h>
 #include <wx/pen.h>
+#include <wx/renderer.h>
 #include <wx/settings.h>
 
-#include <cmath>
+#include <algorithm>
 
 #include "shell/Toolkit.h"
 
-// How the control looks. Each state of a button is a square picture, made once; PaintBitmap
-// stretches its middle column to the width of the item.
+// How the control looks. The desktop's theme paints the buttons in its own colours, corners and
+// contrast; they replace gradients of our own, which fitted no theme. Inside each one stand, from
+// left to right: a sign, the figure of the key, the words, and the note at the other end.
+//
+//     | > 3   Pass (with difficulty)      60 minutes |
+//
+// The signs tell without colours what the colours tell as well: a triangle and a frame show the
+// cursor, a tick the recorded score.
 
 namespace {
 
-// The picture is painted at four times its size; scaling it down smooths the round corners.
-constexpr int32_t kOversampling = 4;
+// Logical pixels of the strokes.
+constexpr int kStroke = 2;
+// Logical pixels that stay clear between two buttons.
+constexpr int kBetween = 1;
+constexpr int32_t kHighestScore = 5;
 
-// Fades from the background outside to nearly grey inside.
-void PaintShadow(wxDC& dc, wxRect shadow, int32_t radius, const wxColour& background) {
-    constexpr int32_t kSteps = 8;
-    const wxColour grey(127, 127, 127);
-    for (int32_t k = 1; k <= kSteps; ++k) {
-        const wxColour colour = MixColours(background, grey, static_cast<double>(k) / kSteps);
-        dc.SetPen(wxPen(colour, kSteps));
-        dc.SetBrush(wxBrush(colour));
-        dc.DrawRoundedRectangle(shadow, radius);
-        shadow.Deflate(1);
-    }
-}
-
-// Returns by how many pixels the round corner shortens row y at each end.
-int32_t RowInset(int32_t y, int32_t height, int32_t radius) {
-    int32_t d = 0;
-    if (y < radius) {
-        d = radius - y;
-    } else if (y > height - radius) {
-        d = y - height + radius;
-    } else {
-        return 0;
-    }
-    return radius - static_cast<int32_t>(std::sqrt(static_cast<double>(radius * radius - d * d)));
-}
-
-void PaintGradient(wxDC& dc, const wxRect& button, int32_t radius, const wxColour& top,
-                   const wxColour& bottom) {
-    for (int32_t y = 0; y < button.height; ++y) {
-        const double t = button.height > 1 ? static_cast<double>(y) / (button.height - 1) : 0.0;
-        const int32_t inset = RowInset(y, button.height, radius);
-        dc.SetPen(wxPen(MixColours(top, bottom, t), 1));
-        dc.DrawLine(button.x + inset, button.y + y, button.x + button.width - inset, button.y + y);
-    }
-}
-
-// A square picture of a button with round corners: a gradient from top to bottom, with a drop
-// shadow, or pressed in when sunk. The size is in logical pixels; the bitmap has scale times as
-// many.
-wxBitmap MakeButtonBitmap(int32_t size, const wxColour& background, const wxColour& top,
-                          const wxColour& bottom, bool sunk, double scale) {
-    const int32_t s = kOversampling;
-    const int32_t edge = size - 1;
-    const int32_t radius = edge / 4 * s;
-    wxBitmap canvas(size * s, size * s);
-    wxMemoryDC dc(canvas);
-    dc.SetPen(wxPen(background));
-    dc.SetBrush(wxBrush(background));
-    dc.DrawRectangle(0, 0, size * s, size * s);
-
-    const int32_t origin = sunk ? s : 0;
-    wxRect button(origin, origin, edge * s, edge * s);
-    button.Deflate(2);
-    if (!sunk) {
-        wxRect shadow = button;
-        shadow.Offset(s, s);
-        PaintShadow(dc, shadow, radius, background);
-    }
-    PaintGradient(dc, button, radius, sunk ? bottom : top, sunk ? top : bottom);
-    dc.SetBrush(*wxTRANSPARENT_BRUSH);
-    dc.SetPen(wxPen(wxColour(102, 102, 102), s));
-    dc.DrawRoundedRectangle(button, radius);
-    dc.SelectObject(wxNullBitmap);
-
-    const int pixels = static_cast<int>(std::lround(size * scale));
-    const wxImage image = canvas.ConvertToImage();
-    // Normal scaling averages whole blocks of pixels; with a fraction it would leave pixels out.
-    const auto quality =
-        image.GetWidth() % pixels == 0 ? wxIMAGE_QUALITY_NORMAL : wxIMAGE_QUALITY_HIGH;
-    return wxBitmap(image.Scale(pixels, pixels, quality), wxBITMAP_SCREEN_DEPTH, scale);
+wxColour SystemColour(wxSystemColour colour) {
+    return wxSystemSettings::GetColour(colour);
 }
 
 }  // namespace
 
-// Makes the pictures of the four states anew when size, background, screen or theme have changed.
-void QuickScore::EnsureBitmaps() {
-    const wxColour background = GetBackgroundColour();
-    const double scale = GetContentScaleFactor();
-    if (mDefaultBitmap.IsOk() && mDefaultBitmap.GetScaleFactor() == scale &&
-        mBitmapBackground == background) {
-        return;
+// Labels such as "5 - Pass" begin with the key of their item, which stands apart from the words.
+QuickScore::LabelParts QuickScore::SplitLabel(int32_t n) const {
+    const wxString& label = mStrings[static_cast<size_t>(n)];
+    wxString words;
+    if (label.StartsWith(wxString::Format("%i - ", kHighestScore - n), &words)) {
+        return {label.Left(1), words};
     }
-    const wxColour face = wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE);
-    const int32_t size = mItemHeight;
-    // Light buttons would shine in a dark window.
-    mIsDark = background.GetLuminance() < 0.5;
-    const wxColour top = mIsDark ? wxColour(92, 92, 92) : *wxWHITE;
-    const wxColour grey = mIsDark ? wxColour(66, 66, 66) : wxColour(197, 197, 197);
-    const wxColour blue = mIsDark ? wxColour(45, 75, 168) : wxColour(97, 127, 220);
-    mDefaultBitmap = MakeButtonBitmap(size, background, top, grey, false, scale);
-    mSelectedBitmap = MakeButtonBitmap(size, background, top, blue, false, scale);
-    mPressedBitmap = MakeButtonBitmap(size, background, top, blue, true, scale);
-    mDisabledBitmap = MakeButtonBitmap(size, background, face, face, true, scale);
-    mBitmapBackground = background;
+    return {wxString(), label};
 }
 
-const wxBitmap& QuickScore::ItemBitmap(int32_t n) const {
+void QuickScore::PaintButton(wxDC& dc, const wxRect& button, int32_t n) {
+    int flags = 0;
     if (!IsEnabled()) {
-        return mDisabledBitmap;
+        flags = wxCONTROL_DISABLED;
+    } else if (n == mPressed) {
+        flags = wxCONTROL_PRESSED;
+    } else if (n == mTipItem) {
+        flags = wxCONTROL_CURRENT;
     }
-    if (n == mPressed) {
-        return mPressedBitmap;
+    wxRendererNative::Get().DrawPushButton(this, dc, button, flags);
+    const int32_t radius = GetThemeCornerRadius();
+    if (IsEnabled() && n == mMark && n != mPressed) {
+        dc.SetPen(*wxTRANSPARENT_PEN);
+        dc.SetBrush(wxBrush(SystemColour(wxSYS_COLOUR_HIGHLIGHT)));
+        dc.DrawRoundedRectangle(button, radius);
     }
-    return n == mMark ? mSelectedBitmap : mDefaultBitmap;
+    if (IsEnabled() && n == mCursor && HasFocus()) {
+        const int stroke = FromDIP(kStroke);
+        wxRect frame(button);
+        frame.Deflate(stroke / 2);
+        dc.SetPen(wxPen(SystemColour(wxSYS_COLOUR_BTNTEXT), stroke));
+        dc.SetBrush(*wxTRANSPARENT_BRUSH);
+        dc.DrawRoundedRectangle(frame, radius);
+    }
+}
+
+// Draws the tick of the recorded score, or else the triangle of the cursor.
+void QuickScore::PaintSign(wxDC& dc, const wxRect& place, int32_t n) const {
+    const int size = place.width;
+    const wxPoint middle(place.x + size / 2, place.y + place.height / 2);
+    if (n == mMark) {
+        const wxPoint tick[] = {middle + wxPoint(-size * 3 / 8, 0),
+                                middle + wxPoint(-size / 8, size / 4),
+                                middle + wxPoint(size * 3 / 8, -size * 3 / 8)};
+        dc.SetPen(wxPen(dc.GetTextForeground(), FromDIP(kStroke)));
+        dc.DrawLines(static_cast<int>(std::size(tick)), tick);
+    } else if (n == mCursor) {
+        const wxPoint triangle[] = {middle + wxPoint(-size / 4, -size * 3 / 8),
+                                    middle + wxPoint(-size / 4, size * 3 / 8),
+                                    middle + wxPoint(size / 4, 0)};
+        dc.SetPen(*wxTRANSPARENT_PEN);
+        dc.SetBrush(wxBrush(dc.GetTextForeground()));
+        dc.DrawPolygon(static_cast<int>(std::size(triangle)), triangle);
+    }
 }
 
 void QuickScore::PaintItem(wxDC& dc, int32_t n) {
-    const wxRect item = GetItemRect(n);
-    const int32_t shift = IsEnabled() && n == mPressed ? 1 : 0;
-    PaintBitmap(dc, ItemBitmap(n), item);
-    if (IsEnabled() && n == mCursor && HasFocus()) {
-        wxRect focus(item.x, item.y, item.width - 1, item.height);
-        focus.Deflate(2);
-        focus.x += shift;
-        focus.y += shift;
-        PaintFocus(dc, focus);
+    wxRect button = GetItemRect(n);
+    button.height -= FromDIP(kBetween);
+    PaintButton(dc, button, n);
+    const bool isMarked = n == mMark && n != mPressed;
+    dc.SetTextForeground(SystemColour(!IsEnabled() ? wxSYS_COLOUR_GRAYTEXT
+                                      : isMarked   ? wxSYS_COLOUR_HIGHLIGHTTEXT
+                                                   : wxSYS_COLOUR_BTNTEXT));
+    const int32_t y = button.y + mPadY;
+    if (mSignWidth == 0) {
+        // A single figure: its sign stands in the margin beside it.
+        const wxString& figure = mStrings[static_cast<size_t>(n)];
+        dc.DrawText(figure, button.x + (button.width - dc.GetTextExtent(figure).x) / 2, y);
+        PaintSign(dc, wxRect(button.x + FromDIP(kStroke), button.y, mPadX, button.height), n);
+        return;
     }
-    const wxString& label = mStrings[static_cast<size_t>(n)];
-    int32_t x = item.x + mPadX;
-    if (HasFlag(wxALIGN_CENTRE)) {
-        x = item.x + (item.width - dc.GetTextExtent(label).x) / 2;
+    int32_t x = button.x + mPadX;
+    PaintSign(dc, wxRect(x, button.y, mSignWidth, button.height), n);
+    x += mSignWidth + mPadX;
+    const LabelParts parts = SplitLabel(n);
+    if (!parts.Figure.empty()) {
+        dc.SetFont(GetFont().Bold());
+        dc.DrawText(parts.Figure, x, y);
+        dc.SetFont(GetFont());
+        x += mFigureWidth;
     }
-    dc.DrawText(label, x + shift, item.y + mPadY + shift);
+    dc.DrawText(parts.Words, x, y);
+    PaintNote(dc, button, x + dc.GetTextExtent(parts.Words).x, n);
 }
 
-// Draws both ends of the button as they are, and its middle column stretched between them.
-void QuickScore::PaintBitmap(wxDC& dc, const wxBitmap& bitmap, const wxRect& item) const {
-    const int32_t size = mItemHeight;
-    const int32_t left = size / 2;
-    const int32_t right = size - left;
-    wxMemoryDC button;
-    button.SelectObjectAsSource(bitmap);
-    dc.Blit(item.x, item.y, left, size, &button, 0, 0);
-    dc.Blit(item.x + item.width - right, item.y, right, size, &button, left, 0);
-    const int32_t gap = item.width - size;
-    if (gap > 0) {
-        dc.StretchBlit(item.x + left, item.y, gap, size, &button, left, 0, 1, size);
+// Draws the note at the right end, as far as the words leave it room.
+void QuickScore::PaintNote(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const {
+    const auto index = static_cast<size_t>(n);
+    if (mNoteWidth == 0 || index >= mNotes.size()) {
+        return;
     }
-}
-
-// Draws a rectangle of our own, which can be seen on the button.
-void QuickScore::PaintFocus(wxDC& dc, const wxRect& rect) const {
-    dc.SetPen(wxPen(mIsDark ? *wxWHITE : *wxBLACK, 1, wxPENSTYLE_DOT));
-    dc.SetBrush(*wxTRANSPARENT_BRUSH);
-    dc.DrawRectangle(rect);
+    const int32_t right = button.GetRight() - 2 * mPadX;
+    const int32_t room = std::max(right - wordsEnd - 2 * mPadX, 0);
+    const wxString note = Ellipsize(mNotes[index], dc, wxELLIPSIZE_END, room);
+    dc.DrawText(note, right - dc.GetTextExtent(note).x, button.y + mPadY);
 }
 
 void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
-    EnsureBitmaps();
     wxAutoBufferedPaintDC dc(this);
     dc.SetBackground(wxBrush(GetBackgroundColour()));
     dc.Clear();
     dc.SetFont(GetFont());
-    dc.SetTextForeground(IsEnabled() ? (mIsDark ? *wxWHITE : *wxBLACK)
-                                     : wxSystemSettings::GetColour(wxSYS_COLOUR_GRAYTEXT));
     for (int32_t n = 0; n < static_cast<int32_t>(GetCount()); ++n) {
         if (GetUpdateRegion().Contains(GetItemRect(n)) != wxOutRegion) {
             PaintItem(dc, n);
@@ -182,7 +144,6 @@ void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
 }
 
 void QuickScore::OnSystemColourChanged(wxSysColourChangedEvent& event) {
-    mDefaultBitmap = wxNullBitmap;
     UpdateMetrics();
     if (mMinItemHeight > 0) {
         // Labels wider than the present ones may have set the width.

@@ -6,6 +6,7 @@
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/statusbr.h>
+#include <wx/textctrl.h>
 #include <wx/toolbar.h>
 #include <wx/utils.h>
 
@@ -136,8 +137,9 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
 StudyFrame::~StudyFrame() = default;
 
 void StudyFrame::CreateBars() {
+    // The pictures say enough; tips and screen readers have the words.
     mpToolBar = new wxToolBar(this, kPanelId, wxDefaultPosition, wxDefaultSize,
-                              wxTB_HORIZONTAL | wxTB_TEXT | wxTB_NODIVIDER, "toolbar");
+                              wxTB_HORIZONTAL | wxTB_NODIVIDER, "toolbar");
     mpToolBar->SetToolBitmapSize(wxSize(16, 16));
     // Both the tool's tip and the help in the status bar.
     const wxString backHelp = _("View the previous flash card");
@@ -148,6 +150,7 @@ void StudyFrame::CreateBars() {
     mpToolBar->AddTool(wxID_FORWARD, _("Forward"), LoadResourceBitmap("icons/forward_tool.png"),
                        wxBitmapBundle(), wxITEM_NORMAL, forwardHelp, forwardHelp);
     mpToolBar->Realize();
+    NameTools(*mpToolBar);
     SetToolBar(mpToolBar);
 
     mpStatusBar = new wxStatusBar(this, kStatusBarId, wxSTB_DEFAULT_STYLE, "statusBar");
@@ -180,15 +183,14 @@ void StudyFrame::CreateContent() {
     mpCardViewer->SetScrollRate(0, 1);
     // It has no use for keys and would not show that it has the focus.
     mpCardViewer->SetCanFocus(false);
-    mpCardSizer->Add(mpCardViewer, wxSizerFlags(1).Expand());
+    auto* const card = new wxBoxSizer(wxVERTICAL);
+    mpCardSizer->Add(card, wxSizerFlags(1).Expand());
+    card->Add(mpCardViewer, wxSizerFlags(1).Expand());
+    CreateAnswer(*card);
 
     mpQuickScore = new QuickScore(this, kQuickScoreId, wxDefaultPosition, wxSize(100, 100),
                                   wxBORDER_NONE | wxWANTS_CHARS, "panel");
-    mpForecast = new ScoreForecast(this, *mpQuickScore);
-    auto* const scores = new wxBoxSizer(wxHORIZONTAL);
-    scores->Add(mpForecast, wxSizerFlags(1).Expand());
-    scores->Add(mpQuickScore, wxSizerFlags().Border(wxALL, FromDIP(kScoreBorder)));
-    mpCardSizer->Add(scores, wxSizerFlags().Expand());
+    mpCardSizer->Add(mpQuickScore, wxSizerFlags().Expand().Border(wxALL, FromDIP(kScoreBorder)));
     // The menu key arrives here, where the focus is, but the menu belongs to the card.
     mpQuickScore->Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent& event) {
         if (event.GetPosition() == wxDefaultPosition) {
@@ -197,6 +199,7 @@ void StudyFrame::CreateContent() {
     });
 
     mpMessagePanel = new wxPanel(this);
+    mpMessagePanel->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     mpMessageText =
         new wxStaticText(mpMessagePanel, wxID_STATIC, _("Static text"), wxDefaultPosition,
                          wxDefaultSize, wxALIGN_CENTRE, "staticText");
@@ -213,6 +216,7 @@ void StudyFrame::CreateContent() {
     mpQuickScore->SetMargin(kNormalMargin);
     const ScoreLabels labels = GetScoreLabels(false);
     mpQuickScore->SetItems(labels.data(), labels.size());
+    mpQuickScore->ReserveNotes(WidestReturnTexts());
 }
 
 void StudyFrame::RestoreLayout() {
@@ -224,8 +228,7 @@ void StudyFrame::RestoreLayout() {
 }
 
 void StudyFrame::RebuildCover() {
-    mCoverBitmap = MakeStudyCover(wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOW),
-                                  wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+    mCoverBitmap = MakeStudyCover(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
 }
 
 bool StudyFrame::Show(bool show) {
@@ -287,6 +290,7 @@ void StudyFrame::UpdateCard(bool newCard) {
             mDefaultScore = kStartScore;
             mBackShown = false;
             mCurrentCardId = card.CardId;
+            ForgetAnswer();
         }
         step = {card.CardId, mpScheduler->GetHistoryIndex(), IsBackVisible(), mReverseStudy};
         UpdateScoreLabels();
@@ -298,6 +302,7 @@ void StudyFrame::UpdateCard(bool newCard) {
     } else {
         UpdateMessage();
     }
+    UpdateAnswer();
     UpdateCategoryText();
     UpdateDay();
     UpdateBreakBar();
@@ -320,6 +325,9 @@ wxWindow& StudyFrame::KeyWindow() {
     if (mpMessagePanel->IsShown()) {
         return *mpMessagePanel;
     }
+    if (mpAnswerField->IsShown()) {
+        return *mpAnswerField;
+    }
     return *mpQuickScore;
 }
 
@@ -327,8 +335,9 @@ void StudyFrame::ShowCardOrMessage(bool hasCard) {
     wxSizer* const sizer = GetSizer();
     if (sizer->IsShown(mpCardSizer) != hasCard || mpMessagePanel->IsShown() == hasCard) {
         sizer->Show(mpCardSizer, hasCard);
-        // Shows all that the sizer holds, the forecast too.
-        mpForecast->Show(hasCard && !IsCompact());
+        // Shows all that the sizer holds; UpdateAnswer knows better.
+        mpAnswerField->Hide();
+        mpAnswerResult->Hide();
         sizer->Show(mpMessagePanel, !hasCard);
         Layout();
         TakeKeys();
@@ -382,27 +391,24 @@ void StudyFrame::UpdateScoreLabels() {
 }
 
 void StudyFrame::UpdateForecast() {
-    ScoreLabels texts;
+    mReturns.clear();
     std::vector<wxString> tips;
     if (IsBackVisible()) {
         const ScoreLabels labels = GetScoreLabels(false);
-        for (size_t i = 0; i < texts.size(); ++i) {
+        for (size_t i = 0; i < labels.size(); ++i) {
             const int score = kHighestScore - static_cast<int>(i);
-            texts.at(i) = ReturnText(mpScheduler->PredictInterval(score));
-            tips.push_back(SelectScoreTip() + "\n" + labels.at(i) + ": " + texts.at(i));
+            mReturns.push_back(ReturnText(mpScheduler->PredictInterval(score)));
+            tips.push_back(SelectScoreTip() + "\n" + labels.at(i) + ": " + mReturns.at(i));
         }
     }
-    mpForecast->SetTexts(texts);
+    mpQuickScore->SetNotes(mReturns);
     mpQuickScore->SetItemTips(IsCompact() ? tips : std::vector<wxString>());
 }
 
 wxString StudyFrame::SpokenScore() const {
-    const int position = mpQuickScore->GetSelection();
+    const auto position = static_cast<size_t>(mpQuickScore->GetSelection());
     const wxString label = mpQuickScore->GetStringSelection();
-    const wxString returns = position == wxNOT_FOUND
-                                 ? wxString()
-                                 : mpForecast->GetTexts().at(static_cast<size_t>(position));
-    return returns.empty() ? label : label + ", " + returns;
+    return position < mReturns.size() ? label + ", " + mReturns[position] : label;
 }
 
 void StudyFrame::UpdateScorePosition() {
@@ -456,6 +462,7 @@ void StudyFrame::UpdateSides(const FlashCard& card) {
 
 void StudyFrame::ShowBack() {
     if (!mBackShown && HasCard()) {
+        CheckTypedAnswer();
         mBackShown = true;
         UpdateCard(false);
         mpCardViewer->ScrollToSecond();
@@ -463,14 +470,22 @@ void StudyFrame::ShowBack() {
 }
 
 void StudyFrame::ApplySettings() {
-    mpCardViewer->SetFont(CardFont());
+    const wxFont font = CardFont();
+    mpCardViewer->SetFont(font);
     mpCardViewer->SetMinSize(wxSize(-1, kLeastLines * mpCardViewer->GetCharHeight()));
     GrowToFit();
     const wxColour text = ReadColourSetting(kSettingFontColor);
     mpCardViewer->SetFirstColour(text);
     mpCardViewer->SetSecondColour(text);
-    mpCardViewer->SetBackgroundColour(ReadColourSetting(kSettingStudyBgColor));
-    mpCardViewer->Refresh();
+    // The scores lie on the card, as a strip of another colour would tell nothing.
+    const wxColour ground = ReadColourSetting(kSettingStudyBgColor);
+    for (wxWindow* const window :
+         {static_cast<wxWindow*>(this), static_cast<wxWindow*>(mpCardViewer),
+          static_cast<wxWindow*>(mpQuickScore)}) {
+        window->SetBackgroundColour(ground);
+        window->Refresh();
+    }
+    StyleAnswer(font, text);
     ApplyStudySettings();
 }
 
@@ -501,7 +516,7 @@ void StudyFrame::SetCompactScoring(bool compact) {
         return;
     }
     mpCardSizer->SetOrientation(compact ? wxHORIZONTAL : wxVERTICAL);
-    mpForecast->Show(!compact);
+    mpQuickScore->ReserveNotes(compact ? std::vector<wxString>() : WidestReturnTexts());
     mpQuickScore->SetMargin(compact ? kCompactMargin : kNormalMargin);
     const ScoreLabels labels = GetScoreLabels(compact);
     mpQuickScore->SetItems(labels.data(), labels.size());
@@ -613,12 +628,12 @@ void StudyFrame::OnChildFocus(wxChildFocusEvent& event) {
 }
 
 void StudyFrame::OnNavigationKey(wxNavigationKeyEvent& /*event*/) {
-    GiveFocus(KeyWindow());
+    GiveFocus(IsTyping() ? *mpQuickScore : KeyWindow());
 }
 
 void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
     event.Skip();
-    SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+    mpMessagePanel->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
     RebuildCover();
     mpBreakBar->UseColours();
     ApplySettings();

@@ -4,9 +4,11 @@
 #include <wx/frame.h>
 #include <wx/modalhook.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <tuple>
 #include <vector>
 
@@ -14,6 +16,7 @@
 #include "scheduler/StudyDay.h"
 #include "store/CardUuid.h"
 #include "store/Subject.h"
+#include "study/TypedAnswer.h"
 
 class AppServices;
 class BreakBar;
@@ -22,11 +25,11 @@ class CategoryList;
 class DayBar;
 class Database;
 class QuickScore;
-class ScoreForecast;
 class wxBoxSizer;
 class wxDropDownWindow;
 class wxPanel;
 class wxStaticText;
+class wxTextCtrl;
 
 // The window in which the user works through the cards: the front of a card, its back, a score, the
 // next card, and the way back through the cards scored last. Owns the Scheduler and is its only
@@ -173,6 +176,22 @@ class StudyFrame : public wxFrame {
     void DismissDayMessage();
     void ShowMoreToday();
 
+    // Typing the answer; see StudyFrameAnswer.cpp.
+    void CreateAnswer(wxSizer& sizer);
+    // Whether the user types the answers of the present direction.
+    bool TypesAnswer() const { return mTypesAnswer.at(mReverseStudy ? 1 : 0); }
+    void SetTypesAnswer(bool types);
+    // True while the field has the keys.
+    bool IsTyping() const;
+    void ForgetAnswer();
+    void CheckTypedAnswer();
+    // Shows the field, the line of differences, or neither.
+    void UpdateAnswer();
+    void ShowDifferences();
+    void StyleAnswer(const wxFont& font, const wxColour& text);
+    void OnAnswerKey(wxKeyEvent& event);
+    void OnAnswerEnter(wxCommandEvent& event);
+
     void OnClose(wxCloseEvent& event);
     void OnActivate(wxActivateEvent& event);
     void OnCharHook(wxKeyEvent& event);
@@ -203,8 +222,16 @@ class StudyFrame : public wxFrame {
     wxBoxSizer* mpCardSizer = nullptr;
     CardViewer* mpCardViewer = nullptr;
     QuickScore* mpQuickScore = nullptr;
-    // Stands left of the scores while they are not compact.
-    ScoreForecast* mpForecast = nullptr;
+    // When the card would come back, by the position of the score; empty before the back is shown.
+    std::vector<wxString> mReturns;
+    wxTextCtrl* mpAnswerField = nullptr;
+    wxStaticText* mpAnswerResult = nullptr;
+    // Front to back, and back to front.
+    std::array<bool, 2> mTypesAnswer{};
+    // What came of the typed answer of the current card, and the side that it was compared with.
+    std::optional<AnswerCheck> mAnswerCheck;
+    wxString mAnswerSide;
+    int mLastAnswerKey = 0;
     BreakBar* mpBreakBar = nullptr;
     // The offer in the bar; stale when the numbers of due cards may have changed.
     wxString mOffer;

@@ -3,6 +3,7 @@
 #include <wx/statusbr.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -27,9 +28,30 @@ constexpr int32_t kGreatestTextStep = 25;
 
 void StudyFrame::AddCommand(int id, const std::function<void(bool checked)>& run,
                             const std::function<void(wxUpdateUIEvent&)>& rule) {
+    // While the answer is typed, commands that also concern texts go on to the application's.
+    const int ofTexts[] = {wxID_UNDO, wxID_CUT, wxID_COPY, wxID_PASTE, wxID_DELETE, wxID_SELECTALL};
+    const bool isOfTexts =
+        std::find(std::begin(ofTexts), std::end(ofTexts), id) != std::end(ofTexts);
     Bind(
-        wxEVT_MENU, [run](wxCommandEvent& event) { run(event.IsChecked()); }, id);
-    Bind(wxEVT_UPDATE_UI, rule, id);
+        wxEVT_MENU,
+        [this, isOfTexts, run](wxCommandEvent& event) {
+            if (isOfTexts && IsTyping()) {
+                event.Skip();
+            } else {
+                run(event.IsChecked());
+            }
+        },
+        id);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this, isOfTexts, rule](wxUpdateUIEvent& event) {
+            if (isOfTexts && IsTyping()) {
+                event.Skip();
+            } else {
+                rule(event);
+            }
+        },
+        id);
 }
 
 void StudyFrame::AddStudyCommands() {
@@ -50,6 +72,9 @@ void StudyFrame::AddStudyCommands() {
         [this](wxUpdateUIEvent& event) {
             event.Enable(mpScheduler != nullptr && mpScheduler->HoldsNewCards());
         });
+    AddCommand(
+        ID_TYPE_ANSWER, [this](bool checked) { SetTypesAnswer(checked); },
+        [this](wxUpdateUIEvent& event) { event.Check(TypesAnswer()); });
     Bind(
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_STUDY);
     Bind(

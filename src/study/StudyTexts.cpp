@@ -50,6 +50,15 @@ wxString ReturnText(const IntervalRange& interval) {
                      : wxString::Format(_("about %s"), IntervalText(middle));
 }
 
+std::vector<wxString> WidestReturnTexts() {
+    std::vector<wxString> texts;
+    for (const float seconds :
+         {50.0f, 50 * 60.0f, 20 * 3600.0f, 50 * 86400.0f, 300 * 86400.0f, 20 * 365 * 86400.0f}) {
+        texts.push_back(ReturnText({0.9f * seconds, 1.1f * seconds}));
+    }
+    return texts;
+}
+
 wxString BreakMessage(const wxDateTime& due, const wxDateTime& now) {
     if (!due.IsValid()) {
         return wxString();

@@ -5,6 +5,7 @@
 #include <wx/string.h>
 
 #include <array>
+#include <vector>
 
 class Scheduler;
 struct CategoryReady;
@@ -27,6 +28,9 @@ wxString SelectScoreTip();
 
 // Says when a card comes back: "4 days", "about 4 days" where chance plays a part, or "at once".
 wxString ReturnText(const IntervalRange& interval);
+
+// Returns texts of that kind among which are the widest ones.
+std::vector<wxString> WidestReturnTexts();
 
 // Says a length of time in its largest unit, such as "3 hours".
 wxString IntervalText(float seconds);
