@@ -14,7 +14,8 @@
 class wxDC;
 
 // The picture that hides the back of a card: one pixel of that colour, to be stretched over
-// whatever it covers. It is plain, as a gradient would draw the eye to what has nothing to tell.
+// whatever it covers. It has the colour of the card: that the back is hidden, the buttons say, and
+// a gradient or a grey area would draw the eye to where nothing stands.
 wxBitmap MakeStudyCover(const wxColour& colour);
 
 // Where the two sides of a card stand on the surface that they scroll on together. A line of one

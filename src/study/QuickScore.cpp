@@ -104,7 +104,8 @@ wxRect QuickScore::GetItemRect(int32_t n) const {
     const int32_t client = GetClientSize().x;
     int32_t width = std::max(mItemWidth, client);
     if (mNoteWidth > 0) {
-        width = std::min(width, mItemWidth + mNoteWidth);
+        // The labels of SetItems may be wider than the present ones, for which the width stays.
+        width = std::min(width, std::max(mItemWidth, GetMinWidth()) + mNoteWidth);
     }
     return wxRect(std::max(client - width, 0), n * mItemHeight, width, mItemHeight);
 }

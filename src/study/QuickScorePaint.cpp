@@ -102,7 +102,7 @@ void QuickScore::PaintItem(wxDC& dc, int32_t n) {
         // A single figure: its sign stands in the margin beside it.
         const wxString& figure = mStrings[static_cast<size_t>(n)];
         dc.DrawText(figure, button.x + (button.width - dc.GetTextExtent(figure).x) / 2, y);
-        PaintSign(dc, wxRect(button.x + FromDIP(kStroke), button.y, mPadX, button.height), n);
+        PaintSign(dc, wxRect(button.x, button.y, 2 * mPadX, button.height), n);
         return;
     }
     int32_t x = button.x + mPadX;

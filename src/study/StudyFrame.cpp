@@ -122,7 +122,6 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     AddCardCommands();
     AddAppearanceCommands();
     AddTextSizeCommands();
-    RebuildCover();
     CreateBars();
     CreateContent();
     ApplySettings();
@@ -228,7 +227,7 @@ void StudyFrame::RestoreLayout() {
 }
 
 void StudyFrame::RebuildCover() {
-    mCoverBitmap = MakeStudyCover(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+    mCoverBitmap = MakeStudyCover(ReadColourSetting(kSettingStudyBgColor));
 }
 
 bool StudyFrame::Show(bool show) {
@@ -401,7 +400,7 @@ void StudyFrame::UpdateForecast() {
             tips.push_back(SelectScoreTip() + "\n" + labels.at(i) + ": " + mReturns.at(i));
         }
     }
-    mpQuickScore->SetNotes(mReturns);
+    mpQuickScore->SetNotes(IsCompact() ? std::vector<wxString>() : mReturns);
     mpQuickScore->SetItemTips(IsCompact() ? tips : std::vector<wxString>());
 }
 
@@ -484,6 +483,10 @@ void StudyFrame::ApplySettings() {
           static_cast<wxWindow*>(mpQuickScore)}) {
         window->SetBackgroundColour(ground);
         window->Refresh();
+    }
+    RebuildCover();
+    if (mpCardViewer->IsSecondCovered()) {
+        mpCardViewer->SetSecondCover(mCoverBitmap);
     }
     StyleAnswer(font, text);
     ApplyStudySettings();
@@ -634,7 +637,6 @@ void StudyFrame::OnNavigationKey(wxNavigationKeyEvent& /*event*/) {
 void StudyFrame::OnSystemColours(wxSysColourChangedEvent& event) {
     event.Skip();
     mpMessagePanel->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
-    RebuildCover();
     mpBreakBar->UseColours();
     ApplySettings();
     UpdateCard(false);

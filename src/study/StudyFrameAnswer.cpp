@@ -23,6 +23,7 @@
 namespace {
 
 constexpr int kAnswerFieldId = 10110;
+constexpr int kAnswerResultId = 10111;
 // Logical pixels around the field and the line.
 constexpr int kAnswerBorder = 12;
 // Lines of a long comparison that are shown.
@@ -62,8 +63,9 @@ void StudyFrame::CreateAnswer(wxSizer& sizer) {
     });
     mpAnswerField->Bind(wxEVT_CHAR, &StudyFrame::OnAnswerKey, this);
     mpAnswerField->Bind(wxEVT_TEXT_ENTER, &StudyFrame::OnAnswerEnter, this);
-    mpAnswerResult = new wxStaticText(this, wxID_ANY, wxString(), wxDefaultPosition, wxDefaultSize,
-                                      wxALIGN_CENTRE_HORIZONTAL | wxST_NO_AUTORESIZE);
+    mpAnswerResult =
+        new wxStaticText(this, kAnswerResultId, wxString(), wxDefaultPosition, wxDefaultSize,
+                         wxALIGN_CENTRE_HORIZONTAL | wxST_NO_AUTORESIZE);
     const int border = FromDIP(kAnswerBorder);
     sizer.Add(mpAnswerField, wxSizerFlags().Expand().Border(wxALL, border));
     sizer.Add(mpAnswerResult, wxSizerFlags().Expand().Border(wxALL, border));

@@ -5,6 +5,8 @@
 #include <wx/intl.h>
 
 #include <algorithm>
+#include <climits>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,6 +19,8 @@ namespace {
 // Two texts of this many letters take a few milliseconds.
 constexpr size_t kMostLetters = 1000;
 constexpr size_t kMostPieces = 20;
+// Characters of a text that are looked at.
+constexpr size_t kMostCharacters = 10 * kMostLetters;
 // Differences that are told in words.
 constexpr int kMostTold = 8;
 
@@ -258,10 +262,10 @@ wxString AnswerCheck::InWords() const {
 }
 
 AnswerCheck CheckAnswer(const wxString& typed, const wxString& side) {
-    const std::vector<Letter> letters = SplitLetters(typed);
+    const std::vector<Letter> letters = SplitLetters(typed.Left(kMostCharacters));
     AnswerCheck best;
     bool isFirst = true;
-    for (const wxString& answer : ListAnswers(side)) {
+    for (const wxString& answer : ListAnswers(side.Left(kMostCharacters))) {
         AnswerCheck check = Align(letters, SplitLetters(answer));
         if (isFirst || IsBetter(check, best)) {
             best = std::move(check);

@@ -6,7 +6,7 @@ import sqlite3
 import time
 import unittest
 
-from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, wait_until
+from driver import LIST_WINDOW, STUDY_WINDOW, RoadTest, on_one_desktop, press, type_text, wait_until
 
 SCHEDULES = """SELECT CardId, Front, Introduced, LastReview, LastScore, ReviewInterval, Difficulty, ERC
                FROM Cards ORDER BY CardId"""
@@ -182,15 +182,39 @@ class StudyRoad(RoadTest):
         program.wait_no_text(HIDDEN)
         self.assertEqual(0, program.quit())
 
+    def test_an_answer_is_typed_and_the_difference_said(self):
+        self.import_two()
+        program = self.study()
+        program.click("View")
+        program.click("Type the Answer")
+        program.wait_text("Your answer")
+        # Digits, Delete and Space belong to the text while it is typed.
+        type_text("ohayo 4")
+        press("Delete", "Return")
+        program.wait_no_text(HIDDEN)
+        program.wait_text("wrong:")
+        self.assertEqual({}, self.introduced())
+        self.assertEqual([5], list(self.score_shown(5).values()))
+        # The next card has the field again.
+        type_text("x")
+        press("Return")
+        program.wait_no_text(HIDDEN)
+        press("Return")
+        wait_until(lambda: len(self.introduced()) == 2, "the proposed score")
+        self.assertEqual([0, 5], sorted(self.introduced().values()))
+        self.assertEqual("1", self.setting("TypeAnswerForward"))
+        self.assertEqual(0, program.quit())
+
     def test_the_size_of_the_text_is_kept(self):
         self.import_two()
         program = self.study()
+        # Two steps more than a new installation begins with.
         press("ctrl+plus", "ctrl+KP_Add", "ctrl+plus", "ctrl+minus")
-        wait_until(lambda: self.setting("StudyTextStep") == "2", "larger text")
+        wait_until(lambda: self.setting("StudyTextStep") == "9", "larger text")
         self.assertEqual(0, program.quit())
         program = self.study()
         press("ctrl+plus")
-        wait_until(lambda: self.setting("StudyTextStep") == "3", "still larger text")
+        wait_until(lambda: self.setting("StudyTextStep") == "10", "still larger text")
         press("ctrl+0")
         wait_until(lambda: self.setting("StudyTextStep") == "0", "the usual size")
         self.assertEqual(0, program.quit())

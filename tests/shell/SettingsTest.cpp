@@ -37,6 +37,15 @@ TEST_F(SettingsTest, WhatIsAbsentOrMakesNoSenseHasItsDefault) {
     EXPECT_FALSE(ReadColourSetting("Other").IsOk());
 }
 
+TEST_F(SettingsTest, OnlyANewInstallationBeginsWithLargeCards) {
+    BeginSettings();
+    EXPECT_EQ(ReadIntegerSetting(kSettingStudyTextStep), 7);
+    RemoveSetting(kSettingStudyTextStep);
+    WriteStringSetting(kSettingLastWindow, "Study");
+    BeginSettings();
+    EXPECT_EQ(ReadIntegerSetting(kSettingStudyTextStep), 0);
+}
+
 TEST_F(SettingsTest, AColourIsReadOnlyFromItsExactForm) {
     wxColour colour;
     EXPECT_TRUE(ParseColourText("R 12G  3B+45", colour));

@@ -209,6 +209,19 @@ TEST_F(QuickScoreTest, OnlyTheFirstClickOfAGestureChooses) {
     EXPECT_THAT(mHeard, ElementsAre("choose 4 forward"));
 }
 
+TEST_F(QuickScoreTest, WithNotesTheItemsStandAtTheRightAndOnlyTheyCanBePressed) {
+    mScore.SetSize(1000, 6 * ItemHeight());
+    EXPECT_EQ(mScore.GetItemRect(1).width, 1000);
+    mScore.ReserveNotes({"about 59 minutes"});
+    const wxRect item = mScore.GetItemRect(1);
+    EXPECT_LT(item.width, 800);
+    EXPECT_EQ(item.GetRight(), 999);
+    EXPECT_EQ(mScore.ItemAt(item.GetPosition()), 1);
+    EXPECT_EQ(mScore.ItemAt(item.GetPosition() - wxSize(1, 0)), -1);
+    mScore.SetAllStrings("Show Back");
+    EXPECT_EQ(mScore.GetItemRect(1), item);
+}
+
 TEST_F(QuickScoreTest, TheWheelMovesTheCursorAndWithThePressOnItChooses) {
     SendMouse(mScore, wxEVT_MOUSEWHEEL, Middle(0), -60);
     EXPECT_THAT(mHeard, IsEmpty());

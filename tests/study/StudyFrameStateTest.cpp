@@ -110,6 +110,63 @@ TEST_F(StudyFrameState, ABarTellsOfTheBreakUntilItIsDismissedForThatBreak) {
     EXPECT_TRUE(bar.IsShown());
 }
 
+TEST_F(StudyFrameState, ATypedAnswerIsComparedAndProposesAScore) {
+    InsertCards(4);
+    Open();
+    wxTextCtrl& field = Find<wxTextCtrl>(*mpFrame, 10110);
+    const wxWindow& result = Find<wxWindow>(*mpFrame, 10111);
+    const auto answer = [&](const wxString& text) {
+        EXPECT_TRUE(field.HasFocus());
+        field.ChangeValue(text);
+        Send(field, wxEVT_TEXT_ENTER);
+        DrainEvents();
+        EXPECT_FALSE(field.IsShown());
+        EXPECT_TRUE(Scores().HasFocus());
+    };
+    EXPECT_FALSE(field.IsShown());
+    Command(ID_TYPE_ANSWER);
+    // Commands of the card go on to the text.
+    EXPECT_EQ(Rule(wxID_DELETE), "");
+    answer("B1");
+    EXPECT_EQ(State(), "f1/b1");
+    EXPECT_EQ(Scores().GetSelection(), 2);
+    EXPECT_TRUE(result.IsShown());
+    EXPECT_EQ(result.GetToolTipText(), "accent or case: \"B\" for \"b\"");
+    EXPECT_EQ(Rule(wxID_DELETE), "on");
+    Keys({'5'});
+
+    // The next card has an empty field; the history has none.
+    EXPECT_FALSE(result.IsShown());
+    EXPECT_EQ(field.GetValue(), "");
+    field.ChangeValue("half");
+    Command(wxID_BACKWARD);
+    EXPECT_EQ(State(), "f1/b1 scored 5");
+    EXPECT_FALSE(field.IsShown() || result.IsShown());
+    Command(wxID_FORWARD);
+    EXPECT_EQ(field.GetValue(), "half");
+    answer("b3");
+    EXPECT_EQ(Scores().GetSelection(), 4);
+    // The person's score stands; an edit meanwhile is compared anew and moves nothing.
+    Keys({WXK_UP});
+    Query("UPDATE Cards SET Back = 'b3' WHERE Front = 'f2'");
+    mDatabase.Notify();
+    EXPECT_EQ(result.GetToolTipText(), "Your answer is right.");
+    EXPECT_EQ(Scores().GetSelection(), 3);
+    Keys({WXK_RETURN});
+    answer("");
+    EXPECT_FALSE(result.IsShown());
+    EXPECT_EQ(Scores().GetSelection(), 2) << "nothing to compare";
+
+    // The other direction has its own choice.
+    Command(ID_STUDY_REVERSE);
+    EXPECT_EQ(Rule(ID_TYPE_ANSWER), "on");
+    EXPECT_FALSE(field.IsShown());
+    Close();
+    Open();
+    EXPECT_EQ(Rule(ID_TYPE_ANSWER), "checked");
+    EXPECT_TRUE(Find<wxTextCtrl>(*mpFrame, 10110).HasFocus());
+}
+
 TEST_F(StudyFrameState, WithoutACardAMessageSaysWhy) {
     // Whether there is a card and a second category, the current category, and the message.
     const std::tuple<bool, bool, int32_t, wxString> cases[] = {
