@@ -68,7 +68,7 @@ class AccessibilityBus:
     of the one with the given address."""
 
     _REGISTRY = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-    _CLICKED = ("push button", "check box", "menu", "menu item")
+    _CLICKED = ("push button", "check box", "menu", "menu item", "check menu item")
 
     def __init__(self, environment, address=None):
         self._daemon = None if address else self._start_bus(environment)

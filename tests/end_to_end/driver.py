@@ -277,7 +277,8 @@ class Program:
         """Presses a button, menu or entry by the keys, where the pointer cannot find it."""
         role = self._sandbox.bus.role(node)
         step, last = {"menu": ("alt+" + label[0].lower(), None),
-                      "menu item": ("Down", "Return")}.get(role, ("Tab", "space"))
+                      "menu item": ("Down", "Return"),
+                      "check menu item": ("Down", "Return")}.get(role, ("Tab", "space"))
         for _ in range(50):
             self.settle()
             if self._sandbox.bus.is_chosen(node):
