@@ -47,6 +47,9 @@ wxString QuickScore::GetString(unsigned int n) const {
 
 void QuickScore::SetString(unsigned int n, const wxString& label) {
     wxCHECK_RET(IsValid(n), "no such item");
+    if (mStrings[n] == label) {
+        return;
+    }
     mStrings[n] = label;
     UpdateMetrics();
     RefreshItem(static_cast<int32_t>(n));
@@ -73,11 +76,13 @@ void QuickScore::SetAllStrings(const wxString& label) {
 void QuickScore::SetMargin(int32_t units) {
     mMargin = units;
     UpdateMetrics();
+    UpdateNoteWidth();
 }
 
 bool QuickScore::SetFont(const wxFont& font) {
     const bool changed = wxControlWithItems::SetFont(font);
     UpdateMetrics();
+    UpdateNoteWidth();
     Refresh();
     return changed;
 }
@@ -110,9 +115,16 @@ wxRect QuickScore::GetItemRect(int32_t n) const {
     return wxRect(std::max(client - width, 0), n * mItemHeight, width, mItemHeight);
 }
 
+void QuickScore::SetNotes(const std::vector<wxString>& notes) {
+    if (notes != mNotes) {
+        mNotes = notes;
+        Refresh();
+    }
+}
+
 void QuickScore::ReserveNotes(const std::vector<wxString>& widest) {
     mWidestNotes = widest;
-    UpdateMetrics();
+    UpdateNoteWidth();
     Refresh();
 }
 
@@ -184,13 +196,16 @@ void QuickScore::UpdateMetrics() {
     mSignWidth = hasWords ? total / 2 : 0;
     mItemHeight = total + 1;
     mItemWidth = std::max(mItemHeight, mSignWidth + textWidth + (hasWords ? 3 : 2) * quarter + 1);
-    mNoteWidth = 0;
-    for (const wxString& note : mWidestNotes) {
-        mNoteWidth = std::max(mNoteWidth, measure(note) + 4 * quarter);
-    }
     mPadY = pad;
     mPadX = quarter;
     InvalidateBestSize();
+}
+
+void QuickScore::UpdateNoteWidth() {
+    mNoteWidth = 0;
+    for (const wxString& note : mWidestNotes) {
+        mNoteWidth = std::max(mNoteWidth, GetTextExtent(note).x + 4 * mPadX);
+    }
 }
 
 void QuickScore::RefreshItem(int32_t n) {

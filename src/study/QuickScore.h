@@ -72,7 +72,7 @@ class QuickScore : public wxControlWithItems {
     // takes the notes away. The widest ones reserve room, so that the items keep their width
     // whatever the notes say. With notes the items stand at the right of the control, as wide as
     // they and their notes need, and else they fill it.
-    void SetNotes(const std::vector<wxString>& notes) { mNotes = notes, Refresh(); }
+    void SetNotes(const std::vector<wxString>& notes);
     void ReserveNotes(const std::vector<wxString>& widest);
     const std::vector<wxString>& GetNotes() const { return mNotes; }
 
@@ -101,6 +101,7 @@ class QuickScore : public wxControlWithItems {
   private:
     void ForgetPositions();
     void UpdateMetrics();
+    void UpdateNoteWidth();
     void RefreshItem(int32_t n);
     // A label as it is drawn; the figure is empty where the label has none.
     struct LabelParts {
@@ -196,6 +197,8 @@ class QuickScore : public wxControlWithItems {
     std::vector<wxString> mWidestNotes;
     // Room for the widest note; 0 without notes.
     int32_t mNoteWidth = 0;
+    // Of the corners, as the theme had it when the items were painted last.
+    int32_t mRadius = 0;
 
     wxDECLARE_DYNAMIC_CLASS(QuickScore);
 };

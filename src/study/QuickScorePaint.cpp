@@ -53,11 +53,10 @@ void QuickScore::PaintButton(wxDC& dc, const wxRect& button, int32_t n) {
         flags = wxCONTROL_CURRENT;
     }
     wxRendererNative::Get().DrawPushButton(this, dc, button, flags);
-    const int32_t radius = GetThemeCornerRadius();
     if (IsEnabled() && n == mMark && n != mPressed) {
         dc.SetPen(*wxTRANSPARENT_PEN);
         dc.SetBrush(wxBrush(SystemColour(wxSYS_COLOUR_HIGHLIGHT)));
-        dc.DrawRoundedRectangle(button, radius);
+        dc.DrawRoundedRectangle(button, mRadius);
     }
     if (IsEnabled() && n == mCursor && HasFocus()) {
         const int stroke = FromDIP(kStroke);
@@ -65,7 +64,7 @@ void QuickScore::PaintButton(wxDC& dc, const wxRect& button, int32_t n) {
         frame.Deflate(stroke / 2);
         dc.SetPen(wxPen(SystemColour(wxSYS_COLOUR_BTNTEXT), stroke));
         dc.SetBrush(*wxTRANSPARENT_BRUSH);
-        dc.DrawRoundedRectangle(frame, radius);
+        dc.DrawRoundedRectangle(frame, mRadius);
     }
 }
 
@@ -136,6 +135,7 @@ void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
     dc.SetBackground(wxBrush(GetBackgroundColour()));
     dc.Clear();
     dc.SetFont(GetFont());
+    mRadius = GetThemeCornerRadius();
     for (int32_t n = 0; n < static_cast<int32_t>(GetCount()); ++n) {
         if (GetUpdateRegion().Contains(GetItemRect(n)) != wxOutRegion) {
             PaintItem(dc, n);
@@ -145,6 +145,7 @@ void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
 
 void QuickScore::OnSystemColourChanged(wxSysColourChangedEvent& event) {
     UpdateMetrics();
+    UpdateNoteWidth();
     if (mMinItemHeight > 0) {
         // Labels wider than the present ones may have set the width.
         SetMinSize(wxSize(GetMinWidth() * mItemHeight / mMinItemHeight,

@@ -505,15 +505,6 @@ bool StudyFrame::IsCompact() const {
     return mpCardSizer->GetOrientation() == wxHORIZONTAL;
 }
 
-void StudyFrame::SetCardLayout(int orientation) {
-    if (orientation != mpCardViewer->GetLayout()) {
-        WriteStringSetting(kSettingCardLayout,
-                           orientation == wxHORIZONTAL ? "horizontal" : "vertical");
-        mpCardViewer->SetLayout(orientation);
-        Layout();
-    }
-}
-
 void StudyFrame::SetCompactScoring(bool compact) {
     if (compact == IsCompact()) {
         return;

@@ -148,7 +148,9 @@ void StudyFrame::ShowDifferences() {
     const wxString words = mAnswerCheck->InWords();
     SetAccessibleName(*mpAnswerResult, words);
     mpAnswerResult->SetToolTip(words);
-    const wxSize size(-1, std::min(height, kMostLines * mpAnswerResult->GetCharHeight()));
+    // The card stays where it is when the line is no higher than the field was.
+    const int32_t most = kMostLines * mpAnswerResult->GetCharHeight();
+    const wxSize size(-1, std::max(std::min(height, most), mpAnswerField->GetMinHeight()));
     if (mpAnswerResult->GetMinSize() != size) {
         mpAnswerResult->SetMinSize(size);
         // The frame may be laying itself out.

@@ -130,6 +130,15 @@ void StudyFrame::AddAppearanceCommands() {
         [this](wxUpdateUIEvent& event) { event.Check(mpCardViewer->GetLayout() == wxVERTICAL); });
 }
 
+void StudyFrame::SetCardLayout(int orientation) {
+    if (orientation != mpCardViewer->GetLayout()) {
+        WriteStringSetting(kSettingCardLayout,
+                           orientation == wxHORIZONTAL ? "horizontal" : "vertical");
+        mpCardViewer->SetLayout(orientation);
+        Layout();
+    }
+}
+
 void StudyFrame::AddTextSizeCommands() {
     const auto add = [this](int id, int32_t way) {
         AddCommand(

@@ -118,8 +118,12 @@ TEST_F(StudyFrameState, ATypedAnswerIsComparedAndProposesAScore) {
     const auto answer = [&](const wxString& text) {
         EXPECT_TRUE(field.HasFocus());
         field.ChangeValue(text);
+        SendKeyDown(field, WXK_RETURN);
         Send(field, wxEVT_TEXT_ENTER);
         DrainEvents();
+        // A Return that is held repeats, and is let go over the scores.
+        SendKeyDown(Scores(), WXK_RETURN);
+        SendKeyUp(Scores(), WXK_RETURN);
         EXPECT_FALSE(field.IsShown());
         EXPECT_TRUE(Scores().HasFocus());
     };
