@@ -103,6 +103,29 @@ void FitTextHeights(wxWindow& window) {
     }
 }
 
+namespace {
+
+wxString TakeText(char* text) {
+    const wxString taken = wxString::FromUTF8(text == nullptr ? "" : text);
+    g_free(text);
+    return taken;
+}
+
+}  // namespace
+
+wxString ComposeText(const wxString& text) {
+    return TakeText(g_utf8_normalize(text.utf8_str(), -1, G_NORMALIZE_DEFAULT_COMPOSE));
+}
+
+wxString FoldText(const wxString& text) {
+    const wxString parts = TakeText(g_utf8_normalize(text.utf8_str(), -1, G_NORMALIZE_ALL));
+    return TakeText(g_utf8_casefold(parts.utf8_str(), -1));
+}
+
+bool IsMark(wxUniChar character) {
+    return g_unichar_ismark(character.GetValue()) != FALSE;
+}
+
 int GetThemeCornerRadius() {
     GtkWidget* const button = gtk_button_new();
     g_object_ref_sink(button);
@@ -393,6 +416,18 @@ void SetAccessibleName(const wxWindow& /*window*/, const wxString& /*name*/) {}
 void SetAccessibleDescription(const wxWindow& /*window*/, const wxString& /*description*/) {}
 
 void NameTools(wxToolBar& /*bar*/) {}
+
+wxString ComposeText(const wxString& text) {
+    return text;
+}
+
+wxString FoldText(const wxString& text) {
+    return text.Lower();
+}
+
+bool IsMark(wxUniChar /*character*/) {
+    return false;
+}
 
 int GetThemeCornerRadius() {
     constexpr int kUsualRadius = 4;

@@ -125,6 +125,15 @@ struct MarkedText {
 int SetMarkedText(wxStaticText& window, const std::vector<MarkedText>& pieces,
                   const wxColour& background, int width);
 
+// Returns a text with its accents composed with their letters, as in U+00E9, where that is possible
+// (normalisation form C). Elsewhere returns it as it is.
+wxString ComposeText(const wxString& text);
+// Returns what is left of a text when case, width and other forms of the same letters play no part;
+// accents are characters of their own after it. Elsewhere returns it in lower case.
+wxString FoldText(const wxString& text);
+// Returns whether a character is a mark that belongs to the letter before it.
+bool IsMark(wxUniChar character);
+
 // Sends the event of a pressed button from a control that paints itself.
 void SendPress(wxWindow& control);
 

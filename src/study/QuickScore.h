@@ -197,7 +197,7 @@ class QuickScore : public wxControlWithItems {
     std::vector<wxString> mWidestNotes;
     // Room for the widest note; 0 without notes.
     int32_t mNoteWidth = 0;
-    // Of the corners, as the theme had it when the items were painted last.
+    // The radius of the corners, as the theme had it when the items were painted last.
     int32_t mRadius = 0;
 
     wxDECLARE_DYNAMIC_CLASS(QuickScore);

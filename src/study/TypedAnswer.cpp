@@ -1,18 +1,14 @@
 #include "study/TypedAnswer.h"
 
-#include <glib.h>
-
 #include <wx/intl.h>
 
 #include <algorithm>
 #include <climits>
 #include <iterator>
-#include <memory>
-#include <string>
-#include <string_view>
+#include <utility>
 
 #include "base/Text.h"
-#include "base/Unicode.h"
+#include "shell/Toolkit.h"
 
 namespace {
 
@@ -34,14 +30,8 @@ struct Letter {
     // As it is drawn.
     wxString Text;
     // Equal texts are the same letter; equal folds differ in accents, case or width only.
-    std::string Fold;
+    wxString Fold;
 };
-
-std::string Normalise(const std::string& text, GNormalizeMode mode) {
-    const std::unique_ptr<char, decltype(&g_free)> normal(
-        g_utf8_normalize(text.data(), static_cast<gssize>(text.size()), mode), g_free);
-    return normal == nullptr ? text : normal.get();
-}
 
 wchar_t PlainCharacter(wchar_t character) {
     switch (character) {
@@ -64,32 +54,29 @@ wchar_t PlainCharacter(wchar_t character) {
 
 // Returns whether a mark may be left out and the letter is still the same one. Marks that make
 // another sound of a letter, such as the two of kana or vowel signs of Indic scripts, are not.
-bool IsAccent(gunichar point) {
-    constexpr gunichar kRanges[][2] = {{0x0300, 0x036F}, {0x0591, 0x05C7}, {0x064B, 0x065F},
+bool IsAccent(wxUint32 point) {
+    constexpr wxUint32 kRanges[][2] = {{0x0300, 0x036F}, {0x0591, 0x05C7}, {0x064B, 0x065F},
                                        {0x0670, 0x0670}, {0x1AB0, 0x1AFF}, {0x1DC0, 0x1DFF}};
-    return std::any_of(std::begin(kRanges), std::end(kRanges), [point](const gunichar(&range)[2]) {
+    return std::any_of(std::begin(kRanges), std::end(kRanges), [point](const wxUint32(&range)[2]) {
         return point >= range[0] && point <= range[1];
     });
 }
 
-std::string Fold(const wxString& letter) {
+wxString FoldLetter(const wxString& letter) {
     wxString bare;
-    for (const wxUniChar character : FromUtf8(Normalise(ToUtf8(letter), G_NORMALIZE_ALL))) {
+    for (const wxUniChar character : FoldText(letter)) {
         if (!IsAccent(character.GetValue())) {
             bare += character;
         }
     }
-    const std::string text = ToUtf8(bare);
-    const std::unique_ptr<char, decltype(&g_free)> folded(
-        g_utf8_casefold(text.data(), static_cast<gssize>(text.size())), g_free);
-    return folded.get();
+    return bare;
 }
 
 // Returns whether a character belongs to the letter before it.
 bool ContinuesLetter(wxUniChar character, wxUniChar before) {
     constexpr wxUint32 kJoiner = 0x200D;
     const wxUint32 point = character.GetValue();
-    return g_unichar_ismark(point) != FALSE || point == kJoiner || before.GetValue() == kJoiner ||
+    return IsMark(character) || point == kJoiner || before.GetValue() == kJoiner ||
            (point >= 0x1F3FB && point <= 0x1F3FF);
 }
 
@@ -103,19 +90,18 @@ std::vector<Letter> SplitLetters(const wxString& text) {
     }
     std::vector<Letter> letters;
     wxUniChar before = 0;
-    for (const wxUniChar character :
-         FromUtf8(Normalise(ToUtf8(plain), G_NORMALIZE_DEFAULT_COMPOSE))) {
+    for (const wxUniChar character : ComposeText(plain)) {
         if (!letters.empty() && ContinuesLetter(character, before)) {
             letters.back().Text += character;
         } else if (letters.size() == kMostLetters) {
             break;
         } else {
-            letters.push_back({wxString(character), std::string()});
+            letters.push_back({wxString(character), wxString()});
         }
         before = character;
     }
     for (Letter& letter : letters) {
-        letter.Fold = Fold(letter.Text);
+        letter.Fold = FoldLetter(letter.Text);
     }
     return letters;
 }
