@@ -16,6 +16,8 @@ TEST(QuickScoreColoursTest, TheScoresAreAboutAsBrightAsTheirWindowAndTheirTextsA
     wxUnsetEnv("GTK_THEME");
     for (const bool isDark : {false, true}) {
         g_object_set(gtk_settings_get_default(), kPreferDark, isDark ? 1 : 0, nullptr);
+        // As the program does: the library keeps the colours of a theme until it hears of another.
+        g_object_notify(G_OBJECT(gtk_settings_get_default()), "gtk-theme-name");
         wxFrame& frame = *new wxFrame(nullptr, wxID_ANY, "Score");
         QuickScore& score = *new QuickScore(&frame, wxID_ANY);
         score.SetItems(labels, WXSIZEOF(labels));
