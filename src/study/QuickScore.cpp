@@ -47,9 +47,6 @@ wxString QuickScore::GetString(unsigned int n) const {
 
 void QuickScore::SetString(unsigned int n, const wxString& label) {
     wxCHECK_RET(IsValid(n), "no such item");
-    if (mStrings[n] == label) {
-        return;
-    }
     mStrings[n] = label;
     UpdateMetrics();
     RefreshItem(static_cast<int32_t>(n));
@@ -67,10 +64,18 @@ void QuickScore::SetItems(const wxString* labels, size_t count) {
     mMinItemHeight = mItemHeight;
 }
 
-void QuickScore::SetAllStrings(const wxString& label) {
-    for (unsigned int n = 0; n < GetCount(); ++n) {
-        SetString(n, label);
+void QuickScore::SetStrings(const wxString* labels) {
+    // Measured once for all of them.
+    const bool isSame = std::equal(mStrings.begin(), mStrings.end(), labels);
+    if (!isSame) {
+        std::copy(labels, labels + GetCount(), mStrings.begin());
+        UpdateMetrics();
+        Refresh();
     }
+}
+
+void QuickScore::SetAllStrings(const wxString& label) {
+    SetStrings(std::vector<wxString>(GetCount(), label).data());
 }
 
 void QuickScore::SetMargin(int32_t units) {
@@ -81,6 +86,7 @@ void QuickScore::SetMargin(int32_t units) {
 
 bool QuickScore::SetFont(const wxFont& font) {
     const bool changed = wxControlWithItems::SetFont(font);
+    mBoldFont = wxNullFont;
     UpdateMetrics();
     UpdateNoteWidth();
     Refresh();
@@ -181,7 +187,10 @@ void QuickScore::UpdateMetrics() {
     };
     const bool hasWords = std::any_of(mStrings.begin(), mStrings.end(),
                                       [](const wxString& label) { return label.length() > 1; });
-    dc.SetFont(GetFont().Bold());
+    if (!mBoldFont.IsOk()) {
+        mBoldFont = GetFont().Bold();
+    }
+    dc.SetFont(mBoldFont);
     mFigureWidth = hasWords ? measure("0") * 5 / 2 : 0;
     dc.SetFont(GetFont());
     int32_t textWidth = 0;

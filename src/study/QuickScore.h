@@ -3,6 +3,7 @@
 #include <wx/arrstr.h>
 #include <wx/ctrlsub.h>
 #include <wx/event.h>
+#include <wx/font.h>
 #include <wx/stopwatch.h>
 
 #include <cstdint>
@@ -43,6 +44,8 @@ class QuickScore : public wxControlWithItems {
     void SetString(unsigned int n, const wxString& label) override;
     // Replaces all labels, keeps cursor and mark, and makes the best size the minimum size.
     void SetItems(const wxString* labels, size_t count);
+    // Gives each item another label; there are as many labels as items.
+    void SetStrings(const wxString* labels);
     void SetAllStrings(const wxString& label);
 
     // These move the cursor and the mark without an event; -1 is none.
@@ -112,7 +115,7 @@ class QuickScore : public wxControlWithItems {
     void PaintItem(wxDC& dc, int32_t n);
     void PaintButton(wxDC& dc, const wxRect& button, int32_t n);
     void PaintSign(wxDC& dc, const wxRect& place, int32_t n) const;
-    void PaintNote(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const;
+    wxString NoteOf(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const;
 
     void MoveCursor(int32_t n, bool notify);
     // Moves the mark; a direction other than 0 says that the user chose it.
@@ -193,12 +196,13 @@ class QuickScore : public wxControlWithItems {
     // Room for the sign and the figure before the words. Both are 0 while every label is a figure.
     int32_t mSignWidth = 0;
     int32_t mFigureWidth = 0;
+    wxFont mBoldFont;
     std::vector<wxString> mNotes;
     std::vector<wxString> mWidestNotes;
     // Room for the widest note; 0 without notes.
     int32_t mNoteWidth = 0;
-    // The radius of the corners, as the theme had it when the items were painted last.
-    int32_t mRadius = 0;
+    // The radius of the corners in the present theme, or -1 before it was asked for.
+    int32_t mRadius = -1;
 
     wxDECLARE_DYNAMIC_CLASS(QuickScore);
 };

@@ -107,27 +107,37 @@ void QuickScore::PaintItem(wxDC& dc, int32_t n) {
     int32_t x = button.x + mPadX;
     PaintSign(dc, wxRect(x, button.y, mSignWidth, button.height), n);
     x += mSignWidth + mPadX;
+    // The texts of a row stand on one line, whatever the scripts of the others add to their
+    // heights.
+    const auto ascent = [&dc](const wxString& text) {
+        wxCoord width = 0;
+        wxCoord height = 0;
+        wxCoord descent = 0;
+        dc.GetTextExtent(text, &width, &height, &descent);
+        return height - descent;
+    };
     const LabelParts parts = SplitLabel(n);
+    const int32_t baseline = y + ascent(parts.Words);
     if (!parts.Figure.empty()) {
-        dc.SetFont(GetFont().Bold());
-        dc.DrawText(parts.Figure, x, y);
+        dc.SetFont(mBoldFont);
+        dc.DrawText(parts.Figure, x, baseline - ascent(parts.Figure));
         dc.SetFont(GetFont());
         x += mFigureWidth;
     }
     dc.DrawText(parts.Words, x, y);
-    PaintNote(dc, button, x + dc.GetTextExtent(parts.Words).x, n);
+    const wxString note = NoteOf(dc, button, x + dc.GetTextExtent(parts.Words).x, n);
+    dc.DrawText(note, button.GetRight() - 2 * mPadX - dc.GetTextExtent(note).x,
+                baseline - ascent(note));
 }
 
-// Draws the note at the right end, as far as the words leave it room.
-void QuickScore::PaintNote(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const {
+// Returns the note at the right end, as far as the words leave it room.
+wxString QuickScore::NoteOf(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const {
     const auto index = static_cast<size_t>(n);
     if (mNoteWidth == 0 || index >= mNotes.size()) {
-        return;
+        return wxString();
     }
-    const int32_t right = button.GetRight() - 2 * mPadX;
-    const int32_t room = std::max(right - wordsEnd - 2 * mPadX, 0);
-    const wxString note = Ellipsize(mNotes[index], dc, wxELLIPSIZE_END, room);
-    dc.DrawText(note, right - dc.GetTextExtent(note).x, button.y + mPadY);
+    const int32_t room = button.GetRight() - 4 * mPadX - wordsEnd;
+    return Ellipsize(mNotes[index], dc, wxELLIPSIZE_END, std::max(room, 0));
 }
 
 void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
@@ -135,7 +145,9 @@ void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
     dc.SetBackground(wxBrush(GetBackgroundColour()));
     dc.Clear();
     dc.SetFont(GetFont());
-    mRadius = GetThemeCornerRadius();
+    if (mRadius < 0) {
+        mRadius = GetThemeCornerRadius();
+    }
     for (int32_t n = 0; n < static_cast<int32_t>(GetCount()); ++n) {
         if (GetUpdateRegion().Contains(GetItemRect(n)) != wxOutRegion) {
             PaintItem(dc, n);
@@ -144,6 +156,8 @@ void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
 }
 
 void QuickScore::OnSystemColourChanged(wxSysColourChangedEvent& event) {
+    mRadius = -1;
+    mBoldFont = wxNullFont;
     UpdateMetrics();
     UpdateNoteWidth();
     if (mMinItemHeight > 0) {

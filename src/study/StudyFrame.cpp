@@ -382,10 +382,7 @@ void StudyFrame::UpdateScoreLabels() {
         mpQuickScore->SetToolTip(_("Show the back side of this flash card."));
         return;
     }
-    const ScoreLabels labels = GetScoreLabels(IsCompact());
-    for (unsigned int i = 0; i < labels.size(); ++i) {
-        mpQuickScore->SetString(i, labels[i]);
-    }
+    mpQuickScore->SetStrings(GetScoreLabels(IsCompact()).data());
     mpQuickScore->SetToolTip(SelectScoreTip());
 }
 
