@@ -115,7 +115,7 @@ class QuickScore : public wxControlWithItems {
     void PaintItem(wxDC& dc, int32_t n);
     void PaintButton(wxDC& dc, const wxRect& button, int32_t n);
     void PaintSign(wxDC& dc, const wxRect& place, int32_t n) const;
-    wxString NoteOf(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const;
+    void PaintNote(wxDC& dc, int32_t right, int32_t left, int32_t baseline, int32_t n) const;
 
     void MoveCursor(int32_t n, bool notify);
     // Moves the mark; a direction other than 0 says that the user chose it.

@@ -27,6 +27,20 @@ constexpr int kStroke = 2;
 constexpr int kBetween = 1;
 constexpr int32_t kHighestScore = 5;
 
+// The texts of a row stand on one line, whatever their scripts add to their heights.
+struct TextPlace {
+    int32_t Width;
+    int32_t Ascent;
+};
+
+TextPlace Measure(const wxDC& dc, const wxString& text) {
+    wxCoord width = 0;
+    wxCoord height = 0;
+    wxCoord descent = 0;
+    dc.GetTextExtent(text, &width, &height, &descent);
+    return {width, height - descent};
+}
+
 wxColour SystemColour(wxSystemColour colour) {
     return wxSystemSettings::GetColour(colour);
 }
@@ -107,37 +121,33 @@ void QuickScore::PaintItem(wxDC& dc, int32_t n) {
     int32_t x = button.x + mPadX;
     PaintSign(dc, wxRect(x, button.y, mSignWidth, button.height), n);
     x += mSignWidth + mPadX;
-    // The texts of a row stand on one line, whatever the scripts of the others add to their
-    // heights.
-    const auto ascent = [&dc](const wxString& text) {
-        wxCoord width = 0;
-        wxCoord height = 0;
-        wxCoord descent = 0;
-        dc.GetTextExtent(text, &width, &height, &descent);
-        return height - descent;
-    };
     const LabelParts parts = SplitLabel(n);
-    const int32_t baseline = y + ascent(parts.Words);
+    const TextPlace words = Measure(dc, parts.Words);
+    const int32_t baseline = y + words.Ascent;
     if (!parts.Figure.empty()) {
         dc.SetFont(mBoldFont);
-        dc.DrawText(parts.Figure, x, baseline - ascent(parts.Figure));
+        dc.DrawText(parts.Figure, x, baseline - Measure(dc, parts.Figure).Ascent);
         dc.SetFont(GetFont());
         x += mFigureWidth;
     }
     dc.DrawText(parts.Words, x, y);
-    const wxString note = NoteOf(dc, button, x + dc.GetTextExtent(parts.Words).x, n);
-    dc.DrawText(note, button.GetRight() - 2 * mPadX - dc.GetTextExtent(note).x,
-                baseline - ascent(note));
+    PaintNote(dc, button.GetRight() - 2 * mPadX, x + words.Width + 2 * mPadX, baseline, n);
 }
 
-// Returns the note at the right end, as far as the words leave it room.
-wxString QuickScore::NoteOf(wxDC& dc, const wxRect& button, int32_t wordsEnd, int32_t n) const {
+// Draws the note up to the right end, as far as the words leave it room.
+void QuickScore::PaintNote(wxDC& dc, int32_t right, int32_t left, int32_t baseline,
+                           int32_t n) const {
     const auto index = static_cast<size_t>(n);
     if (mNoteWidth == 0 || index >= mNotes.size()) {
-        return wxString();
+        return;
     }
-    const int32_t room = button.GetRight() - 4 * mPadX - wordsEnd;
-    return Ellipsize(mNotes[index], dc, wxELLIPSIZE_END, std::max(room, 0));
+    wxString note = mNotes[index];
+    TextPlace place = Measure(dc, note);
+    if (place.Width > right - left) {
+        note = Ellipsize(note, dc, wxELLIPSIZE_END, std::max(right - left, 0));
+        place = Measure(dc, note);
+    }
+    dc.DrawText(note, right - place.Width, baseline - place.Ascent);
 }
 
 void QuickScore::OnPaint(wxPaintEvent& /*event*/) {
