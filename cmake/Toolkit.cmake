@@ -16,6 +16,9 @@ target_link_libraries(velomind_wx_gui INTERFACE ${wxWidgets_LIBRARIES})
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GTK3 REQUIRED IMPORTED_TARGET gtk+-3.0)
 
+# The desktop's speech service, for the one source file that talks to it.
+pkg_check_modules(SPEECH REQUIRED IMPORTED_TARGET speech-dispatcher)
+
 # What a Wayland desktop is asked without the toolkit: the code that its protocol is made into.
 pkg_check_modules(WAYLAND REQUIRED IMPORTED_TARGET wayland-client)
 pkg_get_variable(wayland_protocols wayland-protocols pkgdatadir)
