@@ -89,6 +89,8 @@ bool VelomindApp::OnInit() {
     BindHelpCommands(*this);
     OpenStore();
     BindCommands();
+    mpReminder = std::make_unique<Reminder>(*mpDatabase, mClock, mOpenDialogs);
+    mpReminder->Start();
     WatchDesktop([this](wxTopLevelWindow& window) {
         TakeDesktopStyle(window);
         // The windows treat a new text size like a new font of the cards.
@@ -215,6 +217,7 @@ void VelomindApp::OpenStore() {
 }
 
 void VelomindApp::CloseStore() {
+    mpReminder.reset();
     mpBackupKeeper.reset();
     mpDatabase.reset();
 }

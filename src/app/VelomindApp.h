@@ -10,6 +10,7 @@
 #include "app/AppReports.h"
 #include "app/CommandLine.h"
 #include "app/MainWindows.h"
+#include "app/Reminder.h"
 #include "base/SingleInstance.h"
 #include "base/Time.h"
 #include "files/windows/Backups.h"
@@ -107,6 +108,8 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     SingleInstance mInstance;
     std::unique_ptr<Database> mpDatabase;
     std::unique_ptr<BackupKeeper> mpBackupKeeper;
+    // Lives while the store is open.
+    std::unique_ptr<Reminder> mpReminder;
     UndoHistory mUndoHistory;
     CardClipboard mClipboard{mFatalErrorReport, mUndoHistory};
     MainWindows mWindows;

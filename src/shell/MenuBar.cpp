@@ -78,12 +78,21 @@ constexpr MenuRow kViewRows[] = {
     {ID_WINDOW_LIST, wxTRANSLATE("List View\tCtrl+1"), nullptr, wxITEM_RADIO},
     {ID_WINDOW_STUDY, wxTRANSLATE("Study\tCtrl+2"), nullptr, wxITEM_RADIO}};
 
+constexpr MenuRow kSpeakRows[] = {
+    {ID_SPEAK_FRONT, wxTRANSLATE("Speak the Front"), nullptr, wxITEM_CHECK},
+    {ID_SPEAK_BACK, wxTRANSLATE("Speak the Back"), nullptr, wxITEM_CHECK},
+    kLine,
+    {ID_SPEAK_AGAIN, wxTRANSLATE("Say Again\tF8")},
+    {ID_VOICES, wxTRANSLATE("Voices...")}};
+
 constexpr MenuRow kStudyRows[] = {
     {ID_CHOOSE_CATEGORY, wxTRANSLATE("Choose Category\tAlt+Down")},
     {ID_NEXT_DUE_CATEGORY, wxTRANSLATE("Next Category with Due Cards\tCtrl+D")},
     {ID_SHOW_MORE_TODAY, wxTRANSLATE("Show More Today")},
     kLine,
     {ID_TYPE_ANSWER, wxTRANSLATE("Type the Answer"), nullptr, wxITEM_CHECK},
+    {ID_SPEAK, wxTRANSLATE("Speak"), nullptr, wxITEM_NORMAL, "", std::begin(kSpeakRows),
+     std::end(kSpeakRows)},
     kLine,
     {wxID_ZOOM_IN, wxTRANSLATE("Larger Text\tCtrl++")},
     {wxID_ZOOM_OUT, wxTRANSLATE("Smaller Text\tCtrl+-")},

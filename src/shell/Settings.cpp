@@ -33,7 +33,8 @@ struct DefaultRow {
 constexpr DefaultRow<wxSystemColour> kColourDefaults[] = {
     {kSettingFontColor, wxSYS_COLOUR_WINDOWTEXT}, {kSettingStudyBgColor, wxSYS_COLOUR_WINDOW}};
 constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionInterval, 180},
-                                                    {kSettingLeastBackups, 10}};
+                                                    {kSettingLeastBackups, 10},
+                                                    {kSettingReminderMinute, -1}};
 constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingBackups, true},
                                                  {kSettingEarlyIntroduction, false},
                                                  {kSettingFollowSavedCards, true},

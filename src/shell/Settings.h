@@ -25,6 +25,8 @@ constexpr char kSettingCompactScoring[] = "CompactScoring";
 constexpr char kSettingStudyTextStep[] = "StudyTextStep";
 constexpr char kSettingTypeAnswerForward[] = "TypeAnswerForward";
 constexpr char kSettingTypeAnswerReverse[] = "TypeAnswerReverse";
+// Which sides of a card are spoken; see StudySpeech.h, which has the keys of the voices, too.
+constexpr char kSettingSpeakSides[] = "SpeakSides";
 constexpr char kSettingFollowSavedCards[] = "FollowSavedCards";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";
@@ -37,6 +39,9 @@ constexpr char kSettingEnoughForToday[] = "EnoughForToday";
 constexpr char kSettingEnoughIsMinutes[] = "EnoughIsMinutes";
 constexpr char kSettingHideRelearnHint[] = "HideRelearnHint";
 constexpr char kSettingHidePassHint[] = "HidePassHint";
+// The minute of the day at which due cards are told of, -1 for never, and the day of the last time.
+constexpr char kSettingReminderMinute[] = "ReminderMinute";
+constexpr char kSettingReminderDay[] = "ReminderDay";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";

@@ -94,8 +94,7 @@ bool Speech::Connection::Open(const std::string& language, const std::string& vo
     }
     Close();
     char* error = nullptr;
-    mpConnection =
-        spd_open2("velomind", "study", nullptr, SPD_MODE_SINGLE, nullptr, 1, &error);
+    mpConnection = spd_open2("velomind", "study", nullptr, SPD_MODE_SINGLE, nullptr, 1, &error);
     std::free(error);
     if (mpConnection == nullptr) {
         return false;
@@ -226,8 +225,8 @@ Speech::~Speech() {
     mpShared->IsEnding = true;
     mpShared->AreVoicesWanted = false;
     mpShared->Wanted.notify_all();
-    mpShared->Done.wait_for(
-        lock, kLastWait, [this] { return !mpShared->IsBusy && !mpShared->Next.has_value(); });
+    mpShared->Done.wait_for(lock, kLastWait,
+                            [this] { return !mpShared->IsBusy && !mpShared->Next.has_value(); });
 }
 
 bool Speech::IsInstalled() {

@@ -121,6 +121,7 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     AddStudyCommands();
     AddCardCommands();
     AddAppearanceCommands();
+    AddSpeechCommands();
     AddTextSizeCommands();
     CreateBars();
     CreateContent();
@@ -235,7 +236,9 @@ bool StudyFrame::Show(bool show) {
     if (show && !IsShown() && mpChildFocus->IsShown()) {
         mpChildFocus->SetFocus();
     }
-    return wxFrame::Show(show);
+    const bool isChanged = wxFrame::Show(show);
+    UpdateSpeech(false);
+    return isChanged;
 }
 
 void StudyFrame::SetDatabase(Database* database) {
@@ -249,6 +252,7 @@ void StudyFrame::SetDatabase(Database* database) {
     }
     if (database == nullptr) {
         mpScheduler.reset();
+        mStudySpeech.Leave();
         mStudyDay.Open(nullptr, nullptr);
         return;
     }
@@ -302,6 +306,7 @@ void StudyFrame::UpdateCard(bool newCard) {
         UpdateMessage();
     }
     UpdateAnswer();
+    UpdateSpeech(newCard);
     UpdateCategoryText();
     UpdateDay();
     UpdateBreakBar();
@@ -589,6 +594,7 @@ void StudyFrame::OnActivate(wxActivateEvent& event) {
 void StudyFrame::OnMenuOpen(wxMenuEvent& event) {
     event.Skip();
     DropPresses();
+    LookForSpeech();
 }
 
 void StudyFrame::OnMenuClose(wxMenuEvent& event) {

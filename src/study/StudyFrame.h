@@ -16,6 +16,7 @@
 #include "scheduler/StudyDay.h"
 #include "store/CardUuid.h"
 #include "store/Subject.h"
+#include "study/StudySpeech.h"
 #include "study/TypedAnswer.h"
 
 class AppServices;
@@ -166,6 +167,13 @@ class StudyFrame : public wxFrame {
     void CreateCategories();
     void ChooseCategory();
 
+    // What is spoken; see StudyFrameSpeech.cpp.
+    void AddSpeechCommands();
+    void LookForSpeech();
+    void SetSpoken(SpokenSides side, bool isSpoken);
+    void UpdateSpeech(bool isNewQuestion);
+    void ChooseVoices();
+
     // The measure of the day; see StudyFrameDay.cpp.
     void OpenDay();
     void OnDayCounted();
@@ -253,6 +261,9 @@ class StudyFrame : public wxFrame {
     bool mIsPauseDismissed = false;
     // The day on which the user has dismissed that it is enough.
     int32_t mDismissedDay = -1;
+    Speech mSpeech;
+    bool mIsSpeechInstalled = Speech::IsInstalled();
+    StudySpeech mStudySpeech{mSpeech};
     // The card for which mDefaultScore and mBackShown hold.
     CardUuid mCurrentCardId;
     // The score on which the cursor rests while the current card is studied.
