@@ -26,7 +26,8 @@ struct SpeechTest : GuiTest {
         const wxString place = mFiles.Path("speech-dispatcher");
         wxFileName::Mkdir(place + "/modules", wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
         WriteBytes(place + "/speechd.conf",
-                   "LogLevel 0\nAddModule \"recorder\" \"sd_generic\" \"recorder.conf\"\n"
+                   "LogLevel 0\nAudioOutputMethod \"libao\"\nAddModule \"recorder\" \"sd_generic\" "
+                   "\"recorder.conf\"\n"
                    "AddModule \"dummy\" \"sd_dummy\" \"\"\nDefaultModule " +
                        module + "\n");
         WriteBytes(place + "/modules/recorder.conf",
