@@ -22,6 +22,11 @@ class StudyRoad(RoadTest):
         program.wait_window(STUDY_WINDOW)
         return program
 
+    @staticmethod
+    def read_text(path):
+        with open(path, encoding="utf-8") as file:
+            return file.read()
+
     def introduced(self):
         return dict(self.sandbox.query(INTRODUCED))
 
@@ -203,6 +208,36 @@ class StudyRoad(RoadTest):
         wait_until(lambda: len(self.introduced()) == 2, "the proposed score")
         self.assertEqual([0, 5], sorted(self.introduced().values()))
         self.assertEqual("1", self.setting("TypeAnswerForward"))
+        self.assertEqual(0, program.quit())
+
+    def test_the_sides_are_spoken_by_the_desktops_service(self):
+        config = os.path.join(self.sandbox.config, "speech-dispatcher")
+        os.makedirs(os.path.join(config, "modules"))
+        said = self.sandbox.path("said")
+        with open(os.path.join(config, "speechd.conf"), "w", encoding="utf-8") as file:
+            file.write('AudioOutputMethod "libao"\nLogLevel 0\nDefaultModule recorder\n'
+                       'AddModule "recorder" "sd_generic" "recorder.conf"\n')
+        with open(os.path.join(config, "modules", "recorder.conf"), "w", encoding="utf-8") as file:
+            file.write(f"GenericExecuteSynth \"echo '$VOICE|$DATA' >> {said}; exec sleep 60\"\n"
+                       'AddVoice "en" "MALE1" "Alice"\nAddVoice "ja" "MALE1" "Hana"\n')
+
+        def wait_said(line):
+            wait_until(lambda: os.path.exists(said) and line in self.read_text(said), line)
+
+        self.import_two()
+        program = self.study()
+        self.assertFalse(os.listdir(self.sandbox.runtime).count("speech-dispatcher"))
+        for entry in ("Speak the Front", "Speak the Back", "Voices..."):
+            program.click("View")
+            program.click("Speak")
+            press("Right")
+            program.click(entry)
+        program.wait_window("Voices")
+        program.wait_text("Front Voice:")
+        program.click("OK")
+        program.wait_window(STUDY_WINDOW)
+        press("space")
+        wait_said("|one")
         self.assertEqual(0, program.quit())
 
     def test_the_size_of_the_text_is_kept(self):

@@ -41,13 +41,15 @@ struct SpeechTest : GuiTest {
                        "AddVoice \"ja\" \"FEMALE1\" \"Yui\"\n");
     }
 
-    // Sends a signal to the service, or none with 0. Returns false when it does not run.
-    static bool Tell(int signal) {
+    // Sends a signal to the service, if it runs.
+    static void Tell(int signal) {
         wxString runtime;
         wxGetEnv("XDG_RUNTIME_DIR", &runtime);
         const wxString path = runtime + "/speech-dispatcher/pid/speech-dispatcher.pid";
         const int pid = wxFileExists(path) ? std::atoi(ReadBytes(path).c_str()) : 0;
-        return pid > 1 && kill(pid, signal) == 0;
+        if (pid > 1) {
+            kill(pid, signal);
+        }
     }
 
     bool HasSaid(const std::string& text) {
@@ -74,17 +76,12 @@ TEST_F(SpeechTest, TheNextTextSilencesTheOneThatIsSpoken) {
 }
 
 TEST_F(SpeechTest, VoicesAreThoseOfTheModule) {
-    for (const auto& [module, count] : {std::pair("dummy", 1U), std::pair("recorder", 3U)}) {
-        Configure(module);
-        Speech speech;
-        speech.Say("something", {});
-        speech.AskForVoices();
-        EXPECT_TRUE(WaitFor([&speech] { return speech.HasVoices(); }, 20000)) << module;
-        EXPECT_EQ(speech.GetVoices().size(), count) << module;
-        EXPECT_FALSE(speech.IsWithoutAnswer()) << module;
-        Tell(SIGTERM);
-        EXPECT_TRUE(WaitFor([] { return !Tell(0); }, 20000));
-    }
+    Configure("dummy");
+    mSpeech.Say("something", {});
+    mSpeech.AskForVoices();
+    ASSERT_TRUE(WaitFor([this] { return mSpeech.HasVoices(); }, 20000));
+    EXPECT_EQ(mSpeech.GetVoices(), std::vector<SpeechVoice>({{"en", "dummy"}}));
+    EXPECT_FALSE(mSpeech.IsWithoutAnswer());
 }
 
 TEST_F(SpeechTest, AServiceThatIsKilledIsStartedAgain) {
@@ -115,12 +112,6 @@ TEST_F(SpeechTest, AServiceThatHangsIsNotWaitedForAndSaysNothingOldLater) {
 }
 
 TEST_F(SpeechTest, WithoutAServiceNothingIsSaid) {
-    wxString path;
-    wxGetEnv("PATH", &path);
-    wxSetEnv("PATH", "/nowhere");
-    EXPECT_FALSE(Speech::IsInstalled());
-    wxSetEnv("PATH", path);
-    EXPECT_TRUE(Speech::IsInstalled());
     wxSetEnv("SPEECHD_ADDRESS", "unix_socket:/nowhere/at/all");
     mSpeech.Say("nobody hears it", {});
     EXPECT_TRUE(WaitFor([this] { return mSpeech.IsWithoutAnswer(); }, 20000));
