@@ -5,9 +5,7 @@
 #include <wx/vector.h>
 
 #include <algorithm>
-#include <functional>
 #include <list>
-#include <map>
 #include <set>
 #include <utility>
 
@@ -20,6 +18,7 @@
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "store/CardSort.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 
@@ -80,42 +79,21 @@ void CategoryList::RefreshRows() {
     if (mpDatabase == nullptr || mpDatabase->SelectAllCategories(categories) < 0) {
         return;
     }
+    SortByName(categories);
+    ArrangeRows(categories);
     const int32_t current = mServices.GetCurrentCategoryId(*mpDatabase);
     const wxDateTime now = mServices.GetClock().Now();
-    std::map<int32_t, long> rows;
-    for (long row = 0; row < GetItemCount(); ++row) {
-        rows.emplace(CategoryOf(row), row);
-    }
+    long row = 0;
     for (const Category& category : categories) {
-        if (rows.count(category.Id) == 0) {
-            InsertRow(category, rows);
-        }
-    }
-    std::map<int32_t, long> gone = rows;
-    for (const Category& category : categories) {
-        gone.erase(category.Id);
-        const auto place = rows.find(category.Id);
         wxString text;
         if (MakeRowText(category, now, text) < 0) {
             return;
         }
-        SetItemText(place->second, text);
+        SetItemText(row, text);
         if (category.Id == current) {
-            SelectRow(place->second);
+            SelectRow(row);
         }
-    }
-    // Deletes from the last row on, as each deletion moves the rows after it.
-    std::set<long, std::greater<>> goneRows;
-    for (const auto& [id, row] : gone) {
-        goneRows.insert(row);
-        mFormerRows[mNames[id]] = row;
-    }
-    mNames.clear();
-    for (const Category& category : categories) {
-        mNames.emplace(category.Id, category.Name);
-    }
-    for (const long row : goneRows) {
-        DeleteItem(row);
+        ++row;
     }
     SetColumnWidth(0, wxLIST_AUTOSIZE);
     mRowWidth = GetColumnWidth(0);
@@ -123,18 +101,31 @@ void CategoryList::RefreshRows() {
     TellFocusedRow();
 }
 
-// Gives a category its row and keeps the map from categories to rows true. A new one stands last;
-// one that comes back, by an undo for example, stands where it stood.
-void CategoryList::InsertRow(const Category& category, std::map<int32_t, long>& rows) {
-    const auto former = mFormerRows.find(category.Name);
-    const long last = GetItemCount();
-    const long row = former == mFormerRows.end() ? last : std::min(former->second, last);
-    InsertItem(row, ShownName(category.Name), 0);
-    SetItemData(row, category.Id);
-    for (auto& [id, place] : rows) {
-        place += place >= row ? 1 : 0;
+void CategoryList::ArrangeRows(const std::list<Category>& categories) {
+    std::set<int32_t> ids;
+    for (const Category& category : categories) {
+        ids.insert(category.Id);
     }
-    rows.emplace(category.Id, row);
+    // The base class gives the focus of a row that it deletes to another one, which the user has
+    // not chosen.
+    const wxEventBlocker quiet(this, wxEVT_LIST_ITEM_FOCUSED);
+    for (long row = GetItemCount() - 1; row >= 0; --row) {
+        if (ids.count(CategoryOf(row)) == 0) {
+            DeleteItem(row);
+        }
+    }
+    long row = 0;
+    for (const Category& category : categories) {
+        if (row >= GetItemCount() || CategoryOf(row) != category.Id) {
+            const long former = FindItem(row, static_cast<wxUIntPtr>(category.Id));
+            if (former >= 0) {
+                DeleteItem(former);
+            }
+            InsertItem(row, ShownName(category.Name), 0);
+            SetItemData(row, category.Id);
+        }
+        ++row;
+    }
 }
 
 int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, wxString& text) {

@@ -44,7 +44,8 @@ class CategoryList : public wxListCtrl, private Observer {
 
     // Brings the rows up to date. Stops at the first failure, which the store reports.
     void RefreshRows();
-    void InsertRow(const Category& category, std::map<int32_t, long>& rows);
+    // Gives each category its row, in that order, and deletes the rows of others.
+    void ArrangeRows(const std::list<Category>& categories);
     // Makes a row's text with the counts as of that time. Returns 0 or -1.
     int MakeRowText(const Category& category, const wxDateTime& now, wxString& text);
     void RenameOrMerge(const Category& category, const wxString& newName);
@@ -64,9 +65,6 @@ class CategoryList : public wxListCtrl, private Observer {
     void OnContextMenu(wxContextMenuEvent& event);
 
     AppServices& mServices;
-    // The names of the rows, and the last rows of those that are gone.
-    std::map<int32_t, wxString> mNames;
-    std::map<wxString, long> mFormerRows;
     Database* mpDatabase = nullptr;
     bool mAsking = false;
     // The room that the widest row needs, in pixels.

@@ -25,6 +25,7 @@
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
+#include "store/CardSort.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 
@@ -222,6 +223,7 @@ void EditFrame::Refresh() {
         wxLogError("%s", _("Unable to get category list"));
         return;
     }
+    SortByName(categories);
     mpForm->SetCategories(categories);
     if (!found.empty()) {
         Follow(found.front());

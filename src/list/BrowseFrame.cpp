@@ -87,6 +87,11 @@ constexpr int kSearchWidth = 200;
 constexpr int kWidestSearch = 400;
 constexpr int kSearchCharacters = 30;
 
+// How long the user types nothing before the list follows the search field, in milliseconds.
+constexpr int kTypingPause = 200;
+// A search that takes no longer is not broken off.
+constexpr int kShortSearch = 50;
+
 constexpr int kForeignCommands[] = {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU};
 
@@ -255,9 +260,44 @@ void BrowseFrame::BuildControls() {
     column->Add(mpCardList, 1, wxEXPAND);
     SetSizer(column);
     BuildDropDown();
+    OrderTabs();
+    CreateStatusBar(1, wxSTB_DEFAULT_STYLE);
+    ShowCounts();
+    Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
+        event.Skip();
+        ShowCounts();
+    });
     mRecentSearches.Read();
     RebuildSearchMenu();
     UseFont();
+}
+
+// Tab leads from the search field to the cards, and then to the buttons.
+void BrowseFrame::OrderTabs() {
+    mpSearchCtrl->MoveBeforeInTabOrder(mpButton);
+    mpCardList->MoveAfterInTabOrder(mpSearchCtrl);
+}
+
+void BrowseFrame::ShowCounts() {
+    const int shown = mpCardList->GetCardCount();
+    const int selected = mpCardList->GetSelectedCount();
+    const std::tuple counts(shown, selected, mpCardList->IsSorting());
+    if (counts == mCounts) {
+        return;
+    }
+    mCounts = counts;
+    wxString text =
+        wxString::Format(wxPLURAL("%i card", "%i cards", static_cast<unsigned>(shown)), shown);
+    if (selected > 0) {
+        text << "   "
+             << wxString::Format(
+                    wxPLURAL("%i selected", "%i selected", static_cast<unsigned>(selected)),
+                    selected);
+    }
+    if (mpCardList->IsSorting()) {
+        text << "   " << _("Sorting...");
+    }
+    SetStatusText(text);
 }
 
 void BrowseFrame::BuildDropDown() {
@@ -285,10 +325,8 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
 
     // Bound to the field and not to this window, because the field handles some of these events and
     // does not pass them on.
-    mpSearchCtrl->Bind(wxEVT_TEXT, [this](wxCommandEvent& event) {
-        event.Skip();
-        mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
-    });
+    mpSearchCtrl->Bind(wxEVT_TEXT, &BrowseFrame::OnSearchText, this);
+    mTyping.Bind(wxEVT_TIMER, &BrowseFrame::OnSearchPause, this);
     mpSearchCtrl->Bind(wxEVT_TEXT_ENTER, &BrowseFrame::OnSearchEnter, this);
     mpSearchCtrl->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { ClearSearch(); });
     Bind(wxEVT_MENU, &BrowseFrame::OnRecentSearch, this, kFirstRecentId, kLastRecentId);
@@ -394,10 +432,47 @@ void BrowseFrame::BindViewCommands() {
             WriteBooleanSetting(kSettingFollowSavedCards, event.IsChecked());
         },
         ID_FOLLOW_SAVED);
+    BindSortMenu(*view);
     Bind(
         wxEVT_UPDATE_UI,
         [](wxUpdateUIEvent& event) { event.Check(ReadBooleanSetting(kSettingFollowSavedCards)); },
         ID_FOLLOW_SAVED);
+}
+
+// The entries serve the menu bar and the menu of the headings.
+void BrowseFrame::BindSortMenu(wxMenu& view) {
+    view.AppendSubMenu(BuildSortMenu().release(), _("Sort by"));
+    for (const ListColumnTraits& traits : AllListColumns()) {
+        const int id = ID_SORT_FIRST + static_cast<int>(traits.Column);
+        Bind(
+            wxEVT_MENU,
+            [this, &traits](wxCommandEvent&) {
+                mpCardList->SortBy({traits.Column, mpCardList->GetOrder().IsDescending});
+            },
+            id);
+        Bind(
+            wxEVT_UPDATE_UI,
+            [this, &traits](wxUpdateUIEvent& event) {
+                event.Enable(mpCardList->IsColumnShown(traits.Column));
+                event.Check(mpCardList->GetOrder().Column == traits.Column);
+            },
+            id);
+    }
+    for (const bool isDescending : {false, true}) {
+        const int id = isDescending ? ID_SORT_DESCENDING : ID_SORT_ASCENDING;
+        Bind(
+            wxEVT_MENU,
+            [this, isDescending](wxCommandEvent&) {
+                mpCardList->SortBy({mpCardList->GetOrder().Column, isDescending});
+            },
+            id);
+        Bind(
+            wxEVT_UPDATE_UI,
+            [this, isDescending](wxUpdateUIEvent& event) {
+                event.Check(mpCardList->GetOrder().IsDescending == isDescending);
+            },
+            id);
+    }
 }
 
 void BrowseFrame::BindListCommands() {
@@ -526,6 +601,7 @@ void BrowseFrame::RebuildSearchMenu() {
 }
 
 void BrowseFrame::Search(const wxString& text) {
+    mTyping.Stop();
     mpSearchCtrl->SelectAll();
     mpCardList->SetSearch(text);
 }
@@ -533,11 +609,13 @@ void BrowseFrame::Search(const wxString& text) {
 void BrowseFrame::ClearSearch() {
     const wxBusyCursor busy;
     mpSearchCtrl->Clear();
+    mTyping.Stop();
     mpCardList->SetSearch(wxString());
 }
 
 // Called when the window closes: the object is destroyed later, when the store may be gone.
 void BrowseFrame::LetGoOfStore() {
+    mTyping.Stop();
     mSettingsAttachment.Detach();
     mStoreAttachment.Detach();
     mpDatabase = nullptr;
@@ -580,8 +658,9 @@ void BrowseFrame::OnClose(wxCloseEvent& event) {
 }
 
 // Handles the keys of the search field: Down goes to the cards, Alt+Down opens the recent searches,
-// and Escape clears the search or, when there is none, leaves the field. Alt+Down in the list of
-// cards opens the categories, and Ctrl+Shift+C anywhere the menu of the columns.
+// and Escape clears the search or, when there is none, leaves the field. Up from the first card
+// goes back to the field. Alt+Down in the list of cards opens the categories, and Ctrl+Shift+C
+// anywhere the menu of the columns.
 void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     const int key = event.GetKeyCode();
     if ((key == 'I' || key == 'i') && event.GetModifiers() == wxMOD_CONTROL) {
@@ -592,6 +671,11 @@ void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     }
     if (key == 'C' && event.GetModifiers() == (wxMOD_CONTROL | wxMOD_SHIFT)) {
         mpCardList->OpenColumnMenu();
+        return;
+    }
+    const bool isUp = key == WXK_UP || key == WXK_NUMPAD_UP;
+    if (isUp && !event.HasAnyModifiers() && HasFocusIn(*mpCardList) && mpCardList->IsAtTop()) {
+        FocusSearch();
         return;
     }
     const bool isDown = key == WXK_DOWN || key == WXK_NUMPAD_DOWN;
@@ -608,10 +692,34 @@ void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     }
 }
 
+void BrowseFrame::OnSearchText(wxCommandEvent& event) {
+    event.Skip();
+    mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
+    mEntered.clear();
+    mTyping.StartOnce(kTypingPause);
+}
+
+// Breaks a search off that takes long when the user goes on, and begins it again after the next
+// pause. The text stays as it is and is not kept among the recent ones.
+void BrowseFrame::OnSearchPause(wxTimerEvent&) {
+    const wxLongLong begin = wxGetUTCTimeMillis();
+    const auto isStopped = [begin] {
+        return wxGetUTCTimeMillis() - begin > kShortSearch && HasInputWaiting();
+    };
+    if (!mpCardList->TrySearch(mpSearchCtrl->GetValue(), isStopped)) {
+        mTyping.StartOnce(kTypingPause);
+    }
+}
+
 void BrowseFrame::OnSearchEnter(wxCommandEvent&) {
     const wxBusyCursor busy;
     const wxString text = mpSearchCtrl->GetValue();
+    if (!text.empty() && text == mEntered && mpCardList->GetCardCount() == 1) {
+        mpCardList->EditSelected();
+        return;
+    }
     Search(text);
+    mEntered = text;
     if (!text.empty()) {
         AddRecentSearch(text);
     }

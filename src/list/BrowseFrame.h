@@ -2,8 +2,10 @@
 
 #include <wx/frame.h>
 #include <wx/string.h>
+#include <wx/timer.h>
 
 #include <functional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -36,9 +38,11 @@ class RecentSearches {
 };
 
 // The window in which the user finds and manages cards: a category drop-down and a search field
-// above the list of cards. Choosing a category gives the keys to the cards; the menu bar leaves the
-// drop-down open, so that its commands mean the category. The application makes one when it is
-// first needed, and forgets it when the window reports that it closes. Main thread only.
+// above the list of cards, and a line below it that counts them. The list follows the search field
+// once the user pauses; Enter searches at once, keeps the text among the recent ones, and pressed
+// again opens the only card found. Choosing a category gives the keys to the cards; the menu bar
+// leaves the drop-down open, so that its commands mean the category. The application makes one when
+// it is first needed, and forgets it when the window reports that it closes. Main thread only.
 class BrowseFrame : public wxFrame, private Observer {
   public:
     enum ControlId : int {
@@ -94,6 +98,8 @@ class BrowseFrame : public wxFrame, private Observer {
     void BindCommands();
     void BindViewCommands();
     void BindListCommands();
+    void BindSortMenu(wxMenu& view);
+    void OrderTabs();
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
     const ListCommand* FindListCommand(const ListCommand& inCategories,
                                        const ListCommand& inCards) const;
@@ -107,12 +113,15 @@ class BrowseFrame : public wxFrame, private Observer {
     void RebuildSearchMenu();
     void Search(const wxString& text);
     void ClearSearch();
+    void ShowCounts();
     void LetGoOfStore();
 
     void OnActivate(wxActivateEvent& event);
     void OnChildFocus(wxChildFocusEvent& event);
     void OnClose(wxCloseEvent& event);
     void OnCharHook(wxKeyEvent& event);
+    void OnSearchText(wxCommandEvent& event);
+    void OnSearchPause(wxTimerEvent& event);
     void OnSearchEnter(wxCommandEvent& event);
     void OnRecentSearch(wxCommandEvent& event);
     void OnSearchAll(wxCommandEvent& event);
@@ -128,6 +137,12 @@ class BrowseFrame : public wxFrame, private Observer {
     wxButton* mpStudyButton = nullptr;
     // The time and the direction (true in reverse) of the ready cards on the study button.
     std::pair<wxDateTime, bool> mReadyShown;
+    // Runs while the user types and a little longer.
+    wxTimer mTyping;
+    // What Enter was last pressed for in the search field; empty once the text was changed.
+    wxString mEntered;
+    // The numbers of cards in the status bar: shown, selected, and whether they are being sorted.
+    std::tuple<int, int, bool> mCounts{-1, 0, false};
     // Opens the menu of the search field.
     wxDropDownButton* mpSearchMenuButton = nullptr;
     Database* mpDatabase = nullptr;

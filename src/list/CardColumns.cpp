@@ -28,7 +28,11 @@ const std::vector<ListColumnTraits>& AllListColumns() {
         {L::kNextReview, wxTRANSLATE("Next Review"), ID_COLUMN_NEXT_REVIEW, 16, C::kNextReview,
          C::kRNextReview},
         {L::kInterval, wxTRANSLATE("Interval"), ID_COLUMN_INTERVAL, 11, C::kReviewInterval,
-         C::kRReviewInterval}};
+         C::kRReviewInterval},
+        {L::kLastReview, wxTRANSLATE("Last Review"), ID_COLUMN_LAST_REVIEW, 16, C::kLastReview,
+         C::kRLastReview},
+        {L::kDifficulty, wxTRANSLATE("Difficulty"), ID_COLUMN_DIFFICULTY, 3, C::kDifficulty,
+         C::kRDifficulty}};
     return columns;
 }
 
@@ -38,15 +42,13 @@ const ListColumnTraits& TraitsOf(ListColumn column) {
 
 namespace {
 
-wxString FormatDue(const CardSchedule& schedule) {
-    const wxDateTime due = schedule.Introduced ? schedule.NextReview() : wxDateTime();
-    return due.IsValid() ? due.Format("%Y-%m-%d %H:%M") : wxString();
+constexpr char kDescending[] = ",descending";
+
+wxString FormatTime(const wxDateTime& time) {
+    return time.IsValid() ? time.Format("%Y-%m-%d %H:%M") : wxString();
 }
 
 wxString FormatInterval(const CardSchedule& schedule) {
-    if (!schedule.Introduced) {
-        return wxString();
-    }
     const IntervalInUnits interval = SplitInterval(schedule.ReviewInterval);
     return wxString::Format("%.1f %s", static_cast<double>(interval.Value),
                             IntervalUnitName(interval.Unit));
@@ -54,6 +56,22 @@ wxString FormatInterval(const CardSchedule& schedule) {
 
 wxString FormatFlag(bool flag) {
     return flag ? _("Yes") : wxString();
+}
+
+wxString ScheduleText(const CardSchedule& schedule, ListColumn column) {
+    if (!schedule.Introduced) {
+        return wxString();
+    }
+    switch (column) {
+        case ListColumn::kNextReview:
+            return FormatTime(schedule.NextReview());
+        case ListColumn::kInterval:
+            return FormatInterval(schedule);
+        case ListColumn::kLastReview:
+            return FormatTime(schedule.LastReview);
+        default:
+            return wxString::Format("%i", schedule.Difficulty);
+    }
 }
 
 }  // namespace
@@ -77,9 +95,10 @@ wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection 
         case ListColumn::kNotes:
             return CellText(card.Notes);
         case ListColumn::kNextReview:
-            return FormatDue(ScheduleOf(card, direction));
         case ListColumn::kInterval:
-            return FormatInterval(ScheduleOf(card, direction));
+        case ListColumn::kLastReview:
+        case ListColumn::kDifficulty:
+            return ScheduleText(ScheduleOf(card, direction), column);
         case ListColumn::kCategory:
             break;
     }
@@ -106,6 +125,23 @@ void WriteShownColumns(const ListColumns& columns) {
         }
     }
     WriteStringSetting(kSettingCardListShown, names);
+}
+
+ListOrder ReadListOrder() {
+    wxString heading = ReadStringSetting(kSettingCardListOrder);
+    ListOrder order;
+    order.IsDescending = heading.EndsWith(kDescending, &heading);
+    for (const ListColumnTraits& traits : AllListColumns()) {
+        if (heading == traits.Heading) {
+            order.Column = traits.Column;
+        }
+    }
+    return order;
+}
+
+void WriteListOrder(const ListOrder& order) {
+    WriteStringSetting(kSettingCardListOrder, TraitsOf(order.Column).Heading +
+                                                  wxString(order.IsDescending ? kDescending : ""));
 }
 
 void ShareRoom(std::vector<int>& widths, int room, int least) {

@@ -22,9 +22,17 @@ enum class ListColumn : uint8_t {
     // Shown only during a search in all categories.
     kCategory,
     kNextReview,
-    kInterval
+    kInterval,
+    kLastReview,
+    kDifficulty
 };
 using ListColumns = std::vector<ListColumn>;
+
+// The column by whose values the rows are sorted.
+struct ListOrder {
+    ListColumn Column = ListColumn::kNumber;
+    bool IsDescending = false;
+};
 
 struct ListColumnTraits {
     ListColumn Column;
@@ -42,7 +50,7 @@ struct ListColumnTraits {
 const std::vector<ListColumnTraits>& AllListColumns();
 const ListColumnTraits& TraitsOf(ListColumn column);
 
-// Returns what the cell of a card shows, on one line. Next review and interval are those of the
+// Returns what the cell of a card shows, on one line. What belongs to a schedule is that of the
 // direction, and empty until the card was scored in it. The cell of kCategory is empty: a card does
 // not know the name of its category.
 wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection direction);
@@ -50,6 +58,9 @@ wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection 
 // Returns the columns that are always there and those that the settings show, in order.
 ListColumns ReadShownColumns();
 void WriteShownColumns(const ListColumns& columns);
+// The order that the user chose last.
+ListOrder ReadListOrder();
+void WriteListOrder(const ListOrder& order);
 
 // Gives the columns of width 0 equal shares of the room, in pixels, that the others leave, but at
 // least the least width.

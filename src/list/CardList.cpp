@@ -9,6 +9,7 @@
 #include <list>
 #include <utility>
 
+#include "base/Collator.h"
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
 #include "shell/AppServices.h"
@@ -18,13 +19,15 @@
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "store/CardSort.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 
 namespace {
 
 constexpr int kNoCard = -1;
-// A store with more cards takes long enough to be shown in two steps.
+// A list of more cards takes long enough to be shown in two steps: at a start, and before it is
+// sorted by a text.
 constexpr int32_t kManyCards = 20000;
 // More rows than any screen has.
 constexpr int kFirstPage = 1000;
@@ -37,6 +40,38 @@ std::vector<int64_t> RowIdsOf(const std::vector<int64_t>& all, const std::vector
     }
     return rowIds;
 }
+
+// Returns the row ids in the order in which they stand in the former list. New ones come last, in
+// the order that they are given in.
+std::vector<int64_t> InFormerOrder(const std::vector<int64_t>& former,
+                                   const std::vector<int64_t>& rowIds) {
+    // A few bits a card, as row ids lie close together. Where they do not, the order is new.
+    constexpr size_t kMostBitsPerCard = 64;
+    const auto [least, most] = std::minmax_element(rowIds.begin(), rowIds.end());
+    if (former.empty() || rowIds.empty() ||
+        static_cast<uint64_t>(*most - *least) / kMostBitsPerCard > rowIds.size()) {
+        return rowIds;
+    }
+    const int64_t first = *least;
+    std::vector<bool> isMissing(static_cast<size_t>(*most - first) + 1);
+    for (const int64_t rowId : rowIds) {
+        isMissing[static_cast<size_t>(rowId - first)] = true;
+    }
+    std::vector<int64_t> ordered;
+    ordered.reserve(rowIds.size());
+    for (const std::vector<int64_t>* const list : {&former, &rowIds}) {
+        for (const int64_t rowId : *list) {
+            const auto place = static_cast<size_t>(rowId - first);
+            if (rowId >= first && place < isMissing.size() && isMissing[place]) {
+                isMissing[place] = false;
+                ordered.push_back(rowId);
+            }
+        }
+    }
+    return ordered;
+}
+
+const std::function<bool()> kNeverStopped;
 
 }  // namespace
 
@@ -82,11 +117,14 @@ void CardList::SetDatabase(Database* database, Extent extent) {
     if (database == mpDatabase) {
         return;
     }
+    // The worker reads the store.
+    mRowSort.Cancel();
     mpDatabase = database;
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
         mCategoryId = mServices.GetCurrentCategoryId(*database);
     }
+    mViewWhenSorted = View::kBeginsAtTop;
     RefreshRows(extent);
 }
 
@@ -122,11 +160,23 @@ void CardList::SetSearchAll(bool all) {
 }
 
 void CardList::SetSearch(const wxString& text) {
-    if (text != mSearch) {
-        mSearch = text;
-        ArrangeColumns();
-        ShowOtherCards();
+    TrySearch(text, kNeverStopped);
+}
+
+bool CardList::TrySearch(const wxString& text, const std::function<bool()>& isStopped) {
+    if (text == mSearch) {
+        return true;
     }
+    const wxString former = std::exchange(mSearch, text);
+    const ListOrder formerOrder = mOrder;
+    ArrangeColumns();
+    if (TryOtherCards(isStopped)) {
+        return true;
+    }
+    mSearch = former;
+    mOrder = formerOrder;
+    ArrangeColumns();
+    return false;
 }
 
 void CardList::FollowDirection() {
@@ -144,11 +194,12 @@ void CardList::ArrangeColumns() {
         }
     }
     mpListCtrl->SetColumns(columns);
-    if (std::find(columns.begin(), columns.end(), mSortColumn) == columns.end()) {
-        mSortColumn = ListColumn::kNumber;
+    auto sorted = std::find(columns.begin(), columns.end(), mOrder.Column);
+    if (sorted == columns.end()) {
+        mOrder = ListOrder();
+        sorted = columns.begin();
     }
-    const auto sorted = std::find(columns.begin(), columns.end(), mSortColumn);
-    mpListCtrl->ShowSortIndicator(static_cast<int>(sorted - columns.begin()));
+    mpListCtrl->ShowSortIndicator(static_cast<int>(sorted - columns.begin()), !mOrder.IsDescending);
 }
 
 void CardList::Update(Subject* subject) {
@@ -166,37 +217,53 @@ void CardList::Update(Subject* subject) {
 }
 
 void CardList::RefreshRows(Extent extent) {
-    mHasFirstPageOnly = false;
-    mRowCache.Clear();
-    mCategoryNames.clear();
-    mpListCtrl->SetAdvice(mSearch.empty() ? _("Ctrl+N writes a card, Ctrl+I imports a list.")
-                                          : _("Nothing here matches the search."));
+    TryRefresh(extent, kNeverStopped);
+}
+
+bool CardList::TryRefresh(Extent extent, const std::function<bool()>& isStopped) {
     if (mpDatabase == nullptr) {
-        mRowIds.clear();
-        mStoreCount = 0;
-        mpListCtrl->SetFocusedRow(-1);
-        mpListCtrl->SetItemCount(0);
-        mpListCtrl->Refresh();
-        return;
+        ShowNothing();
+        return true;
     }
-    const long focusedRow = mpListCtrl->GetFocusedRow();
-    const int64_t focused = GetFocusedRowId();
     mStoreCount = 0;
     if (mpDatabase->CountAllCards(mStoreCount) < 0) {
         mStoreCount = 0;
     }
-    const std::vector<int64_t> former = std::move(mRowIds);
-    mRowIds.clear();
-    SelectRowIds(extent);
-    // The same rows keep their selection and focus.
-    if (mRowIds != former) {
-        ShowRows(RowIdsOf(former, mpListCtrl->GetSelectedRows()), focused, focusedRow);
+    std::vector<int64_t> rowIds;
+    if (!ReadRowIds(extent, isStopped, rowIds)) {
+        return false;
     }
+    mRowCache.Clear();
+    mCategoryNames.clear();
+    mpListCtrl->SetAdvice(mSearch.empty() ? _("Ctrl+N writes a card, Ctrl+I imports a list.")
+                                          : _("Nothing here matches the search."));
+    ShowRows(std::move(rowIds));
     mpListCtrl->FocusSomeRow();
+    mpListCtrl->Refresh();
+    return true;
+}
+
+void CardList::ShowNothing() {
+    mRowSort.Cancel();
+    mHasFirstPageOnly = false;
+    mRowCache.Clear();
+    mCategoryNames.clear();
+    mRowIds.clear();
+    mStoreCount = 0;
+    mpListCtrl->SetFocusedRow(-1);
+    mpListCtrl->SetItemCount(0);
     mpListCtrl->Refresh();
 }
 
-void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow) {
+void CardList::ShowRows(std::vector<int64_t> rowIds) {
+    // The same rows keep their selection and focus.
+    if (rowIds == mRowIds) {
+        return;
+    }
+    std::vector<int64_t> selected = RowIdsOf(mRowIds, mpListCtrl->GetSelectedRows());
+    const long focusedRow = mpListCtrl->GetFocusedRow();
+    const int64_t focused = GetFocusedRowId();
+    mRowIds = std::move(rowIds);
     const auto count = static_cast<long>(mRowIds.size());
     if (focusedRow >= count) {
         // Otherwise the control keeps using a focused row that no longer exists.
@@ -207,49 +274,130 @@ void CardList::ShowRows(std::vector<int64_t> selected, int64_t focused, long foc
     RestoreFocus(focused, focusedRow);
 }
 
-void CardList::SelectRowIds(Extent extent) {
-    const ListColumnTraits& traits = TraitsOf(mSortColumn);
-    const CardColumn order = mIsReverse ? traits.ReverseOrder : traits.Order;
+CardOrder CardList::GetStoreOrder() const {
+    const ListColumnTraits& traits = TraitsOf(mOrder.Column);
+    return {mIsReverse ? traits.ReverseOrder : traits.Order, mOrder.IsDescending};
+}
+
+bool CardList::ReadRowIds(Extent extent, const std::function<bool()>& isStopped,
+                          std::vector<int64_t>& rowIds) {
+    const CardOrder order = GetStoreOrder();
+    const bool isFirstPage = extent == Extent::kFirstPage && mStoreCount > kManyCards &&
+                             mShowCategory && mSearch.empty();
+    if (isFirstPage) {
+        // In the order that the store can give at once. The rest comes in the user's order.
+        const bool isDescending =
+            order.Column == CardColumn::kIntroductionOrder && order.Descending;
+        if (mpDatabase->CardSelectFirstRowIds(mCategoryId, isDescending, kFirstPage, rowIds) < 0) {
+            rowIds.clear();
+        }
+        mHasFirstPageOnly = rowIds.size() == kFirstPage;
+        mViewWhenSorted = View::kBeginsAtTop;
+        return true;
+    }
+    const bool isByText = IsTextColumn(order.Column) && Collator().IsLoaded();
+    if (!ReadRowIds(isByText ? CardOrder(CardColumn::kIntroductionOrder) : order, isStopped,
+                    rowIds)) {
+        return false;
+    }
+    mHasFirstPageOnly = false;
+    mRowSort.Cancel();
+    if (isByText) {
+        SortRowIds(mRowIds, rowIds);
+    }
+    return true;
+}
+
+bool CardList::ReadRowIds(CardOrder order, const std::function<bool()>& isStopped,
+                          std::vector<int64_t>& rowIds) {
+    if (isStopped != nullptr) {
+        bool stopped = false;
+        const auto stop = [&] { return stopped = stopped || isStopped(); };
+        if (mpDatabase->TryUntil(stop, [&] { ReadRowIds(order, rowIds); }) || stopped) {
+            return !stopped;
+        }
+        // A failure, which comes again and is told.
+        rowIds.clear();
+    }
+    ReadRowIds(order, rowIds);
+    return true;
+}
+
+void CardList::ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds) {
     if (!mSearch.empty()) {
         // The store itself reports a failure.
         if (mShowCategory && !mSearchAll) {
-            mpDatabase->SearchRowIdsOrder(mCategoryId, mSearch, order, mRowIds);
+            mpDatabase->SearchRowIdsOrder(mCategoryId, mSearch, order, rowIds);
         } else {
-            mpDatabase->SearchRowIdsOrder(mSearch, order, mRowIds);
+            mpDatabase->SearchRowIdsOrder(mSearch, order, rowIds);
         }
     } else if (mShowCategory) {
-        SelectRowIdsOfCategory(order, extent);
+        rowIds.reserve(static_cast<size_t>(mStoreCount));
+        const int result = mpDatabase->CardSelectRowIdsOrder(mCategoryId, order, rowIds);
+        if (result < 0) {
+            wxLogError(_("Database::CardSelectRowIdsOrder returned %i"), result);
+            rowIds.clear();
+        }
     }
 }
 
-void CardList::SelectRowIdsOfCategory(CardColumn order, Extent extent) {
-    mHasFirstPageOnly = extent == Extent::kFirstPage && mStoreCount > kManyCards &&
-                        order == CardColumn::kIntroductionOrder;
-    int result = 0;
-    if (mHasFirstPageOnly) {
-        result = mpDatabase->CardSelectFirstRowIds(mCategoryId, kFirstPage, mRowIds);
-        mHasFirstPageOnly = mRowIds.size() == kFirstPage;
-    } else {
-        mRowIds.reserve(static_cast<size_t>(mStoreCount));
-        result = mpDatabase->CardSelectRowIdsOrder(mCategoryId, order, mRowIds);
+void CardList::SortRowIds(const std::vector<int64_t>& former, std::vector<int64_t>& rowIds) {
+    const CardOrder order = GetStoreOrder();
+    if (rowIds.size() > kManyCards) {
+        mRowSort.Start(*mpDatabase, order, rowIds, [this, order](auto sorted, bool isSorted) {
+            TakeSorted(order, std::move(sorted), isSorted);
+        });
+        rowIds = InFormerOrder(former, rowIds);
+        return;
     }
-    if (result < 0) {
-        wxLogError(_("Database::CardSelectRowIdsOrder returned %i"), result);
-        mRowIds.clear();
+    const std::atomic<bool> isCancelled{false};
+    if (!SortByText(*mpDatabase, order, isCancelled, rowIds)) {
+        rowIds.clear();
+        ReadRowIds(order, rowIds);
     }
+}
+
+void CardList::TakeSorted(CardOrder order, std::vector<int64_t> rowIds, bool isSorted) {
+    if (!isSorted) {
+        rowIds.clear();
+        ReadRowIds(order, rowIds);
+    }
+    const View view = std::exchange(mViewWhenSorted, View::kStays);
+    const bool isAtTop = IsAtTop();
+    if (rowIds != mRowIds) {
+        mRowCache.Clear();
+        ShowRows(std::move(rowIds));
+    }
+    if (view == View::kBeginsAtTop && isAtTop && !mRowIds.empty()) {
+        mpListCtrl->SetFocusedRow(0);
+    }
+    if (view != View::kStays && mpListCtrl->GetFocusedRow() >= 0) {
+        mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
+    }
+    mpListCtrl->FocusSomeRow();
+    mpListCtrl->Refresh();
 }
 
 void CardList::ShowOtherCards() {
+    TryOtherCards(kNeverStopped);
+}
+
+bool CardList::TryOtherCards(const std::function<bool()>& isStopped) {
     const int64_t focused = GetFocusedRowId();
-    RefreshRows();
+    if (!TryRefresh(Extent::kAll, isStopped)) {
+        return false;
+    }
+    mViewWhenSorted = View::kShowsFocus;
     if (mRowIds.empty()) {
-        return;
+        return true;
     }
     if (GetFocusedRowId() != focused) {
         // The focused card is not among the new rows.
         mpListCtrl->SetFocusedRow(0);
+        mViewWhenSorted = View::kBeginsAtTop;
     }
     mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
+    return true;
 }
 
 void CardList::RestoreSelection(std::vector<int64_t> rowIds) {
@@ -447,25 +595,42 @@ void CardList::OnListKeyDown(wxListEvent& event) {
 
 void CardList::OnColumnClick(wxListEvent& event) {
     const ListColumns& columns = mpListCtrl->GetColumns();
-    if (event.GetColumn() < 0 || static_cast<size_t>(event.GetColumn()) >= columns.size()) {
+    if (event.GetColumn() >= 0 && static_cast<size_t>(event.GetColumn()) < columns.size()) {
+        const ListColumn column = columns[static_cast<size_t>(event.GetColumn())];
+        // A second click turns the order.
+        SortBy({column, column == mOrder.Column && !mOrder.IsDescending});
+    }
+}
+
+bool CardList::IsColumnShown(ListColumn column) const {
+    const ListColumns& columns = mpListCtrl->GetColumns();
+    return std::find(columns.begin(), columns.end(), column) != columns.end();
+}
+
+void CardList::SortBy(const ListOrder& order) {
+    if (!IsColumnShown(order.Column)) {
         return;
     }
-    std::vector<int64_t> selected;
-    CollectSelection(selected, true);
-    const long focusedRow = mpListCtrl->GetFocusedRow();
-    const int64_t focused = GetFocusedRowId();
-    mpListCtrl->SetFocusedRow(-1);
-    mSortColumn = columns[static_cast<size_t>(event.GetColumn())];
-    mpListCtrl->ShowSortIndicator(event.GetColumn());
+    mOrder = order;
+    WriteListOrder(mOrder);
+    ArrangeColumns();
+    mViewWhenSorted = View::kShowsFocus;
     RefreshRows();
-    if (!selected.empty()) {
-        RestoreSelection(std::move(selected));
+    if (mpListCtrl->GetFocusedRow() >= 0) {
+        mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
     }
-    const long row = focusedRow < 0 ? -1 : FindRow(focused);
-    if (row >= 0) {
-        mpListCtrl->SetFocusedRow(row);
-        mpListCtrl->EnsureVisible(row);
+}
+
+std::unique_ptr<wxMenu> BuildSortMenu() {
+    auto menu = std::make_unique<wxMenu>();
+    int id = ID_SORT_FIRST;
+    for (const ListColumnTraits& traits : AllListColumns()) {
+        menu->AppendRadioItem(id++, wxGetTranslation(traits.Heading));
     }
+    menu->AppendSeparator();
+    menu->AppendRadioItem(ID_SORT_ASCENDING, _("Ascending"));
+    menu->AppendRadioItem(ID_SORT_DESCENDING, _("Descending"));
+    return menu;
 }
 
 void CardList::OpenColumnMenu() {
@@ -485,6 +650,8 @@ void CardList::ShowColumnMenu(int column, const wxPoint& place) {
         }
     }
     menu.Enable(ID_COLUMN_CATEGORY, IsSearchOverAll());
+    menu.AppendSeparator();
+    menu.AppendSubMenu(BuildSortMenu().release(), _("Sort by"));
     PopupMenu(&menu, place);
 }
 
@@ -518,9 +685,9 @@ void CardList::ToggleColumn(ListColumn column) {
         mShownColumns.insert(place, column);
     }
     WriteShownColumns(mShownColumns);
-    const ListColumn sorted = mSortColumn;
+    const ListColumn sorted = mOrder.Column;
     ArrangeColumns();
-    if (mSortColumn != sorted) {
+    if (mOrder.Column != sorted) {
         RefreshRows();
     }
 }

@@ -5,23 +5,27 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "list/CardColumns.h"
 #include "list/CardListCtrl.h"
+#include "list/RowSort.h"
 #include "store/Subject.h"
 
 class AppServices;
 class Database;
 class wxListEvent;
+class wxMenu;
 
 // Window id of the panel and of its list control.
 constexpr int kCardListId = 10093;
 
 // Shows the cards of the current category, or those that match a search, in the order of a column.
 // Holds one row id for each card and reads a card only when it is drawn, so a store of any size
-// opens at once. Refreshes itself when the store or the settings notify; the selection stays with
-// its cards, not with its rows. Main thread only.
+// opens at once. Texts have the order of the user's language; a worker sorts many, and the rows
+// stay as they are until it has. Refreshes itself when the store or the settings notify; the
+// selection stays with its cards, not with its rows. Main thread only.
 class CardList : public wxPanel, private Observer {
   public:
     // The services are not owned and must outlive the panel.
@@ -45,9 +49,22 @@ class CardList : public wxPanel, private Observer {
     void SetSearchAll(bool all);
     // Shows the cards that contain the text; an empty text shows all. "%" and "_" are wild cards.
     void SetSearch(const wxString& text);
+    // The same, unless the function, which is asked every few milliseconds, returns true before the
+    // cards are found. Then nothing changes and the result is false.
+    bool TrySearch(const wxString& text, const std::function<bool()>& isStopped);
+
+    // Sorts the rows and keeps the order for the next start.
+    void SortBy(const ListOrder& order);
+    const ListOrder& GetOrder() const { return mOrder; }
+    // Returns true until a worker has sorted the rows, which have another order so far.
+    bool IsSorting() const { return mRowSort.IsRunning(); }
+    bool IsColumnShown(ListColumn column) const;
 
     // Returns the text of a cell. Reads the card from the store when it is not in the cache.
     wxString GetCellText(long row, ListColumn column);
+
+    int GetCardCount() const { return static_cast<int>(mRowIds.size()); }
+    int GetSelectedCount() const { return mpListCtrl->GetSelectedItemCount(); }
 
     // Opens the menu of the columns by the headings, as a right click on a heading does.
     void OpenColumnMenu();
@@ -61,6 +78,8 @@ class CardList : public wxPanel, private Observer {
 
     // Opens the first focused or selected card in its editor.
     void EditSelected();
+    // Returns true when no row is above the focused one.
+    bool IsAtTop() const { return mpListCtrl->GetFocusedRow() <= 0; }
     void Cut() { PutOnClipboard(true); }
     void Copy() { PutOnClipboard(false); }
     void Paste();
@@ -82,19 +101,34 @@ class CardList : public wxPanel, private Observer {
   private:
     void Update(Subject* subject) override;
 
+    // What becomes of the view when the rows get their order.
+    enum class View { kStays, kShowsFocus, kBeginsAtTop };
+
     void RefreshRows(Extent extent = Extent::kAll);
-    void SelectRowIds(Extent extent);
-    void SelectRowIdsOfCategory(CardColumn order, Extent extent);
+    // Returns false, with nothing changed, when it was stopped.
+    bool TryRefresh(Extent extent, const std::function<bool()>& isStopped);
+    void ShowNothing();
+    CardOrder GetStoreOrder() const;
+    bool ReadRowIds(Extent extent, const std::function<bool()>& isStopped,
+                    std::vector<int64_t>& rowIds);
+    bool ReadRowIds(CardOrder order, const std::function<bool()>& isStopped,
+                    std::vector<int64_t>& rowIds);
+    void ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds);
+    // Sorts a few row ids at once, and lets the worker sort many, which follow the former order
+    // meanwhile.
+    void SortRowIds(const std::vector<int64_t>& former, std::vector<int64_t>& rowIds);
+    void TakeSorted(CardOrder order, std::vector<int64_t> rowIds, bool isSorted);
     bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
     // Shows the columns that the user has chosen, as far as they mean something for these rows.
     void ArrangeColumns();
     void ToggleColumn(ListColumn column);
     wxString NameCategory(int32_t id);
     // Gives the control one row for each row id, and restores what was selected and focused.
-    void ShowRows(std::vector<int64_t> selected, int64_t focused, long focusedRow);
+    void ShowRows(std::vector<int64_t> rowIds);
     // Refreshes after a change of category or search, when the former place of the focus means
     // nothing, and scrolls to the focused row.
     void ShowOtherCards();
+    bool TryOtherCards(const std::function<bool()>& isStopped);
     // Selects the rows of these cards, given in any order, and deselects all others.
     void RestoreSelection(std::vector<int64_t> rowIds);
     // Puts the focus on the row of that card. When the card is gone, the row that took its place
@@ -123,7 +157,7 @@ class CardList : public wxPanel, private Observer {
     int32_t mCategoryId = -1;
     // The columns that the user has chosen, and the one of them that gives the order.
     ListColumns mShownColumns = ReadShownColumns();
-    ListColumn mSortColumn = ListColumn::kNumber;
+    ListOrder mOrder = ReadListOrder();
     bool mIsReverse;
     // The column whose heading the menu was opened on, or -1.
     int mMenuColumn = -1;
@@ -135,6 +169,11 @@ class CardList : public wxPanel, private Observer {
     bool mHasFirstPageOnly = false;
     std::function<void()> mWhenDrawn;
     int32_t mStoreCount = 0;
+    RowSort mRowSort;
+    View mViewWhenSorted = View::kStays;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;
 };
+
+// Returns the menu of the orders, whose entries have the ids from ID_SORT_FIRST on.
+std::unique_ptr<wxMenu> BuildSortMenu();

@@ -44,6 +44,7 @@ constexpr char kSettingReminderMinute[] = "ReminderMinute";
 constexpr char kSettingReminderDay[] = "ReminderDay";
 constexpr char kSettingCardListColumns[] = "CardListColumns";
 constexpr char kSettingCardListShown[] = "CardListShown";
+constexpr char kSettingCardListOrder[] = "CardListOrder";
 constexpr char kSettingImportDialogColumnWidths[] = "ImportDialogColumnWidths";
 // The beginnings of several keys each, which end with a number.
 constexpr char kSettingRecentSearch[] = "RecentSearch";

@@ -375,6 +375,10 @@ bool HasWindowPlaces() {
 #endif
 }
 
+bool HasInputWaiting() {
+    return gdk_events_pending() != FALSE;
+}
+
 wxRect GetInnerPlace(const wxTopLevelWindow& window) {
     auto* const platform = GTK_WINDOW(window.GetHandle());
     wxRect place;
@@ -482,6 +486,10 @@ bool OpenInBrowser(const wxString& address) {
 
 bool HasWindowPlaces() {
     return true;
+}
+
+bool HasInputWaiting() {
+    return false;
 }
 
 wxRect GetInnerPlace(const wxTopLevelWindow& window) {

@@ -104,6 +104,10 @@ void SetInnerSize(wxTopLevelWindow& window, const wxSize& size);
 // Moves the corner of the frame. Does nothing where windows have no places.
 void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner);
 
+// Returns whether the user has pressed a key or moved the mouse, or the desktop has sent something
+// else, that the program has not taken notice of yet.
+bool HasInputWaiting();
+
 // Returns whether the desktop has fitted a window to a part of the screen, such as its left half.
 bool IsTiled(const wxTopLevelWindow& window);
 

@@ -42,6 +42,7 @@
 #include "shell/Toolkit.h"
 #include "statistics/CostlyCards.h"
 #include "statistics/StatisticsHints.h"
+#include "store/CardSort.h"
 #include "store/Database.h"
 
 // One count. The history belongs to the window, which leaves it alone meanwhile.
@@ -418,6 +419,7 @@ void StatisticsFrame::ListCategories() {
     std::list<Category> categories;
     // A failure is reported by the store itself.
     mpDatabase->SelectAllCategories(categories);
+    SortByName(categories);
     mCategories.assign(categories.begin(), categories.end());
     wxArrayString names;
     names.push_back(_("All Categories"));

@@ -263,6 +263,25 @@ bool Database::TryLocked(const std::function<void()>& ask) {
     return !std::exchange(mTryFailed, hadFailed) && IsOpen();
 }
 
+bool Database::TryUntil(const std::function<bool()>& isStopped, const std::function<void()>& ask) {
+    // About a millisecond of the engine's work.
+    constexpr int kSteps = 10000;
+    const Lock lock(mMutex);
+    const auto callBack = [](void* stop) -> int {
+        return (*static_cast<const std::function<bool()>*>(stop))() ? 1 : 0;
+    };
+    auto stop = isStopped;
+    if (mpHandle == nullptr) {
+        return false;
+    }
+    sqlite3_progress_handler(mpHandle, kSteps, callBack, &stop);
+    const bool isDone = TryLocked(ask);
+    if (mpHandle != nullptr) {
+        sqlite3_progress_handler(mpHandle, 0, nullptr, nullptr);
+    }
+    return isDone;
+}
+
 int Database::Execute(const wxString& sql) {
     const Lock lock(mMutex);
     AnnounceChange();

@@ -40,10 +40,15 @@ enum class CardColumn : uint8_t {
     kNextReview,
     kReviewInterval,
     kRNextReview,
-    kRReviewInterval
+    kRReviewInterval,
+    kLastReview,
+    kDifficulty,
+    kRLastReview,
+    kRDifficulty
 };
 
-// The order of a list of cards, smallest first unless it is descending.
+// The order of a list of cards, smallest first unless it is descending. Cards of the same value are
+// in the order of introduction, and cards without a schedule come last in the orders of schedules.
 struct CardOrder {
     CardOrder(CardColumn column, bool descending = false)
         : Column(column), Descending(descending) {}
@@ -115,6 +120,9 @@ class Database : public Subject {
     // The same for a worker beside other threads that use the store: they wait meanwhile, so that
     // none of their failures is taken for one of these.
     bool TryLocked(const std::function<void()>& ask);
+    // The same for questions that may be broken off: the function is asked every few milliseconds
+    // while the engine works, and returns true to stop it. The result is false then.
+    bool TryUntil(const std::function<bool()>& isStopped, const std::function<void()>& ask);
 
     // Called before each statement that may change the open store, on its thread and with the store
     // locked: it may read the store, must not change it, and must not wait for another thread.
@@ -244,8 +252,14 @@ class Database : public Subject {
     // one longer than the engine's limit (50,000 bytes) finds nothing.
     int CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds);
     int CardSelectRowIdsOrder(int32_t categoryId, CardOrder order, std::vector<int64_t>& rowIds);
-    // At most that many, the first by introduction order; takes the same time in every store.
-    int CardSelectFirstRowIds(int32_t categoryId, int most, std::vector<int64_t>& rowIds);
+    // At most that many, the first by introduction order or, descending, the last; takes the same
+    // time in every store.
+    int CardSelectFirstRowIds(int32_t categoryId, bool descending, int most,
+                              std::vector<int64_t>& rowIds);
+    // Shows a column of texts of the cards from the first row id to the last, in the order of the
+    // row ids. A failure is not reported. The visitor must not use the Database.
+    int VisitTexts(CardColumn column, int64_t first, int64_t last,
+                   const std::function<void(int64_t rowId, std::u16string_view text)>& visit);
     int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,

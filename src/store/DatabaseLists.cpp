@@ -17,34 +17,41 @@ constexpr char kSearchColumns[] = "CONTAINS(?,Front,Back,Author,Chapter,Notes)";
 struct OrderText {
     CardColumn Column;
     const char* Expression;
-    // Sorts cards of the same value.
-    const char* Tail;
 };
 
 // A card that was not introduced has no schedule yet and comes after those that have one.
 constexpr OrderText kOrders[] = {
-    {CardColumn::kIntroductionOrder, "IntroductionOrder", ""},
-    {CardColumn::kFront, "Front", ""},
-    {CardColumn::kBack, "Back", ""},
-    {CardColumn::kCategory, "CategoryId", ",IntroductionOrder"},
-    {CardColumn::kCategoryName, "(SELECT Name FROM Categories WHERE Id=CategoryId)", ""},
-    {CardColumn::kAuthor, "Author", ""},
-    {CardColumn::kChapter, "Chapter", ""},
-    {CardColumn::kForwardX, "ForwardX", ""},
-    {CardColumn::kReverseX, "ReverseX", ""},
-    {CardColumn::kNotes, "Notes", ""},
-    {CardColumn::kNextReview, "Introduced=0,NextReview", ""},
-    {CardColumn::kReviewInterval, "Introduced=0,ReviewInterval", ""},
-    {CardColumn::kRNextReview, "RIntroduced=0,RNextReview", ""},
-    {CardColumn::kRReviewInterval, "RIntroduced=0,RReviewInterval", ""},
+    {CardColumn::kIntroductionOrder, "IntroductionOrder"},
+    {CardColumn::kFront, "Front"},
+    {CardColumn::kBack, "Back"},
+    {CardColumn::kCategory, "CategoryId"},
+    {CardColumn::kCategoryName, "(SELECT Name FROM Categories WHERE Id=CategoryId)"},
+    {CardColumn::kAuthor, "Author"},
+    {CardColumn::kChapter, "Chapter"},
+    {CardColumn::kForwardX, "ForwardX"},
+    {CardColumn::kReverseX, "ReverseX"},
+    {CardColumn::kNotes, "Notes"},
+    {CardColumn::kNextReview, "Introduced=0,NextReview"},
+    {CardColumn::kReviewInterval, "Introduced=0,ReviewInterval"},
+    {CardColumn::kRNextReview, "RIntroduced=0,RNextReview"},
+    {CardColumn::kRReviewInterval, "RIntroduced=0,RReviewInterval"},
+    {CardColumn::kLastReview, "Introduced=0,LastReview"},
+    {CardColumn::kDifficulty, "Introduced=0,Difficulty"},
+    {CardColumn::kRLastReview, "RIntroduced=0,RLastReview"},
+    {CardColumn::kRDifficulty, "RIntroduced=0,RDifficulty"},
 };
 
-std::string FormatOrder(CardOrder order) {
+const char* FindExpression(CardColumn column) {
     const auto* const found =
         std::find_if(std::begin(kOrders), std::end(kOrders),
-                     [&](const OrderText& text) { return text.Column == order.Column; });
-    return std::string(" ORDER BY ") + found->Expression + (order.Descending ? " DESC" : "") +
-           found->Tail + ";";
+                     [column](const OrderText& text) { return text.Column == column; });
+    return found->Expression;
+}
+
+std::string FormatOrder(CardOrder order) {
+    const bool isNumber = order.Column == CardColumn::kIntroductionOrder;
+    return std::string(" ORDER BY ") + FindExpression(order.Column) +
+           (order.Descending ? " DESC" : "") + (isNumber ? "" : ",IntroductionOrder");
 }
 
 }  // namespace
@@ -57,7 +64,7 @@ bool Database::IsPatternTooLong(const wxString& pattern) const {
 }
 
 sqlite3_stmt* Database::OrderedStatement(const std::string& selection, CardOrder order) {
-    return IsOpen() ? GetStatement(selection + FormatOrder(order)) : nullptr;
+    return IsOpen() ? GetStatement(selection + FormatOrder(order) + ";") : nullptr;
 }
 
 int Database::CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds) {
@@ -74,13 +81,31 @@ int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
     return ReadFirstCardsOf(run, rowIds);
 }
 
-int Database::CardSelectFirstRowIds(int32_t categoryId, int most, std::vector<int64_t>& rowIds) {
+int Database::CardSelectFirstRowIds(int32_t categoryId, bool descending, int most,
+                                    std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
+    const CardOrder order(CardColumn::kIntroductionOrder, descending);
     StatementRun run(*this,
-                     GetStatement("SELECT ROWID from Cards WHERE CategoryId = ?"
-                                  " ORDER BY IntroductionOrder LIMIT ?;"),
+                     GetStatement("SELECT ROWID from Cards WHERE CategoryId = ?" +
+                                  FormatOrder(order) + " LIMIT ?;"),
                      categoryId, most);
     return ReadFirstCardsOf(run, rowIds);
+}
+
+int Database::VisitTexts(
+    CardColumn column, int64_t first, int64_t last,
+    const std::function<void(int64_t rowId, std::u16string_view text)>& visit) {
+    const Lock lock(mMutex);
+    const bool isRead = TryLocked([&] {
+        StatementRun run(*this,
+                         GetStatement(std::string("SELECT ROWID,") + FindExpression(column) +
+                                      " FROM Cards WHERE ROWID BETWEEN ? AND ? ORDER BY ROWID;"),
+                         first, last);
+        while (run.Step("VisitTexts") >= 0 && !run.IsDone()) {
+            visit(run.ColumnInt64(0), run.ColumnUtf16(1));
+        }
+    });
+    return isRead ? 0 : -1;
 }
 
 int Database::ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds) {
