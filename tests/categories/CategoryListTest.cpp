@@ -35,18 +35,20 @@ TEST_F(CategoryListTest, RowsTellWhatIsReadyAndFollowTheStore) {
     card.Reverse.LastReview = wxDateTime(time_t(1600000000));
     Insert(card);
     Open();
-    EXPECT_EQ(Rows(), (Texts{"Default", "Spanish (0/1)", "French"}));
+    EXPECT_EQ(Rows(), (Texts{"Default", "French", "Spanish (0/1)"}));
     EXPECT_EQ(ChosenRow(), 0);
 
     EXPECT_EQ(mDatabase.DeleteCategory(0), 0);
     mServices.CurrentCategory = 1;
     mDatabase.Notify();
-    EXPECT_EQ(Rows(), (Texts{"Spanish (0/1)", "French"}));
-    AddCategories({"Late"});
+    EXPECT_EQ(Rows(), (Texts{"French", "Spanish (0/1)"}));
+    AddCategories({"\u00e9cole"});
+    EXPECT_EQ(mDatabase.UpdateCategory({2, "Unit 10"}), 0);
+    AddCategories({"Unit 9"});
     mDatabase.Notify();
-    // The new one has the free id and stands last all the same.
-    EXPECT_EQ(Rows(), (Texts{"Spanish (0/1)", "French", "Late"}));
-    EXPECT_EQ(ChosenRow(), 0);
+    // By their names, however they came.
+    EXPECT_EQ(Rows(), (Texts{"\u00e9cole", "Spanish (0/1)", "Unit 9", "Unit 10"}));
+    EXPECT_EQ(ChosenRow(), 1);
     EXPECT_EQ(Button().GetLabelText(), "Spanish");
 }
 
@@ -63,7 +65,7 @@ TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {
     EXPECT_EQ(Query("SELECT length(Name) FROM Categories WHERE Id = 3"), Strings{"5004"});
     EXPECT_EQ(mDatabase.DeleteCategory(3), 0);
     mDatabase.Notify();
-    Choose(1);
+    Choose(0);
     // The same text, the same name in the store's eyes, another one.
     Rename("7");
     Rename("007");

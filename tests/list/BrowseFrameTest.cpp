@@ -174,6 +174,62 @@ TEST_F(BrowseFrameTest, AStartShowsTheFirstPageAndThenTheRest) {
     EXPECT_EQ(Rows(), Texts{"Default"});
 }
 
+TEST_F(BrowseFrameTest, TheListFollowsTheFieldAfterAPause) {
+    Insert(MakeCard("salt", "x"));
+    Insert(MakeCard("sugar", "x"));
+    Open();
+    const auto status = [this] { return mpFrame->GetStatusBar()->GetStatusText(); };
+    EXPECT_EQ(status(), "2 cards");
+    const Texts recent = RecentMenu();
+    for (const auto& [text, found] :
+         {std::pair<wxString, Texts>{"su", {"sugar"}}, {"s", {"salt", "sugar"}}}) {
+        SearchField().SetValue(text);
+        EXPECT_NE(Column(1), found) << "at once";
+        EXPECT_TRUE(WaitFor([&, expected = &found] { return Column(1) == *expected; })) << text;
+    }
+    EXPECT_EQ(RecentMenu(), recent);
+    // Enter does not wait. Once more, it opens the only card found.
+    SearchField().SetValue("su");
+    Send(SearchField(), wxEVT_TEXT_ENTER);
+    EXPECT_EQ(Column(1), Texts{"sugar"});
+    EXPECT_TRUE(mServices.Edited.empty());
+    Send(SearchField(), wxEVT_TEXT_ENTER);
+    ASSERT_EQ(mServices.Edited.size(), 1U);
+    EXPECT_EQ(mServices.Edited.front().Front, "sugar");
+    for (const char* const text : {"s", "s", ""}) {
+        Search(text);
+    }
+    EXPECT_EQ(mServices.Edited.size(), 1U);
+    Select({1});
+    DrainEvents();
+    EXPECT_EQ(status(), "2 cards   1 selected");
+}
+
+TEST_F(BrowseFrameTest, KeysLeadFromTheFieldToTheCardsAndBack) {
+    Insert(MakeCard("a", "x"));
+    Insert(MakeCard("b", "x"));
+    Open();
+    mpFrame->FocusSearch();
+    ASSERT_TRUE(WaitFor([this] { return IsFocusIn(SearchField()); }));
+    std::vector<wxWindow*> order;
+    for (wxWindow* const child : mpFrame->GetChildren()) {
+        if (child->AcceptsFocusFromKeyboard()) {
+            order.push_back(child);
+        }
+    }
+    ASSERT_GE(order.size(), 3U);
+    EXPECT_EQ(order[0], &SearchField());
+    EXPECT_EQ(order[1], &CardPanel());
+    EXPECT_EQ(order[2], &Button());
+    EXPECT_TRUE(Hook(WXK_DOWN));
+    ASSERT_TRUE(WaitFor([this] { return IsFocusIn(Cards()); }));
+    Cards().SetFocusedRow(1);
+    EXPECT_FALSE(Hook(WXK_UP));
+    Cards().SetFocusedRow(0);
+    EXPECT_TRUE(Hook(WXK_UP));
+    EXPECT_TRUE(WaitFor([this] { return IsFocusIn(SearchField()); }));
+}
+
 TEST_F(BrowseFrameTest, FilesThatAreDroppedOnTheWindowAreOpened) {
     Open();
     auto* const target = dynamic_cast<wxFileDropTarget*>(mpFrame->GetDropTarget());

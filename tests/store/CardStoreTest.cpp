@@ -114,9 +114,11 @@ TEST_F(CardStoreTest, EveryColumnSortsInBothDirections) {
     more.IntroductionOrder = 1;
     more.ForwardX = more.ReverseX = true;
     more.Forward.ReviewInterval = more.Reverse.ReviewInterval = 9;
+    more.Forward.LastReview = more.Reverse.LastReview = wxDateTime(time_t{2000});
+    more.Forward.Difficulty = more.Reverse.Difficulty = 20;
     Insert(more);
     Insert(less);
-    for (int i = 0; i <= static_cast<int>(CardColumn::kRReviewInterval); ++i) {
+    for (int i = 0; i <= static_cast<int>(CardColumn::kRDifficulty); ++i) {
         const auto column = static_cast<CardColumn>(i);
         const bool byId = column == CardColumn::kCategory;
         for (const bool descending : {false, true}) {
@@ -128,6 +130,22 @@ TEST_F(CardStoreTest, EveryColumnSortsInBothDirections) {
                 << i << descending;
         }
     }
+}
+
+TEST_F(CardStoreTest, ALongSearchIsBrokenOffWithoutHarm) {
+    Query(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000)"
+        " INSERT INTO Cards (CardId, Front, CategoryId)"
+        " SELECT printf('%08x-0000-4000-8000-000000000000', i), 'text', 0 FROM n");
+    std::vector<int64_t> rowIds;
+    const auto search = [&] { mDatabase.SearchRowIdsOrder("text", CardColumn::kFront, rowIds); };
+    int asked = 0;
+    EXPECT_FALSE(mDatabase.TryUntil([&] { return ++asked == 3; }, search));
+    EXPECT_EQ(asked, 3);
+    EXPECT_TRUE(rowIds.empty() && mReport.Texts.empty());
+    EXPECT_TRUE(mDatabase.TryUntil([] { return false; }, search));
+    search();
+    EXPECT_EQ(rowIds.size(), 40000U);
 }
 
 TEST_F(CardStoreTest, AWorkerAndTheMainThreadMayUseTheStoreAtOnce) {
