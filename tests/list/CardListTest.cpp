@@ -32,7 +32,9 @@ TEST_F(CardListTest, ManyCardsAreOrderedFoundSelectedAndDeleted) {
     // A worker sorts so many. A notice meanwhile begins that anew, and what is shown stays.
     EXPECT_EQ(Cards().OnGetItemText(7, 1), "front 099992");
     mDatabase.Notify();
-    EXPECT_EQ(mpFrame->GetStatusBar()->GetStatusText(), "100000 cards   2 selected");
+    wxIdleEvent idle;
+    mpFrame->ProcessWindowEvent(idle);
+    EXPECT_EQ(mpFrame->GetStatusBar()->GetStatusText(), "100000 cards   2 selected   Sorting...");
     DrainEvents();
     EXPECT_TRUE(WaitFor([this] { return Cards().OnGetItemText(0, 1) == "front 000000"; }, 20000));
     // Both cards are selected where they are now, and the focused one has come into view.

@@ -53,7 +53,7 @@ TEST_F(CardSortTest, ManyCardsOfNearlyTheSameTextAreSorted) {
         "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 140000)"
         " INSERT INTO Cards (CardId, Front) SELECT printf('%08x-0000-4000-8000-000000000000', i),"
         " CASE i % 2 WHEN 0 THEN 'a quite long text ' ELSE 'a quite long texture ' END"
-        " || i * 7919 % 140000 FROM n");
+        " || (i * 7919 % 140000) FROM n");
     RowIds rowIds(kCards);
     std::iota(rowIds.begin(), rowIds.end(), 1);
     const RowIds sorted = Sorted(CardColumn::kFront, rowIds);
