@@ -32,9 +32,9 @@ std::string FillSql(int cards) {
            ") INSERT INTO Cards (CardId, Front, Back, CategoryId, Author, Chapter, Notes, "
            "IntroductionOrder, ForwardX, ReverseX, Introduced, RIntroduced) SELECT "
            "printf('%08x-0000-4000-8000-%012x', i * 2654435761 % 4294967296, i), "
-           "'the front of card ' || i * 7919 % " +
+           "'the front of card ' || (i * 7919 % " +
            std::to_string(cards) +
-           ", 'what stands on the back of card ' || i, 0, 'somebody', 'chapter ' || i / 1000, "
+           "), 'what stands on the back of card ' || i, 0, 'somebody', 'chapter ' || i / 1000, "
            "'a note that helps to remember', i, 0, 0, 0, 0 FROM n";
 }
 

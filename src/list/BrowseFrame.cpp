@@ -8,6 +8,7 @@
 #include <wx/srchctrl.h>
 #include <wx/statline.h>
 #include <wx/stattext.h>
+#include <wx/statusbr.h>
 #include <wx/utils.h>
 
 #include <algorithm>
@@ -153,6 +154,21 @@ class SearchField : public wxSearchCtrl {
     }
 };
 
+namespace {
+
+// The library draws a new text at once, with all of the window around it, before the controls that
+// have just appeared have a size. This bar waits for its turn.
+class CountBar : public wxStatusBar {
+  public:
+    explicit CountBar(wxFrame* parent)
+        : wxStatusBar(parent, wxID_ANY, wxSTB_DEFAULT_STYLE, "statusBar") {}
+
+  protected:
+    void DoUpdateStatusText(int) override { Refresh(); }
+};
+
+}  // namespace
+
 BrowseFrame::BrowseFrame(AppServices& services)
     : wxFrame(nullptr, ID_WINDOW_LIST, _("List - Velomind"), wxDefaultPosition, kFirstSize,
               wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL, "frame"),
@@ -261,7 +277,7 @@ void BrowseFrame::BuildControls() {
     SetSizer(column);
     BuildDropDown();
     OrderTabs();
-    CreateStatusBar(1, wxSTB_DEFAULT_STYLE);
+    SetStatusBar(new CountBar(this));
     ShowCounts();
     Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
         event.Skip();

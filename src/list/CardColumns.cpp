@@ -32,7 +32,9 @@ const std::vector<ListColumnTraits>& AllListColumns() {
         {L::kLastReview, wxTRANSLATE("Last Review"), ID_COLUMN_LAST_REVIEW, 16, C::kLastReview,
          C::kRLastReview},
         {L::kDifficulty, wxTRANSLATE("Difficulty"), ID_COLUMN_DIFFICULTY, 3, C::kDifficulty,
-         C::kRDifficulty}};
+         C::kRDifficulty},
+        {L::kFailures, wxTRANSLATE("Failures"), ID_COLUMN_FAILURES, 3, C::kIntroductionOrder,
+         C::kIntroductionOrder}};
     return columns;
 }
 
@@ -100,6 +102,7 @@ wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection 
         case ListColumn::kDifficulty:
             return ScheduleText(ScheduleOf(card, direction), column);
         case ListColumn::kCategory:
+        case ListColumn::kFailures:
             break;
     }
     return wxString();

@@ -24,7 +24,9 @@ enum class ListColumn : uint8_t {
     kNextReview,
     kInterval,
     kLastReview,
-    kDifficulty
+    kDifficulty,
+    // Counted in the log of reviews.
+    kFailures
 };
 using ListColumns = std::vector<ListColumn>;
 
@@ -51,8 +53,8 @@ const std::vector<ListColumnTraits>& AllListColumns();
 const ListColumnTraits& TraitsOf(ListColumn column);
 
 // Returns what the cell of a card shows, on one line. What belongs to a schedule is that of the
-// direction, and empty until the card was scored in it. The cell of kCategory is empty: a card does
-// not know the name of its category.
+// direction, and empty until the card was scored in it. The cells of kCategory and kFailures are
+// empty: a card knows neither the name of its category nor its reviews.
 wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection direction);
 
 // Returns the columns that are always there and those that the settings show, in order.

@@ -6,12 +6,14 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <list>
 #include <utility>
 
 #include "base/Collator.h"
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
+#include "files/StoreFiles.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
@@ -118,7 +120,9 @@ void CardList::SetDatabase(Database* database, Extent extent) {
         return;
     }
     // The worker reads the store.
-    mRowSort.Cancel();
+    mSortJob.Cancel();
+    mFailureJob.Cancel();
+    mpFailureCounts = std::make_shared<CardFailures::Counts>();
     mpDatabase = database;
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
@@ -240,11 +244,11 @@ bool CardList::TryRefresh(Extent extent, const std::function<bool()>& isStopped)
     ShowRows(std::move(rowIds));
     mpListCtrl->FocusSomeRow();
     mpListCtrl->Refresh();
+    ReadFailures();
     return true;
 }
 
 void CardList::ShowNothing() {
-    mRowSort.Cancel();
     mHasFirstPageOnly = false;
     mRowCache.Clear();
     mCategoryNames.clear();
@@ -295,14 +299,14 @@ bool CardList::ReadRowIds(Extent extent, const std::function<bool()>& isStopped,
         mViewWhenSorted = View::kBeginsAtTop;
         return true;
     }
-    const bool isByText = IsTextColumn(order.Column) && Collator().IsLoaded();
-    if (!ReadRowIds(isByText ? CardOrder(CardColumn::kIntroductionOrder) : order, isStopped,
+    const bool isSortedHere = MakeSort() != nullptr;
+    if (!ReadRowIds(isSortedHere ? CardOrder(CardColumn::kIntroductionOrder) : order, isStopped,
                     rowIds)) {
         return false;
     }
     mHasFirstPageOnly = false;
-    mRowSort.Cancel();
-    if (isByText) {
+    mSortJob.Cancel();
+    if (isSortedHere) {
         SortRowIds(mRowIds, rowIds);
     }
     return true;
@@ -341,17 +345,54 @@ void CardList::ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds) {
     }
 }
 
+CardList::Sort CardList::MakeSort() const {
+    const CardOrder order = GetStoreOrder();
+    Database& database = *mpDatabase;
+    if (mOrder.Column == ListColumn::kFailures) {
+        const auto makeKey = [counts = mpFailureCounts, direction = GetDirection()](
+                                 std::u16string_view text, std::string& keys) {
+            CardUuid card;
+            ParseUuid(text, card);
+            char key[9];
+            std::snprintf(key, sizeof key, "%08x",
+                          static_cast<unsigned>(CardFailures::Count(*counts, card, direction)));
+            keys.append(key, sizeof key);
+        };
+        return [&database, order, makeKey](auto& isCancelled, auto& rowIds) {
+            return SortByKey(database, {CardColumn::kCardId, order.Descending}, makeKey,
+                             isCancelled, rowIds);
+        };
+    }
+    if (IsTextColumn(order.Column) && Collator().IsLoaded()) {
+        return [&database, order](auto& isCancelled, auto& rowIds) {
+            return SortByText(database, order, isCancelled, rowIds);
+        };
+    }
+    return nullptr;
+}
+
 void CardList::SortRowIds(const std::vector<int64_t>& former, std::vector<int64_t>& rowIds) {
     const CardOrder order = GetStoreOrder();
+    const Sort sort = MakeSort();
     if (rowIds.size() > kManyCards) {
-        mRowSort.Start(*mpDatabase, order, rowIds, [this, order](auto sorted, bool isSorted) {
-            TakeSorted(order, std::move(sorted), isSorted);
-        });
+        struct Result {
+            std::vector<int64_t> RowIds;
+            bool IsSorted = false;
+        };
+        const auto result = std::make_shared<Result>();
+        result->RowIds = rowIds;
+        mSortJob.Start(
+            [sort, result](const std::atomic<bool>& isCancelled) {
+                result->IsSorted = sort(isCancelled, result->RowIds);
+            },
+            [this, order, result] {
+                TakeSorted(order, std::move(result->RowIds), result->IsSorted);
+            });
         rowIds = InFormerOrder(former, rowIds);
         return;
     }
     const std::atomic<bool> isCancelled{false};
-    if (!SortByText(*mpDatabase, order, isCancelled, rowIds)) {
+    if (!sort(isCancelled, rowIds)) {
         rowIds.clear();
         ReadRowIds(order, rowIds);
     }
@@ -457,7 +498,38 @@ wxString CardList::GetCellText(long row, ListColumn column) {
     if (column == ListColumn::kCategory) {
         return NameCategory(card->CategoryId);
     }
-    return MakeCellText(*card, column, mIsReverse ? kReviewReverse : kReviewForward);
+    if (column == ListColumn::kFailures) {
+        return FailuresOf(*card);
+    }
+    return MakeCellText(*card, column, GetDirection());
+}
+
+void CardList::ReadFailures() {
+    if (!IsColumnShown(ListColumn::kFailures)) {
+        return;
+    }
+    const auto counts = std::make_shared<CardFailures::Counts>();
+    mFailureJob.Start(
+        [this, counts, path = ReviewLogPath(mpDatabase->GetPath())](
+            const std::atomic<bool>& isCancelled) { mFailures.Update(path, isCancelled, *counts); },
+        [this, counts] {
+            if (*counts != *mpFailureCounts) {
+                mpFailureCounts = counts;
+                if (mOrder.Column == ListColumn::kFailures) {
+                    RefreshRows();
+                } else {
+                    mpListCtrl->Refresh();
+                }
+            }
+        });
+}
+
+wxString CardList::FailuresOf(const FlashCard& card) const {
+    if (!ScheduleOf(card, GetDirection()).Introduced) {
+        return wxString();
+    }
+    return wxString::Format("%i",
+                            CardFailures::Count(*mpFailureCounts, card.CardId, GetDirection()));
 }
 
 wxString CardList::NameCategory(int32_t id) {
@@ -689,5 +761,7 @@ void CardList::ToggleColumn(ListColumn column) {
     ArrangeColumns();
     if (mOrder.Column != sorted) {
         RefreshRows();
+    } else if (mpDatabase != nullptr) {
+        ReadFailures();
     }
 }

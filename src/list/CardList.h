@@ -2,6 +2,7 @@
 
 #include <wx/panel.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -10,7 +11,8 @@
 
 #include "list/CardColumns.h"
 #include "list/CardListCtrl.h"
-#include "list/RowSort.h"
+#include "list/RowJob.h"
+#include "reviews/CardFailures.h"
 #include "store/Subject.h"
 
 class AppServices;
@@ -57,7 +59,7 @@ class CardList : public wxPanel, private Observer {
     void SortBy(const ListOrder& order);
     const ListOrder& GetOrder() const { return mOrder; }
     // Returns true until a worker has sorted the rows, which have another order so far.
-    bool IsSorting() const { return mRowSort.IsRunning(); }
+    bool IsSorting() const { return mSortJob.IsRunning(); }
     bool IsColumnShown(ListColumn column) const;
 
     // Returns the text of a cell. Reads the card from the store when it is not in the cache.
@@ -118,6 +120,15 @@ class CardList : public wxPanel, private Observer {
     // meanwhile.
     void SortRowIds(const std::vector<int64_t>& former, std::vector<int64_t>& rowIds);
     void TakeSorted(CardOrder order, std::vector<int64_t> rowIds, bool isSorted);
+    // Returns how to sort row ids in the order that the list has now, for any thread; nothing where
+    // the store itself can.
+    using Sort =
+        std::function<bool(const std::atomic<bool>& isCancelled, std::vector<int64_t>& rowIds)>;
+    Sort MakeSort() const;
+    // Lets a worker count the failures where they are shown.
+    void ReadFailures();
+    wxString FailuresOf(const FlashCard& card) const;
+    ReviewDirection GetDirection() const { return mIsReverse ? kReviewReverse : kReviewForward; }
     bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
     // Shows the columns that the user has chosen, as far as they mean something for these rows.
     void ArrangeColumns();
@@ -169,7 +180,11 @@ class CardList : public wxPanel, private Observer {
     bool mHasFirstPageOnly = false;
     std::function<void()> mWhenDrawn;
     int32_t mStoreCount = 0;
-    RowSort mRowSort;
+    CardFailures mFailures;
+    std::shared_ptr<const CardFailures::Counts> mpFailureCounts =
+        std::make_shared<CardFailures::Counts>();
+    RowJob mFailureJob;
+    RowJob mSortJob;
     View mViewWhenSorted = View::kStays;
     SubjectAttachment mSettingsAttachment;
     SubjectAttachment mStoreAttachment;

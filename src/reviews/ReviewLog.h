@@ -27,6 +27,9 @@
 // difficulty before and after, and, for a score that replaces an earlier one, the time of that one,
 // else "-". The first line is a comment, "#", with these names.
 
+// The lowest score of a card that was remembered.
+constexpr int kLeastRemembered = 3;
+
 // One score.
 struct ReviewRecord {
     // Seconds since 1970; becomes the card's LastReview.

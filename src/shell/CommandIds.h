@@ -69,6 +69,7 @@ enum CommandId : int {
     ID_COLUMN_INTERVAL = 32010,
     ID_COLUMN_LAST_REVIEW = 32011,
     ID_COLUMN_DIFFICULTY = 32012,
+    ID_COLUMN_FAILURES = 32013,
     // One id for each column that the list can be sorted by.
     ID_SORT_FIRST = 32030,
     ID_SORT_LAST = 32059,

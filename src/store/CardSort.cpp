@@ -30,11 +30,11 @@ struct Entry {
 
 class TextSort {
   public:
-    explicit TextSort(const Collator& collator) : mCollator(collator) {}
+    explicit TextSort(const MakeKey& makeKey) : mMakeKey(makeKey) {}
 
     void Add(std::u16string_view text, uint32_t place) {
         const size_t key = mKeys.size();
-        mCollator.AppendKey(text, mKeys);
+        mMakeKey(text, mKeys);
         mEntries.push_back({0, key, place});
         const char* const first = mKeys.data();
         const char* const other = mKeys.data() + key;
@@ -95,7 +95,7 @@ class TextSort {
         return order == 0 ? a.Place < b.Place : (order < 0) != descending;
     }
 
-    const Collator& mCollator;
+    const MakeKey& mMakeKey;
     std::string mKeys;
     std::vector<Entry> mEntries;
     // How many bytes all keys begin with alike.
@@ -164,8 +164,16 @@ bool IsTextColumn(CardColumn column) {
 bool SortByText(Database& database, CardOrder order, const std::atomic<bool>& isCancelled,
                 std::vector<int64_t>& rowIds) {
     const Collator collator;
-    TextSort sort(collator);
-    if (!collator.IsLoaded() || !ReadTexts(database, order.Column, rowIds, isCancelled, sort) ||
+    const auto makeKey = [&collator](std::u16string_view text, std::string& keys) {
+        collator.AppendKey(text, keys);
+    };
+    return collator.IsLoaded() && SortByKey(database, order, makeKey, isCancelled, rowIds);
+}
+
+bool SortByKey(Database& database, CardOrder order, const MakeKey& makeKey,
+               const std::atomic<bool>& isCancelled, std::vector<int64_t>& rowIds) {
+    TextSort sort(makeKey);
+    if (!ReadTexts(database, order.Column, rowIds, isCancelled, sort) ||
         !sort.Sort(order.Descending, isCancelled)) {
         return false;
     }

@@ -2,7 +2,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <list>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "store/Database.h"
@@ -21,6 +24,12 @@ bool IsTextColumn(CardColumn column);
 // engine's own order then remains.
 bool SortByText(Database& database, CardOrder order, const std::atomic<bool>& isCancelled,
                 std::vector<int64_t>& rowIds);
+
+// The same for an order that the store does not know. Sorts by the keys that the function makes of
+// the column's texts: bytes that compare (strcmp) as they should stand, and a NUL.
+using MakeKey = std::function<void(std::u16string_view text, std::string& keys)>;
+bool SortByKey(Database& database, CardOrder order, const MakeKey& makeKey,
+               const std::atomic<bool>& isCancelled, std::vector<int64_t>& rowIds);
 
 // Sorts categories by their names.
 void SortByName(std::list<Category>& categories);

@@ -44,7 +44,8 @@ enum class CardColumn : uint8_t {
     kLastReview,
     kDifficulty,
     kRLastReview,
-    kRDifficulty
+    kRDifficulty,
+    kCardId
 };
 
 // The order of a list of cards, smallest first unless it is descending. Cards of the same value are

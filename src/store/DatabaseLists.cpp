@@ -39,6 +39,7 @@ constexpr OrderText kOrders[] = {
     {CardColumn::kDifficulty, "Introduced=0,Difficulty"},
     {CardColumn::kRLastReview, "RIntroduced=0,RLastReview"},
     {CardColumn::kRDifficulty, "RIntroduced=0,RDifficulty"},
+    {CardColumn::kCardId, "CardId"},
 };
 
 const char* FindExpression(CardColumn column) {

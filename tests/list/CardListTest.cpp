@@ -1,5 +1,7 @@
 #include "list/ListFixture.h"
 
+#include "files/StoreFiles.h"
+#include "reviews/ReviewLog.h"
 #include "shell/Toolkit.h"
 
 struct CardListTest : ListTest {
@@ -293,6 +295,41 @@ TEST_F(CardListTest, ASecondClickOrTheMenuTurnsTheOrderWhichIsKept) {
     EXPECT_FALSE(Cards().IsAscendingSortIndicator());
     Sort(1);
     EXPECT_EQ(Column(1), ascending);
+}
+
+TEST_F(CardListTest, FailuresAreCountedInTheLogAndSortedBy) {
+    InsertCards({"never", "new", "once", "twice"});
+    ReviewLog log(ReviewLogPath(mDatabase.GetPath()));
+    const auto review = [&](size_t card, uint8_t score, int64_t elapsed = 60) {
+        ReviewRecord record;
+        record.Time = mServices.Time.Now().GetTicks();
+        record.CardId = mCards[card].CardId;
+        record.Score = score;
+        record.Elapsed = elapsed;
+        log.Append(record);
+        mCards[card].Forward.Introduced = true;
+        mCards[card].Forward.LastReview = mServices.Time.Now();
+        EXPECT_EQ(mDatabase.UpdateFlashCard(mCards[card]), 0);
+    };
+    // A first review fails no card.
+    review(0, 0, -1);
+    review(0, 3);
+    review(2, 2);
+    review(3, 0);
+    Open();
+    SendCommand(CardPanel(), ID_COLUMN_FAILURES);
+    EXPECT_TRUE(WaitFor([this] { return Column(3) == Texts{"0", "", "1", "1"}; }));
+    Sort(3);
+    Sort(3);
+    EXPECT_EQ(Column(1), (Texts{"once", "twice", "never", "new"}));
+    review(3, 1);
+    mDatabase.Notify();
+    EXPECT_TRUE(WaitFor([this] { return Column(3) == Texts{"2", "1", "0", ""}; }));
+    EXPECT_EQ(Column(1), (Texts{"twice", "once", "never", "new"}));
+    mServices.ReverseStudy = true;
+    Close();
+    Open();
+    EXPECT_EQ(Column(3), (Texts{"", "", "", ""}));
 }
 
 TEST_F(CardListTest, ListsTakeTheNewColoursOfTheDesktop) {

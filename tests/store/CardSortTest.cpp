@@ -48,12 +48,12 @@ TEST_F(CardSortTest, CardsOfTheSameTextStayInTheOrderGiven) {
 TEST_F(CardSortTest, ManyCardsOfNearlyTheSameTextAreSorted) {
     // More than are sorted in one go, in no order, with texts that differ after what a key's
     // beginning holds.
-    constexpr int64_t kCards = 140000;
+    constexpr int64_t kCards = 70000;
     Query(
-        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 140000)"
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 70000)"
         " INSERT INTO Cards (CardId, Front) SELECT printf('%08x-0000-4000-8000-000000000000', i),"
         " CASE i % 2 WHEN 0 THEN 'a quite long text ' ELSE 'a quite long texture ' END"
-        " || (i * 7919 % 140000) FROM n");
+        " || (i * 7919 % 70000) FROM n");
     RowIds rowIds(kCards);
     std::iota(rowIds.begin(), rowIds.end(), 1);
     const RowIds sorted = Sorted(CardColumn::kFront, rowIds);
