@@ -46,7 +46,7 @@ TEST_F(CategoryListTest, RowsTellWhatIsReadyAndFollowTheStore) {
     EXPECT_EQ(mDatabase.UpdateCategory({2, "Unit 10"}), 0);
     AddCategories({"Unit 9"});
     mDatabase.Notify();
-    // By their names, however they came.
+    // The rows stand in the order of the names, whenever they came.
     EXPECT_EQ(Rows(), (Texts{"\u00e9cole", "Spanish (0/1)", "Unit 9", "Unit 10"}));
     EXPECT_EQ(ChosenRow(), 1);
     EXPECT_EQ(Button().GetLabelText(), "Spanish");
