@@ -278,6 +278,8 @@ void BrowseFrame::BuildControls() {
     BuildDropDown();
     OrderTabs();
     SetStatusBar(new CountBar(this));
+    // The help of menu entries would put former counts back.
+    SetStatusBarPane(-1);
     ShowCounts();
     Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
         event.Skip();

@@ -505,7 +505,8 @@ wxString CardList::GetCellText(long row, ListColumn column) {
 }
 
 void CardList::ReadFailures() {
-    if (!IsColumnShown(ListColumn::kFailures)) {
+    // A start does not wait for the log.
+    if (!IsColumnShown(ListColumn::kFailures) || mHasFirstPageOnly) {
         return;
     }
     const auto counts = std::make_shared<CardFailures::Counts>();
