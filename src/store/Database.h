@@ -23,6 +23,7 @@
 #include "store/Subject.h"
 
 class Job;
+struct CardSearch;
 
 // The column that sorts a list of cards, or the name of their category.
 enum class CardColumn : uint8_t {
@@ -76,7 +77,8 @@ class UpgradeWait {
 
 // Gives a connection the function CONTAINS(pattern, text, ...), which is 1 where the engine's
 // LOWER(text) LIKE pattern is 1 for one of the texts, ill-formed texts and limits included, and
-// else 0. It works on UTF-16, as the store has its texts. Returns the engine's result.
+// else 0. It works on UTF-16, as the store has its texts. Gives it RESEMBLES(pattern, text, ...)
+// for patterns of MakeFoldedPattern and FOLDED(text) too. Returns the engine's result.
 int RegisterSearchFunction(sqlite3* handle);
 
 // The store: the one class that speaks SQL. Closed or open; on a closed Database every operation
@@ -265,6 +267,10 @@ class Database : public Subject {
     int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
                           std::vector<int64_t>& rowIds);
+    // The same for the words of a search, which has no problem.
+    int SearchRowIdsOrder(const CardSearch& search, CardOrder order, std::vector<int64_t>& rowIds);
+    int SearchRowIdsOrder(int32_t categoryId, const CardSearch& search, CardOrder order,
+                          std::vector<int64_t>& rowIds);
 
     // Categories.
     int SelectAllCategories(std::list<Category>& categories);
@@ -437,6 +443,7 @@ class Database : public Subject {
         return reader(run, records);
     }
     int ReadSearch(StatementRun& run, const wxString& text, std::vector<int64_t>& rowIds);
+    int BindSearch(StatementRun& run, const CardSearch& search);
     // Returns the greatest number of rows for one statement of a group, at most those that are
     // left.
     size_t GroupSize(size_t left, size_t parametersPerRow) const;

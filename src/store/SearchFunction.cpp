@@ -8,6 +8,11 @@
 // results, or a search would find other cards: only the letters A to Z have a lower case, "%"
 // stands for any text and "_" for one character, and a text that is not well-formed is seen as the
 // engine sees it after its own conversion. The tests compare both on random texts.
+//
+// RESEMBLES(pattern, text, ...) forgives accents and much else: it compares folded texts
+// (base/Folding.h). Its pattern comes from MakeFoldedPattern, folded already and with units of its
+// own for the wild cards, so that a "％" in a text is a sign like any other. A wild card for one
+// character counts the folded ones, of which "ß" has two.
 
 #include <sqlite3.h>
 
@@ -15,8 +20,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
+#include <string_view>
 
+#include "base/Folding.h"
 #include "store/Database.h"
+#include "store/SearchQuery.h"
 
 namespace {
 
@@ -211,10 +220,139 @@ void Contains(sqlite3_context* context, int count, sqlite3_value** arguments) {
     sqlite3_result_int(context, std::any_of(arguments + 1, arguments + count, matches) ? 1 : 0);
 }
 
+constexpr char16_t kAnyUnits = kFirstFreeUnit;
+constexpr char16_t kAnyUnit = kFirstFreeUnit + 1;
+
+constexpr bool IsWild(char16_t unit) {
+    return unit == kAnyUnits || unit == kAnyUnit;
+}
+
+// Compares a pattern with a folded text, from left to right. After kAnyUnits the next part of the
+// pattern is looked for; a part that was found once need not be found further right.
+class FoldedComparison {
+  public:
+    FoldedComparison(std::u16string_view pattern, std::u16string_view text)
+        : mPattern(pattern), mText(text) {}
+
+    bool Run() {
+        while (mNext < mPattern.size()) {
+            const char16_t wanted = mPattern[mNext];
+            const bool goesOn = wanted == kAnyUnits ? BeginPart() : TakeOne(wanted) || TryFurther();
+            if (!goesOn) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+  private:
+    bool BeginPart() {
+        // A search for क does not find the first half of क़.
+        const bool cutsLetter = mNext > 0 && !IsWild(mPattern[mNext - 1]) && mAt < mText.size() &&
+                                IsLetterMark(mText[mAt]);
+        if (cutsLetter) {
+            return TryFurther();
+        }
+        mPart = ++mNext;
+        return FindPart(mAt);
+    }
+
+    bool TakeOne(char16_t wanted) {
+        if (mAt == mText.size() || (wanted != kAnyUnit && wanted != mText[mAt])) {
+            return false;
+        }
+        const bool isPair = wanted == kAnyUnit && (mText[mAt] & 0xFC00) == 0xD800;
+        mAt = std::min(mAt + (isPair ? 2 : 1), mText.size());
+        ++mNext;
+        return true;
+    }
+
+    bool TryFurther() {
+        mNext = mPart;
+        return mFrom < mText.size() && FindPart(mFrom + 1);
+    }
+
+    // Goes to the next place where the part's first unit stands.
+    bool FindPart(size_t from) {
+        mFrom = from;
+        if (mNext < mPattern.size() && !IsWild(mPattern[mNext])) {
+            mFrom = mText.find(mPattern[mNext], from);
+        }
+        mAt = mFrom;
+        return mFrom != std::u16string_view::npos;
+    }
+
+    std::u16string_view mPattern;
+    std::u16string_view mText;
+    size_t mNext = 0;
+    size_t mAt = 0;
+    // Where the part begins in the pattern, and where it is tried in the text.
+    size_t mPart = 0;
+    size_t mFrom = 0;
+};
+
+void Resembles(sqlite3_context* context, int count, sqlite3_value** arguments) {
+    thread_local std::u16string pattern;
+    thread_local std::u16string folded;
+    const Units wanted = GetUnits(arguments[0]);
+    pattern.resize(wanted.Count);
+    std::memcpy(pattern.data(), wanted.Data, 2 * wanted.Count);
+    const auto matches = [&](sqlite3_value* value) {
+        const Units text = GetUnits(value);
+        if (text.Data == nullptr) {
+            return false;
+        }
+        FoldUnits(text.Data, text.Count, folded);
+        return FoldedComparison(pattern, folded).Run();
+    };
+    sqlite3_result_int(context, std::any_of(arguments + 1, arguments + count, matches) ? 1 : 0);
+}
+
+// FOLDED(text) is the folded text, which is the same for cards that count as equal.
+void Folded(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) {
+    const Units text = GetUnits(arguments[0]);
+    std::u16string folded;
+    FoldUnits(text.Data, text.Data == nullptr ? 0 : text.Count, folded);
+    sqlite3_result_text16(context, folded.data(), static_cast<int>(2 * folded.size()),
+                          SQLITE_TRANSIENT);
+}
+
 }  // namespace
+
+std::u16string MakeFoldedPattern(const wxString& text) {
+    std::u16string pattern(1, kAnyUnits);
+    wxString part;
+    const auto endPart = [&] {
+        pattern += FoldText(part);
+        part.clear();
+    };
+    for (const wxUniChar character : text) {
+        if (character == '%' || character == '_') {
+            endPart();
+            pattern += character == '%' ? kAnyUnits : kAnyUnit;
+        } else {
+            part += character;
+        }
+    }
+    endPart();
+    return pattern + kAnyUnits;
+}
 
 int RegisterSearchFunction(sqlite3* handle) {
     constexpr int kFlags = SQLITE_UTF16 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
-    return sqlite3_create_function(handle, "CONTAINS", -1, kFlags, nullptr, Contains, nullptr,
-                                   nullptr);
+    struct Function {
+        const char* Name;
+        int Arguments;
+        void (*Run)(sqlite3_context*, int, sqlite3_value**);
+    };
+    static constexpr Function kFunctions[] = {
+        {"CONTAINS", -1, Contains}, {"RESEMBLES", -1, Resembles}, {"FOLDED", 1, Folded}};
+    int result = SQLITE_OK;
+    for (const Function& function : kFunctions) {
+        if (result == SQLITE_OK) {
+            result = sqlite3_create_function(handle, function.Name, function.Arguments, kFlags,
+                                             nullptr, function.Run, nullptr, nullptr);
+        }
+    }
+    return result;
 }

@@ -57,6 +57,12 @@ bool StatementRun::BindNext(const wxString& text) {
     return BindUtf8(ToUtf8(text));
 }
 
+bool StatementRun::BindNext(const std::u16string& text) {
+    return IsBound(sqlite3_bind_text16(mpStatement, ++mBound, text.data(),
+                                       static_cast<int>(text.size() * sizeof(char16_t)),
+                                       SQLITE_TRANSIENT));
+}
+
 bool StatementRun::BindNext(const wxDateTime& time) {
     constexpr int64_t kNoTime = -1;
     if (!time.IsValid()) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 class CardUuid;
@@ -76,6 +77,7 @@ class StatementRun {
     bool BindNext(int64_t value);
     bool BindNext(double value);
     bool BindNext(const wxString& text);
+    bool BindNext(const std::u16string& text);
     bool BindNext(const wxDateTime& time);
     bool BindNext(const CardUuid& uuid);
     bool BindNext(const StoredValue& value);
