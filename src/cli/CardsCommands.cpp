@@ -42,8 +42,10 @@
 #include "formats/TextEncoding.h"
 #include "formats/TextSink.h"
 #include "formats/decks/DeckSurvey.h"
+#include "reviews/ReviewFigures.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
+#include "store/SearchQuery.h"
 
 namespace {
 
@@ -401,13 +403,33 @@ int RunImport(const CardsOptions& options) {
     return outcome;
 }
 
+// Reads what is looked for; without a search, every card. Prints the reason and returns false for a
+// word that means nothing.
+bool ReadSearch(Database& database, const CardsOptions& options, std::optional<int32_t> category,
+                CardSearch& search) {
+    const wxString text = options.Operands.empty() ? wxString() : options.Operands.front();
+    search.Query = options.IsExact ? SearchQuery::Exact(text) : SearchQuery::Words(text);
+    search.Direction = options.IsReverse ? kReviewReverse : kReviewForward;
+    search.Now = CurrentTime();
+    if (search.Query.Has(CardState::kHard)) {
+        ReviewHistory history;
+        const ReviewQuery query{category, search.Direction, ReviewSpan::kYear, search.Now};
+        ReadHardestCards(database, query, history, search.Hard);
+    }
+    if (!search.Query.GetProblem().empty()) {
+        PrintError(search.Query.GetProblem());
+    }
+    return search.Query.GetProblem().empty();
+}
+
 // Puts the cards of one category, or of all, into the order of their introduction.
 int SelectCards(Database& database, const CardsOptions& options, std::vector<int64_t>& rowIds) {
     const CardOrder order(CardColumn::kCategory);
-    const wxString search = options.Operands.empty() ? wxString() : options.Operands.front();
+    CardSearch search;
     if (options.Category.empty()) {
-        return search.empty() ? database.CardSelectRowIdsOrder(order, rowIds)
-                              : database.SearchRowIdsOrder(search, order, rowIds);
+        return ReadSearch(database, options, std::nullopt, search)
+                   ? database.SearchRowIdsOrder(search, order, rowIds)
+                   : int{kCardsRefused};
     }
     std::list<Category> found;
     if (database.SelectCategoryByName(options.Category, found) < 0) {
@@ -417,8 +439,10 @@ int SelectCards(Database& database, const CardsOptions& options, std::vector<int
         PrintError(wxString::Format(_("There is no category \"%s\"."), options.Category));
         return kCardsRefused;
     }
-    return search.empty() ? database.CardSelectRowIdsOrder(found.front().Id, order, rowIds)
-                          : database.SearchRowIdsOrder(found.front().Id, search, order, rowIds);
+    const int32_t category = found.front().Id;
+    return ReadSearch(database, options, category, search)
+               ? database.SearchRowIdsOrder(category, search, order, rowIds)
+               : int{kCardsRefused};
 }
 
 // Passes on the output only when it is complete, since the cards are read under a lock.

@@ -26,6 +26,8 @@ enum OptionLetter : int {
     kScheduling = 'k',
     kOutput = 'o',
     kCategory = 'c',
+    kExact = 'x',
+    kReverse = 'r',
     kEncoding = 'e',
     kDelimiter = 'd',
     kColumns = 'C',
@@ -65,6 +67,10 @@ constexpr OptionRow kOptionRows[] = {
     {kScheduling, "scheduling", nullptr, wxTRANSLATE("includes the schedules")},
     {kOutput, "output", "FILE", wxTRANSLATE("writes to this file; - is standard output")},
     {kCategory, "category", "NAME", wxTRANSLATE("lists the cards of one category")},
+    {kExact, "exact", nullptr,
+     wxTRANSLATE("looks for the search as it stands, with its accents and blanks")},
+    {kReverse, "reverse", nullptr,
+     wxTRANSLATE("looks for due cards and the like of the study from back to front")},
     {kHelp, "help", nullptr, wxTRANSLATE("shows this help, then exits")},
     {kVersion, "version", nullptr, wxTRANSLATE("shows the version, then exits")}};
 
@@ -84,7 +90,8 @@ constexpr CommandRow kCommands[] = {
      "[--known stop|skip|update] FILE"},
     {"export", CardsCommand::kExport, 0, 0, "sfko",
      "export [--format vlm|delimited|vlm1|anki] [--scheduling] [--output FILE]"},
-    {"list", CardsCommand::kList, 0, 1, "sjc", "list [--category NAME] [SEARCH]"},
+    {"list", CardsCommand::kList, 0, 1, "sjcxr",
+     "list [--category NAME] [--exact] [--reverse] [SEARCH]"},
     {"due", CardsCommand::kDue, 0, 0, "sj", "due"},
     {"check", CardsCommand::kCheck, 1, 1, "sjedCH",
      "check [--encoding NAME] [--delimiter TEXT] [--columns LIST] [--headings yes|no] FILE"},
@@ -215,6 +222,12 @@ wxString TakeOption(int letter, const wxString& value, CardsOptions& options) {
             break;
         case kNoBackup:
             options.NoBackup = true;
+            break;
+        case kExact:
+            options.IsExact = true;
+            break;
+        case kReverse:
+            options.IsReverse = true;
             break;
         case kFormat: {
             const auto* const row =

@@ -38,6 +38,10 @@ struct CardsOptions {
     wxString Output;
     // The only category to list; empty for all.
     wxString Category;
+    // Whether the search is one text, as it stands.
+    bool IsExact = false;
+    // Whether the states in a search are those of back to front.
+    bool IsReverse = false;
     ExportOptions Export;
     // How to read a list; what is not set is found out.
     TableChoice Table;

@@ -526,3 +526,17 @@ int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistor
     }
     return 0;
 }
+
+int ReadHardestCards(Database& database, const ReviewQuery& query, ReviewHistory& history,
+                     std::vector<CardUuid>& cards) {
+    const std::atomic<bool> cancelled{false};
+    ReviewFigures figures;
+    cards.clear();
+    if (ReadReviewFigures(database, query, history, cancelled, figures) < 0) {
+        return -1;
+    }
+    for (const HardCard& card : figures.Hardest) {
+        cards.push_back(card.CardId);
+    }
+    return 0;
+}

@@ -205,3 +205,8 @@ ReviewFigures MakeReviewFigures(const std::vector<CardSchedules>& cards,
 int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistory& history,
                       const std::atomic<bool>& cancelled, ReviewFigures& figures,
                       std::vector<CardSchedules>* cards = nullptr);
+
+// Gives the identities of the cards in ReviewFigures::Hardest, on any thread that has no operation
+// of the Database running. Returns 0; or -1 and none when the store could not be read.
+int ReadHardestCards(Database& database, const ReviewQuery& query, ReviewHistory& history,
+                     std::vector<CardUuid>& cards);

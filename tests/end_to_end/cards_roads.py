@@ -65,6 +65,7 @@ class CardsRoad(RoadTest):
                  (1, "cannot be read: Is a directory", "import", self.sandbox.root),
                  (1, "\"caf\\xe9\"", "import", os.fsdecode(b"caf\xe9")),
                  (1, "store of flash cards", "import", store), (1, "no category", "list", "--category", "X"),
+                 (1, "no length of time", "list", "due<xyz"),
                  (1, "flash cards themselves", "export", "--output", store),
                  (3, "There is no store", "--store", "absent.vlm", "due"),
                  (3, "cannot be opened", "--store", bad, "stats"))
@@ -92,7 +93,9 @@ class CardsRoad(RoadTest):
         self.assertEqual((1, 4), (code, json.loads(output)["line"]))
         listed = self.cards("list", "--category", "Numbers", "ein")
         self.assertEqual([("one", "eins", False)], [(c["Front"], c["Back"], c["Introduced"]) for c in listed])
-        self.assertEqual("one\teins\tNumbers\n", self.run_cards("list", "ein")[1])
+        for search in (("ein",), ("ÉIN category:numb -zwei is:new",), ("--exact", "Eins"), ("--", "-two"), ("--reverse", "is:new o -w")):
+            self.assertEqual("one\teins\tNumbers\n", self.run_cards("list", *search)[1])
+        self.assertEqual("", self.run_cards("list", "--exact", "éin")[1])
         self.assertEqual([{"category": "Numbers", "forward": 0, "reverse": 0}], self.cards("due"))
         self.change("UPDATE Cards SET Introduced=1, LastReview=1, NextReview=2 WHERE Front='two'")
         due = self.cards("stats")["categories"][0]["forward"]
