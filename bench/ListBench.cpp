@@ -22,7 +22,11 @@
 // floor of a search uses the engine's own LOWER and LIKE. Needs a display.
 namespace {
 
-enum Kind { kByNumber, kByFront, kSearch };
+enum Kind { kByNumber, kByFront, kSearch, kExactSearch };
+
+bool IsSearch(Kind kind) {
+    return kind == kSearch || kind == kExactSearch;
+}
 
 constexpr char kText[] = "4711";
 
@@ -67,8 +71,8 @@ class ListOnStore {
         return static_cast<CardListCtrl&>(*mpList->GetChildren().front());
     }
     void Prepare(Kind kind) {
-        if (kind == kSearch) {
-            mpList->SetSearch(kText);
+        if (IsSearch(kind)) {
+            mpList->SetSearch(kText, kind == kExactSearch);
         } else {
             mpList->SortBy({kind == kByFront ? ListColumn::kFront : ListColumn::kNumber});
         }
@@ -146,7 +150,7 @@ class BareQuery {
     BareQuery(const std::string& path, Kind kind) {
         sqlite3_open(path.c_str(), &mpHandle);
         std::string sql = "SELECT ROWID from Cards WHERE CategoryId = ?";
-        if (kind == kSearch) {
+        if (IsSearch(kind)) {
             sql +=
                 " AND ( LOWER(Front) LIKE ? OR LOWER(Back) LIKE ? OR LOWER(Author) LIKE ? OR "
                 "LOWER(Chapter) LIKE ? OR LOWER(Notes) LIKE ? )";
@@ -241,6 +245,7 @@ void AddBenches() {
         AddBench("ListByNumber", cards, kByNumber);
         AddBench("ListByFront", cards, kByFront);
         AddBench("ListSearch", cards, kSearch);
+        AddBench("ListExactSearch", cards, kExactSearch);
     }
 }
 

@@ -1,41 +1,23 @@
 #include "base/Collator.h"
 
-#include <dlfcn.h>
 #include <unicode/ucol.h>
 
 #include <algorithm>
 #include <cstdlib>
 
+#include "base/IcuLibrary.h"
 #include "base/Unicode.h"
 
 namespace {
 
-// The functions of the library have its version in their names, which its headers add.
-#define NAME_AS_TEXT(name) #name
-#define LIBRARY_NAME(name) NAME_AS_TEXT(name)
-
 struct Library {
-    Library() {
-        // Its texts and tables are large, but they are read only as far as they are used.
-        void* const library = dlopen("libicui18n.so." U_ICU_VERSION_SHORT, RTLD_LAZY | RTLD_LOCAL);
-        if (library != nullptr) {
-            const auto find = [library](auto& function, const char* name) {
-                function = reinterpret_cast<std::decay_t<decltype(function)>>(dlsym(library, name));
-                return function != nullptr;
-            };
-            IsLoaded = find(Open, LIBRARY_NAME(ucol_open)) &&
-                       find(Close, LIBRARY_NAME(ucol_close)) &&
-                       find(SetAttribute, LIBRARY_NAME(ucol_setAttribute)) &&
-                       find(GetSortKey, LIBRARY_NAME(ucol_getSortKey)) &&
-                       find(Compare, LIBRARY_NAME(ucol_strcoll));
-        }
-    }
-    decltype(&ucol_open) Open = nullptr;
-    decltype(&ucol_close) Close = nullptr;
-    decltype(&ucol_setAttribute) SetAttribute = nullptr;
-    decltype(&ucol_getSortKey) GetSortKey = nullptr;
-    decltype(&ucol_strcoll) Compare = nullptr;
-    bool IsLoaded = false;
+    decltype(&ucol_open) Open = FIND_ICU(ucol_open);
+    decltype(&ucol_close) Close = FIND_ICU(ucol_close);
+    decltype(&ucol_setAttribute) SetAttribute = FIND_ICU(ucol_setAttribute);
+    decltype(&ucol_getSortKey) GetSortKey = FIND_ICU(ucol_getSortKey);
+    decltype(&ucol_strcoll) Compare = FIND_ICU(ucol_strcoll);
+    bool IsLoaded = Open != nullptr && Close != nullptr && SetAttribute != nullptr &&
+                    GetSortKey != nullptr && Compare != nullptr;
 };
 
 const Library& GetLibrary() {

@@ -22,6 +22,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "base/IcuLibrary.h"
 #include "base/Unicode.h"
 
 namespace {
@@ -80,6 +81,42 @@ const UNormalizer2* GetNormalizer() {
     return unorm2_getNFKCInstance(&error);
 }
 
+// Where the library is missing, only the case is folded.
+class Rules {
+  public:
+    Rules() {
+        UErrorCode error = U_ZERO_ERROR;
+        if (mOpen != nullptr && mClose != nullptr && mApply != nullptr) {
+            mpRules = mOpen(kRules, -1, UTRANS_FORWARD, nullptr, 0, nullptr, &error);
+        }
+    }
+    ~Rules() {
+        if (mpRules != nullptr) {
+            mClose(mpRules);
+        }
+    }
+    Rules(const Rules&) = delete;
+    Rules& operator=(const Rules&) = delete;
+
+    std::u16string Apply(char16_t unit) const {
+        std::array<char16_t, kMostUnits> text{unit};
+        int32_t length = 1;
+        int32_t limit = 1;
+        UErrorCode error = U_ZERO_ERROR;
+        if (mpRules != nullptr) {
+            mApply(mpRules, text.data(), &length, kMostUnits, 0, &limit, &error);
+        }
+        return U_FAILURE(error) != 0 ? std::u16string(1, unit)
+                                     : std::u16string(text.data(), static_cast<size_t>(length));
+    }
+
+  private:
+    decltype(&utrans_openU) mOpen = FIND_ICU(utrans_openU);
+    decltype(&utrans_close) mClose = FIND_ICU(utrans_close);
+    decltype(&utrans_transUChars) mApply = FIND_ICU(utrans_transUChars);
+    UTransliterator* mpRules = nullptr;
+};
+
 class FoldTable {
   public:
     FoldTable();
@@ -88,7 +125,7 @@ class FoldTable {
     const std::u16string& GetSeveral(char16_t unit) const { return mSeveral.at(unit); }
 
   private:
-    void Fill(UTransliterator& rules, char16_t unit);
+    void Fill(const Rules& rules, char16_t unit);
     void Put(char16_t unit, const std::u16string& folded);
 
     std::array<char16_t, kUnits> mValues;
@@ -96,30 +133,20 @@ class FoldTable {
 };
 
 FoldTable::FoldTable() {
-    UErrorCode error = U_ZERO_ERROR;
-    const std::unique_ptr<UTransliterator, decltype(&utrans_close)> rules(
-        utrans_openU(kRules, -1, UTRANS_FORWARD, nullptr, 0, nullptr, &error), &utrans_close);
+    const Rules rules;
     for (size_t unit = 0; unit < kUnits; ++unit) {
         const auto value = static_cast<char16_t>(unit);
         mValues[unit] = IsNoCharacter(value) ? kNoCharacter : value;
         if (U16_IS_SURROGATE(value)) {
             mValues[unit] = kByContext;
-        } else if (rules != nullptr && !IsNoCharacter(value) && !IsPlain(value)) {
-            Fill(*rules, value);
+        } else if (!IsNoCharacter(value) && !IsPlain(value)) {
+            Fill(rules, value);
         }
     }
 }
 
-void FoldTable::Fill(UTransliterator& rules, char16_t unit) {
-    std::array<char16_t, kMostUnits> text{unit};
-    int32_t length = 1;
-    int32_t limit = 1;
-    UErrorCode error = U_ZERO_ERROR;
-    utrans_transUChars(&rules, text.data(), &length, kMostUnits, 0, &limit, &error);
-    if (U_FAILURE(error) != 0) {
-        return;
-    }
-    Put(unit, FoldCase({text.data(), static_cast<size_t>(length)}));
+void FoldTable::Fill(const Rules& rules, char16_t unit) {
+    Put(unit, FoldCase(rules.Apply(unit)));
     const bool standsAlone = unorm2_hasBoundaryBefore(GetNormalizer(), unit) != 0;
     if ((!standsAlone && mValues[unit] != kNothing) || unit == kStroke) {
         mValues[unit] = kByContext;

@@ -28,6 +28,7 @@
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
+#include "store/SearchQuery.h"
 #include "store/UndoHistory.h"
 
 namespace {
@@ -92,6 +93,11 @@ constexpr int kSearchCharacters = 30;
 constexpr int kTypingPause = 200;
 // A search that takes no longer is not broken off.
 constexpr int kShortSearch = 50;
+
+// What the menu of the search calls each CardState.
+constexpr const char* kStateNames[] = {wxTRANSLATE("Due Cards"),    wxTRANSLATE("New Cards"),
+                                       wxTRANSLATE("Failed Cards"), wxTRANSLATE("Excluded Cards"),
+                                       wxTRANSLATE("Same Fronts"),  wxTRANSLATE("Hardest Cards")};
 
 constexpr int kForeignCommands[] = {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU};
@@ -268,6 +274,10 @@ void BrowseFrame::BuildControls() {
     row->Add(new wxStaticText(this, wxID_ANY, wxString()), 1, wxEXPAND);
     BuildSearchField(*row);
     column->Add(row, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    mpSearchProblem = new wxStaticText(this, kSearchProblemId, wxString());
+    mpSearchProblem->Hide();
+    column->Add(mpSearchProblem,
+                wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, FromDIP(kGap)));
     BuildFirstSteps(*column);
     column->Add(new wxStaticLine(this, kLineId, wxDefaultPosition, wxSize(1, 1), wxLI_HORIZONTAL),
                 0, wxEXPAND);
@@ -285,6 +295,7 @@ void BrowseFrame::BuildControls() {
         event.Skip();
         ShowCounts();
     });
+    mIsSearchExact = ReadBooleanSetting(kSettingExactSearch);
     mRecentSearches.Read();
     RebuildSearchMenu();
     UseFont();
@@ -349,6 +360,8 @@ void BrowseFrame::BuildSearchField(wxSizer& row) {
     mpSearchCtrl->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { ClearSearch(); });
     Bind(wxEVT_MENU, &BrowseFrame::OnRecentSearch, this, kFirstRecentId, kLastRecentId);
     Bind(wxEVT_MENU, &BrowseFrame::OnSearchAll, this, kSearchAllId);
+    Bind(wxEVT_MENU, &BrowseFrame::OnExactSearch, this, kExactSearchId);
+    Bind(wxEVT_MENU, &BrowseFrame::OnState, this, kFirstStateId, kLastStateId);
     mpSearchMenuButton->Bind(wxEVT_BUTTON,
                              [this](wxCommandEvent&) { mpSearchCtrl->PopupSearchMenu(); });
 }
@@ -615,20 +628,56 @@ void BrowseFrame::RebuildSearchMenu() {
     }
     menu->AppendSeparator();
     menu->AppendCheckItem(kSearchAllId, _("Search in All Categories"))->Check(mSearchAll);
+    menu->AppendCheckItem(kExactSearchId, _("Exact Search"));
+    menu->AppendSeparator();
+    id = kFirstStateId;
+    for (const char* const name : kStateNames) {
+        menu->AppendCheckItem(id++, wxGetTranslation(name));
+    }
     mpSearchCtrl->SetMenu(menu);
+    ShowStates();
 }
 
-void BrowseFrame::Search(const wxString& text) {
+// Ticks the mode and the states that the text in the field asks for.
+void BrowseFrame::ShowStates() {
+    mpSearchCtrl->GetMenu()->Check(kExactSearchId, mIsSearchExact);
+    const SearchQuery query = SearchQuery::Words(mpSearchCtrl->GetValue());
+    for (int id = kFirstStateId; id <= kLastStateId; ++id) {
+        wxMenuItem& item = *mpSearchCtrl->GetMenu()->FindItem(id);
+        const auto state = static_cast<CardState>(id - kFirstStateId);
+        item.Check(!mIsSearchExact && query.Requires(state));
+        item.Enable(!mIsSearchExact);
+    }
+}
+
+// Says below the field which word means nothing. Returns false then: the list stays as it is.
+bool BrowseFrame::CheckSearch(const wxString& text) {
+    const wxString problem = mIsSearchExact ? wxString() : SearchQuery::Words(text).GetProblem();
+    if (problem != mpSearchProblem->GetLabelText()) {
+        mpSearchProblem->SetLabelText(problem);
+        mpSearchProblem->Wrap(GetClientSize().GetWidth() - 2 * FromDIP(kGap));
+        mpSearchProblem->Show(!problem.empty());
+        Layout();
+    }
+    return problem.empty();
+}
+
+bool BrowseFrame::Search(const wxString& text) {
     mTyping.Stop();
     mpSearchCtrl->SelectAll();
-    mpCardList->SetSearch(text);
+    const bool isGood = CheckSearch(text);
+    if (isGood) {
+        mpCardList->SetSearch(text, mIsSearchExact);
+    }
+    return isGood;
 }
 
 void BrowseFrame::ClearSearch() {
     const wxBusyCursor busy;
     mpSearchCtrl->Clear();
     mTyping.Stop();
-    mpCardList->SetSearch(wxString());
+    CheckSearch(wxString());
+    mpCardList->SetSearch(wxString(), mIsSearchExact);
 }
 
 // Called when the window closes: the object is destroyed later, when the store may be gone.
@@ -714,6 +763,7 @@ void BrowseFrame::OnSearchText(wxCommandEvent& event) {
     event.Skip();
     mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
     mEntered.clear();
+    ShowStates();
     mTyping.StartOnce(kTypingPause);
 }
 
@@ -724,7 +774,8 @@ void BrowseFrame::OnSearchPause(wxTimerEvent&) {
     const auto isStopped = [begin] {
         return wxGetUTCTimeMillis() - begin > kShortSearch && HasInputWaiting();
     };
-    if (!mpCardList->TrySearch(mpSearchCtrl->GetValue(), isStopped)) {
+    const wxString text = mpSearchCtrl->GetValue();
+    if (CheckSearch(text) && !mpCardList->TrySearch(text, mIsSearchExact, isStopped)) {
         mTyping.StartOnce(kTypingPause);
     }
 }
@@ -736,9 +787,9 @@ void BrowseFrame::OnSearchEnter(wxCommandEvent&) {
         mpCardList->EditSelected();
         return;
     }
-    Search(text);
+    const bool isGood = Search(text);
     mEntered = text;
-    if (!text.empty()) {
+    if (isGood && !text.empty()) {
         AddRecentSearch(text);
     }
 }
@@ -758,6 +809,23 @@ void BrowseFrame::OnSearchAll(wxCommandEvent& event) {
     mSearchAll = event.IsChecked();
     mpSearchCtrl->SetDescriptiveText(mSearchAll ? _("Search in All Categories") : _("Search"));
     mpCardList->SetSearchAll(mSearchAll);
+}
+
+void BrowseFrame::OnExactSearch(wxCommandEvent& event) {
+    const wxBusyCursor busy;
+    mIsSearchExact = event.IsChecked();
+    WriteBooleanSetting(kSettingExactSearch, mIsSearchExact);
+    ShowStates();
+    Search(mpSearchCtrl->GetValue());
+}
+
+// A tick in the menu is a word in the field.
+void BrowseFrame::OnState(wxCommandEvent& event) {
+    const wxBusyCursor busy;
+    const auto state = static_cast<CardState>(event.GetId() - kFirstStateId);
+    mpSearchCtrl->SetValue(
+        SearchQuery::Words(mpSearchCtrl->GetValue()).WithState(state, event.IsChecked()));
+    Search(mpSearchCtrl->GetValue());
 }
 
 // A text field with the focus takes back what was typed into it; else the last step in the store is

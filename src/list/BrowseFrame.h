@@ -20,6 +20,7 @@ class SearchField;
 class UndoHistory;
 struct UndoOutcome;
 class wxButton;
+class wxStaticText;
 
 // Keeps the texts that were searched for last: newest first, each once, at most five. A new list
 // begins with a text that is always its oldest, and with the newest four of the last one.
@@ -51,6 +52,11 @@ class BrowseFrame : public wxFrame, private Observer {
         kSearchMenuId = 11051,
         kStudyButtonId = 11052,
         kSearchAllId = 11006,
+        kExactSearchId = 11007,
+        // One id for each CardState in the field's menu.
+        kFirstStateId = 11010,
+        kLastStateId = 11015,
+        kSearchProblemId = 11053,
         kFirstStepsId = 11060,
         kFirstCardId = 11061,
         kFirstImportId = 11062,
@@ -111,7 +117,9 @@ class BrowseFrame : public wxFrame, private Observer {
     void ShowUndoSteps();
     void AddRecentSearch(const wxString& text);
     void RebuildSearchMenu();
-    void Search(const wxString& text);
+    void ShowStates();
+    bool CheckSearch(const wxString& text);
+    bool Search(const wxString& text);
     void ClearSearch();
     void ShowCounts();
     void LetGoOfStore();
@@ -125,6 +133,8 @@ class BrowseFrame : public wxFrame, private Observer {
     void OnSearchEnter(wxCommandEvent& event);
     void OnRecentSearch(wxCommandEvent& event);
     void OnSearchAll(wxCommandEvent& event);
+    void OnExactSearch(wxCommandEvent& event);
+    void OnState(wxCommandEvent& event);
     using TakeStep = int (UndoHistory::*)(Database& database, UndoOutcome& outcome);
     void OnUndo(wxCommandEvent& event, TakeStep take, const wxString& caption);
     void OnUpdateUndo(wxUpdateUIEvent& event);
@@ -132,7 +142,10 @@ class BrowseFrame : public wxFrame, private Observer {
     AppServices& mServices;
     RecentSearches mRecentSearches;
     bool mSearchAll = false;
+    bool mIsSearchExact = false;
     SearchField* mpSearchCtrl = nullptr;
+    // Says below the field which word of the search means nothing.
+    wxStaticText* mpSearchProblem = nullptr;
     wxDropDownButton* mpButton = nullptr;
     wxButton* mpStudyButton = nullptr;
     // The time and the direction (true in reverse) of the ready cards on the study button.

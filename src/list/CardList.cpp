@@ -14,6 +14,7 @@
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
 #include "files/StoreFiles.h"
+#include "reviews/ReviewFigures.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
@@ -163,21 +164,24 @@ void CardList::SetSearchAll(bool all) {
     }
 }
 
-void CardList::SetSearch(const wxString& text) {
-    TrySearch(text, kNeverStopped);
+void CardList::SetSearch(const wxString& text, bool isExact) {
+    TrySearch(text, isExact, kNeverStopped);
 }
 
-bool CardList::TrySearch(const wxString& text, const std::function<bool()>& isStopped) {
-    if (text == mSearch) {
+bool CardList::TrySearch(const wxString& text, bool isExact,
+                         const std::function<bool()>& isStopped) {
+    if (text == mSearch && isExact == mIsSearchExact) {
         return true;
     }
     const wxString former = std::exchange(mSearch, text);
+    const bool wasExact = std::exchange(mIsSearchExact, isExact);
     const ListOrder formerOrder = mOrder;
     ArrangeColumns();
     if (TryOtherCards(isStopped)) {
         return true;
     }
     mSearch = former;
+    mIsSearchExact = wasExact;
     mOrder = formerOrder;
     ArrangeColumns();
     return false;
@@ -233,6 +237,7 @@ bool CardList::TryRefresh(Extent extent, const std::function<bool()>& isStopped)
     if (mpDatabase->CountAllCards(mStoreCount) < 0) {
         mStoreCount = 0;
     }
+    DescribeSearch();
     std::vector<int64_t> rowIds;
     if (!ReadRowIds(extent, isStopped, rowIds)) {
         return false;
@@ -327,13 +332,26 @@ bool CardList::ReadRowIds(CardOrder order, const std::function<bool()>& isStoppe
     return true;
 }
 
+void CardList::DescribeSearch() {
+    mDescribed.Query = mIsSearchExact ? SearchQuery::Exact(mSearch) : SearchQuery::Words(mSearch);
+    mDescribed.Direction = GetDirection();
+    mDescribed.Now = mServices.GetClock().Now();
+    if (mDescribed.Query.Has(CardState::kHard)) {
+        ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
+        if (mShowCategory && !mSearchAll) {
+            query.CategoryId = mCategoryId;
+        }
+        ReadHardestCards(*mpDatabase, query, mHistory, mDescribed.Hard);
+    }
+}
+
 void CardList::ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds) {
     if (!mSearch.empty()) {
         // The store itself reports a failure.
         if (mShowCategory && !mSearchAll) {
-            mpDatabase->SearchRowIdsOrder(mCategoryId, mSearch, order, rowIds);
+            mpDatabase->SearchRowIdsOrder(mCategoryId, mDescribed, order, rowIds);
         } else {
-            mpDatabase->SearchRowIdsOrder(mSearch, order, rowIds);
+            mpDatabase->SearchRowIdsOrder(mDescribed, order, rowIds);
         }
     } else if (mShowCategory) {
         rowIds.reserve(static_cast<size_t>(mStoreCount));

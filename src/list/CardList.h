@@ -13,6 +13,8 @@
 #include "list/CardListCtrl.h"
 #include "list/RowJob.h"
 #include "reviews/CardFailures.h"
+#include "reviews/ReviewLog.h"
+#include "store/SearchQuery.h"
 #include "store/Subject.h"
 
 class AppServices;
@@ -49,11 +51,13 @@ class CardList : public wxPanel, private Observer {
     void SetShowCategory(bool show);
     // True lets a search find cards of all categories. Without a search it changes nothing.
     void SetSearchAll(bool all);
-    // Shows the cards that contain the text; an empty text shows all. "%" and "_" are wild cards.
-    void SetSearch(const wxString& text);
+    // Shows the cards that the words of the text describe (SearchQuery), or in exact mode those
+    // that contain it as it stands; an empty text shows all. A word that means nothing finds
+    // nothing.
+    void SetSearch(const wxString& text, bool isExact = false);
     // The same, unless the function, which is asked every few milliseconds, returns true before the
     // cards are found. Then nothing changes and the result is false.
-    bool TrySearch(const wxString& text, const std::function<bool()>& isStopped);
+    bool TrySearch(const wxString& text, bool isExact, const std::function<bool()>& isStopped);
 
     // Sorts the rows and keeps the order for the next start.
     void SortBy(const ListOrder& order);
@@ -129,6 +133,8 @@ class CardList : public wxPanel, private Observer {
     void ReadFailures();
     wxString FailuresOf(const FlashCard& card) const;
     ReviewDirection GetDirection() const { return mIsReverse ? kReviewReverse : kReviewForward; }
+    // Takes what the words are measured by as it is now.
+    void DescribeSearch();
     bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
     // Shows the columns that the user has chosen, as far as they mean something for these rows.
     void ArrangeColumns();
@@ -164,6 +170,10 @@ class CardList : public wxPanel, private Observer {
     Database* mpDatabase = nullptr;
     bool mShowCategory = false;
     wxString mSearch;
+    bool mIsSearchExact = false;
+    CardSearch mDescribed;
+    // What of the log of reviews was read to find hard cards.
+    ReviewHistory mHistory;
     bool mSearchAll = false;
     int32_t mCategoryId = -1;
     // The columns that the user has chosen, and the one of them that gives the order.

@@ -27,6 +27,7 @@ constexpr char kSettingTypeAnswerForward[] = "TypeAnswerForward";
 constexpr char kSettingTypeAnswerReverse[] = "TypeAnswerReverse";
 // Which sides of a card are spoken; see StudySpeech.h, which has the keys of the voices, too.
 constexpr char kSettingSpeakSides[] = "SpeakSides";
+constexpr char kSettingExactSearch[] = "ExactSearch";
 constexpr char kSettingFollowSavedCards[] = "FollowSavedCards";
 constexpr char kSettingLastWindow[] = "LastWindow";
 constexpr char kSettingEarlyIntroduction[] = "EarlyIntroduction";

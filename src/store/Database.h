@@ -267,7 +267,7 @@ class Database : public Subject {
     int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
                           std::vector<int64_t>& rowIds);
-    // The same for the words of a search, which has no problem.
+    // The same for the words of a search. One with a problem finds nothing.
     int SearchRowIdsOrder(const CardSearch& search, CardOrder order, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(int32_t categoryId, const CardSearch& search, CardOrder order,
                           std::vector<int64_t>& rowIds);

@@ -106,6 +106,9 @@ int Database::SearchRowIdsOrder(const CardSearch& search, CardOrder order,
     if (search.Query.IsExact()) {
         return SearchRowIdsOrder(search.Query.GetText(), order, rowIds);
     }
+    if (!search.Query.GetProblem().empty()) {
+        return IsOpen() ? 0 : -1;
+    }
     const Lock lock(mMutex);
     StatementRun run(*this, OrderedStatement(Selection(search, "1"), order));
     return BindSearch(run, search) < 0 ? -1 : ReadInt64Rows(run, rowIds);
@@ -115,6 +118,9 @@ int Database::SearchRowIdsOrder(int32_t categoryId, const CardSearch& search, Ca
                                 std::vector<int64_t>& rowIds) {
     if (search.Query.IsExact()) {
         return SearchRowIdsOrder(categoryId, search.Query.GetText(), order, rowIds);
+    }
+    if (!search.Query.GetProblem().empty()) {
+        return IsOpen() ? 0 : -1;
     }
     const Lock lock(mMutex);
     StatementRun run(*this, OrderedStatement(Selection(search, "CategoryId = ?"), order),

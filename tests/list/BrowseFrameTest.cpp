@@ -6,9 +6,20 @@ struct BrowseFrameTest : ListTest {
     Texts RecentMenu() {
         Texts texts;
         for (const wxMenuItem* const item : SearchField().GetMenu()->GetMenuItems()) {
+            if (item->IsSeparator()) {
+                break;
+            }
             texts.push_back(item->GetItemLabelText());
         }
         return texts;
+    }
+    // The labels of the entries with a tick, each with a comma.
+    wxString Ticks() {
+        wxString ticks;
+        for (const wxMenuItem* const item : SearchField().GetMenu()->GetMenuItems()) {
+            ticks += item->IsCheckable() && item->IsChecked() ? item->GetItemLabelText() + "," : "";
+        }
+        return ticks;
     }
     void Click(wxWindow& window) {
         SendMouse(window, wxEVT_LEFT_DOWN, wxPoint(1, 1));
@@ -27,7 +38,7 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     Insert(MakeCard("sugar", "x"));
     Open();
     const wxString first(L"\u65e5\u672c\u8a9e");
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", first, "", "Search in All Categories"}));
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", first}));
     EXPECT_FALSE(SearchField().GetMenu()->FindItemByPosition(0)->IsEnabled());
     Search("x");
     const wxMenu* const menu = SearchField().GetMenu();
@@ -36,8 +47,7 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     for (const char* const text : {"b", "c", "d", "b", "salt & pepper", ""}) {
         Search(text);
     }
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x", "",
-                                   "Search in All Categories"}));
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", "x"}));
     EXPECT_EQ(Cards().GetItemCount(), 2);
     Command(BrowseFrame::kFirstRecentId);
     EXPECT_EQ(SearchField().GetValue(), "salt & pepper");
@@ -46,8 +56,7 @@ TEST_F(BrowseFrameTest, LastSearchesCanBeChosenAgain) {
     // A new window begins with the newest four; the first one is its oldest again.
     Close();
     Open();
-    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", first, "",
-                                   "Search in All Categories"}));
+    EXPECT_EQ(RecentMenu(), (Texts{"Recent Searches", "salt & pepper", "b", "d", "c", first}));
 }
 
 TEST_F(BrowseFrameTest, AnEmptyStoreOffersTheFirstStepsByButtons) {
@@ -91,6 +100,47 @@ TEST_F(BrowseFrameTest, ASearchFindsCardsOfAllCategoriesWhenTheMenuSaysSo) {
     Search("here");
     Command(BrowseFrame::kSearchAllId, false);
     EXPECT_EQ(Column(1), Texts{"here"});
+}
+
+TEST_F(BrowseFrameTest, WordsNarrowASearchAndTheMenuWritesThem) {
+    FlashCard card = MakeCard(L"\u00c9cole d'art", "x");
+    card.Forward = {true, mServices.Time.Now(), 4, 60.0f};
+    Insert(card);
+    Insert(MakeCard("art ecole", "x"));
+    Open();
+    Search("ecole ART");
+    EXPECT_EQ(Column(1), (Texts{card.Front, "art ecole"}));
+    Command(BrowseFrame::kFirstStateId + static_cast<int>(CardState::kNew));
+    EXPECT_EQ(SearchField().GetValue(), "ecole ART is:new");
+    EXPECT_EQ(Column(1), Texts{"art ecole"});
+    EXPECT_EQ(Ticks(), "New Cards,");
+    mServices.ReverseStudy = true;
+    Activate(true);
+    EXPECT_EQ(Column(1), (Texts{card.Front, "art ecole"}));
+    Command(BrowseFrame::kFirstStateId + static_cast<int>(CardState::kNew), false);
+    EXPECT_EQ(SearchField().GetValue(), "ecole ART");
+    // A word that means nothing is told, and the list stays.
+    const Texts recent = RecentMenu();
+    const wxWindow& problem = *FindById(*mpFrame, BrowseFrame::kSearchProblemId);
+    Search("due<xyz");
+    EXPECT_EQ(Column(1).size(), 2U);
+    EXPECT_EQ(RecentMenu(), recent);
+    EXPECT_TRUE(problem.IsShownOnScreen());
+    EXPECT_TRUE(problem.GetLabel().Contains("xyz"));
+    Send(SearchField(), wxEVT_SEARCH_CANCEL);
+    EXPECT_FALSE(problem.IsShown());
+    // An exact search takes it for a text, also in the next window.
+    Search("is:new ecole");
+    Command(BrowseFrame::kExactSearchId);
+    EXPECT_EQ(Column(1), Texts());
+    EXPECT_EQ(Ticks(), "Exact Search,");
+    Close();
+    Open();
+    Search("due<xyz");
+    EXPECT_FALSE(FindById(*mpFrame, BrowseFrame::kSearchProblemId)->IsShown());
+    Search("T E");
+    EXPECT_EQ(Column(1), Texts{"art ecole"});
+    EXPECT_EQ(Ticks(), "Exact Search,");
 }
 
 TEST_F(BrowseFrameTest, TheStudyButtonCountsWhatIsReadyInTheDirectionOfStudy) {
