@@ -788,7 +788,7 @@ void BrowseFrame::OnSearchEnter(wxCommandEvent&) {
         return;
     }
     const bool isGood = Search(text);
-    mEntered = text;
+    mEntered = isGood ? text : wxString();
     if (isGood && !text.empty()) {
         AddRecentSearch(text);
     }

@@ -6,6 +6,7 @@ import shutil
 import sqlite3
 import subprocess
 import threading
+import time
 import unittest
 
 from driver import BINARY, LIST_WINDOW, RoadTest, wait_until
@@ -93,9 +94,16 @@ class CardsRoad(RoadTest):
         self.assertEqual((1, 4), (code, json.loads(output)["line"]))
         listed = self.cards("list", "--category", "Numbers", "ein")
         self.assertEqual([("one", "eins", False)], [(c["Front"], c["Back"], c["Introduced"]) for c in listed])
-        for search in (("ein",), ("ÉIN category:numb -zwei is:new",), ("--exact", "Eins"), ("--", "-two"), ("--reverse", "is:new o -w")):
+        for search in (("ein",), ("ÉIN category:numb -zwei is:new",), ("--exact", "Eins"), ("--", "-two"),
+                       ("--reverse", "is:new o -w")):
             self.assertEqual("one\teins\tNumbers\n", self.run_cards("list", *search)[1])
         self.assertEqual("", self.run_cards("list", "--exact", "éin")[1])
+        # Forgotten today, after a review a day before.
+        with open(self.sandbox.store + ".reviews", "w", encoding="utf-8") as log:
+            log.write(time.strftime("%Y-%m-%dT%H:%M:%SZ\t", time.gmtime()) +
+                      "22222222-2222-4222-8222-222222222222\tF\t1\t86400\t86400\t60\t16\t18\t-\n")
+        self.assertEqual("two\tzwei\tNumbers\n", self.run_cards("list", "is:hard")[1])
+        self.assertEqual("", self.run_cards("list", "--reverse", "is:hard")[1])
         self.assertEqual([{"category": "Numbers", "forward": 0, "reverse": 0}], self.cards("due"))
         self.change("UPDATE Cards SET Introduced=1, LastReview=1, NextReview=2 WHERE Front='two'")
         due = self.cards("stats")["categories"][0]["forward"]
