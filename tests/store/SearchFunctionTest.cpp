@@ -6,6 +6,8 @@
 #include <random>
 #include <string>
 
+#include "store/SearchQuery.h"
+
 namespace {
 
 constexpr int kText = 4;
@@ -120,4 +122,32 @@ TEST(SearchFunctionTest, FindsWhatTheEnginesOwnFind) {
     for (const char* const outcome : {"0|", "1|", "LI|"}) {
         EXPECT_NE(seen.find(outcome), std::string::npos) << outcome;
     }
+}
+
+// Where there is nothing to forgive, a forgiving search finds the same.
+TEST(SearchFunctionTest, WildCardsMeanTheSameInAFoldedPattern) {
+    std::mt19937 random(20240229);
+    const auto makeText = [&random](size_t longest) {
+        std::u16string text;
+        for (size_t i = random() % longest; i > 0; --i) {
+            text += u"aAb%_%"[random() % 6];
+        }
+        return text;
+    };
+    Engine own("SELECT IFNULL(LOWER(?2) LIKE '%' || ?1 || '%' OR LOWER(?3) LIKE ?1, 0)");
+    Engine ours("SELECT RESEMBLES(?1, ?2, ?3)");
+    const Value none = own.Make(u"", 0);
+    int hits = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const std::u16string pattern = makeText(8);
+        const Value text = own.Make(makeText(14), kText);
+        const Value folded = ours.Make(MakeFoldedPattern(wxString::FromAscii(
+                                           std::string(pattern.begin(), pattern.end()).c_str())),
+                                       kText);
+        const std::string expected = own.Answer(own.Make(pattern, kText), text, none);
+        ASSERT_EQ(ours.Answer(folded, text, none), expected) << "round " << round;
+        hits += expected == "1" ? 1 : 0;
+    }
+    EXPECT_GT(hits, 5000);
+    EXPECT_LT(hits, 15000);
 }
