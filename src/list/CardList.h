@@ -172,7 +172,7 @@ class CardList : public wxPanel, private Observer {
     wxString mSearch;
     bool mIsSearchExact = false;
     CardSearch mDescribed;
-    // What of the log of reviews was read to find hard cards.
+    // The reviews in the log, as far as they were read to find hard cards.
     ReviewHistory mHistory;
     bool mSearchAll = false;
     int32_t mCategoryId = -1;
