@@ -627,13 +627,13 @@ void BrowseFrame::RebuildSearchMenu() {
         menu->Append(id++, wxControl::EscapeMnemonics(ShownName(text)));
     }
     menu->AppendSeparator();
-    menu->AppendCheckItem(kSearchAllId, _("Search in All Categories"))->Check(mSearchAll);
-    menu->AppendCheckItem(kExactSearchId, _("Exact Search"));
-    menu->AppendSeparator();
     id = kFirstStateId;
     for (const char* const name : kStateNames) {
         menu->AppendCheckItem(id++, wxGetTranslation(name));
     }
+    menu->AppendSeparator();
+    menu->AppendCheckItem(kExactSearchId, _("Exact Search"));
+    menu->AppendCheckItem(kSearchAllId, _("Search in All Categories"))->Check(mSearchAll);
     mpSearchCtrl->SetMenu(menu);
     ShowStates();
 }
