@@ -58,7 +58,7 @@ class CardRow {
     }
     // Reads the whole card. Returns 0, or -1 when all but its identity was read, which is none.
     int Read(FlashCard& card) const;
-    // Only in a walk that has the column.
+    // Only in a walk that has the column, as one over row ids has.
     int64_t RowId() const { return mRun.ColumnInt64(kRowIdColumn); }
 
   private:

@@ -17,6 +17,7 @@
 
 #include "base/Files.h"
 #include "base/Process.h"
+#include "store/CardParts.h"
 #include "store/CardRow.h"
 #include "store/FlashCard.h"
 #include "store/Statement.h"
@@ -156,6 +157,11 @@ class Database : public Subject {
     // all others were done.
     int CardsDeleteByRowId(const std::vector<int64_t>& rowIds);
     int CardsUpdateCategory(const std::vector<int64_t>& rowIds, int32_t categoryId);
+    // Writes some parts of the cards in these rows, and leaves all else as it is; cardAt returns
+    // the card of a place among the rows. Groups and failures as above: each card is changed whole
+    // or not at all.
+    int UpdateParts(const std::vector<int64_t>& rowIds, const CardParts& parts,
+                    const std::function<const FlashCard&(size_t)>& cardAt);
     // Puts every card into review block 0, in both directions.
     int ResetErc();
     // Moves every card of one category into another.
@@ -173,6 +179,8 @@ class Database : public Subject {
     // without a card is skipped. The visitor must not use the Database.
     int VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit);
     int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
+    // Finds what the cards in these rows have in common, without reading each of them.
+    int SelectCommonParts(const std::vector<int64_t>& rowIds, CommonCard& common);
     int SelectCardsByFrontBack(const wxString& front, const wxString& back,
                                std::list<FlashCard>& cards);
     // The first card only, among those of the category that are not excluded from the direction:

@@ -18,17 +18,6 @@ namespace {
 constexpr size_t kGroupSizes[] = {4096, 1024, 256, 64, 16, 4, 1};
 constexpr size_t kParametersPerCard = 24;
 
-// Returns the text repeated, with commas between.
-std::string Repeat(const std::string& text, size_t count) {
-    std::string all = text;
-    all.reserve(count * (text.length() + 1));
-    for (size_t i = 1; i < count; ++i) {
-        all += ',';
-        all += text;
-    }
-    return all;
-}
-
 int VisitRows(StatementRun& run, const char* label, const CardRowVisitor& visit) {
     const CardRow row(run);
     int result = run.Step(label);

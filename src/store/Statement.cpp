@@ -13,6 +13,16 @@ sqlite3_stmt* StatementRun::Mark(sqlite3_stmt* statement) {
     return mDatabase.MarkStatement(statement, this) == 0 ? statement : nullptr;
 }
 
+std::string Repeat(const std::string& text, size_t count) {
+    std::string all = text;
+    all.reserve(count * (text.length() + 1));
+    for (size_t i = 1; i < count; ++i) {
+        all += ',';
+        all += text;
+    }
+    return all;
+}
+
 StatementRun::~StatementRun() {
     Release();
 }

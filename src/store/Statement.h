@@ -93,6 +93,9 @@ class StatementRun {
     int mBound = 0;
 };
 
+// Returns the text repeated, with commas between.
+std::string Repeat(const std::string& text, size_t count);
+
 // Keeps the store's file locked for reading while it lives. Operations in a row then need not lock
 // the file one by one, which costs more than a small read. Each write still commits by itself;
 // other programs can read meanwhile but not write. Has no effect where the store cannot be read.

@@ -65,7 +65,7 @@ constexpr char kSelectCardsAndRows[] = "SELECT " CARD_COLUMNS ", ROWID FROM Card
 constexpr char kSelectCardsById[] = "SELECT " CARD_COLUMNS ", ROWID FROM Cards ORDER BY CardId;";
 // The parts before and after the wanted row ids as rows of VALUES. A cross join makes the engine
 // take them one by one, in order.
-constexpr char kSelectWantedCards[] = "SELECT " CARD_COLUMNS " FROM (VALUES ";
+constexpr char kSelectWantedCards[] = "SELECT " CARD_COLUMNS ", Cards.ROWID FROM (VALUES ";
 constexpr char kOfWantedCards[] = ") AS Wanted CROSS JOIN Cards ON Cards.ROWID = Wanted.column1;";
 #undef CARD_COLUMNS
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "store/CardParts.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
 
@@ -323,40 +324,79 @@ bool RevertCard(const FlashCard& before, const FlashCard& after, FlashCard& now)
            Revert(before.Reverse, after.Reverse, now.Reverse);
 }
 
-// A card that was edited and then studied keeps its present schedule.
-int RevertOne(Database& database, const FlashCard& before, const FlashCard& after,
-              UndoOutcome& outcome, StoreChange& opposite) {
-    std::list<FlashCard> found;
-    std::list<Category> place;
-    if (database.SelectCardById(before.CardId, found) < 0 ||
-        database.SelectCategoryById(before.CategoryId, place) < 0) {
+// Adds a card that an edit changes, with its front, which may name it, but without the other texts
+// that stay. A schedule is kept whole, so that one that
+// was studied since is not taken for the one that the edit left.
+void AddChanged(const FlashCard& before, const FlashCard& after, StoreChange& change) {
+    const CardParts parts = FindDifferences(before, after);
+    if (parts.none()) {
+        return;
+    }
+    FlashCard kept;
+    kept.CardId = before.CardId;
+    kept.Front = before.Front;
+    kept.Forward = before.Forward;
+    kept.Reverse = before.Reverse;
+    change.Cards.push_back(kept);
+    CopyParts(before, parts, change.Cards.back());
+    CopyParts(after, parts, kept);
+    change.Cards.push_back(std::move(kept));
+}
+
+// Finds the former category of an edited card. Returns 0 or -1; a category that is gone leaves
+// hasPlace false, unless the step knows its name.
+int FindFormerPlace(Database& database, const StoreChange& change, int32_t formerId,
+                    FormerPlaces& places, int32_t& id, bool& hasPlace) {
+    if (places.Find(formerId, id) < 0) {
         return -1;
     }
-    FlashCard card = found.empty() ? FlashCard() : found.front();
-    const bool hasPlace =
-        before.CategoryId == -1 || !place.empty() || before.CategoryId == after.CategoryId;
-    if (found.empty() || !hasPlace || !RevertCard(before, after, card)) {
-        ++outcome.LeftAlone;
-        return 0;
-    }
-    if (database.UpdateFlashCard(card) < 0 ||
-        database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
+    const bool isKnown =
+        std::any_of(change.Categories.begin(), change.Categories.end(),
+                    [formerId](const Category& category) { return category.Id == formerId; });
+    std::list<Category> found;
+    if (!isKnown && database.SelectCategoryById(formerId, found) < 0) {
         return -1;
     }
-    ++outcome.Restored;
-    opposite.Cards.push_back(found.front());
-    opposite.Cards.push_back(card);
+    hasPlace = isKnown || formerId == -1 || !found.empty();
     return 0;
 }
 
+// Gives each card the values that it had, unless it was changed in them since. A card that was
+// edited and then studied keeps its present schedule.
 int EditBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
              StoreChange& opposite) {
+    FormerPlaces places(database, change.Categories);
+    std::vector<FlashCard> cards;
+    CardParts parts;
     for (size_t i = 0; i + 1 < change.Cards.size(); i += 2) {
-        if (RevertOne(database, change.Cards[i], change.Cards[i + 1], outcome, opposite) < 0) {
+        const FlashCard& before = change.Cards[i];
+        const FlashCard& after = change.Cards[i + 1];
+        std::list<FlashCard> found;
+        if (database.SelectCardById(before.CardId, found) < 0) {
             return -1;
         }
+        FlashCard card = found.empty() ? FlashCard() : found.front();
+        bool canRevert = !found.empty() && RevertCard(before, after, card);
+        if (canRevert && before.CategoryId != after.CategoryId &&
+            (FindFormerPlace(database, change, before.CategoryId, places, card.CategoryId,
+                             canRevert) < 0 ||
+             NoteCategory(database, after.CategoryId, opposite) < 0)) {
+            return -1;
+        }
+        if (!canRevert) {
+            ++outcome.LeftAlone;
+            continue;
+        }
+        if (database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
+            return -1;
+        }
+        parts |= FindDifferences(before, after);
+        AddChanged(found.front(), card, opposite);
+        cards.push_back(std::move(card));
     }
-    return 0;
+    outcome.Restored = static_cast<int32_t>(cards.size());
+    const auto cardAt = [&cards](size_t place) -> const FlashCard& { return cards[place]; };
+    return database.UpdateParts(outcome.RowIds, parts, cardAt);
 }
 
 int TakeBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
@@ -426,7 +466,7 @@ wxString FormatForCards(const StoreChange& step) {
 }
 
 wxString DescribeEdits(const StoreChange& step) {
-    const auto count = static_cast<int>(step.Cards.size() / 2);
+    const auto count = static_cast<int>(step.CountCards());
     const auto number = static_cast<unsigned>(count);
     return wxString::Format(
         step.IsTakenBack ? wxPLURAL("Redo change of %i card", "Redo change of %i cards", number)
@@ -570,7 +610,7 @@ StoreChange NoteEdit(const FlashCard& before, const FlashCard& after) {
 
 void NoteEdit(const FlashCard& before, const FlashCard& after, StoreChange& change) {
     change.What = Kind::kEdit;
-    if (!IsSameCard(before, after) && HasRoomFor(2, change)) {
+    if (!IsSameCard(before, after) && HasRoomFor(1, change)) {
         change.Cards.push_back(before);
         change.Cards.push_back(after);
     }
@@ -588,6 +628,32 @@ int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t int
     change.What = Kind::kMove;
     change.IntoId = intoId;
     return NoteMovedRows(database, rowIds, change);
+}
+
+int NoteChange(Database& database, const std::vector<int64_t>& rowIds,
+               const std::function<void(FlashCard&)>& edit, StoreChange& change) {
+    change.What = Kind::kEdit;
+    if (!HasRoomFor(rowIds.size(), change)) {
+        return 0;
+    }
+    std::set<int32_t> categories;
+    const auto visit = [&](const CardRow& row) {
+        FlashCard before;
+        const bool isNameless = row.Read(before) < 0;
+        FlashCard after = before;
+        edit(after);
+        if (isNameless) {
+            ++change.Nameless;
+            return;
+        }
+        if (before.CategoryId != after.CategoryId) {
+            categories.insert(before.CategoryId);
+        }
+        AddChanged(before, after, change);
+    };
+    return database.VisitCardsByRowId(rowIds, visit) < 0
+               ? -1
+               : NoteCategories(database, categories, change);
 }
 
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change) {

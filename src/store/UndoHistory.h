@@ -3,6 +3,7 @@
 #include <wx/string.h>
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <vector>
 
@@ -26,7 +27,7 @@ struct StoreChange {
     // True for a step that was taken back and can be done again.
     bool IsTakenBack = false;
     // Deletion: the cards as they were. Paste and new card: the cards as they were written. Edit:
-    // each card before and after.
+    // each card before and after; of many cards without the texts that stay, but for the front.
     std::vector<FlashCard> Cards;
     // Deletion: what those of them had that this program does not show.
     std::vector<CardMedia> Media;
@@ -45,7 +46,9 @@ struct StoreChange {
     // True for a step with more cards than the history keeps, which cannot be taken back.
     bool IsTooLarge = false;
 
-    size_t CountCards() const { return Cards.size() + MovedCards.size(); }
+    size_t CountCards() const {
+        return (What == Kind::kEdit ? Cards.size() / 2 : Cards.size()) + MovedCards.size();
+    }
 };
 
 // The outcome of taking back a step.
@@ -118,5 +121,9 @@ StoreChange NoteEdit(const FlashCard& before, const FlashCard& after);
 // Adds a card that is about to be changed with others by one command.
 void NoteEdit(const FlashCard& before, const FlashCard& after, StoreChange& change);
 StoreChange NoteNewCard(const FlashCard& card);
+// Notes what is about to become of the cards in these rows, to which edit does the same in their
+// order. Cards that stay as they are are left out.
+int NoteChange(Database& database, const std::vector<int64_t>& rowIds,
+               const std::function<void(FlashCard&)>& edit, StoreChange& change);
 // Notes the cards that a merge of one category into another is about to move.
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change);

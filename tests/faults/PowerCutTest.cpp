@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <numeric>
 
 #include "base/SettingsFile.h"
 #include "files/StoreBackup.h"
@@ -205,6 +206,28 @@ TEST_F(PowerCutTest, KeepsAMergeOfCategories) {
     ASSERT_EQ(database.Open(DiskStore(), mWait), 0);
     Record({[&] { return database.UpdateFlashCardCategory(1, 0) == 0; },
             [&] { return database.DeleteCategory(1) == 0; }});
+    ExpectEveryConfirmedChange();
+}
+
+// As large a group as one statement takes: all of it is there, or nothing.
+TEST_F(PowerCutTest, KeepsAChangeOfManyCards) {
+    Database database(mReport);
+    ASSERT_EQ(database.Open(DiskStore(), mWait), 0);
+    std::vector<int64_t> rowIds(16);
+    std::iota(rowIds.begin(), rowIds.end(), 3);
+    CardParts parts;
+    AddPart(parts, CardPart::kFront);
+    AddPart(parts, CardPart::kCategory);
+    AddPart(parts, CardPart::kLastScore);
+    FlashCard values = MakeCard("changed", "", 0);
+    const auto change = [&](const char* front) {
+        return [&, front] {
+            values.Front = front;
+            const auto cardAt = [&](size_t) -> const FlashCard& { return values; };
+            return database.UpdateParts(rowIds, parts, cardAt) == 0;
+        };
+    };
+    Record({change("once"), change("twice")});
     ExpectEveryConfirmedChange();
 }
 

@@ -75,6 +75,15 @@ class StoreFaultTest : public StoreFixture {
             [&] { return ImportCards(mInput, database, result, false, nullptr); },
             [&] { return database.UpdateFlashCardCategory(1, 0); },
             [&] { return database.DeleteCategory(1); },
+            [&] {
+                // One group, then one card.
+                CardParts parts;
+                AddPart(parts, CardPart::kNotes);
+                AddPart(parts, CardPart::kReviewInterval);
+                const FlashCard values = MakeCard("", "");
+                const auto cardAt = [&](size_t) -> const FlashCard& { return values; };
+                return database.UpdateParts({2, 3, 4, 5}, parts, cardAt);
+            },
             score,
         };
         for (const auto& step : steps) {

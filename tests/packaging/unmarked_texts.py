@@ -76,6 +76,7 @@ ALLOWED = {
     "ImportCommand.cpp": {"Velomind Classic"},
     "ProgramInfo.cpp": {" Mobile ", "Language", "Help."},
     # Names of columns in the store, and of its operations in messages.
+    "CardParts.cpp": ANY, "DatabaseParts.cpp": ANY,
     "DatabaseLists.cpp": {"Front", "Back", "Author", "Chapter", "Notes"},
     "DatabaseCards.cpp": {"Delete CardId: %s", " NOT NULL", ") AND ROWID IN "},
     "DatabaseCategories.cpp": {"Delete Category: %i", "%s Global: %s/%s", "Insert", "Update"},

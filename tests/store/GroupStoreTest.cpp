@@ -63,6 +63,50 @@ TEST_F(GroupStoreTest, AGroupThatFailsWritesNothingAndReportsNothing) {
     EXPECT_TRUE(mReport.Texts.empty());
 }
 
+TEST_F(GroupStoreTest, PartsOfManyCardsAreWrittenAsCardByCardAndAreThenCommon) {
+    std::vector<FlashCard> cards = MakeCards(9);
+    // A card that is due beyond the last time, and one with a score.
+    cards[5].Forward.ReviewInterval = 1e30f;
+    cards[6].Forward = {true, wxDateTime(static_cast<time_t>(5)), 4, 99.5f, 3, 12345};
+    EXPECT_EQ(InsertAll(cards), 0);
+    FlashCard values = MakeCard(L"\u8a9e\n", wxString(L"a\0b", 3), 7);
+    values.Author = values.Chapter = values.Notes = "mine";
+    values.IntroductionOrder = -8;
+    values.ForwardX = values.ReverseX = true;
+    values.Forward = values.Reverse = {true, wxDateTime(static_cast<time_t>(77)), 2, 4e9f, 31, 9};
+    std::vector<int64_t> rowIds{4711};
+    EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(CardColumn::kIntroductionOrder, rowIds), 0);
+    for (size_t i = 0; i < kCardPartCount; ++i) {
+        SCOPED_TRACE(ColumnOfPart(static_cast<CardPart>(i)));
+        CardParts parts;
+        parts.set(i);
+        // The interval goes with others, as a reset does it.
+        parts.set(static_cast<size_t>(CardPart::kLastScore));
+        for (FlashCard card : cards) {
+            CopyParts(values, parts, card);
+            EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
+        }
+        const Strings expected = Rows();
+        for (const FlashCard& card : cards) {
+            EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
+        }
+        CommonCard common;
+        EXPECT_EQ(mDatabase.UpdateParts(rowIds, parts,
+                                        [&](size_t) -> const FlashCard& { return values; }),
+                  0);
+        EXPECT_EQ(Rows(), expected);
+        EXPECT_EQ(mDatabase.SelectCommonParts(rowIds, common), 0);
+        EXPECT_EQ(common.Count, 9);
+        EXPECT_TRUE((common.Several & parts).none());
+        EXPECT_TRUE((FindDifferences(common.Card, values) & parts).none());
+        EXPECT_EQ(HasPart(common.Several, CardPart::kIntroductionOrder),
+                  !HasPart(parts, CardPart::kIntroductionOrder));
+        for (const FlashCard& card : cards) {
+            EXPECT_EQ(mDatabase.UpdateFlashCard(card), 0);
+        }
+    }
+}
+
 TEST_F(GroupStoreTest, ManyRowsMoveAndGoTogetherAndAFailureIsOneCardsOwn) {
     Query("CREATE UNIQUE INDEX one ON Cards(CategoryId,Front)");
     Reopen();
@@ -74,10 +118,23 @@ TEST_F(GroupStoreTest, ManyRowsMoveAndGoTogetherAndAFailureIsOneCardsOwn) {
     std::iota(rowIds.begin(), rowIds.end(), 1);
     rowIds.erase(rowIds.begin() + 7);
     rowIds.push_back(12345);
-    EXPECT_LT(mDatabase.CardsUpdateCategory(rowIds, 9), 0);
-    EXPECT_EQ(mReport.Texts.size(), 1u);
-    EXPECT_EQ(Query("SELECT rowid FROM Cards WHERE CategoryId<>9 ORDER BY rowid"),
-              (Strings{"6", "300"}));
+    CardParts category;
+    AddPart(category, CardPart::kCategory);
+    const FlashCard into = MakeCard("", "", 9);
+    const std::function<int()> moves[] = {[&] { return mDatabase.CardsUpdateCategory(rowIds, 9); },
+                                          [&] {
+                                              return mDatabase.UpdateParts(
+                                                  rowIds, category,
+                                                  [&](size_t) -> const FlashCard& { return into; });
+                                          }};
+    for (const auto& move : moves) {
+        Query("UPDATE Cards SET CategoryId=1 WHERE rowid<>8");
+        mReport.Texts.clear();
+        EXPECT_LT(move(), 0);
+        EXPECT_EQ(mReport.Texts.size(), 1u);
+        EXPECT_EQ(Query("SELECT rowid FROM Cards WHERE CategoryId<>9 ORDER BY rowid"),
+                  (Strings{"6", "300"}));
+    }
     EXPECT_EQ(mDatabase.CardsDeleteByRowId(rowIds), 0);
     EXPECT_EQ(Query("SELECT rowid FROM Cards ORDER BY rowid"), (Strings{"8", "300"}));
 }
