@@ -102,12 +102,7 @@ void Editors::OpenNew(Database& database) {
 }
 
 void Editors::Open(const FlashCard& card, Database& database) {
-    // An editor may have gone on to a new card since it was opened, so each is asked.
-    const auto open = std::find_if(mFrames.begin(), mFrames.end(), [&card](const EditFrame* frame) {
-        return frame->GetCardId() == card.CardId;
-    });
-    if (open != mFrames.end()) {
-        BringToFront(**open);
+    if (Raise(card.CardId)) {
         return;
     }
     const wxBusyCursor busy;
@@ -119,6 +114,31 @@ void Editors::Open(const FlashCard& card, Database& database) {
     frame.SetCard(stored.front());
     frame.Show();
     BringToFront(frame);
+}
+
+void Editors::OpenMany(const std::vector<int64_t>& rowIds, Database& database) {
+    const auto open = std::find_if(mFrames.begin(), mFrames.end(),
+                                   [&](const EditFrame* frame) { return frame->HasCards(rowIds); });
+    if (open != mFrames.end()) {
+        BringToFront(**open);
+        return;
+    }
+    const wxBusyCursor busy;
+    EditFrame& frame = Make(database);
+    frame.SetCards(rowIds);
+    frame.Show();
+    BringToFront(frame);
+}
+
+// An editor may have gone on to another card since it was opened, so each is asked.
+bool Editors::Raise(const CardUuid& id) {
+    const auto open = std::find_if(mFrames.begin(), mFrames.end(), [&id](const EditFrame* frame) {
+        return frame->GetCardId() == id;
+    });
+    if (open != mFrames.end()) {
+        BringToFront(**open);
+    }
+    return open != mFrames.end();
 }
 
 bool Editors::Forget(const wxFrame& frame) {

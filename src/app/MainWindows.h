@@ -2,10 +2,12 @@
 
 #include <wx/modalhook.h>
 
+#include <cstdint>
 #include <functional>
 #include <vector>
 
 class AppServices;
+class CardUuid;
 class Database;
 class EditFrame;
 struct FlashCard;
@@ -26,7 +28,8 @@ class MainWindows {
     wxFrame& ShowList() { return Show(mList, mStudy); }
     wxFrame& ShowStudy() { return Show(mStudy, mList); }
 
-    // Returns the study window, which may be hidden, or null.
+    // Return the window, which may be hidden, or null.
+    wxFrame* GetList() const { return mList.Frame; }
     wxFrame* GetStudy() const { return mStudy.Frame; }
     // Returns the window that is on the screen, or null.
     wxFrame* GetShown() const;
@@ -67,6 +70,12 @@ class Editors {
     // Opens a card as the store has it now, or brings the editor that has it to the front. Does
     // nothing if the card is gone from the store.
     void Open(const FlashCard& card, Database& database);
+
+    // Opens the cards of these rows to change them together, or brings the editor that has just
+    // these to the front.
+    void OpenMany(const std::vector<int64_t>& rowIds, Database& database);
+    // Brings the editor of that card to the front. Returns false when there is none.
+    bool Raise(const CardUuid& id);
 
     // Call this while a frame closes. Returns false when the frame is no editor.
     bool Forget(const wxFrame& frame);

@@ -3,6 +3,7 @@
 #include <wx/cmdline.h>
 #include <wx/cshelp.h>
 #include <wx/dialog.h>
+#include <wx/file.h>
 #include <wx/filename.h>
 #include <wx/image.h>
 #include <wx/log.h>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "app/Commands.h"
+#include "base/Files.h"
 #include "base/Process.h"
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
@@ -472,6 +474,22 @@ void VelomindApp::CloseWindows() {
         }
         mWindows.CloseAll();
     }
+}
+
+bool VelomindApp::FindNeighbour(const CardUuid& id, int step, FlashCard& card) {
+    const auto* const list = dynamic_cast<BrowseFrame*>(mWindows.GetList());
+    return list != nullptr && list->FindNeighbour(id, step, card) && !mEditors.Raise(card.CardId);
+}
+
+void VelomindApp::ImportText(wxWindow& parent, const wxString& text) {
+    const TemporaryDirectory place;
+    const wxString path = place.Path("pasted.txt");
+    if (place.GetError() != 0 || !wxFile(path, wxFile::write).Write(text, wxConvUTF8)) {
+        ShowMessageBox(wxString::Format(_("The file \"%s\" cannot be written."), path), _("Paste"),
+                       wxOK | wxCENTRE, &parent);
+        return;
+    }
+    ImportFileByDialog(&parent, *this, *mpDatabase, mFatalErrorReport, path);
 }
 
 void VelomindApp::CardSaved(const CardUuid& id) {

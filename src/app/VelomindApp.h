@@ -49,6 +49,11 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void FrameClosed(wxFrame& frame) override;
     void OpenFile(const wxString& path) override;
     void OpenEditor(const FlashCard& card) override { mEditors.Open(card, *mpDatabase); }
+    void OpenEditorOfMany(const std::vector<int64_t>& rowIds) override {
+        mEditors.OpenMany(rowIds, *mpDatabase);
+    }
+    bool FindNeighbour(const CardUuid& id, int step, FlashCard& card) override;
+    void ImportText(wxWindow& parent, const wxString& text) override;
     void CardSaved(const CardUuid& id) override;
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
                      OfferFirst first) override;

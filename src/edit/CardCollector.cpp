@@ -26,8 +26,9 @@ wxString WithLineFeeds(wxString text) {
 // user has been told. Lives for one save.
 class CardCollector {
   public:
-    CardCollector(EditForm& form, Database& database, wxWindow& frame, FlashCard& card)
-        : mForm(form), mDatabase(database), mFrame(frame), mCard(card) {}
+    CardCollector(EditForm& form, Database& database, wxWindow& frame, FlashCard& card,
+                  bool isForMany)
+        : mForm(form), mDatabase(database), mFrame(frame), mCard(card), mIsForMany(isForMany) {}
 
     int Collect() {
         if (CollectSide(CardField::Front, mCard.Front, _("Flash cards cannot have a blank front")) <
@@ -56,7 +57,10 @@ class CardCollector {
 
     // Returns true when the card takes the field from the form, and false when it keeps the
     // store's.
-    bool IsOfForm(CardField field) const { return mCard.CardId.IsZero() || mForm.IsTouched(field); }
+    bool IsOfForm(CardField field) const {
+        return (mCard.CardId.IsZero() && !mIsForMany) || mForm.IsTouched(field);
+    }
+    bool StaysInMany(CardField field) const { return mIsForMany && !mForm.IsTouched(field); }
 
     void TakeText(CardField field, wxString& text) {
         if (IsOfForm(field)) {
@@ -66,10 +70,13 @@ class CardCollector {
 
     int CollectSide(CardField field, wxString& side, const wxString& blankMessage) {
         TakeText(field, side);
-        return TrimWide(side).empty() ? Refuse(field, blankMessage) : 0;
+        return TrimWide(side).empty() && !StaysInMany(field) ? Refuse(field, blankMessage) : 0;
     }
 
     int CollectCategory() {
+        if (StaysInMany(CardField::Category)) {
+            return 0;
+        }
         // A card whose category is gone is shown in the default one, and so is saved there.
         if (!IsOfForm(CardField::Category) && HasCategory(mCard.CategoryId)) {
             return 0;
@@ -117,12 +124,15 @@ class CardCollector {
     }
 
     int CollectOrder() {
+        if (StaysInMany(CardField::IntroductionOrder)) {
+            return 0;
+        }
         if (!IsOfForm(CardField::IntroductionOrder) && mCard.IntroductionOrder != kBlankOrder) {
             return 0;
         }
         const wxString text = mForm.GetTrimmed(CardField::IntroductionOrder);
         if (text.empty()) {
-            mCard.IntroductionOrder = NextOrder();
+            mCard.IntroductionOrder = mIsForMany ? kBlankOrder : NextOrder();
             return 0;
         }
         int32_t order = 0;
@@ -147,10 +157,16 @@ class CardCollector {
     Database& mDatabase;
     wxWindow& mFrame;
     FlashCard& mCard;
+    // True for the values of many cards, of which only the touched ones are looked at.
+    bool mIsForMany;
 };
 
 }  // namespace
 
 int CollectCard(EditForm& form, Database& database, wxWindow& frame, FlashCard& card) {
-    return CardCollector(form, database, frame, card).Collect();
+    return CardCollector(form, database, frame, card, false).Collect();
+}
+
+int CollectTouched(EditForm& form, Database& database, wxWindow& frame, FlashCard& values) {
+    return CardCollector(form, database, frame, values, true).Collect();
 }

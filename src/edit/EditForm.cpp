@@ -126,6 +126,13 @@ void EditForm::CreateControl(CardField field) {
     }
     const wxString label = wxGetTranslation(row.Label);
     added.Label = MakeFormLabel(label, *added.Control, wxControl::RemoveMnemonics(label));
+    added.Control->Bind(wxEVT_TEXT, [this, field](wxCommandEvent& event) {
+        event.Skip();
+        if (At(field).IsSeveral) {
+            // The history of the field, which tells whether it is touched, hears of it first.
+            CallAfter([this, field] { At(field).SayWhetherSeveral(); });
+        }
+    });
 }
 
 void EditForm::AddField(wxFlexGridSizer& grid, CardField field) {
@@ -154,7 +161,8 @@ void EditForm::AddExclusions(wxFlexGridSizer& grid) {
                                " lower Introduction Order.\nLeave this value blank to introduce"
                                " this card after all of the other cards in its category."));
     const auto add = [&](int id, const wxString& label, const wxString& toolTip) {
-        auto* const box = new wxCheckBox(this, id, label);
+        auto* const box =
+            new wxCheckBox(this, id, label, wxDefaultPosition, wxDefaultSize, wxCHK_3STATE);
         box->SetToolTip(toolTip);
         grid.AddSpacer(0);
         grid.Add(box);
@@ -278,16 +286,62 @@ void EditForm::Follow(const FlashCard& card, const wxString& categoryName) {
     mpReverseSchedule->Follow(card.Reverse);
 }
 
-void EditForm::LoadField(CardField field, const wxString& own) {
-    Field& loaded = At(field);
-    loaded.Entry->ChangeValue(MakeShowable(own));
-    TextUndo::Restart(*loaded.Control);
-    loaded.Loaded = loaded.Entry->GetValue();
-    loaded.Own = own;
+namespace {
+
+// Returns the parts of a schedule among the parts of a card.
+ScheduleParts PartsOfSchedule(const CardParts& parts, CardPart first) {
+    ScheduleParts schedule;
+    for (size_t i = 0; i < schedule.size(); ++i) {
+        schedule.set(i, parts.test(static_cast<size_t>(first) + i));
+    }
+    return schedule;
 }
 
-void EditForm::FollowField(CardField field, const wxString& own) {
-    if (own == At(field).Own || IsTouched(field)) {
+}  // namespace
+
+void EditForm::LoadMany(const CommonCard& cards, const wxString& categoryName) {
+    const Texts texts = GetTexts(cards.Card, categoryName);
+    for (size_t i = 0; i < texts.size(); ++i) {
+        LoadField(static_cast<CardField>(i), texts.at(i), cards.Several.test(i));
+    }
+    mForwardX.Load(cards.Card.ForwardX, HasPart(cards.Several, CardPart::kForwardX));
+    mReverseX.Load(cards.Card.ReverseX, HasPart(cards.Several, CardPart::kReverseX));
+    mpForwardSchedule->LoadMany(cards.Card.Forward,
+                                PartsOfSchedule(cards.Several, CardPart::kIntroduced));
+    mpReverseSchedule->LoadMany(cards.Card.Reverse,
+                                PartsOfSchedule(cards.Several, CardPart::kReverseIntroduced));
+}
+
+void EditForm::FollowMany(const CommonCard& cards, const wxString& categoryName) {
+    const Texts texts = GetTexts(cards.Card, categoryName);
+    for (size_t i = 0; i < texts.size(); ++i) {
+        FollowField(static_cast<CardField>(i), texts.at(i), cards.Several.test(i));
+    }
+    if (!mForwardX.IsTouched()) {
+        mForwardX.Load(cards.Card.ForwardX, HasPart(cards.Several, CardPart::kForwardX));
+    }
+    if (!mReverseX.IsTouched()) {
+        mReverseX.Load(cards.Card.ReverseX, HasPart(cards.Several, CardPart::kReverseX));
+    }
+    mpForwardSchedule->FollowMany(cards.Card.Forward,
+                                  PartsOfSchedule(cards.Several, CardPart::kIntroduced));
+    mpReverseSchedule->FollowMany(cards.Card.Reverse,
+                                  PartsOfSchedule(cards.Several, CardPart::kReverseIntroduced));
+}
+
+void EditForm::LoadField(CardField field, const wxString& own, bool isSeveral) {
+    Field& loaded = At(field);
+    loaded.IsSeveral = isSeveral;
+    loaded.Entry->ChangeValue(isSeveral ? wxString() : MakeShowable(own));
+    TextUndo::Restart(*loaded.Control);
+    loaded.Loaded = loaded.Entry->GetValue();
+    loaded.Own = isSeveral ? wxString() : own;
+    loaded.SayWhetherSeveral();
+}
+
+void EditForm::FollowField(CardField field, const wxString& own, bool isSeveral) {
+    const bool isSame = isSeveral == At(field).IsSeveral && (isSeveral || own == At(field).Own);
+    if (isSame || IsTouched(field)) {
         return;
     }
     wxTextEntry& entry = *At(field).Entry;
@@ -299,25 +353,55 @@ void EditForm::FollowField(CardField field, const wxString& own) {
     entry.SetSelection(std::min(from, last), std::min(to, last));
 }
 
-bool EditForm::Exclusion::IsTouched() const {
-    return Control->GetValue() != Loaded;
+// What was typed into a field of several values and deleted again is an empty text for all cards.
+// Taken back, it is none.
+bool EditForm::Field::IsTouched() const {
+    const TextUndo* const history = IsSeveral ? TextUndo::Find(Control) : nullptr;
+    return Entry->GetValue() != Loaded || (history != nullptr && history->CanUndo());
 }
 
-void EditForm::Exclusion::Load(bool excluded) {
-    Control->SetValue(excluded);
-    Loaded = excluded;
+void EditForm::Field::SayWhetherSeveral() const {
+    const bool isShown = IsSeveral && !IsTouched();
+    ShowWhileEmpty(*Control, isShown ? _("(several)") : wxString());
+    const wxString name = wxControl::RemoveMnemonics(Label->GetLabel());
+    SetAccessibleName(*Control, isShown ? name + " " + _("(several)") : name);
+}
+
+bool EditForm::Exclusion::IsTouched() const {
+    return Control->Get3StateValue() != Loaded;
+}
+
+void EditForm::Exclusion::Load(bool excluded, bool isSeveral) {
+    Loaded = isSeveral ? wxCHK_UNDETERMINED : excluded ? wxCHK_CHECKED : wxCHK_UNCHECKED;
+    Control->Set3StateValue(Loaded);
 }
 
 bool EditForm::IsModified() const {
-    const bool hasOtherText = std::any_of(mFields.begin(), mFields.end(), [](const Field& field) {
-        return field.Entry->GetValue() != field.Loaded;
-    });
+    const bool hasOtherText = std::any_of(mFields.begin(), mFields.end(),
+                                          [](const Field& field) { return field.IsTouched(); });
     return hasOtherText || mForwardX.IsTouched() || mReverseX.IsTouched() ||
            mpForwardSchedule->IsModified() || mpReverseSchedule->IsModified();
 }
 
 bool EditForm::IsTouched(CardField field) const {
-    return At(field).Entry->GetValue() != At(field).Loaded;
+    return At(field).IsTouched();
+}
+
+CardParts EditForm::GetTouched() const {
+    CardParts parts;
+    for (size_t i = 0; i < kCardFieldCount; ++i) {
+        parts.set(i, IsTouched(static_cast<CardField>(i)));
+    }
+    parts.set(static_cast<size_t>(CardPart::kForwardX), mForwardX.IsTouched());
+    parts.set(static_cast<size_t>(CardPart::kReverseX), mReverseX.IsTouched());
+    const auto add = [&parts](const ScheduleParts& schedule, CardPart first) {
+        for (size_t i = 0; i < schedule.size(); ++i) {
+            parts.set(static_cast<size_t>(first) + i, schedule.test(i));
+        }
+    };
+    add(mpForwardSchedule->GetTouched(), CardPart::kIntroduced);
+    add(mpReverseSchedule->GetTouched(), CardPart::kReverseIntroduced);
+    return parts;
 }
 
 wxString EditForm::GetTrimmed(CardField field) const {

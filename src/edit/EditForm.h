@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wx/checkbox.h>
 #include <wx/scrolwin.h>
 
 #include <array>
@@ -8,18 +9,18 @@
 #include <limits>
 #include <list>
 
+#include "store/CardParts.h"
 #include "store/FlashCard.h"
 
 class Database;
 class EditSchedulePanel;
 class wxBoxSizer;
-class wxCheckBox;
 class wxComboBox;
 class wxFlexGridSizer;
 class wxStaticText;
 class wxTextEntry;
 
-// The texts of the editor's form, in their order on it.
+// The texts of the editor's form, in their order on it, which is that of the parts of a card.
 enum class CardField : size_t { Front, Back, Category, Author, Chapter, Notes, IntroductionOrder };
 constexpr size_t kCardFieldCount = 7;
 
@@ -49,15 +50,20 @@ class EditForm : public wxScrolledWindow {
 
     // Shows a card in all fields. None of them counts as touched.
     void Load(const FlashCard& card, const wxString& categoryName);
+    // The same for many cards. A field in which they differ says so and is empty; it counts as
+    // touched once the user has changed it, even when it is empty again.
+    void LoadMany(const CommonCard& cards, const wxString& categoryName);
 
     // Shows the stored card in each field that the user has not touched. These fields stay
     // untouched, and the focus stays where it is.
     void Follow(const FlashCard& card, const wxString& categoryName);
+    void FollowMany(const CommonCard& cards, const wxString& categoryName);
 
     // Returns true when the user has touched anything, that is when a control differs from what was
     // put into it last.
     bool IsModified() const;
     bool IsTouched(CardField field) const;
+    CardParts GetTouched() const;
 
     // Returns the text of a field without the white space at its ends. An untouched field gives the
     // card's own text, even when the toolkit cannot show every character of it.
@@ -92,13 +98,18 @@ class EditForm : public wxScrolledWindow {
         // toolkit cannot show a character.
         wxString Loaded;
         wxString Own;
+        // True while many cards are shown that differ in it.
+        bool IsSeveral = false;
+
+        bool IsTouched() const;
+        void SayWhetherSeveral() const;
     };
     struct Exclusion {
         wxCheckBox* Control = nullptr;
-        bool Loaded = false;
+        wxCheckBoxState Loaded = wxCHK_UNCHECKED;
 
         bool IsTouched() const;
-        void Load(bool excluded);
+        void Load(bool excluded, bool isSeveral = false);
     };
     using Texts = std::array<wxString, kCardFieldCount>;
 
@@ -114,8 +125,8 @@ class EditForm : public wxScrolledWindow {
     void AlignLabels();
     void AddSchedules(wxBoxSizer& column);
     void ArrangeSchedules();
-    void LoadField(CardField field, const wxString& own);
-    void FollowField(CardField field, const wxString& own);
+    void LoadField(CardField field, const wxString& own, bool isSeveral = false);
+    void FollowField(CardField field, const wxString& own, bool isSeveral = false);
     void RenameRow(unsigned row, const wxString& name);
     void KeepCategoryText(const wxString& text);
 
@@ -140,3 +151,7 @@ class EditForm : public wxScrolledWindow {
 // is then on the field in question. The card may hold some of the new values by then, and a
 // category that was created stays.
 int CollectCard(EditForm& form, Database& database, wxWindow& frame, FlashCard& card);
+
+// The same for a form that shows many cards: writes what the user has touched into values. A blank
+// introduction order becomes kBlankOrder.
+int CollectTouched(EditForm& form, Database& database, wxWindow& frame, FlashCard& values);

@@ -1,15 +1,20 @@
 #include "edit/EditFrame.h"
 
 #include <wx/accel.h>
+#include <wx/clipbrd.h>
 #include <wx/display.h>
 #include <wx/log.h>
 #include <wx/menu.h>
 #include <wx/panel.h>
 #include <wx/sizer.h>
+#include <wx/tokenzr.h>
 #include <wx/toolbar.h>
 #include <wx/utils.h>
 
+#include <algorithm>
+#include <iterator>
 #include <list>
+#include <utility>
 #include <vector>
 
 #include "base/Job.h"
@@ -17,6 +22,7 @@
 #include "edit/CardLife.h"
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
+#include "edit/ManyCards.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -52,6 +58,22 @@ const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
 wxString GetOwnerName() {
     const wxString name = wxGetUserName();
     return name.empty() ? wxGetUserId() : name;
+}
+
+// Returns true for a line with a front, a tab or a dash between blanks, and a back.
+bool IsCardLine(const wxString& line) {
+    const wchar_t* const separators[] = {L"\t", L" - ", L" \u2013 ", L" \u2014 "};
+    return std::any_of(std::begin(separators), std::end(separators), [&](const wchar_t* text) {
+        const size_t place = line.find(text);
+        return place != wxString::npos && !TrimWide(line.Left(place)).empty() &&
+               !TrimWide(line.Mid(place + 1)).empty();
+    });
+}
+
+// Returns the number of lines when each of them could be a card, and else 0.
+int CountCardLines(const wxString& text) {
+    const wxArrayString lines = wxStringTokenize(text, "\r\n", wxTOKEN_STRTOK);
+    return std::all_of(lines.begin(), lines.end(), IsCardLine) ? static_cast<int>(lines.size()) : 0;
 }
 
 }  // namespace
@@ -116,6 +138,7 @@ void EditFrame::BindCommands() {
     Bind(wxEVT_BUTTON, close, wxID_CANCEL);
     Bind(wxEVT_MENU, close, wxID_CLOSE);
     Bind(wxEVT_MENU, &EditFrame::OnExport, this, ID_EXPORT);
+    Bind(wxEVT_TEXT_PASTE, &EditFrame::OnPaste, this);
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) {
@@ -158,9 +181,36 @@ void EditFrame::SetDatabase(Database* database) {
 
 void EditFrame::SetCard(const FlashCard& card) {
     mCard = card;
+    mpMany.reset();
+    SetTitle(_("Edit - Velomind"));
     mpLife.reset();
     ShowReviews({});
     mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
+}
+
+void EditFrame::SetCards(const std::vector<int64_t>& rowIds) {
+    mCard = FlashCard();
+    mpMany = std::make_unique<ManyCards>(*mpDatabase, rowIds);
+    FollowMany(true);
+    FitToForm();
+}
+
+bool EditFrame::HasCards(const std::vector<int64_t>& rowIds) const {
+    return mpMany != nullptr && mpMany->GetRowIds() == rowIds;
+}
+
+// Shows what the cards have in common by now.
+void EditFrame::FollowMany(bool isFirst) {
+    CommonCard common;
+    if (mpMany->FindStored(*mpDatabase) < 0 ||
+        mpDatabase->SelectCommonParts(mpMany->GetRowIds(), common) < 0 || common.Count == 0) {
+        return;
+    }
+    SetTitle(wxString::Format(wxPLURAL("Edit %i Card - Velomind", "Edit %i Cards - Velomind",
+                                       static_cast<unsigned>(common.Count)),
+                              static_cast<int>(common.Count)));
+    const wxString category = GetCategoryName(common.Card.CategoryId);
+    isFirst ? mpForm->LoadMany(common, category) : mpForm->FollowMany(common, category);
 }
 
 // Shows the card as the store has it now.
@@ -209,7 +259,7 @@ int EditFrame::FindStored(std::list<FlashCard>& found) {
 
 void EditFrame::Refresh() {
     std::list<FlashCard> found;
-    if (!IsNew()) {
+    if (!IsNew() && mpMany == nullptr) {
         if (FindStored(found) < 0) {
             wxLogError("%s", _("Unable to search for card"));
         } else if (found.empty()) {
@@ -225,6 +275,13 @@ void EditFrame::Refresh() {
     }
     SortByName(categories);
     mpForm->SetCategories(categories);
+    if (mpMany != nullptr) {
+        FollowMany(false);
+        if (mpMany->IsEmpty()) {
+            Leave();
+            return;
+        }
+    }
     if (!found.empty()) {
         Follow(found.front());
     }
@@ -235,7 +292,9 @@ void EditFrame::Refresh() {
 // ever. A save reports it.
 void EditFrame::FollowStored() {
     std::list<FlashCard> found;
-    if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {
+    if (mpMany != nullptr) {
+        FollowMany(false);
+    } else if (!IsNew() && FindStored(found) >= 0 && !found.empty()) {
         Follow(found.front());
     }
 }
@@ -285,6 +344,9 @@ void EditFrame::ShowReviews(const std::vector<ReviewRecord>& reviews) {
 }
 
 int EditFrame::Save() {
+    if (mpMany != nullptr) {
+        return SaveMany();
+    }
     mServices.BackUpDay(this);
     FlashCard card = mCard;
     std::list<FlashCard> found;
@@ -319,6 +381,47 @@ int EditFrame::Save() {
     return 0;
 }
 
+// Writes what was touched into all cards that are still in the store.
+int EditFrame::SaveMany() {
+    mServices.BackUpDay(this);
+    Database& database = *mpDatabase;
+    if (mpMany->FindStored(database) < 0 || mpMany->IsEmpty()) {
+        ShowValidationMessage(
+            _("The flash cards are no longer in the store, so they were not"
+              " saved."));
+        return -1;
+    }
+    FlashCard values;
+    if (CollectTouched(*mpForm, database, *this, values) < 0) {
+        return -1;
+    }
+    const CardParts parts = mpForm->GetTouched();
+    StoreChange change;
+    wxString notice;
+    {
+        const wxBusyCursor busy;
+        // The store itself reports a failure; the other cards are changed all the same.
+        mpMany->Write(database, values, parts, change);
+        notice = DescribeWithoutUndo(change);
+        mServices.GetUndoHistory().Add(std::move(change));
+        if (HasPart(parts, CardPart::kCategory) && ReadBooleanSetting(kSettingFollowSavedCards)) {
+            mServices.SetCurrentCategoryId(database, values.CategoryId);
+        }
+        database.Notify();
+    }
+    if (mpMany->CountGone() > 0) {
+        const auto gone = static_cast<unsigned>(mpMany->CountGone());
+        notice = wxString::Format(wxPLURAL("%i of the cards is no longer in the store.",
+                                           "%i of the cards are no longer in the store.", gone),
+                                  static_cast<int>(gone)) +
+                 (notice.empty() ? "" : "\n") + notice;
+    }
+    if (!notice.empty()) {
+        ShowValidationMessage(notice);
+    }
+    return 0;
+}
+
 // Lets the list take the save back. The card before it is none for a new one. Reads the card again,
 // as the store may have changed its values.
 void EditFrame::NoteStep(const std::list<FlashCard>& before) {
@@ -337,7 +440,15 @@ void EditFrame::SaveAndClose() {
 
 void EditFrame::SaveAndNew() {
     if (Save() == 0 && !mHasLeft) {
+        const FlashCard saved = mCard;
         New();
+        if (!saved.CardId.IsZero()) {
+            // The next card belongs where this one does.
+            FlashCard next = mCard;
+            next.CategoryId = saved.CategoryId;
+            next.Chapter = saved.Chapter;
+            SetCard(next);
+        }
     }
     mpForm->FocusFront();
 }
@@ -356,16 +467,39 @@ void EditFrame::Leave() {
     Destroy();
 }
 
+bool EditFrame::MayLeaveCard() {
+    if (!IsModified()) {
+        return true;
+    }
+    const wxString question = mpMany == nullptr
+                                  ? _("Do you want to save changes to this flash card?")
+                                  : _("Do you want to save changes to these flash cards?");
+    const int answer = ShowMessageBox(question, kApplicationName, wxYES_NO | wxCANCEL, this);
+    return answer == wxNO || (answer == wxYES && Save() == 0);
+}
+
 void EditFrame::OnClose(wxCloseEvent& event) {
-    if (event.CanVeto() && IsModified()) {
-        const int answer = ShowMessageBox(_("Do you want to save changes to this flash card?"),
-                                          kApplicationName, wxYES_NO | wxCANCEL, this);
-        if (answer != wxNO && (answer != wxYES || Save() < 0)) {
-            event.Veto();
-            return;
-        }
+    if (event.CanVeto() && !MayLeaveCard()) {
+        event.Veto();
+        return;
     }
     Leave();
+}
+
+// Shows the card that the list has some rows further on. The present place in the list counts, as a
+// save may move the card.
+void EditFrame::GoToNeighbour(int step) {
+    FlashCard next;
+    if (mCard.CardId.IsZero() || !mServices.FindNeighbour(mCard.CardId, step, next) ||
+        !MayLeaveCard() || mHasLeft) {
+        return;
+    }
+    std::list<FlashCard> found;
+    if (mpDatabase->SelectCardById(next.CardId, found) >= 0 && !found.empty()) {
+        SetCard(found.front());
+        FollowStored();
+        mServices.CardSaved(next.CardId);
+    }
 }
 
 void EditFrame::OnActivate(wxActivateEvent& event) {
@@ -384,14 +518,56 @@ void EditFrame::OnCharHook(wxKeyEvent& event) {
         SaveAndClose();
     } else if (isEnter && event.GetModifiers() == wxMOD_ALT) {
         SaveAndNew();
+    } else if ((key == WXK_PAGEDOWN || key == WXK_PAGEUP) &&
+               event.GetModifiers() == wxMOD_CONTROL) {
+        GoToNeighbour(key == WXK_PAGEDOWN ? 1 : -1);
     } else {
         event.Skip();
     }
 }
 
+// A list of fronts and backs that goes into an empty new card may be meant as so many cards.
+void EditFrame::OnPaste(wxClipboardTextEvent& event) {
+    event.Skip();
+    auto* const field = dynamic_cast<wxWindow*>(event.GetEventObject());
+    const bool isFront = field != nullptr && field->GetId() == EditForm::ID_FRONT;
+    if (mPastesText || !isFront || !IsNew() || !mpForm->GetTrimmed(CardField::Front).empty() ||
+        !mpForm->GetTrimmed(CardField::Back).empty()) {
+        return;
+    }
+    wxTextDataObject data;
+    const wxClipboardLocker lock;
+    if (!!lock && wxTheClipboard->GetData(data) && CountCardLines(data.GetText()) > 1) {
+        event.Skip(false);
+        // The toolkit is in the middle of the paste.
+        CallAfter([this, field, text = data.GetText()] { OfferToImport(*field, text); });
+    }
+}
+
+void EditFrame::OfferToImport(wxWindow& field, const wxString& text) {
+    const int lines = CountCardLines(text);
+    const int answer = ShowMessageBox(
+        wxString::Format(wxPLURAL("The text has %i line with a front and a back. Do you want to"
+                                  " make a card of it?",
+                                  "The text has %i lines with a front and a back. Do you want to"
+                                  " make a card of each?",
+                                  static_cast<unsigned>(lines)),
+                         lines),
+        _("Paste"), wxYES_NO | wxCANCEL, this);
+    if (answer == wxYES) {
+        mServices.ImportText(*this, text);
+    } else if (answer == wxNO) {
+        mPastesText = true;
+        dynamic_cast<wxTextEntry&>(field).Paste();
+        mPastesText = false;
+    }
+}
+
 void EditFrame::OnExport(wxCommandEvent&) {
-    std::vector<int64_t> rowIds;
-    // A failure is reported by the store itself.
-    mpDatabase->SelectRowIdById(mCard.CardId, rowIds);
+    std::vector<int64_t> rowIds = mpMany == nullptr ? std::vector<int64_t>() : mpMany->GetRowIds();
+    if (mpMany == nullptr) {
+        // A failure is reported by the store itself.
+        mpDatabase->SelectRowIdById(mCard.CardId, rowIds);
+    }
     mServices.ExportCards(*this, rowIds, AppServices::OfferFirst::kSelection);
 }

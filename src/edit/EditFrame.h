@@ -1,6 +1,7 @@
 #pragma once
 
 #include <wx/frame.h>
+#include <wx/textctrl.h>
 
 #include <list>
 #include <memory>
@@ -14,12 +15,14 @@ class AppServices;
 class Database;
 class EditForm;
 class Job;
+class ManyCards;
 struct ReviewRecord;
 
-// The window in which one card is written or changed. Nothing reaches the store before a save, and
-// a save writes only the fields that the user has touched. The others keep what the store has by
-// then, for instance a score that was given in the study window meanwhile. A card without an id is
-// new. Several editors may be open; each deletes itself when it closes. Main thread only.
+// The window in which one card is written or changed, or many cards together. Nothing reaches the
+// store before a save, and a save writes only the fields that the user has touched. The others keep
+// what the store has by then, for instance a score that was given in the study window meanwhile. A
+// card without an id is new. Several editors may be open; each deletes itself when it closes. Main
+// thread only.
 class EditFrame : public wxFrame, private Observer {
   public:
     // The services are not owned and must outlive the frame.
@@ -33,13 +36,18 @@ class EditFrame : public wxFrame, private Observer {
     // Shows a stored card.
     void SetCard(const FlashCard& card);
 
+    // Shows the stored cards of these rows, to change all of them together.
+    void SetCards(const std::vector<int64_t>& rowIds);
+    // Returns true when the window shows just these.
+    bool HasCards(const std::vector<int64_t>& rowIds) const;
+
     // Begins a new card in the current category.
     void New();
 
     // Returns true when a field differs from the card as it was shown. A save does not change that.
     bool IsModified() const;
 
-    // All zero while the card is new.
+    // All zero while the card is new, and for many cards.
     const CardUuid& GetCardId() const { return mCard.CardId; }
 
   private:
@@ -52,7 +60,8 @@ class EditFrame : public wxFrame, private Observer {
     void ApplyFont();
     void FitToForm();
     wxString GetCategoryName(int32_t id);
-    bool IsNew() const { return mCard.CardId.IsZero(); }
+    bool IsNew() const { return mCard.CardId.IsZero() && mpMany == nullptr; }
+    void FollowMany(bool isFirst);
     int FindStored(std::list<FlashCard>& found);
     void Follow(const FlashCard& stored);
     void Refresh();
@@ -64,6 +73,10 @@ class EditFrame : public wxFrame, private Observer {
     void ShowReviews(const std::vector<ReviewRecord>& reviews);
 
     int Save();
+    int SaveMany();
+    // Asks what becomes of the changes. Returns false when the user stays at the card.
+    bool MayLeaveCard();
+    void GoToNeighbour(int step);
     void NoteStep(const std::list<FlashCard>& before);
     void SaveAndClose();
     void SaveAndNew();
@@ -72,6 +85,8 @@ class EditFrame : public wxFrame, private Observer {
     void OnClose(wxCloseEvent& event);
     void OnActivate(wxActivateEvent& event);
     void OnCharHook(wxKeyEvent& event);
+    void OnPaste(wxClipboardTextEvent& event);
+    void OfferToImport(wxWindow& field, const wxString& text);
     void OnExport(wxCommandEvent& event);
 
     AppServices& mServices;
@@ -80,6 +95,10 @@ class EditFrame : public wxFrame, private Observer {
     // The card as it was first shown or last saved. Only its id matters for a stored card, since a
     // save reads the rest again.
     FlashCard mCard;
+    // The cards that are changed together, or null for one card.
+    std::unique_ptr<ManyCards> mpMany;
+    // True while a text goes into the field that the user did not want as cards.
+    bool mPastesText = false;
     // The reviews of the card, and when its last ones were when that read them from the log, which
     // may be huge. The worker writes them, and the main thread reads them after Join.
     std::vector<ReviewRecord> mReviews;

@@ -1,5 +1,6 @@
 #include "edit/EditSchedulePanel.h"
 
+#include <wx/button.h>
 #include <wx/checkbox.h>
 #include <wx/choice.h>
 #include <wx/intl.h>
@@ -29,6 +30,8 @@ namespace {
 constexpr int kLowestDifficulty = 0;
 constexpr int kHighestDifficulty = 32;
 constexpr int kHighestScore = 5;
+// The unit of an interval that is put in place of several ones.
+constexpr int kDays = 3;
 // The least width of a number, in pixels at 1x.
 constexpr int kNumberWidth = 80;
 // The least size of the plot of reviews, likewise.
@@ -136,7 +139,11 @@ EditSchedulePanel::EditSchedulePanel(wxWindow* parent, wxWindowID id, const wxSt
 }
 
 void EditSchedulePanel::CreateControls() {
-    mpIntroduced = new wxCheckBox(this, ID_INTRODUCED, _("Introduced"));
+    mpIntroduced = new wxCheckBox(this, ID_INTRODUCED, _("Introduced"), wxDefaultPosition,
+                                  wxDefaultSize, wxCHK_3STATE);
+    mpReset = new wxButton(this, ID_RESET_SCHEDULE, _("Reset"));
+    mpReset->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Reset(); });
+    mpReset->Hide();
     mpLastReview = CreateReadOnlyText(ID_LAST_REVIEW);
     mpLastReviewHere = CreateDescription();
     mpReviewInterval = new wxTextCtrl(this, ID_REVIEW_INTERVAL);
@@ -179,7 +186,11 @@ void EditSchedulePanel::LayOut(const wxString& title) {
     wxBoxSizer* const group = AddFormGroup(*column, *this, title);
     // At the top it is seen even where the window shows only the head of the schedules.
     group->Add(mpLife, FormRow(*this));
-    group->Add(mpIntroduced, FormRow(*this));
+    auto* const introduced = new wxBoxSizer(wxHORIZONTAL);
+    introduced->Add(mpIntroduced, wxSizerFlags(1).CentreVertical());
+    introduced->Add(mpReset, wxSizerFlags().CentreVertical());
+    group->Add(introduced, FormRow(*this));
+    SetAccessibleName(*mpReset, title + ": " + mpReset->GetLabel());
     SetAccessibleName(*mpIntroduced, title + ": " + mpIntroduced->GetLabel());
 
     auto* const grid = new wxFlexGridSizer(2, FromDIP(wxSize(kFormEdge, kFormGap)));
@@ -224,17 +235,50 @@ void EditSchedulePanel::UsePanelColour() {
 }
 
 void EditSchedulePanel::Load(const CardSchedule& schedule) {
+    mpReset->Hide();
+    ShowSchedule(schedule, ScheduleParts());
+}
+
+void EditSchedulePanel::LoadMany(const CardSchedule& schedule, const ScheduleParts& several) {
+    mpReset->Show();
+    ShowSchedule(schedule, several);
+}
+
+void EditSchedulePanel::ShowSchedule(const CardSchedule& schedule, const ScheduleParts& several) {
     mSchedule = schedule;
-    mpIntroduced->SetValue(schedule.Introduced);
-    mpLastReview->ChangeValue(FormatTimeStamp(schedule.LastReview));
+    mSeveral = several;
+    mIsReset = false;
+    const auto show = [](wxTextCtrl& field, const wxString& text, bool isSeveral) {
+        field.ChangeValue(isSeveral ? wxString() : text);
+        ShowWhileEmpty(field, isSeveral ? _("(several)") : wxString());
+    };
+    mpIntroduced->Set3StateValue(IsSeveral(SchedulePart::kIntroduced) ? wxCHK_UNDETERMINED
+                                 : schedule.Introduced                ? wxCHK_CHECKED
+                                                                      : wxCHK_UNCHECKED);
+    const bool hasLastReviews = IsSeveral(SchedulePart::kLastReview);
+    const bool hasIntervals = IsSeveral(SchedulePart::kReviewInterval);
+    show(*mpLastReview, FormatTimeStamp(schedule.LastReview), hasLastReviews);
     const IntervalInUnits interval = SplitInterval(schedule.ReviewInterval);
-    mpReviewInterval->ChangeValue(wxString::Format("%.2f", static_cast<double>(interval.Value)));
-    mpIntervalUnit->SetSelection(interval.Unit);
-    mpDifficulty->SetValue(schedule.Difficulty);
-    mpNextReview->ChangeValue(FormatTimeStamp(schedule.NextReview()));
-    // A damaged store may hold a score above 5, which has no text.
-    mpLastScore->SetSelection(
-        schedule.LastScore <= kHighestScore ? kHighestScore - schedule.LastScore : wxNOT_FOUND);
+    show(*mpReviewInterval, wxString::Format("%.2f", static_cast<double>(interval.Value)),
+         hasIntervals);
+    mpIntervalUnit->SetSelection(hasIntervals ? kDays : interval.Unit);
+    const bool hasDifficulties = IsSeveral(SchedulePart::kDifficulty);
+    mpDifficulty->SetValue(hasDifficulties ? kLowestDifficulty : schedule.Difficulty);
+    if (hasDifficulties) {
+        mpDifficulty->SetValue(wxString());
+    }
+    ShowWhileEmpty(*mpDifficulty, hasDifficulties ? _("(several)") : wxString());
+    show(*mpNextReview, FormatTimeStamp(schedule.NextReview()), hasLastReviews || hasIntervals);
+    while (mpLastScore->GetCount() > std::size(kScores)) {
+        mpLastScore->Delete(mpLastScore->GetCount() - 1);
+    }
+    if (IsSeveral(SchedulePart::kLastScore)) {
+        mpLastScore->SetSelection(mpLastScore->Append(_("(several)")));
+    } else {
+        // A damaged store may hold a score above 5, which has no text.
+        mpLastScore->SetSelection(
+            schedule.LastScore <= kHighestScore ? kHighestScore - schedule.LastScore : wxNOT_FOUND);
+    }
     for (wxWindow* const child : GetChildren()) {
         TextUndo::Restart(*child);
     }
@@ -245,8 +289,11 @@ void EditSchedulePanel::Load(const CardSchedule& schedule) {
 // A card that was not introduced has times too, but they stand for no review.
 void EditSchedulePanel::DescribeTimes() {
     const wxDateTime now = CurrentTime();
+    const bool isKnown = mSchedule.Introduced && !IsSeveral(SchedulePart::kIntroduced) &&
+                         !IsSeveral(SchedulePart::kLastReview) &&
+                         !IsSeveral(SchedulePart::kReviewInterval);
     const auto describe = [&](const wxDateTime& time) {
-        return mSchedule.Introduced ? DescribeTime(time, now) : wxString();
+        return isKnown ? DescribeTime(time, now) : wxString();
     };
     mpLastReviewHere->SetLabel(describe(mSchedule.LastReview));
     mpNextReviewHere->SetLabel(describe(mSchedule.NextReview()));
@@ -259,11 +306,31 @@ void EditSchedulePanel::Follow(const CardSchedule& schedule) {
     DescribeTimes();
 }
 
+void EditSchedulePanel::FollowMany(const CardSchedule& schedule, const ScheduleParts& several) {
+    if (!IsModified() && (schedule != mSchedule || several != mSeveral)) {
+        ShowSchedule(schedule, several);
+    }
+    DescribeTimes();
+}
+
+// Puts the values of a card that was never studied into the controls. A save writes all of them,
+// whatever was studied meanwhile, and then those that the user has put in their place.
+void EditSchedulePanel::Reset() {
+    mIsReset = true;
+    const CardSchedule fresh;
+    const IntervalInUnits interval = SplitInterval(fresh.ReviewInterval);
+    mpIntroduced->Set3StateValue(wxCHK_UNCHECKED);
+    mpReviewInterval->SetValue(wxString::Format("%.2f", static_cast<double>(interval.Value)));
+    mpIntervalUnit->SetSelection(interval.Unit);
+    mpDifficulty->SetValue(fresh.Difficulty);
+    mpLastScore->SetSelection(kHighestScore - fresh.LastScore);
+}
+
 int EditSchedulePanel::Save(CardSchedule& schedule) {
     const State state = GetState();
-    CardSchedule changed = schedule;
+    CardSchedule changed = mIsReset ? CardSchedule() : schedule;
     if (state.Introduced != mSaved.Introduced) {
-        changed.Introduced = state.Introduced;
+        changed.Introduced = state.Introduced == wxCHK_CHECKED;
     }
     if (state.Score != mSaved.Score && state.Score != wxNOT_FOUND) {
         changed.LastScore = static_cast<uint8_t>(kHighestScore - state.Score);
@@ -318,13 +385,30 @@ bool EditSchedulePanel::ShowLife(Plot plot, bool isShown) {
 }
 
 bool EditSchedulePanel::IsModified() const {
-    return !(GetState() == mSaved);
+    return mIsReset || !(GetState() == mSaved);
+}
+
+ScheduleParts EditSchedulePanel::GetTouched() const {
+    ScheduleParts parts;
+    if (mIsReset) {
+        return parts.set();
+    }
+    const State state = GetState();
+    const auto note = [&parts](SchedulePart part, bool isTouched) {
+        parts.set(static_cast<size_t>(part), isTouched);
+    };
+    note(SchedulePart::kIntroduced, state.Introduced != mSaved.Introduced);
+    note(SchedulePart::kReviewInterval,
+         state.Interval != mSaved.Interval || state.Unit != mSaved.Unit);
+    note(SchedulePart::kDifficulty, state.Difficulty != mSaved.Difficulty);
+    note(SchedulePart::kLastScore, state.Score != mSaved.Score);
+    return parts;
 }
 
 EditSchedulePanel::State EditSchedulePanel::GetState() const {
-    return {mpIntroduced->GetValue(),     mpLastReview->GetValue(),
-            mpReviewInterval->GetValue(), mpIntervalUnit->GetSelection(),
-            mpDifficulty->GetTextValue(), mpLastScore->GetSelection()};
+    return {mpIntroduced->Get3StateValue(), mpLastReview->GetValue(),
+            mpReviewInterval->GetValue(),   mpIntervalUnit->GetSelection(),
+            mpDifficulty->GetTextValue(),   mpLastScore->GetSelection()};
 }
 
 bool EditSchedulePanel::State::operator==(const State& other) const {

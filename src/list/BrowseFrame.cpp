@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <list>
 
 #include "base/Text.h"
 #include "categories/CategoryList.h"
@@ -253,6 +254,20 @@ void BrowseFrame::ShowCard(const CardUuid& id) {
     if (mpDatabase != nullptr && mpDatabase->SelectRowIdById(id, rowIds) >= 0) {
         mpCardList->ShowCards(rowIds);
     }
+}
+
+bool BrowseFrame::FindNeighbour(const CardUuid& id, int step, FlashCard& card) const {
+    std::vector<int64_t> rowIds;
+    std::list<FlashCard> found;
+    const bool isFound = mpDatabase != nullptr && mpDatabase->SelectRowIdById(id, rowIds) >= 0 &&
+                         !rowIds.empty() &&
+                         mpDatabase->SelectCardByRowId(
+                             mpCardList->FindNeighbour(rowIds.front(), step), found) >= 0 &&
+                         !found.empty();
+    if (isFound) {
+        card = std::move(found.front());
+    }
+    return isFound;
 }
 
 void BrowseFrame::Update(Subject* subject) {

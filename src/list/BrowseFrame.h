@@ -80,6 +80,10 @@ class BrowseFrame : public wxFrame, private Observer {
     // Selects that card and brings it into view, if the list has it. Does not take the focus.
     void ShowCard(const CardUuid& id);
 
+    // Gives the card that many rows after that one, or before it. Returns false when the list lacks
+    // either.
+    bool FindNeighbour(const CardUuid& id, int step, FlashCard& card) const;
+
     // Brings the window to the front with the search field ready for a text. Does nothing while the
     // window is hidden.
     void FocusSearch();

@@ -95,7 +95,7 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
     mSettingsAttachment.Attach(&mServices.GetSettingsNotifier(), this);
 
     mpListCtrl->Bind(wxEVT_LIST_ITEM_ACTIVATED,
-                     [this](wxListEvent& event) { EditRow(event.GetIndex()); });
+                     [this](wxListEvent& event) { EditFrom(event.GetIndex()); });
     mpListCtrl->Bind(wxEVT_LIST_KEY_DOWN, &CardList::OnListKeyDown, this);
     mpListCtrl->Bind(wxEVT_LIST_COL_CLICK, &CardList::OnColumnClick, this);
     mpListCtrl->Bind(wxEVT_LIST_COL_RIGHT_CLICK, [this](wxListEvent& event) {
@@ -486,6 +486,13 @@ long CardList::FindRow(int64_t rowId) const {
     return found == mRowIds.end() ? -1 : static_cast<long>(found - mRowIds.begin());
 }
 
+int64_t CardList::FindNeighbour(int64_t rowId, int step) const {
+    const long row = FindRow(rowId);
+    const long wanted = row + step;
+    const bool isThere = row >= 0 && wanted >= 0 && wanted < static_cast<long>(mRowIds.size());
+    return isThere ? mRowIds[static_cast<size_t>(wanted)] : kNoCard;
+}
+
 int64_t CardList::GetFocusedRowId() const {
     const long row = mpListCtrl->GetFocusedRow();
     return row < 0 ? kNoCard : mRowIds[static_cast<size_t>(row)];
@@ -569,8 +576,19 @@ void CardList::CollectSelection(std::vector<int64_t>& rowIds, bool clear) {
 }
 
 void CardList::EditSelected() {
-    EditRow(
+    EditFrom(
         mpListCtrl->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED));
+}
+
+// Opens the card of a row, or all selected cards where there are several.
+void CardList::EditFrom(long row) {
+    if (mpListCtrl->GetSelectedItemCount() < 2) {
+        EditRow(row);
+        return;
+    }
+    std::vector<int64_t> rowIds;
+    CollectSelection(rowIds, false);
+    mServices.OpenEditorOfMany(rowIds);
 }
 
 void CardList::EditRow(long row) {

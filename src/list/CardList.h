@@ -82,7 +82,8 @@ class CardList : public wxPanel, private Observer {
     // rows are deselected.
     void CollectSelection(std::vector<int64_t>& rowIds, bool clear);
 
-    // Opens the first focused or selected card in its editor.
+    // Opens the selected card in its editor, several together, or the focused one without a
+    // selection.
     void EditSelected();
     // Returns true when no row is above the focused one.
     bool IsAtTop() const { return mpListCtrl->GetFocusedRow() <= 0; }
@@ -97,6 +98,8 @@ class CardList : public wxPanel, private Observer {
     void SelectCards(std::vector<int64_t> rowIds);
     // The same, but a selection that has one of them already stays.
     void ShowCards(const std::vector<int64_t>& rowIds);
+    // Returns the row id that many rows after that one, or before it; -1 when there is none.
+    int64_t FindNeighbour(int64_t rowId, int step) const;
     // Returns true when a command has a card to act on: a selected one, or the focused one.
     bool HasTarget() const;
     // Returns true when the whole store had no card at its last notice, or could not count them.
@@ -155,6 +158,7 @@ class CardList : public wxPanel, private Observer {
     int64_t GetFocusedRowId() const;
     const FlashCard* FetchRow(long row);
     void EditRow(long row);
+    void EditFrom(long row);
     void PutOnClipboard(bool cut);
     void UseFont();
 

@@ -41,6 +41,14 @@ class AppServices : public CategorySource {
     // Opens a stored card in its editor, or raises the editor that has it.
     virtual void OpenEditor(const FlashCard& card) = 0;
 
+    // The same for many cards together, known by their row ids.
+    virtual void OpenEditorOfMany(const std::vector<int64_t>& rowIds) = 0;
+    // Gives the card that the list has that many rows after this one, or before it for a negative
+    // number. Returns false when there is none, or when an editor that has it comes to the front.
+    virtual bool FindNeighbour(const CardUuid& id, int step, FlashCard& card) = 0;
+    // Lets the user say how to read a text as cards, and imports them.
+    virtual void ImportText(wxWindow& parent, const wxString& text) = 0;
+
     // Shows a card in the list, if there is a list and the card is in it, since an editor has just
     // saved it.
     virtual void CardSaved(const CardUuid& id) = 0;

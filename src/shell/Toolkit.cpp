@@ -314,6 +314,50 @@ void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText) {
 
 namespace {
 
+constexpr char kEmptyText[] = "velomind-empty-text";
+
+// Draws over a text of several lines, for which the platform has no such text of its own.
+gboolean DrawEmptyText(GtkWidget* widget, cairo_t* context, void* /*data*/) {
+    const auto* const text =
+        static_cast<const char*>(g_object_get_data(G_OBJECT(widget), kEmptyText));
+    auto* const view = GTK_TEXT_VIEW(widget);
+    if (text == nullptr || gtk_text_buffer_get_char_count(gtk_text_view_get_buffer(view)) > 0) {
+        return FALSE;
+    }
+    int x = 0;
+    int y = 0;
+    gtk_text_view_buffer_to_window_coords(view, GTK_TEXT_WINDOW_WIDGET, 0, 0, &x, &y);
+    GdkRGBA colour;
+    gtk_style_context_get_color(gtk_widget_get_style_context(widget), GTK_STATE_FLAG_INSENSITIVE,
+                                &colour);
+    gdk_cairo_set_source_rgba(context, &colour);
+    PangoLayout* const layout = gtk_widget_create_pango_layout(widget, text);
+    cairo_move_to(context, x, y);
+    pango_cairo_show_layout(context, layout);
+    g_object_unref(layout);
+    return FALSE;
+}
+
+}  // namespace
+
+void ShowWhileEmpty(const wxWindow& field, const wxString& text) {
+    GtkWidget* const widget = FindInner(field.GetHandle());
+    if (GTK_IS_ENTRY(widget)) {
+        gtk_entry_set_placeholder_text(GTK_ENTRY(widget), text.utf8_str());
+    } else if (GTK_IS_TEXT_VIEW(widget)) {
+        g_signal_handlers_disconnect_by_func(widget, reinterpret_cast<void*>(DrawEmptyText),
+                                             nullptr);
+        g_object_set_data_full(G_OBJECT(widget), kEmptyText,
+                               text.empty() ? nullptr : g_strdup(text.utf8_str()), g_free);
+        if (!text.empty()) {
+            g_signal_connect_after(widget, "draw", G_CALLBACK(DrawEmptyText), nullptr);
+        }
+        gtk_widget_queue_draw(widget);
+    }
+}
+
+namespace {
+
 // Comes to the button that the focus has moved to.
 gboolean OnRadioKeyUp(GtkWidget* button, GdkEventKey* event, void* /*data*/) {
     const guint key = event->keyval;
@@ -462,6 +506,8 @@ void WatchDesktop(std::function<void(wxTopLevelWindow&)> /*onChange*/) {}
 void TakeDesktopStyle(wxWindow& /*window*/) {}
 
 void KeepSpinText(const wxSpinCtrl& /*control*/, SpinTextGuard /*keepsText*/) {}
+
+void ShowWhileEmpty(const wxWindow& /*field*/, const wxString& /*text*/) {}
 
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     const wxWindow* const focus = wxWindow::FindFocus();

@@ -81,6 +81,10 @@ void TakeDesktopStyle(wxWindow& window);
 using SpinTextGuard = bool (*)(const wxString& text, double number);
 void KeepSpinText(const wxSpinCtrl& control, SpinTextGuard keepsText);
 
+// Shows a text, greyed, in a text field of any kind while it is empty. It is no part of what the
+// user typed. An empty text shows none.
+void ShowWhileEmpty(const wxWindow& field, const wxString& text);
+
 // Lets the arrow keys choose in a group of choices. By default they move the focus alone here, and
 // Return would then act on another choice than the one that the keys are at.
 void LetArrowsChoose(const wxRadioBox& group);

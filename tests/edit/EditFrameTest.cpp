@@ -6,6 +6,11 @@
 #include "reviews/ReviewLog.h"
 #include "support/GuiTest.h"
 
+#include <wx/clipbrd.h>
+#include <wx/spinctrl.h>
+
+#include <tuple>
+
 namespace {
 
 constexpr int kFront = EditForm::ID_FRONT, kBack = EditForm::ID_BACK;
@@ -202,6 +207,202 @@ TEST_F(EditFrameTest, ASaveLeavesWhatWasNotTouchedAsTheStoreHasIt) {
         Query("DELETE FROM Cards");
         Close();
     }
+}
+
+TEST_F(EditFrameTest, ManyCardsTakeWhatWasTouchedAndKeepTheRest) {
+    // The time of a reset is the present one.
+    constexpr char kRows[] =
+        "SELECT CardId,Front,Back,CategoryId,Author,Chapter,Notes,IntroductionOrder,ForwardX,"
+        "ReverseX,Introduced,LastReview>1700000099,NextReview-LastReview,ReviewInterval,Difficulty,"
+        "LastScore,ERC,RIntroduced,RLastReview,RNextReview FROM Cards";
+    mDatabase.CategoryInsert("one");
+    mDatabase.CategoryInsert("two");
+    wxWindow* difficulty = nullptr;
+    const auto press = [this](int id) { Send(*FindById(Control(kForwardSchedule), id)); };
+    const auto clearNotes = [this] {
+        // Typed and deleted again: the notes of all are blank.
+        Entry(kNotes).WriteText("x");
+        DrainEvents();
+        Entry(kNotes).Remove(0, 1);
+        DrainEvents();
+    };
+    const struct {
+        std::function<void()> Touch;
+        std::string Change;
+    } rows[] = {{[&] { Type(kFront, "mine"); }, "Front='mine'"},
+                {[&] { Type(kCategory, "two"); }, "CategoryId=2"},
+                {[&] { Type(kAuthor, "me"); }, "Author='me'"},
+                {[&] { Type(kChapter, " 7 "); }, "Chapter='7'"},
+                {clearNotes, "Notes=''"},
+                {[&] { Type(kOrder, "-3"); }, "IntroductionOrder=-3"},
+                {[&] {
+                     Entry(kOrder).Remove(0, 1);
+                     Type(kOrder, " ");
+                 },
+                 "IntroductionOrder=CASE rowid WHEN 1 THEN 4 WHEN 2 THEN 103 ELSE 104 END"},
+                {[&] { Box(kReverseX).Set3StateValue(wxCHK_CHECKED); }, "ReverseX=1"},
+                {[&] {
+                     Type(kAuthor, "me");
+                     dynamic_cast<wxSpinCtrl&>(*difficulty).SetValue(30);
+                 },
+                 "Author='me',Difficulty=30"},
+                {[&] { press(EditSchedulePanel::ID_RESET_SCHEDULE); },
+                 "Introduced=0,LastReview=1800000000,NextReview=1800000005,ReviewInterval=5.0,"
+                 "Difficulty=16,"
+                 "LastScore=0,ERC=0"}};
+    for (const auto& [touch, change] : rows) {
+        SCOPED_TRACE(change);
+        mDatabase.Execute("DELETE FROM Cards");
+        std::vector<FlashCard> cards;
+        for (int i = 0; i < 3; ++i) {
+            FlashCard card = MakeCard(wxString::Format("f%d", i), "back", i == 0 ? 0 : 1);
+            card.Notes = card.Front;
+            card.Chapter = "same";
+            card.IntroductionOrder = i == 0 ? 3 : 100 + i;
+            card.ReverseX = i == 1;
+            card.Forward.Introduced = i > 0;
+            card.Forward.LastReview = wxDateTime(static_cast<time_t>(1700000000 + i));
+            card.Forward.ReviewInterval = 86400.0f * static_cast<float>(1 + i);
+            card.Forward.Difficulty = static_cast<uint8_t>(i);
+            cards.push_back(Insert(card));
+        }
+        OpenFrame(new EditFrame(mServices));
+        mpFrame->SetCards({1, 2, 3});
+        EXPECT_EQ(mpFrame->GetTitle(), "Edit 3 Cards - Velomind");
+        EXPECT_EQ(Text(kFront) + Text(kBack) + Text(kChapter) + Text(kOrder), "backsame");
+        EXPECT_FALSE(mpFrame->IsModified());
+        difficulty = FindById(Control(kForwardSchedule), EditSchedulePanel::ID_DIFFICULTY);
+        EXPECT_EQ(dynamic_cast<wxSpinCtrl&>(*difficulty).GetTextValue(), "");
+        touch();
+        EXPECT_TRUE(mpFrame->IsModified());
+        // A score that is given meanwhile stays, but for what is touched.
+        cards[2].Forward.LastScore = 5;
+        cards[2].Forward.ERC = 77;
+        mDatabase.UpdateFlashCard(cards[2]);
+        const Strings before = Query("SELECT * FROM Cards");
+        mServices.History.Clear();
+        Command(ID_SAVE_CLOSE);
+        EXPECT_EQ(mpFrame, nullptr);
+        const Strings whole = Query("SELECT * FROM Cards");
+        const Strings saved = Query(kRows);
+        EXPECT_TRUE(mServices.History.GetUndoLabel().StartsWith("Undo change of "));
+        UndoOutcome outcome;
+        EXPECT_EQ(mServices.History.UndoLast(mDatabase, outcome), 0);
+        EXPECT_EQ(Query("SELECT * FROM Cards"), before);
+        EXPECT_EQ(mServices.History.RedoLast(mDatabase, outcome), 0);
+        EXPECT_EQ(Query("SELECT * FROM Cards"), whole);
+        // Studied since, and taken back: the score stays.
+        FlashCard studied = Stored(cards[1].CardId);
+        studied.Forward.LastReview += wxTimeSpan::Day();
+        mDatabase.UpdateFlashCard(studied);
+        EXPECT_EQ(mServices.History.UndoLast(mDatabase, outcome), 0);
+        EXPECT_EQ(Stored(cards[1].CardId).Forward.LastReview, studied.Forward.LastReview);
+        for (const FlashCard& card : cards) {
+            mDatabase.UpdateFlashCard(card);
+        }
+        Query("UPDATE Cards SET " + change);
+        EXPECT_EQ(saved, Query(kRows));
+    }
+}
+
+TEST_F(EditFrameTest, OfManyCardsThoseThatAreThereAreSaved) {
+    std::vector<FlashCard> cards;
+    for (const char* const front : {"a", "b", "c", "d"}) {
+        cards.push_back(Insert(MakeCard(front, "back")));
+    }
+    Query("UPDATE Cards SET CardId='x' WHERE Front='c'");
+    OpenFrame(new EditFrame(mServices));
+    mpFrame->SetCards({1, 2, 3, 4});
+    Type(kAuthor, "me");
+    // The first one comes back in another row, and a new card has its row by then.
+    mDatabase.DeleteCard(cards[0].CardId);
+    mDatabase.DeleteCard(cards[3].CardId);
+    Query("UPDATE Cards SET rowid=9 WHERE Front='b'");
+    Insert(MakeCard("new", "back"));
+    Query("UPDATE Cards SET rowid=2 WHERE Front='new'");
+    mDatabase.Notify();
+    EXPECT_TRUE(Answer({wxID_OK}, ID_SAVE_NEW).StartsWith("2 of the cards are no longer"));
+    EXPECT_EQ(Query("SELECT Front FROM Cards WHERE Author='me' ORDER BY 1"), (Strings{"b", "c"}));
+    EXPECT_EQ(mpFrame->GetTitle(), "Edit - Velomind");
+    mpFrame->SetCards({2, 9});
+    mDatabase.Execute("DELETE FROM Cards");
+    mDatabase.Notify();
+    DrainEvents();
+    EXPECT_EQ(mpFrame, nullptr);
+}
+
+TEST_F(EditFrameTest, TheKeysGoThroughTheListAndOnToTheNextNewCard) {
+    const FlashCard card = Insert(MakeCard("one", "b"));
+    const FlashCard next = Insert(MakeCard("two", "b"));
+    Open(&card);
+    const auto page = [this](int key) {
+        return SendKeyEvent(wxEVT_CHAR_HOOK, *mpFrame, key, wxMOD_CONTROL);
+    };
+    mServices.Neighbours = {next, card, next};
+    Type(kFront, "uno");
+    for (const auto& [answer, front, stored] :
+         {std::tuple{wxID_CANCEL, "uno", "one"}, {wxID_YES, "two", "uno"}}) {
+        ModalAnswers modal;
+        modal.Expect(answer);
+        page(WXK_PAGEDOWN);
+        EXPECT_EQ(Text(kFront), front);
+        EXPECT_EQ(Stored(card.CardId).Front, stored);
+    }
+    EXPECT_EQ(mpFrame->GetCardId(), next.CardId);
+    mServices.Neighbours.clear();
+    page(WXK_PAGEUP);
+    EXPECT_EQ(Text(kFront), "two");
+    // The next new card belongs where the last one was put, wherever the list is.
+    mDatabase.CategoryInsert("Verbs");
+    WriteBooleanSetting(kSettingFollowSavedCards, false);
+    Type(kCategory, "Verbs");
+    Type(kChapter, "7");
+    Type(kAuthor, "somebody");
+    Type(kNotes, "notes");
+    Command(ID_SAVE_NEW);
+    EXPECT_EQ(Text(kCategory) + Text(kChapter) + Text(kFront) + Text(kNotes), "Verbs7");
+    EXPECT_NE(Text(kAuthor), "somebody");
+    EXPECT_FALSE(mpFrame->IsModified());
+    EXPECT_EQ(wxWindow::FindFocus(), &Control(kFront));
+}
+
+TEST_F(EditFrameTest, APastedListMayBecomeCards) {
+    Open();
+    const struct {
+        const char* Text;
+        // 0 where nothing is asked.
+        int Answer;
+    } rows[] = {{"un - one\ndeux - two\n\n", wxID_YES},
+                {"un\tone\r\ndeux\ttwo", wxID_NO},
+                {"un\tone\ndeux\t\n", 0},
+                {"un - one", 0},
+                {"un-one\ndeux-two", 0},
+                {"a\tb\nc\td", wxID_CANCEL}};
+    for (const auto& [text, answer] : rows) {
+        SCOPED_TRACE(text);
+        mServices.ImportedTexts.clear();
+        Type(kFront, "");
+        {
+            const wxClipboardLocker lock;
+            wxTheClipboard->SetData(new wxTextDataObject(text));
+        }
+        ModalAnswers modal;
+        if (answer != 0) {
+            modal.Expect(answer);
+        }
+        Entry(kFront).Paste();
+        const bool isText = answer == 0 || answer == wxID_NO;
+        EXPECT_TRUE(WaitFor([&] {
+            return modal.Dialogs.size() == (answer == 0 ? 0U : 1U) &&
+                   Text(kFront).empty() != isText;
+        }));
+        EXPECT_EQ(mServices.ImportedTexts.size(), answer == wxID_YES ? 1U : 0U);
+    }
+    // Beside a text that was typed a list is a text.
+    Type(kFront, "");
+    Type(kBack, "b");
+    Entry(kFront).Paste();
+    EXPECT_TRUE(WaitFor([&] { return !Text(kFront).empty(); }));
 }
 
 TEST_F(EditFrameTest, AnEditorFollowsTheStoreAndATypedTextStays) {

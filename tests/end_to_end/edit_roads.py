@@ -125,6 +125,55 @@ class EditRoad(RoadTest):
         self.assertEqual(0, program.quit())
         self.assertEqual([("uno dos", "one", 1, "Default")], self.sandbox.query(CARDS))
 
+    def test_many_cards_are_changed_together_and_gone_through(self):
+        self.sandbox.let_read_windows()
+        rows = "\n".join(f"{front}\tback\t{chapter}\t{str(front == 'b').lower()}"
+                         for front, chapter in ("a1", "b1", "c2", "d3"))
+        cards = self.sandbox.write("cards.txt", "Front\tBack\tChapter\tReverseX\n" + rows)
+        self.assertEqual(0, self.sandbox.run("--import", cards))
+        program = self.sandbox.start()
+        program.wait_window(LIST_WINDOW)
+
+        def wait_stored(expected):
+            wait_until(lambda: self.sandbox.query(
+                "SELECT group_concat(Author || Chapter || Notes || ReverseX, ' ') FROM"
+                " (SELECT * FROM Cards ORDER BY Front)") == [(expected,)], expected)
+
+        before, after = "10 11 20 30", "me11 me11 me21 30"
+        press("Home", "shift+Down", "shift+Down", "Return")
+        program.wait_window("Edit 3 Cards - Velomind")
+        program.wait_text("Chapter (several)")
+        press("alt+a", "ctrl+a")
+        type_text("me")
+        # The box stands between its two states, and another thought leaves the chapter as it is.
+        press("alt+l", "alt+l", "alt+p")
+        type_text("x")
+        press("ctrl+z", "ctrl+Return")
+        program.wait_no_window("Edit 3 Cards - Velomind")
+        program.wait_window(LIST_WINDOW)
+        wait_stored(after)
+        for key, expected in (("ctrl+z", before), ("ctrl+shift+z", after)):
+            press(key)
+            wait_stored(expected)
+
+        press("Home", "Return")
+        program.wait_window(EDIT_WINDOW)
+        press("alt+n")
+        type_text("n")
+        press("ctrl+Next")
+        program.wait_window("Velomind")
+        press("Return")
+        program.wait_no_window("Velomind")
+        program.wait_window(EDIT_WINDOW)
+        wait_stored("me1n1 me11 me21 30")
+        press("ctrl+Next", "ctrl+Prior")
+        type_text("m")
+        press("ctrl+Return")
+        program.wait_no_window(EDIT_WINDOW)
+        wait_stored("me1n1 me1m1 me21 30")
+        self.assertEqual(0, program.quit())
+        self.sandbox.check_store()
+
     @on_one_desktop
     def test_the_editor_tells_when_a_card_comes_and_is_left_by_its_tool(self):
         self.sandbox.let_read_windows()

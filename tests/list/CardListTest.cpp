@@ -139,6 +139,13 @@ TEST_F(CardListTest, TheFirstFocusedOrSelectedRowIsEdited) {
         edited += card.Front;
     }
     EXPECT_EQ(edited, "cba");
+    // Several are opened together, in the order of the list.
+    mDatabase.Notify();
+    Select({0, 1});
+    Command(wxID_OPEN);
+    Cards().ProcessWindowEvent(activated);
+    const std::vector<int64_t> both{2, 3};
+    EXPECT_EQ(mServices.EditedTogether, (std::vector<std::vector<int64_t>>{both, both}));
     EXPECT_EQ(Cards().OnGetItemText(7, 1), "Error: contact technical support");
 }
 

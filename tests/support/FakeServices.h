@@ -29,6 +29,15 @@ struct FakeServices : AppServices {
 
     void OpenFile(const wxString& path) override { Opened.push_back(path); }
     void OpenEditor(const FlashCard& card) override { Edited.push_back(card); }
+    void OpenEditorOfMany(const std::vector<int64_t>& rowIds) override {
+        EditedTogether.push_back(rowIds);
+    }
+    bool FindNeighbour(const CardUuid&, int step, FlashCard& card) override {
+        const auto place = static_cast<size_t>(step + 1);
+        card = place < Neighbours.size() ? Neighbours[place] : FlashCard();
+        return place < Neighbours.size();
+    }
+    void ImportText(wxWindow&, const wxString& text) override { ImportedTexts.push_back(text); }
     void CardSaved(const CardUuid& id) override { Saved.push_back(id); }
     void ExportCards(wxWindow&, const std::vector<int64_t>& rowIds, OfferFirst first) override {
         Exported.push_back(rowIds);
@@ -65,6 +74,10 @@ struct FakeServices : AppServices {
     std::vector<wxFrame*> Closed;
     std::vector<wxString> Opened;
     std::vector<FlashCard> Edited;
+    std::vector<std::vector<int64_t>> EditedTogether;
+    // The card before the one in the editor, that one, and the card after it.
+    std::vector<FlashCard> Neighbours;
+    std::vector<wxString> ImportedTexts;
     std::vector<std::vector<int64_t>> Exported;
     std::vector<OfferFirst> Offered;
     std::vector<CardUuid> Saved;
