@@ -2,6 +2,7 @@
 #include <malloc.h>
 #include <sqlite3.h>
 #include <wx/frame.h>
+#include <wx/textentry.h>
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,9 @@
 #include <vector>
 
 #include "categories/CategoryList.h"
+#include "edit/EditForm.h"
 #include "edit/EditFrame.h"
+#include "shell/CommandIds.h"
 #include "store/Database.h"
 #include "study/CardViewer.h"
 #include "study/LearningProgress.h"
@@ -219,6 +222,39 @@ void OpenEditor(benchmark::State& state) {
     }
 }
 
+// The same for that many cards together. change_ms is the writing of one text into all of them, and
+// undo_ms the taking back.
+void OpenEditorOfMany(benchmark::State& state) {
+    StudiedStore store(static_cast<int>(state.range(0)));
+    std::vector<int64_t> rowIds;
+    if (!store.IsOpen ||
+        store.Cards.CardSelectRowIdsOrder(CardColumn::kIntroductionOrder, rowIds) < 0) {
+        state.SkipWithError("cannot make the store");
+        return;
+    }
+    double change = 0;
+    double undo = 0;
+    for (auto _ : state) {
+        auto* const frame = new EditFrame(GetServices());
+        state.SetIterationTime(1e-3 * Milliseconds([&] {
+                                   frame->SetDatabase(&store.Cards);
+                                   frame->SetCards(rowIds);
+                                   frame->Show();
+                                   frame->wxWindow::Update();
+                                   wxYield();
+                               }));
+        auto* const author = dynamic_cast<wxTextEntry*>(frame->FindWindow(EditForm::ID_AUTHOR));
+        author->ChangeValue("another author");
+        wxCommandEvent save(wxEVT_MENU, ID_SAVE_CLOSE);
+        change += Milliseconds([&] { frame->ProcessWindowEvent(save); });
+        UndoOutcome outcome;
+        undo += Milliseconds([&] { GetServices().History.UndoLast(store.Cards, outcome); });
+        wxYield();
+    }
+    state.counters["change_ms"] = change / static_cast<double>(state.iterations());
+    state.counters["undo_ms"] = undo / static_cast<double>(state.iterations());
+}
+
 double HeapMegabytes() {
     const struct mallinfo2 heap = mallinfo2();
     return static_cast<double>(heap.uordblks + heap.hblkhd) / 1e6;
@@ -273,6 +309,13 @@ void AddSizes(benchmark::internal::Benchmark* bench) {
 BENCHMARK(CategoryListRefresh)->Apply(AddSizes);
 BENCHMARK(LearningProgressCounts)->Apply(AddSizes);
 BENCHMARK(OpenEditor)->Apply(AddSizes);
+BENCHMARK(OpenEditorOfMany)
+    ->ArgName("cards")
+    ->Arg(1000)
+    ->Arg(20000)
+    ->Iterations(5)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(ShowLongText)
     ->ArgName("characters")
     ->RangeMultiplier(10)
