@@ -69,6 +69,21 @@ std::u16string ToUtf16(const wxString& text) {
     return units;
 }
 
+wxString FromUtf16(std::u16string_view units) {
+    std::wstring text;
+    text.reserve(units.size());
+    for (size_t i = 0; i < units.size(); ++i) {
+        const char32_t unit = units[i];
+        const char32_t next = i + 1 < units.size() ? units[i + 1] : 0;
+        const bool isPair = unit >= 0xD800 && unit < 0xDC00 && next >= 0xDC00 && next < 0xE000;
+        const char32_t point =
+            isPair ? 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00) : unit;
+        i += isPair ? 1 : 0;
+        text.push_back(static_cast<wchar_t>(IsScalarValue(point) ? point : kReplacement));
+    }
+    return wxString(text);
+}
+
 wxString FromUtf8(const char* bytes, size_t length) {
     const auto* at = reinterpret_cast<const uint8_t*>(bytes);
     const uint8_t* const end = at + length;

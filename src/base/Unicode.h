@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // Texts are characters inside the program and bytes or 16-bit units outside of it. Nothing from
 // outside is refused: what is no character becomes U+FFFD, so no text is ever lost as a whole.
@@ -63,6 +64,9 @@ Utf8Step ReadUtf8(const uint8_t* bytes, const uint8_t* end);
 std::string ToUtf8(const wxString& text);
 // Returns the text as UTF-16.
 std::u16string ToUtf16(const wxString& text);
+
+// Returns the text of the units. A half of a surrogate pair becomes U+FFFD.
+wxString FromUtf16(std::u16string_view units);
 
 // Returns the text of the bytes, NULs included.
 wxString FromUtf8(const char* bytes, size_t length);

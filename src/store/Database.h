@@ -23,8 +23,10 @@
 #include "store/Statement.h"
 #include "store/Subject.h"
 
+struct CardTextChange;
 class Job;
 struct CardSearch;
+enum class CardText : uint8_t;
 
 // The column that sorts a list of cards, or the name of their category.
 enum class CardColumn : uint8_t {
@@ -162,6 +164,9 @@ class Database : public Subject {
     // or not at all.
     int UpdateParts(const std::vector<int64_t>& rowIds, const CardParts& parts,
                     const std::function<const FlashCard&(size_t)>& cardAt);
+    // Changes texts of many cards, each card's in one statement and only where all of them still
+    // are as they were before. Appends the rows that were written. Failures are as above.
+    int UpdateTexts(const std::vector<CardTextChange>& changes, std::vector<int64_t>& written);
     // Puts every card into review block 0, in both directions.
     int ResetErc();
     // Moves every card of one category into another.
@@ -175,9 +180,13 @@ class Database : public Subject {
 
     // Card reads. The list is cleared first; no match is an empty list and success.
     int SelectCardByRowId(int64_t rowId, std::list<FlashCard>& cards);
-    // Shows the stored rows, in the order of the row ids, without making cards of them. A row id
-    // without a card is skipped. The visitor must not use the Database.
+    // Shows the stored rows, in the order of the row ids, without making cards of them, and with
+    // their row ids. A row id without a card is skipped. The visitor must not use the Database.
     int VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit);
+    // Shows at most that many cards after the row id, which becomes the last one shown. Returns their
+    // number, or a negative value, which is not reported: a worker reads all cards in portions,
+    // between which others can write. The visitor must not use the Database.
+    int VisitCardsAfter(int64_t& rowId, int32_t most, const CardRowVisitor& visit);
     int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
     // Finds what the cards in these rows have in common, without reading each of them.
     int SelectCommonParts(const std::vector<int64_t>& rowIds, CommonCard& common);
@@ -462,6 +471,11 @@ class Database : public Subject {
     template <typename... Values>
     int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
                       const std::function<int(int64_t)>& single, const Values&... values);
+    // Runs one statement of UpdateTexts.
+    enum class Failure { kQuiet, kReported };
+    int UpdateTextsOf(const std::vector<CardText>& texts, const CardTextChange* const* first,
+                      const CardTextChange* const* end, Failure failure,
+                      std::vector<int64_t>& written);
     int ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     // The columns of CardMedia that the file has, with commas between.

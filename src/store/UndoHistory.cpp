@@ -52,6 +52,7 @@ bool HasRoomFor(size_t cards, StoreChange& change) {
         change.IsTooLarge = true;
         change.Cards.clear();
         change.Media.clear();
+        change.Texts.clear();
         change.MovedCards.clear();
     }
     return !change.IsTooLarge;
@@ -77,6 +78,19 @@ int NoteMovedRows(Database& database, const std::vector<int64_t>& rowIds, StoreC
     return database.VisitCardsByRowId(rowIds, visit) < 0
                ? -1
                : NoteCategories(database, categories, change);
+}
+
+// Keeps the changes whose rows were written.
+std::vector<CardTextChange> OnlyWritten(std::vector<CardTextChange> changes,
+                                        std::vector<int64_t> rowIds) {
+    std::sort(rowIds.begin(), rowIds.end());
+    changes.erase(std::remove_if(changes.begin(), changes.end(),
+                                 [&rowIds](const CardTextChange& change) {
+                                     return !std::binary_search(rowIds.begin(), rowIds.end(),
+                                                                change.RowId);
+                                 }),
+                  changes.end());
+    return changes;
 }
 
 // Finds the categories to which cards return, and recreates those that are gone.
@@ -399,6 +413,93 @@ int EditBack(Database& database, const StoreChange& change, UndoOutcome& outcome
     return database.UpdateParts(outcome.RowIds, parts, cardAt);
 }
 
+// Writes the former texts back, where the present ones are those of the step.
+int TextsBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
+              StoreChange& opposite) {
+    std::vector<CardTextChange> wanted;
+    wanted.reserve(change.Texts.size());
+    std::vector<int64_t> rowIds;
+    for (const CardTextChange& text : change.Texts) {
+        rowIds.clear();
+        if (database.SelectRowIdById(text.CardId, rowIds) < 0) {
+            return -1;
+        }
+        if (rowIds.empty()) {
+            continue;
+        }
+        wanted.push_back(text);
+        wanted.back().RowId = rowIds.front();
+        for (CardTextChange::Text& one : wanted.back().Texts) {
+            std::swap(one.Before, one.After);
+        }
+    }
+    const int result = database.UpdateTexts(wanted, outcome.RowIds);
+    opposite.Texts = OnlyWritten(std::move(wanted), outcome.RowIds);
+    outcome.Restored = static_cast<int32_t>(opposite.Texts.size());
+    outcome.LeftAlone = static_cast<int32_t>(change.Texts.size()) - outcome.Restored;
+    return result;
+}
+
+// Gives each value that the step has changed its former state. One that was changed since, as a
+// schedule is by a score, stays.
+void RevertEach(const FlashCard& before, const FlashCard& after, FlashCard& now) {
+    Revert(before.Front, after.Front, now.Front);
+    Revert(before.Back, after.Back, now.Back);
+    Revert(before.CategoryId, after.CategoryId, now.CategoryId);
+    Revert(before.Author, after.Author, now.Author);
+    Revert(before.Chapter, after.Chapter, now.Chapter);
+    Revert(before.IntroductionOrder, after.IntroductionOrder, now.IntroductionOrder);
+    Revert(before.ForwardX, after.ForwardX, now.ForwardX);
+    Revert(before.ReverseX, after.ReverseX, now.ReverseX);
+    Revert(before.Notes, after.Notes, now.Notes);
+    Revert(before.Forward, after.Forward, now.Forward);
+    Revert(before.Reverse, after.Reverse, now.Reverse);
+}
+
+// Parts two cards that were merged, or merges them again: the kept one gets its other state, and
+// the other one comes back or goes.
+int PartCards(Database& database, const StoreChange& change, UndoOutcome& outcome,
+              StoreChange& opposite) {
+    FlashCard before = change.Cards[change.IsTakenBack ? 1 : 0];
+    const FlashCard& after = change.Cards[change.IsTakenBack ? 0 : 1];
+    StoreChange other;
+    other.Cards = {change.Cards[2]};
+    other.Media = change.Media;
+    other.Categories = change.Categories;
+    StoreChange otherOpposite;
+    std::list<FlashCard> found;
+    if (database.SelectCardById(before.CardId, found) < 0) {
+        return -1;
+    }
+    // A kill between the two writes must leave both cards rather than none.
+    if (!change.IsTakenBack &&
+        PutBackDeleted(database, other, outcome, otherOpposite) < 0) {
+        return -1;
+    }
+    if (found.empty()) {
+        ++outcome.LeftAlone;
+    } else {
+        FlashCard card = found.front();
+        FormerPlaces places(database, change.Categories);
+        if (before.CategoryId != after.CategoryId &&
+            places.Find(before.CategoryId, before.CategoryId) < 0) {
+            return -1;
+        }
+        RevertEach(before, after, card);
+        if (database.UpdateFlashCard(card) < 0 ||
+            database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
+            return -1;
+        }
+        ++outcome.Restored;
+        opposite.Cards = change.Cards;
+        opposite.Categories = change.Categories;
+        opposite.Media = change.Media;
+    }
+    // Without the kept card the other one is all that is left of both.
+    const bool mayGo = change.IsTakenBack && !found.empty();
+    return mayGo ? TakeBackCopies(database, other, outcome, otherOpposite) : 0;
+}
+
 int TakeBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
              StoreChange& opposite) {
     switch (change.What) {
@@ -418,6 +519,10 @@ int TakeBack(Database& database, const StoreChange& change, UndoOutcome& outcome
                                       : PartAgain(database, change, outcome, opposite);
         case Kind::kEdit:
             return EditBack(database, change, outcome, opposite);
+        case Kind::kTexts:
+            return TextsBack(database, change, outcome, opposite);
+        case Kind::kUnion:
+            return PartCards(database, change, outcome, opposite);
     }
     return 0;
 }
@@ -459,6 +564,11 @@ wxString FormatForCards(const StoreChange& step) {
         case Kind::kMove:
             return isRedo ? wxPLURAL("Redo moving of %i card", "Redo moving of %i cards", number)
                           : wxPLURAL("Undo moving of %i card", "Undo moving of %i cards", number);
+        case Kind::kTexts:
+            return isRedo ? wxPLURAL("Redo replacement in %i card",
+                                     "Redo replacement in %i cards", number)
+                          : wxPLURAL("Undo replacement in %i card",
+                                     "Undo replacement in %i cards", number);
         default:
             return isRedo ? wxPLURAL("Redo pasting of %i card", "Redo pasting of %i cards", number)
                           : wxPLURAL("Undo pasting of %i card", "Undo pasting of %i cards", number);
@@ -482,6 +592,7 @@ wxString DescribeStep(const StoreChange& step) {
         case Kind::kDeletion:
         case Kind::kMove:
         case Kind::kPaste:
+        case Kind::kTexts:
             return wxString::Format(FormatForCards(step), static_cast<int>(step.CountCards()));
         case Kind::kRename:
             return wxString::Format(
@@ -502,6 +613,10 @@ wxString DescribeStep(const StoreChange& step) {
         case Kind::kNewCard:
             return wxString::Format(isRedo ? _("Redo new card \"%s\"") : _("Undo new card \"%s\""),
                                     ShownName(step.Cards.back().Front));
+        case Kind::kUnion:
+            return wxString::Format(isRedo ? _("Redo merging of cards \"%s\"")
+                                           : _("Undo merging of cards \"%s\""),
+                                    ShownName(step.Cards[1].Front));
     }
     return wxString();
 }
@@ -621,6 +736,32 @@ StoreChange NoteNewCard(const FlashCard& card) {
     change.What = Kind::kNewCard;
     change.Cards = {card};
     return change;
+}
+
+StoreChange NoteTexts(std::vector<CardTextChange> written) {
+    StoreChange change;
+    change.What = Kind::kTexts;
+    const auto named =
+        std::stable_partition(written.begin(), written.end(),
+                              [](const CardTextChange& text) { return !text.CardId.IsZero(); });
+    change.Nameless = static_cast<int32_t>(written.end() - named);
+    written.erase(named, written.end());
+    if (HasRoomFor(written.size(), change)) {
+        change.Texts = std::move(written);
+    }
+    return change;
+}
+
+int NoteUnion(Database& database, const FlashCard& kept, const FlashCard& other,
+              const FlashCard& merged, StoreChange& change) {
+    std::vector<int64_t> rowIds;
+    if (database.SelectRowIdById(other.CardId, rowIds) < 0 ||
+        NoteDeletion(database, rowIds, change) < 0) {
+        return -1;
+    }
+    change.What = Kind::kUnion;
+    change.Cards = {kept, merged, other};
+    return NoteCategories(database, {kept.CategoryId, merged.CategoryId}, change);
 }
 
 int NoteMove(Database& database, const std::vector<int64_t>& rowIds, int32_t intoId,

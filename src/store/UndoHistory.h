@@ -7,6 +7,7 @@
 #include <list>
 #include <vector>
 
+#include "store/CardTexts.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
 
@@ -14,7 +15,7 @@
 // back. Cards are named by their identities, since the engine gives the row of a deleted card to
 // the next new one.
 struct StoreChange {
-    enum class Kind { kDeletion, kMove, kPaste, kRename, kMerge, kEdit, kNewCard };
+    enum class Kind { kDeletion, kMove, kPaste, kRename, kMerge, kEdit, kNewCard, kTexts, kUnion };
 
     // A card that went into another category, its former category and that one.
     struct Moved {
@@ -28,8 +29,11 @@ struct StoreChange {
     bool IsTakenBack = false;
     // Deletion: the cards as they were. Paste and new card: the cards as they were written. Edit:
     // each card before and after; of many cards without the texts that stay, but for the front.
+    // Union of two cards: the kept card before and after, and the other one.
     std::vector<FlashCard> Cards;
-    // Deletion: what those of them had that this program does not show.
+    // Changed texts of many cards.
+    std::vector<CardTextChange> Texts;
+    // Deletion and union: what those of them had that this program does not show.
     std::vector<CardMedia> Media;
     // Cards that are changed with the others and cannot be taken back: a damaged store has no
     // identity for them by which they could be found.
@@ -47,7 +51,8 @@ struct StoreChange {
     bool IsTooLarge = false;
 
     size_t CountCards() const {
-        return (What == Kind::kEdit ? Cards.size() / 2 : Cards.size()) + MovedCards.size();
+        return (What == Kind::kEdit ? Cards.size() / 2 : Cards.size()) + Texts.size() +
+               MovedCards.size();
     }
 };
 
@@ -125,5 +130,10 @@ StoreChange NoteNewCard(const FlashCard& card);
 // order. Cards that stay as they are are left out.
 int NoteChange(Database& database, const std::vector<int64_t>& rowIds,
                const std::function<void(FlashCard&)>& edit, StoreChange& change);
+// Returns what a command did to the texts of these cards, without those that have no identity.
+StoreChange NoteTexts(std::vector<CardTextChange> written);
+// Notes that the second card is about to be deleted because the first one becomes the third.
+int NoteUnion(Database& database, const FlashCard& kept, const FlashCard& other,
+              const FlashCard& merged, StoreChange& change);
 // Notes the cards that a merge of one category into another is about to move.
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change);

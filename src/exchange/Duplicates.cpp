@@ -1,0 +1,159 @@
+#include "exchange/Duplicates.h"
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "base/Folding.h"
+#include "store/CardRow.h"
+#include "store/Database.h"
+#include "store/UndoHistory.h"
+
+namespace {
+
+// Cards that one visit reads: a cancel is heard in between, and others can write.
+constexpr int32_t kReadAtOnce = 4096;
+
+// Shows all cards. Returns false when the store fails. The visitor returns false to stop.
+bool VisitAll(Database& database, const std::atomic<bool>& cancelled,
+              const std::function<bool(const CardRow&)>& visit) {
+    int64_t rowId = INT64_MIN;
+    int count = kReadAtOnce;
+    bool goesOn = true;
+    while (count == kReadAtOnce && goesOn && !cancelled) {
+        count = database.VisitCardsAfter(rowId, kReadAtOnce, [&](const CardRow& row) {
+            goesOn = goesOn && visit(row);
+        });
+    }
+    return count >= 0;
+}
+
+// Appends the folded text, or the text itself where it has nothing but marks.
+void AppendFolded(std::u16string_view text, std::u16string& folded, std::u16string& key) {
+    FoldUnits(text.data(), text.size(), folded);
+    key += folded.empty() ? text : folded;
+}
+
+bool WasReviewedLater(const CardSchedule& one, const CardSchedule& other) {
+    if (!one.Introduced || !other.Introduced) {
+        return other.Introduced && !one.Introduced;
+    }
+    return other.LastReview.IsValid() &&
+           (!one.LastReview.IsValid() || other.LastReview > one.LastReview);
+}
+
+// Returns true when the store still has the card as it was shown.
+int FindSame(Database& database, const FlashCard& card, bool& isSame) {
+    std::list<FlashCard> found;
+    if (database.SelectCardById(card.CardId, found) < 0) {
+        return -1;
+    }
+    isSame = !found.empty() && NoteEdit(found.front(), card).Cards.empty();
+    return 0;
+}
+
+}  // namespace
+
+DuplicatesFound FindDuplicates(Database& database, SameBy by, std::optional<int32_t> categoryId,
+                               const std::atomic<bool>& cancelled) {
+    DuplicatesFound found;
+    // The place of a key's group among all groups, most of which have one card.
+    std::unordered_map<std::u16string, size_t> places;
+    std::u16string folded;
+    std::u16string key;
+    found.IsStoreFailed = !VisitAll(database, cancelled, [&](const CardRow& row) {
+        if (categoryId.has_value() && row.CategoryId() != *categoryId) {
+            return true;
+        }
+        key.clear();
+        AppendFolded(row.Front(), folded, key);
+        if (by == SameBy::kFrontAndBack) {
+            key += kFirstFreeUnit;
+            AppendFolded(row.Back(), folded, key);
+        }
+        const auto [place, isNew] = places.emplace(key, found.Groups.size());
+        if (isNew) {
+            found.Groups.emplace_back();
+        }
+        found.Groups[place->second].push_back(row.RowId());
+        return true;
+    });
+    found.Groups.erase(std::remove_if(found.Groups.begin(), found.Groups.end(),
+                                      [](const auto& group) { return group.size() < 2; }),
+                       found.Groups.end());
+    return found;
+}
+
+bool FindCardWithFront(Database& database, const wxString& front, const CardUuid& except,
+                       const std::atomic<bool>& cancelled, FlashCard& found) {
+    const std::u16string wanted = FoldText(front);
+    std::u16string folded;
+    bool isFound = false;
+    VisitAll(database, cancelled, [&](const CardRow& row) {
+        const std::u16string_view text = row.Front();
+        FoldUnits(text.data(), text.size(), folded);
+        CardUuid id;
+        isFound = !wanted.empty() && folded == wanted && row.CardId(id) == 0 && id != except &&
+                  row.Read(found) == 0;
+        return !isFound;
+    });
+    return isFound;
+}
+
+bool IsReviewedLater(const FlashCard& first, const FlashCard& second) {
+    const auto last = [](const FlashCard& card) {
+        return WasReviewedLater(card.Forward, card.Reverse) ? card.Reverse : card.Forward;
+    };
+    return WasReviewedLater(last(first), last(second));
+}
+
+void TakeLaterReviews(const FlashCard& other, FlashCard& card) {
+    for (const ReviewDirection direction : kEachDirection) {
+        if (WasReviewedLater(ScheduleOf(card, direction), ScheduleOf(other, direction))) {
+            ScheduleOf(card, direction) = ScheduleOf(other, direction);
+        }
+    }
+}
+
+FlashCard SuggestUnion(const FlashCard& kept, const FlashCard& other) {
+    FlashCard merged = kept;
+    const auto fill = [](wxString& text, const wxString& from) {
+        text = text.empty() ? from : text;
+    };
+    fill(merged.Author, other.Author);
+    fill(merged.Chapter, other.Chapter);
+    fill(merged.Notes, other.Notes);
+    TakeLaterReviews(other, merged);
+    return merged;
+}
+
+UnionOutcome UniteCards(Database& database, const FlashCard& kept, const FlashCard& other,
+                        const FlashCard& merged, StoreChange& change) {
+    bool areSame[2] = {};
+    if (FindSame(database, kept, areSame[0]) < 0 || FindSame(database, other, areSame[1]) < 0) {
+        return UnionOutcome::kStoreFailed;
+    }
+    if (!areSame[0] || !areSame[1] || kept.CardId == other.CardId) {
+        return UnionOutcome::kChangedMeanwhile;
+    }
+    FlashCard written = merged;
+    written.CardId = kept.CardId;
+    StoreChange step;
+    // A kill between the two leaves both cards.
+    if (NoteUnion(database, kept, other, written, step) < 0 ||
+        database.UpdateFlashCard(written) < 0) {
+        return UnionOutcome::kStoreFailed;
+    }
+    // The store may have changed a value, as it does with an interval that it cannot hold.
+    std::list<FlashCard> stored;
+    if (database.SelectCardById(kept.CardId, stored) < 0 || stored.empty() ||
+        database.DeleteCard(other.CardId) < 0) {
+        return UnionOutcome::kStoreFailed;
+    }
+    step.Cards[1] = stored.front();
+    change = std::move(step);
+    return UnionOutcome::kDone;
+}
