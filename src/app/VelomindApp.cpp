@@ -26,6 +26,8 @@
 #include "files/windows/StoreOpening.h"
 #include "list/BrowseFrame.h"
 #include "preferences/PreferencesDialog.h"
+#include "revise/DuplicatesDialog.h"
+#include "revise/ReplaceDialog.h"
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
@@ -496,6 +498,15 @@ void VelomindApp::CardSaved(const CardUuid& id) {
     if (auto* const list = dynamic_cast<BrowseFrame*>(mWindows.GetShown())) {
         list->ShowCard(id);
     }
+}
+
+void VelomindApp::ReplaceInCards(wxWindow& parent, const std::vector<int64_t>& selected,
+                                 const std::vector<int64_t>& shown) {
+    ReplaceDialog(&parent, *this, *mpDatabase, mFatalErrorReport, selected, shown).ShowModal();
+}
+
+void VelomindApp::ShowDuplicates(wxWindow& parent) {
+    DuplicatesDialog(&parent, *this, *mpDatabase).ShowModal();
 }
 
 void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,

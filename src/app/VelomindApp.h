@@ -57,6 +57,9 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void CardSaved(const CardUuid& id) override;
     void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
                      OfferFirst first) override;
+    void ReplaceInCards(wxWindow& parent, const std::vector<int64_t>& selected,
+                        const std::vector<int64_t>& shown) override;
+    void ShowDuplicates(wxWindow& parent) override;
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         mClipboard.Put(*mpDatabase, rowIds, !cut);
     }

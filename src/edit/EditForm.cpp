@@ -3,6 +3,7 @@
 #include <wx/checkbox.h>
 #include <wx/clntdata.h>
 #include <wx/combobox.h>
+#include <wx/hyperlink.h>
 #include <wx/intl.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
@@ -152,6 +153,16 @@ void EditForm::AddField(wxFlexGridSizer& grid, CardField field) {
         const int height = isLong ? kLeastLines * GetCharHeight() : -1;
         added.Control->SetMinSize(wxSize(FromDIP(kTextWidth), height));
     }
+    if (field == CardField::Front) {
+        mpSameFront = new wxHyperlinkCtrl(this, ID_SAME_FRONT, " ", "#");
+        mpSameFront->Hide();
+        grid.AddSpacer(0);
+        grid.Add(mpSameFront, wxSizerFlags().Expand());
+    }
+}
+
+wxTextCtrl& EditForm::GetFront() {
+    return *static_cast<wxTextCtrl*>(At(CardField::Front).Control);
 }
 
 void EditForm::AddExclusions(wxFlexGridSizer& grid) {

@@ -17,7 +17,9 @@ class EditSchedulePanel;
 class wxBoxSizer;
 class wxComboBox;
 class wxFlexGridSizer;
+class wxHyperlinkCtrl;
 class wxStaticText;
+class wxTextCtrl;
 class wxTextEntry;
 
 // The texts of the editor's form, in their order on it, which is that of the parts of a card.
@@ -43,7 +45,8 @@ class EditForm : public wxScrolledWindow {
         ID_FORWARD_X = 10008,
         ID_CHAPTER = 10009,
         ID_NOTES = 10010,
-        ID_CATEGORY = 10013
+        ID_CATEGORY = 10013,
+        ID_SAME_FRONT = 10014
     };
 
     explicit EditForm(wxWindow* parent);
@@ -72,6 +75,9 @@ class EditForm : public wxScrolledWindow {
     void TakeExclusions(FlashCard& card) const;
     EditSchedulePanel& GetForwardSchedule() { return *mpForwardSchedule; }
     EditSchedulePanel& GetReverseSchedule() { return *mpReverseSchedule; }
+    // The front and the hidden link below it, for SameFront.
+    wxTextCtrl& GetFront();
+    wxHyperlinkCtrl& GetLinkBelowFront() { return *mpSameFront; }
 
     void FocusFront();
     // Moves the focus to a field and selects its text.
@@ -135,6 +141,7 @@ class EditForm : public wxScrolledWindow {
 
     std::array<Field, kCardFieldCount> mFields;
     wxComboBox* mpCategory = nullptr;
+    wxHyperlinkCtrl* mpSameFront = nullptr;
     Exclusion mForwardX;
     Exclusion mReverseX;
     wxBoxSizer* mpSchedules = nullptr;

@@ -23,6 +23,7 @@
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
 #include "edit/ManyCards.h"
+#include "edit/SameFront.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -42,7 +43,8 @@ constexpr int kToolBarId = 10108;
 // The commands of other windows, and the one that the OK button stands for.
 constexpr int kForeignCommands[] = {
     wxID_OPEN, ID_STUDY_FORWARD, ID_STUDY_REVERSE, ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,
-    wxID_NEW,  ID_SAVE_CLOSE,    wxID_FIND,        ID_OPEN_STORE,     ID_RECENT_STORES};
+    wxID_NEW,  ID_SAVE_CLOSE,    wxID_FIND,        ID_OPEN_STORE,     ID_RECENT_STORES,
+    ID_REPLACE, ID_DUPLICATES};
 
 // The keys of the commands that the menus of the other windows show and this one's leave out.
 const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
@@ -119,6 +121,8 @@ void EditFrame::CreateForm() {
     // Tab goes round within a panel.
     auto* const panel = new wxPanel(this);
     mpForm = new EditForm(panel);
+    mpSameFront =
+        std::make_unique<SameFront>(mServices, mpForm->GetFront(), mpForm->GetLinkBelowFront());
     auto* const column = new wxBoxSizer(wxVERTICAL);
     column->Add(mpForm, wxSizerFlags(1).Expand());
     column->Add(MakeOkCancel(*panel), wxSizerFlags().Expand().Border(wxALL, FromDIP(kFormEdge)));
@@ -173,6 +177,7 @@ void EditFrame::SetDatabase(Database* database) {
         return;
     }
     mpDatabase = database;
+    mpSameFront->Watch(database, mCard.CardId);
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
         Refresh();
@@ -183,6 +188,7 @@ void EditFrame::SetCard(const FlashCard& card) {
     mCard = card;
     mpMany.reset();
     SetTitle(_("Edit - Velomind"));
+    mpSameFront->Watch(mpDatabase, mCard.CardId);
     mpLife.reset();
     ShowReviews({});
     mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
@@ -191,6 +197,8 @@ void EditFrame::SetCard(const FlashCard& card) {
 void EditFrame::SetCards(const std::vector<int64_t>& rowIds) {
     mCard = FlashCard();
     mpMany = std::make_unique<ManyCards>(*mpDatabase, rowIds);
+    // A front that many cards get is meant to be the same.
+    mpSameFront->Watch(nullptr, CardUuid());
     FollowMany(true);
     FitToForm();
 }

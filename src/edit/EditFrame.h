@@ -16,6 +16,7 @@ class Database;
 class EditForm;
 class Job;
 class ManyCards;
+class SameFront;
 struct ReviewRecord;
 
 // The window in which one card is written or changed, or many cards together. Nothing reaches the
@@ -91,6 +92,7 @@ class EditFrame : public wxFrame, private Observer {
 
     AppServices& mServices;
     EditForm* mpForm = nullptr;
+    std::unique_ptr<SameFront> mpSameFront;
     Database* mpDatabase = nullptr;
     // The card as it was first shown or last saved. Only its id matters for a stored card, since a
     // save reads the rest again.

@@ -533,6 +533,18 @@ void BrowseFrame::BindListCommands() {
                    {[this] { mpCategoryList->DeleteFocused(); },
                     [this] { return mpCategoryList->HasFocusedCategory(); }},
                    {[this] { mpCardList->DeleteSelected(); }, hasTarget});
+    const auto bind = [this](int id, auto&& run) {
+        Bind(
+            wxEVT_MENU, [run](wxCommandEvent&) { run(); }, id);
+        Bind(
+            wxEVT_UPDATE_UI,
+            [this](wxUpdateUIEvent& event) {
+                event.Enable(mpDatabase != nullptr && !mpCardList->IsStoreEmpty());
+            },
+            id);
+    };
+    bind(ID_REPLACE, [this] { mpCardList->ReplaceTexts(); });
+    bind(ID_DUPLICATES, [this] { mServices.ShowDuplicates(*this); });
     // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);

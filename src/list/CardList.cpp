@@ -621,6 +621,17 @@ bool CardList::CanPaste() const {
     return mpDatabase != nullptr && mServices.CanPasteCards();
 }
 
+void CardList::ReplaceTexts() {
+    if (mHasFirstPageOnly) {
+        ReadAll();
+    }
+    std::vector<int64_t> selected;
+    CollectSelection(selected, false);
+    // The list reads its rows anew while the dialog has them.
+    const std::vector<int64_t> shown = mRowIds;
+    mServices.ReplaceInCards(*this, selected, shown);
+}
+
 void CardList::DeleteSelected() {
     if (!HasTarget()) {
         return;

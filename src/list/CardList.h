@@ -91,6 +91,8 @@ class CardList : public wxPanel, private Observer {
     void Copy() { PutOnClipboard(false); }
     void Paste();
     bool CanPaste() const;
+    // Finds and replaces in the selected cards or in all that are shown.
+    void ReplaceTexts();
     // Asks before it deletes. When no card is selected, the focused card is deleted.
     void DeleteSelected();
     void SelectAll() { mpListCtrl->SelectEveryRow(true); }

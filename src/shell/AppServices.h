@@ -59,6 +59,13 @@ class AppServices : public CategorySource {
     virtual void ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,
                              OfferFirst first) = 0;
 
+    // Finds and replaces in the texts of the selected cards, of which there may be none, or of all
+    // that the list shows.
+    virtual void ReplaceInCards(wxWindow& parent, const std::vector<int64_t>& selected,
+                                const std::vector<int64_t>& shown) = 0;
+    // Shows cards that are the same, to merge them.
+    virtual void ShowDuplicates(wxWindow& parent) = 0;
+
     // Puts the cards of these row ids on the clipboard. Cut cards stay in the store until they are
     // pasted.
     virtual void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) = 0;

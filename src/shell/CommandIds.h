@@ -31,6 +31,8 @@ enum CommandId : int {
     ID_OPEN_STORE = 30063,
     ID_RECENT_STORES = 30064,
     ID_FOLLOW_SAVED = 30065,
+    ID_REPLACE = 30066,
+    ID_DUPLICATES = 30067,
     // One id for each store in the menu of the last ones.
     ID_RECENT_STORE_FIRST = 30070,
     ID_RECENT_STORE_LAST = 30074,

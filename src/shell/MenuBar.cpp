@@ -72,7 +72,9 @@ constexpr MenuRow kEditRows[] = {
     kLine,
     {ID_RENAME, wxTRANSLATE("&Rename\tCtrl+R"), "icons/blank_menu.png"},
     kLine,
-    {wxID_FIND, wxTRANSLATE("&Find\tCtrl+F"), "icons/search_menu.png"}};
+    {wxID_FIND, wxTRANSLATE("&Find\tCtrl+F"), "icons/search_menu.png"},
+    {ID_REPLACE, wxTRANSLATE("Find and Rep&lace...\tCtrl+H"), "icons/blank_menu.png"},
+    {ID_DUPLICATES, wxTRANSLATE("D&uplicates..."), "icons/blank_menu.png"}};
 
 constexpr MenuRow kViewRows[] = {
     {ID_WINDOW_LIST, wxTRANSLATE("List View\tCtrl+1"), nullptr, wxITEM_RADIO},

@@ -116,8 +116,9 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     InitFrame(*this, "study_window");
     AddStudyEntries(*GetMenuBar());
     SetAcceleratorTable(wxAcceleratorTable(WXSIZEOF(kKeys), kKeys));
-    RemoveMenuItem(*GetMenuBar(), ID_SAVE_CLOSE);
-    RemoveMenuItem(*GetMenuBar(), ID_SAVE_NEW);
+    for (const int id : {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_REPLACE, ID_DUPLICATES}) {
+        RemoveMenuItem(*GetMenuBar(), id);
+    }
     AddStudyCommands();
     AddCardCommands();
     AddAppearanceCommands();

@@ -25,11 +25,6 @@ constexpr int kOthersHeight = 80;
 constexpr int kLeastHeight = 36;
 constexpr int kLongLabel = 125;
 
-wxString VersionName(int column) {
-    const wxString names[] = {_("Database Version"), _("Imported Version"), _("Merged Version")};
-    return names[column];
-}
-
 // Sets the text's colour with the background's, as red would make the light text of a dark theme
 // hard to read.
 void Mark(wxWindow& control) {
@@ -98,21 +93,42 @@ void BreakLabel(wxControl& control) {
 MergeDialog::MergeDialog(wxWindow* parent, const FlashCard& databaseCard,
                          const FlashCard& importedCard, const wxString& databaseCategory,
                          const wxString& importedCategory)
+    : MergeDialog(parent, Purpose::kImport, databaseCard, importedCard, importedCard,
+                  databaseCategory, importedCategory) {}
+
+MergeDialog::MergeDialog(wxWindow* parent, const FlashCard& firstCard, const FlashCard& secondCard,
+                         const FlashCard& suggested, const wxString& firstCategory,
+                         const wxString& secondCategory)
+    : MergeDialog(parent, Purpose::kTwoCards, firstCard, secondCard, suggested, firstCategory,
+                  secondCategory) {}
+
+MergeDialog::MergeDialog(wxWindow* parent, Purpose purpose, const FlashCard& databaseCard,
+                         const FlashCard& importedCard, const FlashCard& suggested,
+                         const wxString& databaseCategory, const wxString& importedCategory)
     : wxDialog(parent, kDialogId, _("Merge"), wxDefaultPosition, wxDefaultSize,
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mPurpose(purpose),
       mDatabaseCard(databaseCard),
-      mImportedCard(importedCard) {
+      mImportedCard(importedCard),
+      mSuggestedCard(suggested) {
     CreateControls();
     AddOthers(*GetSizer()->GetItem(size_t{0})->GetSizer(),
               DescribeOthers(mDatabaseCard, mImportedCard, databaseCategory, importedCategory));
     FitScreen();
     FillColumn(mDatabase, mDatabaseCard);
     FillColumn(mImported, mImportedCard);
-    FillColumn(mMerged, mImportedCard);
+    FillColumn(mMerged, mSuggestedCard);
     TextUndo::AttachTo(*this);
     MarkDifferences();
     // Escape and the title bar ask whether to stop.
     SetEscapeId(kStopId);
+}
+
+wxString MergeDialog::VersionName(int column) const {
+    const wxString imported[] = {_("Database Version"), _("Imported Version"),
+                                 _("Merged Version")};
+    const wxString cards[] = {_("First Card"), _("Second Card"), _("Merged Card")};
+    return mPurpose == Purpose::kImport ? imported[column] : cards[column];
 }
 
 void MergeDialog::CreateControls() {
@@ -234,6 +250,16 @@ void MergeDialog::AddButtons(wxFlexGridSizer& grid) {
         return button;
     };
     grid.AddSpacer(0);
+    if (mPurpose == Purpose::kTwoCards) {
+        add(kKeepDatabaseId, _("Keep First Card"), [this] { Keep(mDatabaseCard, kThisCard); });
+        add(kKeepImportedId, _("Keep Second Card"), [this] { Keep(mImportedCard, kThisCard); });
+        add(kKeepMergedId, _("Keep Merged Card"), [this] { OnKeepMerged(); })->SetFocus();
+        grid.AddSpacer(0);
+        grid.AddSpacer(0);
+        grid.AddSpacer(0);
+        add(kStopId, _("Cancel"), [this] { EndModal(wxCANCEL); });
+        return;
+    }
     add(kKeepDatabaseId, _("Keep Database Version"), [this] { Keep(mDatabaseCard, kThisCard); });
     wxButton* const imported = add(kKeepImportedId, _("Keep Imported Version"),
                                    [this] { Keep(mImportedCard, kThisCard); });
@@ -308,7 +334,7 @@ bool MergeDialog::ReadMerged(FlashCard& card) {
 
 void MergeDialog::OnKeepMerged() {
     // Fields without a column, such as the schedules, come from the imported version.
-    FlashCard card = mImportedCard;
+    FlashCard card = mSuggestedCard;
     if (ReadMerged(card)) {
         Keep(card, kThisCard);
     }

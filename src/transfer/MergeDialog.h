@@ -13,7 +13,8 @@ class wxTextCtrl;
 // the user settle which one to keep. ShowModal returns wxOK after that, and wxCANCEL when the
 // import is to stop; closing the dialog asks whether to stop. Main thread only. It opens only in a
 // run that asks: by default an import takes the imported version without a question
-// (ImportResult::MergePolicy).
+// (ImportResult::MergePolicy). Two stored cards that are to become one stand there likewise: the
+// first card in the place of the stored one, and closing only cancels.
 class MergeDialog : public wxDialog {
   public:
     // The cards of the run that the answer applies to.
@@ -44,6 +45,10 @@ class MergeDialog : public wxDialog {
     MergeDialog(wxWindow* parent, const FlashCard& databaseCard, const FlashCard& importedCard,
                 const wxString& databaseCategory = wxString(),
                 const wxString& importedCategory = wxString());
+    // The same for two stored cards. The merged version starts as the third one.
+    MergeDialog(wxWindow* parent, const FlashCard& firstCard, const FlashCard& secondCard,
+                const FlashCard& suggested, const wxString& firstCategory,
+                const wxString& secondCategory);
 
     // Returns what the stored card becomes. Its fields that no column shows, such as the notes, are
     // those of the version that the user picked.
@@ -51,6 +56,12 @@ class MergeDialog : public wxDialog {
     Choice GetChoice() const { return mChoice; }
 
   private:
+    enum class Purpose { kImport, kTwoCards };
+
+    MergeDialog(wxWindow* parent, Purpose purpose, const FlashCard& databaseCard,
+                const FlashCard& importedCard, const FlashCard& suggested,
+                const wxString& databaseCategory, const wxString& importedCategory);
+
     // The controls of one version.
     struct Column {
         wxTextCtrl* Front = nullptr;
@@ -68,6 +79,7 @@ class MergeDialog : public wxDialog {
     void AddCheckRow(wxFlexGridSizer& grid, const wxString& label, wxCheckBox* Column::*control,
                      const int (&ids)[3], const wxString& toolTip);
     void AddButtons(wxFlexGridSizer& grid);
+    wxString VersionName(int column) const;
     void AddOthers(wxSizer& rows, const wxString& others);
     void FitScreen();
 
@@ -78,9 +90,12 @@ class MergeDialog : public wxDialog {
     void OnKeepMerged();
     void OnStop();
 
+    const Purpose mPurpose;
     Choice mChoice = kThisCard;
     const FlashCard mDatabaseCard;
     const FlashCard mImportedCard;
+    // What the merged version starts as, and has where no column shows it.
+    const FlashCard mSuggestedCard;
     FlashCard mMergedCard;
     Column mDatabase;
     Column mImported;

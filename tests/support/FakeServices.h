@@ -43,6 +43,11 @@ struct FakeServices : AppServices {
         Exported.push_back(rowIds);
         Offered.push_back(first);
     }
+    void ReplaceInCards(wxWindow&, const std::vector<int64_t>& selected,
+                        const std::vector<int64_t>& shown) override {
+        Replaced.emplace_back(selected, shown);
+    }
+    void ShowDuplicates(wxWindow&) override { ++DuplicatesShown; }
     void PutCardsOnClipboard(const std::vector<int64_t>& rowIds, bool cut) override {
         Taken.push_back({rowIds, cut});
     }
@@ -80,6 +85,8 @@ struct FakeServices : AppServices {
     std::vector<wxString> ImportedTexts;
     std::vector<std::vector<int64_t>> Exported;
     std::vector<OfferFirst> Offered;
+    std::vector<std::pair<std::vector<int64_t>, std::vector<int64_t>>> Replaced;
+    int DuplicatesShown = 0;
     std::vector<CardUuid> Saved;
     std::vector<CardsTaken> Taken;
     std::vector<std::pair<int32_t, EmptyCut>> Pasted;

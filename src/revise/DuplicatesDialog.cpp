@@ -1,0 +1,348 @@
+#include "revise/DuplicatesDialog.h"
+
+#include <wx/button.h>
+#include <wx/choice.h>
+#include <wx/intl.h>
+#include <wx/listctrl.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+
+#include <algorithm>
+#include <functional>
+#include <list>
+#include <optional>
+#include <utility>
+
+#include "base/Job.h"
+#include "base/Text.h"
+#include "exchange/Duplicates.h"
+#include "shell/AppServices.h"
+#include "shell/Forms.h"
+#include "shell/MessageBox.h"
+#include "shell/Toolkit.h"
+#include "store/Database.h"
+#include "store/UndoHistory.h"
+#include "transfer/MergeDialog.h"
+
+// One search. The worker writes what it found, and the main thread reads it once it has ended.
+struct DuplicateSearch {
+    DuplicateSearch(Database& database, SameBy by, std::optional<int32_t> categoryId,
+                    std::function<void()> atEnd)
+        : Reading(
+              [this, &database, by, categoryId](const std::atomic<bool>& isCancelled) {
+                  Found = FindDuplicates(database, by, categoryId, isCancelled);
+              },
+              std::move(atEnd)) {}
+
+    DuplicatesFound Found;
+    Job Reading;
+};
+
+namespace {
+
+const wxSize kListSize(600, 260);
+constexpr int kSideWidth = 220;
+constexpr int kCategoryWidth = 130;
+constexpr int kTint = 12;
+
+}  // namespace
+
+// The cards of all groups, one a row. Every second group has a ground of its own.
+class DuplicateList : public wxListCtrl {
+  public:
+    DuplicateList(wxWindow* parent, int id, const wxSize& size, Database& database)
+        : wxListCtrl(parent, id, wxDefaultPosition, size,
+                     wxLC_REPORT | wxLC_VIRTUAL | wxLC_SINGLE_SEL),
+          mDatabase(database) {
+        AppendColumn(_("Front"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
+        AppendColumn(_("Back"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
+        AppendColumn(_("Category"), wxLIST_FORMAT_LEFT, FromDIP(kCategoryWidth));
+        std::list<Category> categories;
+        // The store itself reports a failure.
+        mDatabase.SelectAllCategories(categories);
+        mCategories.assign(categories.begin(), categories.end());
+        Bind(wxEVT_LIST_ITEM_FOCUSED, [this](wxListEvent& event) {
+            event.Skip();
+            TellRow(*this,
+                    OnGetItemText(event.GetIndex(), 0) + "\n" + OnGetItemText(event.GetIndex(), 1),
+                    _("Duplicates"));
+        });
+    }
+
+    void Show(const std::vector<std::vector<int64_t>>& groups) {
+        mRows.clear();
+        for (size_t group = 0; group < groups.size(); ++group) {
+            for (const int64_t rowId : groups[group]) {
+                mRows.push_back({rowId, group});
+            }
+        }
+        SetItemCount(static_cast<long>(mRows.size()));
+        Focus(0);
+        Refresh();
+    }
+
+    size_t CountRows() const { return mRows.size(); }
+    size_t CountGroups() const {
+        size_t groups = 0;
+        for (size_t i = 0; i < mRows.size(); ++i) {
+            groups += i == 0 || mRows[i].Group != mRows[i - 1].Group ? 1 : 0;
+        }
+        return groups;
+    }
+
+    // Gives the row ids of the selected card and of the first other one of its group; the first of
+    // the two stands first.
+    bool GetPair(int64_t& first, int64_t& second) const {
+        const long row = GetFirstSelected();
+        if (row < 0 || static_cast<size_t>(row) >= mRows.size()) {
+            return false;
+        }
+        const auto chosen = mRows.begin() + row;
+        const auto head = std::find_if(mRows.begin(), mRows.end(), [&chosen](const Row& other) {
+            return other.Group == chosen->Group;
+        });
+        first = head->RowId;
+        second = (chosen == head ? head + 1 : chosen)->RowId;
+        return true;
+    }
+
+    // Takes a card out, and its group with it when that has one card left.
+    void Remove(int64_t rowId) {
+        const auto isRow = [rowId](const Row& row) { return row.RowId == rowId; };
+        const auto gone = std::find_if(mRows.begin(), mRows.end(), isRow);
+        const size_t group = gone->Group;
+        const auto place = static_cast<long>(gone - mRows.begin());
+        mRows.erase(gone);
+        const auto isInGroup = [group](const Row& row) { return row.Group == group; };
+        if (std::count_if(mRows.begin(), mRows.end(), isInGroup) < 2) {
+            mRows.erase(std::remove_if(mRows.begin(), mRows.end(), isInGroup), mRows.end());
+        }
+        SetItemCount(static_cast<long>(mRows.size()));
+        Focus(std::min(place, GetItemCount() - 1L));
+        Refresh();
+    }
+
+    wxString NameOfCategory(int32_t id) const {
+        const auto found = std::find_if(mCategories.begin(), mCategories.end(),
+                                        [id](const Category& category) { return category.Id == id; });
+        return found == mCategories.end() ? wxString() : found->Name;
+    }
+
+  private:
+    struct Row {
+        int64_t RowId;
+        size_t Group;
+    };
+
+    void Focus(long row) {
+        if (row >= 0 && row < GetItemCount()) {
+            const long states = wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED;
+            SetItemState(row, states, states);
+            EnsureVisible(row);
+        }
+    }
+
+    // Only the rows on the screen are read.
+    wxString OnGetItemText(long row, long column) const override {
+        std::list<FlashCard> cards;
+        if (mDatabase.SelectCardByRowId(mRows[static_cast<size_t>(row)].RowId, cards) < 0 ||
+            cards.empty()) {
+            return wxString();
+        }
+        const FlashCard& card = cards.front();
+        return CellText(column == 0   ? card.Front
+                        : column == 1 ? card.Back
+                                      : NameOfCategory(card.CategoryId));
+    }
+
+    wxItemAttr* OnGetItemAttr(long row) const override {
+        const int tint = 100 - kTint;
+        const wxColour ground = wxSystemSettings::GetColour(wxSYS_COLOUR_LISTBOX);
+        const bool isDark = wxSystemSettings::GetAppearance().IsDark();
+        mSecond.SetBackgroundColour(ground.ChangeLightness(isDark ? 100 + kTint : tint));
+        return mRows[static_cast<size_t>(row)].Group % 2 == 0 ? nullptr : &mSecond;
+    }
+
+    Database& mDatabase;
+    std::vector<Category> mCategories;
+    std::vector<Row> mRows;
+    mutable wxItemAttr mSecond;
+};
+
+DuplicatesDialog::DuplicatesDialog(wxWindow* parent, AppServices& services, Database& database)
+    : wxDialog(parent, kDialogId, _("Duplicates"), wxDefaultPosition, wxDefaultSize,
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
+      mServices(services),
+      mDatabase(database) {
+    CreateControls();
+    Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { Search(); });
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { Merge(); }, kMergeId);
+    mpList->Bind(wxEVT_LIST_ITEM_ACTIVATED, [this](wxListEvent&) { Merge(); });
+    SetEscapeId(wxID_CLOSE);
+    GetSizer()->SetSizeHints(this);
+    CentreOnParent();
+    Search();
+    mpList->SetFocus();
+}
+
+DuplicatesDialog::~DuplicatesDialog() = default;
+
+void DuplicatesDialog::CreateControls() {
+    wxBoxSizer* const column = MakeFormColumn(*this);
+    auto* const row = new wxBoxSizer(wxHORIZONTAL);
+    const auto add = [this, row](int id, const wxString& label, const wxArrayString& entries) {
+        wxChoice* const choice = MakeChoice(*this, id, entries);
+        row->Add(MakeFormLabel(label, *choice, wxControl::RemoveMnemonics(label)),
+                 wxSizerFlags().CentreVertical().Border(wxRIGHT, FromDIP(kFormGap)));
+        row->Add(choice, wxSizerFlags().Border(wxRIGHT, FromDIP(kFormEdge)));
+        return choice;
+    };
+    wxArrayString by;
+    by.Add(_("Same front"));
+    by.Add(_("Same front and back"));
+    mpSameBy = add(kSameById, _("&Cards with"), by);
+    wxArrayString scopes;
+    scopes.Add(_("all categories"));
+    scopes.Add(_("the current category"));
+    mpScope = add(kScopeId, _("&in"), scopes);
+    column->Add(row, FormRow(*this));
+    mpStatus = new wxStaticText(this, kStatusId, wxString(), wxDefaultPosition, wxDefaultSize,
+                                wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
+    column->Add(mpStatus, FormRow(*this));
+    mpList = new DuplicateList(this, kListId, FromDIP(kListSize), mDatabase);
+    SetAccessibleName(*mpList, _("Duplicates"));
+    column->Add(mpList, FormRow(*this).Proportion(1));
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    mpMerge = new wxButton(this, kMergeId, _("&Merge..."));
+    buttons->Add(mpMerge);
+    buttons->AddStretchSpacer();
+    buttons->Add(new wxButton(this, wxID_CLOSE));
+    column->Add(buttons, FormRow(*this));
+}
+
+void DuplicatesDialog::Search() {
+    mpSearch.reset();
+    mpList->Show({});
+    mpMerge->Disable();
+    mpStatus->SetLabelText(_("Looking..."));
+    std::optional<int32_t> category;
+    if (mpScope->GetSelection() == 1) {
+        category = mServices.GetCurrentCategoryId(mDatabase);
+    }
+    const SameBy by = mpSameBy->GetSelection() == 1 ? SameBy::kFrontAndBack : SameBy::kFront;
+    mpSearch = std::make_unique<DuplicateSearch>(
+        mDatabase, by, category, [this] { CallAfter(&DuplicatesDialog::ShowFound); });
+    if (!mpSearch->Reading.Start()) {
+        mpSearch->Reading.RunHere();
+    }
+}
+
+void DuplicatesDialog::ShowFound() {
+    // A notice may come late, when another search runs already.
+    if (mpSearch == nullptr || !mpSearch->Reading.IsFinished()) {
+        return;
+    }
+    mpSearch->Reading.Join();
+    const DuplicatesFound found = std::move(mpSearch->Found);
+    const wxString failure = mpSearch->Reading.TakeFailure();
+    mpSearch.reset();
+    mpList->Show(failure.empty() && !found.IsStoreFailed ? found.Groups
+                                                         : std::vector<std::vector<int64_t>>());
+    ShowCount();
+    if (found.IsStoreFailed) {
+        mpStatus->SetLabelText(
+            _("The store could not be read. Another program may be using it."));
+    } else if (!failure.empty()) {
+        mpStatus->SetLabelText(failure);
+    }
+}
+
+void DuplicatesDialog::ShowCount() {
+    const auto groups = static_cast<int>(mpList->CountGroups());
+    const auto cards = static_cast<int>(mpList->CountRows());
+    mpMerge->Enable(groups > 0);
+    mpStatus->SetLabelText(
+        groups == 0 ? _("No two cards are the same.")
+                    : wxString::Format(wxPLURAL("%i group with %i cards", "%i groups with %i cards",
+                                                static_cast<unsigned>(groups)),
+                                       groups, cards));
+}
+
+// Reads the two cards, the one with the latest review first, which is kept.
+bool DuplicatesDialog::ReadPair(FlashCard& first, FlashCard& second) {
+    int64_t rowIds[2] = {};
+    if (!mpList->GetPair(rowIds[0], rowIds[1])) {
+        return false;
+    }
+    std::list<FlashCard> cards[2];
+    for (int i = 0; i < 2; ++i) {
+        // The store itself reports a failure.
+        if (mDatabase.SelectCardByRowId(rowIds[i], cards[i]) < 0) {
+            return false;
+        }
+    }
+    const auto isFit = [](const std::list<FlashCard>& card) {
+        return !card.empty() && !card.front().CardId.IsZero();
+    };
+    if (!isFit(cards[0]) || !isFit(cards[1])) {
+        ShowMessageBox(_("One of these cards is gone or damaged, so they cannot be merged."),
+                       _("Duplicates"), wxOK | wxCENTRE, this);
+        return false;
+    }
+    first = cards[0].front();
+    second = cards[1].front();
+    if (IsReviewedLater(first, second)) {
+        std::swap(first, second);
+    }
+    return true;
+}
+
+void DuplicatesDialog::Merge() {
+    FlashCard kept;
+    FlashCard other;
+    if (!ReadPair(kept, other)) {
+        return;
+    }
+    FlashCard chosen;
+    {
+        MergeDialog dialog(this, kept, other, SuggestUnion(kept, other),
+                           mpList->NameOfCategory(kept.CategoryId),
+                           mpList->NameOfCategory(other.CategoryId));
+        if (dialog.ShowModal() != wxOK) {
+            return;
+        }
+        chosen = dialog.GetMergedCard();
+    }
+    if (!Unite(kept, other, chosen)) {
+        Search();
+    }
+}
+
+// Returns false when the cards have to be read anew.
+bool DuplicatesDialog::Unite(const FlashCard& kept, const FlashCard& other,
+                             const FlashCard& chosen) {
+    FlashCard merged = chosen;
+    TakeLaterReviews(kept, merged);
+    TakeLaterReviews(other, merged);
+    mServices.BackUpDay(this);
+    std::vector<int64_t> gone;
+    StoreChange change;
+    if (mDatabase.SelectRowIdById(other.CardId, gone) < 0) {
+        return false;
+    }
+    const UnionOutcome outcome = UniteCards(mDatabase, kept, other, merged, change);
+    if (outcome == UnionOutcome::kChangedMeanwhile) {
+        ShowMessageBox(_("One of these cards was changed or deleted meanwhile."), _("Duplicates"),
+                       wxOK | wxCENTRE, this);
+    }
+    if (outcome != UnionOutcome::kDone || gone.empty()) {
+        return false;
+    }
+    mServices.GetUndoHistory().Add(std::move(change));
+    mDatabase.Notify();
+    mpList->Remove(gone.front());
+    ShowCount();
+    return true;
+}
