@@ -15,7 +15,7 @@ struct SameFrontSearch;
 
 // Says below the front of a card, shortly after it was typed, that another card has that front, by
 // a link that opens it. A worker looks for it, so nothing waits. Main thread only.
-class SameFront : private wxEvtHandler {
+class SameFront : public wxEvtHandler {
   public:
     // The controls belong to the form. The link is hidden until there is a card to open.
     SameFront(AppServices& services, wxTextCtrl& front, wxHyperlinkCtrl& link);

@@ -13,9 +13,10 @@ struct StoreChange;
 // Cards that a person takes for the same (base/Folding.h), and how two of them become one.
 //
 // The kept card goes on with its identity, so that its lines in the log of reviews stay its own. The
-// other one's lines stay in the log too and count in all figures of the store, but not in the plot
-// of the kept card: the log names cards by their identity and is never rewritten, and an undo gives
-// the other card its lines back. Therefore the card with the latest review is the one to keep.
+// other one's lines stay in the log too, as those of a deleted card: they count in the figures of
+// all categories, but not in a category's and not in the plot of the kept card. The log names cards
+// by their identity and is never rewritten, and an undo gives the other card its lines back.
+// Therefore the card with the latest review is the one to keep.
 
 enum class SameBy { kFront, kFrontAndBack };
 

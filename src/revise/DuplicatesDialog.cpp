@@ -86,7 +86,8 @@ class DuplicateList : public wxListCtrl {
     size_t CountGroups() const {
         size_t groups = 0;
         for (size_t i = 0; i < mRows.size(); ++i) {
-            groups += i == 0 || mRows[i].Group != mRows[i - 1].Group ? 1 : 0;
+            const bool isFirst = i == 0 || mRows[i].Group != mRows[i - 1].Group;
+            groups += isFirst ? 1U : 0U;
         }
         return groups;
     }
@@ -94,7 +95,7 @@ class DuplicateList : public wxListCtrl {
     // Gives the row ids of the selected card and of the first other one of its group; the first of
     // the two stands first.
     bool GetPair(int64_t& first, int64_t& second) const {
-        const long row = GetFirstSelected();
+        const long row = GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED);
         if (row < 0 || static_cast<size_t>(row) >= mRows.size()) {
             return false;
         }

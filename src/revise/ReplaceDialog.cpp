@@ -84,9 +84,9 @@ class ChangeList : public wxListCtrl {
         AppendColumn(_("Texts"), wxLIST_FORMAT_LEFT, FromDIP(kTextsWidth));
         AppendColumn(_("Before"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
         AppendColumn(_("After"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
-        Bind(wxEVT_LIST_ITEM_CHECKED, [this](wxListEvent& event) { Tick(event.GetIndex(), true); });
+        Bind(wxEVT_LIST_ITEM_CHECKED, [this](wxListEvent& event) { OnTick(event.GetIndex(), true); });
         Bind(wxEVT_LIST_ITEM_UNCHECKED,
-             [this](wxListEvent& event) { Tick(event.GetIndex(), false); });
+             [this](wxListEvent& event) { OnTick(event.GetIndex(), false); });
         Bind(wxEVT_LIST_KEY_DOWN, &ChangeList::OnKey, this);
         Bind(wxEVT_LIST_ITEM_FOCUSED, [this](wxListEvent& event) {
             event.Skip();
@@ -145,10 +145,14 @@ class ChangeList : public wxListCtrl {
         if (*place != tick) {
             *place = tick;
             mTicked += tick ? 1 : static_cast<size_t>(-1);
-            RefreshItem(row);
-            TellFocused();
-            mOnTick();
         }
+    }
+
+    void OnTick(long row, bool tick) {
+        Tick(row, tick);
+        RefreshItem(row);
+        TellFocused();
+        mOnTick();
     }
 
     // The space bar turns the ticks of the selected rows to the opposite of the focused one's.
@@ -159,10 +163,17 @@ class ChangeList : public wxListCtrl {
             return;
         }
         const bool tick = !mTicks[static_cast<size_t>(focused)];
-        Tick(focused, tick);
-        for (long row = GetFirstSelected(); row >= 0; row = GetNextSelected(row)) {
+        if (GetSelectedItemCount() == GetItemCount()) {
+            TickAll(tick);
+            return;
+        }
+        OnTick(focused, tick);
+        for (int left = GetSelectedItemCount(), row = -1; left > 0; --left) {
+            row = static_cast<int>(GetNextItem(row, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED));
             Tick(row, tick);
         }
+        Refresh();
+        mOnTick();
     }
 
     void TellFocused() {
@@ -330,11 +341,12 @@ void ReplaceDialog::ShowFound() {
         mpSearch->Reading.Join();
         found = std::move(mpSearch->Found);
         const wxString failure = mpSearch->Reading.TakeFailure();
-        if (!failure.empty()) {
-            found = ReplacementsFound();
-            found.Fault.Message = failure;
-        }
         mpSearch.reset();
+        if (!failure.empty()) {
+            mpList->Show({});
+            ShowStatus(failure);
+            return;
+        }
     } else if (!mpWanted->IsEmpty()) {
         return;
     }
@@ -353,13 +365,12 @@ void ReplaceDialog::ShowFault(const ReplacementsFound& found) {
         return;
     }
     const TextPattern::Fault& fault = found.Fault;
-    if (fault.Place == 0 && !found.FaultyFront.empty() && !fault.IsInReplacement) {
+    if (!found.FaultyFront.empty() && !fault.IsInReplacement) {
         ShowStatus(wxString::Format(_("%s It stopped at the card \"%s\"."), fault.Message,
                                     ShownName(found.FaultyFront)));
         return;
     }
-    // Says where, and puts the cursor there, unless the user is typing elsewhere.
-    wxTextCtrl& field = fault.IsInReplacement ? *mpReplacement : *mpWanted;
+    const wxTextCtrl& field = fault.IsInReplacement ? *mpReplacement : *mpWanted;
     ShowStatus(wxString::Format(_("\"%s\" is wrong at character %i: %s"), field.GetValue(),
                                 static_cast<int>(fault.Place) + 1, fault.Message));
 }
@@ -395,6 +406,13 @@ void ReplaceDialog::Replace() {
     if (mPause.IsRunning() || mpSearch != nullptr || mpList->CountTicked() == 0) {
         return;
     }
+    if (mpList->CountTicked() > UndoHistory::kMostCards &&
+        ShowMessageBox(wxString::Format(_("Undo keeps at most %i cards, so it will not take back this "
+                                          "replacement.  Continue?"),
+                                        static_cast<int>(UndoHistory::kMostCards)),
+                       _("Find and Replace"), wxOK | wxCANCEL | wxCENTRE, this) != wxOK) {
+        return;
+    }
     mServices.BackUpDay(this);
     ReplacementThread thread(mDatabase, mpList->TakeTicked());
     if (!RunWithProgress(this, thread, mReport, _("Unable to start a thread for the replacement."),
@@ -404,9 +422,6 @@ void ReplaceDialog::Replace() {
     const int32_t left = thread.CountLeftAlone();
     StoreChange change = NoteTexts(thread.TakeWritten());
     wxString notice = DescribeWithoutUndo(change);
-    if (change.IsTooLarge) {
-        notice = _("So many cards cannot be changed back by Undo. The backup has them as they were.");
-    }
     mServices.GetUndoHistory().Add(std::move(change));
     mDatabase.Notify();
     if (left > 0) {

@@ -116,8 +116,8 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     InitFrame(*this, "study_window");
     AddStudyEntries(*GetMenuBar());
     SetAcceleratorTable(wxAcceleratorTable(WXSIZEOF(kKeys), kKeys));
-    for (const int id : {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_REPLACE, ID_DUPLICATES}) {
-        RemoveMenuItem(*GetMenuBar(), id);
+    for (const int command : {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_REPLACE, ID_DUPLICATES}) {
+        RemoveMenuItem(*GetMenuBar(), command);
     }
     AddStudyCommands();
     AddCardCommands();
