@@ -39,9 +39,8 @@ wxString DescribeError(int code) {
 // Returns the number of characters in the front of a text.
 size_t CountCharacters(std::u16string_view text, size_t units) {
     const std::u16string_view front = text.substr(0, std::min(units, text.size()));
-    return static_cast<size_t>(std::count_if(front.begin(), front.end(), [](char16_t unit) {
-        return unit < 0xDC00 || unit > 0xDFFF;
-    }));
+    return static_cast<size_t>(std::count_if(
+        front.begin(), front.end(), [](char16_t unit) { return unit < 0xDC00 || unit > 0xDFFF; }));
 }
 
 // Writes a plain text as an expression that matches just that text.
@@ -96,17 +95,16 @@ bool TextPattern::Set(const wxString& wanted, const wxString& replacement, const
     const std::unique_ptr<pcre2_compile_context_16, Free<pcre2_compile_context_free_16>> context(
         pcre2_compile_context_create_16(nullptr));
     const std::u16string given = ToUtf16(wanted);
-    const std::u16string pattern =
-        options.IsExpression ? given : Quote(given, options.WholeWords);
+    const std::u16string pattern = options.IsExpression ? given : Quote(given, options.WholeWords);
     if (options.IsExpression && options.WholeWords) {
         pcre2_set_compile_extra_options_16(context.get(), PCRE2_EXTRA_MATCH_WORD);
     }
-    const uint32_t flags = PCRE2_UTF | PCRE2_UCP | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C |
-                           (options.MatchCase ? 0 : PCRE2_CASELESS);
+    const uint32_t flags = PCRE2_UTF | PCRE2_UCP | PCRE2_MATCH_INVALID_UTF |
+                           PCRE2_NEVER_BACKSLASH_C | (options.MatchCase ? 0 : PCRE2_CASELESS);
     int code = 0;
     PCRE2_SIZE place = 0;
-    engine->Code.reset(pcre2_compile_16(Units(pattern), pattern.size(), flags, &code, &place,
-                                        context.get()));
+    engine->Code.reset(
+        pcre2_compile_16(Units(pattern), pattern.size(), flags, &code, &place, context.get()));
     if (engine->Code == nullptr) {
         fault = {DescribeError(code), false, CountCharacters(pattern, place)};
         return false;
@@ -127,10 +125,9 @@ bool TextPattern::Set(const wxString& wanted, const wxString& replacement, const
 
 TextPattern::Outcome TextPattern::Replace(std::u16string_view text, std::u16string& result,
                                           Fault& fault) const {
-    const uint32_t flags =
-        PCRE2_SUBSTITUTE_GLOBAL | PCRE2_SUBSTITUTE_OVERFLOW_LENGTH |
-        (mIsExpression ? PCRE2_SUBSTITUTE_EXTENDED | PCRE2_SUBSTITUTE_UNSET_EMPTY
-                       : PCRE2_SUBSTITUTE_LITERAL);
+    const uint32_t flags = PCRE2_SUBSTITUTE_GLOBAL | PCRE2_SUBSTITUTE_OVERFLOW_LENGTH |
+                           (mIsExpression ? PCRE2_SUBSTITUTE_EXTENDED | PCRE2_SUBSTITUTE_UNSET_EMPTY
+                                          : PCRE2_SUBSTITUTE_LITERAL);
     result.resize(text.size() + mReplacement.size() + 64);
     // The second try has the room that the first one asked for.
     for (int tries = 0;; ++tries) {

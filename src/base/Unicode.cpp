@@ -76,8 +76,7 @@ wxString FromUtf16(std::u16string_view units) {
         const char32_t unit = units[i];
         const char32_t next = i + 1 < units.size() ? units[i + 1] : 0;
         const bool isPair = unit >= 0xD800 && unit < 0xDC00 && next >= 0xDC00 && next < 0xE000;
-        const char32_t point =
-            isPair ? 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00) : unit;
+        const char32_t point = isPair ? 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00) : unit;
         i += isPair ? 1 : 0;
         text.push_back(static_cast<wchar_t>(IsScalarValue(point) ? point : kReplacement));
     }

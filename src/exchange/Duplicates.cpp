@@ -24,9 +24,8 @@ bool VisitAll(Database& database, const std::atomic<bool>& cancelled,
     int count = kReadAtOnce;
     bool goesOn = true;
     while (count == kReadAtOnce && goesOn && !cancelled) {
-        count = database.VisitCardsAfter(rowId, kReadAtOnce, [&](const CardRow& row) {
-            goesOn = goesOn && visit(row);
-        });
+        count = database.VisitCardsAfter(
+            rowId, kReadAtOnce, [&](const CardRow& row) { goesOn = goesOn && visit(row); });
     }
     return count >= 0;
 }

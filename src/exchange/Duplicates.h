@@ -12,10 +12,10 @@ struct StoreChange;
 
 // Cards that a person takes for the same (base/Folding.h), and how two of them become one.
 //
-// The kept card goes on with its identity, so that its lines in the log of reviews stay its own. The
-// other one's lines stay in the log too, as those of a deleted card: they count in the figures of
-// all categories, but not in a category's and not in the plot of the kept card. The log names cards
-// by their identity and is never rewritten, and an undo gives the other card its lines back.
+// The kept card goes on with its identity, so that its lines in the log of reviews stay its own.
+// The other one's lines stay in the log too, as those of a deleted card: they count in the figures
+// of all categories, but not in a category's and not in the plot of the kept card. The log names
+// cards by their identity and is never rewritten, and an undo gives the other card its lines back.
 // Therefore the card with the latest review is the one to keep.
 
 enum class SameBy { kFront, kFrontAndBack };
@@ -40,8 +40,8 @@ bool FindCardWithFront(Database& database, const wxString& front, const CardUuid
 bool IsReviewedLater(const FlashCard& first, const FlashCard& second);
 // Gives a card the other one's schedule in each direction that was reviewed later there.
 void TakeLaterReviews(const FlashCard& other, FlashCard& card);
-// Returns what the two become unless the user wants else: the kept card, with texts of the other one
-// where it has none, and the later reviews of both.
+// Returns what the two become unless the user wants else: the kept card, with texts of the other
+// one where it has none, and the later reviews of both.
 FlashCard SuggestUnion(const FlashCard& kept, const FlashCard& other);
 
 // Writes the merged card in the place of the kept one and deletes the other one.

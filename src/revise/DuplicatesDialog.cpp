@@ -125,8 +125,9 @@ class DuplicateList : public wxListCtrl {
     }
 
     wxString NameOfCategory(int32_t id) const {
-        const auto found = std::find_if(mCategories.begin(), mCategories.end(),
-                                        [id](const Category& category) { return category.Id == id; });
+        const auto found =
+            std::find_if(mCategories.begin(), mCategories.end(),
+                         [id](const Category& category) { return category.Id == id; });
         return found == mCategories.end() ? wxString() : found->Name;
     }
 
@@ -253,8 +254,7 @@ void DuplicatesDialog::ShowFound() {
                                                          : std::vector<std::vector<int64_t>>());
     ShowCount();
     if (found.IsStoreFailed) {
-        mpStatus->SetLabelText(
-            _("The store could not be read. Another program may be using it."));
+        mpStatus->SetLabelText(_("The store could not be read. Another program may be using it."));
     } else if (!failure.empty()) {
         mpStatus->SetLabelText(failure);
     }

@@ -52,9 +52,9 @@ constexpr int kSideWidth = 220;
 // Characters before the first difference that a cell shows of a longer text.
 constexpr size_t kShownBefore = 12;
 
-constexpr const char* kTextNames[kCardTextCount] = {
-    wxTRANSLATE("Front"), wxTRANSLATE("Back"), wxTRANSLATE("Notes"), wxTRANSLATE("Author"),
-    wxTRANSLATE("Chapter")};
+constexpr const char* kTextNames[kCardTextCount] = {wxTRANSLATE("Front"), wxTRANSLATE("Back"),
+                                                    wxTRANSLATE("Notes"), wxTRANSLATE("Author"),
+                                                    wxTRANSLATE("Chapter")};
 
 wxString NameOf(CardText text) {
     return wxGetTranslation(kTextNames[static_cast<size_t>(text)]);
@@ -63,8 +63,8 @@ wxString NameOf(CardText text) {
 // Returns a text as a cell shows it, from shortly before the place where the two differ.
 wxString Excerpt(const std::u16string& text, const std::u16string& other) {
     const auto end = std::min(text.size(), other.size());
-    const auto differing = std::mismatch(text.begin(), text.begin() + static_cast<long>(end),
-                                         other.begin());
+    const auto differing =
+        std::mismatch(text.begin(), text.begin() + static_cast<long>(end), other.begin());
     const auto same = static_cast<size_t>(differing.first - text.begin());
     if (same <= 2 * kShownBefore) {
         return CellText(FromUtf16(text));
@@ -84,7 +84,8 @@ class ChangeList : public wxListCtrl {
         AppendColumn(_("Texts"), wxLIST_FORMAT_LEFT, FromDIP(kTextsWidth));
         AppendColumn(_("Before"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
         AppendColumn(_("After"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
-        Bind(wxEVT_LIST_ITEM_CHECKED, [this](wxListEvent& event) { OnTick(event.GetIndex(), true); });
+        Bind(wxEVT_LIST_ITEM_CHECKED,
+             [this](wxListEvent& event) { OnTick(event.GetIndex(), true); });
         Bind(wxEVT_LIST_ITEM_UNCHECKED,
              [this](wxListEvent& event) { OnTick(event.GetIndex(), false); });
         Bind(wxEVT_LIST_KEY_DOWN, &ChangeList::OnKey, this);
@@ -260,12 +261,14 @@ void ReplaceDialog::AddChecks(wxSizer& column) {
     mpMatchCase = add(*how, kMatchCaseId, _("&Match case"));
     mpWholeWords = add(*how, kWholeWordsId, _("W&hole words"));
     mpExpression = add(*how, kExpressionId, _("Regular e&xpression"));
-    mpExpression->SetToolTip(_("In the second field, $1 is what the first group in parentheses has "
-                               "found, and \\n a new line."));
+    mpExpression->SetToolTip(
+        _("In the second field, $1 is what the first group in parentheses has "
+          "found, and \\n a new line."));
     column.Add(how, FormRow(*this));
     auto* const where = new wxWrapSizer(wxHORIZONTAL);
     for (size_t i = 0; i < kCardTextCount; ++i) {
-        mTexts[i] = add(*where, kFirstTextId + static_cast<int>(i), NameOf(static_cast<CardText>(i)));
+        mTexts[i] =
+            add(*where, kFirstTextId + static_cast<int>(i), NameOf(static_cast<CardText>(i)));
         mTexts[i]->SetValue(i <= static_cast<size_t>(CardText::kBack));
     }
     column.Add(where, FormRow(*this));
@@ -323,8 +326,8 @@ void ReplaceDialog::Search() {
     }
     query.RowIds = mpScope->GetSelection() == 1 ? mSelected : mShown;
     ShowStatus(_("Looking..."));
-    mpSearch = std::make_unique<ReplacementSearch>(mDatabase, std::move(query),
-                                                   [this] { CallAfter(&ReplaceDialog::ShowFound); });
+    mpSearch = std::make_unique<ReplacementSearch>(
+        mDatabase, std::move(query), [this] { CallAfter(&ReplaceDialog::ShowFound); });
     if (!mpSearch->Reading.Start()) {
         mpSearch->Reading.RunHere();
     }
@@ -389,9 +392,9 @@ void ReplaceDialog::ShowCount() {
         return;
     }
     const auto rows = static_cast<int>(mpList->CountRows());
-    wxString text = wxString::Format(wxPLURAL("%i card would change", "%i cards would change",
-                                              static_cast<unsigned>(rows)),
-                                     rows);
+    wxString text = wxString::Format(
+        wxPLURAL("%i card would change", "%i cards would change", static_cast<unsigned>(rows)),
+        rows);
     text += ", " + wxString::Format(_("%i ticked"), static_cast<int>(mpList->CountTicked()));
     if (mBlank > 0) {
         text += ". " + wxString::Format(wxPLURAL("%i card is left out, as a side would be blank.",
@@ -407,10 +410,11 @@ void ReplaceDialog::Replace() {
         return;
     }
     if (mpList->CountTicked() > UndoHistory::kMostCards &&
-        ShowMessageBox(wxString::Format(_("Undo keeps at most %i cards, so it will not take back this "
-                                          "replacement.  Continue?"),
-                                        static_cast<int>(UndoHistory::kMostCards)),
-                       _("Find and Replace"), wxOK | wxCANCEL | wxCENTRE, this) != wxOK) {
+        ShowMessageBox(
+            wxString::Format(_("Undo keeps at most %i cards, so it will not take back this "
+                               "replacement.  Continue?"),
+                             static_cast<int>(UndoHistory::kMostCards)),
+            _("Find and Replace"), wxOK | wxCANCEL | wxCENTRE, this) != wxOK) {
         return;
     }
     mServices.BackUpDay(this);

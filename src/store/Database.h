@@ -183,9 +183,9 @@ class Database : public Subject {
     // Shows the stored rows, in the order of the row ids, without making cards of them, and with
     // their row ids. A row id without a card is skipped. The visitor must not use the Database.
     int VisitCardsByRowId(const std::vector<int64_t>& rowIds, const CardRowVisitor& visit);
-    // Shows at most that many cards after the row id, which becomes the last one shown. Returns their
-    // number, or a negative value, which is not reported: a worker reads all cards in portions,
-    // between which others can write. The visitor must not use the Database.
+    // Shows at most that many cards after the row id, which becomes the last one shown. Returns
+    // their number, or a negative value, which is not reported: a worker reads all cards in
+    // portions, between which others can write. The visitor must not use the Database.
     int VisitCardsAfter(int64_t& rowId, int32_t most, const CardRowVisitor& visit);
     int SelectCardById(const CardUuid& id, std::list<FlashCard>& cards);
     // Finds what the cards in these rows have in common, without reading each of them.

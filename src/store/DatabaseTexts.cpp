@@ -51,15 +51,14 @@ std::string MakeUpdate(const std::vector<CardText>& texts, size_t rows) {
     for (size_t i = 1; i < rows; ++i) {
         values += ',' + row;
     }
-    return "UPDATE Cards SET " + set + " FROM (VALUES " + values +
-           ") WHERE Cards.ROWID=column1" + condition + " RETURNING ROWID;";
+    return "UPDATE Cards SET " + set + " FROM (VALUES " + values + ") WHERE Cards.ROWID=column1" +
+           condition + " RETURNING ROWID;";
 }
 
 bool BindChange(StatementRun& run, const CardTextChange& change) {
     return run.Bind(change.RowId) == 0 &&
-           std::all_of(change.Texts.begin(), change.Texts.end(), [&run](const auto& text) {
-               return run.Bind(text.Before, text.After) == 0;
-           });
+           std::all_of(change.Texts.begin(), change.Texts.end(),
+                       [&run](const auto& text) { return run.Bind(text.Before, text.After) == 0; });
 }
 
 }  // namespace

@@ -69,10 +69,9 @@ bool StatementRun::BindNext(const wxString& text) {
 
 // In the engine's own form nothing is converted, so a broken text stays the same.
 bool StatementRun::BindNext(const std::u16string& text) {
-    return IsBound(sqlite3_bind_text64(mpStatement, ++mBound,
-                                       reinterpret_cast<const char*>(text.data()),
-                                       text.length() * sizeof(char16_t), SQLITE_TRANSIENT,
-                                       SQLITE_UTF16));
+    return IsBound(
+        sqlite3_bind_text64(mpStatement, ++mBound, reinterpret_cast<const char*>(text.data()),
+                            text.length() * sizeof(char16_t), SQLITE_TRANSIENT, SQLITE_UTF16));
 }
 
 bool StatementRun::BindNext(const wxDateTime& time) {

@@ -472,8 +472,7 @@ int PartCards(Database& database, const StoreChange& change, UndoOutcome& outcom
         return -1;
     }
     // A kill between the two writes must leave both cards rather than none.
-    if (!change.IsTakenBack &&
-        PutBackDeleted(database, other, outcome, otherOpposite) < 0) {
+    if (!change.IsTakenBack && PutBackDeleted(database, other, outcome, otherOpposite) < 0) {
         return -1;
     }
     if (found.empty()) {
@@ -565,10 +564,10 @@ wxString FormatForCards(const StoreChange& step) {
             return isRedo ? wxPLURAL("Redo moving of %i card", "Redo moving of %i cards", number)
                           : wxPLURAL("Undo moving of %i card", "Undo moving of %i cards", number);
         case Kind::kTexts:
-            return isRedo ? wxPLURAL("Redo replacement in %i card",
-                                     "Redo replacement in %i cards", number)
-                          : wxPLURAL("Undo replacement in %i card",
-                                     "Undo replacement in %i cards", number);
+            return isRedo ? wxPLURAL("Redo replacement in %i card", "Redo replacement in %i cards",
+                                     number)
+                          : wxPLURAL("Undo replacement in %i card", "Undo replacement in %i cards",
+                                     number);
         default:
             return isRedo ? wxPLURAL("Redo pasting of %i card", "Redo pasting of %i cards", number)
                           : wxPLURAL("Undo pasting of %i card", "Undo pasting of %i cards", number);
@@ -614,9 +613,9 @@ wxString DescribeStep(const StoreChange& step) {
             return wxString::Format(isRedo ? _("Redo new card \"%s\"") : _("Undo new card \"%s\""),
                                     ShownName(step.Cards.back().Front));
         case Kind::kUnion:
-            return wxString::Format(isRedo ? _("Redo merging of cards \"%s\"")
-                                           : _("Undo merging of cards \"%s\""),
-                                    ShownName(step.Cards[1].Front));
+            return wxString::Format(
+                isRedo ? _("Redo merging of cards \"%s\"") : _("Undo merging of cards \"%s\""),
+                ShownName(step.Cards[1].Front));
     }
     return wxString();
 }

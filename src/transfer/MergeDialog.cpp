@@ -125,8 +125,7 @@ MergeDialog::MergeDialog(wxWindow* parent, Purpose purpose, const FlashCard& dat
 }
 
 wxString MergeDialog::VersionName(int column) const {
-    const wxString imported[] = {_("Database Version"), _("Imported Version"),
-                                 _("Merged Version")};
+    const wxString imported[] = {_("Database Version"), _("Imported Version"), _("Merged Version")};
     const wxString cards[] = {_("First Card"), _("Second Card"), _("Merged Card")};
     return mPurpose == Purpose::kImport ? imported[column] : cards[column];
 }

@@ -57,8 +57,8 @@ TEST(TextPattern, ReplacesEachHitAndTellsWhereAnExpressionIsWrong) {
                         row.Options, fault)) {
             outcome = pattern.Replace(text, result, fault);
         }
-        const std::string told = (fault.IsInReplacement ? "replacement " : "expression ") +
-                                 std::to_string(fault.Place);
+        const std::string told =
+            (fault.IsInReplacement ? "replacement " : "expression ") + std::to_string(fault.Place);
         const bool isFault = outcome == TextPattern::Outcome::kFault;
         EXPECT_EQ(isFault ? told : FromUtf16(result).utf8_string(), row.Expected)
             << row.Wanted << ": " << fault.Message;

@@ -27,7 +27,8 @@ TEST_F(SameFrontTest, ATypedFrontThatACardHasIsToldWithALinkToIt) {
     Insert(MakeCard("ECOLE", "academy"));
     mpFrame->SetCard(stored);
     front.SetValue("ecole");
-    EXPECT_TRUE(WaitFor([&link] { return link.GetLabel() == "There is a card \"ECOLE\" already"; }));
+    EXPECT_TRUE(
+        WaitFor([&link] { return link.GetLabel() == "There is a card \"ECOLE\" already"; }));
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ struct DuplicatesTest : StoreFixture {
 };
 
 FlashCard Scored(FlashCard card, time_t forward, time_t reverse) {
-    for (const auto& [schedule, time] : {std::pair(&card.Forward, forward), {&card.Reverse, reverse}}) {
+    for (const auto& [schedule, time] :
+         {std::pair(&card.Forward, forward), {&card.Reverse, reverse}}) {
         schedule->Introduced = time != 0;
         schedule->LastReview = wxDateTime(time != 0 ? time : 1000);
         schedule->ReviewInterval = static_cast<float>(time + 1);
