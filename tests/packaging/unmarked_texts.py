@@ -43,6 +43,8 @@ ALLOWED = {
     # The names of attributes in exported files, and the category that they leave out.
     "Export.cpp": {"Front", "Back", "Category", "Author", "Chapter", "Notes", "Active",
                    "Introduced", "Difficulty", "Default"},
+    # The names of columns, and the end of a statement.
+    "DatabaseTexts.cpp": {"Front", "Back", "Notes", "Author", "Chapter", " RETURNING ROWID;"},
     # How a file of the engine begins, and what it is asked.
     "PageFile.cpp": {"SQLite format 3"}, "RepairedStore.cpp": ANY, "StoreRepair.cpp": ANY,
     "StoreCheck.cpp": {"PRAGMA integrity_check(10000)", "PRAGMA page_size"},
