@@ -11,9 +11,11 @@
 #include <numeric>
 
 #include "base/SettingsFile.h"
+#include "base/Unicode.h"
 #include "files/StoreBackup.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
+#include "store/CardTexts.h"
 #include "support/StoreFixture.h"
 
 // Each change is recorded as it reaches the disk, and the power is cut after each call in turn. The
@@ -23,7 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kRows[] =
-    "SELECT rowid,CardId,Front,CategoryId,LastScore,ERC FROM Cards ORDER BY rowid";
+    "SELECT rowid,CardId,Front,Back,CategoryId,LastScore,ERC FROM Cards ORDER BY rowid";
 
 struct PowerCutTest : StoreFixture {
     // The categories in one text, then the cards; nothing where there is no store.
@@ -228,6 +230,24 @@ TEST_F(PowerCutTest, KeepsAChangeOfManyCards) {
         };
     };
     Record({change("once"), change("twice")});
+    ExpectEveryConfirmedChange();
+}
+
+TEST_F(PowerCutTest, KeepsBothTextsOfEachCardOfAReplacement) {
+    Database database(mReport);
+    ASSERT_EQ(database.Open(DiskStore(), mWait), 0);
+    Record({[&] {
+        std::vector<CardTextChange> changes;
+        for (int number = 1; number <= 16; ++number) {
+            const std::u16string front = ToUtf16(NewCard(number).Front);
+            changes.push_back(
+                {number,
+                 {},
+                 {{CardText::kFront, front, u"new"}, {CardText::kBack, u"back", front}}});
+        }
+        std::vector<int64_t> written;
+        return database.UpdateTexts(changes, written) == 0 && written.size() == changes.size();
+    }});
     ExpectEveryConfirmedChange();
 }
 

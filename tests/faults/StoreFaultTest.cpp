@@ -8,6 +8,7 @@
 #include "exchange/ImportPass.h"
 #include "faults/FaultyVfs.h"
 #include "scheduler/Scheduler.h"
+#include "store/CardTexts.h"
 #include "support/StoreFixture.h"
 
 // A session of study, import and the merge of two categories in which each call of the file layer
@@ -85,6 +86,7 @@ class StoreFaultTest : public StoreFixture {
                 return database.UpdateParts({2, 3, 4, 5}, parts, cardAt);
             },
             score,
+            [&] { return ReplaceTexts(database, 4); },
         };
         for (const auto& step : steps) {
             if (step() < 0 || !mReport.Texts.empty()) {
@@ -93,6 +95,20 @@ class StoreFaultTest : public StoreFixture {
             afterStep();
         }
         return true;
+    }
+
+    // One statement, which changes two texts of each card or nothing.
+    static int ReplaceTexts(Database& database, int64_t cards) {
+        std::vector<CardTextChange> changes;
+        for (int64_t rowId = 1; rowId <= cards; ++rowId) {
+            changes.push_back(
+                {rowId,
+                 {},
+                 {{CardText::kFront, u"a front", u"new"}, {CardText::kBack, u"a back", u"new"}}});
+        }
+        std::vector<int64_t> written;
+        const int result = database.UpdateTexts(changes, written);
+        return written.size() == changes.size() ? result : -1;
     }
 
     State ReadState() {
