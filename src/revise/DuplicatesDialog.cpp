@@ -64,11 +64,16 @@ class DuplicateList : public wxListCtrl {
         mCategories.assign(categories.begin(), categories.end());
         Bind(wxEVT_LIST_ITEM_FOCUSED, [this](wxListEvent& event) {
             event.Skip();
-            TellRow(*this,
-                    OnGetItemText(event.GetIndex(), 0) + "\n" + OnGetItemText(event.GetIndex(), 1),
-                    _("Duplicates"));
+            const long row = event.GetIndex();
+            if (row >= 0 && row < GetItemCount()) {
+                TellRow(*this, OnGetItemText(row, 0) + "\n" + OnGetItemText(row, 1),
+                        _("Duplicates"));
+            }
         });
     }
+
+    // The base class asks for the rows once more when it loses the focus while it is destroyed.
+    ~DuplicateList() override { SetItemCount(0); }
 
     void Show(const std::vector<std::vector<int64_t>>& groups) {
         mRows.clear();
@@ -202,8 +207,8 @@ void DuplicatesDialog::CreateControls() {
         return choice;
     };
     wxArrayString by;
-    by.Add(_("Same front"));
-    by.Add(_("Same front and back"));
+    by.Add(_("the same front"));
+    by.Add(_("the same front and back"));
     mpSameBy = add(kSameById, _("&Cards with"), by);
     wxArrayString scopes;
     scopes.Add(_("all categories"));

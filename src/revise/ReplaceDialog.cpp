@@ -95,6 +95,9 @@ class ChangeList : public wxListCtrl {
         });
     }
 
+    // The base class asks for the rows once more when it loses the focus while it is destroyed.
+    ~ChangeList() override { SetItemCount(0); }
+
     void Show(std::vector<CardTextChange> changes) {
         mChanges = std::move(changes);
         mTicks.assign(mChanges.size(), true);
