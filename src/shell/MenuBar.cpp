@@ -74,7 +74,7 @@ constexpr MenuRow kEditRows[] = {
     kLine,
     {wxID_FIND, wxTRANSLATE("&Find\tCtrl+F"), "icons/search_menu.png"},
     {ID_REPLACE, wxTRANSLATE("Find and Rep&lace...\tCtrl+H"), "icons/blank_menu.png"},
-    {ID_DUPLICATES, wxTRANSLATE("D&uplicates..."), "icons/blank_menu.png"}};
+    {ID_DUPLICATES, wxTRANSLATE("Dupl&icates..."), "icons/blank_menu.png"}};
 
 constexpr MenuRow kViewRows[] = {
     {ID_WINDOW_LIST, wxTRANSLATE("List View\tCtrl+1"), nullptr, wxITEM_RADIO},
