@@ -56,26 +56,6 @@ TEST_F(FilesTest, ACopyThatCannotBeMadeSaysWhyAndTouchesNoOtherFile) {
     EXPECT_EQ(CopyToNewFile(path("large"), path("cut")), EFBIG);
 }
 
-TEST_F(FilesTest, AFileIsKnownByItsFirstBytes) {
-    using namespace std::string_view_literals;
-    const struct {
-        std::string_view Content;
-        std::string_view Mark;
-        bool Begins;
-    } kRows[] = {{"SQLite format 3\0 and more"sv, "SQLite format 3\0"sv, true},
-                 {"SQLite format 3 and more"sv, "SQLite format 3\0"sv, false},
-                 {"PK\3\4"sv, "PK\3\4"sv, true},
-                 {"PK\3"sv, "PK\3\4"sv, false},
-                 {""sv, "P"sv, false}};
-    const wxString path = mDirectory.Path("file");
-    for (const auto& row : kRows) {
-        WriteBytes(path, std::string(row.Content));
-        EXPECT_EQ(FileBeginsWith(ToPath(path), row.Mark), row.Begins) << row.Content;
-    }
-    EXPECT_FALSE(FileBeginsWith(ToPath(mDirectory.Path("missing")), "P"));
-    EXPECT_FALSE(FileBeginsWith(ToPath(mDirectory.Path("")), "P"));
-}
-
 TEST(Files, APathIsUtf8InAnyLocale) {
     for (const char* const name : {"/tmp/plain", "/tmp/\xC3\xA9", "/tmp/\xE6\xBC\xA2",
                                    "/tmp/\xF0\x9F\x98\x80", "relative", ""}) {
