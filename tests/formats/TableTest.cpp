@@ -201,23 +201,3 @@ TEST_F(TableTest, TellsWhatIsNoTable) {
         EXPECT_TRUE(Cards().empty()) << what;
     }
 }
-
-// A package of the same deck would find the same card, so both lead to one.
-TEST_F(TableTest, FindsTheNotesOfAnkiAgain) {
-    const std::string head = "#separator:tab\n#html:false\n#guid column:1\n";
-    ImportInput input = TextFile(head + "a!b\tHund\tdog\n");
-    GuessFormat(input, mDatabase);
-    Run(input);
-    FlashCard card = Stored(NamedUuid("a!b\n"));
-    EXPECT_EQ(card.Back, "dog");
-
-    // The user moves the card to another category.
-    EXPECT_EQ(ImportTable("Front,Back,Category\na,b,Mine\n"), 0);
-    card.CategoryId = card.CategoryId + 1;
-    ASSERT_EQ(mDatabase.UpdateFlashCard(card), 0);
-    input = TextFile(head + "a!b\tHund\ta dog\n");
-    GuessFormat(input, mDatabase);
-    Run(input);
-    EXPECT_EQ(Outcome(), "0 inserted, 1 merged, 0 ignored");
-    EXPECT_EQ(Cards(), (Strings{"Hund=a dog <Mine>", "a=b <Mine>"}));
-}
