@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <deque>
+#include <optional>
 
 #include "exchange/ImportFixture.h"
 
@@ -48,11 +49,11 @@ struct ImportOnAThread : ImportFixture {
         return isMet;
     }
 
-    ImportThread& Run(const std::string& text, bool askCategories,
-                      ImportMergePolicy policy = ImportMergePolicy::kKeepImported) {
-        mThread = std::make_unique<ImportThread>(TextFile(text), mDatabase, askCategories,
-                                                 &mTouched, mQuestions);
-        mThread->GetResult().MergePolicy = policy;
+    ImportThread& Run(const ImportInput& input, bool asks,
+                      std::optional<ImportMergePolicy> policy = {}) {
+        mThread = std::make_unique<ImportThread>(input, mDatabase, asks, &mTouched, mQuestions);
+        ImportMergePolicy& own = mThread->GetResult().MergePolicy;
+        own = policy.value_or(own);
         mThread->Start();
         EXPECT_TRUE(TickUntil(*mThread, [this] { return mThread->IsFinished(); }));
         mThread->Join();
@@ -92,7 +93,7 @@ TEST_F(ImportOnAThread, AsksOnceForEachNewCategoryAsLongAsItMay) {
     for (const auto& row : cases) {
         mQuestions.Categories = row.Answers;
         mQuestions.Asked.clear();
-        const ImportResult& result = Run(kThreeCategories, row.Ask).GetResult();
+        const ImportResult& result = Run(TextFile(kThreeCategories), row.Ask).GetResult();
         EXPECT_EQ(mQuestions.Asked, row.Asked);
         EXPECT_EQ(CardCount(), row.Cards);
         EXPECT_EQ(result.Status,
@@ -142,13 +143,13 @@ TEST_F(ImportOnAThread, MergesAsThePolicySays) {
         }
         return answer;
     };
-    ImportResult& asked = Run(text, false, ImportMergePolicy::kAsk).GetResult();
+    ImportResult& asked = Run(TextFile(text), false, ImportMergePolicy::kAsk).GetResult();
     EXPECT_EQ(asked.Status, ImportStatus::kFinished);
     EXPECT_EQ(asked.RecordsMerged, 4);
     EXPECT_EQ(mQuestions.Merges, 2);
     EXPECT_EQ(backs(), (std::vector<std::string>{"b+new|", "b|w", "b+new|", "b|"}));
 
-    EXPECT_EQ(Run(text, false).GetResult().RecordsMerged, 3);
+    EXPECT_EQ(Run(TextFile(text), false).GetResult().RecordsMerged, 3);
     EXPECT_EQ(mQuestions.Merges, 2);
     EXPECT_EQ(backs(), (std::vector<std::string>{"new|", "b|w", "new|", "new|"}));
 }
@@ -167,9 +168,7 @@ TEST_F(ImportOnAThread, AsksBeforeAnyChange) {
     for (const bool asks : {true, false}) {
         ImportInput input = TextFile(id + "Introduced: true\nLastScore: 2\n\n" + id);
         input.AskBeforeChanges = asks;
-        mThread = std::make_unique<ImportThread>(input, mDatabase, true, &mTouched, mQuestions);
-        mThread->Start();
-        EXPECT_TRUE(TickUntil(*mThread, [this] { return mThread->IsFinished(); }));
+        Run(input, true);
         EXPECT_EQ(mQuestions.Merges, 1);
         EXPECT_EQ(Stored(card.CardId).Forward.Introduced, !asks);
     }
@@ -181,9 +180,7 @@ TEST_F(ImportOnAThread, AsksAboutAFieldOfManyLines) {
         ImportInput input =
             TextFile("Wort;Meaning\nHund;dog\nKatze;\"c\na\nt\n1\n2\n3\"\nKuh;cow\n");
         GuessFormat(input, mDatabase);
-        mThread = std::make_unique<ImportThread>(input, mDatabase, asks, &mTouched, mQuestions);
-        mThread->Start();
-        EXPECT_TRUE(TickUntil(*mThread, [this] { return mThread->IsFinished(); }));
+        Run(input, asks);
         EXPECT_EQ(mQuestions.Asked, "3:6 ");
         EXPECT_EQ(CardCount(), asks ? 0 : 3) << "cancelled";
         EXPECT_EQ(mThread->GetResult().Notices.size(), asks ? 0U : 1U);
