@@ -124,7 +124,7 @@ TEST_F(StoreFileChangeTest, ABackupIsRestoredOrOpenedAsTheUserSays) {
     }
 }
 
-TEST_F(StoreFileChangeTest, AfterAFailedOpenTheUserIsToldWhyAndTheOldStoreIsOpen) {
+TEST_F(StoreFileChangeTest, AfterAFailureTheUserIsToldWhyAndTheOldStoreIsOpen) {
     WriteBytes(Path("text.vlm"), "no store at all, and long enough to be read as one");
     WriteBytes(Path("cut.vlm"), ReadBytes(StorePath()).substr(0, 5000));
     ASSERT_TRUE(wxFileName::Mkdir(Path("folder.vlm")));
@@ -144,7 +144,10 @@ TEST_F(StoreFileChangeTest, AfterAFailedOpenTheUserIsToldWhyAndTheOldStoreIsOpen
         {StoreFileChoice::kOpen, "later.vlm", "A newer version of Velomind",
          "discard open:later.vlm open:store.vlm "},
         {StoreFileChoice::kCreate, "not/there.vlm", "There is no such folder.",
-         "discard open:there.vlm:new open:store.vlm "}};
+         "discard open:there.vlm:new open:store.vlm "},
+        {StoreFileChoice::kMove, "not/there.vlm",
+         "Unable to move the store file (No such file or directory)",
+         "discard backup open:store.vlm "}};
     for (const auto& [choice, name, reason, calls] : cases) {
         SCOPED_TRACE(name);
         ModalAnswers answers;
@@ -156,18 +159,6 @@ TEST_F(StoreFileChangeTest, AfterAFailedOpenTheUserIsToldWhyAndTheOldStoreIsOpen
         EXPECT_TRUE(mDatabase.IsStoreFile(StorePath()));
         EXPECT_EQ(CountCards(), 1);
     }
-}
-
-TEST_F(StoreFileChangeTest, AfterAFailedMoveTheOldStoreIsOpen) {
-    ModalAnswers answers;
-    answers.Expect(wxID_OK);
-    Change(StoreFileChoice::kMove, Path("not/there.vlm"));
-    EXPECT_EQ(answers.Dialogs[0].Title, "Move failed");
-    EXPECT_EQ(answers.Dialogs[0].Message,
-              "Unable to move the store file (No such file or directory)");
-    EXPECT_EQ(mActions.Calls, "discard backup open:store.vlm ");
-    EXPECT_EQ(mObserver.Calls, 1);
-    EXPECT_EQ(CountCards(), 1);
 }
 
 }  // namespace
