@@ -65,7 +65,6 @@ TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
     const std::pair<const char*, wxString> cases[] = {
         {"Front\tBack\na\tb\nc\td\n", "Delimited/tab: Front=a;Back=b;"},
         {"f,b,Category\na,b,never asked\n", "Delimited/comma: f=a;b=b;Category=never asked;"},
-        {"Q A\nx y\n", "Delimited/space: Q=x;A=y;"},
         {"f;b\n\"a;b\";c\n", "Delimited/semi-colon: f=a;b;b=c;"},
         {"Front\tBack\n", "Delimited/tab: "},
         {"", "Delimited/tab: "},
@@ -76,7 +75,6 @@ TEST_F(ImportDialogTest, FindsTheFormatAndShowsTheFirstCard) {
          "is: in: store\n" +
              kNeither},
         {"Front,Wrong\na,b\n", "Delimited/comma: Front=a;Back=b;"},
-        {"Hund | dog\n", "Delimited/pipe: Front=Hund;Back=dog;"},
         {"Hund - dog\n", "Delimited/dash or sign between words: Front=Hund;Back=dog;"},
         {"a@b\n",
          "VLM Text File/tab: Line is missing the colon (:) symbol\nLine Number: 1\n\nThe first row "
@@ -250,25 +248,6 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     EXPECT_TRUE(IsShown(ImportDialog::ID_ERROR));
     Choose(ImportDialog::ID_FORMAT, 2);
     EXPECT_TRUE(Shown().Contains("front=a;back=b;")) << Shown();
-
-    // A deck that makes far more than it is comes in after a question only.
-    std::string gaps;
-    for (int i = 1; i <= 60; ++i) {
-        gaps += "{{c" + std::to_string(i) + "::x}}";
-    }
-    std::string rows = NoteRow(1, "g", 8, gaps + std::string(3000, 'y'));
-    for (int i = 0; i < 60; ++i) {
-        rows += NewCard(1, i);
-    }
-    ASSERT_EQ(WriteDatabase(made, Schema11(rows)), "");
-    WritePackage(mDirectory.Path("large.apkg"), {{"collection.anki2", ReadBytes(made)}});
-    mAnswers.Expect(wxID_NO);
-    OpenFile("large.apkg");
-    EXPECT_TRUE(Shown().Contains("64 times the size of its file")) << Shown();
-    mAnswers.Expect(wxID_YES);
-    EXPECT_EQ(summary(OpenFile("large.apkg")),
-              "1 note\n60 cards\n1 text with several gaps becomes several cards.");
-    EXPECT_TRUE(mAnswers.Dialogs.back().Message.StartsWith("The cards of the deck take more"));
 
     WriteBytes(mDirectory.Path("cut.apkg"), ReadBytes(mDirectory.Path("my.apkg")).substr(0, 99));
     OpenFile("cut.apkg");

@@ -29,13 +29,6 @@ TEST_F(ImportRunTest, ADeclinedCategoryStopsTheImportWithoutAMessage) {
     }
 }
 
-TEST_F(ImportRunTest, YesToAllAnswersForTheWholeFile) {
-    EXPECT_TRUE(
-        Import("f: a\nb: b\nc: One\n\nf: c\nb: d\nc: Two\n", mpFrame, {wxID_YESTOALL, wxID_OK}));
-    EXPECT_EQ(mAnswers.Dialogs.back().Title, "Import Complete");
-    EXPECT_EQ(mAnswers.Dialogs.size(), 3U);
-}
-
 TEST_F(ImportRunTest, ARunWithoutAParentIsSilentUntilItFails) {
     EXPECT_TRUE(Import("f: a\nb: b\nc: Words\n", nullptr, {}));
     EXPECT_EQ(mAnswers.Dialogs.size(), 1U);
