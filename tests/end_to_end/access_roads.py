@@ -171,6 +171,10 @@ class AccessRoad(RoadTest):
         self.look_and_tab("Import")
         press("alt+y")
         self.look_and_tab("Velomind")
+        press("Escape")
+        self.program.wait_no_window("Velomind")
+        self.assertEqual(0, self.program.quit())
+        self.assertTrue(os.path.exists(os.path.join(old, "FlashCards.vls")))
 
 
 if __name__ == "__main__":

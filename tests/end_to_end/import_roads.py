@@ -64,10 +64,6 @@ class ImportRoad(RoadTest):
                 cards = self.sandbox.card_count()
         self.assertEqual([], self.sandbox.query("SELECT Name FROM Categories WHERE Name = 'new'"))
 
-    def choose_file(self, program, path):
-        program.wait_window(LIST_WINDOW)
-        program.open_import(path)
-
     def test_a_list_is_imported_by_the_dialogs(self):
         self.sandbox.let_read_windows()
         rows = ["Front\tBack\tCategory"]
@@ -93,41 +89,6 @@ class ImportRoad(RoadTest):
                          self.sandbox.query("SELECT Name FROM Categories ORDER BY Name"))
         self.assertTrue(os.path.exists(path), "a file that a person chose stays")
         self.sandbox.check_store()
-
-    def test_lists_as_people_have_them_go_in_at_the_first_try(self):
-        self.sandbox.let_read_windows()
-        mail = "Hund - dog\nKatze - cat\n\nHaus \u2013 house\n"
-        sheet = "Vokabel;\u00dcbersetzung;Tags\r\nM\u00fcll;garbage;Haus\r\nStra\u00dfe;street;\r\n"
-        files = [self.sandbox.write("mail.txt", mail.replace("\u2013", "-")),
-                 self.sandbox.write("sheet.csv", sheet.encode("cp1252"))]
-        program = self.sandbox.start()
-        for path, count in zip(files, (3, 2)):
-            self.choose_file(program, path)
-            program.wait_text("Preview (first card")
-            program.click("OK")
-            program.wait_window("Import Complete")
-            program.wait_text(f"{count} Records Inserted")
-            press("Return")
-        program.wait_window(LIST_WINDOW)
-        self.assertEqual(0, program.quit())
-        cards = self.sandbox.query("SELECT Front, Back, Notes FROM Cards ORDER BY rowid")
-        self.assertEqual([("Hund", "dog", ""), ("Katze", "cat", ""), ("Haus", "house", ""),
-                          ("M\u00fcll", "garbage", "Tags: Haus"), ("Stra\u00dfe", "street", "")], cards)
-        self.sandbox.check_store()
-
-    def test_a_store_of_version_1_asks_for_its_engine(self):
-        old = os.path.join(self.sandbox.documents, "Velomind Classic", "FlashCards.vls")
-        os.mkdir(os.path.dirname(old))
-        with open(old, "wb") as file:
-            file.write(b"old")
-        program = self.sandbox.start()
-        program.wait_window("Import")
-        press("alt+y")
-        program.wait_window("Velomind")
-        press("Escape")
-        program.wait_no_window("Velomind")
-        self.assertEqual(0, program.quit())
-        self.assertTrue(os.path.exists(old))
 
 
 if __name__ == "__main__":
