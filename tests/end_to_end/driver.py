@@ -314,6 +314,8 @@ class Program:
 
     def quit(self):
         """Closes the window on the screen, and with it the program."""
+        # A window that a dialog has just left takes no close yet.
+        self.settle()
         for title in (STUDY_WINDOW, LIST_WINDOW):
             if self.windows(title):
                 self.close(title)
