@@ -41,10 +41,10 @@ namespace {
 constexpr int kToolBarId = 10108;
 
 // The commands of other windows, and the one that the OK button stands for.
-constexpr int kForeignCommands[] = {wxID_OPEN,         ID_STUDY_FORWARD, ID_STUDY_REVERSE,
-                                    ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,  wxID_NEW,
-                                    ID_SAVE_CLOSE,     wxID_FIND,        ID_OPEN_STORE,
-                                    ID_RECENT_STORES,  ID_REPLACE,       ID_DUPLICATES};
+constexpr int kForeignCommands[] = {
+    wxID_OPEN,  ID_STUDY_FORWARD, ID_STUDY_REVERSE, ID_CUSTOMIZE_MENU, ID_NEW_CATEGORY,
+    wxID_NEW,   ID_SAVE_CLOSE,    wxID_FIND,        ID_OPEN_STORE,     ID_RECENT_STORES,
+    ID_REPLACE, ID_DUPLICATES,    wxID_PRINT};
 
 // The keys of the commands that the menus of the other windows show and this one's leave out.
 const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},

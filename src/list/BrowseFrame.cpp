@@ -20,6 +20,7 @@
 #include "categories/CurrentCategory.h"
 #include "categories/DropDown.h"
 #include "files/windows/StoreOpening.h"
+#include "list/PrintCards.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
@@ -226,6 +227,7 @@ void BrowseFrame::ReadAll() {
 }
 
 void BrowseFrame::Attach(Database* database, CardList::Extent extent) {
+    ClosePreview();
     mpDatabase = database;
     mpCardList->SetShowCategory(true);
     mpCardList->SetDatabase(database, extent);
@@ -453,11 +455,43 @@ void BrowseFrame::BindCommands() {
     Bind(
         wxEVT_UPDATE_UI,
         [this](wxUpdateUIEvent& event) { event.Enable(!mpCardList->IsStoreEmpty()); }, ID_EXPORT);
+    BindPrinting();
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { Close(false); }, wxID_CLOSE);
     BindViewCommands();
     Bind(
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_LIST);
+}
+
+void BrowseFrame::BindPrinting() {
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { Print(); }, wxID_PRINT);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) { event.Enable(mpCardList->GetCardCount() > 0); },
+        wxID_PRINT);
+}
+
+// Prints the cards in view, or the selected ones: one row is selected by almost any press or key,
+// and is rarely meant.
+void BrowseFrame::Print() {
+    if (mpDatabase == nullptr || mpCardList->GetCardCount() == 0) {
+        return;
+    }
+    std::vector<int64_t> rowIds;
+    mpCardList->CollectSelection(rowIds, false);
+    if (rowIds.size() < 2) {
+        rowIds = mpCardList->GetRowIds();
+    }
+    const wxString search = mpSearchCtrl->GetValue();
+    const wxString heading = mSearchAll && !search.empty() ? search : mpButton->GetLabelText();
+    mpPreview = PrintCards(*this, *mpDatabase, rowIds, heading);
+}
+
+void BrowseFrame::ClosePreview() {
+    if (mpPreview != nullptr) {
+        mpPreview->Close(true);
+    }
 }
 
 void BrowseFrame::BindViewCommands() {
@@ -710,6 +744,7 @@ void BrowseFrame::ClearSearch() {
 // Called when the window closes: the object is destroyed later, when the store may be gone.
 void BrowseFrame::LetGoOfStore() {
     mTyping.Stop();
+    ClosePreview();
     mSettingsAttachment.Detach();
     mStoreAttachment.Detach();
     mpDatabase = nullptr;

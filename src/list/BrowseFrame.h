@@ -3,6 +3,7 @@
 #include <wx/frame.h>
 #include <wx/string.h>
 #include <wx/timer.h>
+#include <wx/weakref.h>
 
 #include <functional>
 #include <tuple>
@@ -108,6 +109,7 @@ class BrowseFrame : public wxFrame, private Observer {
     void BindCommands();
     void BindViewCommands();
     void BindListCommands();
+    void BindPrinting();
     void BindSortMenu(wxMenu& view);
     void OrderTabs();
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
@@ -126,6 +128,8 @@ class BrowseFrame : public wxFrame, private Observer {
     bool Search(const wxString& text);
     void ClearSearch();
     void ShowCounts();
+    void Print();
+    void ClosePreview();
     void LetGoOfStore();
 
     void OnActivate(wxActivateEvent& event);
@@ -165,6 +169,8 @@ class BrowseFrame : public wxFrame, private Observer {
     Database* mpDatabase = nullptr;
     CategoryList* mpCategoryList = nullptr;
     CardList* mpCardList = nullptr;
+    // Shows pages of cards, and no other window can be used meanwhile. Null while there is none.
+    wxWeakRef<wxFrame> mpPreview;
     // Gets the keyboard focus when the window comes back to the screen.
     wxWindow* mpChildFocus = nullptr;
     SubjectAttachment mSettingsAttachment;

@@ -70,6 +70,8 @@ class CardList : public wxPanel, private Observer {
     wxString GetCellText(long row, ListColumn column);
 
     int GetCardCount() const { return static_cast<int>(mRowIds.size()); }
+    // The rows' cards, in the order on the screen.
+    const std::vector<int64_t>& GetRowIds() const { return mRowIds; }
     int GetSelectedCount() const { return mpListCtrl->GetSelectedItemCount(); }
 
     // Opens the menu of the columns by the headings, as a right click on a heading does.

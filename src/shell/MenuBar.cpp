@@ -278,7 +278,7 @@ void InitFrame(wxFrame& frame, const wxString&) {
     static const wxFont font = wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT);
     frame.SetFont(font);
     std::unique_ptr<wxMenuBar> bar(BuildMenuBar());
-    for (const int id : {int{wxID_PRINT}, int{wxID_CLOSE}, int{ID_QUICK_HELP}}) {
+    for (const int id : {int{wxID_CLOSE}, int{ID_QUICK_HELP}}) {
         RemoveMenuItem(*bar, id);
     }
     RemoveMenuOf(*bar, ID_MINIMIZE);

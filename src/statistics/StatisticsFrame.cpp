@@ -253,7 +253,7 @@ constexpr int kPictureScale = 2;
 // Commands of other windows.
 constexpr int kForeignCommands[] = {wxID_OPEN,        ID_SAVE_CLOSE,    ID_SAVE_NEW,
                                     ID_STUDY_FORWARD, ID_STUDY_REVERSE, ID_CUSTOMIZE_MENU,
-                                    ID_REPLACE,       ID_DUPLICATES};
+                                    ID_REPLACE,       ID_DUPLICATES,    wxID_PRINT};
 
 // In the order of the choice of directions.
 constexpr int kDirections[] = {kReviewForward | kReviewReverse, kReviewForward, kReviewReverse};

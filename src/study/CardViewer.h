@@ -9,7 +9,7 @@
 #include <array>
 #include <cstdint>
 
-#include "study/TextWrap.h"
+#include "shell/TextWrap.h"
 
 class wxDC;
 

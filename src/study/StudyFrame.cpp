@@ -116,7 +116,8 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     InitFrame(*this, "study_window");
     AddStudyEntries(*GetMenuBar());
     SetAcceleratorTable(wxAcceleratorTable(WXSIZEOF(kKeys), kKeys));
-    for (const int command : {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_REPLACE, ID_DUPLICATES}) {
+    for (const int command : {int{ID_SAVE_CLOSE}, int{ID_SAVE_NEW}, int{ID_REPLACE},
+                              int{ID_DUPLICATES}, int{wxID_PRINT}}) {
         RemoveMenuItem(*GetMenuBar(), command);
     }
     AddStudyCommands();

@@ -1,4 +1,4 @@
-#include "study/TextWrap.h"
+#include "shell/TextWrap.h"
 
 #include <gtest/gtest.h>
 

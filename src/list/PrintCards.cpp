@@ -1,0 +1,230 @@
+#include "list/PrintCards.h"
+
+#include <wx/button.h>
+#include <wx/dcmemory.h>
+#include <wx/dialog.h>
+#include <wx/frame.h>
+#include <wx/intl.h>
+#include <wx/radiobox.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <iterator>
+#include <list>
+#include <utility>
+
+#include "shell/Forms.h"
+#include "shell/MessageBox.h"
+#include "shell/Settings.h"
+#include "shell/Toolkit.h"
+#include "store/Database.h"
+
+// A font has its size from the resolution of what it is drawn on, and the library's printer, screen
+// and preview do not agree about it. So all texts are measured on one bitmap, at the scale of the
+// paper's units, and a page first finds out how much larger or smaller its own device draws them.
+
+namespace {
+
+// A4, for a printer that does not say what paper it has.
+const wxSize kUsualPaper(5953, 8419);
+
+const wchar_t* const kSample = L"The quick brown fox";
+
+wxFont MakeFont(const PrintFont& font, double scale) {
+    wxFont made = ReadFontSetting(kSettingBrowseFont);
+    const double screen = std::max(wxGetDisplayPPI().y, 1);
+    made.SetFractionalPointSize(font.Points * kPaperUnits / screen * scale);
+    made.SetWeight(font.IsBold ? wxFONTWEIGHT_BOLD : wxFONTWEIGHT_NORMAL);
+    return made;
+}
+
+// Measures texts in the units of the paper.
+class PaperMeasure {
+  public:
+    PaperMeasure() : mBitmap(1, 1), mDc(mBitmap) {}
+
+    wxSize operator()(const wxString& text, const PrintFont& font) {
+        if (font.Points != mFont.Points || font.IsBold != mFont.IsBold) {
+            mFont = font;
+            mDc.SetFont(MakeFont(font, 1.0));
+        }
+        return mDc.GetTextExtent(text);
+    }
+
+  private:
+    wxBitmap mBitmap;
+    wxMemoryDC mDc;
+    PrintFont mFont;
+};
+
+// Returns the factor for fonts with which a text is as long on the device as it was measured.
+double FindFontScale(wxDC& dc) {
+    constexpr PrintFont kFont = {20, false};
+    dc.SetFont(MakeFont(kFont, 1.0));
+    const int drawn = dc.GetTextExtent(kSample).x;
+    return drawn > 0 ? static_cast<double>(PaperMeasure()(kSample, kFont).x) / drawn : 1.0;
+}
+
+void DrawLine(wxDC& dc, const PrintLine& line) {
+    // The mark gives a line its direction even where it begins with a word of another script.
+    const wxString text = line.IsRightToLeft ? wxString(L'\u200F') + line.Text : line.Text;
+    const int free = line.Place.width - dc.GetTextExtent(text).x;
+    int left = line.Place.x;
+    if (line.Alignment != PrintLine::Side::kLeft && free > 0) {
+        left += line.Alignment == PrintLine::Side::kCentre ? free / 2 : free;
+    }
+    if (free >= 0) {
+        dc.DrawText(text, left, line.Place.y);
+        return;
+    }
+    const wxDCClipper clip(dc, line.Place);
+    dc.DrawText(text, left, line.Place.y);
+}
+
+// Asks in which form, and whether to print or to look first.
+class PrintDialog : public wxDialog {
+  public:
+    PrintDialog(wxWindow* parent, size_t count) : wxDialog(parent, wxID_ANY, _("Print Cards")) {
+        wxBoxSizer* const rows = MakeFormColumn(*this);
+        const wxString about = AboutCards(static_cast<int>(count)).Trim(false);
+        rows->Add(new wxStaticText(this, wxID_ANY, about));
+        const wxString forms[] = {_("&List of fronts and backs"), _("&Cards to cut out")};
+        mpForm = new wxRadioBox(this, wxID_ANY, _("Layout"), wxDefaultPosition, wxDefaultSize,
+                                wxArrayString(std::size(forms), forms), 1, wxRA_SPECIFY_COLS);
+        LetArrowsChoose(*mpForm);
+        rows->Add(mpForm, FormRow(*this));
+        auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+        const wxSizerFlags apart = wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap));
+        buttons->AddStretchSpacer();
+        buttons->Add(AddButton(wxID_PREVIEW, _("Pre&view...")), apart);
+        buttons->Add(AddButton(wxID_CANCEL, wxString()), apart);
+        wxButton* const print = AddButton(wxID_PRINT, _("&Print..."));
+        print->SetDefault();
+        buttons->Add(print, apart);
+        rows->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge)));
+        GetSizer()->SetSizeHints(this);
+        CentreOnParent();
+        LetReturnPressDefault(*this);
+        mpForm->SetFocus();
+    }
+
+    PrintForm GetForm() const { return static_cast<PrintForm>(mpForm->GetSelection()); }
+
+  private:
+    wxButton* AddButton(int id, const wxString& label) {
+        auto* const button = new wxButton(this, id, label);
+        button->Bind(wxEVT_BUTTON, [this, id](wxCommandEvent&) { EndModal(id); });
+        return button;
+    }
+
+    wxRadioBox* mpForm = nullptr;
+};
+
+void Print(wxWindow& parent, const std::shared_ptr<PrintLayout>& layout, const wxString& title) {
+    wxPrinter printer;
+    CardPrintout printout(title, layout);
+    if (!printer.Print(&parent, &printout, true) && wxPrinter::GetLastError() == wxPRINTER_ERROR) {
+        ShowMessageBox(_("The cards could not be printed."), _("Print Cards"), wxOK | wxCENTRE,
+                       &parent);
+    }
+}
+
+wxFrame* Preview(wxWindow& parent, const std::shared_ptr<PrintLayout>& layout,
+                 const wxString& title) {
+    wxPrintDialogData data;
+    data.GetPrintData().SetPaperId(wxPAPER_A4);
+    auto preview = std::make_unique<wxPrintPreview>(new CardPrintout(title, layout),
+                                                    new CardPrintout(title, layout), &data);
+    if (!preview->IsOk()) {
+        ShowMessageBox(_("The cards could not be printed."), _("Print Cards"), wxOK | wxCENTRE,
+                       &parent);
+        return nullptr;
+    }
+    auto* const frame = new wxPreviewFrame(preview.release(), &parent, _("Print Preview"));
+    frame->InitializeWithModality(wxPreviewFrame_AppModal);
+    frame->SetSize(parent.FromDIP(wxSize(720, 800)));
+    frame->CentreOnParent();
+    frame->Show();
+    return frame;
+}
+
+}  // namespace
+
+void CardPrintout::OnPreparePrinting() {
+    const wxBusyCursor busy;
+    const wxSize pixels = GetPaperRectPixels().GetSize();
+    wxSize perInch;
+    GetPPIPrinter(&perInch.x, &perInch.y);
+    const bool isKnown = pixels.x > 0 && pixels.y > 0 && perInch.x > 0 && perInch.y > 0;
+    mpLayout->SetPaper(
+        isKnown ? wxSize(pixels.x * kPaperUnits / perInch.x, pixels.y * kPaperUnits / perInch.y)
+                : kUsualPaper);
+}
+
+void CardPrintout::GetPageInfo(int* first, int* last, int* from, int* to) {
+    *first = 1;
+    *last = mpLayout->CountPages();
+    *from = 1;
+    *to = *last;
+}
+
+bool CardPrintout::OnPrintPage(int page) {
+    if (GetDC() == nullptr || !HasPage(page)) {
+        return false;
+    }
+    wxDC& dc = *GetDC();
+    FitThisSizeToPaper(mpLayout->GetPaper());
+    const double scale = FindFontScale(dc);
+    // Paper is white whatever the theme.
+    dc.SetTextForeground(*wxBLACK);
+    dc.SetBackgroundMode(wxBRUSHSTYLE_TRANSPARENT);
+    dc.SetPen(wxPen(wxColour(128, 128, 128), kPaperUnits / 144));
+    const PrintPage made = mpLayout->MakePage(page);
+    for (const auto& [from, to] : made.Rules) {
+        dc.DrawLine(from, to);
+    }
+    for (const PrintLine& line : made.Lines) {
+        dc.SetFont(MakeFont(line.Font, scale));
+        DrawLine(dc, line);
+    }
+    return true;
+}
+
+std::shared_ptr<PrintLayout> MakePrintLayout(Database& database, std::vector<int64_t> rowIds,
+                                             const wxString& heading, PrintForm form) {
+    PrintLayout::Source source;
+    source.Count = rowIds.size();
+    source.Heading = heading;
+    source.Read = [&database, ids = std::move(rowIds)](size_t first, size_t count) {
+        std::vector<PrintLayout::Sides> read(count);
+        for (size_t i = 0; i < count; ++i) {
+            std::list<FlashCard> cards;
+            if (database.SelectCardByRowId(ids[first + i], cards) >= 0 && !cards.empty()) {
+                read[i] = {cards.front().Front, cards.front().Back};
+            }
+        }
+        return read;
+    };
+    const auto measure = std::make_shared<PaperMeasure>();
+    source.Measure = [measure](const wxString& text, const PrintFont& font) {
+        return (*measure)(text, font);
+    };
+    return std::make_shared<PrintLayout>(form, std::move(source));
+}
+
+wxFrame* PrintCards(wxWindow& parent, Database& database, const std::vector<int64_t>& rowIds,
+                    const wxString& heading) {
+    PrintDialog dialog(&parent, rowIds.size());
+    const int answer = dialog.ShowModal();
+    if (answer != wxID_PRINT && answer != wxID_PREVIEW) {
+        return nullptr;
+    }
+    const auto layout = MakePrintLayout(database, rowIds, heading, dialog.GetForm());
+    if (answer == wxID_PREVIEW) {
+        return Preview(parent, layout, heading);
+    }
+    Print(parent, layout, heading);
+    return nullptr;
+}

@@ -1,0 +1,221 @@
+#include <gtk/gtk.h>
+#include <wx/filename.h>
+#include <wx/gtk/print.h>
+#include <wx/print.h>
+#include <wx/utils.h>
+
+#include "list/ListFixture.h"
+#include "list/PrintCards.h"
+
+namespace {
+
+const wxSize kA4(5953, 8419);
+const wxSize kA4Landscape(8419, 5953);
+
+// Cards "f0" and "b0" and so on; a letter is half as wide as its font is high.
+PrintLayout MakeLayout(PrintForm form, size_t count, const wxString& before = wxString()) {
+    PrintLayout::Source source;
+    source.Count = count;
+    source.Heading = "French";
+    source.Read = [before](size_t first, size_t most) {
+        EXPECT_LE(most, 100U) << "more cards in memory than a page takes";
+        std::vector<PrintLayout::Sides> cards;
+        for (size_t i = first; i < first + most; ++i) {
+            const auto number = static_cast<unsigned>(i);
+            cards.push_back(
+                {before + wxString::Format("f%u", number), wxString::Format("b%u", number)});
+        }
+        return cards;
+    };
+    source.Measure = [](const wxString& text, const PrintFont& font) {
+        return wxSize(static_cast<int>(text.length()) * font.Points * 5, font.Points * 12);
+    };
+    return PrintLayout(form, std::move(source));
+}
+
+const PrintLine* FindLine(const PrintPage& page, const wxString& text) {
+    const auto found = std::find_if(page.Lines.begin(), page.Lines.end(),
+                                    [&](const PrintLine& line) { return line.Text == text; });
+    return found != page.Lines.end() ? &*found : nullptr;
+}
+
+wxPoint Middle(const PrintLine& line) {
+    return line.Place.GetTopLeft() + line.Place.GetSize() / 2;
+}
+
+// The texts of a file in the order in which they stand on its pages.
+std::string ReadPdf(const wxString& path) {
+    wxArrayString lines;
+    EXPECT_EQ(wxExecute("pdftotext -enc UTF-8 -layout " + path + " -", lines, wxEXEC_SYNC), 0);
+    return wxJoin(lines, '\n', '\0').utf8_string();
+}
+
+}  // namespace
+
+TEST(PrintLayout, APageHasTheCardsThatFitOnIt) {
+    const wxString sentence("word word word word word word word word word word word word word ");
+    wxString novel;
+    for (int i = 0; i < 200; ++i) {
+        novel += sentence;
+    }
+    // The form, the paper, the cards, what each front begins with, and the first back of each page.
+    const std::tuple<PrintForm, wxSize, size_t, wxString, std::vector<const char*>> rows[] = {
+        {PrintForm::kList, kA4, 0, "", {}},
+        {PrintForm::kList, kA4, 41, "", {"b0"}},
+        {PrintForm::kList, kA4, 100, "", {"b0", "b41", "b82"}},
+        {PrintForm::kList, kA4Landscape, 30, "", {"b0", "b27"}},
+        {PrintForm::kList, kA4, 30, sentence, {"b0", "b24"}},
+        // A card longer than a page has one of its own, and an ellipsis.
+        {PrintForm::kList, kA4, 3, novel, {"b0", "b1", "b2"}},
+        {PrintForm::kCutOut, kA4, 0, "", {}},
+        {PrintForm::kCutOut, kA4, 10, "", {"", "b0"}},
+        {PrintForm::kCutOut, kA4, 11, "", {"", "b0", "", "b10"}},
+        {PrintForm::kCutOut, kA4Landscape, 10, novel, {"", "b0", "", "b9"}},
+    };
+    for (const auto& [form, paper, count, before, backs] : rows) {
+        PrintLayout layout = MakeLayout(form, count, before);
+        layout.SetPaper(paper);
+        ASSERT_EQ(layout.CountPages(), static_cast<int>(backs.size())) << count << before.Left(9);
+        for (int number = 1; number <= layout.CountPages(); ++number) {
+            const PrintPage page = layout.MakePage(number);
+            const wxString back = backs[static_cast<size_t>(number) - 1];
+            const auto first =
+                std::find_if(page.Lines.begin(), page.Lines.end(),
+                             [](const PrintLine& line) { return line.Text.StartsWith("b"); });
+            EXPECT_EQ(first != page.Lines.end() ? first->Text : wxString(), back) << number;
+            for (size_t i = 0; i < page.Lines.size(); ++i) {
+                const PrintLine& line = page.Lines[i];
+                EXPECT_TRUE(wxRect(paper).Contains(line.Place)) << line.Text;
+                EXPECT_LE(static_cast<int>(line.Text.length()) * line.Font.Points * 5,
+                          line.Place.width);
+                for (size_t j = 0; j < i; ++j) {
+                    EXPECT_FALSE(line.Place.Intersects(page.Lines[j].Place)) << line.Text;
+                }
+            }
+        }
+    }
+}
+
+TEST(PrintLayout, FrontAndBackOfACardMeetWhenTheSheetIsTurnedOverItsLongEdge) {
+    for (const wxSize& paper : {kA4, kA4Landscape}) {
+        PrintLayout layout = MakeLayout(PrintForm::kCutOut, 3);
+        layout.SetPaper(paper);
+        const PrintPage fronts = layout.MakePage(1);
+        const PrintPage backs = layout.MakePage(2);
+        for (const char* const number : {"0", "1", "2"}) {
+            const PrintLine* const front = FindLine(fronts, wxString("f") + number);
+            const PrintLine* const back = FindLine(backs, wxString("b") + number);
+            ASSERT_TRUE(front != nullptr && back != nullptr);
+            wxPoint turned = Middle(*back);
+            (paper == kA4 ? turned.x : turned.y) =
+                paper == kA4 ? paper.x - turned.x : paper.y - turned.y;
+            const wxPoint apart = Middle(*front) - turned;
+            EXPECT_LE(std::max(std::abs(apart.x), std::abs(apart.y)), 4) << number;
+        }
+    }
+}
+
+struct PrintCardsTest : ListTest {
+    // Presses Print in the desktop's dialog as soon as it has found its printers.
+    static gboolean PressPrint(gpointer) {
+        GList* const windows = gtk_window_list_toplevels();
+        bool isPressed = false;
+        for (const GList* item = windows; item != nullptr; item = item->next) {
+            if (wxString(G_OBJECT_TYPE_NAME(item->data)) == "GtkPrintUnixDialog") {
+                auto* const dialog = GTK_DIALOG(item->data);
+                GtkWidget* const button =
+                    gtk_dialog_get_widget_for_response(dialog, GTK_RESPONSE_OK);
+                isPressed = gtk_widget_is_sensitive(button) != FALSE;
+                if (isPressed) {
+                    gtk_dialog_response(dialog, GTK_RESPONSE_OK);
+                }
+            }
+        }
+        g_list_free(windows);
+        return isPressed ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
+    }
+
+    // Prints the cards of the row ids, and returns the texts of the file.
+    std::string Print(PrintForm form, const std::vector<int64_t>& rowIds) {
+        // The only printer is the one that writes a file.
+        g_object_set(gtk_settings_get_default(), "gtk-print-backends", "file", nullptr);
+        const wxString path =
+            mDirectory.Path(wxString::Format("cards%i.pdf", static_cast<int>(form)));
+        wxPrintDialogData data;
+        wxPrintData& settings = data.GetPrintData();
+        settings.SetPaperId(wxPAPER_A4);
+        settings.ConvertToNative();
+        auto& native = dynamic_cast<wxGtkPrintNativeData&>(*settings.GetNativeData());
+        gtk_print_settings_set(native.GetPrintConfig(), GTK_PRINT_SETTINGS_OUTPUT_URI,
+                               ("file://" + path).utf8_str());
+        wxPrinter printer(&data);
+        CardPrintout printout("Cards", MakePrintLayout(mDatabase, rowIds, "Default", form));
+        gtk_print_settings_set_printer(native.GetPrintConfig(), "Print to File");
+        const guint timer = g_timeout_add(20, PressPrint, nullptr);
+        EXPECT_TRUE(printer.Print(nullptr, &printout, true)) << timer;
+        EXPECT_TRUE(WaitFor([&path] { return wxFileExists(path); }));
+        if (wxGetEnv("VELOMIND_KEEP_PDF", nullptr)) {
+            wxCopyFile(path, "/tmp/print25/" + wxFileName(path).GetFullName());
+        }
+        return ReadPdf(path);
+    }
+};
+
+TEST_F(PrintCardsTest, AFileHasTheTextsOfAllScriptsOnTheirPages) {
+    Insert(MakeCard(L"\u65E5\u672C\u8A9E", L"Japanese"));
+    Insert(MakeCard(L"\u05E2\u05D1\u05E8\u05D9\u05EA", L"Hebrew"));
+    std::vector<int64_t> rowIds{2, 1};
+    const std::string list = Print(PrintForm::kList, rowIds);
+    EXPECT_THAT(list, ::testing::HasSubstr("Default"));
+    EXPECT_THAT(list, ::testing::HasSubstr("Page 1 of 1"));
+    EXPECT_LT(list.find(wxString(L"\u05E2\u05D1\u05E8\u05D9\u05EA").utf8_string()),
+              list.find(wxString(L"\u65E5\u672C\u8A9E").utf8_string()));
+    EXPECT_LT(list.find("Hebrew"), list.find("Japanese"));
+    EXPECT_NE(list.find("Japanese"), std::string::npos);
+
+    // The backs are on the second page. A card that is gone leaves its place empty.
+    rowIds.push_back(99);
+    const std::string cut = Print(PrintForm::kCutOut, rowIds);
+    const size_t page = cut.find('\f');
+    ASSERT_NE(page, std::string::npos);
+    EXPECT_LT(cut.find(wxString(L"\u65E5\u672C\u8A9E").utf8_string()), page);
+    EXPECT_GT(cut.find("Hebrew"), page);
+    EXPECT_LT(cut.find("Japanese"), cut.find("Hebrew")) << "the columns are not mirrored";
+}
+
+TEST_F(PrintCardsTest, TheCommandPrintsTheCardsInViewOrTheSelectedOnes) {
+    Open();
+    EXPECT_EQ(Rule(wxID_PRINT), "off");
+    Command(wxID_PRINT);
+    for (const char* const front : {"one", "two", "three"}) {
+        Insert(MakeCard(front, "x"));
+    }
+    mDatabase.Notify();
+    EXPECT_EQ(Rule(wxID_PRINT), "on");
+    for (const auto& [selected, count] :
+         {std::pair(std::vector<long>{}, "3 cards"), std::pair(std::vector<long>{1}, "3 cards"),
+          std::pair(std::vector<long>{0, 2}, "2 cards")}) {
+        Select(selected);
+        ModalAnswers answers;
+        answers.Expect([count = count](wxDialog& dialog) {
+            const auto& about = Find<wxStaticText>(dialog, "staticText");
+            EXPECT_TRUE(about.GetLabel().Contains(count)) << about.GetLabel();
+            return int{wxID_CANCEL};
+        });
+        Command(wxID_PRINT);
+    }
+    // The preview goes before its store does.
+    ModalAnswers answers;
+    answers.Expect(wxID_PREVIEW);
+    Command(wxID_PRINT);
+    const auto preview = [] {
+        return std::any_of(
+            wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
+            [](wxWindow* window) { return dynamic_cast<wxPreviewFrame*>(window) != nullptr; });
+    };
+    EXPECT_TRUE(preview());
+    EXPECT_FALSE(mpFrame->IsEnabled());
+    mpFrame->SetDatabase(nullptr);
+    EXPECT_TRUE(WaitFor([&] { return !preview() && mpFrame->IsEnabled(); }));
+    mpFrame->SetDatabase(&mDatabase);
+}
