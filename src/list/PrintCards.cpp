@@ -147,6 +147,7 @@ wxFrame* Preview(wxWindow& parent, const std::shared_ptr<PrintLayout>& layout,
     frame->SetSize(parent.FromDIP(wxSize(720, 800)));
     frame->CentreOnParent();
     frame->Show();
+    frame->Raise();
     return frame;
 }
 
@@ -216,12 +217,18 @@ std::shared_ptr<PrintLayout> MakePrintLayout(Database& database, std::vector<int
 
 wxFrame* PrintCards(wxWindow& parent, Database& database, const std::vector<int64_t>& rowIds,
                     const wxString& heading) {
-    PrintDialog dialog(&parent, rowIds.size());
-    const int answer = dialog.ShowModal();
+    int answer = wxID_CANCEL;
+    PrintForm form = PrintForm::kList;
+    {
+        // The dialog is gone before the preview opens. Its end would take the focus from it.
+        PrintDialog dialog(&parent, rowIds.size());
+        answer = dialog.ShowModal();
+        form = dialog.GetForm();
+    }
     if (answer != wxID_PRINT && answer != wxID_PREVIEW) {
         return nullptr;
     }
-    const auto layout = MakePrintLayout(database, rowIds, heading, dialog.GetForm());
+    const auto layout = MakePrintLayout(database, rowIds, heading, form);
     if (answer == wxID_PREVIEW) {
         return Preview(parent, layout, heading);
     }
