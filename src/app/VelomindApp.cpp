@@ -44,7 +44,8 @@
 namespace {
 
 // Commands that the application disables, since only some windows have them.
-constexpr int kMissingCommands[] = {ID_EXPORT, ID_RENAME, ID_QUICK_HELP};
+constexpr int kMissingCommands[] = {ID_EXPORT,  ID_RENAME,    ID_QUICK_HELP,
+                                    ID_MOVE_UP, ID_MOVE_DOWN, ID_RENUMBER};
 
 bool IsAnyWindowShown() {
     return std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),

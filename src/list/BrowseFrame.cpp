@@ -579,6 +579,7 @@ void BrowseFrame::BindListCommands() {
     };
     bind(ID_REPLACE, [this] { mpCardList->ReplaceTexts(); });
     bind(ID_DUPLICATES, [this] { mServices.ShowDuplicates(*this); });
+    BindOrderMenu();
     // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
     AddListCommand(wxID_SELECTALL, selectAll, selectAll);
@@ -593,6 +594,30 @@ void BrowseFrame::BindListCommands() {
     for (const int id : {wxID_UNDO, wxID_REDO}) {
         Bind(wxEVT_UPDATE_UI, &BrowseFrame::OnUpdateUndo, this, id);
     }
+}
+
+void BrowseFrame::BindOrderMenu() {
+    auto* const order = new wxMenu;
+    order->Append(ID_MOVE_UP, _("Move Up\tAlt+Up"));
+    order->Append(ID_MOVE_DOWN, _("Move Down\tAlt+Down"));
+    order->AppendSeparator();
+    order->Append(ID_RENUMBER, _("Renumber from..."));
+    order->Append(ID_RANDOM_ORDER, _("New Cards in Random Order"));
+    wxMenu* edit = nullptr;
+    size_t place = 0;
+    const wxMenuItem* const rename = GetMenuBar()->FindItem(ID_RENAME, &edit);
+    edit->FindChildItem(rename->GetId(), &place);
+    edit->Insert(place + 1, wxID_ANY, _("Order of Introduction"), order);
+    const auto hasTarget = [this] { return mpCardList->HasTarget(); };
+    AddListCommand(ID_MOVE_UP, {}, {[this] { mpCardList->MoveSelected(false); }, hasTarget});
+    AddListCommand(ID_MOVE_DOWN, {}, {[this] { mpCardList->MoveSelected(true); }, hasTarget});
+    AddListCommand(ID_RENUMBER, {}, {[this] { mpCardList->RenumberSelected(); }, hasTarget});
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { mpCardList->DealNewCards(); }, ID_RANDOM_ORDER);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) { event.Enable(!mpCardList->IsStoreEmpty()); },
+        ID_RANDOM_ORDER);
 }
 
 void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
@@ -808,7 +833,9 @@ void BrowseFrame::OnCharHook(wxKeyEvent& event) {
         return;
     }
     const bool isDown = key == WXK_DOWN || key == WXK_NUMPAD_DOWN;
-    if (isDown && event.AltDown() && HasFocusIn(*mpCardList)) {
+    if ((isUp || isDown) && event.GetModifiers() == wxMOD_ALT && HasFocusIn(*mpCardList)) {
+        ProcessCommand(isUp ? ID_MOVE_UP : ID_MOVE_DOWN);
+    } else if (key == WXK_F4 && !event.HasAnyModifiers() && !HasFocusIn(*mpCategoryList)) {
         mpButton->GetPopup()->Popup();
     } else if (!HasFocusIn(*mpSearchCtrl) || (!isDown && key != WXK_ESCAPE)) {
         event.Skip();

@@ -111,6 +111,7 @@ class BrowseFrame : public wxFrame, private Observer {
     void BindListCommands();
     void BindPrinting();
     void BindSortMenu(wxMenu& view);
+    void BindOrderMenu();
     void OrderTabs();
     void AddListCommand(int id, const ListCommand& inCategories, const ListCommand& inCards);
     const ListCommand* FindListCommand(const ListCommand& inCategories,

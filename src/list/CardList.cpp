@@ -7,7 +7,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <limits>
 #include <list>
+#include <random>
 #include <utility>
 
 #include "base/Collator.h"
@@ -630,6 +633,86 @@ void CardList::ReplaceTexts() {
     // The list reads its rows anew while the dialog has them.
     const std::vector<int64_t> shown = mRowIds;
     mServices.ReplaceInCards(*this, selected, shown);
+}
+
+void CardList::WriteOrders(const CardRenumberings& changes, const wxString& caption) {
+    if (changes.empty()) {
+        return;
+    }
+    StoreChange change;
+    const wxBusyCursor busy;
+    // The store reports a failure; what was written can be taken back all the same.
+    Renumber(*mpDatabase, changes, change);
+    const wxString notice = DescribeWithoutUndo(change);
+    mServices.GetUndoHistory().Add(std::move(change));
+    mpDatabase->Notify();
+    if (mpListCtrl->GetFocusedRow() >= 0) {
+        mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
+    }
+    if (!notice.empty()) {
+        ShowMessageBox(notice, caption, wxOK | wxCENTRE, this);
+    }
+}
+
+void CardList::MoveSelected(bool isDown) {
+    if (!HasTarget()) {
+        return;
+    }
+    mpListCtrl->SelectSomeRow();
+    std::vector<int64_t> rowIds;
+    CollectSelection(rowIds, false);
+    const bool isTurned = mOrder.Column == ListColumn::kNumber && mOrder.IsDescending;
+    CardRenumberings changes;
+    if (FindMoves(*mpDatabase, std::move(rowIds), isDown != isTurned, changes) == 0) {
+        WriteOrders(changes, _("Move Cards"));
+    }
+}
+
+void CardList::RenumberSelected() {
+    if (!HasTarget()) {
+        return;
+    }
+    mpListCtrl->SelectSomeRow();
+    std::vector<int64_t> rowIds;
+    CollectSelection(rowIds, false);
+    std::vector<OrderedCard> places;
+    if (mpDatabase->SelectPlaces(rowIds, places) < 0 || places.empty()) {
+        return;
+    }
+    const int32_t most =
+        std::numeric_limits<int32_t>::max() - static_cast<int32_t>(places.size()) + 1;
+    const wxString caption = _("Renumber Cards");
+    TextQuestion dialog(this,
+                        _("Please enter the number of the first selected card. The others follow "
+                          "in the order of the list."),
+                        caption, wxString::Format("%i", places.front().Order));
+    int32_t first = 0;
+    while (dialog.ShowModal() == wxID_OK) {
+        if (ParseWholeNumber(TrimWide(dialog.GetValue()), first) && first >= 0 && first <= most) {
+            WriteOrders(NumberFrom(places, first), caption);
+            return;
+        }
+        ShowMessageBox(wxString::Format(_("The number must be a whole number from 0 to %i."), most),
+                       caption, wxOK | wxCENTRE, this);
+    }
+}
+
+void CardList::DealNewCards() {
+    std::vector<OrderedCard> places;
+    if (mpDatabase == nullptr ||
+        mpDatabase->SelectNewPlaces(GetDirection(), mCategoryId, places) < 0) {
+        return;
+    }
+    CardUuid chance;
+    if (GenerateUuid(chance) < 0) {
+        return;
+    }
+    std::seed_seq seed(std::begin(chance.Bytes), std::end(chance.Bytes));
+    std::mt19937 generator(seed);
+    const auto random = [&generator](size_t end) {
+        return std::uniform_int_distribution<size_t>(0, end - 1)(generator);
+    };
+    WriteOrders(DealNumbers(places, random), _("New Cards in Random Order"));
 }
 
 void CardList::DeleteSelected() {

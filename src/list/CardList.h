@@ -14,6 +14,7 @@
 #include "list/RowJob.h"
 #include "reviews/CardFailures.h"
 #include "reviews/ReviewLog.h"
+#include "store/CardSequence.h"
 #include "store/SearchQuery.h"
 #include "store/Subject.h"
 
@@ -95,6 +96,15 @@ class CardList : public wxPanel, private Observer {
     bool CanPaste() const;
     // Finds and replaces in the selected cards or in all that are shown.
     void ReplaceTexts();
+    // These set the order of introduction by hand, each as one step that can be undone.
+    // Moves the selected cards one place up or down as the list shows the numbers, each in its
+    // category. Without selection the focused card moves.
+    void MoveSelected(bool isDown);
+    // Asks for a number and gives the selected cards the numbers from it on, in the order of the
+    // list.
+    void RenumberSelected();
+    // Deals the numbers of the current category's cards that are new in the direction of study.
+    void DealNewCards();
     // Asks before it deletes. When no card is selected, the focused card is deleted.
     void DeleteSelected();
     void SelectAll() { mpListCtrl->SelectEveryRow(true); }
@@ -163,6 +173,7 @@ class CardList : public wxPanel, private Observer {
     const FlashCard* FetchRow(long row);
     void EditRow(long row);
     void EditFrom(long row);
+    void WriteOrders(const CardRenumberings& changes, const wxString& caption);
     void PutOnClipboard(bool cut);
     void UseFont();
 

@@ -36,6 +36,10 @@ enum CommandId : int {
     // One id for each store in the menu of the last ones.
     ID_RECENT_STORE_FIRST = 30070,
     ID_RECENT_STORE_LAST = 30074,
+    ID_MOVE_UP = 30080,
+    ID_MOVE_DOWN = 30081,
+    ID_RENUMBER = 30082,
+    ID_RANDOM_ORDER = 30083,
     ID_LAYOUT_HORIZONTAL = 30012,
     ID_LAYOUT_VERTICAL = 30013,
     ID_RENAME_CATEGORY = 30020,

@@ -24,6 +24,8 @@
 #include "store/Subject.h"
 
 struct CardTextChange;
+struct OrderedCard;
+struct CardRenumbering;
 class Job;
 struct CardSearch;
 enum class CardText : uint8_t;
@@ -167,6 +169,9 @@ class Database : public Subject {
     // Changes texts of many cards, each card's in one statement and only where all of them still
     // are as they were before. Appends the rows that were written. Failures are as above.
     int UpdateTexts(const std::vector<CardTextChange>& changes, std::vector<int64_t>& written);
+    // Changes numbers in the order of introduction where they still are as before, many cards a
+    // statement. Appends the rows that were written. Failures are as above.
+    int UpdateOrders(const std::vector<CardRenumbering>& changes, std::vector<int64_t>& written);
     // Puts every card into review block 0, in both directions.
     int ResetErc();
     // Moves every card of one category into another.
@@ -266,6 +271,14 @@ class Database : public Subject {
     // Gives the category's greatest IntroductionOrder. Returns -1, with order unchanged, for an
     // empty one.
     int SelectMaxIntroductionOrder(int32_t categoryId, int32_t& order);
+
+    // Append the places of the category's cards, or only of those that are new in the direction and
+    // not excluded from it, in the order of introduction; or of the cards in these rows, in their
+    // order, without those that are gone.
+    int SelectPlaces(int32_t categoryId, std::vector<OrderedCard>& places);
+    int SelectNewPlaces(ReviewDirection direction, int32_t categoryId,
+                        std::vector<OrderedCard>& places);
+    int SelectPlaces(const std::vector<int64_t>& rowIds, std::vector<OrderedCard>& places);
 
     // Row ids for a list view, appended to rowIds. Each order is a statement of its own, prepared
     // once. A search text is a LIKE pattern that is not escaped;
@@ -471,11 +484,14 @@ class Database : public Subject {
     template <typename... Values>
     int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
                       const std::function<int(int64_t)>& single, const Values&... values);
-    // Runs one statement of UpdateTexts.
+    // Run one statement of UpdateTexts or UpdateOrders.
     enum class Failure { kQuiet, kReported };
     int UpdateTextsOf(const std::vector<CardText>& texts, const CardTextChange* const* first,
                       const CardTextChange* const* end, Failure failure,
                       std::vector<int64_t>& written);
+    int ReadPlaces(StatementRun& run, std::vector<OrderedCard>& places);
+    int UpdateOrderGroup(const std::vector<CardRenumbering>& changes, size_t begin, size_t end,
+                         Failure failure, std::vector<int64_t>& written);
     int ReadFirstCardsOf(StatementRun& run, std::vector<int64_t>& rowIds);
     void ReadFirstCards(const std::vector<int64_t>& rowIds);
     // The columns of CardMedia that the file has, with commas between.

@@ -53,6 +53,7 @@ bool HasRoomFor(size_t cards, StoreChange& change) {
         change.Cards.clear();
         change.Media.clear();
         change.Texts.clear();
+        change.Orders.clear();
         change.MovedCards.clear();
     }
     return !change.IsTooLarge;
@@ -81,15 +82,13 @@ int NoteMovedRows(Database& database, const std::vector<int64_t>& rowIds, StoreC
 }
 
 // Keeps the changes whose rows were written.
-std::vector<CardTextChange> OnlyWritten(std::vector<CardTextChange> changes,
-                                        std::vector<int64_t> rowIds) {
+template <typename Change>
+std::vector<Change> OnlyWritten(std::vector<Change> changes, std::vector<int64_t> rowIds) {
     std::sort(rowIds.begin(), rowIds.end());
-    changes.erase(std::remove_if(changes.begin(), changes.end(),
-                                 [&rowIds](const CardTextChange& change) {
-                                     return !std::binary_search(rowIds.begin(), rowIds.end(),
-                                                                change.RowId);
-                                 }),
-                  changes.end());
+    const auto isLeft = [&rowIds](const Change& change) {
+        return !std::binary_search(rowIds.begin(), rowIds.end(), change.RowId);
+    };
+    changes.erase(std::remove_if(changes.begin(), changes.end(), isLeft), changes.end());
     return changes;
 }
 
@@ -499,6 +498,29 @@ int PartCards(Database& database, const StoreChange& change, UndoOutcome& outcom
     return mayGo ? TakeBackCopies(database, other, outcome, otherOpposite) : 0;
 }
 
+// The rows of the outcome stay empty: what the user had moved stays selected, without the cards
+// that made room for it.
+int OrdersBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
+               StoreChange& opposite) {
+    CardRenumberings wanted;
+    std::vector<int64_t> rowIds;
+    for (const CardRenumbering& one : change.Orders) {
+        rowIds.clear();
+        if (database.SelectRowIdById(one.CardId, rowIds) < 0) {
+            return -1;
+        }
+        if (!rowIds.empty()) {
+            wanted.push_back({rowIds.front(), one.After, one.Before, one.CardId});
+        }
+    }
+    std::vector<int64_t> written;
+    const int result = database.UpdateOrders(wanted, written);
+    opposite.Orders = OnlyWritten(std::move(wanted), std::move(written));
+    outcome.Restored = static_cast<int32_t>(opposite.Orders.size());
+    outcome.LeftAlone = static_cast<int32_t>(change.Orders.size()) - outcome.Restored;
+    return result;
+}
+
 int TakeBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
              StoreChange& opposite) {
     switch (change.What) {
@@ -522,6 +544,8 @@ int TakeBack(Database& database, const StoreChange& change, UndoOutcome& outcome
             return TextsBack(database, change, outcome, opposite);
         case Kind::kUnion:
             return PartCards(database, change, outcome, opposite);
+        case Kind::kOrder:
+            return OrdersBack(database, change, outcome, opposite);
     }
     return 0;
 }
@@ -616,6 +640,8 @@ wxString DescribeStep(const StoreChange& step) {
             return wxString::Format(
                 isRedo ? _("Redo merging of cards \"%s\"") : _("Undo merging of cards \"%s\""),
                 ShownName(step.Cards[1].Front));
+        case Kind::kOrder:
+            return isRedo ? _("Redo reordering of cards") : _("Undo reordering of cards");
     }
     return wxString();
 }
@@ -794,6 +820,35 @@ int NoteChange(Database& database, const std::vector<int64_t>& rowIds,
     return database.VisitCardsByRowId(rowIds, visit) < 0
                ? -1
                : NoteCategories(database, categories, change);
+}
+
+int NoteOrders(Database& database, CardRenumberings changes, std::vector<int64_t> written,
+               StoreChange& change) {
+    change.What = Kind::kOrder;
+    changes = OnlyWritten(std::move(changes), std::move(written));
+    if (!HasRoomFor(changes.size(), change)) {
+        return 0;
+    }
+    std::vector<int64_t> rowIds;
+    rowIds.reserve(changes.size());
+    for (const CardRenumbering& one : changes) {
+        rowIds.push_back(one.RowId);
+    }
+    std::map<int64_t, CardUuid> ids;
+    const auto visit = [&ids](const CardRow& row) { row.CardId(ids[row.RowId()]); };
+    if (database.VisitCardsByRowId(rowIds, visit) < 0) {
+        return -1;
+    }
+    for (CardRenumbering& one : changes) {
+        one.CardId = ids[one.RowId];
+    }
+    const auto named =
+        std::stable_partition(changes.begin(), changes.end(),
+                              [](const CardRenumbering& one) { return !one.CardId.IsZero(); });
+    change.Nameless += static_cast<int32_t>(changes.end() - named);
+    changes.erase(named, changes.end());
+    change.Orders = std::move(changes);
+    return 0;
 }
 
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change) {

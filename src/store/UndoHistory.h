@@ -7,6 +7,7 @@
 #include <list>
 #include <vector>
 
+#include "store/CardSequence.h"
 #include "store/CardTexts.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
@@ -15,7 +16,18 @@
 // back. Cards are named by their identities, since the engine gives the row of a deleted card to
 // the next new one.
 struct StoreChange {
-    enum class Kind { kDeletion, kMove, kPaste, kRename, kMerge, kEdit, kNewCard, kTexts, kUnion };
+    enum class Kind {
+        kDeletion,
+        kMove,
+        kPaste,
+        kRename,
+        kMerge,
+        kEdit,
+        kNewCard,
+        kTexts,
+        kUnion,
+        kOrder
+    };
 
     // A card that went into another category, its former category and that one.
     struct Moved {
@@ -38,6 +50,8 @@ struct StoreChange {
     // Cards that are changed with the others and cannot be taken back: a damaged store has no
     // identity for them by which they could be found.
     int32_t Nameless = 0;
+    // New numbers in the order of introduction.
+    CardRenumberings Orders;
     // Move and merge.
     std::vector<Moved> MovedCards;
     // The category the cards went into.
@@ -52,7 +66,7 @@ struct StoreChange {
 
     size_t CountCards() const {
         return (What == Kind::kEdit ? Cards.size() / 2 : Cards.size()) + Texts.size() +
-               MovedCards.size();
+               Orders.size() + MovedCards.size();
     }
 };
 
@@ -135,5 +149,8 @@ StoreChange NoteTexts(std::vector<CardTextChange> written);
 // Notes that the second card is about to be deleted because the first one becomes the third.
 int NoteUnion(Database& database, const FlashCard& kept, const FlashCard& other,
               const FlashCard& merged, StoreChange& change);
+// Notes those of the changes of numbers whose rows were written.
+int NoteOrders(Database& database, CardRenumberings changes, std::vector<int64_t> written,
+               StoreChange& change);
 // Notes the cards that a merge of one category into another is about to move.
 int NoteMerge(Database& database, const Category& from, int32_t intoId, StoreChange& change);

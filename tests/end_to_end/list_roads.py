@@ -56,11 +56,25 @@ class ListRoad(RoadTest):
 
     def move_first_card(self):
         """Into the second category, by the keys alone."""
-        press("ctrl+x", "alt+Down")
+        press("ctrl+x", "F4")
         self.wait_focus("1")
         press("Down", "Return", "ctrl+v")
         self.wait_cards("a2 b1 c1 d1 e2")
         self.program.wait_no_window("Progress")
+        self.program.wait_window(LIST_WINDOW)
+
+    def wait_order(self, fronts):
+        order = ("SELECT group_concat(Front, ' ') FROM (SELECT * FROM Cards"
+                 " WHERE Front <> 'e' ORDER BY IntroductionOrder)")
+        wait_until(lambda: self.sandbox.query(order) == [(fronts,)], fronts)
+
+    def test_the_order_of_introduction_changes_by_the_keys(self):
+        press("ctrl+f", "Escape", "Home", "alt+Down")
+        self.wait_order("b a c d")
+        press("alt+Down")
+        self.wait_order("b c a d")
+        press("alt+Up", "ctrl+z", "ctrl+z")
+        self.wait_order("b a c d")
         self.program.wait_window(LIST_WINDOW)
 
     def test_cards_move_by_the_keys(self):
@@ -70,14 +84,14 @@ class ListRoad(RoadTest):
     def test_the_categories_open_over_the_list_and_the_button_studies(self):
         for close in (lambda: press("Escape"), lambda: self.program.click_at(LIST_WINDOW, .5, .9),
                       lambda: press("Return"), lambda: self.program.click("Category: 1")):
-            press("alt+Down")
+            press("F4")
             self.wait_focus("1")
             close()
             wait_until(lambda: "1" not in [control.name for control in self.program.controls()],
                        "the end of the list of categories")
             press("ctrl+f", "Escape")
         # What is pressed goes where the focus was before.
-        press("alt+Down", "Escape")
+        press("F4", "Escape")
         self.open_and_leave(EDIT_WINDOW, "Return")
         self.program.click("Study")
         self.program.wait_window(STUDY_WINDOW)

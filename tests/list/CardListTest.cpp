@@ -304,6 +304,38 @@ TEST_F(CardListTest, ASecondClickOrTheMenuTurnsTheOrderWhichIsKept) {
     EXPECT_EQ(Column(1), ascending);
 }
 
+TEST_F(CardListTest, TheOrderOfIntroductionIsSetByHand) {
+    InsertCards({"a", "b", "c"});
+    Open();
+    Cards().SetFocus();
+    Select({0, 1});
+    Command(ID_MOVE_DOWN);
+    EXPECT_EQ(Column(1), (Texts{"c", "a", "b"}));
+    EXPECT_EQ(Cards().GetSelectedRows(), (std::vector<long>{1, 2}));
+    Command(wxID_UNDO);
+    EXPECT_EQ(Column(1), (Texts{"a", "b", "c"}));
+    EXPECT_EQ(Cards().GetSelectedRows(), (std::vector<long>{0, 1}));
+    // Up is where the list shows it.
+    Sort(0);
+    Select({2});
+    Command(ID_MOVE_UP);
+    EXPECT_EQ(Column(1), (Texts{"c", "a", "b"}));
+
+    // A wrong number is told, and asked for again.
+    ModalAnswers answers;
+    answers.ThenType("2147483646");
+    answers.Expect(wxID_OK);
+    answers.ThenType("7");
+    Command(wxID_SELECTALL);
+    Command(ID_RENUMBER);
+    EXPECT_EQ(answers.Dialogs[1].Message,
+              "The number must be a whole number from 0 to 2147483645.");
+    EXPECT_EQ(Column(0), (Texts{"9", "8", "7"}));
+    EXPECT_EQ(Column(1), (Texts{"b", "a", "c"}));
+    Command(ID_RANDOM_ORDER);
+    EXPECT_EQ(Column(0), (Texts{"9", "8", "7"}));
+}
+
 TEST_F(CardListTest, FailuresAreCountedInTheLogAndSortedBy) {
     InsertCards({"never", "new", "once", "twice"});
     ReviewLog log(ReviewLogPath(mDatabase.GetPath()));
