@@ -18,11 +18,14 @@
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
-#include "store/CardSort.h"
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 
 namespace {
+
+// A row is moved to the right by one of these, an em space, for each category above it.
+constexpr wchar_t kIndent = L'\u2003';
+constexpr int kDeepestLevel = 10;
 
 constexpr long kChosen = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
 
@@ -79,18 +82,18 @@ void CategoryList::RefreshRows() {
     if (mpDatabase == nullptr || mpDatabase->SelectAllCategories(categories) < 0) {
         return;
     }
-    SortByName(categories);
-    ArrangeRows(categories);
+    const std::vector<CategoryPlace> places = ArrangeAsTree(std::move(categories));
+    ArrangeRows(places);
     const int32_t current = mServices.GetCurrentCategoryId(*mpDatabase);
     const wxDateTime now = mServices.GetClock().Now();
     long row = 0;
-    for (const Category& category : categories) {
+    for (const CategoryPlace& place : places) {
         wxString text;
-        if (MakeRowText(category, now, text) < 0) {
+        if (MakeRowText(place, now, text) < 0) {
             return;
         }
         SetItemText(row, text);
-        if (category.Id == current) {
+        if (place.Own.Id == current) {
             SelectRow(row);
         }
         ++row;
@@ -101,10 +104,10 @@ void CategoryList::RefreshRows() {
     TellFocusedRow();
 }
 
-void CategoryList::ArrangeRows(const std::list<Category>& categories) {
+void CategoryList::ArrangeRows(const std::vector<CategoryPlace>& places) {
     std::set<int32_t> ids;
-    for (const Category& category : categories) {
-        ids.insert(category.Id);
+    for (const CategoryPlace& place : places) {
+        ids.insert(place.Own.Id);
     }
     // The base class gives the focus of a row that it deletes to another one, which the user has
     // not chosen.
@@ -115,30 +118,32 @@ void CategoryList::ArrangeRows(const std::list<Category>& categories) {
         }
     }
     long row = 0;
-    for (const Category& category : categories) {
-        if (row >= GetItemCount() || CategoryOf(row) != category.Id) {
-            const long former = FindItem(row, static_cast<wxUIntPtr>(category.Id));
+    for (const CategoryPlace& place : places) {
+        if (row >= GetItemCount() || CategoryOf(row) != place.Own.Id) {
+            const long former = FindItem(row, static_cast<wxUIntPtr>(place.Own.Id));
             if (former >= 0) {
                 DeleteItem(former);
             }
-            InsertItem(row, ShownName(category.Name), 0);
-            SetItemData(row, category.Id);
+            InsertItem(row, ShownName(place.ShortName), 0);
+            SetItemData(row, place.Own.Id);
         }
         ++row;
     }
 }
 
-int CategoryList::MakeRowText(const Category& category, const wxDateTime& now, wxString& text) {
+int CategoryList::MakeRowText(const CategoryPlace& place, const wxDateTime& now, wxString& text) {
     int32_t forward = 0;
     int32_t reverse = 0;
-    if (mpDatabase->SelectReadyCountForward(category.Id, now, forward) < 0 ||
-        mpDatabase->SelectReadyCountReverse(category.Id, now, reverse) < 0) {
+    if (mpDatabase->SelectReadyCountForward(place.Own.Id, now, forward) < 0 ||
+        mpDatabase->SelectReadyCountReverse(place.Own.Id, now, reverse) < 0) {
         return -1;
     }
-    text = ShownName(category.Name);
+    text = ShownName(place.ShortName);
     if (forward != 0 || reverse != 0) {
         text = wxString::Format(_("%s (%i/%i)"), text, forward, reverse);
     }
+    const int level = std::min(place.Level, kDeepestLevel);
+    text.Prepend(wxString(kIndent, static_cast<size_t>(level)));
     return 0;
 }
 
@@ -156,7 +161,7 @@ void CategoryList::SelectRow(long row) {
 
 void CategoryList::TellFocusedRow() {
     const long row = FocusedRow();
-    TellRow(*this, row < 0 ? wxString() : GetItemText(row), _("Categories"));
+    TellRow(*this, row < 0 ? wxString() : TrimWide(GetItemText(row)), _("Categories"));
 }
 
 bool CategoryList::HasFocusedCategory() const {

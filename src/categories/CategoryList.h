@@ -3,17 +3,18 @@
 #include <wx/listctrl.h>
 
 #include <cstdint>
-#include <map>
+#include <vector>
 
-#include "store/FlashCard.h"
+#include "store/CategoryTree.h"
 #include "store/Subject.h"
 
 class AppServices;
 class Database;
 
-// Lists every category with the number of cards that are ready in each direction. The focused row
-// is the current category; here the user chooses, renames, merges and deletes categories. Refreshes
-// itself when the store or the settings notify. Main thread only.
+// Lists every category, indented below those that its name puts it under, with the number of cards
+// that are ready in each direction. The focused row is the current category; here the user chooses,
+// renames, merges and deletes categories. Refreshes itself when the store or the settings notify.
+// Main thread only.
 class CategoryList : public wxListCtrl, private Observer {
   public:
     // The services are not owned and must outlive the control.
@@ -45,9 +46,9 @@ class CategoryList : public wxListCtrl, private Observer {
     // Brings the rows up to date. Stops at the first failure, which the store reports.
     void RefreshRows();
     // Gives each category its row, in that order, and deletes the rows of others.
-    void ArrangeRows(const std::list<Category>& categories);
+    void ArrangeRows(const std::vector<CategoryPlace>& places);
     // Makes a row's text with the counts as of that time. Returns 0 or -1.
-    int MakeRowText(const Category& category, const wxDateTime& now, wxString& text);
+    int MakeRowText(const CategoryPlace& place, const wxDateTime& now, wxString& text);
     void RenameOrMerge(const Category& category, const wxString& newName);
     void RenameOnly(const Category& category, const wxString& newName);
     void Merge(const Category& from, const Category& into);

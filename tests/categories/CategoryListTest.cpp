@@ -52,6 +52,24 @@ TEST_F(CategoryListTest, RowsTellWhatIsReadyAndFollowTheStore) {
     EXPECT_EQ(Button().GetLabelText(), "Spanish");
 }
 
+TEST_F(CategoryListTest, RowsStandUnderTheCategoriesThatTheirNamesPutThemUnder) {
+    // "Music" has no row. A name of which nothing is left has no place below.
+    AddCategories({"Languages::French::Verbs", "Languages X", "Languages", "Music::Blues",
+                   "Languages::French", "Languages::", "Languages::Ancient::Greek"});
+    FlashCard card = MakeCard("a", "b", 5);
+    card.Reverse.Introduced = true;
+    card.Reverse.LastReview = wxDateTime(time_t(1600000000));
+    Insert(card);
+    Open();
+    const wxString em(L'\u2003');
+    EXPECT_EQ(Rows(),
+              (Texts{"Default", "Languages", "Languages::", em + "Ancient::Greek",
+                     em + "French (0/1)", em + em + "Verbs", "Languages X", "Music::Blues"}));
+    Choose(4);
+    EXPECT_EQ(Button().GetLabelText(), "Languages::French");
+    EXPECT_EQ(Column(1), Texts{"a"});
+}
+
 TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {
     // The last is shown in part, and kept in full where the question is answered as it came.
     AddCategories({"7", "Keep", wxString('n', 5000) + "\nend"});
