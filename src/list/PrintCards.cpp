@@ -30,7 +30,7 @@ namespace {
 // A4, for a printer that does not say what paper it has.
 const wxSize kUsualPaper(5953, 8419);
 
-const wchar_t* const kSample = L"The quick brown fox";
+const wchar_t* const kSample = L"Hamburgefonstiv";
 
 wxFont MakeFont(const PrintFont& font, double scale) {
     wxFont made = ReadFontSetting(kSettingBrowseFont);

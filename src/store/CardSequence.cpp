@@ -121,12 +121,12 @@ int Database::SelectPlaces(int32_t categoryId, std::vector<OrderedCard>& places)
 int Database::SelectNewPlaces(ReviewDirection direction, int32_t categoryId,
                               std::vector<OrderedCard>& places) {
     const Lock lock(mMutex);
-    const std::string which = direction == kReviewReverse ? "ReverseX=0 AND RIntroduced=0"
-                                                          : "ForwardX=0 AND Introduced=0";
+    const std::string which =
+        direction == kReviewReverse
+            ? "WHERE CategoryId=? AND ReverseX=0 AND RIntroduced=0 ORDER BY IntroductionOrder;"
+            : "WHERE CategoryId=? AND ForwardX=0 AND Introduced=0 ORDER BY IntroductionOrder;";
     StatementRun run(*this,
-                     GetStatement("SELECT ROWID,IntroductionOrder,CategoryId FROM Cards"
-                                  " WHERE CategoryId=? AND " +
-                                  which + " ORDER BY IntroductionOrder;"),
+                     GetStatement("SELECT ROWID,IntroductionOrder,CategoryId FROM Cards " + which),
                      categoryId);
     return ReadPlaces(run, places);
 }
