@@ -30,7 +30,7 @@ namespace {
 // A4, for a printer that does not say what paper it has.
 const wxSize kUsualPaper(5953, 8419);
 
-const wchar_t* const kSample = L"Hamburgefonstiv";
+const wchar_t* const kSample = L"nnnnnoooooiiiii";
 
 wxFont MakeFont(const PrintFont& font, double scale) {
     wxFont made = ReadFontSetting(kSettingBrowseFont);
