@@ -112,7 +112,11 @@ size_t PrintLayout::CardsPerSheet() const {
 }
 
 int PrintLayout::MeasureLineHeight(const PrintFont& font) const {
-    return std::max(mSource.Measure(kTallLetters, font).y, 1);
+    int& height = mLineHeights[font.Points];
+    if (height == 0) {
+        height = std::max(mSource.Measure(kTallLetters, font).y, 1);
+    }
+    return height;
 }
 
 int PrintLayout::MeasureWidestLetter(const PrintFont& font) const {
@@ -155,7 +159,8 @@ wxString PrintLayout::CutLine(wxString line, int width, const PrintFont& font) c
 
 void PrintLayout::FindListPages() {
     mFirstCards.clear();
-    const wxSize cell((GetBody().width - kColumnGap) / 2, GetBody().height - 2 * kRowGap);
+    const wxRect body = GetBody();
+    const wxSize cell((body.width - kColumnGap) / 2, body.height - 2 * kRowGap);
     const int lineHeight = MeasureLineHeight(kListFont);
     const int widest = MeasureWidestLetter(kListFont);
     const auto measure = [&](const wxString& text) {
@@ -168,7 +173,7 @@ void PrintLayout::FindListPages() {
         for (const Sides& sides : mSource.Read(first, std::min(kGroup, mSource.Count - first))) {
             const int height =
                 std::max({lineHeight, measure(sides.Front), measure(sides.Back)}) + 2 * kRowGap;
-            if (mFirstCards.empty() || filled + height > GetBody().height) {
+            if (mFirstCards.empty() || filled + height > body.height) {
                 mFirstCards.push_back(card);
                 filled = 0;
             }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -103,6 +104,8 @@ class PrintLayout {
     PrintForm mForm;
     Source mSource;
     wxSize mPaper;
+    // Measured once each, by the size of the font.
+    mutable std::map<int, int> mLineHeights;
     // The first card of each page of the table.
     std::vector<size_t> mFirstCards;
 };
