@@ -215,33 +215,3 @@ TEST_F(PrintCardsTest, TheCommandPrintsTheCardsInViewOrTheSelectedOnes) {
     EXPECT_TRUE(WaitFor([&] { return !preview() && mpFrame->IsEnabled(); }));
     mpFrame->SetDatabase(&mDatabase);
 }
-#include <chrono>
-TEST_F(PrintCardsTest, ZzMeasure) {
-    Insert(MakeCard(L"f\u00fchren, f\u00fchrte", "to lead, to guide"));
-    Insert(MakeCard(L"\u65E5\u672C\u8A9E\u3068\u6F22\u5B57",
-                    "Japanese and the characters that came with it from China long ago"));
-    std::vector<int64_t> ids;
-    for (int i = 0; i < 50000; ++i) {
-        ids.push_back(1);
-        ids.push_back(2);
-    }
-    const auto begin = std::chrono::steady_clock::now();
-    const auto layout = MakePrintLayout(mDatabase, ids, "Default", PrintForm::kList);
-    layout->SetPaper(wxSize(5953, 8419));
-    std::cout << layout->CountPages() << " pages "
-              << std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()
-              << " s\n";
-    wxString novel;
-    for (int i = 0; i < 60; ++i)
-        novel += L"A long sentence of many words. \u05E9\u05DC\u05D5\u05DD \u65E5\u672C\u8A9E ";
-    Insert(MakeCard(novel, novel.Left(300)));
-    Insert(
-        MakeCard(L"\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD, abc \u05DE\u05D4 "
-                 L"\u05E9\u05DC\u05D5\u05DE\u05DA",
-                 novel.Left(100)));
-    for (const PrintForm form : {PrintForm::kList, PrintForm::kCutOut}) {
-        Print(form, {3, 4, 1, 2, 3});
-        wxCopyFile(mDirectory.Path(wxString::Format("cards%i.pdf", static_cast<int>(form))),
-                   wxString::Format("/tmp/print25/long%i.pdf", static_cast<int>(form)));
-    }
-}
