@@ -11,7 +11,7 @@
 
 #include "scheduler/ReviewArithmetic.h"
 
-// What an hour of study leaves behind. A learner who forgets as a published model of memory says
+// What an hour of study teaches. A learner who forgets as a published model of memory says
 // (a stability and a difficulty for each card, 21 weights) studies 10,000 cards for five years, ten
 // new ones a day in one session a day, by the rules of this program and by those of others.
 //

@@ -139,7 +139,7 @@ struct CostlyCard {
     wxString Front;
     // A set of the directions in which it takes too much, among the queried ones.
     int Directions = kReviewNone;
-    // In these directions, since it was last begun anew; the span plays no part.
+    // In these directions, since it was last begun anew. Does not depend on the span.
     int32_t Lapses = 0;
 };
 
