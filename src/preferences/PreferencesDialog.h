@@ -110,7 +110,7 @@ class FontControl : public AppearanceControl {
     wxTextCtrl* mpName = nullptr;
 };
 
-// The dialog behind Options: the fonts and colours of the cards, when new cards are introduced and
+// The dialog of Options: the fonts and colours of the cards, when new cards are introduced and
 // what a forgotten card keeps, the file that keeps the cards, and its backups. Nothing changes
 // until the user presses OK, and of the appearance only what the user has touched. Main thread
 // only.

@@ -35,7 +35,7 @@ class BackupKeeper : private Observer {
     // needs. The backup then makes itself before that change, on its thread; none is made when
     // nothing changes. kDay is back to the usual.
     void ExpectChange(BackupCause cause, uint64_t bytes) { mBackups.ExpectChange(cause, bytes); }
-    // Makes the day's backup of a large store now, behind a wait dialog. Call it before a change
+    // Makes the day's backup of a large store now and shows a wait dialog. Call it before a change
     // that is often the first of a day; before other changes, and for a small store, the backup is
     // made while the change waits. Events are handled meanwhile.
     void BackUpDay(wxWindow* parent);
