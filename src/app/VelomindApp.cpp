@@ -507,7 +507,7 @@ void VelomindApp::ReplaceInCards(wxWindow& parent, const std::vector<int64_t>& s
 }
 
 void VelomindApp::ShowDuplicates(wxWindow& parent) {
-    DuplicatesDialog(&parent, *this, *mpDatabase).ShowModal();
+    DuplicatesDialog(&parent, *this, *mpDatabase, mFatalErrorReport).ShowModal();
 }
 
 void VelomindApp::ExportCards(wxWindow& parent, const std::vector<int64_t>& rowIds,

@@ -44,6 +44,51 @@ bool WasReviewedLater(const CardSchedule& one, const CardSchedule& other) {
            (!one.LastReview.IsValid() || other.LastReview > one.LastReview);
 }
 
+// What cards that are the same have in common.
+class DuplicateKey {
+  public:
+    explicit DuplicateKey(SameBy by) : mBy(by) {}
+
+    const std::u16string& Make(const CardRow& row) {
+        mKey.clear();
+        AppendFolded(row.Front(), mFolded, mKey);
+        if (mBy == SameBy::kFrontAndBack) {
+            mKey += kFirstFreeUnit;
+            AppendFolded(row.Back(), mFolded, mKey);
+        }
+        return mKey;
+    }
+
+  private:
+    const SameBy mBy;
+    std::u16string mFolded;
+    std::u16string mKey;
+};
+
+// Says of each group whether it is plain. Returns false when the store fails.
+bool FindPlain(Database& database, const std::atomic<bool>& cancelled, DuplicatesFound& found) {
+    for (auto group = found.Groups.begin(); group != found.Groups.end() && !cancelled; ++group) {
+        FlashCard merged;
+        bool isPlain = true;
+        for (const int64_t rowId : *group) {
+            FlashCard card;
+            int64_t before = rowId - 1;
+            const int count = database.VisitCardsAfter(before, 1, [&](const CardRow& row) {
+                isPlain = isPlain && row.RowId() == rowId && row.Read(card) == 0;
+            });
+            if (count < 0) {
+                return false;
+            }
+            const bool isFirst = rowId == group->front();
+            isPlain = isPlain && (isFirst || IsPlainUnion(merged, card));
+            merged = isFirst ? card : SuggestUnion(merged, card);
+        }
+        found.ArePlain.push_back(isPlain);
+    }
+    found.ArePlain.resize(found.Groups.size());
+    return true;
+}
+
 // Returns true when the store still has the card as it was shown.
 int FindSame(Database& database, const FlashCard& card, bool& isSame) {
     std::list<FlashCard> found;
@@ -61,19 +106,12 @@ DuplicatesFound FindDuplicates(Database& database, SameBy by, std::optional<int3
     DuplicatesFound found;
     // The place of a key's group among all groups, most of which have one card.
     std::unordered_map<std::u16string, size_t> places;
-    std::u16string folded;
-    std::u16string key;
+    DuplicateKey key(by);
     found.IsStoreFailed = !VisitAll(database, cancelled, [&](const CardRow& row) {
         if (categoryId.has_value() && row.CategoryId() != *categoryId) {
             return true;
         }
-        key.clear();
-        AppendFolded(row.Front(), folded, key);
-        if (by == SameBy::kFrontAndBack) {
-            key += kFirstFreeUnit;
-            AppendFolded(row.Back(), folded, key);
-        }
-        const auto [place, isNew] = places.emplace(key, found.Groups.size());
+        const auto [place, isNew] = places.emplace(key.Make(row), found.Groups.size());
         if (isNew) {
             found.Groups.emplace_back();
         }
@@ -83,6 +121,7 @@ DuplicatesFound FindDuplicates(Database& database, SameBy by, std::optional<int3
     found.Groups.erase(std::remove_if(found.Groups.begin(), found.Groups.end(),
                                       [](const auto& group) { return group.size() < 2; }),
                        found.Groups.end());
+    found.IsStoreFailed = found.IsStoreFailed || !FindPlain(database, cancelled, found);
     return found;
 }
 
@@ -129,6 +168,16 @@ FlashCard SuggestUnion(const FlashCard& kept, const FlashCard& other) {
     return merged;
 }
 
+bool IsPlainUnion(const FlashCard& kept, const FlashCard& other) {
+    const auto canFill = [](const wxString& one, const wxString& two) {
+        return one.empty() || two.empty() || one == two;
+    };
+    return FoldText(kept.Back) == FoldText(other.Back) && kept.CategoryId == other.CategoryId &&
+           kept.ForwardX == other.ForwardX && kept.ReverseX == other.ReverseX &&
+           canFill(kept.Author, other.Author) && canFill(kept.Chapter, other.Chapter) &&
+           canFill(kept.Notes, other.Notes);
+}
+
 UnionOutcome UniteCards(Database& database, const FlashCard& kept, const FlashCard& other,
                         const FlashCard& merged, StoreChange& change) {
     bool areSame[2] = {};
@@ -155,4 +204,64 @@ UnionOutcome UniteCards(Database& database, const FlashCard& kept, const FlashCa
     step.Cards[1] = stored.front();
     change = std::move(step);
     return UnionOutcome::kDone;
+}
+
+UnionThread::UnionThread(Database& database, SameBy by, std::vector<std::vector<int64_t>> groups)
+    : mDatabase(database), mBy(by), mGroups(std::move(groups)) {}
+
+UnionThread::~UnionThread() {
+    UnionThread::Cancel();
+}
+
+// The store reports a failure, which ends the work: what was done before it is whole.
+void UnionThread::Work() {
+    const StoreChangeGroup group(mDatabase);
+    for (const std::vector<int64_t>& rowIds : mGroups) {
+        std::vector<FlashCard> cards;
+        if (IsCancelled() || !ReadGroup(rowIds, cards) || !UniteGroup(std::move(cards))) {
+            return;
+        }
+        ++mPosition;
+    }
+}
+
+// Reads the cards of a group that are still the same; a row may have another card by now. Returns
+// false when the store fails.
+bool UnionThread::ReadGroup(const std::vector<int64_t>& rowIds, std::vector<FlashCard>& cards) {
+    DuplicateKey key(mBy);
+    std::u16string first;
+    const int count = mDatabase.VisitCardsByRowId(rowIds, [&](const CardRow& row) {
+        FlashCard card;
+        first = cards.empty() ? key.Make(row) : first;
+        if (row.Read(card) == 0 && !card.CardId.IsZero() && key.Make(row) == first) {
+            cards.push_back(std::move(card));
+        }
+    });
+    mLeftAlone += static_cast<int32_t>(rowIds.size() - cards.size());
+    return count >= 0;
+}
+
+// Returns false when the store fails.
+bool UnionThread::UniteGroup(std::vector<FlashCard> cards) {
+    if (cards.empty()) {
+        return true;
+    }
+    const auto latest = std::max_element(cards.begin(), cards.end(), IsReviewedLater);
+    std::rotate(cards.begin(), latest, latest + 1);
+    FlashCard kept = cards.front();
+    for (size_t i = 1; i < cards.size(); ++i) {
+        StoreChange change;
+        const UnionOutcome outcome =
+            UniteCards(mDatabase, kept, cards[i], SuggestUnion(kept, cards[i]), change);
+        if (outcome == UnionOutcome::kStoreFailed) {
+            return false;
+        }
+        if (outcome == UnionOutcome::kChangedMeanwhile) {
+            ++mLeftAlone;
+            continue;
+        }
+        kept = change.Cards[1];
+        mDone.push_back(std::move(change));
+    }
+    return true;
 }

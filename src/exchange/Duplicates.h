@@ -5,10 +5,11 @@
 #include <optional>
 #include <vector>
 
+#include "base/Worker.h"
 #include "store/FlashCard.h"
+#include "store/UndoHistory.h"
 
 class Database;
-struct StoreChange;
 
 // Cards that a person takes for the same (base/Folding.h), and how two of them become one.
 //
@@ -23,6 +24,8 @@ enum class SameBy { kFront, kFrontAndBack };
 struct DuplicatesFound {
     // The row ids of cards that are the same, in their order; two or more in each group.
     std::vector<std::vector<int64_t>> Groups;
+    // For each group, whether its cards become one without a choice: see IsPlainUnion.
+    std::vector<bool> ArePlain;
     // True when the store could not be read to the end.
     bool IsStoreFailed = false;
 };
@@ -44,6 +47,10 @@ void TakeLaterReviews(const FlashCard& other, FlashCard& card);
 // one where it has none, and the later reviews of both.
 FlashCard SuggestUnion(const FlashCard& kept, const FlashCard& other);
 
+// Returns true when nothing that a person can see gets lost by that: the cards have the same back,
+// are in one category and are excluded alike, and their other texts are the same or missing.
+bool IsPlainUnion(const FlashCard& kept, const FlashCard& other);
+
 // Writes the merged card in the place of the kept one and deletes the other one.
 enum class UnionOutcome {
     kDone,
@@ -54,3 +61,40 @@ enum class UnionOutcome {
 };
 UnionOutcome UniteCards(Database& database, const FlashCard& kept, const FlashCard& other,
                         const FlashCard& merged, StoreChange& change);
+
+// Makes one card of each group on a thread of its own: what SuggestUnion gives, in the place of the
+// card with the latest review. A cancel, which the destructor does too, keeps what was done before
+// it.
+class UnionThread : public Worker {
+  public:
+    // The most cards that may be deleted in one step, so that it can be taken back.
+    static constexpr size_t kMostGone = UndoHistory::kMostCards / StoreChange::kCardsOfUnion;
+
+    // The groups as FindDuplicates has found them by that.
+    UnionThread(Database& database, SameBy by, std::vector<std::vector<int64_t>> groups);
+    ~UnionThread() override;
+
+    int32_t GetMaximum() const override { return static_cast<int32_t>(mGroups.size()); }
+    int32_t GetPosition() const override { return mPosition; }
+
+    // Hands over what was done. Call it once the worker has ended.
+    std::vector<StoreChange> TakeDone() { return std::move(mDone); }
+    // Returns the number of cards that stay, because they were changed meanwhile.
+    int32_t CountLeftAlone() const { return mLeftAlone; }
+
+  protected:
+    void Work() override;
+
+  private:
+    bool ReadGroup(const std::vector<int64_t>& rowIds, std::vector<FlashCard>& cards);
+    bool UniteGroup(std::vector<FlashCard> cards);
+
+    Database& mDatabase;
+    const SameBy mBy;
+    const std::vector<std::vector<int64_t>> mGroups;
+    // Written by the worker and read once it has ended.
+    std::vector<StoreChange> mDone;
+    int32_t mLeftAlone = 0;
+    // The groups tried so far. Written by the worker.
+    std::atomic<int32_t> mPosition{0};
+};

@@ -1,6 +1,7 @@
 #include "revise/DuplicatesDialog.h"
 
 #include <wx/button.h>
+#include <wx/checkbox.h>
 #include <wx/choice.h>
 #include <wx/intl.h>
 #include <wx/listctrl.h>
@@ -24,6 +25,7 @@
 #include "store/Database.h"
 #include "store/UndoHistory.h"
 #include "transfer/MergeDialog.h"
+#include "transfer/ProgressDialog.h"
 
 // One search. The worker writes what it found, and the main thread reads it once it has ended.
 struct DuplicateSearch {
@@ -45,16 +47,22 @@ const wxSize kListSize(600, 260);
 constexpr int kSideWidth = 220;
 constexpr int kCategoryWidth = 130;
 constexpr int kTint = 12;
+// A merge that is over sooner shows no progress window.
+constexpr long kPatience = 500;
 
 }  // namespace
 
-// The cards of all groups, one a row. Every second group has a ground of its own.
+// The cards of all groups, one a row. Every second group has a ground of its own. The rows of a
+// group are ticked together.
 class DuplicateList : public wxListCtrl {
   public:
-    DuplicateList(wxWindow* parent, int id, const wxSize& size, Database& database)
+    DuplicateList(wxWindow* parent, int id, const wxSize& size, Database& database,
+                  std::function<void()> onTick)
         : wxListCtrl(parent, id, wxDefaultPosition, size,
                      wxLC_REPORT | wxLC_VIRTUAL | wxLC_SINGLE_SEL),
-          mDatabase(database) {
+          mDatabase(database),
+          mOnTick(std::move(onTick)) {
+        EnableCheckBoxes();
         AppendColumn(_("Front"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
         AppendColumn(_("Back"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
         AppendColumn(_("Category"), wxLIST_FORMAT_LEFT, FromDIP(kCategoryWidth));
@@ -64,10 +72,18 @@ class DuplicateList : public wxListCtrl {
         mCategories.assign(categories.begin(), categories.end());
         Bind(wxEVT_LIST_ITEM_FOCUSED, [this](wxListEvent& event) {
             event.Skip();
-            const long row = event.GetIndex();
-            if (row >= 0 && row < GetItemCount()) {
-                TellRow(*this, OnGetItemText(row, 0) + "\n" + OnGetItemText(row, 1),
-                        _("Duplicates"));
+            TellFocused();
+        });
+        Bind(wxEVT_LIST_ITEM_CHECKED, [this](wxListEvent& event) { Tick(event.GetIndex(), true); });
+        Bind(wxEVT_LIST_ITEM_UNCHECKED,
+             [this](wxListEvent& event) { Tick(event.GetIndex(), false); });
+        // The space bar would open the row.
+        Bind(wxEVT_LIST_KEY_DOWN, [this](wxListEvent& event) {
+            const long row = GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED);
+            if (event.GetKeyCode() == WXK_SPACE && row >= 0 && row < GetItemCount()) {
+                Tick(row, !OnGetItemIsChecked(row));
+            } else {
+                event.Skip();
             }
         });
     }
@@ -75,10 +91,11 @@ class DuplicateList : public wxListCtrl {
     // The base class asks for the rows once more when it loses the focus while it is destroyed.
     ~DuplicateList() override { SetItemCount(0); }
 
-    void Show(const std::vector<std::vector<int64_t>>& groups) {
+    void Show(const DuplicatesFound& found) {
         mRows.clear();
-        for (size_t group = 0; group < groups.size(); ++group) {
-            for (const int64_t rowId : groups[group]) {
+        mTicks = found.ArePlain;
+        for (size_t group = 0; group < found.Groups.size(); ++group) {
+            for (const int64_t rowId : found.Groups[group]) {
                 mRows.push_back({rowId, group});
             }
         }
@@ -88,11 +105,30 @@ class DuplicateList : public wxListCtrl {
     }
 
     size_t CountRows() const { return mRows.size(); }
-    size_t CountGroups() const {
-        size_t groups = 0;
+    size_t CountGroups() const { return Count(false); }
+    size_t CountTicked() const { return Count(true); }
+
+    void TickAll(bool tick) {
+        mTicks.assign(mTicks.size(), tick);
+        Refresh();
+        TellFocused();
+        mOnTick();
+    }
+
+    // Returns the row ids of the ticked groups. More than one step can have are left out.
+    std::vector<std::vector<int64_t>> GetTicked() const {
+        std::vector<std::vector<int64_t>> groups;
+        size_t gone = 0;
         for (size_t i = 0; i < mRows.size(); ++i) {
-            const bool isFirst = i == 0 || mRows[i].Group != mRows[i - 1].Group;
-            groups += isFirst ? 1U : 0U;
+            const bool isFirst = IsFirst(i);
+            gone += mTicks[mRows[i].Group] && !isFirst ? 1U : 0U;
+            if (gone > UnionThread::kMostGone) {
+                break;
+            }
+            if (mTicks[mRows[i].Group]) {
+                groups.resize(groups.size() + (isFirst ? 1U : 0U));
+                groups.back().push_back(mRows[i].RowId);
+            }
         }
         return groups;
     }
@@ -147,7 +183,39 @@ class DuplicateList : public wxListCtrl {
             const long states = wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED;
             SetItemState(row, states, states);
             EnsureVisible(row);
+            // The row may have had the focus before, with another card.
+            TellFocused();
         }
+    }
+
+    void TellFocused() {
+        const long row = GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED);
+        if (row >= 0 && row < GetItemCount()) {
+            const wxString tick = OnGetItemIsChecked(row) ? _("ticked") : _("not ticked");
+            TellRow(*this, OnGetItemText(row, 0) + "\n" + OnGetItemText(row, 1) + "\n" + tick,
+                    _("Duplicates"));
+        }
+    }
+
+    bool IsFirst(size_t row) const { return row == 0 || mRows[row].Group != mRows[row - 1].Group; }
+
+    size_t Count(bool isTicked) const {
+        size_t groups = 0;
+        for (size_t i = 0; i < mRows.size(); ++i) {
+            groups += IsFirst(i) && (!isTicked || mTicks[mRows[i].Group]) ? 1U : 0U;
+        }
+        return groups;
+    }
+
+    void Tick(long row, bool tick) {
+        mTicks[mRows[static_cast<size_t>(row)].Group] = tick;
+        Refresh();
+        TellFocused();
+        mOnTick();
+    }
+
+    bool OnGetItemIsChecked(long row) const override {
+        return mTicks[mRows[static_cast<size_t>(row)].Group];
     }
 
     // Only the rows on the screen are read.
@@ -174,18 +242,28 @@ class DuplicateList : public wxListCtrl {
     Database& mDatabase;
     std::vector<Category> mCategories;
     std::vector<Row> mRows;
+    // One for each group that was found.
+    std::vector<bool> mTicks;
+    std::function<void()> mOnTick;
     mutable wxItemAttr mSecond;
 };
 
-DuplicatesDialog::DuplicatesDialog(wxWindow* parent, AppServices& services, Database& database)
+DuplicatesDialog::DuplicatesDialog(wxWindow* parent, AppServices& services, Database& database,
+                                   FatalErrorReport& report)
     : wxDialog(parent, kDialogId, _("Duplicates"), wxDefaultPosition, wxDefaultSize,
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
       mServices(services),
-      mDatabase(database) {
+      mDatabase(database),
+      mReport(report) {
     CreateControls();
     Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { Search(); });
     Bind(
         wxEVT_BUTTON, [this](wxCommandEvent&) { Merge(); }, kMergeId);
+    Bind(
+        wxEVT_BUTTON, [this](wxCommandEvent&) { MergeTicked(); }, kMergeTickedId);
+    Bind(
+        wxEVT_CHECKBOX, [this](wxCommandEvent& event) { mpList->TickAll(event.IsChecked()); },
+        kAllId);
     mpList->Bind(wxEVT_LIST_ITEM_ACTIVATED, [this](wxListEvent&) { Merge(); });
     SetEscapeId(wxID_CLOSE);
     GetSizer()->SetSizeHints(this);
@@ -218,12 +296,17 @@ void DuplicatesDialog::CreateControls() {
     mpStatus = new wxStaticText(this, kStatusId, wxString(), wxDefaultPosition, wxDefaultSize,
                                 wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
     column->Add(mpStatus, FormRow(*this));
-    mpList = new DuplicateList(this, kListId, FromDIP(kListSize), mDatabase);
+    mpList =
+        new DuplicateList(this, kListId, FromDIP(kListSize), mDatabase, [this] { ShowCount(); });
     SetAccessibleName(*mpList, _("Duplicates"));
     column->Add(mpList, FormRow(*this).Proportion(1));
+    mpAll = new wxCheckBox(this, kAllId, _("&Tick all"));
+    column->Add(mpAll, FormRow(*this));
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     mpMerge = new wxButton(this, kMergeId, _("&Merge..."));
-    buttons->Add(mpMerge);
+    buttons->Add(mpMerge, wxSizerFlags().Border(wxRIGHT, FromDIP(kFormGap)));
+    mpMergeTicked = new wxButton(this, kMergeTickedId, _("Merge Tic&ked..."));
+    buttons->Add(mpMergeTicked);
     buttons->AddStretchSpacer();
     buttons->Add(new wxButton(this, wxID_CLOSE));
     column->Add(buttons, FormRow(*this));
@@ -231,8 +314,8 @@ void DuplicatesDialog::CreateControls() {
 
 void DuplicatesDialog::Search() {
     mpSearch.reset();
-    mpList->Show({});
-    mpMerge->Disable();
+    mpList->Show(DuplicatesFound());
+    ShowCount();
     mpStatus->SetLabelText(_("Looking..."));
     std::optional<int32_t> category;
     if (mpScope->GetSelection() == 1) {
@@ -255,8 +338,7 @@ void DuplicatesDialog::ShowFound() {
     const DuplicatesFound found = std::move(mpSearch->Found);
     const wxString failure = mpSearch->Reading.TakeFailure();
     mpSearch.reset();
-    mpList->Show(failure.empty() && !found.IsStoreFailed ? found.Groups
-                                                         : std::vector<std::vector<int64_t>>());
+    mpList->Show(failure.empty() && !found.IsStoreFailed ? found : DuplicatesFound());
     ShowCount();
     if (found.IsStoreFailed) {
         mpStatus->SetLabelText(_("The store could not be read. Another program may be using it."));
@@ -268,12 +350,17 @@ void DuplicatesDialog::ShowFound() {
 void DuplicatesDialog::ShowCount() {
     const auto groups = static_cast<int>(mpList->CountGroups());
     const auto cards = static_cast<int>(mpList->CountRows());
+    const auto ticked = static_cast<int>(mpList->CountTicked());
     mpMerge->Enable(groups > 0);
+    mpMergeTicked->Enable(ticked > 0);
+    mpAll->Enable(groups > 0);
+    mpAll->SetValue(groups > 0 && ticked == groups);
     mpStatus->SetLabelText(
         groups == 0 ? _("No two cards are the same.")
                     : wxString::Format(wxPLURAL("%i group with %i cards", "%i groups with %i cards",
                                                 static_cast<unsigned>(groups)),
-                                       groups, cards));
+                                       groups, cards) +
+                          ", " + wxString::Format(_("%i ticked"), ticked));
 }
 
 // Reads the two cards, the one with the latest review first, which is kept.
@@ -323,6 +410,46 @@ void DuplicatesDialog::Merge() {
     }
     if (!Unite(kept, other, chosen)) {
         Search();
+    }
+}
+
+// Makes one card of each ticked group, by what the merge window would offer.
+void DuplicatesDialog::MergeTicked() {
+    const std::vector<std::vector<int64_t>> groups = mpList->GetTicked();
+    const auto count = static_cast<int>(groups.size());
+    const wxString question =
+        wxString::Format(wxPLURAL("Merge the cards of %i group?", "Merge the cards of %i groups?",
+                                  static_cast<unsigned>(count)),
+                         count) +
+        "\n\n" +
+        _("The card that was reviewed last stays, with its texts. It takes what it lacks of "
+          "author, "
+          "chapter and notes from the others, and the later review in each direction. The others "
+          "are deleted.");
+    if (groups.empty() ||
+        ShowMessageBox(question, _("Duplicates"), wxOK | wxCANCEL | wxCENTRE, this) != wxOK) {
+        return;
+    }
+    mServices.BackUpDay(this);
+    const SameBy by = mpSameBy->GetSelection() == 1 ? SameBy::kFrontAndBack : SameBy::kFront;
+    UnionThread thread(mDatabase, by, groups);
+    if (!RunWithProgress(this, thread, mReport, _("Unable to start a thread for the merge."),
+                         kPatience)) {
+        return;
+    }
+    mServices.GetUndoHistory().Add(NoteUnions(thread.TakeDone()));
+    mDatabase.Notify();
+    Search();
+    mpList->SetFocus();
+    const int32_t left = thread.CountLeftAlone();
+    if (left > 0) {
+        ShowMessageBox(
+            wxString::Format(
+                wxPLURAL("%i card stays as it is, because it was changed meanwhile.",
+                         "%i cards stay as they are, because they were changed meanwhile.",
+                         static_cast<unsigned>(left)),
+                left),
+            _("Duplicates"), wxOK | wxCENTRE, this);
     }
 }
 

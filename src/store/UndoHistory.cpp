@@ -498,6 +498,24 @@ int PartCards(Database& database, const StoreChange& change, UndoOutcome& outcom
     return mayGo ? TakeBackCopies(database, other, outcome, otherOpposite) : 0;
 }
 
+// Parts many cards or merges them again, the last ones first, as one card may have been merged
+// several times.
+int PartEach(Database& database, const StoreChange& change, UndoOutcome& outcome,
+             StoreChange& opposite) {
+    for (auto one = change.Unions.rbegin(); one != change.Unions.rend(); ++one) {
+        StoreChange back;
+        back.What = one->What;
+        back.IsTakenBack = !one->IsTakenBack;
+        if (PartCards(database, *one, outcome, back) < 0) {
+            return -1;
+        }
+        if (!back.Cards.empty()) {
+            opposite.Unions.push_back(std::move(back));
+        }
+    }
+    return 0;
+}
+
 // The rows of the outcome stay empty: what the user had moved stays selected, without the cards
 // that made room for it.
 int OrdersBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
@@ -543,7 +561,8 @@ int TakeBack(Database& database, const StoreChange& change, UndoOutcome& outcome
         case Kind::kTexts:
             return TextsBack(database, change, outcome, opposite);
         case Kind::kUnion:
-            return PartCards(database, change, outcome, opposite);
+            return change.Unions.empty() ? PartCards(database, change, outcome, opposite)
+                                         : PartEach(database, change, outcome, opposite);
         case Kind::kOrder:
             return OrdersBack(database, change, outcome, opposite);
     }
@@ -607,6 +626,18 @@ wxString DescribeEdits(const StoreChange& step) {
         count);
 }
 
+wxString DescribeUnions(const StoreChange& step) {
+    std::set<CardUuid> kept;
+    for (const StoreChange& one : step.Unions) {
+        kept.insert(one.Cards.front().CardId);
+    }
+    const auto number = static_cast<unsigned>(kept.size() + step.Unions.size());
+    return wxString::Format(
+        step.IsTakenBack ? wxPLURAL("Redo merging of %i card", "Redo merging of %i cards", number)
+                         : wxPLURAL("Undo merging of %i card", "Undo merging of %i cards", number),
+        static_cast<int>(number));
+}
+
 // Returns the menu's text for a step, which names the same thing to take it back and to do it
 // again.
 wxString DescribeStep(const StoreChange& step) {
@@ -637,6 +668,9 @@ wxString DescribeStep(const StoreChange& step) {
             return wxString::Format(isRedo ? _("Redo new card \"%s\"") : _("Undo new card \"%s\""),
                                     ShownName(step.Cards.back().Front));
         case Kind::kUnion:
+            if (!step.Unions.empty()) {
+                return DescribeUnions(step);
+            }
             return wxString::Format(
                 isRedo ? _("Redo merging of cards \"%s\"") : _("Undo merging of cards \"%s\""),
                 ShownName(step.Cards[1].Front));
@@ -754,6 +788,16 @@ void NoteEdit(const FlashCard& before, const FlashCard& after, StoreChange& chan
         change.Cards.push_back(before);
         change.Cards.push_back(after);
     }
+}
+
+StoreChange NoteUnions(std::vector<StoreChange> unions) {
+    if (unions.size() == 1) {
+        return std::move(unions.front());
+    }
+    StoreChange change;
+    change.What = Kind::kUnion;
+    change.Unions = std::move(unions);
+    return change;
 }
 
 StoreChange NoteNewCard(const FlashCard& card) {

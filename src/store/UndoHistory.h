@@ -36,6 +36,9 @@ struct StoreChange {
         int32_t IntoId = -1;
     };
 
+    // The cards that a union of two keeps here.
+    static constexpr size_t kCardsOfUnion = 3;
+
     Kind What = Kind::kDeletion;
     // True for a step that was taken back and can be done again.
     bool IsTakenBack = false;
@@ -43,6 +46,8 @@ struct StoreChange {
     // each card before and after; of many cards without the texts that stay, but for the front.
     // Union of two cards: the kept card before and after, and the other one.
     std::vector<FlashCard> Cards;
+    // Union of many: those of two cards each, in the order in which they were done.
+    std::vector<StoreChange> Unions;
     // Changed texts of many cards.
     std::vector<CardTextChange> Texts;
     // Deletion and union: what those of them had that this program does not show.
@@ -66,7 +71,7 @@ struct StoreChange {
 
     size_t CountCards() const {
         return (What == Kind::kEdit ? Cards.size() / 2 : Cards.size()) + Texts.size() +
-               Orders.size() + MovedCards.size();
+               Orders.size() + MovedCards.size() + kCardsOfUnion * Unions.size();
     }
 };
 
@@ -149,6 +154,8 @@ StoreChange NoteTexts(std::vector<CardTextChange> written);
 // Notes that the second card is about to be deleted because the first one becomes the third.
 int NoteUnion(Database& database, const FlashCard& kept, const FlashCard& other,
               const FlashCard& merged, StoreChange& change);
+// Returns unions of two cards as one step.
+StoreChange NoteUnions(std::vector<StoreChange> unions);
 // Notes those of the changes of numbers whose rows were written.
 int NoteOrders(Database& database, CardRenumberings changes, std::vector<int64_t> written,
                StoreChange& change);

@@ -69,6 +69,24 @@ class ReviseRoad(RoadTest):
         self.wait_cards(FIRST[:2])
         self.score_and_take_back('Undo merging of cards "ecole"')
 
+    @on_one_desktop
+    def test_the_ticked_duplicates_are_merged_by_the_keys(self):
+        for label in ("Edit", "Duplicates..."):
+            self.program.click(label)
+        self.program.wait_window("Duplicates")
+        self.program.wait_text("1 group with 2 cards, 0 ticked")
+        press("space")
+        self.program.wait_text("1 ticked")
+        press("alt+k")
+        self.program.wait_text("Merge the cards of 1 group?")
+        press("Return")
+        self.program.wait_text("No two cards are the same.")
+        press("Escape")
+        self.program.wait_window(LIST_WINDOW)
+        self.wait_cards(FIRST[:2])
+        press("ctrl+z")
+        self.wait_cards(FIRST)
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -22,6 +22,15 @@ struct DuplicatesTest : StoreFixture {
         return fronts;
     }
 
+    // Makes one card of each group of cards with the same front, and returns how many were left.
+    int32_t UniteAll(const std::vector<std::vector<int64_t>>& groups, UndoHistory& history) {
+        UnionThread thread(mDatabase, SameBy::kFront, groups);
+        EXPECT_TRUE(thread.Start());
+        thread.Join();
+        history.Add(NoteUnions(thread.TakeDone()));
+        return thread.CountLeftAlone();
+    }
+
     std::atomic<bool> mCancelled{false};
 };
 
@@ -85,6 +94,67 @@ TEST_F(DuplicatesTest, TheLaterReviewIsTheBetterSchedule) {
         EXPECT_EQ(merged.Reverse, expected.Reverse);
         EXPECT_EQ(IsReviewedLater(kept, other), row.IsOtherLater);
     }
+}
+
+TEST_F(DuplicatesTest, AGroupIsPlainWhereNothingGetsLost) {
+    const struct {
+        std::function<void(FlashCard&)> Change;
+        bool IsPlain;
+    } cases[] = {{[](FlashCard& card) { card.Back = "SCHOOL"; }, true},
+                 {[](FlashCard& card) { card.Back = "the school"; }, false},
+                 {[](FlashCard& card) { card.CategoryId = 1; }, false},
+                 {[](FlashCard& card) { card.ForwardX = true; }, false},
+                 {[](FlashCard& card) { card.ReverseX = true; }, false},
+                 {[](FlashCard& card) { card.Notes.clear(); }, true},
+                 {[](FlashCard& card) { card.Author = "else"; }, false},
+                 {[](FlashCard& card) { card.Notes = "else"; }, false},
+                 {[](FlashCard& card) { card.Chapter = "else"; }, false},
+                 {[](FlashCard& card) { card = Scored(card, 3000, 0); }, true}};
+    std::vector<bool> expected;
+    for (const auto& row : cases) {
+        const wxString front = wxString::Format("ecole%zu", expected.size());
+        for (const bool isOther : {false, true}) {
+            FlashCard card = MakeCard(front, "school", 0);
+            card.Author = card.Chapter = card.Notes = "text";
+            if (isOther) {
+                row.Change(card);
+            }
+            Insert(card);
+        }
+        expected.push_back(row.IsPlain);
+    }
+    EXPECT_EQ(FindDuplicates(mDatabase, SameBy::kFront, std::nullopt, mCancelled).ArePlain,
+              expected);
+}
+
+TEST_F(DuplicatesTest, AllGroupsBecomeOneCardEachAndArePartedAgain) {
+    Insert(Scored(MakeCard("a", "1"), 5000, 0));
+    Insert(Scored(MakeCard("A", "2"), 7000, 3000));
+    Insert(Scored(MakeCard("a", "3"), 0, 6000));
+    Insert(Scored(MakeCard("b", "1"), 0, 0));
+    Insert(Scored(MakeCard("b", "2"), 0, 0));
+    Insert(Scored(MakeCard("c", "1"), 0, 0));
+    Insert(Scored(MakeCard("c", "2"), 0, 0));
+    auto groups = FindDuplicates(mDatabase, SameBy::kFront, std::nullopt, mCancelled).Groups;
+    // Another card has the row by now, and stays.
+    ASSERT_EQ(Query("UPDATE Cards SET Front='d' WHERE ROWID=7").size(), 0U);
+    const std::string all =
+        "SELECT Front,Back,LastReview,RLastReview FROM Cards ORDER BY Back,Front";
+    const Strings before = Query(all);
+    UndoHistory history;
+    EXPECT_EQ(UniteAll(groups, history), 1);
+    const auto united =
+        ElementsAre("b|1|1000|1000", "c|1|1000|1000", "A|2|7000|6000", "d|2|1000|1000");
+    EXPECT_THAT(Query(all), united);
+    UndoOutcome outcome;
+    EXPECT_EQ(history.GetUndoLabel(), "Undo merging of 5 cards");
+    EXPECT_EQ(history.UndoLast(mDatabase, outcome), 0);
+    EXPECT_EQ(Query(all), before);
+    EXPECT_EQ(history.GetRedoLabel(), "Redo merging of 5 cards");
+    EXPECT_EQ(history.RedoLast(mDatabase, outcome), 0);
+    EXPECT_THAT(Query(all), united);
+    EXPECT_EQ(history.UndoLast(mDatabase, outcome), 0);
+    EXPECT_EQ(Query(all), before);
 }
 
 TEST_F(DuplicatesTest, AUnionIsTakenBackWithoutTheScoreThatCameAfterIt) {

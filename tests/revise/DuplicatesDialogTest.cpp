@@ -28,7 +28,7 @@ TEST_F(DuplicatesDialogTest, MergesTwoCardsOfAGroupIntoTheOneReviewedLast) {
     FakeServices services;
     ModalAnswers answers;
     answers.Then([&](wxDialog& dialog) {
-        WaitStatus(dialog, "1 group with 3 cards");
+        WaitStatus(dialog, "1 group with 3 cards, 0 ticked");
         // A merge that is called off changes nothing.
         answers.ThenPress(MergeDialog::kStopId);
         Send(*FindById(dialog, Id::kMergeId));
@@ -38,14 +38,14 @@ TEST_F(DuplicatesDialogTest, MergesTwoCardsOfAGroupIntoTheOneReviewedLast) {
             Send(*FindById(merge, MergeDialog::kKeepMergedId));
         });
         Send(*FindById(dialog, Id::kMergeId));
-        WaitStatus(dialog, "1 group with 2 cards");
+        WaitStatus(dialog, "1 group with 2 cards, 0 ticked");
         Choose(dialog, Id::kSameById, 1);
         WaitStatus(dialog, "No two cards are the same.");
         EXPECT_FALSE(FindById(dialog, Id::kMergeId)->IsEnabled());
         Choose(dialog, Id::kSameById, 0);
         dialog.EndModal(wxID_CLOSE);
     });
-    DuplicatesDialog(nullptr, services, mDatabase).ShowModal();
+    DuplicatesDialog(nullptr, services, mDatabase, mReport).ShowModal();
     EXPECT_THAT(Query("SELECT Front,Back,Introduced FROM Cards ORDER BY ROWID"),
                 ElementsAre("the ecole|school|1", "ecole|school|0", "other|card|0"));
     EXPECT_EQ(services.History.GetUndoLabel(), "Undo merging of cards \"the ecole\"");
@@ -57,7 +57,7 @@ TEST_F(DuplicatesDialogTest, TellsOfACardThatWentMeanwhile) {
     FakeServices services;
     ModalAnswers answers;
     answers.Then([&](wxDialog& dialog) {
-        WaitStatus(dialog, "1 group with 2 cards");
+        WaitStatus(dialog, "1 group with 2 cards, 0 ticked");
         answers.Then([&](wxDialog& merge) {
             mDatabase.DeleteCard(gone.CardId);
             Send(*FindById(merge, MergeDialog::kKeepDatabaseId));
@@ -67,10 +67,41 @@ TEST_F(DuplicatesDialogTest, TellsOfACardThatWentMeanwhile) {
         WaitStatus(dialog, "No two cards are the same.");
         dialog.EndModal(wxID_CLOSE);
     });
-    DuplicatesDialog(nullptr, services, mDatabase).ShowModal();
+    DuplicatesDialog(nullptr, services, mDatabase, mReport).ShowModal();
     EXPECT_EQ(answers.Dialogs.back().Message,
               "One of these cards was changed or deleted meanwhile.");
     EXPECT_TRUE(services.History.IsEmpty());
+}
+
+TEST_F(DuplicatesDialogTest, MergesTheTickedGroupsInOneStep) {
+    for (const char* const front : {"plain", "Plain", "chosen", "Chosen"}) {
+        Insert(MakeCard(front, front + 1));
+    }
+    Insert(MakeCard("chosen", "another"));
+    FakeServices services;
+    ModalAnswers answers;
+    const wxString all = "2 groups with 5 cards, %i ticked";
+    answers.Then([&](wxDialog& dialog) {
+        WaitStatus(dialog, wxString::Format(all, 1));
+        auto& tickAll = Find<wxCheckBox>(dialog, Id::kAllId);
+        for (const bool tick : {true, false}) {
+            tickAll.SetValue(tick);
+            Send(tickAll, wxEVT_CHECKBOX, tick);
+            WaitStatus(dialog, wxString::Format(all, tick ? 2 : 0));
+            EXPECT_EQ(FindById(dialog, Id::kMergeTickedId)->IsEnabled(), tick);
+        }
+        tickAll.SetValue(true);
+        Send(tickAll, wxEVT_CHECKBOX, true);
+        for (const int answer : {wxID_CANCEL, wxID_OK}) {
+            answers.Expect(answer);
+            Send(*FindById(dialog, Id::kMergeTickedId));
+        }
+        WaitStatus(dialog, "No two cards are the same.");
+        dialog.EndModal(wxID_CLOSE);
+    });
+    DuplicatesDialog(nullptr, services, mDatabase, mReport).ShowModal();
+    EXPECT_EQ(Query("SELECT Front FROM Cards ORDER BY ROWID").size(), 2U);
+    EXPECT_EQ(services.History.GetUndoLabel(), "Undo merging of 5 cards");
 }
 
 }  // namespace
