@@ -65,7 +65,8 @@ std::string Condition(const SearchTerm& term, size_t direction) {
 std::string Selection(const CardSearch& search, const char* first) {
     std::string sql = std::string("SELECT ROWID FROM Cards WHERE ") + first;
     for (const SearchTerm& term : search.Query.GetTerms()) {
-        const std::string condition = Condition(term, search.Direction == kReviewReverse ? 1 : 0);
+        const bool isReverse = term.Direction.value_or(search.Direction) == kReviewReverse;
+        const std::string condition = Condition(term, isReverse ? 1 : 0);
         sql += " AND (" + condition + ")" + (term.IsExcluded ? " IS NOT TRUE" : "");
     }
     return sql;

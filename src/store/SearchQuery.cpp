@@ -58,11 +58,12 @@ class WordReader {
     bool HasMore() const { return mAt < mText.size(); }
     bool IsAtBlank() const { return !HasMore() || IsWideSpace(mText[mAt]); }
     bool Take(wchar_t sign);
-    std::wstring ReadName() const;
+    std::u16string ReadName();
     wxString ReadText();
     bool ReadField(const std::u16string& name, SearchTerm& term);
     bool ReadState(const std::u16string& name, SearchTerm& term);
     bool ReadTime(const std::u16string& name, SearchTerm& term);
+    bool ReadDirection(const std::u16string& name, SearchTerm& term);
     void ReadSpan(SearchTerm& term);
 
     std::wstring mText;
@@ -70,23 +71,29 @@ class WordReader {
     wxString mProblem;
 };
 
+// Returns true for the word that the tick of a state puts in.
+bool IsTick(const SearchTerm& term, CardState state) {
+    return term.What == Kind::kState && term.State == state && !term.IsExcluded &&
+           !term.Direction.has_value();
+}
+
 bool WordReader::Take(wchar_t sign) {
     const bool isThere = HasMore() && IsSign(mText[mAt], sign);
     mAt += isThere ? 1 : 0;
     return isThere;
 }
 
-// Returns what stands before the first sign that could end a name.
-std::wstring WordReader::ReadName() const {
-    size_t end = mAt;
+// Returns what stands before the first sign that could end a name, folded.
+std::u16string WordReader::ReadName() {
+    const size_t begin = mAt;
     const auto goesOn = [](wchar_t character) {
         return !IsWideSpace(character) && character != '"' && !IsSign(character, ':') &&
                !IsSign(character, '<') && !IsSign(character, '>');
     };
-    while (end < mText.size() && goesOn(mText[end])) {
-        ++end;
+    while (HasMore() && goesOn(mText[mAt])) {
+        ++mAt;
     }
-    return mText.substr(mAt, end - mAt);
+    return FoldText(wxString(mText.substr(begin, mAt - begin)));
 }
 
 wxString WordReader::ReadText() {
@@ -173,6 +180,23 @@ void WordReader::ReadSpan(SearchTerm& term) {
     term.Seconds = std::clamp(number, -kGreatestNumber, kGreatestNumber) * unit->Seconds;
 }
 
+// Reads a state or a time of one direction.
+bool WordReader::ReadDirection(const std::u16string& name, SearchTerm& term) {
+    const bool isForward = name == u"forward";
+    if ((!isForward && name != u"reverse") || !Take(':')) {
+        return false;
+    }
+    const std::u16string word = ReadName();
+    if (!ReadState(word, term) && !ReadTime(word, term)) {
+        return false;
+    }
+    term.Direction = isForward ? kReviewForward : kReviewReverse;
+    if (term.What == Kind::kState && term.State == CardState::kHard) {
+        mProblem = _("\"is:hard\" can only be asked of the direction that you study.");
+    }
+    return true;
+}
+
 bool WordReader::Next(SearchTerm& term) {
     while (HasMore() && IsAtBlank()) {
         ++mAt;
@@ -184,10 +208,9 @@ bool WordReader::Next(SearchTerm& term) {
     term.IsExcluded = Take('-') && !IsAtBlank();
     const size_t begin = term.IsExcluded ? mAt : term.Begin;
     mAt = begin;
-    const std::wstring name = ReadName();
-    const std::u16string folded = FoldText(wxString(name));
-    mAt += name.size();
-    if (!ReadField(folded, term) && !ReadState(folded, term) && !ReadTime(folded, term)) {
+    const std::u16string name = ReadName();
+    if (!ReadField(name, term) && !ReadState(name, term) && !ReadTime(name, term) &&
+        !ReadDirection(name, term)) {
         mAt = begin;
         term.Text = ReadText();
     }
@@ -244,15 +267,14 @@ bool SearchQuery::Has(CardState state) const {
 }
 
 bool SearchQuery::Requires(CardState state) const {
-    return std::any_of(mTerms.begin(), mTerms.end(), [state](const SearchTerm& term) {
-        return term.What == Kind::kState && term.State == state && !term.IsExcluded;
-    });
+    return std::any_of(mTerms.begin(), mTerms.end(),
+                       [state](const SearchTerm& term) { return IsTick(term, state); });
 }
 
 wxString SearchQuery::WithState(CardState state, bool required) const {
     wxString text = mText;
     for (auto term = mTerms.rbegin(); term != mTerms.rend(); ++term) {
-        if (term->What == Kind::kState && term->State == state && !term->IsExcluded) {
+        if (IsTick(*term, state)) {
             text.erase(term->Begin, term->End - term->Begin);
         }
     }

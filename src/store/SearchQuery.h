@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,8 @@ struct SearchTerm {
     Field In = Field::kAny;
     wxString Text;
     CardState State = CardState::kDue;
+    // The direction that a state or a time is asked of; none for that of the study.
+    std::optional<ReviewDirection> Direction;
     // "<", ">", "<=" or ">=".
     const char* Comparison = "<";
     int64_t Seconds = 0;
@@ -46,8 +49,9 @@ struct SearchTerm {
 //     search := { ["-"] word }
 //     word   := text                      in any field
 //             | field ":" text            front, back, notes, category, author or chapter
-//             | "is:" state               due, new, failed, excluded, duplicate or hard
-//             | ("due" | "interval") ("<" | ">" | "<=" | ">=") number [unit]
+//             | [direction] "is:" state   due, new, failed, excluded, duplicate or hard
+//             | [direction] ("due" | "interval") ("<" | ">" | "<=" | ">=") number [unit]
+//     direction := "forward:" | "reverse:"   instead of that of the study
 //     text   := characters without a blank | '"' characters '"'
 //     unit   := "min" | "h" | "d" | "w" | "m" | "y", a month being "m" and a day the default
 //

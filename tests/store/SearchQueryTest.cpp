@@ -126,6 +126,12 @@ TEST_F(SearchQueryTest, EveryWordMustBeFoundAndNamesNarrow) {
         {L"interval>=1m", "2", ""},
         {L"interval>1y", "", ""},
         {L"due<99999999999y", "12", "23"},
+        {L"forward:is:due", "1", "1"},
+        {L"REVERSE:is:due", "2", "2"},
+        {L"forward:interval<=9 -reverse:is:new", "", ""},
+        {L"forward:due<7d", "1", "1"},
+        {L"-reverse:interval<=9", "14", "14"},
+        {L"reverse:x", "", ""},
         {L"due", "2", "2"},
         {L"is", "", ""},
     };
@@ -143,8 +149,9 @@ TEST_F(SearchQueryTest, EveryWordMustBeFoundAndNamesNarrow) {
 }
 
 TEST_F(SearchQueryTest, AWordThatCannotMeanAnythingIsAProblem) {
-    for (const wchar_t* const text : {L"is:", L"is:done", L"due<", L"due<xyz", L"house due>7q",
-                                      L"interval<d", L"front:", L"-category:\"\""}) {
+    for (const wchar_t* const text :
+         {L"is:", L"is:done", L"due<", L"due<xyz", L"house due>7q", L"interval<d", L"front:",
+          L"-category:\"\"", L"reverse:is:done", L"forward:is:hard"}) {
         const SearchQuery query = SearchQuery::Words(text);
         EXPECT_FALSE(query.GetProblem().empty()) << wxString(text);
         EXPECT_TRUE(query.GetTerms().empty()) << wxString(text);
@@ -165,6 +172,7 @@ TEST_F(SearchQueryTest, ATickPutsTheWordOfAStateInAndTakesItOut) {
     };
     EXPECT_EQ(text("house", true), "house is:new");
     EXPECT_EQ(text("is:new", false), "");
+    EXPECT_EQ(text("reverse:is:new is:new", false), "reverse:is:new");
     EXPECT_EQ(text("a IS:NEW -is:new b is:new", false), "a  -is:new b");
     EXPECT_TRUE(SearchQuery::Words("-is:new").Has(CardState::kNew));
     EXPECT_FALSE(SearchQuery::Words("-is:new").Requires(CardState::kNew));
