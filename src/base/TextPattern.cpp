@@ -56,6 +56,21 @@ std::u16string Quote(const std::u16string& text, bool wholeWords) {
     return wholeWords ? u"(?<!\\w)" + quoted + u"(?!\\w)" : quoted;
 }
 
+// Finds out whether a hit begins with several capitals, the first group, or with one, the second.
+constexpr char16_t kCapitals[] = u"(?:(?-i:(?=(\\p{Lu}{2})|(\\p{Lu})))|)";
+
+// Writes a plain text as one that takes over the capitals of the hit.
+std::u16string WithCapitals(const std::u16string& text) {
+    std::u16string result = u"${1:+\\U:}${2:+\\u:}";
+    for (const char16_t unit : text) {
+        const bool isWord = unit > u'\x7f' || (unit >= u'0' && unit <= u'9') ||
+                            (unit >= u'A' && unit <= u'Z') || (unit >= u'a' && unit <= u'z');
+        result += isWord ? u"" : u"\\";
+        result += unit;
+    }
+    return result + u"\\E";
+}
+
 // Writes \1 as ${1}, which is the engine's form.
 std::u16string WithEngineGroups(const std::u16string& text) {
     std::u16string groups;
@@ -95,7 +110,10 @@ bool TextPattern::Set(const wxString& wanted, const wxString& replacement, const
     const std::unique_ptr<pcre2_compile_context_16, Free<pcre2_compile_context_free_16>> context(
         pcre2_compile_context_create_16(nullptr));
     const std::u16string given = ToUtf16(wanted);
-    const std::u16string pattern = options.IsExpression ? given : Quote(given, options.WholeWords);
+    const bool keepsCapitals = options.KeepCapitals && !options.MatchCase && !options.IsExpression;
+    const std::u16string pattern =
+        options.IsExpression ? given
+                             : (keepsCapitals ? kCapitals : u"") + Quote(given, options.WholeWords);
     if (options.IsExpression && options.WholeWords) {
         pcre2_set_compile_extra_options_16(context.get(), PCRE2_EXTRA_MATCH_WORD);
     }
@@ -115,10 +133,12 @@ bool TextPattern::Set(const wxString& wanted, const wxString& replacement, const
     pcre2_set_match_limit_16(engine->Limits.get(), kMostSteps);
     engine->Match.reset(pcre2_match_data_create_from_pattern_16(engine->Code.get(), nullptr));
     mpEngine = std::move(engine);
-    mIsExpression = options.IsExpression;
+    mIsTemplate = options.IsExpression || keepsCapitals;
     mReplacement = ToUtf16(replacement);
-    if (mIsExpression) {
+    if (options.IsExpression) {
         mReplacement = WithEngineGroups(mReplacement);
+    } else if (keepsCapitals) {
+        mReplacement = WithCapitals(mReplacement);
     }
     return true;
 }
@@ -126,8 +146,8 @@ bool TextPattern::Set(const wxString& wanted, const wxString& replacement, const
 TextPattern::Outcome TextPattern::Replace(std::u16string_view text, std::u16string& result,
                                           Fault& fault) const {
     const uint32_t flags = PCRE2_SUBSTITUTE_GLOBAL | PCRE2_SUBSTITUTE_OVERFLOW_LENGTH |
-                           (mIsExpression ? PCRE2_SUBSTITUTE_EXTENDED | PCRE2_SUBSTITUTE_UNSET_EMPTY
-                                          : PCRE2_SUBSTITUTE_LITERAL);
+                           (mIsTemplate ? PCRE2_SUBSTITUTE_EXTENDED | PCRE2_SUBSTITUTE_UNSET_EMPTY
+                                        : PCRE2_SUBSTITUTE_LITERAL);
     result.resize(text.size() + mReplacement.size() + 64);
     // The second try has the room that the first one asked for.
     for (int tries = 0;; ++tries) {

@@ -23,6 +23,9 @@ class TextPattern {
         bool MatchCase = false;
         // Letters, digits and _ may stand neither before nor after a hit.
         bool WholeWords = false;
+        // What takes the place of a capital letter, or of several, begins with one or has only
+        // such. Means nothing for an expression, or where the case has to match.
+        bool KeepCapitals = false;
     };
 
     // What is wrong with an expression or what takes its place.
@@ -54,5 +57,6 @@ class TextPattern {
 
     std::unique_ptr<Engine> mpEngine;
     std::u16string mReplacement;
-    bool mIsExpression = false;
+    // True where what takes the place of a hit is more than a plain text.
+    bool mIsTemplate = false;
 };

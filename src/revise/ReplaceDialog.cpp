@@ -215,6 +215,7 @@ ReplaceDialog::ReplaceDialog(wxWindow* parent, AppServices& services, Database& 
         if (event.GetId() == kAllId) {
             mpList->TickAll(event.IsChecked());
         } else {
+            mpKeepCapitals->Enable(!mpMatchCase->GetValue() && !mpExpression->GetValue());
             WaitForMore();
         }
     });
@@ -262,6 +263,9 @@ void ReplaceDialog::AddChecks(wxSizer& column) {
         return box;
     };
     mpMatchCase = add(*how, kMatchCaseId, _("&Match case"));
+    mpKeepCapitals = add(*how, kKeepCapitalsId, _("Kee&p capitals"));
+    mpKeepCapitals->SetToolTip(_("What takes the place of \"House\" begins with a capital too."));
+    mpKeepCapitals->SetValue(true);
     mpWholeWords = add(*how, kWholeWordsId, _("W&hole words"));
     mpExpression = add(*how, kExpressionId, _("Regular e&xpression"));
     mpExpression->SetToolTip(
@@ -319,7 +323,8 @@ void ReplaceDialog::Search() {
     ReplacementQuery query;
     query.Wanted = mpWanted->GetValue();
     query.Replacement = mpReplacement->GetValue();
-    query.Options = {mpExpression->GetValue(), mpMatchCase->GetValue(), mpWholeWords->GetValue()};
+    query.Options = {mpExpression->GetValue(), mpMatchCase->GetValue(), mpWholeWords->GetValue(),
+                     mpKeepCapitals->GetValue()};
     for (size_t i = 0; i < kCardTextCount; ++i) {
         query.Texts[i] = mTexts[i]->GetValue();
     }

@@ -37,7 +37,8 @@ class ReplaceDialog : public wxDialog {
         kScopeId = 10211,
         kStatusId = 10212,
         kListId = 10213,
-        kAllId = 10214
+        kAllId = 10214,
+        kKeepCapitalsId = 10215
     };
 
     // The row ids of the selected cards, of which there may be none, and of all in the list. The
@@ -70,6 +71,7 @@ class ReplaceDialog : public wxDialog {
     wxTextCtrl* mpWanted = nullptr;
     wxTextCtrl* mpReplacement = nullptr;
     wxCheckBox* mpMatchCase = nullptr;
+    wxCheckBox* mpKeepCapitals = nullptr;
     wxCheckBox* mpWholeWords = nullptr;
     wxCheckBox* mpExpression = nullptr;
     std::array<wxCheckBox*, kCardTextCount> mTexts{};

@@ -11,6 +11,7 @@ namespace {
 constexpr TextPattern::Options kPlain{};
 constexpr TextPattern::Options kCase{false, true, false};
 constexpr TextPattern::Options kWords{false, false, true};
+constexpr TextPattern::Options kCapitals{false, false, false, true};
 constexpr TextPattern::Options kExpression{true, true, false};
 
 TEST(TextPattern, ReplacesEachHitAndTellsWhereAnExpressionIsWrong) {
@@ -32,6 +33,10 @@ TEST(TextPattern, ReplacesEachHitAndTellsWhereAnExpressionIsWrong) {
         {kCase, "Haus", "Heim", "haus Haus", "haus Heim"},
         {kWords, "art", "x", "art part arts art", "x part arts x"},
         {kWords, "C++", "D", "C++ and C++x", "D and C++x"},
+        {kCapitals, "ecole", "école", "Ecole ECOLE ecole eCole", "École ÉCOLE école école"},
+        {kCapitals, "a.", "$1\\U:}{\\", "A. a.", "$1\\U:}{\\ $1\\U:}{\\"},
+        {{false, false, true, true}, "art", "été", "Art Arts l'ART", "Été Arts l'ÉTÉ"},
+        {{false, true, false, true}, "art", "x", "Art art", "Art x"},
         // A search that went on in a cut text would find every letter.
         {kExpression, "\\b\\w", "_", "one two", "_ne _wo"},
         {kExpression, "^(.)", "<$1>", "aa", "<a>a"},
