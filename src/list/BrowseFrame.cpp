@@ -533,7 +533,7 @@ void BrowseFrame::BindSortMenu(wxMenu& view) {
         Bind(
             wxEVT_UPDATE_UI,
             [this, &traits](wxUpdateUIEvent& event) {
-                event.Enable(mpCardList->IsColumnShown(traits.Column));
+                event.Enable(mpCardList->CanSortBy(traits.Column));
                 event.Check(mpCardList->GetOrder().Column == traits.Column);
             },
             id);
@@ -577,8 +577,16 @@ void BrowseFrame::BindListCommands() {
             },
             id);
     };
-    bind(ID_REPLACE, [this] { mpCardList->ReplaceTexts(); });
-    bind(ID_DUPLICATES, [this] { mServices.ShowDuplicates(*this); });
+    // The keys go to the cards then: in the search field, Undo would take back what was typed
+    // there.
+    bind(ID_REPLACE, [this] {
+        mpCardList->ReplaceTexts();
+        GiveKeysTo(*mpCardList);
+    });
+    bind(ID_DUPLICATES, [this] {
+        mServices.ShowDuplicates(*this);
+        GiveKeysTo(*mpCardList);
+    });
     BindOrderMenu();
     // In the list of categories it selects all cards of the chosen category.
     const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
@@ -898,6 +906,8 @@ void BrowseFrame::OnSearchAll(wxCommandEvent& event) {
     mSearchAll = event.IsChecked();
     mpSearchCtrl->SetDescriptiveText(mSearchAll ? _("Search in All Categories") : _("Search"));
     mpCardList->SetSearchAll(mSearchAll);
+    // The pointer had left the keys with the button that opens the menu.
+    GiveKeysTo(*mpSearchCtrl);
 }
 
 void BrowseFrame::OnExactSearch(wxCommandEvent& event) {

@@ -811,8 +811,11 @@ bool CardList::IsColumnShown(ListColumn column) const {
 }
 
 void CardList::SortBy(const ListOrder& order) {
-    if (!IsColumnShown(order.Column)) {
+    if (!CanSortBy(order.Column)) {
         return;
+    }
+    if (!IsColumnShown(order.Column)) {
+        ToggleColumn(order.Column);
     }
     mOrder = order;
     WriteListOrder(mOrder);

@@ -66,6 +66,10 @@ class CardList : public wxPanel, private Observer {
     // Returns true until a worker has sorted the rows, which have another order so far.
     bool IsSorting() const { return mSortJob.IsRunning(); }
     bool IsColumnShown(ListColumn column) const;
+    // The categories are a column only in a search over all of them.
+    bool CanSortBy(ListColumn column) const {
+        return column != ListColumn::kCategory || IsColumnShown(column);
+    }
 
     // Returns the text of a cell. Reads the card from the store when it is not in the cache.
     wxString GetCellText(long row, ListColumn column);

@@ -88,8 +88,10 @@ class PrintDialog : public wxDialog {
   public:
     PrintDialog(wxWindow* parent, size_t count) : wxDialog(parent, wxID_ANY, _("Print Cards")) {
         wxBoxSizer* const rows = MakeFormColumn(*this);
-        const wxString about = AboutCards(static_cast<int>(count)).Trim(false);
-        rows->Add(new wxStaticText(this, wxID_ANY, about));
+        const auto number = static_cast<int>(count);
+        const wxString what = wxString::Format(
+            wxPLURAL("%i card", "%i cards", static_cast<unsigned>(number)), number);
+        rows->Add(new wxStaticText(this, wxID_ANY, what));
         const wxString forms[] = {_("&List of fronts and backs"), _("&Cards to cut out")};
         mpForm = new wxRadioBox(this, wxID_ANY, _("Layout"), wxDefaultPosition, wxDefaultSize,
                                 wxArrayString(std::size(forms), forms), 1, wxRA_SPECIFY_COLS);

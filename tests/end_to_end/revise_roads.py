@@ -43,7 +43,7 @@ class ReviseRoad(RoadTest):
 
     @on_one_desktop
     def test_a_word_is_replaced_in_all_cards_by_the_keys(self):
-        press("ctrl+h")
+        press("ctrl+f", "ctrl+h")
         self.program.wait_window("Find and Replace")
         type_text("ecole")
         press("Tab")
@@ -51,7 +51,12 @@ class ReviseRoad(RoadTest):
         self.program.wait_text("2 cards would change, 2 ticked")
         press("alt+r")
         self.program.wait_no_window("Find and Replace")
-        self.wait_cards([("lycee", "school"), ("maison", "house"), ("lycee", "academy")])
+        changed = [("lycee", "school"), ("maison", "house"), ("Lycee", "academy")]
+        self.wait_cards(changed)
+        self.program.wait_window(LIST_WINDOW)
+        for key, cards in (("ctrl+z", FIRST), ("ctrl+shift+z", changed)):
+            press(key)
+            self.wait_cards(cards)
         self.score_and_take_back("Undo replacement in 2 cards")
 
     @on_one_desktop

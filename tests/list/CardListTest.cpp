@@ -290,7 +290,10 @@ TEST_F(CardListTest, ASecondClickOrTheMenuTurnsTheOrderWhichIsKept) {
     Command(ID_SORT_ASCENDING);
     EXPECT_EQ(Column(1), ascending);
     EXPECT_EQ(Rule(ID_SORT_ASCENDING), "checked");
-    EXPECT_EQ(Rule(ID_SORT_FIRST + static_cast<int>(ListColumn::kAuthor)), "off");
+    EXPECT_EQ(Rule(ID_SORT_FIRST + static_cast<int>(ListColumn::kCategory)), "off");
+    // A column that is not shown comes in sight.
+    Command(ID_SORT_FIRST + static_cast<int>(ListColumn::kDifficulty));
+    EXPECT_EQ(Rule(ID_SORT_FIRST + static_cast<int>(ListColumn::kDifficulty)), "checked");
     Command(ID_SORT_FIRST + static_cast<int>(ListColumn::kNumber));
     Command(ID_SORT_DESCENDING);
     const Texts numbers{"5", "4", "3", "2", "1", "0"};
