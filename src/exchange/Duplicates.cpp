@@ -67,25 +67,34 @@ class DuplicateKey {
 
 // Says of each group whether it is plain. Returns false when the store fails.
 bool FindPlain(Database& database, const std::atomic<bool>& cancelled, DuplicatesFound& found) {
-    for (auto group = found.Groups.begin(); group != found.Groups.end() && !cancelled; ++group) {
-        FlashCard merged;
-        bool isPlain = true;
-        for (const int64_t rowId : *group) {
-            FlashCard card;
-            int64_t before = rowId - 1;
-            const int count = database.VisitCardsAfter(before, 1, [&](const CardRow& row) {
-                isPlain = isPlain && row.RowId() == rowId && row.Read(card) == 0;
-            });
-            if (count < 0) {
-                return false;
-            }
-            const bool isFirst = rowId == group->front();
-            isPlain = isPlain && (isFirst || IsPlainUnion(merged, card));
-            merged = isFirst ? card : SuggestUnion(merged, card);
+    found.ArePlain.assign(found.Groups.size(), true);
+    for (size_t group = 0; group < found.Groups.size() && !cancelled;) {
+        std::vector<int64_t> rowIds;
+        std::vector<size_t> groups;
+        for (; group < found.Groups.size() && rowIds.size() < kReadAtOnce; ++group) {
+            const std::vector<int64_t>& own = found.Groups[group];
+            rowIds.insert(rowIds.end(), own.begin(), own.end());
+            groups.insert(groups.end(), own.size(), group);
         }
-        found.ArePlain.push_back(isPlain);
+        FlashCard merged;
+        size_t at = 0;
+        const auto visit = [&](const CardRow& row) {
+            const size_t before = at;
+            at = static_cast<size_t>(
+                std::find(rowIds.begin() + static_cast<long>(at), rowIds.end(), row.RowId()) -
+                rowIds.begin());
+            FlashCard card;
+            const bool isRead = row.Read(card) == 0;
+            const bool isFirst = at == 0 || groups[before] != groups[at];
+            if (!isRead || (!isFirst && !IsPlainUnion(merged, card))) {
+                found.ArePlain[groups[at]] = false;
+            }
+            merged = isFirst ? card : SuggestUnion(merged, card);
+        };
+        if (!database.TryLocked([&] { database.VisitCardsByRowId(rowIds, visit); })) {
+            return false;
+        }
     }
-    found.ArePlain.resize(found.Groups.size());
     return true;
 }
 

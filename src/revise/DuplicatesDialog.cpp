@@ -123,6 +123,9 @@ class DuplicateList : public wxListCtrl {
             const bool isFirst = IsFirst(i);
             gone += mTicks[mRows[i].Group] && !isFirst ? 1U : 0U;
             if (gone > UnionThread::kMostGone) {
+                if (groups.back().size() < 2) {
+                    groups.pop_back();
+                }
                 break;
             }
             if (mTicks[mRows[i].Group]) {
