@@ -11,10 +11,10 @@
 #include <numeric>
 
 #include "base/SettingsFile.h"
-#include "base/Unicode.h"
 #include "files/StoreBackup.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
+#include "store/CardSequence.h"
 #include "store/CardTexts.h"
 #include "support/StoreFixture.h"
 
@@ -25,7 +25,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kRows[] =
-    "SELECT rowid,CardId,Front,Back,CategoryId,LastScore,ERC FROM Cards ORDER BY rowid";
+    "SELECT rowid,CardId,Front,Back,CategoryId,LastScore,ERC,IntroductionOrder FROM Cards "
+    "ORDER BY rowid";
 
 struct PowerCutTest : StoreFixture {
     // The categories in one text, then the cards; nothing where there is no store.
@@ -211,8 +212,8 @@ TEST_F(PowerCutTest, KeepsAMergeOfCategories) {
     ExpectEveryConfirmedChange();
 }
 
-// As large a group as one statement takes: all of it is there, or nothing.
-TEST_F(PowerCutTest, KeepsAChangeOfManyCards) {
+// As large a group as one statement takes: all of it is there, or nothing, and never half a card.
+TEST_F(PowerCutTest, KeepsEachChangeOfManyCards) {
     Database database(mReport);
     ASSERT_EQ(database.Open(DiskStore(), mWait), 0);
     std::vector<int64_t> rowIds(16);
@@ -221,33 +222,40 @@ TEST_F(PowerCutTest, KeepsAChangeOfManyCards) {
     AddPart(parts, CardPart::kFront);
     AddPart(parts, CardPart::kCategory);
     AddPart(parts, CardPart::kLastScore);
-    FlashCard values = MakeCard("changed", "", 0);
-    const auto change = [&](const char* front) {
-        return [&, front] {
-            values.Front = front;
-            const auto cardAt = [&](size_t) -> const FlashCard& { return values; };
-            return database.UpdateParts(rowIds, parts, cardAt) == 0;
-        };
-    };
-    Record({change("once"), change("twice")});
-    ExpectEveryConfirmedChange();
-}
-
-TEST_F(PowerCutTest, KeepsBothTextsOfEachCardOfAReplacement) {
-    Database database(mReport);
-    ASSERT_EQ(database.Open(DiskStore(), mWait), 0);
-    Record({[&] {
-        std::vector<CardTextChange> changes;
-        for (int number = 1; number <= 16; ++number) {
-            const std::u16string front = ToUtf16(NewCard(number).Front);
-            changes.push_back(
-                {number,
-                 {},
-                 {{CardText::kFront, front, u"new"}, {CardText::kBack, u"back", front}}});
+    std::vector<int64_t> written;
+    const std::function<int(bool again)> changes[] = {
+        [&](bool again) {
+            const FlashCard values = MakeCard(again ? "twice" : "once", "", 0);
+            return database.UpdateParts(rowIds, parts,
+                                        [&](size_t) -> const FlashCard& { return values; });
+        },
+        [&](bool again) {
+            std::vector<CardTextChange> texts;
+            for (const int64_t rowId : rowIds) {
+                const CardTextChange::Text front{CardText::kFront, u"twice", u"new"};
+                const CardTextChange::Text back{CardText::kBack, u"back", u"twice"};
+                texts.push_back({rowId, {}, {front, back}});
+                for (CardTextChange::Text& text : texts.back().Texts) {
+                    if (again) {
+                        std::swap(text.Before, text.After);
+                    }
+                }
+            }
+            return database.UpdateTexts(texts, written);
+        },
+        [&](bool again) {
+            std::vector<OrderedCard> places;
+            EXPECT_EQ(database.SelectPlaces(rowIds, places), 0);
+            return database.UpdateOrders(NumberFrom(places, again ? 100 : 1000), written);
+        }};
+    std::vector<std::function<bool()>> steps;
+    for (const auto& change : changes) {
+        for (const bool again : {false, true}) {
+            steps.emplace_back([&change, again] { return change(again) == 0; });
         }
-        std::vector<int64_t> written;
-        return database.UpdateTexts(changes, written) == 0 && written.size() == changes.size();
-    }});
+    }
+    Record(steps);
+    EXPECT_EQ(written.size(), 4 * rowIds.size());
     ExpectEveryConfirmedChange();
 }
 
