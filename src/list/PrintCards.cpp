@@ -11,14 +11,16 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
-#include <list>
 #include <utility>
 
+#include "base/Unicode.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
+#include "store/CardRow.h"
 #include "store/Database.h"
 
 // A font has its size from the resolution of what it is drawn on, and the library's printer, screen
@@ -202,12 +204,16 @@ std::shared_ptr<PrintLayout> MakePrintLayout(Database& database, std::vector<int
     source.Heading = heading;
     source.Read = [&database, ids = std::move(rowIds)](size_t first, size_t count) {
         std::vector<PrintLayout::Sides> read(count);
-        for (size_t i = 0; i < count; ++i) {
-            std::list<FlashCard> cards;
-            if (database.SelectCardByRowId(ids[first + i], cards) >= 0 && !cards.empty()) {
-                read[i] = {cards.front().Front, cards.front().Back};
+        const auto begin = ids.begin() + static_cast<std::ptrdiff_t>(first);
+        const std::vector<int64_t> wanted(begin, begin + static_cast<std::ptrdiff_t>(count));
+        size_t place = 0;
+        // The store itself reports a failure.
+        database.VisitCardsByRowId(wanted, [&](const CardRow& row) {
+            while (wanted[place] != row.RowId()) {
+                ++place;
             }
-        }
+            read[place] = {FromUtf16(row.Front()), FromUtf16(row.Back())};
+        });
         return read;
     };
     const auto measure = std::make_shared<PaperMeasure>();

@@ -91,7 +91,6 @@ class PrintLayout {
     wxSize GetGrid() const;
     size_t CardsPerSheet() const;
     int MeasureLineHeight(const PrintFont& font) const;
-    int MeasureWidestLetter(const PrintFont& font) const;
     Cell Fit(const wxString& text, const wxSize& room, const PrintFont& font) const;
     wxString CutLine(wxString line, int width, const PrintFont& font) const;
     void FindListPages();

@@ -95,6 +95,25 @@ TEST(PrintLayout, APageHasTheCardsThatFitOnIt) {
     }
 }
 
+// Measuring each text would take half a minute for 100,000 sentences.
+TEST(PrintLayout, PagesAreFoundByLettersThatAreMeasuredOnce) {
+    int measured = 0;
+    PrintLayout::Source source;
+    source.Count = 5000;
+    source.Read = [](size_t, size_t count) {
+        const wxString text(L"a sentence that goes over two lines, \u65E5\u672C\u8A9E\u3002 ");
+        return std::vector<PrintLayout::Sides>(count, {text + text, text});
+    };
+    source.Measure = [&measured](const wxString& text, const PrintFont& font) {
+        ++measured;
+        return wxSize(static_cast<int>(text.length()) * font.Points * 5, font.Points * 12);
+    };
+    PrintLayout layout(PrintForm::kList, std::move(source));
+    layout.SetPaper(kA4);
+    EXPECT_EQ(layout.CountPages(), 209);
+    EXPECT_LT(measured, 100);
+}
+
 TEST(PrintLayout, FrontAndBackOfACardMeetWhenTheSheetIsTurnedOverItsLongEdge) {
     for (const wxSize& paper : {kA4, kA4Landscape}) {
         PrintLayout layout = MakeLayout(PrintForm::kCutOut, 3);
