@@ -98,8 +98,8 @@ void ImportThread::OnTimer(wxWindow* dialog) {
         case ImportRequest::kMerge:
             goOn = AskMerge(dialog);
             break;
-        case ImportRequest::kNewCategory:
-            goOn = AskNewCategory(dialog);
+        case ImportRequest::kNewCategories:
+            goOn = AskNewCategories(dialog);
             break;
         case ImportRequest::kLongField:
             goOn = AskLongField(dialog);
@@ -112,12 +112,9 @@ void ImportThread::OnTimer(wxWindow* dialog) {
     }
 }
 
-bool ImportThread::AskNewCategory(wxWindow* parent) {
-    const auto answer = mQuestions.AskNewCategory(parent, mResult.CategoryName);
-    if (answer == ImportQuestions::CategoryAnswer::kYesToAll) {
-        mResult.YesToAllCategories = true;
-    }
-    return answer != ImportQuestions::CategoryAnswer::kCancel;
+bool ImportThread::AskNewCategories(wxWindow* parent) {
+    return mQuestions.AskNewCategories(parent, mResult.NewCategories) !=
+           ImportQuestions::CategoryAnswer::kCancel;
 }
 
 bool ImportThread::AskLongField(wxWindow* parent) {

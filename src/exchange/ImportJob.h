@@ -65,7 +65,7 @@ struct ImportInput {
 
 enum class ImportStatus : int32_t { kRunning = 0, kFinished = 1, kCancelled = 2, kFailed = 3 };
 
-enum class ImportRequest : int32_t { kMerge = 0, kNewCategory = 1, kLongField = 2 };
+enum class ImportRequest : int32_t { kMerge = 0, kNewCategories = 1, kLongField = 2 };
 
 // What becomes of a stored card whose texts differ from the imported card's.
 enum class ImportMergePolicy : int32_t { kAsk = 0, kKeepDatabase = 1, kKeepImported = 2 };
@@ -106,8 +106,8 @@ struct ImportResult {
     FlashCard MergedCard;
     // The attributes that the record gave.
     uint32_t AttributeMask = 0;
-    bool YesToAllCategories = false;
-    wxString CategoryName;
+    // Those that the file names and the store lacks, in the order of the file.
+    std::vector<wxString> NewCategories;
     bool YesToAllLongFields = false;
     int32_t FieldLines = 0;
     // What was odd about the file, each thing once.
@@ -142,8 +142,9 @@ class ImportQuestions {
     };
 
     virtual ~ImportQuestions() = default;
-    // Asks whether a category of that name may be created.
-    virtual CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) = 0;
+    // Asks whether categories of these names, one or more, may be created.
+    virtual CategoryAnswer AskNewCategories(wxWindow* parent,
+                                            const std::vector<wxString>& names) = 0;
     // Asks whether a quoted field that goes over so many lines is meant to. The line is that of its
     // record.
     virtual CategoryAnswer AskLongField(wxWindow* parent, int32_t line, int32_t lines) = 0;
@@ -174,7 +175,7 @@ class ImportThread : public Worker {
     void OnFailure(const wxString& message) override { mResult.Fail(message); }
 
   private:
-    bool AskNewCategory(wxWindow* parent);
+    bool AskNewCategories(wxWindow* parent);
     bool AskLongField(wxWindow* parent);
     bool AskMerge(wxWindow* parent);
     void Reply();

@@ -1,3 +1,8 @@
+// The passes over a file. The first one finds faults, and only at its end, when the file has none,
+// asks whether the categories that the store lacks may be created: once for all of them, and not at
+// the first card of each, so that nobody answers twenty questions or agrees to names unseen. A
+// store of version 1.0 has no first pass, and its categories are created unasked.
+
 #include "exchange/ImportPass.h"
 
 #include <wx/intl.h>
@@ -45,7 +50,7 @@ class Pass {
     bool FindPair(ImportRecord& record, std::list<FlashCard>& cards);
     bool TakeKnownPair(ImportRecord& record, bool& isDone);
     bool CheckFieldLines(int32_t line);
-    bool FindCategory(ImportRecord& record, int32_t line);
+    bool FindCategory(ImportRecord& record);
     bool CheckComplete(const ImportRecord& record);
     void Preview();
     bool CheckPairIsNew(const ImportRecord& record);
@@ -163,6 +168,9 @@ bool Pass::Finish() {
         default:
             break;
     }
+    if (mOptions.ValidateOnly && !mCategories.AskForMissing(line)) {
+        return false;
+    }
     return mResult.Advance(ImportStatus::kRunning, ImportStatus::kFinished) ||
            mResult.FailCancelled(line);
 }
@@ -187,7 +195,7 @@ bool Pass::TakeRecord() {
     if (isDone) {
         return true;
     }
-    if (!FindCategory(record, line) || !CheckComplete(record)) {
+    if (!FindCategory(record) || !CheckComplete(record)) {
         return false;
     }
     record.JoinSecondTexts();
@@ -258,7 +266,7 @@ bool Pass::TakeKnownPair(ImportRecord& record, bool& isDone) {
     return record.Read(mSource.Reader(), mDatabase, mResult, mGroup);
 }
 
-bool Pass::FindCategory(ImportRecord& record, int32_t line) {
+bool Pass::FindCategory(ImportRecord& record) {
     int32_t& id = record.Card.CategoryId;
     if ((record.IsPair || (record.IsForeign && record.IsStored())) && !record.NamesCategory) {
         // The card stays in its category, or among the deleted cards.
@@ -266,7 +274,7 @@ bool Pass::FindCategory(ImportRecord& record, int32_t line) {
     }
     if (mOptions.ValidateOnly) {
         const bool ask = mOptions.AskCategories && record.NamesCategory;
-        return mCategories.FindOrAsk(record.CategoryName, ask, line, id);
+        return mCategories.FindOrNote(record.CategoryName, ask, id);
     }
     if (!mCategories.FindOrCreate(record.CategoryName, id)) {
         return false;

@@ -235,18 +235,21 @@ bool ImportCategories::FindOrCreate(const wxString& name, int32_t& id) {
     }
 }
 
-bool ImportCategories::FindOrAsk(const wxString& name, bool ask, int32_t line, int32_t& id) {
+bool ImportCategories::FindOrNote(const wxString& name, bool ask, int32_t& id) {
     const Search search = Find(name, id);
     if (search != Search::kMissing) {
         return search == Search::kFound;
     }
     id = -1;
     mIds.emplace(name, id);
-    if (ask && !mResult.YesToAllCategories) {
-        mResult.CategoryName = name;
-        return mResult.Ask(ImportRequest::kNewCategory, line);
+    if (ask) {
+        mResult.NewCategories.push_back(name);
     }
     return true;
+}
+
+bool ImportCategories::AskForMissing(int32_t line) {
+    return mResult.NewCategories.empty() || mResult.Ask(ImportRequest::kNewCategories, line);
 }
 
 ImportCategories::Search ImportCategories::Find(const wxString& name, int32_t& id) {

@@ -103,9 +103,12 @@ class ImportCategories {
     // Finds the id of a category, and creates the category when it is missing. Returns false on a
     // failure.
     bool FindOrCreate(const wxString& name, int32_t& id);
-    // Finds the id of a category, or -1 when it is missing. With ask, the user is asked about each
-    // missing one once. Returns false on a failure, and when the answer was a cancel.
-    bool FindOrAsk(const wxString& name, bool ask, int32_t line, int32_t& id);
+    // Finds the id of a category, or -1 when it is missing. With ask, the user is to be asked about
+    // a missing one, by AskForMissing. Returns false on a failure.
+    bool FindOrNote(const wxString& name, bool ask, int32_t& id);
+    // Asks once whether the missing categories may be created, if there are any. Returns false on a
+    // failure, and when the answer was a cancel.
+    bool AskForMissing(int32_t line);
 
   private:
     enum class Search { kFound, kMissing, kFailed };

@@ -31,10 +31,12 @@ constexpr int kTextWidth = 380;
 // all others of its kind about the file, or wxID_CANCEL.
 class GoOnDialog : public wxDialog {
   public:
-    GoOnDialog(wxWindow* parent, int id, const wxString& caption, const wxString& question);
+    GoOnDialog(wxWindow* parent, int id, const wxString& caption, const wxString& question,
+               bool isAboutAll);
 };
 
-GoOnDialog::GoOnDialog(wxWindow* parent, int id, const wxString& caption, const wxString& question)
+GoOnDialog::GoOnDialog(wxWindow* parent, int id, const wxString& caption, const wxString& question,
+                       bool isAboutAll)
     : wxDialog(parent, id, caption) {
     auto* const text = new wxStaticText(this, wxID_ANY, wxString());
     // As label text, an ampersand in a name is shown and underlines nothing.
@@ -46,7 +48,9 @@ GoOnDialog::GoOnDialog(wxWindow* parent, int id, const wxString& caption, const 
     auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
     const int gap = FromDIP(kFormGap);
     buttons->Add(yes);
-    buttons->Add(yesToAll, wxSizerFlags().Border(wxLEFT | wxRIGHT, gap));
+    buttons->Add(yesToAll, wxSizerFlags().Border(wxLEFT, gap));
+    buttons->AddSpacer(gap);
+    yesToAll->Show(!isAboutAll);
     buttons->Add(new wxButton(this, wxID_CANCEL, _("&Cancel")));
     wxBoxSizer* const rows = MakeFormColumn(*this);
     rows->Add(text, wxSizerFlags().Expand());
@@ -66,9 +70,29 @@ GoOnDialog::GoOnDialog(wxWindow* parent, int id, const wxString& caption, const 
 
 namespace {
 
+// One name alone has the text that the editor has for it too.
+wxString DescribeNewCategories(const std::vector<wxString>& names) {
+    if (names.size() == 1) {
+        return wxString::Format(_("Category \"%s\" does not exist.  Would you like to create it?"),
+                                ShownName(names.front()));
+    }
+    constexpr size_t kMostNamed = 10;
+    const size_t named = names.size() <= kMostNamed + 1 ? names.size() : kMostNamed;
+    wxString list;
+    for (size_t i = 0; i < named; ++i) {
+        list += "\n" + ShownName(names[i]);
+    }
+    if (named < names.size()) {
+        list += "\n" + wxString::Format(_("and %i more"), static_cast<int>(names.size() - named));
+    }
+    return wxString::Format(
+        _("These %i categories do not exist.  Would you like to create them?\n%s"),
+        static_cast<int>(names.size()), list);
+}
+
 ImportQuestions::CategoryAnswer AskToGoOn(wxWindow* parent, int id, const wxString& caption,
-                                          const wxString& question) {
-    switch (GoOnDialog(parent, id, caption, question).ShowModal()) {
+                                          const wxString& question, bool isAboutAll = false) {
+    switch (GoOnDialog(parent, id, caption, question, isAboutAll).ShowModal()) {
         case wxID_YES:
             return ImportQuestions::CategoryAnswer::kYes;
         case wxID_YESTOALL:
@@ -80,12 +104,10 @@ ImportQuestions::CategoryAnswer AskToGoOn(wxWindow* parent, int id, const wxStri
 
 }  // namespace
 
-ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskNewCategory(wxWindow* parent,
-                                                                      const wxString& name) {
-    return AskToGoOn(
-        parent, kCategoryDialogId, _("New Category"),
-        wxString::Format(_("Category \"%s\" does not exist.  Would you like to create it?"),
-                         ShownName(name)));
+ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskNewCategories(
+    wxWindow* parent, const std::vector<wxString>& names) {
+    return AskToGoOn(parent, kCategoryDialogId, _("New Category"), DescribeNewCategories(names),
+                     names.size() > 1);
 }
 
 ImportQuestions::CategoryAnswer ImportQuestionDialogs::AskLongField(wxWindow* parent, int32_t line,

@@ -18,7 +18,7 @@ class ImportQuestionDialogs : public ImportQuestions {
     // It is asked only while the worker waits for an answer.
     explicit ImportQuestionDialogs(Database* database = nullptr) : mpDatabase(database) {}
 
-    CategoryAnswer AskNewCategory(wxWindow* parent, const wxString& name) override;
+    CategoryAnswer AskNewCategories(wxWindow* parent, const std::vector<wxString>& names) override;
     CategoryAnswer AskLongField(wxWindow* parent, int32_t line, int32_t lines) override;
     MergeAnswer AskMerge(wxWindow* parent, const FlashCard& stored, const FlashCard& imported,
                          uint32_t attributeMask) override;

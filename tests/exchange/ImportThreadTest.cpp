@@ -12,15 +12,18 @@ namespace {
 
 // Gives prepared answers, and then cancels.
 struct FakeQuestions : ImportQuestions {
-    CategoryAnswer AskNewCategory(wxWindow*, const wxString& name) override {
-        Asked += name.utf8_string() + " ";
+    CategoryAnswer AskNewCategories(wxWindow*, const std::vector<wxString>& names) override {
+        for (const wxString& name : names) {
+            Asked += name.utf8_string() + " ";
+        }
+        Asked += "? ";
         Categories.push_back(CategoryAnswer::kCancel);
         const CategoryAnswer answer = Categories.front();
         Categories.pop_front();
         return answer;
     }
     CategoryAnswer AskLongField(wxWindow*, int32_t line, int32_t lines) override {
-        return AskNewCategory(nullptr, wxString::Format("%i:%i", line, lines));
+        return AskNewCategories(nullptr, {wxString::Format("%i:%i", line, lines)});
     }
     MergeAnswer AskMerge(wxWindow*, const FlashCard& stored, const FlashCard& imported,
                          uint32_t mask) override {
@@ -74,30 +77,32 @@ const std::string kThreeCategories =
 
 }  // namespace
 
-TEST_F(ImportOnAThread, AsksOnceForEachNewCategoryAsLongAsItMay) {
-    const std::string all = "one two three ";
+TEST_F(ImportOnAThread, AsksOnceForAllNewCategoriesOfAFileWithoutFaults) {
+    const std::string all = "one two three ? ";
     const struct {
+        std::string Text;
         bool Ask;
         std::deque<Answer> Answers;
         std::string Asked;
         size_t Cards;
+        ImportStatus Status;
     } cases[] = {
-        {true, {Answer::kYes, Answer::kCancel}, "one two ", 0},
-        {true, {}, "one ", 0},
-        {true, {Answer::kYes, Answer::kYes, Answer::kYes}, all, 6},
-        {true, {Answer::kYes, Answer::kYesToAll}, "one two ", 6},
-        {false, {}, "", 6},
+        {kThreeCategories, true, {}, all, 0, ImportStatus::kCancelled},
+        {kThreeCategories, true, {Answer::kYes}, all, 6, ImportStatus::kFinished},
+        {kThreeCategories, true, {Answer::kYesToAll}, all, 6, ImportStatus::kFinished},
+        {kThreeCategories, false, {}, "", 6, ImportStatus::kFinished},
+        {"f: a\nb: b\nc: 0\n", true, {}, "", 1, ImportStatus::kFinished},
+        {kThreeCategories + "\nf: m\n", true, {}, "", 0, ImportStatus::kFailed},
     };
     // The store takes 0 for 00, and a record that names no category asks for none.
     mDatabase.UpdateCategory({0, "00"});
     for (const auto& row : cases) {
         mQuestions.Categories = row.Answers;
         mQuestions.Asked.clear();
-        const ImportResult& result = Run(TextFile(kThreeCategories), row.Ask).GetResult();
+        const ImportResult& result = Run(TextFile(row.Text), row.Ask).GetResult();
         EXPECT_EQ(mQuestions.Asked, row.Asked);
         EXPECT_EQ(CardCount(), row.Cards);
-        EXPECT_EQ(result.Status,
-                  row.Cards == 0 ? ImportStatus::kCancelled : ImportStatus::kFinished);
+        EXPECT_EQ(result.Status, row.Status);
         mDatabase.Execute("DELETE FROM Cards");
         mDatabase.Execute("DELETE FROM Categories WHERE Id > 0");
     }
@@ -181,7 +186,7 @@ TEST_F(ImportOnAThread, AsksAboutAFieldOfManyLines) {
             TextFile("Wort;Meaning\nHund;dog\nKatze;\"c\na\nt\n1\n2\n3\"\nKuh;cow\n");
         GuessFormat(input, mDatabase);
         Run(input, asks);
-        EXPECT_EQ(mQuestions.Asked, "3:6 ");
+        EXPECT_EQ(mQuestions.Asked, "3:6 ? ");
         EXPECT_EQ(CardCount(), asks ? 0 : 3) << "cancelled";
         EXPECT_EQ(mThread->GetResult().Notices.size(), asks ? 0U : 1U);
     }
