@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -413,8 +414,9 @@ bool ReadSearch(Database& database, const CardsOptions& options, std::optional<i
     search.Now = CurrentTime();
     if (search.Query.Has(CardState::kHard)) {
         ReviewHistory history;
+        const std::atomic<bool> cancelled{false};
         const ReviewQuery query{category, search.Direction, ReviewSpan::kYear, search.Now};
-        ReadHardestCards(database, query, history, search.Hard);
+        ReadHardestCards(database, query, history, cancelled, search.Hard);
     }
     if (!search.Query.GetProblem().empty()) {
         PrintError(search.Query.GetProblem());

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <limits>
 #include <list>
+#include <optional>
 #include <random>
 #include <utility>
 
@@ -126,6 +127,8 @@ void CardList::SetDatabase(Database* database, Extent extent) {
     // The worker reads the store.
     mSortJob.Cancel();
     mFailureJob.Cancel();
+    mHardJob.Cancel();
+    mDescribed.Hard.clear();
     mpFailureCounts = std::make_shared<CardFailures::Counts>();
     mpDatabase = database;
     mStoreAttachment.Attach(database, this);
@@ -253,6 +256,7 @@ bool CardList::TryRefresh(Extent extent, const std::function<bool()>& isStopped)
     mpListCtrl->FocusSomeRow();
     mpListCtrl->Refresh();
     ReadFailures();
+    ReadHardest();
     return true;
 }
 
@@ -339,13 +343,30 @@ void CardList::DescribeSearch() {
     mDescribed.Query = mIsSearchExact ? SearchQuery::Exact(mSearch) : SearchQuery::Words(mSearch);
     mDescribed.Direction = GetDirection();
     mDescribed.Now = mServices.GetClock().Now();
-    if (mDescribed.Query.Has(CardState::kHard)) {
-        ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
-        if (mShowCategory && !mSearchAll) {
-            query.CategoryId = mCategoryId;
-        }
-        ReadHardestCards(*mpDatabase, query, mHistory, mDescribed.Hard);
+}
+
+void CardList::ReadHardest() {
+    if (!mDescribed.Query.Has(CardState::kHard)) {
+        return;
     }
+    ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
+    if (mShowCategory && !mSearchAll) {
+        query.CategoryId = mCategoryId;
+    }
+    const auto hard = std::make_shared<std::optional<std::vector<CardUuid>>>();
+    mHardJob.Start(
+        [this, &database = *mpDatabase, query, hard](const std::atomic<bool>& isCancelled) {
+            std::vector<CardUuid> cards;
+            if (ReadHardestCards(database, query, mHistory, isCancelled, cards) == 0) {
+                *hard = std::move(cards);
+            }
+        },
+        [this, hard] {
+            if (*hard && **hard != mDescribed.Hard) {
+                mDescribed.Hard = std::move(**hard);
+                RefreshRows();
+            }
+        });
 }
 
 void CardList::ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds) {

@@ -156,6 +156,9 @@ class CardList : public wxPanel, private Observer {
     ReviewDirection GetDirection() const { return mIsReverse ? kReviewReverse : kReviewForward; }
     // Takes what the words are measured by as it is now.
     void DescribeSearch();
+    // Lets a worker find the hardest cards for a search that names them, and refreshes the rows if
+    // they are others than before.
+    void ReadHardest();
     bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
     // Shows the columns that the user has chosen, as far as they mean something for these rows.
     void ArrangeColumns();
@@ -195,7 +198,7 @@ class CardList : public wxPanel, private Observer {
     wxString mSearch;
     bool mIsSearchExact = false;
     CardSearch mDescribed;
-    // The reviews in the log, as far as they were read to find hard cards.
+    // The reviews in the log, as far as mHardJob has read them.
     ReviewHistory mHistory;
     bool mSearchAll = false;
     int32_t mCategoryId = -1;
@@ -217,6 +220,7 @@ class CardList : public wxPanel, private Observer {
     std::shared_ptr<const CardFailures::Counts> mpFailureCounts =
         std::make_shared<CardFailures::Counts>();
     RowJob mFailureJob;
+    RowJob mHardJob;
     RowJob mSortJob;
     View mViewWhenSorted = View::kStays;
     SubjectAttachment mSettingsAttachment;

@@ -528,8 +528,7 @@ int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistor
 }
 
 int ReadHardestCards(Database& database, const ReviewQuery& query, ReviewHistory& history,
-                     std::vector<CardUuid>& cards) {
-    const std::atomic<bool> cancelled{false};
+                     const std::atomic<bool>& cancelled, std::vector<CardUuid>& cards) {
     ReviewFigures figures;
     cards.clear();
     if (ReadReviewFigures(database, query, history, cancelled, figures) < 0) {

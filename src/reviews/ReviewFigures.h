@@ -207,6 +207,7 @@ int ReadReviewFigures(Database& database, const ReviewQuery& query, ReviewHistor
                       std::vector<CardSchedules>* cards = nullptr);
 
 // Gives the identities of the cards in ReviewFigures::Hardest, on any thread that has no operation
-// of the Database running. Returns 0; or -1 and none when the store could not be read.
+// of the Database running. Returns 0; or -1 and none when the store could not be read, or when
+// cancelled became true.
 int ReadHardestCards(Database& database, const ReviewQuery& query, ReviewHistory& history,
-                     std::vector<CardUuid>& cards);
+                     const std::atomic<bool>& cancelled, std::vector<CardUuid>& cards);

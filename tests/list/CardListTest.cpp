@@ -364,6 +364,10 @@ TEST_F(CardListTest, FailuresAreCountedInTheLogAndSortedBy) {
     Sort(3);
     Sort(3);
     EXPECT_EQ(Column(1), (Texts{"once", "twice", "never", "new"}));
+    // The hardest cards come from the log too.
+    Search("is:hard");
+    EXPECT_TRUE(WaitFor([this] { return Column(1) == Texts{"once", "twice"}; }));
+    Search("");
     review(3, 1);
     mDatabase.Notify();
     EXPECT_TRUE(WaitFor([this] { return Column(3) == Texts{"2", "1", "0", ""}; }));
