@@ -94,7 +94,7 @@ class PrintDialog : public wxDialog {
         const wxString what = wxString::Format(
             wxPLURAL("%i card", "%i cards", static_cast<unsigned>(number)), number);
         rows->Add(new wxStaticText(this, wxID_ANY, what));
-        const wxString forms[] = {_("&List of fronts and backs"), _("&Cards to cut out")};
+        const wxString forms[] = {_("&List of fronts and backs"), _("Cards to c&ut out")};
         mpForm = new wxRadioBox(this, wxID_ANY, _("Layout"), wxDefaultPosition, wxDefaultSize,
                                 wxArrayString(std::size(forms), forms), 1, wxRA_SPECIFY_COLS);
         LetArrowsChoose(*mpForm);

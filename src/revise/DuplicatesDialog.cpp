@@ -66,6 +66,7 @@ class DuplicateList : public wxListCtrl {
         AppendColumn(_("Front"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
         AppendColumn(_("Back"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
         AppendColumn(_("Category"), wxLIST_FORMAT_LEFT, FromDIP(kCategoryWidth));
+        LetColumnsFill(*this, 0, 1);
         std::list<Category> categories;
         // The store itself reports a failure.
         mDatabase.SelectAllCategories(categories);

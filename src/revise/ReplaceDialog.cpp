@@ -84,6 +84,7 @@ class ChangeList : public wxListCtrl {
         AppendColumn(_("Texts"), wxLIST_FORMAT_LEFT, FromDIP(kTextsWidth));
         AppendColumn(_("Before"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
         AppendColumn(_("After"), wxLIST_FORMAT_LEFT, FromDIP(kSideWidth));
+        LetColumnsFill(*this, 1, 2);
         Bind(wxEVT_LIST_ITEM_CHECKED,
              [this](wxListEvent& event) { OnTick(event.GetIndex(), true); });
         Bind(wxEVT_LIST_ITEM_UNCHECKED,

@@ -5,6 +5,7 @@
 #include <wx/dialog.h>
 #include <wx/display.h>
 #include <wx/intl.h>
+#include <wx/listctrl.h>
 #include <wx/scrolwin.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
@@ -164,6 +165,20 @@ void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& lea
     }
     dialog.SetClientSize(std::min(wanted.x, screen.x), wanted.y);
     dialog.Layout();
+}
+
+void LetColumnsFill(wxListCtrl& list, int one, int other) {
+    wxWindow& rows = GetRowsWindow(list);
+    rows.Bind(wxEVT_SIZE, [&list, &rows, one, other](wxSizeEvent& event) {
+        event.Skip();
+        int width = rows.GetClientSize().x;
+        for (int column = 0; column < list.GetColumnCount(); ++column) {
+            width -= column == one || column == other ? 0 : list.GetColumnWidth(column);
+        }
+        const int least = list.FromDIP(80);
+        list.SetColumnWidth(one, std::max(width / 2, least));
+        list.SetColumnWidth(other, std::max(width - width / 2, least));
+    });
 }
 
 wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries) {

@@ -9,6 +9,7 @@ class wxButton;
 class wxChoice;
 class wxDialog;
 class wxFlexGridSizer;
+class wxListCtrl;
 class wxScrolledWindow;
 class wxSize;
 class wxSizer;
@@ -52,6 +53,9 @@ void LetFormScroll(wxScrolledWindow& form);
 // Makes a dialog as large as the scrolled form in it wants to be, up to four fifths of the
 // screen's height, and at least as large as the given size, in pixels inside the frame.
 void FitDialogToForm(wxDialog& dialog, wxScrolledWindow& form, const wxSize& leastSize);
+
+// Lets two columns of a list share the width that the other ones leave, whenever its size changes.
+void LetColumnsFill(wxListCtrl& list, int one, int other);
 
 // Makes a choice that starts on its first entry.
 wxChoice* MakeChoice(wxWindow& parent, int id, const wxArrayString& entries);
