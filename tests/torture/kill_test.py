@@ -368,6 +368,80 @@ class KillTest(RoadTest):
             return changed
         return check
 
+    def start_with_many(self):
+        """All cards of the category that has the most of them are selected."""
+        cards, _ = self.rows()
+        categories = [card["CategoryId"] for card in cards.values() if card["CategoryId"] >= 0]
+        largest = max(set(categories), key=categories.count)
+        path = os.path.join(self.sandbox.config, "Velomind.conf")
+        with open(path, encoding="utf-8") as file:
+            text = re.sub("CurrentCategoryId=.*\n", "", file.read())
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(f"CurrentCategoryId={largest}\n{text}")
+        self.forget_backups()
+        program = self.start()
+        press("ctrl+f", "Escape", "ctrl+a")
+        return program, {key for key, card in cards.items() if card["CategoryId"] == largest}
+
+    def check_many(self, chosen, expected):
+        """Each chosen card is as it was or as it is expected to become, whole."""
+        def check(old, new, _names):
+            changed = {key for key in old if new[key] != old[key]}
+            self.assertLessEqual(changed, chosen)
+            for key in changed:
+                self.assertEqual({**old[key], **expected(old[key], new[key])}, new[key])
+            self.many += len(changed)
+            self.partly += 0 < len(changed) < len(chosen)
+            return changed
+        return check
+
+    def edit_many(self, number):
+        program, chosen = self.start_with_many()
+        window = f"Edit {len(chosen)} Cards - Velomind"
+        wait_until(lambda: press("Return") or program.windows(window), window)
+        program.wait_window(window)
+        press("alt+a", "ctrl+a")
+        type_text(f"author {number}")
+        press("alt+p", "ctrl+a")
+        type_text(f"chapter {number}")
+        press("ctrl+Return")
+        self.kill(program)
+        return self.check_many(
+            chosen, lambda *_: {"Author": f"author {number}", "Chapter": f"chapter {number}"})
+
+    def replace_in_many(self, _):
+        program, chosen = self.start_with_many()
+        press("ctrl+h")
+        program.wait_window("Find and Replace")
+        type_text("a")
+        press("Tab")
+        type_text("ax")
+        wait_until(lambda: press("alt+r") or not program.windows("Find and Replace")
+                   or os.path.exists(self.journal()), "the replacement")
+        self.kill(program)
+        return self.check_many(chosen, lambda old, _: {
+            name: re.sub("a", "ax", old[name], flags=re.IGNORECASE) for name in ("Front", "Back")})
+
+    def renumber_many(self, number):
+        program, chosen = self.start_with_many()
+        # From the end of the menu to the orders, and from the end of those to the command.
+        deal = self.chance.random() < 0.5
+        press("alt+e", "Up", "Up", "Up", "Up", "Right", "Up", *["Up"] * (not deal), "Return")
+        first = 100000 * (number + 1)
+        if not deal:
+            program.wait_window("Renumber Cards")
+            press("ctrl+a")
+            type_text(str(first))
+            press("Return")
+        self.kill(program)
+
+        def expected(_, new):
+            # A deal that was killed has left equal numbers, which the next one tells apart.
+            order = new["IntroductionOrder"]
+            self.assertTrue(deal or first <= order < first + len(chosen))
+            return {"IntroductionOrder": order}
+        return self.check_many(chosen, expected)
+
     def export_cards(self, number):
         program = self.start(STUDY_WINDOW)
         press("alt+f", "Up", "Up", "Up", "Up", "Up", "Return")
@@ -420,8 +494,10 @@ class KillTest(RoadTest):
     def test_no_kill_loses_a_card(self):
         deeds = [self.import_cards, self.score_cards, self.paste_cards, self.rename_category,
                  self.write_cards, self.export_cards, self.move_store, self.import_by_command,
-                 self.back_up, self.restore, self.repair]
+                 self.back_up, self.restore, self.repair, self.edit_many, self.replace_in_many,
+                 self.renumber_many]
         self.moves = self.pasted = self.renamed = self.busy = self.grouped = self.restored = 0
+        self.many = self.partly = 0
         self.whole_backups = set()
         self.elsewhere = tempfile.mkdtemp(prefix="velomind-", dir=driver.fast_directory())
         self.addCleanup(shutil.rmtree, self.elsewhere)
@@ -446,7 +522,8 @@ class KillTest(RoadTest):
         print(f"{KILLS} kills, {self.hot} of them in the middle of a change, "
               f"{self.moves} stores moved, {self.renamed} categories renamed or merged, "
               f"{self.pasted} cards pasted, {self.busy} commands ended at work, {self.grouped} between "
-              f"two groups, {self.restored} stores restored, {len(before)} cards at the end",
+              f"two groups, {self.restored} stores restored, {self.many} cards changed together, "
+              f"{self.partly} times a part of them, {len(before)} cards at the end",
               file=sys.stderr)
 
 
