@@ -465,8 +465,8 @@ class KillTest(RoadTest):
         press("alt+t", "Up", "Return")
         # As tall as it takes for every field to be on the screen.
         run_tool("xdotool", "windowsize", "--sync", program.wait_window("Options"), "700", "900")
-        # Past the buttons and the choices about backups.
-        press(*["shift+Tab"] * 7, "space", "Down", "Return", "Tab", "ctrl+a")
+        # Past the buttons and the choices about backups and days.
+        press(*["shift+Tab"] * 11, "space", "Down", "Return", "Tab", "ctrl+a")
         type_text(new)
         press("Return")
         # Too early, on the way, or while the settings are told of it.
@@ -519,6 +519,9 @@ class KillTest(RoadTest):
                     if key not in changed:
                         self.assertEqual(card, after.get(key))
                 before, self.names_before = after, names
+        if KILLS >= 20 * len(deeds):
+            # Keys that lead to no deed any more would try nothing.
+            self.assertTrue(self.moves and self.renamed and self.pasted and self.many)
         print(f"{KILLS} kills, {self.hot} of them in the middle of a change, "
               f"{self.moves} stores moved, {self.renamed} categories renamed or merged, "
               f"{self.pasted} cards pasted, {self.busy} commands ended at work, {self.grouped} between "
