@@ -2,6 +2,7 @@
 
 #include <wx/menu.h>
 #include <wx/settings.h>
+#include <wx/time.h>
 #include <wx/vector.h>
 
 #include <algorithm>
@@ -27,6 +28,9 @@ namespace {
 constexpr wchar_t kIndent = L'\u2003';
 constexpr int kDeepestLevel = 10;
 
+// A letter that is typed later than that begins a new name.
+constexpr long kTypingPause = 1000;
+
 constexpr long kChosen = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
 
 }  // namespace
@@ -48,6 +52,7 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
     Bind(wxEVT_LIST_ITEM_FOCUSED, &CategoryList::OnItemFocused, this);
     Bind(wxEVT_LIST_KEY_DOWN, &CategoryList::OnListKeyDown, this);
     Bind(wxEVT_CONTEXT_MENU, &CategoryList::OnContextMenu, this);
+    GetRowsWindow(*this).Bind(wxEVT_CHAR, &CategoryList::OnChar, this);
     GetRowsWindow(*this).Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
         event.Skip();
         FillWidth();
@@ -360,6 +365,34 @@ void CategoryList::OnListKeyDown(wxListEvent& event) {
         DeleteFocused();
     } else {
         event.Skip();
+    }
+}
+
+// Finds a row by the first letters of its name. The base class would take the blanks of a row that
+// stands below another one for a part of the name.
+void CategoryList::OnChar(wxKeyEvent& event) {
+    const wxLongLong now = wxGetUTCTimeMillis();
+    const wxChar letter = event.GetUnicodeKey();
+    if (now - mTypedAt > kTypingPause || now < mTypedAt) {
+        mTyped.clear();
+    }
+    const bool isLetter = letter > WXK_SPACE && letter != WXK_DELETE;
+    if (event.HasAnyModifiers() || !(isLetter || (letter == WXK_SPACE && !mTyped.empty()))) {
+        event.Skip();
+        return;
+    }
+    mTyped += letter;
+    mTypedAt = now;
+    const wxString wanted = mTyped.Lower();
+    const long count = GetItemCount();
+    // The first letter leaves the present row, so that it goes through the names that begin so.
+    const long first = std::max(FocusedRow(), 0L) + (mTyped.length() == 1 ? 1 : 0);
+    for (long row = first; row < first + count; ++row) {
+        if (TrimWide(GetItemText(row % count)).Lower().StartsWith(wanted)) {
+            SelectRow(row % count);
+            EnsureVisible(row % count);
+            return;
+        }
     }
 }
 

@@ -63,6 +63,7 @@ class CategoryList : public wxListCtrl, private Observer {
 
     void OnItemFocused(wxListEvent& event);
     void OnListKeyDown(wxListEvent& event);
+    void OnChar(wxKeyEvent& event);
     void OnContextMenu(wxContextMenuEvent& event);
 
     AppServices& mServices;
@@ -70,6 +71,9 @@ class CategoryList : public wxListCtrl, private Observer {
     bool mAsking = false;
     // The room that the widest row needs, in pixels.
     int mRowWidth = 0;
+    // What was typed to find a name, and when its last letter was typed.
+    wxString mTyped;
+    wxLongLong mTypedAt;
     // True while the control moves the focus, and the selection after it.
     bool mFocusMoves = false;
     SubjectAttachment mSettingsAttachment;

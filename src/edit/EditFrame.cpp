@@ -370,9 +370,7 @@ int EditFrame::Save() {
         return -1;
     }
     Database& database = *mpDatabase;
-    if (ReadBooleanSetting(kSettingFollowSavedCards)) {
-        mServices.SetCurrentCategoryId(database, card.CategoryId);
-    }
+    FollowCard(card.CategoryId);
     // A write that fails is reported by the store itself.
     if (!IsNew()) {
         database.UpdateFlashCard(card);
@@ -387,6 +385,14 @@ int EditFrame::Save() {
     database.Notify();
     mServices.CardSaved(card.CardId);
     return 0;
+}
+
+void EditFrame::FollowCard(int32_t categoryId) {
+    // A card in a category below the current one is in view already.
+    if (ReadBooleanSetting(kSettingFollowSavedCards) &&
+        !mServices.GetCurrentChoice(*mpDatabase).Has(categoryId)) {
+        mServices.SetCurrentCategoryId(*mpDatabase, categoryId);
+    }
 }
 
 // Writes what was touched into all cards that are still in the store.
@@ -412,8 +418,8 @@ int EditFrame::SaveMany() {
         mpMany->Write(database, values, parts, change);
         notice = DescribeWithoutUndo(change);
         mServices.GetUndoHistory().Add(std::move(change));
-        if (HasPart(parts, CardPart::kCategory) && ReadBooleanSetting(kSettingFollowSavedCards)) {
-            mServices.SetCurrentCategoryId(database, values.CategoryId);
+        if (HasPart(parts, CardPart::kCategory)) {
+            FollowCard(values.CategoryId);
         }
         database.Notify();
     }

@@ -75,6 +75,8 @@ class EditFrame : public wxFrame, private Observer {
 
     int Save();
     int SaveMany();
+    // Makes the category of a saved card current, where the settings say so.
+    void FollowCard(int32_t categoryId);
     // Asks what becomes of the changes. Returns false when the user stays at the card.
     bool MayLeaveCard();
     void GoToNeighbour(int step);

@@ -110,14 +110,15 @@ int FindSame(Database& database, const FlashCard& card, bool& isSame) {
 
 }  // namespace
 
-DuplicatesFound FindDuplicates(Database& database, SameBy by, std::optional<int32_t> categoryId,
+DuplicatesFound FindDuplicates(Database& database, SameBy by,
+                               const std::optional<CategoryChoice>& choice,
                                const std::atomic<bool>& cancelled) {
     DuplicatesFound found;
     // The place of a key's group among all groups, most of which have one card.
     std::unordered_map<std::u16string, size_t> places;
     DuplicateKey key(by);
     found.IsStoreFailed = !VisitAll(database, cancelled, [&](const CardRow& row) {
-        if (categoryId.has_value() && row.CategoryId() != *categoryId) {
+        if (choice.has_value() && !choice->Has(row.CategoryId())) {
             return true;
         }
         const auto [place, isNew] = places.emplace(key.Make(row), found.Groups.size());

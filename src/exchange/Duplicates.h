@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/Worker.h"
+#include "store/CategoryChoice.h"
 #include "store/FlashCard.h"
 #include "store/UndoHistory.h"
 
@@ -30,9 +31,10 @@ struct DuplicatesFound {
     bool IsStoreFailed = false;
 };
 
-// Looks in a category, or in the whole store. Any thread. Stops when cancelled becomes true. A
-// failure of the store is a result and not reported.
-DuplicatesFound FindDuplicates(Database& database, SameBy by, std::optional<int32_t> categoryId,
+// Looks in a category and those below it, or in the whole store. Any thread. Stops when cancelled
+// becomes true. A failure of the store is a result and not reported.
+DuplicatesFound FindDuplicates(Database& database, SameBy by,
+                               const std::optional<CategoryChoice>& choice,
                                const std::atomic<bool>& cancelled);
 
 // Looks for another card with the same front. Returns true with the first one. Likewise.

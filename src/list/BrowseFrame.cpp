@@ -693,13 +693,13 @@ void BrowseFrame::ShowCategory() {
 
 // Shows how many cards of the current category are ready in the direction of study.
 void BrowseFrame::ShowReadyCount() {
-    const int32_t category = mServices.GetCurrentCategoryId(*mpDatabase);
+    const CategoryChoice choice = mServices.GetCurrentChoice(*mpDatabase);
     const wxDateTime now = mServices.GetClock().Now();
     const bool isReverse = mServices.IsReverseStudy();
     mReadyShown = {now, isReverse};
     int32_t ready = 0;
     const ReviewDirection direction = isReverse ? kReviewReverse : kReviewForward;
-    const bool isKnown = mpDatabase->CountReady(direction, category, now, ready) >= 0 && ready > 0;
+    const bool isKnown = mpDatabase->CountReady(direction, choice, now, ready) >= 0 && ready > 0;
     mpStudyButton->SetLabel(isKnown ? wxString::Format(_("Study (%i)"), ready) : _("Study"));
     mpStudyButton->SetToolTip(wxString::Format(
         wxPLURAL("%i card is ready", "%i cards are ready", static_cast<unsigned>(ready)), ready));

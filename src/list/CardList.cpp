@@ -133,10 +133,20 @@ void CardList::SetDatabase(Database* database, Extent extent) {
     mpDatabase = database;
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
-        mCategoryId = mServices.GetCurrentCategoryId(*database);
+        FollowChoice();
     }
     mViewWhenSorted = View::kBeginsAtTop;
     RefreshRows(extent);
+}
+
+bool CardList::FollowChoice() {
+    const int32_t former = mChoice.Id;
+    const bool showed = ShowsCategories();
+    mChoice = mServices.GetCurrentChoice(*mpDatabase);
+    if (ShowsCategories() != showed) {
+        ArrangeColumns();
+    }
+    return mChoice.Id != former;
 }
 
 void CardList::CallWhenDrawn(std::function<void()> callback) {
@@ -203,7 +213,7 @@ void CardList::FollowDirection() {
 void CardList::ArrangeColumns() {
     ListColumns columns;
     for (const ListColumn column : mShownColumns) {
-        if (column != ListColumn::kCategory || IsSearchOverAll()) {
+        if (column != ListColumn::kCategory || ShowsCategories()) {
             columns.push_back(column);
         }
     }
@@ -221,9 +231,7 @@ void CardList::Update(Subject* subject) {
         UseFont();
         return;
     }
-    const int32_t former = mCategoryId;
-    mCategoryId = mServices.GetCurrentCategoryId(*mpDatabase);
-    if (mCategoryId != former) {
+    if (FollowChoice()) {
         ShowOtherCards();
     } else {
         RefreshRows();
@@ -304,7 +312,7 @@ bool CardList::ReadRowIds(Extent extent, const std::function<bool()>& isStopped,
         // In the order that the store can give at once. The rest comes in the user's order.
         const bool isDescending =
             order.Column == CardColumn::kIntroductionOrder && order.Descending;
-        if (mpDatabase->CardSelectFirstRowIds(mCategoryId, isDescending, kFirstPage, rowIds) < 0) {
+        if (mpDatabase->CardSelectFirstRowIds(mChoice, isDescending, kFirstPage, rowIds) < 0) {
             rowIds.clear();
         }
         mHasFirstPageOnly = rowIds.size() == kFirstPage;
@@ -343,11 +351,20 @@ void CardList::DescribeSearch() {
     mDescribed.Query = mIsSearchExact ? SearchQuery::Exact(mSearch) : SearchQuery::Words(mSearch);
     mDescribed.Direction = GetDirection();
     mDescribed.Now = mServices.GetClock().Now();
+<<<<<<< HEAD
 }
 
 void CardList::ReadHardest() {
     if (!mDescribed.Query.Has(CardState::kHard)) {
         return;
+=======
+    if (mDescribed.Query.Has(CardState::kHard)) {
+        ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
+        if (mShowCategory && !mSearchAll) {
+            query.Asked = mChoice;
+        }
+        ReadHardestCards(*mpDatabase, query, mHistory, mDescribed.Hard);
+>>>>>>> a0710c0 (List and study an upper category with all below it)
     }
     ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
     if (mShowCategory && !mSearchAll) {
@@ -373,13 +390,13 @@ void CardList::ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds) {
     if (!mSearch.empty()) {
         // The store itself reports a failure.
         if (mShowCategory && !mSearchAll) {
-            mpDatabase->SearchRowIdsOrder(mCategoryId, mDescribed, order, rowIds);
+            mpDatabase->SearchRowIdsOrder(mChoice, mDescribed, order, rowIds);
         } else {
             mpDatabase->SearchRowIdsOrder(mDescribed, order, rowIds);
         }
     } else if (mShowCategory) {
         rowIds.reserve(static_cast<size_t>(mStoreCount));
-        const int result = mpDatabase->CardSelectRowIdsOrder(mCategoryId, order, rowIds);
+        const int result = mpDatabase->CardSelectRowIdsOrder(mChoice, order, rowIds);
         if (result < 0) {
             wxLogError(_("Database::CardSelectRowIdsOrder returned %i"), result);
             rowIds.clear();
@@ -637,7 +654,7 @@ void CardList::PutOnClipboard(bool cut) {
 
 void CardList::Paste() {
     if (CanPaste()) {
-        mServices.PasteCards(mCategoryId, AppServices::EmptyCut::kBefore);
+        mServices.PasteCards(mChoice.Id, AppServices::EmptyCut::kBefore);
     }
 }
 
@@ -719,9 +736,7 @@ void CardList::RenumberSelected() {
 }
 
 void CardList::DealNewCards() {
-    std::vector<OrderedCard> places;
-    if (mpDatabase == nullptr ||
-        mpDatabase->SelectNewPlaces(GetDirection(), mCategoryId, places) < 0) {
+    if (mpDatabase == nullptr) {
         return;
     }
     CardUuid chance;
@@ -733,7 +748,20 @@ void CardList::DealNewCards() {
     const auto random = [&generator](size_t end) {
         return std::uniform_int_distribution<size_t>(0, end - 1)(generator);
     };
-    WriteOrders(DealNumbers(places, random), _("New Cards in Random Order"));
+    // Numbers stay in their categories.
+    CardRenumberings changes;
+    const bool isRead = mChoice.ForEach([&](int32_t id) {
+        std::vector<OrderedCard> places;
+        if (mpDatabase->SelectNewPlaces(GetDirection(), id, places) < 0) {
+            return false;
+        }
+        const CardRenumberings dealt = DealNumbers(places, random);
+        changes.insert(changes.end(), dealt.begin(), dealt.end());
+        return true;
+    });
+    if (isRead) {
+        WriteOrders(changes, _("New Cards in Random Order"));
+    }
 }
 
 void CardList::DeleteSelected() {
@@ -876,7 +904,7 @@ void CardList::ShowColumnMenu(int column, const wxPoint& place) {
                 ->Check(std::count(mShownColumns.begin(), mShownColumns.end(), traits.Column) != 0);
         }
     }
-    menu.Enable(ID_COLUMN_CATEGORY, IsSearchOverAll());
+    menu.Enable(ID_COLUMN_CATEGORY, ShowsCategories());
     menu.AppendSeparator();
     menu.AppendSubMenu(BuildSortMenu().release(), _("Sort by"));
     PopupMenu(&menu, place);

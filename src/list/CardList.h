@@ -15,6 +15,7 @@
 #include "reviews/CardFailures.h"
 #include "reviews/ReviewLog.h"
 #include "store/CardSequence.h"
+#include "store/CategoryChoice.h"
 #include "store/SearchQuery.h"
 #include "store/Subject.h"
 
@@ -161,6 +162,10 @@ class CardList : public wxPanel, private Observer {
     void ReadHardest();
     bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
     // Shows the columns that the user has chosen, as far as they mean something for these rows.
+    // Turns to the current category and those below it. Returns true for another than before.
+    bool FollowChoice();
+    // True while the cards may be of several categories.
+    bool ShowsCategories() const { return IsSearchOverAll() || mChoice.IsMany(); }
     void ArrangeColumns();
     void ToggleColumn(ListColumn column);
     wxString NameCategory(int32_t id);
@@ -201,7 +206,7 @@ class CardList : public wxPanel, private Observer {
     // The reviews in the log, as far as mHardJob has read them.
     ReviewHistory mHistory;
     bool mSearchAll = false;
-    int32_t mCategoryId = -1;
+    CategoryChoice mChoice;
     // The columns that the user has chosen, and the one of them that gives the order.
     ListColumns mShownColumns = ReadShownColumns();
     ListOrder mOrder = ReadListOrder();

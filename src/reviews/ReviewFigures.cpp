@@ -178,9 +178,7 @@ class FigureMaker {
     };
 
     bool Asks(ReviewDirection direction) const { return (mQuery.Directions & direction) != 0; }
-    bool Asks(int32_t categoryId) const {
-        return !mQuery.CategoryId || *mQuery.CategoryId == categoryId;
-    }
+    bool Asks(int32_t categoryId) const { return !mQuery.Asked || mQuery.Asked->Has(categoryId); }
     // A review from tomorrow or later was made while the clock was wrong.
     bool Counts(const ReviewHistory::Review& review) const {
         return !review.IsReplaced && review.Time < mNow + kSecondsPerDay &&
@@ -261,7 +259,7 @@ class FigureMaker {
         const int32_t span = SpanDays(mQuery.Span);
         const int32_t first = span == 0 ? mFirstDay : mToday - span + 1;
         mFigures.Log.ForeignLines = mHistory.ForeignLines();
-        const int32_t asked = AskedPlace();
+        const std::vector<bool> asked = AskedPlaces();
         int64_t oldest = mNow;
         for (const ReviewHistory::Review& review : mHistory.Reviews()) {
             if (review.IsReplaced) {
@@ -278,18 +276,17 @@ class FigureMaker {
         }
     }
 
-    // Returns the place of the queried category; -1 for all, and a place that no card has for an
-    // unknown one.
-    int32_t AskedPlace() const {
-        if (!mQuery.CategoryId) {
-            return -1;
+    // Returns for each place whether its category is queried.
+    std::vector<bool> AskedPlaces() const {
+        std::vector<bool> asked(mFigures.Categories.size());
+        for (const auto& [id, place] : mPlaces) {
+            asked[place] = Asks(id);
         }
-        const auto found = mPlaces.find(*mQuery.CategoryId);
-        return static_cast<int32_t>(found == mPlaces.end() ? mPlaces.size() : found->second);
+        return asked;
     }
 
     void CountReview(const ReviewHistory::Review& review, int32_t day, int32_t first,
-                     int32_t asked) {
+                     const std::vector<bool>& asked) {
         CardReviews& card = mReviewed[review.Card];
         int64_t& firstTime = card.First[review.IsReverse ? 1 : 0];
         const bool isFirstInLog = firstTime == 0;
@@ -302,7 +299,7 @@ class FigureMaker {
             ++category.Reviews;
             category.Remembered += review.Score >= kLeastPass ? 1 : 0;
         }
-        if (asked >= 0 && card.Category != asked) {
+        if (mQuery.Asked && (card.Category < 0 || !asked[static_cast<size_t>(card.Category)])) {
             return;
         }
         CountDay(mFigures.Calendar, day, review.Score);

@@ -12,6 +12,7 @@
 #include "reviews/ReviewLog.h"
 #include "reviews/StudyHabit.h"
 #include "store/CardUuid.h"
+#include "store/CategoryChoice.h"
 #include "store/FlashCard.h"
 
 class Database;
@@ -37,7 +38,7 @@ wxDateTime NoonOfDay(int32_t day);
 
 struct ReviewQuery {
     // Empty asks for all categories.
-    std::optional<int32_t> CategoryId;
+    std::optional<CategoryChoice> Asked;
     // A set of directions; both are kReviewForward | kReviewReverse.
     int Directions = kReviewForward | kReviewReverse;
     ReviewSpan Span = ReviewSpan::kYear;

@@ -29,11 +29,11 @@
 
 // One search. The worker writes what it found, and the main thread reads it once it has ended.
 struct DuplicateSearch {
-    DuplicateSearch(Database& database, SameBy by, std::optional<int32_t> categoryId,
+    DuplicateSearch(Database& database, SameBy by, const std::optional<CategoryChoice>& choice,
                     std::function<void()> atEnd)
         : Reading(
-              [this, &database, by, categoryId](const std::atomic<bool>& isCancelled) {
-                  Found = FindDuplicates(database, by, categoryId, isCancelled);
+              [this, &database, by, choice](const std::atomic<bool>& isCancelled) {
+                  Found = FindDuplicates(database, by, choice, isCancelled);
               },
               std::move(atEnd)) {}
 
@@ -321,13 +321,13 @@ void DuplicatesDialog::Search() {
     mpList->Show(DuplicatesFound());
     ShowCount();
     mpStatus->SetLabelText(_("Looking..."));
-    std::optional<int32_t> category;
+    std::optional<CategoryChoice> choice;
     if (mpScope->GetSelection() == 1) {
-        category = mServices.GetCurrentCategoryId(mDatabase);
+        choice = mServices.GetCurrentChoice(mDatabase);
     }
     const SameBy by = mpSameBy->GetSelection() == 1 ? SameBy::kFrontAndBack : SameBy::kFront;
     mpSearch = std::make_unique<DuplicateSearch>(
-        mDatabase, by, category, [this] { CallAfter(&DuplicatesDialog::ShowFound); });
+        mDatabase, by, choice, [this] { CallAfter(&DuplicatesDialog::ShowFound); });
     if (!mpSearch->Reading.Start()) {
         mpSearch->Reading.RunHere();
     }

@@ -227,7 +227,7 @@ std::vector<CardSchedules::Side> StudiedSchedules(const std::vector<CardSchedule
                                                   const ReviewQuery& query) {
     std::vector<CardSchedules::Side> sides;
     for (const CardSchedules& card : cards) {
-        if (query.CategoryId && card.CategoryId != *query.CategoryId) {
+        if (query.Asked && !query.Asked->Has(card.CategoryId)) {
             continue;
         }
         for (const ReviewDirection direction : kEachDirection) {

@@ -96,8 +96,10 @@ int CardSelection::FindReadyCard(int32_t horizon, ReadyCard& ready) {
     ReadySearch search(now);
     for (const ReviewDirection direction : kEachDirection) {
         const auto visit = [&](const CardRow& row) { search.Visit(row, direction); };
-        if (Studies(direction) &&
-            mDatabase.VisitReady(direction, mOptions.CategoryId, limit, visit) < 0) {
+        const bool isRead = mOptions.Categories.ForEach([&](int32_t id) {
+            return !Studies(direction) || mDatabase.VisitReady(direction, id, limit, visit) >= 0;
+        });
+        if (!isRead) {
             return -1;
         }
     }
@@ -115,10 +117,13 @@ int CardSelection::ReadCard(const ReadyCard& ready, ReviewCard& chosen) {
 }
 
 int CardSelection::IntroduceCard(ReviewCard& chosen) {
-    if (mOptions.MayIntroduce && !mOptions.MayIntroduce()) {
-        return 0;
-    }
-    const int result = ChooseFirst(&Database::SelectNew, IntroductionKey, chosen);
+    int result = 0;
+    mOptions.Categories.ForEach([&](int32_t id) {
+        if (!mOptions.MayIntroduce || mOptions.MayIntroduce(id)) {
+            result = ChooseFirst(&Database::SelectNew, IntroductionKey, id, chosen);
+        }
+        return result >= 0 && chosen.Direction == kReviewNone;
+    });
     if (chosen.Direction != kReviewNone) {
         VELOMIND_TRACE("introducing a card %s", FormatUuid(chosen.Card.CardId));
     }
@@ -126,18 +131,38 @@ int CardSelection::IntroduceCard(ReviewCard& chosen) {
 }
 
 int CardSelection::PickEarlyReviewCard(ReviewCard& chosen) {
-    const int result = ChooseFirst(&Database::SelectEarly, EarlyReviewKey, chosen);
+    int result = 0;
+    std::pair<int64_t, int64_t> least;
+    mOptions.Categories.ForEach([&](int32_t id) {
+        ReviewCard first;
+        result = ChooseFirst(&Database::SelectEarly, EarlyReviewKey, id, first);
+        if (first.Direction == kReviewNone) {
+            return result >= 0;
+        }
+        auto key = EarlyReviewKey(first.Card, first.Direction);
+        if (mOptions.Categories.IsMany()) {
+            int32_t greatest = 0;
+            result = mDatabase.SelectMaxErc(id, greatest);
+            key.first -= ErcBlock(greatest);
+        }
+        if (result >= 0 && (chosen.Direction == kReviewNone || key < least)) {
+            least = key;
+            chosen = std::move(first);
+        }
+        return result >= 0;
+    });
     if (chosen.Direction != kReviewNone) {
         VELOMIND_TRACE("selected a card for early review %s", FormatUuid(chosen.Card.CardId));
     }
     return result;
 }
 
-int CardSelection::ChooseFirst(FirstCard select, SortKey key, ReviewCard& chosen) {
+int CardSelection::ChooseFirst(FirstCard select, SortKey key, int32_t categoryId,
+                               ReviewCard& chosen) {
     std::list<ReviewCard> found;
     for (const ReviewDirection direction : kEachDirection) {
         std::list<FlashCard> cards;
-        if (Studies(direction) && (mDatabase.*select)(direction, mOptions.CategoryId, cards) < 0) {
+        if (Studies(direction) && (mDatabase.*select)(direction, categoryId, cards) < 0) {
             return -1;
         }
         for (FlashCard& card : cards) {

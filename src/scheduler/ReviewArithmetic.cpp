@@ -227,19 +227,19 @@ constexpr int32_t kBlockSize = 4096;
 // The last block to open, safely below the greatest 32-bit number.
 constexpr int32_t kLastBlock = 0x7FFF0000;
 
-int32_t BlockOf(int32_t erc) {
+}  // namespace
+
+int32_t ErcBlock(int32_t erc) {
     return erc - erc % kBlockSize;
 }
 
-}  // namespace
-
 bool IsErcUsedUp(int32_t erc, int32_t greatest) {
-    const int32_t block = BlockOf(greatest);
+    const int32_t block = ErcBlock(greatest);
     return erc >= block && block >= kLastBlock;
 }
 
 int32_t NextErc(int32_t erc, int32_t greatest, ReviewRandom& random) {
-    int32_t block = BlockOf(greatest);
+    int32_t block = ErcBlock(greatest);
     // A card from an older block joins the newest; one that is there already opens the next.
     if (IsErcUsedUp(erc, greatest)) {
         block = 0;

@@ -111,3 +111,5 @@ int32_t NextErc(int32_t erc, int32_t greatest, ReviewRandom& random);
 // Returns true when the numbers are used up: all cards of the store have to go back to block 0
 // first, where NextErc puts this one.
 bool IsErcUsedUp(int32_t erc, int32_t greatest);
+// Returns the least number of the block.
+int32_t ErcBlock(int32_t erc);

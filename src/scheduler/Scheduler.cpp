@@ -132,7 +132,7 @@ ReviewRecord MakeRecord(const CardUuid& id, ReviewDirection direction, const Car
 Scheduler::Scheduler(Database& database, const Sources& sources)
     : mDatabase(database), mSources(sources) {
     if (mSources.Day != nullptr) {
-        mOptions.MayIntroduce = [this] { return mSources.Day->MayIntroduce(mOptions.CategoryId); };
+        mOptions.MayIntroduce = [this](int32_t id) { return mSources.Day->MayIntroduce(id); };
     }
     Initialise();
 }
@@ -142,13 +142,13 @@ void Scheduler::AddListener(Listener listener) {
 }
 
 void Scheduler::Initialise() {
-    mOptions.CategoryId = mSources.Categories.GetCurrentCategoryId(mDatabase);
+    mOptions.Categories = mSources.Categories.GetCurrentChoice(mDatabase);
     mHistoryPosition = -1;
     mHistory.Clear();
-    if (mOptions.CategoryId == -1) {
+    if (mOptions.Categories.Id == -1) {
         std::list<Category> categories;
         if (mDatabase.SelectAllCategories(categories) >= 0 && !categories.empty()) {
-            mOptions.CategoryId = categories.front().Id;
+            mOptions.Categories = ChooseAmong(categories, categories.front().Id);
         }
     }
     ReadLog();
@@ -207,7 +207,17 @@ bool Scheduler::IsBreakTime() const {
 }
 
 bool Scheduler::HoldsNewCards() {
-    return mOptions.MayIntroduce && !mOptions.MayIntroduce() && GetNewCount() > 0;
+    bool holds = false;
+    const bool hasNone = mOptions.MayIntroduce && mOptions.Categories.ForEach([&](int32_t id) {
+        const bool isHeld = !mOptions.MayIntroduce(id);
+        if (!isHeld && !mOptions.Categories.IsMany()) {
+            return false;
+        }
+        const bool waits = CountNew(id) > 0;
+        holds = holds || (isHeld && waits);
+        return isHeld || !waits;
+    });
+    return hasNone && holds;
 }
 
 bool Scheduler::TakesTooMuch() const {
@@ -215,27 +225,27 @@ bool Scheduler::TakesTooMuch() const {
            mSources.Day->TakesTooMuch(mCurrentCard.CardId, mCurrentDirection);
 }
 
-int Scheduler::CountReady(int32_t categoryId) {
+int Scheduler::CountReady(const CategoryChoice& choice) {
     const wxDateTime now = mSources.Time.Now();
     int all = 0;
     for (const ReviewDirection direction : kEachDirection) {
         int32_t count = 0;
         if ((mOptions.Directions & direction) != 0 &&
-            mDatabase.CountReady(direction, categoryId, now, count) >= 0) {
+            mDatabase.CountReady(direction, choice, now, count) >= 0) {
             all += count;
         }
     }
     return all;
 }
 
-int Scheduler::CountNew(int32_t categoryId) {
+int Scheduler::CountNew(const CategoryChoice& choice) {
     int count = 0;
     for (const ReviewDirection direction : kEachDirection) {
         int32_t all = 0;
         int32_t introduced = 0;
         if ((mOptions.Directions & direction) != 0 &&
-            mDatabase.Count(direction, categoryId, all) >= 0 &&
-            mDatabase.CountIntroduced(direction, categoryId, introduced) >= 0) {
+            mDatabase.Count(direction, choice, all) >= 0 &&
+            mDatabase.CountIntroduced(direction, choice, introduced) >= 0) {
             count += all - introduced;
         }
     }
@@ -245,11 +255,14 @@ int Scheduler::CountNew(int32_t categoryId) {
 wxDateTime Scheduler::GetNextDueTime() {
     wxDateTime next;
     for (const ReviewDirection direction : kEachDirection) {
-        std::list<FlashCard> cards;
-        if ((mOptions.Directions & direction) != 0 &&
-            mDatabase.SelectNextDue(direction, mOptions.CategoryId, cards) >= 0) {
-            TakeEarlier(cards, direction, next);
-        }
+        mOptions.Categories.ForEach([&](int32_t id) {
+            std::list<FlashCard> cards;
+            if ((mOptions.Directions & direction) != 0 &&
+                mDatabase.SelectNextDue(direction, id, cards) >= 0) {
+                TakeEarlier(cards, direction, next);
+            }
+            return true;
+        });
     }
     return next;
 }
@@ -292,13 +305,13 @@ float Scheduler::LeastInterval(const CardSchedule& schedule, int score) {
 }
 
 void Scheduler::Refresh() {
-    mOptions.CategoryId = mSources.Categories.GetCurrentCategoryId(mDatabase);
+    mOptions.Categories = mSources.Categories.GetCurrentChoice(mDatabase);
     int32_t count = 0;
     if (mDatabase.SelectCardIdCount(mLiveCardId, count) < 0 || count == 0) {
         ClearLiveCard();
     }
     LoadCurrentCard();
-    if (mCurrentCard.CategoryId != mOptions.CategoryId) {
+    if (!mOptions.Categories.Has(mCurrentCard.CategoryId)) {
         ClearLiveCard();
     }
     LoadCurrentCard();
@@ -351,8 +364,11 @@ void Scheduler::NoteReview(const ReviewRecord& record) {
 void Scheduler::RenumberCard() {
     CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
     const int32_t before = schedule.ERC;
+    const int32_t own = mCurrentCard.CategoryId;
+    // A card of the history may have left the categories under study.
+    const int32_t category = mOptions.Categories.Has(own) ? own : mOptions.Categories.Id;
     int32_t greatest = 0;
-    if (mDatabase.SelectMaxErc(mOptions.CategoryId, greatest) < 0) {
+    if (mDatabase.SelectMaxErc(category, greatest) < 0) {
         greatest = 0;
     }
     if (IsErcUsedUp(before, greatest)) {
@@ -437,7 +453,7 @@ void Scheduler::SelectLiveCard() {
     mStoreEmpty = mDatabase.IsEmpty();
     if (!mStoreEmpty) {
         mCategoryEmpty =
-            mDatabase.SelectCategoryIdCount(mOptions.CategoryId, count) >= 0 && count == 0;
+            mDatabase.SelectCategoryIdCount(mOptions.Categories, count) >= 0 && count == 0;
         mAllExcluded = !mCategoryEmpty;
     }
 }

@@ -13,6 +13,7 @@
 #include "scheduler/ReviewArithmetic.h"
 #include "scheduler/StudyDay.h"
 #include "store/CardUuid.h"
+#include "store/CategoryTree.h"
 #include "store/Database.h"
 #include "store/FlashCard.h"
 
@@ -23,6 +24,10 @@ class CategorySource {
     virtual ~CategorySource() = default;
     // Returns the id of a category of the store, or -1 when there is none.
     virtual int32_t GetCurrentCategoryId(Database& database) = 0;
+    // Returns it with the categories below it, as the store has them now.
+    CategoryChoice GetCurrentChoice(Database& database) {
+        return FindChoice(database, GetCurrentCategoryId(database));
+    }
 };
 
 // A scored card, with its schedule from just before the score, from which another score can start
@@ -95,6 +100,9 @@ class MaintenancePrompt {
 // Decides which card is shown, in which direction, and what a score does to it. Keeps one live card
 // until it is scored, and the history of the cards scored last. Lives on the main thread, and is
 // the only writer of scheduling fields during study.
+//
+// "The category" below is the chosen one with all categories below it. Each of these keeps its own
+// order of introduction, blocks of early review and new cards of a day.
 class Scheduler {
   public:
     // Called with 1 when a score or a change of directions has chosen a card anew, else with 0.
@@ -163,14 +171,16 @@ class Scheduler {
     // True when the live card is not due yet: nothing is due, and study goes on early.
     bool IsBreakTime() const;
     // Counts the cards of the category that are due, over all directions studied.
-    int GetReadyCount() { return CountReady(mOptions.CategoryId); }
+    int GetReadyCount() { return CountReady(mOptions.Categories); }
     // Returns when the next introduced card of the category falls due, in any direction studied;
     // the time may have passed. Invalid when there is none.
     wxDateTime GetNextDueTime();
 
-    int32_t GetCategoryId() const { return mOptions.CategoryId; }
+    // Returns the id of the chosen category.
+    int32_t GetCategoryId() const { return mOptions.Categories.Id; }
+    const CategoryChoice& GetCategories() const { return mOptions.Categories; }
     // Counts the cards of the category that were never scored, over all directions studied.
-    int GetNewCount() { return CountNew(mOptions.CategoryId); }
+    int GetNewCount() { return CountNew(mOptions.Categories); }
     // Returns all categories in the order of the store, each with what waits in it. New cards for
     // which today has no room do not count.
     std::vector<CategoryReady> CountCategories();
@@ -198,8 +208,8 @@ class Scheduler {
     const CardSchedule& CurrentSchedule() const {
         return ScheduleOf(mCurrentCard, mCurrentDirection);
     }
-    int CountReady(int32_t categoryId);
-    int CountNew(int32_t categoryId);
+    int CountReady(const CategoryChoice& choice);
+    int CountNew(const CategoryChoice& choice);
     // The history's entry whose schedule a score starts from, or null when it starts from that of
     // the current card.
     const HistoryEntry* EntryToRestore(int score) const;

@@ -43,6 +43,7 @@
 #include "statistics/CostlyCards.h"
 #include "statistics/StatisticsHints.h"
 #include "store/CardSort.h"
+#include "store/CategoryTree.h"
 #include "store/Database.h"
 
 // One count. The history belongs to the window, which leaves it alone meanwhile.
@@ -443,7 +444,8 @@ ReviewQuery StatisticsFrame::ReadQuery() const {
     ReviewQuery query;
     const int category = mpCategory->GetSelection();
     if (category > 0) {
-        query.CategoryId = mCategories[static_cast<size_t>(category) - 1].Id;
+        query.Asked = ChooseAmong({mCategories.begin(), mCategories.end()},
+                                  mCategories[static_cast<size_t>(category) - 1].Id);
     }
     query.Directions = kDirections[std::max(0, mpDirection->GetSelection())];
     query.Span = static_cast<ReviewSpan>(std::max(0, mpSpan->GetSelection()));

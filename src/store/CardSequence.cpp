@@ -188,18 +188,5 @@ int Database::UpdateOrderGroup(const CardRenumberings& changes, size_t begin, si
     for (size_t i = begin; i < end; ++i) {
         run.Bind(changes[i].RowId, changes[i].Before, changes[i].After);
     }
-    const size_t before = written.size();
-    const auto step = [&] {
-        return failure == Failure::kQuiet ? StepQuietly(run, "UpdateOrders")
-                                          : run.Step("UpdateOrders");
-    };
-    // All cards are changed before the first row comes.
-    int result = step();
-    for (; result == 0 && !run.IsDone(); result = step()) {
-        written.push_back(run.ColumnInt64(0));
-    }
-    if (result < 0) {
-        written.resize(before);
-    }
-    return result;
+    return StepWritten(run, "UpdateOrders", failure, written);
 }

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <set>
 #include <utility>
 
 #include "base/Collator.h"
 #include "base/Text.h"
 #include "store/CardSort.h"
+#include "store/Database.h"
 
 namespace {
 
@@ -22,6 +24,12 @@ std::vector<wxString> Split(const wxString& name) {
         parts.push_back(name.substr(begin, end == wxString::npos ? end : end - begin));
     }
     return parts;
+}
+
+// A row needs a name, so that nothing stands below another category by a blank rest of its name.
+bool IsBelow(const wxString& name, const wxString& upper) {
+    wxString rest;
+    return name.StartsWith(upper + kBetween, &rest) && !TrimWide(rest).empty();
 }
 
 // Sorts part by part, so that "A::B" comes before "A B", which punctuation alone would not say.
@@ -76,4 +84,33 @@ std::vector<CategoryPlace> ArrangeAsTree(std::list<Category> categories) {
         places.push_back(std::move(place));
     }
     return places;
+}
+
+CategoryChoice ChooseAmong(const std::list<Category>& categories, int32_t id) {
+    CategoryChoice choice(id);
+    const auto chosen = std::find_if(categories.begin(), categories.end(),
+                                     [id](const Category& category) { return category.Id == id; });
+    if (chosen == categories.end()) {
+        return choice;
+    }
+    std::list<Category> below;
+    std::copy_if(
+        categories.begin(), categories.end(), std::back_inserter(below),
+        [&chosen](const Category& category) { return IsBelow(category.Name, chosen->Name); });
+    if (!below.empty()) {
+        SortByParts(below);
+    }
+    for (const Category& category : below) {
+        choice.Below.push_back(category.Id);
+    }
+    return choice;
+}
+
+CategoryChoice FindChoice(Database& database, int32_t id) {
+    std::list<Category> categories;
+    if (id != -1) {
+        // The store reports a failure.
+        database.SelectAllCategories(categories);
+    }
+    return ChooseAmong(categories, id);
 }

@@ -19,6 +19,7 @@
 #include "base/Process.h"
 #include "store/CardParts.h"
 #include "store/CardRow.h"
+#include "store/CategoryChoice.h"
 #include "store/FlashCard.h"
 #include "store/Statement.h"
 #include "store/Subject.h"
@@ -215,14 +216,14 @@ class Database : public Subject {
     // cards; 0 when there is none.
     int SelectMaxErc(int32_t categoryId, int32_t& erc);
 
-    // Counts.
+    // Counts. Those of a choice of several categories are the sums over each of them.
     int CountAllCards(int32_t& count);
-    int SelectCategoryIdCount(int32_t categoryId, int32_t& count);
-    // The cards of the category that are not excluded from the direction; those of them that are
+    int SelectCategoryIdCount(const CategoryChoice& choice, int32_t& count);
+    // The cards of the choice that are not excluded from the direction; those of them that are
     // introduced; and those of these that are due.
-    int Count(ReviewDirection direction, int32_t categoryId, int32_t& count);
-    int CountIntroduced(ReviewDirection direction, int32_t categoryId, int32_t& count);
-    int CountReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& now,
+    int Count(ReviewDirection direction, const CategoryChoice& choice, int32_t& count);
+    int CountIntroduced(ReviewDirection direction, const CategoryChoice& choice, int32_t& count);
+    int CountReady(ReviewDirection direction, const CategoryChoice& choice, const wxDateTime& now,
                    int32_t& count);
     int SelectCardIdCount(const CardUuid& id, int32_t& count);
     // Returns true also when the cards cannot be counted.
@@ -281,13 +282,15 @@ class Database : public Subject {
     int SelectPlaces(const std::vector<int64_t>& rowIds, std::vector<OrderedCard>& places);
 
     // Row ids for a list view, appended to rowIds. Each order is a statement of its own, prepared
-    // once. A search text is a LIKE pattern that is not escaped;
-    // one longer than the engine's limit (50,000 bytes) finds nothing.
+    // once; so is each choice of several categories, which has their ids in its text. The order of
+    // introduction of several categories is by the numbers alone. A search text is a LIKE pattern
+    // that is not escaped; one longer than the engine's limit (50,000 bytes) finds nothing.
     int CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowIds);
-    int CardSelectRowIdsOrder(int32_t categoryId, CardOrder order, std::vector<int64_t>& rowIds);
+    int CardSelectRowIdsOrder(const CategoryChoice& choice, CardOrder order,
+                              std::vector<int64_t>& rowIds);
     // At most that many, the first by introduction order or, descending, the last; takes the same
     // time in every store.
-    int CardSelectFirstRowIds(int32_t categoryId, bool descending, int most,
+    int CardSelectFirstRowIds(const CategoryChoice& choice, bool descending, int most,
                               std::vector<int64_t>& rowIds);
     // Shows a column of texts of the cards from the first row id to the last, in the order of the
     // row ids. A failure is not reported. The visitor must not use the Database.
@@ -295,11 +298,11 @@ class Database : public Subject {
                    const std::function<void(int64_t rowId, std::u16string_view text)>& visit);
     int SelectRowIdById(const CardUuid& id, std::vector<int64_t>& rowIds);
     int SearchRowIdsOrder(const wxString& text, CardOrder order, std::vector<int64_t>& rowIds);
-    int SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
+    int SearchRowIdsOrder(const CategoryChoice& choice, const wxString& text, CardOrder order,
                           std::vector<int64_t>& rowIds);
     // The same for the words of a search. One with a problem finds nothing.
     int SearchRowIdsOrder(const CardSearch& search, CardOrder order, std::vector<int64_t>& rowIds);
-    int SearchRowIdsOrder(int32_t categoryId, const CardSearch& search, CardOrder order,
+    int SearchRowIdsOrder(const CategoryChoice& choice, const CardSearch& search, CardOrder order,
                           std::vector<int64_t>& rowIds);
 
     // Categories.
@@ -464,6 +467,22 @@ class Database : public Subject {
         value = run.ColumnInt(0);
         return 0;
     }
+    // The same, added up over the categories of a choice.
+    template <typename... Values>
+    int SumInt(const StatementKey& key, int32_t& sum, const char* label,
+               const CategoryChoice& choice, const Values&... values) {
+        const Lock lock(mMutex);
+        int result = 0;
+        int32_t all = 0;
+        choice.ForEach([&](int32_t id) {
+            int32_t count = 0;
+            result = SelectInt(key, count, label, id, values...);
+            all += count;
+            return result >= 0;
+        });
+        sum = result < 0 ? sum : all;
+        return result;
+    }
     // Reads all rows, or the first, with one of the readers of rows.
     template <typename Reader, typename Records, typename... Values>
     int Read(const StatementKey& key, const Reader& reader, Records& records,
@@ -484,11 +503,14 @@ class Database : public Subject {
     template <typename... Values>
     int RunOverRowIds(const char* sql, const std::vector<int64_t>& rowIds,
                       const std::function<int(int64_t)>& single, const Values&... values);
-    // Run one statement of UpdateTexts or UpdateOrders.
+    // Run one statement of UpdateTexts or UpdateOrders. StepWritten appends the row ids that the
+    // statement returns, unless it fails.
     enum class Failure { kQuiet, kReported };
     int UpdateTextsOf(const std::vector<CardText>& texts, const CardTextChange* const* first,
                       const CardTextChange* const* end, Failure failure,
                       std::vector<int64_t>& written);
+    int StepWritten(StatementRun& run, const char* label, Failure failure,
+                    std::vector<int64_t>& written);
     int ReadPlaces(StatementRun& run, std::vector<OrderedCard>& places);
     int UpdateOrderGroup(const std::vector<CardRenumbering>& changes, size_t begin, size_t end,
                          Failure failure, std::vector<int64_t>& written);
@@ -498,6 +520,10 @@ class Database : public Subject {
     int FindMediaColumns(std::vector<std::string>& columns);
     bool IsPatternTooLong(const wxString& pattern) const;
     sqlite3_stmt* OrderedStatement(const std::string& selection, CardOrder order);
+    // Makes the condition that a card is of the choice. That of one category has a parameter, which
+    // BindChoice binds.
+    static std::string OfChoice(const CategoryChoice& choice);
+    static void BindChoice(StatementRun& run, const CategoryChoice& choice);
     // Keeps the engine's number and text for GetLastError, whatever runs afterwards.
     void KeepError();
 

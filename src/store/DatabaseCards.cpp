@@ -329,26 +329,26 @@ int Database::CountAllCards(int32_t& count) {
     return SelectInt(StatementId::kCountAllCards, count, "SelectInt");
 }
 
-int Database::SelectCategoryIdCount(int32_t categoryId, int32_t& count) {
-    return SelectInt(StatementId::kSelectCategoryIdCount, count, "mpSelectCategoryIdCountStmt",
-                     categoryId);
+int Database::SelectCategoryIdCount(const CategoryChoice& choice, int32_t& count) {
+    return SumInt(StatementId::kSelectCategoryIdCount, count, "mpSelectCategoryIdCountStmt",
+                  choice);
 }
 
-int Database::Count(ReviewDirection direction, int32_t categoryId, int32_t& count) {
-    return SelectInt({StatementId::kCount, direction}, count, "SelectIntBindInt", categoryId);
+int Database::Count(ReviewDirection direction, const CategoryChoice& choice, int32_t& count) {
+    return SumInt({StatementId::kCount, direction}, count, "SelectIntBindInt", choice);
 }
 
-int Database::CountIntroduced(ReviewDirection direction, int32_t categoryId, int32_t& count) {
-    return SelectInt({StatementId::kCountIntroduced, direction}, count, "SelectIntBindInt",
-                     categoryId);
+int Database::CountIntroduced(ReviewDirection direction, const CategoryChoice& choice,
+                              int32_t& count) {
+    return SumInt({StatementId::kCountIntroduced, direction}, count, "SelectIntBindInt", choice);
 }
 
-int Database::CountReady(ReviewDirection direction, int32_t categoryId, const wxDateTime& now,
-                         int32_t& count) {
-    return SelectInt(
+int Database::CountReady(ReviewDirection direction, const CategoryChoice& choice,
+                         const wxDateTime& now, int32_t& count) {
+    return SumInt(
         {StatementId::kCountReady, direction}, count,
-        direction == kReviewReverse ? "SelectReadyCountReverse" : "SelectReadyCountForward",
-        categoryId, now);
+        direction == kReviewReverse ? "SelectReadyCountReverse" : "SelectReadyCountForward", choice,
+        now);
 }
 
 int Database::SelectCardIdCount(const CardUuid& id, int32_t& count) {

@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "store/CardRow.h"
+#include "store/CardSequence.h"
 #include "store/Database.h"
 
 namespace {
@@ -74,23 +75,67 @@ int Database::CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowId
     return ReadInt64Rows(run, rowIds);
 }
 
-int Database::CardSelectRowIdsOrder(int32_t categoryId, CardOrder order,
+// The ids are written into the text, so that any number of categories fits.
+std::string Database::OfChoice(const CategoryChoice& choice) {
+    if (!choice.IsMany()) {
+        return "CategoryId = ?";
+    }
+    std::string ids = std::to_string(choice.Id);
+    for (const int32_t id : choice.Below) {
+        ids += "," + std::to_string(id);
+    }
+    return "CategoryId IN (" + ids + ")";
+}
+
+void Database::BindChoice(StatementRun& run, const CategoryChoice& choice) {
+    if (!choice.IsMany()) {
+        run.Bind(choice.Id);
+    }
+}
+
+int Database::CardSelectRowIdsOrder(const CategoryChoice& choice, CardOrder order,
                                     std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards WHERE CategoryId = ?", order),
-                     categoryId);
+    StatementRun run(*this,
+                     OrderedStatement("SELECT ROWID from Cards WHERE " + OfChoice(choice), order));
+    BindChoice(run, choice);
     return ReadFirstCardsOf(run, rowIds);
 }
 
-int Database::CardSelectFirstRowIds(int32_t categoryId, bool descending, int most,
+int Database::CardSelectFirstRowIds(const CategoryChoice& choice, bool descending, int most,
                                     std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     const CardOrder order(CardColumn::kIntroductionOrder, descending);
-    StatementRun run(*this,
-                     GetStatement("SELECT ROWID from Cards WHERE CategoryId = ?" +
-                                  FormatOrder(order) + " LIMIT ?;"),
-                     categoryId, most);
-    return ReadFirstCardsOf(run, rowIds);
+    if (!choice.IsMany()) {
+        StatementRun run(*this,
+                         GetStatement("SELECT ROWID from Cards WHERE CategoryId = ?" +
+                                      FormatOrder(order) + " LIMIT ?;"),
+                         choice.Id, most);
+        return ReadFirstCardsOf(run, rowIds);
+    }
+    // One statement over all of them would sort all of their cards.
+    std::vector<OrderedCard> places;
+    const bool isRead = choice.ForEach([&](int32_t id) {
+        StatementRun run(*this,
+                         GetStatement("SELECT ROWID,IntroductionOrder,CategoryId from Cards"
+                                      " WHERE CategoryId = ?" +
+                                      FormatOrder(order) + " LIMIT ?;"),
+                         id, most);
+        return ReadPlaces(run, places) >= 0;
+    });
+    if (!isRead) {
+        return -1;
+    }
+    std::stable_sort(places.begin(), places.end(), [descending](const auto& a, const auto& b) {
+        return descending ? a.Order > b.Order : a.Order < b.Order;
+    });
+    places.resize(std::min(places.size(), static_cast<size_t>(most)));
+    std::transform(places.begin(), places.end(), std::back_inserter(rowIds),
+                   [](const OrderedCard& place) { return place.RowId; });
+    if (mTrying) {
+        ReadFirstCards(rowIds);
+    }
+    return 0;
 }
 
 int Database::VisitTexts(
@@ -138,12 +183,13 @@ int Database::SearchRowIdsOrder(const wxString& text, CardOrder order,
     return ReadSearch(run, text, rowIds);
 }
 
-int Database::SearchRowIdsOrder(int32_t categoryId, const wxString& text, CardOrder order,
+int Database::SearchRowIdsOrder(const CategoryChoice& choice, const wxString& text, CardOrder order,
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     const std::string selection =
-        std::string("SELECT ROWID FROM Cards WHERE CategoryId=? AND ") + kSearchColumns;
-    StatementRun run(*this, OrderedStatement(selection, order), categoryId);
+        "SELECT ROWID FROM Cards WHERE " + OfChoice(choice) + " AND " + kSearchColumns;
+    StatementRun run(*this, OrderedStatement(selection, order));
+    BindChoice(run, choice);
     return ReadSearch(run, text, rowIds);
 }
 

@@ -62,8 +62,8 @@ std::string Condition(const SearchTerm& term, size_t direction) {
     return "1";
 }
 
-std::string Selection(const CardSearch& search, const char* first) {
-    std::string sql = std::string("SELECT ROWID FROM Cards WHERE ") + first;
+std::string Selection(const CardSearch& search, const std::string& first) {
+    std::string sql = "SELECT ROWID FROM Cards WHERE " + first;
     for (const SearchTerm& term : search.Query.GetTerms()) {
         const bool isReverse = term.Direction.value_or(search.Direction) == kReviewReverse;
         const std::string condition = Condition(term, isReverse ? 1 : 0);
@@ -115,17 +115,17 @@ int Database::SearchRowIdsOrder(const CardSearch& search, CardOrder order,
     return BindSearch(run, search) < 0 ? -1 : ReadInt64Rows(run, rowIds);
 }
 
-int Database::SearchRowIdsOrder(int32_t categoryId, const CardSearch& search, CardOrder order,
-                                std::vector<int64_t>& rowIds) {
+int Database::SearchRowIdsOrder(const CategoryChoice& choice, const CardSearch& search,
+                                CardOrder order, std::vector<int64_t>& rowIds) {
     if (search.Query.IsExact()) {
-        return SearchRowIdsOrder(categoryId, search.Query.GetText(), order, rowIds);
+        return SearchRowIdsOrder(choice, search.Query.GetText(), order, rowIds);
     }
     if (!search.Query.GetProblem().empty()) {
         return IsOpen() ? 0 : -1;
     }
     const Lock lock(mMutex);
-    StatementRun run(*this, OrderedStatement(Selection(search, "CategoryId = ?"), order),
-                     categoryId);
+    StatementRun run(*this, OrderedStatement(Selection(search, OfChoice(choice)), order));
+    BindChoice(run, choice);
     return BindSearch(run, search) < 0 ? -1 : ReadInt64Rows(run, rowIds);
 }
 

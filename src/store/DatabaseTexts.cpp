@@ -94,10 +94,14 @@ int Database::UpdateTextsOf(const std::vector<CardText>& texts, const CardTextCh
     if (!std::all_of(first, end, [&run](const auto* change) { return BindChange(run, *change); })) {
         return -1;
     }
+    return StepWritten(run, "UpdateTexts", failure, written);
+}
+
+int Database::StepWritten(StatementRun& run, const char* label, Failure failure,
+                          std::vector<int64_t>& written) {
     const size_t before = written.size();
     const auto step = [&] {
-        return failure == Failure::kQuiet ? StepQuietly(run, "UpdateTexts")
-                                          : run.Step("UpdateTexts");
+        return failure == Failure::kQuiet ? StepQuietly(run, label) : run.Step(label);
     };
     // All cards are changed before the first row comes.
     int result = step();

@@ -10,6 +10,7 @@
 #include "base/Time.h"
 #include "scheduler/Scheduler.h"
 #include "shell/Forms.h"
+#include "store/CategoryTree.h"
 #include "store/Database.h"
 #include "study/StudyTexts.h"
 
@@ -49,8 +50,9 @@ wxString NextDueText(const wxDateTime& due, const wxDateTime& now) {
 // A count that fails stays 0, here and below, as there is nothing better to show.
 LearningProgress::LearningProgress(const Source& source, wxWindow* parent, wxWindowID id,
                                    const wxString& title) {
+    const CategoryChoice choice = FindChoice(source.Store, source.Counted.Id);
     int32_t total = 0;
-    source.Store.SelectCategoryIdCount(source.Counted.Id, total);
+    source.Store.SelectCategoryIdCount(choice, total);
 
     SetExtraStyle(wxFRAME_EX_METAL | wxWS_EX_BLOCK_EVENTS);
     wxDialog::Create(parent, id, title, wxDefaultPosition, wxDefaultSize,
@@ -65,7 +67,7 @@ LearningProgress::LearningProgress(const Source& source, wxWindow* parent, wxWin
     mpLayout->Show(category, total >= kCardsThatShowCategory);
     AddTotal(total);
     for (const ReviewDirection direction : kEachDirection) {
-        AddDirection(source, total, direction);
+        AddDirection(source, choice, total, direction);
     }
     AddOutlook(source);
 
@@ -91,17 +93,16 @@ void LearningProgress::AddTotal(int32_t total) {
              wxSizerFlags().CentreVertical());
 }
 
-void LearningProgress::AddDirection(const Source& source, int32_t total,
-                                    ReviewDirection direction) {
+void LearningProgress::AddDirection(const Source& source, const CategoryChoice& choice,
+                                    int32_t total, ReviewDirection direction) {
     const bool isForward = direction == kReviewForward;
     const NumberIds& ids = isForward ? kForwardIds : kReverseIds;
-    const int32_t category = source.Counted.Id;
     int32_t notExcluded = 0;
     int32_t introduced = 0;
     int32_t ready = 0;
-    source.Store.Count(direction, category, notExcluded);
-    source.Store.CountIntroduced(direction, category, introduced);
-    source.Store.CountReady(direction, category, source.Time.Now(), ready);
+    source.Store.Count(direction, choice, notExcluded);
+    source.Store.CountIntroduced(direction, choice, introduced);
+    source.Store.CountReady(direction, choice, source.Time.Now(), ready);
 
     auto* const box = new wxStaticBoxSizer(
         wxVERTICAL, mpForm, isForward ? _("Study Front to Back") : _("Study Back to Front"));

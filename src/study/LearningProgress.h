@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "store/CategoryChoice.h"
 #include "store/FlashCard.h"
 
 class Clock;
@@ -11,9 +12,10 @@ class Database;
 class wxBoxSizer;
 class wxScrolledWindow;
 
-// Tells how far the learning of one category has come: for each direction the numbers of cards that
-// are ready, memorized, waiting for their first review and excluded, and below that what waits in
-// all categories together. Counts once, in the constructor, and changes nothing. Main thread only.
+// Tells how far the learning of a category and those below it has come: for each direction the
+// numbers of cards that are ready, memorized, waiting for their first review and excluded, and
+// below that what waits in all categories together. Counts once, in the constructor, and changes
+// nothing. Main thread only.
 class LearningProgress : public wxDialog {
   public:
     // The ids of the four numbers of one direction.
@@ -43,7 +45,8 @@ class LearningProgress : public wxDialog {
   private:
     // Each of these adds its part to the end of the form.
     void AddTotal(int32_t total);
-    void AddDirection(const Source& source, int32_t total, ReviewDirection direction);
+    void AddDirection(const Source& source, const CategoryChoice& choice, int32_t total,
+                      ReviewDirection direction);
     void AddOutlook(const Source& source);
 
     wxScrolledWindow* mpForm = nullptr;

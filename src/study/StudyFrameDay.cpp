@@ -77,7 +77,10 @@ void StudyFrame::DismissDayMessage() {
 
 void StudyFrame::ShowMoreToday() {
     if (mpScheduler != nullptr && mpScheduler->HoldsNewCards()) {
-        mStudyDay.GrantMore(mpScheduler->GetCategoryId());
+        mpScheduler->GetCategories().ForEach([this](int32_t id) {
+            mStudyDay.GrantMore(id);
+            return true;
+        });
         mpScheduler->ChooseAgain();
         mpCardViewer->ScrollToTop();
         TakeKeys();

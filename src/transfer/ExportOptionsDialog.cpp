@@ -160,7 +160,7 @@ void ExportOptionsDialog::ChooseNarrowestRange(AppServices::OfferFirst first) {
     int32_t category = 0;
     // The store itself reports what it cannot count.
     mDatabase.CountAllCards(all);
-    mDatabase.SelectCategoryIdCount(mCurrentCategory.GetCurrentCategoryId(mDatabase), category);
+    mDatabase.SelectCategoryIdCount(mCurrentCategory.GetCurrentChoice(mDatabase), category);
     OfferRange(kAll, all);
     OfferRange(kCurrentCategory, category);
     OfferRange(kSelectedCards, static_cast<int32_t>(mSelectedRowIds.size()));
@@ -195,10 +195,14 @@ void ExportOptionsDialog::LoadRange() {
         case kSelectedCards:
             mpRowIds = &mSelectedRowIds;
             break;
-        case kCurrentCategory:
-            mDatabase.CardSelectRowIdsOrder(mCurrentCategory.GetCurrentCategoryId(mDatabase),
-                                            CardColumn::kIntroductionOrder, mStoredRowIds);
+        case kCurrentCategory: {
+            const CategoryChoice choice = mCurrentCategory.GetCurrentChoice(mDatabase);
+            choice.ForEach([&](int32_t id) {
+                return mDatabase.CardSelectRowIdsOrder(id, CardColumn::kIntroductionOrder,
+                                                       mStoredRowIds) >= 0;
+            });
             break;
+        }
         default:
             mDatabase.CardSelectRowIdsOrder(CardColumn::kCategory, mStoredRowIds);
             break;

@@ -182,7 +182,7 @@ void ImportFileByDialog(wxWindow* parent, AppServices& services, Database& datab
     ImportDialog dialog(parent, services, database, report, path);
     const bool wasRun = dialog.ShowModal() == wxOK;
     const std::set<int32_t>& touched = dialog.GetTouchedCategories();
-    if (wasRun && !touched.empty()) {
+    if (wasRun && !touched.empty() && !services.GetCurrentChoice(database).Has(*touched.begin())) {
         services.SetCurrentCategoryId(database, *touched.begin());
     }
     database.Notify();

@@ -1,4 +1,5 @@
 #include "list/ListFixture.h"
+#include "shell/Toolkit.h"
 
 struct CategoryListTest : ListTest {
     // The store's categories as "id name".
@@ -68,6 +69,34 @@ TEST_F(CategoryListTest, RowsStandUnderTheCategoriesThatTheirNamesPutThemUnder) 
     Choose(4);
     EXPECT_EQ(Button().GetLabelText(), "Languages::French");
     EXPECT_EQ(Column(1), Texts{"a"});
+
+    // An upper category shows what is below it, for as long as it is.
+    const auto showsCategories = [this] {
+        const Texts headings = Headings();
+        return std::count(headings.begin(), headings.end(), "Category") > 0;
+    };
+    Choose(6);
+    EXPECT_EQ(Cards().GetItemCount(), 0);
+    EXPECT_FALSE(showsCategories());
+    Choose(1);
+    EXPECT_EQ(Column(1), Texts{"a"});
+    EXPECT_TRUE(showsCategories());
+    EXPECT_EQ(mDatabase.UpdateCategory({5, "French"}), 0);
+    mDatabase.Notify();
+    EXPECT_EQ(Button().GetLabelText(), "Languages");
+    EXPECT_EQ(Cards().GetItemCount(), 0);
+}
+
+TEST_F(CategoryListTest, FirstLettersFindARowWhereverItStands) {
+    AddCategories({"Languages", "Languages::French", "Languages::Frisian", "Fr\u00fchling"});
+    Open();
+    EXPECT_EQ(ChosenRow(), 0);
+    const std::pair<char, long> typed[] = {{'f', 1}, {'R', 1}, {'i', 4}, {'x', 4}};
+    for (const auto& [letter, row] : typed) {
+        SendKeyEvent(wxEVT_CHAR, GetRowsWindow(Categories()), letter);
+        EXPECT_EQ(ChosenRow(), row) << letter;
+    }
+    EXPECT_EQ(Button().GetLabelText(), "Languages::Frisian");
 }
 
 TEST_F(CategoryListTest, ARenameIsARenameAMergeOrNothing) {

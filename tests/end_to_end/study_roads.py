@@ -170,6 +170,30 @@ class StudyRoad(RoadTest):
         program.wait_no_text(HIDDEN)
         self.assertEqual(0, program.quit())
 
+    def test_a_category_above_another_studies_both(self):
+        self.import_two()
+        self.end_the_day(due=5)
+        with contextlib.closing(sqlite3.connect(self.sandbox.store)) as store, store:
+            store.execute("UPDATE Categories SET Name = 'Languages::French' WHERE Id = 0")
+            store.execute("INSERT INTO Categories VALUES (2, 'Languages')")
+        program = self.study()
+        program.wait_text("Nothing is due now.")
+        press("alt+Down")
+        program.wait_text("\u2003French (5/0)")
+        type_text("la")
+        press("Return")
+        program.wait_no_text("\u2003French (5/0)")
+        program.wait_text("bonjour")
+        self.score(4)
+        program.wait_text("Languages")
+        # By its first letters.
+        press("alt+Down")
+        program.wait_text("\u2003French (4/0)")
+        type_text("fr")
+        press("Return")
+        wait_until(lambda: self.setting("CurrentCategoryId") == "0", "the lower category")
+        self.assertEqual(0, program.quit())
+
     def test_a_category_is_chosen_without_the_list(self):
         self.import_two()
         self.end_the_day(due=5)

@@ -128,7 +128,7 @@ struct ReviewFiguresTest : StoreFixture {
         for (const ReviewRecord& record : mReviews) {
             const FlashCard* const card = Find(record.CardId);
             const bool isIn =
-                !query.CategoryId || (card != nullptr && card->CategoryId == query.CategoryId);
+                !query.Asked || (card != nullptr && query.Asked->Has(card->CategoryId));
             if (!isIn || (query.Directions & record.Direction) == 0) {
                 continue;
             }
@@ -163,7 +163,7 @@ struct ReviewFiguresTest : StoreFixture {
             const FlashCard& card = mCards[i];
             for (const ReviewDirection direction : {kReviewForward, kReviewReverse}) {
                 const CardSchedule& schedule = ScheduleOf(card, direction);
-                if ((query.CategoryId && card.CategoryId != *query.CategoryId) ||
+                if ((query.Asked && !query.Asked->Has(card.CategoryId)) ||
                     (query.Directions & direction) == 0 ||
                     (direction == kReviewForward ? card.ForwardX : card.ReverseX)) {
                     continue;
@@ -196,7 +196,10 @@ TEST_F(ReviewFiguresTest, AgreeWithASlowCount) {
     const std::atomic<bool> cancelled{false};
     for (int i = 0; i < 36; ++i) {
         ReviewQuery query;
-        query.CategoryId = i % 4 == 3 ? std::nullopt : std::optional<int32_t>(i % 4);
+        if (i % 4 != 3) {
+            query.Asked = i % 4;
+            query.Asked->Below.resize(i % 8 == 4 ? 1 : 0, 2);
+        }
         query.Directions = i / 4 % 3 + 1;
         query.Span = static_cast<ReviewSpan>(i / 12 == 2 ? 3 : i / 12 * 2);
         query.Now = At(kNow);

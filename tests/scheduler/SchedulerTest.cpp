@@ -16,11 +16,12 @@ struct CardRow {
     int64_t SecondsAgo;
     float Interval;
     int32_t Number;
+    int32_t Category = 0;
 };
 
 struct SchedulerTest : StoreFixture {
     void InsertRow(const CardRow& row) {
-        FlashCard card = MakeCard(row.Name, "back");
+        FlashCard card = MakeCard(row.Name, "back", row.Category);
         card.ForwardX = row.Direction == R;
         card.ReverseX = row.Direction == F;
         CardSchedule& schedule = row.Direction == F ? card.Forward : card.Reverse;
@@ -64,6 +65,50 @@ TEST_F(SchedulerTest, ChoosesAtTheLimitsAsTheRulesSay) {
         mScheduler.Refresh();
         EXPECT_EQ(mScheduler.GetCurrentCard().Front, c.Expected) << c.Story;
     }
+}
+
+TEST_F(SchedulerTest, SeveralCategoriesAreStudiedTogether) {
+    mDatabase.CategoryInsert("Default::Greek");
+    mDatabase.CategoryInsert("Default::French");
+    mDatabase.CategoryInsert("Other");
+    constexpr int32_t kGreek = 1;
+    constexpr int32_t kFrench = 2;
+    constexpr int32_t kBlock = 4096;
+    const struct {
+        const char* Story;
+        std::vector<CardRow> Cards;
+        const char* Expected;
+    } cases[] = {
+        {"the longest wait of all",
+         {{"a", F, 200, 99, 0, kFrench}, {"b", F, 500, 99, 0, kGreek}, {"c", F, 300, 99, 0}},
+         "b"},
+        {"new ones of the upper category first",
+         {{"a", F, -1, 0, 1, kFrench}, {"b", F, -1, 0, 7}, {"c", F, -1, 0, 8}},
+         "b"},
+        {"then in the order of the names",
+         {{"a", F, -1, 0, 1, kGreek}, {"b", F, -1, 0, 7, kFrench}, {"c", F, -1, 0, 9, kFrench}},
+         "b"},
+        {"none of a category beside them", {{"a", F, 500, 99, 0, 3}}, "Empty"},
+        {"early: the one that lies most blocks behind its own category",
+         {{"a", F, 1, 99, 3 * kBlock, kGreek},
+          {"b", F, 1, 99, 70 * kBlock, kFrench},
+          {"c", F, 1, 99, 79 * kBlock, kFrench}},
+         "b"}};
+    for (const auto& c : cases) {
+        ASSERT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
+        for (const CardRow& row : c.Cards) {
+            InsertRow(row);
+        }
+        mScheduler.Refresh();
+        EXPECT_EQ(mScheduler.GetCurrentCard().Front, c.Expected) << c.Story;
+    }
+    EXPECT_EQ(mScheduler.GetNextDueTime(), mClock.Now() + wxTimeSpan::Seconds(98));
+    mScheduler.ScoreCard(3);
+    EXPECT_EQ(Query("SELECT ERC/4096 FROM Cards"), (Strings{"3", "79", "79"}));
+    // A renamed category leaves with its cards.
+    mDatabase.UpdateCategory({kFrench, "French"});
+    mScheduler.Refresh();
+    EXPECT_EQ(mScheduler.GetCurrentCard().Front, "a");
 }
 
 TEST_F(SchedulerTest, TellsListenersInOrderAndLetsThemAsk) {

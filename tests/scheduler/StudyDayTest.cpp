@@ -125,6 +125,16 @@ TEST_F(StudyDayTest, NewCardsAreCountedInEachCategoryOrInAllAndMoreCanBeHad) {
         // The grant is for today.
         mClock.Advance(86400);
         EXPECT_EQ(Answer(scheduler, 7), 2);
+        // Below another category it still has its own.
+        mDatabase.UpdateCategory({1, "Default::Other"});
+        mCategory.Current = 0;
+        mClock.Advance(86400);
+        scheduler.Refresh();
+        EXPECT_EQ(Answer(scheduler, 20), perCategory ? 4 : 2);
+        EXPECT_TRUE(scheduler.HoldsNewCards());
+        mDay.GrantMore(1);
+        EXPECT_FALSE(scheduler.HoldsNewCards());
+        mDatabase.UpdateCategory({1, "Other"});
     }
 }
 

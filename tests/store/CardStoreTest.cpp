@@ -118,6 +118,8 @@ TEST_F(CardStoreTest, EveryColumnSortsInBothDirections) {
     more.Forward.Difficulty = more.Reverse.Difficulty = 20;
     Insert(more);
     Insert(less);
+    CategoryChoice both(0);
+    both.Below = {1};
     for (int i = 0; i <= static_cast<int>(CardColumn::kRDifficulty); ++i) {
         const auto column = static_cast<CardColumn>(i);
         const bool byId = column == CardColumn::kCategory;
@@ -128,6 +130,9 @@ TEST_F(CardStoreTest, EveryColumnSortsInBothDirections) {
             EXPECT_EQ(rowIds,
                       lessFirst ? (std::vector<int64_t>{2, 1}) : (std::vector<int64_t>{1, 2}))
                 << i << descending;
+            std::vector<int64_t> ofBoth;
+            EXPECT_EQ(mDatabase.CardSelectRowIdsOrder(both, {column, descending}, ofBoth), 0);
+            EXPECT_EQ(ofBoth, rowIds) << i << descending;
         }
     }
 }
