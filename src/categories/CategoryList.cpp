@@ -53,6 +53,10 @@ CategoryList::CategoryList(AppServices& services, wxWindow* parent, wxWindowID i
     Bind(wxEVT_LIST_KEY_DOWN, &CategoryList::OnListKeyDown, this);
     Bind(wxEVT_CONTEXT_MENU, &CategoryList::OnContextMenu, this);
     GetRowsWindow(*this).Bind(wxEVT_CHAR, &CategoryList::OnChar, this);
+    GetRowsWindow(*this).Bind(wxEVT_KILL_FOCUS, [this](wxFocusEvent& event) {
+        event.Skip();
+        mTyped.clear();
+    });
     GetRowsWindow(*this).Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
         event.Skip();
         FillWidth();
@@ -378,6 +382,7 @@ void CategoryList::OnChar(wxKeyEvent& event) {
     }
     const bool isLetter = letter > WXK_SPACE && letter != WXK_DELETE;
     if (event.HasAnyModifiers() || !(isLetter || (letter == WXK_SPACE && !mTyped.empty()))) {
+        mTyped.clear();
         event.Skip();
         return;
     }

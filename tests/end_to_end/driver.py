@@ -263,6 +263,11 @@ class Program:
         """Each Control that the active window shows; asks for let_read_windows."""
         return self._sandbox.bus.controls(self.process.pid)
 
+    def wait_focus(self, name):
+        """Waits until what has the focus is called so."""
+        wait_until(lambda: [name] == [control.name for control in self.controls() if control.focused],
+                   f"the focus on {name}")
+
     def click(self, label, times=1):
         """Clicks the button, menu or entry of that label; asks for let_read_windows."""
         node, x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),

@@ -34,9 +34,7 @@ class ListRoad(RoadTest):
         wait_until(lambda: self.sandbox.query(CARDS) == [(cards,)], cards)
 
     def wait_focus(self, name):
-        """Waits until what has the focus is called so."""
-        wait_until(lambda: [name] == [control.name for control in self.program.controls()
-                                      if control.focused], f"the focus on {name}")
+        self.program.wait_focus(name)
 
     def test_the_keys_always_have_a_card(self):
         # At the start, after a search with one card, after a window and a menu above the list.
