@@ -1,9 +1,7 @@
 #include "list/BrowseFrame.h"
 
 #include <wx/button.h>
-#include <wx/dcclient.h>
 #include <wx/dnd.h>
-#include <wx/menu.h>
 #include <wx/sizer.h>
 #include <wx/srchctrl.h>
 #include <wx/statline.h>
@@ -11,8 +9,6 @@
 #include <wx/statusbr.h>
 #include <wx/utils.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <list>
 
 #include "base/Text.h"
@@ -20,62 +16,13 @@
 #include "categories/CurrentCategory.h"
 #include "categories/DropDown.h"
 #include "files/windows/StoreOpening.h"
-#include "list/PrintCards.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
-#include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
-#include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
 #include "store/Database.h"
-#include "store/SearchQuery.h"
-#include "store/UndoHistory.h"
-
-namespace {
-
-constexpr size_t kMost = 5;
-
-}  // namespace
-
-bool RecentSearches::Add(const wxString& text) {
-    const auto found = std::find(mTexts.begin(), mTexts.end(), text);
-    if (found == mTexts.end()) {
-        mTexts.insert(mTexts.begin(), text);
-        mTexts.resize(std::min(mTexts.size(), kMost));
-        return true;
-    }
-    if (found == mTexts.begin()) {
-        return false;
-    }
-    std::rotate(mTexts.begin(), found, found + 1);
-    return true;
-}
-
-namespace {
-
-const wxString& OldestSearch() {
-    static const wxString text(L"\u65e5\u672c\u8a9e");
-    return text;
-}
-
-}  // namespace
-
-void RecentSearches::Read() {
-    Add(OldestSearch());
-    std::vector<wxString> stored = ReadRecentTexts(kSettingRecentSearch);
-    stored.resize(std::min(stored.size(), kMost - 1));
-    for (auto text = stored.rbegin(); text != stored.rend(); ++text) {
-        Add(*text);
-    }
-}
-
-void RecentSearches::Write() const {
-    std::vector<wxString> texts = mTexts;
-    texts.erase(std::remove(texts.begin(), texts.end(), OldestSearch()), texts.end());
-    WriteRecentTexts(kSettingRecentSearch, texts);
-}
 
 namespace {
 
@@ -86,48 +33,8 @@ const wxSize kSmallestSize(480, 320);
 constexpr int kLineId = 11138;
 constexpr int kDropDownId = 13245;
 
-constexpr int kGap = 6;
-constexpr int kSearchWidth = 200;
-constexpr int kWidestSearch = 400;
-constexpr int kSearchCharacters = 30;
-
-// How long the user types nothing before the list follows the search field, in milliseconds.
-constexpr int kTypingPause = 200;
-// A search that takes no longer is not broken off.
-constexpr int kShortSearch = 50;
-
-// What the menu of the search calls each CardState.
-constexpr const char* kStateNames[] = {wxTRANSLATE("Due Cards"),    wxTRANSLATE("New Cards"),
-                                       wxTRANSLATE("Failed Cards"), wxTRANSLATE("Excluded Cards"),
-                                       wxTRANSLATE("Same Fronts"),  wxTRANSLATE("Hardest Cards")};
-
 constexpr int kForeignCommands[] = {ID_SAVE_CLOSE, ID_SAVE_NEW, ID_STUDY_FORWARD, ID_STUDY_REVERSE,
                                     ID_CUSTOMIZE_MENU};
-
-// Returns true when the window with the keyboard focus is the control or stands inside it.
-bool HasFocusIn(const wxWindow& control) {
-    const wxWindow* window = wxWindow::FindFocus();
-    while (window != nullptr && window != &control) {
-        window = window->IsTopLevel() ? nullptr : window->GetParent();
-    }
-    return window != nullptr;
-}
-
-// Says in whole sentences what the undoing could not change; empty when it changed everything.
-wxString DescribeLeftAlone(const UndoOutcome& outcome) {
-    if (outcome.NameTaken) {
-        return _(
-            "The category keeps its name, because its former name belongs to another category "
-            "now, or because it was renamed or deleted since.");
-    }
-    const auto count = static_cast<unsigned>(outcome.LeftAlone);
-    return count == 0
-               ? wxString()
-               : wxString::Format(
-                     wxPLURAL("%i card stays as it is, because it was changed since.",
-                              "%i cards stay as they are, because they were changed since.", count),
-                     outcome.LeftAlone);
-}
 
 // Opens the files that are dropped on the window.
 class FileDrop : public wxFileDropTarget {
@@ -146,21 +53,6 @@ class FileDrop : public wxFileDropTarget {
 };
 
 }  // namespace
-
-// A search field whose menu opens below it. On Wayland the library counts the place of the menu
-// from the corner of the surrounding window and not of the field; the window around the field opens
-// a menu in the right place on every platform.
-class SearchField : public wxSearchCtrl {
-  public:
-    using wxSearchCtrl::wxSearchCtrl;
-
-  protected:
-    bool DoPopupMenu(wxMenu* menu, int x, int y) override {
-        // A menu has one invoking window at a time, and gets the other one here.
-        menu->SetInvokingWindow(nullptr);
-        return GetParent()->PopupMenu(menu, GetPosition() + wxPoint(x, y));
-    }
-};
 
 namespace {
 
@@ -354,35 +246,6 @@ void BrowseFrame::BuildDropDown() {
     mpButton->SetPopup(window);
 }
 
-void BrowseFrame::BuildSearchField(wxSizer& row) {
-    mpSearchCtrl =
-        new SearchField(this, kSearchId, wxString(), wxDefaultPosition, wxSize(kSearchWidth, -1),
-                        wxTE_PROCESS_ENTER, wxDefaultValidator, "searchCtrl");
-    mpSearchCtrl->ShowSearchButton(true);
-    mpSearchCtrl->SetMinSize(wxSize(kSearchWidth, -1));
-    mpSearchCtrl->SetMaxSize(wxSize(kWidestSearch, -1));
-    SetAccessibleName(*mpSearchCtrl, _("Search"));
-    TextUndo::AttachTo(*mpSearchCtrl);
-    row.Add(mpSearchCtrl, 5, wxEXPAND);
-    mpSearchMenuButton = new wxDropDownButton(this, kSearchMenuId, wxString(), "searchMenuButton");
-    mpSearchMenuButton->SetToolTip(_("Recent Searches"));
-    SetAccessibleName(*mpSearchMenuButton, _("Recent Searches"));
-    row.Add(mpSearchMenuButton, 0, wxEXPAND);
-
-    // Bound to the field and not to this window, because the field handles some of these events and
-    // does not pass them on.
-    mpSearchCtrl->Bind(wxEVT_TEXT, &BrowseFrame::OnSearchText, this);
-    mTyping.Bind(wxEVT_TIMER, &BrowseFrame::OnSearchPause, this);
-    mpSearchCtrl->Bind(wxEVT_TEXT_ENTER, &BrowseFrame::OnSearchEnter, this);
-    mpSearchCtrl->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { ClearSearch(); });
-    Bind(wxEVT_MENU, &BrowseFrame::OnRecentSearch, this, kFirstRecentId, kLastRecentId);
-    Bind(wxEVT_MENU, &BrowseFrame::OnSearchAll, this, kSearchAllId);
-    Bind(wxEVT_MENU, &BrowseFrame::OnExactSearch, this, kExactSearchId);
-    Bind(wxEVT_MENU, &BrowseFrame::OnState, this, kFirstStateId, kLastStateId);
-    mpSearchMenuButton->Bind(wxEVT_BUTTON,
-                             [this](wxCommandEvent&) { mpSearchCtrl->PopupSearchMenu(); });
-}
-
 void BrowseFrame::BuildStudyButton(wxSizer& row) {
     mpStudyButton = new wxButton(this, kStudyButtonId, _("Study"));
     mpStudyButton->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { ProcessCommand(ID_WINDOW_STUDY); });
@@ -463,222 +326,10 @@ void BrowseFrame::BindCommands() {
         wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Check(true); }, ID_WINDOW_LIST);
 }
 
-void BrowseFrame::BindPrinting() {
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { Print(); }, wxID_PRINT);
-    Bind(
-        wxEVT_UPDATE_UI,
-        [this](wxUpdateUIEvent& event) { event.Enable(mpCardList->GetCardCount() > 0); },
-        wxID_PRINT);
-}
-
-// Prints the cards in view, or the selected ones: one row is selected by almost any press or key,
-// and is rarely meant.
-void BrowseFrame::Print() {
-    if (mpDatabase == nullptr || mpCardList->GetCardCount() == 0) {
-        return;
-    }
-    std::vector<int64_t> rowIds;
-    mpCardList->CollectSelection(rowIds, false);
-    if (rowIds.size() < 2) {
-        rowIds = mpCardList->GetRowIds();
-    }
-    const wxString search = mpSearchCtrl->GetValue();
-    const wxString heading = mSearchAll && !search.empty() ? search : mpButton->GetLabelText();
-    mpPreview = PrintCards(*this, *mpDatabase, rowIds, heading);
-}
-
-void BrowseFrame::ClosePreview() {
-    if (mpPreview != nullptr) {
-        mpPreview->Close(true);
-    }
-}
-
-void BrowseFrame::BindViewCommands() {
-    // The current category is the focused row of the categories, whether they are open or not.
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { mpCategoryList->Rename(); }, ID_RENAME);
-    Bind(
-        wxEVT_UPDATE_UI,
-        [this](wxUpdateUIEvent& event) { event.Enable(mpCategoryList->HasFocusedRow()); },
-        ID_RENAME);
-    wxMenu* view = nullptr;
-    GetMenuBar()->FindItem(ID_WINDOW_LIST, &view);
-    view->AppendSeparator();
-    view->AppendCheckItem(ID_FOLLOW_SAVED, _("Follow Saved Cards"));
-    Bind(
-        wxEVT_MENU,
-        [](wxCommandEvent& event) {
-            WriteBooleanSetting(kSettingFollowSavedCards, event.IsChecked());
-        },
-        ID_FOLLOW_SAVED);
-    BindSortMenu(*view);
-    Bind(
-        wxEVT_UPDATE_UI,
-        [](wxUpdateUIEvent& event) { event.Check(ReadBooleanSetting(kSettingFollowSavedCards)); },
-        ID_FOLLOW_SAVED);
-}
-
-// The entries serve the menu bar and the menu of the headings.
-void BrowseFrame::BindSortMenu(wxMenu& view) {
-    view.AppendSubMenu(BuildSortMenu().release(), _("Sort by"));
-    for (const ListColumnTraits& traits : AllListColumns()) {
-        const int id = ID_SORT_FIRST + static_cast<int>(traits.Column);
-        Bind(
-            wxEVT_MENU,
-            [this, &traits](wxCommandEvent&) {
-                mpCardList->SortBy({traits.Column, mpCardList->GetOrder().IsDescending});
-            },
-            id);
-        Bind(
-            wxEVT_UPDATE_UI,
-            [this, &traits](wxUpdateUIEvent& event) {
-                event.Enable(mpCardList->CanSortBy(traits.Column));
-                event.Check(mpCardList->GetOrder().Column == traits.Column);
-            },
-            id);
-    }
-    for (const bool isDescending : {false, true}) {
-        const int id = isDescending ? ID_SORT_DESCENDING : ID_SORT_ASCENDING;
-        Bind(
-            wxEVT_MENU,
-            [this, isDescending](wxCommandEvent&) {
-                mpCardList->SortBy({mpCardList->GetOrder().Column, isDescending});
-            },
-            id);
-        Bind(
-            wxEVT_UPDATE_UI,
-            [this, isDescending](wxUpdateUIEvent& event) {
-                event.Check(mpCardList->GetOrder().IsDescending == isDescending);
-            },
-            id);
-    }
-}
-
-void BrowseFrame::BindListCommands() {
-    const auto hasTarget = [this] { return mpCardList->HasTarget(); };
-    AddListCommand(wxID_CUT, {}, {[this] { mpCardList->Cut(); }, hasTarget});
-    AddListCommand(wxID_COPY, {}, {[this] { mpCardList->Copy(); }, hasTarget});
-    AddListCommand(
-        wxID_PASTE,
-        {[this] { mpCategoryList->Paste(); }, [this] { return mpCategoryList->CanPaste(); }},
-        {[this] { mpCardList->Paste(); }, [this] { return mpCardList->CanPaste(); }});
-    AddListCommand(wxID_DELETE,
-                   {[this] { mpCategoryList->DeleteFocused(); },
-                    [this] { return mpCategoryList->HasFocusedCategory(); }},
-                   {[this] { mpCardList->DeleteSelected(); }, hasTarget});
-    const auto bind = [this](int id, auto&& run) {
-        Bind(
-            wxEVT_MENU, [run](wxCommandEvent&) { run(); }, id);
-        Bind(
-            wxEVT_UPDATE_UI,
-            [this](wxUpdateUIEvent& event) {
-                event.Enable(mpDatabase != nullptr && !mpCardList->IsStoreEmpty());
-            },
-            id);
-    };
-    // The keys go to the cards then: in the search field, Undo would take back what was typed
-    // there.
-    bind(ID_REPLACE, [this] {
-        mpCardList->ReplaceTexts();
-        GiveKeysTo(*mpCardList);
-    });
-    bind(ID_DUPLICATES, [this] {
-        mServices.ShowDuplicates(*this);
-        GiveKeysTo(*mpCardList);
-    });
-    BindOrderMenu();
-    // In the list of categories it selects all cards of the chosen category.
-    const ListCommand selectAll{[this] { mpCardList->SelectAll(); }, [] { return true; }};
-    AddListCommand(wxID_SELECTALL, selectAll, selectAll);
-    Bind(
-        wxEVT_MENU,
-        [this](wxCommandEvent& event) { OnUndo(event, &UndoHistory::UndoLast, _("Undo")); },
-        wxID_UNDO);
-    Bind(
-        wxEVT_MENU,
-        [this](wxCommandEvent& event) { OnUndo(event, &UndoHistory::RedoLast, _("Redo")); },
-        wxID_REDO);
-    for (const int id : {wxID_UNDO, wxID_REDO}) {
-        Bind(wxEVT_UPDATE_UI, &BrowseFrame::OnUpdateUndo, this, id);
-    }
-}
-
-void BrowseFrame::BindOrderMenu() {
-    auto* const order = new wxMenu;
-    order->Append(ID_MOVE_UP, _("Move Up\tAlt+Up"));
-    order->Append(ID_MOVE_DOWN, _("Move Down\tAlt+Down"));
-    order->AppendSeparator();
-    order->Append(ID_RENUMBER, _("Renumber from..."));
-    order->Append(ID_RANDOM_ORDER, _("New Cards in Random Order"));
-    wxMenu* edit = nullptr;
-    size_t place = 0;
-    const wxMenuItem* const rename = GetMenuBar()->FindItem(ID_RENAME, &edit);
-    edit->FindChildItem(rename->GetId(), &place);
-    edit->Insert(place + 1, wxID_ANY, _("Order of Introduction"), order);
-    const auto hasTarget = [this] { return mpCardList->HasTarget(); };
-    AddListCommand(ID_MOVE_UP, {}, {[this] { mpCardList->MoveSelected(false); }, hasTarget});
-    AddListCommand(ID_MOVE_DOWN, {}, {[this] { mpCardList->MoveSelected(true); }, hasTarget});
-    AddListCommand(ID_RENUMBER, {}, {[this] { mpCardList->RenumberSelected(); }, hasTarget});
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { mpCardList->DealNewCards(); }, ID_RANDOM_ORDER);
-    Bind(
-        wxEVT_UPDATE_UI,
-        [this](wxUpdateUIEvent& event) { event.Enable(!mpCardList->IsStoreEmpty()); },
-        ID_RANDOM_ORDER);
-}
-
-void BrowseFrame::AddListCommand(int id, const ListCommand& inCategories,
-                                 const ListCommand& inCards) {
-    Bind(
-        wxEVT_MENU,
-        [this, inCategories, inCards](wxCommandEvent& event) {
-            if (const ListCommand* const command = FindListCommand(inCategories, inCards)) {
-                command->Run();
-            } else {
-                event.Skip();
-            }
-        },
-        id);
-    Bind(
-        wxEVT_UPDATE_UI,
-        [this, inCategories, inCards](wxUpdateUIEvent& event) {
-            if (const ListCommand* const command = FindListCommand(inCategories, inCards)) {
-                event.Enable(command->IsEnabled());
-            } else {
-                event.Skip();
-            }
-        },
-        id);
-}
-
-// Returns null when neither list has the focus. The command then goes on to the next handler, such
-// as a text field that has the focus.
-const BrowseFrame::ListCommand* BrowseFrame::FindListCommand(const ListCommand& inCategories,
-                                                             const ListCommand& inCards) const {
-    if (inCategories.Run && HasFocusIn(*mpCategoryList)) {
-        return &inCategories;
-    }
-    return inCards.Run && HasFocusIn(*mpCardList) ? &inCards : nullptr;
-}
-
 // Gives the child the focus now, or when the window comes back to the front if it is behind others.
 void BrowseFrame::GiveKeysTo(wxWindow& child) {
     mpChildFocus = &child;
     child.SetFocus();
-}
-
-void BrowseFrame::UseFont() {
-    const wxFont font = ReadFontSetting(kSettingBrowseFont);
-    mpSearchCtrl->SetFont(font);
-    mpButton->SetFont(font);
-    mpStudyButton->SetFont(font);
-    wxClientDC dc(mpSearchCtrl);
-    dc.SetFont(font);
-    const int width = kSearchCharacters * dc.GetCharWidth();
-    mpSearchCtrl->SetMinSize(wxSize(width, -1));
-    mpSearchCtrl->SetMaxSize(wxSize(std::max(width, kWidestSearch), -1));
-    Layout();
 }
 
 void BrowseFrame::ShowCategory() {
@@ -704,74 +355,6 @@ void BrowseFrame::ShowReadyCount() {
     mpStudyButton->SetToolTip(wxString::Format(
         wxPLURAL("%i card is ready", "%i cards are ready", static_cast<unsigned>(ready)), ready));
     Layout();
-}
-
-void BrowseFrame::AddRecentSearch(const wxString& text) {
-    if (mRecentSearches.Add(text)) {
-        mRecentSearches.Write();
-        RebuildSearchMenu();
-    }
-}
-
-void BrowseFrame::RebuildSearchMenu() {
-    auto* const menu = new wxMenu;
-    menu->Append(wxID_ANY, _("Recent Searches"))->Enable(false);
-    int id = kFirstRecentId;
-    for (const wxString& text : mRecentSearches.GetTexts()) {
-        menu->Append(id++, wxControl::EscapeMnemonics(ShownName(text)));
-    }
-    menu->AppendSeparator();
-    id = kFirstStateId;
-    for (const char* const name : kStateNames) {
-        menu->AppendCheckItem(id++, wxGetTranslation(name));
-    }
-    menu->AppendSeparator();
-    menu->AppendCheckItem(kExactSearchId, _("Exact Search"));
-    menu->AppendCheckItem(kSearchAllId, _("Search in All Categories"))->Check(mSearchAll);
-    mpSearchCtrl->SetMenu(menu);
-    ShowStates();
-}
-
-// Ticks the mode and the states that the text in the field asks for.
-void BrowseFrame::ShowStates() {
-    mpSearchCtrl->GetMenu()->Check(kExactSearchId, mIsSearchExact);
-    const SearchQuery query = SearchQuery::Words(mpSearchCtrl->GetValue());
-    for (int id = kFirstStateId; id <= kLastStateId; ++id) {
-        wxMenuItem& item = *mpSearchCtrl->GetMenu()->FindItem(id);
-        const auto state = static_cast<CardState>(id - kFirstStateId);
-        item.Check(!mIsSearchExact && query.Requires(state));
-        item.Enable(!mIsSearchExact);
-    }
-}
-
-// Says below the field which word means nothing. Returns false then: the list stays as it is.
-bool BrowseFrame::CheckSearch(const wxString& text) {
-    const wxString problem = mIsSearchExact ? wxString() : SearchQuery::Words(text).GetProblem();
-    if (problem != mpSearchProblem->GetLabelText()) {
-        mpSearchProblem->SetLabelText(problem);
-        mpSearchProblem->Wrap(GetClientSize().GetWidth() - 2 * FromDIP(kGap));
-        mpSearchProblem->Show(!problem.empty());
-        Layout();
-    }
-    return problem.empty();
-}
-
-bool BrowseFrame::Search(const wxString& text) {
-    mTyping.Stop();
-    mpSearchCtrl->SelectAll();
-    const bool isGood = CheckSearch(text);
-    if (isGood) {
-        mpCardList->SetSearch(text, mIsSearchExact);
-    }
-    return isGood;
-}
-
-void BrowseFrame::ClearSearch() {
-    const wxBusyCursor busy;
-    mpSearchCtrl->Clear();
-    mTyping.Stop();
-    CheckSearch(wxString());
-    mpCardList->SetSearch(wxString(), mIsSearchExact);
 }
 
 // Called when the window closes: the object is destroyed later, when the store may be gone.
@@ -854,126 +437,4 @@ void BrowseFrame::OnCharHook(wxKeyEvent& event) {
     } else {
         ClearSearch();
     }
-}
-
-void BrowseFrame::OnSearchText(wxCommandEvent& event) {
-    event.Skip();
-    mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
-    mEntered.clear();
-    ShowStates();
-    mTyping.StartOnce(kTypingPause);
-}
-
-// Breaks a search off that takes long when the user goes on, and begins it again after the next
-// pause. The text stays as it is and is not kept among the recent ones.
-void BrowseFrame::OnSearchPause(wxTimerEvent&) {
-    const wxLongLong begin = wxGetUTCTimeMillis();
-    const auto isStopped = [begin] {
-        return wxGetUTCTimeMillis() - begin > kShortSearch && HasInputWaiting();
-    };
-    const wxString text = mpSearchCtrl->GetValue();
-    if (CheckSearch(text) && !mpCardList->TrySearch(text, mIsSearchExact, isStopped)) {
-        mTyping.StartOnce(kTypingPause);
-    }
-}
-
-void BrowseFrame::OnSearchEnter(wxCommandEvent&) {
-    const wxBusyCursor busy;
-    const wxString text = mpSearchCtrl->GetValue();
-    if (!text.empty() && text == mEntered && mpCardList->GetCardCount() == 1) {
-        mpCardList->EditSelected();
-        return;
-    }
-    const bool isGood = Search(text);
-    mEntered = isGood ? text : wxString();
-    if (isGood && !text.empty()) {
-        AddRecentSearch(text);
-    }
-}
-
-void BrowseFrame::OnRecentSearch(wxCommandEvent& event) {
-    const auto position = static_cast<size_t>(event.GetId() - kFirstRecentId);
-    const std::vector<wxString>& texts = mRecentSearches.GetTexts();
-    if (position < texts.size()) {
-        const wxBusyCursor busy;
-        mpSearchCtrl->SetValue(texts[position]);
-        Search(texts[position]);
-    }
-}
-
-void BrowseFrame::OnSearchAll(wxCommandEvent& event) {
-    const wxBusyCursor busy;
-    mSearchAll = event.IsChecked();
-    mpSearchCtrl->SetDescriptiveText(mSearchAll ? _("Search in All Categories") : _("Search"));
-    mpCardList->SetSearchAll(mSearchAll);
-    // The pointer had left the keys with the button that opens the menu.
-    GiveKeysTo(*mpSearchCtrl);
-}
-
-void BrowseFrame::OnExactSearch(wxCommandEvent& event) {
-    const wxBusyCursor busy;
-    mIsSearchExact = event.IsChecked();
-    WriteBooleanSetting(kSettingExactSearch, mIsSearchExact);
-    ShowStates();
-    Search(mpSearchCtrl->GetValue());
-}
-
-// A tick in the menu is a word in the field.
-void BrowseFrame::OnState(wxCommandEvent& event) {
-    const wxBusyCursor busy;
-    const auto state = static_cast<CardState>(event.GetId() - kFirstStateId);
-    mpSearchCtrl->SetValue(
-        SearchQuery::Words(mpSearchCtrl->GetValue()).WithState(state, event.IsChecked()));
-    Search(mpSearchCtrl->GetValue());
-}
-
-// A text field with the focus takes back what was typed into it; else the last step in the store is
-// taken back or done again, wherever it was done.
-void BrowseFrame::OnUndo(wxCommandEvent& event, TakeStep take, const wxString& caption) {
-    if (TextUndo::Find(FindFocus()) != nullptr) {
-        event.Skip();
-        return;
-    }
-    UndoOutcome outcome;
-    {
-        const wxBusyCursor busy;
-        const int32_t category = mServices.GetCurrentCategoryId(*mpDatabase);
-        (mServices.GetUndoHistory().*take)(*mpDatabase, outcome);
-        if (category != -1 && category == outcome.GoneId) {
-            // The current category follows its cards, as it did in the merge.
-            mServices.SetCurrentCategoryId(*mpDatabase, outcome.IntoId);
-        }
-        // Notifies after a failure too, so that the list shows what was done.
-        mpDatabase->Notify();
-        mpCardList->SelectCards(std::move(outcome.RowIds));
-    }
-    const wxString leftAlone = DescribeLeftAlone(outcome);
-    if (!leftAlone.empty()) {
-        ShowMessageBox(leftAlone, caption, wxOK | wxCENTRE, this);
-    }
-}
-
-void BrowseFrame::OnUpdateUndo(wxUpdateUIEvent& event) {
-    ShowUndoSteps();
-    const UndoHistory& history = mServices.GetUndoHistory();
-    event.Enable(event.GetId() == wxID_UNDO ? !history.IsEmpty() : history.CanRedo());
-    // Only the field itself knows whether it has something to take back.
-    event.Skip(TextUndo::Find(FindFocus()) != nullptr);
-}
-
-// Names the steps in the menu. Runs before the menu opens, which fixes the menu's width.
-void BrowseFrame::ShowUndoSteps() {
-    const UndoHistory& history = mServices.GetUndoHistory();
-    const bool isText = TextUndo::Find(FindFocus()) != nullptr;
-    const auto show = [&](int id, const wxString& step, const wxString& plain) {
-        const wxString text = isText || step.empty() ? plain
-                                                     : wxControl::EscapeMnemonics(step) + "\t" +
-                                                           plain.AfterFirst('\t');
-        wxMenuItem* const item = GetMenuBar()->FindItem(id);
-        if (item->GetItemLabel() != text) {
-            item->SetItemLabel(text);
-        }
-    };
-    show(wxID_UNDO, history.GetUndoLabel(), _("&Undo\tCtrl+Z"));
-    show(wxID_REDO, history.GetRedoLabel(), _("R&edo\tCtrl+Shift+Z"));
 }

@@ -17,10 +17,10 @@ class AppServices;
 class CategoryList;
 class Database;
 class wxDropDownButton;
-class SearchField;
 class UndoHistory;
 struct UndoOutcome;
 class wxButton;
+class wxSearchCtrl;
 class wxStaticText;
 
 // Keeps the texts that were searched for last: newest first, each once, at most five. A new list
@@ -97,6 +97,10 @@ class BrowseFrame : public wxFrame, private Observer {
         std::function<bool()> IsEnabled;
     };
 
+    static constexpr int kGap = 6;
+
+    // Returns true when the window with the keyboard focus is the control or stands inside it.
+    static bool HasFocusIn(const wxWindow& control);
     void Attach(Database* database, CardList::Extent extent);
     void ReadRest();
     void ReadAll();
@@ -152,7 +156,7 @@ class BrowseFrame : public wxFrame, private Observer {
     RecentSearches mRecentSearches;
     bool mSearchAll = false;
     bool mIsSearchExact = false;
-    SearchField* mpSearchCtrl = nullptr;
+    wxSearchCtrl* mpSearchCtrl = nullptr;
     // Says below the field which word of the search means nothing.
     wxStaticText* mpSearchProblem = nullptr;
     wxDropDownButton* mpButton = nullptr;

@@ -1,38 +1,28 @@
 #include "list/CardList.h"
 
 #include <wx/log.h>
-#include <wx/menu.h>
 #include <wx/sizer.h>
-#include <wx/utils.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <iterator>
-#include <limits>
 #include <list>
 #include <optional>
-#include <random>
 #include <utility>
 
 #include "base/Collator.h"
 #include "base/Text.h"
 #include "categories/CurrentCategory.h"
-#include "files/StoreFiles.h"
 #include "reviews/ReviewFigures.h"
 #include "shell/AppServices.h"
-#include "shell/CommandIds.h"
 #include "shell/MenuBar.h"
-#include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
 #include "shell/Toolkit.h"
 #include "store/CardSort.h"
 #include "store/Database.h"
-#include "store/UndoHistory.h"
 
 namespace {
 
-constexpr int kNoCard = -1;
 // A list of more cards takes long enough to be shown in two steps: at a start, and before it is
 // sorted by a text.
 constexpr int32_t kManyCards = 20000;
@@ -210,22 +200,6 @@ void CardList::FollowDirection() {
     }
 }
 
-void CardList::ArrangeColumns() {
-    ListColumns columns;
-    for (const ListColumn column : mShownColumns) {
-        if (column != ListColumn::kCategory || ShowsCategories()) {
-            columns.push_back(column);
-        }
-    }
-    mpListCtrl->SetColumns(columns);
-    auto sorted = std::find(columns.begin(), columns.end(), mOrder.Column);
-    if (sorted == columns.end()) {
-        mOrder = ListOrder();
-        sorted = columns.begin();
-    }
-    mpListCtrl->ShowSortIndicator(static_cast<int>(sorted - columns.begin()), !mOrder.IsDescending);
-}
-
 void CardList::Update(Subject* subject) {
     if (subject == &mServices.GetSettingsNotifier()) {
         UseFont();
@@ -351,24 +325,15 @@ void CardList::DescribeSearch() {
     mDescribed.Query = mIsSearchExact ? SearchQuery::Exact(mSearch) : SearchQuery::Words(mSearch);
     mDescribed.Direction = GetDirection();
     mDescribed.Now = mServices.GetClock().Now();
-<<<<<<< HEAD
 }
 
 void CardList::ReadHardest() {
     if (!mDescribed.Query.Has(CardState::kHard)) {
         return;
-=======
-    if (mDescribed.Query.Has(CardState::kHard)) {
-        ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
-        if (mShowCategory && !mSearchAll) {
-            query.Asked = mChoice;
-        }
-        ReadHardestCards(*mpDatabase, query, mHistory, mDescribed.Hard);
->>>>>>> a0710c0 (List and study an upper category with all below it)
     }
     ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
     if (mShowCategory && !mSearchAll) {
-        query.CategoryId = mCategoryId;
+        query.Asked = mChoice;
     }
     const auto hard = std::make_shared<std::optional<std::vector<CardUuid>>>();
     mHardJob.Start(
@@ -616,194 +581,6 @@ void CardList::CollectSelection(std::vector<int64_t>& rowIds, bool clear) {
     }
 }
 
-void CardList::EditSelected() {
-    EditFrom(
-        mpListCtrl->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED | wxLIST_STATE_SELECTED));
-}
-
-// Opens the card of a row, or all selected cards where there are several.
-void CardList::EditFrom(long row) {
-    if (mpListCtrl->GetSelectedItemCount() < 2) {
-        EditRow(row);
-        return;
-    }
-    std::vector<int64_t> rowIds;
-    CollectSelection(rowIds, false);
-    mServices.OpenEditorOfMany(rowIds);
-}
-
-void CardList::EditRow(long row) {
-    if (row < 0 || static_cast<size_t>(row) >= mRowIds.size()) {
-        return;
-    }
-    std::list<FlashCard> cards;
-    if (mpDatabase->SelectCardByRowId(mRowIds[static_cast<size_t>(row)], cards) >= 0 &&
-        !cards.empty()) {
-        mServices.OpenEditor(cards.front());
-    }
-}
-
-void CardList::PutOnClipboard(bool cut) {
-    if (HasTarget()) {
-        mpListCtrl->SelectSomeRow();
-        std::vector<int64_t> rowIds;
-        CollectSelection(rowIds, false);
-        mServices.PutCardsOnClipboard(rowIds, cut);
-    }
-}
-
-void CardList::Paste() {
-    if (CanPaste()) {
-        mServices.PasteCards(mChoice.Id, AppServices::EmptyCut::kBefore);
-    }
-}
-
-bool CardList::CanPaste() const {
-    return mpDatabase != nullptr && mServices.CanPasteCards();
-}
-
-void CardList::ReplaceTexts() {
-    if (mHasFirstPageOnly) {
-        ReadAll();
-    }
-    std::vector<int64_t> selected;
-    CollectSelection(selected, false);
-    // The list reads its rows anew while the dialog has them.
-    const std::vector<int64_t> shown = mRowIds;
-    mServices.ReplaceInCards(*this, selected, shown);
-}
-
-void CardList::WriteOrders(const CardRenumberings& changes, const wxString& caption) {
-    if (changes.empty()) {
-        return;
-    }
-    StoreChange change;
-    const wxBusyCursor busy;
-    // The store reports a failure; what was written can be taken back all the same.
-    Renumber(*mpDatabase, changes, change);
-    const wxString notice = DescribeWithoutUndo(change);
-    mServices.GetUndoHistory().Add(std::move(change));
-    mpDatabase->Notify();
-    if (mpListCtrl->GetFocusedRow() >= 0) {
-        mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
-    }
-    if (!notice.empty()) {
-        ShowMessageBox(notice, caption, wxOK | wxCENTRE, this);
-    }
-}
-
-void CardList::MoveSelected(bool isDown) {
-    if (!HasTarget()) {
-        return;
-    }
-    mpListCtrl->SelectSomeRow();
-    std::vector<int64_t> rowIds;
-    CollectSelection(rowIds, false);
-    const bool isTurned = mOrder.Column == ListColumn::kNumber && mOrder.IsDescending;
-    CardRenumberings changes;
-    if (FindMoves(*mpDatabase, std::move(rowIds), isDown != isTurned, changes) == 0) {
-        WriteOrders(changes, _("Move Cards"));
-    }
-}
-
-void CardList::RenumberSelected() {
-    if (!HasTarget()) {
-        return;
-    }
-    mpListCtrl->SelectSomeRow();
-    std::vector<int64_t> rowIds;
-    CollectSelection(rowIds, false);
-    std::vector<OrderedCard> places;
-    if (mpDatabase->SelectPlaces(rowIds, places) < 0 || places.empty()) {
-        return;
-    }
-    const int32_t most =
-        std::numeric_limits<int32_t>::max() - static_cast<int32_t>(places.size()) + 1;
-    const wxString caption = _("Renumber Cards");
-    TextQuestion dialog(this,
-                        _("Please enter the number of the first selected card. The others follow "
-                          "in the order of the list."),
-                        caption, wxString::Format("%i", places.front().Order));
-    int32_t first = 0;
-    while (dialog.ShowModal() == wxID_OK) {
-        if (ParseWholeNumber(TrimWide(dialog.GetValue()), first) && first >= 0 && first <= most) {
-            WriteOrders(NumberFrom(places, first), caption);
-            return;
-        }
-        ShowMessageBox(wxString::Format(_("The number must be a whole number from 0 to %i."), most),
-                       caption, wxOK | wxCENTRE, this);
-    }
-}
-
-void CardList::DealNewCards() {
-    if (mpDatabase == nullptr) {
-        return;
-    }
-    CardUuid chance;
-    if (GenerateUuid(chance) < 0) {
-        return;
-    }
-    std::seed_seq seed(std::begin(chance.Bytes), std::end(chance.Bytes));
-    std::mt19937 generator(seed);
-    const auto random = [&generator](size_t end) {
-        return std::uniform_int_distribution<size_t>(0, end - 1)(generator);
-    };
-    // Numbers stay in their categories.
-    CardRenumberings changes;
-    const bool isRead = mChoice.ForEach([&](int32_t id) {
-        std::vector<OrderedCard> places;
-        if (mpDatabase->SelectNewPlaces(GetDirection(), id, places) < 0) {
-            return false;
-        }
-        const CardRenumberings dealt = DealNumbers(places, random);
-        changes.insert(changes.end(), dealt.begin(), dealt.end());
-        return true;
-    });
-    if (isRead) {
-        WriteOrders(changes, _("New Cards in Random Order"));
-    }
-}
-
-void CardList::DeleteSelected() {
-    if (!HasTarget()) {
-        return;
-    }
-    mpListCtrl->SelectSomeRow();
-    const int answer =
-        ShowMessageBox(_("Do you really want to delete the selected card(s)?") +
-                           AboutCards(mpListCtrl->GetSelectedItemCount()),
-                       _("Delete Card(s)"), wxOK | wxCANCEL | wxICON_EXCLAMATION, this);
-    if (answer != wxOK) {
-        return;
-    }
-    mServices.BackUpDay(this);
-    const wxBusyCursor busy;
-    const std::vector<long> rows = mpListCtrl->GetSelectedRows();
-    if (rows.empty()) {
-        return;
-    }
-    const std::vector<int64_t> rowIds = RowIdsOf(mRowIds, rows);
-    StoreChange change;
-    if (NoteDeletion(*mpDatabase, rowIds, change) < 0) {
-        return;
-    }
-    // The store itself reports a failure; the other cards are deleted all the same.
-    mpDatabase->CardsDeleteByRowId(rowIds);
-    const wxString notice = DescribeWithoutUndo(change);
-    mServices.GetUndoHistory().Add(std::move(change));
-    mpListCtrl->SelectEveryRow(false);
-    mpListCtrl->SetFocusedRow(-1);
-    mpDatabase->Notify();
-    // The keys go on where the deleted cards were.
-    RestoreFocus(kNoCard, rows.front());
-    if (mpListCtrl->GetFocusedRow() >= 0) {
-        mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
-    }
-    if (!notice.empty()) {
-        ShowMessageBox(notice, _("Delete Card(s)"), wxOK | wxCENTRE, this);
-    }
-}
-
 void CardList::SelectCards(std::vector<int64_t> rowIds) {
     std::sort(rowIds.begin(), rowIds.end());
     const auto isAmong = [&rowIds](int64_t rowId) {
@@ -842,109 +619,5 @@ void CardList::OnListKeyDown(wxListEvent& event) {
         DeleteSelected();
     } else {
         event.Skip();
-    }
-}
-
-void CardList::OnColumnClick(wxListEvent& event) {
-    const ListColumns& columns = mpListCtrl->GetColumns();
-    if (event.GetColumn() >= 0 && static_cast<size_t>(event.GetColumn()) < columns.size()) {
-        const ListColumn column = columns[static_cast<size_t>(event.GetColumn())];
-        // A second click turns the order.
-        SortBy({column, column == mOrder.Column && !mOrder.IsDescending});
-    }
-}
-
-bool CardList::IsColumnShown(ListColumn column) const {
-    const ListColumns& columns = mpListCtrl->GetColumns();
-    return std::find(columns.begin(), columns.end(), column) != columns.end();
-}
-
-void CardList::SortBy(const ListOrder& order) {
-    if (!CanSortBy(order.Column)) {
-        return;
-    }
-    if (!IsColumnShown(order.Column)) {
-        ToggleColumn(order.Column);
-    }
-    mOrder = order;
-    WriteListOrder(mOrder);
-    ArrangeColumns();
-    mViewWhenSorted = View::kShowsFocus;
-    RefreshRows();
-    if (mpListCtrl->GetFocusedRow() >= 0) {
-        mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
-    }
-}
-
-std::unique_ptr<wxMenu> BuildSortMenu() {
-    auto menu = std::make_unique<wxMenu>();
-    int id = ID_SORT_FIRST;
-    for (const ListColumnTraits& traits : AllListColumns()) {
-        menu->AppendRadioItem(id++, wxGetTranslation(traits.Heading));
-    }
-    menu->AppendSeparator();
-    menu->AppendRadioItem(ID_SORT_ASCENDING, _("Ascending"));
-    menu->AppendRadioItem(ID_SORT_DESCENDING, _("Descending"));
-    return menu;
-}
-
-void CardList::OpenColumnMenu() {
-    ShowColumnMenu(-1, GetRowsWindow(*mpListCtrl).GetPosition());
-}
-
-void CardList::ShowColumnMenu(int column, const wxPoint& place) {
-    mMenuColumn = column;
-    wxMenu menu;
-    menu.Append(ID_COLUMN_AUTO_SIZE, _("Auto Size Column"))->Enable(mMenuColumn >= 0);
-    menu.Append(ID_COLUMN_AUTO_SIZE_ALL, _("Auto Size All Columns"));
-    menu.AppendSeparator();
-    for (const ListColumnTraits& traits : AllListColumns()) {
-        if (traits.MenuId != 0) {
-            menu.AppendCheckItem(traits.MenuId, wxGetTranslation(traits.Heading))
-                ->Check(std::count(mShownColumns.begin(), mShownColumns.end(), traits.Column) != 0);
-        }
-    }
-    menu.Enable(ID_COLUMN_CATEGORY, ShowsCategories());
-    menu.AppendSeparator();
-    menu.AppendSubMenu(BuildSortMenu().release(), _("Sort by"));
-    PopupMenu(&menu, place);
-}
-
-void CardList::BindColumnMenu() {
-    for (const ListColumnTraits& traits : AllListColumns()) {
-        if (traits.MenuId != 0) {
-            Bind(
-                wxEVT_MENU, [this, &traits](wxCommandEvent&) { ToggleColumn(traits.Column); },
-                traits.MenuId);
-        }
-    }
-    Bind(
-        wxEVT_MENU,
-        [this](wxCommandEvent&) { mpListCtrl->SetColumnWidth(mMenuColumn, wxLIST_AUTOSIZE); },
-        ID_COLUMN_AUTO_SIZE);
-    Bind(
-        wxEVT_MENU,
-        [this](wxCommandEvent&) {
-            for (int column = 0; column < mpListCtrl->GetColumnCount(); ++column) {
-                mpListCtrl->SetColumnWidth(column, wxLIST_AUTOSIZE);
-            }
-        },
-        ID_COLUMN_AUTO_SIZE_ALL);
-}
-
-void CardList::ToggleColumn(ListColumn column) {
-    const auto place = std::lower_bound(mShownColumns.begin(), mShownColumns.end(), column);
-    if (place != mShownColumns.end() && *place == column) {
-        mShownColumns.erase(place);
-    } else {
-        mShownColumns.insert(place, column);
-    }
-    WriteShownColumns(mShownColumns);
-    const ListColumn sorted = mOrder.Column;
-    ArrangeColumns();
-    if (mOrder.Column != sorted) {
-        RefreshRows();
-    } else if (mpDatabase != nullptr) {
-        ReadFailures();
     }
 }

@@ -67,7 +67,7 @@ class CardList : public wxPanel, private Observer {
     // Returns true until a worker has sorted the rows, which have another order so far.
     bool IsSorting() const { return mSortJob.IsRunning(); }
     bool IsColumnShown(ListColumn column) const;
-    // The categories are a column only in a search over all of them.
+    // The categories are a column only where cards of several are shown.
     bool CanSortBy(ListColumn column) const {
         return column != ListColumn::kCategory || IsColumnShown(column);
     }
@@ -206,6 +206,8 @@ class CardList : public wxPanel, private Observer {
     // The reviews in the log, as far as mHardJob has read them.
     ReviewHistory mHistory;
     bool mSearchAll = false;
+    // What stands for the row id of a card that is not there.
+    static constexpr int kNoCard = -1;
     CategoryChoice mChoice;
     // The columns that the user has chosen, and the one of them that gives the order.
     ListColumns mShownColumns = ReadShownColumns();
