@@ -1,6 +1,7 @@
 #include "list/CardList.h"
 
 #include <wx/log.h>
+#include <wx/menu.h>
 #include <wx/sizer.h>
 
 #include <algorithm>

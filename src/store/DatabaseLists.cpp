@@ -78,13 +78,13 @@ int Database::CardSelectRowIdsOrder(CardOrder order, std::vector<int64_t>& rowId
 // The ids are written into the text, so that any number of categories fits.
 std::string Database::OfChoice(const CategoryChoice& choice) {
     if (!choice.IsMany()) {
-        return "CategoryId = ?";
+        return "WHERE CategoryId = ?";
     }
     std::string ids = std::to_string(choice.Id);
     for (const int32_t id : choice.Below) {
         ids += "," + std::to_string(id);
     }
-    return "CategoryId IN (" + ids + ")";
+    return "WHERE CategoryId IN (" + ids + ")";
 }
 
 void Database::BindChoice(StatementRun& run, const CategoryChoice& choice) {
@@ -96,8 +96,7 @@ void Database::BindChoice(StatementRun& run, const CategoryChoice& choice) {
 int Database::CardSelectRowIdsOrder(const CategoryChoice& choice, CardOrder order,
                                     std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
-    StatementRun run(*this,
-                     OrderedStatement("SELECT ROWID from Cards WHERE " + OfChoice(choice), order));
+    StatementRun run(*this, OrderedStatement("SELECT ROWID from Cards " + OfChoice(choice), order));
     BindChoice(run, choice);
     return ReadFirstCardsOf(run, rowIds);
 }
@@ -187,7 +186,7 @@ int Database::SearchRowIdsOrder(const CategoryChoice& choice, const wxString& te
                                 std::vector<int64_t>& rowIds) {
     const Lock lock(mMutex);
     const std::string selection =
-        "SELECT ROWID FROM Cards WHERE " + OfChoice(choice) + " AND " + kSearchColumns;
+        "SELECT ROWID FROM Cards " + OfChoice(choice) + " AND " + kSearchColumns;
     StatementRun run(*this, OrderedStatement(selection, order));
     BindChoice(run, choice);
     return ReadSearch(run, text, rowIds);

@@ -63,7 +63,7 @@ std::string Condition(const SearchTerm& term, size_t direction) {
 }
 
 std::string Selection(const CardSearch& search, const std::string& first) {
-    std::string sql = "SELECT ROWID FROM Cards WHERE " + first;
+    std::string sql = "SELECT ROWID FROM Cards " + first;
     for (const SearchTerm& term : search.Query.GetTerms()) {
         const bool isReverse = term.Direction.value_or(search.Direction) == kReviewReverse;
         const std::string condition = Condition(term, isReverse ? 1 : 0);
@@ -111,7 +111,7 @@ int Database::SearchRowIdsOrder(const CardSearch& search, CardOrder order,
         return IsOpen() ? 0 : -1;
     }
     const Lock lock(mMutex);
-    StatementRun run(*this, OrderedStatement(Selection(search, "1"), order));
+    StatementRun run(*this, OrderedStatement(Selection(search, "WHERE 1"), order));
     return BindSearch(run, search) < 0 ? -1 : ReadInt64Rows(run, rowIds);
 }
 

@@ -125,7 +125,7 @@ TEST_F(StudyDayTest, NewCardsAreCountedInEachCategoryOrInAllAndMoreCanBeHad) {
         // The grant is for today.
         mClock.Advance(86400);
         EXPECT_EQ(Answer(scheduler, 7), 2);
-        // Below another category it still has its own.
+        // A category below another one still has its own.
         mDatabase.UpdateCategory({1, "Default::Other"});
         mCategory.Current = 0;
         mClock.Advance(86400);
