@@ -51,8 +51,13 @@ void CardList::SortBy(const ListOrder& order) {
     mOrder = order;
     WriteListOrder(mOrder);
     ArrangeColumns();
-    mViewWhenSorted = View::kShowsFocus;
+    // The view stays with cards that the user has selected. Without any the focus is nobody's choice.
+    const bool hasSelection = mpListCtrl->GetSelectedItemCount() > 0;
+    mViewWhenSorted = hasSelection ? View::kShowsFocus : View::kBeginsAtTop;
     RefreshRows();
+    if (!hasSelection && !mRowIds.empty()) {
+        mpListCtrl->SetFocusedRow(0);
+    }
     if (mpListCtrl->GetFocusedRow() >= 0) {
         mpListCtrl->EnsureVisible(mpListCtrl->GetFocusedRow());
     }

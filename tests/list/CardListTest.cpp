@@ -280,10 +280,14 @@ TEST_F(CardListTest, ASecondClickOrTheMenuTurnsTheOrderWhichIsKept) {
     Open();
     Sort(1);
     EXPECT_EQ(Column(1), ascending);
+    // Without a selection the list begins at its top.
+    EXPECT_EQ(Cards().GetFocusedRow(), 0);
     EXPECT_TRUE(Cards().IsAscendingSortIndicator());
     Select({1});
+    Cards().SetFocusedRow(1);
     Sort(1);
     EXPECT_EQ(Column(1), descending);
+    EXPECT_EQ(Cards().GetFocusedRow(), 4);
     // Cards of the same front stay in the order of their numbers.
     EXPECT_EQ(Column(0), (Texts{"0", "4", "1", "5", "3", "2"}));
     EXPECT_EQ(Cards().GetSelectedRows(), std::vector<long>{4});
