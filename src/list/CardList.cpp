@@ -105,6 +105,7 @@ CardList::CardList(AppServices& services, wxWindow* parent, const wxSize& size)
 CardList::~CardList() {
     // The stored widths are those of the columns that a new list begins with.
     mSearchAll = false;
+    mChoice = CategoryChoice();
     ArrangeColumns();
     if (mpListCtrl->AreWidthsSet()) {
         WriteColumnWidths(kApplicationName, kSettingCardListColumns, *mpListCtrl);

@@ -215,6 +215,12 @@ TEST_F(CardListTest, ColumnsFillTheListUntilTheUserSetsTheirWidths) {
     Command(BrowseFrame::kSearchAllId);
     Search("x");
     EXPECT_EQ(Headings().back(), "Category");
+    // So does a category with others below it.
+    Command(BrowseFrame::kSearchAllId, false);
+    EXPECT_NE(Headings().back(), "Category");
+    mDatabase.CategoryInsert("Default::Below");
+    mDatabase.Notify();
+    EXPECT_EQ(Headings().back(), "Category");
     Close();
     EXPECT_EQ(ReadStringSetting("CardListColumns"), "35,95,123");
 }
