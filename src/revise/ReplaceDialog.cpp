@@ -291,6 +291,10 @@ void ReplaceDialog::AddScope(wxSizer& column) {
     if (!mSelected.empty()) {
         scopes.Add(wxString::Format(_("Selected cards (%i)"), count(mSelected)));
     }
+    int32_t all = 0;
+    // The store itself reports a failure.
+    mDatabase.CountAllCards(all);
+    scopes.Add(wxString::Format(_("All cards (%i)"), all));
     mpScope = MakeChoice(*this, kScopeId, scopes);
     // One row is selected by chance.
     mpScope->SetSelection(mSelected.size() > 1 ? 1 : 0);
@@ -318,6 +322,18 @@ void ReplaceDialog::WaitForMore() {
     mPause.StartOnce(kPause);
 }
 
+const std::vector<int64_t>& ReplaceDialog::GetScope() {
+    const auto scope = static_cast<unsigned>(mpScope->GetSelection());
+    if (scope + 1 < mpScope->GetCount()) {
+        return scope == 1 ? mSelected : mShown;
+    }
+    if (mAll.empty()) {
+        // The store itself reports a failure.
+        mDatabase.CardSelectRowIdsOrder(CardColumn::kCategory, mAll);
+    }
+    return mAll;
+}
+
 void ReplaceDialog::Search() {
     mPause.Stop();
     mpSearch.reset();
@@ -333,7 +349,7 @@ void ReplaceDialog::Search() {
         ShowFound();
         return;
     }
-    query.RowIds = mpScope->GetSelection() == 1 ? mSelected : mShown;
+    query.RowIds = GetScope();
     ShowStatus(_("Looking..."));
     mpSearch = std::make_unique<ReplacementSearch>(
         mDatabase, std::move(query), [this] { CallAfter(&ReplaceDialog::ShowFound); });

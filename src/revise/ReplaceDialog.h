@@ -55,6 +55,8 @@ class ReplaceDialog : public wxDialog {
     void AddScope(wxSizer& column);
     void AddList(wxSizer& column);
 
+    // Returns the cards to look in.
+    const std::vector<int64_t>& GetScope();
     void WaitForMore();
     void Search();
     void ShowFound();
@@ -68,6 +70,8 @@ class ReplaceDialog : public wxDialog {
     FatalErrorReport& mReport;
     const std::vector<int64_t>& mSelected;
     const std::vector<int64_t>& mShown;
+    // All cards of the store, read when they are first asked for.
+    std::vector<int64_t> mAll;
     wxTextCtrl* mpWanted = nullptr;
     wxTextCtrl* mpReplacement = nullptr;
     wxCheckBox* mpMatchCase = nullptr;

@@ -77,8 +77,11 @@ TEST_F(ReplaceDialogTest, WritesTheTickedCardsAndTellsOfThoseChangedMeanwhile) {
 
 TEST_F(ReplaceDialogTest, LooksInTheSelectedCardsFirst) {
     mSelected = {mShown[1], mShown[2]};
+    Insert(MakeCard("out of sight", "ecole"));
     EXPECT_EQ(Show([this](wxDialog& dialog) {
                   TypeAndWait(dialog, "ecole", "x", "2 cards would change");
+                  Choose(dialog, Id::kScopeId, 2);
+                  TypeAndWait(dialog, "ecole", "x", "5 cards would change");
                   Choose(dialog, Id::kScopeId, 0);
                   TypeAndWait(dialog, "ecoles", "x", "1 card would change");
                   Send(*FindById(dialog, wxID_OK));
