@@ -361,6 +361,8 @@ void CategoryList::OnItemFocused(wxListEvent& event) {
         mFocusMoves = true;
         mpDatabase->Notify();
         mFocusMoves = false;
+        // The window around it hears of the user's choice.
+        event.Skip();
     }
 }
 

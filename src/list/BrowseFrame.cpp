@@ -296,9 +296,12 @@ void BrowseFrame::BindCommands() {
         wxEVT_LIST_ITEM_ACTIVATED,
         [this](wxListEvent&) {
             mpButton->GetPopup()->Dismiss();
+            ShowChosenCategory();
             GiveKeysTo(*mpCardList);
         },
         kCategoryListId);
+    Bind(
+        wxEVT_LIST_ITEM_FOCUSED, [this](wxListEvent&) { ShowChosenCategory(); }, kCategoryListId);
     Bind(
         wxEVT_MENU, [this](wxCommandEvent&) { mpCardList->EditSelected(); }, wxID_OPEN);
     Bind(

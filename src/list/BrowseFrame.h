@@ -132,6 +132,8 @@ class BrowseFrame : public wxFrame, private Observer {
     bool CheckSearch(const wxString& text);
     bool Search(const wxString& text);
     void ClearSearch();
+    void SetSearchAll(bool all);
+    void ShowChosenCategory();
     void ShowCounts();
     void Print();
     void ClosePreview();

@@ -199,6 +199,22 @@ void BrowseFrame::ClearSearch() {
     mpCardList->SetSearch(wxString(), mIsSearchExact);
 }
 
+void BrowseFrame::SetSearchAll(bool all) {
+    const wxBusyCursor busy;
+    mSearchAll = all;
+    mpSearchCtrl->GetMenu()->Check(kSearchAllId, all);
+    mpSearchCtrl->SetDescriptiveText(all ? _("Search in All Categories") : _("Search"));
+    mpCardList->SetSearchAll(all);
+}
+
+// Who chooses a category while all cards of the store are listed wants to see its cards. A search
+// goes on over all categories.
+void BrowseFrame::ShowChosenCategory() {
+    if (mSearchAll && mpSearchCtrl->IsEmpty()) {
+        SetSearchAll(false);
+    }
+}
+
 void BrowseFrame::OnSearchText(wxCommandEvent& event) {
     event.Skip();
     mpSearchCtrl->ShowCancelButton(!mpSearchCtrl->IsEmpty());
@@ -245,10 +261,7 @@ void BrowseFrame::OnRecentSearch(wxCommandEvent& event) {
 }
 
 void BrowseFrame::OnSearchAll(wxCommandEvent& event) {
-    const wxBusyCursor busy;
-    mSearchAll = event.IsChecked();
-    mpSearchCtrl->SetDescriptiveText(mSearchAll ? _("Search in All Categories") : _("Search"));
-    mpCardList->SetSearchAll(mSearchAll);
+    SetSearchAll(event.IsChecked());
     // The pointer had left the keys with the button that opens the menu.
     GiveKeysTo(*mpSearchCtrl);
 }

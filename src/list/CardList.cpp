@@ -165,10 +165,8 @@ void CardList::SetShowCategory(bool show) {
 void CardList::SetSearchAll(bool all) {
     if (all != mSearchAll) {
         mSearchAll = all;
-        if (!mSearch.empty()) {
-            ArrangeColumns();
-            ShowOtherCards();
-        }
+        ArrangeColumns();
+        ShowOtherCards();
     }
 }
 
@@ -283,7 +281,7 @@ bool CardList::ReadRowIds(Extent extent, const std::function<bool()>& isStopped,
                           std::vector<int64_t>& rowIds) {
     const CardOrder order = GetStoreOrder();
     const bool isFirstPage = extent == Extent::kFirstPage && mStoreCount > kManyCards &&
-                             mShowCategory && mSearch.empty();
+                             mShowCategory && !mSearchAll && mSearch.empty();
     if (isFirstPage) {
         // In the order that the store can give at once. The rest comes in the user's order.
         const bool isDescending =
@@ -363,7 +361,9 @@ void CardList::ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds) {
         }
     } else if (mShowCategory) {
         rowIds.reserve(static_cast<size_t>(mStoreCount));
-        const int result = mpDatabase->CardSelectRowIdsOrder(mChoice, order, rowIds);
+        const int result = mSearchAll
+                               ? mpDatabase->CardSelectRowIdsOrder(order, rowIds)
+                               : mpDatabase->CardSelectRowIdsOrder(mChoice, order, rowIds);
         if (result < 0) {
             wxLogError(_("Database::CardSelectRowIdsOrder returned %i"), result);
             rowIds.clear();

@@ -51,7 +51,7 @@ class CardList : public wxPanel, private Observer {
     void CallWhenDrawn(std::function<void()> callback);
     // True takes the rows from the current category, false from searches in the whole store.
     void SetShowCategory(bool show);
-    // True lets a search find cards of all categories. Without a search it changes nothing.
+    // True lets a search find cards of all categories, and an empty search every card.
     void SetSearchAll(bool all);
     // Shows the cards that the words of the text describe (SearchQuery), or in exact mode those
     // that contain it as it stands; an empty text shows all. A word that means nothing finds
@@ -160,12 +160,11 @@ class CardList : public wxPanel, private Observer {
     // Lets a worker find the hardest cards for a search that names them, and refreshes the rows if
     // they are others than before.
     void ReadHardest();
-    bool IsSearchOverAll() const { return mSearchAll && !mSearch.empty(); }
-    // Shows the columns that the user has chosen, as far as they mean something for these rows.
     // Turns to the current category and those below it. Returns true for another than before.
     bool FollowChoice();
     // True while the cards may be of several categories.
-    bool ShowsCategories() const { return IsSearchOverAll() || mChoice.IsMany(); }
+    bool ShowsCategories() const { return mSearchAll || mChoice.IsMany(); }
+    // Shows the columns that the user has chosen, as far as they mean something for these rows.
     void ArrangeColumns();
     void ToggleColumn(ListColumn column);
     wxString NameCategory(int32_t id);

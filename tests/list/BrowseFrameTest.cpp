@@ -94,12 +94,14 @@ TEST_F(BrowseFrameTest, ASearchFindsCardsOfAllCategoriesWhenTheMenuSaysSo) {
     EXPECT_EQ(Column(3), (Texts{"Default", "Other"}));
     SendCommand(CardPanel(), ID_COLUMN_CATEGORY);
     EXPECT_EQ(Headings().back(), "Back");
-    // Without a search the list has the current category alone.
+    // Without a search the list has every card, until the user chooses a category.
     Search("");
-    EXPECT_EQ(Column(1), Texts{"here"});
+    EXPECT_EQ(Column(1), (Texts{"here", "there"}));
+    auto& categories = Find<wxListCtrl>(*mpFrame, BrowseFrame::kCategoryListId);
+    categories.SetItemState(1, wxLIST_STATE_FOCUSED, wxLIST_STATE_FOCUSED);
+    EXPECT_EQ(Column(1), Texts{"there"});
     Search("here");
-    Command(BrowseFrame::kSearchAllId, false);
-    EXPECT_EQ(Column(1), Texts{"here"});
+    EXPECT_EQ(Column(1), Texts{"there"});
 }
 
 TEST_F(BrowseFrameTest, WordsNarrowASearchAndTheMenuWritesThem) {
