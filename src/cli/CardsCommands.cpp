@@ -412,10 +412,11 @@ bool ReadSearch(Database& database, const CardsOptions& options, std::optional<i
     search.Query = options.IsExact ? SearchQuery::Exact(text) : SearchQuery::Words(text);
     search.Direction = options.IsReverse ? kReviewReverse : kReviewForward;
     search.Now = CurrentTime();
-    if (search.Query.Has(CardState::kHard)) {
+    const size_t most = search.Query.CountHardest();
+    if (most > 0) {
         ReviewHistory history;
         const std::atomic<bool> cancelled{false};
-        const ReviewQuery query{category, search.Direction, ReviewSpan::kYear, search.Now};
+        const ReviewQuery query{category, search.Direction, ReviewSpan::kYear, search.Now, most};
         ReadHardestCards(database, query, history, cancelled, search.Hard);
     }
     if (!search.Query.GetProblem().empty()) {

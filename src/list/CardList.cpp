@@ -328,10 +328,11 @@ void CardList::DescribeSearch() {
 }
 
 void CardList::ReadHardest() {
-    if (!mDescribed.Query.Has(CardState::kHard)) {
+    const size_t most = mDescribed.Query.CountHardest();
+    if (most == 0) {
         return;
     }
-    ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now};
+    ReviewQuery query{std::nullopt, mDescribed.Direction, ReviewSpan::kYear, mDescribed.Now, most};
     if (mShowCategory && !mSearchAll) {
         query.Asked = mChoice;
     }

@@ -367,7 +367,7 @@ class FigureMaker {
             return one.Difficulty != other.Difficulty ? one.Difficulty > other.Difficulty
                                                       : one.CardId < other.CardId;
         };
-        const size_t count = std::min(hardest.size(), kMostHardCards);
+        const size_t count = std::min(hardest.size(), mQuery.MostHardest);
         std::partial_sort(hardest.begin(), hardest.begin() + static_cast<std::ptrdiff_t>(count),
                           hardest.end(), isHarder);
         hardest.resize(count);

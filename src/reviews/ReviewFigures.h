@@ -5,6 +5,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -36,6 +37,9 @@ int64_t StartOfDay(int32_t day);
 // Returns noon of a day, which has the day's date in every time zone.
 wxDateTime NoonOfDay(int32_t day);
 
+// The hardest cards that the statistics show.
+constexpr size_t kMostHardCards = 20;
+
 struct ReviewQuery {
     // Empty asks for all categories.
     std::optional<CategoryChoice> Asked;
@@ -44,6 +48,7 @@ struct ReviewQuery {
     ReviewSpan Span = ReviewSpan::kYear;
     // The moment of the question.
     wxDateTime Now;
+    size_t MostHardest = kMostHardCards;
 };
 
 constexpr size_t kForecastDays = 365;
@@ -132,8 +137,6 @@ struct HardCard {
     uint8_t Difficulty = 0;
 };
 
-constexpr size_t kMostHardCards = 20;
-
 // A card that takes too much (kManyLapses) and is still studied in such a direction.
 struct CostlyCard {
     CardUuid CardId;
@@ -180,7 +183,7 @@ struct ReviewFigures {
     std::array<Retention, kTimeRangeCount> ByElapsed;
     std::array<Retention, kTimeRangeCount> ByAge;
     ScheduleFigures Schedules;
-    // Most lapses first, at most kMostHardCards.
+    // Most lapses first, at most ReviewQuery::MostHardest.
     std::vector<HardCard> Hardest;
     // Most lapses first, at most kMostCostlyCards.
     std::vector<CostlyCard> Costly;

@@ -1,6 +1,7 @@
 // Finds the cards that the words of a search describe, in one statement: each word is a condition,
 // and its text or number a bound argument.
 
+#include <algorithm>
 #include <iterator>
 #include <string>
 
@@ -17,6 +18,12 @@ using Kind = SearchTerm::Kind;
 constexpr const char* kFieldColumns[] = {
     "Front,Back,Author,Chapter,Notes", "Front", "Back", "Notes", "Author", "Chapter", "Name"};
 
+// The identities come as one text, whose parts of 36 characters are taken from its front, so that
+// any number of them is one bound argument.
+constexpr const char* kAmongHard =
+    "CardId IN (WITH RECURSIVE Rest(Ids) AS (SELECT ? UNION ALL SELECT substr(Ids,37) FROM Rest"
+    " WHERE length(Ids) > 36) SELECT substr(Ids,1,36) FROM Rest)";
+
 // The condition for each CardState, forward and in reverse. The first two are those
 // of the counts of cards to study.
 constexpr const char* kStates[][2] = {
@@ -27,8 +34,7 @@ constexpr const char* kStates[][2] = {
     {"ForwardX <> 0", "ReverseX <> 0"},
     {"FOLDED(Front) IN (SELECT FOLDED(Front) FROM Cards GROUP BY 1 HAVING count(*) > 1)",
      "FOLDED(Front) IN (SELECT FOLDED(Front) FROM Cards GROUP BY 1 HAVING count(*) > 1)"},
-    {"CardId IN (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)",
-     "CardId IN (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"}};
+    {kAmongHard, kAmongHard}};
 
 constexpr const char* kDue[] = {"ForwardX = 0 AND Introduced = 1 AND NextReview ",
                                 "ReverseX = 0 AND RIntroduced = 1 AND RNextReview "};
@@ -72,13 +78,13 @@ std::string Selection(const CardSearch& search, const std::string& first) {
     return sql;
 }
 
-int BindHard(StatementRun& run, const std::vector<CardUuid>& cards) {
-    int result = 0;
-    for (size_t i = 0; i < CardSearch::kMostHard && result == 0; ++i) {
-        // No card has the empty identity.
-        result = i < cards.size() ? run.Bind(cards[i]) : run.Bind(wxString());
+// Returns the identities of the first cards in a row. No card has the empty identity.
+wxString JoinHard(const std::vector<CardUuid>& cards, int32_t most) {
+    wxString ids;
+    for (size_t i = 0; i < std::min(cards.size(), static_cast<size_t>(most)); ++i) {
+        ids += FormatUuid(cards[i]);
     }
-    return result;
+    return ids;
 }
 
 int BindTerm(StatementRun& run, const SearchTerm& term, const CardSearch& search) {
@@ -89,7 +95,7 @@ int BindTerm(StatementRun& run, const SearchTerm& term, const CardSearch& search
                                   : run.Bind("%" + LowerWide(term.Text) + "%");
         case Kind::kState:
             if (term.State == CardState::kHard) {
-                return BindHard(run, search.Hard);
+                return run.Bind(JoinHard(search.Hard, term.Hardest));
             }
             return term.State == CardState::kDue ? run.Bind(search.Now) : 0;
         case Kind::kDue:

@@ -62,6 +62,7 @@ class WordReader {
     wxString ReadText();
     bool ReadField(const std::u16string& name, SearchTerm& term);
     bool ReadState(const std::u16string& name, SearchTerm& term);
+    bool ReadHardest(const std::u16string& name, SearchTerm& term);
     bool ReadTime(const std::u16string& name, SearchTerm& term);
     bool ReadDirection(const std::u16string& name, SearchTerm& term);
     void ReadSpan(SearchTerm& term);
@@ -146,6 +147,25 @@ bool WordReader::ReadState(const std::u16string& name, SearchTerm& term) {
     return true;
 }
 
+bool WordReader::ReadHardest(const std::u16string& name, SearchTerm& term) {
+    if (name != u"hard" || !Take(':')) {
+        return false;
+    }
+    term.What = Kind::kState;
+    term.State = CardState::kHard;
+    const wxString word = ReadText();
+    const std::u16string folded = FoldText(word);
+    const bool isNumber =
+        ParseWholeNumber(wxString(std::wstring(folded.begin(), folded.end())), term.Hardest);
+    if (!isNumber || term.Hardest < 1 || term.Hardest > SearchQuery::kMostHardest) {
+        mProblem = wxString::Format(
+            _("\"hard:%s\" is no number of cards. After \"hard:\" stands a whole number from 1 to "
+              "%i."),
+            word, int{SearchQuery::kMostHardest});
+    }
+    return true;
+}
+
 bool WordReader::ReadTime(const std::u16string& name, SearchTerm& term) {
     const bool isInterval = name == u"interval";
     if (!isInterval && name != u"due") {
@@ -187,12 +207,12 @@ bool WordReader::ReadDirection(const std::u16string& name, SearchTerm& term) {
         return false;
     }
     const std::u16string word = ReadName();
-    if (!ReadState(word, term) && !ReadTime(word, term)) {
+    if (!ReadState(word, term) && !ReadHardest(word, term) && !ReadTime(word, term)) {
         return false;
     }
     term.Direction = isForward ? kReviewForward : kReviewReverse;
     if (term.What == Kind::kState && term.State == CardState::kHard) {
-        mProblem = _("\"is:hard\" can only be asked of the direction that you study.");
+        mProblem = _("The hardest cards can only be asked of the direction that you study.");
     }
     return true;
 }
@@ -209,8 +229,8 @@ bool WordReader::Next(SearchTerm& term) {
     const size_t begin = term.IsExcluded ? mAt : term.Begin;
     mAt = begin;
     const std::u16string name = ReadName();
-    if (!ReadField(name, term) && !ReadState(name, term) && !ReadTime(name, term) &&
-        !ReadDirection(name, term)) {
+    if (!ReadField(name, term) && !ReadState(name, term) && !ReadHardest(name, term) &&
+        !ReadTime(name, term) && !ReadDirection(name, term)) {
         mAt = begin;
         term.Text = ReadText();
     }
@@ -260,10 +280,14 @@ SearchQuery SearchQuery::Words(const wxString& text) {
     return query;
 }
 
-bool SearchQuery::Has(CardState state) const {
-    return std::any_of(mTerms.begin(), mTerms.end(), [state](const SearchTerm& term) {
-        return term.What == Kind::kState && term.State == state;
-    });
+size_t SearchQuery::CountHardest() const {
+    size_t most = 0;
+    for (const SearchTerm& term : mTerms) {
+        if (term.What == Kind::kState && term.State == CardState::kHard) {
+            most = std::max(most, static_cast<size_t>(term.Hardest));
+        }
+    }
+    return most;
 }
 
 bool SearchQuery::Requires(CardState state) const {

@@ -34,6 +34,8 @@ struct SearchTerm {
     Field In = Field::kAny;
     wxString Text;
     CardState State = CardState::kDue;
+    // How many of the hardest cards kHard stands for.
+    int32_t Hardest = 20;
     // The direction that a state or a time is asked of; none for that of the study.
     std::optional<ReviewDirection> Direction;
     // "<", ">", "<=" or ">=".
@@ -50,6 +52,7 @@ struct SearchTerm {
 //     word   := text                      in any field
 //             | field ":" text            front, back, notes, category, author or chapter
 //             | [direction] "is:" state   due, new, failed, excluded, duplicate or hard
+//             | "hard:" number            as is:hard, but so many of the hardest cards and not 20
 //             | [direction] ("due" | "interval") ("<" | ">" | "<=" | ">=") number [unit]
 //     direction := "forward:" | "reverse:"   instead of that of the study
 //     text   := characters without a blank | '"' characters '"'
@@ -65,6 +68,7 @@ class SearchQuery {
   public:
     static constexpr size_t kMostCharacters = 1000;
     static constexpr size_t kMostWords = 40;
+    static constexpr int32_t kMostHardest = 1000;
 
     // Finds every card.
     SearchQuery() = default;
@@ -84,8 +88,8 @@ class SearchQuery {
     // Returns a sentence that says which word is wrong; empty when none is.
     const wxString& GetProblem() const { return mProblem; }
 
-    // Returns whether a word asks for the state, without a minus or with one.
-    bool Has(CardState state) const;
+    // Returns how many of the hardest cards the words ask for, without a minus or with one.
+    size_t CountHardest() const;
     bool Requires(CardState state) const;
     // Returns the text with a word that requires the state, or without such words.
     wxString WithState(CardState state, bool required) const;
@@ -105,9 +109,9 @@ struct CardSearch {
     SearchQuery Query;
     ReviewDirection Direction = kReviewForward;
     wxDateTime Now;
-    // The cards that is:hard finds; of more than kMostHard only the first ones.
+    // The hardest cards, the hardest one first: Query.CountHardest(), or fewer where there are no
+    // more.
     std::vector<CardUuid> Hard;
-    static constexpr size_t kMostHard = 20;
 };
 
 // Returns the pattern that RESEMBLES compares texts with: the folded text, which may stand

@@ -203,6 +203,7 @@ TEST_F(ReviewFiguresTest, AgreeWithASlowCount) {
         query.Directions = i / 4 % 3 + 1;
         query.Span = static_cast<ReviewSpan>(i / 12 == 2 ? 3 : i / 12 * 2);
         query.Now = At(kNow);
+        query.MostHardest = i % 2 == 0 ? 3 : kMostHardCards;
         ReviewFigures figures;
         ASSERT_EQ(ReadReviewFigures(mDatabase, query, history, cancelled, figures), 0);
         EXPECT_EQ(figures.Log.Reviews, static_cast<int64_t>(mReviews.size()));
@@ -216,7 +217,7 @@ TEST_F(ReviewFiguresTest, AgreeWithASlowCount) {
             }
         }
         std::sort(lapses.rbegin(), lapses.rend());
-        lapses.resize(std::min(lapses.size(), kMostHardCards));
+        lapses.resize(std::min(lapses.size(), query.MostHardest));
         std::vector<int> found;
         for (const HardCard& card : figures.Hardest) {
             found.push_back(card.Lapses);

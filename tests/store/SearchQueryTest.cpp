@@ -115,6 +115,9 @@ TEST_F(SearchQueryTest, EveryWordMustBeFoundAndNamesNarrow) {
         {L"is:duplicate", "23", "23"},
         {L"is:hard", "23", "23"},
         {L"-is:hard", "14", "14"},
+        {L"hard:1", "2", "2"},
+        {L"is:hard -HARD:\uff11", "3", "3"},
+        {L"hard:1000", "23", "23"},
         {L"-is:new -is:due", "23", "3"},
         {L"due<0", "1", "2"},
         {L"due<7d", "1", "23"},
@@ -151,7 +154,8 @@ TEST_F(SearchQueryTest, EveryWordMustBeFoundAndNamesNarrow) {
 TEST_F(SearchQueryTest, AWordThatCannotMeanAnythingIsAProblem) {
     for (const wchar_t* const text :
          {L"is:", L"is:done", L"due<", L"due<xyz", L"house due>7q", L"interval<d", L"front:",
-          L"-category:\"\"", L"reverse:is:done", L"forward:is:hard"}) {
+          L"-category:\"\"", L"reverse:is:done", L"forward:is:hard", L"reverse:hard:5",
+          L"hard:", L"hard:0", L"hard:1001", L"hard:-1", L"hard:many"}) {
         const SearchQuery query = SearchQuery::Words(text);
         EXPECT_FALSE(query.GetProblem().empty()) << wxString(text);
         EXPECT_TRUE(query.GetTerms().empty()) << wxString(text);
@@ -174,7 +178,8 @@ TEST_F(SearchQueryTest, ATickPutsTheWordOfAStateInAndTakesItOut) {
     EXPECT_EQ(text("is:new", false), "");
     EXPECT_EQ(text("reverse:is:new is:new", false), "reverse:is:new");
     EXPECT_EQ(text("a IS:NEW -is:new b is:new", false), "a  -is:new b");
-    EXPECT_TRUE(SearchQuery::Words("-is:new").Has(CardState::kNew));
     EXPECT_FALSE(SearchQuery::Words("-is:new").Requires(CardState::kNew));
-    EXPECT_FALSE(SearchQuery::Words("\"is:new\"").Has(CardState::kNew));
+    // So many of the hardest cards have to be known before the search.
+    EXPECT_EQ(SearchQuery::Words("\"is:hard\" is:new").CountHardest(), 0U);
+    EXPECT_EQ(SearchQuery::Words("hard:7 -is:hard").CountHardest(), 20U);
 }
