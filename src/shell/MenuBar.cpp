@@ -252,9 +252,9 @@ wxMenuBar* BuildMenuBar() {
     auto bar = std::make_unique<wxMenuBar>();
     bar->Append(BuildMenu(kFileRows).release(), _("&File"));
     bar->Append(BuildMenu(kEditRows).release(), _("&Edit"));
-    bar->Append(BuildMenu(kViewRows).release(), _("View"));
+    bar->Append(BuildMenu(kViewRows).release(), _("&View"));
     bar->Append(BuildMenu(kToolsRows).release(), _("&Tools"));
-    bar->Append(BuildMenu(kWindowRows).release(), _("Window"));
+    bar->Append(BuildMenu(kWindowRows).release(), _("&Window"));
     bar->Append(BuildMenu(kHelpRows).release(), _("&Help"));
     return bar.release();
 }

@@ -63,7 +63,10 @@ TEST_F(MenuBarTest, AKeyOfTheMenuBarMeansOneCommandAndAMarkedLetterOneEntryOfIts
         InitFrame(*frame, "topic");
         AddStudyEntries(*frame->GetMenuBar());
         std::map<wxString, std::set<int>> keys;
+        std::set<wxString> titles;
         for (size_t i = 0; i < frame->GetMenuBar()->GetMenuCount(); ++i) {
+            const wxString title = frame->GetMenuBar()->GetMenuLabel(i);
+            EXPECT_TRUE(titles.insert(title.AfterFirst('&').Left(1).Lower()).second) << title;
             std::set<wxString> letters;
             ForEachEntry(*frame->GetMenuBar()->GetMenu(i), [&](const wxMenuItem& item) {
                 const wxString label = item.GetItemLabel();
@@ -74,6 +77,7 @@ TEST_F(MenuBarTest, AKeyOfTheMenuBarMeansOneCommandAndAMarkedLetterOneEntryOfIts
                 EXPECT_TRUE(letter.empty() || letters.insert(letter).second) << label;
             });
         }
+        EXPECT_EQ(titles.count(wxString()), 0U) << name;
         EXPECT_GT(keys.size(), 20U);
         for (const auto& [key, ids] : keys) {
             EXPECT_EQ(ids.size(), 1U) << key;
