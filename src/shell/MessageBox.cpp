@@ -27,7 +27,7 @@ int ShowMessageBox(const wxString& text, const wxString& caption, long style, wx
 }
 
 wxString AboutCards(int count) {
-    return wxString::Format("\n" + wxPLURAL("This is about %i card.", "This is about %i cards.",
+    return wxString::Format("\n" + wxPLURAL("It concerns %i card.", "It concerns %i cards.",
                                             static_cast<unsigned>(count)),
                             count);
 }

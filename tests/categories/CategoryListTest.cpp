@@ -180,7 +180,7 @@ TEST_F(CategoryListTest, OnlyAnEmptyCategoryThatIsNotTheLastOneIsDeleted) {
     EXPECT_EQ(Rows()[1], "Full (1/0)");
     EXPECT_EQ(remove(wxID_OK),
               "Cannot delete category \"Full\" because there are flash cards in it\n"
-              "This is about 1 card.");
+              "It concerns 1 card.");
     Choose(2);
     EXPECT_EQ(remove(wxID_CANCEL), "Do you really want to delete the selected category?");
     EXPECT_EQ(Rows(), (Texts{"Default", "Full (1/0)", "Last"}));
