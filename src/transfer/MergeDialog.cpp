@@ -53,9 +53,11 @@ wxString DescribeSchedule(const CardSchedule& schedule) {
                             unsigned{schedule.Difficulty});
 }
 
-// Returns what differs between two cards in fields without a column, one a line.
+// Returns what differs between two versions in fields without a column, one a line, and which of two
+// schedules the merged version gets.
 wxString DescribeOthers(const FlashCard& stored, const FlashCard& imported,
-                        const wxString& storedCategory, const wxString& importedCategory) {
+                        const FlashCard& suggested, bool isImport, const wxString& storedCategory,
+                        const wxString& importedCategory) {
     wxString text;
     const auto add = [&text](const wxString& name, const wxString& before, const wxString& after) {
         if (before != after) {
@@ -66,10 +68,18 @@ wxString DescribeOthers(const FlashCard& stored, const FlashCard& imported,
     add(_("Category"), storedCategory, importedCategory);
     add(_("Chapter"), stored.Chapter, imported.Chapter);
     add(_("Notes"), stored.Notes, imported.Notes);
-    add(_("Forward schedule"), DescribeSchedule(stored.Forward),
-        DescribeSchedule(imported.Forward));
-    add(_("Reverse schedule"), DescribeSchedule(stored.Reverse),
-        DescribeSchedule(imported.Reverse));
+    for (const ReviewDirection direction : kEachDirection) {
+        const wxString before = DescribeSchedule(ScheduleOf(stored, direction));
+        const wxString after = DescribeSchedule(ScheduleOf(imported, direction));
+        add(direction == kReviewForward ? _("Forward schedule") : _("Reverse schedule"), before,
+            after);
+        if (before != after) {
+            const bool isFirst = DescribeSchedule(ScheduleOf(suggested, direction)) == before;
+            text += "\n" + (isImport  ? _("The merged version gets the schedule of the import.")
+                            : isFirst ? _("The merged card gets the schedule of the first card.")
+                                      : _("The merged card gets the schedule of the second card."));
+        }
+    }
     return text;
 }
 
@@ -113,7 +123,8 @@ MergeDialog::MergeDialog(wxWindow* parent, Purpose purpose, const FlashCard& dat
       mSuggestedCard(suggested) {
     CreateControls();
     AddOthers(*GetSizer()->GetItem(size_t{0})->GetSizer(),
-              DescribeOthers(mDatabaseCard, mImportedCard, databaseCategory, importedCategory));
+              DescribeOthers(mDatabaseCard, mImportedCard, mSuggestedCard,
+                             purpose == Purpose::kImport, databaseCategory, importedCategory));
     FitScreen();
     FillColumn(mDatabase, mDatabaseCard);
     FillColumn(mImported, mImportedCard);

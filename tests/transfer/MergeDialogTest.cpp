@@ -75,7 +75,17 @@ TEST_F(MergeDialogTest, TellsWhatElseDiffers) {
               wxString(L"Category: Old \u2192 New\nNotes: stored notes \u2192 imported notes\n"
                        L"Forward schedule: not introduced \u2192 reviewed ") +
                   FormatDate(mImported.Forward.LastReview, "%d %b %Y") +
-                  L", interval 3.00 days, difficulty 16");
+                  L", interval 3.00 days, difficulty 16\n"
+                  L"The merged version gets the schedule of the import.");
+    // Two cards of the store become one with the later review of each direction.
+    mStored.Reverse = mImported.Forward;
+    FlashCard merged = mImported;
+    merged.Reverse = mStored.Reverse;
+    MergeDialog two(nullptr, mStored, mImported, merged, "", "");
+    const wxString others = Find<wxTextCtrl>(two, MergeDialog::kOthersId).GetValue();
+    EXPECT_THAT(others.utf8_string(),
+                testing::ContainsRegex("Forward [^\n]*\nThe merged .* of the second card[.]\n"
+                                       "Reverse [^\n]*\nThe merged .* of the first card[.]"));
     mImported = mStored;
     mImported.Back = "other";
     EXPECT_EQ(MergeDialog(nullptr, mStored, mImported).FindWindow(MergeDialog::kOthersId), nullptr);
