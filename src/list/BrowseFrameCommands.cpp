@@ -7,6 +7,7 @@
 #include "categories/CategoryList.h"
 #include "categories/DropDown.h"
 #include "list/PrintCards.h"
+#include "list/SearchWords.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/MessageBox.h"
@@ -65,8 +66,9 @@ void BrowseFrame::Print() {
     if (rowIds.size() < 2) {
         rowIds = mpCardList->GetRowIds();
     }
-    const wxString search = mpSearchCtrl->GetValue();
-    const wxString heading = mSearchAll && !search.empty() ? search : mpButton->GetLabelText();
+    const wxString search = SearchInWords(mpCardList->GetSearch());
+    const wxString heading = (mSearchAll ? _("All Categories") : mpButton->GetLabelText()) +
+                             (search.empty() ? wxString() : L" \u2013 " + search);
     mpPreview = PrintCards(*this, *mpDatabase, rowIds, heading);
 }
 

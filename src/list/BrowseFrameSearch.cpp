@@ -13,6 +13,7 @@
 
 #include "base/Text.h"
 #include "categories/DropDown.h"
+#include "list/SearchWords.h"
 #include "shell/Settings.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
@@ -32,11 +33,6 @@ constexpr int kSearchCharacters = 30;
 constexpr int kTypingPause = 200;
 // A search that takes no longer is not broken off.
 constexpr int kShortSearch = 50;
-
-// What the menu of the search calls each CardState.
-constexpr const char* kStateNames[] = {wxTRANSLATE("Due Cards"),    wxTRANSLATE("New Cards"),
-                                       wxTRANSLATE("Failed Cards"), wxTRANSLATE("Excluded Cards"),
-                                       wxTRANSLATE("Same Fronts"),  wxTRANSLATE("Hardest Cards")};
 
 const wxString& OldestSearch() {
     static const wxString text(L"\u65e5\u672c\u8a9e");
@@ -146,9 +142,8 @@ void BrowseFrame::RebuildSearchMenu() {
         menu->Append(id++, wxControl::EscapeMnemonics(ShownName(text)));
     }
     menu->AppendSeparator();
-    id = kFirstStateId;
-    for (const char* const name : kStateNames) {
-        menu->AppendCheckItem(id++, wxGetTranslation(name));
+    for (id = kFirstStateId; id <= kLastStateId; ++id) {
+        menu->AppendCheckItem(id, NameOfState(static_cast<CardState>(id - kFirstStateId)));
     }
     menu->AppendSeparator();
     menu->AppendCheckItem(kExactSearchId, _("Exact Search"));

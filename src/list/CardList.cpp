@@ -362,9 +362,8 @@ void CardList::ReadRowIds(CardOrder order, std::vector<int64_t>& rowIds) {
         }
     } else if (mShowCategory) {
         rowIds.reserve(static_cast<size_t>(mStoreCount));
-        const int result = mSearchAll
-                               ? mpDatabase->CardSelectRowIdsOrder(order, rowIds)
-                               : mpDatabase->CardSelectRowIdsOrder(mChoice, order, rowIds);
+        const int result = mSearchAll ? mpDatabase->CardSelectRowIdsOrder(order, rowIds)
+                                      : mpDatabase->CardSelectRowIdsOrder(mChoice, order, rowIds);
         if (result < 0) {
             wxLogError(_("Database::CardSelectRowIdsOrder returned %i"), result);
             rowIds.clear();

@@ -60,6 +60,8 @@ class CardList : public wxPanel, private Observer {
     // The same, unless the function, which is asked every few milliseconds, returns true before the
     // cards are found. Then nothing changes and the result is false.
     bool TrySearch(const wxString& text, bool isExact, const std::function<bool()>& isStopped);
+    // Returns the search whose cards are shown.
+    const SearchQuery& GetSearch() const { return mDescribed.Query; }
 
     // Sorts the rows and keeps the order for the next start.
     void SortBy(const ListOrder& order);

@@ -51,7 +51,8 @@ void CardList::SortBy(const ListOrder& order) {
     mOrder = order;
     WriteListOrder(mOrder);
     ArrangeColumns();
-    // The view stays with cards that the user has selected. Without any the focus is nobody's choice.
+    // The view stays with cards that the user has selected. Without any the focus is nobody's
+    // choice.
     const bool hasSelection = mpListCtrl->GetSelectedItemCount() > 0;
     mViewWhenSorted = hasSelection ? View::kShowsFocus : View::kBeginsAtTop;
     RefreshRows();

@@ -53,8 +53,8 @@ wxString DescribeSchedule(const CardSchedule& schedule) {
                             unsigned{schedule.Difficulty});
 }
 
-// Returns what differs between two versions in fields without a column, one a line, and which of two
-// schedules the merged version gets.
+// Returns what differs between two versions in fields without a column, one a line, and which of
+// two schedules the merged version gets.
 wxString DescribeOthers(const FlashCard& stored, const FlashCard& imported,
                         const FlashCard& suggested, bool isImport, const wxString& storedCategory,
                         const wxString& importedCategory) {

@@ -154,8 +154,8 @@ TEST_F(SearchQueryTest, EveryWordMustBeFoundAndNamesNarrow) {
 TEST_F(SearchQueryTest, AWordThatCannotMeanAnythingIsAProblem) {
     for (const wchar_t* const text :
          {L"is:", L"is:done", L"due<", L"due<xyz", L"house due>7q", L"interval<d", L"front:",
-          L"-category:\"\"", L"reverse:is:done", L"forward:is:hard", L"reverse:hard:5",
-          L"hard:", L"hard:0", L"hard:1001", L"hard:-1", L"hard:many"}) {
+          L"-category:\"\"", L"reverse:is:done", L"forward:is:hard", L"reverse:hard:5", L"hard:",
+          L"hard:0", L"hard:1001", L"hard:-1", L"hard:many"}) {
         const SearchQuery query = SearchQuery::Words(text);
         EXPECT_FALSE(query.GetProblem().empty()) << wxString(text);
         EXPECT_TRUE(query.GetTerms().empty()) << wxString(text);
