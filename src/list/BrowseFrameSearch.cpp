@@ -202,8 +202,8 @@ void BrowseFrame::SetSearchAll(bool all) {
     mpCardList->SetSearchAll(all);
 }
 
-// Who chooses a category while all cards of the store are listed wants to see its cards. A search
-// goes on over all categories.
+// Lists the cards of the chosen category instead of every card of the store. A search goes on over
+// all categories.
 void BrowseFrame::ShowChosenCategory() {
     if (mSearchAll && mpSearchCtrl->IsEmpty()) {
         SetSearchAll(false);

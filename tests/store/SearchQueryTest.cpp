@@ -179,7 +179,7 @@ TEST_F(SearchQueryTest, ATickPutsTheWordOfAStateInAndTakesItOut) {
     EXPECT_EQ(text("reverse:is:new is:new", false), "reverse:is:new");
     EXPECT_EQ(text("a IS:NEW -is:new b is:new", false), "a  -is:new b");
     EXPECT_FALSE(SearchQuery::Words("-is:new").Requires(CardState::kNew));
-    // So many of the hardest cards have to be known before the search.
+    // The hardest cards have to be known before the search, as many as its words ask for.
     EXPECT_EQ(SearchQuery::Words("\"is:hard\" is:new").CountHardest(), 0U);
     EXPECT_EQ(SearchQuery::Words("hard:7 -is:hard").CountHardest(), 20U);
 }
