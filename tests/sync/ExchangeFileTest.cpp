@@ -1,0 +1,3 @@
+#include "sync/ExchangeFile.h"
+
+#include "support/StoreFixture.h"

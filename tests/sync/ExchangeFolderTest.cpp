@@ -1,0 +1,3 @@
+#include "sync/ExchangeFolder.h"
+
+#include "support/StoreFixture.h"
