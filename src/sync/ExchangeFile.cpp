@@ -65,21 +65,8 @@ uint8_t ByteOf(char character) {
     return static_cast<uint8_t>(character);
 }
 
-std::string HexOf(uint64_t value) {
-    char text[17];
-    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(value));
-    return text;
-}
-
-bool ParseHex(std::string_view text, uint64_t& value) {
-    const char* const end = text.data() + text.size();
-    return text.size() == 16 &&
-           text.find_first_not_of("0123456789abcdef") == std::string_view::npos &&
-           std::from_chars(text.data(), end, value, 16).ptr == end;
-}
-
 bool ParseMachine(std::string_view text, uint64_t& machine) {
-    return ParseHex(text, machine) && machine != 0;
+    return ParseHexText(text, machine) && machine != 0;
 }
 
 bool ParseCount(std::string_view text, int64_t& value) {
@@ -100,6 +87,19 @@ std::string CutName(std::string name) {
 }
 
 }  // namespace
+
+std::string HexText(uint64_t value) {
+    char text[17];
+    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(value));
+    return text;
+}
+
+bool ParseHexText(std::string_view text, uint64_t& value) {
+    const char* const end = text.data() + text.size();
+    return text.size() == 16 &&
+           text.find_first_not_of("0123456789abcdef") == std::string_view::npos &&
+           std::from_chars(text.data(), end, value, 16).ptr == end;
+}
 
 void ExchangeChecksum::Add(std::string_view bytes) {
     const char* next = bytes.data();
@@ -146,7 +146,7 @@ ExchangeWriter::ExchangeWriter(const ExchangeHeader& header, ExchangeSink sink)
     mBytes.reserve(kBlock + kBlock / 4);
     add({std::string(kMark.substr(0, kMark.size() - 1)), "1"});
     add({"kind", header.IsWhole ? "whole" : "changes"});
-    add({"machine", HexOf(header.Machine)});
+    add({"machine", HexText(header.Machine)});
     add({"name", CutName(header.Name)});
     add({"number", std::to_string(header.Number)});
     add({"time", std::to_string(header.Time)});
@@ -154,7 +154,7 @@ ExchangeWriter::ExchangeWriter(const ExchangeHeader& header, ExchangeSink sink)
                   header.Taken.size() <= kMostMachines;
     for (const auto& [machine, number] : header.Taken) {
         isGood = isGood && machine != 0 && number >= 0;
-        add({"taken", HexOf(machine), std::to_string(number)});
+        add({"taken", HexText(machine), std::to_string(number)});
     }
     mBytes += '\n';
     if (!isGood) {
@@ -226,7 +226,8 @@ void ExchangeWriter::Fail(int error) {
 
 int ExchangeWriter::Finish() {
     Flush();
-    const ExchangeRecord last = {std::string(kEnd), std::to_string(mCount), HexOf(mChecksum.Get())};
+    const ExchangeRecord last = {std::string(kEnd), std::to_string(mCount),
+                                 HexText(mChecksum.Get())};
     AddLine(last);
     Flush();
     return mError;
@@ -271,6 +272,9 @@ class LineSource {
             if (found != nullptr) {
                 begin = mBuffer.data() + mNext;
                 end = static_cast<char*>(found) + 1;
+                if (static_cast<size_t>(end - begin) > kLongestExchangeLine + 1) {
+                    return LineResult::kTooLong;
+                }
                 mNext = static_cast<size_t>(end - mBuffer.data());
                 return LineResult::kLine;
             }
@@ -313,6 +317,9 @@ bool SplitLine(char* begin, const char* end, ExchangeFields& fields) {
                 *out++ = *next;
                 break;
             case kTab:
+                if (fields.size() + 1 == kMostExchangeFields) {
+                    return false;
+                }
                 fields.emplace_back(field, static_cast<size_t>(out - field));
                 field = ++out;
                 break;
@@ -332,7 +339,7 @@ bool SplitLine(char* begin, const char* end, ExchangeFields& fields) {
         }
     }
     fields.emplace_back(field, static_cast<size_t>(out - field));
-    return fields.size() <= kMostExchangeFields;
+    return true;
 }
 
 // Reads one file from its begin to its end.
@@ -346,6 +353,8 @@ class Reader {
     FileState ReadRecords(const ExchangeVisit* visit, ExchangeSurvey& survey);
 
     int GetError() const { return mLines.GetError(); }
+    // The visit wanted no more.
+    bool IsStopped() const { return mIsStopped; }
 
   private:
     FileState ReadMark(bool looksLikeOurs);
@@ -358,6 +367,7 @@ class Reader {
     ExchangeFields mFields;
     // The keys of a header that must be there once.
     std::array<int, 5> mSeen{};
+    bool mIsStopped = false;
 };
 
 FileState Reader::NextLine(char*& begin, char*& end) {
@@ -473,7 +483,8 @@ FileState Reader::ReadRecords(const ExchangeVisit* visit, ExchangeSurvey& survey
             return state;
         }
         const std::string_view text(line, static_cast<size_t>(end - line));
-        const bool isEnd = text.substr(0, kEnd.size() + 1) == "end\t";
+        const bool isEnd = text.substr(0, kEnd.size()) == kEnd &&
+                           (text[kEnd.size()] == '\t' || text[kEnd.size()] == '\n');
         if (!isEnd) {
             mChecksum.Add(text);
         }
@@ -486,6 +497,7 @@ FileState Reader::ReadRecords(const ExchangeVisit* visit, ExchangeSurvey& survey
         }
         ++survey.Records;
         if (visit != nullptr && !(*visit)(mFields)) {
+            mIsStopped = true;
             return FileState::kWhole;
         }
     }
@@ -496,7 +508,7 @@ FileState Reader::ReadEnd(const ExchangeSurvey& survey) {
     int64_t records = 0;
     uint64_t checksum = 0;
     if (mFields.size() != 3 || !ParseCount(mFields[1], records) ||
-        !ParseHex(mFields[2], checksum) || records != survey.Records ||
+        !ParseHexText(mFields[2], checksum) || records != survey.Records ||
         checksum != survey.Checksum) {
         return FileState::kDamaged;
     }
@@ -528,7 +540,7 @@ FileState ReadLastLine(int file, ExchangeSurvey& survey) {
     ExchangeFields fields;
     const bool isGood = SplitLine(bytes + place + 1, bytes + count - 1, fields) &&
                         fields.size() == 3 && ParseCount(fields[1], survey.Records) &&
-                        ParseHex(fields[2], survey.Checksum);
+                        ParseHexText(fields[2], survey.Checksum);
     return isGood ? FileState::kWhole : FileState::kDamaged;
 }
 
@@ -571,6 +583,9 @@ ExchangeSurvey SurveyExchangeFile(int file, bool looksLikeOurs,
     if (survey.State == FileState::kWhole) {
         survey.State = !isWanted || isWanted(survey.Header) ? reader.ReadRecords(nullptr, survey)
                                                             : ReadLastLine(file, survey);
+    } else {
+        // Half a header would be that of another file.
+        survey.Header = {};
     }
     if (survey.State == FileState::kUnreadable && survey.Error == 0) {
         survey.Error = reader.GetError();
@@ -593,6 +608,11 @@ FileState ReadExchangeFile(const std::filesystem::path& path, ExchangeHeader& he
     }
     Reader reader(file.Get(), cancelled);
     ExchangeSurvey again;
-    const FileState state = reader.ReadHeader(looksLikeOurs, again.Header);
-    return state == FileState::kWhole ? reader.ReadRecords(visit, again) : state;
+    survey.State = reader.ReadHeader(looksLikeOurs, again.Header);
+    if (survey.State == FileState::kWhole) {
+        survey.State = reader.ReadRecords(visit, again);
+    }
+    const bool isOther = survey.State == FileState::kWhole && !reader.IsStopped() &&
+                         again.Checksum != survey.Checksum;
+    return isOther ? FileState::kDamaged : survey.State;
 }

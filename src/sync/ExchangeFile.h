@@ -41,6 +41,11 @@ struct ExchangeHeader {
     std::map<uint64_t, int64_t> Taken;
 };
 
+// A machine's number as files have it: 16 digits, lower case. The second returns false, with value
+// unchanged, for anything else.
+std::string HexText(uint64_t value);
+bool ParseHexText(std::string_view text, uint64_t& value);
+
 // Takes the next bytes of a file, and returns 0 or the system's number of an error.
 using ExchangeSink = std::function<int(std::string_view)>;
 // Returns a sink that grows a text, or one that writes to an open file. Both must outlive it.

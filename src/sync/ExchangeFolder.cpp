@@ -8,8 +8,6 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
-#include <cstdlib>
-#include <ctime>
 #include <memory>
 #include <tuple>
 
@@ -23,12 +21,6 @@ auto TupleOf(const ExchangeFileId& id) {
     return std::tie(id.Machine, id.Number, id.IsWhole);
 }
 
-std::string HexOf(uint64_t value) {
-    char text[17];
-    std::snprintf(text, sizeof text, "%016" PRIx64, value);
-    return text;
-}
-
 bool IsSameFile(const struct stat& one, const struct stat& other) {
     const auto isSame = [](const timespec& first, const timespec& second) {
         return first.tv_sec == second.tv_sec && first.tv_nsec == second.tv_nsec;
@@ -36,12 +28,6 @@ bool IsSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino &&
            one.st_size == other.st_size && isSame(one.st_mtim, other.st_mtim) &&
            isSame(one.st_ctim, other.st_ctim);
-}
-
-// A file that changed a moment ago may change once more within one tick of the clock that files get
-// their times from.
-bool IsFresh(const struct stat& status) {
-    return std::abs(std::time(nullptr) - status.st_ctim.tv_sec) < 2;
 }
 
 FileDescriptor OpenFolder(const std::filesystem::path& path, int& error) {
@@ -123,7 +109,7 @@ ExchangeFileId IdOf(const ExchangeHeader& header) {
 std::string ExchangeFileName(const ExchangeFileId& id) {
     char number[24];
     std::snprintf(number, sizeof number, "%010" PRId64, id.Number);
-    return "velomind-" + HexOf(id.Machine) + '-' + number + (id.IsWhole ? ".whole" : ".changes");
+    return "velomind-" + HexText(id.Machine) + '-' + number + (id.IsWhole ? ".whole" : ".changes");
 }
 
 int ExchangeFolder::List(std::vector<FoundFile>& files,
@@ -170,7 +156,9 @@ int ExchangeFolder::Scan(std::vector<FoundFile>& files,
             files.clear();
             return ECANCELED;
         }
-        if (file.State != FileState::kUnreadable && !IsFresh(status)) {
+        // A file under way may be finished within one tick of the clock that files get their times
+        // from, so only whole ones are remembered.
+        if (file.State == FileState::kWhole) {
             known.emplace(name, Known{status, file});
         }
         if (file.State != FileState::kForeign) {
@@ -238,7 +226,7 @@ int ExchangeFolder::PutBy(const ExchangeFileId& id, const std::function<int(int)
         return error;
     }
     // One name for all, so that no more than one is left by kills.
-    const std::string aside = ".velomind-" + HexOf(id.Machine) + ".tmp";
+    const std::string aside = ".velomind-" + HexText(id.Machine) + ".tmp";
     const std::string name = ExchangeFileName(id);
     ::unlinkat(folder.Get(), aside.c_str(), 0);
     FileDescriptor target(::openat(folder.Get(), aside.c_str(),

@@ -39,7 +39,7 @@ struct FoundFile : ExchangeSurvey {
 // The folder that somebody else carries between the computers. Each machine puts files of its own
 // there, which it never changes, and takes those away again. Names are not trusted, links not
 // followed, sub-directories and hidden names not looked at. Belongs to one thread. A program that
-// goes on keeps the object: it remembers what it read of files that have not changed since.
+// goes on keeps the object: it remembers what it read of whole files that have not changed since.
 class ExchangeFolder {
   public:
     explicit ExchangeFolder(std::filesystem::path path) : mPath(std::move(path)) {}
