@@ -243,7 +243,7 @@ TEST_F(ExchangeFolderTest, AFolderThatIsGoneOrFullOrForReadingOnlyIsTold) {
     EXPECT_EQ(mFolder.List(files, {}, &cancelled), ECANCELED);
 }
 
-// Whatever a service does, a file that is listed as whole is the one that its machine wrote, and at
+// A file that is listed as whole is the one that its machine wrote, whatever a service does, and at
 // the end all of them are everywhere.
 TEST_F(ExchangeFolderTest, FilesComeWholeOrNotAtAllThroughABadService) {
     for (uint32_t seed = 1; seed <= 10; ++seed) {
