@@ -30,12 +30,6 @@ bool IsSameFile(const struct stat& one, const struct stat& other) {
            isSame(one.st_ctim, other.st_ctim);
 }
 
-FileDescriptor OpenFolder(const std::filesystem::path& path, int& error) {
-    FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    error = folder.IsOpen() ? 0 : errno;
-    return folder;
-}
-
 bool ComesBefore(const FoundFile& one, const FoundFile& other) {
     const auto rank = [](const FoundFile& file) {
         // Files without a header come first, the whole ones of each identity before the others.
@@ -76,9 +70,13 @@ void DropCopies(std::vector<FoundFile>& files) {
     files = std::move(kept);
 }
 
-// Gives a file its name unless something has that name already.
-int RenameWithoutReplacing(int folder, const char* from, const char* to) {
-    if (::renameat2(folder, from, folder, to, RENAME_NOREPLACE) == 0) {
+int Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+// Gives a file its name unless something has that name already: EEXIST.
+int RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return 0;
     }
     if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) {
@@ -86,10 +84,27 @@ int RenameWithoutReplacing(int folder, const char* from, const char* to) {
     }
     // Some file systems do not know it. Nobody else makes files of this name.
     struct stat status {};
-    if (::fstatat(folder, to, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    if (::lstat(to.c_str(), &status) == 0) {
         return EEXIST;
     }
-    return errno == ENOENT && ::renameat(folder, from, folder, to) == 0 ? 0 : errno;
+    return errno == ENOENT ? Rename(from, to) : errno;
+}
+
+// Decides about a name that is taken. A file with the same bytes is the one that was to be put
+// there; a spoiled one, a link or a device gives way.
+int TakeName(int file, const std::filesystem::path& aside, const std::filesystem::path& place) {
+    int refused = 0;
+    const FileDescriptor present = OpenPlainFile(AT_FDCWD, place.c_str(), refused);
+    if (!present.IsOpen()) {
+        return refused == ENODEV ? Rename(aside, place) : EEXIST;
+    }
+    if (CompareBytes(file, present.Get()) == 0) {
+        ::unlink(aside.c_str());
+        return 0;
+    }
+    const FileState state = SurveyExchangeFile(present.Get(), true, {}, nullptr).State;
+    const bool isSpoiled = state == FileState::kIncomplete || state == FileState::kDamaged;
+    return isSpoiled ? Rename(aside, place) : EEXIST;
 }
 
 }  // namespace
@@ -220,56 +235,35 @@ int ExchangeFolder::PutFrom(const ExchangeFileId& id, const std::filesystem::pat
 }
 
 int ExchangeFolder::PutBy(const ExchangeFileId& id, const std::function<int(int)>& write) {
-    int error = 0;
-    const FileDescriptor folder = OpenFolder(mPath, error);
-    if (error != 0) {
-        return error;
-    }
     // One name for all, so that no more than one is left by kills.
-    const std::string aside = ".velomind-" + HexText(id.Machine) + ".tmp";
-    const std::string name = ExchangeFileName(id);
-    ::unlinkat(folder.Get(), aside.c_str(), 0);
-    FileDescriptor target(::openat(folder.Get(), aside.c_str(),
-                                   O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (!target.IsOpen()) {
-        return errno;
+    const std::filesystem::path aside = mPath / (".velomind-" + HexText(id.Machine) + ".tmp");
+    const std::filesystem::path place = mPath / ExchangeFileName(id);
+    ::unlink(aside.c_str());
+    const FileDescriptor file(
+        ::open(aside.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!file.IsOpen()) {
+        // What cannot be unlinked is a folder.
+        return errno == EEXIST ? EISDIR : errno;
     }
-    error = write(target.Get());
+    int error = write(file.Get());
     if (error == 0) {
-        error = RenameWithoutReplacing(folder.Get(), aside.c_str(), name.c_str());
+        error = RenameWithoutReplacing(aside, place);
     }
     if (error == EEXIST) {
-        int refused = 0;
-        const FileDescriptor present = OpenPlainFile(folder.Get(), name.c_str(), refused);
-        if (present.IsOpen() && CompareBytes(target.Get(), present.Get()) == 0) {
-            ::unlinkat(folder.Get(), aside.c_str(), 0);
-            return 0;
-        }
-        const FileState state = present.IsOpen()
-                                    ? SurveyExchangeFile(present.Get(), true, {}, nullptr).State
-                                    : FileState::kForeign;
-        if (state == FileState::kIncomplete || state == FileState::kDamaged || refused == ENODEV) {
-            error = ::renameat(folder.Get(), aside.c_str(), folder.Get(), name.c_str()) == 0
-                        ? 0
-                        : errno;
-        }
+        error = TakeName(file.Get(), aside, place);
     }
     if (error != 0) {
-        ::unlinkat(folder.Get(), aside.c_str(), 0);
+        ::unlink(aside.c_str());
         return error;
     }
-    SyncDirectory(mPath / name);
+    SyncDirectory(place);
     return 0;
 }
 
 int ExchangeFolder::Remove(const std::vector<ExchangeFileId>& own) {
     int first = 0;
-    const FileDescriptor folder = OpenFolder(mPath, first);
-    if (first != 0) {
-        return first;
-    }
-    const auto remove = [&](const std::string& name) {
-        if (::unlinkat(folder.Get(), name.c_str(), 0) != 0 && errno != ENOENT && first == 0) {
+    const auto remove = [&first](const std::filesystem::path& path) {
+        if (::unlink(path.c_str()) != 0 && errno != ENOENT && first == 0) {
             first = errno;
         }
     };
@@ -277,16 +271,15 @@ int ExchangeFolder::Remove(const std::vector<ExchangeFileId>& own) {
         return std::find(own.begin(), own.end(), IdOf(header)) != own.end();
     };
     for (const ExchangeFileId& id : own) {
-        remove(ExchangeFileName(id));
+        remove(mPath / ExchangeFileName(id));
     }
     std::vector<FoundFile> files;
     const int error = Scan(files, isOwn, nullptr);
-    first = first == 0 ? error : first;
     for (const FoundFile& file : files) {
-        if (file.State == FileState::kWhole && file.IsChecked && isOwn(file.Header)) {
-            remove(file.Path.filename().native());
+        if (file.State == FileState::kWhole && isOwn(file.Header)) {
+            remove(file.Path);
         }
     }
     SyncDirectory(mPath / "any");
-    return first;
+    return first == 0 ? error : first;
 }

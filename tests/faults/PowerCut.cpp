@@ -290,6 +290,8 @@ int RecordDataSync(int descriptor) __asm__("fdatasync");
 int RecordUnlink(const char* path) __asm__("unlink");
 int RecordRemove(const char* path) __asm__("remove");
 int RecordRename(const char* from, const char* to) __asm__("rename");
+int RecordRename2(int fromAt, const char* from, int toAt, const char* to,
+                  unsigned flags) __asm__("renameat2");
 int RecordMakeDirectory(const char* path, mode_t mode) __asm__("mkdir");
 char* RecordMakeTemporaryDirectory(char* pattern) __asm__("mkdtemp");
 int RecordControl(int descriptor, unsigned long request, void* argument) __asm__("ioctl");
@@ -358,6 +360,11 @@ int RecordRemove(const char* path) {
 int RecordRename(const char* from, const char* to) {
     const auto note = [&](DiskRecording& recording, long) { recording.OnRename(from, to); };
     return static_cast<int>(Call(note, SYS_rename, from, to));
+}
+// Whole paths only.
+int RecordRename2(int fromAt, const char* from, int toAt, const char* to, unsigned flags) {
+    const auto note = [&](DiskRecording& recording, long) { recording.OnRename(from, to); };
+    return static_cast<int>(Call(note, SYS_renameat2, fromAt, from, toAt, to, flags));
 }
 int RecordMakeDirectory(const char* path, mode_t mode) {
     const auto note = [&](DiskRecording& recording, long) { recording.OnMakeDirectory(path); };

@@ -17,6 +17,7 @@
 #include "store/CardSequence.h"
 #include "store/CardTexts.h"
 #include "support/StoreFixture.h"
+#include "sync/ExchangeFolder.h"
 
 // Each change is recorded as it reaches the disk, and the power is cut after each call in turn. The
 // store that is left opens, is whole, and holds every change that the program was told of.
@@ -369,6 +370,39 @@ TEST_F(PowerCutTest, SettingsAreTheOldOnesOrTheNewOnesAndNeverNone) {
         EXPECT_TRUE(found == "/two.vlm" || (found == "/one.vlm" && marks == 0)) << found;
     });
     unsetenv("XDG_CONFIG_HOME");
+}
+
+TEST_F(PowerCutTest, AFileOfAnExchangeIsThereWholeOnceItWasTold) {
+    const auto bytesOf = [](const ExchangeFileId& id) {
+        ExchangeHeader header;
+        header.Machine = id.Machine;
+        header.Number = id.Number;
+        std::string bytes;
+        ExchangeWriter writer(header, SinkTo(bytes));
+        writer.Add({"card", std::string(70000, 'x')});
+        EXPECT_EQ(writer.Finish(), 0);
+        return bytes;
+    };
+    constexpr ExchangeFileId kOne{1, 1, false};
+    constexpr ExchangeFileId kTwo{1, 2, false};
+    // A service has spoiled the first one.
+    WriteBytes(OnDisk(ExchangeFileName(kOne).c_str()), bytesOf(kOne).substr(0, 100));
+    WriteBytes(OnDisk(".prepared"), bytesOf(kTwo));
+    ExchangeFolder folder(mDisk);
+    Record({[&] { return folder.Put(kOne, bytesOf(kOne)) == 0; },
+            [&] { return folder.PutFrom(kTwo, mDisk / ".prepared") == 0; },
+            [&] { return folder.Remove({kOne}) == 0; }});
+    CutEverywhere([&](size_t marks) {
+        const auto isWhole = [&](const ExchangeFileId& id) {
+            const fs::path file = ReplayedStore().parent_path() / ExchangeFileName(id);
+            EXPECT_TRUE(!fs::exists(file) || ReadBytes(FromPath(file)) == bytesOf(id) ||
+                        (marks == 0 && id == kOne));
+            return fs::exists(file);
+        };
+        EXPECT_TRUE(isWhole(kOne) || marks > 1);
+        EXPECT_TRUE(isWhole(kTwo) || marks < 2);
+        EXPECT_TRUE(!isWhole(kOne) || marks < 3);
+    });
 }
 
 TEST_F(PowerCutTest, AMoveOverAFileLeavesThatFileOrTheStore) {

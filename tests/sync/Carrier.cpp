@@ -194,6 +194,17 @@ void Carrier::Forget(std::mt19937& random) {
     }
 }
 
+std::set<std::string> Carrier::NamesFor(const Machine& machine) const {
+    std::set<std::string> names;
+    for (const auto& [name, bytes] : mFiles) {
+        names.insert(name);
+    }
+    for (const auto& [name, place] : machine.Places) {
+        names.insert(name);
+    }
+    return names;
+}
+
 void Carrier::Carry(std::mt19937& random, double badness) {
     LookAround();
     if (Chance(random, badness / 4)) {
@@ -201,17 +212,10 @@ void Carrier::Carry(std::mt19937& random, double badness) {
     }
     std::vector<std::pair<size_t, std::string>> steps;
     for (size_t machine = 0; machine < mMachines.size(); ++machine) {
-        std::set<std::string> names;
-        for (const auto& [name, bytes] : mFiles) {
-            names.insert(name);
-        }
-        for (const auto& [name, place] : mMachines[machine].Places) {
-            names.insert(name);
-        }
         if (Chance(random, badness / 3)) {
             continue;
         }
-        for (const std::string& name : names) {
+        for (const std::string& name : NamesFor(mMachines[machine])) {
             steps.emplace_back(machine, name);
         }
     }
@@ -231,14 +235,7 @@ void Carrier::CarryAll() {
             for (const std::string& name : std::exchange(machine.Temporary, {})) {
                 fs::remove(machine.Folder / name);
             }
-            std::set<std::string> names;
-            for (const auto& [name, bytes] : mFiles) {
-                names.insert(name);
-            }
-            for (const auto& [name, place] : machine.Places) {
-                names.insert(name);
-            }
-            for (const std::string& name : names) {
+            for (const std::string& name : NamesFor(machine)) {
                 isMoving = Step(machine, name, nullptr, 0) || isMoving;
             }
         }

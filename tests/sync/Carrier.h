@@ -45,6 +45,8 @@ class Carrier {
 
     bool LookAround();
     bool Look(Machine& machine);
+    // What may have to be brought to a machine or to be deleted there.
+    std::set<std::string> NamesFor(const Machine& machine) const;
     bool Step(Machine& machine, const std::string& name, std::mt19937* random, double badness);
     void Deliver(Machine& machine, const std::string& name);
     void DeliverBadly(Machine& machine, const std::string& name, std::mt19937& random);

@@ -152,6 +152,8 @@ TEST_F(ExchangeFolderTest, LinksPipesAndFoldersAreLeftAlone) {
     fs::create_directory(mPath / ExchangeFileName(kTwo));
     EXPECT_EQ(mFolder.Put(kTwo, BytesOf(kTwo)), EISDIR);
     EXPECT_EQ(mFolder.Remove({kTwo}), EISDIR);
+    fs::create_directory(mPath / ".velomind-000000000000000b.tmp");
+    EXPECT_EQ(mFolder.Put(kOther, BytesOf(kOther)), EISDIR);
 }
 
 TEST_F(ExchangeFolderTest, OnlyWhatIsWantedIsCheckedAndNoWholeFileTwice) {
