@@ -55,6 +55,10 @@ constexpr uint8_t kLeastPass = 3;
 // A card with that many lapses in one direction, since it was last begun anew, takes too much.
 constexpr int32_t kManyLapses = 8;
 
+// How many reviews of a card may lie between a score and the one that it replaces: study keeps the
+// last 20 scores. Without an end a log of one card would take its square in time.
+constexpr int kFarthestReplaced = 1000;
+
 // Appends scores to the log of a store. Main thread only.
 class ReviewLog {
   public:
