@@ -157,7 +157,7 @@ void ReviewLogAppend(benchmark::State& state) {
     std::vector<double> times;
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
-        log.Append(record);
+        log.Append(record, CardSchedule(), 0, 0);
         times.push_back(Milliseconds(start));
         state.SetIterationTime(times.back() * 1e-3);
     }

@@ -8,6 +8,7 @@
 #include <wx/image.h>
 #include <wx/log.h>
 #include <wx/sysopt.h>
+#include <wx/time.h>
 #include <wx/utils.h>
 
 #include <algorithm>
@@ -219,6 +220,9 @@ void VelomindApp::OpenStore() {
     BeginSettings();
     mpDatabase = OpenAtStart(mFatalErrorReport);
     mpBackupKeeper = std::make_unique<BackupKeeper>(*mpDatabase, mSettingsNotifier);
+    mUndoHistory.SetListener([this](const StoreChange& step) {
+        mStepNotes.Take(mpDatabase->GetPath(), step, wxGetUTCTimeMillis().GetValue());
+    });
 }
 
 void VelomindApp::CloseStore() {

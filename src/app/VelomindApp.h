@@ -15,6 +15,7 @@
 #include "base/Time.h"
 #include "files/windows/Backups.h"
 #include "files/windows/StoreFileChange.h"
+#include "reviews/EditNotes.h"
 #include "scheduler/Scheduler.h"
 #include "shell/AppServices.h"
 #include "store/Subject.h"
@@ -118,6 +119,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     std::unique_ptr<BackupKeeper> mpBackupKeeper;
     // Lives while the store is open.
     std::unique_ptr<Reminder> mpReminder;
+    StepNotes mStepNotes;
     UndoHistory mUndoHistory;
     CardClipboard mClipboard{mFatalErrorReport, mUndoHistory};
     MainWindows mWindows;

@@ -43,15 +43,7 @@ ssize_t ReadBlock(int file, Block& block) {
 }
 
 int WriteBlock(int file, const Block& block, size_t size) {
-    size_t written = 0;
-    while (written < size) {
-        const ssize_t count = ::write(file, block.data() + written, size - written);
-        if (count < 0 && errno != EINTR) {
-            return errno;
-        }
-        written += static_cast<size_t>(std::max<ssize_t>(count, 0));
-    }
-    return 0;
+    return WriteAll(file, {block.data(), size});
 }
 
 }  // namespace
@@ -149,6 +141,44 @@ int CopyFirstBytes(int source, int target, int64_t bytes) {
         bytes -= static_cast<int64_t>(part);
     }
     return ::fsync(target) == 0 ? 0 : errno;
+}
+
+int CopyPart(int source, int64_t begin, int64_t end, int target) {
+    while (begin < end) {
+        const auto rest = static_cast<size_t>(end - begin);
+        off_t from = begin;
+        if (::copy_file_range(source, &from, target, nullptr, rest, 0) <= 0) {
+            break;
+        }
+        begin = from;
+    }
+    Block block;
+    while (begin < end) {
+        const auto wanted = std::min(block.size(), static_cast<size_t>(end - begin));
+        const ssize_t count = ::pread(source, block.data(), wanted, begin);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return count < 0 ? errno : EIO;
+        }
+        if (const int error = WriteBlock(target, block, static_cast<size_t>(count))) {
+            return error;
+        }
+        begin += count;
+    }
+    return 0;
+}
+
+int WriteAll(int target, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(target, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) {
+            return errno;
+        }
+        bytes.remove_prefix(static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return 0;
 }
 
 int CompareBytes(int source, int target) {

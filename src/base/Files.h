@@ -61,6 +61,14 @@ int CopyWholeFile(int source, int target);
 // them last. Returns 0 or the error's number; EIO where the first file is shorter.
 int CopyFirstBytes(int source, int target, int64_t bytes);
 
+// Copies the bytes of an open file from one place up to another to the present place in another
+// file, in the quickest way that the file systems offer, and does not wait for the disk. Returns 0
+// or the error's number; EIO where the first file is shorter.
+int CopyPart(int source, int64_t begin, int64_t end, int target);
+
+// Writes all bytes at the present place in an open file. Returns 0 or the error's number.
+int WriteAll(int target, std::string_view bytes);
+
 // Compares two open files from their first byte, the second as the disk has it. Returns 0 when they
 // are equal, EIO when they differ, or another error's number.
 int CompareBytes(int source, int target);

@@ -7,7 +7,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "reviews/ReviewLog.h"
 #include "store/CardUuid.h"
+
+struct StoreChange;
 
 // When the user changed which fields of which cards. The notes lie beside a store that is exchanged
 // with other computers, as "Words.vlm.edits" beside "Words.vlm", so that an edit of Monday that is
@@ -66,3 +69,16 @@ int AddEditNotes(const wxString& storePath, const std::vector<EditNote>& notes);
 std::vector<EditNote> TakeEditNotes(const wxString& storePath);
 // Deletes what was taken.
 void DropEditNotes(const wxString& storePath);
+
+// Notes what each step of the user has changed: the fields, while the store is exchanged, and
+// always the schedules, in the log of reviews. Main thread only.
+class StepNotes {
+  public:
+    // Takes a step that was done, taken back or done again at this time, in milliseconds since
+    // 1970. A failure is traced once and otherwise ignored.
+    void Take(const wxString& storePath, const StoreChange& change, int64_t milliseconds);
+
+  private:
+    ReviewLog mLog{wxString()};
+    bool mHasFailed = false;
+};

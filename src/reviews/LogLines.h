@@ -183,26 +183,27 @@ inline std::string_view WithoutReturn(std::string_view line) {
     return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
 }
 
-// Splits pieces of text into lines. The rest at the end has no line end.
+// Splits pieces of text into lines, and tells where the next line begins in the piece. The rest at
+// the end has no line end.
 template <class Visit>
 void SplitLines(std::string_view bytes, std::string& rest, const Visit& visit) {
     // A line that never ends must not fill the memory; once cut it is no review.
     const auto keep = [&rest](std::string_view part) {
         rest.append(part.substr(0, kLongestLogLine - std::min(rest.size(), kLongestLogLine)));
     };
-    while (!bytes.empty()) {
-        const size_t end = bytes.find('\n');
+    for (size_t begin = 0; begin < bytes.size();) {
+        const size_t end = bytes.find('\n', begin);
         if (end == std::string_view::npos) {
-            keep(bytes);
+            keep(bytes.substr(begin));
             return;
         }
         if (rest.empty()) {
-            visit(bytes.substr(0, end));
+            visit(bytes.substr(begin, end - begin), end + 1);
         } else {
-            keep(bytes.substr(0, end));
-            visit(std::string_view(std::exchange(rest, std::string())));
+            keep(bytes.substr(begin, end - begin));
+            visit(std::string_view(std::exchange(rest, std::string())), end + 1);
         }
-        bytes.remove_prefix(end + 1);
+        begin = end + 1;
     }
 }
 

@@ -14,56 +14,18 @@
 #include "base/Files.h"
 #include "base/Process.h"
 #include "base/Unicode.h"
+#include "reviews/LogFile.h"
 #include "reviews/LogLines.h"
+#include "reviews/ScheduleEvents.h"
 
 namespace {
 
-constexpr char kHeading[] =
-    "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\tnew difficulty\t"
-    "replaces\n";
 constexpr int64_t kTypicalLine = 90;
 // The identity follows the time and a tab.
 constexpr size_t kIdColumn = 21;
 
 bool IsBlankOrComment(std::string_view line) {
     return line.empty() || line.front() == '#';
-}
-
-// Returns the mode that lets those read the log who may read the store.
-mode_t ModeOfStore(const std::string& logPath) {
-    struct stat status {};
-    const std::string store =
-        logPath.substr(0, logPath.size() - std::min(logPath.size(), std::strlen(kReviewLogSuffix)));
-    return ::stat(store.c_str(), &status) == 0 ? status.st_mode & 0666 : 0600;
-}
-
-int AppendText(const std::string& path, std::string text) {
-    constexpr int kFlags = O_RDWR | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    FileDescriptor file(::open(path.c_str(), kFlags));
-    if (!file.IsOpen() && errno == ENOENT) {
-        file = FileDescriptor(::open(path.c_str(), kFlags | O_CREAT, ModeOfStore(path)));
-    }
-    struct stat status {};
-    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
-        return errno;
-    }
-    if (!S_ISREG(status.st_mode)) {
-        return EINVAL;
-    }
-    char last = '\n';
-    if (status.st_size == 0) {
-        text.insert(0, kHeading);
-    } else if (::pread(file.Get(), &last, 1, status.st_size - 1) != 1) {
-        return EIO;
-    }
-    if (last != '\n') {
-        text.insert(0, 1, '\n');
-    }
-    const ssize_t written = ::write(file.Get(), text.data(), text.size());
-    if (written < 0) {
-        return errno;
-    }
-    return written == static_cast<ssize_t>(text.size()) ? 0 : ENOSPC;
 }
 
 }  // namespace
@@ -74,8 +36,21 @@ void ReviewLog::SetPath(const wxString& path) {
     mPath = ToUtf8(path);
 }
 
-bool ReviewLog::Append(const ReviewRecord& record) {
-    const int error = AppendText(mPath, FormatReviewLine(record));
+bool ReviewLog::Append(const ReviewRecord& record, const CardSchedule& from, int share,
+                       int32_t erc) {
+    return AppendLines(FormatEvent(MakeReviewEvent(record, from, share, erc)));
+}
+
+bool ReviewLog::Append(const std::vector<ScheduleEvent>& events) {
+    std::string lines;
+    for (const ScheduleEvent& event : events) {
+        lines += FormatEvent(event);
+    }
+    return lines.empty() || AppendLines(std::move(lines));
+}
+
+bool ReviewLog::AppendLines(std::string lines) {
+    const int error = ::AppendLines(mPath, StoreOfLog(mPath), kReviewLogHeading, std::move(lines));
     if (error != 0 && !mHasFailed) {
         mHasFailed = true;
         VELOMIND_TRACE("Review log: error %i", error);
@@ -149,7 +124,7 @@ bool VisitReviews(const wxString& path, const CardUuid* card,
         const int64_t left = end - (offset - static_cast<int64_t>(piece.size()));
         const std::string_view asked =
             piece.substr(0, static_cast<size_t>(std::clamp<int64_t>(left, 0, kLogPiece)));
-        SplitLines(asked, rest, [&](std::string_view line) {
+        SplitLines(asked, rest, [&](std::string_view line, size_t) {
             ReviewRecord record;
             if (line.size() >= kIdColumn + wanted.size() &&
                 line.compare(kIdColumn, wanted.size(), wanted) == 0 &&
@@ -225,7 +200,8 @@ size_t HashOf(const CardUuid& id) {
 }  // namespace
 
 void ReviewHistory::Take(std::string_view bytes) {
-    SplitLines(bytes, mRest, [this](std::string_view line) { TakeLine(WithoutReturn(line)); });
+    SplitLines(bytes, mRest,
+               [this](std::string_view line, size_t) { TakeLine(WithoutReturn(line)); });
     AddPending();
 }
 

@@ -15,17 +15,35 @@
 #include "store/FlashCard.h"
 
 // The review log is a plain text beside the store (ReviewLogPath), with one line for each score.
-// Only plots depend on it, the counts of a day of study, and what a forgotten card keeps of its
-// interval, if the user wants that: it may be deleted at any time, and a line that cannot be
-// written is dropped. For the store "Words.vlm" it is "Words.vlm.reviews":
+// Only plots depend on it, the counts of a day of study, what a forgotten card keeps of its
+// interval, if the user wants that, and the exchange with other computers: it may be deleted at any
+// time, and a line that cannot be written is dropped. For the store "Words.vlm" it is
+// "Words.vlm.reviews":
 //
 //     2026-03-01T18:04:09Z 1b4e28ba-2fa1-41d2-883f-0016d3cca427 F 4 86412 86400 131072 16 16 -
+//     # 9f3c51d07a2b4e68 12 1 1772301837 4 86400 16 25 4711
 //
 // with tabs in place of the blanks: the time in UTC, the card, the direction (F from front to back,
 // R from back to front), the score, the seconds elapsed since the review before ("-" for a card
 // that had never been scored in that direction), the interval before and after in seconds, the
 // difficulty before and after, and, for a score that replaces an earlier one, the time of that one,
 // else "-". The first line is a comment, "#", with these names.
+//
+// The second line, the extension of the first, is a comment for earlier versions, which wrote none.
+// Both are written at once. It has the session, a random number of the process in base 16; a number
+// that counts up in the process; the exact schedule that the score began from, which is whether the
+// card was introduced, its last review in seconds since 1970 ("-" for none), last score, interval
+// and difficulty; the part of its interval that a forgotten card kept then, in hundredths; and the
+// card's ERC after the score.
+//
+// A schedule that came from no score, such as one that the user has typed or reset, or that undo
+// has brought back, is told by a line of its own, also a comment for earlier versions:
+//
+//     #= 2026-03-01T18:05:40Z 1b4e28ba-2fa1-41d2-883f-0016d3cca427 F 9f3c51d07a2b4e68 13 0 ...
+//
+// with the time, the card, the direction, the session and the number, and then the whole schedule
+// after it: introduced, last review, last score, interval, difficulty, ERC. The log of a store that
+// is exchanged has the lines of all its computers, in the order of time (ScheduleEvents.h).
 
 // The lowest score of a card that was remembered.
 constexpr int kLeastRemembered = 3;
@@ -59,6 +77,13 @@ constexpr int32_t kManyLapses = 8;
 // last 20 scores. Without an end a log of one card would take its square in time.
 constexpr int kFarthestReplaced = 1000;
 
+struct ScheduleEvent;
+
+// The first line of a log.
+constexpr char kReviewLogHeading[] =
+    "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\tnew difficulty\t"
+    "replaces\n";
+
 // Appends scores to the log of a store. Main thread only.
 class ReviewLog {
   public:
@@ -68,12 +93,17 @@ class ReviewLog {
     // Goes on with the log of another store.
     void SetPath(const wxString& path);
 
-    // Adds a line, in one write and without waiting for the disk. A torn line at the end of the
-    // file gets its line end first. A failure is traced once and otherwise ignored. Returns true
-    // when the line is there.
-    bool Append(const ReviewRecord& record);
+    // Adds a review, with the schedule that it began from, the part of its interval in hundredths
+    // that a forgotten card keeps, and the card's ERC after it. Writes once and does not wait for
+    // the disk. A torn line at the end of the file gets its line end first. A failure is traced
+    // once and otherwise ignored. Returns true when the lines are there.
+    bool Append(const ReviewRecord& record, const CardSchedule& from, int share, int32_t erc);
+    // Adds any events likewise.
+    bool Append(const std::vector<ScheduleEvent>& events);
 
   private:
+    bool AppendLines(std::string lines);
+
     std::string mPath;
     bool mHasFailed = false;
 };

@@ -4,7 +4,10 @@
 #include <cstring>
 #include <limits>
 #include <tuple>
+#include <utility>
 
+#include "reviews/EventScan.h"
+#include "reviews/LogFile.h"
 #include "reviews/LogLines.h"
 
 namespace {
@@ -26,25 +29,6 @@ uint64_t Mix(uint64_t number) {
     number = (number ^ (number >> 30)) * 0xBF58476D1CE4E5B9U;
     number = (number ^ (number >> 27)) * 0x94D049BB133111EBU;
     return number ^ (number >> 31);
-}
-
-// Returns a number of 62 bits that stands for a review whose line tells no number. It is made of
-// what the line says, so that it is the same in each log.
-int64_t NumberOf(const ReviewRecord& record) {
-    uint64_t words[7] = {};
-    std::memcpy(&words[0], record.CardId.Bytes.data(), sizeof record.CardId.Bytes);
-    words[2] = static_cast<uint64_t>(record.Time);
-    words[3] = static_cast<uint64_t>(record.Elapsed);
-    words[4] = static_cast<uint64_t>(record.Replaces);
-    std::memcpy(&words[5], &record.OldInterval, sizeof record.OldInterval);
-    std::memcpy(reinterpret_cast<char*>(&words[5]) + 4, &record.NewInterval, 4);
-    words[6] = static_cast<uint64_t>(record.Direction) << 24 | uint64_t{record.Score} << 16 |
-               uint64_t{record.OldDifficulty} << 8 | record.NewDifficulty;
-    uint64_t hash = 0;
-    for (const uint64_t word : words) {
-        hash = Mix(hash + 0x9E3779B97F4A7C15U + word);
-    }
-    return static_cast<int64_t>(hash >> 2);
 }
 
 char* WriteText(char* out, std::string_view text) {
@@ -120,7 +104,7 @@ bool ParseReview(std::string_view line, ScheduleEvent& event) {
     event.CardId = review.CardId;
     event.Direction = review.Direction;
     event.Session = 0;
-    event.Number = NumberOf(review);
+    event.Number = NumberOfReview(review);
     event.IsSet = event.HasExtension = false;
     event.Share = 0;
     event.From.Introduced = review.Elapsed >= 0;
@@ -172,6 +156,55 @@ bool ParseSet(std::string_view line, ScheduleEvent& event) {
 }
 
 }  // namespace
+
+int64_t NumberOfReview(const ReviewRecord& record) {
+    uint64_t words[7] = {};
+    std::memcpy(&words[0], record.CardId.Bytes.data(), sizeof record.CardId.Bytes);
+    words[2] = static_cast<uint64_t>(record.Time);
+    words[3] = static_cast<uint64_t>(record.Elapsed);
+    words[4] = static_cast<uint64_t>(record.Replaces);
+    std::memcpy(&words[5], &record.OldInterval, sizeof record.OldInterval);
+    std::memcpy(reinterpret_cast<char*>(&words[5]) + 4, &record.NewInterval, 4);
+    words[6] = static_cast<uint64_t>(record.Direction) << 24 | uint64_t{record.Score} << 16 |
+               uint64_t{record.OldDifficulty} << 8 | record.NewDifficulty;
+    uint64_t hash = 0;
+    for (const uint64_t word : words) {
+        hash = Mix(hash + 0x9E3779B97F4A7C15U + word);
+    }
+    return static_cast<int64_t>(hash >> 2);
+}
+
+bool LooksLikeExtension(std::string_view line) {
+    return line.substr(0, kExtensionMark.size()) == kExtensionMark;
+}
+
+bool EventScan::Take(std::string_view line, int64_t begin, int64_t end) {
+    line = WithoutReturn(line);
+    if (mIsWaiting && ParseExtension(line, mReview)) {
+        mEnd = end;
+        Finish();
+        return true;
+    }
+    Finish();
+    ScheduleEvent set;
+    if (ParseReview(line, mReview)) {
+        mIsWaiting = true;
+        mBegin = begin;
+        mEnd = end;
+        return true;
+    }
+    const bool isSet = ParseSet(line, set);
+    if (isSet) {
+        mVisit(set, begin, end);
+    }
+    return isSet;
+}
+
+void EventScan::Finish() {
+    if (std::exchange(mIsWaiting, false)) {
+        mVisit(mReview, mBegin, mEnd);
+    }
+}
 
 bool EventKey::operator<(const EventKey& other) const {
     return std::tie(Time, Session, Number, IsReview) <
@@ -284,32 +317,31 @@ int64_t VisitEvents(const wxString& path, int64_t offset,
     if (!file.IsOpen() || status.st_size < offset) {
         return 0;
     }
-    ScheduleEvent review;
-    bool isPending = false;
-    const auto finish = [&] {
-        if (std::exchange(isPending, false)) {
-            visit(review);
-        }
+    const EventScan::Visit visitEvent = [&visit](const ScheduleEvent& event, int64_t, int64_t) {
+        visit(event);
     };
+    EventScan scan(visitEvent);
     std::string rest;
     int64_t read = offset;
-    ReadPieces(file.Get(), read, [&](std::string_view piece) {
-        SplitLines(piece, rest, [&](std::string_view line) {
-            line = WithoutReturn(line);
-            ScheduleEvent set;
-            if (isPending && ParseExtension(line, review)) {
-                finish();
-                return;
-            }
-            finish();
-            if (ParseReview(line, review)) {
-                isPending = true;
-            } else if (ParseSet(line, set)) {
-                visit(set);
-            }
+    const auto take = [&](std::string_view piece) {
+        const int64_t begin = read - static_cast<int64_t>(piece.size());
+        SplitLines(piece, rest, [&](std::string_view line, size_t end) {
+            const int64_t lineBegin = offset;
+            offset = begin + static_cast<int64_t>(end);
+            scan.Take(line, lineBegin, offset);
         });
         return !cancelled;
-    });
-    finish();
-    return read - static_cast<int64_t>(rest.size());
+    };
+    if (ReadPieces(file.Get(), read, take)) {
+        // A review that is just being written has its extension once the lock is free. A lock that
+        // cannot be had changes nothing.
+        LockFile(file.Get());
+        ReadPieces(file.Get(), read, take);
+        UnlockFile(file.Get());
+    }
+    if (cancelled && scan.IsWaiting()) {
+        return scan.GetBegin();
+    }
+    scan.Finish();
+    return offset;
 }

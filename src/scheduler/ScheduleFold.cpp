@@ -12,6 +12,8 @@
 
 namespace {
 
+using EventTest = std::function<bool(const ScheduleEvent&)>;
+
 int64_t SecondsOf(const wxDateTime& time) {
     return time.GetValue().GetValue() / 1000;
 }
@@ -53,7 +55,8 @@ ScheduleBits BitsOf(const CardSchedule& schedule) {
 // have been taken.
 class EventOrder {
   public:
-    explicit EventOrder(std::vector<ScheduleEvent> events) : mEvents(std::move(events)) {
+    EventOrder(std::vector<ScheduleEvent> events, const EventTest& isAhead)
+        : mEvents(std::move(events)), mIsAhead(isAhead) {
         const auto isBefore = [](const ScheduleEvent& one, const ScheduleEvent& other) {
             return KeyOf(one) < KeyOf(other);
         };
@@ -130,23 +133,27 @@ class EventOrder {
     }
 
     void LinkSchedules() {
-        // The first event that left each schedule.
+        // The first event that left each schedule. Each card begins as one that was never scored,
+        // so an event that made it such a card again is taken for the cause only where the order
+        // of time cannot tell.
         std::map<ScheduleBits, size_t> left;
         for (size_t i = 0; i < mEvents.size(); ++i) {
-            left.emplace(BitsOf(mEvents[i].After), i);
+            if (mEvents[i].After.Introduced || IsAhead(mEvents[i])) {
+                left.emplace(BitsOf(mEvents[i].After), i);
+            }
         }
         for (size_t i = 0; i < mEvents.size(); ++i) {
-            if (mEvents[i].IsSet || !mEvents[i].From.Introduced) {
-                continue;
-            }
-            const auto found = left.find(BitsOf(mEvents[i].From));
+            const auto found = mEvents[i].IsSet ? left.end() : left.find(BitsOf(mEvents[i].From));
             if (found != left.end() && found->second != i) {
                 Link(found->second, i);
             }
         }
     }
 
+    bool IsAhead(const ScheduleEvent& event) const { return mIsAhead && mIsAhead(event); }
+
     std::vector<ScheduleEvent> mEvents;
+    const EventTest& mIsAhead;
     std::vector<std::vector<size_t>> mFollowers;
     std::vector<size_t> mWaitsFor;
 };
@@ -197,7 +204,7 @@ bool BeganFrom(const ScheduleEvent& event, const CardSchedule& state) {
 
 class Fold {
   public:
-    explicit Fold(const std::function<bool(const ScheduleEvent&)>& isAhead) : mIsAhead(isAhead) {}
+    explicit Fold(const EventTest& isAhead) : mIsAhead(isAhead) {}
 
     void Take(const ScheduleEvent& event) {
         if (event.IsSet) {
@@ -241,7 +248,7 @@ class Fold {
         state = {true, now, event.Review.Score, result.NewInterval, result.Difficulty, state.ERC};
     }
 
-    const std::function<bool(const ScheduleEvent&)>& mIsAhead;
+    const EventTest& mIsAhead;
     FoldResult mResult;
     float mLost = 0.0f;
     bool mIsFirst = true;
@@ -251,7 +258,7 @@ class Fold {
 
 FoldResult FoldEvents(std::vector<ScheduleEvent> events,
                       const std::function<bool(const ScheduleEvent&)>& isAhead) {
-    events = EventOrder(std::move(events)).Take();
+    events = EventOrder(std::move(events), isAhead).Take();
     DropReplaced(events);
     Fold fold(isAhead);
     for (const ScheduleEvent& event : events) {

@@ -25,7 +25,8 @@ struct FoldResult {
 };
 
 // Takes the events of one card in one direction, in any order; an event that is there twice counts
-// once. isAhead tells of a review that was dated by a clock that was ahead: the time that it
-// recorded as elapsed counts where it is given again. Without events returns a new schedule.
+// once. isAhead, which may be empty, tells which events were dated by a clock that was ahead: where
+// such a review is given again, the time that it recorded as elapsed counts. Without events returns
+// a new schedule.
 FoldResult FoldEvents(std::vector<ScheduleEvent> events,
                       const std::function<bool(const ScheduleEvent&)>& isAhead);

@@ -336,7 +336,8 @@ void Scheduler::ScoreCard(int score) {
     // A failure in the store ends the program, so the result need not be checked.
     if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0) {
         NoteReview(
-            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces));
+            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces),
+            before);
     }
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {
@@ -347,12 +348,13 @@ void Scheduler::ScoreCard(int score) {
     Tell(1);
 }
 
-void Scheduler::NoteReview(const ReviewRecord& record) {
+void Scheduler::NoteReview(const ReviewRecord& record, const CardSchedule& before) {
     if (mSources.Log != nullptr) {
         // The store may be another one, or stand elsewhere, since the last score.
         mSources.Log->SetPath(ReviewLogPath(mDatabase.GetPath()));
         // A review without its line counts as little now as it will at the next start.
-        if (mSources.Log->Append(record) && mRelearnShare != 0) {
+        const int32_t erc = ScheduleOf(mCurrentCard, mCurrentDirection).ERC;
+        if (mSources.Log->Append(record, before, mRelearnShare, erc) && mRelearnShare != 0) {
             mRelearning.Take(record);
         }
     }

@@ -223,8 +223,8 @@ class Scheduler {
     // Returns the least interval that a score gives the current card with this schedule.
     float LeastInterval(const CardSchedule& schedule, int score);
     void ReadLog();
-    // Tells the log and the day of a score that the store has.
-    void NoteReview(const ReviewRecord& record);
+    // Tells the log and the day of a score that the store has, and that began with this schedule.
+    void NoteReview(const ReviewRecord& record, const CardSchedule& before);
     // Gives the current card its new place in the order of early review after a score.
     void RenumberCard();
     void PurgeHistory();

@@ -490,6 +490,7 @@ int PartCards(Database& database, const StoreChange& change, UndoOutcome& outcom
         }
         ++outcome.Restored;
         opposite.Cards = change.Cards;
+        opposite.Present = {found.front(), card};
         opposite.Categories = change.Categories;
         opposite.Media = change.Media;
     }
@@ -573,26 +574,6 @@ bool IsEmptyChange(const StoreChange& change) {
     const bool hasCategory =
         (change.What == Kind::kRename || change.What == Kind::kMerge) && !change.Categories.empty();
     return !hasCategory && !change.IsTooLarge && change.CountCards() == 0;
-}
-
-// Takes the last step of one list back, and puts its opposite at the end of the other.
-int TakeLast(std::list<StoreChange>& from, std::list<StoreChange>& to, Database& database,
-             UndoOutcome& outcome) {
-    outcome = UndoOutcome();
-    if (from.empty()) {
-        return 0;
-    }
-    const StoreChange change = std::move(from.back());
-    from.pop_back();
-    StoreChange opposite;
-    opposite.What = change.What;
-    opposite.IsTakenBack = !change.IsTakenBack;
-    const StoreChangeGroup group(database);
-    const int result = TakeBack(database, change, outcome, opposite);
-    if (result == 0 && !IsEmptyChange(opposite)) {
-        to.push_back(std::move(opposite));
-    }
-    return result;
 }
 
 wxString FormatForCards(const StoreChange& step) {
@@ -686,6 +667,7 @@ void UndoHistory::Add(StoreChange change) {
     if (IsEmptyChange(change)) {
         return;
     }
+    Tell(change);
     mTakenBack.clear();
     mSteps.push_back(std::move(change));
     if (mSteps.back().IsTooLarge) {
@@ -714,6 +696,26 @@ wxString UndoHistory::GetUndoLabel() const {
 
 wxString UndoHistory::GetRedoLabel() const {
     return mTakenBack.empty() ? wxString() : DescribeStep(mTakenBack.back());
+}
+
+int UndoHistory::TakeLast(std::list<StoreChange>& from, std::list<StoreChange>& to,
+                          Database& database, UndoOutcome& outcome) {
+    outcome = UndoOutcome();
+    if (from.empty()) {
+        return 0;
+    }
+    const StoreChange change = std::move(from.back());
+    from.pop_back();
+    StoreChange opposite;
+    opposite.What = change.What;
+    opposite.IsTakenBack = !change.IsTakenBack;
+    const StoreChangeGroup group(database);
+    const int result = TakeBack(database, change, outcome, opposite);
+    if (result == 0 && !IsEmptyChange(opposite)) {
+        Tell(opposite);
+        to.push_back(std::move(opposite));
+    }
+    return result;
 }
 
 int UndoHistory::UndoLast(Database& database, UndoOutcome& outcome) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <utility>
 #include <vector>
 
 #include "store/CardSequence.h"
@@ -48,6 +49,9 @@ struct StoreChange {
     std::vector<FlashCard> Cards;
     // Union of many: those of two cards each, in the order in which they were done.
     std::vector<StoreChange> Unions;
+    // Union that was taken back or done again: the kept card before and after that, with what was
+    // changed meanwhile.
+    std::vector<FlashCard> Present;
     // Changed texts of many cards.
     std::vector<CardTextChange> Texts;
     // Deletion and union: what those of them had that this program does not show.
@@ -105,6 +109,11 @@ class UndoHistory {
     // The bytes of sounds and pictures that one step may hold, likewise.
     static constexpr size_t kMostMediaBytes = size_t{64} << 20;
 
+    // Is called with each step that was added, and with the opposite of each one that was taken
+    // back or done again. A step that is too large has no contents.
+    using Listener = std::function<void(const StoreChange&)>;
+    void SetListener(Listener listener) { mListener = std::move(listener); }
+
     void Add(StoreChange change);
     // Call it for another store, where the steps mean nothing.
     void Clear();
@@ -122,6 +131,16 @@ class UndoHistory {
     int RedoLast(Database& database, UndoOutcome& outcome);
 
   private:
+    // Takes the last step of one list back, and puts its opposite at the end of the other.
+    int TakeLast(std::list<StoreChange>& from, std::list<StoreChange>& to, Database& database,
+                 UndoOutcome& outcome);
+    void Tell(const StoreChange& change) const {
+        if (mListener) {
+            mListener(change);
+        }
+    }
+
+    Listener mListener;
     std::list<StoreChange> mSteps;
     std::list<StoreChange> mTakenBack;
 };

@@ -457,7 +457,7 @@ TEST_F(EditFrameTest, TheReviewsOfACardAppearBesideItsSchedule) {
         record.Direction = direction;
         record.Score = score;
         record.NewInterval = 86400;
-        log.Append(record);
+        log.Append(record, CardSchedule(), 0, 0);
     };
     review(MakeCard("another", "").CardId, kReviewForward, 1);
     review(card.CardId, kReviewForward, 2);

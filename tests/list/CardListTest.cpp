@@ -358,7 +358,7 @@ TEST_F(CardListTest, FailuresAreCountedInTheLogAndSortedBy) {
         record.CardId = mCards[card].CardId;
         record.Score = score;
         record.Elapsed = elapsed;
-        log.Append(record);
+        log.Append(record, CardSchedule(), 0, 0);
         mCards[card].Forward.Introduced = true;
         mCards[card].Forward.LastReview = mServices.Time.Now();
         EXPECT_EQ(mDatabase.UpdateFlashCard(mCards[card]), 0);

@@ -112,14 +112,14 @@ TEST_F(ReviewLogTest, ALineAfterATornOneStartsAnew) {
     ReviewLog log(mPath);
     ReviewRecord record;
     ASSERT_TRUE(ParseReviewLine(kReview + "\t-", record));
-    log.Append(record);
+    log.Append(record, CardSchedule(), 0, 0);
     // The disk fills up within the next line, and has room again afterwards.
     const std::string whole = Log();
     {
         const FullDisk full(whole.size() + 30);
-        log.Append(record);
+        log.Append(record, CardSchedule(), 0, 0);
     }
-    log.Append(record);
+    log.Append(record, CardSchedule(), 0, 0);
     EXPECT_EQ(Log(), whole + kReview.substr(0, 30) + "\n" + kReview + "\t-\n");
     EXPECT_EQ(ReadAll().Reviews().size(), 2U);
     EXPECT_EQ(ReadAll().ForeignLines(), 1);
@@ -132,12 +132,12 @@ TEST_F(ReviewLogTest, ALogThatCannotBeWrittenIsTracedOnce) {
     gTraceHook = [](const wxString&) { ++traced; };
     ASSERT_EQ(::mkfifo(mPath.utf8_string().c_str(), 0600), 0);
     ReviewLog log(mPath);
-    log.Append(ReviewRecord());
-    log.Append(ReviewRecord());
+    log.Append(ReviewRecord(), CardSchedule(), 0, 0);
+    log.Append(ReviewRecord(), CardSchedule(), 0, 0);
     EXPECT_EQ(ReadAll().Reviews().size(), 0U);
     std::filesystem::remove(mPath.utf8_string());
     std::filesystem::create_directory(mPath.utf8_string());
-    log.Append(ReviewRecord());
+    log.Append(ReviewRecord(), CardSchedule(), 0, 0);
     gTraceHook = nullptr;
     EXPECT_EQ(traced, 1);
     EXPECT_EQ(ReadAll().Reviews().size(), 0U);
@@ -169,7 +169,7 @@ TEST_F(ReviewLogTest, AHugeLogIsReadOnFromItsEnd) {
     ReviewHistory history = ReadAll();
     EXPECT_EQ(history.Reviews().size(), 50000U);
     ReviewLog log(mPath);
-    log.Append(ReviewRecord());
+    log.Append(ReviewRecord(), CardSchedule(), 0, 0);
     EXPECT_TRUE(history.Update(mPath, mCancelled));
     EXPECT_EQ(history.Reviews().size(), 50001U);
     EXPECT_EQ(history.Cards().size(), 2U);

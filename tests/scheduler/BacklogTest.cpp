@@ -65,7 +65,7 @@ TEST_F(BacklogTest, AfterAHolidayTheBacklogIsGoneTenDaysLater) {
     InsertCards(900, 21, 0);
     ReviewRecord last;
     last.Time = mClock.Now().GetTicks() - 22 * kDay;
-    ReviewLog(ReviewLogPath(StorePath())).Append(last);
+    ReviewLog(ReviewLogPath(StorePath())).Append(last, CardSchedule(), 0, 0);
     StudyDay day(mClock);
     day.SetLimits({1, false, 90, false, 0});
     day.Open(&mDatabase, nullptr);

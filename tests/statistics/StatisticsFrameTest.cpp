@@ -35,7 +35,7 @@ struct StatisticsFrameTest : FrameTest<StatisticsFrame> {
             record.CardId = card.CardId;
             record.Score = i == 1 ? 1 : 4;
             record.Elapsed = i == 0 ? -1 : kDay;
-            log.Append(record);
+            log.Append(record, CardSchedule(), 0, 0);
         }
         return card.CardId;
     }
@@ -146,7 +146,7 @@ TEST_F(StatisticsFrameTest, CardsThatTakeTooMuchAreExcludedOrBegunAnewInOneStep)
         record.OldInterval = static_cast<float>(kDay);
         for (int i = *front == 't' ? 0 : 1; i < 9; ++i) {
             record.Time = now - 40 * kDay + i * kDay;
-            ReviewLog(ReviewLogPath(StorePath())).Append(record);
+            ReviewLog(ReviewLogPath(StorePath())).Append(record, CardSchedule(), 0, 0);
         }
     }
     Open();
@@ -194,7 +194,7 @@ TEST_F(StatisticsFrameTest, TheOverviewSaysWhatTheMonthSuggestsUntilItIsSentAway
         record.Elapsed = 1;
         record.Score = i % 10 == 0 ? 0 : 3;
         record.OldInterval = static_cast<float>(i % 10 == 0 ? kDay : 1);
-        log.Append(record);
+        log.Append(record, CardSchedule(), 0, 0);
     }
     Open();
     DrainEvents();

@@ -25,7 +25,7 @@ struct StudyFrameDay : StudyFrameTest {
         record.CardId = card.CardId;
         record.Elapsed = record.Score = 1;
         record.OldInterval = 86400;
-        ReviewLog(ReviewLogPath(StorePath())).Append(record);
+        ReviewLog(ReviewLogPath(StorePath())).Append(record, CardSchedule(), 0, 0);
     }
 };
 
