@@ -147,6 +147,8 @@ LogMerge::LogMerge(std::string path, std::vector<ScheduleEvent> events,
               [](const ScheduleEvent& one, const ScheduleEvent& other) {
                   return KeyOf(one) < KeyOf(other);
               });
+    mByName.clear();
+    mByLine.clear();
     for (size_t i = 0; i < mEvents.size(); ++i) {
         const ScheduleEvent& event = mEvents[i];
         mByName[{event.Session, event.Number, event.IsSet}] = i;

@@ -161,11 +161,21 @@ std::vector<ReviewRecord> ReadCardReviews(const wxString& path, const CardUuid& 
     return reviews;
 }
 
+namespace {
+
+std::string BytesBefore(int file, int64_t offset) {
+    std::string bytes(static_cast<size_t>(std::min<int64_t>(offset, 128)), '\0');
+    const auto size = static_cast<int64_t>(bytes.size());
+    return ::pread(file, bytes.data(), bytes.size(), offset - size) == size ? bytes : std::string();
+}
+
+}  // namespace
+
 bool ReviewHistory::Update(const wxString& path, const std::atomic<bool>& cancelled) {
     struct stat status {};
     const FileDescriptor file = OpenForReading(path, status);
     if (!file.IsOpen() || status.st_dev != mDevice || status.st_ino != mFile ||
-        status.st_size < mOffset) {
+        status.st_size < mOffset || BytesBefore(file.Get(), mOffset) != mEnd) {
         *this = ReviewHistory();
     }
     if (!file.IsOpen()) {
@@ -179,10 +189,12 @@ bool ReviewHistory::Update(const wxString& path, const std::atomic<bool>& cancel
         mReviews.reserve(
             static_cast<size_t>(std::min(status.st_size / kTypicalLine, kMostReserved)));
     }
-    return ReadPieces(file.Get(), mOffset, [&](std::string_view piece) {
+    const bool isDone = ReadPieces(file.Get(), mOffset, [&](std::string_view piece) {
         Take(piece);
         return !cancelled;
     });
+    mEnd = BytesBefore(file.Get(), mOffset);
+    return isDone;
 }
 
 namespace {

@@ -150,9 +150,8 @@ class ReviewHistory {
     };
     static constexpr uint32_t kNone = UINT32_MAX;
 
-    // Reads the log from where the last call ended, or anew when it is another file or shorter than
-    // before. A missing log is empty. Returns false when cancelled became true; a later call then
-    // continues.
+    // Reads the log from where the last call ended, or anew when it is another file than before. A
+    // missing log is empty. Returns false when cancelled became true; a later call then continues.
     bool Update(const wxString& path, const std::atomic<bool>& cancelled);
     // Takes bytes of a log, which may end anywhere within a line.
     void Take(std::string_view bytes);
@@ -195,4 +194,6 @@ class ReviewHistory {
     uint64_t mDevice = 0;
     uint64_t mFile = 0;
     int64_t mOffset = 0;
+    // The last bytes before there: another log may have the number of one that is gone.
+    std::string mEnd;
 };

@@ -158,30 +158,51 @@ class EventOrder {
     std::vector<size_t> mWaitsFor;
 };
 
-// Takes out the reviews in whose place another one stands.
-void DropReplaced(std::vector<ScheduleEvent>& events) {
-    std::vector<ScheduleEvent> kept;
-    kept.reserve(events.size());
-    for (ScheduleEvent& event : events) {
-        const auto end =
-            kept.size() > kFarthestReplaced ? kept.rbegin() + kFarthestReplaced : kept.rend();
-        const auto find = [&](bool isSameSession) {
-            return std::find_if(kept.rbegin(), end, [&](const ScheduleEvent& earlier) {
-                return !earlier.IsSet && earlier.Time == event.Review.Replaces &&
-                       (!isSameSession || earlier.Session == event.Session);
-            });
-        };
-        auto replaced = end;
-        if (!event.IsSet && event.Review.Replaces >= 0) {
-            replaced = find(true);
-            replaced = replaced == end ? find(false) : replaced;
-        }
+// Takes the reviews out in whose place this one stands. It names the last of them; when the same
+// score had been given again, that one began from the other, and this one where the first of them
+// did.
+void DropReplaced(const ScheduleEvent& event, std::vector<ScheduleEvent>& kept) {
+    const auto end =
+        kept.size() > kFarthestReplaced ? kept.rbegin() + kFarthestReplaced : kept.rend();
+    const auto find = [&](auto from, bool isSameSession, const auto& isWanted) {
+        return std::find_if(from, end, [&](const ScheduleEvent& earlier) {
+            return !earlier.IsSet && isWanted(earlier) &&
+                   (!isSameSession || earlier.Session == event.Session);
+        });
+    };
+    const auto isNamed = [&event](const ScheduleEvent& earlier) {
+        return earlier.Time == event.Review.Replaces;
+    };
+    const auto hasSameBegin = [&event](const ScheduleEvent& earlier) {
+        return BitsOf(earlier.From) == BitsOf(event.From);
+    };
+    const auto own = find(kept.rbegin(), true, isNamed);
+    if (own == end) {
+        const auto replaced = find(kept.rbegin(), false, isNamed);
         if (replaced != end) {
             kept.erase(std::next(replaced).base());
         }
+        return;
+    }
+    const auto found = find(own, true, hasSameBegin);
+    const auto first = std::next(found == end ? own : found).base();
+    const auto isReplaced = [&event](const ScheduleEvent& earlier) {
+        return !earlier.IsSet && earlier.Session == event.Session;
+    };
+    const auto last = own.base();
+    kept.erase(std::remove_if(first, last, isReplaced), last);
+}
+
+std::vector<ScheduleEvent> WithoutReplaced(std::vector<ScheduleEvent> events) {
+    std::vector<ScheduleEvent> kept;
+    kept.reserve(events.size());
+    for (ScheduleEvent& event : events) {
+        if (!event.IsSet && event.Review.Replaces >= 0) {
+            DropReplaced(event, kept);
+        }
         kept.push_back(std::move(event));
     }
-    events = std::move(kept);
+    return kept;
 }
 
 // Returns the seconds that passed before a review with this schedule; not negative.
@@ -222,6 +243,7 @@ class Fold {
         CardSchedule& state = mResult.Schedule;
         if (mIsFirst) {
             state = event.From;
+            state.ERC = 0;
         }
         const int32_t erc = event.HasExtension ? event.After.ERC : state.ERC;
         if (BeganFrom(event, state)) {
@@ -258,8 +280,7 @@ class Fold {
 
 FoldResult FoldEvents(std::vector<ScheduleEvent> events,
                       const std::function<bool(const ScheduleEvent&)>& isAhead) {
-    events = EventOrder(std::move(events), isAhead).Take();
-    DropReplaced(events);
+    events = WithoutReplaced(EventOrder(std::move(events), isAhead).Take());
     Fold fold(isAhead);
     for (const ScheduleEvent& event : events) {
         fold.Take(event);

@@ -29,6 +29,14 @@ void CardHistory::EraseAt(int index) {
     mEntries.erase(std::next(mEntries.begin(), index));
 }
 
+void CardHistory::SetReviewTime(const CardUuid& id, int64_t time) {
+    for (HistoryEntry& entry : mEntries) {
+        if (entry.CardId == id) {
+            entry.ReviewTime = time;
+        }
+    }
+}
+
 const CategoryReady* FindNextDue(const std::vector<CategoryReady>& categories, int32_t categoryId) {
     const auto current = std::find_if(
         categories.begin(), categories.end(),
@@ -331,6 +339,7 @@ void Scheduler::ScoreCard(int score) {
     schedule.LastReview = mSources.Time.Now();
     schedule.LastScore = static_cast<uint8_t>(score);
     schedule.Difficulty = result.Difficulty;
+    mHistory.SetReviewTime(mCurrentCard.CardId, schedule.LastReview.GetTicks());
     RenumberCard();
     VELOMIND_TRACE("ERC==%08x", schedule.ERC);
     // A failure in the store ends the program, so the result need not be checked.
@@ -393,10 +402,8 @@ int64_t Scheduler::KeepOrRestoreSchedule(int score) {
     if (entry == nullptr) {
         return -1;
     }
-    CardSchedule& schedule = ScheduleOf(mCurrentCard, entry->Direction);
-    const int64_t replaced = schedule.LastReview.IsValid() ? schedule.LastReview.GetTicks() : -1;
-    schedule = entry->Schedule;
-    return replaced;
+    ScheduleOf(mCurrentCard, entry->Direction) = entry->Schedule;
+    return entry->ReviewTime;
 }
 
 const HistoryEntry* Scheduler::EntryToRestore(int score) const {

@@ -36,6 +36,9 @@ struct HistoryEntry {
     CardUuid CardId;
     CardSchedule Schedule;
     ReviewDirection Direction = kReviewNone;
+    // When it was scored last, in seconds since 1970; -1 until then. The store may have a later
+    // review, which another computer has sent.
+    int64_t ReviewTime = -1;
 };
 
 // The cards scored last, newest first: at most 20, each card once.
@@ -51,6 +54,7 @@ class CardHistory {
     // Returns the entry of that card, or null.
     const HistoryEntry* Find(const CardUuid& id) const;
     void EraseAt(int index);
+    void SetReviewTime(const CardUuid& id, int64_t time);
 
   private:
     std::list<HistoryEntry> mEntries;

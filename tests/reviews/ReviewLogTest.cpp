@@ -3,6 +3,7 @@
 #include <atomic>
 #include <filesystem>
 
+#include "reviews/ScheduleEvents.h"
 #include "scheduler/Scheduler.h"
 #include "support/StoreFixture.h"
 
@@ -17,6 +18,13 @@ struct ReviewLogTest : StoreFixture {
         ReviewHistory history;
         EXPECT_TRUE(history.Update(mPath, mCancelled));
         return history;
+    }
+    std::vector<ScheduleEvent> ReadEvents() {
+        std::vector<ScheduleEvent> events;
+        VisitEvents(
+            mPath, 0, [&events](const ScheduleEvent& event) { events.push_back(event); },
+            mCancelled);
+        return events;
     }
     wxString mPath = ReviewLogPath(StorePath());
     std::atomic<bool> mCancelled{false};
@@ -33,14 +41,23 @@ TEST_F(ReviewLogTest, EachScoreIsALineThatSaysWhatItReplaces) {
     const FlashCard card = Insert(MakeCard("front", "back"));
     Scheduler scheduler(mDatabase, {category, maintenance, clock, random, &log});
     scheduler.SetDirections(kReviewForward);
-    scheduler.ScoreCard(4);
-    clock.Advance(86400);
-    scheduler.ScoreCard(5);
-    clock.Advance(60);
-    for (const int score : {1, 1}) {
+    scheduler.SetRelearnShare(25);
+    // Before and after each score.
+    std::vector<CardSchedule> stored{Stored(card.CardId).Forward};
+    const auto score = [&](int number, int64_t seconds) {
+        clock.Advance(seconds);
+        scheduler.ScoreCard(number);
+        stored.push_back(Stored(card.CardId).Forward);
         scheduler.SetHistoryIndex(0);
-        scheduler.ScoreCard(score);
-    }
+    };
+    score(4, 0);
+    scheduler.SetHistoryIndex(-1);
+    score(5, 86400);
+    // Another computer has sent a review, whose place the next score does not take.
+    mDatabase.Execute("UPDATE Cards SET LastReview = LastReview + 30, LastScore = 3");
+    scheduler.SetHistoryIndex(0);
+    score(1, 60);
+    score(1, 0);
     const std::string id = FormatUuid(card.CardId).utf8_string();
     const std::string lines[] = {
         "2023-11-14T22:13:20Z\t" + id + "\tF\t4\t-\t5\t14400\t16\t16\t-",
@@ -50,8 +67,20 @@ TEST_F(ReviewLogTest, EachScoreIsALineThatSaysWhatItReplaces) {
     std::string expected =
         "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\t"
         "new difficulty\treplaces\n";
-    for (const std::string& line : lines) {
-        expected += line + "\n";
+    // The third score begins where the second one did, whose place it takes.
+    const CardSchedule began[] = {stored[0], stored[1], stored[1], stored[3]};
+    const std::vector<ScheduleEvent> events = ReadEvents();
+    ASSERT_EQ(events.size(), 4U);
+    for (size_t i = 0; i < events.size(); ++i) {
+        CardSchedule from = events[i].From;
+        from.ERC = began[i].ERC;
+        EXPECT_TRUE(from == began[i] && events[i].After == stored[i + 1]) << i;
+        EXPECT_EQ(events[i].Share, 25);
+        EXPECT_EQ(events[i].Session, EventSession());
+        EXPECT_EQ(events[i].Number, events[0].Number + static_cast<int64_t>(i));
+        const std::string both = FormatEvent(events[i]);
+        EXPECT_EQ(both.substr(0, both.find('\n')), lines[i]);
+        expected += both;
     }
     EXPECT_EQ(Log(), expected);
     std::string replaced;
@@ -120,7 +149,9 @@ TEST_F(ReviewLogTest, ALineAfterATornOneStartsAnew) {
         log.Append(record, CardSchedule(), 0, 0);
     }
     log.Append(record, CardSchedule(), 0, 0);
-    EXPECT_EQ(Log(), whole + kReview.substr(0, 30) + "\n" + kReview + "\t-\n");
+    const std::string torn = whole + kReview.substr(0, 30) + "\n" + kReview + "\t-\n";
+    EXPECT_EQ(Log().substr(0, torn.size()), torn);
+    EXPECT_EQ(ReadEvents().size(), 2U);
     EXPECT_EQ(ReadAll().Reviews().size(), 2U);
     EXPECT_EQ(ReadAll().ForeignLines(), 1);
 }

@@ -34,14 +34,24 @@ struct Machine {
     uint64_t Session = 0;
     int64_t Number = 0;
     int64_t ClockError = 0;
+    // When it scored last.
+    int64_t Scored = 0;
 };
 
-// Several computers with one card, told by a script. "A4" scores it on computer A and "A<3" scores
-// it there once more in place of the last score; "A=" sets the interval by hand and "A-" makes the
-// card a new one; "A%50" sets what a forgotten card keeps, "A+" puts the clock nine years ahead and
-// "A." right again, with a new start of the program. "day" passes a day, "both" brings all that
-// happened to each computer, "old" begins with an event from before extensions.
+// Several computers with one card, told by a script. "A4" scores it on computer A, "A<3" scores it
+// there once more in place of the last score, and "A~4" gives the same score again; "A=" sets the
+// interval by hand and "A-" makes the card a new one; "A%50" sets what a forgotten card keeps, "A+"
+// puts the clock nine years ahead and "A." right again, with a new start of the program. "day"
+// passes a day, "both" brings all that happened to each computer, "old" begins with an event from
+// before extensions.
 struct Story {
+    Story() {
+        for (const char name : {'A', 'B'}) {
+            Machine& machine = Machines[name];
+            machine.State = {true, Time(kStart - 20 * 86400), 4, 16 * 86400.0f, 16, 5};
+            machine.Session = static_cast<uint64_t>(name) << 8;
+        }
+    }
     void Do(const std::string& word) {
         if (word == "day") {
             Now += 86400;
@@ -52,16 +62,8 @@ struct Story {
         } else if (word == "old") {
             IsOld = true;
         } else {
-            DoOn(MachineOf(word[0]), word.substr(1));
+            DoOn(Machines.at(word[0]), word.substr(1));
         }
-    }
-    Machine& MachineOf(char name) {
-        const auto [found, isNew] = Machines.try_emplace(name);
-        if (isNew) {
-            found->second.State = {true, Time(Now - 20 * 86400), 4, 16 * 86400.0f, 16, 5};
-            found->second.Session = static_cast<uint64_t>(name) << 8;
-        }
-        return found->second;
     }
     static wxDateTime Time(int64_t seconds) { return wxDateTime(wxLongLong(seconds * 1000)); }
     static bool IsAhead(const ScheduleEvent& event) { return event.Time > kStart + kNineYears / 2; }
@@ -76,7 +78,7 @@ struct Story {
         } else if (word == "=" || word == "-") {
             Set(machine, word == "-");
         } else {
-            Score(machine, word.back() - '0', word[0] == '<');
+            Score(machine, word.back() - '0', word[0]);
         }
     }
     ScheduleEvent& AddEvent(Machine& machine) {
@@ -87,7 +89,9 @@ struct Story {
         Events.push_back(event);
         return Events.back();
     }
+    // A set schedule stands after the review before it even where the clock is behind that.
     void Set(Machine& machine, bool isReset) {
+        const int64_t last = machine.State.LastReview.GetTicks();
         if (isReset) {
             machine.State = {false, Time(kStart), 0, 5, 16, 0};
         } else {
@@ -95,24 +99,29 @@ struct Story {
         }
         ScheduleEvent& event = AddEvent(machine);
         event.IsSet = true;
+        event.Time = std::max(event.Time, last + 1);
         event.After = machine.State;
         machine.Lost = 0;
     }
-    void Score(Machine& machine, int score, bool isAnew) {
-        const int64_t replaced = machine.State.LastReview.GetTicks();
+    void Score(Machine& machine, int score, char how) {
+        const bool isAnew = how == '<';
         if (isAnew) {
             machine.State = machine.Before;
             machine.Lost = machine.LostBefore;
         }
-        machine.Before = machine.State;
-        machine.LostBefore = machine.Lost;
+        if (how != '~') {
+            machine.Before = machine.State;
+            machine.LostBefore = machine.Lost;
+        }
         ScheduleEvent& event = AddEvent(machine);
         event.HasExtension = !IsOld;
         event.From = machine.State;
+        event.From.ERC = 0;
         event.Share = machine.Share;
         event.Review.Time = event.Time;
         event.Review.Score = static_cast<uint8_t>(score);
-        event.Review.Replaces = isAnew ? replaced : -1;
+        event.Review.Replaces = isAnew ? machine.Scored : -1;
+        machine.Scored = event.Time;
         if (machine.State.Introduced) {
             event.Review.Elapsed =
                 std::max<int64_t>(0, event.Time - machine.State.LastReview.GetTicks());
@@ -183,7 +192,9 @@ TEST_F(ScheduleFoldTest, AScheduleDependsOnTheSetOfEventsAlone) {
         // scored meanwhile.
         {"A4 A<5 day A<0 A3", "3= 4="},
         {"A4 B5 A<2 day A3", "2= 3~ 4~"},
-        {"A4 B5 both A<2", "2= 3~"},
+        {"A4 B5 both A<2 A<0", "2= 4~"},
+        {"A4 A~4 A<2 day A3", "3= 4="},
+        {"A4 B5 A~4 A<2 A<5", "2= 5~"},
         // What is kept after a failure goes by the computer of the pass.
         {"A%50 A0 day A4", "1= 2="},
         {"A%50 A0 B0 day A4", "1= 2~ 3~!"},
@@ -197,7 +208,7 @@ TEST_F(ScheduleFoldTest, AScheduleDependsOnTheSetOfEventsAlone) {
         // A clock that was nine years ahead, and put right: what followed still follows.
         {"A4 A+ A5 A. A3 day A4", "1= 2= 3= 4="},
         {"A4 A+ A= day A. A3", "1= 2= 3="},
-        {"A+ A5 A. A- A3 day A4", "2= 3= 4= 1~"},
+        {"A+ A5 A. A- A3 day A4", "1= 2= 3= 4="},
         {"A+ A5 A- A. A3 day A4", "1= 2= 3= 4="},
         {"A+ A4 B5 day B3", "2= 3= 1~"},
         // Lines of earlier versions tell less, and still are a chain.
@@ -251,7 +262,7 @@ TEST_F(ScheduleFoldTest, NoSetOfEventsIsTooMuch) {
     for (size_t i = 0; i < events.size(); ++i) {
         ScheduleEvent& event = events[i];
         event.Session = i % 7 + 1;
-        event.Number = static_cast<int64_t>(i * 7919 % 1000);
+        event.Number = static_cast<int64_t>(i * 7919 % 20011);
         event.Time = event.Review.Time = static_cast<int64_t>(i % 100);
         event.HasExtension = true;
         event.Review.Replaces = i % 2 == 0 ? event.Time : -1;
