@@ -6,7 +6,9 @@
 #include <random>
 #include <string>
 
+#include "base/Files.h"
 #include "reviews/ReviewFigures.h"
+#include "reviews/ScheduleEvents.h"
 #include "support/Fakes.h"
 
 // Measures the statistics of 100,000 cards beside their floor, which reads the same table by bare
@@ -55,7 +57,10 @@ void WriteLog(const wxString& path, int64_t lines) {
         record.OldInterval = static_cast<float>(random() % 10000000);
         record.NewInterval = static_cast<float>(random() % 10000000) / 7;
         record.OldDifficulty = record.NewDifficulty = 16;
-        file << FormatReviewLine(record);
+        // Half of them were written before reviews had extensions.
+        const bool isOld = i % 2 == 0;
+        file << (isOld ? FormatReviewLine(record)
+                       : FormatEvent(MakeReviewEvent(record, CardSchedule(), 25, 4711)));
     }
 }
 
@@ -165,6 +170,52 @@ void ReviewLogAppend(benchmark::State& state) {
     state.counters["own_ms"] = times[times.size() / 2];
     std::filesystem::remove_all(directory);
 }
+
+// Brings the reviews of another computer's day into a log, beside reading and writing its bytes.
+void ReviewLogMerge(benchmark::State& state) {
+    const std::string directory = std::string(VELOMIND_BENCH_DIRECTORY) + "/figures";
+    std::filesystem::create_directories(directory);
+    const std::string path = directory + "/merge.reviews";
+    const std::string copy = directory + "/copy";
+    WriteLog(wxString::FromUTF8(path), state.range(0));
+    std::vector<double> floors;
+    std::vector<double> times;
+    int64_t session = 1;
+    for (auto _ : state) {
+        std::vector<ScheduleEvent> events(200);
+        for (size_t i = 0; i < events.size(); ++i) {
+            events[i].Time = events[i].Review.Time = kNow - 86400 + static_cast<int64_t>(i) * 60;
+            events[i].CardId = events[i].Review.CardId = IdOf(static_cast<int>(i));
+            events[i].Session = static_cast<uint64_t>(session);
+            events[i].Number = static_cast<int64_t>(i);
+            events[i].HasExtension = true;
+        }
+        ++session;
+        std::filesystem::remove(copy);
+        auto start = std::chrono::steady_clock::now();
+        CopyToNewFile(path, copy);
+        floors.push_back(Milliseconds(start));
+        start = std::chrono::steady_clock::now();
+        if (MergeEvents(wxString::FromUTF8(path), std::move(events), {}) != 0) {
+            state.SkipWithError("the log was not merged");
+        }
+        times.push_back(Milliseconds(start));
+        state.SetIterationTime(times.back() * 1e-3);
+    }
+    std::sort(floors.begin(), floors.end());
+    std::sort(times.begin(), times.end());
+    state.counters["own_ms"] = times[times.size() / 2];
+    state.counters["floor_ms"] = floors[floors.size() / 2];
+    std::filesystem::remove_all(directory);
+}
+
+BENCHMARK(ReviewLogMerge)
+    ->ArgName("lines")
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->Iterations(5)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 
 BENCHMARK(ReviewLogAppend)
     ->ArgName("lines")

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -86,6 +87,8 @@ class LogMerge {
     void Rename(ScheduleEvent& event) const;
     int Open();
     int Read();
+    bool IsEarlier(std::string_view line) const;
+    void PutAfter(size_t event, int64_t end);
     void TakeEvent(ScheduleEvent event, int64_t end);
     void TakeOther(std::string_view line, int64_t begin, int64_t end);
     std::vector<Insertion> PlaceEvents();
@@ -100,6 +103,8 @@ class LogMerge {
     std::map<std::tuple<uint64_t, int64_t, bool>, size_t> mByName;
     // The reviews by what their first lines say.
     std::map<int64_t, size_t> mByLine;
+    // The time of the first event as the log has it.
+    std::string mFirstTime;
 
     FileDescriptor mLog;
     struct stat mStatus {};
@@ -149,6 +154,10 @@ LogMerge::LogMerge(std::string path, std::vector<ScheduleEvent> events,
               });
     mByName.clear();
     mByLine.clear();
+    if (!mEvents.empty()) {
+        std::array<char, kTimeStampLength> time{};
+        mFirstTime.assign(time.data(), WriteTime(time.data(), mEvents.front().Time));
+    }
     for (size_t i = 0; i < mEvents.size(); ++i) {
         const ScheduleEvent& event = mEvents[i];
         mByName[{event.Session, event.Number, event.IsSet}] = i;
@@ -185,13 +194,10 @@ int LogMerge::Open() {
 void LogMerge::TakeEvent(ScheduleEvent event, int64_t end) {
     mHasRenamed = mHasRenamed || mRenamed.count(event.CardId) > 0;
     Rename(event);
-    mIsInHeading = false;
-    mLastEnd = end;
     const auto next = std::upper_bound(
         mEvents.begin(), mEvents.end(), event,
         [](const auto& one, const auto& other) { return KeyOf(one) < KeyOf(other); });
-    mLast = static_cast<size_t>(next - mEvents.begin());
-    mPlaces[mLast] = end;
+    PutAfter(static_cast<size_t>(next - mEvents.begin()), end);
     const auto same = mByName.find({event.Session, event.Number, event.IsSet});
     if (same != mByName.end()) {
         mAreThere[same->second] = true;
@@ -219,6 +225,20 @@ void LogMerge::TakeOther(std::string_view line, int64_t begin, int64_t end) {
     }
 }
 
+// Most lines are older than all that is new, which the text of their time tells: they need not be
+// taken apart.
+bool LogMerge::IsEarlier(std::string_view line) const {
+    return mRenamed.empty() && line.size() > mFirstTime.size() && line.front() >= '0' &&
+           line.front() <= '9' && line.compare(0, mFirstTime.size(), mFirstTime) < 0;
+}
+
+// Lets this event and those after it stand after a line.
+void LogMerge::PutAfter(size_t event, int64_t end) {
+    mIsInHeading = false;
+    mLast = event;
+    mLastEnd = mPlaces[event] = end;
+}
+
 int LogMerge::Read() {
     // One more, for what no event follows.
     mPlaces.assign(mEvents.size() + 1, 0);
@@ -244,7 +264,10 @@ int LogMerge::Read() {
             0, static_cast<size_t>(std::clamp<int64_t>(mStatus.st_size - begin, 0, kLogPiece)));
         SplitLines(piece, rest, [&](std::string_view line, size_t at) {
             const int64_t end = begin + static_cast<int64_t>(at);
-            if (!scan.Take(line, lineBegin, end)) {
+            if (IsEarlier(line)) {
+                scan.Finish();
+                PutAfter(0, end);
+            } else if (!scan.Take(line, lineBegin, end)) {
                 TakeOther(line, lineBegin, end);
             }
             lineBegin = end;
