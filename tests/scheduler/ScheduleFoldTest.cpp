@@ -42,8 +42,8 @@ struct Machine {
 // there once more in place of the last score, and "A~4" gives the same score again; "A=" sets the
 // interval by hand and "A-" makes the card a new one; "A%50" sets what a forgotten card keeps, "A+"
 // puts the clock nine years ahead and "A." right again, with a new start of the program. "day"
-// passes a day, "both" brings all that happened to each computer, "old" begins with an event from
-// before extensions.
+// passes a day, "back" puts all clocks back by an hour, "both" brings all that happened to each
+// computer, "old" begins with an event from before extensions.
 struct Story {
     Story() {
         for (const char name : {'A', 'B'}) {
@@ -53,8 +53,8 @@ struct Story {
         }
     }
     void Do(const std::string& word) {
-        if (word == "day") {
-            Now += 86400;
+        if (word == "day" || word == "back") {
+            Now += word == "day" ? 86400 : -3600;
         } else if (word == "both") {
             for (auto& [name, machine] : Machines) {
                 machine.State = FoldEvents(Events, IsAhead).Schedule;
@@ -210,6 +210,8 @@ TEST_F(ScheduleFoldTest, AScheduleDependsOnTheSetOfEventsAlone) {
         {"A4 A+ A= day A. A3", "1= 2= 3="},
         {"A+ A5 A. A- A3 day A4", "1= 2= 3= 4="},
         {"A+ A5 A- A. A3 day A4", "1= 2= 3= 4="},
+        {"A4 A= back A-", "1= 2= 3="},
+        {"A4 back A5 B3", "1= 2= 3~"},
         {"A+ A4 B5 day B3", "2= 3= 1~"},
         // Lines of earlier versions tell less, and still are a chain.
         {"old A4 day A5 A0 day A3", "1= 2= 3= 4="},
