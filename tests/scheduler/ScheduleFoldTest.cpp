@@ -211,7 +211,7 @@ TEST_F(ScheduleFoldTest, AScheduleDependsOnTheSetOfEventsAlone) {
         {"A+ A5 A. A- A3 day A4", "1= 2= 3= 4="},
         {"A+ A5 A- A. A3 day A4", "1= 2= 3= 4="},
         {"A4 A= back A-", "1= 2= 3="},
-        {"A4 back A5 B3", "1= 2= 3~"},
+        {"A4 back A5 B3", "3= 1~ 2~"},
         {"A+ A4 B5 day B3", "2= 3= 1~"},
         // Lines of earlier versions tell less, and still are a chain.
         {"old A4 day A5 A0 day A3", "1= 2= 3= 4="},
