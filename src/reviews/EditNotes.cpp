@@ -94,7 +94,7 @@ int SetAside(const std::string& notes, const std::string& taken) {
     if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
         return errno == ENOENT ? 0 : errno;
     }
-    // Who adds a note meanwhile waits for the lock, and then makes a new file.
+    // A note that is added meanwhile waits for the lock, and then goes into a new file.
     if (!S_ISREG(status.st_mode) || LockFile(file.Get()) == EBUSY) {
         return EBUSY;
     }

@@ -184,7 +184,7 @@ int LogMerge::Open() {
     if (!mLog.IsOpen()) {
         return errno == ENOENT ? 0 : errno;
     }
-    // Behind the lock the log ends with whole additions.
+    // While nobody holds the lock the log ends with whole additions.
     LockFile(mLog.Get());
     const int error = ::fstat(mLog.Get(), &mStatus) != 0 ? errno : 0;
     UnlockFile(mLog.Get());

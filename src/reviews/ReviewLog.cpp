@@ -30,6 +30,10 @@ bool IsBlankOrComment(std::string_view line) {
 
 }  // namespace
 
+const char kReviewLogHeading[] =
+    "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\tnew difficulty\t"
+    "replaces\n";
+
 ReviewLog::ReviewLog(const wxString& path) : mPath(ToUtf8(path)) {}
 
 void ReviewLog::SetPath(const wxString& path) {

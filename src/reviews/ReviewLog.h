@@ -80,9 +80,7 @@ constexpr int kFarthestReplaced = 1000;
 struct ScheduleEvent;
 
 // The first line of a log.
-constexpr char kReviewLogHeading[] =
-    "# time\tcard\tdirection\tscore\telapsed\tinterval\tnew interval\tdifficulty\tnew difficulty\t"
-    "replaces\n";
+extern const char kReviewLogHeading[];
 
 // Appends scores to the log of a store. Main thread only.
 class ReviewLog {

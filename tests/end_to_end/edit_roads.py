@@ -93,6 +93,9 @@ class EditRoad(RoadTest):
             [(1, 3, 0, 31)], self.sandbox.query(
                 "SELECT Introduced, LastScore, RIntroduced, RDifficulty FROM Cards"
                 " WHERE Front = 'tres'"))
+        # The log tells of the schedule that was typed, and of no other.
+        with open(self.sandbox.store + ".reviews", encoding="utf-8") as log:
+            self.assertEqual(["R"], [line.split("\t")[3] for line in log if line.startswith("#=")])
         self.sandbox.check_store()
 
     def test_what_was_typed_is_taken_back_and_made_again(self):

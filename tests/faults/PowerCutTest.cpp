@@ -14,6 +14,7 @@
 #include "files/StoreBackup.h"
 #include "files/StoreFiles.h"
 #include "files/StoreRepair.h"
+#include "reviews/ScheduleEvents.h"
 #include "store/CardSequence.h"
 #include "store/CardTexts.h"
 #include "support/StoreFixture.h"
@@ -403,6 +404,37 @@ TEST_F(PowerCutTest, AFileOfAnExchangeIsThereWholeOnceItWasTold) {
         EXPECT_TRUE(isWhole(kTwo) || marks < 2);
         EXPECT_TRUE(!isWhole(kOne) || marks < 3);
     });
+}
+
+TEST_F(PowerCutTest, ALogOfReviewsIsTheOldOneOrTheOneWithTheNewEvents) {
+    const wxString path = ReviewLogPath(DiskStore());
+    const auto eventAt = [](int64_t time) {
+        return MakeSetEvent(time, NewCard(1).CardId, kReviewForward, CardSchedule());
+    };
+    const std::string old = kReviewLogHeading + FormatEvent(eventAt(1)) + FormatEvent(eventAt(3));
+    WriteBytes(path, old);
+    const std::vector<ScheduleEvent> events{eventAt(2)};
+    const std::map<CardUuid, CardUuid> renamed{{NewCard(1).CardId, NewCard(2).CardId}};
+    mpRecording = std::make_unique<DiskRecording>(mDisk);
+    ASSERT_EQ(MergeEvents(path, events, renamed), 0);
+    mpRecording->Mark();
+    mpRecording->Stop();
+    const std::string merged = ReadBytes(path);
+    EXPECT_EQ(merged.size(), old.size() + FormatEvent(events[0]).size());
+    CutEverywhere([&](size_t marks) {
+        const std::string found = ReadBytes(ReviewLogPath(StorePath()));
+        EXPECT_TRUE(found == merged || (found == old && marks == 0)) << found;
+    });
+    mpRecording.reset();
+    int calls = 0;
+    for (int position = 1; position <= calls + 1; ++position) {
+        WriteBytes(path, old);
+        DiskRecording::FailCall(position, true);
+        const int error = MergeEvents(path, events, renamed);
+        calls = std::max(calls, DiskRecording::FailCall(0, false));
+        EXPECT_EQ(ReadBytes(path), error == 0 ? merged : old) << position;
+    }
+    EXPECT_GT(calls, 5);
 }
 
 TEST_F(PowerCutTest, AMoveOverAFileLeavesThatFileOrTheStore) {
