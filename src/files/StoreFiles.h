@@ -38,6 +38,10 @@ bool IsDatabaseFile(const wxString& path);
 // forgotten card keeps need it, so an operation on it that fails is ignored.
 constexpr char kReviewLogSuffix[] = ".reviews";
 
+// An empty file of this name beside a store says that a backup was restored there, until the next
+// exchange with other computers has asked what that means for them.
+constexpr char kRestoredSuffix[] = ".restored";
+
 // Returns the path of a store's log of reviews; empty for an empty path.
 wxString ReviewLogPath(const wxString& storePath);
 

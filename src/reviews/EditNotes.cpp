@@ -248,6 +248,12 @@ class StepContents {
     }
 
     void TakeUnion(const StoreChange& change) {
+        for (const StoreChange& one : change.Unions) {
+            TakeUnion(one);
+        }
+        if (change.Cards.size() < StoreChange::kCardsOfUnion) {
+            return;
+        }
         const std::vector<FlashCard>& kept = change.Present.empty() ? change.Cards : change.Present;
         TakeEdit(kept[0], kept[1]);
         Note(change.Cards[2].CardId, FieldsOfCard(change.IsTakenBack));

@@ -76,7 +76,8 @@ class LogMerge {
              const std::map<CardUuid, CardUuid>& renamed);
 
     // Returns 0, ESTALE when another log has taken the place of this one, or the error's number.
-    int Try();
+    // The events come before the lines past the limit, which moves with those.
+    int Try(int64_t& limit);
 
   private:
     struct Insertion {
@@ -91,7 +92,7 @@ class LogMerge {
     void PutAfter(size_t event, int64_t end);
     void TakeEvent(ScheduleEvent event, int64_t end);
     void TakeOther(std::string_view line, int64_t begin, int64_t end);
-    std::vector<Insertion> PlaceEvents();
+    std::vector<Insertion> PlaceEvents(int64_t limit);
     int Write(const std::vector<Insertion>& insertions, int target);
     int RenameLines(int target, int64_t begin) const;
     int Replace(const std::string& aside, int target);
@@ -278,13 +279,13 @@ int LogMerge::Read() {
     return read < mStatus.st_size ? EIO : 0;
 }
 
-std::vector<LogMerge::Insertion> LogMerge::PlaceEvents() {
+std::vector<LogMerge::Insertion> LogMerge::PlaceEvents(int64_t limit) {
     std::vector<Insertion> insertions = mExtensions;
     int64_t place = mHeading;
     for (size_t i = 0; i < mEvents.size(); ++i) {
         place = std::max(place, mPlaces[i]);
         if (!mAreThere[i]) {
-            insertions.push_back({place, FormatEvent(mEvents[i])});
+            insertions.push_back({std::min(place, limit), FormatEvent(mEvents[i])});
         }
     }
     std::stable_sort(
@@ -366,14 +367,20 @@ int LogMerge::Replace(const std::string& aside, int target) {
     return error;
 }
 
-int LogMerge::Try() {
+int LogMerge::Try(int64_t& limit) {
     int error = Open();
     error = error == 0 ? Read() : error;
     if (error != 0) {
         return error;
     }
-    const std::vector<Insertion> insertions = PlaceEvents();
+    const int64_t first = std::clamp<int64_t>(limit, mHeading, mStatus.st_size);
+    const std::vector<Insertion> insertions = PlaceEvents(first);
+    int64_t moved = first;
+    for (const Insertion& insertion : insertions) {
+        moved += insertion.Place <= first ? static_cast<int64_t>(insertion.Text.size()) : 0;
+    }
     if (insertions.empty() && !mHasRenamed) {
+        limit = moved;
         return 0;
     }
     const std::string aside = mPath + kAsideSuffix;
@@ -402,6 +409,7 @@ int LogMerge::Try() {
     // What was added meanwhile was as little on the disk before.
     ::fsync(target.Get());
     SyncDirectory(mPath);
+    limit = moved;
     return 0;
 }
 
@@ -409,13 +417,19 @@ int LogMerge::Try() {
 
 int MergeEvents(const wxString& path, std::vector<ScheduleEvent> events,
                 const std::map<CardUuid, CardUuid>& renamed) {
+    int64_t limit = INT64_MAX;
+    return MergeEvents(path, std::move(events), renamed, limit);
+}
+
+int MergeEvents(const wxString& path, std::vector<ScheduleEvent> events,
+                const std::map<CardUuid, CardUuid>& renamed, int64_t& limit) {
     // A link stays, and what it names is replaced.
     std::error_code missing;
     const std::filesystem::path real = std::filesystem::canonical(ToPath(path), missing);
     LogMerge merge(missing ? ToUtf8(path) : real.string(), std::move(events), renamed);
     int error = ESTALE;
     for (int i = 0; i < kMostTries && error == ESTALE; ++i) {
-        error = merge.Try();
+        error = merge.Try(limit);
     }
     return error;
 }

@@ -91,3 +91,7 @@ int64_t VisitEvents(const wxString& path, int64_t offset,
 // or the error's number with the log as it was. Any thread, one at a time.
 int MergeEvents(const wxString& path, std::vector<ScheduleEvent> events,
                 const std::map<CardUuid, CardUuid>& renamed);
+// The same, but no event comes after the limit, an offset where a line begins: what follows it was
+// added meanwhile and stays at the end. Moves the limit to where those lines begin then.
+int MergeEvents(const wxString& path, std::vector<ScheduleEvent> events,
+                const std::map<CardUuid, CardUuid>& renamed, int64_t& limit);

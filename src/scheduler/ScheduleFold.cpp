@@ -138,7 +138,7 @@ class EventOrder {
         // of time cannot tell.
         std::map<ScheduleBits, size_t> left;
         for (size_t i = 0; i < mEvents.size(); ++i) {
-            if (mEvents[i].After.Introduced || IsAhead(mEvents[i])) {
+            if (BitsOf(mEvents[i].After) != BitsOf(CardSchedule()) || IsAhead(mEvents[i])) {
                 left.emplace(BitsOf(mEvents[i].After), i);
             }
         }

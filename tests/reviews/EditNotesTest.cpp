@@ -147,7 +147,10 @@ TEST_F(EditNotesTest, EachStepNotesItsFieldsAndTheSchedulesThatItSets) {
     change = {};
     ASSERT_EQ(NoteUnion(mDatabase, kept, Stored(cards[1].CardId), merged, change), 0);
     ASSERT_EQ(mDatabase.UpdateFlashCard(merged) + mDatabase.DeleteCard(cards[1].CardId), 0);
-    mHistory.Add(std::move(change));
+    StoreChange unions;
+    unions.What = StoreChange::Kind::kUnion;
+    unions.Unions = {std::move(change)};
+    mHistory.Add(std::move(unions));
     EXPECT_EQ(Noted(cards), "0:Nf 1:D 0F0 ");
     ASSERT_EQ(mDatabase.Execute("UPDATE Cards SET Notes = 'later'"), 0);
     Undo();

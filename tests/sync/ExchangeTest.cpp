@@ -1,0 +1,277 @@
+#include "sync/Exchange.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+
+#include "base/Unicode.h"
+#include "files/StoreFiles.h"
+#include "reviews/EditNotes.h"
+#include "support/StoreFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int64_t kMonday = 1780000000;
+constexpr int64_t kDay = 86400;
+
+// A computer with a store of its own.
+struct Computer {
+    Computer(const TestDirectory& directory, const char* name) : Name(name) {
+        const wxString place = directory.Path(name);
+        fs::create_directories(ToUtf8(place));
+        Path = place + "/Words.vlm";
+        Open();
+        Store.CategoryInsert("French");
+    }
+    void Open() { Store.Open(Path, Wait); }
+
+    FlashCard Add(const wxString& front, int32_t category = 0) {
+        FlashCard card = MakeCard(front, "back of " + front, category);
+        Store.InsertFlashCard(card);
+        return card;
+    }
+    FlashCard Get(const CardUuid& id) {
+        std::list<FlashCard> found;
+        Store.SelectCardById(id, found);
+        return found.empty() ? FlashCard() : found.front();
+    }
+    void SetFront(const CardUuid& id, const wxString& front, int64_t time) {
+        FlashCard card = Get(id);
+        card.Front = front;
+        Store.UpdateFlashCard(card);
+        EditNote note;
+        note.Time = time * 1000;
+        note.CardId = id;
+        note.Fields.set(static_cast<size_t>(EditedField::kFront));
+        AddEditNotes(Path, {note});
+    }
+    wxString CategoryOf(const CardUuid& id) {
+        std::list<Category> found;
+        Store.SelectCategoryById(Get(id).CategoryId, found);
+        return found.empty() ? wxString("none") : found.front().Name;
+    }
+    int Count() {
+        int32_t count = 0;
+        Store.CountAllCards(count);
+        return count;
+    }
+
+    std::string Name;
+    wxString Path;
+    RecordingReport Report;
+    SilentUpgradeWait Wait;
+    Database Store{Report};
+};
+
+class ExchangeTest : public ::testing::Test {
+  protected:
+    ExchangeTest() { fs::create_directories(ToUtf8(Folder())); }
+    wxString Folder() const { return mDirectory.Path("folder"); }
+
+    ExchangeReport Exchange(Computer& computer, int64_t time,
+                            ExchangeAnswer answer = ExchangeAnswer::kAsk,
+                            std::optional<bool> joins = true) {
+        const FakeClock clock(time);
+        ExchangeOptions options;
+        options.StorePath = computer.Path;
+        options.Folder = Folder();
+        options.Name = computer.Name;
+        options.Time = &clock;
+        options.Rules = mRules;
+        options.Answer = answer;
+        options.JoinsEqualCards = joins;
+        return RunExchange(options);
+    }
+    // Both know the same then.
+    void Meet(int64_t time) {
+        for (Computer* const each : {&mLaptop, &mDesktop, &mLaptop}) {
+            ASSERT_EQ(Exchange(*each, time).End, ExchangeEnd::kDone);
+        }
+    }
+    std::set<std::string> Files() const {
+        std::set<std::string> names;
+        for (const fs::directory_entry& entry : fs::directory_iterator(ToUtf8(Folder()))) {
+            names.insert(entry.path().filename());
+        }
+        return names;
+    }
+
+    TestDirectory mDirectory;
+    Computer mLaptop{mDirectory, "laptop"};
+    Computer mDesktop{mDirectory, "desktop"};
+    ExchangeRules mRules;
+};
+
+}  // namespace
+
+TEST_F(ExchangeTest, AnEditOfMondayThatIsSentOnFridayLosesAgainstWednesdays) {
+    for (const bool knows : {true, false}) {
+        mRules.KnowsTimesOfEdits = knows;
+        const CardUuid id = mLaptop.Add(knows ? "one" : "two").CardId;
+        Meet(kMonday);
+        mLaptop.SetFront(id, "of Monday", kMonday + 60);
+        mDesktop.SetFront(id, "of Wednesday", kMonday + 2 * kDay);
+        Exchange(mDesktop, kMonday + 3 * kDay);
+        Exchange(mLaptop, kMonday + 4 * kDay);
+        Exchange(mDesktop, kMonday + 4 * kDay);
+        const wxString stands = knows ? "of Wednesday" : "of Monday";
+        EXPECT_EQ(mLaptop.Get(id).Front, stands);
+        EXPECT_EQ(mDesktop.Get(id).Front, stands);
+        for (const Computer* const each : {&mLaptop, &mDesktop}) {
+            const std::vector<LostText> lost = ReadLostTexts(each->Path);
+            ASSERT_FALSE(lost.empty());
+            EXPECT_EQ(lost.back().Value, knows ? "of Monday" : "of Wednesday");
+        }
+        // What one has looked at is looked at.
+        ASSERT_EQ(CloseLostText(mLaptop.Path, ReadLostTexts(mLaptop.Path).back()), 0);
+        Exchange(mLaptop, kMonday + 5 * kDay);
+        Exchange(mDesktop, kMonday + 5 * kDay);
+        EXPECT_TRUE(ReadLostTexts(mDesktop.Path).empty());
+        EXPECT_TRUE(ReadLostTexts(mLaptop.Path).empty());
+    }
+}
+
+TEST_F(ExchangeTest, AnIdThatIsUsedAgainIsNoRename) {
+    for (const bool names : {true, false}) {
+        mRules.NamesCategories = names;
+        const wxString french = names ? "French" : "Greek";
+        int32_t id = 0;
+        mLaptop.Store.FindOrInsertCategory(french, id);
+        mLaptop.Add("with " + french, id);
+        Meet(kMonday);
+        std::list<Category> found;
+        mDesktop.Store.SelectCategoryByName(french, found);
+        const CardUuid late = mDesktop.Add("late " + french, found.front().Id).CardId;
+        int32_t other = 0;
+        mLaptop.Store.FindOrInsertCategory("Other", other);
+        mLaptop.Store.UpdateFlashCardCategory(id, other);
+        mLaptop.Store.DeleteCategory(id);
+        mLaptop.Store.CategoryBringBack({id, "Cooking " + french});
+        Meet(kMonday + kDay);
+        EXPECT_EQ(mDesktop.CategoryOf(late), names ? french : "Cooking " + french);
+        EXPECT_EQ(mLaptop.CategoryOf(late), mDesktop.CategoryOf(late));
+    }
+}
+
+TEST_F(ExchangeTest, WhatTheFolderForgetsIsSentAgain) {
+    for (const bool again : {true, false}) {
+        mRules.SendsAgain = again;
+        mLaptop.Add("first");
+        Meet(kMonday);
+        const CardUuid id = mLaptop.Add("second").CardId;
+        const std::set<std::string> before = Files();
+        Exchange(mLaptop, kMonday + 60);
+        for (const std::string& name : Files()) {
+            if (before.count(name) == 0) {
+                fs::remove(ToUtf8(Folder()) + "/" + name);
+            }
+        }
+        Exchange(mLaptop, kMonday + 120);
+        Exchange(mDesktop, kMonday + 180);
+        EXPECT_EQ(mDesktop.Get(id).Front, again ? "second" : "");
+    }
+}
+
+TEST_F(ExchangeTest, ASecondOneWithNothingNewTouchesNothing) {
+    mLaptop.Add("one");
+    Meet(kMonday);
+    Meet(kMonday + 60);
+    const std::string store = ReadBytes(mLaptop.Path);
+    const std::set<std::string> files = Files();
+    const ExchangeReport report = Exchange(mLaptop, kMonday + 120);
+    EXPECT_EQ(report.End, ExchangeEnd::kDone);
+    EXPECT_EQ(report.Sent + report.Received, 0);
+    EXPECT_EQ(ReadBytes(mLaptop.Path), store);
+    EXPECT_EQ(Files(), files);
+    ASSERT_EQ(report.Machines.size(), 1U);
+    EXPECT_EQ(report.Machines[0].Name, "desktop");
+}
+
+TEST_F(ExchangeTest, EqualCardsOfBothBecomeOneOnlyIfTheUserWants) {
+    for (const bool joins : {true, false}) {
+        Computer one(mDirectory, joins ? "one" : "three");
+        Computer two(mDirectory, joins ? "two" : "four");
+        fs::remove_all(ToUtf8(Folder()));
+        fs::create_directories(ToUtf8(Folder()));
+        one.Add("same");
+        one.Add("same");
+        two.Add("same");
+        Exchange(one, kMonday);
+        const ExchangeReport asked = Exchange(two, kMonday, ExchangeAnswer::kAsk, std::nullopt);
+        EXPECT_EQ(asked.End, ExchangeEnd::kAsks);
+        EXPECT_EQ(asked.Question, ExchangeQuestion::kEqualCards);
+        EXPECT_EQ(asked.Asked, 1);
+        EXPECT_EQ(two.Count(), 1);
+        Exchange(two, kMonday, ExchangeAnswer::kAsk, joins);
+        // The other one is not asked again.
+        EXPECT_EQ(Exchange(one, kMonday, ExchangeAnswer::kAsk, std::nullopt).End,
+                  ExchangeEnd::kDone);
+        // Doubles of one store stay.
+        EXPECT_EQ(one.Count(), joins ? 2 : 3);
+        EXPECT_EQ(two.Count(), joins ? 2 : 3);
+    }
+}
+
+TEST_F(ExchangeTest, AStoreThatHasGoneBackSendsNothingUntilItIsAnswered) {
+    const CardUuid id = mLaptop.Add("old").CardId;
+    Meet(kMonday);
+    const std::string old = ReadBytes(mLaptop.Path);
+    for (const ExchangeAnswer answer : {ExchangeAnswer::kTakeNewer, ExchangeAnswer::kTakeMine}) {
+        mLaptop.SetFront(id, "new", kMonday + 60);
+        mLaptop.Add("more");
+        Meet(kMonday + 60);
+        mLaptop.Store.Close();
+        WriteBytes(mLaptop.Path, old);
+        mLaptop.Open();
+        const std::set<std::string> files = Files();
+        const ExchangeReport asked = Exchange(mLaptop, kMonday + kDay);
+        EXPECT_EQ(asked.Question, ExchangeQuestion::kGoneBack);
+        EXPECT_EQ(Files(), files);
+        EXPECT_EQ(Exchange(mLaptop, kMonday + kDay, answer).End, ExchangeEnd::kDone);
+        Meet(kMonday + kDay + 60);
+        const bool isNew = answer == ExchangeAnswer::kTakeNewer;
+        EXPECT_EQ(mLaptop.Get(id).Front, isNew ? "new" : "old");
+        EXPECT_EQ(mDesktop.Get(id).Front, isNew ? "new" : "old");
+        EXPECT_EQ(mDesktop.Count(), isNew ? 2 : 1);
+    }
+}
+
+TEST_F(ExchangeTest, ManyDeletionsAreAskedAbout) {
+    std::vector<int64_t> rows;
+    for (int i = 0; i < 100; ++i) {
+        const FlashCard card = mLaptop.Add(wxString::Format("card %i", i));
+        if (i < 20) {
+            mLaptop.Store.SelectRowIdById(card.CardId, rows);
+        }
+    }
+    Meet(kMonday);
+    mLaptop.Store.CardsDeleteByRowId(rows);
+    const ExchangeReport asked = Exchange(mLaptop, kMonday + 60);
+    EXPECT_EQ(asked.Question, ExchangeQuestion::kManyLost);
+    EXPECT_EQ(asked.Asked, 20);
+    EXPECT_EQ(Exchange(mLaptop, kMonday + 60, ExchangeAnswer::kTakeMine).End, ExchangeEnd::kDone);
+    // The one that they come to is asked, too.
+    EXPECT_EQ(Exchange(mDesktop, kMonday + 60).Question, ExchangeQuestion::kManyLost);
+    EXPECT_EQ(mDesktop.Count(), 100);
+    Exchange(mDesktop, kMonday + 60, ExchangeAnswer::kTakeNewer);
+    EXPECT_EQ(mDesktop.Count(), 80);
+}
+
+TEST_F(ExchangeTest, AFileThatCannotBeTakenIsTold) {
+    mLaptop.Add("one");
+    Meet(kMonday);
+    const wxString damaged = Folder() + "/velomind-00000000000000aa-0000000001.changes";
+    WriteBytes(damaged, "velomind-exchange\t1\nkind\tchanges\nmachine\t00000000000000aa\n"
+                        "number\t1\ntime\t5\n\nc\tx\nend\t1\t0000000000000000\n");
+    WriteBytes(Folder() + "/other.changes", "velomind-exchange\t9\n");
+    const ExchangeReport report = Exchange(mDesktop, kMonday + 60);
+    EXPECT_EQ(report.End, ExchangeEnd::kDone);
+    EXPECT_NE(report.Message.find("00000000000000aa"), wxString::npos) << report.Message;
+    EXPECT_NE(report.Message.find("other.changes"), wxString::npos) << report.Message;
+    EXPECT_TRUE(fs::exists(ToUtf8(damaged)));
+    fs::remove_all(ToUtf8(Folder()));
+    EXPECT_EQ(Exchange(mDesktop, kMonday + 120).End, ExchangeEnd::kNoFolder);
+}
