@@ -74,9 +74,10 @@ CardMerge::CardMerge(const Context& context, const std::vector<EditNote>& notes)
         ParseHex64(ahead.Text(0), session);
         mAhead.emplace(session, ahead.Int(1));
     }
-    mState.Sql().Execute("CREATE TEMP TABLE IF NOT EXISTS Events(CardId TEXT, Direction INTEGER,"
-                         " Text TEXT); DELETE FROM temp.Events;"
-                         "CREATE INDEX IF NOT EXISTS temp.EventsOfCards ON Events(CardId);");
+    mState.Sql().Execute(
+        "CREATE TEMP TABLE IF NOT EXISTS Events(CardId TEXT, Direction INTEGER,"
+        " Text TEXT); DELETE FROM temp.Events;"
+        "CREATE INDEX IF NOT EXISTS temp.EventsOfCards ON Events(CardId);");
 }
 
 bool CardMerge::HasNote(const CardUuid& id, EditedField field) const {
@@ -108,9 +109,8 @@ void CardMerge::CollectCategories() {
     const std::map<int32_t, std::string> now = mState.Categories();
     std::vector<CategoryEvent> events;
     const bool goesBack = mContext.Answer == ExchangeAnswer::kTakeNewer && !mContext.IsJoining;
-    const Stamp at = mContext.IsJoining
-                         ? Stamp{kTimeBeforeExchanges, mContext.Machine}
-                         : Stamp{mContext.Time.Next(mContext.Now), mContext.Machine};
+    const Stamp at = mContext.IsJoining ? Stamp{kTimeBeforeExchanges, mContext.Machine}
+                                        : Stamp{mContext.Time.Next(mContext.Now), mContext.Machine};
     const auto isThere = [&now](const std::string& name) {
         return std::any_of(now.begin(), now.end(),
                            [&](const auto& category) { return category.second == name; });
@@ -138,15 +138,14 @@ void CardMerge::CollectCategories() {
         }
     }
     // A name that a category has lost may have been given to another one since.
-    const Stamp later = mContext.IsJoining
-                            ? at
-                            : Stamp{mContext.Time.Next(mContext.Now), mContext.Machine};
+    const Stamp later =
+        mContext.IsJoining ? at : Stamp{mContext.Time.Next(mContext.Now), mContext.Machine};
     for (const auto& [id, name] : now) {
         const auto found = before.find(id);
         const bool isNew = found == before.end() || found->second != name;
-        const bool isFree = std::any_of(
-            events.begin(), events.end(),
-            [lost = name](const CategoryEvent& event) { return event.Name == lost; });
+        const bool isFree =
+            std::any_of(events.begin(), events.end(),
+                        [lost = name](const CategoryEvent& event) { return event.Name == lost; });
         if (isNew && renamedTo.count(name) == 0 &&
             (!mNames.IsGiven(name) || isFree || mContext.IsJoining)) {
             events.push_back({CategoryEvent::kAdded, name, "", later});
@@ -334,8 +333,7 @@ void CardMerge::CollectSchedule(SyncedCard& state, const SyncedCard& live,
         return;
     }
     const auto last = mLastEvents.find({state.Id, direction});
-    const bool isExplained =
-        last != mLastEvents.end() && IsSameSchedule(last->second.After, now);
+    const bool isExplained = last != mLastEvents.end() && IsSameSchedule(last->second.After, now);
     const int64_t age = mContext.Now / 1000 - SecondsOf(now.LastReview);
     const bool isScored = SecondsOf(now.LastReview) != SecondsOf(before.LastReview);
     if (!isExplained && isScored && age >= 0 && age < kYoungReview) {
@@ -377,8 +375,8 @@ void CardMerge::GatherEvents(const std::unordered_set<CardUuid, IdHash>& cards) 
 void CardMerge::KeepEvent(const ScheduleEvent& event) {
     const std::string card = IdText(UnionOf(event.CardId));
     const std::string text = FormatEvent(event);
-    Query query(mState.Sql(), "INSERT INTO temp.Events VALUES (?,?,?)", card,
-                int{event.Direction}, text);
+    Query query(mState.Sql(), "INSERT INTO temp.Events VALUES (?,?,?)", card, int{event.Direction},
+                text);
     query.Step();
 }
 
@@ -455,8 +453,7 @@ void CardMerge::ExplainSchedules() {
             continue;
         }
         int64_t time = schedule.Introduced ? SecondsOf(schedule.LastReview) : -1;
-        const auto note =
-            mNotes.find({place.first, static_cast<size_t>(NotedField(place.second))});
+        const auto note = mNotes.find({place.first, static_cast<size_t>(NotedField(place.second))});
         int64_t found = mContext.Now;
         if (note != mNotes.end()) {
             found = note->second;
@@ -538,7 +535,8 @@ void CardMerge::SettleCategories() {
     FlushCache();
     std::set<std::string> names;
     for (const CategoryEvent& event : mNewCategoryEvents) {
-        const std::string& last = event.What == CategoryEvent::kRenamed ? event.NewName : event.Name;
+        const std::string& last =
+            event.What == CategoryEvent::kRenamed ? event.NewName : event.Name;
         for (const std::string& name : mNames.NamesThatBecame(last)) {
             names.insert(name);
         }
@@ -583,9 +581,10 @@ void CardMerge::SettleCard(const CardUuid& id) {
         state.CategoryId = mState.FindOrAddCategory(name);
         if (!mNames.IsGiven(name)) {
             // A card from elsewhere brings back a category that was deleted.
-            const CategoryEvent event = {
-                CategoryEvent::kAdded, name, "",
-                {mContext.Time.Next(mContext.Now), mContext.Machine}};
+            const CategoryEvent event = {CategoryEvent::kAdded,
+                                         name,
+                                         "",
+                                         {mContext.Time.Next(mContext.Now), mContext.Machine}};
             mState.AddCategoryEvent(event);
             mOut.AddCategory(event);
             mNames.Set(mState.ReadCategoryEvents());
@@ -614,8 +613,8 @@ bool CardMerge::SettleSchedule(SyncedCard& state, ReviewDirection direction) {
     });
     const bool isLater = schedule.Introduced &&
                          SecondsOf(schedule.LastReview) > SecondsOf(folded.Schedule.LastReview);
-    const bool hasSet = std::any_of(events.begin(), events.end(),
-                                    [](const auto& event) { return event.IsSet; });
+    const bool hasSet =
+        std::any_of(events.begin(), events.end(), [](const auto& event) { return event.IsSet; });
     if (!isKnown && isLater && !folded.HasForked && !hasSet) {
         return false;
     }

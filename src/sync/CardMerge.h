@@ -13,13 +13,13 @@
 
 #include "reviews/EditNotes.h"
 #include "reviews/ScheduleEvents.h"
-#include "sync/SyncedCard.h"
 #include "sync/CardUnions.h"
 #include "sync/CategoryNames.h"
 #include "sync/Exchange.h"
 #include "sync/ExchangeFile.h"
 #include "sync/Outgoing.h"
 #include "sync/SyncState.h"
+#include "sync/SyncedCard.h"
 
 // Makes one of what this store has, what it had at the last exchange, and what other computers have
 // sent. Everything happens within one transaction, in these steps:

@@ -104,8 +104,8 @@ void CardMerge::Apply(const Sender& sender, const ExchangeFields& record) {
         const std::string answer = mState.GetFact("joins");
         MachineNumbers& numbers = mState.Numbers();
         ParseStamp(mState.GetFact("joins at"), numbers, known);
-        if ((record[1] == "yes" || record[1] == "no") &&
-            ParseStamp(record[2], mFileMachines, at) && (answer.empty() || known < at)) {
+        if ((record[1] == "yes" || record[1] == "no") && ParseStamp(record[2], mFileMachines, at) &&
+            (answer.empty() || known < at)) {
             mState.SetFact("joins", std::string(record[1]));
             mState.SetFact("joins at", FormatStamp(at, numbers));
         }
@@ -225,8 +225,7 @@ void CardMerge::ApplyDeletion(const ExchangeFields& record) {
     MachineTimes seen;
     const CardUuid named = mFileCard;
     // A deletion that knows nothing of a union is not one of the card that stays.
-    if (named.IsZero() || UnionOf(named) != named ||
-        !ParseTimes(record[1], mFileMachines, seen)) {
+    if (named.IsZero() || UnionOf(named) != named || !ParseTimes(record[1], mFileMachines, seen)) {
         return;
     }
     SyncedCard& state = Load(named);
@@ -338,9 +337,8 @@ void CardMerge::ApplyLostText(const ExchangeFields& record) {
     CardUuid card;
     CardField field = CardField::kFront;
     Stamp lost;
-    if (!ParseId(record[1], card) || record[2].size() != 1 ||
-        !FieldOfLetter(record[2][0], field) || !ParseStamp(record[3], mFileMachines, lost) ||
-        lost.IsNone()) {
+    if (!ParseId(record[1], card) || record[2].size() != 1 || !FieldOfLetter(record[2][0], field) ||
+        !ParseStamp(record[3], mFileMachines, lost) || lost.IsNone()) {
         return;
     }
     card = UnionOf(card);
@@ -353,8 +351,7 @@ void CardMerge::ApplyLostText(const ExchangeFields& record) {
     text.Field = field;
     text.Lost = lost;
     text.Value = record[6];
-    if (ParseStamp(record[4], mFileMachines, text.Stands) &&
-        mContext.Rules.ListsLostTexts) {
+    if (ParseStamp(record[4], mFileMachines, text.Stands) && mContext.Rules.ListsLostTexts) {
         mState.AddLostText(text);
     }
 }

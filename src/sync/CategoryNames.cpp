@@ -39,9 +39,8 @@ std::string CategoryNames::NameNow(const std::string& name, const Stamp& since) 
         const auto given = mGiven.find(now);
         const bool isGivenAnew =
             given != mGiven.end() &&
-            std::any_of(given->second.begin(), given->second.end(), [&](const Stamp& at) {
-                return !(at < renaming.At) && !(known < at);
-            });
+            std::any_of(given->second.begin(), given->second.end(),
+                        [&](const Stamp& at) { return !(at < renaming.At) && !(known < at); });
         if (!isGivenAnew) {
             now = renaming.NewName;
             known = std::max(known, renaming.At,

@@ -152,8 +152,8 @@ void ExchangeRun::Fail(ExchangeEnd end, const wxString& sentence) {
 }
 
 void ExchangeRun::FailStore() {
-    Fail(ExchangeEnd::kFailed, wxString::Format(_("The store could not be exchanged: %s"),
-                                                mState.Sql().GetError()));
+    Fail(ExchangeEnd::kFailed,
+         wxString::Format(_("The store could not be exchanged: %s"), mState.Sql().GetError()));
 }
 
 // Keeps other exchanges of this store out. The system gives the lock back when the program ends.
@@ -161,8 +161,8 @@ bool ExchangeRun::Lock() {
     const std::string path = ToUtf8(mOptions.StorePath) + kLockSuffix;
     mLock = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!mLock.IsOpen()) {
-        Fail(ExchangeEnd::kFailed, wxString::Format(_("The store could not be exchanged: %s"),
-                                                    SystemErrorText(errno)));
+        Fail(ExchangeEnd::kFailed,
+             wxString::Format(_("The store could not be exchanged: %s"), SystemErrorText(errno)));
         return false;
     }
     if (::flock(mLock.Get(), LOCK_EX | LOCK_NB) != 0) {
@@ -214,8 +214,8 @@ bool ExchangeRun::MakeStore() {
     }
     QuietDatabase database;
     if (database.OpenQuietly(mOptions.StorePath) < 0) {
-        Fail(ExchangeEnd::kFailed, wxString::Format(_("The store could not be exchanged: %s"),
-                                                    database.GetLastError()));
+        Fail(ExchangeEnd::kFailed,
+             wxString::Format(_("The store could not be exchanged: %s"), database.GetLastError()));
         return false;
     }
     return true;
@@ -297,9 +297,7 @@ bool ExchangeRun::HasGoneBack() {
     bool isThere = false;
     VisitEvents(
         mLogPath, 0,
-        [&](const ScheduleEvent& event) {
-            isThere = isThere || FormatEventKey(event) == last;
-        },
+        [&](const ScheduleEvent& event) { isThere = isThere || FormatEventKey(event) == last; },
         mIsCancelled);
     return !isThere;
 }
@@ -399,8 +397,7 @@ bool ExchangeRun::ReadPlanned(CardMerge& merge) {
         sender.LatestElsewhere = Now() / 1000;
         for (const FoundFile& other : mFiles) {
             if (other.State == FileState::kWhole && other.Header.Machine != sender.Machine) {
-                sender.LatestElsewhere =
-                    std::max(sender.LatestElsewhere, other.Header.Time / 1000);
+                sender.LatestElsewhere = std::max(sender.LatestElsewhere, other.Header.Time / 1000);
             }
         }
         const ExchangeVisit visit = [&](const ExchangeFields& record) {
@@ -442,10 +439,9 @@ void ExchangeRun::SendLookedAt(Outgoing& out) {
 
 ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     const bool startsAnew = mIsJoining && mPlan.Files.empty();
-    const bool hasNews =
-        std::any_of(mPlan.Files.begin(), mPlan.Files.end(), [](const FoundFile* file) {
-            return file->Header.IsWhole || file->Records > 0;
-        });
+    const bool hasNews = std::any_of(
+        mPlan.Files.begin(), mPlan.Files.end(),
+        [](const FoundFile* file) { return file->Header.IsWhole || file->Records > 0; });
     std::vector<CardUuid> differing;
     if (hasOwnChanges && !FindDifferences(mState, mIsJoining, differing, mIsCancelled)) {
         FailStore();
@@ -474,12 +470,9 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         return Outcome::kStopped;
     }
     const int64_t counter = mState.ReadChangeCounter();
-    const CardMerge::Context context = {mState,          out,
-                                        time,            mMachine,
-                                        Now(),           LatestNews(),
-                                        mIsJoining,      mOptions.Answer,
-                                        mOptions.Rules,  mLogPath,
-                                        mIsCancelled};
+    const CardMerge::Context context = {mState,         out,          time,        mMachine,
+                                        Now(),          LatestNews(), mIsJoining,  mOptions.Answer,
+                                        mOptions.Rules, mLogPath,     mIsCancelled};
     CardMerge merge(context, mNotes);
     int64_t logEnd = mState.GetNumber("log end");
     if (hasOwnChanges) {
@@ -517,9 +510,8 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         return Ask(ExchangeQuestion::kManyLost, merge.CountLostThere());
     }
     const bool meets = std::any_of(
-        mPlan.Files.begin(), mPlan.Files.end(), [this](const FoundFile* file) {
-            return mIsJoining || TakenOf(file->Header.Machine) == 0;
-        });
+        mPlan.Files.begin(), mPlan.Files.end(),
+        [this](const FoundFile* file) { return mIsJoining || TakenOf(file->Header.Machine) == 0; });
     if (meets) {
         const std::string known = mState.GetFact("joins");
         std::optional<bool> answer = mOptions.JoinsEqualCards;
@@ -555,8 +547,8 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     const int sealed = out.Finish();
     if (sealed != 0) {
         mState.RollBack();
-        Fail(ExchangeEnd::kFailed, wxString::Format(_("The store could not be exchanged: %s"),
-                                                    SystemErrorText(sealed)));
+        Fail(ExchangeEnd::kFailed,
+             wxString::Format(_("The store could not be exchanged: %s"), SystemErrorText(sealed)));
         return Outcome::kStopped;
     }
     if (sends) {
@@ -630,8 +622,8 @@ void ExchangeRun::FinishLog() {
     }
     const std::map<CardUuid, CardUuid> unions = joined.GetGone();
     int64_t end = mState.GetNumber("log end");
-    if (events.empty() && (unions.empty() || mState.GetNumber("united") ==
-                                                 static_cast<int64_t>(unions.size()))) {
+    if (events.empty() &&
+        (unions.empty() || mState.GetNumber("united") == static_cast<int64_t>(unions.size()))) {
         return;
     }
     const int error = MergeEvents(mLogPath, std::move(events), unions, end);
@@ -761,8 +753,8 @@ void ExchangeRun::RemoveTaken() {
         });
     };
     for (const ExchangeFileId& id : mState.ListSent()) {
-        const bool isTaken = std::all_of(
-            mMachines.begin(), mMachines.end(), [&](const ExchangeMachine& machine) {
+        const bool isTaken =
+            std::all_of(mMachines.begin(), mMachines.end(), [&](const ExchangeMachine& machine) {
                 const auto number = machine.Acknowledged.find(id.Machine);
                 return machine.LastNews < Now() - kYear ||
                        (number != machine.Acknowledged.end() && number->second >= id.Number);
@@ -777,12 +769,11 @@ void ExchangeRun::RemoveTaken() {
         if (file.State != FileState::kWhole || !id.IsWhole || id.Machine != mMachine) {
             continue;
         }
-        const bool isOlder =
-            std::any_of(mFiles.begin(), mFiles.end(), [&](const FoundFile& other) {
-                return other.State == FileState::kWhole && other.Header.IsWhole &&
-                       !(IdOf(other.Header) == id) &&
-                       Covers(CoverageOf(other.Header), CoverageOf(file.Header));
-            });
+        const bool isOlder = std::any_of(mFiles.begin(), mFiles.end(), [&](const FoundFile& other) {
+            return other.State == FileState::kWhole && other.Header.IsWhole &&
+                   !(IdOf(other.Header) == id) &&
+                   Covers(CoverageOf(other.Header), CoverageOf(file.Header));
+        });
         if (isOlder) {
             gone.push_back(id);
         }
@@ -804,8 +795,8 @@ ExchangeReport ExchangeRun::Run() {
         return mReport;
     }
     for (int attempt = 0;; ++attempt) {
-        mPlan = MakePlan(mFiles, mBroken, mMachine, Taken(), mIsJoining,
-                         mOptions.Rules.WaitsForOthers);
+        mPlan =
+            MakePlan(mFiles, mBroken, mMachine, Taken(), mIsJoining, mOptions.Rules.WaitsForOthers);
         const bool hasOwnChanges = HasOwnChanges();
         if (!hasOwnChanges && mPlan.Files.empty()) {
             break;
@@ -853,9 +844,8 @@ bool TakesPart(const wxString& storePath) {
 int LeaveExchange(const wxString& storePath) {
     std::error_code error;
     int result = 0;
-    for (const char* const suffix :
-         {".exchange", ".exchange-journal", ".exchange-lock", kEditNotesSuffix,
-          kTakenEditNotesSuffix, kRestoredSuffix}) {
+    for (const char* const suffix : {".exchange", ".exchange-journal", ".exchange-lock",
+                                     kEditNotesSuffix, kTakenEditNotesSuffix, kRestoredSuffix}) {
         fs::remove(ToPath(storePath + suffix), error);
         result = error ? error.value() : result;
     }
@@ -865,13 +855,13 @@ int LeaveExchange(const wxString& storePath) {
 std::vector<ExchangeMachine> ReadExchangeMachines(const wxString& storePath) {
     SyncState state;
     return TakesPart(storePath) && state.OpenAlone(storePath) ? state.ReadMachines()
-                                                               : std::vector<ExchangeMachine>();
+                                                              : std::vector<ExchangeMachine>();
 }
 
 std::vector<LostText> ReadLostTexts(const wxString& storePath) {
     SyncState state;
     return TakesPart(storePath) && state.OpenAlone(storePath) ? state.ReadLostTexts(false)
-                                                               : std::vector<LostText>();
+                                                              : std::vector<LostText>();
 }
 
 int CloseLostText(const wxString& storePath, const LostText& text) {

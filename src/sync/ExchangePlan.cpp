@@ -69,8 +69,7 @@ ExchangePlan MakePlan(const std::vector<FoundFile>& files,
             isMoving = false;
             for (const auto& [key, file] : changes) {
                 int64_t& last = plan.Taken[key.first];
-                const bool isNext =
-                    waitsForOthers ? key.second == last + 1 : key.second > last;
+                const bool isNext = waitsForOthers ? key.second == last + 1 : key.second > last;
                 const bool isReady =
                     !waitsForOthers ||
                     std::all_of(file->Header.Taken.begin(), file->Header.Taken.end(),

@@ -99,8 +99,8 @@ void Outgoing::AddAnswer(bool joins, const Stamp& at) {
 }
 
 void Outgoing::AddAhead(const ScheduleEvent& event) {
-    mWriter.Add({"a", FormatHex64(event.Session), std::to_string(event.Number),
-                 IdText(event.CardId)});
+    mWriter.Add(
+        {"a", FormatHex64(event.Session), std::to_string(event.Number), IdText(event.CardId)});
 }
 
 void Outgoing::AddLostText(const LostText& text) {

@@ -4,9 +4,9 @@
 #include <string>
 
 #include "reviews/ScheduleEvents.h"
-#include "sync/SyncedCard.h"
 #include "sync/ExchangeFile.h"
 #include "sync/SyncState.h"
+#include "sync/SyncedCard.h"
 
 // Reads an event from the lines that FormatEvent made.
 bool ParseStoredEvent(const std::string& text, ScheduleEvent& event);

@@ -105,14 +105,12 @@ std::string Query::Text(int column) const {
         reinterpret_cast<const char*>(sqlite3_column_text(mpStatement, column));
     return text == nullptr
                ? std::string()
-               : std::string(text,
-                             static_cast<size_t>(sqlite3_column_bytes(mpStatement, column)));
+               : std::string(text, static_cast<size_t>(sqlite3_column_bytes(mpStatement, column)));
 }
 
 std::string Query::Blob(int column) const {
     const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(mpStatement, column));
     return bytes == nullptr
                ? std::string()
-               : std::string(bytes,
-                             static_cast<size_t>(sqlite3_column_bytes(mpStatement, column)));
+               : std::string(bytes, static_cast<size_t>(sqlite3_column_bytes(mpStatement, column)));
 }

@@ -79,8 +79,9 @@ bool FindDifferences(SyncState& state, bool isAll, std::vector<CardUuid>& cards,
     }
     if (hasCapitals) {
         // Other programs have written the same identities in capitals.
-        sql.Execute("UPDATE OR IGNORE main.Cards SET CardId=LOWER(CardId)"
-                    " WHERE CardId<>LOWER(CardId)");
+        sql.Execute(
+            "UPDATE OR IGNORE main.Cards SET CardId=LOWER(CardId)"
+            " WHERE CardId<>LOWER(CardId)");
         cards.clear();
         bool isNoMatter = false;
         Query all(sql, "SELECT CardId FROM main.Cards");
@@ -107,8 +108,7 @@ bool FindDifferences(SyncState& state, bool isAll, std::vector<CardUuid>& cards,
 }
 
 std::string LogTailSum(const wxString& logPath, int64_t end) {
-    const FileDescriptor file(
-        ::open(ToUtf8(logPath).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor file(::open(ToUtf8(logPath).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     std::array<char, kTail> bytes{};
     const auto wanted = static_cast<size_t>(std::clamp<int64_t>(end, 0, kTail));
     const off_t begin = end - static_cast<int64_t>(wanted);

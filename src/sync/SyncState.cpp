@@ -17,7 +17,7 @@ constexpr char kSuffix[] = ".exchange";
 constexpr int kFormat = 1;
 
 // The columns of a card that travel, in the order in which they are read and written here.
-#define SYNC_COLUMNS                                                                            \
+#define SYNC_COLUMNS                                                                             \
     "Front,Back,CategoryId,Author,Chapter,IntroductionOrder,ForwardX,ReverseX,Notes,Introduced," \
     "LastReview,LastScore,ReviewInterval,Difficulty,ERC,RIntroduced,RLastReview,RLastScore,"     \
     "RReviewInterval,RDifficulty,RERC"
@@ -345,7 +345,8 @@ void SyncState::LoadCopy(const CardUuid& id, SyncedCard& state) {
     state.Id = id;
     const std::string key = IdText(id);
     Query query(mSql,
-                "SELECT " SYNC_COLUMNS ",Category,Stamps,Touched,Seen,Gone FROM beside.Copy"
+                "SELECT " SYNC_COLUMNS
+                ",Category,Stamps,Touched,Seen,Gone FROM beside.Copy"
                 " WHERE CardId=?",
                 key);
     state.IsKnown = query.Step();
@@ -369,10 +370,9 @@ void SyncState::SaveCopy(const SyncedCard& state) {
     const std::string touched = FormatTimes(state.Touched, mNumbers);
     const std::string seen = state.Seen ? FormatTimes(*state.Seen, mNumbers) : std::string();
     SaveNumbers();
-    Query query(mSql,
-                "INSERT OR REPLACE INTO beside.Copy(" SYNC_COLUMNS
-                ",CardId,Category,Stamps,Touched,Seen,Gone) VALUES (" SYNC_PARAMETERS
-                ",?,?,?,?,?,?)");
+    Query query(mSql, "INSERT OR REPLACE INTO beside.Copy(" SYNC_COLUMNS
+                      ",CardId,Category,Stamps,Touched,Seen,Gone) VALUES (" SYNC_PARAMETERS
+                      ",?,?,?,?,?,?)");
     BindColumns(query, state);
     query.Bind(key);
     query.Bind(state.Value(CardField::kCategory));
@@ -427,9 +427,8 @@ void SyncState::WriteLive(const SyncedCard& state) {
     const int64_t next = SecondsOf(state.Forward.NextReview());
     const int64_t nextReverse = SecondsOf(state.Reverse.NextReview());
     {
-        Query update(mSql,
-                     "UPDATE main.Cards SET (" SYNC_COLUMNS
-                     ",NextReview,RNextReview)=(" SYNC_PARAMETERS ",?,?) WHERE CardId=?");
+        Query update(mSql, "UPDATE main.Cards SET (" SYNC_COLUMNS
+                           ",NextReview,RNextReview)=(" SYNC_PARAMETERS ",?,?) WHERE CardId=?");
         BindColumns(update, state);
         update.Bind(next);
         update.Bind(nextReverse);
@@ -439,9 +438,8 @@ void SyncState::WriteLive(const SyncedCard& state) {
     if (mSql.HasFailed() || sqlite3_changes(mSql.Handle()) > 0) {
         return;
     }
-    Query insert(mSql,
-                 "INSERT INTO main.Cards(" SYNC_COLUMNS
-                 ",NextReview,RNextReview,CardId) VALUES (" SYNC_PARAMETERS ",?,?,?)");
+    Query insert(mSql, "INSERT INTO main.Cards(" SYNC_COLUMNS
+                       ",NextReview,RNextReview,CardId) VALUES (" SYNC_PARAMETERS ",?,?,?)");
     BindColumns(insert, state);
     insert.Bind(next);
     insert.Bind(nextReverse);
@@ -516,8 +514,9 @@ std::map<int32_t, std::string> SyncState::ReadCopyCategories() {
 }
 
 void SyncState::MirrorCategories() {
-    mSql.Execute("DELETE FROM beside.CopyCategories;"
-                 "INSERT INTO beside.CopyCategories SELECT Id, Name FROM main.Categories;");
+    mSql.Execute(
+        "DELETE FROM beside.CopyCategories;"
+        "INSERT INTO beside.CopyCategories SELECT Id, Name FROM main.Categories;");
 }
 
 bool SyncState::KeepsCards(int32_t categoryId) {
@@ -576,8 +575,8 @@ void SyncState::AddLostText(const LostText& text) {
     const std::string field(1, kFieldLetters[IndexOf(text.Field)]);
     const std::string machine = FormatHex64(text.Lost.Machine);
     const std::string standing = FormatHex64(text.Stands.Machine);
-    Query query(mSql, "INSERT OR IGNORE INTO beside.Conflicts VALUES (?,?,?,?,?,?,?,?)", card, field,
-                text.Lost.Time, machine, text.Value, text.Stands.Time, standing,
+    Query query(mSql, "INSERT OR IGNORE INTO beside.Conflicts VALUES (?,?,?,?,?,?,?,?)", card,
+                field, text.Lost.Time, machine, text.Value, text.Stands.Time, standing,
                 int{text.IsLookedAt});
     query.Step();
 }

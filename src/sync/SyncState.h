@@ -9,10 +9,10 @@
 
 #include "reviews/ScheduleEvents.h"
 #include "store/CardUuid.h"
-#include "sync/SyncedCard.h"
 #include "sync/ExchangeFolder.h"
 #include "sync/SqlFile.h"
 #include "sync/Stamp.h"
+#include "sync/SyncedCard.h"
 
 // The file of an exchange, which lies beside the store ("Words.vlm.exchange") and never leaves its
 // computer. It is a database with a copy of the cards as all computers have agreed on them, and

@@ -64,8 +64,8 @@ void SyncedCard::Touch(const Stamp& stamp) {
 
 bool IsSameSchedule(const CardSchedule& one, const CardSchedule& other) {
     return one.Introduced == other.Introduced &&
-           (!one.Introduced || (ReviewSeconds(one) == ReviewSeconds(other) &&
-                                one.LastScore == other.LastScore)) &&
+           (!one.Introduced ||
+            (ReviewSeconds(one) == ReviewSeconds(other) && one.LastScore == other.LastScore)) &&
            BitsOf(one.ReviewInterval) == BitsOf(other.ReviewInterval) &&
            one.Difficulty == other.Difficulty;
 }
@@ -91,8 +91,8 @@ bool ParseSchedule(std::string_view text, CardSchedule& schedule) {
     int64_t erc = 0;
     float interval = 0;
     if ((introduced != "0" && introduced != "1") ||
-        (review != "-" && (!ParseInt64(review, seconds) || seconds < 0 ||
-                           seconds > kLastTimeStamp)) ||
+        (review != "-" &&
+         (!ParseInt64(review, seconds) || seconds < 0 || seconds > kLastTimeStamp)) ||
         !ParseInt64(TakePart(text, ' '), score) || score < 0 || score > 5) {
         return false;
     }
@@ -106,8 +106,7 @@ bool ParseSchedule(std::string_view text, CardSchedule& schedule) {
         return false;
     }
     schedule.Introduced = introduced == "1";
-    schedule.LastReview =
-        review == "-" ? wxDateTime() : wxDateTime(static_cast<time_t>(seconds));
+    schedule.LastReview = review == "-" ? wxDateTime() : wxDateTime(static_cast<time_t>(seconds));
     schedule.LastScore = static_cast<uint8_t>(score);
     schedule.ReviewInterval = interval;
     schedule.Difficulty = static_cast<uint8_t>(difficulty);
@@ -124,8 +123,7 @@ bool ParseInt64(std::string_view text, int64_t& number) {
 bool ParseHex64(std::string_view text, uint64_t& number) {
     const std::from_chars_result result =
         std::from_chars(text.data(), text.data() + text.size(), number, 16);
-    return text.size() == 16 && result.ec == std::errc() &&
-           result.ptr == text.data() + text.size();
+    return text.size() == 16 && result.ec == std::errc() && result.ptr == text.data() + text.size();
 }
 
 std::string FormatHex64(uint64_t number) {
@@ -159,9 +157,9 @@ void MachineNumbers::Set(int64_t number, uint64_t machine) {
 }
 
 std::string FormatStamp(const Stamp& stamp, MachineNumbers& numbers) {
-    return stamp.IsNone() ? "0"
-                          : NumberText(stamp.Time) + "." +
-                                NumberText(numbers.NumberOf(stamp.Machine));
+    return stamp.IsNone()
+               ? "0"
+               : NumberText(stamp.Time) + "." + NumberText(numbers.NumberOf(stamp.Machine));
 }
 
 bool ParseStamp(std::string_view text, const MachineNumbers& numbers, Stamp& stamp) {

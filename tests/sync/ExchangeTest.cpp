@@ -264,8 +264,9 @@ TEST_F(ExchangeTest, AFileThatCannotBeTakenIsTold) {
     mLaptop.Add("one");
     Meet(kMonday);
     const wxString damaged = Folder() + "/velomind-00000000000000aa-0000000001.changes";
-    WriteBytes(damaged, "velomind-exchange\t1\nkind\tchanges\nmachine\t00000000000000aa\n"
-                        "number\t1\ntime\t5\n\nc\tx\nend\t1\t0000000000000000\n");
+    WriteBytes(damaged,
+               "velomind-exchange\t1\nkind\tchanges\nmachine\t00000000000000aa\n"
+               "number\t1\ntime\t5\n\nc\tx\nend\t1\t0000000000000000\n");
     WriteBytes(Folder() + "/other.changes", "velomind-exchange\t9\n");
     const ExchangeReport report = Exchange(mDesktop, kMonday + 60);
     EXPECT_EQ(report.End, ExchangeEnd::kDone);

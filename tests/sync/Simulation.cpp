@@ -107,7 +107,8 @@ Simulation::Simulation(const Options& options) : mOptions(options), mRandom(opti
     for (size_t i = 0; i < count; ++i) {
         auto machine = std::make_unique<Machine>();
         machine->Index = i;
-        machine->Path = mDirectory.Path(wxString::Format("machine%i", static_cast<int>(i))).utf8_string();
+        machine->Path =
+            mDirectory.Path(wxString::Format("machine%i", static_cast<int>(i))).utf8_string();
         machine->Folder = machine->Path + "/folder";
         fs::create_directories(machine->Folder);
         folders.push_back(machine->Folder);
@@ -213,9 +214,9 @@ void Simulation::DoSomething(Machine& machine) {
 
 std::optional<FlashCard> Simulation::AnyCard(Machine& machine) {
     const std::vector<FlashCard> cards = AllCards(machine.Store);
-    return cards.empty() ? std::nullopt
-                         : std::optional(cards[static_cast<size_t>(
-                               Number(static_cast<int>(cards.size())))]);
+    return cards.empty()
+               ? std::nullopt
+               : std::optional(cards[static_cast<size_t>(Number(static_cast<int>(cards.size())))]);
 }
 
 void Simulation::NoteChange(Machine& machine, const CardUuid& card, bool isDeletion, char field,
@@ -253,7 +254,8 @@ FlashCard Simulation::NewCard(const wxString& front, const wxString& back, int32
 void Simulation::AddCard(Machine& machine) {
     std::list<Category> categories;
     machine.Store.SelectAllCategories(categories);
-    const auto category = std::next(categories.begin(), Number(static_cast<int>(categories.size())));
+    const auto category =
+        std::next(categories.begin(), Number(static_cast<int>(categories.size())));
     ++mText;
     FlashCard card = NewCard(wxString::Format("front %i", mText),
                              wxString::Format("back %i", mText), category->Id);
@@ -432,8 +434,7 @@ void Simulation::SetSchedule(Machine& machine) {
 void Simulation::ChangeCategories(Machine& machine) {
     std::list<Category> categories;
     machine.Store.SelectAllCategories(categories);
-    Category category =
-        *std::next(categories.begin(), Number(static_cast<int>(categories.size())));
+    Category category = *std::next(categories.begin(), Number(static_cast<int>(categories.size())));
     switch (Number(3)) {
         case 0:
             machine.Store.CategoryInsert(wxString::Format("category %i", Number(6)));
@@ -507,8 +508,8 @@ ExchangeReport Simulation::Exchange(Machine& machine) {
         report = RunExchange(options);
     }
     if (report.End != ExchangeEnd::kDone) {
-        mFaults += "machine " + std::to_string(machine.Index) + ": " +
-                   report.Message.utf8_string() + "\n";
+        mFaults +=
+            "machine " + std::to_string(machine.Index) + ": " + report.Message.utf8_string() + "\n";
     }
     SyncState state;
     if (!state.OpenAlone(machine.StorePath())) {
@@ -587,9 +588,8 @@ std::string Simulation::Compare() {
             const auto name = names.find(card.CategoryId);
             cards[IdText(card.CardId)] =
                 card.Front.utf8_string() + "|" + card.Back.utf8_string() + "|" +
-                card.Notes.utf8_string() + "|" +
-                (name == names.end() ? "-" : "=" + name->second) + "|" +
-                std::to_string(card.IntroductionOrder) + (card.ForwardX ? "|X|" : "||") +
+                card.Notes.utf8_string() + "|" + (name == names.end() ? "-" : "=" + name->second) +
+                "|" + std::to_string(card.IntroductionOrder) + (card.ForwardX ? "|X|" : "||") +
                 ScheduleText(card.Forward) + "|" + ScheduleText(card.Reverse);
         }
         const std::string who = "machine " + std::to_string(machine->Index) + ": ";
@@ -651,9 +651,8 @@ std::string Simulation::CourseOf(const CardUuid& card) {
             continue;
         }
         course += (change.IsDeletion ? "   deleted" : "   changed") + std::string(" by ") +
-                  std::to_string(change.Machine) + ", its change " +
-                  std::to_string(change.Number) + " " + change.Field + " " + change.Text +
-                  ", knowing";
+                  std::to_string(change.Machine) + ", its change " + std::to_string(change.Number) +
+                  " " + change.Field + " " + change.Text + ", knowing";
         for (const int known : change.Known) {
             course += " " + std::to_string(known);
         }
@@ -734,8 +733,7 @@ std::string Simulation::CompareDeletions(const std::map<std::string, std::string
         bool isThere = false;
         for (const Change* const change : changes) {
             const auto hasSeen = [&](const Change* deletion) {
-                return deletion->IsDeletion &&
-                       deletion->Known[change->Machine] >= change->Number;
+                return deletion->IsDeletion && deletion->Known[change->Machine] >= change->Number;
             };
             isThere = isThere || (!change->IsDeletion &&
                                   std::none_of(changes.begin(), changes.end(), hasSeen));
