@@ -103,11 +103,11 @@ void CardMerge::Apply(const Sender& sender, const ExchangeFields& record) {
         Stamp known;
         const std::string answer = mState.GetFact("joins");
         MachineNumbers& numbers = mState.Numbers();
-        ParseStamp(mState.GetFact("joins at"), numbers, known);
+        ParseStamp(mState.GetFact("joins-at"), numbers, known);
         if ((record[1] == "yes" || record[1] == "no") && ParseStamp(record[2], mFileMachines, at) &&
             (answer.empty() || known < at)) {
             mState.SetFact("joins", std::string(record[1]));
-            mState.SetFact("joins at", FormatStamp(at, numbers));
+            mState.SetFact("joins-at", FormatStamp(at, numbers));
         }
     } else if (kind == "a" && has(4)) {
         uint64_t session = 0;

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <random>
 #include <set>
@@ -33,6 +34,7 @@
 #include "base/Unicode.h"
 #include "files/StoreFiles.h"
 #include "reviews/EditNotes.h"
+#include "reviews/ReviewLog.h"
 #include "reviews/ScheduleEvents.h"
 #include "store/Database.h"
 #include "sync/CardMerge.h"
@@ -104,6 +106,7 @@ class ExchangeRun {
     void NoteTaken();
     void NoteReport(const CardMerge& merge, int64_t sent);
     void SendLookedAt(Outgoing& out);
+    std::vector<ScheduleEvent> FindMissing(const std::vector<ScheduleEvent>& events);
     void FinishLog();
     void NoteCounter();
     void SendAll();
@@ -288,10 +291,10 @@ bool ExchangeRun::HasGoneBack() {
         return true;
     }
     // A log that was deleted is no earlier one.
-    const int64_t end = mState.GetNumber("log end");
-    const std::string last = mState.GetFact("last event");
+    const int64_t end = mState.GetNumber("log-end");
+    const std::string last = mState.GetFact("last-event");
     if (last.empty() || ReviewLogLength(mLogPath) == 0 ||
-        LogTailSum(mLogPath, end) == mState.GetFact("log sum")) {
+        LogTailSum(mLogPath, end) == mState.GetFact("log-sum")) {
         return false;
     }
     bool isThere = false;
@@ -309,10 +312,10 @@ bool ExchangeRun::HasOwnChanges() {
         mHasLookedAt = looked.Step();
     }
     mCounter = mState.ReadChangeCounter();
-    const int64_t end = mState.GetNumber("log end");
+    const int64_t end = mState.GetNumber("log-end");
     return mIsJoining || mHasLookedAt || mOptions.Answer != ExchangeAnswer::kAsk ||
            mCounter != mState.GetNumber("counter", -1) || ReviewLogLength(mLogPath) != end ||
-           LogTailSum(mLogPath, end) != mState.GetFact("log sum") || mState.HasPending();
+           LogTailSum(mLogPath, end) != mState.GetFact("log-sum") || mState.HasPending();
 }
 
 // Notes who was heard of, and what they have taken.
@@ -474,11 +477,11 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
                                         Now(),          LatestNews(), mIsJoining,  mOptions.Answer,
                                         mOptions.Rules, mLogPath,     mIsCancelled};
     CardMerge merge(context, mNotes);
-    int64_t logEnd = mState.GetNumber("log end");
+    int64_t logEnd = mState.GetNumber("log-end");
     if (hasOwnChanges) {
         merge.CollectCategories();
         const bool isFound = !mIsJoining && logEnd <= ReviewLogLength(mLogPath) &&
-                             LogTailSum(mLogPath, logEnd) == mState.GetFact("log sum");
+                             LogTailSum(mLogPath, logEnd) == mState.GetFact("log-sum");
         logEnd = merge.ReadOwnEvents(isFound ? logEnd : 0, !isFound);
         for (const CardUuid& id : differing) {
             merge.Collect(id);
@@ -526,7 +529,7 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         if (known.empty() && isAnswered && pairs > 0) {
             const Stamp at = {time.Next(Now()), mMachine};
             mState.SetFact("joins", *answer ? "yes" : "no");
-            mState.SetFact("joins at", FormatStamp(at, mState.Numbers()));
+            mState.SetFact("joins-at", FormatStamp(at, mState.Numbers()));
             out.AddAnswer(*answer, at);
         }
     }
@@ -542,7 +545,7 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         ++mNumber;
     }
     if (startsAnew) {
-        mState.SetNumber("whole only", mNumber);
+        mState.SetNumber("whole-only", mNumber);
     }
     const int sealed = out.Finish();
     if (sealed != 0) {
@@ -560,10 +563,10 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     mState.SetFact("name", ToUtf8(mOptions.Name));
     mState.SetNumber("number", mNumber);
     mState.SetNumber("clock", time.GetLast());
-    mState.SetNumber("log end", logEnd);
-    mState.SetFact("log sum", LogTailSum(mLogPath, logEnd));
+    mState.SetNumber("log-end", logEnd);
+    mState.SetFact("log-sum", LogTailSum(mLogPath, logEnd));
     if (!merge.GetLastEvent().empty()) {
-        mState.SetFact("last event", merge.GetLastEvent());
+        mState.SetFact("last-event", merge.GetLastEvent());
     }
     if (hasOwnChanges && mCounter == counter) {
         mState.SetNumber("counter", counter);
@@ -611,7 +614,26 @@ void ExchangeRun::NoteReport(const CardMerge& merge, int64_t sent) {
     }
 }
 
-// Puts the reviews from elsewhere into the log.
+// Finds out which events the log has, and leaves each of the others once.
+std::vector<ScheduleEvent> ExchangeRun::FindMissing(const std::vector<ScheduleEvent>& events) {
+    std::map<std::string, const ScheduleEvent*> missing;
+    for (const ScheduleEvent& event : events) {
+        missing.emplace(FormatEventKey(event), &event);
+    }
+    VisitEvents(
+        mLogPath, 0, [&](const ScheduleEvent& event) { missing.erase(FormatEventKey(event)); },
+        mIsCancelled);
+    std::vector<ScheduleEvent> left;
+    left.reserve(missing.size());
+    for (const auto& [key, event] : missing) {
+        left.push_back(*event);
+    }
+    return left;
+}
+
+// Puts the reviews from elsewhere into the log. The log and the file beside the store cannot be
+// changed in one step: what is about to be put in is written down first, so that whoever finds all
+// of it in the log knows where the lines end that others were told.
 void ExchangeRun::FinishLog() {
     std::vector<ScheduleEvent> events = mState.ReadPending();
     CardUnions joined;
@@ -621,23 +643,41 @@ void ExchangeRun::FinishLog() {
         joined.Add(card, with, gone, stays);
     }
     const std::map<CardUuid, CardUuid> unions = joined.GetGone();
-    int64_t end = mState.GetNumber("log end");
-    if (events.empty() &&
-        (unions.empty() || mState.GetNumber("united") == static_cast<int64_t>(unions.size()))) {
+    const auto united = static_cast<int64_t>(unions.size());
+    if (events.empty() && mState.GetNumber("united") == united) {
         return;
     }
-    const int error = MergeEvents(mLogPath, std::move(events), unions, end);
+    const std::vector<ScheduleEvent> missing = FindMissing(events);
+    int64_t end = mState.GetNumber("log-end");
+    int error = 0;
+    if (mState.GetNumber("merging") == 1 && missing.empty() && !events.empty()) {
+        end += end == 0 ? static_cast<int64_t>(std::strlen(kReviewLogHeading)) : 0;
+        for (const ScheduleEvent& event : events) {
+            end += static_cast<int64_t>(FormatEvent(event).size());
+        }
+    } else {
+        mState.Begin();
+        mState.ClearPending();
+        for (const ScheduleEvent& event : missing) {
+            mState.AddPending(event);
+        }
+        mState.SetNumber("merging", 1);
+        mState.Commit();
+        error = MergeEvents(mLogPath, missing, unions, end);
+    }
+    mState.Begin();
+    mState.SetNumber("merging", 0);
+    if (error == 0) {
+        mState.ClearPending();
+        mState.SetNumber("united", united);
+        mState.SetNumber("log-end", end);
+        mState.SetFact("log-sum", LogTailSum(mLogPath, end));
+    }
+    mState.Commit();
     if (error != 0) {
         Say(wxString::Format(_("The log of reviews could not be written: %s"),
                              SystemErrorText(error)));
-        return;
     }
-    mState.Begin();
-    mState.ClearPending();
-    mState.SetNumber("united", static_cast<int64_t>(unions.size()));
-    mState.SetNumber("log end", end);
-    mState.SetFact("log sum", LogTailSum(mLogPath, end));
-    mState.Commit();
 }
 
 void ExchangeRun::SendAll() {
@@ -688,7 +728,7 @@ void ExchangeRun::PutWholeCopy() {
         }
     }
     // What a first whole copy had stands in no file of changes.
-    const int64_t wholeOnly = mState.GetNumber("whole only");
+    const int64_t wholeOnly = mState.GetNumber("whole-only");
     isNeeded = wholeOnly > 0 && !IsInFolder(mFiles, mMachine, wholeOnly) &&
                std::any_of(mMachines.begin(), mMachines.end(), [&](const ExchangeMachine& each) {
                    const auto known = each.Acknowledged.find(mMachine);

@@ -24,7 +24,7 @@ int WriteWholeCopy(SyncState& state, const ExchangeHeader& header, const wxStrin
     }
     const std::string answer = state.GetFact("joins");
     Stamp at;
-    if (ParseStamp(state.GetFact("joins at"), state.Numbers(), at) && !answer.empty()) {
+    if (ParseStamp(state.GetFact("joins-at"), state.Numbers(), at) && !answer.empty()) {
         out.AddAnswer(answer == "yes", at);
     }
     {

@@ -22,7 +22,7 @@ class Simulation {
     struct Options {
         uint32_t Seed = 1;
         int Steps = 120;
-        // Of the carrier, 0 to 1.
+        // How badly the folder is carried, 0 to 1.
         double Badness = 0.5;
         ExchangeRules Rules;
         bool ImportsTwice = true;
