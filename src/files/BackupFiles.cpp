@@ -50,6 +50,7 @@ constexpr CauseRow kCauses[] = {
     {BackupCause::kReplace, "replace", wxTRANSLATE("Before the store file was replaced")},
     {BackupCause::kRepair, "repair", wxTRANSLATE("Before a repair")},
     {BackupCause::kRestore, "restore", wxTRANSLATE("Before another backup was restored")},
+    {BackupCause::kExchange, "exchange", wxTRANSLATE("Before an exchange with other computers")},
     {BackupCause::kDamaged, "damaged", wxTRANSLATE("Damaged, before the store file was replaced")},
     {BackupCause::kUser, "user", wxTRANSLATE("On request")},
 };
@@ -281,6 +282,8 @@ namespace {
 
 constexpr size_t kWholeDays = 2;
 constexpr size_t kDays = 31;
+// Of those before an exchange.
+constexpr size_t kWholeExchanges = 4;
 
 wxString DayOf(const StoreBackup& backup) {
     return backup.Time.FormatISODate();
@@ -345,13 +348,17 @@ BackupThinning ThinBackups(const std::vector<StoreBackup>& backups,
     std::vector<StoreBackup> kept;
     std::set<wxString> days;
     std::set<wxString> months;
+    size_t exchanges = 0;
     uint64_t bytes = 0;
     for (const StoreBackup& backup : backups) {
         const bool isFirstOfDay = days.insert(DayOf(backup)).second;
         const bool isFirstOfMonth = months.insert(MonthOf(backup)).second;
-        const bool stays = days.size() <= kWholeDays || (days.size() <= kDays && isFirstOfDay) ||
-                           isFirstOfMonth || kept.size() < settings.Least ||
-                           IsInUse(backup, settings);
+        exchanges += backup.Cause == BackupCause::kExchange ? 1 : 0;
+        const bool isRecent =
+            days.size() <= kWholeDays &&
+            (backup.Cause != BackupCause::kExchange || exchanges <= kWholeExchanges);
+        const bool stays = isRecent || (days.size() <= kDays && isFirstOfDay) || isFirstOfMonth ||
+                           kept.size() < settings.Least || IsInUse(backup, settings);
         (stays ? kept : thinning.Gone).push_back(backup);
         bytes += stays ? backup.Bytes : 0;
     }

@@ -34,6 +34,8 @@ enum class BackupCause : uint8_t {
     kReplace,
     kRepair,
     kRestore,
+    // Made before an exchange with other computers changes many cards, or after an hour.
+    kExchange,
     // The file was damaged and is kept byte by byte.
     kDamaged,
     // The user asked for it.
@@ -110,9 +112,10 @@ void RemoveUnfinishedBackups(const wxString& directory, const wxString& storePat
 // Ends the name of a copy until it is known to be whole.
 constexpr char kUnfinishedBackup[] = ".unfinished";
 
-// What thinning would do. It keeps all of the last two days, the newest of each day for 31 days and
-// the newest of each month for ever. Only days on which a backup was made count, so that a clock
-// that was wrong for a while makes nothing old.
+// What thinning would do. It keeps all of the last two days, but only the newest four of those
+// before an exchange, which may come every hour; the newest of each day for 31 days and the newest
+// of each month for ever. Only days on which a backup was made count, so that a clock that was
+// wrong for a while makes nothing old.
 //
 // When all together take too much, what lies closest together goes first: further backups of a day,
 // then days within a month, so that what is left spreads over the whole time. The newest stays, and

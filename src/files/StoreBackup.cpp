@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "base/Files.h"
+#include "files/ExchangeFiles.h"
 #include "files/StoreFiles.h"
 #include "store/CardUuid.h"
 #include "store/StoreSchema.h"
@@ -169,12 +170,24 @@ int RestoreBackup(const wxString& backup, const wxString& storePath) {
     if (OpenToCount(database, backup) < 0) {
         return EILSEQ;
     }
+    const fs::path store = ToPath(storePath);
+    ExchangeLock lock;
+    if (const int error = lock.Take(store)) {
+        return error;
+    }
+    ReplacedStoreMark mark(store);
+    if (mark.GetError() != 0) {
+        return mark.GetError();
+    }
     // The store is whole by itself until it is replaced.
-    PlayBackJournal(ToPath(storePath));
+    PlayBackJournal(store);
     // What a program has left half done beside the backup is in the copy that is read then.
     const int error = CopyStoreFile(database.GetFileRead(), storePath);
     if (error == 0 && database.GetFileRead() != database.GetPath()) {
         CopyReviewLog(backup, storePath);
+    }
+    if (error == 0) {
+        mark.Keep();
     }
     return error;
 }

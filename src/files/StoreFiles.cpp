@@ -23,6 +23,7 @@
 #include "base/SettingsFile.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
+#include "files/ExchangeFiles.h"
 #include "files/ForeignDatabase.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
@@ -373,18 +374,26 @@ int MoveStoreFile(const wxString& from, const wxString& to) {
     if (HasPendingChanges(source)) {
         return EBUSY;
     }
+    ExchangeLock lock;
+    ExchangeLock targetLock;
     int result = CheckTarget(target);
-    if (result == 0) {
-        result = Rename(source, target);
+    result = result == 0 ? lock.Take(link) : result;
+    result = result == 0 ? targetLock.Take(target) : result;
+    if (result != 0) {
+        return result;
     }
+    ReplacedStoreMark mark(target);
+    result = mark.GetError() == 0 ? Rename(source, target) : mark.GetError();
     if (result == EXDEV) {
         result = CopyAndDelete(source, target);
     }
     if (result != 0) {
         return result;
     }
+    mark.Keep();
     RemoveCompanions(source);
     MoveLog(source, target);
+    MoveExchangeFiles(link, target);
     if (fs::is_symlink(link, error)) {
         fs::remove(link, error);
     }

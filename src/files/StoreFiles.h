@@ -38,10 +38,6 @@ bool IsDatabaseFile(const wxString& path);
 // forgotten card keeps need it, so an operation on it that fails is ignored.
 constexpr char kReviewLogSuffix[] = ".reviews";
 
-// An empty file of this name beside a store says that a backup was restored there, until the next
-// exchange with other computers has asked what that means for them.
-constexpr char kRestoredSuffix[] = ".restored";
-
 // Returns the path of a store's log of reviews; empty for an empty path.
 wxString ReviewLogPath(const wxString& storePath);
 
@@ -50,8 +46,9 @@ wxString ReviewLogPath(const wxString& storePath);
 void CopyReviewLog(const wxString& fromStore, const wxString& toStore);
 
 // Moves the store to another path, over any plain file there, and across file systems if need be.
-// Returns 0, or the system's number of the error; then the store is whole where it was, and so is
-// the file that it was to replace. The cards are in some file at every moment.
+// What an exchange keeps beside it goes along. Returns 0, or the system's number of the error, EBUSY
+// during an exchange; then the store is whole where it was, and so is the file that it was to
+// replace. The cards are in some file at every moment.
 int MoveStoreFile(const wxString& from, const wxString& to);
 
 // Moves across file systems: copies, compares byte for byte, and only then deletes. Returns 0, or

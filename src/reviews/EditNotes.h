@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "files/ExchangeFiles.h"
 #include "reviews/ReviewLog.h"
 #include "store/CardUuid.h"
 
@@ -20,10 +21,6 @@ struct StoreChange;
 //
 // with tabs in place of the blanks: the milliseconds since 1970, the card, and a letter for each
 // field.
-constexpr char kEditNotesSuffix[] = ".edits";
-constexpr char kTakenEditNotesSuffix[] = ".edits-taken";
-// The file beside a store that is exchanged.
-constexpr char kExchangeSuffix[] = ".exchange";
 
 // Their letters are F B C A H O X Y N f r D, in this order. A card that is new has all but the last
 // one, and a card that is gone the last one alone.

@@ -1,5 +1,7 @@
 #include "files/StoreBackup.h"
 
+#include "files/ExchangeFiles.h"
+
 #include <wx/filename.h>
 
 #include <algorithm>
@@ -93,6 +95,22 @@ TEST_F(StoreBackupTest, ThinningKeepsDaysThenMonthsAndSpreadsWhatFits) {
         EXPECT_EQ(thinning.GoneBySize, c.GoneBySize);
         EXPECT_EQ(thinning.IsOverLimit, c.IsOverLimit);
     }
+}
+
+// An exchange may come every hour.
+TEST_F(StoreBackupTest, ThinningKeepsFourOfTheBackupsBeforeExchanges) {
+    std::vector<wxDateTime> times;
+    for (int hour = 0; hour < 30; ++hour) {
+        times.push_back(LocalTime("2026-03-15T22:00:00") - wxTimeSpan::Hours(hour));
+    }
+    std::vector<StoreBackup> backups = BackupsAt(times);
+    for (StoreBackup& backup : backups) {
+        backup.Cause = BackupCause::kExchange;
+    }
+    backups[10].Cause = BackupCause::kDay;
+    mSettings.Least = 2;
+    // One is the last of the day before.
+    EXPECT_EQ(ThinBackups(backups, mSettings).Gone.size(), backups.size() - 4 - 1 - 1);
 }
 
 // A hundred and twenty imports in two days, or a start with the clock nine years ahead, after a
@@ -251,8 +269,17 @@ TEST_F(StoreBackupTest, ABackupTellsWhatHasChangedSinceAndBringsItBack) {
         EXPECT_EQ(difference.Scored, 1);
     }
     mDatabase.Close();
+    // The next exchange with other computers is told, once the store has gone back.
+    const wxString mark = StorePath() + kRestoredSuffix;
+    WriteBytes(StorePath() + kExchangeSuffix, "");
     EXPECT_EQ(RestoreBackup(mDirectory.Path("none"), StorePath()), ENOENT);
+    {
+        const FullDisk disk(0);
+        EXPECT_EQ(RestoreBackup(path, StorePath()), EFBIG);
+    }
+    EXPECT_FALSE(wxFileName::Exists(mark));
     EXPECT_EQ(RestoreBackup(path, StorePath()), 0);
+    EXPECT_TRUE(wxFileName::Exists(mark));
     EXPECT_EQ(ReadBytes(StorePath()), ReadBytes(path));
     EXPECT_EQ(RestoreBackup(path, mDirectory.Path("none")), 0) << "where no store is any more";
 }

@@ -1,11 +1,14 @@
 #include "files/StoreFiles.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 #include <wx/dir.h>
 #include <wx/filename.h>
 
 #include <cerrno>
 
+#include "files/ExchangeFiles.h"
 #include "files/StoreCheck.h"
 #include "support/StoreFixture.h"
 
@@ -43,6 +46,61 @@ TEST_F(StoreFilesTest, AMoveFollowsALinkAndReplacesAFileWithWhatWasLeftBesideIt)
     WriteBytes(mStore, mCards);
     EXPECT_EQ(MoveStoreFile(mStore, target), 0);
     EXPECT_EQ(CountFiles(), 1u);
+}
+
+// Each store of two is exchanged or not, and is the present one or marked as an earlier one.
+TEST_F(StoreFilesTest, WhatAnExchangeKeepsGoesWithItsStore) {
+    const wxString target = Path("other.vlm");
+    const auto textOf = [](const wxString& path) {
+        return wxFileName::Exists(path) ? ReadBytes(path) : std::string("none");
+    };
+    struct Case {
+        bool IsExchanged, IsMarked, IsTargetThere;
+        const char* State;
+        bool IsTargetMarked;
+    };
+    const Case cases[] = {
+        {true, false, false, "of this", false}, {true, true, false, "of this", true},
+        {true, false, true, "of this", false},  {true, true, true, "of this", true},
+        {false, false, true, "of that", true},  {false, false, false, "none", false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        WriteBytes(mStore, mCards);
+        for (const char* const suffix :
+             {kExchangeSuffix, kEditNotesSuffix, kTakenEditNotesSuffix}) {
+            if (c.IsExchanged) {
+                WriteBytes(mStore + suffix, "of this");
+            }
+            if (c.IsTargetThere) {
+                WriteBytes(target, "old");
+                WriteBytes(target + suffix, "of that");
+            }
+        }
+        if (c.IsMarked) {
+            WriteBytes(mStore + kRestoredSuffix, "");
+        }
+        {
+            const FileDescriptor exchange(
+                ::open((mStore + kExchangeLockSuffix).utf8_str(), O_RDWR | O_CREAT, 0600));
+            ASSERT_EQ(::flock(exchange.Get(), LOCK_EX), 0);
+            EXPECT_EQ(MoveStoreFile(mStore, target), EBUSY);
+            EXPECT_EQ(ReadBytes(mStore), mCards);
+            EXPECT_EQ(textOf(target), c.IsTargetThere ? "old" : "none");
+            EXPECT_FALSE(wxFileName::Exists(target + kRestoredSuffix));
+        }
+        EXPECT_EQ(MoveStoreFile(mStore, target), 0);
+        EXPECT_EQ(ReadBytes(target), mCards);
+        for (const char* const suffix :
+             {kExchangeSuffix, kEditNotesSuffix, kTakenEditNotesSuffix}) {
+            EXPECT_EQ(textOf(target + suffix), c.State) << suffix;
+            EXPECT_EQ(textOf(mStore + suffix), "none") << suffix;
+        }
+        EXPECT_EQ(wxFileName::Exists(target + kRestoredSuffix), c.IsTargetMarked);
+        for (const char* const suffix :
+             {"", kExchangeSuffix, kEditNotesSuffix, kTakenEditNotesSuffix, kRestoredSuffix}) {
+            std::filesystem::remove((target + suffix).utf8_string());
+        }
+    }
 }
 
 TEST_F(StoreFilesTest, WhatIsNoPlaceForAStoreLeavesItWhereItIs) {
