@@ -9,6 +9,7 @@
 #include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
+#include <wx/utils.h>
 #include <wx/wfstream.h>
 
 #include <algorithm>
@@ -47,6 +48,7 @@
 #include "store/CardRow.h"
 #include "store/Database.h"
 #include "store/SearchQuery.h"
+#include "sync/Exchange.h"
 
 namespace {
 
@@ -734,6 +736,62 @@ int RunRepair(const CardsOptions& options) {
     return FinishOutput(PrintRepair(report, options.Json));
 }
 
+// Returns the question of an exchange, with the options that answer it; else its message.
+wxString DescribeExchange(const ExchangeReport& report) {
+    const auto count = static_cast<long long>(report.Asked);
+    switch (report.Question) {
+        case ExchangeQuestion::kGoneBack:
+            return _(
+                "The store is an earlier one than that of the last exchange, such as a restored "
+                "backup.  With --take-newer it is brought up to date; with --take-mine all "
+                "computers get what it has.");
+        case ExchangeQuestion::kManyLost:
+            return wxString::Format(
+                _("The exchange would delete or turn back many cards: %lld.  With --take-newer "
+                  "that happens; with --take-mine all computers get what this store has."),
+                count);
+        case ExchangeQuestion::kEqualCards:
+            return wxString::Format(
+                _("Cards of different computers with the same front, back and category: %lld.  "
+                  "With --join-equal yes two of them become one; with --join-equal no all stay."),
+                count);
+        default:
+            return report.Message;
+    }
+}
+
+// Exchanges the store with other computers. It need not exist; then the folder must have cards.
+int RunSync(const CardsOptions& options) {
+    Store store(options.Store);
+    if (!store.KeepProgramOut()) {
+        return kCardsStoreFailed;
+    }
+    const Clock clock;
+    ExchangeOptions exchange;
+    exchange.StorePath = store.GetPath();
+    exchange.Folder = FullPath(options.Operands.front());
+    exchange.Name = options.Name.empty() ? wxGetHostName() : options.Name;
+    exchange.Time = &clock;
+    exchange.Answer = options.Answer;
+    exchange.JoinsEqualCards = options.JoinsEqualCards;
+    StoreBackups backups(ReadBackupSettings(BackupCause::kExchange), PrintError);
+    exchange.BackUp = [&] {
+        return backups.MakeOfFile(store.GetPath(), BackupCause::kExchange, CurrentTime());
+    };
+    const ExchangeReport report = RunExchange(exchange);
+    const wxString message = DescribeExchange(report);
+    const bool isDone = report.End == ExchangeEnd::kDone;
+    const int printed =
+        isDone || options.Json ? FinishOutput(PrintExchange(report, message, options.Json)) : 0;
+    if (isDone) {
+        return printed;
+    }
+    if (!options.Json) {
+        PrintError(message);
+    }
+    return report.End == ExchangeEnd::kFailed ? kCardsStoreFailed : kCardsRefused;
+}
+
 }  // namespace
 
 int FinishOutput(bool isPrinted) {
@@ -758,6 +816,8 @@ int RunCardsCommand(const CardsOptions& options) {
             return RunBackup(options);
         case CardsCommand::kRestore:
             return RunRestore(options);
+        case CardsCommand::kSync:
+            return RunSync(options);
         case CardsCommand::kRepair:
             return RunRepair(options);
     }

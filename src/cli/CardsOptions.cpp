@@ -33,6 +33,10 @@ enum OptionLetter : int {
     kColumns = 'C',
     kHeadings = 'H',
     kKnown = 'K',
+    kTakeNewer = 'N',
+    kTakeMine = 'M',
+    kJoinEqual = 'J',
+    kName = 'a',
     kHelp = 'h',
     kVersion = 'V'
 };
@@ -71,6 +75,14 @@ constexpr OptionRow kOptionRows[] = {
      wxTRANSLATE("looks for the search as it stands, with its accents and blanks")},
     {kReverse, "reverse", nullptr,
      wxTRANSLATE("looks for due cards and the like of the study from back to front")},
+    {kName, "name", "NAME", wxTRANSLATE("what the other computers call this one")},
+    {kTakeNewer, "take-newer", nullptr,
+     wxTRANSLATE(
+         "brings a store that has gone back up to date, and lets others delete many cards")},
+    {kTakeMine, "take-mine", nullptr,
+     wxTRANSLATE("takes what this store has for all computers, as after a restored backup")},
+    {kJoinEqual, "join-equal", "yes|no",
+     wxTRANSLATE("says whether equal cards of computers that meet become one")},
     {kHelp, "help", nullptr, wxTRANSLATE("shows this help, then exits")},
     {kVersion, "version", nullptr, wxTRANSLATE("shows the version, then exits")}};
 
@@ -98,7 +110,9 @@ constexpr CommandRow kCommands[] = {
     {"stats", CardsCommand::kStats, 0, 0, "sj", "stats"},
     {"backup", CardsCommand::kBackup, 0, 1, "sj", "backup [FILE]"},
     {"restore", CardsCommand::kRestore, 1, 1, "sjb", "restore [--no-backup] FILE"},
-    {"repair", CardsCommand::kRepair, 2, 2, "j", "repair DAMAGED NEW"}};
+    {"repair", CardsCommand::kRepair, 2, 2, "j", "repair DAMAGED NEW"},
+    {"sync", CardsCommand::kSync, 1, 1, "sjNMJa",
+     "sync [--name NAME] [--take-newer|--take-mine] [--join-equal yes|no] FOLDER"}};
 
 struct FormatRow {
     const char* Name;
@@ -188,8 +202,8 @@ wxString TakeColumns(const wxString& value, CardsOptions& options) {
     return wxString();
 }
 
-wxString TakeHeadings(const wxString& value, CardsOptions& options) {
-    options.Table.HasHeader = value == "yes";
+wxString TakeYesOrNo(const wxString& value, std::optional<bool>& answer) {
+    answer = value == "yes";
     return value == "yes" || value == "no"
                ? wxString()
                : wxString::Format(_("\"%s\" is neither \"yes\" nor \"no\"."), value);
@@ -252,9 +266,20 @@ wxString TakeOption(int letter, const wxString& value, CardsOptions& options) {
         case kColumns:
             return TakeColumns(value, options);
         case kHeadings:
-            return TakeHeadings(value, options);
+            return TakeYesOrNo(value, options.Table.HasHeader);
         case kKnown:
             return TakeKnown(value, options);
+        case kTakeNewer:
+            options.Answer = ExchangeAnswer::kTakeNewer;
+            break;
+        case kTakeMine:
+            options.Answer = ExchangeAnswer::kTakeMine;
+            break;
+        case kJoinEqual:
+            return TakeYesOrNo(value, options.JoinsEqualCards);
+        case kName:
+            options.Name = value;
+            break;
         default:
             options.Category = value;
             break;
@@ -283,8 +308,11 @@ wxString CheckCommand(const std::string& letters, CardsOptions& options) {
                                 option->Name) +
                "\n" + UsageOf(*row);
     }
+    const auto has = [&](OptionLetter letter) {
+        return letters.find(static_cast<char>(letter)) != std::string::npos;
+    };
     if (options.Operands.size() < row->FewestOperands ||
-        options.Operands.size() > row->MostOperands) {
+        options.Operands.size() > row->MostOperands || (has(kTakeNewer) && has(kTakeMine))) {
         return UsageOf(*row);
     }
     return wxString();

@@ -9,6 +9,7 @@
 #include "exchange/Export.h"
 #include "exchange/ImportJob.h"
 #include "formats/Table.h"
+#include "sync/Exchange.h"
 
 enum class CardsCommand {
     kImport,
@@ -19,7 +20,8 @@ enum class CardsCommand {
     kStats,
     kBackup,
     kRestore,
-    kRepair
+    kRepair,
+    kSync
 };
 
 struct CardsOptions {
@@ -34,6 +36,11 @@ struct CardsOptions {
     bool Large = false;
     // A restoration keeps nothing of the store that it replaces.
     bool NoBackup = false;
+    // How an exchange goes on where it would ask, and what it calls this computer; an empty name is
+    // that of the system.
+    ExchangeAnswer Answer = ExchangeAnswer::kAsk;
+    std::optional<bool> JoinsEqualCards;
+    wxString Name;
     // The file of an export; empty for standard output.
     wxString Output;
     // The only category to list; empty for all.

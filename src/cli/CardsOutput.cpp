@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <utility>
 
+#include "base/Time.h"
 #include "base/Unicode.h"
 #include "exchange/ImportJob.h"
 #include "exchange/ImportPass.h"
 #include "files/StoreRepair.h"
+#include "sync/Exchange.h"
 
 namespace {
 
@@ -172,6 +174,32 @@ bool PrintImport(const ImportResult& result, const std::vector<wxString>& notice
 
 bool PrintPath(const wxString& path, bool json) {
     return json ? PrintJson({{"backup", ToUtf8(path)}}) : PrintLine(ToUtf8(path));
+}
+
+bool PrintExchange(const ExchangeReport& report, const wxString& message, bool json) {
+    const auto newsOf = [](const ExchangeMachine& machine) {
+        return ToUtf8(FormatTimeStamp(wxDateTime(wxLongLong(machine.LastNews))));
+    };
+    if (json) {
+        Json machines = Json::array();
+        for (const ExchangeMachine& machine : report.Machines) {
+            machines.push_back({{"name", machine.Name}, {"lastNews", newsOf(machine)}});
+        }
+        return PrintJson({{"sent", report.Sent},
+                          {"received", report.Received},
+                          {"conflicts", report.Conflicts},
+                          {"machines", machines},
+                          {"message", ToUtf8(message)}});
+    }
+    bool isGood = PrintLine(ToUtf8(wxString::Format(
+        _("Sent: %lld, received: %lld, changed on both: %lld"), static_cast<long long>(report.Sent),
+        static_cast<long long>(report.Received), static_cast<long long>(report.Conflicts))));
+    for (const ExchangeMachine& machine : report.Machines) {
+        isGood = isGood && PrintLine(ToUtf8(wxString::Format(_("Last news of \"%s\": %s"),
+                                                             FromUtf8(Cell(FromUtf8(machine.Name))),
+                                                             FromUtf8(newsOf(machine)))));
+    }
+    return isGood && (message.empty() || PrintLine(ToUtf8(message)));
 }
 
 bool PrintRepair(const RepairReport& report, bool json) {

@@ -10,6 +10,7 @@
 
 #include "formats/CardRecord.h"
 
+struct ExchangeReport;
 struct ImportFault;
 struct ImportResult;
 struct RepairReport;
@@ -72,6 +73,8 @@ std::string Cell(const wxString& text);
 bool PrintImport(const ImportResult& result, const std::vector<wxString>& notices, bool json);
 // Prints the path of a backup.
 bool PrintPath(const wxString& path, bool json);
+// The message is that of the report, or the question that it asks.
+bool PrintExchange(const ExchangeReport& report, const wxString& message, bool json);
 bool PrintRepair(const RepairReport& report, bool json);
 bool PrintFaults(const std::vector<ImportFault>& faults, bool json);
 bool PrintDue(const std::vector<CategoryCounts>& categories, bool json);

@@ -32,6 +32,7 @@
 #include "base/Files.h"
 #include "base/Process.h"
 #include "base/Unicode.h"
+#include "files/ExchangeFiles.h"
 #include "files/StoreFiles.h"
 #include "reviews/EditNotes.h"
 #include "reviews/ReviewLog.h"
@@ -49,8 +50,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kLockSuffix[] = ".exchange-lock";
 constexpr int64_t kYear = int64_t{365} * 86400 * 1000;
+constexpr int64_t kHour = int64_t{3600} * 1000;
+constexpr int64_t kManyRecords = 500;
 // The least number of cards, and their share of all, about which an exchange asks.
 constexpr int64_t kLeastLost = 20;
 constexpr int64_t kLostShare = 10;
@@ -103,6 +105,7 @@ class ExchangeRun {
     Outcome Ask(ExchangeQuestion question, int64_t count);
     int64_t LatestNews() const;
     bool ReadPlanned(CardMerge& merge);
+    bool NeedsBackup();
     void NoteTaken();
     void NoteReport(const CardMerge& merge, int64_t sent);
     void SendLookedAt(Outgoing& out);
@@ -161,7 +164,7 @@ void ExchangeRun::FailStore() {
 
 // Keeps other exchanges of this store out. The system gives the lock back when the program ends.
 bool ExchangeRun::Lock() {
-    const std::string path = ToUtf8(mOptions.StorePath) + kLockSuffix;
+    const std::string path = ToUtf8(mOptions.StorePath) + kExchangeLockSuffix;
     mLock = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!mLock.IsOpen()) {
         Fail(ExchangeEnd::kFailed,
@@ -440,6 +443,19 @@ void ExchangeRun::SendLookedAt(Outgoing& out) {
     mState.Sql().Execute("UPDATE beside.Conflicts SET Closed=1 WHERE Closed=2");
 }
 
+// Returns true unless a backup of the last hour has nearly all that the planned files may spoil.
+bool ExchangeRun::NeedsBackup() {
+    int64_t records = 0;
+    bool hasWhole = false;
+    for (const FoundFile* const file : mPlan.Files) {
+        records += file->Records;
+        hasWhole = hasWhole || file->Header.IsWhole;
+    }
+    const int64_t age = Now() - mState.GetNumber("backup", -kHour);
+    return mIsJoining || mOptions.Answer != ExchangeAnswer::kAsk || hasWhole ||
+           records > kManyRecords || age < 0 || age >= kHour;
+}
+
 ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     const bool startsAnew = mIsJoining && mPlan.Files.empty();
     const bool hasNews = std::any_of(
@@ -450,7 +466,8 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         FailStore();
         return Outcome::kStopped;
     }
-    if (hasNews && mOptions.BackUp) {
+    const bool backsUp = hasNews && mOptions.BackUp && NeedsBackup();
+    if (backsUp) {
         const int error = mOptions.BackUp();
         if (error != 0) {
             Fail(ExchangeEnd::kFailed,
@@ -557,6 +574,10 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     if (sends) {
         mState.AddSent({mMachine, mNumber, false}, bytes);
         mSent = mNumber;
+    }
+    // That of a store without cards was none.
+    if (backsUp && !mIsJoining) {
+        mState.SetNumber("backup", Now());
     }
     mState.SaveNumbers();
     mState.SetFact("machine", FormatHex64(mMachine));
@@ -884,8 +905,9 @@ bool TakesPart(const wxString& storePath) {
 int LeaveExchange(const wxString& storePath) {
     std::error_code error;
     int result = 0;
-    for (const char* const suffix : {".exchange", ".exchange-journal", ".exchange-lock",
-                                     kEditNotesSuffix, kTakenEditNotesSuffix, kRestoredSuffix}) {
+    for (const char* const suffix :
+         {kExchangeSuffix, ".exchange-journal", kExchangeLockSuffix, kEditNotesSuffix,
+          kTakenEditNotesSuffix, kRestoredSuffix}) {
         fs::remove(ToPath(storePath + suffix), error);
         result = error ? error.value() : result;
     }

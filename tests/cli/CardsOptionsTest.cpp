@@ -64,6 +64,8 @@ TEST(CardsOptions, TellsWhatIsWrongWithALine) {
         {{"restore"}, "restore [--no-backup] FILE"},
         {{"repair", "a"}, "repair DAMAGED NEW"},
         {{"stats", "a"}, "stats"},
+        {{"sync", "--take-newer", "--take-mine", "a"}, "[--take-newer|--take-mine]"},
+        {{"sync", "--join-equal", "ja", "a"}, "neither \"yes\" nor \"no\""},
         {{"list", "--wings"}, "no option \"--wings\""}};
     for (const auto& [words, expected] : lines) {
         CardsOptions options;

@@ -2,6 +2,7 @@
 
 import json
 import os
+import pathlib
 import shutil
 import sqlite3
 import subprocess
@@ -290,6 +291,52 @@ class CardsRoad(RoadTest):
         self.assertEqual(damaged, self.sandbox.store_bytes())
         for wrong in (("absent.vlm", "b.vlm"), (self.sandbox.store, new), (self.sandbox.write("t", TWO), "b.vlm")):
             self.assertEqual(1, self.run_cards("repair", *wrong)[0], wrong)
+
+    def test_two_stores_exchange(self):
+        self.cards("import", self.sandbox.sample("capitals.txt"))
+        folder, other = self.sandbox.path("carried"), self.sandbox.path("other.vlm")
+
+        def sync(store, *more):
+            return self.run_cards("--json", "--store", store, "sync", *more, folder)
+
+        def told(answer):
+            self.assertEqual((0, ""), (answer[0], answer[2]))
+            return json.loads(answer[1])
+
+        code, output, _ = sync(self.sandbox.store)
+        self.assertEqual((1, True), (code, folder in json.loads(output)["message"]), "no folder")
+        os.mkdir(folder)
+        self.assertEqual(3, sync(other)[0], "no cards yet")
+        self.assertFalse(os.path.exists(other))
+        cards = len(self.cards("list"))
+        self.assertEqual(cards, told(sync(self.sandbox.store, "--name", "laptop"))["sent"])
+        first = told(sync(other, "--name", "desk"))
+        self.assertEqual((cards, ["laptop"]),
+                         (first["received"], [machine["name"] for machine in first["machines"]]))
+        told(sync(self.sandbox.store, "--name", "laptop"))
+        # Nothing new changes nothing, anywhere.
+        def all_bytes():
+            return {path: path.read_bytes() for root in (self.sandbox.root, folder)
+                    for path in pathlib.Path(root).iterdir() if path.is_file()}
+
+        before = all_bytes()
+        for store in (other, self.sandbox.store):
+            again = told(sync(store, "--name", "desk" if store == other else "laptop"))
+            self.assertEqual((0, 0, ""), (again["sent"], again["received"], again["message"]))
+        self.assertEqual(before, all_bytes())
+        # A backup that is put back is noticed, and the answer decides.
+        backups = os.path.join(self.sandbox.home, ".local/share/velomind/backups")
+        copy = self.cards("backup", self.sandbox.path("copy.vlm"))["backup"]
+        self.change("UPDATE Cards SET Notes='changed'")
+        told(sync(self.sandbox.store))
+        told(sync(other))
+        self.assertEqual(1, len([name for name in os.listdir(backups) if ".exchange.vlm" in name]))
+        self.assertEqual(0, self.run_cards("restore", copy)[0])
+        code, _, error = self.run_cards("sync", folder)
+        self.assertEqual((1, True), (code, "--take-newer" in error))
+        self.assertNotIn("changed", {card.get("Notes") for card in self.cards("list")})
+        self.assertEqual(0, self.run_cards("sync", "--take-newer", folder)[0])
+        self.assertEqual({"changed"}, {card.get("Notes") for card in self.cards("list")})
 
     def test_a_slow_neighbour_never_blocks_the_store(self):
         self.cards("import", self.sandbox.sample("capitals.txt"))
