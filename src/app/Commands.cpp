@@ -22,6 +22,7 @@
 #include "files/windows/StoreOpening.h"
 #include "list/BrowseFrame.h"
 #include "preferences/PreferencesDialog.h"
+#include "revise/ChangedOnBothDialog.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
 #include "shell/Forms.h"
@@ -315,12 +316,19 @@ struct GuideSection {
 };
 
 constexpr GuideSection kGuideSections[] = {
-    {Is<BrowseFrame>, "list"},           {Is<StudyFrame>, "study"},
-    {Is<RescoreMessageBox>, "study"},    {Is<EditFrame>, "editor"},
-    {Is<LearningProgress>, "progress"},  {Is<ImportDialog>, "import"},
-    {Is<MergeDialog>, "merge"},          {Is<ExportOptionsDialog>, "export"},
-    {Is<RestoreDialog>, "backup"},       {Is<PreferencesDialog>, "options"},
-    {Is<DatabaseOpenFailed>, "trouble"}, {Is<StatisticsFrame>, "statistics"},
+    {Is<BrowseFrame>, "list"},
+    {Is<StudyFrame>, "study"},
+    {Is<RescoreMessageBox>, "study"},
+    {Is<EditFrame>, "editor"},
+    {Is<LearningProgress>, "progress"},
+    {Is<ImportDialog>, "import"},
+    {Is<MergeDialog>, "merge"},
+    {Is<ExportOptionsDialog>, "export"},
+    {Is<RestoreDialog>, "backup"},
+    {Is<PreferencesDialog>, "options"},
+    {Is<ChangedOnBothDialog>, "computers"},
+    {Is<DatabaseOpenFailed>, "trouble"},
+    {Is<StatisticsFrame>, "statistics"},
 };
 
 }  // namespace

@@ -161,6 +161,12 @@ bool Editors::CloseAll() {
     });
 }
 
+void Editors::KeepUnsaved() {
+    for (EditFrame* const frame : mFrames) {
+        frame->StayIfGone();
+    }
+}
+
 bool Editors::DiscardAll(wxWindow* parent) {
     const auto modified = std::count_if(mFrames.begin(), mFrames.end(),
                                         [](const EditFrame* frame) { return frame->IsModified(); });

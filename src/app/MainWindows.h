@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 class AppServices;
@@ -77,6 +78,10 @@ class Editors {
     // Brings the editor of that card to the front. Returns false when there is none.
     bool Raise(const CardUuid& id);
 
+    // Call it when the store was changed from another computer, before the others are told: cards
+    // that are gone, and whose editors have unsaved changes, can still be saved.
+    void KeepUnsaved();
+
     // Call this while a frame closes. Returns false when the frame is no editor.
     bool Forget(const wxFrame& frame);
 
@@ -105,13 +110,19 @@ class OpenDialogs : private wxModalDialogHook {
     OpenDialogs& operator=(const OpenDialogs&) = delete;
 
     bool IsAnyOpen() const { return mCount > 0; }
+    // Called before a dialog opens; may be empty.
+    void SetBeforeDialog(std::function<void()> hook) { mBeforeDialog = std::move(hook); }
 
   private:
     int Enter(wxDialog*) override {
         ++mCount;
+        if (mBeforeDialog) {
+            mBeforeDialog();
+        }
         return wxID_NONE;
     }
     void Exit(wxDialog*) override { --mCount; }
 
     int mCount = 0;
+    std::function<void()> mBeforeDialog;
 };

@@ -1,5 +1,6 @@
 #include "app/VelomindApp.h"
 
+#include <unistd.h>
 #include <wx/cmdline.h>
 #include <wx/cshelp.h>
 #include <wx/dialog.h>
@@ -12,6 +13,7 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -27,9 +29,11 @@
 #include "files/windows/StoreOpening.h"
 #include "list/BrowseFrame.h"
 #include "preferences/PreferencesDialog.h"
+#include "revise/ChangedOnBothDialog.h"
 #include "revise/DuplicatesDialog.h"
 #include "revise/ReplaceDialog.h"
 #include "shell/CommandIds.h"
+#include "shell/ExchangeSettings.h"
 #include "shell/MessageBox.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
@@ -47,6 +51,9 @@ namespace {
 // Commands that the application disables, since only some windows have them.
 constexpr int kMissingCommands[] = {ID_EXPORT,  ID_RENAME,    ID_QUICK_HELP,
                                     ID_MOVE_UP, ID_MOVE_DOWN, ID_RENUMBER};
+
+// The end of the program does not wait longer for other computers.
+constexpr long kLastExchangeMilliseconds = 2000;
 
 bool IsAnyWindowShown() {
     return std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
@@ -97,6 +104,7 @@ bool VelomindApp::OnInit() {
     BindCommands();
     mpReminder = std::make_unique<Reminder>(*mpDatabase, mClock, mOpenDialogs);
     mpReminder->Start();
+    MakeExchanger();
     WatchDesktop([this](wxTopLevelWindow& window) {
         TakeDesktopStyle(window);
         // The windows treat a new text size like a new font of the cards.
@@ -107,6 +115,8 @@ bool VelomindApp::OnInit() {
     // Asks from the event loop, when the window that the question stands over is on the screen.
     list.CallAfter(
         [this, &list] { OfferVersion1Import(&list, *this, *mpDatabase, mFatalErrorReport); });
+    // Study does not wait for the other computers, and the first page of the list neither.
+    list.CallAfter([this] { mpExchanger->StartLooking(); });
     return true;
 }
 
@@ -120,6 +130,11 @@ int VelomindApp::OnExit() {
     mClipboard.TakeBack();
     while (!wxTopLevelWindows.empty()) {
         delete wxTopLevelWindows.front();
+    }
+    if (mpExchanger != nullptr && !mpExchanger->Finish(kLastExchangeMilliseconds)) {
+        // The exchange is as good as killed; the next one goes on. All else is stored.
+        std::fflush(nullptr);
+        _exit(0);
     }
     CloseStore();
     return wxApp::OnExit();
@@ -226,6 +241,8 @@ void VelomindApp::OpenStore() {
 }
 
 void VelomindApp::CloseStore() {
+    mOpenDialogs.SetBeforeDialog(nullptr);
+    mpExchanger.reset();
     mpReminder.reset();
     mpBackupKeeper.reset();
     mpDatabase.reset();
@@ -272,6 +289,8 @@ void VelomindApp::BindCommands() {
         {ID_BACK_UP, [this] { BackUpWhereWanted(mLastActive.get(), *mpDatabase); }},
         {ID_RESTORE, [this] { Restore(); }},
         {ID_OPEN_STORE, [this] { OpenStoreByDialog(); }},
+        {ID_EXCHANGE, [this] { Exchange(); }},
+        {ID_CHANGED_ON_BOTH, [this] { ShowChangedOnBoth(); }},
         {wxID_FIND, [this] { Find(); }},
         {wxID_OPEN, [this] { EditCardBehind(); }},
         {wxID_EXIT, [this] { CloseWindows(); }},
@@ -289,6 +308,10 @@ void VelomindApp::BindCommands() {
         OpenNextFile();
     });
     BindTextCommands(*this);
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this](wxUpdateUIEvent& event) { event.Enable(TakesPart(mpDatabase->GetPath())); },
+        ID_CHANGED_ON_BOTH);
     for (const int id : kMissingCommands) {
         Bind(
             wxEVT_UPDATE_UI, [](wxUpdateUIEvent& event) { event.Enable(false); }, id);
@@ -304,6 +327,7 @@ wxFrame* VelomindApp::MakeListWindow() {
     } else {
         AskBeforeWindows(*mpDatabase, [this, frame] { frame->ShowAtStart(*mpDatabase); });
     }
+    frame->ShowExchangeState(mExchangeState);
     return frame;
 }
 
@@ -429,8 +453,13 @@ AppStoreFileActions VelomindApp::MakeStoreFileActions() {
     // and the steps that can be taken back were done in the store that was open, as were the scores
     // that can be given again.
     return AppStoreFileActions(
-        *mpBackupKeeper, [this](wxWindow* parent) { return mEditors.DiscardAll(parent); },
+        *mpBackupKeeper,
+        [this](wxWindow* parent) {
+            mpExchanger->Stop();
+            return mEditors.DiscardAll(parent);
+        },
         [this] {
+            mpExchanger->BeginAnew();
             mClipboard.TakeBack();
             mUndoHistory.Clear();
             if (auto* const study = dynamic_cast<StudyFrame*>(mWindows.GetStudy())) {
@@ -441,9 +470,62 @@ AppStoreFileActions VelomindApp::MakeStoreFileActions() {
 
 void VelomindApp::ShowPreferences() {
     AppStoreFileActions actions = MakeStoreFileActions();
+    const wxString path = mpDatabase->GetPath();
+    const ExchangeSetUp former = ReadExchangeSetUp(path);
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
     dialog.ShowModal();
+    FollowMovedStore(path, mpDatabase->GetPath());
+    const ExchangeSetUp present = ReadExchangeSetUp(mpDatabase->GetPath());
+    if (present.Folder != former.Folder || present.Name != former.Name) {
+        mpExchanger->BeginAnew();
+    }
+}
+
+void VelomindApp::MakeExchanger() {
+    mpExchanger = std::make_unique<Exchanger>(Exchanger::Surroundings{
+        *mpDatabase, mClock, [this] { return mpBackupKeeper->BackUpOnWorker(BackupCause::kMerge); },
+        [this] { return mOpenDialogs.IsAnyOpen(); },
+        [this] {
+            mEditors.KeepUnsaved();
+            mpDatabase->Notify();
+        },
+        [this](const wxString& text, bool isForStudy) { ShowExchangeState(text, isForStudy); },
+        [this](const ExchangeReport& report, ExchangeOptions& options) {
+            return AskExchangeQuestion(mLastActive.get(), report, options);
+        },
+        [this](const wxString& text) {
+            ShowMessageBox(text, _("Exchange"), wxOK | wxCENTRE, mLastActive.get());
+        }});
+    mOpenDialogs.SetBeforeDialog([this] { mpExchanger->Stop(); });
+}
+
+// Without a folder the user is led to where one is chosen.
+void VelomindApp::Exchange() {
+    if (ReadExchangeSetUp(mpDatabase->GetPath()).Folder.empty()) {
+        ShowPreferences();
+    } else {
+        mpExchanger->ExchangeNow();
+    }
+}
+
+void VelomindApp::ShowChangedOnBoth() {
+    mpExchanger->Stop();
+    ChangedOnBothDialog(mLastActive.get(), *this, *mpDatabase).ShowModal();
+}
+
+void VelomindApp::ShowExchangeState(const wxString& text, bool isForStudy) {
+    if (text == mExchangeState) {
+        return;
+    }
+    mExchangeState = text;
+    if (auto* const list = dynamic_cast<BrowseFrame*>(mWindows.GetList())) {
+        list->ShowExchangeState(text);
+    }
+    auto* const study = dynamic_cast<StudyFrame*>(mWindows.GetShown());
+    if (study != nullptr && isForStudy) {
+        study->ShowNote(text);
+    }
 }
 
 // The editors close before the store does, so none of them can be the parent.

@@ -9,6 +9,7 @@
 
 #include "app/AppReports.h"
 #include "app/CommandLine.h"
+#include "app/Exchanger.h"
 #include "app/MainWindows.h"
 #include "app/Reminder.h"
 #include "base/SingleInstance.h"
@@ -104,6 +105,10 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void ShowStatistics();
     void ShowPreferences();
     void Restore();
+    void MakeExchanger();
+    void Exchange();
+    void ShowChangedOnBoth();
+    void ShowExchangeState(const wxString& text, bool isForStudy);
     void OpenStoreByDialog();
     void OpenOtherStore(const wxString& path);
     void CloseWindows();
@@ -117,8 +122,11 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     SingleInstance mInstance;
     std::unique_ptr<Database> mpDatabase;
     std::unique_ptr<BackupKeeper> mpBackupKeeper;
-    // Lives while the store is open.
+    // Live while the store is open.
     std::unique_ptr<Reminder> mpReminder;
+    std::unique_ptr<Exchanger> mpExchanger;
+    // What the windows tell of the last exchange.
+    wxString mExchangeState;
     StepNotes mStepNotes;
     UndoHistory mUndoHistory;
     CardClipboard mClipboard{mFatalErrorReport, mUndoHistory};

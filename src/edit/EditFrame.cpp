@@ -265,12 +265,18 @@ int EditFrame::FindStored(std::list<FlashCard>& found) {
     return mpDatabase->SelectCardById(mCard.CardId, found);
 }
 
+void EditFrame::StayIfGone() {
+    std::list<FlashCard> found;
+    mIsGone = !IsNew() && mpMany == nullptr && IsModified() && FindStored(found) >= 0 &&
+              found.empty();
+}
+
 void EditFrame::Refresh() {
     std::list<FlashCard> found;
     if (!IsNew() && mpMany == nullptr) {
         if (FindStored(found) < 0) {
             wxLogError("%s", _("Unable to search for card"));
-        } else if (found.empty()) {
+        } else if (found.empty() && !mIsGone) {
             // The card was deleted in another window.
             Leave();
             return;
@@ -359,12 +365,12 @@ int EditFrame::Save() {
     FlashCard card = mCard;
     std::list<FlashCard> found;
     if (!IsNew()) {
-        if (FindStored(found) < 0 || found.empty()) {
+        if (FindStored(found) < 0 || (found.empty() && !mIsGone)) {
             ShowValidationMessage(
                 _("The flash card is no longer in the store, so it was not saved."));
             return -1;
         }
-        card = found.front();
+        card = found.empty() ? mCard : found.front();
     }
     if (CollectCard(*mpForm, *mpDatabase, *this, card) < 0) {
         return -1;
@@ -372,15 +378,16 @@ int EditFrame::Save() {
     Database& database = *mpDatabase;
     FollowCard(card.CategoryId);
     // A write that fails is reported by the store itself.
-    if (!IsNew()) {
-        database.UpdateFlashCard(card);
-    } else if (GenerateUuid(card.CardId) == 0) {
+    if (!found.empty()) {
+        database.UpdateDifferences(found.front(), card);
+    } else if (!IsNew() || GenerateUuid(card.CardId) == 0) {
         database.InsertFlashCard(card);
     } else {
         ShowValidationMessage(_("No id could be made for the new card, so it was not saved."));
         return -1;
     }
     mCard = card;
+    mIsGone = false;
     NoteStep(found);
     database.Notify();
     mServices.CardSaved(card.CardId);

@@ -48,6 +48,10 @@ class EditFrame : public wxFrame, private Observer {
     // Returns true when a field differs from the card as it was shown. A save does not change that.
     bool IsModified() const;
 
+    // Call it when the store was changed from another computer, before the others are told: an
+    // editor whose unsaved card is gone then stays, and a save brings the card back.
+    void StayIfGone();
+
     // All zero while the card is new, and for many cards.
     const CardUuid& GetCardId() const { return mCard.CardId; }
 
@@ -99,6 +103,7 @@ class EditFrame : public wxFrame, private Observer {
     // The card as it was first shown or last saved. Only its id matters for a stored card, since a
     // save reads the rest again.
     FlashCard mCard;
+    bool mIsGone = false;
     // The cards that are changed together, or null for one card.
     std::unique_ptr<ManyCards> mpMany;
     // True while a text goes into the field that the user did not want as cards.

@@ -219,7 +219,7 @@ void BrowseFrame::OrderTabs() {
 void BrowseFrame::ShowCounts() {
     const int shown = mpCardList->GetCardCount();
     const int selected = mpCardList->GetSelectedCount();
-    const std::tuple counts(shown, selected, mpCardList->IsSorting());
+    const std::tuple counts(shown, selected, mpCardList->IsSorting(), mExchangeState);
     if (counts == mCounts) {
         return;
     }
@@ -235,7 +235,15 @@ void BrowseFrame::ShowCounts() {
     if (mpCardList->IsSorting()) {
         text << "   " << _("Sorting...");
     }
+    if (!mExchangeState.empty()) {
+        text << "   " << mExchangeState;
+    }
     SetStatusText(text);
+}
+
+void BrowseFrame::ShowExchangeState(const wxString& text) {
+    mExchangeState = text;
+    ShowCounts();
 }
 
 void BrowseFrame::BuildDropDown() {

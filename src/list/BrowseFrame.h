@@ -78,6 +78,9 @@ class BrowseFrame : public wxFrame, private Observer {
     // before the window was shown.
     void ShowAtStart(Database& database);
 
+    // Tells of the last exchange with other computers, beside the numbers of cards.
+    void ShowExchangeState(const wxString& text);
+
     // Selects that card and brings it into view, if the list has it. Does not take the focus.
     void ShowCard(const CardUuid& id);
 
@@ -169,8 +172,10 @@ class BrowseFrame : public wxFrame, private Observer {
     wxTimer mTyping;
     // What Enter was last pressed for in the search field; empty once the text was changed.
     wxString mEntered;
-    // The numbers of cards in the status bar: shown, selected, and whether they are being sorted.
-    std::tuple<int, int, bool> mCounts{-1, 0, false};
+    // What the status bar tells: the cards that are shown and selected, whether they are being
+    // sorted, and of the last exchange with other computers.
+    std::tuple<int, int, bool, wxString> mCounts{-1, 0, false, wxString()};
+    wxString mExchangeState;
     // Opens the menu of the search field.
     wxDropDownButton* mpSearchMenuButton = nullptr;
     Database* mpDatabase = nullptr;

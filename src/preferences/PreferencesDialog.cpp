@@ -22,8 +22,10 @@
 #include "files/windows/Backups.h"
 #include "files/windows/StoreFileChange.h"
 #include "preferences/DayGroup.h"
+#include "preferences/ExchangeGroup.h"
 #include "preferences/StudyGroup.h"
 #include "shell/Forms.h"
+#include "shell/MessageBox.h"
 #include "shell/Settings.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
@@ -258,6 +260,7 @@ void PreferencesDialog::CreateControls() {
     CreateStoreFile();
     CreateBackups();
     mpDayGroup = std::make_unique<DayGroup>(*mpForm, *mpFormSizer);
+    mpExchangeGroup = std::make_unique<ExchangeGroup>(*mpForm, *mpFormSizer);
     LetFormScroll(*mpForm);
     auto* const rows = new wxBoxSizer(wxVERTICAL);
     SetSizer(rows);
@@ -460,6 +463,7 @@ void PreferencesDialog::SetDatabase(Database* database) {
     mpStorePathText->ChangeValue(path);
     mpNewPathText->ChangeValue(path);
     TextUndo::Restart(*mpNewPathText);
+    mpExchangeGroup->Load(database->GetPath());
 }
 
 void PreferencesDialog::ShowDescription(bool early) {
@@ -522,12 +526,18 @@ void PreferencesDialog::OnBrowse(wxCommandEvent&) {
 
 // A store action that stops leaves the settings written, and the dialog closes all the same.
 void PreferencesDialog::OnOk(wxCommandEvent&) {
+    const wxString problem = mpExchangeGroup->FindProblem();
+    if (!problem.empty()) {
+        ShowMessageBox(problem, _("Study on Several Computers"), wxOK | wxCENTRE, this);
+        return;
+    }
     for (AppearanceControl* const control : GetAppearance()) {
         control->Store();
     }
     ApplyIntroduction();
     mpStudyGroup->Store();
     mpDayGroup->Store();
+    mpExchangeGroup->Store();
     ApplyBackups();
     ChangeStoreFile(mActions, this, *mpDatabase,
                     static_cast<StoreFileChoice>(mpStoreChoice->GetSelection()),

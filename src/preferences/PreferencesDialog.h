@@ -12,6 +12,7 @@
 
 class Database;
 class DayGroup;
+class ExchangeGroup;
 class StoreFileActions;
 class StudyGroup;
 class Subject;
@@ -111,7 +112,8 @@ class FontControl : public AppearanceControl {
 };
 
 // The dialog of Options: the fonts and colours of the cards, when new cards are introduced and
-// what a forgotten card keeps, the file that keeps the cards, and its backups. Nothing changes
+// what a forgotten card keeps, the file that keeps the cards, its backups, and how it is exchanged with
+// other computers. Nothing changes
 // until the user presses OK, and of the appearance only what the user has touched. Main thread
 // only.
 class PreferencesDialog : public wxDialog {
@@ -199,6 +201,7 @@ class PreferencesDialog : public wxDialog {
     wxTextCtrl* mpIntervalText = nullptr;
     std::unique_ptr<StudyGroup> mpStudyGroup;
     std::unique_ptr<DayGroup> mpDayGroup;
+    std::unique_ptr<ExchangeGroup> mpExchangeGroup;
     wxTextCtrl* mpStorePathText = nullptr;
     wxChoice* mpStoreChoice = nullptr;
     wxTextCtrl* mpNewPathText = nullptr;

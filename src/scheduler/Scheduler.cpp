@@ -328,25 +328,7 @@ void Scheduler::Refresh() {
 }
 
 void Scheduler::ScoreCard(int score) {
-    const int64_t replaces = KeepOrRestoreSchedule(score);
-    CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
-    const CardSchedule before = schedule;
-    const ReviewResult result = Review(schedule, score, mSources.Time.Now(), mSources.Random,
-                                       LeastInterval(schedule, score));
-    TraceReview(mCurrentCard, score, result);
-    schedule.Introduced = true;
-    schedule.ReviewInterval = result.NewInterval;
-    schedule.LastReview = mSources.Time.Now();
-    schedule.LastScore = static_cast<uint8_t>(score);
-    schedule.Difficulty = result.Difficulty;
-    mHistory.SetReviewTime(mCurrentCard.CardId, schedule.LastReview.GetTicks());
-    RenumberCard();
-    VELOMIND_TRACE("ERC==%08x", schedule.ERC);
-    // A failure in the store ends the program, so the result need not be checked.
-    if (mDatabase.UpdateFlashCard(mCurrentCard) >= 0) {
-        NoteReview(
-            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, result, replaces),
-            before);
+    while (!TryScore(score) && ReadCurrentCard()) {
     }
     mCurrentCard = FlashCard();
     if (mHistoryPosition != -1) {
@@ -355,6 +337,44 @@ void Scheduler::ScoreCard(int score) {
     mLiveCardId = CardUuid();
     LoadCurrentCard();
     Tell(1);
+}
+
+bool Scheduler::ReadCurrentCard() {
+    std::list<FlashCard> cards;
+    if (mDatabase.ReadVersion(mVersion) < 0 ||
+        mDatabase.SelectCardById(mCurrentCard.CardId, cards) < 0 || cards.empty()) {
+        return false;
+    }
+    mCurrentCard = std::move(cards.front());
+    return true;
+}
+
+bool Scheduler::TryScore(int score) {
+    const int64_t replaces = KeepOrRestoreSchedule(score);
+    CardSchedule& schedule = ScheduleOf(mCurrentCard, mCurrentDirection);
+    const CardSchedule before = schedule;
+    const ReviewResult review = Review(schedule, score, mSources.Time.Now(), mSources.Random,
+                                       LeastInterval(schedule, score));
+    TraceReview(mCurrentCard, score, review);
+    schedule.Introduced = true;
+    schedule.ReviewInterval = review.NewInterval;
+    schedule.LastReview = mSources.Time.Now();
+    schedule.LastScore = static_cast<uint8_t>(score);
+    schedule.Difficulty = review.Difficulty;
+    RenumberCard();
+    VELOMIND_TRACE("ERC==%08x", schedule.ERC);
+    const int result = mDatabase.UpdateFlashCard(mCurrentCard, mVersion);
+    if (result == Database::kChangedSince) {
+        return false;
+    }
+    mHistory.SetReviewTime(mCurrentCard.CardId, schedule.LastReview.GetTicks());
+    // A failure in the store ends the program, so nothing else is done about one.
+    if (result >= 0) {
+        NoteReview(
+            MakeRecord(mCurrentCard.CardId, mCurrentDirection, before, schedule, review, replaces),
+            before);
+    }
+    return true;
 }
 
 void Scheduler::NoteReview(const ReviewRecord& record, const CardSchedule& before) {
@@ -416,6 +436,8 @@ const HistoryEntry* Scheduler::EntryToRestore(int score) const {
 
 void Scheduler::LoadCurrentCard() {
     mStoreEmpty = mCategoryEmpty = mAllExcluded = false;
+    // A failure comes back with the first card that is read.
+    mDatabase.ReadVersion(mVersion);
     for (;;) {
         CardUuid id = mLiveCardId;
         ReviewDirection direction = mLiveDirection;

@@ -196,8 +196,10 @@ class Scheduler {
     // Reads the store again after cards or the current category changed elsewhere.
     void Refresh();
 
-    // Scores the current card, 0 to 5: rewrites its schedule and stores it. After the live card the
-    // next one is loaded; after a card of the history the caller moves on. Only while HasCard.
+    // Scores the current card, 0 to 5: rewrites its schedule and stores it. What an exchange with
+    // another computer has changed of the card since it was loaded stays, and a new schedule is
+    // what the score begins from; a card that is gone gets none. After the live card the next one
+    // is loaded; after a card of the history the caller moves on. Only while HasCard.
     void ScoreCard(int score);
 
   private:
@@ -220,6 +222,11 @@ class Scheduler {
     bool IsInHistory() const {
         return mHistoryPosition >= 0 && mHistoryPosition < GetHistoryCount();
     }
+    // Returns false, and has changed nothing, when the store was changed from elsewhere since the
+    // card was read.
+    bool TryScore(int score);
+    // Reads the current card anew. Returns false when it is gone.
+    bool ReadCurrentCard();
     // Runs before a score: keeps a live card's schedule in the history, or restores that of a card
     // of the history from before its first score, unless the score stays the same. Returns the time
     // of the review that this one replaces, or -1.
@@ -243,6 +250,8 @@ class Scheduler {
     int mRelearnShare = 0;
     Relearning mRelearning;
     FlashCard mCurrentCard;
+    // The version of the store before it was read.
+    int64_t mVersion = -1;
     ReviewDirection mCurrentDirection = kReviewNone;
     bool mStoreEmpty = false;
     bool mCategoryEmpty = false;

@@ -33,6 +33,8 @@ enum CommandId : int {
     ID_FOLLOW_SAVED = 30065,
     ID_REPLACE = 30066,
     ID_DUPLICATES = 30067,
+    ID_EXCHANGE = 30068,
+    ID_CHANGED_ON_BOTH = 30069,
     // One id for each store in the menu of the last ones.
     ID_RECENT_STORE_FIRST = 30070,
     ID_RECENT_STORE_LAST = 30074,

@@ -140,7 +140,7 @@ void CostlyCardsPanel::Change(void (*change)(FlashCard& card, ReviewDirection di
                     change(card, direction, mServices.GetClock().Now());
                 }
             }
-            if (mpDatabase->UpdateFlashCard(card) >= 0) {
+            if (mpDatabase->UpdateDifferences(found.front(), card) >= 0) {
                 NoteEdit(found.front(), card, step);
             }
         }

@@ -136,6 +136,12 @@ class Database : public Subject {
     // Called before each statement that may change the open store, on its thread and with the store
     // locked: it may read the store, must not change it, and must not wait for another thread.
     void SetBeforeChange(std::function<void()> hook);
+    // Gives a number that stays the same until somebody else changes the store: another connection
+    // of this program, or another program. Ask for it before the cards are read.
+    int ReadVersion(int64_t& version);
+    // Says how long an operation waits while somebody else has locked the store. After that it
+    // fails. 0 is back to the usual.
+    void SetPatience(int milliseconds);
     // Copies the store's pages, as they are now, to a free path, under the store's own read lock.
     // Returns 0 and the number of cards in them, or -1 where they cannot be counted as the file is
     // damaged; else the system's number of the error.
@@ -149,6 +155,11 @@ class Database : public Subject {
     // Card writes. Inserting a card without an identity returns -1.
     int InsertFlashCard(const FlashCard& card);
     int UpdateFlashCard(const FlashCard& card);
+    // Writes a card that was read at that version of the store. Returns kChangedSince, and writes
+    // nothing, when somebody else has changed the store since: read it again. The engine compares
+    // the versions once nobody else can write any more.
+    static constexpr int kChangedSince = 1;
+    int UpdateFlashCard(const FlashCard& card, int64_t version);
     int DeleteCard(const CardUuid& id);
     int CardDeleteByRowId(int64_t rowId);
     int CardUpdateCategory(int64_t rowId, int32_t categoryId);
@@ -167,6 +178,9 @@ class Database : public Subject {
     // or not at all.
     int UpdateParts(const std::vector<int64_t>& rowIds, const CardParts& parts,
                     const std::function<const FlashCard&(size_t)>& cardAt);
+    // Writes the parts in which a card differs from what it was when it was read, so that what
+    // somebody else has changed of it meanwhile stays. A card that is gone is passed over.
+    int UpdateDifferences(const FlashCard& before, const FlashCard& after);
     // Changes texts of many cards, each card's in one statement and only where all of them still
     // are as they were before. Appends the rows that were written. Failures are as above.
     int UpdateTexts(const std::vector<CardTextChange>& changes, std::vector<int64_t>& written);
@@ -363,6 +377,7 @@ class Database : public Subject {
         kUpdateGlobal,
         kInsertFlashCard,
         kUpdateFlashCard,
+        kUpdateOfVersion,
         kDeleteCard,
         kCardDeleteByRowId,
         kCardUpdateCategory,

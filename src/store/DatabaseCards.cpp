@@ -119,6 +119,46 @@ int Database::UpdateFlashCard(const FlashCard& card) {
     return WriteCard(card);
 }
 
+int Database::UpdateFlashCard(const FlashCard& card, int64_t version) {
+    const Lock lock(mMutex);
+    {
+        StatementRun run(*this, Prepared(StatementId::kUpdateOfVersion));
+        const bool isBound =
+            BindCardFields(run, card) == 0 && run.Bind(card.CardId) == 0 && run.Bind(version) == 0;
+        const int result = isBound ? run.Step("UpdateFlashCard") : -1;
+        if (result < 0 || sqlite3_changes(mpHandle) > 0) {
+            return result;
+        }
+    }
+    int64_t present = 0;
+    if (ReadVersion(present) < 0) {
+        return -1;
+    }
+    return present == version ? UpdateFlashCard(card) : kChangedSince;
+}
+
+int Database::UpdateDifferences(const FlashCard& before, const FlashCard& after) {
+    const Lock lock(mMutex);
+    std::vector<int64_t> rowIds;
+    const CardParts parts = FindDifferences(before, after);
+    if (SelectRowIdById(after.CardId, rowIds) < 0) {
+        return -1;
+    }
+    return parts.none() ? 0 : UpdateParts(rowIds, parts, [&after](size_t) -> const FlashCard& {
+        return after;
+    });
+}
+
+int Database::ReadVersion(int64_t& version) {
+    const Lock lock(mMutex);
+    StatementRun run(*this, GetStatement("SELECT data_version FROM pragma_data_version;"));
+    const int result = run.Step("ReadVersion");
+    if (result >= 0) {
+        version = run.ColumnInt64(0);
+    }
+    return result;
+}
+
 int Database::WriteCard(const FlashCard& card) {
     StatementRun run(*this, Prepared(StatementId::kUpdateFlashCard));
     const bool isBound = BindCardFields(run, card) == 0 && run.Bind(card.CardId) == 0;

@@ -273,6 +273,13 @@ int Database::OpenFile(const wxString& file, UpgradeWait& wait) {
     return ReadEachTree();
 }
 
+void Database::SetPatience(int milliseconds) {
+    const Lock lock(mMutex);
+    if (mpHandle != nullptr) {
+        sqlite3_busy_timeout(mpHandle, milliseconds > 0 ? milliseconds : kMostBusyMilliseconds);
+    }
+}
+
 // Without its directory the store is still used, as safe from power cuts as the engine alone makes
 // it.
 void Database::OpenDirectory() {

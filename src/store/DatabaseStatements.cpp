@@ -7,6 +7,13 @@
 
 namespace {
 
+constexpr char kUpdateCards[] =
+    "UPDATE Cards SET "
+    "Front=?,Back=?,CategoryId=?,Author=?,Chapter=?,IntroductionOrder=?,ForwardX=?,"
+    "ReverseX=?,Notes=?,Introduced=?,LastReview=?,LastScore=?,ReviewInterval=?,Difficulty=?,"
+    "NextReview=?,ERC=?,RIntroduced=?,RLastReview=?,RLastScore=?,RReviewInterval=?,"
+    "RDifficulty=?,RNextReview=?,RERC=? WHERE CardId=?";
+
 constexpr char kCountCards[] = "SELECT count(*) FROM Cards ";
 
 }  // namespace
@@ -17,12 +24,9 @@ const Database::StatementText Database::kStatementTexts[] = {
     {StatementId::kUpdateGlobal, "", "UPDATE Globals SET Value=? WHERE Key=?;"},
     {StatementId::kInsertFlashCard, kInsertCards,
      "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?);"},
-    {StatementId::kUpdateFlashCard, "UPDATE Cards SET ",
-     "Front=?,Back=?,CategoryId=?,Author=?,Chapter=?,IntroductionOrder=?,ForwardX=?,"
-     "ReverseX=?,Notes=?,Introduced=?,LastReview=?,LastScore=?,ReviewInterval=?,Difficulty=?,"
-     "NextReview=?,ERC=?,RIntroduced=?,RLastReview=?,RLastScore=?,RReviewInterval=?,"
-     "RDifficulty=?,RNextReview=?,RERC=?"
-     " WHERE CardId=?;"},
+    {StatementId::kUpdateFlashCard, kUpdateCards, ";"},
+    {StatementId::kUpdateOfVersion, kUpdateCards,
+     " AND (SELECT data_version FROM pragma_data_version)=?;"},
     {StatementId::kDeleteCard, "", "DELETE FROM Cards WHERE CardId=?"},
     {StatementId::kCardDeleteByRowId, "", "DELETE FROM Cards WHERE ROWID=?"},
     {StatementId::kCardUpdateCategory, "", "UPDATE Cards SET CategoryId=? WHERE ROWID=?"},

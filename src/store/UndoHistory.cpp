@@ -484,7 +484,7 @@ int PartCards(Database& database, const StoreChange& change, UndoOutcome& outcom
             return -1;
         }
         RevertEach(before, after, card);
-        if (database.UpdateFlashCard(card) < 0 ||
+        if (database.UpdateDifferences(found.front(), card) < 0 ||
             database.SelectRowIdById(card.CardId, outcome.RowIds) < 0) {
             return -1;
         }

@@ -275,6 +275,10 @@ void StudyFrame::SetDatabase(Database* database) {
     UpdateCard(false);
 }
 
+void StudyFrame::ShowNote(const wxString& text) {
+    mpStatusBar->SetStatusText(text, kStepField);
+}
+
 void StudyFrame::ForgetStore() {
     if (mpScheduler != nullptr) {
         OpenDay();

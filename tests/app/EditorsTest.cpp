@@ -74,4 +74,19 @@ TEST_F(EditorsTest, AnotherStoreAsksOnceWhetherChangesMayBeLost) {
     EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), Strings{"0"});
 }
 
+TEST_F(EditorsTest, WhatIsTypedStaysWhenAnotherComputerHasDeletedTheCard) {
+    const FlashCard card = Insert(MakeCard("front", "back"));
+    const FlashCard other = Insert(MakeCard("other", "back"));
+    mEditors.Open(card, mDatabase);
+    Find<wxTextCtrl>(*wxTopLevelWindows.back(), EditForm::ID_FRONT).SetValue("typed");
+    mEditors.Open(other, mDatabase);
+    Query("DELETE FROM Cards");
+    mEditors.KeepUnsaved();
+    mDatabase.Notify();
+    EXPECT_EQ(Count(), 1U) << "the editor in which nothing was typed";
+    SendCommand(*wxTopLevelWindows.front()->GetEventHandler(), ID_SAVE_CLOSE);
+    EXPECT_EQ(Count(), 0U);
+    EXPECT_EQ(Stored(card.CardId).Front, "typed");
+}
+
 }  // namespace

@@ -1,11 +1,16 @@
 #include "preferences/PreferencesDialog.h"
 
+#include <wx/filename.h>
 #include <wx/spinctrl.h>
 
 #include "files/windows/FakeStoreFileActions.h"
 #include "preferences/DayGroup.h"
+#include "preferences/ExchangeGroup.h"
 #include "preferences/StudyGroup.h"
+#include "shell/ExchangeSettings.h"
 #include "support/GuiTest.h"
+#include "sync/Exchange.h"
+#include "sync/SyncState.h"
 
 namespace {
 
@@ -161,6 +166,74 @@ TEST_F(PreferencesDialogTest, TheLongTextsTakeTheWidthOfTheirGroup) {
     EXPECT_LE(mpDialog->GetSize().y, 760);
     EXPECT_GE(mpDialog->GetClientSize().y,
               FindById(*mpDialog, Dialog::ID_INTERVAL)->GetParent()->GetSizer()->CalcMin().y);
+}
+
+TEST_F(PreferencesDialogTest, AFolderForOtherComputersIsOneThatServesForThat) {
+    const TestDirectory other;
+    const wxString good = wxFileName(other.Path("x")).GetPath();
+    const wxString store = wxFileName(StorePath()).GetPath();
+    const struct {
+        wxString Folder;
+        const char* Refusal;
+    } cases[] = {{good, ""},
+                 {"  " + good + " ", ""},
+                 {good + "/none", "There is no folder"},
+                 {"relative", "There is no folder"},
+                 {store, "The store file itself"},
+                 {store + "/", "The store file itself"},
+                 {wxString(), ""}};
+    for (const auto& c : cases) {
+        const bool isRefused = *c.Refusal != '\0';
+        WriteExchangeSetUp(StorePath(), {"/stored", wxString()});
+        PreferencesDialog dialog(nullptr, mNotifier, mFiles);
+        dialog.SetDatabase(&mDatabase);
+        auto& folder = Find<wxTextCtrl>(dialog, ExchangeGroup::kFolderId);
+        EXPECT_EQ(folder.GetValue(), "/stored");
+        folder.SetValue(c.Folder);
+        Find<wxTextCtrl>(dialog, ExchangeGroup::kNameId).SetValue("desk");
+        ModalAnswers answers;
+        answers.Then([&](wxDialog& shown) {
+            if (isRefused) {
+                answers.Expect(wxID_OK);
+            }
+            Send(*FindById(shown, wxID_OK));
+            if (isRefused) {
+                EXPECT_TRUE(shown.IsModal()) << c.Folder;
+                EXPECT_TRUE(answers.Dialogs.back().Message.StartsWith(c.Refusal)) << c.Folder;
+                shown.EndModal(wxID_CANCEL);
+            }
+        });
+        dialog.ShowModal();
+        const ExchangeSetUp stored = ReadExchangeSetUp(StorePath());
+        const wxString meant = c.Folder.empty() ? wxString() : good;
+        EXPECT_EQ(stored.Folder, isRefused ? wxString("/stored") : meant);
+        EXPECT_EQ(stored.Name == "desk", !isRefused);
+        EXPECT_TRUE(ReadExchangeSetUp("/another/store.vlm").Folder.empty());
+    }
+}
+
+TEST_F(PreferencesDialogTest, WhoLeavesTheExchangeDoesSoWithOk) {
+    for (const bool isMeant : {false, true}) {
+        WriteExchangeSetUp(StorePath(), {"/stored", "desk"});
+        SyncState state;
+        ASSERT_TRUE(state.Open(StorePath()));
+        state.SaveMachine({7, "laptop", 1700000000000, 0, {}});
+        PreferencesDialog dialog(nullptr, mNotifier, mFiles);
+        dialog.SetDatabase(&mDatabase);
+        EXPECT_TRUE(Find<wxListBox>(dialog, ExchangeGroup::kOthersId)
+                        .GetString(0)
+                        .StartsWith("laptop, last news on 2023-11-1"));
+        ModalAnswers answers;
+        answers.Then([&](wxDialog& shown) {
+            answers.Expect(isMeant ? wxID_YES : wxID_NO);
+            Send(*FindById(shown, ExchangeGroup::kLeaveId));
+            EXPECT_TRUE(TakesPart(StorePath()));
+            Send(*FindById(shown, wxID_OK));
+        });
+        dialog.ShowModal();
+        EXPECT_EQ(TakesPart(StorePath()), !isMeant);
+        EXPECT_EQ(ReadExchangeSetUp(StorePath()).Folder.empty(), isMeant);
+    }
 }
 
 }  // namespace

@@ -196,4 +196,34 @@ TEST_F(SchedulerTest, AnIdentityInCapitalsIsShownAndScored) {
               (Strings{"4|1", "4|1"}));
 }
 
+// What an exchange with another computer brings while a card is on show.
+TEST_F(SchedulerTest, AScoreKeepsWhatOthersHaveChangedSinceTheCardWasLoaded) {
+    const struct {
+        const char* Change;
+        const char* Query;
+        const char* Expected;
+    } cases[] = {
+        {"SELECT 1", "Front,LastScore,Introduced", "card|4|1"},
+        {"Front='new',CategoryId=7,ReverseX=1", "Front,CategoryId,ReverseX,LastScore", "new|7|1|4"},
+        {"RIntroduced=1,RReviewInterval=77", "RReviewInterval,LastScore", "77.0|4"},
+        {"Introduced=1,LastReview=1699000000,ReviewInterval=500000",
+         "ReviewInterval>500000,LastScore", "1|4"},
+        {"DELETE FROM Cards", "Front", ""},
+    };
+    for (const auto& c : cases) {
+        ASSERT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
+        const FlashCard card = Insert(MakeCard("card", "back"));
+        mScheduler.Initialise();
+        ASSERT_EQ(mScheduler.GetCurrentCard().Front, "card");
+        const std::string change = c.Change;
+        const bool isWhole = change.find('=') == std::string::npos;
+        Query(isWhole ? change : "UPDATE Cards SET " + change);
+        mScheduler.ScoreCard(4);
+        const Strings rows = Query(std::string("SELECT ") + c.Query + " FROM Cards");
+        EXPECT_EQ(rows, *c.Expected == '\0' ? Strings() : Strings{c.Expected}) << c.Change;
+        // Another score of the same card begins where the last one did.
+        EXPECT_EQ(mScheduler.GetHistoryCount(), 1);
+    }
+}
+
 }  // namespace

@@ -164,3 +164,17 @@ TEST_F(CardStoreTest, AWorkerAndTheMainThreadMayUseTheStoreAtOnce) {
     worker.join();
     EXPECT_TRUE(mReport.Texts.empty());
 }
+
+TEST_F(CardStoreTest, AnEditWritesOnlyWhatItHasChanged) {
+    const FlashCard before = Insert(MakeCard("front", "back"));
+    FlashCard after = before;
+    after.Front = "edited";
+    after.Forward.ReviewInterval = 9.0f;
+    Query("UPDATE Cards SET Back='from elsewhere',RReviewInterval=5.0");
+    EXPECT_EQ(mDatabase.UpdateDifferences(before, after), 0);
+    EXPECT_EQ(Query("SELECT Front,Back,ReviewInterval,RReviewInterval FROM Cards"),
+              Strings{"edited|from elsewhere|9.0|5.0"});
+    mDatabase.DeleteCard(before.CardId);
+    EXPECT_EQ(mDatabase.UpdateDifferences(before, after), 0);
+    EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), Strings{"0"});
+}

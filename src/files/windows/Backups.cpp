@@ -73,6 +73,10 @@ int BackupKeeper::BackUp(wxWindow* parent, BackupCause cause) {
                      [&] { return backups.Make(mDatabase, cause, CurrentTime()); });
 }
 
+int BackupKeeper::BackUpOnWorker(BackupCause cause) {
+    return mBackups.Make(mDatabase, cause, CurrentTime());
+}
+
 void BackupKeeper::BackUpDay(wxWindow* parent) {
     const wxDateTime now = CurrentTime();
     if (IsLarge(mDatabase.GetPath()) && !mBackups.IsDayDone(mDatabase.GetPath(), now)) {

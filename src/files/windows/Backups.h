@@ -28,6 +28,8 @@ class BackupKeeper : private Observer {
     // Returns 0, or the system's number of the error, which was told and is no reason to stop where
     // the cards stay in the store.
     int BackUp(wxWindow* parent, BackupCause cause);
+    // The same for a worker that is about to change the store.
+    int BackUpOnWorker(BackupCause cause);
     // The same for a store file that the program is about to replace, which may be another one; a
     // file that cannot be opened is copied as it is.
     int BackUpFile(wxWindow* parent, const wxString& path);

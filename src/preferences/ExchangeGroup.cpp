@@ -1,0 +1,134 @@
+#include "preferences/ExchangeGroup.h"
+
+#include <wx/button.h>
+#include <wx/datetime.h>
+#include <wx/dirdlg.h>
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/listbox.h>
+#include <wx/log.h>
+#include <wx/scrolwin.h>
+#include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+
+#include "base/Process.h"
+#include "base/Unicode.h"
+#include "shell/ExchangeSettings.h"
+#include "shell/Forms.h"
+#include "shell/MessageBox.h"
+#include "shell/Toolkit.h"
+#include "sync/Exchange.h"
+
+namespace {
+
+constexpr int kOthersHeight = 54;
+
+wxString LineOf(const ExchangeMachine& machine) {
+    const wxDateTime news(static_cast<time_t>(machine.LastNews / 1000));
+    return wxString::Format(_("%s, last news on %s"), FromUtf8(machine.Name),
+                            news.Format("%Y-%m-%d %H:%M"));
+}
+
+}  // namespace
+
+ExchangeGroup::ExchangeGroup(wxScrolledWindow& form, wxSizer& column) : mForm(form) {
+    wxBoxSizer& group = *AddFormGroup(column, form, _("Study on Several Computers"));
+    const auto gap = wxSizerFlags().Border(wxTOP, form.FromDIP(kFormGap));
+    auto* const place = new wxBoxSizer(wxHORIZONTAL);
+    mpFolder = new wxTextCtrl(&form, kFolderId);
+    auto* const browse = new wxButton(&form, kBrowseId, _("Browse"));
+    place->Add(mpFolder, wxSizerFlags(1).CentreVertical());
+    place->Add(browse, wxSizerFlags().CentreVertical().Border(wxLEFT, form.FromDIP(kFormGap)));
+    group.Add(MakeFormLabel(_("Exchange cards through this &folder:"), *mpFolder), FormRow(form));
+    group.Add(place, wxSizerFlags(gap).Expand());
+
+    auto* const own = new wxBoxSizer(wxHORIZONTAL);
+    mpName = new wxTextCtrl(&form, kNameId);
+    own->Add(MakeFormLabel(_("&Name of this computer:"), *mpName), wxSizerFlags().CentreVertical());
+    own->Add(mpName, wxSizerFlags(1).CentreVertical().Border(wxLEFT, form.FromDIP(kFormGap)));
+    group.Add(own, FormRow(form));
+
+    auto* const others = new wxBoxSizer(wxHORIZONTAL);
+    mpOthers =
+        new wxListBox(&form, kOthersId, wxDefaultPosition, form.FromDIP(wxSize(-1, kOthersHeight)));
+    mpLeave = new wxButton(&form, kLeaveId, _("Leave..."));
+    others->Add(mpOthers, wxSizerFlags(1).Expand());
+    others->Add(mpLeave, wxSizerFlags().Top().Border(wxLEFT, form.FromDIP(kFormGap)));
+    group.Add(MakeFormLabel(_("The other computers:"), *mpOthers), FormRow(form));
+    group.Add(others, wxSizerFlags(gap).Expand());
+
+    browse->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Browse(); });
+    mpLeave->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Leave(); });
+}
+
+void ExchangeGroup::Load(const wxString& storePath) {
+    mStorePath = storePath;
+    mHasLeft = false;
+    const ExchangeSetUp setUp = ReadExchangeSetUp(storePath);
+    mpFolder->ChangeValue(setUp.Folder);
+    mpName->ChangeValue(setUp.Name);
+    mpOthers->Clear();
+    for (const ExchangeMachine& machine : ReadExchangeMachines(storePath)) {
+        if (machine.LastNews > 0) {
+            mpOthers->Append(LineOf(machine));
+        }
+    }
+    mpLeave->Enable(TakesPart(storePath) || !setUp.Folder.empty());
+}
+
+void ExchangeGroup::Browse() {
+    wxDirDialog dialog(wxGetTopLevelParent(&mForm), _("Study on Several Computers"),
+                       mpFolder->GetValue(), wxDD_DEFAULT_STYLE);
+    if (dialog.ShowModal() == wxID_OK) {
+        mpFolder->SetValue(dialog.GetPath());
+    }
+}
+
+void ExchangeGroup::Leave() {
+    const wxString question =
+        _("This computer will exchange its cards no more. The cards stay, here and on the other "
+          "computers. Changes that were not exchanged yet stay here alone. Do you want to leave?");
+    if (ShowMessageBox(question, _("Study on Several Computers"), wxYES_NO | wxNO_DEFAULT,
+                       wxGetTopLevelParent(&mForm)) == wxYES) {
+        mHasLeft = true;
+        mpFolder->Clear();
+        mpOthers->Clear();
+        mpFolder->SetFocus();
+        mpLeave->Disable();
+    }
+}
+
+wxString ExchangeGroup::GetFolder() const {
+    wxString folder = mpFolder->GetValue();
+    folder.Trim().Trim(false);
+    return folder;
+}
+
+wxString ExchangeGroup::FindProblem() const {
+    const wxString folder = GetFolder();
+    // A stick that is not there just now must not keep the user from the other options.
+    if (folder.empty() || folder == ReadExchangeSetUp(mStorePath).Folder) {
+        return wxString();
+    }
+    if (!wxIsAbsolutePath(folder) || !wxFileName::DirExists(folder)) {
+        return wxString::Format(_("There is no folder \"%s\"."), folder);
+    }
+    const wxString place = wxFileName::DirName(folder).GetPathWithSep();
+    if (mStorePath.StartsWith(place)) {
+        return _(
+            "The store file itself lies in this folder. Choose a folder of its own, which "
+            "only the exchange uses: a service that carries the store file would damage it.");
+    }
+    return wxString();
+}
+
+void ExchangeGroup::Store() const {
+    const int error = mHasLeft ? LeaveExchange(mStorePath) : 0;
+    if (error != 0) {
+        wxLogError(_("What was kept for the exchange could not be removed: %s"),
+                   SystemErrorText(error));
+    }
+    wxString name = mpName->GetValue();
+    WriteExchangeSetUp(mStorePath, {GetFolder(), name.Trim().Trim(false)});
+}
