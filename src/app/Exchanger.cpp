@@ -21,7 +21,7 @@ constexpr int64_t kPauseSeconds = 300;
 // While an exchange writes, the windows wait for the store as long as they have to.
 constexpr int kPatienceMilliseconds = 600000;
 // An exchange that was asked to stop may still be just before its end.
-constexpr long kLastMilliseconds = 200;
+constexpr unsigned long kLastMilliseconds = 200;
 constexpr size_t kMostNames = 3;
 
 wxString NamesOf(const std::vector<ExchangeMachine>& machines) {
@@ -270,7 +270,7 @@ void Exchanger::BeginAnew() {
     Look();
 }
 
-bool Exchanger::Finish(long mostMilliseconds) {
+bool Exchanger::Finish(unsigned long mostMilliseconds) {
     wxTimer::Stop();
     if (!IsRunning()) {
         Begin(nullptr);

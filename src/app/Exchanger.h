@@ -31,7 +31,7 @@ bool AskExchangeQuestion(wxWindow* parent, const ExchangeReport& report, Exchang
 // only.
 //
 // What a score writes and what the worker writes do not meet: see Database::ReadVersion.
-class Exchanger : private wxTimer, private wxEventFilter {
+class Exchanger : public wxTimer, private wxEventFilter {
   public:
     // What the exchanger needs of the program. The references must outlive it.
     struct Surroundings {
@@ -74,7 +74,7 @@ class Exchanger : private wxTimer, private wxEventFilter {
     // Exchanges for the last time, and returns after that many milliseconds at the latest. Returns
     // false when the worker goes on; the program then has to end without waiting for it, which the
     // exchange was made for.
-    bool Finish(long mostMilliseconds);
+    bool Finish(unsigned long mostMilliseconds);
 
     bool IsRunning() const { return mpJob != nullptr; }
 

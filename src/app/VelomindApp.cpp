@@ -53,7 +53,7 @@ constexpr int kMissingCommands[] = {ID_EXPORT,  ID_RENAME,    ID_QUICK_HELP,
                                     ID_MOVE_UP, ID_MOVE_DOWN, ID_RENUMBER};
 
 // The end of the program does not wait longer for other computers.
-constexpr long kLastExchangeMilliseconds = 2000;
+constexpr unsigned long kLastExchangeMilliseconds = 2000;
 
 bool IsAnyWindowShown() {
     return std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
@@ -488,6 +488,9 @@ void VelomindApp::MakeExchanger() {
         [this] { return mOpenDialogs.IsAnyOpen(); },
         [this] {
             mEditors.KeepUnsaved();
+            if (auto* const study = dynamic_cast<StudyFrame*>(mWindows.GetStudy())) {
+                study->ReadLogAgain();
+            }
             mpDatabase->Notify();
         },
         [this](const wxString& text, bool isForStudy) { ShowExchangeState(text, isForStudy); },

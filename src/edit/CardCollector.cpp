@@ -31,15 +31,15 @@ class CardCollector {
         : mForm(form), mDatabase(database), mFrame(frame), mCard(card), mIsForMany(isForMany) {}
 
     int Collect() {
-        if (CollectSide(CardField::Front, mCard.Front, _("Flash cards cannot have a blank front")) <
+        if (CollectSide(EditField::Front, mCard.Front, _("Flash cards cannot have a blank front")) <
                 0 ||
-            CollectSide(CardField::Back, mCard.Back, _("Flash cards cannot have a blank back")) <
+            CollectSide(EditField::Back, mCard.Back, _("Flash cards cannot have a blank back")) <
                 0) {
             return -1;
         }
-        TakeText(CardField::Author, mCard.Author);
-        TakeText(CardField::Chapter, mCard.Chapter);
-        TakeText(CardField::Notes, mCard.Notes);
+        TakeText(EditField::Author, mCard.Author);
+        TakeText(EditField::Chapter, mCard.Chapter);
+        TakeText(EditField::Notes, mCard.Notes);
         mForm.TakeExclusions(mCard);
         if (mForm.GetForwardSchedule().Save(mCard.Forward) < 0 ||
             mForm.GetReverseSchedule().Save(mCard.Reverse) < 0) {
@@ -49,7 +49,7 @@ class CardCollector {
     }
 
   private:
-    int Refuse(CardField field, const wxString& message) {
+    int Refuse(EditField field, const wxString& message) {
         ShowValidationMessage(message);
         mForm.PointAt(field);
         return -1;
@@ -57,31 +57,31 @@ class CardCollector {
 
     // Returns true when the card takes the field from the form, and false when it keeps the
     // store's.
-    bool IsOfForm(CardField field) const {
+    bool IsOfForm(EditField field) const {
         return (mCard.CardId.IsZero() && !mIsForMany) || mForm.IsTouched(field);
     }
-    bool StaysInMany(CardField field) const { return mIsForMany && !mForm.IsTouched(field); }
+    bool StaysInMany(EditField field) const { return mIsForMany && !mForm.IsTouched(field); }
 
-    void TakeText(CardField field, wxString& text) {
+    void TakeText(EditField field, wxString& text) {
         if (IsOfForm(field)) {
             text = WithLineFeeds(mForm.GetTrimmed(field));
         }
     }
 
-    int CollectSide(CardField field, wxString& side, const wxString& blankMessage) {
+    int CollectSide(EditField field, wxString& side, const wxString& blankMessage) {
         TakeText(field, side);
         return TrimWide(side).empty() && !StaysInMany(field) ? Refuse(field, blankMessage) : 0;
     }
 
     int CollectCategory() {
-        if (StaysInMany(CardField::Category)) {
+        if (StaysInMany(EditField::Category)) {
             return 0;
         }
         // A card whose category is gone is shown in the default one, and so is saved there.
-        if (!IsOfForm(CardField::Category) && HasCategory(mCard.CategoryId)) {
+        if (!IsOfForm(EditField::Category) && HasCategory(mCard.CategoryId)) {
             return 0;
         }
-        wxString name = mForm.GetTrimmed(CardField::Category);
+        wxString name = mForm.GetTrimmed(EditField::Category);
         if (name.empty()) {
             name = kDefaultCategory;
         }
@@ -92,11 +92,11 @@ class CardCollector {
         }
         name = WithLineFeeds(name);
         if (name != kDefaultCategory && !AskToCreate(name)) {
-            mForm.PointAt(CardField::Category);
+            mForm.PointAt(EditField::Category);
             return -1;
         }
         if (mDatabase.FindOrInsertCategory(name, mCard.CategoryId) < 0) {
-            return Refuse(CardField::Category, _("Unable to add the category."));
+            return Refuse(EditField::Category, _("Unable to add the category."));
         }
         return 0;
     }
@@ -124,20 +124,20 @@ class CardCollector {
     }
 
     int CollectOrder() {
-        if (StaysInMany(CardField::IntroductionOrder)) {
+        if (StaysInMany(EditField::IntroductionOrder)) {
             return 0;
         }
-        if (!IsOfForm(CardField::IntroductionOrder) && mCard.IntroductionOrder != kBlankOrder) {
+        if (!IsOfForm(EditField::IntroductionOrder) && mCard.IntroductionOrder != kBlankOrder) {
             return 0;
         }
-        const wxString text = mForm.GetTrimmed(CardField::IntroductionOrder);
+        const wxString text = mForm.GetTrimmed(EditField::IntroductionOrder);
         if (text.empty()) {
             mCard.IntroductionOrder = mIsForMany ? kBlankOrder : NextOrder();
             return 0;
         }
         int32_t order = 0;
         if (!ParseWholeNumber(text, order) || order == kBlankOrder) {
-            return Refuse(CardField::IntroductionOrder,
+            return Refuse(EditField::IntroductionOrder,
                           _("Introduction Order must be a whole number"));
         }
         mCard.IntroductionOrder = order;

@@ -80,8 +80,8 @@ EditForm::EditForm(wxWindow* parent)
     // Keys pressed inside a composite control, such as a choice's button, arrive here.
     Bind(wxEVT_CHAR, &EditForm::OnFieldChar, this);
     wxBoxSizer* const column = MakeFormColumn(*this);
-    AddFields(*column, _("Text"), CardField::Front, CardField::Back);
-    AddFields(*column, _("Details"), CardField::Category, CardField::IntroductionOrder);
+    AddFields(*column, _("Text"), EditField::Front, EditField::Back);
+    AddFields(*column, _("Details"), EditField::Category, EditField::IntroductionOrder);
     AlignLabels();
     AddSchedules(*column);
     BindFields(*this);
@@ -92,25 +92,25 @@ EditForm::EditForm(wxWindow* parent)
 }
 
 // Adds a titled group with a row for each of the fields.
-void EditForm::AddFields(wxBoxSizer& column, const wxString& title, CardField first,
-                         CardField last) {
+void EditForm::AddFields(wxBoxSizer& column, const wxString& title, EditField first,
+                         EditField last) {
     wxBoxSizer* const group = AddFormGroup(column, *this, title);
     auto* const grid = new wxFlexGridSizer(2, FromDIP(wxSize(kFormEdge, kFormGap)));
     grid->AddGrowableCol(1, 1);
     for (auto field = static_cast<size_t>(first); field <= static_cast<size_t>(last); ++field) {
-        AddField(*grid, static_cast<CardField>(field));
+        AddField(*grid, static_cast<EditField>(field));
     }
-    if (last == CardField::IntroductionOrder) {
+    if (last == EditField::IntroductionOrder) {
         AddExclusions(*grid);
     }
     group->Add(grid, FormRow(*this).Proportion(1));
-    if (first == CardField::Front) {
+    if (first == EditField::Front) {
         // The sides of the card get the room that a tall window has to spare.
         column.GetItem(group)->SetProportion(1);
     }
 }
 
-void EditForm::CreateControl(CardField field) {
+void EditForm::CreateControl(EditField field) {
     const FieldRow& row = kRows[static_cast<size_t>(field)];
     Field& added = At(field);
     if (row.Kind == FieldKind::Choice) {
@@ -136,7 +136,7 @@ void EditForm::CreateControl(CardField field) {
     });
 }
 
-void EditForm::AddField(wxFlexGridSizer& grid, CardField field) {
+void EditForm::AddField(wxFlexGridSizer& grid, EditField field) {
     CreateControl(field);
     const FieldKind kind = kRows[static_cast<size_t>(field)].Kind;
     const Field& added = At(field);
@@ -153,7 +153,7 @@ void EditForm::AddField(wxFlexGridSizer& grid, CardField field) {
         const int height = isLong ? kLeastLines * GetCharHeight() : -1;
         added.Control->SetMinSize(wxSize(FromDIP(kTextWidth), height));
     }
-    if (field == CardField::Front) {
+    if (field == EditField::Front) {
         mpSameFront = new wxHyperlinkCtrl(this, ID_SAME_FRONT, " ", "#");
         mpSameFront->Hide();
         grid.AddSpacer(0);
@@ -162,11 +162,11 @@ void EditForm::AddField(wxFlexGridSizer& grid, CardField field) {
 }
 
 wxTextCtrl& EditForm::GetFront() {
-    return *static_cast<wxTextCtrl*>(At(CardField::Front).Control);
+    return *static_cast<wxTextCtrl*>(At(EditField::Front).Control);
 }
 
 void EditForm::AddExclusions(wxFlexGridSizer& grid) {
-    At(CardField::IntroductionOrder)
+    At(EditField::IntroductionOrder)
         .Control->SetToolTip(_("This value controls the order that new cards are introduced.\nCards"
                                " with a higher Introduction Order are introduced after cards with a"
                                " lower Introduction Order.\nLeave this value blank to introduce"
@@ -274,7 +274,7 @@ EditForm::Texts EditForm::GetTexts(const FlashCard& card, const wxString& catego
 void EditForm::Load(const FlashCard& card, const wxString& categoryName) {
     const Texts texts = GetTexts(card, categoryName);
     for (size_t i = 0; i < texts.size(); ++i) {
-        LoadField(static_cast<CardField>(i), texts.at(i));
+        LoadField(static_cast<EditField>(i), texts.at(i));
     }
     mForwardX.Load(card.ForwardX);
     mReverseX.Load(card.ReverseX);
@@ -285,7 +285,7 @@ void EditForm::Load(const FlashCard& card, const wxString& categoryName) {
 void EditForm::Follow(const FlashCard& card, const wxString& categoryName) {
     const Texts texts = GetTexts(card, categoryName);
     for (size_t i = 0; i < texts.size(); ++i) {
-        FollowField(static_cast<CardField>(i), texts.at(i));
+        FollowField(static_cast<EditField>(i), texts.at(i));
     }
     if (!mForwardX.IsTouched()) {
         mForwardX.Load(card.ForwardX);
@@ -313,7 +313,7 @@ ScheduleParts PartsOfSchedule(const CardParts& parts, CardPart first) {
 void EditForm::LoadMany(const CommonCard& cards, const wxString& categoryName) {
     const Texts texts = GetTexts(cards.Card, categoryName);
     for (size_t i = 0; i < texts.size(); ++i) {
-        LoadField(static_cast<CardField>(i), texts.at(i), cards.Several.test(i));
+        LoadField(static_cast<EditField>(i), texts.at(i), cards.Several.test(i));
     }
     mForwardX.Load(cards.Card.ForwardX, HasPart(cards.Several, CardPart::kForwardX));
     mReverseX.Load(cards.Card.ReverseX, HasPart(cards.Several, CardPart::kReverseX));
@@ -326,7 +326,7 @@ void EditForm::LoadMany(const CommonCard& cards, const wxString& categoryName) {
 void EditForm::FollowMany(const CommonCard& cards, const wxString& categoryName) {
     const Texts texts = GetTexts(cards.Card, categoryName);
     for (size_t i = 0; i < texts.size(); ++i) {
-        FollowField(static_cast<CardField>(i), texts.at(i), cards.Several.test(i));
+        FollowField(static_cast<EditField>(i), texts.at(i), cards.Several.test(i));
     }
     if (!mForwardX.IsTouched()) {
         mForwardX.Load(cards.Card.ForwardX, HasPart(cards.Several, CardPart::kForwardX));
@@ -340,7 +340,7 @@ void EditForm::FollowMany(const CommonCard& cards, const wxString& categoryName)
                                   PartsOfSchedule(cards.Several, CardPart::kReverseIntroduced));
 }
 
-void EditForm::LoadField(CardField field, const wxString& own, bool isSeveral) {
+void EditForm::LoadField(EditField field, const wxString& own, bool isSeveral) {
     Field& loaded = At(field);
     loaded.IsSeveral = isSeveral;
     loaded.Entry->ChangeValue(isSeveral ? wxString() : MakeShowable(own));
@@ -350,7 +350,7 @@ void EditForm::LoadField(CardField field, const wxString& own, bool isSeveral) {
     loaded.SayWhetherSeveral();
 }
 
-void EditForm::FollowField(CardField field, const wxString& own, bool isSeveral) {
+void EditForm::FollowField(EditField field, const wxString& own, bool isSeveral) {
     const bool isSame = isSeveral == At(field).IsSeveral && (isSeveral || own == At(field).Own);
     if (isSame || IsTouched(field)) {
         return;
@@ -394,14 +394,14 @@ bool EditForm::IsModified() const {
            mpForwardSchedule->IsModified() || mpReverseSchedule->IsModified();
 }
 
-bool EditForm::IsTouched(CardField field) const {
+bool EditForm::IsTouched(EditField field) const {
     return At(field).IsTouched();
 }
 
 CardParts EditForm::GetTouched() const {
     CardParts parts;
     for (size_t i = 0; i < kCardFieldCount; ++i) {
-        parts.set(i, IsTouched(static_cast<CardField>(i)));
+        parts.set(i, IsTouched(static_cast<EditField>(i)));
     }
     parts.set(static_cast<size_t>(CardPart::kForwardX), mForwardX.IsTouched());
     parts.set(static_cast<size_t>(CardPart::kReverseX), mReverseX.IsTouched());
@@ -415,7 +415,7 @@ CardParts EditForm::GetTouched() const {
     return parts;
 }
 
-wxString EditForm::GetTrimmed(CardField field) const {
+wxString EditForm::GetTrimmed(EditField field) const {
     const Field& asked = At(field);
     return TrimWide(IsTouched(field) ? asked.Entry->GetValue() : asked.Own);
 }
@@ -430,10 +430,10 @@ void EditForm::TakeExclusions(FlashCard& card) const {
 }
 
 void EditForm::FocusFront() {
-    At(CardField::Front).Control->SetFocus();
+    At(EditField::Front).Control->SetFocus();
 }
 
-void EditForm::PointAt(CardField field) {
+void EditForm::PointAt(EditField field) {
     At(field).Control->SetFocus();
     At(field).Entry->SelectAll();
 }
@@ -469,7 +469,7 @@ void EditForm::RenameRow(unsigned row, const wxString& name) {
     const wxString text = mpCategory->GetValue();
     mpCategory->SetString(row, name);
     KeepCategoryText(text == former ? name : text);
-    Field& field = At(CardField::Category);
+    Field& field = At(EditField::Category);
     if (field.Loaded == former) {
         field.Loaded = name;
         field.Own = name;
@@ -486,8 +486,8 @@ void EditForm::KeepCategoryText(const wxString& text) {
 }
 
 void EditForm::SetTextFont(const wxFont& font) {
-    for (const CardField field : {CardField::Front, CardField::Back, CardField::Category,
-                                  CardField::Author, CardField::Chapter, CardField::Notes}) {
+    for (const EditField field : {EditField::Front, EditField::Back, EditField::Category,
+                                  EditField::Author, EditField::Chapter, EditField::Notes}) {
         wxWindow& control = *At(field).Control;
         control.SetFont(font);
         if (kRows[static_cast<size_t>(field)].Kind == FieldKind::Lines) {

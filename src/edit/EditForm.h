@@ -23,7 +23,7 @@ class wxTextCtrl;
 class wxTextEntry;
 
 // The texts of the editor's form, in their order on it, which is that of the parts of a card.
-enum class CardField : size_t { Front, Back, Category, Author, Chapter, Notes, IntroductionOrder };
+enum class EditField : size_t { Front, Back, Category, Author, Chapter, Notes, IntroductionOrder };
 constexpr size_t kCardFieldCount = 7;
 
 // Stands for a blank introduction order; never stored.
@@ -65,12 +65,12 @@ class EditForm : public wxScrolledWindow {
     // Returns true when the user has touched anything, that is when a control differs from what was
     // put into it last.
     bool IsModified() const;
-    bool IsTouched(CardField field) const;
+    bool IsTouched(EditField field) const;
     CardParts GetTouched() const;
 
     // Returns the text of a field without the white space at its ends. An untouched field gives the
     // card's own text, even when the toolkit cannot show every character of it.
-    wxString GetTrimmed(CardField field) const;
+    wxString GetTrimmed(EditField field) const;
     // Writes the exclusions that the user has touched into the card.
     void TakeExclusions(FlashCard& card) const;
     EditSchedulePanel& GetForwardSchedule() { return *mpForwardSchedule; }
@@ -81,7 +81,7 @@ class EditForm : public wxScrolledWindow {
 
     void FocusFront();
     // Moves the focus to a field and selects its text.
-    void PointAt(CardField field);
+    void PointAt(EditField field);
 
     // Updates the list of categories to choose from. The text in the field stays, except that the
     // name of a renamed category is renamed there too.
@@ -119,20 +119,20 @@ class EditForm : public wxScrolledWindow {
     };
     using Texts = std::array<wxString, kCardFieldCount>;
 
-    Field& At(CardField field) { return mFields.at(static_cast<size_t>(field)); }
-    const Field& At(CardField field) const { return mFields.at(static_cast<size_t>(field)); }
+    Field& At(EditField field) { return mFields.at(static_cast<size_t>(field)); }
+    const Field& At(EditField field) const { return mFields.at(static_cast<size_t>(field)); }
 
     static Texts GetTexts(const FlashCard& card, const wxString& categoryName);
 
-    void AddFields(wxBoxSizer& column, const wxString& title, CardField first, CardField last);
-    void CreateControl(CardField field);
-    void AddField(wxFlexGridSizer& grid, CardField field);
+    void AddFields(wxBoxSizer& column, const wxString& title, EditField first, EditField last);
+    void CreateControl(EditField field);
+    void AddField(wxFlexGridSizer& grid, EditField field);
     void AddExclusions(wxFlexGridSizer& grid);
     void AlignLabels();
     void AddSchedules(wxBoxSizer& column);
     void ArrangeSchedules();
-    void LoadField(CardField field, const wxString& own, bool isSeveral = false);
-    void FollowField(CardField field, const wxString& own, bool isSeveral = false);
+    void LoadField(EditField field, const wxString& own, bool isSeveral = false);
+    void FollowField(EditField field, const wxString& own, bool isSeveral = false);
     void RenameRow(unsigned row, const wxString& name);
     void KeepCategoryText(const wxString& text);
 

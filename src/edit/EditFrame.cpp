@@ -267,8 +267,8 @@ int EditFrame::FindStored(std::list<FlashCard>& found) {
 
 void EditFrame::StayIfGone() {
     std::list<FlashCard> found;
-    mIsGone = !IsNew() && mpMany == nullptr && IsModified() && FindStored(found) >= 0 &&
-              found.empty();
+    mIsGone =
+        !IsNew() && mpMany == nullptr && IsModified() && FindStored(found) >= 0 && found.empty();
 }
 
 void EditFrame::Refresh() {
@@ -552,8 +552,8 @@ void EditFrame::OnPaste(wxClipboardTextEvent& event) {
     event.Skip();
     auto* const field = dynamic_cast<wxWindow*>(event.GetEventObject());
     const bool isFront = field != nullptr && field->GetId() == EditForm::ID_FRONT;
-    if (mPastesText || !isFront || !IsNew() || !mpForm->GetTrimmed(CardField::Front).empty() ||
-        !mpForm->GetTrimmed(CardField::Back).empty()) {
+    if (mPastesText || !isFront || !IsNew() || !mpForm->GetTrimmed(EditField::Front).empty() ||
+        !mpForm->GetTrimmed(EditField::Back).empty()) {
         return;
     }
     wxTextDataObject data;

@@ -193,6 +193,8 @@ class Scheduler {
     // score of a card in the history changes nothing, so it gives the interval that the card has.
     IntervalRange PredictInterval(int score);
 
+    // Reads the log again after another computer's reviews have come into it.
+    void ReadLog();
     // Reads the store again after cards or the current category changed elsewhere.
     void Refresh();
 
@@ -233,7 +235,6 @@ class Scheduler {
     int64_t KeepOrRestoreSchedule(int score);
     // Returns the least interval that a score gives the current card with this schedule.
     float LeastInterval(const CardSchedule& schedule, int score);
-    void ReadLog();
     // Tells the log and the day of a score that the store has, and that began with this schedule.
     void NoteReview(const ReviewRecord& record, const CardSchedule& before);
     // Gives the current card its new place in the order of early review after a score.

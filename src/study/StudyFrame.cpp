@@ -275,6 +275,13 @@ void StudyFrame::SetDatabase(Database* database) {
     UpdateCard(false);
 }
 
+void StudyFrame::ReadLogAgain() {
+    if (mpScheduler != nullptr) {
+        OpenDay();
+        mpScheduler->ReadLog();
+    }
+}
+
 void StudyFrame::ShowNote(const wxString& text) {
     mpStatusBar->SetStatusText(text, kStepField);
 }

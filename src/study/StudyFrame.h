@@ -50,6 +50,8 @@ class StudyFrame : public wxFrame {
     // Turns to another store, with a new Scheduler, an empty history and the same direction of
     // study. The Database is not owned. Null lets go of the present one.
     void SetDatabase(Database* database);
+    // Call this when another computer's reviews have come into the log: the day counts them, too.
+    void ReadLogAgain();
     // Tells something in the status bar until the next step of study.
     void ShowNote(const wxString& text);
     // Call this when the Database has another store than before: the history of scores ends, which
