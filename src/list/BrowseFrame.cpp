@@ -239,6 +239,7 @@ void BrowseFrame::ShowCounts() {
         text << "   " << mExchangeState;
     }
     SetStatusText(text);
+    SetAccessibleName(*GetStatusBar(), text);
 }
 
 void BrowseFrame::ShowExchangeState(const wxString& text) {

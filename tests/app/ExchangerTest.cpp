@@ -10,7 +10,10 @@ namespace {
 using testing::ElementsAre;
 
 struct ExchangerTest : GuiStoreTest {
-    ExchangerTest() { WriteExchangeSetUp(StorePath(), {"/folder", "here"}); }
+    ExchangerTest() {
+        WriteExchangeSetUp(StorePath(), {"/folder", "here"});
+        mNext.End = ExchangeEnd::kDone;
+    }
 
     Exchanger::Surroundings Surround() {
         return {mDatabase,
@@ -30,7 +33,7 @@ struct ExchangerTest : GuiStoreTest {
                     while (mIsSlow && !*options.IsCancelled) {
                         wxMilliSleep(1);
                     }
-                    ExchangeReport report = mReport;
+                    ExchangeReport report = mNext;
                     if (options.Answer != ExchangeAnswer::kAsk || *options.IsCancelled) {
                         report.End =
                             *options.IsCancelled ? ExchangeEnd::kFailed : ExchangeEnd::kDone;
@@ -50,7 +53,7 @@ struct ExchangerTest : GuiStoreTest {
     }
 
     FakeClock mClock;
-    ExchangeReport mReport{ExchangeEnd::kDone};
+    ExchangeReport mNext;
     std::atomic<bool> mIsSlow{false};
     std::atomic<int> mRuns{0};
     bool mIsDialogOpen = false;
@@ -95,7 +98,7 @@ TEST_F(ExchangerTest, WhatStopsItLetsItBeginAgain) {
     EXPECT_FALSE(mExchanger.IsRunning());
     EXPECT_EQ(mShown, "") << "a stop is no failure";
     mIsSlow = false;
-    mReport.HasChanged = true;
+    mNext.HasChanged = true;
     EXPECT_EQ(LookAfter(0), 2);
     EXPECT_EQ(mChanges, 1);
     mIsSlow = true;
@@ -105,7 +108,7 @@ TEST_F(ExchangerTest, WhatStopsItLetsItBeginAgain) {
 }
 
 TEST_F(ExchangerTest, AsksAndWarnsWhoHasAskedAndNobodyElse) {
-    mReport.End = ExchangeEnd::kAsks;
+    mNext.End = ExchangeEnd::kAsks;
     mExchanger.StartLooking();
     EXPECT_EQ(CountRuns(), 1);
     EXPECT_EQ(mShown, "The exchange has a question: press F9");
@@ -121,8 +124,8 @@ TEST_F(ExchangerTest, AsksAndWarnsWhoHasAskedAndNobodyElse) {
     EXPECT_EQ(mQuestions, 2);
     EXPECT_EQ(mShown, "Exchanged; no other computer takes part yet");
 
-    mReport.End = ExchangeEnd::kNoFolder;
-    mReport.Message = "The folder is gone.";
+    mNext.End = ExchangeEnd::kNoFolder;
+    mNext.Message = "The folder is gone.";
     mExchanger.BeginAnew();
     EXPECT_EQ(LookAfter(0), 5);
     EXPECT_EQ(mShown, "The folder is gone.");
@@ -140,7 +143,7 @@ TEST_F(ExchangerTest, TellsWhenAndWithWhomTheLastExchangeWas) {
     machines.back().LastNews = 0;
     const struct {
         int64_t Seconds;
-        size_t Machines;
+        int Machines;
         const char* Text;
     } cases[] = {{5, 0, "Exchanged; no other computer takes part yet"},
                  {-5, 1, "Exchanged just now with old"},

@@ -11,10 +11,11 @@ using Id = ChangedOnBothDialog;
 struct ChangedOnBothDialogTest : GuiStoreTest {
     // Adds a text that has lost; the last one added is listed last.
     void AddLost(const CardUuid& card, CardField field, const std::string& value) {
-        ASSERT_TRUE(mState.Open(StorePath()));
+        SyncState state;
+        ASSERT_TRUE(state.Open(StorePath()));
         ++mTime;
-        mState.AddLostText({card, field, value, {mTime, 1}, {mTime + 1, 2}});
-        ASSERT_FALSE(mState.Sql().HasFailed());
+        state.AddLostText({card, field, value, {mTime, 1}, {mTime + 1, 2}});
+        ASSERT_FALSE(state.Sql().HasFailed());
     }
     static std::string RowOf(wxDialog& dialog, long row) {
         auto& list = Find<wxListCtrl>(dialog, Id::kListId);
@@ -28,7 +29,6 @@ struct ChangedOnBothDialogTest : GuiStoreTest {
         return FindById(dialog, Id::kStatusId)->GetLabel().ToStdString();
     }
 
-    SyncState mState;
     int64_t mTime = 1700000000000;
 };
 
@@ -38,7 +38,6 @@ TEST_F(ChangedOnBothDialogTest, TakesTheLostTextAsAnEditOrTakesNoteOfIt) {
     AddLost(card.CardId, CardField::kCategory, "=Verbs");
     AddLost(card.CardId, CardField::kForwardX, "1");
     AddLost(MakeCard("", "").CardId, CardField::kNotes, "lost\nwith its card");
-    mState = SyncState();
     FakeServices services;
     ModalAnswers answers;
     CountingObserver observer(mDatabase);
