@@ -178,6 +178,7 @@ void Exchanger::Begin(const ExchangeOptions* answered) {
     mOptions.Time = &mSurroundings.Time;
     mOptions.BackUp = mSurroundings.BackUp;
     mReport = ExchangeReport();
+    mWasEmpty = mSurroundings.Store.IsEmpty();
     mSurroundings.Store.SetPatience(kPatienceMilliseconds);
     mpJob = std::make_unique<Job>(
         [this](const std::atomic<bool>& isCancelled) {
@@ -210,7 +211,7 @@ void Exchanger::TakeReport(bool wasStopped) {
     const bool isAsked = std::exchange(mIsAsked, false);
     const ExchangeReport report = std::move(mReport);
     if (report.HasChanged) {
-        mSurroundings.OnChange();
+        mSurroundings.OnChange(mWasEmpty);
     }
     if (wasStopped && report.End != ExchangeEnd::kDone) {
         mIsWanted = true;

@@ -41,8 +41,8 @@ class Exchanger : public wxTimer, private wxEventFilter {
         std::function<int()> BackUp;
         // Returns true while a dialog is open.
         std::function<bool()> IsDialogOpen;
-        // Called once cards were changed.
-        std::function<void()> OnChange;
+        // Called once cards were changed; a store may have had none before.
+        std::function<void(bool wasEmpty)> OnChange;
         // Takes the text for the windows; it may be the one that they have. Study does not go on
         // without a word where something is wrong, or where the user has asked.
         std::function<void(const wxString& text, bool isForStudy)> Show;
@@ -97,6 +97,7 @@ class Exchanger : public wxTimer, private wxEventFilter {
     bool mIsAsked = false;
     // True when one is to begin as soon as no dialog is open.
     bool mIsWanted = false;
+    bool mWasEmpty = false;
     // When the user was last seen; invalid when that was before the last exchange.
     wxDateTime mLastUse;
     // When the last exchange succeeded; invalid when there was none.

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <list>
 #include <utility>
 #include <vector>
 
@@ -54,6 +55,20 @@ constexpr int kMissingCommands[] = {ID_EXPORT,  ID_RENAME,    ID_QUICK_HELP,
 
 // The end of the program does not wait longer for other computers.
 constexpr unsigned long kLastExchangeMilliseconds = 2000;
+
+// Makes the first category that has cards current, so that what came into an empty store is seen.
+void TurnToFirstCards(Database& database) {
+    std::list<Category> categories;
+    // The store itself reports a failure.
+    database.SelectAllCategories(categories);
+    for (const Category& category : categories) {
+        int32_t count = 0;
+        if (database.SelectCategoryIdCount(category.Id, count) >= 0 && count > 0) {
+            SetCurrentCategoryId(database, category.Id);
+            return;
+        }
+    }
+}
 
 bool IsAnyWindowShown() {
     return std::any_of(wxTopLevelWindows.begin(), wxTopLevelWindows.end(),
@@ -486,13 +501,7 @@ void VelomindApp::MakeExchanger() {
     mpExchanger = std::make_unique<Exchanger>(Exchanger::Surroundings{
         *mpDatabase, mClock, [this] { return mpBackupKeeper->BackUpOnWorker(BackupCause::kMerge); },
         [this] { return mOpenDialogs.IsAnyOpen(); },
-        [this] {
-            mEditors.KeepUnsaved();
-            if (auto* const study = dynamic_cast<StudyFrame*>(mWindows.GetStudy())) {
-                study->ReadLogAgain();
-            }
-            mpDatabase->Notify();
-        },
+        [this](bool wasEmpty) { FollowExchange(wasEmpty); },
         [this](const wxString& text, bool isForStudy) { ShowExchangeState(text, isForStudy); },
         [this](const ExchangeReport& report, ExchangeOptions& options) {
             return AskExchangeQuestion(mLastActive.get(), report, options);
@@ -501,6 +510,17 @@ void VelomindApp::MakeExchanger() {
             ShowMessageBox(text, _("Exchange"), wxOK | wxCENTRE, mLastActive.get());
         }});
     mOpenDialogs.SetBeforeDialog([this] { mpExchanger->Stop(); });
+}
+
+void VelomindApp::FollowExchange(bool wasEmpty) {
+    if (wasEmpty) {
+        TurnToFirstCards(*mpDatabase);
+    }
+    mEditors.KeepUnsaved();
+    if (auto* const study = dynamic_cast<StudyFrame*>(mWindows.GetStudy())) {
+        study->ReadLogAgain();
+    }
+    mpDatabase->Notify();
 }
 
 // Without a folder the user is led to where one is chosen.

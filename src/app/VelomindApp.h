@@ -106,6 +106,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void ShowPreferences();
     void Restore();
     void MakeExchanger();
+    void FollowExchange(bool wasEmpty);
     void Exchange();
     void ShowChangedOnBoth();
     void ShowExchangeState(const wxString& text, bool isForStudy);

@@ -1,11 +1,11 @@
 #include "preferences/ExchangeGroup.h"
 
 #include <wx/button.h>
+#include <wx/choice.h>
 #include <wx/datetime.h>
 #include <wx/dirdlg.h>
 #include <wx/filename.h>
 #include <wx/intl.h>
-#include <wx/listbox.h>
 #include <wx/log.h>
 #include <wx/scrolwin.h>
 #include <wx/sizer.h>
@@ -22,8 +22,6 @@
 
 namespace {
 
-constexpr int kOthersHeight = 54;
-
 wxString LineOf(const ExchangeMachine& machine) {
     const wxDateTime news(static_cast<time_t>(machine.LastNews / 1000));
     return wxString::Format(_("%s, last news on %s"), FromUtf8(machine.Name),
@@ -32,31 +30,31 @@ wxString LineOf(const ExchangeMachine& machine) {
 
 }  // namespace
 
+// The rows are few, so that the options fit on a low screen.
 ExchangeGroup::ExchangeGroup(wxScrolledWindow& form, wxSizer& column) : mForm(form) {
     wxBoxSizer& group = *AddFormGroup(column, form, _("Study on Several Computers"));
-    const auto gap = wxSizerFlags().Border(wxTOP, form.FromDIP(kFormGap));
-    auto* const place = new wxBoxSizer(wxHORIZONTAL);
+    const int gap = form.FromDIP(kFormGap);
+    const auto addRow = [&](const wxString& label, wxWindow& control, wxWindow* button) {
+        auto* const row = new wxBoxSizer(wxHORIZONTAL);
+        if (!label.empty()) {
+            row->Add(MakeFormLabel(label, control),
+                     wxSizerFlags().CentreVertical().Border(wxRIGHT, gap));
+        }
+        row->Add(&control, wxSizerFlags(1).CentreVertical());
+        if (button != nullptr) {
+            row->Add(button, wxSizerFlags().CentreVertical().Border(wxLEFT, gap));
+        }
+        group.Add(row, FormRow(form));
+    };
     mpFolder = new wxTextCtrl(&form, kFolderId);
     auto* const browse = new wxButton(&form, kBrowseId, _("Browse"));
-    place->Add(mpFolder, wxSizerFlags(1).CentreVertical());
-    place->Add(browse, wxSizerFlags().CentreVertical().Border(wxLEFT, form.FromDIP(kFormGap)));
-    group.Add(MakeFormLabel(_("Exchange cards through this &folder:"), *mpFolder), FormRow(form));
-    group.Add(place, wxSizerFlags(gap).Expand());
-
-    auto* const own = new wxBoxSizer(wxHORIZONTAL);
+    addRow(_("Exchange &folder:"), *mpFolder, browse);
     mpName = new wxTextCtrl(&form, kNameId);
-    own->Add(MakeFormLabel(_("&Name of this computer:"), *mpName), wxSizerFlags().CentreVertical());
-    own->Add(mpName, wxSizerFlags(1).CentreVertical().Border(wxLEFT, form.FromDIP(kFormGap)));
-    group.Add(own, FormRow(form));
-
-    auto* const others = new wxBoxSizer(wxHORIZONTAL);
-    mpOthers =
-        new wxListBox(&form, kOthersId, wxDefaultPosition, form.FromDIP(wxSize(-1, kOthersHeight)));
+    addRow(_("&Name of this computer:"), *mpName, nullptr);
+    mpOthers = MakeChoice(form, kOthersId, wxArrayString());
+    SetAccessibleName(*mpOthers, _("The other computers"));
     mpLeave = new wxButton(&form, kLeaveId, _("Leave..."));
-    others->Add(mpOthers, wxSizerFlags(1).Expand());
-    others->Add(mpLeave, wxSizerFlags().Top().Border(wxLEFT, form.FromDIP(kFormGap)));
-    group.Add(MakeFormLabel(_("The other computers:"), *mpOthers), FormRow(form));
-    group.Add(others, wxSizerFlags(gap).Expand());
+    addRow(wxString(), *mpOthers, mpLeave);
 
     browse->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Browse(); });
     mpLeave->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Leave(); });
@@ -74,6 +72,10 @@ void ExchangeGroup::Load(const wxString& storePath) {
             mpOthers->Append(LineOf(machine));
         }
     }
+    if (mpOthers->IsEmpty()) {
+        mpOthers->Append(_("No other computer yet"));
+    }
+    mpOthers->SetSelection(0);
     mpLeave->Enable(TakesPart(storePath) || !setUp.Folder.empty());
 }
 
@@ -93,7 +95,6 @@ void ExchangeGroup::Leave() {
                        wxGetTopLevelParent(&mForm)) == wxYES) {
         mHasLeft = true;
         mpFolder->Clear();
-        mpOthers->Clear();
         mpFolder->SetFocus();
         mpLeave->Disable();
     }

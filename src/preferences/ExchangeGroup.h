@@ -3,7 +3,7 @@
 #include <wx/string.h>
 
 class wxButton;
-class wxListBox;
+class wxChoice;
 class wxScrolledWindow;
 class wxSizer;
 class wxTextCtrl;
@@ -41,6 +41,6 @@ class ExchangeGroup {
     bool mHasLeft = false;
     wxTextCtrl* mpFolder = nullptr;
     wxTextCtrl* mpName = nullptr;
-    wxListBox* mpOthers = nullptr;
+    wxChoice* mpOthers = nullptr;
     wxButton* mpLeave = nullptr;
 };

@@ -255,10 +255,11 @@ void PreferencesDialog::CreateControls() {
     AddColumn();
     CreateAppearance();
     CreateAdvanced();
-    mpStudyGroup = std::make_unique<StudyGroup>(*mpForm, *mpFormSizer);
     AddColumn();
     CreateStoreFile();
     CreateBackups();
+    AddColumn();
+    mpStudyGroup = std::make_unique<StudyGroup>(*mpForm, *mpFormSizer);
     mpDayGroup = std::make_unique<DayGroup>(*mpForm, *mpFormSizer);
     mpExchangeGroup = std::make_unique<ExchangeGroup>(*mpForm, *mpFormSizer);
     LetFormScroll(*mpForm);
@@ -268,7 +269,7 @@ void PreferencesDialog::CreateControls() {
     rows->Add(MakeOkCancel(*this), wxSizerFlags().Expand().Border(wxALL, FromDIP(kFormEdge)));
 }
 
-// Two columns of groups stand side by side, so that they fit on a low screen.
+// The columns of groups stand side by side, so that they fit on a low screen.
 void PreferencesDialog::AddColumn() {
     const bool isFirst = mpFormSizer == nullptr;
     if (!isFirst) {
@@ -279,7 +280,7 @@ void PreferencesDialog::AddColumn() {
     mpColumns->Add(mpFormSizer, wxSizerFlags(isFirst ? 0 : 1).Expand());
 }
 
-// On a screen that is too narrow for both, such as with a large font, one stands below the other.
+// On a screen that is too narrow for them, such as with a large font, they stand one below another.
 void PreferencesDialog::ArrangeColumns() {
     const int room = wxGetClientDisplayRect().width - FromDIP(kFormEdge);
     if (mpForm->GetSizer()->CalcMin().x > room) {

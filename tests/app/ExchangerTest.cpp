@@ -20,7 +20,7 @@ struct ExchangerTest : GuiStoreTest {
                 mClock,
                 nullptr,
                 [this] { return mIsDialogOpen; },
-                [this] { ++mChanges; },
+                [this](bool wasEmpty) { mChanges += wasEmpty ? 1 : 0; },
                 [this](const wxString& text, bool) { mShown = text; },
                 [this](const ExchangeReport&, ExchangeOptions& options) {
                     ++mQuestions;

@@ -220,7 +220,7 @@ TEST_F(PreferencesDialogTest, WhoLeavesTheExchangeDoesSoWithOk) {
         state.SaveMachine({7, "laptop", 1700000000000, 0, {}});
         PreferencesDialog dialog(nullptr, mNotifier, mFiles);
         dialog.SetDatabase(&mDatabase);
-        EXPECT_TRUE(Find<wxListBox>(dialog, ExchangeGroup::kOthersId)
+        EXPECT_TRUE(Find<wxChoice>(dialog, ExchangeGroup::kOthersId)
                         .GetString(0)
                         .StartsWith("laptop, last news on 2023-11-1"));
         ModalAnswers answers;
