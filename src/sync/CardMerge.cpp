@@ -470,8 +470,17 @@ void CardMerge::ExplainSchedules() {
     }
 }
 
-std::string CardMerge::CategoryNow(const SyncedCard& state) const {
-    return CategoryIn(mNames, state);
+// Returns the names with all events that have come so far.
+CategoryNames& CardMerge::Names() {
+    if (mHasNewNames) {
+        mHasNewNames = false;
+        mNames.Set(mState.ReadCategoryEvents());
+    }
+    return mNames;
+}
+
+std::string CardMerge::CategoryNow(const SyncedCard& state) {
+    return CategoryIn(Names(), state);
 }
 
 std::string CardMerge::CategoryIn(const CategoryNames& names, const SyncedCard& state) {
@@ -537,7 +546,7 @@ void CardMerge::SettleCategories() {
     for (const CategoryEvent& event : mNewCategoryEvents) {
         const std::string& last =
             event.What == CategoryEvent::kRenamed ? event.NewName : event.Name;
-        for (const std::string& name : mNames.NamesThatBecame(last)) {
+        for (const std::string& name : Names().NamesThatBecame(last)) {
             names.insert(name);
         }
         if (event.What != CategoryEvent::kRenamed) {
@@ -547,8 +556,8 @@ void CardMerge::SettleCategories() {
         const bool isFree = mState.FindCategory(event.NewName) == -1;
         // Where the old name was given anew, or the new one has been renamed since, the cards go
         // one by one.
-        if (id != -1 && isFree && !mNames.IsGiven(event.Name) &&
-            mNames.NameNow(event.Name, Stamp()) == event.NewName) {
+        if (id != -1 && isFree && !Names().IsGiven(event.Name) &&
+            Names().NameNow(event.Name, Stamp()) == event.NewName) {
             mState.RenameCategory(id, event.NewName);
             mChangesStore = true;
         }
@@ -557,7 +566,7 @@ void CardMerge::SettleCategories() {
     if (mNewCategoryEvents.empty() && !mContext.IsJoining && !mRestoresCategories) {
         return;
     }
-    for (const std::string& name : mNames.GivenNames()) {
+    for (const std::string& name : Names().GivenNames()) {
         if (mState.FindCategory(name) == -1) {
             mState.FindOrAddCategory(name);
             mChangesStore = true;
@@ -579,7 +588,7 @@ void CardMerge::SettleCard(const CardUuid& id) {
     if (category[0] == kNamedCategory) {
         const std::string name = category.substr(1);
         state.CategoryId = mState.FindOrAddCategory(name);
-        if (!mNames.IsGiven(name)) {
+        if (!Names().IsGiven(name)) {
             // A card from elsewhere brings back a category that was deleted.
             const CategoryEvent event = {CategoryEvent::kAdded,
                                          name,
@@ -587,7 +596,7 @@ void CardMerge::SettleCard(const CardUuid& id) {
                                          {mContext.Time.Next(mContext.Now), mContext.Machine}};
             mState.AddCategoryEvent(event);
             mOut.AddCategory(event);
-            mNames.Set(mState.ReadCategoryEvents());
+            mHasNewNames = true;
         }
     }
     mState.WriteLive(state);
@@ -629,7 +638,7 @@ void CardMerge::DropEmptyCategories() {
     const std::map<int32_t, std::string> categories = mState.Categories();
     for (const auto& [id, name] : categories) {
         // A store has one category at least.
-        if (!mNames.IsGiven(name) && mState.Categories().size() > 1 && !mState.HasCards(id)) {
+        if (!Names().IsGiven(name) && mState.Categories().size() > 1 && !mState.HasCards(id)) {
             mState.DeleteCategory(id);
             mChangesStore = true;
         }

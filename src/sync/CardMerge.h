@@ -138,7 +138,8 @@ class CardMerge {
     void SettleCard(const CardUuid& id);
     bool SettleSchedule(SyncedCard& state, ReviewDirection direction);
     void DropEmptyCategories();
-    std::string CategoryNow(const SyncedCard& state) const;
+    CategoryNames& Names();
+    std::string CategoryNow(const SyncedCard& state);
     static std::string CategoryIn(const CategoryNames& names, const SyncedCard& state);
     bool IsAhead(const ScheduleEvent& event) const;
 
@@ -151,6 +152,8 @@ class CardMerge {
     // The times of edits, by card and field.
     std::map<std::pair<CardUuid, size_t>, int64_t> mNotes;
     CategoryNames mNames;
+    // True when there are events that mNames does not know yet.
+    bool mHasNewNames = false;
     // The same before anything was taken in: what the categories of the store are called.
     CategoryNames mNamesHere;
     // The states of the cards that were loaded last.

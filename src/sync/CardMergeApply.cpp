@@ -286,7 +286,7 @@ void CardMerge::ApplyCategory(const ExchangeFields& record) {
     event.NewName = record[4];
     if (mState.AddCategoryEvent(event)) {
         mNewCategoryEvents.push_back(event);
-        mNames.Set(mState.ReadCategoryEvents());
+        mHasNewNames = true;
     }
 }
 

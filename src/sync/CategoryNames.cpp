@@ -22,6 +22,7 @@ void CategoryNames::Set(std::vector<CategoryEvent> events) {
         } else if (event.What == CategoryEvent::kRenamed) {
             note(event.NewName, event.At, true);
             mGiven[event.NewName].push_back(event.At);
+            mRenamingsOf[event.Name].push_back(mRenamings.size());
             mRenamings.push_back(std::move(event));
         }
     }
@@ -30,25 +31,37 @@ void CategoryNames::Set(std::vector<CategoryEvent> events) {
 std::string CategoryNames::NameNow(const std::string& name, const Stamp& since) const {
     std::string now = name;
     Stamp known = since;
-    // Names that are exchanged with each other are renamed at one time, and each once.
-    Stamp done;
-    for (const CategoryEvent& renaming : mRenamings) {
-        if (renaming.Name != now || renaming.At == done) {
-            continue;
+    // Renamings of one time, such as those of names that are exchanged with each other, rename a
+    // card once.
+    Stamp last;
+    for (bool isRenamed = true; isRenamed;) {
+        isRenamed = false;
+        const auto renamings = mRenamingsOf.find(now);
+        if (renamings == mRenamingsOf.end()) {
+            break;
         }
-        const auto given = mGiven.find(now);
-        const bool isGivenAnew =
-            given != mGiven.end() &&
-            std::any_of(given->second.begin(), given->second.end(),
-                        [&](const Stamp& at) { return !(at < renaming.At) && !(known < at); });
-        if (!isGivenAnew) {
-            now = renaming.NewName;
-            known = std::max(known, renaming.At,
-                             [](const Stamp& one, const Stamp& other) { return one < other; });
-            done = renaming.At;
+        for (const size_t place : renamings->second) {
+            const CategoryEvent& renaming = mRenamings[place];
+            if (last < renaming.At && !IsGivenBetween(now, renaming.At, known)) {
+                now = renaming.NewName;
+                known = known < renaming.At ? renaming.At : known;
+                last = renaming.At;
+                isRenamed = true;
+                break;
+            }
         }
     }
     return now;
+}
+
+// Returns true if the name was given to a category no earlier than one time and no later than the
+// other.
+bool CategoryNames::IsGivenBetween(const std::string& name, const Stamp& first,
+                                   const Stamp& last) const {
+    const auto given = mGiven.find(name);
+    return given != mGiven.end() &&
+           std::any_of(given->second.begin(), given->second.end(),
+                       [&](const Stamp& at) { return !(at < first) && !(last < at); });
 }
 
 bool CategoryNames::IsGiven(const std::string& name) const {

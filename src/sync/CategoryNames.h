@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -27,13 +28,16 @@ class CategoryNames {
     std::vector<std::string> NamesThatBecame(const std::string& name) const;
 
   private:
+    bool IsGivenBetween(const std::string& name, const Stamp& first, const Stamp& last) const;
+
     struct Last {
         Stamp At;
         bool IsGiven = false;
     };
 
-    // In the order of their stamps.
+    // In the order of their stamps, all of them and those of each name.
     std::vector<CategoryEvent> mRenamings;
+    std::map<std::string, std::vector<size_t>> mRenamingsOf;
     // When each name was given to a category, a new one or one that was renamed.
     std::map<std::string, std::vector<Stamp>> mGiven;
     std::map<std::string, Last> mLast;

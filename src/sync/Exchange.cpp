@@ -905,9 +905,8 @@ bool TakesPart(const wxString& storePath) {
 int LeaveExchange(const wxString& storePath) {
     std::error_code error;
     int result = 0;
-    for (const char* const suffix :
-         {kExchangeSuffix, ".exchange-journal", kExchangeLockSuffix, kEditNotesSuffix,
-          kTakenEditNotesSuffix, kRestoredSuffix}) {
+    for (const char* const suffix : {kExchangeSuffix, ".exchange-journal", kExchangeLockSuffix,
+                                     kEditNotesSuffix, kTakenEditNotesSuffix, kRestoredSuffix}) {
         fs::remove(ToPath(storePath + suffix), error);
         result = error ? error.value() : result;
     }

@@ -79,9 +79,9 @@ struct ExchangeOptions {
     // Fills a random identity; null for the system's source. Never returns 0.
     std::function<uint64_t()> MakeIdentity;
     // Makes a backup before cards are changed. A failure stops the exchange: it returns 0 or the
-    // system's number. Computers that study at once exchange every few minutes, so it is called once
-    // an hour at the most; but always before the first exchange, the answer to a question, a whole
-    // copy, or more than 500 records, as of an import elsewhere.
+    // system's number. Computers that study at once exchange every few minutes, so it is called
+    // once an hour at the most; but always before the first exchange, the answer to a question, a
+    // whole copy, or more than 500 records, as of an import elsewhere.
     std::function<int()> BackUp;
     ExchangeAnswer Answer = ExchangeAnswer::kAsk;
     std::optional<bool> JoinsEqualCards;

@@ -23,8 +23,10 @@ struct Stamp {
 
 // The stamp of what was there before the first exchange. All that was changed since wins over it.
 constexpr int64_t kTimeBeforeExchanges = 1;
-// The greatest time that a file may name, in the year 9999.
+// The greatest time that a stamp may have, in the year 9999, and the greatest one of others that
+// the clock follows: after it there is room for all changes that will ever be made.
 constexpr int64_t kLastStampTime = 253402300799999;
+constexpr int64_t kLastTimeFollowed = kLastStampTime - 1000000000000;
 
 // The computer's clock, as far as it runs forward: its times are later than all that it has seen of
 // other computers, so a change that was made with the knowledge of another one wins over it though
@@ -38,7 +40,7 @@ class HybridClock {
         mLast = std::max(now, mLast + 1);
         return mLast;
     }
-    void See(int64_t time) { mLast = std::max(mLast, std::min(time, kLastStampTime)); }
+    void See(int64_t time) { mLast = std::max(mLast, time > kLastTimeFollowed ? 0 : time); }
     int64_t GetLast() const { return mLast; }
 
   private:

@@ -461,6 +461,14 @@ void SyncState::ReadCategories() {
     }
 }
 
+// Reads the name back, which the engine may have made a number.
+void SyncState::ReadCategory(int32_t id) {
+    Query query(mSql, "SELECT Name FROM main.Categories WHERE Id=?", int{id});
+    if (query.Step()) {
+        mCategories[id] = query.Text(0);
+    }
+}
+
 int32_t SyncState::FindCategory(const std::string& name) {
     Query query(mSql, "SELECT Id FROM main.Categories WHERE Name=?", name);
     return query.Step() ? static_cast<int32_t>(query.Int(0)) : -1;
@@ -484,7 +492,7 @@ int32_t SyncState::FindOrAddCategory(const std::string& name) {
         Query insert(mSql, "INSERT INTO main.Categories(Id, Name) VALUES (?,?)", int{id}, name);
         insert.Step();
     }
-    ReadCategories();
+    ReadCategory(id);
     return id;
 }
 
@@ -493,7 +501,7 @@ void SyncState::RenameCategory(int32_t id, const std::string& name) {
         Query query(mSql, "UPDATE main.Categories SET Name=? WHERE Id=?", name, int{id});
         query.Step();
     }
-    ReadCategories();
+    ReadCategory(id);
 }
 
 void SyncState::DeleteCategory(int32_t id) {
@@ -501,7 +509,7 @@ void SyncState::DeleteCategory(int32_t id) {
         Query query(mSql, "DELETE FROM main.Categories WHERE Id=?", int{id});
         query.Step();
     }
-    ReadCategories();
+    mCategories.erase(id);
 }
 
 std::map<int32_t, std::string> SyncState::ReadCopyCategories() {

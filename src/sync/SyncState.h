@@ -174,6 +174,7 @@ class SyncState {
     bool Attach(const wxString& storePath);
     bool MakeTables();
     void ReadNumbers();
+    void ReadCategory(int32_t id);
 
     SqlFile mSql;
     MachineNumbers mNumbers;
