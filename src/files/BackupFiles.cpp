@@ -282,7 +282,7 @@ namespace {
 
 constexpr size_t kWholeDays = 2;
 constexpr size_t kDays = 31;
-// Of those before an exchange.
+// The number of backups before an exchange that stay like those of whole days.
 constexpr size_t kWholeExchanges = 4;
 
 wxString DayOf(const StoreBackup& backup) {

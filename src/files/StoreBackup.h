@@ -23,9 +23,9 @@ int CopyOpenStore(Database& database, const wxString& target);
 int CheckBackup(const wxString& backup);
 
 // Checks a backup, and puts a copy of it in the place of a store, which nobody may have open. The
-// next exchange with other computers asks what that means for them. Returns 0, or the system's number
-// of the error with the store and the backup as they were; EILSEQ when the backup is no whole store,
-// EBUSY during an exchange.
+// next exchange with other computers asks what that means for them. Returns 0, or the system's
+// number of the error with the store and the backup as they were; EILSEQ when the backup is no
+// whole store, EBUSY during an exchange.
 int RestoreBackup(const wxString& backup, const wxString& storePath);
 
 // How a store differs from a backup of it.

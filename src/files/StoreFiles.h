@@ -46,8 +46,8 @@ wxString ReviewLogPath(const wxString& storePath);
 void CopyReviewLog(const wxString& fromStore, const wxString& toStore);
 
 // Moves the store to another path, over any plain file there, and across file systems if need be.
-// What an exchange keeps beside it goes along. Returns 0, or the system's number of the error, EBUSY
-// during an exchange; then the store is whole where it was, and so is the file that it was to
+// What an exchange keeps beside it goes along. Returns 0, or the system's number of the error,
+// EBUSY during an exchange; then the store is whole where it was, and so is the file that it was to
 // replace. The cards are in some file at every moment.
 int MoveStoreFile(const wxString& from, const wxString& to);
 

@@ -15,8 +15,9 @@
 #include "sync/ExchangeFolder.h"
 #include "sync/SyncedCard.h"
 
-// Whoever can write into the folder can change the cards, but spoils no store: what means nothing
-// is left, the rest ends the same on all computers, and their own changes still reach each other.
+// A stranger who can write into the folder can change the cards, but spoils no store: what means
+// nothing is left, the rest ends the same on all computers, and their own changes still reach each
+// other.
 namespace {
 
 namespace fs = std::filesystem;
