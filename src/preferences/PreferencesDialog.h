@@ -112,10 +112,9 @@ class FontControl : public AppearanceControl {
 };
 
 // The dialog of Options: the fonts and colours of the cards, when new cards are introduced and
-// what a forgotten card keeps, the file that keeps the cards, its backups, and how it is exchanged with
-// other computers. Nothing changes
-// until the user presses OK, and of the appearance only what the user has touched. Main thread
-// only.
+// what a forgotten card keeps, the file that keeps the cards, its backups, and how it is exchanged
+// with other computers. Nothing changes until the user presses OK, and of the appearance only what
+// the user has touched. Main thread only.
 class PreferencesDialog : public wxDialog {
   public:
     enum ControlId : int {

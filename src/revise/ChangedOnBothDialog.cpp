@@ -22,11 +22,13 @@
 
 namespace {
 
-const wxSize kListSize(680, 200);
+const wxSize kListSize(720, 200);
 const wxSize kTextSize(320, 80);
-constexpr int kTextWidth = 170;
-constexpr int kFieldWidth = 130;
-constexpr int kTimeWidth = 120;
+constexpr int kTextWidth = 150;
+constexpr int kFieldWidth = 120;
+constexpr int kTimeWidth = 130;
+constexpr int kStandsColumn = 2;
+constexpr int kLostColumn = 3;
 
 // In the order of CardField.
 constexpr const char* kFieldNames[kCardFieldCount] = {wxTRANSLATE("Front"),
@@ -159,6 +161,7 @@ void ChangedOnBothDialog::CreateControls() {
     for (const auto& [title, width] : columns) {
         mpList->AppendColumn(title, wxLIST_FORMAT_LEFT, FromDIP(width));
     }
+    LetColumnsFill(*mpList, kStandsColumn, kLostColumn);
     column->Add(mpList, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kFormGap)));
 
     auto* const texts = new wxBoxSizer(wxHORIZONTAL);
@@ -216,8 +219,8 @@ void ChangedOnBothDialog::Read() {
         const Row& row = mRows.back();
         const long item = mpList->InsertItem(mpList->GetItemCount(), CellText(row.Front));
         mpList->SetItem(item, 1, wxGetTranslation(kFieldNames[IndexOf(text.Field)]));
-        mpList->SetItem(item, 2, CellText(row.Stands));
-        mpList->SetItem(item, 3, CellText(row.LostValue));
+        mpList->SetItem(item, kStandsColumn, CellText(row.Stands));
+        mpList->SetItem(item, kLostColumn, CellText(row.LostValue));
         mpList->SetItem(item, 4, ShownTime(text.Lost));
     }
     const auto count = static_cast<int>(mRows.size());

@@ -144,9 +144,9 @@ int Database::UpdateDifferences(const FlashCard& before, const FlashCard& after)
     if (SelectRowIdById(after.CardId, rowIds) < 0) {
         return -1;
     }
-    return parts.none() ? 0 : UpdateParts(rowIds, parts, [&after](size_t) -> const FlashCard& {
-        return after;
-    });
+    return parts.none()
+               ? 0
+               : UpdateParts(rowIds, parts, [&after](size_t) -> const FlashCard& { return after; });
 }
 
 int Database::ReadVersion(int64_t& version) {
