@@ -22,6 +22,8 @@
 
 namespace {
 
+constexpr int kOthersWidth = 150;
+
 wxString LineOf(const ExchangeMachine& machine) {
     const wxDateTime news(static_cast<time_t>(machine.LastNews / 1000));
     return wxString::Format(_("%s, last news on %s"), FromUtf8(machine.Name),
@@ -52,6 +54,8 @@ ExchangeGroup::ExchangeGroup(wxScrolledWindow& form, wxSizer& column) : mForm(fo
     mpName = new wxTextCtrl(&form, kNameId);
     addRow(_("&Name of this computer:"), *mpName, nullptr);
     mpOthers = MakeChoice(form, kOthersId, wxArrayString());
+    // The names of the others come later and may be long.
+    mpOthers->SetMinSize(form.FromDIP(wxSize(kOthersWidth, -1)));
     SetAccessibleName(*mpOthers, _("The other computers"));
     mpLeave = new wxButton(&form, kLeaveId, _("Leave..."));
     addRow(wxString(), *mpOthers, mpLeave);
