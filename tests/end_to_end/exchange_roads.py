@@ -11,6 +11,7 @@ OPTIONS = "Options"
 EDITOR = "Edit - Velomind"
 BOTH = "Changed on Both"
 QUESTION = "Exchange"
+ASKS = "The exchange has a question: press F9"
 CARDS = ("SELECT CardId,Front,Back,Name,Introduced,LastReview,LastScore,ReviewInterval,Difficulty"
          " FROM Cards LEFT JOIN Categories ON CategoryId=Id ORDER BY CardId")
 
@@ -32,7 +33,7 @@ class ExchangeRoad(RoadTest):
         self.desk.close()
         super().tearDown()
 
-    def start(self, computer, name):
+    def start(self, computer, name, then="Exchanged"):
         """Starts the program of a computer that takes part from now on."""
         program = computer.start()
         program.wait_window(LIST_WINDOW)
@@ -44,7 +45,7 @@ class ExchangeRoad(RoadTest):
         type_text(name)
         press("Return")
         program.wait_window(LIST_WINDOW)
-        program.wait_text("Exchanged")
+        program.wait_text(then)
         return program
 
     def start_both(self):
@@ -77,6 +78,24 @@ class ExchangeRoad(RoadTest):
     def has_back(computer, text):
         return computer.query("SELECT COUNT(*) FROM Cards WHERE Back=?", text) == [(1,)]
 
+    def test_what_is_done_last_goes_at_the_end_and_comes_at_the_start(self):
+        laptop = self.start(self.laptop, "laptop")
+        self.edit_first(laptop, "on the way")
+        self.assertEqual(0, laptop.quit())
+        desk = self.start(self.desk, "desk")
+        self.wait_equal()
+        self.assertTrue(self.has_back(self.desk, "on the way"))
+        self.edit_first(desk, "on the way back")
+        self.assertEqual(0, desk.quit())
+        laptop = self.laptop.start()
+        laptop.wait_window(LIST_WINDOW)
+        self.wait_equal()
+        self.assertTrue(self.has_back(self.laptop, "on the way back"))
+        self.assertEqual(0, laptop.quit())
+        self.laptop.check_store()
+        self.desk.check_store()
+
+    @on_one_desktop
     def test_what_is_studied_and_edited_on_one_is_so_on_the_other(self):
         laptop, desk = self.start_both()
         laptop.wait_window(LIST_WINDOW)
@@ -91,17 +110,8 @@ class ExchangeRoad(RoadTest):
         self.wait_equal()
         self.assertTrue(self.has_back(self.laptop, "from the desk"))
         laptop.wait_text("Exchanged just now with desk")
-        # What is done last goes at the end, and comes at the next start.
-        self.edit_first(laptop, "the last one")
         self.assertEqual(0, laptop.quit())
         self.assertEqual(0, desk.quit())
-        desk = self.desk.start()
-        desk.wait_window(LIST_WINDOW)
-        self.wait_equal()
-        self.assertTrue(self.has_back(self.desk, "the last one"))
-        self.assertEqual(0, desk.quit())
-        self.laptop.check_store()
-        self.desk.check_store()
 
     @on_one_desktop
     def test_of_two_texts_for_one_card_the_lost_one_can_be_taken(self):
@@ -132,6 +142,22 @@ class ExchangeRoad(RoadTest):
         self.assertEqual(0, desk.quit())
 
     @on_one_desktop
+    def test_the_same_list_imported_on_both_becomes_one_list(self):
+        self.assertEqual(0, self.desk.run("--import", self.desk.sample("capitals.txt")))
+        cards = self.laptop.card_count()
+        laptop = self.start(self.laptop, "laptop")
+        desk = self.start(self.desk, "desk", ASKS)
+        press("F9")
+        desk.wait_window(QUESTION)
+        desk.wait_text(f"{cards} cards here are equal to cards of another computer.")
+        press("Return")
+        self.exchange(desk, laptop, desk)
+        self.wait_equal()
+        self.assertEqual(cards, self.desk.card_count())
+        self.assertEqual(0, laptop.quit())
+        self.assertEqual(0, desk.quit())
+
+    @on_one_desktop
     def test_a_store_from_yesterday_asks_before_it_sends_anything(self):
         laptop, desk = self.start_both()
         self.assertEqual(0, laptop.quit())
@@ -144,7 +170,7 @@ class ExchangeRoad(RoadTest):
         shutil.copy(former, self.laptop.store)
         laptop = self.laptop.start()
         laptop.wait_window(LIST_WINDOW)
-        laptop.wait_text("The exchange has a question: press F9")
+        laptop.wait_text(ASKS)
         press("F9")
         laptop.wait_window(QUESTION)
         press("Escape")
