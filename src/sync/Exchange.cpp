@@ -92,6 +92,7 @@ class ExchangeRun {
   private:
     int64_t Now() const { return mOptions.Time->Now().GetValue().GetValue(); }
     bool Lock();
+    bool HasFolder();
     bool List();
     bool MakeStore();
     bool Prepare();
@@ -178,11 +179,24 @@ bool ExchangeRun::Lock() {
     return true;
 }
 
+// Nothing is made beside the store for a folder that is not there.
+bool ExchangeRun::HasFolder() {
+    std::error_code error;
+    const bool isThere = fs::is_directory(ToPath(mOptions.Folder), error);
+    if (!isThere) {
+        Fail(ExchangeEnd::kNoFolder,
+             wxString::Format(_("The folder \"%s\" cannot be used: %s"), mOptions.Folder,
+                              SystemErrorText(error ? error.value() : ENOTDIR)));
+    }
+    return isThere;
+}
+
 bool ExchangeRun::List() {
-    // Only what may be taken is read to its end.
+    // Only changes that may be taken are read to their end. A whole copy is seldom needed, and
+    // checked when it is read.
     const auto isWanted = [this](const ExchangeHeader& header) {
-        return header.Machine != mMachine &&
-               (header.IsWhole || header.Number > TakenOf(header.Machine));
+        return header.Machine != mMachine && !header.IsWhole &&
+               header.Number > TakenOf(header.Machine);
     };
     const int error = mFolder.List(mFiles, isWanted, &mIsCancelled);
     if (error != 0) {
@@ -207,9 +221,6 @@ bool ExchangeRun::List() {
 
 // Makes an empty store, into which the cards of the folder come.
 bool ExchangeRun::MakeStore() {
-    if (fs::exists(ToPath(mOptions.StorePath))) {
-        return true;
-    }
     const bool hasCards = std::any_of(mFiles.begin(), mFiles.end(), [](const FoundFile& file) {
         return file.State == FileState::kWhole && file.Header.IsWhole;
     });
@@ -510,9 +521,8 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         }
         SendLookedAt(out);
     }
-    const int64_t all = mState.CountCopy();
-    const auto isMany = [all](int64_t lost) {
-        return lost >= kLeastLost && lost * kLostShare >= all;
+    const auto isMany = [this](int64_t lost) {
+        return lost >= kLeastLost && lost * kLostShare >= mState.CountCopy();
     };
     const bool mayAsk = mOptions.Answer == ExchangeAnswer::kAsk && !mIsJoining;
     if (mayAsk && mOptions.Rules.NoticesGoneBack && isMany(merge.CountLostHere())) {
@@ -844,7 +854,9 @@ void ExchangeRun::RemoveTaken() {
 }
 
 ExchangeReport ExchangeRun::Run() {
-    if (!Lock() || !List() || !MakeStore() || !Prepare() || !List()) {
+    const bool hasStore = fs::exists(ToPath(mOptions.StorePath));
+    if (!Lock() || !HasFolder() ||
+        !(hasStore ? Prepare() && List() : List() && MakeStore() && Prepare())) {
         return mReport;
     }
     if (mState.HasPending() && !mIsJoining) {

@@ -31,7 +31,7 @@ constexpr char kMakeTables[] =
     "LastReview INTEGER, LastScore INTEGER, ReviewInterval REAL, Difficulty INTEGER, ERC INTEGER,"
     "RIntroduced INTEGER, RLastReview INTEGER, RLastScore INTEGER, RReviewInterval REAL,"
     "RDifficulty INTEGER, RERC INTEGER, Category TEXT, Stamps TEXT, Touched TEXT, Seen TEXT,"
-    "Gone INTEGER);"
+    "Gone INTEGER) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS beside.CopyCategories(Id INTEGER PRIMARY KEY, Name NAME);"
     "CREATE TABLE IF NOT EXISTS beside.CategoryEvents(Time INTEGER, Machine TEXT, Kind TEXT,"
     "Name NAME, NewName NAME, PRIMARY KEY(Time, Machine, Kind, Name));"
@@ -47,6 +47,9 @@ constexpr char kMakeTables[] =
     "PRIMARY KEY(CardId, WithId));"
     "CREATE TABLE IF NOT EXISTS beside.Ahead(Session TEXT, Number INTEGER, CardId TEXT,"
     "PRIMARY KEY(Session, Number));";
+
+// The engine's usual cache of 2 MB would write most pages of a large exchange many times over.
+constexpr char kPageCaches[] = "PRAGMA main.cache_size=-65536; PRAGMA beside.cache_size=-65536;";
 
 // What the copy keeps of a card beside its columns.
 enum { kCopyGoneUnited = 2 };
@@ -172,7 +175,7 @@ bool SyncState::Open(const wxString& storePath) {
         ::stat(ToUtf8(storePath).c_str(), &status) == 0 ? status.st_mode & 0666 : 0600;
     const FileDescriptor made(::open(ToUtf8(ExchangeStatePath(storePath)).c_str(),
                                      O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (!Attach(storePath) || !MakeTables()) {
+    if (!Attach(storePath) || !MakeTables() || !mSql.Execute(kPageCaches)) {
         return false;
     }
     ReadNumbers();
