@@ -25,6 +25,7 @@
 #include "base/Unicode.h"
 #include "files/ExchangeFiles.h"
 #include "files/ForeignDatabase.h"
+#include "media/MediaFolder.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
 #include "store/StoreCompanions.h"
@@ -394,6 +395,9 @@ int MoveStoreFile(const wxString& from, const wxString& to) {
     RemoveCompanions(source);
     MoveLog(source, target);
     MoveExchangeFiles(link, target);
+    // Cards without their pictures are still cards: the folder stays where it cannot move, and the
+    // window that lists them says which are missing.
+    MoveMediaFolder(source, target);
     if (fs::is_symlink(link, error)) {
         fs::remove(link, error);
     }
