@@ -16,6 +16,9 @@ target_link_libraries(velomind_wx_gui INTERFACE ${wxWidgets_LIBRARIES})
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GTK3 REQUIRED IMPORTED_TARGET gtk+-3.0)
 
+# Decodes pictures; its loaders for WebP and SVG are packages of their own.
+pkg_check_modules(GDK_PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
+
 # The desktop's speech service, for the one source file that talks to it.
 pkg_check_modules(SPEECH REQUIRED IMPORTED_TARGET speech-dispatcher)
 

@@ -4,10 +4,14 @@
 #include "app/CommandLine.h"
 #include "app/VelomindApp.h"
 #include "base/Process.h"
+#include "media/PictureProcess.h"
 
 wxIMPLEMENT_APP_NO_MAIN(VelomindApp);
 
 int main(int argc, char** argv) {
+    if (const int drawn = DrawIfAsked(argc, argv); drawn >= 0) {
+        return drawn;
+    }
     SetUpCharacters();
     std::vector<std::wstring> words = ReadCommandWords(argc, argv);
     std::vector<wchar_t*> arguments;

@@ -5,10 +5,14 @@
 #include <cstdlib>
 
 #include "base/Process.h"
+#include "media/PictureProcess.h"
 #include "support/FailureReport.h"
 
 // The library without windows, in the locale that the program itself sets.
 int main(int argc, char** argv) {
+    if (const int drawn = DrawIfAsked(argc, argv); drawn >= 0) {
+        return drawn;
+    }
     // Trace texts are built, so that a format that does not fit its values is found.
     gTraceHook = [](const wxString&) {};
     if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) {

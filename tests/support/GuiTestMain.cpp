@@ -10,6 +10,7 @@
 #include <string>
 
 #include "base/Process.h"
+#include "media/PictureProcess.h"
 #include "support/FailureReport.h"
 
 namespace {
@@ -70,6 +71,9 @@ struct TestApp : wxApp {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (const int drawn = DrawIfAsked(argc, argv); drawn >= 0) {
+        return drawn;
+    }
     // Trace texts are built, so that a format that does not fit its values is found.
     gTraceHook = [](const wxString&) {};
     ::testing::InitGoogleTest(&argc, argv);
