@@ -19,6 +19,9 @@ pkg_check_modules(GTK3 REQUIRED IMPORTED_TARGET gtk+-3.0)
 # Decodes pictures; its loaders for WebP and SVG are packages of their own.
 pkg_check_modules(GDK_PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
 
+# Plays sounds; its decoders and devices are packages of their own.
+pkg_check_modules(GSTREAMER REQUIRED IMPORTED_TARGET gstreamer-1.0)
+
 # The desktop's speech service, for the one source file that talks to it.
 pkg_check_modules(SPEECH REQUIRED IMPORTED_TARGET speech-dispatcher)
 

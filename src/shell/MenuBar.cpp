@@ -96,6 +96,8 @@ constexpr MenuRow kStudyRows[] = {
     {ID_TYPE_ANSWER, wxTRANSLATE("Type the Answer"), nullptr, wxITEM_CHECK},
     {ID_SPEAK, wxTRANSLATE("Speak"), nullptr, wxITEM_NORMAL, "", std::begin(kSpeakRows),
      std::end(kSpeakRows)},
+    {ID_PLAY_SOUNDS, wxTRANSLATE("Play Sounds"), nullptr, wxITEM_CHECK},
+    {ID_SHOW_PICTURE, wxTRANSLATE("Show Picture\tCtrl+Space")},
     kLine,
     {wxID_ZOOM_IN, wxTRANSLATE("Larger Text\tCtrl++")},
     {wxID_ZOOM_OUT, wxTRANSLATE("Smaller Text\tCtrl+-")},

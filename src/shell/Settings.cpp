@@ -38,6 +38,7 @@ constexpr DefaultRow<int32_t> kIntegerDefaults[] = {{kSettingEarlyIntroductionIn
 constexpr DefaultRow<bool> kBooleanDefaults[] = {{kSettingBackups, true},
                                                  {kSettingEarlyIntroduction, false},
                                                  {kSettingFollowSavedCards, true},
+                                                 {kSettingPlaySounds, true},
                                                  {kSettingTest, false}};
 constexpr DefaultRow<const char*> kStringDefaults[] = {{"Dummy", "Dummy"},
                                                        {kSettingCardListShown, "Category"}};

@@ -27,6 +27,8 @@ constexpr char kSettingTypeAnswerForward[] = "TypeAnswerForward";
 constexpr char kSettingTypeAnswerReverse[] = "TypeAnswerReverse";
 // Which sides of a card are spoken; see StudySpeech.h, which has the keys of the voices, too.
 constexpr char kSettingSpeakSides[] = "SpeakSides";
+// Whether the sounds of a side are played when it comes up.
+constexpr char kSettingPlaySounds[] = "PlaySounds";
 constexpr char kSettingExactSearch[] = "ExactSearch";
 constexpr char kSettingFollowSavedCards[] = "FollowSavedCards";
 constexpr char kSettingLastWindow[] = "LastWindow";

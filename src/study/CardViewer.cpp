@@ -3,6 +3,7 @@
 #include <wx/dcbuffer.h>
 #include <wx/dcclient.h>
 #include <wx/dcmemory.h>
+#include <wx/graphics.h>
 #include <wx/image.h>
 #include <wx/menu.h>
 #include <wx/settings.h>
@@ -11,8 +12,11 @@
 #include <cstdlib>
 
 #include "base/Text.h"
+#include "media/windows/CardPictures.h"
 #include "shell/MenuBar.h"
 #include "shell/Toolkit.h"
+
+wxDEFINE_EVENT(EVT_CARD_PICTURE, wxCommandEvent);
 
 wxBitmap MakeStudyCover(const wxColour& colour) {
     wxImage image(1, 1, false);
@@ -109,13 +113,25 @@ CardViewer::CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position,
     Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
 }
 
+CardViewer::~CardViewer() = default;
+
 void CardViewer::SetText(CardViewerSide& side, const wxString& text) {
     if (text.length() > kMostCharacters) {
         SetText(side, CutWithEllipsis(text, kMostCharacters));
     } else if (side.Text != text) {
         side.Text = text;
+        TakeMedia(side);
         side.Wraps = {};
         Relayout(kCharactersAtOnce);
+    }
+}
+
+void CardViewer::SetStore(const wxString& storePath) {
+    if (mStore != storePath) {
+        mStore = storePath;
+        if (mpPictures != nullptr) {
+            mpPictures->SetStore(mStore);
+        }
     }
 }
 
@@ -162,7 +178,7 @@ void CardViewer::WrapSides(int32_t height, size_t characters) {
             wrapped = WrappedText();
             wrapped.MaxWidth = mColumnWidth;
         }
-        WrapText(side->Text, measure, {highest, characters}, wrapped);
+        WrapText(side->GetWords(), measure, {highest, characters}, wrapped);
         wrapped.IsWhole = wrapped.IsWhole || wrapped.Height() > kHighestSide;
     }
     mLineHeight = std::max(LinesOf(mFirst).LineHeight, LinesOf(mSecond).LineHeight);
@@ -186,6 +202,11 @@ void CardViewer::Relayout(size_t characters) {
         WrapSides(height, characters);
         firstHeight = TextHeight(LinesOf(mFirst), mLineHeight);
         secondHeight = TextHeight(LinesOf(mSecond), mLineHeight);
+        if (mFirst.HasMedia || mSecond.HasMedia) {
+            SizePictures(height, firstHeight, secondHeight);
+            firstHeight += mFirst.PicturesHeight;
+            secondHeight += mSecond.PicturesHeight;
+        }
         if (mScrollNeeded || CardHeightNeeded(orientation, firstHeight, secondHeight) <= height) {
             break;
         }
@@ -252,6 +273,12 @@ void CardViewer::OnPaint(wxPaintEvent& /*event*/) {
     PaintDivider(dc, visible);
     PaintSide(dc, mFirst, visible);
     PaintSide(dc, mSecond, visible);
+    if (!mFirst.Pictures.empty() || !mSecond.Pictures.empty()) {
+        const std::unique_ptr<wxGraphicsContext> context(
+            wxGraphicsContext::CreateFromUnknownDC(dc));
+        PaintPictures(*context, mFirst, visible);
+        PaintPictures(*context, mSecond, visible);
+    }
 }
 
 void CardViewer::PaintDivider(wxDC& dc, const wxRect& visible) const {
@@ -279,10 +306,7 @@ void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& v
     }
     dc.SetTextForeground(side.TextColour);
     const auto count = static_cast<int32_t>(lines.size());
-    int32_t top = side.Rect.y;
-    if (!mScrollNeeded) {
-        top += (side.Rect.height - count * mLineHeight) / 2;
-    }
+    const int32_t top = TopOf(side);
     for (int32_t i = std::max((visible.y - top) / mLineHeight, 0); i < count; ++i) {
         const int32_t y = top + i * mLineHeight;
         if (y > visible.GetBottom()) {
@@ -290,7 +314,7 @@ void CardViewer::PaintSide(wxDC& dc, const CardViewerSide& side, const wxRect& v
         }
         const TextLine& line = lines[static_cast<size_t>(i)];
         const int32_t room = std::max(side.Rect.width - line.Width, 0);
-        dc.DrawText(LineText(side.Text, line), side.Rect.x + room / 2, y);
+        dc.DrawText(LineText(side.GetWords(), line), side.Rect.x + room / 2, y);
     }
 }
 
@@ -313,8 +337,12 @@ void CardViewer::OnLeftUp(wxMouseEvent& event) {
     }
     ReleaseMouse();
     if (wxRect(GetSize()).Contains(event.GetPosition())) {
-        wxCommandEvent click(wxEVT_BUTTON, GetId());
+        const SidePicture* const picture = FindPicture(event.GetPosition());
+        wxCommandEvent click(picture != nullptr ? EVT_CARD_PICTURE : wxEVT_BUTTON, GetId());
         click.SetEventObject(this);
+        if (picture != nullptr) {
+            click.SetString(picture->Name);
+        }
         GetParent()->GetEventHandler()->ProcessEvent(click);
     }
 }

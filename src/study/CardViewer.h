@@ -8,10 +8,14 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 #include "shell/TextWrap.h"
 
+class CardPictures;
 class wxDC;
+class wxGraphicsContext;
 
 // The picture that hides the back of a card: one pixel of that colour, to be stretched over
 // whatever it covers. It has the colour of the card: that the back is hidden, the buttons say, and
@@ -38,9 +42,27 @@ int32_t CardHeightNeeded(wxOrientation orientation, int32_t firstHeight, int32_t
 CardLayout ArrangeCard(wxOrientation orientation, const wxSize& client, int32_t firstHeight,
                        int32_t secondHeight);
 
-// One of the two texts that a CardViewer shows.
+// A picture below the text of its side. One that cannot be shown is a frame with its name.
+struct SidePicture {
+    wxString Name;
+    // At a scale of 1; empty for one that cannot be shown.
+    wxSize Natural;
+    // As it is drawn, in logical pixels.
+    wxSize Size;
+};
+
+// One of the two texts that a CardViewer shows, and the pictures that it names.
 struct CardViewerSide {
+    // As it was set, and, where lines of it name pictures or sounds, what is left to be read.
     wxString Text;
+    wxString Words;
+    bool HasMedia = false;
+    std::vector<SidePicture> Pictures;
+    // What the pictures need together; 0 without any.
+    int32_t PicturesHeight = 0;
+
+    const wxString& GetWords() const { return HasMedia ? Words : Text; }
+
     // The lines at the full width of the window, cut only until they are known to need a scroll
     // bar, and the lines at the width that the scroll bar leaves. Both are kept until the text, the
     // font or the width changes.
@@ -58,13 +80,21 @@ struct CardViewerSide {
 // wxID_ZOOM_OUT. It knows texts, colours and a cover, but no cards. The owner sets
 // the scroll rate: none horizontally, one pixel vertically.
 //
+// Pictures that lines of a text name stand below it. Both sides share the height of the window, so
+// that the card stays where it is when its back is uncovered; a picture takes what the text of its
+// side leaves, is never larger than it is and never distorted. A click on one sends
+// EVT_CARD_PICTURE with its name in place of the button event.
+//
 // The beginning of a long text is laid out at once. The rest follows in idle moments, while the
 // part that can be scrolled to grows. The end of a text longer than anybody reads is left out.
+wxDECLARE_EVENT(EVT_CARD_PICTURE, wxCommandEvent);
+
 class CardViewer : public wxScrolledWindow {
   public:
     CardViewer(wxWindow* parent, wxWindowID id, const wxPoint& position = wxDefaultPosition,
                const wxSize& size = wxDefaultSize, long style = wxHSCROLL | wxVSCROLL,
                const wxString& name = wxASCII_STR(wxPanelNameStr));
+    ~CardViewer() override;
 
     // A longer text is cut here and ends with an ellipsis.
     static constexpr size_t kMostCharacters = 8000000;
@@ -72,6 +102,11 @@ class CardViewer : public wxScrolledWindow {
     void SetSecondText(const wxString& text) { SetText(mSecond, text); }
     const wxString& GetFirstText() const { return mFirst.Text; }
     const wxString& GetSecondText() const { return mSecond.Text; }
+
+    // Says where the pictures of the cards are. Does nothing when that is known.
+    void SetStore(const wxString& storePath);
+    // Null while no card has had a picture.
+    CardPictures* GetPictures() const { return mpPictures.get(); }
 
     // Colours and the cover are only stored: the caller refreshes.
     void SetFirstColour(const wxColour& colour) { mFirst.TextColour = colour; }
@@ -111,6 +146,18 @@ class CardViewer : public wxScrolledWindow {
 
   private:
     void SetText(CardViewerSide& side, const wxString& text);
+    // Divides a text with lines that name files into words and pictures.
+    void TakeMedia(CardViewerSide& side);
+    // Gives the pictures of a side their sizes in so much height.
+    void SizePictures(CardViewerSide& side, int32_t room) const;
+    void SizePictures(int32_t height, int32_t firstText, int32_t secondText);
+    int32_t TopOf(const CardViewerSide& side) const;
+    // Calls the function with each picture of a side and its place.
+    template <class Function>
+    void VisitPictures(const CardViewerSide& side, Function visit) const;
+    const SidePicture* FindPicture(const wxPoint& point) const;
+    void PaintPictures(wxGraphicsContext& context, const CardViewerSide& side,
+                       const wxRect& visible) const;
     // Pixels between the borders, and how many of them a scroll bar takes.
     int32_t FullWidth() const;
     int32_t ScrollBarWidth() const;
@@ -138,6 +185,8 @@ class CardViewer : public wxScrolledWindow {
     CardViewerSide mFirst;
     CardViewerSide mSecond;
     wxString mHint;
+    wxString mStore;
+    std::unique_ptr<CardPictures> mpPictures;
     int32_t mLineHeight = 0;
     bool mScrollNeeded = false;
 

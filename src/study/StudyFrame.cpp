@@ -17,6 +17,7 @@
 #include "base/Process.h"
 #include "base/Text.h"
 #include "categories/CategoryList.h"
+#include "media/windows/SoundPlayer.h"
 #include "resources/ResourceBitmap.h"
 #include "shell/AppServices.h"
 #include "shell/CommandIds.h"
@@ -60,7 +61,9 @@ const wxAcceleratorEntry kKeys[] = {{wxACCEL_CTRL, 'W', wxID_CLOSE},
                                     {wxACCEL_CTRL, '=', wxID_ZOOM_IN},
                                     {wxACCEL_CTRL, WXK_NUMPAD_ADD, wxID_ZOOM_IN},
                                     {wxACCEL_CTRL, WXK_NUMPAD_SUBTRACT, wxID_ZOOM_OUT},
-                                    {wxACCEL_CTRL, WXK_NUMPAD0, wxID_ZOOM_100}};
+                                    {wxACCEL_CTRL, WXK_NUMPAD0, wxID_ZOOM_100},
+                                    // Its entry is grey without a speech service.
+                                    {wxACCEL_NORMAL, WXK_F8, ID_SPEAK_AGAIN}};
 
 // Each step makes the text of the cards a tenth larger.
 constexpr double kTextStep = 1.1;
@@ -127,6 +130,7 @@ StudyFrame::StudyFrame(AppServices& services, wxWindow* parent, wxWindowID id,
     AddTextSizeCommands();
     CreateBars();
     CreateContent();
+    AddMediaCommands();
     ApplySettings();
     RestoreLayout();
     mpChildFocus = mpQuickScore;
@@ -298,6 +302,7 @@ void StudyFrame::UpdateCard(bool newCard) {
         return;
     }
     const bool hasCard = HasCard();
+    HidePicture();
     ShowCardOrMessage(hasCard);
     StudyStep step;
     if (hasCard) {
@@ -353,8 +358,7 @@ void StudyFrame::ShowCardOrMessage(bool hasCard) {
     if (sizer->IsShown(mpCardSizer) != hasCard || mpMessagePanel->IsShown() == hasCard) {
         sizer->Show(mpCardSizer, hasCard);
         // Shows all that the sizer holds; UpdateAnswer knows better.
-        mpAnswerField->Hide();
-        mpAnswerResult->Hide();
+        HideAnswer();
         sizer->Show(mpMessagePanel, !hasCard);
         Layout();
         TakeKeys();
@@ -462,6 +466,7 @@ void StudyFrame::SetReadyText(const wxString& ready) {
 }
 
 void StudyFrame::UpdateSides(const FlashCard& card) {
+    mpCardViewer->SetStore(mpDatabase->GetPath());
     mpCardViewer->SetFirstText(mReverseStudy ? card.Back : card.Front);
     if (IsBackVisible()) {
         mpCardViewer->SetSecondText(mReverseStudy ? card.Front : card.Back);

@@ -25,7 +25,9 @@ class CardViewer;
 class CategoryList;
 class DayBar;
 class Database;
+class PictureView;
 class QuickScore;
+class SoundPlayer;
 class wxBoxSizer;
 class wxDropDownWindow;
 class wxPanel;
@@ -178,6 +180,17 @@ class StudyFrame : public wxFrame {
     void UpdateSpeech(bool isNewQuestion);
     void ChooseVoices();
 
+    // Pictures and sounds; see StudyFrameMedia.cpp.
+    void AddMediaCommands();
+    void SetPlaysSounds(bool plays);
+    void PlaySounds(const std::vector<wxString>& names);
+    // Returns the pictures on the screen.
+    std::vector<wxString> FindPictures() const;
+    // Shows a picture in the whole window, and the card again.
+    void ShowPicture(const wxString& name);
+    void ShowNextPicture();
+    void HidePicture();
+
     // The measure of the day; see StudyFrameDay.cpp.
     void OpenDay();
     void OnDayCounted();
@@ -196,6 +209,7 @@ class StudyFrame : public wxFrame {
     // True while the field has the keys.
     bool IsTyping() const;
     void ForgetAnswer();
+    void HideAnswer();
     void CheckTypedAnswer();
     // Shows the field, the line of differences, or neither.
     void UpdateAnswer();
@@ -267,7 +281,11 @@ class StudyFrame : public wxFrame {
     int32_t mDismissedDay = -1;
     Speech mSpeech;
     bool mIsSpeechInstalled = Speech::IsInstalled();
-    StudySpeech mStudySpeech{mSpeech};
+    // Made for the first sound, and for the first picture in the whole window.
+    std::unique_ptr<SoundPlayer> mpSoundPlayer;
+    PictureView* mpPictureView = nullptr;
+    StudySpeech mStudySpeech{mSpeech,
+                             [this](const std::vector<wxString>& names) { PlaySounds(names); }};
     // The card for which mDefaultScore and mBackShown hold.
     CardUuid mCurrentCardId;
     // The score on which the cursor rests while the current card is studied.

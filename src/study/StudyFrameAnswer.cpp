@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "media/MediaLines.h"
 #include "shell/Settings.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
@@ -93,6 +94,11 @@ void StudyFrame::SetTypesAnswer(bool types) {
     }
 }
 
+void StudyFrame::HideAnswer() {
+    mpAnswerField->Hide();
+    mpAnswerResult->Hide();
+}
+
 bool StudyFrame::IsTyping() const {
     return mpAnswerField->HasFocus();
 }
@@ -111,7 +117,7 @@ void StudyFrame::CheckTypedAnswer() {
     if (TypesAnswer() && !typed.Strip(wxString::both).empty()) {
         const FlashCard& card = mpScheduler->GetCurrentCard();
         mAnswerSide = mReverseStudy ? card.Front : card.Back;
-        mAnswerCheck = CheckAnswer(typed, mAnswerSide);
+        mAnswerCheck = CheckAnswer(typed, WithoutMediaLines(mAnswerSide));
         mDefaultScore = mAnswerCheck->ProposedScore();
     }
 }
@@ -125,7 +131,7 @@ void StudyFrame::UpdateAnswer() {
     const bool isNew = tells && mpCardViewer->GetSecondText() != mAnswerSide;
     if (isNew) {
         mAnswerSide = mpCardViewer->GetSecondText();
-        mAnswerCheck = CheckAnswer(mpAnswerField->GetValue(), mAnswerSide);
+        mAnswerCheck = CheckAnswer(mpAnswerField->GetValue(), WithoutMediaLines(mAnswerSide));
     }
     if (asks == asked && tells == mpAnswerResult->IsShown() && !isNew) {
         return;

@@ -1,6 +1,7 @@
 #include "study/StudySpeech.h"
 
 #include "base/Text.h"
+#include "media/MediaLines.h"
 #include "shell/Settings.h"
 
 namespace {
@@ -34,7 +35,7 @@ void StudySpeech::Show(const Step& step, bool isNewQuestion) {
     if (isSame) {
         return;
     }
-    mOutput.Silence();
+    Silence();
     if (step.IsRecent) {
         return;
     }
@@ -44,22 +45,49 @@ void StudySpeech::Show(const Step& step, bool isNewQuestion) {
         mSaid = kSpeakNone;
     }
     const SpokenSides side = GetSide();
-    if ((mSaid & side) == 0 && (ReadIntegerSetting(kSettingSpeakSides) & side) != 0) {
-        Say(side);
+    const bool plays = ReadBooleanSetting(kSettingPlaySounds) && !FindSounds(side).empty();
+    if ((mSaid & side) == 0 && (plays || (ReadIntegerSetting(kSettingSpeakSides) & side) != 0)) {
+        Say(side, plays);
     }
 }
 
 void StudySpeech::Leave() {
     if (mHasStep) {
         mHasStep = false;
-        mOutput.Silence();
+        Silence();
     }
 }
 
 void StudySpeech::SayAgain() {
     if (mHasStep) {
-        Say(GetSide());
+        Say(GetSide(), true);
     }
+}
+
+void StudySpeech::PlayAgain() {
+    if (mHasStep && !FindSounds(GetSide()).empty()) {
+        Say(GetSide(), true);
+    }
+}
+
+void StudySpeech::Silence() {
+    mOutput.Silence();
+    if (mPlay) {
+        mPlay({});
+    }
+}
+
+std::vector<wxString> StudySpeech::FindSounds(SpokenSides side) const {
+    std::vector<wxString> names;
+    if (mPlay) {
+        for (const MediaLine& line :
+             FindMediaLines(side == kSpeakFront ? mStep.Front : mStep.Back)) {
+            if (line.Kind == MediaKind::kSound) {
+                names.push_back(line.Name);
+            }
+        }
+    }
+    return names;
 }
 
 SpokenSides StudySpeech::GetSide() const {
@@ -69,11 +97,17 @@ SpokenSides StudySpeech::GetSide() const {
     return mStep.IsReverse == mStep.IsAnswerShown ? kSpeakFront : kSpeakBack;
 }
 
-void StudySpeech::Say(SpokenSides side) {
+void StudySpeech::Say(SpokenSides side, bool withSounds) {
     if (!mStep.IsRecent) {
         mSaid |= side;
     }
-    const wxString& text = side == kSpeakFront ? mStep.Front : mStep.Back;
+    const std::vector<wxString> sounds = withSounds ? FindSounds(side) : std::vector<wxString>();
+    if (!sounds.empty()) {
+        mOutput.Silence();
+        mPlay(sounds);
+        return;
+    }
+    const wxString text = WithoutMediaLines(side == kSpeakFront ? mStep.Front : mStep.Back);
     if (!TrimWide(text).empty()) {
         mOutput.Say(text, ReadVoiceSetting(side, mStep.CategoryId));
     }

@@ -1,5 +1,6 @@
 #include "study/CardViewer.h"
 
+#include "media/MediaFolder.h"
 #include "support/GuiTest.h"
 
 namespace {
@@ -156,6 +157,73 @@ TEST_F(CardViewerTest, CtrlAndTheWheelAskForAnotherSizeAndScrollNothing) {
     }
     EXPECT_EQ(heard, (std::vector<int>{wxID_ZOOM_OUT, wxID_ZOOM_IN, wxID_ZOOM_IN}));
     EXPECT_EQ(mViewer.GetViewStart().y, 0);
+}
+
+// A store's folder with the pictures of the corpus under their names.
+struct CardViewerPicturesTest : CardViewerTest {
+    CardViewerPicturesTest() {
+        const MediaFolder folder(mDirectory.Path("a.vlm"));
+        wxString name;
+        for (const char* const file : {"good.png", "most.png", "cut.gif", "good.svg", "huge.png"}) {
+            EXPECT_EQ(folder.Add(std::string(VELOMIND_CORPUS) + "/" + file, file, name), 0);
+        }
+        mViewer.SetStore(mDirectory.Path("a.vlm"));
+    }
+    TestDirectory mDirectory;
+};
+
+TEST_F(CardViewerPicturesTest, PicturesFitBelowTheTextAndKeepTheirProportions) {
+    const int32_t half = (mViewer.GetClientSize().y - 1) / 2;
+    for (const int32_t layout : {wxVERTICAL, wxHORIZONTAL}) {
+        mViewer.SetLayout(layout);
+        Show("bird\n[picture: most.png]", "[picture: good.png]\n[picture: none.png]");
+        ASSERT_EQ(mViewer.GetFirst().Pictures.size(), 1U);
+        const SidePicture& most = mViewer.GetFirst().Pictures[0];
+        EXPECT_EQ(most.Natural, wxSize(5200, 5000));
+        EXPECT_LT(most.Size.y, layout == wxVERTICAL ? half : mViewer.GetClientSize().y);
+        EXPECT_GT(most.Size.y, half / 3);
+        EXPECT_NEAR(most.Size.x * 5000, most.Size.y * 5200, 5200);
+        // A small one is not made larger, and a missing one has a place for its name.
+        EXPECT_EQ(mViewer.GetSecond().Pictures[0].Size, wxSize(40, 30));
+        EXPECT_EQ(mViewer.GetSecond().Pictures[1].Natural, wxSize());
+        EXPECT_GT(mViewer.GetSecond().Pictures[1].Size.y, 10);
+        EXPECT_FALSE(mViewer.IsScrollNeeded());
+    }
+    // Many pictures need a scroll bar, and no more than some are shown at all.
+    wxString many;
+    for (int i = 0; i < 60; ++i) {
+        many += "[picture: most.png]\n";
+    }
+    Show(many, "back");
+    EXPECT_TRUE(mViewer.IsScrollNeeded());
+    EXPECT_EQ(mViewer.GetFirst().Pictures.size(), 50U);
+}
+
+TEST_F(CardViewerPicturesTest, APictureIsDrawnOnceItIsReadAndTellsOfAClick) {
+    wxString clicked;
+    mFrame.Bind(EVT_CARD_PICTURE, [&](wxCommandEvent& event) { clicked = event.GetString(); });
+    int presses = 0;
+    mFrame.Bind(wxEVT_BUTTON, [&](wxCommandEvent&) { ++presses; });
+    Show("[picture: good.svg]", "[picture: huge.png]");
+    const wxRect first = mViewer.GetFirst().Rect;
+    const wxPoint middle(first.x + first.width / 2, first.y + first.height / 2);
+    EXPECT_TRUE(Shows(*wxBLUE, middle.x + 20, middle.y - 10));
+    SendMouse(mViewer, wxEVT_LEFT_DOWN, middle);
+    SendMouse(mViewer, wxEVT_LEFT_UP, middle);
+    EXPECT_EQ(clicked, "good.svg");
+    EXPECT_EQ(presses, 0);
+    // One that cannot be shown is a part of the card like any other.
+    const wxRect second = mViewer.GetSecond().Rect;
+    const wxPoint there(second.x + second.width / 2, second.y + second.height / 2);
+    SendMouse(mViewer, wxEVT_LEFT_DOWN, there);
+    SendMouse(mViewer, wxEVT_LEFT_UP, there);
+    EXPECT_EQ(presses, 1);
+}
+
+TEST_F(CardViewerTest, ACardWithoutPicturesTakesTheShortWay) {
+    Show("say [picture: a.png] and [sound", "[]");
+    EXPECT_EQ(mViewer.GetPictures(), nullptr);
+    EXPECT_EQ(mViewer.GetFirst().PicturesHeight, 0);
 }
 
 }  // namespace

@@ -69,6 +69,35 @@ TEST_F(StudySpeechTest, ASideIsSaidOnceWhenItComesUp) {
     }
 }
 
+TEST_F(StudySpeechTest, ASideWithSoundsIsPlayedAndNotSpoken) {
+    const struct {
+        const char* What;
+        bool Plays;
+        int32_t Sides;
+        const char* Log;
+    } rows[] = {{"both wanted", true, 3, ". - . [a.ogg b.ogg] . [a.ogg b.ogg] . - word/ "},
+                {"sounds alone", true, 0, ". - . [a.ogg b.ogg] . [a.ogg b.ogg] . - "},
+                {"speech alone", false, 3, ". - . [a.ogg b.ogg] . - word/ "},
+                {"the key alone", false, 0, ". - . [a.ogg b.ogg] . - "}};
+    for (const auto& row : rows) {
+        WriteIntegerSetting(kSettingSpeakSides, row.Sides);
+        WriteBooleanSetting(kSettingPlaySounds, row.Plays);
+        RecordingOutput output;
+        StudySpeech speech(output, [&output](const std::vector<wxString>& names) {
+            output.Log += names.empty() ? wxString("- ") : "[" + names[0] + " " + names[1] + "] ";
+        });
+        StudySpeech::Step step;
+        step.CardId = MakeCard("", "").CardId;
+        step.Front = "[sound: a.ogg]\n[sound: b.ogg]";
+        step.Back = "word\n[picture: c.png]";
+        speech.Show(step, true);
+        speech.SayAgain();
+        step.IsAnswerShown = true;
+        speech.Show(step, false);
+        EXPECT_EQ(output.Log, row.Log) << row.What;
+    }
+}
+
 TEST_F(StudySpeechTest, EachSideOfACategoryHasItsVoice) {
     WriteIntegerSetting(kSettingSpeakSides, kSpeakFront | kSpeakBack);
     WriteVoiceSetting(kSpeakFront, 1, {"ja", "Hana Ito"});

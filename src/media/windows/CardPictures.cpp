@@ -1,0 +1,208 @@
+#include "media/windows/CardPictures.h"
+
+#include <cairo.h>
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+// What all pictures of a window together may take.
+constexpr int64_t kMostBytes = int64_t{96} << 20;
+
+struct SurfaceRelease {
+    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, SurfaceRelease>;
+
+// Returns the points as they are drawn: whole words, each colour already multiplied by how opaque
+// the point is. Null when the memory does not suffice.
+Surface MakeSurface(const GdkPixbuf& pixels) {
+    const int width = gdk_pixbuf_get_width(&pixels);
+    const int height = gdk_pixbuf_get_height(&pixels);
+    const int channels = gdk_pixbuf_get_n_channels(&pixels);
+    const bool hasAlpha = gdk_pixbuf_get_has_alpha(&pixels) != 0;
+    Surface surface(cairo_image_surface_create(hasAlpha ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_RGB24,
+                                               width, height));
+    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
+        return nullptr;
+    }
+    const guint8* const source = gdk_pixbuf_read_pixels(&pixels);
+    unsigned char* const target = cairo_image_surface_get_data(surface.get());
+    const auto sourceStride = static_cast<size_t>(gdk_pixbuf_get_rowstride(&pixels));
+    const auto targetStride = static_cast<size_t>(cairo_image_surface_get_stride(surface.get()));
+    const auto times = [](uint32_t colour, uint32_t alpha) { return (colour * alpha + 127) / 255; };
+    for (size_t y = 0; y < static_cast<size_t>(height); ++y) {
+        const guint8* from = source + y * sourceStride;
+        auto* to = reinterpret_cast<uint32_t*>(static_cast<void*>(target + y * targetStride));
+        for (int x = 0; x < width; ++x, from += channels) {
+            const uint32_t alpha = hasAlpha ? from[3] : 255;
+            *to++ = alpha << 24 | times(from[0], alpha) << 16 | times(from[1], alpha) << 8 |
+                    times(from[2], alpha);
+        }
+    }
+    cairo_surface_mark_dirty(surface.get());
+    return surface;
+}
+
+}  // namespace
+
+struct CardPictures::Reading {
+    wxString Name;
+    FileDescriptor File;
+    PictureSize Room;
+    // Written by the worker.
+    PictureFault Fault = PictureFault::kDamaged;
+    Surface Drawn;
+};
+
+CardPictures::CardPictures(std::function<void()> changed) : mChanged(std::move(changed)) {}
+
+CardPictures::~CardPictures() {
+    mpJob.reset();
+}
+
+void CardPictures::SetStore(const wxString& storePath) {
+    mWanted.clear();
+    mpJob.reset();
+    mpReading.reset();
+    mPictures.clear();
+    mFolder = MediaFolder(storePath);
+}
+
+// One that is missing is looked for again, as it may come by an import or from "unused".
+CardPictures::Picture* CardPictures::Find(const wxString& name) {
+    const auto known = mPictures.find(name);
+    if (known != mPictures.end()) {
+        return &known->second;
+    }
+    const FileDescriptor file = mFolder.Open(name);
+    if (!file.IsOpen()) {
+        return nullptr;
+    }
+    Picture& picture = mPictures[name];
+    picture.Fault = ReadPictureHead(file.Get(), picture.Head);
+    return &picture;
+}
+
+wxSize CardPictures::FindSize(const wxString& name) {
+    const Picture* const picture = Find(name);
+    return picture == nullptr || picture->Fault != PictureFault::kNone
+               ? wxSize()
+               : wxSize(picture->Head.Width, picture->Head.Height);
+}
+
+bool CardPictures::Draw(wxGraphicsContext& context, const wxString& name, const wxRect& place,
+                        double scale) {
+    Picture* const picture = Find(name);
+    if (picture == nullptr || picture->Fault != PictureFault::kNone) {
+        return false;
+    }
+    picture->LastUse = ++mUses;
+    PictureSize points{static_cast<int32_t>(std::lround(place.width * scale)),
+                       static_cast<int32_t>(std::lround(place.height * scale))};
+    if (picture->Head.Format != PictureFormat::kSvg) {
+        points = FitPicture({picture->Head.Width, picture->Head.Height}, points);
+    }
+    // A picture that is somewhat too large is made smaller while it is drawn. One that is too small
+    // shows until the sharp one is there.
+    const bool isSharp =
+        picture->Points.Width + 1 >= points.Width && picture->Points.Width <= 2 * points.Width + 1;
+    if (!isSharp) {
+        Ask(name, points);
+    }
+    if (picture->Bitmap.IsNull()) {
+        return false;
+    }
+    context.SetInterpolationQuality(wxINTERPOLATION_GOOD);
+    context.DrawBitmap(picture->Bitmap, place.x, place.y, place.width, place.height);
+    return true;
+}
+
+void CardPictures::Ask(const wxString& name, const PictureSize& points) {
+    const bool isRead =
+        mpReading != nullptr && mpReading->Name == name && mpReading->Room.Width == points.Width;
+    if (isRead) {
+        return;
+    }
+    const auto same = std::find_if(mWanted.begin(), mWanted.end(),
+                                   [&name](const Request& one) { return one.Name == name; });
+    if (same != mWanted.end()) {
+        same->Points = points;
+        return;
+    }
+    mWanted.push_back({name, points});
+    ReadNext();
+}
+
+void CardPictures::ReadNext() {
+    if (mpJob != nullptr || mWanted.empty()) {
+        return;
+    }
+    const Request request = mWanted.front();
+    mWanted.erase(mWanted.begin());
+    mpReading = std::make_unique<Reading>();
+    mpReading->Name = request.Name;
+    mpReading->File = mFolder.Open(request.Name);
+    mpReading->Room = request.Points;
+    const int number = ++mNumber;
+    const auto finish = [this, number] { CallAfter([this, number] { Finish(number); }); };
+    mpJob = std::make_unique<Job>(
+        [&reading = *mpReading](const std::atomic<bool>& isCancelled) {
+            PicturePixels pixels;
+            reading.Fault = ReadPicture(reading.File.Get(), reading.Room, isCancelled, pixels);
+            reading.Drawn = pixels == nullptr ? nullptr : MakeSurface(*pixels);
+            if (reading.Fault == PictureFault::kNone && reading.Drawn == nullptr) {
+                reading.Fault = PictureFault::kTooLarge;
+            }
+        },
+        finish);
+    if (!mpJob->Start()) {
+        finish();
+    }
+}
+
+void CardPictures::Finish(int number) {
+    if (number != mNumber || mpJob == nullptr) {
+        return;
+    }
+    mpJob->Join();
+    mpJob.reset();
+    const std::unique_ptr<Reading> reading = std::move(mpReading);
+    const auto known = mPictures.find(reading->Name);
+    if (known != mPictures.end()) {
+        Picture& picture = known->second;
+        picture.Fault = reading->Fault;
+        if (reading->Drawn != nullptr) {
+            picture.Points = {cairo_image_surface_get_width(reading->Drawn.get()),
+                              cairo_image_surface_get_height(reading->Drawn.get())};
+            // The bitmap takes the surface over.
+            picture.Bitmap = wxGraphicsRenderer::GetDefaultRenderer()->CreateBitmapFromNativeBitmap(
+                reading->Drawn.release());
+        }
+        MakeRoom();
+    }
+    ReadNext();
+    mChanged();
+}
+
+void CardPictures::MakeRoom() {
+    int64_t bytes = 0;
+    std::vector<Picture*> oldest;
+    for (auto& [name, picture] : mPictures) {
+        bytes += picture.Bytes();
+        oldest.push_back(&picture);
+    }
+    std::sort(oldest.begin(), oldest.end(), [](const Picture* one, const Picture* other) {
+        return one->LastUse < other->LastUse;
+    });
+    // The one used last stays, however large.
+    for (size_t i = 0; i + 1 < oldest.size() && bytes > kMostBytes; ++i) {
+        bytes -= oldest[i]->Bytes();
+        oldest[i]->Bitmap = wxGraphicsBitmap();
+        oldest[i]->Points = PictureSize();
+    }
+}
