@@ -242,6 +242,7 @@ class CardSource {
         input.FileName = mPath;
         if (IsDeck()) {
             input.Format = ImportFormat::kDeck;
+            input.Media = mDeck->GetMedia();
             // Nobody cancels a command but by its end.
             input.MakeDeckReader = [deck = mDeck, options = mDeckOptions](Database& asked,
                                                                           const std::atomic<bool>&,

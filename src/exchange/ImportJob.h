@@ -18,6 +18,7 @@
 
 class CardRecordReader;
 class Database;
+class MediaSource;
 class wxWindow;
 struct TableLayout;
 
@@ -58,6 +59,9 @@ struct ImportInput {
     LegacyRowSourceMaker MakeRowSource = &MakeLegacyRowSource;
     // Needed only for a deck.
     DeckReaderMaker MakeDeckReader = nullptr;
+    // The pictures and sounds that come along; null for none. They are brought into the store's
+    // folder once the file is known to have no fault, before its cards are written.
+    std::shared_ptr<MediaSource> Media = nullptr;
     KnownPairs Pairs = KnownPairs::kStop;
     // True asks before the texts of a stored card are replaced.
     bool AskBeforeChanges = false;

@@ -19,6 +19,7 @@
 
 #include "exchange/ImportRecord.h"
 #include "exchange/ImportSource.h"
+#include "formats/MediaSource.h"
 #include "formats/Table.h"
 #include "store/Database.h"
 #include "store/Statement.h"
@@ -398,6 +399,17 @@ int ImportPass(const ImportInput& input, Database& database, ImportResult& resul
     }
 }
 
+namespace {
+
+bool BringMedia(const ImportInput& input, Database& database, ImportResult& result) {
+    wxString message;
+    const MediaFolder folder(database.GetPath());
+    return input.Media->Bring(folder, result.IsCancelled, result.Progress, message) ||
+           (result.IsCancelled ? result.FailCancelled(-1) : result.Fail(message));
+}
+
+}  // namespace
+
 int ImportCards(const ImportInput& input, Database& database, ImportResult& result,
                 bool askCategories, std::set<int32_t>* touchedCategories) {
     ImportPassOptions options;
@@ -411,6 +423,9 @@ int ImportCards(const ImportInput& input, Database& database, ImportResult& resu
             result.FailCancelled(result.LineNumber);
             return -1;
         }
+    }
+    if (input.Media != nullptr && !BringMedia(input, database, result)) {
+        return -1;
     }
     options.ValidateOnly = false;
     options.TouchedCategories = touchedCategories;

@@ -11,6 +11,8 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "base/Unicode.h"
+#include "formats/MediaSource.h"
 
 namespace {
 
@@ -25,6 +27,7 @@ enum class TagKind {
     kCell,
     kPicture,
     kSound,
+    kSource,
     kSkipped,
     kRuby,
     kReading,
@@ -46,8 +49,9 @@ constexpr TagRow kTags[] = {
     {L"dt", TagKind::kBlock},         {L"dd", TagKind::kBlock},      {L"center", TagKind::kBlock},
     {L"li", TagKind::kItem},          {L"td", TagKind::kCell},       {L"th", TagKind::kCell},
     {L"img", TagKind::kPicture},      {L"svg", TagKind::kPicture},   {L"video", TagKind::kPicture},
-    {L"audio", TagKind::kSound},      {L"style", TagKind::kSkipped}, {L"script", TagKind::kSkipped},
-    {L"ruby", TagKind::kRuby},        {L"rt", TagKind::kReading},    {L"rp", TagKind::kAside},
+    {L"audio", TagKind::kSound},      {L"source", TagKind::kSource}, {L"style", TagKind::kSkipped},
+    {L"script", TagKind::kSkipped},   {L"ruby", TagKind::kRuby},     {L"rt", TagKind::kReading},
+    {L"rp", TagKind::kAside},
 };
 
 struct MarkRow {
@@ -125,6 +129,73 @@ size_t ReadEntity(Text text, wchar_t& character) {
     return at + 1;
 }
 
+// Returns the text of the value of an attribute, which may stand in quotes of either kind or in
+// none.
+std::wstring AttributeValue(Text tag, size_t at) {
+    const wchar_t quote =
+        at < tag.size() && (tag[at] == L'"' || tag[at] == L'\'') ? tag[at] : L'\0';
+    at += quote != L'\0' ? 1 : 0;
+    std::wstring value;
+    for (; at < tag.size(); ++at) {
+        const wchar_t character = tag[at];
+        const bool isEnd =
+            quote != L'\0' ? character == quote : IsSourceSpace(character) || character == L'>';
+        if (isEnd) {
+            break;
+        }
+        wchar_t decoded = character;
+        const size_t length = character == L'&' ? ReadEntity(tag.substr(at), decoded) : 0;
+        at += length > 0 ? length - 1 : 0;
+        value += decoded;
+    }
+    return value;
+}
+
+// Returns the address that a tag names; empty for none.
+std::wstring SourceOf(Text tag) {
+    constexpr Text kName = L"src";
+    for (size_t at = 1; at + kName.size() < tag.size(); ++at) {
+        const Text found = tag.substr(at, kName.size());
+        if (!IsSourceSpace(tag[at - 1]) ||
+            !std::equal(found.begin(), found.end(), kName.begin(), kName.end(),
+                        [](wchar_t one, wchar_t other) { return LowerWide(one) == other; })) {
+            continue;
+        }
+        size_t value = at + kName.size();
+        while (value < tag.size() && IsSourceSpace(tag[value])) {
+            ++value;
+        }
+        if (value < tag.size() && tag[value] == L'=') {
+            ++value;
+            while (value < tag.size() && IsSourceSpace(tag[value])) {
+                ++value;
+            }
+            return AttributeValue(tag, value);
+        }
+    }
+    return std::wstring();
+}
+
+// Returns an address with its percent signs and numbers as characters.
+wxString DecodeAddress(const wxString& address) {
+    const std::string bytes = ToUtf8(address);
+    std::string decoded;
+    const auto digit = [](char character) {
+        const Text digits = L"0123456789abcdef";
+        return digits.find(LowerWide(static_cast<wchar_t>(character)));
+    };
+    for (size_t at = 0; at < bytes.size(); ++at) {
+        if (bytes[at] == '%' && at + 2 < bytes.size() && digit(bytes[at + 1]) != Text::npos &&
+            digit(bytes[at + 2]) != Text::npos) {
+            decoded += static_cast<char>(digit(bytes[at + 1]) * 16 + digit(bytes[at + 2]));
+            at += 2;
+        } else {
+            decoded += bytes[at];
+        }
+    }
+    return FromUtf8(decoded);
+}
+
 // Returns the place after a tag's ">", which quotes may hold too; npos when it does not end or a
 // quote is never closed.
 size_t QuotedTagEnd(Text text) {
@@ -161,6 +232,7 @@ class Writer {
     void AddBlankBetween() { mIsBlankDue = true; }
     void Break() {
         mIsBlankDue = false;
+        mIsLineDue = false;
         mText += L'\n';
         mReading += L'\n';
     }
@@ -169,6 +241,13 @@ class Writer {
             Break();
         }
         mIsBlankDue = false;
+    }
+    // A line of its own, as it stands.
+    void AddLine(const wxString& line) {
+        Block();
+        mText += line.ToStdWstring();
+        mReading += line.ToStdWstring();
+        mIsLineDue = true;
     }
     void BeginBase() {
         AddBlank();
@@ -196,6 +275,9 @@ class Writer {
 
   private:
     void AddBlank() {
+        if (mIsLineDue) {
+            Break();
+        }
         const bool isWithin = !mText.empty() && mText.back() != L'\n' && mText.back() != L' ';
         if (std::exchange(mIsBlankDue, false) && isWithin && !mIsReading) {
             Append(L' ');
@@ -223,6 +305,8 @@ class Writer {
     std::wstring mReading;
     size_t mBase = 0;
     bool mIsBlankDue = false;
+    // Whether what follows begins a line.
+    bool mIsLineDue = false;
     bool mIsReading = false;
     bool mHasReading = false;
 };
@@ -241,8 +325,8 @@ class Reader {
     };
 
   public:
-    Reader(Text html, bool lineFeedsBreak, HtmlLosses& losses)
-        : mHtml(html), mLineFeedsBreak(lineFeedsBreak), mLosses(losses) {}
+    Reader(Text html, bool lineFeedsBreak, HtmlLosses& losses, MediaSource* media)
+        : mHtml(html), mLineFeedsBreak(lineFeedsBreak), mLosses(losses), mpMedia(media) {}
 
     HtmlText Read() {
         while (mAt < mHtml.size()) {
@@ -297,7 +381,8 @@ class Reader {
                 return false;
             }
             if (mark.IsSound) {
-                ++mLosses.Sounds;
+                const std::wstring name(mHtml.substr(begin, end - begin));
+                mLosses.Sounds += AddFile(MediaKind::kSound, name) ? 0 : 1;
             } else {
                 ++mLosses.Formulas;
                 ReadFormula(begin, end);
@@ -349,14 +434,29 @@ class Reader {
             name += LowerWide(rest[at]);
         }
         mAt += length;
-        Obey(name, isEnd);
+        Obey(name, isEnd, rest.substr(0, length));
         return true;
     }
 
-    void Obey(const std::wstring& name, bool isEnd) {
+    // Adds the line of a file, unless there is none. The name may be written as an address.
+    bool AddFile(MediaKind kind, const std::wstring& source) {
+        if (mpMedia == nullptr || source.empty() || mWriter.IsReading()) {
+            return false;
+        }
+        wxString name = mpMedia->NameOf(kind, source);
+        if (name.empty()) {
+            name = mpMedia->NameOf(kind, DecodeAddress(source));
+        }
+        if (!name.empty()) {
+            mWriter.AddLine(MakeMediaLine(kind, name));
+        }
+        return !name.empty();
+    }
+
+    void Obey(const std::wstring& name, bool isEnd, Text tag) {
         const auto* const row =
             std::find_if(std::begin(kTags), std::end(kTags),
-                         [&name](const TagRow& tag) { return tag.Name == name; });
+                         [&name](const TagRow& known) { return known.Name == name; });
         switch (row == std::end(kTags) ? TagKind::kNone : row->Kind) {
             case TagKind::kNone:
                 break;
@@ -377,13 +477,23 @@ class Reader {
                 mWriter.AddBlankBetween();
                 break;
             case TagKind::kPicture:
-                mLosses.Pictures += isEnd ? 0 : 1;
+                if (!isEnd && !(name == L"img" && AddFile(MediaKind::kPicture, SourceOf(tag)))) {
+                    ++mLosses.Pictures;
+                }
                 if (!isEnd && name != L"img") {
                     SkipTo(name);
                 }
                 break;
             case TagKind::kSound:
-                mLosses.Sounds += isEnd ? 0 : 1;
+                if (!isEnd && !AddFile(MediaKind::kSound, SourceOf(tag))) {
+                    ++mLosses.Sounds;
+                }
+                break;
+            case TagKind::kSource:
+                // The sound around it was counted as lost for want of an address.
+                if (!isEnd && AddFile(MediaKind::kSound, SourceOf(tag)) && mLosses.Sounds > 0) {
+                    --mLosses.Sounds;
+                }
                 break;
             case TagKind::kSkipped:
             case TagKind::kAside:
@@ -441,6 +551,7 @@ class Reader {
     Text mHtml;
     bool mLineFeedsBreak;
     HtmlLosses& mLosses;
+    MediaSource* mpMedia;
     Writer mWriter;
     size_t mAt = 0;
     Missing mMissing;
@@ -448,7 +559,8 @@ class Reader {
 
 }  // namespace
 
-HtmlText ReadHtml(const wxString& html, bool lineFeedsBreak, HtmlLosses& losses) {
+HtmlText ReadHtml(const wxString& html, bool lineFeedsBreak, HtmlLosses& losses,
+                  MediaSource* media) {
     const Text text(html.wc_str(), html.length());
     // Most fields are words with blanks between them.
     if (text.find_first_of(L"<&[\\\n\t\v\f\r\u00A0") == Text::npos &&
@@ -457,7 +569,7 @@ HtmlText ReadHtml(const wxString& html, bool lineFeedsBreak, HtmlLosses& losses)
         plain.Text = TrimWide(html);
         return plain;
     }
-    return Reader(text, lineFeedsBreak, losses).Read();
+    return Reader(text, lineFeedsBreak, losses, media).Read();
 }
 
 bool IsEmptyHtml(const wxString& html) {

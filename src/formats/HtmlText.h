@@ -4,6 +4,8 @@
 
 #include <string>
 
+class MediaSource;
+
 // Counts what a field loses when it becomes plain text.
 struct HtmlLosses {
     int Pictures = 0;
@@ -23,8 +25,10 @@ struct HtmlText {
 // dash, cells of a table blanks, entities their characters. White space of the source becomes one
 // blank, unless line feeds are breaks too, as in fields of Mnemosyne. Pictures and sounds are
 // counted and dropped; formulas keep their source without the markers. Lines have no blanks at
-// either end, and the text no empty lines at either end. Takes any text, in linear time.
-HtmlText ReadHtml(const wxString& html, bool lineFeedsBreak, HtmlLosses& losses);
+// either end, and the text no empty lines at either end. Takes any text, in linear time. With a
+// source of files, pictures and sounds that it has become lines at their places and are no loss.
+HtmlText ReadHtml(const wxString& html, bool lineFeedsBreak, HtmlLosses& losses,
+                  MediaSource* media = nullptr);
 
 // Returns true when nothing can be seen in the field: only white space and markup without text.
 bool IsEmptyHtml(const wxString& html);

@@ -43,6 +43,10 @@ class DeckPanel : public wxPanel {
     // Returns the attributes of the first card with the present choices.
     const std::vector<CardAttribute>& GetFirstRecord() const { return mSurvey.FirstRecord; }
     // Makes readers with the present choices. They may outlive the panel.
+    // The pictures and sounds that come along; null for none.
+    std::shared_ptr<MediaSource> GetMedia() const {
+        return mFile == nullptr ? nullptr : mFile->GetMedia();
+    }
     DeckReaderMaker GetReaderMaker() const;
 
   private:

@@ -260,6 +260,7 @@ ImportInput ImportDialog::GetInput() const {
     if (mpFormatRows->GetFormat() == kDeckFormat) {
         input.Format = ImportFormat::kDeck;
         input.MakeDeckReader = mpDeck->GetReaderMaker();
+        input.Media = mpDeck->GetMedia();
     }
     return input;
 }

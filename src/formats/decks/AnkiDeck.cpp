@@ -13,6 +13,7 @@
 #include "base/Text.h"
 #include "base/Time.h"
 #include "formats/HtmlText.h"
+#include "formats/MediaSource.h"
 #include "formats/decks/AnkiPlan.h"
 #include "formats/decks/AnkiTemplate.h"
 
@@ -47,7 +48,9 @@ void AddLine(wxString& text, const wxString& line) {
     }
 }
 
+// A second text is one line, in which a picture or a sound has no place.
 wxString OneLine(wxString text) {
+    text = WithoutMediaLines(text);
     if (text.find(L'\n') != wxString::npos) {
         text.Replace(L"\n", L" ");
     }
@@ -57,7 +60,8 @@ wxString OneLine(wxString text) {
 // The fields of a note as text, each converted once.
 class NoteTexts {
   public:
-    NoteTexts(const TypePlan& plan, const wxString& fields, HtmlLosses& losses) {
+    NoteTexts(const TypePlan& plan, const wxString& fields, MediaSource* media, HtmlLosses& losses)
+        : mpMedia(media) {
         mEmpty.set();
         const std::wstring_view whole(fields.wc_str(), fields.length());
         for (size_t at = 0; at <= whole.size() && !mHasTooMany;) {
@@ -94,7 +98,7 @@ class NoteTexts {
     void Add(const TypePlan& plan, const wxString& source, HtmlLosses& losses) {
         const size_t field = mSources.size();
         HtmlLosses counted;
-        HtmlText text = ReadHtml(source, false, counted);
+        HtmlText text = ReadHtml(source, false, counted, mpMedia);
         mEmpty[field] = text.Text.empty() && counted.Pictures == 0 && counted.Sounds == 0;
         losses.Pictures += counted.Pictures;
         losses.Sounds += counted.Sounds;
@@ -108,6 +112,7 @@ class NoteTexts {
         mTexts.push_back(std::move(text));
     }
 
+    MediaSource* mpMedia;
     std::vector<wxString> mSources;
     std::vector<HtmlText> mTexts;
     // The fields in which there is nothing to be seen.
@@ -255,7 +260,7 @@ void AnkiDeck::TakeNote(const AnkiNote& row, const AnkiNoteType& type,
     mNote = OpenNote();
     mNote.Type = &type;
     mNote.Plan = &plan;
-    mNote.Texts = std::make_unique<NoteTexts>(plan, row.Fields, losses);
+    mNote.Texts = std::make_unique<NoteTexts>(plan, row.Fields, mOptions.Media.get(), losses);
     mNote.LongId = row.Guid + ' ' + std::to_string(row.Id);
     mNote.Id = row.IsGuidTaken ? mNote.LongId : row.Guid;
     mNote.Tags = TrimWide(row.Tags);
@@ -427,10 +432,16 @@ wxString AnkiDeck::MakeNotes(const FieldBits& used) const {
     wxString notes;
     for (size_t i = 0; i < note.Count(); ++i) {
         if (!used[i] && !note.Text(i).empty()) {
-            const wxString name = i < names.size() ? names[i] + L": " : wxString();
-            const wxString& reading = note.Reading(i);
-            AddLine(notes,
-                    name + note.Text(i) + (reading.empty() ? wxString() : L" (" + reading + L")"));
+            const wxString name = i < names.size() ? names[i] + L":" : wxString();
+            const wxString reading = OneLine(note.Reading(i));
+            // A line of a picture or a sound has nothing before and after it.
+            const bool hasFile = !FindMediaLines(note.Text(i)).empty();
+            AddLine(notes, name +
+                               (name.empty() ? L""
+                                : hasFile    ? L"\n"
+                                             : L" ") +
+                               note.Text(i) +
+                               (reading.empty() || hasFile ? wxString() : L" (" + reading + L")"));
         }
     }
     if (!mNote.Tags.empty()) {
@@ -446,12 +457,14 @@ void AnkiDeck::MakeClozeCard(const AnkiCard& row) {
     HtmlLosses counted;
     DeckCard card;
     SetId("c" + std::to_string(number), card);
-    card.Card.Front = ReadHtml(cloze.Question, false, counted).Text;
+    MediaSource* const media = mOptions.Media.get();
+    card.Card.Front = ReadHtml(cloze.Question, false, counted, media).Text;
     for (const wxString& hidden : cloze.Hidden) {
-        const wxString text = ReadHtml(hidden, false, counted).Text;
-        card.Card.Back += (card.Card.Back.empty() ? "" : ", ") + text;
+        const wxString text = ReadHtml(hidden, false, counted, media).Text;
+        const bool hasFile = !FindMediaLines(card.Card.Back + L"\n" + text).empty();
+        card.Card.Back += (card.Card.Back.empty() ? "" : hasFile ? "\n" : ", ") + text;
     }
-    card.Card.Notes = ReadHtml(cloze.Whole, false, counted).Text;
+    card.Card.Notes = ReadHtml(cloze.Whole, false, counted, media).Text;
     FieldBits used;
     used.set(field);
     AddLine(card.Card.Notes, MakeNotes(used));

@@ -18,6 +18,7 @@
 #include "store/FlashCard.h"
 
 class Database;
+class MediaSource;
 
 // Decks of other programs as records for the import. A deck is opened from its file, gives its
 // cards one by one, and counts what is lost.
@@ -72,6 +73,8 @@ struct DeckOptions {
     bool MayBeLarge = false;
     // The size of the deck's file.
     int64_t FileSize = 0;
+    // Where the pictures and sounds are; null leaves them out. DeckFile sets it.
+    std::shared_ptr<MediaSource> Media;
     // Ends the opening early, with any message, once it is true. Not owned; may be null.
     const std::atomic<bool>* IsCancelled = nullptr;
 };
@@ -156,6 +159,9 @@ class DeckFile {
 
     // Returns a deck that begins with its first card, or null and the reason.
     std::unique_ptr<Deck> OpenDeck(const DeckOptions& wanted, wxString& message) const;
+    // The pictures and sounds of the deck. Those that its cards name are known once a deck was read
+    // to its end.
+    const std::shared_ptr<MediaSource>& GetMedia() const { return mpMedia; }
 
   private:
     enum class Kind { kAnki, kMnemosyneXml, kMnemosyneStore };
@@ -166,6 +172,7 @@ class DeckFile {
     wxString DataPath() const;
 
     int64_t mSize = 0;
+    std::shared_ptr<MediaSource> mpMedia;
     TemporaryDirectory mDirectory;
     // The name for a deck that does not name itself.
     wxString mName;

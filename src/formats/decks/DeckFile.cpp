@@ -7,7 +7,6 @@
 #include <wx/log.h>
 #include <wx/wfstream.h>
 #include <wx/zipstrm.h>
-#include <zstd.h>
 
 #include <algorithm>
 #include <array>
@@ -27,6 +26,7 @@
 #include "formats/CardRecord.h"
 #include "formats/decks/Deck.h"
 #include "formats/decks/DeckFormats.h"
+#include "formats/decks/DeckMedia.h"
 
 namespace {
 
@@ -78,43 +78,9 @@ class BoundedFile {
     int64_t mWritten = 0;
 };
 
-// Decompresses a stream piece by piece.
-class Decompressor {
-  public:
-    Decompressor() : mpStream(ZSTD_createDStream()), mOut(ZSTD_DStreamOutSize()) {}
-    ~Decompressor() { ZSTD_freeDStream(mpStream); }
-    Decompressor(const Decompressor&) = delete;
-    Decompressor& operator=(const Decompressor&) = delete;
-
-    bool Write(const char* bytes, size_t count, BoundedFile& file, wxString& message) {
-        ZSTD_inBuffer in{bytes, count, 0};
-        for (;;) {
-            ZSTD_outBuffer out{mOut.data(), mOut.size(), 0};
-            mLast = ZSTD_decompressStream(mpStream, &out, &in);
-            if (ZSTD_isError(mLast) != 0) {
-                message = DamagedMessage(ZSTD_getErrorName(mLast));
-                return false;
-            }
-            if (!file.Write(mOut.data(), out.pos, message)) {
-                return false;
-            }
-            // A full buffer may hide that there is more.
-            if (in.pos == in.size && out.pos < out.size) {
-                return true;
-            }
-        }
-    }
-    bool IsComplete() const { return mLast == 0; }
-
-  private:
-    ZSTD_DStream* mpStream;
-    std::vector<char> mOut;
-    size_t mLast = 1;
-};
-
 // What may stand in a package of one of the programs. All other members are passed over.
-constexpr const char* kMembers[] = {"cards.xml", "collection.anki2", "collection.anki21",
-                                    "collection.anki21b", "meta"};
+constexpr const char* kMembers[] = {
+    "cards.xml", "collection.anki2", "collection.anki21", "collection.anki21b", "meta", "media"};
 
 // The members of a package, by name. Names are only compared, never used as paths.
 class Package {
@@ -127,6 +93,9 @@ class Package {
             }
             mIsEmpty = false;
             const wxString name = entry->GetInternalName();
+            if (!entry->IsDir() && mSizes.size() < kMostMembers) {
+                mSizes[name] = entry->GetSize();
+            }
             if (std::find(std::begin(kMembers), std::end(kMembers), name) != std::end(kMembers)) {
                 mMembers.emplace(name, std::move(entry));
             }
@@ -135,8 +104,12 @@ class Package {
 
     bool IsEmpty() const { return mIsEmpty; }
     // Whether a collection or a list of cards is in it.
-    bool HasDeck() const { return mMembers.size() > mMembers.count("meta"); }
+    bool HasDeck() const {
+        return mMembers.size() > mMembers.count("meta") + mMembers.count("media");
+    }
     bool Has(const wxString& name) const { return mMembers.count(name) != 0; }
+    // The sizes of all members, as the package tells them.
+    const std::map<wxString, int64_t>& GetSizes() const { return mSizes; }
 
     // Gives the bytes of a member to a function, which returns false to stop with a message.
     template <class Function>
@@ -169,20 +142,22 @@ class Package {
     }
 
     // Returns a small member as a whole; empty when it is missing or large.
-    std::string ReadSmall(const wxString& name) {
-        constexpr size_t kMost = 4096;
+    std::string ReadSmall(const wxString& name, size_t most = 4096) {
         std::string bytes;
         wxString message;
         const bool isRead = Has(name) && Read(name, message, [&](const char* part, size_t count) {
                                 bytes.append(part, count);
-                                return bytes.size() <= kMost;
+                                return bytes.size() <= most;
                             });
         return isRead ? bytes : std::string();
     }
 
   private:
+    static constexpr size_t kMostMembers = 1000000;
+
     wxFileInputStream mFile;
     wxZipInputStream mZip;
+    std::map<wxString, int64_t> mSizes;
     bool mIsEmpty = true;
     std::map<wxString, std::unique_ptr<wxZipEntry>> mMembers;
 };
@@ -201,6 +176,33 @@ wxString CollectionName(Package& package, wxString& message) {
         return wxString();
     }
     return kNames[version - 1];
+}
+
+// Returns the pictures and sounds of a package. Names of members are only compared.
+std::shared_ptr<MediaSource> OpenPackageMedia(Package& package, const wxString& path,
+                                              const wxString& collection) {
+    constexpr size_t kMostList = size_t{8} << 20;
+    if (collection == "cards.xml") {
+        std::map<wxString, PackageMedia::Member> members;
+        for (const auto& [name, size] : package.GetSizes()) {
+            members[name] = {name, size};
+        }
+        return std::make_shared<PackageMedia>(path, std::move(members), false);
+    }
+    const bool isCompressed = collection == "collection.anki21b";
+    std::string list = package.ReadSmall("media", kMostList);
+    if (isCompressed) {
+        std::string entries;
+        Decompressor().Write(list.data(), list.size(), [&](const char* bytes, size_t count) {
+            entries.append(bytes, count);
+            return entries.size() <= kMostList;
+        });
+        list = std::move(entries);
+    }
+    return std::make_shared<PackageMedia>(path,
+                                          isCompressed ? ReadMediaEntries(list, package.GetSizes())
+                                                       : ReadMediaNames(list, package.GetSizes()),
+                                          isCompressed);
 }
 
 // The number of the process follows in the name of a temporary directory.
@@ -354,6 +356,7 @@ bool DeckFile::Unpack(const wxString& path, const DeckFileOptions& options, wxSt
         message = DamagedMessage(name);
         return false;
     }
+    mpMedia = OpenPackageMedia(package, path, name);
     BoundedFile file(DataPath(), options);
     const bool isCompressed = name == "collection.anki21b";
     Decompressor decompressor;
@@ -361,8 +364,14 @@ bool DeckFile::Unpack(const wxString& path, const DeckFileOptions& options, wxSt
         if (options.Position != nullptr) {
             *options.Position = package.GetPosition();
         }
-        return isCompressed ? decompressor.Write(bytes, count, file, message)
-                            : file.Write(bytes, count, message);
+        const auto write = [&](const char* part, size_t length) {
+            return file.Write(part, length, message);
+        };
+        const char* const error = isCompressed ? decompressor.Write(bytes, count, write) : nullptr;
+        if (error != nullptr) {
+            message = DamagedMessage(error);
+        }
+        return error == nullptr && message.empty() && (isCompressed || write(bytes, count));
     });
     if (isRead && isCompressed && !decompressor.IsComplete()) {
         message = DamagedMessage(name);
@@ -402,12 +411,20 @@ bool DeckFile::Copy(const wxString& path, const DeckFileOptions& options, wxStri
     }
     mSize = static_cast<int64_t>(size.GetValue());
     mKind = database.HasTable("facts") ? Kind::kMnemosyneStore : Kind::kAnki;
+    // Both programs keep their files in a folder beside the database.
+    fs::path folder = ToPath(path);
+    mpMedia = std::make_shared<DirectoryMedia>(
+        mKind == Kind::kMnemosyneStore ? folder += "_media" : folder.replace_extension("media"));
     return true;
 }
 
 std::unique_ptr<Deck> DeckFile::OpenDeck(const DeckOptions& wanted, wxString& message) const {
     DeckOptions options = wanted;
     options.FileSize = mSize;
+    options.Media = mpMedia;
+    if (options.MayBeLarge && mpMedia != nullptr) {
+        mpMedia->AllowMany();
+    }
     switch (mKind) {
         case Kind::kMnemosyneXml:
             return OpenMnemosyneXml(DataPath(), mName, options, message);

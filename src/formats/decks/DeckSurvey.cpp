@@ -1,10 +1,13 @@
 #include "formats/decks/DeckSurvey.h"
 
+#include <wx/filename.h>
 #include <wx/intl.h>
 
 #include <algorithm>
 #include <new>
 #include <utility>
+
+#include "formats/MediaSource.h"
 
 namespace {
 
@@ -15,6 +18,10 @@ unsigned PluralNumber(int64_t count) {
 
 wxString Counted(const wxString& format, int64_t count) {
     return wxString::Format(format, static_cast<long long>(count));
+}
+
+wxString SizeText(int64_t bytes) {
+    return wxFileName::GetHumanReadableSize(static_cast<unsigned long long>(bytes), wxString(), 0);
 }
 
 // Explains a loss and its number to the user; empty for none.
@@ -33,8 +40,8 @@ wxString DescribeLoss(DeckLoss loss, int64_t count) {
                 return wxPLURAL("%lld formula becomes its source text.",
                                 "%lld formulas become their source texts.", number);
             case DeckLoss::kEmptySides:
-                return wxPLURAL("%lld card is left out, since a side has no text.",
-                                "%lld cards are left out, since a side has no text.", number);
+                return wxPLURAL("%lld card is left out, since a side is empty.",
+                                "%lld cards are left out, since a side is empty.", number);
             case DeckLoss::kOcclusions:
                 return wxPLURAL("%lld card that hides parts of a picture is left out.",
                                 "%lld cards that hide parts of a picture are left out.", number);
@@ -82,6 +89,19 @@ wxString DescribeLoss(DeckLoss loss, int64_t count) {
     return Counted(format(), count);
 }
 
+void SurveyMedia(const DeckFile& file, DeckSurvey& survey) {
+    const MediaSource* const media = file.GetMedia().get();
+    if (media == nullptr) {
+        return;
+    }
+    survey.Files = media->CountFiles();
+    survey.FileBytes = media->CountBytes();
+    if (survey.Failure.empty()) {
+        survey.Failure = media->FindPassedBound();
+        survey.IsTooLarge = !survey.Failure.empty();
+    }
+}
+
 void ReadDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options, Database& database,
               SurveyProgress& progress, DeckSurvey& survey) {
     const std::unique_ptr<DeckReader> reader =
@@ -102,6 +122,7 @@ void ReadDeck(const std::shared_ptr<DeckFile>& file, DeckOptions options, Databa
         survey.Losses = reader->GetDeck().GetLosses();
         survey.Failure = reader->GetFailure();
         survey.IsTooLarge = reader->GetDeck().IsTooLarge();
+        SurveyMedia(*file, survey);
     }
 }
 
@@ -129,6 +150,12 @@ std::vector<wxString> DescribeSurvey(const DeckSurvey& survey) {
         Counted(wxPLURAL("%lld note", "%lld notes", PluralNumber(survey.Notes)), survey.Notes));
     lines.push_back(
         Counted(wxPLURAL("%lld card", "%lld cards", PluralNumber(survey.Cards)), survey.Cards));
+    if (survey.Files > 0) {
+        lines.push_back(wxString::Format(
+            wxPLURAL("%lld picture or sound comes along (%s).",
+                     "%lld pictures and sounds come along (%s).", PluralNumber(survey.Files)),
+            static_cast<long long>(survey.Files), SizeText(survey.FileBytes)));
+    }
     for (size_t i = 0; i < survey.Losses.size(); ++i) {
         const wxString loss = DescribeLoss(static_cast<DeckLoss>(i), survey.Losses[i]);
         if (!loss.empty()) {

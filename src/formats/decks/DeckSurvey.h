@@ -16,6 +16,9 @@ class Database;
 struct DeckSurvey {
     int64_t Notes = 0;
     int64_t Cards = 0;
+    // The pictures and sounds that come along.
+    int64_t Files = 0;
+    int64_t FileBytes = 0;
     DeckLosses Losses{};
     std::vector<DeckNoteType> Types;
     // The first card as the import would take it; empty for a deck without cards.

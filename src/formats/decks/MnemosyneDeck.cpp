@@ -88,7 +88,7 @@ class MnemosyneDeck : public Deck {
   private:
     bool ReadNote() override;
     void ReadFact(const std::string& id);
-    wxString Value(const Fact& fact, const char* key);
+    wxString Value(const Fact& fact, const char* key, bool withMedia = true);
     void MakeTwoSided(const std::string& id, const Fact& fact,
                       const std::vector<Direction>& directions);
     void OpenGaps(const std::string& id, const Fact& fact,
@@ -116,13 +116,15 @@ bool MnemosyneDeck::ReadNote() {
     return true;
 }
 
-wxString MnemosyneDeck::Value(const Fact& fact, const char* key) {
+wxString MnemosyneDeck::Value(const Fact& fact, const char* key, bool withMedia) {
     const auto found = fact.find(key);
     if (found == fact.end()) {
         return wxString();
     }
     HtmlLosses losses;
-    const wxString text = ReadHtml(FromUtf8(found->second), true, losses).Text;
+    const wxString text =
+        ReadHtml(FromUtf8(found->second), true, losses, withMedia ? mOptions.Media.get() : nullptr)
+            .Text;
     Count(DeckLoss::kPictures, losses.Pictures);
     Count(DeckLoss::kSounds, losses.Sounds);
     Count(DeckLoss::kFormulas, losses.Formulas);
@@ -158,7 +160,7 @@ void MnemosyneDeck::MakeTwoSided(const std::string& id, const Fact& fact,
     const bool hasMeaning = fact.count("m_1") != 0;
     card.Card.Front = Value(fact, isFromAnki ? "0" : "f");
     card.Card.Back = Value(fact, isFromAnki ? "1" : hasMeaning ? "m_1" : "b");
-    card.Front2 = Value(fact, "p_1");
+    card.Front2 = Value(fact, "p_1", false);
     card.Front2.Replace("\n", " ");
     card.Card.Notes = Value(fact, "n");
     card.Card.ForwardX = true;
@@ -178,7 +180,8 @@ void MnemosyneDeck::OpenGaps(const std::string& id, const Fact& fact,
                              const std::vector<Direction>& directions) {
     mText = OpenText();
     mText.Id = id;
-    mText.Text = Value(fact, "text");
+    // The brackets are the gaps here, so the line of a file would be one.
+    mText.Text = Value(fact, "text", false);
     mText.Directions = &directions;
     size_t at = 0;
     while ((at = mText.Text.find('[', at)) != wxString::npos) {

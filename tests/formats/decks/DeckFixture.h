@@ -46,6 +46,7 @@ struct DeckFixture : ImportFixture {
                                                wxString& why) {
             return MakeDeckReader(file, options, database, why);
         };
+        input.Media = file->GetMedia();
         Run(input);
         return Outcome();
     }
