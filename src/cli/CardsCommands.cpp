@@ -500,6 +500,10 @@ int RunExport(const CardsOptions& options) {
     if (ExportToFile(path, wxFONTENCODING_UTF8, database, rowIds, options.Export, progress) < 0) {
         return Refuse(progress.Message);
     }
+    const wxString hint = MediaExportHint(database, options.Export);
+    if (!hint.empty()) {
+        PrintError(hint);
+    }
     return kCardsDone;
 }
 

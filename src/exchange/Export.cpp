@@ -27,6 +27,7 @@
 #include "formats/Delimited.h"
 #include "formats/TextSink.h"
 #include "formats/VlmText.h"
+#include "media/MediaFolder.h"
 #include "store/CardRow.h"
 #include "store/CardUuid.h"
 #include "store/Database.h"
@@ -317,7 +318,7 @@ int WriteVlmCards(TextSink& sink, Database& database, const std::vector<int64_t>
 
 int WriteAnkiCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,
                    ExportProgress& progress, const CategoryNames& categories) {
-    AnkiTextWriter writer(sink);
+    AnkiTextWriter writer(sink, !FindUsedMedia(database).empty());
     const auto write = [&](const CardRow& card) {
         const int result =
             WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true, false);
@@ -379,6 +380,21 @@ int Fail(ExportProgress& progress, const wxString& message) {
 wxFontEncoding ExportEncoding(int choice) {
     const bool isKnown = choice >= 0 && choice < static_cast<int>(std::size(kEncodings));
     return isKnown ? kEncodings[choice] : wxFONTENCODING_UTF16LE;
+}
+
+wxString MediaExportHint(Database& database, const ExportOptions& options) {
+    if (FindUsedMedia(database).empty()) {
+        return wxString();
+    }
+    const wxString folder = FromPath(MediaFolder(database.GetPath()).GetPath());
+    return options.Format == ExportFormat::kAnkiText
+               ? wxString::Format(_("The pictures and sounds are tags in the text.  Copy the files "
+                                    "in \"%s\" into the folder \"collection.media\" of Anki."),
+                                  folder)
+               : wxString::Format(
+                     _("The pictures and sounds are files in \"%s\".  Copy them beside "
+                       "the text where it is to be imported."),
+                     folder);
 }
 
 int WriteCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,

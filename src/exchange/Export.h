@@ -67,6 +67,10 @@ void WriteCardHeader(DelimitedWriter& writer, bool splitSecondTexts, bool includ
 // Writes the few attributes that the previous generation of the program knows.
 int WriteVersion1Record(CardRecordWriter& writer, const CardRow& card, bool includeScheduling);
 
+// Says where the pictures and sounds of the cards are, and where they belong once the text is
+// imported elsewhere; empty where the store's cards have none.
+wxString MediaExportHint(Database& database, const ExportOptions& options);
+
 // Writes the cards in the order of the row ids. A card that is gone is skipped and counted as
 // missing. Returns 0, or -1 on a failed read or write. Holds a few cards at a time.
 int WriteCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,

@@ -5,6 +5,7 @@
 
 #include "exchange/ImportPass.h"
 
+#include <wx/filename.h>
 #include <wx/intl.h>
 #include <wx/log.h>
 
@@ -17,6 +18,8 @@
 #include <string>
 #include <unordered_set>
 
+#include "base/Files.h"
+#include "base/Text.h"
 #include "exchange/ImportRecord.h"
 #include "exchange/ImportSource.h"
 #include "formats/MediaSource.h"
@@ -48,6 +51,7 @@ class Pass {
     bool ReadRecords();
     bool Finish();
     bool TakeRecord();
+    void TakeMedia(FlashCard& card) const;
     bool FindPair(ImportRecord& record, std::list<FlashCard>& cards);
     bool TakeKnownPair(ImportRecord& record, bool& isDone);
     bool CheckFieldLines(int32_t line);
@@ -185,6 +189,7 @@ bool Pass::TakeRecord() {
         return false;
     }
     mResult.LineNumber = line;
+    TakeMedia(record.Card);
     if (!CheckFieldLines(line)) {
         return false;
     }
@@ -207,6 +212,21 @@ bool Pass::TakeRecord() {
         return Write(record);
     }
     return mInput.Pairs != KnownPairs::kStop || CheckPairIsNew(record);
+}
+
+// Lines of a text may name files that lie beside it. Those of a deck were named while it was read.
+void Pass::TakeMedia(FlashCard& card) const {
+    if (mInput.Media == nullptr || mInput.Format == ImportFormat::kDeck) {
+        return;
+    }
+    for (wxString* const text : {&card.Front, &card.Back, &card.Notes}) {
+        if (MayHaveMediaLine(std::wstring_view(text->wc_str(), text->length()))) {
+            *text = ReplaceMediaLines(*text, [this](const MediaLine& line) {
+                const wxString name = mInput.Media->NameOf(line.Kind, line.Name);
+                return MakeMediaLine(line.Kind, name.empty() ? line.Name : name);
+            });
+        }
+    }
 }
 
 // A quote that a person has left open swallows the lines up to the next one. Whoever can be asked
@@ -410,8 +430,15 @@ bool BringMedia(const ImportInput& input, Database& database, ImportResult& resu
 
 }  // namespace
 
-int ImportCards(const ImportInput& input, Database& database, ImportResult& result,
+int ImportCards(const ImportInput& wanted, Database& database, ImportResult& result,
                 bool askCategories, std::set<int32_t>* touchedCategories) {
+    ImportInput input = wanted;
+    const bool isText =
+        input.Format == ImportFormat::kVlmText || input.Format == ImportFormat::kDelimited;
+    if (input.Media == nullptr && isText && !input.FileName.empty()) {
+        input.Media = std::make_shared<DirectoryMedia>(ToPath(wxPathOnly(FullPath(input.FileName))),
+                                                       MediaSource::Missing::kKept);
+    }
     ImportPassOptions options;
     options.AskCategories = askCategories;
     if (input.Format != ImportFormat::kVersion1Store) {

@@ -88,10 +88,12 @@ bool ImportSource::Open(const ImportInput& input, Database& database, ImportResu
         return false;
     }
     if (input.Format == ImportFormat::kDelimited && input.Layout != nullptr) {
-        mReader =
-            MakeTableReader(*mText, *input.Layout, [&database](const CardUuid& id, wxString& name) {
+        mReader = MakeTableReader(
+            *mText, *input.Layout,
+            [&database](const CardUuid& id, wxString& name) {
                 return FindCategoryOfCard(database, id, name);
-            });
+            },
+            input.Media.get());
         return true;
     }
     if (input.Format == ImportFormat::kDelimited) {

@@ -381,7 +381,7 @@ class Reader {
                 return false;
             }
             if (mark.IsSound) {
-                const std::wstring name(mHtml.substr(begin, end - begin));
+                const std::wstring name(TrimView(mHtml.substr(begin, end - begin)));
                 mLosses.Sounds += AddFile(MediaKind::kSound, name) ? 0 : 1;
             } else {
                 ++mLosses.Formulas;

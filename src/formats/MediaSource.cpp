@@ -40,6 +40,8 @@ wxString MediaSource::NameOf(MediaKind kind, const wxString& source) {
         file.Name = safe;
         mWanted.insert(source);
         mBytes += size;
+    } else if (mMissing == Missing::kKept && isShown && size < 0 && IsSafeMediaName(source)) {
+        file.Name = source;
     }
     return file.Name;
 }

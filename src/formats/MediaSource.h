@@ -19,6 +19,11 @@
 // hold. Each call on one thread at a time.
 class MediaSource {
   public:
+    // What the line of a file that is not there becomes: none, or the same line, since the store
+    // may have the file.
+    enum class Missing { kDropped, kKept };
+
+    explicit MediaSource(Missing missing) : mMissing(missing) {}
     virtual ~MediaSource() = default;
 
     // Returns the name for the line of a file, and notes the file as wanted. Empty for one that is
@@ -81,6 +86,7 @@ class MediaSource {
         bool IsBrought = false;
     };
 
+    const Missing mMissing;
     std::map<wxString, File> mFiles;
     std::set<wxString> mWanted;
     int64_t mBytes = 0;
@@ -90,7 +96,8 @@ class MediaSource {
 // Files below a directory. Links are not followed, and nothing above it is read.
 class DirectoryMedia : public MediaSource {
   public:
-    explicit DirectoryMedia(std::filesystem::path directory) : mDirectory(std::move(directory)) {}
+    DirectoryMedia(std::filesystem::path directory, Missing missing)
+        : MediaSource(missing), mDirectory(std::move(directory)) {}
 
   protected:
     int64_t Find(const wxString& source) override;

@@ -8,6 +8,7 @@
 #include "base/Unicode.h"
 #include "formats/Delimited.h"
 #include "formats/HtmlText.h"
+#include "formats/MediaSource.h"
 #include "formats/TextSource.h"
 
 bool TableLayout::HasUse(ColumnUse use) const {
@@ -16,7 +17,8 @@ bool TableLayout::HasUse(ColumnUse use) const {
 }
 
 bool TableLayout::IsComplete() const {
-    const bool hasSides = HasUse(ColumnUse::kFront) && HasUse(ColumnUse::kBack);
+    const bool hasSides = (HasUse(ColumnUse::kFront) || HasUse(ColumnUse::kFrontFile)) &&
+                          (HasUse(ColumnUse::kBack) || HasUse(ColumnUse::kBackFile));
     return hasSides || (HasUse(ColumnUse::kId) && Columns.size() > 1);
 }
 
@@ -110,7 +112,7 @@ namespace {
 class TableReader : public CardRecordReader {
   public:
     TableReader(std::unique_ptr<CardRecordReader> rows, TableLayout layout,
-                CategoryFinder findCategory);
+                CategoryFinder findCategory, MediaSource* media);
 
     int32_t GetLineNumber() const override { return mRows->GetLineNumber(); }
     int32_t GetError() const override { return mRows->GetError(); }
@@ -128,6 +130,8 @@ class TableReader : public CardRecordReader {
     void TakeIdentity();
     void TakeFields();
     bool TakeField(size_t column);
+    bool TakeFile(ColumnUse use, const wxString& value);
+    void AddFiles(ColumnUse side, const wxString& lines);
     bool IsStored(wxString& category) const;
     void Add(const char* name, const wxString& value);
     void AppendNote(const wxString& heading, const wxString& value);
@@ -135,6 +139,7 @@ class TableReader : public CardRecordReader {
     std::unique_ptr<CardRecordReader> mRows;
     TableLayout mLayout;
     CategoryFinder mFindCategory;
+    MediaSource* mpMedia;
     // The column with the identity, or the number of columns.
     size_t mIdColumn;
     bool mHasFront2;
@@ -142,6 +147,9 @@ class TableReader : public CardRecordReader {
     bool mHasCategory;
     AttributeList mAttributes;
     wxString mNotes;
+    // The lines of pictures and sounds of each side.
+    wxString mFrontFiles;
+    wxString mBackFiles;
     CardUuid mId;
     // True when the present row has any text, and when one of its sides has lost all of its text.
     bool mHasText = false;
@@ -154,10 +162,11 @@ bool IsIdentity(ColumnUse use) {
 }
 
 TableReader::TableReader(std::unique_ptr<CardRecordReader> rows, TableLayout layout,
-                         CategoryFinder findCategory)
+                         CategoryFinder findCategory, MediaSource* media)
     : mRows(std::move(rows)),
       mLayout(std::move(layout)),
       mFindCategory(std::move(findCategory)),
+      mpMedia(media),
       mIdColumn(static_cast<size_t>(
           std::find_if(mLayout.Columns.begin(), mLayout.Columns.end(),
                        [](const TableColumn& column) { return IsIdentity(column.Use); }) -
@@ -177,6 +186,8 @@ bool TableReader::ReadRecord() {
     while (mRows->ReadRecord()) {
         mAttributes.Clear();
         mNotes.clear();
+        mFrontFiles.clear();
+        mBackFiles.clear();
         mHasText = false;
         mIsSideLost = false;
         TakeIdentity();
@@ -226,6 +237,8 @@ void TableReader::TakeFields() {
         namesCategory =
             namesCategory || (isTaken && mLayout.Columns[i].Use == ColumnUse::kCategory);
     }
+    AddFiles(ColumnUse::kFront, mFrontFiles);
+    AddFiles(ColumnUse::kBack, mBackFiles);
     if (!mLayout.Tags.empty()) {
         AppendNote("Tags", mLayout.Tags);
     }
@@ -251,12 +264,15 @@ bool TableReader::TakeField(size_t column) {
     HtmlText text;
     if (mLayout.IsHtml) {
         HtmlLosses losses;
-        text = ReadHtml(field.Value, false, losses);
+        text = ReadHtml(field.Value, false, losses, mpMedia);
     }
     const wxString& value = mLayout.IsHtml ? text.Text : field.Value;
     const bool isSide = use == ColumnUse::kFront || use == ColumnUse::kBack;
     mIsSideLost = mIsSideLost || (isSide && value.empty() && !field.Value.empty());
     mHasText = mHasText || !value.empty();
+    if (use == ColumnUse::kFrontFile || use == ColumnUse::kBackFile) {
+        return TakeFile(use, value);
+    }
     if (value.empty() && !isSide) {
         return false;
     }
@@ -273,6 +289,36 @@ bool TableReader::TakeField(size_t column) {
     return true;
 }
 
+// Several names may stand in one cell, each in a line. One that is no file is text.
+bool TableReader::TakeFile(ColumnUse use, const wxString& value) {
+    wxString& lines = use == ColumnUse::kFrontFile ? mFrontFiles : mBackFiles;
+    for (const wxString& part : wxSplit(value, '\n', '\0')) {
+        const wxString source = TrimWide(part);
+        const MediaKind kind = HasSoundName(source) ? MediaKind::kSound : MediaKind::kPicture;
+        const wxString name = mpMedia == nullptr ? wxString() : mpMedia->NameOf(kind, source);
+        if (!source.empty()) {
+            lines +=
+                (lines.empty() ? "" : "\n") + (name.empty() ? source : MakeMediaLine(kind, name));
+        }
+    }
+    return false;
+}
+
+void TableReader::AddFiles(ColumnUse side, const wxString& lines) {
+    if (lines.empty()) {
+        return;
+    }
+    const char* const name = AttributeOfUse(side);
+    for (size_t i = 0; i < mAttributes.Count(); ++i) {
+        if (mAttributes[static_cast<uint32_t>(i)].Name == name) {
+            wxString& value = mAttributes[static_cast<uint32_t>(i)].Value;
+            value += (value.empty() ? "" : "\n") + lines;
+            return;
+        }
+    }
+    Add(name, lines);
+}
+
 bool TableReader::IsStored(wxString& category) const {
     return !mId.IsZero() && mFindCategory && mFindCategory(mId, category);
 }
@@ -287,7 +333,7 @@ void TableReader::AppendNote(const wxString& heading, const wxString& value) {
 }  // namespace
 
 std::unique_ptr<CardRecordReader> MakeTableReader(CharSource& source, const TableLayout& layout,
-                                                  CategoryFinder findCategory) {
+                                                  CategoryFinder findCategory, MediaSource* media) {
     return std::make_unique<TableReader>(MakeRowReader(source, layout), layout,
-                                         std::move(findCategory));
+                                         std::move(findCategory), media);
 }

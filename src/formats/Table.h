@@ -15,6 +15,7 @@
 #include "store/CardUuid.h"
 
 class CharSource;
+class MediaSource;
 
 // Tables as people have them: lists from mails, spreadsheets with headings of their own, the plain
 // text of Anki. A survey looks at the first rows and proposes a layout, which says what becomes of
@@ -53,6 +54,9 @@ enum class ColumnUse : size_t {
     kReverseReviewInterval,
     kReverseDifficulty,
     kReverseErc,
+    // The name of a picture or a sound, which becomes a line of that side.
+    kFrontFile,
+    kBackFile,
     kCount
 };
 
@@ -145,7 +149,8 @@ using CategoryFinder = std::function<bool(const CardUuid& id, wxString& category
 std::unique_ptr<CardRecordReader> MakeRowReader(CharSource& source, const TableLayout& layout,
                                                 bool isCut = false);
 
-// Reads the rows of a table as records of attributes. The source is not owned. A card that is found
-// keeps its category when the table says nothing about it.
+// Reads the rows of a table as records of attributes. The source and the files, which may be null,
+// are not owned. A card that is found keeps its category when the table says nothing about it.
 std::unique_ptr<CardRecordReader> MakeTableReader(CharSource& source, const TableLayout& layout,
-                                                  CategoryFinder findCategory);
+                                                  CategoryFinder findCategory,
+                                                  MediaSource* media = nullptr);

@@ -44,6 +44,8 @@ constexpr UseRow kUses[] = {
     {ColumnUse::kReverseReviewInterval, "RReviewInterval", nullptr},
     {ColumnUse::kReverseDifficulty, "RDifficulty", nullptr},
     {ColumnUse::kReverseErc, "RERC", nullptr},
+    {ColumnUse::kFrontFile, nullptr, wxTRANSLATE("Front, picture or sound")},
+    {ColumnUse::kBackFile, nullptr, wxTRANSLATE("Back, picture or sound")},
 };
 static_assert(sizeof(kUses) / sizeof(kUses[0]) == static_cast<size_t>(ColumnUse::kCount));
 
@@ -152,10 +154,17 @@ constexpr Words kWords[] = {
      L"|\u54C1\u8A5E|\u6807\u7B7E|\u8BCD\u6027|\uD0DC\uADF8|\uD488\uC0AC|"},
     {ColumnUse::kIgnore,
      L"|#|no|no.|nr|nr.|number|num|index|row|nummer|lfd. nr.|lfd.nr.|lfd nr|num\u00E9ro|n\u00B0"
-     L"|n\u00FAmero|numero|numer|\u2116|\u756A\u53F7|\u5E8F\u53F7|\u7F16\u53F7|\uBC88\uD638|picture"
-     L"|image|audio|sound|bild|ton|\u753B\u50CF|\u97F3\u58F0|notetype|note "
+     L"|n\u00FAmero|numero|numer|\u2116|\u756A\u53F7|\u5E8F\u53F7|\u7F16\u53F7|\uBC88\uD638"
+     L"|notetype|note "
      L"type|notiztyp|date|created"
      L"|datum|erstellt|"},
+    // How a word sounds belongs to it, and a picture of what it means to the other side.
+    {ColumnUse::kFrontFile,
+     L"|sound|audio|front picture|front sound|ton|klang|bild vorn|son|sonido|audio file"
+     L"|\u97F3\u58F0|\u97F3\u9891|\uC18C\uB9AC|"},
+    {ColumnUse::kBackFile,
+     L"|picture|image|photo|back picture|back sound|bild|foto|bild hinten|imagen|immagine"
+     L"|\u753B\u50CF|\u5199\u771F|\u56FE\u7247|\uADF8\uB9BC|"},
 };
 
 // One language a row, by the names that its speakers and others give it. The longer ones take

@@ -525,7 +525,9 @@ std::map<size_t, ColumnUse> SpecialColumns(const Head& head) {
 bool HasMarkup(const Rows& rows) {
     for (const Row& row : rows) {
         for (const wxString& cell : row) {
-            const wxString text = LowerWide(cell);
+            // Our own line of a sound has a blank where Anki's mark has none.
+            wxString text = LowerWide(cell);
+            text.Replace("[sound: ", wxString());
             for (const char* mark : {"<br", "</", "&nbsp;", "&lt;", "&amp;", "[sound:", "<img "}) {
                 if (text.Contains(mark)) {
                     return true;

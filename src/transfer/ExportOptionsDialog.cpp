@@ -259,8 +259,12 @@ bool ExportOptionsDialog::Export(const wxString& path) {
         return false;
     }
     if (!progress.Failed) {
-        ShowMessageBox(wxString::Format(_("%i Records Exported"), progress.Position.load()),
-                       _("Export Complete"));
+        wxString text = wxString::Format(_("%i Records Exported"), progress.Position.load());
+        const wxString hint = MediaExportHint(mDatabase, GetOptions());
+        if (!hint.empty()) {
+            text += "\n\n" + hint;
+        }
+        ShowMessageBox(text, _("Export Complete"));
     } else {
         ShowMessageBox(progress.Message, _("Export Failed"), wxOK | wxCENTRE, this);
     }

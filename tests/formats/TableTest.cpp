@@ -153,8 +153,8 @@ TEST_F(TableTest, TakesTablesAsPeopleHaveThem) {
          "\u0441\u043E\u0431\u0430\u043A\u0430=dog/\u043A\u043E\u0448\u043A\u0430=cat/"},
         {"Anki's text in HTML",
          "#separator:tab\n#html:true\n#tags column:3\nHund<br>der\tdog &amp; co\tpets big\n"
-         "<img src=\"a.png\">\tleft out\t\n",
-         "Hund\nder=dog & co {Tags: pets big}/"},
+         "<img src=\"a.png\">\ta picture\t\n<img src=\"a.txt\">\tleft out\t\n",
+         "Hund\nder=dog & co {Tags: pets big}/[picture: a.png]=a picture/"},
         {"Anki's text with names",
          "#separator:Comma\n#html:false\n#columns:guid,deck,Text,Extra\n#guid column:1\n"
          "#deck column:2\nx!,A::B,<b>,dog\n# a comment\n",

@@ -414,7 +414,8 @@ bool DeckFile::Copy(const wxString& path, const DeckFileOptions& options, wxStri
     // Both programs keep their files in a folder beside the database.
     fs::path folder = ToPath(path);
     mpMedia = std::make_shared<DirectoryMedia>(
-        mKind == Kind::kMnemosyneStore ? folder += "_media" : folder.replace_extension("media"));
+        mKind == Kind::kMnemosyneStore ? folder += "_media" : folder.replace_extension("media"),
+        MediaSource::Missing::kDropped);
     return true;
 }
 

@@ -56,7 +56,10 @@ class PackageMedia : public MediaSource {
     // The members by the names that cards have for them. Compressed ones are so by themselves,
     // within the package.
     PackageMedia(wxString path, std::map<wxString, Member> members, bool isCompressed)
-        : mPath(std::move(path)), mMembers(std::move(members)), mIsCompressed(isCompressed) {}
+        : MediaSource(Missing::kDropped),
+          mPath(std::move(path)),
+          mMembers(std::move(members)),
+          mIsCompressed(isCompressed) {}
 
   protected:
     int64_t Find(const wxString& source) override;

@@ -1,0 +1,95 @@
+#include <filesystem>
+
+#include "exchange/Export.h"
+#include "exchange/ImportFixture.h"
+#include "media/MediaFolder.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+namespace fs = std::filesystem;
+
+struct ImportMediaTest : ImportFixture {
+    ImportMediaTest() {
+        // A table lies in a folder with its files, beside which is one that it must not reach.
+        fs::create_directories(ToPath(mDirectory.Path("list/sub")));
+        WriteBytes(mDirectory.Path("outside.png"), "OUT");
+        WriteBytes(mDirectory.Path("list/cat.png"), "CAT");
+        WriteBytes(mDirectory.Path("list/sub/dog.jpg"), "DOG");
+        WriteBytes(mDirectory.Path("list/chat.ogg"), "SND");
+        fs::create_symlink(ToPath(mDirectory.Path("outside.png")),
+                           ToPath(mDirectory.Path("list/link.png")));
+    }
+    std::string ImportList(const std::string& text) {
+        ImportInput input;
+        input.FileName = mDirectory.Path("list/words.csv");
+        WriteBytes(input.FileName, text);
+        GuessFormat(input, mDatabase);
+        Run(input);
+        return Outcome();
+    }
+    Strings Cards() { return Query("SELECT Front, Back FROM Cards ORDER BY IntroductionOrder"); }
+    Strings Files() const {
+        Strings files;
+        std::error_code none;
+        for (const auto& entry : fs::directory_iterator(MediaFolder(StorePath()).GetPath(), none)) {
+            files.push_back(entry.path().filename().string());
+        }
+        std::sort(files.begin(), files.end());
+        return files;
+    }
+};
+
+TEST_F(ImportMediaTest, ATableNamesFilesInColumnsAndInLines) {
+    EXPECT_EQ(ImportList("word;meaning;picture;sound\n"
+                         "chat;cat;cat.png;chat.ogg\n"
+                         "chien;dog;sub/dog.jpg;\n"
+                         "loup;wolf;../outside.png;\n"
+                         "lien;link;link.png;none.ogg\n"
+                         "\"[sound: chat.ogg]\";\"see\n[picture: cat.png]\";;\n"),
+              "5 inserted, 0 merged, 0 ignored");
+    EXPECT_THAT(Cards(), ElementsAre("chat\n[sound: chat.ogg]|cat\n[picture: cat.png]",
+                                     "chien|dog\n[picture: dog.jpg]", "loup|wolf\n../outside.png",
+                                     "lien\n[sound: none.ogg]|link\n[picture: link.png]",
+                                     "[sound: chat.ogg]|see\n[picture: cat.png]"));
+    EXPECT_THAT(Files(), ElementsAre("cat.png", "chat.ogg", "dog.jpg"));
+}
+
+TEST_F(ImportMediaTest, APictureAloneIsASideAndAChangedFileGetsAnotherName) {
+    const std::string table = "id,word,picture\n7B29A1C8-3C46-4E1B-9C93-3D7E4B0A1F21,cat,cat.png\n";
+    EXPECT_EQ(ImportList(table), "1 inserted, 0 merged, 0 ignored");
+    EXPECT_THAT(Cards(), ElementsAre("cat|[picture: cat.png]"));
+    EXPECT_EQ(ImportList(table), "0 inserted, 0 merged, 1 ignored");
+    WriteBytes(mDirectory.Path("list/cat.png"), "NEW");
+    EXPECT_EQ(ImportList(table), "0 inserted, 1 merged, 0 ignored");
+    EXPECT_THAT(Cards(), ElementsAre("cat|[picture: cat-2.png]"));
+    EXPECT_THAT(Files(), ElementsAre("cat-2.png", "cat.png"));
+}
+
+TEST_F(ImportMediaTest, AnkiTextHasTagsThatComeBackAsLines) {
+    Insert(MakeCard("a  <b> & \"c\"\n[picture: a&b.png]\nd  e", "[sound: cat.ogg]\ncat"));
+    wxString name;
+    ASSERT_EQ(MediaFolder(StorePath()).AddBytes("CAT", "a&b.png", name), 0);
+    const Strings before = Cards();
+    ExportOptions options;
+    options.Format = ExportFormat::kAnkiText;
+    ExportProgress progress;
+    std::vector<int64_t> rowIds;
+    mDatabase.CardSelectRowIdsOrder(CardOrder(CardColumn::kCategory), rowIds);
+    const wxString path = mDirectory.Path("anki.txt");
+    ASSERT_EQ(ExportToFile(path, wxFONTENCODING_UTF8, mDatabase, rowIds, options, progress), 0);
+    EXPECT_THAT(ReadBytes(path), testing::HasSubstr("<img src=\"\"a&amp;b.png\"\"><br>d &nbsp;e"));
+    EXPECT_THAT(MediaExportHint(mDatabase, options).utf8_string(),
+                testing::HasSubstr("collection.media"));
+    Query("DELETE FROM Cards");
+    Reopen();
+    ImportInput input;
+    input.FileName = path;
+    GuessFormat(input, mDatabase);
+    Run(input);
+    EXPECT_EQ(Outcome(), "1 inserted, 0 merged, 0 ignored");
+    EXPECT_EQ(Cards(), before);
+}
+
+}  // namespace
