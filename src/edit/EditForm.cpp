@@ -1,5 +1,6 @@
 #include "edit/EditForm.h"
 
+#include <wx/button.h>
 #include <wx/checkbox.h>
 #include <wx/clntdata.h>
 #include <wx/combobox.h>
@@ -16,6 +17,7 @@
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "edit/EditSchedulePanel.h"
+#include "edit/MediaStrip.h"
 #include "shell/Forms.h"
 #include "shell/TextUndo.h"
 #include "shell/Toolkit.h"
@@ -144,14 +146,30 @@ void EditForm::AddField(wxFlexGridSizer& grid, EditField field) {
     if (isLong) {
         grid.AddGrowableRow(grid.GetItemCount() / 2, 1);
     }
-    // The label of a long text stands beside its first line.
-    grid.Add(added.Label, isLong ? wxSizerFlags().Border(wxTOP, FromDIP(kFormGap) / 2)
-                                 : wxSizerFlags().CentreVertical());
+    const bool isSide = field == EditField::Front || field == EditField::Back;
+    MediaStrip* strip = nullptr;
+    if (isSide) {
+        // Below the label is room for the button.
+        strip = new MediaStrip(this, *static_cast<wxTextCtrl*>(added.Control));
+        mStrips.at(static_cast<size_t>(field)) = strip;
+        auto* const rows = new wxBoxSizer(wxVERTICAL);
+        rows->Add(added.Label, wxSizerFlags().Border(wxTOP, FromDIP(kFormGap) / 2));
+        rows->Add(strip->MakeButton(this), wxSizerFlags().Border(wxTOP, FromDIP(kFormGap)));
+        grid.Add(rows);
+    } else {
+        // The label of a long text stands beside its first line.
+        grid.Add(added.Label, isLong ? wxSizerFlags().Border(wxTOP, FromDIP(kFormGap) / 2)
+                                     : wxSizerFlags().CentreVertical());
+    }
     grid.Add(added.Control, kind == FieldKind::Short ? wxSizerFlags() : wxSizerFlags().Expand());
     if (kind != FieldKind::Short) {
         // Without a minimum the longest category name would set the width of the form.
         const int height = isLong ? kLeastLines * GetCharHeight() : -1;
         added.Control->SetMinSize(wxSize(FromDIP(kTextWidth), height));
+    }
+    if (isSide) {
+        grid.AddSpacer(0);
+        grid.Add(strip, wxSizerFlags().Expand());
     }
     if (field == EditField::Front) {
         mpSameFront = new wxHyperlinkCtrl(this, ID_SAME_FRONT, " ", "#");
@@ -163,6 +181,12 @@ void EditForm::AddField(wxFlexGridSizer& grid, EditField field) {
 
 wxTextCtrl& EditForm::GetFront() {
     return *static_cast<wxTextCtrl*>(At(EditField::Front).Control);
+}
+
+void EditForm::SetStore(const wxString& storePath) {
+    for (MediaStrip* const strip : mStrips) {
+        strip->SetStore(storePath);
+    }
 }
 
 void EditForm::AddExclusions(wxFlexGridSizer& grid) {
@@ -348,6 +372,9 @@ void EditForm::LoadField(EditField field, const wxString& own, bool isSeveral) {
     loaded.Loaded = loaded.Entry->GetValue();
     loaded.Own = isSeveral ? wxString() : own;
     loaded.SayWhetherSeveral();
+    if (field == EditField::Front || field == EditField::Back) {
+        mStrips.at(static_cast<size_t>(field))->ShowLines();
+    }
 }
 
 void EditForm::FollowField(EditField field, const wxString& own, bool isSeveral) {

@@ -14,6 +14,7 @@
 
 class Database;
 class EditSchedulePanel;
+class MediaStrip;
 class wxBoxSizer;
 class wxComboBox;
 class wxFlexGridSizer;
@@ -83,6 +84,9 @@ class EditForm : public wxScrolledWindow {
     // Moves the focus to a field and selects its text.
     void PointAt(EditField field);
 
+    // Says where the pictures and sounds of the cards are.
+    void SetStore(const wxString& storePath);
+
     // Updates the list of categories to choose from. The text in the field stays, except that the
     // name of a renamed category is renamed there too.
     void SetCategories(const std::list<Category>& categories);
@@ -142,6 +146,8 @@ class EditForm : public wxScrolledWindow {
     std::array<Field, kCardFieldCount> mFields;
     wxComboBox* mpCategory = nullptr;
     wxHyperlinkCtrl* mpSameFront = nullptr;
+    // Below the front and the back.
+    std::array<MediaStrip*, 2> mStrips{};
     Exclusion mForwardX;
     Exclusion mReverseX;
     wxBoxSizer* mpSchedules = nullptr;

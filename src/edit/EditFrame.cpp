@@ -178,6 +178,7 @@ void EditFrame::SetDatabase(Database* database) {
     }
     mpDatabase = database;
     mpSameFront->Watch(database, mCard.CardId);
+    mpForm->SetStore(database == nullptr ? wxString() : database->GetPath());
     mStoreAttachment.Attach(database, this);
     if (database != nullptr) {
         Refresh();
@@ -191,6 +192,7 @@ void EditFrame::SetCard(const FlashCard& card) {
     mpSameFront->Watch(mpDatabase, mCard.CardId);
     mpLife.reset();
     ShowReviews({});
+    mpForm->SetStore(mpDatabase == nullptr ? wxString() : mpDatabase->GetPath());
     mpForm->Load(mCard, GetCategoryName(mCard.CategoryId));
 }
 
@@ -218,6 +220,7 @@ void EditFrame::FollowMany(bool isFirst) {
                                        static_cast<unsigned>(common.Count)),
                               static_cast<int>(common.Count)));
     const wxString category = GetCategoryName(common.Card.CategoryId);
+    mpForm->SetStore(mpDatabase->GetPath());
     isFirst ? mpForm->LoadMany(common, category) : mpForm->FollowMany(common, category);
 }
 
