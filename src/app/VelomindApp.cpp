@@ -32,6 +32,7 @@
 #include "preferences/PreferencesDialog.h"
 #include "revise/ChangedOnBothDialog.h"
 #include "revise/DuplicatesDialog.h"
+#include "revise/MediaDialog.h"
 #include "revise/ReplaceDialog.h"
 #include "shell/CommandIds.h"
 #include "shell/ExchangeSettings.h"
@@ -311,6 +312,7 @@ void VelomindApp::BindCommands() {
         {wxID_EXIT, [this] { CloseWindows(); }},
         {ID_LEARNING_PROGRESS, [this] { ShowLearningProgress(); }},
         {ID_STATISTICS, [this] { ShowStatistics(); }},
+        {ID_MEDIA, [this] { MediaDialog(mLastActive.get(), *mpDatabase).ShowModal(); }},
         {wxID_PREFERENCES, [this] { ShowPreferences(); }}};
     for (const auto& [id, run] : commands) {
         Bind(

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "media/MediaLines.h"
 #include "shell/CommandIds.h"
 #include "shell/Settings.h"
 
@@ -83,9 +84,9 @@ wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection 
         case ListColumn::kNumber:
             return wxString::Format("%i", card.IntroductionOrder);
         case ListColumn::kFront:
-            return CellText(card.Front);
+            return CellText(WithMediaMarks(card.Front));
         case ListColumn::kBack:
-            return CellText(card.Back);
+            return CellText(WithMediaMarks(card.Back));
         case ListColumn::kAuthor:
             return CellText(card.Author);
         case ListColumn::kChapter:
@@ -95,7 +96,7 @@ wxString MakeCellText(const FlashCard& card, ListColumn column, ReviewDirection 
         case ListColumn::kReverseExclude:
             return FormatFlag(card.ReverseX);
         case ListColumn::kNotes:
-            return CellText(card.Notes);
+            return CellText(WithMediaMarks(card.Notes));
         case ListColumn::kNextReview:
         case ListColumn::kInterval:
         case ListColumn::kLastReview:

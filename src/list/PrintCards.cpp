@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "base/Unicode.h"
+#include "media/MediaLines.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
@@ -212,7 +213,8 @@ std::shared_ptr<PrintLayout> MakePrintLayout(Database& database, std::vector<int
             while (wanted[place] != row.RowId()) {
                 ++place;
             }
-            read[place] = {FromUtf16(row.Front()), FromUtf16(row.Back())};
+            read[place] = {WithMediaMarks(FromUtf16(row.Front())),
+                           WithMediaMarks(FromUtf16(row.Back()))};
         });
         return read;
     };

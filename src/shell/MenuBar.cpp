@@ -119,6 +119,7 @@ constexpr MenuRow kToolsRows[] = {
     {ID_LEARNING_PROGRESS, wxTRANSLATE("Learning &Progress...\tCtrl+L"), "icons/progress_menu.png"},
     {ID_STATISTICS, wxTRANSLATE("&Statistics...\tCtrl+T"), "icons/progress_menu.png"},
     {ID_CHANGED_ON_BOTH, wxTRANSLATE("Changed on &Both..."), "icons/blank_menu.png"},
+    {ID_MEDIA, wxTRANSLATE("Media..."), "icons/blank_menu.png"},
     {wxID_PREFERENCES, wxTRANSLATE("Options..."), "icons/preferences_menu.png"},
     {ID_CUSTOMIZE_MENU, wxTRANSLATE("Customize"), nullptr, wxITEM_NORMAL, "",
      std::begin(kCustomizeRows), std::end(kCustomizeRows)},

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "media/MediaLines.h"
 #include "shell/AppServices.h"
 #include "shell/Forms.h"
 #include "store/Database.h"
@@ -85,7 +86,8 @@ void CostlyCardsPanel::SetCards(const std::vector<CostlyCard>& cards) {
     mpList->DeleteAllItems();
     for (size_t i = 0; i < mCards.size(); ++i) {
         const CostlyCard& card = mCards[i];
-        const long row = mpList->InsertItem(static_cast<long>(i), CellText(card.Front));
+        const long row =
+            mpList->InsertItem(static_cast<long>(i), CellText(WithMediaMarks(card.Front)));
         mpList->SetItem(row, 1, wxString::Format("%i", card.Lapses));
         if (std::any_of(selected.begin(), selected.end(),
                         [&card](const CostlyCard& each) { return each.CardId == card.CardId; })) {
