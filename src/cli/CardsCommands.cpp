@@ -253,6 +253,7 @@ class CardSource {
             ReadList(input, database);
         }
         input.Pairs = mOptions.Known;
+        input.BringsMedia = !mOptions.DryRun;
         return input;
     }
     // Says what of a deck is imported and what is not, and what was guessed about a list. Prints

@@ -62,6 +62,8 @@ struct ImportInput {
     // The pictures and sounds that come along; null for none. They are brought into the store's
     // folder once the file is known to have no fault, before its cards are written.
     std::shared_ptr<MediaSource> Media = nullptr;
+    // False for a trial, which needs the names alone.
+    bool BringsMedia = true;
     KnownPairs Pairs = KnownPairs::kStop;
     // True asks before the texts of a stored card are replaced.
     bool AskBeforeChanges = false;

@@ -451,7 +451,7 @@ int ImportCards(const ImportInput& wanted, Database& database, ImportResult& res
             return -1;
         }
     }
-    if (input.Media != nullptr && !BringMedia(input, database, result)) {
+    if (input.Media != nullptr && input.BringsMedia && !BringMedia(input, database, result)) {
         return -1;
     }
     options.ValidateOnly = false;

@@ -278,7 +278,7 @@ NewMediaFile::NewMediaFile(const MediaFolder& folder) : mFolder(folder) {
 }
 
 NewMediaFile::~NewMediaFile() {
-    if (mFile.IsOpen()) {
+    if (mFile.IsOpen() && !mIsNamed) {
         ::unlinkat(mDirectory.Get(), mTemporaryName.c_str(), 0);
     }
 }
@@ -325,20 +325,25 @@ int NewMediaFile::Keep(const wxString& wantedName, Durability durability, wxStri
     for (int number = 1; mError == 0 && number <= kMostNumbers; ++number) {
         name = NumberedMediaName(safe, number);
         const std::string bytes = ToUtf8(name);
-        // A link fails where something is, so that a file of another program is never replaced.
-        if (::linkat(mDirectory.Get(), mTemporaryName.c_str(), mDirectory.Get(), bytes.c_str(),
-                     0) == 0) {
+        // This fails where something is, so that a file of another program is never replaced.
+        if (::renameat2(mDirectory.Get(), mTemporaryName.c_str(), mDirectory.Get(), bytes.c_str(),
+                        RENAME_NOREPLACE) == 0) {
+            mIsNamed = true;
             break;
         }
         if (errno == EEXIST) {
             if (IsSameAs(mDirectory.Get(), bytes)) {
                 return 0;
             }
-        } else if (errno == EPERM || errno == ENOTSUP || errno == EOPNOTSUPP) {
-            // A file system without a second name for a file.
+        } else if (errno == EINVAL || errno == ENOSYS) {
+            // A file system that cannot tell.
             if (!Has(mDirectory, bytes)) {
                 mError = Rename(mDirectory, mTemporaryName, mDirectory, bytes);
+                mIsNamed = mError == 0;
                 break;
+            }
+            if (IsSameAs(mDirectory.Get(), bytes)) {
+                return 0;
             }
         } else {
             mError = errno;

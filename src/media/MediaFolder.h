@@ -99,6 +99,7 @@ class NewMediaFile {
     FileDescriptor mFile;
     std::string mTemporaryName;
     int64_t mSize = 0;
+    bool mIsNamed = false;
     int mError = 0;
 };
 
