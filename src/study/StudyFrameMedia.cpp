@@ -24,7 +24,7 @@ void StudyFrame::AddMediaCommands() {
     AddCommand(
         ID_SHOW_PICTURE, [this](bool) { ShowNextPicture(); },
         [this](wxUpdateUIEvent& event) { event.Enable(!FindPictures().empty()); });
-    mpCardViewer->Bind(EVT_CARD_PICTURE, [this](wxCommandEvent& event) {
+    Bind(EVT_CARD_PICTURE, [this](wxCommandEvent& event) {
         if (IsBackVisible()) {
             ShowPicture(event.GetString());
         } else {
