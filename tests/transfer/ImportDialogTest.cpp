@@ -238,7 +238,7 @@ TEST_F(ImportDialogTest, ShowsWhatBecomesOfADeckAndLetsItsFieldsBeChosen) {
     Choose(DeckPanel::ID_FIRST_FIELD + 3, kFront);
     EXPECT_TRUE(Shown().Contains(L"front=m;back=a \u21B5 b;")) << Shown();
     Choose(DeckPanel::ID_FIRST_FIELD + 3, kIgnore);
-    EXPECT_TRUE(summary(dialog).Contains("1 card is left out, since a side has no"))
+    EXPECT_TRUE(summary(dialog).Contains("1 card is left out, since a side is empty"))
         << summary(dialog);
     Choose(DeckPanel::ID_FIRST_FIELD, kFront);
 
