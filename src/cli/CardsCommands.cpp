@@ -491,17 +491,21 @@ int RunExport(const CardsOptions& options) {
     if (SelectCards(database, options, rowIds) != 0) {
         return kCardsStoreFailed;
     }
+    const wxString hint = MediaExportHint(database, options.Export);
     const wxString path = FullPath(options.Output);
     std::error_code error;
     const fs::file_status status = fs::status(ToPath(path), error);
     if (options.Output.empty() || (fs::exists(status) && !fs::is_regular_file(status))) {
-        return ExportThroughCopy(database, rowIds, options);
+        const int outcome = ExportThroughCopy(database, rowIds, options);
+        if (!hint.empty()) {
+            PrintError(hint);
+        }
+        return outcome;
     }
     ExportProgress progress;
     if (ExportToFile(path, wxFONTENCODING_UTF8, database, rowIds, options.Export, progress) < 0) {
         return Refuse(progress.Message);
     }
-    const wxString hint = MediaExportHint(database, options.Export);
     if (!hint.empty()) {
         PrintError(hint);
     }

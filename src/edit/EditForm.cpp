@@ -149,7 +149,7 @@ void EditForm::AddField(wxFlexGridSizer& grid, EditField field) {
     const bool isSide = field == EditField::Front || field == EditField::Back;
     MediaStrip* strip = nullptr;
     if (isSide) {
-        // Below the label is room for the button.
+        // The room below the label is that of the button.
         strip = new MediaStrip(this, *static_cast<wxTextCtrl*>(added.Control));
         mStrips.at(static_cast<size_t>(field)) = strip;
         auto* const rows = new wxBoxSizer(wxVERTICAL);

@@ -146,7 +146,7 @@ class EditForm : public wxScrolledWindow {
     std::array<Field, kCardFieldCount> mFields;
     wxComboBox* mpCategory = nullptr;
     wxHyperlinkCtrl* mpSameFront = nullptr;
-    // Below the front and the back.
+    // They stand below the front and the back.
     std::array<MediaStrip*, 2> mStrips{};
     Exclusion mForwardX;
     Exclusion mReverseX;

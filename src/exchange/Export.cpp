@@ -16,6 +16,7 @@
 #include <list>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -318,7 +319,11 @@ int WriteVlmCards(TextSink& sink, Database& database, const std::vector<int64_t>
 
 int WriteAnkiCards(TextSink& sink, Database& database, const std::vector<int64_t>& rowIds,
                    ExportProgress& progress, const CategoryNames& categories) {
-    AnkiTextWriter writer(sink, !FindUsedMedia(database).empty());
+    std::set<wxString> media;
+    if (FindUsedMedia(database, media) < 0) {
+        return -1;
+    }
+    AnkiTextWriter writer(sink, !media.empty());
     const auto write = [&](const CardRow& card) {
         const int result =
             WriteCardRecord(writer, card, categories.Find(card.CategoryId()), true, false);
@@ -383,7 +388,8 @@ wxFontEncoding ExportEncoding(int choice) {
 }
 
 wxString MediaExportHint(Database& database, const ExportOptions& options) {
-    if (FindUsedMedia(database).empty()) {
+    std::set<wxString> media;
+    if (FindUsedMedia(database, media) < 0 || media.empty()) {
         return wxString();
     }
     const wxString folder = FromPath(MediaFolder(database.GetPath()).GetPath());

@@ -157,9 +157,11 @@ FileDescriptor MediaFolder::Open(const wxString& name) const {
     FileDescriptor file = OpenPlain(folder.Get(), bytes);
     if (!file.IsOpen() && errno == ENOENT) {
         const FileDescriptor unused = OpenDirectory(folder.Get(), kUnused);
-        if (unused.IsOpen() && OpenPlain(unused.Get(), bytes).IsOpen() &&
-            Rename(unused, bytes, folder, bytes) == 0) {
-            return OpenPlain(folder.Get(), bytes);
+        FileDescriptor kept = unused.IsOpen() ? OpenPlain(unused.Get(), bytes) : FileDescriptor();
+        if (kept.IsOpen()) {
+            // It is read from there where it cannot come back.
+            Rename(unused, bytes, folder, bytes);
+            return kept;
         }
         errno = ENOENT;
     }
@@ -363,20 +365,20 @@ void SyncMedia(const MediaFolder& folder) {
     }
 }
 
-std::set<wxString> FindUsedMedia(Database& database) {
-    std::set<wxString> names;
+int FindUsedMedia(Database& database, std::set<wxString>& names) {
+    const auto take = [&names](int64_t, std::u16string_view text) {
+        if (MayHaveMediaLine(text)) {
+            for (const MediaLine& line : FindMediaLines(FromUtf16(text))) {
+                names.insert(line.Name);
+            }
+        }
+    };
+    int result = 0;
     for (const CardColumn column : {CardColumn::kFront, CardColumn::kBack, CardColumn::kNotes}) {
-        database.VisitTexts(column, std::numeric_limits<int64_t>::min(),
-                            std::numeric_limits<int64_t>::max(),
-                            [&names](int64_t, std::u16string_view text) {
-                                if (MayHaveMediaLine(text)) {
-                                    for (const MediaLine& line : FindMediaLines(FromUtf16(text))) {
-                                        names.insert(line.Name);
-                                    }
-                                }
-                            });
+        result = std::min(result, database.VisitTexts(column, std::numeric_limits<int64_t>::min(),
+                                                      std::numeric_limits<int64_t>::max(), take));
     }
-    return names;
+    return result;
 }
 
 int MoveMediaFolder(const fs::path& fromStore, const fs::path& toStore) {

@@ -106,8 +106,9 @@ class NewMediaFile {
 // Writes all that was kept for later to the disk.
 void SyncMedia(const MediaFolder& folder);
 
-// Returns the names of all files that a card of the store names.
-std::set<wxString> FindUsedMedia(Database& database);
+// Finds the names of all files that a card of the store names. Returns 0, or a negative value when
+// the cards cannot be read; then the names are not all, and no file counts as unused.
+int FindUsedMedia(Database& database, std::set<wxString>& names);
 
 // Where the files of a store that is to move are copied first, when they cannot be renamed. Both
 // return 0 or the error's number. A folder at the target has belonged to a store that is gone or

@@ -8,6 +8,9 @@
 #include <wx/stattext.h>
 #include <wx/utils.h>
 
+#include <cerrno>
+#include <set>
+
 #include "base/Files.h"
 #include "base/Time.h"
 #include "shell/Forms.h"
@@ -24,7 +27,7 @@ constexpr int kSizeWidth = 90;
 constexpr int kListHeight = 260;
 
 wxString SizeText(int64_t bytes) {
-    return wxFileName::GetHumanReadableSize(static_cast<unsigned long long>(bytes), "0 B", 0);
+    return wxFileName::GetHumanReadableSize(static_cast<unsigned long long>(bytes), wxString(), 0);
 }
 
 int64_t SumOf(const std::vector<MediaFile>& files) {
@@ -80,10 +83,14 @@ MediaDialog::MediaDialog(wxWindow* parent, Database& database)
 
 void MediaDialog::Look() {
     const wxBusyCursor busy;
-    const std::set<wxString> used = FindUsedMedia(mDatabase);
-    mFolder.BringBack(used, Now());
     mListing = MediaListing();
-    const int error = mFolder.List(used, mListing);
+    std::set<wxString> used;
+    // Without all names no file counts as unused.
+    int error = FindUsedMedia(mDatabase, used) < 0 ? EIO : 0;
+    if (error == 0) {
+        mFolder.BringBack(used, Now());
+        error = mFolder.List(used, mListing);
+    }
     mpList->DeleteAllItems();
     const auto add = [this](const wxString& name, const wxString& state, const wxString& size) {
         const long row = mpList->InsertItem(mpList->GetItemCount(), name);
@@ -133,4 +140,6 @@ void MediaDialog::DeleteUnused() {
             _("Delete Unused Files"), wxOK | wxCENTRE, this);
     }
     Look();
+    // A button that is grey would keep the keys.
+    FindWindow(wxID_CLOSE)->SetFocus();
 }

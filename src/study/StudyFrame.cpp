@@ -314,6 +314,9 @@ void StudyFrame::UpdateCard(bool newCard) {
             ForgetAnswer();
         }
         step = {card.CardId, mpScheduler->GetHistoryIndex(), IsBackVisible(), mReverseStudy};
+        if (step != mShownStep) {
+            mSoundFault.clear();
+        }
         UpdateScoreLabels();
         UpdateScorePosition();
         UpdateForecast();
@@ -454,7 +457,9 @@ void StudyFrame::TellAccessibility() {
 }
 
 void StudyFrame::UpdateStatusTexts() {
-    mpStatusBar->SetStatusText(StudyStepText(*mpScheduler, mBackShown, *mpStatusBar), kStepField);
+    mpStatusBar->SetStatusText(
+        mSoundFault.empty() ? StudyStepText(*mpScheduler, mBackShown, *mpStatusBar) : mSoundFault,
+        kStepField);
     SetReadyText(StudyReadyText(*mpScheduler, *mpStatusBar));
 }
 

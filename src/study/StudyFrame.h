@@ -283,6 +283,8 @@ class StudyFrame : public wxFrame {
     bool mIsSpeechInstalled = Speech::IsInstalled();
     // Made for the first sound, and for the first picture in the whole window.
     std::unique_ptr<SoundPlayer> mpSoundPlayer;
+    // Stands in the status bar until the next sound or step; empty for none.
+    wxString mSoundFault;
     PictureView* mpPictureView = nullptr;
     StudySpeech mStudySpeech{mSpeech,
                              [this](const std::vector<wxString>& names) { PlaySounds(names); }};

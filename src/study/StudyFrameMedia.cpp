@@ -43,14 +43,16 @@ void StudyFrame::SetPlaysSounds(bool plays) {
 }
 
 void StudyFrame::PlaySounds(const std::vector<wxString>& names) {
+    mSoundFault.clear();
     if (mpSoundPlayer == nullptr) {
         if (names.empty()) {
             return;
         }
         mpSoundPlayer = std::make_unique<SoundPlayer>([this] {
-            mpStatusBar->SetStatusText(
-                _("A sound could not be played: the file, a plug-in or a device is missing."),
-                kStepField);
+            mSoundFault = _("This sound cannot be played.");
+            if (HasCard()) {
+                UpdateStatusTexts();
+            }
         });
     }
     if (names.empty() || mpDatabase == nullptr) {

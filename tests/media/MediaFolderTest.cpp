@@ -96,7 +96,9 @@ TEST_F(MediaFolderTest, UnusedFilesWaitAndComeBackWhenACardNamesThem) {
         Add(name, name);
     }
     MediaListing listing;
-    ASSERT_EQ(mFolder.List(FindUsedMedia(mDatabase), listing), 0);
+    std::set<wxString> used;
+    ASSERT_EQ(FindUsedMedia(mDatabase, used), 0);
+    ASSERT_EQ(mFolder.List(used, listing), 0);
     EXPECT_THAT(Names(listing.Used), ElementsAre("tit.ogg", "tit.png"));
     EXPECT_THAT(Names(listing.Unused), ElementsAre("jay.png", "owl.png"));
     EXPECT_THAT(listing.Missing, ElementsAre("none.png"));

@@ -31,7 +31,8 @@ ALLOWED = {
     "TableNames.cpp": ANY,
     # The words of the headings of tables for Anki.
     "Table.cpp": {"Tags"}, "TableSurvey.cpp": {"if matches", "match scope", "guid column", "deck column", "tags column",
-                        "notetype column", "&nbsp;", "&lt;", "&amp;", "[sound:", "Tags"},
+                        "notetype column", "&nbsp;", "&lt;", "&amp;", "[sound:", "[sound: ",
+                        "Tags"},
     # Drawings are a language of their own.
     "PlotCanvas.cpp": ANY,
     # Rules in the library's own language.
@@ -52,10 +53,10 @@ ALLOWED = {
     "StoreFiles.cpp": {"Cards", "Categories", "Globals", "SQLite format 3\\0"},
     # Words of the files of other programs.
     "AnkiDeck.cpp": {"Tags: ", "image-occlusion:"}, "MnemosyneDeck.cpp": {"Tags: "},
-    "AnkiText.cpp": {"Front", "Back", "Category", "Notes",
-                     "#separator:tab\\n#html:false\\n#columns:id\\tCategory\\tFront\\tBack\\tNotes"
-                     "\\tFront2\\tBack2\\n#guid column:1\\n#deck column:2\\n"},
+    "AnkiText.cpp": ANY,
     "HtmlText.cpp": {"[sound:"},
+    # The words of the lines of pictures and sounds.
+    "MediaLines.cpp": {"[picture:", "[sound:"},
     # The words of a command line, and names of attributes.
     "CardsOptions.cpp": {"export [--format vlm|delimited|vlm1|anki] [--scheduling] [--output FILE]",
                          "list [--category NAME] [--exact] [--reverse] [SEARCH]", "restore FILE", "repair DAMAGED NEW",

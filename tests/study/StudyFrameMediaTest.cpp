@@ -62,6 +62,19 @@ TEST_F(StudyFrameMedia, APictureFillsTheWindowUntilAKeyOrTheNextCard) {
     EXPECT_EQ(Whole(), "card");
 }
 
+TEST_F(StudyFrameMedia, ASoundThatIsMissingIsToldAndStudyGoesOn) {
+    Insert(MakeCard("[sound: none.ogg]", "back"));
+    Open();
+    EXPECT_EQ(StatusText(1), "This sound cannot be played.");
+    Keys({'4'});
+    EXPECT_EQ(StatusText(1), "Score yourself");
+    Command(ID_PLAY_SOUNDS, false);
+    Keys({'1'});
+    EXPECT_EQ(StatusText(1), "Try to remember");
+    Command(ID_SPEAK_AGAIN);
+    EXPECT_EQ(StatusText(1), "This sound cannot be played.");
+}
+
 TEST_F(StudyFrameMedia, AChangeOfTheStoreBringsTheCardBack) {
     Insert(MakeCard("[picture: good.png]", "back"));
     Open();
