@@ -72,8 +72,8 @@ int ReadOrientation(const FileBytes& file, int64_t at, int64_t end) {
     const int64_t table = start + file.Number(start + 4, 4, isLittle);
     const uint32_t count = std::min<uint32_t>(file.Number(table, 2, isLittle), 200);
     constexpr uint32_t kOrientation = 0x112;
-    for (uint32_t i = 0; i < count && table + 2 + 12 * (i + 1) <= end; ++i) {
-        const int64_t entry = table + 2 + 12 * i;
+    for (uint32_t i = 0; i < count && table + 2 + int64_t{12} * (i + 1) <= end; ++i) {
+        const int64_t entry = table + 2 + int64_t{12} * i;
         if (file.Number(entry, 2, isLittle) == kOrientation) {
             const uint32_t value = file.Number(entry + 8, 2, isLittle);
             return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <memory>
 
-struct _GdkPixbuf;
+// The library's own name.
+struct _GdkPixbuf;  // NOLINT(bugprone-reserved-identifier)
 
 // Reads the pictures of cards, which may come from anybody. The first bytes alone tell what a file
 // is, whatever its name says, and how large the picture is. A picture that would take too much

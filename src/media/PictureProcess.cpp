@@ -19,8 +19,6 @@
 
 #include "base/Files.h"
 
-extern char** environ;
-
 namespace {
 
 constexpr char kWord[] = "--draw-picture";

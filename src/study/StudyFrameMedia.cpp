@@ -61,6 +61,7 @@ void StudyFrame::PlaySounds(const std::vector<wxString>& names) {
     }
     const MediaFolder folder(mpDatabase->GetPath());
     std::vector<FileDescriptor> files;
+    files.reserve(names.size());
     for (const wxString& name : names) {
         files.push_back(folder.Open(name));
     }

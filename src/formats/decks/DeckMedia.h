@@ -55,9 +55,9 @@ class PackageMedia : public MediaSource {
 
     // The members by the names that cards have for them. Compressed ones are so by themselves,
     // within the package.
-    PackageMedia(wxString path, std::map<wxString, Member> members, bool isCompressed)
+    PackageMedia(const wxString& path, std::map<wxString, Member> members, bool isCompressed)
         : MediaSource(Missing::kDropped),
-          mPath(std::move(path)),
+          mPath(path),
           mMembers(std::move(members)),
           mIsCompressed(isCompressed) {}
 

@@ -7,8 +7,9 @@
 
 #include "base/Files.h"
 
-struct _GstElement;
-struct _GstMessage;
+// The library's own names.
+struct _GstElement;  // NOLINT(bugprone-reserved-identifier)
+struct _GstMessage;  // NOLINT(bugprone-reserved-identifier)
 
 // Something that plays the sounds of a card. A test of what is played replaces it.
 class SoundOutput {
