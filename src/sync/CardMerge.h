@@ -39,7 +39,7 @@ class CardMerge {
         SyncState& State;
         Outgoing& Out;
         HybridClock& Time;
-        // Of this computer.
+        // This computer.
         uint64_t Machine = 0;
         // Milliseconds since 1970.
         int64_t Now = 0;

@@ -63,7 +63,10 @@ ALLOWED = {
                          "import [--dry-run] [--large] [--encoding NAME] [--delimiter TEXT] [--columns LIST] "
                          "[--headings yes|no] [--known stop|skip|update] FILE",
                          "check [--encoding NAME] [--delimiter TEXT] [--columns LIST] "
-                         "[--headings yes|no] FILE"},
+                         "[--headings yes|no] FILE",
+                         "sync [--name NAME] [--take-newer|--take-mine] [--join-equal yes|no] FOLDER"},
+    # What the engine is asked.
+    "SyncState.cpp": ANY,
     "CardsOutput.cpp": {"Front", "Back", "Category"},
     # Names and values of settings.
     "SettingsFile.h": {"Backups"},
