@@ -501,7 +501,8 @@ void VelomindApp::ShowPreferences() {
 
 void VelomindApp::MakeExchanger() {
     mpExchanger = std::make_unique<Exchanger>(Exchanger::Surroundings{
-        *mpDatabase, mClock, [this] { return mpBackupKeeper->BackUpOnWorker(BackupCause::kMerge); },
+        *mpDatabase, mClock,
+        [this] { return mpBackupKeeper->BackUpOnWorker(BackupCause::kExchange); },
         [this] { return mOpenDialogs.IsAnyOpen(); },
         [this](bool wasEmpty) { FollowExchange(wasEmpty); },
         [this](const wxString& text, bool isForStudy) { ShowExchangeState(text, isForStudy); },

@@ -680,35 +680,43 @@ void ExchangeRun::FinishLog() {
     }
     const std::vector<ScheduleEvent> missing = FindMissing(events);
     int64_t end = mState.GetNumber("log-end");
-    int error = 0;
-    if (mState.GetNumber("merging") == 1 && missing.empty() && !events.empty()) {
-        end += end == 0 ? static_cast<int64_t>(std::strlen(kReviewLogHeading)) : 0;
-        for (const ScheduleEvent& event : events) {
-            end += static_cast<int64_t>(FormatEvent(event).size());
-        }
-    } else {
-        mState.Begin();
-        mState.ClearPending();
+    if (mState.GetNumber("merging") == 1) {
+        // What is there by now has come in since it was written down.
+        std::set<std::string> left;
         for (const ScheduleEvent& event : missing) {
-            mState.AddPending(event);
+            left.insert(FormatEventKey(event));
         }
-        mState.SetNumber("merging", 1);
-        mState.Commit();
-        error = MergeEvents(mLogPath, missing, unions, end);
+        int64_t bytes = 0;
+        for (const ScheduleEvent& event : events) {
+            bytes += left.count(FormatEventKey(event)) == 0
+                         ? static_cast<int64_t>(FormatEvent(event).size())
+                         : 0;
+        }
+        end += bytes +
+               (end == 0 && bytes > 0 ? static_cast<int64_t>(std::strlen(kReviewLogHeading)) : 0);
     }
     mState.Begin();
-    mState.SetNumber("merging", 0);
-    if (error == 0) {
-        mState.ClearPending();
-        mState.SetNumber("united", united);
-        mState.SetNumber("log-end", end);
-        mState.SetFact("log-sum", LogTailSum(mLogPath, end));
+    mState.ClearPending();
+    for (const ScheduleEvent& event : missing) {
+        mState.AddPending(event);
     }
+    mState.SetNumber("merging", 1);
+    mState.SetNumber("log-end", end);
+    mState.SetFact("log-sum", LogTailSum(mLogPath, end));
     mState.Commit();
+    const int error = MergeEvents(mLogPath, missing, unions, end);
     if (error != 0) {
         Say(wxString::Format(_("The log of reviews could not be written: %s"),
                              SystemErrorText(error)));
+        return;
     }
+    mState.Begin();
+    mState.ClearPending();
+    mState.SetNumber("merging", 0);
+    mState.SetNumber("united", united);
+    mState.SetNumber("log-end", end);
+    mState.SetFact("log-sum", LogTailSum(mLogPath, end));
+    mState.Commit();
 }
 
 void ExchangeRun::SendAll() {
