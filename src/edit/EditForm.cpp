@@ -86,6 +86,11 @@ EditForm::EditForm(wxWindow* parent)
     AddFields(*column, _("Details"), EditField::Category, EditField::IntroductionOrder);
     AlignLabels();
     AddSchedules(*column);
+    // Tab goes from text to text first.
+    for (size_t i = 0; i < mStrips.size(); ++i) {
+        mStripButtons.at(i)->MoveAfterInTabOrder(GetChildren().GetLast()->GetData());
+        mStrips.at(i)->MoveAfterInTabOrder(GetChildren().GetLast()->GetData());
+    }
     BindFields(*this);
     LetFormScroll(*this);
     TextUndo::AttachTo(*this);
@@ -154,7 +159,9 @@ void EditForm::AddField(wxFlexGridSizer& grid, EditField field) {
         mStrips.at(static_cast<size_t>(field)) = strip;
         auto* const rows = new wxBoxSizer(wxVERTICAL);
         rows->Add(added.Label, wxSizerFlags().Border(wxTOP, FromDIP(kFormGap) / 2));
-        rows->Add(strip->MakeButton(this), wxSizerFlags().Border(wxTOP, FromDIP(kFormGap)));
+        wxWindow* const button = strip->MakeButton(this);
+        mStripButtons.at(static_cast<size_t>(field)) = button;
+        rows->Add(button, wxSizerFlags().Border(wxTOP, FromDIP(kFormGap)));
         grid.Add(rows);
     } else {
         // The label of a long text stands beside its first line.

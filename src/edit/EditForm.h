@@ -148,6 +148,7 @@ class EditForm : public wxScrolledWindow {
     wxHyperlinkCtrl* mpSameFront = nullptr;
     // They stand below the front and the back.
     std::array<MediaStrip*, 2> mStrips{};
+    std::array<wxWindow*, 2> mStripButtons{};
     Exclusion mForwardX;
     Exclusion mReverseX;
     wxBoxSizer* mpSchedules = nullptr;

@@ -24,7 +24,7 @@ class ExportRoad(RoadTest):
         self.assertEqual(("一", "いち", "one"), (card["Front"], card["Front2"], card["Back"]))
 
         # The entry above those of the stores and backups.
-        press("alt+f", "Up", "Up", "Up", "Up", "Up", "Return")
+        press("alt+f", "Up", "Up", "Up", "Up", "Up", "Up", "Return")
         program.wait_window("Export Options")
         press("alt+o")
         program.wait_window("Export Flashcards")

@@ -13,6 +13,8 @@ namespace {
 
 // A longer sound is none of a card.
 constexpr int64_t kMostBytes = int64_t{64} << 20;
+// The library keeps the error of a file that breaks off within its head to itself, and waits.
+constexpr guint kLongestStart = 2000;
 
 // What may take part in decoding: the containers and codecs of Ogg, Opus, MP3, WAV and FLAC, with
 // the parts that read tags in front of them.
@@ -64,6 +66,12 @@ GstElement* MakeElement(GstElement* pipeline, const char* name) {
     return element;
 }
 
+void ForgetTimer(unsigned& timer) {
+    if (timer != 0) {
+        g_source_remove(std::exchange(timer, 0));
+    }
+}
+
 }  // namespace
 
 SoundPlayer::SoundPlayer(std::function<void()> failed, std::string sink)
@@ -89,6 +97,7 @@ void SoundPlayer::Stop() {
 void SoundPlayer::End() {
     if (mpPipeline != nullptr) {
         g_source_remove(std::exchange(mWatch, 0));
+        ForgetTimer(mPatience);
         gst_element_set_state(mpPipeline, GST_STATE_NULL);
         gst_object_unref(std::exchange(mpPipeline, nullptr));
     }
@@ -139,13 +148,26 @@ bool SoundPlayer::Start() {
     }
     g_signal_connect(decode, "autoplug-select", G_CALLBACK(OnPlug), nullptr);
     g_signal_connect(decode, "pad-added", G_CALLBACK(OnPad), convert);
+    mPatience = g_timeout_add(
+        kLongestStart, [](gpointer player) -> gboolean { return OnNoSound(player); }, this);
     return gst_element_set_state(mpPipeline, GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
+}
+
+int SoundPlayer::OnNoSound(void* data) {
+    auto& player = *static_cast<SoundPlayer*>(data);
+    player.mPatience = 0;
+    player.Stop();
+    player.mFailed();
+    return G_SOURCE_REMOVE;
 }
 
 // Without a device the sink warns and goes on in silence.
 int SoundPlayer::OnMessage(void*, GstMessage* message, void* data) {
     auto& player = *static_cast<SoundPlayer*>(data);
     switch (GST_MESSAGE_TYPE(message)) {
+        case GST_MESSAGE_ASYNC_DONE:
+            ForgetTimer(player.mPatience);
+            return G_SOURCE_CONTINUE;
         case GST_MESSAGE_EOS:
             player.End();
             player.PlayNext();

@@ -37,6 +37,7 @@ class SoundPlayer : public SoundOutput {
 
   private:
     static int OnMessage(void* bus, _GstMessage* message, void* player);
+    static int OnNoSound(void* player);
 
     void PlayNext();
     bool Start();
@@ -49,4 +50,6 @@ class SoundPlayer : public SoundOutput {
     // Null while nothing is played.
     _GstElement* mpPipeline = nullptr;
     unsigned mWatch = 0;
+    // The timer that ends a sound which never begins; 0 once it has begun.
+    unsigned mPatience = 0;
 };

@@ -40,7 +40,7 @@ TEST_F(SoundPlayerTest, WhatIsNoSoundIsToldAndNeverReachesADecoder) {
         mFailures = 0;
         Play({name, "good.wav"});
         EXPECT_TRUE(WaitForEnd()) << name;
-        EXPECT_GE(mFailures, std::string(name) == "cut.ogg" ? 0 : 1) << name;
+        EXPECT_GE(mFailures, 1) << name;
     }
     SoundPlayer without([this] { ++mFailures; }, "no-such-sink");
     mFailures = 0;
