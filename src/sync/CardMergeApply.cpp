@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 #include "sync/CardMerge.h"
@@ -367,9 +368,21 @@ int64_t CardMerge::JoinEqualCards(std::optional<bool> answer) {
         return Texts(state.Value(CardField::kFront), state.Value(CardField::kBack),
                      CategoryNow(state));
     };
+    // A card from elsewhere that has become one with a card from here has found its equal.
+    std::set<CardUuid> fromHere;
+    std::set<CardUuid> fromElsewhere;
+    const std::map<CardUuid, CardUuid> unions = mUnions.GetGone();
+    for (const auto& [gone, stays] : unions) {
+        for (const CardUuid& card : {gone, stays}) {
+            (mNew.count(card) > 0 ? fromElsewhere : fromHere).insert(stays);
+        }
+    }
+    std::set<CardUuid> paired;
+    std::set_intersection(fromHere.begin(), fromHere.end(), fromElsewhere.begin(),
+                          fromElsewhere.end(), std::inserter(paired, paired.begin()));
     for (const CardUuid& id : mNew) {
         const SyncedCard& state = Load(id);
-        if (state.Exists()) {
+        if (state.Exists() && paired.count(id) == 0) {
             groups[textsOf(state)].first.push_back(id);
         }
     }
@@ -383,7 +396,7 @@ int64_t CardMerge::JoinEqualCards(std::optional<bool> answer) {
         CardUuid id;
         if (near != groups.end() && std::get<0>(near->first) == front &&
             std::get<1>(near->first) == back && ParseUuidUtf8(query.Text(0), id) == 0 &&
-            mNew.count(id) == 0) {
+            mNew.count(id) == 0 && paired.count(id) == 0) {
             candidates.push_back(id);
         }
     }

@@ -703,7 +703,10 @@ void ExchangeRun::FinishLog() {
     mState.SetNumber("merging", 1);
     mState.SetNumber("log-end", end);
     mState.SetFact("log-sum", LogTailSum(mLogPath, end));
-    mState.Commit();
+    if (!mState.Commit()) {
+        // What is not written down must not come into the log.
+        return;
+    }
     const int error = MergeEvents(mLogPath, missing, unions, end);
     if (error != 0) {
         Say(wxString::Format(_("The log of reviews could not be written: %s"),

@@ -35,7 +35,7 @@ constexpr NeededRule kNeeded[] = {
     {"BringsBack", &ExchangeRules::BringsBack, 1},
     {"FoldsReviews", &ExchangeRules::FoldsReviews, 1},
     {"NoticesGoneBack", &ExchangeRules::NoticesGoneBack, 3},
-    {"ListsLostTexts", &ExchangeRules::ListsLostTexts, 18},
+    {"ListsLostTexts", &ExchangeRules::ListsLostTexts, 22},
     {"JoinsEqualCards", &ExchangeRules::JoinsEqualCards, 81},
 };
 
