@@ -270,6 +270,11 @@ void CardMerge::CollectNew(SyncedCard& state, const SyncedCard& live) {
     }
     TouchOwn(state);
     mOut.AddCard(state);
+    if (before.IsKnown) {
+        // It was deleted and is back as it was then. Its reviews since count.
+        mFolded.insert(state.Id);
+        return;
+    }
     for (const ReviewDirection direction : kEachDirection) {
         const CardSchedule& schedule = state.Schedule(direction);
         const auto last = mLastEvents.find({state.Id, direction});
@@ -504,21 +509,23 @@ void CardMerge::Touch(const CardUuid& id) {
 void CardMerge::Settle() {
     SettleCategories();
     GatherEvents(mFolded);
-    for (const CardUuid& id : mFolded) {
-        SyncedCard& state = Load(id);
+    // One after the other in the order of the tables. What is settled touches nothing else.
+    std::set<CardUuid> cards = std::exchange(mTouched, {});
+    const std::set<CardUuid> touched = cards;
+    cards.insert(mFolded.begin(), mFolded.end());
+    for (const CardUuid& id : cards) {
         bool differs = false;
-        for (const ReviewDirection direction : kEachDirection) {
-            differs = SettleSchedule(state, direction) || differs;
+        if (mFolded.count(id) > 0) {
+            SyncedCard& state = Load(id);
+            for (const ReviewDirection direction : kEachDirection) {
+                differs = SettleSchedule(state, direction) || differs;
+            }
+            differs = differs && state.IsKnown && state.Exists();
         }
-        if (differs && state.IsKnown && state.Exists()) {
-            mTouched.insert(id);
+        if (differs || touched.count(id) > 0) {
+            mChangesStore = true;
+            SettleCard(id);
         }
-    }
-    mChangesStore = mChangesStore || !mTouched.empty();
-    // What is settled may touch nothing else.
-    const std::set<CardUuid> touched = std::exchange(mTouched, {});
-    for (const CardUuid& id : touched) {
-        SettleCard(id);
     }
     FlushCache();
     DropEmptyCategories();

@@ -49,7 +49,9 @@ constexpr char kMakeTables[] =
     "PRIMARY KEY(Session, Number));";
 
 // The engine's usual cache of 2 MB would write most pages of a large exchange many times over.
-constexpr char kPageCaches[] = "PRAGMA main.cache_size=-65536; PRAGMA beside.cache_size=-65536;";
+constexpr char kPageCaches[] =
+    "PRAGMA main.cache_size=-65536; PRAGMA beside.cache_size=-65536;"
+    "PRAGMA temp.cache_size=-65536;";
 
 // What the copy keeps of a card beside its columns.
 enum { kCopyGoneUnited = 2 };

@@ -483,37 +483,11 @@ void Simulation::Restore(Machine& machine) {
     Exchange(machine);
 }
 
-ExchangeReport Simulation::Exchange(Machine& machine) {
-    FakeClock clock(mTime + machine.Offset + 15);
-    ExchangeOptions options;
-    options.StorePath = machine.StorePath();
-    options.Folder = FromUtf8(machine.Folder);
-    options.Name = wxString::Format("machine %i", static_cast<int>(machine.Index));
-    options.Time = &clock;
-    options.MakeIdentity = [&] {
-        machine.Identity = uint64_t{mRandom()} << 32 | (machine.Index + 1);
-        return machine.Identity;
-    };
-    options.Rules = mOptions.Rules;
-    options.JoinsEqualCards = true;
-    // Study goes on while the exchange ends.
-    options.AfterChange = [&] {
-        if (mStudiesOn && Chance(0.2)) {
-            EditCard(machine);
-        }
-    };
-    ExchangeReport report = RunExchange(options);
-    if (report.End == ExchangeEnd::kAsks) {
-        options.Answer = ExchangeAnswer::kTakeNewer;
-        report = RunExchange(options);
-    }
-    if (report.End != ExchangeEnd::kDone) {
-        mFaults +=
-            "machine " + std::to_string(machine.Index) + ": " + report.Message.utf8_string() + "\n";
-    }
+// Notes what a computer knows of the others by the files that it has taken.
+void Simulation::Learn(Machine& machine) {
     SyncState state;
     if (!state.OpenAlone(machine.StorePath())) {
-        return report;
+        return;
     }
     for (const ExchangeMachine& other : state.ReadMachines()) {
         for (const auto& known : mMachines) {
@@ -529,6 +503,38 @@ ExchangeReport Simulation::Exchange(Machine& machine) {
         }
     }
     machine.KnownByFile[state.GetNumber("number")] = machine.Known;
+}
+
+ExchangeReport Simulation::Exchange(Machine& machine) {
+    FakeClock clock(mTime + machine.Offset + 15);
+    ExchangeOptions options;
+    options.StorePath = machine.StorePath();
+    options.Folder = FromUtf8(machine.Folder);
+    options.Name = wxString::Format("machine %i", static_cast<int>(machine.Index));
+    options.Time = &clock;
+    options.MakeIdentity = [&] {
+        machine.Identity = uint64_t{mRandom()} << 32 | (machine.Index + 1);
+        return machine.Identity;
+    };
+    options.Rules = mOptions.Rules;
+    options.JoinsEqualCards = true;
+    // Study goes on while the exchange ends.
+    options.AfterChange = [&] {
+        Learn(machine);
+        if (mStudiesOn && Chance(0.2)) {
+            EditCard(machine);
+        }
+    };
+    ExchangeReport report = RunExchange(options);
+    if (report.End == ExchangeEnd::kAsks) {
+        options.Answer = ExchangeAnswer::kTakeNewer;
+        report = RunExchange(options);
+    }
+    if (report.End != ExchangeEnd::kDone) {
+        mFaults +=
+            "machine " + std::to_string(machine.Index) + ": " + report.Message.utf8_string() + "\n";
+    }
+    Learn(machine);
     if (mOptions.RestoresBackups && Chance(0.3)) {
         fs::copy_file(ToUtf8(machine.StorePath()), ToUtf8(machine.StorePath() + ".backup"),
                       fs::copy_options::overwrite_existing);

@@ -51,6 +51,7 @@ class Simulation {
     void ChangeCategories(Machine& machine);
     void ImportList(Machine& machine);
     void Restore(Machine& machine);
+    void Learn(Machine& machine);
     ExchangeReport Exchange(Machine& machine);
     std::optional<FlashCard> AnyCard(Machine& machine);
     int64_t Note(Machine& machine, const CardUuid& card, const std::string& fields);

@@ -36,7 +36,7 @@ constexpr NeededRule kNeeded[] = {
     {"FoldsReviews", &ExchangeRules::FoldsReviews, 1},
     {"NoticesGoneBack", &ExchangeRules::NoticesGoneBack, 3},
     {"ListsLostTexts", &ExchangeRules::ListsLostTexts, 22},
-    {"JoinsEqualCards", &ExchangeRules::JoinsEqualCards, 81},
+    {"JoinsEqualCards", &ExchangeRules::JoinsEqualCards, 132},
 };
 
 }  // namespace
