@@ -444,7 +444,7 @@ class KillTest(RoadTest):
 
     def export_cards(self, number):
         program = self.start(STUDY_WINDOW)
-        press("alt+f", "Up", "Up", "Up", "Up", "Up", "Return")
+        press("alt+f", "Up", "Up", "Up", "Up", "Up", "Up", "Return")
         program.wait_window("Export Options")
         press("alt+o")
         program.wait_window("Export Flashcards")
