@@ -22,11 +22,6 @@ constexpr int64_t kYoungReview = 10;
 // How far ahead of all news from other computers, in seconds, the clock is believed.
 constexpr int64_t kMostAhead = int64_t{60} * 86400;
 
-std::string IdText(const CardUuid& id) {
-    const std::array<char, 36> text = UuidText(id);
-    return {text.data(), text.size()};
-}
-
 int64_t SecondsOf(const wxDateTime& time) {
     return time.IsValid() ? int64_t{time.GetTicks()} : -1;
 }
@@ -71,7 +66,7 @@ CardMerge::CardMerge(const Context& context, const std::vector<EditNote>& notes)
     Query ahead(mState.Sql(), "SELECT Session, Number FROM beside.Ahead");
     while (ahead.Step()) {
         uint64_t session = 0;
-        ParseHex64(ahead.Text(0), session);
+        ParseHexText(ahead.Text(0), session);
         mAhead.emplace(session, ahead.Int(1));
     }
     mState.Sql().Execute(

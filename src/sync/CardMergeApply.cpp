@@ -60,7 +60,7 @@ void CardMerge::Apply(const Sender& sender, const ExchangeFields& record) {
     if (kind == "m" && has(3)) {
         int64_t number = 0;
         uint64_t machine = 0;
-        if (ParseInt64(record[1], number) && ParseHex64(record[2], machine)) {
+        if (ParseInt64(record[1], number) && ParseHexText(record[2], machine)) {
             mFileMachines.Set(number, machine);
         }
     } else if (kind == "c" && has(2)) {
@@ -114,7 +114,7 @@ void CardMerge::Apply(const Sender& sender, const ExchangeFields& record) {
         uint64_t session = 0;
         int64_t number = 0;
         CardUuid card;
-        if (ParseHex64(record[1], session) && ParseInt64(record[2], number) &&
+        if (ParseHexText(record[1], session) && ParseInt64(record[2], number) &&
             ParseId(record[3], card) && mAhead.emplace(session, number).second) {
             const std::string sessionText(record[1]);
             const std::string cardText(record[3]);
@@ -186,9 +186,9 @@ void CardMerge::ApplyField(SyncedCard& state, CardField field, const Stamp& at,
         Query query(mState.Sql(),
                     "UPDATE beside.Conflicts SET Closed=1, Value='' WHERE CardId=? AND Field=?"
                     " AND Time=? AND Machine=?");
-        const std::string card = FormatUuid(state.Id).utf8_string();
+        const std::string card = IdText(state.Id);
         const std::string letter(1, kFieldLetters[IndexOf(field)]);
-        const std::string machine = FormatHex64(replaced.Machine);
+        const std::string machine = HexText(replaced.Machine);
         query.Bind(card);
         query.Bind(letter);
         query.Bind(replaced.Time);
@@ -264,8 +264,8 @@ void CardMerge::ApplyEvent(const Sender& sender, const ExchangeFields& record) {
     if (event.Time > sender.LatestElsewhere + kMostAhead &&
         mAhead.emplace(event.Session, event.Number).second) {
         mAheadCount += event.IsSet ? 0 : 1;
-        const std::string session = FormatHex64(event.Session);
-        const std::string card = FormatUuid(event.CardId).utf8_string();
+        const std::string session = HexText(event.Session);
+        const std::string card = IdText(event.CardId);
         Query query(mState.Sql(), "INSERT OR IGNORE INTO beside.Ahead VALUES (?,?,?)", session,
                     event.Number, card);
         query.Step();
@@ -323,8 +323,8 @@ void CardMerge::ApplyUnion(const CardUuid& gone, const CardUuid& stays) {
     mGathered.erase(gone);
     mFolded.erase(gone);
     mFolded.insert(stays);
-    const std::string from = FormatUuid(gone).utf8_string();
-    const std::string into = FormatUuid(stays).utf8_string();
+    const std::string from = IdText(gone);
+    const std::string into = IdText(stays);
     {
         Query query(mState.Sql(), "UPDATE temp.Events SET CardId=? WHERE CardId=?", into, from);
         query.Step();

@@ -250,7 +250,7 @@ bool ExchangeRun::Prepare() {
 }
 
 void ExchangeRun::FindIdentity() {
-    ParseHex64(mState.GetFact("machine"), mMachine);
+    ParseHexText(mState.GetFact("machine"), mMachine);
     mNumber = mState.GetNumber("number");
     const std::string place = PlaceOf(mOptions.StorePath);
     if (mIsJoining || mState.GetFact("place") != place) {
@@ -274,7 +274,7 @@ void ExchangeRun::TakeNewIdentity() {
     mState.SetNumber("number", mNumber);
     if (!mIsJoining) {
         // A first exchange is one until it has ended.
-        mState.SetFact("machine", FormatHex64(mMachine));
+        mState.SetFact("machine", HexText(mMachine));
     }
     mState.SetFact("place", PlaceOf(mOptions.StorePath));
     mState.Commit();
@@ -590,7 +590,7 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         mState.SetNumber("backup", Now());
     }
     mState.SaveNumbers();
-    mState.SetFact("machine", FormatHex64(mMachine));
+    mState.SetFact("machine", HexText(mMachine));
     mState.SetFact("name", ToUtf8(mOptions.Name));
     mState.SetNumber("number", mNumber);
     mState.SetNumber("clock", time.GetLast());

@@ -243,7 +243,7 @@ class LineSource {
     LineSource(int file, const std::atomic<bool>* cancelled)
         : mFile(file), mCancelled(cancelled), mBuffer(kFirstBlock) {}
 
-    // Reads more bytes behind those that are left. Returns false at the end and after an error.
+    // Reads more bytes after those that are left. Returns false at the end and after an error.
     bool Fill() {
         if (mCancelled != nullptr && *mCancelled) {
             mError = ECANCELED;

@@ -6,11 +6,6 @@
 
 namespace {
 
-std::string IdText(const CardUuid& id) {
-    const std::array<char, 36> text = UuidText(id);
-    return {text.data(), text.size()};
-}
-
 std::string LetterOf(CardField field) {
     return std::string(1, kFieldLetters[IndexOf(field)]);
 }
@@ -29,7 +24,7 @@ void Outgoing::NameMachines(int64_t known) {
     for (; known < mNumbers.GetCount(); ++known) {
         uint64_t machine = 0;
         mNumbers.MachineOf(known, machine);
-        mWriter.Add({"m", std::to_string(known), FormatHex64(machine)});
+        mWriter.Add({"m", std::to_string(known), HexText(machine)});
     }
 }
 
@@ -99,8 +94,7 @@ void Outgoing::AddAnswer(bool joins, const Stamp& at) {
 }
 
 void Outgoing::AddAhead(const ScheduleEvent& event) {
-    mWriter.Add(
-        {"a", FormatHex64(event.Session), std::to_string(event.Number), IdText(event.CardId)});
+    mWriter.Add({"a", HexText(event.Session), std::to_string(event.Number), IdText(event.CardId)});
 }
 
 void Outgoing::AddLostText(const LostText& text) {

@@ -121,10 +121,10 @@ std::string LogTailSum(const wxString& logPath, int64_t end) {
     }
     ExchangeChecksum sum;
     sum.Add({bytes.data(), wanted});
-    return FormatHex64(sum.Get());
+    return HexText(sum.Get());
 }
 
 std::string FormatEventKey(const ScheduleEvent& event) {
-    return FormatHex64(event.Session) + " " + std::to_string(event.Number) +
+    return HexText(event.Session) + " " + std::to_string(event.Number) +
            (event.IsSet ? " set" : "");
 }

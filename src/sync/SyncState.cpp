@@ -61,11 +61,6 @@ enum { kClosedHere = 2 };
 constexpr int kFirstSchedule = 9;
 constexpr int kScheduleColumns = 6;
 
-std::string IdText(const CardUuid& id) {
-    const std::array<char, 36> text = UuidText(id);
-    return {text.data(), text.size()};
-}
-
 CardUuid IdOf(const std::string& text) {
     CardUuid id;
     return ParseUuidUtf8(text, id) == 0 ? id : CardUuid();
@@ -134,7 +129,7 @@ void BindColumns(Query& query, const SyncedCard& state) {
 std::string FormatTaken(const std::map<uint64_t, int64_t>& taken) {
     std::string text;
     for (const auto& [machine, number] : taken) {
-        text += FormatHex64(machine) + " " + std::to_string(number) + "\n";
+        text += HexText(machine) + " " + std::to_string(number) + "\n";
     }
     return text;
 }
@@ -146,7 +141,7 @@ std::map<uint64_t, int64_t> ParseTaken(std::string_view text) {
         text.remove_prefix(std::min(text.size(), line.size() + 1));
         uint64_t machine = 0;
         int64_t number = 0;
-        if (line.size() > 17 && ParseHex64(line.substr(0, 16), machine) &&
+        if (line.size() > 17 && ParseHexText(line.substr(0, 16), machine) &&
             ParseInt64(line.substr(17), number)) {
             taken[machine] = number;
         }
@@ -156,7 +151,7 @@ std::map<uint64_t, int64_t> ParseTaken(std::string_view text) {
 
 uint64_t MachineOf(const std::string& text) {
     uint64_t machine = 0;
-    ParseHex64(text, machine);
+    ParseHexText(text, machine);
     return machine;
 }
 
@@ -323,7 +318,7 @@ std::vector<ExchangeMachine> SyncState::ReadMachines() {
 
 void SyncState::SaveMachine(const ExchangeMachine& machine) {
     const std::string acknowledged = FormatTaken(machine.Acknowledged);
-    const std::string id = FormatHex64(machine.Id);
+    const std::string id = HexText(machine.Id);
     Query query(mSql,
                 "INSERT OR REPLACE INTO beside.Machines(Id, Number, Name, LastNews, Taken,"
                 " Acknowledged) VALUES (?,?,?,?,?,?)",
@@ -336,7 +331,7 @@ void SyncState::SaveNumbers() {
     for (; mSavedNumbers < mNumbers.GetCount(); ++mSavedNumbers) {
         uint64_t machine = 0;
         mNumbers.MachineOf(mSavedNumbers, machine);
-        const std::string id = FormatHex64(machine);
+        const std::string id = HexText(machine);
         Query query(mSql,
                     "INSERT OR IGNORE INTO beside.Machines(Id, Number, Name, LastNews, Taken,"
                     " Acknowledged) VALUES (?,?,'',0,0,'')",
@@ -558,7 +553,7 @@ std::vector<CategoryEvent> SyncState::ReadCategoryEvents() {
 }
 
 bool SyncState::AddCategoryEvent(const CategoryEvent& event) {
-    const std::string machine = FormatHex64(event.At.Machine);
+    const std::string machine = HexText(event.At.Machine);
     const std::string kind(1, event.What);
     Query query(mSql, "INSERT OR IGNORE INTO beside.CategoryEvents VALUES (?,?,?,?,?)",
                 event.At.Time, machine, kind, event.Name, event.NewName);
@@ -586,8 +581,8 @@ std::vector<std::pair<CardUuid, CardUuid>> SyncState::ReadUnions() {
 void SyncState::AddLostText(const LostText& text) {
     const std::string card = IdText(text.Card);
     const std::string field(1, kFieldLetters[IndexOf(text.Field)]);
-    const std::string machine = FormatHex64(text.Lost.Machine);
-    const std::string standing = FormatHex64(text.Stands.Machine);
+    const std::string machine = HexText(text.Lost.Machine);
+    const std::string standing = HexText(text.Stands.Machine);
     Query query(mSql, "INSERT OR IGNORE INTO beside.Conflicts VALUES (?,?,?,?,?,?,?,?)", card,
                 field, text.Lost.Time, machine, text.Value, text.Stands.Time, standing,
                 int{text.IsLookedAt});
@@ -597,7 +592,7 @@ void SyncState::AddLostText(const LostText& text) {
 void SyncState::CloseLostText(const CardUuid& card, CardField field, const Stamp& lost) {
     const std::string id = IdText(card);
     const std::string letter(1, kFieldLetters[IndexOf(field)]);
-    const std::string machine = FormatHex64(lost.Machine);
+    const std::string machine = HexText(lost.Machine);
     Query query(mSql,
                 "INSERT INTO beside.Conflicts VALUES (?,?,?,?,'',0,'',1)"
                 " ON CONFLICT DO UPDATE SET Closed=1, Value=''",
@@ -630,7 +625,7 @@ std::vector<LostText> SyncState::ReadLostTexts(bool withClosed) {
 void SyncState::CloseLostTextHere(const LostText& text) {
     const std::string id = IdText(text.Card);
     const std::string letter(1, kFieldLetters[IndexOf(text.Field)]);
-    const std::string machine = FormatHex64(text.Lost.Machine);
+    const std::string machine = HexText(text.Lost.Machine);
     Query query(mSql,
                 "UPDATE beside.Conflicts SET Closed=?, Value='' WHERE CardId=? AND Field=?"
                 " AND Time=? AND Machine=?",
@@ -639,7 +634,7 @@ void SyncState::CloseLostTextHere(const LostText& text) {
 }
 
 void SyncState::AddSent(const ExchangeFileId& id, const std::string& bytes) {
-    const std::string machine = FormatHex64(id.Machine);
+    const std::string machine = HexText(id.Machine);
     Query query(mSql, "INSERT OR REPLACE INTO beside.Outbox VALUES (?,?,?)", machine, id.Number);
     query.BindBlob(bytes);
     query.Step();
@@ -655,14 +650,14 @@ std::vector<ExchangeFileId> SyncState::ListSent() {
 }
 
 std::string SyncState::ReadSent(const ExchangeFileId& id) {
-    const std::string machine = FormatHex64(id.Machine);
+    const std::string machine = HexText(id.Machine);
     Query query(mSql, "SELECT Bytes FROM beside.Outbox WHERE Machine=? AND Number=?", machine,
                 id.Number);
     return query.Step() ? query.Blob(0) : std::string();
 }
 
 void SyncState::DropSent(const ExchangeFileId& id) {
-    const std::string machine = FormatHex64(id.Machine);
+    const std::string machine = HexText(id.Machine);
     Query query(mSql, "DELETE FROM beside.Outbox WHERE Machine=? AND Number=?", machine, id.Number);
     query.Step();
 }

@@ -120,18 +120,9 @@ bool ParseInt64(std::string_view text, int64_t& number) {
     return result.ec == std::errc() && result.ptr == text.data() + text.size();
 }
 
-bool ParseHex64(std::string_view text, uint64_t& number) {
-    const std::from_chars_result result =
-        std::from_chars(text.data(), text.data() + text.size(), number, 16);
-    return text.size() == 16 && result.ec == std::errc() && result.ptr == text.data() + text.size();
-}
-
-std::string FormatHex64(uint64_t number) {
-    std::string text(16, '0');
-    for (size_t i = text.size(); i-- > 0; number >>= 4) {
-        text[i] = "0123456789abcdef"[number & 0xF];
-    }
-    return text;
+std::string IdText(const CardUuid& id) {
+    const std::array<char, 36> text = UuidText(id);
+    return {text.data(), text.size()};
 }
 
 int64_t MachineNumbers::NumberOf(uint64_t machine) {

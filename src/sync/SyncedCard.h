@@ -84,8 +84,8 @@ bool ParseSchedule(std::string_view text, CardSchedule& schedule);
 
 // Reads a whole number, with a sign if it has one, and nothing else.
 bool ParseInt64(std::string_view text, int64_t& number);
-bool ParseHex64(std::string_view text, uint64_t& number);
-std::string FormatHex64(uint64_t number);
+// Returns the 36 characters of an identity.
+std::string IdText(const CardUuid& id);
 
 // Short numbers for machines in stored and sent stamps.
 class MachineNumbers {

@@ -61,7 +61,7 @@ int WriteWholeCopy(SyncState& state, const ExchangeHeader& header, const wxStrin
         Query ahead(state.Sql(), "SELECT Session, Number, CardId FROM beside.Ahead");
         while (ahead.Step()) {
             ScheduleEvent event;
-            ParseHex64(ahead.Text(0), event.Session);
+            ParseHexText(ahead.Text(0), event.Session);
             event.Number = ahead.Int(1);
             ParseUuidUtf8(ahead.Text(2), event.CardId);
             out.AddAhead(event);

@@ -35,10 +35,6 @@ class SeededRandom : public ReviewRandom {
     std::mt19937& mRandom;
 };
 
-std::string IdText(const CardUuid& id) {
-    return FormatUuid(id).utf8_string();
-}
-
 std::string ScheduleText(const CardSchedule& schedule) {
     CardSchedule shown = schedule;
     shown.ERC = 0;
@@ -571,7 +567,7 @@ std::string Simulation::LogOf(const Machine& machine, const std::string& id) {
     for (int64_t number = 0; number < numbers.GetCount(); ++number) {
         uint64_t identity = 0;
         numbers.MachineOf(number, identity);
-        lines += " " + FormatHex64(identity);
+        lines += " " + HexText(identity);
     }
     return lines + "\n" + EventsOf(machine);
 }
@@ -719,7 +715,7 @@ std::string Simulation::EventsOf(const Machine& machine) {
     state.OpenAlone(machine.StorePath());
     for (const CategoryEvent& event : state.ReadCategoryEvents()) {
         lines += std::string(1, event.What) + " " + event.Name + " " + event.NewName + " " +
-                 std::to_string(event.At.Time) + " " + FormatHex64(event.At.Machine) + "\n";
+                 std::to_string(event.At.Time) + " " + HexText(event.At.Machine) + "\n";
     }
     return lines;
 }
