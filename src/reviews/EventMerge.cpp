@@ -85,6 +85,7 @@ class LogMerge {
         std::string Text;
     };
 
+    void NameEvents();
     void Rename(ScheduleEvent& event) const;
     int Open();
     int Read();
@@ -135,10 +136,9 @@ LogMerge::LogMerge(std::string path, std::vector<ScheduleEvent> events,
         }
     }
     // A review with its extension before the same one without it.
-    std::stable_sort(mEvents.begin(), mEvents.end(),
-                     [](const ScheduleEvent& one, const ScheduleEvent& other) {
-                         return one.HasExtension && !other.HasExtension;
-                     });
+    std::stable_partition(mEvents.begin(), mEvents.end(), [](const ScheduleEvent& event) {
+        return event.IsSet || event.HasExtension;
+    });
     const auto isKnown = [this](const ScheduleEvent& event) {
         const bool isNew =
             mByName.emplace(std::tuple(event.Session, event.Number, event.IsSet), 0).second;
@@ -159,6 +159,10 @@ LogMerge::LogMerge(std::string path, std::vector<ScheduleEvent> events,
         std::array<char, kTimeStampLength> time{};
         mFirstTime.assign(time.data(), WriteTime(time.data(), mEvents.front().Time));
     }
+}
+
+// Lets the events be found by what a log has of them.
+void LogMerge::NameEvents() {
     for (size_t i = 0; i < mEvents.size(); ++i) {
         const ScheduleEvent& event = mEvents[i];
         mByName[{event.Session, event.Number, event.IsSet}] = i;
@@ -252,6 +256,7 @@ int LogMerge::Read() {
     if (!mLog.IsOpen()) {
         return 0;
     }
+    NameEvents();
     const EventScan::Visit visit = [this](const ScheduleEvent& event, int64_t, int64_t end) {
         TakeEvent(event, end);
     };

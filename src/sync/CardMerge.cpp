@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 #include "base/Unicode.h"
@@ -15,15 +17,21 @@
 namespace {
 
 // How many states are kept in memory.
-constexpr size_t kCacheSize = 4096;
+constexpr size_t kCacheSize = 131072;
 // A score is written into the store a moment before its line is in the log. A schedule as young as
 // this, in seconds, is left for the next exchange unless a line explains it.
 constexpr int64_t kYoungReview = 10;
 // How far ahead of all news from other computers, in seconds, the clock is believed.
 constexpr int64_t kMostAhead = int64_t{60} * 86400;
+// Events come in any order. They are read card by card, or all of them in the order of the cards.
+constexpr char kIndexEvents[] = "CREATE INDEX IF NOT EXISTS temp.EventsOfCards ON Events(CardId)";
 
 int64_t SecondsOf(const wxDateTime& time) {
     return time.IsValid() ? int64_t{time.GetTicks()} : -1;
+}
+
+std::string_view BytesOf(const CardUuid& id) {
+    return {reinterpret_cast<const char*>(id.Bytes.data()), id.Bytes.size()};
 }
 
 // Notes have the letters of the fields, and two for the schedules.
@@ -70,9 +78,12 @@ CardMerge::CardMerge(const Context& context, const std::vector<EditNote>& notes)
         mAhead.emplace(session, ahead.Int(1));
     }
     mState.Sql().Execute(
-        "CREATE TEMP TABLE IF NOT EXISTS Events(CardId TEXT, Direction INTEGER,"
-        " Text TEXT); DELETE FROM temp.Events;"
-        "CREATE INDEX IF NOT EXISTS temp.EventsOfCards ON Events(CardId);");
+        "CREATE TEMP TABLE IF NOT EXISTS Events(CardId BLOB, Text BLOB);"
+        "DELETE FROM temp.Events; DROP INDEX IF EXISTS temp.EventsOfCards;");
+    Query cards(mState.Sql(), "SELECT 1 FROM beside.Copy LIMIT 1");
+    mHasCopy = cards.Step();
+    mHasLive = mState.HasLiveCards();
+    mHasCardsHere = mHasCopy || mHasLive;
 }
 
 bool CardMerge::HasNote(const CardUuid& id, EditedField field) const {
@@ -195,7 +206,7 @@ void CardMerge::Collect(const CardUuid& id) {
     Load(id);
 }
 
-SyncedCard& CardMerge::Load(const CardUuid& id) {
+CardMerge::Loaded& CardMerge::Find(const CardUuid& id) {
     const auto found = mCache.find(id);
     if (found != mCache.end()) {
         return found->second;
@@ -203,46 +214,63 @@ SyncedCard& CardMerge::Load(const CardUuid& id) {
     if (mCache.size() >= kCacheSize) {
         FlushCache();
     }
-    SyncedCard& state = mCache[id];
-    mState.LoadCopy(id, state);
-    if (mCollected.insert(id).second) {
-        CollectCard(state);
+    Loaded& loaded = mCache[id];
+    unsigned& marks = mMarks[id];
+    const bool isFirst = (marks & kCollected) == 0;
+    marks |= kCollected;
+    if (isFirst && !mHasCopy) {
+        loaded.State.Id = id;
+        loaded.State.Value(CardField::kCategory) = kNoCategory;
+    } else {
+        mState.LoadCopy(id, loaded.State);
     }
-    return state;
+    if (isFirst) {
+        loaded.IsSaved = !CollectCard(loaded.State);
+    }
+    return loaded;
 }
 
+SyncedCard& CardMerge::Load(const CardUuid& id) {
+    Loaded& loaded = Find(id);
+    loaded.IsSaved = false;
+    return loaded.State;
+}
+
+// Saves what has changed, in the order of the copy.
 void CardMerge::FlushCache() {
-    for (const auto& [id, state] : mCache) {
-        Store(id);
+    std::vector<const SyncedCard*> states;
+    for (const auto& [id, loaded] : mCache) {
+        const FieldStamps& stamps = loaded.State.Stamps;
+        const bool wasEver = std::any_of(stamps.begin(), stamps.end(),
+                                         [](const Stamp& stamp) { return !stamp.IsNone(); });
+        if (!loaded.IsSaved && (wasEver || loaded.State.IsUnited || loaded.State.Seen)) {
+            states.push_back(&loaded.State);
+        }
+    }
+    std::sort(states.begin(), states.end(),
+              [](const SyncedCard* one, const SyncedCard* other) { return one->Id < other->Id; });
+    for (const SyncedCard* const state : states) {
+        mState.SaveCopy(*state);
     }
     mCache.clear();
 }
 
-void CardMerge::Store(const CardUuid& id) {
-    const SyncedCard& state = mCache.at(id);
-    const bool wasEver = std::any_of(state.Stamps.begin(), state.Stamps.end(),
-                                     [](const Stamp& stamp) { return !stamp.IsNone(); });
-    if (wasEver || state.IsUnited || state.Seen) {
-        mState.SaveCopy(state);
-    }
-}
-
-void CardMerge::CollectCard(SyncedCard& state) {
+bool CardMerge::CollectCard(SyncedCard& state) {
     SyncedCard live;
-    const bool isThere = mState.LoadLive(state.Id, live);
+    const bool isThere = mHasLive && mState.LoadLive(state.Id, live);
     const bool wasThere = state.IsKnown && state.Exists();
     const bool goesBack = mContext.Answer == ExchangeAnswer::kTakeNewer && !mContext.IsJoining;
     if (isThere && !wasThere) {
         if (state.IsKnown && (state.IsUnited || goesBack)) {
             // It became one with another card, or the earlier store still has it.
-            mTouched.insert(state.Id);
+            SetMark(state.Id, kTouched);
         } else {
             CollectNew(state, live);
         }
     } else if (!isThere && wasThere) {
         if (goesBack && !HasNote(state.Id, EditedField::kDeletion)) {
-            mTouched.insert(state.Id);
-            return;
+            SetMark(state.Id, kTouched);
+            return true;
         }
         ++mLostHere;
         state.Seen = state.Touched;
@@ -251,6 +279,7 @@ void CardMerge::CollectCard(SyncedCard& state) {
     } else if (isThere) {
         CollectFields(state, live);
     }
+    return isThere || wasThere;
 }
 
 void CardMerge::CollectNew(SyncedCard& state, const SyncedCard& live) {
@@ -267,7 +296,7 @@ void CardMerge::CollectNew(SyncedCard& state, const SyncedCard& live) {
     mOut.AddCard(state);
     if (before.IsKnown) {
         // It was deleted and is back as it was then. Its reviews since count.
-        mFolded.insert(state.Id);
+        SetMark(state.Id, kFolded);
         return;
     }
     for (const ReviewDirection direction : kEachDirection) {
@@ -291,7 +320,7 @@ void CardMerge::CollectFields(SyncedCard& state, const SyncedCard& live) {
             return;
         }
         if (goesBack && !HasNote(state.Id, NotedField(field))) {
-            mTouched.insert(state.Id);
+            SetMark(state.Id, kTouched);
             return;
         }
         Stamp& stamp = state.Stamps[IndexOf(field)];
@@ -328,8 +357,8 @@ void CardMerge::CollectSchedule(SyncedCard& state, const SyncedCard& live,
     }
     if (mContext.Answer == ExchangeAnswer::kTakeNewer && !mContext.IsJoining &&
         !HasNote(state.Id, NotedField(direction))) {
-        mTouched.insert(state.Id);
-        mFolded.insert(state.Id);
+        SetMark(state.Id, kTouched);
+        SetMark(state.Id, kFolded);
         return;
     }
     const auto last = mLastEvents.find({state.Id, direction});
@@ -352,64 +381,86 @@ void CardMerge::CollectSchedule(SyncedCard& state, const SyncedCard& live,
     }
 }
 
-void CardMerge::GatherEvents(const std::unordered_set<CardUuid, IdHash>& cards) {
-    std::unordered_set<CardUuid, IdHash> wanted;
-    for (const CardUuid& card : cards) {
-        if (mGathered.insert(card).second) {
-            wanted.insert(card);
-        }
-    }
-    if (wanted.empty()) {
+bool CardMerge::HasMark(const CardUuid& id, Mark mark) const {
+    const auto marks = mMarks.find(id);
+    return marks != mMarks.end() && (marks->second & mark) != 0;
+}
+
+// Reads the events of the cards with a mark from the log, unless they were read.
+void CardMerge::GatherEvents(Mark mark) {
+    const auto isWanted = [mark](unsigned marks) {
+        return (marks & mark) != 0 && (marks & kGathered) == 0;
+    };
+    if (std::none_of(mMarks.begin(), mMarks.end(),
+                     [&](const auto& card) { return isWanted(card.second); })) {
         return;
     }
     VisitEvents(
         mContext.LogPath, 0,
         [&](const ScheduleEvent& event) {
-            if (wanted.count(UnionOf(event.CardId)) > 0) {
-                KeepEvent(event);
+            const CardUuid card = UnionOf(event.CardId);
+            const auto marks = mMarks.find(card);
+            if (marks != mMarks.end() && isWanted(marks->second)) {
+                KeepEvent(card, FormatEvent(event));
             }
         },
         mContext.IsCancelled);
+    for (auto& [card, marks] : mMarks) {
+        marks |= (marks & mark) != 0 ? kGathered : 0U;
+    }
 }
 
-void CardMerge::KeepEvent(const ScheduleEvent& event) {
-    const std::string card = IdText(UnionOf(event.CardId));
-    const std::string text = FormatEvent(event);
-    Query query(mState.Sql(), "INSERT INTO temp.Events VALUES (?,?,?)", card, int{event.Direction},
-                text);
+void CardMerge::KeepEvent(const CardUuid& card, const std::string& text) {
+    Query query(mState.Sql(), "INSERT INTO temp.Events VALUES (?,?)");
+    query.BindBlob(BytesOf(card));
+    query.BindBlob(text);
     query.Step();
 }
 
 std::vector<ScheduleEvent> CardMerge::EventsOf(const CardUuid& id, ReviewDirection direction) {
     std::vector<ScheduleEvent> events;
-    const std::string card = IdText(id);
-    Query query(mState.Sql(), "SELECT Text FROM temp.Events WHERE CardId=? AND Direction=?", card,
-                int{direction});
+    Query query(mState.Sql(), "SELECT Text FROM temp.Events WHERE CardId=?");
+    query.BindBlob(BytesOf(id));
     while (query.Step()) {
         ScheduleEvent event;
-        if (ParseStoredEvent(query.Text(0), event)) {
+        if (ParseStoredEvent(query.Blob(0), event) && event.Direction == direction) {
             events.push_back(std::move(event));
         }
     }
     return events;
 }
 
+// Gives the events of cards that have become one with another to the other.
+void CardMerge::MoveUnitedEvents() {
+    if (mUnited.empty()) {
+        return;
+    }
+    mState.Sql().Execute(kIndexEvents);
+    for (const CardUuid& gone : mUnited) {
+        const CardUuid stays = UnionOf(gone);
+        Query query(mState.Sql(), "UPDATE temp.Events SET CardId=? WHERE CardId=?");
+        query.BindBlob(BytesOf(stays));
+        query.BindBlob(BytesOf(gone));
+        query.Step();
+    }
+}
+
 // Gives an event of this computer to the log and to the others.
 void CardMerge::AddSet(ScheduleEvent event) {
-    mState.AddPending(event);
+    const std::string text = FormatEvent(event);
+    mState.AddPending(text);
     mOut.AddEvent(event);
-    if (mGathered.count(event.CardId) > 0) {
-        KeepEvent(event);
+    if (HasMark(event.CardId, kGathered)) {
+        KeepEvent(UnionOf(event.CardId), text);
     }
 }
 
 void CardMerge::ExplainSchedules() {
-    std::unordered_set<CardUuid, IdHash> cards;
     for (const auto& [place, last] : mLastEvents) {
         // The store may not have taken the score, an exchange may have come in between, or a clock
         // may have dated an earlier event later.
         if (!mReadsWholeLog) {
-            mFolded.insert(place.first);
+            SetMark(place.first, kFolded);
             SyncedCard& state = Load(place.first);
             if (state.IsKnown && state.Exists()) {
                 TouchOwn(state);
@@ -417,12 +468,16 @@ void CardMerge::ExplainSchedules() {
         }
     }
     for (const Break& found : mBreaks) {
-        cards.insert(found.Event.CardId);
+        SetMark(found.Event.CardId, kUnexplained);
     }
     for (const auto& [place, schedule] : mUnexplained) {
-        cards.insert(place.first);
+        SetMark(place.first, kUnexplained);
     }
-    GatherEvents(cards);
+    if (mBreaks.empty() && mUnexplained.empty()) {
+        return;
+    }
+    GatherEvents(kUnexplained);
+    mState.Sql().Execute(kIndexEvents);
     for (const auto& [event, isFirst] : mBreaks) {
         const std::vector<ScheduleEvent> events = EventsOf(event.CardId, event.Direction);
         const CardSchedule& from = event.From;
@@ -435,7 +490,7 @@ void CardMerge::ExplainSchedules() {
             });
         if (isFork) {
             // It was given before the card had what the last exchange brought.
-            mFolded.insert(event.CardId);
+            SetMark(event.CardId, kFolded);
             continue;
         }
         // Another program had set the schedule in between.
@@ -468,6 +523,8 @@ void CardMerge::ExplainSchedules() {
         }
         AddSet(MakeSetEvent(std::max<int64_t>(time, 0), place.first, place.second, schedule));
     }
+    // What comes from elsewhere is put in without it, and read in order.
+    mState.Sql().Execute("DROP INDEX temp.EventsOfCards");
 }
 
 // Returns the names with all events that have come so far.
@@ -497,55 +554,74 @@ bool CardMerge::IsAhead(const ScheduleEvent& event) const {
 }
 
 void CardMerge::Touch(const CardUuid& id) {
-    mTouched.insert(id);
+    SetMark(id, kTouched);
     mChangesStore = true;
 }
 
 void CardMerge::Settle() {
     SettleCategories();
-    GatherEvents(mFolded);
     // One after the other in the order of the tables. What is settled touches nothing else.
-    std::set<CardUuid> cards = std::exchange(mTouched, {});
-    const std::set<CardUuid> touched = cards;
-    cards.insert(mFolded.begin(), mFolded.end());
-    for (const CardUuid& id : cards) {
-        bool differs = false;
-        if (mFolded.count(id) > 0) {
-            SyncedCard& state = Load(id);
-            for (const ReviewDirection direction : kEachDirection) {
-                differs = SettleSchedule(state, direction) || differs;
-            }
-            differs = differs && state.IsKnown && state.Exists();
+    std::vector<std::pair<CardUuid, unsigned>> cards;
+    for (const auto& [id, marks] : mMarks) {
+        if ((marks & (kTouched | kFolded)) != 0) {
+            cards.emplace_back(id, marks);
         }
-        if (differs || touched.count(id) > 0) {
+    }
+    std::sort(cards.begin(), cards.end());
+    GatherEvents(kFolded);
+    MoveUnitedEvents();
+    const std::vector<std::string> indexes =
+        mHasLive || mNewCount == 0 ? std::vector<std::string>() : mState.DropCardIndexes();
+    Query events(mState.Sql(), "SELECT CardId, Text FROM temp.Events ORDER BY CardId");
+    bool isAtEvent = events.Step();
+    for (const auto& [id, marks] : cards) {
+        std::array<std::vector<ScheduleEvent>, std::size(kEachDirection)> found;
+        for (; isAtEvent && events.BlobView(0) <= BytesOf(id); isAtEvent = events.Step()) {
+            ScheduleEvent event;
+            if (events.BlobView(0) == BytesOf(id) && ParseStoredEvent(events.BlobView(1), event)) {
+                found[event.Direction == kReviewForward ? 0 : 1].push_back(std::move(event));
+            }
+        }
+        bool differs = false;
+        if ((marks & kFolded) != 0 && mContext.Rules.FoldsReviews) {
+            differs = SettleSchedule(id, kReviewForward, found[0]);
+            differs = SettleSchedule(id, kReviewReverse, found[1]) || differs;
+            differs = differs && Look(id).IsKnown && Look(id).Exists();
+        }
+        if (differs || (marks & kTouched) != 0) {
             mChangesStore = true;
             SettleCard(id);
         }
     }
     FlushCache();
+    for (const std::string& index : indexes) {
+        mState.Sql().Execute(index.c_str());
+    }
     DropEmptyCategories();
     mState.MirrorCategories();
 }
 
 // Sees to the cards that went into a category by one of these names.
 void CardMerge::TouchCardsOf(const std::set<std::string>& names) {
-    for (const std::string& name : names) {
-        const std::string value = kNamedCategory + name;
-        Query query(mState.Sql(), "SELECT CardId FROM beside.Copy WHERE Category=? AND Gone=0",
-                    value);
-        while (query.Step()) {
-            CardUuid card;
-            if (ParseUuidUtf8(query.Text(0), card) == 0) {
-                mTouched.insert(card);
-            }
+    if (names.empty()) {
+        return;
+    }
+    FlushCache();
+    Query query(mState.Sql(), "SELECT CardId, Category FROM beside.Copy WHERE Gone=0");
+    while (query.Step()) {
+        const std::string category = query.Text(1);
+        CardUuid card;
+        if (!category.empty() && category[0] == kNamedCategory &&
+            names.count(category.substr(1)) > 0 && ParseUuidUtf8(query.Text(0), card) == 0) {
+            SetMark(card, kTouched);
         }
     }
 }
 
 void CardMerge::SettleCategories() {
-    FlushCache();
     std::set<std::string> names;
-    for (const CategoryEvent& event : mNewCategoryEvents) {
+    for (; mSettledEvents < mNewCategoryEvents.size(); ++mSettledEvents) {
+        const CategoryEvent& event = mNewCategoryEvents[mSettledEvents];
         const std::string& last =
             event.What == CategoryEvent::kRenamed ? event.NewName : event.Name;
         for (const std::string& name : Names().NamesThatBecame(last)) {
@@ -577,7 +653,7 @@ void CardMerge::SettleCategories() {
 }
 
 void CardMerge::SettleCard(const CardUuid& id) {
-    SyncedCard& state = Load(id);
+    const SyncedCard& state = Look(id);
     if (!state.Exists()) {
         mState.DeleteLive(id);
         return;
@@ -586,10 +662,10 @@ void CardMerge::SettleCard(const CardUuid& id) {
         return;
     }
     const std::string category = CategoryNow(state);
-    state.CategoryId = -1;
+    int32_t categoryId = -1;
     if (category[0] == kNamedCategory) {
         const std::string name = category.substr(1);
-        state.CategoryId = mState.FindOrAddCategory(name);
+        categoryId = mState.FindOrAddCategory(name);
         if (!Names().IsGiven(name)) {
             // A card from elsewhere brings back a category that was deleted.
             const CategoryEvent event = {CategoryEvent::kAdded,
@@ -601,19 +677,22 @@ void CardMerge::SettleCard(const CardUuid& id) {
             mHasNewNames = true;
         }
     }
-    mState.WriteLive(state);
+    if (categoryId != state.CategoryId) {
+        Load(id).CategoryId = categoryId;
+    }
+    mState.WriteLive(state, HasMark(id, kNew));
 }
 
 // Gives a card the schedule that follows from its reviews. Returns true when it is another one.
-bool CardMerge::SettleSchedule(SyncedCard& state, ReviewDirection direction) {
-    const std::vector<ScheduleEvent> events =
-        mContext.Rules.FoldsReviews ? EventsOf(state.Id, direction) : std::vector<ScheduleEvent>();
+bool CardMerge::SettleSchedule(const CardUuid& id, ReviewDirection direction,
+                               const std::vector<ScheduleEvent>& events) {
     if (events.empty()) {
         return false;
     }
     const FoldResult folded =
         FoldEvents(events, [this](const ScheduleEvent& event) { return IsAhead(event); });
-    CardSchedule& schedule = state.Schedule(direction);
+    const SyncedCard& state = Look(id);
+    const CardSchedule& schedule = direction == kReviewForward ? state.Forward : state.Reverse;
     if (IsSameSchedule(schedule, folded.Schedule)) {
         return false;
     }
@@ -629,7 +708,7 @@ bool CardMerge::SettleSchedule(SyncedCard& state, ReviewDirection direction) {
     if (!isKnown && isLater && !folded.HasForked && !hasSet) {
         return false;
     }
-    schedule = folded.Schedule;
+    Load(id).Schedule(direction) = folded.Schedule;
     return true;
 }
 

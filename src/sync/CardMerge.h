@@ -102,12 +102,35 @@ class CardMerge {
     struct IdHash {
         size_t operator()(const CardUuid& id) const;
     };
+    // What has been seen of a card in this exchange.
+    enum Mark : unsigned {
+        kCollected = 1,
+        // It has to be written to the store.
+        kTouched = 2,
+        // It came with this exchange and was not known here.
+        kNew = 4,
+        // Its schedules have to be worked out from its reviews.
+        kFolded = 8,
+        // A schedule of it is not explained.
+        kUnexplained = 16,
+        // Its events were read from the log.
+        kGathered = 32
+    };
     enum class Base { kKnown, kUnknown, kBothChanged };
 
+    // What is known of a card, and whether the copy has it so.
+    struct Loaded {
+        SyncedCard State;
+        bool IsSaved = true;
+    };
+
+    Loaded& Find(const CardUuid& id);
+    const SyncedCard& Look(const CardUuid& id) { return Find(id).State; }
+    // The same for a caller that changes the card.
     SyncedCard& Load(const CardUuid& id);
-    void Store(const CardUuid& id);
     void FlushCache();
-    void CollectCard(SyncedCard& state);
+    // Returns false for a card that is neither here nor in the copy.
+    bool CollectCard(SyncedCard& state);
     void CollectNew(SyncedCard& state, const SyncedCard& live);
     void CollectFields(SyncedCard& state, const SyncedCard& live);
     void CollectSchedule(SyncedCard& state, const SyncedCard& live, ReviewDirection direction);
@@ -116,9 +139,10 @@ class CardMerge {
     void TouchOwn(SyncedCard& state);
     void TakeNewEvent(const ScheduleEvent& event);
     void AddSet(ScheduleEvent event);
-    void KeepEvent(const ScheduleEvent& event);
+    void KeepEvent(const CardUuid& card, const std::string& text);
     std::vector<ScheduleEvent> EventsOf(const CardUuid& id, ReviewDirection direction);
-    void GatherEvents(const std::unordered_set<CardUuid, IdHash>& cards);
+    void MoveUnitedEvents();
+    void GatherEvents(Mark mark);
 
     void ApplyCard(const Sender& sender, const ExchangeFields& record);
     void ApplyField(SyncedCard& state, CardField field, const Stamp& at, const Stamp& replaced,
@@ -132,11 +156,14 @@ class CardMerge {
     void ApplyLostText(const ExchangeFields& record);
     SyncedCard* CurrentCard();
     void Touch(const CardUuid& id);
+    void SetMark(const CardUuid& id, Mark mark) { mMarks[id] |= mark; }
+    bool HasMark(const CardUuid& id, Mark mark) const;
 
     void TouchCardsOf(const std::set<std::string>& names);
     void SettleCategories();
     void SettleCard(const CardUuid& id);
-    bool SettleSchedule(SyncedCard& state, ReviewDirection direction);
+    bool SettleSchedule(const CardUuid& id, ReviewDirection direction,
+                        const std::vector<ScheduleEvent>& events);
     void DropEmptyCategories();
     CategoryNames& Names();
     std::string CategoryNow(const SyncedCard& state);
@@ -157,16 +184,9 @@ class CardMerge {
     // The same before anything was taken in: what the categories of the store are called.
     CategoryNames mNamesHere;
     // The states of the cards that were loaded last.
-    std::unordered_map<CardUuid, SyncedCard, IdHash> mCache;
-    std::unordered_set<CardUuid, IdHash> mCollected;
-    // What has to be written to the store.
-    std::set<CardUuid> mTouched;
-    // What came with this exchange and was not known here.
-    std::set<CardUuid> mNew;
-    // Cards whose schedules have to be worked out from their reviews.
-    std::unordered_set<CardUuid, IdHash> mFolded;
-    // Cards whose events were read from the log.
-    std::unordered_set<CardUuid, IdHash> mGathered;
+    std::unordered_map<CardUuid, Loaded, IdHash> mCache;
+    std::unordered_map<CardUuid, unsigned, IdHash> mMarks;
+    int64_t mNewCount = 0;
 
     // The schedule after the last own event of a card, and that from which the event began.
     struct LastEvent {
@@ -186,8 +206,12 @@ class CardMerge {
     // Schedules that the last event does not explain.
     std::vector<std::pair<Place, CardSchedule>> mUnexplained;
     CardUnions mUnions;
+    // Cards that have become one with another in this exchange.
+    std::vector<CardUuid> mUnited;
     std::set<std::pair<uint64_t, int64_t>> mAhead;
     std::vector<CategoryEvent> mNewCategoryEvents;
+    // How many of them the store's categories follow.
+    size_t mSettledEvents = 0;
 
     // The names that the present file has given.
     MachineNumbers mFileMachines;
@@ -199,6 +223,10 @@ class CardMerge {
     int64_t mReceived = 0;
     int64_t mConflicts = 0;
     int64_t mAheadCount = 0;
+    // What there was before this exchange: cards in the copy, in the store, in either.
+    bool mHasCopy = false;
+    bool mHasLive = false;
+    bool mHasCardsHere = false;
     bool mReadsWholeLog = false;
     bool mRestoresCategories = false;
     bool mChangesStore = false;

@@ -64,6 +64,10 @@ void CardMerge::Apply(const Sender& sender, const ExchangeFields& record) {
             mFileMachines.Set(number, machine);
         }
     } else if (kind == "c" && has(2)) {
+        if (sender.IsWhole && mHasNewNames) {
+            // All names precede the cards, which then go into the store's categories at once.
+            SettleCategories();
+        }
         mFileCard = CardUuid();
         Stamp touched;
         if (has(3) && ParseId(record[1], mFileCard) &&
@@ -122,8 +126,7 @@ void CardMerge::Apply(const Sender& sender, const ExchangeFields& record) {
                         sessionText, number, cardText);
             query.Step();
             const CardUuid id = UnionOf(card);
-            Load(id);
-            mFolded.insert(id);
+            SetMark(id, kFolded);
             Touch(id);
         }
     } else if ((kind == "x" && has(7)) || (kind == "v" && has(4))) {
@@ -171,10 +174,13 @@ void CardMerge::ApplyCard(const Sender& sender, const ExchangeFields& record) {
     }
     if (isNew) {
         state->IsKnown = true;
-        mNew.insert(state->Id);
+        ++mNewCount;
+        const std::string category = CategoryNow(*state);
+        state->CategoryId =
+            category[0] == kNamedCategory ? mState.FindCategory(category.substr(1)) : -1;
     }
-    mFolded.insert(state->Id);
-    Touch(state->Id);
+    mMarks[state->Id] |= kTouched | kFolded | (isNew ? kNew : 0U);
+    mChangesStore = true;
 }
 
 void CardMerge::ApplyField(SyncedCard& state, CardField field, const Stamp& at,
@@ -252,15 +258,11 @@ void CardMerge::ApplyEvent(const Sender& sender, const ExchangeFields& record) {
     }
     mReceived += event.IsSet ? 0 : 1;
     event.CardId = event.Review.CardId = UnionOf(event.CardId);
-    mState.AddPending(event);
-    KeepEvent(event);
-    SyncedCard& state = Load(event.CardId);
-    mFolded.insert(event.CardId);
-    if (state.IsKnown) {
-        Touch(event.CardId);
-    } else {
-        mChangesStore = true;
-    }
+    const std::string text = FormatEvent(event);
+    mState.AddPending(text);
+    KeepEvent(event.CardId, text);
+    SetMark(event.CardId, kFolded);
+    mChangesStore = true;
     if (event.Time > sender.LatestElsewhere + kMostAhead &&
         mAhead.emplace(event.Session, event.Number).second) {
         mAheadCount += event.IsSet ? 0 : 1;
@@ -293,7 +295,7 @@ void CardMerge::ApplyCategory(const ExchangeFields& record) {
 
 void CardMerge::ApplyUnion(const CardUuid& gone, const CardUuid& stays) {
     // Both are loaded first: the first one's place may go when the second comes.
-    const SyncedCard other = Load(gone);
+    const SyncedCard other = Look(gone);
     SyncedCard& state = Load(stays);
     if (other.IsKnown && !other.IsUnited) {
         for (size_t i = 0; i < kCardFieldCount; ++i) {
@@ -320,16 +322,10 @@ void CardMerge::ApplyUnion(const CardUuid& gone, const CardUuid& stays) {
     united.IsUnited = true;
     united.IsKnown = true;
     // What was gathered for either has to be gathered again, under one name.
-    mGathered.erase(gone);
-    mFolded.erase(gone);
-    mFolded.insert(stays);
-    const std::string from = IdText(gone);
-    const std::string into = IdText(stays);
-    {
-        Query query(mState.Sql(), "UPDATE temp.Events SET CardId=? WHERE CardId=?", into, from);
-        query.Step();
-    }
-    mGathered.erase(stays);
+    mMarks[gone] &= ~(kGathered | kFolded);
+    mMarks[stays] &= ~unsigned{kGathered};
+    SetMark(stays, kFolded);
+    mUnited.push_back(gone);
     Touch(gone);
     Touch(stays);
 }
@@ -358,7 +354,7 @@ void CardMerge::ApplyLostText(const ExchangeFields& record) {
 }
 
 int64_t CardMerge::JoinEqualCards(std::optional<bool> answer) {
-    if (!mContext.Rules.JoinsEqualCards || mNew.empty()) {
+    if (!mContext.Rules.JoinsEqualCards || mNewCount == 0 || !mHasCardsHere) {
         return 0;
     }
     // Equal texts and category, then the cards from elsewhere and those from here, by identity.
@@ -374,36 +370,51 @@ int64_t CardMerge::JoinEqualCards(std::optional<bool> answer) {
     const std::map<CardUuid, CardUuid> unions = mUnions.GetGone();
     for (const auto& [gone, stays] : unions) {
         for (const CardUuid& card : {gone, stays}) {
-            (mNew.count(card) > 0 ? fromElsewhere : fromHere).insert(stays);
+            (HasMark(card, kNew) ? fromElsewhere : fromHere).insert(stays);
         }
     }
     std::set<CardUuid> paired;
     std::set_intersection(fromHere.begin(), fromHere.end(), fromElsewhere.begin(),
                           fromElsewhere.end(), std::inserter(paired, paired.begin()));
-    for (const CardUuid& id : mNew) {
-        const SyncedCard& state = Load(id);
-        if (state.Exists() && paired.count(id) == 0) {
-            groups[textsOf(state)].first.push_back(id);
-        }
-    }
     FlushCache();
-    Query query(mState.Sql(), "SELECT CardId, Front, Back FROM beside.Copy WHERE Gone=0");
-    std::vector<CardUuid> candidates;
-    while (query.Step()) {
-        const std::string front = query.Text(1);
-        const std::string back = query.Text(2);
-        const auto near = groups.lower_bound(Texts(front, back, ""));
-        CardUuid id;
-        if (near != groups.end() && std::get<0>(near->first) == front &&
-            std::get<1>(near->first) == back && ParseUuidUtf8(query.Text(0), id) == 0 &&
-            mNew.count(id) == 0 && paired.count(id) == 0) {
-            candidates.push_back(id);
+    // Most cards have no equal. Which of them may have one their texts tell without their states.
+    using Found = std::pair<size_t, CardUuid>;
+    const auto visit = [this](const std::function<void(const Found&)>& take) {
+        Query query(mState.Sql(), "SELECT CardId, Front, Back FROM beside.Copy WHERE Gone=0");
+        while (query.Step()) {
+            const std::hash<std::string> hash;
+            CardUuid id;
+            if (ParseUuidUtf8(query.Text(0), id) == 0) {
+                take({hash(query.Text(1)) * 31 + hash(query.Text(2)), id});
+            }
         }
+    };
+    std::vector<Found> here;
+    std::unordered_set<size_t> textsHere;
+    visit([&](const Found& found) {
+        if (!HasMark(found.second, kNew) && paired.count(found.second) == 0) {
+            here.push_back(found);
+            textsHere.insert(found.first);
+        }
+    });
+    std::vector<CardUuid> near;
+    std::unordered_set<size_t> textsThere;
+    visit([&](const Found& found) {
+        if (HasMark(found.second, kNew) && paired.count(found.second) == 0 &&
+            textsHere.count(found.first) > 0) {
+            near.push_back(found.second);
+            textsThere.insert(found.first);
+        }
+    });
+    for (const CardUuid& id : near) {
+        groups[textsOf(Look(id))].first.push_back(id);
     }
-    for (const CardUuid& id : candidates) {
-        const auto group = groups.find(textsOf(Load(id)));
-        if (group != groups.end()) {
-            group->second.second.push_back(id);
+    for (const auto& [texts, id] : here) {
+        if (textsThere.count(texts) > 0) {
+            const auto group = groups.find(textsOf(Look(id)));
+            if (group != groups.end()) {
+                group->second.second.push_back(id);
+            }
         }
     }
     int64_t pairs = 0;

@@ -27,6 +27,8 @@
 #include <set>
 #include <system_error>
 #include <thread>
+#include <tuple>
+#include <unordered_set>
 #include <utility>
 
 #include "base/Files.h"
@@ -59,6 +61,18 @@ constexpr int64_t kLostShare = 10;
 // How often an exchange begins again because a score is just being given.
 constexpr int kMostTries = 5;
 constexpr std::chrono::milliseconds kPause{100};
+
+// What tells an event from all others.
+using EventName = std::tuple<uint64_t, int64_t, bool>;
+EventName NameOf(const ScheduleEvent& event) {
+    return {event.Session, event.Number, event.IsSet};
+}
+struct EventNameHash {
+    size_t operator()(const EventName& name) const {
+        // The numbers of a session follow each other.
+        return std::get<0>(name) + static_cast<uint64_t>(std::get<1>(name)) * 2 + std::get<2>(name);
+    }
+};
 
 uint64_t RandomIdentity() {
     std::random_device source;
@@ -110,7 +124,7 @@ class ExchangeRun {
     void NoteTaken();
     void NoteReport(const CardMerge& merge, int64_t sent);
     void SendLookedAt(Outgoing& out);
-    std::vector<ScheduleEvent> FindMissing(const std::vector<ScheduleEvent>& events);
+    std::vector<size_t> FindMissing(const std::vector<ScheduleEvent>& events);
     void FinishLog();
     void NoteCounter();
     void SendAll();
@@ -474,6 +488,9 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         [](const FoundFile* file) { return file->Header.IsWhole || file->Records > 0; });
     std::vector<CardUuid> differing;
     if (hasOwnChanges && !FindDifferences(mState, mIsJoining, differing, mIsCancelled)) {
+        if (mIsCancelled) {
+            return Outcome::kAgain;
+        }
         FailStore();
         return Outcome::kStopped;
     }
@@ -564,6 +581,14 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         mOptions.BeforeChange();
     }
     merge.Settle();
+    if (mIsCancelled) {
+        // The log may not have been read to its end.
+        mState.RollBack();
+        if (mOptions.AfterChange) {
+            mOptions.AfterChange();
+        }
+        return Outcome::kAgain;
+    }
     NoteTaken();
     const int64_t sent = out.GetChanges();
     // A first whole copy holds all that there is.
@@ -645,21 +670,22 @@ void ExchangeRun::NoteReport(const CardMerge& merge, int64_t sent) {
     }
 }
 
-// Finds out which events the log has, and leaves each of the others once.
-std::vector<ScheduleEvent> ExchangeRun::FindMissing(const std::vector<ScheduleEvent>& events) {
-    std::map<std::string, const ScheduleEvent*> missing;
+// Returns the places of events that the log does not have, each of them once.
+std::vector<size_t> ExchangeRun::FindMissing(const std::vector<ScheduleEvent>& events) {
+    std::unordered_set<EventName, EventNameHash> missing;
     for (const ScheduleEvent& event : events) {
-        missing.emplace(FormatEventKey(event), &event);
+        missing.insert(NameOf(event));
     }
     VisitEvents(
-        mLogPath, 0, [&](const ScheduleEvent& event) { missing.erase(FormatEventKey(event)); },
+        mLogPath, 0, [&](const ScheduleEvent& event) { missing.erase(NameOf(event)); },
         mIsCancelled);
-    std::vector<ScheduleEvent> left;
-    left.reserve(missing.size());
-    for (const auto& [key, event] : missing) {
-        left.push_back(*event);
+    std::vector<size_t> places;
+    for (size_t i = 0; i < events.size(); ++i) {
+        if (missing.erase(NameOf(events[i])) > 0) {
+            places.push_back(i);
+        }
     }
-    return left;
+    return places;
 }
 
 // Puts the reviews from elsewhere into the log. The log and the file beside the store cannot be
@@ -678,27 +704,36 @@ void ExchangeRun::FinishLog() {
     if (events.empty() && mState.GetNumber("united") == united) {
         return;
     }
-    const std::vector<ScheduleEvent> missing = FindMissing(events);
+    const size_t count = events.size();
+    const std::vector<size_t> missing = FindMissing(events);
     int64_t end = mState.GetNumber("log-end");
     if (mState.GetNumber("merging") == 1) {
         // What is there by now has come in since it was written down.
-        std::set<std::string> left;
-        for (const ScheduleEvent& event : missing) {
-            left.insert(FormatEventKey(event));
+        std::set<EventName> left;
+        for (const size_t place : missing) {
+            left.insert(NameOf(events[place]));
         }
         int64_t bytes = 0;
         for (const ScheduleEvent& event : events) {
-            bytes += left.count(FormatEventKey(event)) == 0
+            bytes += left.count(NameOf(event)) == 0
                          ? static_cast<int64_t>(FormatEvent(event).size())
                          : 0;
         }
         end += bytes +
                (end == 0 && bytes > 0 ? static_cast<int64_t>(std::strlen(kReviewLogHeading)) : 0);
     }
+    for (size_t i = 0; i < missing.size(); ++i) {
+        if (missing[i] != i) {
+            events[i] = std::move(events[missing[i]]);
+        }
+    }
+    events.resize(missing.size());
     mState.Begin();
-    mState.ClearPending();
-    for (const ScheduleEvent& event : missing) {
-        mState.AddPending(event);
+    if (events.size() != count) {
+        mState.ClearPending();
+        for (const ScheduleEvent& event : events) {
+            mState.AddPending(FormatEvent(event));
+        }
     }
     mState.SetNumber("merging", 1);
     mState.SetNumber("log-end", end);
@@ -707,7 +742,7 @@ void ExchangeRun::FinishLog() {
         // What is not written down must not come into the log.
         return;
     }
-    const int error = MergeEvents(mLogPath, missing, unions, end);
+    const int error = MergeEvents(mLogPath, std::move(events), unions, end);
     if (error != 0) {
         Say(wxString::Format(_("The log of reviews could not be written: %s"),
                              SystemErrorText(error)));
@@ -806,6 +841,11 @@ void ExchangeRun::PutWholeCopy() {
     int error = WriteWholeCopy(mState, header, mLogPath, made, mIsCancelled);
     if (error == 0) {
         error = mFolder.PutFrom(IdOf(header), made);
+    }
+    if (error == ECANCELED) {
+        std::error_code ignored;
+        fs::remove(made, ignored);
+        return;
     }
     FoundFile file;
     file.State = FileState::kWhole;

@@ -12,8 +12,7 @@ std::string LetterOf(CardField field) {
 
 }  // namespace
 
-bool ParseStoredEvent(const std::string& text, ScheduleEvent& event) {
-    const std::string_view lines = text;
+bool ParseStoredEvent(std::string_view lines, ScheduleEvent& event) {
     const size_t end = std::min(lines.find('\n'), lines.size());
     std::string_view extension = lines.substr(std::min(end + 1, lines.size()));
     extension = extension.substr(0, extension.find('\n'));

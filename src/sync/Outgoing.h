@@ -9,7 +9,7 @@
 #include "sync/SyncedCard.h"
 
 // Reads an event from the lines that FormatEvent made.
-bool ParseStoredEvent(const std::string& text, ScheduleEvent& event);
+bool ParseStoredEvent(std::string_view lines, ScheduleEvent& event);
 
 // The records of a file of this computer, in the words that docs/EXCHANGE.md explains. Each record
 // of a card belongs to the last one named before it, and each stamp to a machine named before it.

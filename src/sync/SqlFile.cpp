@@ -108,9 +108,14 @@ std::string Query::Text(int column) const {
                : std::string(text, static_cast<size_t>(sqlite3_column_bytes(mpStatement, column)));
 }
 
-std::string Query::Blob(int column) const {
+std::string Query::Bytes(int column) const {
+    return sqlite3_column_type(mpStatement, column) == SQLITE_BLOB ? Blob(column) : Text(column);
+}
+
+std::string_view Query::BlobView(int column) const {
     const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(mpStatement, column));
     return bytes == nullptr
-               ? std::string()
-               : std::string(bytes, static_cast<size_t>(sqlite3_column_bytes(mpStatement, column)));
+               ? std::string_view()
+               : std::string_view(bytes,
+                                  static_cast<size_t>(sqlite3_column_bytes(mpStatement, column)));
 }

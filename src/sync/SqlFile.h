@@ -80,7 +80,11 @@ class Query {
     int64_t Int(int column) const { return sqlite3_column_int64(mpStatement, column); }
     double Real(int column) const { return sqlite3_column_double(mpStatement, column); }
     std::string Text(int column) const;
-    std::string Blob(int column) const;
+    // A text in UTF-8 that may have been bound as a blob.
+    std::string Bytes(int column) const;
+    std::string Blob(int column) const { return std::string(BlobView(column)); }
+    // The same without a copy. It lives until the next step.
+    std::string_view BlobView(int column) const;
 
   private:
     SqlFile& mFile;

@@ -104,6 +104,8 @@ bool FindDifferences(SyncState& state, bool isAll, std::vector<CardUuid>& cards,
         Append(gone, cards, isNoMatter);
         last = end;
     }
+    // The copy has them in this order.
+    std::sort(cards.begin(), cards.end());
     return !sql.HasFailed() && !isCancelled;
 }
 

@@ -50,8 +50,8 @@ constexpr char kMakeTables[] =
 
 // The engine's usual cache of 2 MB would write most pages of a large exchange many times over.
 constexpr char kPageCaches[] =
-    "PRAGMA main.cache_size=-65536; PRAGMA beside.cache_size=-65536;"
-    "PRAGMA temp.cache_size=-65536;";
+    "PRAGMA main.cache_size=-16384; PRAGMA beside.cache_size=-16384;"
+    "PRAGMA temp.cache_size=-16384;";
 
 // What the copy keeps of a card beside its columns.
 enum { kCopyGoneUnited = 2 };
@@ -422,11 +422,11 @@ void SyncState::MirrorAll() {
                  " WHERE Gone=0 AND CardId IN (SELECT CardId FROM main.Cards)");
 }
 
-void SyncState::WriteLive(const SyncedCard& state) {
+void SyncState::WriteLive(const SyncedCard& state, bool isNew) {
     const std::string key = IdText(state.Id);
     const int64_t next = SecondsOf(state.Forward.NextReview());
     const int64_t nextReverse = SecondsOf(state.Reverse.NextReview());
-    {
+    if (!isNew) {
         Query update(mSql, "UPDATE main.Cards SET (" SYNC_COLUMNS
                            ",NextReview,RNextReview)=(" SYNC_PARAMETERS ",?,?) WHERE CardId=?");
         BindColumns(update, state);
@@ -434,9 +434,9 @@ void SyncState::WriteLive(const SyncedCard& state) {
         update.Bind(nextReverse);
         update.Bind(key);
         update.Step();
-    }
-    if (mSql.HasFailed() || sqlite3_changes(mSql.Handle()) > 0) {
-        return;
+        if (mSql.HasFailed() || sqlite3_changes(mSql.Handle()) > 0) {
+            return;
+        }
     }
     Query insert(mSql, "INSERT INTO main.Cards(" SYNC_COLUMNS
                        ",NextReview,RNextReview,CardId) VALUES (" SYNC_PARAMETERS ",?,?,?)");
@@ -447,6 +447,30 @@ void SyncState::WriteLive(const SyncedCard& state) {
     insert.Step();
 }
 
+bool SyncState::HasLiveCards() {
+    Query query(mSql, "SELECT 1 FROM main.Cards LIMIT 1");
+    return query.Step();
+}
+
+std::vector<std::string> SyncState::DropCardIndexes() {
+    std::vector<std::string> names;
+    std::vector<std::string> statements;
+    {
+        Query indexes(mSql,
+                      "SELECT '\"' || replace(name, '\"', '\"\"') || '\"', sql"
+                      " FROM main.sqlite_master WHERE type='index' AND sql IS NOT NULL"
+                      " AND tbl_name COLLATE NOCASE='Cards' ORDER BY ROWID");
+        while (indexes.Step()) {
+            names.push_back(indexes.Text(0));
+            statements.push_back(indexes.Text(1));
+        }
+    }
+    for (const std::string& name : names) {
+        mSql.Execute(("DROP INDEX main." + name).c_str());
+    }
+    return statements;
+}
+
 void SyncState::DeleteLive(const CardUuid& id) {
     const std::string key = IdText(id);
     Query query(mSql, "DELETE FROM main.Cards WHERE CardId=?", key);
@@ -455,6 +479,7 @@ void SyncState::DeleteLive(const CardUuid& id) {
 
 void SyncState::ReadCategories() {
     mCategories.clear();
+    mFoundCategories.clear();
     Query query(mSql, "SELECT Id, Name FROM main.Categories");
     while (query.Step()) {
         mCategories.emplace(static_cast<int32_t>(query.Int(0)), query.Text(1));
@@ -463,6 +488,7 @@ void SyncState::ReadCategories() {
 
 // Reads the name back, which the engine may have made a number.
 void SyncState::ReadCategory(int32_t id) {
+    mFoundCategories.clear();
     Query query(mSql, "SELECT Name FROM main.Categories WHERE Id=?", int{id});
     if (query.Step()) {
         mCategories[id] = query.Text(0);
@@ -470,8 +496,14 @@ void SyncState::ReadCategory(int32_t id) {
 }
 
 int32_t SyncState::FindCategory(const std::string& name) {
+    const auto found = mFoundCategories.find(name);
+    if (found != mFoundCategories.end()) {
+        return found->second;
+    }
     Query query(mSql, "SELECT Id FROM main.Categories WHERE Name=?", name);
-    return query.Step() ? static_cast<int32_t>(query.Int(0)) : -1;
+    const int32_t id = query.Step() ? static_cast<int32_t>(query.Int(0)) : -1;
+    mFoundCategories[name] = id;
+    return id;
 }
 
 int32_t SyncState::FindOrAddCategory(const std::string& name) {
@@ -510,6 +542,7 @@ void SyncState::DeleteCategory(int32_t id) {
         query.Step();
     }
     mCategories.erase(id);
+    mFoundCategories.clear();
 }
 
 std::map<int32_t, std::string> SyncState::ReadCopyCategories() {
@@ -667,9 +700,10 @@ bool SyncState::HasPending() {
     return query.Step();
 }
 
-void SyncState::AddPending(const ScheduleEvent& event) {
-    const std::string text = FormatEvent(event);
-    Query query(mSql, "INSERT INTO beside.Pending(Text) VALUES (?)", text);
+void SyncState::AddPending(const std::string& text) {
+    // A blob stays in UTF-8, whatever the engine's encoding of the store is.
+    Query query(mSql, "INSERT INTO beside.Pending(Text) VALUES (?)");
+    query.BindBlob(text);
     query.Step();
 }
 
@@ -678,7 +712,7 @@ std::vector<ScheduleEvent> SyncState::ReadPending() {
     Query query(mSql, "SELECT Text FROM beside.Pending ORDER BY Id");
     while (query.Step()) {
         ScheduleEvent event;
-        if (ParseStoredEvent(query.Text(0), event)) {
+        if (ParseStoredEvent(query.Bytes(0), event)) {
             events.push_back(std::move(event));
         }
     }

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -117,9 +118,13 @@ class SyncState {
     void MirrorCard(const CardUuid& id);
     // The same for all cards, whatever is not sent yet.
     void MirrorAll();
-    // Writes a card into the store, as a new one where it has none.
-    void WriteLive(const SyncedCard& state);
+    // Writes a card into the store, which may have it unless it is new.
+    void WriteLive(const SyncedCard& state, bool isNew);
     void DeleteLive(const CardUuid& id);
+    bool HasLiveCards();
+    // Drops the indexes of the store's cards, and returns the statements that make them again. Many
+    // cards of a store that had none are written in half the time then.
+    std::vector<std::string> DropCardIndexes();
 
     // The categories of the store, by their ids.
     const std::map<int32_t, std::string>& Categories() const { return mCategories; }
@@ -160,7 +165,8 @@ class SyncState {
 
     // Reviews that the log does not have yet.
     bool HasPending();
-    void AddPending(const ScheduleEvent& event);
+    // The text is what FormatEvent gives.
+    void AddPending(const std::string& text);
     std::vector<ScheduleEvent> ReadPending();
     void ClearPending();
 
@@ -180,4 +186,6 @@ class SyncState {
     MachineNumbers mNumbers;
     int64_t mSavedNumbers = 0;
     std::map<int32_t, std::string> mCategories;
+    // What FindCategory has found since the categories changed last.
+    std::unordered_map<std::string, int32_t> mFoundCategories;
 };

@@ -52,7 +52,7 @@ int WriteWholeCopy(SyncState& state, const ExchangeHeader& header, const wxStrin
         Query pending(state.Sql(), "SELECT Text FROM beside.Pending");
         while (pending.Step()) {
             ScheduleEvent event;
-            if (ParseStoredEvent(pending.Text(0), event)) {
+            if (ParseStoredEvent(pending.Bytes(0), event)) {
                 out.AddEvent(event);
             }
         }

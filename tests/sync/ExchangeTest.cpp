@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <set>
 
 #include "base/Unicode.h"
 #include "files/StoreFiles.h"
 #include "reviews/EditNotes.h"
+#include "reviews/ReviewLog.h"
+#include "reviews/ScheduleEvents.h"
 #include "support/StoreFixture.h"
 
 namespace {
@@ -64,6 +67,20 @@ struct Computer {
     RecordingReport Report;
     SilentUpgradeWait Wait;
     Database Store{Report};
+};
+
+// Cancels what asks for the time so often.
+class ImpatientClock : public FakeClock {
+  public:
+    ImpatientClock(int64_t seconds, int calls) : FakeClock(seconds), mCalls(calls) {}
+    wxDateTime Now() const override {
+        mIsCancelled = mIsCancelled || mCalls-- == 0;
+        return FakeClock::Now();
+    }
+    mutable std::atomic<bool> mIsCancelled{false};
+
+  private:
+    mutable int mCalls;
 };
 
 class ExchangeTest : public ::testing::Test {
@@ -275,4 +292,47 @@ TEST_F(ExchangeTest, AFileThatCannotBeTakenIsTold) {
     EXPECT_TRUE(fs::exists(ToUtf8(damaged)));
     fs::remove_all(ToUtf8(Folder()));
     EXPECT_EQ(Exchange(mDesktop, kMonday + 120).End, ExchangeEnd::kNoFolder);
+}
+
+TEST_F(ExchangeTest, WhatIsCutShortAnywhereHasNotHappened) {
+    const CardUuid id = mLaptop.Add("one").CardId;
+    const CardSchedule from = mLaptop.Get(id).Forward;
+    // A log of many years is read in pieces.
+    std::string log(size_t{2} << 20, '#');
+    for (size_t i = 99; i < log.size(); i += 100) {
+        log[i] = '\n';
+    }
+    WriteBytes(ReviewLogPath(mLaptop.Path), log + "#\n");
+    bool wasCancelled = true;
+    for (int calls = -1; wasCancelled; ++calls) {
+        const int64_t time = kMonday + (calls + 2) * kDay;
+        FlashCard card = mLaptop.Get(id);
+        card.Forward.Introduced = true;
+        card.Forward.LastReview = wxDateTime(static_cast<time_t>(time));
+        card.Forward.ReviewInterval = static_cast<float>(calls + 2) * kDay;
+        mLaptop.Store.UpdateFlashCard(card);
+        // It was given before the card had what came before, and is worked out from that.
+        ReviewRecord review;
+        review.CardId = id;
+        review.Time = time;
+        review.NewInterval = card.Forward.ReviewInterval;
+        review.NewDifficulty = card.Forward.Difficulty;
+        const wxString path = ReviewLogPath(mLaptop.Path);
+        WriteBytes(path, ReadBytes(path) + FormatEvent(MakeReviewEvent(review, from, 0, 0)));
+        const ImpatientClock clock(time + 60, calls);
+        ExchangeOptions options;
+        options.StorePath = mLaptop.Path;
+        options.Folder = Folder();
+        options.Name = mLaptop.Name;
+        options.Time = &clock;
+        options.IsCancelled = &clock.mIsCancelled;
+        const ExchangeReport report = RunExchange(options);
+        EXPECT_EQ(report.End, ExchangeEnd::kDone) << calls;
+        EXPECT_EQ(report.Message, "") << calls;
+        wasCancelled = clock.mIsCancelled || calls < 0;
+        Meet(time + 120);
+        for (Computer* const each : {&mLaptop, &mDesktop}) {
+            EXPECT_EQ(ReadBytes(ReviewLogPath(each->Path)).find("#="), std::string::npos) << calls;
+        }
+    }
 }
