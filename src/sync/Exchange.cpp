@@ -577,16 +577,10 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
             out.AddAnswer(*answer, at);
         }
     }
-    if (merge.ChangesStore() && mOptions.BeforeChange) {
-        mOptions.BeforeChange();
-    }
     merge.Settle();
     if (mIsCancelled) {
         // The log may not have been read to its end.
         mState.RollBack();
-        if (mOptions.AfterChange) {
-            mOptions.AfterChange();
-        }
         return Outcome::kAgain;
     }
     NoteTaken();
@@ -631,9 +625,6 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     if (!mState.Commit()) {
         FailStore();
         mState.RollBack();
-        if (mOptions.AfterChange) {
-            mOptions.AfterChange();
-        }
         return Outcome::kStopped;
     }
     // What somebody else writes from here on is looked for next time.

@@ -86,9 +86,7 @@ struct ExchangeOptions {
     ExchangeAnswer Answer = ExchangeAnswer::kAsk;
     std::optional<bool> JoinsEqualCards;
     const std::atomic<bool>* IsCancelled = nullptr;
-    // Called when the store is about to be changed, and once it is. What reads and writes cards in
-    // between would overwrite the change.
-    std::function<void()> BeforeChange;
+    // Called once the store is changed, before the folder gets anything.
     std::function<void()> AfterChange;
     ExchangeRules Rules;
 };
