@@ -168,6 +168,21 @@ FileDescriptor MediaFolder::Open(const wxString& name) const {
     return file;
 }
 
+int MediaFolder::Visit(
+    const std::function<void(const std::string& name, const struct stat& status)>& visit) const {
+    const FileDescriptor folder = OpenFolder();
+    if (!folder.IsOpen()) {
+        return errno;
+    }
+    VisitFiles(folder, visit);
+    return 0;
+}
+
+int MediaFolder::Remove(const wxString& name) const {
+    const FileDescriptor folder = IsSafeMediaName(name) ? OpenFolder() : FileDescriptor();
+    return folder.IsOpen() && ::unlinkat(folder.Get(), ToUtf8(name).c_str(), 0) == 0 ? 0 : errno;
+}
+
 int MediaFolder::Add(const fs::path& file, const wxString& wantedName, wxString& name) const {
     const FileDescriptor source(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
@@ -353,6 +368,39 @@ int NewMediaFile::Keep(const wxString& wantedName, Durability durability, wxStri
     }
     if (mError == 0 && durability == Durability::kNow) {
         ::fsync(mDirectory.Get());
+    }
+    return mError;
+}
+
+int NewMediaFile::KeepAs(const wxString& name, const struct stat* former, struct stat& status) {
+    const std::string bytes = ToUtf8(name);
+    if (mError != 0 || !IsSafeMediaName(name)) {
+        return mError != 0 ? mError : EINVAL;
+    }
+    if (::fsync(mFile.Get()) != 0) {
+        return mError = errno;
+    }
+    struct stat present {};
+    const bool isThere =
+        ::fstatat(mDirectory.Get(), bytes.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0;
+    const bool isFormer = isThere && former != nullptr && S_ISREG(present.st_mode) &&
+                          present.st_ino == former->st_ino && present.st_size == former->st_size &&
+                          present.st_mtim.tv_sec == former->st_mtim.tv_sec &&
+                          present.st_mtim.tv_nsec == former->st_mtim.tv_nsec;
+    if (isFormer) {
+        mError = Rename(mDirectory, mTemporaryName, mDirectory, bytes);
+    } else if (::renameat2(mDirectory.Get(), mTemporaryName.c_str(), mDirectory.Get(),
+                           bytes.c_str(), RENAME_NOREPLACE) != 0) {
+        mError = errno;
+        if ((mError == EINVAL || mError == ENOSYS) && !isThere) {
+            // A file system that cannot tell.
+            mError = Rename(mDirectory, mTemporaryName, mDirectory, bytes);
+        }
+    }
+    mIsNamed = mError == 0;
+    if (mIsNamed) {
+        ::fsync(mDirectory.Get());
+        ::fstat(mFile.Get(), &status);
     }
     return mError;
 }

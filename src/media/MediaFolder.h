@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <wx/string.h>
 
 #include <cstdint>
@@ -14,9 +15,9 @@
 class Database;
 
 // The folder with the pictures and sounds of a store, "NAME.vlm.media" beside "NAME.vlm". It is
-// flat, and no link in its place or in it is followed: a store may come from somebody else. A file
-// in it never changes, because several cards may name it; another one of its name gets another
-// name.
+// flat, and no link in its place or in it is followed: a store may come from somebody else. The
+// program changes no file in it, because several cards may name it: another one of its name gets
+// another name. What somebody has changed with another program is exchanged as a change.
 //
 // Files that no card names any more wait for a month in the folder "unused" in it, in case that a
 // backup which names them is restored. They come back as soon as they are asked for.
@@ -48,6 +49,15 @@ class MediaFolder {
     // Opens a file to read. Only a plain file in the folder itself counts. The descriptor is not
     // open when there is none; errno tells why.
     FileDescriptor Open(const wxString& name) const;
+
+    // Calls the function for each plain file in the folder itself, whatever its name. Returns 0 or
+    // the error's number, ENOENT without a folder.
+    int Visit(
+        const std::function<void(const std::string& name, const struct stat& status)>& visit) const;
+
+    // Takes a file out of the folder for good, as another one has its bytes. Returns 0 or the
+    // error's number.
+    int Remove(const wxString& name) const;
 
     // Copies a file into the folder, which is made when it is missing. Gives the name that it has
     // there: that of a file with the same bytes, or else the nearest free one. Returns 0 or the
@@ -90,6 +100,10 @@ class NewMediaFile {
     // a power cut until Sync or a Keep that syncs.
     enum class Durability { kNow, kLater };
     int Keep(const wxString& wantedName, Durability durability, wxString& name);
+    // Gives the file, whose bytes are on the disk then, this safe name and no other. EEXIST where
+    // something has it, but for a file of the status in former, which is replaced: it was changed
+    // on another computer. Fills in the status of the new file.
+    int KeepAs(const wxString& name, const struct stat* former, struct stat& status);
 
   private:
     bool IsSameAs(int folder, const std::string& name) const;

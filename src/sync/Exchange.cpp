@@ -5,6 +5,7 @@
 //     Merge           collects, takes in and settles, in one transaction (CardMerge)
 //     FinishLog       puts the reviews from elsewhere into the log
 //     SendAll         writes what the folder lacks, and takes away what all have taken
+//                     (pictures and sounds: MediaExchange)
 //
 // Whatever ends the program in between, the next exchange goes on: before the transaction nothing
 // has happened, and after it all that is to be sent lies in the outbox and all reviews in Pending.
@@ -44,6 +45,7 @@
 #include "sync/CardUnions.h"
 #include "sync/ExchangeFolder.h"
 #include "sync/ExchangePlan.h"
+#include "sync/MediaExchange.h"
 #include "sync/Outgoing.h"
 #include "sync/StoreScan.h"
 #include "sync/WholeCopy.h"
@@ -99,7 +101,9 @@ class ExchangeRun {
         : mOptions(options),
           mIsCancelled(options.IsCancelled == nullptr ? mNever : *options.IsCancelled),
           mFolder(ToPath(options.Folder)),
-          mLogPath(ReviewLogPath(options.StorePath)) {}
+          mLogPath(ReviewLogPath(options.StorePath)),
+          mMedia(mState, mFolder, options.StorePath, mIsCancelled,
+                 [this](const wxString& sentence) { Say(sentence); }) {}
 
     ExchangeReport Run();
 
@@ -148,6 +152,7 @@ class ExchangeRun {
     std::vector<FoundFile> mFiles;
     const wxString mLogPath;
     SyncState mState;
+    MediaExchange mMedia;
     uint64_t mMachine = 0;
     int64_t mNumber = 0;
     // That of the file that this exchange has made; 0 for none.
@@ -212,6 +217,7 @@ bool ExchangeRun::List() {
         return header.Machine != mMachine && !header.IsWhole &&
                header.Number > TakenOf(header.Machine);
     };
+    mMedia.Remember();
     const int error = mFolder.List(mFiles, isWanted, &mIsCancelled);
     if (error != 0) {
         Fail(ExchangeEnd::kNoFolder, wxString::Format(_("The folder \"%s\" cannot be used: %s"),
@@ -341,7 +347,7 @@ bool ExchangeRun::HasOwnChanges() {
     }
     mCounter = mState.ReadChangeCounter();
     const int64_t end = mState.GetNumber("log-end");
-    return mIsJoining || mHasLookedAt || mOptions.Answer != ExchangeAnswer::kAsk ||
+    return mMedia.MustGiveWay(mMachine) || mIsJoining || mHasLookedAt || mOptions.Answer != ExchangeAnswer::kAsk ||
            mCounter != mState.GetNumber("counter", -1) || ReviewLogLength(mLogPath) != end ||
            LogTailSum(mLogPath, end) != mState.GetFact("log-sum") || mState.HasPending();
 }
@@ -517,6 +523,7 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         FailStore();
         return Outcome::kStopped;
     }
+    mMedia.GiveWay(mMachine, differing);
     const int64_t counter = mState.ReadChangeCounter();
     const CardMerge::Context context = {mState,         out,          time,        mMachine,
                                         Now(),          LatestNews(), mIsJoining,  mOptions.Answer,
@@ -635,7 +642,7 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     NoteReport(merge, sent);
     DropEditNotes(mOptions.StorePath);
     FinishLog();
-    if (merge.ChangesStore() && mOptions.AfterChange) {
+    if ((merge.ChangesStore() || mMedia.HasChangedCards()) && mOptions.AfterChange) {
         mOptions.AfterChange();
     }
     if (!mOptions.Rules.KeepsCopy) {
@@ -752,6 +759,13 @@ void ExchangeRun::SendAll() {
     PutMissing();
     PutWholeCopy();
     RemoveTaken();
+    if (mReport.End == ExchangeEnd::kDone) {
+        ExchangeHeader own;
+        own.Machine = mMachine;
+        own.Name = ToUtf8(mOptions.Name);
+        own.Time = Now();
+        mReport.HasChanged = mMedia.Run(own) || mReport.HasChanged;
+    }
 }
 
 void ExchangeRun::PutMissing() {

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <utility>
 
+#include "media/ContentHash.h"
+
 namespace {
 
 constexpr std::string_view kMark = "velomind-exchange\t";
@@ -20,6 +22,8 @@ constexpr std::string_view kEnd = "end";
 constexpr size_t kBlock = size_t{1} << 18;
 // Lines of a header that a later program may add are skipped, up to so many in all.
 constexpr int kMostHeaderLines = 2000;
+// How much of a picture or a sound is handed on at once.
+constexpr int64_t kMediaBlock = int64_t{1} << 16;
 
 // What a byte of a line is to the form.
 enum Mark : uint8_t { kPlain, kTab, kBackslash, kForbidden };
@@ -141,11 +145,11 @@ ExchangeSink SinkTo(int descriptor) {
 }
 
 ExchangeWriter::ExchangeWriter(const ExchangeHeader& header, ExchangeSink sink)
-    : mSink(std::move(sink)) {
+    : mSink(std::move(sink)), mHasMedia(header.Media.has_value()) {
     const auto add = [this](const ExchangeRecord& line) { AddLine(line); };
     mBytes.reserve(kBlock + kBlock / 4);
     add({std::string(kMark.substr(0, kMark.size() - 1)), "1"});
-    add({"kind", header.IsWhole ? "whole" : "changes"});
+    add({"kind", mHasMedia ? "media" : header.IsWhole ? "whole" : "changes"});
     add({"machine", HexText(header.Machine)});
     add({"name", CutName(header.Name)});
     add({"number", std::to_string(header.Number)});
@@ -155,6 +159,15 @@ ExchangeWriter::ExchangeWriter(const ExchangeHeader& header, ExchangeSink sink)
     for (const auto& [machine, number] : header.Taken) {
         isGood = isGood && machine != 0 && number >= 0;
         add({"taken", HexText(machine), std::to_string(number)});
+    }
+    if (mHasMedia) {
+        add({"file", header.Media->File});
+        add({"bytes", std::to_string(header.Media->Bytes)});
+        add({"content", header.Media->Content});
+        add({"edition", std::to_string(header.Media->Edition)});
+        for (const std::string& content : header.Media->Replaces) {
+            add({"replaces", content});
+        }
     }
     mBytes += '\n';
     if (!isGood) {
@@ -168,6 +181,14 @@ void ExchangeWriter::Add(const ExchangeRecord& record) {
 
 void ExchangeWriter::AddFields(const ExchangeFields& fields) {
     AddRecord(fields);
+}
+
+void ExchangeWriter::AddBytes(std::string_view bytes) {
+    mBytes += bytes;
+    mCount += static_cast<int64_t>(bytes.size());
+    if (mBytes.size() >= kBlock) {
+        Flush();
+    }
 }
 
 template <typename Fields>
@@ -225,6 +246,10 @@ void ExchangeWriter::Fail(int error) {
 }
 
 int ExchangeWriter::Finish() {
+    if (mHasMedia) {
+        // The last line begins as a line.
+        mBytes += '\n';
+    }
     Flush();
     const ExchangeRecord last = {std::string(kEnd), std::to_string(mCount),
                                  HexText(mChecksum.Get())};
@@ -289,6 +314,16 @@ class LineSource {
         }
     }
 
+    // Gives some of the next bytes, at most so many; none at the end and after an error.
+    std::string_view Take(int64_t most) {
+        if (mNext == mEnd && !Fill()) {
+            return {};
+        }
+        const auto count = static_cast<size_t>(std::min(most, static_cast<int64_t>(mEnd - mNext)));
+        mNext += count;
+        return {mBuffer.data() + mNext - count, count};
+    }
+
     // What has been read and not been given.
     std::string_view Rest() const { return {mBuffer.data() + mNext, mEnd - mNext}; }
     int GetError() const { return mError; }
@@ -351,6 +386,11 @@ class Reader {
     FileState ReadHeader(bool looksLikeOurs, ExchangeHeader& header);
     // Reads and checks the rest. Fills in the number of records and the checksum.
     FileState ReadRecords(const ExchangeVisit* visit, ExchangeSurvey& survey);
+    // The same for a picture or a sound, whose bytes go to the sink if there is one. Its failure
+    // becomes the survey's error.
+    FileState ReadMedia(const ExchangeSink* sink, ExchangeSurvey& survey);
+    // Reads the last line alone.
+    FileState ReadLastLine(int file, ExchangeSurvey& survey);
 
     int GetError() const { return mLines.GetError(); }
     // The visit wanted no more.
@@ -359,6 +399,8 @@ class Reader {
   private:
     FileState ReadMark(bool looksLikeOurs);
     bool TakeHeaderLine(ExchangeHeader& header);
+    void TakeMediaLine();
+    bool EndHeader(ExchangeHeader& header);
     FileState NextLine(char*& begin, char*& end);
     FileState ReadEnd(const ExchangeSurvey& survey);
 
@@ -367,6 +409,12 @@ class Reader {
     ExchangeFields mFields;
     // The keys of a header that must be there once.
     std::array<int, 5> mSeen{};
+    int64_t mHeaderBytes = 0;
+    // What the header says of a picture or a sound; in other files these lines mean nothing.
+    bool mHasMedia = false;
+    MediaPart mMedia;
+    std::array<int, 4> mMediaSeen{};
+    bool mIsMediaGood = true;
     bool mIsStopped = false;
 };
 
@@ -407,6 +455,7 @@ FileState Reader::ReadMark(bool looksLikeOurs) {
     }
     const std::string_view text(line, static_cast<size_t>(end - line));
     mChecksum.Add(text);
+    mHeaderBytes += end - line;
     const std::string_view version = text.substr(kMark.size(), text.size() - kMark.size() - 1);
     if (version == "1") {
         return FileState::kWhole;
@@ -427,16 +476,55 @@ FileState Reader::ReadHeader(bool looksLikeOurs, ExchangeHeader& header) {
             return state;
         }
         mChecksum.Add({line, static_cast<size_t>(end - line)});
+        mHeaderBytes += end - line;
         if (end - line == 1) {
-            const bool isAll =
-                std::all_of(mSeen.begin(), mSeen.end(), [](int seen) { return seen == 1; });
-            return isAll ? FileState::kWhole : FileState::kDamaged;
+            return EndHeader(header) ? FileState::kWhole : FileState::kDamaged;
         }
         if (!SplitLine(line, end - 1, mFields) || !TakeHeaderLine(header)) {
             return FileState::kDamaged;
         }
     }
     return FileState::kDamaged;
+}
+
+// Returns whether the header has all that it needs.
+bool Reader::EndHeader(ExchangeHeader& header) {
+    const auto isOne = [](int seen) { return seen == 1; };
+    if (mHasMedia) {
+        header.Media = mMedia;
+        if (!mIsMediaGood || !std::all_of(mMediaSeen.begin(), mMediaSeen.end(), isOne)) {
+            return false;
+        }
+    }
+    return std::all_of(mSeen.begin(), mSeen.end(), isOne);
+}
+
+void Reader::TakeMediaLine() {
+    constexpr std::string_view kKeys[] = {"file", "bytes", "content", "edition"};
+    const bool isReplaced = mFields.front() == "replaces";
+    const auto* const found = std::find(std::begin(kKeys), std::end(kKeys), mFields.front());
+    if (found == std::end(kKeys) && !isReplaced) {
+        return;
+    }
+    const std::string_view value = mFields.size() == 2 ? mFields[1] : std::string_view();
+    bool isGood = !value.empty();
+    if (isReplaced) {
+        isGood = IsContentHash(value) && mMedia.Replaces.size() < kMostReplaced;
+        mMedia.Replaces.emplace_back(isGood ? value : std::string_view());
+    } else {
+        const auto place = static_cast<size_t>(found - std::begin(kKeys));
+        ++mMediaSeen[place];
+        if (place == 0) {
+            isGood = isGood && value.size() <= kLongestMediaFileName;
+            mMedia.File = isGood ? value : std::string_view();
+        } else if (place == 2) {
+            isGood = IsContentHash(value);
+            mMedia.Content = isGood ? value : std::string_view();
+        } else {
+            isGood = isGood && ParseCount(value, place == 1 ? mMedia.Bytes : mMedia.Edition);
+        }
+    }
+    mIsMediaGood = mIsMediaGood && isGood;
 }
 
 bool Reader::TakeHeaderLine(ExchangeHeader& header) {
@@ -451,6 +539,7 @@ bool Reader::TakeHeaderLine(ExchangeHeader& header) {
     constexpr std::string_view kKeys[] = {"kind", "machine", "name", "number", "time"};
     const auto* const found = std::find(std::begin(kKeys), std::end(kKeys), key);
     if (found == std::end(kKeys)) {
+        TakeMediaLine();
         return true;
     }
     if (mFields.size() != 2) {
@@ -462,7 +551,8 @@ bool Reader::TakeHeaderLine(ExchangeHeader& header) {
     switch (place) {
         case 0:
             header.IsWhole = value == "whole";
-            return header.IsWhole || value == "changes";
+            mHasMedia = value == "media";
+            return header.IsWhole || mHasMedia || value == "changes";
         case 1:
             return ParseMachine(value, header.Machine);
         case 2:
@@ -503,6 +593,41 @@ FileState Reader::ReadRecords(const ExchangeVisit* visit, ExchangeSurvey& survey
     }
 }
 
+FileState Reader::ReadMedia(const ExchangeSink* sink, ExchangeSurvey& survey) {
+    ContentHash hash;
+    while (survey.Records < mMedia.Bytes) {
+        const std::string_view bytes =
+            mLines.Take(std::min(mMedia.Bytes - survey.Records, kMediaBlock));
+        if (bytes.empty()) {
+            return mLines.GetError() == 0 ? FileState::kIncomplete : FileState::kUnreadable;
+        }
+        mChecksum.Add(bytes);
+        hash.Add(bytes);
+        survey.Records += static_cast<int64_t>(bytes.size());
+        survey.Error = sink == nullptr ? 0 : (*sink)(bytes);
+        if (survey.Error != 0) {
+            return FileState::kUnreadable;
+        }
+    }
+    for (const bool isLast : {false, true}) {
+        char* line = nullptr;
+        char* end = nullptr;
+        if (const FileState state = NextLine(line, end); state != FileState::kWhole) {
+            return state;
+        }
+        const std::string_view text(line, static_cast<size_t>(end - line));
+        if (isLast ? text.substr(0, kEnd.size()) != kEnd || !SplitLine(line, end - 1, mFields)
+                   : text.size() != 1) {
+            return FileState::kDamaged;
+        }
+        if (!isLast) {
+            mChecksum.Add(text);
+        }
+    }
+    survey.Checksum = mChecksum.Get();
+    return hash.Get() == mMedia.Content ? ReadEnd(survey) : FileState::kDamaged;
+}
+
 // Looks whether the last line, which has been split, tells what was read, and is the last one.
 FileState Reader::ReadEnd(const ExchangeSurvey& survey) {
     int64_t records = 0;
@@ -518,8 +643,7 @@ FileState Reader::ReadEnd(const ExchangeSurvey& survey) {
     return mLines.Rest().back() == '\0' ? FileState::kIncomplete : FileState::kDamaged;
 }
 
-// Reads the last line alone.
-FileState ReadLastLine(int file, ExchangeSurvey& survey) {
+FileState Reader::ReadLastLine(int file, ExchangeSurvey& survey) {
     struct stat status {};
     char bytes[64];
     if (::fstat(file, &status) != 0) {
@@ -541,7 +665,11 @@ FileState ReadLastLine(int file, ExchangeSurvey& survey) {
     const bool isGood = SplitLine(bytes + place + 1, bytes + count - 1, fields) &&
                         fields.size() == 3 && ParseCount(fields[1], survey.Records) &&
                         ParseHexText(fields[2], survey.Checksum);
-    return isGood ? FileState::kWhole : FileState::kDamaged;
+    // A picture or a sound stands between the two ends, with nothing else.
+    const int64_t between = begin + static_cast<int64_t>(place) - mHeaderBytes;
+    const bool isInPlace =
+        !mHasMedia || (survey.Records == mMedia.Bytes && between == mMedia.Bytes);
+    return isGood && isInPlace ? FileState::kWhole : FileState::kDamaged;
 }
 
 }  // namespace
@@ -571,7 +699,8 @@ bool LooksLikeExchangeName(std::string_view name) {
     const auto endsWith = [name](std::string_view end) {
         return name.size() >= end.size() && name.substr(name.size() - end.size()) == end;
     };
-    return name.substr(0, 9) == "velomind-" && (endsWith(".changes") || endsWith(".whole"));
+    return name.substr(0, 9) == "velomind-" &&
+           (endsWith(".changes") || endsWith(".whole") || endsWith(kMediaFileSuffix));
 }
 
 ExchangeSurvey SurveyExchangeFile(int file, bool looksLikeOurs,
@@ -581,8 +710,10 @@ ExchangeSurvey SurveyExchangeFile(int file, bool looksLikeOurs,
     Reader reader(file, cancelled);
     survey.State = reader.ReadHeader(looksLikeOurs, survey.Header);
     if (survey.State == FileState::kWhole) {
-        survey.State = !isWanted || isWanted(survey.Header) ? reader.ReadRecords(nullptr, survey)
-                                                            : ReadLastLine(file, survey);
+        const bool isAll = !isWanted || isWanted(survey.Header);
+        survey.State = !isAll                            ? reader.ReadLastLine(file, survey)
+                       : survey.Header.Media.has_value() ? reader.ReadMedia(nullptr, survey)
+                                                         : reader.ReadRecords(nullptr, survey);
     } else {
         // Half a header would be that of another file.
         survey.Header = {};
@@ -603,7 +734,7 @@ FileState ReadExchangeFile(const std::filesystem::path& path, ExchangeHeader& he
     const bool looksLikeOurs = LooksLikeExchangeName(path.filename().native());
     ExchangeSurvey survey = SurveyExchangeFile(file.Get(), looksLikeOurs, {}, cancelled);
     header = survey.Header;
-    if (survey.State != FileState::kWhole || visit == nullptr) {
+    if (survey.State != FileState::kWhole || visit == nullptr || header.Media.has_value()) {
         return survey.State;
     }
     Reader reader(file.Get(), cancelled);
@@ -615,4 +746,19 @@ FileState ReadExchangeFile(const std::filesystem::path& path, ExchangeHeader& he
     const bool isOther = survey.State == FileState::kWhole && !reader.IsStopped() &&
                          again.Checksum != survey.Checksum;
     return isOther ? FileState::kDamaged : survey.State;
+}
+
+ExchangeSurvey ReadMediaFile(int file, const ExchangeSink& sink,
+                             const std::atomic<bool>* cancelled) {
+    ExchangeSurvey survey;
+    Reader reader(file, cancelled);
+    survey.State = reader.ReadHeader(true, survey.Header);
+    if (survey.State == FileState::kWhole) {
+        survey.State =
+            survey.Header.Media.has_value() ? reader.ReadMedia(&sink, survey) : FileState::kForeign;
+    }
+    if (survey.State == FileState::kUnreadable && survey.Error == 0) {
+        survey.Error = reader.GetError();
+    }
+    return survey;
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,22 @@ constexpr size_t kMostExchangeFields = 4096;
 // The bytes of a machine's name; a longer one is cut between two characters.
 constexpr size_t kLongestMachineName = 200;
 constexpr size_t kMostMachines = 1000;
+// What a picture or a sound can be called, and how many former contents are told.
+constexpr size_t kLongestMediaFileName = 255;
+constexpr size_t kMostReplaced = 64;
+
+// A picture or a sound, which a file has instead of records.
+struct MediaPart {
+    // What cards call it, in UTF-8. Whoever takes it looks first whether that is a safe name.
+    std::string File;
+    int64_t Bytes = 0;
+    // The SHA-256 of its bytes in 64 hexadecimal digits.
+    std::string Content;
+    // Counts the contents that the file has had under its name, and tells former ones, the last of
+    // them first.
+    int64_t Edition = 1;
+    std::vector<std::string> Replaces;
+};
 
 // What a file says of itself. Numbers and times are not negative, and no machine is 0.
 struct ExchangeHeader {
@@ -39,6 +56,7 @@ struct ExchangeHeader {
     int64_t Time = 0;
     // The number of the last file that the machine has taken from each other one.
     std::map<uint64_t, int64_t> Taken;
+    std::optional<MediaPart> Media;
 };
 
 // A machine's number as files have it: 16 digits, lower case. The second returns false, with value
@@ -70,12 +88,14 @@ class ExchangeWriter {
     void Add(const ExchangeRecord& record);
     // The same without copies of the fields.
     void AddFields(const ExchangeFields& fields);
+    // Adds bytes of a picture or a sound.
+    void AddBytes(std::string_view bytes);
 
     // Writes the last line. Returns 0 or the sink's number; EINVAL for a header or a record that no
     // file can have, EMSGSIZE for a line that is too long. It makes nothing last on the disk.
     int Finish();
 
-    // The number of records so far.
+    // The number of records, or of bytes of a picture or a sound, so far.
     int64_t GetCount() const { return mCount; }
     // The number of bytes of the file so far; after Finish, of all.
     int64_t GetBytes() const { return mFlushed + static_cast<int64_t>(mBytes.size()); }
@@ -93,6 +113,7 @@ class ExchangeWriter {
     ExchangeChecksum mChecksum;
     int64_t mCount = 0;
     int64_t mFlushed = 0;
+    bool mHasMedia = false;
     int mError = 0;
 };
 
@@ -119,6 +140,7 @@ struct ExchangeSurvey {
     // What the header says, if the file got that far. Only a whole file's header is to be believed.
     ExchangeHeader Header;
     uint64_t Checksum = 0;
+    // The bytes of a picture or a sound count as so many records.
     int64_t Records = 0;
 };
 
@@ -134,6 +156,8 @@ ExchangeSurvey SurveyExchangeFile(int file, bool looksLikeOurs,
                                   const std::function<bool(const ExchangeHeader&)>& isWanted,
                                   const std::atomic<bool>* cancelled);
 bool LooksLikeExchangeName(std::string_view name);
+// How the names of pictures and sounds end.
+constexpr std::string_view kMediaFileSuffix = ".media";
 
 // Is given the records in their order; the views hold until it returns. False ends the reading.
 using ExchangeVisit = std::function<bool(const ExchangeFields&)>;
@@ -145,3 +169,8 @@ using ExchangeVisit = std::function<bool(const ExchangeFields&)>;
 FileState ReadExchangeFile(const std::filesystem::path& path, ExchangeHeader& header,
                            const ExchangeVisit* visit = nullptr,
                            const std::atomic<bool>* cancelled = nullptr);
+
+// Reads a picture or a sound and hands its bytes on, block by block. They are what was sent only if
+// the state is kWhole in the end. Where the sink fails the state is kUnreadable, with its number.
+ExchangeSurvey ReadMediaFile(int file, const ExchangeSink& sink,
+                             const std::atomic<bool>* cancelled);

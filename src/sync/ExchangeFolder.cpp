@@ -8,8 +8,12 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <tuple>
+#include <utility>
+
+#include "media/ContentHash.h"
 
 namespace {
 
@@ -18,7 +22,7 @@ struct CloseDirectory {
 };
 
 auto TupleOf(const ExchangeFileId& id) {
-    return std::tie(id.Machine, id.Number, id.IsWhole);
+    return std::tie(id.Machine, id.Number, id.IsWhole, id.IsMedia);
 }
 
 bool IsSameFile(const struct stat& one, const struct stat& other) {
@@ -107,6 +111,18 @@ int TakeName(int file, const std::filesystem::path& aside, const std::filesystem
     return isSpoiled ? Rename(aside, place) : EEXIST;
 }
 
+bool HasMediaName(const std::string& name) {
+    return name.size() > kMediaFileSuffix.size() &&
+           name.compare(name.size() - kMediaFileSuffix.size(), std::string::npos,
+                        kMediaFileSuffix) == 0;
+}
+
+// The pictures and sounds are read when they are taken.
+bool IsRead(const ExchangeHeader& header,
+            const std::function<bool(const ExchangeHeader&)>& isWanted) {
+    return !header.Media.has_value() && isWanted(header);
+}
+
 }  // namespace
 
 bool operator<(const ExchangeFileId& one, const ExchangeFileId& other) {
@@ -118,36 +134,89 @@ bool operator==(const ExchangeFileId& one, const ExchangeFileId& other) {
 }
 
 ExchangeFileId IdOf(const ExchangeHeader& header) {
-    return {header.Machine, header.Number, header.IsWhole};
+    return {header.Machine, header.Number, header.IsWhole, header.Media.has_value()};
 }
 
 std::string ExchangeFileName(const ExchangeFileId& id) {
     char number[24];
     std::snprintf(number, sizeof number, "%010" PRId64, id.Number);
-    return "velomind-" + HexText(id.Machine) + '-' + number + (id.IsWhole ? ".whole" : ".changes");
+    return "velomind-" + HexText(id.Machine) + '-' + number +
+           (id.IsMedia   ? std::string(kMediaFileSuffix)
+            : id.IsWhole ? ".whole"
+                         : ".changes");
+}
+
+uint64_t StatusSum(const std::string& name, const struct stat& status) {
+    const int64_t parts[] = {static_cast<int64_t>(status.st_ino), int64_t{status.st_size},
+                             int64_t{status.st_mtim.tv_sec},      int64_t{status.st_mtim.tv_nsec},
+                             int64_t{status.st_ctim.tv_sec},      int64_t{status.st_ctim.tv_nsec}};
+    ExchangeChecksum sum;
+    sum.Add(name);
+    sum.Add({static_cast<const char*>(static_cast<const void*>(parts)), sizeof parts});
+    return sum.Get();
+}
+
+void ExchangeFolder::RememberMedia(uint64_t sum, std::function<KnownFiles()> load) {
+    mRememberedSum = sum;
+    mLoad = std::move(load);
 }
 
 int ExchangeFolder::List(std::vector<FoundFile>& files,
                          const std::function<bool(const ExchangeHeader&)>& isWanted,
                          const std::atomic<bool>* cancelled) {
-    if (const int error = Scan(files, isWanted, cancelled)) {
+    mMedia.clear();
+    int error = Scan(files, isWanted, cancelled);
+    if (error == 0 && (mMediaSum != mRememberedSum || !isWanted)) {
+        error = LookAtMedia(files, isWanted, cancelled);
+    }
+    if (error != 0) {
+        files.clear();
         return error;
     }
+    Sort(files);
+    return 0;
+}
+
+const std::vector<FoundFile>& ExchangeFolder::GetMedia() {
+    if (!mLeft.empty()) {
+        std::vector<FoundFile> files = std::move(mMedia);
+        mMedia.clear();
+        LookAtMedia(
+            files, [](const ExchangeHeader&) { return false; }, nullptr);
+        Sort(files);
+    }
+    return mMedia;
+}
+
+// Puts the files in order, and the whole pictures and sounds apart.
+void ExchangeFolder::Sort(std::vector<FoundFile>& files) {
     std::sort(files.begin(), files.end(), ComesBefore);
     DropCopies(files);
-    return 0;
+    const auto isOther = [](const FoundFile& file) {
+        return file.State != FileState::kWhole || !file.Header.Media.has_value();
+    };
+    const auto media = std::stable_partition(files.begin(), files.end(), isOther);
+    std::move(media, files.end(), std::back_inserter(mMedia));
+    files.erase(media, files.end());
+    const auto isSpoiled = [](const FoundFile& file) {
+        return file.State != FileState::kWhole &&
+               (file.Header.Media.has_value() || HasMediaName(file.Path.filename()));
+    };
+    mHasSpoiled = mHasSpoiled || std::any_of(files.begin(), files.end(), isSpoiled);
 }
 
 int ExchangeFolder::Scan(std::vector<FoundFile>& files,
                          const std::function<bool(const ExchangeHeader&)>& isWanted,
                          const std::atomic<bool>* cancelled) {
     files.clear();
+    mLeft.clear();
+    mMediaSum = 0;
+    mHasSpoiled = false;
     const std::unique_ptr<DIR, CloseDirectory> directory(::opendir(mPath.c_str()));
     if (directory == nullptr) {
         return errno;
     }
-    const int folder = ::dirfd(directory.get());
-    std::map<std::string, Known> known;
+    KnownFiles former = std::exchange(mKnown, {});
     for (;;) {
         errno = 0;
         const dirent* const entry = ::readdir(directory.get());
@@ -157,46 +226,88 @@ int ExchangeFolder::Scan(std::vector<FoundFile>& files,
         const std::string name = entry->d_name;
         struct stat status {};
         if (name.front() == '.' ||
-            ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+            ::fstatat(::dirfd(directory.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
             !S_ISREG(status.st_mode)) {
             continue;
         }
-        const auto found = mKnown.find(name);
-        const bool isKnown =
-            found != mKnown.end() && IsSameFile(found->second.Status, status) &&
-            (found->second.File.IsChecked || (isWanted && !isWanted(found->second.File.Header)));
-        FoundFile file =
-            isKnown ? found->second.File : Look(folder, name, status, isWanted, cancelled);
-        if (file.State == FileState::kUnreadable && file.Error == ECANCELED) {
-            files.clear();
-            return ECANCELED;
+        if (const auto found = former.find(name); found != former.end()) {
+            mKnown.insert(former.extract(found));
         }
-        // A file under way may be finished within one tick of the clock that files get their times
-        // from, so only whole ones are remembered.
-        if (file.State == FileState::kWhole) {
-            known.emplace(name, Known{status, file});
-        }
-        if (file.State != FileState::kForeign) {
-            files.push_back(std::move(file));
+        if (HasMediaName(name)) {
+            mMediaSum += StatusSum(name, status);
+            mLeft.emplace(name, status);
+        } else if (const int error = TakeUp(name, status, files, isWanted, cancelled)) {
+            return error;
         }
     }
-    if (errno != 0) {
-        const int error = errno;
-        files.clear();
-        return error;
+    return errno;
+}
+
+int ExchangeFolder::LookAtMedia(std::vector<FoundFile>& files,
+                                const std::function<bool(const ExchangeHeader&)>& isWanted,
+                                const std::atomic<bool>* cancelled) {
+    if (mLoad) {
+        KnownFiles loaded = std::exchange(mLoad, nullptr)();
+        for (const auto& [name, status] : mLeft) {
+            if (const auto found = loaded.find(name); found != loaded.end()) {
+                // What was found out here is newer.
+                mKnown.insert(loaded.extract(found));
+            }
+        }
     }
-    mKnown = std::move(known);
+    for (const auto& [name, status] : std::exchange(mLeft, {})) {
+        if (const int error = TakeUp(name, status, files, isWanted, cancelled)) {
+            return error;
+        }
+    }
     return 0;
 }
 
-FoundFile ExchangeFolder::Look(int folder, const std::string& name, const struct stat& status,
+// Takes a file into the list, unless it is foreign, by what is known of it or by a look.
+int ExchangeFolder::TakeUp(const std::string& name, const struct stat& status,
+                           std::vector<FoundFile>& files,
+                           const std::function<bool(const ExchangeHeader&)>& isWanted,
+                           const std::atomic<bool>* cancelled) {
+    const auto isEnough = [&](const FoundFile& known) {
+        return known.IsChecked || (isWanted && !IsRead(known.Header, isWanted));
+    };
+    const auto known = mKnown.find(name);
+    const bool isKnown = known != mKnown.end() && IsSameFile(known->second.Status, status) &&
+                         isEnough(known->second.File);
+    FoundFile file = isKnown ? known->second.File : Look(name, status, isWanted, cancelled);
+    file.Path = mPath / name;
+    if (file.State == FileState::kUnreadable && file.Error == ECANCELED) {
+        return ECANCELED;
+    }
+    // A file under way may be finished within one tick of the clock that files get their times
+    // from, so only whole ones are remembered.
+    if (!isKnown && file.State == FileState::kWhole) {
+        mKnown[name] = KnownFile{status, file};
+    } else if (!isKnown && known != mKnown.end()) {
+        mKnown.erase(known);
+    }
+    if (file.State != FileState::kForeign) {
+        files.push_back(std::move(file));
+    }
+    return 0;
+}
+
+// The ends of such a file are whole, which is all that a look at them can tell.
+void ExchangeFolder::NoteDamaged(const FoundFile& file) {
+    const auto known = mKnown.find(file.Path.filename());
+    if (known != mKnown.end()) {
+        known->second.File.State = FileState::kDamaged;
+        known->second.File.IsChecked = true;
+    }
+}
+
+FoundFile ExchangeFolder::Look(const std::string& name, const struct stat& status,
                                const std::function<bool(const ExchangeHeader&)>& isWanted,
                                const std::atomic<bool>* cancelled) const {
     FoundFile found;
-    found.Path = mPath / name;
     found.Bytes = status.st_size;
     int error = 0;
-    const FileDescriptor file = OpenPlainFile(folder, name.c_str(), error);
+    const FileDescriptor file = OpenPlainFile(AT_FDCWD, (mPath / name).c_str(), error);
     if (!file.IsOpen()) {
         // It went, or something else took its place, since the folder was read.
         const bool isOther = error == ENODEV || error == ENOENT;
@@ -207,7 +318,7 @@ FoundFile ExchangeFolder::Look(int folder, const std::string& name, const struct
     // Only a file whose header is whole and not wanted is left unchecked.
     bool isWhole = true;
     const auto want = [&](const ExchangeHeader& header) {
-        isWhole = !isWanted || isWanted(header);
+        isWhole = !isWanted || IsRead(header, isWanted);
         return isWhole;
     };
     static_cast<ExchangeSurvey&>(found) =
@@ -232,6 +343,37 @@ int ExchangeFolder::PutFrom(const ExchangeFileId& id, const std::filesystem::pat
         return error;
     }
     return PutBy(id, [&source](int target) { return CopyWholeFile(source.Get(), target); });
+}
+
+int ExchangeFolder::PutMedia(const ExchangeHeader& header, int source,
+                             const std::atomic<bool>& isCancelled) {
+    return PutBy(IdOf(header), [&](int target) {
+        ExchangeWriter writer(header, SinkTo(target));
+        ContentHash hash;
+        std::vector<char> block(size_t{1} << 16);
+        for (off_t place = 0;;) {
+            const ssize_t count = ::pread(source, block.data(), block.size(), place);
+            if (count == 0) {
+                break;
+            }
+            if (count < 0) {
+                return errno;
+            }
+            if (isCancelled) {
+                return ECANCELED;
+            }
+            const std::string_view bytes(block.data(), static_cast<size_t>(count));
+            hash.Add(bytes);
+            writer.AddBytes(bytes);
+            place += count;
+        }
+        const bool isSame =
+            writer.GetCount() == header.Media->Bytes && hash.Get() == header.Media->Content;
+        if (const int error = writer.Finish(); error != 0 || !isSame) {
+            return error == 0 ? ESTALE : error;
+        }
+        return ::fsync(target) == 0 ? 0 : errno;
+    });
 }
 
 int ExchangeFolder::PutBy(const ExchangeFileId& id, const std::function<int(int)>& write) {
@@ -261,6 +403,9 @@ int ExchangeFolder::PutBy(const ExchangeFileId& id, const std::function<int(int)
 }
 
 int ExchangeFolder::Remove(const std::vector<ExchangeFileId>& own) {
+    if (own.empty()) {
+        return 0;
+    }
     int first = 0;
     const auto remove = [&first](const std::filesystem::path& path) {
         if (::unlink(path.c_str()) != 0 && errno != ENOENT && first == 0) {
@@ -274,7 +419,11 @@ int ExchangeFolder::Remove(const std::vector<ExchangeFileId>& own) {
         remove(mPath / ExchangeFileName(id));
     }
     std::vector<FoundFile> files;
-    const int error = Scan(files, isOwn, nullptr);
+    int error = Scan(files, isOwn, nullptr);
+    if (error == 0 &&
+        std::any_of(own.begin(), own.end(), [](const ExchangeFileId& id) { return id.IsMedia; })) {
+        error = LookAtMedia(files, isOwn, nullptr);
+    }
     for (const FoundFile& file : files) {
         if (file.State == FileState::kWhole && isOwn(file.Header)) {
             remove(file.Path);
