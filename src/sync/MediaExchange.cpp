@@ -132,7 +132,7 @@ std::string MediaExchange::FindSums() {
 }
 
 bool MediaExchange::IsAsItWas() {
-    return !mFolder.HasSpoiledMedia() && mTables.GetSums() == FindSums();
+    return mTables.GetSums() == FindSums();
 }
 
 // Brings what is known of both folders up to what they are now.
@@ -209,8 +209,9 @@ bool MediaExchange::FindContent(const std::string& name, LocalMedia& file) {
             if (MediaOf(offer).Content == content && MediaOf(offer).Edition >= found.Edition) {
                 found.Edition = MediaOf(offer).Edition;
                 found.Before = MediaOf(offer).Replaces;
-                found.What =
-                    offer->Header.Machine == mMachine ? LocalMedia::kOwn : LocalMedia::kTaken;
+                const bool isOwn = offer->Header.Machine == mMachine;
+                found.What = isOwn ? LocalMedia::kOwn : LocalMedia::kTaken;
+                found.Origin = isOwn ? 0 : offer->Header.Machine;
             }
         }
         file = std::move(found);
@@ -339,7 +340,8 @@ struct MediaExchange::Hit {
     std::set<std::string> Names;
 };
 
-// A line means the file that the computer had which wrote the text last.
+// A line means the file that the computer had which wrote the text last. Where that was another
+// one, and somebody here has changed the text since, it is the same file if it came from there.
 bool MediaExchange::IsOwnLine(const Hit& hit, const std::string& name) {
     CardUuid id;
     SyncedCard copy;
@@ -347,11 +349,14 @@ bool MediaExchange::IsOwnLine(const Hit& hit, const std::string& name) {
         return true;
     }
     mState.LoadCopy(id, copy);
-    const std::vector<MediaLine> lines = FindMediaLines(FromUtf8(copy.Value(hit.Field)));
+    const std::string& former = copy.Value(hit.Field);
+    const std::vector<MediaLine> lines = FindMediaLines(FromUtf8(former));
     const bool wasThere = std::any_of(lines.begin(), lines.end(), [&name](const MediaLine& line) {
         return ToUtf8(line.Name) == name;
     });
-    return !copy.IsKnown || !wasThere || copy.Stamps[IndexOf(hit.Field)].Machine == mMachine;
+    const uint64_t writer = copy.Stamps[IndexOf(hit.Field)].Machine;
+    return !copy.IsKnown || !wasThere || writer == mMachine ||
+           (writer == mLocal[name].Origin && ToUtf8(hit.Text) != former);
 }
 
 std::vector<MediaExchange::Hit> MediaExchange::FindOwnLines() {
@@ -458,7 +463,9 @@ bool MediaExchange::Run(const ExchangeHeader& own) {
         RemoveOwn();
     }
     Save();
-    mTables.SetSums(mIsUnsettled ? std::string() : FindSums());
+    // What was not whole is told again, and looked at.
+    const bool isSettled = !mIsUnsettled && !mFolder.HasSpoiledMedia();
+    mTables.SetSums(isSettled ? FindSums() : std::string());
     return mHasTaken || mHasChangedCards;
 }
 
@@ -590,6 +597,7 @@ void MediaExchange::Take(const std::string& name, const FoundFile& file,
     taken.Edition = MediaOf(&file).Edition;
     taken.Before = MediaOf(&file).Replaces;
     taken.What = LocalMedia::kTaken;
+    taken.Origin = file.Header.Machine;
     mLocal[name] = std::move(taken);
     mChanged.insert(name);
     mHasTaken = true;

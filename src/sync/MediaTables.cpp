@@ -16,7 +16,7 @@ constexpr int kPiece = 2000;
 constexpr char kMakeTables[] =
     "CREATE TABLE IF NOT EXISTS beside.Media(Name TEXT PRIMARY KEY, Inode INTEGER, Size INTEGER,"
     "Modified INTEGER, Changed INTEGER, Content TEXT, Edition INTEGER, Before TEXT, State INTEGER,"
-    "Number INTEGER) WITHOUT ROWID;"
+    "Origin TEXT, Number INTEGER) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS beside.MediaSeen(Name TEXT PRIMARY KEY, Inode INTEGER, Size "
     "INTEGER,"
     "Modified INTEGER, Changed INTEGER, Machine TEXT, Number INTEGER, Checksum TEXT, File TEXT,"
@@ -100,7 +100,7 @@ bool MediaTables::Make() {
 LocalMediaFiles MediaTables::ReadLocal() {
     LocalMediaFiles files;
     Query query(mState.Sql(),
-                "SELECT Name,Inode,Size,Modified,Changed,Content,Edition,Before,State,Number"
+                "SELECT Name,Inode,Size,Modified,Changed,Content,Edition,Before,State,Origin,Number"
                 " FROM beside.Media");
     while (query.Step()) {
         LocalMedia& file = files[query.Text(0)];
@@ -109,20 +109,23 @@ LocalMediaFiles MediaTables::ReadLocal() {
         file.Edition = query.Int(6);
         file.Before = Split(query.Text(7));
         file.What = static_cast<LocalMedia::State>(query.Int(8));
-        file.Number = query.Int(9);
+        ParseHexText(query.Text(9), file.Origin);
+        file.Number = query.Int(10);
     }
     return files;
 }
 
 void MediaTables::SaveLocal(const std::string& name, const LocalMedia& file) {
     const std::string before = Join(file.Before);
-    Query query(mState.Sql(), "INSERT OR REPLACE INTO beside.Media VALUES (?,?,?,?,?,?,?,?,?,?)",
+    const std::string origin = HexText(file.Origin);
+    Query query(mState.Sql(), "INSERT OR REPLACE INTO beside.Media VALUES (?,?,?,?,?,?,?,?,?,?,?)",
                 name);
     BindStatus(query, file.Status);
     query.Bind(file.Content);
     query.Bind(file.Edition);
     query.Bind(before);
     query.Bind(int{file.What});
+    query.Bind(origin);
     query.Bind(file.Number);
     query.Step();
 }

@@ -43,6 +43,8 @@ struct LocalMedia {
         kGivenUp
     };
     State What = kOwn;
+    // The machine that has sent the content; 0 for this one.
+    uint64_t Origin = 0;
     // That of this computer's last file with it.
     int64_t Number = 0;
 };
