@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
@@ -260,6 +261,17 @@ void MakeUnique(char* pattern) {
 }
 
 // Returns how many bytes were copied, as the system's calls do.
+// Returns the path of a name in an open folder.
+std::string WholePath(int folder, const std::string& name) {
+    if (folder == AT_FDCWD || name.front() == '/') {
+        return name;
+    }
+    std::array<char, 4096> path{};
+    const ssize_t length =
+        ::readlink(("/proc/self/fd/" + std::to_string(folder)).c_str(), path.data(), path.size());
+    return std::string(path.data(), static_cast<size_t>(std::max<ssize_t>(length, 0))) + "/" + name;
+}
+
 ssize_t CopyRange(int from, off_t fromAt, int to, off_t toAt, size_t count) {
     std::string bytes(count, '\0');
     const ssize_t length = ::syscall(SYS_pread64, from, bytes.data(), count, fromAt);
@@ -277,6 +289,8 @@ bool IsCopiedBy(DiskRecording::Copies copies) {
 extern "C" {
 int RecordOpen(const char* path, int flags, unsigned mode) __asm__("open");
 int RecordOpen64(const char* path, int flags, unsigned mode) __asm__("open64");
+int RecordOpenAt(int folder, const char* path, int flags, unsigned mode) __asm__("openat");
+int RecordOpenAt64(int folder, const char* path, int flags, unsigned mode) __asm__("openat64");
 int RecordMkostemp(char* pattern, int flags) __asm__("mkostemp");
 int RecordMkostemp64(char* pattern, int flags) __asm__("mkostemp64");
 ssize_t RecordWrite(int descriptor, const void* bytes, size_t count) __asm__("write");
@@ -288,8 +302,10 @@ int RecordTruncate64(int descriptor, off_t size) __asm__("ftruncate64");
 int RecordSync(int descriptor) __asm__("fsync");
 int RecordDataSync(int descriptor) __asm__("fdatasync");
 int RecordUnlink(const char* path) __asm__("unlink");
+int RecordUnlinkAt(int folder, const char* path, int flags) __asm__("unlinkat");
 int RecordRemove(const char* path) __asm__("remove");
 int RecordRename(const char* from, const char* to) __asm__("rename");
+int RecordRenameAt(int fromAt, const char* from, int toAt, const char* to) __asm__("renameat");
 int RecordRename2(int fromAt, const char* from, int toAt, const char* to,
                   unsigned flags) __asm__("renameat2");
 int RecordMakeDirectory(const char* path, mode_t mode) __asm__("mkdir");
@@ -298,14 +314,21 @@ int RecordControl(int descriptor, unsigned long request, void* argument) __asm__
 ssize_t RecordCopyRange(int from, off_t* fromAt, int to, off_t* toAt, size_t count,
                         unsigned flags) __asm__("copy_file_range");
 
-int RecordOpen(const char* path, int flags, unsigned mode) {
+int RecordOpenAt(int folder, const char* path, int flags, unsigned mode) {
     if ((flags & O_CREAT) == 0 && gRecording == nullptr) {
-        return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+        return static_cast<int>(::syscall(SYS_openat, folder, path, flags, mode));
     }
     const auto note = [&](DiskRecording& recording, long descriptor) {
-        recording.OnOpen(static_cast<int>(descriptor), path, (flags & O_TRUNC) != 0);
+        recording.OnOpen(static_cast<int>(descriptor), WholePath(folder, path),
+                         (flags & O_TRUNC) != 0);
     };
-    return static_cast<int>(Call(note, SYS_openat, AT_FDCWD, path, flags, mode));
+    return static_cast<int>(Call(note, SYS_openat, folder, path, flags, mode));
+}
+int RecordOpenAt64(int folder, const char* path, int flags, unsigned mode) {
+    return RecordOpenAt(folder, path, flags, mode);
+}
+int RecordOpen(const char* path, int flags, unsigned mode) {
+    return RecordOpenAt(AT_FDCWD, path, flags, mode);
 }
 int RecordOpen64(const char* path, int flags, unsigned mode) {
     return RecordOpen(path, flags, mode);
@@ -353,6 +376,12 @@ int RecordUnlink(const char* path) {
     const auto note = [&](DiskRecording& recording, long) { recording.OnUnlink(path); };
     return static_cast<int>(Call(note, SYS_unlink, path));
 }
+int RecordUnlinkAt(int folder, const char* path, int flags) {
+    const auto note = [&](DiskRecording& recording, long) {
+        recording.OnUnlink(WholePath(folder, path));
+    };
+    return static_cast<int>(Call(note, SYS_unlinkat, folder, path, flags));
+}
 int RecordRemove(const char* path) {
     const int result = RecordUnlink(path);
     return result == 0 ? 0 : static_cast<int>(::syscall(SYS_rmdir, path));
@@ -361,9 +390,13 @@ int RecordRename(const char* from, const char* to) {
     const auto note = [&](DiskRecording& recording, long) { recording.OnRename(from, to); };
     return static_cast<int>(Call(note, SYS_rename, from, to));
 }
-// Whole paths only.
+int RecordRenameAt(int fromAt, const char* from, int toAt, const char* to) {
+    return RecordRename2(fromAt, from, toAt, to, 0);
+}
 int RecordRename2(int fromAt, const char* from, int toAt, const char* to, unsigned flags) {
-    const auto note = [&](DiskRecording& recording, long) { recording.OnRename(from, to); };
+    const auto note = [&](DiskRecording& recording, long) {
+        recording.OnRename(WholePath(fromAt, from), WholePath(toAt, to));
+    };
     return static_cast<int>(Call(note, SYS_renameat2, fromAt, from, toAt, to, flags));
 }
 int RecordMakeDirectory(const char* path, mode_t mode) {
