@@ -135,6 +135,22 @@ void CardViewer::SetStore(const wxString& storePath) {
     }
 }
 
+void CardViewer::LookForPictures() {
+    bool hasChanged = false;
+    for (CardViewerSide* const side : {&mFirst, &mSecond}) {
+        for (SidePicture& picture : side->Pictures) {
+            const wxSize size = mpPictures->FindSize(picture.Name);
+            hasChanged = hasChanged || size != picture.Natural;
+            picture.Natural = size;
+        }
+    }
+    if (hasChanged) {
+        Relayout(kCharactersAtOnce);
+    } else if (mpPictures != nullptr) {
+        Refresh();
+    }
+}
+
 void CardViewer::SetLayout(int32_t orientation) {
     if (mLayout == orientation) {
         return;

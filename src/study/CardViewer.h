@@ -105,6 +105,8 @@ class CardViewer : public wxScrolledWindow {
 
     // Says where the pictures of the cards are. Does nothing when that is known.
     void SetStore(const wxString& storePath);
+    // Shows pictures of the card that have come, or were changed, since it came up.
+    void LookForPictures();
     // Null while no card has had a picture.
     CardPictures* GetPictures() const { return mpPictures.get(); }
 

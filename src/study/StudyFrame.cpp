@@ -568,6 +568,7 @@ void StudyFrame::OnChange(Subject* subject) {
     if (subject == mpDatabase && mpScheduler != nullptr) {
         mIsOfferStale = true;
         mpScheduler->Refresh();
+        mpCardViewer->LookForPictures();
     } else if (subject == &mServices.GetSettingsNotifier()) {
         ApplySettings();
         mStudyDay.SetLimits(ReadDayLimits());

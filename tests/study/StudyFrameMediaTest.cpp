@@ -1,10 +1,15 @@
 // Pictures of cards in the whole study window.
 
+#include <filesystem>
+
 #include "media/MediaFolder.h"
+#include "media/windows/CardPictures.h"
 #include "study/PictureView.h"
 #include "study/StudyFrameFixture.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 struct StudyFrameMedia : StudyFrameTest {
     StudyFrameMedia() {
@@ -84,6 +89,23 @@ TEST_F(StudyFrameMedia, AChangeOfTheStoreBringsTheCardBack) {
     mDatabase.Notify();
     DrainEvents();
     EXPECT_EQ(State(), "message");
+}
+
+TEST_F(StudyFrameMedia, APictureThatComesLaterOrIsChangedIsShown) {
+    Insert(MakeCard("[picture: late.png]", "back"));
+    Open();
+    ASSERT_EQ(Viewer().GetFirst().Pictures.size(), 1U);
+    EXPECT_EQ(Viewer().GetFirst().Pictures[0].Natural.x, 0);
+    const fs::path late = MediaFolder(StorePath()).GetPath() / "late.png";
+    for (const char* const file : {"good.png", "sideways.jpg"}) {
+        const fs::path aside = late.string() + "-new";
+        fs::copy_file(std::string(VELOMIND_CORPUS) + "/" + file, aside);
+        fs::rename(aside, late);
+        CardPictures pictures([] {});
+        pictures.SetStore(StorePath());
+        mDatabase.Notify();
+        EXPECT_EQ(Viewer().GetFirst().Pictures[0].Natural, pictures.FindSize(file));
+    }
 }
 
 }  // namespace

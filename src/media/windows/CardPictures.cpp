@@ -13,6 +13,12 @@ namespace {
 // What all pictures of a window together may take.
 constexpr int64_t kMostBytes = int64_t{96} << 20;
 
+bool IsSameFile(const struct stat& one, const struct stat& other) {
+    return one.st_ino == other.st_ino && one.st_size == other.st_size &&
+           one.st_mtim.tv_sec == other.st_mtim.tv_sec &&
+           one.st_mtim.tv_nsec == other.st_mtim.tv_nsec;
+}
+
 struct SurfaceRelease {
     void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
 };
@@ -53,6 +59,7 @@ Surface MakeSurface(const GdkPixbuf& pixels) {
 struct CardPictures::Reading {
     wxString Name;
     FileDescriptor File;
+    struct stat Status {};
     PictureSize Room;
     // Written by the worker.
     PictureFault Fault = PictureFault::kDamaged;
@@ -84,11 +91,27 @@ CardPictures::Picture* CardPictures::Find(const wxString& name) {
         return nullptr;
     }
     Picture& picture = mPictures[name];
+    ::fstat(file.Get(), &picture.Status);
     picture.Fault = ReadPictureHead(file.Get(), picture.Head);
     return &picture;
 }
 
+// Forgets a picture whose file is gone or another one.
+void CardPictures::DropOther(const wxString& name) {
+    const auto known = mPictures.find(name);
+    if (known == mPictures.end()) {
+        return;
+    }
+    const FileDescriptor file = mFolder.Open(name);
+    struct stat status {};
+    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0 ||
+        !IsSameFile(status, known->second.Status)) {
+        mPictures.erase(known);
+    }
+}
+
 wxSize CardPictures::FindSize(const wxString& name) {
+    DropOther(name);
     const Picture* const picture = Find(name);
     return picture == nullptr || picture->Fault != PictureFault::kNone
                ? wxSize()
@@ -147,6 +170,7 @@ void CardPictures::ReadNext() {
     mpReading = std::make_unique<Reading>();
     mpReading->Name = request.Name;
     mpReading->File = mFolder.Open(request.Name);
+    ::fstat(mpReading->File.Get(), &mpReading->Status);
     mpReading->Room = request.Points;
     const int number = ++mNumber;
     const auto finish = [this, number] { CallAfter([this, number] { Finish(number); }); };
@@ -173,7 +197,7 @@ void CardPictures::Finish(int number) {
     mpJob.reset();
     const std::unique_ptr<Reading> reading = std::move(mpReading);
     const auto known = mPictures.find(reading->Name);
-    if (known != mPictures.end()) {
+    if (known != mPictures.end() && IsSameFile(known->second.Status, reading->Status)) {
         Picture& picture = known->second;
         picture.Fault = reading->Fault;
         if (reading->Drawn != nullptr) {

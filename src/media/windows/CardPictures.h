@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <wx/event.h>
 #include <wx/gdicmn.h>
 #include <wx/graphics.h>
@@ -27,7 +28,8 @@ class CardPictures : private wxEvtHandler {
     // Takes the pictures of a store from now on; an empty path is none.
     void SetStore(const wxString& storePath);
 
-    // Returns the size of a picture at a scale of 1; empty for one that cannot be shown.
+    // Returns the size of a picture at a scale of 1; empty for one that cannot be shown. Looks
+    // whether another file has come under its name, as by an exchange with another computer.
     wxSize FindSize(const wxString& name);
 
     // Draws a picture into a rectangle of its own proportions, at so many points of the screen for
@@ -40,6 +42,7 @@ class CardPictures : private wxEvtHandler {
 
   private:
     struct Picture {
+        struct stat Status {};
         PictureHead Head;
         PictureFault Fault = PictureFault::kNone;
         wxGraphicsBitmap Bitmap;
@@ -55,6 +58,7 @@ class CardPictures : private wxEvtHandler {
     struct Reading;
 
     Picture* Find(const wxString& name);
+    void DropOther(const wxString& name);
     void Ask(const wxString& name, const PictureSize& points);
     void ReadNext();
     void Finish(int number);
