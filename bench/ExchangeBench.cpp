@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "base/Files.h"
@@ -143,5 +144,42 @@ BENCHMARK(ExchangeJoin)
     ->Arg(100000)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(3);
+
+// Pictures of 50 kB beside the cards: sent, taken by the other computer, and left as they are while
+// nothing or one card was changed. The floor of sending is a copy of the files.
+void ExchangeMedia(benchmark::State& state) {
+    Pair pair(state.range(0));
+    const int64_t files = state.range(1);
+    const fs::path media = kPlace / "one.vlm.media";
+    fs::create_directories(media);
+    for (int64_t i = 1; i <= files; ++i) {
+        std::ofstream(media / (std::to_string(i) + ".png")) << i << std::string(50000, 'x');
+    }
+    Pair::Bare("UPDATE Cards SET Back='[picture: ' || rowid || '.png]' WHERE rowid<=" +
+               std::to_string(files));
+    const auto start = std::chrono::steady_clock::now();
+    fs::copy(media, kPlace / "copied");
+    const auto end = std::chrono::steady_clock::now();
+    state.counters["copy_ms"] = std::chrono::duration<double, std::milli>(end - start).count();
+    state.counters["send_ms"] = pair.Exchange(state, "one");
+    state.counters["take_ms"] = pair.Exchange(state, "other");
+    pair.Exchange(state, "one");
+    pair.Exchange(state, "one");
+    double nothing = 0;
+    double change = 0;
+    int64_t number = 0;
+    for (auto _ : state) {
+        nothing += pair.Exchange(state, "one");
+        Pair::Bare("UPDATE Cards SET Notes='note " + std::to_string(++number) + "' WHERE rowid=77");
+        change += pair.Exchange(state, "one");
+    }
+    state.counters["nothing_ms"] = nothing / static_cast<double>(state.iterations());
+    state.counters["change_ms"] = change / static_cast<double>(state.iterations());
+}
+BENCHMARK(ExchangeMedia)
+    ->ArgNames({"cards", "files"})
+    ->Args({100000, 2500})
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
 
 }  // namespace

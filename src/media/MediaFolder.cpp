@@ -399,7 +399,6 @@ int NewMediaFile::KeepAs(const wxString& name, const struct stat* former, struct
     }
     mIsNamed = mError == 0;
     if (mIsNamed) {
-        ::fsync(mDirectory.Get());
         ::fstat(mFile.Get(), &status);
     }
     return mError;

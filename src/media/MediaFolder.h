@@ -102,7 +102,8 @@ class NewMediaFile {
     int Keep(const wxString& wantedName, Durability durability, wxString& name);
     // Gives the file, whose bytes are on the disk then, this safe name and no other. EEXIST where
     // something has it, but for a file of the status in former, which is replaced: it was changed
-    // on another computer. Fills in the status of the new file.
+    // on another computer. Fills in the status of the new file. The name itself may be lost in a
+    // power cut until the folder is synced.
     int KeepAs(const wxString& name, const struct stat* former, struct stat& status);
 
   private:

@@ -398,7 +398,9 @@ int ExchangeFolder::PutBy(const ExchangeFileId& id, const std::function<int(int)
         ::unlink(aside.c_str());
         return error;
     }
-    SyncDirectory(place);
+    if (!id.IsMedia) {
+        SyncDirectory(place);
+    }
     return 0;
 }
 

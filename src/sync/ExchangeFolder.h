@@ -90,7 +90,8 @@ class ExchangeFolder {
     int PutFrom(const ExchangeFileId& id, const std::filesystem::path& file);
 
     // The same for a picture or a sound, whose bytes are those of an open file, which is read once.
-    // ESTALE when they are not those of the header.
+    // ESTALE when they are not those of the header. As there may be thousands, a name is certain to
+    // last after a power cut only once the folder is synced.
     int PutMedia(const ExchangeHeader& header, int source, const std::atomic<bool>& isCancelled);
 
     // Takes files of one's own away, with the whole copies that a service made of them under other

@@ -21,6 +21,8 @@ namespace {
 constexpr int kFilesBetweenWrites = 64;
 // More sentences help nobody.
 constexpr int kMostTold = 3;
+// Where the number of this computer's last file stands.
+constexpr char kLastNumber[] = "media-number";
 // The digits of a sum that a new name has, and those after which there is room for no more.
 constexpr size_t kShortSum = 8;
 constexpr size_t kLongestExtension = 16;
@@ -161,9 +163,11 @@ bool MediaExchange::Load(uint64_t machine) {
     for (const auto& [name, file] : known) {
         mChanged.insert(name);
     }
+    mNumber = std::max(mNumber, mState.GetNumber(kLastNumber));
     // Of one machine only the last file of a name counts.
     std::map<std::pair<std::string, uint64_t>, const FoundFile*> last;
     for (const FoundFile& file : mFolder.GetMedia()) {
+        mNumber = std::max(mNumber, file.Header.Machine == mMachine ? file.Header.Number : 0);
         const FoundFile*& place = last[{MediaOf(&file).File, file.Header.Machine}];
         if (place == nullptr || place->Header.Number < file.Header.Number) {
             place = &file;
@@ -524,19 +528,12 @@ void MediaExchange::Send(const std::string& name, LocalMedia& file, const Exchan
     }
     ExchangeHeader header = own;
     header.Media = {name, file.Status.st_size, file.Content, file.Edition, file.Before};
-    int64_t last = mState.GetNumber("media-number");
-    for (const FoundFile& sent : mFolder.GetMedia()) {
-        last = sent.Header.Machine == mMachine ? std::max(last, sent.Header.Number) : last;
-    }
     // A file that was cut or is gone is written once more under its number.
-    header.Number = file.Number > 0 ? file.Number : last + 1;
+    header.Number = file.Number > 0 ? file.Number : ++mNumber;
     int error = mFolder.PutMedia(header, source.Get(), mIsCancelled);
     if (error == EEXIST) {
-        header.Number = last + 1;
+        header.Number = ++mNumber;
         error = mFolder.PutMedia(header, source.Get(), mIsCancelled);
-    }
-    if (error == 0 || error == EEXIST) {
-        mState.SetNumber("media-number", std::max(last, header.Number));
     }
     if (error == 0) {
         file.Number = header.Number;
@@ -634,9 +631,17 @@ void MediaExchange::SaveLocal() {
 }
 
 void MediaExchange::Save() {
+    if (mIsUnsettled) {
+        // What is noted has to be there.
+        SyncDirectory(mMediaFolder.GetPath() / "any");
+        SyncDirectory(mFolder.GetPath() / "any");
+    }
     mState.Sql().Execute("BEGIN");
     SaveLocal();
     mTables.SaveSeen(mFolder.GetKnown());
     mTables.SaveUsed(mUsed, mUsedCounter);
+    if (mNumber != mState.GetNumber(kLastNumber)) {
+        mState.SetNumber(kLastNumber, mNumber);
+    }
     mState.Commit();
 }

@@ -105,6 +105,8 @@ class MediaExchange {
     std::set<std::string> mUsed;
     // The store's counter of changes before mUsed was read.
     int64_t mUsedCounter = -1;
+    // That of this computer's last file.
+    int64_t mNumber = 0;
     // Files that have to give way, and that cards name.
     std::set<std::string> mGivingWay;
     bool mHasChangedCards = false;
