@@ -347,8 +347,9 @@ bool ExchangeRun::HasOwnChanges() {
     }
     mCounter = mState.ReadChangeCounter();
     const int64_t end = mState.GetNumber("log-end");
-    return mMedia.MustGiveWay(mMachine) || mIsJoining || mHasLookedAt || mOptions.Answer != ExchangeAnswer::kAsk ||
-           mCounter != mState.GetNumber("counter", -1) || ReviewLogLength(mLogPath) != end ||
+    return mMedia.MustGiveWay(mMachine) || mIsJoining || mHasLookedAt ||
+           mOptions.Answer != ExchangeAnswer::kAsk || mCounter != mState.GetNumber("counter", -1) ||
+           ReviewLogLength(mLogPath) != end ||
            LogTailSum(mLogPath, end) != mState.GetFact("log-sum") || mState.HasPending();
 }
 

@@ -164,7 +164,7 @@ bool MediaExchange::Load(uint64_t machine) {
         mChanged.insert(name);
     }
     mNumber = std::max(mNumber, mState.GetNumber(kLastNumber));
-    // Of one machine only the last file of a name counts.
+    // The last file that a machine has sent for a name counts.
     std::map<std::pair<std::string, uint64_t>, const FoundFile*> last;
     for (const FoundFile& file : mFolder.GetMedia()) {
         mNumber = std::max(mNumber, file.Header.Machine == mMachine ? file.Header.Number : 0);
