@@ -522,6 +522,7 @@ void Reader::TakeMediaLine() {
             mMedia.Content = isGood ? value : std::string_view();
         } else {
             isGood = isGood && ParseCount(value, place == 1 ? mMedia.Bytes : mMedia.Edition);
+            isGood = isGood && mMedia.Edition <= kMostEditions;
         }
     }
     mIsMediaGood = mIsMediaGood && isGood;

@@ -30,6 +30,7 @@ constexpr size_t kMostMachines = 1000;
 // What a picture or a sound can be called, and how many former contents are told.
 constexpr size_t kLongestMediaFileName = 255;
 constexpr size_t kMostReplaced = 64;
+constexpr int64_t kMostEditions = 1000000000;
 
 // A picture or a sound, which a file has instead of records.
 struct MediaPart {

@@ -167,7 +167,9 @@ bool MediaExchange::Load(uint64_t machine) {
     // The last file that a machine has sent for a name counts.
     std::map<std::pair<std::string, uint64_t>, const FoundFile*> last;
     for (const FoundFile& file : mFolder.GetMedia()) {
-        mNumber = std::max(mNumber, file.Header.Machine == mMachine ? file.Header.Number : 0);
+        // A stranger may have written the last number that there is.
+        const bool isOwn = file.Header.Machine == mMachine && file.Header.Number < INT64_MAX / 2;
+        mNumber = std::max(mNumber, isOwn ? file.Header.Number : 0);
         const FoundFile*& place = last[{MediaOf(&file).File, file.Header.Machine}];
         if (place == nullptr || place->Header.Number < file.Header.Number) {
             place = &file;
@@ -203,7 +205,7 @@ bool MediaExchange::FindContent(const std::string& name, LocalMedia& file) {
         found.Status = file.Status;
         found.Content = content;
         if (isChange) {
-            found.Edition = file.Edition + 1;
+            found.Edition = std::min(file.Edition + 1, kMostEditions);
             found.Before = file.Before;
             found.Before.insert(found.Before.begin(), file.Content);
             found.Before.resize(std::min(found.Before.size(), kMostReplaced));

@@ -259,11 +259,12 @@ TEST_F(MediaExchangeTest, WhatAStrangerPutsIntoTheFolderIsTakenOnlyIfItIsWhatItS
         sum.Add(bytes);
         return sum.Get();
     };
-    const auto fileOf = [&](const std::string& name, const std::string& bytes) {
+    const auto fileOf = [](const std::string& name, const std::string& bytes,
+                           const std::string& content) {
         ExchangeHeader header;
         header.Machine = 0x77;
         header.Number = 1;
-        header.Media = {name, static_cast<int64_t>(bytes.size()), sumOf(bytes), 1, {}};
+        header.Media = {name, static_cast<int64_t>(bytes.size()), content, 1, {}};
         std::string file;
         ExchangeWriter writer(header, SinkTo(file));
         writer.AddBytes(bytes);
@@ -275,7 +276,7 @@ TEST_F(MediaExchangeTest, WhatAStrangerPutsIntoTheFolderIsTakenOnlyIfItIsWhatItS
         EXPECT_NE(at, std::string::npos);
         return text.replace(at, from.size(), to);
     };
-    const std::string good = fileOf("bird.png", "feathers");
+    const std::string good = fileOf("bird.png", "feathers", sumOf("feathers"));
     struct Case {
         const char* Title;
         std::string Bytes;
@@ -283,8 +284,8 @@ TEST_F(MediaExchangeTest, WhatAStrangerPutsIntoTheFolderIsTakenOnlyIfItIsWhatItS
         const char* Told;
     };
     const Case cases[] = {
-        {"a path", fileOf("../bird.png", "feathers"), ""},
-        {"a hidden name", fileOf(".bird.png", "feathers"), ""},
+        {"a path", fileOf("../bird.png", "feathers", sumOf("feathers")), ""},
+        {"a hidden name", fileOf(".bird.png", "feathers", sumOf("feathers")), ""},
         {"a name of a megabyte", with(good, "bird.png", std::string(1 << 20, 'b')), "The file"},
         {"too short for what it says", with(good, "bytes\t8", "bytes\t9"), "The file"},
         {"too long for what it says", with(good, "bytes\t8", "bytes\t7"), "The file"},
@@ -293,9 +294,12 @@ TEST_F(MediaExchangeTest, WhatAStrangerPutsIntoTheFolderIsTakenOnlyIfItIsWhatItS
         {"without a sum", with(good, "content\t", "contents\t"), "The file"},
         {"with other bytes", with(good, "feathers", "feathery"), "The file"},
         {"with another sum", with(good, sumOf("feathers"), sumOf("feathery")), "The file"},
+        {"with a false sum", fileOf("bird.png", "feathers", sumOf("feathery")), "The file"},
+        {"of the last edition", with(good, "edition\t1", "edition\t9223372036854775807"),
+         "The file"},
         {"with more after it", good + "x", ""},
         {"cut", good.substr(0, good.size() - 30), ""},
-        {"empty", fileOf("bird.png", ""), ""},
+        {"empty", fileOf("bird.png", "", sumOf("")), ""},
         {"good", good, nullptr}};
     Exchange(0);
     mComputers[0]->Store.InsertFlashCard(
