@@ -35,15 +35,32 @@ std::string Outgoing::TextOf(const Stamp& stamp) {
 }
 
 void Outgoing::BeginCard(const CardUuid& card, const Stamp& touched) {
-    if (mCard != card) {
-        mCard = card;
+    if (mCard == card) {
+        return;
+    }
+    mCard = card;
+    mTouched = touched;
+    mIsNamed = false;
+    if (touched.IsNone()) {
         ++mChanges;
-        const std::string stamp = TextOf(touched);
-        mWriter.Add({"c", IdText(card), stamp});
+    } else if (mTold.insert(card).second) {
+        // That it was changed is told although no field may follow, but not twice: a day of study
+        // consists of such changes.
+        ++mChanges;
+        NameCard();
+    }
+}
+
+void Outgoing::NameCard() {
+    if (!mIsNamed) {
+        mIsNamed = true;
+        const std::string stamp = TextOf(mTouched);
+        mWriter.Add({"c", IdText(mCard), stamp});
     }
 }
 
 void Outgoing::AddCard(const SyncedCard& card) {
+    NameCard();
     const int64_t known = mNumbers.GetCount();
     const std::string stamps = FormatStamps(card.Stamps, mNumbers);
     const std::string touched = FormatTimes(card.Touched, mNumbers);
@@ -57,12 +74,14 @@ void Outgoing::AddCard(const SyncedCard& card) {
 
 void Outgoing::AddField(CardField field, const Stamp& at, const Stamp& replaced,
                         const std::string& value) {
+    NameCard();
     const std::string stamp = TextOf(at);
     const std::string base = TextOf(replaced);
     mWriter.Add({"f", LetterOf(field), stamp, base, value});
 }
 
 void Outgoing::AddDeletion(const MachineTimes& seen) {
+    NameCard();
     const int64_t known = mNumbers.GetCount();
     const std::string times = FormatTimes(seen, mNumbers);
     NameMachines(known);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 
 #include "reviews/ScheduleEvents.h"
@@ -42,11 +43,17 @@ class Outgoing {
     int Finish() { return mWriter.Finish(); }
 
   private:
+    // Writes the name of the card that was begun, unless it stands there.
+    void NameCard();
     std::string TextOf(const Stamp& stamp);
     void NameMachines(int64_t known);
 
     ExchangeWriter mWriter;
     MachineNumbers mNumbers;
     CardUuid mCard;
+    Stamp mTouched;
+    bool mIsNamed = false;
+    // The changed cards that were named.
+    std::set<CardUuid> mTold;
     int mChanges = 0;
 };
