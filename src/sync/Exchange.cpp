@@ -85,14 +85,18 @@ uint64_t RandomIdentity() {
     return identity;
 }
 
-// Returns a text that no other computer and no other place of the store has.
+// Returns a text that no other computer and no other place of the store has. A folder that is
+// reached by a link is the same place.
 std::string PlaceOf(const wxString& storePath) {
     std::string computer;
     const FileDescriptor file(::open("/etc/machine-id", O_RDONLY | O_CLOEXEC));
     char buffer[64];
     const ssize_t count = file.IsOpen() ? ::read(file.Get(), buffer, sizeof buffer) : 0;
     computer.assign(buffer, static_cast<size_t>(std::max<ssize_t>(count, 0)));
-    return computer + " " + ToUtf8(storePath);
+    const fs::path store = ToPath(storePath);
+    std::error_code error;
+    const fs::path folder = fs::canonical(store.parent_path(), error);
+    return computer + " " + (error ? store : folder / store.filename()).string();
 }
 
 class ExchangeRun {
@@ -117,6 +121,7 @@ class ExchangeRun {
     void FindIdentity();
     void TakeNewIdentity();
     bool HasGoneBack();
+    void TakeBackLosses();
     bool HasOwnChanges();
     void NoteMachines();
     enum class Outcome { kDone, kAgain, kStopped };
@@ -124,6 +129,7 @@ class ExchangeRun {
     Outcome Ask(ExchangeQuestion question, int64_t count);
     int64_t LatestNews() const;
     bool ReadPlanned(CardMerge& merge);
+    bool CompleteLog();
     bool NeedsBackup();
     void NoteTaken();
     void NoteReport(const CardMerge& merge, int64_t sent);
@@ -132,7 +138,7 @@ class ExchangeRun {
     void FinishLog();
     void NoteCounter();
     void SendAll();
-    void PutMissing();
+    bool PutMissing();
     void PutWholeCopy();
     void RemoveTaken();
     ExchangeMachine* FindMachine(uint64_t id);
@@ -166,6 +172,8 @@ class ExchangeRun {
     int64_t mCounter = -1;
     std::vector<EditNote> mNotes;
     bool mHasLookedAt = false;
+    // True when the store is an earlier one than that of the last exchange.
+    bool mHasGoneBack = false;
 };
 
 void ExchangeRun::Say(const wxString& sentence) {
@@ -339,8 +347,22 @@ bool ExchangeRun::HasGoneBack() {
     return !isThere;
 }
 
+// The answer to the question about many cards takes back what was deleted or turned back here,
+// although the user did it. In an earlier store the same notes tell of what was done since.
+void ExchangeRun::TakeBackLosses() {
+    for (EditNote& note : mNotes) {
+        for (const EditedField field :
+             {EditedField::kForward, EditedField::kReverse, EditedField::kDeletion}) {
+            note.Fields.reset(static_cast<size_t>(field));
+        }
+    }
+}
+
 bool ExchangeRun::HasOwnChanges() {
     mNotes = TakeEditNotes(mOptions.StorePath);
+    if (mOptions.Answer == ExchangeAnswer::kTakeNewer && !mHasGoneBack) {
+        TakeBackLosses();
+    }
     {
         Query looked(mState.Sql(), "SELECT 1 FROM beside.Conflicts WHERE Closed=2 LIMIT 1");
         mHasLookedAt = looked.Step();
@@ -425,6 +447,65 @@ int64_t ExchangeRun::LatestNews() const {
         }
     }
     return latest < 0 ? kLastTimeStamp : latest;
+}
+
+// The log has gone back together with its store. The folder has the reviews that it lost, also
+// those of this computer: whatever the user has answered, none of them may be missing in the log,
+// or the schedules here would not be those of the others. Returns false when that fails.
+bool ExchangeRun::CompleteLog() {
+    // Until the exchange has ended the store stays an earlier one, though its log is complete.
+    const FileDescriptor mark(::open(ToUtf8(mOptions.StorePath + kRestoredSuffix).c_str(),
+                                     O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!mark.IsOpen()) {
+        Fail(ExchangeEnd::kFailed,
+             wxString::Format(_("The store could not be exchanged: %s"), SystemErrorText(errno)));
+        return false;
+    }
+    std::unordered_set<EventName, EventNameHash> told;
+    std::vector<ScheduleEvent> events;
+    for (const FoundFile& file : mFiles) {
+        const ExchangeVisit visit = [&](const ExchangeFields& record) {
+            ScheduleEvent event;
+            if (record[0] == "r" && record.size() >= 3 && ParseEvent(record[1], record[2], event) &&
+                told.insert(NameOf(event)).second) {
+                events.push_back(std::move(event));
+            }
+            return true;
+        };
+        ExchangeHeader header;
+        if (file.State == FileState::kWhole && !file.Header.Media) {
+            // A damaged one is none of those that were taken.
+            ReadExchangeFile(file.Path, header, &visit, &mIsCancelled);
+        }
+    }
+    bool isAllTold = true;
+    VisitEvents(
+        mLogPath, 0,
+        [&](const ScheduleEvent& event) { isAllTold = isAllTold && told.count(NameOf(event)) > 0; },
+        mIsCancelled);
+    const auto setEnd = [this](int64_t end) {
+        mState.SetNumber("log-end", end);
+        mState.SetFact("log-sum", LogTailSum(mLogPath, end));
+    };
+    mState.Begin();
+    for (const size_t place : FindMissing(events)) {
+        mState.AddPending(FormatEvent(events[place]));
+        mReport.Received += events[place].IsSet ? 0 : 1;
+        mReport.HasChanged = true;
+    }
+    setEnd(ReviewLogLength(mLogPath));
+    if (mIsCancelled || !mState.Commit()) {
+        FailStore();
+        mState.RollBack();
+        return false;
+    }
+    // Tells a failure itself.
+    FinishLog();
+    if (!isAllTold) {
+        // Lines that are told again do no harm.
+        setEnd(0);
+    }
+    return !mState.HasPending();
 }
 
 bool ExchangeRun::ReadPlanned(CardMerge& merge) {
@@ -551,6 +632,7 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     };
     const bool mayAsk = mOptions.Answer == ExchangeAnswer::kAsk && !mIsJoining;
     if (mayAsk && mOptions.Rules.NoticesGoneBack && isMany(merge.CountLostHere())) {
+        mReport.IsLostHere = true;
         return Ask(ExchangeQuestion::kManyLost, merge.CountLostHere());
     }
     if (!ReadPlanned(merge)) {
@@ -757,9 +839,10 @@ void ExchangeRun::FinishLog() {
 }
 
 void ExchangeRun::SendAll() {
-    PutMissing();
-    PutWholeCopy();
-    RemoveTaken();
+    if (PutMissing()) {
+        PutWholeCopy();
+        RemoveTaken();
+    }
     if (mReport.End == ExchangeEnd::kDone) {
         ExchangeHeader own;
         own.Machine = mMachine;
@@ -769,7 +852,8 @@ void ExchangeRun::SendAll() {
     }
 }
 
-void ExchangeRun::PutMissing() {
+// Returns false when the folder takes nothing, which is told.
+bool ExchangeRun::PutMissing() {
     for (const ExchangeFileId& id : mState.ListSent()) {
         const auto found = std::find_if(mFiles.begin(), mFiles.end(), [&](const FoundFile& file) {
             return file.State == FileState::kWhole && IdOf(file.Header) == id;
@@ -784,7 +868,7 @@ void ExchangeRun::PutMissing() {
             mReport.End = ExchangeEnd::kNoFolder;
             Say(wxString::Format(_("The folder \"%s\" cannot be used: %s"), mOptions.Folder,
                                  SystemErrorText(error)));
-            return;
+            return false;
         }
         FoundFile file;
         file.State = FileState::kWhole;
@@ -793,6 +877,7 @@ void ExchangeRun::PutMissing() {
         file.Bytes = static_cast<int64_t>(bytes.size());
         mFiles.push_back(std::move(file));
     }
+    return true;
 }
 
 void ExchangeRun::PutWholeCopy() {
@@ -920,8 +1005,12 @@ ExchangeReport ExchangeRun::Run() {
         FinishLog();
     }
     NoteMachines();
-    if (HasGoneBack() && mOptions.Answer == ExchangeAnswer::kAsk) {
+    mHasGoneBack = HasGoneBack();
+    if (mHasGoneBack && mOptions.Answer == ExchangeAnswer::kAsk) {
         Ask(ExchangeQuestion::kGoneBack, 0);
+        return mReport;
+    }
+    if (mHasGoneBack && !CompleteLog()) {
         return mReport;
     }
     for (int attempt = 0;; ++attempt) {
@@ -980,6 +1069,14 @@ int LeaveExchange(const wxString& storePath) {
         result = error ? error.value() : result;
     }
     return result;
+}
+
+void FollowMovedExchange(const wxString& formerPath, const wxString& storePath) {
+    SyncState state;
+    if (!fs::exists(ToPath(formerPath)) && TakesPart(storePath) && state.OpenAlone(storePath) &&
+        state.GetFact("place") == PlaceOf(formerPath)) {
+        state.SetFact("place", PlaceOf(storePath));
+    }
 }
 
 std::vector<ExchangeMachine> ReadExchangeMachines(const wxString& storePath) {

@@ -96,6 +96,9 @@ struct ExchangeReport {
     ExchangeQuestion Question = ExchangeQuestion::kNone;
     // How many cards the question is about.
     int64_t Asked = 0;
+    // True when the many cards were deleted or turned back here, and false when that was done
+    // elsewhere.
+    bool IsLostHere = false;
     // Changed cards and reviews.
     int64_t Sent = 0;
     int64_t Received = 0;
@@ -117,6 +120,10 @@ ExchangeReport RunExchange(const ExchangeOptions& options);
 bool TakesPart(const wxString& storePath);
 // Ends the exchange of a store; its cards stay. What it has put into the folder stays, too.
 int LeaveExchange(const wxString& storePath);
+
+// Lets a store that the program has moved stay the same computer for the others. Else it would be a
+// new one, as a copy is, and the former one would be waited for.
+void FollowMovedExchange(const wxString& formerPath, const wxString& storePath);
 
 // What the windows ask of the file beside the store. They read little and fail as empty lists.
 std::vector<ExchangeMachine> ReadExchangeMachines(const wxString& storePath);

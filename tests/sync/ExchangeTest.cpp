@@ -41,20 +41,53 @@ struct Computer {
         Store.SelectCardById(id, found);
         return found.empty() ? FlashCard() : found.front();
     }
+    void Note(const CardUuid& id, EditedField field, int64_t time) {
+        EditNote note;
+        note.Time = time * 1000;
+        note.CardId = id;
+        note.Fields.set(static_cast<size_t>(field));
+        AddEditNotes(Path, {note});
+    }
     void SetFront(const CardUuid& id, const wxString& front, int64_t time) {
         FlashCard card = Get(id);
         card.Front = front;
         Store.UpdateFlashCard(card);
-        EditNote note;
-        note.Time = time * 1000;
-        note.CardId = id;
-        note.Fields.set(static_cast<size_t>(EditedField::kFront));
-        AddEditNotes(Path, {note});
+        Note(id, EditedField::kFront, time);
+    }
+    // A score as study gives it: to the card, and then to the log.
+    void Score(const CardUuid& id, int64_t time) {
+        FlashCard card = Get(id);
+        ReviewRecord record;
+        record.Time = time;
+        record.CardId = id;
+        record.Score = 4;
+        record.NewInterval = 14400;
+        record.NewDifficulty = card.Forward.Difficulty;
+        const ScheduleEvent event = MakeReviewEvent(record, card.Forward, 0, 0);
+        card.Forward = event.After;
+        Store.UpdateFlashCard(card);
+        WriteBytes(ReviewLogPath(Path), ReadBytes(ReviewLogPath(Path)) + FormatEvent(event));
+    }
+    std::vector<int64_t> RowsOf(const std::vector<CardUuid>& ids) {
+        std::vector<int64_t> rows;
+        for (const CardUuid& id : ids) {
+            Store.SelectRowIdById(id, rows);
+        }
+        return rows;
     }
     wxString CategoryOf(const CardUuid& id) {
         std::list<Category> found;
         Store.SelectCategoryById(Get(id).CategoryId, found);
         return found.empty() ? wxString("none") : found.front().Name;
+    }
+    // Those in the log, without what was set by hand.
+    int CountReviews() const {
+        const std::atomic<bool> goesOn{false};
+        int count = 0;
+        VisitEvents(
+            ReviewLogPath(Path), 0,
+            [&count](const ScheduleEvent& event) { count += event.IsSet ? 0 : 1; }, goesOn);
+        return count;
     }
     int Count() {
         int32_t count = 0;
@@ -236,12 +269,19 @@ TEST_F(ExchangeTest, AStoreThatHasGoneBackSendsNothingUntilItIsAnswered) {
     const CardUuid id = mLaptop.Add("old").CardId;
     Meet(kMonday);
     const std::string old = ReadBytes(mLaptop.Path);
+    const std::string oldLog = ReadBytes(ReviewLogPath(mLaptop.Path));
     for (const ExchangeAnswer answer : {ExchangeAnswer::kTakeNewer, ExchangeAnswer::kTakeMine}) {
         mLaptop.SetFront(id, "new", kMonday + 60);
         mLaptop.Add("more");
+        mLaptop.Score(id, kMonday + 30);
+        Exchange(mLaptop, kMonday + 60);
+        Exchange(mDesktop, kMonday + 60);
+        mDesktop.Score(id, kMonday + 40);
         Meet(kMonday + 60);
         mLaptop.Store.Close();
         WriteBytes(mLaptop.Path, old);
+        // The program restores the log together with the store.
+        WriteBytes(ReviewLogPath(mLaptop.Path), oldLog);
         mLaptop.Open();
         const std::set<std::string> files = Files();
         const ExchangeReport asked = Exchange(mLaptop, kMonday + kDay);
@@ -253,25 +293,42 @@ TEST_F(ExchangeTest, AStoreThatHasGoneBackSendsNothingUntilItIsAnswered) {
         EXPECT_EQ(mLaptop.Get(id).Front, isNew ? "new" : "old");
         EXPECT_EQ(mDesktop.Get(id).Front, isNew ? "new" : "old");
         EXPECT_EQ(mDesktop.Count(), isNew ? 2 : 1);
+        for (Computer* const each : {&mLaptop, &mDesktop}) {
+            EXPECT_EQ(each->Get(id).Forward.Introduced, isNew);
+            EXPECT_EQ(each->CountReviews(), isNew ? 2 : 4) << "no review is lost";
+        }
     }
 }
 
 TEST_F(ExchangeTest, ManyDeletionsAreAskedAbout) {
-    std::vector<int64_t> rows;
+    std::vector<CardUuid> ids;
     for (int i = 0; i < 100; ++i) {
         const FlashCard card = mLaptop.Add(wxString::Format("card %i", i));
         if (i < 20) {
-            mLaptop.Store.SelectRowIdById(card.CardId, rows);
+            ids.push_back(card.CardId);
         }
     }
+    std::vector<int64_t> rows = mLaptop.RowsOf(ids);
     Meet(kMonday);
-    mLaptop.Store.CardsDeleteByRowId(rows);
-    const ExchangeReport asked = Exchange(mLaptop, kMonday + 60);
-    EXPECT_EQ(asked.Question, ExchangeQuestion::kManyLost);
-    EXPECT_EQ(asked.Asked, 20);
+    ExchangeReport asked;
+    for (const ExchangeAnswer answer : {ExchangeAnswer::kTakeNewer, ExchangeAnswer::kAsk}) {
+        mLaptop.Store.CardsDeleteByRowId(rows);
+        for (const CardUuid& id : ids) {
+            mLaptop.Note(id, EditedField::kDeletion, kMonday + 30);
+        }
+        asked = Exchange(mLaptop, kMonday + 60);
+        EXPECT_EQ(asked.Question, ExchangeQuestion::kManyLost);
+        EXPECT_EQ(asked.Asked, 20);
+        EXPECT_TRUE(asked.IsLostHere);
+        Exchange(mLaptop, kMonday + 60, answer);
+        EXPECT_EQ(mLaptop.Count(), answer == ExchangeAnswer::kAsk ? 80 : 100);
+        rows = mLaptop.RowsOf(ids);
+    }
     EXPECT_EQ(Exchange(mLaptop, kMonday + 60, ExchangeAnswer::kTakeMine).End, ExchangeEnd::kDone);
     // The one that they come to is asked, too.
-    EXPECT_EQ(Exchange(mDesktop, kMonday + 60).Question, ExchangeQuestion::kManyLost);
+    asked = Exchange(mDesktop, kMonday + 60);
+    EXPECT_EQ(asked.Question, ExchangeQuestion::kManyLost);
+    EXPECT_FALSE(asked.IsLostHere);
     EXPECT_EQ(mDesktop.Count(), 100);
     Exchange(mDesktop, kMonday + 60, ExchangeAnswer::kTakeNewer);
     EXPECT_EQ(mDesktop.Count(), 80);
@@ -335,4 +392,40 @@ TEST_F(ExchangeTest, WhatIsCutShortAnywhereHasNotHappened) {
             EXPECT_EQ(ReadBytes(ReviewLogPath(each->Path)).find("#="), std::string::npos) << calls;
         }
     }
+}
+
+// The full disk is told once, though several files are to be written.
+TEST_F(ExchangeTest, AFolderThatTakesNothingIsToldOnce) {
+    mLaptop.Add("one");
+    Meet(kMonday);
+    for (const std::string& name : Files()) {
+        const size_t machine = name.find('-') + 1;
+        fs::create_directories(ToUtf8(Folder()) + "/.velomind-" + name.substr(machine, 16) +
+                               ".tmp/x");
+        fs::remove(ToUtf8(Folder()) + "/" + name);
+    }
+    const wxString message = Exchange(mLaptop, kMonday + 60).Message;
+    EXPECT_EQ(message.find("cannot be used"), message.rfind("cannot be used")) << message;
+    EXPECT_NE(message.find("cannot be used"), wxString::npos) << message;
+}
+
+TEST_F(ExchangeTest, AStoreThatIsMovedOrReachedByALinkStaysTheSameComputer) {
+    const CardUuid ids[] = {mLaptop.Add("one").CardId, mLaptop.Add("two").CardId};
+    Meet(kMonday);
+    const wxString former = mLaptop.Path;
+    const wxString place = mDirectory.Path("moved");
+    fs::create_directories(ToUtf8(place));
+    fs::create_directory_symlink(ToUtf8(place), ToUtf8(mDirectory.Path("link")));
+    mLaptop.Store.Close();
+    mLaptop.Path = place + "/Words.vlm";
+    ASSERT_EQ(MoveStoreFile(former, mLaptop.Path), 0);
+    FollowMovedExchange(former, mLaptop.Path);
+    EXPECT_EQ(Exchange(mLaptop, kMonday + 60).Machines.size(), 1U);
+    mLaptop.Path = mDirectory.Path("link") + "/Words.vlm";
+    EXPECT_EQ(Exchange(mLaptop, kMonday + 120).Machines.size(), 1U);
+    mLaptop.Open();
+    for (const CardUuid& id : ids) {
+        mLaptop.Score(id, kMonday + 130);
+    }
+    EXPECT_EQ(Exchange(mLaptop, kMonday + 180).Sent, 4) << "each card and each review once";
 }

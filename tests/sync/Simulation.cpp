@@ -470,7 +470,9 @@ void Simulation::Restore(Machine& machine) {
     fs::copy_file(ToUtf8(backup), ToUtf8(machine.StorePath()),
                   fs::copy_options::overwrite_existing);
     if (Chance(0.5)) {
+        // As the program restores, with the log; else as a person copies the store alone.
         WriteBytes(machine.StorePath() + kRestoredSuffix, "");
+        WriteBytes(ReviewLogPath(machine.StorePath()), ReadBytes(ReviewLogPath(backup)));
     }
     machine.Last.reset();
     machine.Deleted.clear();
@@ -534,6 +536,8 @@ ExchangeReport Simulation::Exchange(Machine& machine) {
     if (mOptions.RestoresBackups && Chance(0.3)) {
         fs::copy_file(ToUtf8(machine.StorePath()), ToUtf8(machine.StorePath() + ".backup"),
                       fs::copy_options::overwrite_existing);
+        WriteBytes(ReviewLogPath(machine.StorePath() + ".backup"),
+                   ReadBytes(ReviewLogPath(machine.StorePath())));
     }
     return report;
 }
