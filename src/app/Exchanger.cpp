@@ -5,6 +5,8 @@
 #include <wx/msgdlg.h>
 
 #include <algorithm>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "base/Time.h"
@@ -23,25 +25,47 @@ constexpr int kPatienceMilliseconds = 600000;
 // An exchange that was asked to stop may still be just before its end.
 constexpr unsigned long kLastMilliseconds = 200;
 constexpr size_t kMostNames = 3;
+constexpr int64_t kDayMilliseconds = 86400000;
+// A computer that is used every day sends news once a day.
+constexpr int64_t kQuietDays = 2;
 
-wxString NamesOf(const std::vector<ExchangeMachine>& machines) {
+// An exchange succeeds also while nothing carries the folder, which the user has to see.
+wxString NameOf(const ExchangeMachine& machine, int64_t now) {
+    const wxString name = FromUtf8(machine.Name);
+    const int64_t days = (now - machine.LastNews) / kDayMilliseconds;
+    return days < kQuietDays
+               ? name
+               : wxString::Format(wxPLURAL("%s (no news for %i day)", "%s (no news for %i days)",
+                                           static_cast<unsigned>(days)),
+                                  name, static_cast<int>(days));
+}
+
+wxString NamesOf(const std::vector<ExchangeMachine>& machines, int64_t now) {
     std::vector<ExchangeMachine> known;
     std::copy_if(machines.begin(), machines.end(), std::back_inserter(known),
                  [](const ExchangeMachine& each) { return each.LastNews > 0; });
     std::sort(known.begin(), known.end(), [](const ExchangeMachine& a, const ExchangeMachine& b) {
         return a.LastNews > b.LastNews;
     });
+    // One that left and came back is another computer of the same name.
+    std::set<std::string> told;
     wxString names;
-    for (size_t i = 0; i < known.size() && i < kMostNames; ++i) {
-        names << (i == 0 ? "" : ", ") << FromUtf8(known[i].Name);
+    for (const ExchangeMachine& each : known) {
+        if (told.count(each.Name) == 0 && told.size() == kMostNames) {
+            return names + ", ...";
+        }
+        if (told.insert(each.Name).second) {
+            names << (told.size() == 1 ? "" : ", ") << NameOf(each, now);
+        }
     }
-    return known.size() > kMostNames ? names + ", ..." : names;
+    return names;
 }
 
 }  // namespace
 
-wxString ExchangedText(int64_t secondsAgo, const std::vector<ExchangeMachine>& machines) {
-    const wxString names = NamesOf(machines);
+wxString ExchangedText(int64_t secondsAgo, const std::vector<ExchangeMachine>& machines,
+                       int64_t now) {
+    const wxString names = NamesOf(machines, now);
     if (names.empty()) {
         return _("Exchanged; no other computer takes part yet");
     }
@@ -69,13 +93,38 @@ int AskOf(wxWindow* parent, const wxString& question, const wxString& yes, const
     return dialog.ShowModal();
 }
 
-int AskWhichStands(wxWindow* parent, const wxString& situation) {
-    return AskOf(parent,
-                 situation + "\n\n" +
-                     _("Should the cards here be brought up to date with those of the other "
-                       "computers? Or should the other computers take the state that the cards "
-                       "have here?"),
-                 _("Bring Up to Date"), _("Take This State for All"));
+int AskWhichStands(wxWindow* parent, const wxString& question) {
+    return AskOf(parent, question, _("Bring Up to Date"), _("Take This State for All"));
+}
+
+// Tells what each of the two answers does, as that depends on where the cards were lost.
+wxString QuestionOf(const ExchangeReport& report) {
+    const auto count = static_cast<int>(report.Asked);
+    if (report.Question == ExchangeQuestion::kGoneBack) {
+        return _(
+            "The cards here are those of an earlier time, such as those of a backup. Other "
+            "computers have newer ones.\n\nShould the cards here be brought up to date with "
+            "those of the other computers? Or should the other computers take the state that "
+            "the cards have here?");
+    }
+    if (report.IsLostHere) {
+        return wxString::Format(wxPLURAL("%i card was deleted or reset on this computer.",
+                                         "%i cards were deleted or reset on this computer.",
+                                         static_cast<unsigned>(count)),
+                                count) +
+               "\n\n" +
+               _("\"Bring Up to Date\" puts them back as they are on the other computers. \"Take "
+                 "This "
+                 "State for All\" deletes or resets them there as well.");
+    }
+    return wxString::Format(
+               wxPLURAL("%i card was deleted on another computer.",
+                        "%i cards were deleted on another computer.", static_cast<unsigned>(count)),
+               count) +
+           "\n\n" +
+           _("\"Bring Up to Date\" deletes them here as well. \"Take This State for All\" keeps "
+             "them "
+             "and puts them back on the other computers.");
 }
 
 }  // namespace
@@ -90,24 +139,15 @@ bool AskExchangeQuestion(wxWindow* parent, const ExchangeReport& report, Exchang
                                       static_cast<unsigned>(count)),
                              count) +
                 "\n\n" +
-                _("Should the two become one card, with the reviews of both? Else you will have "
-                  "both of them. Your answer holds for all computers."),
+                _("Should each become one with its equal, with the reviews of both? Else you will "
+                  "have both of them. Your answer holds for all computers."),
             _("Make Them One"), _("Keep Both"));
         if (answer != wxID_CANCEL) {
             options.JoinsEqualCards = answer == wxID_YES;
         }
         return answer != wxID_CANCEL;
     }
-    const int answer =
-        report.Question == ExchangeQuestion::kGoneBack
-            ? AskWhichStands(parent, _("The cards here are those of an earlier time, such as those "
-                                       "of a backup. Other computers have newer ones."))
-            : AskWhichStands(parent,
-                             wxString::Format(
-                                 wxPLURAL("This exchange would delete %i card or turn it back.",
-                                          "This exchange would delete %i cards or turn them back.",
-                                          static_cast<unsigned>(count)),
-                                 count));
+    const int answer = AskWhichStands(parent, QuestionOf(report));
     if (answer != wxID_CANCEL) {
         options.Answer =
             answer == wxID_YES ? ExchangeAnswer::kTakeNewer : ExchangeAnswer::kTakeMine;
@@ -198,7 +238,7 @@ void Exchanger::Begin(const ExchangeOptions* answered) {
 // Called by the event loop after each exchange; Stop may have taken its report already.
 void Exchanger::OnEnd() {
     if (mpJob != nullptr && mpJob->IsFinished()) {
-        TakeReport(false);
+        TakeReport(mpJob->IsCancelled());
     }
 }
 
@@ -222,6 +262,7 @@ void Exchanger::TakeReport(bool wasStopped) {
     if (report.End == ExchangeEnd::kDone) {
         mLastDone = mSurroundings.Time.Now();
         mMachines = report.Machines;
+        mLostTexts = mSurroundings.CountLostTexts();
     } else if (report.End == ExchangeEnd::kAsks) {
         mMessage = _("The exchange has a question: press F9");
     }
@@ -248,16 +289,30 @@ void Exchanger::ShowState(bool isAnswer) {
     }
     wxString text = mMessage;
     if (!mIsProblem && mLastDone.IsValid()) {
-        const wxString done =
-            ExchangedText(SecondsBetween(mLastDone, mSurroundings.Time.Now()), mMachines);
-        text = mMessage.empty() ? done : done + ". " + mMessage;
+        const wxDateTime now = mSurroundings.Time.Now();
+        text = ExchangedText(SecondsBetween(mLastDone, now), mMachines, now.GetValue().GetValue());
+        if (mLostTexts > 0) {
+            text += ". " + wxString::Format(wxPLURAL("%i text changed on both (Tools)",
+                                                     "%i texts changed on both (Tools)",
+                                                     static_cast<unsigned>(mLostTexts)),
+                                            mLostTexts);
+        }
+        text += mMessage.empty() ? wxString() : ". " + mMessage;
     }
     mSurroundings.Show(text, mIsProblem || isAnswer);
 }
 
-void Exchanger::Stop() {
-    if (IsRunning()) {
-        mpJob->AskToStop();
+void Exchanger::CountLostTexts() {
+    mLostTexts = mSurroundings.CountLostTexts();
+    ShowState();
+}
+
+void Exchanger::Stop(unsigned long mostMilliseconds) {
+    if (!IsRunning()) {
+        return;
+    }
+    mpJob->AskToStop();
+    if (mEnded.WaitTimeout(mostMilliseconds) == wxSEMA_NO_ERROR) {
         TakeReport(true);
     }
 }
@@ -265,6 +320,7 @@ void Exchanger::Stop() {
 void Exchanger::BeginAnew() {
     mLastDone = wxInvalidDateTime;
     mMachines.clear();
+    mLostTexts = 0;
     mMessage.clear();
     mIsProblem = false;
     mIsWanted = true;

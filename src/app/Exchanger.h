@@ -18,8 +18,9 @@ class Database;
 class wxWindow;
 
 // Returns what the windows tell of an exchange that has succeeded so many seconds ago, in one
-// sentence without a full stop: "Exchanged 3 minutes ago with laptop".
-wxString ExchangedText(int64_t secondsAgo, const std::vector<ExchangeMachine>& machines);
+// sentence without a full stop: "Exchanged 3 minutes ago with laptop". Now is in milliseconds.
+wxString ExchangedText(int64_t secondsAgo, const std::vector<ExchangeMachine>& machines,
+                       int64_t now);
 
 // Asks what an exchange has to know, in a window, and puts the answer into the options. Returns
 // false when the user gave none.
@@ -47,11 +48,15 @@ class Exchanger : public wxTimer, private wxEventFilter {
         // without a word where something is wrong, or where the user has asked.
         std::function<void(const wxString& text, bool isForStudy)> Show;
         std::function<bool(const ExchangeReport& report, ExchangeOptions& options)> Ask;
+        // Returns how many texts that lost against a change of another computer are not looked at.
+        std::function<int()> CountLostTexts;
         // Tells the user, who has asked for an exchange, what is wrong.
         std::function<void(const wxString& text)> Warn;
         // Exchanges; another one in tests.
         std::function<ExchangeReport(const ExchangeOptions& options)> Run = RunExchange;
     };
+
+    static constexpr unsigned long kStopMilliseconds = 2000;
 
     explicit Exchanger(Surroundings surroundings);
     ~Exchanger() override;
@@ -63,11 +68,15 @@ class Exchanger : public wxTimer, private wxEventFilter {
     // Looks whether a pause has begun, and tells the windows how long ago the last exchange was. A
     // timer calls it every few seconds.
     void Look();
+    // Looks how many texts that lost the user has not looked at yet, and tells the windows.
+    void CountLostTexts();
     // Notes that the user is there: a key or a press.
     void NoteUse();
     // Waits until no exchange runs; one that does is asked to stop, and begins again later. Call it
-    // before a dialog opens and before another store does.
-    void Stop();
+    // before a dialog opens and before another store does. A folder that does not answer, such as
+    // one of a network that is gone, must not keep the user waiting: after that many milliseconds
+    // the worker is left to itself. It changes nothing any more, and keeps the lock of the store.
+    void Stop(unsigned long mostMilliseconds = kStopMilliseconds);
     // Forgets what was said of the last exchange, since another store is open or another folder
     // chosen, and exchanges soon.
     void BeginAnew();
@@ -103,6 +112,7 @@ class Exchanger : public wxTimer, private wxEventFilter {
     // When the last exchange succeeded; invalid when there was none.
     wxDateTime mLastDone;
     std::vector<ExchangeMachine> mMachines;
+    int mLostTexts = 0;
     // What is wrong or waited for; empty when all is well.
     wxString mMessage;
     bool mIsProblem = false;

@@ -485,14 +485,18 @@ AppStoreFileActions VelomindApp::MakeStoreFileActions() {
         });
 }
 
-void VelomindApp::ShowPreferences() {
+void VelomindApp::ShowPreferences(bool isForExchange) {
     AppStoreFileActions actions = MakeStoreFileActions();
     const wxString path = mpDatabase->GetPath();
     const ExchangeSetUp former = ReadExchangeSetUp(path);
     PreferencesDialog dialog(mLastActive.get(), mSettingsNotifier, actions);
     dialog.SetDatabase(mpDatabase.get());
+    if (isForExchange) {
+        dialog.TurnToExchange();
+    }
     dialog.ShowModal();
     FollowMovedStore(path, mpDatabase->GetPath());
+    FollowMovedExchange(path, mpDatabase->GetPath());
     const ExchangeSetUp present = ReadExchangeSetUp(mpDatabase->GetPath());
     if (present.Folder != former.Folder || present.Name != former.Name) {
         mpExchanger->BeginAnew();
@@ -509,6 +513,7 @@ void VelomindApp::MakeExchanger() {
         [this](const ExchangeReport& report, ExchangeOptions& options) {
             return AskExchangeQuestion(mLastActive.get(), report, options);
         },
+        [this] { return static_cast<int>(ReadLostTexts(mpDatabase->GetPath()).size()); },
         [this](const wxString& text) {
             ShowMessageBox(text, _("Exchange"), wxOK | wxCENTRE, mLastActive.get());
         }});
@@ -529,7 +534,7 @@ void VelomindApp::FollowExchange(bool wasEmpty) {
 // Without a folder the user is led to where one is chosen.
 void VelomindApp::Exchange() {
     if (ReadExchangeSetUp(mpDatabase->GetPath()).Folder.empty()) {
-        ShowPreferences();
+        ShowPreferences(true);
     } else {
         mpExchanger->ExchangeNow();
     }
@@ -538,6 +543,7 @@ void VelomindApp::Exchange() {
 void VelomindApp::ShowChangedOnBoth() {
     mpExchanger->Stop();
     ChangedOnBothDialog(mLastActive.get(), *this, *mpDatabase).ShowModal();
+    mpExchanger->CountLostTexts();
 }
 
 void VelomindApp::ShowExchangeState(const wxString& text, bool isForStudy) {

@@ -103,7 +103,7 @@ class VelomindApp : public wxApp, public AppServices, private CommandLineActions
     void EditCardBehind();
     void ShowLearningProgress();
     void ShowStatistics();
-    void ShowPreferences();
+    void ShowPreferences(bool isForExchange = false);
     void Restore();
     void MakeExchanger();
     void FollowExchange(bool wasEmpty);

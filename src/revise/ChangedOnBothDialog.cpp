@@ -179,14 +179,19 @@ void ChangedOnBothDialog::CreateControls() {
     mpLost = addText(kLostId, _("The text that lost:"));
     column->Add(texts, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge)));
 
-    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-    mpTake = new wxButton(this, kTakeId, _("&Take This One"));
     mpLookedAt = new wxButton(this, kLookedAtId, _("&Looked At"));
+    mpTake = new wxButton(this, kTakeId, _("&Take This One"));
     auto* const close = new wxButton(this, wxID_CANCEL, _("&Close"));
-    buttons->Add(mpTake);
-    buttons->Add(mpLookedAt, wxSizerFlags().Border(wxLEFT, FromDIP(kFormGap)));
-    buttons->AddStretchSpacer();
-    buttons->Add(close);
+    // Each button stands below the text that it is about.
+    auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+    auto* const ofStands = new wxBoxSizer(wxHORIZONTAL);
+    ofStands->Add(mpLookedAt);
+    auto* const ofLost = new wxBoxSizer(wxHORIZONTAL);
+    ofLost->Add(mpTake);
+    ofLost->AddStretchSpacer();
+    ofLost->Add(close);
+    buttons->Add(ofStands, wxSizerFlags(1).Expand());
+    buttons->Add(ofLost, wxSizerFlags(1).Expand().Border(wxLEFT, FromDIP(kFormEdge)));
     column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kFormEdge)));
     close->SetDefault();
 

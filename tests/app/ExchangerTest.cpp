@@ -27,10 +27,11 @@ struct ExchangerTest : GuiStoreTest {
                     options.Answer = ExchangeAnswer::kTakeMine;
                     return mAnswers;
                 },
+                [this] { return mLostTexts; },
                 [this](const wxString& text) { mWarnings.push_back(text); },
                 [this](const ExchangeOptions& options) {
                     ++mRuns;
-                    while (mIsSlow && !*options.IsCancelled) {
+                    while (mHangs || (mIsSlow && !*options.IsCancelled)) {
                         wxMilliSleep(1);
                     }
                     ExchangeReport report = mNext;
@@ -55,11 +56,13 @@ struct ExchangerTest : GuiStoreTest {
     FakeClock mClock;
     ExchangeReport mNext;
     std::atomic<bool> mIsSlow{false};
+    std::atomic<bool> mHangs{false};
     std::atomic<int> mRuns{0};
     bool mIsDialogOpen = false;
     bool mAnswers = true;
     int mChanges = 0;
     int mQuestions = 0;
+    int mLostTexts = 0;
     wxString mShown;
     std::vector<wxString> mWarnings;
     Exchanger mExchanger{Surround()};
@@ -101,10 +104,17 @@ TEST_F(ExchangerTest, WhatStopsItLetsItBeginAgain) {
     mNext.HasChanged = true;
     EXPECT_EQ(LookAfter(0), 2);
     EXPECT_EQ(mChanges, 1);
+    mHangs = true;
+    mExchanger.ExchangeNow();
+    mExchanger.Stop(10);
+    EXPECT_TRUE(mExchanger.IsRunning()) << "the folder does not answer";
+    mHangs = false;
+    EXPECT_EQ(CountRuns(), 3);
+    EXPECT_EQ(LookAfter(0), 4);
     mIsSlow = true;
     mExchanger.ExchangeNow();
     EXPECT_TRUE(mExchanger.Finish(300)) << "an exchange that hears of the end";
-    EXPECT_EQ(mRuns, 3);
+    EXPECT_EQ(mRuns, 5);
 }
 
 TEST_F(ExchangerTest, AsksAndWarnsWhoHasAskedAndNobodyElse) {
@@ -123,6 +133,12 @@ TEST_F(ExchangerTest, AsksAndWarnsWhoHasAskedAndNobodyElse) {
     EXPECT_EQ(CountRuns(), 4);
     EXPECT_EQ(mQuestions, 2);
     EXPECT_EQ(mShown, "Exchanged; no other computer takes part yet");
+    for (const auto& [count, text] : {std::pair(1, ". 1 text changed on both (Tools)"),
+                                      std::pair(0, "no other computer takes part yet")}) {
+        mLostTexts = count;
+        mExchanger.CountLostTexts();
+        EXPECT_TRUE(mShown.EndsWith(text)) << mShown;
+    }
 
     mNext.End = ExchangeEnd::kNoFolder;
     mNext.Message = "The folder is gone.";
@@ -137,23 +153,27 @@ TEST_F(ExchangerTest, AsksAndWarnsWhoHasAskedAndNobodyElse) {
 
 TEST_F(ExchangerTest, TellsWhenAndWithWhomTheLastExchangeWas) {
     std::vector<ExchangeMachine> machines;
-    for (const char* const name : {"old", "laptop", "phone", "desk", "silent"}) {
+    for (const char* const name : {"old", "laptop", "phone", "desk", "desk", "silent"}) {
         machines.push_back({1, name, static_cast<int64_t>(machines.size() + 1), 0, {}});
     }
+    constexpr int64_t kDay = 86400000;
     machines.back().LastNews = 0;
     const struct {
         int64_t Seconds;
         int Machines;
         const char* Text;
+        int64_t Now = 0;
     } cases[] = {{5, 0, "Exchanged; no other computer takes part yet"},
                  {-5, 1, "Exchanged just now with old"},
-                 {59, 1, "Exchanged just now with old"},
+                 {59, 1, "Exchanged just now with old", 2 * kDay},
+                 {5, 2, "Exchanged just now with laptop, old (no news for 2 days)", 2 * kDay + 1},
                  {60, 2, "Exchanged 1 minute ago with laptop, old"},
                  {3599, 1, "Exchanged 59 minutes ago with old"},
-                 {7200, 5, "Exchanged 2 hours ago with desk, phone, laptop, ..."}};
+                 {7200, 6, "Exchanged 2 hours ago with desk, phone, laptop, ..."}};
     for (const auto& c : cases) {
-        EXPECT_EQ(ExchangedText(c.Seconds, {machines.begin(), machines.begin() + c.Machines}),
-                  c.Text);
+        EXPECT_EQ(
+            ExchangedText(c.Seconds, {machines.begin(), machines.begin() + c.Machines}, c.Now),
+            c.Text);
     }
 }
 
