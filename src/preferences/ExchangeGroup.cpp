@@ -11,7 +11,12 @@
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
+#include <wx/utils.h>
 
+#include <filesystem>
+#include <system_error>
+
+#include "base/Files.h"
 #include "base/Process.h"
 #include "base/Unicode.h"
 #include "shell/ExchangeSettings.h"
@@ -24,10 +29,24 @@ namespace {
 
 constexpr int kOthersWidth = 150;
 
+// Short, as the control is narrow; its tool tip says what the time means.
 wxString LineOf(const ExchangeMachine& machine) {
     const wxDateTime news(static_cast<time_t>(machine.LastNews / 1000));
-    return wxString::Format(_("%s, last news on %s"), FromUtf8(machine.Name),
-                            news.Format("%Y-%m-%d %H:%M"));
+    return FromUtf8(machine.Name) + ": " + news.Format("%Y-%m-%d %H:%M");
+}
+
+// Returns true when the file lies in the folder or below it, by whatever links.
+bool LiesIn(const wxString& file, const wxString& folder) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::path place = fs::weakly_canonical(ToPath(file), error);
+    while (place.has_relative_path()) {
+        place = place.parent_path();
+        if (fs::equivalent(place, ToPath(folder), error)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -57,6 +76,7 @@ ExchangeGroup::ExchangeGroup(wxScrolledWindow& form, wxSizer& column) : mForm(fo
     // The names of the others come later and may be long.
     mpOthers->SetMinSize(form.FromDIP(wxSize(kOthersWidth, -1)));
     SetAccessibleName(*mpOthers, _("The other computers"));
+    mpOthers->SetToolTip(_("The other computers, and when the last news of each came"));
     mpLeave = new wxButton(&form, kLeaveId, _("Leave..."));
     addRow(wxString(), *mpOthers, mpLeave);
 
@@ -107,25 +127,35 @@ void ExchangeGroup::Leave() {
 wxString ExchangeGroup::GetFolder() const {
     wxString folder = mpFolder->GetValue();
     folder.Trim().Trim(false);
-    return folder;
+    // As people write it, and the user guide.
+    return folder == "~" || folder.StartsWith("~/") ? wxGetHomeDir() + folder.Mid(1) : folder;
 }
 
-wxString ExchangeGroup::FindProblem() const {
+wxString ExchangeGroup::FindProblem(const wxString& storePath) const {
     const wxString folder = GetFolder();
-    // A stick that is not there just now must not keep the user from the other options.
-    if (folder.empty() || folder == ReadExchangeSetUp(mStorePath).Folder) {
+    if (folder.empty()) {
         return wxString();
     }
-    if (!wxIsAbsolutePath(folder) || !wxFileName::DirExists(folder)) {
+    // A stick that is not there just now, or a network that does not answer, must not keep the user
+    // from the other options.
+    const bool isKept = folder == ReadExchangeSetUp(mStorePath).Folder;
+    if (isKept && storePath == mStorePath) {
+        return wxString();
+    }
+    if (!isKept && (!wxIsAbsolutePath(folder) || !wxFileName::DirExists(folder))) {
         return wxString::Format(_("There is no folder \"%s\"."), folder);
     }
-    const wxString place = wxFileName::DirName(folder).GetPathWithSep();
-    if (mStorePath.StartsWith(place)) {
+    if (LiesIn(storePath, folder)) {
         return _(
-            "The store file itself lies in this folder. Choose a folder of its own, which "
+            "The store file must not lie in the exchange folder. Choose a folder of its own, which "
             "only the exchange uses: a service that carries the store file would damage it.");
     }
     return wxString();
+}
+
+void ExchangeGroup::TurnToFolder() {
+    mpFolder->SetFocus();
+    mpFolder->SelectAll();
 }
 
 void ExchangeGroup::Store() const {

@@ -26,9 +26,11 @@ class ExchangeGroup {
 
     // Shows what that store has.
     void Load(const wxString& storePath);
-    // Returns an empty text, or why the folder cannot be used.
-    wxString FindProblem() const;
+    // Returns an empty text, or why the folder cannot be used for a store at that path.
+    wxString FindProblem(const wxString& storePath) const;
     void Store() const;
+    // Lets the user type the folder.
+    void TurnToFolder();
 
   private:
     void Browse();

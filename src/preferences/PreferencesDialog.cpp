@@ -467,6 +467,10 @@ void PreferencesDialog::SetDatabase(Database* database) {
     mpExchangeGroup->Load(database->GetPath());
 }
 
+void PreferencesDialog::TurnToExchange() {
+    mpExchangeGroup->TurnToFolder();
+}
+
 void PreferencesDialog::ShowDescription(bool early) {
     const auto isIt = [this](const WrappedText& text) { return text.pLabel == mpIntroductionText; };
     WrappedText& text = *std::find_if(mWrappedTexts.begin(), mWrappedTexts.end(), isIt);
@@ -527,9 +531,13 @@ void PreferencesDialog::OnBrowse(wxCommandEvent&) {
 
 // A store action that stops leaves the settings written, and the dialog closes all the same.
 void PreferencesDialog::OnOk(wxCommandEvent&) {
-    const wxString problem = mpExchangeGroup->FindProblem();
+    const auto choice = static_cast<StoreFileChoice>(mpStoreChoice->GetSelection());
+    const wxString newPath = mpNewPathText->GetValue();
+    const wxString problem = mpExchangeGroup->FindProblem(
+        choice == StoreFileChoice::kKeep ? mpDatabase->GetPath() : newPath);
     if (!problem.empty()) {
         ShowMessageBox(problem, _("Study on Several Computers"), wxOK | wxCENTRE, this);
+        mpExchangeGroup->TurnToFolder();
         return;
     }
     for (AppearanceControl* const control : GetAppearance()) {
@@ -540,9 +548,7 @@ void PreferencesDialog::OnOk(wxCommandEvent&) {
     mpDayGroup->Store();
     mpExchangeGroup->Store();
     ApplyBackups();
-    ChangeStoreFile(mActions, this, *mpDatabase,
-                    static_cast<StoreFileChoice>(mpStoreChoice->GetSelection()),
-                    mpStorePathText->GetValue(), mpNewPathText->GetValue());
+    ChangeStoreFile(mActions, this, *mpDatabase, choice, mpStorePathText->GetValue(), newPath);
     mSettingsNotifier.Notify();
     EndModal(wxID_OK);
 }

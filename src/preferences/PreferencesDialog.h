@@ -142,6 +142,8 @@ class PreferencesDialog : public wxDialog {
 
     // Sets the open store, which is not owned. Call it before the dialog is shown.
     void SetDatabase(Database* database);
+    // Lets the user begin with the folder of the exchange.
+    void TurnToExchange();
 
   private:
     // A text that breaks into lines at the width of its group.

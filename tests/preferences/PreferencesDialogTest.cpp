@@ -2,7 +2,11 @@
 
 #include <wx/filename.h>
 #include <wx/spinctrl.h>
+#include <wx/utils.h>
 
+#include <filesystem>
+
+#include "base/Unicode.h"
 #include "files/windows/FakeStoreFileActions.h"
 #include "preferences/DayGroup.h"
 #include "preferences/ExchangeGroup.h"
@@ -172,16 +176,26 @@ TEST_F(PreferencesDialogTest, AFolderForOtherComputersIsOneThatServesForThat) {
     const TestDirectory other;
     const wxString good = wxFileName(other.Path("x")).GetPath();
     const wxString store = wxFileName(StorePath()).GetPath();
+    const wxString link = other.Path("link");
+    std::filesystem::create_directory_symlink(ToUtf8(store), ToUtf8(link));
+    const char* const lies = "The store file must not lie";
     const struct {
         wxString Folder;
         const char* Refusal;
-    } cases[] = {{good, ""},
-                 {"  " + good + " ", ""},
+        wxString Stored = wxString();
+        // Where the store is to move to.
+        wxString Target = wxString();
+    } cases[] = {{good, "", good},
+                 {"  " + good + " ", "", good},
+                 {"~", "", wxGetHomeDir()},
+                 {"~/none", "There is no folder"},
                  {good + "/none", "There is no folder"},
                  {"relative", "There is no folder"},
-                 {store, "The store file itself"},
-                 {store + "/", "The store file itself"},
-                 {wxString(), ""}};
+                 {store, lies},
+                 {store + "/", lies},
+                 {link, lies},
+                 {good, lies, "", other.Path("moved.vlm")},
+                 {wxString(), "", ""}};
     for (const auto& c : cases) {
         const bool isRefused = *c.Refusal != '\0';
         WriteExchangeSetUp(StorePath(), {"/stored", wxString()});
@@ -191,6 +205,10 @@ TEST_F(PreferencesDialogTest, AFolderForOtherComputersIsOneThatServesForThat) {
         EXPECT_EQ(folder.GetValue(), "/stored");
         folder.SetValue(c.Folder);
         Find<wxTextCtrl>(dialog, ExchangeGroup::kNameId).SetValue("desk");
+        if (!c.Target.empty()) {
+            Find<wxChoice>(dialog, Dialog::ID_STORE_CHOICE).SetSelection(1);
+            Find<wxTextCtrl>(dialog, Dialog::ID_NEW_PATH).SetValue(c.Target);
+        }
         ModalAnswers answers;
         answers.Then([&](wxDialog& shown) {
             if (isRefused) {
@@ -205,8 +223,7 @@ TEST_F(PreferencesDialogTest, AFolderForOtherComputersIsOneThatServesForThat) {
         });
         dialog.ShowModal();
         const ExchangeSetUp stored = ReadExchangeSetUp(StorePath());
-        const wxString meant = c.Folder.empty() ? wxString() : good;
-        EXPECT_EQ(stored.Folder, isRefused ? wxString("/stored") : meant);
+        EXPECT_EQ(stored.Folder, isRefused ? wxString("/stored") : c.Stored);
         EXPECT_EQ(stored.Name == "desk", !isRefused);
         EXPECT_TRUE(ReadExchangeSetUp("/another/store.vlm").Folder.empty());
     }
@@ -222,7 +239,7 @@ TEST_F(PreferencesDialogTest, WhoLeavesTheExchangeDoesSoWithOk) {
         dialog.SetDatabase(&mDatabase);
         EXPECT_TRUE(Find<wxChoice>(dialog, ExchangeGroup::kOthersId)
                         .GetString(0)
-                        .StartsWith("laptop, last news on 2023-11-1"));
+                        .StartsWith("laptop: 2023-11-1"));
         ModalAnswers answers;
         answers.Then([&](wxDialog& shown) {
             answers.Expect(isMeant ? wxID_YES : wxID_NO);
