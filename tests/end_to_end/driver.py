@@ -268,6 +268,15 @@ class Program:
         wait_until(lambda: [name] == [control.name for control in self.controls() if control.focused],
                    f"the focus on {name}")
 
+    def tab_to(self, name):
+        """Presses Tab until what is called so has the focus; asks for let_read_windows."""
+        for _ in range(60):
+            if any(control.focused and control.name == name for control in self.controls()):
+                return
+            press("Tab")
+            self.settle()
+        raise AssertionError(f"“{name}” is not reached by Tab")
+
     def click(self, label, times=1):
         """Clicks the button, menu or entry of that label; asks for let_read_windows."""
         node, x, y = wait_until(lambda: self._sandbox.bus.find(self.process.pid, label),

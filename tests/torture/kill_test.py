@@ -455,6 +455,7 @@ class KillTest(RoadTest):
         return lambda old, new, _names: set()
 
     def move_store(self, number):
+        self.sandbox.let_read_windows()
         program = self.start()
         # The start has played back what the last kill had left.
         whole = self.sandbox.store_bytes()
@@ -463,10 +464,11 @@ class KillTest(RoadTest):
         place = self.elsewhere if number % 2 == 0 else self.sandbox.documents
         new = os.path.join(place, f"moved{number}.vlm")
         press("alt+t", "Up", "Return")
-        # As tall as it takes for every field to be on the screen.
-        run_tool("xdotool", "windowsize", "--sync", program.wait_window("Options"), "700", "900")
-        # Past the buttons and the choices about backups and days.
-        press(*["shift+Tab"] * 11, "space", "Down", "Return", "Tab", "ctrl+a")
+        program.wait_window("Options")
+        program.tab_to("Your flash cards are stored in this file:")
+        press("Tab", "space")
+        program.settle()
+        press("Down", "Return", "Tab", "ctrl+a")
         type_text(new)
         press("Return")
         # Too early, on the way, or while the settings are told of it.
@@ -476,6 +478,8 @@ class KillTest(RoadTest):
             pass
         time.sleep(self.chance.choice((0, 0.001, 0.01, 0.2)))
         program.kill()
+        self.sandbox.bus.close()
+        self.sandbox.bus = None
         there = [path for path in (old, new) if os.path.exists(path)]
         self.assertTrue(there, "the store is at its old or its new place")
         for path in there:
