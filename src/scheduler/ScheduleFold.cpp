@@ -5,6 +5,7 @@
 #include <cstring>
 #include <map>
 #include <queue>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -55,8 +56,10 @@ ScheduleBits BitsOf(const CardSchedule& schedule) {
 // have been taken.
 class EventOrder {
   public:
-    EventOrder(std::vector<ScheduleEvent> events, const EventTest& isAhead)
-        : mEvents(std::move(events)), mIsAhead(isAhead) {
+    // What was set later is no cause of a review for which the test is true.
+    EventOrder(std::vector<ScheduleEvent> events, const EventTest& isAhead,
+               const EventTest& needsNoSet)
+        : mEvents(std::move(events)), mIsAhead(isAhead), mNeedsNoSet(needsNoSet) {
         const auto isBefore = [](const ScheduleEvent& one, const ScheduleEvent& other) {
             return KeyOf(one) < KeyOf(other);
         };
@@ -107,6 +110,10 @@ class EventOrder {
         return ordered;
     }
 
+    // Tells, after Take, whether a schedule that was set may have been set before a review that is
+    // dated earlier and began from it.
+    bool HasLateSets() const { return mHasLateSets; }
+
   private:
     void Link(size_t before, size_t after) {
         mFollowers[before].push_back(after);
@@ -144,7 +151,13 @@ class EventOrder {
         }
         for (size_t i = 0; i < mEvents.size(); ++i) {
             const auto found = mEvents[i].IsSet ? left.end() : left.find(BitsOf(mEvents[i].From));
-            if (found != left.end() && found->second != i) {
+            if (found == left.end() || found->second == i) {
+                continue;
+            }
+            const ScheduleEvent& cause = mEvents[found->second];
+            const bool isLateSet = cause.IsSet && found->second > i && !IsAhead(cause);
+            mHasLateSets = mHasLateSets || isLateSet;
+            if (!isLateSet || !mNeedsNoSet(mEvents[i])) {
                 Link(found->second, i);
             }
         }
@@ -154,6 +167,8 @@ class EventOrder {
 
     std::vector<ScheduleEvent> mEvents;
     const EventTest& mIsAhead;
+    const EventTest& mNeedsNoSet;
+    bool mHasLateSets = false;
     std::vector<std::vector<size_t>> mFollowers;
     std::vector<size_t> mWaitsFor;
 };
@@ -227,7 +242,9 @@ class Fold {
   public:
     explicit Fold(const EventTest& isAhead) : mIsAhead(isAhead) {}
 
-    void Take(const ScheduleEvent& event) {
+    // Returns true for a review that began from what the events before it had left.
+    bool Take(const ScheduleEvent& event) {
+        const bool follows = !event.IsSet && !mIsFirst && BeganFrom(event, mResult.Schedule);
         if (event.IsSet) {
             mResult.Schedule = event.After;
             mLost = 0.0f;
@@ -235,6 +252,7 @@ class Fold {
             TakeReview(event);
         }
         mIsFirst = false;
+        return follows;
     }
     const FoldResult& Result() const { return mResult; }
 
@@ -278,12 +296,28 @@ class Fold {
 
 }  // namespace
 
+// An undo sets the schedule from which a review began, after it. A review that follows what came
+// before it anyhow was no consequence of that, whatever the clocks say.
 FoldResult FoldEvents(std::vector<ScheduleEvent> events,
                       const std::function<bool(const ScheduleEvent&)>& isAhead) {
-    events = WithoutReplaced(EventOrder(std::move(events), isAhead).Take());
-    Fold fold(isAhead);
-    for (const ScheduleEvent& event : events) {
-        fold.Take(event);
+    std::set<EventKey> following;
+    const auto fold = [&](const EventTest& needsNoSet, bool& hasLateSets) {
+        EventOrder order(events, isAhead, needsNoSet);
+        Fold result(isAhead);
+        for (const ScheduleEvent& event : WithoutReplaced(order.Take())) {
+            if (result.Take(event)) {
+                following.insert(KeyOf(event));
+            }
+        }
+        hasLateSets = order.HasLateSets();
+        return result.Result();
+    };
+    bool hasLateSets = false;
+    const FoldResult result = fold([](const ScheduleEvent&) { return true; }, hasLateSets);
+    if (!hasLateSets) {
+        return result;
     }
-    return fold.Result();
+    const std::set<EventKey> known = following;
+    return fold([&known](const ScheduleEvent& event) { return known.count(KeyOf(event)) > 0; },
+                hasLateSets);
 }

@@ -28,6 +28,8 @@ std::string BitsOf(const CardSchedule& schedule) {
 struct Machine {
     CardSchedule State;
     CardSchedule Before;
+    // As it was before the last "both".
+    CardSchedule Earlier;
     float Lost = 0;
     float LostBefore = 0;
     int Share = 0;
@@ -40,10 +42,11 @@ struct Machine {
 
 // Several computers with one card, told by a script. "A4" scores it on computer A, "A<3" scores it
 // there once more in place of the last score, and "A~4" gives the same score again; "A=" sets the
-// interval by hand and "A-" makes the card a new one; "A%50" sets what a forgotten card keeps, "A+"
-// puts the clock nine years ahead and "A." right again, with a new start of the program. "day"
-// passes a day, "back" puts all clocks back by an hour, "both" brings all that happened to each
-// computer, "old" begins with an event from before extensions.
+// interval by hand, "A^" goes back to before the last "both", and "A-" makes the card a new one;
+// "A%50" sets what a forgotten card keeps, "A+" puts the clock nine years ahead and "A." right
+// again, with a new start of the program. "day" passes a day, "back" puts all clocks back by an
+// hour, "both" brings all that happened to each computer, "old" begins with an event from before
+// extensions.
 struct Story {
     Story() {
         for (const char name : {'A', 'B'}) {
@@ -57,6 +60,7 @@ struct Story {
             Now += word == "day" ? 86400 : -3600;
         } else if (word == "both") {
             for (auto& [name, machine] : Machines) {
+                machine.Earlier = machine.State;
                 machine.State = FoldEvents(Events, IsAhead).Schedule;
             }
         } else if (word == "old") {
@@ -75,8 +79,8 @@ struct Story {
         } else if (word == "+" || word == ".") {
             machine.ClockError = word == "+" ? kNineYears : 0;
             ++machine.Session;
-        } else if (word == "=" || word == "-") {
-            Set(machine, word == "-");
+        } else if (word == "=" || word == "-" || word == "^") {
+            Set(machine, word[0]);
         } else {
             Score(machine, word.back() - '0', word[0]);
         }
@@ -90,10 +94,12 @@ struct Story {
         return Events.back();
     }
     // A set schedule stands after the review before it even where the clock is behind that.
-    void Set(Machine& machine, bool isReset) {
+    void Set(Machine& machine, char how) {
         const int64_t last = machine.State.LastReview.GetTicks();
-        if (isReset) {
+        if (how == '-') {
             machine.State = {false, Time(kStart), 0, 5, 16, 0};
+        } else if (how == '^') {
+            machine.State = machine.Earlier;
         } else {
             machine.State.ReviewInterval = 777;
         }
@@ -205,6 +211,8 @@ TEST_F(ScheduleFoldTest, AScheduleDependsOnTheSetOfEventsAlone) {
         {"A4 B= day A3", "1= 2= 3~"},
         {"A4 B- day A3 B5", "1= 2= 3~ 4~"},
         {"A- A4 day A- day A5", "1= 2= 3= 4="},
+        {"A4 day B5 both B3 both A^", "1= 2~ 3= 4="},
+        {"A4 day B5 both A= both back B3", "1= 2~ 3= 4="},
         // A clock that was nine years ahead, and put right: what followed still follows.
         {"A4 A+ A5 A. A3 day A4", "1= 2= 3= 4="},
         {"A4 A+ A= day A. A3", "1= 2= 3="},
