@@ -304,12 +304,13 @@ FoldResult FoldEvents(std::vector<ScheduleEvent> events,
     const auto fold = [&](const EventTest& needsNoSet, bool& hasLateSets) {
         EventOrder order(events, isAhead, needsNoSet);
         Fold result(isAhead);
-        for (const ScheduleEvent& event : WithoutReplaced(order.Take())) {
-            if (result.Take(event)) {
+        const std::vector<ScheduleEvent> ordered = WithoutReplaced(order.Take());
+        hasLateSets = order.HasLateSets();
+        for (const ScheduleEvent& event : ordered) {
+            if (result.Take(event) && hasLateSets) {
                 following.insert(KeyOf(event));
             }
         }
-        hasLateSets = order.HasLateSets();
         return result.Result();
     };
     bool hasLateSets = false;

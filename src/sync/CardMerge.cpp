@@ -364,7 +364,8 @@ void CardMerge::CollectSchedule(SyncedCard& state, const SyncedCard& live,
     const auto last = mLastEvents.find({state.Id, direction});
     const bool isExplained = last != mLastEvents.end() && IsSameSchedule(last->second.After, now);
     const int64_t age = mContext.Now / 1000 - SecondsOf(now.LastReview);
-    const bool isScored = SecondsOf(now.LastReview) != SecondsOf(before.LastReview);
+    const bool isScored =
+        now.Introduced && SecondsOf(now.LastReview) != SecondsOf(before.LastReview);
     if (!isExplained && isScored && age >= 0 && age < kYoungReview) {
         mLeavesSomething = true;
         return;

@@ -247,7 +247,13 @@ void CardMerge::ApplyDeletion(const ExchangeFields& record) {
         int64_t& most = (*state.Seen)[machine];
         most = std::max(most, time);
     }
-    mLostThere += existed && !state.Exists() ? 1 : 0;
+    if (existed && !state.Exists()) {
+        ++mLostThere;
+        if (mContext.Answer == ExchangeAnswer::kTakeMine) {
+            // The user keeps it. A change that the deletion had not seen brings it back everywhere.
+            TouchOwn(state);
+        }
+    }
     Touch(named);
 }
 

@@ -330,7 +330,14 @@ TEST_F(ExchangeTest, ManyDeletionsAreAskedAbout) {
     EXPECT_EQ(asked.Question, ExchangeQuestion::kManyLost);
     EXPECT_FALSE(asked.IsLostHere);
     EXPECT_EQ(mDesktop.Count(), 100);
-    Exchange(mDesktop, kMonday + 60, ExchangeAnswer::kTakeNewer);
+    // Answered for all computers, the cards stay, and are back where they were deleted.
+    Exchange(mDesktop, kMonday + 60, ExchangeAnswer::kTakeMine);
+    Exchange(mLaptop, kMonday + 70);
+    EXPECT_EQ(mDesktop.Count(), 100);
+    EXPECT_EQ(mLaptop.Count(), 100);
+    mLaptop.Store.CardsDeleteByRowId(mLaptop.RowsOf(ids));
+    Exchange(mLaptop, kMonday + 80, ExchangeAnswer::kTakeMine);
+    Exchange(mDesktop, kMonday + 80, ExchangeAnswer::kTakeNewer);
     EXPECT_EQ(mDesktop.Count(), 80);
 }
 
