@@ -57,6 +57,8 @@ namespace fs = std::filesystem;
 constexpr int64_t kYear = int64_t{365} * 86400 * 1000;
 constexpr int64_t kHour = int64_t{3600} * 1000;
 constexpr int64_t kManyRecords = 500;
+// A file that is read, for as long as a kill leaves it.
+constexpr char kFetchedSuffix[] = ".exchange-in";
 // The least number of cards, and their share of all, about which an exchange asks.
 constexpr int64_t kLeastLost = 20;
 constexpr int64_t kLostShare = 10;
@@ -125,6 +127,7 @@ class ExchangeRun {
     bool HasOwnChanges();
     void NoteMachines();
     enum class Outcome { kDone, kAgain, kStopped };
+    Outcome FetchPlanned();
     Outcome Merge(bool hasOwnChanges);
     Outcome Ask(ExchangeQuestion question, int64_t count);
     int64_t LatestNews() const;
@@ -166,6 +169,8 @@ class ExchangeRun {
     bool mIsJoining = false;
     std::vector<ExchangeMachine> mMachines;
     ExchangePlan mPlan;
+    // The planned files, copied to this computer.
+    std::vector<FileDescriptor> mFetched;
     // Files that turned out to be damaged when they were read.
     std::set<fs::path> mBroken;
     // The store's counter of changes before it was looked through.
@@ -508,8 +513,40 @@ bool ExchangeRun::CompleteLog() {
     return !mState.HasPending();
 }
 
-bool ExchangeRun::ReadPlanned(CardMerge& merge) {
+// Copies the planned files to beside the store. A folder of a network may stop to answer in the
+// middle of a file, which must not happen while the store is locked.
+ExchangeRun::Outcome ExchangeRun::FetchPlanned() {
+    mFetched.clear();
+    const std::string path = ToUtf8(mOptions.StorePath) + kFetchedSuffix;
     for (const FoundFile* const file : mPlan.Files) {
+        int error = 0;
+        const FileDescriptor source = OpenPlainFile(AT_FDCWD, file->Path.c_str(), error);
+        struct stat status {};
+        if (!source.IsOpen() || ::fstat(source.Get(), &status) != 0) {
+            mBroken.insert(file->Path);
+            return Outcome::kAgain;
+        }
+        FileDescriptor copy(
+            ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
+        error = copy.IsOpen() ? CopyPart(source.Get(), 0, status.st_size, copy.Get()) : errno;
+        ::unlink(path.c_str());
+        if (error == EIO) {
+            mBroken.insert(file->Path);
+            return Outcome::kAgain;
+        }
+        if (error != 0) {
+            Fail(ExchangeEnd::kFailed, wxString::Format(_("The store could not be exchanged: %s"),
+                                                        SystemErrorText(error)));
+            return Outcome::kStopped;
+        }
+        mFetched.push_back(std::move(copy));
+    }
+    return Outcome::kDone;
+}
+
+bool ExchangeRun::ReadPlanned(CardMerge& merge) {
+    for (size_t i = 0; i < mPlan.Files.size(); ++i) {
+        const FoundFile* const file = mPlan.Files[i];
         CardMerge::Sender sender;
         sender.Machine = file->Header.Machine;
         sender.IsWhole = file->Header.IsWhole;
@@ -524,7 +561,8 @@ bool ExchangeRun::ReadPlanned(CardMerge& merge) {
             return !mState.Sql().HasFailed();
         };
         ExchangeHeader header;
-        const FileState state = ReadExchangeFile(file->Path, header, &visit, &mIsCancelled);
+        const FileState state =
+            ReadExchangeFile(mFetched[i].Get(), true, header, &visit, &mIsCancelled);
         merge.EndFile();
         if (state != FileState::kWhole) {
             mBroken.insert(file->Path);
@@ -581,6 +619,10 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
         }
         FailStore();
         return Outcome::kStopped;
+    }
+    const Outcome fetched = FetchPlanned();
+    if (fetched != Outcome::kDone) {
+        return fetched;
     }
     const bool backsUp = hasNews && mOptions.BackUp && NeedsBackup();
     if (backsUp) {
@@ -1063,8 +1105,9 @@ bool TakesPart(const wxString& storePath) {
 int LeaveExchange(const wxString& storePath) {
     std::error_code error;
     int result = 0;
-    for (const char* const suffix : {kExchangeSuffix, ".exchange-journal", kExchangeLockSuffix,
-                                     kEditNotesSuffix, kTakenEditNotesSuffix, kRestoredSuffix}) {
+    for (const char* const suffix :
+         {kExchangeSuffix, ".exchange-journal", kExchangeLockSuffix, kFetchedSuffix,
+          kEditNotesSuffix, kTakenEditNotesSuffix, kRestoredSuffix}) {
         fs::remove(ToPath(storePath + suffix), error);
         result = error ? error.value() : result;
     }

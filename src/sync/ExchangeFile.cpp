@@ -732,13 +732,18 @@ FileState ReadExchangeFile(const std::filesystem::path& path, ExchangeHeader& he
     if (!file.IsOpen()) {
         return error == ENODEV ? FileState::kForeign : FileState::kUnreadable;
     }
-    const bool looksLikeOurs = LooksLikeExchangeName(path.filename().native());
-    ExchangeSurvey survey = SurveyExchangeFile(file.Get(), looksLikeOurs, {}, cancelled);
+    return ReadExchangeFile(file.Get(), LooksLikeExchangeName(path.filename().native()), header,
+                            visit, cancelled);
+}
+
+FileState ReadExchangeFile(int file, bool looksLikeOurs, ExchangeHeader& header,
+                           const ExchangeVisit* visit, const std::atomic<bool>* cancelled) {
+    ExchangeSurvey survey = SurveyExchangeFile(file, looksLikeOurs, {}, cancelled);
     header = survey.Header;
     if (survey.State != FileState::kWhole || visit == nullptr || header.Media.has_value()) {
         return survey.State;
     }
-    Reader reader(file.Get(), cancelled);
+    Reader reader(file, cancelled);
     ExchangeSurvey again;
     survey.State = reader.ReadHeader(looksLikeOurs, again.Header);
     if (survey.State == FileState::kWhole) {

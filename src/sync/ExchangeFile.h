@@ -170,6 +170,9 @@ using ExchangeVisit = std::function<bool(const ExchangeFields&)>;
 FileState ReadExchangeFile(const std::filesystem::path& path, ExchangeHeader& header,
                            const ExchangeVisit* visit = nullptr,
                            const std::atomic<bool>* cancelled = nullptr);
+// The same for an open file, as for SurveyExchangeFile.
+FileState ReadExchangeFile(int file, bool looksLikeOurs, ExchangeHeader& header,
+                           const ExchangeVisit* visit, const std::atomic<bool>* cancelled);
 
 // Reads a picture or a sound and hands its bytes on, block by block. They are what was sent only if
 // the state is kWhole in the end. Where the sink fails the state is kUnreadable, with its number.

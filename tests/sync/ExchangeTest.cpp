@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <set>
 
@@ -339,6 +340,22 @@ TEST_F(ExchangeTest, ManyDeletionsAreAskedAbout) {
     Exchange(mLaptop, kMonday + 80, ExchangeAnswer::kTakeMine);
     Exchange(mDesktop, kMonday + 80, ExchangeAnswer::kTakeNewer);
     EXPECT_EQ(mDesktop.Count(), 80);
+}
+
+TEST_F(ExchangeTest, AFolderThatIsGoneInTheMiddleHoldsNothingUp) {
+    const CardUuid id = mLaptop.Add("one").CardId;
+    Meet(kMonday);
+    mDesktop.SetFront(id, "two", kMonday + 60);
+    Exchange(mDesktop, kMonday + 120);
+    const FakeClock clock(kMonday + 180);
+    ExchangeOptions options;
+    options.StorePath = mLaptop.Path;
+    options.Folder = Folder();
+    options.Time = &clock;
+    // Nothing is locked yet.
+    options.BackUp = [&] { return fs::remove_all(ToUtf8(Folder())) > 0 ? 0 : EIO; };
+    EXPECT_EQ(RunExchange(options).End, ExchangeEnd::kNoFolder);
+    EXPECT_EQ(mLaptop.Get(id).Front, "two");
 }
 
 TEST_F(ExchangeTest, AFileThatCannotBeTakenIsTold) {
