@@ -4,6 +4,7 @@
 #include <wx/dcmemory.h>
 #include <wx/dialog.h>
 #include <wx/frame.h>
+#include <wx/graphics.h>
 #include <wx/intl.h>
 #include <wx/radiobox.h>
 #include <wx/sizer.h>
@@ -17,6 +18,7 @@
 
 #include "base/Unicode.h"
 #include "media/MediaLines.h"
+#include "media/windows/CardPictures.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
@@ -32,6 +34,13 @@ namespace {
 
 // A4, for a printer that does not say what paper it has.
 const wxSize kUsualPaper(5953, 8419);
+
+// Pictures are printed with so many points an inch, as a larger file would be no better to look at.
+constexpr int kPointsPerInch = 200;
+// The points that an inch of the screen is taken to have, for a picture's own size.
+constexpr int kScreenPoints = 96;
+// More pictures of a side than anybody looks at are printed as their names.
+constexpr size_t kMostPictures = 12;
 
 const wchar_t* const kSample = L"nnnnnoooooiiiii";
 
@@ -86,6 +95,50 @@ void DrawLine(wxDC& dc, const PrintLine& line) {
     dc.DrawText(text, left, line.Place.y);
 }
 
+// Takes the pictures out of a text. A sound leaves a mark, and a picture that cannot be shown its
+// name.
+wxString TakePictures(const wxString& text, CardPictures& store,
+                      std::vector<PrintLayout::Picture>& pictures) {
+    return ReplaceMediaLines(text, [&](const MediaLine& line) {
+        const wxString mark = WithMediaMarks(MakeMediaLine(line.Kind, line.Name));
+        if (line.Kind == MediaKind::kSound) {
+            return mark;
+        }
+        const wxSize size = store.FindSize(line.Name);
+        if (size.x <= 0 || pictures.size() == kMostPictures) {
+            return mark + " " + line.Name;
+        }
+        pictures.push_back({line.Name, size * kPaperUnits / kScreenPoints});
+        return wxString();
+    });
+}
+
+// A picture whose points turn out to be damaged has a frame with its name.
+void DrawPictures(wxDC& dc, const std::vector<PrintPicture>& pictures, CardPictures& store) {
+    if (pictures.empty()) {
+        return;
+    }
+    const wxBusyCursor busy;
+    std::vector<const PrintPicture*> damaged;
+    {
+        const std::unique_ptr<wxGraphicsContext> context(
+            wxGraphicsContext::CreateFromUnknownDC(dc));
+        constexpr double kScale = static_cast<double>(kPointsPerInch) / kPaperUnits;
+        for (const PrintPicture& picture : pictures) {
+            if (context == nullptr ||
+                !store.DrawNow(*context, picture.Name, picture.Place, kScale)) {
+                damaged.push_back(&picture);
+            }
+        }
+    }
+    dc.SetBrush(*wxTRANSPARENT_BRUSH);
+    for (const PrintPicture* const picture : damaged) {
+        dc.DrawRectangle(picture->Place);
+        const wxDCClipper clip(dc, picture->Place);
+        dc.DrawText(picture->Name, picture->Place.GetTopLeft());
+    }
+}
+
 // Asks in which form, and whether to print or to look first.
 class PrintDialog : public wxDialog {
   public:
@@ -127,21 +180,20 @@ class PrintDialog : public wxDialog {
     wxRadioBox* mpForm = nullptr;
 };
 
-void Print(wxWindow& parent, const std::shared_ptr<PrintLayout>& layout, const wxString& title) {
+void Print(wxWindow& parent, const PrintedCards& cards, const wxString& title) {
     wxPrinter printer;
-    CardPrintout printout(title, layout);
+    CardPrintout printout(title, cards);
     if (!printer.Print(&parent, &printout, true) && wxPrinter::GetLastError() == wxPRINTER_ERROR) {
         ShowMessageBox(_("The cards could not be printed."), _("Print Cards"), wxOK | wxCENTRE,
                        &parent);
     }
 }
 
-wxFrame* Preview(wxWindow& parent, const std::shared_ptr<PrintLayout>& layout,
-                 const wxString& title) {
+wxFrame* Preview(wxWindow& parent, const PrintedCards& cards, const wxString& title) {
     wxPrintDialogData data;
     data.GetPrintData().SetPaperId(wxPAPER_A4);
-    auto preview = std::make_unique<wxPrintPreview>(new CardPrintout(title, layout),
-                                                    new CardPrintout(title, layout), &data);
+    auto preview = std::make_unique<wxPrintPreview>(new CardPrintout(title, cards),
+                                                    new CardPrintout(title, cards), &data);
     if (!preview->IsOk()) {
         ShowMessageBox(_("The cards could not be printed."), _("Print Cards"), wxOK | wxCENTRE,
                        &parent);
@@ -195,15 +247,18 @@ bool CardPrintout::OnPrintPage(int page) {
         dc.SetFont(MakeFont(line.Font, scale));
         DrawLine(dc, line);
     }
+    DrawPictures(dc, made.Pictures, *mpPictures);
     return true;
 }
 
-std::shared_ptr<PrintLayout> MakePrintLayout(Database& database, std::vector<int64_t> rowIds,
-                                             const wxString& heading, PrintForm form) {
+PrintedCards LayOutCards(Database& database, std::vector<int64_t> rowIds, const wxString& heading,
+                         PrintForm form) {
+    const auto pictures = std::make_shared<CardPictures>([] {});
+    pictures->SetStore(database.GetPath());
     PrintLayout::Source source;
     source.Count = rowIds.size();
     source.Heading = heading;
-    source.Read = [&database, ids = std::move(rowIds)](size_t first, size_t count) {
+    source.Read = [&database, pictures, ids = std::move(rowIds)](size_t first, size_t count) {
         std::vector<PrintLayout::Sides> read(count);
         const auto begin = ids.begin() + static_cast<std::ptrdiff_t>(first);
         const std::vector<int64_t> wanted(begin, begin + static_cast<std::ptrdiff_t>(count));
@@ -213,8 +268,9 @@ std::shared_ptr<PrintLayout> MakePrintLayout(Database& database, std::vector<int
             while (wanted[place] != row.RowId()) {
                 ++place;
             }
-            read[place] = {WithMediaMarks(FromUtf16(row.Front())),
-                           WithMediaMarks(FromUtf16(row.Back()))};
+            PrintLayout::Sides& sides = read[place];
+            sides.Front = TakePictures(FromUtf16(row.Front()), *pictures, sides.FrontPictures);
+            sides.Back = TakePictures(FromUtf16(row.Back()), *pictures, sides.BackPictures);
         });
         return read;
     };
@@ -222,7 +278,7 @@ std::shared_ptr<PrintLayout> MakePrintLayout(Database& database, std::vector<int
     source.Measure = [measure](const wxString& text, const PrintFont& font) {
         return (*measure)(text, font);
     };
-    return std::make_shared<PrintLayout>(form, std::move(source));
+    return {std::make_shared<PrintLayout>(form, std::move(source)), pictures};
 }
 
 wxFrame* PrintCards(wxWindow& parent, Database& database, const std::vector<int64_t>& rowIds,
@@ -238,10 +294,10 @@ wxFrame* PrintCards(wxWindow& parent, Database& database, const std::vector<int6
     if (answer != wxID_PRINT && answer != wxID_PREVIEW) {
         return nullptr;
     }
-    const auto layout = MakePrintLayout(database, rowIds, heading, form);
+    const PrintedCards cards = LayOutCards(database, rowIds, heading, form);
     if (answer == wxID_PREVIEW) {
-        return Preview(parent, layout, heading);
+        return Preview(parent, cards, heading);
     }
-    Print(parent, layout, heading);
+    Print(parent, cards, heading);
     return nullptr;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cwctype>
 
+#include "media/PictureFile.h"
 #include "shell/TextWrap.h"
 
 namespace {
@@ -20,6 +21,10 @@ constexpr int kHeadingGap = Millimetres(4);
 // Between the edge of a card that is cut out and its text.
 constexpr int kCardGap = Millimetres(4);
 constexpr int kCutMark = Millimetres(3);
+constexpr int kPictureGap = Millimetres(1);
+// In the table a picture is at most so many times lower than the page, and those of a card together
+// take half of it, so that a page has some cards.
+constexpr int kPicturesOnAPage = 6;
 
 constexpr PrintFont kHeadingFont = {14, true};
 constexpr PrintFont kListFont = {10, false};
@@ -180,6 +185,28 @@ wxString PrintLayout::CutLine(wxString line, int width, const PrintFont& font) c
     return line;
 }
 
+PrintLayout::Stack PrintLayout::StackPictures(const std::vector<Picture>& pictures,
+                                              const wxSize& room, int mostHeight) {
+    Stack stack;
+    std::vector<PictureSize> sizes;
+    for (const Picture& picture : pictures) {
+        sizes.push_back(
+            FitPicture({picture.Size.x, picture.Size.y}, {room.x, std::max(mostHeight, 1)}));
+    }
+    const int gaps = static_cast<int>(pictures.size()) * kPictureGap;
+    FitPictures(sizes, {room.x, room.y - gaps}, 1);
+    for (const PictureSize& size : sizes) {
+        stack.Sizes.emplace_back(size.Width, size.Height);
+        stack.Height += size.Height + kPictureGap;
+    }
+    return stack;
+}
+
+PrintLayout::Stack PrintLayout::StackListPictures(const std::vector<Picture>& pictures,
+                                                  const wxSize& room) {
+    return StackPictures(pictures, wxSize(room.x, room.y / 2), room.y / kPicturesOnAPage);
+}
+
 void PrintLayout::FindListPages() {
     mFirstCards.clear();
     const wxRect body = GetBody();
@@ -190,22 +217,25 @@ void PrintLayout::FindListPages() {
     const TextMeasure add = [&](const wxString& line) {
         return wxSize(widths.Add(line), lineHeight);
     };
-    const auto most = static_cast<size_t>(std::max(cell.y / lineHeight, 1));
-    const auto measure = [&](const wxString& text) {
+    const auto measure = [&](const wxString& text, const std::vector<Picture>& pictures) {
+        const int pictureHeight = StackListPictures(pictures, cell).Height;
+        const wxSize room(cell.x, cell.y - pictureHeight);
         if (!IsPlain(text)) {
-            return Fit(text, cell, kListFont).Height();
+            return Fit(text, room, kListFont).Height() + pictureHeight;
         }
         const bool isLine = text.length() < kShortText && text.find('\n') == wxString::npos &&
-                            widths.Add(text) <= cell.x;
-        const size_t lines = isLine ? 1 : Wrap(text, cell, add).Lines.size();
-        return static_cast<int>(std::min(lines, most)) * lineHeight;
+                            widths.Add(text) <= room.x;
+        const size_t lines = isLine ? 1 : Wrap(text, room, add).Lines.size();
+        const auto most = static_cast<size_t>(std::max(room.y / lineHeight, 1));
+        return static_cast<int>(std::min(lines, most)) * lineHeight + pictureHeight;
     };
     int filled = 0;
     for (size_t first = 0; first < mSource.Count; first += kGroup) {
         size_t card = first;
         for (const Sides& sides : mSource.Read(first, std::min(kGroup, mSource.Count - first))) {
-            const int height =
-                std::max({lineHeight, measure(sides.Front), measure(sides.Back)}) + 2 * kRowGap;
+            const int height = std::max({lineHeight, measure(sides.Front, sides.FrontPictures),
+                                         measure(sides.Back, sides.BackPictures)}) +
+                               2 * kRowGap;
             if (mFirstCards.empty() || filled + height > body.height) {
                 mFirstCards.push_back(card);
                 filled = 0;
@@ -235,12 +265,17 @@ PrintPage PrintLayout::MakeListPage(size_t page) const {
     for (const Sides& sides : mSource.Read(mFirstCards[page], end - mFirstCards[page])) {
         int height = MeasureLineHeight(kListFont);
         int left = body.x;
-        for (const wxString* const text : {&sides.Front, &sides.Back}) {
-            const Cell cell = Fit(*text, room, kListFont);
-            const bool isRight = IsRightToLeft(*text);
-            AddLines(cell, *text, wxRect(wxPoint(left, top + kRowGap), room), kListFont,
-                     isRight ? PrintLine::Side::kRight : PrintLine::Side::kLeft, made);
-            height = std::max(height, cell.Height());
+        for (const auto& [text, pictures] : {std::pair(&sides.Front, &sides.FrontPictures),
+                                             std::pair(&sides.Back, &sides.BackPictures)}) {
+            const Stack stack = StackListPictures(*pictures, room);
+            const Cell cell = Fit(*text, wxSize(room.x, room.y - stack.Height), kListFont);
+            const auto alignment =
+                IsRightToLeft(*text) ? PrintLine::Side::kRight : PrintLine::Side::kLeft;
+            wxRect place(wxPoint(left, top + kRowGap), room);
+            AddLines(cell, *text, place, kListFont, alignment, made);
+            place.y += cell.Height();
+            AddPictures(*pictures, stack, place, alignment, made);
+            height = std::max(height, cell.Height() + stack.Height);
             left += room.x + kColumnGap;
         }
         top += height + 2 * kRowGap;
@@ -272,17 +307,26 @@ PrintPage PrintLayout::MakeCutOutPage(size_t page) const {
         wxRect card(kMargin + column * size.x, kMargin + row * size.y, size.x, size.y);
         card.Deflate(kCardGap);
         const wxString& text = isBack ? sides.Back : sides.Front;
+        const std::vector<Picture>& pictures = isBack ? sides.BackPictures : sides.FrontPictures;
+        // The text gets the half that the pictures may have as long as it needs it, and they get
+        // what it leaves.
+        wxSize room = card.GetSize();
+        room.y -= StackPictures(pictures, wxSize(room.x, room.y / 2), room.y).Height;
         Cell cell;
         PrintFont font;
         for (const PrintFont& smaller : kCardFonts) {
             font = smaller;
-            cell = Fit(text, card.GetSize(), font);
+            cell = Fit(text, room, font);
             if (!cell.IsCut) {
                 break;
             }
         }
-        card.y += std::max((card.height - cell.Height()) / 2, 0);
+        const Stack stack =
+            StackPictures(pictures, wxSize(room.x, card.height - cell.Height()), card.height);
+        card.y += std::max((card.height - cell.Height() - stack.Height) / 2, 0);
         AddLines(cell, text, card, font, PrintLine::Side::kCentre, made);
+        card.y += cell.Height();
+        AddPictures(pictures, stack, card, PrintLine::Side::kCentre, made);
     }
     AddCutMarks(made);
     return made;
@@ -308,5 +352,19 @@ void PrintLayout::AddLines(const Cell& cell, const wxString& text, wxRect place,
     for (const wxString& line : cell.Lines) {
         page.Lines.push_back({line, place, font, alignment, isRightToLeft});
         place.y += cell.LineHeight;
+    }
+}
+
+void PrintLayout::AddPictures(const std::vector<Picture>& pictures, const Stack& stack,
+                              wxRect place, PrintLine::Side alignment, PrintPage& page) {
+    for (size_t i = 0; i < pictures.size(); ++i) {
+        const wxSize& size = stack.Sizes[i];
+        const int free = place.width - size.x;
+        const int left = alignment == PrintLine::Side::kLeft     ? 0
+                         : alignment == PrintLine::Side::kCentre ? free / 2
+                                                                 : free;
+        place.y += kPictureGap;
+        page.Pictures.push_back({pictures[i].Name, wxRect(wxPoint(place.x + left, place.y), size)});
+        place.y += size.y;
     }
 }

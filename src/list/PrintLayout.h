@@ -39,8 +39,14 @@ struct PrintLine {
     bool IsRightToLeft = false;
 };
 
+struct PrintPicture {
+    wxString Name;
+    wxRect Place;
+};
+
 struct PrintPage {
     std::vector<PrintLine> Lines;
+    std::vector<PrintPicture> Pictures;
     // Thin lines, from a point to another.
     std::vector<std::pair<wxPoint, wxPoint>> Rules;
 };
@@ -52,9 +58,17 @@ bool IsRightToLeft(const wxString& text);
 // in small groups when a page is made. Main thread only.
 class PrintLayout {
   public:
+    // A picture with its size in units, which is the largest that it gets.
+    struct Picture {
+        wxString Name;
+        wxSize Size;
+    };
+    // The pictures stand below the text.
     struct Sides {
         wxString Front;
         wxString Back;
+        std::vector<Picture> FrontPictures{};
+        std::vector<Picture> BackPictures{};
     };
     struct Source {
         size_t Count = 0;
@@ -86,6 +100,11 @@ class PrintLayout {
 
         int Height() const { return static_cast<int>(Lines.size()) * LineHeight; }
     };
+    // The sizes of pictures one below the other, each with a gap above it.
+    struct Stack {
+        std::vector<wxSize> Sizes;
+        int Height = 0;
+    };
 
     wxRect GetBody() const;
     wxSize GetGrid() const;
@@ -93,12 +112,17 @@ class PrintLayout {
     int MeasureLineHeight(const PrintFont& font) const;
     Cell Fit(const wxString& text, const wxSize& room, const PrintFont& font) const;
     wxString CutLine(wxString line, int width, const PrintFont& font) const;
+    static Stack StackPictures(const std::vector<Picture>& pictures, const wxSize& room,
+                               int mostHeight);
+    static Stack StackListPictures(const std::vector<Picture>& pictures, const wxSize& room);
     void FindListPages();
     PrintPage MakeListPage(size_t page) const;
     PrintPage MakeCutOutPage(size_t page) const;
     void AddCutMarks(PrintPage& page) const;
     static void AddLines(const Cell& cell, const wxString& text, wxRect place,
                          const PrintFont& font, PrintLine::Side alignment, PrintPage& page);
+    static void AddPictures(const std::vector<Picture>& pictures, const Stack& stack, wxRect place,
+                            PrintLine::Side alignment, PrintPage& page);
 
     PrintForm mForm;
     Source mSource;

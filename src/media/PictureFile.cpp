@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "media/PictureProcess.h"
@@ -344,6 +345,25 @@ void PictureRelease::operator()(_GdkPixbuf* picture) const {
 
 PictureSize FitPicture(const PictureSize& picture, const PictureSize& room) {
     return Contain(picture, room, 1.0);
+}
+
+void FitPictures(std::vector<PictureSize>& pictures, const PictureSize& room, int32_t leastHeight) {
+    std::vector<std::pair<int32_t, PictureSize*>> byHeight;
+    byHeight.reserve(pictures.size());
+    for (PictureSize& picture : pictures) {
+        picture = FitPicture(picture, {room.Width, picture.Height});
+        byHeight.emplace_back(picture.Height, &picture);
+    }
+    std::stable_sort(byHeight.begin(), byHeight.end(),
+                     [](const auto& one, const auto& other) { return one.first < other.first; });
+    auto left = static_cast<int32_t>(byHeight.size());
+    int32_t height = room.Height;
+    for (const auto& [needed, picture] : byHeight) {
+        const int32_t share = std::max({height / left, leastHeight, 1});
+        *picture = FitPicture(*picture, {room.Width, share});
+        height -= picture->Height;
+        --left;
+    }
 }
 
 PictureFault ReadPictureHead(int file, PictureHead& head) {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 // The library's own name.
 struct _GdkPixbuf;  // NOLINT(bugprone-reserved-identifier)
@@ -44,6 +45,10 @@ struct PictureSize {
 // Returns the size of a picture that has to fit into some room: never larger than it is, never
 // distorted, at least a point each way.
 PictureSize FitPicture(const PictureSize& picture, const PictureSize& room);
+
+// Makes pictures that stand one below the other smaller until they fit into a room together, but
+// none lower than the least height. One that needs less than its share leaves the rest to others.
+void FitPictures(std::vector<PictureSize>& pictures, const PictureSize& room, int32_t leastHeight);
 
 // Decodes an open file, of which only the first picture counts, to a size that fits into the room;
 // a drawing fills it. Any thread. A picture that was cut is read as far as it goes. The flag ends

@@ -28,12 +28,6 @@ wxColour WithAlpha(const wxColour& colour, unsigned char alpha) {
     return wxColour(colour.Red(), colour.Green(), colour.Blue(), alpha);
 }
 
-wxSize SizeWithin(const wxSize& natural, int32_t width, int32_t height) {
-    const PictureSize fit =
-        FitPicture({natural.x, natural.y}, {std::max(width, 1), std::max(height, 1)});
-    return wxSize(fit.Width, fit.Height);
-}
-
 }  // namespace
 
 void CardViewer::TakeMedia(CardViewerSide& side) {
@@ -61,34 +55,32 @@ void CardViewer::TakeMedia(CardViewerSide& side) {
     });
 }
 
-// A picture that needs less than its share leaves the rest to the others.
 void CardViewer::SizePictures(CardViewerSide& side, int32_t room) const {
     const int32_t gap = FromDIP(kPictureGap);
     const int32_t column = mColumnWidth;
-    std::vector<std::pair<int32_t, SidePicture*>> byHeight;
+    const auto gaps = gap * (static_cast<int32_t>(side.Pictures.size()) + 1);
+    room -= gaps;
+    std::vector<PictureSize> sizes;
     for (SidePicture& picture : side.Pictures) {
         if (picture.Natural.x <= 0) {
+            // The frame with its name is as high as that needs.
             const wxSize text = GetTextExtent(picture.Name);
             picture.Size = wxSize(std::min(text.x + 2 * gap, column), text.y + 2 * gap);
+            room -= picture.Size.y;
         } else {
-            constexpr int32_t kAnyHeight = 1 << 20;
-            picture.Size = SizeWithin(FromDIP(picture.Natural), column, kAnyHeight);
+            const wxSize natural = FromDIP(picture.Natural);
+            sizes.push_back({natural.x, natural.y});
         }
-        byHeight.emplace_back(picture.Size.y, &picture);
     }
-    std::stable_sort(byHeight.begin(), byHeight.end(),
-                     [](const auto& one, const auto& other) { return one.first < other.first; });
-    auto left = static_cast<int32_t>(byHeight.size());
-    room -= gap * (left + 1);
-    side.PicturesHeight = left == 0 ? 0 : gap * (left + 1);
-    for (const auto& [height, picture] : byHeight) {
-        const int32_t share = std::max(room / left, FromDIP(kLeastPicture));
-        if (height > share && picture->Natural.x > 0) {
-            picture->Size = SizeWithin(FromDIP(picture->Natural), column, share);
+    FitPictures(sizes, {column, room}, FromDIP(kLeastPicture));
+    side.PicturesHeight = side.Pictures.empty() ? 0 : gaps;
+    auto size = sizes.begin();
+    for (SidePicture& picture : side.Pictures) {
+        if (picture.Natural.x > 0) {
+            picture.Size = wxSize(size->Width, size->Height);
+            ++size;
         }
-        room -= picture->Size.y;
-        side.PicturesHeight += picture->Size.y;
-        --left;
+        side.PicturesHeight += picture.Size.y;
     }
 }
 

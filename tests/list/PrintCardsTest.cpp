@@ -5,6 +5,7 @@
 
 #include "list/ListFixture.h"
 #include "list/PrintCards.h"
+#include "media/MediaFolder.h"
 
 namespace {
 
@@ -12,17 +13,21 @@ const wxSize kA4(5953, 8419);
 const wxSize kA4Landscape(8419, 5953);
 
 // Cards "f0" and "b0" and so on; a letter is half as wide as its font is high.
-PrintLayout MakeLayout(PrintForm form, size_t count, const wxString& before = wxString()) {
+PrintLayout MakeLayout(PrintForm form, size_t count, const wxString& before = wxString(),
+                       const std::vector<wxSize>& pictures = {}) {
     PrintLayout::Source source;
     source.Count = count;
     source.Heading = "French";
-    source.Read = [before](size_t first, size_t most) {
+    source.Read = [before, pictures](size_t first, size_t most) {
         EXPECT_LE(most, 100U) << "more cards in memory than a page takes";
         std::vector<PrintLayout::Sides> cards;
         for (size_t i = first; i < first + most; ++i) {
             const auto number = static_cast<unsigned>(i);
             cards.push_back(
                 {before + wxString::Format("f%u", number), wxString::Format("b%u", number)});
+            for (const wxSize& size : pictures) {
+                cards.back().FrontPictures.push_back({"x.png", size});
+            }
         }
         return cards;
     };
@@ -95,6 +100,42 @@ TEST(PrintLayout, APageHasTheCardsThatFitOnIt) {
     }
 }
 
+TEST(PrintLayout, PicturesStandBelowTheTextInTheRoomThatIsLeft) {
+    const wxString text("word word word word word word word word word word word word word word ");
+    const struct {
+        PrintForm Form;
+        wxString Text;
+        std::vector<wxSize> Pictures;
+        // How high the first one is.
+        int Height;
+    } rows[] = {{PrintForm::kList, "a", {{300, 200}}, 200},
+                {PrintForm::kList, text, {{30000, 20000}}, 1196},
+                {PrintForm::kList, "a", {{90000, 900}}, 26},
+                {PrintForm::kList, "a", std::vector<wxSize>(9, {30000, 20000}), 370},
+                {PrintForm::kCutOut, "", {{30000, 20000}}, 1053},
+                {PrintForm::kCutOut, "a", {{300, 200}, {30000, 20000}}, 200},
+                {PrintForm::kCutOut, text + text + text, {{9, 90000}}, 753}};
+    for (const auto& row : rows) {
+        PrintLayout layout = MakeLayout(row.Form, 20, row.Text, row.Pictures);
+        layout.SetPaper(kA4);
+        const PrintPage page = layout.MakePage(1);
+        ASSERT_FALSE(page.Pictures.empty());
+        EXPECT_EQ(page.Pictures[0].Place.height, row.Height);
+        for (size_t i = 0; i < page.Pictures.size(); ++i) {
+            const wxRect& place = page.Pictures[i].Place;
+            const wxSize& own = row.Pictures[i % row.Pictures.size()];
+            EXPECT_TRUE(wxRect(kA4).Deflate(300).Contains(place)) << row.Height;
+            EXPECT_NEAR(place.width, 1.0 * own.x * place.height / own.y, 60);
+            for (const PrintLine& line : page.Lines) {
+                EXPECT_FALSE(line.Place.Intersects(place)) << line.Text;
+            }
+            for (size_t j = 0; j < i; ++j) {
+                EXPECT_FALSE(page.Pictures[j].Place.Intersects(place)) << i;
+            }
+        }
+    }
+}
+
 // Measuring each text would take half a minute for 100,000 sentences.
 TEST(PrintLayout, PagesAreFoundByLettersThatAreMeasuredOnce) {
     int measured = 0;
@@ -153,12 +194,15 @@ struct PrintCardsTest : ListTest {
         return isPressed ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
     }
 
+    wxString PathOf(PrintForm form) const {
+        return mDirectory.Path(wxString::Format("cards%i.pdf", static_cast<int>(form)));
+    }
+
     // Prints the cards of the row ids, and returns the texts of the file.
     std::string Print(PrintForm form, const std::vector<int64_t>& rowIds) {
         // The only printer is the one that writes a file.
         g_object_set(gtk_settings_get_default(), "gtk-print-backends", "file", nullptr);
-        const wxString path =
-            mDirectory.Path(wxString::Format("cards%i.pdf", static_cast<int>(form)));
+        const wxString path = PathOf(form);
         wxPrintDialogData data;
         wxPrintData& settings = data.GetPrintData();
         settings.SetPaperId(wxPAPER_A4);
@@ -168,7 +212,7 @@ struct PrintCardsTest : ListTest {
         gtk_print_settings_set(native.GetPrintConfig(), GTK_PRINT_SETTINGS_OUTPUT_URI,
                                ("file://" + path).utf8_str());
         wxPrinter printer(&data);
-        CardPrintout printout("Cards", MakePrintLayout(mDatabase, rowIds, "Default", form));
+        CardPrintout printout("Cards", LayOutCards(mDatabase, rowIds, "Default", form));
         g_timeout_add(20, PressPrint, nullptr);
         EXPECT_TRUE(printer.Print(nullptr, &printout, true));
         EXPECT_TRUE(WaitFor([&path] { return wxFileExists(path); }));
@@ -196,6 +240,28 @@ TEST_F(PrintCardsTest, AFileHasTheTextsOfAllScriptsOnTheirPages) {
     EXPECT_LT(cut.find(wxString(L"\u65E5\u672C\u8A9E").utf8_string()), page);
     EXPECT_GT(cut.find("Hebrew"), page);
     EXPECT_LT(cut.find("Japanese"), cut.find("Hebrew")) << "the columns are not mirrored";
+}
+
+TEST_F(PrintCardsTest, PicturesArePrintedAndWhatIsMissingIsNamed) {
+    const MediaFolder folder(mDatabase.GetPath());
+    const wxString corpus(wxString(VELOMIND_CORPUS) + "/");
+    for (const char* const file : {"good.png", "cut.gif", "text.png", "good.svg"}) {
+        wxString name;
+        ASSERT_EQ(folder.Add(ToPath(corpus + file), file, name), 0);
+    }
+    Insert(MakeCard("[picture: good.png]\n[sound: x.ogg]", "[picture: good.svg]"));
+    Insert(MakeCard("[picture: none.png]", "[picture: text.png]\n[picture: cut.gif]"));
+    for (const PrintForm form : {PrintForm::kList, PrintForm::kCutOut}) {
+        const std::string text = Print(form, {1, 2});
+        for (const char* const name : {"none.png", "text.png", "cut.gif"}) {
+            EXPECT_NE(text.find(name), std::string::npos) << text;
+        }
+        EXPECT_EQ(text.find("good"), std::string::npos) << text;
+        EXPECT_EQ(text.find("["), std::string::npos) << text;
+        wxArrayString pictures;
+        wxExecute("pdfimages -list " + PathOf(form), pictures, wxEXEC_SYNC);
+        EXPECT_GE(pictures.size(), 2U + 2U) << wxJoin(pictures, '\n', '\0');
+    }
 }
 
 TEST_F(PrintCardsTest, TheCommandPrintsTheCardsInViewOrTheSelectedOnes) {

@@ -54,6 +54,15 @@ Surface MakeSurface(const GdkPixbuf& pixels) {
     return surface;
 }
 
+bool DrawInto(wxGraphicsContext& context, const wxGraphicsBitmap& bitmap, const wxRect& place) {
+    if (bitmap.IsNull()) {
+        return false;
+    }
+    context.SetInterpolationQuality(wxINTERPOLATION_GOOD);
+    context.DrawBitmap(bitmap, place.x, place.y, place.width, place.height);
+    return true;
+}
+
 }  // namespace
 
 struct CardPictures::Reading {
@@ -64,6 +73,15 @@ struct CardPictures::Reading {
     // Written by the worker.
     PictureFault Fault = PictureFault::kDamaged;
     Surface Drawn;
+
+    void Run(const std::atomic<bool>& isCancelled) {
+        PicturePixels pixels;
+        Fault = ReadPicture(File.Get(), Room, isCancelled, pixels);
+        Drawn = pixels == nullptr ? nullptr : MakeSurface(*pixels);
+        if (Fault == PictureFault::kNone && Drawn == nullptr) {
+            Fault = PictureFault::kTooLarge;
+        }
+    }
 };
 
 CardPictures::CardPictures(std::function<void()> changed) : mChanged(std::move(changed)) {}
@@ -118,31 +136,50 @@ wxSize CardPictures::FindSize(const wxString& name) {
                : wxSize(picture->Head.Width, picture->Head.Height);
 }
 
+std::optional<PictureSize> CardPictures::FindMissingPoints(Picture& picture, const wxRect& place,
+                                                           double scale) {
+    picture.LastUse = ++mUses;
+    PictureSize points{static_cast<int32_t>(std::lround(place.width * scale)),
+                       static_cast<int32_t>(std::lround(place.height * scale))};
+    if (picture.Head.Format != PictureFormat::kSvg) {
+        points = FitPicture({picture.Head.Width, picture.Head.Height}, points);
+    }
+    // A picture that is somewhat too large is made smaller while it is drawn.
+    const bool isSharp =
+        picture.Points.Width + 1 >= points.Width && picture.Points.Width <= 2 * points.Width + 1;
+    return isSharp ? std::nullopt : std::optional(points);
+}
+
 bool CardPictures::Draw(wxGraphicsContext& context, const wxString& name, const wxRect& place,
                         double scale) {
     Picture* const picture = Find(name);
     if (picture == nullptr || picture->Fault != PictureFault::kNone) {
         return false;
     }
-    picture->LastUse = ++mUses;
-    PictureSize points{static_cast<int32_t>(std::lround(place.width * scale)),
-                       static_cast<int32_t>(std::lround(place.height * scale))};
-    if (picture->Head.Format != PictureFormat::kSvg) {
-        points = FitPicture({picture->Head.Width, picture->Head.Height}, points);
+    // One that is too small shows until the sharp one is there.
+    if (const auto points = FindMissingPoints(*picture, place, scale)) {
+        Ask(name, *points);
     }
-    // A picture that is somewhat too large is made smaller while it is drawn. One that is too small
-    // shows until the sharp one is there.
-    const bool isSharp =
-        picture->Points.Width + 1 >= points.Width && picture->Points.Width <= 2 * points.Width + 1;
-    if (!isSharp) {
-        Ask(name, points);
-    }
-    if (picture->Bitmap.IsNull()) {
+    return DrawInto(context, picture->Bitmap, place);
+}
+
+bool CardPictures::DrawNow(wxGraphicsContext& context, const wxString& name, const wxRect& place,
+                           double scale) {
+    Picture* const picture = Find(name);
+    if (picture == nullptr || picture->Fault != PictureFault::kNone) {
         return false;
     }
-    context.SetInterpolationQuality(wxINTERPOLATION_GOOD);
-    context.DrawBitmap(picture->Bitmap, place.x, place.y, place.width, place.height);
-    return true;
+    if (const auto points = FindMissingPoints(*picture, place, scale)) {
+        Reading reading;
+        reading.Name = name;
+        reading.File = mFolder.Open(name);
+        ::fstat(reading.File.Get(), &reading.Status);
+        reading.Room = *points;
+        const std::atomic<bool> isCancelled{false};
+        reading.Run(isCancelled);
+        Take(reading);
+    }
+    return DrawInto(context, picture->Bitmap, place);
 }
 
 void CardPictures::Ask(const wxString& name, const PictureSize& points) {
@@ -175,14 +212,7 @@ void CardPictures::ReadNext() {
     const int number = ++mNumber;
     const auto finish = [this, number] { CallAfter([this, number] { Finish(number); }); };
     mpJob = std::make_unique<Job>(
-        [&reading = *mpReading](const std::atomic<bool>& isCancelled) {
-            PicturePixels pixels;
-            reading.Fault = ReadPicture(reading.File.Get(), reading.Room, isCancelled, pixels);
-            reading.Drawn = pixels == nullptr ? nullptr : MakeSurface(*pixels);
-            if (reading.Fault == PictureFault::kNone && reading.Drawn == nullptr) {
-                reading.Fault = PictureFault::kTooLarge;
-            }
-        },
+        [&reading = *mpReading](const std::atomic<bool>& isCancelled) { reading.Run(isCancelled); },
         finish);
     if (!mpJob->Start()) {
         finish();
@@ -196,21 +226,26 @@ void CardPictures::Finish(int number) {
     mpJob->Join();
     mpJob.reset();
     const std::unique_ptr<Reading> reading = std::move(mpReading);
-    const auto known = mPictures.find(reading->Name);
-    if (known != mPictures.end() && IsSameFile(known->second.Status, reading->Status)) {
-        Picture& picture = known->second;
-        picture.Fault = reading->Fault;
-        if (reading->Drawn != nullptr) {
-            picture.Points = {cairo_image_surface_get_width(reading->Drawn.get()),
-                              cairo_image_surface_get_height(reading->Drawn.get())};
-            // The bitmap takes the surface over.
-            picture.Bitmap = wxGraphicsRenderer::GetDefaultRenderer()->CreateBitmapFromNativeBitmap(
-                reading->Drawn.release());
-        }
-        MakeRoom();
-    }
+    Take(*reading);
     ReadNext();
     mChanged();
+}
+
+void CardPictures::Take(Reading& reading) {
+    const auto known = mPictures.find(reading.Name);
+    if (known == mPictures.end() || !IsSameFile(known->second.Status, reading.Status)) {
+        return;
+    }
+    Picture& picture = known->second;
+    picture.Fault = reading.Fault;
+    if (reading.Drawn != nullptr) {
+        picture.Points = {cairo_image_surface_get_width(reading.Drawn.get()),
+                          cairo_image_surface_get_height(reading.Drawn.get())};
+        // The bitmap takes the surface over.
+        picture.Bitmap = wxGraphicsRenderer::GetDefaultRenderer()->CreateBitmapFromNativeBitmap(
+            reading.Drawn.release());
+    }
+    MakeRoom();
 }
 
 void CardPictures::MakeRoom() {

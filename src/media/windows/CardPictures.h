@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "base/Job.h"
@@ -35,6 +36,9 @@ class CardPictures : private wxEvtHandler {
     // Draws a picture into a rectangle of its own proportions, at so many points of the screen for
     // each unit. Returns false when it is not there yet, and begins to read it.
     bool Draw(wxGraphicsContext& context, const wxString& name, const wxRect& place, double scale);
+    // The same, but reads a picture at once; for paper, which cannot be drawn again later.
+    bool DrawNow(wxGraphicsContext& context, const wxString& name, const wxRect& place,
+                 double scale);
 
     // Forgets what was asked for and has not begun, since another card is shown.
     void DropRequests() { mWanted.clear(); }
@@ -59,9 +63,13 @@ class CardPictures : private wxEvtHandler {
 
     Picture* Find(const wxString& name);
     void DropOther(const wxString& name);
+    // Returns how many points the picture needs in a place, or nothing where it has them.
+    std::optional<PictureSize> FindMissingPoints(Picture& picture, const wxRect& place,
+                                                 double scale);
     void Ask(const wxString& name, const PictureSize& points);
     void ReadNext();
     void Finish(int number);
+    void Take(Reading& reading);
     void MakeRoom();
 
     const std::function<void()> mChanged;
