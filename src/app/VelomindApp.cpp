@@ -29,6 +29,7 @@
 #include "files/windows/RestoreDialog.h"
 #include "files/windows/StoreOpening.h"
 #include "list/BrowseFrame.h"
+#include "media/MediaLines.h"
 #include "preferences/PreferencesDialog.h"
 #include "revise/ChangedOnBothDialog.h"
 #include "revise/DuplicatesDialog.h"
@@ -254,6 +255,7 @@ void VelomindApp::OpenStore() {
     mUndoHistory.SetListener([this](const StoreChange& step) {
         mStepNotes.Take(mpDatabase->GetPath(), step, wxGetUTCTimeMillis().GetValue());
     });
+    mUndoHistory.SetCardNaming(WithNamedMediaMarks);
 }
 
 void VelomindApp::CloseStore() {

@@ -10,6 +10,7 @@
 #include "base/Job.h"
 #include "base/Text.h"
 #include "exchange/Duplicates.h"
+#include "media/MediaLines.h"
 #include "shell/AppServices.h"
 #include "store/Database.h"
 
@@ -85,7 +86,8 @@ void SameFront::ShowFound() {
     const bool isFound = mpSearch->IsFound && mpSearch->Reading.TakeFailure().empty();
     mFound = mpSearch->Found;
     mpSearch.reset();
-    Show(isFound ? wxString::Format(_("There is a card \"%s\" already"), ShownName(mFound.Front))
+    Show(isFound ? wxString::Format(_("There is a card \"%s\" already"),
+                                    ShownName(WithNamedMediaMarks(mFound.Front)))
                  : wxString());
 }
 

@@ -428,17 +428,22 @@ bool BringMedia(const ImportInput& input, Database& database, ImportResult& resu
            (result.IsCancelled ? result.FailCancelled(-1) : result.Fail(message));
 }
 
-}  // namespace
-
-int ImportCards(const ImportInput& wanted, Database& database, ImportResult& result,
-                bool askCategories, std::set<int32_t>* touchedCategories) {
-    ImportInput input = wanted;
+// A text names files that lie beside it.
+ImportInput WithFilesBeside(ImportInput input) {
     const bool isText =
         input.Format == ImportFormat::kVlmText || input.Format == ImportFormat::kDelimited;
     if (input.Media == nullptr && isText && !input.FileName.empty()) {
         input.Media = std::make_shared<DirectoryMedia>(ToPath(wxPathOnly(FullPath(input.FileName))),
                                                        MediaSource::Missing::kKept);
     }
+    return input;
+}
+
+}  // namespace
+
+int ImportCards(const ImportInput& wanted, Database& database, ImportResult& result,
+                bool askCategories, std::set<int32_t>* touchedCategories) {
+    const ImportInput input = WithFilesBeside(wanted);
     ImportPassOptions options;
     options.AskCategories = askCategories;
     if (input.Format != ImportFormat::kVersion1Store) {
@@ -543,5 +548,5 @@ bool ImportPreview(const ImportInput& input, Database& database, ImportResult& r
     ImportPassOptions options;
     options.ValidateOnly = true;
     options.PreviewAttributes = &attributes;
-    return ImportPass(input, database, result, options) < 0;
+    return ImportPass(WithFilesBeside(input), database, result, options) < 0;
 }

@@ -100,13 +100,13 @@ void DrawLine(wxDC& dc, const PrintLine& line) {
 wxString TakePictures(const wxString& text, CardPictures& store,
                       std::vector<PrintLayout::Picture>& pictures) {
     return ReplaceMediaLines(text, [&](const MediaLine& line) {
-        const wxString mark = WithMediaMarks(MakeMediaLine(line.Kind, line.Name));
+        const wxString whole = MakeMediaLine(line.Kind, line.Name);
         if (line.Kind == MediaKind::kSound) {
-            return mark;
+            return WithMediaMarks(whole);
         }
         const wxSize size = store.FindSize(line.Name);
         if (size.x <= 0 || pictures.size() == kMostPictures) {
-            return mark + " " + line.Name;
+            return WithNamedMediaMarks(whole);
         }
         pictures.push_back({line.Name, size * kPaperUnits / kScreenPoints});
         return wxString();

@@ -70,6 +70,10 @@ bool HasExtension(const wxString& name, std::initializer_list<const char*> exten
                        [&extension](const char* known) { return extension == known; });
 }
 
+wxString MakeNamedMark(const MediaLine& line) {
+    return wxString(RowOf(line.Kind).Mark) + " " + line.Name;
+}
+
 // Cuts a text to at most that many bytes of UTF-8, between two characters.
 wxString CutToBytes(wxString text, size_t most) {
     while (ToUtf8(text).size() > most) {
@@ -154,6 +158,21 @@ wxString WithoutMediaLines(const wxString& text) {
 wxString WithMediaMarks(const wxString& text) {
     return ReplaceMediaLines(text,
                              [](const MediaLine& line) { return wxString(RowOf(line.Kind).Mark); });
+}
+
+wxString WithNamedMediaMarks(const wxString& text) {
+    return ReplaceMediaLines(text, MakeNamedMark);
+}
+
+wxString WithSharedMediaMarks(const wxString& text, const wxString& other) {
+    const std::vector<MediaLine> others = FindMediaLines(other);
+    return ReplaceMediaLines(text, [&](const MediaLine& line) {
+        const bool isShared =
+            std::any_of(others.begin(), others.end(), [&line](const MediaLine& each) {
+                return each.Kind == line.Kind && each.Name == line.Name;
+            });
+        return isShared ? MakeNamedMark(line) : text.Mid(line.Begin, line.End - line.Begin);
+    });
 }
 
 bool IsSafeMediaName(const wxString& name) {

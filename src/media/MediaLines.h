@@ -47,6 +47,10 @@ wxString WithoutMediaLines(const wxString& text);
 
 // Returns a text in which a short mark stands for each line, for a list.
 wxString WithMediaMarks(const wxString& text);
+// The same with the name of the file after each mark, where cards are named or compared.
+wxString WithNamedMediaMarks(const wxString& text);
+// The same, but a line that the other text does not have stays as it is, as it is what differs.
+wxString WithSharedMediaMarks(const wxString& text, const wxString& other);
 
 // Returns whether a file of the folder may have this name: a name without a path that every system
 // can have, of at most kLongestMediaName bytes in UTF-8.

@@ -14,6 +14,7 @@
 
 #include "base/Text.h"
 #include "base/Unicode.h"
+#include "media/MediaLines.h"
 #include "shell/AppServices.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
@@ -222,10 +223,11 @@ void ChangedOnBothDialog::Read() {
     for (const LostText& text : ReadLostTexts(mDatabase.GetPath())) {
         mRows.push_back(MakeRow(text));
         const Row& row = mRows.back();
-        const long item = mpList->InsertItem(mpList->GetItemCount(), CellText(row.Front));
+        const long item =
+            mpList->InsertItem(mpList->GetItemCount(), CellText(WithNamedMediaMarks(row.Front)));
         mpList->SetItem(item, 1, wxGetTranslation(kFieldNames[IndexOf(text.Field)]));
-        mpList->SetItem(item, kStandsColumn, CellText(row.Stands));
-        mpList->SetItem(item, kLostColumn, CellText(row.LostValue));
+        mpList->SetItem(item, kStandsColumn, CellText(WithNamedMediaMarks(row.Stands)));
+        mpList->SetItem(item, kLostColumn, CellText(WithNamedMediaMarks(row.LostValue)));
         mpList->SetItem(item, 4, ShownTime(text.Lost));
     }
     const auto count = static_cast<int>(mRows.size());

@@ -18,6 +18,7 @@
 #include "base/Job.h"
 #include "base/Text.h"
 #include "exchange/Duplicates.h"
+#include "media/MediaLines.h"
 #include "shell/AppServices.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
@@ -230,8 +231,8 @@ class DuplicateList : public wxListCtrl {
             return wxString();
         }
         const FlashCard& card = cards.front();
-        return CellText(column == 0   ? card.Front
-                        : column == 1 ? card.Back
+        return CellText(column == 0   ? WithNamedMediaMarks(card.Front)
+                        : column == 1 ? WithNamedMediaMarks(card.Back)
                                       : NameOfCategory(card.CategoryId));
     }
 

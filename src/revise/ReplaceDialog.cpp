@@ -17,6 +17,7 @@
 #include "base/Job.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
+#include "media/MediaLines.h"
 #include "shell/AppServices.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
@@ -61,15 +62,16 @@ wxString NameOf(CardText text) {
 }
 
 // Returns a text as a cell shows it, from shortly before the place where the two differ.
-wxString Excerpt(const std::u16string& text, const std::u16string& other) {
-    const auto end = std::min(text.size(), other.size());
-    const auto differing =
-        std::mismatch(text.begin(), text.begin() + static_cast<long>(end), other.begin());
+wxString Excerpt(const wxString& whole, const wxString& wholeOther) {
+    // The line of a picture or sound stays as it is only where it is what changes.
+    const wxString text = WithSharedMediaMarks(whole, wholeOther);
+    const wxString other = WithSharedMediaMarks(wholeOther, whole);
+    const auto differing = std::mismatch(text.begin(), text.end(), other.begin(), other.end());
     const auto same = static_cast<size_t>(differing.first - text.begin());
     if (same <= 2 * kShownBefore) {
-        return CellText(FromUtf16(text));
+        return CellText(text);
     }
-    return wxString(L"\u2026") + CellText(FromUtf16(text.substr(same - kShownBefore)));
+    return wxString(L"\u2026") + CellText(text.Mid(same - kShownBefore));
 }
 
 }  // namespace
@@ -136,9 +138,11 @@ class ChangeList : public wxListCtrl {
         wxString text;
         for (const CardTextChange::Text& change : mChanges[index].Texts) {
             text += text.empty() ? "" : (column == 0 ? ", " : " | ");
+            const wxString before = FromUtf16(change.Before);
+            const wxString after = FromUtf16(change.After);
             text += column == 0   ? NameOf(change.Which)
-                    : column == 1 ? Excerpt(change.Before, change.After)
-                                  : Excerpt(change.After, change.Before);
+                    : column == 1 ? Excerpt(before, after)
+                                  : Excerpt(after, before);
         }
         return text;
     }
@@ -395,7 +399,7 @@ void ReplaceDialog::ShowFault(const ReplacementsFound& found) {
     const TextPattern::Fault& fault = found.Fault;
     if (!found.FaultyFront.empty() && !fault.IsInReplacement) {
         ShowStatus(wxString::Format(_("%s It stopped at the card \"%s\"."), fault.Message,
-                                    ShownName(found.FaultyFront)));
+                                    ShownName(WithNamedMediaMarks(found.FaultyFront))));
         return;
     }
     const wxTextCtrl& field = fault.IsInReplacement ? *mpReplacement : *mpWanted;

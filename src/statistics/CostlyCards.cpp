@@ -87,7 +87,7 @@ void CostlyCardsPanel::SetCards(const std::vector<CostlyCard>& cards) {
     for (size_t i = 0; i < mCards.size(); ++i) {
         const CostlyCard& card = mCards[i];
         const long row =
-            mpList->InsertItem(static_cast<long>(i), CellText(WithMediaMarks(card.Front)));
+            mpList->InsertItem(static_cast<long>(i), CellText(WithNamedMediaMarks(card.Front)));
         mpList->SetItem(row, 1, wxString::Format("%i", card.Lapses));
         if (std::any_of(selected.begin(), selected.end(),
                         [&card](const CostlyCard& each) { return each.CardId == card.CardId; })) {

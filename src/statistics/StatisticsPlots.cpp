@@ -9,6 +9,7 @@
 
 #include "base/Text.h"
 #include "base/Time.h"
+#include "media/MediaLines.h"
 
 namespace {
 
@@ -505,9 +506,10 @@ Plot MakeHardest(const ReviewFigures& figures) {
             wxPLURAL("%i time of %i", "%i times of %i", static_cast<unsigned>(card.Lapses)),
             card.Lapses, card.Reviews);
         series.Points.push_back(point);
-        plot.Names.push_back(ShownName(card.Front));
-        plot.Table.Rows.push_back({CellText(card.Front), CountText(card.Lapses),
-                                   CountText(card.Reviews), CountText(card.Difficulty)});
+        plot.Names.push_back(ShownName(WithNamedMediaMarks(card.Front)));
+        plot.Table.Rows.push_back({CellText(WithNamedMediaMarks(card.Front)),
+                                   CountText(card.Lapses), CountText(card.Reviews),
+                                   CountText(card.Difficulty)});
     }
     plot.Series = {series};
     SetCountAxis(plot.Up, plot.GreatestY());

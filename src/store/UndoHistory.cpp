@@ -621,7 +621,7 @@ wxString DescribeUnions(const StoreChange& step) {
 
 // Returns the menu's text for a step, which names the same thing to take it back and to do it
 // again.
-wxString DescribeStep(const StoreChange& step) {
+wxString DescribeStep(const StoreChange& step, const UndoHistory::CardNaming& nameCard) {
     const bool isRedo = step.IsTakenBack;
     switch (step.What) {
         case Kind::kDeletion:
@@ -644,17 +644,17 @@ wxString DescribeStep(const StoreChange& step) {
             }
             return wxString::Format(
                 isRedo ? _("Redo editing of \"%s\"") : _("Undo editing of \"%s\""),
-                ShownName((isRedo ? step.Cards.front() : step.Cards.back()).Front));
+                ShownName(nameCard((isRedo ? step.Cards.front() : step.Cards.back()).Front)));
         case Kind::kNewCard:
             return wxString::Format(isRedo ? _("Redo new card \"%s\"") : _("Undo new card \"%s\""),
-                                    ShownName(step.Cards.back().Front));
+                                    ShownName(nameCard(step.Cards.back().Front)));
         case Kind::kUnion:
             if (!step.Unions.empty()) {
                 return DescribeUnions(step);
             }
             return wxString::Format(
                 isRedo ? _("Redo merging of cards \"%s\"") : _("Undo merging of cards \"%s\""),
-                ShownName(step.Cards[1].Front));
+                ShownName(nameCard(step.Cards[1].Front)));
         case Kind::kOrder:
             return isRedo ? _("Redo reordering of cards") : _("Undo reordering of cards");
     }
@@ -691,11 +691,11 @@ void UndoHistory::Clear() {
 }
 
 wxString UndoHistory::GetUndoLabel() const {
-    return mSteps.empty() ? wxString() : DescribeStep(mSteps.back());
+    return mSteps.empty() ? wxString() : DescribeStep(mSteps.back(), mNaming);
 }
 
 wxString UndoHistory::GetRedoLabel() const {
-    return mTakenBack.empty() ? wxString() : DescribeStep(mTakenBack.back());
+    return mTakenBack.empty() ? wxString() : DescribeStep(mTakenBack.back(), mNaming);
 }
 
 int UndoHistory::TakeLast(std::list<StoreChange>& from, std::list<StoreChange>& to,

@@ -114,6 +114,11 @@ class UndoHistory {
     using Listener = std::function<void(const StoreChange&)>;
     void SetListener(Listener listener) { mListener = std::move(listener); }
 
+    // Makes the name of a card in the menu's texts from its front, which may have lines that only
+    // rooms above this one know.
+    using CardNaming = std::function<wxString(const wxString& front)>;
+    void SetCardNaming(CardNaming naming) { mNaming = std::move(naming); }
+
     void Add(StoreChange change);
     // Call it for another store, where the steps mean nothing.
     void Clear();
@@ -141,6 +146,7 @@ class UndoHistory {
     }
 
     Listener mListener;
+    CardNaming mNaming = [](const wxString& front) { return front; };
     std::list<StoreChange> mSteps;
     std::list<StoreChange> mTakenBack;
 };

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "media/MediaLines.h"
 #include "shell/Forms.h"
 #include "shell/Settings.h"
 
@@ -45,8 +46,8 @@ wxStaticText* CardSample::AddSide(int id) {
 }
 
 void CardSample::SetTexts(const wxString& front, const wxString& back) {
-    mFront = CutWithEllipsis(front, kLongestSide);
-    mBack = CutWithEllipsis(back, kLongestSide);
+    mFront = CutWithEllipsis(WithNamedMediaMarks(front), kLongestSide);
+    mBack = CutWithEllipsis(WithNamedMediaMarks(back), kLongestSide);
     mWrapWidth = -1;
     WrapTexts();
 }

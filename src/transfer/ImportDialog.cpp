@@ -20,6 +20,7 @@
 #include "exchange/ImportPass.h"
 #include "formats/TextEncoding.h"
 #include "formats/decks/Deck.h"
+#include "media/MediaLines.h"
 #include "shell/Forms.h"
 #include "shell/ProgramInfo.h"
 #include "shell/Settings.h"
@@ -44,7 +45,7 @@ constexpr int kDeckFormat = 2;
 
 // Shortens a text for a cell of the list and marks its line breaks, as a cell is one line.
 wxString RowText(const wxString& text) {
-    wxString shown = CutWithEllipsis(text, kLongestText);
+    wxString shown = CutWithEllipsis(WithNamedMediaMarks(text), kLongestText);
     shown.Replace("\n", wxString(L" \u21B5 "));
     return shown;
 }

@@ -26,9 +26,13 @@ struct ImportMediaTest : ImportFixture {
         input.FileName = mDirectory.Path("list/words.csv");
         WriteBytes(input.FileName, text);
         GuessFormat(input, mDatabase);
+        ImportResult preview;
+        mPreview.clear();
+        EXPECT_FALSE(ImportPreview(input, mDatabase, preview, mPreview)) << preview.Message;
         Run(input);
         return Outcome();
     }
+    std::vector<CardAttribute> mPreview;
     Strings Cards() { return Query("SELECT Front, Back FROM Cards ORDER BY IntroductionOrder"); }
     Strings Files() const {
         Strings files;
@@ -54,6 +58,7 @@ TEST_F(ImportMediaTest, ATableNamesFilesInColumnsAndInLines) {
                                      "lien\n[sound: none.ogg]|link\n[picture: link.png]",
                                      "[sound: chat.ogg]|see\n[picture: cat.png]"));
     EXPECT_THAT(Files(), ElementsAre("cat.png", "chat.ogg", "dog.jpg"));
+    EXPECT_EQ(mPreview.at(1).Value, "cat\n[picture: cat.png]");
 }
 
 TEST_F(ImportMediaTest, APictureAloneIsASideAndAChangedFileGetsAnotherName) {

@@ -35,8 +35,11 @@ TEST(MediaLines, OnlyALineThatNamesASafeFileIsOne) {
         EXPECT_EQ(names, FromUtf8(each.Names)) << each.Text;
         EXPECT_EQ(WithoutMediaLines(text), FromUtf8(each.Words)) << each.Text;
     }
-    EXPECT_EQ(WithMediaMarks("a\n[picture: b.png]\n[sound: c.ogg]"),
-              wxString(L"a\n\u25A8\n\u266A"));
+    const wxString text("a\n[picture: b.png]\n[sound: c.ogg]");
+    EXPECT_EQ(WithMediaMarks(text), wxString(L"a\n\u25A8\n\u266A"));
+    EXPECT_EQ(WithNamedMediaMarks(text), wxString(L"a\n\u25A8 b.png\n\u266A c.ogg"));
+    EXPECT_EQ(WithSharedMediaMarks(text, "[sound: b.png]\n[sound: c.ogg]"),
+              wxString(L"a\n[picture: b.png]\n\u266A c.ogg"));
 }
 
 TEST(MediaLines, AnyNameHasASafeOneNearIt) {

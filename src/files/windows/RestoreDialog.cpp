@@ -22,6 +22,7 @@
 #include "files/windows/Backups.h"
 #include "files/windows/StoreFileChange.h"
 #include "files/windows/StoreOpening.h"
+#include "media/MediaLines.h"
 #include "shell/Forms.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
@@ -96,8 +97,8 @@ BringBackDialog::BringBackDialog(wxWindow* parent, Database& backup,
         backup.SelectCardByRowId(rowId, cards);
         const FlashCard card = cards.empty() ? FlashCard() : cards.front();
         wxVector<wxVariant> values;
-        values.push_back(ShownName(card.Front));
-        values.push_back(ShownName(card.Back));
+        values.push_back(ShownName(WithNamedMediaMarks(card.Front)));
+        values.push_back(ShownName(WithNamedMediaMarks(card.Back)));
         mpCards->AppendItem(values);
     }
     // The keys start at the first card.
