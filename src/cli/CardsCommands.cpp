@@ -44,6 +44,7 @@
 #include "formats/TextEncoding.h"
 #include "formats/TextSink.h"
 #include "formats/decks/DeckSurvey.h"
+#include "media/MediaFolder.h"
 #include "reviews/ReviewFigures.h"
 #include "store/CardRow.h"
 #include "store/Database.h"
@@ -389,6 +390,9 @@ int RunImport(const CardsOptions& options) {
         return TryImport(source, store, options.Json);
     }
     const bool isNew = !store.Exists();
+    const fs::path media = MediaFolder(store.GetPath()).GetPath();
+    std::error_code error;
+    const bool hasMedia = fs::exists(media, error);
     if (const int failure = store.Open(Store::Use::kWriteOrCreate)) {
         return failure;
     }
@@ -401,9 +405,11 @@ int RunImport(const CardsOptions& options) {
     bool hasCards = false;
     const int outcome = Import(source, store, options.Json, hasCards);
     if (isNew && !hasCards) {
-        // Nobody has asked for a store without cards.
-        std::error_code error;
+        // Nobody has asked for a store without cards, or for the pictures of such a one.
         fs::remove(ToPath(store.GetPath()), error);
+        if (!hasMedia) {
+            fs::remove_all(media, error);
+        }
     }
     return outcome;
 }

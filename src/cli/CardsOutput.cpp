@@ -207,7 +207,8 @@ bool PrintRepair(const RepairReport& report, bool json) {
                              {"remade", report.Remade},
                              {"lost", report.Lost},
                              {"categories", report.Categories},
-                             {"namelessCategories", report.NamelessCategories}})
+                             {"namelessCategories", report.NamelessCategories},
+                             {"mediaLeft", report.MediaError == 0 ? "" : ToUtf8(report.MediaLeft)}})
                 : PrintLine(ToUtf8(DescribeRepair(report)));
 }
 

@@ -14,6 +14,7 @@
 #include "base/Files.h"
 #include "files/ExchangeFiles.h"
 #include "files/StoreFiles.h"
+#include "media/MediaFolder.h"
 #include "store/CardUuid.h"
 #include "store/StoreSchema.h"
 
@@ -171,6 +172,13 @@ int RestoreBackup(const wxString& backup, const wxString& storePath) {
         return EILSEQ;
     }
     const fs::path store = ToPath(storePath);
+    std::error_code failure;
+    // A backup of the program has none of its own and needs those of the store, but a copy may.
+    MediaFolderCopy media(fs::weakly_canonical(ToPath(backup), failure),
+                          fs::weakly_canonical(store, failure));
+    if (media.GetError() != 0) {
+        return media.GetError();
+    }
     ExchangeLock lock;
     if (const int error = lock.Take(store)) {
         return error;
@@ -188,6 +196,7 @@ int RestoreBackup(const wxString& backup, const wxString& storePath) {
     }
     if (error == 0) {
         mark.Keep();
+        media.Keep();
     }
     return error;
 }

@@ -45,6 +45,7 @@
 #include "files/PageFile.h"
 #include "files/RepairedStore.h"
 #include "files/StoreFiles.h"
+#include "media/MediaFolder.h"
 #include "store/Database.h"
 #include "store/StoreCompanions.h"
 
@@ -668,11 +669,19 @@ int RepairStore(const wxString& damaged, const wxString& target, RepairReport& r
     if (result != 0) {
         return result;
     }
+    const fs::path source = fs::weakly_canonical(ToPath(damaged), error);
+    MediaFolderCopy media(source, ToPath(target));
     fs::rename(ToPath(made), ToPath(target), error);
+    if (error) {
+        return error.value();
+    }
     SyncDirectory(ToPath(target));
     CopyReviewLog(damaged, target);
     report = found;
-    return error.value();
+    // The cards are worth more than their pictures, which are not lost.
+    report.MediaError = media.Keep();
+    report.MediaLeft = FromPath(Beside(source, kMediaSuffix));
+    return 0;
 }
 
 wxString DescribeRepair(const RepairReport& report) {
@@ -706,6 +715,12 @@ wxString DescribeRepair(const RepairReport& report) {
         add(wxPLURAL("The name of %i category was lost. It is named by a number.",
                      "The names of %i categories were lost. They are named by numbers.", nameless),
             report.NamelessCategories);
+    }
+    if (report.MediaError != 0) {
+        text << "\n"
+             << wxString::Format(_("The pictures and sounds could not be copied (%s). They are in "
+                                   "\"%s\" as before."),
+                                 SystemErrorText(report.MediaError), report.MediaLeft);
     }
     return text;
 }

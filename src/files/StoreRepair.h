@@ -18,12 +18,16 @@ struct RepairReport {
     int32_t Categories = 0;
     // Categories with lost names but saved cards. They are named by number.
     int32_t NamelessCategories = 0;
+    // Why the pictures and sounds could not be copied, and where they are; 0 if they were.
+    int MediaError = 0;
+    wxString MediaLeft;
 };
 
-// Puts every row of a damaged store that can still be read into a new store at a free path. Works
-// on a copy, so that the damaged file and the files beside it stay as they are. Returns 0 when the
-// new store is there, even if it is without cards, or the system's number of the error with nothing
-// left behind; EILSEQ when nothing of a store was found.
+// Puts every row of a damaged store that can still be read into a new store at a free path, with
+// the log of reviews and the pictures and sounds. Works on a copy, so that the damaged file and the
+// files beside it stay as they are. Returns 0 when the new store is there, even if it is without
+// cards, or the system's number of the error with nothing left behind; EILSEQ when nothing of a
+// store was found.
 int RepairStore(const wxString& damaged, const wxString& target, RepairReport& report);
 
 // Returns the report as whole sentences for the user.

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <system_error>
@@ -87,7 +89,29 @@ FileDescriptor OpenUnused(const FileDescriptor& folder) {
     return OpenDirectory(folder.Get(), kUnused);
 }
 
-// Moves all files of one folder to "unused" in another. A file there of the same name stays.
+bool HaveSameBytes(const FileDescriptor& one, const FileDescriptor& other) {
+    struct stat status {};
+    struct stat otherStatus {};
+    if (!one.IsOpen() || !other.IsOpen() || ::fstat(one.Get(), &status) != 0 ||
+        ::fstat(other.Get(), &otherStatus) != 0 || status.st_size != otherStatus.st_size) {
+        return false;
+    }
+    std::vector<char> block(size_t{1} << 16);
+    std::vector<char> otherBlock(block.size());
+    for (off_t at = 0; at < status.st_size;) {
+        const ssize_t count = ::pread(one.Get(), block.data(), block.size(), at);
+        if (count <= 0 ||
+            ::pread(other.Get(), otherBlock.data(), static_cast<size_t>(count), at) != count ||
+            !std::equal(block.begin(), block.begin() + count, otherBlock.begin())) {
+            return false;
+        }
+        at += count;
+    }
+    return true;
+}
+
+// Moves all files of one folder to "unused" in another, but for those that the other has itself. A
+// file there of the same name stays, and then the one that cannot move stays too.
 void MergeIntoUnused(const fs::path& from, const fs::path& to) {
     const FileDescriptor source = OpenDirectory(AT_FDCWD, from.c_str());
     const FileDescriptor target = OpenDirectory(AT_FDCWD, to.c_str());
@@ -95,9 +119,11 @@ void MergeIntoUnused(const fs::path& from, const fs::path& to) {
         return;
     }
     const FileDescriptor unused = OpenUnused(target);
-    const auto move = [&unused](const FileDescriptor& folder) {
+    const auto move = [&](const FileDescriptor& folder) {
         VisitFiles(folder, [&](const std::string& name, const struct stat&) {
-            if (!Has(unused, name) && Rename(folder, name, unused, name) == 0) {
+            if (HaveSameBytes(OpenPlain(folder.Get(), name), OpenPlain(target.Get(), name))) {
+                ::unlinkat(folder.Get(), name.c_str(), 0);
+            } else if (!Has(unused, name) && Rename(folder, name, unused, name) == 0) {
                 ::utimensat(unused.Get(), name.c_str(), nullptr, AT_SYMLINK_NOFOLLOW);
             }
         });
@@ -109,25 +135,96 @@ void MergeIntoUnused(const fs::path& from, const fs::path& to) {
         ::unlinkat(source.Get(), kUnused, AT_REMOVEDIR);
     }
     ::rmdir(from.c_str());
+    // It goes when nothing had to wait.
+    ::unlinkat(target.Get(), kUnused, AT_REMOVEDIR);
 }
 
-// Copies the files of a folder to a new one.
+// Makes a folder with the files of another one. They never change, so that one file can have two
+// places where the disk can do that. Nothing is left after an error.
 int CopyFiles(const FileDescriptor& source, const fs::path& to) {
-    std::error_code error;
-    fs::create_directory(to, error);
-    int result = error.value();
+    if (::mkdir(to.c_str(), 0777) != 0) {
+        return errno;
+    }
+    int result = 0;
     VisitFiles(source, [&](const std::string& name, const struct stat& status) {
+        const fs::path place = to / name;
+        if (result != 0 || ::linkat(source.Get(), name.c_str(), AT_FDCWD, place.c_str(), 0) == 0) {
+            return;
+        }
         const FileDescriptor from = OpenPlain(source.Get(), name);
         const FileDescriptor file(
-            ::open((to / name).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-        if (result == 0) {
-            result = from.IsOpen() && file.IsOpen() ? CopyWholeFile(from.Get(), file.Get()) : errno;
-        }
+            ::open(place.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        result = from.IsOpen() && file.IsOpen() ? CopyWholeFile(from.Get(), file.Get()) : errno;
         const std::array<timespec, 2> times = {status.st_atim, status.st_mtim};
         ::futimens(file.Get(), times.data());
     });
     const FileDescriptor unused = OpenDirectory(source.Get(), kUnused);
-    return result == 0 && unused.IsOpen() ? CopyFiles(unused, to / kUnused) : result;
+    if (result == 0 && unused.IsOpen()) {
+        result = CopyFiles(unused, to / kUnused);
+    }
+    if (result != 0) {
+        std::error_code error;
+        fs::remove_all(to, error);
+    }
+    return result;
+}
+
+constexpr char kCopy[] = "-copy-";
+
+// Returns a name beside a folder that no other process uses.
+fs::path NameAside(const fs::path& folder, const char* what) {
+    return folder.string() + what + std::to_string(::getpid());
+}
+
+// Removes copies that a process has left which was killed.
+void RemoveLeftCopies(const fs::path& folder) {
+    const std::string start = folder.filename().string() + kCopy;
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder.parent_path(), ignored)) {
+        const std::string name = entry.path().filename().string();
+        const std::string number = name.substr(std::min(start.size(), name.size()));
+        const bool isCopy = name.compare(0, start.size(), start) == 0 && !number.empty() &&
+                            number.find_first_not_of("0123456789") == std::string::npos;
+        const int process = isCopy ? std::atoi(number.c_str()) : 0;
+        if (process > 0 && ::kill(process, 0) != 0 && errno == ESRCH) {
+            fs::remove_all(entry.path(), ignored);
+        }
+    }
+}
+
+// Exchanges two folders. Where the file system cannot do that, one of them steps aside meanwhile.
+int Exchange(const fs::path& from, const fs::path& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_EXCHANGE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    const fs::path aside = NameAside(to, "-old-");
+    if (std::rename(to.c_str(), aside.c_str()) != 0) {
+        return errno;
+    }
+    const int result = std::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+    std::error_code error;
+    fs::rename(aside, result == 0 ? from : to, error);
+    return result;
+}
+
+// Renames a folder. What is at its new place goes to "unused" in it.
+int TakePlace(const fs::path& from, const fs::path& to) {
+    std::error_code error;
+    const bool isTaken = fs::symlink_status(to, error).type() != fs::file_type::not_found;
+    const int result = isTaken                                      ? Exchange(from, to)
+                       : std::rename(from.c_str(), to.c_str()) == 0 ? 0
+                                                                    : errno;
+    if (result == 0) {
+        SyncDirectory(from);
+        SyncDirectory(to);
+        if (isTaken) {
+            MergeIntoUnused(from, to);
+        }
+    }
+    return result;
 }
 
 }  // namespace
@@ -308,30 +405,13 @@ int NewMediaFile::Write(const char* bytes, size_t count) {
         } else if (written > 0) {
             bytes += written;
             count -= static_cast<size_t>(written);
-            mSize += written;
         }
     }
     return mError;
 }
 
 bool NewMediaFile::IsSameAs(int folder, const std::string& name) const {
-    const FileDescriptor other = OpenPlain(folder, name);
-    struct stat status {};
-    if (!other.IsOpen() || ::fstat(other.Get(), &status) != 0 || status.st_size != mSize) {
-        return false;
-    }
-    std::vector<char> mine(size_t{1} << 16);
-    std::vector<char> theirs(mine.size());
-    for (off_t at = 0; at < mSize;) {
-        const ssize_t count = ::pread(mFile.Get(), mine.data(), mine.size(), at);
-        if (count <= 0 ||
-            ::pread(other.Get(), theirs.data(), static_cast<size_t>(count), at) != count ||
-            !std::equal(mine.begin(), mine.begin() + count, theirs.begin())) {
-            return false;
-        }
-        at += count;
-    }
-    return true;
+    return HaveSameBytes(mFile, OpenPlain(folder, name));
 }
 
 int NewMediaFile::Keep(const wxString& wantedName, Durability durability, wxString& name) {
@@ -435,29 +515,47 @@ int MoveMediaFolder(const fs::path& fromStore, const fs::path& toStore) {
     if (!source.IsOpen()) {
         return 0;
     }
-    std::error_code error;
-    if (fs::symlink_status(to, error).type() != fs::file_type::not_found) {
-        // A folder of a store that is gone steps aside first, so that the new one can have its
-        // name.
-        const fs::path aside = to.string() + "-" + std::to_string(::getpid());
-        fs::rename(to, aside, error);
-        const int result = error ? error.value() : MoveMediaFolder(fromStore, toStore);
-        if (result == 0) {
-            MergeIntoUnused(aside, to);
-        } else if (!error) {
-            fs::rename(aside, to, error);
-        }
-        return result;
+    const int moved = TakePlace(from, to);
+    if (moved != EXDEV) {
+        return moved;
     }
-    if (std::rename(from.c_str(), to.c_str()) == 0) {
-        SyncDirectory(from);
-        SyncDirectory(to);
-        return 0;
+    RemoveLeftCopies(to);
+    const fs::path copy = NameAside(to, kCopy);
+    if (const int error = CopyFiles(source, copy)) {
+        return error;
     }
-    if (errno != EXDEV) {
-        return errno;
-    }
-    const int result = CopyFiles(source, to);
-    fs::remove_all(result == 0 ? from : to, error);
+    std::error_code ignored;
+    const int result = TakePlace(copy, to);
+    fs::remove_all(result == 0 ? from : copy, ignored);
     return result;
+}
+
+MediaFolderCopy::MediaFolderCopy(fs::path fromStore, fs::path toStore)
+    : mTarget(Beside(std::move(toStore), kMediaSuffix)) {
+    const fs::path from = Beside(std::move(fromStore), kMediaSuffix);
+    const FileDescriptor source = OpenDirectory(AT_FDCWD, from.c_str());
+    std::error_code error;
+    if (source.IsOpen() && !fs::equivalent(from, mTarget, error)) {
+        RemoveLeftCopies(mTarget);
+        const fs::path copy = NameAside(mTarget, kCopy);
+        mError = CopyFiles(source, copy);
+        mCopy = mError == 0 ? copy : fs::path();
+    }
+}
+
+MediaFolderCopy::~MediaFolderCopy() {
+    if (!mCopy.empty()) {
+        std::error_code error;
+        fs::remove_all(mCopy, error);
+    }
+}
+
+int MediaFolderCopy::Keep() {
+    if (mError == 0 && !mCopy.empty()) {
+        mError = TakePlace(mCopy, mTarget);
+    }
+    if (mError == 0) {
+        mCopy.clear();
+    }
+    return mError;
 }

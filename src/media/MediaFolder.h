@@ -113,7 +113,6 @@ class NewMediaFile {
     FileDescriptor mDirectory;
     FileDescriptor mFile;
     std::string mTemporaryName;
-    int64_t mSize = 0;
     bool mIsNamed = false;
     int mError = 0;
 };
@@ -125,7 +124,29 @@ void SyncMedia(const MediaFolder& folder);
 // the cards cannot be read; then the names are not all, and no file counts as unused.
 int FindUsedMedia(Database& database, std::set<wxString>& names);
 
-// Where the files of a store that is to move are copied first, when they cannot be renamed. Both
-// return 0 or the error's number. A folder at the target has belonged to a store that is gone or
-// replaced: what is in it goes to "unused".
+// Moves the folder of a store that has moved; copies it where it cannot be renamed. Returns 0 or
+// the error's number, and then the folder is where it was. A folder at the target has belonged to a
+// store that is gone or replaced: what is in it goes to "unused".
 int MoveMediaFolder(const std::filesystem::path& fromStore, const std::filesystem::path& toStore);
+
+// The files of one store for another one, which is about to be made of it. They are copied at once,
+// under another name beside the store, and go with the object unless they were kept. Nothing is
+// copied where the first store has none, or where both are one.
+class MediaFolderCopy {
+  public:
+    MediaFolderCopy(std::filesystem::path fromStore, std::filesystem::path toStore);
+    ~MediaFolderCopy();
+    MediaFolderCopy(const MediaFolderCopy&) = delete;
+    MediaFolderCopy& operator=(const MediaFolderCopy&) = delete;
+
+    // Returns 0 or the error's number.
+    int GetError() const { return mError; }
+    // Puts the folder into its place. What is in one that is there goes to "unused". Returns 0 or
+    // the error's number.
+    int Keep();
+
+  private:
+    const std::filesystem::path mTarget;
+    std::filesystem::path mCopy;
+    int mError = 0;
+};

@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include "base/Unicode.h"
+#include "files/StoreBackup.h"
 #include "files/StoreFiles.h"
+#include "files/StoreRepair.h"
 #include "support/StoreFixture.h"
 
 namespace {
@@ -136,6 +138,50 @@ TEST_F(MediaFolderTest, TheFolderMovesWithItsStore) {
     EXPECT_EQ(ReadBytes(far + ".media/bird.png"), "tit");
     EXPECT_EQ(ReadBytes(far + ".media/unused/jay.png"), "jay");
     EXPECT_FALSE(fs::exists(ToPath(other + ".media")));
+}
+
+TEST_F(MediaFolderTest, ARepairedStoreAndOneThatIsRestoredFromACopyHaveTheirFiles) {
+    Insert(MakeCard("tit", "[picture: bird.png]"));
+    Add("tit", "bird.png");
+    mDatabase.Close();
+    const wxString other = mDirectory.Path("other.vlm");
+    const auto filesOf = [](const wxString& store) {
+        std::vector<wxString> files;
+        for (const auto& entry : fs::recursive_directory_iterator(MediaFolder(store).GetPath())) {
+            files.push_back(entry.is_directory() ? ""
+                                                 : FromPath(entry.path().filename()) + "=" +
+                                                       ReadBytes(FromPath(entry.path())));
+        }
+        std::sort(files.begin(), files.end());
+        return files;
+    };
+    RepairReport report;
+    ASSERT_EQ(RepairStore(StorePath(), other, report), 0);
+    EXPECT_EQ(report.MediaError, 0);
+    EXPECT_THAT(filesOf(other), ElementsAre("bird.png=tit"));
+    EXPECT_THAT(filesOf(StorePath()), ElementsAre("bird.png=tit"));
+
+    // What the store had under the name waits, and what both have is there once.
+    wxString name;
+    fs::remove(MediaFolder(other).GetPath() / "bird.png");
+    ASSERT_EQ(MediaFolder(other).AddBytes("owl", "bird.png", name), 0);
+    ASSERT_EQ(MediaFolder(other).AddBytes("jay", "jay.png", name), 0);
+    Add("jay", "jay.png");
+    // Another process was killed while it copied.
+    fs::create_directories(ToPath(StorePath() + ".media-copy-99999999"));
+    ASSERT_EQ(RestoreBackup(other, StorePath()), 0);
+    EXPECT_FALSE(fs::exists(ToPath(StorePath() + ".media-copy-99999999")));
+    EXPECT_THAT(filesOf(StorePath()),
+                ElementsAre("", "bird.png=owl", "bird.png=tit", "jay.png=jay"));
+    EXPECT_EQ(ReadBytes(PathOf("unused/bird.png")), "tit");
+
+    // A repair goes on without them, and tells where they are.
+    fs::remove(ToPath(other));
+    WriteBytes(other + ".media-copy-" + std::to_string(::getpid()), "in the way");
+    ASSERT_EQ(RepairStore(StorePath(), other, report), 0);
+    EXPECT_EQ(report.MediaError, EEXIST);
+    EXPECT_TRUE(DescribeRepair(report).Contains(StorePath() + ".media")) << DescribeRepair(report);
+    EXPECT_THAT(filesOf(other), ElementsAre("bird.png=owl", "jay.png=jay"));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "files/windows/OpenFault.h"
 #include "files/windows/RestoreDialog.h"
 #include "files/windows/StoreOpening.h"
+#include "media/MediaFolder.h"
 #include "shell/MessageBox.h"
 #include "store/Database.h"
 
@@ -74,6 +75,14 @@ void StoreFileChange::Move() {
     }
     if (error == 0) {
         Reopen(mNewPath);
+        const wxString left = FromPath(MediaFolder(mCurrentPath).GetPath());
+        if (wxDirExists(left)) {
+            ShowMessageBox(
+                wxString::Format(_("The pictures and sounds of the cards could not be moved. They "
+                                   "are in \"%s\" as before, and belong into \"%s\"."),
+                                 left, FromPath(MediaFolder(mDatabase.GetPath()).GetPath())),
+                _("Move Store File"), wxOK | wxCENTRE, mpParent);
+        }
         return;
     }
     Tell(_("Unable to move the store file (%s)"), error, _("Move failed"));
