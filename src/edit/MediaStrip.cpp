@@ -1,11 +1,11 @@
 #include "edit/MediaStrip.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <wx/button.h>
 #include <wx/clipbrd.h>
 #include <wx/dataobj.h>
 #include <wx/dcbuffer.h>
-#include <wx/dnd.h>
 #include <wx/filedlg.h>
 #include <wx/filename.h>
 #include <wx/graphics.h>
@@ -38,6 +38,29 @@ bool IsSame(const std::vector<MediaLine>& one, const std::vector<MediaLine>& oth
                       [](const MediaLine& line, const MediaLine& than) {
                           return line.Kind == than.Kind && line.Name == than.Name;
                       });
+}
+
+// Tells by the first bytes of a picture, and by the name and size of a sound.
+bool IsPictureOrSound(const wxString& path) {
+    const FileDescriptor file(::open(ToPath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return false;
+    }
+    PictureHead head;
+    return HasSoundName(path)
+               ? status.st_size <= kLargestMediaFile
+               : HasPictureName(path) && ReadPictureHead(file.Get(), head) == PictureFault::kNone;
+}
+
+// Returns the first of many names.
+wxString ListOf(const wxArrayString& names) {
+    constexpr size_t kMostNamed = 5;
+    wxString list;
+    for (size_t i = 0; i < std::min(names.size(), kMostNamed); ++i) {
+        list += (list.empty() ? "" : ", ") + names[i];
+    }
+    return names.size() <= kMostNamed ? list : list + L", \u2026";
 }
 
 }  // namespace
@@ -87,51 +110,18 @@ class MediaStrip::Thumbnail : public wxWindow {
     const wxString mName;
 };
 
-// Files and pictures from elsewhere; a text goes into the field as ever.
-class MediaStrip::Drop : public wxDropTarget {
-  public:
-    explicit Drop(MediaStrip& strip) : mStrip(strip) {
-        auto* const all = new wxDataObjectComposite;
-        mpFiles = new wxFileDataObject;
-        mpImage = new wxBitmapDataObject;
-        mpText = new wxTextDataObject;
-        all->Add(mpFiles, true);
-        all->Add(mpImage);
-        all->Add(mpText);
-        SetDataObject(all);
-    }
-    wxDragResult OnData(wxCoord, wxCoord, wxDragResult result) override {
-        if (!GetData()) {
-            return wxDragNone;
-        }
-        const wxDataFormat format =
-            static_cast<wxDataObjectComposite*>(GetDataObject())->GetReceivedFormat();
-        bool isTaken = true;
-        if (format == wxDF_FILENAME) {
-            isTaken = mStrip.AddFiles(mpFiles->GetFilenames());
-        } else if (format == wxDF_BITMAP) {
-            isTaken = mStrip.AddImage(mpImage->GetBitmap().ConvertToImage());
-        } else {
-            mStrip.mField.WriteText(mpText->GetText());
-        }
-        return isTaken ? result : wxDragNone;
-    }
-
-  private:
-    MediaStrip& mStrip;
-    // They belong to the composite object.
-    wxFileDataObject* mpFiles;
-    wxBitmapDataObject* mpImage;
-    wxTextDataObject* mpText;
-};
-
 MediaStrip::MediaStrip(wxWindow* parent, wxTextCtrl& field)
     : wxPanel(parent),
       mField(field),
       mpPictures(std::make_unique<CardPictures>([this] { Refresh(); })) {
     SetSizer(new wxWrapSizer(wxHORIZONTAL));
     Hide();
-    field.SetDropTarget(new Drop(*this));
+    // A question in the middle of a drag would hold the other program up.
+    LetDrop(field,
+            {[this](const wxArrayString& paths) { CallAfter([this, paths] { AddFiles(paths); }); },
+             [this](const wxBitmap& picture) {
+                 CallAfter([this, taken = picture.ConvertToImage()] { AddImage(taken); });
+             }});
     field.Bind(wxEVT_TEXT, [this](wxCommandEvent& event) {
         event.Skip();
         ShowLines();
@@ -215,33 +205,34 @@ void MediaStrip::AddLine(MediaKind kind, const wxString& name) {
 }
 
 bool MediaStrip::AddFiles(const wxArrayString& paths) {
+    wxArrayString refused;
+    bool isTaken = false;
     for (const wxString& path : paths) {
+        const wxString fileName = wxFileName(path).GetFullName();
         const bool isSound = HasSoundName(path);
-        bool isFine = isSound;
-        if (!isSound) {
-            const FileDescriptor file(
-                ::open(ToPath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-            PictureHead head;
-            isFine = HasPictureName(path) && file.IsOpen() &&
-                     ReadPictureHead(file.Get(), head) == PictureFault::kNone;
-        }
-        if (!isFine) {
-            ShowMessageBox(
-                wxString::Format(_("\"%s\" is no picture and no sound that a card can have."),
-                                 ShownName(wxFileName(path).GetFullName())),
-                _("Add a picture or a sound"), wxOK | wxCENTRE, this);
-            return false;
+        if (!IsPictureOrSound(path)) {
+            refused.push_back(wxString::Format("\"%s\"", ShownName(fileName)));
+            continue;
         }
         wxString name;
-        const int error =
-            MediaFolder(mStore).Add(ToPath(path), wxFileName(path).GetFullName(), name);
-        if (error != 0) {
+        if (const int error = MediaFolder(mStore).Add(ToPath(path), fileName, name)) {
+            // The next one would fail likewise.
             Tell(error);
             return false;
         }
         AddLine(isSound ? MediaKind::kSound : MediaKind::kPicture, name);
+        isTaken = true;
     }
-    return !paths.empty();
+    if (!refused.empty()) {
+        const auto count = static_cast<unsigned>(refused.size());
+        ShowMessageBox(
+            wxString::Format(
+                wxPLURAL("%s is no picture and no sound that a card can have.",
+                         "%s are no pictures and no sounds that a card can have.", count),
+                ListOf(refused)),
+            _("Add a picture or a sound"), wxOK | wxCENTRE, this);
+    }
+    return isTaken && refused.empty();
 }
 
 bool MediaStrip::AddImage(const wxImage& image) {

@@ -37,7 +37,6 @@ class MediaStrip : public wxPanel {
     bool AddImage(const wxImage& image);
 
   private:
-    class Drop;
     class Thumbnail;
 
     void AddLine(MediaKind kind, const wxString& name);

@@ -16,8 +16,7 @@
 
 namespace {
 
-// A file larger than this is left out. Beyond the other two somebody is asked.
-constexpr int64_t kMostFileBytes = int64_t{64} << 20;
+// Somebody is asked beyond these.
 constexpr int64_t kMostFiles = 100000;
 constexpr int64_t kMostBytes = int64_t{4} << 30;
 
@@ -36,7 +35,7 @@ wxString MediaSource::NameOf(MediaKind kind, const wxString& source) {
     const wxString safe = MakeSafeMediaName(source);
     const bool isShown = kind == MediaKind::kPicture ? HasPictureName(safe) : HasSoundName(safe);
     const int64_t size = isShown ? Find(source) : -1;
-    if (size >= 0 && size <= kMostFileBytes) {
+    if (size >= 0 && size <= kLargestMediaFile) {
         file.Name = safe;
         mWanted.insert(source);
         mBytes += size;
@@ -106,7 +105,7 @@ bool MediaSource::Sink::Write(const char* bytes, size_t count) {
     mBytes += static_cast<int64_t>(count);
     // The sizes that a package tells of its members may be wrong.
     const bool isTooMuch = !mSource.mMayBeMany && mBytes > kMostBytes;
-    if (!GoesOn() || mFile == nullptr || mFileBytes > kMostFileBytes) {
+    if (!GoesOn() || mFile == nullptr || mFileBytes > kLargestMediaFile) {
         mFile.reset();
         return false;
     }

@@ -24,6 +24,8 @@ class Database;
 
 constexpr char kMediaSuffix[] = ".media";
 constexpr int kUnusedDays = 30;
+// A larger file is not taken.
+constexpr int64_t kLargestMediaFile = int64_t{64} << 20;
 
 struct MediaFile {
     wxString Name;

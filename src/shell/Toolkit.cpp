@@ -1,6 +1,7 @@
 #include "shell/Toolkit.h"
 
 #include <wx/app.h>
+#include <wx/bitmap.h>
 #include <wx/colour.h>
 #include <wx/defs.h>
 #include <wx/listctrl.h>
@@ -340,6 +341,72 @@ gboolean DrawEmptyText(GtkWidget* widget, cairo_t* context, void* /*data*/) {
 
 }  // namespace
 
+namespace {
+
+enum DropKind : guint { kNoDrop, kFilesDrop, kPictureDrop };
+
+// Puts the cursor to a place in the widget.
+void PlaceCursor(GtkTextView* view, int x, int y) {
+    GtkTextIter place;
+    gtk_text_view_window_to_buffer_coords(view, GTK_TEXT_WINDOW_WIDGET, x, y, &x, &y);
+    gtk_text_view_get_iter_at_location(view, &place, x, y);
+    gtk_text_buffer_place_cursor(gtk_text_view_get_buffer(view), &place);
+}
+
+// Returns the files among the addresses that were dropped, which may also be those of pages.
+wxArrayString FilesOf(GtkSelectionData* data) {
+    wxArrayString files;
+    gchar** const addresses = gtk_selection_data_get_uris(data);
+    for (gchar** address = addresses; address != nullptr && *address != nullptr; ++address) {
+        gchar* const file = g_filename_from_uri(*address, nullptr, nullptr);
+        if (file != nullptr) {
+            files.push_back(wxString(file, *wxConvFileName));
+        }
+        g_free(file);
+    }
+    g_strfreev(addresses);
+    return files;
+}
+
+void OnDropData(GtkWidget* widget, GdkDragContext* context, gint x, gint y, GtkSelectionData* data,
+                guint kind, guint time, gpointer drops) {
+    if (kind != kFilesDrop && kind != kPictureDrop) {
+        return;
+    }
+    g_signal_stop_emission_by_name(widget, "drag-data-received");
+    const auto& functions = *static_cast<const TextDrops*>(drops);
+    const wxArrayString files = kind == kFilesDrop ? FilesOf(data) : wxArrayString();
+    GdkPixbuf* const picture = kind == kPictureDrop ? gtk_selection_data_get_pixbuf(data) : nullptr;
+    const bool isTaken = !files.empty() || picture != nullptr;
+    if (isTaken) {
+        PlaceCursor(GTK_TEXT_VIEW(widget), x, y);
+    }
+    gtk_drag_finish(context, isTaken ? TRUE : FALSE, FALSE, time);
+    if (!files.empty()) {
+        functions.TakeFiles(files);
+    } else if (picture != nullptr) {
+        // The bitmap takes the picture over.
+        functions.TakePicture(wxBitmap(picture));
+    }
+}
+
+}  // namespace
+
+void LetDrop(wxTextCtrl& field, TextDrops drops) {
+    GtkWidget* const widget = FindInner(field.GetHandle());
+    if (!GTK_IS_TEXT_VIEW(widget)) {
+        return;
+    }
+    GtkTargetList* const targets = gtk_drag_dest_get_target_list(widget);
+    gtk_target_list_add_uri_targets(targets, kFilesDrop);
+    gtk_target_list_add_image_targets(targets, kPictureDrop, FALSE);
+    const GClosureNotify forget = [](gpointer data, GClosure*) {
+        delete static_cast<TextDrops*>(data);
+    };
+    g_signal_connect_data(widget, "drag-data-received", G_CALLBACK(OnDropData),
+                          new TextDrops(std::move(drops)), forget, GConnectFlags{});
+}
+
 void ShowWhileEmpty(const wxWindow& field, const wxString& text) {
     GtkWidget* const widget = FindInner(field.GetHandle());
     if (GTK_IS_ENTRY(widget)) {
@@ -508,6 +575,8 @@ void TakeDesktopStyle(wxWindow& /*window*/) {}
 void KeepSpinText(const wxSpinCtrl& /*control*/, SpinTextGuard /*keepsText*/) {}
 
 void ShowWhileEmpty(const wxWindow& /*field*/, const wxString& /*text*/) {}
+
+void LetDrop(wxTextCtrl& /*field*/, TextDrops /*drops*/) {}
 
 const void* FindFocusInside(const wxScrolledWindow& form, wxRect& place) {
     const wxWindow* const focus = wxWindow::FindFocus();

@@ -1,17 +1,20 @@
 #pragma once
 
+#include <wx/arrstr.h>
 #include <wx/gdicmn.h>
 #include <wx/string.h>
 
 #include <functional>
 #include <vector>
 
+class wxBitmap;
 class wxColour;
 class wxListCtrl;
 class wxRadioBox;
 class wxScrolledWindow;
 class wxSpinCtrl;
 class wxStaticText;
+class wxTextCtrl;
 class wxToolBar;
 class wxTopLevelWindow;
 class wxWindow;
@@ -141,6 +144,15 @@ wxString ComposeText(const wxString& text);
 wxString FoldText(const wxString& text);
 // Returns whether a character is a mark that belongs to the letter before it.
 bool IsMark(wxUniChar character);
+
+// Takes files and pictures that are dropped on a text of several lines, whose cursor is where they
+// were dropped. Text goes on to be dropped as ever: the library's own way would take it a second
+// time. The functions are called in the middle of the drag, which waits for them.
+struct TextDrops {
+    std::function<void(const wxArrayString& paths)> TakeFiles;
+    std::function<void(const wxBitmap& picture)> TakePicture;
+};
+void LetDrop(wxTextCtrl& field, TextDrops drops);
 
 // Sends the event of a pressed button from a control that paints itself.
 void SendPress(wxWindow& control);
