@@ -61,7 +61,17 @@ TEST_F(DeckMediaTest, BringsTheFilesThatNotesUseOfEachGeneration) {
         {"9", "DOG"},
         {"12", "NOT"},
         {"collection.anki2", MakeDatabase(Schema11(kCardRows))}};
-    for (const std::string& package : {MakePackage(old), NewPackage(kCardRows, files)}) {
+    Members second = old;
+    second.back().second = MakeDatabase(Schema11(""));
+    second.emplace_back("meta", "\x08\x02");
+    second.emplace_back("collection.anki21", old.back().second);
+    // A database by itself has a folder beside it.
+    for (const auto& [name, bytes] : files) {
+        fs::create_directory(ToPath(mDirectory.Path("My deck.media")));
+        WriteBytes(mDirectory.Path("My deck.media/" + name), bytes);
+    }
+    for (const std::string& package :
+         {MakePackage(old), MakePackage(second), NewPackage(kCardRows, files), old.back().second}) {
         fs::remove_all(ToPath(Folder()));
         Query("DELETE FROM Cards");
         EXPECT_EQ(ImportDeck(package), "2 inserted, 0 merged, 0 ignored");
@@ -94,8 +104,27 @@ TEST_F(DeckMediaTest, BringsTheFilesOfMnemosyne) {
                                       {"../evil.png", "NO"}})),
               "1 inserted, 0 merged, 0 ignored");
     EXPECT_THAT(Files(), ElementsAre("chat.ogg=SND", "chat.png=CAT"));
-    EXPECT_THAT(Query("SELECT Front, Back FROM Cards"),
-                ElementsAre("[picture: chat.png]|[sound: chat.ogg]\ncat"));
+    const Strings cards = {"[picture: chat.png]|[sound: chat.ogg]\ncat"};
+    EXPECT_EQ(Query("SELECT Front, Back FROM Cards"), cards);
+
+    fs::remove_all(ToPath(Folder()));
+    Query("DELETE FROM Cards");
+    fs::create_directories(ToPath(mDirectory.Path("My deck.bin_media/a b")));
+    WriteBytes(mDirectory.Path("My deck.bin_media/a b/chat.png"), "CAT");
+    WriteBytes(mDirectory.Path("My deck.bin_media/chat.ogg"), "SND");
+    const char* const script =
+        "CREATE TABLE facts(_id INTEGER PRIMARY KEY, id);INSERT INTO facts VALUES(1,'g');"
+        "CREATE TABLE data_for_fact(_fact_id, key, value);"
+        "INSERT INTO data_for_fact VALUES(1,'f','<img src=\"a b/chat.png\">'),"
+        "(1,'b','<audio src=\"chat.ogg\"></audio>cat');"
+        "CREATE TABLE tags(_id INTEGER PRIMARY KEY, id, name);"
+        "CREATE TABLE tags_for_card(_card_id, _tag_id);"
+        "CREATE TABLE cards(_id INTEGER PRIMARY KEY, id, card_type_id, _fact_id, fact_view_id,"
+        " grade, next_rep, last_rep, easiness, active);"
+        "INSERT INTO cards VALUES(1,'c','1',1,'1.1',-1,-1,-1,2.5,1);";
+    EXPECT_EQ(ImportDeck(MakeDatabase(script)), "1 inserted, 0 merged, 0 ignored");
+    EXPECT_THAT(Files(), ElementsAre("chat.ogg=SND", "chat.png=CAT"));
+    EXPECT_EQ(Query("SELECT Front, Back FROM Cards"), cards);
 }
 
 TEST_F(DeckMediaTest, TellsHowManyComeAlongAndWhatDoesNot) {
