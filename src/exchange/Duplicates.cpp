@@ -271,7 +271,21 @@ bool UnionThread::UniteGroup(std::vector<FlashCard> cards) {
             continue;
         }
         kept = change.Cards[1];
-        mDone.push_back(std::move(change));
+        Keep(std::move(change));
     }
     return true;
+}
+
+// A step that is without some of its sounds and pictures could not be taken back whole.
+void UnionThread::Keep(StoreChange change) {
+    mMediaBytes += change.CountMediaBytes();
+    if (!change.HasTooMuchMedia && mMediaBytes <= UndoHistory::kMostMediaBytes) {
+        mDone.push_back(std::move(change));
+        return;
+    }
+    mMediaBytes = UndoHistory::kMostMediaBytes + 1;
+    mDone.assign(1, StoreChange());
+    mDone.front().What = StoreChange::Kind::kUnion;
+    mDone.front().IsTooLarge = true;
+    mDone.front().HasTooMuchMedia = true;
 }

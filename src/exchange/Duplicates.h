@@ -79,7 +79,8 @@ class UnionThread : public Worker {
     int32_t GetMaximum() const override { return static_cast<int32_t>(mGroups.size()); }
     int32_t GetPosition() const override { return mPosition; }
 
-    // Hands over what was done. Call it once the worker has ended.
+    // Hands over what was done; one step without contents when it was too much to be taken back.
+    // Call it once the worker has ended.
     std::vector<StoreChange> TakeDone() { return std::move(mDone); }
     // Returns the number of cards that stay, because they were changed meanwhile.
     int32_t CountLeftAlone() const { return mLeftAlone; }
@@ -90,12 +91,14 @@ class UnionThread : public Worker {
   private:
     bool ReadGroup(const std::vector<int64_t>& rowIds, std::vector<FlashCard>& cards);
     bool UniteGroup(std::vector<FlashCard> cards);
+    void Keep(StoreChange change);
 
     Database& mDatabase;
     const SameBy mBy;
     const std::vector<std::vector<int64_t>> mGroups;
     // Written by the worker and read once it has ended.
     std::vector<StoreChange> mDone;
+    size_t mMediaBytes = 0;
     int32_t mLeftAlone = 0;
     // The groups tried so far. Written by the worker.
     std::atomic<int32_t> mPosition{0};

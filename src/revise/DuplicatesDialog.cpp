@@ -442,10 +442,15 @@ void DuplicatesDialog::MergeTicked() {
                          kPatience)) {
         return;
     }
-    mServices.GetUndoHistory().Add(NoteUnions(thread.TakeDone()));
+    StoreChange change = NoteUnions(thread.TakeDone());
+    const wxString notice = DescribeWithoutUndo(change);
+    mServices.GetUndoHistory().Add(std::move(change));
     mDatabase.Notify();
     Search();
     mpList->SetFocus();
+    if (!notice.empty()) {
+        ShowMessageBox(notice, _("Duplicates"), wxOK | wxCENTRE, this);
+    }
     const int32_t left = thread.CountLeftAlone();
     if (left > 0) {
         ShowMessageBox(
@@ -478,9 +483,13 @@ bool DuplicatesDialog::Unite(const FlashCard& kept, const FlashCard& other,
     if (outcome != UnionOutcome::kDone || gone.empty()) {
         return false;
     }
+    const wxString notice = DescribeWithoutUndo(change);
     mServices.GetUndoHistory().Add(std::move(change));
     mDatabase.Notify();
     mpList->Remove(gone.front());
     ShowCount();
+    if (!notice.empty()) {
+        ShowMessageBox(notice, _("Duplicates"), wxOK | wxCENTRE, this);
+    }
     return true;
 }

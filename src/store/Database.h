@@ -69,6 +69,8 @@ struct CardOrder {
 struct CardMedia {
     CardUuid CardId;
     std::vector<StoredValue> Values;
+
+    size_t CountBytes() const;
 };
 
 using CardRowVisitor = std::function<void(const CardRow&)>;
@@ -194,8 +196,9 @@ class Database : public Subject {
 
     // The columns of sounds and pictures, which this program never shows. Both serve a deletion
     // that is taken back. Appends those of the rows that have any; a file without the columns has
-    // none.
-    int SelectMedia(const std::vector<int64_t>& rowIds, std::vector<CardMedia>& media);
+    // none. Returns 1, and none, when those of the rows take more bytes than that.
+    int SelectMedia(const std::vector<int64_t>& rowIds, size_t mostBytes,
+                    std::vector<CardMedia>& media);
     int UpdateMedia(const CardMedia& media);
 
     // Card reads. The list is cleared first; no match is an empty list and success.

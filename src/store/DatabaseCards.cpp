@@ -237,8 +237,18 @@ int Database::FindMediaColumns(std::vector<std::string>& columns) {
     return result;
 }
 
-int Database::SelectMedia(const std::vector<int64_t>& rowIds, std::vector<CardMedia>& media) {
+size_t CardMedia::CountBytes() const {
+    size_t bytes = 0;
+    for (const StoredValue& value : Values) {
+        bytes += static_cast<size_t>(sqlite3_value_bytes(value.get()));
+    }
+    return bytes;
+}
+
+int Database::SelectMedia(const std::vector<int64_t>& rowIds, size_t mostBytes,
+                          std::vector<CardMedia>& media) {
     const Lock lock(mMutex);
+    size_t bytes = 0;
     std::vector<std::string> columns;
     if (FindMediaColumns(columns) < 0 || columns.empty()) {
         return columns.empty() && IsOpen() ? 0 : -1;
@@ -262,6 +272,11 @@ int Database::SelectMedia(const std::vector<int64_t>& rowIds, std::vector<CardMe
             run.ColumnUuid(0, found.CardId);
             for (size_t i = 1; i <= columns.size(); ++i) {
                 found.Values.push_back(run.ColumnValue(static_cast<int>(i)));
+            }
+            bytes += found.CountBytes();
+            if (bytes > mostBytes) {
+                media.clear();
+                return 1;
             }
         }
         if (result < 0) {

@@ -1,5 +1,6 @@
 #include "store/UndoHistory.h"
 
+#include <wx/filename.h>
 #include <wx/translation.h>
 
 #include <algorithm>
@@ -46,9 +47,18 @@ int NoteCategories(Database& database, const std::set<int32_t>& ids, StoreChange
     return areNoted ? 0 : -1;
 }
 
-// Drops the contents of a change if that many more cards are too many, and returns false.
+// Notes the sounds and pictures of cards that are about to go.
+int NoteMedia(Database& database, const std::vector<int64_t>& rowIds, StoreChange& change) {
+    const int result = database.SelectMedia(rowIds, UndoHistory::kMostMediaBytes, change.Media);
+    change.HasTooMuchMedia = change.HasTooMuchMedia || result > 0;
+    change.IsTooLarge = change.IsTooLarge || change.HasTooMuchMedia;
+    return std::min(result, 0);
+}
+
+// Drops the contents of a change that is too large or gets so by that many more cards, and returns
+// false.
 bool HasRoomFor(size_t cards, StoreChange& change) {
-    if (change.CountCards() + cards > UndoHistory::kMostCards) {
+    if (change.IsTooLarge || change.CountCards() + cards > UndoHistory::kMostCards) {
         change.IsTooLarge = true;
         change.Cards.clear();
         change.Media.clear();
@@ -213,8 +223,7 @@ int TakeBackCopies(Database& database, const StoreChange& change, UndoOutcome& o
         opposite.Cards.push_back(card);
         ++outcome.Restored;
     }
-    return database.SelectMedia(rowIds, opposite.Media) < 0 ? -1
-                                                            : database.CardsDeleteByRowId(rowIds);
+    return NoteMedia(database, rowIds, opposite) < 0 ? -1 : database.CardsDeleteByRowId(rowIds);
 }
 
 int MoveBack(Database& database, const StoreChange& change, UndoOutcome& outcome,
@@ -663,6 +672,17 @@ wxString DescribeStep(const StoreChange& step, const UndoHistory::CardNaming& na
 
 }  // namespace
 
+size_t StoreChange::CountMediaBytes() const {
+    size_t bytes = 0;
+    for (const CardMedia& media : Media) {
+        bytes += media.CountBytes();
+    }
+    for (const StoreChange& one : Unions) {
+        bytes += one.CountMediaBytes();
+    }
+    return bytes;
+}
+
 void UndoHistory::Add(StoreChange change) {
     if (IsEmptyChange(change)) {
         return;
@@ -674,10 +694,12 @@ void UndoHistory::Add(StoreChange change) {
         mSteps.clear();
     }
     size_t cards = 0;
+    size_t bytes = 0;
     auto oldest = mSteps.end();
     while (oldest != mSteps.begin()) {
         cards += std::prev(oldest)->CountCards();
-        if (cards > kMostCards) {
+        bytes += std::prev(oldest)->CountMediaBytes();
+        if (cards > kMostCards || bytes > kMostMediaBytes) {
             break;
         }
         --oldest;
@@ -714,6 +736,9 @@ int UndoHistory::TakeLast(std::list<StoreChange>& from, std::list<StoreChange>& 
     if (result == 0 && !IsEmptyChange(opposite)) {
         Tell(opposite);
         to.push_back(std::move(opposite));
+        if (to.back().IsTooLarge) {
+            to.clear();
+        }
     }
     return result;
 }
@@ -727,6 +752,13 @@ int UndoHistory::RedoLast(Database& database, UndoOutcome& outcome) {
 }
 
 wxString DescribeWithoutUndo(const StoreChange& change) {
+    if (change.HasTooMuchMedia) {
+        const wxString most =
+            wxFileName::GetHumanReadableSize(wxULongLong(UndoHistory::kMostMediaBytes), "", 0);
+        return wxString::Format(_("The store has more than %s of sounds and pictures of these "
+                                  "cards. What was done to them cannot be undone."),
+                                most);
+    }
     const auto count = static_cast<int>(change.Nameless);
     return count == 0 ? wxString()
                       : wxString::Format(wxPLURAL("The store has no proper identity for %i of these"
@@ -755,16 +787,10 @@ int NoteDeletion(Database& database, const std::vector<int64_t>& rowIds, StoreCh
     };
     if (database.VisitCardsByRowId(rowIds, visit) < 0 ||
         NoteCategories(database, categories, change) < 0 ||
-        database.SelectMedia(rowIds, change.Media) < 0) {
+        NoteMedia(database, rowIds, change) < 0) {
         return -1;
     }
-    size_t bytes = 0;
-    for (const CardMedia& media : change.Media) {
-        for (const StoredValue& value : media.Values) {
-            bytes += static_cast<size_t>(sqlite3_value_bytes(value.get()));
-        }
-    }
-    HasRoomFor(bytes > UndoHistory::kMostMediaBytes ? UndoHistory::kMostCards : 0, change);
+    HasRoomFor(0, change);
     return 0;
 }
 

@@ -70,13 +70,16 @@ struct StoreChange {
     std::list<Category> Categories;
     // Rename: the new name.
     wxString NewName;
-    // True for a step with more cards than the history keeps, which cannot be taken back.
+    // True for a step with more cards, or more bytes of sounds and pictures, than the history
+    // keeps. It cannot be taken back.
     bool IsTooLarge = false;
+    bool HasTooMuchMedia = false;
 
     size_t CountCards() const {
         return (What == Kind::kEdit ? Cards.size() / 2 : Cards.size()) + Texts.size() +
                Orders.size() + MovedCards.size() + kCardsOfUnion * Unions.size();
     }
+    size_t CountMediaBytes() const;
 };
 
 // The outcome of taking back a step.
@@ -106,7 +109,7 @@ class UndoHistory {
     // The most cards in all steps together. The oldest steps are dropped first; a larger step
     // empties the history, since the step before it could not be taken back alone.
     static constexpr size_t kMostCards = 100000;
-    // The bytes of sounds and pictures that one step may hold, likewise.
+    // The most bytes of sounds and pictures in all steps together, likewise.
     static constexpr size_t kMostMediaBytes = size_t{64} << 20;
 
     // Is called with each step that was added, and with the opposite of each one that was taken

@@ -191,4 +191,15 @@ TEST_F(DuplicatesTest, AUnionIsTakenBackWithoutTheScoreThatCameAfterIt) {
     EXPECT_EQ(Query(all).size(), 2U);
 }
 
+TEST_F(DuplicatesTest, AStepKeepsNoMoreSoundsAndPicturesThanTheHistory) {
+    UndoHistory history;
+    for (const char* const back : {"x", "y", "z"}) {
+        Insert(MakeCard("same", back));
+    }
+    Query("UPDATE Cards SET FrontAudio=zeroblob(40000000)");
+    UniteAll(FindDuplicates(mDatabase, SameBy::kFront, std::nullopt, mCancelled).Groups, history);
+    EXPECT_EQ(Query("SELECT COUNT(*) FROM Cards"), Strings{"1"});
+    EXPECT_TRUE(history.IsEmpty());
+}
+
 }  // namespace

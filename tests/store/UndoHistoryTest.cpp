@@ -263,6 +263,28 @@ TEST_F(UndoHistoryTest, SoundsAndPicturesComeBackAsTheyWere) {
               Strings{"blob|text|integer"});
 }
 
+TEST_F(UndoHistoryTest, SoundsAndPicturesOfAllStepsHaveALimit) {
+    std::vector<FlashCard> cards;
+    for (const char* const front : {"a", "b", "c"}) {
+        cards.push_back(Insert(MakeCard(front, "back", 0)));
+    }
+    Query("UPDATE Cards SET BackImage=zeroblob(40000000)");
+    Delete({cards[0]});
+    StoreChange both;
+    EXPECT_EQ(NoteDeletion(mDatabase, RowsOf({cards[1], cards[2]}), both), 0);
+    EXPECT_EQ(both.CountMediaBytes(), 0U);
+    EXPECT_EQ(DescribeWithoutUndo(both).BeforeFirst('.'),
+              "The store has more than 64 MB of sounds and pictures of these cards");
+    // The first step goes for the second.
+    Delete({cards[1]});
+    EXPECT_EQ(Undo(), Counts(1, 0));
+    EXPECT_EQ(Query("SELECT Front, LENGTH(BackImage) FROM Cards ORDER BY Front"),
+              (Strings{"b|40000000", "c|40000000"}));
+    EXPECT_TRUE(mHistory.IsEmpty());
+    mHistory.Add(std::move(both));
+    EXPECT_TRUE(mHistory.IsEmpty());
+}
+
 // A damaged store may have such a card among others.
 TEST_F(UndoHistoryTest, ACardWithoutAnIdentityIsChangedWithTheOthers) {
     const FlashCard whole = Insert(MakeCard("whole", "back", 0));
