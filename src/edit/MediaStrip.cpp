@@ -90,7 +90,8 @@ class MediaStrip::Thumbnail : public wxWindow {
         dc.DrawRectangle(GetClientRect());
         const std::unique_ptr<wxGraphicsContext> context(
             wxGraphicsContext::CreateFromUnknownDC(dc));
-        if (!mStrip.mpPictures->Draw(*context, mName, GetClientRect(), GetContentScaleFactor())) {
+        if (!mStrip.mpPictures->Draw(*context, mName, GetClientRect(), GetContentScaleFactor(),
+                                     GetParent()->GetBackgroundColour())) {
             // One that is missing has a frame with a question mark.
             const bool isMissing = mStrip.mpPictures->FindSize(mName).x <= 0;
             context->SetPen(wxPen(GetForegroundColour()));

@@ -126,7 +126,7 @@ void DrawPictures(wxDC& dc, const std::vector<PrintPicture>& pictures, CardPictu
         constexpr double kScale = static_cast<double>(kPointsPerInch) / kPaperUnits;
         for (const PrintPicture& picture : pictures) {
             if (context == nullptr ||
-                !store.DrawNow(*context, picture.Name, picture.Place, kScale)) {
+                !store.DrawNow(*context, picture.Name, picture.Place, kScale, *wxWHITE)) {
                 damaged.push_back(&picture);
             }
         }

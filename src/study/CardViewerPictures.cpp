@@ -136,7 +136,8 @@ void CardViewer::PaintPictures(wxGraphicsContext& context, const CardViewerSide&
     const double scale = GetContentScaleFactor();
     VisitPictures(side, [&](const SidePicture& picture, const wxRect& place) {
         if (!place.Intersects(visible) ||
-            (picture.Natural.x > 0 && mpPictures->Draw(context, picture.Name, place, scale))) {
+            (picture.Natural.x > 0 &&
+             mpPictures->Draw(context, picture.Name, place, scale, GetBackgroundColour()))) {
             return;
         }
         context.SetBrush(wxBrush(WithAlpha(side.TextColour, kPlaceAlpha)));

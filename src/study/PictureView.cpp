@@ -84,5 +84,5 @@ void PictureView::OnPaint(wxPaintEvent& /*event*/) {
                       std::max(wxRound(natural.y * scale), 1));
     const wxRect place(wxPoint((room.x - size.x) / 2, (room.y - size.y) / 2), size);
     const std::unique_ptr<wxGraphicsContext> context(wxGraphicsContext::CreateFromUnknownDC(dc));
-    mpPictures->Draw(*context, GetPicture(), place, GetContentScaleFactor());
+    mpPictures->Draw(*context, GetPicture(), place, GetContentScaleFactor(), GetBackgroundColour());
 }

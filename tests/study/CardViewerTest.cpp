@@ -218,6 +218,16 @@ TEST_F(CardViewerPicturesTest, APictureIsDrawnOnceItIsReadAndTellsOfAClick) {
     SendMouse(mViewer, wxEVT_LEFT_DOWN, there);
     SendMouse(mViewer, wxEVT_LEFT_UP, there);
     EXPECT_EQ(presses, 1);
+    // Black on nothing gets a sheet on a ground that is black too.
+    wxString name;
+    const char* const dot =
+        "<svg xmlns='http://www.w3.org/2000/svg' width='200' height='200'>"
+        "<rect x='90' y='90' width='20' height='20'/></svg>";
+    ASSERT_EQ(MediaFolder(mDirectory.Path("a.vlm")).AddBytes(dot, "dot.svg", name), 0);
+    mViewer.SetBackgroundColour(*wxBLACK);
+    Show("[picture: dot.svg]", "back");
+    const wxRect side = mViewer.GetFirst().Rect;
+    EXPECT_TRUE(Shows(*wxWHITE, side.x + side.width / 2 - 20, side.y + side.height / 2));
 }
 
 TEST_F(CardViewerTest, ACardWithoutPicturesTakesTheShortWay) {

@@ -2,6 +2,8 @@
 
 #include <cairo.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
+#include <wx/brush.h>
+#include <wx/pen.h>
 
 #include <algorithm>
 #include <atomic>
@@ -68,13 +70,31 @@ void AttachJpeg(GdkPixbuf& pixels, cairo_surface_t* surface) {
     }
 }
 
-bool DrawInto(wxGraphicsContext& context, const wxGraphicsBitmap& bitmap, const wxRect& place) {
-    if (bitmap.IsNull()) {
-        return false;
+double LightnessOf(double red, double green, double blue) {
+    return (0.299 * red + 0.587 * green + 0.114 * blue) / 255;
+}
+
+// Returns how light the points of a picture are, or nothing where most of its ground is its own.
+std::optional<double> FindLightness(const GdkPixbuf& pixels) {
+    if (gdk_pixbuf_get_has_alpha(&pixels) == 0) {
+        return std::nullopt;
     }
-    context.SetInterpolationQuality(wxINTERPOLATION_GOOD);
-    context.DrawBitmap(bitmap, place.x, place.y, place.width, place.height);
-    return true;
+    const auto width = static_cast<size_t>(gdk_pixbuf_get_width(&pixels));
+    const auto height = static_cast<size_t>(gdk_pixbuf_get_height(&pixels));
+    const auto stride = static_cast<size_t>(gdk_pixbuf_get_rowstride(&pixels));
+    const guint8* const source = gdk_pixbuf_read_pixels(&pixels);
+    double opaque = 0;
+    double light = 0;
+    for (size_t y = 0; y < height; ++y) {
+        for (const guint8* at = source + y * stride; at < source + y * stride + width * 4;
+             at += 4) {
+            opaque += at[3];
+            light += at[3] * LightnessOf(at[0], at[1], at[2]);
+        }
+    }
+    constexpr double kOwnGround = 0.8;
+    const double share = opaque / 255 / static_cast<double>(width * height);
+    return share <= 0 || share > kOwnGround ? std::nullopt : std::optional(light / opaque);
 }
 
 }  // namespace
@@ -88,6 +108,7 @@ struct CardPictures::Reading {
     // Written by the worker.
     PictureFault Fault = PictureFault::kDamaged;
     Surface Drawn;
+    std::optional<double> Lightness;
 
     void Run(const std::atomic<bool>& isCancelled) {
         PicturePixels pixels;
@@ -96,6 +117,7 @@ struct CardPictures::Reading {
         if (Fault == PictureFault::kNone && Drawn == nullptr) {
             Fault = PictureFault::kTooLarge;
         }
+        Lightness = pixels == nullptr ? std::nullopt : FindLightness(*pixels);
         if (StaysJpeg && Drawn != nullptr) {
             AttachJpeg(*pixels, Drawn.get());
         }
@@ -169,7 +191,7 @@ std::optional<PictureSize> CardPictures::FindMissingPoints(Picture& picture, con
 }
 
 bool CardPictures::Draw(wxGraphicsContext& context, const wxString& name, const wxRect& place,
-                        double scale) {
+                        double scale, const wxColour& ground) {
     Picture* const picture = Find(name);
     if (picture == nullptr || picture->Fault != PictureFault::kNone) {
         return false;
@@ -178,11 +200,11 @@ bool CardPictures::Draw(wxGraphicsContext& context, const wxString& name, const 
     if (const auto points = FindMissingPoints(*picture, place, scale)) {
         Ask(name, *points);
     }
-    return DrawInto(context, picture->Bitmap, place);
+    return DrawInto(context, *picture, place, ground);
 }
 
 bool CardPictures::DrawNow(wxGraphicsContext& context, const wxString& name, const wxRect& place,
-                           double scale) {
+                           double scale, const wxColour& ground) {
     Picture* const picture = Find(name);
     if (picture == nullptr || picture->Fault != PictureFault::kNone) {
         return false;
@@ -198,7 +220,26 @@ bool CardPictures::DrawNow(wxGraphicsContext& context, const wxString& name, con
         reading.Run(isCancelled);
         Take(reading);
     }
-    return DrawInto(context, picture->Bitmap, place);
+    return DrawInto(context, *picture, place, ground);
+}
+
+bool CardPictures::DrawInto(wxGraphicsContext& context, const Picture& picture, const wxRect& place,
+                            const wxColour& ground) {
+    if (picture.Bitmap.IsNull()) {
+        return false;
+    }
+    constexpr double kLeastContrast = 0.3;
+    const double light = LightnessOf(ground.Red(), ground.Green(), ground.Blue());
+    if (picture.Lightness && std::abs(*picture.Lightness - light) < kLeastContrast) {
+        constexpr unsigned char kDarkSheet = 48;
+        const bool isDark = light < 0.5;
+        context.SetPen(*wxTRANSPARENT_PEN);
+        context.SetBrush(wxBrush(isDark ? *wxWHITE : wxColour(kDarkSheet, kDarkSheet, kDarkSheet)));
+        context.DrawRectangle(place.x, place.y, place.width, place.height);
+    }
+    context.SetInterpolationQuality(wxINTERPOLATION_GOOD);
+    context.DrawBitmap(picture.Bitmap, place.x, place.y, place.width, place.height);
+    return true;
 }
 
 void CardPictures::Ask(const wxString& name, const PictureSize& points) {
@@ -257,6 +298,7 @@ void CardPictures::Take(Reading& reading) {
     }
     Picture& picture = known->second;
     picture.Fault = reading.Fault;
+    picture.Lightness = reading.Lightness;
     if (reading.Drawn != nullptr) {
         picture.Points = {cairo_image_surface_get_width(reading.Drawn.get()),
                           cairo_image_surface_get_height(reading.Drawn.get())};

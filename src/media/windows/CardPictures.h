@@ -34,11 +34,14 @@ class CardPictures : private wxEvtHandler {
     wxSize FindSize(const wxString& name);
 
     // Draws a picture into a rectangle of its own proportions, at so many points of the screen for
-    // each unit. Returns false when it is not there yet, and begins to read it.
-    bool Draw(wxGraphicsContext& context, const wxString& name, const wxRect& place, double scale);
+    // each unit. Returns false when it is not there yet, and begins to read it. A picture that one
+    // would not see on a ground of that colour, such as a black formula without a ground of its own
+    // on a dark one, gets a sheet behind it.
+    bool Draw(wxGraphicsContext& context, const wxString& name, const wxRect& place, double scale,
+              const wxColour& ground);
     // The same, but reads a picture at once; for paper, which cannot be drawn again later.
     bool DrawNow(wxGraphicsContext& context, const wxString& name, const wxRect& place,
-                 double scale);
+                 double scale, const wxColour& ground);
 
     // Forgets what was asked for and has not begun, since another card is shown.
     void DropRequests() { mWanted.clear(); }
@@ -51,6 +54,8 @@ class CardPictures : private wxEvtHandler {
         PictureFault Fault = PictureFault::kNone;
         wxGraphicsBitmap Bitmap;
         PictureSize Points;
+        // How light its points are, from 0 to 1; nothing for one that has a ground of its own.
+        std::optional<double> Lightness;
         uint64_t LastUse = 0;
 
         int64_t Bytes() const { return int64_t{4} * Points.Width * Points.Height; }
@@ -70,6 +75,8 @@ class CardPictures : private wxEvtHandler {
     void ReadNext();
     void Finish(int number);
     void Take(Reading& reading);
+    static bool DrawInto(wxGraphicsContext& context, const Picture& picture, const wxRect& place,
+                         const wxColour& ground);
     void MakeRoom();
 
     const std::function<void()> mChanged;
