@@ -79,7 +79,7 @@ void StoreFileChange::Move() {
         if (wxDirExists(left)) {
             ShowMessageBox(
                 wxString::Format(_("The pictures and sounds of the cards could not be moved. They "
-                                   "are in \"%s\" as before, and belong into \"%s\"."),
+                                   "are still in \"%s\". Move that folder to \"%s\"."),
                                  left, FromPath(MediaFolder(mDatabase.GetPath()).GetPath())),
                 _("Move Store File"), wxOK | wxCENTRE, mpParent);
         }
