@@ -6,6 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <optional>
+
 #include "base/Unicode.h"
 
 namespace {
@@ -135,7 +137,11 @@ void PackageMedia::ReadAll(const std::set<wxString>& wanted, Sink& sink) {
         if (sources == byMember.end() || !sink.Begin(sources->second.front())) {
             continue;
         }
-        Decompressor decompressor;
+        // It takes more time to make than a small file takes to write.
+        std::optional<Decompressor> decompressor;
+        if (mIsCompressed) {
+            decompressor.emplace();
+        }
         const auto take = [&sink](const char* bytes, size_t count) {
             return sink.Write(bytes, count);
         };
@@ -146,11 +152,11 @@ void PackageMedia::ReadAll(const std::set<wxString>& wanted, Sink& sink) {
             if (count == 0) {
                 break;
             }
-            isFine = mIsCompressed ? decompressor.Write(block.data(), count, take) == nullptr
-                                   : take(block.data(), count);
+            isFine = decompressor ? decompressor->Write(block.data(), count, take) == nullptr
+                                  : take(block.data(), count);
         }
         const bool isWhole = zip.GetLastError() == wxSTREAM_EOF || zip.Eof();
-        if (isFine && isWhole && (!mIsCompressed || decompressor.IsComplete())) {
+        if (isFine && isWhole && (!decompressor || decompressor->IsComplete())) {
             sink.End();
         } else {
             sink.Drop();
