@@ -56,14 +56,24 @@ std::string ReadPdf(const wxString& path) {
 
 }  // namespace
 
-TEST(PrintLayout, APageHasTheCardsThatFitOnIt) {
+TEST(PrintLayout, APageHasTheCardsAndPicturesThatFitOnIt) {
     const wxString sentence("word word word word word word word word word word word word word ");
     wxString novel;
     for (int i = 0; i < 200; ++i) {
         novel += sentence;
     }
-    // The form, the paper, the cards, what each front begins with, and the first back of each page.
-    const std::tuple<PrintForm, wxSize, size_t, wxString, std::vector<const char*>> rows[] = {
+    const std::vector<wxSize> photograph = {{30000, 20000}};
+    const struct {
+        PrintForm Form;
+        wxSize Paper;
+        size_t Cards;
+        // What each front begins with, and the first back of each page.
+        wxString Before;
+        std::vector<const char*> Backs;
+        // The pictures of each front, and how high the first one is.
+        std::vector<wxSize> Pictures{};
+        int Height = 0;
+    } rows[] = {
         {PrintForm::kList, kA4, 0, "", {}},
         {PrintForm::kList, kA4, 41, "", {"b0"}},
         {PrintForm::kList, kA4, 100, "", {"b0", "b41", "b82"}},
@@ -71,66 +81,46 @@ TEST(PrintLayout, APageHasTheCardsThatFitOnIt) {
         {PrintForm::kList, kA4, 30, sentence, {"b0", "b24"}},
         // A card longer than a page has one of its own, and an ellipsis.
         {PrintForm::kList, kA4, 3, novel, {"b0", "b1", "b2"}},
+        {PrintForm::kList, kA4, 3, novel, {"b0", "b1", "b2"}, photograph, 1196},
+        {PrintForm::kList, kA4, 9, "", {"b0", "b5"}, photograph, 1196},
+        {PrintForm::kList, kA4, 20, "", {"b0"}, {{90000, 900}}, 26},
         {PrintForm::kCutOut, kA4, 0, "", {}},
         {PrintForm::kCutOut, kA4, 10, "", {"", "b0"}},
         {PrintForm::kCutOut, kA4, 11, "", {"", "b0", "", "b10"}},
         {PrintForm::kCutOut, kA4Landscape, 10, novel, {"", "b0", "", "b9"}},
+        {PrintForm::kCutOut, kA4, 10, "", {"", "b0"}, photograph, 1053},
+        {PrintForm::kCutOut, kA4, 10, novel, {"", "b0"}, {{9, 90000}}, 645},
+        {PrintForm::kCutOut, kA4, 10, "", {"", "b0"}, {{300, 200}, {30000, 20000}}, 200},
     };
-    for (const auto& [form, paper, count, before, backs] : rows) {
-        PrintLayout layout = MakeLayout(form, count, before);
-        layout.SetPaper(paper);
-        ASSERT_EQ(layout.CountPages(), static_cast<int>(backs.size())) << count << before.Left(9);
+    for (const auto& row : rows) {
+        PrintLayout layout = MakeLayout(row.Form, row.Cards, row.Before, row.Pictures);
+        layout.SetPaper(row.Paper);
+        ASSERT_EQ(layout.CountPages(), static_cast<int>(row.Backs.size()))
+            << row.Cards << row.Before.Left(9) << row.Height;
         for (int number = 1; number <= layout.CountPages(); ++number) {
             const PrintPage page = layout.MakePage(number);
-            const wxString back = backs[static_cast<size_t>(number) - 1];
+            const wxString back = row.Backs[static_cast<size_t>(number) - 1];
             const auto first =
                 std::find_if(page.Lines.begin(), page.Lines.end(),
                              [](const PrintLine& line) { return line.Text.StartsWith("b"); });
             EXPECT_EQ(first != page.Lines.end() ? first->Text : wxString(), back) << number;
-            for (size_t i = 0; i < page.Lines.size(); ++i) {
-                const PrintLine& line = page.Lines[i];
-                EXPECT_TRUE(wxRect(paper).Contains(line.Place)) << line.Text;
+            std::vector<wxRect> places;
+            for (const PrintLine& line : page.Lines) {
+                places.push_back(line.Place);
                 EXPECT_LE(static_cast<int>(line.Text.length()) * line.Font.Points * 5,
                           line.Place.width);
+            }
+            for (size_t i = 0; i < page.Pictures.size(); ++i) {
+                const wxRect& place = places.emplace_back(page.Pictures[i].Place);
+                const wxSize& own = row.Pictures[i % row.Pictures.size()];
+                EXPECT_TRUE(i > 0 || place.height == row.Height) << place.height;
+                EXPECT_NEAR(place.width, 1.0 * own.x * place.height / own.y, 60);
+            }
+            for (size_t i = 0; i < places.size(); ++i) {
+                EXPECT_TRUE(wxRect(row.Paper).Contains(places[i])) << i;
                 for (size_t j = 0; j < i; ++j) {
-                    EXPECT_FALSE(line.Place.Intersects(page.Lines[j].Place)) << line.Text;
+                    EXPECT_FALSE(places[i].Intersects(places[j])) << i;
                 }
-            }
-        }
-    }
-}
-
-TEST(PrintLayout, PicturesStandBelowTheTextInTheRoomThatIsLeft) {
-    const wxString text("word word word word word word word word word word word word word word ");
-    const struct {
-        PrintForm Form;
-        wxString Text;
-        std::vector<wxSize> Pictures;
-        // How high the first one is.
-        int Height;
-    } rows[] = {{PrintForm::kList, "a", {{300, 200}}, 200},
-                {PrintForm::kList, text, {{30000, 20000}}, 1196},
-                {PrintForm::kList, "a", {{90000, 900}}, 26},
-                {PrintForm::kList, "a", std::vector<wxSize>(9, {30000, 20000}), 370},
-                {PrintForm::kCutOut, "", {{30000, 20000}}, 1053},
-                {PrintForm::kCutOut, "a", {{300, 200}, {30000, 20000}}, 200},
-                {PrintForm::kCutOut, text + text + text, {{9, 90000}}, 753}};
-    for (const auto& row : rows) {
-        PrintLayout layout = MakeLayout(row.Form, 20, row.Text, row.Pictures);
-        layout.SetPaper(kA4);
-        const PrintPage page = layout.MakePage(1);
-        ASSERT_FALSE(page.Pictures.empty());
-        EXPECT_EQ(page.Pictures[0].Place.height, row.Height);
-        for (size_t i = 0; i < page.Pictures.size(); ++i) {
-            const wxRect& place = page.Pictures[i].Place;
-            const wxSize& own = row.Pictures[i % row.Pictures.size()];
-            EXPECT_TRUE(wxRect(kA4).Deflate(300).Contains(place)) << row.Height;
-            EXPECT_NEAR(place.width, 1.0 * own.x * place.height / own.y, 60);
-            for (const PrintLine& line : page.Lines) {
-                EXPECT_FALSE(line.Place.Intersects(place)) << line.Text;
-            }
-            for (size_t j = 0; j < i; ++j) {
-                EXPECT_FALSE(page.Pictures[j].Place.Intersects(place)) << i;
             }
         }
     }

@@ -7,6 +7,15 @@
 #include "formats/decks/Deck.h"
 #include "formats/decks/DeckWriter.h"
 
+// A database of Mnemosyne with the fact 1.
+constexpr char kMnemosyneTables[] =
+    "CREATE TABLE facts(_id INTEGER PRIMARY KEY, id);INSERT INTO facts VALUES(1,'g');"
+    "CREATE TABLE data_for_fact(_fact_id, key, value);"
+    "CREATE TABLE tags(_id INTEGER PRIMARY KEY, id, name);"
+    "CREATE TABLE tags_for_card(_card_id, _tag_id);"
+    "CREATE TABLE cards(_id INTEGER PRIMARY KEY, id, card_type_id, _fact_id, fact_view_id,"
+    " grade, next_rep, last_rep, easiness, active);";
+
 // Whole decks, written as their programs would write them, on their way into a store.
 struct DeckFixture : ImportFixture {
     // The bytes of a database that a script makes.

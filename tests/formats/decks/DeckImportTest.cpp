@@ -145,16 +145,11 @@ TEST_F(DeckImportTest, FindsTheCardsOfADeckInEachOrder) {
 TEST_F(DeckImportTest, ReadsMnemosyne) {
     EXPECT_EQ(ImportDeck(MakePackage({{"METADATA", ""}, {"cards.xml", kXml}})),
               "1 inserted, 0 merged, 0 ignored");
-    const char* const script =
-        "CREATE TABLE facts(_id INTEGER PRIMARY KEY, id);INSERT INTO facts VALUES(1,'g');"
-        "CREATE TABLE data_for_fact(_fact_id, key, value);"
-        "INSERT INTO data_for_fact VALUES(1,'text','[u:hint] v [w]');"
-        "CREATE TABLE tags(_id INTEGER PRIMARY KEY, id, name);"
-        "CREATE TABLE tags_for_card(_card_id, _tag_id);"
-        "CREATE TABLE cards(_id INTEGER PRIMARY KEY, id, card_type_id, _fact_id, fact_view_id,"
-        " grade, next_rep, last_rep, easiness, active);"
-        "INSERT INTO cards VALUES(1,'c','5',1,'5.1',-1,-1,-1,2.5,1),"
-        "(2,'d','5',1,'5.1',-1,-1,-1,2.5,0);";
+    const std::string script =
+        kMnemosyneTables + std::string(
+                               "INSERT INTO data_for_fact VALUES(1,'text','[u:hint] v [w]');"
+                               "INSERT INTO cards VALUES(1,'c','5',1,'5.1',-1,-1,-1,2.5,1),"
+                               "(2,'d','5',1,'5.1',-1,-1,-1,2.5,0);");
     EXPECT_EQ(ImportDeck(MakeDatabase(script)), "2 inserted, 0 merged, 0 ignored");
     EXPECT_THAT(Cards(), testing::UnorderedElementsAre(
                              "chat\n\u3010sha\u3011|cat\nkitty|n\nTags: French|0|0|French",

@@ -112,16 +112,12 @@ TEST_F(DeckMediaTest, BringsTheFilesOfMnemosyne) {
     fs::create_directories(ToPath(mDirectory.Path("My deck.bin_media/a b")));
     WriteBytes(mDirectory.Path("My deck.bin_media/a b/chat.png"), "CAT");
     WriteBytes(mDirectory.Path("My deck.bin_media/chat.ogg"), "SND");
-    const char* const script =
-        "CREATE TABLE facts(_id INTEGER PRIMARY KEY, id);INSERT INTO facts VALUES(1,'g');"
-        "CREATE TABLE data_for_fact(_fact_id, key, value);"
-        "INSERT INTO data_for_fact VALUES(1,'f','<img src=\"a b/chat.png\">'),"
-        "(1,'b','<audio src=\"chat.ogg\"></audio>cat');"
-        "CREATE TABLE tags(_id INTEGER PRIMARY KEY, id, name);"
-        "CREATE TABLE tags_for_card(_card_id, _tag_id);"
-        "CREATE TABLE cards(_id INTEGER PRIMARY KEY, id, card_type_id, _fact_id, fact_view_id,"
-        " grade, next_rep, last_rep, easiness, active);"
-        "INSERT INTO cards VALUES(1,'c','1',1,'1.1',-1,-1,-1,2.5,1);";
+    const std::string script =
+        kMnemosyneTables +
+        std::string(
+            "INSERT INTO data_for_fact VALUES(1,'f','<img src=\"a b/chat.png\">'),"
+            "(1,'b','<audio src=\"chat.ogg\"></audio>cat');"
+            "INSERT INTO cards VALUES(1,'c','1',1,'1.1',-1,-1,-1,2.5,1);");
     EXPECT_EQ(ImportDeck(MakeDatabase(script)), "1 inserted, 0 merged, 0 ignored");
     EXPECT_THAT(Files(), ElementsAre("chat.ogg=SND", "chat.png=CAT"));
     EXPECT_EQ(Query("SELECT Front, Back FROM Cards"), cards);
