@@ -137,7 +137,9 @@ class ExchangeRun {
     void NoteTaken();
     void NoteReport(const CardMerge& merge, int64_t sent);
     void SendLookedAt(Outgoing& out);
-    std::vector<size_t> FindMissing(const std::vector<ScheduleEvent>& events);
+    using EventNames = std::unordered_set<EventName, EventNameHash>;
+    EventNames FindMissing(const std::vector<std::pair<int64_t, ScheduleEvent>>& events);
+    bool MergePending(const std::map<CardUuid, CardUuid>& unions);
     void FinishLog();
     void NoteCounter();
     void SendAll();
@@ -466,13 +468,17 @@ bool ExchangeRun::CompleteLog() {
              wxString::Format(_("The store could not be exchanged: %s"), SystemErrorText(errno)));
         return false;
     }
-    std::unordered_set<EventName, EventNameHash> told;
+    EventNames logged;
+    VisitEvents(
+        mLogPath, 0, [&](const ScheduleEvent& event) { logged.insert(NameOf(event)); },
+        mIsCancelled);
+    EventNames told;
     std::vector<ScheduleEvent> events;
     for (const FoundFile& file : mFiles) {
         const ExchangeVisit visit = [&](const ExchangeFields& record) {
             ScheduleEvent event;
             if (record[0] == "r" && record.size() >= 3 && ParseEvent(record[1], record[2], event) &&
-                told.insert(NameOf(event)).second) {
+                told.insert(NameOf(event)).second && logged.count(NameOf(event)) == 0) {
                 events.push_back(std::move(event));
             }
             return true;
@@ -483,23 +489,25 @@ bool ExchangeRun::CompleteLog() {
             ReadExchangeFile(file.Path, header, &visit, &mIsCancelled);
         }
     }
-    bool isAllTold = true;
-    VisitEvents(
-        mLogPath, 0,
-        [&](const ScheduleEvent& event) { isAllTold = isAllTold && told.count(NameOf(event)) > 0; },
-        mIsCancelled);
+    const bool isAllTold =
+        std::all_of(logged.begin(), logged.end(),
+                    [&told](const EventName& name) { return told.count(name) > 0; });
     const auto setEnd = [this](int64_t end) {
         mState.SetNumber("log-end", end);
         mState.SetFact("log-sum", LogTailSum(mLogPath, end));
     };
     mState.Begin();
-    for (const size_t place : FindMissing(events)) {
-        mState.AddPending(FormatEvent(events[place]));
-        mReport.Received += events[place].IsSet ? 0 : 1;
+    for (const ScheduleEvent& event : events) {
+        mState.AddPending(FormatEvent(event));
+        mReport.Received += event.IsSet ? 0 : 1;
         mReport.HasChanged = true;
     }
     setEnd(ReviewLogLength(mLogPath));
-    if (mIsCancelled || !mState.Commit()) {
+    if (mIsCancelled) {
+        mState.RollBack();
+        return false;
+    }
+    if (!mState.Commit()) {
         FailStore();
         mState.RollBack();
         return false;
@@ -641,7 +649,9 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     header.Time = Now();
     header.Taken = mPlan.Taken;
     std::string bytes;
-    Outgoing out(header, SinkTo(bytes));
+    // A first whole copy holds all that there is.
+    const ExchangeSink nowhere = [](std::string_view) { return 0; };
+    Outgoing out(header, startsAnew ? nowhere : SinkTo(bytes));
     HybridClock time(mState.GetNumber("clock"));
     if (!mState.Begin()) {
         FailStore();
@@ -717,7 +727,6 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     }
     NoteTaken();
     const int64_t sent = out.GetChanges();
-    // A first whole copy holds all that there is.
     const bool sends = (out.GetRecords() > 0 && !startsAnew) || hasNews;
     if (sends || startsAnew) {
         ++mNumber;
@@ -793,29 +802,21 @@ void ExchangeRun::NoteReport(const CardMerge& merge, int64_t sent) {
     }
 }
 
-// Returns the places of events that the log does not have, each of them once.
-std::vector<size_t> ExchangeRun::FindMissing(const std::vector<ScheduleEvent>& events) {
-    std::unordered_set<EventName, EventNameHash> missing;
-    for (const ScheduleEvent& event : events) {
+// Returns which of the events the log does not have.
+ExchangeRun::EventNames ExchangeRun::FindMissing(
+    const std::vector<std::pair<int64_t, ScheduleEvent>>& events) {
+    EventNames missing;
+    for (const auto& [number, event] : events) {
         missing.insert(NameOf(event));
     }
     VisitEvents(
         mLogPath, 0, [&](const ScheduleEvent& event) { missing.erase(NameOf(event)); },
         mIsCancelled);
-    std::vector<size_t> places;
-    for (size_t i = 0; i < events.size(); ++i) {
-        if (missing.erase(NameOf(events[i])) > 0) {
-            places.push_back(i);
-        }
-    }
-    return places;
+    return missing;
 }
 
-// Puts the reviews from elsewhere into the log. The log and the file beside the store cannot be
-// changed in one step: what is about to be put in is written down first, so that whoever finds all
-// of it in the log knows where the lines end that others were told.
+// Puts the reviews from elsewhere into the log, some at a time.
 void ExchangeRun::FinishLog() {
-    std::vector<ScheduleEvent> events = mState.ReadPending();
     CardUnions joined;
     for (const auto& [card, with] : mState.ReadUnions()) {
         CardUuid gone;
@@ -823,39 +824,41 @@ void ExchangeRun::FinishLog() {
         joined.Add(card, with, gone, stays);
     }
     const std::map<CardUuid, CardUuid> unions = joined.GetGone();
-    const auto united = static_cast<int64_t>(unions.size());
-    if (events.empty() && mState.GetNumber("united") == united) {
-        return;
+    const bool isRenamed = mState.GetNumber("united") == static_cast<int64_t>(unions.size());
+    bool isToDo = !isRenamed || mState.HasPending();
+    while (isToDo) {
+        isToDo = MergePending(unions) && mState.HasPending();
     }
-    const size_t count = events.size();
-    const std::vector<size_t> missing = FindMissing(events);
+}
+
+// The log and the file beside the store cannot be changed in one step: what is about to be put in
+// is written down first, so that whoever finds all of it in the log knows where the lines end that
+// others were told. Returns false on failure.
+bool ExchangeRun::MergePending(const std::map<CardUuid, CardUuid>& unions) {
+    int64_t last = 0;
+    std::vector<std::pair<int64_t, ScheduleEvent>> pending =
+        mState.ReadPending(mOptions.MostMerged, last);
+    const EventNames missing = FindMissing(pending);
     int64_t end = mState.GetNumber("log-end");
     if (mState.GetNumber("merging") == 1) {
         // What is there by now has come in since it was written down.
-        std::set<EventName> left;
-        for (const size_t place : missing) {
-            left.insert(NameOf(events[place]));
-        }
         int64_t bytes = 0;
-        for (const ScheduleEvent& event : events) {
-            bytes += left.count(NameOf(event)) == 0
+        for (const auto& [number, event] : pending) {
+            bytes += missing.count(NameOf(event)) == 0
                          ? static_cast<int64_t>(FormatEvent(event).size())
                          : 0;
         }
         end += bytes +
                (end == 0 && bytes > 0 ? static_cast<int64_t>(std::strlen(kReviewLogHeading)) : 0);
     }
-    for (size_t i = 0; i < missing.size(); ++i) {
-        if (missing[i] != i) {
-            events[i] = std::move(events[missing[i]]);
-        }
-    }
-    events.resize(missing.size());
     mState.Begin();
-    if (events.size() != count) {
-        mState.ClearPending();
-        for (const ScheduleEvent& event : events) {
-            mState.AddPending(FormatEvent(event));
+    std::vector<ScheduleEvent> events;
+    EventNames left = missing;
+    for (auto& [number, event] : pending) {
+        if (left.erase(NameOf(event)) > 0) {
+            events.push_back(std::move(event));
+        } else {
+            mState.DropPending(number);
         }
     }
     mState.SetNumber("merging", 1);
@@ -863,21 +866,21 @@ void ExchangeRun::FinishLog() {
     mState.SetFact("log-sum", LogTailSum(mLogPath, end));
     if (!mState.Commit()) {
         // What is not written down must not come into the log.
-        return;
+        return false;
     }
     const int error = MergeEvents(mLogPath, std::move(events), unions, end);
     if (error != 0) {
         Say(wxString::Format(_("The log of reviews could not be written: %s"),
                              SystemErrorText(error)));
-        return;
+        return false;
     }
     mState.Begin();
-    mState.ClearPending();
+    mState.DropPendingTo(last);
     mState.SetNumber("merging", 0);
-    mState.SetNumber("united", united);
+    mState.SetNumber("united", static_cast<int64_t>(unions.size()));
     mState.SetNumber("log-end", end);
     mState.SetFact("log-sum", LogTailSum(mLogPath, end));
-    mState.Commit();
+    return mState.Commit();
 }
 
 void ExchangeRun::SendAll() {

@@ -88,6 +88,8 @@ struct ExchangeOptions {
     const std::atomic<bool>* IsCancelled = nullptr;
     // Called once the store is changed, before the folder gets anything.
     std::function<void()> AfterChange;
+    // How many reviews are in memory at once while they are merged into the log.
+    int MostMerged = 250000;
     ExchangeRules Rules;
 };
 

@@ -707,18 +707,26 @@ void SyncState::AddPending(const std::string& text) {
     query.Step();
 }
 
-std::vector<ScheduleEvent> SyncState::ReadPending() {
-    std::vector<ScheduleEvent> events;
-    Query query(mSql, "SELECT Text FROM beside.Pending ORDER BY Id");
+std::vector<std::pair<int64_t, ScheduleEvent>> SyncState::ReadPending(int most, int64_t& last) {
+    std::vector<std::pair<int64_t, ScheduleEvent>> events;
+    last = 0;
+    Query query(mSql, "SELECT Id, Text FROM beside.Pending ORDER BY Id LIMIT ?", most);
     while (query.Step()) {
+        last = query.Int(0);
         ScheduleEvent event;
-        if (ParseStoredEvent(query.Bytes(0), event)) {
-            events.push_back(std::move(event));
+        if (ParseStoredEvent(query.Bytes(1), event)) {
+            events.emplace_back(last, std::move(event));
         }
     }
     return events;
 }
 
-void SyncState::ClearPending() {
-    mSql.Execute("DELETE FROM beside.Pending");
+void SyncState::DropPending(int64_t number) {
+    Query query(mSql, "DELETE FROM beside.Pending WHERE Id=?", number);
+    query.Step();
+}
+
+void SyncState::DropPendingTo(int64_t last) {
+    Query query(mSql, "DELETE FROM beside.Pending WHERE Id<=?", last);
+    query.Step();
 }

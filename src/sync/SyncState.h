@@ -167,8 +167,12 @@ class SyncState {
     bool HasPending();
     // The text is what FormatEvent gives.
     void AddPending(const std::string& text);
-    std::vector<ScheduleEvent> ReadPending();
-    void ClearPending();
+    // Returns the first of them with their numbers, and puts the number of the last one into last;
+    // 0 where there is none.
+    std::vector<std::pair<int64_t, ScheduleEvent>> ReadPending(int most, int64_t& last);
+    void DropPending(int64_t number);
+    // Drops all up to a number.
+    void DropPendingTo(int64_t last);
 
     MachineNumbers& Numbers() { return mNumbers; }
     // The stamps of a card without changes of its own need the number of a machine: stores new
