@@ -98,7 +98,7 @@ struct Simulation::Machine {
 };
 
 Simulation::Simulation(const Options& options) : mOptions(options), mRandom(options.Seed) {
-    const size_t count = 2 + mRandom() % 3;
+    const size_t count = options.LeastMachines + 1 + mRandom() % 3;
     std::vector<fs::path> folders;
     for (size_t i = 0; i < count; ++i) {
         auto machine = std::make_unique<Machine>();

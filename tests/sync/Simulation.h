@@ -25,6 +25,8 @@ class Simulation {
         // How badly the folder is carried, 0 to 1.
         double Badness = 0.5;
         ExchangeRules Rules;
+        // The computers are one to three more.
+        size_t LeastMachines = 1;
         bool ImportsTwice = true;
         bool RestoresBackups = true;
     };
