@@ -219,6 +219,9 @@ void PrintLayout::FindListPages() {
     };
     const auto measure = [&](const wxString& text, const std::vector<Picture>& pictures) {
         const int pictureHeight = StackListPictures(pictures, cell).Height;
+        if (text.empty()) {
+            return pictureHeight;
+        }
         const wxSize room(cell.x, cell.y - pictureHeight);
         if (!IsPlain(text)) {
             return Fit(text, room, kListFont).Height() + pictureHeight;

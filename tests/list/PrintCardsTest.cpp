@@ -12,6 +12,9 @@ namespace {
 const wxSize kA4(5953, 8419);
 const wxSize kA4Landscape(8419, 5953);
 
+// In the place of what fronts begin with, for fronts without text.
+const wxString kNoText("-");
+
 // Cards "f0" and "b0" and so on; a letter is half as wide as its font is high.
 PrintLayout MakeLayout(PrintForm form, size_t count, const wxString& before = wxString(),
                        const std::vector<wxSize>& pictures = {}) {
@@ -23,8 +26,8 @@ PrintLayout MakeLayout(PrintForm form, size_t count, const wxString& before = wx
         std::vector<PrintLayout::Sides> cards;
         for (size_t i = first; i < first + most; ++i) {
             const auto number = static_cast<unsigned>(i);
-            cards.push_back(
-                {before + wxString::Format("f%u", number), wxString::Format("b%u", number)});
+            cards.push_back({before == kNoText ? "" : before + wxString::Format("f%u", number),
+                             wxString::Format("b%u", number)});
             for (const wxSize& size : pictures) {
                 cards.back().FrontPictures.push_back({"x.png", size});
             }
@@ -84,6 +87,7 @@ TEST(PrintLayout, APageHasTheCardsAndPicturesThatFitOnIt) {
         {PrintForm::kList, kA4, 3, novel, {"b0", "b1", "b2"}, photograph, 1196},
         {PrintForm::kList, kA4, 9, "", {"b0", "b5"}, photograph, 1196},
         {PrintForm::kList, kA4, 20, "", {"b0"}, {{90000, 900}}, 26},
+        {PrintForm::kList, kA4, 26, kNoText, {"b0", "b25"}, {{300, 200}}, 200},
         {PrintForm::kCutOut, kA4, 0, "", {}},
         {PrintForm::kCutOut, kA4, 10, "", {"", "b0"}},
         {PrintForm::kCutOut, kA4, 11, "", {"", "b0", "", "b10"}},
