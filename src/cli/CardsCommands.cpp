@@ -350,6 +350,10 @@ int Import(const CardSource& source, Store& store, bool json, bool& hasCards) {
     for (const SourceNotice& notice : result.Notices) {
         notices.push_back(wxString::Format(_("Line %i: %s"), notice.Line, notice.Text));
     }
+    const wxString missing = MissingFilesMessage(result);
+    if (!missing.empty()) {
+        notices.push_back(missing);
+    }
     const int printed = FinishOutput(PrintImport(result, notices, json));
     return outcome < 0 ? int{kCardsRefused} : printed;
 }

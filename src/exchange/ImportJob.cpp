@@ -55,6 +55,16 @@ wxString StoreReadMessage(Database& database) {
     return StoreMessage(_("Database read error %i:%s"), database);
 }
 
+wxString MissingFilesMessage(const ImportResult& result) {
+    const int number = result.FilesMissing;
+    return number == 0
+               ? wxString()
+               : wxString::Format(wxPLURAL("%i picture or sound was not found beside the file.",
+                                           "%i pictures and sounds were not found beside the file.",
+                                           static_cast<unsigned>(number)),
+                                  number);
+}
+
 ImportThread::ImportThread(const ImportInput& input, Database& database, bool askCategories,
                            std::set<int32_t>* touchedCategories, ImportQuestions& questions)
     : mInput(input),

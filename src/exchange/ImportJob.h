@@ -95,6 +95,9 @@ struct ImportResult {
     int32_t RecordsInserted = 0;
     // Records without any text, such as those with only pictures.
     int32_t RecordsLeftOut = 0;
+    // Pictures and sounds that the file names, and that are neither beside it nor in the store's
+    // folder.
+    int32_t FilesMissing = 0;
     // The failure and its line in the file; -1 for no line.
     wxString Message;
     int32_t LineNumber = -1;
@@ -202,3 +205,5 @@ wxString DatabaseFileMessage(const wxString& fileName);
 // Fills the number and the text of the store's last error into a format.
 wxString StoreMessage(const wxString& format, Database& database);
 wxString StoreReadMessage(Database& database);
+// Says how many files are missing; empty for none.
+wxString MissingFilesMessage(const ImportResult& result);

@@ -459,6 +459,9 @@ int ImportCards(const ImportInput& wanted, Database& database, ImportResult& res
     if (input.Media != nullptr && input.BringsMedia && !BringMedia(input, database, result)) {
         return -1;
     }
+    if (input.Media != nullptr && input.BringsMedia) {
+        result.FilesMissing = input.Media->CountMissing(MediaFolder(database.GetPath()));
+    }
     options.ValidateOnly = false;
     options.TouchedCategories = touchedCategories;
     const StoreChangeGroup changes(database);

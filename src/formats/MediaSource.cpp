@@ -59,6 +59,13 @@ wxString MediaSource::FindPassedBound() const {
                : wxString();
 }
 
+int MediaSource::CountMissing(const MediaFolder& folder) const {
+    return static_cast<int>(std::count_if(mFiles.begin(), mFiles.end(), [&](const auto& known) {
+        return !known.second.IsBrought && !known.second.Name.empty() &&
+               !folder.Open(known.second.Name).IsOpen();
+    }));
+}
+
 bool MediaSource::Bring(const MediaFolder& folder, const std::atomic<bool>& isCancelled,
                         std::atomic<float>& progress, wxString& message) {
     if (mWanted.empty()) {
@@ -129,8 +136,11 @@ void MediaSource::Sink::End() {
     mFile.reset();
 }
 
-FileDescriptor DirectoryMedia::Open(const wxString& source) const {
-    FileDescriptor folder(::open(mDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+namespace {
+
+// Opens a plain file below a directory.
+FileDescriptor OpenBelow(const std::filesystem::path& directory, const wxString& source) {
+    FileDescriptor folder(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::string rest = ToUtf8(source);
     std::replace(rest.begin(), rest.end(), '\\', '/');
     while (folder.IsOpen()) {
@@ -150,6 +160,35 @@ FileDescriptor DirectoryMedia::Open(const wxString& source) const {
         }
         rest.erase(0, slash + 1);
         folder = std::move(next);
+    }
+    return FileDescriptor();
+}
+
+}  // namespace
+
+DirectoryMedia::DirectoryMedia(std::filesystem::path directory, Missing missing)
+    : MediaSource(missing), mDirectories{std::move(directory)} {
+    std::error_code error;
+    std::filesystem::directory_iterator entry(mDirectories.front(), error);
+    for (; missing == Missing::kKept && !error && entry != std::filesystem::directory_iterator();
+         entry.increment(error)) {
+        const std::filesystem::path& path = entry->path();
+        std::error_code unknown;
+        if (path.extension() == kMediaSuffix &&
+            entry->symlink_status(unknown).type() == std::filesystem::file_type::directory &&
+            !std::filesystem::exists(path.parent_path() / path.stem(), unknown)) {
+            mDirectories.push_back(path);
+        }
+    }
+    std::sort(mDirectories.begin() + 1, mDirectories.end());
+}
+
+FileDescriptor DirectoryMedia::Open(const wxString& source) const {
+    for (const std::filesystem::path& directory : mDirectories) {
+        FileDescriptor file = OpenBelow(directory, source);
+        if (file.IsOpen()) {
+            return file;
+        }
     }
     return FileDescriptor();
 }

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <vector>
 
 #include "base/Files.h"
 #include "media/MediaFolder.h"
@@ -32,6 +33,8 @@ class MediaSource {
 
     int64_t CountFiles() const { return static_cast<int64_t>(mWanted.size()); }
     int64_t CountBytes() const { return mBytes; }
+    // Counts the lines' files that are neither there nor in the folder of the store.
+    int CountMissing(const MediaFolder& folder) const;
     // Returns a sentence when the files go beyond a bound that a person is asked about, else an
     // empty text.
     wxString FindPassedBound() const;
@@ -93,11 +96,12 @@ class MediaSource {
     bool mMayBeMany = false;
 };
 
-// Files below a directory. Links are not followed, and nothing above it is read.
+// Files below a directory. Links are not followed, and nothing above it is read. For a text, which
+// keeps its lines, a copy that somebody has made of a store's folder with files counts too, such as
+// "cards.vlm.media" without "cards.vlm" beside it.
 class DirectoryMedia : public MediaSource {
   public:
-    DirectoryMedia(std::filesystem::path directory, Missing missing)
-        : MediaSource(missing), mDirectory(std::move(directory)) {}
+    DirectoryMedia(std::filesystem::path directory, Missing missing);
 
   protected:
     int64_t Find(const wxString& source) override;
@@ -106,5 +110,6 @@ class DirectoryMedia : public MediaSource {
   private:
     FileDescriptor Open(const wxString& source) const;
 
-    const std::filesystem::path mDirectory;
+    // The directory, and then the copies.
+    std::vector<std::filesystem::path> mDirectories;
 };

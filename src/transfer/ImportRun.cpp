@@ -158,6 +158,8 @@ void TellComplete(wxWindow& parent, const ImportResult& result, const wxTimeSpan
                                                  static_cast<unsigned>(result.RecordsLeftOut)),
                                         result.RecordsLeftOut);
     }
+    const wxString missing = MissingFilesMessage(result);
+    text += missing.empty() ? wxString() : "\n" + missing;
     constexpr size_t kMostTold = 10;
     for (size_t i = 0; i < std::min(result.Notices.size(), kMostTold); ++i) {
         const SourceNotice& notice = result.Notices[i];

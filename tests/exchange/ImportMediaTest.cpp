@@ -18,6 +18,12 @@ struct ImportMediaTest : ImportFixture {
         WriteBytes(mDirectory.Path("list/cat.png"), "CAT");
         WriteBytes(mDirectory.Path("list/sub/dog.jpg"), "DOG");
         WriteBytes(mDirectory.Path("list/chat.ogg"), "SND");
+        // A copy of the folder of a store, and one whose store is at home here.
+        fs::create_directories(ToPath(mDirectory.Path("list/copy.vlm.media")));
+        fs::create_directories(ToPath(mDirectory.Path("list/other.vlm.media")));
+        WriteBytes(mDirectory.Path("list/copy.vlm.media/far.png"), "FAR");
+        WriteBytes(mDirectory.Path("list/other.vlm.media/theirs.png"), "NO");
+        WriteBytes(mDirectory.Path("list/other.vlm"), "");
         fs::create_symlink(ToPath(mDirectory.Path("outside.png")),
                            ToPath(mDirectory.Path("list/link.png")));
     }
@@ -51,13 +57,18 @@ TEST_F(ImportMediaTest, ATableNamesFilesInColumnsAndInLines) {
                          "chien;dog;sub/dog.jpg;\n"
                          "loup;wolf;../outside.png;\n"
                          "lien;link;link.png;none.ogg\n"
+                         "loin;far;far.png;\n"
+                         "autre;other;theirs.png;\n"
                          "\"[sound: chat.ogg]\";\"see\n[picture: cat.png]\";;\n"),
-              "5 inserted, 0 merged, 0 ignored");
-    EXPECT_THAT(Cards(), ElementsAre("chat\n[sound: chat.ogg]|cat\n[picture: cat.png]",
-                                     "chien|dog\n[picture: dog.jpg]", "loup|wolf\n../outside.png",
-                                     "lien\n[sound: none.ogg]|link\n[picture: link.png]",
-                                     "[sound: chat.ogg]|see\n[picture: cat.png]"));
-    EXPECT_THAT(Files(), ElementsAre("cat.png", "chat.ogg", "dog.jpg"));
+              "7 inserted, 0 merged, 0 ignored");
+    EXPECT_EQ(mResult->FilesMissing, 3);
+    EXPECT_THAT(Cards(),
+                ElementsAre("chat\n[sound: chat.ogg]|cat\n[picture: cat.png]",
+                            "chien|dog\n[picture: dog.jpg]", "loup|wolf\n../outside.png",
+                            "lien\n[sound: none.ogg]|link\n[picture: link.png]",
+                            "loin|far\n[picture: far.png]", "autre|other\n[picture: theirs.png]",
+                            "[sound: chat.ogg]|see\n[picture: cat.png]"));
+    EXPECT_THAT(Files(), ElementsAre("cat.png", "chat.ogg", "dog.jpg", "far.png"));
     EXPECT_EQ(mPreview.at(1).Value, "cat\n[picture: cat.png]");
 }
 
