@@ -68,6 +68,12 @@ class MediaRoad(RoadTest):
         program.wait_window("Media")
         press("Escape")
         program.wait_window(STUDY_WINDOW)
+        program.click("File")
+        program.click("Back Up...")
+        program.wait_window("Back Up Store File")
+        press("Return")
+        program.wait_text("copy that folder too")
+        press("Return")
         self.assertEqual(0, program.quit())
         self.sandbox.check_store()
 

@@ -9,11 +9,13 @@
 #include <cerrno>
 #include <list>
 #include <map>
+#include <set>
 
 #include "base/Files.h"
 #include "base/Time.h"
 #include "files/StoreFiles.h"
 #include "files/windows/StoreOpening.h"
+#include "media/MediaFolder.h"
 #include "shell/MessageBox.h"
 #include "shell/Settings.h"
 
@@ -122,6 +124,17 @@ int WriteBackup(wxWindow* parent, Database& database, const wxString& path) {
     });
 }
 
+// Returns a sentence for a store whose cards have files, which no backup holds.
+wxString MediaHint(Database& database) {
+    std::set<wxString> media;
+    if (FindUsedMedia(database, media) < 0 || media.empty()) {
+        return wxString();
+    }
+    return "\n\n" + wxString::Format(_("The pictures and sounds are not in it.  They are files in "
+                                       "\"%s\": copy that folder too."),
+                                     FromPath(MediaFolder(database.GetPath()).GetPath()));
+}
+
 }  // namespace
 
 void BackUpWhereWanted(wxWindow* parent, Database& database) {
@@ -142,9 +155,10 @@ void BackUpWhereWanted(wxWindow* parent, Database& database) {
     }
     const int error = WriteBackup(parent, database, path);
     const wxString text =
-        error == 0 ? wxString::Format(_("The backup was written to \"%s\"."), path)
-                   : wxString::Format(_("The backup could not be written to \"%s\" (%s)."), path,
-                                      SystemErrorText(error));
+        error == 0
+            ? wxString::Format(_("The backup was written to \"%s\"."), path) + MediaHint(database)
+            : wxString::Format(_("The backup could not be written to \"%s\" (%s)."), path,
+                               SystemErrorText(error));
     ShowMessageBox(text, caption, wxOK | wxCENTRE, parent);
 }
 
