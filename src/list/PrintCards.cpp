@@ -46,8 +46,7 @@ const wchar_t* const kSample = L"nnnnnoooooiiiii";
 
 wxFont MakeFont(const PrintFont& font, double scale) {
     wxFont made = ReadFontSetting(kSettingBrowseFont);
-    const double screen = std::max(wxGetDisplayPPI().y, 1);
-    made.SetFractionalPointSize(font.Points * kPaperUnits / screen * scale);
+    made.SetFractionalPointSize(font.Points * kPaperUnits / TextResolution() * scale);
     made.SetWeight(font.IsBold ? wxFONTWEIGHT_BOLD : wxFONTWEIGHT_NORMAL);
     return made;
 }

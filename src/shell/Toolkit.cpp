@@ -524,6 +524,12 @@ bool IsTiled(const wxTopLevelWindow& window) {
     return platform != nullptr && (gdk_window_get_state(platform) & kTiled) != 0;
 }
 
+double TextResolution() {
+    const double told = gdk_screen_get_resolution(gdk_screen_get_default());
+    constexpr double kUsual = 96.0;
+    return told > 0.0 ? told : kUsual;
+}
+
 #else
 
 void SetAccessibleName(const wxWindow& /*window*/, const wxString& /*name*/) {}
@@ -621,6 +627,10 @@ void MoveFrame(wxTopLevelWindow& window, const wxPoint& corner) {
 
 bool IsTiled(const wxTopLevelWindow& /*window*/) {
     return false;
+}
+
+double TextResolution() {
+    return std::max(wxGetDisplayPPI().y, 1);
 }
 
 #endif

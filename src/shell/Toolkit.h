@@ -154,6 +154,10 @@ struct TextDrops {
 };
 void LetDrop(wxTextCtrl& field, TextDrops drops);
 
+// Returns with how many points an inch texts are drawn on a bitmap. The desktop's text size counts,
+// and the scale of the screen does not.
+double TextResolution();
+
 // Sends the event of a pressed button from a control that paints itself.
 void SendPress(wxWindow& control);
 

@@ -236,6 +236,18 @@ TEST_F(PrintCardsTest, AFileHasTheTextsOfAllScriptsOnTheirPages) {
     EXPECT_LT(cut.find("Japanese"), cut.find("Hebrew")) << "the columns are not mirrored";
 }
 
+TEST_F(PrintCardsTest, TextsAreAsLargeWhateverTheResolutionOfTheScreen) {
+    Insert(MakeCard("one", "x"));
+    for (const int resolution : {96, 240}) {
+        g_object_set(gtk_settings_get_default(), "gtk-xft-dpi", resolution * 1024, nullptr);
+        const PrintedCards cards = LayOutCards(mDatabase, {1}, "Default", PrintForm::kList);
+        cards.Layout->SetPaper(kA4);
+        // A line of 14 points on paper of 720 units an inch, with the room above and below letters.
+        EXPECT_NEAR(cards.Layout->MakePage(1).Lines.front().Place.height, 204, 25) << resolution;
+    }
+    gtk_settings_reset_property(gtk_settings_get_default(), "gtk-xft-dpi");
+}
+
 TEST_F(PrintCardsTest, PicturesArePrintedAndWhatIsMissingIsNamed) {
     const MediaFolder folder(mDatabase.GetPath());
     const wxString corpus(wxString(VELOMIND_CORPUS) + "/");
