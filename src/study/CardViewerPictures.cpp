@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "media/MediaFolder.h"
 #include "media/MediaLines.h"
 #include "media/windows/CardPictures.h"
 #include "study/CardViewer.h"
@@ -18,7 +19,7 @@ constexpr int32_t kPictureGap = 8;
 constexpr int32_t kLeastPicture = 64;
 // More pictures of a side than anybody looks at stay lines of text.
 constexpr size_t kMostPictures = 50;
-// A card with a sound has this where its line stands.
+// A card with a sound has this where its line stands, with the name of one that is missing.
 constexpr wchar_t kSoundMark[] = L"\u266A";
 // How much of the text's colour the place of a picture has.
 constexpr unsigned char kPlaceAlpha = 28;
@@ -45,7 +46,8 @@ void CardViewer::TakeMedia(CardViewerSide& side) {
     mpPictures->DropRequests();
     side.Words = ReplaceMediaLines(side.Text, [&](const MediaLine& line) {
         if (line.Kind == MediaKind::kSound) {
-            return wxString(kSoundMark);
+            const bool isThere = MediaFolder(mStore).Open(line.Name).IsOpen();
+            return isThere ? wxString(kSoundMark) : kSoundMark + (" " + line.Name);
         }
         if (side.Pictures.size() == kMostPictures) {
             return MakeMediaLine(line.Kind, line.Name);

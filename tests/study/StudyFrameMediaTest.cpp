@@ -71,6 +71,7 @@ TEST_F(StudyFrameMedia, ASoundThatIsMissingIsToldAndStudyGoesOn) {
     Insert(MakeCard("[sound: none.ogg]", "back"));
     Open();
     EXPECT_EQ(StatusText(1), "This sound cannot be played.");
+    EXPECT_TRUE(Viewer().GetFirst().Words.EndsWith(" none.ogg"));
     Keys({'4'});
     EXPECT_EQ(StatusText(1), "Score yourself");
     Command(ID_PLAY_SOUNDS, false);
