@@ -1,8 +1,5 @@
 #include "shell/Settings.h"
 
-#include <sys/stat.h>
-#include <wx/filename.h>
-
 #include <filesystem>
 
 #include "support/GuiTest.h"
@@ -13,11 +10,6 @@ struct SettingsFileTest : GuiTest {
     wxString FilePath() const { return mSettingsDirectory.Path("config/Velomind.conf"); }
 
     std::string ConfigDirectory() const { return mSettingsDirectory.Path("config").utf8_string(); }
-
-    void ExpectTheDefaultAfterAWrite() {
-        WriteIntegerSetting("EarlyIntroductionInterval", 7);
-        EXPECT_EQ(ReadIntegerSetting("EarlyIntroductionInterval"), 180);
-    }
 };
 
 }  // namespace

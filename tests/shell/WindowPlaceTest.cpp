@@ -50,86 +50,42 @@ TEST(WindowPlaceTest, APlaceIsBroughtOntoAScreenThatExists) {
 }
 
 struct WindowPositionTest : GuiTest {
-    // Opens a window as one of ours does and waits for the window manager, which makes a new
-    // window the active one when it has placed it.
-    wxFrame* Open(bool expectRestored) {
+    // Opens a window at a stored place as one of ours does and waits for the window manager, which
+    // makes a new window the active one when it has placed it.
+    wxFrame* Open() {
         auto* const frame =
             new wxFrame(nullptr, wxID_ANY, "Window", wxDefaultPosition, wxSize(300, 200));
-        EXPECT_EQ(RestoreWindowPosition("StudyFramePosition", "Velomind", *frame), expectRestored);
+        EXPECT_TRUE(RestoreWindowPosition("StudyFramePosition", "Velomind", *frame));
         ShowAndWait(*frame);
+        EXPECT_TRUE(WaitFor([&] { return GetInnerPlace(*frame) == mPlace; }))
+            << FormatPlace(GetInnerPlace(*frame));
         return frame;
     }
 
-    void Save(wxFrame& frame) {
-        SaveWindowPosition("StudyFramePosition", "Velomind", frame);
-        frame.Destroy();
-        DrainEvents();
-    }
+    const wxRect mPlace{120, 90, 333, 222};
 };
 
 TEST_F(WindowPositionTest, AWindowComesBackToItsPlaceFromStartToStart) {
-    const wxRect place(120, 90, 333, 222);
-    WriteStringSetting("StudyFramePosition", FormatPlace(place));
+    WriteStringSetting("StudyFramePosition", FormatPlace(mPlace));
     for (int start = 0; start < 3; ++start) {
-        wxFrame* const frame = Open(true);
-        EXPECT_TRUE(WaitFor([&] { return GetInnerPlace(*frame) == place; }))
-            << FormatPlace(GetInnerPlace(*frame));
-        Save(*frame);
+        wxFrame* const frame = Open();
+        SaveWindowPosition("StudyFramePosition", "Velomind", *frame);
+        frame->Destroy();
+        DrainEvents();
     }
-    EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(place));
+    EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(mPlace));
     EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222");
 }
 
-TEST_F(WindowPositionTest, AWindowWithoutAStoredPlaceHasItsSizeInsideTheFrame) {
-    Save(*Open(false));
-    EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "300,200");
-}
-
 TEST_F(WindowPositionTest, AWindowKeepsItsPlaceWhileItIsHiddenAndWhenItIsBack) {
-    const wxRect place(120, 90, 333, 222);
-    WriteStringSetting("StudyFramePosition", FormatPlace(place));
-    wxFrame* const frame = Open(true);
-    ASSERT_TRUE(WaitFor([&] { return GetInnerPlace(*frame) == place; }));
+    WriteStringSetting("StudyFramePosition", FormatPlace(mPlace));
+    wxFrame* const frame = Open();
     const wxRect outer = frame->GetRect();
     frame->Hide();
     // The window manager takes its frame away, by which the toolkit believes the window smaller.
     WaitFor([&] { return frame->GetRect() != outer; }, 500);
-    EXPECT_EQ(GetPlace(*frame).Free, place);
+    EXPECT_EQ(GetPlace(*frame).Free, mPlace);
     ShowAndWait(*frame);
-    EXPECT_TRUE(WaitFor([&] { return GetPlace(*frame).Free == place; }))
+    EXPECT_TRUE(WaitFor([&] { return GetPlace(*frame).Free == mPlace; }))
         << FormatPlace(GetPlace(*frame).Free);
-    frame->Destroy();
-}
-
-TEST_F(WindowPositionTest, AMaximisedWindowIsSoAgainAndReturnsToThePlaceItHad) {
-    const wxRect place(120, 90, 333, 222);
-    WriteStringSetting("StudyFramePosition", FormatPlace(place));
-    WriteStringSetting("StudyFrameSize", "333,222,maximised");
-    for (int start = 0; start < 2; ++start) {
-        wxFrame* const frame = Open(true);
-        EXPECT_TRUE(WaitFor([frame] { return frame->IsMaximized(); }));
-        Save(*frame);
-        EXPECT_EQ(ReadStringSetting("StudyFramePosition"), FormatPlace(place));
-        EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222,maximised");
-    }
-    wxFrame* const frame = Open(true);
-    EXPECT_TRUE(WaitFor([frame] { return frame->IsMaximized(); }));
-    frame->Maximize(false);
-    EXPECT_TRUE(WaitFor([&] { return !frame->IsMaximized() && GetInnerPlace(*frame) == place; }))
-        << FormatPlace(GetInnerPlace(*frame));
-    Save(*frame);
-    EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222");
-}
-
-TEST_F(WindowPositionTest, AWindowThatTheUserMaximisesKeepsThePlaceBefore) {
-    WriteStringSetting("StudyFramePosition", "120,90,333,222");
-    wxFrame* const frame = Open(true);
-    wxStopWatch sinceUp;
-    WaitFor([&] { return sinceUp.Time() > 400; });
-    frame->Maximize();
-    ASSERT_TRUE(WaitFor([frame] { return frame->IsMaximized() && frame->GetSize().x > 333; }));
-    DrainEvents();
-    Save(*frame);
-    EXPECT_EQ(ReadStringSetting("StudyFramePosition"), "120,90,333,222");
-    EXPECT_EQ(ReadStringSetting("StudyFrameSize"), "333,222,maximised");
 }
