@@ -131,10 +131,9 @@ TEST_F(DuplicatesTest, AllGroupsBecomeOneCardEachAndArePartedAgain) {
     Insert(Scored(MakeCard("a", "1"), 5000, 0));
     Insert(Scored(MakeCard("A", "2"), 7000, 3000));
     Insert(Scored(MakeCard("a", "3"), 0, 6000));
-    Insert(Scored(MakeCard("b", "1"), 0, 0));
-    Insert(Scored(MakeCard("b", "2"), 0, 0));
-    Insert(Scored(MakeCard("c", "1"), 0, 0));
-    Insert(Scored(MakeCard("c", "2"), 0, 0));
+    for (const auto& [front, back] : {std::pair("b", "1"), {"b", "2"}, {"c", "1"}, {"c", "2"}}) {
+        Insert(Scored(MakeCard(front, back), 0, 0));
+    }
     auto groups = FindDuplicates(mDatabase, SameBy::kFront, std::nullopt, mCancelled).Groups;
     // Another card has the row by now, and stays.
     ASSERT_EQ(Query("UPDATE Cards SET Front='d' WHERE ROWID=7").size(), 0U);
@@ -169,17 +168,9 @@ TEST_F(DuplicatesTest, AUnionIsTakenBackWithoutTheScoreThatCameAfterIt) {
     UndoHistory history;
     history.Add(std::move(change));
     const std::string all = "SELECT Front,Back,LastReview,RLastReview FROM Cards ORDER BY Front";
-    const auto united = ElementsAre("ecole|school, academy|7000|6000");
-    EXPECT_THAT(Query(all), united);
-
-    UndoOutcome outcome;
+    EXPECT_THAT(Query(all), ElementsAre("ecole|school, academy|7000|6000"));
     EXPECT_EQ(history.GetUndoLabel(), "Undo merging of cards \"ecole\"");
-    EXPECT_EQ(history.UndoLast(mDatabase, outcome), 0);
-    const auto parted = ElementsAre("ecole|school|5000|1000", "École|academy|7000|6000");
-    EXPECT_THAT(Query(all), parted);
-    EXPECT_EQ(history.GetRedoLabel(), "Redo merging of cards \"ecole\"");
-    EXPECT_EQ(history.RedoLast(mDatabase, outcome), 0);
-    EXPECT_THAT(Query(all), united);
+    UndoOutcome outcome;
     // A score after the merging stays.
     mDatabase.UpdateFlashCard(Scored(Stored(kept.CardId), 8000, 6000));
     EXPECT_EQ(history.UndoLast(mDatabase, outcome), 0);

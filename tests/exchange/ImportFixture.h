@@ -35,6 +35,19 @@ struct ImportFixture : StoreFixture {
         return ImportCards(input, mDatabase, *mResult, false, &mTouched);
     }
 
+    // The files of the store's cards, as "name=bytes".
+    Strings MediaFiles() const {
+        Strings files;
+        std::error_code none;
+        for (const auto& entry :
+             std::filesystem::directory_iterator(ToPath(StorePath() + ".media"), none)) {
+            files.push_back(entry.path().filename().string() + "=" +
+                            ReadBytes(FromPath(entry.path())));
+        }
+        std::sort(files.begin(), files.end());
+        return files;
+    }
+
     std::unique_ptr<ImportResult> mResult;
     std::set<int32_t> mTouched;
 };

@@ -40,15 +40,6 @@ struct ImportMediaTest : ImportFixture {
     }
     std::vector<CardAttribute> mPreview;
     Strings Cards() { return Query("SELECT Front, Back FROM Cards ORDER BY IntroductionOrder"); }
-    Strings Files() const {
-        Strings files;
-        std::error_code none;
-        for (const auto& entry : fs::directory_iterator(MediaFolder(StorePath()).GetPath(), none)) {
-            files.push_back(entry.path().filename().string());
-        }
-        std::sort(files.begin(), files.end());
-        return files;
-    }
 };
 
 TEST_F(ImportMediaTest, ATableNamesFilesInColumnsAndInLines) {
@@ -68,7 +59,8 @@ TEST_F(ImportMediaTest, ATableNamesFilesInColumnsAndInLines) {
                             "lien\n[sound: none.ogg]|link\n[picture: link.png]",
                             "loin|far\n[picture: far.png]", "autre|other\n[picture: theirs.png]",
                             "[sound: chat.ogg]|see\n[picture: cat.png]"));
-    EXPECT_THAT(Files(), ElementsAre("cat.png", "chat.ogg", "dog.jpg", "far.png"));
+    EXPECT_THAT(MediaFiles(),
+                ElementsAre("cat.png=CAT", "chat.ogg=SND", "dog.jpg=DOG", "far.png=FAR"));
     EXPECT_EQ(mPreview.at(1).Value, "cat\n[picture: cat.png]");
 }
 
@@ -80,32 +72,50 @@ TEST_F(ImportMediaTest, APictureAloneIsASideAndAChangedFileGetsAnotherName) {
     WriteBytes(mDirectory.Path("list/cat.png"), "NEW");
     EXPECT_EQ(ImportList(table), "0 inserted, 1 merged, 0 ignored");
     EXPECT_THAT(Cards(), ElementsAre("cat|[picture: cat-2.png]"));
-    EXPECT_THAT(Files(), ElementsAre("cat-2.png", "cat.png"));
+    EXPECT_THAT(MediaFiles(), ElementsAre("cat-2.png=NEW", "cat.png=CAT"));
 }
 
-TEST_F(ImportMediaTest, AnkiTextHasTagsThatComeBackAsLines) {
-    Insert(MakeCard("a  <b> & \"c\"\n[picture: a&b.png]\nd  e", "[sound: cat.ogg]\ncat"));
-    wxString name;
-    ASSERT_EQ(MediaFolder(StorePath()).AddBytes("CAT", "a&b.png", name), 0);
-    const Strings before = Cards();
-    ExportOptions options;
-    options.Format = ExportFormat::kAnkiText;
-    ExportProgress progress;
-    std::vector<int64_t> rowIds;
-    mDatabase.CardSelectRowIdsOrder(CardOrder(CardColumn::kCategory), rowIds);
-    const wxString path = mDirectory.Path("anki.txt");
-    ASSERT_EQ(ExportToFile(path, wxFONTENCODING_UTF8, mDatabase, rowIds, options, progress), 0);
-    EXPECT_THAT(ReadBytes(path), testing::HasSubstr("<img src=\"\"a&amp;b.png\"\"><br>d &nbsp;e"));
-    EXPECT_THAT(MediaExportHint(mDatabase, options).utf8_string(),
-                testing::HasSubstr("collection.media"));
-    Query("DELETE FROM Cards");
-    Reopen();
-    ImportInput input;
-    input.FileName = path;
-    GuessFormat(input, mDatabase);
-    Run(input);
-    EXPECT_EQ(Outcome(), "1 inserted, 0 merged, 0 ignored");
-    EXPECT_EQ(Cards(), before);
+// What goes out as text for Anki comes back as it was, into another store: with tags where it has
+// files, and else as plain text.
+TEST_F(ImportMediaTest, AnkiTextComesBackAsItWent) {
+    FlashCard card = MakeCard("a\tb \"c\"\n#d", L"\u6F22\n\u3010kan\u3011");
+    card.Notes = "<b>1 < 2</b> & more\n\nend";
+    Insert(card);
+    mDatabase.CategoryInsert("A::B");
+    Insert(MakeCard("#front", "back;x,y", 1));
+    for (const bool hasFiles : {false, true}) {
+        if (hasFiles) {
+            // In a text with tags a tab is a blank like any other.
+            Query("UPDATE Cards SET Front = REPLACE(Front, CHAR(9), ' ')");
+            Insert(MakeCard("a  <b> & \"c\"\n[picture: a&b.png]\nd  e", "[sound: cat.ogg]\ncat"));
+            wxString name;
+            ASSERT_EQ(MediaFolder(StorePath()).AddBytes("CAT", "a&b.png", name), 0);
+        }
+        const std::string all =
+            "SELECT CardId, Front, Back, Notes, Name FROM Cards JOIN Categories ON CategoryId = "
+            "Categories.Id ORDER BY Front";
+        const Strings before = Query(all);
+        ExportOptions options;
+        options.Format = ExportFormat::kAnkiText;
+        ExportProgress progress;
+        std::vector<int64_t> rowIds;
+        mDatabase.CardSelectRowIdsOrder(CardOrder(CardColumn::kCategory), rowIds);
+        ImportInput input;
+        input.FileName = mDirectory.Path("anki.txt");
+        ASSERT_EQ(
+            ExportToFile(input.FileName, wxFONTENCODING_UTF8, mDatabase, rowIds, options, progress),
+            0);
+        const std::string text = ReadBytes(input.FileName);
+        EXPECT_EQ(text.find("<img src=\"\"a&amp;b.png\"\"><br>d &nbsp;e") != text.npos, hasFiles);
+        EXPECT_EQ(MediaExportHint(mDatabase, options).Contains("collection.media"), hasFiles);
+        Query("DELETE FROM Cards");
+        Reopen();
+        GuessFormat(input, mDatabase);
+        Run(input);
+        EXPECT_EQ(Outcome(),
+                  hasFiles ? "3 inserted, 0 merged, 0 ignored" : "2 inserted, 0 merged, 0 ignored");
+        EXPECT_EQ(Query(all), before) << text;
+    }
 }
 
 }  // namespace

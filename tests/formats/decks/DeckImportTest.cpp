@@ -6,7 +6,6 @@
 #include <cstdlib>
 
 #include "base/Time.h"
-#include "exchange/Export.h"
 #include "formats/decks/DeckFixture.h"
 #include "formats/decks/DeckFormats.h"
 #include "formats/decks/DeckSurvey.h"
@@ -318,32 +317,4 @@ TEST(AnkiSchedule, KeepsIntervalScoreAndEase) {
     bool clamped = false;
     EXPECT_LE(static_cast<double>(StoredInterval(kLastTimeStamp - 100, 1e12, clamped)), 100.0);
     EXPECT_TRUE(clamped);
-}
-
-// What goes out as plain text for Anki comes back as it was, into another store.
-TEST_F(DeckImportTest, AnkiTextComesBackAsItWent) {
-    FlashCard card = MakeCard("a\tb \"c\"\n#d", L"\u6F22\n\u3010kan\u3011");
-    card.Notes = "<b>1 < 2</b> & more\n\nend";
-    Insert(card);
-    mDatabase.CategoryInsert("A::B");
-    Insert(MakeCard("#front", "back;x,y", 1));
-    const char* const all =
-        "SELECT CardId, Front, Back, Notes, Name FROM Cards JOIN Categories ON CategoryId = "
-        "Categories.Id ORDER BY Front";
-    const Strings before = Query(all);
-    ExportOptions options;
-    options.Format = ExportFormat::kAnkiText;
-    ExportProgress progress;
-    const wxString path = mDirectory.Path("anki.txt");
-    std::vector<int64_t> rowIds;
-    mDatabase.CardSelectRowIdsOrder(CardOrder(CardColumn::kCategory), rowIds);
-    ASSERT_EQ(ExportToFile(path, wxFONTENCODING_UTF8, mDatabase, rowIds, options, progress), 0);
-    Query("DELETE FROM Cards");
-    Reopen();
-    ImportInput input;
-    input.FileName = path;
-    GuessFormat(input, mDatabase);
-    Run(input);
-    EXPECT_EQ(Outcome(), "2 inserted, 0 merged, 0 ignored") << ReadBytes(path);
-    EXPECT_EQ(Query(all), before) << ReadBytes(path);
 }

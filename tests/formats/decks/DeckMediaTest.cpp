@@ -1,9 +1,5 @@
-#include <sys/resource.h>
-
 #include <filesystem>
 
-#include "formats/HtmlText.h"
-#include "formats/MediaSource.h"
 #include "formats/decks/DeckFixture.h"
 #include "formats/decks/DeckSurvey.h"
 
@@ -20,16 +16,6 @@ std::string Part(char field, const std::string& bytes) {
 
 struct DeckMediaTest : DeckFixture {
     wxString Folder() const { return StorePath() + ".media/"; }
-    Strings Files() const {
-        Strings files;
-        std::error_code none;
-        for (const auto& entry : fs::directory_iterator(ToPath(Folder()), none)) {
-            files.push_back(entry.path().filename().string() + "=" +
-                            ReadBytes(FromPath(entry.path())));
-        }
-        std::sort(files.begin(), files.end());
-        return files;
-    }
     // A package of the third generation, whose files are compressed by themselves.
     std::string NewPackage(const std::string& rows, const Members& files) {
         std::string list;
@@ -75,7 +61,7 @@ TEST_F(DeckMediaTest, BringsTheFilesThatNotesUseOfEachGeneration) {
         fs::remove_all(ToPath(Folder()));
         Query("DELETE FROM Cards");
         EXPECT_EQ(ImportDeck(package), "2 inserted, 0 merged, 0 ignored");
-        EXPECT_THAT(Files(), ElementsAre("cat one.png=CAT", "chat.mp3=SND", "dog.jpg=DOG"));
+        EXPECT_THAT(MediaFiles(), ElementsAre("cat one.png=CAT", "chat.mp3=SND", "dog.jpg=DOG"));
         EXPECT_THAT(Query("SELECT Front, Back FROM Cards ORDER BY IntroductionOrder"),
                     ElementsAre("chat\n[sound: chat.mp3]|[picture: cat one.png]\ncat\nmore",
                                 "[picture: dog.jpg]|dog"));
@@ -84,7 +70,7 @@ TEST_F(DeckMediaTest, BringsTheFilesThatNotesUseOfEachGeneration) {
     EXPECT_EQ(ImportDeck(MakePackage(old)), "0 inserted, 0 merged, 2 ignored");
     old[3].second = "DOG2";
     EXPECT_EQ(ImportDeck(MakePackage(old)), "0 inserted, 1 merged, 1 ignored");
-    EXPECT_THAT(Files(),
+    EXPECT_THAT(MediaFiles(),
                 ElementsAre("cat one.png=CAT", "chat.mp3=SND", "dog-2.jpg=DOG2", "dog.jpg=DOG"));
     EXPECT_THAT(Query("SELECT Front FROM Cards WHERE Back = 'dog'"),
                 ElementsAre("[picture: dog-2.jpg]"));
@@ -103,7 +89,7 @@ TEST_F(DeckMediaTest, BringsTheFilesOfMnemosyne) {
                                       {"chat.ogg", "SND"},
                                       {"../evil.png", "NO"}})),
               "1 inserted, 0 merged, 0 ignored");
-    EXPECT_THAT(Files(), ElementsAre("chat.ogg=SND", "chat.png=CAT"));
+    EXPECT_THAT(MediaFiles(), ElementsAre("chat.ogg=SND", "chat.png=CAT"));
     const Strings cards = {"[picture: chat.png]|[sound: chat.ogg]\ncat"};
     EXPECT_EQ(Query("SELECT Front, Back FROM Cards"), cards);
 
@@ -119,27 +105,8 @@ TEST_F(DeckMediaTest, BringsTheFilesOfMnemosyne) {
             "(1,'b','<audio src=\"chat.ogg\"></audio>cat');"
             "INSERT INTO cards VALUES(1,'c','1',1,'1.1',-1,-1,-1,2.5,1);");
     EXPECT_EQ(ImportDeck(MakeDatabase(script)), "1 inserted, 0 merged, 0 ignored");
-    EXPECT_THAT(Files(), ElementsAre("chat.ogg=SND", "chat.png=CAT"));
+    EXPECT_THAT(MediaFiles(), ElementsAre("chat.ogg=SND", "chat.png=CAT"));
     EXPECT_EQ(Query("SELECT Front, Back FROM Cards"), cards);
-}
-
-TEST_F(DeckMediaTest, TellsHowManyComeAlongAndWhatDoesNot) {
-    const wxString path = mDirectory.Path("deck.apkg");
-    WriteBytes(path, MakePackage({{"media", R"({"0":"chat.mp3","1":"dog.jpg"})"},
-                                  {"0", std::string(3000, 's')},
-                                  {"1", std::string(2000, 'p')},
-                                  {"collection.anki2", MakeDatabase(Schema11(kCardRows))}}));
-    wxString message;
-    const auto file = DeckFile::Open(path, message);
-    SurveyProgress progress;
-    const DeckSurvey survey = SurveyDeck(file, DeckOptions(), mDatabase, progress);
-    EXPECT_EQ(survey.Files, 2);
-    EXPECT_EQ(survey.FileBytes, 5000);
-    EXPECT_EQ(survey.Losses[static_cast<size_t>(DeckLoss::kPictures)], 2);
-    EXPECT_EQ(survey.Losses[static_cast<size_t>(DeckLoss::kSounds)], 0);
-    EXPECT_THAT(DescribeSurvey(survey),
-                testing::Contains(wxString("2 pictures and sounds come along (5 KB).")));
-    EXPECT_THAT(Files(), testing::IsEmpty());
 }
 
 TEST_F(DeckMediaTest, SurvivesHostileListsAndNames) {
@@ -162,7 +129,7 @@ TEST_F(DeckMediaTest, SurvivesHostileListsAndNames) {
                       {{"media", list}, {"0", "E"}, {"1", "C"}, {"collection.anki2", collection}})),
                   "1 inserted, 0 merged, 0 ignored")
             << list;
-        EXPECT_EQ(Files(), files) << list;
+        EXPECT_EQ(MediaFiles(), files) << list;
     }
     // A full disk ends the import before its first card.
     Query("DELETE FROM Cards");
@@ -175,7 +142,7 @@ TEST_F(DeckMediaTest, SurvivesHostileListsAndNames) {
         EXPECT_THAT(ImportDeck(package), testing::HasSubstr("could not be written"));
     }
     EXPECT_THAT(Query("SELECT COUNT(*) FROM Cards"), ElementsAre("0"));
-    EXPECT_THAT(Files(), testing::IsEmpty());
+    EXPECT_THAT(MediaFiles(), testing::IsEmpty());
 }
 
 }  // namespace
