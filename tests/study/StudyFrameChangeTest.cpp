@@ -115,19 +115,6 @@ TEST_F(StudyFrameChange, TheLogAndTheHistoryGoWithTheStore) {
     Keys({WXK_RIGHT, '4', '4'});
     EXPECT_EQ(lines(moved), 2);
     EXPECT_FALSE(wxFileName::FileExists(ReviewLogPath(StorePath())));
-
-    // A copy has the same cards, with what was done to them there.
-    const wxString copy = mDirectory.Path("copy.vlm");
-    WriteBytes(copy, ReadBytes(moved));
-    mDatabase.Close();
-    ASSERT_EQ(mDatabase.Open(copy, mWait), 0);
-    mpFrame->ForgetStore();
-    mDatabase.Notify();
-    Keys({WXK_LEFT});
-    EXPECT_EQ(StatusText(1), "Try to remember");
-    Keys({'4', '4'});
-    EXPECT_EQ(lines(moved), 2);
-    EXPECT_EQ(lines(copy), 1);
 }
 
 TEST_F(StudyFrameChange, AnotherStoreBringsItsOwnCardsAndKeepsTheDirection) {

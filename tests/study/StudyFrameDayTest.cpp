@@ -14,11 +14,6 @@ struct StudyFrameDay : StudyFrameTest {
         text.Replace("\n", " ");
         return text + (FindById(bar, ID_SHOW_MORE_TODAY)->IsShown() ? " [more]" : "");
     }
-    void Escape() {
-        wxKeyEvent escape(wxEVT_CHAR_HOOK);
-        escape.m_keyCode = WXK_ESCAPE;
-        mpFrame->HandleWindowEvent(escape);
-    }
     void LogFailure(const FlashCard& card, int64_t time) {
         ReviewRecord record;
         record.Time = time;
@@ -45,7 +40,7 @@ TEST_F(StudyFrameDay, TheStatusBarTellsHowFarTheDayIsAndAQuietLineThatItIsEnough
     EXPECT_EQ(StatusText(3), "3 of 3");
     EXPECT_EQ(Bar(), "Enough for today: 3 answers.");
     EXPECT_EQ(State(), "f4|");
-    Escape();
+    SendKeyEvent(wxEVT_CHAR_HOOK, *mpFrame, WXK_ESCAPE);
     Keys({WXK_SPACE, '4'});
     EXPECT_EQ(StatusText(3), "4 of 3");
     EXPECT_EQ(Bar(), "");

@@ -94,9 +94,7 @@ TEST_F(StudyFrameState, ABarTellsOfTheBreakUntilItIsDismissedForThatBreak) {
     Keys({'5'});
     EXPECT_TRUE(bar.IsShown());
     EXPECT_TRUE(Scores().HasFocus());
-    wxKeyEvent escape(wxEVT_CHAR_HOOK);
-    escape.m_keyCode = WXK_ESCAPE;
-    mpFrame->HandleWindowEvent(escape);
+    SendKeyEvent(wxEVT_CHAR_HOOK, *mpFrame, WXK_ESCAPE);
     EXPECT_FALSE(bar.IsShown());
     // A card that fails in early review is due at once, but belongs to the same break.
     Keys({WXK_SPACE, '0'});

@@ -14,7 +14,18 @@ struct RecordingOutput : SpeechOutput {
     wxString Log;
 };
 
-struct StudySpeechTest : GuiTest {};
+struct StudySpeechTest : GuiTest {
+    // Asks a card and then shows its answer.
+    static void ShowBoth(StudySpeech& speech, StudySpeech::Step& step, bool saysAgain = false) {
+        step.CardId = MakeCard("", "").CardId;
+        speech.Show(step, true);
+        if (saysAgain) {
+            speech.SayAgain();
+        }
+        step.IsAnswerShown = true;
+        speech.Show(step, false);
+    }
+};
 
 // "q1" asks card 1, "a1" shows its answer, "=" draws again, "h2" shows card 2 of the history, "c1"
 // goes back to the question of card 1 and "d1" to its answer, "x" leaves, "8" is the key.
@@ -87,13 +98,9 @@ TEST_F(StudySpeechTest, ASideWithSoundsIsPlayedAndNotSpoken) {
             output.Log += names.empty() ? wxString("- ") : "[" + names[0] + " " + names[1] + "] ";
         });
         StudySpeech::Step step;
-        step.CardId = MakeCard("", "").CardId;
         step.Front = "[sound: a.ogg]\n[sound: b.ogg]";
         step.Back = "word\n[picture: c.png]";
-        speech.Show(step, true);
-        speech.SayAgain();
-        step.IsAnswerShown = true;
-        speech.Show(step, false);
+        ShowBoth(speech, step, true);
         EXPECT_EQ(output.Log, row.Log) << row.What;
     }
 }
@@ -108,13 +115,10 @@ TEST_F(StudySpeechTest, EachSideOfACategoryHasItsVoice) {
     StudySpeech speech(output);
     for (const int32_t category : {1, 2}) {
         StudySpeech::Step step;
-        step.CardId = MakeCard("", "").CardId;
         step.CategoryId = category;
         step.Front = "f";
         step.Back = "b";
-        speech.Show(step, true);
-        step.IsAnswerShown = true;
-        speech.Show(step, false);
+        ShowBoth(speech, step);
     }
     EXPECT_EQ(output.Log, ". f@ja/Hana Ito . b@de/ . f/ . b/ ");
 }
