@@ -3,8 +3,8 @@
 #include "edit/EditForm.h"
 #include "edit/EditSchedulePanel.h"
 #include "plot/PlotControl.h"
-#include "reviews/ReviewLog.h"
 #include "support/GuiTest.h"
+#include "support/LoggedReview.h"
 
 #include <wx/clipbrd.h>
 #include <wx/spinctrl.h>
@@ -441,15 +441,8 @@ TEST_F(EditFrameTest, AnEditorFollowsTheStoreAndATypedTextStays) {
 // open; a new card has none.
 TEST_F(EditFrameTest, TheReviewsOfACardAppearBesideItsSchedule) {
     FlashCard card = Insert(MakeCard("front", "back"));
-    ReviewLog log(ReviewLogPath(StorePath()));
-    const auto review = [&](const CardUuid& id, ReviewDirection direction, uint8_t score) {
-        ReviewRecord record;
-        record.Time = 1700000000 + 90000 * score;
-        record.CardId = id;
-        record.Direction = direction;
-        record.Score = score;
-        record.NewInterval = 86400;
-        log.Append(record, CardSchedule(), 0, 0);
+    const auto review = [&](const CardUuid& id, ReviewDirection direction, int score) {
+        LoggedReview{id, 1700000000 + 90000 * score, score, 60, 0, direction}.AppendTo(StorePath());
     };
     review(MakeCard("another", "").CardId, kReviewForward, 1);
     review(card.CardId, kReviewForward, 2);

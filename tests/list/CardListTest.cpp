@@ -1,8 +1,8 @@
 #include "list/ListFixture.h"
 
 #include "files/StoreFiles.h"
-#include "reviews/ReviewLog.h"
 #include "shell/Toolkit.h"
+#include "support/LoggedReview.h"
 
 struct CardListTest : ListTest {
     long FocusedRow() { return Cards().GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
@@ -330,14 +330,9 @@ TEST_F(CardListTest, TheOrderOfIntroductionIsSetByHand) {
 
 TEST_F(CardListTest, FailuresAreCountedInTheLogAndSortedBy) {
     InsertCards({"never", "new", "once", "twice"});
-    ReviewLog log(ReviewLogPath(mDatabase.GetPath()));
-    const auto review = [&](size_t card, uint8_t score, int64_t elapsed = 60) {
-        ReviewRecord record;
-        record.Time = mServices.Time.Now().GetTicks();
-        record.CardId = mCards[card].CardId;
-        record.Score = score;
-        record.Elapsed = elapsed;
-        log.Append(record, CardSchedule(), 0, 0);
+    const auto review = [&](size_t card, int score, int64_t elapsed = 60) {
+        LoggedReview{mCards[card].CardId, mServices.Time.Now().GetTicks(), score, elapsed}.AppendTo(
+            StorePath());
         mCards[card].Forward.Introduced = true;
         mCards[card].Forward.LastReview = mServices.Time.Now();
         EXPECT_EQ(mDatabase.UpdateFlashCard(mCards[card]), 0);

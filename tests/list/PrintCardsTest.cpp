@@ -214,28 +214,6 @@ struct PrintCardsTest : ListTest {
     }
 };
 
-TEST_F(PrintCardsTest, AFileHasTheTextsOfAllScriptsOnTheirPages) {
-    Insert(MakeCard(L"\u65E5\u672C\u8A9E", L"Japanese"));
-    Insert(MakeCard(L"\u05E2\u05D1\u05E8\u05D9\u05EA", L"Hebrew"));
-    std::vector<int64_t> rowIds{2, 1};
-    const std::string list = Print(PrintForm::kList, rowIds);
-    EXPECT_THAT(list, ::testing::HasSubstr("Default"));
-    EXPECT_THAT(list, ::testing::HasSubstr("Page 1 of 1"));
-    EXPECT_LT(list.find(wxString(L"\u05E2\u05D1\u05E8\u05D9\u05EA").utf8_string()),
-              list.find(wxString(L"\u65E5\u672C\u8A9E").utf8_string()));
-    EXPECT_LT(list.find("Hebrew"), list.find("Japanese"));
-    EXPECT_NE(list.find("Japanese"), std::string::npos);
-
-    // The backs are on the second page. A card that is gone leaves its place empty.
-    rowIds.push_back(99);
-    const std::string cut = Print(PrintForm::kCutOut, rowIds);
-    const size_t page = cut.find('\f');
-    ASSERT_NE(page, std::string::npos);
-    EXPECT_LT(cut.find(wxString(L"\u65E5\u672C\u8A9E").utf8_string()), page);
-    EXPECT_GT(cut.find("Hebrew"), page);
-    EXPECT_LT(cut.find("Japanese"), cut.find("Hebrew")) << "the columns are not mirrored";
-}
-
 TEST_F(PrintCardsTest, TextsAreAsLargeWhateverTheResolutionOfTheScreen) {
     Insert(MakeCard("one", "x"));
     for (const int resolution : {96, 240}) {
@@ -248,22 +226,42 @@ TEST_F(PrintCardsTest, TextsAreAsLargeWhateverTheResolutionOfTheScreen) {
     gtk_settings_reset_property(gtk_settings_get_default(), "gtk-xft-dpi");
 }
 
-TEST_F(PrintCardsTest, PicturesArePrintedAndWhatIsMissingIsNamed) {
+TEST_F(PrintCardsTest, AFileHasTheTextsOfAllScriptsAndPicturesAndNamesWhatIsMissing) {
     const MediaFolder folder(mDatabase.GetPath());
     const wxString corpus(wxString(VELOMIND_CORPUS) + "/");
     for (const char* const file : {"good.png", "cut.gif", "text.png", "good.svg"}) {
         wxString name;
         ASSERT_EQ(folder.Add(ToPath(corpus + file), file, name), 0);
     }
-    Insert(MakeCard("[picture: good.png]\n[sound: x.ogg]", "[picture: good.svg]"));
-    Insert(MakeCard("[picture: none.png]", "[picture: text.png]\n[picture: cut.gif]"));
+    const wxString japanese(L"\u65E5\u672C\u8A9E");
+    const wxString hebrew(L"\u05E2\u05D1\u05E8\u05D9\u05EA");
+    Insert(MakeCard(japanese + "\n[picture: good.png]\n[sound: x.ogg]",
+                    "Japanese\n[picture: good.svg]"));
+    Insert(MakeCard(hebrew + "\n[picture: none.png]",
+                    "Hebrew\n[picture: text.png]\n[picture: cut.gif]"));
+    // A card that is gone leaves its place empty.
     for (const PrintForm form : {PrintForm::kList, PrintForm::kCutOut}) {
-        const std::string text = Print(form, {1, 2});
+        const std::string text = Print(form, {2, 1, 99});
+        const auto place = [&text](const wxString& word) {
+            EXPECT_NE(text.find(word.utf8_string()), std::string::npos) << word << " in " << text;
+            return text.find(word.utf8_string());
+        };
         for (const char* const name : {"none.png", "text.png", "cut.gif"}) {
-            EXPECT_NE(text.find(name), std::string::npos) << text;
+            place(name);
         }
         EXPECT_EQ(text.find("good"), std::string::npos) << text;
         EXPECT_EQ(text.find("["), std::string::npos) << text;
+        if (form == PrintForm::kList) {
+            place("Default");
+            place("Page 1 of 1");
+            EXPECT_LT(place(hebrew), place(japanese));
+            EXPECT_LT(place("Hebrew"), place("Japanese"));
+        } else {
+            // The backs are on the second page.
+            EXPECT_LT(place(japanese), place("\f"));
+            EXPECT_GT(place("Hebrew"), place("\f"));
+            EXPECT_LT(place("Japanese"), place("Hebrew")) << "the columns are not mirrored";
+        }
         wxArrayString pictures;
         wxExecute("pdfimages -list " + PathOf(form), pictures, wxEXEC_SYNC);
         EXPECT_GE(pictures.size(), 2U + 2U) << wxJoin(pictures, '\n', '\0');

@@ -6,9 +6,9 @@
 #include <wx/hyperlink.h>
 
 #include "plot/PlotControl.h"
-#include "reviews/ReviewLog.h"
 #include "statistics/CostlyCards.h"
 #include "support/GuiTest.h"
+#include "support/LoggedReview.h"
 
 namespace {
 
@@ -28,14 +28,9 @@ struct StatisticsFrameTest : FrameTest<StatisticsFrame> {
         card.Forward.LastReview = wxDateTime(static_cast<time_t>(now));
         card.Forward.ReviewInterval = static_cast<float>(kDay);
         Insert(card);
-        ReviewLog log(ReviewLogPath(StorePath()));
         for (int i = 0; i < 3; ++i) {
-            ReviewRecord record;
-            record.Time = now - (2 - i) * kDay;
-            record.CardId = card.CardId;
-            record.Score = i == 1 ? 1 : 4;
-            record.Elapsed = i == 0 ? -1 : kDay;
-            log.Append(record, CardSchedule(), 0, 0);
+            LoggedReview{card.CardId, now - (2 - i) * kDay, i == 1 ? 1 : 4, i == 0 ? -1 : kDay}
+                .AppendTo(StorePath());
         }
         return card.CardId;
     }
@@ -140,13 +135,9 @@ TEST_F(StatisticsFrameTest, CardsThatTakeTooMuchAreExcludedOrBegunAnewInOneStep)
     std::vector<CardUuid> ids;
     for (const char* const front : {"one", "two", "three"}) {
         ids.push_back(Study(front, 0));
-        ReviewRecord record;
-        record.CardId = ids.back();
-        record.Elapsed = kDay;
-        record.OldInterval = static_cast<float>(kDay);
         for (int i = *front == 't' ? 0 : 1; i < 9; ++i) {
-            record.Time = now - 40 * kDay + i * kDay;
-            ReviewLog(ReviewLogPath(StorePath())).Append(record, CardSchedule(), 0, 0);
+            LoggedReview{ids.back(), now - 40 * kDay + i * kDay, 0, kDay, 86400}.AppendTo(
+                StorePath());
         }
     }
     Open();
@@ -186,15 +177,12 @@ TEST_F(StatisticsFrameTest, CardsThatTakeTooMuchAreExcludedOrBegunAnewInOneStep)
 // A month of forgotten cards that were asked often, all with threes.
 TEST_F(StatisticsFrameTest, TheOverviewSaysWhatTheMonthSuggestsUntilItIsSentAway) {
     const CardUuid id = Study("one", 0);
-    ReviewLog log(ReviewLogPath(StorePath()));
+    const int64_t now = mServices.Time.Now().GetTicks();
     for (int i = 0; i < 200; ++i) {
-        ReviewRecord record;
-        record.CardId = id;
-        record.Time = mServices.Time.Now().GetTicks() - (20 - i / 10) * kDay + i % 10;
-        record.Elapsed = 1;
-        record.Score = i % 10 == 0 ? 0 : 3;
-        record.OldInterval = static_cast<float>(i % 10 == 0 ? kDay : 1);
-        log.Append(record, CardSchedule(), 0, 0);
+        const bool isFirst = i % 10 == 0;
+        LoggedReview{id, now - (20 - i / 10) * kDay + i % 10, isFirst ? 0 : 3, 1,
+                     isFirst ? 86400.0f : 1}
+            .AppendTo(StorePath());
     }
     Open();
     DrainEvents();

@@ -7,17 +7,6 @@ namespace {
 
 using StudyFrameChange = StudyFrameTest;
 
-TEST_F(StudyFrameChange, AnEditElsewhereKeepsTheStepOfStudy) {
-    FlashCard card = InsertCards(1).front();
-    Open();
-    Keys({'1'});
-    card.Back = "another back";
-    ASSERT_EQ(mDatabase.UpdateFlashCard(card), 0);
-    mDatabase.Notify();
-    EXPECT_EQ(State(), "f1/another back");
-    EXPECT_EQ(Scores().GetSelection(), 4);
-}
-
 TEST_F(StudyFrameChange, ACardIsDeletedAfterAQuestion) {
     InsertCards(2);
     Open();

@@ -1,5 +1,6 @@
 #include "study/StudyFrameFixture.h"
 #include "study/StudyTexts.h"
+#include "support/LoggedReview.h"
 
 namespace {
 
@@ -13,14 +14,6 @@ struct StudyFrameDay : StudyFrameTest {
         wxString text = Find<wxStaticText>(bar, "staticText").GetLabel();
         text.Replace("\n", " ");
         return text + (FindById(bar, ID_SHOW_MORE_TODAY)->IsShown() ? " [more]" : "");
-    }
-    void LogFailure(const FlashCard& card, int64_t time) {
-        ReviewRecord record;
-        record.Time = time;
-        record.CardId = card.CardId;
-        record.Elapsed = record.Score = 1;
-        record.OldInterval = 86400;
-        ReviewLog(ReviewLogPath(StorePath())).Append(record, CardSchedule(), 0, 0);
     }
 };
 
@@ -86,7 +79,7 @@ TEST_F(StudyFrameDay, ACardThatTakesTooMuchAndAPauseAreToldOnce) {
     }
     WriteIntegerSetting(kSettingEnoughForToday, 1);
     for (int64_t i = 8; i > 0; --i) {
-        LogFailure(cards[0], now - (21 + i) * 86400);
+        LoggedReview{cards[0].CardId, now - (21 + i) * 86400, 1, 1, 86400}.AppendTo(StorePath());
     }
     Open();
     EXPECT_TRUE(WaitFor([this] { return !Bar().empty(); }));
