@@ -16,6 +16,17 @@ struct DuplicatesDialogTest : GuiStoreTest {
             return shown == status;
         })) << shown;
     }
+    // Shows the dialog, lets it act and closes it.
+    void Show(const std::function<void(wxDialog&)>& act) {
+        mAnswers.Then([&act](wxDialog& dialog) {
+            act(dialog);
+            dialog.EndModal(wxID_CLOSE);
+        });
+        DuplicatesDialog(nullptr, mServices, mDatabase, mReport).ShowModal();
+    }
+
+    FakeServices mServices;
+    ModalAnswers mAnswers;
 };
 
 TEST_F(DuplicatesDialogTest, MergesTwoCardsOfAGroupIntoTheOneReviewedLast) {
@@ -25,14 +36,12 @@ TEST_F(DuplicatesDialogTest, MergesTwoCardsOfAGroupIntoTheOneReviewedLast) {
     Insert(studied);
     Insert(MakeCard("ecole", "school"));
     Insert(MakeCard("other", "card"));
-    FakeServices services;
-    ModalAnswers answers;
-    answers.Then([&](wxDialog& dialog) {
+    Show([&](wxDialog& dialog) {
         WaitStatus(dialog, "1 group with 3 cards, 0 ticked");
         // A merge that is called off changes nothing.
-        answers.ThenPress(MergeDialog::kStopId);
+        mAnswers.ThenPress(MergeDialog::kStopId);
         Send(*FindById(dialog, Id::kMergeId));
-        answers.Then([](wxDialog& merge) {
+        mAnswers.Then([](wxDialog& merge) {
             Find<wxTextCtrl>(merge, MergeDialog::kFrontIds[MergeDialog::kMergedColumn])
                 .SetValue("the ecole");
             Send(*FindById(merge, MergeDialog::kKeepMergedId));
@@ -43,34 +52,28 @@ TEST_F(DuplicatesDialogTest, MergesTwoCardsOfAGroupIntoTheOneReviewedLast) {
         WaitStatus(dialog, "No two cards are the same.");
         EXPECT_FALSE(FindById(dialog, Id::kMergeId)->IsEnabled());
         Choose(dialog, Id::kSameById, 0);
-        dialog.EndModal(wxID_CLOSE);
     });
-    DuplicatesDialog(nullptr, services, mDatabase, mReport).ShowModal();
     EXPECT_THAT(Query("SELECT Front,Back,Introduced FROM Cards ORDER BY ROWID"),
                 ElementsAre("the ecole|school|1", "ecole|school|0", "other|card|0"));
-    EXPECT_EQ(services.History.GetUndoLabel(), "Undo merging of cards \"the ecole\"");
+    EXPECT_EQ(mServices.History.GetUndoLabel(), "Undo merging of cards \"the ecole\"");
 }
 
 TEST_F(DuplicatesDialogTest, TellsOfACardThatWentMeanwhile) {
     Insert(MakeCard("a", "b"));
     const FlashCard gone = Insert(MakeCard("A", "c"));
-    FakeServices services;
-    ModalAnswers answers;
-    answers.Then([&](wxDialog& dialog) {
+    Show([&](wxDialog& dialog) {
         WaitStatus(dialog, "1 group with 2 cards, 0 ticked");
-        answers.Then([&](wxDialog& merge) {
+        mAnswers.Then([&](wxDialog& merge) {
             mDatabase.DeleteCard(gone.CardId);
             Send(*FindById(merge, MergeDialog::kKeepDatabaseId));
         });
-        answers.Expect(wxID_OK);
+        mAnswers.Expect(wxID_OK);
         Send(*FindById(dialog, Id::kMergeId));
         WaitStatus(dialog, "No two cards are the same.");
-        dialog.EndModal(wxID_CLOSE);
     });
-    DuplicatesDialog(nullptr, services, mDatabase, mReport).ShowModal();
-    EXPECT_EQ(answers.Dialogs.back().Message,
+    EXPECT_EQ(mAnswers.Dialogs.back().Message,
               "One of these cards was changed or deleted meanwhile.");
-    EXPECT_TRUE(services.History.IsEmpty());
+    EXPECT_TRUE(mServices.History.IsEmpty());
 }
 
 TEST_F(DuplicatesDialogTest, MergesTheTickedGroupsInOneStep) {
@@ -78,10 +81,8 @@ TEST_F(DuplicatesDialogTest, MergesTheTickedGroupsInOneStep) {
         Insert(MakeCard(front, front + 1));
     }
     Insert(MakeCard("chosen", "another"));
-    FakeServices services;
-    ModalAnswers answers;
     const wxString all = "2 groups with 5 cards, %i ticked";
-    answers.Then([&](wxDialog& dialog) {
+    Show([&](wxDialog& dialog) {
         WaitStatus(dialog, wxString::Format(all, 1));
         auto& tickAll = Find<wxCheckBox>(dialog, Id::kAllId);
         for (const bool tick : {true, false}) {
@@ -93,15 +94,13 @@ TEST_F(DuplicatesDialogTest, MergesTheTickedGroupsInOneStep) {
         tickAll.SetValue(true);
         Send(tickAll, wxEVT_CHECKBOX, true);
         for (const int answer : {wxID_CANCEL, wxID_OK}) {
-            answers.Expect(answer);
+            mAnswers.Expect(answer);
             Send(*FindById(dialog, Id::kMergeTickedId));
         }
         WaitStatus(dialog, "No two cards are the same.");
-        dialog.EndModal(wxID_CLOSE);
     });
-    DuplicatesDialog(nullptr, services, mDatabase, mReport).ShowModal();
     EXPECT_EQ(Query("SELECT Front FROM Cards ORDER BY ROWID").size(), 2U);
-    EXPECT_EQ(services.History.GetUndoLabel(), "Undo merging of 5 cards");
+    EXPECT_EQ(mServices.History.GetUndoLabel(), "Undo merging of 5 cards");
 }
 
 }  // namespace
