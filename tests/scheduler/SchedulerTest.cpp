@@ -31,6 +31,15 @@ struct SchedulerTest : StoreFixture {
         (schedule.Introduced ? schedule.ERC : card.IntroductionOrder) = row.Number;
         Insert(card);
     }
+    // The card that is chosen among these alone.
+    wxString Choose(const std::vector<CardRow>& cards) {
+        EXPECT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
+        for (const CardRow& row : cards) {
+            InsertRow(row);
+        }
+        mScheduler.Refresh();
+        return mScheduler.GetCurrentCard().Front;
+    }
 
     FakeClock mClock;
     FakeRandom mRandom;
@@ -56,14 +65,9 @@ TEST_F(SchedulerTest, ChoosesAtTheLimitsAsTheRulesSay) {
     };
     mScheduler.SetDirections(kBoth);
     for (const auto& c : cases) {
-        ASSERT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
-        for (const CardRow& row : c.Cards) {
-            InsertRow(row);
-        }
         mScheduler.SetEarlyIntroduction(c.EarlyInterval >= 0);
         mScheduler.SetEarlyIntroductionInterval(c.EarlyInterval);
-        mScheduler.Refresh();
-        EXPECT_EQ(mScheduler.GetCurrentCard().Front, c.Expected) << c.Story;
+        EXPECT_EQ(Choose(c.Cards), c.Expected) << c.Story;
     }
 }
 
@@ -95,12 +99,7 @@ TEST_F(SchedulerTest, SeveralCategoriesAreStudiedTogether) {
           {"c", F, 1, 99, 79 * kBlock, kFrench}},
          "b"}};
     for (const auto& c : cases) {
-        ASSERT_EQ(mDatabase.Execute("DELETE FROM Cards"), 0);
-        for (const CardRow& row : c.Cards) {
-            InsertRow(row);
-        }
-        mScheduler.Refresh();
-        EXPECT_EQ(mScheduler.GetCurrentCard().Front, c.Expected) << c.Story;
+        EXPECT_EQ(Choose(c.Cards), c.Expected) << c.Story;
     }
     EXPECT_EQ(mScheduler.GetNextDueTime(), mClock.Now() + wxTimeSpan::Seconds(98));
     mScheduler.ScoreCard(3);
