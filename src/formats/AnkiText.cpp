@@ -53,6 +53,9 @@ void AppendHtml(std::u16string& html, Text text) {
                 break;
             case u'\r':
                 break;
+            case u'\t':
+                html += u"&#9;";
+                break;
             case u' ':
                 html += isEdge ? Text(u"&nbsp;") : Text(u" ");
                 break;

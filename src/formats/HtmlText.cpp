@@ -224,10 +224,10 @@ class Writer {
         AddBlank();
         Append(character);
     }
-    // A blank that stays.
-    void AddHardBlank() {
+    // A blank or a tab that stays.
+    void AddHard(wchar_t blank) {
         AddBlank();
-        Append(L' ');
+        Append(blank);
     }
     void AddBlankBetween() { mIsBlankDue = true; }
     void Break() {
@@ -540,7 +540,9 @@ class Reader {
         const size_t length = character == L'&' ? ReadEntity(Rest(), decoded) : 0;
         mAt += std::max<size_t>(length, 1);
         if (decoded == L'\u00A0') {
-            mWriter.AddHardBlank();
+            mWriter.AddHard(L' ');
+        } else if (length > 0 && decoded == L'\t') {
+            mWriter.AddHard(L'\t');
         } else if (length == 0 && mLineFeedsBreak && character == L'\n') {
             mWriter.Break();
         } else {

@@ -85,8 +85,6 @@ TEST_F(ImportMediaTest, AnkiTextComesBackAsItWent) {
     Insert(MakeCard("#front", "back;x,y", 1));
     for (const bool hasFiles : {false, true}) {
         if (hasFiles) {
-            // In a text with tags a tab is a blank like any other.
-            Query("UPDATE Cards SET Front = REPLACE(Front, CHAR(9), ' ')");
             Insert(MakeCard("a  <b> & \"c\"\n[picture: a&b.png]\nd  e", "[sound: cat.ogg]\ncat"));
             wxString name;
             ASSERT_EQ(MediaFolder(StorePath()).AddBytes("CAT", "a&b.png", name), 0);
