@@ -686,6 +686,10 @@ int RunBackup(const CardsOptions& options) {
             return failure;
         }
     }
+    const wxString hint = HintOfMedia(store.GetDatabase());
+    if (!hint.empty()) {
+        PrintError(hint);
+    }
     store.GetDatabase().Close();
     return FinishOutput(PrintPath(path, options.Json));
 }

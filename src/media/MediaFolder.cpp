@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <wx/intl.h>
 
 #include <algorithm>
 #include <array>
@@ -506,6 +507,16 @@ int FindUsedMedia(Database& database, std::set<wxString>& names) {
                                                       std::numeric_limits<int64_t>::max(), take));
     }
     return result;
+}
+
+wxString HintOfMedia(Database& database) {
+    std::set<wxString> media;
+    if (FindUsedMedia(database, media) < 0 || media.empty()) {
+        return wxString();
+    }
+    return wxString::Format(_("The pictures and sounds are not in it.  They are files in "
+                              "\"%s\": copy that folder too."),
+                            FromPath(MediaFolder(database.GetPath()).GetPath()));
 }
 
 int MoveMediaFolder(const fs::path& fromStore, const fs::path& toStore) {

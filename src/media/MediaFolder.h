@@ -126,6 +126,10 @@ void SyncMedia(const MediaFolder& folder);
 // the cards cannot be read; then the names are not all, and no file counts as unused.
 int FindUsedMedia(Database& database, std::set<wxString>& names);
 
+// Returns a sentence for who has made a backup of a store whose cards have files, which no backup
+// holds; an empty text for other stores.
+wxString HintOfMedia(Database& database);
+
 // Moves the folder of a store that has moved; copies it where it cannot be renamed. Returns 0 or
 // the error's number, and then the folder is where it was. A folder at the target has belonged to a
 // store that is gone or replaced: what is in it goes to "unused".

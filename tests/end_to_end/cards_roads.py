@@ -191,7 +191,8 @@ class CardsRoad(RoadTest):
         for backup in (copy, own):
             with self.subTest(backup):
                 self.assertEqual(1, self.run_cards("backup", backup)[0], "never written over")
-                self.change("UPDATE Cards SET Front='lost'")
+                self.change("UPDATE Cards SET Front='lost' || char(10) || '[picture: a.png]'")
+                self.assertIn(".vlm.media", self.run_cards("backup")[2])
                 kept = self.cards("restore", backup)["backup"]
                 self.assertEqual({"one", "two"}, {card["Front"] for card in self.cards("list")})
                 self.assertIn("lost", self.run_cards("--store", kept, "list")[1])

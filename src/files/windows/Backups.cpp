@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <list>
 #include <map>
-#include <set>
 
 #include "base/Files.h"
 #include "base/Time.h"
@@ -124,17 +123,6 @@ int WriteBackup(wxWindow* parent, Database& database, const wxString& path) {
     });
 }
 
-// Returns a sentence for a store whose cards have files, which no backup holds.
-wxString MediaHint(Database& database) {
-    std::set<wxString> media;
-    if (FindUsedMedia(database, media) < 0 || media.empty()) {
-        return wxString();
-    }
-    return "\n\n" + wxString::Format(_("The pictures and sounds are not in it.  They are files in "
-                                       "\"%s\": copy that folder too."),
-                                     FromPath(MediaFolder(database.GetPath()).GetPath()));
-}
-
 }  // namespace
 
 void BackUpWhereWanted(wxWindow* parent, Database& database) {
@@ -154,11 +142,12 @@ void BackUpWhereWanted(wxWindow* parent, Database& database) {
         return;
     }
     const int error = WriteBackup(parent, database, path);
+    const wxString hint = HintOfMedia(database);
     const wxString text =
-        error == 0
-            ? wxString::Format(_("The backup was written to \"%s\"."), path) + MediaHint(database)
-            : wxString::Format(_("The backup could not be written to \"%s\" (%s)."), path,
-                               SystemErrorText(error));
+        error == 0 ? wxString::Format(_("The backup was written to \"%s\"."), path) +
+                         (hint.empty() ? "" : "\n\n" + hint)
+                   : wxString::Format(_("The backup could not be written to \"%s\" (%s)."), path,
+                                      SystemErrorText(error));
     ShowMessageBox(text, caption, wxOK | wxCENTRE, parent);
 }
 
