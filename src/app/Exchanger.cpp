@@ -114,8 +114,7 @@ wxString QuestionOf(const ExchangeReport& report) {
                                 count) +
                "\n\n" +
                _("\"Bring Up to Date\" puts them back as they are on the other computers. \"Take "
-                 "This "
-                 "State for All\" deletes or resets them there as well.");
+                 "This State for All\" deletes or resets them there as well.");
     }
     return wxString::Format(
                wxPLURAL("%i card was deleted on another computer.",
@@ -123,8 +122,7 @@ wxString QuestionOf(const ExchangeReport& report) {
                count) +
            "\n\n" +
            _("\"Bring Up to Date\" deletes them here as well. \"Take This State for All\" keeps "
-             "them "
-             "and puts them back on the other computers.");
+             "them and puts them back on the other computers.");
 }
 
 }  // namespace

@@ -16,8 +16,8 @@
 
 namespace {
 
-// How many states are kept in memory.
-constexpr size_t kCacheSize = 131072;
+// How many bytes of cards are kept in memory.
+constexpr size_t kMostCacheBytes = size_t{96} << 20;
 // A score is written into the store a moment before its line is in the log. A schedule as young as
 // this, in seconds, is left for the next exchange unless a line explains it.
 constexpr int64_t kYoungReview = 10;
@@ -66,11 +66,7 @@ CardMerge::CardMerge(const Context& context, const std::vector<EditNote>& notes)
     mState.ReadCategories();
     mNames.Set(mState.ReadCategoryEvents());
     mNamesHere = mNames;
-    for (const auto& [card, with] : mState.ReadUnions()) {
-        CardUuid gone;
-        CardUuid stays;
-        mUnions.Add(card, with, gone, stays);
-    }
+    mUnions = CardUnions(mState.ReadUnions());
     Query ahead(mState.Sql(), "SELECT Session, Number FROM beside.Ahead");
     while (ahead.Step()) {
         uint64_t session = 0;
@@ -211,7 +207,7 @@ CardMerge::Loaded& CardMerge::Find(const CardUuid& id) {
     if (found != mCache.end()) {
         return found->second;
     }
-    if (mCache.size() >= kCacheSize) {
+    if (mCache.size() >= mContext.MostCards || mCacheBytes >= kMostCacheBytes) {
         FlushCache();
     }
     Loaded& loaded = mCache[id];
@@ -226,6 +222,10 @@ CardMerge::Loaded& CardMerge::Find(const CardUuid& id) {
     }
     if (isFirst) {
         loaded.IsSaved = !CollectCard(loaded.State);
+    }
+    mCacheBytes += sizeof loaded;
+    for (const std::string& value : loaded.State.Values) {
+        mCacheBytes += value.size();
     }
     return loaded;
 }
@@ -253,6 +253,7 @@ void CardMerge::FlushCache() {
         mState.SaveCopy(*state);
     }
     mCache.clear();
+    mCacheBytes = 0;
 }
 
 bool CardMerge::CollectCard(SyncedCard& state) {

@@ -51,6 +51,8 @@ class CardMerge {
         ExchangeAnswer Answer = ExchangeAnswer::kAsk;
         const ExchangeRules& Rules;
         wxString LogPath;
+        // How many cards are in memory at once.
+        size_t MostCards;
         const std::atomic<bool>& IsCancelled;
     };
 
@@ -185,6 +187,7 @@ class CardMerge {
     CategoryNames mNamesHere;
     // The states of the cards that were loaded last.
     std::unordered_map<CardUuid, Loaded, IdHash> mCache;
+    size_t mCacheBytes = 0;
     std::unordered_map<CardUuid, unsigned, IdHash> mMarks;
     int64_t mNewCount = 0;
 

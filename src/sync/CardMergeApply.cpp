@@ -225,6 +225,7 @@ void CardMerge::ApplyField(SyncedCard& state, CardField field, const Stamp& at,
     if (wins) {
         present = at;
         own = value;
+        mCacheBytes += value.size();
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <utility>
+#include <vector>
 
 #include "store/CardUuid.h"
 
@@ -9,6 +10,15 @@
 // the one with the smallest identity stays.
 class CardUnions {
   public:
+    CardUnions() = default;
+    explicit CardUnions(const std::vector<std::pair<CardUuid, CardUuid>>& pairs) {
+        for (const auto& [one, other] : pairs) {
+            CardUuid gone;
+            CardUuid stays;
+            Add(one, other, gone, stays);
+        }
+    }
+
     // Returns the card that stays of those with which this one became one; a card of no union is
     // itself.
     CardUuid Find(const CardUuid& card) const {

@@ -538,7 +538,9 @@ ExchangeRun::Outcome ExchangeRun::FetchPlanned() {
             ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
         error = copy.IsOpen() ? CopyPart(source.Get(), 0, status.st_size, copy.Get()) : errno;
         ::unlink(path.c_str());
-        if (error == EIO) {
+        const bool isOwn = !copy.IsOpen() || error == ENOSPC || error == EDQUOT;
+        if (error != 0 && !isOwn) {
+            // The folder's disk or network failed.
             mBroken.insert(file->Path);
             return Outcome::kAgain;
         }
@@ -659,9 +661,18 @@ ExchangeRun::Outcome ExchangeRun::Merge(bool hasOwnChanges) {
     }
     mMedia.GiveWay(mMachine, differing);
     const int64_t counter = mState.ReadChangeCounter();
-    const CardMerge::Context context = {mState,         out,          time,        mMachine,
-                                        Now(),          LatestNews(), mIsJoining,  mOptions.Answer,
-                                        mOptions.Rules, mLogPath,     mIsCancelled};
+    const CardMerge::Context context = {mState,
+                                        out,
+                                        time,
+                                        mMachine,
+                                        Now(),
+                                        LatestNews(),
+                                        mIsJoining,
+                                        mOptions.Answer,
+                                        mOptions.Rules,
+                                        mLogPath,
+                                        static_cast<size_t>(std::max(mOptions.MostInMemory, 1)),
+                                        mIsCancelled};
     CardMerge merge(context, mNotes);
     int64_t logEnd = mState.GetNumber("log-end");
     if (hasOwnChanges) {
@@ -817,13 +828,7 @@ ExchangeRun::EventNames ExchangeRun::FindMissing(
 
 // Puts the reviews from elsewhere into the log, some at a time.
 void ExchangeRun::FinishLog() {
-    CardUnions joined;
-    for (const auto& [card, with] : mState.ReadUnions()) {
-        CardUuid gone;
-        CardUuid stays;
-        joined.Add(card, with, gone, stays);
-    }
-    const std::map<CardUuid, CardUuid> unions = joined.GetGone();
+    const std::map<CardUuid, CardUuid> unions = CardUnions(mState.ReadUnions()).GetGone();
     const bool isRenamed = mState.GetNumber("united") == static_cast<int64_t>(unions.size());
     bool isToDo = !isRenamed || mState.HasPending();
     while (isToDo) {
@@ -837,7 +842,7 @@ void ExchangeRun::FinishLog() {
 bool ExchangeRun::MergePending(const std::map<CardUuid, CardUuid>& unions) {
     int64_t last = 0;
     std::vector<std::pair<int64_t, ScheduleEvent>> pending =
-        mState.ReadPending(mOptions.MostMerged, last);
+        mState.ReadPending(mOptions.MostInMemory, last);
     const EventNames missing = FindMissing(pending);
     int64_t end = mState.GetNumber("log-end");
     if (mState.GetNumber("merging") == 1) {

@@ -88,8 +88,8 @@ struct ExchangeOptions {
     const std::atomic<bool>* IsCancelled = nullptr;
     // Called once the store is changed, before the folder gets anything.
     std::function<void()> AfterChange;
-    // How many reviews are in memory at once while they are merged into the log.
-    int MostMerged = 250000;
+    // How many cards, and how many reviews, are in memory at once. Of long texts it is fewer cards.
+    int MostInMemory = 250000;
     ExchangeRules Rules;
 };
 

@@ -111,7 +111,7 @@ struct ExchangeFaultTest : ::testing::Test {
     ExchangeReport Exchange(const Computer& computer, int64_t later = 1000) {
         const FakeClock clock(kNow + later);
         ExchangeOptions options;
-        options.MostMerged = 2;
+        options.MostInMemory = 2;
         options.StorePath = computer.Store();
         options.Folder = FromPath(computer.Folder());
         options.Name = "computer";

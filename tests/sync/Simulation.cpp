@@ -515,7 +515,7 @@ ExchangeReport Simulation::Exchange(Machine& machine) {
         return machine.Identity;
     };
     options.Rules = mOptions.Rules;
-    options.MostMerged = 5;
+    options.MostInMemory = 5;
     options.JoinsEqualCards = true;
     // Study goes on while the exchange ends.
     options.AfterChange = [&] {
